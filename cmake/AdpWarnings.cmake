@@ -1,0 +1,16 @@
+# Strict warnings as errors for both compilers, and the build-type switches that apply to everything.
+add_library(adp_warnings INTERFACE)
+target_compile_options(adp_warnings INTERFACE
+    -Wall -Wextra -Wpedantic -Werror -Wshadow -Wconversion -Wsign-conversion -Wcast-align -Wcast-qual -Wundef
+    -Wformat=2 -Wnull-dereference -Wvla -Wdouble-promotion
+    $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast -Wnon-virtual-dtor -Woverloaded-virtual -Wextra-semi>
+    $<$<COMPILE_LANGUAGE:C>:-Wstrict-prototypes -Wmissing-prototypes>)
+
+if(ADP_SANITIZE)
+    add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=address,undefined)
+endif()
+if(ADP_COVERAGE)
+    add_compile_options(--coverage)
+    add_link_options(--coverage)
+endif()

@@ -1,0 +1,17 @@
+# Header-only libraries of the build machine (CLI11, {fmt}, nlohmann-json), offered alone: the folder they stand in must
+# not be seen by a cross compiler, for it holds this machine's system headers too.
+set(ADP_HEADER_ONLY_DIR ${CMAKE_BINARY_DIR}/header-only)
+file(MAKE_DIRECTORY ${ADP_HEADER_ONLY_DIR})
+foreach(library CLI fmt nlohmann)
+    find_path(ADP_${library}_DIR NAMES ${library} PATHS /usr/include NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH)
+    if(NOT ADP_${library}_DIR)
+        message(FATAL_ERROR "The headers of '${library}' are missing: run script/setup")
+    endif()
+    if(NOT IS_SYMLINK ${ADP_HEADER_ONLY_DIR}/${library})
+        file(CREATE_LINK ${ADP_${library}_DIR}/${library} ${ADP_HEADER_ONLY_DIR}/${library} SYMBOLIC)
+    endif()
+endforeach()
+
+add_library(adp_header_only INTERFACE)
+target_include_directories(adp_header_only SYSTEM INTERFACE ${ADP_HEADER_ONLY_DIR})
+target_compile_definitions(adp_header_only INTERFACE FMT_HEADER_ONLY)

@@ -1,0 +1,14 @@
+/**
+ * @file adp.h
+ * The switch adaptation layer: everything that libadp exports.
+ */
+#ifndef ADP_ADP_H
+#define ADP_ADP_H
+
+#include <adp/agg.h>
+#include <adp/pkt.h>
+#include <adp/port.h>
+#include <adp/types.h>
+#include <adp/vlan.h>
+
+#endif

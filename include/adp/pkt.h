@@ -1,0 +1,224 @@
+/**
+ * @file pkt.h
+ * The CPU's frame path: frames sent out of chosen switch ports, and frames received from the switch.
+ *
+ * The CPU reaches the switch through its Ethernet interface "eth0". A switch tag behind the source MAC address tells
+ * the switch what to do with a frame from the CPU, and tells the CPU which port a received frame came in on. All
+ * multi-byte fields of frames and tags are big-endian.
+ *
+ * Tag of a sent frame, 10 bytes at offset 12: the type 0x8874, word 1 (bits 31..29 opcode, 28..25 flags, 24..0
+ * destination) and word 2. The destination is one physical port (opcodes 3, 5, 6) or, for opcodes 4 and 7, a bitmap of
+ * the ports 0..24 in word 1 and of the ports 25..56 in word 2 (bit p - 25).
+ *
+ * Tag of a received frame, 6 bytes at offset 12: a type that is not looked at and a word whose low six bits are the
+ * ingress physical port.
+ *
+ * No call of this header makes a driver call; some ask the device's VLAN service, get_vlan_info(). Nothing takes a
+ * lock; __adp_transmit_frame() shares one socket among all threads, and each send is a single system call.
+ */
+#ifndef ADP_PKT_H
+#define ADP_PKT_H
+
+#include <adp/types.h>
+
+ADP_BEGIN_DECLS
+
+/** How __adp_transmit_frame() chooses the ports of a frame. */
+enum adp_tx_mode {
+    ADP_TX_PORTS = 0,          /**< every port of the list, or without a list every port (of the VLAN) */
+    ADP_TX_SWITCH = 1,         /**< let the switch forward the frame */
+    ADP_TX_VLAN_PORT = 2,      /**< one port, a member of the VLAN */
+    ADP_TX_ONE_PORT = 3,       /**< one port, a member of the VLAN when one is given */
+    ADP_TX_VLAN_NOT_SOURCE = 4 /**< as 2, passing over the source interface */
+};
+
+/** A frame to send. */
+typedef struct {
+    const uint8_t *frame; /**< the frame from its destination MAC address on, without a switch tag */
+    uint32_t length;      /**< its length in bytes */
+    adp_intf_t source;    /**< interface that it came in on or that flooding leaves out, 0 for none */
+} adp_tx_frame_t;
+
+/** A node of a destination list: a circular doubly linked list whose head is a plain adp_list_link_t. */
+typedef struct {
+    adp_list_link_t link; /**< next and previous node, or the head */
+    adp_intf_t intf;      /**< destination: user port or aggregation interface */
+} adp_tx_dest_t;
+
+/**
+ * A received frame and what parsing found in it. The caller clears it, then fills frame and length (and vlan_tag
+ * where the VLAN is to be checked); outputs are written only as far as the parse gets.
+ */
+typedef struct {
+    uint32_t reserved1;       /**< the caller's */
+    uint32_t reserved2;       /**< the caller's */
+    uint8_t *frame;           /**< in: the frame as received, with its switch tag */
+    uint32_t length;          /**< in: length in bytes, low 16 bits used; out: ten less */
+    uint8_t *ethernet_header; /**< out: the frame start */
+    uint8_t *udp_header;      /**< out: UDP over IPv4, or over IPv6 without extension headers */
+    uint8_t *ipv4_header;     /**< out */
+    uint8_t *ipv6_header;     /**< out */
+    uint8_t *vlan_tag;        /**< in for the VLAN check, out: the innermost 802.1Q tag, at its type 0x8100 */
+    uint8_t *l4_header;       /**< out: what follows the IP header */
+    adp_intf_t intf;          /**< out: aggregation interface of the ingress port if it has one, else the user port */
+    int32_t phy;              /**< out: ingress physical port */
+} adp_rx_frame_t;
+
+/** Receiver of link changes: unit, physical port, link status. */
+typedef int32_t (*adp_link_event_cb_t)(uint32_t unit, uint32_t port, uint32_t status);
+
+/** The registered receiver of link changes, null for none. */
+extern adp_link_event_cb_t link_event_handle;
+
+/**
+ * Tells the index of a network interface.
+ *
+ * Opens and closes an Internet datagram socket and asks with SIOCGIFINDEX. A failure is printed on standard output.
+ *
+ * @param name  interface name; at most 16 characters are used
+ * @return the index, or -1
+ */
+int32_t get_nic_index(const char *name);
+
+/**
+ * Opens the socket that __adp_transmit_frame() sends on: a raw packet socket, kept until the process ends.
+ *
+ * @return the descriptor; after a failure, which is printed on standard output, the number of characters printed (so
+ *         a positive number: the failure shows in every later __adp_transmit_frame())
+ */
+int32_t adp_pkt_init(void);
+
+/**
+ * Prints a hex dump on standard error: 16 bytes a row, each row opened by its number.
+ *
+ * @param title   printed in front of the length
+ * @param data    bytes to print
+ * @param length  number of bytes; below 1 only the head is printed
+ * @return result of the last write
+ */
+int32_t adp_dump_packet(const char *title, ADP_COUNT(length) const uint8_t *data, int32_t length);
+
+/**
+ * Sends one frame to one interface, through a socket of its own that is opened and closed for it.
+ *
+ * Needs no adp_pkt_init(). An aggregation interface is reached through its management interface; without one
+ * "manage interface error. " is printed as a line. The send is tried at most four times. Because closing a packet
+ * socket takes the kernel some milliseconds, this call is slow: use __adp_transmit_frame() for a stream of frames.
+ *
+ * @param frame   the frame from its destination MAC address on, at least 12 bytes
+ * @param length  its length in bytes, low 16 bits used
+ * @param unused  not used
+ * @param intf    destination: its physical port, low 25 bits, fills the destination field (an interface that does not
+ *                translate gives all ones there)
+ * @param opcode  the switch tag's opcode, low three bits used
+ * @return 0; -1 for a null frame, a length below 12, no management interface, no memory, no socket, or an incomplete
+ *         send
+ */
+adp_status_t adp_transmit_frame(ADP_COUNT(length) const uint8_t *frame, uint32_t length, uint32_t unused,
+                                adp_intf_t intf, uint32_t opcode);
+
+/**
+ * Sends one frame to the ports that the mode, the list and the VLAN choose, on the socket of adp_pkt_init().
+ *
+ * | mode | list | VLAN record fetched | tag word 1 | destination |
+ * |---|---|---|---|---|
+ * | 1 | not used | no | 0x38000000 | none: the switch forwards the frame |
+ * | 2 | needed | always | 0x78000000 | the list's last port |
+ * | 3 | needed | when vid is not all ones | 0xDA000000 | the list's last port |
+ * | 4 | needed | always | 0x78000000 | the list's last port that is not the source |
+ * | 0 | given | when vid is not all ones | 0x98000000 | bitmap of the list's ports but the source |
+ * | 0 | null | when vid is given | 0x98000000 with a VLAN, else 0xF8000000 | bitmap of the user ports 1..26 but the
+ * source and, with a VLAN, of the aggregation interfaces |
+ *
+ * An aggregation interface stands for its management interface; without one it names no port. In the modes 2 to 4 every
+ * node passed must be a member of the fetched VLAN (in mode 3 only when one was given), an index of 0 is passed over, a
+ * node of another type ends the call, and a list that names no port leaves the destination 0. In mode 0 whatever is no
+ * member, not mapped, or of another type is passed over, and a bitmap that stays empty ends the call. Physical ports
+ * above 56 have no bit. A VLAN record is fetched with get_vlan_info(vid, record); its failure ends the call.
+ * The send is tried at most four times; the interface index of "eth0" is looked up for every frame.
+ *
+ * @param desc  the frame, at least 12 bytes, its length and its source interface
+ * @param list  head of the destination list, or null
+ * @param vid   VLAN id, or ADP_NO_VLAN
+ * @param mode  enum adp_tx_mode, low 16 bits used
+ * @return 0; -1 for a frame that is null or shorter than 12 bytes, a mode of 5 or more, any refusal above, no memory,
+ *         no socket, or an incomplete send
+ */
+adp_status_t __adp_transmit_frame(const adp_tx_frame_t *desc, const adp_list_link_t *list, uint32_t vid, uint32_t mode);
+
+/**
+ * Rewrites the destination of a switch tag from interface numbers to physical ports, in place.
+ *
+ * Opcode 4: both bitmaps are translated bit by bit, the 25 bits of word 1 as the interfaces 0..24 and the 32 bits of
+ * word 2 as 25..56. An interface of word 1 may move to word 2; one of word 2 that translates below 25 is dropped,
+ * as is any that translates above 56 or not at all. Opcodes 3, 5 and 6: the one interface is translated, low 25 bits.
+ * Other opcodes: unchanged.
+ *
+ * @param[in,out] tag  words 1 and 2 of the switch tag, eight bytes
+ */
+void adp_bcmtag_dest_port_intf_2_phy(ADP_INOUT uint8_t tag[8]);
+
+/**
+ * Finds the ingress interface of a received frame and strips its switch tag in place.
+ *
+ * @param[in,out] frame    the frame as received; its rest moves six bytes forward
+ * @param[out] out_frame   the frame start
+ * @param length           its length in bytes, low 16 bits used
+ * @param[out] out_length  six less
+ * @param[out] out_flag    0
+ * @param[out] out_intf    the interface of the ingress port (0 for the CPU port's row); all ones when no map row
+ *                         names the port
+ * @return 0; -1 for a null frame or one shorter than 18 bytes, with nothing changed
+ */
+adp_status_t adp_receive_frame(ADP_COUNT(length) ADP_INOUT uint8_t *frame, uint8_t **out_frame, uint32_t length,
+                               uint16_t *out_length, uint8_t *out_flag, adp_intf_t *out_intf);
+
+/**
+ * Finds the ingress interface of a received frame, checks its VLAN if asked to, strips its switch tag in place and
+ * finds its VLAN tag and headers.
+ *
+ * Only tagged frames parse: one or two 0x8100 tags, or 0x9100 followed by at most one 0x8100. Other types than IPv4
+ * and IPv6 behind the tags are no failure. The frame must not be handed in again after a refusal, for the tag may
+ * already be stripped: only a refusal of the VLAN check or of a frame shorter than 18 bytes leaves it whole.
+ *
+ * @param[in,out] desc  see adp_rx_frame_t
+ * @param check         exactly 1: vlan_tag must address the frame's 802.1Q tag, and the ingress interface must be a
+ *                      member of its VLAN, see check_port_vlan_ability()
+ * @return 0; -1 for a frame shorter than 18 bytes (nothing written), a failed check, an untagged or too deeply tagged
+ *         frame, or one that ends before a byte that has to be read (what was written until then stays)
+ */
+adp_status_t __adp_receive_frame(ADP_INOUT adp_rx_frame_t *desc, int32_t check);
+
+/**
+ * Tells whether an interface is a member of a VLAN.
+ *
+ * Service call: get_vlan_info(vid, record). The record's member bitmap has bit i for user port i and bit 26 + g for
+ * aggregation interface g.
+ *
+ * @param intf  user port or aggregation interface
+ * @param vid   VLAN id, handed on uncut
+ * @return 0 when it is; -1 when it is not, the record cannot be fetched, or the interface is of another type
+ */
+adp_status_t check_port_vlan_ability(adp_intf_t intf, int32_t vid);
+
+/**
+ * Stores the receiver of link changes in link_event_handle.
+ *
+ * @param handler  called by linkscan_handle_cb(), null for none
+ * @return 0
+ */
+adp_status_t adp_linkscan_register(adp_link_event_cb_t handler);
+
+/**
+ * The callback for the driver's link scan, on whose thread it runs: forwards a change to link_event_handle.
+ *
+ * @param unit  handed on
+ * @param port  physical port, handed on
+ * @param info  the driver's port-information record; its fourth word is the link status
+ * @return the receiver's result; 0 when none is registered
+ */
+int32_t linkscan_handle_cb(uint32_t unit, uint32_t port, const uint32_t info[4]);
+
+ADP_END_DECLS
+
+#endif

@@ -1,0 +1,383 @@
+"""Tests of the header reader, and of what the imported headers declare."""
+import os
+import shutil
+import subprocess
+import sys
+
+import pytest
+
+HERE = os.path.dirname(os.path.abspath(__file__))
+sys.path.insert(0, HERE)
+
+import interface  # noqa: E402  (the path has to be set first)
+
+ROOT = os.path.dirname(os.path.dirname(HERE))
+TYPES = os.path.join(ROOT, "include", "adp", "types.h")
+DRIVER = os.path.join(ROOT, "platform", "netlink_api.h")
+SERVICES = os.path.join(ROOT, "platform", "device_services.h")
+SYMBOLS = os.path.join(ROOT, "platform", "symbols")
+
+PORTS = "typedef uint32_t set_t[8];"
+
+
+@pytest.fixture(name="read")
+def read_fixture(tmp_path):
+    """Reads a header given as text."""
+    def read(*texts):
+        paths = []
+        for number, text in enumerate(texts):
+            paths.append(tmp_path / f"h{number}.h")
+            paths[-1].write_text(text, encoding="utf-8")
+        return interface.read(paths)
+    return read
+
+
+@pytest.fixture(name="only")
+def only_fixture(read):
+    """The one function that a text declares."""
+    def only(text):
+        functions = read(text).functions
+        assert len(functions) == 1
+        return functions[0]
+    return only
+
+
+def shape(param):
+    return param.name, param.kind, param.direction, param.extent
+
+
+class TestParameters:
+    def test_scalars_are_values(self, only):
+        function = only("int32_t f(uint32_t a, int32_t b, uint8_t c, uint64_t d, uintptr_t e);")
+        assert [shape(p) for p in function.params] == [
+            ("a", "u32", "value", 1), ("b", "i32", "value", 1), ("c", "u8", "value", 1), ("d", "u64", "value", 1),
+            ("e", "word", "value", 1)]
+        assert not any(p.pointer for p in function.params)
+
+    def test_a_pointer_to_const_is_read_and_another_written(self, only):
+        function = only("int32_t f(const uint32_t *a, uint32_t *b, ADP_INOUT uint32_t *c);")
+        assert [(p.name, p.direction) for p in function.params] == [("a", "in"), ("b", "out"), ("c", "inout")]
+        assert all(p.pointer and p.pointer_depth == 1 and p.extent == 1 for p in function.params)
+
+    def test_an_array_is_a_pointer_with_an_extent(self, only):
+        function = only("int32_t f(const uint8_t key[8], uint8_t mac[6]);")
+        assert [shape(p) for p in function.params] == [("key", "u8", "in", 8), ("mac", "u8", "out", 6)]
+
+    def test_an_extent_may_be_a_constant(self, only):
+        function = only("#define N 6u /**< bytes */\nint32_t f(const uint8_t mac[N], ADP_COUNT(N) uint8_t *out);")
+        assert [p.extent for p in function.params] == [6, 6]
+
+    def test_a_count_names_a_parameter_or_is_a_number(self, only):
+        function = only("int32_t f(ADP_COUNT(n) uint16_t *list, uint32_t n, ADP_COUNT(64) void *record);")
+        assert [shape(p) for p in function.params] == [
+            ("list", "u16", "out", "n"), ("n", "u32", "value", 1), ("record", "void", "out", 64)]
+
+    def test_marks_stand_in_either_order(self, only):
+        for marks in ("ADP_INOUT ADP_COUNT(n)", "ADP_COUNT(n) ADP_INOUT"):
+            function = only(f"int32_t f({marks} uint32_t *list, uint32_t n);")
+            assert shape(function.params[0]) == ("list", "u32", "inout", "n")
+
+    def test_text(self, only):
+        function = only("int32_t f(const char *text, char *buffer, const char *const *list);")
+        assert [p.is_text for p in function.params] == [True, False, False]
+
+    def test_a_pointer_to_a_pointer_keeps_its_depth(self, only):
+        function = only("int32_t f(uint8_t **frame);")
+        assert (function.params[0].pointer_depth, function.params[0].direction) == (2, "out")
+
+    def test_a_port_set_is_a_pointer_to_words(self, only):
+        function = only(PORTS + "int32_t f(const set_t in, set_t out, ADP_INOUT set_t both);")
+        assert [shape(p) for p in function.params] == [
+            ("in", "u32", "in", 8), ("out", "u32", "out", 8), ("both", "u32", "inout", 8)]
+        assert all(p.is_ports and p.pointer and p.type == "uint32_t" for p in function.params)
+
+    def test_a_struct_by_value_and_by_address(self, only):
+        function = only("typedef struct { uint32_t a; } s_t; int32_t f(s_t v, const s_t *in, s_t *out);")
+        assert [shape(p) for p in function.params] == [
+            ("v", "struct", "value", 1), ("in", "struct", "in", 1), ("out", "struct", "out", 1)]
+
+    def test_an_alias_has_the_kind_of_what_it_stands_for(self, only):
+        function = only("typedef uintptr_t w_t; typedef w_t x_t; int32_t f(x_t a);")
+        assert (function.params[0].kind, function.params[0].type) == ("word", "x_t")
+
+    def test_a_callback(self, only):
+        function = only("typedef int32_t (*cb_t)(uint32_t a, int32_t b); int32_t f(cb_t callback);")
+        assert shape(function.params[0]) == ("callback", "callback", "value", 1)
+
+    def test_a_forward_declared_struct_is_opaque(self, only):
+        function = only("typedef struct node node_t; int32_t f(node_t *n);")
+        assert shape(function.params[0]) == ("n", "void", "out", 1)
+
+
+class TestDeclarations:
+    def test_no_parameters(self, only):
+        assert only("int32_t f(void);").params == []
+
+    def test_variadic(self, only):
+        function = only("int32_t f(const char *format, ...);")
+        assert function.variadic and len(function.params) == 1
+
+    def test_results(self, read):
+        functions = read("typedef int32_t s_t; s_t a(void); const char *b(void); void c(void);").functions
+        assert [(f.name, f.returns) for f in functions] == [("a", "s_t"), ("b", "const char *"), ("c", "void")]
+
+    def test_a_declaration_may_span_lines(self, only):
+        function = only("int32_t f(uint32_t a, /* plain comment; with a semicolon */\n          uint32_t b); // end")
+        assert [p.name for p in function.params] == ["a", "b"]
+
+    def test_data(self, read):
+        data = read("extern uintptr_t q; extern uint16_t table[4096]; extern const char *text;").data
+        assert [(d.name, d.type) for d in data] == [
+            ("q", "uintptr_t"), ("table", "uint16_t[4096]"), ("text", "const char *")]
+
+    def test_struct_members(self, read):
+        text = PORTS + "typedef struct { uint8_t mac[6]; set_t ports; struct s *next; int32_t p; } s_t;"
+        fields = read(text).structs["s_t"].fields
+        assert [(f.name, f.type, f.count, f.pointer, f.is_ports) for f in fields] == [
+            ("mac", "uint8_t", 6, False, False), ("ports", "uint32_t", 8, False, True),
+            ("next", "s", 1, True, False), ("p", "int32_t", 1, False, False)]
+
+    def test_constants(self, read):
+        text = "#define A 101 /**< doc */\n#define B (-1)\n#define C 0xFFu\n#define D \"text\"\n#define E(x) (x)\n"
+        assert read(text).constants == {"A": 101, "B": -1, "C": 255}
+
+    def test_a_later_header_uses_the_types_of_an_earlier_one(self, read):
+        functions = read("typedef int32_t s_t;", "int32_t f(s_t a);").functions
+        assert functions[0].params[0].kind == "i32"
+
+    def test_c_plus_plus_guards_and_includes_are_passed_over(self, only):
+        text = ("#ifndef H\n#define H\n#include <stdint.h>\n"
+                "#ifdef __cplusplus\n#define ADP_BEGIN_DECLS extern \"C\" {\n#endif\n"
+                "#define LONG(x) \\\n    x;\nADP_BEGIN_DECLS\nint32_t f(void);\nADP_END_DECLS\n#endif\n")
+        assert only(text).name == "f"
+
+
+class TestDocs:
+    def test_a_doc_belongs_to_the_next_declaration(self, read):
+        text = ("/** First. */\nint32_t f(void);\nint32_t g(void);\n"
+                "/**\n * Two\n * lines.\n */\nint32_t h(void);")
+        functions = read(text).functions
+        assert [f.doc for f in functions] == ["First.", "", "Two\nlines."]
+
+    def test_a_constants_doc_is_not_the_next_functions(self, only):
+        assert only("/** Of N. */\n#define N 1\nint32_t f(void);").doc == ""
+
+    def test_docs_of_files_and_groups_belong_to_nobody(self, only):
+        assert only("/** @file h.h\n * Text. */\n/** @name Marks\n * @{ */\n/** @} */\nint32_t f(void);").doc == ""
+
+    def test_member_docs_do_not_disturb(self, read):
+        text = ("/** S. */ typedef struct {\n    uint32_t a; /**< a; first */\n"
+                "    /** second */\n    uint32_t b;\n} s_t;")
+        struct = read(text).structs["s_t"]
+        assert struct.doc == "S." and [f.name for f in struct.fields] == ["a", "b"]
+
+
+REFUSED = {
+    "unnamed parameter": ("int32_t f(uint32_t);", "f: "),
+    "unnamed pointer": ("int32_t f(uint32_t *);", "cannot read parameter"),
+    "unknown type": ("int32_t f(foo_t a);", "f: unknown type 'foo_t'"),
+    "unknown result": ("foo_t f(void);", "f: unknown type 'foo_t'"),
+    "no result": ("f(uint32_t a);", "cannot read declaration"),
+    "two-word type": ("int32_t f(unsigned long a);", "cannot read parameter"),
+    "function as parameter": ("int32_t f(int32_t (*g)(int32_t a));", "cannot read parameter"),
+    "two parameters of a name": ("int32_t f(uint32_t a, uint32_t a);", "f: two named 'a'"),
+    "declared twice": ("int32_t f(void); int32_t f(void);", "f: declared twice"),
+    "count of a stranger": ("int32_t f(ADP_COUNT(n) uint32_t *a);", "names no parameter"),
+    "count of a value": ("int32_t f(ADP_COUNT(2) uint32_t a);", "only a pointer"),
+    "direction of a value": ("int32_t f(ADP_INOUT uint32_t a);", "only a pointer"),
+    "const both ways": ("int32_t f(ADP_INOUT const uint32_t *a);", "pointer to const"),
+    "two extents": ("int32_t f(ADP_COUNT(2) uint32_t a[3]);", "two extents"),
+    "extent that is no number": ("int32_t f(uint32_t a[N]);", "not a number: 'N'"),
+    "pointer to a port set": (PORTS + "int32_t f(set_t *a);", "port set"),
+    "member of unknown type": ("typedef struct { foo_t a; } s_t;", "unknown type 'foo_t'"),
+    "bit-field": ("typedef struct { uint32_t a : 3; } s_t;", "cannot read struct member"),
+    "two members of a name": ("typedef struct { int32_t a; int32_t a; } s_t;", "two named 'a'"),
+    "struct defined twice": ("typedef struct { int32_t a; } s_t; typedef struct { int32_t a; } s_t;", "defined twice"),
+    "enumeration": ("typedef enum { A, B } e_t;", "cannot read typedef"),
+    "union": ("typedef union { int32_t a; } u_t;", "cannot read"),
+    "inline function": ("static inline int32_t f(int32_t a) { return a; }", "cannot read"),
+    "unfinished": ("int32_t f(void)", "cannot read"),
+    "extern function pointer": ("extern int32_t (*f)(void);", "cannot read data"),
+}
+
+
+@pytest.mark.parametrize("case", REFUSED)
+def test_what_does_not_fit_is_refused(read, case):
+    text, message = REFUSED[case]
+    with pytest.raises(interface.HeaderError) as error:
+        read(text)
+    assert message in str(error.value)
+    assert "h0.h: " in str(error.value)
+
+
+def listed(name):
+    with open(os.path.join(SYMBOLS, name), encoding="utf-8") as lines:
+        return [line.strip() for line in lines if line.strip() and not line.startswith("#")]
+
+
+@pytest.fixture(name="driver", scope="module")
+def driver_fixture():
+    return interface.read([TYPES, DRIVER])
+
+
+@pytest.fixture(name="services", scope="module")
+def services_fixture():
+    return interface.read([TYPES, SERVICES])
+
+
+@pytest.mark.parametrize("name, count", [("driver-calls.txt", 234), ("platform-services.txt", 12),
+                                         ("exported-functions.txt", 271), ("exported-data.txt", 14)])
+def test_symbol_lists_are_complete_and_without_doubles(name, count):
+    names = listed(name)
+    assert len(names) == count
+    assert len(set(names)) == count
+
+
+def test_the_driver_header_declares_the_listed_calls(driver):
+    assert sorted(f.name for f in driver.functions) == sorted(listed("driver-calls.txt"))
+    assert driver.data == []
+
+
+def test_the_services_header_declares_the_listed_names(services):
+    names = [f.name for f in services.functions] + [d.name for d in services.data]
+    assert sorted(names) == sorted(listed("platform-services.txt"))
+    assert [(d.name, d.type) for d in services.data] == [("erps_event_queue", "uintptr_t")]
+
+
+def test_every_imported_call_is_documented(driver, services):
+    assert [f.name for f in driver.functions + services.functions if not f.doc] == []
+
+
+def test_every_imported_call_returns_a_status_or_a_text(driver, services):
+    others = {f.name: f.returns for f in driver.functions + services.functions if f.returns != "int32_t"}
+    assert others == {"onu_mac2str": "const char *"}
+
+
+# The driver calls that do not begin with unit and zero, as the driver library orders their arguments. The field
+# processor's calls, which begin with handle and unit, are told by their names.
+IRREGULAR = {
+    "user_mac_addr_add": "unit entry",
+    "user_mac_addr_delete": "unit key vid option",
+    "user_mac_addr_get": "unit key vid entry",
+    "user_mac_mcast_addr_add": "unit entry",
+    "user_mac_mcast_addr_delete": "unit key vid option",
+    "user_mac_mcast_addr_get": "unit key vid entry",
+    "user_netlink_mac_nextValidAddr_get": "unit index entry option",
+    "user_mac_violate_del_by_port": "port",
+    "user_mac_violate_count_get_by_port": "port count",
+    "user_mac_learn_count_get_by_port": "port count",
+    "user_mac_learn_limit_set": "unit limit",
+    "user_mac_learn_limit_get": "unit limit",
+    "user_mac_age_time_set": "unit seconds",
+    "user_mac_age_time_get": "unit seconds",
+    "user_mac_table_show": "unit first third fourth",
+    "user_mac_mcast_table_show": "unit first third fourth",
+    "user_l2_mactable_fread": "first second third fourth",
+    "User_mcast_addr_t_init": "unit entry key vid",
+    "user_is_mcast_addr_exist_by_vlan": "unit vid second option",
+    "user_is_mcast_addr_exist_vlan_is": "unit first third fourth",
+    "User_switch_port_control_l2mc_enable": "unit port zero value",
+    "User_switch_port_control_l2mc_get": "unit port zero value",
+    "User_switch_port_control_ipmc_set": "unit port zero value",
+    "User_switch_port_control_ipmc_get": "unit port zero value",
+    "user_field_meter_entry_set": "unit rate meter",
+    "user_field_meter_ifg_exclude_init": "",
+    "user_qos_schedule_set": "port queue weight flags",
+    "user_qos_schedule_get": "port queue weight flags",
+    "user_qos_default_cos_src_init": "",
+    "user_qos_remark_inner_tag_src_init": "",
+    "user_qos_trust_sel_group_init": "",
+    "user_qos_cpu_weight_init": "",
+    "user_qos_pri_remap_set": "unit first second fourth further1 further2 further3 further4",
+    "user_qos_port_cos_set": "port value",
+    "user_qos_port_cos_get": "port value",
+}
+
+
+def begins_with_handle(name):
+    return name.startswith("user_field_") and name != "user_field_init" and name not in IRREGULAR
+
+
+def test_only_known_calls_do_not_begin_with_unit_and_zero(driver):
+    seen = {}
+    for function in driver.functions:
+        names = [p.name for p in function.params]
+        if begins_with_handle(function.name):
+            assert names[:2] == ["handle", "unit"], function.name
+        elif names[:2] != ["unit", "zero"]:
+            seen[function.name] = " ".join(names)
+    assert seen == IRREGULAR
+
+
+def test_ports_trunks_and_ids_have_one_type_throughout(driver):
+    kinds = {"unit": {"u32"}, "zero": {"u32"}, "handle": {"i32"}, "port": {"i32"}, "trunk": {"i32"}, "stg": {"i32"},
+             "vid": {"u32"}, "entry": {"u32", "struct"}, "option": {"word"}}
+    handed_through = ("user_vlan_translate_", "user_vlan_ip4_", "user_qos_schedule_", "user_qos_pri_queue_map_",
+                      "user_qos_dscp_map_")
+    for function in driver.functions:
+        if function.name.startswith(handed_through):
+            continue
+        for param in function.params:
+            if not param.pointer and param.name in kinds:
+                assert param.kind in kinds[param.name], f"{function.name}: {param.name}"
+
+
+def test_keys_are_eight_bytes_and_are_read(driver):
+    keys = [(f.name, p) for f in driver.functions for p in f.params if p.name == "key"]
+    assert len(keys) == 15
+    for name, param in keys:
+        assert shape(param) == ("key", "u8", "in", 8), name
+
+
+def test_a_get_call_writes_something(driver):
+    gets = [f for f in driver.functions if f.name.endswith(("_get", "_get_stat", "_get_by_port"))]
+    assert len(gets) > 40
+    for function in gets:
+        assert any(p.direction in ("out", "inout") for p in function.params), function.name
+
+
+def test_a_set_call_writes_nothing(driver):
+    sets = [f for f in driver.functions if f.name.endswith(("_set", "_add", "_delete", "_remove", "_destroy", "_init"))]
+    assert len(sets) > 90
+    writers = [f.name for f in sets if any(p.direction in ("out", "inout") for p in f.params)]
+    assert writers == ["User_mcast_addr_t_init"]
+
+
+LAYOUT = """
+#include <stddef.h>
+#include "netlink_api.h"
+#include "device_services.h"
+#ifdef __cplusplus
+#define CHECK(condition) static_assert(condition, #condition)
+#else
+#define CHECK(condition) _Static_assert(condition, #condition)
+#endif
+CHECK(sizeof(adp_l2_entry_t) == 88);
+CHECK(offsetof(adp_l2_entry_t, mac) == 4 && offsetof(adp_l2_entry_t, vid) == 10);
+CHECK(offsetof(adp_l2_entry_t, port) == 12 && offsetof(adp_l2_entry_t, trunk) == 20);
+CHECK(offsetof(adp_l2_entry_t, index) == 32 && offsetof(adp_l2_entry_t, ports) == 36);
+CHECK(sizeof(netlink_mcast_entry_t) == 88);
+CHECK(offsetof(netlink_mcast_entry_t, ports) == 12 && offsetof(netlink_mcast_entry_t, index) == 76);
+CHECK(sizeof(adp_agg_record_t) == 16 && offsetof(adp_agg_record_t, ports) == 5);
+CHECK(sizeof(netlink_learn_limit_t) == 24);
+CHECK(offsetof(netlink_learn_limit_t, vid) == 4 && offsetof(netlink_learn_limit_t, port) == 8);
+CHECK(offsetof(netlink_learn_limit_t, trunk) == 12 && offsetof(netlink_learn_limit_t, limit) == 20);
+CHECK(sizeof(netlink_cable_diag_t) == 32);
+CHECK(sizeof(adp_port_set_t) == 32);
+"""
+
+COMPILERS = [("gcc", "c11"), ("clang-14", "c11"), ("mips-linux-gnu-gcc", "c11"),
+             ("g++", "c++20"), ("clang++-14", "c++20"), ("mips-linux-gnu-g++", "c++20")]
+WARNINGS = ["-Wall", "-Wextra", "-Wpedantic", "-Wshadow", "-Wconversion", "-Wsign-conversion", "-Wundef", "-Werror"]
+
+
+@pytest.mark.parametrize("compiler, standard", COMPILERS)
+def test_the_headers_compile_and_have_the_drivers_layout(tmp_path, compiler, standard):
+    if shutil.which(compiler) is None:
+        pytest.skip(f"{compiler} is not installed")
+    source = tmp_path / ("layout.c" if standard == "c11" else "layout.cpp")
+    source.write_text(LAYOUT, encoding="utf-8")
+    command = [compiler, f"-std={standard}", *WARNINGS, "-fsyntax-only", f"-I{ROOT}/include", f"-I{ROOT}/platform",
+               str(source)]
+    result = subprocess.run(command, capture_output=True, text=True, timeout=60, check=False)
+    assert result.returncode == 0, result.stderr
