@@ -1,0 +1,97 @@
+// The port map: the tables, the calls that fill them and the look-ups in both directions.
+#include "port/map.h"
+
+#include <stdlib.h>
+
+uint32_t adp_max_phy_port_num;
+adp_port_row_t *intf_to_phy_port;
+uint32_t *intf_map_trunk;
+
+namespace adp {
+namespace {
+
+// The size is judged in the target's 32 bits, so that a 64-bit host refuses the same maxima.
+template <typename Row>
+Row *new_table(uint32_t last_row) {
+    if (last_row >= UINT32_MAX / sizeof(Row)) {
+        return nullptr;
+    }
+    return static_cast<Row *>(calloc(last_row + 1, sizeof(Row)));
+}
+
+adp_status_t fill_row(Intf intf, const adp_port_row_t &content) {
+    adp_port_row_t *row = find_row(intf);
+    if (row == nullptr) {
+        return ADP_FAIL;
+    }
+    *row = content;
+    return ADP_OK;
+}
+
+}  // namespace
+
+Intf intf_of(PhyPort port) {
+    if (intf_to_phy_port == nullptr) {
+        return kIntfNotFound;
+    }
+    for (uint32_t row = 0; row <= adp_max_phy_port_num; ++row) {
+        if (intf_to_phy_port[row].phy == static_cast<uint32_t>(port.value())) {
+            return Intf(row);
+        }
+    }
+    return kIntfNotFound;
+}
+
+}  // namespace adp
+
+using adp::Intf;
+using adp::PhyPort;
+
+adp_status_t adp_set_max_phy_port_num(uint32_t n) {
+    adp_max_phy_port_num = n;
+    intf_to_phy_port = adp::new_table<adp_port_row_t>(n);
+    intf_map_trunk = adp::new_table<uint32_t>(n);
+    return intf_to_phy_port == nullptr || intf_map_trunk == nullptr ? ADP_FAIL : ADP_OK;
+}
+
+adp_status_t adp_get_max_phy_port_num(uint32_t *n) {
+    *n = adp_max_phy_port_num;
+    return ADP_OK;
+}
+
+adp_status_t adp_add_cpu_port(uint32_t, uint32_t word1, uint32_t word2, uint32_t phy, uint32_t attributes) {
+    return adp::fill_row(Intf(0), {word1, word2, phy, attributes});
+}
+
+adp_status_t adp_add_phy_port(uint32_t index, uint32_t word1, uint32_t word2, uint32_t phy, uint32_t attributes) {
+    return adp::fill_row(Intf(index), {word1, word2, phy, attributes});
+}
+
+int32_t adp_intf_2_phy_id(adp_intf_t intf) {
+    return adp::phy_of(Intf(intf)).value();
+}
+
+int32_t adp_phy_2_intf_id(uint32_t phy) {
+    return static_cast<int32_t>(adp::intf_of(PhyPort(static_cast<int32_t>(phy))).value());
+}
+
+int32_t adp_phy_2_intf_id_ex(uint32_t, uint32_t phy) {
+    return adp_phy_2_intf_id(phy);
+}
+
+int32_t adp_intf_2_slot_id(adp_intf_t) {
+    return 0;
+}
+
+uint32_t adp_intf_port_attributes(adp_intf_t intf) {
+    const adp_port_row_t *row = adp::find_row(Intf(intf));
+    return row == nullptr ? 0 : row->attributes;
+}
+
+adp_status_t adp_get_phy_port(void) {
+    return ADP_OK;
+}
+
+adp_status_t adp_del_phy_port(void) {
+    return ADP_OK;
+}

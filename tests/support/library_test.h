@@ -1,0 +1,98 @@
+/**
+ * @file library_test.h
+ * The start of every unit test of the library: cleared tables, the default board's port map, a fresh recording driver.
+ *
+ * On the default board user port i is physical port i + 3 and the CPU port is 0, so that nothing works because two
+ * numbers happen to be equal.
+ */
+#ifndef TESTS_SUPPORT_LIBRARY_TEST_H
+#define TESTS_SUPPORT_LIBRARY_TEST_H
+
+#include <adp/adp.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "agg/tables.h"
+#include "tests/support/recording_driver.h"
+
+namespace library_test {
+
+inline constexpr uint32_t kUserPorts = ADP_USER_PORTS;
+inline constexpr uint32_t kPortOffset = 3;
+
+/** Every byte of the library's tables, for comparing them before and after a call. */
+inline std::string table_bytes() {
+    std::string bytes;
+    const auto add = [&](const void *data, std::size_t size) { bytes.append(static_cast<const char *>(data), size); };
+    add(&adp_max_phy_port_num, sizeof adp_max_phy_port_num);
+    if (intf_to_phy_port != nullptr) {
+        add(intf_to_phy_port, (adp_max_phy_port_num + 1) * sizeof *intf_to_phy_port);
+    }
+    if (intf_map_trunk != nullptr) {
+        add(intf_map_trunk, (adp_max_phy_port_num + 1) * sizeof *intf_map_trunk);
+    }
+    add(agg_info, sizeof agg_info);
+    add(agg_standby_members, sizeof agg_standby_members);
+    add(agg_manage_intf, sizeof agg_manage_intf);
+    add(&agg_event_handle, sizeof agg_event_handle);
+    add(adp::agg_link_status, sizeof adp::agg_link_status);
+    add(&link_event_handle, sizeof link_event_handle);
+    return bytes;
+}
+
+inline void drop_map() {
+    free(intf_to_phy_port);
+    free(intf_map_trunk);
+    intf_to_phy_port = nullptr;
+    intf_map_trunk = nullptr;
+    adp_max_phy_port_num = 0;
+}
+
+/** Fills the map as the default board has it. */
+inline void make_default_map(uint32_t user_ports = kUserPorts) {
+    drop_map();
+    ASSERT_EQ(adp_set_max_phy_port_num(user_ports), ADP_OK);
+    ASSERT_EQ(adp_add_cpu_port(0, 0, 0, 0, 0), ADP_OK);
+    for (uint32_t port = 1; port <= user_ports; ++port) {
+        ASSERT_EQ(adp_add_phy_port(port, 0, 0, port + kPortOffset, 0), ADP_OK);
+    }
+}
+
+class LibraryTest : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        driver().reset();
+        std::memset(agg_info, 0, sizeof agg_info);
+        std::memset(agg_standby_members, 0, sizeof agg_standby_members);
+        std::memset(agg_manage_intf, 0, sizeof agg_manage_intf);
+        std::memset(adp::agg_link_status, 0, sizeof adp::agg_link_status);
+        agg_event_handle = nullptr;
+        link_event_handle = nullptr;
+        make_default_map();
+    }
+
+    void TearDown() override { drop_map(); }
+
+    static recording::Driver &driver() { return recording::driver(); }
+
+    /** Gives a group its active members as physical ports; 0 is the CPU port, which reads as an empty slot. */
+    static void set_active(uint32_t group, const std::vector<uint8_t> &ports) {
+        agg_info[group - 1].count = static_cast<int32_t>(ports.size());
+        std::memcpy(agg_info[group - 1].ports, ports.data(), ports.size());
+    }
+
+    static void set_configured(uint32_t group, uint32_t word0, uint32_t word1 = 0) {
+        agg_standby_members[group - 1][0] = word0;
+        agg_standby_members[group - 1][1] = word1;
+    }
+};
+
+}  // namespace library_test
+
+#endif
