@@ -1,0 +1,51 @@
+// Member lists of an aggregation interface and the walks over them, each named after its policy.
+#ifndef AGG_MEMBERS_H
+#define AGG_MEMBERS_H
+
+#include <adp/agg.h>
+
+#include "port/map.h"
+#include "port/number.h"
+
+namespace adp {
+
+/**
+ * A list of members: count of them as reported, and the slots, 0 for empty ones. It starts zeroed because a reader
+ * that finds too many members reports their number and leaves the slots alone.
+ */
+struct MemberList {
+    uint32_t count = 0;
+    uint32_t slots[ADP_MEMBER_LIST_SLOTS] = {};
+
+    /** Slots that a walk bounded by the count visits. */
+    uint32_t counted_slots() const { return count < ADP_MEMBER_LIST_SLOTS ? count : ADP_MEMBER_LIST_SLOTS; }
+};
+
+/** The readers behind adp_get_agg_group() and adp_get_agg_config_group(). */
+adp_status_t list_active(Intf agg, uint32_t max, uint32_t *count, uint32_t *list);
+adp_status_t list_configured(Intf agg, uint32_t max, uint32_t *count, uint32_t *list);
+
+/** The active members; the status is dropped, so nine members and more are as many empty slots. */
+inline MemberList active_members(Intf agg) {
+    MemberList members;
+    list_active(agg, ADP_AGG_ACTIVE_MAX, &members.count, members.slots);
+    return members;
+}
+
+/**
+ * Applies step(member) to the non-empty ones of the first count slots, empty ones counted, and stops at the first
+ * failure with ADP_E_DRIVER.
+ */
+template <typename Step>
+adp_status_t until_first_failure(const MemberList &members, Step step) {
+    for (uint32_t slot = 0; slot < members.counted_slots(); ++slot) {
+        if (members.slots[slot] != 0 && step(Intf(members.slots[slot])) != ADP_OK) {
+            return ADP_E_DRIVER;
+        }
+    }
+    return ADP_OK;
+}
+
+}  // namespace adp
+
+#endif

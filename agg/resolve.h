@@ -1,0 +1,39 @@
+// The one place that tells a user port from an aggregation interface and sends a call the right way.
+#ifndef AGG_RESOLVE_H
+#define AGG_RESOLVE_H
+
+#include "agg/tables.h"
+#include "port/map.h"
+
+namespace adp {
+
+/**
+ * Answers on_port(physical port) for a user port and on_group(aggregation interface) for a group that exists;
+ * ADP_FAIL for a group outside 1..8, ADP_E_INTF_TYPE for any other type.
+ */
+template <typename OnPort, typename OnGroup>
+adp_status_t by_kind(Intf intf, OnPort on_port, OnGroup on_group) {
+    switch (intf.kind()) {
+        case IntfKind::kUserPort:
+            return on_port(phy_of(intf));
+        case IntfKind::kAggregation:
+            return TrunkId(intf).is_valid() ? on_group(intf) : ADP_FAIL;
+        default:
+            return ADP_E_INTF_TYPE;
+    }
+}
+
+/** The member that answers a read on a group: its management interface, else its lowest configured member. */
+inline Intf answering_member_of(Intf agg) {
+    const Intf manager = manage_intf_of(agg);
+    return manager == kNoIntf ? lowest_configured_of(agg) : manager;
+}
+
+/** The status of calls that report any driver failure as ADP_E_DRIVER. */
+constexpr adp_status_t driver_status(int32_t result) {
+    return result == 0 ? ADP_OK : ADP_E_DRIVER;
+}
+
+}  // namespace adp
+
+#endif
