@@ -1,0 +1,148 @@
+// The five transmit modes. They differ on purpose in when the VLAN is asked for and in what ends the call.
+#include "pkt/destination.h"
+
+#include "agg/tables.h"
+#include "pkt/vlan_members.h"
+#include "port/map.h"
+
+namespace adp {
+namespace {
+
+// The flag bits belong to the switch chip; these go with the opcodes that are used.
+constexpr uint32_t kForwardFlags = 0xC;
+constexpr uint32_t kOnePortFlags = 0xD;
+
+constexpr TxTag tag_for(TxOpcode opcode, uint32_t flags = kForwardFlags) {
+    return {static_cast<uint32_t>(opcode), flags};
+}
+
+static_assert(read_be32(tag_for(TxOpcode::kSwitch).words()) == 0x38000000);
+static_assert(read_be32(tag_for(TxOpcode::kVlanPort).words()) == 0x78000000);
+static_assert(read_be32(tag_for(TxOpcode::kOnePort, kOnePortFlags).words()) == 0xDA000000);
+static_assert(read_be32(tag_for(TxOpcode::kPorts).words()) == 0x98000000);
+static_assert(read_be32(tag_for(TxOpcode::kAllPorts).words()) == 0xF8000000);
+
+/** The VLAN of a call: none, or a fetched member bitmap. */
+struct VlanFilter {
+    bool given = false;
+    VlanMembers members;
+
+    bool fetch(uint32_t vid) {
+        given = true;
+        return members.fetch(vid);
+    }
+    bool fetch_if_given(uint32_t vid) { return vid == ADP_NO_VLAN || fetch(vid); }
+    bool passes(Intf intf) const { return !given || members.has(intf); }
+};
+
+Intf intf_of_node(const adp_list_link_t *node) {
+    return Intf(reinterpret_cast<const adp_tx_dest_t *>(node)->intf);
+}
+
+// The user port that stands for a destination: itself, or the management interface; kNoIntf when there is none.
+Intf port_standing_for(Intf intf) {
+    switch (intf.kind()) {
+        case IntfKind::kUserPort:
+            return intf;
+        case IntfKind::kAggregation:
+            return manage_intf_of(intf);
+        default:
+            return kNoIntf;
+    }
+}
+
+// Modes 2 to 4: every node is checked, the last one that names a port is the destination.
+constexpr Intf kNonePassedOver = kNoIntf;
+
+bool aim_at_last(const adp_list_link_t *list, const VlanFilter &vlan, Intf passed_over, TxTag *tag) {
+    for (const adp_list_link_t *node = list->next; node != list; node = node->next) {
+        const Intf intf = intf_of_node(node);
+        if (intf == passed_over) {
+            continue;
+        }
+        if (intf.kind() == IntfKind::kOther) {
+            return false;
+        }
+        if (intf.index() == 0) {
+            continue;
+        }
+        if (!vlan.passes(intf)) {
+            return false;
+        }
+        const Intf port = port_standing_for(intf);
+        if (port != kNoIntf) {
+            tag->aim_at(phy_of(port));
+        }
+    }
+    return true;
+}
+
+// Mode 0: what is no member or names no port is passed over.
+bool add_if_reachable(Intf intf, const VlanFilter &vlan, TxTag *tag) {
+    const Intf port = port_standing_for(intf);
+    return port != kNoIntf && vlan.passes(intf) && tag->add(phy_of(port));
+}
+
+bool add_listed(const adp_list_link_t *list, const VlanFilter &vlan, Intf source, TxTag *tag) {
+    bool added = false;
+    for (const adp_list_link_t *node = list->next; node != list; node = node->next) {
+        const Intf intf = intf_of_node(node);
+        if (intf != source) {
+            added |= add_if_reachable(intf, vlan, tag);
+        }
+    }
+    return added;
+}
+
+bool add_range(uint32_t first, uint32_t last, const VlanFilter &vlan, Intf source, TxTag *tag) {
+    bool added = false;
+    for (uint32_t number = first; number <= last; ++number) {
+        if (Intf(number) != source) {
+            added |= add_if_reachable(Intf(number), vlan, tag);
+        }
+    }
+    return added;
+}
+
+// Without a VLAN the aggregation interfaces take no part: their members are flooded as user ports.
+bool add_flooded(const VlanFilter &vlan, Intf source, TxTag *tag) {
+    bool added = add_range(1, ADP_USER_PORTS, vlan, source, tag);
+    if (vlan.given) {
+        added |= add_range(ADP_AGG_INTF(1), ADP_AGG_INTF(ADP_AGG_GROUPS), vlan, source, tag);
+    }
+    return added;
+}
+
+bool build_ports_tag(const adp_list_link_t *list, uint32_t vid, Intf source, TxTag *tag) {
+    VlanFilter vlan;
+    *tag = tag_for(list == nullptr && vid == ADP_NO_VLAN ? TxOpcode::kAllPorts : TxOpcode::kPorts);
+    if (!vlan.fetch_if_given(vid)) {
+        return false;
+    }
+    return list == nullptr ? add_flooded(vlan, source, tag) : add_listed(list, vlan, source, tag);
+}
+
+}  // namespace
+
+bool build_tag(uint32_t mode, const adp_list_link_t *list, uint32_t vid, Intf source, TxTag *tag) {
+    VlanFilter vlan;
+    switch (mode) {
+        case ADP_TX_PORTS:
+            return build_ports_tag(list, vid, source, tag);
+        case ADP_TX_SWITCH:
+            *tag = tag_for(TxOpcode::kSwitch);
+            return true;
+        case ADP_TX_ONE_PORT:
+            *tag = tag_for(TxOpcode::kOnePort, kOnePortFlags);
+            return list != nullptr && vlan.fetch_if_given(vid) && aim_at_last(list, vlan, kNonePassedOver, tag);
+        case ADP_TX_VLAN_PORT:
+        case ADP_TX_VLAN_NOT_SOURCE:
+            *tag = tag_for(TxOpcode::kVlanPort);
+            return list != nullptr && vlan.fetch(vid) &&
+                   aim_at_last(list, vlan, mode == ADP_TX_VLAN_NOT_SOURCE ? source : kNonePassedOver, tag);
+        default:
+            return false;
+    }
+}
+
+}  // namespace adp

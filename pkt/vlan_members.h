@@ -1,0 +1,26 @@
+// A VLAN's members as the device's VLAN service tells them.
+#ifndef PKT_VLAN_MEMBERS_H
+#define PKT_VLAN_MEMBERS_H
+
+#include "port/number.h"
+
+namespace adp {
+
+/** Member bitmap of a VLAN: bit i for user port i, bit 26 + g for aggregation interface g. */
+class VlanMembers {
+  public:
+    /** Asks the VLAN service; false when it fails. The id is handed on uncut. */
+    bool fetch(uint32_t vid);
+
+    bool has(Intf intf) const {
+        const uint32_t bit = intf.combined_index();
+        return bit < 64 && (bits_ >> bit & 1) != 0;
+    }
+
+  private:
+    uint64_t bits_ = 0;
+};
+
+}  // namespace adp
+
+#endif
