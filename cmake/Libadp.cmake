@@ -17,6 +17,8 @@ file(CONFIGURE OUTPUT ${export_map} CONTENT "{\nglobal:\n    @export_names@;\nlo
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${symbols}/exported-functions.txt
                                                                ${symbols}/exported-data.txt)
 
+# The library is linked as C: without this CMake would add the C++ run-time libraries by name.
+set(CMAKE_CXX_IMPLICIT_LINK_LIBRARIES "")
 add_library(adp SHARED $<TARGET_OBJECTS:adp_objects>)
 target_include_directories(adp PUBLIC ${CMAKE_SOURCE_DIR}/include)
 set_target_properties(adp PROPERTIES LINKER_LANGUAGE C LINK_DEPENDS ${export_map} NO_SONAME OFF)
