@@ -7,7 +7,9 @@ target_compile_options(adp_warnings INTERFACE
     $<$<COMPILE_LANGUAGE:C>:-Wstrict-prototypes -Wmissing-prototypes>)
 
 if(ADP_SANITIZE)
-    add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    # The checks of virtual tables and of function types need clang's C++ run-time, which a C program does not link.
+    add_compile_options(-fsanitize=address,undefined -fno-sanitize=vptr,function -fno-sanitize-recover=all
+                        -fno-omit-frame-pointer)
     add_link_options(-fsanitize=address,undefined)
 endif()
 if(ADP_COVERAGE)
