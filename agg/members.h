@@ -32,18 +32,35 @@ inline MemberList active_members(Intf agg) {
     return members;
 }
 
+/** The configured members; the status is dropped, so a bitmap of 27 members counts none. */
+inline MemberList configured_members(Intf agg) {
+    MemberList members;
+    list_configured(agg, ADP_MEMBER_LIST_SLOTS, &members.count, members.slots);
+    return members;
+}
+
 /**
  * Applies step(member) to the non-empty ones of the first count slots, empty ones counted, and stops at the first
- * failure with ADP_E_DRIVER.
+ * failure with the step's own result.
  */
 template <typename Step>
-adp_status_t until_first_failure(const MemberList &members, Step step) {
+int32_t until_first_failure_own_result(const MemberList &members, Step step) {
     for (uint32_t slot = 0; slot < members.counted_slots(); ++slot) {
-        if (members.slots[slot] != 0 && step(Intf(members.slots[slot])) != ADP_OK) {
-            return ADP_E_DRIVER;
+        if (members.slots[slot] == 0) {
+            continue;
+        }
+        const int32_t result = step(Intf(members.slots[slot]));
+        if (result != 0) {
+            return result;
         }
     }
-    return ADP_OK;
+    return 0;
+}
+
+/** The same walk, which answers a failure with ADP_E_DRIVER. */
+template <typename Step>
+adp_status_t until_first_failure(const MemberList &members, Step step) {
+    return until_first_failure_own_result(members, step) == 0 ? ADP_OK : ADP_E_DRIVER;
 }
 
 }  // namespace adp

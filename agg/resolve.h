@@ -34,6 +34,20 @@ constexpr adp_status_t driver_status(int32_t result) {
     return result == 0 ? ADP_OK : ADP_E_DRIVER;
 }
 
+/** Calls that do not fan out: the port's driver call, ADP_E_DRIVER for a failure and for every aggregation interface.
+ */
+template <typename Call>
+adp_status_t on_port_only(Intf intf, Call call) {
+    switch (intf.kind()) {
+        case IntfKind::kUserPort:
+            return driver_status(call(phy_of(intf)));
+        case IntfKind::kAggregation:
+            return ADP_E_DRIVER;
+        default:
+            return ADP_E_INTF_TYPE;
+    }
+}
+
 }  // namespace adp
 
 #endif

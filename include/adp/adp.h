@@ -6,6 +6,7 @@
 #define ADP_ADP_H
 
 #include <adp/agg.h>
+#include <adp/l2.h>
 #include <adp/pkt.h>
 #include <adp/port.h>
 #include <adp/types.h>

@@ -1,11 +1,13 @@
 /**
  * @file agg.h
- * Link aggregation (IEEE 802.1AX): the tables of the eight groups and their accessors.
+ * Link aggregation (IEEE 802.1AX): the tables of the eight groups and their accessors, creation and membership, the
+ * election of each group's management interface, members' link changes, and port counters.
  *
  * A call on an aggregation interface takes the group number g (1..8) from the index bits of the interface number,
  * whatever the type bits. The trunk id, g - 1, indexes the tables and is the driver's trunk number. A group outside
- * 1..8 is refused with -1 and its outputs are zeroed. No accessor makes a driver call or takes a lock: the tables are
- * shared by all callers, who serialise management operations and link handling.
+ * 1..8 is refused with -1 and its outputs are zeroed. Nothing takes a lock: the tables are shared by all callers, who
+ * serialise management operations and link handling. No accessor makes a driver call; every driver call named here is
+ * made with unit 0 and a second argument 0, which the descriptions leave out, and 0 is its success.
  */
 #ifndef ADP_AGG_H
 #define ADP_AGG_H
@@ -159,6 +161,215 @@ adp_status_t GET_AGG_CONFIG_GROUP(adp_intf_t agg_intf, uint32_t *count,
  *         both words 0
  */
 adp_status_t adp_get_agg_group_by_map(adp_intf_t agg_intf, uint32_t bitmap[2]);
+
+/**
+ * Registers the receiver of aggregation events in agg_event_handle.
+ *
+ * @param callback  called with each event, null for none
+ * @return 0
+ */
+adp_status_t adp_register_agg_event_cb(adp_agg_event_cb_t callback);
+
+/**
+ * Creates a group: an empty trunk in the chip, and cleared tables.
+ *
+ * Driver call: user_trunk_create_id(trunk id). Afterwards the record is empty with its in-use byte 1, the configured
+ * members and the management interface are cleared, and no user port maps to the group. The announced link state stays.
+ *
+ * @param agg_intf  aggregation interface
+ * @return 0; the driver's result, with nothing changed; -1 for a group outside 1..8
+ */
+adp_status_t adp_create_agg_group(adp_intf_t agg_intf);
+
+/**
+ * Deletes a group: its trunk in the chip, and all of its tables.
+ *
+ * Driver call: user_trunk_destroy(trunk id). Afterwards everything is as adp_create_agg_group() leaves it, but for the
+ * in-use byte, which is 0.
+ *
+ * @param agg_intf  aggregation interface
+ * @return 0; the driver's result, with nothing changed; -1 for a group outside 1..8
+ */
+adp_status_t adp_delete_agg_group(adp_intf_t agg_intf);
+
+/**
+ * Adds members to a group.
+ *
+ * Ports that are members already are passed over; the list itself may name a port twice, and an unmapped interface is
+ * appended as port 255 each time. Per member of the new record its link is read (adp_get_phy_port_attr(member, 11)),
+ * then user_trunk_set(trunk id, record) programs all of them, down ones included. If at least one is linked the group
+ * is announced as up (see adp_agg_linkscan_handle()), whatever the driver's result. On success the record is stored and
+ * sent with user_trunk_send_data_to_kernel(trunk id, record), the management interface is elected as
+ * ANEW_SELECT_MANAGE_INTF() does, and the listed ports map to the group.
+ *
+ * @param agg_intf  aggregation interface
+ * @param count     interfaces in the list; 0 returns 0 at once
+ * @param list      user ports
+ * @return 0; the driver's result, with the tables unchanged; -1 with nothing done for a group outside 1..8, an
+ * interface beyond the port map, or more than eleven members
+ */
+adp_status_t adp_add_agg_member(adp_intf_t agg_intf, uint32_t count, ADP_COUNT(count) const adp_intf_t *list);
+
+/**
+ * Adds the members in a bitmap of interface numbers; otherwise as adp_add_agg_member(), also when no bit of 0..26 is
+ * set.
+ *
+ * @param agg_intf  aggregation interface
+ * @param word0     bits 0..26 name the interfaces
+ * @param word1     only tested: both words 0 return 0 at once
+ * @return as adp_add_agg_member()
+ */
+adp_status_t adp_add_agg_member_by_map(adp_intf_t agg_intf, uint32_t word0, uint32_t word1);
+
+/**
+ * Removes members from a group.
+ *
+ * Of the members that stay those whose link reads 1 are programmed with user_trunk_set(trunk id, record); if there is
+ * none the trunk is destroyed (result ignored) and created again empty, and a group that was up is announced as down.
+ * On success the record is stored, its in-use byte 0, and sent with user_trunk_send_data_to_kernel(trunk id, record),
+ * the management interface is elected, and the listed ports map to no group. A count of 0 programs and stores the
+ * members as they are, without an election.
+ *
+ * @param agg_intf  aggregation interface
+ * @param count     interfaces in the list
+ * @param list      user ports
+ * @return 0; the driver's result, with the tables unchanged; -1 with nothing done for a group outside 1..8 or an
+ * interface beyond the port map
+ */
+adp_status_t adp_del_agg_member(adp_intf_t agg_intf, uint32_t count, ADP_COUNT(count) const adp_intf_t *list);
+
+/**
+ * Removes the members in a bitmap of interface numbers; otherwise as adp_del_agg_member(), with an election even when
+ * no bit of 0..26 is set.
+ *
+ * @param agg_intf  aggregation interface
+ * @param word0     bits 0..26 name the interfaces
+ * @param word1     only tested: both words 0 return 0 at once
+ * @return as adp_del_agg_member()
+ */
+adp_status_t adp_del_agg_member_by_map(adp_intf_t agg_intf, uint32_t word0, uint32_t word1);
+
+/**
+ * Adds interfaces to a group's configured members. No driver call, no election.
+ *
+ * @param agg_intf  aggregation interface
+ * @param word0     bits to set in the first word
+ * @param word1     bits to set in the second word; both words 0 return 0 at once
+ * @return 0; -1 for a group outside 1..8
+ */
+adp_status_t adp_add_agg_standby_member(adp_intf_t agg_intf, uint32_t word0, uint32_t word1);
+
+/**
+ * Takes interfaces out of a group's configured members. No driver call, no election.
+ *
+ * @param agg_intf  aggregation interface
+ * @param word0     bits to clear in the first word
+ * @param word1     bits to clear in the second word; both words 0 return 0 at once
+ * @return 0; -1 for a group outside 1..8
+ */
+adp_status_t adp_del_agg_standby_member(adp_intf_t agg_intf, uint32_t word0, uint32_t word1);
+
+/**
+ * Elects a group's management interface: the smallest member whose link attribute 14 is not 0, or, while all are down,
+ * the largest.
+ *
+ * The active members stand for election, the configured ones when none is active; without either the group has no
+ * management interface. Driver calls: user_fiberport_link_status_get(port) for each in list order.
+ *
+ * @param agg_intf  aggregation interface
+ * @return 0; -1 for a group outside 1..8
+ */
+adp_status_t ANEW_SELECT_MANAGE_INTF(adp_intf_t agg_intf);
+
+/**
+ * Sets a group's load balancing.
+ *
+ * Driver calls: user_switch_control_set(136, hash), its failure ignored, with hash 0x60 for the modes 1 and 4, 0x50 for
+ * 2 and 5, else 0x70; user_trunk_loadbalance_set(trunk id, mode). No table is touched and no group refused.
+ *
+ * @param agg_intf  aggregation interface
+ * @param mode      the driver's balancing mode
+ * @return result of the second call
+ */
+adp_status_t adp_set_agg_loadbalance(adp_intf_t agg_intf, uint32_t mode);
+
+/**
+ * Hands an event to the registered receiver.
+ *
+ * @param caller  name of the caller, dropped
+ * @param event   the event
+ * @return the receiver's result; 0 when none is registered
+ */
+int32_t adp_agg_event_handle(const char *caller, const adp_agg_event_t *event);
+
+/**
+ * Follows a link change of a user port that is a member of a group; the first group whose record holds its port counts.
+ *
+ * Up: the trunk is programmed with all members as adp_add_agg_member() does, and a management interface above the port
+ * becomes the port; an empty management slot stays empty. Down: the trunk is programmed with the other members that are
+ * linked as adp_del_agg_member() does, and the management interface is elected anew if it was the port. The group's
+ * record stays.
+ *
+ * Announcing a group up or down: if sys_trace_get() is not 0, sys_trace_add_log("worker():line", "interface
+ * aggregateport g, changed state to up"), then Log_logging_func(5, 5, "UPDOWN", format, "aggregateport", g, "up"). The
+ * event goes to adp_agg_event_handle(): after an add whenever a member is linked, after a removal only when the group
+ * went down.
+ *
+ * @param intf          user port
+ * @param is_up         0 down, otherwise up
+ * @param[out] changed  1 when the group as a whole went up or down, else untouched; may be null
+ * @return the driver's result; 0 for a port in no group
+ */
+adp_status_t adp_agg_linkscan_handle(adp_intf_t intf, uint32_t is_up, uint32_t *changed);
+
+/**
+ * Reads a counter of a user port, or the sum over a group's active members (modulo 2^64).
+ *
+ * Driver call: user_port_packetstat_get(port, type, value) for each port in list order.
+ *
+ * @param intf      user port or aggregation interface
+ * @param type      the driver's counter type
+ * @param[out] out  the counter; of a group untouched after a failure, 0 without members
+ * @return 0; 102 at the first failure; 201 for another type, -1 for a group outside 1..8
+ */
+adp_status_t adp_get_port_stat(adp_intf_t intf, uint32_t type, uint64_t *out);
+
+/**
+ * Clears all counters of a user port, or of a group's active members in list order.
+ *
+ * Driver call: user_port_packetstat_clear(port).
+ *
+ * @param intf  user port or aggregation interface
+ * @return 0; 102 at the first failure, members behind it are not cleared; 201 for another type, -1 for a group
+ * outside 1..8
+ */
+adp_status_t adp_clr_port_stat(adp_intf_t intf);
+
+/**
+ * Sends LACP frames (IEEE 802.1AX) to the CPU or not.
+ *
+ * Driver call: user_trunk_trap_lacp(value, option).
+ *
+ * @param value   the driver's switch
+ * @param unused  not used
+ * @param unused2 not used
+ * @param option  handed on
+ * @return the driver's result
+ */
+adp_status_t adp_set_trap_lacp_packet(uint32_t value, uint32_t unused, uint32_t unused2, adp_word_t option);
+
+/**
+ * Sends Ethernet OAM frames (IEEE 802.3 clause 57) to the CPU or not.
+ *
+ * Driver call: user_eoam_trap_set(value, option).
+ *
+ * @param value   the driver's switch
+ * @param unused  not used
+ * @param unused2 not used
+ * @param option  handed on
+ * @return the driver's result
+ */
+adp_status_t adp_set_trap_eoam_packet(uint32_t value, uint32_t unused, uint32_t unused2, adp_word_t option);
 
 ADP_END_DECLS
 

@@ -1,11 +1,13 @@
 /**
  * @file port.h
- * The port frame: the map between logical interface numbers and the switch chip's physical ports.
+ * The port frame: the map between logical interface numbers and the switch chip's physical ports, the ports'
+ * attributes, link events and last-change times.
  *
- * Every call of the library passes through this map. It is set up first, in this order, and never torn down:
+ * Every call of the library passes through the map. It is set up first, in this order, and never torn down:
  * adp_set_max_phy_port_num(), then adp_add_cpu_port() and adp_add_phy_port() for every row. No call checks the
  * order; before the map exists the look-ups answer "not found". Nothing here takes a lock: the map is written during
- * start-up and only read afterwards. No call of this header makes a driver call.
+ * start-up and only read afterwards. The calls of the map make no driver call; every other driver call named here is
+ * made with unit 0 and a second argument 0, which the descriptions leave out, and 0 is its success.
  */
 #ifndef ADP_PORT_H
 #define ADP_PORT_H
@@ -148,6 +150,249 @@ adp_status_t adp_api_xlate_port_pbmp_a2p(ADP_INOUT uint32_t bitmap[2]);
  * @return 0
  */
 adp_status_t adp_api_xlate_port_pbmp_p2a(ADP_INOUT uint32_t bitmap[2]);
+
+/** Selectors of adp_set_phy_port_attr() and adp_get_phy_port_attr(). */
+enum adp_port_attr {
+    ADP_ATTR_SPEED = 0,         /**< Mb/s: 10, 100, 1000, 10000 */
+    ADP_ATTR_DUPLEX = 1,        /**< 0 half, 1 full, any other value automatic */
+    ADP_ATTR_AUTONEG = 2,       /**< auto-negotiation (IEEE 802.3 clause 28): 0 off, non-zero on */
+    ADP_ATTR_ADMIN_STATE = 3,   /**< administrative state: 0 off, non-zero on */
+    ADP_ATTR_LOOPBACK = 4,      /**< the driver's loopback mode */
+    ADP_ATTR_PAUSE = 5,         /**< flow control (IEEE 802.3 annex 31B): 0 off, non-zero on */
+    ADP_ATTR_JUMBO = 6,         /**< jumbo frames, the driver's value */
+    ADP_ATTR_ADVERT_DUPLEX = 7, /**< set only: advertised duplex */
+    ADP_ATTR_ADVERT_SPEED = 8,  /**< set only: advertised speed, Mb/s */
+    ADP_ATTR_MDIX = 9,          /**< MDI/MDIX, the driver's value */
+    ADP_ATTR_MEDIUM = 10,       /**< get only: medium, the driver's value */
+    ADP_ATTR_LINK = 11,         /**< get: link status; set: the protocol hold */
+    ADP_ATTR_HOLD = 11,         /**< set only: protocol hold, 0 holds the port down, non-zero releases it */
+    ADP_ATTR_MAX_SPEED = 12,    /**< get only: maximum speed, Mb/s */
+    ADP_ATTR_PAUSE_STATUS = 13, /**< get only: flow-control status */
+    ADP_ATTR_FIBRE_LINK = 14    /**< get only: fibre link status */
+};
+
+/**
+ * Sets an attribute of an interface.
+ *
+ * On an aggregation interface the attribute is set on each configured member in list order (on the active members where
+ * the table says so), empty slots passed over; the first failing member ends the call with 102 and members already set
+ * stay set; no members is 0. Per port the driver calls are, in order (advert: user_port_ability_advert_get/_set, whose
+ * bits 31..26 are 10 half, 10 full, 100 half, 100 full, 1000 half, 1000 full and bits 25 and 24 pause):
+ *
+ * | selector | driver calls |
+ * |---|---|
+ * | 0, maximum 1000 | advert read; user_port_speed_set(value, mode); advert written with the speed's bits only (1000:
+ * bit 26, 100, 10: both duplexes, other: all of ALL = 31..28 and 26); for 1000 user_port_autoneg_set(1) | | 0, maximum
+ * 10000, active members | advert read, written without bit 27 and with bit 26 unless value is 10000;
+ * user_port_speed_set(value, 2); for 1000 user_port_autoneg_set(1) |
+ * | 1 | nothing for mode 2 with value 1; else advert read, written with the duplex's bits only (half 31 and 29, full
+ * 30, 28 and 26, other: ALL); user_port_duplex_set(value, mode); for mode 2 user_port_autoneg_set(1) | | 2 | for a
+ * non-zero value advert read, written with ALL added; user_port_autoneg_set(value) | | 3 | user_port_enable_set(value);
+ * on a group half a second's sleep after each success | | 4 | user_port_loopback_set(value); the driver's own result,
+ * on a group too | | 5 | user_port_autoneg_get, advert read; with auto-negotiation on, advert written with both pause
+ * bits set or cleared; else user_port_pause_set(value, value) | | 6 | user_port_jumboframe_set(value) | | 7, maximum
+ * 1000 | advert read, written with the duplex's bits only; user_port_autoneg_set(1) | | 7, maximum 10000, active
+ * members | advert read; user_port_duplex_set(value, 0); advert written without bits 27 and 26, with 26 for value 1;
+ * user_port_autoneg_set(1) | | 8, maximum 1000 | advert read, written with the speed's bits only;
+ * user_port_autoneg_set(1) | | 8, maximum 10000, active members | advert read; user_port_speed_set(value, 2); advert
+ * written without bits 27 and 26, with 26 for 1000; for 1000 user_port_autoneg_set(1) | | 9 |
+ * user_port_mdix_set(value); the driver's own result, on a group too | | 11 | user_port_enable_set(value), as selector
+ * 3 | | 10, 12 | none, returns 0 |
+ *
+ * Selectors 0, 7 and 8 first read the maximum speed as adp_get_phy_port_attr() does (failure: 102); any other maximum
+ * does nothing and returns 0. With a maximum of 10000, selectors 7 and 8 read the advertisement and set duplex or speed
+ * on the number that they are handed (a user port's interface number, a member's physical port) and write advertisement
+ * and auto-negotiation on that number translated once more.
+ *
+ * Each interface, a group too, has a state of its own: free, held (selector 11 with 0) or disabled (selector 3 with 0).
+ * Enabling a held interface and releasing one that is not held return 0 and do nothing; the state changes before any
+ * driver call. Under selector 11 a driver failure is 0 on a user port and 102 on a group.
+ *
+ * @param intf      user port or aggregation interface
+ * @param selector  enum adp_port_attr, 0..12
+ * @param value     see the selector
+ * @param mode      handed on to the driver by selectors 0 and 1 with a maximum of 1000; 2 asks selector 1 for
+ *                  auto-negotiation
+ * @return 0; 101 for a selector of 13 or more, which is tested first; 201 for another interface type; 102 when a driver
+ * call failed; the driver's own result for selectors 4 and 9; -1 for a group outside 1..8 where its members are asked
+ * for
+ */
+adp_status_t adp_set_phy_port_attr(adp_intf_t intf, uint32_t selector, uint32_t value, uint32_t mode);
+
+/**
+ * Reads an attribute of an interface.
+ *
+ * An aggregation interface answers with its management interface, else with its lowest configured member, except for
+ * the selectors 11 and 14 (the first non-zero status among the active members in list order, 0 when there is none) and
+ * 12 (the largest maximum speed of the configured members, 0 without members). Driver calls: user_port_speed_get,
+ * _duplex_get, _autoneg_get, _enable_get, _loopback_get, _pause_get, _jumboframe_get for 0 to 6, user_port_mdix_get,
+ * user_port_link_medium_get, user_port_link_status_get, user_port_speed_max, user_port_pause_get_stat (on a group
+ * user_port_pause_get), user_fiberport_link_status_get for 9 to 14. Selector 3 of a held interface writes 1 without a
+ * driver call.
+ *
+ * @param intf        user port or aggregation interface
+ * @param selector    enum adp_port_attr, 0..14; 7 and 8 return 0 and leave the output alone
+ * @param[out] value  the attribute; selectors 11 and 14 of a group clear it first
+ * @return 0; 101 for a selector of 15 or more, which is tested first; 201 for another interface type; 203 for an
+ * aggregation interface with neither a management interface nor a configured member; 102 when a driver call failed; -1
+ * for a group outside 1..8
+ */
+adp_status_t adp_get_phy_port_attr(adp_intf_t intf, uint32_t selector, uint32_t *value);
+
+/**
+ * Sets an interface's address learning.
+ *
+ * Driver call: user_port_learn_set(port, enable), on a group for each configured member in list order.
+ *
+ * @param intf    user port or aggregation interface
+ * @param enable  the driver's learning mode
+ * @return user port: the driver's result; group: 0, or 102 at the first failure (earlier members stay changed); 201 for
+ * another type, -1 for a group outside 1..8
+ */
+adp_status_t adp_intf_learn_set(adp_intf_t intf, int32_t enable);
+
+/**
+ * Reads an interface's address learning.
+ *
+ * A group answers with its management interface; without one with interface 0, the CPU port. Driver call:
+ * user_port_learn_get(port, mode).
+ *
+ * @param intf       user port or aggregation interface
+ * @param[out] mode  the driver's learning mode
+ * @return the driver's result; 201 for another type, -1 for a group outside 1..8
+ */
+adp_status_t adp_intf_learn_get(adp_intf_t intf, uint32_t *mode);
+
+/**
+ * Runs the cable diagnosis of an interface.
+ *
+ * A group answers with its management interface; without one with interface 0, the CPU port. Driver call:
+ * User_port_cablediag(port, result).
+ *
+ * @param intf         user port or aggregation interface
+ * @param[out] result  the driver's record, 32 bytes
+ * @return the driver's result; 201 for another type, -1 for a group outside 1..8
+ */
+adp_status_t adp_intf_cablediag(adp_intf_t intf, ADP_COUNT(32) void *result);
+
+/**
+ * Sets energy-efficient Ethernet (IEEE 802.3az).
+ *
+ * A group sets its management interface only; without one interface 0, the CPU port. Driver call:
+ * user_eee_portEnable_set(port, enable).
+ *
+ * @param intf    user port or aggregation interface
+ * @param enable  0 off, non-zero on
+ * @return the driver's result; 201 for another type, -1 for a group outside 1..8
+ */
+adp_status_t adp_intf_eee_set(adp_intf_t intf, uint32_t enable);
+
+/**
+ * Reads energy-efficient Ethernet (IEEE 802.3az); of a group its management interface's, as adp_intf_eee_set().
+ *
+ * Driver call: user_eee_portEnable_get(port, enable).
+ *
+ * @param intf         user port or aggregation interface
+ * @param[out] enable  0 off, non-zero on
+ * @return the driver's result; 201 for another type, -1 for a group outside 1..8
+ */
+adp_status_t adp_intf_eee_get(adp_intf_t intf, uint32_t *enable);
+
+/**
+ * Reads a counter of a port.
+ *
+ * There is no test of the interface type: an aggregation interface reaches the driver as port -1. Driver call:
+ * user_stat_port_get(port, selector, out).
+ *
+ * @param intf      user port
+ * @param selector  the driver's counter selector
+ * @param[out] out  the counter, 64 bits
+ * @return the driver's result
+ */
+adp_status_t adp_intf_stat_get(adp_intf_t intf, uint32_t selector, ADP_COUNT(8) void *out);
+
+/**
+ * Tells the copper side of a combo port from its fibre side by what it advertises.
+ *
+ * Driver calls: user_port_autoneg_get(port), then with auto-negotiation on user_port_ability_advert_get(port); their
+ * results are not checked. There is no test of the interface type.
+ *
+ * @param intf  user port
+ * @return 0 when auto-negotiation is on and a 10 or 100 Mb/s ability is advertised (copper), else -1
+ */
+adp_status_t adp_intf_combo_port_copper_or_fiber_check(adp_intf_t intf);
+
+/** What adp_link_event_fast_send_unicast_msg() last saw of an interface, each number cut to 16 bits. */
+typedef struct {
+    uint16_t unit;
+    uint16_t port;   /**< physical port */
+    uint16_t intf;   /**< interface number */
+    uint16_t status; /**< link status */
+} adp_link_data_t;
+
+/** Link data by interface number, 0..26. */
+extern adp_link_data_t g_intf_link_data[ADP_USER_PORTS + 1];
+
+/**
+ * Stamps an interface's last link change with the current time.
+ *
+ * On an aggregation interface every configured member among the user ports 1..26 is stamped, the time read anew for
+ * each. No driver call.
+ *
+ * @param intf  user port (an index outside 1..26 changes nothing) or aggregation interface
+ * @return 0; 201 for another type, -1 for a group outside 1..8
+ */
+adp_status_t adp_set_port_last_change(adp_intf_t intf);
+
+/**
+ * Tells when an interface's link changed last.
+ *
+ * An aggregation interface answers with its management interface, else with its lowest configured member. No driver
+ * call.
+ *
+ * @param intf      user port or aggregation interface
+ * @param[out] out  seconds since the epoch; 0 when never stamped, for an index outside 1..26, and after a refusal
+ * @return 0; 203 for an aggregation interface with neither of the two, 201 for another type, -1 for a group
+ * outside 1..8
+ */
+adp_status_t adp_get_port_last_change(int32_t intf, uint32_t *out);
+
+/**
+ * Forwards a link change to the device's link-event sink, link_event_handle_cb(intf, status).
+ *
+ * The port's administrative state is read first as adp_get_phy_port_attr() does; a change of interface 25 or 26 is
+ * dropped while the state is 0.
+ *
+ * @param unit    not used
+ * @param port    physical port
+ * @param status  link status
+ * @return the sink's result, or 0 for a dropped change
+ */
+int32_t adp_link_event_handle_cb(uint32_t unit, uint32_t port, int32_t status);
+
+/**
+ * Records a link change in g_intf_link_data and posts it to the ring-protection queue (ITU-T G.8032).
+ *
+ * Service call: equeue_send_ucast(erps_event_queue, message, -1). The message is eight words: 1, the sending thread's
+ * id, 1, four zeros, and the address of the interface's record, which a later change of the same interface overwrites.
+ * A port that no row of 0..26 names is refused.
+ *
+ * @param unit    recorded
+ * @param port    physical port
+ * @param status  link status
+ * @return the queue's positive result; after a failure, which is printed on standard error, the number of characters
+ * printed; -1 with nothing recorded or sent for a port without a record
+ */
+int32_t adp_link_event_fast_send_unicast_msg(uint32_t unit, uint32_t port, int32_t status);
+
+/**
+ * adp_link_event_fast_send_unicast_msg() for an interface: unit 0 and its physical port.
+ *
+ * @param intf    user port
+ * @param status  link status
+ * @return as adp_link_event_fast_send_unicast_msg()
+ */
+int32_t adp_link_event_fast_send_unicast_msg_ex(int32_t intf, int32_t status);
 
 ADP_END_DECLS
 

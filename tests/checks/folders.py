@@ -15,7 +15,7 @@ PLATFORM = ("netlink_api.h", "device_services.h")
 
 
 def is_test(path):
-    return path.stem.endswith("_test") or "test_support" in path.stem
+    return path.stem.endswith(("_test", "_program")) or "test_support" in path.stem
 
 
 def includes(path):
@@ -30,8 +30,7 @@ def allowed_in_subsystem(folder, header):
         return True
     top = header.split("/")[0]
     if top in SUBSYSTEMS and "/" in header:
-        # agg stands on port; port on nobody.
-        return top == folder or (top in SHARED and not (folder == "port" and top == "agg"))
+        return top == folder or top in SHARED
     return top not in ("vdevice", "tests", "adpsh", "platform", "generated", "examples")
 
 

@@ -1,0 +1,46 @@
+// Port counters, of a group summed over its members, and the traps of LACP and OAM frames.
+#include <adp/agg.h>
+#include <netlink_api.h>
+
+#include "agg/members.h"
+#include "agg/resolve.h"
+
+using adp::Intf;
+using adp::PhyPort;
+
+adp_status_t adp_get_port_stat(adp_intf_t intf, uint32_t type, uint64_t *out) {
+    const auto read = [=](PhyPort port, uint64_t *value) {
+        return adp::driver_status(user_port_packetstat_get(0, 0, port.value(), type, value));
+    };
+    return adp::by_kind(
+        Intf(intf), [&](PhyPort port) { return read(port, out); },
+        [&](Intf agg) {
+            uint64_t sum = 0;
+            const adp_status_t status = adp::until_first_failure(adp::active_members(agg), [&](Intf member) {
+                uint64_t value = 0;
+                const adp_status_t result = read(adp::phy_of(member), &value);
+                sum += value;
+                return result;
+            });
+            if (status == ADP_OK) {
+                *out = sum;
+            }
+            return status;
+        });
+}
+
+adp_status_t adp_clr_port_stat(adp_intf_t intf) {
+    const auto clear = [](PhyPort port) { return adp::driver_status(user_port_packetstat_clear(0, 0, port.value())); };
+    return adp::by_kind(Intf(intf), clear, [&](Intf agg) {
+        return adp::until_first_failure(adp::active_members(agg),
+                                        [&](Intf member) { return clear(adp::phy_of(member)); });
+    });
+}
+
+adp_status_t adp_set_trap_lacp_packet(uint32_t value, uint32_t, uint32_t, adp_word_t option) {
+    return user_trunk_trap_lacp(0, 0, value, option);
+}
+
+adp_status_t adp_set_trap_eoam_packet(uint32_t value, uint32_t, uint32_t, adp_word_t option) {
+    return user_eoam_trap_set(0, 0, value, option);
+}

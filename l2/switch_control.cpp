@@ -1,0 +1,36 @@
+// Switch controls, traps and per-port controls that do not fan out over a group.
+#include <adp/l2.h>
+#include <netlink_api.h>
+
+#include "agg/resolve.h"
+#include "l2/port_control.h"
+
+using adp::Intf;
+using adp::PhyPort;
+
+adp_status_t adp_switch_control_set(uint32_t control, uint32_t value) {
+    return adp::driver_status(user_switch_control_set(0, 0, control, value));
+}
+
+adp_status_t adp_switch_control_get(uint32_t control, uint32_t *value) {
+    return user_switch_control_get(0, 0, control, value);
+}
+
+adp_status_t adp_selfmac_trap_tocpu(uint32_t value, uint32_t, uint32_t, adp_word_t option) {
+    return user_selfmac_trap_to_cpu(0, 0, value, option);
+}
+
+adp_status_t hal_vlan_control_port_set(adp_intf_t intf, uint32_t control, int32_t value) {
+    return adp::on_port_only(
+        Intf(intf), [=](PhyPort port) { return user_vlan_control_port_set(0, 0, port.value(), control, value); });
+}
+
+adp_status_t hal_vlan_control_port_get(adp_intf_t intf, uint32_t control, uint32_t *value) {
+    return adp::on_port_only(
+        Intf(intf), [=](PhyPort port) { return user_vlan_control_port_get(0, 0, port.value(), control, value); });
+}
+
+adp_status_t adp::hal_port_untagged_priority_set(Intf intf, uint32_t priority) {
+    return on_port_only(intf,
+                        [=](PhyPort port) { return user_port_untagged_priority_set(0, 0, port.value(), priority); });
+}
