@@ -19,6 +19,7 @@
 #include <vector>
 
 #include "agg/tables.h"
+#include "port/hold.h"
 #include "tests/support/recording_driver.h"
 
 namespace library_test {
@@ -43,6 +44,8 @@ inline std::string table_bytes() {
     add(&agg_event_handle, sizeof agg_event_handle);
     add(adp::agg_link_status, sizeof adp::agg_link_status);
     add(&link_event_handle, sizeof link_event_handle);
+    add(adp::port_hold_state, sizeof adp::port_hold_state);
+    add(g_intf_link_data, sizeof g_intf_link_data);
     return bytes;
 }
 
@@ -66,7 +69,12 @@ inline void make_default_map(uint32_t user_ports = kUserPorts) {
 
 class LibraryTest : public ::testing::Test {
   protected:
-    void SetUp() override {
+    void SetUp() override { start_over(); }
+
+    void TearDown() override { drop_map(); }
+
+    /** Also for a test that runs an operation several times, each on cleared tables. */
+    static void start_over() {
         driver().reset();
         std::memset(agg_info, 0, sizeof agg_info);
         std::memset(agg_standby_members, 0, sizeof agg_standby_members);
@@ -74,10 +82,10 @@ class LibraryTest : public ::testing::Test {
         std::memset(adp::agg_link_status, 0, sizeof adp::agg_link_status);
         agg_event_handle = nullptr;
         link_event_handle = nullptr;
+        std::memset(adp::port_hold_state, 0, sizeof adp::port_hold_state);
+        std::memset(g_intf_link_data, 0, sizeof g_intf_link_data);
         make_default_map();
     }
-
-    void TearDown() override { drop_map(); }
 
     static recording::Driver &driver() { return recording::driver(); }
 

@@ -1,0 +1,67 @@
+#!/usr/bin/env python3
+"""Writes the code that follows from the imported interface: call table, stubs, driver calls, forwarders, export maps.
+
+    generate.py --output DIR --types types.h --library netlink_api netlink_api.h --library device_services services.h
+
+What it writes is as small as it can be: tables and one-line definitions. Everything that has to think (describing,
+encoding, dispatching) is hand-written C++ that walks these tables.
+"""
+import argparse
+import os
+import sys
+
+sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
+
+import emit_calls  # noqa: E402  (the path has to be set first)
+import emit_table  # noqa: E402
+import interface   # noqa: E402
+import model       # noqa: E402
+
+
+def write_if_changed(path, text):
+    """Leaves an equal file alone, so that nothing is rebuilt for a comment in a header."""
+    try:
+        with open(path, encoding="utf-8") as old:
+            if old.read() == text:
+                return False
+    except FileNotFoundError:
+        pass
+    with open(path, "w", encoding="utf-8") as new:
+        new.write(text)
+    return True
+
+
+def outputs(calls):
+    """File name to text, for every generated file."""
+    files = {
+        "call_id.h": emit_table.call_ids(calls),
+        "call_table.cpp": emit_table.call_table(calls),
+        "driver_calls.h": emit_calls.driver_calls_header(calls),
+        "driver_calls.cpp": emit_calls.driver_calls_source(calls),
+        "forward.cpp": emit_calls.forward_source(calls),
+    }
+    for library in calls.libraries:
+        files[f"{library}_stubs.cpp"] = emit_calls.stubs(calls, library)
+        files[f"{library}.map"] = emit_calls.version_script(calls, library)
+    return files
+
+
+def main(arguments):
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--output", required=True, help="folder that receives the generated files")
+    parser.add_argument("--types", required=True, help="header with the shared types")
+    parser.add_argument("--library", required=True, action="append", nargs=2, metavar=("NAME", "HEADER"))
+    options = parser.parse_args(arguments)
+    try:
+        calls = model.read(options.types, options.library)
+    except interface.HeaderError as error:
+        print(f"generate.py: {error}", file=sys.stderr)
+        return 1
+    os.makedirs(options.output, exist_ok=True)
+    for name, text in outputs(calls).items():
+        write_if_changed(os.path.join(options.output, name), text)
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(sys.argv[1:]))

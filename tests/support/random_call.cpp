@@ -1,0 +1,123 @@
+#include "tests/support/random_call.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace random_call {
+
+using platform::Call;
+using platform::CallId;
+using platform::Element;
+using platform::Kind;
+using platform::Param;
+
+namespace {
+
+constexpr unsigned kHighBits = 32;
+constexpr uint32_t kNullOneIn = 6;
+
+}  // namespace
+
+uint32_t Random::next() {
+    state_ = state_ * kMultiplier + kIncrement;
+    return static_cast<uint32_t>(state_ >> kHighBits);
+}
+
+void fill_random(Random &random, const Element &element, void *at, std::size_t count) {
+    const std::size_t size = platform::element_size(element);
+    for (std::size_t index = 0; index < count; ++index) {
+        auto *to = static_cast<uint8_t *>(at) + index * size;
+        if (element.kind == Kind::Struct) {
+            for (const auto &field : element.layout->fields) {
+                fill_random(random, field.element, to + field.offset, field.count);
+            }
+            continue;
+        }
+        uint64_t value = random.next();
+        if (element.kind == Kind::U64) {
+            value = value << kHighBits | random.next();
+        }
+        platform::store(element.kind, to, static_cast<int64_t>(value));
+    }
+}
+
+RandomCall::RandomCall(CallId id, uint64_t seed)
+    : call_(platform::call(id)), random_(seed), arguments_(call_.params.size(), nullptr) {
+    const auto is_counter = [&](std::size_t index) {
+        return std::any_of(call_.params.begin(), call_.params.end(),
+                           [&](const Param &param) { return param.counted_by == static_cast<int32_t>(index); });
+    };
+    for (std::size_t index = 0; index < call_.params.size(); ++index) {
+        const Param &param = call_.params[index];
+        if (!param.is_pointer()) {
+            void *value = allocate(platform::element_size(param.element));
+            fill_random(random_, param.element, value, 1);
+            if (is_counter(index)) {
+                platform::store(param.element.kind, value, random_.below(kLongestCount));
+            }
+            arguments_[index] = value;
+        }
+    }
+    for (std::size_t index = 0; index < call_.params.size(); ++index) {
+        if (call_.params[index].is_pointer()) {
+            add_pointer(index);
+        }
+    }
+}
+
+void *RandomCall::allocate(std::size_t size) {
+    return memory_.emplace_back((size + sizeof(uint64_t)) / sizeof(uint64_t)).data();
+}
+
+void RandomCall::add_pointer(std::size_t index) {
+    const Param &param = call_.params[index];
+    auto *slot = static_cast<void **>(allocate(sizeof(void *)));
+    arguments_[index] = slot;
+    if (random_.below(kNullOneIn) == 0) {
+        return;
+    }
+    if (param.is_text) {
+        constexpr uint32_t kFirstPrintable = ' ';
+        constexpr uint32_t kPrintable = 95;
+        constexpr uint32_t kLongestText = 40;
+        const uint32_t length = random_.below(kLongestText);
+        auto *text = static_cast<char *>(allocate(length + 1));
+        std::generate_n(text, length, [&] { return static_cast<char>(kFirstPrintable + random_.below(kPrintable)); });
+        *slot = text;
+        return;
+    }
+    const std::size_t count = platform::extent(call_, index, arguments_.data());
+    *slot = allocate(count * platform::element_size(param.element));
+    fill_random(random_, param.element, *slot, count);
+    if (platform::is_event_message(call_, param)) {
+        void *record = allocate(platform::kEventRecordNumbers * sizeof(uint16_t));
+        fill_random(random_, {Kind::U16, false, nullptr}, record, platform::kEventRecordNumbers);
+        static_cast<uintptr_t *>(*slot)[count - 1] = random_.below(2) == 0 ? 0 : reinterpret_cast<uintptr_t>(record);
+    }
+}
+
+void write_outputs(CallId id, const void *const *arguments, uint64_t seed) {
+    const Call &call = platform::call(id);
+    Random random(seed);
+    for (std::size_t index = 0; index < call.params.size(); ++index) {
+        void *to = call.params[index].is_written() ? *static_cast<void *const *>(arguments[index]) : nullptr;
+        if (to != nullptr) {
+            fill_random(random, call.params[index].element, to, platform::extent(call, index, arguments));
+        }
+    }
+}
+
+int32_t random_result(CallId id, uint64_t seed) {
+    constexpr uint32_t kKinds = 4;
+    Random random(seed + static_cast<uint64_t>(id));
+    switch (random.below(kKinds)) {
+        case 0:
+            return static_cast<int32_t>(random.next() | 0x80000000);
+        case 1:
+            return static_cast<int32_t>(random.next() >> 1);
+        default:
+            return 0;
+    }
+}
+
+}  // namespace random_call

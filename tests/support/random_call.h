@@ -1,0 +1,63 @@
+/**
+ * @file random_call.h
+ * For tests: reproducible arguments and outputs for any call of the table. The same seed gives the same on any machine.
+ */
+#ifndef TESTS_SUPPORT_RANDOM_CALL_H
+#define TESTS_SUPPORT_RANDOM_CALL_H
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <string>
+#include <vector>
+
+#include "platform/call_table.h"
+
+namespace random_call {
+
+/** A small generator whose numbers depend on nothing but the seed. */
+class Random {
+  public:
+    explicit Random(uint64_t seed) : state_(seed * kMultiplier + kIncrement) {}
+    uint32_t next();
+    uint32_t below(uint32_t limit) { return next() % limit; }
+
+  private:
+    static constexpr uint64_t kMultiplier = 6364136223846793005;
+    static constexpr uint64_t kIncrement = 1442695040888963407;
+    uint64_t state_;
+};
+
+/** Fills an element or a block of them. */
+void fill_random(Random &random, const platform::Element &element, void *at, std::size_t count);
+
+/** Arguments of one call: every block has its own memory, some pointers are null. */
+class RandomCall {
+  public:
+    RandomCall(platform::CallId id, uint64_t seed);
+    RandomCall(const RandomCall &) = delete;
+    RandomCall &operator=(const RandomCall &) = delete;
+
+    [[nodiscard]] const void *const *arguments() const { return arguments_.data(); }
+
+  private:
+    void add_pointer(std::size_t index);
+    void *allocate(std::size_t size);
+
+    static constexpr uint32_t kLongestCount = 9;
+
+    const platform::Call &call_;
+    Random random_;
+    std::deque<std::vector<uint64_t>> memory_;
+    std::vector<const void *> arguments_;
+};
+
+/** Fills everything that the call writes, as a driver would. */
+void write_outputs(platform::CallId id, const void *const *arguments, uint64_t seed);
+
+/** A result for the call: mostly 0, sometimes positive or negative. */
+int32_t random_result(platform::CallId id, uint64_t seed);
+
+}  // namespace random_call
+
+#endif

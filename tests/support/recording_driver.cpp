@@ -1,0 +1,245 @@
+// The recording driver: scripts, failures and the trace.
+#include "tests/support/recording_driver.h"
+
+#include <algorithm>
+#include <cstring>
+#include <stdexcept>
+
+#include "platform/describe.h"
+
+namespace recording {
+
+using platform::Call;
+using platform::CallId;
+using platform::Param;
+
+namespace {
+
+std::size_t require_param(CallId id, std::string_view name) {
+    const Call &call = platform::call(id);
+    const auto index = platform::find_param(call, name);
+    if (!index) {
+        throw std::logic_error(std::string(call.name) + " has no parameter '" + std::string(name) + "'");
+    }
+    return *index;
+}
+
+CallId require_call(std::string_view name) {
+    const auto id = platform::find_call(name);
+    if (!id) {
+        throw std::logic_error("no imported call is named '" + std::string(name) + "'");
+    }
+    return *id;
+}
+
+}  // namespace
+
+const char *Arguments::call_name() const {
+    return platform::call(id_).name;
+}
+
+int64_t Arguments::number(std::string_view name) const {
+    const std::size_t index = require_param(id_, name);
+    const Param &param = platform::call(id_).params[index];
+    const void *at = platform::target(param, arguments_[index]);
+    return at == nullptr ? 0 : platform::load(param.element.kind, at);
+}
+
+std::span<const uint8_t> Arguments::bytes(std::string_view name) const {
+    const std::size_t index = require_param(id_, name);
+    const Call &call = platform::call(id_);
+    const void *at = platform::target(call.params[index], arguments_[index]);
+    if (at == nullptr) {
+        return {};
+    }
+    return {static_cast<const uint8_t *>(at),
+            platform::extent(call, index, arguments_) * platform::element_size(call.params[index].element)};
+}
+
+void *Arguments::pointer(std::string_view name) const {
+    const std::size_t index = require_param(id_, name);
+    if (!platform::call(id_).params[index].is_pointer()) {
+        throw std::logic_error(std::string(name) + " is not a pointer");
+    }
+    return *static_cast<void *const *>(arguments_[index]);
+}
+
+const char *Arguments::text(std::string_view name) const {
+    if (!platform::call(id_).params[require_param(id_, name)].is_text) {
+        throw std::logic_error(std::string(name) + " is not text");
+    }
+    return static_cast<const char *>(pointer(name));
+}
+
+Script &Script::returns(int32_t result) {
+    result_ = result;
+    return *this;
+}
+
+Script &Script::returns_text(const char *text) {
+    result_ = static_cast<int64_t>(reinterpret_cast<intptr_t>(text));
+    return *this;
+}
+
+std::size_t Script::output_index(std::string_view output) const {
+    const std::size_t index = require_param(id_, output);
+    if (!platform::call(id_).params[index].is_written()) {
+        throw std::logic_error(std::string(platform::call(id_).name) + " only reads '" + std::string(output) + "'");
+    }
+    return index;
+}
+
+Script &Script::sets_elements(std::string_view output, const std::vector<int64_t> &elements) {
+    const auto &element = platform::call(id_).params[output_index(output)].element;
+    if (element.kind == platform::Kind::Struct) {
+        throw std::logic_error(std::string(output) + " is a struct: use sets_object()");
+    }
+    const std::size_t size = platform::element_size(element);
+    std::vector<uint8_t> bytes(elements.size() * size);
+    for (std::size_t index = 0; index < elements.size(); ++index) {
+        platform::store(element.kind, &bytes[index * size], elements[index]);
+    }
+    return sets_bytes(output, bytes);
+}
+
+Script &Script::sets(std::string_view output, std::initializer_list<uint32_t> elements) {
+    return sets_elements(output, std::vector<int64_t>(elements.begin(), elements.end()));
+}
+
+Script &Script::sets(std::string_view output, const std::vector<uint32_t> &elements) {
+    return sets_elements(output, std::vector<int64_t>(elements.begin(), elements.end()));
+}
+
+Script &Script::sets_bytes(std::string_view output, std::span<const uint8_t> bytes) {
+    const std::size_t index = output_index(output);
+    const Param &param = platform::call(id_).params[index];
+    if (param.counted_by == platform::kNotCounted && bytes.size() > param.extent * element_size(param.element)) {
+        throw std::logic_error(std::string(output) + " does not hold that much");
+    }
+    outputs_[index].assign(bytes.begin(), bytes.end());
+    return *this;
+}
+
+Script &Script::sets_bytes(std::string_view output, std::initializer_list<uint8_t> bytes) {
+    return sets_bytes(output, std::span(bytes.begin(), bytes.size()));
+}
+
+Script &Script::does(std::function<int32_t(Arguments &)> action) {
+    action_ = std::move(action);
+    return *this;
+}
+
+Script &Script::once() {
+    return queue_.emplace_back(id_);
+}
+
+void Script::write_outputs(const void *const *arguments) const {
+    const Call &call = platform::call(id_);
+    for (const auto &[index, bytes] : outputs_) {
+        void *to = *static_cast<void *const *>(arguments[index]);
+        const std::size_t room = extent(call, index, arguments) * element_size(call.params[index].element);
+        if (to != nullptr && !bytes.empty()) {
+            std::memcpy(to, bytes.data(), std::min(bytes.size(), room));
+        }
+    }
+}
+
+namespace {
+
+// What the call gives when nothing was scripted.
+int64_t default_result(CallId id, const void *const *arguments) {
+    constexpr std::size_t kMacTextSize = sizeof "aa:bb:cc:dd:ee:ff";
+    constexpr int64_t kQueued = 1;
+    static char mac_text[kMacTextSize];
+    if (id == CallId::equeue_send_ucast) {
+        return kQueued;
+    }
+    if (id == CallId::onu_mac2str) {
+        const auto *mac = *static_cast<const uint8_t *const *>(arguments[0]);
+        if (mac == nullptr) {
+            return 0;
+        }
+        std::snprintf(mac_text, sizeof mac_text, "%02x:%02x:%02x:%02x:%02x:%02x", mac[0], mac[1], mac[2], mac[3],
+                      mac[4], mac[5]);
+        return static_cast<int64_t>(reinterpret_cast<intptr_t>(mac_text));
+    }
+    return 0;
+}
+
+}  // namespace
+
+int64_t Script::run(const void *const *arguments) {
+    if (!queue_.empty()) {
+        Script next = std::move(queue_.front());
+        queue_.pop_front();
+        return next.run(arguments);
+    }
+    write_outputs(arguments);
+    if (action_) {
+        Arguments named(id_, arguments);
+        return action_(named);
+    }
+    return result_ ? *result_ : default_result(id_, arguments);
+}
+
+void Driver::reset() {
+    *this = Driver();
+}
+
+Script &Driver::on(std::string_view name) {
+    const CallId id = require_call(name);
+    return scripts_.try_emplace(id, id).first->second;
+}
+
+void Driver::fail_call(std::size_t k, int32_t result) {
+    failing_call_ = {count_ + k, result};
+}
+
+void Driver::fail_every(std::string_view name, int32_t result) {
+    failing_[require_call(name)] = result;
+}
+
+void Driver::fail_nothing() {
+    failing_.clear();
+    failing_call_.reset();
+}
+
+void Driver::note(std::string line) {
+    if (recording_) {
+        trace_.push_back(std::move(line));
+    }
+}
+
+std::size_t Driver::count(std::string_view name) const {
+    const auto found = counts_.find(require_call(name));
+    return found == counts_.end() ? 0 : found->second;
+}
+
+std::optional<int32_t> Driver::failure(CallId id) {
+    if (failing_call_ && failing_call_->first == count_ - 1) {
+        return failing_call_->second;
+    }
+    const auto found = failing_.find(id);
+    return found == failing_.end() ? std::nullopt : std::optional(found->second);
+}
+
+int64_t Driver::answer(CallId id, const void *const *arguments, const std::function<std::string()> &describe) {
+    ++count_;
+    ++counts_[id];
+    if (recording_) {
+        trace_.push_back(describe());
+    }
+    if (const auto result = failure(id)) {
+        // A call that answers with text fails without one.
+        return platform::call(id).result == platform::Result::Text ? 0 : *result;
+    }
+    const auto script = scripts_.find(id);
+    return script == scripts_.end() ? default_result(id, arguments) : script->second.run(arguments);
+}
+
+Driver &driver() {
+    static Driver instance;
+    return instance;
+}
+
+}  // namespace recording

@@ -1,0 +1,74 @@
+/**
+ * @file client.h
+ * The calling end: sends each call to the daemon and waits for the answer.
+ */
+#ifndef VDEVICE_REMOTE_CLIENT_H
+#define VDEVICE_REMOTE_CLIENT_H
+
+#include <sys/types.h>
+
+#include <chrono>
+#include <cstdint>
+#include <mutex>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "platform/call_table.h"
+
+namespace vdevice::remote {
+
+/**
+ * One connection to the daemon, opened with the first call.
+ *
+ * A call that does not get its answer, for whatever reason, is a failed call: its result is kCallLost and its outputs
+ * stay as they were. The first of a row of failures says why on standard error; each later call tries anew. A call
+ * never takes longer than the deadline. Calls may come from several threads, and from both sides of a fork.
+ */
+class Client {
+  public:
+    using Clock = std::chrono::steady_clock;
+    static constexpr std::chrono::milliseconds kDeadline{5000};
+
+    /** @p name is the library's, for messages; @p path the daemon's socket. */
+    Client(std::string name, std::string path, std::chrono::milliseconds deadline = kDeadline);
+    ~Client();
+    Client(const Client &) = delete;
+    Client &operator=(const Client &) = delete;
+
+    /** The call's result. A negative result leaves the outputs alone. */
+    int32_t call(platform::CallId id, const void *const *arguments);
+
+    /** @name Around a fork, so that the child finds the lock as it was */
+    /** @{ */
+    void lock() { mutex_.lock(); }
+    void unlock() { mutex_.unlock(); }
+    /** @} */
+
+  private:
+    bool connect_until(Clock::time_point end);
+    bool open_socket(Clock::time_point end);
+    bool shake_hands(Clock::time_point end);
+    bool exchange(platform::CallId id, const void *const *arguments, Clock::time_point end, int32_t &result);
+    bool receive_reply(platform::CallId id, const void *const *arguments, Clock::time_point end, int32_t &result);
+    bool send_all(std::span<const uint8_t> data, Clock::time_point end);
+    bool receive_all(std::span<uint8_t> data, Clock::time_point end);
+    bool wait_for(short events, Clock::time_point end);
+    void drop();
+    /** Remembers why the call fails. */
+    bool lost(const std::string &reason);
+    void complain(platform::CallId id);
+
+    const std::string name_;
+    const std::string path_;
+    const std::chrono::milliseconds deadline_;
+    std::mutex mutex_;
+    int socket_ = -1;
+    pid_t owner_ = 0; /**< the process that opened the socket: after a fork the child needs one of its own */
+    std::string reason_;
+    bool complained_ = false;
+};
+
+}  // namespace vdevice::remote
+
+#endif

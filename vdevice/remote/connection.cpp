@@ -1,0 +1,136 @@
+#include "vdevice/remote/connection.h"
+
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "vdevice/remote/message.h"
+#include "vdevice/remote/protocol.h"
+
+namespace vdevice::remote {
+
+using platform::CallId;
+
+namespace {
+
+constexpr std::size_t kReadBytes = 16384;
+constexpr std::size_t kHandshakeBytes = kHandshakeWords * kWordBytes;
+
+}  // namespace
+
+Connection::~Connection() {
+    close(socket_);
+}
+
+bool Connection::malformed() {
+    ++server_.counters_.malformed;
+    return false;
+}
+
+bool Connection::receive() {
+    const std::size_t before = input_.size();
+    input_.resize(before + kReadBytes);
+    const ssize_t got = recv(socket_, &input_[before], kReadBytes, 0);
+    input_.resize(before + (got > 0 ? static_cast<std::size_t>(got) : 0));
+    return got > 0 || (got < 0 && (errno == EAGAIN || errno == EINTR));
+}
+
+bool Connection::flush() {
+    while (!output_.empty()) {
+        const ssize_t sent = send(socket_, output_.data(), output_.size(), MSG_NOSIGNAL);
+        if (sent < 0) {
+            return errno == EAGAIN || errno == EINTR;
+        }
+        output_.erase(output_.begin(), output_.begin() + sent);
+    }
+    return !closing_;
+}
+
+bool Connection::shake_hands(Reader &reader) {
+    if (reader.word() != kMagic) {
+        return malformed();
+    }
+    Writer writer;
+    writer.word(kMagic);
+    writer.word(platform::kInterfaceChecksum);
+    output_ = writer.take();
+    greeted_ = true;
+    if (reader.word() == platform::kInterfaceChecksum) {
+        ++server_.counters_.connected;
+    } else {
+        ++server_.counters_.mismatched;
+        closing_ = true;  // the client learns from the answer why
+    }
+    return true;
+}
+
+bool Connection::answer(std::span<const uint8_t> request) {
+    Reader reader(request);
+    const auto id = static_cast<CallId>(reader.word());
+    Received received;
+    if (!is_answered(id) || !received.decode(reader, id)) {
+        return malformed();
+    }
+    const int64_t result = server_.handler_(id, received.arguments());
+    ++server_.counters_.calls;
+    if (server_.observer_) {
+        server_.observer_(id, received.arguments(), result);
+    }
+    Writer writer;
+    writer.word(0);  // the length, known below
+    writer.word(static_cast<uint32_t>(result));
+    writer.word(result < 0 ? 0 : 1);
+    if (result >= 0) {
+        encode_outputs(writer, id, received.arguments());
+    }
+    writer.patch(0, static_cast<uint32_t>(writer.buffer().size() / kWordBytes - 1));
+    output_ = writer.take();
+    return true;
+}
+
+bool Connection::handle_messages() {
+    std::size_t position = 0;
+    const auto left = [&] { return std::span(input_).subspan(position); };
+    while (!closing_ && !is_blocked()) {
+        if (!greeted_) {
+            if (left().size() < kHandshakeBytes) {
+                break;
+            }
+            Reader reader(left().first(kHandshakeBytes));
+            if (!shake_hands(reader)) {
+                return false;
+            }
+            position += kHandshakeBytes;
+        } else {
+            if (left().size() < kWordBytes) {
+                break;
+            }
+            const std::size_t words = Reader(left()).word();
+            if (words == 0 || words > kMaxMessageWords) {
+                return malformed();
+            }
+            if (left().size() < (words + 1) * kWordBytes) {
+                break;
+            }
+            if (!answer(left().subspan(kWordBytes, words * kWordBytes))) {
+                return false;
+            }
+            position += (words + 1) * kWordBytes;
+        }
+        if (!flush()) {
+            return false;
+        }
+    }
+    input_.erase(input_.begin(), input_.begin() + static_cast<std::ptrdiff_t>(position));
+    return true;
+}
+
+bool Connection::serve() {
+    if (is_blocked()) {
+        return flush() && (is_blocked() || handle_messages());
+    }
+    return receive() && handle_messages();
+}
+
+}  // namespace vdevice::remote

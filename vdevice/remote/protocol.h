@@ -1,0 +1,38 @@
+/**
+ * @file protocol.h
+ * How driver calls travel over a Unix stream socket: big-endian 32-bit words.
+ *
+ * On connecting, the client sends kMagic and its interface checksum, and the server answers with its own two; if they
+ * differ, both close. Then each request is its length in words, the call's id and the encoded inputs, and each reply
+ * its length in words, the result, whether outputs follow (1) or not (0), and the encoded outputs. One request is under
+ * way at a time. How arguments are encoded stands in message.h.
+ */
+#ifndef VDEVICE_REMOTE_PROTOCOL_H
+#define VDEVICE_REMOTE_PROTOCOL_H
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace vdevice::remote {
+
+inline constexpr uint32_t kMagic = 0x61647001;  // "adp" and the protocol's version
+inline constexpr std::size_t kWordBytes = 4;
+inline constexpr std::size_t kHandshakeWords = 2;
+
+/** A longer message is refused by either end: far more than any call needs. */
+inline constexpr std::size_t kMaxMessageWords = 16384;
+inline constexpr std::size_t kMaxMessageBytes = kMaxMessageWords * kWordBytes;
+
+/** The result of a call that never reached a device, or whose answer never came. */
+inline constexpr int32_t kCallLost = -1;
+
+/** The run folder: $VDEVICE_DIR, or /tmp/vdevice-<uid>. */
+std::string run_directory();
+
+/** The socket that the daemon serves driver calls on. */
+std::string driver_socket();
+
+}  // namespace vdevice::remote
+
+#endif

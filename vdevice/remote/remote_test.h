@@ -1,0 +1,155 @@
+/**
+ * @file remote_test.h
+ * What the tests of client and server share: a folder, a server's loop, a small device, a client without manners.
+ */
+#ifndef VDEVICE_REMOTE_REMOTE_TEST_H
+#define VDEVICE_REMOTE_REMOTE_TEST_H
+
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/time.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstring>
+#include <filesystem>
+#include <initializer_list>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "vdevice/remote/client.h"
+#include "vdevice/remote/server.h"
+#include "vdevice/remote/wire.h"
+
+namespace vdevice::remote {
+
+inline constexpr int kPollMilliseconds = 20;
+
+inline sockaddr_un address_of(const std::string &path) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
+    return address;
+}
+
+/** A folder of the test's own, removed at its end. */
+class Folder {
+  public:
+    Folder() {
+        char name[] = "/tmp/vdevice-test-XXXXXX";
+        path_ = mkdtemp(name);
+    }
+    ~Folder() { std::filesystem::remove_all(path_); }
+    Folder(const Folder &) = delete;
+    Folder &operator=(const Folder &) = delete;
+    std::string socket() const { return path_ + "/driver"; }
+
+  private:
+    std::string path_;
+};
+
+/** Runs a server's loop in a thread for as long as it lives. */
+class Loop {
+  public:
+    explicit Loop(Server &server) : thread_([this, &server] { run(server); }) {}
+    ~Loop() {
+        stop_ = true;
+        thread_.join();
+    }
+    Loop(const Loop &) = delete;
+    Loop &operator=(const Loop &) = delete;
+
+  private:
+    void run(Server &server) {
+        while (!stop_) {
+            pollfd ready{server.poll_fd(), POLLIN, 0};
+            if (poll(&ready, 1, kPollMilliseconds) > 0) {
+                server.serve_ready();
+            }
+        }
+    }
+
+    std::atomic<bool> stop_{false};
+    std::thread thread_;
+};
+
+/** A client without manners, to send what a real one would not. */
+class RawClient {
+  public:
+    explicit RawClient(const std::string &path) : socket_(socket(AF_UNIX, SOCK_STREAM, 0)) {
+        const sockaddr_un address = address_of(path);
+        const timeval patience{kPatienceSeconds, 0};
+        setsockopt(socket_, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
+        EXPECT_EQ(connect(socket_, reinterpret_cast<const sockaddr *>(&address), sizeof address), 0);
+    }
+    ~RawClient() { close(socket_); }
+    RawClient(const RawClient &) = delete;
+    RawClient &operator=(const RawClient &) = delete;
+
+    void send_words(std::initializer_list<uint32_t> words) const {
+        Writer writer;
+        for (const uint32_t word : words) {
+            writer.word(word);
+        }
+        send(socket_, writer.buffer().data(), writer.buffer().size(), MSG_NOSIGNAL);
+    }
+    /** Sends until the server has taken nothing more for a while; returns how much it took. */
+    std::size_t send_without_reading(const std::vector<uint8_t> &data) const {
+        constexpr int kPatience = 300;
+        std::size_t sent = 0;
+        pollfd ready{socket_, POLLOUT, 0};
+        while (sent < data.size() && poll(&ready, 1, kPatience) > 0) {
+            const ssize_t now = send(socket_, &data[sent], data.size() - sent, MSG_NOSIGNAL | MSG_DONTWAIT);
+            if (now < 0) {
+                break;
+            }
+            sent += static_cast<std::size_t>(now);
+        }
+        return sent;
+    }
+    /** True once the server has closed the connection; what it sent before is read and dropped. */
+    bool is_closed() const {
+        constexpr int kPatience = 2000;
+        pollfd ready{socket_, POLLIN, 0};
+        while (poll(&ready, 1, kPatience) > 0) {
+            uint8_t data[256];
+            if (recv(socket_, data, sizeof data, 0) <= 0) {
+                return true;
+            }
+        }
+        return false;
+    }
+    /** Bytes that arrive within the test's patience, at most @p size. */
+    std::size_t receive(uint8_t *to, std::size_t size) const {
+        return static_cast<std::size_t>(std::max<ssize_t>(recv(socket_, to, size, MSG_WAITALL), 0));
+    }
+
+  private:
+    static constexpr time_t kPatienceSeconds = 10;  // a server that never answers fails a test, it does not hang it
+
+    int socket_;
+};
+
+inline int32_t create_vlan(Client &client, uint32_t vid) {
+    const uint32_t zero = 0;
+    const void *const arguments[] = {&zero, &zero, &vid};
+    return client.call(platform::CallId::user_vlan_create, arguments);
+}
+
+class VlanOnly : public DriverCalls {
+  public:
+    int32_t user_vlan_create(uint32_t, uint32_t, uint32_t vid) override { return static_cast<int32_t>(vid); }
+    int32_t log_line(int32_t level, int32_t, const char *word, const char *text) override {
+        logged = std::string(word) + ": " + text;
+        return level;
+    }
+    std::string logged;
+};
+
+}  // namespace vdevice::remote
+
+#endif

@@ -1,0 +1,73 @@
+/**
+ * @file server.h
+ * The daemon's end: takes calls from any number of clients and answers them, within the daemon's own event loop.
+ */
+#ifndef VDEVICE_REMOTE_SERVER_H
+#define VDEVICE_REMOTE_SERVER_H
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "generated/driver_calls.h"
+
+namespace vdevice::remote {
+
+class Connection;
+
+/**
+ * Serves driver calls on a Unix socket. Nothing in here waits: the daemon polls poll_fd() for reading and calls
+ * serve_ready() when it is. A client that sends what no client would send is closed, and no other notices.
+ */
+class Server {
+  public:
+    /** Answers one call; the result is the call's. */
+    using Handler = std::function<int64_t(platform::CallId, const void *const *arguments)>;
+    /** Sees each call once it is answered, for a trace. */
+    using Observer = std::function<void(platform::CallId, const void *const *arguments, int64_t result)>;
+
+    struct Counters {
+        uint64_t connected = 0;  /**< clients that shook hands */
+        uint64_t calls = 0;      /**< calls answered */
+        uint64_t mismatched = 0; /**< clients built from other headers */
+        uint64_t malformed = 0;  /**< clients closed for a message that no client sends */
+        uint64_t refused = 0;    /**< clients turned away because there were too many */
+    };
+
+    static constexpr std::size_t kMaxClients = 64;
+
+    /** Throws std::runtime_error with a sentence if the socket cannot be opened or another daemon serves it. */
+    Server(DriverCalls &calls, const std::string &path);
+    Server(Handler handler, const std::string &path);
+    ~Server();
+    Server(const Server &) = delete;
+    Server &operator=(const Server &) = delete;
+
+    [[nodiscard]] int poll_fd() const { return epoll_; }
+    void serve_ready();
+
+    void set_observer(Observer observer) { observer_ = std::move(observer); }
+    [[nodiscard]] const Counters &counters() const { return counters_; }
+    [[nodiscard]] std::size_t clients() const { return connections_.size(); }
+
+  private:
+    friend class Connection;
+
+    void listen_on(const std::string &path);
+    void accept_clients();
+    void close_client(int descriptor);
+
+    Handler handler_;
+    Observer observer_;
+    std::string path_;
+    int epoll_ = -1;
+    int listener_ = -1;
+    std::map<int, std::unique_ptr<Connection>> connections_;
+    Counters counters_;
+};
+
+}  // namespace vdevice::remote
+
+#endif

@@ -1,0 +1,217 @@
+// The server and clients that misbehave, and the server's socket.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <deque>
+#include <stdexcept>
+#include <vector>
+
+#include "platform/describe.h"
+#include "vdevice/remote/remote_test.h"
+
+namespace vdevice::remote {
+
+using platform::CallId;
+using platform::describe_call;
+using platform::describe_result;
+
+TEST(Remote, TellsAClientThatItWasBuiltFromOtherHeaders) {
+    const Folder folder;
+    VlanOnly device;
+    Server server(device, folder.socket());
+    const Loop loop(server);
+    const RawClient other(folder.socket());
+    other.send_words({kMagic, platform::kInterfaceChecksum + 1});
+    uint8_t answer[kHandshakeWords * kWordBytes] = {};
+    ASSERT_EQ(other.receive(answer, sizeof answer), sizeof answer);
+    Reader reader(answer);
+    EXPECT_EQ(reader.word(), kMagic);
+    EXPECT_EQ(reader.word(), platform::kInterfaceChecksum);
+    EXPECT_TRUE(other.is_closed());
+    EXPECT_EQ(server.counters().mismatched, 1u);
+    EXPECT_EQ(server.counters().connected, 0u);
+}
+
+TEST(Remote, ClosesAClientThatSendsNonsenseAndServesTheOthers) {
+    const Folder folder;
+    VlanOnly device;
+    Server server(device, folder.socket());
+    Client good("libtest", folder.socket());
+    const Loop loop(server);
+    EXPECT_EQ(create_vlan(good, 1), 1);
+    constexpr uint32_t kCreate = static_cast<uint32_t>(CallId::user_vlan_create);
+    constexpr uint32_t kSum = platform::kInterfaceChecksum;
+    const std::initializer_list<uint32_t> nonsense[] = {
+        {0x47455420, 0x2F204854},                                          // another protocol
+        {kMagic, kSum, 0},                                                 // an empty request
+        {kMagic, kSum, 0xFFFFFFFF, kCreate},                               // a length beyond all bounds
+        {kMagic, kSum, kMaxMessageWords + 1, kCreate},                     // one word too many
+        {kMagic, kSum, 1, 0xFFFFFFFF},                                     // no such call
+        {kMagic, kSum, 1, static_cast<uint32_t>(platform::kCallCount)},    // the first id that is none
+        {kMagic, kSum, 2, static_cast<uint32_t>(CallId::onu_mac2str), 0},  // a call that is no daemon's
+        {kMagic, kSum, 3, kCreate, 0, 0},                                  // an argument is missing
+        {kMagic, kSum, 5, kCreate, 0, 0, 1, 2},                            // one too many
+        {kMagic, kSum, 4, static_cast<uint32_t>(CallId::sys_trace_add_log), 0x7FFFFFFF, 0, 0},  // a text without end
+    };
+    for (const auto &words : nonsense) {
+        const RawClient bad(folder.socket());
+        bad.send_words(words);
+        EXPECT_TRUE(bad.is_closed());
+        EXPECT_EQ(create_vlan(good, 2), 2);
+    }
+    EXPECT_EQ(server.counters().malformed, std::size(nonsense));
+}
+
+TEST(Remote, WaitsForTheRestOfAMessageAndForgetsAClientThatLeavesWithinOne) {
+    const Folder folder;
+    VlanOnly device;
+    Server server(device, folder.socket());
+    const Loop loop(server);
+    {
+        const RawClient slow(folder.socket());
+        slow.send_words({kMagic});
+        slow.send_words({platform::kInterfaceChecksum, 4});
+        slow.send_words({static_cast<uint32_t>(CallId::user_vlan_create), 0, 0});
+        slow.send_words({55});
+        uint8_t answer[(kHandshakeWords + 3) * kWordBytes] = {};
+        ASSERT_EQ(slow.receive(answer, sizeof answer), sizeof answer);
+        EXPECT_EQ(answer[sizeof answer - kWordBytes - 1], 55);
+        slow.send_words({4, static_cast<uint32_t>(CallId::user_vlan_create)});
+    }
+    Client client("libtest", folder.socket());
+    EXPECT_EQ(create_vlan(client, 3), 3);
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(2);
+    while (server.clients() > 1 && std::chrono::steady_clock::now() < end) {
+        EXPECT_EQ(create_vlan(client, 3), 3);
+    }
+    EXPECT_EQ(server.clients(), 1u);
+    EXPECT_EQ(server.counters().malformed, 0u);
+}
+
+// A client that asks and never reads must not grow the server: it is not read from until it takes its answers.
+TEST(Remote, StopsReadingFromAClientThatDoesNotTakeItsAnswers) {
+    const Folder folder;
+    VlanOnly device;
+    Server server(device, folder.socket());
+    constexpr uint64_t kRequests = 100000;
+    // What the kernel's buffers hold of answers is far less than this.
+    constexpr uint64_t kMostAnswered = kRequests / 4;
+    const RawClient greedy(folder.socket());
+    {
+        const Loop loop(server);
+        greedy.send_words({kMagic, platform::kInterfaceChecksum});
+        Writer writer;
+        for (uint64_t request = 0; request < kRequests; ++request) {
+            for (const uint32_t word : {4u, static_cast<uint32_t>(CallId::user_vlan_create), 0u, 0u, 1u}) {
+                writer.word(word);
+            }
+        }
+        EXPECT_LT(greedy.send_without_reading(writer.buffer()), writer.buffer().size());
+        Client other("libtest", folder.socket());
+        EXPECT_EQ(create_vlan(other, 4), 4);
+    }
+    EXPECT_LT(server.counters().calls, kMostAnswered);
+}
+
+// More requests than the kernel holds answers for, so that answering stops in their midst and goes on with the reading.
+TEST(Remote, AnswersEveryRequestThatWasSentAhead) {
+    constexpr uint32_t kRequests = 4000;
+    constexpr std::size_t kAnswerWords = 3;
+    constexpr int kPauseMilliseconds = 100;
+    const Folder folder;
+    VlanOnly device;
+    Server server(device, folder.socket());
+    const RawClient eager(folder.socket());
+    const Loop loop(server);
+    eager.send_words({kMagic, platform::kInterfaceChecksum});
+    std::thread sender([&eager] {
+        for (uint32_t request = 0; request < kRequests; ++request) {
+            eager.send_words({4, static_cast<uint32_t>(CallId::user_vlan_create), 0, 0, request});
+        }
+    });
+    poll(nullptr, 0, kPauseMilliseconds);  // the answers pile up
+    std::vector<uint8_t> answers((kHandshakeWords + kAnswerWords * kRequests) * kWordBytes);
+    EXPECT_EQ(eager.receive(answers.data(), answers.size()), answers.size());
+    sender.join();
+    Reader reader(answers);
+    reader.word();
+    reader.word();
+    for (uint32_t request = 0; request < kRequests; ++request) {
+        ASSERT_EQ(reader.word(), kAnswerWords - 1);
+        ASSERT_EQ(reader.word(), request);
+        reader.word();
+    }
+}
+
+TEST(Remote, TurnsAwayMoreClientsThanItServes) {
+    const Folder folder;
+    VlanOnly device;
+    Server server(device, folder.socket());
+    const Loop loop(server);
+    std::deque<RawClient> clients;
+    for (std::size_t count = 0; count < Server::kMaxClients; ++count) {
+        clients.emplace_back(folder.socket());
+    }
+    const RawClient one_too_many(folder.socket());
+    EXPECT_TRUE(one_too_many.is_closed());
+    EXPECT_EQ(server.counters().refused, 1u);
+}
+
+TEST(Remote, ShowsEachCallToAnObserver) {
+    const Folder folder;
+    VlanOnly device;
+    Server server(device, folder.socket());
+    std::vector<std::string> seen;
+    server.set_observer([&](CallId id, const void *const *arguments, int64_t result) {
+        seen.push_back(describe_call(id, arguments) + " -> " + describe_result(id, arguments, result));
+    });
+    Client client("libtest", folder.socket());
+    {
+        const Loop loop(server);
+        EXPECT_EQ(create_vlan(client, 3), 3);
+    }
+    EXPECT_THAT(seen, testing::ElementsAre("user_vlan_create(unit=0, zero=0, vid=3) -> 3"));
+}
+
+TEST(RemoteServer, RefusesAPathThatAnotherServes) {
+    const Folder folder;
+    VlanOnly device;
+    const Server server(device, folder.socket());
+    try {
+        const Server second(device, folder.socket());
+        FAIL() << "two servers on one path";
+    } catch (const std::runtime_error &error) {
+        EXPECT_EQ(error.what(), "another virtual device already serves " + folder.socket());
+    }
+    EXPECT_TRUE(std::filesystem::exists(folder.socket())) << "the refused one must not remove the other's socket";
+}
+
+TEST(RemoteServer, TakesOverTheSocketOfADeadDaemon) {
+    const Folder folder;
+    {
+        const int listener = socket(AF_UNIX, SOCK_STREAM, 0);
+        const sockaddr_un address = address_of(folder.socket());
+        ASSERT_EQ(bind(listener, reinterpret_cast<const sockaddr *>(&address), sizeof address), 0);
+        close(listener);
+    }
+    VlanOnly device;
+    {
+        const Server server(device, folder.socket());
+        EXPECT_GE(server.poll_fd(), 0);
+    }
+    EXPECT_FALSE(std::filesystem::exists(folder.socket()));
+}
+
+TEST(RemoteServer, SaysWhyItCannotOpenItsSocket) {
+    VlanOnly device;
+    try {
+        const Server server(device, "/nowhere/driver");
+        FAIL() << "opened a socket in a folder that does not exist";
+    } catch (const std::runtime_error &error) {
+        EXPECT_STREQ(error.what(), "cannot bind /nowhere/driver: No such file or directory");
+    }
+    EXPECT_THROW(Server(device, "/" + std::string(200, 'x')), std::runtime_error);
+}
+
+}  // namespace vdevice::remote

@@ -1,0 +1,176 @@
+// The two shared libraries as a management program meets them: linked, calling a daemon that stands behind them.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <stdlib.h>
+
+#include <atomic>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "platform/device_services.h"
+#include "platform/netlink_api.h"
+#include "vdevice/remote/protocol.h"
+#include "vdevice/remote/server.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+constexpr uint32_t kVid = 100;
+constexpr int kPollMilliseconds = 20;
+
+class Device : public vdevice::DriverCalls {
+  public:
+    int32_t user_vlan_port_get(uint32_t, uint32_t, uint32_t vid, uint32_t *members, uint32_t *untagged) override {
+        if (vid != kVid) {
+            return -5;
+        }
+        members[0] = 1u << 4;
+        members[7] = 1u << 31;
+        untagged[1] = 2;
+        return 0;
+    }
+    int32_t get_vlan_info(uint32_t vid, uint8_t *record) override {
+        const uint32_t words[] = {vid, 0, 1, 0x80000002};
+        std::memcpy(record, words, sizeof words);
+        return 0;
+    }
+    int32_t log_line(int32_t, int32_t, const char *word, const char *text) override {
+        logged = std::string(word) + ": " + text;
+        return 0;
+    }
+    int32_t equeue_send_ucast(uintptr_t queue, const uintptr_t *message, int32_t timeout) override {
+        event = {static_cast<int32_t>(queue), static_cast<int32_t>(message[0]), timeout};
+        uint16_t record[4];
+        std::memcpy(record, reinterpret_cast<const void *>(message[7]), sizeof record);
+        event.insert(event.end(), std::begin(record), std::end(record));
+        return 1;
+    }
+    int32_t sys_trace_get() override { return 1; }
+
+    std::string logged;
+    std::vector<int32_t> event;
+};
+
+/** One daemon for all tests: the libraries look for it where the environment said at their first call. */
+class Libraries : public testing::Test {
+  protected:
+    static void SetUpTestSuite() {
+        char name[] = "/tmp/vdevice-test-XXXXXX";
+        ASSERT_NE(mkdtemp(name), nullptr);
+        setenv("VDEVICE_DIR", name, 1);
+        ASSERT_EQ(vdevice::remote::driver_socket(), std::string(name) + "/driver");
+        start();
+    }
+    static void TearDownTestSuite() {
+        stop();
+        std::filesystem::remove_all(vdevice::remote::run_directory());
+    }
+    static void start() {
+        server = std::make_unique<vdevice::remote::Server>(device, vdevice::remote::driver_socket());
+        stopping = false;
+        thread = std::thread([] {
+            while (!stopping) {
+                pollfd ready{server->poll_fd(), POLLIN, 0};
+                if (poll(&ready, 1, kPollMilliseconds) > 0) {
+                    server->serve_ready();
+                }
+            }
+        });
+    }
+    static void stop() {
+        if (thread.joinable()) {
+            stopping = true;
+            thread.join();
+        }
+        server.reset();
+    }
+
+    static Device device;
+    static std::unique_ptr<vdevice::remote::Server> server;
+    static std::thread thread;
+    static std::atomic<bool> stopping;
+};
+
+Device Libraries::device;
+std::unique_ptr<vdevice::remote::Server> Libraries::server;
+std::thread Libraries::thread;
+std::atomic<bool> Libraries::stopping{false};
+
+}  // namespace
+
+TEST_F(Libraries, ReadPortSetsFromTheDevice) {
+    adp_ports_t members = {};
+    adp_ports_t untagged = {};
+    EXPECT_EQ(user_vlan_port_get(0, 0, kVid, members, untagged), 0);
+    EXPECT_THAT(members, ElementsAre(1u << 4, 0, 0, 0, 0, 0, 0, 1u << 31));
+    EXPECT_THAT(untagged, ElementsAre(0, 2, 0, 0, 0, 0, 0, 0));
+}
+
+TEST_F(Libraries, LeaveOutputsAloneWhenTheDeviceRefuses) {
+    adp_ports_t members = {7};
+    adp_ports_t untagged = {8};
+    EXPECT_EQ(user_vlan_port_get(0, 0, kVid + 1, members, untagged), -5);
+    EXPECT_EQ(members[0], 7u);
+    EXPECT_EQ(untagged[0], 8u);
+}
+
+TEST_F(Libraries, ReadAVlanRecordInHostByteOrder) {
+    alignas(uint32_t) uint8_t record[DEVICE_VLAN_RECORD_BYTES] = {};
+    EXPECT_EQ(get_vlan_info(kVid, record), 0);
+    uint32_t words[4];
+    std::memcpy(words, record, sizeof words);
+    EXPECT_THAT(words, ElementsAre(kVid, 0, 1, 0x80000002));
+}
+
+TEST_F(Libraries, LogFormattedText) {
+    EXPECT_EQ(Log_logging_func(5, 5, "UPDOWN", "interface %s %d", "aggregateport", 2), 0);
+    EXPECT_EQ(device.logged, "UPDOWN: interface aggregateport 2");
+    setenv("VDEVICE_LOG_STDERR", "1", 1);
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(Log_logging_func(7, 18, "ACL", "full"), 0);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "7 ACL: full\n");
+    unsetenv("VDEVICE_LOG_STDERR");
+}
+
+TEST_F(Libraries, SendAnEventsRecordWithIt) {
+    const uint16_t record[] = {0, 4, 1, 1};
+    const uintptr_t message[DEVICE_MESSAGE_WORDS] = {1, 2, 1, 0, 0, 0, 0, reinterpret_cast<uintptr_t>(record)};
+    EXPECT_EQ(erps_event_queue, 1u);
+    EXPECT_EQ(equeue_send_ucast(erps_event_queue, message, DEVICE_WAIT_FOREVER), 1);
+    EXPECT_THAT(device.event, ElementsAre(1, 1, -1, 0, 4, 1, 1));
+}
+
+TEST_F(Libraries, MakeTheTextOfAnAddressThemselves) {
+    const uint8_t mac[] = {0x02, 0, 0, 0, 0x0A, 0xFF};
+    EXPECT_STREQ(onu_mac2str(mac), "02:00:00:00:0a:ff");
+    EXPECT_EQ(onu_mac2str(nullptr), nullptr);
+    const char *here = onu_mac2str(mac);
+    std::thread([] {
+        const uint8_t other[] = {1, 1, 1, 1, 1, 1};
+        EXPECT_STREQ(onu_mac2str(other), "01:01:01:01:01:01");
+    }).join();
+    EXPECT_STREQ(here, "02:00:00:00:0a:ff") << "each thread has a text of its own";
+}
+
+// Last, since it takes the daemon away.
+TEST_F(Libraries, OutliveTheirDaemon) {
+    EXPECT_EQ(sys_trace_get(), 1);
+    stop();
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(user_vlan_create(0, 0, kVid), -1);
+    EXPECT_EQ(sys_trace_get(), -1);
+    EXPECT_EQ(sys_trace_get(), -1);
+    const std::string said = testing::internal::GetCapturedStderr();
+    EXPECT_THAT(said, HasSubstr("libnetlink_api: user_vlan_create failed: the virtual device at "));
+    EXPECT_THAT(said, HasSubstr("libdevice_services: sys_trace_get failed: the virtual device at "));
+    EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 2) << said;
+    start();
+    EXPECT_EQ(sys_trace_get(), 1);
+}
