@@ -1,0 +1,31 @@
+#include "vdevice/chip/egress.h"
+
+#include <algorithm>
+
+namespace vdevice::chip {
+namespace {
+
+void write_vlan_tag(std::uint8_t *to, std::uint16_t tci) {
+    write16(to, kVlanTpid);
+    write16(to + kTypeBytes, tci);
+}
+
+}  // namespace
+
+Frame EgressForms::tagged() {
+    if (!tagged_built_) {
+        write_vlan_tag(std::copy(addresses_.begin(), addresses_.end(), tagged_head_.data()), tci_);
+        tagged_built_ = true;
+    }
+    return Frame{tagged_head_, payload_};
+}
+
+Frame EgressForms::for_cpu(int ingress_port) {
+    std::uint8_t *to = std::copy(addresses_.begin(), addresses_.end(), cpu_head_.data());
+    write16(to, kSwitchTagType);
+    write32(to + kTypeBytes, kIngressPort.put(static_cast<std::uint32_t>(ingress_port)));
+    write_vlan_tag(to + kReceiveTagBytes, tci_);
+    return Frame{cpu_head_, payload_};
+}
+
+}  // namespace vdevice::chip

@@ -1,0 +1,131 @@
+// Ethernet frames as the chip reads and writes them (IEEE 802.3, IEEE 802.1Q), byte by byte in network order.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+
+namespace vdevice::chip {
+
+using Bytes = std::span<const std::uint8_t>;
+using Vid = std::uint16_t;
+
+constexpr std::size_t kMacBytes = 6;
+constexpr std::size_t kAddressBytes = 2 * kMacBytes;
+constexpr std::size_t kTypeBytes = 2;
+constexpr std::size_t kHeaderBytes = kAddressBytes + kTypeBytes;
+constexpr std::size_t kVlanTagBytes = 4;
+
+/** The longest frame that the chip's buffers take, tags included and the check sequence not. */
+constexpr std::size_t kMaxFrameBytes = 9600;
+
+constexpr std::uint16_t kVlanTpid = 0x8100;
+constexpr std::uint16_t kVidMask = 0x0FFF;
+constexpr Vid kMinVid = 1;
+constexpr Vid kMaxVid = 4094;
+constexpr std::uint16_t kPriorityMask = 0xF000;  // PCP and DEI, kept as they stand in the tag
+
+inline std::uint16_t read16(Bytes bytes, std::size_t offset) {
+    return static_cast<std::uint16_t>((bytes[offset] << 8) | bytes[offset + 1]);
+}
+
+inline std::uint32_t read32(Bytes bytes, std::size_t offset) {
+    return (std::uint32_t{read16(bytes, offset)} << 16) | read16(bytes, offset + 2);
+}
+
+inline void write16(std::uint8_t *to, std::uint16_t value) {
+    to[0] = static_cast<std::uint8_t>(value >> 8);
+    to[1] = static_cast<std::uint8_t>(value & 0xFF);
+}
+
+inline void write32(std::uint8_t *to, std::uint32_t value) {
+    write16(to, static_cast<std::uint16_t>(value >> 16));
+    write16(to + 2, static_cast<std::uint16_t>(value & 0xFFFF));
+}
+
+/** A MAC address as a number, first byte most significant: cheap to compare and to hash. */
+class Mac {
+  public:
+    constexpr Mac() = default;
+    constexpr explicit Mac(std::uint64_t value) : value_{value} {}
+
+    static Mac at(Bytes frame, std::size_t offset) {
+        return Mac{(std::uint64_t{read16(frame, offset)} << 32) | read32(frame, offset + 2)};
+    }
+
+    static constexpr Mac from_bytes(const std::uint8_t *bytes) {
+        std::uint64_t value = 0;
+        for (std::size_t i = 0; i < kMacBytes; ++i) {
+            value = (value << 8) | bytes[i];
+        }
+        return Mac{value};
+    }
+
+    constexpr std::uint64_t value() const { return value_; }
+
+    constexpr std::uint8_t byte(std::size_t index) const {
+        return static_cast<std::uint8_t>(value_ >> (8 * (kMacBytes - 1 - index)));
+    }
+
+    constexpr bool is_group() const { return (byte(0) & 1) != 0; }
+
+    friend constexpr bool operator==(Mac a, Mac b) { return a.value_ == b.value_; }
+    friend constexpr bool operator<(Mac a, Mac b) { return a.value_ < b.value_; }
+
+  private:
+    std::uint64_t value_ = 0;
+};
+
+/**
+ * A frame in two pieces, so that tags are taken out and put in without moving the payload: the addresses with the
+ * tags that the chip inserted behind them, and the rest as it stands in the receive buffer.
+ */
+struct Frame {
+    Bytes head;
+    Bytes body;
+
+    std::size_t size() const { return head.size() + body.size(); }
+
+    void copy_to(std::uint8_t *to) const {
+        std::copy(body.begin(), body.end(), std::copy(head.begin(), head.end(), to));
+    }
+};
+
+/** A frame of at least kAddressBytes, without its first @p tag_bytes behind the addresses. */
+inline Frame split_frame(Bytes frame, std::size_t tag_bytes = 0) {
+    return Frame{frame.first(kAddressBytes), frame.subspan(kAddressBytes + tag_bytes)};
+}
+
+/** What the chip reads of a frame. */
+struct Header {
+    Mac destination;
+    Mac source;
+    bool tagged = false;   /**< a whole tag of the port's TPID follows the addresses */
+    std::uint16_t tci = 0; /**< the tag's control information: PCP, DEI and VID */
+    Bytes payload;         /**< the frame from its own type on, behind the tag if there is one */
+
+    Vid vid() const { return tci & kVidMask; }
+    std::uint16_t priority() const { return tci & kPriorityMask; }
+};
+
+/** Nothing for a runt: a frame without a whole header, or with a tag but no type behind it. */
+inline std::optional<Header> read_header(const Frame &frame, std::uint16_t tpid) {
+    if (frame.head.size() < kAddressBytes || frame.body.size() < kTypeBytes) {
+        return std::nullopt;
+    }
+    Header header{Mac::at(frame.head, 0), Mac::at(frame.head, kMacBytes), false, 0, frame.body};
+    if (read16(frame.body, 0) != tpid) {
+        return header;
+    }
+    if (frame.body.size() < kVlanTagBytes + kTypeBytes) {
+        return std::nullopt;
+    }
+    header.tagged = true;
+    header.tci = read16(frame.body, kTypeBytes);
+    header.payload = frame.body.subspan(kVlanTagBytes);
+    return header;
+}
+
+}  // namespace vdevice::chip

@@ -1,0 +1,30 @@
+// For tests: a sink that keeps what left the chip.
+#pragma once
+
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+#include "vdevice/chip/sink.h"
+
+namespace vdevice::chip::test {
+
+using Octets = std::vector<std::uint8_t>;
+using Sent = std::pair<int, Octets>;
+
+class RecordingSink final : public Sink {
+  public:
+    void transmit(int port, const Frame &frame) override {
+        Octets octets(frame.size());
+        frame.copy_to(octets.data());
+        sent_.emplace_back(port, std::move(octets));
+    }
+
+    /** What left since the last call, in order. */
+    std::vector<Sent> take() { return std::exchange(sent_, {}); }
+
+  private:
+    std::vector<Sent> sent_;
+};
+
+}  // namespace vdevice::chip::test

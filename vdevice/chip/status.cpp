@@ -1,0 +1,43 @@
+// The table of refusals. docs/virtual-device.md shows the same rows; a test compares the two.
+#include "vdevice/chip/status.h"
+
+namespace vdevice::chip {
+namespace {
+
+constexpr StatusEntry kStatusTable[] = {
+    {Status::kOk, "ok", "done"},
+    {Status::kBadUnit, "bad_unit", "the unit or the word behind it is not 0"},
+    {Status::kBadArgument, "bad_argument", "an argument has a value that the call gives no meaning"},
+    {Status::kNoPort, "no_port", "the chip has no port of this number"},
+    {Status::kVlanRange, "vlan_range", "not a VLAN id of 1 to 4094, or a range whose end is before its start"},
+    {Status::kVlanExists, "vlan_exists", "the VLAN exists already"},
+    {Status::kVlanMissing, "vlan_missing", "the VLAN does not exist"},
+    {Status::kVlanIsDefault, "vlan_is_default", "the default VLAN cannot be destroyed"},
+    {Status::kUntaggedNotMember, "untagged_not_member", "an untagged port is not among the member ports"},
+    {Status::kMacTableFull, "mac_table_full", "the MAC table has no room"},
+    {Status::kMacMissing, "mac_missing", "the MAC table has no such entry"},
+    {Status::kMacNotUnicast, "mac_not_unicast", "the address is a group address"},
+    {Status::kMacSyntax, "mac_syntax", "the text is not a MAC address"},
+    {Status::kNotFrontPort, "not_front_port", "the interface is not a user port of the board"},
+    {Status::kQueueFull, "queue_full", "the event queue is full"},
+    {Status::kNotSupported, "not_supported", "the virtual device does not carry out this call"},
+};
+
+constexpr StatusEntry kUnknown{Status::kNotSupported, "unknown", "not a status of the virtual device"};
+
+}  // namespace
+
+std::span<const StatusEntry> status_table() {
+    return kStatusTable;
+}
+
+const StatusEntry &describe(Status status) {
+    for (const StatusEntry &entry : status_table()) {
+        if (entry.status == status) {
+            return entry;
+        }
+    }
+    return kUnknown;
+}
+
+}  // namespace vdevice::chip

@@ -1,0 +1,46 @@
+// What the chip answers to a request. Each refusal has a number and a name of its own, so that a caller's log tells
+// which rule was broken.
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+namespace vdevice::chip {
+
+// -1 is left to the way between caller and chip: a driver call that never arrived gives -1, a refusal never does.
+enum class Status : std::int32_t {
+    kOk = 0,
+    kBadUnit = -2,
+    kBadArgument = -3,
+    kNoPort = -4,
+    kVlanRange = -10,
+    kVlanExists = -11,
+    kVlanMissing = -12,
+    kVlanIsDefault = -13,
+    kUntaggedNotMember = -14,
+    kMacTableFull = -20,
+    kMacMissing = -21,
+    kMacNotUnicast = -22,
+    kMacSyntax = -23,
+    kNotFrontPort = -30,
+    kQueueFull = -31,
+    kNotSupported = -100,
+};
+
+struct StatusEntry {
+    Status status;
+    const char *name;
+    const char *meaning;
+};
+
+/** All refusals, and success. */
+std::span<const StatusEntry> status_table();
+
+/** The status's row of the table, or a row named "unknown". */
+const StatusEntry &describe(Status status);
+
+constexpr std::int32_t code(Status status) {
+    return static_cast<std::int32_t>(status);
+}
+
+}  // namespace vdevice::chip

@@ -1,0 +1,76 @@
+// The chip's settings; the way of a frame is in pipeline.cpp.
+#include "vdevice/chip/switch.h"
+
+namespace vdevice::chip {
+namespace {
+
+/** VLAN 1 at power-on: every port is a member, and every port but the CPU's gets its frames untagged. */
+Vlan power_on_vlan() {
+    Vlan vlan{Switch::all_ports(), Switch::all_ports()};
+    vlan.untagged.remove(Switch::kCpuPort);
+    return vlan;
+}
+
+}  // namespace
+
+Switch::Switch(Sink &sink) : sink_{sink}, vlans_{all_ports(), power_on_vlan()} {}
+
+Status Switch::set_enabled(int port, bool enabled) {
+    if (!has_port(port)) {
+        return Status::kNoPort;
+    }
+    at(port).enabled = enabled;
+    update_up_set(port);
+    return Status::kOk;
+}
+
+Status Switch::set_link(int port, bool link) {
+    if (!has_port(port)) {
+        return Status::kNoPort;
+    }
+    at(port).link = link;
+    update_up_set(port);
+    return Status::kOk;
+}
+
+Status Switch::set_pvid(int port, std::uint32_t vid) {
+    if (!has_port(port)) {
+        return Status::kNoPort;
+    }
+    if (vid < kMinVid || vid > kMaxVid) {
+        return Status::kVlanRange;
+    }
+    if (vlans_.find(vid) == nullptr) {
+        return Status::kVlanMissing;
+    }
+    at(port).pvid = static_cast<Vid>(vid);
+    return Status::kOk;
+}
+
+Status Switch::destroy_vlans(VidRange range) {
+    const Status status = vlans_.destroy(range);
+    if (status == Status::kOk) {
+        macs_.remove_if([&](const MacEntry &entry) { return entry.vid >= range.first && entry.vid <= range.last; });
+    }
+    return status;
+}
+
+Status Switch::add_static_mac(Mac mac, std::uint32_t vid, int port) {
+    if (!has_port(port)) {
+        return Status::kNoPort;
+    }
+    if (vlans_.find(vid) == nullptr) {
+        return vid < kMinVid || vid > kMaxVid ? Status::kVlanRange : Status::kVlanMissing;
+    }
+    return macs_.add_static(mac, static_cast<Vid>(vid), port);
+}
+
+void Switch::update_up_set(int port) {
+    if (at(port).is_up()) {
+        up_.add(port);
+    } else {
+        up_.remove(port);
+    }
+}
+
+}  // namespace vdevice::chip

@@ -1,0 +1,72 @@
+// The switch chip: ports, tables and the way of a frame through them. Frames and the time are handed in, frames leave
+// through the sink; the same inputs always give the same outputs.
+#pragma once
+
+#include <array>
+
+#include "vdevice/chip/mac_table.h"
+#include "vdevice/chip/port.h"
+#include "vdevice/chip/port_set.h"
+#include "vdevice/chip/sink.h"
+#include "vdevice/chip/status.h"
+#include "vdevice/chip/switch_tag.h"
+#include "vdevice/chip/vlan_table.h"
+
+namespace vdevice::chip {
+
+class EgressForms;
+
+class Switch {
+  public:
+    static constexpr int kPorts = 32;
+    static constexpr int kCpuPort = 0;
+
+    explicit Switch(Sink &sink);
+
+    /** A frame from the wire, or on the CPU port one from the CPU, with the transmit tag. */
+    void receive(Time now, int port, Bytes frame);
+    /** Lets the time-driven work happen: ageing. */
+    void tick(Time now) { macs_.age(now); }
+
+    static bool has_port(std::int64_t port) { return port >= 0 && port < kPorts; }
+    static PortSet all_ports() { return PortSet::range(0, kPorts - 1); }
+
+    /** The port must exist. */
+    const Port &port(int port) const { return ports_[static_cast<std::size_t>(port)]; }
+    Status set_enabled(int port, bool enabled);
+    Status set_link(int port, bool link);
+    /** The VLAN must exist when it is made a port's VLAN; destroyed later, the port's untagged frames are dropped. */
+    Status set_pvid(int port, std::uint32_t vid);
+
+    const VlanTable &vlans() const { return vlans_; }
+    VlanTable &vlans() { return vlans_; }
+    /** Destroys VLANs together with the addresses learned in them. */
+    Status destroy_vlans(VidRange range);
+
+    const MacTable &macs() const { return macs_; }
+    MacTable &macs() { return macs_; }
+    /** Adds a static address; its VLAN and port must exist. */
+    Status add_static_mac(Mac mac, std::uint32_t vid, int port);
+
+  private:
+    Port &at(int port) { return ports_[static_cast<std::size_t>(port)]; }
+    void update_up_set(int port);
+    void drop(int port, Drop reason);
+
+    void receive_from_cpu(Time now, Bytes frame);
+    void forward(Time now, int ingress, const Frame &frame);
+    void forward_to_entry(int ingress, const Vlan &vlan, const MacEntry &entry, EgressForms &forms);
+    void flood(int ingress, const Vlan &vlan, EgressForms &forms);
+    void send_in_vlan(int egress, int ingress, const Vlan &vlan, EgressForms &forms);
+    void send_directed(const TransmitTag &tag, const Frame &frame);
+    void send_directed_to(int egress, const Frame &frame);
+    void transmit(int port, const Frame &frame);
+
+    Sink &sink_;
+    std::array<Port, kPorts> ports_;
+    PortSet up_;
+    VlanTable vlans_;
+    MacTable macs_;
+};
+
+}  // namespace vdevice::chip

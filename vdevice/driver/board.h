@@ -1,0 +1,38 @@
+// The board: which chip port each user port is wired to. User ports count from 1 and lie on consecutive chip ports.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "vdevice/chip/switch.h"
+
+namespace vdevice::driver {
+
+struct Board {
+    static constexpr int kDefaultUserPorts = 26;
+    static constexpr int kDefaultFirstPort = 4;
+
+    int user_ports = kDefaultUserPorts;
+    int first_port = kDefaultFirstPort; /**< the chip port of user port 1 */
+
+    /** The CPU has the chip's port 0, so user ports start at 1 and end within the chip. */
+    constexpr bool is_possible() const {
+        return user_ports >= 1 && first_port >= 1 && user_ports <= chip::Switch::kPorts - first_port;
+    }
+
+    constexpr std::optional<int> chip_port(std::int64_t user_port) const {
+        if (user_port < 1 || user_port > user_ports) {
+            return std::nullopt;
+        }
+        return static_cast<int>(user_port) - 1 + first_port;
+    }
+
+    constexpr std::optional<int> user_port(int chip_port) const {
+        if (chip_port < first_port || chip_port >= first_port + user_ports) {
+            return std::nullopt;
+        }
+        return chip_port - first_port + 1;
+    }
+};
+
+}  // namespace vdevice::driver

@@ -1,0 +1,16 @@
+// The first two words of nearly every driver call: the chip's unit and a word that is always 0.
+#pragma once
+
+#include <cstdint>
+
+#include "vdevice/chip/status.h"
+
+namespace vdevice::driver {
+
+/** Carries out the operation if the words name this device's only chip, and gives its status as the call's result. */
+template <typename Operation>
+std::int32_t on_chip(std::uint32_t unit, std::uint32_t zero, Operation operation) {
+    return chip::code(unit == 0 && zero == 0 ? operation() : chip::Status::kBadUnit);
+}
+
+}  // namespace vdevice::driver

@@ -1,0 +1,150 @@
+// The device's services: its log and event queue, and the VLAN and MAC-table helpers, which speak of logical
+// interface numbers and work on the same chip as the driver calls.
+#include <string>
+
+#include "vdevice/driver/check.h"
+#include "vdevice/driver/driver.h"
+#include "vdevice/driver/mac_text.h"
+#include "vdevice/driver/vlan_record.h"
+
+namespace vdevice::driver {
+namespace {
+
+using chip::PortSet;
+using chip::Status;
+
+constexpr std::int32_t kPosted = 1;
+constexpr std::size_t kRecordAddressWord = 7;
+
+// set_mac_tbl_clear_by_port: the one scope and kind that have a meaning, an interface's learned entries in all VLANs.
+constexpr std::uint32_t kScopeAllVlans = 7;
+constexpr std::uint32_t kKindLearned = 3;
+
+/** Bit i of the record's bitmaps is user port i, bit 26 + g group g. */
+std::uint64_t low_bits(const PortSet &interfaces) {
+    std::uint32_t words[PortSet::kWords];
+    interfaces.to_words(words);
+    return (std::uint64_t{words[1]} << 32) | words[0];
+}
+
+std::string text_or_empty(const char *text) {
+    return text == nullptr ? std::string{} : std::string{text};
+}
+
+}  // namespace
+
+int32_t Driver::log_line(int32_t level, int32_t module, const char *word, const char *text) {
+    journal_.add({clock_(), level, module, text_or_empty(word), text_or_empty(text)});
+    return kOk;
+}
+
+int32_t Driver::sys_trace_get() {
+    return trace_;
+}
+
+int32_t Driver::sys_trace_add_log(const char *prefix, const char *message) {
+    journal_.add({clock_(), 0, 0, "TRACE", text_or_empty(prefix) + " " + text_or_empty(message)});
+    return kOk;
+}
+
+int32_t Driver::link_event_handle_cb(uint32_t intf, int32_t status) {
+    journal_.add({clock_(), 0, 0, "LINK", "interface " + std::to_string(intf) + (status == 0 ? " is down" : " is up")});
+    return kOk;
+}
+
+int32_t Driver::equeue_send_ucast(uintptr_t queue, const uintptr_t *message, int32_t /*timeout*/) {
+    if (message == nullptr) {
+        return chip::code(Status::kBadArgument);
+    }
+    Event event;
+    event.time = clock_();
+    event.queue = static_cast<std::uint32_t>(queue);
+    for (std::size_t i = 0; i < kRecordAddressWord; ++i) {
+        event.words[i] = static_cast<std::uint32_t>(message[i]);
+    }
+    if (message[kRecordAddressWord] != 0) {
+        std::memcpy(event.record.data(), reinterpret_cast<const void *>(message[kRecordAddressWord]),
+                    sizeof(event.record));
+    }
+    return events_.post(event) ? kPosted : chip::code(Status::kQueueFull);
+}
+
+PortSet Driver::interfaces_of(const PortSet &chip_ports) const {
+    PortSet interfaces;
+    chip_ports.for_each([&](int port) {
+        if (const auto user_port = board_.user_port(port)) {
+            interfaces.add(*user_port);
+        }
+    });
+    const PortSet user_ports = interfaces;
+    for (int group = 1; group <= Groups::kGroups; ++group) {
+        if (!(groups_.members(group) & user_ports).empty()) {
+            interfaces.add(VlanRecord::kFirstGroupBit + group);
+        }
+    }
+    return interfaces;
+}
+
+int32_t Driver::get_vlan_info(uint32_t vid, uint8_t *record) {
+    const chip::Vlan *vlan = chip_.vlans().find(vid);
+    if (vlan == nullptr || record == nullptr) {
+        return kNotFound;
+    }
+    VlanRecord filled;
+    filled.set_vid(vid);
+    filled.set_members(low_bits(interfaces_of(vlan->members)));
+    filled.set_untagged(low_bits(interfaces_of(vlan->untagged)));
+    filled.copy_to(record);
+    return kOk;
+}
+
+int32_t Driver::get_group_by_interface(uint32_t intf, uint32_t *group) {
+    if (group == nullptr) {
+        return chip::code(Status::kBadArgument);
+    }
+    *group = 0;
+    if (!board_.chip_port(intf)) {
+        return chip::code(Status::kNotFrontPort);
+    }
+    if (const auto found = groups_.group_of(static_cast<int>(intf))) {
+        *group = ADP_AGG_INTF(static_cast<uint32_t>(*found));
+    }
+    return kOk;
+}
+
+int32_t Driver::add_mac_static_addr(const char *mac, uint32_t intf, uint32_t vid, uint32_t /*flag*/) {
+    const auto address = parse_mac(text_or_empty(mac));
+    if (!address) {
+        return chip::code(Status::kMacSyntax);
+    }
+    const auto port = board_.chip_port(intf);
+    if (!port) {
+        return chip::code(Status::kNotFrontPort);
+    }
+    return chip::code(chip_.add_static_mac(*address, vid, *port));
+}
+
+int32_t Driver::del_mac_addr(const char *mac, uint32_t vid, uint32_t /*flag*/) {
+    const auto address = parse_mac(text_or_empty(mac));
+    if (!address) {
+        return chip::code(Status::kMacSyntax);
+    }
+    if (vid < chip::kMinVid || vid > chip::kMaxVid) {
+        return chip::code(Status::kVlanRange);
+    }
+    return chip::code(chip_.macs().remove(*address, static_cast<chip::Vid>(vid)));
+}
+
+int32_t Driver::set_mac_tbl_clear_by_port(uint32_t intf, uint32_t scope, uint32_t kind) {
+    const auto port = board_.chip_port(intf);
+    if (!port) {
+        return chip::code(Status::kNotFrontPort);
+    }
+    if (scope != kScopeAllVlans || kind != kKindLearned) {
+        return chip::code(Status::kBadArgument);
+    }
+    chip_.macs().remove_if([&](const chip::MacEntry &entry) { return !entry.is_static && entry.port == *port; });
+    return kOk;
+}
+
+}  // namespace vdevice::driver

@@ -1,0 +1,43 @@
+// The device's event queue: messages of eight words posted by one process for another. It is bounded, and a message
+// that finds no room is refused. The record that a link-event message points to is copied with it, so that a reader
+// in another process can use it.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <deque>
+
+#include "vdevice/chip/mac_table.h"
+
+namespace vdevice::driver {
+
+struct Event {
+    static constexpr std::size_t kWords = 8;
+    static constexpr std::size_t kRecordFields = 4;
+
+    chip::Time time{};
+    std::uint32_t queue = 0;
+    std::array<std::uint32_t, kWords> words{};         /**< word 7, an address, reads as 0 */
+    std::array<std::uint16_t, kRecordFields> record{}; /**< unit, physical port, interface, link status */
+};
+
+class EventQueue {
+  public:
+    static constexpr std::size_t kCapacity = 1024;
+
+    bool post(const Event &event) {
+        if (events_.size() >= kCapacity) {
+            return false;
+        }
+        events_.push_back(event);
+        return true;
+    }
+
+    void clear() { events_.clear(); }
+    const std::deque<Event> &events() const { return events_; }
+
+  private:
+    std::deque<Event> events_;
+};
+
+}  // namespace vdevice::driver

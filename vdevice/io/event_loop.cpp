@@ -1,0 +1,70 @@
+#include "vdevice/io/event_loop.h"
+
+#include <sys/epoll.h>
+
+#include <array>
+#include <cerrno>
+#include <utility>
+
+#include "vdevice/io/error.h"
+
+namespace vdevice::io {
+namespace {
+
+constexpr int kEventsAtOnce = 64;
+constexpr int kNoTimeout = -1;
+
+epoll_event event_for(int fd, std::uint32_t events) {
+    epoll_event event{};
+    event.events = events;
+    event.data.fd = fd;
+    return event;
+}
+
+}  // namespace
+
+EventLoop::EventLoop() : epoll_{epoll_create1(EPOLL_CLOEXEC)} {
+    if (!epoll_) {
+        throw error_from_errno("create an event loop");
+    }
+}
+
+void EventLoop::add(int fd, std::uint32_t events, Handler handler) {
+    epoll_event event = event_for(fd, events);
+    if (epoll_ctl(epoll_.get(), EPOLL_CTL_ADD, fd, &event) != 0) {
+        throw error_from_errno("watch a descriptor");
+    }
+    handlers_[fd] = std::make_shared<Handler>(std::move(handler));
+}
+
+void EventLoop::change(int fd, std::uint32_t events) {
+    epoll_event event = event_for(fd, events);
+    epoll_ctl(epoll_.get(), EPOLL_CTL_MOD, fd, &event);
+}
+
+void EventLoop::remove(int fd) {
+    epoll_ctl(epoll_.get(), EPOLL_CTL_DEL, fd, nullptr);
+    handlers_.erase(fd);
+}
+
+void EventLoop::run() {
+    running_ = true;
+    std::array<epoll_event, kEventsAtOnce> events;
+    while (running_) {
+        const int count = epoll_wait(epoll_.get(), events.data(), kEventsAtOnce, kNoTimeout);
+        if (count < 0 && errno != EINTR) {
+            throw error_from_errno("wait for events");
+        }
+        for (int i = 0; i < count && running_; ++i) {
+            const epoll_event &event = events[static_cast<std::size_t>(i)];
+            // An earlier handler of this round may have removed the descriptor; the copy keeps a handler alive that
+            // removes itself.
+            if (const auto found = handlers_.find(event.data.fd); found != handlers_.end()) {
+                const std::shared_ptr<Handler> handler = found->second;
+                (*handler)(event.events);
+            }
+        }
+    }
+}
+
+}  // namespace vdevice::io

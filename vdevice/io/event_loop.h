@@ -1,0 +1,35 @@
+// A single-threaded loop over epoll: calls a descriptor's handler when there is something to do on it.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+
+#include "vdevice/io/unique_fd.h"
+
+namespace vdevice::io {
+
+class EventLoop {
+  public:
+    /** Takes the EPOLL... events that are pending. */
+    using Handler = std::function<void(std::uint32_t events)>;
+
+    EventLoop();
+
+    void add(int fd, std::uint32_t events, Handler handler);
+    void change(int fd, std::uint32_t events);
+    /** May be called by any handler, the descriptor's own included. */
+    void remove(int fd);
+
+    /** Runs until stop() is called. */
+    void run();
+    void stop() { running_ = false; }
+
+  private:
+    UniqueFd epoll_;
+    std::map<int, std::shared_ptr<Handler>> handlers_;
+    bool running_ = false;
+};
+
+}  // namespace vdevice::io

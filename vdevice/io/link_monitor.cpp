@@ -1,0 +1,136 @@
+#include "vdevice/io/link_monitor.h"
+
+#include <linux/netlink.h>
+#include <linux/rtnetlink.h>
+#include <net/if.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <span>
+#include <utility>
+
+#include "vdevice/io/error.h"
+
+// <net/if.h> and <linux/if.h> cannot be included together, and only the latter names this flag.
+#ifndef IFF_LOWER_UP
+#define IFF_LOWER_UP 0x10000
+#endif
+
+namespace vdevice::io {
+namespace {
+
+constexpr std::size_t kBufferBytes = 65536;
+constexpr int kSocketBufferBytes = 1024 * 1024;
+
+using Message = std::span<const char>;
+
+// Netlink messages are sequences of headers and attributes, each padded to four bytes. They are read by copying, which
+// asks nothing of the buffer's alignment.
+constexpr std::size_t kAlignment = 4;
+
+constexpr std::size_t aligned(std::size_t length) {
+    return (length + kAlignment - 1) / kAlignment * kAlignment;
+}
+
+template <typename Header>
+bool read_header(Message bytes, Header &header) {
+    if (bytes.size() < sizeof(header)) {
+        return false;
+    }
+    std::memcpy(&header, bytes.data(), sizeof(header));
+    return true;
+}
+
+/** What follows the first @p length bytes and their padding. */
+Message behind(Message bytes, std::size_t length) {
+    return bytes.subspan(std::min(aligned(length), bytes.size()));
+}
+
+std::string find_name(Message attributes) {
+    rtattr attribute{};
+    while (read_header(attributes, attribute)) {
+        if (attribute.rta_len < sizeof(attribute) || attribute.rta_len > attributes.size()) {
+            break;
+        }
+        if (attribute.rta_type == IFLA_IFNAME) {
+            const Message text = attributes.first(attribute.rta_len).subspan(sizeof(attribute));
+            return std::string(text.begin(), std::find(text.begin(), text.end(), '\0'));
+        }
+        attributes = behind(attributes, attribute.rta_len);
+    }
+    return {};
+}
+
+bool read_change(Message payload, bool exists, LinkChange &change) {
+    ifinfomsg info{};
+    if (!read_header(payload, info)) {
+        return false;
+    }
+    change.index = info.ifi_index;
+    change.exists = exists;
+    change.link = exists && (info.ifi_flags & IFF_UP) != 0 && (info.ifi_flags & IFF_LOWER_UP) != 0;
+    change.name = find_name(behind(payload, sizeof(info)));
+    return true;
+}
+
+void read_messages(Message bytes, const LinkMonitor::Handler &handler) {
+    nlmsghdr header{};
+    while (read_header(bytes, header) && header.nlmsg_len >= sizeof(header) && header.nlmsg_len <= bytes.size()) {
+        const bool exists = header.nlmsg_type == RTM_NEWLINK;
+        LinkChange change;
+        if ((exists || header.nlmsg_type == RTM_DELLINK) &&
+            read_change(bytes.first(header.nlmsg_len).subspan(sizeof(header)), exists, change)) {
+            handler(change);
+        }
+        bytes = behind(bytes, header.nlmsg_len);
+    }
+}
+
+}  // namespace
+
+LinkMonitor::LinkMonitor(Handler handler)
+    : handler_{std::move(handler)},
+      socket_{socket(AF_NETLINK, SOCK_RAW | SOCK_NONBLOCK | SOCK_CLOEXEC, NETLINK_ROUTE)} {
+    sockaddr_nl address{};
+    address.nl_family = AF_NETLINK;
+    address.nl_groups = RTMGRP_LINK;
+    if (!socket_ || bind(socket_.get(), reinterpret_cast<const sockaddr *>(&address), sizeof(address)) != 0) {
+        throw error_from_errno("listen for link changes");
+    }
+    setsockopt(socket_.get(), SOL_SOCKET, SO_RCVBUF, &kSocketBufferBytes, sizeof(kSocketBufferBytes));
+    request_all();
+}
+
+void LinkMonitor::request_all() {
+    struct {
+        nlmsghdr header;
+        ifinfomsg info;
+    } request{};
+    request.header.nlmsg_len = sizeof(request);
+    request.header.nlmsg_type = RTM_GETLINK;
+    request.header.nlmsg_flags = NLM_F_REQUEST | NLM_F_DUMP;
+    request.info.ifi_family = AF_UNSPEC;
+    if (send(socket_.get(), &request, sizeof(request), 0) < 0) {
+        throw error_from_errno("ask for the links' state");
+    }
+}
+
+void LinkMonitor::read_changes() {
+    std::array<char, kBufferBytes> buffer;
+    for (;;) {
+        const ssize_t length = recv(socket_.get(), buffer.data(), buffer.size(), MSG_DONTWAIT);
+        if (length < 0 && errno == ENOBUFS) {
+            request_all();  // changes were lost, so the whole state is asked for again
+            continue;
+        }
+        if (length <= 0) {
+            return;
+        }
+        read_messages(Message{buffer.data(), static_cast<std::size_t>(length)}, handler_);
+    }
+}
+
+}  // namespace vdevice::io

@@ -1,0 +1,149 @@
+#include "vdevice/vdevctl/tables.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <algorithm>
+#include <map>
+#include <vector>
+
+namespace vdevice {
+namespace {
+
+using nlohmann::json;
+
+std::string port_name(int port) {
+    return port == 0 ? "cpu" : std::to_string(port);
+}
+
+/** "cpu,1-4,9": runs of neighbouring ports drawn together. */
+std::string port_list(const json &ports) {
+    std::vector<std::string> parts;
+    const auto numbers = ports.get<std::vector<int>>();
+    for (std::size_t first = 0; first < numbers.size();) {
+        std::size_t last = first;
+        while (numbers[first] != 0 && last + 1 < numbers.size() && numbers[last + 1] == numbers[last] + 1) {
+            ++last;
+        }
+        parts.push_back(first == last ? port_name(numbers[first])
+                                      : fmt::format("{}-{}", numbers[first], numbers[last]));
+        first = last + 1;
+    }
+    return parts.empty() ? "-" : fmt::format("{}", fmt::join(parts, ","));
+}
+
+std::string port_state(const json &port) {
+    if (!port["present"].get<bool>()) {
+        return "gone";
+    }
+    if (port["pulled"].get<bool>()) {
+        return "pulled";
+    }
+    if (!port["enabled"].get<bool>()) {
+        return "disabled";
+    }
+    return port["link"].get<bool>() ? "up" : "down";
+}
+
+std::string show_ports(const json &answer) {
+    std::string text = fmt::format("{:>4}  {:>4}  {:<10} {:<8} {:>5} {:>12} {:>12}\n", "PORT", "CHIP", "INTERFACE",
+                                   "STATE", "PVID", "RX FRAMES", "TX FRAMES");
+    for (const json &port : answer["ports"]) {
+        text += fmt::format("{:>4}  {:>4}  {:<10} {:<8} {:>5} {:>12} {:>12}\n", port_name(port["port"].get<int>()),
+                            port["chip_port"].get<int>(), port["interface"].get<std::string>(), port_state(port),
+                            port["pvid"].get<int>(), port["rx_frames"].get<std::uint64_t>(),
+                            port["tx_frames"].get<std::uint64_t>());
+    }
+    return text;
+}
+
+std::string show_vlans(const json &answer) {
+    std::string text = fmt::format("{:>5}  {:<30} {}\n", "VLAN", "MEMBERS", "UNTAGGED");
+    for (const json &vlan : answer["vlans"]) {
+        const std::string vid = fmt::format("{}{}", vlan["vid"].get<int>(), vlan["default"].get<bool>() ? "*" : "");
+        text += fmt::format("{:>5}  {:<30} {}\n", vid, port_list(vlan["members"]), port_list(vlan["untagged"]));
+    }
+    return text + "* default VLAN\n";
+}
+
+std::string show_macs(const json &answer) {
+    std::string text = fmt::format("{:>4}  {:<17}  {:>4}  {}\n", "VLAN", "ADDRESS", "PORT", "AGE");
+    for (const json &entry : answer["macs"]) {
+        const bool is_static = entry["static"].get<bool>();
+        text += fmt::format("{:>4}  {:<17}  {:>4}  {}\n", entry["vid"].get<int>(), entry["mac"].get<std::string>(),
+                            port_name(entry["port"].get<int>()),
+                            is_static ? "static" : fmt::format("{:.0f} s", entry["age"].get<double>()));
+    }
+    return text + fmt::format("{} of {} entries; learned {}, moved {}, aged out {}, refused {}\n",
+                              answer["macs"].size(), answer["capacity"].get<std::uint64_t>(),
+                              answer["learned"].get<std::uint64_t>(), answer["moved"].get<std::uint64_t>(),
+                              answer["aged"].get<std::uint64_t>(), answer["refused"].get<std::uint64_t>());
+}
+
+std::string show_drops(const json &row) {
+    std::vector<std::string> parts;
+    for (const auto &[reason, count] : row["drops"].items()) {
+        if (count.get<std::uint64_t>() != 0) {
+            parts.push_back(fmt::format("{} {}", reason, count.get<std::uint64_t>()));
+        }
+    }
+    if (const auto lost = row["tx_lost"].get<std::uint64_t>(); lost != 0) {
+        parts.push_back(fmt::format("tx_lost {}", lost));
+    }
+    return fmt::format("{}", fmt::join(parts, ", "));
+}
+
+std::string show_counters(const json &answer) {
+    std::string text = fmt::format("{:>4} {:>12} {:>14} {:>12} {:>14}  {}\n", "PORT", "RX FRAMES", "RX OCTETS",
+                                   "TX FRAMES", "TX OCTETS", "DROPPED");
+    for (const json &row : answer["counters"]) {
+        text +=
+            fmt::format("{:>4} {:>12} {:>14} {:>12} {:>14}  {}\n", port_name(row["port"].get<int>()),
+                        row["rx_frames"].get<std::uint64_t>(), row["rx_octets"].get<std::uint64_t>(),
+                        row["tx_frames"].get<std::uint64_t>(), row["tx_octets"].get<std::uint64_t>(), show_drops(row));
+    }
+    return text;
+}
+
+std::string show_log(const json &answer) {
+    std::string text;
+    for (const json &line : answer["log"]) {
+        text +=
+            fmt::format("{:>12.6f}  {}/{} {:<7} {}\n", line["time"].get<double>(), line["level"].get<int>(),
+                        line["module"].get<int>(), line["word"].get<std::string>(), line["text"].get<std::string>());
+    }
+    return text;
+}
+
+std::string show_events(const json &answer) {
+    std::string text;
+    for (const json &event : answer["events"]) {
+        text += fmt::format("{:>12.6f}  queue {}  words {}  record {}\n", event["time"].get<double>(),
+                            event["queue"].get<std::uint32_t>(),
+                            fmt::join(event["words"].get<std::vector<std::uint32_t>>(), " "),
+                            fmt::join(event["record"].get<std::vector<int>>(), " "));
+    }
+    return text;
+}
+
+std::string show_version(const json &answer) {
+    const int first = answer["first_port"].get<int>();
+    const int count = answer["user_ports"].get<int>();
+    return fmt::format("virtual device {}, user ports 1 to {} on chip ports {} to {}, running for {:.0f} s\n",
+                       answer["version"].get<std::string>(), count, first, first + count - 1,
+                       answer["uptime"].get<double>());
+}
+
+}  // namespace
+
+std::string show(const std::string &command, const json &answer) {
+    using Show = std::string (*)(const json &);
+    static const std::map<std::string, Show> kTables = {
+        {"ports", show_ports}, {"vlans", show_vlans},   {"macs", show_macs},       {"counters", show_counters},
+        {"log", show_log},     {"events", show_events}, {"version", show_version},
+    };
+    const auto table = kTables.find(command);
+    return table == kTables.end() ? std::string{} : table->second(answer);
+}
+
+}  // namespace vdevice

@@ -1,0 +1,223 @@
+// Ports are named by their user port number, the CPU port by 0. Chip ports that the board does not use are left out.
+#include "vdevice/vdeviced/commands.h"
+
+#include <functional>
+#include <map>
+#include <string>
+
+#include "vdevice/driver/mac_text.h"
+#include "vdevice/io/error.h"
+
+namespace vdevice {
+namespace {
+
+using chip::PortSet;
+using nlohmann::json;
+
+constexpr int kCpuUserNumber = 0;
+
+class Refusal : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+double seconds(chip::Time time) {
+    return std::chrono::duration<double>(time).count();
+}
+
+int user_number(const Device &device, int chip_port) {
+    return device.board().user_port(chip_port).value_or(kCpuUserNumber);
+}
+
+json user_numbers(const Device &device, const PortSet &chip_ports) {
+    json numbers = json::array();
+    chip_ports.for_each([&](int port) {
+        if (device.wire(port) != nullptr) {
+            numbers.push_back(user_number(device, port));
+        }
+    });
+    return numbers;
+}
+
+void for_each_wire(const Device &device, const std::function<void(const Wire &, const chip::Port &)> &visit) {
+    for (int port = 0; port < chip::Switch::kPorts; ++port) {
+        if (const Wire *wire = device.wire(port)) {
+            visit(*wire, device.chip().port(port));
+        }
+    }
+}
+
+int requested_port(const Device &device, const json &request) {
+    const auto port = request.find("port");
+    if (port == request.end() || !port->is_number_integer() || !device.board().chip_port(port->get<std::int64_t>())) {
+        throw Refusal{"The port must be a user port, 1 to " + std::to_string(device.board().user_ports) + "."};
+    }
+    return port->get<int>();
+}
+
+json ports(Device &device, const json & /*request*/) {
+    json rows = json::array();
+    for_each_wire(device, [&](const Wire &wire, const chip::Port &port) {
+        rows.push_back({{"port", user_number(device, wire.chip_port)},
+                        {"chip_port", wire.chip_port},
+                        {"interface", wire.socket.interface_name()},
+                        {"present", wire.socket.is_open()},
+                        {"enabled", port.enabled},
+                        {"pulled", wire.pulled},
+                        {"link", port.link},
+                        {"up", port.is_up()},
+                        {"pvid", port.pvid},
+                        {"rx_frames", port.counters.rx_frames},
+                        {"tx_frames", port.counters.tx_frames}});
+    });
+    return {{"ports", rows}};
+}
+
+json vlans(Device &device, const json & /*request*/) {
+    json rows = json::array();
+    const chip::VlanTable &table = device.chip().vlans();
+    for (const chip::Vid vid : table.list()) {
+        const chip::Vlan &vlan = *table.find(vid);
+        rows.push_back({{"vid", vid},
+                        {"default", vid == table.default_vid()},
+                        {"members", user_numbers(device, vlan.members)},
+                        {"untagged", user_numbers(device, vlan.untagged)}});
+    }
+    return {{"vlans", rows}};
+}
+
+json macs(Device &device, const json & /*request*/) {
+    json rows = json::array();
+    const chip::MacTable &table = device.chip().macs();
+    for (const chip::MacEntry &entry : table.list()) {
+        json row = {{"vid", entry.vid},
+                    {"mac", driver::to_text(entry.mac)},
+                    {"port", user_number(device, entry.port)},
+                    {"static", entry.is_static}};
+        if (!entry.is_static) {
+            row["age"] = seconds(device.now() - entry.last_seen);
+        }
+        rows.push_back(row);
+    }
+    return {{"macs", rows},
+            {"capacity", chip::MacTable::kCapacity},
+            {"age_time", table.age_time().count()},
+            {"learned", table.counters().learned},
+            {"moved", table.counters().moved},
+            {"aged", table.counters().aged},
+            {"refused", table.counters().refused}};
+}
+
+json counters(Device &device, const json & /*request*/) {
+    json rows = json::array();
+    for_each_wire(device, [&](const Wire &wire, const chip::Port &port) {
+        json drops = json::object();
+        for (std::size_t reason = 0; reason < chip::kDropReasons; ++reason) {
+            drops[chip::name(static_cast<chip::Drop>(reason))] = port.counters.drops[reason];
+        }
+        rows.push_back({{"port", user_number(device, wire.chip_port)},
+                        {"rx_frames", port.counters.rx_frames},
+                        {"rx_octets", port.counters.rx_octets},
+                        {"tx_frames", port.counters.tx_frames},
+                        {"tx_octets", port.counters.tx_octets},
+                        {"tx_lost", wire.socket.send_failures()},
+                        {"drops", drops}});
+    });
+    return {{"counters", rows}};
+}
+
+json log(Device &device, const json & /*request*/) {
+    json rows = json::array();
+    for (const driver::LogLine &line : device.driver().journal().lines()) {
+        rows.push_back({{"time", seconds(line.time)},
+                        {"level", line.level},
+                        {"module", line.module},
+                        {"word", line.word},
+                        {"text", line.text}});
+    }
+    return {{"log", rows}, {"total", device.driver().journal().total()}};
+}
+
+json events(Device &device, const json & /*request*/) {
+    json rows = json::array();
+    for (const driver::Event &event : device.driver().events().events()) {
+        rows.push_back(
+            {{"time", seconds(event.time)}, {"queue", event.queue}, {"words", event.words}, {"record", event.record}});
+    }
+    return {{"events", rows}};
+}
+
+json pull(Device &device, const json &request) {
+    device.pull(requested_port(device, request));
+    return json::object();
+}
+
+json plug(Device &device, const json &request) {
+    device.plug(requested_port(device, request));
+    return json::object();
+}
+
+json trace(Device &device, const json &request) {
+    const auto value = request.find("value");
+    if (value == request.end() || !value->is_number_integer()) {
+        throw Refusal{"The trace value must be a number, 0 for off."};
+    }
+    device.driver().set_trace(value->get<std::int32_t>());
+    return json::object();
+}
+
+json group(Device &device, const json &request) {
+    const auto number = request.find("group");
+    if (number == request.end() || !number->is_number_integer() ||
+        !driver::Groups::is_group(number->get<std::int64_t>())) {
+        throw Refusal{"The group must be a number, 1 to " + std::to_string(driver::Groups::kGroups) + "."};
+    }
+    PortSet members;
+    for (const json &port : request.value("ports", json::array())) {
+        members.add(requested_port(device, {{"port", port}}));
+    }
+    device.driver().groups().set_members(number->get<int>(), members);
+    return json::object();
+}
+
+json version(Device &device, const json & /*request*/) {
+    return {{"version", VDEVICE_VERSION},
+            {"user_ports", device.board().user_ports},
+            {"first_port", device.board().first_port},
+            {"uptime", seconds(device.now())}};
+}
+
+using Command = json (*)(Device &, const json &);
+
+const std::map<std::string, Command> &command_table() {
+    static const std::map<std::string, Command> kCommands = {
+        {"ports", ports}, {"vlans", vlans},   {"macs", macs},       {"counters", counters},
+        {"log", log},     {"events", events}, {"pull", pull},       {"plug", plug},
+        {"trace", trace}, {"group", group},   {"version", version},
+    };
+    return kCommands;
+}
+
+}  // namespace
+
+json carry_out(Device &device, const json &request) {
+    const auto name = request.find("command");
+    if (name == request.end() || !name->is_string()) {
+        return {{"error", "The request names no command."}};
+    }
+    const auto command = command_table().find(name->get<std::string>());
+    if (command == command_table().end()) {
+        return {{"error", "There is no command '" + name->get<std::string>() + "'."}};
+    }
+    try {
+        return command->second(device, request);
+    } catch (const io::Error &error) {
+        return {{"error", std::string{"The device "} + error.what()}};
+    } catch (const Refusal &refusal) {
+        return {{"error", refusal.what()}};
+    } catch (const json::exception &) {
+        return {{"error", "An argument of the command has the wrong type."}};
+    }
+}
+
+}  // namespace vdevice

@@ -1,0 +1,48 @@
+// The control socket: one request as a line of JSON, one answer as a line of JSON, for vdevctl and for scripts.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <string>
+
+#include "vdevice/io/event_loop.h"
+#include "vdevice/io/unique_fd.h"
+
+namespace vdevice {
+
+class ControlServer {
+  public:
+    using Handler = std::function<nlohmann::json(const nlohmann::json &request)>;
+
+    /** Takes the place of a socket that a dead daemon left; throws an io::Error if a living one answers there. */
+    ControlServer(io::EventLoop &loop, std::string path, Handler handler);
+    ~ControlServer();
+    ControlServer(const ControlServer &) = delete;
+    ControlServer &operator=(const ControlServer &) = delete;
+
+  private:
+    static constexpr std::size_t kMaxClients = 32;
+    static constexpr std::size_t kMaxRequest = 65536;
+
+    struct Client {
+        io::UniqueFd fd;
+        std::string input;
+        std::string output;
+    };
+
+    void accept_client();
+    void serve(int fd, std::uint32_t events);
+    /** These are false when the client is to be let go. */
+    bool read_requests(Client &client);
+    bool write_answers(Client &client);
+    std::string answer(const std::string &line) const;
+
+    io::EventLoop &loop_;
+    std::string path_;
+    Handler handler_;
+    io::UniqueFd listener_;
+    std::map<int, Client> clients_;
+};
+
+}  // namespace vdevice

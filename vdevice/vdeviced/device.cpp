@@ -1,0 +1,176 @@
+#include "vdevice/vdeviced/device.h"
+
+#include <sys/epoll.h>
+#include <sys/timerfd.h>
+
+#include "vdevice/io/error.h"
+
+namespace vdevice {
+namespace {
+
+constexpr char kCpuInterface[] = "cpu0";
+constexpr char kCpuPeer[] = "eth0";
+constexpr time_t kTickSeconds = 1;
+constexpr std::int32_t kNoticeLevel = 5;
+
+std::string port_interface(int user_port) {
+    return "port" + std::to_string(user_port);
+}
+std::string host_interface(int user_port) {
+    return "host" + std::to_string(user_port);
+}
+
+}  // namespace
+
+Device::Device(io::EventLoop &loop, driver::Board board, bool create_interfaces)
+    : loop_{loop}, chip_{*this}, driver_{chip_, board, [this] { return now(); }} {
+    if (create_interfaces) {
+        create_cables();
+    }
+    add_wire(chip::Switch::kCpuPort, kCpuInterface);
+    for (int user_port = 1; user_port <= board.user_ports; ++user_port) {
+        add_wire(*board.chip_port(user_port), port_interface(user_port));
+    }
+    monitor_.emplace([this](const io::LinkChange &change) { on_link_change(change); });
+    monitor_->read_changes();
+    loop_.add(monitor_->fd(), EPOLLIN, [this](std::uint32_t) { monitor_->read_changes(); });
+    start_clock();
+}
+
+void Device::create_cables() {
+    std::vector<io::CablePair> pairs{{kCpuInterface, kCpuPeer}};
+    for (int user_port = 1; user_port <= board().user_ports; ++user_port) {
+        pairs.push_back({port_interface(user_port), host_interface(user_port)});
+    }
+    created_cables_.emplace(pairs);
+    for (const io::CablePair &pair : pairs) {
+        // Hosts must send whole checksums and real lengths too; their settings stay with an interface that moves.
+        io::make_transparent(pair.peer_side);
+    }
+    io::set_interface_up(kCpuPeer, true);
+}
+
+chip::Time Device::now() const {
+    return std::chrono::steady_clock::now() - started_;
+}
+
+void Device::start_clock() {
+    timer_.reset(timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC));
+    const itimerspec every_tick{{kTickSeconds, 0}, {kTickSeconds, 0}};
+    if (!timer_ || timerfd_settime(timer_.get(), 0, &every_tick, nullptr) != 0) {
+        throw io::error_from_errno("start the device's clock");
+    }
+    loop_.add(timer_.get(), EPOLLIN, [this](std::uint32_t) {
+        std::uint64_t expirations = 0;
+        if (read(timer_.get(), &expirations, sizeof(expirations)) == sizeof(expirations)) {
+            chip_.tick(now());
+        }
+    });
+}
+
+const Wire *Device::wire(int chip_port) const {
+    return chip::Switch::has_port(chip_port) ? wires_[static_cast<std::size_t>(chip_port)].get() : nullptr;
+}
+
+void Device::add_wire(int chip_port, const std::string &interface_name) {
+    auto &wire = wires_[static_cast<std::size_t>(chip_port)];
+    wire = std::make_unique<Wire>(chip_port, interface_name);
+    open_wire(*wire);
+}
+
+void Device::open_wire(Wire &wire) {
+    wire.socket.open();
+    io::make_transparent(wire.socket.interface_name());
+    if (!wire.pulled) {
+        io::set_interface_up(wire.socket.interface_name(), true);
+    }
+    loop_.add(wire.socket.fd(), EPOLLIN, [this, &wire](std::uint32_t) { receive_from(wire); });
+}
+
+void Device::close_wire(Wire &wire) {
+    loop_.remove(wire.socket.fd());
+    wire.socket.close();
+}
+
+void Device::receive_from(Wire &wire) {
+    wire.socket.receive(batch_);
+    const chip::Time received = now();
+    for (std::size_t i = 0; i < batch_.size(); ++i) {
+        chip_.receive(received, wire.chip_port, batch_.frame(i));
+    }
+    flush_queues();
+}
+
+void Device::transmit(int port, const chip::Frame &frame) {
+    const auto &wire = wires_[static_cast<std::size_t>(port)];
+    if (wire != nullptr && wire->socket.queue(frame)) {
+        waiting_.push_back(wire.get());
+    }
+}
+
+void Device::flush_queues() {
+    for (Wire *wire : waiting_) {
+        wire->socket.flush();
+    }
+    waiting_.clear();
+}
+
+void Device::on_link_change(const io::LinkChange &change) {
+    for (const auto &wire : wires_) {
+        if (wire == nullptr || wire->socket.interface_name() != change.name) {
+            continue;
+        }
+        if (!change.exists) {
+            // Its peer's namespace has ended, and the pair with it.
+            if (wire->socket.is_open() && wire->socket.interface_index() == change.index) {
+                close_wire(*wire);
+                note(*wire, "the interface is gone");
+                set_link(*wire, false);
+            }
+            return;
+        }
+        if (!wire->socket.is_open()) {
+            try {
+                open_wire(*wire);
+                note(*wire, "the interface is back");
+            } catch (const io::Error &error) {
+                note(*wire, error.what());
+            }
+        }
+        set_link(*wire, change.link && wire->socket.is_open() && !wire->pulled);
+        return;
+    }
+}
+
+void Device::set_link(Wire &wire, bool link) {
+    if (chip_.port(wire.chip_port).link != link) {
+        chip_.set_link(wire.chip_port, link);
+        note(wire, link ? "link up" : "link down");
+    }
+}
+
+void Device::note(const Wire &wire, const std::string &what) {
+    const std::string text = wire.socket.interface_name() + ": " + what;
+    driver_.log_line(kNoticeLevel, 0, "PORT", text.c_str());
+}
+
+void Device::pull(int user_port) {
+    Wire &wire = *wires_[static_cast<std::size_t>(*board().chip_port(user_port))];
+    wire.pulled = true;
+    set_link(wire, false);
+    if (wire.socket.is_open()) {
+        io::set_interface_up(wire.socket.interface_name(), false);
+    }
+}
+
+void Device::plug(int user_port) {
+    Wire &wire = *wires_[static_cast<std::size_t>(*board().chip_port(user_port))];
+    wire.pulled = false;
+    if (wire.socket.is_open()) {
+        io::set_interface_up(wire.socket.interface_name(), true);
+        // The carrier may be there already, and then the kernel has told before the answer is given.
+        monitor_->read_changes();
+    }
+}
+
+}  // namespace vdevice

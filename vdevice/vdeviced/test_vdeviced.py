@@ -1,0 +1,369 @@
+"""The daemon as a whole, with real frames on its interfaces. Runs in a network namespace of its own:
+
+    VDEVICE_PROGRAMS=build/host unshare -Urn /usr/bin/python3 -m pytest vdevice/vdeviced/test_vdeviced.py
+"""
+import json
+import os
+import select
+import signal
+import socket
+import stat
+import struct
+import subprocess
+import tempfile
+import time
+
+import pytest
+
+PROGRAMS = os.environ["VDEVICE_PROGRAMS"]
+DEADLINE = 10.0
+ALL_PROTOCOLS = 0x0003
+PACKET_AUXDATA = 8
+PACKET_IGNORE_OUTGOING = 23
+VLAN_VALID, TPID_VALID = 0x10, 0x40
+BROADCAST = b"\xff" * 6
+PAYLOAD = b"\x08\x00" + bytes(range(46))
+
+
+def station(number):
+    return bytes([2, 0, 0, 0, 0, number])
+
+
+def tag(tpid, tci):
+    return struct.pack(">HH", tpid, tci)
+
+
+def wait_until(condition, what):
+    """Polls, because the kernel tells of links when it likes; fails at the deadline."""
+    end = time.monotonic() + DEADLINE
+    while time.monotonic() < end:
+        if condition():
+            return
+        time.sleep(0.01)
+    pytest.fail(f"waited {DEADLINE} s for {what}")
+
+
+class Nic:
+    """A raw socket on a host's end of a cable."""
+
+    def __init__(self, interface):
+        subprocess.run(["ip", "link", "set", interface, "up"], check=True)
+        self.socket = socket.socket(socket.AF_PACKET, socket.SOCK_RAW, 0)
+        self.socket.setsockopt(socket.SOL_PACKET if hasattr(socket, "SOL_PACKET") else 263, PACKET_AUXDATA, 1)
+        self.socket.setsockopt(263, PACKET_IGNORE_OUTGOING, 1)
+        self.socket.bind((interface, ALL_PROTOCOLS))
+
+    def send(self, frame):
+        self.socket.send(frame)
+
+    def receive(self, deadline=DEADLINE):
+        """The next frame with its outer tag in place, or None when none comes in time."""
+        if not select.select([self.socket], [], [], deadline)[0]:
+            return None
+        frame, controls, _, _ = self.socket.recvmsg(10000, 256)
+        for _, kind, data in controls:
+            if kind == PACKET_AUXDATA:
+                status, _, _, _, _, tci, tpid = struct.unpack("=IIIHHHH", data[:20])
+                if status & VLAN_VALID:
+                    frame = frame[:12] + tag(tpid if status & TPID_VALID else 0x8100, tci) + frame[12:]
+        return frame
+
+
+class Device:
+    def __init__(self, run_dir, *options):
+        self.run_dir = run_dir
+        self.process = subprocess.Popen([f"{PROGRAMS}/vdeviced", "--run-dir", run_dir, *options],
+                                        stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+
+    def wait_ready(self):
+        assert self.process.stdout.readline() == "vdeviced: ready\n", self.process.stderr.read()
+
+    def stop(self):
+        self.process.send_signal(signal.SIGTERM)
+        _, errors = self.process.communicate(timeout=DEADLINE)
+        assert errors == ""
+        return self.process.returncode
+
+    def control(self, *words):
+        return subprocess.run([f"{PROGRAMS}/vdevctl", "--run-dir", self.run_dir, *words], capture_output=True,
+                              text=True, timeout=DEADLINE)
+
+    def ask(self, *words):
+        result = self.control("--json", *words)
+        assert result.returncode == 0, result.stderr
+        return json.loads(result.stdout)
+
+    def port(self, number):
+        return next(port for port in self.ask("ports")["ports"] if port["port"] == number)
+
+    def counters(self, number):
+        return next(row for row in self.ask("counters")["counters"] if row["port"] == number)
+
+    def nics(self, *interfaces):
+        nics = [Nic(interface) for interface in interfaces]
+        for interface in interfaces:
+            number = 0 if interface == "eth0" else int(interface.removeprefix("host"))
+            wait_until(lambda number=number: self.port(number)["up"], f"{interface}'s link")
+        return nics
+
+
+@pytest.fixture(name="run_dir")
+def make_run_dir():
+    with tempfile.TemporaryDirectory(prefix="vdevice-test-") as folder:
+        yield folder + "/device"
+
+
+@pytest.fixture(name="start")
+def make_starter(run_dir):
+    """Starts devices; whatever a failed test left running or standing is cleared away."""
+    started = []
+
+    def start(*options):
+        started.append(Device(run_dir, *options))
+        return started[-1]
+
+    before = interfaces()
+    yield start
+    for device in started:
+        if device.process.poll() is None:
+            device.process.kill()
+        device.process.communicate()
+    for name in interfaces() - before:
+        subprocess.run(["ip", "link", "del", name], check=False, stderr=subprocess.DEVNULL)
+
+
+@pytest.fixture(name="device")
+def make_device(start):
+    device = start("--create-interfaces", "--user-ports", "4", "--first-port", "23")
+    device.wait_ready()
+    yield device
+    assert device.stop() == 0
+
+
+def interfaces():
+    return {link["ifname"] for link in json.loads(subprocess.check_output(["ip", "-j", "link"]))}
+
+
+def carrier(interface):
+    link, = json.loads(subprocess.check_output(["ip", "-j", "link", "show", interface]))
+    return "LOWER_UP" in link["flags"]
+
+
+def test_start_and_end_leave_nothing_behind(start, run_dir):
+    before = interfaces()
+    device = start("--create-interfaces", "--user-ports", "2")
+    device.wait_ready()
+    assert interfaces() - before == {"cpu0", "eth0", "port1", "host1", "port2", "host2"}
+    assert stat.S_IMODE(os.stat(run_dir).st_mode) == 0o700
+    for name in ("control", "driver"):
+        assert stat.S_IMODE(os.stat(f"{run_dir}/{name}").st_mode) & 0o077 == 0
+    assert device.stop() == 0
+    assert interfaces() == before
+    assert os.listdir(run_dir) == []
+
+
+def test_a_second_device_is_refused_and_the_first_stays(device, start):
+    second = start("--user-ports", "4")
+    _, errors = second.process.communicate(timeout=DEADLINE)
+    assert second.process.returncode == 1
+    assert errors.startswith("vdeviced: cannot listen on") and "another vdeviced" in errors
+    assert device.ask("version")["user_ports"] == 4
+
+
+def test_what_a_killed_device_left_does_not_hinder_the_next(start):
+    first = start("--create-interfaces", "--user-ports", "1")
+    first.wait_ready()
+    first.process.kill()
+    first.process.wait()
+    second = start("--user-ports", "1")
+    second.wait_ready()
+    assert second.ask("version")["user_ports"] == 1
+    assert second.stop() == 0
+
+
+def test_missing_interfaces_are_told(start, run_dir):
+    device = start()
+    _, errors = device.process.communicate(timeout=DEADLINE)
+    assert device.process.returncode == 1
+    assert errors.startswith("vdeviced: cannot find interface cpu0.")
+    assert os.listdir(run_dir) == []
+
+
+def test_impossible_boards_are_told(start):
+    device = start("--user-ports", "30", "--first-port", "3")
+    _, errors = device.process.communicate(timeout=DEADLINE)
+    assert device.process.returncode == 1
+    assert errors.startswith("vdeviced: cannot wire such a board")
+
+
+def test_hosts_reach_each_other_and_the_cpu(device):
+    one, two, cpu = device.nics("host1", "host2", "eth0")
+    one.send(BROADCAST + station(1) + PAYLOAD)
+    assert two.receive() == BROADCAST + station(1) + PAYLOAD
+    assert cpu.receive() == BROADCAST + station(1) + tag(0x8874, 0) + struct.pack(">H", 23) + tag(0x8100, 1) + PAYLOAD
+    two.send(station(1) + station(2) + PAYLOAD)
+    assert one.receive() == station(1) + station(2) + PAYLOAD
+    assert cpu.receive(0.2) is None
+    assert {(row["mac"], row["port"]) for row in device.ask("macs")["macs"]} == {("02:00:00:00:00:01", 1),
+                                                                                ("02:00:00:00:00:02", 2)}
+
+
+@pytest.mark.parametrize("tags", [tag(0x88A8, 5), tag(0x9100, 5), tag(0x88A8, 5) + tag(0x8100, 7)])
+def test_foreign_tags_pass_unchanged(device, tags):
+    one, two = device.nics("host1", "host2")
+    one.send(BROADCAST + station(1) + tags + PAYLOAD)
+    assert two.receive() == BROADCAST + station(1) + tags + PAYLOAD
+
+
+def test_outer_tags_are_seen_by_the_chip(device):
+    one, two = device.nics("host1", "host2")
+    one.send(BROADCAST + station(1) + tag(0x8100, 0xA001) + tag(0x8100, 9) + PAYLOAD)
+    assert two.receive() == BROADCAST + station(1) + tag(0x8100, 9) + PAYLOAD
+    one.send(BROADCAST + station(1) + tag(0x8100, 5) + PAYLOAD)
+    wait_until(lambda: device.counters(1)["drops"]["vlan_missing"] == 1, "the drop to be counted")
+    assert two.receive(0) is None
+
+
+def test_long_frames_pass_and_are_counted_to_the_octet(device):
+    one, two = device.nics("host1", "host2")
+    frame = BROADCAST + station(1) + b"\x88\xb5" + bytes(9300)
+    one.send(frame)
+    assert two.receive() == frame
+    assert device.counters(1)["rx_octets"] == len(frame)
+    assert device.counters(2)["tx_octets"] == len(frame)
+    assert device.counters(2)["tx_lost"] == 0
+
+
+def test_a_burst_arrives_whole_and_in_order(device):
+    one, two = device.nics("host1", "host2")
+    for burst in range(20):
+        for number in range(50):
+            one.send(BROADCAST + station(1) + b"\x88\xb5" + struct.pack(">HH", burst, number) + bytes(42))
+        for number in range(50):
+            assert two.receive()[14:18] == struct.pack(">HH", burst, number)
+
+
+def test_the_cpu_directs_frames_to_ports_on_both_words(device):
+    cpu, one, four = device.nics("eth0", "host1", "host4")  # chip ports 23 and 26
+    cpu.send(BROADCAST + station(9) + struct.pack(">HII", 0x8874, 6 << 29 | 26, 0) + PAYLOAD)
+    assert four.receive() == BROADCAST + station(9) + PAYLOAD
+    cpu.send(BROADCAST + station(9) + struct.pack(">HII", 0x8874, 7 << 29 | 1 << 23, 1 << 1) + PAYLOAD)
+    assert four.receive() == BROADCAST + station(9) + PAYLOAD
+    assert one.receive() == BROADCAST + station(9) + PAYLOAD
+    assert one.receive(0) is None
+    cpu.send(BROADCAST + station(9) + PAYLOAD)
+    wait_until(lambda: device.counters(0)["drops"]["no_switch_tag"] == 1, "the drop to be counted")
+
+
+def test_a_pulled_cable_passes_nothing_until_it_is_plugged(device):
+    one, two = device.nics("host1", "host2")
+    assert device.control("pull", "2").returncode == 0
+    assert not carrier("host2")
+    assert device.port(2)["pulled"] and not device.port(2)["up"]
+    one.send(BROADCAST + station(1) + PAYLOAD)
+    wait_until(lambda: device.counters(1)["rx_frames"] == 1, "the frame to be taken")
+    assert device.counters(2)["tx_frames"] == 0
+    assert device.control("plug", "2").returncode == 0
+    wait_until(lambda: device.port(2)["up"] and carrier("host2"), "the link")
+    one.send(BROADCAST + station(1) + PAYLOAD)
+    assert two.receive() == BROADCAST + station(1) + PAYLOAD
+
+
+def test_a_host_going_down_takes_its_link_along(device):
+    device.nics("host3")
+    subprocess.run(["ip", "link", "set", "host3", "down"], check=True)
+    wait_until(lambda: not device.port(3)["link"], "the link to go")
+    assert device.port(3)["present"]
+
+
+def test_an_interface_that_vanishes_may_come_back(device):
+    device.nics("host3")
+    subprocess.run(["ip", "link", "del", "host3"], check=True)
+    wait_until(lambda: not device.port(3)["present"], "the interface to be missed")
+    subprocess.run(["ip", "link", "add", "port3", "type", "veth", "peer", "name", "host3"], check=True)
+    one, three = device.nics("host1", "host3")
+    one.send(BROADCAST + station(1) + PAYLOAD)
+    assert three.receive() == BROADCAST + station(1) + PAYLOAD
+
+
+@pytest.mark.parametrize("words", [("pull", "5"), ("pull", "0"), ("plug", "-1"), ("group", "9"), ("group", "1", "99")])
+def test_impossible_commands_are_refused_with_a_sentence(device, words):
+    result = device.control(*words)
+    assert result.returncode == 1
+    assert result.stderr.startswith("vdevctl: The ") and result.stderr.endswith(".\n")
+
+
+@pytest.mark.parametrize("command", ["ports", "vlans", "macs", "counters", "log", "events", "version"])
+def test_every_table_is_shown(device, command):
+    assert device.control(command).returncode == 0
+    assert isinstance(device.ask(command), dict)
+
+
+def test_no_device_is_told(run_dir):
+    result = subprocess.run([f"{PROGRAMS}/vdevctl", "--run-dir", run_dir, "ports"], capture_output=True, text=True,
+                            timeout=DEADLINE)
+    assert result.returncode == 1
+    assert "no vdeviced is running there" in result.stderr
+
+
+class Control:
+    """A client of the control socket that sends what it likes."""
+
+    def __init__(self, device):
+        self.socket = socket.socket(socket.AF_UNIX)
+        self.socket.settimeout(DEADLINE)
+        self.socket.connect(device.run_dir + "/control")
+        self.reader = self.socket.makefile("r")
+
+    def say(self, octets):
+        self.socket.sendall(octets)
+
+    def hear(self):
+        return json.loads(self.reader.readline())
+
+
+@pytest.mark.parametrize("line", [b"", b"{", b"[]", b"7", b"\xff\xfe", b'{"command": 3}', b'{"command": "none"}',
+                                  b'{"command": "pull", "port": "x"}', b'{"command": "pull", "port": 1e99}',
+                                  b'{"command": "group", "group": 1, "ports": 5}', b'{"command": "trace"}'])
+def test_malformed_requests_get_an_error_and_the_line_stays_open(device, line):
+    client = Control(device)
+    client.say(line + b"\n")
+    assert client.hear()["error"].endswith(".")
+    client.say(b'{"command": "version"}\n')
+    assert client.hear()["user_ports"] == 4
+
+
+def test_requests_may_come_in_pieces_and_together(device):
+    client = Control(device)
+    request = b'{"command": "version"}\n'
+    for octet in request[:-1]:
+        client.say(bytes([octet]))
+    client.say(b"\n" + request * 3)
+    for _ in range(4):
+        assert client.hear()["user_ports"] == 4
+
+
+def test_an_endless_request_closes_only_its_client(device):
+    greedy, other = Control(device), Control(device)
+    try:
+        greedy.say(b"x" * 1000000)
+    except (BrokenPipeError, ConnectionResetError):
+        pass  # closed while still talking, as it should be
+    with pytest.raises((ConnectionResetError, json.JSONDecodeError)):
+        greedy.hear()
+    other.say(b'{"command": "version"}\n')
+    assert other.hear()["user_ports"] == 4
+
+
+def test_clients_that_do_not_listen_do_not_stop_the_device(device):
+    one, two = device.nics("host1", "host2")
+    deaf = Control(device)
+    deaf.socket.setblocking(False)
+    try:
+        while True:
+            deaf.socket.send(b'{"command": "counters"}\n')
+    except BlockingIOError:
+        pass
+    one.send(BROADCAST + station(1) + PAYLOAD)
+    assert two.receive() == BROADCAST + station(1) + PAYLOAD
+    assert device.ask("version")["user_ports"] == 4

@@ -1,0 +1,19 @@
+// A port of the chip and the network interface that is its cable.
+#pragma once
+
+#include <string>
+#include <utility>
+
+#include "vdevice/io/packet_port.h"
+
+namespace vdevice {
+
+struct Wire {
+    Wire(int port, std::string interface_name) : chip_port{port}, socket{std::move(interface_name)} {}
+
+    int chip_port;
+    io::PacketPort socket;
+    bool pulled = false; /**< held down by hand until it is plugged again */
+};
+
+}  // namespace vdevice
