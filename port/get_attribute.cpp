@@ -30,13 +30,15 @@ adp_status_t get_one(Intf intf, uint32_t *value) {
         });
 }
 
-/** A group is linked as its first linked active member is. */
+/** A group is linked as its first linked active member is; one that does not exist reads as down, too. */
 template <DriverGet kGet>
 adp_status_t get_link(Intf intf, uint32_t *value) {
+    if (intf.kind() == IntfKind::kAggregation) {
+        *value = 0;
+    }
     return by_kind(
         intf, [&](PhyPort port) { return read_port<kGet>(port, value); },
         [&](Intf agg) {
-            *value = 0;
             return until_first_failure(active_members(agg), [&](Intf member) {
                 return *value != 0 ? ADP_OK : read_port<kGet>(phy_of(member), value);
             });

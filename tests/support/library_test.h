@@ -12,6 +12,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -92,7 +93,7 @@ class LibraryTest : public ::testing::Test {
     /** Gives a group its active members as physical ports; 0 is the CPU port, which reads as an empty slot. */
     static void set_active(uint32_t group, const std::vector<uint8_t> &ports) {
         agg_info[group - 1].count = static_cast<int32_t>(ports.size());
-        std::memcpy(agg_info[group - 1].ports, ports.data(), ports.size());
+        std::copy(ports.begin(), ports.end(), agg_info[group - 1].ports);
     }
 
     static void set_configured(uint32_t group, uint32_t word0, uint32_t word1 = 0) {

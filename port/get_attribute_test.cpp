@@ -1,0 +1,384 @@
+// adp_get_phy_port_attr(): which port answers, with which driver call.
+#include "port/attribute_test_support.h"
+#include "port/hold.h"
+
+namespace {
+
+using namespace attribute_test;
+using adp::HoldState;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+constexpr uint32_t kAnswer = 0xC0FFEE01;
+
+class GetAttribute : public AttributeTest {
+  protected:
+    adp_status_t get(uint32_t intf, uint32_t selector) { return adp_get_phy_port_attr(intf, selector, &value); }
+
+    uint32_t value = kUnwritten;
+};
+
+/** A selector that one port answers. */
+struct GetCase {
+    const char *name;
+    uint32_t selector;
+    const char *call;
+    const char *output;
+    const char *group_call;
+    const char *group_output;
+};
+
+constexpr GetCase same(const char *name, uint32_t selector, const char *call, const char *output) {
+    return {name, selector, call, output, call, output};
+}
+
+const GetCase kOnePortCases[] = {
+    same("Speed", 0, "user_port_speed_get", "speed"),
+    same("Duplex", 1, "user_port_duplex_get", "duplex"),
+    same("Autoneg", 2, "user_port_autoneg_get", "enable"),
+    same("AdminState", 3, "user_port_enable_get", "enable"),
+    same("Loopback", 4, "user_port_loopback_get", "mode"),
+    same("Pause", 5, "user_port_pause_get", "enable"),
+    same("Jumbo", 6, "user_port_jumboframe_get", "value"),
+    same("Mdix", 9, "user_port_mdix_get", "mode"),
+    same("Medium", 10, "user_port_link_medium_get", "medium"),
+    {"PauseStatus", 13, "user_port_pause_get_stat", "status", "user_port_pause_get", "enable"},
+};
+
+void PrintTo(const GetCase &get, std::ostream *out) {
+    *out << get.name;
+}
+
+class GetOfOnePort : public GetAttribute, public ::testing::WithParamInterface<GetCase> {
+  protected:
+    using GetAttribute::get;
+    adp_status_t get(uint32_t intf) { return get(intf, GetParam().selector); }
+
+    static void script() {
+        driver().on(GetParam().group_call).sets(GetParam().group_output, kAnswer + 1);
+        driver().on(GetParam().call).sets(GetParam().output, kAnswer);
+    }
+    static uint32_t group_answer() {
+        return std::strcmp(GetParam().call, GetParam().group_call) == 0 ? kAnswer : kAnswer + 1;
+    }
+
+    void expect_on_group(int32_t port) {
+        script();
+        value = kUnwritten;
+        EXPECT_EQ(get(kAgg), 0);
+        EXPECT_EQ(value, group_answer());
+        EXPECT_THAT(driver().take(), ElementsAre(line_of({GetParam().group_call, ""}, port)));
+    }
+
+    void expect_on_port(uint32_t intf, int32_t port) {
+        script();
+        value = kUnwritten;
+        EXPECT_EQ(get(intf), 0);
+        EXPECT_EQ(value, kAnswer);
+        EXPECT_THAT(driver().take(), ElementsAre(line_of({GetParam().call, ""}, port)));
+    }
+};
+
+TEST_P(GetOfOnePort, UserPortAnswersForItself) {
+    expect_on_port(1, 4);
+    expect_on_port(26, 29);
+    expect_on_port(0, 0);
+}
+
+TEST_P(GetOfOnePort, UnmappedPortIsHandedOn) {
+    expect_on_port(27, -1);
+}
+
+TEST_P(GetOfOnePort, ManagementInterfaceAnswersForItsGroup) {
+    agg_manage_intf[kGroup - 1] = 9;
+    set_configured(kGroup, 1u << 3);
+    set_active(kGroup, {20});
+    expect_on_group(12);
+    agg_manage_intf[kGroup - 1] = 27;
+    expect_on_group(-1);
+}
+
+TEST_P(GetOfOnePort, LowestConfiguredMemberAnswersWithoutAManagementInterface) {
+    set_configured(kGroup, 1u << 26 | 1u << 5);
+    set_active(kGroup, {20});
+    agg_manage_intf[kGroup] = 9;  // another group's
+    expect_on_group(8);
+}
+
+TEST_P(GetOfOnePort, GroupWithNeitherIs203) {
+    set_active(kGroup, {20});  // active members do not count
+    set_configured(kGroup, 0, 1u << 3);
+    EXPECT_EQ(get(kAgg), 203);
+    EXPECT_EQ(value, kUnwritten);
+    // Interface 0 is no member either: it stands for "none".
+    set_configured(kGroup, 1u << 0 | 1u << 3);
+    EXPECT_EQ(get(kAgg), 203);
+    EXPECT_EQ(value, kUnwritten);
+    EXPECT_THAT(driver().trace(), IsEmpty());
+}
+
+TEST_P(GetOfOnePort, FailureIs102AndLeavesTheOutputAlone) {
+    script();
+    agg_manage_intf[kGroup - 1] = 9;
+    for (const int32_t result : {-1, -33, 1}) {
+        for (const uint32_t intf : {3u, kAgg}) {
+            driver().fail_call(0, result);
+            EXPECT_EQ(get(intf), 102);
+            EXPECT_EQ(value, kUnwritten);
+        }
+    }
+    EXPECT_EQ(driver().count(), 6u);
+}
+
+TEST_P(GetOfOnePort, ReadsChangeNoTable) {
+    agg_manage_intf[kGroup - 1] = 9;
+    adp::port_hold_state[2] = HoldState::kDisabled;
+    const std::string tables = library_test::table_bytes();
+    EXPECT_EQ(get(kAgg), 0);
+    EXPECT_EQ(get(3), 0);
+    EXPECT_EQ(library_test::table_bytes(), tables);
+}
+
+INSTANTIATE_TEST_SUITE_P(Selectors, GetOfOnePort, ::testing::ValuesIn(kOnePortCases), name_of<GetCase>);
+
+/** The two link states, which of a group the active members answer. */
+class GetLink : public GetAttribute, public ::testing::WithParamInterface<GetCase> {
+  protected:
+    using GetAttribute::get;
+    adp_status_t get(uint32_t intf) { return get(intf, GetParam().selector); }
+
+    static Lines asked(const std::vector<int32_t> &ports) { return lines_of({{GetParam().call, ""}}, ports); }
+
+    static void script_status(const std::function<uint32_t(int32_t port)> &status) {
+        driver().on(GetParam().call).does([=](recording::Arguments &call) {
+            *static_cast<uint32_t *>(call.pointer("status")) = status(call.i32("port"));
+            return 0;
+        });
+    }
+
+    void expect_on_group(uint32_t status, const std::vector<int32_t> &ports) {
+        value = kUnwritten;
+        EXPECT_EQ(get(kAgg), 0);
+        EXPECT_EQ(value, status);
+        EXPECT_EQ(driver().take(), asked(ports));
+    }
+};
+
+TEST_P(GetLink, UserPortAnswersForItself) {
+    driver().on(GetParam().call).sets("status", 2);
+    EXPECT_EQ(get(3), 0);
+    EXPECT_EQ(value, 2u);
+    EXPECT_EQ(driver().take(), asked({6}));
+    driver().fail_every(GetParam().call);
+    value = kUnwritten;
+    EXPECT_EQ(get(3), 102);
+    EXPECT_EQ(value, kUnwritten);
+}
+
+TEST_P(GetLink, FirstActiveMemberWithAStatusAnswersAndTheOthersAreNotAsked) {
+    script_status([](int32_t port) { return port == 10 ? 5u : port == 11 ? 1u : 0u; });
+    set_active(kGroup, {4, 0, 10, 11});
+    set_configured(kGroup, 1u << 20);
+    agg_manage_intf[kGroup - 1] = 21;
+    expect_on_group(5, {4, 10});
+    set_active(kGroup, {11, 10, 4});
+    expect_on_group(1, {11});
+}
+
+TEST_P(GetLink, GroupWhoseMembersAreAllDownIsDown) {
+    script_status([](int32_t) { return 0u; });
+    set_active(kGroup, {4});
+    expect_on_group(0, {4});
+    set_active(kGroup, {11, 10, 9, 8, 7, 6, 5, 4});
+    expect_on_group(0, {11, 10, 9, 8, 7, 6, 5, 4});
+    set_active(kGroup, {200, 4});
+    expect_on_group(0, {-1, 4});
+}
+
+TEST_P(GetLink, GroupWithoutActiveMembersIsDownWhateverIsConfigured) {
+    script_status([](int32_t) { return 1u; });
+    expect_on_group(0, {});
+    set_configured(kGroup, 1u << 3);
+    agg_manage_intf[kGroup - 1] = 3;
+    expect_on_group(0, {});
+}
+
+TEST_P(GetLink, NineActiveMembersAreNotAsked) {
+    script_status([](int32_t) { return 1u; });
+    set_active(kGroup, {12, 11, 10, 9, 8, 7, 6, 5, 4});
+    expect_on_group(0, {});
+}
+
+TEST_P(GetLink, FirstFailureOnAGroupIs102AndTheOutputIsCleared) {
+    for (std::size_t failing = 0; failing < 3; ++failing) {
+        start_over();
+        script_status([](int32_t) { return 0u; });
+        set_active(kGroup, {4, 5, 6});
+        driver().fail_call(failing, kDriverError);
+        value = kUnwritten;
+        EXPECT_EQ(get(kAgg), 102);
+        EXPECT_EQ(value, 0u);
+        EXPECT_EQ(driver().take(), up_to_call(asked({4, 5, 6}), failing));
+    }
+}
+
+TEST_P(GetLink, GroupThatDoesNotExistIsRefusedWithTheOutputCleared) {
+    for (const uint32_t intf : kNoGroups) {
+        value = kUnwritten;
+        EXPECT_EQ(get(intf), -1);
+        EXPECT_EQ(value, 0u);
+    }
+    EXPECT_THAT(driver().trace(), IsEmpty());
+}
+
+INSTANTIATE_TEST_SUITE_P(Selectors, GetLink,
+                         ::testing::Values(same("Link", 11, "user_port_link_status_get", "status"),
+                                           same("FibreLink", 14, "user_fiberport_link_status_get", "status")),
+                         name_of<GetCase>);
+
+class GetMaximumSpeed : public GetAttribute {
+  protected:
+    adp_status_t get(uint32_t intf) { return GetAttribute::get(intf, ADP_ATTR_MAX_SPEED); }
+
+    static Lines asked(const std::vector<int32_t> &ports) { return lines_of({{"user_port_speed_max", ""}}, ports); }
+
+    /** Port 4 is a port of 10 Mb/s, port 5 of 20 ... */
+    static void script() {
+        driver().on("user_port_speed_max").does([](recording::Arguments &call) {
+            constexpr uint32_t kStep = 10;
+            *static_cast<uint32_t *>(call.pointer("speed")) = (call.u32("port") - library_test::kPortOffset) * kStep;
+            return 0;
+        });
+    }
+
+    void expect(uint32_t intf, uint32_t speed, const std::vector<int32_t> &ports) {
+        value = kUnwritten;
+        EXPECT_EQ(get(intf), 0);
+        EXPECT_EQ(value, speed);
+        EXPECT_EQ(driver().take(), asked(ports));
+    }
+};
+
+TEST_F(GetMaximumSpeed, OfAUserPort) {
+    script();
+    expect(1, 10, {4});
+    expect(26, 260, {29});
+}
+
+TEST_F(GetMaximumSpeed, OfAGroupIsTheLargestOfItsConfiguredMembers) {
+    script();
+    set_configured(kGroup, 1u << 1 | 1u << 3);
+    set_active(kGroup, {29});
+    agg_manage_intf[kGroup - 1] = 25;
+    expect(kAgg, 30, {4, 6});
+}
+
+TEST_F(GetMaximumSpeed, OfAGroupIsTheLargestWhereverItStands) {
+    script();
+    set_active(kGroup, {6, 0, 4});
+    expect(kAgg, 30, {6, 4});
+    set_active(kGroup, {4, 29, 5});
+    expect(kAgg, 260, {4, 29, 5});
+    set_active(kGroup, {12, 11, 10, 9, 8, 7, 6, 5, 4});
+    expect(kAgg, 90, {12, 11, 10, 9, 8, 7, 6, 5, 4});
+}
+
+TEST_F(GetMaximumSpeed, ComparesWithoutSign) {
+    driver().on("user_port_speed_max").sets("speed", 1000);
+    driver().once("user_port_speed_max").sets("speed", 0x80000000);
+    set_active(kGroup, {4, 5});
+    expect(kAgg, 0x80000000, {4, 5});
+}
+
+TEST_F(GetMaximumSpeed, OfAGroupWithoutMembersIsZero) {
+    agg_manage_intf[kGroup - 1] = 25;
+    expect(kAgg, 0, {});
+}
+
+TEST_F(GetMaximumSpeed, FailureIs102AndLeavesTheOutputAlone) {
+    for (std::size_t failing = 0; failing < 3; ++failing) {
+        start_over();
+        script();
+        set_configured(kGroup, 1u << 1 | 1u << 3 | 1u << 26);
+        driver().fail_call(failing, kDriverError);
+        EXPECT_EQ(get(kAgg), 102);
+        EXPECT_EQ(value, kUnwritten);
+        EXPECT_EQ(driver().take(), up_to_call(asked({4, 6, 29}), failing));
+    }
+    driver().fail_call(0, 1);
+    EXPECT_EQ(get(3), 102);
+    EXPECT_EQ(value, kUnwritten);
+}
+
+TEST_F(GetAttribute, HeldInterfaceReadsAsEnabledWithoutAskingTheDriver) {
+    adp::port_hold_state[3 - 1] = HoldState::kHeld;
+    adp::port_hold_state[ADP_USER_PORTS + kGroup - 1] = HoldState::kHeld;
+    // The group has no member at all that could answer.
+    for (const uint32_t intf : {3u, kAgg}) {
+        value = kUnwritten;
+        EXPECT_EQ(get(intf, ADP_ATTR_ADMIN_STATE), 0);
+        EXPECT_EQ(value, 1u);
+    }
+    EXPECT_THAT(driver().trace(), IsEmpty());
+}
+
+TEST_F(GetAttribute, StateOfAGroupAndOfItsMembersAreApart) {
+    driver().on("user_port_enable_get").sets("enable", 0);
+    agg_manage_intf[kGroup - 1] = 3;
+    adp::port_hold_state[3 - 1] = HoldState::kHeld;
+    EXPECT_EQ(get(kAgg, ADP_ATTR_ADMIN_STATE), 0);
+    EXPECT_EQ(value, 0u) << "the held member is asked, not its state";
+    adp::port_hold_state[3 - 1] = HoldState::kFree;
+    adp::port_hold_state[ADP_USER_PORTS + kGroup - 1] = HoldState::kHeld;
+    EXPECT_EQ(get(3, ADP_ATTR_ADMIN_STATE), 0);
+    EXPECT_EQ(value, 0u);
+    EXPECT_EQ(driver().count(), 2u);
+}
+
+TEST_F(GetAttribute, DisabledInterfaceIsWhatTheDriverSays) {
+    driver().on("user_port_enable_get").sets("enable", 7);
+    adp::port_hold_state[3 - 1] = HoldState::kDisabled;
+    EXPECT_EQ(get(3, ADP_ATTR_ADMIN_STATE), 0);
+    EXPECT_EQ(value, 7u);
+}
+
+TEST_F(GetAttribute, SelectorsWithoutAGetLeaveTheOutputAlone) {
+    for (const uint32_t selector : {7u, 8u}) {
+        for (const uint32_t intf : {0u, 1u, 27u, kAgg, ADP_AGG_INTF(9)}) {
+            EXPECT_EQ(get(intf, selector), 0);
+        }
+    }
+    EXPECT_EQ(value, kUnwritten);
+    EXPECT_THAT(driver().trace(), IsEmpty());
+}
+
+TEST_F(GetAttribute, UnknownSelectorIsToldBeforeTheInterfaceIsLookedAt) {
+    for (const uint32_t selector : {15u, 16u, 0x100u, 0x80000000u, 0xFFFFFFFFu}) {
+        for (const uint32_t intf : {1u, kAgg, ADP_AGG_INTF(9), 0x20000001u, 0xFFFFFFFFu}) {
+            EXPECT_EQ(get(intf, selector), 101);
+        }
+    }
+    EXPECT_EQ(value, kUnwritten);
+    EXPECT_THAT(driver().trace(), IsEmpty());
+}
+
+TEST_F(GetAttribute, OtherInterfaceTypesAreRefusedUnderEverySelector) {
+    for (uint32_t selector = 0; selector <= 14; ++selector) {
+        for (const uint32_t intf : kOtherTypes) {
+            EXPECT_EQ(get(intf, selector), 201) << selector;
+        }
+    }
+    EXPECT_EQ(value, kUnwritten);
+    EXPECT_THAT(driver().trace(), IsEmpty());
+}
+
+TEST_F(GetAttribute, GroupsThatDoNotExistAreRefusedUnderEverySelectorThatAsksForMembers) {
+    for (const uint32_t intf : kNoGroups) {
+        for (const uint32_t selector : {0u, 1u, 2u, 3u, 4u, 5u, 6u, 9u, 10u, 11u, 12u, 13u, 14u}) {
+            EXPECT_EQ(get(intf, selector), -1) << intf << " " << selector;
+        }
+    }
+    EXPECT_THAT(driver().trace(), IsEmpty());
+}
+
+}  // namespace
