@@ -120,15 +120,14 @@ adp_status_t adp_transmit_frame(ADP_COUNT(length) const uint8_t *frame, uint32_t
 /**
  * Sends one frame to the ports that the mode, the list and the VLAN choose, on the socket of adp_pkt_init().
  *
- * | mode | list | VLAN record fetched | tag word 1 | destination |
- * |---|---|---|---|---|
- * | 1 | not used | no | 0x38000000 | none: the switch forwards the frame |
- * | 2 | needed | always | 0x78000000 | the list's last port |
- * | 3 | needed | when vid is not all ones | 0xDA000000 | the list's last port |
- * | 4 | needed | always | 0x78000000 | the list's last port that is not the source |
- * | 0 | given | when vid is not all ones | 0x98000000 | bitmap of the list's ports but the source |
- * | 0 | null | when vid is given | 0x98000000 with a VLAN, else 0xF8000000 | bitmap of the user ports 1..26 but the
- * source and, with a VLAN, of the aggregation interfaces |
+ * - Mode 1, tag word 1 0x38000000: the switch forwards the frame; list and VLAN are not used.
+ * - Mode 2, 0x78000000: to the list's last port. The VLAN record is fetched whatever vid is.
+ * - Mode 3, 0xDA000000: to the list's last port. The VLAN record is fetched only when a VLAN is given.
+ * - Mode 4, 0x78000000: as mode 2, but a node that equals the source is passed over.
+ * - Mode 0 with a list, 0x98000000: to the bitmap of the list's ports but the source. The VLAN record is fetched only
+ *   when a VLAN is given.
+ * - Mode 0 without a list, 0x98000000 with a VLAN and 0xF8000000 without: to the bitmap of the user ports 1..26 but the
+ *   source and, only with a VLAN, of the aggregation interfaces but the source.
  *
  * An aggregation interface stands for its management interface; without one it names no port. In the modes 2 to 4 every
  * node passed must be a member of the fetched VLAN (in mode 3 only when one was given), an index of 0 is passed over, a

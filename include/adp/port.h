@@ -174,30 +174,38 @@ enum adp_port_attr {
 /**
  * Sets an attribute of an interface.
  *
- * On an aggregation interface the attribute is set on each configured member in list order (on the active members where
- * the table says so), empty slots passed over; the first failing member ends the call with 102 and members already set
- * stay set; no members is 0. Per port the driver calls are, in order (advert: user_port_ability_advert_get/_set, whose
- * bits 31..26 are 10 half, 10 full, 100 half, 100 full, 1000 half, 1000 full and bits 25 and 24 pause):
+ * On an aggregation interface the attribute is set on each configured member in list order, where it says so on each
+ * active one; empty slots are passed over, the first failing member ends the call with 102, members already set stay
+ * set, and no members are 0. Selectors 0, 7 and 8 follow the interface's maximum speed. Per port the driver calls are,
+ * in this order:
  *
- * | selector | driver calls |
- * |---|---|
- * | 0, maximum 1000 | advert read; user_port_speed_set(value, mode); advert written with the speed's bits only (1000:
- * bit 26, 100, 10: both duplexes, other: all of ALL = 31..28 and 26); for 1000 user_port_autoneg_set(1) | | 0, maximum
- * 10000, active members | advert read, written without bit 27 and with bit 26 unless value is 10000;
- * user_port_speed_set(value, 2); for 1000 user_port_autoneg_set(1) |
- * | 1 | nothing for mode 2 with value 1; else advert read, written with the duplex's bits only (half 31 and 29, full
- * 30, 28 and 26, other: ALL); user_port_duplex_set(value, mode); for mode 2 user_port_autoneg_set(1) | | 2 | for a
- * non-zero value advert read, written with ALL added; user_port_autoneg_set(value) | | 3 | user_port_enable_set(value);
- * on a group half a second's sleep after each success | | 4 | user_port_loopback_set(value); the driver's own result,
- * on a group too | | 5 | user_port_autoneg_get, advert read; with auto-negotiation on, advert written with both pause
- * bits set or cleared; else user_port_pause_set(value, value) | | 6 | user_port_jumboframe_set(value) | | 7, maximum
- * 1000 | advert read, written with the duplex's bits only; user_port_autoneg_set(1) | | 7, maximum 10000, active
- * members | advert read; user_port_duplex_set(value, 0); advert written without bits 27 and 26, with 26 for value 1;
- * user_port_autoneg_set(1) | | 8, maximum 1000 | advert read, written with the speed's bits only;
- * user_port_autoneg_set(1) | | 8, maximum 10000, active members | advert read; user_port_speed_set(value, 2); advert
- * written without bits 27 and 26, with 26 for 1000; for 1000 user_port_autoneg_set(1) | | 9 |
- * user_port_mdix_set(value); the driver's own result, on a group too | | 11 | user_port_enable_set(value), as selector
- * 3 | | 10, 12 | none, returns 0 |
+ * - 0, maximum 1000: advert read; user_port_speed_set(value, mode); advert written with the speed's bits only; for
+ * value 1000 user_port_autoneg_set(1).
+ * - 0, maximum 10000, active members: advert read; advert written without bit 27, and with bit 26 unless value is 10000
+ *   (then without); user_port_speed_set(value, 2); for value 1000 user_port_autoneg_set(1).
+ * - 1: nothing for mode 2 with value 1; else advert read; advert written with the duplex's bits only;
+ *   user_port_duplex_set(value, mode); for mode 2 user_port_autoneg_set(1).
+ * - 2: for a non-zero value advert read, advert written with all bits added; user_port_autoneg_set(value).
+ * - 3: user_port_enable_set(value); on a group half a second's sleep after each success.
+ * - 4: user_port_loopback_set(value); the driver's own result is the call's, on a group too.
+ * - 5: user_port_autoneg_get; advert read; with auto-negotiation on, advert written with both pause bits set or
+ * cleared, else user_port_pause_set(value, value).
+ * - 6: user_port_jumboframe_set(value).
+ * - 7, maximum 1000: advert read; advert written with the duplex's bits only; user_port_autoneg_set(1).
+ * - 7, maximum 10000, active members: advert read; user_port_duplex_set(value, 0); advert written without bits 27 and
+ *   26, for value 1 with bit 26; user_port_autoneg_set(1).
+ * - 8, maximum 1000: advert read; advert written with the speed's bits only; user_port_autoneg_set(1).
+ * - 8, maximum 10000, active members: advert read; user_port_speed_set(value, 2); advert written without bits 27 and
+ * 26, for value 1000 with bit 26; for value 1000 user_port_autoneg_set(1).
+ * - 9: user_port_mdix_set(value); the driver's own result is the call's, on a group too.
+ * - 11: user_port_enable_set(value), with the sleeps of selector 3.
+ * - 10, 12: none, returns 0.
+ *
+ * "Advert" is the advertisement word, read with user_port_ability_advert_get() and written with
+ * user_port_ability_advert_set(). Its bits 31 to 26 are 10 half, 10 full, 100 half, 100 full, 1000 half and 1000 full,
+ * bits 25 and 24 pause; the others stay as read. "All bits" are 31 to 28 and 26; of these a speed of 10 or 100 keeps
+ * both its duplexes and 1000 bit 26; half duplex keeps 31 and 29, full 30, 28 and 26; any other speed or duplex keeps
+ * all.
  *
  * Selectors 0, 7 and 8 first read the maximum speed as adp_get_phy_port_attr() does (failure: 102); any other maximum
  * does nothing and returns 0. With a maximum of 10000, selectors 7 and 8 read the advertisement and set duplex or speed
