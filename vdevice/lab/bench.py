@@ -1,0 +1,98 @@
+"""The bench: a device, its hosts, and the question that every test asks: who received what?"""
+
+import contextlib
+import itertools
+import select
+import time
+
+from .builds import Build
+from .device import Device
+from .frames import ETHERTYPE_EXPERIMENT, directed_by_cpu, ethernet, mac
+from .host import Host
+from .problem import LabError
+from .shell import Shell
+
+BARRIER_SECONDS = 10.0
+BARRIER_DESTINATION = mac("02:00:00:00:fe:01")
+BARRIER_SOURCE = mac("02:00:00:00:fe:02")
+# A host's frame and the CPU's barrier reach the device through different sockets. The second barrier is sent when
+# the first has passed, so whatever waited at the device's ports before the first has been served before the second.
+BARRIERS = 2
+
+
+class Lab:
+    """A device with hosts on some of its user ports. Use it in a `with` statement; leaving it ends everything."""
+
+    def __init__(self, device_build="host", hosts=range(1, 27), user_ports=26):
+        self._device_build = Build(device_build)
+        self._ports = tuple(hosts)
+        self._user_ports = user_ports
+        self._numbers = itertools.count(1)
+        self._stack = contextlib.ExitStack()
+        self.hosts = {}
+
+    def __enter__(self):
+        with self._stack as stack:
+            self.device = stack.enter_context(contextlib.closing(Device(self._device_build, self._user_ports)))
+            for port in self._ports:
+                self.hosts[port] = stack.enter_context(contextlib.closing(Host(self.device, port)))
+            self.await_links()
+            self._stack = stack.pop_all()
+        return self
+
+    def __exit__(self, *problem):
+        return self._stack.__exit__(*problem)
+
+    def await_links(self, without=()):
+        """Waits until all hosts but those without a link can send and receive."""
+        linked = [port for port in self.hosts if port not in without]
+        self.device.await_links(linked)
+        for port in linked:
+            self.hosts[port].await_link()
+
+    def shell(self, build, before=(), namespace=None):
+        """adpsh of a build on the device's CPU. `before` is a prefix of its command; another namespace is another
+        place to stand, from which the device is within reach but "eth0" is not.
+        """
+        command = [*before, *Build(build).command("adpsh", "--json", "--keep-going")]
+        return self._stack.enter_context(contextlib.closing(Shell(self.device, command, namespace)))
+
+    def marker(self):
+        """Bytes that no other frame of this bench contains."""
+        return b"<mark %06d>" % next(self._numbers)
+
+    def mac(self, port=0):
+        """A unicast address that no other frame of this bench has used. `port` only makes it readable."""
+        return bytes([0x02, 0xAD, port, *next(self._numbers).to_bytes(3, "big")])
+
+    def arrivals(self, marker):
+        """{user port: [frames]} of every frame with the marker that has reached a host.
+
+        What was sent before the call is on the cables by the time it returns: a barrier frame is sent out of every port
+        behind it, and each port delivers in order. So an empty answer means that nothing came, without waiting for it.
+        Hosts without a link have no barrier to wait for.
+        """
+        links = self.device.links()
+        linked = [host for port, host in self.hosts.items() if port in links]
+        seen = {host.port: [] for host in self.hosts.values()}
+        for _ in range(BARRIERS):
+            self._pass_barrier(linked, seen)
+        found = {port: [frame for frame in frames if marker in frame] for port, frames in seen.items()}
+        return {port: frames for port, frames in found.items() if frames}
+
+    def _pass_barrier(self, hosts, seen):
+        barrier = self.marker()
+        frame = ethernet(BARRIER_DESTINATION, BARRIER_SOURCE, ETHERTYPE_EXPERIMENT, barrier.ljust(46, b"\0"))
+        ports = [self.device.physical(host.port) for host in hosts]
+        self.device.cpu.send(directed_by_cpu(frame, ports))
+        missing = {host.nic: host.port for host in hosts}
+        deadline = time.monotonic() + BARRIER_SECONDS
+        while missing:
+            ready, _, _ = select.select(list(missing), [], [], max(0.0, deadline - time.monotonic()))
+            if not ready:
+                raise LabError(f"The ports {sorted(missing.values())} pass no frames from the CPU.")
+            for nic in ready:
+                frames = nic.waiting()
+                seen[missing[nic]] += frames
+                if any(barrier in frame for frame in frames):
+                    del missing[nic]

@@ -1,0 +1,122 @@
+"""One virtual device: its daemon, its control program, and the CPU's side of it, in a namespace of its own."""
+
+import json
+import os
+import shutil
+import signal
+import subprocess
+import tempfile
+
+from .builds import ROOT
+from .netns import NetNamespace
+from .nic import Nic
+from .problem import LabError
+from .process import LineReader, poll_until, stop, tied
+
+READY_SECONDS = 20.0
+READY_LINE = "vdeviced: ready"
+CONTROL_SECONDS = 10.0
+FIRST_PHYSICAL_PORT = 4
+CPU_PORT = 0
+CPU_INTERFACE = "eth0"
+
+
+def host_interface(port):
+    """Name of the host's end of a user port's cable."""
+    return f"host{port}"
+
+
+class Device:
+    """A device that is switched on. Its cables' far ends, host1 .. hostN, wait in its namespace to be taken away."""
+
+    def __init__(self, build, user_ports=26, name="device"):
+        self.name = name
+        self.user_ports = user_ports
+        self._build = build
+        self._daemon = None
+        self.run_dir = tempfile.mkdtemp(prefix="vdevice-")
+        try:
+            self.namespace = NetNamespace(name)
+            self._start("--create-interfaces")
+            self.cpu = Nic(self.namespace, CPU_INTERFACE)
+        except BaseException:
+            self.close()
+            raise
+
+    @property
+    def environment(self):
+        """The environment in which this device's drivers find it."""
+        return {**os.environ, "VDEVICE_DIR": self.run_dir}
+
+    def physical(self, port):
+        """Physical port of a user port on the default board."""
+        return port + FIRST_PHYSICAL_PORT - 1
+
+    def popen(self, command, namespace=None, **options):
+        """Starts a program on the device's CPU, or in another namespace with this device as its own."""
+        with (namespace or self.namespace).entered():
+            return subprocess.Popen(tied(command), env=self.environment, **options)
+
+    @property
+    def control_program(self):
+        """Path of the vdevctl that goes with the device."""
+        return self._build.folder.relative_to(ROOT) / "vdevctl"
+
+    def control(self, *words):
+        """What `vdevctl` answers, as JSON."""
+        command = self._build.command("vdevctl", "--run-dir", self.run_dir, "--json", *words)
+        done = subprocess.run(command, capture_output=True, text=True, timeout=CONTROL_SECONDS)
+        if done.returncode != 0:
+            raise LabError(f"'vdevctl {' '.join(map(str, words))}' failed: {done.stderr.strip()}")
+        return json.loads(done.stdout) if done.stdout.strip() else None
+
+    def links(self):
+        """The ports whose link is up; the CPU port is number 0."""
+        return {port["port"] for port in self.control("ports")["ports"] if port["link"]}
+
+    def await_links(self, ports, seconds=READY_SECONDS):
+        """Waits until the CPU port and exactly these user ports have a link."""
+        wanted = {CPU_PORT, *ports}
+        poll_until(lambda: self.links() == wanted, seconds, f"A link on exactly the ports {sorted(wanted)}")
+
+    def pause(self):
+        """Stops the daemon in its tracks; only a crash can follow."""
+        self._daemon.send_signal(signal.SIGSTOP)
+
+    def crash(self):
+        """Kills the daemon as a power failure would, leaving the cables where they are."""
+        self._daemon.kill()
+        self._daemon.wait(CONTROL_SECONDS)
+
+    def end(self):
+        """Switches the device off in good order; gives the daemon's exit status."""
+        return stop(self._daemon)
+
+    def restart(self):
+        """Starts the daemon again on the same cables after a crash."""
+        self.crash()
+        self._start()
+
+    def close(self):
+        if self._daemon:
+            stop(self._daemon)
+        if hasattr(self, "cpu"):
+            self.cpu.close()
+        if hasattr(self, "namespace"):
+            self.namespace.close()
+        shutil.rmtree(self.run_dir, ignore_errors=True)
+
+    def _start(self, *options):
+        command = self._build.command("vdeviced", "--run-dir", self.run_dir, "--user-ports", self.user_ports, *options)
+        with open(os.path.join(self.run_dir, "vdeviced.err"), "ab") as errors:
+            self._daemon = self.popen(command, stdout=subprocess.PIPE, stderr=errors)
+        try:
+            line = LineReader(self._daemon.stdout).line(READY_SECONDS, "vdeviced")
+        except LabError as problem:
+            raise LabError(f"{problem} {self._errors()}") from None
+        if line != READY_LINE:
+            raise LabError(f"vdeviced said {line!r} instead of {READY_LINE!r}. {self._errors()}")
+
+    def _errors(self):
+        with open(os.path.join(self.run_dir, "vdeviced.err"), encoding="utf-8", errors="replace") as errors:
+            return errors.read().strip()

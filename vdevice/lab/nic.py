@@ -1,0 +1,101 @@
+"""One interface of the bench, spoken to in raw bytes.
+
+The kernel takes an outermost 0x8100 or 0x88a8 tag out of a frame and reports it beside the frame; it is put back
+here, so that a received frame is byte for byte what was on the cable.
+"""
+
+import errno
+import select
+import socket
+import struct
+import time
+
+from .offload import disable_offloads
+
+ETH_P_ALL = 0x0003
+SOL_PACKET = 263
+PACKET_AUXDATA = 8
+PACKET_IGNORE_OUTGOING = 23
+AUXDATA = struct.Struct("=IIIHHHH")
+TP_STATUS_VLAN_VALID = 0x10
+TP_STATUS_VLAN_TPID_VALID = 0x40
+DEFAULT_TPID = 0x8100
+MAC_BYTES = 12
+LARGEST_FRAME = 16384
+RECEIVE_BUFFER_BYTES = 1 << 20
+ANCILLARY_BYTES = socket.CMSG_SPACE(AUXDATA.size)
+
+
+def with_tag_restored(frame, ancillary):
+    """The frame as it was on the cable, given what the kernel reported beside it."""
+    for level, kind, data in ancillary:
+        if (level, kind) != (SOL_PACKET, PACKET_AUXDATA) or len(data) < AUXDATA.size:
+            continue
+        status, _length, _snapped, _mac, _net, tci, tpid = AUXDATA.unpack(data[: AUXDATA.size])
+        if status & TP_STATUS_VLAN_VALID:
+            tag = struct.pack("!HH", tpid if status & TP_STATUS_VLAN_TPID_VALID else DEFAULT_TPID, tci)
+            return frame[:MAC_BYTES] + tag + frame[MAC_BYTES:]
+    return frame
+
+
+class Nic:
+    """An interface that is up and listened to from now on; frames wait in the socket until they are asked for.
+
+    With `outgoing` it hears what the interface sends as well.
+    """
+
+    def __init__(self, namespace, interface, outgoing=False):
+        self.namespace = namespace
+        self.interface = interface
+        with namespace.entered():
+            disable_offloads(interface)
+            # Bound to its interface first and to all protocols last: a socket that hears everything before it is
+            # bound would hear other interfaces too.
+            self._socket = socket.socket(socket.AF_PACKET, socket.SOCK_RAW, 0)
+            self._socket.setsockopt(SOL_PACKET, PACKET_AUXDATA, 1)
+            self._socket.setsockopt(SOL_PACKET, PACKET_IGNORE_OUTGOING, int(not outgoing))
+            self._socket.setsockopt(socket.SOL_SOCKET, socket.SO_RCVBUF, RECEIVE_BUFFER_BYTES)
+            self._socket.bind((interface, ETH_P_ALL))
+        self._socket.setblocking(False)
+
+    def fileno(self):
+        return self._socket.fileno()
+
+    def send(self, frame):
+        """Sends exactly these bytes."""
+        # That the interface was down some time ago is not this frame's problem: reading the error clears it.
+        self._socket.getsockopt(socket.SOL_SOCKET, socket.SO_ERROR)
+        sent = self._socket.send(frame)
+        assert sent == len(frame), f"{self.interface} sent {sent} of {len(frame)} bytes"
+
+    def waiting(self):
+        """Every frame that has arrived and was not yet taken, oldest first."""
+        return list(iter(self._take, None))
+
+    def receive(self, marker, seconds):
+        """The next frame that contains the marker, or None when none comes in time. Frames before it are dropped."""
+        deadline = time.monotonic() + seconds
+        while True:
+            for frame in iter(self._take, None):
+                if marker in frame:
+                    return frame
+            remaining = deadline - time.monotonic()
+            if remaining <= 0:
+                return None
+            select.select([self._socket], [], [], remaining)
+
+    def _take(self):
+        while True:
+            try:
+                frame, ancillary, _flags, _address = self._socket.recvmsg(LARGEST_FRAME, ANCILLARY_BYTES)
+            except BlockingIOError:
+                return None
+            except OSError as problem:
+                # An interface that went down is reported once; the socket goes on when it is up again.
+                if problem.errno != errno.ENETDOWN:
+                    raise
+                continue
+            return with_tag_restored(frame, ancillary)
+
+    def close(self):
+        self._socket.close()

@@ -1,0 +1,71 @@
+"""adpsh on the device's CPU as something to call: one line in, one record out."""
+
+import json
+import select
+import subprocess
+import tempfile
+
+from .problem import LabError
+from .process import LineReader, stop
+
+ANSWER_SECONDS = 30.0
+
+
+class Shell:
+    """A running `adpsh --json` of some build."""
+
+    def __init__(self, device, command, namespace=None):
+        self._asked = ""
+        self._errors = tempfile.TemporaryFile()
+        self._process = device.popen(
+            command, namespace, stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=self._errors
+        )
+        self._lines = LineReader(self._process.stdout)
+
+    def ask(self, line, seconds=ANSWER_SECONDS):
+        """Runs one line and gives its record as the shell wrote it, be it a result or an error."""
+        self.begin(line)
+        return self.finish(seconds)
+
+    def begin(self, line):
+        """Hands over one line without waiting for its record."""
+        self._asked = line
+        try:
+            self._process.stdin.write(line.encode() + b"\n")
+            self._process.stdin.flush()
+        except BrokenPipeError:
+            raise LabError(f"adpsh is gone and cannot be asked '{line}'. {self._error_text()}") from None
+
+    def has_answered(self, seconds):
+        """Whether a record comes within this time; finish() takes it."""
+        return bool(select.select([self._process.stdout], [], [], seconds)[0])
+
+    def finish(self, seconds=ANSWER_SECONDS):
+        """The record of the line handed over last."""
+        try:
+            return json.loads(self._lines.line(seconds, f"adpsh, asked '{self._asked}',"))
+        except LabError as problem:
+            raise LabError(f"{problem} {self._error_text()}") from None
+
+    def call(self, line):
+        """Runs one line that the shell must understand."""
+        answer = self.ask(line)
+        if "error" in answer:
+            raise LabError(f"adpsh refused '{line}': {answer['error']}")
+        return answer
+
+    def result(self, line):
+        """The status of one call."""
+        return self.call(line)["result"]
+
+    def is_alive(self):
+        return self._process.poll() is None
+
+    def close(self):
+        stop(self._process)
+        self._errors.close()
+
+    def _error_text(self):
+        self._errors.seek(0)
+        text = self._errors.read().decode(errors="replace").strip()
+        return f"It wrote: {text}" if text else "It wrote no error."
