@@ -1,0 +1,57 @@
+"""The bench that the scenarios share, and adpsh of each build on it.
+
+Every scenario runs against each build of the library that ADP_SCENARIO_BUILDS names. Start them with script/scenario.
+"""
+
+import contextlib
+import os
+
+import pytest
+from cpu import Cpu
+from lab import Build, Lab, LabError
+
+BUILDS = os.environ.get("ADP_SCENARIO_BUILDS", "host,mips").split(",")
+DEVICE_BUILD = os.environ.get("ADP_SCENARIO_DEVICE", "host")
+
+
+def pytest_sessionstart():
+    """A missing build fails the run with one sentence, not with one for each scenario."""
+    try:
+        Build(DEVICE_BUILD).command("vdeviced")
+        for name in BUILDS:
+            for program in ("adpsh", "group_pvid"):
+                Build(name).command(program)
+    except LabError as problem:
+        pytest.exit(str(problem), returncode=1)
+
+
+@pytest.fixture(scope="session")
+def lab():
+    """A device with a host on each of its 26 ports."""
+    with Lab(DEVICE_BUILD) as bench:
+        yield bench
+
+
+@pytest.fixture(scope="session", params=BUILDS)
+def build(request):
+    """Name of a build of the library."""
+    return request.param
+
+
+@pytest.fixture(scope="session")
+def session_cpu(lab, build):
+    with contextlib.closing(Cpu(lab, build)) as cpu:
+        cpu.set_up()
+        yield cpu
+
+
+@pytest.fixture
+def cpu(session_cpu):
+    """The device's CPU with the library of one build: port map and send socket ready, no VLANs of its own."""
+    yield session_cpu
+    session_cpu.tidy()
+
+
+@pytest.fixture
+def hosts(lab):
+    return lab.hosts

@@ -1,0 +1,128 @@
+"""The device's CPU as the scenarios use it: the library's calls through adpsh, cleaned up after each scenario."""
+
+NO_VLAN = 0xFFFFFFFF
+DEFAULT_VLAN = 1
+CPU_PORT = 0
+SETTLE_SECONDS = 5.0
+
+
+def port_set(ports):
+    """A set of ports as adpsh writes it."""
+    return "{" + ",".join(map(str, sorted(ports))) + "}"
+
+
+def group(number):
+    """The aggregation interface of a group."""
+    return 0x10000000 | number
+
+
+class Cpu:
+    """One adpsh session. VLANs, port VLANs and management ports set through it are undone by tidy()."""
+
+    def __init__(self, lab, build, **options):
+        self.lab = lab
+        self.shell = lab.shell(build, **options)
+        self._vlans = set()
+        self._pvids = set()
+        self._groups = set()
+        self._formed = set()
+
+    def set_up(self):
+        """The default board's port map, the send socket, and an ear on the CPU port."""
+        self.shell.call("map")
+        self.shell.call("listen")
+        return self.result("adp_pkt_init")
+
+    def result(self, *words):
+        return self.shell.result(" ".join(map(str, words)))
+
+    def call(self, *words):
+        return self.shell.call(" ".join(map(str, words)))
+
+    # Frames out
+
+    def transmit(self, frame, ports=None, vlan=NO_VLAN, mode=0, source=0):
+        """Status of __adp_transmit_frame; `ports` None gives no list at all."""
+        listed = "null" if ports is None else "[" + ",".join(map(str, ports)) + "]"
+        return self.result("__adp_transmit_frame", f"{{frame={frame.hex()} source={source}}}", listed, vlan, mode)
+
+    def transmit_single(self, frame, interface, opcode):
+        """The record of adp_transmit_frame."""
+        return self.call("adp_transmit_frame", frame.hex(), len(frame), 0, interface, opcode)
+
+    # Frames in
+
+    def next_frame(self, marker, seconds=SETTLE_SECONDS):
+        """The next frame on eth0 with the marker, with its receive tag; None when none comes."""
+        while True:
+            text = self.call("wait_frame", seconds)["frame"]
+            if text is None:
+                return None
+            frame = bytes.fromhex(text)
+            if marker in frame:
+                return frame
+
+    def receive(self, frame, check=0, vlan_tag=None):
+        """(status, descriptor) of __adp_receive_frame; places in the descriptor are offsets, None where not set."""
+        given = "" if vlan_tag is None else f" vlan_tag={vlan_tag}"
+        answer = self.call("__adp_receive_frame", f"{{frame={frame.hex()}{given}}}", check)
+        return answer["result"], answer["outputs"]["desc"]
+
+    def receive_plain(self, frame):
+        """(status, outputs) of adp_receive_frame."""
+        answer = self.call("adp_receive_frame", frame.hex() or '""', len(frame))
+        return answer["result"], answer["outputs"]
+
+    # VLANs
+
+    def vlan(self, vid, members, untagged=()):
+        """Creates a VLAN with these interfaces (0 is the CPU port)."""
+        assert self.create_vlan(vid) == 0
+        self.vlan_ports(vid, members, untagged)
+
+    def create_vlan(self, vid):
+        status = self.result("adp_vlan_create", vid)
+        if status == 0:
+            self._vlans.add(vid)
+        return status
+
+    def vlan_ports(self, vid, members, untagged=()):
+        assert self.result("adp_vlan_port_set", vid, port_set(members), port_set(untagged)) == 0
+
+    def read_vlan(self, vid):
+        """(status, members, untagged) of adp_vlan_port_get."""
+        answer = self.call("adp_vlan_port_get", vid, "{}", "{}")
+        return answer["result"], *(ports_of(answer["outputs"][name]) for name in ("members", "untagged"))
+
+    def set_pvid(self, port, vid):
+        self._pvids.add(port)
+        assert self.result("adp_intf_pivd_set", port, vid) == 0
+
+    def give_management_port(self, number, port):
+        self._groups.add(number)
+        assert self.result("SET_AGG_MANAGE_INTF", group(number), port) == 0
+
+    def form_group(self, number, ports):
+        """Tells the device's services which ports form a group, so that its VLAN records list the group."""
+        self._formed.add(number)
+        self.lab.device.control("group", number, *ports)
+
+    def tidy(self):
+        for number in self._formed:
+            self.lab.device.control("group", number)
+        for port in self._pvids:
+            assert self.result("adp_intf_pivd_set", port, DEFAULT_VLAN) == 0
+        for vid in self._vlans:
+            assert self.result("adp_vlan_destroy", vid) == 0
+        for number in self._groups:
+            assert self.result("SET_AGG_MANAGE_INTF", group(number), 0) == 0
+        for known in (self._pvids, self._vlans, self._groups, self._formed):
+            known.clear()
+
+    def close(self):
+        self.shell.close()
+
+
+def ports_of(words):
+    """The set that eight words hold."""
+    return {32 * at + bit for at, word in enumerate(words) for bit in range(32) if word >> bit & 1}
