@@ -12,7 +12,7 @@ namespace adpsh {
 namespace {
 
 // More is cut: a library that prints without end must not eat the memory.
-constexpr std::size_t kMaxCaptured = 1024 * 1024;
+constexpr std::size_t kMaxCaptured = std::size_t{1024} * 1024;
 constexpr std::size_t kChunk = 4096;
 
 }  // namespace

@@ -18,7 +18,7 @@ namespace adpsh {
 
 namespace {
 
-constexpr std::size_t kMaxFrame = 64 * 1024;
+constexpr std::size_t kMaxFrame = 65536;
 constexpr std::size_t kControlBytes = 256;
 constexpr std::size_t kAddressBytes = 12;
 constexpr int kReceiveBuffer = 1024 * 1024;

@@ -77,11 +77,11 @@ int start(const Options &options) {
 }  // namespace
 
 int main(int argc, char **argv) {
-    CLI::App app{"A shell for the switch adaptation layer: executes the library's calls by name."};
-    Options options;
-    describe(app, options);
-    CLI11_PARSE(app, argc, argv);
     try {
+        CLI::App app{"A shell for the switch adaptation layer: executes the library's calls by name."};
+        Options options;
+        describe(app, options);
+        CLI11_PARSE(app, argc, argv);
         return start(options);
     } catch (const std::exception &error) {
         std::fprintf(stderr, "adpsh: %s\n", error.what());

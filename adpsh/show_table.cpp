@@ -16,10 +16,10 @@ namespace adpsh {
 
 namespace {
 
-constexpr std::size_t kMaxRows = 64 * 1024;
+constexpr std::size_t kMaxRows = 65536;
 // Longer tables leave out the rows that are all zero.
 constexpr std::size_t kShortTable = 32;
-constexpr std::size_t kMaxNodes = 64 * 1024;
+constexpr std::size_t kMaxNodes = 65536;
 
 /** Where a table stands and how long it is: tables behind a pointer have a row for every row of the port map. */
 struct Extent {

@@ -217,7 +217,7 @@ std::string text_of(const Call &call, const Result &result) {
         default:
             break;
     }
-    const std::string number = std::to_string(result.number);
+    std::string number = std::to_string(result.number);
     if (call.result != ResultKind::kStatus) {
         return number;
     }

@@ -17,8 +17,8 @@
 
 // The stubs are part of this object, so that whoever uses the trace gets all of them, wherever in the link line the
 // real libraries stand.
-#include "generated/device_services_stubs.cpp"
-#include "generated/netlink_api_stubs.cpp"
+#include "generated/device_services_stubs.cpp"  // NOLINT(bugprone-suspicious-include)
+#include "generated/netlink_api_stubs.cpp"      // NOLINT(bugprone-suspicious-include)
 
 namespace call_trace {
 
