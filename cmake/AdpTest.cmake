@@ -10,7 +10,7 @@ function(adp_add_test name)
     cmake_parse_arguments(TEST "" "" "SOURCES;LIBS" ${ARGN})
     add_executable(${name} ${TEST_SOURCES})
     target_link_libraries(${name} PRIVATE ${TEST_LIBS} adp_warnings adp_headers gmock gtest_main)
-    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120)
+    gtest_discover_tests(${name} NO_PRETTY_VALUES DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120)
 endfunction()
 
 # adp_unit_tests(SUBSYSTEM source...)
