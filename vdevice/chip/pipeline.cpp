@@ -4,27 +4,69 @@
 #include "vdevice/chip/switch.h"
 
 namespace vdevice::chip {
+namespace {
+
+/** How many frames one received frame may bring back by loopback. */
+constexpr std::size_t kMaxLooped = 64;
+
+std::size_t cast_index(Bytes frame) {
+    const Mac destination = Mac::at(frame, 0);
+    const Cast cast = destination.is_broadcast() ? Cast::kBroadcast
+                      : destination.is_group()   ? Cast::kMulticast
+                                                 : Cast::kUnicast;
+    return static_cast<std::size_t>(cast);
+}
+
+}  // namespace
 
 void Switch::receive(Time now, int port, Bytes frame) {
     if (!has_port(port)) {
         return;
     }
+    if (at(port).loopback != 0) {
+        return drop(port, Drop::kLoopback);
+    }
+    take_in(now, port, frame);
+    take_looped(now);
+}
+
+void Switch::take_in(Time now, int port, Bytes frame) {
     if (!at(port).is_up()) {
         return drop(port, Drop::kPortDown);
     }
     PortCounters &counters = at(port).counters;
     ++counters.rx_frames;
     counters.rx_octets += frame.size();
-    if (frame.size() > kMaxFrameBytes) {
-        return drop(port, Drop::kOversize);
-    }
     if (frame.size() < kHeaderBytes) {
         return drop(port, Drop::kRunt);
+    }
+    ++counters.rx_casts[cast_index(frame)];
+    if (frame.size() > at(port).longest_frame()) {
+        return drop(port, Drop::kOversize);
     }
     if (port == kCpuPort) {
         return receive_from_cpu(now, frame);
     }
     forward(now, port, split_frame(frame));
+}
+
+// A looped frame may be looped again, by another port and endlessly: the list grows while it is worked off, but only
+// up to its limit.
+void Switch::take_looped(Time now) {
+    for (std::size_t i = 0; i < looped_.size(); ++i) {
+        const Looped looped = std::move(looped_[i]);
+        take_in(now, looped.port, looped.octets);
+    }
+    looped_.clear();
+}
+
+void Switch::loop_back(int port, const Frame &frame) {
+    if (looped_.size() >= kMaxLooped) {
+        return drop(port, Drop::kLoopback);
+    }
+    std::vector<std::uint8_t> octets(frame.size());
+    frame.copy_to(octets.data());
+    looped_.push_back({port, std::move(octets)});
 }
 
 void Switch::receive_from_cpu(Time now, Bytes frame) {
@@ -53,15 +95,47 @@ void Switch::forward(Time now, int ingress, const Frame &frame) {
     if (!vlan->members.has(ingress)) {
         return drop(ingress, Drop::kNotMember);
     }
-    if (!header->source.is_group()) {
-        macs_.learn(header->source, vid, ingress, now);
+    const std::uint32_t priority = header->tagged ? header->priority() : at(ingress).untagged_priority << kPcpShift;
+    EgressForms forms{frame.head, header->payload, static_cast<std::uint16_t>(priority | vid)};
+    if (!admit(now, ingress, *header, vid, forms)) {
+        return;
     }
-    EgressForms forms{frame.head, header->payload, static_cast<std::uint16_t>(header->priority() | vid)};
     const MacEntry *entry = header->destination.is_group() ? nullptr : macs_.find(header->destination, vid);
     if (entry == nullptr) {
         return flood(ingress, *vlan, forms);
     }
     forward_to_entry(ingress, *vlan, *entry, forms);
+}
+
+bool Switch::admit(Time now, int ingress, const Header &header, Vid vid, EgressForms &forms) {
+    const LearnMode &mode = at(ingress).learning;
+    if (mode.learns && !header.source.is_group()) {
+        macs_.learn(header.source, vid, ingress, now);
+    }
+    if (mode.passes_unknown) {
+        return true;
+    }
+    const MacEntry *entry = macs_.find(header.source, vid);
+    if (entry != nullptr && entry->port == ingress) {
+        return true;
+    }
+    // A neighbour that is not let in yet must still be able to ask for it.
+    if (mode.tells_cpu || header.destination.is_reserved()) {
+        trap(ingress, forms);
+    } else {
+        drop(ingress, Drop::kUnknownSource);
+    }
+    return false;
+}
+
+void Switch::trap(int ingress, EgressForms &forms) {
+    if (ingress == kCpuPort) {
+        return drop(ingress, Drop::kSamePort);
+    }
+    if (!up_.has(kCpuPort)) {
+        return drop(ingress, Drop::kEgressDown);
+    }
+    transmit(kCpuPort, forms.for_cpu(ingress));
 }
 
 void Switch::forward_to_entry(int ingress, const Vlan &vlan, const MacEntry &entry, EgressForms &forms) {
@@ -74,11 +148,14 @@ void Switch::forward_to_entry(int ingress, const Vlan &vlan, const MacEntry &ent
     if (!up_.has(entry.port)) {
         return drop(ingress, Drop::kEgressDown);
     }
+    if (!at(ingress).egress.has(entry.port)) {
+        return drop(ingress, Drop::kIsolated);
+    }
     send_in_vlan(entry.port, ingress, vlan, forms);
 }
 
 void Switch::flood(int ingress, const Vlan &vlan, EgressForms &forms) {
-    PortSet ports = vlan.members & up_;
+    PortSet ports = vlan.members & up_ & at(ingress).egress;
     ports.remove(ingress);
     if (ports.empty()) {
         return drop(ingress, Drop::kNoDestination);
@@ -131,8 +208,17 @@ void Switch::send_directed_to(int egress, const Frame &frame) {
 
 void Switch::transmit(int port, const Frame &frame) {
     PortCounters &counters = at(port).counters;
+    // The chip's own tags may make a frame of full length longer; only the limit without jumbo frames is a port's own.
+    if (!at(port).jumbo && frame.size() > kMaxPlainFrameBytes) {
+        ++counters.tx_too_long;
+        return;
+    }
     ++counters.tx_frames;
     counters.tx_octets += frame.size();
+    ++counters.tx_casts[cast_index(frame.head)];
+    if (at(port).loopback != 0) {
+        return loop_back(port, frame);
+    }
     sink_.transmit(port, frame);
 }
 

@@ -9,6 +9,7 @@ constexpr StatusEntry kStatusTable[] = {
     {Status::kBadUnit, "bad_unit", "the unit or the word behind it is not 0"},
     {Status::kBadArgument, "bad_argument", "an argument has a value that the call gives no meaning"},
     {Status::kNoPort, "no_port", "the chip has no port of this number"},
+    {Status::kWrongMedium, "wrong_medium", "the port's medium has no such thing"},
     {Status::kVlanRange, "vlan_range", "not a VLAN id of 1 to 4094, or a range whose end is before its start"},
     {Status::kVlanExists, "vlan_exists", "the VLAN exists already"},
     {Status::kVlanMissing, "vlan_missing", "the VLAN does not exist"},

@@ -13,6 +13,7 @@ enum class Status : std::int32_t {
     kBadUnit = -2,
     kBadArgument = -3,
     kNoPort = -4,
+    kWrongMedium = -5,
     kVlanRange = -10,
     kVlanExists = -11,
     kVlanMissing = -12,

@@ -13,14 +13,20 @@ Vlan power_on_vlan() {
 
 }  // namespace
 
-Switch::Switch(Sink &sink) : sink_{sink}, vlans_{all_ports(), power_on_vlan()} {}
+Switch::Switch(Sink &sink) : sink_{sink}, vlans_{all_ports(), power_on_vlan()} {
+    for (Port &port : ports_) {
+        port.egress = all_ports();
+    }
+}
 
 Status Switch::set_enabled(int port, bool enabled) {
     if (!has_port(port)) {
         return Status::kNoPort;
     }
-    at(port).enabled = enabled;
-    update_up_set(port);
+    if (at(port).enabled != enabled) {
+        at(port).enabled = enabled;
+        update_up_set(port);
+    }
     return Status::kOk;
 }
 
@@ -28,8 +34,30 @@ Status Switch::set_link(int port, bool link) {
     if (!has_port(port)) {
         return Status::kNoPort;
     }
-    at(port).link = link;
-    update_up_set(port);
+    if (at(port).link != link) {
+        at(port).link = link;
+        update_up_set(port);
+    }
+    return Status::kOk;
+}
+
+Status Switch::change_port(int port, const std::function<Status(Port &)> &change) {
+    if (!has_port(port)) {
+        return Status::kNoPort;
+    }
+    const bool was_up = at(port).is_up();
+    const Status status = change(at(port));
+    if (at(port).is_up() != was_up) {
+        update_up_set(port);
+    }
+    return status;
+}
+
+Status Switch::set_egress(int port, const PortSet &ports) {
+    if (!has_port(port) || !ports.is_within(all_ports())) {
+        return Status::kNoPort;
+    }
+    at(port).egress = ports;
     return Status::kOk;
 }
 
@@ -71,6 +99,7 @@ void Switch::update_up_set(int port) {
     } else {
         up_.remove(port);
     }
+    sink_.port_changed(port);
 }
 
 }  // namespace vdevice::chip

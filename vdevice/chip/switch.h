@@ -3,6 +3,8 @@
 #pragma once
 
 #include <array>
+#include <functional>
+#include <vector>
 
 #include "vdevice/chip/mac_table.h"
 #include "vdevice/chip/port.h"
@@ -35,6 +37,10 @@ class Switch {
     const Port &port(int port) const { return ports_[static_cast<std::size_t>(port)]; }
     Status set_enabled(int port, bool enabled);
     Status set_link(int port, bool link);
+    /** Hands the port's settings to the change and gives its answer; a change that refuses leaves them alone. */
+    Status change_port(int port, const std::function<Status(Port &)> &change);
+    /** Ports that the chip has not are refused. */
+    Status set_egress(int port, const PortSet &ports);
     /** The VLAN must exist when it is made a port's VLAN; destroyed later, the port's untagged frames are dropped. */
     Status set_pvid(int port, std::uint32_t vid);
 
@@ -49,10 +55,21 @@ class Switch {
     Status add_static_mac(Mac mac, std::uint32_t vid, int port);
 
   private:
+    /** A frame on its way back into the port that it should have left by. */
+    struct Looped {
+        int port;
+        std::vector<std::uint8_t> octets;
+    };
+
     Port &at(int port) { return ports_[static_cast<std::size_t>(port)]; }
     void update_up_set(int port);
     void drop(int port, Drop reason);
 
+    void take_in(Time now, int port, Bytes frame);
+    void take_looped(Time now);
+    void loop_back(int port, const Frame &frame);
+    bool admit(Time now, int ingress, const Header &header, Vid vid, EgressForms &forms);
+    void trap(int ingress, EgressForms &forms);
     void receive_from_cpu(Time now, Bytes frame);
     void forward(Time now, int ingress, const Frame &frame);
     void forward_to_entry(int ingress, const Vlan &vlan, const MacEntry &entry, EgressForms &forms);
@@ -65,6 +82,7 @@ class Switch {
     Sink &sink_;
     std::array<Port, kPorts> ports_;
     PortSet up_;
+    std::vector<Looped> looped_;
     VlanTable vlans_;
     MacTable macs_;
 };

@@ -45,14 +45,29 @@ std::string port_state(const json &port) {
     return port["link"].get<bool>() ? "up" : "down";
 }
 
+/** "1000 full", with what is out of the ordinary behind it. */
+std::string port_settings(const json &port) {
+    constexpr int kNormalLearning = 5;
+    std::string text =
+        fmt::format("{} {}{}", port["speed"].get<int>(), port["full_duplex"].get<bool>() ? "full" : "half",
+                    port["autoneg"].get<bool>() ? "" : ", fixed");
+    if (port["learning"].get<int>() != kNormalLearning) {
+        text += fmt::format(", learning {}", port["learning"].get<int>());
+    }
+    if (port["loopback"].get<int>() != 0) {
+        text += fmt::format(", loopback {}", port["loopback"].get<int>());
+    }
+    return text + (port["jumbo"].get<bool>() ? "" : ", no jumbo frames");
+}
+
 std::string show_ports(const json &answer) {
-    std::string text = fmt::format("{:>4}  {:>4}  {:<10} {:<8} {:>5} {:>12} {:>12}\n", "PORT", "CHIP", "INTERFACE",
-                                   "STATE", "PVID", "RX FRAMES", "TX FRAMES");
+    std::string text = fmt::format("{:>4}  {:>4}  {:<10} {:<8} {:>5} {:>12} {:>12}  {}\n", "PORT", "CHIP", "INTERFACE",
+                                   "STATE", "PVID", "RX FRAMES", "TX FRAMES", "SETTINGS");
     for (const json &port : answer["ports"]) {
-        text += fmt::format("{:>4}  {:>4}  {:<10} {:<8} {:>5} {:>12} {:>12}\n", port_name(port["port"].get<int>()),
+        text += fmt::format("{:>4}  {:>4}  {:<10} {:<8} {:>5} {:>12} {:>12}  {}\n", port_name(port["port"].get<int>()),
                             port["chip_port"].get<int>(), port["interface"].get<std::string>(), port_state(port),
                             port["pvid"].get<int>(), port["rx_frames"].get<std::uint64_t>(),
-                            port["tx_frames"].get<std::uint64_t>());
+                            port["tx_frames"].get<std::uint64_t>(), port_settings(port));
     }
     return text;
 }
@@ -86,6 +101,9 @@ std::string show_drops(const json &row) {
         if (count.get<std::uint64_t>() != 0) {
             parts.push_back(fmt::format("{} {}", reason, count.get<std::uint64_t>()));
         }
+    }
+    if (const auto longer = row["tx_too_long"].get<std::uint64_t>(); longer != 0) {
+        parts.push_back(fmt::format("tx_too_long {}", longer));
     }
     if (const auto lost = row["tx_lost"].get<std::uint64_t>(); lost != 0) {
         parts.push_back(fmt::format("tx_lost {}", lost));

@@ -67,6 +67,14 @@ json ports(Device &device, const json & /*request*/) {
                         {"link", port.link},
                         {"up", port.is_up()},
                         {"pvid", port.pvid},
+                        {"speed", port.phy.speed()},
+                        {"full_duplex", port.phy.full_duplex()},
+                        {"autoneg", port.phy.autoneg()},
+                        {"medium", port.phy.medium() == chip::Medium::kFibre ? "fibre" : "copper"},
+                        {"learning", port.learning.number},
+                        {"loopback", port.loopback},
+                        {"jumbo", port.jumbo},
+                        {"egress", user_numbers(device, port.egress)},
                         {"rx_frames", port.counters.rx_frames},
                         {"tx_frames", port.counters.tx_frames}});
     });
@@ -120,6 +128,7 @@ json counters(Device &device, const json & /*request*/) {
                         {"rx_octets", port.counters.rx_octets},
                         {"tx_frames", port.counters.tx_frames},
                         {"tx_octets", port.counters.tx_octets},
+                        {"tx_too_long", port.counters.tx_too_long},
                         {"tx_lost", wire.socket.send_failures()},
                         {"drops", drops}});
     });

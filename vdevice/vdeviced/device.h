@@ -45,10 +45,13 @@ class Device final : private chip::Sink {
     void receive_from(Wire &wire);
     void on_link_change(const io::LinkChange &change);
     void set_link(Wire &wire, bool link);
+    void set_cable(const Wire &wire, bool cable);
+    void apply_carrier(Wire &wire);
     void note(const Wire &wire, const std::string &what);
     void start_clock();
 
     void transmit(int port, const chip::Frame &frame) override;
+    void port_changed(int port) override;
     void flush_queues();
 
     io::EventLoop &loop_;

@@ -10,6 +10,7 @@ import socket
 import stat
 import struct
 import subprocess
+import sys
 import tempfile
 import time
 
@@ -92,6 +93,13 @@ class Device:
         result = self.control("--json", *words)
         assert result.returncode == 0, result.stderr
         return json.loads(result.stdout)
+
+    def call(self, name, *numbers):
+        """A driver call, made by a process of its own as a management program would."""
+        code = "import ctypes, sys; print(getattr(ctypes.CDLL(sys.argv[1]), sys.argv[2])(*map(int, sys.argv[3:])))"
+        words = [sys.executable, "-c", code, f"{PROGRAMS}/libnetlink_api.so", name, *map(str, numbers)]
+        environment = {**os.environ, "VDEVICE_DIR": self.run_dir}
+        return int(subprocess.run(words, env=environment, check=True, capture_output=True, timeout=DEADLINE).stdout)
 
     def port(self, number):
         return next(port for port in self.ask("ports")["ports"] if port["port"] == number)
@@ -267,6 +275,28 @@ def test_a_pulled_cable_passes_nothing_until_it_is_plugged(device):
     wait_until(lambda: device.port(2)["up"] and carrier("host2"), "the link")
     one.send(BROADCAST + station(1) + PAYLOAD)
     assert two.receive() == BROADCAST + station(1) + PAYLOAD
+
+
+def test_a_disabled_ports_host_loses_its_carrier(device):
+    one, two = device.nics("host1", "host2")
+    assert device.call("user_port_enable_set", 0, 0, 24, 0) == 0
+    assert not carrier("host2")
+    assert not device.port(2)["up"]
+    assert device.control("pull", "2").returncode == 0
+    assert device.call("user_port_enable_set", 0, 0, 24, 1) == 0
+    assert not carrier("host2"), "its cable is out"
+    assert device.control("plug", "2").returncode == 0
+    wait_until(lambda: device.port(2)["up"] and carrier("host2"), "the link")
+    one.send(BROADCAST + station(1) + PAYLOAD)
+    assert two.receive() == BROADCAST + station(1) + PAYLOAD
+
+
+def test_loopback_sends_the_hosts_own_frames_back(device):
+    one, = device.nics("host1")
+    assert device.call("user_port_loopback_set", 0, 0, 24, 1) == 0
+    one.send(BROADCAST + station(1) + PAYLOAD)
+    assert one.receive() == BROADCAST + station(1) + PAYLOAD
+    assert device.counters(2)["rx_frames"] == 1
 
 
 def test_a_host_going_down_takes_its_link_along(device):
