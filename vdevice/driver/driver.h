@@ -93,6 +93,12 @@ class Driver : public DriverCalls {
     int32_t user_vlan_control_port_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t control,
                                        uint32_t *value) override;
 
+    // Counters: driver_statistics.cpp
+    int32_t user_port_packetstat_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t type,
+                                     uint64_t *value) override;
+    int32_t user_port_packetstat_clear(uint32_t unit, uint32_t zero, int32_t port) override;
+    int32_t user_stat_port_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t selector, uint64_t *value) override;
+
     // The device's services
     int32_t log_line(int32_t level, int32_t module, const char *word, const char *text) override;
     int32_t sys_trace_get() override;
