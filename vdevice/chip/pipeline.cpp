@@ -88,6 +88,8 @@ void Switch::forward(Time now, int ingress, const Frame &frame) {
     }
     // A tag with VID 0 gives the frame a priority but no VLAN (IEEE 802.1Q, priority-tagged frames).
     const Vid vid = header->vid() != 0 ? header->vid() : at(ingress).pvid;
+    const std::uint32_t priority = header->tagged ? header->priority() : at(ingress).untagged_priority << kPcpShift;
+    EgressForms forms{frame.head, header->payload, static_cast<std::uint16_t>(priority | vid)};
     const Vlan *vlan = vlans_.find(vid);
     if (vlan == nullptr) {
         return drop(ingress, Drop::kVlanMissing);
@@ -95,35 +97,36 @@ void Switch::forward(Time now, int ingress, const Frame &frame) {
     if (!vlan->members.has(ingress)) {
         return drop(ingress, Drop::kNotMember);
     }
-    const std::uint32_t priority = header->tagged ? header->priority() : at(ingress).untagged_priority << kPcpShift;
-    EgressForms forms{frame.head, header->payload, static_cast<std::uint16_t>(priority | vid)};
-    if (!admit(now, ingress, *header, vid, forms)) {
+    const Flow flow{ingress, vid, *vlan, *header, forms};
+    if (!admit(now, flow)) {
         return;
     }
     const MacEntry *entry = header->destination.is_group() ? nullptr : macs_.find(header->destination, vid);
     if (entry == nullptr) {
-        return flood(ingress, *vlan, forms);
+        return flood(flow);
     }
-    forward_to_entry(ingress, *vlan, *entry, forms);
+    forward_to_entry(flow, *entry);
 }
 
-bool Switch::admit(Time now, int ingress, const Header &header, Vid vid, EgressForms &forms) {
-    const LearnMode &mode = at(ingress).learning;
-    if (mode.learns && !header.source.is_group()) {
-        macs_.learn(header.source, vid, ingress, now);
+bool Switch::admit(Time now, const Flow &flow) {
+    const LearnMode &mode = at(flow.ingress).learning;
+    const Mac source = flow.header.source;
+    const int trunk = trunk_of(flow.ingress);
+    if (mode.learns && !source.is_group()) {
+        macs_.learn(source, flow.vid, flow.ingress, now, trunk);
     }
     if (mode.passes_unknown) {
         return true;
     }
-    const MacEntry *entry = macs_.find(header.source, vid);
-    if (entry != nullptr && entry->port == ingress) {
+    const MacEntry *entry = macs_.find(source, flow.vid);
+    if (entry != nullptr && entry->is_behind(flow.ingress, trunk)) {
         return true;
     }
     // A neighbour that is not let in yet must still be able to ask for it.
-    if (mode.tells_cpu || header.destination.is_reserved()) {
-        trap(ingress, forms);
+    if (mode.tells_cpu || flow.header.destination.is_reserved()) {
+        trap(flow.ingress, flow.forms);
     } else {
-        drop(ingress, Drop::kUnknownSource);
+        drop(flow.ingress, Drop::kUnknownSource);
     }
     return false;
 }
@@ -138,36 +141,67 @@ void Switch::trap(int ingress, EgressForms &forms) {
     transmit(kCpuPort, forms.for_cpu(ingress));
 }
 
-void Switch::forward_to_entry(int ingress, const Vlan &vlan, const MacEntry &entry, EgressForms &forms) {
-    if (entry.port == ingress) {
-        return drop(ingress, Drop::kSamePort);
+void Switch::forward_to_entry(const Flow &flow, const MacEntry &entry) {
+    if (entry.is_behind(flow.ingress, trunk_of(flow.ingress))) {
+        return drop(flow.ingress, Drop::kSamePort);
     }
-    if (!vlan.members.has(entry.port)) {
-        return drop(ingress, Drop::kEgressNotMember);
+    const Trunk *trunk = trunks_.find(entry.trunk);
+    PortSet ports = trunk == nullptr ? PortSet::of(entry.port) : trunk->member_set();
+    const PortSet usable = up_ - standby_;
+    const struct {
+        const PortSet &set;
+        Drop reason;
+    } limits[] = {{flow.vlan.members, Drop::kEgressNotMember},
+                  {usable, Drop::kEgressDown},
+                  {at(flow.ingress).egress, Drop::kIsolated}};
+    for (const auto &limit : limits) {
+        ports &= limit.set;
+        if (ports.empty()) {
+            return drop(flow.ingress, limit.reason);
+        }
     }
-    if (!up_.has(entry.port)) {
-        return drop(ingress, Drop::kEgressDown);
-    }
-    if (!at(ingress).egress.has(entry.port)) {
-        return drop(ingress, Drop::kIsolated);
-    }
-    send_in_vlan(entry.port, ingress, vlan, forms);
+    send_in_vlan(trunk == nullptr ? entry.port : choose_member(flow, *trunk, ports), flow);
 }
 
-void Switch::flood(int ingress, const Vlan &vlan, EgressForms &forms) {
-    PortSet ports = vlan.members & up_ & at(ingress).egress;
-    ports.remove(ingress);
+void Switch::flood(const Flow &flow) {
+    PortSet ports = (flow.vlan.members & up_ & at(flow.ingress).egress) - standby_;
+    ports.remove(flow.ingress);
+    for (int number = 0; number < TrunkTable::kTrunks; ++number) {
+        const Trunk *trunk = trunks_.find(number);
+        if (trunk == nullptr || trunk->members.empty()) {
+            continue;
+        }
+        // One copy for the neighbour at the trunk's other end, none for the one that the frame came from.
+        const PortSet members = trunk->member_set();
+        const PortSet candidates = ports & members;
+        ports -= members;
+        if (number != trunk_of(flow.ingress) && !candidates.empty()) {
+            ports.add(choose_member(flow, *trunk, candidates));
+        }
+    }
     if (ports.empty()) {
-        return drop(ingress, Drop::kNoDestination);
+        return drop(flow.ingress, Drop::kNoDestination);
     }
-    ports.for_each([&](int egress) { send_in_vlan(egress, ingress, vlan, forms); });
+    ports.for_each([&](int egress) { send_in_vlan(egress, flow); });
 }
 
-void Switch::send_in_vlan(int egress, int ingress, const Vlan &vlan, EgressForms &forms) {
-    if (egress == kCpuPort) {
-        return transmit(egress, forms.for_cpu(ingress));
+/** @p among holds one member at least. */
+int Switch::choose_member(const Flow &flow, const Trunk &trunk, const PortSet &among) const {
+    const std::uint32_t hash = flow_hash(flow.header, flow.vid, trunk.layer(), hash_sides_);
+    int position = static_cast<int>(hash % static_cast<std::uint32_t>(among.size()));
+    for (const int member : trunk.members) {
+        if (among.has(member) && position-- == 0) {
+            return member;
+        }
     }
-    transmit(egress, vlan.untagged.has(egress) ? forms.untagged() : forms.tagged());
+    return trunk.members.front();
+}
+
+void Switch::send_in_vlan(int egress, const Flow &flow) {
+    if (egress == kCpuPort) {
+        return transmit(egress, flow.forms.for_cpu(flow.ingress));
+    }
+    transmit(egress, flow.vlan.untagged.has(egress) ? flow.forms.untagged() : flow.forms.tagged());
 }
 
 void Switch::send_directed(const TransmitTag &tag, const Frame &frame) {

@@ -25,6 +25,11 @@ enum class Status : std::int32_t {
     kMacSyntax = -23,
     kNotFrontPort = -30,
     kQueueFull = -31,
+    kTrunkRange = -40,
+    kTrunkExists = -41,
+    kTrunkMissing = -42,
+    kTrunkFull = -43,
+    kTrunkMember = -44,
     kNotSupported = -100,
 };
 

@@ -17,6 +17,7 @@ Switch::Switch(Sink &sink) : sink_{sink}, vlans_{all_ports(), power_on_vlan()} {
     for (Port &port : ports_) {
         port.egress = all_ports();
     }
+    refresh_trunks();
 }
 
 Status Switch::set_enabled(int port, bool enabled) {
@@ -90,7 +91,7 @@ Status Switch::add_static_mac(Mac mac, std::uint32_t vid, int port) {
     if (vlans_.find(vid) == nullptr) {
         return vid < kMinVid || vid > kMaxVid ? Status::kVlanRange : Status::kVlanMissing;
     }
-    return macs_.add_static(mac, static_cast<Vid>(vid), port);
+    return macs_.add_static(mac, static_cast<Vid>(vid), port, trunk_of(port));
 }
 
 void Switch::update_up_set(int port) {

@@ -9,8 +9,8 @@
 #include "vdevice/driver/board.h"
 #include "vdevice/driver/codes.h"
 #include "vdevice/driver/event_queue.h"
-#include "vdevice/driver/groups.h"
 #include "vdevice/driver/journal.h"
+#include "vdevice/driver/switch_controls.h"
 
 namespace vdevice::driver {
 
@@ -24,8 +24,6 @@ class Driver : public DriverCalls {
     const Board &board() const { return board_; }
     const Journal &journal() const { return journal_; }
     const EventQueue &events() const { return events_; }
-    Groups &groups() { return groups_; }
-    const Groups &groups() const { return groups_; }
     /** What sys_trace_get() answers. */
     void set_trace(std::int32_t trace) { trace_ = trace; }
 
@@ -99,6 +97,17 @@ class Driver : public DriverCalls {
     int32_t user_port_packetstat_clear(uint32_t unit, uint32_t zero, int32_t port) override;
     int32_t user_stat_port_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t selector, uint64_t *value) override;
 
+    // Trunks, controls and traps: driver_trunk.cpp
+    int32_t user_trunk_init(uint32_t unit, uint32_t zero) override;
+    int32_t user_trunk_create_id(uint32_t unit, uint32_t zero, int32_t trunk) override;
+    int32_t user_trunk_destroy(uint32_t unit, uint32_t zero, int32_t trunk) override;
+    int32_t user_trunk_set(uint32_t unit, uint32_t zero, int32_t trunk, adp_agg_record_t record) override;
+    int32_t user_trunk_send_data_to_kernel(uint32_t unit, uint32_t zero, int32_t trunk,
+                                           adp_agg_record_t record) override;
+    int32_t user_trunk_loadbalance_set(uint32_t unit, uint32_t zero, int32_t trunk, uint32_t mode) override;
+    int32_t user_switch_control_set(uint32_t unit, uint32_t zero, uint32_t control, uint32_t value) override;
+    int32_t user_switch_control_get(uint32_t unit, uint32_t zero, uint32_t control, uint32_t *value) override;
+
     // The device's services
     int32_t log_line(int32_t level, int32_t module, const char *word, const char *text) override;
     int32_t sys_trace_get() override;
@@ -123,7 +132,7 @@ class Driver : public DriverCalls {
     Clock clock_;
     Journal journal_;
     EventQueue events_;
-    Groups groups_;
+    SwitchControls controls_;
     std::int32_t trace_ = 0;
 };
 

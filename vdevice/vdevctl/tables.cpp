@@ -81,13 +81,24 @@ std::string show_vlans(const json &answer) {
     return text + "* default VLAN\n";
 }
 
+std::string show_trunks(const json &answer) {
+    std::string text =
+        fmt::format("{:>5}  {:>5}  {:<24} {:<24} {}\n", "TRUNK", "GROUP", "MEMBERS", "STANDBY", "BALANCE");
+    for (const json &trunk : answer["trunks"]) {
+        text += fmt::format("{:>5}  {:>5}  {:<24} {:<24} {}\n", trunk["trunk"].get<int>(), trunk["group"].get<int>(),
+                            port_list(trunk["members"]), port_list(trunk["standby"]), trunk["balance"].get<int>());
+    }
+    return text + fmt::format("hash selection {:#x}\n", answer["hash"].get<int>());
+}
+
 std::string show_macs(const json &answer) {
     std::string text = fmt::format("{:>4}  {:<17}  {:>4}  {}\n", "VLAN", "ADDRESS", "PORT", "AGE");
     for (const json &entry : answer["macs"]) {
         const bool is_static = entry["static"].get<bool>();
+        const int trunk = entry["trunk"].get<int>();
+        const std::string place = trunk < 0 ? port_name(entry["port"].get<int>()) : fmt::format("t{}", trunk);
         text += fmt::format("{:>4}  {:<17}  {:>4}  {}\n", entry["vid"].get<int>(), entry["mac"].get<std::string>(),
-                            port_name(entry["port"].get<int>()),
-                            is_static ? "static" : fmt::format("{:.0f} s", entry["age"].get<double>()));
+                            place, is_static ? "static" : fmt::format("{:.0f} s", entry["age"].get<double>()));
     }
     return text + fmt::format("{} of {} entries; learned {}, moved {}, aged out {}, refused {}\n",
                               answer["macs"].size(), answer["capacity"].get<std::uint64_t>(),
@@ -157,8 +168,8 @@ std::string show_version(const json &answer) {
 std::string show(const std::string &command, const json &answer) {
     using Show = std::string (*)(const json &);
     static const std::map<std::string, Show> kTables = {
-        {"ports", show_ports}, {"vlans", show_vlans},   {"macs", show_macs},       {"counters", show_counters},
-        {"log", show_log},     {"events", show_events}, {"version", show_version},
+        {"ports", show_ports}, {"vlans", show_vlans},   {"macs", show_macs},     {"counters", show_counters},
+        {"log", show_log},     {"events", show_events}, {"trunks", show_trunks}, {"version", show_version},
     };
     const auto table = kTables.find(command);
     return table == kTables.end() ? std::string{} : table->second(answer);
