@@ -90,6 +90,10 @@ void Switch::forward(Time now, int ingress, const Frame &frame) {
     const Vid vid = header->vid() != 0 ? header->vid() : at(ingress).pvid;
     const std::uint32_t priority = header->tagged ? header->priority() : at(ingress).untagged_priority << kPcpShift;
     EgressForms forms{frame.head, header->payload, static_cast<std::uint16_t>(priority | vid)};
+    // Between neighbours VLANs do not matter, nor does what else a port lets pass.
+    if (ingress != kCpuPort && is_trapped(traps_, *header)) {
+        return trap(ingress, forms);
+    }
     const Vlan *vlan = vlans_.find(vid);
     if (vlan == nullptr) {
         return drop(ingress, Drop::kVlanMissing);

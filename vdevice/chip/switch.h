@@ -12,6 +12,7 @@
 #include "vdevice/chip/sink.h"
 #include "vdevice/chip/status.h"
 #include "vdevice/chip/switch_tag.h"
+#include "vdevice/chip/traps.h"
 #include "vdevice/chip/trunk_table.h"
 #include "vdevice/chip/vlan_table.h"
 
@@ -68,6 +69,9 @@ class Switch {
     /** Which ends of a flow the hash of all trunks looks at. */
     void set_hash_sides(HashSides sides) { hash_sides_ = sides; }
 
+    const Traps &traps() const { return traps_; }
+    Traps &traps() { return traps_; }
+
   private:
     /** A frame on its way through the chip. */
     struct Flow {
@@ -115,6 +119,7 @@ class Switch {
     PortSet standby_;
     std::array<int, kPorts> trunk_of_;
     HashSides hash_sides_;
+    Traps traps_;
 };
 
 }  // namespace vdevice::chip

@@ -107,6 +107,9 @@ class Driver : public DriverCalls {
     int32_t user_trunk_loadbalance_set(uint32_t unit, uint32_t zero, int32_t trunk, uint32_t mode) override;
     int32_t user_switch_control_set(uint32_t unit, uint32_t zero, uint32_t control, uint32_t value) override;
     int32_t user_switch_control_get(uint32_t unit, uint32_t zero, uint32_t control, uint32_t *value) override;
+    int32_t user_trunk_trap_lacp(uint32_t unit, uint32_t zero, uint32_t value, adp_word_t option) override;
+    int32_t user_eoam_trap_set(uint32_t unit, uint32_t zero, uint32_t value, adp_word_t option) override;
+    int32_t user_selfmac_trap_to_cpu(uint32_t unit, uint32_t zero, uint32_t value, adp_word_t option) override;
 
     // The device's services
     int32_t log_line(int32_t level, int32_t module, const char *word, const char *text) override;

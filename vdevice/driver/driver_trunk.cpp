@@ -1,4 +1,4 @@
-// Trunks and the chip-wide controls.
+// Trunks, the chip-wide controls and the traps. The traps' last argument is not looked at.
 #include <vector>
 
 #include "vdevice/driver/check.h"
@@ -75,6 +75,27 @@ int32_t Driver::user_switch_control_get(uint32_t unit, uint32_t zero, uint32_t c
             return Status::kBadArgument;
         }
         *value = controls_.get(control);
+        return Status::kOk;
+    });
+}
+
+int32_t Driver::user_trunk_trap_lacp(uint32_t unit, uint32_t zero, uint32_t value, adp_word_t /*option*/) {
+    return on_chip(unit, zero, [&] {
+        chip_.traps().lacp = value != 0;
+        return Status::kOk;
+    });
+}
+
+int32_t Driver::user_eoam_trap_set(uint32_t unit, uint32_t zero, uint32_t value, adp_word_t /*option*/) {
+    return on_chip(unit, zero, [&] {
+        chip_.traps().oam = value != 0;
+        return Status::kOk;
+    });
+}
+
+int32_t Driver::user_selfmac_trap_to_cpu(uint32_t unit, uint32_t zero, uint32_t value, adp_word_t /*option*/) {
+    return on_chip(unit, zero, [&] {
+        chip_.traps().self_mac = value;
         return Status::kOk;
     });
 }

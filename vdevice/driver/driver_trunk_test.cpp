@@ -140,5 +140,21 @@ TEST_F(DriverTrunk, TheHashSelectionTakesThreeValues) {
     EXPECT_EQ(value, 0x50U);
 }
 
+TEST_F(DriverTrunk, TrapsAreSetEachByItsCall) {
+    EXPECT_EQ(driver_.user_trunk_trap_lacp(0, 0, 1, 77), kOk);
+    EXPECT_TRUE(chip_.traps().lacp);
+    EXPECT_FALSE(chip_.traps().oam);
+    EXPECT_EQ(driver_.user_eoam_trap_set(0, 0, 2, 0), kOk);
+    EXPECT_TRUE(chip_.traps().oam);
+    EXPECT_EQ(driver_.user_trunk_trap_lacp(0, 0, 0, 0), kOk);
+    EXPECT_FALSE(chip_.traps().lacp);
+    EXPECT_EQ(driver_.user_selfmac_trap_to_cpu(0, 0, 5, 0), kOk);
+    EXPECT_EQ(chip_.traps().self_mac, 5U);
+    EXPECT_EQ(driver_.user_trunk_trap_lacp(1, 0, 1, 0), kBadUnit);
+    EXPECT_EQ(driver_.user_eoam_trap_set(0, 1, 0, 0), kBadUnit);
+    EXPECT_EQ(driver_.user_selfmac_trap_to_cpu(1, 0, 0, 0), kBadUnit);
+    EXPECT_TRUE(chip_.traps().oam);
+}
+
 }  // namespace
 }  // namespace vdevice::driver

@@ -199,7 +199,10 @@ json trunks(Device &device, const json & /*request*/) {
     }
     std::uint32_t hash = 0;
     device.driver().user_switch_control_get(0, 0, driver::kHashSelection, &hash);
-    return {{"trunks", rows}, {"hash", hash}};
+    const chip::Traps &traps = device.chip().traps();
+    return {{"trunks", rows},
+            {"hash", hash},
+            {"traps", {{"lacp", traps.lacp}, {"oam", traps.oam}, {"self_mac", traps.self_mac}}}};
 }
 
 json version(Device &device, const json & /*request*/) {
