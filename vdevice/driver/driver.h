@@ -24,6 +24,7 @@ class Driver : public DriverCalls {
     const Board &board() const { return board_; }
     const Journal &journal() const { return journal_; }
     const EventQueue &events() const { return events_; }
+    EventQueue &events() { return events_; }
     /** What sys_trace_get() answers. */
     void set_trace(std::int32_t trace) { trace_ = trace; }
 

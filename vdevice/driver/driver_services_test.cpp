@@ -228,5 +228,18 @@ TEST_F(DriverServices, AFullEventQueueRefuses) {
     EXPECT_EQ(driver_.events().events().size(), EventQueue::kCapacity);
 }
 
+TEST_F(DriverServices, EventsAreTakenInOrderFromTheirQueue) {
+    std::uintptr_t message[8] = {};
+    for (const std::uintptr_t number : {1U, 2U, 3U}) {
+        message[0] = number;
+        ASSERT_GT(driver_.equeue_send_ucast(number == 2 ? 9 : 1, message, -1), 0);
+    }
+    EXPECT_FALSE(driver_.events().take(5).has_value());
+    EXPECT_EQ(driver_.events().take(1)->words[0], 1U);
+    EXPECT_EQ(driver_.events().take(1)->words[0], 3U);
+    EXPECT_FALSE(driver_.events().take(1).has_value());
+    EXPECT_EQ(driver_.events().take(9)->words[0], 2U);
+}
+
 }  // namespace
 }  // namespace vdevice::driver

@@ -157,7 +157,23 @@ void Device::set_cable(const Wire &wire, bool cable) {
     });
 }
 
+void Device::announce_link(int port) {
+    const bool up = chip_.port(port).is_up();
+    if (announced_up_.has(port) == up) {
+        return;
+    }
+    if (up) {
+        announced_up_.add(port);
+    } else {
+        announced_up_.remove(port);
+    }
+    if (link_listener_) {
+        link_listener_(port);
+    }
+}
+
 void Device::port_changed(int port) {
+    announce_link(port);
     const auto &wire = wires_[static_cast<std::size_t>(port)];
     if (wire == nullptr) {
         return;

@@ -334,6 +334,95 @@ def test_a_trunk_spreads_flows_over_the_cables_that_are_left(device):
     assert send_flows() == [0, 40]
 
 
+WATCHER = """
+import ctypes, sys, time
+library = ctypes.CDLL(sys.argv[1])
+words = ctypes.POINTER(ctypes.c_uint32)
+def tell(unit, port, info):
+    print(time.monotonic(), unit, port, *info[:4], flush=True)
+    return 0
+callback = ctypes.CFUNCTYPE(ctypes.c_int32, ctypes.c_uint32, ctypes.c_uint32, words)(tell)
+print(library.vdev_linkscan_register(callback), flush=True)
+sys.stdin.read()
+"""
+
+
+class Watcher:
+    """A process that has registered with the link scan."""
+
+    def __init__(self, device):
+        self.process = subprocess.Popen([sys.executable, "-c", WATCHER, f"{PROGRAMS}/libnetlink_api.so"], text=True,
+                                        env={**os.environ, "VDEVICE_DIR": device.run_dir}, stdin=subprocess.PIPE,
+                                        stdout=subprocess.PIPE)
+        assert self.process.stdout.readline() == "0\n"
+
+    def next_change(self):
+        """When it was told, and what: port, speed, duplex, fault, link."""
+        assert select.select([self.process.stdout], [], [], DEADLINE)[0]
+        words = self.process.stdout.readline().split()
+        return float(words[0]), [int(word) for word in words[2:]]
+
+    def stop(self):
+        self.process.communicate("", timeout=DEADLINE)
+
+
+def test_link_changes_are_told_within_a_tenth_of_a_second(device):
+    device.nics("host2")
+    watcher, control = Watcher(device), Control(device)
+
+    def after(action, *changes):
+        """The slowest of the changes that follow an action, in seconds."""
+        begin = time.monotonic()
+        action()
+        told = [watcher.next_change() for _ in changes]
+        assert [change for _, change in told] == list(changes)
+        return max(when for when, _ in told) - begin
+
+    def say(line):
+        control.say(line)
+        assert control.hear() == {}
+
+    down, up = [24, 1000, 1, 2, 0], [24, 1000, 1, 0, 1]
+    times = []
+    for _ in range(5):
+        times.append(after(lambda: say(b'{"command": "pull", "port": 2}\n'), down))
+        times.append(after(lambda: say(b'{"command": "plug", "port": 2}\n'), up))
+    assert sorted(times)[len(times) // 2] < 0.1, times
+    host = ["ip", "link", "set", "host2"]
+    after(lambda: subprocess.run([*host, "down"], check=True), [24, 1000, 1, 1, 0])
+    after(lambda: subprocess.run([*host, "up"], check=True), up)
+    after(lambda: device.call("user_port_enable_set", 0, 0, 24, 0), [24, 1000, 1, 3, 0])
+    after(lambda: device.call("user_port_enable_set", 0, 0, 24, 1), up)
+    watcher.stop()
+
+
+def test_one_process_reads_the_events_of_another(device):
+    send = """
+import ctypes, sys
+library = ctypes.CDLL(sys.argv[1])
+record = (ctypes.c_uint16 * 4)(0, 29, 26, 1)
+message = (ctypes.c_size_t * 8)(1, 77, 1, 0, 0, 0, 0, ctypes.addressof(record))
+queue = ctypes.c_size_t.in_dll(library, "erps_event_queue")
+print(library.equeue_send_ucast(queue, message, -1))
+"""
+    receive = """
+import ctypes, sys
+library = ctypes.CDLL(sys.argv[1])
+record, message = (ctypes.c_uint16 * 4)(), (ctypes.c_uint32 * 8)()
+queue = ctypes.c_size_t.in_dll(library, "erps_event_queue")
+print(library.vdev_equeue_receive(queue, message, record, 0), *message, *record)
+"""
+    def run(code):
+        return subprocess.check_output([sys.executable, "-c", code, f"{PROGRAMS}/libdevice_services.so"], text=True,
+                                       env={**os.environ, "VDEVICE_DIR": device.run_dir}, timeout=DEADLINE)
+
+    assert run(receive).startswith("0 ")
+    assert run(send) == "1\n"
+    assert len(device.ask("events")["events"]) == 1
+    assert run(receive) == "1 1 77 1 0 0 0 0 0 0 29 26 1\n"
+    assert run(receive).startswith("0 ")
+
+
 def count_frames(nic):
     count = 0
     while nic.receive(0.2) is not None:
