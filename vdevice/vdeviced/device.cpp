@@ -137,6 +137,9 @@ void Device::on_link_change(const io::LinkChange &change) {
             } catch (const io::Error &error) {
                 note(*wire, error.what());
             }
+            if (!change.link) {
+                return;  // opening it has raised it, and may have brought newer news of its link already
+            }
         }
         set_link(*wire, change.link && wire->socket.is_open() && !wire->pulled);
         return;
