@@ -198,13 +198,16 @@ static bool take_signals(sigset_t *previous) {
     return false;
 }
 
+/* Does what it can, whatever fails. */
 static bool tidy_up(uint32_t ports) {
     vdev_linkscan_register(NULL);
     adp_linkscan_register(NULL);
     adp_register_agg_event_cb(NULL);
-    return succeeded("remove the group's members", adp_del_agg_member_by_map(GROUP, ports, 0)) &
-           succeeded("delete the group", adp_delete_agg_group(GROUP)) & set_pvid(kAllUserPorts & ~ports, kDefaultVlan) &
-           succeeded("remove the VLAN", adp_vlan_destroy(kVlan));
+    bool good = succeeded("remove the group's members", adp_del_agg_member_by_map(GROUP, ports, 0));
+    good &= succeeded("delete the group", adp_delete_agg_group(GROUP));
+    good &= set_pvid(kAllUserPorts & ~ports, kDefaultVlan);
+    good &= succeeded("remove the VLAN", adp_vlan_destroy(kVlan));
+    return good;
 }
 
 static bool read_port(const char *text, uint32_t *ports) {
