@@ -10,7 +10,6 @@ import socket
 import stat
 import struct
 import subprocess
-import sys
 import tempfile
 import time
 
@@ -94,25 +93,13 @@ class Device:
         assert result.returncode == 0, result.stderr
         return json.loads(result.stdout)
 
-    def call(self, name, *numbers):
-        """A driver call, made by a process of its own as a management program would."""
-        code = "import ctypes, sys; print(getattr(ctypes.CDLL(sys.argv[1]), sys.argv[2])(*map(int, sys.argv[3:])))"
-        return self.run_python(code, name, *numbers)
+    def calling(self, *words):
+        """Arguments for a process of its own that makes a driver call, as a management program would."""
+        return {"args": [f"{PROGRAMS}/vdevice_test_caller", *map(str, words)], "text": True,
+                "env": {**os.environ, "VDEVICE_DIR": self.run_dir}}
 
-    def run_python(self, code, *words):
-        words = [sys.executable, "-c", code, f"{PROGRAMS}/libnetlink_api.so", *map(str, words)]
-        environment = {**os.environ, "VDEVICE_DIR": self.run_dir}
-        return int(subprocess.run(words, env=environment, check=True, capture_output=True, timeout=DEADLINE).stdout)
-
-    def call_with_record(self, name, unit, zero, trunk, record):
-        """The same for a call whose last argument is a trunk record, a structure by value."""
-        code = ("import ctypes, sys\n"
-                "class Record(ctypes.Structure):\n"
-                "    _fields_ = [('count', ctypes.c_int32), ('octets', ctypes.c_uint8 * 12)]\n"
-                "call = getattr(ctypes.CDLL(sys.argv[1]), sys.argv[2])\n"
-                "call.argtypes = [ctypes.c_uint32, ctypes.c_uint32, ctypes.c_int32, Record]\n"
-                "print(call(*map(int, sys.argv[3:6]), Record.from_buffer_copy(bytes.fromhex(sys.argv[6]))))")
-        return self.run_python(code, name, unit, zero, trunk, record.hex())
+    def call(self, *words):
+        return subprocess.check_output(**self.calling(*words), timeout=DEADLINE).strip()
 
     def port(self, number):
         return next(port for port in self.ask("ports")["ports"] if port["port"] == number)
@@ -292,11 +279,11 @@ def test_a_pulled_cable_passes_nothing_until_it_is_plugged(device):
 
 def test_a_disabled_ports_host_loses_its_carrier(device):
     one, two = device.nics("host1", "host2")
-    assert device.call("user_port_enable_set", 0, 0, 24, 0) == 0
+    assert device.call("enable", 24, 0) == "0"
     assert not carrier("host2")
     assert not device.port(2)["up"]
     assert device.control("pull", "2").returncode == 0
-    assert device.call("user_port_enable_set", 0, 0, 24, 1) == 0
+    assert device.call("enable", 24, 1) == "0"
     assert not carrier("host2"), "its cable is out"
     assert device.control("plug", "2").returncode == 0
     wait_until(lambda: device.port(2)["up"] and carrier("host2"), "the link")
@@ -306,7 +293,7 @@ def test_a_disabled_ports_host_loses_its_carrier(device):
 
 def test_loopback_sends_the_hosts_own_frames_back(device):
     one, = device.nics("host1")
-    assert device.call("user_port_loopback_set", 0, 0, 24, 1) == 0
+    assert device.call("loopback", 24, 1) == "0"
     one.send(BROADCAST + station(1) + PAYLOAD)
     assert one.receive() == BROADCAST + station(1) + PAYLOAD
     assert device.counters(2)["rx_frames"] == 1
@@ -314,9 +301,7 @@ def test_loopback_sends_the_hosts_own_frames_back(device):
 
 def test_a_trunk_spreads_flows_over_the_cables_that_are_left(device):
     one, two, three, four = device.nics("host1", "host2", "host3", "host4")
-    members = struct.pack("=iB11B", 2, 0, 24, 25, *[0] * 9)
-    assert device.call("user_trunk_create_id", 0, 0, 0) == 0
-    assert device.call_with_record("user_trunk_set", 0, 0, 0, members) == 0
+    assert device.call("trunk", 24, 25) == "0"
     assert device.ask("trunks")["trunks"] == [
         {"trunk": 0, "group": 1, "members": [2, 3], "standby": [], "balance": 3}]
 
@@ -334,26 +319,11 @@ def test_a_trunk_spreads_flows_over_the_cables_that_are_left(device):
     assert send_flows() == [0, 40]
 
 
-WATCHER = """
-import ctypes, sys, time
-library = ctypes.CDLL(sys.argv[1])
-words = ctypes.POINTER(ctypes.c_uint32)
-def tell(unit, port, info):
-    print(time.monotonic(), unit, port, *info[:4], flush=True)
-    return 0
-callback = ctypes.CFUNCTYPE(ctypes.c_int32, ctypes.c_uint32, ctypes.c_uint32, words)(tell)
-print(library.vdev_linkscan_register(callback), flush=True)
-sys.stdin.read()
-"""
-
-
 class Watcher:
     """A process that has registered with the link scan."""
 
     def __init__(self, device):
-        self.process = subprocess.Popen([sys.executable, "-c", WATCHER, f"{PROGRAMS}/libnetlink_api.so"], text=True,
-                                        env={**os.environ, "VDEVICE_DIR": device.run_dir}, stdin=subprocess.PIPE,
-                                        stdout=subprocess.PIPE)
+        self.process = subprocess.Popen(**device.calling("watch"), stdin=subprocess.PIPE, stdout=subprocess.PIPE)
         assert self.process.stdout.readline() == "0\n"
 
     def next_change(self):
@@ -391,36 +361,18 @@ def test_link_changes_are_told_within_a_tenth_of_a_second(device):
     host = ["ip", "link", "set", "host2"]
     after(lambda: subprocess.run([*host, "down"], check=True), [24, 1000, 1, 1, 0])
     after(lambda: subprocess.run([*host, "up"], check=True), up)
-    after(lambda: device.call("user_port_enable_set", 0, 0, 24, 0), [24, 1000, 1, 3, 0])
-    after(lambda: device.call("user_port_enable_set", 0, 0, 24, 1), up)
+    after(lambda: device.call("enable", 24, 0), [24, 1000, 1, 3, 0])
+    after(lambda: device.call("enable", 24, 1), up)
     watcher.stop()
 
 
 def test_one_process_reads_the_events_of_another(device):
-    send = """
-import ctypes, sys
-library = ctypes.CDLL(sys.argv[1])
-record = (ctypes.c_uint16 * 4)(0, 29, 26, 1)
-message = (ctypes.c_size_t * 8)(1, 77, 1, 0, 0, 0, 0, ctypes.addressof(record))
-queue = ctypes.c_size_t.in_dll(library, "erps_event_queue")
-print(library.equeue_send_ucast(queue, message, -1))
-"""
-    receive = """
-import ctypes, sys
-library = ctypes.CDLL(sys.argv[1])
-record, message = (ctypes.c_uint16 * 4)(), (ctypes.c_uint32 * 8)()
-queue = ctypes.c_size_t.in_dll(library, "erps_event_queue")
-print(library.vdev_equeue_receive(queue, message, record, 0), *message, *record)
-"""
-    def run(code):
-        return subprocess.check_output([sys.executable, "-c", code, f"{PROGRAMS}/libdevice_services.so"], text=True,
-                                       env={**os.environ, "VDEVICE_DIR": device.run_dir}, timeout=DEADLINE)
-
-    assert run(receive).startswith("0 ")
-    assert run(send) == "1\n"
+    nothing = " ".join(["0"] * 13)
+    assert device.call("receive-event") == nothing
+    assert device.call("send-event") == "1"
     assert len(device.ask("events")["events"]) == 1
-    assert run(receive) == "1 1 77 1 0 0 0 0 0 0 29 26 1\n"
-    assert run(receive).startswith("0 ")
+    assert device.call("receive-event") == "1 77 1 0 0 0 0 0 0 29 26 1 1"
+    assert device.call("receive-event") == nothing
 
 
 def count_frames(nic):
