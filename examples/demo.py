@@ -1,4 +1,5 @@
-"""The demonstration: a virtual device with six hosts, and the example program frame_path at work on its CPU.
+"""The demonstration: a virtual device with six hosts, and the example program frame_path at work on its CPU; then two
+devices joined by an aggregation group whose cables are pulled (failover.py).
 
 Each step shows what the program asked of the library, which ports the frame really left (as the hosts saw it), and
 what the program received from where. Every step is compared with what it has to give, so that the demonstration is a
@@ -14,6 +15,7 @@ import subprocess
 import sys
 
 from demo_traffic import HOST_PORTS, RECEIVED, SENT, host_frames
+from failover import run_failover
 from lab import Build, Lab, LabError
 from lab.device import CPU_INTERFACE
 from lab.frames import (
@@ -229,6 +231,8 @@ def main():
         with Lab(arguments.device, HOST_PORTS) as lab:
             print("It is up.")
             good = (open_shell if arguments.shell else run_program)(lab, arguments.build)
+        if not arguments.shell:
+            good = run_failover(arguments.device, arguments.build, paint) and good
     except KeyboardInterrupt:
         sys.exit("\ndemo: interrupted. Everything is switched off.")
     except LabError as problem:

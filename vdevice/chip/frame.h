@@ -21,11 +21,15 @@ constexpr std::size_t kVlanTagBytes = 4;
 /** The longest frame that the chip's buffers take, tags included and the check sequence not. */
 constexpr std::size_t kMaxFrameBytes = 9600;
 
+/** The longest frame on a port without jumbo frames, one VLAN tag included. */
+constexpr std::size_t kMaxPlainFrameBytes = 1518;
+
 constexpr std::uint16_t kVlanTpid = 0x8100;
 constexpr std::uint16_t kVidMask = 0x0FFF;
 constexpr Vid kMinVid = 1;
 constexpr Vid kMaxVid = 4094;
 constexpr std::uint16_t kPriorityMask = 0xF000;  // PCP and DEI, kept as they stand in the tag
+constexpr unsigned kPcpShift = 13;
 
 inline std::uint16_t read16(Bytes bytes, std::size_t offset) {
     return static_cast<std::uint16_t>((bytes[offset] << 8) | bytes[offset + 1]);
@@ -70,6 +74,9 @@ class Mac {
     }
 
     constexpr bool is_group() const { return (byte(0) & 1) != 0; }
+    constexpr bool is_broadcast() const { return value_ == 0xFFFFFFFFFFFF; }
+    /** 01:80:c2:00:00:00 to 0f: protocols between neighbours, which bridges do not pass on (IEEE 802.1Q). */
+    constexpr bool is_reserved() const { return value_ >> 4 == 0x0180C200000; }
 
     friend constexpr bool operator==(Mac a, Mac b) { return a.value_ == b.value_; }
     friend constexpr bool operator<(Mac a, Mac b) { return a.value_ < b.value_; }

@@ -5,14 +5,14 @@
 
 namespace vdevice::chip {
 
-void MacTable::learn(Mac mac, Vid vid, int port, Time now) {
+void MacTable::learn(Mac mac, Vid vid, int port, Time now, int trunk) {
     const auto found = entries_.find(key(mac, vid));
     if (found == entries_.end()) {
         if (entries_.size() >= kCapacity) {
             ++counters_.refused;
             return;
         }
-        entries_.emplace(key(mac, vid), MacEntry{mac, vid, port, false, now});
+        entries_.emplace(key(mac, vid), MacEntry{mac, vid, port, false, now, trunk});
         ++counters_.learned;
         return;
     }
@@ -20,10 +20,11 @@ void MacTable::learn(Mac mac, Vid vid, int port, Time now) {
     if (entry.is_static) {
         return;
     }
-    if (entry.port != port) {
-        entry.port = port;
+    if (!entry.is_behind(port, trunk)) {
         ++counters_.moved;
     }
+    entry.port = port;
+    entry.trunk = trunk;
     entry.last_seen = now;
 }
 
@@ -32,14 +33,14 @@ const MacEntry *MacTable::find(Mac mac, Vid vid) const {
     return found == entries_.end() ? nullptr : &found->second;
 }
 
-Status MacTable::add_static(Mac mac, Vid vid, int port) {
+Status MacTable::add_static(Mac mac, Vid vid, int port, int trunk) {
     if (mac.is_group()) {
         return Status::kMacNotUnicast;
     }
     if (entries_.size() >= kCapacity && find(mac, vid) == nullptr) {
         return Status::kMacTableFull;
     }
-    entries_.insert_or_assign(key(mac, vid), MacEntry{mac, vid, port, true, Time{}});
+    entries_.insert_or_assign(key(mac, vid), MacEntry{mac, vid, port, true, Time{}, trunk});
     return Status::kOk;
 }
 
@@ -49,6 +50,12 @@ Status MacTable::remove(Mac mac, Vid vid) {
 
 std::size_t MacTable::remove_if(const std::function<bool(const MacEntry &)> &picks) {
     return std::erase_if(entries_, [&](const auto &row) { return picks(row.second); });
+}
+
+void MacTable::for_each(const std::function<void(MacEntry &)> &visit) {
+    for (auto &row : entries_) {
+        visit(row.second);
+    }
 }
 
 void MacTable::age(Time now) {

@@ -17,11 +17,19 @@ namespace vdevice::chip {
 using Time = std::chrono::nanoseconds;
 
 struct MacEntry {
+    static constexpr int kNoTrunk = -1;
+
     Mac mac;
     Vid vid = 0;
-    int port = 0;
+    int port = 0; /**< of a trunk's address the member that it was last seen on */
     bool is_static = false;
     Time last_seen{};
+    int trunk = kNoTrunk; /**< the trunk that the address is behind */
+
+    /** Ports of one trunk are one place. */
+    bool is_behind(int other_port, int other_trunk) const {
+        return trunk == other_trunk && (trunk != kNoTrunk || port == other_port);
+    }
 };
 
 class MacTable {
@@ -37,14 +45,16 @@ class MacTable {
     };
 
     /** Learns the source of a frame, moves it, or refreshes it. A static entry stays where it is. */
-    void learn(Mac mac, Vid vid, int port, Time now);
+    void learn(Mac mac, Vid vid, int port, Time now, int trunk = MacEntry::kNoTrunk);
     const MacEntry *find(Mac mac, Vid vid) const;
 
     /** Adds a static entry in the place of whatever entry the address had. */
-    Status add_static(Mac mac, Vid vid, int port);
+    Status add_static(Mac mac, Vid vid, int port, int trunk = MacEntry::kNoTrunk);
     Status remove(Mac mac, Vid vid);
     /** Removes the entries that the predicate picks and says how many there were. */
     std::size_t remove_if(const std::function<bool(const MacEntry &)> &picks);
+
+    void for_each(const std::function<void(MacEntry &)> &visit);
 
     /** Removes dynamic entries that have not been seen for the age time. */
     void age(Time now);

@@ -4,27 +4,69 @@
 #include "vdevice/chip/switch.h"
 
 namespace vdevice::chip {
+namespace {
+
+/** How many frames one received frame may bring back by loopback. */
+constexpr std::size_t kMaxLooped = 64;
+
+std::size_t cast_index(Bytes frame) {
+    const Mac destination = Mac::at(frame, 0);
+    const Cast cast = destination.is_broadcast() ? Cast::kBroadcast
+                      : destination.is_group()   ? Cast::kMulticast
+                                                 : Cast::kUnicast;
+    return static_cast<std::size_t>(cast);
+}
+
+}  // namespace
 
 void Switch::receive(Time now, int port, Bytes frame) {
     if (!has_port(port)) {
         return;
     }
+    if (at(port).loopback != 0) {
+        return drop(port, Drop::kLoopback);
+    }
+    take_in(now, port, frame);
+    take_looped(now);
+}
+
+void Switch::take_in(Time now, int port, Bytes frame) {
     if (!at(port).is_up()) {
         return drop(port, Drop::kPortDown);
     }
     PortCounters &counters = at(port).counters;
     ++counters.rx_frames;
     counters.rx_octets += frame.size();
-    if (frame.size() > kMaxFrameBytes) {
-        return drop(port, Drop::kOversize);
-    }
     if (frame.size() < kHeaderBytes) {
         return drop(port, Drop::kRunt);
+    }
+    ++counters.rx_casts[cast_index(frame)];
+    if (frame.size() > at(port).longest_frame()) {
+        return drop(port, Drop::kOversize);
     }
     if (port == kCpuPort) {
         return receive_from_cpu(now, frame);
     }
     forward(now, port, split_frame(frame));
+}
+
+// A looped frame may be looped again, by another port and endlessly: the list grows while it is worked off, but only
+// up to its limit.
+void Switch::take_looped(Time now) {
+    for (std::size_t i = 0; i < looped_.size(); ++i) {
+        const Looped looped = std::move(looped_[i]);
+        take_in(now, looped.port, looped.octets);
+    }
+    looped_.clear();
+}
+
+void Switch::loop_back(int port, const Frame &frame) {
+    if (looped_.size() >= kMaxLooped) {
+        return drop(port, Drop::kLoopback);
+    }
+    std::vector<std::uint8_t> octets(frame.size());
+    frame.copy_to(octets.data());
+    looped_.push_back({port, std::move(octets)});
 }
 
 void Switch::receive_from_cpu(Time now, Bytes frame) {
@@ -46,6 +88,12 @@ void Switch::forward(Time now, int ingress, const Frame &frame) {
     }
     // A tag with VID 0 gives the frame a priority but no VLAN (IEEE 802.1Q, priority-tagged frames).
     const Vid vid = header->vid() != 0 ? header->vid() : at(ingress).pvid;
+    const std::uint32_t priority = header->tagged ? header->priority() : at(ingress).untagged_priority << kPcpShift;
+    EgressForms forms{frame.head, header->payload, static_cast<std::uint16_t>(priority | vid)};
+    // Between neighbours VLANs do not matter, nor does what else a port lets pass.
+    if (ingress != kCpuPort && is_trapped(traps_, *header)) {
+        return trap(ingress, forms);
+    }
     const Vlan *vlan = vlans_.find(vid);
     if (vlan == nullptr) {
         return drop(ingress, Drop::kVlanMissing);
@@ -53,44 +101,111 @@ void Switch::forward(Time now, int ingress, const Frame &frame) {
     if (!vlan->members.has(ingress)) {
         return drop(ingress, Drop::kNotMember);
     }
-    if (!header->source.is_group()) {
-        macs_.learn(header->source, vid, ingress, now);
+    const Flow flow{ingress, vid, *vlan, *header, forms};
+    if (!admit(now, flow)) {
+        return;
     }
-    EgressForms forms{frame.head, header->payload, static_cast<std::uint16_t>(header->priority() | vid)};
     const MacEntry *entry = header->destination.is_group() ? nullptr : macs_.find(header->destination, vid);
     if (entry == nullptr) {
-        return flood(ingress, *vlan, forms);
+        return flood(flow);
     }
-    forward_to_entry(ingress, *vlan, *entry, forms);
+    forward_to_entry(flow, *entry);
 }
 
-void Switch::forward_to_entry(int ingress, const Vlan &vlan, const MacEntry &entry, EgressForms &forms) {
-    if (entry.port == ingress) {
+bool Switch::admit(Time now, const Flow &flow) {
+    const LearnMode &mode = at(flow.ingress).learning;
+    const Mac source = flow.header.source;
+    const int trunk = trunk_of(flow.ingress);
+    if (mode.learns && !source.is_group()) {
+        macs_.learn(source, flow.vid, flow.ingress, now, trunk);
+    }
+    if (mode.passes_unknown) {
+        return true;
+    }
+    const MacEntry *entry = macs_.find(source, flow.vid);
+    if (entry != nullptr && entry->is_behind(flow.ingress, trunk)) {
+        return true;
+    }
+    // A neighbour that is not let in yet must still be able to ask for it.
+    if (mode.tells_cpu || flow.header.destination.is_reserved()) {
+        trap(flow.ingress, flow.forms);
+    } else {
+        drop(flow.ingress, Drop::kUnknownSource);
+    }
+    return false;
+}
+
+void Switch::trap(int ingress, EgressForms &forms) {
+    if (ingress == kCpuPort) {
         return drop(ingress, Drop::kSamePort);
     }
-    if (!vlan.members.has(entry.port)) {
-        return drop(ingress, Drop::kEgressNotMember);
-    }
-    if (!up_.has(entry.port)) {
+    if (!up_.has(kCpuPort)) {
         return drop(ingress, Drop::kEgressDown);
     }
-    send_in_vlan(entry.port, ingress, vlan, forms);
+    transmit(kCpuPort, forms.for_cpu(ingress));
 }
 
-void Switch::flood(int ingress, const Vlan &vlan, EgressForms &forms) {
-    PortSet ports = vlan.members & up_;
-    ports.remove(ingress);
+void Switch::forward_to_entry(const Flow &flow, const MacEntry &entry) {
+    if (entry.is_behind(flow.ingress, trunk_of(flow.ingress))) {
+        return drop(flow.ingress, Drop::kSamePort);
+    }
+    const Trunk *trunk = trunks_.find(entry.trunk);
+    PortSet ports = trunk == nullptr ? PortSet::of(entry.port) : trunk->member_set();
+    const PortSet usable = up_ - standby_;
+    const struct {
+        const PortSet &set;
+        Drop reason;
+    } limits[] = {{flow.vlan.members, Drop::kEgressNotMember},
+                  {usable, Drop::kEgressDown},
+                  {at(flow.ingress).egress, Drop::kIsolated}};
+    for (const auto &limit : limits) {
+        ports &= limit.set;
+        if (ports.empty()) {
+            return drop(flow.ingress, limit.reason);
+        }
+    }
+    send_in_vlan(trunk == nullptr ? entry.port : choose_member(flow, *trunk, ports), flow);
+}
+
+void Switch::flood(const Flow &flow) {
+    PortSet ports = (flow.vlan.members & up_ & at(flow.ingress).egress) - standby_;
+    ports.remove(flow.ingress);
+    for (int number = 0; number < TrunkTable::kTrunks; ++number) {
+        const Trunk *trunk = trunks_.find(number);
+        if (trunk == nullptr || trunk->members.empty()) {
+            continue;
+        }
+        // One copy for the neighbour at the trunk's other end, none for the one that the frame came from.
+        const PortSet members = trunk->member_set();
+        const PortSet candidates = ports & members;
+        ports -= members;
+        if (number != trunk_of(flow.ingress) && !candidates.empty()) {
+            ports.add(choose_member(flow, *trunk, candidates));
+        }
+    }
     if (ports.empty()) {
-        return drop(ingress, Drop::kNoDestination);
+        return drop(flow.ingress, Drop::kNoDestination);
     }
-    ports.for_each([&](int egress) { send_in_vlan(egress, ingress, vlan, forms); });
+    ports.for_each([&](int egress) { send_in_vlan(egress, flow); });
 }
 
-void Switch::send_in_vlan(int egress, int ingress, const Vlan &vlan, EgressForms &forms) {
-    if (egress == kCpuPort) {
-        return transmit(egress, forms.for_cpu(ingress));
+/** @p among holds one member at least. */
+int Switch::choose_member(const Flow &flow, const Trunk &trunk, const PortSet &among) const {
+    const std::uint32_t hash = flow_hash(flow.header, flow.vid, trunk.layer(), hash_sides_);
+    int position = static_cast<int>(hash % static_cast<std::uint32_t>(among.size()));
+    for (const int member : trunk.members) {
+        if (among.has(member) && position-- == 0) {
+            return member;
+        }
     }
-    transmit(egress, vlan.untagged.has(egress) ? forms.untagged() : forms.tagged());
+    return trunk.members.front();
+}
+
+void Switch::send_in_vlan(int egress, const Flow &flow) {
+    if (egress == kCpuPort) {
+        return transmit(egress, flow.forms.for_cpu(flow.ingress));
+    }
+    transmit(egress, flow.vlan.untagged.has(egress) ? flow.forms.untagged() : flow.forms.tagged());
 }
 
 void Switch::send_directed(const TransmitTag &tag, const Frame &frame) {
@@ -131,8 +246,17 @@ void Switch::send_directed_to(int egress, const Frame &frame) {
 
 void Switch::transmit(int port, const Frame &frame) {
     PortCounters &counters = at(port).counters;
+    // The chip's own tags may make a frame of full length longer; only the limit without jumbo frames is a port's own.
+    if (!at(port).jumbo && frame.size() > kMaxPlainFrameBytes) {
+        ++counters.tx_too_long;
+        return;
+    }
     ++counters.tx_frames;
     counters.tx_octets += frame.size();
+    ++counters.tx_casts[cast_index(frame.head)];
+    if (at(port).loopback != 0) {
+        return loop_back(port, frame);
+    }
     sink_.transmit(port, frame);
 }
 

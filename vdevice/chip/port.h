@@ -1,4 +1,4 @@
-// One port of the chip: its state, its VLAN settings and its counters.
+// One port of the chip: its state, its settings and its counters.
 #pragma once
 
 #include <array>
@@ -6,6 +6,9 @@
 #include <cstdint>
 
 #include "vdevice/chip/frame.h"
+#include "vdevice/chip/learn_mode.h"
+#include "vdevice/chip/phy.h"
+#include "vdevice/chip/port_set.h"
 
 namespace vdevice::chip {
 
@@ -13,7 +16,7 @@ namespace vdevice::chip {
 enum class Drop : std::uint8_t {
     kPortDown,          /**< came in on a port that is disabled or has no link */
     kRunt,              /**< no whole Ethernet header */
-    kOversize,          /**< longer than the chip's buffers */
+    kOversize,          /**< longer than the port takes */
     kVlanMissing,       /**< its VLAN does not exist */
     kNotMember,         /**< the ingress port is not a member of its VLAN */
     kSamePort,          /**< its destination is behind the port it came in on */
@@ -24,6 +27,9 @@ enum class Drop : std::uint8_t {
     kBadOpcode,         /**< from the CPU with an opcode that means nothing */
     kDirectedToCpu,     /**< from the CPU, directed to the CPU port itself */
     kDirectedToUnknown, /**< from the CPU, directed to a port that the chip does not have */
+    kUnknownSource,     /**< from an address that the port's learning mode does not let pass */
+    kIsolated,          /**< its destination's port is not in the ingress port's egress set */
+    kLoopback,          /**< from the wire of a port in loopback, or looped back too often */
     kCount,
 };
 
@@ -32,24 +38,46 @@ constexpr std::size_t kDropReasons = static_cast<std::size_t>(Drop::kCount);
 /** The reason as a short word for tables and logs. */
 const char *name(Drop reason);
 
+/** How many stations a frame's destination address means. */
+enum class Cast : std::uint8_t { kUnicast, kMulticast, kBroadcast, kCount };
+
+constexpr std::size_t kCasts = static_cast<std::size_t>(Cast::kCount);
+
 /** Frames and octets as they stand on the wire, without the frame check sequence. */
 struct PortCounters {
     std::uint64_t rx_frames = 0;
     std::uint64_t rx_octets = 0;
     std::uint64_t tx_frames = 0;
     std::uint64_t tx_octets = 0;
+    std::uint64_t tx_too_long = 0; /**< frames that should have left here but are longer than the port takes */
+    std::array<std::uint64_t, kCasts> rx_casts{};
+    std::array<std::uint64_t, kCasts> tx_casts{};
     std::array<std::uint64_t, kDropReasons> drops{};
 
     std::uint64_t dropped(Drop reason) const { return drops[static_cast<std::size_t>(reason)]; }
 };
 
 struct Port {
-    bool enabled = true; /**< administrative state */
-    bool link = false;   /**< the cable's state, whatever the administrative state */
-    Vid pvid = kMinVid;  /**< VLAN of untagged and priority-tagged frames */
+    static constexpr std::uint32_t kLoopbackModes = 3; /**< none, in the port's MAC, at its line side */
+    static constexpr std::uint32_t kPriorities = 8;
+    static constexpr std::size_t kVlanControls = 32;
+
+    bool enabled = true;        /**< administrative state */
+    bool link = false;          /**< the far end is there, whatever the administrative state */
+    bool cable = false;         /**< a cable is plugged in */
+    std::uint32_t loopback = 0; /**< not 0: what would leave comes in again */
+    bool jumbo = true;          /**< takes and sends frames of more than kMaxPlainFrameBytes */
+    bool eee = false;           /**< energy-efficient Ethernet */
+    Phy phy;
+    LearnMode learning = kNormalLearning;
+    PortSet egress = PortSet::all();     /**< where frames from this port may go */
+    Vid pvid = kMinVid;                  /**< VLAN of untagged and priority-tagged frames */
+    std::uint32_t untagged_priority = 0; /**< priority of untagged frames, 0 to 7 */
+    std::array<std::int32_t, kVlanControls> vlan_controls{};
     PortCounters counters;
 
-    bool is_up() const { return enabled && link; }
+    bool is_up() const { return enabled && (link || loopback != 0); }
+    std::size_t longest_frame() const { return jumbo ? kMaxFrameBytes : kMaxPlainFrameBytes; }
 };
 
 }  // namespace vdevice::chip

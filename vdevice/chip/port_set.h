@@ -31,6 +31,9 @@ class PortSet {
         return set;
     }
 
+    /** Every port that a set can hold. */
+    static constexpr PortSet all() { return range(0, kSize - 1); }
+
     static constexpr PortSet from_words(const std::uint32_t *words) {
         PortSet set;
         for (std::size_t i = 0; i < kWords; ++i) {

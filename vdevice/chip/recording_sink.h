@@ -1,4 +1,4 @@
-// For tests: a sink that keeps what left the chip.
+// For tests: a sink that keeps what left the chip and which ports changed.
 #pragma once
 
 #include <cstdint>
@@ -20,11 +20,16 @@ class RecordingSink final : public Sink {
         sent_.emplace_back(port, std::move(octets));
     }
 
+    void port_changed(int port) override { changes_.push_back(port); }
+    /** The ports that changed since the last call, in order. */
+    std::vector<int> take_changes() { return std::exchange(changes_, {}); }
+
     /** What left since the last call, in order. */
     std::vector<Sent> take() { return std::exchange(sent_, {}); }
 
   private:
     std::vector<Sent> sent_;
+    std::vector<int> changes_;
 };
 
 }  // namespace vdevice::chip::test

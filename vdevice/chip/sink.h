@@ -1,4 +1,4 @@
-// Where the chip's frames go: real interfaces in the daemon, a list in the tests.
+// Where the chip's frames go, and who hears of its ports: real interfaces in the daemon, a list in the tests.
 #pragma once
 
 #include "vdevice/chip/frame.h"
@@ -10,6 +10,8 @@ class Sink {
     virtual ~Sink() = default;
     /** The frame's bytes are valid during the call only. */
     virtual void transmit(int port, const Frame &frame) = 0;
+    /** The port was enabled or disabled, or its link came or went. */
+    virtual void port_changed(int /*port*/) {}
 
   protected:
     Sink() = default;

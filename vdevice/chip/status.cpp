@@ -9,6 +9,7 @@ constexpr StatusEntry kStatusTable[] = {
     {Status::kBadUnit, "bad_unit", "the unit or the word behind it is not 0"},
     {Status::kBadArgument, "bad_argument", "an argument has a value that the call gives no meaning"},
     {Status::kNoPort, "no_port", "the chip has no port of this number"},
+    {Status::kWrongMedium, "wrong_medium", "the port's medium has no such thing"},
     {Status::kVlanRange, "vlan_range", "not a VLAN id of 1 to 4094, or a range whose end is before its start"},
     {Status::kVlanExists, "vlan_exists", "the VLAN exists already"},
     {Status::kVlanMissing, "vlan_missing", "the VLAN does not exist"},
@@ -20,6 +21,11 @@ constexpr StatusEntry kStatusTable[] = {
     {Status::kMacSyntax, "mac_syntax", "the text is not a MAC address"},
     {Status::kNotFrontPort, "not_front_port", "the interface is not a user port of the board"},
     {Status::kQueueFull, "queue_full", "the event queue is full"},
+    {Status::kTrunkRange, "trunk_range", "not a trunk id of 0 to 7"},
+    {Status::kTrunkExists, "trunk_exists", "the trunk exists already"},
+    {Status::kTrunkMissing, "trunk_missing", "the trunk does not exist"},
+    {Status::kTrunkFull, "trunk_full", "more ports than a trunk has room for"},
+    {Status::kTrunkMember, "trunk_member", "a port that is listed twice, a member of another trunk, or the CPU's"},
     {Status::kNotSupported, "not_supported", "the virtual device does not carry out this call"},
 };
 

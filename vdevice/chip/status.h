@@ -13,6 +13,7 @@ enum class Status : std::int32_t {
     kBadUnit = -2,
     kBadArgument = -3,
     kNoPort = -4,
+    kWrongMedium = -5,
     kVlanRange = -10,
     kVlanExists = -11,
     kVlanMissing = -12,
@@ -24,6 +25,11 @@ enum class Status : std::int32_t {
     kMacSyntax = -23,
     kNotFrontPort = -30,
     kQueueFull = -31,
+    kTrunkRange = -40,
+    kTrunkExists = -41,
+    kTrunkMissing = -42,
+    kTrunkFull = -43,
+    kTrunkMember = -44,
     kNotSupported = -100,
 };
 

@@ -13,14 +13,21 @@ Vlan power_on_vlan() {
 
 }  // namespace
 
-Switch::Switch(Sink &sink) : sink_{sink}, vlans_{all_ports(), power_on_vlan()} {}
+Switch::Switch(Sink &sink) : sink_{sink}, vlans_{all_ports(), power_on_vlan()} {
+    for (Port &port : ports_) {
+        port.egress = all_ports();
+    }
+    refresh_trunks();
+}
 
 Status Switch::set_enabled(int port, bool enabled) {
     if (!has_port(port)) {
         return Status::kNoPort;
     }
-    at(port).enabled = enabled;
-    update_up_set(port);
+    if (at(port).enabled != enabled) {
+        at(port).enabled = enabled;
+        update_up_set(port);
+    }
     return Status::kOk;
 }
 
@@ -28,8 +35,30 @@ Status Switch::set_link(int port, bool link) {
     if (!has_port(port)) {
         return Status::kNoPort;
     }
-    at(port).link = link;
-    update_up_set(port);
+    if (at(port).link != link) {
+        at(port).link = link;
+        update_up_set(port);
+    }
+    return Status::kOk;
+}
+
+Status Switch::change_port(int port, const std::function<Status(Port &)> &change) {
+    if (!has_port(port)) {
+        return Status::kNoPort;
+    }
+    const bool was_up = at(port).is_up();
+    const Status status = change(at(port));
+    if (at(port).is_up() != was_up) {
+        update_up_set(port);
+    }
+    return status;
+}
+
+Status Switch::set_egress(int port, const PortSet &ports) {
+    if (!has_port(port) || !ports.is_within(all_ports())) {
+        return Status::kNoPort;
+    }
+    at(port).egress = ports;
     return Status::kOk;
 }
 
@@ -62,7 +91,7 @@ Status Switch::add_static_mac(Mac mac, std::uint32_t vid, int port) {
     if (vlans_.find(vid) == nullptr) {
         return vid < kMinVid || vid > kMaxVid ? Status::kVlanRange : Status::kVlanMissing;
     }
-    return macs_.add_static(mac, static_cast<Vid>(vid), port);
+    return macs_.add_static(mac, static_cast<Vid>(vid), port, trunk_of(port));
 }
 
 void Switch::update_up_set(int port) {
@@ -71,6 +100,7 @@ void Switch::update_up_set(int port) {
     } else {
         up_.remove(port);
     }
+    sink_.port_changed(port);
 }
 
 }  // namespace vdevice::chip

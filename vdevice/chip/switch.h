@@ -3,6 +3,8 @@
 #pragma once
 
 #include <array>
+#include <functional>
+#include <vector>
 
 #include "vdevice/chip/mac_table.h"
 #include "vdevice/chip/port.h"
@@ -10,6 +12,8 @@
 #include "vdevice/chip/sink.h"
 #include "vdevice/chip/status.h"
 #include "vdevice/chip/switch_tag.h"
+#include "vdevice/chip/traps.h"
+#include "vdevice/chip/trunk_table.h"
 #include "vdevice/chip/vlan_table.h"
 
 namespace vdevice::chip {
@@ -25,8 +29,8 @@ class Switch {
 
     /** A frame from the wire, or on the CPU port one from the CPU, with the transmit tag. */
     void receive(Time now, int port, Bytes frame);
-    /** Lets the time-driven work happen: ageing. */
-    void tick(Time now) { macs_.age(now); }
+    /** Lets the time-driven work happen, about once a second: ageing. */
+    void tick(Time now);
 
     static bool has_port(std::int64_t port) { return port >= 0 && port < kPorts; }
     static PortSet all_ports() { return PortSet::range(0, kPorts - 1); }
@@ -35,6 +39,10 @@ class Switch {
     const Port &port(int port) const { return ports_[static_cast<std::size_t>(port)]; }
     Status set_enabled(int port, bool enabled);
     Status set_link(int port, bool link);
+    /** Hands the port's settings to the change and gives its answer; a change that refuses leaves them alone. */
+    Status change_port(int port, const std::function<Status(Port &)> &change);
+    /** Ports that the chip has not are refused. */
+    Status set_egress(int port, const PortSet &ports);
     /** The VLAN must exist when it is made a port's VLAN; destroyed later, the port's untagged frames are dropped. */
     Status set_pvid(int port, std::uint32_t vid);
 
@@ -48,16 +56,55 @@ class Switch {
     /** Adds a static address; its VLAN and port must exist. */
     Status add_static_mac(Mac mac, std::uint32_t vid, int port);
 
+    const TrunkTable &trunks() const { return trunks_; }
+    Status create_trunk(std::int64_t trunk);
+    /** Forgets the addresses that were learned behind it. */
+    Status destroy_trunk(std::int64_t trunk);
+    void destroy_all_trunks();
+    Status set_trunk(std::int64_t trunk, const std::vector<int> &ports);
+    Status set_trunk_configured(std::int64_t trunk, const std::vector<int> &ports);
+    Status set_trunk_balance(std::int64_t trunk, std::uint32_t mode) { return trunks_.set_balance(trunk, mode); }
+    /** The trunk that an existing port belongs to, or TrunkTable::kNone. */
+    int trunk_of(int port) const { return trunk_of_[static_cast<std::size_t>(port)]; }
+    /** Which ends of a flow the hash of all trunks looks at. */
+    void set_hash_sides(HashSides sides) { hash_sides_ = sides; }
+
+    const Traps &traps() const { return traps_; }
+    Traps &traps() { return traps_; }
+
   private:
+    /** A frame on its way through the chip. */
+    struct Flow {
+        int ingress;
+        Vid vid;
+        const Vlan &vlan;
+        const Header &header;
+        EgressForms &forms;
+    };
+
+    /** A frame on its way back into the port that it should have left by. */
+    struct Looped {
+        int port;
+        std::vector<std::uint8_t> octets;
+    };
+
     Port &at(int port) { return ports_[static_cast<std::size_t>(port)]; }
     void update_up_set(int port);
+    void refresh_trunks();
+    void release_addresses(std::int64_t trunk, const PortSet &kept);
     void drop(int port, Drop reason);
 
+    void take_in(Time now, int port, Bytes frame);
+    void take_looped(Time now);
+    void loop_back(int port, const Frame &frame);
+    bool admit(Time now, const Flow &flow);
+    void trap(int ingress, EgressForms &forms);
     void receive_from_cpu(Time now, Bytes frame);
     void forward(Time now, int ingress, const Frame &frame);
-    void forward_to_entry(int ingress, const Vlan &vlan, const MacEntry &entry, EgressForms &forms);
-    void flood(int ingress, const Vlan &vlan, EgressForms &forms);
-    void send_in_vlan(int egress, int ingress, const Vlan &vlan, EgressForms &forms);
+    void forward_to_entry(const Flow &flow, const MacEntry &entry);
+    void flood(const Flow &flow);
+    int choose_member(const Flow &flow, const Trunk &trunk, const PortSet &among) const;
+    void send_in_vlan(int egress, const Flow &flow);
     void send_directed(const TransmitTag &tag, const Frame &frame);
     void send_directed_to(int egress, const Frame &frame);
     void transmit(int port, const Frame &frame);
@@ -65,8 +112,14 @@ class Switch {
     Sink &sink_;
     std::array<Port, kPorts> ports_;
     PortSet up_;
+    std::vector<Looped> looped_;
     VlanTable vlans_;
     MacTable macs_;
+    TrunkTable trunks_{all_ports(), kCpuPort};
+    PortSet standby_;
+    std::array<int, kPorts> trunk_of_;
+    HashSides hash_sides_;
+    Traps traps_;
 };
 
 }  // namespace vdevice::chip

@@ -12,6 +12,8 @@ struct Board {
     static constexpr int kDefaultUserPorts = 26;
     static constexpr int kDefaultFirstPort = 4;
 
+    static constexpr int kFirstTenGigabitPort = 25; /**< user ports before it are gigabit ports */
+
     int user_ports = kDefaultUserPorts;
     int first_port = kDefaultFirstPort; /**< the chip port of user port 1 */
 
@@ -25,6 +27,10 @@ struct Board {
             return std::nullopt;
         }
         return static_cast<int>(user_port) - 1 + first_port;
+    }
+
+    static constexpr std::uint32_t max_speed(int user_port) {
+        return user_port < kFirstTenGigabitPort ? chip::kGigabit : chip::kTenGigabit;
     }
 
     constexpr std::optional<int> user_port(int chip_port) const {

@@ -1,4 +1,4 @@
-// Construction, and the calls on a single port's state.
+// Construction, and what the calls on a single port have in common.
 #include "vdevice/driver/driver.h"
 
 #include <utility>
@@ -10,7 +10,15 @@ namespace vdevice::driver {
 using chip::Port;
 using chip::Status;
 
-Driver::Driver(chip::Switch &chip, Board board, Clock clock) : chip_{chip}, board_{board}, clock_{std::move(clock)} {}
+Driver::Driver(chip::Switch &chip, Board board, Clock clock) : chip_{chip}, board_{board}, clock_{std::move(clock)} {
+    for (int user_port = 1; user_port <= board.user_ports; ++user_port) {
+        const uint32_t speed = Board::max_speed(user_port);
+        chip_.change_port(*board.chip_port(user_port), [&](Port &port) {
+            port.phy = chip::Phy{speed};
+            return Status::kOk;
+        });
+    }
+}
 
 int32_t Driver::read_port(uint32_t unit, uint32_t zero, int32_t port, uint32_t *out,
                           const std::function<uint32_t(const Port &)> &value) const {
@@ -26,22 +34,8 @@ int32_t Driver::read_port(uint32_t unit, uint32_t zero, int32_t port, uint32_t *
     });
 }
 
-int32_t Driver::user_port_enable_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t enable) {
-    return on_chip(unit, zero, [&] { return chip_.set_enabled(port, enable != 0); });
-}
-
-int32_t Driver::user_port_enable_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t *enable) {
-    return read_port(unit, zero, port, enable, [](const Port &state) { return state.enabled ? 1U : 0U; });
-}
-
-int32_t Driver::user_port_link_status_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t *status) {
-    return read_port(unit, zero, port, status, [](const Port &state) { return state.is_up() ? 1U : 0U; });
-}
-
-// The fibre side of any port reports the port's link, whatever its medium: that is what the election of a group's
-// management interface reads of copper ports too.
-int32_t Driver::user_fiberport_link_status_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t *status) {
-    return user_port_link_status_get(unit, zero, port, status);
+int32_t Driver::write_port(uint32_t unit, uint32_t zero, int32_t port, const std::function<Status(Port &)> &change) {
+    return on_chip(unit, zero, [&] { return chip_.change_port(port, change); });
 }
 
 }  // namespace vdevice::driver

@@ -9,8 +9,8 @@
 #include "vdevice/driver/board.h"
 #include "vdevice/driver/codes.h"
 #include "vdevice/driver/event_queue.h"
-#include "vdevice/driver/groups.h"
 #include "vdevice/driver/journal.h"
+#include "vdevice/driver/switch_controls.h"
 
 namespace vdevice::driver {
 
@@ -24,8 +24,7 @@ class Driver : public DriverCalls {
     const Board &board() const { return board_; }
     const Journal &journal() const { return journal_; }
     const EventQueue &events() const { return events_; }
-    Groups &groups() { return groups_; }
-    const Groups &groups() const { return groups_; }
+    EventQueue &events() { return events_; }
     /** What sys_trace_get() answers. */
     void set_trace(std::int32_t trace) { trace_ = trace; }
 
@@ -50,11 +49,68 @@ class Driver : public DriverCalls {
     int32_t user_port_untagged_vlan_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t vid) override;
     int32_t user_port_untagged_vlan_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t *vid) override;
 
-    // Ports
+    // Ports: driver_port.cpp
     int32_t user_port_enable_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t enable) override;
     int32_t user_port_enable_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t *enable) override;
     int32_t user_port_link_status_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t *status) override;
     int32_t user_fiberport_link_status_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t *status) override;
+    int32_t user_port_speed_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t speed, uint32_t mode) override;
+    int32_t user_port_speed_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t *speed) override;
+    int32_t user_port_speed_max(uint32_t unit, uint32_t zero, int32_t port, uint32_t *speed) override;
+    int32_t user_port_duplex_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t duplex, uint32_t mode) override;
+    int32_t user_port_duplex_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t *duplex) override;
+    int32_t user_port_autoneg_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t enable) override;
+    int32_t user_port_autoneg_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t *enable) override;
+    int32_t user_port_ability_advert_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t abilities) override;
+    int32_t user_port_ability_advert_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t *abilities) override;
+    int32_t user_port_loopback_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t mode) override;
+    int32_t user_port_loopback_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t *mode) override;
+    int32_t user_port_pause_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t transmit,
+                                uint32_t receive) override;
+    int32_t user_port_pause_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t *enable) override;
+    int32_t user_port_pause_get_stat(uint32_t unit, uint32_t zero, int32_t port, uint32_t *status) override;
+    int32_t user_port_jumboframe_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t value) override;
+    int32_t user_port_jumboframe_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t *value) override;
+    int32_t user_port_mdix_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t mode) override;
+    int32_t user_port_mdix_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t *mode) override;
+    int32_t user_port_link_medium_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t *medium) override;
+    int32_t user_eee_portEnable_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t enable) override;
+    int32_t user_eee_portEnable_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t *enable) override;
+    int32_t User_port_cablediag(uint32_t unit, uint32_t zero, int32_t port, netlink_cable_diag_t *result) override;
+
+    // What ports let pass: driver_port_rules.cpp
+    int32_t user_port_learn_set(uint32_t unit, uint32_t zero, int32_t port, int32_t mode) override;
+    int32_t user_port_learn_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t *mode) override;
+    int32_t user_port_egress_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t module,
+                                 adp_port_set_t egress) override;
+    int32_t user_port_egress_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t module,
+                                 uint32_t *egress) override;
+    int32_t user_port_untagged_priority_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t priority) override;
+    int32_t user_port_untagged_priority_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t *priority) override;
+    int32_t user_vlan_control_port_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t control,
+                                       int32_t value) override;
+    int32_t user_vlan_control_port_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t control,
+                                       uint32_t *value) override;
+
+    // Counters: driver_statistics.cpp
+    int32_t user_port_packetstat_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t type,
+                                     uint64_t *value) override;
+    int32_t user_port_packetstat_clear(uint32_t unit, uint32_t zero, int32_t port) override;
+    int32_t user_stat_port_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t selector, uint64_t *value) override;
+
+    // Trunks, controls and traps: driver_trunk.cpp
+    int32_t user_trunk_init(uint32_t unit, uint32_t zero) override;
+    int32_t user_trunk_create_id(uint32_t unit, uint32_t zero, int32_t trunk) override;
+    int32_t user_trunk_destroy(uint32_t unit, uint32_t zero, int32_t trunk) override;
+    int32_t user_trunk_set(uint32_t unit, uint32_t zero, int32_t trunk, adp_agg_record_t record) override;
+    int32_t user_trunk_send_data_to_kernel(uint32_t unit, uint32_t zero, int32_t trunk,
+                                           adp_agg_record_t record) override;
+    int32_t user_trunk_loadbalance_set(uint32_t unit, uint32_t zero, int32_t trunk, uint32_t mode) override;
+    int32_t user_switch_control_set(uint32_t unit, uint32_t zero, uint32_t control, uint32_t value) override;
+    int32_t user_switch_control_get(uint32_t unit, uint32_t zero, uint32_t control, uint32_t *value) override;
+    int32_t user_trunk_trap_lacp(uint32_t unit, uint32_t zero, uint32_t value, adp_word_t option) override;
+    int32_t user_eoam_trap_set(uint32_t unit, uint32_t zero, uint32_t value, adp_word_t option) override;
+    int32_t user_selfmac_trap_to_cpu(uint32_t unit, uint32_t zero, uint32_t value, adp_word_t option) override;
 
     // The device's services
     int32_t log_line(int32_t level, int32_t module, const char *word, const char *text) override;
@@ -72,13 +128,15 @@ class Driver : public DriverCalls {
     chip::PortSet interfaces_of(const chip::PortSet &chip_ports) const;
     int32_t read_port(uint32_t unit, uint32_t zero, int32_t port, uint32_t *out,
                       const std::function<uint32_t(const chip::Port &)> &value) const;
+    int32_t write_port(uint32_t unit, uint32_t zero, int32_t port,
+                       const std::function<chip::Status(chip::Port &)> &change);
 
     chip::Switch &chip_;
     Board board_;
     Clock clock_;
     Journal journal_;
     EventQueue events_;
-    Groups groups_;
+    SwitchControls controls_;
     std::int32_t trace_ = 0;
 };
 

@@ -76,10 +76,10 @@ PortSet Driver::interfaces_of(const PortSet &chip_ports) const {
             interfaces.add(*user_port);
         }
     });
-    const PortSet user_ports = interfaces;
-    for (int group = 1; group <= Groups::kGroups; ++group) {
-        if (!(groups_.members(group) & user_ports).empty()) {
-            interfaces.add(VlanRecord::kFirstGroupBit + group);
+    for (int trunk = 0; trunk < chip::TrunkTable::kTrunks; ++trunk) {
+        const chip::Trunk *found = chip_.trunks().find(trunk);
+        if (found != nullptr && !(found->ports() & chip_ports).empty()) {
+            interfaces.add(VlanRecord::kFirstGroupBit + trunk + 1);
         }
     }
     return interfaces;
@@ -103,11 +103,12 @@ int32_t Driver::get_group_by_interface(uint32_t intf, uint32_t *group) {
         return chip::code(Status::kBadArgument);
     }
     *group = 0;
-    if (!board_.chip_port(intf)) {
+    const auto port = board_.chip_port(intf);
+    if (!port) {
         return chip::code(Status::kNotFrontPort);
     }
-    if (const auto found = groups_.group_of(static_cast<int>(intf))) {
-        *group = ADP_AGG_INTF(static_cast<uint32_t>(*found));
+    if (const int trunk = chip_.trunk_of(*port); trunk != chip::TrunkTable::kNone) {
+        *group = ADP_AGG_INTF(static_cast<uint32_t>(trunk + 1));
     }
     return kOk;
 }

@@ -103,8 +103,9 @@ TEST_F(DriverServices, TheVlanRecordHasABitForEachUserPortAndGroup) {
         ASSERT_EQ(driver_.get_vlan_info(vid, record_), kOk);
         EXPECT_EQ(wide_at(record_, 8), 1ULL << user_port);
     }
-    for (int group = 1; group <= Groups::kGroups; ++group) {
-        driver_.groups().set_members(group, PortSet::of(group));
+    for (int group = 1; group <= 8; ++group) {
+        ASSERT_EQ(chip_.create_trunk(group - 1), Status::kOk);
+        ASSERT_EQ(chip_.set_trunk(group - 1, {group + 3}), Status::kOk);
         ASSERT_EQ(driver_.get_vlan_info(100 + static_cast<std::uint32_t>(group), record_), kOk);
         EXPECT_EQ(wide_at(record_, 8), 1ULL << group | 1ULL << (26 + group));
     }
@@ -125,14 +126,17 @@ TEST_F(DriverServices, AGroupIsFoundByItsMembers) {
     std::uint32_t group = 99;
     EXPECT_EQ(driver_.get_group_by_interface(3, &group), kOk);
     EXPECT_EQ(group, 0U);
-    driver_.groups().set_members(2, ports({3, 4}));
+    ASSERT_EQ(chip_.create_trunk(1), Status::kOk);
+    ASSERT_EQ(chip_.set_trunk(1, {6, 7}), Status::kOk);
     EXPECT_EQ(driver_.get_group_by_interface(3, &group), kOk);
     EXPECT_EQ(group, 0x10000002U);
-    driver_.groups().set_members(5, ports({3}));
+    ASSERT_EQ(chip_.set_trunk_configured(1, {6, 7, 8}), Status::kOk);
+    EXPECT_EQ(driver_.get_group_by_interface(5, &group), kOk);
+    EXPECT_EQ(group, 0x10000002U) << "on standby";
+    ASSERT_EQ(chip_.set_trunk_configured(1, {7}), Status::kOk);
+    ASSERT_EQ(chip_.set_trunk(1, {7}), Status::kOk);
     EXPECT_EQ(driver_.get_group_by_interface(3, &group), kOk);
-    EXPECT_EQ(group, 0x10000005U) << "a port is in one group";
-    EXPECT_EQ(driver_.get_group_by_interface(4, &group), kOk);
-    EXPECT_EQ(group, 0x10000002U);
+    EXPECT_EQ(group, 0U);
     EXPECT_EQ(driver_.get_group_by_interface(27, &group), kNotFrontPort);
     EXPECT_EQ(group, 0U);
     EXPECT_EQ(driver_.get_group_by_interface(3, nullptr), chip::code(Status::kBadArgument));
@@ -222,6 +226,19 @@ TEST_F(DriverServices, AFullEventQueueRefuses) {
     EXPECT_EQ(driver_.equeue_send_ucast(1, message, -1), chip::code(Status::kQueueFull));
     EXPECT_EQ(driver_.equeue_send_ucast(1, nullptr, -1), chip::code(Status::kBadArgument));
     EXPECT_EQ(driver_.events().events().size(), EventQueue::kCapacity);
+}
+
+TEST_F(DriverServices, EventsAreTakenInOrderFromTheirQueue) {
+    std::uintptr_t message[8] = {};
+    for (const std::uintptr_t number : {1U, 2U, 3U}) {
+        message[0] = number;
+        ASSERT_GT(driver_.equeue_send_ucast(number == 2 ? 9 : 1, message, -1), 0);
+    }
+    EXPECT_FALSE(driver_.events().take(5).has_value());
+    EXPECT_EQ(driver_.events().take(1)->words[0], 1U);
+    EXPECT_EQ(driver_.events().take(1)->words[0], 3U);
+    EXPECT_FALSE(driver_.events().take(1).has_value());
+    EXPECT_EQ(driver_.events().take(9)->words[0], 2U);
 }
 
 }  // namespace

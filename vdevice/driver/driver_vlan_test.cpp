@@ -190,7 +190,8 @@ TEST_F(DriverVlan, OtherUnitsAreRefused) {
 }
 
 TEST_F(DriverVlan, WhatIsNotCarriedOutSaysSo) {
-    EXPECT_EQ(driver_.user_trunk_init(0, 0), kNotSupported);
+    std::uint32_t group = 0;
+    EXPECT_EQ(driver_.user_stg_default_get(0, 0, &group), kNotSupported);
     EXPECT_EQ(kNotSupported, -100);
 }
 

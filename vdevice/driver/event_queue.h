@@ -3,9 +3,11 @@
 // in another process can use it.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <deque>
+#include <optional>
 
 #include "vdevice/chip/mac_table.h"
 
@@ -31,6 +33,18 @@ class EventQueue {
         }
         events_.push_back(event);
         return true;
+    }
+
+    /** Takes the oldest message of a queue. */
+    std::optional<Event> take(std::uint32_t queue) {
+        const auto found =
+            std::find_if(events_.begin(), events_.end(), [&](const Event &event) { return event.queue == queue; });
+        if (found == events_.end()) {
+            return std::nullopt;
+        }
+        const Event event = *found;
+        events_.erase(found);
+        return event;
     }
 
     void clear() { events_.clear(); }

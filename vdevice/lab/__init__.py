@@ -15,11 +15,14 @@ Root needs nothing more. An ordinary user enters a user namespace first, which `
 
 Only the standard library is used. Modules, from the ground up: `netns` (namespaces), `process` (bounded start and
 stop), `nic` (interfaces and frames on them), `frames` (building and describing frames), `builds` (programs of a build
-and the emulator), `device`, `host`, `shell` (adpsh as a function call), `bench` (the Lab itself).
+and the emulator), `device`, `host`, `shell` (adpsh as a function call), `bench` (the Lab itself), `pair` (two
+of them, joined by cables), `load` (many flows from one side to the other), `aggregation` (the example program that
+keeps an aggregation group), `failover` (that program on both devices of a pair, under load).
 """
 
 from .bench import Lab
 from .builds import Build
+from .pair import Pair
 from .problem import LabError
 
-__all__ = ["Build", "Lab", "LabError"]
+__all__ = ["Build", "Lab", "LabError", "Pair"]

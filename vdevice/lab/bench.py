@@ -23,7 +23,8 @@ BARRIERS = 2
 class Lab:
     """A device with hosts on some of its user ports. Use it in a `with` statement; leaving it ends everything."""
 
-    def __init__(self, device_build="host", hosts=range(1, 27), user_ports=26):
+    def __init__(self, device_build="host", hosts=range(1, 27), user_ports=26, name="device"):
+        self._name = name
         self._device_build = Build(device_build)
         self._ports = tuple(hosts)
         self._user_ports = user_ports
@@ -33,7 +34,7 @@ class Lab:
 
     def __enter__(self):
         with self._stack as stack:
-            self.device = stack.enter_context(contextlib.closing(Device(self._device_build, self._user_ports)))
+            self.device = stack.enter_context(contextlib.closing(self._make_device()))
             for port in self._ports:
                 self.hosts[port] = stack.enter_context(contextlib.closing(Host(self.device, port)))
             self.await_links()
@@ -42,6 +43,9 @@ class Lab:
 
     def __exit__(self, *problem):
         return self._stack.__exit__(*problem)
+
+    def _make_device(self):
+        return Device(self._device_build, self._user_ports, self._name)
 
     def await_links(self, without=()):
         """Waits until all hosts but those without a link can send and receive."""
@@ -58,22 +62,22 @@ class Lab:
         return self._stack.enter_context(contextlib.closing(Shell(self.device, command, namespace)))
 
     def marker(self):
-        """Bytes that no other frame of this bench contains."""
-        return b"<mark %06d>" % next(self._numbers)
+        """Bytes that no other frame of this bench contains, nor one of a bench with another name."""
+        return b"<%s %06d>" % (self._name.encode(), next(self._numbers))
 
     def mac(self, port=0):
         """A unicast address that no other frame of this bench has used. `port` only makes it readable."""
         return bytes([0x02, 0xAD, port, *next(self._numbers).to_bytes(3, "big")])
 
-    def arrivals(self, marker):
+    def arrivals(self, marker, without=()):
         """{user port: [frames]} of every frame with the marker that has reached a host.
 
         What was sent before the call is on the cables by the time it returns: a barrier frame is sent out of every port
         behind it, and each port delivers in order. So an empty answer means that nothing came, without waiting for it.
-        Hosts without a link have no barrier to wait for.
+        Hosts without a link have no barrier to wait for; nor have those that the caller knows to be out of reach.
         """
         links = self.device.links()
-        linked = [host for port, host in self.hosts.items() if port in links]
+        linked = [host for port, host in self.hosts.items() if port in links and port not in without]
         seen = {host.port: [] for host in self.hosts.values()}
         for _ in range(BARRIERS):
             self._pass_barrier(linked, seen)

@@ -42,6 +42,10 @@ class LineReader:
         self._fd = stream.fileno()
         self._pending = b""
 
+    def has_line(self):
+        """Whether line() has something to tell at once: a line, or that the speaker has ended."""
+        return b"\n" in self._pending or bool(select.select([self._fd], [], [], 0)[0])
+
     def line(self, seconds, what):
         """The next line without its end. `what` names the speaker in the error when none comes."""
         deadline = time.monotonic() + seconds

@@ -155,7 +155,7 @@ bool Client::connect_until(Clock::time_point end) {
     return open_socket(end) && shake_hands(end);
 }
 
-bool Client::receive_reply(CallId id, const void *const *arguments, Clock::time_point end, int32_t &result) {
+bool Client::receive_body(Clock::time_point end, std::vector<uint8_t> &body) {
     std::array<uint8_t, kWordBytes> head{};
     if (!receive_all(head, end)) {
         return false;
@@ -164,8 +164,25 @@ bool Client::receive_reply(CallId id, const void *const *arguments, Clock::time_
     if (words > kMaxMessageWords) {
         return lost("sent nonsense");
     }
-    std::vector<uint8_t> body(words * kWordBytes);
-    if (!receive_all(body, end)) {
+    body.resize(words * kWordBytes);
+    return receive_all(body, end);
+}
+
+bool Client::receive_words(Clock::time_point end, std::vector<uint32_t> &words) {
+    std::vector<uint8_t> body;
+    if (!receive_body(end, body)) {
+        return false;
+    }
+    words.clear();
+    for (Reader reader(body); reader.left() != 0;) {
+        words.push_back(reader.word());
+    }
+    return true;
+}
+
+bool Client::receive_reply(CallId id, const void *const *arguments, Clock::time_point end, int32_t &result) {
+    std::vector<uint8_t> body;
+    if (!receive_body(end, body)) {
         return false;
     }
     Reader reader(body);
@@ -190,10 +207,25 @@ bool Client::exchange(CallId id, const void *const *arguments, Clock::time_point
     return false;
 }
 
-void Client::complain(CallId id) {
+bool Client::exchange_words(Extra id, std::span<const uint32_t> words, Clock::time_point end,
+                            std::vector<uint32_t> &answer) {
+    Writer writer;
+    writer.word(static_cast<uint32_t>(words.size() + 1));
+    writer.word(static_cast<uint32_t>(id));
+    for (const uint32_t word : words) {
+        writer.word(word);
+    }
+    if (connect_until(end) && send_all(writer.buffer(), end) && receive_words(end, answer) && !answer.empty()) {
+        return true;
+    }
+    drop();
+    return false;
+}
+
+void Client::complain(const char *request) {
     if (!complained_) {
-        std::fprintf(stderr, "%s: %s failed: the virtual device at %s %s.\n", name_.c_str(), platform::call(id).name,
-                     path_.c_str(), reason_.c_str());
+        std::fprintf(stderr, "%s: %s failed: the virtual device at %s %s.\n", name_.c_str(), request, path_.c_str(),
+                     reason_.c_str());
         complained_ = true;
     }
 }
@@ -202,11 +234,37 @@ int32_t Client::call(CallId id, const void *const *arguments) {
     const std::lock_guard guard(mutex_);
     int32_t result = kCallLost;
     if (!exchange(id, arguments, Clock::now() + deadline_, result)) {
-        complain(id);
+        complain(platform::call(id).name);
         return kCallLost;
     }
     complained_ = false;
     return result;
+}
+
+int32_t Client::request(Extra id, std::span<const uint32_t> words, std::vector<uint32_t> &answer) {
+    const std::lock_guard guard(mutex_);
+    if (!exchange_words(id, words, Clock::now() + deadline_, answer)) {
+        complain(id == Extra::kWatchLinks ? "the link scan" : "vdev_equeue_receive");
+        return kCallLost;
+    }
+    complained_ = false;
+    const auto result = static_cast<int32_t>(answer.front());
+    answer.erase(answer.begin());
+    return result;
+}
+
+bool Client::wait_for_message(std::vector<uint32_t> &words) {
+    constexpr int kWithoutLimit = -1;
+    pollfd waiting{socket_, POLLIN, 0};
+    int ready = 0;
+    do {
+        ready = poll(&waiting, 1, kWithoutLimit);
+    } while (ready < 0 && errno == EINTR);
+    if (ready > 0 && receive_words(Clock::now() + deadline_, words)) {
+        return true;
+    }
+    drop();
+    return false;
 }
 
 }  // namespace vdevice::remote

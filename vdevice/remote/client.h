@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "platform/call_table.h"
+#include "vdevice/remote/protocol.h"
 
 namespace vdevice::remote {
 
@@ -39,6 +40,11 @@ class Client {
     /** The call's result. A negative result leaves the outputs alone. */
     int32_t call(platform::CallId id, const void *const *arguments);
 
+    /** Makes a request that is no driver call: its result, and in @p answer the words that follow it. */
+    int32_t request(Extra id, std::span<const uint32_t> words, std::vector<uint32_t> &answer);
+    /** Waits, without limit, for a message that the daemon sends unasked; false when the connection is lost. */
+    bool wait_for_message(std::vector<uint32_t> &words);
+
     /** @name Around a fork, so that the child finds the lock as it was */
     /** @{ */
     void lock() { mutex_.lock(); }
@@ -51,13 +57,17 @@ class Client {
     bool shake_hands(Clock::time_point end);
     bool exchange(platform::CallId id, const void *const *arguments, Clock::time_point end, int32_t &result);
     bool receive_reply(platform::CallId id, const void *const *arguments, Clock::time_point end, int32_t &result);
+    bool exchange_words(Extra id, std::span<const uint32_t> words, Clock::time_point end,
+                        std::vector<uint32_t> &answer);
+    bool receive_body(Clock::time_point end, std::vector<uint8_t> &body);
+    bool receive_words(Clock::time_point end, std::vector<uint32_t> &words);
     bool send_all(std::span<const uint8_t> data, Clock::time_point end);
     bool receive_all(std::span<uint8_t> data, Clock::time_point end);
     bool wait_for(short events, Clock::time_point end);
     void drop();
     /** Remembers why the call fails. */
     bool lost(const std::string &reason);
-    void complain(platform::CallId id);
+    void complain(const char *request);
 
     const std::string name_;
     const std::string path_;

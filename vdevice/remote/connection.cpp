@@ -15,6 +15,7 @@ using platform::CallId;
 namespace {
 
 constexpr std::size_t kReadBytes = 16384;
+constexpr std::size_t kMaxUnreadBytes = 65536;
 constexpr std::size_t kHandshakeBytes = kHandshakeWords * kWordBytes;
 
 }  // namespace
@@ -47,6 +48,23 @@ bool Connection::flush() {
     return !closing_;
 }
 
+void Connection::put_out(const Writer &writer) {
+    output_.insert(output_.end(), writer.buffer().begin(), writer.buffer().end());
+}
+
+void Connection::push(std::span<const uint32_t> words) {
+    overrun_ = overrun_ || output_.size() > kMaxUnreadBytes;
+    if (overrun_) {
+        return;
+    }
+    Writer writer;
+    writer.word(static_cast<uint32_t>(words.size()));
+    for (const uint32_t word : words) {
+        writer.word(word);
+    }
+    put_out(writer);
+}
+
 bool Connection::shake_hands(Reader &reader) {
     if (reader.word() != kMagic) {
         return malformed();
@@ -54,7 +72,7 @@ bool Connection::shake_hands(Reader &reader) {
     Writer writer;
     writer.word(kMagic);
     writer.word(platform::kInterfaceChecksum);
-    output_ = writer.take();
+    put_out(writer);
     greeted_ = true;
     if (reader.word() == platform::kInterfaceChecksum) {
         ++server_.counters_.connected;
@@ -67,7 +85,11 @@ bool Connection::shake_hands(Reader &reader) {
 
 bool Connection::answer(std::span<const uint8_t> request) {
     Reader reader(request);
-    const auto id = static_cast<CallId>(reader.word());
+    const uint32_t number = reader.word();
+    if (number >= kFirstExtra) {
+        return answer_extra(static_cast<Extra>(number), reader);
+    }
+    const auto id = static_cast<CallId>(number);
     Received received;
     if (!is_answered(id) || !received.decode(reader, id)) {
         return malformed();
@@ -85,7 +107,31 @@ bool Connection::answer(std::span<const uint8_t> request) {
         encode_outputs(writer, id, received.arguments());
     }
     writer.patch(0, static_cast<uint32_t>(writer.buffer().size() / kWordBytes - 1));
-    output_ = writer.take();
+    put_out(writer);
+    return true;
+}
+
+bool Connection::answer_extra(Extra id, Reader &reader) {
+    std::vector<uint32_t> words;
+    while (reader.left() != 0) {
+        words.push_back(reader.word());
+    }
+    std::vector<uint32_t> answer;
+    int32_t result = 0;
+    if (id == Extra::kWatchLinks) {
+        watching_ = true;
+    } else if (id == Extra::kTakeEvent && server_.extra_handler_) {
+        result = server_.extra_handler_(id, words, answer);
+    } else {
+        return malformed();
+    }
+    Writer writer;
+    writer.word(static_cast<uint32_t>(answer.size() + 1));
+    writer.word(static_cast<uint32_t>(result));
+    for (const uint32_t word : answer) {
+        writer.word(word);
+    }
+    put_out(writer);
     return true;
 }
 
@@ -127,6 +173,9 @@ bool Connection::handle_messages() {
 }
 
 bool Connection::serve() {
+    if (overrun_) {
+        return false;
+    }
     if (is_blocked()) {
         return flush() && (is_blocked() || handle_messages());
     }

@@ -26,17 +26,25 @@ class Connection {
     /** There are answers that the client has not taken yet: until it does, no request of it is read. */
     [[nodiscard]] bool is_blocked() const { return !output_.empty(); }
 
+    [[nodiscard]] bool is_watching() const { return watching_; }
+    /** Adds a message to the output; a client that leaves too many unread is closed. */
+    void push(std::span<const uint32_t> words);
+
   private:
     bool receive();
     bool flush();
     bool handle_messages();
     bool shake_hands(Reader &reader);
     bool answer(std::span<const uint8_t> request);
+    bool answer_extra(Extra id, Reader &reader);
+    void put_out(const Writer &writer);
     bool malformed();
 
     Server &server_;
     int socket_;
     bool greeted_ = false;
+    bool watching_ = false;
+    bool overrun_ = false; /**< messages were lost because the client did not read */
     bool closing_ = false; /**< closed as soon as the output is out */
     std::vector<uint8_t> input_;
     std::vector<uint8_t> output_;

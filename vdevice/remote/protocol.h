@@ -6,6 +6,9 @@
  * differ, both close. Then each request is its length in words, the call's id and the encoded inputs, and each reply
  * its length in words, the result, whether outputs follow (1) or not (0), and the encoded outputs. One request is under
  * way at a time. How arguments are encoded stands in message.h.
+ *
+ * A few requests are no driver calls (Extra). What follows their id, and the result in their reply, are plain words. A
+ * client that has asked for kWatchLinks gets a message, of length and words, for every link change.
  */
 #ifndef VDEVICE_REMOTE_PROTOCOL_H
 #define VDEVICE_REMOTE_PROTOCOL_H
@@ -26,6 +29,20 @@ inline constexpr std::size_t kMaxMessageBytes = kMaxMessageWords * kWordBytes;
 
 /** The result of a call that never reached a device, or whose answer never came. */
 inline constexpr int32_t kCallLost = -1;
+
+enum class Extra : uint32_t {
+    kWatchLinks = 0xFFFFFF00, /**< tells of link changes from the reply on */
+    kTakeEvent = 0xFFFFFF01,  /**< queue: 1 and the message with its record, or 0 */
+};
+inline constexpr uint32_t kFirstExtra = 0xFFFFFF00;
+
+/** @name The words of a link change */
+/** @{ */
+inline constexpr std::size_t kLinkChangeUnit = 0;
+inline constexpr std::size_t kLinkChangePort = 1;
+inline constexpr std::size_t kLinkChangeInfo = 2;
+inline constexpr std::size_t kLinkChangeWords = 6;
+/** @} */
 
 /** The run folder: $VDEVICE_DIR, or /tmp/vdevice-<uid>. */
 std::string run_directory();

@@ -116,6 +116,16 @@ void Server::accept_clients() {
     watch(epoll_, EPOLL_CTL_ADD, descriptor, EPOLLIN);
 }
 
+// The messages go out from serve_ready(): a connection cannot be closed while it may be the one that is being served.
+void Server::publish_link_change(std::span<const uint32_t, kLinkChangeWords> words) {
+    for (const auto &[descriptor, connection] : connections_) {
+        if (connection->is_watching()) {
+            connection->push(words);
+            watch(epoll_, EPOLL_CTL_MOD, descriptor, EPOLLOUT);
+        }
+    }
+}
+
 void Server::close_client(int descriptor) {
     connections_.erase(descriptor);
 }

@@ -9,9 +9,12 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <span>
 #include <string>
+#include <vector>
 
 #include "generated/driver_calls.h"
+#include "vdevice/remote/protocol.h"
 
 namespace vdevice::remote {
 
@@ -27,6 +30,9 @@ class Server {
     using Handler = std::function<int64_t(platform::CallId, const void *const *arguments)>;
     /** Sees each call once it is answered, for a trace. */
     using Observer = std::function<void(platform::CallId, const void *const *arguments, int64_t result)>;
+
+    /** Answers a request that is no driver call: gives its result and fills in what follows it. */
+    using ExtraHandler = std::function<int32_t(Extra, std::span<const uint32_t> words, std::vector<uint32_t> &answer)>;
 
     struct Counters {
         uint64_t connected = 0;  /**< clients that shook hands */
@@ -49,6 +55,9 @@ class Server {
     void serve_ready();
 
     void set_observer(Observer observer) { observer_ = std::move(observer); }
+    void set_extra_handler(ExtraHandler handler) { extra_handler_ = std::move(handler); }
+    /** Tells the clients that watch of a link change. May be called while a call is being answered. */
+    void publish_link_change(std::span<const uint32_t, kLinkChangeWords> words);
     [[nodiscard]] const Counters &counters() const { return counters_; }
     [[nodiscard]] std::size_t clients() const { return connections_.size(); }
 
@@ -61,6 +70,7 @@ class Server {
 
     Handler handler_;
     Observer observer_;
+    ExtraHandler extra_handler_;
     std::string path_;
     int epoll_ = -1;
     int listener_ = -1;

@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
 #include <chrono>
 #include <deque>
 #include <stdexcept>
@@ -31,6 +32,77 @@ TEST(Remote, TellsAClientThatItWasBuiltFromOtherHeaders) {
     EXPECT_TRUE(other.is_closed());
     EXPECT_EQ(server.counters().mismatched, 1u);
     EXPECT_EQ(server.counters().connected, 0u);
+}
+
+TEST(Remote, TellsThoseWhoWatchAndClosesThoseWhoDoNotListen) {
+    const Folder folder;
+    constexpr uint32_t kMessagesPerCall = 200;
+    constexpr uint32_t kCalls = 400;
+    Server *running = nullptr;
+    Server server(
+        [&](CallId, const void *const *) {
+            for (uint32_t number = 0; number < kMessagesPerCall; ++number) {
+                const std::array<uint32_t, kLinkChangeWords> words = {0, number, 2, 3, 4, 5};
+                running->publish_link_change(words);
+            }
+            return 1;
+        },
+        folder.socket());
+    running = &server;
+    Client caller("libtest", folder.socket());
+    Client watcher("libtest", folder.socket());
+    const RawClient deaf(folder.socket());
+    const Loop loop(server);
+    std::vector<uint32_t> words;
+    ASSERT_EQ(watcher.request(Extra::kWatchLinks, {}, words), 0);
+    EXPECT_TRUE(words.empty());
+    deaf.send_words({kMagic, platform::kInterfaceChecksum, 1, static_cast<uint32_t>(Extra::kWatchLinks)});
+    for (uint32_t call = 0; call < kCalls; ++call) {
+        ASSERT_EQ(create_vlan(caller, 1), 1);
+        for (uint32_t number = 0; number < kMessagesPerCall; ++number) {
+            ASSERT_TRUE(watcher.wait_for_message(words));
+            ASSERT_EQ(words, (std::vector<uint32_t>{0, number, 2, 3, 4, 5}));
+        }
+    }
+    EXPECT_TRUE(deaf.is_closed());
+    EXPECT_EQ(create_vlan(caller, 1), 1);
+}
+
+TEST(Remote, AClientMayWatchAndCall) {
+    const Folder folder;
+    Server *running = nullptr;
+    Server server(
+        [&](CallId, const void *const *) {
+            const std::array<uint32_t, kLinkChangeWords> words = {0, 7};
+            running->publish_link_change(words);
+            return 0;
+        },
+        folder.socket());
+    running = &server;
+    const RawClient client(folder.socket());
+    const Loop loop(server);
+    client.send_words({kMagic, platform::kInterfaceChecksum, 1, static_cast<uint32_t>(Extra::kWatchLinks), 4,
+                       static_cast<uint32_t>(CallId::user_vlan_create), 0, 0, 1});
+    // The handshake, the reply to the first request, the message, the reply to the second.
+    const std::vector<uint32_t> expected = {kMagic, platform::kInterfaceChecksum, 1, 0, 6, 0, 7, 0, 0, 0, 0, 2, 0, 1};
+    std::vector<uint8_t> octets(expected.size() * kWordBytes);
+    ASSERT_EQ(client.receive(octets.data(), octets.size()), octets.size());
+    Reader reader(octets);
+    for (const uint32_t word : expected) {
+        EXPECT_EQ(reader.word(), word);
+    }
+}
+
+TEST(Remote, RefusesExtraRequestsThatItDoesNotKnow) {
+    const Folder folder;
+    VlanOnly device;
+    Server server(device, folder.socket());
+    const Loop loop(server);
+    for (const uint32_t id : {static_cast<uint32_t>(Extra::kTakeEvent), kFirstExtra + 2}) {
+        const RawClient client(folder.socket());
+        client.send_words({kMagic, platform::kInterfaceChecksum, 1, id});
+        EXPECT_TRUE(client.is_closed()) << "nobody answers it here";
+    }
 }
 
 TEST(Remote, ClosesAClientThatSendsNonsenseAndServesTheOthers) {

@@ -5,7 +5,6 @@
 #include <iostream>
 #include <nlohmann/json.hpp>
 #include <string>
-#include <vector>
 
 #include "vdevice/vdevctl/client.h"
 #include "vdevice/vdevctl/tables.h"
@@ -18,14 +17,13 @@ struct Options {
     bool json = false;
     int port = 0;
     int trace = 0;
-    int group = 0;
-    std::vector<int> ports;
 };
 
 void add_commands(CLI::App &app, Options &options) {
     app.add_subcommand("ports", "the ports with their state");
     app.add_subcommand("vlans", "the VLAN table");
     app.add_subcommand("macs", "the MAC table");
+    app.add_subcommand("trunks", "the trunks with their members");
     app.add_subcommand("counters", "frames and octets of each port, and why frames were dropped");
     app.add_subcommand("log", "what the device and its software logged");
     app.add_subcommand("events", "messages waiting in the event queue");
@@ -35,9 +33,6 @@ void add_commands(CLI::App &app, Options &options) {
     app.add_subcommand("trace", "what sys_trace_get() answers: 0 off, other numbers on")
         ->add_option("value", options.trace)
         ->required();
-    CLI::App *group = app.add_subcommand("group", "tell the device's services which user ports form a group");
-    group->add_option("group", options.group, "1 to 8")->required();
-    group->add_option("ports", options.ports, "none to empty the group");
     app.require_subcommand(1);
 }
 
@@ -47,9 +42,6 @@ nlohmann::json request_for(const std::string &command, const Options &options) {
         request["port"] = options.port;
     } else if (command == "trace") {
         request["value"] = options.trace;
-    } else if (command == "group") {
-        request["group"] = options.group;
-        request["ports"] = options.ports;
     }
     return request;
 }

@@ -45,14 +45,29 @@ std::string port_state(const json &port) {
     return port["link"].get<bool>() ? "up" : "down";
 }
 
+/** "1000 full", with what is out of the ordinary behind it. */
+std::string port_settings(const json &port) {
+    constexpr int kNormalLearning = 5;
+    std::string text =
+        fmt::format("{} {}{}", port["speed"].get<int>(), port["full_duplex"].get<bool>() ? "full" : "half",
+                    port["autoneg"].get<bool>() ? "" : ", fixed");
+    if (port["learning"].get<int>() != kNormalLearning) {
+        text += fmt::format(", learning {}", port["learning"].get<int>());
+    }
+    if (port["loopback"].get<int>() != 0) {
+        text += fmt::format(", loopback {}", port["loopback"].get<int>());
+    }
+    return text + (port["jumbo"].get<bool>() ? "" : ", no jumbo frames");
+}
+
 std::string show_ports(const json &answer) {
-    std::string text = fmt::format("{:>4}  {:>4}  {:<10} {:<8} {:>5} {:>12} {:>12}\n", "PORT", "CHIP", "INTERFACE",
-                                   "STATE", "PVID", "RX FRAMES", "TX FRAMES");
+    std::string text = fmt::format("{:>4}  {:>4}  {:<10} {:<8} {:>5} {:>12} {:>12}  {}\n", "PORT", "CHIP", "INTERFACE",
+                                   "STATE", "PVID", "RX FRAMES", "TX FRAMES", "SETTINGS");
     for (const json &port : answer["ports"]) {
-        text += fmt::format("{:>4}  {:>4}  {:<10} {:<8} {:>5} {:>12} {:>12}\n", port_name(port["port"].get<int>()),
+        text += fmt::format("{:>4}  {:>4}  {:<10} {:<8} {:>5} {:>12} {:>12}  {}\n", port_name(port["port"].get<int>()),
                             port["chip_port"].get<int>(), port["interface"].get<std::string>(), port_state(port),
                             port["pvid"].get<int>(), port["rx_frames"].get<std::uint64_t>(),
-                            port["tx_frames"].get<std::uint64_t>());
+                            port["tx_frames"].get<std::uint64_t>(), port_settings(port));
     }
     return text;
 }
@@ -66,13 +81,24 @@ std::string show_vlans(const json &answer) {
     return text + "* default VLAN\n";
 }
 
+std::string show_trunks(const json &answer) {
+    std::string text =
+        fmt::format("{:>5}  {:>5}  {:<24} {:<24} {}\n", "TRUNK", "GROUP", "MEMBERS", "STANDBY", "BALANCE");
+    for (const json &trunk : answer["trunks"]) {
+        text += fmt::format("{:>5}  {:>5}  {:<24} {:<24} {}\n", trunk["trunk"].get<int>(), trunk["group"].get<int>(),
+                            port_list(trunk["members"]), port_list(trunk["standby"]), trunk["balance"].get<int>());
+    }
+    return text + fmt::format("hash selection {:#x}\n", answer["hash"].get<int>());
+}
+
 std::string show_macs(const json &answer) {
     std::string text = fmt::format("{:>4}  {:<17}  {:>4}  {}\n", "VLAN", "ADDRESS", "PORT", "AGE");
     for (const json &entry : answer["macs"]) {
         const bool is_static = entry["static"].get<bool>();
+        const int trunk = entry["trunk"].get<int>();
+        const std::string place = trunk < 0 ? port_name(entry["port"].get<int>()) : fmt::format("t{}", trunk);
         text += fmt::format("{:>4}  {:<17}  {:>4}  {}\n", entry["vid"].get<int>(), entry["mac"].get<std::string>(),
-                            port_name(entry["port"].get<int>()),
-                            is_static ? "static" : fmt::format("{:.0f} s", entry["age"].get<double>()));
+                            place, is_static ? "static" : fmt::format("{:.0f} s", entry["age"].get<double>()));
     }
     return text + fmt::format("{} of {} entries; learned {}, moved {}, aged out {}, refused {}\n",
                               answer["macs"].size(), answer["capacity"].get<std::uint64_t>(),
@@ -86,6 +112,9 @@ std::string show_drops(const json &row) {
         if (count.get<std::uint64_t>() != 0) {
             parts.push_back(fmt::format("{} {}", reason, count.get<std::uint64_t>()));
         }
+    }
+    if (const auto longer = row["tx_too_long"].get<std::uint64_t>(); longer != 0) {
+        parts.push_back(fmt::format("tx_too_long {}", longer));
     }
     if (const auto lost = row["tx_lost"].get<std::uint64_t>(); lost != 0) {
         parts.push_back(fmt::format("tx_lost {}", lost));
@@ -139,8 +168,8 @@ std::string show_version(const json &answer) {
 std::string show(const std::string &command, const json &answer) {
     using Show = std::string (*)(const json &);
     static const std::map<std::string, Show> kTables = {
-        {"ports", show_ports}, {"vlans", show_vlans},   {"macs", show_macs},       {"counters", show_counters},
-        {"log", show_log},     {"events", show_events}, {"version", show_version},
+        {"ports", show_ports}, {"vlans", show_vlans},   {"macs", show_macs},     {"counters", show_counters},
+        {"log", show_log},     {"events", show_events}, {"trunks", show_trunks}, {"version", show_version},
     };
     const auto table = kTables.find(command);
     return table == kTables.end() ? std::string{} : table->second(answer);

@@ -67,6 +67,14 @@ json ports(Device &device, const json & /*request*/) {
                         {"link", port.link},
                         {"up", port.is_up()},
                         {"pvid", port.pvid},
+                        {"speed", port.phy.speed()},
+                        {"full_duplex", port.phy.full_duplex()},
+                        {"autoneg", port.phy.autoneg()},
+                        {"medium", port.phy.medium() == chip::Medium::kFibre ? "fibre" : "copper"},
+                        {"learning", port.learning.number},
+                        {"loopback", port.loopback},
+                        {"jumbo", port.jumbo},
+                        {"egress", user_numbers(device, port.egress)},
                         {"rx_frames", port.counters.rx_frames},
                         {"tx_frames", port.counters.tx_frames}});
     });
@@ -93,6 +101,7 @@ json macs(Device &device, const json & /*request*/) {
         json row = {{"vid", entry.vid},
                     {"mac", driver::to_text(entry.mac)},
                     {"port", user_number(device, entry.port)},
+                    {"trunk", entry.trunk},
                     {"static", entry.is_static}};
         if (!entry.is_static) {
             row["age"] = seconds(device.now() - entry.last_seen);
@@ -120,6 +129,7 @@ json counters(Device &device, const json & /*request*/) {
                         {"rx_octets", port.counters.rx_octets},
                         {"tx_frames", port.counters.tx_frames},
                         {"tx_octets", port.counters.tx_octets},
+                        {"tx_too_long", port.counters.tx_too_long},
                         {"tx_lost", wire.socket.send_failures()},
                         {"drops", drops}});
     });
@@ -166,18 +176,33 @@ json trace(Device &device, const json &request) {
     return json::object();
 }
 
-json group(Device &device, const json &request) {
-    const auto number = request.find("group");
-    if (number == request.end() || !number->is_number_integer() ||
-        !driver::Groups::is_group(number->get<std::int64_t>())) {
-        throw Refusal{"The group must be a number, 1 to " + std::to_string(driver::Groups::kGroups) + "."};
+/** User port numbers in the list's own order. */
+json user_list(const Device &device, const std::vector<int> &chip_ports) {
+    json numbers = json::array();
+    for (const int port : chip_ports) {
+        numbers.push_back(user_number(device, port));
     }
-    PortSet members;
-    for (const json &port : request.value("ports", json::array())) {
-        members.add(requested_port(device, {{"port", port}}));
+    return numbers;
+}
+
+json trunks(Device &device, const json & /*request*/) {
+    json rows = json::array();
+    const chip::TrunkTable &table = device.chip().trunks();
+    for (int number = 0; number < chip::TrunkTable::kTrunks; ++number) {
+        if (const chip::Trunk *trunk = table.find(number)) {
+            rows.push_back({{"trunk", number},
+                            {"group", number + 1},
+                            {"members", user_list(device, trunk->members)},
+                            {"standby", user_numbers(device, trunk->ports() & table.standby())},
+                            {"balance", trunk->balance}});
+        }
     }
-    device.driver().groups().set_members(number->get<int>(), members);
-    return json::object();
+    std::uint32_t hash = 0;
+    device.driver().user_switch_control_get(0, 0, driver::kHashSelection, &hash);
+    const chip::Traps &traps = device.chip().traps();
+    return {{"trunks", rows},
+            {"hash", hash},
+            {"traps", {{"lacp", traps.lacp}, {"oam", traps.oam}, {"self_mac", traps.self_mac}}}};
 }
 
 json version(Device &device, const json & /*request*/) {
@@ -193,7 +218,7 @@ const std::map<std::string, Command> &command_table() {
     static const std::map<std::string, Command> kCommands = {
         {"ports", ports}, {"vlans", vlans},   {"macs", macs},       {"counters", counters},
         {"log", log},     {"events", events}, {"pull", pull},       {"plug", plug},
-        {"trace", trace}, {"group", group},   {"version", version},
+        {"trace", trace}, {"trunks", trunks}, {"version", version},
     };
     return kCommands;
 }

@@ -81,15 +81,16 @@ void Device::add_wire(int chip_port, const std::string &interface_name) {
 void Device::open_wire(Wire &wire) {
     wire.socket.open();
     io::make_transparent(wire.socket.interface_name());
-    if (!wire.pulled) {
-        io::set_interface_up(wire.socket.interface_name(), true);
-    }
+    wire.raised = false;
+    apply_carrier(wire);
+    set_cable(wire, !wire.pulled);
     loop_.add(wire.socket.fd(), EPOLLIN, [this, &wire](std::uint32_t) { receive_from(wire); });
 }
 
 void Device::close_wire(Wire &wire) {
     loop_.remove(wire.socket.fd());
     wire.socket.close();
+    set_cable(wire, false);
 }
 
 void Device::receive_from(Wire &wire) {
@@ -136,6 +137,9 @@ void Device::on_link_change(const io::LinkChange &change) {
             } catch (const io::Error &error) {
                 note(*wire, error.what());
             }
+            if (!change.link) {
+                return;  // opening it has raised it, and may have brought newer news of its link already
+            }
         }
         set_link(*wire, change.link && wire->socket.is_open() && !wire->pulled);
         return;
@@ -149,6 +153,55 @@ void Device::set_link(Wire &wire, bool link) {
     }
 }
 
+void Device::set_cable(const Wire &wire, bool cable) {
+    chip_.change_port(wire.chip_port, [&](chip::Port &port) {
+        port.cable = cable;
+        return chip::Status::kOk;
+    });
+}
+
+void Device::announce_link(int port) {
+    const bool up = chip_.port(port).is_up();
+    if (announced_up_.has(port) == up) {
+        return;
+    }
+    if (up) {
+        announced_up_.add(port);
+    } else {
+        announced_up_.remove(port);
+    }
+    if (link_listener_) {
+        link_listener_(port);
+    }
+}
+
+void Device::port_changed(int port) {
+    announce_link(port);
+    const auto &wire = wires_[static_cast<std::size_t>(port)];
+    if (wire == nullptr) {
+        return;
+    }
+    try {
+        apply_carrier(*wire);
+    } catch (const io::Error &error) {
+        note(*wire, error.what());  // the interface is about to be found gone
+    }
+}
+
+// The host at the other end has a carrier while the cable is in and the port enabled.
+void Device::apply_carrier(Wire &wire) {
+    const bool raised = !wire.pulled && chip_.port(wire.chip_port).enabled;
+    if (!wire.socket.is_open() || wire.raised == raised) {
+        return;
+    }
+    io::set_interface_up(wire.socket.interface_name(), raised);
+    wire.raised = raised;
+    if (monitor_) {
+        // The carrier may be there already, and then the kernel has told before the request is answered.
+        monitor_->read_changes();
+    }
+}
+
 void Device::note(const Wire &wire, const std::string &what) {
     const std::string text = wire.socket.interface_name() + ": " + what;
     driver_.log_line(kNoticeLevel, 0, "PORT", text.c_str());
@@ -157,20 +210,16 @@ void Device::note(const Wire &wire, const std::string &what) {
 void Device::pull(int user_port) {
     Wire &wire = *wires_[static_cast<std::size_t>(*board().chip_port(user_port))];
     wire.pulled = true;
+    set_cable(wire, false);
     set_link(wire, false);
-    if (wire.socket.is_open()) {
-        io::set_interface_up(wire.socket.interface_name(), false);
-    }
+    apply_carrier(wire);
 }
 
 void Device::plug(int user_port) {
     Wire &wire = *wires_[static_cast<std::size_t>(*board().chip_port(user_port))];
     wire.pulled = false;
-    if (wire.socket.is_open()) {
-        io::set_interface_up(wire.socket.interface_name(), true);
-        // The carrier may be there already, and then the kernel has told before the answer is given.
-        monitor_->read_changes();
-    }
+    set_cable(wire, wire.socket.is_open());
+    apply_carrier(wire);
 }
 
 }  // namespace vdevice

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -37,6 +38,9 @@ class Device final : private chip::Sink {
 
     chip::Time now() const;
 
+    /** Hears of each port whose link status changes, whether by its cable, its host or its administrative state. */
+    void set_link_listener(std::function<void(int chip_port)> listener) { link_listener_ = std::move(listener); }
+
   private:
     void create_cables();
     void add_wire(int chip_port, const std::string &interface_name);
@@ -45,14 +49,20 @@ class Device final : private chip::Sink {
     void receive_from(Wire &wire);
     void on_link_change(const io::LinkChange &change);
     void set_link(Wire &wire, bool link);
+    void set_cable(const Wire &wire, bool cable);
+    void apply_carrier(Wire &wire);
+    void announce_link(int port);
     void note(const Wire &wire, const std::string &what);
     void start_clock();
 
     void transmit(int port, const chip::Frame &frame) override;
+    void port_changed(int port) override;
     void flush_queues();
 
     io::EventLoop &loop_;
     std::chrono::steady_clock::time_point started_ = std::chrono::steady_clock::now();
+    chip::PortSet announced_up_; /**< ports whose link was told to be up */
+    std::function<void(int)> link_listener_;
     chip::Switch chip_;
     driver::Driver driver_;
     std::optional<io::Cables> created_cables_;

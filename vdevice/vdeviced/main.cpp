@@ -16,6 +16,7 @@
 #include "vdevice/vdeviced/commands.h"
 #include "vdevice/vdeviced/control_server.h"
 #include "vdevice/vdeviced/device.h"
+#include "vdevice/vdeviced/extra.h"
 #include "vdevice/vdeviced/run_dir.h"
 
 namespace {
@@ -60,6 +61,7 @@ void run(const Options &options) {
     vdevice::Device device{loop, options.board, options.create_interfaces};
     running = &device;
     vdevice::remote::Server server{device.driver(), vdevice::driver_socket(options.run_dir)};
+    vdevice::serve_extra(server, device);
     loop.add(server.poll_fd(), EPOLLIN, [&](std::uint32_t) { server.serve_ready(); });
     loop.add(signals.get(), EPOLLIN, [&](std::uint32_t) { loop.stop(); });
     std::cout << "vdeviced: ready" << std::endl;

@@ -14,6 +14,7 @@ struct Wire {
     int chip_port;
     io::PacketPort socket;
     bool pulled = false; /**< held down by hand until it is plugged again */
+    bool raised = false; /**< the interface was raised: the host at its other end has a carrier */
 };
 
 }  // namespace vdevice

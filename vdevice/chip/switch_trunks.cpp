@@ -1,0 +1,80 @@
+// Trunks and what hangs on them: the addresses learned behind them, and the ports that wait on standby.
+#include "vdevice/chip/switch.h"
+
+namespace vdevice::chip {
+
+Status Switch::create_trunk(std::int64_t trunk) {
+    const Status status = trunks_.create(trunk);
+    refresh_trunks();
+    return status;
+}
+
+// The software empties a trunk by destroying it and creating it anew when its last link has gone; what it said of the
+// members still holds then. A trunk that still has a link is destroyed for good.
+Status Switch::destroy_trunk(std::int64_t trunk) {
+    const Status status = trunks_.destroy(trunk);
+    if (status != Status::kOk) {
+        return status;
+    }
+    release_addresses(trunk, PortSet{});
+    trunks_.forget_configured(trunk, up_);
+    refresh_trunks();
+    return status;
+}
+
+void Switch::destroy_all_trunks() {
+    for (int trunk = 0; trunk < TrunkTable::kTrunks; ++trunk) {
+        destroy_trunk(trunk);
+    }
+    trunks_.forget_missing();
+    refresh_trunks();
+}
+
+Status Switch::set_trunk(std::int64_t trunk, const std::vector<int> &ports) {
+    const Status status = trunks_.set_members(trunk, ports);
+    if (status != Status::kOk) {
+        return status;
+    }
+    refresh_trunks();
+    // What was learned on a port before it became a member is behind the trunk now.
+    macs_.for_each([&](MacEntry &entry) {
+        if (entry.trunk == MacEntry::kNoTrunk) {
+            entry.trunk = trunk_of(entry.port);
+        }
+    });
+    return status;
+}
+
+Status Switch::set_trunk_configured(std::int64_t trunk, const std::vector<int> &ports) {
+    const Status status = trunks_.set_configured(trunk, ports);
+    if (status == Status::kOk) {
+        release_addresses(trunk, trunks_.find(trunk)->ports());
+        refresh_trunks();
+    }
+    return status;
+}
+
+void Switch::refresh_trunks() {
+    standby_ = trunks_.standby();
+    for (int port = 0; port < kPorts; ++port) {
+        trunk_of_[static_cast<std::size_t>(port)] = trunks_.trunk_of(port);
+    }
+}
+
+/** Takes the trunk's addresses from it that were seen on other ports than those it keeps. */
+void Switch::release_addresses(std::int64_t trunk, const PortSet &kept) {
+    const auto is_released = [&](const MacEntry &entry) { return entry.trunk == trunk && !kept.has(entry.port); };
+    macs_.remove_if([&](const MacEntry &entry) { return !entry.is_static && is_released(entry); });
+    macs_.for_each([&](MacEntry &entry) {
+        if (is_released(entry)) {
+            entry.trunk = MacEntry::kNoTrunk;
+        }
+    });
+}
+
+void Switch::tick(Time now) {
+    macs_.age(now);
+    trunks_.forget_missing();
+}
+
+}  // namespace vdevice::chip

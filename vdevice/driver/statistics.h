@@ -1,0 +1,23 @@
+// The numbers by which both families of counter calls choose a counter. docs/virtual-device.md shows the same rows; a
+// test compares the two.
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+#include "vdevice/chip/port.h"
+
+namespace vdevice::driver {
+
+struct Statistic {
+    std::uint32_t selector;
+    const char *name;
+    std::uint64_t (*value)(const chip::PortCounters &);
+};
+
+std::span<const Statistic> statistics();
+
+/** The selector's row, or null. */
+const Statistic *find_statistic(std::uint32_t selector);
+
+}  // namespace vdevice::driver

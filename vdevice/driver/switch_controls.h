@@ -1,0 +1,47 @@
+// The chip-wide controls: a small table of words. Only the trunks' hash selection has an effect.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+
+#include "vdevice/chip/flow_hash.h"
+
+namespace vdevice::driver {
+
+constexpr std::uint32_t kHashSelection = 136; /**< control: which ends of a flow the hash of trunks looks at */
+
+/** The meaning of the hash selection's values; nothing for one that has none. */
+constexpr std::optional<chip::HashSides> hash_sides(std::uint32_t value) {
+    constexpr std::uint32_t kSource = 0x50;
+    constexpr std::uint32_t kDestination = 0x60;
+    constexpr std::uint32_t kBoth = 0x70;
+    switch (value) {
+        case kSource:
+            return chip::HashSides{true, false};
+        case kDestination:
+            return chip::HashSides{false, true};
+        case kBoth:
+            return chip::HashSides{true, true};
+        default:
+            return std::nullopt;
+    }
+}
+
+class SwitchControls {
+  public:
+    static constexpr std::uint32_t kControls = 256;
+    static constexpr std::uint32_t kPowerOnHash = 0x70;
+
+    SwitchControls() { words_[kHashSelection] = kPowerOnHash; }
+
+    static constexpr bool is_control(std::uint32_t control) { return control < kControls; }
+    std::uint32_t get(std::uint32_t control) const { return words_[control]; }
+    void set(std::uint32_t control, std::uint32_t value) { words_[control] = value; }
+
+  private:
+    std::array<std::uint32_t, kControls> words_{};
+};
+
+}  // namespace vdevice::driver

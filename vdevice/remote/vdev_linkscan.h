@@ -1,0 +1,41 @@
+/**
+ * @file vdev_linkscan.h
+ * Link scan of the virtual device: libnetlink_api of the virtual device has this call besides those of the driver.
+ */
+#ifndef VDEV_LINKSCAN_H
+#define VDEV_LINKSCAN_H
+
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+#define VDEV_LINKSCAN_WORDS 4  /**< words of the port information */
+#define VDEV_LINKSCAN_SPEED 0  /**< word: Mb/s */
+#define VDEV_LINKSCAN_DUPLEX 1 /**< word: 0 half, 1 full */
+#define VDEV_LINKSCAN_FAULT 2  /**< word: why there is no link, one of the next four */
+#define VDEV_LINKSCAN_LINK 3   /**< word: 0 down, 1 up */
+#define VDEV_FAULT_NONE 0      /**< there is a link */
+#define VDEV_FAULT_NO_SIGNAL 1 /**< a cable is in, but nothing is up at its other end */
+#define VDEV_FAULT_NO_CABLE 2  /**< no cable is in */
+#define VDEV_FAULT_DISABLED 3  /**< the port is disabled */
+
+/** Called for each link change; @p port is a physical port. The result is not looked at. */
+typedef int32_t (*vdev_linkscan_callback_t)(uint32_t unit, uint32_t port, const uint32_t info[VDEV_LINKSCAN_WORDS]);
+
+/**
+ * Has a function called whenever a port's link comes or goes, on a thread of the library's own. Every change after the
+ * call has returned is told, in order, until the connection to the device is lost; the thread then tries to get it
+ * back. The function may make driver calls. Another function takes the place of the one before; a null address ends
+ * the calls. After a fork the child has to register again.
+ *
+ * @return 0; -1 if the device cannot be reached, and then nothing is called
+ */
+int32_t vdev_linkscan_register(vdev_linkscan_callback_t callback);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,97 @@
+// For the daemon's test: a management program that makes the calls named on its command line and prints their results.
+#include <time.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "platform/device_services.h"
+#include "platform/netlink_api.h"
+#include "vdevice/remote/vdev_linkscan.h"
+#include "vdevice/services/vdev_equeue.h"
+
+namespace {
+
+using Numbers = std::vector<int>;
+
+uint32_t word(int number) {
+    return static_cast<uint32_t>(number);
+}
+
+int32_t tell(uint32_t unit, uint32_t port, const uint32_t info[VDEV_LINKSCAN_WORDS]) {
+    constexpr double kNanoseconds = 1e9;
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    std::printf("%.6f %u %u %u %u %u %u\n",
+                static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / kNanoseconds, unit, port, info[0],
+                info[1], info[2], info[3]);
+    std::fflush(stdout);
+    return 0;
+}
+
+/** Watches the links until its standard input ends. */
+int32_t watch(const Numbers & /*none*/) {
+    std::printf("%d\n", vdev_linkscan_register(tell));
+    std::fflush(stdout);
+    char octet = 0;
+    while (read(STDIN_FILENO, &octet, sizeof octet) > 0) {
+    }
+    return 0;
+}
+
+int32_t make_trunk(const Numbers &ports) {
+    adp_agg_record_t record = {};
+    for (const int port : ports) {
+        record.ports[record.count++] = static_cast<uint8_t>(port);
+    }
+    const int32_t created = user_trunk_create_id(0, 0, 0);
+    return created != 0 ? created : user_trunk_set(0, 0, 0, record);
+}
+
+int32_t send_event(const Numbers & /*none*/) {
+    static const uint16_t record[VDEV_EQUEUE_RECORD_FIELDS] = {0, 29, 26, 1};
+    const uintptr_t message[DEVICE_MESSAGE_WORDS] = {1, 77, 1, 0, 0, 0, 0, reinterpret_cast<uintptr_t>(record)};
+    return equeue_send_ucast(erps_event_queue, message, DEVICE_WAIT_FOREVER);
+}
+
+int32_t receive_event(const Numbers & /*none*/) {
+    uint32_t message[VDEV_EQUEUE_WORDS] = {};
+    uint16_t record[VDEV_EQUEUE_RECORD_FIELDS] = {};
+    const int32_t result = vdev_equeue_receive(erps_event_queue, message, record, 0);
+    for (const uint32_t value : message) {
+        std::printf("%u ", value);
+    }
+    for (const unsigned value : record) {
+        std::printf("%u ", value);
+    }
+    return result;
+}
+
+const std::map<std::string, std::function<int32_t(const Numbers &)>> kCalls = {
+    {"enable", [](const Numbers &n) { return user_port_enable_set(0, 0, n.at(0), word(n.at(1))); }},
+    {"loopback", [](const Numbers &n) { return user_port_loopback_set(0, 0, n.at(0), word(n.at(1))); }},
+    {"trunk", make_trunk},
+    {"watch", watch},
+    {"send-event", send_event},
+    {"receive-event", receive_event},
+};
+
+}  // namespace
+
+int main(int argc, char **argv) {
+    const auto call = kCalls.find(argc > 1 ? argv[1] : "");
+    if (call == kCalls.end()) {
+        std::fputs("test_caller: the first argument must name a call.\n", stderr);
+        return EXIT_FAILURE;
+    }
+    Numbers numbers;
+    for (int i = 2; i < argc; ++i) {
+        numbers.push_back(std::atoi(argv[i]));
+    }
+    std::printf("%d\n", call->second(numbers));
+    return EXIT_SUCCESS;
+}
