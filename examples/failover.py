@@ -138,7 +138,8 @@ def run_failover(device_build, build, paint):
     """Shows it; true if everything was as it must be."""
     near, far = (" ".join(map(str, ports)) for ports in zip(*CABLES, strict=True))
     print(f"\n{paint('Failover', 'bold')}: two devices joined by four cables, ports {near} of the near one to {far} of")
-    print(f"the far one, as aggregation group 1. {FLOWS} flows each way between two hosts; link_aggregation on both CPUs.\n")
+    print(f"the far one, as aggregation group 1. {FLOWS} flows each way between two hosts; link_aggregation runs on")
+    print("both CPUs.\n")
     with Pair({NEAR_HOST, NEAR_WITNESS}, {FAR_HOST, FAR_WITNESS}, CABLES, device_build) as pair:
         with FourCables(pair, build) as joined:
             announced = joined.announcements()

@@ -17,7 +17,7 @@ def group(number):
 
 
 class Cpu:
-    """One adpsh session. VLANs, port VLANs and management ports set through it are undone by tidy()."""
+    """One adpsh session. VLANs, port VLANs, groups and management ports set through it are undone by tidy()."""
 
     def __init__(self, lab, build, **options):
         self.lab = lab
@@ -103,13 +103,14 @@ class Cpu:
         assert self.result("SET_AGG_MANAGE_INTF", group(number), port) == 0
 
     def form_group(self, number, ports):
-        """Tells the device's services which ports form a group, so that its VLAN records list the group."""
+        """Forms a group of these ports, so that the device's VLAN records list it."""
+        assert self.result("adp_create_agg_group", group(number)) == 0
         self._formed.add(number)
-        self.lab.device.control("group", number, *ports)
+        assert self.result("adp_add_agg_member", group(number), len(ports), list(ports)) == 0
 
     def tidy(self):
         for number in self._formed:
-            self.lab.device.control("group", number)
+            assert self.result("adp_delete_agg_group", group(number)) == 0
         for port in self._pvids:
             assert self.result("adp_intf_pivd_set", port, DEFAULT_VLAN) == 0
         for vid in self._vlans:

@@ -28,6 +28,7 @@ from lab.load import NOWHERE_ELSE
 STEADY_SECONDS = 0.5
 GROUP = 0x10000001
 JUMBO, MDIX = 6, 9
+RX_FRAMES = 1
 FIBRE_PORT = 25
 WRONG_MEDIUM = -5
 
@@ -147,7 +148,7 @@ def test_order_and_every_frame_are_kept_again_afterwards(joined):
         assert (load.lost(first[load]), load.repeated(), load.overtaken(first[load])) == ([], [], [])
 
 
-# Attributes of a whole group
+# Attributes and counters of a whole group
 
 
 @pytest.fixture
@@ -186,3 +187,16 @@ def test_setting_a_group_goes_through_its_members_in_order(lab, cpu, group):
 def test_setting_a_group_stops_at_the_first_failing_member(lab, cpu, group):
     group(3, FIBRE_PORT, 26)
     assert set_traced(lab, cpu, "user_port_mdix_set", MDIX, 1, 0) == (WRONG_MEDIUM, [3, FIBRE_PORT])
+
+
+def test_group_counts_what_its_members_count(lab, cpu, group):
+    group(22, 3, 9)
+    assert cpu.result("adp_clr_port_stat", GROUP) == 0
+    frame = ethernet(BROADCAST, lab.mac(), ETHERTYPE_EXPERIMENT, lab.marker().ljust(46, b"."))
+    for port in (22, 3, 3, 9, 9, 9):
+        lab.hosts[port].send(frame)
+    lab.arrivals(frame[14:])
+    received = [cpu.call("adp_get_port_stat", port, RX_FRAMES) for port in (22, 3, 9, GROUP)]
+    assert [record["outputs"]["out"] for record in received] == [1, 2, 3, 6]
+    assert cpu.result("adp_clr_port_stat", GROUP) == 0
+    assert cpu.call("adp_get_port_stat", 3, RX_FRAMES)["outputs"]["out"] == 0

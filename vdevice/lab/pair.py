@@ -68,7 +68,8 @@ class Pair:
         near.namespace.ip(f"link delete {near_end}")
         far.namespace.ip(f"link delete {far_end}")
         pid = far.namespace.holder_pid
-        # The kernel tells of a carrier at once only where the two ends have different numbers, and else within a second.
+        # The kernel tells of a carrier at once only where the two ends have different numbers, otherwise it may take a
+        # second.
         near_index, far_index = NEAR_INDEX + near_port, FAR_INDEX + far_port
         ends = f"{near_end} index {near_index} type veth peer name {far_end} index {far_index} netns {pid}"
         near.namespace.ip(f"link add {ends}")
