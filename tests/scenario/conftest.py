@@ -19,7 +19,7 @@ def pytest_sessionstart():
     try:
         Build(DEVICE_BUILD).command("vdeviced")
         for name in BUILDS:
-            for program in ("adpsh", "group_pvid", "link_aggregation"):
+            for program in ("adpsh", "link_aggregation"):
                 Build(name).command(program)
     except LabError as problem:
         pytest.exit(str(problem), returncode=1)
