@@ -53,8 +53,9 @@ void Switch::take_in(Time now, int port, Bytes frame) {
 // A looped frame may be looped again, by another port and endlessly: the list grows while it is worked off, but only
 // up to its limit.
 void Switch::take_looped(Time now) {
-    for (std::size_t i = 0; i < looped_.size(); ++i) {
-        const Looped looped = std::move(looped_[i]);
+    std::size_t next = 0;
+    while (next < looped_.size()) {
+        const Looped looped = std::move(looped_[next++]);
         take_in(now, looped.port, looped.octets);
     }
     looped_.clear();
