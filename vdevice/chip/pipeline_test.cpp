@@ -1,47 +1,29 @@
 // The way of frames from and to user ports: VLAN, learning, forwarding, tags, and what is dropped and why.
 #include <gtest/gtest.h>
 
-#include "vdevice/chip/frame_builder.h"
-#include "vdevice/chip/switch.h"
+#include "vdevice/chip/chip_fixture.h"
 
 namespace vdevice::chip {
 namespace {
 
 using namespace std::chrono_literals;
+using test::kA;
+using test::kB;
 using test::kBroadcast;
+using test::kC;
+using test::kCpu;
 using test::kPayload;
 using test::Octets;
 using test::operator+;
 using test::Sent;
 using test::station;
 
-constexpr int kA = 4;
-constexpr int kB = 5;
-constexpr int kC = 29;
-constexpr int kCpu = Switch::kCpuPort;
-
-class PipelineTest : public testing::Test {
+class PipelineTest : public test::ChipTest {
   protected:
-    PipelineTest() {
-        for (const int port : {kCpu, kA, kB, kC}) {
-            EXPECT_EQ(chip_.set_link(port, true), Status::kOk);
-        }
-    }
-
-    std::vector<Sent> send(int port, const Octets &frame, Time now = 1s) {
-        chip_.receive(now, port, frame);
-        return sink_.take();
-    }
-
     void make_vlan(Vid vid, const PortSet &members, const PortSet &untagged) {
         ASSERT_EQ(chip_.vlans().create({vid, vid}), Status::kOk);
         ASSERT_EQ(chip_.vlans().set_ports(vid, members, untagged), Status::kOk);
     }
-
-    std::uint64_t dropped(int port, Drop reason) const { return chip_.port(port).counters.dropped(reason); }
-
-    test::RecordingSink sink_;
-    Switch chip_{sink_};
 };
 
 TEST_F(PipelineTest, AtPowerOnFloodsUntaggedAndTellsTheCpu) {
