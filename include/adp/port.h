@@ -12,6 +12,9 @@
 #ifndef ADP_PORT_H
 #define ADP_PORT_H
 
+#include <adp/gpio.h>
+#include <adp/mirror.h>
+#include <adp/startup.h>
 #include <adp/types.h>
 
 ADP_BEGIN_DECLS
