@@ -26,6 +26,16 @@ constexpr StatusEntry kStatusTable[] = {
     {Status::kTrunkMissing, "trunk_missing", "the trunk does not exist"},
     {Status::kTrunkFull, "trunk_full", "more ports than a trunk has room for"},
     {Status::kTrunkMember, "trunk_member", "a port that is listed twice, a member of another trunk, or the CPU's"},
+    {Status::kFieldGroup, "field_group", "not a group of field rules, 1 to 9"},
+    {Status::kFieldRange, "field_range", "not a field entry of 0 to 1535"},
+    {Status::kFieldSlice, "field_slice", "the field entry lies outside its group's slice"},
+    {Status::kFieldExists, "field_exists", "the field entry exists already"},
+    {Status::kFieldMissing, "field_missing", "the field entry was never created, or was destroyed"},
+    {Status::kFieldPair, "field_pair", "not the first half of a pair: an odd entry, or a group that has none"},
+    {Status::kFieldAction, "field_action", "field rules have no action of this number"},
+    {Status::kMeterRange, "meter_range", "not a meter of 0 to 63"},
+    {Status::kMeterMissing, "meter_missing", "the field entry names no meter that is there"},
+    {Status::kCounterRange, "counter_range", "not a field counter of 0 to 255"},
     {Status::kNotSupported, "not_supported", "the virtual device does not carry out this call"},
 };
 

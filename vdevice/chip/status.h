@@ -30,6 +30,16 @@ enum class Status : std::int32_t {
     kTrunkMissing = -42,
     kTrunkFull = -43,
     kTrunkMember = -44,
+    kFieldGroup = -50,
+    kFieldRange = -51,
+    kFieldSlice = -52,
+    kFieldExists = -53,
+    kFieldMissing = -54,
+    kFieldPair = -55,
+    kFieldAction = -56,
+    kMeterRange = -57,
+    kMeterMissing = -58,
+    kCounterRange = -59,
     kNotSupported = -100,
 };
 

@@ -6,6 +6,7 @@
 #include <functional>
 #include <vector>
 
+#include "vdevice/chip/field_processor.h"
 #include "vdevice/chip/mac_table.h"
 #include "vdevice/chip/port.h"
 #include "vdevice/chip/port_set.h"
@@ -72,6 +73,11 @@ class Switch {
     const Traps &traps() const { return traps_; }
     Traps &traps() { return traps_; }
 
+    const FieldProcessor &fields() const { return fields_; }
+    FieldProcessor &fields() { return fields_; }
+    /** Ports that the chip has not are refused. */
+    Status set_miss_action(int port, MissAction action);
+
   private:
     /** A frame on its way through the chip. */
     struct Flow {
@@ -80,6 +86,7 @@ class Switch {
         const Vlan &vlan;
         const Header &header;
         EgressForms &forms;
+        bool cpu_has_copy; /**< another one would be one too many */
     };
 
     /** A frame on its way back into the port that it should have left by. */
@@ -101,6 +108,9 @@ class Switch {
     void trap(int ingress, EgressForms &forms);
     void receive_from_cpu(Time now, Bytes frame);
     void forward(Time now, int ingress, const Frame &frame);
+    FieldVerdict apply_rules(Time now, int ingress, const Frame &frame, std::uint16_t tci, Header &header);
+    bool copy_to_cpu(int ingress, EgressForms &forms);
+    void redirect(const Flow &flow, const PortSet &ports);
     void forward_to_entry(const Flow &flow, const MacEntry &entry);
     void flood(const Flow &flow);
     int choose_member(const Flow &flow, const Trunk &trunk, const PortSet &among) const;
@@ -120,6 +130,8 @@ class Switch {
     std::array<int, kPorts> trunk_of_;
     HashSides hash_sides_;
     Traps traps_;
+    FieldProcessor fields_;
+    std::vector<std::uint8_t> remarked_; /**< the payload of the frame on its way, when a rule has rewritten it */
 };
 
 }  // namespace vdevice::chip
