@@ -1,7 +1,7 @@
 #include "vdevice/chip/field_key.h"
 
+#include "vdevice/chip/encapsulation.h"
 #include "vdevice/chip/ip_header.h"
-#include "vdevice/chip/packet.h"
 #include "vdevice/chip/port_set.h"
 
 namespace vdevice::chip {
@@ -24,28 +24,26 @@ TagFormat format_of(std::optional<std::uint16_t> tci) {
 }  // namespace
 
 FieldKey::FieldKey(const FieldFrame &frame) {
-    const Packet packet = read_packet(frame.header);
+    const Encapsulation carried = read_encapsulation(frame.header);
     set(Field::kInPorts, static_cast<std::uint32_t>(frame.ingress));
     set(Field::kDestinationMac, frame.header.destination);
     set(Field::kSourceMac, frame.header.source);
     set(Field::kOuterVid, frame.tci & kVidMask);
     set(Field::kOuterPriority, frame.tci >> kPcpShift);
-    set(Field::kInnerFormat, static_cast<std::uint32_t>(format_of(packet.inner_tci)));
-    if (packet.inner_tci) {
-        set(Field::kInnerVid, *packet.inner_tci & kVidMask);
-        set(Field::kInnerPriority, *packet.inner_tci >> kPcpShift);
+    set(Field::kInnerFormat, static_cast<std::uint32_t>(format_of(carried.inner_tci)));
+    if (carried.inner_tci) {
+        set(Field::kInnerVid, *carried.inner_tci & kVidMask);
+        set(Field::kInnerPriority, *carried.inner_tci >> kPcpShift);
     }
-    set(Field::kFrameKind, bit_of(FrameKind::kAny) | bit_of(packet.frame_kind));
-    if (packet.type) {
-        set(Field::kEtherType, *packet.type);
+    set(Field::kFrameKind, bit_of(FrameKind::kAny) | bit_of(carried.kind));
+    if (carried.type) {
+        set(Field::kEtherType, *carried.type);
     }
-    if (packet.type == kTypeIpv4 && is_ipv4(packet.octets)) {
-        read_ipv4(packet.octets);
-    } else if (packet.type == kTypeIpv6 && is_ipv6(packet.octets)) {
-        read_ipv6(packet.octets);
+    if (const auto packet = read_ip_packet(carried.type.value_or(0), carried.octets)) {
+        set_packet(*packet, carried.octets);
     } else {
         set(Field::kIpKind,
-            bit_of(IpKind::kAny) | bit_of(IpKind::kNotIp) | (packet.type == kTypeArp ? bit_of(IpKind::kArp) : 0));
+            bit_of(IpKind::kAny) | bit_of(IpKind::kNotIp) | (carried.type == kTypeArp ? bit_of(IpKind::kArp) : 0));
     }
 }
 
@@ -92,32 +90,23 @@ void FieldKey::set_ipv6(Field field, Bytes address) {
     }
 }
 
-void FieldKey::read_ipv4(Bytes packet) {
-    set(Field::kIpKind, bit_of(IpKind::kAny) | bit_of(IpKind::kIp) | bit_of(IpKind::kIpv4));
-    set(Field::kSourceIpv4, read32(packet, kIpv4SourceAt));
-    set(Field::kDestinationIpv4, read32(packet, kIpv4SourceAt + kIpv4AddressBytes));
-    set(Field::kDscp, packet[kIpv4DscpAt]);
-    const Upper upper = read_upper_ipv4(packet);
-    set(Field::kProtocol, *upper.protocol);
-    set_ports(upper.ports);
-}
-
-void FieldKey::read_ipv6(Bytes packet) {
-    set(Field::kIpKind, bit_of(IpKind::kAny) | bit_of(IpKind::kIp) | bit_of(IpKind::kIpv6));
-    set_ipv6(Field::kSourceIpv6, packet.subspan(kIpv6SourceAt));
-    set_ipv6(Field::kDestinationIpv6, packet.subspan(kIpv6SourceAt + kIpv6AddressBytes));
-    set(Field::kTrafficClass, (read16(packet, 0) >> kIpv6TrafficClassShift) & 0xFFU);
-    const Upper upper = read_upper_ipv6(packet);
-    if (upper.protocol) {
-        set(Field::kProtocol, *upper.protocol);
+void FieldKey::set_packet(const IpPacket &packet, Bytes octets) {
+    if (packet.is_version6()) {
+        set(Field::kIpKind, bit_of(IpKind::kAny) | bit_of(IpKind::kIp) | bit_of(IpKind::kIpv6));
+        set_ipv6(Field::kSourceIpv6, packet.source);
+        set_ipv6(Field::kDestinationIpv6, packet.destination);
+        set(Field::kTrafficClass, (read16(octets, 0) >> kIpv6TrafficClassShift) & 0xFFU);
+    } else {
+        set(Field::kIpKind, bit_of(IpKind::kAny) | bit_of(IpKind::kIp) | bit_of(IpKind::kIpv4));
+        set(Field::kSourceIpv4, read32(packet.source, 0));
+        set(Field::kDestinationIpv4, read32(packet.destination, 0));
+        set(Field::kDscp, octets[kIpv4DscpAt]);
     }
-    set_ports(upper.ports);
-}
-
-void FieldKey::set_ports(Bytes ports) {
-    if (!ports.empty()) {
-        set(Field::kSourcePort, read16(ports, 0));
-        set(Field::kDestinationPort, read16(ports, kPortBytes));
+    set(Field::kProtocol, packet.protocol);
+    const bool has_ports = packet.protocol == kTcp || packet.protocol == kUdp || packet.protocol == kSctp;
+    if (has_ports && packet.fragment_offset == 0 && packet.payload.size() >= 2 * kPortBytes) {
+        set(Field::kSourcePort, read16(packet.payload, 0));
+        set(Field::kDestinationPort, read16(packet.payload, kPortBytes));
     }
 }
 

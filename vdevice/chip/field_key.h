@@ -5,6 +5,7 @@
 
 #include "vdevice/chip/field.h"
 #include "vdevice/chip/frame.h"
+#include "vdevice/chip/ip_packet.h"
 
 namespace vdevice::chip {
 
@@ -26,9 +27,8 @@ class FieldKey {
     void set(Field field, std::uint32_t value);
     void set(Field field, Mac mac);
     void set_ipv6(Field field, Bytes address);
-    void read_ipv4(Bytes packet);
-    void read_ipv6(Bytes packet);
-    void set_ports(Bytes ports);
+    /** @p octets is the packet as a whole. */
+    void set_packet(const IpPacket &packet, Bytes octets);
     FieldWords &add(Field field);
     const FieldWords &at(Field field) const { return words_[static_cast<std::size_t>(field)]; }
     bool has(Field field) const { return (present_ & bit_of(field)) != 0; }

@@ -9,7 +9,9 @@ namespace {
 
 using namespace std::chrono_literals;
 using test::Ipv4;
+using test::ipv4;
 using test::Ipv6;
+using test::ipv6;
 using test::kA;
 using test::kB;
 using test::kBroadcast;
@@ -34,6 +36,7 @@ constexpr std::uint32_t kToCpu = 203;
 constexpr std::uint32_t kSetVlan = 204;
 constexpr std::uint32_t kCount = 205;
 const Octets kAddresses = kBroadcast + station(1);
+const Octets kDatagram = test::octets16(1000) + test::octets16(2000) + Octets(22, 0x5A);
 const Octets kFlooded = kAddresses + kPayload;
 
 struct Wanted {
@@ -94,13 +97,13 @@ using Ports = std::vector<int>;
 TEST_F(FieldPipeline, DscpOfIpv4IsRewrittenAndItsChecksumCorrected) {
     rule({{kSetDscp, 46}});
     for (const unsigned tos : {0U, 0xFFU, 0x13U}) {
-        Ipv4 packet;
+        Ipv4 packet{kUdp};
         packet.tos = static_cast<std::uint8_t>(tos);
         packet.options = Octets(4, 1);
         Ipv4 wanted = packet;
         wanted.tos = static_cast<std::uint8_t>(46U << 2 | (tos & 3));
-        EXPECT_EQ(received(kAddresses + packet.build()), kAddresses + wanted.build()) << tos;
-        const Octets header = received(kAddresses + packet.build());
+        EXPECT_EQ(received(kAddresses + ipv4(packet, kDatagram)), kAddresses + ipv4(wanted, kDatagram)) << tos;
+        const Octets header = received(kAddresses + ipv4(packet, kDatagram));
         EXPECT_EQ(test::ones_sum(Bytes{header}.subspan(kHeaderBytes, kIpv4Bytes + 4)), 0xFFFF);
     }
 }
@@ -109,17 +112,17 @@ TEST_F(FieldPipeline, EveryDscpComesOutWithAGoodChecksum) {
     ASSERT_EQ(table().create(3, 768), Status::kOk);
     for (std::uint32_t dscp = 0; dscp < 64; ++dscp) {
         add_actions(768, {{kSetDscp, dscp}});
-        Ipv4 packet;
-        packet.source += dscp * 0x1234567;
+        Ipv4 packet{kUdp};
+        packet.source = test::octets32(dscp * 0x1234567);
         Ipv4 wanted = packet;
         wanted.tos = static_cast<std::uint8_t>(dscp << 2);
-        ASSERT_EQ(received(kAddresses + packet.build()), kAddresses + wanted.build()) << dscp;
+        ASSERT_EQ(received(kAddresses + ipv4(packet, kDatagram)), kAddresses + ipv4(wanted, kDatagram)) << dscp;
     }
 }
 
 TEST_F(FieldPipeline, AWrongChecksumStaysWrong) {
     rule({{kSetDscp, 46}});
-    Octets frame = kAddresses + Ipv4{}.build();
+    Octets frame = kAddresses + ipv4({kUdp}, kDatagram);
     frame[kHeaderBytes + kIpv4ChecksumAt] ^= 0x40;
     const Octets out = received(frame);
     EXPECT_NE(test::ones_sum(Bytes{out}.subspan(kHeaderBytes, kIpv4Bytes)), 0xFFFF);
@@ -127,20 +130,20 @@ TEST_F(FieldPipeline, AWrongChecksumStaysWrong) {
 
 TEST_F(FieldPipeline, DscpOfIpv6IsRewritten) {
     rule({{kSetDscp, 46}});
-    Ipv6 packet;
+    Ipv6 packet{kUdp};
     packet.traffic_class = 0x13;
     Ipv6 wanted = packet;
     wanted.traffic_class = 46 << 2 | 3;
-    EXPECT_EQ(received(kAddresses + packet.build()), kAddresses + wanted.build());
+    EXPECT_EQ(received(kAddresses + ipv6(packet, kDatagram)), kAddresses + ipv6(wanted, kDatagram));
 }
 
 TEST_F(FieldPipeline, DscpIsFoundBehindTagsAndOnlyWhereThereIsOne) {
     rule({{kSetDscp, 46}});
     tag_vlan_1();
-    Ipv4 wanted;
+    Ipv4 wanted{kUdp};
     wanted.tos = 46 << 2;
     const Octets tags = test::vlan_tag(0x2001) + test::octets16(0x88A8) + test::octets16(7);
-    EXPECT_EQ(received(kAddresses + tags + Ipv4{}.build()), kAddresses + tags + wanted.build());
+    EXPECT_EQ(received(kAddresses + tags + ipv4({kUdp}, kDatagram)), kAddresses + tags + ipv4(wanted, kDatagram));
     const Octets arp = kAddresses + test::vlan_tag(1) + test::octets16(0x0806) + Octets(46, 0);
     EXPECT_EQ(received(arp), arp);
     const Octets cut = kAddresses + test::vlan_tag(1) + test::octets16(0x0800) + Octets{0x45, 0};
@@ -268,7 +271,7 @@ TEST_F(FieldPipeline, TheLowestGroupWinsOfEachKindOfAction) {
     add_rule(9, 0, {{kSetDscp, 1}, {kSetPriority, 1}, {kCount, 1}, {kRedirectPort, kB}});
     add_rule(3, 768, {{kSetPriority, 3}, {kRedirectPorts, 1U << kC}});
     add_rule(1, 1280, {{kCount, 2}});
-    const auto sent = send(kA, kAddresses + Ipv4{}.build());
+    const auto sent = send(kA, kAddresses + ipv4({kUdp}, kDatagram));
     ASSERT_EQ(sent.size(), 1U);
     EXPECT_EQ(sent[0].first, kC) << "a redirection is one kind, however it is put";
     EXPECT_EQ(sent[0].second[kHeaderBytes + 1], 1 << 2) << "only group 9 has a DSCP";
@@ -345,7 +348,7 @@ TEST_F(FieldPipeline, MissActionsAreForFramesThatMeetNoRule) {
 TEST_F(FieldPipeline, RulesSeeLoopedFramesToo) {
     ASSERT_EQ(change(kC, [](Port &port) { port.loopback = 1; }), Status::kOk);
     rule_for_all({{kSetDscp, 46}, {kCount, 0}});
-    const auto sent = send(kA, kAddresses + Ipv4{}.build());
+    const auto sent = send(kA, kAddresses + ipv4({kUdp}, kDatagram));
     EXPECT_EQ(count(0, CounterType::kFrames), 2U);
     EXPECT_EQ(sent.back().second[kHeaderBytes + 1], 46 << 2);
 }

@@ -32,6 +32,12 @@ enum class Drop : std::uint8_t {
     kRule,              /**< by a rule of the field processor, or because the port's frames must meet one */
     kMeter,             /**< over the rate of a rule's meter */
     kLoopback,          /**< from the wire of a port in loopback, or looped back too often */
+    kDosSameMac,        /**< its source address is its destination address */
+    kDosLand,           /**< an IP packet from its own destination */
+    kDosNullScan,       /**< a TCP segment without a flag */
+    kDosSynFin,         /**< a TCP segment that opens and closes at once */
+    kDosXmasScan,       /**< a TCP segment with FIN, PSH and URG alone */
+    kDosFragment,       /**< a TCP fragment made to hide the segment's flags */
     kCount,
 };
 

@@ -1,7 +1,7 @@
 #include "vdevice/chip/remark.h"
 
+#include "vdevice/chip/encapsulation.h"
 #include "vdevice/chip/ip_header.h"
-#include "vdevice/chip/packet.h"
 
 namespace vdevice::chip {
 namespace {
@@ -34,15 +34,15 @@ void remark_ipv6(std::uint8_t *packet, Bytes old, std::uint32_t dscp) {
 }  // namespace
 
 Bytes with_dscp(const Header &header, std::uint8_t dscp, std::vector<std::uint8_t> &copy) {
-    const Packet packet = read_packet(header);
-    const bool v4 = packet.type == kTypeIpv4 && is_ipv4(packet.octets);
-    const bool v6 = packet.type == kTypeIpv6 && is_ipv6(packet.octets);
+    const Encapsulation carried = read_encapsulation(header);
+    const bool v4 = carried.type == kTypeIpv4 && is_ipv4(carried.octets);
+    const bool v6 = carried.type == kTypeIpv6 && is_ipv6(carried.octets);
     if (!v4 && !v6) {
         return header.payload;
     }
     copy.assign(header.payload.begin(), header.payload.end());
-    std::uint8_t *octets = copy.data() + (header.payload.size() - packet.octets.size());
-    (v4 ? remark_ipv4 : remark_ipv6)(octets, packet.octets, dscp);
+    std::uint8_t *octets = copy.data() + (header.payload.size() - carried.octets.size());
+    (v4 ? remark_ipv4 : remark_ipv6)(octets, carried.octets, dscp);
     return copy;
 }
 
