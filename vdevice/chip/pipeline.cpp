@@ -1,6 +1,8 @@
 // The way of a frame: ingress VLAN, learning, forwarding, egress tag. What is dropped is counted with its reason on
 // the port that it came in on.
+#include "vdevice/chip/dos_filter.h"
 #include "vdevice/chip/egress.h"
+#include "vdevice/chip/remark.h"
 #include "vdevice/chip/switch.h"
 
 namespace vdevice::chip {
@@ -44,6 +46,7 @@ void Switch::take_in(Time now, int port, Bytes frame) {
     if (frame.size() > at(port).longest_frame()) {
         return drop(port, Drop::kOversize);
     }
+    mirror_ingress(port, frame);
     if (port == kCpuPort) {
         return receive_from_cpu(now, frame);
     }
@@ -83,18 +86,30 @@ void Switch::receive_from_cpu(Time now, Bytes frame) {
 }
 
 void Switch::forward(Time now, int ingress, const Frame &frame) {
-    const std::optional<Header> header = read_header(frame, kVlanTpid);
+    std::optional<Header> header = read_header(frame, kVlanTpid);
     if (!header) {
         return drop(ingress, Drop::kRunt);
     }
+    if (filters_attacks_ && ingress != kCpuPort) {
+        if (const std::optional<Drop> attack = find_attack(*header)) {
+            return drop(ingress, *attack);
+        }
+    }
     // A tag with VID 0 gives the frame a priority but no VLAN (IEEE 802.1Q, priority-tagged frames).
-    const Vid vid = header->vid() != 0 ? header->vid() : at(ingress).pvid;
+    const Vid own_vid = header->vid() != 0 ? header->vid() : at(ingress).pvid;
     const std::uint32_t priority = header->tagged ? header->priority() : at(ingress).untagged_priority << kPcpShift;
-    EgressForms forms{frame.head, header->payload, static_cast<std::uint16_t>(priority | vid)};
+    const FieldVerdict verdict =
+        apply_rules(now, ingress, frame, static_cast<std::uint16_t>(priority | own_vid), *header);
+    if (verdict.drop) {
+        return drop(ingress, *verdict.drop);
+    }
+    EgressForms forms{frame.head, header->payload, verdict.tci};
     // Between neighbours VLANs do not matter, nor does what else a port lets pass.
-    if (ingress != kCpuPort && is_trapped(traps_, *header)) {
+    if (verdict.to_cpu_only || (ingress != kCpuPort && is_for_cpu_alone(*header))) {
         return trap(ingress, forms);
     }
+    const bool copied = verdict.copy_to_cpu && copy_to_cpu(ingress, forms);
+    const Vid vid = verdict.tci & kVidMask;
     const Vlan *vlan = vlans_.find(vid);
     if (vlan == nullptr) {
         return drop(ingress, Drop::kVlanMissing);
@@ -102,15 +117,46 @@ void Switch::forward(Time now, int ingress, const Frame &frame) {
     if (!vlan->members.has(ingress)) {
         return drop(ingress, Drop::kNotMember);
     }
-    const Flow flow{ingress, vid, *vlan, *header, forms};
+    const Flow flow{ingress, vid, *vlan, *header, forms, copied};
     if (!admit(now, flow)) {
         return;
+    }
+    if (ingress != kCpuPort && is_snooped(snooping_, *header)) {
+        return hand_over(flow);
+    }
+    if (verdict.redirect) {
+        return redirect(flow, *verdict.redirect);
     }
     const MacEntry *entry = header->destination.is_group() ? nullptr : macs_.find(header->destination, vid);
     if (entry == nullptr) {
         return flood(flow);
     }
     forward_to_entry(flow, *entry);
+}
+
+FieldVerdict Switch::apply_rules(Time now, int ingress, const Frame &frame, std::uint16_t tci, Header &header) {
+    const FieldVerdict verdict = fields_.judge(now, {ingress, frame.size(), header, tci});
+    if (verdict.dscp) {
+        header.payload = with_dscp(header, *verdict.dscp, remarked_);
+    }
+    return verdict;
+}
+
+bool Switch::copy_to_cpu(int ingress, EgressForms &forms) {
+    if (ingress == kCpuPort || !up_.has(kCpuPort)) {
+        return false;
+    }
+    transmit(kCpuPort, forms.for_cpu(ingress));
+    return true;
+}
+
+void Switch::redirect(const Flow &flow, const PortSet &ports) {
+    PortSet usable = ports & up_;
+    usable.remove(flow.ingress);
+    if (usable.empty()) {
+        return drop(flow.ingress, Drop::kNoDestination);
+    }
+    usable.for_each([&](int egress) { send_in_vlan(egress, flow); });
 }
 
 bool Switch::admit(Time now, const Flow &flow) {
@@ -128,12 +174,22 @@ bool Switch::admit(Time now, const Flow &flow) {
         return true;
     }
     // A neighbour that is not let in yet must still be able to ask for it.
-    if (mode.tells_cpu || flow.header.destination.is_reserved()) {
-        trap(flow.ingress, flow.forms);
-    } else {
+    if (!mode.tells_cpu && !flow.header.destination.is_reserved()) {
         drop(flow.ingress, Drop::kUnknownSource);
+    } else {
+        hand_over(flow);
     }
     return false;
+}
+
+bool Switch::is_for_cpu_alone(const Header &header) const {
+    return reserved_macs_.has(header.destination) || is_trapped(traps_, header);
+}
+
+void Switch::hand_over(const Flow &flow) {
+    if (!flow.cpu_has_copy) {
+        trap(flow.ingress, flow.forms);
+    }
 }
 
 void Switch::trap(int ingress, EgressForms &forms) {
@@ -170,6 +226,9 @@ void Switch::forward_to_entry(const Flow &flow, const MacEntry &entry) {
 
 void Switch::flood(const Flow &flow) {
     PortSet ports = (flow.vlan.members & up_ & at(flow.ingress).egress) - standby_;
+    if (is_copied_to_cpu(snooping_, flow.header)) {
+        ports |= PortSet::of(kCpuPort) & up_;
+    }
     ports.remove(flow.ingress);
     for (int number = 0; number < TrunkTable::kTrunks; ++number) {
         const Trunk *trunk = trunks_.find(number);
@@ -204,7 +263,10 @@ int Switch::choose_member(const Flow &flow, const Trunk &trunk, const PortSet &a
 
 void Switch::send_in_vlan(int egress, const Flow &flow) {
     if (egress == kCpuPort) {
-        return transmit(egress, flow.forms.for_cpu(flow.ingress));
+        if (!flow.cpu_has_copy) {
+            transmit(egress, flow.forms.for_cpu(flow.ingress));
+        }
+        return;
     }
     transmit(egress, flow.vlan.untagged.has(egress) ? flow.forms.untagged() : flow.forms.tagged());
 }
@@ -246,19 +308,28 @@ void Switch::send_directed_to(int egress, const Frame &frame) {
 }
 
 void Switch::transmit(int port, const Frame &frame) {
+    if (put_out(port, frame)) {
+        mirror_egress(port, frame);
+    }
+}
+
+/** False if the port takes no frame of this length. */
+bool Switch::put_out(int port, const Frame &frame) {
     PortCounters &counters = at(port).counters;
     // The chip's own tags may make a frame of full length longer; only the limit without jumbo frames is a port's own.
     if (!at(port).jumbo && frame.size() > kMaxPlainFrameBytes) {
         ++counters.tx_too_long;
-        return;
+        return false;
     }
     ++counters.tx_frames;
     counters.tx_octets += frame.size();
     ++counters.tx_casts[cast_index(frame.head)];
     if (at(port).loopback != 0) {
-        return loop_back(port, frame);
+        loop_back(port, frame);
+    } else {
+        sink_.transmit(port, frame);
     }
-    sink_.transmit(port, frame);
+    return true;
 }
 
 void Switch::drop(int port, Drop reason) {

@@ -94,6 +94,14 @@ Status Switch::add_static_mac(Mac mac, std::uint32_t vid, int port) {
     return macs_.add_static(mac, static_cast<Vid>(vid), port, trunk_of(port));
 }
 
+Status Switch::set_miss_action(int port, MissAction action) {
+    if (!has_port(port)) {
+        return Status::kNoPort;
+    }
+    fields_.set_miss_action(port, action);
+    return Status::kOk;
+}
+
 void Switch::update_up_set(int port) {
     if (at(port).is_up()) {
         up_.add(port);

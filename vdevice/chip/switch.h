@@ -6,10 +6,15 @@
 #include <functional>
 #include <vector>
 
+#include "vdevice/chip/field_processor.h"
+#include "vdevice/chip/gpio.h"
 #include "vdevice/chip/mac_table.h"
+#include "vdevice/chip/mirror_table.h"
 #include "vdevice/chip/port.h"
 #include "vdevice/chip/port_set.h"
+#include "vdevice/chip/reserved_macs.h"
 #include "vdevice/chip/sink.h"
+#include "vdevice/chip/snooping.h"
 #include "vdevice/chip/status.h"
 #include "vdevice/chip/switch_tag.h"
 #include "vdevice/chip/traps.h"
@@ -71,6 +76,26 @@ class Switch {
 
     const Traps &traps() const { return traps_; }
     Traps &traps() { return traps_; }
+    const ReservedMacs &reserved_macs() const { return reserved_macs_; }
+    ReservedMacs &reserved_macs() { return reserved_macs_; }
+    const Snooping &snooping() const { return snooping_; }
+    Snooping &snooping() { return snooping_; }
+    /** Whether frames are dropped that no honest host sends. */
+    bool filters_attacks() const { return filters_attacks_; }
+    void set_attack_filter(bool on) { filters_attacks_ = on; }
+
+    const MirrorTable &mirrors() const { return mirrors_; }
+    MirrorTable &mirrors() { return mirrors_; }
+    /** Sends a copy of a frame that a rule has selected to where the session's flow mirror goes, if anywhere. */
+    void copy_to_flow_mirror(std::uint32_t session, const Frame &frame);
+
+    const Gpio &gpio() const { return gpio_; }
+    Gpio &gpio() { return gpio_; }
+
+    const FieldProcessor &fields() const { return fields_; }
+    FieldProcessor &fields() { return fields_; }
+    /** Ports that the chip has not are refused. */
+    Status set_miss_action(int port, MissAction action);
 
   private:
     /** A frame on its way through the chip. */
@@ -80,6 +105,7 @@ class Switch {
         const Vlan &vlan;
         const Header &header;
         EgressForms &forms;
+        bool cpu_has_copy; /**< another one would be one too many */
     };
 
     /** A frame on its way back into the port that it should have left by. */
@@ -98,9 +124,14 @@ class Switch {
     void take_looped(Time now);
     void loop_back(int port, const Frame &frame);
     bool admit(Time now, const Flow &flow);
+    bool is_for_cpu_alone(const Header &header) const;
+    void hand_over(const Flow &flow);
     void trap(int ingress, EgressForms &forms);
     void receive_from_cpu(Time now, Bytes frame);
     void forward(Time now, int ingress, const Frame &frame);
+    FieldVerdict apply_rules(Time now, int ingress, const Frame &frame, std::uint16_t tci, Header &header);
+    bool copy_to_cpu(int ingress, EgressForms &forms);
+    void redirect(const Flow &flow, const PortSet &ports);
     void forward_to_entry(const Flow &flow, const MacEntry &entry);
     void flood(const Flow &flow);
     int choose_member(const Flow &flow, const Trunk &trunk, const PortSet &among) const;
@@ -108,6 +139,10 @@ class Switch {
     void send_directed(const TransmitTag &tag, const Frame &frame);
     void send_directed_to(int egress, const Frame &frame);
     void transmit(int port, const Frame &frame);
+    bool put_out(int port, const Frame &frame);
+    void mirror_ingress(int port, Bytes frame);
+    void mirror_egress(int port, const Frame &frame);
+    void send_copy(int port, const Frame &frame);
 
     Sink &sink_;
     std::array<Port, kPorts> ports_;
@@ -120,6 +155,13 @@ class Switch {
     std::array<int, kPorts> trunk_of_;
     HashSides hash_sides_;
     Traps traps_;
+    FieldProcessor fields_;
+    std::vector<std::uint8_t> remarked_; /**< the payload of the frame on its way, when a rule has rewritten it */
+    ReservedMacs reserved_macs_;
+    Snooping snooping_;
+    bool filters_attacks_ = false;
+    MirrorTable mirrors_{all_ports(), kCpuPort};
+    Gpio gpio_;
 };
 
 }  // namespace vdevice::chip

@@ -1,0 +1,420 @@
+// What rules do with frames on their way through the chip.
+#include <gtest/gtest.h>
+
+#include "vdevice/chip/chip_fixture.h"
+#include "vdevice/chip/packet_builder.h"
+
+namespace vdevice::chip {
+namespace {
+
+using namespace std::chrono_literals;
+using test::Ipv4;
+using test::ipv4;
+using test::Ipv6;
+using test::ipv6;
+using test::kA;
+using test::kB;
+using test::kBroadcast;
+using test::kC;
+using test::kCpu;
+using test::kPayload;
+using test::Octets;
+using test::operator+;
+using test::Sent;
+using test::station;
+
+constexpr std::uint32_t kAll = 0xFFFFFFFF;
+constexpr std::uint32_t kSetDscp = 1;
+constexpr std::uint32_t kSetPriority = 11;
+constexpr std::uint32_t kRedirectPort = 30;
+constexpr std::uint32_t kRedirectPorts = 33;
+constexpr std::uint32_t kMeter = 53;
+constexpr std::uint32_t kPermit = 200;
+constexpr std::uint32_t kDropIt = 201;
+constexpr std::uint32_t kCopyToCpu = 202;
+constexpr std::uint32_t kToCpu = 203;
+constexpr std::uint32_t kSetVlan = 204;
+constexpr std::uint32_t kCount = 205;
+const Octets kAddresses = kBroadcast + station(1);
+const Octets kDatagram = test::octets16(1000) + test::octets16(2000) + Octets(22, 0x5A);
+const Octets kFlooded = kAddresses + kPayload;
+
+struct Wanted {
+    std::uint32_t code;
+    std::uint32_t value = 0;
+    std::uint32_t second = 0;
+};
+
+class FieldPipeline : public test::ChipTest {
+  protected:
+    FieldTable &table() { return chip_.fields().table(); }
+
+    void add_actions(std::uint32_t entry, std::initializer_list<Wanted> actions) {
+        for (const Wanted &wanted : actions) {
+            Action action;
+            ASSERT_EQ(make_action(wanted.code, {{wanted.value}, wanted.second}, action), Status::kOk) << wanted.code;
+            ASSERT_EQ(table().add_action(entry, action), Status::kOk);
+        }
+        ASSERT_EQ(table().install(entry), Status::kOk);
+    }
+    /** A rule of the group for what comes in on A, with the actions of codes and their words. */
+    void add_rule(int group, std::uint32_t entry, std::initializer_list<Wanted> actions) {
+        ASSERT_EQ(table().create(group, entry), Status::kOk);
+        ASSERT_EQ(table().qualify(entry, qualifier(Field::kInPorts, 1U << kA, kAll)), Status::kOk);
+        add_actions(entry, actions);
+    }
+    void rule(std::initializer_list<Wanted> actions) { add_rule(3, 768, actions); }
+    /** A rule for all frames. */
+    void rule_for_all(std::initializer_list<Wanted> actions) {
+        ASSERT_EQ(table().create(4, 640), Status::kOk);
+        add_actions(640, actions);
+    }
+
+    std::vector<int> outputs(int port, const Octets &frame, Time now = 1s) {
+        std::vector<int> list;
+        for (const Sent &sent : send(port, frame, now)) {
+            list.push_back(sent.first);
+        }
+        return list;
+    }
+    /** The frame as it arrives at B. */
+    Octets received(const Octets &frame) {
+        for (const Sent &sent : send(kA, frame)) {
+            if (sent.first == kB) {
+                return sent.second;
+            }
+        }
+        return {};
+    }
+    std::uint64_t count(std::uint32_t counter, CounterType type) {
+        return chip_.fields().counters().get(counter, type);
+    }
+    void tag_vlan_1() { ASSERT_EQ(chip_.vlans().set_ports(1, Switch::all_ports(), PortSet{}), Status::kOk); }
+};
+
+using Ports = std::vector<int>;
+
+TEST_F(FieldPipeline, DscpOfIpv4IsRewrittenAndItsChecksumCorrected) {
+    rule({{kSetDscp, 46}});
+    for (const unsigned tos : {0U, 0xFFU, 0x13U}) {
+        Ipv4 packet{kUdp};
+        packet.tos = static_cast<std::uint8_t>(tos);
+        packet.options = Octets(4, 1);
+        Ipv4 wanted = packet;
+        wanted.tos = static_cast<std::uint8_t>(46U << 2 | (tos & 3));
+        EXPECT_EQ(received(kAddresses + ipv4(packet, kDatagram)), kAddresses + ipv4(wanted, kDatagram)) << tos;
+        const Octets header = received(kAddresses + ipv4(packet, kDatagram));
+        EXPECT_EQ(test::ones_sum(Bytes{header}.subspan(kHeaderBytes, kIpv4Bytes + 4)), 0xFFFF);
+    }
+}
+
+TEST_F(FieldPipeline, EveryDscpComesOutWithAGoodChecksum) {
+    ASSERT_EQ(table().create(3, 768), Status::kOk);
+    for (std::uint32_t dscp = 0; dscp < 64; ++dscp) {
+        add_actions(768, {{kSetDscp, dscp}});
+        Ipv4 packet{kUdp};
+        packet.source = test::octets32(dscp * 0x1234567);
+        Ipv4 wanted = packet;
+        wanted.tos = static_cast<std::uint8_t>(dscp << 2);
+        ASSERT_EQ(received(kAddresses + ipv4(packet, kDatagram)), kAddresses + ipv4(wanted, kDatagram)) << dscp;
+    }
+}
+
+TEST_F(FieldPipeline, AWrongChecksumStaysWrong) {
+    rule({{kSetDscp, 46}});
+    Octets frame = kAddresses + ipv4({kUdp}, kDatagram);
+    frame[kHeaderBytes + kIpv4ChecksumAt] ^= 0x40;
+    const Octets out = received(frame);
+    EXPECT_NE(test::ones_sum(Bytes{out}.subspan(kHeaderBytes, kIpv4Bytes)), 0xFFFF);
+}
+
+TEST_F(FieldPipeline, DscpOfIpv6IsRewritten) {
+    rule({{kSetDscp, 46}});
+    Ipv6 packet{kUdp};
+    packet.traffic_class = 0x13;
+    Ipv6 wanted = packet;
+    wanted.traffic_class = 46 << 2 | 3;
+    EXPECT_EQ(received(kAddresses + ipv6(packet, kDatagram)), kAddresses + ipv6(wanted, kDatagram));
+}
+
+TEST_F(FieldPipeline, DscpIsFoundBehindTagsAndOnlyWhereThereIsOne) {
+    rule({{kSetDscp, 46}});
+    tag_vlan_1();
+    Ipv4 wanted{kUdp};
+    wanted.tos = 46 << 2;
+    const Octets tags = test::vlan_tag(0x2001) + test::octets16(0x88A8) + test::octets16(7);
+    EXPECT_EQ(received(kAddresses + tags + ipv4({kUdp}, kDatagram)), kAddresses + tags + ipv4(wanted, kDatagram));
+    const Octets arp = kAddresses + test::vlan_tag(1) + test::octets16(0x0806) + Octets(46, 0);
+    EXPECT_EQ(received(arp), arp);
+    const Octets cut = kAddresses + test::vlan_tag(1) + test::octets16(0x0800) + Octets{0x45, 0};
+    EXPECT_EQ(received(cut), cut);
+}
+
+TEST_F(FieldPipeline, PriorityIsThatOfTheTagsThatFollow) {
+    rule({{kSetPriority, 6}});
+    tag_vlan_1();
+    EXPECT_EQ(received(kFlooded), kAddresses + test::vlan_tag(0xC001) + kPayload);
+    EXPECT_EQ(received(kAddresses + test::vlan_tag(0x3001) + kPayload), kAddresses + test::vlan_tag(0xD001) + kPayload)
+        << "drop eligibility stays";
+    const auto sent = send(kA, kFlooded);
+    EXPECT_EQ(sent[0], (Sent{kCpu, kAddresses + test::receive_tag(kA) + test::vlan_tag(0xC001) + kPayload}));
+    EXPECT_EQ(send(kB, kFlooded).back().second, kAddresses + test::vlan_tag(1) + kPayload) << "others untouched";
+}
+
+TEST_F(FieldPipeline, RedirectionLeavesByTheOnePort) {
+    rule({{kRedirectPort, kC}});
+    EXPECT_EQ(send(kA, kFlooded), (std::vector<Sent>{{kC, kFlooded}}));
+    EXPECT_NE(chip_.macs().find(Mac{0x020000000001}, 1), nullptr) << "its source is learned";
+    EXPECT_EQ(outputs(kB, station(9) + station(2) + kPayload), (Ports{kCpu, kA, kC})) << "others are switched";
+}
+
+TEST_F(FieldPipeline, RedirectionToASetSkipsTheIngressPortAndPortsThatAreDown) {
+    rule({{kRedirectPorts, 1U << kA | 1U << kB | 1U << 10 | 1U << kCpu}});
+    EXPECT_EQ(outputs(kA, kFlooded), (Ports{kCpu, kB}));
+    chip_.set_link(kB, false);
+    chip_.set_link(kCpu, false);
+    EXPECT_TRUE(outputs(kA, kFlooded).empty());
+    EXPECT_EQ(dropped(kA, Drop::kNoDestination), 1U);
+}
+
+TEST_F(FieldPipeline, RedirectionKeepsToTheVlansTags) {
+    rule({{kRedirectPorts, 1U << kB | 1U << kC}});
+    ASSERT_EQ(chip_.vlans().create({100, 100}), Status::kOk);
+    ASSERT_EQ(chip_.vlans().set_ports(100, PortSet::of(kA).add(kB), PortSet::of(kB)), Status::kOk);
+    ASSERT_EQ(chip_.set_egress(kA, PortSet{}), Status::kOk);
+    const Octets tagged = kAddresses + test::vlan_tag(100) + kPayload;
+    EXPECT_EQ(send(kA, tagged), (std::vector<Sent>{{kB, kFlooded}, {kC, tagged}}))
+        << "neither membership nor the egress set are asked";
+    EXPECT_TRUE(send(kA, kAddresses + test::vlan_tag(101) + kPayload).empty()) << "but the VLAN must be the port's";
+}
+
+TEST_F(FieldPipeline, ADropBeatsEverything) {
+    add_rule(3, 768, {{kRedirectPort, kC}, {kCopyToCpu}, {kToCpu}, {kPermit}, {kCount, 9}});
+    add_rule(9, 0, {{kDropIt}});
+    chip_.traps().lacp = true;
+    EXPECT_TRUE(outputs(kA, kFlooded).empty());
+    const Octets lacp = Octets{0x01, 0x80, 0xC2, 0, 0, 2} + station(1) + test::octets16(0x8809) + Octets(46, 1);
+    EXPECT_TRUE(outputs(kA, lacp).empty());
+    EXPECT_EQ(outputs(kB, lacp), Ports{kCpu});
+    EXPECT_EQ(dropped(kA, Drop::kRule), 2U);
+    EXPECT_EQ(chip_.macs().size(), 0U) << "nothing is learned";
+    EXPECT_EQ(count(9, CounterType::kFrames), 2U) << "a rule counts what meets it";
+}
+
+TEST_F(FieldPipeline, TrapsBeatRedirections) {
+    rule({{kRedirectPort, kC}});
+    chip_.traps().lacp = true;
+    const Octets lacp = Octets{0x01, 0x80, 0xC2, 0, 0, 2} + station(1) + test::octets16(0x8809) + Octets(46, 1);
+    EXPECT_EQ(outputs(kA, lacp), Ports{kCpu});
+}
+
+TEST_F(FieldPipeline, ToTheCpuMeansToNobodyElse) {
+    rule({{kToCpu}, {kCopyToCpu}, {kRedirectPort, kC}});
+    EXPECT_EQ(send(kA, kFlooded),
+              (std::vector<Sent>{{kCpu, kAddresses + test::receive_tag(kA) + test::vlan_tag(1) + kPayload}}));
+    EXPECT_EQ(chip_.macs().size(), 0U);
+}
+
+TEST_F(FieldPipeline, ACopyGoesToTheCpuOnce) {
+    rule({{kCopyToCpu}});
+    EXPECT_EQ(outputs(kA, kFlooded), (Ports{kCpu, kB, kC}));
+    send(kB, station(9) + station(2) + kPayload);
+    EXPECT_EQ(outputs(kA, station(2) + station(1) + kPayload), (Ports{kCpu, kB}));
+    ASSERT_EQ(change(kA, [](Port &port) { port.learning = *find_learn_mode(8); }), Status::kOk);
+    EXPECT_EQ(outputs(kA, kBroadcast + station(7) + kPayload), Ports{kCpu});
+    chip_.set_link(kCpu, false);
+    EXPECT_EQ(outputs(kB, station(1) + station(2) + kPayload), Ports{kA});
+}
+
+TEST_F(FieldPipeline, ARuleChoosesTheVlan) {
+    rule({{kSetVlan, 100}});
+    EXPECT_TRUE(outputs(kA, kFlooded).empty());
+    EXPECT_EQ(dropped(kA, Drop::kVlanMissing), 1U);
+    ASSERT_EQ(chip_.vlans().create({100, 100}), Status::kOk);
+    ASSERT_EQ(chip_.vlans().set_ports(100, PortSet::of(kB), PortSet{}), Status::kOk);
+    EXPECT_TRUE(outputs(kA, kFlooded).empty());
+    EXPECT_EQ(dropped(kA, Drop::kNotMember), 1U);
+    ASSERT_EQ(chip_.vlans().set_ports(100, PortSet::of(kA).add(kB), PortSet{}), Status::kOk);
+    EXPECT_EQ(send(kA, kAddresses + test::vlan_tag(0x6001) + kPayload),
+              (std::vector<Sent>{{kB, kAddresses + test::vlan_tag(0x6064) + kPayload}}));
+    EXPECT_NE(chip_.macs().find(Mac{0x020000000001}, 100), nullptr) << "learned there";
+}
+
+TEST_F(FieldPipeline, CountersCountFramesAndOctetsOfWhatMatches) {
+    rule({{kCount, 255}});
+    send(kA, kFlooded);
+    send(kA, kAddresses + test::vlan_tag(1) + kPayload);
+    send(kB, kFlooded);
+    EXPECT_EQ(count(255, CounterType::kFrames), 2U);
+    EXPECT_EQ(count(255, CounterType::kOctets), 60U + 64U);
+    chip_.fields().counters().clear(255, CounterType::kFrames);
+    EXPECT_EQ(count(255, CounterType::kFrames), 0U);
+    EXPECT_EQ(count(255, CounterType::kOctets), 124U);
+}
+
+TEST_F(FieldPipeline, AMeterHoldsAFlowToItsRate) {
+    constexpr std::uint32_t kRate = 1000;  // kbit/s
+    rule({{kMeter, 0, 5}});
+    EXPECT_EQ(outputs(kA, kFlooded).size(), 3U) << "the meter is not there";
+    ASSERT_EQ(chip_.fields().meters().set(5, kRate, 1s), Status::kOk);
+    const Octets frame = kAddresses + kPayload + Octets(1000 - 60 - 24, 0);
+    std::size_t passed = 0;
+    for (int i = 0; i < 10000; ++i) {
+        passed += outputs(kA, frame, 1s + i * 1ms).empty() ? 0U : 1U;
+    }
+    EXPECT_NEAR(static_cast<double>(passed), 1250, 1250 * 0.01) << "ten seconds of frames of 1000 octets";
+    EXPECT_EQ(dropped(kA, Drop::kMeter), 10000 - passed);
+    EXPECT_EQ(outputs(kB, frame).size(), 3U) << "others pass";
+}
+
+TEST_F(FieldPipeline, TheLowestGroupWinsOfEachKindOfAction) {
+    add_rule(9, 0, {{kSetDscp, 1}, {kSetPriority, 1}, {kCount, 1}, {kRedirectPort, kB}});
+    add_rule(3, 768, {{kSetPriority, 3}, {kRedirectPorts, 1U << kC}});
+    add_rule(1, 1280, {{kCount, 2}});
+    const auto sent = send(kA, kAddresses + ipv4({kUdp}, kDatagram));
+    ASSERT_EQ(sent.size(), 1U);
+    EXPECT_EQ(sent[0].first, kC) << "a redirection is one kind, however it is put";
+    EXPECT_EQ(sent[0].second[kHeaderBytes + 1], 1 << 2) << "only group 9 has a DSCP";
+    EXPECT_EQ(count(2, CounterType::kFrames), 1U);
+    EXPECT_EQ(count(1, CounterType::kFrames), 0U);
+}
+
+TEST_F(FieldPipeline, APairCountsMetersAndCopiesOnce) {
+    for (const std::uint32_t entry : {1280U, 1281U}) {
+        ASSERT_EQ(table().create(1, entry), Status::kOk);
+    }
+    ASSERT_EQ(table().join(1280), Status::kOk);
+    for (const std::uint32_t entry : {1280U, 1281U}) {
+        add_actions(entry, {{kCount, 3}, {kMeter, 0, 0}, {kCopyToCpu}});
+    }
+    ASSERT_EQ(chip_.fields().meters().set(0, 1000, 1s), Status::kOk);
+    EXPECT_EQ(outputs(kA, kFlooded), (Ports{kCpu, kB, kC}));
+    EXPECT_EQ(count(3, CounterType::kFrames), 1U);
+    EXPECT_EQ(chip_.fields().meters().find(0)->passed(), 1U);
+}
+
+TEST_F(FieldPipeline, APermitKeepsTheGroupsOtherRulesAway) {
+    rule({{kDropIt}});
+    ASSERT_EQ(table().create(3, 769), Status::kOk);
+    ASSERT_EQ(table().set_priority(769, 1), Status::kOk);
+    ASSERT_EQ(table().qualify(769, {Field::kSourceMac, {0x0200, 1}, {0xFFFF, kAll}}), Status::kOk);
+    add_actions(769, {{kPermit}});
+    EXPECT_EQ(outputs(kA, kFlooded).size(), 3U);
+    EXPECT_TRUE(outputs(kA, kBroadcast + station(2) + kPayload).empty());
+}
+
+TEST_F(FieldPipeline, WhatTheCpuSwitchesMeetsRulesAndWhatItDirectsDoesNot) {
+    rule_for_all({{kSetPriority, 7}, {kCount, 0}});
+    tag_vlan_1();
+    const Octets tagged = kAddresses + test::vlan_tag(0xE001) + kPayload;
+    EXPECT_EQ(send(kCpu, kAddresses + test::transmit_tag(1, 0) + kPayload)[0], (Sent{kA, tagged}));
+    EXPECT_EQ(count(0, CounterType::kOctets), 60U) << "without the switch tag";
+    EXPECT_EQ(send(kCpu, kAddresses + test::transmit_tag(3, kA) + kPayload), (std::vector<Sent>{{kA, kFlooded}}));
+    EXPECT_EQ(count(0, CounterType::kFrames), 1U);
+    ASSERT_EQ(table().qualify(640, qualifier(Field::kInPorts, 1U << kCpu, kAll)), Status::kOk);
+    add_actions(640, {{kDropIt}});
+    EXPECT_TRUE(send(kCpu, kAddresses + test::transmit_tag(1, 0) + kPayload).empty()) << "its port is 0";
+    EXPECT_EQ(outputs(kA, kFlooded).size(), 3U);
+}
+
+TEST_F(FieldPipeline, WhatTheCpuSwitchesIsNotHandedBackToIt) {
+    rule_for_all({{kCopyToCpu}});
+    const Octets frame = kAddresses + test::transmit_tag(1, 0) + kPayload;
+    EXPECT_EQ(outputs(kCpu, frame), (Ports{kA, kB, kC}));
+    add_actions(640, {{kToCpu}});
+    EXPECT_TRUE(outputs(kCpu, frame).empty());
+    EXPECT_EQ(dropped(kCpu, Drop::kSamePort), 1U);
+}
+
+TEST_F(FieldPipeline, MissActionsAreForFramesThatMeetNoRule) {
+    EXPECT_EQ(chip_.set_miss_action(32, MissAction::kDrop), Status::kNoPort);
+    EXPECT_EQ(chip_.set_miss_action(-1, MissAction::kDrop), Status::kNoPort);
+    ASSERT_EQ(chip_.set_miss_action(kB, MissAction::kDrop), Status::kOk);
+    EXPECT_TRUE(outputs(kB, kFlooded).empty()) << "also when there are no rules at all";
+    EXPECT_EQ(dropped(kB, Drop::kRule), 1U);
+    EXPECT_EQ(outputs(kA, kFlooded).size(), 3U) << "other ports have their own";
+    rule_for_all({});
+    EXPECT_EQ(outputs(kB, kFlooded).size(), 3U) << "a rule without actions is met all the same";
+    ASSERT_EQ(table().destroy(640), Status::kOk);
+    ASSERT_EQ(chip_.set_miss_action(kB, MissAction::kToCpu), Status::kOk);
+    EXPECT_EQ(outputs(kB, kFlooded), Ports{kCpu});
+    ASSERT_EQ(chip_.set_miss_action(kB, MissAction::kCopyToCpu), Status::kOk);
+    send(kA, station(9) + station(1) + kPayload);
+    EXPECT_EQ(outputs(kB, station(1) + station(2) + kPayload), (Ports{kCpu, kA}));
+    ASSERT_EQ(chip_.set_miss_action(kB, MissAction::kNone), Status::kOk);
+    EXPECT_EQ(outputs(kB, station(1) + station(2) + kPayload), Ports{kA});
+}
+
+TEST_F(FieldPipeline, RulesSeeLoopedFramesToo) {
+    ASSERT_EQ(change(kC, [](Port &port) { port.loopback = 1; }), Status::kOk);
+    rule_for_all({{kSetDscp, 46}, {kCount, 0}});
+    const auto sent = send(kA, kAddresses + ipv4({kUdp}, kDatagram));
+    EXPECT_EQ(count(0, CounterType::kFrames), 2U);
+    EXPECT_EQ(sent.back().second[kHeaderBytes + 1], 46 << 2);
+}
+
+TEST_F(FieldPipeline, AResetForgetsEverything) {
+    rule({{kDropIt}, {kCount, 1}});
+    ASSERT_EQ(chip_.fields().meters().set(1, 100, 0s), Status::kOk);
+    chip_.fields().meters().exclude_gap();
+    ASSERT_EQ(chip_.set_miss_action(kB, MissAction::kDrop), Status::kOk);
+    send(kA, kFlooded);
+    chip_.fields().reset();
+    EXPECT_EQ(outputs(kA, kFlooded).size(), 3U);
+    EXPECT_EQ(outputs(kB, kFlooded).size(), 3U);
+    EXPECT_EQ(count(1, CounterType::kFrames), 0U);
+    EXPECT_FALSE(chip_.fields().meters().find(1));
+    EXPECT_EQ(table().find(768), nullptr);
+    EXPECT_FALSE(chip_.fields().meters().counts_gap());
+}
+
+TEST_F(FieldPipeline, TheMeterThatAnEntryNamesIsTakenAway) {
+    FieldProcessor &fields = chip_.fields();
+    rule({{kMeter, 0, 5}});
+    ASSERT_EQ(fields.meters().set(5, 100, 0s), Status::kOk);
+    ASSERT_EQ(fields.meters().set(6, 100, 0s), Status::kOk);
+    ASSERT_EQ(table().clear_actions(768), Status::kOk);
+    EXPECT_EQ(fields.remove_meter_of(768), Status::kOk) << "installed, though no longer staged";
+    EXPECT_FALSE(fields.meters().find(5));
+    EXPECT_EQ(fields.remove_meter_of(768), Status::kMeterMissing) << "no longer there";
+    ASSERT_EQ(table().create(3, 769), Status::kOk);
+    EXPECT_EQ(fields.remove_meter_of(769), Status::kMeterMissing) << "names none";
+    Action action;
+    ASSERT_EQ(make_action(kMeter, {{}, 6}, action), Status::kOk);
+    ASSERT_EQ(table().add_action(769, action), Status::kOk);
+    EXPECT_EQ(fields.remove_meter_of(769), Status::kOk) << "staged, though not installed";
+    EXPECT_EQ(fields.remove_meter_of(770), Status::kFieldMissing);
+    EXPECT_EQ(fields.remove_meter_of(kAll), Status::kFieldRange);
+}
+
+TEST(FieldActions, ParametersOutOfRangeAreRefused) {
+    const auto refusal = [](std::uint32_t code, std::uint32_t word, std::uint32_t second = 0) {
+        Action action;
+        const Status status = make_action(code, {{word}, second}, action);
+        EXPECT_EQ(action.code, status == Status::kOk ? code : 0) << "a refused action is not made";
+        return status;
+    };
+    EXPECT_EQ(refusal(kSetDscp, 63), Status::kOk);
+    EXPECT_EQ(refusal(kSetDscp, 64), Status::kBadArgument);
+    EXPECT_EQ(refusal(kSetPriority, 7), Status::kOk);
+    EXPECT_EQ(refusal(kSetPriority, 8), Status::kBadArgument);
+    EXPECT_EQ(refusal(kRedirectPort, 31), Status::kOk);
+    EXPECT_EQ(refusal(kRedirectPort, 32), Status::kNoPort);
+    EXPECT_EQ(refusal(kRedirectPort, kAll), Status::kNoPort);
+    EXPECT_EQ(refusal(kMeter, 12345, 63), Status::kOk);
+    EXPECT_EQ(refusal(kMeter, 12345, 64), Status::kMeterRange);
+    EXPECT_EQ(refusal(kSetVlan, 4094), Status::kOk);
+    EXPECT_EQ(refusal(kSetVlan, 4095), Status::kVlanRange);
+    EXPECT_EQ(refusal(kSetVlan, 0), Status::kVlanRange);
+    EXPECT_EQ(refusal(kCount, 255), Status::kOk);
+    EXPECT_EQ(refusal(kCount, 256), Status::kCounterRange);
+    for (const std::uint32_t code : {0U, 2U, 52U, 54U, 199U, 1000U, kAll}) {
+        EXPECT_EQ(refusal(code, 0), Status::kFieldAction) << code;
+    }
+    Action action;
+    EXPECT_EQ(make_action(kRedirectPorts, {{kAll}, 0}, action), Status::kOk);
+    EXPECT_EQ(make_action(kRedirectPorts, {{0, 1}, 0}, action), Status::kNoPort);
+}
+
+}  // namespace
+}  // namespace vdevice::chip
