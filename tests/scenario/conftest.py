@@ -7,7 +7,9 @@ import contextlib
 import os
 
 import pytest
+from acl import Acl
 from cpu import Cpu
+from crossing import Crossing
 from lab import Build, Lab, LabError
 
 BUILDS = os.environ.get("ADP_SCENARIO_BUILDS", "host,mips").split(",")
@@ -55,3 +57,17 @@ def cpu(session_cpu):
 @pytest.fixture
 def hosts(lab):
     return lab.hosts
+
+
+@pytest.fixture
+def crossing(lab, cpu):
+    """Three hosts that hear each other in a tagged VLAN."""
+    return Crossing(lab, cpu)
+
+
+@pytest.fixture
+def acl(cpu, build):
+    """The field processor, empty before and afterwards."""
+    rules = Acl(cpu, build)
+    yield rules
+    rules.tidy()

@@ -32,3 +32,8 @@ class Build:
             raise LabError(f"{path.relative_to(ROOT)} is missing. Build it with 'script/build {self.name}'.")
         emulator = EMULATOR if _is_target_program(path) else ()
         return [*emulator, str(path), *map(str, arguments)]
+
+    @property
+    def byte_order(self):
+        """"big" or "little": how the build's programs keep their numbers."""
+        return "big" if _is_target_program(self.folder / "adpsh") else "little"
