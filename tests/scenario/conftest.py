@@ -7,10 +7,12 @@ import contextlib
 import os
 
 import pytest
-from acl import Acl
-from cpu import Cpu
-from crossing import Crossing
 from lab import Build, Lab, LabError
+
+pytest.register_assert_rewrite("acl", "crossing")
+from acl import Acl  # noqa: E402
+from cpu import Cpu  # noqa: E402
+from crossing import Crossing  # noqa: E402
 
 BUILDS = os.environ.get("ADP_SCENARIO_BUILDS", "host,mips").split(",")
 DEVICE_BUILD = os.environ.get("ADP_SCENARIO_DEVICE", "host")

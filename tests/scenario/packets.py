@@ -36,11 +36,12 @@ class Packet(NamedTuple):
             tags /= Dot1Q(prio=self.inner[0], vlan=self.inner[1])
         content = self._content(Raw(marker + b"." * self.padding))
         addresses = {"src": self.source, "dst": self.destination}
-        if not self.llc:
-            return bytes(Ether(**addresses) / tags / content)
-        # Behind a tag, too, a length in place of the type makes the frame one with an LLC header.
-        tags.lastlayer().type = len(bytes(content))
-        return bytes(Ether(**addresses) / tags) + bytes(content)
+        if self.llc:
+            # Behind a tag, too, a length in place of the type makes the frame one with an LLC header.
+            tags.lastlayer().type = len(content)
+        elif self.version == 0:
+            tags.lastlayer().type = ETHERTYPE_EXPERIMENT
+        return bytes(Ether(**addresses) / tags / content)
 
     def but(self, **changes):
         return self._replace(**changes)
