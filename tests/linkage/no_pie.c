@@ -39,5 +39,9 @@ int main(void) {
     expect(adp_linkscan_register(on_link) == ADP_OK && link_event_handle == on_link,
            "a handler is seen by the program");
     expect(linkscan_handle_cb(1, 1, info) == 42, "and called by the library");
+    expect(acl_fp_list_head.next == &acl_fp_list_head && acl_fp_list_head.prev == &acl_fp_list_head,
+           "a table whose start value is its own address is one object too");
+    expect(adp_fp_find_list_node_by_entity(1, 1) == NULL && fp_find_data_by_submodetype(43) == &g_stFpInfo[42],
+           "for the library as well");
     return failures != 0;
 }

@@ -28,6 +28,15 @@ namespace library_test {
 inline constexpr uint32_t kUserPorts = ADP_USER_PORTS;
 inline constexpr uint32_t kPortOffset = 3;
 
+/** The nodes of the list of installed rules, in its order. */
+inline std::vector<FpListNode *> installed_rules() {
+    std::vector<FpListNode *> nodes;
+    for (adp_list_link_t *link = acl_fp_list_head.next; link != &acl_fp_list_head; link = link->next) {
+        nodes.push_back(reinterpret_cast<FpListNode *>(link));
+    }
+    return nodes;
+}
+
 /** Every byte of the library's tables, for comparing them before and after a call. */
 inline std::string table_bytes() {
     std::string bytes;
@@ -47,7 +56,20 @@ inline std::string table_bytes() {
     add(&link_event_handle, sizeof link_event_handle);
     add(adp::port_hold_state, sizeof adp::port_hold_state);
     add(g_intf_link_data, sizeof g_intf_link_data);
+    add(g_stFpInfo, sizeof g_stFpInfo);
+    add(aiVlanStg, sizeof aiVlanStg);
+    for (const FpListNode *node : installed_rules()) {
+        add(&node->entity, sizeof node->entity);
+    }
     return bytes;
+}
+
+/** Empties the list of rules and frees its nodes. */
+inline void drop_rules() {
+    for (FpListNode *node : installed_rules()) {
+        free(node);
+    }
+    acl_fp_list_head = {&acl_fp_list_head, &acl_fp_list_head};
 }
 
 inline void drop_map() {
@@ -72,7 +94,10 @@ class LibraryTest : public ::testing::Test {
   protected:
     void SetUp() override { start_over(); }
 
-    void TearDown() override { drop_map(); }
+    void TearDown() override {
+        drop_map();
+        drop_rules();
+    }
 
     /** Also for a test that runs an operation several times, each on cleared tables. */
     static void start_over() {
@@ -85,6 +110,8 @@ class LibraryTest : public ::testing::Test {
         link_event_handle = nullptr;
         std::memset(adp::port_hold_state, 0, sizeof adp::port_hold_state);
         std::memset(g_intf_link_data, 0, sizeof g_intf_link_data);
+        std::memset(aiVlanStg, 0, sizeof aiVlanStg);
+        drop_rules();
         make_default_map();
     }
 

@@ -1,0 +1,37 @@
+// What the files of the field processor share: the driver's handle, hardware entries and words inside byte fields.
+#ifndef FP_ENTRY_H
+#define FP_ENTRY_H
+
+#include <adp/fp.h>
+#include <string.h>
+
+namespace adp {
+
+/** First argument of the driver's field-processor calls. */
+inline constexpr int32_t fp_handle = 0;
+
+/** The unit of every call that does not come from a rule's own record. */
+inline constexpr uint32_t kFieldUnit = 0;
+
+/** The hardware entry of an entity; logged. */
+uint32_t true_entry_of(const FpInfo &row, uint32_t entity_id);
+
+/** Whether the submodule's rules take two entries. */
+constexpr bool is_double(const FpInfo &row) {
+    return row.group == 1 || row.group == 5;
+}
+
+/** A field's scalar: its first word. The fields are bytes, so that records have no padding to be right about. */
+inline uint32_t load_word(const uint8_t *field) {
+    uint32_t word = 0;
+    memcpy(&word, field, sizeof word);
+    return word;
+}
+
+inline void store_word(uint8_t *field, uint32_t word) {
+    memcpy(field, &word, sizeof word);
+}
+
+}  // namespace adp
+
+#endif

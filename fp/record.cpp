@@ -1,0 +1,78 @@
+// Filling a rule record: qualifiers and actions are appended.
+#include <stdio.h>
+
+#include "fp/entry.h"
+
+namespace adp {
+namespace {
+
+constexpr int kQualifiersFullLine = 674;
+constexpr int kActionsFullLine = 720;
+constexpr uint32_t kShortBytes = 2;
+
+// Both calls print this, and both with the number of qualifiers.
+int32_t refuse_full(const char *function, int line, const FpEntity &entity) {
+    printf("%s:[%05d] Fp qualify number=[%d] was full!~\n", function, line, entity.qualify_num);
+    return ADP_FAIL;
+}
+
+void set_qualifier_field(uint8_t *field, const void *from, uint32_t length) {
+    if (length == kShortBytes) {
+        uint16_t value = 0;
+        memcpy(&value, from, sizeof value);
+        store_word(field, value);
+    } else if (length != 0) {
+        memcpy(field, from, length);
+    }
+}
+
+// The length of what is copied; a null address and a length of 0 or less copy nothing.
+uint32_t action_bytes(const void *param, int32_t length) {
+    return param != nullptr && length > 0 ? static_cast<uint32_t>(length) : 0;
+}
+
+void set_action_field(uint8_t *field, const void *from, uint32_t length) {
+    if (length != 0) {
+        memcpy(field, from, length);
+    }
+}
+
+}  // namespace
+}  // namespace adp
+
+int32_t adp_fp_add_entity_qualify(FpEntity *e, uint32_t type, const void *data, uint32_t data_len, const void *mask,
+                                  int32_t mask_len) {
+    const int32_t index = e->qualify_num;
+    if (index >= ADP_FP_QUALIFIERS) {
+        return adp::refuse_full("adp_fp_add_entity_qualify", adp::kQualifiersFullLine, *e);
+    }
+    const auto mask_bytes = static_cast<uint32_t>(mask_len);
+    if (index < 0 || data_len > ADP_FP_QUALIFIER_BYTES || mask_bytes > ADP_FP_QUALIFIER_BYTES) {
+        return ADP_FAIL;
+    }
+    FpQualify &qualifier = e->qualifies[index];
+    qualifier.type = type;
+    adp::set_qualifier_field(qualifier.data, data, data_len);
+    adp::set_qualifier_field(qualifier.mask, mask, mask_bytes);
+    e->qualify_num = index + 1;
+    return index;
+}
+
+int32_t adp_fp_add_entity_action(FpEntity *e, uint32_t type, const void *param, int32_t param_len, const void *param2,
+                                 int32_t param2_len) {
+    const int32_t index = e->action_num;
+    if (index >= ADP_FP_ACTIONS) {
+        return adp::refuse_full("adp_fp_add_entity_action", adp::kActionsFullLine, *e);
+    }
+    const uint32_t bytes = adp::action_bytes(param, param_len);
+    const uint32_t bytes2 = adp::action_bytes(param2, param2_len);
+    if (index < 0 || bytes > ADP_FP_ACTION_BYTES || bytes2 > ADP_FP_ACTION_BYTES) {
+        return ADP_FAIL;
+    }
+    FpAction &action = e->actions[index];
+    action.type = type;
+    adp::set_action_field(action.param, param, bytes);
+    adp::set_action_field(action.param2, param2, bytes2);
+    e->action_num = index + 1;
+    return index;
+}

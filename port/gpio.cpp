@@ -1,0 +1,83 @@
+// The chip's I/O pins, by read-modify-write of its registers.
+#include <adp/gpio.h>
+#include <netlink_api.h>
+
+namespace adp {
+namespace {
+
+constexpr uint32_t kInput = 0x2000;
+constexpr uint32_t kOutput = 0x2004;
+constexpr uint32_t kDirection = 0x2008;
+
+constexpr uint32_t kPins = 32;
+constexpr uint32_t kUsedInputs = 0xF;
+constexpr uint32_t kBoardDirections = 1u << 0 | 1u << 3;
+
+constexpr uint32_t bit_of(uint32_t pin) {
+    return 1u << pin % kPins;
+}
+
+uint32_t read_register(uint32_t address) {
+    uint32_t value = 0;
+    user_pci_read(0, 0, address, &value);
+    return value;
+}
+
+adp_status_t write_register(uint32_t address, uint32_t value) {
+    return user_pci_write(0, 0, address, &value);
+}
+
+adp_status_t write_bit(uint32_t address, uint32_t pin, uint32_t value) {
+    const uint32_t old = read_register(address);
+    switch (value) {
+        case 0:
+            return write_register(address, old & ~bit_of(pin));
+        case 1:
+            return write_register(address, old | bit_of(pin));
+        default:
+            return write_register(address, old);
+    }
+}
+
+}  // namespace
+}  // namespace adp
+
+adp_status_t hal_gpio_register_init() {
+    return adp::write_register(adp::kDirection, adp::kBoardDirections);
+}
+
+adp_status_t hal_set_gpio_direct(uint32_t pin, uint32_t value) {
+    return adp::write_bit(adp::kDirection, pin, value);
+}
+
+adp_status_t hal_set_gpio_write_bit(uint32_t pin, uint32_t value) {
+    return adp::write_bit(adp::kOutput, pin, value);
+}
+
+int32_t hal_get_gpio_val(uint32_t pin) {
+    return (adp::read_register(adp::kInput) & adp::kUsedInputs & adp::bit_of(pin)) != 0 ? 1 : 0;
+}
+
+adp_status_t hal_reverse_gpio(uint32_t pin) {
+    return adp::write_register(adp::kOutput, adp::read_register(adp::kOutput) ^ adp::bit_of(pin));
+}
+
+adp_status_t adp_gpio_register_init() {
+    return hal_gpio_register_init();
+}
+
+adp_status_t adp_set_gpio_direct(uint32_t pin, uint32_t value) {
+    return hal_set_gpio_direct(pin, value);
+}
+
+adp_status_t adp_set_gpio_write_bit(uint32_t pin, uint32_t value) {
+    return hal_set_gpio_write_bit(pin, value);
+}
+
+int32_t adp_get_gpio_val(uint32_t pin) {
+    return hal_get_gpio_val(pin);
+}
+
+adp_status_t adp_reverse_gpio(uint32_t pin) {
+    return hal_reverse_gpio(pin);
+}
