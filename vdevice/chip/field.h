@@ -54,6 +54,8 @@ struct Qualifier {
     Field field = Field::kCount;
     FieldWords data{};
     FieldWords mask{};
+
+    friend bool operator==(const Qualifier &, const Qualifier &) = default;
 };
 
 /** A condition on a field of one word. */

@@ -59,6 +59,7 @@ constexpr ActionInfo kActionTable[] = {
     {203, ActionKind::kToCpu, "to_cpu", take_nothing},
     {204, ActionKind::kVlan, "set_vlan", take_vid},
     {205, ActionKind::kCounter, "count", take_word<FieldCounters::kCounters, Status::kCounterRange>},
+    {206, ActionKind::kMirror, "mirror", take_word<MirrorTable::kSessions, Status::kMirrorSession>},
 };
 
 const ActionInfo *find(std::uint32_t code) {

@@ -24,6 +24,7 @@ enum class ActionKind : std::uint8_t {
     kToCpu,
     kVlan,
     kCounter,
+    kMirror,
     kCount,
 };
 
@@ -32,8 +33,10 @@ constexpr std::size_t kActionKinds = static_cast<std::size_t>(ActionKind::kCount
 struct Action {
     std::uint32_t code = 0;
     ActionKind kind = ActionKind::kPermit;
-    std::uint32_t value = 0; /**< the new DSCP, priority or VLAN, the meter or the counter */
+    std::uint32_t value = 0; /**< the new DSCP, priority or VLAN, or which meter, counter or mirror session */
     PortSet ports;           /**< of a redirection */
+
+    friend bool operator==(const Action &, const Action &) = default;
 };
 
 /** An action's parameters as the driver gets them: the first words of the one, the first word of the other. */

@@ -35,6 +35,7 @@ constexpr std::uint32_t kCopyToCpu = 202;
 constexpr std::uint32_t kToCpu = 203;
 constexpr std::uint32_t kSetVlan = 204;
 constexpr std::uint32_t kCount = 205;
+constexpr std::uint32_t kMirror = 206;
 const Octets kAddresses = kBroadcast + station(1);
 const Octets kDatagram = test::octets16(1000) + test::octets16(2000) + Octets(22, 0x5A);
 const Octets kFlooded = kAddresses + kPayload;
@@ -202,10 +203,14 @@ TEST_F(FieldPipeline, ADropBeatsEverything) {
 }
 
 TEST_F(FieldPipeline, TrapsBeatRedirections) {
-    rule({{kRedirectPort, kC}});
+    rule({{kRedirectPort, kC}, {kCopyToCpu}});
     chip_.traps().lacp = true;
     const Octets lacp = Octets{0x01, 0x80, 0xC2, 0, 0, 2} + station(1) + test::octets16(0x8809) + Octets(46, 1);
     EXPECT_EQ(outputs(kA, lacp), Ports{kCpu});
+    ASSERT_EQ(chip_.reserved_macs().set(63, Mac{0x020000000009}), Status::kOk);
+    EXPECT_EQ(outputs(kA, station(9) + station(1) + kPayload), Ports{kCpu});
+    chip_.snooping().igmp = true;
+    EXPECT_EQ(outputs(kA, kAddresses + ipv4({2}, kDatagram)), Ports{kCpu}) << "and once, though a copy was asked for";
 }
 
 TEST_F(FieldPipeline, ToTheCpuMeansToNobodyElse) {
@@ -353,6 +358,20 @@ TEST_F(FieldPipeline, RulesSeeLoopedFramesToo) {
     EXPECT_EQ(sent.back().second[kHeaderBytes + 1], 46 << 2);
 }
 
+TEST_F(FieldPipeline, AMirrorGetsTheFrameAsItCameIn) {
+    rule({{kMirror, 2}, {kSetDscp, 46}, {kRedirectPort, kB}});
+    chip_.mirrors().set_enabled(true);
+    const Octets frame = kAddresses + test::vlan_tag(0x6001) + ipv4({kUdp}, kDatagram);
+    EXPECT_EQ(outputs(kA, frame), Ports{kB}) << "the session has no flow mirror";
+    ASSERT_EQ(chip_.mirrors().set_flow_destination(2, kC), Status::kOk);
+    const auto sent = send(kA, frame);
+    ASSERT_EQ(sent.size(), 2U);
+    EXPECT_EQ(sent[0], (Sent{kC, frame}));
+    EXPECT_EQ(sent[1].first, kB);
+    add_actions(768, {{kDropIt}});
+    EXPECT_TRUE(outputs(kA, frame).empty()) << "what is dropped is not copied";
+}
+
 TEST_F(FieldPipeline, AResetForgetsEverything) {
     rule({{kDropIt}, {kCount, 1}});
     ASSERT_EQ(chip_.fields().meters().set(1, 100, 0s), Status::kOk);
@@ -408,6 +427,8 @@ TEST(FieldActions, ParametersOutOfRangeAreRefused) {
     EXPECT_EQ(refusal(kSetVlan, 0), Status::kVlanRange);
     EXPECT_EQ(refusal(kCount, 255), Status::kOk);
     EXPECT_EQ(refusal(kCount, 256), Status::kCounterRange);
+    EXPECT_EQ(refusal(kMirror, 3), Status::kOk);
+    EXPECT_EQ(refusal(kMirror, 4), Status::kMirrorSession);
     for (const std::uint32_t code : {0U, 2U, 52U, 54U, 199U, 1000U, kAll}) {
         EXPECT_EQ(refusal(code, 0), Status::kFieldAction) << code;
     }

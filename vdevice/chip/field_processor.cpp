@@ -26,13 +26,8 @@ Status FieldProcessor::remove_meter_of(std::uint32_t entry) {
         return FieldTable::absence_of(entry);
     }
     bool removed = false;
-    for (const FieldRule *rule : {&found->staged, found->installed ? &*found->installed : nullptr}) {
-        if (rule == nullptr) {
-            continue;
-        }
-        for (const Action &action : rule->actions) {
-            removed = (action.kind == ActionKind::kMeter && meters_.remove(action.value)) || removed;
-        }
+    for (std::uint32_t meter = 0; meter < MeterTable::kMeters; ++meter) {
+        removed = (found->names_meter(meter) && meters_.remove(meter)) || removed;
     }
     return removed ? Status::kOk : Status::kMeterMissing;
 }
@@ -75,6 +70,9 @@ void FieldProcessor::carry_out(const ActionSet &actions, Time now, const FieldFr
     }
     if (const Action *redirect = actions.find(ActionKind::kRedirect)) {
         verdict.redirect = redirect->ports;
+    }
+    if (const Action *mirror = actions.find(ActionKind::kMirror)) {
+        verdict.mirror = mirror->value;
     }
 }
 

@@ -23,6 +23,7 @@ struct FieldVerdict {
     std::uint16_t tci = 0; /**< VLAN and priority in which the frame goes on */
     std::optional<std::uint8_t> dscp;
     std::optional<PortSet> redirect;
+    std::optional<std::uint32_t> mirror; /**< the session whose flow mirror gets a copy */
 };
 
 class FieldProcessor {

@@ -38,6 +38,12 @@ void replace_or_add(std::vector<Element> &list, const Element &element, IsAlike 
 
 }  // namespace
 
+bool FieldRule::names_meter(std::uint32_t meter) const {
+    return std::any_of(actions.begin(), actions.end(), [&](const Action &action) {
+        return action.kind == ActionKind::kMeter && action.value == meter;
+    });
+}
+
 Status FieldTable::create(std::int64_t group, std::uint32_t entry) {
     const FieldSlice *slice = find_slice(group);
     if (slice == nullptr) {

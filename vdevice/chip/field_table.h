@@ -19,6 +19,10 @@ struct FieldRule {
     std::int32_t priority = 0;
     std::vector<Qualifier> qualifiers;
     std::vector<Action> actions;
+
+    bool names_meter(std::uint32_t meter) const;
+
+    friend bool operator==(const FieldRule &, const FieldRule &) = default;
 };
 
 /** What part of a rule an entry is. A half whose other half is gone never matches. */
@@ -30,6 +34,11 @@ struct FieldEntry {
     FieldRule staged;
     std::optional<FieldRule> installed;
     std::uint64_t matches = 0; /**< frames for which the rule won within its group, counted on the first half */
+
+    /** Whether one of its actions does, staged or installed. */
+    bool names_meter(std::uint32_t meter) const {
+        return staged.names_meter(meter) || (installed && installed->names_meter(meter));
+    }
 };
 
 /** The entries of a group. In a wide one, entries may be joined to pairs. */

@@ -5,6 +5,7 @@
 
 #include <optional>
 
+#include "vdevice/chip/document.h"
 #include "vdevice/chip/frame_builder.h"
 
 namespace vdevice::chip {
@@ -257,6 +258,19 @@ TEST_F(FieldTableTest, OnlyNeighboursOfAWideGroupAreJoined) {
     EXPECT_EQ(table_.join(900), Status::kFieldPair);
     create(1, 1535);
     EXPECT_EQ(table_.join(1535), Status::kFieldPair);
+}
+
+TEST_F(FieldTableTest, SlicesFieldsAndActionsAreToldInTheDocument) {
+    for (const auto &group : kGroups) {
+        test::expect_row("| " + std::to_string(group.group) + " | " + std::to_string(group.first) + " to " +
+                         std::to_string(group.last) + " |");
+    }
+    for (const FieldInfo &field : field_table()) {
+        test::expect_row("| " + std::to_string(field.code) + " | `" + field.name + "` | ");
+    }
+    for (const ActionInfo &action : action_table()) {
+        test::expect_row("| " + std::to_string(action.code) + " | `" + action.name + "` |");
+    }
 }
 
 }  // namespace

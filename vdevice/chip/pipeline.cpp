@@ -136,6 +136,9 @@ void Switch::forward(Time now, int ingress, const Frame &frame) {
 
 FieldVerdict Switch::apply_rules(Time now, int ingress, const Frame &frame, std::uint16_t tci, Header &header) {
     const FieldVerdict verdict = fields_.judge(now, {ingress, frame.size(), header, tci});
+    if (verdict.mirror) {
+        copy_to_flow_mirror(*verdict.mirror, frame);
+    }
     if (verdict.dscp) {
         header.payload = with_dscp(header, *verdict.dscp, remarked_);
     }

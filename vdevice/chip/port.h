@@ -22,7 +22,7 @@ enum class Drop : std::uint8_t {
     kSamePort,          /**< its destination is behind the port it came in on */
     kEgressNotMember,   /**< its destination's port is not a member of its VLAN */
     kEgressDown,        /**< its destination's port is disabled or has no link */
-    kNoDestination,     /**< flooded, but no other member port is up */
+    kNoDestination,     /**< flooded or redirected, but no other such port is up */
     kNoSwitchTag,       /**< from the CPU without a whole switch tag */
     kBadOpcode,         /**< from the CPU with an opcode that means nothing */
     kDirectedToCpu,     /**< from the CPU, directed to the CPU port itself */

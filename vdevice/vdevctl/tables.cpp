@@ -7,6 +7,7 @@
 #include <map>
 #include <vector>
 
+#include "vdevice/vdevctl/field_tables.h"
 #include "vdevice/vdevctl/port_text.h"
 #include "vdevice/vdevctl/start_tables.h"
 
@@ -153,7 +154,8 @@ std::string show(const std::string &command, const json &answer) {
     static const std::map<std::string, Show> kTables = {
         {"ports", show_ports},       {"vlans", show_vlans},     {"macs", show_macs},     {"counters", show_counters},
         {"log", show_log},           {"events", show_events},   {"trunks", show_trunks}, {"version", show_version},
-        {"reserved", show_reserved}, {"mirrors", show_mirrors}, {"gpio", show_gpio},
+        {"reserved", show_reserved}, {"mirrors", show_mirrors}, {"gpio", show_gpio},     {"fields", show_fields},
+        {"meters", show_meters},
     };
     const auto table = kTables.find(command);
     return table == kTables.end() ? std::string{} : table->second(answer);
