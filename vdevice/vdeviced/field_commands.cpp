@@ -2,6 +2,7 @@
 #include <arpa/inet.h>
 
 #include <bit>
+#include <chrono>
 #include <string>
 
 #include "vdevice/driver/mac_text.h"
@@ -171,7 +172,11 @@ json show_meters(Device &device, const json & /*request*/) {
                             {"entries", entries_with(fields.table(), number)}});
         }
     }
-    return {{"meters", rows}, {"capacity", MeterTable::kMeters}, {"counts_gap", fields.meters().counts_gap()}};
+    // With the time of this reading two of them give a rate, however late they are asked for.
+    return {{"meters", rows},
+            {"capacity", MeterTable::kMeters},
+            {"counts_gap", fields.meters().counts_gap()},
+            {"time", std::chrono::duration<double>(device.now()).count()}};
 }
 
 }  // namespace vdevice
