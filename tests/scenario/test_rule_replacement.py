@@ -11,19 +11,24 @@ SINGLE, PAIRS = 20, 2
 ENTITY = 1
 FROM_SENDER = [(13, {SENDER})]
 OLD, NEW = 9, 26
+WAYS = (OLD, NEW, RECEIVER)
 STEADY_FRAMES = 20
 REPLACEMENTS = 3
 DIGITS = 6
+FRAME_PAUSE = 0.0002
 ANSWER_SECONDS = 20.0
 
 
 class Stream:
-    """Numbered frames to a station that is known to be behind RECEIVER."""
+    """Numbered frames to a station that is known to be behind RECEIVER. What arrives is taken from the hosts while it is
+    sent, so that no buffer overflows however long that takes.
+    """
 
     def __init__(self, lab):
         self._lab = lab
         self._marker = lab.marker()
         self._addresses = lab.mac(RECEIVER), lab.mac(SENDER)
+        self._seen = {}
         self.sent = 0
         station, source = self._addresses
         introduction = ethernet(source, station, ETHERTYPE_EXPERIMENT, lab.marker(), vlan_tag(VLAN))
@@ -35,18 +40,27 @@ class Stream:
             payload = self._marker + b"%0*d" % (DIGITS, self.sent)
             self._lab.hosts[SENDER].send(ethernet(*self._addresses, ETHERTYPE_EXPERIMENT, payload, vlan_tag(VLAN)))
             self.sent += 1
+            for port in WAYS:
+                self._account(port, self._lab.hosts[port].nic.waiting())
 
     def settled(self):
         """{port: numbers} of what has arrived since it was last asked for, in order of arrival."""
-        arrived = self._lab.arrivals(self._marker)
-        return {port: [int(frame[-DIGITS:]) for frame in frames] for port, frames in arrived.items()}
+        for port, frames in self._lab.arrivals(self._marker).items():
+            self._account(port, frames)
+        seen, self._seen = self._seen, {}
+        return seen
+
+    def _account(self, port, frames):
+        numbers = [int(frame[-DIGITS:]) for frame in frames if self._marker in frame]
+        if numbers:
+            self._seen.setdefault(port, []).extend(numbers)
 
 
 def replace_under_load(cpu, line, stream):
     cpu.shell.begin(line)
     deadline = time.monotonic() + ANSWER_SECONDS
     stream.send()
-    while not cpu.shell.has_answered(0) and time.monotonic() < deadline:
+    while not cpu.shell.has_answered(FRAME_PAUSE) and time.monotonic() < deadline:
         stream.send()
     assert cpu.shell.finish()["result"] == 0
 

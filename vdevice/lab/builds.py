@@ -34,6 +34,11 @@ class Build:
         return [*emulator, str(path), *map(str, arguments)]
 
     @property
+    def is_emulated(self):
+        """Whether the programs are the target's. Their process is the emulator, which keeps memory that they return."""
+        return _is_target_program(self.folder / "adpsh")
+
+    @property
     def byte_order(self):
-        """"big" or "little": how the build's programs keep their numbers."""
-        return "big" if _is_target_program(self.folder / "adpsh") else "little"
+        """How the programs keep their numbers: "big" or "little"."""
+        return "big" if self.is_emulated else "little"
