@@ -63,6 +63,20 @@ adp_status_t until_first_failure(const MemberList &members, Step step) {
     return until_first_failure_own_result(members, step) == 0 ? ADP_OK : ADP_E_DRIVER;
 }
 
+/**
+ * Applies step(member) to all non-empty ones of the first count slots, whatever they answer; gives the last one's
+ * result, and @p none when there is none.
+ */
+template <typename Step>
+int32_t every_member_last_result(const MemberList &members, int32_t none, Step step) {
+    int32_t last = none;
+    until_first_failure_own_result(members, [&](Intf member) {
+        last = step(member);
+        return 0;
+    });
+    return last;
+}
+
 }  // namespace adp
 
 #endif

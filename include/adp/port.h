@@ -1,7 +1,8 @@
 /**
  * @file port.h
  * The port frame: the map between logical interface numbers and the switch chip's physical ports, the ports'
- * attributes, link events and last-change times.
+ * attributes, link events and last-change times. Start-up, mirroring and I/O pins have headers of their own, which this
+ * one includes.
  *
  * Every call of the library passes through the map. It is set up first, in this order, and never torn down:
  * adp_set_max_phy_port_num(), then adp_add_cpu_port() and adp_add_phy_port() for every row. No call checks the
