@@ -1,166 +1,17 @@
-// What rules do with frames on their way through the chip.
+// Where rules send frames on their way through the chip, what they drop, count and meter.
 #include <gtest/gtest.h>
 
-#include "vdevice/chip/chip_fixture.h"
-#include "vdevice/chip/packet_builder.h"
+#include "vdevice/chip/field_fixture.h"
 
 namespace vdevice::chip {
 namespace {
 
 using namespace std::chrono_literals;
-using test::Ipv4;
-using test::ipv4;
-using test::Ipv6;
-using test::ipv6;
-using test::kA;
-using test::kB;
-using test::kBroadcast;
-using test::kC;
-using test::kCpu;
-using test::kPayload;
-using test::Octets;
-using test::operator+;
-using test::Sent;
-using test::station;
+using namespace test;
 
-constexpr std::uint32_t kAll = 0xFFFFFFFF;
-constexpr std::uint32_t kSetDscp = 1;
-constexpr std::uint32_t kSetPriority = 11;
-constexpr std::uint32_t kRedirectPort = 30;
-constexpr std::uint32_t kRedirectPorts = 33;
-constexpr std::uint32_t kMeter = 53;
-constexpr std::uint32_t kPermit = 200;
-constexpr std::uint32_t kDropIt = 201;
-constexpr std::uint32_t kCopyToCpu = 202;
-constexpr std::uint32_t kToCpu = 203;
-constexpr std::uint32_t kSetVlan = 204;
-constexpr std::uint32_t kCount = 205;
-constexpr std::uint32_t kMirror = 206;
-const Octets kAddresses = kBroadcast + station(1);
-const Octets kDatagram = test::octets16(1000) + test::octets16(2000) + Octets(22, 0x5A);
-const Octets kFlooded = kAddresses + kPayload;
-
-struct Wanted {
-    std::uint32_t code;
-    std::uint32_t value = 0;
-    std::uint32_t second = 0;
-};
-
-class FieldPipeline : public test::ChipTest {
-  protected:
-    FieldTable &table() { return chip_.fields().table(); }
-
-    void add_actions(std::uint32_t entry, std::initializer_list<Wanted> actions) {
-        for (const Wanted &wanted : actions) {
-            Action action;
-            ASSERT_EQ(make_action(wanted.code, {{wanted.value}, wanted.second}, action), Status::kOk) << wanted.code;
-            ASSERT_EQ(table().add_action(entry, action), Status::kOk);
-        }
-        ASSERT_EQ(table().install(entry), Status::kOk);
-    }
-    /** A rule of the group for what comes in on A, with the actions of codes and their words. */
-    void add_rule(int group, std::uint32_t entry, std::initializer_list<Wanted> actions) {
-        ASSERT_EQ(table().create(group, entry), Status::kOk);
-        ASSERT_EQ(table().qualify(entry, qualifier(Field::kInPorts, 1U << kA, kAll)), Status::kOk);
-        add_actions(entry, actions);
-    }
-    void rule(std::initializer_list<Wanted> actions) { add_rule(3, 768, actions); }
-    /** A rule for all frames. */
-    void rule_for_all(std::initializer_list<Wanted> actions) {
-        ASSERT_EQ(table().create(4, 640), Status::kOk);
-        add_actions(640, actions);
-    }
-
-    std::vector<int> outputs(int port, const Octets &frame, Time now = 1s) {
-        std::vector<int> list;
-        for (const Sent &sent : send(port, frame, now)) {
-            list.push_back(sent.first);
-        }
-        return list;
-    }
-    /** The frame as it arrives at B. */
-    Octets received(const Octets &frame) {
-        for (const Sent &sent : send(kA, frame)) {
-            if (sent.first == kB) {
-                return sent.second;
-            }
-        }
-        return {};
-    }
-    std::uint64_t count(std::uint32_t counter, CounterType type) {
-        return chip_.fields().counters().get(counter, type);
-    }
-    void tag_vlan_1() { ASSERT_EQ(chip_.vlans().set_ports(1, Switch::all_ports(), PortSet{}), Status::kOk); }
-};
+class FieldPipeline : public FieldRulesTest {};
 
 using Ports = std::vector<int>;
-
-TEST_F(FieldPipeline, DscpOfIpv4IsRewrittenAndItsChecksumCorrected) {
-    rule({{kSetDscp, 46}});
-    for (const unsigned tos : {0U, 0xFFU, 0x13U}) {
-        Ipv4 packet{kUdp};
-        packet.tos = static_cast<std::uint8_t>(tos);
-        packet.options = Octets(4, 1);
-        Ipv4 wanted = packet;
-        wanted.tos = static_cast<std::uint8_t>(46U << 2 | (tos & 3));
-        EXPECT_EQ(received(kAddresses + ipv4(packet, kDatagram)), kAddresses + ipv4(wanted, kDatagram)) << tos;
-        const Octets header = received(kAddresses + ipv4(packet, kDatagram));
-        EXPECT_EQ(test::ones_sum(Bytes{header}.subspan(kHeaderBytes, kIpv4Bytes + 4)), 0xFFFF);
-    }
-}
-
-TEST_F(FieldPipeline, EveryDscpComesOutWithAGoodChecksum) {
-    ASSERT_EQ(table().create(3, 768), Status::kOk);
-    for (std::uint32_t dscp = 0; dscp < 64; ++dscp) {
-        add_actions(768, {{kSetDscp, dscp}});
-        Ipv4 packet{kUdp};
-        packet.source = test::octets32(dscp * 0x1234567);
-        Ipv4 wanted = packet;
-        wanted.tos = static_cast<std::uint8_t>(dscp << 2);
-        ASSERT_EQ(received(kAddresses + ipv4(packet, kDatagram)), kAddresses + ipv4(wanted, kDatagram)) << dscp;
-    }
-}
-
-TEST_F(FieldPipeline, AWrongChecksumStaysWrong) {
-    rule({{kSetDscp, 46}});
-    Octets frame = kAddresses + ipv4({kUdp}, kDatagram);
-    frame[kHeaderBytes + kIpv4ChecksumAt] ^= 0x40;
-    const Octets out = received(frame);
-    EXPECT_NE(test::ones_sum(Bytes{out}.subspan(kHeaderBytes, kIpv4Bytes)), 0xFFFF);
-}
-
-TEST_F(FieldPipeline, DscpOfIpv6IsRewritten) {
-    rule({{kSetDscp, 46}});
-    Ipv6 packet{kUdp};
-    packet.traffic_class = 0x13;
-    Ipv6 wanted = packet;
-    wanted.traffic_class = 46 << 2 | 3;
-    EXPECT_EQ(received(kAddresses + ipv6(packet, kDatagram)), kAddresses + ipv6(wanted, kDatagram));
-}
-
-TEST_F(FieldPipeline, DscpIsFoundBehindTagsAndOnlyWhereThereIsOne) {
-    rule({{kSetDscp, 46}});
-    tag_vlan_1();
-    Ipv4 wanted{kUdp};
-    wanted.tos = 46 << 2;
-    const Octets tags = test::vlan_tag(0x2001) + test::octets16(0x88A8) + test::octets16(7);
-    EXPECT_EQ(received(kAddresses + tags + ipv4({kUdp}, kDatagram)), kAddresses + tags + ipv4(wanted, kDatagram));
-    const Octets arp = kAddresses + test::vlan_tag(1) + test::octets16(0x0806) + Octets(46, 0);
-    EXPECT_EQ(received(arp), arp);
-    const Octets cut = kAddresses + test::vlan_tag(1) + test::octets16(0x0800) + Octets{0x45, 0};
-    EXPECT_EQ(received(cut), cut);
-}
-
-TEST_F(FieldPipeline, PriorityIsThatOfTheTagsThatFollow) {
-    rule({{kSetPriority, 6}});
-    tag_vlan_1();
-    EXPECT_EQ(received(kFlooded), kAddresses + test::vlan_tag(0xC001) + kPayload);
-    EXPECT_EQ(received(kAddresses + test::vlan_tag(0x3001) + kPayload), kAddresses + test::vlan_tag(0xD001) + kPayload)
-        << "drop eligibility stays";
-    const auto sent = send(kA, kFlooded);
-    EXPECT_EQ(sent[0], (Sent{kCpu, kAddresses + test::receive_tag(kA) + test::vlan_tag(0xC001) + kPayload}));
-    EXPECT_EQ(send(kB, kFlooded).back().second, kAddresses + test::vlan_tag(1) + kPayload) << "others untouched";
-}
 
 TEST_F(FieldPipeline, RedirectionLeavesByTheOnePort) {
     rule({{kRedirectPort, kC}});
@@ -229,20 +80,6 @@ TEST_F(FieldPipeline, ACopyGoesToTheCpuOnce) {
     EXPECT_EQ(outputs(kA, kBroadcast + station(7) + kPayload), Ports{kCpu});
     chip_.set_link(kCpu, false);
     EXPECT_EQ(outputs(kB, station(1) + station(2) + kPayload), Ports{kA});
-}
-
-TEST_F(FieldPipeline, ARuleChoosesTheVlan) {
-    rule({{kSetVlan, 100}});
-    EXPECT_TRUE(outputs(kA, kFlooded).empty());
-    EXPECT_EQ(dropped(kA, Drop::kVlanMissing), 1U);
-    ASSERT_EQ(chip_.vlans().create({100, 100}), Status::kOk);
-    ASSERT_EQ(chip_.vlans().set_ports(100, PortSet::of(kB), PortSet{}), Status::kOk);
-    EXPECT_TRUE(outputs(kA, kFlooded).empty());
-    EXPECT_EQ(dropped(kA, Drop::kNotMember), 1U);
-    ASSERT_EQ(chip_.vlans().set_ports(100, PortSet::of(kA).add(kB), PortSet{}), Status::kOk);
-    EXPECT_EQ(send(kA, kAddresses + test::vlan_tag(0x6001) + kPayload),
-              (std::vector<Sent>{{kB, kAddresses + test::vlan_tag(0x6064) + kPayload}}));
-    EXPECT_NE(chip_.macs().find(Mac{0x020000000001}, 100), nullptr) << "learned there";
 }
 
 TEST_F(FieldPipeline, CountersCountFramesAndOctetsOfWhatMatches) {

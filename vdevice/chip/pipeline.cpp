@@ -2,7 +2,6 @@
 // the port that it came in on.
 #include "vdevice/chip/dos_filter.h"
 #include "vdevice/chip/egress.h"
-#include "vdevice/chip/remark.h"
 #include "vdevice/chip/switch.h"
 
 namespace vdevice::chip {
@@ -108,6 +107,11 @@ void Switch::forward(Time now, int ingress, const Frame &frame) {
     if (verdict.to_cpu_only || (ingress != kCpuPort && is_for_cpu_alone(*header))) {
         return trap(ingress, forms);
     }
+    switch_in_vlan(now, ingress, *header, forms, verdict);
+}
+
+void Switch::switch_in_vlan(Time now, int ingress, const Header &header, EgressForms &forms,
+                            const FieldVerdict &verdict) {
     const bool copied = verdict.copy_to_cpu && copy_to_cpu(ingress, forms);
     const Vid vid = verdict.tci & kVidMask;
     const Vlan *vlan = vlans_.find(vid);
@@ -117,49 +121,21 @@ void Switch::forward(Time now, int ingress, const Frame &frame) {
     if (!vlan->members.has(ingress)) {
         return drop(ingress, Drop::kNotMember);
     }
-    const Flow flow{ingress, vid, *vlan, *header, forms, copied};
+    const Flow flow{ingress, vid, *vlan, header, forms, copied};
     if (!admit(now, flow)) {
         return;
     }
-    if (ingress != kCpuPort && is_snooped(snooping_, *header)) {
+    if (ingress != kCpuPort && is_snooped(snooping_, header)) {
         return hand_over(flow);
     }
     if (verdict.redirect) {
         return redirect(flow, *verdict.redirect);
     }
-    const MacEntry *entry = header->destination.is_group() ? nullptr : macs_.find(header->destination, vid);
+    const MacEntry *entry = header.destination.is_group() ? nullptr : macs_.find(header.destination, vid);
     if (entry == nullptr) {
         return flood(flow);
     }
     forward_to_entry(flow, *entry);
-}
-
-FieldVerdict Switch::apply_rules(Time now, int ingress, const Frame &frame, std::uint16_t tci, Header &header) {
-    const FieldVerdict verdict = fields_.judge(now, {ingress, frame.size(), header, tci});
-    if (verdict.mirror) {
-        copy_to_flow_mirror(*verdict.mirror, frame);
-    }
-    if (verdict.dscp) {
-        header.payload = with_dscp(header, *verdict.dscp, remarked_);
-    }
-    return verdict;
-}
-
-bool Switch::copy_to_cpu(int ingress, EgressForms &forms) {
-    if (ingress == kCpuPort || !up_.has(kCpuPort)) {
-        return false;
-    }
-    transmit(kCpuPort, forms.for_cpu(ingress));
-    return true;
-}
-
-void Switch::redirect(const Flow &flow, const PortSet &ports) {
-    PortSet usable = ports & up_;
-    usable.remove(flow.ingress);
-    if (usable.empty()) {
-        return drop(flow.ingress, Drop::kNoDestination);
-    }
-    usable.for_each([&](int egress) { send_in_vlan(egress, flow); });
 }
 
 bool Switch::admit(Time now, const Flow &flow) {

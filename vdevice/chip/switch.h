@@ -130,6 +130,7 @@ class Switch {
     void receive_from_cpu(Time now, Bytes frame);
     void forward(Time now, int ingress, const Frame &frame);
     FieldVerdict apply_rules(Time now, int ingress, const Frame &frame, std::uint16_t tci, Header &header);
+    void switch_in_vlan(Time now, int ingress, const Header &header, EgressForms &forms, const FieldVerdict &verdict);
     bool copy_to_cpu(int ingress, EgressForms &forms);
     void redirect(const Flow &flow, const PortSet &ports);
     void forward_to_entry(const Flow &flow, const MacEntry &entry);
