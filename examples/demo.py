@@ -1,5 +1,6 @@
 """The demonstration: a virtual device with six hosts, and the example program frame_path at work on its CPU; then acl,
-which guards a port (demo_acl.py); then two devices joined by an aggregation group whose cables are pulled (failover.py).
+which guards a port (demo_acl.py); then two devices joined by an aggregation group whose cables are pulled
+(failover.py).
 
 Each step shows what the program asked of the library, which ports the frame really left (as the hosts saw it), and
 what the program received from where. Every step is compared with what it has to give, so that the demonstration is a

@@ -92,7 +92,8 @@ def row(*cells):
 
 def run_acl(lab, build, paint):
     """Shows it; true if everything was as it must be."""
-    print(f"\n{paint('Access list', 'bold')}: the program acl guards port {GUEST_PORT}; the server is at port {SERVER_PORT}.\n")
+    title = paint("Access list", "bold")
+    print(f"\n{title}: the program acl guards port {GUEST_PORT}; the server is at port {SERVER_PORT}.\n")
     with contextlib.closing(AclProgram(lab.device, build, GUEST_PORT)) as program:
         access = AccessList(lab, program)
         access.introduce_server()

@@ -1,4 +1,4 @@
-"""Rules of the field processor as the scenarios write them: records for adpsh, and the clearing away of what was set."""
+"""Rules of the field processor as the scenarios write them: records for adpsh, and what clears them away again."""
 
 from lab.builds import Build
 
@@ -80,7 +80,7 @@ class Acl:
         return self._cpu.result("adp_fp_delete_entity_rule", submodule, entity, action)
 
     def remark(self, rule, ports, kind, value, field=None, match=0, form=None):
-        """Status of a remark rule: of form 1 with a field to match, else of form 7, unless another form is asked for."""
+        """Status of a remark rule: of form 1 with a field to match, else of form 7, unless told another."""
         self._rules.add((REMARK_SUBMODULE, rule))
         bits = sum(1 << (port - 1) for port in ports)
         usual = REMARK_FORM_PORTS if field is None else REMARK_FORM_FIELD

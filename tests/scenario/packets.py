@@ -3,7 +3,7 @@
 from typing import NamedTuple
 
 from lab.frames import ETHERTYPE_EXPERIMENT
-from scapy.all import IP, LLC, TCP, UDP, Dot1Q, Ether, IPv6, Raw
+from scapy.all import IP, TCP, UDP, Dot1Q, Ether, IPv6, Raw
 
 DSCP_SHIFT = 2
 TRANSPORTS = {"udp": UDP, "tcp": TCP}
@@ -11,7 +11,9 @@ DEFAULT_ADDRESSES = {4: ("10.1.0.1", "10.2.0.2"), 6: ("fd00::1", "fd00::2")}
 
 
 class Packet(NamedTuple):
-    """A packet in a tagged frame; `inner` is the priority and VLAN of a second tag. Version 0 is no IP packet."""
+    """A packet in a tagged frame; `inner` is the priority and VLAN of a second tag. Version 0 is no IP packet, nor is
+    what has an LLC header, whose octets are `llc`.
+    """
 
     source: str = "02:00:00:00:a0:01"
     destination: str = "02:00:00:00:a0:02"
@@ -26,7 +28,8 @@ class Packet(NamedTuple):
     transport: str = "udp"
     source_port: int = 4000
     destination_port: int = 5000
-    llc: bool = False
+    ethertype: int = ETHERTYPE_EXPERIMENT
+    llc: bytes = b""
     padding: int = 0
 
     def build(self, marker):
@@ -40,7 +43,7 @@ class Packet(NamedTuple):
             # Behind a tag, too, a length in place of the type makes the frame one with an LLC header.
             tags.lastlayer().type = len(content)
         elif self.version == 0:
-            tags.lastlayer().type = ETHERTYPE_EXPERIMENT
+            tags.lastlayer().type = self.ethertype
         return bytes(Ether(**addresses) / tags / content)
 
     def but(self, **changes):
@@ -48,7 +51,7 @@ class Packet(NamedTuple):
 
     def _content(self, payload):
         if self.llc:
-            return LLC(dsap=0x7F, ssap=0x7F, ctrl=3) / payload
+            return Raw(self.llc) / payload
         if self.version == 0:
             return payload
         layer = TRANSPORTS[self.transport](sport=self.source_port, dport=self.destination_port)

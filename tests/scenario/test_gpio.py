@@ -1,4 +1,4 @@
-"""The chip's pins: what the software writes is seen from outside, and what is driven from outside the software reads."""
+"""The chip's pins: what the software writes is seen from outside, what is driven there the software reads."""
 
 import pytest
 

@@ -30,7 +30,11 @@ def mirrored(cpu, mirrors):
     return lambda port, directions: cpu.result("adp_add_port_mirror", port, MIRROR_PORT, directions, SESSION)
 
 
-DIRECTIONS = {"ingress": (INGRESS, [Packet()]), "egress": (EGRESS, [REPLY]), "both": (INGRESS | EGRESS, [Packet(), REPLY])}
+DIRECTIONS = {
+    "ingress": (INGRESS, [Packet()]),
+    "egress": (EGRESS, [REPLY]),
+    "both": (INGRESS | EGRESS, [Packet(), REPLY]),
+}
 
 
 @pytest.mark.parametrize("name", DIRECTIONS)

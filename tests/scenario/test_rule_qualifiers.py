@@ -20,9 +20,12 @@ IN_PORTS = 13
 TCP = 6
 FORMAT_PRIORITY, FORMAT_VLAN = 1, 2
 KIND_IPV4, KIND_IPV6, KIND_NOT_IP, KIND_ARP = 5, 10, 1, 3
-FRAME_LLC = 2
+FRAME_ETHERNET, FRAME_LLC, FRAME_SNAP = 1, 2, 3
+LLC_TEST = b"\x7f\x7f\x03"
+SNAP_IPV4 = b"\xaa\xaa\x03\0\0\0\x08\0"
 LONG = Packet(padding=700)
 SIX = Packet(version=6)
+OTHER_BLOCK = Packet(source="02:00:01:00:a0:01")
 
 
 def ip(address):
@@ -36,7 +39,7 @@ QUALIFIERS = {
     "source IPv6 network": (0, ip("fd00::"), ip("ffff:ffff::"), SIX, SIX.but(source_ip="fd00:1::1")),
     "destination IPv6": (1, ip("fd00::2"), None, SIX, SIX.but(destination_ip="fd80::2")),
     "source MAC": (6, mac("02:00:00:00:a0:01"), None, LONG, Packet(source="02:00:00:00:a0:11")),
-    "source MAC block": (6, mac("02:00:00:00:00:00"), mac("ff:ff:ff:00:00:00"), LONG, Packet(source="02:00:01:00:a0:01")),
+    "source MAC block": (6, mac("02:00:00:00:00:00"), mac("ff:ff:ff:00:00:00"), LONG, OTHER_BLOCK),
     "destination MAC": (7, mac("02:00:00:00:a0:02"), None, LONG, Packet(destination="02:00:00:00:a0:03")),
     "source IPv4": (9, ip("10.1.0.1"), None, LONG, Packet(source_ip="10.1.0.2")),
     "source IPv4 network": (9, ip("10.1.9.9"), ip("255.255.0.0"), LONG, Packet(source_ip="10.3.9.9")),
@@ -61,7 +64,10 @@ QUALIFIERS = {
     "kind of packet, IPv4": (61, KIND_IPV4, None, LONG, SIX),
     "kind of packet, IPv6": (61, KIND_IPV6, None, SIX, LONG),
     "kind of packet, none of IP": (61, KIND_NOT_IP, None, Packet(version=0), LONG),
-    "frame with LLC": (89, FRAME_LLC, None, Packet(llc=True), LONG),
+    "kind of packet, ARP": (61, KIND_ARP, None, Packet(version=0, ethertype=0x0806), Packet(version=0)),
+    "frame of Ethernet": (89, FRAME_ETHERNET, None, LONG, Packet(llc=LLC_TEST)),
+    "frame with LLC": (89, FRAME_LLC, None, Packet(llc=LLC_TEST), LONG),
+    "frame with SNAP": (89, FRAME_SNAP, None, Packet(llc=SNAP_IPV4), Packet(llc=LLC_TEST)),
     "traffic class": (332, 10 << 2, 0xFC, SIX.but(congestion=2), SIX.but(dscp=42)),
 }
 ACTIONS = [(DROP,), (COUNT, COUNTER)]

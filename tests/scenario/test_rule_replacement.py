@@ -20,8 +20,8 @@ ANSWER_SECONDS = 20.0
 
 
 class Stream:
-    """Numbered frames to a station that is known to be behind RECEIVER. What arrives is taken from the hosts while it is
-    sent, so that no buffer overflows however long that takes.
+    """Numbered frames to a station that is known to be behind RECEIVER. What arrives is taken from the hosts between
+    them, so that no buffer overflows however long it takes.
     """
 
     def __init__(self, lab):
@@ -78,8 +78,9 @@ def test_no_frame_meets_both_rules_nor_neither_but_during_the_replacement(lab, c
         first = stream.sent
         replace_under_load(cpu, acl.add_line(submodule, ENTITY, FROM_SENDER, [(TO_PORT, ways[1])]), stream)
         meanwhile = stream.settled()
+        # Each frame once: first the old way, then without a rule, then the new way.
         in_turn = [number for port in (ways[0], RECEIVER, ways[1]) for number in meanwhile.get(port, [])]
-        assert in_turn == list(range(first, stream.sent)), "each frame once: the old way, then without a rule, then the new"
+        assert in_turn == list(range(first, stream.sent))
         ways.reverse()
     stream.send(STEADY_FRAMES)
     assert stream.settled() == {ways[0]: list(range(stream.sent - STEADY_FRAMES, stream.sent))}

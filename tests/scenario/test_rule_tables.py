@@ -1,4 +1,4 @@
-"""The rules' tables, full and empty again: the library's list and memory, the device's entries; overlaps and refusals."""
+"""The rules' tables, full and empty again: the library's list and memory, the device's entries. Overlaps, refusals."""
 
 import pathlib
 from typing import NamedTuple

@@ -1,4 +1,4 @@
-"""What rules do with the frames that meet them: send them elsewhere, drop, copy and count them; and their replacement."""
+"""What rules do with the frames that meet them: send them elsewhere, drop, copy, change and count them."""
 
 import pytest
 from acl import (

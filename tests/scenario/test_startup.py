@@ -1,4 +1,4 @@
-"""Start-up on a device that has just been switched on: what neighbours say reaches the CPU, and attacks reach nobody."""
+"""Start-up on a device just switched on: what neighbours say reaches the CPU, and attacks reach nobody."""
 
 import contextlib
 

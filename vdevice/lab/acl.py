@@ -1,4 +1,4 @@
-"""The example program acl as the bench runs it: its access list stands while it runs, and it is asked for its counts."""
+"""The example program acl as the bench runs it: its list stands while it runs, and it is asked for its counts."""
 
 import re
 import subprocess
