@@ -7,12 +7,11 @@
 
 #include <adp/agg.h>
 #include <adp/fp.h>
-#include <adp/gpio.h>
 #include <adp/l2.h>
-#include <adp/mirror.h>
 #include <adp/pkt.h>
 #include <adp/port.h>
-#include <adp/startup.h>
+#include <adp/qos.h>
+#include <adp/stg.h>
 #include <adp/types.h>
 #include <adp/vlan.h>
 

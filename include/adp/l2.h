@@ -1,6 +1,7 @@
 /**
  * @file l2.h
- * Layer 2: port isolation and switch controls.
+ * Layer 2: port isolation and switch controls here; MAC addresses, multicast groups and 802.1X in headers of their own,
+ * which this one includes.
  *
  * Every driver call is made with unit 0 and a second argument 0, which the descriptions leave out; 0 is its success.
  * Nothing takes a lock. A call on an aggregation group outside 1..8 returns -1 and makes no driver call, except where
@@ -9,6 +10,9 @@
 #ifndef ADP_L2_H
 #define ADP_L2_H
 
+#include <adp/dot1x.h>
+#include <adp/mac.h>
+#include <adp/mcast.h>
 #include <adp/types.h>
 
 ADP_BEGIN_DECLS

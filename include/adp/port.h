@@ -1,7 +1,8 @@
 /**
  * @file port.h
  * The port frame: the map between logical interface numbers and the switch chip's physical ports, the ports'
- * attributes, link events and last-change times.
+ * attributes, link events and last-change times. Start-up, mirroring and I/O pins have headers of their own, which this
+ * one includes.
  *
  * Every call of the library passes through the map. It is set up first, in this order, and never torn down:
  * adp_set_max_phy_port_num(), then adp_add_cpu_port() and adp_add_phy_port() for every row. No call checks the
@@ -36,6 +37,13 @@ extern adp_port_row_t *intf_to_phy_port;
  * the port map, or null.
  */
 extern uint32_t *intf_map_trunk;
+
+#define ADP_SNTP_CFG_WORDS 64 /**< words of sntp_cfg */
+
+/** Storage for the device's programs; the library neither reads nor writes it. */
+extern uint32_t ONU_ERR_CODE;
+/** Storage for the device's programs, 256 bytes; the library neither reads nor writes it. */
+extern uint32_t sntp_cfg[ADP_SNTP_CFG_WORDS];
 
 /**
  * Creates the port map and the port-to-group map, both cleared.

@@ -1,0 +1,127 @@
+// Entries of the MAC address table: adding and reading them.
+#include <adp/mac.h>
+
+#include "agg/resolve.h"
+#include "l2/mac.h"
+#include "port/bitmap.h"
+
+namespace adp {
+namespace {
+
+constexpr uint32_t kLowByte = 0xFF;
+constexpr uint32_t kStaticAsked = 1;
+constexpr uint32_t kActedOnKind = 1;
+
+adp_l2_entry_t entry_for(const uint8_t *mac, uint32_t vid) {
+    adp_l2_entry_t entry = {};
+    memcpy(entry.mac, mac, sizeof entry.mac);
+    entry.vid = static_cast<uint16_t>(low16(vid));
+    return entry;
+}
+
+/** The entry as the driver knows it; zero where the driver wrote nothing. */
+int32_t look_up(const uint8_t *mac, uint32_t vid, adp_l2_entry_t *entry) {
+    *entry = {};
+    return user_mac_addr_get(0, MacKey(mac).byte, low16(vid), entry);
+}
+
+uint32_t intf_of_entry(const adp_l2_entry_t &entry) {
+    if ((entry.flags & NETLINK_L2_FOUND_TRUNK) != 0) {
+        return ADP_AGG_INTF(static_cast<uint32_t>(entry.trunk) + 1);
+    }
+    return intf_of(PhyPort(entry.port)).value();
+}
+
+}  // namespace
+}  // namespace adp
+
+using adp::Intf;
+using adp::MacKey;
+using adp::PhyPort;
+
+adp_status_t adp_add_mac_addr(const uint8_t mac[ADP_MAC_BYTES], adp_intf_t intf, uint32_t vid, uint32_t is_static) {
+    adp_l2_entry_t entry = adp::entry_for(mac, vid);
+    entry.flags = (is_static & adp::kLowByte) == adp::kStaticAsked ? NETLINK_L2_STATIC : 0;
+    return adp::by_kind(
+        Intf(intf),
+        [&](PhyPort port) {
+            entry.port = port.value();
+            return user_mac_addr_add(0, entry);
+        },
+        [&](Intf agg) {
+            entry.port = adp::phy_of(adp::manage_intf_of(agg)).value();
+            entry.trunk = adp::get_chip_tgid(agg);
+            entry.flags |= NETLINK_L2_TO_TRUNK;
+            return user_mac_addr_add(0, entry);
+        });
+}
+
+// A group is not looked up here, its trunk id is enough: so it is not checked either.
+adp_status_t adp_filter_mac_addr(adp_intf_t intf, const uint8_t mac[ADP_MAC_BYTES], uint32_t vid, uint32_t flags) {
+    adp_l2_entry_t entry = adp::entry_for(mac, vid);
+    entry.flags = flags & adp::kLowByte;
+    switch (Intf(intf).kind()) {
+        case adp::IntfKind::kUserPort:
+            entry.port = adp::phy_of(Intf(intf)).value();
+            break;
+        case adp::IntfKind::kAggregation:
+            entry.trunk = adp::get_chip_tgid(Intf(intf));
+            entry.flags |= NETLINK_L2_TO_TRUNK;
+            break;
+        case adp::IntfKind::kOther:
+            return ADP_E_INTF_TYPE;
+    }
+    return user_mac_addr_add(0, entry);
+}
+
+adp_status_t adp_add_mac_mcast_addr(const uint8_t mac[ADP_MAC_BYTES], uint64_t ports, uint32_t vid, uint32_t kind) {
+    if ((kind & adp::kLowByte) != adp::kActedOnKind) {
+        return ADP_FAIL;
+    }
+    const adp_ports_t interfaces = {static_cast<uint32_t>(ports), static_cast<uint32_t>(ports >> adp::kWordBits)};
+    const adp_port_set_t physical = adp::phy_set_of(interfaces);
+    adp_l2_entry_t entry = adp::entry_for(mac, vid);
+    memcpy(entry.ports, physical.word, sizeof entry.ports);
+    return user_mac_mcast_addr_add(0, entry);
+}
+
+adp_status_t adp_get_mac_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t vid, adp_l2_entry_t *entry) {
+    // The caller's address may stand in the caller's entry, so that is written last.
+    adp_l2_entry_t found;
+    const int32_t result = adp::look_up(mac, vid, &found);
+    found.port = static_cast<int32_t>(adp::intf_of(PhyPort(found.port)).value());
+    *entry = found;
+    return result;
+}
+
+adp_status_t adp_get_mac_mcast_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t vid, adp_l2_entry_t *entry) {
+    adp_l2_entry_t found = {};
+    const int32_t result = user_mac_mcast_addr_get(0, MacKey(mac).byte, adp::low16(vid), &found);
+    *entry = found;
+    return result;
+}
+
+adp_status_t adp_get_intf_by_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t vid, adp_intf_t *intf) {
+    uint32_t flags = 0;
+    return adp_get_intf_flags_by_addr(mac, vid, intf, &flags);
+}
+
+adp_status_t adp_get_intf_flags_by_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t vid, adp_intf_t *intf,
+                                        uint32_t *flags) {
+    adp_l2_entry_t entry;
+    const int32_t result = adp::look_up(mac, vid, &entry);
+    *intf = adp::intf_of_entry(entry);
+    *flags = entry.flags;
+    return result;
+}
+
+adp_status_t adp_get_l2_index_by_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t vid, uint32_t *index) {
+    adp_l2_entry_t entry;
+    const int32_t result = adp::look_up(mac, vid, &entry);
+    *index = entry.index;
+    return result;
+}
+
+adp_status_t adp_get_nextvalid_mac_addr(adp_word_t first, adp_l2_entry_t *second, adp_word_t, adp_word_t fourth) {
+    return user_netlink_mac_nextValidAddr_get(0, first, second, fourth);
+}
