@@ -29,7 +29,11 @@ inline std::string text_of(const char *format, ...) {
     char text[512];
     va_list values;
     va_start(values, format);
+    // The formats come out of tables; to the compiler they are no literals.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
     std::vsnprintf(text, sizeof text, format, values);
+#pragma GCC diagnostic pop
     va_end(values);
     return text;
 }
