@@ -8,8 +8,6 @@
 
 #include <adp/fp.h>
 
-#include <cstdarg>
-#include <cstdio>
 #include <cstring>
 #include <map>
 #include <optional>
@@ -18,62 +16,10 @@
 #include <vector>
 
 #include "fp/test_tables.h"
+#include "fp/test_text.h"
 #include "platform/describe.h"
 
 namespace fp_test {
-
-using Trace = std::vector<std::string>;
-
-/** What printf makes of the format; no text of the field processor is longer. */
-inline std::string text_of(const char *format, ...) {
-    char text[512];
-    va_list values;
-    va_start(values, format);
-    // The formats come out of tables; to the compiler they are no literals.
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wformat-nonliteral"
-    std::vsnprintf(text, sizeof text, format, values);
-#pragma GCC diagnostic pop
-    va_end(values);
-    return text;
-}
-
-/** Bytes as the trace shows a block of more than 16. */
-inline std::string block_text(const uint8_t *bytes, std::size_t size) {
-    std::size_t shown = size;
-    while (shown > 1 && bytes[shown - 1] == 0) {
-        --shown;
-    }
-    std::string text;
-    for (std::size_t i = 0; i < shown; ++i) {
-        text += text_of(i == 0 ? "%02x" : ":%02x", unsigned{bytes[i]});
-    }
-    return text + (shown < size ? ".." : "");
-}
-
-inline uint32_t word_of(const uint8_t *bytes) {
-    uint32_t word = 0;
-    std::memcpy(&word, bytes, sizeof word);
-    return word;
-}
-
-inline void set_word(uint8_t *bytes, uint32_t word) {
-    std::memcpy(bytes, &word, sizeof word);
-}
-
-/** An action's parameter as the trace shows it: words, so that the text is the same on every machine. */
-inline std::string param_text(const uint8_t *param) {
-    constexpr std::size_t kWords = ADP_FP_ACTION_BYTES / sizeof(uint32_t);
-    std::size_t shown = kWords;
-    while (shown > 1 && word_of(param + 4 * (shown - 1)) == 0) {
-        --shown;
-    }
-    std::string text;
-    for (std::size_t i = 0; i < shown; ++i) {
-        text += (i == 0 ? "" : ", ") + std::to_string(word_of(param + 4 * i));
-    }
-    return "[" + text + (shown < kWords ? ", ..]" : "]");
-}
 
 class Model {
   public:
@@ -330,17 +276,6 @@ inline std::vector<uint32_t> Model::phy_words(const uint8_t *bitmap) const {
         }
     }
     return words;
-}
-
-/** A port set as the trace shows it. */
-inline std::string ports_text(const std::vector<uint32_t> &words) {
-    std::string text;
-    for (uint32_t n = 0; n < words.size() * 32; ++n) {
-        if ((words[n / 32] >> n % 32 & 1) != 0) {
-            text += (text.empty() ? "" : ",") + std::to_string(n);
-        }
-    }
-    return "{" + text + "}";
 }
 
 inline std::string Model::condition_text(const QualifierRow &row, const FpQualify &q) const {
