@@ -422,8 +422,11 @@ def test_a_meter_lets_a_burst_pass_and_drops_the_rest(device):
     for _ in range(4):
         one.send(BROADCAST + station(1) + datagram(1500))
     wait_until(lambda: device.counters(1)["rx_frames"] == 4, "four frames to come in")
-    assert device.ask("meters") == {"capacity": 64, "counts_gap": True, "meters": [
+    answer = device.ask("meters")
+    time = answer.pop("time")
+    assert answer == {"capacity": 64, "counts_gap": True, "meters": [
         {"meter": 5, "rate": 1, "depth": 3084, "passed": 2, "dropped": 2, "entries": [768]}]}
+    assert 0 < time <= device.ask("version")["uptime"] < time + 60
     assert device.counters(1)["drops"]["meter"] == 2
     assert device.control("meters").stdout.splitlines()[1:] == [
         f"{5:>5}  {1:>10}  {3084:>10} {2:>12} {2:>12}  768", "1 of 64 meters; preamble and gap counted"]
