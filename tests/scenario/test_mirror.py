@@ -107,6 +107,15 @@ def test_rule_selects_the_flow_that_is_mirrored(crossing, cpu, mirrors, acl, sub
     crossing.check_flooded(*sends)
 
 
+def test_flow_mirror_of_a_disabled_session_copies_nothing(crossing, cpu, mirrors, acl):
+    assert cpu.result("adp_set_flow_mirror", MIRROR_PORT, SESSION) == 0
+    acl.install(SUBMODULES["single"], ENTITY, TO_5000, [(MIRROR, SESSION - 1)])
+    assert cpu.result("adp_set_mirror_disable", SESSION, 0, 0, 1) == 0
+    crossing.check_flooded((SENDER, Packet()))
+    assert cpu.result("adp_set_mirror_disable", SESSION, 0, 0, 0) == 0
+    crossing.check([(SENDER, Packet())], {**crossing.flooded((SENDER, Packet())), MIRROR_PORT: [Packet()]})
+
+
 def test_what_cannot_be_mirrored_is_refused(cpu, mirrors, mirrored):
     assert cpu.result("adp_add_port_mirror", SENDER, MIRROR_PORT, INGRESS, 5) == SESSION_RANGE
     assert cpu.result("adp_add_port_mirror", SENDER, SENDER, INGRESS, SESSION) == SAME_PORT
