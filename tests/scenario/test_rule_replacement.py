@@ -3,13 +3,14 @@
 import time
 
 import pytest
-from acl import TO_PORT
+from acl import DROP, TO_PORT
 from crossing import RECEIVER, SENDER, VLAN
 from lab.frames import ETHERTYPE_EXPERIMENT, ethernet, vlan_tag
 
 SINGLE, PAIRS = 20, 2
 ENTITY = 1
 FROM_SENDER = [(13, {SENDER})]
+L4_DESTINATION = 28
 OLD, NEW = 9, 26
 WAYS = (OLD, NEW, RECEIVER)
 STEADY_FRAMES = 20
@@ -96,3 +97,12 @@ def test_deletion_under_traffic_restores_the_old_way_at_once(lab, cpu, crossing,
     arrived = stream.settled()
     assert arrived.get(OLD, []) + arrived[RECEIVER] == list(range(stream.sent))
     assert arrived[RECEIVER][-STEADY_FRAMES:] == list(range(stream.sent - STEADY_FRAMES, stream.sent))
+
+
+def test_half_a_pair_never_matches_while_it_is_replaced(lab, cpu, crossing, acl):
+    """The first half asks for the port, the second for a UDP port that no frame of the stream has."""
+    line = acl.add_line(PAIRS, ENTITY, [*FROM_SENDER, (L4_DESTINATION, 5000)], [(DROP,)])
+    stream = Stream(lab)
+    for _ in range(REPLACEMENTS):
+        replace_under_load(cpu, line, stream)
+    assert stream.settled() == {RECEIVER: list(range(stream.sent))}
