@@ -15,6 +15,8 @@ OLD, NEW = 9, 26
 WAYS = (OLD, NEW, RECEIVER)
 STEADY_FRAMES = 20
 REPLACEMENTS = 3
+# Between the installation of the two halves there is room for few frames.
+MANY_REPLACEMENTS = 25
 DIGITS = 6
 FRAME_PAUSE = 0.0002
 ANSWER_SECONDS = 20.0
@@ -103,6 +105,6 @@ def test_half_a_pair_never_matches_while_it_is_replaced(lab, cpu, crossing, acl)
     """The first half asks for the port, the second for a UDP port that no frame of the stream has."""
     line = acl.add_line(PAIRS, ENTITY, [*FROM_SENDER, (L4_DESTINATION, 5000)], [(DROP,)])
     stream = Stream(lab)
-    for _ in range(REPLACEMENTS):
+    for _ in range(MANY_REPLACEMENTS):
         replace_under_load(cpu, line, stream)
     assert stream.settled() == {RECEIVER: list(range(stream.sent))}
