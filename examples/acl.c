@@ -14,15 +14,9 @@
 
 #include <adp/adp.h>
 
-enum {
-    kCpuPhysicalPort = 0,
-    kFirstPhysicalPort = 4, /* the board wires user port 1 to the chip's port 4, 2 to 5 and so on */
-    kGuestPort = 5,
-    kMirrorPort = 26,
-    kMirrorSession = 1,
-    kMaxConditions = 3,
-    kLineRoom = 64
-};
+#include "board.h"
+
+enum { kGuestPort = 5, kMirrorPort = 26, kMirrorSession = 1, kMaxConditions = 3, kLineRoom = 64 };
 
 /* What a chip's actions are called is its driver's business; these are the virtual device's. */
 enum { kPermit = 200, kDrop = 201, kMeter = ADP_FP_ACTION_METER, kMirror = 206, kCount = 205 };
@@ -87,15 +81,6 @@ static bool succeeded(const char *what, const char *name, adp_status_t status) {
         return true;
     fprintf(stderr, "acl: Could not %s %s: the answer was %d.\n", what, name, (int)status);
     return false;
-}
-
-static bool set_up_port_map(void) {
-    adp_status_t status = adp_set_max_phy_port_num(ADP_USER_PORTS);
-    if (status == ADP_OK)
-        status = adp_add_cpu_port(0, 0, 0, kCpuPhysicalPort, 0);
-    for (uint32_t port = 1; status == ADP_OK && port <= ADP_USER_PORTS; port++)
-        status = adp_add_phy_port(port, 0, 0, port + kFirstPhysicalPort - 1, 0);
-    return succeeded("set up", "the port map", status);
 }
 
 /* Start-up does this as part of adp_modules_init(); here it is all that is needed. */
@@ -210,7 +195,7 @@ int main(int argc, char **argv) {
         return 2;
     }
     setvbuf(stdout, NULL, _IOLBF, 0);
-    if (!set_up_port_map() || !set_up_features())
+    if (!succeeded("set up", "the port map", set_up_board()) || !set_up_features())
         return 1;
     const bool installed = install_all((adp_intf_t)port);
     if (installed) {
