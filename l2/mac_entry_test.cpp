@@ -25,8 +25,8 @@ class MacEntry : public L2Test {
     }
     /** Row 5 alone has physical port 0. */
     static void move_port_zero_to_row_five() {
-        intf_to_phy_port[0] = 40;
-        intf_to_phy_port[5] = 0;
+        set_row(0, 40);
+        set_row(5, 0);
     }
 };
 
@@ -133,10 +133,10 @@ TEST_F(MacEntry, MulticastAddSendsPhysicalPorts) {
 
 TEST_F(MacEntry, MulticastAddReachesEveryWordAndDropsWhatIsOutside) {
     library_test::make_default_map(70);
-    intf_to_phy_port[40] = 255;
-    intf_to_phy_port[41] = 256;
-    intf_to_phy_port[42] = -1;
-    intf_to_phy_port[43] = INT32_MAX;
+    set_row(40, 255);
+    set_row(41, 256);
+    set_row(42, -1);
+    set_row(43, INT32_MAX);
     keep("user_mac_mcast_addr_add", "entry");
     EXPECT_EQ(adp_add_mac_mcast_addr(kMac, uint64_t{0xF} << 40 | uint64_t{1} << 63 | uint64_t{1} << 31, 100, 1), 0);
     EXPECT_THAT(kept(), ElementsAre(mcast_record({0, 1u << 2, 1u << 2, 0, 0, 0, 0, 1u << 31})));
@@ -219,7 +219,7 @@ TEST_F(MacEntry, ReadersWriteTheZeroedRecordWhenAFailingDriverSaysNothing) {
 }
 
 TEST_F(MacEntry, WithoutAPortZeroInTheMapAFailedReadIsMinusOne) {
-    intf_to_phy_port[0] = 40;
+    set_row(0, 40);
     driver().fail_every("user_mac_addr_get");
     uint32_t intf = kNotWritten;
     EXPECT_EQ(adp_get_intf_by_addr(kMac, 100, &intf), -1);

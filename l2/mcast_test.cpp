@@ -171,9 +171,9 @@ TEST_F(Mcast, AddPutsPhysicalPortsOnTopOfWhatIsThere) {
 }
 
 TEST_F(Mcast, AddReachesEveryWordAndDropsWhatIsOutside) {
-    intf_to_phy_port[1] = 255;
-    intf_to_phy_port[2] = 256;
-    intf_to_phy_port[4] = INT32_MAX;
+    set_row(1, 255);
+    set_row(2, 256);
+    set_row(4, INT32_MAX);
     EXPECT_EQ(add({1, 2, 3, 4, 27}), 0);
     EXPECT_THAT(kept(), ElementsAre(Block().put(kPortsAt, 1u << 6).put(kPortsAt + 28, 1u << 31).bytes()));
 }

@@ -69,6 +69,9 @@ class L2Test : public library_test::LibraryTest {
             return result;
         });
     }
+    /** Gives a row of the map another physical port. */
+    static void set_row(uint32_t intf, int32_t port) { intf_to_phy_port[intf].phy = static_cast<uint32_t>(port); }
+
     /** The blocks kept since the last time. */
     std::vector<Bytes> kept() { return std::exchange(kept_, {}); }
 
