@@ -30,6 +30,12 @@ enum class Drop : std::uint8_t {
     kUnknownSource,     /**< from an address that the port's learning mode does not let pass */
     kIsolated,          /**< its destination's port is not in the ingress port's egress set */
     kLoopback,          /**< from the wire of a port in loopback, or looped back too often */
+    kDosSameMac,        /**< its source address is its destination address */
+    kDosLand,           /**< an IP packet from its own destination */
+    kDosNullScan,       /**< a TCP segment without a flag */
+    kDosSynFin,         /**< a TCP segment that opens and closes at once */
+    kDosXmasScan,       /**< a TCP segment with FIN, PSH and URG alone */
+    kDosFragment,       /**< a TCP fragment made to hide the segment's flags */
     kCount,
 };
 

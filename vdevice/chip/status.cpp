@@ -19,6 +19,7 @@ constexpr StatusEntry kStatusTable[] = {
     {Status::kMacMissing, "mac_missing", "the MAC table has no such entry"},
     {Status::kMacNotUnicast, "mac_not_unicast", "the address is a group address"},
     {Status::kMacSyntax, "mac_syntax", "the text is not a MAC address"},
+    {Status::kReservedIndex, "reserved_index", "the table of reserved addresses has entries 0 to 63 only"},
     {Status::kNotFrontPort, "not_front_port", "the interface is not a user port of the board"},
     {Status::kQueueFull, "queue_full", "the event queue is full"},
     {Status::kTrunkRange, "trunk_range", "not a trunk id of 0 to 7"},
@@ -26,6 +27,12 @@ constexpr StatusEntry kStatusTable[] = {
     {Status::kTrunkMissing, "trunk_missing", "the trunk does not exist"},
     {Status::kTrunkFull, "trunk_full", "more ports than a trunk has room for"},
     {Status::kTrunkMember, "trunk_member", "a port that is listed twice, a member of another trunk, or the CPU's"},
+    {Status::kMirrorSession, "mirror_session", "not a mirror session of 0 to 3"},
+    {Status::kMirrorDestination, "mirror_destination", "copies cannot go to the source port itself, nor to the CPU's"},
+    {Status::kMirrorBusy, "mirror_busy", "the session copies to another port already"},
+    {Status::kMirrorMissing, "mirror_missing", "the session does not mirror so"},
+    {Status::kRegisterMissing, "register_missing", "the chip has no register at this address"},
+    {Status::kRegisterReadOnly, "register_read_only", "the register cannot be written"},
     {Status::kNotSupported, "not_supported", "the virtual device does not carry out this call"},
 };
 

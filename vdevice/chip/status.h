@@ -23,6 +23,7 @@ enum class Status : std::int32_t {
     kMacMissing = -21,
     kMacNotUnicast = -22,
     kMacSyntax = -23,
+    kReservedIndex = -25,
     kNotFrontPort = -30,
     kQueueFull = -31,
     kTrunkRange = -40,
@@ -30,6 +31,12 @@ enum class Status : std::int32_t {
     kTrunkMissing = -42,
     kTrunkFull = -43,
     kTrunkMember = -44,
+    kMirrorSession = -60,
+    kMirrorDestination = -61,
+    kMirrorBusy = -62,
+    kMirrorMissing = -63,
+    kRegisterMissing = -70,
+    kRegisterReadOnly = -71,
     kNotSupported = -100,
 };
 
