@@ -6,7 +6,9 @@
 #ifndef STG_TEST_SUPPORT_H
 #define STG_TEST_SUPPORT_H
 
+#include <algorithm>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "agg/test_support.h"

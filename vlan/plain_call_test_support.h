@@ -1,9 +1,9 @@
 /**
- * @file plain_call.h
+ * @file plain_call_test_support.h
  * For tests: calls that make one driver call, cut some of their arguments, and return the driver's result.
  */
-#ifndef VLAN_PLAIN_CALL_H
-#define VLAN_PLAIN_CALL_H
+#ifndef VLAN_PLAIN_CALL_TEST_SUPPORT_H
+#define VLAN_PLAIN_CALL_TEST_SUPPORT_H
 
 #include <functional>
 #include <string>
