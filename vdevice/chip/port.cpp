@@ -6,7 +6,8 @@ const char *name(Drop reason) {
     static constexpr std::array<const char *, kDropReasons> kNames = {
         "port_down",           "runt",           "oversize",       "vlan_missing",  "not_member", "same_port",
         "egress_not_member",   "egress_down",    "no_destination", "no_switch_tag", "bad_opcode", "directed_to_cpu",
-        "directed_to_unknown", "unknown_source", "isolated",       "loopback"};
+        "directed_to_unknown", "unknown_source", "isolated",       "loopback",      "filtered",   "learn_limit",
+        "unknown_group"};
     return kNames[static_cast<std::size_t>(reason)];
 }
 

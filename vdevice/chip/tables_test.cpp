@@ -305,7 +305,7 @@ TEST_F(MacTableTest, AFullTableRefusesAndCounts) {
     EXPECT_EQ(table_.add_static(mac(0), 10, 5), Status::kOk) << "an address that has an entry needs no room";
     table_.learn(mac(1), 10, 9, 0s);
     EXPECT_EQ(table_.find(mac(1), 10)->port, 9) << "a full table still moves";
-    EXPECT_EQ(table_.remove(mac(2), 10), Status::kOk);
+    EXPECT_EQ(table_.remove(mac(MacTable::kBuckets), 10), Status::kOk) << "one of the same bucket";
     table_.learn(mac(MacTable::kCapacity), 10, 4, 0s);
     EXPECT_NE(table_.find(mac(MacTable::kCapacity), 10), nullptr);
 }
