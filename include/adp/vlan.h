@@ -1,6 +1,7 @@
 /**
  * @file vlan.h
- * VLANs (IEEE 802.1Q): membership, the system's default VLAN and each interface's port VLAN id.
+ * VLANs (IEEE 802.1Q): membership, the system's default VLAN and each interface's port VLAN id. Translation
+ * and double tags have a header of their own, which this one includes.
  *
  * VLAN ids are cut to their low 16 bits before they reach the driver, which judges their range. The library keeps no
  * VLAN table of its own. Every driver call is made with unit 0 and a second argument 0; "the driver's result" means its
@@ -10,6 +11,7 @@
 #define ADP_VLAN_H
 
 #include <adp/types.h>
+#include <adp/vlan_tag.h>
 
 ADP_BEGIN_DECLS
 

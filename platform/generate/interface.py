@@ -10,7 +10,7 @@ from dataclasses import dataclass, field
 
 SCALARS = {
     "uint8_t": "u8", "uint16_t": "u16", "uint32_t": "u32", "uint64_t": "u64",
-    "int32_t": "i32", "int": "i32", "unsigned": "u32", "char": "char", "uintptr_t": "word", "void": "void",
+    "int16_t": "i16", "int32_t": "i32", "int": "i32", "unsigned": "u32", "char": "char", "uintptr_t": "word", "void": "void",
 }
 
 

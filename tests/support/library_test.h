@@ -57,6 +57,7 @@ inline std::string table_bytes() {
     add(adp::port_hold_state, sizeof adp::port_hold_state);
     add(g_intf_link_data, sizeof g_intf_link_data);
     add(g_stFpInfo, sizeof g_stFpInfo);
+    add(aiVlanStg, sizeof aiVlanStg);
     for (const FpListNode *node : installed_rules()) {
         add(&node->entity, sizeof node->entity);
     }
@@ -109,6 +110,7 @@ class LibraryTest : public ::testing::Test {
         link_event_handle = nullptr;
         std::memset(adp::port_hold_state, 0, sizeof adp::port_hold_state);
         std::memset(g_intf_link_data, 0, sizeof g_intf_link_data);
+        std::memset(aiVlanStg, 0, sizeof aiVlanStg);
         drop_rules();
         make_default_map();
     }

@@ -2,29 +2,10 @@
 
 #include <optional>
 
+#include "vdevice/chip/ip_header.h"
+
 namespace vdevice::chip {
 namespace {
-
-constexpr std::uint16_t kTypeIpv4 = 0x0800;
-constexpr std::uint16_t kTypeIpv6 = 0x86DD;
-constexpr std::uint8_t kTcp = 6;
-constexpr std::uint8_t kUdp = 17;
-constexpr std::size_t kPortBytes = 2;
-constexpr unsigned kVersionShift = 4;
-
-// Internet Protocol version 4, RFC 791.
-constexpr std::size_t kIpv4Bytes = 20;
-constexpr std::size_t kIpv4FragmentAt = 6;
-constexpr std::uint16_t kIpv4FragmentMask = 0x3FFF;  // more fragments, and the fragment offset
-constexpr std::size_t kIpv4ProtocolAt = 9;
-constexpr std::size_t kIpv4SourceAt = 12;
-constexpr std::size_t kIpv4AddressBytes = 4;
-
-// Internet Protocol version 6, RFC 8200.
-constexpr std::size_t kIpv6Bytes = 40;
-constexpr std::size_t kIpv6NextHeaderAt = 6;
-constexpr std::size_t kIpv6SourceAt = 8;
-constexpr std::size_t kIpv6AddressBytes = 16;
 
 struct Ends {
     Bytes source;
@@ -46,11 +27,11 @@ Ends ports_of(Bytes transport, std::uint8_t protocol) {
 }
 
 std::optional<IpFlow> read_ipv4(Bytes packet) {
-    if (packet.size() < kIpv4Bytes || packet[0] >> kVersionShift != 4) {
+    if (!is_ipv4(packet)) {
         return std::nullopt;
     }
     IpFlow flow{pair_at(packet, kIpv4SourceAt, kIpv4AddressBytes), {}};
-    const std::size_t header = std::size_t{packet[0] & 0x0FU} * 4;
+    const std::size_t header = ipv4_header_bytes(packet);
     // Only the first fragment of a packet has ports, and all of them must go the same way.
     if (header >= kIpv4Bytes && header <= packet.size() && (read16(packet, kIpv4FragmentAt) & kIpv4FragmentMask) == 0) {
         flow.ports = ports_of(packet.subspan(header), packet[kIpv4ProtocolAt]);
@@ -59,7 +40,7 @@ std::optional<IpFlow> read_ipv4(Bytes packet) {
 }
 
 std::optional<IpFlow> read_ipv6(Bytes packet) {
-    if (packet.size() < kIpv6Bytes || packet[0] >> kVersionShift != 6) {
+    if (!is_ipv6(packet)) {
         return std::nullopt;
     }
     return IpFlow{pair_at(packet, kIpv6SourceAt, kIpv6AddressBytes),

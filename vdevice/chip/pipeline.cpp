@@ -1,5 +1,6 @@
 // The way of a frame: ingress VLAN, learning, forwarding, egress tag. What is dropped is counted with its reason on
 // the port that it came in on.
+#include "vdevice/chip/dos_filter.h"
 #include "vdevice/chip/egress.h"
 #include "vdevice/chip/switch.h"
 
@@ -44,6 +45,7 @@ void Switch::take_in(Time now, int port, Bytes frame) {
     if (frame.size() > at(port).longest_frame()) {
         return drop(port, Drop::kOversize);
     }
+    mirror_ingress(port, frame);
     if (port == kCpuPort) {
         return receive_from_cpu(now, frame);
     }
@@ -87,12 +89,17 @@ void Switch::forward(Time now, int ingress, const Frame &frame) {
     if (!header) {
         return drop(ingress, Drop::kRunt);
     }
+    if (filters_attacks_ && ingress != kCpuPort) {
+        if (const std::optional<Drop> attack = find_attack(*header)) {
+            return drop(ingress, *attack);
+        }
+    }
     // A tag with VID 0 gives the frame a priority but no VLAN (IEEE 802.1Q, priority-tagged frames).
     const Vid vid = header->vid() != 0 ? header->vid() : at(ingress).pvid;
     const std::uint32_t priority = header->tagged ? header->priority() : at(ingress).untagged_priority << kPcpShift;
     EgressForms forms{frame.head, header->payload, static_cast<std::uint16_t>(priority | vid)};
     // Between neighbours VLANs do not matter, nor does what else a port lets pass.
-    if (ingress != kCpuPort && is_trapped(traps_, *header)) {
+    if (ingress != kCpuPort && is_for_cpu_alone(*header)) {
         return trap(ingress, forms);
     }
     const Vlan *vlan = vlans_.find(vid);
@@ -105,6 +112,9 @@ void Switch::forward(Time now, int ingress, const Frame &frame) {
     const Flow flow{ingress, vid, *vlan, *header, forms};
     if (!admit(now, flow)) {
         return;
+    }
+    if (ingress != kCpuPort && is_snooped(snooping_, *header)) {
+        return trap(ingress, forms);
     }
     if (header->destination.is_group()) {
         return forward_group(flow);
@@ -137,6 +147,10 @@ bool Switch::admit(Time now, const Flow &flow) {
         drop(flow.ingress, Drop::kUnknownSource);
     }
     return false;
+}
+
+bool Switch::is_for_cpu_alone(const Header &header) const {
+    return reserved_macs_.has(header.destination) || is_trapped(traps_, header);
 }
 
 void Switch::trap(int ingress, EgressForms &forms) {
@@ -184,6 +198,9 @@ void Switch::flood(const Flow &flow) {
 /** Sends the frame to those of the ports that may have it. */
 void Switch::send_to(const Flow &flow, const PortSet &wanted) {
     PortSet ports = (wanted & flow.vlan.members & up_ & at(flow.ingress).egress) - standby_;
+    if (is_copied_to_cpu(snooping_, flow.header)) {
+        ports |= PortSet::of(kCpuPort) & up_;
+    }
     ports.remove(flow.ingress);
     for (int number = 0; number < TrunkTable::kTrunks; ++number) {
         const Trunk *trunk = trunks_.find(number);
@@ -260,19 +277,28 @@ void Switch::send_directed_to(int egress, const Frame &frame) {
 }
 
 void Switch::transmit(int port, const Frame &frame) {
+    if (put_out(port, frame)) {
+        mirror_egress(port, frame);
+    }
+}
+
+/** False if the port takes no frame of this length. */
+bool Switch::put_out(int port, const Frame &frame) {
     PortCounters &counters = at(port).counters;
     // The chip's own tags may make a frame of full length longer; only the limit without jumbo frames is a port's own.
     if (!at(port).jumbo && frame.size() > kMaxPlainFrameBytes) {
         ++counters.tx_too_long;
-        return;
+        return false;
     }
     ++counters.tx_frames;
     counters.tx_octets += frame.size();
     ++counters.tx_casts[cast_index(frame.head)];
     if (at(port).loopback != 0) {
-        return loop_back(port, frame);
+        loop_back(port, frame);
+    } else {
+        sink_.transmit(port, frame);
     }
-    sink_.transmit(port, frame);
+    return true;
 }
 
 void Switch::drop(int port, Drop reason) {

@@ -35,6 +35,12 @@ enum class Drop : std::uint8_t {
     kFiltered,          /**< from or to an address that is filtered */
     kLearnLimit,        /**< from an address that a limit does not let be learned */
     kUnknownGroup,      /**< to an IP multicast group without an entry */
+    kDosSameMac,        /**< its source address is its destination address */
+    kDosLand,           /**< an IP packet from its own destination */
+    kDosNullScan,       /**< a TCP segment without a flag */
+    kDosSynFin,         /**< a TCP segment that opens and closes at once */
+    kDosXmasScan,       /**< a TCP segment with FIN, PSH and URG alone */
+    kDosFragment,       /**< a TCP fragment made to hide the segment's flags */
     kCount,
 };
 

@@ -23,6 +23,7 @@ constexpr StatusEntry kStatusTable[] = {
     {Status::kMacNotGroup, "mac_not_group", "the address is not a group address"},
     {Status::kGroupMissing, "group_missing", "there is no such multicast group"},
     {Status::kGroupTableFull, "group_table_full", "there are as many multicast groups as the chip has room for"},
+    {Status::kReservedIndex, "reserved_index", "the table of reserved addresses has entries 0 to 63 only"},
     {Status::kNotFrontPort, "not_front_port", "the interface is not a user port of the board"},
     {Status::kQueueFull, "queue_full", "the event queue is full"},
     {Status::kTrunkRange, "trunk_range", "not a trunk id of 0 to 7"},
@@ -30,6 +31,12 @@ constexpr StatusEntry kStatusTable[] = {
     {Status::kTrunkMissing, "trunk_missing", "the trunk does not exist"},
     {Status::kTrunkFull, "trunk_full", "more ports than a trunk has room for"},
     {Status::kTrunkMember, "trunk_member", "a port that is listed twice, a member of another trunk, or the CPU's"},
+    {Status::kMirrorSession, "mirror_session", "not a mirror session of 0 to 3"},
+    {Status::kMirrorDestination, "mirror_destination", "copies cannot go to the source port itself, nor to the CPU's"},
+    {Status::kMirrorBusy, "mirror_busy", "the session copies to another port already"},
+    {Status::kMirrorMissing, "mirror_missing", "the session does not mirror so"},
+    {Status::kRegisterMissing, "register_missing", "the chip has no register at this address"},
+    {Status::kRegisterReadOnly, "register_read_only", "the register cannot be written"},
     {Status::kNotSupported, "not_supported", "the virtual device does not carry out this call"},
 };
 

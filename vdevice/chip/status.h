@@ -24,6 +24,7 @@ enum class Status : std::int32_t {
     kMacNotUnicast = -22,
     kMacSyntax = -23,
     kMacBucketFull = -24,
+    kReservedIndex = -25,
     kMacNotGroup = -26,
     kGroupMissing = -27,
     kGroupTableFull = -28,
@@ -34,6 +35,12 @@ enum class Status : std::int32_t {
     kTrunkMissing = -42,
     kTrunkFull = -43,
     kTrunkMember = -44,
+    kMirrorSession = -60,
+    kMirrorDestination = -61,
+    kMirrorBusy = -62,
+    kMirrorMissing = -63,
+    kRegisterMissing = -70,
+    kRegisterReadOnly = -71,
     kNotSupported = -100,
 };
 

@@ -6,11 +6,15 @@
 #include <functional>
 #include <vector>
 
+#include "vdevice/chip/gpio.h"
 #include "vdevice/chip/learn_limits.h"
 #include "vdevice/chip/mac_table.h"
+#include "vdevice/chip/mirror_table.h"
 #include "vdevice/chip/port.h"
 #include "vdevice/chip/port_set.h"
+#include "vdevice/chip/reserved_macs.h"
 #include "vdevice/chip/sink.h"
+#include "vdevice/chip/snooping.h"
 #include "vdevice/chip/status.h"
 #include "vdevice/chip/switch_tag.h"
 #include "vdevice/chip/traps.h"
@@ -89,6 +93,21 @@ class Switch {
 
     const Traps &traps() const { return traps_; }
     Traps &traps() { return traps_; }
+    const ReservedMacs &reserved_macs() const { return reserved_macs_; }
+    ReservedMacs &reserved_macs() { return reserved_macs_; }
+    const Snooping &snooping() const { return snooping_; }
+    Snooping &snooping() { return snooping_; }
+    /** Whether frames are dropped that no honest host sends. */
+    bool filters_attacks() const { return filters_attacks_; }
+    void set_attack_filter(bool on) { filters_attacks_ = on; }
+
+    const MirrorTable &mirrors() const { return mirrors_; }
+    MirrorTable &mirrors() { return mirrors_; }
+    /** Sends a copy of a frame that a rule has selected to where the session's flow mirror goes, if anywhere. */
+    void copy_to_flow_mirror(std::uint32_t session, const Frame &frame);
+
+    const Gpio &gpio() const { return gpio_; }
+    Gpio &gpio() { return gpio_; }
 
   private:
     /** A frame on its way through the chip. */
@@ -118,6 +137,7 @@ class Switch {
     bool admit(Time now, const Flow &flow);
     bool take_source(Time now, const Flow &flow);
     bool may_learn(const MacEntry *known, Vid vid, const Place &place) const;
+    bool is_for_cpu_alone(const Header &header) const;
     void trap(int ingress, EgressForms &forms);
     void receive_from_cpu(Time now, Bytes frame);
     void forward(Time now, int ingress, const Frame &frame);
@@ -132,6 +152,10 @@ class Switch {
     void send_directed(const TransmitTag &tag, const Frame &frame);
     void send_directed_to(int egress, const Frame &frame);
     void transmit(int port, const Frame &frame);
+    bool put_out(int port, const Frame &frame);
+    void mirror_ingress(int port, Bytes frame);
+    void mirror_egress(int port, const Frame &frame);
+    void send_copy(int port, const Frame &frame);
 
     Sink &sink_;
     std::array<Port, kPorts> ports_;
@@ -146,6 +170,11 @@ class Switch {
     std::array<int, kPorts> trunk_of_;
     HashSides hash_sides_;
     Traps traps_;
+    ReservedMacs reserved_macs_;
+    Snooping snooping_;
+    bool filters_attacks_ = false;
+    MirrorTable mirrors_{all_ports(), kCpuPort};
+    Gpio gpio_;
 };
 
 }  // namespace vdevice::chip

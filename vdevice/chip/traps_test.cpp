@@ -51,6 +51,34 @@ TEST_F(TrapsTest, OamGoesToTheCpuOnly) {
     EXPECT_EQ(copies(kSlow + station(1) + body(kLacp)), 3U);
 }
 
+TEST_F(TrapsTest, LldpToItsThreeAddressesGoesToTheCpuOnly) {
+    const Octets lldp = test::octets16(0x88CC) + Octets(46, 1);
+    for (const std::uint8_t last : Octets{0x00, 0x03, 0x0E}) {
+        const Octets neighbours = {0x01, 0x80, 0xC2, 0, 0, last};
+        chip_.traps().lldp = false;
+        EXPECT_EQ(copies(neighbours + station(1) + lldp), 3U);
+        chip_.traps().lldp = true;
+        EXPECT_EQ(copies(neighbours + station(1) + lldp), 1U);
+        EXPECT_EQ(copies(neighbours + station(1) + test::vlan_tag(99) + lldp), 1U) << "in whatever VLAN";
+        EXPECT_EQ(copies(neighbours + station(1) + test::octets16(0x888E) + Octets(46, 1)), 3U) << "another type";
+    }
+    EXPECT_EQ(copies(Octets{0x01, 0x80, 0xC2, 0, 0, 0x01} + station(1) + lldp), 3U) << "another address";
+    EXPECT_EQ(copies(test::kBroadcast + station(1) + lldp), 3U);
+}
+
+TEST_F(TrapsTest, BpdusGoToTheCpuOnly) {
+    const Octets bridges = {0x01, 0x80, 0xC2, 0, 0, 0x00};
+    const Octets bpdu = test::octets16(38) + Octets{0x42, 0x42, 3} + Octets(43, 0);
+    EXPECT_EQ(copies(bridges + station(1) + bpdu), 3U);
+    chip_.traps().bpdu = true;
+    EXPECT_EQ(copies(bridges + station(1) + bpdu), 1U);
+    EXPECT_EQ(copies(Octets{0x01, 0x80, 0xC2, 0, 0, 0x08} + station(1) + bpdu), 3U) << "another address";
+    EXPECT_EQ(copies(bridges + station(1) + test::octets16(38) + Octets{0xAA, 0xAA, 3} + Octets(43, 0)), 3U);
+    EXPECT_EQ(copies(bridges + station(1) + test::octets16(0x8809) + Octets{0x42, 0x42, 3} + Octets(43, 0)), 3U)
+        << "a type is no length";
+    EXPECT_EQ(copies(bridges + station(1) + test::octets16(1) + Octets{0x42}), 3U) << "cut short";
+}
+
 TEST_F(TrapsTest, NeitherVlanNorLearningModeNorIsolationHoldThemUp) {
     chip_.traps().lacp = true;
     ASSERT_EQ(chip_.vlans().set_ports(1, PortSet{}, PortSet{}), Status::kOk);

@@ -7,6 +7,7 @@
 #include <set>
 
 #include "vdevice/chip/chip_fixture.h"
+#include "vdevice/chip/packet_builder.h"
 
 namespace vdevice::chip {
 namespace {
@@ -56,9 +57,13 @@ class TrunkTest : public test::ChipTest {
 
 Octets ip_packet(std::uint8_t from, std::uint8_t to, std::uint16_t from_port, std::uint16_t to_port,
                  std::uint8_t protocol = 17, std::uint16_t fragment = 0) {
-    return test::octets16(0x0800) + Octets{0x45, 0, 0, 28, 0, 0} + test::octets16(fragment) +
-           Octets{64, protocol, 0, 0, 10, 0, 0, from, 10, 0, 0, to} + test::octets16(from_port) +
-           test::octets16(to_port) + Octets(22, 0);
+    const Octets ports = test::octets16(from_port) + test::octets16(to_port);
+    return test::ipv4({.protocol = protocol,
+                       .source = test::ipv4_address(from),
+                       .destination = test::ipv4_address(to),
+                       .fragment = fragment},
+                      ports + Octets(4, 0)) +
+           Octets(18, 0);
 }
 
 TEST_F(TrunkTest, AreCreatedOnceAndDestroyedOnce) {

@@ -185,6 +185,25 @@ class Driver : public DriverCalls {
     int32_t User_switch_ipmc_lookup_miss_action(uint32_t unit, uint32_t zero, int32_t port, uint32_t action) override;
     int32_t User_switch_ip6mc_lookup_miss_action(uint32_t unit, uint32_t zero, int32_t port, uint32_t action) override;
 
+    // Reserved addresses and start-up: driver_start.cpp
+    int32_t user_l2_bpdu_get(uint32_t unit, uint32_t zero, uint32_t index, uint8_t *mac) override;
+    int32_t user_l2_bpdu_set(uint32_t unit, uint32_t zero, uint32_t index, const uint8_t *mac) override;
+    int32_t user_lldp_init(uint32_t unit, uint32_t zero) override;
+    int32_t user_stg_init(uint32_t unit, uint32_t zero) override;
+    int32_t user_igmp_snooping_init(uint32_t unit, uint32_t zero) override;
+    int32_t User_mcast_init(uint32_t unit, uint32_t zero) override;
+    int32_t user_dos_attack_prevent_init(uint32_t unit, uint32_t zero) override;
+
+    // Mirrors and registers: driver_mirror.cpp
+    int32_t user_mirror_init(uint32_t unit, uint32_t zero) override;
+    int32_t user_mirror_port_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t session, int32_t destination,
+                                 uint32_t mode) override;
+    int32_t user_set_flow_mirror(uint32_t unit, uint32_t zero, uint32_t session, int32_t port) override;
+    int32_t user_set_mirror_disable(uint32_t unit, uint32_t zero, uint32_t session, adp_word_t value) override;
+    int32_t user_check_set_mirror_disable(uint32_t unit, uint32_t zero, uint32_t session, adp_word_t value) override;
+    int32_t user_pci_read(uint32_t unit, uint32_t zero, uint32_t address, uint32_t *value) override;
+    int32_t user_pci_write(uint32_t unit, uint32_t zero, uint32_t address, const uint32_t *value) override;
+
     // The device's services
     int32_t log_line(int32_t level, int32_t module, const char *word, const char *text) override;
     int32_t sys_trace_get() override;

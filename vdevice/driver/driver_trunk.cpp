@@ -64,6 +64,7 @@ int32_t Driver::user_switch_control_set(uint32_t unit, uint32_t zero, uint32_t c
             }
             chip_.set_hash_sides(*sides);
         }
+        apply_switch(chip_, control, value);
         controls_.set(control, value);
         return Status::kOk;
     });

@@ -1,4 +1,4 @@
-// The chip-wide controls: a small table of words. Only the trunks' hash selection has an effect.
+// The chip-wide controls: a small table of words, a few of which have an effect on the chip.
 #pragma once
 
 #include <array>
@@ -7,10 +7,16 @@
 #include <optional>
 
 #include "vdevice/chip/flow_hash.h"
+#include "vdevice/chip/switch.h"
 
 namespace vdevice::driver {
 
-constexpr std::uint32_t kHashSelection = 136; /**< control: which ends of a flow the hash of trunks looks at */
+// Numbers of controls.
+constexpr std::uint32_t kMldToCpu = 89;
+constexpr std::uint32_t kIgmpToCpu = 92;
+constexpr std::uint32_t kMirroring = 125;
+constexpr std::uint32_t kHashSelection = 136; /**< which ends of a flow the hash of trunks looks at */
+constexpr std::uint32_t kReservedMulticast = 215;
 
 /** The meaning of the hash selection's values; nothing for one that has none. */
 constexpr std::optional<chip::HashSides> hash_sides(std::uint32_t value) {
@@ -28,6 +34,10 @@ constexpr std::optional<chip::HashSides> hash_sides(std::uint32_t value) {
             return std::nullopt;
     }
 }
+
+/** Makes the chip do what the control says: 0 is off, all else on. Controls that are not such a switch are left alone.
+ */
+void apply_switch(chip::Switch &chip, std::uint32_t control, std::uint32_t value);
 
 class SwitchControls {
   public:

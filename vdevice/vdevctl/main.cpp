@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <iostream>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 
 #include "vdevice/vdevctl/client.h"
@@ -17,7 +18,16 @@ struct Options {
     bool json = false;
     int port = 0;
     int trace = 0;
+    std::optional<int> pin;
+    std::optional<int> level;
 };
+
+/** Without arguments it shows the pins, with both it drives one. */
+void add_gpio(CLI::App &app, Options &options) {
+    CLI::App *command = app.add_subcommand("gpio", "the general-purpose pins; with PIN and LEVEL, drive an input pin");
+    CLI::Option *pin = command->add_option("pin", options.pin);
+    pin->needs(command->add_option("level", options.level));
+}
 
 void add_commands(CLI::App &app, Options &options) {
     app.add_subcommand("ports", "the ports with their state");
@@ -27,6 +37,9 @@ void add_commands(CLI::App &app, Options &options) {
     app.add_subcommand("counters", "frames and octets of each port, and why frames were dropped");
     app.add_subcommand("log", "what the device and its software logged");
     app.add_subcommand("events", "messages waiting in the event queue");
+    app.add_subcommand("reserved", "addresses and protocols whose frames go to the CPU alone");
+    app.add_subcommand("mirrors", "the mirror sessions with their ports");
+    add_gpio(app, options);
     app.add_subcommand("version", "version and board of the running device");
     app.add_subcommand("pull", "pull a user port's cable")->add_option("port", options.port)->required();
     app.add_subcommand("plug", "plug it in again")->add_option("port", options.port)->required();
@@ -42,6 +55,9 @@ nlohmann::json request_for(const std::string &command, const Options &options) {
         request["port"] = options.port;
     } else if (command == "trace") {
         request["value"] = options.trace;
+    } else if (options.pin && options.level) {
+        request["pin"] = *options.pin;
+        request["level"] = *options.level;
     }
     return request;
 }

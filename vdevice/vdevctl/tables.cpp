@@ -7,30 +7,13 @@
 #include <map>
 #include <vector>
 
+#include "vdevice/vdevctl/port_text.h"
+#include "vdevice/vdevctl/start_tables.h"
+
 namespace vdevice {
 namespace {
 
 using nlohmann::json;
-
-std::string port_name(int port) {
-    return port == 0 ? "cpu" : std::to_string(port);
-}
-
-/** "cpu,1-4,9": runs of neighbouring ports drawn together. */
-std::string port_list(const json &ports) {
-    std::vector<std::string> parts;
-    const auto numbers = ports.get<std::vector<int>>();
-    for (std::size_t first = 0; first < numbers.size();) {
-        std::size_t last = first;
-        while (numbers[first] != 0 && last + 1 < numbers.size() && numbers[last + 1] == numbers[last] + 1) {
-            ++last;
-        }
-        parts.push_back(first == last ? port_name(numbers[first])
-                                      : fmt::format("{}-{}", numbers[first], numbers[last]));
-        first = last + 1;
-    }
-    return parts.empty() ? "-" : fmt::format("{}", fmt::join(parts, ","));
-}
 
 std::string port_state(const json &port) {
     if (!port["present"].get<bool>()) {
@@ -168,8 +151,9 @@ std::string show_version(const json &answer) {
 std::string show(const std::string &command, const json &answer) {
     using Show = std::string (*)(const json &);
     static const std::map<std::string, Show> kTables = {
-        {"ports", show_ports}, {"vlans", show_vlans},   {"macs", show_macs},     {"counters", show_counters},
-        {"log", show_log},     {"events", show_events}, {"trunks", show_trunks}, {"version", show_version},
+        {"ports", show_ports},       {"vlans", show_vlans},     {"macs", show_macs},     {"counters", show_counters},
+        {"log", show_log},           {"events", show_events},   {"trunks", show_trunks}, {"version", show_version},
+        {"reserved", show_reserved}, {"mirrors", show_mirrors}, {"gpio", show_gpio},
     };
     const auto table = kTables.find(command);
     return table == kTables.end() ? std::string{} : table->second(answer);

@@ -7,6 +7,7 @@
 
 #include "vdevice/driver/mac_text.h"
 #include "vdevice/io/error.h"
+#include "vdevice/vdeviced/command.h"
 
 namespace vdevice {
 namespace {
@@ -14,29 +15,8 @@ namespace {
 using chip::PortSet;
 using nlohmann::json;
 
-constexpr int kCpuUserNumber = 0;
-
-class Refusal : public std::runtime_error {
-  public:
-    using std::runtime_error::runtime_error;
-};
-
 double seconds(chip::Time time) {
     return std::chrono::duration<double>(time).count();
-}
-
-int user_number(const Device &device, int chip_port) {
-    return device.board().user_port(chip_port).value_or(kCpuUserNumber);
-}
-
-json user_numbers(const Device &device, const PortSet &chip_ports) {
-    json numbers = json::array();
-    chip_ports.for_each([&](int port) {
-        if (device.wire(port) != nullptr) {
-            numbers.push_back(user_number(device, port));
-        }
-    });
-    return numbers;
 }
 
 void for_each_wire(const Device &device, const std::function<void(const Wire &, const chip::Port &)> &visit) {
@@ -212,18 +192,42 @@ json version(Device &device, const json & /*request*/) {
             {"uptime", seconds(device.now())}};
 }
 
-using Command = json (*)(Device &, const json &);
-
 const std::map<std::string, Command> &command_table() {
     static const std::map<std::string, Command> kCommands = {
-        {"ports", ports}, {"vlans", vlans},   {"macs", macs},       {"counters", counters},
-        {"log", log},     {"events", events}, {"pull", pull},       {"plug", plug},
-        {"trace", trace}, {"trunks", trunks}, {"version", version},
+        {"ports", ports},
+        {"vlans", vlans},
+        {"macs", macs},
+        {"counters", counters},
+        {"log", log},
+        {"events", events},
+        {"pull", pull},
+        {"plug", plug},
+        {"trace", trace},
+        {"trunks", trunks},
+        {"version", version},
+        {"reserved", show_reserved},
+        {"mirrors", show_mirrors},
+        {"gpio", gpio},
     };
     return kCommands;
 }
 
 }  // namespace
+
+int user_number(const Device &device, int chip_port) {
+    constexpr int kCpuUserNumber = 0;
+    return device.board().user_port(chip_port).value_or(kCpuUserNumber);
+}
+
+json user_numbers(const Device &device, const PortSet &chip_ports) {
+    json numbers = json::array();
+    chip_ports.for_each([&](int port) {
+        if (device.wire(port) != nullptr) {
+            numbers.push_back(user_number(device, port));
+        }
+    });
+    return numbers;
+}
 
 json carry_out(Device &device, const json &request) {
     const auto name = request.find("command");

@@ -36,6 +36,9 @@ class Device final : private chip::Sink {
     void pull(int user_port);
     void plug(int user_port);
 
+    /** The board's hand on one of the chip's input pins. */
+    chip::Status drive_pin(std::int64_t pin, bool level) { return chip_.gpio().drive(pin, level); }
+
     chip::Time now() const;
 
     /** Hears of each port whose link status changes, whether by its cable, its host or its administrative state. */

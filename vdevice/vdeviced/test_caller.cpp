@@ -71,10 +71,38 @@ int32_t receive_event(const Numbers & /*none*/) {
     return result;
 }
 
+int32_t write_register(const Numbers &numbers) {
+    const uint32_t value = word(numbers.at(1));
+    return user_pci_write(0, 0, word(numbers.at(0)), &value);
+}
+
+/** Prints the value in front of the result. */
+int32_t read_register(const Numbers &numbers) {
+    uint32_t value = 0;
+    const int32_t result = user_pci_read(0, 0, word(numbers.at(0)), &value);
+    std::printf("%u ", value);
+    return result;
+}
+
+int32_t reserve_address(const Numbers &numbers) {
+    uint8_t mac[NETLINK_MAC_BYTES] = {};
+    for (size_t i = 0; i < sizeof mac; ++i) {
+        mac[i] = static_cast<uint8_t>(numbers.at(i + 1));
+    }
+    return user_l2_bpdu_set(0, 0, word(numbers.at(0)), mac);
+}
+
 const std::map<std::string, std::function<int32_t(const Numbers &)>> kCalls = {
     {"enable", [](const Numbers &n) { return user_port_enable_set(0, 0, n.at(0), word(n.at(1))); }},
     {"loopback", [](const Numbers &n) { return user_port_loopback_set(0, 0, n.at(0), word(n.at(1))); }},
     {"trunk", make_trunk},
+    {"control", [](const Numbers &n) { return user_switch_control_set(0, 0, word(n.at(0)), word(n.at(1))); }},
+    {"mirror",
+     [](const Numbers &n) { return user_mirror_port_set(0, 0, n.at(0), word(n.at(1)), n.at(2), word(n.at(3))); }},
+    {"write-register", write_register},
+    {"read-register", read_register},
+    {"reserve", reserve_address},
+    {"filter-attacks", [](const Numbers & /*none*/) { return user_dos_attack_prevent_init(0, 0); }},
     {"watch", watch},
     {"send-event", send_event},
     {"receive-event", receive_event},

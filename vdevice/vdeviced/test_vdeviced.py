@@ -319,6 +319,54 @@ def test_a_trunk_spreads_flows_over_the_cables_that_are_left(device):
     assert send_flows() == [0, 40]
 
 
+def test_a_mirror_shows_frames_as_they_came_in(device):
+    one, two, three = device.nics("host1", "host2", "host3")
+    assert device.call("mirror", 23, 1, 25, 2) == "0"
+    assert device.ask("mirrors") == {"enabled": False, "mirrors": [
+        {"session": 1, "destination": 3, "ingress": [1], "egress": [], "flow": None, "disabled": False}]}
+    foreign = BROADCAST + station(1) + tag(0x8100, 0xA063) + tag(0x88A8, 5) + PAYLOAD
+    one.send(foreign)
+    assert three.receive(0.2) is None
+    assert device.call("control", 125, 1) == "0"
+    one.send(foreign)
+    assert three.receive() == foreign
+    assert two.receive(0) is None, "there is no such VLAN"
+    assert device.control("mirrors").stdout.splitlines()[1:] == [
+        f"{1:>7}  {'1':<24} {'-':<24} {'3':>2}  {'-':>4}", "mirroring on"]
+
+
+def test_pins_are_driven_by_hand_and_read_by_software(device):
+    assert device.ask("gpio") == {"input": 0, "output": 0, "direction": 0}
+    assert device.ask("gpio", "3", "1")["input"] == 8
+    assert device.call("read-register", 0x2000) == "8 0"
+    assert device.call("write-register", 0x2000, 1) == "-71"
+    assert device.call("write-register", 0x2004, 5) == "0"
+    assert device.control("gpio", "3", "0").stdout == (
+        "direction  0x00000000\noutput     0x00000005\ninput      0x00000000\n")
+
+
+def test_frames_to_a_reserved_address_reach_the_cpu_only(device):
+    one, two, cpu = device.nics("host1", "host2", "eth0")
+    address = bytes([0x01, 0x80, 0xC2, 0, 0, 0x0E])
+    assert device.call("reserve", 10, *address) == "0"
+    assert device.ask("reserved")["reserved"][10] == {"index": 10, "mac": "01:80:c2:00:00:0e"}
+    one.send(address + station(1) + PAYLOAD)
+    assert cpu.receive() == address + station(1) + tag(0x8874, 0) + struct.pack(">H", 23) + tag(0x8100, 1) + PAYLOAD
+    assert two.receive(0.2) is None
+    assert device.ask("macs")["macs"] == []
+
+
+def test_attacks_are_dropped_and_counted(device):
+    one, two = device.nics("host1", "host2")
+    attack = station(1) + station(1) + PAYLOAD
+    one.send(attack)
+    assert two.receive(0.2) is None, "its destination is behind its own port"
+    assert device.call("filter-attacks") == "0"
+    one.send(attack)
+    wait_until(lambda: device.counters(1)["drops"]["dos_same_mac"] == 1, "the drop to be counted")
+    assert device.ask("reserved")["attack_filter"]
+
+
 class Watcher:
     """A process that has registered with the link scan."""
 
@@ -399,14 +447,16 @@ def test_an_interface_that_vanishes_may_come_back(device):
     assert three.receive() == BROADCAST + station(1) + PAYLOAD
 
 
-@pytest.mark.parametrize("words", [("pull", "5"), ("pull", "0"), ("plug", "-1")])
+@pytest.mark.parametrize("words", [("pull", "5"), ("pull", "0"), ("plug", "-1"), ("gpio", "32", "1"),
+                                   ("gpio", "3", "2")])
 def test_impossible_commands_are_refused_with_a_sentence(device, words):
     result = device.control(*words)
     assert result.returncode == 1
     assert result.stderr.startswith("vdevctl: The ") and result.stderr.endswith(".\n")
 
 
-@pytest.mark.parametrize("command", ["ports", "vlans", "macs", "counters", "log", "events", "trunks", "version"])
+@pytest.mark.parametrize("command", ["ports", "vlans", "macs", "counters", "log", "events", "trunks", "reserved",
+                                     "mirrors", "gpio", "version"])
 def test_every_table_is_shown(device, command):
     assert device.control(command).returncode == 0
     assert isinstance(device.ask(command), dict)
@@ -437,7 +487,10 @@ class Control:
 
 @pytest.mark.parametrize("line", [b"", b"{", b"[]", b"7", b"\xff\xfe", b'{"command": 3}', b'{"command": "none"}',
                                   b'{"command": "pull", "port": "x"}', b'{"command": "pull", "port": 1e99}',
-                                  b'{"command": "pull"}', b'{"command": "trace"}'])
+                                  b'{"command": "pull"}', b'{"command": "trace"}',
+                                  b'{"command": "gpio", "pin": 3}', b'{"command": "gpio", "level": 1}',
+                                  b'{"command": "gpio", "pin": 1e99, "level": 1}',
+                                  b'{"command": "gpio", "pin": 3, "level": true}'])
 def test_malformed_requests_get_an_error_and_the_line_stays_open(device, line):
     client = Control(device)
     client.say(line + b"\n")

@@ -1,0 +1,165 @@
+// What the chip has: counts, which are partly answered with constants, and lists of groups and their VLANs.
+#include <adp/stg.h>
+#include <netlink_api.h>
+#include <stdio.h>
+#include <string.h>
+
+namespace adp {
+namespace {
+
+constexpr uint32_t kGroupChunk = 64;
+constexpr uint32_t kVlanChunk = 1024;
+constexpr int32_t kMaxGroups = 64;
+constexpr int32_t kMaxVlans = ADP_VLANS;
+
+/** The last chunk that is asked for: where the last one is full, one that holds nothing follows it. */
+constexpr int32_t last_chunk(int32_t count, uint32_t chunk) {
+    return count / static_cast<int32_t>(chunk);
+}
+
+/** Whether the chip has the group, among the first @p count ones. */
+bool has_group(int32_t stg, int32_t count) {
+    int32_t groups[kMaxGroups + kGroupChunk] = {};
+    for (int32_t chunk = 0; chunk <= last_chunk(count, kGroupChunk); ++chunk) {
+        const auto number = static_cast<uint32_t>(chunk);
+        adp_get_stg_each_time_list(groups + size_t{kGroupChunk} * number, number, kGroupChunk);
+    }
+    for (int32_t i = 0; i < count; ++i) {
+        if (groups[i] == stg) {
+            return true;
+        }
+    }
+    return false;
+}
+
+void read_vlans(int32_t stg, int32_t count, uint16_t *vlans) {
+    uint16_t buffer[kMaxVlans + kVlanChunk] = {};
+    for (int32_t chunk = 0; chunk <= last_chunk(count, kVlanChunk); ++chunk) {
+        const auto number = static_cast<uint32_t>(chunk);
+        adp_get_stg_vlan_each_time_list(stg, buffer + size_t{kVlanChunk} * number, number, kVlanChunk);
+    }
+    if (count > 0) {
+        memcpy(vlans, buffer, static_cast<size_t>(count) * sizeof *vlans);
+    }
+}
+
+}  // namespace
+}  // namespace adp
+
+adp_status_t adp_get_max_support_stg(uint32_t *count) {
+    uint32_t chip_count = 0;
+    const int32_t result = user_stg_max_support_count_get(0, 0, &chip_count);
+    if (result < 0) {
+        printf("%s %d: get max support stg number failed\n", "adp_get_max_support_stg", __LINE__);
+        return result;
+    }
+    *count = ADP_STG_SUPPORTED;
+    return result;
+}
+
+adp_status_t adp_get_l2_cache_size(uint32_t *size) {
+    uint32_t chip_size = 0;
+    const int32_t result = user_l2_cache_size_get(0, 0, &chip_size);
+    if (result != 0) {
+        printf("%s %d: get l2 cache size failed. ret=%d\n", "adp_get_l2_cache_size", __LINE__, result);
+        return result;
+    }
+    *size = ADP_L2_CACHE_SIZE;
+    return ADP_OK;
+}
+
+adp_status_t adp_stg_default_get(uint32_t *stg) {
+    const int32_t result = user_stg_default_get(0, 0, stg);
+    if (result != 0) {
+        printf("%s %d: stg vlan list failed. ret=%d\n", "adp_stg_default_get", __LINE__, result);
+        return result;
+    }
+    *stg = 0;
+    return ADP_OK;
+}
+
+int32_t adp_get_max_stg() {
+    uint32_t count = 0;
+    const int32_t result = user_stg_stg_count_get(0, 0, &count);
+    if (result < 0) {
+        printf("%s %d fail.ret=%d\n", "adp_get_max_stg", __LINE__, result);
+        return result;
+    }
+    return static_cast<int32_t>(count);
+}
+
+adp_status_t adp_get_stg_each_time_list(int32_t *ids, uint32_t chunk_index, uint32_t chunk_size) {
+    const int32_t result = user_stg_each_time_list(0, 0, ids, chunk_index, chunk_size);
+    if (result < 0) {
+        printf("%s %d fail.ret=%d\n", "adp_get_stg_each_time_list", __LINE__, result);
+    }
+    return result;
+}
+
+adp_status_t adp_get_stg_vlan_each_time_list(int32_t stg, uint16_t *vlans, uint32_t chunk_index, uint32_t chunk_size) {
+    const int32_t result = user_stg_vlan_each_time_list(0, 0, stg, vlans, chunk_index, chunk_size);
+    if (result < 0) {
+        printf("%s %d fail.stg %d ret=%d\n", "adp_get_stg_vlan_each_time_list", __LINE__, stg, result);
+    }
+    return result;
+}
+
+int32_t adp_get_stg_max_vlan(int32_t stg) {
+    uint32_t count = 0;
+    const int32_t result = user_stg_vlan_count_get(0, 0, stg, &count);
+    if (result < 0) {
+        printf("%s %d fail.stg:%d ret=%d\n", "adp_get_stg_max_vlan", __LINE__, stg, result);
+        return result;
+    }
+    return static_cast<int32_t>(count);
+}
+
+// A negative number of VLANs is a failure that is handed on; it asks for the first chunk all the same.
+int32_t adp_get_stg_vlan_list(int32_t stg, uint16_t vlans[ADP_VLANS]) {
+    const int32_t groups = adp_get_max_stg();
+    if (groups <= 0) {
+        fprintf(stderr, "%s %d: get STG count failed! STG count=%d\n", "adp_get_stg_vlan_list", __LINE__, groups);
+        return 0;
+    }
+    if (groups > adp::kMaxGroups || !adp::has_group(stg, groups)) {
+        return 0;
+    }
+    const int32_t count = adp_get_stg_max_vlan(stg);
+    if (count == 0 || count > adp::kMaxVlans) {
+        return 0;
+    }
+    adp::read_vlans(stg, count, vlans);
+    return count;
+}
+
+adp_status_t adp_stg_vlan_list(int32_t stg, adp_word_t *list, int32_t *count) {
+    const int32_t result = user_stg_vlan_list(0, 0, stg, list, count);
+    if (result != 0) {
+        printf("%s %d: stg vlan list failed. ret=%d\n", "adp_stg_vlan_list", __LINE__, result);
+    }
+    return result;
+}
+
+adp_status_t adp_stg_vlan_list_destroy(adp_word_t list, int32_t count) {
+    const int32_t result = user_stg_vlan_list_destroy(0, 0, list, count);
+    if (result != 0) {
+        printf("%s %d: stg vlan list destroy failed. ret=%d\n", "adp_stg_vlan_list_destroy", __LINE__, result);
+    }
+    return result;
+}
+
+adp_status_t adp_stg_list(adp_word_t *list, int32_t *count) {
+    const int32_t result = user_stg_list(0, 0, list, count);
+    if (result != 0) {
+        printf("%s %d: stg vlan list destroy failed. ret=%d\n", "adp_stg_list", __LINE__, result);
+    }
+    return result;
+}
+
+adp_status_t adp_stg_list_destroy(adp_word_t list, int32_t count) {
+    const int32_t result = user_stg_list_destroy(0, 0, list, count);
+    if (result != 0) {
+        printf("%s %d: stg vlan list destroy failed. ret=%d\n", "adp_stg_list_destroy", __LINE__, result);
+    }
+    return result;
+}

@@ -1,0 +1,37 @@
+// Ring ports: blocked and released through their state in the default group.
+#include <adp/stg.h>
+#include <netlink_api.h>
+#include <stdio.h>
+
+#include "agg/members.h"
+#include "agg/resolve.h"
+
+namespace adp {
+namespace {
+
+constexpr int32_t kRingGroup = 0;
+
+int32_t set_ring_state(PhyPort port, uint32_t state) {
+    return user_stg_stp_set(0, 0, kRingGroup, port.value(), state);
+}
+
+}  // namespace
+}  // namespace adp
+
+adp_status_t adp_set_port_erps_state(adp_intf_t intf, uint32_t state) {
+    return adp::by_kind(
+        adp::Intf(intf), [=](adp::PhyPort port) { return adp::set_ring_state(port, state); },
+        [=](adp::Intf agg) {
+            return adp::until_first_failure(adp::active_members(agg), [=](adp::Intf member) {
+                return adp::set_ring_state(adp::phy_of(member), state);
+            });
+        });
+}
+
+adp_status_t adp_get_port_erps_state(adp_intf_t intf, uint32_t *state) {
+    const int32_t result = user_stg_stp_get(0, 0, adp::kRingGroup, adp::phy_of(adp::Intf(intf)).value(), state);
+    if (result < 0) {
+        printf("%s %d: get max support stg number failed. ret=%d\n", "adp_get_port_erps_state", __LINE__, result);
+    }
+    return result;
+}

@@ -1,0 +1,60 @@
+// For tests: IP packets, from the frame's type on.
+#pragma once
+
+#include "vdevice/chip/frame_builder.h"
+
+namespace vdevice::chip::test {
+
+/** 10.0.0.number */
+inline Octets ipv4_address(std::uint8_t number) {
+    return {10, 0, 0, number};
+}
+
+/** fd00::number */
+inline Octets ipv6_address(std::uint8_t number) {
+    return Octets{0xFD} + Octets(14, 0) + Octets{number};
+}
+
+constexpr std::uint16_t kMoreFragments = 0x2000;
+
+struct Ipv4 {
+    std::uint8_t protocol;
+    Octets source = ipv4_address(1);
+    Octets destination = ipv4_address(2);
+    std::uint16_t fragment = 0;
+    Octets options{};
+};
+
+inline Octets ipv4(const Ipv4 &header, const Octets &payload) {
+    const std::size_t head = 20 + header.options.size();
+    return octets16(0x0800) + Octets{static_cast<std::uint8_t>(0x40 + head / 4), 0} +
+           octets16(static_cast<std::uint16_t>(head + payload.size())) + octets16(0) + octets16(header.fragment) +
+           Octets{64, header.protocol, 0, 0} + header.source + header.destination + header.options + payload;
+}
+
+struct Ipv6 {
+    std::uint8_t next_header;
+    Octets source = ipv6_address(1);
+    Octets destination = ipv6_address(2);
+};
+
+inline Octets ipv6(const Ipv6 &header, const Octets &payload) {
+    return octets16(0x86DD) + Octets{0x60, 0, 0, 0} + octets16(static_cast<std::uint16_t>(payload.size())) +
+           Octets{header.next_header, 64} + header.source + header.destination + payload;
+}
+
+/** A hop-by-hop header with the router alert option, as IGMP's sisters of version 6 have it. */
+inline Octets router_alert(std::uint8_t next_header) {
+    return {next_header, 0, 5, 2, 0, 0, 1, 0};
+}
+
+inline Octets fragment_header(std::uint8_t next_header, std::uint16_t offset, bool more) {
+    return Octets{next_header, 0} + octets16(static_cast<std::uint16_t>(offset * 8 + (more ? 1 : 0))) + octets32(7);
+}
+
+/** A TCP header with these flags, and no options. */
+inline Octets tcp(std::uint8_t flags) {
+    return octets16(1024) + octets16(80) + octets32(1) + octets32(0) + Octets{0x50, flags} + Octets(6, 0);
+}
+
+}  // namespace vdevice::chip::test

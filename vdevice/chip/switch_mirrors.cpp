@@ -1,0 +1,28 @@
+// The copies that mirrors make of frames. A copy goes out as it is, whatever the VLANs of its port, and is not mirrored
+// again.
+#include "vdevice/chip/switch.h"
+
+namespace vdevice::chip {
+
+void Switch::mirror_ingress(int port, Bytes frame) {
+    mirrors_.for_each_ingress_copy(port, [&](int destination) { send_copy(destination, split_frame(frame)); });
+}
+
+void Switch::mirror_egress(int port, const Frame &frame) {
+    mirrors_.for_each_egress_copy(port, [&](int destination) { send_copy(destination, frame); });
+}
+
+void Switch::copy_to_flow_mirror(std::uint32_t session, const Frame &frame) {
+    if (const int destination = mirrors_.flow_destination(session); destination != Mirror::kNone) {
+        send_copy(destination, frame);
+    }
+}
+
+// A mirror port that is down loses its copies; the frames themselves go their way.
+void Switch::send_copy(int port, const Frame &frame) {
+    if (up_.has(port)) {
+        put_out(port, frame);
+    }
+}
+
+}  // namespace vdevice::chip
