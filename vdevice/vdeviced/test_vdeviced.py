@@ -455,7 +455,7 @@ def test_impossible_commands_are_refused_with_a_sentence(device, words):
     assert result.stderr.startswith("vdevctl: The ") and result.stderr.endswith(".\n")
 
 
-@pytest.mark.parametrize("command", ["ports", "vlans", "macs", "counters", "log", "events", "trunks", "reserved",
+@pytest.mark.parametrize("command", ["ports", "vlans", "macs", "mcast", "limits", "counters", "log", "events", "trunks", "reserved",
                                      "mirrors", "gpio", "version"])
 def test_every_table_is_shown(device, command):
     assert device.control(command).returncode == 0
