@@ -39,13 +39,11 @@ inline MemberList configured_members(Intf agg) {
     return members;
 }
 
-/**
- * Applies step(member) to the non-empty ones of the first count slots, empty ones counted, and stops at the first
- * failure with the step's own result.
+/** Applies step(member) to the non-empty ones of the first @p slots slots and stops at the first failure, its result.
  */
 template <typename Step>
-int32_t until_first_failure_own_result(const MemberList &members, Step step) {
-    for (uint32_t slot = 0; slot < members.counted_slots(); ++slot) {
+int32_t until_first_failure_in_slots(const MemberList &members, uint32_t slots, Step step) {
+    for (uint32_t slot = 0; slot < slots; ++slot) {
         if (members.slots[slot] == 0) {
             continue;
         }
@@ -55,6 +53,15 @@ int32_t until_first_failure_own_result(const MemberList &members, Step step) {
         }
     }
     return 0;
+}
+
+/**
+ * Applies step(member) to the non-empty ones of the first count slots, empty ones counted, and stops at the first
+ * failure with the step's own result.
+ */
+template <typename Step>
+int32_t until_first_failure_own_result(const MemberList &members, Step step) {
+    return until_first_failure_in_slots(members, members.counted_slots(), step);
 }
 
 /** The same walk, which answers a failure with ADP_E_DRIVER. */

@@ -3,7 +3,6 @@
 #include <netlink_api.h>
 
 #include "agg/resolve.h"
-#include "l2/port_control.h"
 
 using adp::Intf;
 using adp::PhyPort;
@@ -28,9 +27,4 @@ adp_status_t hal_vlan_control_port_set(adp_intf_t intf, uint32_t control, int32_
 adp_status_t hal_vlan_control_port_get(adp_intf_t intf, uint32_t control, uint32_t *value) {
     return adp::on_port_only(
         Intf(intf), [=](PhyPort port) { return user_vlan_control_port_get(0, 0, port.value(), control, value); });
-}
-
-adp_status_t adp::hal_port_untagged_priority_set(Intf intf, uint32_t priority) {
-    return on_port_only(intf,
-                        [=](PhyPort port) { return user_port_untagged_priority_set(0, 0, port.value(), priority); });
 }

@@ -1,5 +1,5 @@
 // Switch controls, the trap of the device's own address, and the per-port controls that do not fan out.
-#include "l2/port_control.h"
+#include "port/untagged_priority.h"
 #include "tests/support/library_test.h"
 
 namespace {

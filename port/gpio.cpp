@@ -10,7 +10,7 @@ constexpr uint32_t kOutput = 0x2004;
 constexpr uint32_t kDirection = 0x2008;
 
 constexpr uint32_t kPins = 32;
-constexpr uint32_t kUsedInputs = 0xF;
+constexpr uint32_t kInputPins = 4;
 constexpr uint32_t kBoardDirections = 1u << 0 | 1u << 3;
 
 constexpr uint32_t bit_of(uint32_t pin) {
@@ -54,8 +54,10 @@ adp_status_t hal_set_gpio_write_bit(uint32_t pin, uint32_t value) {
     return adp::write_bit(adp::kOutput, pin, value);
 }
 
+// Pins are not counted modulo 32 here: a number beyond the register has no level, and must not give a low pin's.
 int32_t hal_get_gpio_val(uint32_t pin) {
-    return (adp::read_register(adp::kInput) & adp::kUsedInputs & adp::bit_of(pin)) != 0 ? 1 : 0;
+    const uint32_t levels = adp::read_register(adp::kInput);
+    return pin < adp::kInputPins && (levels & adp::bit_of(pin)) != 0 ? 1 : 0;
 }
 
 adp_status_t hal_reverse_gpio(uint32_t pin) {

@@ -10,6 +10,7 @@
 #include <adp/l2.h>
 #include <adp/pkt.h>
 #include <adp/port.h>
+#include <adp/qos.h>
 #include <adp/stg.h>
 #include <adp/types.h>
 #include <adp/vlan.h>

@@ -42,7 +42,7 @@ adp_status_t hal_set_gpio_write_bit(uint32_t pin, uint32_t value);
 /**
  * Tells a pin's level from the input register, of which only bits 3..0 are used.
  *
- * @param pin  pin number modulo 32
+ * @param pin  pin number, not taken modulo 32
  * @return 0 or 1; always 0 for pins 4 and up, and when the register cannot be read
  */
 int32_t hal_get_gpio_val(uint32_t pin);
@@ -83,7 +83,7 @@ adp_status_t adp_set_gpio_write_bit(uint32_t pin, uint32_t value);
 /**
  * The same as hal_get_gpio_val().
  *
- * @param pin  pin number modulo 32
+ * @param pin  pin number, not taken modulo 32
  * @return 0 or 1
  */
 int32_t adp_get_gpio_val(uint32_t pin);

@@ -38,6 +38,13 @@ extern adp_port_row_t *intf_to_phy_port;
  */
 extern uint32_t *intf_map_trunk;
 
+#define ADP_SNTP_CFG_WORDS 64 /**< words of sntp_cfg */
+
+/** Storage for the device's programs; the library neither reads nor writes it. */
+extern uint32_t ONU_ERR_CODE;
+/** Storage for the device's programs, 256 bytes; the library neither reads nor writes it. */
+extern uint32_t sntp_cfg[ADP_SNTP_CFG_WORDS];
+
 /**
  * Creates the port map and the port-to-group map, both cleared.
  *

@@ -1,0 +1,19 @@
+// The priority of the frames that an interface receives untagged.
+#ifndef PORT_UNTAGGED_PRIORITY_H
+#define PORT_UNTAGGED_PRIORITY_H
+
+#include <netlink_api.h>
+
+#include "agg/resolve.h"
+
+namespace adp {
+
+/** Sets it on a user port; ADP_E_DRIVER for every aggregation interface. */
+inline adp_status_t hal_port_untagged_priority_set(Intf intf, uint32_t priority) {
+    return on_port_only(intf,
+                        [=](PhyPort port) { return user_port_untagged_priority_set(0, 0, port.value(), priority); });
+}
+
+}  // namespace adp
+
+#endif

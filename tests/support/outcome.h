@@ -1,0 +1,44 @@
+/**
+ * @file outcome.h
+ * What a call gives back and prints, both streams captured whole: blanks and newlines at the end count too.
+ *
+ *     EXPECT_EQ(outcome_of(adp_stg_init), (Outcome{-1, "", "adp_stg_init 251: ... failed!\n"}));
+ */
+#ifndef TESTS_SUPPORT_OUTCOME_H
+#define TESTS_SUPPORT_OUTCOME_H
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <ostream>
+#include <string>
+
+namespace library_test {
+
+struct Outcome {
+    int32_t result = 0;
+    std::string out; /**< on standard output */
+    std::string err; /**< on standard error */
+
+    bool operator==(const Outcome &) const = default;
+};
+
+inline void PrintTo(const Outcome &outcome, std::ostream *stream) {
+    *stream << outcome.result << ", out " << ::testing::PrintToString(outcome.out) << ", err "
+            << ::testing::PrintToString(outcome.err);
+}
+
+template <typename Call>
+Outcome outcome_of(Call call) {
+    ::testing::internal::CaptureStdout();
+    ::testing::internal::CaptureStderr();
+    Outcome outcome;
+    outcome.result = call();
+    outcome.out = ::testing::internal::GetCapturedStdout();
+    outcome.err = ::testing::internal::GetCapturedStderr();
+    return outcome;
+}
+
+}  // namespace library_test
+
+#endif
