@@ -24,10 +24,11 @@ const MacEntry *MacTable::find(Mac mac, Vid vid) const {
 }
 
 const MacEntry *MacTable::next(std::uint64_t index) const {
-    while (index < kCapacity && keys_[index] == kFree) {
-        ++index;
+    std::size_t at = index < kCapacity ? static_cast<std::size_t>(index) : kCapacity;
+    while (at < kCapacity && keys_[at] == kFree) {
+        ++at;
     }
-    return index < kCapacity ? &entries_[index] : nullptr;
+    return at < kCapacity ? &entries_[at] : nullptr;
 }
 
 template <typename Visit>
