@@ -32,5 +32,8 @@ nlohmann::json gpio(Device &device, const nlohmann::json &request);
 nlohmann::json show_macs(Device &device, const nlohmann::json &request);
 nlohmann::json show_groups(Device &device, const nlohmann::json &request);
 nlohmann::json show_limits(Device &device, const nlohmann::json &request);
+// Commands on the field processor: field_commands.cpp
+nlohmann::json show_fields(Device &device, const nlohmann::json &request);
+nlohmann::json show_meters(Device &device, const nlohmann::json &request);
 
 }  // namespace vdevice
