@@ -265,7 +265,7 @@ TEST_F(FieldKeyTest, FramesCutAnywhereAreReadToTheirEnd) {
 TEST_F(FieldKeyTest, GarbageIsReadToItsEnd) {
     constexpr int kRounds = 20000;
     constexpr std::uint8_t kLikely[] = {0x81, 0x00, 0x88, 0xA8, 0x08, 0x86, 0xDD, 0x45, 0x60, 44, 0, 60, 0xAA, 3};
-    std::mt19937 random{1};  // NOLINT(cert-msc51-cpp): every run sees the same garbage
+    std::mt19937 random{1};
     int packets = 0;
     for (int round = 0; round < kRounds; ++round) {
         Octets frame(kHeaderBytes + random() % 80);

@@ -146,7 +146,7 @@ class FieldLives : public testing::TestWithParam<unsigned> {
         }
     }
 
-    std::mt19937 random_{GetParam()};  // NOLINT(cert-msc51-cpp): lives can be lived again
+    std::mt19937 random_{GetParam()};
     FieldTable table_;
     Model model_;
 };

@@ -576,8 +576,8 @@ def test_impossible_commands_are_refused_with_a_sentence(device, words):
     assert result.stderr.startswith("vdevctl: The ") and result.stderr.endswith(".\n")
 
 
-@pytest.mark.parametrize("command", ["ports", "vlans", "macs", "mcast", "limits", "counters", "log", "events", "trunks",
-                                     "reserved", "mirrors", "gpio", "fields", "meters", "version"])
+@pytest.mark.parametrize("command", ["ports", "vlans", "macs", "mcast", "limits", "counters", "log", "events", "trunks", "reserved",
+                                     "mirrors", "gpio", "fields", "meters", "version"])
 def test_every_table_is_shown(device, command):
     assert device.control(command).returncode == 0
     assert isinstance(device.ask(command), dict)
