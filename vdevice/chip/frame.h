@@ -28,6 +28,9 @@ constexpr std::uint16_t kVlanTpid = 0x8100;
 constexpr std::uint16_t kVidMask = 0x0FFF;
 constexpr Vid kMinVid = 1;
 constexpr Vid kMaxVid = 4094;
+constexpr bool is_vid(std::uint32_t number) {
+    return number >= kMinVid && number <= kMaxVid;
+}
 constexpr std::uint16_t kPriorityMask = 0xF000;  // PCP and DEI, kept as they stand in the tag
 constexpr unsigned kPcpShift = 13;
 
@@ -117,21 +120,27 @@ struct Header {
     std::uint16_t priority() const { return tci & kPriorityMask; }
 };
 
-/** Nothing for a runt: a frame without a whole header, or with a tag but no type behind it. */
-inline std::optional<Header> read_header(const Frame &frame, std::uint16_t tpid) {
+/** Takes whatever follows the addresses for the frame's own type. Nothing for a runt: a frame without a whole header.
+ */
+inline std::optional<Header> read_untagged_header(const Frame &frame) {
     if (frame.head.size() < kAddressBytes || frame.body.size() < kTypeBytes) {
         return std::nullopt;
     }
-    Header header{Mac::at(frame.head, 0), Mac::at(frame.head, kMacBytes), false, 0, frame.body};
-    if (read16(frame.body, 0) != tpid) {
+    return Header{Mac::at(frame.head, 0), Mac::at(frame.head, kMacBytes), false, 0, frame.body};
+}
+
+/** Nothing for a runt, here also a frame with a tag but no type behind it. */
+inline std::optional<Header> read_header(const Frame &frame, std::uint16_t tpid) {
+    std::optional<Header> header = read_untagged_header(frame);
+    if (!header || read16(frame.body, 0) != tpid) {
         return header;
     }
     if (frame.body.size() < kVlanTagBytes + kTypeBytes) {
         return std::nullopt;
     }
-    header.tagged = true;
-    header.tci = read16(frame.body, kTypeBytes);
-    header.payload = frame.body.subspan(kVlanTagBytes);
+    header->tagged = true;
+    header->tci = read16(frame.body, kTypeBytes);
+    header->payload = frame.body.subspan(kVlanTagBytes);
     return header;
 }
 

@@ -85,7 +85,8 @@ void Switch::receive_from_cpu(Time now, Bytes frame) {
 }
 
 void Switch::forward(Time now, int ingress, const Frame &frame) {
-    const std::optional<Header> header = read_header(frame, kVlanTpid);
+    const Port &port = at(ingress);
+    const std::optional<Header> header = read_header(port.tags, frame);
     if (!header) {
         return drop(ingress, Drop::kRunt);
     }
@@ -94,10 +95,9 @@ void Switch::forward(Time now, int ingress, const Frame &frame) {
             return drop(ingress, *attack);
         }
     }
-    // A tag with VID 0 gives the frame a priority but no VLAN (IEEE 802.1Q, priority-tagged frames).
-    const Vid vid = header->vid() != 0 ? header->vid() : at(ingress).pvid;
-    const std::uint32_t priority = header->tagged ? header->priority() : at(ingress).untagged_priority << kPcpShift;
-    EgressForms forms{frame.head, header->payload, static_cast<std::uint16_t>(priority | vid)};
+    const std::uint16_t tci = tag_rules_.classify(ingress, port, *header);
+    const Vid vid = tci & kVidMask;
+    EgressForms forms{frame.head, header->payload, tci, port.tags.tpid};
     // Between neighbours VLANs do not matter, nor does what else a port lets pass.
     if (ingress != kCpuPort && is_for_cpu_alone(*header)) {
         return trap(ingress, forms);
@@ -110,7 +110,7 @@ void Switch::forward(Time now, int ingress, const Frame &frame) {
         return drop(ingress, Drop::kNotMember);
     }
     const Flow flow{ingress, vid, *vlan, *header, forms};
-    if (!admit(now, flow)) {
+    if (!let_in(now, flow)) {
         return;
     }
     if (ingress != kCpuPort && is_snooped(snooping_, *header)) {
@@ -121,6 +121,19 @@ void Switch::forward(Time now, int ingress, const Frame &frame) {
         return flood(flow);
     }
     forward_to_entry(flow, *entry);
+}
+
+/** A port that does not forward lets no frame in, but one that is learning takes the frame's source. */
+bool Switch::let_in(Time now, const Flow &flow) {
+    const StpState state = stp_.state_in_vlan(flow.vid, flow.ingress);
+    if (state >= StpState::kLearning && !admit(now, flow)) {
+        return false;
+    }
+    if (state != StpState::kForwarding) {
+        drop(flow.ingress, Drop::kStpBlocked);
+        return false;
+    }
+    return true;
 }
 
 bool Switch::admit(Time now, const Flow &flow) {
@@ -172,6 +185,7 @@ void Switch::forward_to_entry(const Flow &flow, const MacEntry &entry) {
         Drop reason;
     } limits[] = {{flow.vlan.members, Drop::kEgressNotMember},
                   {usable, Drop::kEgressDown},
+                  {stp_.forwarding_in_vlan(flow.vid), Drop::kStpEgress},
                   {at(flow.ingress).egress, Drop::kIsolated}};
     for (const auto &limit : limits) {
         ports &= limit.set;
@@ -184,6 +198,7 @@ void Switch::forward_to_entry(const Flow &flow, const MacEntry &entry) {
 
 void Switch::flood(const Flow &flow) {
     PortSet ports = (flow.vlan.members & up_ & at(flow.ingress).egress) - standby_;
+    ports &= stp_.forwarding_in_vlan(flow.vid);
     if (is_copied_to_cpu(snooping_, flow.header)) {
         ports |= PortSet::of(kCpuPort) & up_;
     }
@@ -223,7 +238,16 @@ void Switch::send_in_vlan(int egress, const Flow &flow) {
     if (egress == kCpuPort) {
         return transmit(egress, flow.forms.for_cpu(flow.ingress));
     }
-    transmit(egress, flow.vlan.untagged.has(egress) ? flow.forms.untagged() : flow.forms.tagged());
+    transmit(egress, form_for(egress, flow.vlan, flow.forms));
+}
+
+/** The frame as the port sends it. A service's tag never reaches a customer. */
+Frame Switch::form_for(int egress, const Vlan &vlan, EgressForms &forms) const {
+    const PortTags &tags = port(egress).tags;
+    if (vlan.untagged.has(egress) || tags.mode == DoubleTag::kExternal) {
+        return forms.untagged();
+    }
+    return forms.tagged(tags.tpid, tag_rules_.on_egress(egress, forms.tci()));
 }
 
 void Switch::send_directed(const TransmitTag &tag, const Frame &frame) {
@@ -231,14 +255,13 @@ void Switch::send_directed(const TransmitTag &tag, const Frame &frame) {
         return drop(kCpuPort, Drop::kBadOpcode);
     }
     const Vlan *vlan = nullptr;
-    Frame untagged = frame;
+    std::optional<EgressForms> forms;
     if (const auto header = read_header(frame, kVlanTpid); header && header->tagged && tag.applies_egress_rule()) {
         vlan = vlans_.find(header->vid());
-        untagged.body = header->payload;
+        forms.emplace(frame.head, header->payload, header->tci);
     }
     const auto send_to = [&](int egress) {
-        const bool strip = vlan != nullptr && vlan->untagged.has(egress);
-        send_directed_to(egress, strip ? untagged : frame);
+        send_directed_to(egress, vlan != nullptr && has_port(egress) ? form_for(egress, *vlan, *forms) : frame);
     };
     if (tag.names_ports()) {
         tag.ports().for_each(send_to);
