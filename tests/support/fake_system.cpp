@@ -140,6 +140,12 @@ bool System::refuses_allocation() {
     return failing_allocation_ && *failing_allocation_ == number;
 }
 
+void System::freed(void *memory) {
+    if (allocated_.erase(memory) != 0 && free_listener_) {
+        free_listener_(memory);
+    }
+}
+
 int System::usleep(uint32_t microseconds) {
     slept_ += microseconds;
     add("usleep(" + std::to_string(microseconds) + ")");

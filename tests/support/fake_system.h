@@ -71,6 +71,9 @@ class System {
     /** Sees each line of the trace as it is written, for instance to mix it with the driver's. */
     void on_call(std::function<void(const std::string &)> listener) { listener_ = std::move(listener); }
 
+    /** Sees what was allocated while the fake was on, at the moment it is freed and still readable. */
+    void on_free(std::function<void(const void *)> listener) { free_listener_ = std::move(listener); }
+
     [[nodiscard]] std::size_t allocations() const { return allocations_; }
     /** Allocated while the fake was on, and not freed. */
     [[nodiscard]] std::size_t outstanding_allocations() const { return allocated_.size(); }
@@ -86,7 +89,7 @@ class System {
     int close(int descriptor);
     void *allocated(void *memory);
     bool refuses_allocation();
-    void freed(void *memory) { allocated_.erase(memory); }
+    void freed(void *memory);
     int usleep(uint32_t microseconds);
     [[nodiscard]] time_t time() const;
     /** @} */
@@ -110,6 +113,7 @@ class System {
     std::vector<std::string> trace_;
     std::vector<SentFrame> sent_;
     std::function<void(const std::string &)> listener_;
+    std::function<void(const void *)> free_listener_;
     int next_descriptor_ = kFirstDescriptor;
     uint64_t slept_ = 0;
     time_t time_ = 0;

@@ -144,6 +144,21 @@ TEST(FakeSystem, CountsAndRefusesAllocations) {
     EXPECT_EQ(session.system().outstanding_allocations(), 0u);
 }
 
+TEST(FakeSystem, ShowsWhatIsFreedWhileItIsStillReadable) {
+    void *before = allocate(1);
+    std::string seen;
+    Session session;
+    session.system().on_free([&](const void *memory) { seen += *static_cast<const char *>(memory); });
+    for (const char letter : {'a', 'b'}) {
+        void *memory = allocate(1);
+        *static_cast<volatile char *>(memory) = letter;
+        std::free(memory);
+    }
+    std::free(before);  // not the fake's
+    std::free(nullptr);
+    EXPECT_EQ(seen, "ab");
+}
+
 TEST(FakeSystem, LetsItsOwnTimePassWhileSleeping) {
     constexpr time_t kNow = 1000;
     Session session;

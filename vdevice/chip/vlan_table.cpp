@@ -2,7 +2,6 @@
 #include "vdevice/chip/vlan_table.h"
 
 namespace vdevice::chip {
-
 VlanTable::VlanTable(const PortSet &existing, const Vlan &first_vlan) : existing_{existing}, rows_(kMaxVid + 1U) {
     rows_[kMinVid] = Row{true, first_vlan};
 }

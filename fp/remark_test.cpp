@@ -1,0 +1,335 @@
+// Remark rules: the rule that each request becomes, and what its caller is told.
+#include <cstddef>
+
+#include "fp/test_support.h"
+
+namespace {
+
+using fp_test::add_action;
+using fp_test::add_qualifier;
+using fp_test::bytes_of;
+using fp_test::kFailures;
+using fp_test::make_rule;
+using fp_test::set_word;
+using fp_test::word_of;
+using library_test::installed_rules;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+
+constexpr uint8_t kPortsOnly = 7;
+constexpr uint8_t kOneField = 1;
+constexpr uint8_t kFiller = 0xA5;
+constexpr uint8_t kMac[] = {0x02, 0x11, 0x22, 0x33, 0x44, 0x55};
+const std::vector<uint32_t> kAllPorts(8, 0xFFFFFFFF);
+
+/** What request @p rule asks for when it is right: ports, and one action. */
+FpEntity ports_rule(const RemarkRule &rule, uint32_t word0, uint32_t word1) {
+    FpEntity entity = make_rule(1, rule.rule_id, rule.rule_id);
+    add_qualifier(&entity, 13, {word0, word1}, kAllPorts);
+    add_action(&entity, rule.remark_kind == 1 ? 11 : 1, {rule.remark_value});
+    return entity;
+}
+
+class Remark : public fp_test::FpTest {
+  protected:
+    /** A request for the interfaces 1 and 33; what is not read holds something else. */
+    static RemarkRule request(uint8_t form = kPortsOnly, uint8_t field = 0, uint32_t value = 0) {
+        RemarkRule rule;
+        std::memset(&rule, kFiller, sizeof rule);
+        rule.rule_id = 5;
+        rule.port_bitmap[0] = 1;
+        rule.port_bitmap[1] = 1;
+        rule.remark_kind = 1;
+        rule.remark_value = 46;
+        rule.rule_form = form;
+        rule.match_field = field;
+        set_word(rule.match_value, value);
+        return rule;
+    }
+    static RemarkRule mac_request(uint8_t field) {
+        RemarkRule rule = request(kOneField, field);
+        std::memcpy(rule.match_value, kMac, sizeof kMac);
+        return rule;
+    }
+
+    /** The library's call; the model installs @p expected, and the caller is told @p status. */
+    void expect_added(RemarkRule rule, const FpEntity &expected, int32_t status = 0) {
+        both([&] { return adp_add_remark_rule(&rule); },
+             [&] {
+                 const int32_t installed = model().install(expected);
+                 return installed < 0 ? 102 : status;
+             });
+    }
+    /** Nothing but the shift of the bitmap happens. */
+    void expect_refused(RemarkRule rule, int32_t status) {
+        RemarkRule expected = rule;
+        expected.port_bitmap[0] = 2;
+        expected.port_bitmap[1] = 2;
+        EXPECT_EQ(both([&] { return adp_add_remark_rule(&rule); }, [&] { return status; }), status);
+        EXPECT_EQ(std::memcmp(&rule, &expected, sizeof rule), 0);
+    }
+    static FpEntity expected_ports(const RemarkRule &rule) { return ports_rule(rule, 2, 2); }
+};
+
+TEST_F(Remark, RequestsHaveAFixedLayout) {
+    EXPECT_EQ(sizeof(RemarkRule), 32u);
+    EXPECT_EQ(offsetof(RemarkRule, rule_id), 0u);
+    EXPECT_EQ(offsetof(RemarkRule, port_bitmap), 8u);
+    EXPECT_EQ(offsetof(RemarkRule, remark_kind), 16u);
+    EXPECT_EQ(offsetof(RemarkRule, remark_value), 18u);
+    EXPECT_EQ(offsetof(RemarkRule, rule_form), 20u);
+    EXPECT_EQ(offsetof(RemarkRule, match_field), 21u);
+    EXPECT_EQ(offsetof(RemarkRule, match_value), 24u);
+}
+
+TEST_F(Remark, ANullRecordIs101) {
+    EXPECT_EQ(adp_add_remark_rule(nullptr), 101);
+    EXPECT_THAT(driver().trace(), IsEmpty());
+}
+
+TEST_F(Remark, PortsAreOneQualifierAndOneActionOnBothEntries) {
+    RemarkRule rule = request();
+    EXPECT_EQ(adp_add_remark_rule(&rule), 0);
+    EXPECT_THAT(
+        fp_test::driver_calls(driver().trace()),
+        ElementsAre("user_field_entry_create_id(handle=0, unit=0, group=1, entry=1290)",
+                    "user_field_entry_create_id(handle=0, unit=0, group=1, entry=1291)",
+                    "user_field_entry_prio_set(handle=0, unit=0, entry=1290, priority=5)",
+                    "user_field_entry_prio_set(handle=0, unit=0, entry=1291, priority=5)",
+                    "user_field_set_double_entry(handle=0, unit=0, entry=1290)",
+                    "user_field_set_select_tempate_idx(handle=0, unit=0, entry=1290, index=0)",
+                    "user_field_qualify_InPorts(handle=0, unit=0, entry=1290, data={4}, mask={0,4,5,6,7,8,9,10,11,12,"
+                    "13,14,15,16,17,18,19,20,21,22,23,24,25,26,27,28,29})",
+                    "user_field_action_add(handle=0, unit=0, entry=1290, type=11, param=[46, ..], param2=[0, ..])",
+                    "user_field_action_add(handle=0, unit=0, entry=1291, type=11, param=[46, ..], param2=[0, ..])",
+                    "user_field_entry_install(handle=0, unit=0, entry=1290)",
+                    "user_field_entry_install(handle=0, unit=0, entry=1291)"));
+    EXPECT_EQ(word_of(recorded(0).actions[0].param), 46u);
+}
+
+TEST_F(Remark, TheRecordIsFilledAsAskedAndEmptyElsewhere) {
+    const RemarkRule rule = request();
+    expect_added(rule, expected_ports(rule));
+}
+
+TEST_F(Remark, BitKOfTheRequestIsInterfaceKPlus1) {
+    const struct {
+        uint32_t high, low;
+        uint32_t shifted_high, shifted_low;
+    } rows[] = {
+        {0, 1, 0, 2},
+        {0, 0x02000000, 0, 0x04000000},
+        {0, 0x80000000, 1, 0},           // carried from word to word
+        {1, 0x80000001, 3, 2},           //
+        {0x80000000, 0, 0, 0},           // lost
+        {0xC0000000, 0, 0x80000000, 0},  //
+        {0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFE},
+        {0, 0, 0, 0},
+    };
+    for (const auto &row : rows) {
+        RemarkRule rule = request();
+        rule.port_bitmap[0] = row.high;
+        rule.port_bitmap[1] = row.low;
+        expect_added(rule, ports_rule(rule, row.shifted_low, row.shifted_high));
+        EXPECT_EQ(adp_add_remark_rule(&rule), 0);
+        EXPECT_THAT(rule.port_bitmap, ElementsAre(row.shifted_high, row.shifted_low));
+        EXPECT_FALSE(driver().take().empty());
+    }
+}
+
+TEST_F(Remark, NothingElseOfTheRequestChanges) {
+    for (const uint8_t form : {kPortsOnly, kOneField, uint8_t{3}}) {
+        RemarkRule rule = request(form, 8, 46);
+        RemarkRule expected = rule;
+        expected.port_bitmap[0] = expected.port_bitmap[1] = 2;
+        adp_add_remark_rule(&rule);
+        EXPECT_EQ(std::memcmp(&rule, &expected, sizeof rule), 0);
+    }
+}
+
+TEST_F(Remark, ARequestSubmittedTwiceIsShiftedTwice) {
+    RemarkRule rule = request();
+    EXPECT_EQ(adp_add_remark_rule(&rule), 0);
+    EXPECT_EQ(adp_add_remark_rule(&rule), 0);
+    EXPECT_THAT(rule.port_bitmap, ElementsAre(4, 4));
+    ASSERT_THAT(installed_rules(), SizeIs(1));
+    EXPECT_EQ(word_of(recorded(0).qualifies[0].data), 4u);
+}
+
+TEST_F(Remark, OtherFormsAreRefusedAfterTheShift) {
+    for (int form = 0; form <= 255; ++form) {
+        if (form != kPortsOnly && form != kOneField) {
+            expect_refused(request(static_cast<uint8_t>(form)), 101);
+            EXPECT_THAT(last_trace(), IsEmpty());
+        }
+    }
+}
+
+TEST_F(Remark, WithoutItsSubmoduleARequestIs504BeforeItsFormIsLookedAt) {
+    g_stFpInfo[0].submodule_type = 0;
+    for (const uint8_t form : {kPortsOnly, kOneField, uint8_t{3}}) {
+        expect_refused(request(form), 504);
+        EXPECT_THAT(last_trace(), IsEmpty());
+    }
+}
+
+TEST_F(Remark, TheIdIsEntityAndPriorityUnchecked) {
+    for (const uint32_t id : {0u, 29u, 30u, 127u, 128u, 0x7FFFu, 0xFFFFu}) {
+        RemarkRule rule = request();
+        rule.rule_id = static_cast<uint16_t>(id);
+        expect_added(rule, expected_ports(rule));
+        EXPECT_EQ(installed_rules().back()->entity.true_entry, 2 * id + 1280);
+    }
+}
+
+TEST_F(Remark, EveryKindAndValue) {
+    for (int kind = 0; kind <= 255; ++kind) {
+        RemarkRule rule = request();
+        rule.remark_kind = static_cast<uint8_t>(kind);
+        rule.remark_value = static_cast<uint8_t>(255 - kind);
+        expect_added(rule, expected_ports(rule), kind == 1 || kind == 2 ? 0 : 102);
+        EXPECT_EQ(recorded(0).actions[0].type, kind == 1 ? 11u : 1u);
+        EXPECT_EQ(word_of(recorded(0).actions[0].param), static_cast<uint32_t>(255 - kind));
+    }
+}
+
+TEST_F(Remark, MacAddressesAreSixBytesUnderAFullMask) {
+    for (const auto &[field, type] : {std::pair<uint8_t, uint32_t>{0, 7}, {1, 6}}) {
+        const RemarkRule rule = mac_request(field);
+        FpEntity expected = expected_ports(rule);
+        add_qualifier(&expected, type, {}, {});
+        std::memcpy(expected.qualifies[1].data, kMac, sizeof kMac);
+        std::memset(expected.qualifies[1].mask, 0xFF, sizeof kMac);
+        expect_added(rule, expected);
+    }
+}
+
+/** A field of one word: its qualifiers behind that of the ports, of which only the last has the request's value. */
+struct WordField {
+    uint8_t field;
+    uint32_t type;
+    uint32_t ip_type;  // 0: none
+    uint32_t shift;
+};
+
+class RemarkField : public Remark, public ::testing::WithParamInterface<WordField> {};
+
+TEST_P(RemarkField, IsMatchedUnderAFullMask) {
+    const WordField &row = GetParam();
+    for (const uint32_t value : {0u, 1u, 46u, 0x8123u, 0x40000001u, 0xFFFFFFFFu}) {
+        const RemarkRule rule = request(kOneField, row.field, value);
+        FpEntity expected = expected_ports(rule);
+        if (row.ip_type != 0) {
+            add_qualifier(&expected, 61, {row.ip_type}, {0xFFFFFFFF});
+        }
+        add_qualifier(&expected, row.type, {value << row.shift}, {0xFFFFFFFF});
+        expect_added(rule, expected);
+    }
+}
+
+TEST_P(RemarkField, IsIgnoredByTheFormOfPortsOnly) {
+    const RemarkRule rule = request(kPortsOnly, GetParam().field, 46);
+    expect_added(rule, expected_ports(rule));
+}
+
+TEST_P(RemarkField, WithAnyFailureIs102OnlyWhenTheStatusIsNegative) {
+    const WordField &row = GetParam();
+    for (const int32_t failure : kFailures) {
+        RemarkRule rule = request(kOneField, row.field, 46);
+        fail_every("user_field_entry_install", failure);
+        EXPECT_EQ(adp_add_remark_rule(&rule), failure < 0 ? 102 : 0);
+        EXPECT_THAT(installed_rules(), SizeIs(1));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(OfOneWord, RemarkField,
+                         ::testing::Values(WordField{2, 23, 0, 0}, WordField{3, 22, 0, 0}, WordField{4, 29, 0, 0},
+                                           WordField{5, 10, 0, 0}, WordField{6, 9, 0, 0}, WordField{7, 30, 0, 0},
+                                           WordField{8, 31, 5, 2}, WordField{9, 332, 10, 2}, WordField{10, 27, 0, 0},
+                                           WordField{11, 28, 0, 0}),
+                         [](const auto &row) { return "Number" + std::to_string(row.param.field); });
+
+TEST_F(Remark, TheDscpReachesTheDriverAtItsPlaceInTheByte) {
+    RemarkRule rule = request(kOneField, 8, 46);
+    EXPECT_EQ(adp_add_remark_rule(&rule), 0);
+    const fp_test::Trace calls = fp_test::driver_calls(driver().trace());
+    EXPECT_THAT(calls,
+                ::testing::IsSupersetOf({"user_field_qualify_iptype(handle=0, unit=0, entry=1291, data=5)",
+                                         "user_field_qualify_DSCP(handle=0, unit=0, entry=1291, data=184, mask=255)"}));
+}
+
+TEST_F(Remark, UnknownFieldsAreInstalledWithoutOneAndReported) {
+    for (int field = 12; field <= 255; ++field) {
+        for (const int kind : {1, 2, 3}) {
+            RemarkRule rule = request(kOneField, static_cast<uint8_t>(field), 46);
+            rule.remark_kind = static_cast<uint8_t>(kind);
+            expect_added(rule, expected_ports(rule), 102);
+        }
+        RemarkRule ports = request(kPortsOnly, static_cast<uint8_t>(field), 46);
+        expect_added(ports, expected_ports(ports));
+    }
+    EXPECT_THAT(installed_rules(), SizeIs(1));
+}
+
+TEST_F(Remark, InstallingWithEachCallFailingInTurn) {
+    const RemarkRule rule = request(kOneField, 8, 46);
+    FpEntity expected = expected_ports(rule);
+    add_qualifier(&expected, 61, {5}, {0xFFFFFFFF});
+    add_qualifier(&expected, 31, {184}, {0xFFFFFFFF});
+    fail_each_call([&] { expect_added(rule, expected); }, [&] { expect_added(rule, expected); });
+    EXPECT_THAT(installed_rules(), SizeIs(1));
+}
+
+TEST_F(Remark, AllocatesTheNodeOnly) {
+    fake_system::Session session;
+    RemarkRule rule = request(kOneField, 9, 46);
+    driver().record(false);
+    EXPECT_EQ(adp_add_remark_rule(&rule), 0);
+    EXPECT_EQ(session.system().allocations(), 1u);
+    EXPECT_EQ(adp_del_remark_rule(5), 0);
+    EXPECT_EQ(session.system().outstanding_allocations(), 0u);
+}
+
+TEST_F(Remark, WithoutMemoryARequestSucceedsUnrecorded) {
+    const RemarkRule rule = request();
+    model().is_out_of_memory = true;
+    const auto add_without_memory = [&] {
+        fake_system::Session session;
+        session.system().fail_allocation(0);
+        RemarkRule copy = rule;
+        return adp_add_remark_rule(&copy);
+    };
+    EXPECT_EQ(both(add_without_memory, [&] { return model().install(expected_ports(rule)); }), 0);
+    EXPECT_EQ(last_printed(), "adp_fp_add_entity_rule:[01295] malloc failed!~\n");
+}
+
+TEST_F(Remark, DeletingTakesTheLow16BitsAndNoMeter) {
+    for (const uint32_t id : {5u, 0x10005u, 0xFFFF0005u}) {
+        RemarkRule rule = request();
+        expect_added(rule, expected_ports(rule));
+        both([&] { return adp_del_remark_rule(id); }, [&] { return model().remove(1, 5, 0); });
+        EXPECT_EQ(last_trace().size(), 6u + 4u);
+        EXPECT_THAT(installed_rules(), IsEmpty());
+    }
+    EXPECT_EQ(driver().count("user_field_meter_destroy"), 0u);
+}
+
+TEST_F(Remark, DeletingWhatIsNotThereIsFine) {
+    RemarkRule rule = request();
+    expect_added(rule, expected_ports(rule));
+    for (const uint32_t id : {0u, 6u, 0x50005u + 1u}) {
+        EXPECT_EQ(both([&] { return adp_del_remark_rule(id); }, [] { return 0; }), 0);
+        EXPECT_THAT(last_trace(), IsEmpty());
+    }
+}
+
+TEST_F(Remark, DeletingIs102OnlyWhenTheStatusIsNegative) {
+    const RemarkRule rule = request();
+    fail_each_call(
+        [&] { expect_added(rule, expected_ports(rule)); },
+        [&] { both([] { return adp_del_remark_rule(5); }, [&] { return model().remove(1, 5, 0) < 0 ? 102 : 0; }); });
+    EXPECT_THAT(installed_rules(), IsEmpty());
+}
+
+}  // namespace
