@@ -182,6 +182,8 @@ const std::map<std::string, Command> &command_table() {
         {"reserved", show_reserved},
         {"mirrors", show_mirrors},
         {"gpio", gpio},
+        {"groups", show_stp_groups},
+        {"translations", show_translations},
     };
     return kCommands;
 }
