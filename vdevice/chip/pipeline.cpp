@@ -86,7 +86,7 @@ void Switch::receive_from_cpu(Time now, Bytes frame) {
 
 void Switch::forward(Time now, int ingress, const Frame &frame) {
     const Port &port = at(ingress);
-    const std::optional<Header> header = read_header(port.tags, frame);
+    std::optional<Header> header = read_header(port.tags, frame);
     if (!header) {
         return drop(ingress, Drop::kRunt);
     }
@@ -95,13 +95,23 @@ void Switch::forward(Time now, int ingress, const Frame &frame) {
             return drop(ingress, *attack);
         }
     }
-    const std::uint16_t tci = tag_rules_.classify(ingress, port, *header);
-    const Vid vid = tci & kVidMask;
-    EgressForms forms{frame.head, header->payload, tci, port.tags.tpid};
+    const std::uint16_t own_tci = tag_rules_.classify(ingress, port, *header);
+    const FieldVerdict verdict = apply_rules(now, ingress, frame, own_tci, *header);
+    if (verdict.drop) {
+        return drop(ingress, *verdict.drop);
+    }
+    EgressForms forms{frame.head, header->payload, verdict.tci, port.tags.tpid};
     // Between neighbours VLANs do not matter, nor does what else a port lets pass.
-    if (ingress != kCpuPort && is_for_cpu_alone(*header)) {
+    if (verdict.to_cpu_only || (ingress != kCpuPort && is_for_cpu_alone(*header))) {
         return trap(ingress, forms);
     }
+    switch_in_vlan(now, ingress, *header, forms, verdict);
+}
+
+void Switch::switch_in_vlan(Time now, int ingress, const Header &header, EgressForms &forms,
+                            const FieldVerdict &verdict) {
+    const bool copied = verdict.copy_to_cpu && copy_to_cpu(ingress, forms);
+    const Vid vid = verdict.tci & kVidMask;
     const Vlan *vlan = vlans_.find(vid);
     if (vlan == nullptr) {
         return drop(ingress, Drop::kVlanMissing);
@@ -109,17 +119,20 @@ void Switch::forward(Time now, int ingress, const Frame &frame) {
     if (!vlan->members.has(ingress)) {
         return drop(ingress, Drop::kNotMember);
     }
-    const Flow flow{ingress, vid, *vlan, *header, forms};
+    const Flow flow{ingress, vid, *vlan, header, forms, copied};
     if (!let_in(now, flow)) {
         return;
     }
-    if (ingress != kCpuPort && is_snooped(snooping_, *header)) {
-        return trap(ingress, forms);
+    if (ingress != kCpuPort && is_snooped(snooping_, header)) {
+        return hand_over(flow);
     }
-    if (header->destination.is_group()) {
+    if (verdict.redirect) {
+        return redirect(flow, *verdict.redirect);
+    }
+    if (header.destination.is_group()) {
         return forward_group(flow);
     }
-    const MacEntry *entry = macs_.find(header->destination, vid);
+    const MacEntry *entry = macs_.find(header.destination, vid);
     if (entry == nullptr) {
         return flood(flow);
     }
@@ -154,16 +167,22 @@ bool Switch::admit(Time now, const Flow &flow) {
         return true;
     }
     // A neighbour that is not let in yet must still be able to ask for it.
-    if (mode.tells_cpu || flow.header.destination.is_reserved()) {
-        trap(flow.ingress, flow.forms);
-    } else {
+    if (!mode.tells_cpu && !flow.header.destination.is_reserved()) {
         drop(flow.ingress, Drop::kUnknownSource);
+    } else {
+        hand_over(flow);
     }
     return false;
 }
 
 bool Switch::is_for_cpu_alone(const Header &header) const {
     return reserved_macs_.has(header.destination) || is_trapped(traps_, header);
+}
+
+void Switch::hand_over(const Flow &flow) {
+    if (!flow.cpu_has_copy) {
+        trap(flow.ingress, flow.forms);
+    }
 }
 
 void Switch::trap(int ingress, EgressForms &forms) {
@@ -250,7 +269,10 @@ int Switch::choose_member(const Flow &flow, const Trunk &trunk, const PortSet &a
 
 void Switch::send_in_vlan(int egress, const Flow &flow) {
     if (egress == kCpuPort) {
-        return transmit(egress, flow.forms.for_cpu(flow.ingress));
+        if (!flow.cpu_has_copy) {
+            transmit(egress, flow.forms.for_cpu(flow.ingress));
+        }
+        return;
     }
     transmit(egress, form_for(egress, flow.vlan, flow.forms));
 }

@@ -7,6 +7,7 @@
 #include <map>
 #include <vector>
 
+#include "vdevice/vdevctl/field_tables.h"
 #include "vdevice/vdevctl/l2_tables.h"
 #include "vdevice/vdevctl/port_text.h"
 #include "vdevice/vdevctl/start_tables.h"
@@ -149,10 +150,12 @@ std::string show(const std::string &command, const json &answer) {
         {"reserved", show_reserved},
         {"mirrors", show_mirrors},
         {"gpio", show_gpio},
-        {"groups", show_stp_groups},
-        {"translations", show_translations},
         {"mcast", show_groups},
         {"limits", show_limits},
+        {"fields", show_fields},
+        {"meters", show_meters},
+        {"groups", show_stp_groups},
+        {"translations", show_translations},
     };
     const auto table = kTables.find(command);
     return table == kTables.end() ? std::string{} : table->second(answer);
