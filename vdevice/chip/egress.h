@@ -1,5 +1,4 @@
-// The forms in which one frame leaves: without a VLAN tag, with one, or wrapped for the CPU. Each is built when the
-// first port asks for it and then serves every other port.
+// The forms in which one frame leaves: without a VLAN tag, with one, or wrapped for the CPU.
 #pragma once
 
 #include <array>
@@ -12,12 +11,17 @@ namespace vdevice::chip {
 
 class EgressForms {
   public:
-    /** @p tci carries the VLAN and priority that the chip gave the frame. The frame must outlive this object. */
-    EgressForms(Bytes addresses, Bytes payload, std::uint16_t tci)
-        : addresses_{addresses}, payload_{payload}, tci_{tci} {}
+    /**
+     * @p tci carries the VLAN and priority that the chip gave the frame, @p cpu_tpid is the type of the VLAN tag that
+     * the CPU gets to see. The frame must outlive this object.
+     */
+    EgressForms(Bytes addresses, Bytes payload, std::uint16_t tci, std::uint16_t cpu_tpid = kVlanTpid)
+        : addresses_{addresses}, payload_{payload}, tci_{tci}, cpu_tpid_{cpu_tpid} {}
 
+    std::uint16_t tci() const { return tci_; }
     Frame untagged() const { return Frame{addresses_, payload_}; }
-    Frame tagged();
+    /** With the tag as a port writes it. The frame holds until the next one is asked for. */
+    Frame tagged(std::uint16_t tpid, std::uint16_t tci);
     /** Receive tag naming the ingress port, then the VLAN tag, then the frame's own type and payload. */
     Frame for_cpu(int ingress_port);
 
@@ -25,7 +29,7 @@ class EgressForms {
     Bytes addresses_;
     Bytes payload_;
     std::uint16_t tci_;
-    bool tagged_built_ = false;
+    std::uint16_t cpu_tpid_;
     std::array<std::uint8_t, kAddressBytes + kVlanTagBytes> tagged_head_;
     std::array<std::uint8_t, kAddressBytes + kReceiveTagBytes + kVlanTagBytes> cpu_head_;
 };

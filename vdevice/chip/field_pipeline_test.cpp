@@ -29,6 +29,16 @@ TEST_F(FieldPipeline, RedirectionToASetSkipsTheIngressPortAndPortsThatAreDown) {
     EXPECT_EQ(dropped(kA, Drop::kNoDestination), 1U);
 }
 
+TEST_F(FieldPipeline, RedirectionDoesNotCloseALoopThatSpanningTreeHasCut) {
+    constexpr std::uint32_t kBlocking = 1;
+    rule({{kRedirectPorts, 1U << kB | 1U << kC}});
+    ASSERT_EQ(chip_.stp().set_state(StpGroups::kDefault, kB, kBlocking), Status::kOk);
+    EXPECT_EQ(outputs(kA, kFlooded), (Ports{kC}));
+    ASSERT_EQ(chip_.stp().set_state(StpGroups::kDefault, kA, kBlocking), Status::kOk);
+    EXPECT_TRUE(outputs(kA, kFlooded).empty());
+    EXPECT_EQ(dropped(kA, Drop::kStpBlocked), 1U);
+}
+
 TEST_F(FieldPipeline, RedirectionKeepsToTheVlansTags) {
     rule({{kRedirectPorts, 1U << kB | 1U << kC}});
     ASSERT_EQ(chip_.vlans().create({100, 100}), Status::kOk);

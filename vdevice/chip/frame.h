@@ -126,21 +126,27 @@ struct Header {
     std::uint16_t priority() const { return tci & kPriorityMask; }
 };
 
-/** Nothing for a runt: a frame without a whole header, or with a tag but no type behind it. */
-inline std::optional<Header> read_header(const Frame &frame, std::uint16_t tpid) {
+/** Takes whatever follows the addresses for the frame's own type. Nothing for a runt: a frame without a whole header.
+ */
+inline std::optional<Header> read_untagged_header(const Frame &frame) {
     if (frame.head.size() < kAddressBytes || frame.body.size() < kTypeBytes) {
         return std::nullopt;
     }
-    Header header{Mac::at(frame.head, 0), Mac::at(frame.head, kMacBytes), false, 0, frame.body};
-    if (read16(frame.body, 0) != tpid) {
+    return Header{Mac::at(frame.head, 0), Mac::at(frame.head, kMacBytes), false, 0, frame.body};
+}
+
+/** Nothing for a runt, here also a frame with a tag but no type behind it. */
+inline std::optional<Header> read_header(const Frame &frame, std::uint16_t tpid) {
+    std::optional<Header> header = read_untagged_header(frame);
+    if (!header || read16(frame.body, 0) != tpid) {
         return header;
     }
     if (frame.body.size() < kVlanTagBytes + kTypeBytes) {
         return std::nullopt;
     }
-    header.tagged = true;
-    header.tci = read16(frame.body, kTypeBytes);
-    header.payload = frame.body.subspan(kVlanTagBytes);
+    header->tagged = true;
+    header->tci = read16(frame.body, kTypeBytes);
+    header->payload = frame.body.subspan(kVlanTagBytes);
     return header;
 }
 

@@ -35,6 +35,8 @@ struct Model {
     std::map<std::pair<int, Octets>, Station> stations;
     std::set<int> up;
     std::map<int, int> pvid;
+    std::map<int, int> groups;                  // of VLANs that are not in the default group
+    std::map<std::pair<int, int>, int> states;  // by group and port, where they are not 4, forwarding
     std::int64_t now = 0;
 
     Model() {
@@ -45,6 +47,12 @@ struct Model {
             }
             pvid[port] = 1;
         }
+    }
+
+    int state(int vid, int port) {
+        const int group = groups.count(vid) != 0 ? groups[vid] : 0;
+        const auto found = states.find({group, port});
+        return found == states.end() ? 4 : found->second;
     }
 
     static Octets part(const Octets &frame, std::size_t from, std::size_t to) {
@@ -74,8 +82,11 @@ struct Model {
         }
         const Octets destination = part(frame, 0, 6);
         const Octets source = part(frame, 6, 12);
-        if (source.at(0) % 2 == 0) {
+        if (state(vid, ingress) >= 3 && source.at(0) % 2 == 0) {
             stations[{vid, source}] = {ingress, now};
+        }
+        if (state(vid, ingress) != 4) {
+            return {};
         }
         std::set<int> outputs = vlans[vid].members;
         if (const auto known = stations.find({vid, destination}); known != stations.end()) {
@@ -85,7 +96,8 @@ struct Model {
                             static_cast<std::uint8_t>(vid % 256)};
         std::set<Sent> sent;
         for (const int port : outputs) {
-            if (port == ingress || up.count(port) == 0 || vlans[vid].members.count(port) == 0) {
+            if (port == ingress || up.count(port) == 0 || vlans[vid].members.count(port) == 0 ||
+                state(vid, port) != 4) {
                 continue;
             }
             if (port == 0) {
@@ -211,6 +223,7 @@ class Lives : public testing::TestWithParam<unsigned> {
 
     void step();
     void change_vlans();
+    void change_groups();
     void send_frame();
 
     std::mt19937 random_{GetParam()};
@@ -246,6 +259,26 @@ void Lives::change_vlans() {
                 model_.vlans[vid] = {members, untagged};
             }
         }
+    }
+}
+
+/** The groups 1 and 2 are always there, so that lives need only move VLANs and set states. */
+void Lives::change_groups() {
+    const int group = pick(0, 2);
+    const int vid = some_vid();
+    const int port = some_port();
+    const int state = pick(0, 3) == 0 ? pick(0, 4) : 4;
+    if (pick(0, 1) == 0) {
+        const bool possible = vid >= 1 && vid <= 4094;
+        ASSERT_EQ(chip_.stp().add_vlan(group, number(vid)) == Status::kOk, possible);
+        if (possible) {
+            model_.groups[vid] = group;
+        }
+        return;
+    }
+    ASSERT_EQ(chip_.stp().set_state(group, port, number(state)) == Status::kOk, port != 0);
+    if (port != 0) {
+        model_.states[{group, port}] = state;
     }
 }
 
@@ -290,6 +323,9 @@ void Lives::step() {
             model_.age();
             chip_.tick(std::chrono::seconds{model_.now});
             break;
+        case 5:
+            change_groups();
+            break;
         default:
             send_frame();
     }
@@ -298,6 +334,8 @@ void Lives::step() {
 
 TEST_P(Lives, AreTheModels) {
     constexpr int kSteps = 20000;
+    ASSERT_EQ(chip_.stp().create(1), Status::kOk);
+    ASSERT_EQ(chip_.stp().create(2), Status::kOk);
     for (int number = 0; number < kSteps; ++number) {
         step();
         ASSERT_FALSE(HasFatalFailure()) << "step " << number;

@@ -85,7 +85,8 @@ void Switch::receive_from_cpu(Time now, Bytes frame) {
 }
 
 void Switch::forward(Time now, int ingress, const Frame &frame) {
-    std::optional<Header> header = read_header(frame, kVlanTpid);
+    const Port &port = at(ingress);
+    std::optional<Header> header = read_header(port.tags, frame);
     if (!header) {
         return drop(ingress, Drop::kRunt);
     }
@@ -94,15 +95,12 @@ void Switch::forward(Time now, int ingress, const Frame &frame) {
             return drop(ingress, *attack);
         }
     }
-    // A tag with VID 0 gives the frame a priority but no VLAN (IEEE 802.1Q, priority-tagged frames).
-    const Vid own_vid = header->vid() != 0 ? header->vid() : at(ingress).pvid;
-    const std::uint32_t priority = header->tagged ? header->priority() : at(ingress).untagged_priority << kPcpShift;
-    const FieldVerdict verdict =
-        apply_rules(now, ingress, frame, static_cast<std::uint16_t>(priority | own_vid), *header);
+    const std::uint16_t own_tci = tag_rules_.classify(ingress, port, *header);
+    const FieldVerdict verdict = apply_rules(now, ingress, frame, own_tci, *header);
     if (verdict.drop) {
         return drop(ingress, *verdict.drop);
     }
-    EgressForms forms{frame.head, header->payload, verdict.tci};
+    EgressForms forms{frame.head, header->payload, verdict.tci, port.tags.tpid};
     // Between neighbours VLANs do not matter, nor does what else a port lets pass.
     if (verdict.to_cpu_only || (ingress != kCpuPort && is_for_cpu_alone(*header))) {
         return trap(ingress, forms);
@@ -122,7 +120,7 @@ void Switch::switch_in_vlan(Time now, int ingress, const Header &header, EgressF
         return drop(ingress, Drop::kNotMember);
     }
     const Flow flow{ingress, vid, *vlan, header, forms, copied};
-    if (!admit(now, flow)) {
+    if (!let_in(now, flow)) {
         return;
     }
     if (ingress != kCpuPort && is_snooped(snooping_, header)) {
@@ -139,6 +137,19 @@ void Switch::switch_in_vlan(Time now, int ingress, const Header &header, EgressF
         return flood(flow);
     }
     forward_to_entry(flow, *entry);
+}
+
+/** A port that does not forward lets no frame in, but one that is learning takes the frame's source. */
+bool Switch::let_in(Time now, const Flow &flow) {
+    const StpState state = stp_.state_in_vlan(flow.vid, flow.ingress);
+    if (state >= StpState::kLearning && !admit(now, flow)) {
+        return false;
+    }
+    if (state != StpState::kForwarding) {
+        drop(flow.ingress, Drop::kStpBlocked);
+        return false;
+    }
+    return true;
 }
 
 bool Switch::admit(Time now, const Flow &flow) {
@@ -202,6 +213,7 @@ void Switch::forward_to_entry(const Flow &flow, const MacEntry &entry) {
         Drop reason;
     } limits[] = {{flow.vlan.members, Drop::kEgressNotMember},
                   {usable, Drop::kEgressDown},
+                  {stp_.forwarding_in_vlan(flow.vid), Drop::kStpEgress},
                   {at(flow.ingress).egress, Drop::kIsolated}};
     for (const auto &limit : limits) {
         ports &= limit.set;
@@ -219,6 +231,7 @@ void Switch::flood(const Flow &flow) {
 /** Sends the frame to those of the ports that may have it. */
 void Switch::send_to(const Flow &flow, const PortSet &wanted) {
     PortSet ports = (wanted & flow.vlan.members & up_ & at(flow.ingress).egress) - standby_;
+    ports &= stp_.forwarding_in_vlan(flow.vid);
     if (is_copied_to_cpu(snooping_, flow.header)) {
         ports |= PortSet::of(kCpuPort) & up_;
     }
@@ -261,7 +274,16 @@ void Switch::send_in_vlan(int egress, const Flow &flow) {
         }
         return;
     }
-    transmit(egress, flow.vlan.untagged.has(egress) ? flow.forms.untagged() : flow.forms.tagged());
+    transmit(egress, form_for(egress, flow.vlan, flow.forms));
+}
+
+/** The frame as the port sends it. A service's tag never reaches a customer. */
+Frame Switch::form_for(int egress, const Vlan &vlan, EgressForms &forms) const {
+    const PortTags &tags = port(egress).tags;
+    if (vlan.untagged.has(egress) || tags.mode == DoubleTag::kExternal) {
+        return forms.untagged();
+    }
+    return forms.tagged(tags.tpid, tag_rules_.on_egress(egress, forms.tci()));
 }
 
 void Switch::send_directed(const TransmitTag &tag, const Frame &frame) {
@@ -269,14 +291,13 @@ void Switch::send_directed(const TransmitTag &tag, const Frame &frame) {
         return drop(kCpuPort, Drop::kBadOpcode);
     }
     const Vlan *vlan = nullptr;
-    Frame untagged = frame;
+    std::optional<EgressForms> forms;
     if (const auto header = read_header(frame, kVlanTpid); header && header->tagged && tag.applies_egress_rule()) {
         vlan = vlans_.find(header->vid());
-        untagged.body = header->payload;
+        forms.emplace(frame.head, header->payload, header->tci);
     }
     const auto send_to = [&](int egress) {
-        const bool strip = vlan != nullptr && vlan->untagged.has(egress);
-        send_directed_to(egress, strip ? untagged : frame);
+        send_directed_to(egress, vlan != nullptr && has_port(egress) ? form_for(egress, *vlan, *forms) : frame);
     };
     if (tag.names_ports()) {
         tag.ports().for_each(send_to);

@@ -29,7 +29,9 @@ const char *name(Drop reason) {
                                                                       "dos_null_scan",
                                                                       "dos_syn_fin",
                                                                       "dos_xmas_scan",
-                                                                      "dos_fragment"};
+                                                                      "dos_fragment",
+                                                                      "stp_blocked",
+                                                                      "stp_egress"};
     return kNames[static_cast<std::size_t>(reason)];
 }
 

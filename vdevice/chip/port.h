@@ -10,6 +10,7 @@
 #include "vdevice/chip/learn_mode.h"
 #include "vdevice/chip/phy.h"
 #include "vdevice/chip/port_set.h"
+#include "vdevice/chip/port_tags.h"
 #include "vdevice/chip/violations.h"
 
 namespace vdevice::chip {
@@ -43,6 +44,8 @@ enum class Drop : std::uint8_t {
     kDosSynFin,         /**< a TCP segment that opens and closes at once */
     kDosXmasScan,       /**< a TCP segment with FIN, PSH and URG alone */
     kDosFragment,       /**< a TCP fragment made to hide the segment's flags */
+    kStpBlocked,        /**< the port does not forward in the spanning-tree group of its VLAN */
+    kStpEgress,         /**< its destination's port does not forward in that group */
     kCount,
 };
 
@@ -86,6 +89,7 @@ struct Port {
     PortSet egress = PortSet::all();     /**< where frames from this port may go */
     Vid pvid = kMinVid;                  /**< VLAN of untagged and priority-tagged frames */
     std::uint32_t untagged_priority = 0; /**< priority of untagged frames, 0 to 7 */
+    PortTags tags;
     std::array<std::int32_t, kVlanControls> vlan_controls{};
     PortGroupRules groups;
     Violations violations;

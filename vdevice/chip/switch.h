@@ -17,7 +17,9 @@
 #include "vdevice/chip/sink.h"
 #include "vdevice/chip/snooping.h"
 #include "vdevice/chip/status.h"
+#include "vdevice/chip/stp_groups.h"
 #include "vdevice/chip/switch_tag.h"
+#include "vdevice/chip/tag_rules.h"
 #include "vdevice/chip/traps.h"
 #include "vdevice/chip/trunk_table.h"
 #include "vdevice/chip/vlan_table.h"
@@ -40,6 +42,7 @@ class Switch {
 
     static bool has_port(std::int64_t port) { return port >= 0 && port < kPorts; }
     static PortSet all_ports() { return PortSet::range(0, kPorts - 1); }
+    static ChipPorts chip_ports() { return {all_ports(), kCpuPort}; }
 
     /** The port must exist. */
     const Port &port(int port) const { return ports_[static_cast<std::size_t>(port)]; }
@@ -92,6 +95,11 @@ class Switch {
     /** Which ends of a flow the hash of all trunks looks at. */
     void set_hash_sides(HashSides sides) { hash_sides_ = sides; }
 
+    const StpGroups &stp() const { return stp_; }
+    StpGroups &stp() { return stp_; }
+    const TagRules &tag_rules() const { return tag_rules_; }
+    TagRules &tag_rules() { return tag_rules_; }
+
     const Traps &traps() const { return traps_; }
     Traps &traps() { return traps_; }
     const ReservedMacs &reserved_macs() const { return reserved_macs_; }
@@ -141,6 +149,7 @@ class Switch {
     void take_in(Time now, int port, Bytes frame);
     void take_looped(Time now);
     void loop_back(int port, const Frame &frame);
+    bool let_in(Time now, const Flow &flow);
     bool admit(Time now, const Flow &flow);
     bool take_source(Time now, const Flow &flow);
     bool may_learn(const MacEntry *known, Vid vid, const Place &place) const;
@@ -161,6 +170,7 @@ class Switch {
     void send_to(const Flow &flow, const PortSet &wanted);
     int choose_member(const Flow &flow, const Trunk &trunk, const PortSet &among) const;
     void send_in_vlan(int egress, const Flow &flow);
+    Frame form_for(int egress, const Vlan &vlan, EgressForms &forms) const;
     void send_directed(const TransmitTag &tag, const Frame &frame);
     void send_directed_to(int egress, const Frame &frame);
     void transmit(int port, const Frame &frame);
@@ -181,6 +191,8 @@ class Switch {
     PortSet standby_;
     std::array<int, kPorts> trunk_of_;
     HashSides hash_sides_;
+    StpGroups stp_{chip_ports()};
+    TagRules tag_rules_{chip_ports()};
     Traps traps_;
     FieldProcessor fields_;
     std::vector<std::uint8_t> remarked_; /**< the payload of the frame on its way, when a rule has rewritten it */

@@ -25,7 +25,8 @@ bool Switch::copy_to_cpu(int ingress, EgressForms &forms) {
 }
 
 void Switch::redirect(const Flow &flow, const PortSet &ports) {
-    PortSet usable = ports & up_;
+    // A loop that spanning tree has cut must not be closed again by a rule.
+    PortSet usable = ports & up_ & stp_.forwarding_in_vlan(flow.vid);
     usable.remove(flow.ingress);
     if (usable.empty()) {
         return drop(flow.ingress, Drop::kNoDestination);

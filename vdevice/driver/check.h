@@ -13,6 +13,20 @@ std::int32_t on_chip(std::uint32_t unit, std::uint32_t zero, Operation operation
     return chip::code(unit == 0 && zero == 0 ? operation() : chip::Status::kBadUnit);
 }
 
+/** The same for a call that reads one word: the operation writes it, if there is an address to write it to. */
+template <typename Word, typename Operation>
+std::int32_t read_word(std::uint32_t unit, std::uint32_t zero, Word *word, Operation operation) {
+    return on_chip(unit, zero, [&] { return word == nullptr ? chip::Status::kBadArgument : operation(*word); });
+}
+
+template <typename Table>
+std::int32_t clear_table(std::uint32_t unit, std::uint32_t zero, Table &table) {
+    return on_chip(unit, zero, [&] {
+        table.clear();
+        return chip::Status::kOk;
+    });
+}
+
 /** The same for the field processor's calls, which begin with a handle that is always 0 and have the unit behind it. */
 template <typename Operation>
 std::int32_t on_fields(std::int32_t handle, std::uint32_t unit, Operation operation) {

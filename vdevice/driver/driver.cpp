@@ -38,4 +38,12 @@ int32_t Driver::write_port(uint32_t unit, uint32_t zero, int32_t port, const std
     return on_chip(unit, zero, [&] { return chip_.change_port(port, change); });
 }
 
+int32_t Driver::write_user_port(uint32_t unit, uint32_t zero, int32_t port,
+                                const std::function<Status(Port &)> &change) {
+    return on_chip(unit, zero, [&] {
+        const Status status = chip::Switch::chip_ports().check_user_port(port);
+        return status == Status::kOk ? chip_.change_port(port, change) : status;
+    });
+}
+
 }  // namespace vdevice::driver

@@ -10,6 +10,7 @@
 #include "vdevice/driver/codes.h"
 #include "vdevice/driver/event_queue.h"
 #include "vdevice/driver/journal.h"
+#include "vdevice/driver/list_handles.h"
 #include "vdevice/driver/switch_controls.h"
 
 namespace vdevice::driver {
@@ -247,7 +248,6 @@ class Driver : public DriverCalls {
     int32_t user_l2_bpdu_get(uint32_t unit, uint32_t zero, uint32_t index, uint8_t *mac) override;
     int32_t user_l2_bpdu_set(uint32_t unit, uint32_t zero, uint32_t index, const uint8_t *mac) override;
     int32_t user_lldp_init(uint32_t unit, uint32_t zero) override;
-    int32_t user_stg_init(uint32_t unit, uint32_t zero) override;
     int32_t user_igmp_snooping_init(uint32_t unit, uint32_t zero) override;
     int32_t User_mcast_init(uint32_t unit, uint32_t zero) override;
     int32_t user_dos_attack_prevent_init(uint32_t unit, uint32_t zero) override;
@@ -261,6 +261,63 @@ class Driver : public DriverCalls {
     int32_t user_check_set_mirror_disable(uint32_t unit, uint32_t zero, uint32_t session, adp_word_t value) override;
     int32_t user_pci_read(uint32_t unit, uint32_t zero, uint32_t address, uint32_t *value) override;
     int32_t user_pci_write(uint32_t unit, uint32_t zero, uint32_t address, const uint32_t *value) override;
+
+    // Spanning-tree groups: driver_stg.cpp
+    int32_t user_stg_init(uint32_t unit, uint32_t zero) override;
+    int32_t user_stg_create_id(uint32_t unit, uint32_t zero, int32_t stg) override;
+    int32_t user_stg_destroy(uint32_t unit, uint32_t zero, int32_t stg) override;
+    int32_t user_stg_vlan_add(uint32_t unit, uint32_t zero, int32_t stg, uint32_t vid) override;
+    int32_t user_stg_vlan_remove(uint32_t unit, uint32_t zero, int32_t stg, uint32_t vid) override;
+    int32_t user_stg_stp_set(uint32_t unit, uint32_t zero, int32_t stg, int32_t port, uint32_t state) override;
+    int32_t user_stg_stp_get(uint32_t unit, uint32_t zero, int32_t stg, int32_t port, uint32_t *state) override;
+    int32_t user_stg_default_get(uint32_t unit, uint32_t zero, uint32_t *stg) override;
+    int32_t user_stg_max_support_count_get(uint32_t unit, uint32_t zero, uint32_t *count) override;
+    int32_t user_stg_stg_count_get(uint32_t unit, uint32_t zero, uint32_t *count) override;
+    int32_t user_stg_vlan_count_get(uint32_t unit, uint32_t zero, int32_t stg, uint32_t *count) override;
+
+    // Lists of them: driver_stg_lists.cpp
+    int32_t user_stg_each_time_list(uint32_t unit, uint32_t zero, int32_t *groups, uint32_t chunk_index,
+                                    uint32_t chunk_size) override;
+    int32_t user_stg_vlan_each_time_list(uint32_t unit, uint32_t zero, int32_t stg, uint16_t *vlans,
+                                         uint32_t chunk_index, uint32_t chunk_size) override;
+    int32_t user_stg_list(uint32_t unit, uint32_t zero, adp_word_t *list, int32_t *count) override;
+    int32_t user_stg_list_destroy(uint32_t unit, uint32_t zero, adp_word_t list, int32_t count) override;
+    int32_t user_stg_vlan_list(uint32_t unit, uint32_t zero, int32_t stg, adp_word_t *list, int32_t *count) override;
+    int32_t user_stg_vlan_list_destroy(uint32_t unit, uint32_t zero, adp_word_t list, int32_t count) override;
+
+    // Translation and subnets: driver_translate.cpp
+    int32_t user_vlan_translate_add(uint32_t unit, uint32_t zero, adp_word_t kind, adp_word_t port, adp_word_t action,
+                                    uint32_t old_vid, uint32_t new_vid, adp_word_t priority) override;
+    int32_t user_vlan_translate_delete(uint32_t unit, uint32_t zero, adp_word_t kind, adp_word_t port,
+                                       uint32_t old_vid) override;
+    int32_t user_vlan_translate_delete_all(uint32_t unit, uint32_t zero) override;
+    int32_t user_vlan_translate_get(uint32_t unit, uint32_t zero, adp_word_t port, uint32_t old_vid, uint32_t *new_vid,
+                                    uint32_t *priority) override;
+    int32_t user_vlan_translate_egress_add(uint32_t unit, uint32_t zero, adp_word_t kind, adp_word_t port,
+                                           uint32_t old_vid, uint32_t new_vid, adp_word_t priority) override;
+    int32_t user_vlan_translate_egress_delete(uint32_t unit, uint32_t zero, adp_word_t kind, adp_word_t port,
+                                              uint32_t old_vid) override;
+    int32_t user_vlan_translate_egress_delete_all(uint32_t unit, uint32_t zero) override;
+    int32_t user_vlan_translate_egress_get(uint32_t unit, uint32_t zero, adp_word_t port, uint32_t old_vid,
+                                           uint32_t *new_vid, uint32_t *priority) override;
+    int32_t user_vlan_ip4_add(uint32_t unit, uint32_t zero, adp_word_t port, adp_word_t address, adp_word_t mask,
+                              uint32_t vid, adp_word_t priority, adp_word_t flags) override;
+    int32_t user_vlan_ip4_delete(uint32_t unit, uint32_t zero, adp_word_t port, adp_word_t address,
+                                 adp_word_t mask) override;
+    int32_t user_vlan_ip4_delete_all(uint32_t unit, uint32_t zero) override;
+
+    // Double tags: driver_double_tag.cpp
+    int32_t user_vlan_dtag_add(uint32_t unit, uint32_t zero, adp_word_t kind, int32_t port, adp_word_t action,
+                               uint32_t inner_vid, uint32_t outer_vid, adp_word_t priority) override;
+    int32_t user_vlan_dtag_delete(uint32_t unit, uint32_t zero, adp_word_t kind, int32_t port,
+                                  uint32_t inner_vid) override;
+    int32_t user_vlan_dtag_delete_all(uint32_t unit, uint32_t zero) override;
+    int32_t user_vlan_dtag_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t inner_vid, uint32_t *outer_vid,
+                               uint32_t *priority) override;
+    int32_t user_port_dtag_mode_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t mode) override;
+    int32_t user_port_dtag_mode_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t *mode) override;
+    int32_t user_port_tpid_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t tpid, adp_word_t option) override;
+    int32_t user_port_tpid_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t *tpid) override;
 
     // The device's services
     int32_t log_line(int32_t level, int32_t module, const char *word, const char *text) override;
@@ -280,6 +337,12 @@ class Driver : public DriverCalls {
                       const std::function<uint32_t(const chip::Port &)> &value) const;
     int32_t write_port(uint32_t unit, uint32_t zero, int32_t port,
                        const std::function<chip::Status(chip::Port &)> &change);
+    /** The same, but not for the CPU port. */
+    int32_t write_user_port(uint32_t unit, uint32_t zero, int32_t port,
+                            const std::function<chip::Status(chip::Port &)> &change);
+    chip::Status open_list(ListHandles::Kind kind, std::size_t size, adp_word_t *list, int32_t *count);
+    int32_t read_change(uint32_t unit, uint32_t zero, const chip::VidMap &table, int32_t port, uint32_t vid,
+                        uint32_t *new_vid, uint32_t *priority) const;
 
     using FieldReader = chip::FieldWords (*)(const uint8_t *bytes);
 
@@ -309,6 +372,7 @@ class Driver : public DriverCalls {
     Journal journal_;
     EventQueue events_;
     SwitchControls controls_;
+    ListHandles lists_;
     std::int32_t trace_ = 0;
 };
 

@@ -36,13 +36,6 @@ int32_t Driver::user_lldp_init(uint32_t unit, uint32_t zero) {
     });
 }
 
-int32_t Driver::user_stg_init(uint32_t unit, uint32_t zero) {
-    return on_chip(unit, zero, [&] {
-        chip_.traps().bpdu = true;
-        return Status::kOk;
-    });
-}
-
 // Snooping begins with nothing taken from the hosts: software says by the controls what it wants.
 int32_t Driver::user_igmp_snooping_init(uint32_t unit, uint32_t zero) {
     return user_switch_control_set(unit, zero, kIgmpToCpu, 0);

@@ -190,8 +190,7 @@ TEST_F(DriverVlan, OtherUnitsAreRefused) {
 }
 
 TEST_F(DriverVlan, WhatIsNotCarriedOutSaysSo) {
-    std::uint32_t group = 0;
-    EXPECT_EQ(driver_.user_stg_default_get(0, 0, &group), kNotSupported);
+    EXPECT_EQ(driver_.user_l2_mactable_fread(0, 0, 0, 0), kNotSupported);
     EXPECT_EQ(kNotSupported, -100);
 }
 

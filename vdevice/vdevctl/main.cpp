@@ -41,6 +41,8 @@ void add_commands(CLI::App &app, Options &options) {
     app.add_subcommand("events", "messages waiting in the event queue");
     app.add_subcommand("reserved", "addresses and protocols whose frames go to the CPU alone");
     app.add_subcommand("mirrors", "the mirror sessions with their ports");
+    app.add_subcommand("groups", "the spanning-tree groups with their VLANs and the ports' states");
+    app.add_subcommand("translations", "what becomes of VLAN tags: translations, subnets, double tags");
     app.add_subcommand("fields", "the field processor's entries, counters and miss actions");
     app.add_subcommand("meters", "the field processor's meters");
     add_gpio(app, options);

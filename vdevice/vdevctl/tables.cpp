@@ -11,6 +11,7 @@
 #include "vdevice/vdevctl/l2_tables.h"
 #include "vdevice/vdevctl/port_text.h"
 #include "vdevice/vdevctl/start_tables.h"
+#include "vdevice/vdevctl/tag_tables.h"
 
 namespace vdevice {
 namespace {
@@ -138,10 +139,23 @@ std::string show_version(const json &answer) {
 std::string show(const std::string &command, const json &answer) {
     using Show = std::string (*)(const json &);
     static const std::map<std::string, Show> kTables = {
-        {"ports", show_ports},       {"vlans", show_vlans},     {"macs", show_macs},     {"counters", show_counters},
-        {"log", show_log},           {"events", show_events},   {"trunks", show_trunks}, {"version", show_version},
-        {"reserved", show_reserved}, {"mirrors", show_mirrors}, {"gpio", show_gpio},     {"mcast", show_groups},
-        {"limits", show_limits},     {"fields", show_fields},   {"meters", show_meters},
+        {"ports", show_ports},
+        {"vlans", show_vlans},
+        {"macs", show_macs},
+        {"counters", show_counters},
+        {"log", show_log},
+        {"events", show_events},
+        {"trunks", show_trunks},
+        {"version", show_version},
+        {"reserved", show_reserved},
+        {"mirrors", show_mirrors},
+        {"gpio", show_gpio},
+        {"mcast", show_groups},
+        {"limits", show_limits},
+        {"fields", show_fields},
+        {"meters", show_meters},
+        {"groups", show_stp_groups},
+        {"translations", show_translations},
     };
     const auto table = kTables.find(command);
     return table == kTables.end() ? std::string{} : table->second(answer);

@@ -184,6 +184,8 @@ const std::map<std::string, Command> &command_table() {
         {"fields", show_fields},
         {"meters", show_meters},
         {"gpio", gpio},
+        {"groups", show_stp_groups},
+        {"translations", show_translations},
     };
     return kCommands;
 }

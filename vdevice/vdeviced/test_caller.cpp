@@ -154,6 +154,38 @@ int32_t set_limit(const Numbers &numbers) {
     return user_mac_learn_limit_set(0, limit);
 }
 
+/** Makes a spanning-tree group of one VLAN. */
+int32_t group_vlan(const Numbers &numbers) {
+    const int32_t created = user_stg_create_id(0, 0, numbers.at(0));
+    return created != 0 ? created : user_stg_vlan_add(0, 0, numbers.at(0), word(numbers.at(1)));
+}
+
+/** A port's double-tag mode and TPID. */
+int32_t set_tags(const Numbers &numbers) {
+    const int32_t result = user_port_dtag_mode_set(0, 0, numbers.at(0), word(numbers.at(1)));
+    return result != 0 ? result : user_port_tpid_set(0, 0, numbers.at(0), word(numbers.at(2)), 0);
+}
+
+/** Both ways: the VLAN of the tag on a port, and the VLAN that it is inside. */
+int32_t translate(const Numbers &numbers) {
+    constexpr adp_word_t kKeepPriority = 0xFFFFFFFF;
+    const uint32_t port = word(numbers.at(0));
+    const uint32_t outside = word(numbers.at(1));
+    const uint32_t inside = word(numbers.at(2));
+    const int32_t result = user_vlan_translate_add(0, 0, 0, port, 0, outside, inside, kKeepPriority);
+    return result != 0 ? result : user_vlan_translate_egress_add(0, 0, 0, port, inside, outside, kKeepPriority);
+}
+
+/** A port of VLAN 1 that gets its frames with a tag. */
+int32_t make_tagged_member(const Numbers &numbers) {
+    adp_ports_t ports = {};
+    ports[0] = 1U << numbers.at(0);
+    return user_vlan_port_add(0, 0, 1, ports, nullptr);
+}
+
+constexpr adp_word_t kSubnet = 0xC0000200;  // 192.0.2.0
+constexpr adp_word_t kSubnetMask = 0xFFFFFF00;
+
 const std::map<std::string, std::function<int32_t(const Numbers &)>> kCalls = {
     {"add-address", add_address},
     {"group", make_group},
@@ -168,6 +200,17 @@ const std::map<std::string, std::function<int32_t(const Numbers &)>> kCalls = {
     {"write-register", write_register},
     {"read-register", read_register},
     {"reserve", reserve_address},
+    {"stp-state", [](const Numbers &n) { return user_stg_stp_set(0, 0, n.at(0), n.at(1), word(n.at(2))); }},
+    {"group-vlan", group_vlan},
+    {"tags", set_tags},
+    {"tagged-only", make_tagged_member},
+    {"translate", translate},
+    {"service",
+     [](const Numbers &n) { return user_vlan_dtag_add(0, 0, 0, n.at(0), 0, word(n.at(1)), 1, word(n.at(2))); }},
+    {"subnet",
+     [](const Numbers &n) {
+         return user_vlan_ip4_add(0, 0, word(n.at(0)), kSubnet, kSubnetMask, 1, word(n.at(1)), 0);
+     }},
     {"filter-attacks", [](const Numbers & /*none*/) { return user_dos_attack_prevent_init(0, 0); }},
     {"rule", make_rule},
     {"destroy-rule", [](const Numbers &n) { return user_field_entry_destroy(0, 0, word(n.at(0))); }},

@@ -379,6 +379,61 @@ def test_a_group_reaches_its_members_and_an_unknown_one_may_be_dropped(device):
     assert lines[5].split() == ["1", "used", "known", "drop", "flood"]
 
 
+def test_a_blocked_port_passes_nothing_but_what_the_cpu_directs(device):
+    one, two, three, cpu = device.nics("host1", "host2", "host3", "eth0")
+    assert device.call("stp-state", 0, 24, 1) == "0"
+    assert device.call("group-vlan", 3, 100) == "0"
+    one.send(BROADCAST + station(1) + PAYLOAD)
+    assert three.receive() == BROADCAST + station(1) + PAYLOAD
+    two.send(BROADCAST + station(2) + PAYLOAD)
+    wait_until(lambda: device.counters(2)["drops"]["stp_blocked"] == 1, "the drop to be counted")
+    assert three.receive(0) is None
+    cpu.send(BROADCAST + station(9) + struct.pack(">HII", 0x8874, 6 << 29 | 24, 0) + PAYLOAD)
+    assert two.receive() == BROADCAST + station(9) + PAYLOAD, "and not the broadcast"
+    default, other = device.ask("groups")["groups"]
+    assert (default["vlans"], other["vlans"]) == ([[1, 99], [101, 4094]], [[100, 100]])
+    assert (default["blocking"], default["forwarding"], other["blocking"]) == ([2], [0, 1, 3, 4], [])
+    assert device.control("groups").stdout.splitlines()[:3] == [
+        "group 0*  VLANs 1-99,101-4094", "    blocking   2", "    forwarding cpu,1,3-4"]
+
+
+@pytest.mark.parametrize("tpid", [0x88A8, 0x9100])
+def test_a_customers_tags_cross_the_providers_port(device, tpid):
+    one, two, three, cpu = device.nics("host1", "host2", "host3", "eth0")
+    assert device.call("tags", 23, 2, 0x8100) == "0"
+    assert device.call("tags", 24, 1, tpid) == "0"
+    assert device.call("translate", 24, 500, 1) == "0"
+    assert device.call("service", 23, 7, 5) == "0"
+    frame = BROADCAST + station(1)
+    three.send(frame + tag(0x8100, 1) + PAYLOAD)
+    assert one.receive() == frame + PAYLOAD
+    assert two.receive() == frame + PAYLOAD, "VLAN 1 leaves untagged"
+    assert device.call("tagged-only", 24) == "0"
+    one.send(frame + tag(0x8100, 7) + tag(0x8100, 8) + PAYLOAD)
+    assert two.receive() == frame + tag(tpid, 0xA000 | 500) + tag(0x8100, 7) + tag(0x8100, 8) + PAYLOAD
+    two.send(BROADCAST + station(2) + tag(tpid, 500) + tag(0x8100, 7) + PAYLOAD)
+    assert one.receive() == BROADCAST + station(2) + tag(0x8100, 7) + PAYLOAD
+    arrived = [cpu.receive() for _ in range(3)]
+    assert arrived[-1] == (BROADCAST + station(2) + tag(0x8874, 0) + struct.pack(">H", 24) + tag(tpid, 1) +
+                           tag(0x8100, 7) + PAYLOAD)
+
+
+def test_translations_and_subnets_are_shown(device):
+    assert device.call("translate", 24, 500, 1) == "0"
+    assert device.call("service", 23, 7, 5) == "0"
+    assert device.call("subnet", 25, 3) == "0"
+    assert device.call("tags", 23, 2, 0x88A8) == "0"
+    answer = device.ask("translations")
+    assert answer["ingress"] == [{"port": 2, "vid": 500, "new_vid": 1, "priority": None}]
+    assert answer["egress"] == [{"port": 2, "vid": 1, "new_vid": 500, "priority": None}]
+    assert answer["double_tags"] == [{"port": 1, "vid": 7, "new_vid": 1, "priority": 5}]
+    assert [line.split() for line in device.control("translations").stdout.splitlines()] == [
+        ["TABLE", "PORT", "MATCH", "VLAN", "PRIORITY"], ["ingress", "2", "500", "1", "kept"],
+        ["egress", "2", "1", "500", "kept"], ["double", "tag", "1", "7", "1", "5"],
+        ["subnet", "3", "192.0.2.0/255.255.255.0", "1", "3"],
+        ["port", "1:", "double", "tags", "external,", "TPID", "0x88a8"]]
+
+
 def test_a_limit_refuses_addresses_and_shows_them(device):
     one, two = device.nics("host1", "host2")
     assert device.call("limit", 4, 0, 23, 0, 1) == "0"
@@ -580,7 +635,7 @@ def test_impossible_commands_are_refused_with_a_sentence(device, words):
 
 
 @pytest.mark.parametrize("command", ["ports", "vlans", "macs", "mcast", "limits", "counters", "log", "events", "trunks", "reserved",
-                                     "mirrors", "gpio", "fields", "meters", "version"])
+                                     "mirrors", "gpio", "fields", "meters", "groups", "translations", "version"])
 def test_every_table_is_shown(device, command):
     assert device.control(command).returncode == 0
     assert isinstance(device.ask(command), dict)

@@ -1,0 +1,56 @@
+// Lists that a caller asked for and has to give back: their number is limited, as the memory behind them would be.
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <vector>
+
+#include "vdevice/chip/status.h"
+
+namespace vdevice::driver {
+
+class ListHandles {
+  public:
+    static constexpr std::size_t kLists = 64;
+
+    enum class Kind : std::uint8_t { kGroups, kVlans };
+
+    struct List {
+        Kind kind;
+        std::uint32_t handle;
+        std::int32_t count; /**< elements when the list was made */
+
+        friend bool operator==(const List &, const List &) = default;
+    };
+
+    bool has_room() const { return lists_.size() < kLists; }
+
+    /** The handle of a new list, never 0. There must be room. */
+    std::uint32_t open(Kind kind, std::int32_t count) {
+        do {
+            ++last_handle_;
+        } while (last_handle_ == 0 || is_open(last_handle_));
+        lists_.push_back({kind, last_handle_, count});
+        return last_handle_;
+    }
+
+    /** Kind, handle and count must be those of one list. */
+    chip::Status close(const List &list) {
+        const auto place = std::find(lists_.begin(), lists_.end(), list);
+        if (place == lists_.end()) {
+            return chip::Status::kListUnknown;
+        }
+        lists_.erase(place);
+        return chip::Status::kOk;
+    }
+
+  private:
+    bool is_open(std::uint32_t handle) const {
+        return std::any_of(lists_.begin(), lists_.end(), [&](const List &list) { return list.handle == handle; });
+    }
+
+    std::vector<List> lists_;
+    std::uint32_t last_handle_ = 0;
+};
+
+}  // namespace vdevice::driver
