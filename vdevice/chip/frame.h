@@ -28,6 +28,9 @@ constexpr std::uint16_t kVlanTpid = 0x8100;
 constexpr std::uint16_t kVidMask = 0x0FFF;
 constexpr Vid kMinVid = 1;
 constexpr Vid kMaxVid = 4094;
+constexpr bool is_vid(std::uint32_t number) {
+    return number >= kMinVid && number <= kMaxVid;
+}
 constexpr std::uint16_t kPriorityMask = 0xF000;  // PCP and DEI, kept as they stand in the tag
 constexpr unsigned kPcpShift = 13;
 

@@ -116,7 +116,10 @@ void Switch::forward(Time now, int ingress, const Frame &frame) {
     if (ingress != kCpuPort && is_snooped(snooping_, *header)) {
         return trap(ingress, forms);
     }
-    const MacEntry *entry = header->destination.is_group() ? nullptr : macs_.find(header->destination, vid);
+    if (header->destination.is_group()) {
+        return forward_group(flow);
+    }
+    const MacEntry *entry = macs_.find(header->destination, vid);
     if (entry == nullptr) {
         return flood(flow);
     }
@@ -127,8 +130,8 @@ bool Switch::admit(Time now, const Flow &flow) {
     const LearnMode &mode = at(flow.ingress).learning;
     const Mac source = flow.header.source;
     const int trunk = trunk_of(flow.ingress);
-    if (mode.learns && !source.is_group()) {
-        macs_.learn(source, flow.vid, flow.ingress, now, trunk);
+    if (!take_source(now, flow)) {
+        return false;
     }
     if (mode.passes_unknown) {
         return true;
@@ -161,11 +164,17 @@ void Switch::trap(int ingress, EgressForms &forms) {
 }
 
 void Switch::forward_to_entry(const Flow &flow, const MacEntry &entry) {
+    if (entry.drops_to) {
+        return drop(flow.ingress, Drop::kFiltered);
+    }
     if (entry.is_behind(flow.ingress, trunk_of(flow.ingress))) {
         return drop(flow.ingress, Drop::kSamePort);
     }
     const Trunk *trunk = trunks_.find(entry.trunk);
-    PortSet ports = trunk == nullptr ? PortSet::of(entry.port) : trunk->member_set();
+    PortSet ports = trunk != nullptr ? trunk->member_set() : PortSet{};
+    if (!entry.place().is_trunk()) {
+        ports.add(entry.port);
+    }
     const PortSet usable = up_ - standby_;
     const struct {
         const PortSet &set;
@@ -183,7 +192,12 @@ void Switch::forward_to_entry(const Flow &flow, const MacEntry &entry) {
 }
 
 void Switch::flood(const Flow &flow) {
-    PortSet ports = (flow.vlan.members & up_ & at(flow.ingress).egress) - standby_;
+    send_to(flow, all_ports());
+}
+
+/** Sends the frame to those of the ports that may have it. */
+void Switch::send_to(const Flow &flow, const PortSet &wanted) {
+    PortSet ports = (wanted & flow.vlan.members & up_ & at(flow.ingress).egress) - standby_;
     if (is_copied_to_cpu(snooping_, flow.header)) {
         ports |= PortSet::of(kCpuPort) & up_;
     }

@@ -6,9 +6,11 @@
 #include <cstdint>
 
 #include "vdevice/chip/frame.h"
+#include "vdevice/chip/group_rules.h"
 #include "vdevice/chip/learn_mode.h"
 #include "vdevice/chip/phy.h"
 #include "vdevice/chip/port_set.h"
+#include "vdevice/chip/violations.h"
 
 namespace vdevice::chip {
 
@@ -30,6 +32,9 @@ enum class Drop : std::uint8_t {
     kUnknownSource,     /**< from an address that the port's learning mode does not let pass */
     kIsolated,          /**< its destination's port is not in the ingress port's egress set */
     kLoopback,          /**< from the wire of a port in loopback, or looped back too often */
+    kFiltered,          /**< from or to an address that is filtered */
+    kLearnLimit,        /**< from an address that a limit does not let be learned */
+    kUnknownGroup,      /**< to an IP multicast group without an entry */
     kDosSameMac,        /**< its source address is its destination address */
     kDosLand,           /**< an IP packet from its own destination */
     kDosNullScan,       /**< a TCP segment without a flag */
@@ -80,6 +85,8 @@ struct Port {
     Vid pvid = kMinVid;                  /**< VLAN of untagged and priority-tagged frames */
     std::uint32_t untagged_priority = 0; /**< priority of untagged frames, 0 to 7 */
     std::array<std::int32_t, kVlanControls> vlan_controls{};
+    PortGroupRules groups;
+    Violations violations;
     PortCounters counters;
 
     bool is_up() const { return enabled && (link || loopback != 0); }

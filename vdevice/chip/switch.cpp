@@ -66,14 +66,11 @@ Status Switch::set_pvid(int port, std::uint32_t vid) {
     if (!has_port(port)) {
         return Status::kNoPort;
     }
-    if (vid < kMinVid || vid > kMaxVid) {
-        return Status::kVlanRange;
+    const Status status = vlans_.check(vid);
+    if (status == Status::kOk) {
+        at(port).pvid = static_cast<Vid>(vid);
     }
-    if (vlans_.find(vid) == nullptr) {
-        return Status::kVlanMissing;
-    }
-    at(port).pvid = static_cast<Vid>(vid);
-    return Status::kOk;
+    return status;
 }
 
 Status Switch::destroy_vlans(VidRange range) {
@@ -82,16 +79,6 @@ Status Switch::destroy_vlans(VidRange range) {
         macs_.remove_if([&](const MacEntry &entry) { return entry.vid >= range.first && entry.vid <= range.last; });
     }
     return status;
-}
-
-Status Switch::add_static_mac(Mac mac, std::uint32_t vid, int port) {
-    if (!has_port(port)) {
-        return Status::kNoPort;
-    }
-    if (vlans_.find(vid) == nullptr) {
-        return vid < kMinVid || vid > kMaxVid ? Status::kVlanRange : Status::kVlanMissing;
-    }
-    return macs_.add_static(mac, static_cast<Vid>(vid), port, trunk_of(port));
 }
 
 void Switch::update_up_set(int port) {

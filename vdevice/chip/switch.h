@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "vdevice/chip/gpio.h"
+#include "vdevice/chip/learn_limits.h"
 #include "vdevice/chip/mac_table.h"
 #include "vdevice/chip/mirror_table.h"
 #include "vdevice/chip/port.h"
@@ -57,8 +58,25 @@ class Switch {
 
     const MacTable &macs() const { return macs_; }
     MacTable &macs() { return macs_; }
-    /** Adds a static address; its VLAN and port must exist. */
+    /** Adds a static address; its VLAN and port must exist. On a trunk's port it is behind the trunk. */
     Status add_static_mac(Mac mac, std::uint32_t vid, int port);
+    /** Adds an entry of any kind; its VLAN must exist, and its port or, if it is given to a trunk, the trunk. */
+    Status add_mac(MacEntry entry, std::uint32_t vid);
+    /** The place of an existing port. */
+    Place place_of(int port) const { return {port, trunk_of(port)}; }
+
+    const LearnLimits &limits() const { return limits_; }
+    LearnLimits &limits() { return limits_; }
+
+    /** Gives a group a set of ports in the place of the one that it had. Its VLAN and the ports must exist. */
+    Status add_group(Mac mac, std::uint32_t vid, const PortSet &ports);
+    Status remove_group(Mac mac, std::uint32_t vid);
+    Status add_group_ports(Mac mac, std::uint32_t vid, const PortSet &ports);
+    Status remove_group_ports(Mac mac, std::uint32_t vid, const PortSet &ports);
+    /** The group's entry, or null. */
+    const MacEntry *find_group(Mac mac, std::uint32_t vid) const;
+    const GroupRules &group_rules() const { return group_rules_; }
+    GroupRules &group_rules() { return group_rules_; }
 
     const TrunkTable &trunks() const { return trunks_; }
     Status create_trunk(std::int64_t trunk);
@@ -117,12 +135,18 @@ class Switch {
     void take_looped(Time now);
     void loop_back(int port, const Frame &frame);
     bool admit(Time now, const Flow &flow);
+    bool take_source(Time now, const Flow &flow);
+    bool may_learn(const MacEntry *known, Vid vid, const Place &place) const;
     bool is_for_cpu_alone(const Header &header) const;
     void trap(int ingress, EgressForms &forms);
     void receive_from_cpu(Time now, Bytes frame);
     void forward(Time now, int ingress, const Frame &frame);
     void forward_to_entry(const Flow &flow, const MacEntry &entry);
+    void forward_group(const Flow &flow);
+    GroupMiss miss_of(const Flow &flow) const;
+    PortSet with_whole_trunks(PortSet ports) const;
     void flood(const Flow &flow);
+    void send_to(const Flow &flow, const PortSet &wanted);
     int choose_member(const Flow &flow, const Trunk &trunk, const PortSet &among) const;
     void send_in_vlan(int egress, const Flow &flow);
     void send_directed(const TransmitTag &tag, const Frame &frame);
@@ -139,6 +163,8 @@ class Switch {
     std::vector<Looped> looped_;
     VlanTable vlans_;
     MacTable macs_;
+    LearnLimits limits_;
+    GroupRules group_rules_;
     TrunkTable trunks_{all_ports(), kCpuPort};
     PortSet standby_;
     std::array<int, kPorts> trunk_of_;

@@ -63,10 +63,14 @@ void Switch::refresh_trunks() {
 
 /** Takes the trunk's addresses from it that were seen on other ports than those it keeps. */
 void Switch::release_addresses(std::int64_t trunk, const PortSet &kept) {
-    const auto is_released = [&](const MacEntry &entry) { return entry.trunk == trunk && !kept.has(entry.port); };
+    const auto is_released = [&](const MacEntry &entry) {
+        const bool is_kept = entry.is_given_to_trunk ? !kept.empty() : kept.has(entry.port);
+        return entry.trunk == trunk && !is_kept;
+    };
     macs_.remove_if([&](const MacEntry &entry) { return !entry.is_static && is_released(entry); });
     macs_.for_each([&](MacEntry &entry) {
-        if (is_released(entry)) {
+        // A static address that was given to the trunk itself waits for it to be there again.
+        if (is_released(entry) && !entry.is_given_to_trunk) {
             entry.trunk = MacEntry::kNoTrunk;
         }
     });

@@ -1,4 +1,4 @@
-// The chip's small parts: port sets, frame fields, the switch tag, the VLAN and MAC tables, the refusals.
+// The chip's small parts: port sets, frame fields, the switch tag, the VLAN table, the refusals.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -6,7 +6,6 @@
 
 #include "vdevice/chip/frame.h"
 #include "vdevice/chip/frame_builder.h"
-#include "vdevice/chip/mac_table.h"
 #include "vdevice/chip/port.h"
 #include "vdevice/chip/port_set.h"
 #include "vdevice/chip/switch_tag.h"
@@ -15,7 +14,6 @@
 namespace vdevice::chip {
 namespace {
 
-using namespace std::chrono_literals;
 using test::Octets;
 using test::operator+;
 
@@ -227,98 +225,6 @@ TEST_F(VlanTableTest, RefusesUnknownPortsAndUntaggedStrangers) {
     EXPECT_EQ(table_.set_ports(11, PortSet::of(5), {}), Status::kVlanMissing);
     EXPECT_EQ(table_.find(10)->members, PortSet::of(4));
     EXPECT_TRUE(table_.find(10)->untagged.empty());
-}
-
-class MacTableTest : public testing::Test {
-  protected:
-    static Mac mac(std::uint64_t number) { return Mac{0x020000000000 + number}; }
-
-    MacTable table_;
-};
-
-TEST_F(MacTableTest, LearnsPerVlanAndMoves) {
-    table_.learn(mac(1), 10, 4, 1s);
-    table_.learn(mac(1), 20, 5, 1s);
-    ASSERT_NE(table_.find(mac(1), 10), nullptr);
-    EXPECT_EQ(table_.find(mac(1), 10)->port, 4);
-    EXPECT_EQ(table_.find(mac(1), 20)->port, 5);
-    table_.learn(mac(1), 10, 6, 2s);
-    EXPECT_EQ(table_.find(mac(1), 10)->port, 6);
-    EXPECT_EQ(table_.counters().learned, 2U);
-    EXPECT_EQ(table_.counters().moved, 1U);
-    EXPECT_EQ(table_.size(), 2U);
-    EXPECT_EQ(table_.find(mac(2), 10), nullptr);
-}
-
-TEST_F(MacTableTest, AgesExactlyAtTheAgeTime) {
-    table_.set_age_time(300s);
-    table_.learn(mac(1), 10, 4, 10s);
-    table_.learn(mac(2), 10, 4, 20s);
-    table_.learn(mac(1), 10, 4, 30s);
-    table_.age(320s - 1ns);
-    EXPECT_EQ(table_.size(), 2U);
-    table_.age(320s);
-    EXPECT_EQ(table_.find(mac(2), 10), nullptr);
-    EXPECT_NE(table_.find(mac(1), 10), nullptr);
-    table_.age(330s);
-    EXPECT_EQ(table_.size(), 0U);
-    EXPECT_EQ(table_.counters().aged, 2U);
-}
-
-TEST_F(MacTableTest, AgeTimeZeroKeepsEverything) {
-    table_.set_age_time(0s);
-    table_.learn(mac(1), 10, 4, 0s);
-    table_.age(1000000s);
-    EXPECT_EQ(table_.size(), 1U);
-}
-
-TEST_F(MacTableTest, AStaticEntryNeitherMovesNorAges) {
-    table_.learn(mac(1), 10, 4, 0s);
-    EXPECT_EQ(table_.add_static(mac(1), 10, 7), Status::kOk);
-    table_.learn(mac(1), 10, 4, 1s);
-    table_.age(1000000s);
-    ASSERT_NE(table_.find(mac(1), 10), nullptr);
-    EXPECT_EQ(table_.find(mac(1), 10)->port, 7);
-    EXPECT_TRUE(table_.find(mac(1), 10)->is_static);
-    EXPECT_EQ(table_.counters().moved, 0U);
-}
-
-TEST_F(MacTableTest, RefusesGroupAddressesAndMissingEntries) {
-    EXPECT_EQ(table_.add_static(Mac{0x01005E000001}, 10, 4), Status::kMacNotUnicast);
-    EXPECT_EQ(table_.remove(mac(1), 10), Status::kMacMissing);
-    table_.learn(mac(1), 10, 4, 0s);
-    EXPECT_EQ(table_.remove(mac(1), 11), Status::kMacMissing);
-    EXPECT_EQ(table_.remove(mac(1), 10), Status::kOk);
-    EXPECT_EQ(table_.size(), 0U);
-}
-
-TEST_F(MacTableTest, AFullTableRefusesAndCounts) {
-    for (std::uint64_t i = 0; i < MacTable::kCapacity; ++i) {
-        table_.learn(mac(i), 10, 4, 0s);
-    }
-    EXPECT_EQ(table_.size(), MacTable::kCapacity);
-    EXPECT_EQ(table_.counters().refused, 0U);
-    table_.learn(mac(MacTable::kCapacity), 10, 4, 0s);
-    EXPECT_EQ(table_.size(), MacTable::kCapacity);
-    EXPECT_EQ(table_.counters().refused, 1U);
-    EXPECT_EQ(table_.add_static(mac(MacTable::kCapacity), 10, 4), Status::kMacTableFull);
-    EXPECT_EQ(table_.add_static(mac(0), 10, 5), Status::kOk) << "an address that has an entry needs no room";
-    table_.learn(mac(1), 10, 9, 0s);
-    EXPECT_EQ(table_.find(mac(1), 10)->port, 9) << "a full table still moves";
-    EXPECT_EQ(table_.remove(mac(2), 10), Status::kOk);
-    table_.learn(mac(MacTable::kCapacity), 10, 4, 0s);
-    EXPECT_NE(table_.find(mac(MacTable::kCapacity), 10), nullptr);
-}
-
-TEST_F(MacTableTest, ListsByVlanAndAddress) {
-    table_.learn(mac(2), 20, 4, 0s);
-    table_.learn(mac(9), 10, 4, 0s);
-    table_.learn(mac(1), 20, 4, 0s);
-    const auto entries = table_.list();
-    ASSERT_EQ(entries.size(), 3U);
-    EXPECT_EQ(entries[0].mac, mac(9));
-    EXPECT_EQ(entries[1].mac, mac(1));
-    EXPECT_EQ(entries[2].mac, mac(2));
 }
 
 TEST(DropReasons, EachHasANameOfItsOwn) {

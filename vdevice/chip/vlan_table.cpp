@@ -2,14 +2,6 @@
 #include "vdevice/chip/vlan_table.h"
 
 namespace vdevice::chip {
-namespace {
-
-bool is_vid(std::uint32_t vid) {
-    return vid >= kMinVid && vid <= kMaxVid;
-}
-
-}  // namespace
-
 VlanTable::VlanTable(const PortSet &existing, const Vlan &first_vlan) : existing_{existing}, rows_(kMaxVid + 1U) {
     rows_[kMinVid] = Row{true, first_vlan};
 }

@@ -28,6 +28,8 @@ class VlanTable {
 
     /** The VLAN's row, or null. */
     const Vlan *find(std::uint32_t vid) const;
+    /** kOk, or why there is no such VLAN. */
+    Status check(std::uint32_t vid) const { return check_all_exist({vid, vid}); }
     Vid default_vid() const { return default_vid_; }
     std::vector<Vid> list() const;
 

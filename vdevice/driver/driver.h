@@ -112,6 +112,79 @@ class Driver : public DriverCalls {
     int32_t user_eoam_trap_set(uint32_t unit, uint32_t zero, uint32_t value, adp_word_t option) override;
     int32_t user_selfmac_trap_to_cpu(uint32_t unit, uint32_t zero, uint32_t value, adp_word_t option) override;
 
+    // Addresses: driver_mac.cpp
+    int32_t user_mac_addr_add(uint32_t unit, adp_l2_entry_t entry) override;
+    int32_t user_mac_addr_delete(uint32_t unit, const uint8_t *key, uint32_t vid, adp_word_t option) override;
+    int32_t user_mac_addr_get(uint32_t unit, const uint8_t *key, uint32_t vid, adp_l2_entry_t *entry) override;
+    int32_t user_netlink_mac_nextValidAddr_get(uint32_t unit, adp_word_t index, adp_l2_entry_t *entry,
+                                               adp_word_t option) override;
+    int32_t user_mac_age_time_set(uint32_t unit, uint32_t seconds) override;
+    int32_t user_mac_age_time_get(uint32_t unit, uint32_t *seconds) override;
+    int32_t user_l2_cache_size_get(uint32_t unit, uint32_t zero, uint32_t *size) override;
+    int32_t user_mac_table_show(uint32_t unit, adp_word_t first, adp_word_t third, adp_word_t fourth) override;
+    int32_t user_mac_mcast_table_show(uint32_t unit, adp_word_t first, adp_word_t third, adp_word_t fourth) override;
+
+    // driver_mac_delete.cpp
+    int32_t user_l2_addr_del_all_addr_by_lrntype(uint32_t unit, uint32_t zero, uint32_t type) override;
+    int32_t user_l2_addr_delete_by_vlan(uint32_t unit, uint32_t zero, uint32_t vid, uint32_t all) override;
+    int32_t user_l2_addr_delete_static_by_vlan(uint32_t unit, uint32_t zero, uint32_t vid, uint32_t flags) override;
+    int32_t user_l2_addr_delete_by_mac(uint32_t unit, uint32_t zero, const uint8_t *key, uint32_t all) override;
+    int32_t user_l2_addr_delete_static_by_mac(uint32_t unit, uint32_t zero, const uint8_t *key,
+                                              uint32_t flags) override;
+    int32_t user_l2_addr_delete_by_port(uint32_t unit, uint32_t zero, int32_t module, int32_t port,
+                                        uint32_t all) override;
+    int32_t user_l2_addr_delete_static_by_port(uint32_t unit, uint32_t zero, int32_t module, int32_t port) override;
+    int32_t user_l2_addr_delete_by_vlan_port(uint32_t unit, uint32_t zero, uint32_t vid, int32_t module, int32_t port,
+                                             uint32_t all) override;
+    int32_t user_l2_addr_delete_static_by_vlan_port(uint32_t unit, uint32_t zero, uint32_t vid, int32_t port) override;
+    int32_t user_l2_addr_delete_by_vlan_trunk(uint32_t unit, uint32_t zero, uint32_t vid, int32_t trunk,
+                                              uint32_t all) override;
+    int32_t user_l2_addr_delete_dynaic_by_mac_port(uint32_t unit, uint32_t zero, const uint8_t *key, int32_t port,
+                                                   adp_word_t option) override;
+    int32_t user_l2_addr_delete_static_by_mac_port(uint32_t unit, uint32_t zero, const uint8_t *key, int32_t port,
+                                                   adp_word_t option) override;
+    int32_t user_l2_addr_delete_all_by_mac_port(uint32_t unit, uint32_t zero, const uint8_t *key,
+                                                int32_t port) override;
+    int32_t user_l2_addr_delete_trunk_dynamic_by_port_mac_vlan(uint32_t unit, uint32_t zero, const uint8_t *key,
+                                                               int32_t port, uint32_t vid) override;
+    int32_t user_l2_addr_delete_trunk_static_by_port_mac_vlan(uint32_t unit, uint32_t zero, const uint8_t *key,
+                                                              int32_t port, uint32_t vid) override;
+    int32_t user_l2_addr_delete_all_dynamic_by_port_mac_vlan(uint32_t unit, uint32_t zero, const uint8_t *key,
+                                                             int32_t port, uint32_t vid) override;
+
+    // driver_mac_limit.cpp
+    int32_t user_mac_learn_limit_set(uint32_t unit, netlink_learn_limit_t limit) override;
+    int32_t user_mac_learn_limit_get(uint32_t unit, netlink_learn_limit_t *limit) override;
+    int32_t user_mac_learn_count_get_by_port(int32_t port, uint32_t *count) override;
+    int32_t user_mac_violate_count_get_by_port(int32_t port, uint32_t *count) override;
+    int32_t user_mac_violate_del_by_port(int32_t port) override;
+
+    // Multicast groups: driver_group.cpp
+    int32_t User_mcast_addr_t_init(uint32_t unit, netlink_mcast_entry_t *entry, const uint8_t *key,
+                                   uint32_t vid) override;
+    int32_t User_mcast_addr_add(uint32_t unit, uint32_t zero, const netlink_mcast_entry_t *entry) override;
+    int32_t User_mcast_addr_remove(uint32_t unit, uint32_t zero, const uint8_t *key, uint32_t vid) override;
+    int32_t User_mcast_port_get(uint32_t unit, uint32_t zero, const uint8_t *key, uint32_t vid,
+                                netlink_mcast_entry_t *entry) override;
+    int32_t User_mcast_port_add(uint32_t unit, uint32_t zero, const netlink_mcast_entry_t *entry) override;
+    int32_t User_mcast_port_remove(uint32_t unit, uint32_t zero, const netlink_mcast_entry_t *entry) override;
+    int32_t user_mac_mcast_addr_add(uint32_t unit, adp_l2_entry_t entry) override;
+    int32_t user_mac_mcast_addr_delete(uint32_t unit, const uint8_t *key, uint32_t vid, adp_word_t option) override;
+    int32_t user_mac_mcast_addr_get(uint32_t unit, const uint8_t *key, uint32_t vid, adp_l2_entry_t *entry) override;
+    int32_t user_is_mcast_addr_exist_by_vlan(uint32_t unit, uint32_t vid, uint32_t second, adp_word_t option) override;
+    int32_t user_is_mcast_addr_exist_vlan_is(uint32_t unit, adp_word_t first, adp_word_t third,
+                                             adp_word_t fourth) override;
+
+    // driver_group_rules.cpp
+    int32_t User_switch_port_control_l2mc_enable(uint32_t unit, int32_t port, uint32_t zero, uint32_t value) override;
+    int32_t User_switch_port_control_l2mc_get(uint32_t unit, int32_t port, uint32_t zero, uint32_t *value) override;
+    int32_t User_switch_port_control_ipmc_set(uint32_t unit, int32_t port, uint32_t zero, uint32_t value) override;
+    int32_t User_switch_port_control_ipmc_get(uint32_t unit, int32_t port, uint32_t zero, uint32_t *value) override;
+    int32_t User_switch_ipmc_set(uint32_t unit, uint32_t zero, uint32_t enable) override;
+    int32_t User_switch_ip6mc_mode_set(uint32_t unit, uint32_t zero, uint32_t mode) override;
+    int32_t User_switch_ipmc_lookup_miss_action(uint32_t unit, uint32_t zero, int32_t port, uint32_t action) override;
+    int32_t User_switch_ip6mc_lookup_miss_action(uint32_t unit, uint32_t zero, int32_t port, uint32_t action) override;
+
     // Reserved addresses and start-up: driver_start.cpp
     int32_t user_l2_bpdu_get(uint32_t unit, uint32_t zero, uint32_t index, uint8_t *mac) override;
     int32_t user_l2_bpdu_set(uint32_t unit, uint32_t zero, uint32_t index, const uint8_t *mac) override;
@@ -149,6 +222,20 @@ class Driver : public DriverCalls {
                       const std::function<uint32_t(const chip::Port &)> &value) const;
     int32_t write_port(uint32_t unit, uint32_t zero, int32_t port,
                        const std::function<chip::Status(chip::Port &)> &change);
+
+    class Key;
+    int32_t delete_set(uint32_t unit, uint32_t zero, const Key &key);
+    int32_t delete_one(uint32_t unit, uint32_t zero, const Key &key);
+    void show_entries(adp_word_t vid, bool groups);
+    std::string line_of(const chip::MacEntry &entry) const;
+
+    template <typename Operation>
+    int32_t with_front_ports(uint32_t unit, uint32_t zero, const netlink_mcast_entry_t *entry, Operation operation);
+    template <typename Operation>
+    int32_t with_group(uint32_t unit, uint32_t zero, const uint8_t *key, uint32_t vid, const void *out,
+                       Operation operation);
+    int32_t set_group_miss(uint32_t unit, uint32_t zero, int32_t port, uint32_t action,
+                           chip::GroupMiss chip::PortGroupRules::*rule);
 
     chip::Switch &chip_;
     Board board_;

@@ -130,7 +130,7 @@ int32_t Driver::del_mac_addr(const char *mac, uint32_t vid, uint32_t /*flag*/) {
     if (!address) {
         return chip::code(Status::kMacSyntax);
     }
-    if (vid < chip::kMinVid || vid > chip::kMaxVid) {
+    if (!chip::is_vid(vid)) {
         return chip::code(Status::kVlanRange);
     }
     return chip::code(chip_.macs().remove(*address, static_cast<chip::Vid>(vid)));
@@ -144,7 +144,9 @@ int32_t Driver::set_mac_tbl_clear_by_port(uint32_t intf, uint32_t scope, uint32_
     if (scope != kScopeAllVlans || kind != kKindLearned) {
         return chip::code(Status::kBadArgument);
     }
-    chip_.macs().remove_if([&](const chip::MacEntry &entry) { return !entry.is_static && entry.port == *port; });
+    chip::MacFilter learned;
+    learned.place = chip_.place_of(*port);
+    chip_.macs().remove_all(learned);
     return kOk;
 }
 

@@ -49,7 +49,11 @@ int32_t Driver::user_igmp_snooping_init(uint32_t unit, uint32_t zero) {
 }
 
 int32_t Driver::User_mcast_init(uint32_t unit, uint32_t zero) {
-    return user_switch_control_set(unit, zero, kReservedMulticast, 0);
+    const int32_t result = user_switch_control_set(unit, zero, kReservedMulticast, 0);
+    if (result == kOk) {
+        chip_.macs().remove_all_groups();
+    }
+    return result;
 }
 
 int32_t Driver::user_dos_attack_prevent_init(uint32_t unit, uint32_t zero) {

@@ -33,6 +33,8 @@ void add_commands(CLI::App &app, Options &options) {
     app.add_subcommand("ports", "the ports with their state");
     app.add_subcommand("vlans", "the VLAN table");
     app.add_subcommand("macs", "the MAC table");
+    app.add_subcommand("mcast", "the multicast groups, and what becomes of unknown ones");
+    app.add_subcommand("limits", "limits on learning, and the addresses that they refused");
     app.add_subcommand("trunks", "the trunks with their members");
     app.add_subcommand("counters", "frames and octets of each port, and why frames were dropped");
     app.add_subcommand("log", "what the device and its software logged");

@@ -7,6 +7,7 @@
 #include <map>
 #include <vector>
 
+#include "vdevice/vdevctl/l2_tables.h"
 #include "vdevice/vdevctl/port_text.h"
 #include "vdevice/vdevctl/start_tables.h"
 
@@ -74,21 +75,6 @@ std::string show_trunks(const json &answer) {
     return text + fmt::format("hash selection {:#x}\n", answer["hash"].get<int>());
 }
 
-std::string show_macs(const json &answer) {
-    std::string text = fmt::format("{:>4}  {:<17}  {:>4}  {}\n", "VLAN", "ADDRESS", "PORT", "AGE");
-    for (const json &entry : answer["macs"]) {
-        const bool is_static = entry["static"].get<bool>();
-        const int trunk = entry["trunk"].get<int>();
-        const std::string place = trunk < 0 ? port_name(entry["port"].get<int>()) : fmt::format("t{}", trunk);
-        text += fmt::format("{:>4}  {:<17}  {:>4}  {}\n", entry["vid"].get<int>(), entry["mac"].get<std::string>(),
-                            place, is_static ? "static" : fmt::format("{:.0f} s", entry["age"].get<double>()));
-    }
-    return text + fmt::format("{} of {} entries; learned {}, moved {}, aged out {}, refused {}\n",
-                              answer["macs"].size(), answer["capacity"].get<std::uint64_t>(),
-                              answer["learned"].get<std::uint64_t>(), answer["moved"].get<std::uint64_t>(),
-                              answer["aged"].get<std::uint64_t>(), answer["refused"].get<std::uint64_t>());
-}
-
 std::string show_drops(const json &row) {
     std::vector<std::string> parts;
     for (const auto &[reason, count] : row["drops"].items()) {
@@ -153,7 +139,8 @@ std::string show(const std::string &command, const json &answer) {
     static const std::map<std::string, Show> kTables = {
         {"ports", show_ports},       {"vlans", show_vlans},     {"macs", show_macs},     {"counters", show_counters},
         {"log", show_log},           {"events", show_events},   {"trunks", show_trunks}, {"version", show_version},
-        {"reserved", show_reserved}, {"mirrors", show_mirrors}, {"gpio", show_gpio},
+        {"reserved", show_reserved}, {"mirrors", show_mirrors}, {"gpio", show_gpio},     {"mcast", show_groups},
+        {"limits", show_limits},
     };
     const auto table = kTables.find(command);
     return table == kTables.end() ? std::string{} : table->second(answer);

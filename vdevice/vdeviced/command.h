@@ -16,6 +16,7 @@ class Refusal : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+double seconds(chip::Time time);
 /** The user port of a chip port, the CPU port being 0. */
 int user_number(const Device &device, int chip_port);
 /** The set's ports as user ports; chip ports that the board does not use are left out. */
@@ -26,5 +27,10 @@ nlohmann::json show_reserved(Device &device, const nlohmann::json &request);
 nlohmann::json show_mirrors(Device &device, const nlohmann::json &request);
 /** With a pin and a level it drives the pin first. */
 nlohmann::json gpio(Device &device, const nlohmann::json &request);
+
+// Commands on the MAC table: l2_commands.cpp
+nlohmann::json show_macs(Device &device, const nlohmann::json &request);
+nlohmann::json show_groups(Device &device, const nlohmann::json &request);
+nlohmann::json show_limits(Device &device, const nlohmann::json &request);
 
 }  // namespace vdevice

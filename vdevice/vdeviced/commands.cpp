@@ -5,7 +5,6 @@
 #include <map>
 #include <string>
 
-#include "vdevice/driver/mac_text.h"
 #include "vdevice/io/error.h"
 #include "vdevice/vdeviced/command.h"
 
@@ -14,10 +13,6 @@ namespace {
 
 using chip::PortSet;
 using nlohmann::json;
-
-double seconds(chip::Time time) {
-    return std::chrono::duration<double>(time).count();
-}
 
 void for_each_wire(const Device &device, const std::function<void(const Wire &, const chip::Port &)> &visit) {
     for (int port = 0; port < chip::Switch::kPorts; ++port) {
@@ -72,29 +67,6 @@ json vlans(Device &device, const json & /*request*/) {
                         {"untagged", user_numbers(device, vlan.untagged)}});
     }
     return {{"vlans", rows}};
-}
-
-json macs(Device &device, const json & /*request*/) {
-    json rows = json::array();
-    const chip::MacTable &table = device.chip().macs();
-    for (const chip::MacEntry &entry : table.list()) {
-        json row = {{"vid", entry.vid},
-                    {"mac", driver::to_text(entry.mac)},
-                    {"port", user_number(device, entry.port)},
-                    {"trunk", entry.trunk},
-                    {"static", entry.is_static}};
-        if (!entry.is_static) {
-            row["age"] = seconds(device.now() - entry.last_seen);
-        }
-        rows.push_back(row);
-    }
-    return {{"macs", rows},
-            {"capacity", chip::MacTable::kCapacity},
-            {"age_time", table.age_time().count()},
-            {"learned", table.counters().learned},
-            {"moved", table.counters().moved},
-            {"aged", table.counters().aged},
-            {"refused", table.counters().refused}};
 }
 
 json counters(Device &device, const json & /*request*/) {
@@ -196,7 +168,9 @@ const std::map<std::string, Command> &command_table() {
     static const std::map<std::string, Command> kCommands = {
         {"ports", ports},
         {"vlans", vlans},
-        {"macs", macs},
+        {"macs", show_macs},
+        {"mcast", show_groups},
+        {"limits", show_limits},
         {"counters", counters},
         {"log", log},
         {"events", events},
@@ -213,6 +187,10 @@ const std::map<std::string, Command> &command_table() {
 }
 
 }  // namespace
+
+double seconds(chip::Time time) {
+    return std::chrono::duration<double>(time).count();
+}
 
 int user_number(const Device &device, int chip_port) {
     constexpr int kCpuUserNumber = 0;

@@ -92,7 +92,49 @@ int32_t reserve_address(const Numbers &numbers) {
     return user_l2_bpdu_set(0, 0, word(numbers.at(0)), mac);
 }
 
+/** Flags, port and trunk of an entry for the address 02:00:00:00:00:NUMBER in VLAN 1. */
+int32_t add_address(const Numbers &numbers) {
+    constexpr uint8_t kLocal = 2;
+    adp_l2_entry_t entry = {};
+    entry.mac[0] = kLocal;
+    entry.mac[NETLINK_MAC_BYTES - 1] = static_cast<uint8_t>(numbers.at(0));
+    entry.vid = 1;
+    entry.flags = word(numbers.at(1));
+    entry.port = numbers.at(2);
+    entry.trunk = numbers.at(3);
+    return user_mac_addr_add(0, entry);
+}
+
+/** Makes the group 01:00:5e:01:01:01 of VLAN 1 of front ports, then prints the chip ports it has as a word. */
+int32_t make_group(const Numbers &front_ports) {
+    static const uint8_t key[NETLINK_MAC_KEY_BYTES] = {1, 0, 0x5E, 1, 1, 1};
+    netlink_mcast_entry_t entry = {};
+    User_mcast_addr_t_init(0, &entry, key, 1);
+    for (const int port : front_ports) {
+        entry.ports[0] |= 1U << port;
+    }
+    const int32_t result = User_mcast_addr_add(0, 0, &entry);
+    User_mcast_port_get(0, 0, key, 1, &entry);
+    std::printf("%u %u ", entry.index, entry.ports[0]);
+    return result;
+}
+
+/** Sets a limit by scope flags, VLAN, port, trunk and limit. */
+int32_t set_limit(const Numbers &numbers) {
+    netlink_learn_limit_t limit = {};
+    limit.flags = word(numbers.at(0));
+    limit.vid = static_cast<uint16_t>(numbers.at(1));
+    limit.port = numbers.at(2);
+    limit.trunk = numbers.at(3);
+    limit.limit = word(numbers.at(4));
+    return user_mac_learn_limit_set(0, limit);
+}
+
 const std::map<std::string, std::function<int32_t(const Numbers &)>> kCalls = {
+    {"add-address", add_address},
+    {"group", make_group},
+    {"group-miss", [](const Numbers &n) { return User_switch_ipmc_lookup_miss_action(0, 0, n.at(0), word(n.at(1))); }},
+    {"limit", set_limit},
     {"enable", [](const Numbers &n) { return user_port_enable_set(0, 0, n.at(0), word(n.at(1))); }},
     {"loopback", [](const Numbers &n) { return user_port_loopback_set(0, 0, n.at(0), word(n.at(1))); }},
     {"trunk", make_trunk},
