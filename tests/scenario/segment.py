@@ -11,6 +11,9 @@ SERVED_SECONDS = 20.0
 # Frames of this many stations wait at the device's port at most: its socket's buffer may be the kernel's default.
 BATCH = 200
 RX_FRAMES = 1
+# The MAC table's hash, as the virtual device documents it.
+CAPACITY = 8192
+BUCKETS, SLOTS = 1024, 8
 
 
 class Segment:
@@ -82,6 +85,11 @@ class Segment:
 def in_a_row(count, first=0):
     """As many addresses one after the other, none of which the bench uses elsewhere."""
     return [bytes.fromhex("02ac0000") + (first + number).to_bytes(2, "big") for number in range(count)]
+
+
+def bucket(address, vid):
+    """The bucket of the MAC table in which the address must find room."""
+    return (sum(int.from_bytes(address[at : at + 2], "big") for at in (0, 2, 4)) + vid) % BUCKETS
 
 
 def colon_form(address):

@@ -2,15 +2,13 @@
 
 import pytest
 from cpu import group
-from segment import ALL, NO_LIMIT, VLAN, Segment, colon_form, in_a_row
+from segment import ALL, BUCKETS, CAPACITY, NO_LIMIT, SLOTS, VLAN, Segment, bucket, colon_form, in_a_row
 
 SENDER, PORT, MEMBER, WITNESS = 1, 5, 22, 26
 PORTS = (SENDER, PORT, MEMBER, WITNESS)
 SCOPE_VLAN, SCOPE_INTERFACE, SCOPE_SYSTEM = 0, 1, 2
 LIMIT = 3
-CAPACITY = 8192
 TABLE_FULL, BUCKET_FULL = -20, -24
-BUCKETS, SLOTS = 1024, 8
 NO_SUCH_SCOPE = 101
 
 
@@ -109,20 +107,15 @@ def test_a_full_table_refuses_the_next_station_and_counts_it(lab, cpu, segment):
     assert cpu.result("adp_add_mac_addr", other.hex(), PORT, VLAN, 1) == TABLE_FULL
     assert segment.say(SENDER, stations[-1], stations[0]) == {PORT}, "those that are known are still found"
 
-    home = next(station for station in stations if bucket(station) == bucket(stranger))
+    home = next(station for station in stations if bucket(station, VLAN) == bucket(stranger, VLAN))
     assert cpu.result("adp_del_mac_addr", home.hex(), VLAN, 0, 0) == 0
     segment.say(PORT, stranger)
     assert segment.interface(stranger) == PORT
     assert segment.learned(PORT) == CAPACITY - 1, "one of them has moved to the sender's port"
 
 
-def bucket(address):
-    """Where the chip looks for an address of the segment's VLAN."""
-    return (sum(int.from_bytes(address[at : at + 2], "big") for at in (0, 2, 4)) + VLAN) % BUCKETS
-
-
 def test_a_full_bucket_refuses_while_the_table_has_room(lab, cpu, segment):
-    stations = [station for station in in_a_row(CAPACITY + BUCKETS) if bucket(station) == 0]
+    stations = [station for station in in_a_row(CAPACITY + BUCKETS) if bucket(station, VLAN) == 0]
     assert len(stations) == SLOTS + 1
     before = refused_ones(lab)
     segment.crowd(PORT, stations)

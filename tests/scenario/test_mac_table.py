@@ -2,7 +2,7 @@
 
 import pytest
 from lab.process import poll_until
-from segment import ALL, MISSING, VLAN, Segment, colon_form, in_a_row
+from segment import ALL, CAPACITY, SLOTS, VLAN, Segment, bucket, colon_form, in_a_row
 
 SENDER, PORT, ELSEWHERE, WITNESS = 1, 5, 22, 26
 PORTS = (SENDER, PORT, ELSEWHERE, WITNESS)
@@ -10,7 +10,6 @@ FLAG_STATIC, FLAG_DROP_TO, FLAG_DROP_FROM = 0x8, 0x10, 0x20
 AGE_SECONDS, USUAL_AGE_SECONDS = 1, 300
 AGED_OUT_SECONDS = 20.0
 NOT_UNICAST = -22
-CAPACITY = 8192
 OTHER_VLAN = 101
 NO_SUCH_CALL = -100
 GROUP_ADDRESS = "01005e010203"
@@ -47,8 +46,7 @@ def test_a_station_is_learned_where_it_speaks(lab, segment):
 def test_the_index_is_the_bucket_and_a_slot(lab, cpu, segment):
     station = segment.station(PORT)
     answer = cpu.call("adp_get_l2_index_by_addr", station.hex(), VLAN)
-    words = [int.from_bytes(station[at : at + 2], "big") for at in (0, 2, 4)]
-    assert answer["outputs"]["index"] // 8 == (sum(words) + VLAN) % 1024
+    assert answer["outputs"]["index"] // SLOTS == bucket(station, VLAN)
     assert answer["outputs"]["index"] == shown(lab, station)["index"]
 
 
