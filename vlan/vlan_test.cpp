@@ -1,11 +1,11 @@
 // The plain VLAN calls: each makes one driver call, VLAN ids cut to 16 bits, and returns the driver's result.
-#include <functional>
-
-#include "tests/support/library_test.h"
+#include "vlan/plain_call_test_support.h"
 
 namespace {
 
 using ::testing::ElementsAre;
+using vlan_test::PlainCall;
+using vlan_test::PlainVlanCall;
 
 // Port sets that the plain membership calls hand through by address.
 const adp_ports_t kPorts = {1u << 4 | 1u << 5, 0, 0, 0, 0, 0, 0, 1u << 31};
@@ -13,24 +13,8 @@ const adp_ports_t kUntagged = {1u << 5};
 const adp_word_t kPortsWord = reinterpret_cast<adp_word_t>(kPorts);
 const adp_word_t kUntaggedWord = reinterpret_cast<adp_word_t>(kUntagged);
 
-struct PlainCall {
-    const char *name;
-    std::function<adp_status_t()> call;
-    const char *driver_call;
-};
-
-class PlainVlanCall : public library_test::LibraryTest, public ::testing::WithParamInterface<PlainCall> {};
-
 TEST_P(PlainVlanCall, MakesItsDriverCallAndReturnsTheResultUnchanged) {
-    const std::string before = library_test::table_bytes();
-    for (const int32_t result : {0, 1, -1, 102, -12345}) {
-        driver().reset();
-        const std::string text = GetParam().driver_call;
-        driver().on(text.substr(0, text.find('('))).returns(result);
-        EXPECT_EQ(GetParam().call(), result);
-        EXPECT_THAT(driver().trace(), ElementsAre(text));
-    }
-    EXPECT_EQ(library_test::table_bytes(), before);
+    makes_its_driver_call_and_returns_the_result_unchanged();
 }
 
 uint32_t scratch;
@@ -59,7 +43,7 @@ INSTANTIATE_TEST_SUITE_P(
                   "user_vlan_default_set(unit=0, zero=0, vid=7)"},
         PlainCall{"DefaultGet", [] { return adp_vlan_default_get(&scratch); },
                   "user_vlan_default_get(unit=0, zero=0)"}),
-    [](const auto &test) { return std::string(test.param.name); });
+    vlan_test::name_of);
 
 class VlanDefault : public library_test::LibraryTest {};
 
