@@ -19,7 +19,7 @@ def pytest_sessionstart():
     try:
         Build(DEVICE_BUILD).command("vdeviced")
         for name in BUILDS:
-            for program in ("adpsh", "link_aggregation"):
+            for program in ("adpsh", "link_aggregation", "igmp_snooping"):
                 Build(name).command(program)
     except LabError as problem:
         pytest.exit(str(problem), returncode=1)
