@@ -10,6 +10,9 @@ import pytest
 from cpu import Cpu
 from lab import Build, Lab, LabError
 
+pytest.register_assert_rewrite("segment", "stage")
+from stage import MEMBERS, Stage, theatre  # noqa: E402
+
 BUILDS = os.environ.get("ADP_SCENARIO_BUILDS", "host,mips").split(",")
 DEVICE_BUILD = os.environ.get("ADP_SCENARIO_DEVICE", "host")
 
@@ -55,3 +58,29 @@ def cpu(session_cpu):
 @pytest.fixture
 def hosts(lab):
     return lab.hosts
+
+
+# Multicast snooping
+
+
+@pytest.fixture(name="theatre", scope="session")
+def open_theatre():
+    """A device whose hosts speak IP."""
+    with theatre(DEVICE_BUILD) as bench:
+        yield bench
+
+
+@pytest.fixture
+def stage(theatre, build):
+    """The snooping program, which has nothing to complain about in the end."""
+    with contextlib.closing(Stage(theatre, build)) as made:
+        yield made
+        assert made.end() == 0
+
+
+@pytest.fixture
+def group_stage(theatre, build):
+    """The same with an aggregation group of two ports."""
+    with contextlib.closing(Stage(theatre, build, MEMBERS)) as made:
+        yield made
+        assert made.end() == 0

@@ -1,4 +1,4 @@
-"""Addresses deleted by every key and mode while others talk: what the key picks is forgotten, and nobody else notices."""
+"""Addresses deleted by every key and mode while others talk: what the key picks is forgotten, nobody else notices."""
 
 import pytest
 from segment import ALL, DYNAMIC, MISSING, STATIC, VLAN, Segment

@@ -44,9 +44,10 @@ class SnoopingProgram:
         return self._process.poll() is None
 
     def end(self):
-        """Lets the program tidy up; gives its exit status."""
-        self._process.stdin.close()
-        self.await_line("ended")
+        """Lets the program tidy up, unless it has ended already; gives its exit status."""
+        if not self._process.stdin.closed:
+            self._process.stdin.close()
+            self.await_line("ended")
         return self._process.wait(LINE_SECONDS)
 
     def close(self):
