@@ -139,7 +139,7 @@ def broken(dialect, group):
         (join[:1], {"is_checked": False}),
         (join[:2] + b"\x12\x34" + join[4:], {"is_checked": False}),
         (record[:2] + b"\x12\x34" + record[4:], {"is_checked": False}),
-        (join, {"tags": vlan_tag(VLAN) + vlan_tag(OTHER_VLAN)}),
+        (join, {"tags": vlan_tag(VLAN) + vlan_tag(VLAN)}),
     ]
 
 
