@@ -1,5 +1,6 @@
-"""The demonstration: a virtual device with six hosts, and the example program frame_path at work on its CPU; then two
-devices joined by an aggregation group whose cables are pulled (failover.py).
+"""The demonstration: a virtual device with six hosts, and the example program frame_path at work on its CPU; then acl,
+which guards a port (demo_acl.py); then two devices joined by an aggregation group whose cables are pulled
+(failover.py).
 
 Each step shows what the program asked of the library, which ports the frame really left (as the hosts saw it), and
 what the program received from where. Every step is compared with what it has to give, so that the demonstration is a
@@ -14,6 +15,7 @@ import signal
 import subprocess
 import sys
 
+from demo_acl import run_acl
 from demo_traffic import HOST_PORTS, RECEIVED, SENT, host_frames
 from failover import run_failover
 from lab import Build, Lab, LabError
@@ -197,6 +199,12 @@ def run_program(lab, build):
     return print_summary(demonstration.rows, build)
 
 
+def run_programs(lab, build):
+    """Shows what runs on one device; true if everything was as expected."""
+    good = run_program(lab, build)
+    return run_acl(lab, build, paint) and good
+
+
 def way_in(pid):
     """The command that enters a namespace of this bench from another terminal of the same user."""
     with open("/proc/self/uid_map", encoding="ascii") as mapping:
@@ -230,7 +238,7 @@ def main():
     try:
         with Lab(arguments.device, HOST_PORTS) as lab:
             print("It is up.")
-            good = (open_shell if arguments.shell else run_program)(lab, arguments.build)
+            good = (open_shell if arguments.shell else run_programs)(lab, arguments.build)
         if not arguments.shell:
             good = run_failover(arguments.device, arguments.build, paint) and good
     except KeyboardInterrupt:

@@ -22,11 +22,10 @@
 
 #include <adp/adp.h>
 
+#include "board.h"
 #include "vdevice/remote/vdev_linkscan.h"
 
 enum {
-    kCpuPhysicalPort = 0,
-    kFirstPhysicalPort = 4, /* the board wires user port 1 to the chip's port 4, 2 to 5 and so on */
     kVlan = 100,
     kDefaultVlan = 1,
     kGroupNumber = 1,
@@ -83,15 +82,6 @@ static int32_t on_group_event(const adp_agg_event_t *event) {
 static int32_t on_link_scan(uint32_t unit, uint32_t port, uint32_t status) {
     const struct link_change change = {unit, port, status};
     return write(change_pipe[1], &change, sizeof change) == (ssize_t)sizeof change ? 0 : -1;
-}
-
-static bool set_up_port_map(void) {
-    adp_status_t status = adp_set_max_phy_port_num(ADP_USER_PORTS);
-    if (status == ADP_OK)
-        status = adp_add_cpu_port(0, 0, 0, kCpuPhysicalPort, 0);
-    for (uint32_t port = 1; status == ADP_OK && port <= ADP_USER_PORTS; port++)
-        status = adp_add_phy_port(port, 0, 0, port + kFirstPhysicalPort - 1, 0);
-    return succeeded("set up the port map", status);
 }
 
 static bool set_pvid(uint32_t ports, uint32_t vlan) {
@@ -240,7 +230,8 @@ int main(int argc, char **argv) {
     if (!read_ports(argc - 1, argv + 1, &ports))
         return 2;
     setvbuf(stdout, NULL, _IOLBF, 0);
-    if (!take_signals(&previous) || !set_up_port_map() || !create_vlan(ports) || !watch_links() || !create_group(ports))
+    if (!take_signals(&previous) || !succeeded("set up the port map", set_up_board()) || !create_vlan(ports) ||
+        !watch_links() || !create_group(ports))
         return 1;
     printf("ready: ");
     print_group();

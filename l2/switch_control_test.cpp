@@ -1,17 +1,17 @@
 // Switch controls, the trap of the device's own address, and the per-port controls that do not fan out.
-#include "port/untagged_priority.h"
-#include "tests/support/library_test.h"
+#include "tests/support/port_calls.h"
 
 namespace {
 
-using library_test::table_bytes;
+using port_calls::kFailures;
+using port_calls::kNotWritten;
+using port_calls::NotOnGroups;
+using port_calls::OnUserPort;
+using port_calls::outputs;
+using port_calls::PortCall;
+using port_calls::ReadOfUserPort;
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-
-constexpr uint32_t kNotWritten = 0xAAAAAAAA;
-constexpr int32_t kFailures[] = {-1, 1, 77, INT32_MIN};
-constexpr uint32_t kOtherTypes[] = {0x20000001, 0x70000002, 0xFFFFFFFF};
-constexpr uint32_t kGroups[] = {ADP_AGG_INTF(1), ADP_AGG_INTF(8), ADP_AGG_INTF(0), ADP_AGG_INTF(9), 0x1FFFFFFF};
+using ::testing::ValuesIn;
 
 class SwitchControl : public library_test::LibraryTest {
   protected:
@@ -65,90 +65,17 @@ TEST_F(SwitchControl, SelfMacTrapReturnsTheDriversResult) {
     }
 }
 
-uint32_t output;
+const std::vector<PortCall> kPortControls = {
+    {"VlanControlSet", [](uint32_t intf) { return hal_vlan_control_port_set(intf, 9, INT32_MIN); },
+     "user_vlan_control_port_set", ", control=9, value=-2147483648"},
+    {"VlanControlGet",
+     [](uint32_t intf) { return hal_vlan_control_port_get(intf, 0xFFFFFFFF, &outputs[0]); },
+     "user_vlan_control_port_get",
+     ", control=4294967295",
+     {"value"}}};
 
-/** A control of one port: its call and what the driver sees for physical port %d. */
-struct PortControl {
-    const char *name;
-    adp_status_t (*run)(uint32_t intf);
-    std::string driver_call;
-    std::string arguments;
-};
-
-void PrintTo(const PortControl &control, std::ostream *out) {
-    *out << control.name;
-}
-
-class OnOnePort : public library_test::LibraryTest, public ::testing::WithParamInterface<PortControl> {
-  protected:
-    void SetUp() override {
-        LibraryTest::SetUp();
-        output = kNotWritten;
-    }
-    static std::string expected(int port) {
-        return GetParam().driver_call + "(unit=0, zero=0, port=" + std::to_string(port) + GetParam().arguments + ")";
-    }
-};
-
-TEST_P(OnOnePort, IsSentToThePhysicalPort) {
-    for (const uint32_t intf : {1u, 26u, 0u, 27u}) {
-        EXPECT_EQ(GetParam().run(intf), 0);
-    }
-    EXPECT_THAT(driver().trace(), ElementsAre(expected(4), expected(29), expected(0), expected(-1)));
-}
-
-TEST_P(OnOnePort, ReportsAnyFailureAs102) {
-    for (const int32_t failure : kFailures) {
-        driver().fail_every(GetParam().driver_call, failure);
-        EXPECT_EQ(GetParam().run(1), 102);
-    }
-    EXPECT_EQ(driver().count(), std::size(kFailures));
-    EXPECT_EQ(output, kNotWritten);
-}
-
-TEST_P(OnOnePort, OnAnyGroupIs102WithoutADriverCall) {
-    set_active(1, {4, 5});
-    set_configured(1, 1u << 1);
-    agg_manage_intf[0] = 1;
-    const std::string before = table_bytes();
-    for (const uint32_t group : kGroups) {
-        EXPECT_EQ(GetParam().run(group), 102) << group;
-    }
-    EXPECT_THAT(driver().trace(), IsEmpty());
-    EXPECT_EQ(output, kNotWritten);
-    EXPECT_EQ(table_bytes(), before);
-}
-
-TEST_P(OnOnePort, OnOtherTypesIs201WithoutADriverCall) {
-    for (const uint32_t intf : kOtherTypes) {
-        EXPECT_EQ(GetParam().run(intf), 201) << intf;
-    }
-    EXPECT_THAT(driver().trace(), IsEmpty());
-    EXPECT_EQ(output, kNotWritten);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Controls, OnOnePort,
-    ::testing::Values(PortControl{"VlanControlSet",
-                                  [](uint32_t intf) { return hal_vlan_control_port_set(intf, 9, INT32_MIN); },
-                                  "user_vlan_control_port_set", ", control=9, value=-2147483648"},
-                      PortControl{"VlanControlGet",
-                                  [](uint32_t intf) { return hal_vlan_control_port_get(intf, 9, &output); },
-                                  "user_vlan_control_port_get", ", control=9"},
-                      PortControl{"UntaggedPriority",
-                                  [](uint32_t intf) { return adp::hal_port_untagged_priority_set(adp::Intf(intf), 7); },
-                                  "user_port_untagged_priority_set", ", priority=7"}),
-    [](const auto &row) { return std::string(row.param.name); });
-
-TEST_F(SwitchControl, VlanControlGetFillsTheOutput) {
-    driver().on("user_vlan_control_port_get").sets("value", 0xFFFFFFFEu);
-    EXPECT_EQ(hal_vlan_control_port_get(26, 0xFFFFFFFF, &value_), 0);
-    EXPECT_EQ(value_, 0xFFFFFFFEu);
-    EXPECT_THAT(driver().trace(),
-                ElementsAre("user_vlan_control_port_get(unit=0, zero=0, port=29, control=4294967295)"));
-    driver().on("user_vlan_control_port_get").sets("value", 3u).returns(-9);
-    EXPECT_EQ(hal_vlan_control_port_get(26, 0, &value_), 102);
-    EXPECT_EQ(value_, 3u);
-}
+INSTANTIATE_TEST_SUITE_P(Control, OnUserPort, ValuesIn(kPortControls), port_calls::name_of);
+INSTANTIATE_TEST_SUITE_P(Control, NotOnGroups, ValuesIn(kPortControls), port_calls::name_of);
+INSTANTIATE_TEST_SUITE_P(Control, ReadOfUserPort, ValuesIn(port_calls::reads_of(kPortControls)), port_calls::name_of);
 
 }  // namespace

@@ -15,7 +15,7 @@ PLATFORM = ("netlink_api.h", "device_services.h")
 
 
 def is_test(path):
-    return path.stem.endswith(("_test", "_program")) or "test_support" in path.stem
+    return path.stem.endswith(("_test", "_program")) or path.stem.startswith("test_") or "test_support" in path.stem
 
 
 def includes(path):

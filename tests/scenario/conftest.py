@@ -7,10 +7,12 @@ import contextlib
 import os
 
 import pytest
-from cpu import Cpu
 from lab import Build, Lab, LabError
 
-pytest.register_assert_rewrite("segment", "stage")
+pytest.register_assert_rewrite("acl", "crossing", "segment", "stage")
+from acl import Acl  # noqa: E402
+from cpu import Cpu  # noqa: E402
+from crossing import Crossing  # noqa: E402
 from stage import MEMBERS, Stage, theatre  # noqa: E402
 
 BUILDS = os.environ.get("ADP_SCENARIO_BUILDS", "host,mips").split(",")
@@ -22,7 +24,7 @@ def pytest_sessionstart():
     try:
         Build(DEVICE_BUILD).command("vdeviced")
         for name in BUILDS:
-            for program in ("adpsh", "link_aggregation", "igmp_snooping"):
+            for program in ("adpsh", "link_aggregation", "acl", "igmp_snooping"):
                 Build(name).command(program)
     except LabError as problem:
         pytest.exit(str(problem), returncode=1)
@@ -58,6 +60,20 @@ def cpu(session_cpu):
 @pytest.fixture
 def hosts(lab):
     return lab.hosts
+
+
+@pytest.fixture
+def crossing(lab, cpu):
+    """Three hosts that hear each other in a tagged VLAN."""
+    return Crossing(lab, cpu)
+
+
+@pytest.fixture
+def acl(cpu, build):
+    """The field processor, empty before and afterwards."""
+    rules = Acl(cpu, build)
+    yield rules
+    rules.tidy()
 
 
 # Multicast snooping

@@ -1,4 +1,4 @@
-"""After start-up: what neighbours and groups say reaches the CPU alone, attacks end at the port, mirrors show frames."""
+"""Start-up on a device just switched on: what neighbours say reaches the CPU, and attacks reach nobody."""
 
 import contextlib
 
@@ -6,193 +6,201 @@ import pytest
 from conftest import DEVICE_BUILD
 from cpu import Cpu
 from lab import Lab
-from lab.frames import BROADCAST, ETHERTYPE_EXPERIMENT, ETHERTYPE_IPV4, ETHERTYPE_IPV6, ethernet, mac, vlan_tag
-from scapy.all import IP, TCP, UDP, IPOption, IPv6, IPv6ExtHdrHopByHop, Raw, RouterAlert
+from lab.frames import BROADCAST, ETHERTYPE_EXPERIMENT, ethernet, mac, vlan_tag
+from scapy.all import IP, TCP, Ether, ICMPv6MLQuery, ICMPv6MLReport2, IPOption_Router_Alert, IPv6, Raw
+from scapy.layers.inet6 import IPv6ExtHdrHopByHop, RouterAlert
 
-PORT, PEER, SPY = 5, 22, 1
-PORTS = (SPY, PORT, PEER)
-EVERY_PORT_WORD = (1 << 27) - 1
-INGRESS, EGRESS = 1, 2
-SESSION = 1
-MIRROR_BUSY = -62
-STEPS = (
-    "l2_user_entry_init",
-    "adp_trunk_init",
-    "adp_stg_init",
-    "adp_lldp_init",
-    "adp_mirror_init",
-    "adp_igmp_init",
-    "ipv6_user_init",
-    "adp_dos_attack_init",
-)
-BRIDGES, PORT_ACCESS, NEAREST_BRIDGE = mac("01:80:c2:00:00:00"), mac("01:80:c2:00:00:03"), mac("01:80:c2:00:00:0e")
-ALL_HOSTS, ALL_ROUTERS, ALL_SYSTEMS6 = mac("01:00:5e:00:00:01"), mac("01:00:5e:00:00:02"), mac("33:33:00:00:00:16")
-LLC_BPDU = b"\x42\x42\x03"
-IGMP, ICMPV6, MLD_REPORT = 2, 58, b"\x8f\0\0\0"
+TALKER, WITNESS, OTHER = 22, 5, 26
+HOSTS = (WITNESS, TALKER, OTHER)
+BRIDGE_GROUP = mac("01:80:c2:00:00:00")
+RESERVED = [BRIDGE_GROUP[:5] + bytes([last]) for last in range(16)]
+FIRST_FREE = 10
+LEFT_AT_POWER_ON = 10
+ETHERTYPE_LLDP, ETHERTYPE_EAPOL = 0x88CC, 0x888E
+LLC_SPANNING_TREE = b"\x42\x42\x03"
+STATION, VICTIM = "02:00:00:00:d0:01", "02:00:00:00:d0:02"
+IGMP = 2
+IGMP_REPORT_V2 = bytes.fromhex("16001de0ef010203")
+MLD_ADDRESS = "ff02::1:ff00:1"
+MINIMUM_TCP = 20
 
 
-@pytest.fixture(name="bench", scope="module")
-def make_bench():
-    """A device of its own: what start-up turns on stays on."""
-    with Lab(DEVICE_BUILD, PORTS, name="startup") as bench:
+@pytest.fixture(scope="module")
+def fresh_lab(build):
+    """A device of its own for each build: start-up cannot be taken back."""
+    with Lab(DEVICE_BUILD, HOSTS) as bench:
         yield bench
 
 
-@pytest.fixture(name="started", scope="module")
-def start(bench, build):
-    """The CPU behind every step of start-up but the field processor's."""
-    with contextlib.closing(Cpu(bench, build)) as cpu:
+@pytest.fixture(scope="module")
+def started(fresh_lab, build):
+    with contextlib.closing(Cpu(fresh_lab, build)) as cpu:
         cpu.set_up()
-        assert [cpu.result(step) for step in STEPS] == [0] * len(STEPS)
+        assert cpu.result("adp_modules_init") == 0
         yield cpu
 
 
-def igmp_report(marker):
-    options = [IPOption(b"\x94\x04\0\0")]
-    return bytes(IP(src="10.0.0.1", dst="224.0.0.22", proto=IGMP, options=options) / Raw(marker))
+def reserved_entries(lab):
+    return {row["index"]: mac(row["mac"]) for row in lab.device.control("reserved")["reserved"]}
 
 
-def mld_report(marker):
-    hop_by_hop = IPv6ExtHdrHopByHop(nh=ICMPV6, options=[RouterAlert()])
-    return bytes(IPv6(src="fe80::1", dst="ff02::16") / hop_by_hop / Raw(MLD_REPORT + marker))
+def test_start_up_writes_the_reserved_addresses_into_free_entries(fresh_lab, started):
+    entries = reserved_entries(fresh_lab)
+    assert set(entries) == set(range(LEFT_AT_POWER_ON + len(RESERVED)))
+    assert [entries[FIRST_FREE + at] for at in range(len(RESERVED))] == RESERVED
+    assert not set(RESERVED) & {entries[index] for index in range(LEFT_AT_POWER_ON)}
 
 
-TRAPPED = {
-    "spanning tree": (BRIDGES, 38, lambda marker: LLC_BPDU + marker),
-    "port access": (PORT_ACCESS, 0x888E, lambda marker: marker),
-    "discovery": (NEAREST_BRIDGE, 0x88CC, lambda marker: marker),
-    "aggregation": (mac("01:80:c2:00:00:02"), 0x8809, lambda marker: b"\x01" + marker),
-    "registration": (mac("01:80:c2:00:00:21"), 0x88F5, lambda marker: marker),
-    "IGMP": (ALL_ROUTERS, ETHERTYPE_IPV4, igmp_report),
-    "MLD": (ALL_SYSTEMS6, ETHERTYPE_IPV6, mld_report),
+def test_start_up_turns_traps_and_filter_on(fresh_lab, started):
+    shown = fresh_lab.device.control("reserved")
+    traps = shown["traps"]
+    assert (traps["lldp"], traps["bpdu"], traps["igmp"], traps["mld"]) == (True, True, True, True)
+    assert shown["reserved_multicast"] and shown["attack_filter"]
+    assert fresh_lab.device.control("mirrors")["enabled"]
+
+
+# What neighbours say
+
+
+def length_frame(destination, marker):
+    payload = LLC_SPANNING_TREE + b"\0\0\2\2" + marker
+    return ethernet(destination, mac(STATION), len(payload), payload)
+
+
+def igmp(marker, options):
+    packet = IP(src="10.0.0.1", dst="239.1.2.3", ttl=1, proto=IGMP, options=options) / Raw(IGMP_REPORT_V2 + marker)
+    return bytes(Ether(src=STATION, dst="01:00:5e:01:02:03") / packet)
+
+
+def mld(marker, message):
+    alert = IPv6ExtHdrHopByHop(options=[RouterAlert()])
+    packet = IPv6(src="fe80::1", dst=MLD_ADDRESS, hlim=1) / alert / message / Raw(marker)
+    return bytes(Ether(src=STATION, dst="33:33:ff:00:00:01") / packet)
+
+
+def tagged(frame):
+    return frame[:12] + vlan_tag(1, 5) + frame[12:]
+
+
+def plain(destination, ethertype):
+    return lambda marker: ethernet(destination, mac(STATION), ethertype, marker.ljust(46, b"."))
+
+
+PROTOCOLS = {
+    "LLDP": plain(RESERVED[0xE], ETHERTYPE_LLDP),
+    "LLDP to the nearest bridge": plain(RESERVED[0], ETHERTYPE_LLDP),
+    "STP": lambda marker: length_frame(BRIDGE_GROUP, marker),
+    "EAPOL": plain(RESERVED[3], ETHERTYPE_EAPOL),
+    "LACP": plain(RESERVED[2], 0x8809),
+    "IGMP": lambda marker: igmp(marker, []),
+    "IGMP with router alert": lambda marker: igmp(marker, [IPOption_Router_Alert()]),
+    "MLD query": lambda marker: mld(marker, ICMPv6MLQuery()),
+    "MLD report": lambda marker: mld(marker, ICMPv6MLReport2()),
+    "tagged STP": lambda marker: tagged(length_frame(BRIDGE_GROUP, marker)),
+    "tagged IGMP": lambda marker: tagged(igmp(marker, [])),
 }
 
 
-def frame_from(bench, destination, ethertype, payload, tags=b""):
-    """(marker, frame) with the marker in the payload, as long as the shortest frame at least."""
-    marker = bench.marker()
-    return marker, ethernet(destination, bench.mac(PORT), ethertype, payload(marker), tags).ljust(60, b"\0")
+@pytest.mark.parametrize("port", [TALKER, WITNESS])
+@pytest.mark.parametrize("name", PROTOCOLS)
+def test_protocol_frame_reaches_the_cpu_and_no_other_host(fresh_lab, started, name, port):
+    marker = fresh_lab.marker()
+    sent = PROTOCOLS[name](marker)
+    fresh_lab.hosts[port].send(sent)
+    arrived = started.next_frame(marker)
+    assert arrived, "the frame did not reach the CPU"
+    status, outputs = started.receive_plain(arrived)
+    assert (status, outputs["out_intf"]) == (0, port)
+    stripped = bytes.fromhex(outputs["frame"])[: outputs["out_length"]]
+    assert stripped in (sent, sent[:12] + vlan_tag(1) + sent[12:])
+    assert fresh_lab.arrivals(marker) == {}
 
 
-def deliver(bench, marked):
-    """What reaches the other hosts of a frame that PORT's host sends."""
-    marker, frame = marked
-    bench.hosts[PORT].send(frame)
-    return bench.arrivals(marker)
+def test_first_address_beyond_the_reserved_ones_is_flooded(fresh_lab, started):
+    marker = fresh_lab.marker()
+    frame = plain(mac("01:80:c2:00:00:1f"), ETHERTYPE_EXPERIMENT)(marker)
+    fresh_lab.hosts[TALKER].send(frame)
+    assert fresh_lab.arrivals(marker) == {WITNESS: [frame], OTHER: [frame]}
 
 
-@pytest.mark.parametrize("kind", TRAPPED)
-def test_control_frames_reach_the_cpu_alone_with_their_interface(bench, started, kind):
-    marked = frame_from(bench, *TRAPPED[kind])
-    assert deliver(bench, marked) == {}
-    arrived = started.next_frame(marked[0])
-    assert arrived, "the frame never reached the CPU"
-    assert arrived[:12] + arrived[22:] == marked[1]
-    status, plain = started.receive_plain(arrived)
-    assert (status, plain["out_intf"]) == (0, PORT)
+# Attacks, each with a frame that is like it but for what makes it one
 
 
-def test_other_frames_are_switched_as_before(bench, started):
-    marked = frame_from(bench, ALL_HOSTS, ETHERTYPE_IPV4, lambda m: bytes(IP(dst="224.0.0.1") / UDP() / Raw(m)))
-    assert deliver(bench, marked) == {SPY: [marked[1]], PEER: [marked[1]]}
-    assert started.next_frame(marked[0])
+def ipv4(marker, tcp=None, **header):
+    packet = IP(**{"src": "10.0.0.1", "dst": "10.0.0.2", **header}) / (tcp or TCP(flags="S"))
+    return bytes(Ether(src=STATION, dst=VICTIM) / packet / Raw(marker))
 
 
-def test_starting_again_writes_the_first_address_where_it_was(bench, started):
-    before = {row["index"]: row["mac"] for row in bench.device.control("reserved")["reserved"]}
-    assert started.result("l2_user_entry_init") == 0
-    after = {row["index"]: row["mac"] for row in bench.device.control("reserved")["reserved"]}
-    assert {index: after[index] for index in before} == before
-    assert list(after.values()).count("01:80:c2:00:00:00") == 1
-    new = [address for index, address in after.items() if index not in before]
-    room = 64 - len(before)
-    assert new == [f"01:80:c2:00:00:{last:02x}" for last in range(1, 16)][:room]
+def flags(text):
+    return lambda marker: ipv4(marker, TCP(flags=text))
+
+
+def fragment(marker, more, offset, tcp_octets):
+    """A fragment of TCP whose first octets are a header's."""
+    header = IP(src="10.0.0.1", dst="10.0.0.2", proto=6, flags="MF" if more else 0, frag=offset)
+    octets = bytes(TCP(flags="S"))[:tcp_octets]
+    return bytes(Ether(src=STATION, dst=VICTIM) / header / Raw(octets))
+
+
+def padded(frame, marker):
+    """The marker behind the packet's own length, where short frames have their padding."""
+    return frame + marker
+
+
+def land6(destination):
+    return lambda marker: bytes(
+        Ether(src=STATION, dst=VICTIM) / IPv6(src="fd00::1", dst=destination) / TCP(flags="S") / Raw(marker)
+    )
+
+
+def same_mac(source):
+    return lambda marker: ethernet(mac(VICTIM), mac(source), ETHERTYPE_EXPERIMENT, marker.ljust(46, b"."))
 
 
 ATTACKS = {
-    "dos_land": lambda m: IP(src="10.0.0.1", dst="10.0.0.1") / UDP() / Raw(m),
-    "dos_null_scan": lambda m: IP(dst="10.0.0.2") / TCP(flags=0) / Raw(m),
-    "dos_syn_fin": lambda m: IP(dst="10.0.0.2") / TCP(flags="SF") / Raw(m),
-    "dos_xmas_scan": lambda m: IP(dst="10.0.0.2") / TCP(flags="FPU") / Raw(m),
-    "dos_fragment": lambda m: IP(dst="10.0.0.2", proto=6, frag=1) / Raw(m),
+    "same MAC address": ("dos_same_mac", same_mac(VICTIM), same_mac(STATION)),
+    "same IPv4 address": ("dos_land", lambda m: ipv4(m, dst="10.0.0.1"), ipv4),
+    "same IPv6 address": ("dos_land", land6("fd00::1"), land6("fd00::2")),
+    "null scan": ("dos_null_scan", flags(""), flags("A")),
+    "SYN with FIN": ("dos_syn_fin", flags("SF"), flags("F")),
+    "SYN with FIN and ACK": ("dos_syn_fin", flags("SFA"), flags("SA")),
+    "Christmas tree": ("dos_xmas_scan", flags("FPU"), flags("FPUA")),
+    "tiny offset": ("dos_fragment", lambda m: padded(fragment(m, False, 1, 20), m),
+                    lambda m: padded(fragment(m, False, 3, 20), m)),
+    "tiny first fragment": ("dos_fragment", lambda m: padded(fragment(m, True, 0, 16), m),
+                            lambda m: padded(fragment(m, True, 0, MINIMUM_TCP), m)),
 }
 
 
-@pytest.mark.parametrize("reason", ATTACKS)
-def test_attacks_end_at_the_port(bench, started, reason):
-    def drops():
-        rows = bench.device.control("counters")["counters"]
-        return next(row for row in rows if row["port"] == PORT)["drops"][reason]
-
-    before = drops()
-    marked = frame_from(bench, BROADCAST, ETHERTYPE_IPV4, lambda m: bytes(ATTACKS[reason](m)))
-    assert deliver(bench, marked) == {}
-    assert drops() == before + 1
+def drops(lab, port, reason):
+    return next(row["drops"][reason] for row in lab.device.control("counters")["counters"] if row["port"] == port)
 
 
-@pytest.fixture(name="mirror")
-def make_mirror(started):
-    """Mirrors ports to SPY; afterwards nothing is mirrored."""
-    mirrored = set()
-
-    def mirror(source, directions, destination=SPY):
-        status = started.result("adp_add_port_mirror", source, destination, directions, SESSION)
-        if status == 0:
-            mirrored.add(source)
-        return status
-
-    yield mirror
-    for source in mirrored:
-        assert started.result("adp_del_port_mirror", source, SPY, 0, SESSION) == 0
+@pytest.mark.parametrize("name", ATTACKS)
+def test_attack_is_dropped_and_counted_and_its_harmless_sister_passes(fresh_lab, started, name):
+    reason, attack, sister = ATTACKS[name]
+    before = drops(fresh_lab, TALKER, reason)
+    marker = fresh_lab.marker()
+    harmless = sister(marker)
+    for frame in (attack(marker), harmless):
+        fresh_lab.hosts[TALKER].send(frame)
+    assert fresh_lab.arrivals(marker) == {WITNESS: [harmless], OTHER: [harmless]}
+    assert drops(fresh_lab, TALKER, reason) == before + 1
 
 
-def experiment(bench, tags=b""):
-    return frame_from(bench, BROADCAST, ETHERTYPE_EXPERIMENT, lambda marker: marker, tags)
+# Last, because it changes the table that the others look at.
 
 
-@pytest.fixture(name="to_peer_only")
-def isolate(started):
-    """Frames of PORT may go to PEER only, so that what SPY gets is a copy."""
-    assert started.result("adp_set_port_isolate", PORT, 1 << PEER, 0) == 0
-    yield
-    assert started.result("adp_set_port_isolate", PORT, EVERY_PORT_WORD, 0) == 0
-
-
-@pytest.mark.parametrize("source, directions", [(PORT, INGRESS), (PEER, EGRESS)])
-def test_a_mirrored_copy_is_the_frame(bench, mirror, to_peer_only, source, directions):
-    assert deliver(bench, marked := experiment(bench)) == {PEER: [marked[1]]}
-    assert mirror(source, directions) == 0
-    assert deliver(bench, marked := experiment(bench)) == {PEER: [marked[1]], SPY: [marked[1]]}
-
-
-def test_ingress_copies_keep_what_the_switch_changes(bench, mirror, to_peer_only):
-    assert mirror(PORT, INGRESS | EGRESS) == 0
-    marked = experiment(bench, vlan_tag(1, priority=5))
-    frame = marked[1]
-    assert deliver(bench, marked) == {PEER: [frame[:12] + frame[16:]], SPY: [frame]}
-
-
-def test_a_session_has_one_destination_and_can_be_disabled(bench, started, mirror, to_peer_only):
-    assert mirror(PORT, INGRESS) == 0
-    assert mirror(PORT, INGRESS, destination=PEER) == MIRROR_BUSY
-    assert started.result("adp_set_mirror_disable", SESSION, 0, 0, 1) == 0
-    assert deliver(bench, marked := experiment(bench)) == {PEER: [marked[1]]}
-    assert started.result("adp_check_set_mirror_disable", SESSION, 0, 0, 0) == 0
-    assert started.result("adp_set_mirror_disable", SESSION, 0, 0, 0) == 0
-    assert set(deliver(bench, experiment(bench))) == {PEER, SPY}
-
-
-def test_pins_are_written_and_read(bench, started):
-    def registers():
-        pins = bench.device.control("gpio")
-        return pins["direction"], pins["output"]
-
-    assert started.result("adp_gpio_register_init") == 0
-    _, output = registers()
-    assert started.result("adp_reverse_gpio", 1) == 0
-    assert registers() == (9, output ^ 2)
-    assert started.result("adp_reverse_gpio", 1) == 0
-    assert registers() == (9, output)
-    for level in (1, 0):
-        bench.device.control("gpio", 3, level)
-        assert started.result("adp_get_gpio_val", 3) == level
+def test_starting_up_again_is_no_error_and_adds_what_it_does_not_clear(fresh_lab, started):
+    assert started.result("adp_modules_init") == 0
+    entries = reserved_entries(fresh_lab)
+    # The first address is cleared and comes back in its place; the other fifteen are written anew behind all others.
+    assert [entries[FIRST_FREE + at] for at in range(len(RESERVED))] == RESERVED
+    assert [entries[FIRST_FREE + len(RESERVED) + at] for at in range(len(RESERVED) - 1)] == RESERVED[1:]
+    marker = fresh_lab.marker()
+    fresh_lab.hosts[TALKER].send(PROTOCOLS["STP"](marker))
+    assert started.next_frame(marker)
+    assert fresh_lab.arrivals(marker) == {}
+    broadcast = ethernet(BROADCAST, mac(STATION), ETHERTYPE_EXPERIMENT, marker)
+    fresh_lab.hosts[TALKER].send(broadcast)
+    assert fresh_lab.arrivals(marker) == {WITNESS: [broadcast], OTHER: [broadcast]}

@@ -33,6 +33,7 @@ constexpr bool is_vid(std::uint32_t number) {
 }
 constexpr std::uint16_t kPriorityMask = 0xF000;  // PCP and DEI, kept as they stand in the tag
 constexpr unsigned kPcpShift = 13;
+constexpr std::uint16_t kPcpMask = 0xE000;
 
 inline std::uint16_t read16(Bytes bytes, std::size_t offset) {
     return static_cast<std::uint16_t>((bytes[offset] << 8) | bytes[offset + 1]);
@@ -50,6 +51,11 @@ inline void write16(std::uint8_t *to, std::uint16_t value) {
 inline void write32(std::uint8_t *to, std::uint32_t value) {
     write16(to, static_cast<std::uint16_t>(value >> 16));
     write16(to + 2, static_cast<std::uint16_t>(value & 0xFFFF));
+}
+
+/** The word with the masked bits replaced by those of the value, which has no others. */
+constexpr std::uint16_t with_bits(std::uint16_t word, std::uint16_t mask, std::uint32_t value) {
+    return static_cast<std::uint16_t>((word & (0xFFFFU ^ mask)) | value);
 }
 
 /** A MAC address as a number, first byte most significant: cheap to compare and to hash. */

@@ -10,7 +10,6 @@ namespace {
 constexpr std::uint16_t kIpv4MoreFragments = 0x2000;
 
 // Extension headers of version 6. Each begins with the number of the next one.
-constexpr std::size_t kIpv6LengthAt = 4;
 constexpr std::uint8_t kHopByHop = 0;
 constexpr std::uint8_t kRouting = 43;
 constexpr std::uint8_t kFragment = 44;
@@ -109,8 +108,11 @@ bool IpPacket::is_version6() const {
 }
 
 std::optional<IpPacket> read_ip_packet(const Header &header) {
-    const Bytes octets = header.payload.subspan(kTypeBytes);
-    switch (read16(header.payload, 0)) {
+    return read_ip_packet(read16(header.payload, 0), header.payload.subspan(kTypeBytes));
+}
+
+std::optional<IpPacket> read_ip_packet(std::uint16_t type, Bytes octets) {
+    switch (type) {
         case kTypeIpv4:
             return is_ipv4(octets) ? std::optional{read_ipv4(octets)} : std::nullopt;
         case kTypeIpv6:

@@ -25,4 +25,7 @@ struct IpPacket {
 /** Nothing if the frame carries no IP packet, or one without a whole fixed header. */
 std::optional<IpPacket> read_ip_packet(const Header &header);
 
+/** The same of what a frame carries behind its type, wherever that stands. */
+std::optional<IpPacket> read_ip_packet(std::uint16_t type, Bytes octets);
+
 }  // namespace vdevice::chip

@@ -85,7 +85,7 @@ void Switch::receive_from_cpu(Time now, Bytes frame) {
 }
 
 void Switch::forward(Time now, int ingress, const Frame &frame) {
-    const std::optional<Header> header = read_header(frame, kVlanTpid);
+    std::optional<Header> header = read_header(frame, kVlanTpid);
     if (!header) {
         return drop(ingress, Drop::kRunt);
     }
@@ -95,13 +95,25 @@ void Switch::forward(Time now, int ingress, const Frame &frame) {
         }
     }
     // A tag with VID 0 gives the frame a priority but no VLAN (IEEE 802.1Q, priority-tagged frames).
-    const Vid vid = header->vid() != 0 ? header->vid() : at(ingress).pvid;
+    const Vid own_vid = header->vid() != 0 ? header->vid() : at(ingress).pvid;
     const std::uint32_t priority = header->tagged ? header->priority() : at(ingress).untagged_priority << kPcpShift;
-    EgressForms forms{frame.head, header->payload, static_cast<std::uint16_t>(priority | vid)};
+    const FieldVerdict verdict =
+        apply_rules(now, ingress, frame, static_cast<std::uint16_t>(priority | own_vid), *header);
+    if (verdict.drop) {
+        return drop(ingress, *verdict.drop);
+    }
+    EgressForms forms{frame.head, header->payload, verdict.tci};
     // Between neighbours VLANs do not matter, nor does what else a port lets pass.
-    if (ingress != kCpuPort && is_for_cpu_alone(*header)) {
+    if (verdict.to_cpu_only || (ingress != kCpuPort && is_for_cpu_alone(*header))) {
         return trap(ingress, forms);
     }
+    switch_in_vlan(now, ingress, *header, forms, verdict);
+}
+
+void Switch::switch_in_vlan(Time now, int ingress, const Header &header, EgressForms &forms,
+                            const FieldVerdict &verdict) {
+    const bool copied = verdict.copy_to_cpu && copy_to_cpu(ingress, forms);
+    const Vid vid = verdict.tci & kVidMask;
     const Vlan *vlan = vlans_.find(vid);
     if (vlan == nullptr) {
         return drop(ingress, Drop::kVlanMissing);
@@ -109,17 +121,20 @@ void Switch::forward(Time now, int ingress, const Frame &frame) {
     if (!vlan->members.has(ingress)) {
         return drop(ingress, Drop::kNotMember);
     }
-    const Flow flow{ingress, vid, *vlan, *header, forms};
+    const Flow flow{ingress, vid, *vlan, header, forms, copied};
     if (!admit(now, flow)) {
         return;
     }
-    if (ingress != kCpuPort && is_snooped(snooping_, *header)) {
-        return trap(ingress, forms);
+    if (ingress != kCpuPort && is_snooped(snooping_, header)) {
+        return hand_over(flow);
     }
-    if (header->destination.is_group()) {
+    if (verdict.redirect) {
+        return redirect(flow, *verdict.redirect);
+    }
+    if (header.destination.is_group()) {
         return forward_group(flow);
     }
-    const MacEntry *entry = macs_.find(header->destination, vid);
+    const MacEntry *entry = macs_.find(header.destination, vid);
     if (entry == nullptr) {
         return flood(flow);
     }
@@ -141,16 +156,22 @@ bool Switch::admit(Time now, const Flow &flow) {
         return true;
     }
     // A neighbour that is not let in yet must still be able to ask for it.
-    if (mode.tells_cpu || flow.header.destination.is_reserved()) {
-        trap(flow.ingress, flow.forms);
-    } else {
+    if (!mode.tells_cpu && !flow.header.destination.is_reserved()) {
         drop(flow.ingress, Drop::kUnknownSource);
+    } else {
+        hand_over(flow);
     }
     return false;
 }
 
 bool Switch::is_for_cpu_alone(const Header &header) const {
     return reserved_macs_.has(header.destination) || is_trapped(traps_, header);
+}
+
+void Switch::hand_over(const Flow &flow) {
+    if (!flow.cpu_has_copy) {
+        trap(flow.ingress, flow.forms);
+    }
 }
 
 void Switch::trap(int ingress, EgressForms &forms) {
@@ -235,7 +256,10 @@ int Switch::choose_member(const Flow &flow, const Trunk &trunk, const PortSet &a
 
 void Switch::send_in_vlan(int egress, const Flow &flow) {
     if (egress == kCpuPort) {
-        return transmit(egress, flow.forms.for_cpu(flow.ingress));
+        if (!flow.cpu_has_copy) {
+            transmit(egress, flow.forms.for_cpu(flow.ingress));
+        }
+        return;
     }
     transmit(egress, flow.vlan.untagged.has(egress) ? flow.forms.untagged() : flow.forms.tagged());
 }

@@ -24,13 +24,15 @@ enum class Drop : std::uint8_t {
     kSamePort,          /**< its destination is behind the port it came in on */
     kEgressNotMember,   /**< its destination's port is not a member of its VLAN */
     kEgressDown,        /**< its destination's port is disabled or has no link */
-    kNoDestination,     /**< flooded, but no other member port is up */
+    kNoDestination,     /**< flooded or redirected, but no other such port is up */
     kNoSwitchTag,       /**< from the CPU without a whole switch tag */
     kBadOpcode,         /**< from the CPU with an opcode that means nothing */
     kDirectedToCpu,     /**< from the CPU, directed to the CPU port itself */
     kDirectedToUnknown, /**< from the CPU, directed to a port that the chip does not have */
     kUnknownSource,     /**< from an address that the port's learning mode does not let pass */
     kIsolated,          /**< its destination's port is not in the ingress port's egress set */
+    kRule,              /**< by a rule of the field processor, or because the port's frames must meet one */
+    kMeter,             /**< over the rate of a rule's meter */
     kLoopback,          /**< from the wire of a port in loopback, or looped back too often */
     kFiltered,          /**< from or to an address that is filtered */
     kLearnLimit,        /**< from an address that a limit does not let be learned */

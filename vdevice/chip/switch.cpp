@@ -81,6 +81,14 @@ Status Switch::destroy_vlans(VidRange range) {
     return status;
 }
 
+Status Switch::set_miss_action(int port, MissAction action) {
+    if (!has_port(port)) {
+        return Status::kNoPort;
+    }
+    fields_.set_miss_action(port, action);
+    return Status::kOk;
+}
+
 void Switch::update_up_set(int port) {
     if (at(port).is_up()) {
         up_.add(port);

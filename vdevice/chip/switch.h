@@ -6,6 +6,7 @@
 #include <functional>
 #include <vector>
 
+#include "vdevice/chip/field_processor.h"
 #include "vdevice/chip/gpio.h"
 #include "vdevice/chip/learn_limits.h"
 #include "vdevice/chip/mac_table.h"
@@ -109,6 +110,11 @@ class Switch {
     const Gpio &gpio() const { return gpio_; }
     Gpio &gpio() { return gpio_; }
 
+    const FieldProcessor &fields() const { return fields_; }
+    FieldProcessor &fields() { return fields_; }
+    /** Ports that the chip has not are refused. */
+    Status set_miss_action(int port, MissAction action);
+
   private:
     /** A frame on its way through the chip. */
     struct Flow {
@@ -117,6 +123,7 @@ class Switch {
         const Vlan &vlan;
         const Header &header;
         EgressForms &forms;
+        bool cpu_has_copy; /**< another one would be one too many */
     };
 
     /** A frame on its way back into the port that it should have left by. */
@@ -138,9 +145,14 @@ class Switch {
     bool take_source(Time now, const Flow &flow);
     bool may_learn(const MacEntry *known, Vid vid, const Place &place) const;
     bool is_for_cpu_alone(const Header &header) const;
+    void hand_over(const Flow &flow);
     void trap(int ingress, EgressForms &forms);
     void receive_from_cpu(Time now, Bytes frame);
     void forward(Time now, int ingress, const Frame &frame);
+    FieldVerdict apply_rules(Time now, int ingress, const Frame &frame, std::uint16_t tci, Header &header);
+    void switch_in_vlan(Time now, int ingress, const Header &header, EgressForms &forms, const FieldVerdict &verdict);
+    bool copy_to_cpu(int ingress, EgressForms &forms);
+    void redirect(const Flow &flow, const PortSet &ports);
     void forward_to_entry(const Flow &flow, const MacEntry &entry);
     void forward_group(const Flow &flow);
     GroupMiss miss_of(const Flow &flow) const;
@@ -170,6 +182,8 @@ class Switch {
     std::array<int, kPorts> trunk_of_;
     HashSides hash_sides_;
     Traps traps_;
+    FieldProcessor fields_;
+    std::vector<std::uint8_t> remarked_; /**< the payload of the frame on its way, when a rule has rewritten it */
     ReservedMacs reserved_macs_;
     Snooping snooping_;
     bool filters_attacks_ = false;

@@ -41,7 +41,7 @@ void Switch::forward_group(const Flow &flow) {
         case GroupMiss::kDrop:
             return drop(flow.ingress, Drop::kUnknownGroup);
         case GroupMiss::kToCpu:
-            return trap(flow.ingress, flow.forms);
+            return hand_over(flow);
         case GroupMiss::kFlood:
             return flood(flow);
     }

@@ -13,4 +13,10 @@ std::int32_t on_chip(std::uint32_t unit, std::uint32_t zero, Operation operation
     return chip::code(unit == 0 && zero == 0 ? operation() : chip::Status::kBadUnit);
 }
 
+/** The same for the field processor's calls, which begin with a handle that is always 0 and have the unit behind it. */
+template <typename Operation>
+std::int32_t on_fields(std::int32_t handle, std::uint32_t unit, Operation operation) {
+    return on_chip(unit, static_cast<std::uint32_t>(handle), operation);
+}
+
 }  // namespace vdevice::driver

@@ -112,6 +112,64 @@ class Driver : public DriverCalls {
     int32_t user_eoam_trap_set(uint32_t unit, uint32_t zero, uint32_t value, adp_word_t option) override;
     int32_t user_selfmac_trap_to_cpu(uint32_t unit, uint32_t zero, uint32_t value, adp_word_t option) override;
 
+    // The field processor: driver_field.cpp and, the conditions, driver_field_qualify.cpp
+    int32_t user_field_init(uint32_t unit, uint32_t zero) override;
+    int32_t user_field_entry_create_id(int32_t handle, uint32_t unit, int32_t group, uint32_t entry) override;
+    int32_t user_field_entry_prio_set(int32_t handle, uint32_t unit, uint32_t entry, int32_t priority) override;
+    int32_t user_field_set_double_entry(int32_t handle, uint32_t unit, uint32_t entry) override;
+    int32_t user_field_set_select_tempate_idx(int32_t handle, uint32_t unit, uint32_t entry, uint32_t index) override;
+    int32_t user_field_entry_install(int32_t handle, uint32_t unit, uint32_t entry) override;
+    int32_t user_field_entry_destroy(int32_t handle, uint32_t unit, uint32_t entry) override;
+    int32_t user_field_action_add(int32_t handle, uint32_t unit, uint32_t entry, uint32_t type, const uint8_t *param,
+                                  const uint8_t *param2) override;
+    int32_t user_field_action_remove_all(int32_t handle, uint32_t unit, uint32_t entry) override;
+    int32_t user_field_qualify_clear(int32_t handle, uint32_t unit, uint32_t entry) override;
+    int32_t user_field_qualify_SrcIp6(int32_t handle, uint32_t unit, uint32_t entry, const uint8_t *data,
+                                      const uint8_t *mask) override;
+    int32_t user_field_qualify_DstIp6(int32_t handle, uint32_t unit, uint32_t entry, const uint8_t *data,
+                                      const uint8_t *mask) override;
+    int32_t user_field_qualify_SrcMac(int32_t handle, uint32_t unit, uint32_t entry, const uint8_t *data,
+                                      const uint8_t *mask) override;
+    int32_t user_field_qualify_DstMac(int32_t handle, uint32_t unit, uint32_t entry, const uint8_t *data,
+                                      const uint8_t *mask) override;
+    int32_t user_field_qualify_SrcIp(int32_t handle, uint32_t unit, uint32_t entry, uint32_t data,
+                                     uint32_t mask) override;
+    int32_t user_field_qualify_DstIp(int32_t handle, uint32_t unit, uint32_t entry, uint32_t data,
+                                     uint32_t mask) override;
+    int32_t user_field_qualify_InPorts(int32_t handle, uint32_t unit, uint32_t entry, adp_port_set_t data,
+                                       adp_port_set_t mask) override;
+    int32_t user_field_qualify_OuterVlanId(int32_t handle, uint32_t unit, uint32_t entry, uint32_t data,
+                                           uint32_t mask) override;
+    int32_t user_field_qualify_OuterVlanPri(int32_t handle, uint32_t unit, uint32_t entry, uint32_t data,
+                                            uint32_t mask) override;
+    int32_t user_field_qualify_InnerVlan(int32_t handle, uint32_t unit, uint32_t entry, uint32_t data,
+                                         uint32_t mask) override;
+    int32_t user_field_qualify_InnerVlanId(int32_t handle, uint32_t unit, uint32_t entry, uint32_t data,
+                                           uint32_t mask) override;
+    int32_t user_field_qualify_InnerVlanPri(int32_t handle, uint32_t unit, uint32_t entry, uint32_t data,
+                                            uint32_t mask) override;
+    int32_t user_field_qualify_L4SrcPort(int32_t handle, uint32_t unit, uint32_t entry, uint32_t data,
+                                         uint32_t mask) override;
+    int32_t user_field_qualify_L4DstPort(int32_t handle, uint32_t unit, uint32_t entry, uint32_t data,
+                                         uint32_t mask) override;
+    int32_t user_field_qualify_EtherType(int32_t handle, uint32_t unit, uint32_t entry, uint32_t data,
+                                         uint32_t mask) override;
+    int32_t user_field_qualify_IpProtocol(int32_t handle, uint32_t unit, uint32_t entry, uint32_t data,
+                                          uint32_t mask) override;
+    int32_t user_field_qualify_DSCP(int32_t handle, uint32_t unit, uint32_t entry, uint32_t data,
+                                    uint32_t mask) override;
+    int32_t user_field_qualify_Ip6TrafficClass(int32_t handle, uint32_t unit, uint32_t entry, uint32_t data,
+                                               uint32_t mask) override;
+    int32_t user_field_qualify_iptype(int32_t handle, uint32_t unit, uint32_t entry, uint32_t data) override;
+    int32_t user_field_qualify_FrameType(int32_t handle, uint32_t unit, uint32_t entry, uint32_t data) override;
+    int32_t user_field_meter_entry_set(uint32_t unit, uint32_t rate, uint32_t meter) override;
+    int32_t user_field_meter_destroy(int32_t handle, uint32_t unit, uint32_t entry) override;
+    int32_t user_field_meter_ifg_exclude_init() override;
+    int32_t user_field_get_statistics(int32_t handle, uint32_t unit, int32_t counter, int32_t type,
+                                      int32_t *count) override;
+    int32_t user_field_clear_statistics(int32_t handle, uint32_t unit, int32_t counter, int32_t type) override;
+    int32_t user_field_lookupMissAct_set(int32_t handle, uint32_t unit, int32_t port, uint32_t action) override;
+
     // Addresses: driver_mac.cpp
     int32_t user_mac_addr_add(uint32_t unit, adp_l2_entry_t entry) override;
     int32_t user_mac_addr_delete(uint32_t unit, const uint8_t *key, uint32_t vid, adp_word_t option) override;
@@ -222,6 +280,14 @@ class Driver : public DriverCalls {
                       const std::function<uint32_t(const chip::Port &)> &value) const;
     int32_t write_port(uint32_t unit, uint32_t zero, int32_t port,
                        const std::function<chip::Status(chip::Port &)> &change);
+
+    using FieldReader = chip::FieldWords (*)(const uint8_t *bytes);
+
+    chip::FieldTable &fields() { return chip_.fields().table(); }
+    int32_t qualify(int32_t handle, uint32_t unit, uint32_t entry, const chip::Qualifier &qualifier);
+    int32_t qualify_bytes(int32_t handle, uint32_t unit, uint32_t entry, chip::Field field, FieldReader read,
+                          const uint8_t *data, const uint8_t *mask);
+    int32_t qualify_kind(int32_t handle, uint32_t unit, uint32_t entry, chip::Field field, bool exists, uint32_t kind);
 
     class Key;
     int32_t delete_set(uint32_t unit, uint32_t zero, const Key &key);

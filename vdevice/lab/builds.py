@@ -32,3 +32,13 @@ class Build:
             raise LabError(f"{path.relative_to(ROOT)} is missing. Build it with 'script/build {self.name}'.")
         emulator = EMULATOR if _is_target_program(path) else ()
         return [*emulator, str(path), *map(str, arguments)]
+
+    @property
+    def is_emulated(self):
+        """Whether the programs are the target's. Their process is the emulator, which keeps memory that they return."""
+        return _is_target_program(self.folder / "adpsh")
+
+    @property
+    def byte_order(self):
+        """How the programs keep their numbers: "big" or "little"."""
+        return "big" if self.is_emulated else "little"

@@ -32,6 +32,15 @@ def ethernet(destination, source, ethertype, payload, tags=b""):
     return destination + source + tags + struct.pack("!H", ethertype) + payload
 
 
+def internet_checksum(data):
+    """The checksum of IPv4 headers and ICMP messages (RFC 1071)."""
+    padded = data + b"\0" * (len(data) % 2)
+    total = sum(struct.unpack(f"!{len(padded) // 2}H", padded))
+    while total >> 16:
+        total = (total & 0xFFFF) + (total >> 16)
+    return ~total & 0xFFFF
+
+
 def directed_by_cpu(frame, ports):
     """The frame with the switch tag that makes the chip send it as it is out of these physical ports (0..56)."""
     low = sum(1 << port for port in ports if port < FIRST_PORT_OF_WORD_2)

@@ -6,6 +6,7 @@ import struct
 import time
 
 from .device import host_interface
+from .frames import internet_checksum
 from .netns import NetNamespace
 from .nic import Nic
 from .process import poll_until
@@ -14,14 +15,6 @@ LINK_SECONDS = 10.0
 ECHO_REQUEST = 8
 ECHO_REPLY = 0
 ECHO_HEADER = struct.Struct("!BBHHH")
-
-
-def _checksum(data):
-    padded = data + b"\0" * (len(data) % 2)
-    total = sum(struct.unpack(f"!{len(padded) // 2}H", padded))
-    while total >> 16:
-        total = (total & 0xFFFF) + (total >> 16)
-    return ~total & 0xFFFF
 
 
 class Host:
@@ -73,7 +66,7 @@ class Host:
     def _ping_once(self, address, number, seconds):
         body = struct.pack("!I", id(self) & 0xFFFFFFFF)
         head = ECHO_HEADER.pack(ECHO_REQUEST, 0, 0, self.port, number)
-        head = ECHO_HEADER.pack(ECHO_REQUEST, 0, _checksum(head + body), self.port, number)
+        head = ECHO_HEADER.pack(ECHO_REQUEST, 0, internet_checksum(head + body), self.port, number)
         with self.namespace.entered():
             echo = socket.socket(socket.AF_INET, socket.SOCK_RAW, socket.IPPROTO_ICMP)
         with echo:

@@ -58,6 +58,11 @@ class Shell:
         """The status of one call."""
         return self.call(line)["result"]
 
+    @property
+    def pid(self):
+        """Process id of the shell, or of the emulator that runs it."""
+        return self._process.pid
+
     def is_alive(self):
         return self._process.poll() is None
 

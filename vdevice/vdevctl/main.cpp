@@ -41,6 +41,8 @@ void add_commands(CLI::App &app, Options &options) {
     app.add_subcommand("events", "messages waiting in the event queue");
     app.add_subcommand("reserved", "addresses and protocols whose frames go to the CPU alone");
     app.add_subcommand("mirrors", "the mirror sessions with their ports");
+    app.add_subcommand("fields", "the field processor's entries, counters and miss actions");
+    app.add_subcommand("meters", "the field processor's meters");
     add_gpio(app, options);
     app.add_subcommand("version", "version and board of the running device");
     app.add_subcommand("pull", "pull a user port's cable")->add_option("port", options.port)->required();

@@ -7,6 +7,7 @@
 #include <map>
 #include <vector>
 
+#include "vdevice/vdevctl/field_tables.h"
 #include "vdevice/vdevctl/l2_tables.h"
 #include "vdevice/vdevctl/port_text.h"
 #include "vdevice/vdevctl/start_tables.h"
@@ -140,7 +141,7 @@ std::string show(const std::string &command, const json &answer) {
         {"ports", show_ports},       {"vlans", show_vlans},     {"macs", show_macs},     {"counters", show_counters},
         {"log", show_log},           {"events", show_events},   {"trunks", show_trunks}, {"version", show_version},
         {"reserved", show_reserved}, {"mirrors", show_mirrors}, {"gpio", show_gpio},     {"mcast", show_groups},
-        {"limits", show_limits},
+        {"limits", show_limits},     {"fields", show_fields},   {"meters", show_meters},
     };
     const auto table = kTables.find(command);
     return table == kTables.end() ? std::string{} : table->second(answer);

@@ -28,6 +28,10 @@ nlohmann::json show_mirrors(Device &device, const nlohmann::json &request);
 /** With a pin and a level it drives the pin first. */
 nlohmann::json gpio(Device &device, const nlohmann::json &request);
 
+// Commands on the field processor: field_commands.cpp
+nlohmann::json show_fields(Device &device, const nlohmann::json &request);
+nlohmann::json show_meters(Device &device, const nlohmann::json &request);
+
 // Commands on the MAC table: l2_commands.cpp
 nlohmann::json show_macs(Device &device, const nlohmann::json &request);
 nlohmann::json show_groups(Device &device, const nlohmann::json &request);

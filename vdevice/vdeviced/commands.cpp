@@ -181,6 +181,8 @@ const std::map<std::string, Command> &command_table() {
         {"version", version},
         {"reserved", show_reserved},
         {"mirrors", show_mirrors},
+        {"fields", show_fields},
+        {"meters", show_meters},
         {"gpio", gpio},
     };
     return kCommands;

@@ -92,6 +92,30 @@ int32_t reserve_address(const Numbers &numbers) {
     return user_l2_bpdu_set(0, 0, word(numbers.at(0)), mac);
 }
 
+/** An entry of group 3 for one ingress port and UDP, with one action of a word and a second one. */
+int32_t make_rule(const Numbers &numbers) {
+    const uint32_t entry = word(numbers.at(0));
+    const adp_port_set_t ports = {{1U << numbers.at(1)}};
+    const uint32_t param[NETLINK_ACTION_PARAM_BYTES / sizeof(uint32_t)] = {word(numbers.at(3))};
+    const uint32_t param2[NETLINK_ACTION_PARAM_BYTES / sizeof(uint32_t)] = {word(numbers.at(4))};
+    constexpr int32_t kGroup = 3;
+    constexpr uint32_t kUdp = 17;
+    return user_field_entry_create_id(0, 0, kGroup, entry) | user_field_entry_prio_set(0, 0, entry, 1) |
+           user_field_qualify_InPorts(0, 0, entry, ports, ports) |
+           user_field_qualify_IpProtocol(0, 0, entry, kUdp, UINT32_MAX) |
+           user_field_action_add(0, 0, entry, word(numbers.at(2)), reinterpret_cast<const uint8_t *>(param),
+                                 reinterpret_cast<const uint8_t *>(param2)) |
+           user_field_entry_install(0, 0, entry);
+}
+
+/** Prints the value in front of the result. */
+int32_t read_field_counter(const Numbers &numbers) {
+    int32_t count = 0;
+    const int32_t result = user_field_get_statistics(0, 0, numbers.at(0), numbers.at(1), &count);
+    std::printf("%d ", count);
+    return result;
+}
+
 /** Flags, port and trunk of an entry for the address 02:00:00:00:00:NUMBER in VLAN 1. */
 int32_t add_address(const Numbers &numbers) {
     constexpr uint8_t kLocal = 2;
@@ -145,6 +169,11 @@ const std::map<std::string, std::function<int32_t(const Numbers &)>> kCalls = {
     {"read-register", read_register},
     {"reserve", reserve_address},
     {"filter-attacks", [](const Numbers & /*none*/) { return user_dos_attack_prevent_init(0, 0); }},
+    {"rule", make_rule},
+    {"destroy-rule", [](const Numbers &n) { return user_field_entry_destroy(0, 0, word(n.at(0))); }},
+    {"meter", [](const Numbers &n) { return user_field_meter_entry_set(0, word(n.at(0)), word(n.at(1))); }},
+    {"read-field-counter", read_field_counter},
+    {"miss", [](const Numbers &n) { return user_field_lookupMissAct_set(0, 0, n.at(0), word(n.at(1))); }},
     {"watch", watch},
     {"send-event", send_event},
     {"receive-event", receive_event},

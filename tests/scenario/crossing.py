@@ -1,0 +1,37 @@
+"""Three hosts in a tagged VLAN, each of whose frames reaches the other two unless a rule says otherwise."""
+
+VLAN, OTHER_VLAN = 100, 101
+SENDER, NEIGHBOUR, RECEIVER = 5, 7, 22
+PORTS = (SENDER, NEIGHBOUR, RECEIVER)
+
+
+class Crossing:
+    """The hosts; none of the destinations in their packets is known to the switch, so all frames are flooded."""
+
+    def __init__(self, lab, cpu):
+        self.lab, self.cpu = lab, cpu
+        for vlan in (VLAN, OTHER_VLAN):
+            cpu.vlan(vlan, PORTS)
+
+    @staticmethod
+    def flooded(*sends):
+        """{port: packets} of (port, packet) pairs that no rule touches."""
+        return {port: [packet for origin, packet in sends if origin != port] for port in PORTS}
+
+    def send(self, *sends):
+        """The hosts send (port, packet) pairs; gives their marker."""
+        marker = self.lab.marker()
+        for port, packet in sends:
+            self.lab.hosts[port].send(packet.build(marker))
+        return marker
+
+    def check(self, sends, arrive):
+        """The hosts send (port, packet) pairs, and exactly these {port: packets} arrive. Gives their marker."""
+        marker = self.send(*sends)
+        wanted = {port: sorted(packet.build(marker) for packet in packets) for port, packets in arrive.items()}
+        seen = {port: sorted(frames) for port, frames in self.lab.arrivals(marker).items()}
+        assert seen == {port: frames for port, frames in wanted.items() if frames}
+        return marker
+
+    def check_flooded(self, *sends):
+        return self.check(sends, self.flooded(*sends))

@@ -1,0 +1,104 @@
+"""Meters: a flow is held to its rate, by the device's clock; and what becomes of a meter when its rule goes."""
+
+import time
+
+import pytest
+from acl import DROP, METER, PERMIT
+from crossing import NEIGHBOUR, SENDER
+from packets import Packet
+
+# A submodule whose rules are pairs and one whose are not, with where their meters begin and their usual rate.
+PAIRS, SINGLE = 3, 10
+METER_BASES = {PAIRS: 4, SINGLE: 2}
+USUAL_RATE = 100
+ENTITY = 1
+INDEX = 1
+FROM_SENDER = [(13, {SENDER})]
+TOLERANCE = 0.05
+SECONDS = 1.2
+BURST_FRAMES = 4
+BURST_PAUSE = 0.004
+# A meter counts the check sequence, the preamble and the gap too; a full bucket holds 3084 octets.
+OCTETS_BESIDE_FRAME = 24
+MORE_THAN_A_BUCKET = 80
+METER_MISSING = -58
+
+
+def reading(lab, number):
+    """(frames passed, time) of a meter, taken together by the device."""
+    answer = lab.device.control("meters")
+    return next(row["passed"] for row in answer["meters"] if row["meter"] == number), answer["time"]
+
+
+def empty_the_bucket(crossing):
+    """Frames arrive faster than the bucket fills, until it has no room for another."""
+    marker = crossing.send(*[(SENDER, Packet())] * MORE_THAN_A_BUCKET)
+    crossing.lab.arrivals(marker)
+
+
+def overload(crossing):
+    """Sends for a while, several times what any of the rates lets pass."""
+    marker = crossing.lab.marker()
+    frame = Packet().build(marker)
+    deadline = time.monotonic() + SECONDS
+    while time.monotonic() < deadline:
+        for _ in range(BURST_FRAMES):
+            crossing.lab.hosts[SENDER].send(frame)
+        time.sleep(BURST_PAUSE)
+    return marker
+
+
+@pytest.mark.parametrize("submodule, asked, rate", [(PAIRS, 0, USUAL_RATE), (SINGLE, 250, 250)], ids=["usual", "own"])
+def test_flow_is_held_to_its_rate(lab, crossing, acl, submodule, asked, rate):
+    number = METER_BASES[submodule] + INDEX
+    acl.install(submodule, ENTITY, FROM_SENDER, [(METER, asked, INDEX)])
+    empty_the_bucket(crossing)
+    passed_before, began = reading(lab, number)
+    overload(crossing)
+    empty_the_bucket(crossing)
+    passed, ended = reading(lab, number)
+    octets = len(Packet().build(lab.marker())) + OCTETS_BESIDE_FRAME
+    kilobits = (passed - passed_before) * octets * 8 / 1000
+    assert kilobits / (ended - began) == pytest.approx(rate, rel=TOLERANCE)
+
+
+def test_what_passes_arrives_and_what_does_not_is_counted(lab, crossing, acl):
+    acl.install(SINGLE, ENTITY, FROM_SENDER, [(METER, 0, INDEX)])
+    neighbours = [(NEIGHBOUR, Packet(source="02:00:00:00:a0:0b"))] * MORE_THAN_A_BUCKET
+    marker = crossing.send(*[(SENDER, Packet())] * MORE_THAN_A_BUCKET, *neighbours)
+    arrived = lab.arrivals(marker)
+    row = acl.meters()[METER_BASES[SINGLE] + INDEX]
+    assert row["passed"] + row["dropped"] == MORE_THAN_A_BUCKET
+    assert min(row["passed"], row["dropped"]) > 0
+    assert len(arrived[NEIGHBOUR]) == row["passed"]
+    assert len(arrived[SENDER]) == MORE_THAN_A_BUCKET, "the neighbour's flow is not metered"
+
+
+def test_meter_goes_with_its_rule_if_asked_to(acl, crossing):
+    acl.install(SINGLE, ENTITY, FROM_SENDER, [(METER, 0, INDEX)])
+    assert set(acl.meters()) == {METER_BASES[SINGLE] + INDEX}
+    assert acl.delete(SINGLE, ENTITY, METER) == 0
+    assert acl.meters() == {}
+    crossing.check_flooded(*[(SENDER, Packet())] * MORE_THAN_A_BUCKET)
+
+
+def test_meter_that_is_not_asked_for_stays(acl):
+    acl.install(SINGLE, ENTITY, FROM_SENDER, [(METER, 0, INDEX)])
+    assert acl.delete(SINGLE, ENTITY) == 0
+    assert [row["entries"] for row in acl.meters().values()] == [[]]
+
+
+def test_replacement_looks_for_meters_in_the_new_rule(acl):
+    """So a rule without a meter leaves its predecessor's behind, and one with a meter gets a fresh one."""
+    acl.install(SINGLE, ENTITY, FROM_SENDER, [(METER, 0, INDEX)])
+    acl.install(SINGLE, ENTITY, FROM_SENDER, [(PERMIT,)])
+    assert [row["entries"] for row in acl.meters().values()] == [[]]
+    acl.install(SINGLE, ENTITY, FROM_SENDER, [(METER, 0, INDEX)])
+    acl.install(SINGLE, ENTITY, FROM_SENDER, [(METER, 300, INDEX)])
+    assert [(row["rate"], len(row["entries"])) for row in acl.meters().values()] == [(300, 1)]
+
+
+def test_deleting_a_rule_with_a_meter_that_it_never_had_says_so(acl):
+    acl.install(SINGLE, ENTITY, FROM_SENDER, [(DROP,)])
+    assert acl.delete(SINGLE, ENTITY, METER) == METER_MISSING
+    assert (acl.listed_rules(), acl.entries()) == (0, {})

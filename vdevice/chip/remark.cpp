@@ -1,0 +1,49 @@
+#include "vdevice/chip/remark.h"
+
+#include "vdevice/chip/encapsulation.h"
+#include "vdevice/chip/ip_header.h"
+
+namespace vdevice::chip {
+namespace {
+
+constexpr unsigned kDscpShift = 2;
+constexpr std::uint16_t kIpv4DscpMask = 0x00FC;  // in the header's first two octets
+constexpr std::uint16_t kIpv6DscpMask = 0x0FC0;
+
+/** Of ones' complement sums: a header's checksum after one of its words has changed (RFC 1624). */
+std::uint16_t corrected(std::uint16_t checksum, std::uint16_t before, std::uint16_t after) {
+    constexpr std::uint32_t kOnes = 0xFFFF;
+    constexpr unsigned kCarryShift = 16;
+    std::uint32_t sum = (~std::uint32_t{checksum} & kOnes) + (~std::uint32_t{before} & kOnes) + after;
+    sum = (sum & kOnes) + (sum >> kCarryShift);
+    sum = (sum & kOnes) + (sum >> kCarryShift);
+    return static_cast<std::uint16_t>(~sum & kOnes);
+}
+
+void remark_ipv4(std::uint8_t *packet, Bytes old, std::uint32_t dscp) {
+    const std::uint16_t before = read16(old, 0);
+    const std::uint16_t after = with_bits(before, kIpv4DscpMask, dscp << kDscpShift);
+    write16(packet, after);
+    write16(packet + kIpv4ChecksumAt, corrected(read16(old, kIpv4ChecksumAt), before, after));
+}
+
+void remark_ipv6(std::uint8_t *packet, Bytes old, std::uint32_t dscp) {
+    write16(packet, with_bits(read16(old, 0), kIpv6DscpMask, dscp << (kDscpShift + kIpv6TrafficClassShift)));
+}
+
+}  // namespace
+
+Bytes with_dscp(const Header &header, std::uint8_t dscp, std::vector<std::uint8_t> &copy) {
+    const Encapsulation carried = read_encapsulation(header);
+    const bool v4 = carried.type == kTypeIpv4 && is_ipv4(carried.octets);
+    const bool v6 = carried.type == kTypeIpv6 && is_ipv6(carried.octets);
+    if (!v4 && !v6) {
+        return header.payload;
+    }
+    copy.assign(header.payload.begin(), header.payload.end());
+    std::uint8_t *octets = copy.data() + (header.payload.size() - carried.octets.size());
+    (v4 ? remark_ipv4 : remark_ipv6)(octets, carried.octets, dscp);
+    return copy;
+}
+
+}  // namespace vdevice::chip
