@@ -14,6 +14,7 @@ RX_FRAMES = 1
 # The MAC table's hash, as the virtual device documents it.
 CAPACITY = 8192
 BUCKETS, SLOTS = 1024, 8
+TABLE_FULL, BUCKET_FULL = -20, -24
 
 
 class Segment:

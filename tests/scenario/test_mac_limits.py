@@ -2,13 +2,25 @@
 
 import pytest
 from cpu import group
-from segment import ALL, BUCKETS, CAPACITY, NO_LIMIT, SLOTS, VLAN, Segment, bucket, colon_form, in_a_row
+from segment import (
+    ALL,
+    BUCKET_FULL,
+    BUCKETS,
+    CAPACITY,
+    NO_LIMIT,
+    SLOTS,
+    TABLE_FULL,
+    VLAN,
+    Segment,
+    bucket,
+    colon_form,
+    in_a_row,
+)
 
 SENDER, PORT, MEMBER, WITNESS = 1, 5, 22, 26
 PORTS = (SENDER, PORT, MEMBER, WITNESS)
 SCOPE_VLAN, SCOPE_INTERFACE, SCOPE_SYSTEM = 0, 1, 2
 LIMIT = 3
-TABLE_FULL, BUCKET_FULL = -20, -24
 NO_SUCH_SCOPE = 101
 
 

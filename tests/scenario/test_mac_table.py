@@ -24,11 +24,15 @@ def set_by_hand(segment, port, address, is_static=1):
     assert segment.cpu.result("adp_add_mac_addr", address.hex(), port, segment.vid, is_static) == 0
 
 
-def shown(lab, address):
-    """vdevctl's row of an address."""
-    rows = [row for row in lab.device.control("macs")["macs"] if row["mac"] == colon_form(address)]
-    assert len(rows) == 1
-    return rows[0]
+def shown(lab, *addresses):
+    """vdevctl's rows of addresses, all as they were at one moment."""
+    rows = {row["mac"]: row for row in lab.device.control("macs")["macs"] if row["vid"] == VLAN}
+    return [rows[colon_form(address)] for address in addresses]
+
+
+def is_older(lab, one, other):
+    first, second = shown(lab, one, other)
+    return first["age"] > second["age"]
 
 
 def test_a_station_is_learned_where_it_speaks(lab, segment):
@@ -47,7 +51,7 @@ def test_the_index_is_the_bucket_and_a_slot(lab, cpu, segment):
     station = segment.station(PORT)
     answer = cpu.call("adp_get_l2_index_by_addr", station.hex(), VLAN)
     assert answer["outputs"]["index"] // SLOTS == bucket(station, VLAN)
-    assert answer["outputs"]["index"] == shown(lab, station)["index"]
+    assert answer["outputs"]["index"] == shown(lab, station)[0]["index"]
 
 
 def test_a_moving_station_is_followed(lab, segment):
@@ -103,9 +107,9 @@ def test_a_filtered_station_is_cut_off(lab, cpu, segment, kind):
 
 def test_speaking_again_makes_a_station_young(lab, segment):
     older, younger = segment.station(PORT), segment.station(PORT)
-    assert shown(lab, older)["age"] > shown(lab, younger)["age"]
+    assert is_older(lab, older, younger)
     segment.say(PORT, older)
-    assert shown(lab, older)["age"] < shown(lab, younger)["age"]
+    assert is_older(lab, younger, older)
 
 
 @pytest.fixture

@@ -16,7 +16,7 @@ from reports import (
     TO_EXCLUDE,
     TO_INCLUDE,
 )
-from segment import colon_form
+from segment import ALL, BUCKET_FULL, CAPACITY, bucket, colon_form, in_a_row
 from stage import ONE, OTHER, SOURCE, VLAN
 
 SENTINEL, SUBJECT, FIRST_BROKEN = 1, 2, 10
@@ -118,6 +118,22 @@ def test_groups_are_kept_by_vlan(stage, theatre, build, dialect):
         # A VLAN's groups go with it, so the program ends first.
         assert stage.end() == 0
         cpu.tidy()
+
+
+def test_a_group_for_which_there_is_no_room_is_followed_when_there_is(judge, dialect, stage, theatre, build):
+    group = dialect.group(SUBJECT)
+    full = bucket(group_mac(group), VLAN)
+    fixed = [address for address in in_a_row(CAPACITY) if bucket(address, VLAN) == full]
+    with contextlib.closing(Cpu(theatre, build)) as cpu:
+        cpu.set_up()
+        for address in fixed:
+            assert cpu.result("adp_add_mac_addr", address.hex(), OTHER, VLAN, 1) == 0
+        judge.say(dialect.about(group))
+        stage.agent.await_line(f"igmp_snooping: Could not create a group: the answer was {BUCKET_FULL}.")
+        assert judge.groups() == {}
+        assert cpu.result("adp_del_mac_by_lrntype", ALL) == 0
+        judge.say(dialect.about(group))
+        assert judge.groups() == {key(group): {ONE}}
 
 
 def broken(dialect, group):

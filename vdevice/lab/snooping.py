@@ -6,7 +6,7 @@ from .builds import Build
 from .problem import LabError
 from .process import LineReader, stop
 
-LINE_SECONDS = 20.0
+LINE_SECONDS = 10.0
 # A bench's hosts say more than what is waited for, above all when IPv6 is on.
 MOST_LINES = 1000
 
