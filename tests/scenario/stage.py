@@ -11,6 +11,9 @@ from scapy.all import IP, UDP, IPv6, Raw
 
 SOURCE, ONE, OTHER, WITNESS = 1, 5, 26, 7
 MEMBERS = (21, 22)
+# Behind a group there is one neighbour. Of the two hosts that are there instead this one alone asks for anything: what
+# another had to say, such as a leave that its kernel repeats, would be taken for this one's word.
+NEIGHBOUR = MEMBERS[0]
 PORTS = (SOURCE, ONE, OTHER, WITNESS, *MEMBERS)
 VLAN = 1
 STREAM_PORT = 5000

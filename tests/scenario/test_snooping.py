@@ -2,7 +2,7 @@
 
 import pytest
 from lab.listener import set_protocol_version
-from stage import MEMBERS, ONE, OTHER, PORTS, PROTOCOLS, SOURCE
+from stage import MEMBERS, NEIGHBOUR, ONE, OTHER, PORTS, PROTOCOLS, SOURCE
 
 FLOWS = 16
 
@@ -53,16 +53,16 @@ def check_group_hears(stage, address, ports=()):
 
 
 def test_a_stream_reaches_a_group_by_one_of_its_members(group_stage, protocol):
-    neighbour = group_stage.join(MEMBERS[1], protocol.group)
+    listener = group_stage.join(NEIGHBOUR, protocol.group)
     assert check_group_hears(group_stage, protocol.group) == set(MEMBERS)
-    group_stage.leave(neighbour, MEMBERS[1], protocol.group)
+    group_stage.leave(listener, NEIGHBOUR, protocol.group)
     assert group_stage.heard(protocol.group) == set()
 
 
-@pytest.mark.parametrize("first", (ONE, MEMBERS[0]))
+@pytest.mark.parametrize("first", (ONE, NEIGHBOUR))
 def test_a_group_and_a_port_come_and_go(group_stage, protocol, first):
     address = protocol.group
-    second = ({ONE, MEMBERS[0]} - {first}).pop()
+    second = ({ONE, NEIGHBOUR} - {first}).pop()
     listeners = {port: group_stage.join(port, address) for port in (first, second)}
     assert check_group_hears(group_stage, address, {ONE}) == set(MEMBERS)
     group_stage.leave(listeners[first], first, address)
@@ -74,19 +74,19 @@ def test_a_group_and_a_port_come_and_go(group_stage, protocol, first):
 
 def test_a_group_goes_on_hearing_when_it_loses_a_member(group_stage, protocol):
     bench = group_stage.bench
-    group_stage.join(MEMBERS[0], protocol.group)
-    bench.device.control("pull", MEMBERS[0])
+    group_stage.join(NEIGHBOUR, protocol.group)
+    bench.device.control("pull", NEIGHBOUR)
     try:
-        bench.device.await_links(set(PORTS) - {MEMBERS[0]})
+        bench.device.await_links(set(PORTS) - {NEIGHBOUR})
         assert check_group_hears(group_stage, protocol.group) == {MEMBERS[1]}
     finally:
-        bench.device.control("plug", MEMBERS[0])
+        bench.device.control("plug", NEIGHBOUR)
         bench.await_links()
 
 
 def test_the_agent_leaves_no_groups_behind(group_stage):
     address = PROTOCOLS["IGMPv3"].group
-    for port in (ONE, MEMBERS[0]):
+    for port in (ONE, NEIGHBOUR):
         group_stage.join(port, address)
     assert group_stage.entries()
     assert group_stage.agent.end() == 0
