@@ -92,6 +92,22 @@ def test_a_ports_limit_is_no_matter_to_others(segment, limit):
     assert segment.interface(segment.station(MEMBER)) == MEMBER
 
 
+def test_a_station_cannot_move_to_a_port_that_is_full(lab, cpu, segment, limit):
+    traveller = segment.station(MEMBER)
+    limit(0, PORT, SCOPE_INTERFACE)
+    assert segment.say(PORT, traveller) == set()
+    assert (segment.interface(traveller), violations(cpu, PORT)) == (MEMBER, 1)
+    assert segment.say(SENDER, lab.mac(SENDER), traveller) == {MEMBER}
+
+
+def test_a_static_station_does_not_count(lab, cpu, segment, limit):
+    limit(0, PORT, SCOPE_INTERFACE)
+    fixed = lab.mac(PORT)
+    assert cpu.result("adp_add_mac_addr", fixed.hex(), PORT, VLAN, 1) == 0
+    assert segment.say(PORT, fixed) == segment.others(PORT)
+    assert violations(cpu, PORT) == 0
+
+
 def test_a_limit_without_a_known_scope_is_refused(cpu):
     assert cpu.result("adp_set_mac_limit", LIMIT, PORT, 3) == NO_SUCH_SCOPE
 
