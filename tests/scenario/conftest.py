@@ -9,10 +9,11 @@ import os
 import pytest
 from lab import Build, Lab, LabError
 
-pytest.register_assert_rewrite("acl", "crossing")
+pytest.register_assert_rewrite("acl", "crossing", "segment", "stage")
 from acl import Acl  # noqa: E402
 from cpu import Cpu  # noqa: E402
 from crossing import Crossing  # noqa: E402
+from stage import MEMBERS, Stage, theatre  # noqa: E402
 
 BUILDS = os.environ.get("ADP_SCENARIO_BUILDS", "host,mips").split(",")
 DEVICE_BUILD = os.environ.get("ADP_SCENARIO_DEVICE", "host")
@@ -23,7 +24,7 @@ def pytest_sessionstart():
     try:
         Build(DEVICE_BUILD).command("vdeviced")
         for name in BUILDS:
-            for program in ("adpsh", "link_aggregation", "acl"):
+            for program in ("adpsh", "link_aggregation", "acl", "igmp_snooping"):
                 Build(name).command(program)
     except LabError as problem:
         pytest.exit(str(problem), returncode=1)
@@ -73,3 +74,29 @@ def acl(cpu, build):
     rules = Acl(cpu, build)
     yield rules
     rules.tidy()
+
+
+# Multicast snooping
+
+
+@pytest.fixture(name="theatre", scope="session")
+def open_theatre():
+    """A device whose hosts speak IP."""
+    with theatre(DEVICE_BUILD) as bench:
+        yield bench
+
+
+@pytest.fixture
+def stage(theatre, build):
+    """The snooping program, which has nothing to complain about in the end."""
+    with contextlib.closing(Stage(theatre, build)) as made:
+        yield made
+        assert made.end() == 0
+
+
+@pytest.fixture
+def group_stage(theatre, build):
+    """The same with an aggregation group of two ports."""
+    with contextlib.closing(Stage(theatre, build, MEMBERS)) as made:
+        yield made
+        assert made.end() == 0

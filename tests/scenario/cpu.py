@@ -103,10 +103,12 @@ class Cpu:
         assert self.result("SET_AGG_MANAGE_INTF", group(number), port) == 0
 
     def form_group(self, number, ports):
-        """Forms a group of these ports, so that the device's VLAN records list it."""
+        """Forms a group of these ports, configured and active, so that the device's VLAN records list it."""
         assert self.result("adp_create_agg_group", group(number)) == 0
         self._formed.add(number)
-        assert self.result("adp_add_agg_member", group(number), len(ports), list(ports)) == 0
+        word = sum(1 << port for port in ports)
+        assert self.result("adp_add_agg_standby_member", group(number), word, 0) == 0
+        assert self.result("adp_add_agg_member_by_map", group(number), word, 0) == 0
 
     def tidy(self):
         for number in self._formed:

@@ -151,23 +151,6 @@ def test_order_and_every_frame_are_kept_again_afterwards(joined):
 # Attributes and counters of a whole group
 
 
-@pytest.fixture
-def group(cpu):
-    """Forms a group of ports on the device's CPU, through the library."""
-    formed = []
-
-    def form(*ports):
-        assert cpu.result("adp_create_agg_group", GROUP) == 0
-        formed.append(ports)
-        word = sum(1 << port for port in ports)
-        assert cpu.result("adp_add_agg_standby_member", GROUP, word, 0) == 0
-        assert cpu.result("adp_add_agg_member_by_map", GROUP, word, 0) == 0
-
-    yield form
-    for _ in formed:
-        assert cpu.result("adp_delete_agg_group", GROUP) == 0
-
-
 def set_traced(lab, cpu, call, *words):
     """(status, user ports for which the driver call was made, in order) of an attribute set on the group."""
     cpu.shell.call("trace on")
@@ -179,18 +162,18 @@ def set_traced(lab, cpu, call, *words):
     return record["result"], [port - lab.device.physical(0) for port in made]
 
 
-def test_setting_a_group_goes_through_its_members_in_order(lab, cpu, group):
-    group(22, 3, 9)
+def test_setting_a_group_goes_through_its_members_in_order(lab, cpu):
+    cpu.form_group(1, (22, 3, 9))
     assert set_traced(lab, cpu, "user_port_jumboframe_set", JUMBO, 1, 0) == (0, [3, 9, 22])
 
 
-def test_setting_a_group_stops_at_the_first_failing_member(lab, cpu, group):
-    group(3, FIBRE_PORT, 26)
+def test_setting_a_group_stops_at_the_first_failing_member(lab, cpu):
+    cpu.form_group(1, (3, FIBRE_PORT, 26))
     assert set_traced(lab, cpu, "user_port_mdix_set", MDIX, 1, 0) == (WRONG_MEDIUM, [3, FIBRE_PORT])
 
 
-def test_group_counts_what_its_members_count(lab, cpu, group):
-    group(22, 3, 9)
+def test_group_counts_what_its_members_count(lab, cpu):
+    cpu.form_group(1, (22, 3, 9))
     assert cpu.result("adp_clr_port_stat", GROUP) == 0
     frame = ethernet(BROADCAST, lab.mac(), ETHERTYPE_EXPERIMENT, lab.marker().ljust(46, b"."))
     for port in (22, 3, 3, 9, 9, 9):

@@ -1,0 +1,54 @@
+"""The example program igmp_snooping as the bench runs it: it tells each change of a group's listeners in a line."""
+
+import subprocess
+
+from .builds import Build
+from .problem import LabError
+from .process import LineReader, stop
+
+LINE_SECONDS = 10.0
+# A bench's hosts say more than what is waited for, above all when IPv6 is on.
+MOST_LINES = 1000
+
+
+class SnoopingProgram:
+    """A running igmp_snooping; the ports, if any, are aggregation group 1."""
+
+    def __init__(self, device, build, ports=()):
+        self._process = device.popen(
+            Build(build).command("igmp_snooping", *ports),
+            stdin=subprocess.PIPE,
+            stdout=subprocess.PIPE,
+            stderr=subprocess.STDOUT,
+        )
+        self._lines = LineReader(self._process.stdout)
+        self.await_line("ready")
+
+    def await_line(self, wanted):
+        """Passes over the lines in front of this one."""
+        seen = []
+        while len(seen) < MOST_LINES:
+            try:
+                seen.append(self._lines.line(LINE_SECONDS, "igmp_snooping"))
+            except LabError as problem:
+                raise LabError(f"{problem} Instead of '{wanted}' it said: {seen}") from None
+            if seen[-1] == wanted:
+                return
+        raise LabError(f"igmp_snooping does not say '{wanted}', but: {seen}")
+
+    def await_change(self, vid, address, listener, joins):
+        """Waits until "port 5" or "group 1" has joined a group, or has left it."""
+        self.await_line(f"VLAN {vid}, {address}: {listener} {'joined' if joins else 'left'}")
+
+    def is_alive(self):
+        return self._process.poll() is None
+
+    def end(self):
+        """Lets the program tidy up, unless it has ended already; gives its exit status."""
+        if not self._process.stdin.closed:
+            self._process.stdin.close()
+            self.await_line("ended")
+        return self._process.wait(LINE_SECONDS)
+
+    def close(self):
+        stop(self._process)
