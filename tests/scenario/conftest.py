@@ -9,11 +9,12 @@ import os
 import pytest
 from lab import Build, Lab, LabError
 
-pytest.register_assert_rewrite("acl", "crossing", "segment", "stage")
+pytest.register_assert_rewrite("acl", "crossing", "segment", "stage", "tagging")
 from acl import Acl  # noqa: E402
 from cpu import Cpu  # noqa: E402
 from crossing import Crossing  # noqa: E402
 from stage import MEMBERS, Stage, theatre  # noqa: E402
+from tagging import Tagging  # noqa: E402
 
 BUILDS = os.environ.get("ADP_SCENARIO_BUILDS", "host,mips").split(",")
 DEVICE_BUILD = os.environ.get("ADP_SCENARIO_DEVICE", "host")
@@ -72,6 +73,14 @@ def crossing(lab, cpu):
 def acl(cpu, build):
     """The field processor, empty before and afterwards."""
     rules = Acl(cpu, build)
+    yield rules
+    rules.tidy()
+
+
+@pytest.fixture
+def tagging(lab, cpu):
+    """Tags between the hosts, with no entries and every port's TPID and mode as at power-on."""
+    rules = Tagging(lab, cpu)
     yield rules
     rules.tidy()
 

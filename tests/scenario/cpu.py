@@ -2,6 +2,7 @@
 
 NO_VLAN = 0xFFFFFFFF
 DEFAULT_VLAN = 1
+USER_PORTS = range(1, 27)
 CPU_PORT = 0
 SETTLE_SECONDS = 5.0
 
@@ -26,6 +27,7 @@ class Cpu:
         self._pvids = set()
         self._groups = set()
         self._formed = set()
+        self._default_changed = False
 
     def set_up(self):
         """The default board's port map, the send socket, and an ear on the CPU port."""
@@ -86,6 +88,24 @@ class Cpu:
             self._vlans.add(vid)
         return status
 
+    def create_vlans(self, first, last):
+        """A range of VLANs, in one call."""
+        status = self.result("adp_vlan_createEx", first, last)
+        if status == 0:
+            self._vlans.update(range(first, last + 1))
+        return status
+
+    def destroy_vlans(self, first, last):
+        status = self.result("adp_vlan_destroyEx", first, last)
+        if status == 0:
+            self._vlans.difference_update(range(first, last + 1))
+        return status
+
+    def default_vlan_ports(self, members, untagged=()):
+        """Leaves only these interfaces in the VLAN that all are in at power-on."""
+        self._default_changed = True
+        self.vlan_ports(DEFAULT_VLAN, members, untagged)
+
     def vlan_ports(self, vid, members, untagged=()):
         assert self.result("adp_vlan_port_set", vid, port_set(members), port_set(untagged)) == 0
 
@@ -117,6 +137,9 @@ class Cpu:
             assert self.result("adp_intf_pivd_set", port, DEFAULT_VLAN) == 0
         for vid in self._vlans:
             assert self.result("adp_vlan_destroy", vid) == 0
+        if self._default_changed:
+            self.vlan_ports(DEFAULT_VLAN, {CPU_PORT, *USER_PORTS}, USER_PORTS)
+            self._default_changed = False
         for number in self._groups:
             assert self.result("SET_AGG_MANAGE_INTF", group(number), 0) == 0
         for known in (self._pvids, self._vlans, self._groups, self._formed):
