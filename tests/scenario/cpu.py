@@ -152,3 +152,9 @@ class Cpu:
 def ports_of(words):
     """The set that eight words hold."""
     return {32 * at + bit for at, word in enumerate(words) for bit in range(32) if word >> bit & 1}
+
+
+def device_vlans(lab):
+    """{VLAN: (members, untagged)} as the device shows them."""
+    rows = lab.device.control("vlans")["vlans"]
+    return {row["vid"]: (set(row["members"]), set(row["untagged"])) for row in rows}

@@ -178,7 +178,11 @@ def at_cpu(tagging, port, tags):
     return seen, *tagging.cpu.receive(arrived)
 
 
-@pytest.mark.parametrize("inner, tag_at", [(b"", None), (INNER, INNERMOST + TAG_BYTES)], ids=["alone", "before a customer's"])
+@pytest.mark.parametrize(
+    "inner, tag_at",
+    [(b"", None), (INNER, INNERMOST + TAG_BYTES)],
+    ids=["alone", "before a customer's"],
+)
 def test_frames_with_the_old_provider_tag_are_received(vlans, inner, tag_at):
     vlans.dress(PROVIDER, INTERNAL, OLD_PROVIDER_TPID)
     tags = OLD_OUTER + inner

@@ -1,9 +1,9 @@
-"""Access, trunk and hybrid ports: what their hosts hear of tagged and untagged frames, and VLANs read back as written."""
+"""Access, trunk and hybrid ports: what hosts hear, tagged and untagged, and what is read back of VLANs."""
 
 import random
 
 import pytest
-from cpu import DEFAULT_VLAN, port_set
+from cpu import DEFAULT_VLAN, device_vlans, port_set
 from lab.frames import vlan_tag
 
 RED, BLUE, NOWHERE = 100, 200, 300
@@ -36,12 +36,6 @@ def roles(cpu, tagging):
 def physical_set(lab, ports):
     """Ports as the plain membership calls take them: by their physical numbers."""
     return port_set(map(lab.device.physical, ports))
-
-
-def device_vlans(lab):
-    """{VLAN: (members, untagged)} as the device shows them."""
-    rows = lab.device.control("vlans")["vlans"]
-    return {row["vid"]: (set(row["members"]), set(row["untagged"])) for row in rows}
 
 
 @pytest.mark.parametrize(
