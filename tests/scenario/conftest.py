@@ -24,7 +24,7 @@ def pytest_sessionstart():
     try:
         Build(DEVICE_BUILD).command("vdeviced")
         for name in BUILDS:
-            for program in ("adpsh", "link_aggregation", "acl", "igmp_snooping"):
+            for program in ("adpsh", "link_aggregation", "acl", "igmp_snooping", "ring_protection"):
                 Build(name).command(program)
     except LabError as problem:
         pytest.exit(str(problem), returncode=1)
@@ -74,6 +74,17 @@ def acl(cpu, build):
     rules = Acl(cpu, build)
     yield rules
     rules.tidy()
+
+
+@pytest.fixture
+def tell(capsys):
+    """Prints a line that is seen in any run."""
+
+    def print_line(text):
+        with capsys.disabled():
+            print(f"\n    {text}", end="")
+
+    return print_line
 
 
 # Multicast snooping
