@@ -114,7 +114,6 @@ class Trees:
         table = self.cpus[side].shell.call("show aiVlanStg")["value"]
         return {vid: stg for vid, stg in enumerate(table) if stg}
 
-
     def tidy(self):
         for cpu in self.cpus:
             for stg in VLANS:
