@@ -116,11 +116,22 @@ static pid_t start_watcher(const struct ring *ring, int *leash) {
     const pid_t watcher = fork();
     if (watcher == 0) {
         close(ends[1]);
+        signal(SIGINT, SIG_IGN); /* a terminal sends it to both, and the leash is enough */
         _exit(watch_links(ring, ends[0]));
     }
     close(ends[0]);
     *leash = ends[1];
     return watcher;
+}
+
+/* Leaves its exit status to end_watcher(). */
+static bool is_watcher_alive(pid_t watcher) {
+    siginfo_t info;
+    memset(&info, 0, sizeof info);
+    if (waitid(P_PID, (id_t)watcher, &info, WEXITED | WNOHANG | WNOWAIT) == 0 && info.si_pid == 0)
+        return true;
+    fprintf(stderr, "ring_protection: The link watcher has ended.\n");
+    return false;
 }
 
 static bool end_watcher(pid_t watcher, int leash) {
@@ -183,7 +194,7 @@ static bool handle_change(struct ring *ring, int place, bool is_up) {
     return good;
 }
 
-/* A negative result of the queue, too, ends the agent: without messages it would only seem to protect. */
+/* The agent ends when the queue fails, as it does without its watcher: it would only seem to protect. */
 static bool receive_change(struct ring *ring, int32_t timeout_ms, bool *received) {
     uint32_t message[VDEV_EQUEUE_WORDS];
     uint16_t record[VDEV_EQUEUE_RECORD_FIELDS];
@@ -211,15 +222,15 @@ static bool has_input_ended(void) {
     return poll(&input, 1, 0) > 0 && read(STDIN_FILENO, ignored, sizeof ignored) == 0;
 }
 
-static bool serve(struct ring *ring) {
+static bool serve(struct ring *ring, pid_t watcher) {
     bool received = false;
     while (!asked_to_end && !has_input_ended())
-        if (!receive_change(ring, kLookAroundMs, &received))
+        if (!is_watcher_alive(watcher) || !receive_change(ring, kLookAroundMs, &received))
             return false;
     return true;
 }
 
-static bool protect(struct ring *ring) {
+static bool protect(struct ring *ring, pid_t watcher) {
     if (!succeeded("set up the port map", set_up_board()))
         return false;
     const bool is_set = ring->is_owner
@@ -229,10 +240,9 @@ static bool protect(struct ring *ring) {
         return false;
     printf("ready: ");
     print_block(ring);
-    return serve(ring);
+    return serve(ring, watcher);
 }
 
-/* The watcher has the signals' default actions: a terminal's SIGINT ends it together with the agent. */
 static bool take_signals(void) {
     const struct sigaction action = {.sa_handler = end_on_signal};
     return (sigaction(SIGTERM, &action, NULL) == 0 && sigaction(SIGINT, &action, NULL) == 0) ||
@@ -274,7 +284,7 @@ int main(int argc, char **argv) {
     const pid_t watcher = start_watcher(&ring, &leash);
     if (watcher < 0 || !take_signals())
         return system_failed("start the link watcher") ? 0 : 1;
-    bool good = protect(&ring);
+    bool good = protect(&ring, watcher);
     good &= end_watcher(watcher, leash);
     printf("ended\n");
     return good ? 0 : 1;

@@ -9,7 +9,7 @@ import os
 import pytest
 from lab import Build, Lab, LabError
 
-pytest.register_assert_rewrite("acl", "crossing", "segment", "stage")
+pytest.register_assert_rewrite("acl", "crossing", "ringside", "segment", "stage")
 from acl import Acl  # noqa: E402
 from cpu import Cpu  # noqa: E402
 from crossing import Crossing  # noqa: E402

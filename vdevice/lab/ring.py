@@ -9,6 +9,8 @@ host speaks.
 """
 
 import contextlib
+import os
+import signal
 import subprocess
 
 from .bench import Lab
@@ -100,7 +102,18 @@ class RingProgram:
     def end(self):
         """Lets the program end; gives its last line and its exit status."""
         self._process.stdin.close()
-        return self.line(), self._process.wait(LINE_SECONDS)
+        return self.line(), self.wait()
+
+    def wait(self):
+        """Exit status of the program, which is about to end."""
+        return self._process.wait(LINE_SECONDS)
+
+    def kill_watcher(self):
+        """Kills the second process, which is the program's only child."""
+        pid = self._process.pid
+        with open(f"/proc/{pid}/task/{pid}/children", encoding="ascii") as children:
+            (watcher,) = children.read().split()
+        os.kill(int(watcher), signal.SIGKILL)
 
     def close(self):
         stop(self._process)
