@@ -162,7 +162,9 @@ def test_the_program_does_not_go_on_without_its_link_watcher(ring, build, protec
     assert protected.state(OWNER, BEFORE) == BLOCKING
 
 
-@pytest.mark.parametrize("words", ("", "owner 2", "guest 2 3", "owner 2 2", "transit 2 27", "transit 0 3", "owner 2x 3"))
+@pytest.mark.parametrize(
+    "words", ("", "owner 2", "guest 2 3", "owner 2 2", "transit 2 27", "transit 0 3", "owner 2x 3")
+)
 def test_the_program_refuses_what_is_no_ring(build, words):
     done = subprocess.run(
         Build(build).command("ring_protection", *words.split()), capture_output=True, text=True, timeout=ENDED_SECONDS
