@@ -9,7 +9,7 @@ import os
 import pytest
 from lab import Build, Lab, LabError
 
-pytest.register_assert_rewrite("acl", "crossing", "segment", "stage", "tagging")
+pytest.register_assert_rewrite("acl", "crossing", "ringside", "segment", "stage", "tagging")
 from acl import Acl  # noqa: E402
 from cpu import Cpu  # noqa: E402
 from crossing import Crossing  # noqa: E402
@@ -25,7 +25,7 @@ def pytest_sessionstart():
     try:
         Build(DEVICE_BUILD).command("vdeviced")
         for name in BUILDS:
-            for program in ("adpsh", "link_aggregation", "acl", "igmp_snooping"):
+            for program in ("adpsh", "link_aggregation", "acl", "igmp_snooping", "ring_protection"):
                 Build(name).command(program)
     except LabError as problem:
         pytest.exit(str(problem), returncode=1)
@@ -83,6 +83,17 @@ def tagging(lab, cpu):
     rules = Tagging(lab, cpu)
     yield rules
     rules.tidy()
+
+
+@pytest.fixture
+def tell(capsys):
+    """Prints a line that is seen in any run."""
+
+    def print_line(text):
+        with capsys.disabled():
+            print(f"\n    {text}", end="")
+
+    return print_line
 
 
 # Multicast snooping

@@ -66,17 +66,6 @@ def check_events(joined, number, is_up, group_is_up, management_port, events):
         assert program.take_events() == [*events, Handled(CABLES[number][side], is_up, group_is_up, management)]
 
 
-@pytest.fixture
-def tell(capsys):
-    """Prints a line that is seen in any run."""
-
-    def print_line(text):
-        with capsys.disabled():
-            print(f"\n    {text}", end="")
-
-    return print_line
-
-
 def check_losses(joined, made, what, tell):
     """Frames may be lost until both programs have handled the change; they are counted and told. None is later."""
     for load in joined.traffic.loads:

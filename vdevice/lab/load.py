@@ -111,10 +111,10 @@ class Load:
 
 
 class Traffic:
-    """The loads of a pair of devices, sent together for as long as something takes."""
+    """The loads of a bench of several devices, a Pair for instance, sent together for as long as something takes."""
 
-    def __init__(self, pair, loads):
-        self._pair = pair
+    def __init__(self, bench, loads):
+        self._bench = bench
         self.loads = tuple(loads)
         self._returned = 0
         self._elsewhere = 0
@@ -129,7 +129,7 @@ class Traffic:
         while True:
             for load in self.loads:
                 load.burst()
-            for lab in (self._pair.near, self._pair.far):
+            for lab in self._bench.labs:
                 for host in lab.hosts.values():
                     self._account(host, host.nic.waiting())
             if condition():
@@ -146,7 +146,7 @@ class Traffic:
         """Waits until all that was sent has arrived or is lost. Tells of the frames that were elsewhere than at their
         receiver since the last time.
         """
-        for lab, seen in zip((self._pair.near, self._pair.far), self._pair.arrivals(b""), strict=True):
+        for lab, seen in zip(self._bench.labs, self._bench.arrivals(b""), strict=True):
             for port, frames in seen.items():
                 self._account(lab.hosts[port], frames)
         astray = Astray(self._returned, self._elsewhere)

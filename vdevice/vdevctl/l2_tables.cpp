@@ -22,7 +22,7 @@ std::string kind_text(const json &entry) {
 
 /** What the limit is for: "vlan 10". */
 std::string scope_text(const json &limit) {
-    const std::string scope = limit["scope"].get<std::string>();
+    std::string scope = limit["scope"].get<std::string>();
     if (scope == "system") {
         return scope;
     }

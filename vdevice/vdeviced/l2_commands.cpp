@@ -8,7 +8,6 @@ namespace {
 using chip::LearnLimits;
 using chip::MacEntry;
 using chip::MacTable;
-using chip::Port;
 using chip::Switch;
 using chip::TrunkTable;
 using nlohmann::json;

@@ -1,0 +1,60 @@
+"""Cables between devices, and what has arrived where frames cross several of them.
+
+A cable is one pair of interfaces, one end in each device's namespace, so a frame leaves one device and enters the other
+with nothing between them.
+"""
+
+from typing import NamedTuple
+
+from .bench import Lab
+from .process import poll_until
+
+LINK_SECONDS = 20.0
+NEAR_INDEX, FAR_INDEX = 1000, 2000
+
+
+class End(NamedTuple):
+    """Where a cable ends: at a user port of a lab's device."""
+
+    lab: Lab
+    port: int
+
+    @property
+    def interface(self):
+        return f"port{self.port}"
+
+
+def lay_cable(near, far):
+    """Joins two ends, whose ports lose the cables that they had."""
+    for end in (near, far):
+        end.lab.device.namespace.ip(f"link delete {end.interface}")
+    pid = far.lab.device.namespace.holder_pid
+    # The kernel tells of a carrier at once only where the two ends have different numbers, otherwise it may take a
+    # second.
+    near_index, far_index = NEAR_INDEX + near.port, FAR_INDEX + far.port
+    ends = f"{near.interface} index {near_index} type veth peer name {far.interface} index {far_index} netns {pid}"
+    near.lab.device.namespace.ip(f"link add {ends}")
+
+
+def await_links(lab, ends, linked):
+    """Waits until the lab's device sees a link on exactly these ports of those that have cables to other devices."""
+    poll_until(
+        lambda: lab.device.links() & ends == linked,
+        LINK_SECONDS,
+        f"A link on exactly the ports {sorted(linked)} of the {lab.device.name}",
+    )
+
+
+def arrivals(labs, marker):
+    """What has reached each lab's hosts, as one answer of Lab.arrivals() for each.
+
+    All are asked as often as there are devices: each time they have sent what they were going to send to the next one,
+    so at last even what had to cross them all has come.
+    """
+    rounds = [[lab.arrivals(marker) for lab in labs] for _ in labs]
+    return tuple(_joined(answers) for answers in zip(*rounds, strict=True))
+
+
+def _joined(answers):
+    ports = {port for answer in answers for port in answer}
+    return {port: [frame for answer in answers for frame in answer.get(port, [])] for port in ports}
