@@ -19,5 +19,5 @@ if [ "${#library[@]}" = 0 ] || [ "${#rest[@]}" = 0 ]; then
     exit 1
 fi
 printf '%s\n' "${library[@]}" | tidy
-printf '%s\n' "${rest[@]}" | tidy --checks=-clang-analyzer-*
+printf '%s\n' "${rest[@]}" | tidy '--checks=-clang-analyzer-*'
 echo "ok: $((${#library[@]} + ${#rest[@]})) files are clean"
