@@ -2,6 +2,7 @@
 #ifndef AGG_RESOLVE_H
 #define AGG_RESOLVE_H
 
+#include "agg/members.h"
 #include "agg/tables.h"
 #include "port/map.h"
 
@@ -27,6 +28,26 @@ adp_status_t by_kind(Intf intf, OnPort on_port, OnGroup on_group) {
 inline Intf answering_member_of(Intf agg) {
     const Intf manager = manage_intf_of(agg);
     return manager == kNoIntf ? lowest_configured_of(agg) : manager;
+}
+
+/**
+ * Answers call(physical port) for a user port, and for a group that of its management interface; without one that is
+ * interface 0, the CPU port. Other interfaces as in by_kind().
+ */
+template <typename Call>
+adp_status_t on_port_or_manager(Intf intf, Call call) {
+    return by_kind(intf, call, [&](Intf agg) { return call(phy_of(manage_intf_of(agg))); });
+}
+
+/**
+ * Answers call(physical port) with its own result for a user port; for a group the call is made for the active members
+ * until one fails, which gives ADP_E_DRIVER. Other interfaces as in by_kind().
+ */
+template <typename Call>
+adp_status_t on_port_or_active_members(Intf intf, Call call) {
+    return by_kind(intf, call, [&](Intf agg) {
+        return until_first_failure(active_members(agg), [&](Intf member) { return call(phy_of(member)); });
+    });
 }
 
 /** The status of calls that report any driver failure as ADP_E_DRIVER. */

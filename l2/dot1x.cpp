@@ -9,8 +9,6 @@
 namespace adp {
 namespace {
 
-constexpr uint32_t kLowByte = 0xFF;
-
 // The learning modes that authorisation uses.
 constexpr int32_t kLearnClosed = 0;
 constexpr int32_t kLearnNormal = 5;
@@ -58,7 +56,7 @@ adp_intf_t entry_interface(adp_intf_t intf) {
 
 adp_status_t adp_set_port_dot1x_mode(int32_t intf, uint32_t mode, uint32_t, uint32_t learn) {
     const auto number = static_cast<adp_intf_t>(intf);
-    switch (mode & adp::kLowByte) {
+    switch (adp::low8(mode)) {
         case ADP_DOT1X_AUTHORIZED:
             return adp::set_learning(number, learn != 0 ? adp::kLearnPending : adp::kLearnNormal);
         case ADP_DOT1X_UNAUTHORIZED:
@@ -71,7 +69,7 @@ adp_status_t adp_set_port_dot1x_mode(int32_t intf, uint32_t mode, uint32_t, uint
 }
 
 adp_status_t adp_set_port_dot1x_authorized_state(int32_t intf, uint32_t state, uint32_t learn) {
-    const uint32_t mode = (state & adp::kLowByte) == 1 ? ADP_DOT1X_AUTHORIZED : ADP_DOT1X_UNAUTHORIZED;
+    const uint32_t mode = adp::low8(state) == 1 ? ADP_DOT1X_AUTHORIZED : ADP_DOT1X_UNAUTHORIZED;
     return adp_set_port_dot1x_mode(intf, mode, 0, learn);
 }
 
@@ -82,7 +80,7 @@ adp_status_t adp_set_mac_dot1x_authorized_state(adp_intf_t intf, uint32_t vid, c
         return ADP_E_DOT1X_MODE;
     }
     del_mac_addr(text, adp::low16(vid), adp::kTableFlag);
-    if ((authorised & adp::kLowByte) == 0) {
+    if (adp::low8(authorised) == 0) {
         return ADP_OK;
     }
     const adp_intf_t target = adp::entry_interface(intf);

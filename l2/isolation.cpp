@@ -39,9 +39,7 @@ adp_status_t hal_get_port_isolate(adp_intf_t intf, uint32_t map[2]) {
     if (Intf(intf).kind() == adp::IntfKind::kAggregation) {
         map[0] = map[1] = 0;  // what a group outside 1..8 leaves
     }
-    return adp::by_kind(
-        Intf(intf), [=](PhyPort port) { return read_isolation(port, map); },
-        [=](Intf agg) { return read_isolation(adp::phy_of(adp::manage_intf_of(agg)), map); });
+    return adp::on_port_or_manager(Intf(intf), [=](PhyPort port) { return read_isolation(port, map); });
 }
 
 adp_status_t adp_set_port_isolate(adp_intf_t intf, uint32_t word0, uint32_t word1) {

@@ -8,7 +8,6 @@
 namespace adp {
 namespace {
 
-constexpr uint32_t kLowByte = 0xFF;
 constexpr int32_t kAnyModule = -1;
 constexpr uint32_t kModes = 3;
 
@@ -73,7 +72,7 @@ constexpr DeletesByMode kByTrunkMacVlan = {
 };
 
 adp_status_t delete_by(const DeletesByMode &deletes, uint32_t mode, const Subject &subject) {
-    const uint32_t number = mode & kLowByte;
+    const uint32_t number = low8(mode);
     return number < kModes ? deletes[number](subject) : ADP_E_SELECTOR;
 }
 
@@ -99,7 +98,7 @@ adp_status_t adp_del_mac_mcast_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t v
 }
 
 adp_status_t adp_del_mac_by_lrntype(uint32_t type) {
-    return user_l2_addr_del_all_addr_by_lrntype(0, 0, type & adp::kLowByte);
+    return user_l2_addr_del_all_addr_by_lrntype(0, 0, adp::low8(type));
 }
 
 adp_status_t adp_del_mac_addr_by_vlan(uint32_t vid, uint32_t mode) {

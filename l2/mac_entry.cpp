@@ -8,7 +8,6 @@
 namespace adp {
 namespace {
 
-constexpr uint32_t kLowByte = 0xFF;
 constexpr uint32_t kStaticAsked = 1;
 constexpr uint32_t kActedOnKind = 1;
 
@@ -41,7 +40,7 @@ using adp::PhyPort;
 
 adp_status_t adp_add_mac_addr(const uint8_t mac[ADP_MAC_BYTES], adp_intf_t intf, uint32_t vid, uint32_t is_static) {
     adp_l2_entry_t entry = adp::entry_for(mac, vid);
-    entry.flags = (is_static & adp::kLowByte) == adp::kStaticAsked ? NETLINK_L2_STATIC : 0;
+    entry.flags = adp::low8(is_static) == adp::kStaticAsked ? NETLINK_L2_STATIC : 0;
     return adp::by_kind(
         Intf(intf),
         [&](PhyPort port) {
@@ -59,7 +58,7 @@ adp_status_t adp_add_mac_addr(const uint8_t mac[ADP_MAC_BYTES], adp_intf_t intf,
 // A group is not looked up here, its trunk id is enough: so it is not checked either.
 adp_status_t adp_filter_mac_addr(adp_intf_t intf, const uint8_t mac[ADP_MAC_BYTES], uint32_t vid, uint32_t flags) {
     adp_l2_entry_t entry = adp::entry_for(mac, vid);
-    entry.flags = flags & adp::kLowByte;
+    entry.flags = adp::low8(flags);
     switch (Intf(intf).kind()) {
         case adp::IntfKind::kUserPort:
             entry.port = adp::phy_of(Intf(intf)).value();
@@ -75,7 +74,7 @@ adp_status_t adp_filter_mac_addr(adp_intf_t intf, const uint8_t mac[ADP_MAC_BYTE
 }
 
 adp_status_t adp_add_mac_mcast_addr(const uint8_t mac[ADP_MAC_BYTES], uint64_t ports, uint32_t vid, uint32_t kind) {
-    if ((kind & adp::kLowByte) != adp::kActedOnKind) {
+    if (adp::low8(kind) != adp::kActedOnKind) {
         return ADP_FAIL;
     }
     const adp_ports_t interfaces = {static_cast<uint32_t>(ports), static_cast<uint32_t>(ports >> adp::kWordBits)};

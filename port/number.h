@@ -76,6 +76,11 @@ constexpr uint32_t low16(uint32_t value) {
     return value & 0xFFFFu;
 }
 
+/** Modes, flags and codes of which only the low byte counts. */
+constexpr uint32_t low8(uint32_t value) {
+    return value & 0xFFu;
+}
+
 }  // namespace adp
 
 #endif

@@ -14,7 +14,7 @@ namespace {
 // CPU port: there is no fallback here.
 template <typename Step>
 adp_status_t on_one_port(adp_intf_t intf, Step step) {
-    return adp::by_kind(Intf(intf), step, [&](Intf agg) { return step(adp::phy_of(adp::manage_intf_of(agg))); });
+    return adp::on_port_or_manager(Intf(intf), step);
 }
 
 // Abilities of 10 and 100 Mb/s, which only the copper side has.

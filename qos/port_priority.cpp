@@ -9,8 +9,6 @@
 namespace adp {
 namespace {
 
-constexpr uint32_t kLowByte = 0xFF;
-
 /** Unlike the other per-port calls these take an aggregation interface for a wrong type. */
 template <typename Call>
 adp_status_t on_user_port(Intf intf, Call call) {
@@ -29,7 +27,7 @@ adp_status_t adp_add_dot1p_assign(uint32_t type, adp_intf_t intf, uint32_t, uint
         case ADP_MAP_DSCP:
             return ADP_OK;
         case ADP_MAP_NONE:
-            return adp::hal_port_untagged_priority_set(Intf(intf), priority & adp::kLowByte);
+            return adp::hal_port_untagged_priority_set(Intf(intf), adp::low8(priority));
         default:
             return ADP_E_SELECTOR;
     }

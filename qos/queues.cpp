@@ -9,7 +9,6 @@ static_assert(sizeof(adp_queue_weights_t) == 32);
 namespace adp {
 namespace {
 
-constexpr uint32_t kLowByte = 0xFF;
 constexpr uint32_t kMaskBits = 32;
 constexpr uint32_t kRefusedMode = 3;
 constexpr uint32_t kNoDelay = 0;
@@ -60,8 +59,8 @@ adp_status_t adp_set_port_queue_sch_mode(adp_intf_t intf, uint32_t mode) {
 adp_status_t adp_set_queue_weight_pri(adp_intf_t intf, uint32_t value, uint32_t select, adp_queue_weights_t weights) {
     return adp::on_port_only(Intf(intf), [&](PhyPort) {
         const uint32_t mask = adp::mask_of(Intf(intf));
-        return (select & adp::kLowByte) != 0 ? adp::write_mapping(mask, weights.weight[0], value)
-                                             : adp::write_weights(mask, weights);
+        return adp::low8(select) != 0 ? adp::write_mapping(mask, weights.weight[0], value)
+                                      : adp::write_weights(mask, weights);
     });
 }
 

@@ -8,8 +8,6 @@
 namespace adp {
 namespace {
 
-constexpr uint32_t kLowByte = 0xFF;
-
 /** Slots that the reset of the exceeded flags looks at, whatever the number of members. */
 constexpr uint32_t kResetSlots = 8;
 
@@ -18,12 +16,12 @@ constexpr uint8_t kTypeOfCode[] = {0, 3, 2, 0, 4, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 
 constexpr uint8_t kEnableTypeOfCode[] = {0, 3, 2, 0, 4};
 
 constexpr uint32_t storm_type(uint32_t code) {
-    const uint32_t row = code & kLowByte;
+    const uint32_t row = low8(code);
     return row < sizeof kTypeOfCode ? kTypeOfCode[row] : 0;
 }
 
 constexpr uint32_t enable_type(uint32_t code) {
-    const uint32_t row = code & kLowByte;
+    const uint32_t row = low8(code);
     return row < sizeof kEnableTypeOfCode ? kEnableTypeOfCode[row] : storm_type(code);
 }
 
@@ -62,9 +60,7 @@ adp_status_t adp_get_storm_control(uint32_t dev_id, adp_intf_t intf, uint32_t co
     const auto read = [=](PhyPort port) {
         return adp::driver_status(user_rate_bandwidth_get(0, 0, port.value(), adp::storm_type(code), rate, burst));
     };
-    return adp::unless_no_device(dev_id, [&] {
-        return adp::by_kind(Intf(intf), read, [&](Intf agg) { return read(adp::phy_of(adp::manage_intf_of(agg))); });
-    });
+    return adp::unless_no_device(dev_id, [&] { return adp::on_port_or_manager(Intf(intf), read); });
 }
 
 adp_status_t adp_set_storm_seltype(uint32_t dev_id, adp_intf_t intf, uint32_t code, uint32_t value) {
@@ -87,7 +83,7 @@ adp_status_t adp_set_stormcontrol_enable(uint32_t dev_id, adp_intf_t intf, uint3
 
 adp_status_t adp_get_storm_exceed_flag(uint32_t dev_id, adp_intf_t intf, uint32_t code, uint32_t *flag) {
     return adp::on_device_port(dev_id, intf, [=](PhyPort port) {
-        return user_rate_stormExceedFlag_get(0, 0, port.value(), code & adp::kLowByte, flag);
+        return user_rate_stormExceedFlag_get(0, 0, port.value(), adp::low8(code), flag);
     });
 }
 
@@ -105,7 +101,7 @@ adp_status_t adp_reset_storm_exceed_flag(uint32_t dev_id, adp_intf_t intf) {
 
 adp_status_t adp_set_storm_counting_mode(uint32_t dev_id, uint32_t a, uint32_t, uint32_t c) {
     return adp::unless_no_device(
-        dev_id, [=] { return adp::driver_status(user_rate_stormCountMode_set(0, 0, a & adp::kLowByte, c)); });
+        dev_id, [=] { return adp::driver_status(user_rate_stormCountMode_set(0, 0, adp::low8(a), c)); });
 }
 
 adp_status_t adp_get_storm_counting_mode(uint32_t dev_id, uint32_t a, uint32_t, uint32_t *c) {

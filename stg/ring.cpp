@@ -3,7 +3,6 @@
 #include <netlink_api.h>
 #include <stdio.h>
 
-#include "agg/members.h"
 #include "agg/resolve.h"
 
 namespace adp {
@@ -11,21 +10,13 @@ namespace {
 
 constexpr int32_t kRingGroup = 0;
 
-int32_t set_ring_state(PhyPort port, uint32_t state) {
-    return user_stg_stp_set(0, 0, kRingGroup, port.value(), state);
-}
-
 }  // namespace
 }  // namespace adp
 
 adp_status_t adp_set_port_erps_state(adp_intf_t intf, uint32_t state) {
-    return adp::by_kind(
-        adp::Intf(intf), [=](adp::PhyPort port) { return adp::set_ring_state(port, state); },
-        [=](adp::Intf agg) {
-            return adp::until_first_failure(adp::active_members(agg), [=](adp::Intf member) {
-                return adp::set_ring_state(adp::phy_of(member), state);
-            });
-        });
+    return adp::on_port_or_active_members(adp::Intf(intf), [=](adp::PhyPort port) {
+        return user_stg_stp_set(0, 0, adp::kRingGroup, port.value(), state);
+    });
 }
 
 adp_status_t adp_get_port_erps_state(adp_intf_t intf, uint32_t *state) {

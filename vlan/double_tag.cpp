@@ -2,26 +2,15 @@
 #include <adp/vlan_tag.h>
 #include <netlink_api.h>
 
-#include "agg/members.h"
 #include "agg/resolve.h"
 
 namespace adp {
 namespace {
 
-/** A set call: on a port with the driver's own result, on a group for the active members until one fails. */
-template <typename Call>
-adp_status_t set_on(Intf intf, Call call) {
-    return by_kind(intf, call, [&](Intf agg) {
-        return until_first_failure(active_members(agg), [&](Intf member) { return call(phy_of(member)); });
-    });
-}
-
-/** A read: of a group its management interface's, and without one that of interface 0, the CPU port. */
+/** A read: any failure of the driver's is ADP_E_DRIVER. */
 template <typename Call>
 adp_status_t read_from(Intf intf, Call call) {
-    return by_kind(
-        intf, [&](PhyPort port) { return driver_status(call(port)); },
-        [&](Intf agg) { return driver_status(call(phy_of(manage_intf_of(agg)))); });
+    return on_port_or_manager(intf, [&](PhyPort port) { return driver_status(call(port)); });
 }
 
 /** Only for a group; a group that there is not has none either, but is refused by the read itself. */
@@ -37,13 +26,13 @@ using adp::low16;
 using adp::PhyPort;
 
 adp_status_t adp_vlan_dtag_add(adp_word_t a, adp_intf_t intf, adp_word_t b, uint32_t c, uint32_t d, adp_word_t e) {
-    return adp::set_on(
+    return adp::on_port_or_active_members(
         Intf(intf), [=](PhyPort port) { return user_vlan_dtag_add(0, 0, a, port.value(), b, low16(c), low16(d), e); });
 }
 
 adp_status_t adp_vlan_dtag_delete(adp_word_t a, adp_intf_t intf, uint32_t c) {
-    return adp::set_on(Intf(intf),
-                       [=](PhyPort port) { return user_vlan_dtag_delete(0, 0, a, port.value(), low16(c)); });
+    return adp::on_port_or_active_members(
+        Intf(intf), [=](PhyPort port) { return user_vlan_dtag_delete(0, 0, a, port.value(), low16(c)); });
 }
 
 adp_status_t adp_vlan_dtag_delete_all() {
@@ -56,8 +45,8 @@ adp_status_t adp_vlan_dtag_get(adp_intf_t intf, uint32_t vlan, uint32_t *c, uint
 }
 
 adp_status_t adp_double_tag_set(adp_intf_t intf, uint32_t mode) {
-    return adp::set_on(Intf(intf),
-                       [=](PhyPort port) { return user_port_dtag_mode_set(0, 0, port.value(), low16(mode)); });
+    return adp::on_port_or_active_members(
+        Intf(intf), [=](PhyPort port) { return user_port_dtag_mode_set(0, 0, port.value(), low16(mode)); });
 }
 
 adp_status_t adp_double_tag_get(adp_intf_t intf, uint32_t *mode) {
@@ -68,8 +57,8 @@ adp_status_t adp_double_tag_get(adp_intf_t intf, uint32_t *mode) {
 }
 
 adp_status_t adp_double_tag_tipd_set(adp_intf_t intf, uint32_t tpid, adp_word_t c) {
-    return adp::set_on(Intf(intf),
-                       [=](PhyPort port) { return user_port_tpid_set(0, 0, port.value(), low16(tpid), c); });
+    return adp::on_port_or_active_members(
+        Intf(intf), [=](PhyPort port) { return user_port_tpid_set(0, 0, port.value(), low16(tpid), c); });
 }
 
 adp_status_t adp_double_tag_tpid_get(adp_intf_t intf, uint32_t *tpid) {
