@@ -18,6 +18,9 @@ constexpr std::size_t kTypeBytes = 2;
 constexpr std::size_t kHeaderBytes = kAddressBytes + kTypeBytes;
 constexpr std::size_t kVlanTagBytes = 4;
 
+/** Behind every frame on the wire, and in no buffer: rates count it, counters do not. */
+constexpr std::size_t kCheckSequenceBytes = 4;
+
 /** The longest frame that the chip's buffers take, tags included and the check sequence not. */
 constexpr std::size_t kMaxFrameBytes = 9600;
 
