@@ -24,11 +24,16 @@ void Switch::receive(Time now, int port, Bytes frame) {
     if (!has_port(port)) {
         return;
     }
+    send_until(now);
     if (at(port).loopback != 0) {
-        return drop(port, Drop::kLoopback);
+        drop(port, Drop::kLoopback);
+    } else {
+        take_in(now, port, frame);
+        take_looped(now);
     }
-    take_in(now, port, frame);
-    take_looped(now);
+    // What is within its port's rate leaves at once.
+    send_until(now);
+    announce_departure();
 }
 
 void Switch::take_in(Time now, int port, Bytes frame) {
@@ -322,19 +327,23 @@ void Switch::send_directed_to(int egress, const Frame &frame) {
 }
 
 void Switch::transmit(int port, const Frame &frame) {
-    if (put_out(port, frame)) {
-        mirror_egress(port, frame);
+    put_out(port, frame, 0, Origin::kSwitched);
+}
+
+void Switch::put_out(int port, const Frame &frame, std::size_t queue, Origin origin) {
+    // The chip's own tags may make a frame of full length longer; only the limit without jumbo frames is a port's own.
+    if (!at(port).jumbo && frame.size() > kMaxPlainFrameBytes) {
+        ++at(port).counters.tx_too_long;
+    } else if (queues_.holds(port) && at(port).loopback == 0) {
+        queues_.put(now_, port, queue, frame, origin);
+    } else {
+        queues_.pass(port, queue, frame.size());
+        leave(port, frame, origin);
     }
 }
 
-/** False if the port takes no frame of this length. */
-bool Switch::put_out(int port, const Frame &frame) {
+void Switch::leave(int port, const Frame &frame, Origin origin) {
     PortCounters &counters = at(port).counters;
-    // The chip's own tags may make a frame of full length longer; only the limit without jumbo frames is a port's own.
-    if (!at(port).jumbo && frame.size() > kMaxPlainFrameBytes) {
-        ++counters.tx_too_long;
-        return false;
-    }
     ++counters.tx_frames;
     counters.tx_octets += frame.size();
     ++counters.tx_casts[cast_index(frame.head)];
@@ -343,7 +352,9 @@ bool Switch::put_out(int port, const Frame &frame) {
     } else {
         sink_.transmit(port, frame);
     }
-    return true;
+    if (origin == Origin::kSwitched) {
+        mirror_egress(port, frame);
+    }
 }
 
 void Switch::drop(int port, Drop reason) {

@@ -4,8 +4,10 @@
 
 #include <array>
 #include <functional>
+#include <optional>
 #include <vector>
 
+#include "vdevice/chip/egress_queues.h"
 #include "vdevice/chip/field_processor.h"
 #include "vdevice/chip/gpio.h"
 #include "vdevice/chip/learn_limits.h"
@@ -39,6 +41,10 @@ class Switch {
     void receive(Time now, int port, Bytes frame);
     /** Lets the time-driven work happen, about once a second: ageing. */
     void tick(Time now);
+    /** Sends the queued frames that leave until now. */
+    void depart(Time now);
+    /** When a queued frame leaves next, if there is one. */
+    std::optional<Time> next_departure() const;
 
     static bool has_port(std::int64_t port) { return port >= 0 && port < kPorts; }
     static PortSet all_ports() { return PortSet::range(0, kPorts - 1); }
@@ -54,6 +60,13 @@ class Switch {
     Status set_egress(int port, const PortSet &ports);
     /** The VLAN must exist when it is made a port's VLAN; destroyed later, the port's untagged frames are dropped. */
     Status set_pvid(int port, std::uint32_t vid);
+
+    const EgressQueues &queues() const { return queues_; }
+    /** How many queues of each port new frames take, 1 to kQueues. */
+    Status set_queue_count(std::uint32_t count) { return queues_.set_count(count); }
+    /** Limits what a port sends; a rate of 0 is no limit. */
+    Status set_shaper(Time now, int port, const RateLimit &limit);
+    Status set_scheduler(Time now, int port, const SchedulerSettings &settings);
 
     const VlanTable &vlans() const { return vlans_; }
     VlanTable &vlans() { return vlans_; }
@@ -174,7 +187,11 @@ class Switch {
     void send_directed(const TransmitTag &tag, const Frame &frame);
     void send_directed_to(int egress, const Frame &frame);
     void transmit(int port, const Frame &frame);
-    bool put_out(int port, const Frame &frame);
+    void put_out(int port, const Frame &frame, std::size_t queue, Origin origin);
+    void leave(int port, const Frame &frame, Origin origin);
+    void flush_unsent(int port);
+    void send_until(Time now);
+    void announce_departure();
     void mirror_ingress(int port, Bytes frame);
     void mirror_egress(int port, const Frame &frame);
     void send_copy(int port, const Frame &frame);
@@ -182,6 +199,9 @@ class Switch {
     Sink &sink_;
     std::array<Port, kPorts> ports_;
     PortSet up_;
+    Time now_{}; /**< of the frame that comes in or leaves */
+    EgressQueues queues_{kPorts};
+    std::optional<Time> announced_; /**< the departure that the sink was told of */
     std::vector<Looped> looped_;
     VlanTable vlans_;
     MacTable macs_;

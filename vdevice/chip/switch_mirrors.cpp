@@ -3,6 +3,11 @@
 #include "vdevice/chip/switch.h"
 
 namespace vdevice::chip {
+namespace {
+
+constexpr std::size_t kCopyQueue = 0;
+
+}  // namespace
 
 void Switch::mirror_ingress(int port, Bytes frame) {
     mirrors_.for_each_ingress_copy(port, [&](int destination) { send_copy(destination, split_frame(frame)); });
@@ -21,7 +26,7 @@ void Switch::copy_to_flow_mirror(std::uint32_t session, const Frame &frame) {
 // A mirror port that is down loses its copies; the frames themselves go their way.
 void Switch::send_copy(int port, const Frame &frame) {
     if (up_.has(port)) {
-        put_out(port, frame);
+        put_out(port, frame, kCopyQueue, Origin::kMirror);
     }
 }
 

@@ -1,0 +1,68 @@
+#include "vdevice/chip/egress_queues.h"
+
+namespace vdevice::chip {
+Status EgressQueues::set_count(std::uint32_t count) {
+    if (count < 1 || count > kQueues) {
+        return Status::kBadArgument;
+    }
+    count_ = count;
+    return Status::kOk;
+}
+
+void EgressQueues::put(Time now, int port, std::size_t queue, const Frame &frame, Origin origin) {
+    PortQueues &queues = at(port);
+    const std::size_t number = used(queue);
+    if (frame.size() > kOctets - octets_ || !queues.has_room(number, frame.size())) {
+        return queues.count_drop(number);
+    }
+    octets_ += frame.size();
+    queues.put(now, number, frame, origin);
+    update(port);
+}
+
+QueuedFrame EgressQueues::take_next() {
+    const int port = next_->port;
+    QueuedFrame frame = at(port).take();
+    octets_ -= frame.octets.size();
+    update(port);
+    return frame;
+}
+
+void EgressQueues::flush(int port) {
+    if (waiting_.has(port)) {
+        octets_ -= at(port).flush();
+        update(port);
+    }
+}
+
+Status EgressQueues::set_shaper(Time now, int port, const RateLimit &limit) {
+    if (limit.rate > TokenBucket::kMaxRate) {
+        return Status::kBadArgument;
+    }
+    at(port).set_shaper(now, limit);
+    update(port);
+    return Status::kOk;
+}
+
+Status EgressQueues::set_scheduler(Time now, int port, const SchedulerSettings &settings) {
+    const Status status = settings.check();
+    if (status == Status::kOk) {
+        at(port).set_scheduler(now, settings);
+        update(port);
+    }
+    return status;
+}
+
+void EgressQueues::update(int port) {
+    held_.put(port, at(port).holds());
+    waiting_.put(port, at(port).is_waiting());
+    next_.reset();
+    waiting_.for_each([&](int number) {
+        const Time time = *at(number).departure();
+        if (!next_ || time < next_->time) {
+            next_ = {time, number};
+        }
+    });
+}
+
+}  // namespace vdevice::chip
