@@ -1,22 +1,13 @@
 #include "vdevice/chip/egress_queues.h"
 
 namespace vdevice::chip {
-Status EgressQueues::set_count(std::uint32_t count) {
-    if (count < 1 || count > kQueues) {
-        return Status::kBadArgument;
-    }
-    count_ = count;
-    return Status::kOk;
-}
-
-void EgressQueues::put(Time now, int port, std::size_t queue, const Frame &frame, Origin origin) {
+void EgressQueues::put(Time now, int port, std::size_t queue, const Frame &frame, Dispatch dispatch) {
     PortQueues &queues = at(port);
-    const std::size_t number = used(queue);
-    if (frame.size() > kOctets - octets_ || !queues.has_room(number, frame.size())) {
-        return queues.count_drop(number);
+    if (frame.size() > kOctets - octets_ || !queues.has_room(queue, frame.size())) {
+        return queues.count_drop(queue);
     }
     octets_ += frame.size();
-    queues.put(now, number, frame, origin);
+    queues.put(now, queue, frame, dispatch);
     update(port);
 }
 

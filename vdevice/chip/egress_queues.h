@@ -25,16 +25,12 @@ class EgressQueues {
     const PortQueues &port(int port) const { return ports_[static_cast<std::size_t>(port)]; }
     std::size_t waiting_octets() const { return octets_; }
 
-    /** How many queues of each port are in use, 1 to kQueues; frames for those behind take the last of them. */
-    std::size_t count() const { return count_; }
-    Status set_count(std::uint32_t count);
-
     /** The port's frames have to go through its queues. */
     bool holds(int port) const { return held_.has(port); }
     /** A frame leaves a port that does not hold it. */
-    void pass(int port, std::size_t queue, std::size_t octets) { at(port).count(used(queue), octets); }
+    void pass(int port, std::size_t queue, std::size_t octets) { at(port).count(queue, octets); }
     /** Lets a copy of the frame wait, or drops it for want of room. */
-    void put(Time now, int port, std::size_t queue, const Frame &frame, Origin origin);
+    void put(Time now, int port, std::size_t queue, const Frame &frame, Dispatch dispatch);
 
     /** The next frame that leaves; of two at the same time that of the lower port. */
     const std::optional<Departure> &next() const { return next_; }
@@ -48,11 +44,9 @@ class EgressQueues {
 
   private:
     PortQueues &at(int port) { return ports_[static_cast<std::size_t>(port)]; }
-    std::size_t used(std::size_t queue) const { return queue < count_ ? queue : count_ - 1; }
     void update(int port);
 
     std::vector<PortQueues> ports_;
-    std::size_t count_ = kQueues;
     std::size_t octets_ = 0;
     PortSet held_;
     PortSet waiting_;

@@ -234,22 +234,6 @@ TEST_F(EgressQueuesTest, OtherSchedulingHoldsFromThenOn) {
     EXPECT_THAT(numbers(leave(1h)), ElementsAre(0, 3, 1));
 }
 
-TEST_F(EgressQueuesTest, QueuesThatAreNotInUseAreThoseOfTheLastOneThatIs) {
-    EXPECT_EQ(queues_.count(), kQueues);
-    EXPECT_EQ(queues_.set_count(0), Status::kBadArgument);
-    EXPECT_EQ(queues_.set_count(9), Status::kBadArgument);
-    EXPECT_EQ(queues_.set_count(3), Status::kOk);
-    EXPECT_EQ(queues_.count(), 3U);
-    for (const std::size_t queue : {1U, 2U, 3U, 7U}) {
-        queues_.pass(kPort, queue, 60);
-    }
-    EXPECT_EQ(counters(kPort, 1).frames, 1U);
-    EXPECT_EQ(counters(kPort, 2).frames, 3U);
-    shape(kPort);
-    fill(0ms, kPort, 7, 2);
-    EXPECT_EQ(queues_.port(kPort).waiting_frames(2), 2U);
-}
-
 TEST_F(EgressQueuesTest, WhatCannotBeIsRefusedAndChangesNothing) {
     shape(kPort);
     schedule(kPort, SchedulerMode::kRoundRobin);

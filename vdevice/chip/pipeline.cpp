@@ -197,7 +197,7 @@ void Switch::trap(int ingress, EgressForms &forms) {
     if (!up_.has(kCpuPort)) {
         return drop(ingress, Drop::kEgressDown);
     }
-    transmit(kCpuPort, forms.for_cpu(ingress));
+    transmit(kCpuPort, forms.for_cpu(ingress), forms.priority());
 }
 
 void Switch::forward_to_entry(const Flow &flow, const MacEntry &entry) {
@@ -275,11 +275,11 @@ int Switch::choose_member(const Flow &flow, const Trunk &trunk, const PortSet &a
 void Switch::send_in_vlan(int egress, const Flow &flow) {
     if (egress == kCpuPort) {
         if (!flow.cpu_has_copy) {
-            transmit(egress, flow.forms.for_cpu(flow.ingress));
+            transmit(egress, flow.forms.for_cpu(flow.ingress), flow.forms.priority());
         }
         return;
     }
-    transmit(egress, form_for(egress, flow.vlan, flow.forms));
+    transmit(egress, form_for(egress, flow.vlan, flow.forms), flow.forms.priority());
 }
 
 /** The frame as the port sends it. A service's tag never reaches a customer. */
@@ -297,12 +297,15 @@ void Switch::send_directed(const TransmitTag &tag, const Frame &frame) {
     }
     const Vlan *vlan = nullptr;
     std::optional<EgressForms> forms;
-    if (const auto header = read_header(frame, kVlanTpid); header && header->tagged && tag.applies_egress_rule()) {
+    const auto header = read_header(frame, kVlanTpid);
+    const std::uint32_t priority = priority_of(header ? header->tci : 0);
+    if (header && header->tagged && tag.applies_egress_rule()) {
         vlan = vlans_.find(header->vid());
         forms.emplace(frame.head, header->payload, header->tci);
     }
     const auto send_to = [&](int egress) {
-        send_directed_to(egress, vlan != nullptr && has_port(egress) ? form_for(egress, *vlan, *forms) : frame);
+        const bool formed = vlan != nullptr && has_port(egress);
+        send_directed_to(egress, formed ? form_for(egress, *vlan, *forms) : frame, priority);
     };
     if (tag.names_ports()) {
         tag.ports().for_each(send_to);
@@ -313,7 +316,7 @@ void Switch::send_directed(const TransmitTag &tag, const Frame &frame) {
     }
 }
 
-void Switch::send_directed_to(int egress, const Frame &frame) {
+void Switch::send_directed_to(int egress, const Frame &frame, std::uint32_t priority) {
     if (egress == kCpuPort) {
         return drop(kCpuPort, Drop::kDirectedToCpu);
     }
@@ -323,26 +326,27 @@ void Switch::send_directed_to(int egress, const Frame &frame) {
     if (!up_.has(egress)) {
         return drop(kCpuPort, Drop::kEgressDown);
     }
-    transmit(egress, frame);
+    transmit(egress, frame, priority);
 }
 
-void Switch::transmit(int port, const Frame &frame) {
-    put_out(port, frame, 0, Origin::kSwitched);
+void Switch::transmit(int port, const Frame &frame, std::uint32_t priority) {
+    put_out(port, frame, {priority, Origin::kSwitched});
 }
 
-void Switch::put_out(int port, const Frame &frame, std::size_t queue, Origin origin) {
+void Switch::put_out(int port, const Frame &frame, Dispatch dispatch) {
+    const std::size_t queue = queue_map_.queue_of(port, dispatch.priority);
     // The chip's own tags may make a frame of full length longer; only the limit without jumbo frames is a port's own.
     if (!at(port).jumbo && frame.size() > kMaxPlainFrameBytes) {
         ++at(port).counters.tx_too_long;
     } else if (queues_.holds(port) && at(port).loopback == 0) {
-        queues_.put(now_, port, queue, frame, origin);
+        queues_.put(now_, port, queue, frame, dispatch);
     } else {
         queues_.pass(port, queue, frame.size());
-        leave(port, frame, origin);
+        leave(port, frame, dispatch);
     }
 }
 
-void Switch::leave(int port, const Frame &frame, Origin origin) {
+void Switch::leave(int port, const Frame &frame, Dispatch dispatch) {
     PortCounters &counters = at(port).counters;
     ++counters.tx_frames;
     counters.tx_octets += frame.size();
@@ -352,8 +356,8 @@ void Switch::leave(int port, const Frame &frame, Origin origin) {
     } else {
         sink_.transmit(port, frame);
     }
-    if (origin == Origin::kSwitched) {
-        mirror_egress(port, frame);
+    if (dispatch.origin == Origin::kSwitched) {
+        mirror_egress(port, frame, dispatch.priority);
     }
 }
 

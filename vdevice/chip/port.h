@@ -59,6 +59,9 @@ enum class Cast : std::uint8_t { kUnicast, kMulticast, kBroadcast, kCount };
 
 constexpr std::size_t kCasts = static_cast<std::size_t>(Cast::kCount);
 
+/** Egress queues of a port. */
+constexpr std::uint32_t kQueues = 8;
+
 /** Frames and octets as they stand on the wire, without the frame check sequence. */
 struct PortCounters {
     std::uint64_t rx_frames = 0;

@@ -10,12 +10,12 @@ void PortQueues::count(std::size_t queue, std::size_t octets) {
     counters.octets += octets;
 }
 
-void PortQueues::put(Time now, std::size_t queue, const Frame &frame, Origin origin) {
+void PortQueues::put(Time now, std::size_t queue, const Frame &frame, Dispatch dispatch) {
     Queue &place = queues_[queue];
     std::vector<std::uint8_t> octets(frame.size());
     frame.copy_to(octets.data());
     place.octets += octets.size();
-    place.frames.push_back({std::move(octets), origin});
+    place.frames.push_back({std::move(octets), dispatch});
     if (place.frames.size() == 1) {
         update_departure(now);
     }

@@ -18,10 +18,16 @@ namespace vdevice::chip {
 /** Whether a frame was switched or is a mirror's copy, which is not mirrored again. */
 enum class Origin : std::uint8_t { kSwitched, kMirror };
 
+/** What there is to know of a frame on its way out besides its octets. */
+struct Dispatch {
+    std::uint32_t priority;
+    Origin origin;
+};
+
 /** A frame with octets of its own: those that it came with are gone when it leaves. */
 struct QueuedFrame {
     std::vector<std::uint8_t> octets;
-    Origin origin;
+    Dispatch dispatch;
 };
 
 /** Octets without the check sequence, as a port's counters have them. */
@@ -57,7 +63,7 @@ class PortQueues {
     /** When the next frame leaves, if any waits. Whoever calls what follows has taken those that leave until then. */
     const std::optional<Time> &departure() const { return departure_; }
     /** There must be room. */
-    void put(Time now, std::size_t queue, const Frame &frame, Origin origin);
+    void put(Time now, std::size_t queue, const Frame &frame, Dispatch dispatch);
     /** The next frame, at its departure. One must wait. */
     QueuedFrame take();
     /** Throws away what waits and gives its octets. */

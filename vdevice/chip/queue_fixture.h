@@ -36,7 +36,8 @@ class QueueTest : public testing::Test {
   protected:
     /** The frames are numbered in the order in which they are put. */
     void put(Time now, int port, std::size_t queue, std::size_t octets = kFrame) {
-        queues_.put(now, port, queue, split_frame(numbered_frame(next_number_++, octets)), Origin::kSwitched);
+        const std::vector<std::uint8_t> frame = numbered_frame(next_number_++, octets);
+        queues_.put(now, port, queue, split_frame(frame), {0, Origin::kSwitched});
     }
 
     void fill(Time now, int port, std::size_t queue, int frames, std::size_t octets = kFrame) {

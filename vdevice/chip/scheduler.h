@@ -5,11 +5,10 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "vdevice/chip/port.h"
 #include "vdevice/chip/status.h"
 
 namespace vdevice::chip {
-
-constexpr std::size_t kQueues = 8;
 
 using QueueWeights = std::array<std::uint32_t, kQueues>;
 

@@ -228,7 +228,6 @@ TEST_F(Shaping, PortsThatTheChipHasNotAreRefused) {
         EXPECT_EQ(chip_.set_shaper(0s, port, {kRate, 0}), Status::kNoPort);
         EXPECT_EQ(chip_.set_scheduler(0s, port, {}), Status::kNoPort);
     }
-    EXPECT_EQ(chip_.set_queue_count(0), Status::kBadArgument);
 }
 
 }  // namespace

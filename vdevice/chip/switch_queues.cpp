@@ -20,7 +20,7 @@ void Switch::send_until(Time now) {
         now_ = queues_.next()->time;
         const int port = queues_.next()->port;
         const QueuedFrame frame = queues_.take_next();
-        leave(port, split_frame(frame.octets), frame.origin);
+        leave(port, split_frame(frame.octets), frame.dispatch);
     }
     now_ = now;
 }
