@@ -183,6 +183,7 @@ const std::map<std::string, Command> &command_table() {
         {"mirrors", show_mirrors},
         {"fields", show_fields},
         {"meters", show_meters},
+        {"queues", show_queues},
         {"gpio", gpio},
         {"groups", show_stp_groups},
         {"translations", show_translations},
