@@ -546,6 +546,48 @@ def test_a_meter_lets_a_burst_pass_and_drops_the_rest(device):
         f"{5:>5}  {1:>10}  {3084:>10} {2:>12} {2:>12}  768", "1 of 64 meters; preamble and gap counted"]
 
 
+def first_queue(device, port):
+    """Of a port's queue 0: what has left, waits, and was thrown away."""
+    queue = next(row for row in device.ask("queues")["ports"] if row["port"] == port)["queues"][0]
+    return queue["frames"], queue["waiting_frames"], queue["flushed"]
+
+
+def test_a_shaped_port_lets_frames_wait_and_sends_them_when_they_are_due(device):
+    one, two = device.nics("host1", "host2")
+    frame_kbit = 8
+    assert device.call("shape", 24, 80, frame_kbit) == "0"
+    frames = [BROADCAST + station(1) + datagram(996 - 14) for _ in range(4)]
+    began = device.ask("queues")["time"]
+    for frame in frames:
+        one.send(frame)
+    assert [two.receive() for _ in frames] == frames
+    ended = device.ask("queues")["time"]
+    assert ended - began > 0.3, "three of the frames had to wait for a tenth of a second each"
+    assert first_queue(device, 2) == (4, 0, 0)
+    assert first_queue(device, 1)[0] == 0
+    assert device.counters(2)["tx_frames"] == 4
+
+
+def test_frames_that_wait_leave_when_the_shaper_goes_and_are_lost_when_the_cable_does(device):
+    one, two = device.nics("host1", "host2")
+    assert device.call("shape", 24, 1, 8) == "0"
+    frame = BROADCAST + station(1) + datagram(996 - 14)
+    for _ in range(3):
+        one.send(frame)
+    wait_until(lambda: first_queue(device, 2) == (1, 2, 0), "two frames to wait")
+    assert device.control("queues").stdout.splitlines()[4:6] == [
+        f"   2  strict      {1:>10} {8:>10}  1 1 1 1 1 1 1 1",
+        "      queue 0: 1 frames, 996 octets; 2 waiting with 1992 octets; 0 dropped, 0 flushed"]
+    assert device.call("shape", 24, 0, 0) == "0"
+    assert [two.receive() for _ in range(3)] == [frame] * 3
+    assert device.call("shape", 24, 1, 8) == "0"
+    for _ in range(3):
+        one.send(frame)
+    wait_until(lambda: first_queue(device, 2) == (4, 2, 0), "two frames to wait")
+    device.control("pull", "2")
+    assert first_queue(device, 2) == (4, 0, 2)
+
+
 class Watcher:
     """A process that has registered with the link scan."""
 
