@@ -44,7 +44,7 @@ std::size_t Scheduler::next_in_turn(const QueueHeads &heads) {
     return queue;
 }
 
-// Each round gives a quantum at least to every queue that has a frame, so a few rounds do for the longest one.
+// Each round gives a quantum at least to every queue that has a frame, so some rounds do for the longest one.
 std::size_t Scheduler::next_by_weight(const QueueHeads &heads) {
     for (;; end_turn()) {
         std::size_t &credit = credits_[turn_];

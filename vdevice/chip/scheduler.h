@@ -40,7 +40,7 @@ struct SchedulerSettings {
  */
 class Scheduler {
   public:
-    static constexpr std::size_t kQuantum = 2048; /**< octets for a weight of 1 */
+    static constexpr std::size_t kQuantum = 512; /**< octets for a weight of 1 */
 
     const SchedulerSettings &settings() const { return settings_; }
     /** Begins a new round. The settings must be good ones. */

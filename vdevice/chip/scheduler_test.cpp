@@ -13,6 +13,7 @@ using ::testing::ElementsAre;
 
 constexpr std::size_t kShort = 64;
 constexpr std::size_t kLong = 1522;
+constexpr std::size_t kPart = Scheduler::kQuantum * 3 / 4;
 
 class SchedulerTest : public testing::Test {
   protected:
@@ -80,15 +81,16 @@ TEST_F(SchedulerTest, AQueueSendsItsWholeShareAtItsTurn) {
 
 TEST_F(SchedulerTest, WhatIsTooShortForAFrameIsKeptForTheNextTurn) {
     set(SchedulerMode::kWeighted);
-    // Three turns of 2048 octets are four frames of 1536.
-    EXPECT_THAT(serve({1536, 2048}, 9), ElementsAre(0, 1, 0, 1, 0, 0, 1, 0, 1));
+    // Three turns of a quantum are four frames of three quarters of it.
+    EXPECT_THAT(serve({kPart, Scheduler::kQuantum}, 9), ElementsAre(0, 1, 0, 1, 0, 0, 1, 0, 1));
 }
 
 TEST_F(SchedulerTest, AQueueThatRunsEmptyKeepsNothing) {
     set(SchedulerMode::kWeighted);
-    EXPECT_THAT(serve({1536, 2048}, 4), ElementsAre(0, 1, 0, 1));
-    EXPECT_THAT(serve({0, 2048}, 2), ElementsAre(1, 1));
-    EXPECT_THAT(serve({1536, 2048}, 4), ElementsAre(0, 1, 0, 1)) << "it had saved enough for a second frame";
+    EXPECT_THAT(serve({kPart, Scheduler::kQuantum}, 4), ElementsAre(0, 1, 0, 1));
+    EXPECT_THAT(serve({0, Scheduler::kQuantum}, 2), ElementsAre(1, 1));
+    EXPECT_THAT(serve({kPart, Scheduler::kQuantum}, 4), ElementsAre(0, 1, 0, 1))
+        << "it had saved enough for a second frame";
 }
 
 TEST_F(SchedulerTest, AFrameOfManyQuantaIsWaitedForByNobodyElse) {
@@ -101,7 +103,7 @@ TEST_F(SchedulerTest, QueuesOfWeightNoneAreServedAheadAndStrictly) {
     set(SchedulerMode::kWeighted, {1, 0, 1, 1, 0, 1, 1, 1});
     EXPECT_THAT(serve(all_of(kLong), 2), ElementsAre(4, 4));
     EXPECT_THAT(serve({kLong, kLong, kLong}, 2), ElementsAre(1, 1));
-    EXPECT_THAT(serve({2048, 0, 2048}, 4), ElementsAre(0, 2, 0, 2));
+    EXPECT_THAT(serve({Scheduler::kQuantum, 0, Scheduler::kQuantum}, 4), ElementsAre(0, 2, 0, 2));
 }
 
 TEST_F(SchedulerTest, NewSettingsBeginANewRound) {

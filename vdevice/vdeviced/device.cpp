@@ -78,9 +78,13 @@ void Device::start_departures() {
     loop_.add(departure_timer_.get(), EPOLLIN, [this](std::uint32_t) {
         std::uint64_t expirations = 0;
         if (read(departure_timer_.get(), &expirations, sizeof(expirations)) == sizeof(expirations)) {
-            send_together([this] { chip_.depart(now()); });
+            catch_up();
         }
     });
+}
+
+void Device::catch_up() {
+    send_together([this] { chip_.depart(now()); });
 }
 
 // A time in the past lets the timer expire at once, one of 0 would stop it.

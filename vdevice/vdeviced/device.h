@@ -40,6 +40,8 @@ class Device final : private chip::Sink {
     chip::Status drive_pin(std::int64_t pin, bool level) { return chip_.gpio().drive(pin, level); }
 
     chip::Time now() const;
+    /** Lets the queued frames leave that are due, even if the timer has not been heard yet. */
+    void catch_up();
 
     /** Hears of each port whose link status changes, whether by its cable, its host or its administrative state. */
     void set_link_listener(std::function<void(int chip_port)> listener) { link_listener_ = std::move(listener); }

@@ -44,6 +44,7 @@ json show_port(int number, const PortQueues &port) {
 }  // namespace
 
 json show_queues(Device &device, const json & /*request*/) {
+    device.catch_up();
     const chip::EgressQueues &queues = device.chip().queues();
     json rows = json::array();
     for (int port = 0; port < chip::Switch::kPorts; ++port) {
