@@ -107,6 +107,8 @@ TEST_F(Priorities, GoToThePortsOwnQueuesBeforeTheChips) {
         EXPECT_EQ(sent(kC), one_in(of_the_chip));
     }
     EXPECT_EQ(queues_of(tagged(4)), one_in(4)) << "other priorities go where the chip says";
+    chip_.queue_map().clear(kB, 3);
+    EXPECT_EQ(queues_of(tagged(3)), one_in(1));
 }
 
 TEST_F(Priorities, OfQueuesThatAreGoneGoToTheLastOne) {

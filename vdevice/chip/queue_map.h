@@ -49,6 +49,8 @@ class QueueMap {
         }
         return status;
     }
+    /** The chip's row holds on the port again. Both must exist. */
+    void clear(int port, std::uint32_t priority) { own_[static_cast<std::size_t>(port)][priority].reset(); }
     bool has_own(int port, std::uint32_t priority) const {
         return own_[static_cast<std::size_t>(port)][priority].has_value();
     }

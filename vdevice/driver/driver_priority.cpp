@@ -15,6 +15,9 @@ using chip::Switch;
 /** Ports and code points: all of them. A mapped code point: the one that it is without a map. */
 constexpr int32_t kEvery = -1;
 
+/** In the place of a port's queue: the port has no row of its own any more. */
+constexpr uint32_t kChipsQueue = 0xFFFFFFFF;
+
 /** Whether the port of a call on the DSCP map exists, or means all. */
 Status check_map_port(int32_t port) {
     return port == kEvery || Switch::has_port(port) ? Status::kOk : Status::kNoPort;
@@ -52,7 +55,14 @@ int32_t Driver::user_cosq_mapping_get(uint32_t unit, uint32_t zero, uint32_t pri
 int32_t Driver::user_cosq_port_mapping_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t priority,
                                            uint32_t queue) {
     return on_chip(unit, zero, [&] {
-        return Switch::has_port(port) ? chip_.queue_map().set(port, priority, queue) : Status::kNoPort;
+        if (!Switch::has_port(port)) {
+            return Status::kNoPort;
+        }
+        if (queue != kChipsQueue || priority >= chip::kPriorities) {
+            return chip_.queue_map().set(port, priority, queue);
+        }
+        chip_.queue_map().clear(port, priority);
+        return Status::kOk;
     });
 }
 

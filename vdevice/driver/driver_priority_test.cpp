@@ -88,8 +88,11 @@ TEST_F(DriverPriority, QueueOfAPriorityOnAPort) {
     EXPECT_EQ(driver_.user_cosq_port_mapping_set(0, 0, 4, 3, 8), kQueueRange);
     EXPECT_EQ(driver_.user_cosq_port_mapping_get(0, 0, 4, 8, &queue), kBadArgument);
     EXPECT_EQ(driver_.user_cosq_port_mapping_get(0, 0, 4, 3, nullptr), kBadArgument);
+    EXPECT_EQ(driver_.user_cosq_port_mapping_set(0, 0, 4, 8, 0xFFFFFFFF), kBadArgument);
     EXPECT_EQ(queue, 99U);
     EXPECT_EQ(queue_on(4, 3), 7U);
+    EXPECT_EQ(driver_.user_cosq_port_mapping_set(0, 0, 4, 3, 0xFFFFFFFF), kOk);
+    EXPECT_EQ(queue_on(4, 3), 1U) << "the chip's again";
 }
 
 TEST_F(DriverPriority, DscpRowsOfAllPortsAndOfOne) {
