@@ -9,6 +9,7 @@
 
 #include "vdevice/vdevctl/field_tables.h"
 #include "vdevice/vdevctl/l2_tables.h"
+#include "vdevice/vdevctl/limit_tables.h"
 #include "vdevice/vdevctl/port_text.h"
 #include "vdevice/vdevctl/start_tables.h"
 #include "vdevice/vdevctl/tag_tables.h"
@@ -154,6 +155,7 @@ std::string show(const std::string &command, const json &answer) {
         {"limits", show_limits},
         {"fields", show_fields},
         {"meters", show_meters},
+        {"storm", show_storm},
         {"groups", show_stp_groups},
         {"translations", show_translations},
     };
