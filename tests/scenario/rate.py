@@ -1,5 +1,7 @@
 """How fast a flow gets through, judged by the device's own count of frames and its own clock."""
 
+import contextlib
+import threading
 import time
 
 from crossing import SENDER
@@ -11,27 +13,35 @@ BURST_PAUSE = 0.004
 MORE_THAN_A_BUCKET = 80
 
 
-def empty_the_bucket(crossing, packet):
-    """Frames arrive faster than the bucket fills, until it has no room for another."""
-    marker = crossing.send(*[(SENDER, packet)] * MORE_THAN_A_BUCKET)
-    crossing.lab.arrivals(marker)
-
-
+@contextlib.contextmanager
 def overload(crossing, packet):
-    """Sends for a while, several times what any of the rates lets pass."""
-    frame = packet.build(crossing.lab.marker())
-    deadline = time.monotonic() + SECONDS
-    while time.monotonic() < deadline:
-        for _ in range(BURST_FRAMES):
-            crossing.lab.hosts[SENDER].send(frame)
-        time.sleep(BURST_PAUSE)
+    """All the while frames arrive several times as fast as any of the limits lets them pass; its bucket is empty."""
+    marker = crossing.send(*[(SENDER, packet)] * MORE_THAN_A_BUCKET)
+    frame = packet.build(marker)
+    ended = threading.Event()
+
+    def send():
+        while not ended.wait(BURST_PAUSE):
+            for _ in range(BURST_FRAMES):
+                crossing.lab.hosts[SENDER].send(frame)
+
+    sender = threading.Thread(target=send)
+    sender.start()
+    try:
+        yield
+    finally:
+        ended.set()
+        sender.join()
+        crossing.lab.arrivals(marker)
 
 
 def frame_rate(crossing, reading, packet):
-    """Frames a second of an overloading flow; `reading` gives (frames passed, time) as the device took them together."""
-    empty_the_bucket(crossing, packet)
-    passed_before, began = reading()
-    overload(crossing, packet)
-    empty_the_bucket(crossing, packet)
-    passed, ended = reading()
+    """Frames a second of an overloading flow; `reading` gives (frames passed, time) as the device took them together.
+
+    The flow goes on while the readings are taken, so that however long that takes there is nothing in the bucket.
+    """
+    with overload(crossing, packet):
+        passed_before, began = reading()
+        time.sleep(SECONDS)
+        passed, ended = reading()
     return (passed - passed_before) / (ended - began)
