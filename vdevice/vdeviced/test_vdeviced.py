@@ -549,8 +549,8 @@ def test_a_meter_lets_a_burst_pass_and_drops_the_rest(device):
 def test_limits_of_a_port_are_shown_with_what_they_let_in(device):
     one, _ = device.nics("host1", "host2")
     assert device.ask("storm")["storm"] == device.ask("storm")["ingress"] == []
-    assert device.call("storm-limit", 4, 3, 1, 24) == "0"
-    assert device.call("ingress-limit", 4, 1, 48) == "0"
+    assert device.call("storm-limit", 23, 3, 1, 24) == "0"
+    assert device.call("ingress-limit", 23, 1, 48) == "0"
     # Each takes 1518 octets with its check sequence: out of 3000, then out of 6000.
     for destination in [BROADCAST] * 3 + [station(2)] * 3:
         one.send(destination + station(1) + datagram(1500))
