@@ -6,7 +6,6 @@ namespace vdevice {
 namespace {
 
 using chip::Limiter;
-using chip::Port;
 using chip::PortStorm;
 using chip::StormType;
 using chip::StormTypeEntry;
