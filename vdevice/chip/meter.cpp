@@ -1,5 +1,7 @@
 #include "vdevice/chip/meter.h"
 
+#include "vdevice/chip/frame.h"
+
 namespace vdevice::chip {
 namespace {
 
