@@ -207,6 +207,38 @@ TEST_F(Shaping, EgressMirrorsCopyWhatLeavesWhenItLeaves) {
     EXPECT_EQ(chip_.queues().port(kSpy).counters(0).frames, 4U);
 }
 
+TEST_F(Shaping, PrioritiesChooseTheQueueAndTheSchedulingTheOrder) {
+    const auto load_tagged = [&](Time now, std::uint32_t priority) {
+        Octets tagged = frame(++number_);
+        const Octets tag = test::vlan_tag(static_cast<std::uint16_t>(priority << kPcpShift | 1));
+        tagged.insert(tagged.begin() + kAddressBytes, tag.begin(), tag.end());
+        chip_.receive(now, kA, tagged);
+    };
+    for (const std::uint32_t priority : {0U, 2U, 7U, 2U, 7U}) {
+        load_tagged(0s, priority);
+    }
+    EXPECT_THAT(at(kB, sink_.take()), ElementsAre(1));
+    EXPECT_EQ(chip_.queues().port(kB).waiting_frames(2), 2U);
+    EXPECT_EQ(chip_.queues().port(kB).waiting_frames(7), 2U);
+    EXPECT_THAT(after(2ms), ElementsAre(3, 5));
+    ASSERT_EQ(chip_.queue_map().set_queues(2), Status::kOk);
+    load_tagged(2ms, 7);
+    EXPECT_EQ(chip_.queues().port(kB).waiting_frames(1), 1U) << "the last queue that is left";
+    EXPECT_THAT(after(1h), ElementsAre(2, 4, 6)) << "what waits in other queues is not forgotten";
+}
+
+TEST_F(Shaping, CopiesOfFramesThatWaitedKeepTheirPriority) {
+    constexpr int kSpy = 20;
+    chip_.set_link(kSpy, true);
+    ASSERT_EQ(chip_.vlans().remove_ports({1, 1}, PortSet::of(kSpy)), Status::kOk);
+    chip_.mirrors().set_enabled(true);
+    ASSERT_EQ(chip_.mirrors().set_port(0, kB, kSpy, 4), Status::kOk);
+    ASSERT_EQ(change(kA, [](Port &port) { port.untagged_priority = 5; }), Status::kOk);
+    load(0s, 2);
+    chip_.depart(1ms);
+    EXPECT_EQ(chip_.queues().port(kSpy).counters(5).frames, 2U);
+}
+
 TEST_F(Shaping, TheCpusPortIsShapedLikeAnyOther) {
     shape(kCpu);
     load(0s, 3);

@@ -12,6 +12,7 @@ import struct
 import subprocess
 import tempfile
 import time
+from pathlib import Path
 
 import pytest
 
@@ -599,6 +600,14 @@ def test_limits_of_a_port_are_shown_with_what_they_let_in(device):
     assert lines[3:] == ["counted: broadcast octets, joint octets, multicast octets, unknown_unicast octets"]
 
 
+def running_single_timers(device):
+    """How many of the daemon's timers that expire once only are set."""
+    texts = [path.read_text() for path in Path(f"/proc/{device.process.pid}/fdinfo").iterdir()]
+    singles = [text for text in texts if "it_interval: (0, 0)" in text]
+    assert len(singles) == 1
+    return sum("it_value: (0, 0)" not in text for text in singles)
+
+
 def first_queue(device, port):
     """Of a port's queue 0: what has left, waits, and was thrown away."""
     queue = next(row for row in device.ask("queues")["ports"] if row["port"] == port)["queues"][0]
@@ -619,6 +628,7 @@ def test_a_shaped_port_lets_frames_wait_and_sends_them_when_they_are_due(device)
     assert first_queue(device, 2) == (4, 0, 0)
     assert first_queue(device, 1)[0] == 0
     assert device.counters(2)["tx_frames"] == 4
+    assert running_single_timers(device) == 0, "nothing waits, so nothing wakes the daemon"
 
 
 def test_frames_that_wait_leave_when_the_shaper_goes_and_are_lost_when_the_cable_does(device):
@@ -628,6 +638,7 @@ def test_frames_that_wait_leave_when_the_shaper_goes_and_are_lost_when_the_cable
     for _ in range(3):
         one.send(frame)
     wait_until(lambda: first_queue(device, 2) == (1, 2, 0), "two frames to wait")
+    assert running_single_timers(device) == 1
     assert device.control("queues").stdout.splitlines()[4:6] == [
         f"   2  strict      {1:>10} {8:>10}  1 1 1 1 1 1 1 1",
         "      queue 0: 1 frames, 996 octets; 2 waiting with 1992 octets; 0 dropped, 0 flushed"]
