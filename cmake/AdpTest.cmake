@@ -15,7 +15,7 @@ target_precompile_headers(test_headers PRIVATE <gmock/gmock.h> <gtest/gtest.h>)
 
 # Here every test is a process of its own, so that none can lean on another's leavings. Where starting one is dear, under
 # the emulator and with sanitizers, a program runs all of its tests at once; so each is seen in both ways.
-if(CMAKE_CROSSCOMPILING OR ADP_SANITIZE)
+if(CMAKE_CROSSCOMPILING OR ADP_SANITIZE OR ADP_COVERAGE)
     set(ADP_TESTS_TOGETHER ON)
 endif()
 

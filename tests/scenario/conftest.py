@@ -9,10 +9,12 @@ import os
 import pytest
 from lab import Build, Lab, LabError
 
-pytest.register_assert_rewrite("acl", "crossing", "priorities", "ringside", "segment", "stage", "tagging")
+pytest.register_assert_rewrite("acl", "crossing", "limits", "priorities", "ringside", "segment", "stage", "tagging")
 from acl import Acl  # noqa: E402
 from cpu import Cpu  # noqa: E402
+from crossing import PORTS as CROSSING_PORTS  # noqa: E402
 from crossing import Crossing  # noqa: E402
+from limits import Limits  # noqa: E402
 from priorities import Priorities  # noqa: E402
 from stage import MEMBERS, Stage, theatre  # noqa: E402
 from tagging import Tagging  # noqa: E402
@@ -76,6 +78,14 @@ def acl(cpu, build):
     rules = Acl(cpu, build)
     yield rules
     rules.tidy()
+
+
+@pytest.fixture
+def limits(cpu):
+    """Storm control and ingress limits of the crossing's ports, without any before and afterwards."""
+    made = Limits(cpu, CROSSING_PORTS)
+    yield made
+    made.tidy()
 
 
 @pytest.fixture

@@ -17,6 +17,7 @@ constexpr std::size_t kAddressBytes = 2 * kMacBytes;
 constexpr std::size_t kTypeBytes = 2;
 constexpr std::size_t kHeaderBytes = kAddressBytes + kTypeBytes;
 constexpr std::size_t kVlanTagBytes = 4;
+constexpr std::size_t kCheckSequenceBytes = 4;  // behind every frame on the wire; what limits a rate counts it
 
 /** The longest frame that the chip's buffers take, tags included and the check sequence not. */
 constexpr std::size_t kMaxFrameBytes = 9600;

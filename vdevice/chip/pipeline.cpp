@@ -46,6 +46,9 @@ void Switch::take_in(Time now, int port, Bytes frame) {
         return drop(port, Drop::kOversize);
     }
     mirror_ingress(port, frame);
+    if (!passes_policer(now, port, frame.size())) {
+        return;
+    }
     if (port == kCpuPort) {
         return receive_from_cpu(now, frame);
     }
@@ -128,10 +131,13 @@ void Switch::switch_in_vlan(Time now, int ingress, const Header &header, EgressF
     if (verdict.redirect) {
         return redirect(flow, *verdict.redirect);
     }
+    const MacEntry *entry = macs_.find(header.destination, vid);
+    if (!passes_storm_control(now, flow, entry)) {
+        return;
+    }
     if (header.destination.is_group()) {
         return forward_group(flow);
     }
-    const MacEntry *entry = macs_.find(header.destination, vid);
     if (entry == nullptr) {
         return flood(flow);
     }

@@ -8,10 +8,12 @@
 #include "vdevice/chip/frame.h"
 #include "vdevice/chip/group_rules.h"
 #include "vdevice/chip/learn_mode.h"
+#include "vdevice/chip/limiter.h"
 #include "vdevice/chip/phy.h"
 #include "vdevice/chip/port_priorities.h"
 #include "vdevice/chip/port_set.h"
 #include "vdevice/chip/port_tags.h"
+#include "vdevice/chip/storm_control.h"
 #include "vdevice/chip/violations.h"
 
 namespace vdevice::chip {
@@ -47,6 +49,8 @@ enum class Drop : std::uint8_t {
     kDosFragment,       /**< a TCP fragment made to hide the segment's flags */
     kStpBlocked,        /**< the port does not forward in the spanning-tree group of its VLAN */
     kStpEgress,         /**< its destination's port does not forward in that group */
+    kPoliced,           /**< over the port's ingress limit */
+    kStorm,             /**< over one of the port's storm limits */
     kCount,
 };
 
@@ -98,6 +102,8 @@ struct Port {
     PortTags tags;
     std::array<std::int32_t, kVlanControls> vlan_controls{};
     PortGroupRules groups;
+    Limiter policer; /**< of all that the port lets in */
+    PortStorm storm;
     Violations violations;
     PortCounters counters;
 

@@ -130,6 +130,10 @@ class Switch {
     /** Ports that the chip has not are refused. */
     Status set_miss_action(int port, MissAction action);
 
+    /** How the limits of this type count, on all ports. */
+    void set_storm_counting(StormType type, Counting counting, Time now);
+    Counting storm_counting(StormType type) const;
+
   private:
     /** A frame on its way through the chip. */
     struct Flow {
@@ -154,6 +158,7 @@ class Switch {
     void drop(int port, Drop reason);
 
     void take_in(Time now, int port, Bytes frame);
+    bool passes_policer(Time now, int port, std::size_t octets);
     void take_looped(Time now);
     void loop_back(int port, const Frame &frame);
     bool let_in(Time now, const Flow &flow);
@@ -170,6 +175,7 @@ class Switch {
     void switch_in_vlan(Time now, int ingress, const Header &header, EgressForms &forms, const FieldVerdict &verdict);
     bool copy_to_cpu(int ingress, EgressForms &forms);
     void redirect(const Flow &flow, const PortSet &ports);
+    bool passes_storm_control(Time now, const Flow &flow, const MacEntry *entry);
     void forward_to_entry(const Flow &flow, const MacEntry &entry);
     void forward_group(const Flow &flow);
     GroupMiss miss_of(const Flow &flow) const;

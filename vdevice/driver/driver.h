@@ -93,6 +93,25 @@ class Driver : public DriverCalls {
     int32_t user_vlan_control_port_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t control,
                                        uint32_t *value) override;
 
+    // Storm control and ingress limits: driver_limits.cpp
+    int32_t user_rate_bandwidth_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t type, uint32_t rate,
+                                    uint32_t burst) override;
+    int32_t user_rate_bandwidth_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t type, uint32_t *rate,
+                                    uint32_t *burst) override;
+    int32_t user_rate_stormsel_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t type, uint32_t value) override;
+    int32_t user_rate_stormsel_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t type, uint32_t *value) override;
+    int32_t user_rate_stormControlEnable_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t type,
+                                             uint32_t enable) override;
+    int32_t user_rate_stormExceedFlag_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t storm_code,
+                                          uint32_t *flag) override;
+    int32_t user_rate_stormExceedFlag_reset(uint32_t unit, uint32_t zero, int32_t port) override;
+    int32_t user_rate_stormCountMode_set(uint32_t unit, uint32_t zero, uint32_t selector, uint32_t mode) override;
+    int32_t user_rate_stormCountMode_get(uint32_t unit, uint32_t zero, uint32_t selector, uint32_t *mode) override;
+    int32_t user_port_ingress_rate_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t rate,
+                                       uint32_t burst) override;
+    int32_t user_port_ingress_rate_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t *rate,
+                                       uint32_t *burst) override;
+
     // Counters: driver_statistics.cpp
     int32_t user_port_packetstat_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t type,
                                      uint64_t *value) override;
@@ -362,6 +381,9 @@ class Driver : public DriverCalls {
     chip::PortSet interfaces_of(const chip::PortSet &chip_ports) const;
     int32_t read_port(uint32_t unit, uint32_t zero, int32_t port, uint32_t *out,
                       const std::function<uint32_t(const chip::Port &)> &value) const;
+    /** Hands the port to what reads it, which writes the outputs. */
+    int32_t look_at_port(uint32_t unit, uint32_t zero, int32_t port,
+                         const std::function<chip::Status(const chip::Port &)> &read) const;
     int32_t write_port(uint32_t unit, uint32_t zero, int32_t port,
                        const std::function<chip::Status(chip::Port &)> &change);
     /** The same, but not for the CPU port. */
