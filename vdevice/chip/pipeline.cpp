@@ -98,8 +98,7 @@ void Switch::forward(Time now, int ingress, const Frame &frame) {
             return drop(ingress, *attack);
         }
     }
-    const std::uint16_t own_tci = tag_rules_.classify(ingress, port, *header);
-    const FieldVerdict verdict = apply_rules(now, ingress, frame, own_tci, *header);
+    const FieldVerdict verdict = apply_rules(now, ingress, frame, classify(ingress, *header), *header);
     if (verdict.drop) {
         return drop(ingress, *verdict.drop);
     }
@@ -299,7 +298,7 @@ void Switch::send_directed(const TransmitTag &tag, const Frame &frame) {
     const Vlan *vlan = nullptr;
     std::optional<EgressForms> forms;
     const auto header = read_header(frame, kVlanTpid);
-    const std::uint32_t priority = priority_of(header ? header->tci : 0);
+    const std::uint32_t priority = header ? priority_of(classify(kCpuPort, *header).tci) : 0;
     if (header && header->tagged && tag.applies_egress_rule()) {
         vlan = vlans_.find(header->vid());
         forms.emplace(frame.head, header->payload, header->tci);

@@ -10,6 +10,7 @@
 #include "vdevice/chip/learn_mode.h"
 #include "vdevice/chip/limiter.h"
 #include "vdevice/chip/phy.h"
+#include "vdevice/chip/port_priorities.h"
 #include "vdevice/chip/port_set.h"
 #include "vdevice/chip/port_tags.h"
 #include "vdevice/chip/storm_control.h"
@@ -83,7 +84,6 @@ struct PortCounters {
 
 struct Port {
     static constexpr std::uint32_t kLoopbackModes = 3; /**< none, in the port's MAC, at its line side */
-    static constexpr std::uint32_t kPriorities = 8;
     static constexpr std::size_t kVlanControls = 32;
 
     bool enabled = true;        /**< administrative state */
@@ -96,7 +96,9 @@ struct Port {
     LearnMode learning = kNormalLearning;
     PortSet egress = PortSet::all();     /**< where frames from this port may go */
     Vid pvid = kMinVid;                  /**< VLAN of untagged and priority-tagged frames */
-    std::uint32_t untagged_priority = 0; /**< priority of untagged frames, 0 to 7 */
+    std::uint32_t untagged_priority = 0; /**< the port's own: of untagged frames, and of all that it does not trust */
+    Trust trust = Trust::kDot1p;
+    PriorityRemap remap;
     PortTags tags;
     std::array<std::int32_t, kVlanControls> vlan_controls{};
     PortGroupRules groups;

@@ -13,6 +13,7 @@
 #include "vdevice/chip/mirror_table.h"
 #include "vdevice/chip/port.h"
 #include "vdevice/chip/port_set.h"
+#include "vdevice/chip/priority_rules.h"
 #include "vdevice/chip/queue_map.h"
 #include "vdevice/chip/reserved_macs.h"
 #include "vdevice/chip/sink.h"
@@ -116,6 +117,8 @@ class Switch {
     /** Sends a copy of a frame that a rule has selected to where the session's flow mirror goes, if anywhere. */
     void copy_to_flow_mirror(std::uint32_t session, const Frame &frame);
 
+    const PriorityRules &priority_rules() const { return priority_rules_; }
+    PriorityRules &priority_rules() { return priority_rules_; }
     const QueueMap &queue_map() const { return queue_map_; }
     QueueMap &queue_map() { return queue_map_; }
 
@@ -167,7 +170,8 @@ class Switch {
     void trap(int ingress, EgressForms &forms);
     void receive_from_cpu(Time now, Bytes frame);
     void forward(Time now, int ingress, const Frame &frame);
-    FieldVerdict apply_rules(Time now, int ingress, const Frame &frame, std::uint16_t tci, Header &header);
+    Classified classify(int ingress, const Header &header) const;
+    FieldVerdict apply_rules(Time now, int ingress, const Frame &frame, const Classified &own, Header &header);
     void switch_in_vlan(Time now, int ingress, const Header &header, EgressForms &forms, const FieldVerdict &verdict);
     bool copy_to_cpu(int ingress, EgressForms &forms);
     void redirect(const Flow &flow, const PortSet &ports);
@@ -210,6 +214,7 @@ class Switch {
     Snooping snooping_;
     bool filters_attacks_ = false;
     MirrorTable mirrors_{all_ports(), kCpuPort};
+    PriorityRules priority_rules_;
     QueueMap queue_map_;
     Gpio gpio_;
 };

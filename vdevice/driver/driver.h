@@ -338,6 +338,33 @@ class Driver : public DriverCalls {
     int32_t user_port_tpid_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t tpid, adp_word_t option) override;
     int32_t user_port_tpid_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t *tpid) override;
 
+    // Priorities: driver_priority.cpp
+    int32_t user_cosq_mapping_set(uint32_t unit, uint32_t zero, uint32_t priority, uint32_t queue) override;
+    int32_t user_cosq_mapping_get(uint32_t unit, uint32_t zero, uint32_t priority, uint32_t *queue) override;
+    int32_t user_cosq_port_mapping_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t priority,
+                                       uint32_t queue) override;
+    int32_t user_cosq_port_mapping_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t priority,
+                                       uint32_t *queue) override;
+    int32_t user_qos_pri_queue_map_set(adp_word_t unit, adp_word_t zero, adp_word_t priority,
+                                       adp_word_t queue) override;
+    int32_t user_qos_pri_queue_map_get(adp_word_t unit, adp_word_t zero, adp_word_t priority, uint32_t *queue) override;
+    int32_t user_port_dscp_map_set(uint32_t unit, uint32_t zero, int32_t port, int32_t dscp, int32_t mapped,
+                                   uint32_t priority) override;
+    int32_t user_port_dscp_map_get(uint32_t unit, uint32_t zero, int32_t port, int32_t dscp, uint8_t *mapped,
+                                   uint8_t *priority) override;
+    int32_t user_qos_dscp_map_set(adp_word_t unit, adp_word_t zero, adp_word_t dscp, adp_word_t priority) override;
+    int32_t user_qos_dscp_map_get(adp_word_t unit, adp_word_t zero, adp_word_t dscp, uint32_t *priority) override;
+    int32_t user_port_dscp_map_mode_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t mode) override;
+    int32_t user_port_dscp_map_mode_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t *mode) override;
+    int32_t user_qos_pri_remap_set(uint32_t unit, adp_word_t port, adp_word_t priority, adp_word_t new_priority,
+                                   adp_word_t further1, adp_word_t further2, adp_word_t further3,
+                                   adp_word_t further4) override;
+    int32_t user_qos_port_cos_set(int32_t port, uint32_t value) override;
+    int32_t user_qos_port_cos_get(int32_t port, uint32_t *value) override;
+    int32_t user_qos_default_cos_src_init() override;
+    int32_t user_qos_remark_inner_tag_src_init() override;
+    int32_t user_qos_trust_sel_group_init() override;
+
     // The device's services
     int32_t log_line(int32_t level, int32_t module, const char *word, const char *text) override;
     int32_t sys_trace_get() override;

@@ -11,6 +11,7 @@
 #include "vdevice/vdevctl/l2_tables.h"
 #include "vdevice/vdevctl/limit_tables.h"
 #include "vdevice/vdevctl/port_text.h"
+#include "vdevice/vdevctl/priority_tables.h"
 #include "vdevice/vdevctl/start_tables.h"
 #include "vdevice/vdevctl/tag_tables.h"
 
@@ -158,6 +159,7 @@ std::string show(const std::string &command, const json &answer) {
         {"storm", show_storm},
         {"groups", show_stp_groups},
         {"translations", show_translations},
+        {"priorities", show_priorities},
     };
     const auto table = kTables.find(command);
     return table == kTables.end() ? std::string{} : table->second(answer);

@@ -40,6 +40,9 @@ nlohmann::json show_macs(Device &device, const nlohmann::json &request);
 nlohmann::json show_groups(Device &device, const nlohmann::json &request);
 nlohmann::json show_limits(Device &device, const nlohmann::json &request);
 
+// Commands on priorities: priority_commands.cpp
+nlohmann::json show_priorities(Device &device, const nlohmann::json &request);
+
 // Commands on spanning-tree groups and tags: tag_commands.cpp
 nlohmann::json show_stp_groups(Device &device, const nlohmann::json &request);
 nlohmann::json show_translations(Device &device, const nlohmann::json &request);

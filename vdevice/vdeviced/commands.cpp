@@ -187,6 +187,7 @@ const std::map<std::string, Command> &command_table() {
         {"gpio", gpio},
         {"groups", show_stp_groups},
         {"translations", show_translations},
+        {"priorities", show_priorities},
     };
     return kCommands;
 }
