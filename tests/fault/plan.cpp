@@ -53,11 +53,12 @@ std::string take_bracket(std::string &text, char open) {
     return "";
 }
 
-/** `own`, `102`, `ignored`, `or`, `last`, all also with `before CALL`. */
+/** `own`, `102`, `ignored`, `or`, `last`, all also with `before CALL` or `without CALL`. */
 Policy policy_of(std::vector<std::string> words) {
     Policy policy;
-    if (words.size() == 3 && words[1] == "before") {
-        policy.until = words.back();
+    constexpr std::size_t kWithCall = 3;
+    if (words.size() == kWithCall && (words[1] == "before" || words[1] == "without")) {
+        (words[1] == "before" ? policy.until : policy.without) = words.back();
         words.resize(1);
     }
     const std::string rule = words.size() == 1 ? words.front() : "";
@@ -93,7 +94,8 @@ std::vector<std::string> split_at_word(std::string text, const std::string &word
 /** Reads the text of plans for one state. */
 class Reader {
   public:
-    Reader(const Family &family, const State &state) : family_(family), state_(state) {}
+    Reader(const Family &family, const State &state, bool is_after_failure = false)
+        : family_(family), state_(state), is_after_failure_(is_after_failure) {}
 
     /** @p port is what calls on a port must name, empty where the plan does not say. */
     [[nodiscard]] Plan read(const std::string &text, const std::string &port) const {
@@ -108,7 +110,7 @@ class Reader {
   private:
     [[nodiscard]] Plan piece_of(const std::string &text, const std::string &port) const {
         if (const auto found = family_.definitions.find(text); found != family_.definitions.end()) {
-            return read(found->second, port);
+            return read(in_state(found->second, state_), port);
         }
         if (text.back() == ')') {
             if (const auto repeated = loop(text, port)) {
@@ -144,8 +146,9 @@ class Reader {
     [[nodiscard]] Plan each(const std::string &body, const std::vector<uint32_t> &members) const {
         Plan plan;
         for (const uint32_t member : members) {
-            const Plan items =
-                read(replaced(body, "$member", std::to_string(member)), std::to_string(physical(member)));
+            const std::string port = std::to_string(physical(member));
+            const std::string again = std::to_string(physical(static_cast<uint32_t>(physical(member))));
+            const Plan items = read(replaced(replaced(body, "$member", std::to_string(member)), "$again", again), port);
             plan.insert(plan.end(), items.begin(), items.end());
         }
         return plan;
@@ -212,8 +215,9 @@ class Reader {
 
     [[nodiscard]] Branch branch_of(std::string rule, const std::string &port) const {
         Branch branch;
-        branch.then = read(take_bracket(rule, '{'), port);
-        branch.policy = policy_of(words_of(rule));
+        branch.then = Reader(family_, state_, true).read(take_bracket(rule, '{'), port);
+        // Only one call fails in a run, so those after it need no rule.
+        branch.policy = is_after_failure_ ? Policy() : policy_of(words_of(rule));
         return branch;
     }
 
@@ -228,6 +232,7 @@ class Reader {
 
     const Family &family_;
     const State &state_;
+    bool is_after_failure_;
 };
 
 /** A clause and the port that its calls must name. */
@@ -304,6 +309,10 @@ class Walk {
             if (ended_ || (!until_.empty() && item.name == until_)) {
                 break;
             }
+            if (is_top && !without_.empty() && item.name == without_) {
+                without_.clear();
+                continue;
+            }
             take(item, is_top);
         }
     }
@@ -355,6 +364,7 @@ class Walk {
             status_is_set_ = true;
         }
         follow(branch.then, false);
+        without_ = policy.without;
         if (policy.ends) {
             until_ = policy.until;
             ended_ = until_.empty();
@@ -372,6 +382,7 @@ class Walk {
     bool ended_ = false;
     bool status_is_set_ = false;
     std::string until_;
+    std::string without_;
 };
 
 }  // namespace
@@ -402,6 +413,7 @@ std::vector<Assignment> assignments_of(const std::string &text) {
 
 std::string in_state(const std::string &text, const State &state) {
     std::string result = replaced(text, "$intf", state.interface);
+    result = replaced(result, "$hold", std::to_string(state.hold()));
     result = replaced(result, "$group", std::to_string(state.group));
     return replaced(result, "$trunk", std::to_string(static_cast<int64_t>(state.group) - 1));
 }

@@ -22,7 +22,8 @@ struct Policy {
     bool ends = false; /**< nothing more is called */
     Status status = Status::kKept;
     int64_t fixed = 0;
-    std::string until{}; /**< it ends only where this call would come next */
+    std::string until{};   /**< it ends only where this call would come next */
+    std::string without{}; /**< the next call of this name is not made */
 };
 
 /** A parameter or an exported table, or a part of one, and the value in adpsh's notation. */

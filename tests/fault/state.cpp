@@ -73,6 +73,10 @@ int32_t State::port() const {
     return who == Who::kPort ? physical(kPort) : -1;
 }
 
+uint32_t State::hold() const {
+    return (who == Who::kPort ? kPort : ADP_USER_PORTS + group) - 1;
+}
+
 std::span<const State> states() {
     static const State all[] = {
         {"user", Who::kPort, "2", 0, {}, {}, 0},
