@@ -57,8 +57,11 @@ std::string take_bracket(std::string &text, char open) {
 Policy policy_of(std::vector<std::string> words) {
     Policy policy;
     constexpr std::size_t kWithCall = 3;
-    if (words.size() == kWithCall && (words[1] == "before" || words[1] == "without")) {
-        (words[1] == "before" ? policy.until : policy.without) = words.back();
+    if (words.size() == kWithCall && words[1] == "before") {
+        policy.until = words.back();
+        words.resize(1);
+    } else if (words.size() >= kWithCall && words[1] == "without") {
+        policy.without.assign(words.begin() + 2, words.end());
         words.resize(1);
     }
     const std::string rule = words.size() == 1 ? words.front() : "";
@@ -309,8 +312,10 @@ class Walk {
             if (ended_ || (!until_.empty() && item.name == until_)) {
                 break;
             }
-            if (is_top && !without_.empty() && item.name == without_) {
-                without_.clear();
+            const auto left_out = std::find(without_.begin(), without_.end(), item.name);
+            if (is_top && left_out != without_.end()) {
+                without_.erase(left_out);
+                ++number_;
                 continue;
             }
             take(item, is_top);
@@ -332,10 +337,10 @@ class Walk {
                 status_is_set_ = status_is_set_ || !is_top;
                 return;
             case Item::Kind::kKeeps:
-                outcome_.kept_memory = static_cast<std::size_t>(item.number);
+                outcome_.kept_memory = item.number;
                 return;
             case Item::Kind::kOpens:
-                outcome_.open_descriptors = static_cast<std::size_t>(item.number);
+                outcome_.open_descriptors = item.number;
                 return;
             case Item::Kind::kRules:
                 outcome_.rules = item.rules;
@@ -382,7 +387,7 @@ class Walk {
     bool ended_ = false;
     bool status_is_set_ = false;
     std::string until_;
-    std::string without_;
+    std::vector<std::string> without_;
 };
 
 }  // namespace
@@ -396,7 +401,8 @@ std::optional<Plan> plan_of(const Family &family, const Row &row, const State &s
     if (!chosen) {
         return std::nullopt;
     }
-    return Reader(family, state).read(in_state(chosen->text, state), chosen->port);
+    const std::string text = replaced(in_state(chosen->text, state), "$port", chosen->port);
+    return Reader(family, state).read(text, chosen->port);
 }
 
 std::vector<Assignment> assignments_of(const std::string &text) {

@@ -22,8 +22,8 @@ struct Policy {
     bool ends = false; /**< nothing more is called */
     Status status = Status::kKept;
     int64_t fixed = 0;
-    std::string until{};   /**< it ends only where this call would come next */
-    std::string without{}; /**< the next call of this name is not made */
+    std::string until{};                /**< it ends only where this call would come next */
+    std::vector<std::string> without{}; /**< the next call of each of these names is not made */
 };
 
 /** A parameter or an exported table, or a part of one, and the value in adpsh's notation. */
@@ -71,8 +71,8 @@ struct Expected {
     int64_t status = 0;
     std::vector<Assignment> writes{};
     std::optional<std::vector<std::string>> rules{};
-    std::size_t kept_memory = 0;
-    std::size_t open_descriptors = 0;
+    int64_t kept_memory = 0;
+    int64_t open_descriptors = 0;
 };
 
 /** The run in which the plan's call number @p failing, if any, gives @p result. */

@@ -49,17 +49,24 @@ class Subject {
             if (slot.pointed != nullptr) {
                 bytes.emplace_back(slot.pointed->begin(), slot.pointed->end());
             }
-            if (adpsh::is_output(*slot.parameter) && !holds_addresses(slot)) {
+            if (slot.parameter->shape == adpsh::Shape::kFrameRecord) {
+                add_numbers(slot, bytes);
+            } else if (adpsh::is_output(*slot.parameter) && slot.parameter->shape != adpsh::Shape::kOutPointer) {
                 bytes.emplace_back(slot.storage.begin(), slot.storage.end());
             }
         }
         return bytes;
     }
 
-    /** Writes into a parameter, and tells whether there is one of that name. */
+    /** Writes into a parameter, or the frame that one addresses, and tells whether there is one of that name. */
     bool assign(const Assignment &assignment) {
         const Target target = target_of(assignment.target);
         for (const adpsh::Slot &slot : arguments_.slots()) {
+            if (slot.pointed != nullptr && target.name == "frame") {
+                auto &frame = const_cast<adpsh::Bytes &>(*slot.pointed);
+                store(target, {adpsh::Kind::kU8, 1}, frame.size(), frame.data(), assignment.value);
+                return true;
+            }
             if (target.name == slot.parameter->name) {
                 auto &storage = const_cast<adpsh::Bytes &>(slot.storage);
                 store(target, slot.parameter->type, slot.elements, storage.data(), assignment.value);
@@ -72,10 +79,14 @@ class Subject {
   private:
     int64_t found() { return arguments_.invoke().address == nullptr ? 0 : 1; }
 
-    /** Addresses differ from run to run; the frame that they point into is compared instead. */
-    static bool holds_addresses(const adpsh::Slot &slot) {
-        return slot.parameter->shape == adpsh::Shape::kOutPointer ||
-               slot.parameter->shape == adpsh::Shape::kFrameRecord;
+    /** The numbers of a record: its addresses differ from run to run, and the frame itself is compared. */
+    static void add_numbers(const adpsh::Slot &slot, std::vector<std::string> &bytes) {
+        for (const adpsh::Field &field : slot.parameter->type.record->fields) {
+            if (!field.is_pointer && !slot.is_null) {
+                const auto from = slot.storage.begin() + static_cast<std::ptrdiff_t>(field.offset);
+                bytes.emplace_back(from, from + static_cast<std::ptrdiff_t>(field.type.size * field.count));
+            }
+        }
     }
 
     adpsh::Variables variables_;
@@ -150,28 +161,33 @@ void arm(const Failure &failure, fake_system::System &system) {
 }
 
 /** Makes the call under the fake system; what the library allocates is freed only when the run has been looked at. */
-void observe(Subject &subject, const Failure &failure, Observed &observed) {
-    fake_system::Session session;
-    session.system().on_call([](const std::string &line) { recording::driver().note(line); });
-    arm(failure, session.system());
+void observe(Subject &subject, const Failure &failure, fake_system::System &system, Observed &observed) {
+    const auto held = [&system] { return static_cast<int64_t>(system.outstanding_allocations()); };
+    const auto open = [&system] { return static_cast<int64_t>(system.open_descriptors()); };
+    const std::size_t allocations = system.allocations();
+    const int64_t held_before = held();
+    const int64_t open_before = open();
+    system.on_call([](const std::string &line) { recording::driver().note(line); });
+    arm(failure, system);
     observed.status = subject.invoke();
     observed.trace = recording::driver().take();
-    observed.allocations = session.system().allocations();
-    observed.kept_memory = session.system().outstanding_allocations();
-    observed.open_descriptors = session.system().open_descriptors();
+    observed.allocations = system.allocations() - allocations;
+    observed.kept_memory = held() - held_before;
+    observed.open_descriptors = open() - open_before;
 }
 
 }  // namespace
 
 Observed run(const Row &row, const State &state, const Failure &failure) {
     bring_up(state);
+    Observed observed;
+    fake_system::Session session;
     prepare(row, state);
     give(in_state(row.clause("given"), state));
     Subject subject(in_state(row.call, state));
-    Observed observed;
     {
         const OldMap old;
-        observe(subject, failure, observed);
+        observe(subject, failure, session.system(), observed);
     }
     observed.memory = memory_of(subject);
     take_down();
@@ -180,6 +196,7 @@ Observed run(const Row &row, const State &state, const Failure &failure) {
 
 Memory memory_with(const Row &row, const State &state, const std::vector<Assignment> &writes) {
     bring_up(state);
+    const fake_system::Session session;
     prepare(row, state);
     Subject subject(in_state(row.call, state));
     for (const Assignment &write : writes) {

@@ -36,8 +36,8 @@ struct Observed {
     std::vector<std::string> trace;
     Memory memory;
     std::size_t allocations = 0;
-    std::size_t kept_memory = 0;
-    std::size_t open_descriptors = 0;
+    int64_t kept_memory = 0; /**< blocks more, or fewer, than before */
+    int64_t open_descriptors = 0;
 };
 
 /** Runs the row's call. */

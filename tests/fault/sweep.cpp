@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <stdexcept>
@@ -75,20 +76,24 @@ std::string without_result(const std::string &line) {
     return line.substr(0, line.find(" -> "));
 }
 
-/** Whether a line of the trace is the call, with the arguments that the plan names. */
-bool is_call(const std::string &line, const Item &item) {
-    if (line.substr(0, line.find('(')) != item.name) {
-        return false;
-    }
-    for (const Assignment &argument : item.arguments) {
-        const std::string text = argument.target + "=" + argument.value;
-        const std::size_t at = std::min(line.find("(" + text), line.find(" " + text));
-        const std::size_t end = at + 1 + text.size();
-        if (at == std::string::npos || (line[end] != ',' && line[end] != ')')) {
-            return false;
+/** Whether the argument, or a field of one, stands in the line with this value. */
+bool shows(const std::string &line, const Assignment &argument) {
+    const std::string text = argument.target + "=" + argument.value;
+    for (std::size_t at = line.find(text); at != std::string::npos; at = line.find(text, at + 1)) {
+        const bool begins = std::string_view("( {").find(line[at - 1]) != std::string_view::npos;
+        const bool ends = std::string_view(",)}").find(line[at + text.size()]) != std::string_view::npos;
+        if (begins && ends) {
+            return true;
         }
     }
-    return true;
+    return false;
+}
+
+/** Whether a line of the trace is the call, with the arguments that the plan names. */
+bool is_call(const std::string &line, const Item &item) {
+    return line.substr(0, line.find('(')) == item.name &&
+           std::all_of(item.arguments.begin(), item.arguments.end(),
+                       [&line](const Assignment &argument) { return shows(line, argument); });
 }
 
 std::string text_of(const Item &item) {

@@ -63,9 +63,9 @@ const adpsh::Field &field_named(const adpsh::Type &type, const std::string &name
     throw std::runtime_error("there is no field " + name);
 }
 
-void store_field(const Target &target, const adpsh::Type &type, uint8_t *record, const std::string &value) {
-    const adpsh::Field &field = field_named(type, target.field);
-    const Target inside{field.name, target.field_indexes, "", {}};
+void store_field(const std::string &text, const adpsh::Type &type, uint8_t *record, const std::string &value) {
+    const Target inside = target_of(text);
+    const adpsh::Field &field = field_named(type, inside.name);
     store(inside, field.type, field.count, record + field.offset, value);
 }
 
@@ -134,12 +134,10 @@ std::vector<uint8_t> output_bytes(const platform::Param &param, const std::strin
 Target target_of(const std::string &text) {
     const std::size_t dot = text.find('.');
     const std::string whole = text.substr(0, dot);
-    const std::string part = dot == std::string::npos ? "" : text.substr(dot + 1);
-    const auto indexes = [](const std::string &name) {
-        const std::size_t at = name.find('[');
-        return at == std::string::npos ? std::vector<std::size_t>() : indexes_of(name.substr(at));
-    };
-    return {whole.substr(0, whole.find('[')), indexes(whole), part.substr(0, part.find('[')), indexes(part)};
+    const std::size_t bracket = whole.find('[');
+    return {whole.substr(0, bracket),
+            bracket == std::string::npos ? std::vector<std::size_t>() : indexes_of(whole.substr(bracket)),
+            dot == std::string::npos ? "" : text.substr(dot + 1)};
 }
 
 void store(const Target &target, const adpsh::Type &type, std::size_t count, void *to, const std::string &value) {
@@ -152,8 +150,8 @@ void store(const Target &target, const adpsh::Type &type, std::size_t count, voi
         bytes += index * type.size;
         count = 1;
     }
-    if (!target.field.empty()) {
-        return store_field(target, type, bytes, value);
+    if (!target.part.empty()) {
+        return store_field(target.part, type, bytes, value);
     }
     if (value.rfind(kEveryByte, 0) == 0) {
         std::memset(bytes, adpsh::bytes_of(value_of(value.substr(kEveryByte.size())), {}).front(), count * type.size);
@@ -175,7 +173,7 @@ void assign_table(const Assignment &assignment) {
     void *address = const_cast<void *>(table->address);
     std::size_t rows = table->rows;
     if (table->is_pointer) {
-        if (target.indexes.empty() && target.field.empty()) {
+        if (target.indexes.empty() && target.part.empty()) {
             return replace_map(target.name, assignment.value);
         }
         address = *static_cast<void **>(address);

@@ -20,8 +20,7 @@ namespace fault {
 struct Target {
     std::string name;
     std::vector<std::size_t> indexes;
-    std::string field;
-    std::vector<std::size_t> field_indexes;
+    std::string part; /**< what stands behind the first dot */
 };
 
 Target target_of(const std::string &text);
