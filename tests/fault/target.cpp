@@ -13,6 +13,8 @@ namespace {
 
 /** A value that fills every byte of its target. */
 constexpr std::string_view kEveryByte = "every ";
+/** A value that takes the first bytes of its target as a 32-bit number of this machine. */
+constexpr std::string_view kWord = "word ";
 
 adpsh::Value value_of(const std::string &text) {
     const auto parsed = adpsh::parse_line("x " + text);
@@ -42,7 +44,8 @@ void store_values(const adpsh::Type &type, std::size_t count, void *to, const ad
     std::deque<adpsh::Bytes> room;
     adpsh::Context context{none, room};
     const bool is_record = type.kind == adpsh::Kind::kRecord && value.form == adpsh::Value::Form::kBraces;
-    if (count == 1 || is_record || !has_room(value)) {
+    const bool is_bytes = type.kind == adpsh::Kind::kU8 && count > 1;
+    if (count == 1 || is_record || !(has_room(value) || is_bytes)) {
         return adpsh::store_element(type, value, to, context);
     }
     const adpsh::Bytes bytes = adpsh::array_of(type, value, type.kind == adpsh::Kind::kU32 ? count : 0, context);
@@ -155,6 +158,11 @@ void store(const Target &target, const adpsh::Type &type, std::size_t count, voi
     }
     if (value.rfind(kEveryByte, 0) == 0) {
         std::memset(bytes, adpsh::bytes_of(value_of(value.substr(kEveryByte.size())), {}).front(), count * type.size);
+        return;
+    }
+    if (value.rfind(kWord, 0) == 0) {
+        adpsh::store_number(adpsh::kWord32, adpsh::number_of(value_of(value.substr(kWord.size())), adpsh::Kind::kU32),
+                            bytes);
         return;
     }
     store_values(type, count, bytes, value_of(value));
