@@ -286,7 +286,8 @@ std::optional<Chosen> choose(const Row &row, const State &state) {
         return Chosen{row.clause("straight"), std::to_string(state.port())};
     }
     if (row.has("any")) {
-        return Chosen{row.clause("any"), ""};
+        // A call that takes no interface can only differ by whether there are groups at all.
+        return state.is_plain() ? std::optional(Chosen{row.clause("any"), ""}) : std::nullopt;
     }
     switch (state.who) {
         case Who::kPort:

@@ -30,6 +30,8 @@ struct Policy {
 struct Assignment {
     std::string target;
     std::string value;
+
+    bool operator==(const Assignment &) const = default;
 };
 
 struct Branch;

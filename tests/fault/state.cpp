@@ -73,6 +73,11 @@ int32_t State::port() const {
     return who == Who::kPort ? physical(kPort) : -1;
 }
 
+bool State::is_plain() const {
+    constexpr uint32_t kPlainGroup = 2;
+    return who == Who::kPort || group == kPlainGroup;
+}
+
 uint32_t State::hold() const {
     return (who == Who::kPort ? kPort : ADP_USER_PORTS + group) - 1;
 }

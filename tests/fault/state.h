@@ -32,6 +32,8 @@ struct State {
     [[nodiscard]] uint32_t lowest_configured() const;
     /** The physical port of the interface itself, -1 for anything but a user port. */
     [[nodiscard]] int32_t port() const;
+    /** One of the two states in which functions are swept that take no interface: without groups, and with one. */
+    [[nodiscard]] bool is_plain() const;
     /** Where the interface's hold stands in its table: user ports 1 to 26, then the groups. */
     [[nodiscard]] uint32_t hold() const;
 };
