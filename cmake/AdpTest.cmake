@@ -13,14 +13,20 @@ target_link_libraries(test_headers PRIVATE adp_warnings adp_headers gmock)
 target_compile_options(test_headers PRIVATE ${ADP_TEST_OPTIONS})
 target_precompile_headers(test_headers PRIVATE <gmock/gmock.h> <gtest/gtest.h>)
 
-# adp_add_test(NAME SOURCES source... [LIBS library...])
-# One test program; every test in it becomes a ctest test of its own, run under the emulator on the target.
-function(adp_add_test name)
+# adp_test_program(NAME SOURCES source... [LIBS library...])
+# A test program that is not run by itself.
+function(adp_test_program name)
     cmake_parse_arguments(TEST "" "" "SOURCES;LIBS" ${ARGN})
     add_executable(${name} ${TEST_SOURCES})
     target_link_libraries(${name} PRIVATE ${TEST_LIBS} adp_warnings adp_headers gmock gtest_main)
     target_compile_options(${name} PRIVATE ${ADP_TEST_OPTIONS})
     target_precompile_headers(${name} REUSE_FROM test_headers)
+endfunction()
+
+# adp_add_test(NAME SOURCES source... [LIBS library...])
+# One test program; every test in it becomes a ctest test of its own, run under the emulator on the target.
+function(adp_add_test name)
+    adp_test_program(${name} ${ARGN})
     gtest_discover_tests(${name} NO_PRETTY_VALUES DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120)
 endfunction()
 
