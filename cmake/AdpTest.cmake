@@ -13,21 +13,26 @@ target_link_libraries(test_headers PRIVATE adp_warnings adp_headers gmock)
 target_compile_options(test_headers PRIVATE ${ADP_TEST_OPTIONS})
 target_precompile_headers(test_headers PRIVATE <gmock/gmock.h> <gtest/gtest.h>)
 
-# adp_test_program(NAME SOURCES source... [LIBS library...])
-# A test program that is not run by itself.
-function(adp_test_program name)
+# Here every test is a process of its own, so that none can lean on another's leavings. Where starting one is dear, under
+# the emulator and with sanitizers, a program runs all of its tests at once; so each is seen in both ways.
+if(CMAKE_CROSSCOMPILING OR ADP_SANITIZE OR ADP_COVERAGE)
+    set(ADP_TESTS_TOGETHER ON)
+endif()
+
+# adp_add_test(NAME SOURCES source... [LIBS library...])
+# One test program, run under the emulator on the target.
+function(adp_add_test name)
     cmake_parse_arguments(TEST "" "" "SOURCES;LIBS" ${ARGN})
     add_executable(${name} ${TEST_SOURCES})
     target_link_libraries(${name} PRIVATE ${TEST_LIBS} adp_warnings adp_headers gmock gtest_main)
     target_compile_options(${name} PRIVATE ${ADP_TEST_OPTIONS})
     target_precompile_headers(${name} REUSE_FROM test_headers)
-endfunction()
-
-# adp_add_test(NAME SOURCES source... [LIBS library...])
-# One test program; every test in it becomes a ctest test of its own, run under the emulator on the target.
-function(adp_add_test name)
-    adp_test_program(${name} ${ARGN})
-    gtest_discover_tests(${name} NO_PRETTY_VALUES DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120)
+    if(ADP_TESTS_TOGETHER)
+        add_test(NAME ${name} COMMAND ${name})
+        set_tests_properties(${name} PROPERTIES ENVIRONMENT GTEST_BRIEF=1 TIMEOUT 600)
+    else()
+        gtest_discover_tests(${name} NO_PRETTY_VALUES DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120)
+    endif()
 endfunction()
 
 # adp_unit_tests(SUBSYSTEM source...)

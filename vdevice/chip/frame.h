@@ -34,6 +34,10 @@ constexpr bool is_vid(std::uint32_t number) {
 constexpr std::uint16_t kPriorityMask = 0xF000;  // PCP and DEI, kept as they stand in the tag
 constexpr unsigned kPcpShift = 13;
 constexpr std::uint16_t kPcpMask = 0xE000;
+/** The 802.1p priority of a tag's control information, 0 to 7. */
+constexpr std::uint32_t priority_of(std::uint16_t tci) {
+    return static_cast<std::uint32_t>(tci >> kPcpShift);
+}
 
 inline std::uint16_t read16(Bytes bytes, std::size_t offset) {
     return static_cast<std::uint16_t>((bytes[offset] << 8) | bytes[offset + 1]);

@@ -192,7 +192,7 @@ void Switch::trap(int ingress, EgressForms &forms) {
     if (!up_.has(kCpuPort)) {
         return drop(ingress, Drop::kEgressDown);
     }
-    transmit(kCpuPort, forms.for_cpu(ingress));
+    transmit(kCpuPort, forms.for_cpu(ingress), forms.priority());
 }
 
 void Switch::forward_to_entry(const Flow &flow, const MacEntry &entry) {
@@ -270,11 +270,11 @@ int Switch::choose_member(const Flow &flow, const Trunk &trunk, const PortSet &a
 void Switch::send_in_vlan(int egress, const Flow &flow) {
     if (egress == kCpuPort) {
         if (!flow.cpu_has_copy) {
-            transmit(egress, flow.forms.for_cpu(flow.ingress));
+            transmit(egress, flow.forms.for_cpu(flow.ingress), flow.forms.priority());
         }
         return;
     }
-    transmit(egress, form_for(egress, flow.vlan, flow.forms));
+    transmit(egress, form_for(egress, flow.vlan, flow.forms), flow.forms.priority());
 }
 
 /** The frame as the port sends it. A service's tag never reaches a customer. */
@@ -292,12 +292,15 @@ void Switch::send_directed(const TransmitTag &tag, const Frame &frame) {
     }
     const Vlan *vlan = nullptr;
     std::optional<EgressForms> forms;
-    if (const auto header = read_header(frame, kVlanTpid); header && header->tagged && tag.applies_egress_rule()) {
+    const auto header = read_header(frame, kVlanTpid);
+    const std::uint32_t priority = priority_of(header ? header->tci : 0);
+    if (header && header->tagged && tag.applies_egress_rule()) {
         vlan = vlans_.find(header->vid());
         forms.emplace(frame.head, header->payload, header->tci);
     }
     const auto send_to = [&](int egress) {
-        send_directed_to(egress, vlan != nullptr && has_port(egress) ? form_for(egress, *vlan, *forms) : frame);
+        const bool formed = vlan != nullptr && has_port(egress);
+        send_directed_to(egress, formed ? form_for(egress, *vlan, *forms) : frame, priority);
     };
     if (tag.names_ports()) {
         tag.ports().for_each(send_to);
@@ -308,7 +311,7 @@ void Switch::send_directed(const TransmitTag &tag, const Frame &frame) {
     }
 }
 
-void Switch::send_directed_to(int egress, const Frame &frame) {
+void Switch::send_directed_to(int egress, const Frame &frame, std::uint32_t priority) {
     if (egress == kCpuPort) {
         return drop(kCpuPort, Drop::kDirectedToCpu);
     }
@@ -318,17 +321,17 @@ void Switch::send_directed_to(int egress, const Frame &frame) {
     if (!up_.has(egress)) {
         return drop(kCpuPort, Drop::kEgressDown);
     }
-    transmit(egress, frame);
+    transmit(egress, frame, priority);
 }
 
-void Switch::transmit(int port, const Frame &frame) {
-    if (put_out(port, frame)) {
-        mirror_egress(port, frame);
+void Switch::transmit(int port, const Frame &frame, std::uint32_t priority) {
+    if (put_out(port, frame, priority)) {
+        mirror_egress(port, frame, priority);
     }
 }
 
 /** False if the port takes no frame of this length. */
-bool Switch::put_out(int port, const Frame &frame) {
+bool Switch::put_out(int port, const Frame &frame, std::uint32_t priority) {
     PortCounters &counters = at(port).counters;
     // The chip's own tags may make a frame of full length longer; only the limit without jumbo frames is a port's own.
     if (!at(port).jumbo && frame.size() > kMaxPlainFrameBytes) {
@@ -338,6 +341,7 @@ bool Switch::put_out(int port, const Frame &frame) {
     ++counters.tx_frames;
     counters.tx_octets += frame.size();
     ++counters.tx_casts[cast_index(frame.head)];
+    ++counters.tx_queues[queue_map_.queue_of(port, priority)];
     if (at(port).loopback != 0) {
         loop_back(port, frame);
     } else {

@@ -59,6 +59,9 @@ enum class Cast : std::uint8_t { kUnicast, kMulticast, kBroadcast, kCount };
 
 constexpr std::size_t kCasts = static_cast<std::size_t>(Cast::kCount);
 
+/** Egress queues of a port. */
+constexpr std::uint32_t kQueues = 8;
+
 /** Frames and octets as they stand on the wire, without the frame check sequence. */
 struct PortCounters {
     std::uint64_t rx_frames = 0;
@@ -68,6 +71,7 @@ struct PortCounters {
     std::uint64_t tx_too_long = 0; /**< frames that should have left here but are longer than the port takes */
     std::array<std::uint64_t, kCasts> rx_casts{};
     std::array<std::uint64_t, kCasts> tx_casts{};
+    std::array<std::uint64_t, kQueues> tx_queues{}; /**< tx_frames by egress queue */
     std::array<std::uint64_t, kDropReasons> drops{};
 
     std::uint64_t dropped(Drop reason) const { return drops[static_cast<std::size_t>(reason)]; }

@@ -60,6 +60,7 @@ constexpr StatusEntry kStatusTable[] = {
     {Status::kListUnknown, "list_unknown", "no list of this kind has this handle and this count"},
     {Status::kTooManyLists, "too_many_lists", "too many lists were not given back"},
     {Status::kNotSupported, "not_supported", "the virtual device does not carry out this call"},
+    {Status::kQueueRange, "queue_range", "not an egress queue that is configured, or not a number of them of 1 to 8"},
 };
 
 constexpr StatusEntry kUnknown{Status::kNotSupported, "unknown", "not a status of the virtual device"};

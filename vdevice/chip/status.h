@@ -64,6 +64,7 @@ enum class Status : std::int32_t {
     kListUnknown = -96,
     kTooManyLists = -97,
     kNotSupported = -100,
+    kQueueRange = -110,
 };
 
 struct StatusEntry {

@@ -13,6 +13,7 @@
 #include "vdevice/chip/mirror_table.h"
 #include "vdevice/chip/port.h"
 #include "vdevice/chip/port_set.h"
+#include "vdevice/chip/queue_map.h"
 #include "vdevice/chip/reserved_macs.h"
 #include "vdevice/chip/sink.h"
 #include "vdevice/chip/snooping.h"
@@ -115,6 +116,9 @@ class Switch {
     /** Sends a copy of a frame that a rule has selected to where the session's flow mirror goes, if anywhere. */
     void copy_to_flow_mirror(std::uint32_t session, const Frame &frame);
 
+    const QueueMap &queue_map() const { return queue_map_; }
+    QueueMap &queue_map() { return queue_map_; }
+
     const Gpio &gpio() const { return gpio_; }
     Gpio &gpio() { return gpio_; }
 
@@ -172,12 +176,12 @@ class Switch {
     void send_in_vlan(int egress, const Flow &flow);
     Frame form_for(int egress, const Vlan &vlan, EgressForms &forms) const;
     void send_directed(const TransmitTag &tag, const Frame &frame);
-    void send_directed_to(int egress, const Frame &frame);
-    void transmit(int port, const Frame &frame);
-    bool put_out(int port, const Frame &frame);
+    void send_directed_to(int egress, const Frame &frame, std::uint32_t priority);
+    void transmit(int port, const Frame &frame, std::uint32_t priority);
+    bool put_out(int port, const Frame &frame, std::uint32_t priority);
     void mirror_ingress(int port, Bytes frame);
-    void mirror_egress(int port, const Frame &frame);
-    void send_copy(int port, const Frame &frame);
+    void mirror_egress(int port, const Frame &frame, std::uint32_t priority);
+    void send_copy(int port, const Frame &frame, std::uint32_t priority);
 
     Sink &sink_;
     std::array<Port, kPorts> ports_;
@@ -200,6 +204,7 @@ class Switch {
     Snooping snooping_;
     bool filters_attacks_ = false;
     MirrorTable mirrors_{all_ports(), kCpuPort};
+    QueueMap queue_map_;
     Gpio gpio_;
 };
 

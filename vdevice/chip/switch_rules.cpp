@@ -20,7 +20,7 @@ bool Switch::copy_to_cpu(int ingress, EgressForms &forms) {
     if (ingress == kCpuPort || !up_.has(kCpuPort)) {
         return false;
     }
-    transmit(kCpuPort, forms.for_cpu(ingress));
+    transmit(kCpuPort, forms.for_cpu(ingress), forms.priority());
     return true;
 }
 
