@@ -5,6 +5,7 @@
 #include <charconv>
 #include <sstream>
 #include <stdexcept>
+#include <utility>
 
 #include "platform/call_table.h"
 
@@ -192,6 +193,11 @@ class Reader {
             item.rules.assign(words.begin() + 1, words.end());
             return item;
         }
+        if (words.front() == "changes") {
+            item = call_of(rest, "");
+            item.kind = Item::Kind::kChanges;
+            return item;
+        }
         return call_of(text, port);
     }
 
@@ -330,6 +336,9 @@ class Walk {
         switch (item.kind) {
             case Item::Kind::kCall:
                 return call(item, is_top);
+            case Item::Kind::kChanges:
+                changed_ = &item;
+                return;
             case Item::Kind::kWrites:
                 return write(item.writes);
             case Item::Kind::kReturns:
@@ -350,7 +359,8 @@ class Walk {
     }
 
     void call(const Item &item, bool is_top) {
-        outcome_.calls.push_back(&item);
+        const bool is_changed = changed_ != nullptr && changed_->name == item.name;
+        outcome_.calls.push_back({&item, is_changed ? std::exchange(changed_, nullptr) : nullptr});
         if (is_top && item.can_fail() && failing_ == number_++) {
             const bool is_other = result_ >= 0 && item.branches.size() > 1;
             return fail(item.branches[is_other ? 1 : 0]);
@@ -388,6 +398,7 @@ class Walk {
     bool ended_ = false;
     bool status_is_set_ = false;
     std::string until_;
+    const Item *changed_ = nullptr;
     std::vector<std::string> without_;
 };
 

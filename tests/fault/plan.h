@@ -37,9 +37,9 @@ struct Assignment {
 struct Branch;
 
 struct Item {
-    enum class Kind { kCall, kWrites, kReturns, kKeeps, kOpens, kRules };
+    enum class Kind { kCall, kChanges, kWrites, kReturns, kKeeps, kOpens, kRules };
     Kind kind = Kind::kCall;
-    std::string name{};                  /**< of the call */
+    std::string name{};                  /**< of the call, or of the next call that is made otherwise */
     std::vector<Assignment> arguments{}; /**< of the call, as the trace must show them */
     std::vector<Branch> branches{};   /**< of a call that can fail: for negative results, for others if that differs */
     std::vector<Assignment> writes{}; /**< of a call: only when it succeeds */
@@ -67,9 +67,19 @@ std::vector<Assignment> assignments_of(const std::string &text);
 /** The text with $intf, $group and $trunk replaced. */
 std::string in_state(const std::string &text, const State &state);
 
+/** A call that a run must show. */
+struct ExpectedCall {
+    const Item *item;
+    const Item *changed; /**< has its arguments where they differ from the undisturbed run's, else null */
+
+    [[nodiscard]] const std::vector<Assignment> &arguments() const {
+        return (changed != nullptr ? changed : item)->arguments;
+    }
+};
+
 /** What a run must show. */
 struct Expected {
-    std::vector<const Item *> calls{};
+    std::vector<ExpectedCall> calls{};
     int64_t status = 0;
     std::vector<Assignment> writes{};
     std::optional<std::vector<std::string>> rules{};

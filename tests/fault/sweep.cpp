@@ -18,6 +18,8 @@ namespace fault {
 namespace {
 
 constexpr std::string_view kAllocation = "memory";
+/** Its texts tell results. */
+constexpr std::string_view kLogger = "Log_logging_func";
 constexpr int32_t kNegative = -9;
 constexpr int32_t kPositive = 77;
 
@@ -90,15 +92,15 @@ bool shows(const std::string &line, const Assignment &argument) {
 }
 
 /** Whether a line of the trace is the call, with the arguments that the plan names. */
-bool is_call(const std::string &line, const Item &item) {
-    return line.substr(0, line.find('(')) == item.name &&
-           std::all_of(item.arguments.begin(), item.arguments.end(),
+bool is_call(const std::string &line, const ExpectedCall &call) {
+    return line.substr(0, line.find('(')) == call.item->name &&
+           std::all_of(call.arguments().begin(), call.arguments().end(),
                        [&line](const Assignment &argument) { return shows(line, argument); });
 }
 
-std::string text_of(const Item &item) {
-    std::string text = item.name + "(";
-    for (const Assignment &argument : item.arguments) {
+std::string text_of(const ExpectedCall &call) {
+    std::string text = call.item->name + "(";
+    for (const Assignment &argument : call.arguments()) {
         text += (text.back() == '(' ? "" : ", ") + argument.target + "=" + argument.value;
     }
     return text + ")";
@@ -113,7 +115,7 @@ class Trial {
     [[nodiscard]] bool applies() const { return plan_.has_value(); }
 
     void run_all() {
-        clean_ = run_one({}, std::nullopt);
+        const Observed clean = run_one({}, std::nullopt);
         std::size_t number = 0;
         std::size_t driver_calls = 0;
         std::map<std::string, std::size_t> by_name;
@@ -127,8 +129,8 @@ class Trial {
             ++by_name[item->name];
             driver_calls += platform::find_call(item->name) ? 1U : 0U;
         }
-        if (clean_.allocations != by_name[std::string(kAllocation)]) {
-            complain("it allocates " + std::to_string(clean_.allocations) + " times");
+        if (clean.allocations != by_name[std::string(kAllocation)]) {
+            complain("it allocates " + std::to_string(clean.allocations) + " times");
         }
     }
 
@@ -144,9 +146,6 @@ class Trial {
         compare_status(expected, observed);
         compare_calls(expected, observed);
         compare_memory(expected, observed);
-        if (failing) {
-            compare_beginning(expected, observed);
-        }
         return observed;
     }
 
@@ -168,17 +167,19 @@ class Trial {
         }
     }
 
+    /** The calls must be the expected ones, and those that the undisturbed run makes too must be made alike. */
     void compare_calls(const Expected &expected, const Observed &observed) {
         std::size_t line = 0;
-        for (const Item *item : expected.calls) {
-            if (item->name == kAllocation) {
+        for (const ExpectedCall &call : expected.calls) {
+            if (call.item->name == kAllocation) {
                 continue;
             }
-            if (line == observed.trace.size() || !is_call(observed.trace[line], *item)) {
+            if (line == observed.trace.size() || !is_call(observed.trace[line], call)) {
                 return complain("it makes the call " +
                                 (line == observed.trace.size() ? std::string("none") : observed.trace[line]) +
-                                " as number " + std::to_string(line) + ", not " + text_of(*item));
+                                " as number " + std::to_string(line) + ", not " + text_of(call));
             }
+            compare_with_clean(call, without_result(observed.trace[line]));
             ++line;
         }
         if (line < observed.trace.size()) {
@@ -186,21 +187,13 @@ class Trial {
         }
     }
 
-    /** Up to the call that fails nothing may differ from the undisturbed run. */
-    void compare_beginning(const Expected &expected, const Observed &observed) {
-        const std::size_t common = std::min(clean_.trace.size(), observed.trace.size());
-        std::size_t until = 0;
-        for (const Item *item : expected.calls) {
-            if (item == failing_item_) {
-                break;
-            }
-            until += item->name == kAllocation ? 0U : 1U;
+    void compare_with_clean(const ExpectedCall &call, const std::string &line) {
+        if (call.changed != nullptr || call.item->name == kLogger) {
+            return;
         }
-        for (std::size_t line = 0; line < std::min(common, until); ++line) {
-            if (without_result(clean_.trace[line]) != without_result(observed.trace[line])) {
-                return complain("before the failure it already does " + observed.trace[line] + ", not " +
-                                clean_.trace[line]);
-            }
+        const auto [clean, is_first] = clean_lines_.try_emplace(call.item, line);
+        if (!is_first && clean->second != line) {
+            complain("it calls " + line + ", not " + clean->second);
         }
     }
 
@@ -259,7 +252,7 @@ class Trial {
     const State &state_;
     Report &report_;
     std::optional<Plan> plan_;
-    Observed clean_;
+    std::map<const Item *, std::string> clean_lines_;
     const Item *failing_item_ = nullptr;
     std::string what_;
     std::vector<Assignment> written_;
@@ -307,6 +300,19 @@ Report sweep(const Family &family) {
         }
     }
     return report;
+}
+
+std::set<std::string> calls_that_fail(const Family &family) {
+    std::set<std::string> names;
+    for (const Row &row : family.rows) {
+        for (const State &state : states()) {
+            const auto plan = plan_of(family, row, state);
+            for (const Item *item : plan ? failing_calls(*plan) : std::vector<const Item *>()) {
+                names.insert(item->name);
+            }
+        }
+    }
+    return names;
 }
 
 }  // namespace fault

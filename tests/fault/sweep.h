@@ -32,6 +32,9 @@ struct Report {
 
 Report sweep(const Family &family);
 
+/** The names of the calls that fail in some run of the family. */
+std::set<std::string> calls_that_fail(const Family &family);
+
 }  // namespace fault
 
 #endif

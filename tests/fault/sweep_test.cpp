@@ -6,6 +6,7 @@
 #include <cstdio>
 
 #include "adpsh/table.h"
+#include "platform/call_table.h"
 
 namespace fault {
 namespace {
@@ -60,6 +61,20 @@ TEST(SweepRows, NameEveryExportedFunctionAndNoOther) {
     for (const adpsh::Call &call : adpsh::calls()) {
         EXPECT_TRUE(call.is_present) << call.name << " is not in the library under test";
         EXPECT_EQ(rows.count(call.name), 1U) << call.name << " has no row in tests/fault/rows";
+    }
+}
+
+TEST(SweepRows, MakeEveryImportedCallFail) {
+    std::set<std::string> failing;
+    for (const std::string &name : family_names()) {
+        const std::set<std::string> calls = calls_that_fail(read_family(name));
+        failing.insert(calls.begin(), calls.end());
+    }
+    for (const platform::Call &call : platform::calls()) {
+        EXPECT_EQ(failing.count(call.name), 1U) << call.name << " fails in no row of tests/fault/rows";
+    }
+    for (const std::string name : {"memory", "socket", "ioctl", "sendto", "close"}) {
+        EXPECT_EQ(failing.count(name), 1U) << name << " fails in no row of tests/fault/rows";
     }
 }
 

@@ -202,6 +202,11 @@ void give(const std::string &text) {
     for (const Assignment &assignment : assignments_of(text)) {
         const std::size_t dot = assignment.target.find('.');
         const std::string name = assignment.target.substr(0, dot);
+        if (dot == std::string::npos) {
+            recording::driver().on(name).returns(
+                static_cast<int32_t>(adpsh::number_of(value_of(assignment.value), adpsh::Kind::kI32)));
+            continue;
+        }
         const std::string output = assignment.target.substr(dot + 1);
         const auto id = platform::find_call(name);
         const auto index = id ? platform::find_param(platform::call(*id), output) : std::nullopt;

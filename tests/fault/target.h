@@ -31,7 +31,7 @@ void store(const Target &target, const adpsh::Type &type, std::size_t count, voi
 /** Stores into an exported table; throws std::runtime_error when there is none of that name. */
 void assign_table(const Assignment &assignment);
 
-/** The clause `given`: what the driver's calls write, `call.output=value, ...`. */
+/** The clause `given`: what the driver's calls write and return, `call.output=value, call=result, ...`. */
 void give(const std::string &text);
 
 }  // namespace fault
