@@ -312,7 +312,7 @@ std::optional<Chosen> choose(const Row &row, const State &state) {
 /** Follows a plan call by call. */
 class Walk {
   public:
-    Walk(const std::optional<std::size_t> &failing, int64_t result) : failing_(failing), result_(result) {}
+    explicit Walk(const std::optional<FailingCall> &failing) : failing_(failing) {}
 
     void follow(const Plan &plan, bool is_top) {
         for (const Item &item : plan) {
@@ -361,9 +361,10 @@ class Walk {
     void call(const Item &item, bool is_top) {
         const bool is_changed = changed_ != nullptr && changed_->name == item.name;
         outcome_.calls.push_back({&item, is_changed ? std::exchange(changed_, nullptr) : nullptr});
-        if (is_top && item.can_fail() && failing_ == number_++) {
-            const bool is_other = result_ >= 0 && item.branches.size() > 1;
-            return fail(item.branches[is_other ? 1 : 0]);
+        if (is_top && item.can_fail() && failing_ && failing_->number == number_++) {
+            const bool is_other = failing_->result >= 0 && item.branches.size() > 1;
+            fail(item.branches[is_other ? 1 : 0]);
+            return failing_->writes ? write(item.writes) : void();
         }
         if (!item.branches.empty() && item.branches.front().policy.status == Policy::Status::kOwn &&
             !item.branches.front().policy.ends) {
@@ -376,7 +377,7 @@ class Walk {
     void fail(const Branch &branch) {
         const Policy &policy = branch.policy;
         if (policy.status != Policy::Status::kKept) {
-            outcome_.status = policy.status == Policy::Status::kFixed ? policy.fixed : result_;
+            outcome_.status = policy.status == Policy::Status::kFixed ? policy.fixed : failing_->result;
             status_is_set_ = true;
         }
         follow(branch.then, false);
@@ -391,8 +392,7 @@ class Walk {
         outcome_.writes.insert(outcome_.writes.end(), assignments.begin(), assignments.end());
     }
 
-    std::optional<std::size_t> failing_;
-    int64_t result_;
+    std::optional<FailingCall> failing_;
     Expected outcome_;
     std::size_t number_ = 0;
     bool ended_ = false;
@@ -436,8 +436,8 @@ std::string in_state(const std::string &text, const State &state) {
     return replaced(result, "$trunk", std::to_string(static_cast<int64_t>(state.group) - 1));
 }
 
-Expected expect(const Plan &plan, std::optional<std::size_t> failing, int64_t result) {
-    Walk walk(failing, result);
+Expected expect(const Plan &plan, const std::optional<FailingCall> &failing) {
+    Walk walk(failing);
     walk.follow(plan, true);
     return walk.outcome();
 }

@@ -87,8 +87,15 @@ struct Expected {
     int64_t open_descriptors = 0;
 };
 
-/** The run in which the plan's call number @p failing, if any, gives @p result. */
-Expected expect(const Plan &plan, std::optional<std::size_t> failing, int64_t result);
+/** The call of a plan that fails, and how. */
+struct FailingCall {
+    std::size_t number;
+    int64_t result;
+    bool writes; /**< what a success writes is written all the same */
+};
+
+/** The run in which this call, if any, fails. */
+Expected expect(const Plan &plan, const std::optional<FailingCall> &failing);
 
 /** The calls of a plan that can fail, in order. */
 std::vector<const Item *> failing_calls(const Plan &plan);

@@ -23,14 +23,10 @@ struct Paragraph {
     std::string text;
 };
 
-std::vector<Paragraph> paragraphs_of(const std::filesystem::path &path) {
-    std::ifstream file(path);
-    if (!file) {
-        throw std::runtime_error("cannot read " + path.string());
-    }
+std::vector<Paragraph> paragraphs_of(std::istream &text) {
     std::vector<Paragraph> paragraphs;
     std::string line;
-    for (std::size_t number = 1; std::getline(file, line); ++number) {
+    for (std::size_t number = 1; std::getline(text, line); ++number) {
         line.resize(std::min(line.size(), line.find('#')));
         if (trimmed(line).empty()) {
             continue;
@@ -88,10 +84,17 @@ std::vector<std::string> family_names() {
 }
 
 Family read_family(const std::string &name) {
+    std::ifstream file(folder() / (name + ".txt"));
+    if (!file) {
+        throw std::runtime_error("there are no rows for " + name);
+    }
+    return parse_family(name, file);
+}
+
+Family parse_family(const std::string &name, std::istream &text) {
     Family family{name, {}, {}};
-    const std::string file = name + ".txt";
-    for (const Paragraph &paragraph : paragraphs_of(folder() / file)) {
-        const std::string where = file + ":" + std::to_string(paragraph.line);
+    for (const Paragraph &paragraph : paragraphs_of(text)) {
+        const std::string where = name + ".txt:" + std::to_string(paragraph.line);
         if (paragraph.text.rfind(kDefine, 0) == 0) {
             family.definitions.insert(named(paragraph.text.substr(kDefine.size()), '=', where));
         } else {

@@ -13,6 +13,7 @@
 #define TESTS_FAULT_ROW_H
 
 #include <cstddef>
+#include <istream>
 #include <map>
 #include <string>
 #include <string_view>
@@ -42,6 +43,8 @@ struct Family {
 std::vector<std::string> family_names();
 /** Reads one file; throws std::runtime_error with the place of what cannot be read. */
 Family read_family(const std::string &name);
+/** Reads rows as they would stand in a file. */
+Family parse_family(const std::string &name, std::istream &text);
 
 /** The text without blanks at either end. */
 std::string trimmed(std::string_view text);

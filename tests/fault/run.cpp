@@ -152,7 +152,8 @@ void arm(const Failure &failure, fake_system::System &system) {
         case Failure::What::kNothing:
             return;
         case Failure::What::kDriver:
-            return recording::driver().fail_call(failure.index, failure.value);
+            return failure.writes ? recording::driver().fail_call_after_writing(failure.index, failure.value)
+                                  : recording::driver().fail_call(failure.index, failure.value);
         case Failure::What::kAllocation:
             return system.fail_allocation(failure.index);
         case Failure::What::kSystem:

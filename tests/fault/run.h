@@ -20,8 +20,9 @@ struct Failure {
     enum class What { kNothing, kDriver, kAllocation, kSystem };
     What what = What::kNothing;
     std::size_t index = 0;
-    std::string name;  /**< of a system call */
-    int32_t value = 0; /**< the driver's result, or the error number */
+    std::string name;    /**< of a system call */
+    int32_t value = 0;   /**< the driver's result, or the error number */
+    bool writes = false; /**< the driver writes its outputs all the same */
 };
 
 /** The exported tables and the call's own memory after a run. */

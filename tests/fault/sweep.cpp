@@ -56,10 +56,10 @@ class Silence {
 /** What a call's failure is: the driver's calls give two results, so that rules for negative ones show. */
 std::vector<Failure> failures_of(const Item &item, std::size_t driver_calls, std::size_t same_name) {
     if (item.name == kAllocation) {
-        return {{Failure::What::kAllocation, same_name, "", 0}};
+        return {{Failure::What::kAllocation, same_name, "", 0, false}};
     }
     if (!platform::find_call(item.name)) {
-        return {{Failure::What::kSystem, same_name, item.name, EPERM}};
+        return {{Failure::What::kSystem, same_name, item.name, EPERM, false}};
     }
     std::vector<int32_t> values{kNegative, kPositive};
     if (item.name == "equeue_send_ucast") {
@@ -69,7 +69,10 @@ std::vector<Failure> failures_of(const Item &item, std::size_t driver_calls, std
     }
     std::vector<Failure> failures;
     for (const int32_t value : values) {
-        failures.push_back({Failure::What::kDriver, driver_calls, item.name, value});
+        failures.push_back({Failure::What::kDriver, driver_calls, item.name, value, false});
+        if (!item.writes.empty()) {
+            failures.push_back({Failure::What::kDriver, driver_calls, item.name, value, true});
+        }
     }
     return failures;
 }
@@ -137,10 +140,11 @@ class Trial {
   private:
     Observed run_one(const Failure &failure, std::optional<std::size_t> failing) {
         what_ = failing ? "call " + std::to_string(*failing) + ", " + failing_item_->name + ", failing with " +
-                              std::to_string(failure.value)
+                              std::to_string(failure.value) + (failure.writes ? " after it wrote" : "")
                         : "nothing failing";
         const int64_t result = failure.what == Failure::What::kSystem ? -1 : failure.value;
-        const Expected expected = expect(*plan_, failing, result);
+        const Expected expected =
+            expect(*plan_, failing ? std::optional(FailingCall{*failing, result, failure.writes}) : std::nullopt);
         Observed observed = run(row_, state_, failure);
         ++report_.counts.runs;
         compare_status(expected, observed);
