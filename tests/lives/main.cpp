@@ -75,7 +75,7 @@ bool has_all_models() {
 
 /** Calls that never came up; in a long run there must be none. */
 int count_missed(uint64_t calls) {
-    constexpr uint64_t kLongRun = 100000;
+    constexpr uint64_t kLongRun = 20000;
     int missed = 0;
     for (std::size_t n = 0; n < adpsh::calls().size() && calls >= kLongRun; ++n) {
         if (lives::counts().calls[n] == 0) {
