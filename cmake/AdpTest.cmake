@@ -38,5 +38,6 @@ endfunction()
 # adp_unit_tests(SUBSYSTEM source...)
 # Unit tests of a subsystem of libadp against the recording driver.
 function(adp_unit_tests subsystem)
-    adp_add_test(test_${subsystem} SOURCES ${ARGN} LIBS adp_static recording_driver fake_system)
+    adp_add_test(test_${subsystem} SOURCES ${ARGN} LIBS adp_static recording_driver fake_system trace_listener)
+    set_property(GLOBAL APPEND PROPERTY ADP_TRACED_TESTS test_${subsystem})
 endfunction()
