@@ -1,0 +1,124 @@
+#!/usr/bin/env python3
+"""Writes the seeds of every fuzz target: seeds.py FOLDER makes FOLDER/TARGET/NAME. How a target reads its input stands
+at the head of its source."""
+import pathlib
+import struct
+import sys
+
+ADDRESSES = bytes.fromhex("020000000001" "020000000002")
+
+
+def u16(number):
+    return struct.pack(">H", number & 0xFFFF)
+
+
+def u32(*numbers):
+    return b"".join(struct.pack(">I", number & 0xFFFFFFFF) for number in numbers)
+
+
+def received(port, *rest):
+    """A frame from the switch: addresses, receive tag, and what follows."""
+    return ADDRESSES + bytes.fromhex("1234ffffff") + bytes([0xC0 | port]) + b"".join(rest)
+
+
+VLAN_100 = bytes.fromhex("81002064")
+VLAN_7 = bytes.fromhex("81000007")
+OUTER = bytes.fromhex("910000c8")
+IPV4 = bytes.fromhex("0800" "45000020000000004011" "0000c0000201c0000202" "0035003500080000")
+IPV6 = bytes.fromhex("86dd" "6000000000081140") + bytes(32) + bytes.fromhex("0035003500080000")
+IPV6_OPTIONS = bytes.fromhex("86dd" "6000000000180040") + bytes(32) + bytes.fromhex("11010000") + bytes(24)
+ARP = bytes.fromhex("0806") + bytes(28)
+
+FRAMES = {
+    "ipv4": received(4, VLAN_100, IPV4),
+    "ipv6": received(29, VLAN_100, IPV6),
+    "ipv6_options": received(5, VLAN_100, IPV6_OPTIONS),
+    "two_tags": received(6, VLAN_100, VLAN_7, IPV4),
+    "three_tags": received(6, VLAN_100, VLAN_7, VLAN_7, IPV4),
+    "stacked": received(7, OUTER, VLAN_7, IPV6),
+    "stacked_alone": received(7, OUTER, IPV4),
+    "untagged": received(8, IPV4),
+    "arp": received(63, VLAN_7, ARP),
+    "tag_alone": received(0),
+    "short": received(4)[:17],
+}
+
+
+def receive():
+    for name, frame in FRAMES.items():
+        yield name, bytes([1, 4, 0, 0, 0]) + frame
+    yield "port_of_two_rows", bytes([9, 4, 3, 0, 7]) + FRAMES["ipv4"]
+
+
+def receive_parse():
+    for name, frame in FRAMES.items():
+        yield name, bytes([0, 0, 0, 0]) + u32(0, 0) + bytes([0, 0, 0]) + frame
+    for name, group, members in (("member", 0, 2), ("no_member", 0, 4), ("group_member", 3, 1 << 29)):
+        yield name, bytes([1, 1, 0, group]) + u32(members >> 32, members) + bytes([18, 0, 0]) + FRAMES["ipv4"]
+    yield "tag_at_the_end", bytes([1, 1, 0, 0]) + u32(0, 0xFFFFFFFF) + bytes([17, 0, 0]) + FRAMES["tag_alone"] + b"\1\2"
+    yield "no_service", bytes([1, 1, 1, 0]) + u32(0, 2) + bytes([18, 0, 0]) + FRAMES["ipv4"]
+
+
+def tag_rewrite():
+    for opcode in range(8):
+        yield f"opcode_{opcode}", u32(opcode << 29 | 0x1800003, 0x80000001)
+    yield "other_ports", u32(0x99FFFFFF, 0xFFFFFFFF) + bytes([0, 57, 1, 56, 2, 25, 30, 24, 31, 255, 40, 200])
+    yield "no_such_interface", u32(0xA1FFFFFF, 0)
+
+
+def append():
+    def qualifier(kind, data, mask):
+        return b"\1" + u16(kind) + bytes([(len(data) + 1) // 2, len(data) % 2]) + data + \
+            bytes([(len(mask) + 1) // 2, len(mask) % 2]) + mask
+
+    def action(kind, param, nulls=b"\0\0"):
+        return b"\0" + u16(kind) + bytes([(len(param) + 1) // 2, len(param) % 2]) + param + b"\0\0" + nulls
+
+    yield "one_of_each", b"\0\0" + qualifier(7, ADDRESSES[:6], b"\xff" * 6) + action(11, b"\0\0\0\5")
+    yield "short_number", b"\0\0" + qualifier(29, b"\x08\0", b"\xff\xff")
+    yield "whole_field", b"\0\0" + qualifier(13, bytes(range(64)), b"\xff" * 64) + action(30, bytes(256), b"\0\1")
+    yield "too_long", b"\0\0" + qualifier(13, bytes(66), b"") + action(30, bytes(258)) + qualifier(1, b"a", b"b")
+    yield "full", b"\x0f\x07" + qualifier(1, b"a", b"b") * 3 + action(1, b"c") * 3
+    yield "negative", b"\xff\xff" + qualifier(1, b"a", b"b") + action(1, b"c")
+    yield "any_length", b"\0\0" + b"\1" + u16(1) + b"\xff" + u32(-1) + b"\xff" + u32(0x80000000)
+
+
+def remark():
+    def request(number, form, field=0, kind=1, value=bytes([46] * 4)):
+        return b"\0" + bytes([number]) + u16(0) + u32(0x80000000, 0x80000001) + bytes([kind, 9, form, field]) + \
+            value.ljust(8, b"\0")
+
+    for field in range(13):
+        yield f"field_{field}", b"\xff" + request(5, 1, field, value=ADDRESSES[:6])
+    yield "ports", b"\xff" + request(1, 7) + request(1, 7, kind=2) + request(2, 3) + b"\1" + u32(0x10001)
+    yield "wrong_kind", b"\xff" + request(3, 7, kind=0) + request(4, 1, 12)
+    for call in range(6):
+        yield f"failing_{call}", bytes([call, 0xFF]) + request(5, 1, 8) + request(5, 7) + b"\1" + u32(5)
+        yield f"positive_{call}", bytes([call, 3]) + request(6, 1, 9)
+
+
+def shell_line():
+    for name, line in {
+            "blank": " \t ", "comment": "# a remark {", "words": "call 1 0x2\t-3 agg2 01:80:c2:00:00:00",
+            "named": "call vid=100 list = [1]", "lists": "call [1,2 0x3] {4, 5} [] {}",
+            "record": "call {flags=8 mac=0102 ports={1,2}}", "text": r'call "a \"b\" \\ \n \r \t c" x # end',
+            "nested": "call " + "[" * 16 + "]" * 16, "too_deep": "call " + "[" * 17, "missing": "call [1,",
+            "hash": "call a#b \"# no\"", "equals": 'call "a"=1', "carriage": "call 1\r\n"}.items():
+        yield name, line.encode()
+    yield "control", b"call \x1b[A\0"
+
+
+TARGETS = (receive, receive_parse, tag_rewrite, append, remark, shell_line)
+
+
+def main():
+    folder = pathlib.Path(sys.argv[1])
+    for target in TARGETS:
+        place = folder / target.__name__
+        place.mkdir(parents=True, exist_ok=True)
+        for name, seed in target():
+            (place / name).write_bytes(seed)
+
+
+if __name__ == "__main__":
+    main()
