@@ -108,7 +108,75 @@ def shell_line():
     yield "control", b"call \x1b[A\0"
 
 
-TARGETS = (receive, receive_parse, tag_rewrite, append, remark, shell_line)
+MAGIC = 0x61647001
+PLAIN, GREETED, FRAMED = b"\0", b"\1", b"\3"
+
+
+def message(*words):
+    return bytes([len(words)]) + u32(*words)
+
+
+def remote_server():
+    whole = u16(0xFFFF)
+    calls = b"".join(message(number, 0, 0, 1) for number in range(0, 240, 8))
+    yield "calls_of_two_arguments", FRAMED + whole + calls
+    yield "calls_in_two_pieces", FRAMED + u16(17) + calls
+    for words in range(1, 20):
+        yield f"calls_of_{words}_words", FRAMED + whole + b"".join(
+            message(number, *[number % 2] * words) for number in range(words, 240, 19))
+    yield "text", FRAMED + whole + message(230, 0, 0, 4, 0x61626300) + message(231, 4, 0x61626300, 1)
+    yield "watch", FRAMED + whole + message(0xFFFFFF00) + message(0xFFFFFF01, 7)
+    yield "no_such_call", FRAMED + whole + message(0xFFFFFFFF) + message(246)
+    yield "too_long", GREETED + whole + u32(16385, 1)
+    yield "empty", GREETED + whole + u32(0)
+    yield "half_a_message", GREETED + whole + u32(4, 1, 2)
+    yield "half_a_greeting", PLAIN + u16(2) + u32(MAGIC)
+    yield "other_protocol", PLAIN + whole + b"GET / HTTP/1.1\r\n\r\n"
+
+
+def remote_client():
+    for number in range(0, 246, 5):
+        call = u32(number) + b"\1" + b"\1\0\xff"
+        yield f"answered_{number}", call + FRAMED + message(0, 0)
+        yield f"with_outputs_{number}", call + FRAMED + message(0, 1, *range(number % 9))
+    call = u32(60) + b"\1" + b"\1\0"
+    yield "small_pieces", call + b"\0" + FRAMED + message(0, 1, 7)
+    yield "failed", call + b"\xff" + FRAMED + message(-71, 0)
+    yield "failed_with_outputs", call + b"\xff" + FRAMED + message(-71, 1, 1)
+    yield "too_long", call + b"\xff" + GREETED + u32(16385, 0)
+    yield "cut", call + b"\xff" + GREETED + u32(3, 0)
+    yield "silent", u32(60) + b"\1" + b"\1\1\xff" + GREETED
+    yield "other_protocol", call + b"\xff" + PLAIN + b"HTTP/1.1 400"
+    yield "messages", u32(0) + b"\1" + b"\0\0\xff" + FRAMED + message(0) + message(0, 4, 1000, 1, 0, 1) * 3
+
+
+def driver_calls():
+    def call(number, *arguments):
+        return u16(number) + b"\0\0" + bytes(arguments)
+
+    frame = ADDRESSES + IPV4
+    for first in range(0, 246, 6):
+        calls = b"".join(call(number, 4, 1, 1, 2, 3, 1) for number in range(first, first + 6))
+        yield f"calls_from_{first}", calls + u16(0xFF04) + bytes([len(frame)]) + frame + u16(0xFFFF) + calls
+    for name, content in {"ipv4": VLAN_100 + IPV4, "ipv6": IPV6, "stacked": OUTER + VLAN_7 + ARP,
+                          "from_cpu": bytes.fromhex("8874" "9800001000000000") + VLAN_7 + IPV4}.items():
+        frame = ADDRESSES + content
+        yield f"frame_{name}", b"".join(u16(0xFF00 + port) + bytes([len(frame)]) + frame for port in (0, 4, 5, 31))
+
+
+def control_line():
+    for name, text in {
+            "version": '{"command": "version"}', "numbers": '{"command": 1e999, "port": -0}', "array": "[1, 2]",
+            "deep": '{"a":' + "[" * 200, "text": r'{"command": "\u00e9\ud800 \n"}', "broken": '{"command"',
+            "twice": '{"command": {}, "command": []}', "blank": ""}.items():
+        yield name, u16(0xFFFF) + text.encode() + b"\n"
+    yield "in_two_pieces", u16(9) + b'{"command": "version"}\n{}\n'
+    yield "not_text", u16(0xFFFF) + b'{"command": "\xff\xfe"}\n\0\n'
+    yield "without_end", u16(3) + b'{"command": "version"}'
+
+
+TARGETS = (receive, receive_parse, tag_rewrite, append, remark, shell_line, remote_server, remote_client, driver_calls,
+           control_line)
 
 
 def main():

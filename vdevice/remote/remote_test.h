@@ -15,12 +15,12 @@
 #include <algorithm>
 #include <atomic>
 #include <cstring>
-#include <filesystem>
 #include <initializer_list>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "tests/support/temporary_folder.h"
 #include "vdevice/remote/client.h"
 #include "vdevice/remote/server.h"
 #include "vdevice/remote/wire.h"
@@ -36,20 +36,10 @@ inline sockaddr_un address_of(const std::string &path) {
     return address;
 }
 
-/** A folder of the test's own, removed at its end. */
-class Folder {
+/** A folder of the test's own, and the path of a socket in it. */
+class Folder : public TemporaryFolder {
   public:
-    Folder() {
-        char name[] = "/tmp/vdevice-test-XXXXXX";
-        path_ = mkdtemp(name);
-    }
-    ~Folder() { std::filesystem::remove_all(path_); }
-    Folder(const Folder &) = delete;
-    Folder &operator=(const Folder &) = delete;
-    std::string socket() const { return path_ + "/driver"; }
-
-  private:
-    std::string path_;
+    std::string socket() const { return path() + "/driver"; }
 };
 
 /** Runs a server's loop in a thread for as long as it lives. */
