@@ -66,6 +66,22 @@ def tag_rewrite():
     yield "no_such_interface", u32(0xA1FFFFFF, 0)
 
 
+def transmit():
+    members = u32(0xFFFFFFFF, 0xFFFFFFFF) + bytes(range(1, 9))
+    frame = ADDRESSES + VLAN_7 + ARP
+    for mode in range(6):
+        yield f"mode_{mode}", b"\0" + members + u16(mode) + b"\0" + u16(100) + b"\2\0" + b"\1\3\1\2\x83" + frame
+        yield f"flood_{mode}", b"\0" + members + u16(mode) + b"\1" + b"\0\0" + b"\0\0" + frame
+    yield "empty_list", b"\0" + members + u16(0) + b"\1" + b"\0\0" + b"\1\0" + frame
+    yield "other_type", b"\0" + members + u16(3) + b"\1" + b"\0\0" + b"\1\2\1\x42" + frame
+    yield "short", b"\0" + members + u16(1) + b"\1" + b"\0\0" + b"\0\0" + frame[:11]
+    for bit in range(5):
+        yield f"failing_{bit}", b"\0" + members + u16(0) + b"\0" + u16(100) + bytes([0, 1 << bit]) + b"\0\0" + frame
+        yield f"one_failing_{bit}", b"\1" + members + b"\6\5" + u16(0) + bytes([1 << bit]) + frame
+    for interface in (1, 26, 0x83, 0x41, 0x90, 60):
+        yield f"one_{interface}", b"\1" + members + bytes([6, interface]) + u16(7) + b"\0" + frame
+
+
 def append():
     def qualifier(kind, data, mask):
         return b"\1" + u16(kind) + bytes([(len(data) + 1) // 2, len(data) % 2]) + data + \
@@ -175,7 +191,7 @@ def control_line():
     yield "without_end", u16(3) + b'{"command": "version"}'
 
 
-TARGETS = (receive, receive_parse, tag_rewrite, append, remark, shell_line, remote_server, remote_client, driver_calls,
+TARGETS = (receive, receive_parse, tag_rewrite, transmit, append, remark, shell_line, remote_server, remote_client, driver_calls,
            control_line)
 
 
