@@ -7,7 +7,6 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <string>
 #include <vector>
 
 #include "tests/fuzz/fuzz.h"
@@ -43,8 +42,8 @@ std::vector<fs::path> files_of(const fs::path &path) {
 
 int main(int count, char **arguments) {
     std::size_t replayed = 0;
-    for (const std::string argument : std::vector<std::string>(arguments + 1, arguments + count)) {
-        for (const fs::path &file : files_of(argument)) {
+    for (int index = 1; index < count; ++index) {
+        for (const fs::path &file : files_of(arguments[index])) {
             replay(file);
             ++replayed;
         }
