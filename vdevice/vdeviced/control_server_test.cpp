@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <deque>
+
 #include "vdevice/remote/remote_test.h"
 
 namespace vdevice {
@@ -90,6 +92,29 @@ TEST_F(Control, AnOverlongLineClosesItsClientAlone) {
         run(kRounds);
         EXPECT_GT(other.waiting_bytes(), 0u);
     }
+}
+
+TEST_F(Control, OneClientTooManyIsTurnedAway) {
+    constexpr std::size_t kMostClients = 32;
+    std::deque<RawClient> clients;
+    for (std::size_t count = 0; count < kMostClients; ++count) {
+        clients.emplace_back(path());
+        run(kRounds);
+    }
+    const RawClient one_too_many(path());
+    run(kRounds);
+    EXPECT_TRUE(one_too_many.is_closed());
+    for (const RawClient &client : clients) {
+        send(client, "{}\n");
+        run(kRounds);
+        EXPECT_GT(client.waiting_bytes(), 0u);
+    }
+    clients.pop_back();
+    run(kRounds);
+    const RawClient next(path());
+    send(next, "{}\n");
+    run(kRounds);
+    EXPECT_GT(next.waiting_bytes(), 0u) << "a client that left makes room";
 }
 
 }  // namespace
