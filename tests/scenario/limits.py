@@ -1,6 +1,7 @@
 """Storm control and the ingress limit, through the library's calls and as the device shows them."""
 
 from packets import Packet
+from rate import reading
 
 NO_DEVICE = 1
 DEVICE = 0
@@ -90,15 +91,14 @@ class Limits:
     # As the device shows them
 
     def shown(self, port, code):
-        """(frames passed, time) of a storm limit."""
-        answer = self._cpu.lab.device.control("storm")
-        wanted = (port, TYPE_NAMES[code])
-        return next(row["passed"] for row in answer["storm"] if (row["port"], row["type"]) == wanted), answer["time"]
+        """The reading of a storm limit."""
+        answer = self._cpu.lab.device.ask("storm")
+        return reading(answer["storm"], answer["time"], port=port, type=TYPE_NAMES[code])
 
     def shown_ingress(self, port):
-        """(frames passed, time) of an ingress limit."""
-        answer = self._cpu.lab.device.control("storm")
-        return next(row["passed"] for row in answer["ingress"] if row["port"] == port), answer["time"]
+        """The reading of an ingress limit."""
+        answer = self._cpu.lab.device.ask("storm")
+        return reading(answer["ingress"], answer["time"], port=port)
 
     def drops(self, port):
         """(frames over a storm limit, frames over the ingress limit) since the device was switched on."""

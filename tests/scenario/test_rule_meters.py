@@ -4,7 +4,7 @@ import pytest
 from acl import DROP, METER, PERMIT
 from crossing import NEIGHBOUR, SENDER
 from packets import Packet
-from rate import MORE_THAN_A_BUCKET, TOLERANCE, frame_rate
+from rate import MORE_THAN_A_BUCKET, TOLERANCE, frame_rate, reading
 
 # A submodule whose rules are pairs and one whose are not, with where their meters begin and their usual rate.
 PAIRS, SINGLE = 3, 10
@@ -18,10 +18,10 @@ OCTETS_BESIDE_FRAME = 24
 METER_MISSING = -58
 
 
-def reading(lab, number):
-    """(frames passed, time) of a meter, taken together by the device."""
-    answer = lab.device.control("meters")
-    return next(row["passed"] for row in answer["meters"] if row["meter"] == number), answer["time"]
+def shown(lab, number):
+    """The reading of a meter."""
+    answer = lab.device.ask("meters")
+    return reading(answer["meters"], answer["time"], meter=number)
 
 
 @pytest.mark.parametrize("submodule, asked, rate", [(PAIRS, 0, USUAL_RATE), (SINGLE, 250, 250)], ids=["usual", "own"])
@@ -29,7 +29,7 @@ def test_flow_is_held_to_its_rate(lab, crossing, acl, submodule, asked, rate):
     number = METER_BASES[submodule] + INDEX
     acl.install(submodule, ENTITY, FROM_SENDER, [(METER, asked, INDEX)])
     octets = len(Packet().build(lab.marker())) + OCTETS_BESIDE_FRAME
-    kilobits = frame_rate(crossing, lambda: reading(lab, number), Packet()) * octets * 8 / 1000
+    kilobits = frame_rate(crossing, lambda: shown(lab, number), Packet()) * octets * 8 / 1000
     assert kilobits == pytest.approx(rate, rel=TOLERANCE)
 
 
