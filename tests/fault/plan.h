@@ -41,7 +41,7 @@ struct Item {
     Kind kind = Kind::kCall;
     std::string name{};                  /**< of the call, or of the next call that is made otherwise */
     std::vector<Assignment> arguments{}; /**< of the call, as the trace must show them */
-    std::vector<Branch> branches{};   /**< of a call that can fail: for negative results, for others if that differs */
+    std::vector<Branch> branches;     /**< of a call that can fail: for negative results, for others if that differs */
     std::vector<Assignment> writes{}; /**< of a call: only when it succeeds */
     int64_t number = 0;
     std::vector<std::string> rules{};
