@@ -9,8 +9,11 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <stdexcept>
+
+#include "tests/support/trace_file.h"
 
 namespace fake_system {
 namespace {
@@ -40,6 +43,17 @@ SentFrame describe_frame(int descriptor, const void *data, std::size_t size, int
     return frame;
 }
 
+/** The bytes that leave, for the trace file. */
+std::string frame_text(const SentFrame &frame) {
+    std::string text = "frame to interface " + std::to_string(frame.interface_index) + ":";
+    char pair[sizeof " ff"];
+    for (const uint8_t byte : frame.bytes) {
+        std::snprintf(pair, sizeof pair, " %02x", byte);
+        text += pair;
+    }
+    return text;
+}
+
 }  // namespace
 
 void System::fail_call(const std::string &name, std::size_t k, int error) {
@@ -61,6 +75,9 @@ void System::add(const std::string &line) {
         return;
     }
     trace_.push_back(line);
+    if (trace_file::is_wanted()) {
+        trace_file::write(line);
+    }
     if (listener_) {
         listener_(line);
     }
@@ -116,6 +133,9 @@ long System::sendto(int descriptor, const void *data, std::size_t size, int flag
     int error = error_of("sendto");
     if (recording_) {
         sent_.push_back(describe_frame(descriptor, data, size, flags, address, length));
+        if (trace_file::is_wanted()) {
+            trace_file::write(frame_text(sent_.back()));
+        }
     }
     if (error == 0 && open_.count(descriptor) == 0) {
         error = EBADF;

@@ -6,6 +6,8 @@
 #include <stdexcept>
 
 #include "platform/describe.h"
+#include "tests/support/trace_file.h"
+#include "tests/support/trace_text.h"
 
 namespace recording {
 
@@ -212,6 +214,9 @@ void Driver::fail_nothing() {
 
 void Driver::note(std::string line) {
     if (recording_) {
+        if (trace_file::is_wanted()) {
+            trace_file::write(line);
+        }
         trace_.push_back(std::move(line));
     }
 }
@@ -230,6 +235,17 @@ std::optional<int32_t> Driver::failure(CallId id) {
 }
 
 int64_t Driver::answer(CallId id, const void *const *arguments, const std::function<std::string()> &describe) {
+    if (!recording_ || !trace_file::is_wanted()) {
+        return give_answer(id, arguments, describe);
+    }
+    // The arguments are described first: an action may change what they address.
+    const std::string line = id == CallId::Log_logging_func ? describe() : trace_text::describe_call(id, arguments);
+    const int64_t result = give_answer(id, arguments, describe);
+    trace_file::write(line + " -> " + trace_text::describe_result(id, arguments, result));
+    return result;
+}
+
+int64_t Driver::give_answer(CallId id, const void *const *arguments, const std::function<std::string()> &describe) {
     ++count_;
     ++counts_[id];
     if (recording_) {

@@ -133,6 +133,8 @@ class Driver {
     [[nodiscard]] bool is_recording() const { return recording_; }
 
   private:
+    int64_t give_answer(platform::CallId id, const void *const *arguments,
+                        const std::function<std::string()> &describe);
     [[nodiscard]] std::optional<int32_t> failure(platform::CallId id);
 
     std::vector<std::string> trace_;

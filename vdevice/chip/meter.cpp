@@ -1,9 +1,10 @@
 #include "vdevice/chip/meter.h"
 
+#include "vdevice/chip/frame.h"
+
 namespace vdevice::chip {
 namespace {
 
-constexpr std::size_t kCheckSequenceBytes = 4;
 constexpr std::size_t kGapBytes = 20;  // preamble, start of frame and the shortest gap (IEEE 802.3)
 
 }  // namespace

@@ -46,6 +46,9 @@ void Switch::take_in(Time now, int port, Bytes frame) {
         return drop(port, Drop::kOversize);
     }
     mirror_ingress(port, frame);
+    if (!passes_policer(now, port, frame.size())) {
+        return;
+    }
     if (port == kCpuPort) {
         return receive_from_cpu(now, frame);
     }
@@ -95,8 +98,7 @@ void Switch::forward(Time now, int ingress, const Frame &frame) {
             return drop(ingress, *attack);
         }
     }
-    const std::uint16_t own_tci = tag_rules_.classify(ingress, port, *header);
-    const FieldVerdict verdict = apply_rules(now, ingress, frame, own_tci, *header);
+    const FieldVerdict verdict = apply_rules(now, ingress, frame, classify(ingress, *header), *header);
     if (verdict.drop) {
         return drop(ingress, *verdict.drop);
     }
@@ -129,10 +131,13 @@ void Switch::switch_in_vlan(Time now, int ingress, const Header &header, EgressF
     if (verdict.redirect) {
         return redirect(flow, *verdict.redirect);
     }
+    const MacEntry *entry = macs_.find(header.destination, vid);
+    if (!passes_storm_control(now, flow, entry)) {
+        return;
+    }
     if (header.destination.is_group()) {
         return forward_group(flow);
     }
-    const MacEntry *entry = macs_.find(header.destination, vid);
     if (entry == nullptr) {
         return flood(flow);
     }
@@ -293,7 +298,7 @@ void Switch::send_directed(const TransmitTag &tag, const Frame &frame) {
     const Vlan *vlan = nullptr;
     std::optional<EgressForms> forms;
     const auto header = read_header(frame, kVlanTpid);
-    const std::uint32_t priority = priority_of(header ? header->tci : 0);
+    const std::uint32_t priority = header ? priority_of(classify(kCpuPort, *header).tci) : 0;
     if (header && header->tagged && tag.applies_egress_rule()) {
         vlan = vlans_.find(header->vid());
         forms.emplace(frame.head, header->payload, header->tci);

@@ -1,7 +1,7 @@
-// Priorities and queues: which egress queue a frame leaves by.
+// Priorities and queues: which egress queue a frame leaves by, wherever it goes.
 #include <gtest/gtest.h>
 
-#include "vdevice/chip/field_fixture.h"
+#include "vdevice/chip/priority_fixture.h"
 
 namespace vdevice::chip {
 namespace {
@@ -11,45 +11,17 @@ using test::kAddresses;
 using test::kB;
 using test::kC;
 using test::kCpu;
-using test::kFlooded;
 using test::kPayload;
 using test::Octets;
+using test::one_in;
 using test::operator+;
+using test::Queues;
 using test::vlan_tag;
 
-Octets tagged(std::uint32_t priority) {
-    return kAddresses + vlan_tag(static_cast<std::uint16_t>(priority << kPcpShift)) + kPayload;
-}
-
-class Priorities : public test::FieldRulesTest {
-  protected:
-    using Queues = std::array<std::uint64_t, kQueues>;
-
-    /** How many frames each of the port's queues has sent since the last call. */
-    Queues sent(int port) {
-        const Queues now = chip_.port(port).counters.tx_queues;
-        Queues &before = before_[static_cast<std::size_t>(port)];
-        Queues difference;
-        for (std::size_t queue = 0; queue < kQueues; ++queue) {
-            difference[queue] = now[queue] - before[queue];
-        }
-        before = now;
-        return difference;
-    }
-
-    /** One frame in this queue, and none in another one. */
-    static Queues one_in(std::uint32_t queue) {
-        Queues queues{};
-        queues[queue] = 1;
-        return queues;
-    }
-
-  private:
-    std::array<Queues, Switch::kPorts> before_{};
-};
+class Priorities : public test::PriorityTest {};
 
 TEST_F(Priorities, EachHasAQueueOfItsOwnAtPowerOn) {
-    for (std::uint32_t priority = 0; priority < Port::kPriorities; ++priority) {
+    for (std::uint32_t priority = 0; priority < kPriorities; ++priority) {
         send(kA, tagged(priority));
         for (const int port : {kB, kC, kCpu}) {
             EXPECT_EQ(sent(port), one_in(priority)) << port;
@@ -59,8 +31,7 @@ TEST_F(Priorities, EachHasAQueueOfItsOwnAtPowerOn) {
 
 TEST_F(Priorities, OfARuleChoosesTheQueue) {
     rule({{test::kSetPriority, 6}});
-    send(kA, tagged(2));
-    EXPECT_EQ(sent(kB), one_in(6));
+    EXPECT_EQ(queues_of(tagged(2)), one_in(6));
 }
 
 TEST_F(Priorities, OfFramesThatGoToTheCpuAloneChooseTheQueueToo) {
@@ -72,24 +43,26 @@ TEST_F(Priorities, OfFramesThatGoToTheCpuAloneChooseTheQueueToo) {
 
 TEST_F(Priorities, OfCopiesForTheCpuChooseTheQueueToo) {
     rule({{test::kCopyToCpu}, {test::kRedirectPort, kB}});
-    send(kA, tagged(4));
+    EXPECT_EQ(queues_of(tagged(4)), one_in(4));
     EXPECT_EQ(sent(kCpu), one_in(4));
-    EXPECT_EQ(sent(kB), one_in(4));
 }
 
-TEST_F(Priorities, OfFramesFromTheCpuAreTheirTags) {
+TEST_F(Priorities, OfFramesFromTheCpuAreWhatPort0MakesOfThem) {
     const auto from_cpu = [&](std::uint32_t opcode, std::uint32_t destination, const Octets &rest) {
-        send(kCpu, kAddresses + test::transmit_tag(opcode, destination) + rest);
-        return sent(kB);
+        return queues_of(kAddresses + test::transmit_tag(opcode, destination) + rest, kCpu);
     };
+    ASSERT_EQ(change(kCpu, [](Port &port) { port.untagged_priority = 2; }), Status::kOk);
     for (const std::uint32_t opcode : {3U, 5U, 6U}) {
         EXPECT_EQ(from_cpu(opcode, kB, vlan_tag(0xA001) + kPayload), one_in(5)) << opcode;
-        EXPECT_EQ(from_cpu(opcode, kB, kPayload), one_in(0)) << opcode;
+        EXPECT_EQ(from_cpu(opcode, kB, kPayload), one_in(2)) << opcode;
+        EXPECT_EQ(from_cpu(opcode, kB, vlan_tag(0xA001)), one_in(0)) << "no type behind its tag; " << opcode;
     }
     for (const std::uint32_t opcode : {4U, 7U}) {
         EXPECT_EQ(from_cpu(opcode, 1U << kB, vlan_tag(0xE001) + kPayload), one_in(7)) << opcode;
     }
     EXPECT_EQ(from_cpu(1, 0, vlan_tag(0x6001) + kPayload), one_in(3));
+    ASSERT_EQ(change(kCpu, [](Port &port) { port.trust = Trust::kPort; }), Status::kOk);
+    EXPECT_EQ(from_cpu(3, kB, vlan_tag(0xA001) + kPayload), one_in(2));
 }
 
 TEST_F(Priorities, OfMirrorCopiesAreTheFramesOnTheWayOutAndNoneOnTheWayIn) {
@@ -98,13 +71,11 @@ TEST_F(Priorities, OfMirrorCopiesAreTheFramesOnTheWayOutAndNoneOnTheWayIn) {
     chip_.mirrors().set_enabled(true);
     ASSERT_EQ(chip_.set_egress(kA, PortSet::of(kB)), Status::kOk);
     ASSERT_EQ(chip_.mirrors().set_port(0, kB, kC, kEgress), Status::kOk);
-    send(kA, tagged(5));
-    EXPECT_EQ(sent(kB), one_in(5));
+    EXPECT_EQ(queues_of(tagged(5)), one_in(5));
     EXPECT_EQ(sent(kC), one_in(5));
     chip_.mirrors().clear();
     ASSERT_EQ(chip_.mirrors().set_port(0, kA, kC, kIngress), Status::kOk);
-    send(kA, tagged(5));
-    EXPECT_EQ(sent(kB), one_in(5));
+    EXPECT_EQ(queues_of(tagged(5)), one_in(5));
     EXPECT_EQ(sent(kC), one_in(0));
 }
 
@@ -113,9 +84,59 @@ TEST_F(Priorities, OfFramesThatARuleMirrorsAreNone) {
     ASSERT_EQ(chip_.set_egress(kA, PortSet::of(kB)), Status::kOk);
     ASSERT_EQ(chip_.mirrors().set_flow_destination(0, kC), Status::kOk);
     rule({{test::kMirror, 0}, {test::kSetPriority, 7}});
-    send(kA, tagged(5));
-    EXPECT_EQ(sent(kB), one_in(7));
+    EXPECT_EQ(queues_of(tagged(5)), one_in(7));
     EXPECT_EQ(sent(kC), one_in(0));
+}
+
+TEST_F(Priorities, GoToTheQueuesOfTheMap) {
+    for (std::uint32_t priority = 0; priority < kPriorities; ++priority) {
+        ASSERT_EQ(chip_.queue_map().set(priority, priority / 2), Status::kOk);
+    }
+    for (std::uint32_t priority = 0; priority < kPriorities; ++priority) {
+        EXPECT_EQ(queues_of(tagged(priority)), one_in(priority / 2));
+    }
+}
+
+TEST_F(Priorities, GoToThePortsOwnQueuesBeforeTheChips) {
+    ASSERT_EQ(chip_.queue_map().set(kB, 3, 7), Status::kOk);
+    EXPECT_TRUE(chip_.queue_map().has_own(kB, 3));
+    EXPECT_FALSE(chip_.queue_map().has_own(kB, 4));
+    for (const std::uint32_t of_the_chip : {3U, 1U}) {
+        ASSERT_EQ(chip_.queue_map().set(3, of_the_chip), Status::kOk);
+        EXPECT_EQ(queues_of(tagged(3)), one_in(7));
+        EXPECT_EQ(sent(kC), one_in(of_the_chip));
+    }
+    EXPECT_EQ(queues_of(tagged(4)), one_in(4)) << "other priorities go where the chip says";
+    chip_.queue_map().clear(kB, 3);
+    EXPECT_EQ(queues_of(tagged(3)), one_in(1));
+}
+
+TEST_F(Priorities, OfQueuesThatAreGoneGoToTheLastOne) {
+    ASSERT_EQ(chip_.queue_map().set(kB, 0, 6), Status::kOk);
+    ASSERT_EQ(chip_.queue_map().set_queues(4), Status::kOk);
+    for (std::uint32_t priority = 1; priority < kPriorities; ++priority) {
+        EXPECT_EQ(queues_of(tagged(priority)), one_in(std::min(priority, 3U)));
+        EXPECT_EQ(chip_.queue_map().queue_of(priority), std::min(priority, 3U));
+    }
+    EXPECT_EQ(queues_of(tagged(0)), one_in(3)) << "the port's own row as well";
+    ASSERT_EQ(chip_.queue_map().set_queues(8), Status::kOk);
+    EXPECT_EQ(queues_of(tagged(0)), one_in(6));
+}
+
+TEST_F(Priorities, AreNotSentToQueuesThatAreNotThere) {
+    QueueMap map;
+    EXPECT_EQ(map.set(0, 8), Status::kQueueRange);
+    EXPECT_EQ(map.set(8, 0), Status::kBadArgument);
+    EXPECT_EQ(map.set(kB, 0, 8), Status::kQueueRange);
+    EXPECT_EQ(map.set(kB, 8, 0), Status::kBadArgument);
+    EXPECT_EQ(map.set_queues(0), Status::kQueueRange);
+    EXPECT_EQ(map.set_queues(9), Status::kQueueRange);
+    EXPECT_EQ(map.queues(), 8U);
+    ASSERT_EQ(map.set_queues(1), Status::kOk);
+    EXPECT_EQ(map.set(7, 1), Status::kQueueRange);
+    EXPECT_EQ(map.set(kB, 7, 1), Status::kQueueRange);
+    ASSERT_EQ(map.set_queues(8), Status::kOk);
+    EXPECT_EQ(map.queue_of(kB, 7), 7U) << "what is refused changes nothing";
 }
 
 }  // namespace

@@ -49,21 +49,23 @@ class QueueMap {
         }
         return status;
     }
+    /** The chip's row holds on the port again. Both must exist. */
+    void clear(int port, std::uint32_t priority) { own_[static_cast<std::size_t>(port)][priority].reset(); }
     bool has_own(int port, std::uint32_t priority) const {
         return own_[static_cast<std::size_t>(port)][priority].has_value();
     }
 
   private:
     Status check(std::uint32_t priority, std::uint32_t queue) const {
-        if (priority >= Port::kPriorities) {
+        if (priority >= kPriorities) {
             return Status::kBadArgument;
         }
         return queue < queues_ ? Status::kOk : Status::kQueueRange;
     }
 
     std::uint32_t queues_ = kQueues;
-    std::array<std::uint32_t, Port::kPriorities> rows_{0, 1, 2, 3, 4, 5, 6, 7};
-    std::array<std::array<std::optional<std::uint8_t>, Port::kPriorities>, kPorts> own_{};
+    std::array<std::uint32_t, kPriorities> rows_{0, 1, 2, 3, 4, 5, 6, 7};
+    std::array<std::array<std::optional<std::uint8_t>, kPriorities>, kPorts> own_{};
 };
 
 }  // namespace vdevice::chip

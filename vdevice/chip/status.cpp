@@ -48,6 +48,7 @@ constexpr StatusEntry kStatusTable[] = {
     {Status::kMirrorMissing, "mirror_missing", "the session does not mirror so"},
     {Status::kRegisterMissing, "register_missing", "the chip has no register at this address"},
     {Status::kRegisterReadOnly, "register_read_only", "the register cannot be written"},
+    {Status::kStormType, "storm_type", "storm control has no such type, or the call no meaning for it"},
     {Status::kTagEntryExists, "tag_entry_exists", "the table of tags has this entry already"},
     {Status::kTagEntryMissing, "tag_entry_missing", "the table of tags has no such entry"},
     {Status::kTagTableFull, "tag_table_full", "the table of tags has no room"},

@@ -13,6 +13,7 @@
 #include "vdevice/chip/mirror_table.h"
 #include "vdevice/chip/port.h"
 #include "vdevice/chip/port_set.h"
+#include "vdevice/chip/priority_rules.h"
 #include "vdevice/chip/queue_map.h"
 #include "vdevice/chip/reserved_macs.h"
 #include "vdevice/chip/sink.h"
@@ -116,6 +117,8 @@ class Switch {
     /** Sends a copy of a frame that a rule has selected to where the session's flow mirror goes, if anywhere. */
     void copy_to_flow_mirror(std::uint32_t session, const Frame &frame);
 
+    const PriorityRules &priority_rules() const { return priority_rules_; }
+    PriorityRules &priority_rules() { return priority_rules_; }
     const QueueMap &queue_map() const { return queue_map_; }
     QueueMap &queue_map() { return queue_map_; }
 
@@ -126,6 +129,10 @@ class Switch {
     FieldProcessor &fields() { return fields_; }
     /** Ports that the chip has not are refused. */
     Status set_miss_action(int port, MissAction action);
+
+    /** How the limits of this type count, on all ports. */
+    void set_storm_counting(StormType type, Counting counting, Time now);
+    Counting storm_counting(StormType type) const;
 
   private:
     /** A frame on its way through the chip. */
@@ -151,6 +158,7 @@ class Switch {
     void drop(int port, Drop reason);
 
     void take_in(Time now, int port, Bytes frame);
+    bool passes_policer(Time now, int port, std::size_t octets);
     void take_looped(Time now);
     void loop_back(int port, const Frame &frame);
     bool let_in(Time now, const Flow &flow);
@@ -162,10 +170,12 @@ class Switch {
     void trap(int ingress, EgressForms &forms);
     void receive_from_cpu(Time now, Bytes frame);
     void forward(Time now, int ingress, const Frame &frame);
-    FieldVerdict apply_rules(Time now, int ingress, const Frame &frame, std::uint16_t tci, Header &header);
+    Classified classify(int ingress, const Header &header) const;
+    FieldVerdict apply_rules(Time now, int ingress, const Frame &frame, const Classified &own, Header &header);
     void switch_in_vlan(Time now, int ingress, const Header &header, EgressForms &forms, const FieldVerdict &verdict);
     bool copy_to_cpu(int ingress, EgressForms &forms);
     void redirect(const Flow &flow, const PortSet &ports);
+    bool passes_storm_control(Time now, const Flow &flow, const MacEntry *entry);
     void forward_to_entry(const Flow &flow, const MacEntry &entry);
     void forward_group(const Flow &flow);
     GroupMiss miss_of(const Flow &flow) const;
@@ -204,6 +214,7 @@ class Switch {
     Snooping snooping_;
     bool filters_attacks_ = false;
     MirrorTable mirrors_{all_ports(), kCpuPort};
+    PriorityRules priority_rules_;
     QueueMap queue_map_;
     Gpio gpio_;
 };

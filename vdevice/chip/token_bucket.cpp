@@ -65,7 +65,7 @@ void TokenBucket::fill(Time now) {
 
 bool TokenBucket::charge(std::size_t octets, Time now) {
     fill(now);
-    if (level_ < needed(octets)) {
+    if (!has_room(octets)) {
         return false;
     }
     level_ -= cost(octets);

@@ -27,6 +27,7 @@ struct RateLimit {
 class TokenBucket {
   public:
     static constexpr std::uint32_t kMaxRate = 100'000'000;
+    static constexpr std::uint32_t kMaxDepth = 1'000'000; /**< what the highest rate lets in within 10 ms */
     static constexpr std::chrono::milliseconds kBurst{10};
     static constexpr std::size_t kMinOctets = 3084; /**< two frames of full length, preamble and gap included */
     static constexpr std::size_t kMinFrames = 2;
@@ -43,6 +44,8 @@ class TokenBucket {
      * larger than the bucket passes when the bucket is full, and leaves it in debt.
      */
     bool charge(std::size_t octets, Time now);
+    /** Whether charge() would let it pass, as far as the bucket has been filled. */
+    bool has_room(std::size_t octets) const { return level_ >= needed(octets); }
     /** The first nanosecond at which such a frame will pass; the time of the last filling if it passes already. */
     Time ready_at(std::size_t octets) const;
 

@@ -183,9 +183,11 @@ const std::map<std::string, Command> &command_table() {
         {"mirrors", show_mirrors},
         {"fields", show_fields},
         {"meters", show_meters},
+        {"storm", show_storm},
         {"gpio", gpio},
         {"groups", show_stp_groups},
         {"translations", show_translations},
+        {"priorities", show_priorities},
     };
     return kCommands;
 }

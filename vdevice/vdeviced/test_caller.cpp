@@ -215,8 +215,17 @@ const std::map<std::string, std::function<int32_t(const Numbers &)>> kCalls = {
     {"rule", make_rule},
     {"destroy-rule", [](const Numbers &n) { return user_field_entry_destroy(0, 0, word(n.at(0))); }},
     {"meter", [](const Numbers &n) { return user_field_meter_entry_set(0, word(n.at(0)), word(n.at(1))); }},
+    {"storm-limit",
+     [](const Numbers &n) {
+         return user_rate_bandwidth_set(0, 0, n.at(0), word(n.at(1)), word(n.at(2)), word(n.at(3)));
+     }},
+    {"ingress-limit",
+     [](const Numbers &n) { return user_port_ingress_rate_set(0, 0, n.at(0), word(n.at(1)), word(n.at(2))); }},
     {"read-field-counter", read_field_counter},
     {"miss", [](const Numbers &n) { return user_field_lookupMissAct_set(0, 0, n.at(0), word(n.at(1))); }},
+    {"trust", [](const Numbers &n) { return user_port_dscp_map_mode_set(0, 0, n.at(0), word(n.at(1))); }},
+    {"dscp", [](const Numbers &n) { return user_port_dscp_map_set(0, 0, n.at(0), n.at(1), n.at(2), word(n.at(3))); }},
+    {"queue", [](const Numbers &n) { return user_cosq_port_mapping_set(0, 0, n.at(0), word(n.at(1)), word(n.at(2))); }},
     {"watch", watch},
     {"send-event", send_event},
     {"receive-event", receive_event},

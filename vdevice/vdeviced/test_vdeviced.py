@@ -434,6 +434,31 @@ def test_translations_and_subnets_are_shown(device):
         ["port", "1:", "double", "tags", "external,", "TPID", "0x88a8"]]
 
 
+def test_a_trusted_dscp_chooses_the_queue_and_is_shown(device):
+    one, two = device.nics("host1", "host2")
+    assert device.call("trust", 23, 2) == "0"
+    assert device.call("trust", 23, 4) == "-3"
+    assert device.call("dscp", 23, 46, 10, 7) == "0"
+    assert device.call("queue", 24, 7, 6) == "0"
+    assert device.call("queue", 24, 7, 8) == "-110"
+    frame = BROADCAST + station(1) + b"\x08\x00\x45"
+    one.send(frame + bytes([46 << 2]) + bytes(44))
+    arrived = two.receive()
+    assert arrived[:16] == frame[:15] + bytes([10 << 2])
+    answer = device.ask("priorities")
+    assert (answer["queues"], answer["default"]) == (list(range(8)), "802.1p")
+    assert answer["dscps"][46] == {"dscp": 46, "mapped": 46, "priority": 5}
+    first, second = (next(row for row in answer["ports"] if row["port"] == port) for port in (1, 2))
+    assert first == {"port": 1, "trust": "dscp", "priority": 0, "remap": list(range(8)), "queues": list(range(8)),
+                     "dscps": [{"dscp": 46, "mapped": 10, "priority": 7}], "tx_queues": [0] * 8}
+    assert second["queues"] == [0, 1, 2, 3, 4, 5, 6, 6]
+    assert second["tx_queues"] == [0, 0, 0, 0, 0, 0, 1, 0]
+    lines = [line.split() for line in device.control("priorities").stdout.splitlines()]
+    assert lines[2] == "1 dscp 0 0 1 2 3 4 5 6 7 0 1 2 3 4 5 6 7 0 0 0 0 0 0 0 0".split()
+    assert lines[3] == "2 802.1p 0 0 1 2 3 4 5 6 7 0 1 2 3 4 5 6 6 0 0 0 0 0 0 1 0".split()
+    assert lines[-1] == "DSCP 46 on port 1: DSCP 10, priority 7".split()
+
+
 def test_a_limit_refuses_addresses_and_shows_them(device):
     one, two = device.nics("host1", "host2")
     assert device.call("limit", 4, 0, 23, 0, 1) == "0"
@@ -546,6 +571,34 @@ def test_a_meter_lets_a_burst_pass_and_drops_the_rest(device):
         f"{5:>5}  {1:>10}  {3084:>10} {2:>12} {2:>12}  768", "1 of 64 meters; preamble and gap counted"]
 
 
+def test_limits_of_a_port_are_shown_with_what_they_let_in(device):
+    one, _ = device.nics("host1", "host2")
+    assert device.ask("storm")["storm"] == device.ask("storm")["ingress"] == []
+    assert device.call("storm-limit", 23, 3, 1, 24) == "0"
+    assert device.call("ingress-limit", 23, 1, 48) == "0"
+    # Each takes 1518 octets with its check sequence: out of 3000, then out of 6000.
+    for destination in [BROADCAST] * 3 + [station(2)] * 3:
+        one.send(destination + station(1) + datagram(1500))
+    wait_until(lambda: device.counters(1)["rx_frames"] == 6, "six frames to come in")
+    answer = device.ask("storm")
+    levels = [row.pop("level") for row in answer["storm"] + answer["ingress"]]
+    assert 3000 - 1518 <= levels[0] <= 1517 and 6000 - 3 * 1518 <= levels[1] <= 1517
+    time = answer.pop("time")
+    limit = {"port": 1, "rate": 1, "counts": "octets"}
+    assert answer == {
+        "storm": [{**limit, "type": "broadcast", "burst": 24, "depth": 3000, "passed": 1, "dropped": 2,
+                   "enabled": True, "in_joint": True, "exceeded": True}],
+        "ingress": [{**limit, "burst": 48, "depth": 6000, "passed": 3, "dropped": 3}],
+        "counting": dict.fromkeys(["joint", "multicast", "broadcast", "unknown_unicast"], "octets")}
+    assert 0 < time <= device.ask("version")["uptime"] < time + 60
+    drops = device.counters(1)["drops"]
+    assert (drops["storm"], drops["policed"]) == (2, 3)
+    lines = device.control("storm").stdout.splitlines()
+    assert [line.split()[:4] + line.split()[6:] for line in lines[1:3]] == [
+        ["1", "broadcast", "1", "kbit/s", "3000", "1", "2", "exceeded"], ["1", "ingress", "1", "kbit/s", "6000", "3", "3"]]
+    assert lines[3:] == ["counted: broadcast octets, joint octets, multicast octets, unknown_unicast octets"]
+
+
 class Watcher:
     """A process that has registered with the link scan."""
 
@@ -635,7 +688,8 @@ def test_impossible_commands_are_refused_with_a_sentence(device, words):
 
 
 @pytest.mark.parametrize("command", ["ports", "vlans", "macs", "mcast", "limits", "counters", "log", "events", "trunks", "reserved",
-                                     "mirrors", "gpio", "fields", "meters", "groups", "translations", "version"])
+                                     "mirrors", "gpio", "fields", "meters", "storm", "groups", "translations",
+                                     "priorities", "version"])
 def test_every_table_is_shown(device, command):
     assert device.control(command).returncode == 0
     assert isinstance(device.ask(command), dict)
