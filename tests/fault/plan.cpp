@@ -161,7 +161,8 @@ class Reader {
     [[nodiscard]] Plan times(int64_t count, const std::string &body, const std::string &port) const {
         Plan plan;
         for (int64_t turn = 0; turn < count; ++turn) {
-            const Plan items = read(replaced(body, "$turn", std::to_string(turn)), port);
+            const std::string numbered = replaced(body, "$turn", std::to_string(turn));
+            const Plan items = read(replaced(numbered, "$next", std::to_string(turn + 1)), port);
             plan.insert(plan.end(), items.begin(), items.end());
         }
         return plan;
@@ -285,7 +286,7 @@ std::optional<Chosen> choose(const Row &row, const State &state) {
     if (row.has(state.name)) {
         return Chosen{row.clause(state.name), ""};
     }
-    if (row.has("in") && row.clause("in").find(state.name) == std::string::npos) {
+    if (!row.wants(state.name)) {
         return std::nullopt;
     }
     if (row.has("straight")) {

@@ -270,7 +270,7 @@ void sweep_row(const Family &family, const Row &row, Report &report) {
         if (trial.applies()) {
             trial.run_all();
             ++states_run;
-        } else if (row.takes_interface() && !row.has("in")) {
+        } else if (row.takes_interface() && row.wants(state.name)) {
             report.complaints.push_back(row.where + ": nothing is said of the state " + state.name);
         }
     }
