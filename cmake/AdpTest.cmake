@@ -6,7 +6,7 @@ add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM
 
 # Tests are compiled without optimisation, which takes half the time; what they test is compiled as it is delivered.
 # GoogleTest's headers are compiled once for all of them.
-set(ADP_TEST_OPTIONS $<$<CONFIG:RelWithDebInfo>:-O0>)
+set(ADP_TEST_OPTIONS "$<$<CONFIG:RelWithDebInfo>:-O0;${ADP_UNCHECKED_CALLS}>")
 file(WRITE ${CMAKE_BINARY_DIR}/generated/test_headers.cpp "int main() {}\n")
 add_executable(test_headers EXCLUDE_FROM_ALL ${CMAKE_BINARY_DIR}/generated/test_headers.cpp)
 target_link_libraries(test_headers PRIVATE adp_warnings adp_headers gmock)
@@ -38,5 +38,6 @@ endfunction()
 # adp_unit_tests(SUBSYSTEM source...)
 # Unit tests of a subsystem of libadp against the recording driver.
 function(adp_unit_tests subsystem)
-    adp_add_test(test_${subsystem} SOURCES ${ARGN} LIBS adp_static recording_driver fake_system)
+    adp_add_test(test_${subsystem} SOURCES ${ARGN} LIBS adp_static recording_driver fake_system trace_listener)
+    set_property(GLOBAL APPEND PROPERTY ADP_TRACED_TESTS test_${subsystem})
 endfunction()

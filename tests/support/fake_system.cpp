@@ -9,8 +9,11 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <stdexcept>
+
+#include "tests/support/trace_file.h"
 
 namespace fake_system {
 namespace {
@@ -40,6 +43,17 @@ SentFrame describe_frame(int descriptor, const void *data, std::size_t size, int
     return frame;
 }
 
+/** The bytes that leave, for the trace file. */
+std::string frame_text(const SentFrame &frame) {
+    std::string text = "frame to interface " + std::to_string(frame.interface_index) + ":";
+    char pair[sizeof " ff"];
+    for (const uint8_t byte : frame.bytes) {
+        std::snprintf(pair, sizeof pair, " %02x", byte);
+        text += pair;
+    }
+    return text;
+}
+
 }  // namespace
 
 void System::fail_call(const std::string &name, std::size_t k, int error) {
@@ -57,7 +71,13 @@ int System::error_of(const std::string &name) {
 }
 
 void System::add(const std::string &line) {
+    if (!recording_) {
+        return;
+    }
     trace_.push_back(line);
+    if (trace_file::is_wanted()) {
+        trace_file::write(line);
+    }
     if (listener_) {
         listener_(line);
     }
@@ -111,7 +131,12 @@ int System::ioctl(int descriptor, unsigned long request, void *argument) {
 long System::sendto(int descriptor, const void *data, std::size_t size, int flags, const void *address,
                     uint32_t length) {
     int error = error_of("sendto");
-    sent_.push_back(describe_frame(descriptor, data, size, flags, address, length));
+    if (recording_) {
+        sent_.push_back(describe_frame(descriptor, data, size, flags, address, length));
+        if (trace_file::is_wanted()) {
+            trace_file::write(frame_text(sent_.back()));
+        }
+    }
     if (error == 0 && open_.count(descriptor) == 0) {
         error = EBADF;
     }

@@ -6,6 +6,8 @@
 #include <stdexcept>
 
 #include "platform/describe.h"
+#include "tests/support/trace_file.h"
+#include "tests/support/trace_text.h"
 
 namespace recording {
 
@@ -193,6 +195,12 @@ Script &Driver::on(std::string_view name) {
 
 void Driver::fail_call(std::size_t k, int32_t result) {
     failing_call_ = {count_ + k, result};
+    failing_call_writes_ = false;
+}
+
+void Driver::fail_call_after_writing(std::size_t k, int32_t result) {
+    fail_call(k, result);
+    failing_call_writes_ = true;
 }
 
 void Driver::fail_every(std::string_view name, int32_t result) {
@@ -206,6 +214,9 @@ void Driver::fail_nothing() {
 
 void Driver::note(std::string line) {
     if (recording_) {
+        if (trace_file::is_wanted()) {
+            trace_file::write(line);
+        }
         trace_.push_back(std::move(line));
     }
 }
@@ -224,12 +235,27 @@ std::optional<int32_t> Driver::failure(CallId id) {
 }
 
 int64_t Driver::answer(CallId id, const void *const *arguments, const std::function<std::string()> &describe) {
+    if (!recording_ || !trace_file::is_wanted()) {
+        return give_answer(id, arguments, describe);
+    }
+    // The arguments are described first: an action may change what they address.
+    const std::string line = id == CallId::Log_logging_func ? describe() : trace_text::describe_call(id, arguments);
+    const int64_t result = give_answer(id, arguments, describe);
+    trace_file::write(line + " -> " + trace_text::describe_result(id, arguments, result));
+    return result;
+}
+
+int64_t Driver::give_answer(CallId id, const void *const *arguments, const std::function<std::string()> &describe) {
     ++count_;
     ++counts_[id];
     if (recording_) {
         trace_.push_back(describe());
     }
     if (const auto result = failure(id)) {
+        const auto script = scripts_.find(id);
+        if (failing_call_writes_ && script != scripts_.end()) {
+            script->second.write_outputs(arguments);
+        }
         // A call that answers with text fails without one.
         return platform::call(id).result == platform::Result::Text ? 0 : *result;
     }

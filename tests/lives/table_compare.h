@@ -1,0 +1,17 @@
+/**
+ * @file table_compare.h
+ * The library's tables against the model's, byte by byte.
+ */
+#ifndef TESTS_LIVES_TABLE_COMPARE_H
+#define TESTS_LIVES_TABLE_COMPARE_H
+
+#include <string>
+
+namespace lives {
+
+/** The first table that differs, with what stands in it; empty when all are equal. */
+std::string table_difference();
+
+}  // namespace lives
+
+#endif

@@ -1,0 +1,32 @@
+#include "tests/support/trace_file.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace trace_file {
+namespace {
+
+std::FILE *file() {
+    static std::FILE *const opened = [] {
+        const char *path = std::getenv("ADP_TRACE_FILE");
+        std::FILE *trace = path == nullptr ? nullptr : std::fopen(path, "w");
+        if (path != nullptr && trace == nullptr) {
+            std::perror(path);
+            std::exit(2);
+        }
+        return trace;
+    }();
+    return opened;
+}
+
+}  // namespace
+
+bool is_wanted() {
+    return file() != nullptr;
+}
+
+void write(const std::string &line) {
+    std::fprintf(file(), "%s\n", line.c_str());
+}
+
+}  // namespace trace_file

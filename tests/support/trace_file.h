@@ -1,0 +1,21 @@
+/**
+ * @file trace_file.h
+ * The complete trace of a test program, in the file that ADP_TRACE_FILE names: every imported call with its result, and
+ * every system call. It is the same on every machine, which is how the byte orders are compared.
+ */
+#ifndef TESTS_SUPPORT_TRACE_FILE_H
+#define TESTS_SUPPORT_TRACE_FILE_H
+
+#include <string>
+
+namespace trace_file {
+
+/** Whether the environment asks for a trace. */
+bool is_wanted();
+
+/** Appends a line. */
+void write(const std::string &line);
+
+}  // namespace trace_file
+
+#endif
