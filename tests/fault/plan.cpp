@@ -161,7 +161,8 @@ class Reader {
     [[nodiscard]] Plan times(int64_t count, const std::string &body, const std::string &port) const {
         Plan plan;
         for (int64_t turn = 0; turn < count; ++turn) {
-            const Plan items = read(replaced(body, "$turn", std::to_string(turn)), port);
+            const std::string numbered = replaced(body, "$turn", std::to_string(turn));
+            const Plan items = read(replaced(numbered, "$next", std::to_string(turn + 1)), port);
             plan.insert(plan.end(), items.begin(), items.end());
         }
         return plan;
@@ -225,8 +226,9 @@ class Reader {
     [[nodiscard]] Branch branch_of(std::string rule, const std::string &port) const {
         Branch branch;
         branch.then = Reader(family_, state_, true).read(take_bracket(rule, '{'), port);
-        // Only one call fails in a run, so those after it need no rule.
-        branch.policy = is_after_failure_ ? Policy() : policy_of(words_of(rule));
+        const std::vector<std::string> words = words_of(rule);
+        // Calls after a failure fail only where all do, and then mostly without consequence.
+        branch.policy = is_after_failure_ && words.empty() ? Policy() : policy_of(words);
         return branch;
     }
 
@@ -285,7 +287,7 @@ std::optional<Chosen> choose(const Row &row, const State &state) {
     if (row.has(state.name)) {
         return Chosen{row.clause(state.name), ""};
     }
-    if (row.has("in") && row.clause("in").find(state.name) == std::string::npos) {
+    if (!row.wants(state.name)) {
         return std::nullopt;
     }
     if (row.has("straight")) {
@@ -307,6 +309,11 @@ std::optional<Chosen> choose(const Row &row, const State &state) {
             return row.has("other") ? std::optional(Chosen{row.clause("other"), ""}) : std::nullopt;
     }
     return std::nullopt;
+}
+
+Plan read_plan(const Family &family, const State &state, const Chosen &chosen) {
+    const std::string text = replaced(in_state(chosen.text, state), "$port", chosen.port);
+    return Reader(family, state).read(text, chosen.port);
 }
 
 /** Follows a plan call by call. */
@@ -361,7 +368,7 @@ class Walk {
     void call(const Item &item, bool is_top) {
         const bool is_changed = changed_ != nullptr && changed_->name == item.name;
         outcome_.calls.push_back({&item, is_changed ? std::exchange(changed_, nullptr) : nullptr});
-        if (is_top && item.can_fail() && failing_ && failing_->number == number_++) {
+        if (fails(item, is_top)) {
             const bool is_other = failing_->result >= 0 && item.branches.size() > 1;
             fail(item.branches[is_other ? 1 : 0]);
             return failing_->writes ? write(item.writes) : void();
@@ -372,6 +379,16 @@ class Walk {
             outcome_.status = 0;
         }
         write(item.writes);
+    }
+
+    bool fails(const Item &item, bool is_top) {
+        if (!failing_ || !item.can_fail()) {
+            return false;
+        }
+        if (failing_->number == FailingCall::kEvery) {
+            return platform::find_call(item.name).has_value();
+        }
+        return is_top && failing_->number == number_++;
     }
 
     void fail(const Branch &branch) {
@@ -410,11 +427,14 @@ bool Item::can_fail() const {
 
 std::optional<Plan> plan_of(const Family &family, const Row &row, const State &state) {
     const auto chosen = choose(row, state);
-    if (!chosen) {
-        return std::nullopt;
+    return chosen ? std::optional(read_plan(family, state, *chosen)) : std::nullopt;
+}
+
+std::optional<Plan> plan_without_driver(const Family &family, const Row &row, const State &state) {
+    if (choose(row, state) && row.has("all failing")) {
+        return read_plan(family, state, {row.clause("all failing"), ""});
     }
-    const std::string text = replaced(in_state(chosen->text, state), "$port", chosen->port);
-    return Reader(family, state).read(text, chosen->port);
+    return plan_of(family, row, state);
 }
 
 std::vector<Assignment> assignments_of(const std::string &text) {

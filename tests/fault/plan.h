@@ -41,7 +41,7 @@ struct Item {
     Kind kind = Kind::kCall;
     std::string name{};                  /**< of the call, or of the next call that is made otherwise */
     std::vector<Assignment> arguments{}; /**< of the call, as the trace must show them */
-    std::vector<Branch> branches{};   /**< of a call that can fail: for negative results, for others if that differs */
+    std::vector<Branch> branches;     /**< of a call that can fail: for negative results, for others if that differs */
     std::vector<Assignment> writes{}; /**< of a call: only when it succeeds */
     int64_t number = 0;
     std::vector<std::string> rules{};
@@ -60,6 +60,10 @@ using Plan = std::vector<Item>;
 
 /** The row's plan for a state, or nothing when the row says nothing of it. */
 std::optional<Plan> plan_of(const Family &family, const Row &row, const State &state);
+
+/** The plan for when every call of the driver and the services fails: the same, unless the clause `all failing` has
+ * one. */
+std::optional<Plan> plan_without_driver(const Family &family, const Row &row, const State &state);
 
 /** "a=1, b=2" taken apart. */
 std::vector<Assignment> assignments_of(const std::string &text);
@@ -89,6 +93,9 @@ struct Expected {
 
 /** The call of a plan that fails, and how. */
 struct FailingCall {
+    /** In place of a number: every call of the driver and the services. */
+    static constexpr std::size_t kEvery = SIZE_MAX;
+
     std::size_t number;
     int64_t result;
     bool writes; /**< what a success writes is written all the same */

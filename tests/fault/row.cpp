@@ -72,6 +72,10 @@ bool Row::takes_interface() const {
     return call.find("$intf") != std::string::npos;
 }
 
+bool Row::wants(const std::string &state) const {
+    return !has("in") || (" " + clause("in") + " ").find(" " + state + " ") != std::string::npos;
+}
+
 std::vector<std::string> family_names() {
     std::vector<std::string> names;
     for (const auto &entry : std::filesystem::directory_iterator(folder())) {

@@ -31,6 +31,8 @@ struct Row {
     /** The clause's text, empty if there is none. */
     [[nodiscard]] std::string clause(const std::string &name) const;
     [[nodiscard]] bool takes_interface() const;
+    /** Whether the row is for a state: for any, unless a clause names those it is for. */
+    [[nodiscard]] bool wants(const std::string &state) const;
 };
 
 struct Family {

@@ -1,6 +1,7 @@
 // Runs of a row.
 #include "tests/fault/run.h"
 
+#include <algorithm>
 #include <cstring>
 #include <functional>
 #include <stdexcept>
@@ -147,6 +148,12 @@ class OldMap {
     void *trunks_;
 };
 
+void fail_every_call(int32_t value) {
+    for (const platform::Call &call : platform::calls()) {
+        recording::driver().fail_every(call.name, failing_result(call.name, value));
+    }
+}
+
 void arm(const Failure &failure, fake_system::System &system) {
     switch (failure.what) {
         case Failure::What::kNothing:
@@ -154,6 +161,8 @@ void arm(const Failure &failure, fake_system::System &system) {
         case Failure::What::kDriver:
             return failure.writes ? recording::driver().fail_call_after_writing(failure.index, failure.value)
                                   : recording::driver().fail_call(failure.index, failure.value);
+        case Failure::What::kEveryDriverCall:
+            return fail_every_call(failure.value);
         case Failure::What::kAllocation:
             return system.fail_allocation(failure.index);
         case Failure::What::kSystem:
@@ -178,6 +187,11 @@ void observe(Subject &subject, const Failure &failure, fake_system::System &syst
 }
 
 }  // namespace
+
+int32_t failing_result(const std::string &call, int32_t value) {
+    // A positive result is this call's success.
+    return call == "equeue_send_ucast" ? std::min(value, 0) : value;
+}
 
 Observed run(const Row &row, const State &state, const Failure &failure) {
     bring_up(state);

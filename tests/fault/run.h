@@ -15,9 +15,12 @@
 
 namespace fault {
 
-/** Which call fails: number @p index of the driver's and services' calls, of allocations, or of a system call's. */
+/**
+ * Which call fails: number @p index of the driver's and services' calls, of allocations, or of a system call's; or
+ * every call of the driver and the services.
+ */
 struct Failure {
-    enum class What { kNothing, kDriver, kAllocation, kSystem };
+    enum class What { kNothing, kDriver, kEveryDriverCall, kAllocation, kSystem };
     What what = What::kNothing;
     std::size_t index = 0;
     std::string name;    /**< of a system call */
@@ -40,6 +43,9 @@ struct Observed {
     int64_t kept_memory = 0; /**< blocks more, or fewer, than before */
     int64_t open_descriptors = 0;
 };
+
+/** The result with which a call can fail that is nearest to @p value: not every call fails with any. */
+int32_t failing_result(const std::string &call, int32_t value);
 
 /** Runs the row's call. */
 Observed run(const Row &row, const State &state, const Failure &failure);

@@ -50,7 +50,7 @@ void set_members(const State &state) {
     }
     Tables::set_configured(state.group, configured);
     agg_manage_intf[state.group - 1] = state.manage;
-    for (const uint32_t member : state.active_members()) {
+    for (const uint32_t member : without_empty(state.active)) {
         intf_map_trunk[member] = ADP_AGG_INTF(state.group);
     }
 }
@@ -58,7 +58,9 @@ void set_members(const State &state) {
 }  // namespace
 
 std::vector<uint32_t> State::active_members() const {
-    return without_empty(active);
+    // A list of more is refused whole, and who does not look at that walks empty slots.
+    constexpr std::size_t kMostActive = 8;
+    return active.size() > kMostActive ? std::vector<uint32_t>() : without_empty(active);
 }
 
 std::vector<uint32_t> State::configured_members() const {
@@ -89,6 +91,7 @@ std::span<const State> states() {
         {"agg3", Who::kGroup, "agg2", 2, {3, 5, 7}, {2, 5, 9}, 5},
         {"agg8", Who::kGroup, "agg8", 8, {1, 4, 6, 8, 10, 12, 14, 16}, {3, 4, 7, 9, 11, 13, 15, 17}, 0},
         {"slots", Who::kGroup, "agg4", 4, {2, 0, 11}, {0, 3, 8}, 3},
+        {"over", Who::kGroup, "agg5", 5, {1, 2, 3, 4, 5, 6, 7, 8, 9}, {20, 22}, 4},
         {"none", Who::kGroup, "agg3", 3, {}, {}, 0},
         {"nogroup", Who::kNoSuchGroup, "agg9", 0, {}, {}, 0},
         {"foreign", Who::kForeign, "0x20000001", 0, {}, {}, 0},

@@ -19,9 +19,9 @@ Counts all;
 void print(const std::string &what, const Counts &counts) {
     std::printf(
         "%s: %zu functions swept in %zu rows, %zu runs; failed: %zu driver and service calls, %zu system calls, "
-        "%zu allocations\n",
+        "%zu allocations; in %zu runs every driver call\n",
         what.c_str(), counts.functions.size(), counts.rows, counts.runs, counts.failed_calls,
-        counts.failed_system_calls, counts.failed_allocations);
+        counts.failed_system_calls, counts.failed_allocations, counts.runs_without_driver);
 }
 
 class Total : public testing::Environment {

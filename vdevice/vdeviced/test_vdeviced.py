@@ -171,6 +171,35 @@ def test_start_and_end_leave_nothing_behind(start, run_dir):
     assert os.listdir(run_dir) == []
 
 
+def test_a_folder_that_others_may_write_to_is_refused(start, run_dir):
+    os.mkdir(run_dir)
+    for mode in (0o777, 0o770, 0o702):
+        os.chmod(run_dir, mode)
+        device = start()
+        _, errors = device.process.communicate(timeout=DEADLINE)
+        assert device.process.returncode == 1
+        assert "is not a folder that belongs to this user alone" in errors
+        assert os.listdir(run_dir) == []
+
+
+def test_a_link_to_a_folder_is_refused(start, run_dir):
+    os.mkdir(run_dir + ".real", mode=0o700)
+    os.symlink(run_dir + ".real", run_dir)
+    device = start()
+    _, errors = device.process.communicate(timeout=DEADLINE)
+    assert device.process.returncode == 1
+    assert "is not a folder that belongs to this user alone" in errors
+    assert os.listdir(run_dir) == []
+
+
+def test_sockets_are_their_owners_in_an_open_folder_too(start, run_dir):
+    os.mkdir(run_dir)
+    os.chmod(run_dir, 0o755)
+    start("--create-interfaces", "--user-ports", "1").wait_ready()
+    for name in ("control", "driver"):
+        assert stat.S_IMODE(os.stat(f"{run_dir}/{name}").st_mode) & 0o077 == 0
+
+
 def test_a_second_device_is_refused_and_the_first_stays(device, start):
     second = start("--user-ports", "4")
     _, errors = second.process.communicate(timeout=DEADLINE)
@@ -753,6 +782,54 @@ def test_no_device_is_told(run_dir):
                             timeout=DEADLINE)
     assert result.returncode == 1
     assert "no vdeviced is running there" in result.stderr
+
+
+class Driver:
+    """A client of the driver socket that sends what it likes."""
+
+    MAGIC = 0x61647001
+
+    def __init__(self, device):
+        self.socket = socket.socket(socket.AF_UNIX)
+        self.socket.settimeout(DEADLINE)
+        self.socket.connect(device.run_dir + "/driver")
+
+    def say(self, *words):
+        self.socket.sendall(struct.pack(f">{len(words)}I", *words))
+
+    def is_closed(self):
+        """Reads what is still there; False if nothing comes within the deadline."""
+        try:
+            while self.socket.recv(4096):
+                pass
+        except ConnectionResetError:
+            pass
+        except TimeoutError:
+            return False
+        return True
+
+
+def interface_checksum(device):
+    """Even a client that was built from other headers is told."""
+    client = Driver(device)
+    client.say(Driver.MAGIC, 0)
+    return struct.unpack(">2I", client.socket.recv(8, socket.MSG_WAITALL))[1]
+
+
+@pytest.mark.parametrize("greets, words", [
+    (False, (0x47455420, 0x2F204854)), (False, (Driver.MAGIC, 0)), (True, (0,)), (True, (0xFFFFFFFF,)), (True, (16385, 0)),
+    (True, (1, 0xFFFFFFFF)), (True, (2, 0, 0))])
+def test_strangers_at_the_driver_socket_are_closed_alone(device, greets, words):
+    silent, stranger = Driver(device), Driver(device)
+    silent.say(Driver.MAGIC, interface_checksum(device), 16384)
+    if greets:
+        stranger.say(Driver.MAGIC, interface_checksum(device))
+    stranger.say(*words)
+    assert stranger.is_closed()
+    assert device.call("enable", 4, 1) == "0"
+    assert device.ask("version")["user_ports"] == 4
+    silent.say(0)
+    assert silent.socket.recv(8, socket.MSG_WAITALL)[:4] == struct.pack(">I", Driver.MAGIC), "it is still served"
 
 
 class Control:
