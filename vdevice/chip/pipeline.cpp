@@ -24,11 +24,16 @@ void Switch::receive(Time now, int port, Bytes frame) {
     if (!has_port(port)) {
         return;
     }
+    send_until(now);
     if (at(port).loopback != 0) {
-        return drop(port, Drop::kLoopback);
+        drop(port, Drop::kLoopback);
+    } else {
+        take_in(now, port, frame);
+        take_looped(now);
     }
-    take_in(now, port, frame);
-    take_looped(now);
+    // What is within its port's rate leaves at once.
+    send_until(now);
+    announce_departure();
 }
 
 void Switch::take_in(Time now, int port, Bytes frame) {
@@ -330,29 +335,35 @@ void Switch::send_directed_to(int egress, const Frame &frame, std::uint32_t prio
 }
 
 void Switch::transmit(int port, const Frame &frame, std::uint32_t priority) {
-    if (put_out(port, frame, priority)) {
-        mirror_egress(port, frame, priority);
+    put_out(port, frame, {priority, Origin::kSwitched});
+}
+
+void Switch::put_out(int port, const Frame &frame, Dispatch dispatch) {
+    const std::size_t queue = queue_map_.queue_of(port, dispatch.priority);
+    // The chip's own tags may make a frame of full length longer; only the limit without jumbo frames is a port's own.
+    if (!at(port).jumbo && frame.size() > kMaxPlainFrameBytes) {
+        ++at(port).counters.tx_too_long;
+    } else if (queues_.holds(port) && at(port).loopback == 0) {
+        queues_.put(now_, port, queue, frame, dispatch);
+    } else {
+        queues_.pass(port, queue, frame.size());
+        leave(port, frame, dispatch);
     }
 }
 
-/** False if the port takes no frame of this length. */
-bool Switch::put_out(int port, const Frame &frame, std::uint32_t priority) {
+void Switch::leave(int port, const Frame &frame, Dispatch dispatch) {
     PortCounters &counters = at(port).counters;
-    // The chip's own tags may make a frame of full length longer; only the limit without jumbo frames is a port's own.
-    if (!at(port).jumbo && frame.size() > kMaxPlainFrameBytes) {
-        ++counters.tx_too_long;
-        return false;
-    }
     ++counters.tx_frames;
     counters.tx_octets += frame.size();
     ++counters.tx_casts[cast_index(frame.head)];
-    ++counters.tx_queues[queue_map_.queue_of(port, priority)];
     if (at(port).loopback != 0) {
         loop_back(port, frame);
     } else {
         sink_.transmit(port, frame);
     }
-    return true;
+    if (dispatch.origin == Origin::kSwitched) {
+        mirror_egress(port, frame, dispatch.priority);
+    }
 }
 
 void Switch::drop(int port, Drop reason) {

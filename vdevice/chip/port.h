@@ -76,7 +76,6 @@ struct PortCounters {
     std::uint64_t tx_too_long = 0; /**< frames that should have left here but are longer than the port takes */
     std::array<std::uint64_t, kCasts> rx_casts{};
     std::array<std::uint64_t, kCasts> tx_casts{};
-    std::array<std::uint64_t, kQueues> tx_queues{}; /**< tx_frames by egress queue */
     std::array<std::uint64_t, kDropReasons> drops{};
 
     std::uint64_t dropped(Drop reason) const { return drops[static_cast<std::size_t>(reason)]; }

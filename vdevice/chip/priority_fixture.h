@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <utility>
 
 #include "vdevice/chip/field_fixture.h"
 
@@ -29,13 +30,12 @@ class PriorityTest : public FieldRulesTest {
 
     /** How many frames each of the port's queues has sent since the last call. */
     Queues sent(int port) {
-        const Queues now = chip_.port(port).counters.tx_queues;
         Queues &before = before_[static_cast<std::size_t>(port)];
         Queues difference;
         for (std::size_t queue = 0; queue < kQueues; ++queue) {
-            difference[queue] = now[queue] - before[queue];
+            const std::uint64_t now = chip_.queues().port(port).counters(queue).frames;
+            difference[queue] = now - std::exchange(before[queue], now);
         }
-        before = now;
         return difference;
     }
 

@@ -4,8 +4,10 @@
 
 #include <array>
 #include <functional>
+#include <optional>
 #include <vector>
 
+#include "vdevice/chip/egress_queues.h"
 #include "vdevice/chip/field_processor.h"
 #include "vdevice/chip/gpio.h"
 #include "vdevice/chip/learn_limits.h"
@@ -41,6 +43,10 @@ class Switch {
     void receive(Time now, int port, Bytes frame);
     /** Lets the time-driven work happen, about once a second: ageing. */
     void tick(Time now);
+    /** Sends the queued frames that leave until now. */
+    void depart(Time now);
+    /** When a queued frame leaves next, if there is one. */
+    std::optional<Time> next_departure() const;
 
     static bool has_port(std::int64_t port) { return port >= 0 && port < kPorts; }
     static PortSet all_ports() { return PortSet::range(0, kPorts - 1); }
@@ -56,6 +62,11 @@ class Switch {
     Status set_egress(int port, const PortSet &ports);
     /** The VLAN must exist when it is made a port's VLAN; destroyed later, the port's untagged frames are dropped. */
     Status set_pvid(int port, std::uint32_t vid);
+
+    const EgressQueues &queues() const { return queues_; }
+    /** Limits what a port sends; a rate of 0 is no limit. */
+    Status set_shaper(Time now, int port, const RateLimit &limit);
+    Status set_scheduler(Time now, int port, const SchedulerSettings &settings);
 
     const VlanTable &vlans() const { return vlans_; }
     VlanTable &vlans() { return vlans_; }
@@ -188,7 +199,11 @@ class Switch {
     void send_directed(const TransmitTag &tag, const Frame &frame);
     void send_directed_to(int egress, const Frame &frame, std::uint32_t priority);
     void transmit(int port, const Frame &frame, std::uint32_t priority);
-    bool put_out(int port, const Frame &frame, std::uint32_t priority);
+    void put_out(int port, const Frame &frame, Dispatch dispatch);
+    void leave(int port, const Frame &frame, Dispatch dispatch);
+    void flush_unsent(int port);
+    void send_until(Time now);
+    void announce_departure();
     void mirror_ingress(int port, Bytes frame);
     void mirror_egress(int port, const Frame &frame, std::uint32_t priority);
     void send_copy(int port, const Frame &frame, std::uint32_t priority);
@@ -196,6 +211,9 @@ class Switch {
     Sink &sink_;
     std::array<Port, kPorts> ports_;
     PortSet up_;
+    Time now_{}; /**< of the frame that comes in or leaves */
+    EgressQueues queues_{kPorts};
+    std::optional<Time> announced_; /**< the departure that the sink was told of */
     std::vector<Looped> looped_;
     VlanTable vlans_;
     MacTable macs_;

@@ -28,7 +28,7 @@ void Switch::copy_to_flow_mirror(std::uint32_t session, const Frame &frame) {
 // A mirror port that is down loses its copies; the frames themselves go their way.
 void Switch::send_copy(int port, const Frame &frame, std::uint32_t priority) {
     if (up_.has(port)) {
-        put_out(port, frame, priority);
+        put_out(port, frame, {priority, Origin::kMirror});
     }
 }
 

@@ -281,6 +281,20 @@ class Driver : public DriverCalls {
     int32_t user_pci_read(uint32_t unit, uint32_t zero, uint32_t address, uint32_t *value) override;
     int32_t user_pci_write(uint32_t unit, uint32_t zero, uint32_t address, const uint32_t *value) override;
 
+    // Egress queues, schedulers and shapers: driver_queues.cpp
+    int32_t user_cosq_config_set(uint32_t unit, uint32_t zero, uint32_t queues) override;
+    int32_t user_cosq_port_sched_set(uint32_t unit, uint32_t zero, uint32_t port_mask, uint32_t mode,
+                                     const uint32_t weights[NETLINK_QUEUES], uint32_t delay) override;
+    int32_t user_cosq_port_sched_get(uint32_t unit, uint32_t zero, uint32_t port_mask, uint32_t *mode,
+                                     uint32_t weights[NETLINK_QUEUES], uint32_t *delay) override;
+    int32_t user_qos_schedule_set(uint32_t port, uint32_t queue, uint32_t weight, uint32_t flags) override;
+    int32_t user_qos_schedule_get(uint32_t port, uint32_t queue, uint32_t *weight, uint32_t flags) override;
+    int32_t user_qos_cpu_weight_init() override;
+    int32_t user_port_egress_rate_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t rate,
+                                      uint32_t burst) override;
+    int32_t user_port_egress_rate_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t *rate,
+                                      uint32_t *burst) override;
+
     // Spanning-tree groups: driver_stg.cpp
     int32_t user_stg_init(uint32_t unit, uint32_t zero) override;
     int32_t user_stg_create_id(uint32_t unit, uint32_t zero, int32_t stg) override;
@@ -392,6 +406,8 @@ class Driver : public DriverCalls {
     chip::Status open_list(ListHandles::Kind kind, std::size_t size, adp_word_t *list, int32_t *count);
     int32_t read_change(uint32_t unit, uint32_t zero, const chip::VidMap &table, int32_t port, uint32_t vid,
                         uint32_t *new_vid, uint32_t *priority) const;
+
+    std::optional<chip::PortSet> scheduled_ports(uint32_t port_mask) const;
 
     using FieldReader = chip::FieldWords (*)(const uint8_t *bytes);
 

@@ -12,6 +12,7 @@
 #include "vdevice/vdevctl/limit_tables.h"
 #include "vdevice/vdevctl/port_text.h"
 #include "vdevice/vdevctl/priority_tables.h"
+#include "vdevice/vdevctl/queue_tables.h"
 #include "vdevice/vdevctl/start_tables.h"
 #include "vdevice/vdevctl/tag_tables.h"
 
@@ -157,6 +158,7 @@ std::string show(const std::string &command, const json &answer) {
         {"fields", show_fields},
         {"meters", show_meters},
         {"storm", show_storm},
+        {"queues", show_queues},
         {"groups", show_stp_groups},
         {"translations", show_translations},
         {"priorities", show_priorities},

@@ -32,6 +32,9 @@ nlohmann::json gpio(Device &device, const nlohmann::json &request);
 nlohmann::json show_fields(Device &device, const nlohmann::json &request);
 nlohmann::json show_meters(Device &device, const nlohmann::json &request);
 
+// The command on egress queues: queue_commands.cpp
+nlohmann::json show_queues(Device &device, const nlohmann::json &request);
+
 // The command on what ports let in: limit_commands.cpp
 nlohmann::json show_storm(Device &device, const nlohmann::json &request);
 

@@ -184,6 +184,7 @@ const std::map<std::string, Command> &command_table() {
         {"fields", show_fields},
         {"meters", show_meters},
         {"storm", show_storm},
+        {"queues", show_queues},
         {"gpio", gpio},
         {"groups", show_stp_groups},
         {"translations", show_translations},

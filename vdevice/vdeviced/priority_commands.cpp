@@ -47,6 +47,14 @@ json queues(const QueueMap &map, int port) {
     return rows;
 }
 
+json frames_sent(const chip::PortQueues &port) {
+    json rows = json::array();
+    for (std::size_t queue = 0; queue < chip::kQueues; ++queue) {
+        rows.push_back(port.counters(queue).frames);
+    }
+    return rows;
+}
+
 json port_row(const Device &device, int number) {
     constexpr const char *kTrusts[] = {"port", "802.1p", "dscp", "both"};
     const chip::Port &port = device.chip().port(number);
@@ -56,7 +64,7 @@ json port_row(const Device &device, int number) {
             {"remap", port.remap.to},
             {"queues", queues(device.chip().queue_map(), number)},
             {"dscps", own_dscps(device.chip().priority_rules().dscps, number)},
-            {"tx_queues", port.counters.tx_queues}};
+            {"tx_queues", frames_sent(device.chip().queues().port(number))}};
 }
 
 }  // namespace

@@ -12,6 +12,7 @@ import struct
 import subprocess
 import tempfile
 import time
+from pathlib import Path
 
 import pytest
 
@@ -168,6 +169,35 @@ def test_start_and_end_leave_nothing_behind(start, run_dir):
     assert device.stop() == 0
     assert interfaces() == before
     assert os.listdir(run_dir) == []
+
+
+def test_a_folder_that_others_may_write_to_is_refused(start, run_dir):
+    os.mkdir(run_dir)
+    for mode in (0o777, 0o770, 0o702):
+        os.chmod(run_dir, mode)
+        device = start()
+        _, errors = device.process.communicate(timeout=DEADLINE)
+        assert device.process.returncode == 1
+        assert "is not a folder that belongs to this user alone" in errors
+        assert os.listdir(run_dir) == []
+
+
+def test_a_link_to_a_folder_is_refused(start, run_dir):
+    os.mkdir(run_dir + ".real", mode=0o700)
+    os.symlink(run_dir + ".real", run_dir)
+    device = start()
+    _, errors = device.process.communicate(timeout=DEADLINE)
+    assert device.process.returncode == 1
+    assert "is not a folder that belongs to this user alone" in errors
+    assert os.listdir(run_dir) == []
+
+
+def test_sockets_are_their_owners_in_an_open_folder_too(start, run_dir):
+    os.mkdir(run_dir)
+    os.chmod(run_dir, 0o755)
+    start("--create-interfaces", "--user-ports", "1").wait_ready()
+    for name in ("control", "driver"):
+        assert stat.S_IMODE(os.stat(f"{run_dir}/{name}").st_mode) & 0o077 == 0
 
 
 def test_a_second_device_is_refused_and_the_first_stays(device, start):
@@ -599,6 +629,58 @@ def test_limits_of_a_port_are_shown_with_what_they_let_in(device):
     assert lines[3:] == ["counted: broadcast octets, joint octets, multicast octets, unknown_unicast octets"]
 
 
+def running_single_timers(device):
+    """How many of the daemon's timers that expire once only are set."""
+    texts = [path.read_text() for path in Path(f"/proc/{device.process.pid}/fdinfo").iterdir()]
+    singles = [text for text in texts if "it_interval: (0, 0)" in text]
+    assert len(singles) == 1
+    return sum("it_value: (0, 0)" not in text for text in singles)
+
+
+def first_queue(device, port):
+    """Of a port's queue 0: what has left, waits, and was thrown away."""
+    queue = next(row for row in device.ask("queues")["ports"] if row["port"] == port)["queues"][0]
+    return queue["frames"], queue["waiting_frames"], queue["flushed"]
+
+
+def test_a_shaped_port_lets_frames_wait_and_sends_them_when_they_are_due(device):
+    one, two = device.nics("host1", "host2")
+    frame_kbit = 8
+    assert device.call("shape", 24, 80, frame_kbit) == "0"
+    frames = [BROADCAST + station(1) + datagram(996 - 14) for _ in range(4)]
+    began = device.ask("queues")["time"]
+    for frame in frames:
+        one.send(frame)
+    assert [two.receive() for _ in frames] == frames
+    ended = device.ask("queues")["time"]
+    assert ended - began > 0.3, "three of the frames had to wait for a tenth of a second each"
+    assert first_queue(device, 2) == (4, 0, 0)
+    assert first_queue(device, 1)[0] == 0
+    assert device.counters(2)["tx_frames"] == 4
+    assert running_single_timers(device) == 0, "nothing waits, so nothing wakes the daemon"
+
+
+def test_frames_that_wait_leave_when_the_shaper_goes_and_are_lost_when_the_cable_does(device):
+    one, two = device.nics("host1", "host2")
+    assert device.call("shape", 24, 1, 8) == "0"
+    frame = BROADCAST + station(1) + datagram(996 - 14)
+    for _ in range(3):
+        one.send(frame)
+    wait_until(lambda: first_queue(device, 2) == (1, 2, 0), "two frames to wait")
+    assert running_single_timers(device) == 1
+    assert device.control("queues").stdout.splitlines()[4:6] == [
+        f"   2  strict      {1:>10} {8:>10}  1 1 1 1 1 1 1 1",
+        "      queue 0: 1 frames, 996 octets; 2 waiting with 1992 octets; 0 dropped, 0 flushed"]
+    assert device.call("shape", 24, 0, 0) == "0"
+    assert [two.receive() for _ in range(3)] == [frame] * 3
+    assert device.call("shape", 24, 1, 8) == "0"
+    for _ in range(3):
+        one.send(frame)
+    wait_until(lambda: first_queue(device, 2) == (4, 2, 0), "two frames to wait")
+    device.control("pull", "2")
+    assert first_queue(device, 2) == (4, 0, 2)
+
+
 class Watcher:
     """A process that has registered with the link scan."""
 
@@ -688,7 +770,7 @@ def test_impossible_commands_are_refused_with_a_sentence(device, words):
 
 
 @pytest.mark.parametrize("command", ["ports", "vlans", "macs", "mcast", "limits", "counters", "log", "events", "trunks", "reserved",
-                                     "mirrors", "gpio", "fields", "meters", "storm", "groups", "translations",
+                                     "mirrors", "gpio", "fields", "meters", "storm", "queues", "groups", "translations",
                                      "priorities", "version"])
 def test_every_table_is_shown(device, command):
     assert device.control(command).returncode == 0
@@ -700,6 +782,54 @@ def test_no_device_is_told(run_dir):
                             timeout=DEADLINE)
     assert result.returncode == 1
     assert "no vdeviced is running there" in result.stderr
+
+
+class Driver:
+    """A client of the driver socket that sends what it likes."""
+
+    MAGIC = 0x61647001
+
+    def __init__(self, device):
+        self.socket = socket.socket(socket.AF_UNIX)
+        self.socket.settimeout(DEADLINE)
+        self.socket.connect(device.run_dir + "/driver")
+
+    def say(self, *words):
+        self.socket.sendall(struct.pack(f">{len(words)}I", *words))
+
+    def is_closed(self):
+        """Reads what is still there; False if nothing comes within the deadline."""
+        try:
+            while self.socket.recv(4096):
+                pass
+        except ConnectionResetError:
+            pass
+        except TimeoutError:
+            return False
+        return True
+
+
+def interface_checksum(device):
+    """Even a client that was built from other headers is told."""
+    client = Driver(device)
+    client.say(Driver.MAGIC, 0)
+    return struct.unpack(">2I", client.socket.recv(8, socket.MSG_WAITALL))[1]
+
+
+@pytest.mark.parametrize("greets, words", [
+    (False, (0x47455420, 0x2F204854)), (False, (Driver.MAGIC, 0)), (True, (0,)), (True, (0xFFFFFFFF,)), (True, (16385, 0)),
+    (True, (1, 0xFFFFFFFF)), (True, (2, 0, 0))])
+def test_strangers_at_the_driver_socket_are_closed_alone(device, greets, words):
+    silent, stranger = Driver(device), Driver(device)
+    silent.say(Driver.MAGIC, interface_checksum(device), 16384)
+    if greets:
+        stranger.say(Driver.MAGIC, interface_checksum(device))
+    stranger.say(*words)
+    assert stranger.is_closed()
+    assert device.call("enable", 4, 1) == "0"
+    assert device.ask("version")["user_ports"] == 4
+    silent.say(0)
+    assert silent.socket.recv(8, socket.MSG_WAITALL)[:4] == struct.pack(">I", Driver.MAGIC), "it is still served"
 
 
 class Control:
