@@ -65,7 +65,7 @@ def main():
     parser.add_argument("target", help="the target's build folder")
     parser.add_argument("--emulator", default="", help="what runs the target's programs")
     parser.add_argument("--lives", type=int, default=0, help="random calls to compare besides")
-    parser.add_argument("programs", nargs="*", help="unit test programs, by name")
+    parser.add_argument("--programs", nargs="*", default=[], help="unit test programs, by name")
     options = parser.parse_args()
     jobs = [(name, []) for name in options.programs]
     if options.lives:

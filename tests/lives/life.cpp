@@ -18,6 +18,7 @@
 #include "tests/lives/reference_table.h"
 #include "tests/lives/table_compare.h"
 #include "tests/support/fake_system.h"
+#include "tests/support/trace_file.h"
 #include "tests/support/trace_text.h"
 
 // The shell's generated table hands events here.
@@ -355,7 +356,7 @@ std::string Life::State::compare(const Arguments &library_arguments, const Argum
 void Life::State::write_trace(const std::string &line, const Arguments &arguments, const Deed &deed) const {
     std::fprintf(trace, "%s\n", line.c_str());
     for (const std::string &each : deed.lines) {
-        std::fprintf(trace, "    %s\n", each.c_str());
+        std::fprintf(trace, "    %s\n", trace_file::portable(each).c_str());
     }
     const bool is_address = arguments.call().result == adpsh::ResultKind::kRecord;
     const std::string result = is_address ? (deed.result.address != nullptr ? "an address" : "null")
