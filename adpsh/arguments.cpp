@@ -45,6 +45,14 @@ Arguments::Arguments(const Call &call, const Command &command, const Variables &
     }
 }
 
+void Arguments::fill_outputs(std::uint8_t byte) {
+    for (Slot &slot : slots_) {
+        if (slot.parameter->direction == Direction::kOut) {
+            std::fill(slot.storage.begin(), slot.storage.end(), byte);
+        }
+    }
+}
+
 Result Arguments::invoke() {
     std::vector<void *> addresses;
     for (Slot &slot : slots_) {

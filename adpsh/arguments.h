@@ -33,6 +33,9 @@ class Arguments {
     Arguments(const Arguments &) = delete;
     Arguments &operator=(const Arguments &) = delete;
 
+    /** Fills what the call only writes, so that a test sees what it left alone. */
+    void fill_outputs(std::uint8_t byte);
+
     /** Makes the call. */
     Result invoke();
 

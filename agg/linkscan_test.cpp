@@ -249,6 +249,14 @@ TEST_F(LinkScan, ElevenMembersAreAllLookedAt) {
     EXPECT_THAT(driver().take(), ElementsAreArray(calls(link_reads(kept), trunk_set(kGroup, kept))));
 }
 
+// The table is open to every process that loads the library: a count that no record has room for reads no further.
+TEST_F(LinkScan, ACountBeyondTheRecordEndsWithTheRecord) {
+    set_record(kGroup, 1, agg_test::first_ports(ADP_AGG_MEMBER_BYTES));
+    agg_info[kGroup - 1].count = ADP_AGG_MEMBER_BYTES + 1;
+    EXPECT_EQ(adp_agg_linkscan_handle(20, 1, nullptr), 0);
+    EXPECT_THAT(driver().trace(), IsEmpty());
+}
+
 TEST_F(LinkScan, DownOfAPortThatIsAMemberTwiceRemovesBothCopiesFromTheTrunk) {
     set_record(kGroup, 1, {4, 5, 4});
     set_links({4, 5});

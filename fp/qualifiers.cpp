@@ -83,7 +83,7 @@ int32_t apply_qualifier(const Qualifier &qualifier, const FpQualify &condition, 
         case kLow8:
             width = UINT8_MAX;
             break;
-        case kWords:
+        default:  // kWords: as they are
             break;
     }
     return qualifier.call.words(fp_handle, unit, entry, data & width, mask & width);

@@ -66,32 +66,35 @@ void shift_to_interfaces(uint32_t (&bitmap)[2]) {
     bitmap[1] <<= 1;
 }
 
-bool append(FpEntity &entity, uint32_t type, const void *data, uint32_t length) {
+// An empty record has room for all that a request puts in: nothing is refused here.
+void append(FpEntity &entity, uint32_t type, const void *data, uint32_t length) {
     uint8_t all_ones[sizeof(adp_ports_t)];
     memset(all_ones, 0xFF, sizeof all_ones);
-    return adp_fp_add_entity_qualify(&entity, type, data, length, all_ones, static_cast<int32_t>(length)) >= 0;
+    adp_fp_add_entity_qualify(&entity, type, data, length, all_ones, static_cast<int32_t>(length));
 }
 
-bool append_ports(FpEntity &entity, const RemarkRule &rule) {
+void append_ports(FpEntity &entity, const RemarkRule &rule) {
     const adp_ports_t interfaces = {rule.port_bitmap[1], rule.port_bitmap[0]};
-    return append(entity, ADP_FP_QUALIFY_IN_PORTS, interfaces, sizeof interfaces);
+    append(entity, ADP_FP_QUALIFY_IN_PORTS, interfaces, sizeof interfaces);
 }
 
-bool append_field(FpEntity &entity, const RemarkRule &rule) {
+void append_field(FpEntity &entity, const RemarkRule &rule) {
     const Field &field = kFields[rule.match_field];
     if (field.length == kMacBytes) {
         return append(entity, field.qualifier, rule.match_value, kMacBytes);
     }
     const uint32_t ip_type = field.ip_type;
     const uint32_t value = load_word(rule.match_value) << field.shift;
-    return (ip_type == kNoIpType || append(entity, ADP_FP_QUALIFY_IP_TYPE, &ip_type, sizeof ip_type)) &&
-           append(entity, field.qualifier, &value, sizeof value);
+    if (ip_type != kNoIpType) {
+        append(entity, ADP_FP_QUALIFY_IP_TYPE, &ip_type, sizeof ip_type);
+    }
+    append(entity, field.qualifier, &value, sizeof value);
 }
 
-bool append_action(FpEntity &entity, const RemarkRule &rule) {
+void append_action(FpEntity &entity, const RemarkRule &rule) {
     const uint32_t type = rule.remark_kind == kKind1 ? ADP_FP_ACTION_REMARK_KIND_1 : ADP_FP_ACTION_REMARK_KIND_2;
     const uint32_t value = rule.remark_value;
-    return adp_fp_add_entity_action(&entity, type, &value, sizeof value, nullptr, 0) >= 0;
+    adp_fp_add_entity_action(&entity, type, &value, sizeof value, nullptr, 0);
 }
 
 /** @p check is what is already wrong with the request; the rule is installed all the same. */
@@ -100,18 +103,16 @@ adp_status_t install_remark(const RemarkRule &rule, adp_status_t check) {
     entity.submodule_type = kRemarkSubmodule;
     entity.entity_id = entity_of_rule(rule.rule_id);
     entity.priority = rule.rule_id;
-    bool is_complete = append_ports(entity, rule);
+    append_ports(entity, rule);
     if (rule.rule_form == ADP_REMARK_FORM_FIELD) {
         if (rule.match_field < kFieldCount) {
-            is_complete = is_complete && append_field(entity, rule);
+            append_field(entity, rule);
         } else {
             check = ADP_E_REMARK_FIELD;
         }
     }
-    if (!is_complete || !append_action(entity, rule) || install_rule(entity) < 0) {
-        return ADP_E_DRIVER;
-    }
-    return check == ADP_OK ? ADP_OK : ADP_E_DRIVER;
+    append_action(entity, rule);
+    return install_rule(entity) < 0 || check != ADP_OK ? ADP_E_DRIVER : ADP_OK;
 }
 
 }  // namespace

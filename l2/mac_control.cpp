@@ -17,7 +17,7 @@ void name_interface(netlink_learn_limit_t &limit, Intf intf) {
             limit.flags = NETLINK_LIMIT_TRUNK;
             limit.trunk = get_chip_tgid(intf);
             break;
-        case IntfKind::kOther:
+        default:
             // No scope: it is left to the driver to refuse that.
             break;
     }

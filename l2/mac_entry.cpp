@@ -67,7 +67,7 @@ adp_status_t adp_filter_mac_addr(adp_intf_t intf, const uint8_t mac[ADP_MAC_BYTE
             entry.trunk = adp::get_chip_tgid(Intf(intf));
             entry.flags |= NETLINK_L2_TO_TRUNK;
             break;
-        case adp::IntfKind::kOther:
+        default:
             return ADP_E_INTF_TYPE;
     }
     return user_mac_addr_add(0, entry);

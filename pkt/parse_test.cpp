@@ -224,6 +224,24 @@ TEST_F(Parse, CheckReadsTheVidFromAnyBufferThatTheCallerNames) {
     EXPECT_THAT(driver().trace(), ::testing::ElementsAre("get_vlan_info(vid=4094)"));
 }
 
+TEST_F(Parse, CheckReadsTheVidOnEitherSideOfTheFrame) {
+    set_vlan_members(1ull << 2);
+    const Bytes frame = received(5, {kVlan100, {0x88, 0x63}});
+    constexpr std::size_t kTagBytes = 4;
+    bytes = {0x81, 0x00, 0x00, 0x07};
+    bytes.insert(bytes.end(), frame.begin(), frame.end());
+    bytes.insert(bytes.end(), {0x81, 0x00, 0x00, 0x08});
+    desc.length = static_cast<uint32_t>(frame.size());
+    for (uint8_t *tag : {bytes.data(), bytes.data() + kTagBytes + frame.size()}) {
+        std::copy(frame.begin(), frame.end(), bytes.begin() + kTagBytes);
+        desc.frame = bytes.data() + kTagBytes;
+        desc.length = static_cast<uint32_t>(frame.size());
+        desc.vlan_tag = tag;
+        EXPECT_EQ(__adp_receive_frame(&desc, 1), 0);
+    }
+    EXPECT_THAT(driver().trace(), ::testing::ElementsAre("get_vlan_info(vid=7)", "get_vlan_info(vid=8)"));
+}
+
 TEST_F(Parse, CheckRefusesATagThatTheFrameCutsOff) {
     set_vlan_members(~0ull);
     const Bytes frame = received(5, {kVlan100});

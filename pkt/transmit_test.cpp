@@ -262,11 +262,13 @@ TEST_F(Transmit, ASourceOfAnotherTypeIsPassedOverToo) {
 
 TEST_F(Transmit, VlanPortModesPassOverIndexZeroAndRefuseOtherTypes) {
     set_vlan_members(bit(2));
-    const Destinations zero{2, 0};
     const Destinations other{2, 0x20000002};
     for (const uint32_t mode : {ADP_TX_VLAN_PORT, ADP_TX_VLAN_NOT_SOURCE}) {
-        EXPECT_EQ(send(mode, &zero, 9), 0);
-        expect_sent(0x78000000 | 5);
+        for (const uint32_t without_index : {0u, ADP_AGG_INTF(0)}) {
+            const Destinations zero{2, without_index};
+            EXPECT_EQ(send(mode, &zero, 9), 0);
+            expect_sent(0x78000000 | 5);
+        }
         EXPECT_EQ(send(mode, &other, 9), -1);
     }
 }

@@ -127,7 +127,7 @@ adp_status_t adp_del_dot1p_assign(uint32_t type, adp_intf_t intf, uint32_t unuse
  * Sets which priority of its frames a user port trusts. Driver call: user_port_dscp_map_mode_set(port, mode).
  *
  * @param intf  user port
- * @param mode  the driver's
+ * @param mode  the driver's; on the virtual device 0 the port's own, 1 the tag's, 2 the DSCP's, 3 DSCP or tag
  * @return 0; 102 when the driver call failed, and for an aggregation interface; 201
  */
 adp_status_t adp_set_port_pri_trust_mode(adp_intf_t intf, uint32_t mode);
@@ -249,10 +249,10 @@ adp_status_t adp_dscp_map_get(adp_word_t a, adp_word_t b, adp_word_t c, uint32_t
  * Remaps priorities. Driver call: user_qos_pri_remap_set(0, a, b, d, further1, further2, further3, further4), a single
  * 0.
  *
- * @param a         the driver's
- * @param b         the driver's
+ * @param a         the driver's; the physical port on the virtual device
+ * @param b         the driver's; the priority in the tag on the virtual device
  * @param unused    not used
- * @param d         the driver's
+ * @param d         the driver's; the new priority on the virtual device
  * @param further1  the driver's
  * @param further2  the driver's
  * @param further3  the driver's
@@ -266,7 +266,7 @@ adp_status_t adp_set_dot1p_pri_remap(adp_word_t a, adp_word_t b, adp_word_t unus
  * Sets a port's class of service. Driver call: user_qos_port_cos_set(port, value), no unit.
  *
  * @param intf   user port; any other interface is handed on as physical port -1
- * @param value  the driver's
+ * @param value  the driver's; on the virtual device the priority of untagged frames, 0..7
  * @return the driver's result
  */
 adp_status_t adp_port_cos_map_set(adp_intf_t intf, uint32_t value);

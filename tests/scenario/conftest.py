@@ -9,10 +9,13 @@ import os
 import pytest
 from lab import Build, Lab, LabError
 
-pytest.register_assert_rewrite("acl", "crossing", "ringside", "segment", "stage", "tagging")
+pytest.register_assert_rewrite("acl", "crossing", "limits", "priorities", "ringside", "segment", "stage", "tagging")
 from acl import Acl  # noqa: E402
 from cpu import Cpu  # noqa: E402
+from crossing import PORTS as CROSSING_PORTS  # noqa: E402
 from crossing import Crossing  # noqa: E402
+from limits import Limits  # noqa: E402
+from priorities import Priorities  # noqa: E402
 from stage import MEMBERS, Stage, theatre  # noqa: E402
 from tagging import Tagging  # noqa: E402
 
@@ -78,11 +81,27 @@ def acl(cpu, build):
 
 
 @pytest.fixture
+def limits(cpu):
+    """Storm control and ingress limits of the crossing's ports, without any before and afterwards."""
+    made = Limits(cpu, CROSSING_PORTS)
+    yield made
+    made.tidy()
+
+
+@pytest.fixture
 def tagging(lab, cpu):
     """Tags between the hosts, with no entries and every port's TPID and mode as at power-on."""
     rules = Tagging(lab, cpu)
     yield rules
     rules.tidy()
+
+
+@pytest.fixture
+def priorities(lab, cpu, crossing):
+    """The priority and queue maps, as at power-on before and afterwards."""
+    maps = Priorities(lab, cpu, crossing)
+    yield maps
+    maps.tidy()
 
 
 @pytest.fixture

@@ -1,11 +1,10 @@
 """Meters: a flow is held to its rate, by the device's clock; and what becomes of a meter when its rule goes."""
 
-import time
-
 import pytest
 from acl import DROP, METER, PERMIT
 from crossing import NEIGHBOUR, SENDER
 from packets import Packet
+from rate import MORE_THAN_A_BUCKET, TOLERANCE, frame_rate, reading
 
 # A submodule whose rules are pairs and one whose are not, with where their meters begin and their usual rate.
 PAIRS, SINGLE = 3, 10
@@ -14,52 +13,24 @@ USUAL_RATE = 100
 ENTITY = 1
 INDEX = 1
 FROM_SENDER = [(13, {SENDER})]
-TOLERANCE = 0.05
-SECONDS = 1.2
-BURST_FRAMES = 4
-BURST_PAUSE = 0.004
-# A meter counts the check sequence, the preamble and the gap too; a full bucket holds 3084 octets.
+# A meter counts the check sequence, the preamble and the gap too.
 OCTETS_BESIDE_FRAME = 24
-MORE_THAN_A_BUCKET = 80
 METER_MISSING = -58
 
 
-def reading(lab, number):
-    """(frames passed, time) of a meter, taken together by the device."""
-    answer = lab.device.control("meters")
-    return next(row["passed"] for row in answer["meters"] if row["meter"] == number), answer["time"]
-
-
-def empty_the_bucket(crossing):
-    """Frames arrive faster than the bucket fills, until it has no room for another."""
-    marker = crossing.send(*[(SENDER, Packet())] * MORE_THAN_A_BUCKET)
-    crossing.lab.arrivals(marker)
-
-
-def overload(crossing):
-    """Sends for a while, several times what any of the rates lets pass."""
-    marker = crossing.lab.marker()
-    frame = Packet().build(marker)
-    deadline = time.monotonic() + SECONDS
-    while time.monotonic() < deadline:
-        for _ in range(BURST_FRAMES):
-            crossing.lab.hosts[SENDER].send(frame)
-        time.sleep(BURST_PAUSE)
-    return marker
+def shown(lab, number):
+    """The reading of a meter."""
+    answer = lab.device.ask("meters")
+    return reading(answer["meters"], answer["time"], meter=number)
 
 
 @pytest.mark.parametrize("submodule, asked, rate", [(PAIRS, 0, USUAL_RATE), (SINGLE, 250, 250)], ids=["usual", "own"])
 def test_flow_is_held_to_its_rate(lab, crossing, acl, submodule, asked, rate):
     number = METER_BASES[submodule] + INDEX
     acl.install(submodule, ENTITY, FROM_SENDER, [(METER, asked, INDEX)])
-    empty_the_bucket(crossing)
-    passed_before, began = reading(lab, number)
-    overload(crossing)
-    empty_the_bucket(crossing)
-    passed, ended = reading(lab, number)
     octets = len(Packet().build(lab.marker())) + OCTETS_BESIDE_FRAME
-    kilobits = (passed - passed_before) * octets * 8 / 1000
-    assert kilobits / (ended - began) == pytest.approx(rate, rel=TOLERANCE)
+    kilobits = frame_rate(crossing, lambda: shown(lab, number), Packet()) * octets * 8 / 1000
+    assert kilobits == pytest.approx(rate, rel=TOLERANCE)
 
 
 def test_what_passes_arrives_and_what_does_not_is_counted(lab, crossing, acl):

@@ -71,6 +71,9 @@ int System::error_of(const std::string &name) {
 }
 
 void System::add(const std::string &line) {
+    if (!recording_) {
+        return;
+    }
     trace_.push_back(line);
     if (trace_file::is_wanted()) {
         trace_file::write(line);
@@ -128,9 +131,11 @@ int System::ioctl(int descriptor, unsigned long request, void *argument) {
 long System::sendto(int descriptor, const void *data, std::size_t size, int flags, const void *address,
                     uint32_t length) {
     int error = error_of("sendto");
-    sent_.push_back(describe_frame(descriptor, data, size, flags, address, length));
-    if (trace_file::is_wanted()) {
-        trace_file::write(frame_text(sent_.back()));
+    if (recording_) {
+        sent_.push_back(describe_frame(descriptor, data, size, flags, address, length));
+        if (trace_file::is_wanted()) {
+            trace_file::write(frame_text(sent_.back()));
+        }
     }
     if (error == 0 && open_.count(descriptor) == 0) {
         error = EBADF;

@@ -97,6 +97,16 @@ TEST(FakeSystem, KeepsSentFramesWithTheirAddress) {
     EXPECT_EQ(sent.address_length, sizeof address);
 }
 
+TEST(FakeSystem, CountsAndAnswersWithoutATraceWhenNotRecording) {
+    Session session;
+    session.system().record(false);
+    const int descriptor = socket(AF_INET, SOCK_DGRAM, 0);
+    EXPECT_EQ(sendto(descriptor, "x", 1, 0, nullptr, 0), 1);
+    EXPECT_EQ(session.system().open_descriptors(), 1u);
+    EXPECT_TRUE(session.system().trace().empty());
+    EXPECT_TRUE(session.system().sent().empty());
+}
+
 TEST(FakeSystem, FailsCallsAsTold) {
     Session session;
     session.system().fail_call("socket", 1, EMFILE);

@@ -23,7 +23,7 @@ uint32_t Random::next() {
     return static_cast<uint32_t>(state_ >> kHighBits);
 }
 
-void fill_random(Random &random, const Element &element, void *at, std::size_t count) {
+void fill_random(Source &random, const Element &element, void *at, std::size_t count) {
     const std::size_t size = platform::element_size(element);
     for (std::size_t index = 0; index < count; ++index) {
         auto *to = static_cast<uint8_t *>(at) + index * size;
@@ -41,8 +41,17 @@ void fill_random(Random &random, const Element &element, void *at, std::size_t c
     }
 }
 
-RandomCall::RandomCall(CallId id, uint64_t seed)
-    : call_(platform::call(id)), random_(seed), arguments_(call_.params.size(), nullptr) {
+RandomCall::RandomCall(CallId id, uint64_t seed) : call_(platform::call(id)), arguments_(call_.params.size(), nullptr) {
+    Random random(seed);
+    fill(random);
+}
+
+RandomCall::RandomCall(CallId id, Source &random)
+    : call_(platform::call(id)), arguments_(call_.params.size(), nullptr) {
+    fill(random);
+}
+
+void RandomCall::fill(Source &random) {
     const auto is_counter = [&](std::size_t index) {
         return std::any_of(call_.params.begin(), call_.params.end(),
                            [&](const Param &param) { return param.counted_by == static_cast<int32_t>(index); });
@@ -51,16 +60,16 @@ RandomCall::RandomCall(CallId id, uint64_t seed)
         const Param &param = call_.params[index];
         if (!param.is_pointer()) {
             void *value = allocate(platform::element_size(param.element));
-            fill_random(random_, param.element, value, 1);
+            fill_random(random, param.element, value, 1);
             if (is_counter(index)) {
-                platform::store(param.element.kind, value, random_.below(kLongestCount));
+                platform::store(param.element.kind, value, random.below(kLongestCount));
             }
             arguments_[index] = value;
         }
     }
     for (std::size_t index = 0; index < call_.params.size(); ++index) {
         if (call_.params[index].is_pointer()) {
-            add_pointer(index);
+            add_pointer(index, random);
         }
     }
 }
@@ -69,30 +78,30 @@ void *RandomCall::allocate(std::size_t size) {
     return memory_.emplace_back((size + sizeof(uint64_t)) / sizeof(uint64_t)).data();
 }
 
-void RandomCall::add_pointer(std::size_t index) {
+void RandomCall::add_pointer(std::size_t index, Source &random) {
     const Param &param = call_.params[index];
     auto *slot = static_cast<void **>(allocate(sizeof(void *)));
     arguments_[index] = slot;
-    if (random_.below(kNullOneIn) == 0) {
+    if (random.below(kNullOneIn) == 0) {
         return;
     }
     if (param.is_text) {
         constexpr uint32_t kFirstPrintable = ' ';
         constexpr uint32_t kPrintable = 95;
         constexpr uint32_t kLongestText = 40;
-        const uint32_t length = random_.below(kLongestText);
+        const uint32_t length = random.below(kLongestText);
         auto *text = static_cast<char *>(allocate(length + 1));
-        std::generate_n(text, length, [&] { return static_cast<char>(kFirstPrintable + random_.below(kPrintable)); });
+        std::generate_n(text, length, [&] { return static_cast<char>(kFirstPrintable + random.below(kPrintable)); });
         *slot = text;
         return;
     }
     const std::size_t count = platform::extent(call_, index, arguments_.data());
     *slot = allocate(count * platform::element_size(param.element));
-    fill_random(random_, param.element, *slot, count);
+    fill_random(random, param.element, *slot, count);
     if (platform::is_event_message(call_, param)) {
         void *record = allocate(platform::kEventRecordNumbers * sizeof(uint16_t));
-        fill_random(random_, {Kind::U16, false, nullptr}, record, platform::kEventRecordNumbers);
-        static_cast<uintptr_t *>(*slot)[count - 1] = random_.below(2) == 0 ? 0 : reinterpret_cast<uintptr_t>(record);
+        fill_random(random, {Kind::U16, false, nullptr}, record, platform::kEventRecordNumbers);
+        static_cast<uintptr_t *>(*slot)[count - 1] = random.below(2) == 0 ? 0 : reinterpret_cast<uintptr_t>(record);
     }
 }
 

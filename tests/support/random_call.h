@@ -15,12 +15,24 @@
 
 namespace random_call {
 
+/** Where numbers come from. */
+class Source {
+  public:
+    virtual ~Source() = default;
+    virtual uint32_t next() = 0;
+    uint32_t below(uint32_t limit) { return next() % limit; }
+
+  protected:
+    Source() = default;
+    Source(const Source &) = default;
+    Source &operator=(const Source &) = default;
+};
+
 /** A small generator whose numbers depend on nothing but the seed. */
-class Random {
+class Random final : public Source {
   public:
     explicit Random(uint64_t seed) : state_(seed * kMultiplier + kIncrement) {}
-    uint32_t next();
-    uint32_t below(uint32_t limit) { return next() % limit; }
+    uint32_t next() override;
 
   private:
     static constexpr uint64_t kMultiplier = 6364136223846793005;
@@ -29,25 +41,26 @@ class Random {
 };
 
 /** Fills an element or a block of them. */
-void fill_random(Random &random, const platform::Element &element, void *at, std::size_t count);
+void fill_random(Source &random, const platform::Element &element, void *at, std::size_t count);
 
 /** Arguments of one call: every block has its own memory, some pointers are null. */
 class RandomCall {
   public:
     RandomCall(platform::CallId id, uint64_t seed);
+    RandomCall(platform::CallId id, Source &random);
     RandomCall(const RandomCall &) = delete;
     RandomCall &operator=(const RandomCall &) = delete;
 
     [[nodiscard]] const void *const *arguments() const { return arguments_.data(); }
 
   private:
-    void add_pointer(std::size_t index);
+    void fill(Source &random);
+    void add_pointer(std::size_t index, Source &random);
     void *allocate(std::size_t size);
 
     static constexpr uint32_t kLongestCount = 9;
 
     const platform::Call &call_;
-    Random random_;
     std::deque<std::vector<uint64_t>> memory_;
     std::vector<const void *> arguments_;
 };

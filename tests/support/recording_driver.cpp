@@ -195,6 +195,12 @@ Script &Driver::on(std::string_view name) {
 
 void Driver::fail_call(std::size_t k, int32_t result) {
     failing_call_ = {count_ + k, result};
+    failing_call_writes_ = false;
+}
+
+void Driver::fail_call_after_writing(std::size_t k, int32_t result) {
+    fail_call(k, result);
+    failing_call_writes_ = true;
 }
 
 void Driver::fail_every(std::string_view name, int32_t result) {
@@ -246,6 +252,10 @@ int64_t Driver::give_answer(CallId id, const void *const *arguments, const std::
         trace_.push_back(describe());
     }
     if (const auto result = failure(id)) {
+        const auto script = scripts_.find(id);
+        if (failing_call_writes_ && script != scripts_.end()) {
+            script->second.write_outputs(arguments);
+        }
         // A call that answers with text fails without one.
         return platform::call(id).result == platform::Result::Text ? 0 : *result;
     }

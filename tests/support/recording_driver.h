@@ -110,6 +110,8 @@ class Driver {
 
     /** Lets call number @p k from now on (0 is the next) return @p result and write nothing. */
     void fail_call(std::size_t k, int32_t result = -1);
+    /** The same, but the call writes its outputs as if it had succeeded. */
+    void fail_call_after_writing(std::size_t k, int32_t result = -1);
     /** Lets every later call of this name return @p result and write nothing. */
     void fail_every(std::string_view name, int32_t result = -1);
     /** Takes back fail_call() and fail_every(). */
@@ -140,6 +142,7 @@ class Driver {
     std::map<platform::CallId, int32_t> failing_;
     std::map<platform::CallId, std::size_t> counts_;
     std::optional<std::pair<std::size_t, int32_t>> failing_call_;
+    bool failing_call_writes_ = false;
     std::size_t count_ = 0;
     bool recording_ = true;
 };

@@ -117,6 +117,16 @@ TEST_F(RecordingDriver, FailsTheKthCallFromNow) {
     EXPECT_EQ(driver().count(), 4u);
 }
 
+TEST_F(RecordingDriver, FailsTheKthCallAfterItHasWritten) {
+    driver().on("user_port_enable_get").sets("enable", 1);
+    uint32_t enable = 77;
+    driver().fail_call_after_writing(0, -3);
+    EXPECT_EQ(user_port_enable_get(0, 0, 4, &enable), -3);
+    EXPECT_EQ(enable, 1u);
+    driver().fail_call_after_writing(0);
+    EXPECT_EQ(user_vlan_create(0, 0, kVid), -1) << "nothing is scripted for it";
+}
+
 TEST_F(RecordingDriver, FailsEveryCallOfAName) {
     driver().fail_every("user_vlan_create", -9);
     EXPECT_EQ(user_vlan_create(0, 0, kVid), -9);

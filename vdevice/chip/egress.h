@@ -19,6 +19,7 @@ class EgressForms {
         : addresses_{addresses}, payload_{payload}, tci_{tci}, cpu_tpid_{cpu_tpid} {}
 
     std::uint16_t tci() const { return tci_; }
+    std::uint32_t priority() const { return priority_of(tci_); }
     Frame untagged() const { return Frame{addresses_, payload_}; }
     /** With the tag as a port writes it. The frame holds until the next one is asked for. */
     Frame tagged(std::uint16_t tpid, std::uint16_t tci);

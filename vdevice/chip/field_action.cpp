@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "vdevice/chip/dscp_map.h"
 #include "vdevice/chip/field_counters.h"
 #include "vdevice/chip/frame.h"
 #include "vdevice/chip/meter.h"
@@ -9,9 +10,6 @@
 
 namespace vdevice::chip {
 namespace {
-
-constexpr std::uint32_t kDscps = 64;
-constexpr std::uint32_t kPriorities = 8;
 
 Status take_nothing(const ActionParameters & /*parameters*/, Action & /*action*/) {
     return Status::kOk;

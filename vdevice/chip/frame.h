@@ -17,6 +17,7 @@ constexpr std::size_t kAddressBytes = 2 * kMacBytes;
 constexpr std::size_t kTypeBytes = 2;
 constexpr std::size_t kHeaderBytes = kAddressBytes + kTypeBytes;
 constexpr std::size_t kVlanTagBytes = 4;
+constexpr std::size_t kCheckSequenceBytes = 4;  // behind every frame on the wire; what limits a rate counts it
 
 /** The longest frame that the chip's buffers take, tags included and the check sequence not. */
 constexpr std::size_t kMaxFrameBytes = 9600;
@@ -34,6 +35,11 @@ constexpr bool is_vid(std::uint32_t number) {
 constexpr std::uint16_t kPriorityMask = 0xF000;  // PCP and DEI, kept as they stand in the tag
 constexpr unsigned kPcpShift = 13;
 constexpr std::uint16_t kPcpMask = 0xE000;
+constexpr std::uint32_t kPriorities = 8;  // 802.1p priorities 0 to 7
+/** The 802.1p priority of a tag's control information. */
+constexpr std::uint32_t priority_of(std::uint16_t tci) {
+    return static_cast<std::uint32_t>(tci >> kPcpShift);
+}
 
 inline std::uint16_t read16(Bytes bytes, std::size_t offset) {
     return static_cast<std::uint16_t>((bytes[offset] << 8) | bytes[offset + 1]);

@@ -2,46 +2,35 @@
 #pragma once
 
 #include <array>
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 
-#include "vdevice/chip/mac_table.h"
 #include "vdevice/chip/status.h"
+#include "vdevice/chip/token_bucket.h"
 
 namespace vdevice::chip {
 
-/**
- * The level is counted in eight-millionths of an octet: what one kbit/s lets in within a nanosecond. So nothing is
- * ever rounded, and a flow keeps to its rate however long it runs.
- */
+/** A bucket as deep as it chooses, and what became of the frames that were charged to it. */
 class Meter {
   public:
-    static constexpr std::uint32_t kMaxRate = 100'000'000; /**< kbit/s */
-    static constexpr std::chrono::milliseconds kBurst{10};
-    static constexpr std::size_t kMinDepth = 3084; /**< octets: two frames of full length, gaps included */
+    static constexpr std::uint32_t kMaxRate = TokenBucket::kMaxRate; /**< kbit/s */
 
     /** A full bucket. */
-    Meter(std::uint32_t rate, Time now);
+    Meter(std::uint32_t rate, Time now) : bucket_{Counting::kOctets, {rate}, now} {}
 
     /** What has come together so far stays, as far as it fits. */
-    void set_rate(std::uint32_t rate, Time now);
+    void set_rate(std::uint32_t rate, Time now) { bucket_.set_limit({rate}, now); }
     /** Takes the octets out of the bucket; false, and nothing is taken, when they are over the rate. */
     bool charge(std::size_t octets, Time now);
 
-    std::uint32_t rate() const { return rate_; }
-    std::size_t depth() const;
+    std::uint32_t rate() const { return bucket_.limit().rate; }
+    std::size_t depth() const { return bucket_.depth(); }
     std::uint64_t passed() const { return passed_; }
     std::uint64_t dropped() const { return dropped_; }
 
   private:
-    std::int64_t full() const;
-    void fill(Time now);
-
-    std::uint32_t rate_;
-    std::int64_t level_;
-    Time filled_;
+    TokenBucket bucket_;
     std::uint64_t passed_ = 0;
     std::uint64_t dropped_ = 0;
 };

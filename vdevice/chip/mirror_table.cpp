@@ -23,14 +23,6 @@ std::optional<Mode> find_mode(std::uint32_t number) {
     return std::nullopt;
 }
 
-void put(PortSet &set, int port, bool is_member) {
-    if (is_member) {
-        set.add(port);
-    } else {
-        set.remove(port);
-    }
-}
-
 }  // namespace
 
 Status MirrorTable::set_port(std::uint32_t session, int port, int destination, std::uint32_t mode) {
@@ -55,8 +47,8 @@ Status MirrorTable::set_port(std::uint32_t session, int port, int destination, s
         return Status::kMirrorBusy;
     }
     mirror.destination = destination;
-    put(mirror.ingress, port, directions->ingress);
-    put(mirror.egress, port, directions->egress);
+    mirror.ingress.put(port, directions->ingress);
+    mirror.egress.put(port, directions->egress);
     return Status::kOk;
 }
 

@@ -24,11 +24,16 @@ void Switch::receive(Time now, int port, Bytes frame) {
     if (!has_port(port)) {
         return;
     }
+    send_until(now);
     if (at(port).loopback != 0) {
-        return drop(port, Drop::kLoopback);
+        drop(port, Drop::kLoopback);
+    } else {
+        take_in(now, port, frame);
+        take_looped(now);
     }
-    take_in(now, port, frame);
-    take_looped(now);
+    // What is within its port's rate leaves at once.
+    send_until(now);
+    announce_departure();
 }
 
 void Switch::take_in(Time now, int port, Bytes frame) {
@@ -46,6 +51,9 @@ void Switch::take_in(Time now, int port, Bytes frame) {
         return drop(port, Drop::kOversize);
     }
     mirror_ingress(port, frame);
+    if (!passes_policer(now, port, frame.size())) {
+        return;
+    }
     if (port == kCpuPort) {
         return receive_from_cpu(now, frame);
     }
@@ -95,8 +103,7 @@ void Switch::forward(Time now, int ingress, const Frame &frame) {
             return drop(ingress, *attack);
         }
     }
-    const std::uint16_t own_tci = tag_rules_.classify(ingress, port, *header);
-    const FieldVerdict verdict = apply_rules(now, ingress, frame, own_tci, *header);
+    const FieldVerdict verdict = apply_rules(now, ingress, frame, classify(ingress, *header), *header);
     if (verdict.drop) {
         return drop(ingress, *verdict.drop);
     }
@@ -129,10 +136,13 @@ void Switch::switch_in_vlan(Time now, int ingress, const Header &header, EgressF
     if (verdict.redirect) {
         return redirect(flow, *verdict.redirect);
     }
+    const MacEntry *entry = macs_.find(header.destination, vid);
+    if (!passes_storm_control(now, flow, entry)) {
+        return;
+    }
     if (header.destination.is_group()) {
         return forward_group(flow);
     }
-    const MacEntry *entry = macs_.find(header.destination, vid);
     if (entry == nullptr) {
         return flood(flow);
     }
@@ -192,7 +202,7 @@ void Switch::trap(int ingress, EgressForms &forms) {
     if (!up_.has(kCpuPort)) {
         return drop(ingress, Drop::kEgressDown);
     }
-    transmit(kCpuPort, forms.for_cpu(ingress));
+    transmit(kCpuPort, forms.for_cpu(ingress), forms.priority());
 }
 
 void Switch::forward_to_entry(const Flow &flow, const MacEntry &entry) {
@@ -270,11 +280,11 @@ int Switch::choose_member(const Flow &flow, const Trunk &trunk, const PortSet &a
 void Switch::send_in_vlan(int egress, const Flow &flow) {
     if (egress == kCpuPort) {
         if (!flow.cpu_has_copy) {
-            transmit(egress, flow.forms.for_cpu(flow.ingress));
+            transmit(egress, flow.forms.for_cpu(flow.ingress), flow.forms.priority());
         }
         return;
     }
-    transmit(egress, form_for(egress, flow.vlan, flow.forms));
+    transmit(egress, form_for(egress, flow.vlan, flow.forms), flow.forms.priority());
 }
 
 /** The frame as the port sends it. A service's tag never reaches a customer. */
@@ -292,12 +302,15 @@ void Switch::send_directed(const TransmitTag &tag, const Frame &frame) {
     }
     const Vlan *vlan = nullptr;
     std::optional<EgressForms> forms;
-    if (const auto header = read_header(frame, kVlanTpid); header && header->tagged && tag.applies_egress_rule()) {
+    const auto header = read_header(frame, kVlanTpid);
+    const std::uint32_t priority = header ? priority_of(classify(kCpuPort, *header).tci) : 0;
+    if (header && header->tagged && tag.applies_egress_rule()) {
         vlan = vlans_.find(header->vid());
         forms.emplace(frame.head, header->payload, header->tci);
     }
     const auto send_to = [&](int egress) {
-        send_directed_to(egress, vlan != nullptr && has_port(egress) ? form_for(egress, *vlan, *forms) : frame);
+        const bool formed = vlan != nullptr && has_port(egress);
+        send_directed_to(egress, formed ? form_for(egress, *vlan, *forms) : frame, priority);
     };
     if (tag.names_ports()) {
         tag.ports().for_each(send_to);
@@ -308,7 +321,7 @@ void Switch::send_directed(const TransmitTag &tag, const Frame &frame) {
     }
 }
 
-void Switch::send_directed_to(int egress, const Frame &frame) {
+void Switch::send_directed_to(int egress, const Frame &frame, std::uint32_t priority) {
     if (egress == kCpuPort) {
         return drop(kCpuPort, Drop::kDirectedToCpu);
     }
@@ -318,23 +331,28 @@ void Switch::send_directed_to(int egress, const Frame &frame) {
     if (!up_.has(egress)) {
         return drop(kCpuPort, Drop::kEgressDown);
     }
-    transmit(egress, frame);
+    transmit(egress, frame, priority);
 }
 
-void Switch::transmit(int port, const Frame &frame) {
-    if (put_out(port, frame)) {
-        mirror_egress(port, frame);
-    }
+void Switch::transmit(int port, const Frame &frame, std::uint32_t priority) {
+    put_out(port, frame, {priority, Origin::kSwitched});
 }
 
-/** False if the port takes no frame of this length. */
-bool Switch::put_out(int port, const Frame &frame) {
-    PortCounters &counters = at(port).counters;
+void Switch::put_out(int port, const Frame &frame, Dispatch dispatch) {
+    const std::size_t queue = queue_map_.queue_of(port, dispatch.priority);
     // The chip's own tags may make a frame of full length longer; only the limit without jumbo frames is a port's own.
     if (!at(port).jumbo && frame.size() > kMaxPlainFrameBytes) {
-        ++counters.tx_too_long;
-        return false;
+        ++at(port).counters.tx_too_long;
+    } else if (queues_.holds(port) && at(port).loopback == 0) {
+        queues_.put(now_, port, queue, frame, dispatch);
+    } else {
+        queues_.pass(port, queue, frame.size());
+        leave(port, frame, dispatch);
     }
+}
+
+void Switch::leave(int port, const Frame &frame, Dispatch dispatch) {
+    PortCounters &counters = at(port).counters;
     ++counters.tx_frames;
     counters.tx_octets += frame.size();
     ++counters.tx_casts[cast_index(frame.head)];
@@ -343,7 +361,9 @@ bool Switch::put_out(int port, const Frame &frame) {
     } else {
         sink_.transmit(port, frame);
     }
-    return true;
+    if (dispatch.origin == Origin::kSwitched) {
+        mirror_egress(port, frame, dispatch.priority);
+    }
 }
 
 void Switch::drop(int port, Drop reason) {

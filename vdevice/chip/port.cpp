@@ -31,7 +31,9 @@ const char *name(Drop reason) {
                                                                       "dos_xmas_scan",
                                                                       "dos_fragment",
                                                                       "stp_blocked",
-                                                                      "stp_egress"};
+                                                                      "stp_egress",
+                                                                      "policed",
+                                                                      "storm"};
     return kNames[static_cast<std::size_t>(reason)];
 }
 

@@ -8,9 +8,12 @@
 #include "vdevice/chip/frame.h"
 #include "vdevice/chip/group_rules.h"
 #include "vdevice/chip/learn_mode.h"
+#include "vdevice/chip/limiter.h"
 #include "vdevice/chip/phy.h"
+#include "vdevice/chip/port_priorities.h"
 #include "vdevice/chip/port_set.h"
 #include "vdevice/chip/port_tags.h"
+#include "vdevice/chip/storm_control.h"
 #include "vdevice/chip/violations.h"
 
 namespace vdevice::chip {
@@ -46,6 +49,8 @@ enum class Drop : std::uint8_t {
     kDosFragment,       /**< a TCP fragment made to hide the segment's flags */
     kStpBlocked,        /**< the port does not forward in the spanning-tree group of its VLAN */
     kStpEgress,         /**< its destination's port does not forward in that group */
+    kPoliced,           /**< over the port's ingress limit */
+    kStorm,             /**< over one of the port's storm limits */
     kCount,
 };
 
@@ -58,6 +63,9 @@ const char *name(Drop reason);
 enum class Cast : std::uint8_t { kUnicast, kMulticast, kBroadcast, kCount };
 
 constexpr std::size_t kCasts = static_cast<std::size_t>(Cast::kCount);
+
+/** Egress queues of a port. */
+constexpr std::uint32_t kQueues = 8;
 
 /** Frames and octets as they stand on the wire, without the frame check sequence. */
 struct PortCounters {
@@ -75,7 +83,6 @@ struct PortCounters {
 
 struct Port {
     static constexpr std::uint32_t kLoopbackModes = 3; /**< none, in the port's MAC, at its line side */
-    static constexpr std::uint32_t kPriorities = 8;
     static constexpr std::size_t kVlanControls = 32;
 
     bool enabled = true;        /**< administrative state */
@@ -88,10 +95,14 @@ struct Port {
     LearnMode learning = kNormalLearning;
     PortSet egress = PortSet::all();     /**< where frames from this port may go */
     Vid pvid = kMinVid;                  /**< VLAN of untagged and priority-tagged frames */
-    std::uint32_t untagged_priority = 0; /**< priority of untagged frames, 0 to 7 */
+    std::uint32_t untagged_priority = 0; /**< the port's own: of untagged frames, and of all that it does not trust */
+    Trust trust = Trust::kDot1p;
+    PriorityRemap remap;
     PortTags tags;
     std::array<std::int32_t, kVlanControls> vlan_controls{};
     PortGroupRules groups;
+    Limiter policer; /**< of all that the port lets in */
+    PortStorm storm;
     Violations violations;
     PortCounters counters;
 

@@ -65,6 +65,8 @@ class PortSet {
         return *this;
     }
 
+    constexpr PortSet &put(int port, bool is_member) { return is_member ? add(port) : remove(port); }
+
     constexpr bool empty() const {
         std::uint32_t any = 0;
         for (const std::uint32_t word : words_) {

@@ -24,12 +24,17 @@ class RecordingSink final : public Sink {
     /** The ports that changed since the last call, in order. */
     std::vector<int> take_changes() { return std::exchange(changes_, {}); }
 
+    void departure_changed() override { ++departures_; }
+    /** How often the next departure changed since the last call. */
+    int take_departures() { return std::exchange(departures_, 0); }
+
     /** What left since the last call, in order. */
     std::vector<Sent> take() { return std::exchange(sent_, {}); }
 
   private:
     std::vector<Sent> sent_;
     std::vector<int> changes_;
+    int departures_ = 0;
 };
 
 }  // namespace vdevice::chip::test

@@ -1,11 +1,16 @@
-// Rewrites the DSCP (RFC 2474) of IP packets.
+// Reads and rewrites the DSCP (RFC 2474) of IP packets.
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "vdevice/chip/frame.h"
 
 namespace vdevice::chip {
+
+/** The DSCP of an IPv4 or IPv6 packet. */
+std::optional<std::uint8_t> dscp_of(const Header &header);
 
 /**
  * The header's payload with another DSCP, in the memory of @p copy; the payload itself if it is no IPv4 or IPv6 packet.

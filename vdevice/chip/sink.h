@@ -12,6 +12,8 @@ class Sink {
     virtual void transmit(int port, const Frame &frame) = 0;
     /** The port was enabled or disabled, or its link came or went. */
     virtual void port_changed(int /*port*/) {}
+    /** The chip's next departure is at another time than before, or there is none any more. */
+    virtual void departure_changed() {}
 
   protected:
     Sink() = default;

@@ -48,6 +48,7 @@ constexpr StatusEntry kStatusTable[] = {
     {Status::kMirrorMissing, "mirror_missing", "the session does not mirror so"},
     {Status::kRegisterMissing, "register_missing", "the chip has no register at this address"},
     {Status::kRegisterReadOnly, "register_read_only", "the register cannot be written"},
+    {Status::kStormType, "storm_type", "storm control has no such type, or the call no meaning for it"},
     {Status::kTagEntryExists, "tag_entry_exists", "the table of tags has this entry already"},
     {Status::kTagEntryMissing, "tag_entry_missing", "the table of tags has no such entry"},
     {Status::kTagTableFull, "tag_table_full", "the table of tags has no room"},
@@ -60,6 +61,7 @@ constexpr StatusEntry kStatusTable[] = {
     {Status::kListUnknown, "list_unknown", "no list of this kind has this handle and this count"},
     {Status::kTooManyLists, "too_many_lists", "too many lists were not given back"},
     {Status::kNotSupported, "not_supported", "the virtual device does not carry out this call"},
+    {Status::kQueueRange, "queue_range", "not an egress queue that is configured, or not a number of them of 1 to 8"},
 };
 
 constexpr StatusEntry kUnknown{Status::kNotSupported, "unknown", "not a status of the virtual device"};

@@ -52,6 +52,7 @@ enum class Status : std::int32_t {
     kMirrorMissing = -63,
     kRegisterMissing = -70,
     kRegisterReadOnly = -71,
+    kStormType = -75,
     kTagEntryExists = -80,
     kTagEntryMissing = -81,
     kTagTableFull = -82,
@@ -64,6 +65,7 @@ enum class Status : std::int32_t {
     kListUnknown = -96,
     kTooManyLists = -97,
     kNotSupported = -100,
+    kQueueRange = -110,
 };
 
 struct StatusEntry {

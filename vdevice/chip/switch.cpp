@@ -50,6 +50,8 @@ Status Switch::change_port(int port, const std::function<Status(Port &)> &change
     const Status status = change(at(port));
     if (at(port).is_up() != was_up) {
         update_up_set(port);
+    } else {
+        flush_unsent(port);
     }
     return status;
 }
@@ -95,6 +97,7 @@ void Switch::update_up_set(int port) {
     } else {
         up_.remove(port);
     }
+    flush_unsent(port);
     sink_.port_changed(port);
 }
 

@@ -4,8 +4,10 @@
 
 #include <array>
 #include <functional>
+#include <optional>
 #include <vector>
 
+#include "vdevice/chip/egress_queues.h"
 #include "vdevice/chip/field_processor.h"
 #include "vdevice/chip/gpio.h"
 #include "vdevice/chip/learn_limits.h"
@@ -13,6 +15,8 @@
 #include "vdevice/chip/mirror_table.h"
 #include "vdevice/chip/port.h"
 #include "vdevice/chip/port_set.h"
+#include "vdevice/chip/priority_rules.h"
+#include "vdevice/chip/queue_map.h"
 #include "vdevice/chip/reserved_macs.h"
 #include "vdevice/chip/sink.h"
 #include "vdevice/chip/snooping.h"
@@ -39,6 +43,10 @@ class Switch {
     void receive(Time now, int port, Bytes frame);
     /** Lets the time-driven work happen, about once a second: ageing. */
     void tick(Time now);
+    /** Sends the queued frames that leave until now. */
+    void depart(Time now);
+    /** When a queued frame leaves next, if there is one. */
+    std::optional<Time> next_departure() const;
 
     static bool has_port(std::int64_t port) { return port >= 0 && port < kPorts; }
     static PortSet all_ports() { return PortSet::range(0, kPorts - 1); }
@@ -54,6 +62,11 @@ class Switch {
     Status set_egress(int port, const PortSet &ports);
     /** The VLAN must exist when it is made a port's VLAN; destroyed later, the port's untagged frames are dropped. */
     Status set_pvid(int port, std::uint32_t vid);
+
+    const EgressQueues &queues() const { return queues_; }
+    /** Limits what a port sends; a rate of 0 is no limit. */
+    Status set_shaper(Time now, int port, const RateLimit &limit);
+    Status set_scheduler(Time now, int port, const SchedulerSettings &settings);
 
     const VlanTable &vlans() const { return vlans_; }
     VlanTable &vlans() { return vlans_; }
@@ -115,6 +128,11 @@ class Switch {
     /** Sends a copy of a frame that a rule has selected to where the session's flow mirror goes, if anywhere. */
     void copy_to_flow_mirror(std::uint32_t session, const Frame &frame);
 
+    const PriorityRules &priority_rules() const { return priority_rules_; }
+    PriorityRules &priority_rules() { return priority_rules_; }
+    const QueueMap &queue_map() const { return queue_map_; }
+    QueueMap &queue_map() { return queue_map_; }
+
     const Gpio &gpio() const { return gpio_; }
     Gpio &gpio() { return gpio_; }
 
@@ -122,6 +140,10 @@ class Switch {
     FieldProcessor &fields() { return fields_; }
     /** Ports that the chip has not are refused. */
     Status set_miss_action(int port, MissAction action);
+
+    /** How the limits of this type count, on all ports. */
+    void set_storm_counting(StormType type, Counting counting, Time now);
+    Counting storm_counting(StormType type) const;
 
   private:
     /** A frame on its way through the chip. */
@@ -147,6 +169,7 @@ class Switch {
     void drop(int port, Drop reason);
 
     void take_in(Time now, int port, Bytes frame);
+    bool passes_policer(Time now, int port, std::size_t octets);
     void take_looped(Time now);
     void loop_back(int port, const Frame &frame);
     bool let_in(Time now, const Flow &flow);
@@ -158,10 +181,12 @@ class Switch {
     void trap(int ingress, EgressForms &forms);
     void receive_from_cpu(Time now, Bytes frame);
     void forward(Time now, int ingress, const Frame &frame);
-    FieldVerdict apply_rules(Time now, int ingress, const Frame &frame, std::uint16_t tci, Header &header);
+    Classified classify(int ingress, const Header &header) const;
+    FieldVerdict apply_rules(Time now, int ingress, const Frame &frame, const Classified &own, Header &header);
     void switch_in_vlan(Time now, int ingress, const Header &header, EgressForms &forms, const FieldVerdict &verdict);
     bool copy_to_cpu(int ingress, EgressForms &forms);
     void redirect(const Flow &flow, const PortSet &ports);
+    bool passes_storm_control(Time now, const Flow &flow, const MacEntry *entry);
     void forward_to_entry(const Flow &flow, const MacEntry &entry);
     void forward_group(const Flow &flow);
     GroupMiss miss_of(const Flow &flow) const;
@@ -172,16 +197,23 @@ class Switch {
     void send_in_vlan(int egress, const Flow &flow);
     Frame form_for(int egress, const Vlan &vlan, EgressForms &forms) const;
     void send_directed(const TransmitTag &tag, const Frame &frame);
-    void send_directed_to(int egress, const Frame &frame);
-    void transmit(int port, const Frame &frame);
-    bool put_out(int port, const Frame &frame);
+    void send_directed_to(int egress, const Frame &frame, std::uint32_t priority);
+    void transmit(int port, const Frame &frame, std::uint32_t priority);
+    void put_out(int port, const Frame &frame, Dispatch dispatch);
+    void leave(int port, const Frame &frame, Dispatch dispatch);
+    void flush_unsent(int port);
+    void send_until(Time now);
+    void announce_departure();
     void mirror_ingress(int port, Bytes frame);
-    void mirror_egress(int port, const Frame &frame);
-    void send_copy(int port, const Frame &frame);
+    void mirror_egress(int port, const Frame &frame, std::uint32_t priority);
+    void send_copy(int port, const Frame &frame, std::uint32_t priority);
 
     Sink &sink_;
     std::array<Port, kPorts> ports_;
     PortSet up_;
+    Time now_{}; /**< of the frame that comes in or leaves */
+    EgressQueues queues_{kPorts};
+    std::optional<Time> announced_; /**< the departure that the sink was told of */
     std::vector<Looped> looped_;
     VlanTable vlans_;
     MacTable macs_;
@@ -200,6 +232,8 @@ class Switch {
     Snooping snooping_;
     bool filters_attacks_ = false;
     MirrorTable mirrors_{all_ports(), kCpuPort};
+    PriorityRules priority_rules_;
+    QueueMap queue_map_;
     Gpio gpio_;
 };
 

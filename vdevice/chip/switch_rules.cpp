@@ -1,17 +1,23 @@
-// What the rules of the field processor do to a frame on its way.
+// What a frame's tags and port make of it, and what the rules of the field processor do to it on its way.
 #include "vdevice/chip/egress.h"
 #include "vdevice/chip/remark.h"
 #include "vdevice/chip/switch.h"
 
 namespace vdevice::chip {
 
-FieldVerdict Switch::apply_rules(Time now, int ingress, const Frame &frame, std::uint16_t tci, Header &header) {
-    const FieldVerdict verdict = fields_.judge(now, {ingress, frame.size(), header, tci});
+Classified Switch::classify(int ingress, const Header &header) const {
+    const Port &settings = port(ingress);
+    return priority_rules_.classify(ingress, settings, header, tag_rules_.classify(ingress, settings, header));
+}
+
+// Rules see the DSCP that the frame came in with, and have the last word about the one that it leaves with.
+FieldVerdict Switch::apply_rules(Time now, int ingress, const Frame &frame, const Classified &own, Header &header) {
+    const FieldVerdict verdict = fields_.judge(now, {ingress, frame.size(), header, own.tci});
     if (verdict.mirror) {
         copy_to_flow_mirror(*verdict.mirror, frame);
     }
-    if (verdict.dscp) {
-        header.payload = with_dscp(header, *verdict.dscp, remarked_);
+    if (const auto dscp = verdict.dscp ? verdict.dscp : own.dscp) {
+        header.payload = with_dscp(header, *dscp, remarked_);
     }
     return verdict;
 }
@@ -20,7 +26,7 @@ bool Switch::copy_to_cpu(int ingress, EgressForms &forms) {
     if (ingress == kCpuPort || !up_.has(kCpuPort)) {
         return false;
     }
-    transmit(kCpuPort, forms.for_cpu(ingress));
+    transmit(kCpuPort, forms.for_cpu(ingress), forms.priority());
     return true;
 }
 

@@ -9,7 +9,6 @@
 namespace vdevice::chip {
 
 struct TagChange {
-    static constexpr std::uint32_t kPriorities = 8;
     static constexpr std::uint32_t kKeepPriority = 0xFFFFFFFF;
 
     std::uint32_t vid = 0;

@@ -18,12 +18,11 @@ std::optional<Header> read_header(const PortTags &tags, const Frame &frame) {
 }
 
 std::uint16_t TagRules::classify(int port, const Port &settings, const Header &header) const {
-    if (header.vid() != 0) {
-        return change_tci(ingress.find(port, header.vid()), header.tci);
-    }
-    // A tag with VID 0 gives the frame a priority but no VLAN (IEEE 802.1Q, priority-tagged frames).
     if (header.tagged) {
-        return static_cast<std::uint16_t>(header.priority() | settings.pvid);
+        const std::uint16_t tci = settings.remap.apply(header.tci);
+        // A tag with VID 0 gives the frame a priority but no VLAN (IEEE 802.1Q, priority-tagged frames).
+        return header.vid() == 0 ? static_cast<std::uint16_t>(tci | settings.pvid)
+                                 : change_tci(ingress.find(port, header.vid()), tci);
     }
     if (settings.tags.mode != DoubleTag::kOff) {
         if (const auto tci = customer_tci(header.payload)) {

@@ -12,6 +12,7 @@ struct Board {
     static constexpr int kDefaultUserPorts = 26;
     static constexpr int kDefaultFirstPort = 4;
 
+    static constexpr int kCpuFrontPort = 0;
     static constexpr int kFirstTenGigabitPort = 25; /**< user ports before it are gigabit ports */
 
     int user_ports = kDefaultUserPorts;
@@ -27,6 +28,18 @@ struct Board {
             return std::nullopt;
         }
         return static_cast<int>(user_port) - 1 + first_port;
+    }
+
+    /** The chip ports of a set of front ports, of which 0 is the CPU's. Nothing if the board has not all of them. */
+    constexpr std::optional<chip::PortSet> chip_ports(const chip::PortSet &front_ports) const {
+        chip::PortSet ports;
+        bool has_all = true;
+        front_ports.for_each([&](int front_port) {
+            const auto port = front_port == kCpuFrontPort ? chip::Switch::kCpuPort : chip_port(front_port);
+            has_all = has_all && port.has_value();
+            ports.add(port.value_or(chip::Switch::kCpuPort));
+        });
+        return has_all ? std::optional{ports} : std::nullopt;
     }
 
     static constexpr std::uint32_t max_speed(int user_port) {

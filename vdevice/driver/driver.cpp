@@ -34,6 +34,11 @@ int32_t Driver::read_port(uint32_t unit, uint32_t zero, int32_t port, uint32_t *
     });
 }
 
+int32_t Driver::look_at_port(uint32_t unit, uint32_t zero, int32_t port,
+                             const std::function<Status(const Port &)> &read) const {
+    return on_chip(unit, zero, [&] { return chip::Switch::has_port(port) ? read(chip_.port(port)) : Status::kNoPort; });
+}
+
 int32_t Driver::write_port(uint32_t unit, uint32_t zero, int32_t port, const std::function<Status(Port &)> &change) {
     return on_chip(unit, zero, [&] { return chip_.change_port(port, change); });
 }

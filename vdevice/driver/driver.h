@@ -93,6 +93,25 @@ class Driver : public DriverCalls {
     int32_t user_vlan_control_port_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t control,
                                        uint32_t *value) override;
 
+    // Storm control and ingress limits: driver_limits.cpp
+    int32_t user_rate_bandwidth_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t type, uint32_t rate,
+                                    uint32_t burst) override;
+    int32_t user_rate_bandwidth_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t type, uint32_t *rate,
+                                    uint32_t *burst) override;
+    int32_t user_rate_stormsel_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t type, uint32_t value) override;
+    int32_t user_rate_stormsel_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t type, uint32_t *value) override;
+    int32_t user_rate_stormControlEnable_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t type,
+                                             uint32_t enable) override;
+    int32_t user_rate_stormExceedFlag_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t storm_code,
+                                          uint32_t *flag) override;
+    int32_t user_rate_stormExceedFlag_reset(uint32_t unit, uint32_t zero, int32_t port) override;
+    int32_t user_rate_stormCountMode_set(uint32_t unit, uint32_t zero, uint32_t selector, uint32_t mode) override;
+    int32_t user_rate_stormCountMode_get(uint32_t unit, uint32_t zero, uint32_t selector, uint32_t *mode) override;
+    int32_t user_port_ingress_rate_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t rate,
+                                       uint32_t burst) override;
+    int32_t user_port_ingress_rate_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t *rate,
+                                       uint32_t *burst) override;
+
     // Counters: driver_statistics.cpp
     int32_t user_port_packetstat_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t type,
                                      uint64_t *value) override;
@@ -262,6 +281,20 @@ class Driver : public DriverCalls {
     int32_t user_pci_read(uint32_t unit, uint32_t zero, uint32_t address, uint32_t *value) override;
     int32_t user_pci_write(uint32_t unit, uint32_t zero, uint32_t address, const uint32_t *value) override;
 
+    // Egress queues, schedulers and shapers: driver_queues.cpp
+    int32_t user_cosq_config_set(uint32_t unit, uint32_t zero, uint32_t queues) override;
+    int32_t user_cosq_port_sched_set(uint32_t unit, uint32_t zero, uint32_t port_mask, uint32_t mode,
+                                     const uint32_t weights[NETLINK_QUEUES], uint32_t delay) override;
+    int32_t user_cosq_port_sched_get(uint32_t unit, uint32_t zero, uint32_t port_mask, uint32_t *mode,
+                                     uint32_t weights[NETLINK_QUEUES], uint32_t *delay) override;
+    int32_t user_qos_schedule_set(uint32_t port, uint32_t queue, uint32_t weight, uint32_t flags) override;
+    int32_t user_qos_schedule_get(uint32_t port, uint32_t queue, uint32_t *weight, uint32_t flags) override;
+    int32_t user_qos_cpu_weight_init() override;
+    int32_t user_port_egress_rate_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t rate,
+                                      uint32_t burst) override;
+    int32_t user_port_egress_rate_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t *rate,
+                                      uint32_t *burst) override;
+
     // Spanning-tree groups: driver_stg.cpp
     int32_t user_stg_init(uint32_t unit, uint32_t zero) override;
     int32_t user_stg_create_id(uint32_t unit, uint32_t zero, int32_t stg) override;
@@ -319,6 +352,33 @@ class Driver : public DriverCalls {
     int32_t user_port_tpid_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t tpid, adp_word_t option) override;
     int32_t user_port_tpid_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t *tpid) override;
 
+    // Priorities: driver_priority.cpp
+    int32_t user_cosq_mapping_set(uint32_t unit, uint32_t zero, uint32_t priority, uint32_t queue) override;
+    int32_t user_cosq_mapping_get(uint32_t unit, uint32_t zero, uint32_t priority, uint32_t *queue) override;
+    int32_t user_cosq_port_mapping_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t priority,
+                                       uint32_t queue) override;
+    int32_t user_cosq_port_mapping_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t priority,
+                                       uint32_t *queue) override;
+    int32_t user_qos_pri_queue_map_set(adp_word_t unit, adp_word_t zero, adp_word_t priority,
+                                       adp_word_t queue) override;
+    int32_t user_qos_pri_queue_map_get(adp_word_t unit, adp_word_t zero, adp_word_t priority, uint32_t *queue) override;
+    int32_t user_port_dscp_map_set(uint32_t unit, uint32_t zero, int32_t port, int32_t dscp, int32_t mapped,
+                                   uint32_t priority) override;
+    int32_t user_port_dscp_map_get(uint32_t unit, uint32_t zero, int32_t port, int32_t dscp, uint8_t *mapped,
+                                   uint8_t *priority) override;
+    int32_t user_qos_dscp_map_set(adp_word_t unit, adp_word_t zero, adp_word_t dscp, adp_word_t priority) override;
+    int32_t user_qos_dscp_map_get(adp_word_t unit, adp_word_t zero, adp_word_t dscp, uint32_t *priority) override;
+    int32_t user_port_dscp_map_mode_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t mode) override;
+    int32_t user_port_dscp_map_mode_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t *mode) override;
+    int32_t user_qos_pri_remap_set(uint32_t unit, adp_word_t port, adp_word_t priority, adp_word_t new_priority,
+                                   adp_word_t further1, adp_word_t further2, adp_word_t further3,
+                                   adp_word_t further4) override;
+    int32_t user_qos_port_cos_set(int32_t port, uint32_t value) override;
+    int32_t user_qos_port_cos_get(int32_t port, uint32_t *value) override;
+    int32_t user_qos_default_cos_src_init() override;
+    int32_t user_qos_remark_inner_tag_src_init() override;
+    int32_t user_qos_trust_sel_group_init() override;
+
     // The device's services
     int32_t log_line(int32_t level, int32_t module, const char *word, const char *text) override;
     int32_t sys_trace_get() override;
@@ -335,6 +395,9 @@ class Driver : public DriverCalls {
     chip::PortSet interfaces_of(const chip::PortSet &chip_ports) const;
     int32_t read_port(uint32_t unit, uint32_t zero, int32_t port, uint32_t *out,
                       const std::function<uint32_t(const chip::Port &)> &value) const;
+    /** Hands the port to what reads it, which writes the outputs. */
+    int32_t look_at_port(uint32_t unit, uint32_t zero, int32_t port,
+                         const std::function<chip::Status(const chip::Port &)> &read) const;
     int32_t write_port(uint32_t unit, uint32_t zero, int32_t port,
                        const std::function<chip::Status(chip::Port &)> &change);
     /** The same, but not for the CPU port. */
@@ -343,6 +406,8 @@ class Driver : public DriverCalls {
     chip::Status open_list(ListHandles::Kind kind, std::size_t size, adp_word_t *list, int32_t *count);
     int32_t read_change(uint32_t unit, uint32_t zero, const chip::VidMap &table, int32_t port, uint32_t vid,
                         uint32_t *new_vid, uint32_t *priority) const;
+
+    std::optional<chip::PortSet> scheduled_ports(uint32_t port_mask) const;
 
     using FieldReader = chip::FieldWords (*)(const uint8_t *bytes);
 

@@ -13,20 +13,6 @@ using chip::MacEntry;
 using chip::PortSet;
 using chip::Status;
 
-constexpr int kCpuFrontPort = 0;
-
-/** Nothing if the board has not all of the front ports. */
-std::optional<PortSet> chip_ports(const Board &board, const PortSet &front_ports) {
-    PortSet ports;
-    bool all_there = true;
-    front_ports.for_each([&](int front_port) {
-        const auto port = front_port == kCpuFrontPort ? chip::Switch::kCpuPort : board.chip_port(front_port);
-        all_there = all_there && port.has_value();
-        ports.add(port.value_or(chip::Switch::kCpuPort));
-    });
-    return all_there ? std::optional{ports} : std::nullopt;
-}
-
 netlink_mcast_entry_t empty_record(Mac mac, std::uint32_t vid) {
     netlink_mcast_entry_t record = {};
     for (std::size_t i = 0; i < chip::kMacBytes; ++i) {
@@ -46,7 +32,7 @@ int32_t Driver::with_front_ports(uint32_t unit, uint32_t zero, const netlink_mca
         if (entry == nullptr) {
             return Status::kBadArgument;
         }
-        const auto ports = chip_ports(board_, PortSet::from_words(entry->ports));
+        const auto ports = board_.chip_ports(PortSet::from_words(entry->ports));
         return ports ? operation(Mac::from_bytes(entry->mac), *ports) : Status::kNotFrontPort;
     });
 }

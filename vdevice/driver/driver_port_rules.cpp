@@ -45,7 +45,7 @@ int32_t Driver::user_port_egress_get(uint32_t unit, uint32_t zero, int32_t port,
 
 int32_t Driver::user_port_untagged_priority_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t priority) {
     return write_port(unit, zero, port, [&](Port &state) {
-        if (priority >= Port::kPriorities) {
+        if (priority >= chip::kPriorities) {
             return Status::kBadArgument;
         }
         state.untagged_priority = priority;

@@ -70,6 +70,14 @@ TEST(Journal, KeepsTheNewestLinesAndCutsLongOnes) {
     EXPECT_EQ(journal.lines().back().text.size(), Journal::kMaxText);
 }
 
+TEST(Journal, DoesNotHoldTheMemoryOfWhatItCutOff) {
+    Journal journal;
+    const std::string text(64 * Journal::kMaxText, 'x');
+    journal.add({chip::Time{}, 0, 0, text, text});
+    EXPECT_LT(journal.lines().back().word.capacity(), 2 * Journal::kMaxText);
+    EXPECT_LT(journal.lines().back().text.capacity(), 2 * Journal::kMaxText);
+}
+
 class DriverServices : public test::DriverTest {
   protected:
     static std::uint64_t wide_at(const std::uint8_t *record, std::size_t offset) {

@@ -1,8 +1,8 @@
-// Translation of VLANs and VLANs by subnet. Arguments that came through the library as words are read as 32-bit
-// numbers.
+// Translation of VLANs and VLANs by subnet.
 #include "vdevice/driver/check.h"
 #include "vdevice/driver/driver.h"
 #include "vdevice/driver/tag_words.h"
+#include "vdevice/driver/words.h"
 
 namespace vdevice::driver {
 namespace {
@@ -11,15 +11,6 @@ using chip::Status;
 using chip::Subnet;
 using chip::TagChange;
 using chip::VidMap;
-
-uint32_t number(adp_word_t word) {
-    return static_cast<uint32_t>(word);
-}
-
-/** Negative numbers are no ports, also when they travelled as a word. */
-int32_t port_number(adp_word_t word) {
-    return static_cast<int32_t>(number(word));
-}
 
 Status add_to(VidMap &table, adp_word_t kind, adp_word_t port, uint32_t vid, const TagChange &change) {
     return number(kind) == kByVlan ? table.add(port_number(port), vid, change) : Status::kBadArgument;

@@ -1,13 +1,24 @@
 #include "vdevice/driver/journal.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace vdevice::driver {
 
+namespace {
+
+/** Gives back the memory of what is cut off, too. */
+void cut(std::string &text) {
+    if (text.size() > Journal::kMaxText) {
+        text.resize(Journal::kMaxText);
+        text.shrink_to_fit();
+    }
+}
+
+}  // namespace
+
 void Journal::add(LogLine line) {
-    line.word.resize(std::min(line.word.size(), kMaxText));
-    line.text.resize(std::min(line.text.size(), kMaxText));
+    cut(line.word);
+    cut(line.text);
     if (lines_.size() >= kMaxLines) {
         lines_.pop_front();
     }

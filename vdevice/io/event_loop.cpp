@@ -49,22 +49,27 @@ void EventLoop::remove(int fd) {
 
 void EventLoop::run() {
     running_ = true;
-    std::array<epoll_event, kEventsAtOnce> events;
     while (running_) {
-        const int count = epoll_wait(epoll_.get(), events.data(), kEventsAtOnce, kNoTimeout);
-        if (count < 0 && errno != EINTR) {
-            throw error_from_errno("wait for events");
-        }
-        for (int i = 0; i < count && running_; ++i) {
-            const epoll_event &event = events[static_cast<std::size_t>(i)];
-            // An earlier handler of this round may have removed the descriptor; the copy keeps a handler alive that
-            // removes itself.
-            if (const auto found = handlers_.find(event.data.fd); found != handlers_.end()) {
-                const std::shared_ptr<Handler> handler = found->second;
-                (*handler)(event.events);
-            }
+        run_once(kNoTimeout);
+    }
+}
+
+bool EventLoop::run_once(int timeout_milliseconds) {
+    std::array<epoll_event, kEventsAtOnce> events;
+    const int count = epoll_wait(epoll_.get(), events.data(), kEventsAtOnce, timeout_milliseconds);
+    if (count < 0 && errno != EINTR) {
+        throw error_from_errno("wait for events");
+    }
+    for (int i = 0; i < count && running_; ++i) {
+        const epoll_event &event = events[static_cast<std::size_t>(i)];
+        // An earlier handler of this round may have removed the descriptor; the copy keeps a handler alive that
+        // removes itself.
+        if (const auto found = handlers_.find(event.data.fd); found != handlers_.end()) {
+            const std::shared_ptr<Handler> handler = found->second;
+            (*handler)(event.events);
         }
     }
+    return count > 0;
 }
 
 }  // namespace vdevice::io

@@ -25,11 +25,13 @@ class EventLoop {
     /** Runs until stop() is called. */
     void run();
     void stop() { running_ = false; }
+    /** Waits for events for that long at most, -1 for ever, and handles them; false if there were none. */
+    bool run_once(int timeout_milliseconds);
 
   private:
     UniqueFd epoll_;
     std::map<int, std::shared_ptr<Handler>> handlers_;
-    bool running_ = false;
+    bool running_ = true;
 };
 
 }  // namespace vdevice::io

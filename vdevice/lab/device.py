@@ -4,6 +4,7 @@ import json
 import os
 import shutil
 import signal
+import socket
 import subprocess
 import tempfile
 
@@ -69,6 +70,15 @@ class Device:
         if done.returncode != 0:
             raise LabError(f"'vdevctl {' '.join(map(str, words))}' failed: {done.stderr.strip()}")
         return json.loads(done.stdout) if done.stdout.strip() else None
+
+    def ask(self, command):
+        """What the device answers to a command without arguments at this very moment, not when a vdevctl has started."""
+        with socket.socket(socket.AF_UNIX) as connection:
+            connection.settimeout(CONTROL_SECONDS)
+            connection.connect(os.path.join(self.run_dir, "control"))
+            connection.sendall(json.dumps({"command": command}).encode() + b"\n")
+            with connection.makefile() as answers:
+                return json.loads(answers.readline())
 
     def links(self):
         """The ports whose link is up; the CPU port is number 0."""

@@ -187,8 +187,10 @@ bool Client::receive_reply(CallId id, const void *const *arguments, Clock::time_
     }
     Reader reader(body);
     result = static_cast<int32_t>(reader.word());
-    const bool has_outputs = reader.word() != 0;
-    const bool fits = has_outputs ? decode_outputs(reader, id, arguments) : reader.is_finished();
+    const uint32_t has_outputs = reader.word();
+    // Outputs go with every result that is not negative, and with no other.
+    const bool fits = has_outputs == (result < 0 ? 0 : 1) &&
+                      (has_outputs != 0 ? decode_outputs(reader, id, arguments) : reader.is_finished());
     return fits || lost("sent nonsense");
 }
 

@@ -16,6 +16,8 @@ namespace {
 
 constexpr std::size_t kReadBytes = 16384;
 constexpr std::size_t kMaxUnreadBytes = 65536;
+/** Answered in a turn, then the other clients have theirs. */
+constexpr std::size_t kMessagesAtOnce = 16;
 constexpr std::size_t kHandshakeBytes = kHandshakeWords * kWordBytes;
 
 }  // namespace
@@ -135,39 +137,45 @@ bool Connection::answer_extra(Extra id, Reader &reader) {
     return true;
 }
 
+bool Connection::next_message(std::span<const uint8_t> input, std::size_t &size) {
+    size = 0;
+    if (!greeted_) {
+        if (input.size() < kHandshakeBytes) {
+            return true;
+        }
+        size = kHandshakeBytes;
+        Reader reader(input.first(size));
+        return shake_hands(reader);
+    }
+    if (input.size() < kWordBytes) {
+        return true;
+    }
+    const std::size_t words = Reader(input).word();
+    if (words == 0 || words > kMaxMessageWords) {
+        return malformed();
+    }
+    if (input.size() < (words + 1) * kWordBytes) {
+        return true;
+    }
+    size = (words + 1) * kWordBytes;
+    return answer(input.subspan(kWordBytes, words * kWordBytes));
+}
+
 bool Connection::handle_messages() {
     std::size_t position = 0;
-    const auto left = [&] { return std::span(input_).subspan(position); };
-    while (!closing_ && !is_blocked()) {
-        if (!greeted_) {
-            if (left().size() < kHandshakeBytes) {
-                break;
-            }
-            Reader reader(left().first(kHandshakeBytes));
-            if (!shake_hands(reader)) {
-                return false;
-            }
-            position += kHandshakeBytes;
-        } else {
-            if (left().size() < kWordBytes) {
-                break;
-            }
-            const std::size_t words = Reader(left()).word();
-            if (words == 0 || words > kMaxMessageWords) {
-                return malformed();
-            }
-            if (left().size() < (words + 1) * kWordBytes) {
-                break;
-            }
-            if (!answer(left().subspan(kWordBytes, words * kWordBytes))) {
-                return false;
-            }
-            position += (words + 1) * kWordBytes;
+    std::size_t size = 0;
+    std::size_t handled = 0;
+    do {
+        if (closing_ || is_blocked()) {
+            break;
         }
-        if (!flush()) {
+        if (!next_message(std::span(input_).subspan(position), size) || !flush()) {
             return false;
         }
-    }
+        position += size;
+        ++handled;
+    } while (size != 0 && handled < kMessagesAtOnce);
+    has_more_ = handled == kMessagesAtOnce;
     input_.erase(input_.begin(), input_.begin() + static_cast<std::ptrdiff_t>(position));
     return true;
 }
@@ -177,9 +185,9 @@ bool Connection::serve() {
         return false;
     }
     if (is_blocked()) {
-        return flush() && (is_blocked() || handle_messages());
+        return flush() && handle_messages();
     }
-    return receive() && handle_messages();
+    return (has_more_ || receive()) && handle_messages();
 }
 
 }  // namespace vdevice::remote

@@ -25,6 +25,8 @@ class Connection {
     bool serve();
     /** There are answers that the client has not taken yet: until it does, no request of it is read. */
     [[nodiscard]] bool is_blocked() const { return !output_.empty(); }
+    /** There is something to do as soon as the client can be written to, without anything more from it. */
+    [[nodiscard]] bool has_work() const { return is_blocked() || has_more_; }
 
     [[nodiscard]] bool is_watching() const { return watching_; }
     /** Adds a message to the output; a client that leaves too many unread is closed. */
@@ -34,6 +36,8 @@ class Connection {
     bool receive();
     bool flush();
     bool handle_messages();
+    /** Handles the first message of the input; @p size is how long it is, 0 if it is not whole yet. */
+    bool next_message(std::span<const uint8_t> input, std::size_t &size);
     bool shake_hands(Reader &reader);
     bool answer(std::span<const uint8_t> request);
     bool answer_extra(Extra id, Reader &reader);
@@ -44,8 +48,9 @@ class Connection {
     int socket_;
     bool greeted_ = false;
     bool watching_ = false;
-    bool overrun_ = false; /**< messages were lost because the client did not read */
-    bool closing_ = false; /**< closed as soon as the output is out */
+    bool overrun_ = false;  /**< messages were lost because the client did not read */
+    bool has_more_ = false; /**< the turn ended before the messages did */
+    bool closing_ = false;  /**< closed as soon as the output is out */
     std::vector<uint8_t> input_;
     std::vector<uint8_t> output_;
 };

@@ -38,6 +38,41 @@ struct Echo {
     }
 };
 
+/** Answers one client with these words, whatever it says. */
+class FalseDaemon {
+  public:
+    FalseDaemon(const std::string &path, std::initializer_list<uint32_t> words)
+        : listener_(socket(AF_UNIX, SOCK_STREAM, 0)) {
+        const sockaddr_un address = address_of(path);
+        EXPECT_EQ(bind(listener_, reinterpret_cast<const sockaddr *>(&address), sizeof address), 0);
+        EXPECT_EQ(listen(listener_, 1), 0);
+        Writer writer;
+        for (const uint32_t word : words) {
+            writer.word(word);
+        }
+        thread_ = std::thread([this, answer = writer.take()] { serve(answer); });
+    }
+    ~FalseDaemon() {
+        thread_.join();
+        close(listener_);
+    }
+    FalseDaemon(const FalseDaemon &) = delete;
+    FalseDaemon &operator=(const FalseDaemon &) = delete;
+
+  private:
+    void serve(const std::vector<uint8_t> &answer) const {
+        const int peer = accept(listener_, nullptr, nullptr);
+        send(peer, answer.data(), answer.size(), MSG_NOSIGNAL);
+        uint8_t said[64];
+        while (recv(peer, said, sizeof said, 0) > 0) {
+        }
+        close(peer);
+    }
+
+    int listener_;
+    std::thread thread_;
+};
+
 }  // namespace
 
 TEST(Remote, CarriesEveryCallThereAndBack) {
@@ -174,26 +209,30 @@ TEST(Remote, FailsACallThatTheDaemonDoesNotAnswerInTime) {
 
 TEST(Remote, RefusesADaemonThatWasBuiltFromOtherHeaders) {
     const Folder folder;
-    const int listener = socket(AF_UNIX, SOCK_STREAM, 0);
-    const sockaddr_un address = address_of(folder.socket());
-    ASSERT_EQ(bind(listener, reinterpret_cast<const sockaddr *>(&address), sizeof address), 0);
-    ASSERT_EQ(listen(listener, 1), 0);
-    std::thread daemon([listener] {
-        const int peer = accept(listener, nullptr, nullptr);
-        Writer writer;
-        writer.word(kMagic);
-        writer.word(platform::kInterfaceChecksum ^ 1u);
-        send(peer, writer.buffer().data(), writer.buffer().size(), MSG_NOSIGNAL);
-        uint8_t hello[kHandshakeWords * kWordBytes];
-        recv(peer, hello, sizeof hello, MSG_WAITALL);
-        close(peer);
-    });
+    const FalseDaemon daemon(folder.socket(), {kMagic, platform::kInterfaceChecksum ^ 1u});
     Client client("libtest", folder.socket());
     testing::internal::CaptureStderr();
     EXPECT_EQ(create_vlan(client, 1), kCallLost);
     EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("was built from other headers"));
-    daemon.join();
-    close(listener);
+}
+
+TEST(Remote, RefusesAnAnswerWhoseOutputsDoNotGoWithItsResult) {
+    const struct { uint32_t result, has_outputs; } rows[] = {{static_cast<uint32_t>(-71), 1}, {0, 0}, {0, 2}};
+    for (const auto &row : rows) {
+        const Folder folder;
+        const FalseDaemon daemon(folder.socket(),
+                                 {kMagic, platform::kInterfaceChecksum, 3, row.result, row.has_outputs, 1});
+        Client client("libtest", folder.socket());
+        uint32_t enable = 77;
+        uint32_t *address = &enable;
+        const uint32_t zero = 0;
+        const int32_t port = 4;
+        const void *const arguments[] = {&zero, &zero, &port, &address};
+        testing::internal::CaptureStderr();
+        EXPECT_EQ(client.call(CallId::user_port_enable_get, arguments), kCallLost);
+        EXPECT_EQ(enable, 77u);
+        EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("sent nonsense"));
+    }
 }
 
 TEST(Remote, ServesThreadsThatShareAClient) {

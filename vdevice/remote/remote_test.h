@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <sys/un.h>
@@ -15,12 +16,13 @@
 #include <algorithm>
 #include <atomic>
 #include <cstring>
-#include <filesystem>
 #include <initializer_list>
+#include <span>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "tests/support/temporary_folder.h"
 #include "vdevice/remote/client.h"
 #include "vdevice/remote/server.h"
 #include "vdevice/remote/wire.h"
@@ -36,20 +38,10 @@ inline sockaddr_un address_of(const std::string &path) {
     return address;
 }
 
-/** A folder of the test's own, removed at its end. */
-class Folder {
+/** A folder of the test's own, and the path of a socket in it. */
+class Folder : public TemporaryFolder {
   public:
-    Folder() {
-        char name[] = "/tmp/vdevice-test-XXXXXX";
-        path_ = mkdtemp(name);
-    }
-    ~Folder() { std::filesystem::remove_all(path_); }
-    Folder(const Folder &) = delete;
-    Folder &operator=(const Folder &) = delete;
-    std::string socket() const { return path_ + "/driver"; }
-
-  private:
-    std::string path_;
+    std::string socket() const { return path() + "/driver"; }
 };
 
 /** Runs a server's loop in a thread for as long as it lives. */
@@ -95,8 +87,9 @@ class RawClient {
         for (const uint32_t word : words) {
             writer.word(word);
         }
-        send(socket_, writer.buffer().data(), writer.buffer().size(), MSG_NOSIGNAL);
+        send_bytes(writer.buffer());
     }
+    void send_bytes(std::span<const uint8_t> bytes) const { send(socket_, bytes.data(), bytes.size(), MSG_NOSIGNAL); }
     /** Sends until the server has taken nothing more for a while; returns how much it took. */
     std::size_t send_without_reading(const std::vector<uint8_t> &data) const {
         constexpr int kPatience = 300;
@@ -126,6 +119,17 @@ class RawClient {
     /** Bytes that arrive within the test's patience, at most @p size. */
     std::size_t receive(uint8_t *to, std::size_t size) const {
         return static_cast<std::size_t>(std::max<ssize_t>(recv(socket_, to, size, MSG_WAITALL), 0));
+    }
+
+    /** Bytes that have arrived and were not read. */
+    std::size_t waiting_bytes() const {
+        int count = 0;
+        ioctl(socket_, FIONREAD, &count);
+        return static_cast<std::size_t>(count);
+    }
+    void skip_waiting() const {
+        std::vector<uint8_t> data(waiting_bytes());
+        receive(data.data(), data.size());
     }
 
   private:

@@ -144,7 +144,7 @@ void Server::serve_ready() {
             continue;
         }
         if (found->second->serve()) {
-            watch(epoll_, EPOLL_CTL_MOD, descriptor, found->second->is_blocked() ? EPOLLOUT : EPOLLIN);
+            watch(epoll_, EPOLL_CTL_MOD, descriptor, found->second->has_work() ? EPOLLOUT : EPOLLIN);
         } else {
             close_client(descriptor);
         }

@@ -216,6 +216,54 @@ TEST(Remote, AnswersEveryRequestThatWasSentAhead) {
     }
 }
 
+// Whoever sends many requests at once has to wait for the others in between.
+TEST(Remote, ServesOthersBetweenTheRequestsOfAnEagerClient) {
+    constexpr uint32_t kRequests = 2000;
+    constexpr uint64_t kMostCalls = 200;
+    constexpr std::size_t kAnswerBytes = (kHandshakeWords + 3) * kWordBytes;
+    const Folder folder;
+    VlanOnly device;
+    Server server(device, folder.socket());
+    const RawClient eager(folder.socket());
+    const RawClient other(folder.socket());
+    eager.send_words({kMagic, platform::kInterfaceChecksum});
+    Writer requests;
+    for (uint32_t request = 0; request < kRequests; ++request) {
+        for (const uint32_t word : {4u, static_cast<uint32_t>(CallId::user_vlan_create), 0u, 0u, request}) {
+            requests.word(word);
+        }
+    }
+    EXPECT_EQ(eager.send_without_reading(requests.buffer()), requests.buffer().size());
+    other.send_words(
+        {kMagic, platform::kInterfaceChecksum, 4, static_cast<uint32_t>(CallId::user_vlan_create), 0, 0, 7});
+    for (int turn = 0; other.waiting_bytes() < kAnswerBytes && turn < static_cast<int>(kRequests); ++turn) {
+        server.serve_ready();
+    }
+    EXPECT_EQ(other.waiting_bytes(), kAnswerBytes);
+    EXPECT_LT(server.counters().calls, kMostCalls);
+    while (server.counters().calls < kRequests + 1 && eager.waiting_bytes() > 0) {
+        eager.skip_waiting();
+        server.serve_ready();
+    }
+    EXPECT_EQ(server.counters().calls, kRequests + 1) << "what came early is answered without anything more coming";
+}
+
+TEST(Remote, HalfMessagesDoNotKeepAnybodyWaiting) {
+    const Folder folder;
+    VlanOnly device;
+    Server server(device, folder.socket());
+    const Loop loop(server);
+    std::deque<RawClient> silent;
+    for (std::size_t count = 0; count + 1 < Server::kMaxClients; ++count) {
+        silent.emplace_back(folder.socket());
+        // As long as a message may be, and begun: one word of it.
+        silent.back().send_words({kMagic, platform::kInterfaceChecksum, kMaxMessageWords, 0});
+    }
+    Client client("libtest", folder.socket());
+    EXPECT_EQ(create_vlan(client, 5), 5);
+    EXPECT_EQ(server.counters().malformed, 0u);
+}
+
 TEST(Remote, TurnsAwayMoreClientsThanItServes) {
     const Folder folder;
     VlanOnly device;

@@ -43,8 +43,11 @@ void add_commands(CLI::App &app, Options &options) {
     app.add_subcommand("mirrors", "the mirror sessions with their ports");
     app.add_subcommand("groups", "the spanning-tree groups with their VLANs and the ports' states");
     app.add_subcommand("translations", "what becomes of VLAN tags: translations, subnets, double tags");
+    app.add_subcommand("priorities", "which priorities and queues frames get, and what the queues have sent");
     app.add_subcommand("fields", "the field processor's entries, counters and miss actions");
+    app.add_subcommand("storm", "storm limits and ingress limits, what passed them, and the exceeded flags");
     app.add_subcommand("meters", "the field processor's meters");
+    app.add_subcommand("queues", "the ports' egress queues, how they are scheduled and shaped");
     add_gpio(app, options);
     app.add_subcommand("version", "version and board of the running device");
     app.add_subcommand("pull", "pull a user port's cable")->add_option("port", options.port)->required();

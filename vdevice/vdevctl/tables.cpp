@@ -9,7 +9,10 @@
 
 #include "vdevice/vdevctl/field_tables.h"
 #include "vdevice/vdevctl/l2_tables.h"
+#include "vdevice/vdevctl/limit_tables.h"
 #include "vdevice/vdevctl/port_text.h"
+#include "vdevice/vdevctl/priority_tables.h"
+#include "vdevice/vdevctl/queue_tables.h"
 #include "vdevice/vdevctl/start_tables.h"
 #include "vdevice/vdevctl/tag_tables.h"
 
@@ -139,7 +142,7 @@ std::string show_version(const json &answer) {
 std::string show(const std::string &command, const json &answer) {
     using Show = std::string (*)(const json &);
     static const std::map<std::string, Show> kTables = {
-        {"ports", show_ports},
+        {"ports", show_ports},  // a line each, so that a new command is one line more
         {"vlans", show_vlans},
         {"macs", show_macs},
         {"counters", show_counters},
@@ -154,8 +157,11 @@ std::string show(const std::string &command, const json &answer) {
         {"limits", show_limits},
         {"fields", show_fields},
         {"meters", show_meters},
+        {"storm", show_storm},
+        {"queues", show_queues},
         {"groups", show_stp_groups},
         {"translations", show_translations},
+        {"priorities", show_priorities},
     };
     const auto table = kTables.find(command);
     return table == kTables.end() ? std::string{} : table->second(answer);

@@ -32,10 +32,19 @@ nlohmann::json gpio(Device &device, const nlohmann::json &request);
 nlohmann::json show_fields(Device &device, const nlohmann::json &request);
 nlohmann::json show_meters(Device &device, const nlohmann::json &request);
 
+// The command on egress queues: queue_commands.cpp
+nlohmann::json show_queues(Device &device, const nlohmann::json &request);
+
+// The command on what ports let in: limit_commands.cpp
+nlohmann::json show_storm(Device &device, const nlohmann::json &request);
+
 // Commands on the MAC table: l2_commands.cpp
 nlohmann::json show_macs(Device &device, const nlohmann::json &request);
 nlohmann::json show_groups(Device &device, const nlohmann::json &request);
 nlohmann::json show_limits(Device &device, const nlohmann::json &request);
+
+// Commands on priorities: priority_commands.cpp
+nlohmann::json show_priorities(Device &device, const nlohmann::json &request);
 
 // Commands on spanning-tree groups and tags: tag_commands.cpp
 nlohmann::json show_stp_groups(Device &device, const nlohmann::json &request);

@@ -183,9 +183,12 @@ const std::map<std::string, Command> &command_table() {
         {"mirrors", show_mirrors},
         {"fields", show_fields},
         {"meters", show_meters},
+        {"storm", show_storm},
+        {"queues", show_queues},
         {"gpio", gpio},
         {"groups", show_stp_groups},
         {"translations", show_translations},
+        {"priorities", show_priorities},
     };
     return kCommands;
 }

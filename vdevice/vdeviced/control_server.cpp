@@ -68,16 +68,17 @@ void ControlServer::accept_client() {
 void ControlServer::serve(int fd, std::uint32_t events) {
     Client &client = clients_.at(fd);
     bool stays = true;
-    if ((events & (EPOLLIN | EPOLLHUP | EPOLLERR)) != 0) {
+    // Nothing more is read while something waits: what a client has sent ahead stays with the kernel.
+    if (!client.has_work() && (events & (EPOLLIN | EPOLLHUP | EPOLLERR)) != 0) {
         stays = read_requests(client);
     }
-    if (!(stays && write_answers(client))) {
+    if (!(stays && answer_one(client) && write_answers(client))) {
         loop_.remove(fd);
         clients_.erase(fd);
         return;
     }
-    // A client that does not read its answers is not asked for more requests.
-    loop_.change(fd, client.output.empty() ? EPOLLIN : EPOLLOUT);
+    // One answer a turn: whoever sends many requests waits for the others in between.
+    loop_.change(fd, client.has_work() ? EPOLLOUT : EPOLLIN);
 }
 
 bool ControlServer::read_requests(Client &client) {
@@ -87,11 +88,20 @@ bool ControlServer::read_requests(Client &client) {
         return length < 0 && (errno == EAGAIN || errno == EINTR);
     }
     client.input.append(buffer.data(), static_cast<std::size_t>(length));
-    for (std::size_t end = client.input.find('\n'); end != std::string::npos; end = client.input.find('\n')) {
-        client.output += answer(client.input.substr(0, end)) + '\n';
-        client.input.erase(0, end + 1);
+    return client.has_work() || client.input.size() <= kMaxRequest;
+}
+
+bool ControlServer::answer_one(Client &client) {
+    const std::size_t end = client.input.find('\n');
+    if (!client.output.empty() || end == std::string::npos) {
+        return true;
     }
-    return client.input.size() <= kMaxRequest;
+    if (end > kMaxRequest) {
+        return false;
+    }
+    client.output = answer(client.input.substr(0, end)) + '\n';
+    client.input.erase(0, end + 1);
+    return true;
 }
 
 bool ControlServer::write_answers(Client &client) {

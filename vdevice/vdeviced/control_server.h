@@ -29,12 +29,16 @@ class ControlServer {
         io::UniqueFd fd;
         std::string input;
         std::string output;
+
+        /** There is an answer to send or a whole request to answer. */
+        bool has_work() const { return !output.empty() || input.find('\n') != std::string::npos; }
     };
 
     void accept_client();
     void serve(int fd, std::uint32_t events);
-    /** These are false when the client is to be let go. */
+    /** These are false when the client is to be let go. An answer is made when the one before it is out. */
     bool read_requests(Client &client);
+    bool answer_one(Client &client);
     bool write_answers(Client &client);
     std::string answer(const std::string &line) const;
 

@@ -35,6 +35,7 @@ Device::Device(io::EventLoop &loop, driver::Board board, bool create_interfaces)
     monitor_->read_changes();
     loop_.add(monitor_->fd(), EPOLLIN, [this](std::uint32_t) { monitor_->read_changes(); });
     start_clock();
+    start_departures();
 }
 
 void Device::create_cables() {
@@ -68,6 +69,36 @@ void Device::start_clock() {
     });
 }
 
+/** Frames that wait for a port's shaper leave when the timer says so; without any it stands still. */
+void Device::start_departures() {
+    departure_timer_.reset(timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC));
+    if (!departure_timer_) {
+        throw io::error_from_errno("make the timer of queued frames");
+    }
+    loop_.add(departure_timer_.get(), EPOLLIN, [this](std::uint32_t) {
+        std::uint64_t expirations = 0;
+        if (read(departure_timer_.get(), &expirations, sizeof(expirations)) == sizeof(expirations)) {
+            catch_up();
+        }
+    });
+}
+
+void Device::catch_up() {
+    send_together([this] { chip_.depart(now()); });
+}
+
+// A time in the past lets the timer expire at once, one of 0 would stop it.
+void Device::arm_departure() {
+    itimerspec at{};
+    if (const std::optional<chip::Time> departure = chip_.next_departure()) {
+        const auto since_boot = (started_ + *departure).time_since_epoch();
+        const auto whole = std::chrono::floor<std::chrono::seconds>(since_boot);
+        at.it_value.tv_sec = static_cast<time_t>(whole.count());
+        at.it_value.tv_nsec = static_cast<long>(std::chrono::nanoseconds{since_boot - whole}.count());
+    }
+    timerfd_settime(departure_timer_.get(), TFD_TIMER_ABSTIME, &at, nullptr);
+}
+
 const Wire *Device::wire(int chip_port) const {
     return chip::Switch::has_port(chip_port) ? wires_[static_cast<std::size_t>(chip_port)].get() : nullptr;
 }
@@ -96,9 +127,18 @@ void Device::close_wire(Wire &wire) {
 void Device::receive_from(Wire &wire) {
     wire.socket.receive(batch_);
     const chip::Time received = now();
-    for (std::size_t i = 0; i < batch_.size(); ++i) {
-        chip_.receive(received, wire.chip_port, batch_.frame(i));
-    }
+    send_together([&] {
+        for (std::size_t i = 0; i < batch_.size(); ++i) {
+            chip_.receive(received, wire.chip_port, batch_.frame(i));
+        }
+    });
+}
+
+template <typename Work>
+void Device::send_together(Work work) {
+    is_batching_ = true;
+    work();
+    is_batching_ = false;
     flush_queues();
 }
 
@@ -106,6 +146,9 @@ void Device::transmit(int port, const chip::Frame &frame) {
     const auto &wire = wires_[static_cast<std::size_t>(port)];
     if (wire != nullptr && wire->socket.queue(frame)) {
         waiting_.push_back(wire.get());
+    }
+    if (!is_batching_) {
+        flush_queues();
     }
 }
 

@@ -40,6 +40,8 @@ class Device final : private chip::Sink {
     chip::Status drive_pin(std::int64_t pin, bool level) { return chip_.gpio().drive(pin, level); }
 
     chip::Time now() const;
+    /** Lets the queued frames leave that are due, even if the timer has not been heard yet. */
+    void catch_up();
 
     /** Hears of each port whose link status changes, whether by its cable, its host or its administrative state. */
     void set_link_listener(std::function<void(int chip_port)> listener) { link_listener_ = std::move(listener); }
@@ -57,10 +59,15 @@ class Device final : private chip::Sink {
     void announce_link(int port);
     void note(const Wire &wire, const std::string &what);
     void start_clock();
+    void start_departures();
+    void arm_departure();
 
     void transmit(int port, const chip::Frame &frame) override;
     void port_changed(int port) override;
+    void departure_changed() override { arm_departure(); }
     void flush_queues();
+    template <typename Work>
+    void send_together(Work work);
 
     io::EventLoop &loop_;
     std::chrono::steady_clock::time_point started_ = std::chrono::steady_clock::now();
@@ -71,8 +78,10 @@ class Device final : private chip::Sink {
     std::optional<io::Cables> created_cables_;
     std::array<std::unique_ptr<Wire>, chip::Switch::kPorts> wires_;
     std::vector<Wire *> waiting_; /**< wires with queued frames */
+    bool is_batching_ = false;    /**< frames are collected to be sent together in the end */
     io::ReceiveBatch batch_;
     io::UniqueFd timer_;
+    io::UniqueFd departure_timer_;
     std::optional<io::LinkMonitor> monitor_;
 };
 

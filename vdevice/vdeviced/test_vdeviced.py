@@ -12,6 +12,7 @@ import struct
 import subprocess
 import tempfile
 import time
+from pathlib import Path
 
 import pytest
 
@@ -168,6 +169,35 @@ def test_start_and_end_leave_nothing_behind(start, run_dir):
     assert device.stop() == 0
     assert interfaces() == before
     assert os.listdir(run_dir) == []
+
+
+def test_a_folder_that_others_may_write_to_is_refused(start, run_dir):
+    os.mkdir(run_dir)
+    for mode in (0o777, 0o770, 0o702):
+        os.chmod(run_dir, mode)
+        device = start()
+        _, errors = device.process.communicate(timeout=DEADLINE)
+        assert device.process.returncode == 1
+        assert "is not a folder that belongs to this user alone" in errors
+        assert os.listdir(run_dir) == []
+
+
+def test_a_link_to_a_folder_is_refused(start, run_dir):
+    os.mkdir(run_dir + ".real", mode=0o700)
+    os.symlink(run_dir + ".real", run_dir)
+    device = start()
+    _, errors = device.process.communicate(timeout=DEADLINE)
+    assert device.process.returncode == 1
+    assert "is not a folder that belongs to this user alone" in errors
+    assert os.listdir(run_dir) == []
+
+
+def test_sockets_are_their_owners_in_an_open_folder_too(start, run_dir):
+    os.mkdir(run_dir)
+    os.chmod(run_dir, 0o755)
+    start("--create-interfaces", "--user-ports", "1").wait_ready()
+    for name in ("control", "driver"):
+        assert stat.S_IMODE(os.stat(f"{run_dir}/{name}").st_mode) & 0o077 == 0
 
 
 def test_a_second_device_is_refused_and_the_first_stays(device, start):
@@ -434,6 +464,31 @@ def test_translations_and_subnets_are_shown(device):
         ["port", "1:", "double", "tags", "external,", "TPID", "0x88a8"]]
 
 
+def test_a_trusted_dscp_chooses_the_queue_and_is_shown(device):
+    one, two = device.nics("host1", "host2")
+    assert device.call("trust", 23, 2) == "0"
+    assert device.call("trust", 23, 4) == "-3"
+    assert device.call("dscp", 23, 46, 10, 7) == "0"
+    assert device.call("queue", 24, 7, 6) == "0"
+    assert device.call("queue", 24, 7, 8) == "-110"
+    frame = BROADCAST + station(1) + b"\x08\x00\x45"
+    one.send(frame + bytes([46 << 2]) + bytes(44))
+    arrived = two.receive()
+    assert arrived[:16] == frame[:15] + bytes([10 << 2])
+    answer = device.ask("priorities")
+    assert (answer["queues"], answer["default"]) == (list(range(8)), "802.1p")
+    assert answer["dscps"][46] == {"dscp": 46, "mapped": 46, "priority": 5}
+    first, second = (next(row for row in answer["ports"] if row["port"] == port) for port in (1, 2))
+    assert first == {"port": 1, "trust": "dscp", "priority": 0, "remap": list(range(8)), "queues": list(range(8)),
+                     "dscps": [{"dscp": 46, "mapped": 10, "priority": 7}], "tx_queues": [0] * 8}
+    assert second["queues"] == [0, 1, 2, 3, 4, 5, 6, 6]
+    assert second["tx_queues"] == [0, 0, 0, 0, 0, 0, 1, 0]
+    lines = [line.split() for line in device.control("priorities").stdout.splitlines()]
+    assert lines[2] == "1 dscp 0 0 1 2 3 4 5 6 7 0 1 2 3 4 5 6 7 0 0 0 0 0 0 0 0".split()
+    assert lines[3] == "2 802.1p 0 0 1 2 3 4 5 6 7 0 1 2 3 4 5 6 6 0 0 0 0 0 0 1 0".split()
+    assert lines[-1] == "DSCP 46 on port 1: DSCP 10, priority 7".split()
+
+
 def test_a_limit_refuses_addresses_and_shows_them(device):
     one, two = device.nics("host1", "host2")
     assert device.call("limit", 4, 0, 23, 0, 1) == "0"
@@ -546,6 +601,86 @@ def test_a_meter_lets_a_burst_pass_and_drops_the_rest(device):
         f"{5:>5}  {1:>10}  {3084:>10} {2:>12} {2:>12}  768", "1 of 64 meters; preamble and gap counted"]
 
 
+def test_limits_of_a_port_are_shown_with_what_they_let_in(device):
+    one, _ = device.nics("host1", "host2")
+    assert device.ask("storm")["storm"] == device.ask("storm")["ingress"] == []
+    assert device.call("storm-limit", 23, 3, 1, 24) == "0"
+    assert device.call("ingress-limit", 23, 1, 48) == "0"
+    # Each takes 1518 octets with its check sequence: out of 3000, then out of 6000.
+    for destination in [BROADCAST] * 3 + [station(2)] * 3:
+        one.send(destination + station(1) + datagram(1500))
+    wait_until(lambda: device.counters(1)["rx_frames"] == 6, "six frames to come in")
+    answer = device.ask("storm")
+    levels = [row.pop("level") for row in answer["storm"] + answer["ingress"]]
+    assert 3000 - 1518 <= levels[0] <= 1517 and 6000 - 3 * 1518 <= levels[1] <= 1517
+    time = answer.pop("time")
+    limit = {"port": 1, "rate": 1, "counts": "octets"}
+    assert answer == {
+        "storm": [{**limit, "type": "broadcast", "burst": 24, "depth": 3000, "passed": 1, "dropped": 2,
+                   "enabled": True, "in_joint": True, "exceeded": True}],
+        "ingress": [{**limit, "burst": 48, "depth": 6000, "passed": 3, "dropped": 3}],
+        "counting": dict.fromkeys(["joint", "multicast", "broadcast", "unknown_unicast"], "octets")}
+    assert 0 < time <= device.ask("version")["uptime"] < time + 60
+    drops = device.counters(1)["drops"]
+    assert (drops["storm"], drops["policed"]) == (2, 3)
+    lines = device.control("storm").stdout.splitlines()
+    assert [line.split()[:4] + line.split()[6:] for line in lines[1:3]] == [
+        ["1", "broadcast", "1", "kbit/s", "3000", "1", "2", "exceeded"], ["1", "ingress", "1", "kbit/s", "6000", "3", "3"]]
+    assert lines[3:] == ["counted: broadcast octets, joint octets, multicast octets, unknown_unicast octets"]
+
+
+def running_single_timers(device):
+    """How many of the daemon's timers that expire once only are set."""
+    texts = [path.read_text() for path in Path(f"/proc/{device.process.pid}/fdinfo").iterdir()]
+    singles = [text for text in texts if "it_interval: (0, 0)" in text]
+    assert len(singles) == 1
+    return sum("it_value: (0, 0)" not in text for text in singles)
+
+
+def first_queue(device, port):
+    """Of a port's queue 0: what has left, waits, and was thrown away."""
+    queue = next(row for row in device.ask("queues")["ports"] if row["port"] == port)["queues"][0]
+    return queue["frames"], queue["waiting_frames"], queue["flushed"]
+
+
+def test_a_shaped_port_lets_frames_wait_and_sends_them_when_they_are_due(device):
+    one, two = device.nics("host1", "host2")
+    frame_kbit = 8
+    assert device.call("shape", 24, 80, frame_kbit) == "0"
+    frames = [BROADCAST + station(1) + datagram(996 - 14) for _ in range(4)]
+    began = device.ask("queues")["time"]
+    for frame in frames:
+        one.send(frame)
+    assert [two.receive() for _ in frames] == frames
+    ended = device.ask("queues")["time"]
+    assert ended - began > 0.3, "three of the frames had to wait for a tenth of a second each"
+    assert first_queue(device, 2) == (4, 0, 0)
+    assert first_queue(device, 1)[0] == 0
+    assert device.counters(2)["tx_frames"] == 4
+    assert running_single_timers(device) == 0, "nothing waits, so nothing wakes the daemon"
+
+
+def test_frames_that_wait_leave_when_the_shaper_goes_and_are_lost_when_the_cable_does(device):
+    one, two = device.nics("host1", "host2")
+    assert device.call("shape", 24, 1, 8) == "0"
+    frame = BROADCAST + station(1) + datagram(996 - 14)
+    for _ in range(3):
+        one.send(frame)
+    wait_until(lambda: first_queue(device, 2) == (1, 2, 0), "two frames to wait")
+    assert running_single_timers(device) == 1
+    assert device.control("queues").stdout.splitlines()[4:6] == [
+        f"   2  strict      {1:>10} {8:>10}  1 1 1 1 1 1 1 1",
+        "      queue 0: 1 frames, 996 octets; 2 waiting with 1992 octets; 0 dropped, 0 flushed"]
+    assert device.call("shape", 24, 0, 0) == "0"
+    assert [two.receive() for _ in range(3)] == [frame] * 3
+    assert device.call("shape", 24, 1, 8) == "0"
+    for _ in range(3):
+        one.send(frame)
+    wait_until(lambda: first_queue(device, 2) == (4, 2, 0), "two frames to wait")
+    device.control("pull", "2")
+    assert first_queue(device, 2) == (4, 0, 2)
+
+
 class Watcher:
     """A process that has registered with the link scan."""
 
@@ -635,7 +770,8 @@ def test_impossible_commands_are_refused_with_a_sentence(device, words):
 
 
 @pytest.mark.parametrize("command", ["ports", "vlans", "macs", "mcast", "limits", "counters", "log", "events", "trunks", "reserved",
-                                     "mirrors", "gpio", "fields", "meters", "groups", "translations", "version"])
+                                     "mirrors", "gpio", "fields", "meters", "storm", "queues", "groups", "translations",
+                                     "priorities", "version"])
 def test_every_table_is_shown(device, command):
     assert device.control(command).returncode == 0
     assert isinstance(device.ask(command), dict)
@@ -646,6 +782,54 @@ def test_no_device_is_told(run_dir):
                             timeout=DEADLINE)
     assert result.returncode == 1
     assert "no vdeviced is running there" in result.stderr
+
+
+class Driver:
+    """A client of the driver socket that sends what it likes."""
+
+    MAGIC = 0x61647001
+
+    def __init__(self, device):
+        self.socket = socket.socket(socket.AF_UNIX)
+        self.socket.settimeout(DEADLINE)
+        self.socket.connect(device.run_dir + "/driver")
+
+    def say(self, *words):
+        self.socket.sendall(struct.pack(f">{len(words)}I", *words))
+
+    def is_closed(self):
+        """Reads what is still there; False if nothing comes within the deadline."""
+        try:
+            while self.socket.recv(4096):
+                pass
+        except ConnectionResetError:
+            pass
+        except TimeoutError:
+            return False
+        return True
+
+
+def interface_checksum(device):
+    """Even a client that was built from other headers is told."""
+    client = Driver(device)
+    client.say(Driver.MAGIC, 0)
+    return struct.unpack(">2I", client.socket.recv(8, socket.MSG_WAITALL))[1]
+
+
+@pytest.mark.parametrize("greets, words", [
+    (False, (0x47455420, 0x2F204854)), (False, (Driver.MAGIC, 0)), (True, (0,)), (True, (0xFFFFFFFF,)), (True, (16385, 0)),
+    (True, (1, 0xFFFFFFFF)), (True, (2, 0, 0))])
+def test_strangers_at_the_driver_socket_are_closed_alone(device, greets, words):
+    silent, stranger = Driver(device), Driver(device)
+    silent.say(Driver.MAGIC, interface_checksum(device), 16384)
+    if greets:
+        stranger.say(Driver.MAGIC, interface_checksum(device))
+    stranger.say(*words)
+    assert stranger.is_closed()
+    assert device.call("enable", 4, 1) == "0"
+    assert device.ask("version")["user_ports"] == 4
+    silent.say(0)
+    assert silent.socket.recv(8, socket.MSG_WAITALL)[:4] == struct.pack(">I", Driver.MAGIC), "it is still served"
 
 
 class Control:

@@ -1,0 +1,208 @@
+#!/usr/bin/env python3
+"""Writes the seeds of every fuzz target: seeds.py FOLDER makes FOLDER/TARGET/NAME. How a target reads its input stands
+at the head of its source."""
+import pathlib
+import struct
+import sys
+
+ADDRESSES = bytes.fromhex("020000000001" "020000000002")
+
+
+def u16(number):
+    return struct.pack(">H", number & 0xFFFF)
+
+
+def u32(*numbers):
+    return b"".join(struct.pack(">I", number & 0xFFFFFFFF) for number in numbers)
+
+
+def received(port, *rest):
+    """A frame from the switch: addresses, receive tag, and what follows."""
+    return ADDRESSES + bytes.fromhex("1234ffffff") + bytes([0xC0 | port]) + b"".join(rest)
+
+
+VLAN_100 = bytes.fromhex("81002064")
+VLAN_7 = bytes.fromhex("81000007")
+OUTER = bytes.fromhex("910000c8")
+IPV4 = bytes.fromhex("0800" "45000020000000004011" "0000c0000201c0000202" "0035003500080000")
+IPV6 = bytes.fromhex("86dd" "6000000000081140") + bytes(32) + bytes.fromhex("0035003500080000")
+IPV6_OPTIONS = bytes.fromhex("86dd" "6000000000180040") + bytes(32) + bytes.fromhex("11010000") + bytes(24)
+ARP = bytes.fromhex("0806") + bytes(28)
+
+FRAMES = {
+    "ipv4": received(4, VLAN_100, IPV4),
+    "ipv6": received(29, VLAN_100, IPV6),
+    "ipv6_options": received(5, VLAN_100, IPV6_OPTIONS),
+    "two_tags": received(6, VLAN_100, VLAN_7, IPV4),
+    "three_tags": received(6, VLAN_100, VLAN_7, VLAN_7, IPV4),
+    "stacked": received(7, OUTER, VLAN_7, IPV6),
+    "stacked_alone": received(7, OUTER, IPV4),
+    "untagged": received(8, IPV4),
+    "arp": received(63, VLAN_7, ARP),
+    "tag_alone": received(0),
+    "short": received(4)[:17],
+}
+
+
+def receive():
+    for name, frame in FRAMES.items():
+        yield name, bytes([1, 4, 0, 0, 0]) + frame
+    yield "port_of_two_rows", bytes([9, 4, 3, 0, 7]) + FRAMES["ipv4"]
+
+
+def receive_parse():
+    for name, frame in FRAMES.items():
+        yield name, bytes([0, 0, 0, 0]) + u32(0, 0) + bytes([0, 0, 0]) + frame
+    for name, group, members in (("member", 0, 2), ("no_member", 0, 4), ("group_member", 3, 1 << 29)):
+        yield name, bytes([1, 1, 0, group]) + u32(members >> 32, members) + bytes([18, 0, 0]) + FRAMES["ipv4"]
+    yield "tag_at_the_end", bytes([1, 1, 0, 0]) + u32(0, 0xFFFFFFFF) + bytes([17, 0, 0]) + FRAMES["tag_alone"] + b"\1\2"
+    yield "no_service", bytes([1, 1, 1, 0]) + u32(0, 2) + bytes([18, 0, 0]) + FRAMES["ipv4"]
+
+
+def tag_rewrite():
+    for opcode in range(8):
+        yield f"opcode_{opcode}", u32(opcode << 29 | 0x1800003, 0x80000001)
+    yield "other_ports", u32(0x99FFFFFF, 0xFFFFFFFF) + bytes([0, 57, 1, 56, 2, 25, 30, 24, 31, 255, 40, 200])
+    yield "no_such_interface", u32(0xA1FFFFFF, 0)
+
+
+def transmit():
+    members = u32(0xFFFFFFFF, 0xFFFFFFFF) + bytes(range(1, 9))
+    frame = ADDRESSES + VLAN_7 + ARP
+    for mode in range(6):
+        yield f"mode_{mode}", b"\0" + members + u16(mode) + b"\0" + u16(100) + b"\2\0" + b"\1\3\1\2\x83" + frame
+        yield f"flood_{mode}", b"\0" + members + u16(mode) + b"\1" + b"\0\0" + b"\0\0" + frame
+    yield "empty_list", b"\0" + members + u16(0) + b"\1" + b"\0\0" + b"\1\0" + frame
+    yield "other_type", b"\0" + members + u16(3) + b"\1" + b"\0\0" + b"\1\2\1\x42" + frame
+    yield "short", b"\0" + members + u16(1) + b"\1" + b"\0\0" + b"\0\0" + frame[:11]
+    for bit in range(5):
+        yield f"failing_{bit}", b"\0" + members + u16(0) + b"\0" + u16(100) + bytes([0, 1 << bit]) + b"\0\0" + frame
+        yield f"one_failing_{bit}", b"\1" + members + b"\6\5" + u16(0) + bytes([1 << bit]) + frame
+    for interface in (1, 26, 0x83, 0x41, 0x90, 60):
+        yield f"one_{interface}", b"\1" + members + bytes([6, interface]) + u16(7) + b"\0" + frame
+
+
+def append():
+    def qualifier(kind, data, mask):
+        return b"\1" + u16(kind) + bytes([(len(data) + 1) // 2, len(data) % 2]) + data + \
+            bytes([(len(mask) + 1) // 2, len(mask) % 2]) + mask
+
+    def action(kind, param, nulls=b"\0\0"):
+        return b"\0" + u16(kind) + bytes([(len(param) + 1) // 2, len(param) % 2]) + param + b"\0\0" + nulls
+
+    yield "one_of_each", b"\0\0" + qualifier(7, ADDRESSES[:6], b"\xff" * 6) + action(11, b"\0\0\0\5")
+    yield "short_number", b"\0\0" + qualifier(29, b"\x08\0", b"\xff\xff")
+    yield "whole_field", b"\0\0" + qualifier(13, bytes(range(64)), b"\xff" * 64) + action(30, bytes(256), b"\0\1")
+    yield "too_long", b"\0\0" + qualifier(13, bytes(66), b"") + action(30, bytes(258)) + qualifier(1, b"a", b"b")
+    yield "full", b"\x0f\x07" + qualifier(1, b"a", b"b") * 3 + action(1, b"c") * 3
+    yield "negative", b"\xff\xff" + qualifier(1, b"a", b"b") + action(1, b"c")
+    yield "any_length", b"\0\0" + b"\1" + u16(1) + b"\xff" + u32(-1) + b"\xff" + u32(0x80000000)
+
+
+def remark():
+    def request(number, form, field=0, kind=1, value=bytes([46] * 4)):
+        return b"\0" + bytes([number]) + u16(0) + u32(0x80000000, 0x80000001) + bytes([kind, 9, form, field]) + \
+            value.ljust(8, b"\0")
+
+    for field in range(13):
+        yield f"field_{field}", b"\xff" + request(5, 1, field, value=ADDRESSES[:6])
+    yield "ports", b"\xff" + request(1, 7) + request(1, 7, kind=2) + request(2, 3) + b"\1" + u32(0x10001)
+    yield "wrong_kind", b"\xff" + request(3, 7, kind=0) + request(4, 1, 12)
+    for call in range(6):
+        yield f"failing_{call}", bytes([call, 0xFF]) + request(5, 1, 8) + request(5, 7) + b"\1" + u32(5)
+        yield f"positive_{call}", bytes([call, 3]) + request(6, 1, 9)
+
+
+def shell_line():
+    for name, line in {
+            "blank": " \t ", "comment": "# a remark {", "words": "call 1 0x2\t-3 agg2 01:80:c2:00:00:00",
+            "named": "call vid=100 list = [1]", "lists": "call [1,2 0x3] {4, 5} [] {}",
+            "record": "call {flags=8 mac=0102 ports={1,2}}", "text": r'call "a \"b\" \\ \n \r \t c" x # end',
+            "nested": "call " + "[" * 16 + "]" * 16, "too_deep": "call " + "[" * 17, "missing": "call [1,",
+            "hash": "call a#b \"# no\"", "equals": 'call "a"=1', "carriage": "call 1\r\n"}.items():
+        yield name, line.encode()
+    yield "control", b"call \x1b[A\0"
+
+
+MAGIC = 0x61647001
+PLAIN, GREETED, FRAMED = b"\0", b"\1", b"\3"
+
+
+def message(*words):
+    return bytes([len(words)]) + u32(*words)
+
+
+def remote_server():
+    whole = u16(0xFFFF)
+    calls = b"".join(message(number, 0, 0, 1) for number in range(0, 240, 8))
+    yield "calls_of_two_arguments", FRAMED + whole + calls
+    yield "calls_in_two_pieces", FRAMED + u16(17) + calls
+    for words in range(1, 20):
+        yield f"calls_of_{words}_words", FRAMED + whole + b"".join(
+            message(number, *[number % 2] * words) for number in range(words, 240, 19))
+    yield "text", FRAMED + whole + message(230, 0, 0, 4, 0x61626300) + message(231, 4, 0x61626300, 1)
+    yield "watch", FRAMED + whole + message(0xFFFFFF00) + message(0xFFFFFF01, 7)
+    yield "no_such_call", FRAMED + whole + message(0xFFFFFFFF) + message(246)
+    yield "too_long", GREETED + whole + u32(16385, 1)
+    yield "empty", GREETED + whole + u32(0)
+    yield "half_a_message", GREETED + whole + u32(4, 1, 2)
+    yield "half_a_greeting", PLAIN + u16(2) + u32(MAGIC)
+    yield "other_protocol", PLAIN + whole + b"GET / HTTP/1.1\r\n\r\n"
+
+
+def remote_client():
+    for number in range(0, 246, 5):
+        call = u32(number) + b"\1" + b"\1\0\xff"
+        yield f"answered_{number}", call + FRAMED + message(0, 0)
+        yield f"with_outputs_{number}", call + FRAMED + message(0, 1, *range(number % 9))
+    call = u32(60) + b"\1" + b"\1\0"
+    yield "small_pieces", call + b"\0" + FRAMED + message(0, 1, 7)
+    yield "failed", call + b"\xff" + FRAMED + message(-71, 0)
+    yield "failed_with_outputs", call + b"\xff" + FRAMED + message(-71, 1, 1)
+    yield "too_long", call + b"\xff" + GREETED + u32(16385, 0)
+    yield "cut", call + b"\xff" + GREETED + u32(3, 0)
+    yield "silent", u32(60) + b"\1" + b"\1\1\xff" + GREETED
+    yield "other_protocol", call + b"\xff" + PLAIN + b"HTTP/1.1 400"
+    yield "messages", u32(0) + b"\1" + b"\0\0\xff" + FRAMED + message(0) + message(0, 4, 1000, 1, 0, 1) * 3
+
+
+def driver_calls():
+    def call(number, *arguments):
+        return u16(number) + b"\0\0" + bytes(arguments)
+
+    frame = ADDRESSES + IPV4
+    for first in range(0, 246, 6):
+        calls = b"".join(call(number, 4, 1, 1, 2, 3, 1) for number in range(first, first + 6))
+        yield f"calls_from_{first}", calls + u16(0xFF04) + bytes([len(frame)]) + frame + u16(0xFFFF) + calls
+    for name, content in {"ipv4": VLAN_100 + IPV4, "ipv6": IPV6, "stacked": OUTER + VLAN_7 + ARP,
+                          "from_cpu": bytes.fromhex("8874" "9800001000000000") + VLAN_7 + IPV4}.items():
+        frame = ADDRESSES + content
+        yield f"frame_{name}", b"".join(u16(0xFF00 + port) + bytes([len(frame)]) + frame for port in (0, 4, 5, 31))
+
+
+def control_line():
+    for name, text in {
+            "version": '{"command": "version"}', "numbers": '{"command": 1e999, "port": -0}', "array": "[1, 2]",
+            "deep": '{"a":' + "[" * 200, "text": r'{"command": "\u00e9\ud800 \n"}', "broken": '{"command"',
+            "twice": '{"command": {}, "command": []}', "blank": ""}.items():
+        yield name, u16(0xFFFF) + text.encode() + b"\n"
+    yield "in_two_pieces", u16(9) + b'{"command": "version"}\n{}\n'
+    yield "not_text", u16(0xFFFF) + b'{"command": "\xff\xfe"}\n\0\n'
+    yield "without_end", u16(3) + b'{"command": "version"}'
+
+
+TARGETS = (receive, receive_parse, tag_rewrite, transmit, append, remark, shell_line, remote_server, remote_client, driver_calls,
+           control_line)
+
+
+def main():
+    folder = pathlib.Path(sys.argv[1])
+    for target in TARGETS:
+        place = folder / target.__name__
+        place.mkdir(parents=True, exist_ok=True)
+        for name, seed in target():
+            (place / name).write_bytes(seed)
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,28 @@
+/**
+ * @file temporary_folder.h
+ * A folder of a test's own, removed at its end.
+ */
+#ifndef TESTS_SUPPORT_TEMPORARY_FOLDER_H
+#define TESTS_SUPPORT_TEMPORARY_FOLDER_H
+
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+
+class TemporaryFolder {
+  public:
+    TemporaryFolder() {
+        char name[] = "/tmp/vdevice-test-XXXXXX";
+        path_ = mkdtemp(name);
+    }
+    ~TemporaryFolder() { std::filesystem::remove_all(path_); }
+    TemporaryFolder(const TemporaryFolder &) = delete;
+    TemporaryFolder &operator=(const TemporaryFolder &) = delete;
+
+    [[nodiscard]] const std::string &path() const { return path_; }
+
+  private:
+    std::string path_;
+};
+
+#endif
