@@ -132,6 +132,16 @@ std::vector<Step> make_life(uint64_t seed, std::size_t calls) {
     return life;
 }
 
+namespace {
+
+std::string_view falsified;
+
+}  // namespace
+
+void falsify(const char *call) {
+    falsified = call;
+}
+
 const char *name_of(const Step &step) {
     return adpsh::calls()[step.call].name;
 }
@@ -402,9 +412,11 @@ bool Life::live(const Step &step) {
     ++state_->number;
     const Deed model =
         state_->run(state_->model_system, step, [&] { return reference.invoke(model_arguments.pointers()); });
-    const Deed library =
-        state_->run(state_->library_system, step, [&] { return call.invoke(library_arguments.pointers()); });
+    Deed library = state_->run(state_->library_system, step, [&] { return call.invoke(library_arguments.pointers()); });
     state_->imported_calls += chip().count();
+    if (falsified == call.name) {
+        library.result.number ^= 1;
+    }
     state_->lines = library.lines;
     if (state_->trace != nullptr) {
         state_->write_trace(line, library_arguments, library);

@@ -1,4 +1,5 @@
-// lives [CALLS [SEED]] [--trace FILE | --script]: random sequences of calls, the library against the reference model.
+// lives [CALLS [SEED]] [--trace FILE | --script] [--falsify CALL]: random sequences of calls, the library against the
+// reference model.
 #include <getopt.h>
 #include <unistd.h>
 
@@ -29,11 +30,12 @@ struct Options {
 
 int usage() {
     std::fprintf(stderr,
-                 "usage: lives [CALLS [SEED]] [--trace FILE | --script]\n"
+                 "usage: lives [CALLS [SEED]] [--trace FILE | --script] [--falsify CALL]\n"
                  "  CALLS  calls to make, 200000 unless given; 0: until stopped\n"
                  "  SEED   the same seed gives the same calls on every machine; 1 unless given\n"
                  "  FILE   gets every call with all that it did\n"
-                 "  --script  prints the calls as a script for adpsh and makes none\n");
+                 "  --script  prints the calls as a script for adpsh and makes none\n"
+                 "  --falsify CALL  takes that call's result for another one, to see that it is found\n");
     return 2;
 }
 
@@ -44,12 +46,16 @@ bool read_number(const char *text, uint64_t *number) {
 }
 
 bool read_options(int argc, char **argv, Options *options) {
-    constexpr option kLong[] = {
-        {"trace", required_argument, nullptr, 't'}, {"script", no_argument, nullptr, 's'}, {nullptr, 0, nullptr, 0}};
+    constexpr option kLong[] = {{"trace", required_argument, nullptr, 't'},
+                                {"script", no_argument, nullptr, 's'},
+                                {"falsify", required_argument, nullptr, 'f'},
+                                {nullptr, 0, nullptr, 0}};
     for (int c = getopt_long(argc, argv, "", kLong, nullptr); c != -1;
          c = getopt_long(argc, argv, "", kLong, nullptr)) {
         if (c == 't') {
             options->trace = optarg;
+        } else if (c == 'f') {
+            lives::falsify(optarg);
         } else if (c == 's') {
             options->prints_script = true;
         } else {
