@@ -20,7 +20,7 @@ INTRUDER_SHARE = 0.1
 
 
 class Station:
-    """A host and its talker."""
+    """A host and its talker. It hears the VLAN `vid`, 0 for none, and speaks in some."""
 
     def __init__(self, lab, port, number, vid, speaks):
         self.host = lab.hosts[port]
@@ -80,7 +80,7 @@ class Stations:
         """Nothing has come where it does not belong, twice, or changed."""
         complaints = [text for each in self.all for text in each.counts["complaints"]]
         if complaints:
-            raise LabError("Frames went wrong: " + "; ".join(complaints))
+            raise LabError(f"Frames went wrong, in all {len(complaints)} that hosts tell of: {complaints[0]}")
 
     def total(self, name):
         return sum(each.counts.get(name, 0) for each in self.all)
@@ -106,6 +106,18 @@ class Stations:
             poll_until(lambda: not silent(), FLOW_SECONDS, "It", FLOW_PAUSE)
         except LabError:
             raise LabError(f"{when}, nothing arrives from these hosts: {', '.join(silent())}.") from None
+
+    def fall_silent(self):
+        """Nobody sends any more; gives back when nothing has come for a while."""
+        self.ask("quiet")
+        counted = [-1]
+
+        def settled():
+            self.ask()
+            counted.append(self.received())
+            return counted[-1] == counted[-2]
+
+        poll_until(settled, FLOW_SECONDS, "The end of all frames", FLOW_PAUSE)
 
     def close(self):
         for each in self.all:
