@@ -4,7 +4,7 @@ import os
 
 from lab import LabError
 
-MEBIBYTE = 1 << 20
+KIBIBYTE, MEBIBYTE = 1 << 10, 1 << 20
 # A device keeps a log of 4096 lines of up to 1024 characters, which takes long to fill, 1024 events, and tables whose
 # entries come and go; the allocator holds on to some of what they have left. A leak of a hundred octets with each call
 # or of ten with each frame is more within some minutes. A manager has less to keep.

@@ -8,13 +8,14 @@ the same day.
 
 import argparse
 import contextlib
+import faulthandler
 import itertools
 import sys
 import time
 from random import Random
 
 from fabric import CABLES, SIDES, VLANS, Fabric
-from health import MEBIBYTE, Holdings, descriptors
+from health import KIBIBYTE, Holdings, descriptors
 from lab import LabError
 from lab.frames import BROADCAST, ETHERTYPE_EXPERIMENT, ethernet, vlan_tag
 from lab.process import poll_until
@@ -33,10 +34,12 @@ CYCLES_SHARE = 0.6
 SECONDS_PER_CYCLE = 25
 SECONDS_PER_PROGRAM = 12
 CABLE_SECONDS = (0.1, 0.8)
-MOST_PULLED = 3
+PLUG_SHARE = 0.4
 FAILED_CALLS_WHILE_AWAY = 20
 AWAY_SECONDS = 30.0
 RELEASE_SECONDS = 10.0
+# Every wait has a deadline of its own. Should one be forgotten, all ends this long after it should have.
+HANG_SECONDS = 240
 
 
 class Load:
@@ -50,7 +53,7 @@ class Load:
         self._holdings = [None, None]
         self._warm_at = [0.0, 0.0]
         self._sides = itertools.cycle(SIDES)
-        self.cable_changes = self.program_kills = self.power_cycles = 0
+        self.cable_changes = self.separations = self.program_kills = self.power_cycles = 0
         self.growth = 0
 
     def _make_managers(self, side):
@@ -143,12 +146,13 @@ class Load:
     def _move_a_cable(self):
         pulled = self._fabric.pulled
         numbers = {number for _, number in pulled}
-        if pulled and (len(numbers) >= MOST_PULLED or self._random.random() < 0.5):
+        if pulled and (len(numbers) == len(CABLES) or self._random.random() < PLUG_SHARE):
             self._fabric.plug(*self._random.choice(sorted(pulled)))
         else:
             free = sorted({(side, number) for side in SIDES for number in range(len(CABLES))} - pulled)
             self._fabric.pull(*self._random.choice(free))
         self.cable_changes += 1
+        self.separations += len({number for _, number in pulled}) == len(CABLES)
 
     def _replace_program(self, side):
         self._fabric.plug_all()
@@ -258,8 +262,9 @@ class Load:
             ("managers killed in a call", self.total("kills")),
             ("programs killed", self.program_kills),
             ("cables moved", self.cable_changes),
+            ("times without a cable", self.separations),
             ("power cycles", self.power_cycles),
-            ("most growth of a device", f"{self.growth / MEBIBYTE:.1f} MiB"),
+            ("most growth of a device", f"{self.growth // KIBIBYTE} KiB"),
         ]
 
 
@@ -282,6 +287,7 @@ def parse(words):
 def main(words):
     options = parse(words)
     print(f"Two devices under load for {options.seconds} seconds, seed {options.seed}.", flush=True)
+    faulthandler.dump_traceback_later(options.seconds + HANG_SECONDS, exit=True)
     began = time.monotonic()
     try:
         with Fabric(options.device, options.builds[0]) as fabric:
