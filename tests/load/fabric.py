@@ -7,10 +7,9 @@ anew, and an operator, an adpsh that lives as long as the load whatever the devi
 import contextlib
 
 from health import descriptors
-from lab import Build, LabError, Pair
+from lab import LabError, Pair
 from lab.aggregation import AggregationProgram
 from lab.process import poll_until
-from lab.shell import Shell
 from settings import CALL_LOST, OK, TRUNK_MISSING, VLAN_MISSING, listed
 from stations import Station, Stations
 
@@ -68,9 +67,8 @@ class Fabric:
     # Management
 
     def start_operators(self):
-        command = Build(self._build).command("adpsh", "--json", "--keep-going")
         for lab in self.labs:
-            self.operators.append(self._stack.enter_context(contextlib.closing(Shell(lab.device, command))))
+            self.operators.append(lab.shell(self._build))
             self.operators[-1].call("map")
 
     def _do(self, side, line, *results):
