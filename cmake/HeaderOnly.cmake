@@ -14,4 +14,10 @@ endforeach()
 
 add_library(adp_header_only INTERFACE)
 target_include_directories(adp_header_only SYSTEM INTERFACE ${ADP_HEADER_ONLY_DIR})
-target_compile_definitions(adp_header_only INTERFACE FMT_HEADER_ONLY)
+# Where there is a {fmt} to link, its bulk need not be compiled with every file that uses it.
+if(CMAKE_CROSSCOMPILING)
+    target_compile_definitions(adp_header_only INTERFACE FMT_HEADER_ONLY)
+else()
+    find_package(fmt REQUIRED)
+    target_link_libraries(adp_header_only INTERFACE fmt::fmt)
+endif()

@@ -58,8 +58,8 @@ class EachQualifier : public fp_test::FpTest, public ::testing::WithParamInterfa
     /** Data and mask as the call takes them. */
     static std::string taken() {
         FpQualify q = {};
-        fp_test::set_words(q.data, {kData, 7});
-        fp_test::set_words(q.mask, {kMask, 9});
+        fp_test::set_condition(q.data, GetParam().row.type, {kData, 7});
+        fp_test::set_condition(q.mask, GetParam().row.type, {kMask, 9});
         switch (GetParam().row.takes) {
             case Takes::kBytes:
                 return ", data=" + block_text(q.data, 64) + ", mask=" + block_text(q.mask, 64);

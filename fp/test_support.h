@@ -38,12 +38,24 @@ inline void set_words(uint8_t *field, const std::vector<uint32_t> &words) {
     }
 }
 
+/** A qualifier's field: addresses are bytes, the most significant first, everything else words. */
+inline void set_condition(uint8_t *field, uint32_t type, const std::vector<uint32_t> &words) {
+    constexpr uint32_t kLastAddress = ADP_FP_QUALIFY_DST_MAC;
+    if (type > kLastAddress) {
+        set_words(field, words);
+        return;
+    }
+    for (std::size_t i = 0; i < 4 * words.size(); ++i) {
+        field[i] = static_cast<uint8_t>(words[i / 4] >> (24 - 8 * (i % 4)));
+    }
+}
+
 inline void add_qualifier(FpEntity *rule, uint32_t type, const std::vector<uint32_t> &data,
                           const std::vector<uint32_t> &mask) {
     FpQualify &q = rule->qualifies[rule->qualify_num++];
     q.type = type;
-    set_words(q.data, data);
-    set_words(q.mask, mask);
+    set_condition(q.data, type, data);
+    set_condition(q.mask, type, mask);
 }
 
 inline void add_action(FpEntity *rule, uint32_t type, const std::vector<uint32_t> &param = {},
@@ -66,8 +78,8 @@ inline FpEntity with_qualifiers(FpEntity rule, std::initializer_list<uint32_t> t
 inline FpEntity full_record(uint32_t submodule_type, uint32_t entity_id) {
     FpEntity rule = {};
     auto *bytes = reinterpret_cast<uint8_t *>(&rule);
-    for (std::size_t i = 0; i < sizeof rule; ++i) {
-        bytes[i] = static_cast<uint8_t>(i * 7 + 1);
+    for (std::size_t i = 0; i < sizeof rule; i += sizeof(uint32_t)) {
+        set_word(bytes + i, static_cast<uint32_t>(i) * 0x0507090B + 0x01020304);
     }
     rule.submodule_type = submodule_type;
     rule.unit = 0;

@@ -11,8 +11,9 @@ import subprocess
 import sys
 import tempfile
 
-CONTEXT = 3
-MOST_SHOWN = 40
+CONTEXT = 1
+MOST_SHOWN = 12
+LONGEST_LINE = 300
 
 
 def run(command, environment):
@@ -38,10 +39,14 @@ def sections(path):
     return parts
 
 
+def shortened(line):
+    return line[:LONGEST_LINE] + " ...\n"
+
+
 def show_difference(what, host, target):
     print(f"\n{what}: the traces differ (- host, + target)")
     lines = list(difflib.unified_diff(host, target, lineterm="\n", n=CONTEXT))[2:]
-    sys.stdout.writelines(line if len(line) < 1000 else line[:1000] + " ...\n" for line in lines[:MOST_SHOWN])
+    sys.stdout.writelines(line if len(line) < LONGEST_LINE else shortened(line) for line in lines[:MOST_SHOWN])
     if len(lines) > MOST_SHOWN:
         print(f"... and {len(lines) - MOST_SHOWN} lines more")
 
@@ -56,6 +61,8 @@ def compare(program, host_path, target_path):
     different = [name for name in host if host[name] != target[name]]
     for name in different[:5]:
         show_difference(f"{program} {name}", host[name], target[name])
+    if different[5:]:
+        print(f"\n{program}, likewise: " + ", ".join(different[5:]))
     return len(host), sum(map(len, host.values())), len(different)
 
 
@@ -65,7 +72,7 @@ def main():
     parser.add_argument("target", help="the target's build folder")
     parser.add_argument("--emulator", default="", help="what runs the target's programs")
     parser.add_argument("--lives", type=int, default=0, help="random calls to compare besides")
-    parser.add_argument("programs", nargs="*", help="unit test programs, by name")
+    parser.add_argument("--programs", nargs="*", default=[], help="unit test programs, by name")
     options = parser.parse_args()
     jobs = [(name, []) for name in options.programs]
     if options.lives:

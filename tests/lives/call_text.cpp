@@ -1,5 +1,6 @@
 #include "tests/lives/call_text.h"
 
+#include <algorithm>
 #include <cstring>
 #include <string_view>
 
@@ -13,7 +14,10 @@ using adpsh::Kind;
 using adpsh::Shape;
 using adpsh::Type;
 
-enum class Style { kScript, kTrace };
+/** For the trace what a call leaves in a record's blocks is shown without an order of bytes. */
+enum class Style { kScript, kTrace, kTraceAfter };
+
+constexpr std::size_t kMacBytes = 6;
 
 std::string hex(const uint8_t *bytes, std::size_t size) {
     constexpr char kDigits[] = "0123456789abcdef";
@@ -84,6 +88,15 @@ bool holds_words(const adpsh::Record &record, const Field &field, const uint8_t 
     return (name == "FpQualify" || name == "FpAction") && field.type.kind == Kind::kU8 && !is_byte_qualifier;
 }
 
+/** The bytes of each word by size: a block may hold words, bytes and parts of words. */
+std::string sorted_words(const uint8_t *at, std::size_t size) {
+    std::vector<uint8_t> bytes(at, at + size);
+    for (auto word = bytes.begin(); word != bytes.end(); word += sizeof(uint32_t)) {
+        std::sort(word, word + sizeof(uint32_t));
+    }
+    return hex(bytes.data(), bytes.size());
+}
+
 /** Only what is not zero: the rest is zero by itself. */
 std::string record_text(const adpsh::Record &record, const uint8_t *at, Style style) {
     std::string text = "{";
@@ -98,7 +111,9 @@ std::string record_text(const adpsh::Record &record, const uint8_t *at, Style st
             --count;
         }
         text += (text == "{" ? "" : " ") + std::string(field.name) + "=";
-        if (style == Style::kTrace && holds_words(record, field, at)) {
+        if (style == Style::kTraceAfter && field.type.kind == Kind::kU8 && field.count > kMacBytes) {
+            text += sorted_words(from, count);
+        } else if (style == Style::kTrace && holds_words(record, field, at)) {
             text += trace_text::words(from, count);
         } else {
             text +=
@@ -173,8 +188,9 @@ std::string memory_text(const Slot &slot, Style style) {
     if (type.kind == Kind::kOpaque) {
         return slot.elements == 0 ? "[]" : hex(slot.data(), slot.elements);
     }
-    return slot.elements == 1 && type.size > 1 ? element_text(type, slot.data(), style)
-                                               : array_text(type, slot.data(), slot.elements, style);
+    const bool is_one = slot.parameter->counter == adpsh::kNoCounter && slot.elements == 1;
+    return is_one && type.size > 1 ? element_text(type, slot.data(), style)
+                                   : array_text(type, slot.data(), slot.elements, style);
 }
 
 std::string line(const Arguments &arguments, Style style) {
@@ -213,7 +229,7 @@ std::string outputs_text(const Arguments &arguments) {
             text += slot.elements == kCounterBytes ? std::to_string(load<uint64_t>(slot.data()))
                                                    : trace_text::words(slot.data(), slot.elements);
         } else {
-            text += memory_text(slot, Style::kTrace);
+            text += memory_text(slot, Style::kTraceAfter);
         }
     }
     return text;

@@ -18,6 +18,7 @@
 #include "tests/lives/reference_table.h"
 #include "tests/lives/table_compare.h"
 #include "tests/support/fake_system.h"
+#include "tests/support/trace_file.h"
 #include "tests/support/trace_text.h"
 
 // The shell's generated table hands events here.
@@ -129,6 +130,16 @@ std::vector<Step> make_life(uint64_t seed, std::size_t calls) {
     }
     life.resize(calls);
     return life;
+}
+
+namespace {
+
+std::string_view falsified;
+
+}  // namespace
+
+void falsify(const char *call) {
+    falsified = call;
 }
 
 const char *name_of(const Step &step) {
@@ -355,7 +366,7 @@ std::string Life::State::compare(const Arguments &library_arguments, const Argum
 void Life::State::write_trace(const std::string &line, const Arguments &arguments, const Deed &deed) const {
     std::fprintf(trace, "%s\n", line.c_str());
     for (const std::string &each : deed.lines) {
-        std::fprintf(trace, "    %s\n", each.c_str());
+        std::fprintf(trace, "    %s\n", trace_file::portable(each).c_str());
     }
     const bool is_address = arguments.call().result == adpsh::ResultKind::kRecord;
     const std::string result = is_address ? (deed.result.address != nullptr ? "an address" : "null")
@@ -401,9 +412,11 @@ bool Life::live(const Step &step) {
     ++state_->number;
     const Deed model =
         state_->run(state_->model_system, step, [&] { return reference.invoke(model_arguments.pointers()); });
-    const Deed library =
-        state_->run(state_->library_system, step, [&] { return call.invoke(library_arguments.pointers()); });
+    Deed library = state_->run(state_->library_system, step, [&] { return call.invoke(library_arguments.pointers()); });
     state_->imported_calls += chip().count();
+    if (falsified == call.name) {
+        library.result.number ^= 1;
+    }
     state_->lines = library.lines;
     if (state_->trace != nullptr) {
         state_->write_trace(line, library_arguments, library);

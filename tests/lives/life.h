@@ -27,6 +27,9 @@ std::vector<Step> make_life(uint64_t seed, std::size_t calls);
 
 const char *name_of(const Step &step);
 
+/** From now on this call's result counts as another one than the library gave: to see that differences are found. */
+void falsify(const char *call);
+
 /** Where the two parted, in words. */
 struct Difference {
     std::string what;

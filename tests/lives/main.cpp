@@ -1,7 +1,9 @@
-// lives [CALLS] [SEED] [--trace FILE]: random sequences of calls, the library against the reference model.
+// lives [CALLS [SEED]] [--trace FILE | --script] [--falsify CALL]: random sequences of calls, the library against the
+// reference model.
 #include <getopt.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -23,14 +25,17 @@ struct Options {
     uint64_t calls = 200000; /**< 0: for ever */
     uint64_t seed = 1;
     const char *trace = nullptr;
+    bool prints_script = false;
 };
 
 int usage() {
     std::fprintf(stderr,
-                 "usage: lives [CALLS [SEED]] [--trace FILE]\n"
+                 "usage: lives [CALLS [SEED]] [--trace FILE | --script] [--falsify CALL]\n"
                  "  CALLS  calls to make, 200000 unless given; 0: until stopped\n"
                  "  SEED   the same seed gives the same calls on every machine; 1 unless given\n"
-                 "  FILE   gets every call with all that it did\n");
+                 "  FILE   gets every call with all that it did\n"
+                 "  --script  prints the calls as a script for adpsh and makes none\n"
+                 "  --falsify CALL  takes that call's result for another one, to see that it is found\n");
     return 2;
 }
 
@@ -41,13 +46,21 @@ bool read_number(const char *text, uint64_t *number) {
 }
 
 bool read_options(int argc, char **argv, Options *options) {
-    constexpr option kLong[] = {{"trace", required_argument, nullptr, 't'}, {nullptr, 0, nullptr, 0}};
+    constexpr option kLong[] = {{"trace", required_argument, nullptr, 't'},
+                                {"script", no_argument, nullptr, 's'},
+                                {"falsify", required_argument, nullptr, 'f'},
+                                {nullptr, 0, nullptr, 0}};
     for (int c = getopt_long(argc, argv, "", kLong, nullptr); c != -1;
          c = getopt_long(argc, argv, "", kLong, nullptr)) {
-        if (c != 't') {
+        if (c == 't') {
+            options->trace = optarg;
+        } else if (c == 'f') {
+            lives::falsify(optarg);
+        } else if (c == 's') {
+            options->prints_script = true;
+        } else {
             return false;
         }
-        options->trace = optarg;
     }
     uint64_t *const numbers[] = {&options->calls, &options->seed};
     for (int n = 0; optind + n < argc; ++n) {
@@ -119,12 +132,27 @@ int report_failure(const std::vector<lives::Step> &life, const Outcome &outcome,
     return 1;
 }
 
+uint64_t life_seed(const Options &options, uint64_t number) {
+    return lives::scramble(options.seed) + number;
+}
+
+void print_script(const Options &options) {
+    uint64_t made = 0;
+    for (uint64_t number = 0; options.calls == 0 || made < options.calls; ++number, made += kLifeCalls) {
+        std::printf("# life %llu\n", static_cast<unsigned long long>(number));
+        for (const lives::Step &step : lives::make_life(life_seed(options, number), kLifeCalls)) {
+            std::printf("%s\n", lives::Life::script(step).c_str());
+        }
+    }
+}
+
 int run(const Options &options, std::FILE *trace) {
     Progress progress;
     uint64_t made = 0;
     for (uint64_t number = 0; options.calls == 0 || made < options.calls; ++number) {
-        const std::size_t size = options.calls == 0 ? kLifeCalls : std::min<uint64_t>(kLifeCalls, options.calls - made);
-        const auto life = lives::make_life(lives::scramble(options.seed) + number, size);
+        const uint64_t left = options.calls == 0 ? kLifeCalls : options.calls - made;
+        const auto size = static_cast<std::size_t>(std::min<uint64_t>(kLifeCalls, left));
+        const auto life = lives::make_life(life_seed(options, number), size);
         if (trace != nullptr) {
             std::fprintf(trace, "== life %llu\n", static_cast<unsigned long long>(number));
         }
@@ -154,6 +182,10 @@ int main(int argc, char **argv) {
     }
     if (!has_all_models()) {
         return 1;
+    }
+    if (options.prints_script) {
+        print_script(options);
+        return 0;
     }
     std::FILE *trace = nullptr;
     if (options.trace != nullptr && (trace = std::fopen(options.trace, "w")) == nullptr) {

@@ -193,7 +193,7 @@ def test_frames_without_a_dscp_fall_back_on_their_tags(priorities):
 
 def test_initialisation_makes_them_fall_back_on_the_port(cpu, priorities):
     priorities.trust(TRUST_BOTH)
-    cpu.call("adp_qos_init")
+    assert cpu.result("adp_qos_init") == 0
     assert priorities.port(SENDER)["trust"] == "802.1p", "the initialisation sets the trust of all ports"
     assert cpu.result("adp_set_port_cos_map", SENDER, OWN_PRIORITY) == 0
     priorities.trust(TRUST_DSCP)

@@ -1,5 +1,7 @@
 #include "tests/support/trace_file.h"
 
+#include <sys/socket.h>
+
 #include <cstdio>
 #include <cstdlib>
 
@@ -25,8 +27,13 @@ bool is_wanted() {
     return file() != nullptr;
 }
 
+std::string portable(std::string line) {
+    static const std::string datagram = "socket(2, " + std::to_string(SOCK_DGRAM) + ", ";
+    return line.rfind(datagram, 0) == 0 ? line.replace(0, datagram.size(), "socket(2, datagram, ") : line;
+}
+
 void write(const std::string &line) {
-    std::fprintf(file(), "%s\n", line.c_str());
+    std::fprintf(file(), "%s\n", portable(line).c_str());
 }
 
 }  // namespace trace_file

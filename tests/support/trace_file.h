@@ -13,7 +13,10 @@ namespace trace_file {
 /** Whether the environment asks for a trace. */
 bool is_wanted();
 
-/** Appends a line. */
+/** A line with the numbers replaced that differ between machines though they mean the same: a socket's type. */
+std::string portable(std::string line);
+
+/** Appends a line, made portable. */
 void write(const std::string &line);
 
 }  // namespace trace_file

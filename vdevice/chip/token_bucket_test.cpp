@@ -16,7 +16,7 @@ TEST(TokenBucket, IsAsDeepAsItIsTold) {
     EXPECT_EQ(TokenBucket(kOctets, {1000, 1}, 0s).depth(), 125U);
     EXPECT_EQ(TokenBucket(kOctets, {1000, 64}, 0s).depth(), 8000U);
     EXPECT_EQ(TokenBucket(kFrames, {1000, 7}, 0s).depth(), 7U);
-    EXPECT_EQ(TokenBucket(kOctets, {1, UINT32_MAX}, 0s).depth(), 125U * std::size_t{UINT32_MAX});
+    EXPECT_EQ(TokenBucket(kOctets, {1, TokenBucket::kMaxDepth}, 0s).depth(), 125'000'000U);
 }
 
 TEST(TokenBucket, ChoosesTenMillisecondsOrTwoFrames) {
@@ -109,9 +109,12 @@ TEST(TokenBucket, ANewLimitHoldsFromNowOnAndLeavesWhatIsIn) {
 }
 
 TEST(TokenBucket, ATimeBeyondAllTimesIsTheLastOne) {
-    TokenBucket bucket{kOctets, {1, UINT32_MAX}, Time::max() - 1s};
-    ASSERT_TRUE(bucket.charge(std::size_t{UINT32_MAX}, Time::max() - 1s));
-    EXPECT_EQ(bucket.ready_at(125 * std::size_t{UINT32_MAX}), Time::max());
+    constexpr std::size_t kAll = 125'000'000;
+    TokenBucket bucket{kOctets, {1, TokenBucket::kMaxDepth}, Time::max() - 1s};
+    ASSERT_TRUE(bucket.charge(kAll, Time::max() - 1s));
+    EXPECT_EQ(bucket.ready_at(125), Time::max()) << "in a second, to the nanosecond";
+    EXPECT_EQ(bucket.ready_at(126), Time::max());
+    EXPECT_EQ(bucket.ready_at(124), Time::max() - 8ms);
 }
 
 }  // namespace

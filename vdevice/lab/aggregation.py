@@ -79,6 +79,11 @@ class AggregationProgram:
         taken, self.events = self.poll(), []
         return taken
 
+    def kill(self):
+        """Ends the program before it can do anything about it."""
+        self._process.kill()
+        self.close()
+
     def close(self):
-        """Ends the program in good order."""
+        """Ends the program in good order, unless it has ended."""
         self.exit_status = stop(self._process)

@@ -98,6 +98,19 @@ class Device:
         self._daemon.kill()
         self._daemon.wait(CONTROL_SECONDS)
 
+    def is_on(self):
+        """Whether the daemon runs."""
+        return self._daemon.poll() is None
+
+    def descriptors(self):
+        """How many descriptors the daemon has open."""
+        return len(os.listdir(f"/proc/{self._daemon.pid}/fd"))
+
+    def resident_bytes(self):
+        """How much memory the daemon has in use."""
+        with open(f"/proc/{self._daemon.pid}/statm", encoding="ascii") as pages:
+            return int(pages.read().split()[1]) * os.sysconf("SC_PAGE_SIZE")
+
     def end(self):
         """Switches the device off in good order; gives the daemon's exit status."""
         return stop(self._daemon)
@@ -123,10 +136,11 @@ class Device:
         try:
             line = LineReader(self._daemon.stdout).line(READY_SECONDS, "vdeviced")
         except LabError as problem:
-            raise LabError(f"{problem} {self._errors()}") from None
+            raise LabError(f"{problem} {self.errors()}") from None
         if line != READY_LINE:
-            raise LabError(f"vdeviced said {line!r} instead of {READY_LINE!r}. {self._errors()}")
+            raise LabError(f"vdeviced said {line!r} instead of {READY_LINE!r}. {self.errors()}")
 
-    def _errors(self):
+    def errors(self):
+        """What the daemon has complained of."""
         with open(os.path.join(self.run_dir, "vdeviced.err"), encoding="utf-8", errors="replace") as errors:
             return errors.read().strip()

@@ -142,7 +142,7 @@ std::string show_version(const json &answer) {
 std::string show(const std::string &command, const json &answer) {
     using Show = std::string (*)(const json &);
     static const std::map<std::string, Show> kTables = {
-        {"ports", show_ports},  // a line each, so that a new command is one line more
+        {"ports", show_ports},
         {"vlans", show_vlans},
         {"macs", show_macs},
         {"counters", show_counters},
