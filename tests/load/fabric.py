@@ -6,6 +6,7 @@ anew, and an operator, an adpsh that lives as long as the load whatever the devi
 
 import contextlib
 
+from health import descriptors
 from lab import Build, LabError, Pair
 from lab.aggregation import AggregationProgram
 from lab.process import poll_until
@@ -44,7 +45,7 @@ class Fabric:
         with self._stack as stack:
             stack.enter_context(self.pair)
             self.stations = Stations(self._make_stations())
-            self.fresh = [lab.device.descriptors() for lab in self.labs]
+            self.fresh = [descriptors(lab.device.pid) for lab in self.labs]
             self._stack = stack.pop_all()
         return self
 

@@ -10,6 +10,7 @@ import signal
 import threading
 from random import Random
 
+from health import Holdings
 from lab import Build, LabError
 from lab.shell import Shell
 from power import DOWN, RISING, UP, cycle, phase
@@ -18,21 +19,27 @@ from settings import OK, check
 # Between two calls, so that managers leave the processors to the frames.
 PAUSE_SECONDS = 0.002
 READ_SHARE = 0.5
-KILL_SHARE = 0.004
+KILL_SHARE = 0.002
 # Of the time that a call takes, so that some kills come before and some after the device has heard of it.
 KILL_SECONDS = 0.002
 END_SECONDS = 60.0
+# A process that is never killed is judged by what it holds in the end, and after so many calls.
+WARM_CALLS = 1000
 DEVICE_LOST = (ConnectionError, FileNotFoundError, TimeoutError, ValueError)
 
 
 class Manager(threading.Thread):
-    """A manager of a device's settings; `problem` is what it complained of before it gave up."""
+    """A manager of a device's settings; `problem` is what it complained of before it gave up. One that is not mortal
+    keeps its process whatever the device goes through.
+    """
 
-    def __init__(self, name, lab, power, settings, build, seed):
+    def __init__(self, name, lab, power, settings, build, seed, is_mortal):
         super().__init__(name=name, daemon=True)
         self._lab, self._power, self._settings = lab, power, settings
-        self._build = build
+        self._build = Build(build)
         self._random = Random(seed)
+        self._kill_share = KILL_SHARE if is_mortal else 0.0
+        self._holdings = None
         self._ending = threading.Event()
         self._shell = None
         self._cycle = 0
@@ -45,6 +52,7 @@ class Manager(threading.Thread):
             while not self._ending.wait(PAUSE_SECONDS):
                 self._turn()
             self._read_all()
+            self._check_holdings()
         except Exception as problem:  # whatever it is, the main thread must hear of it
             self.problem = f"{type(problem).__name__}: {problem}" if not isinstance(problem, LabError) else problem
         finally:
@@ -61,12 +69,26 @@ class Manager(threading.Thread):
             raise LabError(f"{self.name} does not come to an end.")
 
     def _start(self):
-        self._shell = Shell(self._lab.device, Build(self._build).command("adpsh", "--json", "--keep-going"))
+        self._shell = Shell(self._lab.device, self._build.command("adpsh", "--json", "--keep-going"))
         self._shell.call("map")
+
+    def _note_holdings(self):
+        if not self._kill_share and not self._holdings and self.calls >= WARM_CALLS:
+            self._holdings = Holdings(f"process of {self.name}", self._shell.pid)
+
+    def _check_holdings(self):
+        """The connection to the device is there again, as it was then."""
+        if self._holdings:
+            self._holdings.check_descriptors()
+            # An emulator keeps memory that its program gives back.
+            if not self._build.is_emulated:
+                self._holdings.check_memory()
 
     def _turn(self):
         setting = self._random.choice(self._settings)
         moment = self._power.moment
+        if phase(moment) == UP and cycle(moment) == self._cycle:
+            self._note_holdings()
         if phase(moment) == UP and cycle(moment) != self._cycle:
             self._cycle = cycle(moment)
             for each in self._settings:
@@ -74,7 +96,7 @@ class Manager(threading.Thread):
         may_write = setting.is_certain() and phase(moment) != RISING
         if not may_write or self._random.random() < READ_SHARE:
             self._read(setting)
-        elif phase(moment) == UP and self._random.random() < KILL_SHARE:
+        elif phase(moment) == UP and self._random.random() < self._kill_share:
             self._kill_during_write(setting)
         else:
             self._write(setting)

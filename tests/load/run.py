@@ -8,13 +8,14 @@ the same day.
 
 import argparse
 import contextlib
+import faulthandler
 import itertools
 import sys
 import time
 from random import Random
 
 from fabric import CABLES, SIDES, VLANS, Fabric
-from health import MEBIBYTE, RELEASE_SECONDS, Memory
+from health import KIBIBYTE, Holdings, descriptors
 from lab import LabError
 from lab.frames import BROADCAST, ETHERTYPE_EXPERIMENT, ethernet, vlan_tag
 from lab.process import poll_until
@@ -33,9 +34,12 @@ CYCLES_SHARE = 0.6
 SECONDS_PER_CYCLE = 25
 SECONDS_PER_PROGRAM = 12
 CABLE_SECONDS = (0.1, 0.8)
-MOST_PULLED = 3
+PLUG_SHARE = 0.4
 FAILED_CALLS_WHILE_AWAY = 20
 AWAY_SECONDS = 30.0
+RELEASE_SECONDS = 10.0
+# Every wait has a deadline of its own. Should one be forgotten, all ends this long after it should have.
+HANG_SECONDS = 240
 
 
 class Load:
@@ -46,9 +50,10 @@ class Load:
         self._random = Random(options.seed)
         self._powers = [Power() for _ in SIDES]
         self._managers = [list(self._make_managers(side)) for side in SIDES]
-        self._memories = [None, None]
+        self._holdings = [None, None]
+        self._warm_at = [0.0, 0.0]
         self._sides = itertools.cycle(SIDES)
-        self.cable_changes = self.program_kills = self.power_cycles = 0
+        self.cable_changes = self.separations = self.program_kills = self.power_cycles = 0
         self.growth = 0
 
     def _make_managers(self, side):
@@ -62,7 +67,7 @@ class Load:
             settings.append(Group(FIRST_GROUP + number, ports[2:], lab.device))
             seed = f"{self._options.seed} {side} {number}"
             name = f"manager {number + 1} of the {lab.device.name}"
-            yield Manager(name, lab, self._powers[side], settings, self._build(number), seed)
+            yield Manager(name, lab, self._powers[side], settings, self._build(number), seed, is_mortal=number > 0)
 
     def _build(self, number):
         return self._options.builds[number % len(self._options.builds)]
@@ -94,21 +99,20 @@ class Load:
 
     def _disturb(self, seconds):
         began = time.monotonic()
-        warm = began + WARM_SHARE * seconds
+        for side in SIDES:
+            self._begin_life(side)
         cycles = self._times(began + WARM_SHARE * seconds, began + CYCLES_SHARE * seconds, SECONDS_PER_CYCLE)
         programs = self._times(began, began + seconds, SECONDS_PER_PROGRAM)
         while (now := time.monotonic()) < began + seconds:
             if cycles and now >= cycles[0]:
                 cycles.pop(0)
                 self._switch_off_and_on(next(self._sides))
-                warm = time.monotonic() + WARM_SHARE * seconds
             elif programs and now >= programs[0]:
                 programs.pop(0)
                 self._replace_program(self._random.choice(SIDES))
             else:
                 self._move_a_cable()
-            if now >= warm:
-                self._remember_memory()
+            self._note_holdings()
             self._check()
             time.sleep(self._random.uniform(*CABLE_SECONDS))
 
@@ -117,9 +121,15 @@ class Load:
         count = max(1, round(self._options.seconds / seconds_each))
         return sorted(self._random.uniform(first, last) for _ in range(count))
 
-    def _remember_memory(self):
-        for side, memory in enumerate(self._memories):
-            self._memories[side] = memory or Memory(self._fabric.device(side))
+    def _begin_life(self, side):
+        self._holdings[side] = None
+        self._warm_at[side] = time.monotonic() + WARM_SHARE * self._options.seconds
+
+    def _note_holdings(self):
+        for side, warm_at in enumerate(self._warm_at):
+            if not self._holdings[side] and time.monotonic() >= warm_at:
+                device = self._fabric.device(side)
+                self._holdings[side] = Holdings(device.name, device.pid)
 
     def _check(self):
         for manager in self.managers:
@@ -136,12 +146,13 @@ class Load:
     def _move_a_cable(self):
         pulled = self._fabric.pulled
         numbers = {number for _, number in pulled}
-        if pulled and (len(numbers) >= MOST_PULLED or self._random.random() < 0.5):
+        if pulled and (len(numbers) == len(CABLES) or self._random.random() < PLUG_SHARE):
             self._fabric.plug(*self._random.choice(sorted(pulled)))
         else:
             free = sorted({(side, number) for side in SIDES for number in range(len(CABLES))} - pulled)
             self._fabric.pull(*self._random.choice(free))
         self.cable_changes += 1
+        self.separations += len({number for _, number in pulled}) == len(CABLES)
 
     def _replace_program(self, side):
         self._fabric.plug_all()
@@ -152,7 +163,6 @@ class Load:
 
     def _switch_off_and_on(self, side):
         self._judge_memory(side)
-        self._memories = [None, None]
         self._fabric.plug_all()
         device, power = self._fabric.device(side), self._powers[side]
         power.advance()
@@ -169,6 +179,7 @@ class Load:
         power.await_earlier_calls()
         device.restart()
         power.advance()
+        self._begin_life(side)
         self._fabric.end_program(side)
         self._fabric.build(side)
         self._fabric.await_cables()
@@ -190,8 +201,8 @@ class Load:
         self._fabric.stations.fall_silent()
 
     def _judge_memory(self, side):
-        if self._memories[side] and self._options.judges_memory:
-            self.growth = max(self.growth, self._memories[side].check())
+        if self._holdings[side] and self._options.judges_memory:
+            self.growth = max(self.growth, self._holdings[side].check_memory())
 
     def _check_forwarding(self):
         """Every host is heard by exactly those of its VLAN, then alone by whom it writes to; an intruder by nobody."""
@@ -227,10 +238,10 @@ class Load:
             fabric.operators[side].close()
             device, wanted = fabric.device(side), fabric.fresh[side]
             with contextlib.suppress(LabError):
-                poll_until(lambda device=device, wanted=wanted: device.descriptors() == wanted, RELEASE_SECONDS, "")
-            if device.descriptors() != wanted:
+                poll_until(lambda device=device, wanted=wanted: descriptors(device.pid) == wanted, RELEASE_SECONDS, "")
+            if descriptors(device.pid) != wanted:
                 raise LabError(
-                    f"The {device.name} has {device.descriptors()} descriptors open when all managers have gone; "
+                    f"The {device.name} has {descriptors(device.pid)} descriptors open when all managers have gone; "
                     f"before they came it had {wanted}."
                 )
             status = device.end()
@@ -251,8 +262,9 @@ class Load:
             ("managers killed in a call", self.total("kills")),
             ("programs killed", self.program_kills),
             ("cables moved", self.cable_changes),
+            ("times without a cable", self.separations),
             ("power cycles", self.power_cycles),
-            ("most growth of a device", f"{self.growth / MEBIBYTE:.1f} MiB"),
+            ("most growth of a device", f"{self.growth // KIBIBYTE} KiB"),
         ]
 
 
@@ -260,7 +272,7 @@ def parse(words):
     parser = argparse.ArgumentParser(prog="script/load", description="Two virtual devices under load.")
     parser.add_argument("seconds", nargs="?", type=int, default=600, help="how long, ten minutes by default")
     parser.add_argument("--seed", type=int, default=None, help="of a run that is to be repeated")
-    parser.add_argument("--rate", type=int, default=400, help="frames per second and host, 0 for all that it can")
+    parser.add_argument("--rate", type=int, default=1000, help="frames per second and host, 0 for all that it can")
     parser.add_argument("--builds", default="host", help="builds of the managers in turn, as in host,mips")
     parser.add_argument("--device", default="host", help="build of the devices")
     options = parser.parse_args(words)
@@ -275,6 +287,7 @@ def parse(words):
 def main(words):
     options = parse(words)
     print(f"Two devices under load for {options.seconds} seconds, seed {options.seed}.", flush=True)
+    faulthandler.dump_traceback_later(options.seconds + HANG_SECONDS, exit=True)
     began = time.monotonic()
     try:
         with Fabric(options.device, options.builds[0]) as fabric:

@@ -102,14 +102,10 @@ class Device:
         """Whether the daemon runs."""
         return self._daemon.poll() is None
 
-    def descriptors(self):
-        """How many descriptors the daemon has open."""
-        return len(os.listdir(f"/proc/{self._daemon.pid}/fd"))
-
-    def resident_bytes(self):
-        """How much memory the daemon has in use."""
-        with open(f"/proc/{self._daemon.pid}/statm", encoding="ascii") as pages:
-            return int(pages.read().split()[1]) * os.sysconf("SC_PAGE_SIZE")
+    @property
+    def pid(self):
+        """Process id of the daemon, another one after each restart."""
+        return self._daemon.pid
 
     def end(self):
         """Switches the device off in good order; gives the daemon's exit status."""
