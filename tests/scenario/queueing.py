@@ -3,7 +3,7 @@
 from typing import NamedTuple
 
 from cpu import SETTLE_SECONDS
-from crossing import RECEIVER, SENDER
+from crossing import NEIGHBOUR, RECEIVER, SENDER
 from lab.process import poll_until
 from packets import Packet
 
@@ -14,6 +14,7 @@ FRAME = 500
 FITTING = QUEUE_OCTETS // FRAME
 CHECK_SEQUENCE = 4
 BITS, KILO = 8, 1000
+SILENCE_SECONDS = 0.05
 
 
 class Reading(NamedTuple):
@@ -93,4 +94,7 @@ class Bottleneck:
         for queue in QUEUES:
             self.weigh(queue, 1)
         # What nobody has read would keep the hosts' sockets full, and the next test's frames out of them.
+        for port in (RECEIVER, NEIGHBOUR):
+            while self.lab.hosts[port].receive(b"", SILENCE_SECONDS) is not None:
+                pass
         self.lab.arrivals(self.lab.marker())

@@ -27,7 +27,7 @@ void EgressQueues::flush(int port) {
 }
 
 Status EgressQueues::set_shaper(Time now, int port, const RateLimit &limit) {
-    if (limit.rate > TokenBucket::kMaxRate) {
+    if (limit.rate > TokenBucket::kMaxRate || limit.depth > TokenBucket::kMaxDepth) {
         return Status::kBadArgument;
     }
     at(port).set_shaper(now, limit);

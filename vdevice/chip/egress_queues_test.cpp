@@ -238,10 +238,11 @@ TEST_F(EgressQueuesTest, WhatCannotBeIsRefusedAndChangesNothing) {
     shape(kPort);
     schedule(kPort, SchedulerMode::kRoundRobin);
     EXPECT_EQ(queues_.set_shaper(0s, kPort, {TokenBucket::kMaxRate + 1, 1}), Status::kBadArgument);
+    EXPECT_EQ(queues_.set_shaper(0s, kPort, {1, TokenBucket::kMaxDepth + 1}), Status::kBadArgument);
     EXPECT_EQ(queues_.set_scheduler(0s, kPort, {static_cast<SchedulerMode>(3)}), Status::kBadArgument);
     EXPECT_EQ(*queues_.port(kPort).shaper(), (RateLimit{kRate, kFrameBurst}));
     EXPECT_EQ(queues_.port(kPort).scheduler().mode, SchedulerMode::kRoundRobin);
-    EXPECT_EQ(queues_.set_shaper(0s, kPort, {TokenBucket::kMaxRate, 0xFFFFFFFF}), Status::kOk);
+    EXPECT_EQ(queues_.set_shaper(0s, kPort, {TokenBucket::kMaxRate, TokenBucket::kMaxDepth}), Status::kOk);
 }
 
 }  // namespace
