@@ -184,6 +184,7 @@ class Load:
         device.restart()
         power.advance()
         self._begin_life(side)
+        self._fabric.check_link_scan(side)
         self._fabric.end_program(side)
         self._fabric.build(side)
         self._fabric.await_cables()
