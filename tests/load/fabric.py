@@ -7,10 +7,9 @@ anew, and an operator, an adpsh that lives as long as the load whatever the devi
 import contextlib
 
 from health import descriptors
-from lab import Build, LabError, Pair
+from lab import LabError, Pair
 from lab.aggregation import AggregationProgram
 from lab.process import poll_until
-from lab.shell import Shell
 from settings import CALL_LOST, OK, TRUNK_MISSING, VLAN_MISSING, listed
 from stations import Station, Stations
 
@@ -24,6 +23,8 @@ GROUP = "agg1"
 SIDES = (0, 1)
 KEPT_COMMANDS = ("trunks", "vlans")
 LINK_SECONDS = 20.0
+# The driver's link scan looks for a device that is gone five times a second.
+SCAN_PAUSE = 0.3
 
 
 def hosts_of(side):
@@ -68,9 +69,8 @@ class Fabric:
     # Management
 
     def start_operators(self):
-        command = Build(self._build).command("adpsh", "--json", "--keep-going")
         for lab in self.labs:
-            self.operators.append(self._stack.enter_context(contextlib.closing(Shell(lab.device, command))))
+            self.operators.append(lab.shell(self._build))
             self.operators[-1].call("map")
 
     def _do(self, side, line, *results):
@@ -108,6 +108,20 @@ class Fabric:
         """What of an answer is the fabric's, for managers change the rest meanwhile."""
         groups = [row for row in answer.get("trunks", ()) if row["group"] == 1]
         return groups + [row for row in answer.get("vlans", ()) if row["vid"] in (*VLANS, GROUP_VLAN)]
+
+    def check_link_scan(self, side):
+        """The program has lived on while its device was off, and hears again of a cable that moves. The device knows of
+        no VLAN yet, so nothing can run in circles.
+        """
+        port = CABLES[0][side]
+        self.programs[side].said()
+
+        def hears():
+            self.pull(side, 0)
+            self.plug(side, 0)
+            return any(line.startswith(f"port {port} ") for line in self.programs[side].said())
+
+        poll_until(hears, LINK_SECONDS, f"A word of a cable by the program on the {self.device(side).name}", SCAN_PAUSE)
 
     def end_program(self, side):
         """Ends it in good order; it may complain of a device that has forgotten everything, but it must not crash."""

@@ -44,7 +44,7 @@ class Manager(threading.Thread):
         self._shell = None
         self._cycle = 0
         self.problem = None
-        self.calls = self.failed_calls = self.kills = 0
+        self.calls = self.values = self.failed_calls = self.kills = 0
 
     def run(self):
         try:
@@ -84,15 +84,20 @@ class Manager(threading.Thread):
             if not self._build.is_emulated:
                 self._holdings.check_memory()
 
+    def _begin_cycle(self, number):
+        """The device is on again, and everything of its is as it was at first."""
+        self._cycle = number
+        for each in self._settings:
+            each.power_on()
+
     def _turn(self):
         setting = self._random.choice(self._settings)
         moment = self._power.moment
-        if phase(moment) == UP and cycle(moment) == self._cycle:
-            self._note_holdings()
-        if phase(moment) == UP and cycle(moment) != self._cycle:
-            self._cycle = cycle(moment)
-            for each in self._settings:
-                each.power_on()
+        if phase(moment) == UP:
+            if cycle(moment) != self._cycle:
+                self._begin_cycle(cycle(moment))
+            else:
+                self._note_holdings()
         may_write = setting.is_certain() and phase(moment) != RISING
         if not may_write or self._random.random() < READ_SHARE:
             self._read(setting)
@@ -109,11 +114,11 @@ class Manager(threading.Thread):
         return began == self._power.moment and phase(began) == DOWN
 
     def _ask(self, line):
-        """The answer, and the moment at which the call began."""
+        """The answer, and whether the device was on all the time, or off all the time."""
         with self._power.call() as began:
             answer = self._shell.call(line)
             self.calls += 1
-            return answer, began, self._is_steady(began), self._is_away(began)
+            return answer, self._is_steady(began), self._is_away(began)
 
     def _check_lost(self, line, answer, wanted):
         self.failed_calls += 1
@@ -124,11 +129,15 @@ class Manager(threading.Thread):
         if not setting.read_line:
             self._look(setting)
             return
-        answer, _, steady, away = self._ask(setting.read_line)
+        answer, steady, away = self._ask(setting.read_line)
         if steady:
-            check(setting, setting.value_of(answer))
+            self._check_value(setting, setting.value_of(answer))
         elif away:
             self._check_lost(setting.read_line, answer, setting.lost_read)
+
+    def _check_value(self, setting, value):
+        check(setting, value)
+        self.values += 1
 
     def _look(self, setting):
         with self._power.call() as began:
@@ -139,7 +148,7 @@ class Manager(threading.Thread):
                     raise LabError(f"The device shows no {setting.name}: {problem}.") from None
                 return
             if self._is_steady(began):
-                check(setting, value)
+                self._check_value(setting, value)
 
     def _write(self, setting):
         step = setting.step(self._random)
@@ -147,7 +156,7 @@ class Manager(threading.Thread):
             # The device may have begun to rise since it was looked at: then nothing may be changed.
             if phase(outer) == RISING:
                 return
-            answer, _, steady, away = self._ask(step.line)
+            answer, steady, away = self._ask(step.line)
         if not steady:
             setting.lose()
         if away:

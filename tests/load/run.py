@@ -40,6 +40,9 @@ AWAY_SECONDS = 30.0
 RELEASE_SECONDS = 10.0
 # Every wait has a deadline of its own. Should one be forgotten, all ends this long after it should have.
 HANG_SECONDS = 240
+# Counts that are not 0 after a load.
+BUSINESS = ("frames received", "values read back", "calls without a device", "managers killed in a call",
+            "programs killed", "cables moved", "power cycles")  # fmt: skip
 
 
 class Load:
@@ -96,6 +99,7 @@ class Load:
             self._calm_down()
         self._check_forwarding()
         self._check_descriptors()
+        self._check_business()
 
     def _disturb(self, seconds):
         began = time.monotonic()
@@ -180,6 +184,7 @@ class Load:
         device.restart()
         power.advance()
         self._begin_life(side)
+        self._fabric.check_link_scan(side)
         self._fabric.end_program(side)
         self._fabric.build(side)
         self._fabric.await_cables()
@@ -248,6 +253,12 @@ class Load:
             if status != 0 or device.errors():
                 raise LabError(f"The {device.name} ends with {status}. It wrote: {device.errors()}")
 
+    def _check_business(self):
+        """What has not happened was not tested."""
+        idle = [name for name, count in self.summary() if name in BUSINESS and count == 0]
+        if idle:
+            raise LabError(f"The load was too short to be one, these counts are 0: {', '.join(idle)}.")
+
     def summary(self):
         stations = self._fabric.stations
         return [
@@ -258,7 +269,8 @@ class Load:
             ("repeated", stations.total("repeated")),
             ("changed on their way", stations.total("spoilt")),
             ("calls of managers", self.total("calls")),
-            ("of these without a device", self.total("failed_calls")),
+            ("values read back", self.total("values")),
+            ("calls without a device", self.total("failed_calls")),
             ("managers killed in a call", self.total("kills")),
             ("programs killed", self.program_kills),
             ("cables moved", self.cable_changes),

@@ -22,7 +22,9 @@ def word(numbers):
 
 
 def bits(words):
-    return frozenset(WORD_BITS * at + bit for at, value in enumerate(words) for bit in range(WORD_BITS) if value >> bit & 1)
+    """The numbers in a bitmap."""
+    places = ((at, bit) for at in range(len(words)) for bit in range(WORD_BITS))
+    return frozenset(WORD_BITS * at + bit for at, bit in places if words[at] >> bit & 1)
 
 
 def listed(ports):
@@ -233,8 +235,8 @@ def registers(port):
     ]  # fmt: skip
     for name, selector in (("jumbo frames", JUMBO), ("enable", ADMIN_STATE)):
         found.append(
-            Register(name, f"adp_set_phy_port_attr {port} {selector} {{}} 0", f"adp_get_phy_port_attr {port} {selector}",
-                     ["value"], _one_of(0, 1), attribute)
+            Register(name, f"adp_set_phy_port_attr {port} {selector} {{}} 0",
+                     f"adp_get_phy_port_attr {port} {selector}", ["value"], _one_of(0, 1), attribute)
         )  # fmt: skip
     for code in STORM_CODES:
         found.append(

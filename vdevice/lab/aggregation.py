@@ -69,6 +69,13 @@ class AggregationProgram:
             self.events.append(self._next(LINE_SECONDS))
         return self.events
 
+    def said(self):
+        """The lines that wait, whatever they say: a program whose device was off complains as well."""
+        lines = []
+        while self._lines.has_line():
+            lines.append(self._lines.line(LINE_SECONDS, self._name))
+        return lines
+
     def has_handled(self, port, is_up):
         """Whether the newest change of the port is this one."""
         mine = [event for event in self.poll() if isinstance(event, Handled) and event.port == port]
