@@ -131,19 +131,23 @@ class QueueLife : public test::QueueTest {
         }
     }
 
+    void check_queue(int port, std::size_t queue) {
+        const Line &own = line(port, queue);
+        const QueueCounters &seen = counters(port, queue);
+        ASSERT_EQ(seen.frames, own.frames);
+        ASSERT_EQ(seen.octets, own.octets);
+        ASSERT_EQ(seen.drops, own.drops);
+        ASSERT_EQ(seen.flushed, own.flushed);
+        ASSERT_EQ(queues_.port(port).waiting_frames(queue), own.waiting.size());
+        ASSERT_EQ(queues_.port(port).waiting_octets(queue), octets_of(port, queue));
+    }
+
     void check() {
         for (int port = 0; port < kUsedPorts; ++port) {
             bool waits = false;
             for (std::size_t queue = 0; queue < kQueues; ++queue) {
-                const Line &own = line(port, queue);
-                const QueueCounters &seen = counters(port, queue);
-                ASSERT_EQ(seen.frames, own.frames);
-                ASSERT_EQ(seen.octets, own.octets);
-                ASSERT_EQ(seen.drops, own.drops);
-                ASSERT_EQ(seen.flushed, own.flushed);
-                ASSERT_EQ(queues_.port(port).waiting_frames(queue), own.waiting.size());
-                ASSERT_EQ(queues_.port(port).waiting_octets(queue), octets_of(port, queue));
-                waits = waits || !own.waiting.empty();
+                check_queue(port, queue);
+                waits = waits || !line(port, queue).waiting.empty();
             }
             ASSERT_EQ(queues_.port(port).is_waiting(), waits);
             ASSERT_EQ(queues_.holds(port), waits || queues_.port(port).shaper() != nullptr);
@@ -154,7 +158,7 @@ class QueueLife : public test::QueueTest {
 
     static constexpr Time kLongestStep = 2ms;
     std::mt19937 random_;
-    std::array<Line, kUsedPorts * kQueues> lines_;
+    std::array<Line, std::size_t{kUsedPorts} * kQueues> lines_;
     Time now_{};
     Time last_{};
 };
