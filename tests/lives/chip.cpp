@@ -109,7 +109,7 @@ int64_t Chip::result_of(CallId id, Random &random, const void *const *arguments)
         case CallId::sys_trace_get:
             return random.one_in(16) ? 1 : 0;
         case CallId::equeue_send_ucast:
-            return failing == 0 ? 1 : -failing % 2;
+            return failing == 0 ? 1 : -(failing % 2);
         case CallId::onu_mac2str: {
             static char text[sizeof "aa:bb:cc:dd:ee:ff"];
             const auto *mac = *static_cast<const uint8_t *const *>(arguments[0]);

@@ -80,7 +80,7 @@ struct Found {
     adp_l2_entry_t entry{};
     int32_t result = 0;
     [[nodiscard]] uint32_t intf() const {
-        return (entry.flags & 0x80) != 0 ? 0x10000000u | static_cast<uint32_t>(entry.trunk + 1)
+        return (entry.flags & 0x80) != 0 ? 0x10000000u | (static_cast<uint32_t>(entry.trunk) + 1)
                                          : static_cast<uint32_t>(adp_phy_2_intf_id(static_cast<uint32_t>(entry.port)));
     }
 };
