@@ -241,14 +241,25 @@ TEST_F(Libraries, TellOfLinkChangesOnAThreadOfTheirOwn) {
     }
 }
 
+// A change that nobody heard of may still be on its way when somebody registers again; the next round waits longer.
 TEST_F(Libraries, StopTellingWhenNobodyIsRegistered) {
-    ASSERT_EQ(vdev_linkscan_register(nullptr), 0);
-    EXPECT_EQ(user_port_enable_set(0, 0, 4, 1), 0);
-    ASSERT_EQ(vdev_linkscan_register(note_change), 0);
-    EXPECT_EQ(user_port_enable_set(0, 0, 5, 1), 0);
-    const auto told = changes.wait_for(1);
-    ASSERT_FALSE(told.empty());
-    EXPECT_EQ(told.back()[1], 5u);
+    constexpr std::chrono::milliseconds kLongest{1024};
+    std::vector<uint32_t> ports;
+    for (std::chrono::milliseconds wait{1}; ports.size() != 1 && wait <= kLongest; wait *= 2) {
+        ASSERT_EQ(vdev_linkscan_register(nullptr), 0);
+        EXPECT_EQ(user_port_enable_set(0, 0, 4, 1), 0);
+        std::this_thread::sleep_for(wait);
+        ASSERT_EQ(vdev_linkscan_register(note_change), 0);
+        EXPECT_EQ(user_port_enable_set(0, 0, 5, 1), 0);
+        ports.clear();
+        while (ports.empty() || ports.back() != 5) {
+            const auto told = changes.wait_for(1);
+            ASSERT_FALSE(told.empty());
+            std::transform(told.begin(), told.end(), std::back_inserter(ports),
+                           [](const std::vector<uint32_t> &change) { return change[1]; });
+        }
+    }
+    EXPECT_THAT(ports, ElementsAre(5));
 }
 
 TEST_F(Libraries, ReadTheEventQueue) {
