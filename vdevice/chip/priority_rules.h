@@ -18,8 +18,8 @@ struct Classified {
 
 struct PriorityRules {
     DscpMap dscps;
-    bool defaults_to_port =
-        false; /**< frames without a DSCP where it is trusted: the port's priority, else the tag's */
+    /** Frames without a DSCP get, where it is trusted, the port's priority instead of the tag's. */
+    bool defaults_to_port = false;
 
     /** For a frame on a port with these settings; @p tci carries the VLAN and priority that its tags have given it. */
     Classified classify(int port, const Port &settings, const Header &header, std::uint16_t tci) const;
