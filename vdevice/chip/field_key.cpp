@@ -10,10 +10,6 @@ namespace {
 constexpr std::uint16_t kTypeArp = 0x0806;
 constexpr unsigned kWordBits = 32;
 
-constexpr std::size_t words_of(unsigned bits) {
-    return (bits + kWordBits - 1) / kWordBits;
-}
-
 TagFormat format_of(std::optional<std::uint16_t> tci) {
     if (!tci) {
         return TagFormat::kNone;
@@ -53,10 +49,10 @@ bool FieldKey::meets(const Qualifier &qualifier) const {
 
 bool FieldKey::is_equal(const Qualifier &qualifier) const {
     const bool is_there = has(qualifier.field);
-    const std::size_t count = words_of(describe(qualifier.field).bits);
-    for (std::size_t i = 0; i < count; ++i) {
+    const std::size_t first = first_key_word(qualifier.field);
+    for (std::size_t i = 0; i < key_words(qualifier.field); ++i) {
         const std::uint32_t mask = qualifier.mask[i];
-        if (mask != 0 && (!is_there || ((at(qualifier.field)[i] ^ qualifier.data[i]) & mask) != 0)) {
+        if (mask != 0 && (!is_there || ((word(first + i) ^ qualifier.data[i]) & mask) != 0)) {
             return false;
         }
     }
@@ -65,26 +61,21 @@ bool FieldKey::is_equal(const Qualifier &qualifier) const {
 
 bool FieldKey::shares_port(const Qualifier &qualifier) const {
     const PortSet asked = PortSet::from_words(qualifier.data.data()) & PortSet::from_words(qualifier.mask.data());
-    return asked.has(static_cast<int>(at(Field::kInPorts)[0]));
-}
-
-FieldWords &FieldKey::add(Field field) {
-    present_ |= bit_of(field);
-    return words_[static_cast<std::size_t>(field)];
+    return asked.has(ingress());
 }
 
 void FieldKey::set(Field field, std::uint32_t value) {
-    add(field)[0] = value;
+    *add(field) = value;
 }
 
 void FieldKey::set(Field field, Mac mac) {
-    FieldWords &words = add(field);
+    std::uint32_t *words = add(field);
     words[0] = static_cast<std::uint32_t>(mac.value() >> kWordBits);
     words[1] = static_cast<std::uint32_t>(mac.value());
 }
 
 void FieldKey::set_ipv6(Field field, Bytes address) {
-    FieldWords &words = add(field);
+    std::uint32_t *words = add(field);
     for (std::size_t i = 0; i < kIpv6AddressBytes / sizeof(std::uint32_t); ++i) {
         words[i] = read32(address, i * sizeof(std::uint32_t));
     }

@@ -16,13 +16,8 @@ const FieldSlice *find_slice(std::int64_t group) {
     return slice == std::end(kSlices) ? nullptr : slice;
 }
 
-std::size_t index_of(int group) {
+std::size_t list_of(int group) {
     return static_cast<std::size_t>(group - 1);
-}
-
-bool meets_all(const FieldRule &rule, const FieldKey &key) {
-    return std::all_of(rule.qualifiers.begin(), rule.qualifiers.end(),
-                       [&](const Qualifier &qualifier) { return key.meets(qualifier); });
 }
 
 /** Puts the element in the place of the one that is like it, or behind all others. */
@@ -169,7 +164,8 @@ const FieldRule *FieldTable::second_half(std::uint32_t entry) const {
 
 void FieldTable::list_rules(int group) {
     const FieldSlice &slice = *find_slice(group);
-    std::vector<std::uint32_t> &rules = rules_[index_of(group)];
+    std::vector<std::uint32_t> &rules = rules_[list_of(group)];
+    is_indexed_ = false;
     rule_count_ -= rules.size();
     rules.clear();
     for (std::uint32_t entry = slice.first; slice.has(entry); ++entry) {
@@ -183,9 +179,18 @@ void FieldTable::list_rules(int group) {
     rule_count_ += rules.size();
 }
 
-bool FieldTable::matches(std::uint32_t entry, const FieldKey &key) const {
-    const FieldRule *second = second_half(entry);
-    return meets_all(*find(entry)->installed, key) && (second == nullptr || meets_all(*second, key));
+void FieldTable::make_index() {
+    index_.clear();
+    for (std::size_t list = 0; list < rules_.size(); ++list) {
+        for (const std::uint32_t entry : rules_[list]) {
+            const FieldRule *second = second_half(entry);
+            if (const auto terms =
+                    make_terms(find(entry)->installed->qualifiers, second == nullptr ? nullptr : &second->qualifiers)) {
+                index_.add(list, entry, *terms);
+            }
+        }
+    }
+    is_indexed_ = true;
 }
 
 void FieldTable::collect(std::uint32_t entry, ActionSet &actions) {
@@ -199,11 +204,12 @@ void FieldTable::collect(std::uint32_t entry, ActionSet &actions) {
 
 std::optional<ActionSet> FieldTable::match(const FieldKey &key) {
     std::optional<ActionSet> actions;
-    for (const std::vector<std::uint32_t> &rules : rules_) {
-        const auto best =
-            std::find_if(rules.begin(), rules.end(), [&](std::uint32_t entry) { return matches(entry, key); });
-        if (best != rules.end()) {
-            collect(*best, actions ? *actions : actions.emplace());
+    if (!is_indexed_) {
+        make_index();
+    }
+    for (const std::uint32_t best : index_.find(key)) {
+        if (best != RuleIndex::kNone) {
+            collect(best, actions ? *actions : actions.emplace());
         }
     }
     return actions;

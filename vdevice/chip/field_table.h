@@ -11,6 +11,7 @@
 #include "vdevice/chip/field.h"
 #include "vdevice/chip/field_action.h"
 #include "vdevice/chip/field_key.h"
+#include "vdevice/chip/rule_index.h"
 #include "vdevice/chip/status.h"
 
 namespace vdevice::chip {
@@ -54,7 +55,7 @@ struct FieldSlice {
 class FieldTable {
   public:
     static constexpr std::uint32_t kEntries = 1536;
-    static constexpr std::size_t kGroups = 9;
+    static constexpr std::size_t kGroups = RuleIndex::kLists;
 
     FieldTable() : entries_(kEntries) {}
 
@@ -93,12 +94,14 @@ class FieldTable {
     void list_rules(int group);
     bool is_rule(std::uint32_t entry) const;
     const FieldRule *second_half(std::uint32_t entry) const;
-    bool matches(std::uint32_t entry, const FieldKey &key) const;
+    void make_index();
     void collect(std::uint32_t entry, ActionSet &actions);
 
     std::vector<std::optional<FieldEntry>> entries_;
     /** Of each group what frames can meet, in the order in which it is tried. */
     std::array<std::vector<std::uint32_t>, kGroups> rules_;
+    RuleIndex index_;
+    bool is_indexed_ = true; /**< the index is made when a frame asks for it, not with each of many changes */
     std::size_t rule_count_ = 0;
 };
 
