@@ -125,12 +125,9 @@ void Device::close_wire(Wire &wire) {
 }
 
 void Device::receive_from(Wire &wire) {
-    wire.socket.receive(batch_);
     const chip::Time received = now();
     send_together([&] {
-        for (std::size_t i = 0; i < batch_.size(); ++i) {
-            chip_.receive(received, wire.chip_port, batch_.frame(i));
-        }
+        wire.socket.receive(batch_, [&](chip::Bytes frame) { chip_.receive(received, wire.chip_port, frame); });
     });
 }
 

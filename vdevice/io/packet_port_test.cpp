@@ -1,0 +1,233 @@
+// Ports on real interfaces, with rings of several sizes and without one: what comes in, in which order, and what
+// happens when the ring is full. Needs a network namespace of its own; the test run makes it.
+#include "vdevice/io/packet_port.h"
+
+#include <gtest/gtest.h>
+#include <poll.h>
+
+#include <random>
+
+#include "vdevice/chip/frame_builder.h"
+#include "vdevice/io/interfaces.h"
+
+namespace vdevice::io {
+namespace {
+
+using chip::test::Octets;
+using Frames = std::vector<Octets>;
+using chip::test::octets16;
+using chip::test::octets32;
+using chip::test::operator+;
+
+constexpr char kNear[] = "near0";
+constexpr char kFar[] = "far0";
+constexpr std::size_t kNoRing = 0;
+constexpr std::size_t kSmallRing = ReceiveRing::kSlotsInBlock;
+constexpr int kPatience = 2000;  // milliseconds; what is on its way comes sooner
+constexpr std::uint16_t kType = 0x88B5;
+
+/** Two cables' ends of which the near one is a port with a ring of so many slots. */
+class PacketPortTest : public testing::TestWithParam<std::size_t> {
+  protected:
+    PacketPortTest() {
+        for (const char *name : {kNear, kFar}) {
+            make_transparent(name);
+            set_interface_up(name, true);
+        }
+        near_.open();
+        far_.open();
+        expect_link();
+        EXPECT_EQ(near_.has_ring(), GetParam() != kNoRing);
+    }
+
+    static Octets frame(std::uint32_t number, std::size_t octets = 64, const Octets &tags = {}) {
+        Octets made = chip::test::station(1) + chip::test::station(2) + tags + octets16(kType) + octets32(number);
+        made.resize(std::max(made.size(), octets), static_cast<std::uint8_t>(number));
+        return made;
+    }
+    void send(const Octets &frame) { send_by(far_, frame); }
+    static void send_by(PacketPort &port, const Octets &frame) {
+        port.queue(chip::split_frame(frame));
+        port.flush();
+    }
+    static bool is_readable(const PacketPort &port, int patience) {
+        pollfd asked{port.fd(), POLLIN, 0};
+        return poll(&asked, 1, patience) == 1;
+    }
+    /** What one call hands over. */
+    Frames receive() {
+        Frames frames;
+        near_.receive(batch_, [&](chip::Bytes frame) { frames.emplace_back(frame.begin(), frame.end()); });
+        return frames;
+    }
+    /** So many frames, or those that have come when no more do. */
+    Frames receive(std::size_t count) {
+        Frames frames;
+        while (frames.size() < count && is_readable(near_, kPatience)) {
+            for (Octets &frame : receive()) {
+                frames.push_back(std::move(frame));
+            }
+        }
+        return frames;
+    }
+    void expect_passes(const Octets &frame) {
+        send(frame);
+        EXPECT_EQ(receive(1), Frames{frame}) << frame.size();
+    }
+
+    /** The kernel lets frames pass a while after an interface was raised. */
+    void expect_link() {
+        constexpr int kTries = 100;
+        int tries = 0;
+        do {
+            send(frame(0));
+        } while (!is_readable(near_, kPatience / kTries) && ++tries < kTries);
+        EXPECT_LT(tries, kTries);
+        receive();
+    }
+
+    Cables cables_{{{kNear, kFar}}};
+    PacketPort near_{kNear, GetParam()};
+    PacketPort far_{kFar, kNoRing};
+    ReceiveBatch batch_;
+};
+
+TEST_P(PacketPortTest, FramesComeInOrderRoundTheRing) {
+    std::mt19937 random{1};
+    std::uint32_t number = 0;
+    while (number < 3 * ReceiveRing::kSlots) {
+        Frames burst(1 + random() % kSmallRing);
+        for (Octets &each : burst) {
+            each = frame(number++, 60 + random() % 1500);
+            send(each);
+        }
+        ASSERT_EQ(receive(burst.size()), burst) << number;
+    }
+}
+
+TEST_P(PacketPortTest, FramesOfEveryLengthAroundThatOfASlot) {
+    for (std::size_t octets = ReceiveRing::kSlotBytes - 120; octets < ReceiveRing::kSlotBytes + 8; ++octets) {
+        expect_passes(frame(static_cast<std::uint32_t>(octets), octets));
+    }
+}
+
+TEST_P(PacketPortTest, LongFramesKeepTheirPlaceAmongShortOnes) {
+    constexpr std::size_t kLongest = kMtu + chip::kHeaderBytes;
+    Frames burst;
+    for (const std::size_t octets : std::initializer_list<std::size_t>{64, 9000, 1514, 64, kLongest, 2100, 64}) {
+        burst.push_back(frame(static_cast<std::uint32_t>(burst.size()), octets));
+        send(burst.back());
+    }
+    EXPECT_EQ(receive(burst.size()), burst);
+}
+
+TEST_P(PacketPortTest, TagsAreBackInTheirPlace) {
+    const Octets customer = octets16(0x8100) + octets16(0x6123);
+    const Octets service = octets16(0x88A8) + octets16(0x0FFE);
+    const Octets old_service = octets16(0x9100) + octets16(0x0005);
+    for (const Octets &tags :
+         {customer, service, old_service, service + customer, customer + customer, octets16(0x8100) + octets16(0)}) {
+        for (const std::size_t octets : std::initializer_list<std::size_t>{64, 1518, 2048, 9000}) {
+            expect_passes(frame(7, octets, tags));
+        }
+    }
+}
+
+TEST_P(PacketPortTest, OwnFramesDoNotComeBack) {
+    send_by(near_, frame(1));
+    const Octets other = frame(2);
+    send(other);
+    EXPECT_EQ(receive(1), Frames{other});
+    EXPECT_TRUE(receive().empty());
+}
+
+TEST_P(PacketPortTest, OneCallLeavesTimeForOtherPorts) {
+    constexpr std::size_t kFrames = 150;
+    if (GetParam() == kSmallRing) {
+        GTEST_SKIP() << "so many frames do not fit in";
+    }
+    Frames sent;
+    for (std::uint32_t number = 0; number < kFrames; ++number) {
+        sent.push_back(frame(number));
+        send(sent.back());
+    }
+    Frames received = receive();
+    EXPECT_LT(received.size(), kFrames);
+    EXPECT_GT(received.size(), kFrames / 3);
+    EXPECT_TRUE(is_readable(near_, 0)) << "the rest is not forgotten";
+    for (Octets &each : receive(kFrames - received.size())) {
+        received.push_back(std::move(each));
+    }
+    EXPECT_EQ(received, sent);
+    EXPECT_FALSE(is_readable(near_, 0));
+}
+
+TEST_P(PacketPortTest, AnInterfaceThatGoesDownIsHeardOnce) {
+    set_interface_up(kNear, false);
+    EXPECT_TRUE(is_readable(near_, kPatience));
+    EXPECT_TRUE(receive().empty());
+    EXPECT_FALSE(is_readable(near_, 0)) << "the loop would spin";
+    set_interface_up(kNear, true);
+    expect_link();
+    expect_passes(frame(1));
+}
+
+TEST_P(PacketPortTest, ARefusedFrameDoesNotHoldUpTheOthers) {
+    const Octets before = frame(1);
+    const Octets too_long = frame(2, 9500);
+    const Octets behind = frame(3);
+    for (const Octets *each : {&before, &too_long, &behind}) {
+        far_.queue(chip::split_frame(*each));
+    }
+    far_.flush();
+    EXPECT_EQ(far_.send_failures(), 1U);
+    EXPECT_EQ(receive(2), (Frames{before, behind}));
+}
+
+TEST_P(PacketPortTest, AClosedPortOpensAgain) {
+    near_.close();
+    send(frame(1));
+    near_.open();
+    EXPECT_EQ(near_.has_ring(), GetParam() != kNoRing);
+    expect_passes(frame(2));
+}
+
+INSTANTIATE_TEST_SUITE_P(Rings, PacketPortTest, testing::Values(ReceiveRing::kSlots, kSmallRing, kNoRing));
+
+using SmallRingTest = PacketPortTest;
+
+TEST_P(SmallRingTest, WhatDoesNotFitInIsLostAndTheRestComes) {
+    Frames sent;
+    for (std::uint32_t number = 0; number < 3 * kSmallRing; ++number) {
+        sent.push_back(frame(number, number % 4 == 0 ? 9000 : 64));
+        send(sent.back());
+    }
+    const Frames first(sent.begin(), sent.begin() + kSmallRing);
+    EXPECT_EQ(receive(kSmallRing), first);
+    EXPECT_TRUE(receive().empty()) << "none of the lost long frames waits in the socket";
+    for (std::uint32_t number = 0; number < 2 * kSmallRing; ++number) {
+        expect_passes(frame(number, number % 4 == 0 ? 9000 : 64));
+    }
+}
+
+// The socket takes less of long frames than the ring has slots for.
+TEST_P(SmallRingTest, WhatTheSocketHasNoRoomForIsLostAlone) {
+    const int least = 1;
+    ASSERT_EQ(setsockopt(near_.fd(), SOL_SOCKET, SO_RCVBUF, &least, sizeof(least)), 0);
+    Frames sent;
+    for (std::uint32_t number = 0; number < kSmallRing; ++number) {
+        sent.push_back(frame(number, number % 2 == 0 ? 9000 : 64));
+        send(sent.back());
+    }
+    const Frames received = receive(kSmallRing / 2 + 1);
+    Frames expected{sent.front()};
+    for (std::size_t i = 1; i < sent.size(); i += 2) {
+        expected.push_back(sent[i]);
+    }
+    EXPECT_EQ(received, expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rings, SmallRingTest, testing::Values(kSmallRing));
+
+}  // namespace
+}  // namespace vdevice::io

@@ -1,0 +1,67 @@
+// Frames taken out of a packet socket by one call, with the VLAN tags back in them. It serves sockets without a ring,
+// and the long frames of those that have one.
+#pragma once
+
+#include <linux/if_packet.h>
+#include <sys/socket.h>
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "vdevice/chip/frame.h"
+
+namespace vdevice::io {
+
+/**
+ * The kernel takes an outer VLAN tag out of a received frame and reports it beside it; the chip must see the frame as
+ * it was on the cable. There must be room for the tag in front of the frame.
+ */
+template <typename Report>
+chip::Bytes with_tag_of(std::uint8_t *frame, std::size_t octets, const Report &report) {
+    if ((report.tp_status & TP_STATUS_VLAN_VALID) == 0 || octets < chip::kAddressBytes) {
+        return {frame, octets};
+    }
+    const bool names_tpid = (report.tp_status & TP_STATUS_VLAN_TPID_VALID) != 0;
+    std::uint8_t *whole = std::copy_n(frame, chip::kAddressBytes, frame - chip::kVlanTagBytes) - chip::kAddressBytes;
+    chip::write16(whole + chip::kAddressBytes, names_tpid ? report.tp_vlan_tpid : chip::kVlanTpid);
+    chip::write16(whole + chip::kAddressBytes + chip::kTypeBytes, report.tp_vlan_tci);
+    return {whole, octets + chip::kVlanTagBytes};
+}
+
+/** One batch serves all ports in turn. */
+class ReceiveBatch {
+  public:
+    static constexpr std::size_t kFrames = 64;
+
+    ReceiveBatch();
+
+    /** Takes the frames that are waiting in the socket, so many at most. */
+    void receive(int fd, std::size_t limit = kFrames);
+
+    std::size_t size() const { return count_; }
+    chip::Bytes frame(std::size_t index) const { return frames_[index]; }
+
+  private:
+    // A slot is longer than the longest frame, so that an oversized one is seen to be too long.
+    static constexpr std::size_t kRoomForTag = chip::kVlanTagBytes;
+    static constexpr std::size_t kSlotBytes = 9728;
+    static_assert(kSlotBytes > kRoomForTag + chip::kMaxFrameBytes);
+
+    union Control {
+        cmsghdr header;
+        std::uint8_t bytes[CMSG_SPACE(sizeof(tpacket_auxdata))];
+    };
+
+    void restore_tag(std::size_t index);
+
+    std::vector<std::uint8_t> slots_;
+    std::array<iovec, kFrames> pieces_{};
+    std::array<Control, kFrames> controls_{};
+    std::array<mmsghdr, kFrames> messages_{};
+    std::array<chip::Bytes, kFrames> frames_;
+    std::size_t count_ = 0;
+};
+
+}  // namespace vdevice::io

@@ -1,0 +1,82 @@
+#include "vdevice/io/receive_ring.h"
+
+#include <sys/mman.h>
+#include <sys/socket.h>
+
+#include <atomic>
+
+#include "vdevice/io/receive_batch.h"
+
+namespace vdevice::io {
+namespace {
+
+bool set_option(int fd, int option, const auto &value) {
+    return setsockopt(fd, SOL_PACKET, option, &value, sizeof(value)) == 0;
+}
+
+/** The kernel writes a frame before it hands the slot over, and must not get it back before the frame has been read. */
+std::atomic_ref<std::uint32_t> owner_of(tpacket2_hdr &slot) {
+    return std::atomic_ref<std::uint32_t>{slot.tp_status};
+}
+
+}  // namespace
+
+bool ReceiveRing::open(int fd, std::size_t slots) {
+    close();
+    tpacket_req layout{};
+    layout.tp_frame_size = kSlotBytes;
+    layout.tp_frame_nr = static_cast<unsigned>(slots);
+    layout.tp_block_size = kSlotBytes * kSlotsInBlock;
+    layout.tp_block_nr = static_cast<unsigned>(slots / kSlotsInBlock);
+    constexpr int kLongFramesToSocket = 1;
+    if (!set_option(fd, PACKET_VERSION, int{TPACKET_V2}) ||
+        !set_option(fd, PACKET_RESERVE, static_cast<int>(chip::kVlanTagBytes)) ||
+        !set_option(fd, PACKET_COPY_THRESH, kLongFramesToSocket) || !set_option(fd, PACKET_RX_RING, layout)) {
+        return false;
+    }
+    void *memory = mmap(nullptr, slots * kSlotBytes, PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);
+    if (memory == MAP_FAILED) {
+        // The socket would go on to write into a ring that nobody reads.
+        set_option(fd, PACKET_RX_RING, tpacket_req{});
+        return false;
+    }
+    memory_ = static_cast<std::uint8_t *>(memory);
+    slots_ = slots;
+    next_ = 0;
+    return true;
+}
+
+void ReceiveRing::close() {
+    if (memory_ != nullptr) {
+        munmap(memory_, bytes());
+        memory_ = nullptr;
+    }
+}
+
+tpacket2_hdr &ReceiveRing::head() const {
+    return *reinterpret_cast<tpacket2_hdr *>(memory_ + next_ * kSlotBytes);
+}
+
+std::optional<Arrival> ReceiveRing::front() const {
+    tpacket2_hdr &slot = head();
+    const std::uint32_t status = owner_of(slot).load(std::memory_order_acquire);
+    if ((status & TP_STATUS_USER) == 0) {
+        return std::nullopt;
+    }
+    if ((status & TP_STATUS_COPY) != 0) {
+        return Arrival::kInSocket;
+    }
+    return slot.tp_snaplen == slot.tp_len ? Arrival::kInRing : Arrival::kNowhere;
+}
+
+chip::Bytes ReceiveRing::take() const {
+    tpacket2_hdr &slot = head();
+    return with_tag_of(reinterpret_cast<std::uint8_t *>(&slot) + slot.tp_mac, slot.tp_snaplen, slot);
+}
+
+void ReceiveRing::release() {
+    owner_of(head()).store(TP_STATUS_KERNEL, std::memory_order_release);
+    next_ = next_ + 1 == slots_ ? 0 : next_ + 1;
+}
+
+}  // namespace vdevice::io
