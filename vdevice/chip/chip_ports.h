@@ -1,12 +1,16 @@
-// The chip's ports, for tables that keep something for each user port: the CPU port is no user port.
+// The chip's ports, for tables that keep something for each of them, or for each user port: the CPU port is none.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "vdevice/chip/port_set.h"
 #include "vdevice/chip/status.h"
 
 namespace vdevice::chip {
+
+/** Ports 0 to 31, with or without a cable. */
+constexpr std::size_t kChipPorts = 32;
 
 struct ChipPorts {
     PortSet all;

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <optional>
 
+#include "vdevice/chip/chip_ports.h"
 #include "vdevice/chip/port_priorities.h"
 #include "vdevice/chip/status.h"
 
@@ -23,8 +24,6 @@ struct DscpRow {
 
 class DscpMap {
   public:
-    static constexpr std::size_t kPorts = 32;
-
     /** A DSCP stays as it is, and its first three bits are the priority, as with the class selectors of old. */
     static DscpRow power_on_row(std::uint32_t dscp) {
         constexpr unsigned kClassShift = 3;
@@ -56,7 +55,7 @@ class DscpMap {
     }
 
     std::array<DscpRow, kDscps> rows_;
-    std::array<std::array<std::optional<DscpRow>, kDscps>, kPorts> own_{};
+    std::array<std::array<std::optional<DscpRow>, kDscps>, kChipPorts> own_{};
 };
 
 }  // namespace vdevice::chip

@@ -5,6 +5,7 @@
 #include <array>
 #include <optional>
 
+#include "vdevice/chip/chip_ports.h"
 #include "vdevice/chip/field_counters.h"
 #include "vdevice/chip/field_table.h"
 #include "vdevice/chip/meter.h"
@@ -28,8 +29,6 @@ struct FieldVerdict {
 
 class FieldProcessor {
   public:
-    static constexpr std::size_t kPorts = 32;
-
     /** No rules, meters, counts or miss actions; what meters count of a frame stays as it was chosen. */
     void reset();
 
@@ -55,7 +54,7 @@ class FieldProcessor {
     FieldTable table_;
     MeterTable meters_;
     FieldCounters counters_;
-    std::array<MissAction, kPorts> miss_actions_{};
+    std::array<MissAction, kChipPorts> miss_actions_{};
 };
 
 }  // namespace vdevice::chip

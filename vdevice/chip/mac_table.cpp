@@ -84,6 +84,15 @@ void MacTable::learn(Mac mac, Vid vid, int port, Time now, int trunk) {
     counters_.moved += has_moved ? 1 : 0;
 }
 
+bool MacTable::refresh(const MacEntry &known, const Place &place, Time now) {
+    if (known.is_static || known.is_given_to_trunk || known.is_filter() || known.port != place.port ||
+        known.trunk != place.trunk) {
+        return false;
+    }
+    entries_[known.index].last_seen = now;
+    return true;
+}
+
 Status MacTable::add(const MacEntry &entry) {
     return entry.mac.is_group() ? Status::kMacNotUnicast : put(entry);
 }

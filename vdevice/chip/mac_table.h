@@ -45,6 +45,8 @@ class MacTable {
 
     /** Learns the source of a frame, moves it, or refreshes it. A static entry stays where it is. */
     void learn(Mac mac, Vid vid, int port, Time now, int trunk = MacEntry::kNoTrunk);
+    /** Does what learn() would, if it would do no more than note the time; most frames ask for no more. */
+    bool refresh(const MacEntry &known, const Place &place, Time now);
     const MacEntry *find(Mac mac, Vid vid) const;
     /** The first entry at or behind an index, or null. */
     const MacEntry *next(std::uint64_t index) const;

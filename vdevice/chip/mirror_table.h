@@ -66,6 +66,9 @@ class MirrorTable {
     bool copies(const Mirror &mirror) const { return enabled_ && !mirror.disabled; }
     template <typename Visit>
     void for_each_copy(PortSet Mirror::*direction, int port, Visit visit) const {
+        if (!enabled_) {
+            return;
+        }
         for (const Mirror &mirror : sessions_) {
             if ((mirror.*direction).has(port) && copies(mirror)) {
                 visit(mirror.destination);

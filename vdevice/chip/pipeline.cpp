@@ -1,5 +1,5 @@
-// The way of a frame: ingress VLAN, learning, forwarding, egress tag. What is dropped is counted with its reason on
-// the port that it came in on.
+// The way of a frame into the chip, until it is known where it goes. What is dropped is counted with its reason on the
+// port that it came in on.
 #include "vdevice/chip/dos_filter.h"
 #include "vdevice/chip/egress.h"
 #include "vdevice/chip/switch.h"
@@ -9,14 +9,6 @@ namespace {
 
 /** How many frames one received frame may bring back by loopback. */
 constexpr std::size_t kMaxLooped = 64;
-
-std::size_t cast_index(Bytes frame) {
-    const Mac destination = Mac::at(frame, 0);
-    const Cast cast = destination.is_broadcast() ? Cast::kBroadcast
-                      : destination.is_group()   ? Cast::kMulticast
-                                                 : Cast::kUnicast;
-    return static_cast<std::size_t>(cast);
-}
 
 }  // namespace
 
@@ -46,7 +38,7 @@ void Switch::take_in(Time now, int port, Bytes frame) {
     if (frame.size() < kHeaderBytes) {
         return drop(port, Drop::kRunt);
     }
-    ++counters.rx_casts[cast_index(frame)];
+    ++counters.rx_casts[static_cast<std::size_t>(cast_of(Mac::at(frame, 0)))];
     if (frame.size() > at(port).longest_frame()) {
         return drop(port, Drop::kOversize);
     }
@@ -78,18 +70,6 @@ void Switch::loop_back(int port, const Frame &frame) {
     std::vector<std::uint8_t> octets(frame.size());
     frame.copy_to(octets.data());
     looped_.push_back({port, std::move(octets)});
-}
-
-void Switch::receive_from_cpu(Time now, Bytes frame) {
-    const std::optional<TransmitTag> tag = read_transmit_tag(frame);
-    if (!tag) {
-        return drop(kCpuPort, Drop::kNoSwitchTag);
-    }
-    const Frame inner = split_frame(frame, kTransmitTagBytes);
-    if (tag->opcode == Opcode::kSwitched) {
-        return forward(now, kCpuPort, inner);
-    }
-    send_directed(*tag, inner);
 }
 
 void Switch::forward(Time now, int ingress, const Frame &frame) {
@@ -187,183 +167,6 @@ bool Switch::admit(Time now, const Flow &flow) {
 
 bool Switch::is_for_cpu_alone(const Header &header) const {
     return reserved_macs_.has(header.destination) || is_trapped(traps_, header);
-}
-
-void Switch::hand_over(const Flow &flow) {
-    if (!flow.cpu_has_copy) {
-        trap(flow.ingress, flow.forms);
-    }
-}
-
-void Switch::trap(int ingress, EgressForms &forms) {
-    if (ingress == kCpuPort) {
-        return drop(ingress, Drop::kSamePort);
-    }
-    if (!up_.has(kCpuPort)) {
-        return drop(ingress, Drop::kEgressDown);
-    }
-    transmit(kCpuPort, forms.for_cpu(ingress), forms.priority());
-}
-
-void Switch::forward_to_entry(const Flow &flow, const MacEntry &entry) {
-    if (entry.drops_to) {
-        return drop(flow.ingress, Drop::kFiltered);
-    }
-    if (entry.is_behind(flow.ingress, trunk_of(flow.ingress))) {
-        return drop(flow.ingress, Drop::kSamePort);
-    }
-    const Trunk *trunk = trunks_.find(entry.trunk);
-    PortSet ports = trunk != nullptr ? trunk->member_set() : PortSet{};
-    if (!entry.place().is_trunk()) {
-        ports.add(entry.port);
-    }
-    const PortSet usable = up_ - standby_;
-    const struct {
-        const PortSet &set;
-        Drop reason;
-    } limits[] = {{flow.vlan.members, Drop::kEgressNotMember},
-                  {usable, Drop::kEgressDown},
-                  {stp_.forwarding_in_vlan(flow.vid), Drop::kStpEgress},
-                  {at(flow.ingress).egress, Drop::kIsolated}};
-    for (const auto &limit : limits) {
-        ports &= limit.set;
-        if (ports.empty()) {
-            return drop(flow.ingress, limit.reason);
-        }
-    }
-    send_in_vlan(trunk == nullptr ? entry.port : choose_member(flow, *trunk, ports), flow);
-}
-
-void Switch::flood(const Flow &flow) {
-    send_to(flow, all_ports());
-}
-
-/** Sends the frame to those of the ports that may have it. */
-void Switch::send_to(const Flow &flow, const PortSet &wanted) {
-    PortSet ports = (wanted & flow.vlan.members & up_ & at(flow.ingress).egress) - standby_;
-    ports &= stp_.forwarding_in_vlan(flow.vid);
-    if (is_copied_to_cpu(snooping_, flow.header)) {
-        ports |= PortSet::of(kCpuPort) & up_;
-    }
-    ports.remove(flow.ingress);
-    for (int number = 0; number < TrunkTable::kTrunks; ++number) {
-        const Trunk *trunk = trunks_.find(number);
-        if (trunk == nullptr || trunk->members.empty()) {
-            continue;
-        }
-        // One copy for the neighbour at the trunk's other end, none for the one that the frame came from.
-        const PortSet members = trunk->member_set();
-        const PortSet candidates = ports & members;
-        ports -= members;
-        if (number != trunk_of(flow.ingress) && !candidates.empty()) {
-            ports.add(choose_member(flow, *trunk, candidates));
-        }
-    }
-    if (ports.empty()) {
-        return drop(flow.ingress, Drop::kNoDestination);
-    }
-    ports.for_each([&](int egress) { send_in_vlan(egress, flow); });
-}
-
-/** @p among holds one member at least. */
-int Switch::choose_member(const Flow &flow, const Trunk &trunk, const PortSet &among) const {
-    const std::uint32_t hash = flow_hash(flow.header, flow.vid, trunk.layer(), hash_sides_);
-    int position = static_cast<int>(hash % static_cast<std::uint32_t>(among.size()));
-    for (const int member : trunk.members) {
-        if (among.has(member) && position-- == 0) {
-            return member;
-        }
-    }
-    return trunk.members.front();
-}
-
-void Switch::send_in_vlan(int egress, const Flow &flow) {
-    if (egress == kCpuPort) {
-        if (!flow.cpu_has_copy) {
-            transmit(egress, flow.forms.for_cpu(flow.ingress), flow.forms.priority());
-        }
-        return;
-    }
-    transmit(egress, form_for(egress, flow.vlan, flow.forms), flow.forms.priority());
-}
-
-/** The frame as the port sends it. A service's tag never reaches a customer. */
-Frame Switch::form_for(int egress, const Vlan &vlan, EgressForms &forms) const {
-    const PortTags &tags = port(egress).tags;
-    if (vlan.untagged.has(egress) || tags.mode == DoubleTag::kExternal) {
-        return forms.untagged();
-    }
-    return forms.tagged(tags.tpid, tag_rules_.on_egress(egress, forms.tci()));
-}
-
-void Switch::send_directed(const TransmitTag &tag, const Frame &frame) {
-    if (!tag.names_one_port() && !tag.names_ports()) {
-        return drop(kCpuPort, Drop::kBadOpcode);
-    }
-    const Vlan *vlan = nullptr;
-    std::optional<EgressForms> forms;
-    const auto header = read_header(frame, kVlanTpid);
-    const std::uint32_t priority = header ? priority_of(classify(kCpuPort, *header).tci) : 0;
-    if (header && header->tagged && tag.applies_egress_rule()) {
-        vlan = vlans_.find(header->vid());
-        forms.emplace(frame.head, header->payload, header->tci);
-    }
-    const auto send_to = [&](int egress) {
-        const bool formed = vlan != nullptr && has_port(egress);
-        send_directed_to(egress, formed ? form_for(egress, *vlan, *forms) : frame, priority);
-    };
-    if (tag.names_ports()) {
-        tag.ports().for_each(send_to);
-    } else if (tag.destination < static_cast<std::uint32_t>(kPorts)) {
-        send_to(static_cast<int>(tag.destination));
-    } else {
-        drop(kCpuPort, Drop::kDirectedToUnknown);
-    }
-}
-
-void Switch::send_directed_to(int egress, const Frame &frame, std::uint32_t priority) {
-    if (egress == kCpuPort) {
-        return drop(kCpuPort, Drop::kDirectedToCpu);
-    }
-    if (!has_port(egress)) {
-        return drop(kCpuPort, Drop::kDirectedToUnknown);
-    }
-    if (!up_.has(egress)) {
-        return drop(kCpuPort, Drop::kEgressDown);
-    }
-    transmit(egress, frame, priority);
-}
-
-void Switch::transmit(int port, const Frame &frame, std::uint32_t priority) {
-    put_out(port, frame, {priority, Origin::kSwitched});
-}
-
-void Switch::put_out(int port, const Frame &frame, Dispatch dispatch) {
-    const std::size_t queue = queue_map_.queue_of(port, dispatch.priority);
-    // The chip's own tags may make a frame of full length longer; only the limit without jumbo frames is a port's own.
-    if (!at(port).jumbo && frame.size() > kMaxPlainFrameBytes) {
-        ++at(port).counters.tx_too_long;
-    } else if (queues_.holds(port) && at(port).loopback == 0) {
-        queues_.put(now_, port, queue, frame, dispatch);
-    } else {
-        queues_.pass(port, queue, frame.size());
-        leave(port, frame, dispatch);
-    }
-}
-
-void Switch::leave(int port, const Frame &frame, Dispatch dispatch) {
-    PortCounters &counters = at(port).counters;
-    ++counters.tx_frames;
-    counters.tx_octets += frame.size();
-    ++counters.tx_casts[cast_index(frame.head)];
-    if (at(port).loopback != 0) {
-        loop_back(port, frame);
-    } else {
-        sink_.transmit(port, frame);
-    }
-    if (dispatch.origin == Origin::kSwitched) {
-        mirror_egress(port, frame, dispatch.priority);
-    }
 }
 
 void Switch::drop(int port, Drop reason) {

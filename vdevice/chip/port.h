@@ -64,6 +64,13 @@ enum class Cast : std::uint8_t { kUnicast, kMulticast, kBroadcast, kCount };
 
 constexpr std::size_t kCasts = static_cast<std::size_t>(Cast::kCount);
 
+constexpr Cast cast_of(Mac destination) {
+    if (destination.is_broadcast()) {
+        return Cast::kBroadcast;
+    }
+    return destination.is_group() ? Cast::kMulticast : Cast::kUnicast;
+}
+
 /** Egress queues of a port. */
 constexpr std::uint32_t kQueues = 8;
 

@@ -10,7 +10,7 @@ namespace vdevice::chip {
 
 class PortSet {
   public:
-    static constexpr std::size_t kWords = 8;
+    static constexpr std::size_t kWords = 8; /**< of the driver calls' bitmaps */
     static constexpr int kWordBits = 32;
     static constexpr int kSize = static_cast<int>(kWords) * kWordBits;
 
@@ -36,31 +36,32 @@ class PortSet {
 
     static constexpr PortSet from_words(const std::uint32_t *words) {
         PortSet set;
-        for (std::size_t i = 0; i < kWords; ++i) {
-            set.words_[i] = words[i];
+        for (std::size_t i = 0; i < kBlocks; ++i) {
+            set.blocks_[i] = std::uint64_t{words[2 * i + 1]} << kWordBits | words[2 * i];
         }
         return set;
     }
 
     constexpr void to_words(std::uint32_t *words) const {
-        for (std::size_t i = 0; i < kWords; ++i) {
-            words[i] = words_[i];
+        for (std::size_t i = 0; i < kBlocks; ++i) {
+            words[2 * i] = static_cast<std::uint32_t>(blocks_[i]);
+            words[2 * i + 1] = static_cast<std::uint32_t>(blocks_[i] >> kWordBits);
         }
     }
 
     /** False for every number outside the set's width, so that no caller need check first. */
-    constexpr bool has(int port) const { return fits(port) && (words_[word_of(port)] & bit_of(port)) != 0; }
+    constexpr bool has(int port) const { return fits(port) && (blocks_[block_of(port)] & bit_of(port)) != 0; }
 
     constexpr PortSet &add(int port) {
         if (fits(port)) {
-            words_[word_of(port)] |= bit_of(port);
+            blocks_[block_of(port)] |= bit_of(port);
         }
         return *this;
     }
 
     constexpr PortSet &remove(int port) {
         if (fits(port)) {
-            words_[word_of(port)] &= ~bit_of(port);
+            blocks_[block_of(port)] &= ~bit_of(port);
         }
         return *this;
     }
@@ -68,17 +69,17 @@ class PortSet {
     constexpr PortSet &put(int port, bool is_member) { return is_member ? add(port) : remove(port); }
 
     constexpr bool empty() const {
-        std::uint32_t any = 0;
-        for (const std::uint32_t word : words_) {
-            any |= word;
+        std::uint64_t any = 0;
+        for (const std::uint64_t block : blocks_) {
+            any |= block;
         }
         return any == 0;
     }
 
     constexpr int size() const {
         int count = 0;
-        for (const std::uint32_t word : words_) {
-            count += std::popcount(word);
+        for (const std::uint64_t block : blocks_) {
+            count += std::popcount(block);
         }
         return count;
     }
@@ -88,9 +89,9 @@ class PortSet {
     /** Calls visit(port) for each port of the set, lowest first. */
     template <typename Visit>
     constexpr void for_each(Visit visit) const {
-        for (std::size_t i = 0; i < kWords; ++i) {
-            for (std::uint32_t rest = words_[i]; rest != 0; rest &= rest - 1) {
-                visit(static_cast<int>(i) * kWordBits + std::countr_zero(rest));
+        for (std::size_t i = 0; i < kBlocks; ++i) {
+            for (std::uint64_t rest = blocks_[i]; rest != 0; rest &= rest - 1) {
+                visit(static_cast<int>(i) * kBlockBits + std::countr_zero(rest));
             }
         }
     }
@@ -107,22 +108,25 @@ class PortSet {
     friend constexpr PortSet operator|(PortSet a, const PortSet &b) { return a |= b; }
     friend constexpr PortSet operator&(PortSet a, const PortSet &b) { return a &= b; }
     friend constexpr PortSet operator-(PortSet a, const PortSet &b) { return a -= b; }
-    friend constexpr bool operator==(const PortSet &a, const PortSet &b) { return a.words_ == b.words_; }
+    friend constexpr bool operator==(const PortSet &a, const PortSet &b) { return a.blocks_ == b.blocks_; }
 
   private:
+    static constexpr int kBlockBits = 64; /**< sets are put together in wider steps than the calls have them */
+    static constexpr std::size_t kBlocks = kSize / kBlockBits;
+
     static constexpr bool fits(int port) { return port >= 0 && port < kSize; }
-    static constexpr std::size_t word_of(int port) { return static_cast<std::size_t>(port / kWordBits); }
-    static constexpr std::uint32_t bit_of(int port) { return std::uint32_t{1} << (port % kWordBits); }
+    static constexpr std::size_t block_of(int port) { return static_cast<std::size_t>(port / kBlockBits); }
+    static constexpr std::uint64_t bit_of(int port) { return std::uint64_t{1} << (port % kBlockBits); }
 
     template <typename Operation>
     constexpr PortSet &combine(const PortSet &other, Operation operation) {
-        for (std::size_t i = 0; i < kWords; ++i) {
-            words_[i] = operation(words_[i], other.words_[i]);
+        for (std::size_t i = 0; i < kBlocks; ++i) {
+            blocks_[i] = operation(blocks_[i], other.blocks_[i]);
         }
         return *this;
     }
 
-    std::array<std::uint32_t, kWords> words_{};
+    std::array<std::uint64_t, kBlocks> blocks_{};
 };
 
 }  // namespace vdevice::chip

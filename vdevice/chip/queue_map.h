@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <optional>
 
+#include "vdevice/chip/chip_ports.h"
 #include "vdevice/chip/port.h"
 #include "vdevice/chip/status.h"
 
@@ -14,8 +15,6 @@ namespace vdevice::chip {
 
 class QueueMap {
   public:
-    static constexpr std::size_t kPorts = 32;
-
     /** How many queues there are. Rows that name a queue beyond the last one go to the last one. */
     std::uint32_t queues() const { return queues_; }
     Status set_queues(std::uint32_t queues) {
@@ -65,7 +64,7 @@ class QueueMap {
 
     std::uint32_t queues_ = kQueues;
     std::array<std::uint32_t, kPriorities> rows_{0, 1, 2, 3, 4, 5, 6, 7};
-    std::array<std::array<std::optional<std::uint8_t>, kPriorities>, kPorts> own_{};
+    std::array<std::array<std::optional<std::uint8_t>, kPriorities>, kChipPorts> own_{};
 };
 
 }  // namespace vdevice::chip

@@ -29,6 +29,7 @@ class ReservedMacs {
         for (std::size_t i = 0; i < kRegistrations; ++i) {
             macs_[i + 1] = Mac{kFirstRegistration + i};
         }
+        update_range();
     }
 
     /** Nothing if the table has no such entry. */
@@ -42,13 +43,31 @@ class ReservedMacs {
             return Status::kReservedIndex;
         }
         macs_[index] = mac;
+        update_range();
         return Status::kOk;
     }
 
-    bool has(Mac mac) const { return !(mac == kFree) && std::find(macs_.begin(), macs_.end(), mac) != macs_.end(); }
+    bool has(Mac mac) const {
+        // Most frames are to addresses that are far from all these.
+        return !(mac < lowest_) && !(highest_ < mac) && std::find(macs_.begin(), macs_.end(), mac) != macs_.end();
+    }
 
   private:
+    /** Free entries are outside the range, so that no frame is to them. */
+    void update_range() {
+        lowest_ = Mac{~std::uint64_t{0}};
+        highest_ = kFree;
+        for (const Mac mac : macs_) {
+            if (!(mac == kFree)) {
+                lowest_ = std::min(lowest_, mac);
+                highest_ = std::max(highest_, mac);
+            }
+        }
+    }
+
     std::array<Mac, kEntries> macs_{};
+    Mac lowest_;
+    Mac highest_;
 };
 
 }  // namespace vdevice::chip

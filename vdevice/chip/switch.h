@@ -7,6 +7,7 @@
 #include <optional>
 #include <vector>
 
+#include "vdevice/chip/chip_ports.h"
 #include "vdevice/chip/egress_queues.h"
 #include "vdevice/chip/field_processor.h"
 #include "vdevice/chip/gpio.h"
@@ -34,7 +35,7 @@ class EgressForms;
 
 class Switch {
   public:
-    static constexpr int kPorts = 32;
+    static constexpr int kPorts = static_cast<int>(kChipPorts);
     static constexpr int kCpuPort = 0;
 
     explicit Switch(Sink &sink);
@@ -49,7 +50,10 @@ class Switch {
     std::optional<Time> next_departure() const;
 
     static bool has_port(std::int64_t port) { return port >= 0 && port < kPorts; }
-    static PortSet all_ports() { return PortSet::range(0, kPorts - 1); }
+    static constexpr PortSet all_ports() {
+        constexpr PortSet kAll = PortSet::range(0, kPorts - 1);
+        return kAll;
+    }
     static ChipPorts chip_ports() { return {all_ports(), kCpuPort}; }
 
     /** The port must exist. */
@@ -187,6 +191,7 @@ class Switch {
     bool copy_to_cpu(int ingress, EgressForms &forms);
     void redirect(const Flow &flow, const PortSet &ports);
     bool passes_storm_control(Time now, const Flow &flow, const MacEntry *entry);
+    bool may_leave(int egress, const Flow &flow) const;
     void forward_to_entry(const Flow &flow, const MacEntry &entry);
     void forward_group(const Flow &flow);
     GroupMiss miss_of(const Flow &flow) const;

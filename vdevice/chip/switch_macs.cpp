@@ -44,6 +44,9 @@ bool Switch::take_source(Time now, const Flow &flow) {
         return true;
     }
     const Place place = place_of(flow.ingress);
+    if (known != nullptr && macs_.refresh(*known, place, now)) {
+        return true;
+    }
     // The device's own software must not be shut out by what its ports have learned.
     if (flow.ingress != kCpuPort && !may_learn(known, flow.vid, place)) {
         at(flow.ingress).violations.remember(source, flow.vid);
