@@ -21,6 +21,7 @@ using platform::CallId;
 namespace {
 
 constexpr int kRetryMilliseconds = 10;
+constexpr std::size_t kReadBytes = 4096;
 
 std::string hex(uint32_t value) {
     constexpr std::size_t kSize = sizeof "0x01234567";
@@ -43,6 +44,7 @@ void Client::drop() {
         close(socket_);
         socket_ = -1;
     }
+    input_.clear();
 }
 
 bool Client::lost(const std::string &reason) {
@@ -84,21 +86,38 @@ bool Client::send_all(std::span<const uint8_t> data, Clock::time_point end) {
 }
 
 bool Client::receive_all(std::span<uint8_t> data, Clock::time_point end) {
-    while (!data.empty()) {
-        const ssize_t got = recv(socket_, data.data(), data.size(), 0);
+    for (;;) {
+        const auto taken = static_cast<std::ptrdiff_t>(std::min(data.size(), input_.size()));
+        std::copy_n(input_.begin(), taken, data.begin());
+        input_.erase(input_.begin(), input_.begin() + taken);
+        data = data.subspan(static_cast<std::size_t>(taken));
+        if (data.empty()) {
+            return true;
+        }
+        if (!receive_some(end)) {
+            return false;
+        }
+    }
+}
+
+// An answer is never there yet when it is asked for, so the wait comes first; and it comes whole, its length and the
+// rest, so that they are taken together.
+bool Client::receive_some(Clock::time_point end) {
+    std::array<uint8_t, kReadBytes> bytes;
+    while (wait_for(POLLIN, end)) {
+        const ssize_t got = recv(socket_, bytes.data(), bytes.size(), 0);
         if (got > 0) {
-            data = data.subspan(static_cast<std::size_t>(got));
-        } else if (got == 0) {
+            input_.insert(input_.end(), bytes.begin(), bytes.begin() + got);
+            return true;
+        }
+        if (got == 0) {
             return lost("closed the connection");
-        } else if (errno == EAGAIN) {
-            if (!wait_for(POLLIN, end)) {
-                return false;
-            }
-        } else if (errno != EINTR) {
+        }
+        if (errno != EAGAIN && errno != EINTR) {
             return lost(std::string("went away: ") + std::strerror(errno));
         }
     }
-    return true;
+    return false;
 }
 
 bool Client::open_socket(Clock::time_point end) {
@@ -258,10 +277,10 @@ int32_t Client::request(Extra id, std::span<const uint32_t> words, std::vector<u
 bool Client::wait_for_message(std::vector<uint32_t> &words) {
     constexpr int kWithoutLimit = -1;
     pollfd waiting{socket_, POLLIN, 0};
-    int ready = 0;
-    do {
+    int ready = input_.empty() ? 0 : 1;
+    while (ready == 0 || (ready < 0 && errno == EINTR)) {
         ready = poll(&waiting, 1, kWithoutLimit);
-    } while (ready < 0 && errno == EINTR);
+    }
     if (ready > 0 && receive_words(Clock::now() + deadline_, words)) {
         return true;
     }

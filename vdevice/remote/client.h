@@ -63,6 +63,7 @@ class Client {
     bool receive_words(Clock::time_point end, std::vector<uint32_t> &words);
     bool send_all(std::span<const uint8_t> data, Clock::time_point end);
     bool receive_all(std::span<uint8_t> data, Clock::time_point end);
+    bool receive_some(Clock::time_point end);
     bool wait_for(short events, Clock::time_point end);
     void drop();
     /** Remembers why the call fails. */
@@ -74,7 +75,8 @@ class Client {
     const std::chrono::milliseconds deadline_;
     std::mutex mutex_;
     int socket_ = -1;
-    pid_t owner_ = 0; /**< the process that opened the socket: after a fork the child needs one of its own */
+    std::vector<uint8_t> input_; /**< what has come beyond what was asked for */
+    pid_t owner_ = 0;            /**< the process that opened the socket: after a fork the child needs one of its own */
     std::string reason_;
     bool complained_ = false;
 };

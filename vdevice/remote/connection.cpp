@@ -3,6 +3,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 
 #include "vdevice/remote/message.h"
@@ -32,10 +33,11 @@ bool Connection::malformed() {
 }
 
 bool Connection::receive() {
-    const std::size_t before = input_.size();
-    input_.resize(before + kReadBytes);
-    const ssize_t got = recv(socket_, &input_[before], kReadBytes, 0);
-    input_.resize(before + (got > 0 ? static_cast<std::size_t>(got) : 0));
+    std::array<uint8_t, kReadBytes> bytes;
+    const ssize_t got = recv(socket_, bytes.data(), bytes.size(), 0);
+    if (got > 0) {
+        input_.insert(input_.end(), bytes.begin(), bytes.begin() + got);
+    }
     return got > 0 || (got < 0 && (errno == EAGAIN || errno == EINTR));
 }
 

@@ -28,6 +28,10 @@ class Connection {
     /** There is something to do as soon as the client can be written to, without anything more from it. */
     [[nodiscard]] bool has_work() const { return is_blocked() || has_more_; }
 
+    /** What the server waits for on the socket; it says so whenever that changes. */
+    [[nodiscard]] uint32_t awaited() const { return awaited_; }
+    void set_awaited(uint32_t events) { awaited_ = events; }
+
     [[nodiscard]] bool is_watching() const { return watching_; }
     /** Adds a message to the output; a client that leaves too many unread is closed. */
     void push(std::span<const uint32_t> words);
@@ -46,6 +50,7 @@ class Connection {
 
     Server &server_;
     int socket_;
+    uint32_t awaited_ = 0;
     bool greeted_ = false;
     bool watching_ = false;
     bool overrun_ = false;  /**< messages were lost because the client did not read */

@@ -112,7 +112,8 @@ void Server::accept_clients() {
         close(descriptor);
         return;
     }
-    connections_[descriptor] = std::make_unique<Connection>(*this, descriptor);
+    const auto &connection = connections_[descriptor] = std::make_unique<Connection>(*this, descriptor);
+    connection->set_awaited(EPOLLIN);
     watch(epoll_, EPOLL_CTL_ADD, descriptor, EPOLLIN);
 }
 
@@ -121,8 +122,16 @@ void Server::publish_link_change(std::span<const uint32_t, kLinkChangeWords> wor
     for (const auto &[descriptor, connection] : connections_) {
         if (connection->is_watching()) {
             connection->push(words);
-            watch(epoll_, EPOLL_CTL_MOD, descriptor, EPOLLOUT);
+            await(descriptor, *connection, EPOLLOUT);
         }
+    }
+}
+
+// Most clients take their answers at once: what they are watched for stays, and the kernel need not be told.
+void Server::await(int descriptor, Connection &connection, uint32_t events) {
+    if (connection.awaited() != events) {
+        watch(epoll_, EPOLL_CTL_MOD, descriptor, events);
+        connection.set_awaited(events);
     }
 }
 
@@ -144,7 +153,7 @@ void Server::serve_ready() {
             continue;
         }
         if (found->second->serve()) {
-            watch(epoll_, EPOLL_CTL_MOD, descriptor, found->second->has_work() ? EPOLLOUT : EPOLLIN);
+            await(descriptor, *found->second, found->second->has_work() ? EPOLLOUT : EPOLLIN);
         } else {
             close_client(descriptor);
         }

@@ -67,6 +67,7 @@ class Server {
     void listen_on(const std::string &path);
     void accept_clients();
     void close_client(int descriptor);
+    void await(int descriptor, Connection &connection, uint32_t events);
 
     Handler handler_;
     Observer observer_;
