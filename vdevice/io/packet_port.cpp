@@ -69,6 +69,7 @@ void PacketPort::open() {
 }
 
 void PacketPort::close() {
+    receive_losses();
     ring_.close();
     socket_.reset();
     index_ = 0;
@@ -81,6 +82,16 @@ void PacketPort::forget_error() const {
     int error = 0;
     socklen_t size = sizeof(error);
     getsockopt(fd(), SOL_SOCKET, SO_ERROR, &error, &size);
+}
+
+// The kernel counts until it is asked, and then begins anew.
+std::uint64_t PacketPort::receive_losses() const {
+    tpacket_stats counted{};
+    socklen_t size = sizeof(counted);
+    if (is_open() && getsockopt(fd(), SOL_PACKET, PACKET_STATISTICS, &counted, &size) == 0) {
+        receive_losses_ += counted.tp_drops;
+    }
+    return receive_losses_;
 }
 
 bool PacketPort::queue(const chip::Frame &frame) {

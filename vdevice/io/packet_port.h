@@ -44,6 +44,8 @@ class PacketPort {
                 take(ring_.take());
             } else if (arrival == Arrival::kInSocket) {
                 receive_batch(batch, 1, take);
+            } else {
+                ++receive_losses_;
             }
             ring_.release();
         }
@@ -57,6 +59,8 @@ class PacketPort {
     void flush();
     /** Frames that the interface did not take. */
     std::uint64_t send_failures() const { return send_failures_; }
+    /** Frames that came in when there was no room for them. */
+    std::uint64_t receive_losses() const;
 
   private:
     static constexpr std::size_t kFramesAtOnce = 128;
@@ -77,6 +81,7 @@ class PacketPort {
     ReceiveRing ring_;
     SendQueue queue_;
     std::uint64_t send_failures_ = 0;
+    mutable std::uint64_t receive_losses_ = 0; /**< as far as the kernel has been asked */
 };
 
 }  // namespace vdevice::io

@@ -190,6 +190,7 @@ TEST_P(PacketPortTest, AClosedPortOpensAgain) {
     near_.open();
     EXPECT_EQ(near_.has_ring(), GetParam() != kNoRing);
     expect_passes(frame(2));
+    EXPECT_EQ(near_.receive_losses(), 0U);
 }
 
 INSTANTIATE_TEST_SUITE_P(Rings, PacketPortTest, testing::Values(ReceiveRing::kSlots, kSmallRing, kNoRing));
@@ -205,6 +206,7 @@ TEST_P(SmallRingTest, WhatDoesNotFitInIsLostAndTheRestComes) {
     const Frames first(sent.begin(), sent.begin() + kSmallRing);
     EXPECT_EQ(receive(kSmallRing), first);
     EXPECT_TRUE(receive().empty()) << "none of the lost long frames waits in the socket";
+    EXPECT_EQ(near_.receive_losses(), sent.size() - kSmallRing);
     for (std::uint32_t number = 0; number < 2 * kSmallRing; ++number) {
         expect_passes(frame(number, number % 4 == 0 ? 9000 : 64));
     }
@@ -225,6 +227,7 @@ TEST_P(SmallRingTest, WhatTheSocketHasNoRoomForIsLostAlone) {
         expected.push_back(sent[i]);
     }
     EXPECT_EQ(received, expected);
+    EXPECT_EQ(near_.receive_losses(), sent.size() - expected.size());
 }
 
 INSTANTIATE_TEST_SUITE_P(Rings, SmallRingTest, testing::Values(kSmallRing));

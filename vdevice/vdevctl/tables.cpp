@@ -90,8 +90,10 @@ std::string show_drops(const json &row) {
     if (const auto longer = row["tx_too_long"].get<std::uint64_t>(); longer != 0) {
         parts.push_back(fmt::format("tx_too_long {}", longer));
     }
-    if (const auto lost = row["tx_lost"].get<std::uint64_t>(); lost != 0) {
-        parts.push_back(fmt::format("tx_lost {}", lost));
+    for (const char *name : {"rx_lost", "tx_lost"}) {
+        if (const auto lost = row[name].get<std::uint64_t>(); lost != 0) {
+            parts.push_back(fmt::format("{} {}", name, lost));
+        }
     }
     return fmt::format("{}", fmt::join(parts, ", "));
 }

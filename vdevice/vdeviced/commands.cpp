@@ -82,6 +82,7 @@ json counters(Device &device, const json & /*request*/) {
                         {"tx_frames", port.counters.tx_frames},
                         {"tx_octets", port.counters.tx_octets},
                         {"tx_too_long", port.counters.tx_too_long},
+                        {"rx_lost", wire.socket.receive_losses()},
                         {"tx_lost", wire.socket.send_failures()},
                         {"drops", drops}});
     });
