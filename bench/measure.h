@@ -9,14 +9,14 @@
 #define BENCH_MEASURE_H
 
 /** Calls the function and has it counted. */
-__attribute__((noinline, noclone)) static long measure(long (*function)(void)) {
+__attribute__((noipa)) static long measure(long (*function)(void)) {
     const long result = function();
     __asm__ volatile("" ::: "memory");  // so that this call is no jump
     return result;
 }
 
 /** Calls the function uncounted. */
-__attribute__((noinline, noclone)) static long warm_up(long (*function)(void)) {
+__attribute__((noipa)) static long warm_up(long (*function)(void)) {
     const long result = function();
     __asm__ volatile("" ::: "memory");
     return result;
