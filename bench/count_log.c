@@ -1,5 +1,6 @@
-// Reads the emulator's log of every instruction from standard input, and adds up those below measure(): for each function
-// that measure() calls, its name, how often it was called and how many instructions that took, up to its return.
+// Reads the emulator's log of every instruction from standard input, and adds up those below measure(): for each
+// function that measure() calls, its name, how often it was called and how many instructions that took, up to its
+// return.
 //
 // A line of the log is one instruction and ends with the name of the function it belongs to, as far as the program's
 // own symbols tell; those of libraries have none.

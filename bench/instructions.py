@@ -19,6 +19,7 @@ SECONDS = 1200
 # Names are bound when the program starts, so that nobody's first call pays for that.
 ENVIRONMENT = {"LD_BIND_NOW": "1"}
 FIXED_ADDRESSES = ("setarch", "--addr-no-randomize")
+CORE = min(os.sched_getaffinity(0))
 CALLED = re.compile(r"cfn=(\S+)")
 
 
@@ -53,11 +54,16 @@ def read_profile(path):
     return counts
 
 
+def on_core(command):
+    """The command on one core, the same for all that are started so."""
+    return ["taskset", "--cpu-list", str(CORE), *map(str, command)]
+
+
 def on_host(program, arguments, environment):
     with tempfile.TemporaryDirectory() as folder:
         profile = os.path.join(folder, "profile")
-        run(["/usr/bin/valgrind", "--tool=callgrind", f"--callgrind-out-file={profile}", "--compress-strings=no",
-             "--compress-pos=no", *Build("host").command(program, *arguments)], environment)  # fmt: skip
+        run(on_core(["/usr/bin/valgrind", "--tool=callgrind", f"--callgrind-out-file={profile}", "--compress-strings=no",
+             "--compress-pos=no", *Build("host").command(program, *arguments)]), environment)  # fmt: skip
         return read_profile(profile)
 
 
@@ -71,7 +77,7 @@ def on_target(program, arguments, environment):
             reader = subprocess.Popen(["/bin/sh", "-c", 'exec "$0" <"$1"', *Build("host").command("bench_count_log"), log],
                                       stdout=counts)  # fmt: skip
             try:
-                run([emulator, "-singlestep", "-d", "nochain,exec", "-D", log, *rest], environment)
+                run(on_core([emulator, "-singlestep", "-d", "nochain,exec", "-D", log, *rest]), environment)
                 if reader.wait(SECONDS) != 0:
                     raise BenchError("the emulator's log could not be read, see above")
             finally:

@@ -48,8 +48,9 @@ std::string Blocks::definitions() const {
     std::string text;
     for (const Block &block : blocks_) {
         const std::string size = std::to_string(std::max<std::size_t>(block.bytes.size(), 1));
-        text += "static buffer(" + size + ") " + block.name + ";\n";
-        text += "static const unsigned char " + block.name + "_image[" + size + "] = " + initialiser(block.bytes) + ";\n";
+        text += "static BUFFER(" + size + ") " + block.name + ";\n";
+        text +=
+            "static const unsigned char " + block.name + "_image[" + size + "] = " + initialiser(block.bytes) + ";\n";
     }
     return text;
 }

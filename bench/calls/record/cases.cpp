@@ -40,7 +40,11 @@ std::string selector(const fault::Row &row) {
 }
 
 Case make_case(const fault::Row &row, const std::string &name, const std::string &interface) {
-    Case made{name, row.function, interface == kGroup, replaced(row.call, kInterface, interface), {},
+    Case made{name,
+              row.function,
+              interface == kGroup,
+              replaced(row.call, kInterface, interface),
+              {},
               row.clause("result") == "any"};
     made.name += made.is_group ? " on a group" : "";
     for (const std::string &piece : fault::split(row.clause("before"), ';')) {

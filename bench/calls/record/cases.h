@@ -11,7 +11,7 @@
 namespace record {
 
 struct Case {
-    std::string name;                /**< the function, and what tells its cases apart */
+    std::string name; /**< the function, and what tells its cases apart */
     std::string function;
     bool is_group;                   /**< its interface is the group with eight members */
     std::string call;                /**< as adpsh reads it */
@@ -20,8 +20,8 @@ struct Case {
 };
 
 /**
- * The cases of all rows: a function's row in the file @p own, else its first one among the sweep's. A function that takes an
- * interface is measured on a port and on a group, and the attributes' functions with every attribute.
+ * The cases of all rows: a function's row in the file @p own, else its first one among the sweep's. A function that
+ * takes an interface is measured on a port and on a group, and the attributes' functions with every attribute.
  */
 std::vector<Case> all_cases(const std::string &own);
 

@@ -35,9 +35,8 @@ std::string value(const platform::Param &param, const recording::Arguments &argu
         return "*(const " + std::string(param.element.layout->name) + " *)" +
                blocks_under_way->add(arguments.bytes(param.name));
     }
-    const auto address = param.element.kind == platform::Kind::Word
-                             ? blocks_under_way->find(arguments.word(param.name))
-                             : std::nullopt;
+    const auto address =
+        param.element.kind == platform::Kind::Word ? blocks_under_way->find(arguments.word(param.name)) : std::nullopt;
     return address ? "(uintptr_t)" + *address : std::to_string(arguments.number(param.name)) + "LL";
 }
 
@@ -133,10 +132,15 @@ std::vector<std::string> finish() {
     // Calls without an action are only in the driver's own trace. Where they stand among the others costs the same.
     for (const std::string &line : recording::driver().take()) {
         if (line.rfind(kAddressText, 0) == 0) {
-            written.push_back("(long)(intptr_t)" + std::string(kAddressText) + "((const void *)\"\\2\\0\\0\\0\\0\\1\")");
+            written.push_back("(long)(intptr_t)" + std::string(kAddressText) +
+                              "((const void *)\"\\2\\0\\0\\0\\0\\1\")");
         }
     }
     return std::exchange(written, {});
+}
+
+std::size_t remote_calls() {
+    return recording::driver().count() - recording::driver().count(kAddressText);
 }
 
 }  // namespace record

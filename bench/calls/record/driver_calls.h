@@ -5,6 +5,7 @@
 #ifndef BENCH_CALLS_RECORD_DRIVER_CALLS_H
 #define BENCH_CALLS_RECORD_DRIVER_CALLS_H
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -19,6 +20,9 @@ void answer_from(const std::string &path);
 void begin(Blocks &blocks);
 /** The calls since then, as C expressions in their order. */
 std::vector<std::string> finish();
+
+/** How many calls have been made so far that leave the process when the device is another one. */
+std::size_t remote_calls();
 
 }  // namespace record
 

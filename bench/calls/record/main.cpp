@@ -31,13 +31,16 @@ struct Recorded {
     adpsh::ResultKind kind;
     adpsh::Result result;
     std::vector<std::string> calls;
+    std::size_t remote;        /**< of these, calls that leave the process */
+    std::size_t remote_in_all; /**< with those that make what the call finds */
 
     /** What a later call has to give, as C. */
     [[nodiscard]] std::string expected() const {
         if (kind == adpsh::ResultKind::kRecord || kind == adpsh::ResultKind::kText) {
-            return result.address != nullptr ? "kSomeAddress" : "0";
+            return result.address != nullptr ? "SOME_ADDRESS" : "0";
         }
-        return kind == adpsh::ResultKind::kNone ? "kAnyResult" : std::to_string(static_cast<int32_t>(result.number)) + "L";
+        return kind == adpsh::ResultKind::kNone ? "ANY_RESULT"
+                                                : std::to_string(static_cast<int32_t>(result.number)) + "L";
     }
     /** Whether the call was told that this is not to be had, and did nothing. */
     [[nodiscard]] bool is_refused() const {
@@ -51,6 +54,7 @@ Recorded run(const Case &one, Blocks &blocks, std::string &call, std::vector<std
         throw std::runtime_error("the tables cannot be brought up");
     }
     before.clear();
+    const std::size_t at_first = record::remote_calls();
     std::deque<LibraryCall> earlier;
     for (const std::string &line : one.before) {
         earlier.emplace_back(line, blocks).invoke();
@@ -58,9 +62,11 @@ Recorded run(const Case &one, Blocks &blocks, std::string &call, std::vector<std
     }
     LibraryCall subject(one.call, blocks);
     call = subject.text();
+    const std::size_t made_before = record::remote_calls();
     record::begin(blocks);
     const adpsh::Result result = subject.invoke();
-    return {subject.result_kind(), result, record::finish()};
+    const std::size_t made = record::remote_calls();
+    return {subject.result_kind(), result, record::finish(), made - made_before, made - at_first};
 }
 
 std::string kind_of(const Case &one, std::size_t calls) {
@@ -73,7 +79,8 @@ std::string kind_of(const Case &one, std::size_t calls) {
     return calls == 1 ? "wrapper" : one.is_group && calls >= kFanOut ? "fan-out" : "other";
 }
 
-std::string function_text(const std::string &name, const std::vector<std::string> &statements, const std::string &last) {
+std::string function_text(const std::string &name, const std::vector<std::string> &statements,
+                          const std::string &last) {
     std::string text = "static long " + name + "(void) {\n";
     for (const std::string &statement : statements) {
         text += "    " + statement + ";\n";
@@ -98,7 +105,7 @@ class Writer {
         std::string call;
         std::vector<std::string> before;
         Blocks warm_up("warm_up");
-        run(one, warm_up, call, before);
+        const Recorded first = run(one, warm_up, call, before);
         Blocks blocks("block_" + number);
         const Recorded recorded = run(one, blocks, call, before);
         if (recorded.is_refused() && !one.has_any_result) {
@@ -108,7 +115,8 @@ class Writer {
         functions_recorded_.insert(one.function);
         const bool has_result = recorded.kind != adpsh::ResultKind::kNone;
         functions_ += "\n/* " + one.call + " */\n" + blocks.definitions();
-        functions_ += "static void prepare_" + number + "(void) {\n" + blocks.preparation();
+        functions_ += "static void prepare_" + number + "(void) {\n" + blocks.preparation() + "}\n";
+        functions_ += "static void before_" + number + "(void) {\n";
         for (const std::string &statement : before) {
             functions_ += "    " + statement + ";\n";
         }
@@ -116,11 +124,13 @@ class Writer {
         functions_ += has_result ? function_text("call_" + number, {}, "(long)" + call)
                                  : function_text("call_" + number, {call}, "0");
         functions_ += floor_text("floor_" + number, recorded.calls);
-        table_ += "    {\"" + one.name + "\", prepare_" + number + ", call_" + number + ", floor_" + number + ", " +
-                  (one.has_any_result ? "kAnyResult" : recorded.expected()) + "},\n";
+        table_ += "    {\"" + one.name + "\", prepare_" + number + ", before_" + number + ", call_" + number +
+                  ", floor_" + number + ", " + (one.has_any_result ? "ANY_RESULT" : recorded.expected()) + "},\n";
         json_ += std::string(json_.empty() ? "" : ",\n") + "{\"name\": \"" + one.name + "\", \"function\": \"" +
                  one.function + "\", \"kind\": \"" + kind_of(one, recorded.calls.size()) +
-                 "\", \"driver_calls\": " + std::to_string(recorded.calls.size()) + "}";
+                 "\", \"driver_calls\": " + std::to_string(recorded.calls.size()) +
+                 ", \"remote\": " + std::to_string(first.remote_in_all + recorded.remote_in_all + recorded.remote) +
+                 "}";
     }
 
     /** A function without a case cannot be forgotten. */
@@ -135,11 +145,12 @@ class Writer {
     }
 
     void write(const std::string &code, const std::string &json) const {
-        std::ofstream(code) << "// Generated by recording every call. Do not edit.\n"
-                               "#include \"bench/calls/cases.h\"\n\n#include <adp/adp.h>\n#include <device_services.h>\n"
-                               "#include <netlink_api.h>\n#include <string.h>\n"
-                            << functions_ << "\nconst struct bench_case bench_cases[] = {\n" << table_
-                            << "};\nconst unsigned bench_case_count = " << count_ << ";\n";
+        std::ofstream(code)
+            << "// Generated by recording every call. Do not edit.\n"
+               "#include \"bench/calls/cases.h\"\n\n#include <adp/adp.h>\n#include <device_services.h>\n"
+               "#include <netlink_api.h>\n#include <string.h>\n"
+            << functions_ << "\nconst struct bench_case bench_cases[] = {\n"
+            << table_ << "};\nconst unsigned bench_case_count = " << count_ << ";\n";
         std::ofstream(json) << "[" << json_ << "]\n";
     }
 
