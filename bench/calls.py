@@ -165,8 +165,10 @@ def plot(result, path):
         for axis, (build, rows) in zip(axes, builds.items()):
             for kind in KINDS[:-1]:
                 points = [row for row in rows if row["kind"] == kind]
-                axis.scatter([max(row["own"], 1) for row in points], [row[SHIPPED]["ratio"] for row in points], s=14,
-                             label=kind + (f", aim {AIMS[kind]}" if kind in AIMS else ""))  # fmt: skip
-            axis.set(title=f"Build {build}", xscale="log", yscale="log", xlabel="the library's own instructions",
+                drawn = axis.scatter([max(row["own"], 1) for row in points], [row[SHIPPED]["ratio"] for row in points],
+                                     s=14, label=kind + (f", aim {AIMS[kind]}" if kind in AIMS else ""))  # fmt: skip
+                if kind in AIMS:
+                    axis.axhline(AIMS[kind], color=drawn.get_facecolor()[0], linestyle=":")
+            axis.set(title=f"Build {build}", xscale="log", xlabel="the library's own instructions",
                      ylabel="call, beside its driver calls made directly")  # fmt: skip
             axis.legend()

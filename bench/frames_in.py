@@ -41,8 +41,8 @@ def measure(options):
 def plot(result, path):
     with figure.saved(path, columns=len(result["rows"])) as axes:
         for axis, (build, rows) in zip(axes, result["rows"].items()):
-            for call in WAYS.values():
-                axis.plot(SIZES, [row[2] for row in rows if row[0] == call], marker="o", label=call)
+            for way, call in WAYS.items():
+                axis.plot(SIZES, [row[2] for row in rows if row[0] == call], marker="o", label=f"{way}: {call}")
             axis.plot(SIZES, [row[3] for row in rows[: len(SIZES)]], marker="o", color="grey", label="memmove")
             axis.set(title=f"Build {build}", xlabel="bytes of the frame", ylabel="instructions", ylim=(0, None))
             axis.legend()

@@ -17,6 +17,7 @@
 #include "bench/calls/record/library_call.h"
 #include "bench/calls/state.h"
 #include "tests/support/fake_system.h"
+#include "tests/support/silence.h"
 
 namespace {
 
@@ -167,6 +168,7 @@ void record_all(char **arguments) {
     record::answer_from(arguments[kAnswers]);
     const std::vector<Case> cases = record::all_cases(arguments[kRows]);
     const fake_system::Session session;
+    const silence::Silence silence;
     Writer writer;
     for (const Case &one : cases) {
         try {
