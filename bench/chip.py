@@ -1,15 +1,17 @@
 """The virtual device's chip alone: instructions per frame, counted under callgrind as the difference of two runs."""
 
 import re
-import subprocess
 
+from lab.builds import Build
+
+from bench.instructions import on_core, run
 from bench.problem import BenchError
 
 NAME = "chip"
 TITLE = "The virtual device's chip: instructions per frame"
 TARGETS = {"host": ["bench_chip"]}
 
-PROGRAM = "build/host/bench_chip"
+PROGRAM = "bench_chip"
 # Both runs have learned and allocated all that they ever will; each is a multiple of every case's number of flows.
 FRAMES = (8000, 16000)
 MEANINGS = {
@@ -29,12 +31,12 @@ MEANINGS = {
 
 
 def instructions(case, frames):
-    command = ["valgrind", "--tool=callgrind", "--callgrind-out-file=/dev/null", PROGRAM, case, str(frames)]
-    done = subprocess.run(command, check=False, capture_output=True, text=True, timeout=600)
-    collected = re.search(r"Collected : (\d+)", done.stderr)
-    if done.returncode != 0 or collected is None:
-        raise BenchError(f"'{' '.join(command)}' failed:\n{done.stderr}")
-    return int(collected.group(1))
+    profiler = ["/usr/bin/valgrind", "--tool=callgrind", "--callgrind-out-file=/dev/null"]
+    said = run(on_core([*profiler, *Build("host").command(PROGRAM, case, frames)]), {})
+    collected = re.search(r"Collected : (\d+)", said)
+    if collected is None:
+        raise BenchError(f"the profiler does not say what {PROGRAM} has cost:\n{said}")
+    return int(collected[1])
 
 
 def per_frame(case):
@@ -43,10 +45,9 @@ def per_frame(case):
 
 
 def listed_cases():
-    done = subprocess.run([PROGRAM], check=True, capture_output=True, text=True, timeout=60)
-    cases = done.stdout.split()
+    cases = run(Build("host").command(PROGRAM), {}).split()
     if set(cases) != set(MEANINGS):
-        raise BenchError(f"{PROGRAM} has other cases than this module explains: {' '.join(cases)}")
+        raise BenchError(f"{PROGRAM} has other cases than are explained here: {' '.join(cases)}")
     return cases
 
 

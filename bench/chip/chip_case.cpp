@@ -10,7 +10,7 @@ namespace bench {
 namespace {
 
 using namespace vdevice::chip;
-using test::operator+;
+using namespace vdevice::chip::test;
 
 constexpr std::size_t kShort = 64;
 constexpr std::size_t kLong = 1514;
@@ -30,19 +30,34 @@ Octets station(std::uint8_t side, std::size_t number) {
 }
 
 Octets datagram(std::size_t octets, const Octets &destination, const Octets &source, const Octets &tag = {}) {
-    Octets frame = destination + source + tag +
-                   test::ipv4({kUdp}, test::octets16(1000) + test::octets16(2000) + Octets(kPortBytes * 2, 0));
+    Octets frame =
+        destination + source + tag + ipv4({kUdp}, octets16(1000) + octets16(2000) + Octets(kPortBytes * 2, 0));
     frame.resize(octets, 0);
     return frame;
 }
 
+/** Stations behind kIn; the numbers are chosen so that none meets a full bucket in the chip's table. */
+Octets near_station(std::size_t flow) {
+    constexpr std::size_t kFirst = 100;
+    return station(kSourceSide, kFirst + flow);
+}
+
+Octets far_station(std::size_t flow) {
+    return station(kDestinationSide, flow);
+}
+
+/** The chip learns the stations behind kOut. */
+void learn_far(Bench &bench, std::size_t flows) {
+    for (std::size_t i = 0; i < flows; ++i) {
+        bench.chip.receive(Time{}, kOut, datagram(kShort, near_station(i), far_station(i)));
+    }
+}
+
 /** A frame for each of so many stations behind kOut; the chip knows them all. */
 void add_flows(Bench &bench, std::size_t octets, std::size_t flows) {
+    learn_far(bench, flows);
     for (std::size_t i = 0; i < flows; ++i) {
-        const Octets far = station(kDestinationSide, i);
-        const Octets near = station(kSourceSide, i);
-        bench.chip.receive(Time{}, kOut, datagram(kShort, near, far));
-        bench.frames.push_back(datagram(octets, far, near));
+        bench.frames.push_back(datagram(octets, far_station(i), near_station(i)));
     }
 }
 
@@ -51,10 +66,11 @@ void prepare_flows(Bench &bench) {
     add_flows(bench, octets, flows);
 }
 
-/** The table is full of other addresses; the flow is one. */
+/** One flow among the addresses of many others. */
 void prepare_addresses(Bench &bench) {
-    add_flows(bench, kShort, kAddresses);
-    bench.frames.resize(1);
+    add_flows(bench, kShort, 1);
+    bench.chip.receive(Time{}, kIn, bench.frames.front());
+    learn_far(bench, kAddresses - 1);
     if (bench.chip.macs().size() != kAddresses) {
         std::fprintf(stderr, "the chip has learned %zu addresses only\n", bench.chip.macs().size());
         std::exit(EXIT_FAILURE);
@@ -75,13 +91,13 @@ void prepare_flood(Bench &bench) {
     for (int port = kOut + 1; port < kOut + kFloodPorts; ++port) {
         bench.chip.set_link(port, true);
     }
-    bench.frames.push_back(datagram(kShort, test::kBroadcast, station(kSourceSide, 0)));
+    bench.frames.push_back(datagram(kShort, kBroadcast, near_station(0)));
 }
 
 void prepare_tagged(Bench &bench) {
     bench.chip.vlans().set_ports(1, Switch::all_ports(), PortSet{});
     add_flows(bench, kShort, 1);
-    bench.frames = {datagram(kShort, station(kDestinationSide, 0), station(kSourceSide, 0), test::vlan_tag(kTagged))};
+    bench.frames = {datagram(kShort, far_station(0), near_station(0), vlan_tag(kTagged))};
 }
 
 void prepare_trunk(Bench &bench) {

@@ -157,7 +157,7 @@ bool FieldTable::is_rule(std::uint32_t entry) const {
 /** The installed other half of a first half, or null. */
 const FieldRule *FieldTable::second_half(std::uint32_t entry) const {
     const FieldEntry *second = find(entry + 1);
-    const bool is_pair = find(entry)->part == EntryPart::kFirstHalf && second != nullptr &&
+    const bool is_pair = get(entry).part == EntryPart::kFirstHalf && second != nullptr &&
                          second->part == EntryPart::kSecondHalf && second->installed;
     return is_pair ? &*second->installed : nullptr;
 }
@@ -173,7 +173,7 @@ void FieldTable::list_rules(int group) {
             rules.push_back(entry);
         }
     }
-    const auto priority = [&](std::uint32_t entry) { return find(entry)->installed->priority; };
+    const auto priority = [&](std::uint32_t entry) { return get(entry).installed->priority; };
     // Stable: of equal priorities the lower entry stays before the higher one.
     std::stable_sort(rules.begin(), rules.end(), [&](auto a, auto b) { return priority(a) > priority(b); });
     rule_count_ += rules.size();
@@ -185,7 +185,7 @@ void FieldTable::make_index() {
         for (const std::uint32_t entry : rules_[list]) {
             const FieldRule *second = second_half(entry);
             if (const auto terms =
-                    make_terms(find(entry)->installed->qualifiers, second == nullptr ? nullptr : &second->qualifiers)) {
+                    make_terms(get(entry).installed->qualifiers, second == nullptr ? nullptr : &second->qualifiers)) {
                 index_.add(list, entry, *terms);
             }
         }

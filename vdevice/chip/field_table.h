@@ -90,6 +90,8 @@ class FieldTable {
     }
 
   private:
+    /** The entry, which must exist. */
+    const FieldEntry &get(std::uint32_t entry) const { return *entries_[entry]; }
     Status change(std::uint32_t entry, const std::function<Status(FieldEntry &)> &change);
     void list_rules(int group);
     bool is_rule(std::uint32_t entry) const;
