@@ -29,6 +29,48 @@ TEST_F(MacTableTest, LearnsPerVlanAndMoves) {
     EXPECT_EQ(table_.find(mac(2), 10), nullptr);
 }
 
+// What refresh() leaves to learn() makes a difference, and what it does itself makes the same.
+TEST_F(MacTableTest, RefreshingDoesWhatLearningWould) {
+    constexpr MacEntry kPlain{Mac{}, 10, 4, false, 1s, MacEntry::kNoTrunk};
+    struct Case {
+        MacEntry entry;
+        Place place;
+        bool is_refreshed;
+    };
+    std::vector<Case> cases{
+        {kPlain, {4, Place::kNoTrunk}, true}, {kPlain, {5, Place::kNoTrunk}, false}, {kPlain, {4, 1}, false}};
+    const auto add = [&](const Place &place, bool is_refreshed, auto change) {
+        Case added{kPlain, place, is_refreshed};
+        change(added.entry);
+        cases.push_back(added);
+    };
+    add({4, 1}, true, [](MacEntry &entry) { entry.trunk = 1; });
+    add({5, 1}, false, [](MacEntry &entry) { entry.trunk = 1; });
+    add({4, 2}, false, [](MacEntry &entry) { entry.trunk = 1; });
+    add({4, 1}, false, [](MacEntry &entry) { entry.trunk = 1, entry.is_given_to_trunk = true; });
+    add({4, Place::kNoTrunk}, false, [](MacEntry &entry) { entry.is_static = true; });
+    add({4, Place::kNoTrunk}, false, [](MacEntry &entry) { entry.drops_to = true; });
+    add({4, Place::kNoTrunk}, false, [](MacEntry &entry) { entry.drops_from = true; });
+    for (std::size_t i = 0; i < cases.size(); ++i) {
+        auto &[entry, place, is_refreshed] = cases[i];
+        entry.mac = mac(i);
+        ASSERT_EQ(table_.add(entry), Status::kOk);
+        MacTable learned = table_;
+        learned.learn(entry.mac, entry.vid, place.port, 5s, place.trunk);
+        EXPECT_EQ(table_.refresh(*table_.find(entry.mac, entry.vid), place, 5s), is_refreshed) << i;
+        const MacEntry &before = is_refreshed ? *table_.find(entry.mac, entry.vid) : entry;
+        const MacEntry &after = *learned.find(entry.mac, entry.vid);
+        const bool is_same = before.place() == after.place() && before.port == after.port &&
+                             before.is_given_to_trunk == after.is_given_to_trunk &&
+                             before.is_filter() == after.is_filter() && before.last_seen == after.last_seen;
+        EXPECT_EQ(is_same, is_refreshed || entry.is_static) << i;
+        if (is_refreshed) {
+            EXPECT_EQ(table_.counts().behind(place), learned.counts().behind(place)) << i;
+            EXPECT_EQ(table_.counters().moved, learned.counters().moved) << i;
+        }
+    }
+}
+
 TEST_F(MacTableTest, AgesExactlyAtTheAgeTime) {
     table_.set_age_time(300s);
     table_.learn(mac(1), 10, 4, 10s);

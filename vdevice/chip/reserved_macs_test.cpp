@@ -60,6 +60,19 @@ TEST_F(ReservedMacsTest, UnicastAddressesCanBeListed) {
     EXPECT_EQ(copies(station(8)), kFlooded);
 }
 
+TEST_F(ReservedMacsTest, AnAddressBetweenListedOnesIsNotListed) {
+    ASSERT_EQ(list(10, station(1)), Status::kOk);
+    ASSERT_EQ(list(63, station(9)), Status::kOk);
+    EXPECT_EQ(copies(station(9)), 1U);
+    for (std::uint8_t number = 2; number < 9; ++number) {
+        EXPECT_EQ(copies(station(number)), kFlooded) << int{number};
+    }
+    ASSERT_EQ(list(63, station(5)), Status::kOk);
+    EXPECT_EQ(copies(station(5)), 1U);
+    EXPECT_EQ(copies(station(9)), kFlooded) << "no longer listed";
+    EXPECT_EQ(copies({0x01, 0x80, 0xC2, 0, 0, 0x21}), 1U) << "still listed";
+}
+
 TEST_F(ReservedMacsTest, AFreeEntryListsNothing) {
     EXPECT_EQ(copies(Octets(6, 0)), kFlooded);
 }
