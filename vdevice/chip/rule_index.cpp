@@ -41,13 +41,19 @@ void RuleIndex::add(std::size_t list, std::uint32_t entry, const RuleTerms &term
 }
 
 RuleIndex::Shape &RuleIndex::shape_of(const RuleTerms &terms) {
-    std::vector<Mask> masks;
-    for (const RuleTerm &term : terms.terms) {
-        masks.push_back({term.word, term.mask});
+    const auto is_alike = [](const Mask &mask, const RuleTerm &term) {
+        return mask.word == term.word && mask.mask == term.mask;
+    };
+    for (Shape &shape : shapes_) {
+        if (std::equal(shape.masks.begin(), shape.masks.end(), terms.terms.begin(), terms.terms.end(), is_alike)) {
+            return shape;
+        }
     }
-    const auto known =
-        std::find_if(shapes_.begin(), shapes_.end(), [&](const Shape &shape) { return shape.masks == masks; });
-    return known != shapes_.end() ? *known : shapes_.emplace_back(Shape{terms.present, std::move(masks), {}, {}});
+    Shape &made = shapes_.emplace_back(Shape{terms.present, {}, {}, {}});
+    for (const RuleTerm &term : terms.terms) {
+        made.masks.push_back({term.word, term.mask});
+    }
+    return made;
 }
 
 void RuleIndex::grow(Shape &shape) const {

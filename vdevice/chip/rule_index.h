@@ -39,8 +39,6 @@ class RuleIndex {
     struct Mask {
         std::uint32_t word;
         std::uint32_t mask;
-
-        friend bool operator==(const Mask &, const Mask &) = default;
     };
 
     /** The rules stand in slots by their hashes, those of equal hashes in the order of adding. */
