@@ -9,12 +9,10 @@ import contextlib
 import json
 import pathlib
 import statistics
-import subprocess
 import tempfile
 
 from lab.builds import ROOT, Build
 from lab.netns import NetNamespace
-from lab.process import stop
 
 from bench import figure, instructions
 from bench.problem import BenchError
@@ -29,7 +27,6 @@ AIMS = {"wrapper": 1.2, "fan-out": 1.3, "attribute set": 1.5}
 KINDS = (*AIMS, "other", "no driver call")
 EXPORTS = ROOT / "platform" / "symbols" / "exported-functions.txt"
 WORST = 10
-PATIENCE_SECONDS = 10
 INSTANT, SHIPPED = "at once", "shipped"
 SUMMARY = ["kind", "calls", "own, median", "own, most", "ratio, median", "ratio, most", "aim", "within", "within at once"]
 ON_A_GROUP = " on a group"
@@ -54,33 +51,16 @@ def surroundings():
             yield
 
 
-@contextlib.contextmanager
-def peer(folder, expected):
-    """The other end of the shipped driver's socket. It must have answered all calls when it is no longer needed."""
-    command = instructions.on_core(Build("host").command("bench_peer", pathlib.Path(folder) / "driver"))
-    process = subprocess.Popen(command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
-    try:
-        if process.stdout.readline() != "ready\n":
-            raise BenchError("the peer of the shipped driver does not start")
-        yield
-        answered, _ = process.communicate(timeout=PATIENCE_SECONDS)
-        if int(answered) != expected:
-            raise BenchError(f"{answered.strip()} driver calls were answered, not {expected}")
-    finally:
-        stop(process)
-
-
-def count(build, **environment):
-    return instructions.per_call(build, "bench_calls", environment=environment)
-
-
 def count_instant(build):
-    return count(build, LD_LIBRARY_PATH=str(Build(build).folder / "instant"))
+    return instructions.per_call(build, "bench_calls", environment={"LD_LIBRARY_PATH": str(Build(build).folder / "instant")})
 
 
 def count_shipped(build, cases):
-    with tempfile.TemporaryDirectory() as folder, peer(folder, sum(case["remote"] for case in cases)):
-        return count(build, VDEVICE_DIR=folder)
+    """The peer checks that all driver calls arrive."""
+    with tempfile.TemporaryDirectory() as folder:
+        expected = sum(case["remote"] for case in cases)
+        peer = Build("host").command("bench_peer", pathlib.Path(folder) / "driver", expected)
+        return instructions.per_call(build, "bench_calls", environment={"VDEVICE_DIR": folder}, within=peer)
 
 
 def rows_of(cases, counts):
@@ -142,8 +122,7 @@ def counts_of(build, rows):
 def measure(options):
     result = {"tables": [], "counts": {}, "rows": {}, "notes": [
         "Instructions of the process itself, without the kernel's. 'own' is what the library adds to its driver calls.",
-        "The aims are judged with the shipped driver, which is what callers have; 'at once' is the strictest measure.",
-        "With the shipped driver a call's count may differ by one wait, a hundred instructions, from run to run."]}  # fmt: skip
+        "The aims are judged with the shipped driver, which is what callers have; 'at once' is the strictest measure."]}  # fmt: skip
     for build in options.builds:
         cases = cases_of(build)
         with surroundings():
