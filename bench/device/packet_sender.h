@@ -1,0 +1,30 @@
+// Sends frames on a network interface as fast as the kernel takes them.
+#pragma once
+
+#include <sys/socket.h>
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "bench/device/flows.h"
+#include "vdevice/io/unique_fd.h"
+
+namespace bench {
+
+class PacketSender {
+  public:
+    /** Throws a std::system_error if there is no such interface or no privilege. */
+    explicit PacketSender(const std::string &interface_name);
+
+    /** Sends these frames, a system call for many of them; gives how many the interface has taken. */
+    std::uint64_t send(std::span<const Frame> frames);
+
+  private:
+    vdevice::io::UniqueFd socket_;
+    std::vector<iovec> pieces_;
+    std::vector<mmsghdr> messages_;
+};
+
+}  // namespace bench
