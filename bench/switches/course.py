@@ -10,6 +10,7 @@ import argparse
 import contextlib
 import json
 import os
+import pathlib
 import sys
 import time
 from typing import NamedTuple
@@ -162,10 +163,17 @@ def parse_options():
     return options
 
 
-def run(options):
-    # Others on the machine are to disturb as little as possible; an ordinary user has to take what comes.
-    with contextlib.suppress(PermissionError):
+def come_first():
+    """Others on the machine are to disturb as little as possible; an ordinary user has to take what comes."""
+    with contextlib.suppress(OSError):
         os.nice(NICENESS)
+        # Where sessions share the machine evenly, a process's niceness counts within its own session only.
+        os.setsid()
+        pathlib.Path("/proc/self/autogroup").write_text(str(NICENESS), encoding="ascii")
+
+
+def run(options):
+    come_first()
     cores, rows = Cores(), []
     with contextlib.closing(Bed()) as bed:
         traffic = Traffic(bed, cores)

@@ -1,0 +1,66 @@
+"""The virtual device as a switch, beside the Linux bridge and Open vSwitch's user-space datapath."""
+
+import json
+import pathlib
+import subprocess
+import sys
+import tempfile
+
+from bench.problem import BenchError
+from bench.switches.figures import Figures, flatness_table, rate_table
+
+NAME = "device"
+TITLE = "The virtual device, port to port, beside the Linux bridge and Open vSwitch in user space"
+TARGETS = {"host": ["bench_traffic", "vdeviced", "vdevctl", "adpsh"]}
+HAS_COUNTS = False
+NOTES = [
+    "The switch has one core to itself, the sender another one; the rates for each second of a core hold what the "
+    "switch's process and the kernel on its behalf have used there.",
+    "The bridge has no process: it works on the sender's core, in the sender's time. Its rate for each second of a "
+    "core is what it adds to a sender whose frames end at the port ('sender').",
+    "No bridge has rules, so those points have none.",
+]
+LONGEST_SECONDS = 1800
+
+
+def measure(options):
+    with tempfile.TemporaryDirectory() as folder:
+        path = pathlib.Path(folder) / "rows.json"
+        words = ["bench.switches.course", "--output", path, *(["--quick"] if options.quick else [])]
+        command = [sys.executable, "-B", "-m", "lab.isolate", sys.executable, "-B", "-m", *map(str, words)]
+        if subprocess.run(command, check=False, timeout=LONGEST_SECONDS).returncode != 0:
+            raise BenchError("The switches could not be measured, see above.")
+        rows = json.loads(path.read_text(encoding="utf-8"))["rows"]
+    figures = Figures(rows)
+    sizes = sorted({point[0] for point in figures.points})
+    return {
+        "tables": [*(rate_table(figures, size) for size in sizes), flatness_table(figures)],
+        "notes": NOTES,
+        "rows": rows,
+    }
+
+
+def plot(result, path):
+    import matplotlib
+
+    matplotlib.use("Agg")
+    from matplotlib import pyplot
+
+    figures = Figures(result["rows"])
+    rates = {
+        "virtual device": lambda point: figures.per_core("device", point),
+        "Open vSwitch, user space": lambda point: figures.per_core("ovs", point),
+        "Linux bridge (added to the sender's work)": figures.bridge_per_core,
+    }
+    picture, axes = pyplot.subplots(figsize=(11, 5))
+    width = 1 / (len(rates) + 1)
+    for number, (label, rate) in enumerate(rates.items()):
+        heights = [(rate(point) or 0) / 1000 for point in figures.points]
+        axes.bar([at + number * width for at in range(len(heights))], heights, width, label=label)
+    labels = [f"{size} B\n{flows} fl\n{stations} ad\n{rules} ru" for size, flows, stations, rules in figures.points]
+    axes.set_xticks([at + width for at in range(len(labels))], labels, fontsize=7)
+    axes.set_ylabel("thousand frames for each second of a core")
+    axes.legend()
+    axes.grid(axis="y", alpha=0.3)
+    picture.tight_layout()
+    picture.savefig(path)
