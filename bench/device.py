@@ -1,12 +1,7 @@
 """The virtual device as a switch, beside the Linux bridge and Open vSwitch's user-space datapath."""
 
-import json
-import pathlib
-import subprocess
-import sys
-import tempfile
-
-from bench.problem import BenchError
+from bench.isolated import measure_in_namespaces
+from bench.switches import course
 from bench.switches.figures import Figures, flatness_table, rate_table
 
 NAME = "device"
@@ -20,17 +15,14 @@ NOTES = [
     "core is what it adds to a sender whose frames end at the port ('sender').",
     "No bridge has rules, so those points have none.",
 ]
-LONGEST_SECONDS = 1800
 
 
 def measure(options):
-    with tempfile.TemporaryDirectory() as folder:
-        path = pathlib.Path(folder) / "rows.json"
-        words = ["bench.switches.course", "--output", path, *(["--quick"] if options.quick else [])]
-        command = [sys.executable, "-B", "-m", "lab.isolate", sys.executable, "-B", "-m", *map(str, words)]
-        if subprocess.run(command, check=False, timeout=LONGEST_SECONDS).returncode != 0:
-            raise BenchError("The switches could not be measured, see above.")
-        rows = json.loads(path.read_text(encoding="utf-8"))["rows"]
+    return measure_in_namespaces(__name__, options)
+
+
+def measure_inside(options):
+    rows = course.run(course.parse_options(["--quick"] if options.quick else []))
     figures = Figures(rows)
     sizes = sorted({point[0] for point in figures.points})
     return {

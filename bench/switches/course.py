@@ -9,12 +9,11 @@ BUILD names the build of the virtual device: a folder in build/, or the path of 
 import argparse
 import contextlib
 import json
-import os
-import pathlib
 import sys
 import time
 from typing import NamedTuple
 
+from bench.isolated import come_first
 from bench.problem import BenchError
 from lab import LabError
 from lab.process import poll_until
@@ -35,7 +34,6 @@ WARM_SECONDS = 0.15
 SPARE_SECONDS = 2.0
 LEARN_SECONDS = 10.0
 LEARN_ATTEMPTS = 5
-NICENESS = -10
 SWITCHES = {
     "device": lambda bed, options: VirtualDevice(bed, options.device),
     "bridge": lambda bed, _: Bridge(bed),
@@ -147,7 +145,7 @@ def take_turn(bed, traffic, cores, name, number, options):
             yield row_of(name, point, number, turn.measure(point))
 
 
-def parse_options():
+def parse_options(words=None):
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--quick", action="store_true", help="one short round of the small frames")
     parser.add_argument("--rounds", type=int, default=3)
@@ -155,7 +153,7 @@ def parse_options():
     parser.add_argument("--device", default="host", help="build folder of the virtual device")
     parser.add_argument("--switches", default=",".join(SWITCHES))
     parser.add_argument("--output", help="file for the rows, instead of standard output")
-    options = parser.parse_args()
+    options = parser.parse_args(words)
     options.switches = options.switches.split(",")
     options.sizes = SIZES[:1] if options.quick else SIZES
     if options.quick:
@@ -163,17 +161,7 @@ def parse_options():
     return options
 
 
-def come_first():
-    """Others on the machine are to disturb as little as possible; an ordinary user has to take what comes."""
-    with contextlib.suppress(OSError):
-        os.nice(NICENESS)
-        # Where sessions share the machine evenly, a process's niceness counts within its own session only.
-        os.setsid()
-        pathlib.Path("/proc/self/autogroup").write_text(str(NICENESS), encoding="ascii")
-
-
 def run(options):
-    come_first()
     cores, rows = Cores(), []
     with contextlib.closing(Bed()) as bed:
         traffic = Traffic(bed, cores)
@@ -186,6 +174,7 @@ def run(options):
 
 def main():
     options = parse_options()
+    come_first()
     text = json.dumps({"rows": run(options)}, indent=1)
     if options.output:
         with open(options.output, "w", encoding="utf-8") as file:
