@@ -50,8 +50,12 @@ def measure_inside(options):
         rated = {}
         if "host" in options.builds and not options.counts_only:
             rated = {(way, size): bench.rate(way, size, options.quick) for way in WAYS for size in SIZES}
-    counts = {f"{build}.{way}.{what}": number for build, ways in counted.items() for way, (calls, taken, _) in ways.items()
-              for what, number in (("system calls", sum(calls.values())), ("allocations", taken))}  # fmt: skip
+    counts = {
+        f"{build}.{way}.{what}": number
+        for build, ways in counted.items()
+        for way, (calls, taken, _) in ways.items()
+        for what, number in (("system calls", sum(calls.values())), ("allocations", taken))
+    }
     tables = [count_table(build, ways) for build, ways in counted.items()]
     return {"tables": tables + ([rate_table(rated)] if rated else []), "counts": counts, "notes": NOTES}
 
@@ -60,8 +64,10 @@ def measure_inside(options):
 def wire():
     """A namespace whose "eth0" leads to a switch that does not listen."""
     with contextlib.closing(NetNamespace("frames out")) as namespace:
-        namespace.ip(f"link add eth0 mtu {MTU} type veth peer name cpu0 mtu {MTU}", "link set eth0 up", "link set cpu0 up")
-        for name in ("eth0", "cpu0"):
+        ends = ("eth0", "cpu0")
+        made = f"link add {ends[0]} mtu {MTU} type veth peer name {ends[1]} mtu {MTU}"
+        namespace.ip(made, *(f"link set {name} up" for name in ends))
+        for name in ends:
             poll_until(lambda: namespace.is_operational(name), LINK_SECONDS, f"A link on {name}")
         yield namespace
 

@@ -5,6 +5,6 @@
 is the whole of a measurement. All of it runs in network namespaces of its own; `python3 -m bench.switches.course`
 starts it.
 
-A switch has the attributes `name` and `takes_rules`, and the methods `processes()`, `addresses()`, `add_rules(rules)`,
-`delete_rules(rules)` and `close()`.
+A switch has the attributes `name`, `takes_rules` and `passes_frames`, and the methods `processes()`, `addresses()`,
+`add_rules(rules)`, `delete_rules(rules)` and `close()`, of which one that passes none needs the first and the last.
 """

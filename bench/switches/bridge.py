@@ -12,6 +12,7 @@ COMMAND_SECONDS = 30.0
 class Bridge:
     name = "Linux bridge"
     takes_rules = False
+    passes_frames = True
 
     def __init__(self, bed):
         self._namespace = bed.namespace
@@ -36,6 +37,7 @@ class NoSwitch:
 
     name = "no switch"
     takes_rules = False
+    passes_frames = False
 
     def __init__(self, _bed):
         pass

@@ -69,8 +69,22 @@ class Turn:
         self._bed, self._traffic, self._switch, self._seconds = bed, traffic, switch, seconds
         self._processes = [*switch.processes(), *helper_of(cores.switch)] if switch.processes() else []
         self._stream_helper = helper_of(cores.stream)
+        self._stations, self._rules = 0, 0
 
-    def learn(self, stations):
+    def prepare(self, point):
+        """The addresses and rules that go with a point, and proof that frames still pass with them."""
+        if (point.stations, point.rules) == (self._stations, self._rules):
+            return
+        if point.stations != self._stations:
+            self._learn(point.stations)
+        if point.rules > self._rules:
+            self._switch.add_rules(rules(point.rules))
+        elif point.rules < self._rules:
+            self._switch.delete_rules(rules(self._rules))
+        self._stations, self._rules = point.stations, point.rules
+        self._check()
+
+    def _learn(self, stations):
         """Has the switch learn these addresses and the sender's, and nothing more."""
         for _ in range(LEARN_ATTEMPTS):
             self._traffic.introduce(stations)
@@ -80,7 +94,7 @@ class Turn:
         if (found := self._switch.addresses()) != stations + 1:
             raise BenchError(f"The {self._switch.name} has learned {found} addresses and not {stations + 1}.")
 
-    def check(self):
+    def _check(self):
         """A frame that crosses the switch comes out as it went in."""
         with self._bed.nic(RECEIVER) as nic, self._traffic.stream(1, 1, SIZES[0], SPARE_SECONDS):
             arrived = nic.receive(FIRST_STATION, SPARE_SECONDS)
@@ -96,6 +110,8 @@ class Turn:
             time.sleep(self._seconds)
             after = self._sample(process)
         spent = Sample(*(late - early for early, late in zip(before, after)))
+        if not spent.received and self._switch.passes_frames:
+            raise BenchError(f"The {self._switch.name} passes no frames.")
         if spent.astray:
             raise BenchError(f"The {self._switch.name} has sent {spent.astray} frames to where they do not belong.")
         return spent
@@ -132,16 +148,9 @@ def take_turn(bed, traffic, cores, name, number, options):
     with contextlib.closing(switch):
         bed.raise_links()
         turn = Turn(bed, traffic, switch, cores, options.seconds)
-        stations, installed = 0, []
         for point in points(switch, options.sizes):
-            if name != "none" and point.stations != stations:
-                turn.learn(stations := point.stations)
-                turn.check()
-            if point.rules and not installed:
-                switch.add_rules(installed := rules(point.rules))
-            if installed and not point.rules:
-                switch.delete_rules(installed)
-                installed = []
+            if switch.passes_frames:
+                turn.prepare(point)
             yield row_of(name, point, number, turn.measure(point))
 
 

@@ -38,6 +38,7 @@ class VirtualDevice:
 
     name = "virtual device"
     takes_rules = True
+    passes_frames = True
 
     def __init__(self, bed, build):
         self._stack = contextlib.ExitStack()

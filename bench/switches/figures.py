@@ -14,8 +14,11 @@ class Figures:
         self.points = sorted({point_of(row) for row in rows})
 
     def _median(self, switch, point, figure):
-        values = [row[figure] for row in self._rows if (row["switch"], point_of(row)) == (switch, point) and figure in row]
+        values = [row[figure] for row in self._rows_of(switch, point) if figure in row]
         return statistics.median(values) if values else None
+
+    def _rows_of(self, switch, point):
+        return [row for row in self._rows if (row["switch"], point_of(row)) == (switch, point)]
 
     def arrived(self, switch, point):
         """Frames in a second."""
@@ -31,8 +34,7 @@ class Figures:
         return 1 / (with_bridge - alone) if with_bridge and alone and with_bridge > alone else None
 
     def _seconds_per_frame(self, switch, point):
-        values = [row["stream_core"] / row["offered"] for row in self._rows
-                  if (row["switch"], point_of(row)) == (switch, point)]  # fmt: skip
+        values = [row["stream_core"] / row["offered"] for row in self._rows_of(switch, point)]
         return statistics.median(values) if values else None
 
     def offered(self, point):
@@ -65,11 +67,11 @@ def ratio(one, other):
 def rate_table(figures, size):
     rows = []
     for point in (point for point in figures.points if point[0] == size):
-        device, ovs, bridge = figures.per_core("device", point), figures.per_core("ovs", point), figures.bridge_per_core(point)
-        wall = {name: figures.arrived(name, point) for name in ("device", "ovs", "bridge")}
-        rows.append([*point[1:], thousands(device), thousands(ovs), thousands(bridge), ratio(device, ovs),
-                     ratio(device, bridge), *map(thousands, wall.values()), ratio(wall["device"], wall["ovs"]),
-                     thousands(figures.offered(point))])  # fmt: skip
+        device, ovs = (figures.per_core(switch, point) for switch in ("device", "ovs"))
+        bridge = figures.bridge_per_core(point)
+        passed = [figures.arrived(switch, point) for switch in ("device", "ovs", "bridge")]
+        rows.append([*point[1:], *map(thousands, (device, ovs, bridge)), ratio(device, ovs), ratio(device, bridge),
+                     *map(thousands, passed), ratio(*passed[:2]), thousands(figures.offered(point))])  # fmt: skip
     return {
         "title": f"Frames of {size} bytes, in thousands: for each second of a core, and in a second (*)",
         "columns": ["flows", "addresses", "rules", "device", "OVS", "bridge", "device/OVS", "device/bridge", "device *",
@@ -81,12 +83,15 @@ def rate_table(figures, size):
 def flatness_table(figures):
     rows = []
     for what, name in (("addresses", "stations"), ("rules", "rules"), ("flows", "flows")):
-        ratios = {switch: [ratio for _, ratio in figures.flatness(switch, name)] for switch in ("device", "ovs")}
-        if ratios["device"]:
-            rows.append([what, *(figure for found in ratios.values()
-                                 for figure in ((min(found), statistics.median(found)) if found else (None, None)))])  # fmt: skip
+        of_device, of_ovs = ([ratio for _, ratio in figures.flatness(switch, name)] for switch in ("device", "ovs"))
+        if of_device:
+            rows.append([what, *worst_and_median(of_device), *worst_and_median(of_ovs)])
     return {
         "title": "Rate with many over that with one (rules: with 900 over that without any)",
         "columns": ["of", "device, worst", "device, median", "OVS, worst", "OVS, median"],
         "rows": rows,
     }
+
+
+def worst_and_median(ratios):
+    return (min(ratios), statistics.median(ratios)) if ratios else (None, None)

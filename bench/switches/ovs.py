@@ -27,6 +27,7 @@ LEARNED = re.compile(r"Current/maximum MAC entries in the table: (\d+)/")
 class OpenVSwitch:
     name = "Open vSwitch"
     takes_rules = True
+    passes_frames = True
 
     def __init__(self, bed):
         self._namespace = bed.namespace
