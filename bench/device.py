@@ -12,7 +12,8 @@ NOTES = [
     "The switch has one core to itself, the sender another one; the rates for each second of a core hold what the "
     "switch's process and the kernel on its behalf have used there.",
     "The bridge has no process: it works on the sender's core, in the sender's time. Its rate for each second of a "
-    "core is what it adds to a sender whose frames end at the port ('sender').",
+    "core is what it adds to a sender whose frames end at the port.",
+    "'sent' is what the device is sent. Where that is hardly more than what arrives, the device would have done more.",
     "No bridge has rules, so those points have none.",
 ]
 

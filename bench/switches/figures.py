@@ -37,8 +37,9 @@ class Figures:
         values = [row["stream_core"] / row["offered"] for row in self._rows_of(switch, point)]
         return statistics.median(values) if values else None
 
-    def offered(self, point):
-        return self._median("none", point, "offered")
+    def offered(self, switch, point):
+        """Frames that were sent in a second. Where more were sent than arrived, the switch did what it could."""
+        return self._median(switch, point, "offered")
 
     def flatness(self, switch, changed):
         """How the rate per core at the larger number compares with that at the smaller one, at each point that has
@@ -71,11 +72,11 @@ def rate_table(figures, size):
         bridge = figures.bridge_per_core(point)
         passed = [figures.arrived(switch, point) for switch in ("device", "ovs", "bridge")]
         rows.append([*point[1:], *map(thousands, (device, ovs, bridge)), ratio(device, ovs), ratio(device, bridge),
-                     *map(thousands, passed), ratio(*passed[:2]), thousands(figures.offered(point))])  # fmt: skip
+                     *map(thousands, passed), ratio(*passed[:2]), thousands(figures.offered("device", point))])  # fmt: skip
     return {
         "title": f"Frames of {size} bytes, in thousands: for each second of a core, and in a second (*)",
         "columns": ["flows", "addresses", "rules", "device", "OVS", "bridge", "device/OVS", "device/bridge", "device *",
-                    "OVS *", "bridge *", "device/OVS *", "sender *"],
+                    "OVS *", "bridge *", "device/OVS *", "sent *"],
         "rows": rows,
     }  # fmt: skip
 
