@@ -19,7 +19,8 @@ and the emulator), `device`, `host`, `shell` (adpsh as a function call), `bench`
 (what joins two of them), `pair` (two, joined by cables), `ring` (three in a ring, and its example program), `load`
 (many flows from one side to the other), `rules` (records for adpsh, and their places in the chip), `ip` (IPv4 packets),
 `listener` (multicast groups that a host's kernel joins), `acl`, `snooping` and `aggregation` (the example programs of
-an access list, of multicast snooping and of an aggregation group), `failover` (the latter on both devices of a pair, under load).
+an access list, of multicast snooping and of an aggregation group), `failover` (the latter on both devices of a pair,
+under load).
 """
 
 from .bench import Lab
