@@ -1,8 +1,9 @@
 """The virtual device as a switch, beside the Linux bridge and Open vSwitch's user-space datapath."""
 
+from bench.bars import plot_bars
 from bench.isolated import measure_in_namespaces
 from bench.switches import course
-from bench.switches.figures import Figures, flatness_table, rate_table
+from bench.switches.figures import Figures, flatness_table, rate_table, thousands
 
 NAME = "device"
 TITLE = "The virtual device, port to port, beside the Linux bridge and Open vSwitch in user space"
@@ -34,26 +35,12 @@ def measure_inside(options):
 
 
 def plot(result, path):
-    import matplotlib
-
-    matplotlib.use("Agg")
-    from matplotlib import pyplot
-
     figures = Figures(result["rows"])
     rates = {
         "virtual device": lambda point: figures.per_core("device", point),
         "Open vSwitch, user space": lambda point: figures.per_core("ovs", point),
         "Linux bridge (added to the sender's work)": figures.bridge_per_core,
     }
-    picture, axes = pyplot.subplots(figsize=(11, 5))
-    width = 1 / (len(rates) + 1)
-    for number, (label, rate) in enumerate(rates.items()):
-        heights = [(rate(point) or 0) / 1000 for point in figures.points]
-        axes.bar([at + number * width for at in range(len(heights))], heights, width, label=label)
-    labels = [f"{size} B\n{flows} fl\n{stations} ad\n{rules} ru" for size, flows, stations, rules in figures.points]
-    axes.set_xticks([at + width for at in range(len(labels))], labels, fontsize=7)
-    axes.set_ylabel("thousand frames for each second of a core")
-    axes.legend()
-    axes.grid(axis="y", alpha=0.3)
-    picture.tight_layout()
-    picture.savefig(path)
+    series = {name: [thousands(rate(point)) for point in figures.points] for name, rate in rates.items()}
+    labels = ["{} bytes\n{} flows\n{} addr.\n{} rules".format(*point) for point in figures.points]
+    plot_bars(path, labels, series, "thousand frames for each second of a core")

@@ -8,6 +8,7 @@ import subprocess
 import tempfile
 import time
 
+from bench.bars import plot_bars
 from bench.isolated import measure_in_namespaces
 from bench.problem import BenchError
 from bench.switches.cores import Cores, seconds_of
@@ -55,6 +56,13 @@ def measure_inside(options):
     titles = [f"{kind}: {name}" for kind, name in KINDS.items()]
     table = {"title": f"Calls in a second ({'; '.join(titles)})", "columns": columns, "rows": rows}
     return {"tables": [table] if rows else [], "counts": counts, "notes": NOTES}
+
+
+def plot(result, path):
+    rows = [row for table in result["tables"] for row in table["rows"]]
+    labels = [f"{kind}\n{clients} clients" for kind, clients, *_ in rows]
+    series = {"driver calls": [row[4] for row in rows], "bare messages": [row[5] for row in rows]}
+    plot_bars(path, labels, series, "in a second")
 
 
 def sizes_of(device, kind):

@@ -7,6 +7,7 @@ import statistics
 import subprocess
 import tempfile
 
+from bench.bars import plot_bars
 from bench.isolated import measure_in_namespaces
 from bench.problem import BenchError
 from lab import Build
@@ -58,6 +59,13 @@ def measure_inside(options):
     }
     tables = [count_table(build, ways) for build, ways in counted.items()]
     return {"tables": tables + ([rate_table(rated)] if rated else []), "counts": counts, "notes": NOTES}
+
+
+def plot(result, path):
+    rows = [row for table in result["tables"] for row in table["rows"] if table["columns"][1] == "bytes"]
+    series = {f"{size} bytes": [row[2] for row in rows if row[1] == size] for size in SIZES}
+    labels = [way.replace(", ", "\n").replace("_frame", "\n_frame") for way in WAYS]
+    plot_bars(path, labels, series, "rate over that of the bare system calls")
 
 
 @contextlib.contextmanager
