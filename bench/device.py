@@ -29,7 +29,7 @@ def measure_inside(options):
     sizes = sorted({point[0] for point in figures.points})
     return {
         "tables": [*(rate_table(figures, size) for size in sizes), flatness_table(figures)],
-        "notes": NOTES,
+        "notes": [*NOTES, f"Flows take turns, {rows[0]['train']} frames of each at a time."],
         "rows": rows,
     }
 

@@ -24,7 +24,13 @@ struct Flow {
 /** An IPv4 packet with UDP inside, of this length with its Ethernet header. */
 Frame frame_of(const Flow &flow, std::size_t size);
 
-/** Frames of that many flows from one station to that many others, which are spread over the flows evenly. */
-std::vector<Frame> frames_to_stations(Station source, std::size_t flows, std::size_t stations, std::size_t size);
+/**
+ * So many frames of a flow, each of this length, as one that the kernel takes apart: in front stands what a socket with
+ * PACKET_VNET_HDR wants to know.
+ */
+Frame train_of(const Flow &flow, std::size_t size, std::size_t frames);
+
+/** That many flows from one station to that many others, which are spread over the flows evenly. */
+std::vector<Flow> flows_to_stations(Station source, std::size_t flows, std::size_t stations);
 
 }  // namespace bench

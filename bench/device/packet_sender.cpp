@@ -25,11 +25,13 @@ mmsghdr message_of(iovec &piece) {
 
 }  // namespace
 
-PacketSender::PacketSender(const std::string &interface_name) : socket_{socket(AF_PACKET, SOCK_RAW | SOCK_CLOEXEC, 0)} {
+PacketSender::PacketSender(const std::string &interface_name, Kind kind)
+    : socket_{socket(AF_PACKET, SOCK_RAW | SOCK_CLOEXEC, 0)} {
     check(static_cast<bool>(socket_), "open a packet socket");
-    // Frames go to the interface itself, and not through a queue that would have to be emptied first.
-    const int bypass = 1;
-    check(setsockopt(socket_.get(), SOL_PACKET, PACKET_QDISC_BYPASS, &bypass, sizeof(bypass)) == 0, "bypass the queue");
+    // Single frames go to the interface itself. Trains are taken apart on the way through the kernel's queue.
+    const int option = kind == Kind::kTrains ? PACKET_VNET_HDR : PACKET_QDISC_BYPASS;
+    const int on = 1;
+    check(setsockopt(socket_.get(), SOL_PACKET, option, &on, sizeof(on)) == 0, "set up a packet socket");
     sockaddr_ll address{};
     address.sll_family = AF_PACKET;
     address.sll_ifindex = static_cast<int>(if_nametoindex(interface_name.c_str()));
@@ -48,7 +50,7 @@ std::uint64_t PacketSender::send(std::span<const Frame> frames) {
     std::uint64_t taken = 0;
     for (std::size_t at = 0; at < messages_.size();) {
         const int count = sendmmsg(socket_.get(), &messages_[at], static_cast<unsigned>(messages_.size() - at), 0);
-        // The frame at the head was refused, the others go on.
+        // What is at the head was refused, the others go on.
         at += count > 0 ? static_cast<std::size_t>(count) : 1;
         taken += count > 0 ? static_cast<std::uint64_t>(count) : 0;
     }

@@ -15,10 +15,13 @@ namespace bench {
 
 class PacketSender {
   public:
-    /** Throws a std::system_error if there is no such interface or no privilege. */
-    explicit PacketSender(const std::string &interface_name);
+    /** What it sends: frames as they are, or trains of them. */
+    enum class Kind { kFrames, kTrains };
 
-    /** Sends these frames, a system call for many of them; gives how many the interface has taken. */
+    /** Throws a std::system_error if there is no such interface or no privilege. */
+    PacketSender(const std::string &interface_name, Kind kind);
+
+    /** Sends these frames, or trains, a system call for many of them; gives how many the interface has taken. */
     std::uint64_t send(std::span<const Frame> frames);
 
   private:

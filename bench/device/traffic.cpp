@@ -29,12 +29,13 @@ struct Options {
     std::size_t stations = 1;
     std::size_t flows = 1;
     std::size_t size = kSmallestFrame;
+    std::size_t train = 1;
     double seconds = 1;
 };
 
 /** Every station sends one frame to the other side. */
 std::uint64_t introduce(const Options &options) {
-    PacketSender sender{options.interface_name};
+    PacketSender sender{options.interface_name, PacketSender::Kind::kFrames};
     std::vector<Frame> frames;
     for (Station i = 0; i < options.stations; ++i) {
         frames.push_back(frame_of({options.first + i, options.other, 1}, kSmallestFrame));
@@ -48,18 +49,27 @@ std::uint64_t introduce(const Options &options) {
     return sent;
 }
 
+/** What is sent for a flow when it is its turn. */
+Frame turn_of(const Flow &flow, const Options &options) {
+    return options.train > 1 ? train_of(flow, options.size, options.train) : frame_of(flow, options.size);
+}
+
 /** One station sends to the others, without a pause, for as long as was asked. */
 std::uint64_t stream(const Options &options) {
-    PacketSender sender{options.interface_name};
-    std::vector<Frame> frames = frames_to_stations(options.first, options.flows, options.stations, options.size);
-    while (frames.size() % kBatch != 0) {
-        frames.push_back(frames[frames.size() - options.flows]);
+    using Kind = PacketSender::Kind;
+    PacketSender sender{options.interface_name, options.train > 1 ? Kind::kTrains : Kind::kFrames};
+    std::vector<Frame> turns;
+    for (const Flow &flow : flows_to_stations(options.first, options.flows, options.stations)) {
+        turns.push_back(turn_of(flow, options));
+    }
+    while (turns.size() % kBatch != 0) {
+        turns.push_back(turns[turns.size() - options.flows]);
     }
     std::uint64_t sent = 0;
     std::size_t at = 0;
     const std::chrono::duration<double> duration{std::min(options.seconds, kLongestSeconds)};
-    for (const auto began = Clock::now(); Clock::now() - began < duration; at = (at + kBatch) % frames.size()) {
-        sent += sender.send(std::span{frames}.subspan(at, kBatch));
+    for (const auto began = Clock::now(); Clock::now() - began < duration; at = (at + kBatch) % turns.size()) {
+        sent += sender.send(std::span{turns}.subspan(at, kBatch)) * options.train;
     }
     return sent;
 }
@@ -75,6 +85,7 @@ int run(int argc, char **argv) {
     introduction->add_option("--to", options.other, "number of the station that they send to");
     CLI::App *streaming = app.add_subcommand("stream", "frames to the stations 0, 1, ...");
     streaming->add_option("--flows", options.flows, "flows, with an UDP port each");
+    streaming->add_option("--train", options.train, "frames of a flow at a time");
     streaming->add_option("--size", options.size, "bytes");
     streaming->add_option("--seconds", options.seconds, "duration");
     CLI11_PARSE(app, argc, argv);

@@ -1,7 +1,7 @@
 """The course of a measurement: the switches take turns on one bed, each turn over all points.
 
     PYTHONPATH=.:vdevice python3 -m lab.isolate python3 -m bench.switches.course [--quick] [--rounds N]
-        [--seconds S] [--device BUILD] [--switches NAME,...] [--output FILE]
+        [--seconds S] [--no-trains] [--device BUILD] [--switches NAME,...] [--output FILE]
 
 BUILD names the build of the virtual device: a folder in build/, or the path of any build folder.
 """
@@ -151,7 +151,7 @@ def take_turn(bed, traffic, cores, name, number, options):
         for point in points(switch, options.sizes):
             if switch.passes_frames:
                 turn.prepare(point)
-            yield row_of(name, point, number, turn.measure(point))
+            yield row_of(name, point, number, turn.measure(point)) | {"train": traffic.train}
 
 
 def parse_options(words=None):
@@ -161,6 +161,7 @@ def parse_options(words=None):
     parser.add_argument("--seconds", type=float, default=1.0, help="at each point")
     parser.add_argument("--device", default="host", help="build folder of the virtual device")
     parser.add_argument("--switches", default=",".join(SWITCHES))
+    parser.add_argument("--no-trains", dest="trains", action="store_false", help="a flow's frames one at a time")
     parser.add_argument("--output", help="file for the rows, instead of standard output")
     options = parser.parse_args(words)
     options.switches = options.switches.split(",")
@@ -174,6 +175,9 @@ def run(options):
     cores, rows = Cores(), []
     with contextlib.closing(Bed()) as bed:
         traffic = Traffic(bed, cores)
+        bed.raise_links()
+        if options.trains:
+            traffic.use_trains()
         for number in range(options.rounds):
             for name in options.switches:
                 print(f"round {number + 1} of {options.rounds}: {name}", file=sys.stderr, flush=True)
