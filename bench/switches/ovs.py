@@ -5,6 +5,7 @@ import ipaddress
 import os
 import pathlib
 import re
+import shutil
 import subprocess
 import tempfile
 
@@ -16,6 +17,9 @@ from .rules import SENDER_PORT
 
 NAME = "br0"
 SCHEMA = "/usr/share/openvswitch/vswitch.ovsschema"
+FOLDERS = ("OVS_RUNDIR", "OVS_LOGDIR", "OVS_DBDIR")
+# An ordinary user may not have the folder of the daemons in his path.
+SEARCH_PATH = f"{os.environ['PATH']}:/usr/sbin"
 COMMAND_SECONDS = 60.0
 START_SECONDS = 20.0
 # Its table has 8192 entries like the device's unless it is told otherwise. With room to spare none is ever evicted.
@@ -30,12 +34,14 @@ class OpenVSwitch:
     passes_frames = True
 
     def __init__(self, bed):
+        if not shutil.which("ovs-vswitchd", path=SEARCH_PATH):
+            raise BenchError("Open vSwitch is missing. Install it with 'script/setup bench'.")
         self._namespace = bed.namespace
         with contextlib.ExitStack() as stack:
             self._folder = stack.enter_context(tempfile.TemporaryDirectory(prefix="ovs-"))
             path = pathlib.Path(self._folder)
             self._database, self._control = f"unix:{path}/db.sock", f"{path}/switch.ctl"
-            self._environment = {**os.environ, **dict.fromkeys(("OVS_RUNDIR", "OVS_LOGDIR", "OVS_DBDIR"), str(path))}
+            self._environment = {**os.environ, **dict.fromkeys(FOLDERS, str(path)), "PATH": SEARCH_PATH}
             self._run("ovsdb-tool", "create", path / "conf.db", SCHEMA)
             self._daemon(stack, "ovsdb-server", path / "conf.db", f"--remote=p{self._database}",
                          f"--unixctl={path}/db.ctl")  # fmt: skip
