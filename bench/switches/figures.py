@@ -71,8 +71,9 @@ def rate_table(figures, size):
         device, ovs = (figures.per_core(switch, point) for switch in ("device", "ovs"))
         bridge = figures.bridge_per_core(point)
         passed = [figures.arrived(switch, point) for switch in ("device", "ovs", "bridge")]
+        sent = figures.offered("device", point)
         rows.append([*point[1:], *map(thousands, (device, ovs, bridge)), ratio(device, ovs), ratio(device, bridge),
-                     *map(thousands, passed), ratio(*passed[:2]), thousands(figures.offered("device", point))])  # fmt: skip
+                     *map(thousands, passed), ratio(*passed[:2]), thousands(sent)])  # fmt: skip
     return {
         "title": f"Frames of {size} bytes, in thousands: for each second of a core, and in a second (*)",
         "columns": ["flows", "addresses", "rules", "device", "OVS", "bridge", "device/OVS", "device/bridge", "device *",
