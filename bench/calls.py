@@ -1,8 +1,8 @@
 """What each exported function costs its caller, beside the same driver calls made directly from C.
 
-Two drivers stand behind both. One answers at once, which leaves the library's own instructions. The other is the one that
-ships with the virtual device, with a peer at the other end of its socket that answers each request with success: what a
-call costs whoever makes it. The aims are meant for that one.
+Two drivers stand behind both. One answers at once, which leaves the library's own instructions. The other is the one
+that ships with the virtual device, with a peer at the other end of its socket that answers each request with success:
+what a call costs whoever makes it. The aims are meant for that one.
 """
 
 import contextlib
@@ -28,7 +28,12 @@ KINDS = (*AIMS, "other", "no driver call")
 EXPORTS = ROOT / "platform" / "symbols" / "exported-functions.txt"
 WORST = 10
 INSTANT, SHIPPED = "at once", "shipped"
-SUMMARY = ["kind", "calls", "own, median", "own, most", "ratio, median", "ratio, most", "aim", "within", "within at once"]
+SUMMARY = ["kind", "calls", "own, median", "own, most", "ratio, median", "ratio, most", "aim", "within",
+           "within at once"]  # fmt: skip
+NOTES = [
+    "Instructions of the process itself, without the kernel's. 'own' is what the library adds to its driver calls.",
+    "The aims are judged with the shipped driver, which is what callers have; 'at once' is the strictest measure.",
+]
 ON_A_GROUP = " on a group"
 
 
@@ -52,7 +57,8 @@ def surroundings():
 
 
 def count_instant(build):
-    return instructions.per_call(build, "bench_calls", environment={"LD_LIBRARY_PATH": str(Build(build).folder / "instant")})
+    environment = {"LD_LIBRARY_PATH": str(Build(build).folder / "instant")}
+    return instructions.per_call(build, "bench_calls", environment=environment)
 
 
 def count_shipped(build, cases):
@@ -70,7 +76,8 @@ def rows_of(cases, counts):
         row = dict(case)
         for driver, found in counts.items():
             call, floor = found[f"call_{number}"], found[f"floor_{number}"]
-            row[driver] = {"call": int(call), "floor": int(floor), "ratio": call / floor if case["driver_calls"] else None}
+            ratio = call / floor if case["driver_calls"] else None
+            row[driver] = {"call": int(call), "floor": int(floor), "ratio": ratio}
         row["own"] = row[INSTANT]["call"] - row[INSTANT]["floor"]
         rows.append(row)
     judged = SHIPPED if SHIPPED in counts else INSTANT
@@ -120,9 +127,7 @@ def counts_of(build, rows):
 
 
 def measure(options):
-    result = {"tables": [], "counts": {}, "rows": {}, "notes": [
-        "Instructions of the process itself, without the kernel's. 'own' is what the library adds to its driver calls.",
-        "The aims are judged with the shipped driver, which is what callers have; 'at once' is the strictest measure."]}  # fmt: skip
+    result = {"tables": [], "counts": {}, "rows": {}, "notes": NOTES}
     for build in options.builds:
         cases = cases_of(build)
         with surroundings():

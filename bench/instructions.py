@@ -60,8 +60,9 @@ def read_profile(path):
 def on_host(program, arguments, environment, within):
     with tempfile.TemporaryDirectory() as folder:
         profile = os.path.join(folder, "profile")
-        run([*within, "/usr/bin/valgrind", "--tool=callgrind", f"--callgrind-out-file={profile}", "--compress-strings=no",
-             "--compress-pos=no", *Build("host").command(program, *arguments)], environment)  # fmt: skip
+        profiler = ["/usr/bin/valgrind", "--tool=callgrind", f"--callgrind-out-file={profile}",
+                    "--compress-strings=no", "--compress-pos=no"]  # fmt: skip
+        run([*within, *profiler, *Build("host").command(program, *arguments)], environment)
         return read_profile(profile)
 
 
