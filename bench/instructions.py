@@ -73,8 +73,8 @@ def on_target(program, arguments, environment, within):
         log = os.path.join(folder, "log")
         os.mkfifo(log)
         with open(os.path.join(folder, "counts"), "w+", encoding="utf-8") as counts:
-            reader = subprocess.Popen(["/bin/sh", "-c", 'exec "$0" <"$1"', *Build("host").command("bench_count_log"), log],
-                                      stdout=counts)  # fmt: skip
+            adder = ["/bin/sh", "-c", 'exec "$0" <"$1"', *Build("host").command("bench_count_log"), log]
+            reader = subprocess.Popen(adder, stdout=counts)
             try:
                 run([*within, emulator, "-singlestep", "-d", "nochain,exec", "-D", log, *rest], environment)
                 if reader.wait(SECONDS) != 0:
@@ -88,7 +88,7 @@ def on_target(program, arguments, environment, within):
 
 
 def count(build, program, *arguments, environment=None, within=()):
-    """{function: Count} of all that a build's program measures. `within` is a command of which the program's is the end."""
+    """{function: Count} of all that a build's program measures. `within` is a command that runs the program's."""
     counted = (on_target if build == "mips" else on_host)(program, arguments, environment or {}, within)
     if not counted:
         raise BenchError(f"{program} of the build {build} measures nothing")
