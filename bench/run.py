@@ -53,10 +53,6 @@ def build(modules, builds):
     for name in builds:
         targets = sorted({target for module in modules for target in getattr(module, "TARGETS", {}).get(name, [])})
         if targets:
-            configure = ["cmake", "--preset", name, "-DADP_BENCH=ON"]
-            done = subprocess.run(configure, cwd=ROOT, check=False, capture_output=True, text=True)
-            if done.returncode != 0:
-                raise BenchError(f"'{' '.join(configure)}' failed:\n{done.stdout}{done.stderr}")
             say(["script/build", name, *targets])
 
 
