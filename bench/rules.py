@@ -2,6 +2,7 @@
 
 from lab.builds import Build
 
+from bench import figure
 from bench.instructions import per_call
 
 NAME = "rules"
@@ -36,16 +37,9 @@ def measure(options):
 
 
 def plot(result, path):
-    import matplotlib
-
-    matplotlib.use("Agg")
-    from matplotlib import pyplot
-
-    figure, axes = pyplot.subplots(1, len(result["tables"]), figsize=(5 * len(result["tables"]), 4), squeeze=False)
-    for table, axis in zip(result["tables"], axes[0]):
-        for act, _, *counts, _ in table["rows"]:
-            axis.plot(OTHERS, counts, marker="o", label=act)
-        axis.set(title=table["title"], xlabel="other rules in the list", ylabel="instructions", ylim=0)
-        axis.legend()
-    figure.tight_layout()
-    figure.savefig(path)
+    with figure.saved(path, columns=len(result["tables"])) as axes:
+        for table, axis in zip(result["tables"], axes):
+            for act, _, *counts, _ in table["rows"]:
+                axis.plot(OTHERS, counts, marker="o", label=act)
+            axis.set(title=table["title"], xlabel="other rules in the list", ylabel="instructions", ylim=0)
+            axis.legend()
