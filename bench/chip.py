@@ -4,7 +4,7 @@ import re
 
 from lab.builds import Build
 
-from bench.instructions import on_core, run
+from bench.instructions import run
 from bench.problem import BenchError
 
 NAME = "chip"
@@ -32,7 +32,7 @@ MEANINGS = {
 
 def instructions(case, frames):
     profiler = ["/usr/bin/valgrind", "--tool=callgrind", "--callgrind-out-file=/dev/null"]
-    said = run(on_core([*profiler, *Build("host").command(PROGRAM, case, frames)]), {})
+    said = run([*profiler, *Build("host").command(PROGRAM, case, frames)], {})
     collected = re.search(r"Collected : (\d+)", said)
     if collected is None:
         raise BenchError(f"the profiler does not say what {PROGRAM} has cost:\n{said}")
