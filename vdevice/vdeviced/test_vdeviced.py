@@ -281,6 +281,33 @@ def test_a_burst_arrives_whole_and_in_order(device):
             assert two.receive()[14:18] == struct.pack(">HH", burst, number)
 
 
+def test_frames_that_came_in_too_fast_are_counted_as_lost(device):
+    one, two = device.nics("host1", "host2")
+    frame = BROADCAST + station(1) + PAYLOAD
+    many = 5000
+    device.process.send_signal(signal.SIGSTOP)
+    try:
+        for _ in range(many):
+            one.send(frame)
+    finally:
+        device.process.send_signal(signal.SIGCONT)
+
+    def accounted():
+        row = device.counters(1)
+        return row["rx_frames"] + row["rx_lost"]
+
+    wait_until(lambda: accounted() == many, "every frame to be counted")
+    lost = device.counters(1)["rx_lost"]
+    assert 0 < lost < many
+    assert f"rx_lost {lost}" in device.control("counters").stdout
+    assert device.counters(2)["tx_frames"] == many - lost
+    while two.receive(0) is not None:
+        pass  # the host has no room for all of them either
+    one.send(BROADCAST + station(2) + PAYLOAD)
+    assert two.receive() == BROADCAST + station(2) + PAYLOAD
+    assert device.counters(1)["rx_lost"] == lost
+
+
 def test_the_cpu_directs_frames_to_ports_on_both_words(device):
     cpu, one, four = device.nics("eth0", "host1", "host4")  # chip ports 23 and 26
     cpu.send(BROADCAST + station(9) + struct.pack(">HII", 0x8874, 6 << 29 | 26, 0) + PAYLOAD)
