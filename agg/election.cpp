@@ -10,8 +10,8 @@ namespace adp {
 namespace {
 
 MemberList candidates(Intf agg) {
-    const MemberList active = active_members(agg);
-    return active.count != 0 ? active : configured_members(agg);
+    const MemberList active = members_of(agg, Members::kActive);
+    return active.count != 0 ? active : members_of(agg, Members::kConfigured);
 }
 
 }  // namespace

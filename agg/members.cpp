@@ -59,6 +59,50 @@ adp_status_t list_configured(Intf agg, uint32_t max, uint32_t *count, uint32_t *
     return ADP_OK;
 }
 
+MemberList members_of(Intf agg, Members which) {
+    MemberList members;
+    if (which == Members::kActive) {
+        list_active(agg, ADP_AGG_ACTIVE_MAX, &members.count, members.slots);
+    } else {
+        list_configured(agg, ADP_MEMBER_LIST_SLOTS, &members.count, members.slots);
+    }
+    return members;
+}
+
+int32_t until_first_failure_in_slots(const MemberList &members, uint32_t slots, MemberStep step) {
+    for (uint32_t slot = 0; slot < slots; ++slot) {
+        if (members.slots[slot] == 0) {
+            continue;
+        }
+        const int32_t result = step(Intf(members.slots[slot]));
+        if (result != 0) {
+            return result;
+        }
+    }
+    return 0;
+}
+
+int32_t until_first_failure_own_result(const MemberList &members, MemberStep step) {
+    return until_first_failure_in_slots(members, members.counted_slots(), step);
+}
+
+int32_t until_first_failure_own_result(Intf agg, Members which, PortStep step) {
+    return until_first_failure_own_result(members_of(agg, which), [=](Intf member) { return step(phy_of(member)); });
+}
+
+adp_status_t until_first_failure(Intf agg, Members which, PortStep step) {
+    return driver_status(until_first_failure_own_result(agg, which, step));
+}
+
+int32_t every_member_last_result(Intf agg, Members which, int32_t none, PortStep step) {
+    int32_t last = none;
+    until_first_failure_own_result(agg, which, [&](PhyPort port) {
+        last = step(port);
+        return 0;
+    });
+    return last;
+}
+
 }  // namespace adp
 
 using adp::Intf;

@@ -114,9 +114,8 @@ adp_status_t adp_del_mac_addr_by_intf(adp_intf_t intf, uint32_t mode) {
     return adp::by_kind(
         Intf(intf), [=](PhyPort port) { return adp::delete_by_port(port, mode); },
         [=](Intf agg) {
-            return adp::every_member_last_result(adp::active_members(agg), ADP_FAIL, [=](Intf member) {
-                return adp::delete_by_port(adp::phy_of(member), mode);
-            });
+            return adp::every_member_last_result(agg, adp::Members::kActive, ADP_FAIL,
+                                                 [=](PhyPort port) { return adp::delete_by_port(port, mode); });
         });
 }
 

@@ -40,7 +40,7 @@ void add_front_ports(uint32_t (&ports)[kFrontPortWords], Intf intf) {
     if (intf.kind() == IntfKind::kUserPort) {
         set_bit_inside(ports, intf.index());
     } else if (intf.kind() == IntfKind::kAggregation) {
-        every_member_last_result(configured_members(intf), 0, [&](Intf member) {
+        until_first_failure(members_of(intf, Members::kConfigured), [&](Intf member) {
             set_bit_inside(ports, member.value());
             return 0;
         });
@@ -104,7 +104,7 @@ adp_status_t adp_add_igmpsn_member(const uint8_t mac[6], uint32_t vid, uint32_t 
     adp::look_up(mac, vid, &entry);
     for (const adp_intf_t number : intfs) {
         const Intf intf(number);
-        if (intf.kind() == IntfKind::kOther) {
+        if (!intf.has_known_kind()) {
             return ADP_E_INTF_TYPE;
         }
         if (intf.kind() == IntfKind::kUserPort) {

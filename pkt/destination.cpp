@@ -60,7 +60,7 @@ bool aim_at_last(const adp_list_link_t *list, const VlanFilter &vlan, Intf passe
         if (intf == passed_over) {
             continue;
         }
-        if (intf.kind() == IntfKind::kOther) {
+        if (!intf.has_known_kind()) {
             return false;
         }
         if (intf.index() == 0) {

@@ -30,7 +30,6 @@ bool VlanMembers::fetch(uint32_t vid) {
 adp_status_t check_port_vlan_ability(adp_intf_t intf, int32_t vid) {
     adp::VlanMembers vlan;
     const adp::Intf member(intf);
-    const bool is_member =
-        vlan.fetch(static_cast<uint32_t>(vid)) && member.kind() != adp::IntfKind::kOther && vlan.has(member);
+    const bool is_member = vlan.fetch(static_cast<uint32_t>(vid)) && member.has_known_kind() && vlan.has(member);
     return is_member ? ADP_OK : ADP_FAIL;
 }

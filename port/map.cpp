@@ -19,6 +19,14 @@ Row *new_table(uint32_t last_row) {
     return static_cast<Row *>(calloc(last_row + 1, sizeof(Row)));
 }
 
+/** The map row of an interface; null when the number, taken whole, exceeds the map or there is no map. */
+adp_port_row_t *find_row(Intf intf) {
+    if (intf.value() > adp_max_phy_port_num || intf_to_phy_port == nullptr) {
+        return nullptr;
+    }
+    return &intf_to_phy_port[intf.value()];
+}
+
 adp_status_t fill_row(Intf intf, const adp_port_row_t &content) {
     adp_port_row_t *row = find_row(intf);
     if (row == nullptr) {
@@ -29,23 +37,9 @@ adp_status_t fill_row(Intf intf, const adp_port_row_t &content) {
 }
 
 }  // namespace
-
-Intf intf_of(PhyPort port) {
-    if (intf_to_phy_port == nullptr) {
-        return kIntfNotFound;
-    }
-    for (uint32_t row = 0; row <= adp_max_phy_port_num; ++row) {
-        if (intf_to_phy_port[row].phy == static_cast<uint32_t>(port.value())) {
-            return Intf(row);
-        }
-    }
-    return kIntfNotFound;
-}
-
 }  // namespace adp
 
 using adp::Intf;
-using adp::PhyPort;
 
 adp_status_t adp_set_max_phy_port_num(uint32_t n) {
     adp_max_phy_port_num = n;
@@ -68,11 +62,22 @@ adp_status_t adp_add_phy_port(uint32_t index, uint32_t word1, uint32_t word2, ui
 }
 
 int32_t adp_intf_2_phy_id(adp_intf_t intf) {
-    return adp::phy_of(Intf(intf)).value();
+    if (Intf(intf).kind() != adp::IntfKind::kUserPort) {
+        return adp::kPhyNotMapped.value();
+    }
+    const adp_port_row_t *row = adp::find_row(Intf(intf));
+    return row == nullptr ? adp::kPhyNotMapped.value() : static_cast<int32_t>(row->phy);
 }
 
 int32_t adp_phy_2_intf_id(uint32_t phy) {
-    return static_cast<int32_t>(adp::intf_of(PhyPort(static_cast<int32_t>(phy))).value());
+    if (intf_to_phy_port != nullptr) {
+        for (uint32_t row = 0; row <= adp_max_phy_port_num; ++row) {
+            if (intf_to_phy_port[row].phy == phy) {
+                return static_cast<int32_t>(row);
+            }
+        }
+    }
+    return static_cast<int32_t>(adp::kIntfNotFound.value());
 }
 
 int32_t adp_phy_2_intf_id_ex(uint32_t, uint32_t phy) {

@@ -14,7 +14,7 @@ constexpr int32_t kRingGroup = 0;
 }  // namespace adp
 
 adp_status_t adp_set_port_erps_state(adp_intf_t intf, uint32_t state) {
-    return adp::on_port_or_active_members(adp::Intf(intf), [=](adp::PhyPort port) {
+    return adp::on_port_or_members(adp::Intf(intf), adp::Members::kActive, [=](adp::PhyPort port) {
         return user_stg_stp_set(0, 0, adp::kRingGroup, port.value(), state);
     });
 }

@@ -26,13 +26,15 @@ using adp::low16;
 using adp::PhyPort;
 
 adp_status_t adp_vlan_dtag_add(adp_word_t a, adp_intf_t intf, adp_word_t b, uint32_t c, uint32_t d, adp_word_t e) {
-    return adp::on_port_or_active_members(
-        Intf(intf), [=](PhyPort port) { return user_vlan_dtag_add(0, 0, a, port.value(), b, low16(c), low16(d), e); });
+    return adp::on_port_or_members(Intf(intf), adp::Members::kActive, [=](PhyPort port) {
+        return user_vlan_dtag_add(0, 0, a, port.value(), b, low16(c), low16(d), e);
+    });
 }
 
 adp_status_t adp_vlan_dtag_delete(adp_word_t a, adp_intf_t intf, uint32_t c) {
-    return adp::on_port_or_active_members(
-        Intf(intf), [=](PhyPort port) { return user_vlan_dtag_delete(0, 0, a, port.value(), low16(c)); });
+    return adp::on_port_or_members(Intf(intf), adp::Members::kActive, [=](PhyPort port) {
+        return user_vlan_dtag_delete(0, 0, a, port.value(), low16(c));
+    });
 }
 
 adp_status_t adp_vlan_dtag_delete_all() {
@@ -45,8 +47,9 @@ adp_status_t adp_vlan_dtag_get(adp_intf_t intf, uint32_t vlan, uint32_t *c, uint
 }
 
 adp_status_t adp_double_tag_set(adp_intf_t intf, uint32_t mode) {
-    return adp::on_port_or_active_members(
-        Intf(intf), [=](PhyPort port) { return user_port_dtag_mode_set(0, 0, port.value(), low16(mode)); });
+    return adp::on_port_or_members(Intf(intf), adp::Members::kActive, [=](PhyPort port) {
+        return user_port_dtag_mode_set(0, 0, port.value(), low16(mode));
+    });
 }
 
 adp_status_t adp_double_tag_get(adp_intf_t intf, uint32_t *mode) {
@@ -57,8 +60,9 @@ adp_status_t adp_double_tag_get(adp_intf_t intf, uint32_t *mode) {
 }
 
 adp_status_t adp_double_tag_tipd_set(adp_intf_t intf, uint32_t tpid, adp_word_t c) {
-    return adp::on_port_or_active_members(
-        Intf(intf), [=](PhyPort port) { return user_port_tpid_set(0, 0, port.value(), low16(tpid), c); });
+    return adp::on_port_or_members(Intf(intf), adp::Members::kActive, [=](PhyPort port) {
+        return user_port_tpid_set(0, 0, port.value(), low16(tpid), c);
+    });
 }
 
 adp_status_t adp_double_tag_tpid_get(adp_intf_t intf, uint32_t *tpid) {

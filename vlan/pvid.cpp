@@ -25,8 +25,8 @@ adp_status_t adp_intf_pivd_set(adp_intf_t intf, uint32_t vlan) {
         Intf(intf), [&](PhyPort port) { return set_pvid(port, vlan); },
         [&](Intf agg) {
             // Each member's turn names the aggregation interface's own translation, which is none, not the member's.
-            return adp::until_first_failure(adp::active_members(agg),
-                                            [&](Intf) { return set_pvid(adp::phy_of(agg), vlan); });
+            return adp::until_first_failure(agg, adp::Members::kActive,
+                                            [=](PhyPort) { return set_pvid(adp::phy_of(agg), vlan); });
         });
 }
 

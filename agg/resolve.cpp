@@ -1,0 +1,19 @@
+// The ways of a call from an interface to its ports.
+#include "agg/resolve.h"
+
+namespace adp {
+
+uint32_t answering_number_of(Intf agg) {
+    const Intf manager = manage_intf_of(agg);
+    return (manager == kNoIntf ? lowest_configured_of(agg) : manager).value();
+}
+
+adp_status_t on_port_or_members(Intf intf, Members which, PortStep step) {
+    return by_kind(intf, step, [=](Intf agg) { return until_first_failure(agg, which, step); });
+}
+
+adp_status_t on_port_or_manager(Intf intf, PortStep step) {
+    return by_kind(intf, step, [=](Intf agg) { return step(phy_of(manage_intf_of(agg))); });
+}
+
+}  // namespace adp
