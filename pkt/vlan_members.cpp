@@ -15,13 +15,12 @@ constexpr uint32_t kMembersOffset = 8;
 }  // namespace
 
 bool VlanMembers::fetch(uint32_t vid) {
-    uint8_t record[kRecordLength] = {};
+    alignas(uint32_t) uint8_t record[kRecordLength] = {};
     if (get_vlan_info(vid, record) != 0) {
         return false;
     }
-    uint32_t words[2];
-    memcpy(words, record + kMembersOffset, sizeof words);
-    bits_ = uint64_t{words[0]} << 32 | words[1];
+    memcpy(&words_[1], record + kMembersOffset, sizeof words_[1]);
+    memcpy(&words_[0], record + kMembersOffset + sizeof words_[1], sizeof words_[0]);
     return true;
 }
 

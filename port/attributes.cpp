@@ -80,12 +80,12 @@ int32_t rewrite_abilities(PhyPort port, Change change) {
 }
 
 // The same with a call in the middle, on the port that is read.
-int32_t rewrite_abilities_around(PortCall<uint32_t, uint32_t> call, AttrRequest request, PhyPort read, PhyPort written,
-                                 Change change) {
+int32_t rewrite_abilities_around(PortCall<uint32_t, uint32_t> call, uint32_t value, uint32_t mode, PhyPort read,
+                                 PhyPort written, Change change) {
     uint32_t abilities = 0;
     int32_t result = read_abilities(read, &abilities);
     if (result == 0) {
-        result = call(0, 0, read.value(), request.value, request.mode);
+        result = call(0, 0, read.value(), value, mode);
     }
     return result != 0 ? result : write_abilities(written, change.applied_to(abilities));
 }
@@ -113,38 +113,38 @@ PhyPort translated_once_more(PhyPort handed) {
 
 }  // namespace
 
-int32_t step_gigabit_speed(PhyPort port, AttrRequest request) {
+int32_t step_gigabit_speed(PhyPort port, uint32_t value, uint32_t mode) {
     const int32_t result =
-        rewrite_abilities_around(user_port_speed_set, request, port, port, {kAll, abilities_of_speed(request.value)});
-    return then_enable_autoneg(result, port, request.value == kGigabit);
+        rewrite_abilities_around(user_port_speed_set, value, mode, port, port, {kAll, abilities_of_speed(value)});
+    return then_enable_autoneg(result, port, value == kGigabit);
 }
 
-int32_t step_ten_gigabit_speed(PhyPort port, AttrRequest request) {
-    int32_t result = rewrite_abilities(port, gigabit_abilities(request.value != kTenGigabit));
+int32_t step_ten_gigabit_speed(PhyPort port, uint32_t value, uint32_t) {
+    int32_t result = rewrite_abilities(port, gigabit_abilities(value != kTenGigabit));
     if (result == 0) {
-        result = user_port_speed_set(0, 0, port.value(), request.value, kTenGigabitSpeedMode);
+        result = user_port_speed_set(0, 0, port.value(), value, kTenGigabitSpeedMode);
     }
-    return then_enable_autoneg(result, port, request.value == kGigabit);
+    return then_enable_autoneg(result, port, value == kGigabit);
 }
 
-int32_t step_duplex(PhyPort port, AttrRequest request) {
-    const bool with_autoneg = request.mode == kModeWithAutoneg;
-    if (with_autoneg && request.value == kFullDuplex) {
+int32_t step_duplex(PhyPort port, uint32_t value, uint32_t mode) {
+    const bool with_autoneg = mode == kModeWithAutoneg;
+    if (with_autoneg && value == kFullDuplex) {
         return 0;
     }
-    int32_t result = rewrite_abilities(port, {kAll, abilities_of_duplex(request.value)});
+    int32_t result = rewrite_abilities(port, {kAll, abilities_of_duplex(value)});
     if (result == 0) {
-        result = user_port_duplex_set(0, 0, port.value(), request.value, request.mode);
+        result = user_port_duplex_set(0, 0, port.value(), value, mode);
     }
     return then_enable_autoneg(result, port, with_autoneg);
 }
 
-int32_t step_autoneg(PhyPort port, AttrRequest request) {
-    const int32_t result = request.value != 0 ? rewrite_abilities(port, {0, kAll}) : 0;
-    return result != 0 ? result : user_port_autoneg_set(0, 0, port.value(), request.value);
+int32_t step_autoneg(PhyPort port, uint32_t value, uint32_t) {
+    const int32_t result = value != 0 ? rewrite_abilities(port, {0, kAll}) : 0;
+    return result != 0 ? result : user_port_autoneg_set(0, 0, port.value(), value);
 }
 
-int32_t step_pause(PhyPort port, AttrRequest request) {
+int32_t step_pause(PhyPort port, uint32_t value, uint32_t) {
     uint32_t autoneg = 0;
     uint32_t abilities = 0;
     int32_t result = user_port_autoneg_get(0, 0, port.value(), &autoneg);
@@ -155,31 +155,31 @@ int32_t step_pause(PhyPort port, AttrRequest request) {
         return result;
     }
     if (autoneg == 0) {
-        return user_port_pause_set(0, 0, port.value(), request.value, request.value);
+        return user_port_pause_set(0, 0, port.value(), value, value);
     }
-    return write_abilities(port, request.value != 0 ? abilities | kPause : abilities & ~kPause);
+    return write_abilities(port, value != 0 ? abilities | kPause : abilities & ~kPause);
 }
 
-int32_t step_gigabit_advert_duplex(PhyPort port, AttrRequest request) {
-    return advertise_only(port, abilities_of_duplex(request.value));
+int32_t step_gigabit_advert_duplex(PhyPort port, uint32_t value, uint32_t) {
+    return advertise_only(port, abilities_of_duplex(value));
 }
 
-int32_t step_gigabit_advert_speed(PhyPort port, AttrRequest request) {
-    return advertise_only(port, abilities_of_speed(request.value));
+int32_t step_gigabit_advert_speed(PhyPort port, uint32_t value, uint32_t) {
+    return advertise_only(port, abilities_of_speed(value));
 }
 
-int32_t step_ten_gigabit_advert_duplex(PhyPort handed, AttrRequest request) {
+int32_t step_ten_gigabit_advert_duplex(PhyPort handed, uint32_t value, uint32_t) {
     const PhyPort port = translated_once_more(handed);
-    const int32_t result = rewrite_abilities_around(user_port_duplex_set, {request.value, kOwnDuplexMode}, handed, port,
-                                                    gigabit_abilities(request.value == kFullDuplex));
+    const int32_t result = rewrite_abilities_around(user_port_duplex_set, value, kOwnDuplexMode, handed, port,
+                                                    gigabit_abilities(value == kFullDuplex));
     return then_enable_autoneg(result, port);
 }
 
-int32_t step_ten_gigabit_advert_speed(PhyPort handed, AttrRequest request) {
+int32_t step_ten_gigabit_advert_speed(PhyPort handed, uint32_t value, uint32_t) {
     const PhyPort port = translated_once_more(handed);
-    const bool is_gigabit = request.value == kGigabit;
-    const int32_t result = rewrite_abilities_around(user_port_speed_set, {request.value, kTenGigabitSpeedMode}, handed,
-                                                    port, gigabit_abilities(is_gigabit));
+    const bool is_gigabit = value == kGigabit;
+    const int32_t result = rewrite_abilities_around(user_port_speed_set, value, kTenGigabitSpeedMode, handed, port,
+                                                    gigabit_abilities(is_gigabit));
     return then_enable_autoneg(result, port, is_gigabit);
 }
 

@@ -1,33 +1,8 @@
 // Translation of bitmaps between interface numbers and physical ports.
 #include "port/bitmap.h"
 
-#include <adp/port.h>
-
-#include "port/map.h"
-
 namespace adp {
 namespace {
-
-using Translation = int32_t (*)(uint32_t);
-
-int32_t to_phy(uint32_t intf) {
-    return phy_of(Intf(intf)).value();
-}
-
-int32_t to_intf(uint32_t port) {
-    return static_cast<int32_t>(intf_of(PhyPort(static_cast<int32_t>(port))).value());
-}
-
-adp_port_set_t translate_set(const uint32_t *from, Translation translate) {
-    adp_port_set_t result = {};
-    for (uint32_t n = 0; n < kPortSetBits; ++n) {
-        if (has_bit(from, n)) {
-            // A negative answer is a large unsigned number, outside the set.
-            set_bit_inside(result.word, static_cast<uint32_t>(translate(n)));
-        }
-    }
-    return result;
-}
 
 // The word is chosen by a division that rounds towards zero, so a translation of -31..-2 lands in word 0 too.
 void set_translated_bit(uint32_t (&words)[2], int32_t number) {
@@ -52,20 +27,23 @@ adp_status_t translate_pair(uint32_t *bitmap, Translation translate) {
 
 }  // namespace
 
-adp_port_set_t phy_set_of(const uint32_t *intfs) {
-    return translate_set(intfs, to_phy);
-}
-
-adp_port_set_t intf_set_of(const uint32_t *ports) {
-    return translate_set(ports, to_intf);
+adp_port_set_t translated_set(const uint32_t *from, Translation translate) {
+    adp_port_set_t result = {};
+    for (uint32_t n = 0; n < kPortSetBits; ++n) {
+        if (has_bit(from, n)) {
+            // A negative answer is a large unsigned number, outside the set.
+            set_bit_inside(result.word, static_cast<uint32_t>(translate(n)));
+        }
+    }
+    return result;
 }
 
 }  // namespace adp
 
 adp_status_t adp_api_xlate_port_pbmp_a2p(uint32_t bitmap[2]) {
-    return adp::translate_pair(bitmap, adp::to_intf);
+    return adp::translate_pair(bitmap, adp_phy_2_intf_id);
 }
 
 adp_status_t adp_api_xlate_port_pbmp_p2a(uint32_t bitmap[2]) {
-    return adp::translate_pair(bitmap, adp::to_phy);
+    return adp::translate_pair(bitmap, adp_intf_2_phy_id);
 }

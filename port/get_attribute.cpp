@@ -92,6 +92,12 @@ static_assert(kGetSelectors == ADP_ATTR_FIBRE_LINK + 1);
 
 }  // namespace
 
+uint32_t attribute_or_zero(Intf intf, uint32_t selector) {
+    uint32_t value = 0;
+    adp_get_phy_port_attr(intf.value(), selector, &value);
+    return value;
+}
+
 adp_status_t read_max_speed(Intf intf, uint32_t *speed) {
     *speed = 0;
     return on_port_or_members(intf, Members::kConfigured, [=](PhyPort port) {

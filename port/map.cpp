@@ -27,12 +27,12 @@ adp_port_row_t *find_row(Intf intf) {
     return &intf_to_phy_port[intf.value()];
 }
 
-adp_status_t fill_row(Intf intf, const adp_port_row_t &content) {
+adp_status_t fill_row(Intf intf, uint32_t word1, uint32_t word2, uint32_t phy, uint32_t attributes) {
     adp_port_row_t *row = find_row(intf);
     if (row == nullptr) {
         return ADP_FAIL;
     }
-    *row = content;
+    *row = {word1, word2, phy, attributes};
     return ADP_OK;
 }
 
@@ -54,11 +54,11 @@ adp_status_t adp_get_max_phy_port_num(uint32_t *n) {
 }
 
 adp_status_t adp_add_cpu_port(uint32_t, uint32_t word1, uint32_t word2, uint32_t phy, uint32_t attributes) {
-    return adp::fill_row(Intf(0), {word1, word2, phy, attributes});
+    return adp::fill_row(Intf(0), word1, word2, phy, attributes);
 }
 
 adp_status_t adp_add_phy_port(uint32_t index, uint32_t word1, uint32_t word2, uint32_t phy, uint32_t attributes) {
-    return adp::fill_row(Intf(index), {word1, word2, phy, attributes});
+    return adp::fill_row(Intf(index), word1, word2, phy, attributes);
 }
 
 int32_t adp_intf_2_phy_id(adp_intf_t intf) {

@@ -18,17 +18,17 @@ namespace {
 // After each member's enable or disable the chip is given time to settle.
 constexpr useconds_t kSettleMicroseconds = 500000;
 
-template <int32_t (*Call)(uint32_t, uint32_t, int32_t, uint32_t)>
-int32_t step_value(PhyPort port, AttrRequest request) {
-    return Call(0, 0, port.value(), request.value);
+template <PortCall<uint32_t> Call>
+int32_t step_value(PhyPort port, uint32_t value, uint32_t) {
+    return Call(0, 0, port.value(), value);
 }
 
-int32_t step_enable(PhyPort port, AttrRequest request) {
-    return step_value<user_port_enable_set>(port, request);
+int32_t step_enable(PhyPort port, uint32_t value, uint32_t mode) {
+    return step_value<user_port_enable_set>(port, value, mode);
 }
 
-int32_t step_settled_enable(PhyPort port, AttrRequest request) {
-    const int32_t result = step_enable(port, request);
+int32_t step_settled_enable(PhyPort port, uint32_t value, uint32_t mode) {
+    const int32_t result = step_enable(port, value, mode);
     if (result == 0) {
         usleep(kSettleMicroseconds);
     }
@@ -41,82 +41,82 @@ struct Steps {
     AttrStep ten_gigabit;
 };
 
-adp_status_t set_members(Intf intf, Members which, AttrStep step, AttrRequest request) {
-    return on_port_or_members(intf, which, [=](PhyPort port) { return driver_status(step(port, request)); });
+adp_status_t set_members(Intf intf, Members which, AttrStep step, uint32_t value, uint32_t mode) {
+    return on_port_or_members(intf, which, [=](PhyPort port) { return driver_status(step(port, value, mode)); });
 }
 
 /** Most selectors: the port, or each configured member. */
-adp_status_t set_each(Intf intf, Steps steps, AttrRequest request) {
-    return set_members(intf, Members::kConfigured, steps.step, request);
+adp_status_t set_each(Intf intf, const Steps &steps, uint32_t value, uint32_t mode) {
+    return set_members(intf, Members::kConfigured, steps.step, value, mode);
 }
 
 /** Loopback and MDI/MDIX: as set_each(), but the driver's own result is the answer. */
-adp_status_t set_each_own_result(Intf intf, Steps steps, AttrRequest request) {
-    const auto step = [=](PhyPort port) { return steps.step(port, request); };
+adp_status_t set_each_own_result(Intf intf, const Steps &steps, uint32_t value, uint32_t mode) {
+    const auto step = [=](PhyPort port) { return steps.step(port, value, mode); };
     return by_kind(intf, step,
                    [&](Intf agg) { return until_first_failure_own_result(agg, Members::kConfigured, step); });
 }
 
 /** The method follows the maximum speed; on 10 Gb/s the active members are set, and a user port as what is handed. */
-adp_status_t set_by_max_speed(Intf intf, PhyPort handed, Steps steps, AttrRequest request) {
+adp_status_t set_by_max_speed(Intf intf, PhyPort handed, const Steps &steps, uint32_t value, uint32_t mode) {
     uint32_t maximum = 0;
     const adp_status_t status = read_max_speed(intf, &maximum);
     if (status != ADP_OK) {
         return status;
     }
     if (maximum == kGigabit) {
-        return set_each(intf, steps, request);
+        return set_each(intf, steps, value, mode);
     }
     if (maximum != kTenGigabit) {
         return ADP_OK;
     }
-    return intf.kind() == IntfKind::kUserPort ? driver_status(steps.ten_gigabit(handed, request))
-                                              : set_members(intf, Members::kActive, steps.ten_gigabit, request);
+    return intf.kind() == IntfKind::kUserPort ? driver_status(steps.ten_gigabit(handed, value, mode))
+                                              : set_members(intf, Members::kActive, steps.ten_gigabit, value, mode);
 }
 
-adp_status_t set_speed(Intf intf, Steps steps, AttrRequest request) {
-    return set_by_max_speed(intf, phy_of(intf), steps, request);
+adp_status_t set_speed(Intf intf, const Steps &steps, uint32_t value, uint32_t mode) {
+    return set_by_max_speed(intf, phy_of(intf), steps, value, mode);
 }
 
 /** Advertised duplex and speed: as speed, but on 10 Gb/s a user port hands its interface number on as it is. */
-adp_status_t set_advertised(Intf intf, Steps steps, AttrRequest request) {
-    return set_by_max_speed(intf, PhyPort(static_cast<int32_t>(intf.value())), steps, request);
+adp_status_t set_advertised(Intf intf, const Steps &steps, uint32_t value, uint32_t mode) {
+    return set_by_max_speed(intf, PhyPort(static_cast<int32_t>(intf.value())), steps, value, mode);
 }
 
 /** The administrator's and the protocol's switch. */
-adp_status_t enable(Intf intf, AttrRequest request) {
+adp_status_t enable(Intf intf, uint32_t value, uint32_t mode) {
     const bool is_group = intf.kind() == IntfKind::kAggregation;
-    return set_members(intf, Members::kConfigured, is_group ? step_settled_enable : step_enable, request);
+    return set_members(intf, Members::kConfigured, is_group ? step_settled_enable : step_enable, value, mode);
 }
 
 /** The administrator's switch: a hold of the protocol stands against enabling, but not against disabling. */
-adp_status_t set_admin_state(Intf intf, Steps, AttrRequest request) {
-    const bool is_on = request.value != 0;
+adp_status_t set_admin_state(Intf intf, const Steps &, uint32_t value, uint32_t mode) {
+    const bool is_on = value != 0;
     if (is_on && hold_state_of(intf) == HoldState::kHeld) {
         return ADP_OK;
     }
     set_hold_state(intf, is_on ? HoldState::kFree : HoldState::kDisabled);
-    return enable(intf, request);
+    return enable(intf, value, mode);
 }
 
 /** The protocol's hold: only what it holds can be released, and a user port's driver result is not looked at. */
-adp_status_t set_hold(Intf intf, Steps, AttrRequest request) {
-    const bool release = request.value != 0;
+adp_status_t set_hold(Intf intf, const Steps &, uint32_t value, uint32_t mode) {
+    const bool release = value != 0;
     if (release && hold_state_of(intf) != HoldState::kHeld) {
         return ADP_OK;
     }
     set_hold_state(intf, release ? HoldState::kFree : HoldState::kHeld);
-    const adp_status_t status = enable(intf, request);
+    const adp_status_t status = enable(intf, value, mode);
     return intf.kind() == IntfKind::kUserPort ? ADP_OK : status;
 }
 
-adp_status_t set_nothing(Intf, Steps, AttrRequest) {
+adp_status_t set_nothing(Intf, const Steps &, uint32_t, uint32_t) {
     return ADP_OK;
 }
 
 /** How a selector is set, and with which steps. */
 struct Setter {
-    adp_status_t (*set)(Intf, Steps, AttrRequest);
+    adp_status_t (*set)(Intf, const Steps &, uint32_t, uint32_t);
     Steps steps;
 };
 
@@ -150,5 +150,5 @@ adp_status_t adp_set_phy_port_attr(adp_intf_t intf, uint32_t selector, uint32_t 
         return ADP_E_INTF_TYPE;
     }
     const Setter &setter = kSetters[selector];
-    return setter.set(Intf(intf), setter.steps, {value, mode});
+    return setter.set(Intf(intf), setter.steps, value, mode);
 }

@@ -1,9 +1,9 @@
 // Ring ports: blocked and released through their state in the default group.
 #include <adp/stg.h>
 #include <netlink_api.h>
-#include <stdio.h>
 
 #include "agg/resolve.h"
+#include "stg/report.h"
 
 namespace adp {
 namespace {
@@ -20,9 +20,8 @@ adp_status_t adp_set_port_erps_state(adp_intf_t intf, uint32_t state) {
 }
 
 adp_status_t adp_get_port_erps_state(adp_intf_t intf, uint32_t *state) {
-    const int32_t result = user_stg_stp_get(0, 0, adp::kRingGroup, adp::phy_of(adp::Intf(intf)).value(), state);
-    if (result < 0) {
-        printf("%s %d: get max support stg number failed. ret=%d\n", "adp_get_port_erps_state", __LINE__, result);
-    }
-    return result;
+    static constexpr adp::FailurePoint kFailed{"adp_get_port_erps_state", __LINE__,
+                                               "%s %d: get max support stg number failed. ret=%d\n"};
+    return adp::report_if_negative(
+        kFailed, user_stg_stp_get(0, 0, adp::kRingGroup, adp::phy_of(adp::Intf(intf)).value(), state));
 }
