@@ -40,6 +40,8 @@ class Arguments {
     Result invoke();
 
     [[nodiscard]] const std::vector<Slot> &slots() const { return slots_; }
+    /** What the slots' storage holds the addresses of: frames, nodes of lists, words given as lists. */
+    [[nodiscard]] const std::deque<Bytes> &room() const { return room_; }
 
   private:
     std::vector<const Value *> assign(const Command &command) const;

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <charconv>
 #include <sstream>
+#include <iterator>
 #include <stdexcept>
 
 #include "platform/call_table.h"

@@ -1,0 +1,172 @@
+"""What each exported function costs its caller, beside the same driver calls made directly from C.
+
+Two drivers stand behind both. One answers at once, which leaves the library's own instructions. The other is the one that
+ships with the virtual device, with a peer at the other end of its socket that answers each request with success: what a
+call costs whoever makes it. The aims are meant for that one.
+"""
+
+import contextlib
+import json
+import pathlib
+import subprocess
+import tempfile
+
+from lab.builds import ROOT, Build
+from lab.netns import NetNamespace
+from lab.process import stop
+
+from bench import figure, instructions
+from bench.problem import BenchError
+
+NAME = "calls"
+TITLE = "Cost of a call: instructions, beside its driver calls made directly"
+TARGETS = {
+    "host": ["bench_calls", "bench_peer", "bench_count_log", "netlink_api", "device_services"],
+    "mips": ["bench_calls", "netlink_api", "device_services"],
+}
+AIMS = {"wrapper": 1.2, "fan-out": 1.3, "attribute set": 1.5}
+KINDS = (*AIMS, "other", "no driver call")
+EXPORTS = ROOT / "platform" / "symbols" / "exported-functions.txt"
+WORST = 10
+PATIENCE_SECONDS = 10
+INSTANT, SHIPPED = "at once", "shipped"
+ON_A_GROUP = " on a group"
+
+
+def cases_of(build):
+    """The cases as the build recorded them; it is an error when an exported function has none."""
+    cases = json.loads((Build(build).folder / "bench_calls.json").read_text(encoding="utf-8"))
+    exported = {line.strip() for line in EXPORTS.read_text(encoding="utf-8").splitlines()} - {""}
+    missing = {name for name in exported if not name.startswith("#")} - {case["function"] for case in cases}
+    if missing:
+        raise BenchError(f"these functions have no row in the build {build}: {', '.join(sorted(missing))}")
+    return cases
+
+
+@contextlib.contextmanager
+def surroundings():
+    """A namespace with the CPU's interface, for the calls that send frames."""
+    with contextlib.closing(NetNamespace("bench")) as namespace:
+        namespace.ip("link add eth0 type veth peer name far", "link set eth0 up", "link set far up")
+        with namespace.entered():
+            yield
+
+
+@contextlib.contextmanager
+def peer(folder, expected):
+    """The other end of the shipped driver's socket. It must have answered all calls when it is no longer needed."""
+    command = instructions.on_core(Build("host").command("bench_peer", pathlib.Path(folder) / "driver"))
+    process = subprocess.Popen(command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
+    try:
+        if process.stdout.readline() != "ready\n":
+            raise BenchError("the peer of the shipped driver does not start")
+        yield
+        answered, _ = process.communicate(timeout=PATIENCE_SECONDS)
+        if int(answered) != expected:
+            raise BenchError(f"{answered.strip()} driver calls were answered, not {expected}")
+    finally:
+        stop(process)
+
+
+def count(build, **environment):
+    return instructions.per_call(build, "bench_calls", environment=environment)
+
+
+def count_instant(build):
+    return count(build, LD_LIBRARY_PATH=str(Build(build).folder / "instant"))
+
+
+def count_shipped(build, cases):
+    with tempfile.TemporaryDirectory() as folder, peer(folder, sum(case["remote"] for case in cases)):
+        return count(build, VDEVICE_DIR=folder)
+
+
+def rows_of(cases, counts):
+    """The cases with their costs, by kind and by what they cost beside their floor."""
+    rows = []
+    for number, case in enumerate(cases):
+        row = dict(case)
+        for driver, found in counts.items():
+            call, floor = found[f"call_{number}"], found[f"floor_{number}"]
+            row[driver] = {"call": int(call), "floor": int(floor), "ratio": call / floor if case["driver_calls"] else None}
+        row["own"] = row[INSTANT]["call"] - row[INSTANT]["floor"]
+        rows.append(row)
+    judged = SHIPPED if SHIPPED in counts else INSTANT
+    return sorted(rows, key=lambda row: (KINDS.index(row["kind"]), -(row[judged]["ratio"] or 0), -row["own"]))
+
+
+def table(build, rows):
+    columns = ["kind", "driver calls", "own", "at once", "shipped", "call"]
+    lines = [[row["kind"], row["driver_calls"], row["own"], row[INSTANT]["ratio"], row.get(SHIPPED, {}).get("ratio"),
+              row["name"]] for row in rows]  # fmt: skip
+    return {"title": f"Build {build}: the library's own instructions, and the ratio to the floor with either driver",
+            "columns": columns, "rows": lines}  # fmt: skip
+
+
+def summary(build, rows):
+    lines = []
+    for kind, aim in AIMS.items():
+        ratios = [row[SHIPPED]["ratio"] for row in rows if row["kind"] == kind]
+        strict = [row[INSTANT]["ratio"] for row in rows if row["kind"] == kind]
+        lines.append([kind, len(ratios), aim, sum(ratio <= aim for ratio in ratios), max(ratios),
+                      sum(ratio <= aim for ratio in strict)])  # fmt: skip
+    return {"title": f"Build {build}: how many calls are within the aim, with the shipped driver",
+            "columns": ["kind", "calls", "aim", "within", "worst", "within with the driver that answers at once"],
+            "rows": lines}  # fmt: skip
+
+
+def worst(build, rows):
+    judged = [row for row in rows if row["kind"] in AIMS]
+    judged.sort(key=lambda row: row[SHIPPED]["ratio"] / AIMS[row["kind"]], reverse=True)
+    lines = [[row["kind"], row[SHIPPED]["ratio"], row["own"], row["name"]] for row in judged[:WORST]]
+    return {"title": f"Build {build}: the {WORST} calls that cost most beside their aim, with the shipped driver",
+            "columns": ["kind", "shipped", "own", "call"], "rows": lines}  # fmt: skip
+
+
+def counts_of(build, rows):
+    """A function's instructions with the driver that answers at once, on a port and on a group together."""
+    counts = {}
+    for row in rows:
+        key = f"{build}.{row['name'].removesuffix(ON_A_GROUP).replace(' ', '.')}"
+        counts[key] = counts.get(key, 0) + row[INSTANT]["call"]
+    return counts
+
+
+def measure(options):
+    result = {"tables": [], "counts": {}, "rows": {}, "notes": [
+        "Instructions of the process itself, without the kernel's. 'own' is what the library adds to its driver calls.",
+        "The aims are judged with the shipped driver, which is what callers have; 'at once' is the strictest measure.",
+        "With the shipped driver a call's count may differ by one wait, a hundred instructions, from run to run."]}  # fmt: skip
+    for build in options.builds:
+        cases = cases_of(build)
+        with surroundings():
+            counts = {INSTANT: count_instant(build)}
+            is_short = options.counts_only or options.quick and build != "host"
+            if not is_short:
+                counts[SHIPPED] = count_shipped(build, cases)
+        rows = rows_of(cases, counts)
+        result["rows"][build] = rows
+        result["counts"] |= counts_of(build, rows)
+        if not options.counts_only:
+            result["tables"].append(table(build, rows))
+        if SHIPPED in counts:
+            result["tables"] += [summary(build, rows), worst(build, rows)]
+    return result
+
+
+def plot(result, path):
+    """Each case's ratio with the shipped driver over the library's own instructions, by kind."""
+    builds = {build: [row for row in rows if SHIPPED in row and row["driver_calls"]]
+              for build, rows in result["rows"].items()}  # fmt: skip
+    builds = {build: rows for build, rows in builds.items() if rows}
+    if not builds:
+        return
+    with figure.saved(path, columns=len(builds), height=4.5) as axes:
+        for axis, (build, rows) in zip(axes, builds.items()):
+            for kind in KINDS[:-1]:
+                points = [row for row in rows if row["kind"] == kind]
+                axis.scatter([max(row["own"], 1) for row in points], [row[SHIPPED]["ratio"] for row in points], s=14,
+                             label=kind + (f", aim {AIMS[kind]}" if kind in AIMS else ""))  # fmt: skip
+            axis.set(title=f"Build {build}", xscale="log", yscale="log", xlabel="the library's own instructions",
+                     ylabel="call, beside its driver calls made directly")  # fmt: skip
+            axis.legend()

@@ -1,0 +1,51 @@
+/**
+ * @file blocks.h
+ * Memory of this process as it is written into C: each block becomes a buffer that is filled before every call.
+ */
+#ifndef BENCH_CALLS_RECORD_BLOCKS_H
+#define BENCH_CALLS_RECORD_BLOCKS_H
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace record {
+
+/** The buffers of one case. Addresses among their bytes that lead into another one are written as that one's. */
+class Blocks {
+  public:
+    /** @p prefix begins the buffers' names. */
+    explicit Blocks(std::string prefix) : prefix_(std::move(prefix)) {}
+
+    /** Takes note of a block, whose bytes are copied; gives the buffer's address as C. */
+    std::string add(std::span<const uint8_t> bytes);
+    /** The address as C, if it leads into a block. */
+    [[nodiscard]] std::optional<std::string> find(uintptr_t address) const;
+
+    /** The buffers' definitions, with the images that they are filled from. */
+    [[nodiscard]] std::string definitions() const;
+    /** The statements that fill them. */
+    [[nodiscard]] std::string preparation() const;
+
+  private:
+    struct Block {
+        std::string name;
+        uintptr_t begin;
+        std::vector<uint8_t> bytes;
+    };
+
+    std::string prefix_;
+    std::vector<Block> blocks_;
+};
+
+/** Bytes as a C initialiser. */
+std::string initialiser(std::span<const uint8_t> bytes);
+/** Text as a C literal. */
+std::string literal(const char *text);
+
+}  // namespace record
+
+#endif

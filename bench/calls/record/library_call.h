@@ -1,0 +1,37 @@
+/**
+ * @file library_call.h
+ * A call of the library as a line gives it: made here, and written as C.
+ */
+#ifndef BENCH_CALLS_RECORD_LIBRARY_CALL_H
+#define BENCH_CALLS_RECORD_LIBRARY_CALL_H
+
+#include <string>
+
+#include "adpsh/arguments.h"
+#include "bench/calls/record/blocks.h"
+
+namespace record {
+
+class LibraryCall {
+  public:
+    /** Throws std::runtime_error when the line is no call. What the call reads and writes is added to the blocks. */
+    LibraryCall(const std::string &line, Blocks &blocks);
+
+    adpsh::Result invoke() { return arguments_.invoke(); }
+    /** The call as a C expression. */
+    [[nodiscard]] std::string text() const { return text_; }
+    [[nodiscard]] adpsh::ResultKind result_kind() const { return call_.result; }
+
+  private:
+    std::string argument(const adpsh::Slot &slot, const std::string &buffer, const Blocks &blocks) const;
+
+    adpsh::Variables variables_;
+    adpsh::Command command_;
+    const adpsh::Call &call_;
+    adpsh::Arguments arguments_;
+    std::string text_;
+};
+
+}  // namespace record
+
+#endif

@@ -1,0 +1,20 @@
+/**
+ * @file state.h
+ * The state of the library's tables in which every call is recorded and measured: the default board's map, group 2 with
+ * three members, group 8 with eight, and receivers for every kind of event.
+ */
+#ifndef BENCH_CALLS_STATE_H
+#define BENCH_CALLS_STATE_H
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/** Brings the exported tables into that state, whatever they held. Gives 0 when that succeeded. */
+int bring_up(void);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif
