@@ -1,8 +1,12 @@
 // Translation of bitmaps between interface numbers and physical ports.
 #include "port/bitmap.h"
 
+#include <adp/port.h>
+
 namespace adp {
 namespace {
+
+using Translation = int32_t (*)(uint32_t);
 
 // The word is chosen by a division that rounds towards zero, so a translation of -31..-2 lands in word 0 too.
 void set_translated_bit(uint32_t (&words)[2], int32_t number) {
@@ -27,12 +31,17 @@ adp_status_t translate_pair(uint32_t *bitmap, Translation translate) {
 
 }  // namespace
 
-adp_port_set_t translated_set(const uint32_t *from, Translation translate) {
+// One pass over the map: a look-up for each port would be a pass for each.
+adp_port_set_t translated_set(const uint32_t *from, Direction direction) {
     adp_port_set_t result = {};
-    for (uint32_t n = 0; n < kPortSetBits; ++n) {
-        if (has_bit(from, n)) {
-            // A negative answer is a large unsigned number, outside the set.
-            set_bit_inside(result.word, static_cast<uint32_t>(translate(n)));
+    adp_port_set_t translated = {};
+    for (uint32_t row = 0; intf_to_phy_port != nullptr && row < kPortSetBits && row <= adp_max_phy_port_num; ++row) {
+        const uint32_t port = intf_to_phy_port[row].phy;
+        const uint32_t number = direction == Direction::kToPhy ? row : port;
+        const uint32_t other = direction == Direction::kToPhy ? port : row;
+        if (number < kPortSetBits && has_bit(from, number) && !has_bit(translated.word, number)) {
+            set_bit(translated.word, number);
+            set_bit_inside(result.word, other);
         }
     }
     return result;

@@ -2,7 +2,7 @@
 #ifndef PORT_BITMAP_H
 #define PORT_BITMAP_H
 
-#include <adp/port.h>
+#include <adp/types.h>
 
 namespace adp {
 
@@ -27,19 +27,19 @@ constexpr void set_bit_inside(uint32_t (&words)[kWords], uint32_t n) {
     }
 }
 
-using Translation = int32_t (*)(uint32_t);
+enum class Direction { kToPhy, kToIntf };
 
 /** What a 256-bit set becomes, number by number; what does not translate is dropped. */
-adp_port_set_t translated_set(const uint32_t *from, Translation translate);
+adp_port_set_t translated_set(const uint32_t *from, Direction direction);
 
-/** The physical ports of a 256-bit set of interfaces; what does not translate is dropped. */
+/** The physical ports of a 256-bit set of interfaces. */
 inline adp_port_set_t phy_set_of(const uint32_t *intfs) {
-    return translated_set(intfs, adp_intf_2_phy_id);
+    return translated_set(intfs, Direction::kToPhy);
 }
 
-/** The interfaces of a 256-bit set of physical ports; what no map row names is dropped. */
+/** The interfaces of a 256-bit set of physical ports: of several with one port the lowest. */
 inline adp_port_set_t intf_set_of(const uint32_t *ports) {
-    return translated_set(ports, adp_phy_2_intf_id);
+    return translated_set(ports, Direction::kToIntf);
 }
 
 }  // namespace adp
