@@ -11,8 +11,8 @@ namespace adp {
 namespace {
 
 MemberList candidates(Intf agg) {
-    const MemberList active = members_of(agg, Members::kActive);
-    return active.count != 0 ? active : members_of(agg, Members::kConfigured);
+    const bool has_active = agg_info[TrunkId(agg).value()].count != 0;
+    return members_of(agg, has_active ? Members::kActive : Members::kConfigured);
 }
 
 }  // namespace

@@ -12,8 +12,20 @@ adp_status_t on_port_or_members(Intf intf, Members which, PortStep step) {
     return by_kind(intf, step, [=](Intf agg) { return until_first_failure(agg, which, step); });
 }
 
+adp_status_t refusal_of(Intf intf) {
+    if (!intf.has_known_kind()) {
+        return ADP_E_INTF_TYPE;
+    }
+    return intf.kind() == IntfKind::kUserPort || TrunkId(intf).is_valid() ? ADP_OK : ADP_FAIL;
+}
+
+int32_t standing_port_number_of(Intf intf) {
+    return phy_of(intf.kind() == IntfKind::kUserPort ? intf : manage_intf_of(intf)).value();
+}
+
 adp_status_t on_port_or_manager(Intf intf, PortStep step) {
-    return by_kind(intf, step, [=](Intf agg) { return step(phy_of(manage_intf_of(agg))); });
+    const adp_status_t refusal = refusal_of(intf);
+    return refusal != ADP_OK ? refusal : step(PhyPort(standing_port_number_of(intf)));
 }
 
 }  // namespace adp

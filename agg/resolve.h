@@ -39,6 +39,12 @@ uint32_t answering_number_of(Intf agg);
  */
 adp_status_t on_port_or_members(Intf intf, Members which, PortStep step);
 
+/** The answer of by_kind() to what has no port: ADP_OK for a user port and a group that exists. */
+adp_status_t refusal_of(Intf intf);
+
+/** The physical port of a user port, of a group that of its management interface. */
+int32_t standing_port_number_of(Intf intf);
+
 /**
  * Answers step(physical port) for a user port, and for a group that of its management interface; without one that is
  * interface 0, the CPU port. Other interfaces as in by_kind().
@@ -73,9 +79,8 @@ template <typename... Values>
 template <typename... Values>
 [[gnu::noinline]] adp_status_t call_port_or_manager(Intf intf, PortCall<Values...> call,
                                                     std::type_identity_t<Values>... values) {
-    return by_kind(
-        intf, [=](PhyPort port) { return call(0, 0, port.value(), values...); },
-        [=](Intf agg) { return call(0, 0, phy_of(manage_intf_of(agg)).value(), values...); });
+    const adp_status_t refusal = refusal_of(intf);
+    return refusal != ADP_OK ? refusal : call(0, 0, standing_port_number_of(intf), values...);
 }
 
 }  // namespace adp

@@ -43,19 +43,19 @@ struct VlanFilter {
     bool passes(Intf intf) const { return !given || members.has(intf); }
 };
 
-Intf intf_of_node(const adp_list_link_t *node) {
+[[gnu::always_inline]] inline Intf intf_of_node(const adp_list_link_t *node) {
     return Intf(reinterpret_cast<const adp_tx_dest_t *>(node)->intf);
 }
 
-// The user port that stands for a destination: itself, or the management interface; kNoIntf when there is none.
-Intf port_standing_for(Intf intf) {
+// The user port that stands for a destination: itself, or the management interface; 0 when there is none.
+uint32_t number_standing_for(Intf intf) {
     switch (intf.kind()) {
         case IntfKind::kUserPort:
-            return intf;
+            return intf.value();
         case IntfKind::kAggregation:
-            return manage_intf_of(intf);
+            return manage_intf_of(intf).value();
         default:
-            return kNoIntf;
+            return kNoIntf.value();
     }
 }
 
@@ -77,7 +77,7 @@ bool aim_at_last(const adp_list_link_t *list, const VlanFilter &vlan, Intf passe
         if (!vlan.passes(intf)) {
             return false;
         }
-        const Intf port = port_standing_for(intf);
+        const Intf port(number_standing_for(intf));
         if (port != kNoIntf) {
             tag->aim_at(phy_of(port));
         }
@@ -87,7 +87,7 @@ bool aim_at_last(const adp_list_link_t *list, const VlanFilter &vlan, Intf passe
 
 // Mode 0: what is no member or names no port is passed over.
 bool add_if_reachable(Intf intf, const VlanFilter &vlan, TxTag *tag) {
-    const Intf port = port_standing_for(intf);
+    const Intf port(number_standing_for(intf));
     return port != kNoIntf && vlan.passes(intf) && tag->add(phy_of(port));
 }
 

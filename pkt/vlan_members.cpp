@@ -3,24 +3,23 @@
 
 #include <adp/pkt.h>
 #include <device_services.h>
-#include <string.h>
 
 namespace adp {
 namespace {
 
-constexpr uint32_t kRecordLength = 64;
 // The bitmap stands in the record as two words in the machine's byte order, the more significant first.
-constexpr uint32_t kMembersOffset = 8;
+constexpr uint32_t kRecordWords = DEVICE_VLAN_RECORD_BYTES / sizeof(uint32_t);
+constexpr uint32_t kMembersWord = DEVICE_VLAN_MEMBERS_OFFSET / sizeof(uint32_t);
 
 }  // namespace
 
 bool VlanMembers::fetch(uint32_t vid) {
-    alignas(uint32_t) uint8_t record[kRecordLength] = {};
-    if (get_vlan_info(vid, record) != 0) {
+    uint32_t record[kRecordWords] = {};
+    if (get_vlan_info(vid, reinterpret_cast<uint8_t *>(record)) != 0) {
         return false;
     }
-    memcpy(&words_[1], record + kMembersOffset, sizeof words_[1]);
-    memcpy(&words_[0], record + kMembersOffset + sizeof words_[1], sizeof words_[0]);
+    words_[1] = record[kMembersWord];
+    words_[0] = record[kMembersWord + 1];
     return true;
 }
 

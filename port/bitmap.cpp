@@ -9,23 +9,25 @@ namespace {
 using Translation = int32_t (*)(uint32_t);
 
 // The word is chosen by a division that rounds towards zero, so a translation of -31..-2 lands in word 0 too.
-void set_translated_bit(uint32_t (&words)[2], int32_t number) {
-    const int32_t word = number / static_cast<int32_t>(kWordBits);
-    if (word == 0 || word == 1) {
-        words[word] |= 1u << (static_cast<uint32_t>(number) % kWordBits);
-    }
-}
-
 adp_status_t translate_pair(uint32_t *bitmap, Translation translate) {
-    uint32_t result[2] = {};
+    uint32_t low = 0;
+    uint32_t high = 0;
     for (uint32_t n = 0; n < kBitmapPositions; ++n) {
-        if (has_bit(bitmap, n)) {
-            const int32_t translated = translate(n);
-            set_translated_bit(result, translated == -1 ? static_cast<int32_t>(n) : translated);
+        if (!has_bit(bitmap, n)) {
+            continue;
+        }
+        const int32_t translated = translate(n);
+        const int32_t number = translated == -1 ? static_cast<int32_t>(n) : translated;
+        const uint32_t bit = 1u << (static_cast<uint32_t>(number) % kWordBits);
+        const int32_t word = number / static_cast<int32_t>(kWordBits);
+        if (word == 0) {
+            low |= bit;
+        } else if (word == 1) {
+            high |= bit;
         }
     }
-    bitmap[0] = result[0];
-    bitmap[1] = result[1];
+    bitmap[0] = low;
+    bitmap[1] = high;
     return ADP_OK;
 }
 

@@ -11,11 +11,11 @@ inline constexpr uint32_t kWordBits = 32;
 inline constexpr uint32_t kBitmapPositions = ADP_USER_PORTS + 1;
 inline constexpr uint32_t kPortSetBits = 8 * kWordBits;
 
-constexpr bool has_bit(const uint32_t *words, uint32_t n) {
+[[gnu::always_inline]] constexpr bool has_bit(const uint32_t *words, uint32_t n) {
     return (words[n / kWordBits] >> (n % kWordBits) & 1) != 0;
 }
 
-constexpr void set_bit(uint32_t *words, uint32_t n) {
+[[gnu::always_inline]] constexpr void set_bit(uint32_t *words, uint32_t n) {
     words[n / kWordBits] |= 1u << (n % kWordBits);
 }
 

@@ -16,14 +16,14 @@ constexpr bool has_entry(Intf intf) {
     return intf.value() - 1 < ADP_USER_PORTS;
 }
 
-adp_status_t stamp(Intf intf) {
+[[gnu::noinline]] adp_status_t stamp(Intf intf) {
     if (has_entry(intf)) {
         last_change[intf.value() - 1] = static_cast<uint32_t>(time(nullptr));
     }
     return ADP_OK;
 }
 
-uint32_t stamp_of(Intf intf) {
+[[gnu::noinline]] uint32_t stamp_of(Intf intf) {
     return has_entry(intf) ? last_change[intf.value() - 1] : 0;
 }
 

@@ -11,12 +11,8 @@ namespace adp {
 namespace {
 
 // The size is judged in the target's 32 bits, so that a 64-bit host refuses the same maxima.
-template <typename Row>
-Row *new_table(uint32_t last_row) {
-    if (last_row >= UINT32_MAX / sizeof(Row)) {
-        return nullptr;
-    }
-    return static_cast<Row *>(calloc(last_row + 1, sizeof(Row)));
+void *new_table(uint32_t last_row, uint32_t row_bytes) {
+    return last_row >= UINT32_MAX / row_bytes ? nullptr : calloc(last_row + 1, row_bytes);
 }
 
 /** The map row of an interface; null when the number, taken whole, exceeds the map or there is no map. */
@@ -43,8 +39,8 @@ using adp::Intf;
 
 adp_status_t adp_set_max_phy_port_num(uint32_t n) {
     adp_max_phy_port_num = n;
-    intf_to_phy_port = adp::new_table<adp_port_row_t>(n);
-    intf_map_trunk = adp::new_table<uint32_t>(n);
+    intf_to_phy_port = static_cast<adp_port_row_t *>(adp::new_table(n, sizeof *intf_to_phy_port));
+    intf_map_trunk = static_cast<uint32_t *>(adp::new_table(n, sizeof *intf_map_trunk));
     return intf_to_phy_port == nullptr || intf_map_trunk == nullptr ? ADP_FAIL : ADP_OK;
 }
 
