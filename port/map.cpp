@@ -23,7 +23,7 @@ adp_port_row_t *find_row(Intf intf) {
     return &intf_to_phy_port[intf.value()];
 }
 
-adp_status_t fill_row(Intf intf, uint32_t word1, uint32_t word2, uint32_t phy, uint32_t attributes) {
+[[gnu::noinline]] adp_status_t fill_row(Intf intf, uint32_t word1, uint32_t word2, uint32_t phy, uint32_t attributes) {
     adp_port_row_t *row = find_row(intf);
     if (row == nullptr) {
         return ADP_FAIL;
