@@ -23,9 +23,4 @@ int32_t standing_port_number_of(Intf intf) {
     return phy_of(intf.kind() == IntfKind::kUserPort ? intf : manage_intf_of(intf)).value();
 }
 
-adp_status_t on_port_or_manager(Intf intf, PortStep step) {
-    const adp_status_t refusal = refusal_of(intf);
-    return refusal != ADP_OK ? refusal : step(PhyPort(standing_port_number_of(intf)));
-}
-
 }  // namespace adp

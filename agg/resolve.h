@@ -45,12 +45,6 @@ adp_status_t refusal_of(Intf intf);
 /** The physical port of a user port, of a group that of its management interface. */
 int32_t standing_port_number_of(Intf intf);
 
-/**
- * Answers step(physical port) for a user port, and for a group that of its management interface; without one that is
- * interface 0, the CPU port. Other interfaces as in by_kind().
- */
-adp_status_t on_port_or_manager(Intf intf, PortStep step);
-
 /** The answer of calls that do not fan out to what is no user port: ADP_OK for a user port. */
 constexpr adp_status_t refusal_but_of_ports(Intf intf) {
     if (intf.kind() == IntfKind::kUserPort) {
@@ -75,12 +69,23 @@ template <typename... Values>
     return refusal != ADP_OK ? refusal : driver_status(call(0, 0, phy_of(intf).value(), values...));
 }
 
-/** As on_port_or_manager() above, with the driver's own result. */
+/**
+ * The driver call on a user port, and for a group on its management interface; without one that is interface 0, the CPU
+ * port. The answer is the driver's own result, for other interfaces as in by_kind().
+ */
 template <typename... Values>
 [[gnu::noinline]] adp_status_t call_port_or_manager(Intf intf, PortCall<Values...> call,
                                                     std::type_identity_t<Values>... values) {
     const adp_status_t refusal = refusal_of(intf);
     return refusal != ADP_OK ? refusal : call(0, 0, standing_port_number_of(intf), values...);
+}
+
+/** The same for calls that answer any failure of the driver's with ADP_E_DRIVER. */
+template <typename... Values>
+[[gnu::noinline]] adp_status_t read_port_or_manager(Intf intf, PortCall<Values...> call,
+                                                    std::type_identity_t<Values>... values) {
+    const adp_status_t refusal = refusal_of(intf);
+    return refusal != ADP_OK ? refusal : driver_status(call(0, 0, standing_port_number_of(intf), values...));
 }
 
 }  // namespace adp

@@ -92,7 +92,7 @@ adp_status_t delete_by(const DeletesByMode &deletes, uint32_t mode, const uint8_
     return call(0, MacKey(mac).byte, low16(vid), last);
 }
 
-adp_status_t delete_by_port(PhyPort port, uint32_t mode) {
+[[gnu::noinline]] adp_status_t delete_by_port(PhyPort port, uint32_t mode) {
     return delete_by(kByPort, mode, kNoMac, kNoVlan, port.value());
 }
 

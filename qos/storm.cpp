@@ -52,10 +52,9 @@ adp_status_t adp_set_storm_control(uint32_t dev_id, adp_intf_t intf, uint32_t co
 }
 
 adp_status_t adp_get_storm_control(uint32_t dev_id, adp_intf_t intf, uint32_t code, uint32_t *rate, uint32_t *burst) {
-    const auto read = [=](PhyPort port) {
-        return adp::driver_status(user_rate_bandwidth_get(0, 0, port.value(), adp::storm_type(code), rate, burst));
-    };
-    return adp::unless_no_device(dev_id, [&] { return adp::on_port_or_manager(Intf(intf), read); });
+    return adp::unless_no_device(dev_id, [=] {
+        return adp::read_port_or_manager(Intf(intf), user_rate_bandwidth_get, adp::storm_type(code), rate, burst);
+    });
 }
 
 adp_status_t adp_set_storm_seltype(uint32_t dev_id, adp_intf_t intf, uint32_t code, uint32_t value) {

@@ -7,12 +7,6 @@
 namespace adp {
 namespace {
 
-/** A read: any failure of the driver's is ADP_E_DRIVER. */
-template <typename Call>
-adp_status_t read_from(Intf intf, Call call) {
-    return on_port_or_manager(intf, [&](PhyPort port) { return driver_status(call(port)); });
-}
-
 /** Only for a group; a group that there is not has none either, but is refused by the read itself. */
 bool lacks_manager(Intf intf) {
     return intf.kind() == IntfKind::kAggregation && TrunkId(intf).is_valid() && manage_intf_of(intf) == kNoIntf;
@@ -42,8 +36,7 @@ adp_status_t adp_vlan_dtag_delete_all() {
 }
 
 adp_status_t adp_vlan_dtag_get(adp_intf_t intf, uint32_t vlan, uint32_t *c, uint32_t *d) {
-    return adp::read_from(Intf(intf),
-                          [=](PhyPort port) { return user_vlan_dtag_get(0, 0, port.value(), low16(vlan), c, d); });
+    return adp::read_port_or_manager(Intf(intf), user_vlan_dtag_get, low16(vlan), c, d);
 }
 
 adp_status_t adp_double_tag_set(adp_intf_t intf, uint32_t mode) {
@@ -56,7 +49,7 @@ adp_status_t adp_double_tag_get(adp_intf_t intf, uint32_t *mode) {
     if (adp::lacks_manager(Intf(intf))) {
         return ADP_OK;
     }
-    return adp::read_from(Intf(intf), [=](PhyPort port) { return user_port_dtag_mode_get(0, 0, port.value(), mode); });
+    return adp::read_port_or_manager(Intf(intf), user_port_dtag_mode_get, mode);
 }
 
 adp_status_t adp_double_tag_tipd_set(adp_intf_t intf, uint32_t tpid, adp_word_t c) {
@@ -66,5 +59,5 @@ adp_status_t adp_double_tag_tipd_set(adp_intf_t intf, uint32_t tpid, adp_word_t 
 }
 
 adp_status_t adp_double_tag_tpid_get(adp_intf_t intf, uint32_t *tpid) {
-    return adp::read_from(Intf(intf), [=](PhyPort port) { return user_port_tpid_get(0, 0, port.value(), tpid); });
+    return adp::read_port_or_manager(Intf(intf), user_port_tpid_get, tpid);
 }
