@@ -9,7 +9,11 @@ uint32_t answering_number_of(Intf agg) {
 }
 
 adp_status_t on_port_or_members(Intf intf, Members which, PortStep step) {
-    return by_kind(intf, step, [=](Intf agg) { return until_first_failure(agg, which, step); });
+    const adp_status_t refusal = refusal_of(intf);
+    if (refusal != ADP_OK) {
+        return refusal;
+    }
+    return intf.kind() == IntfKind::kUserPort ? step(phy_of(intf)) : until_first_failure(intf, which, step);
 }
 
 adp_status_t refusal_of(Intf intf) {

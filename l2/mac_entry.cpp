@@ -53,12 +53,15 @@ using adp::PhyPort;
 
 adp_status_t adp_add_mac_addr(const uint8_t mac[ADP_MAC_BYTES], adp_intf_t intf, uint32_t vid, uint32_t is_static) {
     const uint32_t flags = adp::low8(is_static) == adp::kStaticAsked ? NETLINK_L2_STATIC : 0;
-    return adp::by_kind(
-        Intf(intf), [=](PhyPort port) { return adp::add_entry(mac, vid, flags, port.value(), adp::kNoTrunk); },
-        [=](Intf agg) {
-            const PhyPort port = adp::phy_of(adp::manage_intf_of(agg));
-            return adp::add_entry(mac, vid, flags | NETLINK_L2_TO_TRUNK, port.value(), adp::get_chip_tgid(agg));
-        });
+    const Intf target(intf);
+    const adp_status_t refusal = adp::refusal_of(target);
+    if (refusal != ADP_OK) {
+        return refusal;
+    }
+    const int32_t port = adp::standing_port_number_of(target);
+    return target.kind() == adp::IntfKind::kUserPort
+               ? adp::add_entry(mac, vid, flags, port, adp::kNoTrunk)
+               : adp::add_entry(mac, vid, flags | NETLINK_L2_TO_TRUNK, port, adp::get_chip_tgid(target));
 }
 
 // A group is not looked up here, its trunk id is enough: so it is not checked either.

@@ -82,18 +82,7 @@ class TxTag {
     }
 
     /** Adds a port to the bitmap; false for a port that has no bit in it. */
-    constexpr bool add(PhyPort port) {
-        const int32_t number = port.value();
-        if (number < 0 || number > kLastTaggedPort) {
-            return false;
-        }
-        if (number < kFirstHighPort) {
-            first_ |= 1u << number;
-        } else {
-            second_ |= 1u << (number - kFirstHighPort);
-        }
-        return true;
-    }
+    bool add(PhyPort port);
 
   private:
     uint32_t first_ = 0;
