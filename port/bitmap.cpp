@@ -2,9 +2,18 @@
 #include "port/bitmap.h"
 
 #include <adp/port.h>
+#include <string.h>
 
 namespace adp {
 namespace {
+
+/** Rows whose interface has a place in a set. */
+uint32_t rows_in_set() {
+    if (intf_to_phy_port == nullptr) {
+        return 0;
+    }
+    return adp_max_phy_port_num < kPortSetBits ? adp_max_phy_port_num + 1 : kPortSetBits;
+}
 
 using Translation = int32_t (*)(uint32_t);
 
@@ -33,17 +42,33 @@ adp_status_t translate_pair(uint32_t *bitmap, Translation translate) {
 
 }  // namespace
 
-// One pass over the map: a look-up for each port would be a pass for each.
-adp_port_set_t translated_set(const uint32_t *from, Direction direction) {
+// Sets are translated in one pass over the map: a look-up for each port would be a pass for each.
+
+adp_port_set_t phy_set_of(const uint32_t *intfs) {
     adp_port_set_t result = {};
-    adp_port_set_t translated = {};
-    for (uint32_t row = 0; intf_to_phy_port != nullptr && row < kPortSetBits && row <= adp_max_phy_port_num; ++row) {
-        const uint32_t port = intf_to_phy_port[row].phy;
-        const uint32_t number = direction == Direction::kToPhy ? row : port;
-        const uint32_t other = direction == Direction::kToPhy ? port : row;
-        if (number < kPortSetBits && has_bit(from, number) && !has_bit(translated.word, number)) {
-            set_bit(translated.word, number);
-            set_bit_inside(result.word, other);
+    const uint32_t rows = rows_in_set();
+    const adp_port_row_t *row = intf_to_phy_port;
+    for (uint32_t intf = 0; intf < rows; ++intf, ++row) {
+        if (has_bit(intfs, intf)) {
+            // A port that is negative as the driver numbers it is a large number here, outside the set.
+            set_bit_inside(result.word, row->phy);
+        }
+    }
+    return result;
+}
+
+adp_port_set_t intf_set_of(const uint32_t *ports) {
+    adp_port_set_t result = {};
+    adp_port_set_t untranslated;
+    memcpy(untranslated.word, ports, sizeof untranslated.word);
+    const uint32_t rows = rows_in_set();
+    const adp_port_row_t *row = intf_to_phy_port;
+    for (uint32_t intf = 0; intf < rows; ++intf, ++row) {
+        const uint32_t port = row->phy;
+        if (port < kPortSetBits && has_bit(untranslated.word, port)) {
+            // Of several rows with one port the lowest is its interface.
+            untranslated.word[port / kWordBits] &= ~(1u << port % kWordBits);
+            set_bit(result.word, intf);
         }
     }
     return result;

@@ -66,10 +66,12 @@ int32_t adp_intf_2_phy_id(adp_intf_t intf) {
 }
 
 int32_t adp_phy_2_intf_id(uint32_t phy) {
-    if (intf_to_phy_port != nullptr) {
-        for (uint32_t row = 0; row <= adp_max_phy_port_num; ++row) {
-            if (intf_to_phy_port[row].phy == phy) {
-                return static_cast<int32_t>(row);
+    const adp_port_row_t *const rows = intf_to_phy_port;
+    if (rows != nullptr) {
+        const adp_port_row_t *const last = rows + adp_max_phy_port_num;
+        for (const adp_port_row_t *row = rows; row <= last; ++row) {
+            if (row->phy == phy) {
+                return static_cast<int32_t>(row - rows);
             }
         }
     }
