@@ -45,7 +45,7 @@ int32_t until_first_failure_in_slots(const MemberList &members, uint32_t slots, 
  */
 int32_t until_first_failure_own_result(const MemberList &members, MemberStep step);
 
-/** The same walk over a group's members, as physical ports. */
+/** The same walk over the members of a group that exists, as physical ports. */
 int32_t until_first_failure_own_result(Intf agg, Members which, PortStep step);
 
 /** The status of calls that report any driver failure as ADP_E_DRIVER. */

@@ -27,14 +27,22 @@ adp_status_t get_one(Intf intf, DriverGet get, uint32_t *value) {
         });
 }
 
+constexpr int32_t kFound = 1;  // ends a walk, as no driver status does
+
 /** A group is linked as its first linked active member is; one that does not exist reads as down, too. */
 adp_status_t get_link(Intf intf, DriverGet get, uint32_t *value) {
     if (intf.kind() == IntfKind::kUserPort) {
         return read_port(get, phy_of(intf), value);
     }
     *value = 0;
-    return on_port_or_members(intf, Members::kActive,
-                              [=](PhyPort port) { return *value != 0 ? 0 : get(0, 0, port.value(), value); });
+    if (!TrunkId(intf).is_valid()) {
+        return ADP_FAIL;
+    }
+    const int32_t end = until_first_failure_own_result(intf, Members::kActive, [=](PhyPort port) {
+        const adp_status_t status = read_port(get, port, value);
+        return status == ADP_OK && *value != 0 ? kFound : status;
+    });
+    return end == kFound ? ADP_OK : end;
 }
 
 /** A held interface is the administrator's enabled one, whatever the port is. */
