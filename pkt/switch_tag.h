@@ -19,19 +19,18 @@ inline constexpr uint32_t kTxTagLength = 10;
 inline constexpr uint32_t kRxTagLength = 6;
 inline constexpr uint32_t kRxTaggedHeaderLength = kMacAddressesLength + kRxTagLength;
 
-/** A field of one of a tag's 32-bit words: its lowest bit and its width. */
+/** A field of one of a tag's 32-bit words: its lowest bit, and its width, less than the word. */
 struct TagField {
     uint32_t shift;
     uint32_t width;
 
-    constexpr uint32_t mask() const { return width == 32 ? 0xFFFFFFFFu : (1u << width) - 1; }
+    constexpr uint32_t mask() const { return (1u << width) - 1; }
     [[gnu::always_inline]] constexpr uint32_t get(uint32_t word) const { return word >> shift & mask(); }
     [[gnu::always_inline]] constexpr uint32_t put(uint32_t word, uint32_t value) const {
         return (word & ~(mask() << shift)) | (value & mask()) << shift;
     }
 };
 
-inline constexpr uint32_t kTxWordsLength = 8;
 inline constexpr TagField kTxOpcode{29, 3};
 inline constexpr TagField kTxFlags{25, 4};
 inline constexpr TagField kTxDestination{0, 25};  // one port, or a bitmap of the ports 0..24

@@ -1,5 +1,6 @@
 // Starts the library up, as a management process does, and shows what of its mappings is this process's own by then:
-// a line "start-end size private" in bytes for each mapping of libadp.so.
+// a line "start-end size private" in bytes for each mapping of libadp.so. Private are the pages that were copied
+// because the process has written to them; pages of a file that was built just now count as dirty too, but are shared.
 #include <adp/adp.h>
 #include <stdint.h>
 #include <stdio.h>
@@ -39,8 +40,8 @@ static int show_mappings(FILE *maps) {
             range[strcspn(range, " ")] = '\0';
         } else if (kilobytes_in(line, "Size:") >= 0) {
             size = kilobytes_in(line, "Size:");
-        } else if (range[0] != '\0' && kilobytes_in(line, "Private_Dirty:") >= 0) {
-            printf("%s %ld %ld\n", range, size * (long)KILOBYTE, kilobytes_in(line, "Private_Dirty:") * (long)KILOBYTE);
+        } else if (range[0] != '\0' && kilobytes_in(line, "Anonymous:") >= 0) {
+            printf("%s %ld %ld\n", range, size * (long)KILOBYTE, kilobytes_in(line, "Anonymous:") * (long)KILOBYTE);
             ++shown;
         }
     }
