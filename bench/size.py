@@ -24,8 +24,9 @@ EMULATED = ("mips",)
 AIM_BUILD, AIM_BYTES = "mips", 48 * 1024
 STRIP = {"host": "strip", "mips": "mips-linux-gnu-strip"}
 # Shown and counted, in this order; a build has those that its linker makes.
-SECTIONS = (".text", ".rodata", ".plt", ".plt.sec", ".plt.got", ".MIPS.stubs", ".data", ".data.rel.ro", ".got", ".got.plt",
-            ".bss", ".eh_frame", ".rel.dyn", ".rela.dyn", ".rela.plt", ".dynsym", ".dynstr")  # fmt: skip
+SECTIONS = (".text", ".rodata", ".plt", ".plt.sec", ".plt.got", ".MIPS.stubs", ".data", ".data.rel.ro", ".got",
+            ".got.plt", ".bss", ".eh_frame", ".rel.dyn", ".rela.dyn", ".rela.plt", ".dynsym", ".dynstr")  # fmt: skip
+COUNTED = ("stripped file", "dynamic symbols", "relocations", "names in the global offset table")
 LARGEST = 20
 ROUNDS = {"host": 1000, "mips": 200}
 QUICK_ROUNDS = 50
@@ -76,7 +77,7 @@ def symbols_of(library, *options):
 
 
 def relocations_of(library):
-    """Entries of the relocation tables, and on the target the names in its global offset table, which have none there."""
+    """Entries of the relocation tables, and on the target the names in the global offset table, which have none."""
     tables = sum(bool(RELOCATION.match(line)) for line in run("readelf", "-rW", library).splitlines())
     by_name = sum(bool(GLOBAL_ENTRY.match(line)) for line in run("readelf", "-AW", library).splitlines())
     return tables, by_name
@@ -149,7 +150,7 @@ def measure_build(build, options):
 
 def counts_of(build, found):
     counts = {f"{build}{name}": size for name, size in found["sections"].items()}
-    for name in ("code and constants", "stripped file", "dynamic symbols", "relocations", "names in the global offset table"):
+    for name in ("code and constants", *COUNTED):
         if name in found:
             counts[f"{build}.{name.replace(' ', '-')}"] = found[name]
     return counts
@@ -162,8 +163,7 @@ def table(title, what, results, value_of):
 
 
 def figures(found):
-    shown = {name: found.get(name) for name in
-             ("stripped file", "dynamic symbols", "relocations", "names in the global offset table", "functions")}  # fmt: skip
+    shown = {name: found.get(name) for name in (*COUNTED, "functions")}
     shown["pages that can be written to"] = found["writable"]
     shown["of them private and dirty after start-up"] = found.get("memory", {}).get("private")
     if "load" in found:
@@ -180,15 +180,16 @@ def measure(options):
         table("Code and constants", ["code and constants", "of them allowed on the target"], results,
               lambda found, name: found["code and constants"] if name == "code and constants"
               else AIM_BYTES if found is results.get(AIM_BUILD) else None),
-        table("Other figures", figures(next(iter(results.values()))), results, lambda found, name: figures(found)[name]),
+        table("Other figures", figures(next(iter(results.values()))), results,
+              lambda found, name: figures(found)[name]),
     ]  # fmt: skip
     for build, found in results.items():
         tables.append({"title": f"Build {build}: the {LARGEST} largest functions", "columns": ["bytes", "function"],
                        "rows": [list(row) for row in found["largest"]]})  # fmt: skip
     counts = {key: count for build, found in results.items() for key, count in counts_of(build, found).items()}
-    notes = ["Private and dirty are the pages of the library's own mappings that a process has written to when it is started up.",
-             "For the target that cannot be seen: the emulator copies what it loads. What can be written to is the most it can be.",
-             "The target's load time is the emulator's, with the translation of the loader's code in both."]  # fmt: skip
+    notes = ["Private and dirty are the library's pages that a process has written to when it is started up.",
+             "For the target that cannot be seen, as the emulator copies what it loads: at most all writable pages.",
+             "The target's load time is the emulator's, with its translation of the loader's code."]  # fmt: skip
     return {"tables": tables, "counts": counts, "notes": notes, "builds": results}
 
 
