@@ -10,7 +10,7 @@ def build_of(key):
 
 
 class Baseline:
-    """bench/baseline.json: {benchmark: {key: count}}, a line for each count so that a change of it is read in a diff."""
+    """bench/baseline.json: {benchmark: {key: count}}, a line for each count, so that its change is read in a diff."""
 
     def __init__(self, path):
         self._path = path
@@ -35,15 +35,16 @@ class Baseline:
             for key in sorted(kept.keys() & found.keys()):
                 smaller += found[key] < kept[key]
                 if found[key] > kept[key] * (1 + ALLOWED_GROWTH):
-                    lines.append(f"{name}: {key} has grown from {kept[key]} to {found[key]}{percent(kept[key], found[key])}")
+                    lines.append(f"{name}: {key} has grown from {growth(kept[key], found[key])}")
         print("\n".join(lines), file=out)
         if lines or not compared:
-            print(f"FAILED: {len(lines)} of {compared} counts. If this is as it should be: script/bench --update-baseline",
-                  file=out)  # fmt: skip
+            print(f"FAILED: {len(lines)} of {compared} counts. If they are as they should be: "
+                  "script/bench --update-baseline", file=out)  # fmt: skip
             return 1
-        print(f"ok: {compared} counts, none over the baseline by more than {ALLOWED_GROWTH:.0%}, {smaller} below it", file=out)
+        print(f"ok: {compared} counts, none over the baseline by more than {ALLOWED_GROWTH:.0%}, {smaller} below it",
+              file=out)  # fmt: skip
         return 0
 
 
-def percent(before, after):
-    return f", {(after - before) / before:+.1%}" if before else ""
+def growth(before, after):
+    return f"{before} to {after}" + (f", {(after - before) / before:+.1%}" if before else "")

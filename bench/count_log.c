@@ -28,11 +28,12 @@ static struct count *find(const char *name) {
             return &counts[index - 1];
         }
     }
-    if (count_of_counts == MOST_FUNCTIONS || strlen(name) >= LONGEST_NAME) {
+    const size_t length = strlen(name);
+    if (count_of_counts == MOST_FUNCTIONS || length >= LONGEST_NAME) {
         fprintf(stderr, "count_log: there is no room for %s\n", name);
         exit(EXIT_FAILURE);
     }
-    strcpy(counts[count_of_counts].name, name);
+    memcpy(counts[count_of_counts].name, name, length + 1);
     return &counts[count_of_counts++];
 }
 

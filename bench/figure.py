@@ -14,9 +14,12 @@ WIDTH = 6.4
 
 
 @contextlib.contextmanager
-def saved(path, columns=1, height=4.0):
-    """Axes side by side, as a list; what was drawn on them is written to the path."""
-    drawing, axes = pyplot.subplots(1, columns, figsize=(WIDTH * columns, height), squeeze=False, layout="constrained")
+def saved(path, columns=1, height=4.0, width=1):
+    """Axes side by side, as a list; what was drawn on them is written to the path. Each is `width` times as wide as
+    usual.
+    """
+    size = (WIDTH * columns * width, height)
+    drawing, axes = pyplot.subplots(1, columns, figsize=size, squeeze=False, layout="constrained")
     try:
         yield list(axes[0])
         drawing.savefig(path, format="svg", metadata=METADATA)

@@ -16,10 +16,13 @@ from lab.builds import Build
 from bench.problem import BenchError
 
 SECONDS = 1200
-# Names are bound when the program starts, so that nobody's first call pays for that.
-ENVIRONMENT = {"LD_BIND_NOW": "1"}
+# Names are bound when the program starts, so that nobody's first call pays for that; and the C library copies memory in
+# the way that every processor of the host's family knows, so that the host's counts are those of any such machine.
+ENVIRONMENT = {
+    "LD_BIND_NOW": "1",
+    "GLIBC_TUNABLES": "glibc.cpu.hwcaps=-AVX512F,-AVX512VL,-AVX2,-AVX2_Usable,-AVX_Fast_Unaligned_Load,-ERMS,-FSRM",
+}
 FIXED_ADDRESSES = ("setarch", "--addr-no-randomize")
-CORE = min(os.sched_getaffinity(0))
 CALLED = re.compile(r"cfn=(\S+)")
 
 
@@ -54,30 +57,26 @@ def read_profile(path):
     return counts
 
 
-def on_core(command):
-    """The command on one core, the same for all that are started so."""
-    return ["taskset", "--cpu-list", str(CORE), *map(str, command)]
-
-
-def on_host(program, arguments, environment):
+def on_host(program, arguments, environment, within):
     with tempfile.TemporaryDirectory() as folder:
         profile = os.path.join(folder, "profile")
-        run(on_core(["/usr/bin/valgrind", "--tool=callgrind", f"--callgrind-out-file={profile}", "--compress-strings=no",
-             "--compress-pos=no", *Build("host").command(program, *arguments)]), environment)  # fmt: skip
+        profiler = ["/usr/bin/valgrind", "--tool=callgrind", f"--callgrind-out-file={profile}",
+                    "--compress-strings=no", "--compress-pos=no"]  # fmt: skip
+        run([*within, *profiler, *Build("host").command(program, *arguments)], environment)
         return read_profile(profile)
 
 
-def on_target(program, arguments, environment):
+def on_target(program, arguments, environment, within):
     emulator, *rest = Build("mips").command(program, *arguments)
     with tempfile.TemporaryDirectory() as folder:
         # The log is far too large to be kept.
         log = os.path.join(folder, "log")
         os.mkfifo(log)
         with open(os.path.join(folder, "counts"), "w+", encoding="utf-8") as counts:
-            reader = subprocess.Popen(["/bin/sh", "-c", 'exec "$0" <"$1"', *Build("host").command("bench_count_log"), log],
-                                      stdout=counts)  # fmt: skip
+            adder = ["/bin/sh", "-c", 'exec "$0" <"$1"', *Build("host").command("bench_count_log"), log]
+            reader = subprocess.Popen(adder, stdout=counts)
             try:
-                run(on_core([emulator, "-singlestep", "-d", "nochain,exec", "-D", log, *rest]), environment)
+                run([*within, emulator, "-singlestep", "-d", "nochain,exec", "-D", log, *rest], environment)
                 if reader.wait(SECONDS) != 0:
                     raise BenchError("the emulator's log could not be read, see above")
             finally:
@@ -88,15 +87,15 @@ def on_target(program, arguments, environment):
         return {name: Count(int(calls), int(instructions)) for name, calls, instructions in lines}
 
 
-def count(build, program, *arguments, environment=None):
-    """{function: Count} of all that a build's program measures."""
-    counted = (on_target if build == "mips" else on_host)(program, arguments, environment or {})
+def count(build, program, *arguments, environment=None, within=()):
+    """{function: Count} of all that a build's program measures. `within` is a command that runs the program's."""
+    counted = (on_target if build == "mips" else on_host)(program, arguments, environment or {}, within)
     if not counted:
         raise BenchError(f"{program} of the build {build} measures nothing")
     return counted
 
 
-def per_call(build, program, *arguments, environment=None):
+def per_call(build, program, *arguments, **more):
     """{function: instructions per call}."""
-    counts = count(build, program, *arguments, environment=environment)
+    counts = count(build, program, *arguments, **more)
     return {name: found.instructions / found.calls for name, found in counts.items()}

@@ -53,21 +53,18 @@ def build(modules, builds):
     for name in builds:
         targets = sorted({target for module in modules for target in getattr(module, "TARGETS", {}).get(name, [])})
         if targets:
-            configure = ["cmake", "--preset", name, "-DADP_BENCH=ON"]
-            done = subprocess.run(configure, cwd=ROOT, check=False, capture_output=True, text=True)
-            if done.returncode != 0:
-                raise BenchError(f"'{' '.join(configure)}' failed:\n{done.stdout}{done.stderr}")
             say(["script/build", name, *targets])
 
 
 def run(module, options):
-    print(f"\n{module.TITLE}\n", flush=True)
+    print(f"\n{module.TITLE}" + ("" if options.counts_only else "\n"), flush=True)
     result = module.measure(options)
     result.setdefault("counts", {})
-    report.show(result, sys.stdout)
-    report.keep(result, RESULTS / f"{module.NAME}.json")
-    if hasattr(module, "plot"):
-        module.plot(result, RESULTS / f"{module.NAME}.svg")
+    if not options.counts_only:
+        report.show(result, sys.stdout)
+        report.keep(result, RESULTS / f"{module.NAME}.json")
+        if hasattr(module, "plot"):
+            module.plot(result, RESULTS / f"{module.NAME}.svg")
     return result
 
 
@@ -83,7 +80,9 @@ def main():
     RESULTS.mkdir(parents=True, exist_ok=True)
     build(modules, options.builds)
     counts = {module.NAME: run(module, options)["counts"] for module in modules}
-    print(f"\nResults and plots: {RESULTS.relative_to(ROOT)}")
+    print()
+    if not options.counts_only:
+        print(f"Results and plots: {RESULTS.relative_to(ROOT)}")
     baseline = Baseline(pathlib.Path(__file__).with_name("baseline.json"))
     if options.update_baseline:
         baseline.replace(counts, options.builds)

@@ -3,8 +3,8 @@
 
     generate_driver.py --answers answers.txt --output instant.c --types types.h --library NAME HEADER ...
 
-The code is compiled as the imported libraries, and once more with INSTANT(name) as other names, for a program that has
-its own definitions of the calls and hands them on through the table instant_calls.
+The code is compiled as the imported libraries, and once more for a program that finds the calls by their numbers, in the
+table instant_calls.
 """
 import argparse
 import pathlib
@@ -18,10 +18,6 @@ import model       # noqa: E402
 
 HEAD = """// Generated from the headers of the imported libraries. Do not edit.
 #include <string.h>
-
-#ifndef INSTANT
-#define INSTANT(name) name
-#endif
 
 """
 # Calls whose success is not 0, and how they say it.
@@ -59,7 +55,7 @@ def definition(function, answers):
     unused = "".join(f"    (void){param.name};\n" for param in function.params)
     rest = ", ..." if function.variadic else ""
     fixed = ", ".join(emit_calls.declare(param) for param in function.params) or "void"
-    return f"{emit_calls.spaced(function.returns)}INSTANT({function.name})({fixed}{rest}) {{\n{unused}{body}{result}}}\n\n"
+    return f"{emit_calls.spaced(function.returns)}{function.name}({fixed}{rest}) {{\n{unused}{body}{result}}}\n\n"
 
 
 def main():
@@ -76,8 +72,8 @@ def main():
     if answers:
         sys.exit(f"generate_driver.py: nobody writes {', '.join('.'.join(key) for key in answers)}")
     # A function's address fits a data pointer on every machine that has a dynamic linker.
-    table = "".join(f"    (void *)INSTANT({function.name}),\n" for function in calls.functions)
-    options.output.write_text(f"{HEAD}{includes}\nuintptr_t INSTANT(erps_event_queue) = 0;\n\n{bodies}"
+    table = "".join(f"    (void *){function.name},\n" for function in calls.functions)
+    options.output.write_text(f"{HEAD}{includes}\nuintptr_t erps_event_queue = 0;\n\n{bodies}"
                               f"void *const instant_calls[] = {{\n{table}}};\n", encoding="utf-8")
 
 

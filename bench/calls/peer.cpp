@@ -1,11 +1,21 @@
-// The other end of the shipped driver's socket: answers each request at once, with success. It ends when its standard
-// input does, and says how many calls it has answered: peer SOCKET.
+// The other end of the shipped driver's socket: runs a command whose driver calls it answers with success, and checks
+// that there were as many as there should be: peer SOCKET CALLS COMMAND [ARGUMENT ...].
+//
+// An answer goes out only once the caller waits for it. So every call takes the same way through its driver, whoever
+// else is busy on the machine.
 #include <poll.h>
 #include <sched.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <fstream>
+#include <stdexcept>
+#include <string>
 
 #include "platform/call_table.h"
 #include "platform/invoke.h"
@@ -15,6 +25,64 @@ extern "C" void *const instant_calls[];
 
 namespace {
 
+constexpr std::chrono::seconds kPatience{60};
+
+/** The command that makes the calls. */
+class Caller {
+  public:
+    explicit Caller(char **command) : process_(fork()) {
+        if (process_ == 0) {
+            execvp(command[0], command);
+            std::perror(command[0]);
+            _exit(EXIT_FAILURE);
+        }
+        descriptor_ = static_cast<int>(syscall(SYS_pidfd_open, process_, 0));
+        if (process_ < 0 || descriptor_ < 0) {
+            throw std::runtime_error("the command cannot be started");
+        }
+    }
+    ~Caller() { close(descriptor_); }
+    Caller(const Caller &) = delete;
+    Caller &operator=(const Caller &) = delete;
+
+    /** Readable when the command has ended. */
+    [[nodiscard]] int poll_fd() const { return descriptor_; }
+
+    void wait_until_it_waits() const {
+        const auto end = std::chrono::steady_clock::now() + kPatience;
+        while (!waits()) {
+            if (std::chrono::steady_clock::now() > end) {
+                throw std::runtime_error("the caller does not wait for its answer");
+            }
+            sched_yield();
+        }
+    }
+
+    [[nodiscard]] bool has_succeeded() const {
+        int status = 0;
+        return waitpid(process_, &status, 0) == process_ && WIFEXITED(status) && WEXITSTATUS(status) == EXIT_SUCCESS;
+    }
+
+  private:
+    /** Whether it is in the system call that waits: the emulator makes the newer one of an older. */
+    [[nodiscard]] bool waits() const {
+        std::ifstream file("/proc/" + std::to_string(process_) + "/syscall");
+        std::string call;
+        if (!(file >> call)) {
+            throw std::runtime_error("the system does not tell what the caller does");
+        }
+#ifdef SYS_poll
+        if (call == std::to_string(SYS_poll)) {
+            return true;
+        }
+#endif
+        return call == std::to_string(SYS_ppoll);
+    }
+
+    pid_t process_;
+    int descriptor_ = -1;
+};
+
 int64_t answer(platform::CallId id, const void *const *arguments) {
     // The logger takes a format, which the caller's side has already made a text.
     return id == platform::CallId::Log_logging_func
@@ -22,44 +90,52 @@ int64_t answer(platform::CallId id, const void *const *arguments) {
                : platform::call_function(instant_calls[static_cast<std::size_t>(id)], id, arguments);
 }
 
-/** A caller that has asked goes on until it waits, so that every call takes the same way through its driver. */
-void never_interrupt_a_caller() {
-    const sched_param parameters{};
-    sched_setscheduler(0, SCHED_BATCH, &parameters);
-}
-
-void serve(vdevice::remote::Server &server) {
-    enum { kInput, kServer, kPolled };
+void serve(vdevice::remote::Server &server, const Caller &caller) {
+    enum { kCaller, kServer, kPolled };
     constexpr int kWithoutLimit = -1;
-    for (;;) {
-        pollfd ready[kPolled] = {{0, POLLIN, 0}, {server.poll_fd(), POLLIN, 0}};
+    pollfd ready[kPolled] = {{caller.poll_fd(), POLLIN, 0}, {server.poll_fd(), POLLIN, 0}};
+    while (ready[kCaller].revents == 0) {
         poll(ready, kPolled, kWithoutLimit);
         if (ready[kServer].revents != 0) {
             server.serve_ready();
-        } else if (ready[kInput].revents != 0) {
-            return;
         }
     }
+}
+
+int run(const char *socket, unsigned long long expected, char **command) {
+    const Caller *caller = nullptr;
+    vdevice::remote::Server server(
+        [&caller](platform::CallId id, const void *const *arguments) {
+            caller->wait_until_it_waits();
+            return answer(id, arguments);
+        },
+        socket);
+    const Caller started(command);
+    caller = &started;
+    serve(server, started);
+    if (!started.has_succeeded()) {
+        return EXIT_FAILURE;
+    }
+    if (server.counters().calls != expected) {
+        throw std::runtime_error(std::to_string(server.counters().calls) + " driver calls arrived, not " +
+                                 std::to_string(expected));
+    }
+    return EXIT_SUCCESS;
 }
 
 }  // namespace
 
 int main(int count, char **arguments) {
-    constexpr int kArguments = 2;
-    if (count != kArguments) {
-        std::fprintf(stderr, "usage: peer SOCKET\n");
+    enum Argument { kProgram, kSocket, kCalls, kCommand };
+    constexpr int kDecimal = 10;
+    if (count <= kCommand) {
+        std::fprintf(stderr, "usage: peer SOCKET CALLS COMMAND [ARGUMENT ...]\n");
         return EXIT_FAILURE;
     }
     try {
-        never_interrupt_a_caller();
-        vdevice::remote::Server server(answer, arguments[1]);
-        std::printf("ready\n");
-        std::fflush(stdout);
-        serve(server);
-        std::printf("%llu\n", static_cast<unsigned long long>(server.counters().calls));
+        return run(arguments[kSocket], std::strtoull(arguments[kCalls], nullptr, kDecimal), &arguments[kCommand]);
     } catch (const std::exception &error) {
         std::fprintf(stderr, "peer: %s\n", error.what());
         return EXIT_FAILURE;
     }
-    return EXIT_SUCCESS;
 }

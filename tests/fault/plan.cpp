@@ -3,8 +3,8 @@
 
 #include <algorithm>
 #include <charconv>
-#include <sstream>
 #include <iterator>
+#include <sstream>
 #include <stdexcept>
 
 #include "platform/call_table.h"

@@ -1,18 +1,15 @@
 // Compares every run with what its row says.
 #include "tests/fault/sweep.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <stdexcept>
 
 #include "platform/call_table.h"
 #include "tests/fault/plan.h"
 #include "tests/fault/run.h"
 #include "tests/fault/state.h"
+#include "tests/support/silence.h"
 
 namespace fault {
 namespace {
@@ -22,36 +19,6 @@ constexpr std::string_view kAllocation = "memory";
 constexpr std::string_view kLoggers[] = {"Log_logging_func", "sys_trace_add_log"};
 constexpr int32_t kNegative = -9;
 constexpr int32_t kPositive = 77;
-
-/** Sends what the library prints nowhere, for its lifetime. */
-class Silence {
-  public:
-    Silence() {
-        for (const int stream : {STDOUT_FILENO, STDERR_FILENO}) {
-            kept_[stream - STDOUT_FILENO] = dup(stream);
-        }
-        const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
-        replace(nowhere, nowhere);
-        close(nowhere);
-    }
-    ~Silence() {
-        replace(kept_[0], kept_[1]);
-        close(kept_[0]);
-        close(kept_[1]);
-    }
-    Silence(const Silence &) = delete;
-    Silence &operator=(const Silence &) = delete;
-
-  private:
-    static void replace(int out, int err) {
-        std::fflush(stdout);
-        std::fflush(stderr);
-        dup2(out, STDOUT_FILENO);
-        dup2(err, STDERR_FILENO);
-    }
-
-    int kept_[2] = {-1, -1};
-};
 
 /** What a call's failure is: the driver's calls give two results, so that rules for negative ones show. */
 std::vector<Failure> failures_of(const Item &item, std::size_t driver_calls, std::size_t same_name) {
@@ -316,7 +283,7 @@ Counts &Counts::operator+=(const Counts &more) {
 
 Report sweep(const Family &family) {
     Report report;
-    const Silence silence;
+    const silence::Silence silence;
     for (const Row &row : family.rows) {
         try {
             sweep_row(family, row, report);

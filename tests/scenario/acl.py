@@ -1,11 +1,7 @@
-"""Rules of the field processor as the scenarios write them: records for adpsh, and what clears them away again."""
+"""Rules of the field processor as the scenarios write them, and what clears them away again."""
 
 from lab.builds import Build
-
-WORD_BYTES = 4
-WORD_BITS = 32
-ALL_ONES = 0xFFFFFFFF
-BITMAP_BYTES = 32
+from lab.rules import ALL_ONES, WORD_BITS, RuleText
 
 REMARK_SUBMODULE = 1
 REMARK_FORM_FIELD, REMARK_FORM_PORTS = 1, 7
@@ -17,49 +13,14 @@ PERMIT, DROP, COPY_TO_CPU, TO_CPU, SET_VLAN, COUNT, MIRROR = 200, 201, 202, 203,
 FRAMES, OCTETS = 0, 1
 
 
-def listed(items):
-    return "[" + ",".join(items) + "]"
-
-
-class Acl:
-    """The rules of one adpsh session. Numbers are written in the byte order of the library's build."""
+class Acl(RuleText):
+    """The rules of one adpsh session."""
 
     def __init__(self, cpu, build):
+        super().__init__(Build(build).byte_order)
         self._cpu = cpu
-        self._order = Build(build).byte_order
         self._rules = set()
         assert cpu.result("adp_fp_init") == 0
-
-    # Records
-
-    def block(self, value):
-        """A number as its word, a set of ports as its bitmap, bytes as they are."""
-        if isinstance(value, int):
-            return value.to_bytes(WORD_BYTES, self._order)
-        if isinstance(value, set | frozenset):
-            bits = sum(1 << port for port in value)
-            words = [bits >> at & ALL_ONES for at in range(0, BITMAP_BYTES * 8, WORD_BITS)]
-            return b"".join(word.to_bytes(WORD_BYTES, self._order) for word in words)
-        return value
-
-    def qualifier(self, kind, data, mask=None):
-        """A condition; without a mask every bit counts."""
-        shown = self.block(data)
-        hidden = b"\xff" * len(shown) if mask is None else self.block(mask)
-        return f"{{type={kind} data={shown.hex()} mask={hidden.hex()}}}"
-
-    def action(self, kind, parameter=0, second=0):
-        return f"{{type={kind} param={self.block(parameter).hex()} param2={self.block(second).hex()}}}"
-
-    def record(self, submodule, entity, qualifiers=(), actions=(), priority=0):
-        """A rule of (type, data[, mask]) and (type[, parameter[, second parameter]]) tuples."""
-        conditions = [self.qualifier(*each) for each in qualifiers]
-        deeds = [self.action(*each) for each in actions]
-        return (
-            f"{{submodule_type={submodule} entity_id={entity} priority={priority}"
-            f" qualify_num={len(conditions)} action_num={len(deeds)}"
-            f" qualifies={listed(conditions)} actions={listed(deeds)}}}"
-        )
 
     # Rules
 

@@ -1,12 +1,12 @@
 """The rules' tables, full and empty again: the library's list and memory, the device's entries. Overlaps, refusals."""
 
 import pathlib
-from typing import NamedTuple
 
 import pytest
 from acl import DROP, PERMIT, SET_DSCP
 from crossing import NEIGHBOUR, SENDER
 from lab import Build
+from lab.rules import distinct_places
 from packets import Packet
 
 RULES = 900
@@ -22,44 +22,13 @@ RULE_MEMORY = 6 * KIBIBYTE
 MEMORY_TOLERANCE = 200 * RULE_MEMORY
 RULES_ONCE_MORE = 400
 
-# Where the entries of a group begin; a rule takes two in the wide ones.
-GROUP_BASES = {1: 1280, 2: 896, 3: 768, 4: 640, 5: 1024, 6: 512, 7: 384, 8: 256, 9: 0}
-WIDE_GROUPS = (1, 5)
-
-
-class Place(NamedTuple):
-    """A rule's key and the first of the device's entries that it takes."""
-
-    submodule: int
-    entity: int
-    entry: int
-    is_pair: bool
-
-    @property
-    def entries(self):
-        return {self.entry, self.entry + 1} if self.is_pair else {self.entry}
-
-
-def places_of(row):
-    """The rules that a submodule is meant to have; where its place in the group is negative, they begin later."""
-    width = 2 if row["group"] in WIDE_GROUPS else 1
-    first = max(0, -row["prio_base"])
-    for entity in range(first, first + row["entries"]):
-        entry = GROUP_BASES[row["group"]] + width * (row["prio_base"] + entity)
-        yield Place(row["submodule_type"], entity, entry, width == 2)
-
 
 @pytest.fixture
 def places(cpu):
     """900 rules on distinct entries, of all submodules that have any."""
-    chosen, taken = [], set()
-    for row in cpu.call("show g_stFpInfo")["value"]:
-        for place in places_of(row):
-            if not taken & place.entries:
-                chosen.append(place)
-                taken |= place.entries
-    assert len(chosen) >= RULES
-    return chosen[:RULES]
+    chosen = distinct_places(cpu.call("show g_stFpInfo")["value"], RULES)
+    assert len(chosen) == RULES
+    return chosen
 
 
 def memory_of(cpu):

@@ -17,9 +17,10 @@ Only the standard library is used. Modules, from the ground up: `netns` (namespa
 stop), `nic` (interfaces and frames on them), `frames` (building and describing frames), `builds` (programs of a build
 and the emulator), `device`, `host`, `shell` (adpsh as a function call), `bench` (the Lab itself), `cable`
 (what joins two of them), `pair` (two, joined by cables), `ring` (three in a ring, and its example program), `load`
-(many flows from one side to the other), `ip` (IPv4 packets), `listener` (multicast groups that a host's kernel joins),
-`acl`, `snooping` and `aggregation` (the example programs of an access list, of multicast snooping and of an aggregation
-group), `failover` (the latter on both devices of a pair, under load).
+(many flows from one side to the other), `rules` (records for adpsh, and their places in the chip), `ip` (IPv4 packets),
+`listener` (multicast groups that a host's kernel joins), `acl`, `snooping` and `aggregation` (the example programs of
+an access list, of multicast snooping and of an aggregation group), `failover` (the latter on both devices of a pair,
+under load).
 """
 
 from .bench import Lab

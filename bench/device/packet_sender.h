@@ -1,0 +1,33 @@
+// Sends frames on a network interface as fast as the kernel takes them.
+#pragma once
+
+#include <sys/socket.h>
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "bench/device/flows.h"
+#include "vdevice/io/unique_fd.h"
+
+namespace bench {
+
+class PacketSender {
+  public:
+    /** What it sends: frames as they are, or trains of them. */
+    enum class Kind { kFrames, kTrains };
+
+    /** Throws a std::system_error if there is no such interface or no privilege. */
+    PacketSender(const std::string &interface_name, Kind kind);
+
+    /** Sends these frames, or trains, a system call for many of them; gives how many the interface has taken. */
+    std::uint64_t send(std::span<const Frame> frames);
+
+  private:
+    vdevice::io::UniqueFd socket_;
+    std::vector<iovec> pieces_;
+    std::vector<mmsghdr> messages_;
+};
+
+}  // namespace bench

@@ -1,0 +1,32 @@
+/* The system calls of a frame on its way out, made directly, with the frame ready to be sent. */
+#ifndef BENCH_FRAMES_OUT_BARE_H
+#define BENCH_FRAMES_OUT_BARE_H
+
+#include <stdbool.h>
+#include <stddef.h>
+#include <stdint.h>
+
+enum { kTagBytes = 10, kLongestFrame = 1514, kLongestTagged = kLongestFrame + kTagBytes };
+
+/** A frame as it goes over the wire to the switch. */
+struct tagged_frame {
+    uint8_t bytes[kLongestTagged];
+    size_t length;
+};
+
+/** Opens a packet socket as the library does; negative when the system refuses. */
+int open_packet_socket(void);
+
+/** Opens ears on an interface; negative when the system refuses. */
+int listen_on(const char *interface);
+
+/** Takes the next frame that comes in there; false when none comes within a second. */
+bool take_frame(int ears, struct tagged_frame *frame);
+
+/** Looks up "eth0" and sends the frame there. */
+bool send_bare(int socket, const struct tagged_frame *frame);
+
+/** The same on a packet socket that is opened and closed for it. */
+bool send_bare_on_own_socket(const struct tagged_frame *frame);
+
+#endif

@@ -1,0 +1,100 @@
+#!/usr/bin/env python3
+"""Runs clang-tidy over the library, the virtual device and the tools (not over tests and generated code).
+
+tidy.py SOURCE_DIR BUILD_DIR
+
+Nearly all of clang-tidy's time goes into the standard library's headers, so the files of a folder are looked at
+together, in one translation unit that includes them all. Where that has findings, or where the files cannot stand
+together because two of them name a thing of their own alike, each half is looked at again, down to the single file,
+which alone decides.
+"""
+
+import json
+import os
+import shlex
+import subprocess
+import sys
+import tempfile
+from concurrent.futures import ThreadPoolExecutor
+from itertools import groupby
+from pathlib import Path
+
+LIBRARY = ("port", "pkt", "agg", "l2", "fp", "qos", "stg", "vlan")
+REST = ("vdevice", "platform", "adpsh", "bench")
+# The static analyzer is for the library alone: what it says of the rest is mostly about libraries.
+NO_ANALYZER = "--checks=-clang-analyzer-*"
+# The analyzer passes over what is included, and here everything is; including sources is what is done here.
+TOGETHER = ("--header-filter=.*[.]cpp$", "--extra-arg=-Xclang", "--extra-arg=-analyzer-opt-analyze-headers")
+TOGETHER_CHECKS = "-bugprone-suspicious-include"
+
+
+def sources(root, folder):
+    return sorted(str(path) for path in (root / folder).rglob("*.cpp") if not path.name.endswith("_test.cpp"))
+
+
+def flags_of(command):
+    """What a file is compiled with, without the compiler, the output and the file itself."""
+    words = shlex.split(command["command"])
+    return tuple(words[1:words.index("-o")])
+
+
+class Tidy:
+    def __init__(self, root, build):
+        self.root = root
+        self.build = build
+        commands = json.loads((build / "compile_commands.json").read_text())
+        self.flags = {command["file"]: flags_of(command) for command in commands}
+
+    def run(self, arguments):
+        done = subprocess.run(["clang-tidy-14", "--quiet", "--warnings-as-errors=*", *arguments], cwd=self.root,
+                              stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True, check=False)
+        return done.returncode == 0, done.stdout
+
+    def one(self, file, checks):
+        clean, words = self.run(["-p", str(self.build), checks, file])
+        return [] if clean else [words or f"clang-tidy fails on {file}\n"]
+
+    def together(self, files, checks):
+        with tempfile.TemporaryDirectory() as folder:
+            unit = Path(folder, "together.cpp")
+            unit.write_text("".join(f'#include "{file}"\n' for file in files))
+            clean, _ = self.run([*TOGETHER, f"{checks},{TOGETHER_CHECKS}", "--config-file=.clang-tidy", str(unit), "--",
+                                 *self.flags[files[0]]])
+        return clean
+
+    def findings(self, files, checks):
+        if len(files) == 1:
+            return self.one(files[0], checks)
+        if self.together(files, checks):
+            return []
+        half = len(files) // 2
+        return self.findings(files[:half], checks) + self.findings(files[half:], checks)
+
+    def batches(self, files):
+        """The files of one folder that are compiled alike."""
+        def key(file):
+            return str(Path(file).parent), self.flags.get(file, ())
+
+        return [list(batch) for _, batch in groupby(sorted(files, key=key), key=key)]
+
+
+def main(root, build):
+    tidy = Tidy(root, build)
+    work = []
+    count = 0
+    for folders, checks in ((LIBRARY, "--checks="), (REST, NO_ANALYZER)):
+        files = [file for folder in folders for file in sources(root, folder)]
+        if not files:
+            sys.exit("no sources found")
+        count += len(files)
+        work += [(batch, checks) for batch in tidy.batches(files)]
+    work.sort(key=lambda item: -len(item[0]))
+    with ThreadPoolExecutor(os.cpu_count()) as pool:
+        findings = [words for found in pool.map(lambda item: tidy.findings(*item), work) for words in found]
+    if findings:
+        sys.exit("".join(findings))
+    print(f"ok: {count} files are clean")
+
+
+if __name__ == "__main__":
+    main(Path(sys.argv[1]).resolve(), Path(sys.argv[2]).resolve())
