@@ -5,13 +5,14 @@
 
 #include "agg/members.h"
 #include "agg/tables.h"
+#include "port/attributes.h"
 
 namespace adp {
 namespace {
 
 MemberList candidates(Intf agg) {
-    const MemberList active = active_members(agg);
-    return active.count != 0 ? active : configured_members(agg);
+    const bool has_active = agg_info[TrunkId(agg).value()].count != 0;
+    return members_of(agg, has_active ? Members::kActive : Members::kConfigured);
 }
 
 }  // namespace
@@ -23,12 +24,11 @@ void elect_manage_intf(Intf agg) {
     // Empty slots stand for election too, and the status of the read is not looked at.
     for (uint32_t slot = 0; slot < members.counted_slots(); ++slot) {
         const uint32_t intf = members.slots[slot];
-        uint32_t link = 0;
-        adp_get_phy_port_attr(intf, ADP_ATTR_FIBRE_LINK, &link);
+        const bool is_linked = attribute_or_zero(Intf(intf), ADP_ATTR_FIBRE_LINK) != 0;
         if (intf > largest) {
             largest = intf;
         }
-        if (link != 0 && (smallest_linked == 0 || intf < smallest_linked)) {
+        if (is_linked && (smallest_linked == 0 || intf < smallest_linked)) {
             smallest_linked = intf;
         }
     }

@@ -3,9 +3,9 @@
 
 #include <adp/agg.h>
 #include <device_services.h>
-#include <stdio.h>
 
 #include "agg/tables.h"
+#include "port/trace.h"
 
 namespace adp {
 namespace {
@@ -14,7 +14,6 @@ constexpr int kLogLevel = 5;
 constexpr int kLogModule = 5;
 constexpr char kLogWord[] = "UPDOWN";
 constexpr char kInterfaceKind[] = "aggregateport";
-constexpr uint32_t kTraceBuffer = 256;
 // The event's first words are nobody's; the groups' words follow.
 constexpr uint32_t kFirstGroupWord = 16;
 
@@ -27,11 +26,7 @@ void announce_state(TrunkId trunk, bool is_up, const Announcer &announcer, uint3
     const auto group = static_cast<int>(trunk.value() + 1);
     const char *word = is_up ? "up" : "down";
     if (sys_trace_get() != 0) {
-        char prefix[kTraceBuffer] = {};
-        char message[kTraceBuffer] = {};
-        snprintf(prefix, sizeof prefix, "%s():%d", announcer.function, announcer.line);
-        snprintf(message, sizeof message, STATE_CHANGE_FORMAT, kInterfaceKind, group, word);
-        sys_trace_add_log(prefix, message);
+        add_trace(announcer.function, announcer.line, STATE_CHANGE_FORMAT, kInterfaceKind, group, word);
     }
     Log_logging_func(kLogLevel, kLogModule, kLogWord, STATE_CHANGE_FORMAT, kInterfaceKind, group, word);
     agg_link_status[group] = is_up ? 1 : 0;

@@ -22,33 +22,25 @@ Intf find_group_with(PhyPort port) {
     return kNoIntf;
 }
 
-adp_status_t link_up(Intf agg, Intf intf, uint32_t *changed) {
-    const uint32_t list[] = {intf.value()};
-    const adp_status_t result = hal_add_agg_member_ex(TrunkId(agg), 1, list, Commit::kNo, changed);
-    // No interface is below an empty slot's 0: a link-up never fills it.
-    if (intf.value() < manage_intf_of(agg).value()) {
-        SET_AGG_MANAGE_INTF(agg.value(), intf.value());
-    }
-    return result;
-}
-
-adp_status_t link_down(Intf agg, Intf intf, uint32_t *changed) {
-    const uint32_t list[] = {intf.value()};
-    const adp_status_t result = hal_del_agg_member_ex(TrunkId(agg), 1, list, Commit::kNo, changed);
-    if (intf == manage_intf_of(agg)) {
-        elect_manage_intf(agg);
-    }
-    return result;
-}
-
 }  // namespace
 }  // namespace adp
 
 adp_status_t adp_agg_linkscan_handle(adp_intf_t intf, uint32_t is_up, uint32_t *changed) {
-    const adp::Intf member(intf);
-    const adp::Intf agg = adp::find_group_with(adp::phy_of(member));
-    if (agg == adp::kNoIntf) {
+    using namespace adp;
+    const Intf agg = find_group_with(phy_of(Intf(intf)));
+    if (agg == kNoIntf) {
         return ADP_OK;
     }
-    return is_up != 0 ? adp::link_up(agg, member, changed) : adp::link_down(agg, member, changed);
+    const auto worker = is_up != 0 ? hal_add_agg_member_ex : hal_del_agg_member_ex;
+    const adp_status_t result = worker(TrunkId(agg), 1, &intf, Commit::kNo, changed);
+    const Intf manager = manage_intf_of(agg);
+    if (is_up == 0) {
+        if (manager == Intf(intf)) {
+            elect_manage_intf(agg);
+        }
+    } else if (intf < manager.value()) {
+        // No interface is below an empty slot's 0: a link-up never fills it.
+        SET_AGG_MANAGE_INTF(agg.value(), intf);
+    }
+    return result;
 }

@@ -14,6 +14,20 @@ adp_status_t refuse_group(uint32_t max, uint32_t *count, uint32_t *list) {
     return ADP_FAIL;
 }
 
+// What members_of() lists, each member looked up when the walk comes to it: a look-up is a pass over the map, and some
+// walks end with the first member.
+int32_t until_first_failure_of_active(const adp_agg_record_t &record, PortStep step) {
+    const auto count = static_cast<uint32_t>(record.count);
+    for (uint32_t slot = 0; count <= ADP_AGG_ACTIVE_MAX && slot < count; ++slot) {
+        const Intf member = intf_of(PhyPort(record.ports[slot]));
+        const int32_t result = member == kNoIntf ? 0 : step(phy_of(member));
+        if (result != 0) {
+            return result;
+        }
+    }
+    return 0;
+}
+
 }  // namespace
 
 adp_status_t list_active(Intf agg, uint32_t max, uint32_t *count, uint32_t *list) {
@@ -57,6 +71,53 @@ adp_status_t list_configured(Intf agg, uint32_t max, uint32_t *count, uint32_t *
     }
     *count = listed;
     return ADP_OK;
+}
+
+MemberList members_of(Intf agg, Members which) {
+    MemberList members;
+    if (which == Members::kActive) {
+        list_active(agg, ADP_AGG_ACTIVE_MAX, &members.count, members.slots);
+    } else {
+        list_configured(agg, ADP_MEMBER_LIST_SLOTS, &members.count, members.slots);
+    }
+    return members;
+}
+
+int32_t until_first_failure_in_slots(const MemberList &members, uint32_t slots, MemberStep step) {
+    for (uint32_t slot = 0; slot < slots; ++slot) {
+        if (members.slots[slot] == 0) {
+            continue;
+        }
+        const int32_t result = step(Intf(members.slots[slot]));
+        if (result != 0) {
+            return result;
+        }
+    }
+    return 0;
+}
+
+int32_t until_first_failure_own_result(const MemberList &members, MemberStep step) {
+    return until_first_failure_in_slots(members, members.counted_slots(), step);
+}
+
+int32_t until_first_failure_own_result(Intf agg, Members which, PortStep step) {
+    if (which == Members::kActive) {
+        return until_first_failure_of_active(agg_info[TrunkId(agg).value()], step);
+    }
+    return until_first_failure_own_result(members_of(agg, which), [=](Intf member) { return step(phy_of(member)); });
+}
+
+adp_status_t until_first_failure(Intf agg, Members which, PortStep step) {
+    return driver_status(until_first_failure_own_result(agg, which, step));
+}
+
+int32_t every_member_last_result(Intf agg, Members which, int32_t none, PortStep step) {
+    int32_t last = none;
+    until_first_failure_own_result(agg, which, [&](PhyPort port) {
+        last = step(port);
+        return 0;
+    });
+    return last;
 }
 
 }  // namespace adp

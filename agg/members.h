@@ -4,6 +4,7 @@
 
 #include <adp/agg.h>
 
+#include "agg/step.h"
 #include "port/map.h"
 #include "port/number.h"
 
@@ -25,64 +26,44 @@ struct MemberList {
 adp_status_t list_active(Intf agg, uint32_t max, uint32_t *count, uint32_t *list);
 adp_status_t list_configured(Intf agg, uint32_t max, uint32_t *count, uint32_t *list);
 
-/** The active members; the status is dropped, so nine members and more are as many empty slots. */
-inline MemberList active_members(Intf agg) {
-    MemberList members;
-    list_active(agg, ADP_AGG_ACTIVE_MAX, &members.count, members.slots);
-    return members;
-}
+/** Which of a group's members are meant. */
+enum class Members { kActive, kConfigured };
 
-/** The configured members; the status is dropped, so a bitmap of 27 members counts none. */
-inline MemberList configured_members(Intf agg) {
-    MemberList members;
-    list_configured(agg, ADP_MEMBER_LIST_SLOTS, &members.count, members.slots);
-    return members;
-}
+/**
+ * A group's members; the status of the reader is dropped, so nine active members and more are as many empty slots, and
+ * a bitmap of 27 configured members counts none.
+ */
+MemberList members_of(Intf agg, Members which);
 
 /** Applies step(member) to the non-empty ones of the first @p slots slots and stops at the first failure, its result.
  */
-template <typename Step>
-int32_t until_first_failure_in_slots(const MemberList &members, uint32_t slots, Step step) {
-    for (uint32_t slot = 0; slot < slots; ++slot) {
-        if (members.slots[slot] == 0) {
-            continue;
-        }
-        const int32_t result = step(Intf(members.slots[slot]));
-        if (result != 0) {
-            return result;
-        }
-    }
-    return 0;
-}
+int32_t until_first_failure_in_slots(const MemberList &members, uint32_t slots, MemberStep step);
 
 /**
  * Applies step(member) to the non-empty ones of the first count slots, empty ones counted, and stops at the first
  * failure with the step's own result.
  */
-template <typename Step>
-int32_t until_first_failure_own_result(const MemberList &members, Step step) {
-    return until_first_failure_in_slots(members, members.counted_slots(), step);
+int32_t until_first_failure_own_result(const MemberList &members, MemberStep step);
+
+/** The same walk over the members of a group that exists, as physical ports. */
+int32_t until_first_failure_own_result(Intf agg, Members which, PortStep step);
+
+/** The status of calls that report any driver failure as ADP_E_DRIVER. */
+constexpr adp_status_t driver_status(int32_t result) {
+    return result == 0 ? ADP_OK : ADP_E_DRIVER;
 }
 
-/** The same walk, which answers a failure with ADP_E_DRIVER. */
-template <typename Step>
-adp_status_t until_first_failure(const MemberList &members, Step step) {
-    return until_first_failure_own_result(members, step) == 0 ? ADP_OK : ADP_E_DRIVER;
+/** The same walks, which answer a failure with ADP_E_DRIVER. */
+inline adp_status_t until_first_failure(const MemberList &members, MemberStep step) {
+    return driver_status(until_first_failure_own_result(members, step));
 }
+adp_status_t until_first_failure(Intf agg, Members which, PortStep step);
 
 /**
- * Applies step(member) to all non-empty ones of the first count slots, whatever they answer; gives the last one's
- * result, and @p none when there is none.
+ * Applies step(port) to all non-empty ones of a group's members, whatever they answer; gives the last one's result, and
+ * @p none when there is none.
  */
-template <typename Step>
-int32_t every_member_last_result(const MemberList &members, int32_t none, Step step) {
-    int32_t last = none;
-    until_first_failure_own_result(members, [&](Intf member) {
-        last = step(member);
-        return 0;
-    });
-    return last;
-}
+int32_t every_member_last_result(Intf agg, Members which, int32_t none, PortStep step);
 
 }  // namespace adp
 

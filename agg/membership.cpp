@@ -25,70 +25,60 @@ void map_to(Intf agg, uint32_t count, const uint32_t *list) {
     }
 }
 
-adp_status_t add_members(Intf agg, uint32_t count, const uint32_t *list) {
-    const TrunkId trunk(agg);
-    if (!trunk.is_valid() || !has_rows(count, list)) {
-        return ADP_FAIL;
-    }
-    const adp_status_t result = hal_add_agg_member_ex(trunk, count, list, Commit::kYes, nullptr);
-    if (result == ADP_OK) {
-        elect_manage_intf(agg);
-        map_to(agg, count, list);
-    }
-    return result;
-}
+using Worker = decltype(&hal_add_agg_member_ex);
 
-// What a removal does after the trunk was programmed: the list form with an empty list does not elect, the bitmap does.
+// What follows the programming of the trunk: a removal of a list that is empty does not elect, everything else does.
 enum class EmptyList { kElects, kDoesNotElect };
 
-adp_status_t del_members(Intf agg, uint32_t count, const uint32_t *list, EmptyList empty) {
+/** @p mapped_to is the group that the listed interfaces have afterwards, or none. */
+adp_status_t change_members(Worker worker, Intf agg, uint32_t count, const uint32_t *list, Intf mapped_to,
+                            EmptyList empty = EmptyList::kElects) {
     const TrunkId trunk(agg);
     if (!trunk.is_valid() || !has_rows(count, list)) {
         return ADP_FAIL;
     }
-    const adp_status_t result = hal_del_agg_member_ex(trunk, count, list, Commit::kYes, nullptr);
+    const adp_status_t result = worker(trunk, count, list, Commit::kYes, nullptr);
     if (result == ADP_OK && (count != 0 || empty == EmptyList::kElects)) {
         elect_manage_intf(agg);
-        map_to(kNoIntf, count, list);
+        map_to(mapped_to, count, list);
     }
     return result;
 }
 
-/** The interfaces of a bitmap's first word. */
-struct BitmapList {
+/** The same with the interfaces of a bitmap's first word. */
+adp_status_t change_members_by_map(Worker worker, Intf agg, uint32_t word0, uint32_t word1, Intf mapped_to) {
+    if (word0 == 0 && word1 == 0) {
+        return ADP_OK;
+    }
     uint32_t count = 0;
     uint32_t intfs[kBitmapPositions] = {};
-
-    explicit BitmapList(uint32_t word) {
-        for (uint32_t n = 0; n < kBitmapPositions; ++n) {
-            if (has_bit(&word, n)) {
-                intfs[count++] = n;
-            }
+    for (uint32_t n = 0; n < kBitmapPositions; ++n) {
+        if ((word0 >> n & 1) != 0) {
+            intfs[count++] = n;
         }
     }
-};
+    return change_members(worker, agg, count, intfs, mapped_to);
+}
 
 }  // namespace
 }  // namespace adp
 
-using adp::BitmapList;
 using adp::Intf;
 
 adp_status_t adp_add_agg_member(adp_intf_t agg_intf, uint32_t count, const adp_intf_t *list) {
-    return count == 0 ? ADP_OK : adp::add_members(Intf(agg_intf), count, list);
+    return count == 0 ? ADP_OK
+                      : adp::change_members(adp::hal_add_agg_member_ex, Intf(agg_intf), count, list, Intf(agg_intf));
 }
 
 adp_status_t adp_add_agg_member_by_map(adp_intf_t agg_intf, uint32_t word0, uint32_t word1) {
-    const BitmapList list(word0);
-    return word0 == 0 && word1 == 0 ? ADP_OK : adp::add_members(Intf(agg_intf), list.count, list.intfs);
+    return adp::change_members_by_map(adp::hal_add_agg_member_ex, Intf(agg_intf), word0, word1, Intf(agg_intf));
 }
 
 adp_status_t adp_del_agg_member(adp_intf_t agg_intf, uint32_t count, const adp_intf_t *list) {
-    return adp::del_members(Intf(agg_intf), count, list, adp::EmptyList::kDoesNotElect);
+    return adp::change_members(adp::hal_del_agg_member_ex, Intf(agg_intf), count, list, adp::kNoIntf,
+                               adp::EmptyList::kDoesNotElect);
 }
 
 adp_status_t adp_del_agg_member_by_map(adp_intf_t agg_intf, uint32_t word0, uint32_t word1) {
-    const BitmapList list(word0);
-    return word0 == 0 && word1 == 0 ? ADP_OK
-                                    : adp::del_members(Intf(agg_intf), list.count, list.intfs, adp::EmptyList::kElects);
+    return adp::change_members_by_map(adp::hal_del_agg_member_ex, Intf(agg_intf), word0, word1, adp::kNoIntf);
 }

@@ -2,6 +2,8 @@
 #ifndef AGG_RESOLVE_H
 #define AGG_RESOLVE_H
 
+#include <type_traits>
+
 #include "agg/members.h"
 #include "agg/tables.h"
 #include "port/map.h"
@@ -24,49 +26,66 @@ adp_status_t by_kind(Intf intf, OnPort on_port, OnGroup on_group) {
     }
 }
 
+uint32_t answering_number_of(Intf agg);
+
 /** The member that answers a read on a group: its management interface, else its lowest configured member. */
-inline Intf answering_member_of(Intf agg) {
-    const Intf manager = manage_intf_of(agg);
-    return manager == kNoIntf ? lowest_configured_of(agg) : manager;
+[[gnu::always_inline]] inline Intf answering_member_of(Intf agg) {
+    return Intf(answering_number_of(agg));
 }
 
 /**
- * Answers call(physical port) for a user port, and for a group that of its management interface; without one that is
- * interface 0, the CPU port. Other interfaces as in by_kind().
+ * Answers step(physical port) with its own result for a user port; for a group the step is made for the members until
+ * one fails, which gives ADP_E_DRIVER. Other interfaces as in by_kind().
  */
-template <typename Call>
-adp_status_t on_port_or_manager(Intf intf, Call call) {
-    return by_kind(intf, call, [&](Intf agg) { return call(phy_of(manage_intf_of(agg))); });
+adp_status_t on_port_or_members(Intf intf, Members which, PortStep step);
+
+/** The answer of by_kind() to what has no port: ADP_OK for a user port and a group that exists. */
+adp_status_t refusal_of(Intf intf);
+
+/** The physical port of a user port, of a group that of its management interface. */
+int32_t standing_port_number_of(Intf intf);
+
+/** The answer of calls that do not fan out to what is no user port: ADP_OK for a user port. */
+constexpr adp_status_t refusal_but_of_ports(Intf intf) {
+    if (intf.kind() == IntfKind::kUserPort) {
+        return ADP_OK;
+    }
+    return intf.kind() == IntfKind::kAggregation ? ADP_E_DRIVER : ADP_E_INTF_TYPE;
 }
 
-/**
- * Answers call(physical port) with its own result for a user port; for a group the call is made for the active members
- * until one fails, which gives ADP_E_DRIVER. Other interfaces as in by_kind().
- */
-template <typename Call>
-adp_status_t on_port_or_active_members(Intf intf, Call call) {
-    return by_kind(intf, call, [&](Intf agg) {
-        return until_first_failure(active_members(agg), [&](Intf member) { return call(phy_of(member)); });
-    });
-}
+// The calls that need nothing but one port are handed over as they are, with what follows the port. One copy of each of
+// these serves all driver calls that take the same: that is why they must not be inlined.
 
-/** The status of calls that report any driver failure as ADP_E_DRIVER. */
-constexpr adp_status_t driver_status(int32_t result) {
-    return result == 0 ? ADP_OK : ADP_E_DRIVER;
-}
+/** A driver call on a port of unit 0. */
+template <typename... Values>
+using PortCall = int32_t (*)(uint32_t, uint32_t, int32_t, Values...);
 
 /** Calls that do not fan out: the port's driver call, ADP_E_DRIVER for a failure and for every aggregation interface.
  */
-template <typename Call>
-adp_status_t on_port_only(Intf intf, Call call) {
-    switch (intf.kind()) {
-        case IntfKind::kUserPort:
-            return driver_status(call(phy_of(intf)));
-        case IntfKind::kAggregation:
-            return ADP_E_DRIVER;
-        default:
-            return ADP_E_INTF_TYPE;
-    }
+template <typename... Values>
+[[gnu::noinline]] adp_status_t on_port_only(Intf intf, PortCall<Values...> call,
+                                            std::type_identity_t<Values>... values) {
+    const adp_status_t refusal = refusal_but_of_ports(intf);
+    return refusal != ADP_OK ? refusal : driver_status(call(0, 0, phy_of(intf).value(), values...));
+}
+
+/**
+ * The driver call on a user port, and for a group on its management interface; without one that is interface 0, the CPU
+ * port. The answer is the driver's own result, for other interfaces as in by_kind().
+ */
+template <typename... Values>
+[[gnu::noinline]] adp_status_t call_port_or_manager(Intf intf, PortCall<Values...> call,
+                                                    std::type_identity_t<Values>... values) {
+    const adp_status_t refusal = refusal_of(intf);
+    return refusal != ADP_OK ? refusal : call(0, 0, standing_port_number_of(intf), values...);
+}
+
+/** The same for calls that answer any failure of the driver's with ADP_E_DRIVER. */
+template <typename... Values>
+[[gnu::noinline]] adp_status_t read_port_or_manager(Intf intf, PortCall<Values...> call,
+                                                    std::type_identity_t<Values>... values) {
+    const adp_status_t refusal = refusal_of(intf);
+    return refusal != ADP_OK ? refusal : driver_status(call(0, 0, standing_port_number_of(intf), values...));
 }
 
 }  // namespace adp

@@ -8,32 +8,34 @@
 using adp::Intf;
 using adp::PhyPort;
 
+namespace {
+
+adp_status_t sum_over_members(Intf agg, uint32_t type, uint64_t *out) {
+    uint64_t sum = 0;
+    const adp_status_t status = adp::until_first_failure(agg, adp::Members::kActive, [&](PhyPort port) {
+        uint64_t value = 0;
+        const int32_t result = user_port_packetstat_get(0, 0, port.value(), type, &value);
+        sum += value;
+        return result;
+    });
+    if (status == ADP_OK) {
+        *out = sum;
+    }
+    return status;
+}
+
+}  // namespace
+
 adp_status_t adp_get_port_stat(adp_intf_t intf, uint32_t type, uint64_t *out) {
-    const auto read = [=](PhyPort port, uint64_t *value) {
-        return adp::driver_status(user_port_packetstat_get(0, 0, port.value(), type, value));
-    };
     return adp::by_kind(
-        Intf(intf), [&](PhyPort port) { return read(port, out); },
-        [&](Intf agg) {
-            uint64_t sum = 0;
-            const adp_status_t status = adp::until_first_failure(adp::active_members(agg), [&](Intf member) {
-                uint64_t value = 0;
-                const adp_status_t result = read(adp::phy_of(member), &value);
-                sum += value;
-                return result;
-            });
-            if (status == ADP_OK) {
-                *out = sum;
-            }
-            return status;
-        });
+        Intf(intf),
+        [=](PhyPort port) { return adp::driver_status(user_port_packetstat_get(0, 0, port.value(), type, out)); },
+        [=](Intf agg) { return sum_over_members(agg, type, out); });
 }
 
 adp_status_t adp_clr_port_stat(adp_intf_t intf) {
-    const auto clear = [](PhyPort port) { return adp::driver_status(user_port_packetstat_clear(0, 0, port.value())); };
-    return adp::by_kind(Intf(intf), clear, [&](Intf agg) {
-        return adp::until_first_failure(adp::active_members(agg),
-                                        [&](Intf member) { return clear(adp::phy_of(member)); });
+    return adp::on_port_or_members(Intf(intf), adp::Members::kActive, [](PhyPort port) {
+        return adp::driver_status(user_port_packetstat_clear(0, 0, port.value()));
     });
 }
 

@@ -25,23 +25,21 @@ adp_status_t answer(TrunkId trunk, Intf found, adp_intf_t *out) {
 
 }  // namespace
 
-Intf lowest_configured_of(Intf agg) {
+uint32_t manager_number_of(Intf agg) {
+    const TrunkId trunk(agg);
+    return trunk.is_valid() ? agg_manage_intf[trunk.value()] : kNoIntf.value();
+}
+
+uint32_t lowest_configured_number_of(Intf agg) {
     const TrunkId trunk(agg);
     if (trunk.is_valid()) {
         for (uint32_t n = 0; n < kBitmapPositions; ++n) {
             if (has_bit(agg_standby_members[trunk.value()], n)) {
-                return Intf(n);
+                return n;
             }
         }
     }
-    return kNoIntf;
-}
-
-Intf agg_of(Intf intf) {
-    if (intf.index() > adp_max_phy_port_num || intf_map_trunk == nullptr) {
-        return kNoIntf;
-    }
-    return Intf(intf_map_trunk[intf.index()]);
+    return kNoIntf.value();
 }
 
 }  // namespace adp
@@ -50,7 +48,8 @@ using adp::Intf;
 using adp::TrunkId;
 
 adp_intf_t GET_INTF_MAPPING_AGGINTF(adp_intf_t intf) {
-    return adp::agg_of(Intf(intf)).value();
+    const uint32_t row = Intf(intf).index();
+    return row > adp_max_phy_port_num || intf_map_trunk == nullptr ? adp::kNoIntf.value() : intf_map_trunk[row];
 }
 
 adp_status_t adp_get_agg_group_drvid(adp_intf_t agg_intf, uint32_t *trunk_id) {

@@ -6,6 +6,7 @@
 
 #include "agg/event.h"
 #include "agg/tables.h"
+#include "port/attributes.h"
 #include "port/map.h"
 
 namespace adp {
@@ -24,7 +25,7 @@ uint32_t member_count(const adp_agg_record_t &record) {
 }
 
 // False when the record is full: its eleven bytes are all there is.
-bool append(adp_agg_record_t *record, PhyPort port) {
+[[gnu::noinline]] bool append(adp_agg_record_t *record, PhyPort port) {
     if (member_count(*record) >= ADP_AGG_MEMBER_BYTES) {
         return false;
     }
@@ -51,10 +52,8 @@ bool is_listed(PhyPort port, uint32_t count, const uint32_t *list) {
     return false;
 }
 
-bool is_linked(uint8_t port) {
-    uint32_t link = 0;
-    adp_get_phy_port_attr(intf_of(PhyPort(port)).value(), ADP_ATTR_LINK, &link);
-    return link == kLinked;
+bool is_linked(PhyPort port) {
+    return attribute_or_zero(intf_of(port), ADP_ATTR_LINK) == kLinked;
 }
 
 // Only the members that were there before are compared: a port listed twice is appended twice.
@@ -105,7 +104,7 @@ adp_status_t hal_add_agg_member_ex(TrunkId trunk, uint32_t count, const uint32_t
     }
     bool any_linked = false;
     for (uint32_t i = 0; i < member_count(record); ++i) {
-        any_linked |= is_linked(record.ports[i]);
+        any_linked |= is_linked(PhyPort(record.ports[i]));
     }
     const int32_t result = user_trunk_set(0, 0, driver_trunk(trunk), without_in_use(record));
     if (any_linked) {
@@ -130,11 +129,9 @@ adp_status_t hal_del_agg_member_ex(TrunkId trunk, uint32_t count, const uint32_t
         const PhyPort port(before.ports[i]);
         if (!is_listed(port, count, list)) {
             append(&kept, port);
-        }
-    }
-    for (uint32_t i = 0; i < member_count(kept); ++i) {
-        if (is_linked(kept.ports[i])) {
-            append(&linked, PhyPort(kept.ports[i]));
+            if (is_linked(port)) {
+                append(&linked, port);
+            }
         }
     }
     if (linked.count != 0) {

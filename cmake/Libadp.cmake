@@ -6,6 +6,14 @@ target_link_libraries(adp_objects PRIVATE adp_warnings adp_headers)
 target_compile_options(adp_objects PRIVATE -fno-exceptions -fno-rtti -fno-threadsafe-statics -fvisibility=hidden
                                            -fno-semantic-interposition -ffunction-sections -fdata-sections)
 
+# The target's flash and memory are small, and what a call costs is what it costs in the driver. There, what the compiler
+# computes ahead of time needs more saved registers than it spares instructions.
+target_compile_options(adp_objects PRIVATE $<$<CONFIG:RelWithDebInfo>:-Os>)
+if(CMAKE_CROSSCOMPILING)
+    target_compile_options(adp_objects PRIVATE
+        $<$<CONFIG:RelWithDebInfo>:-fno-move-loop-invariants;-fno-gcse;-fno-expensive-optimizations>)
+endif()
+
 set(symbols ${CMAKE_SOURCE_DIR}/platform/symbols)
 set(export_map ${CMAKE_BINARY_DIR}/generated/libadp.map)
 file(STRINGS ${symbols}/exported-functions.txt functions REGEX "^[^#]")

@@ -21,15 +21,17 @@ constexpr bool is_double(const FpInfo &row) {
     return row.group == 1 || row.group == 5;
 }
 
-/** A field's scalar: its first word. The fields are bytes, so that records have no padding to be right about. */
+// A field's scalar is its first word. The fields are bytes, so that records have no padding to be right about; each
+// begins where a word may stand, which spares the target a call to copy four bytes.
+
 inline uint32_t load_word(const uint8_t *field) {
     uint32_t word = 0;
-    memcpy(&word, field, sizeof word);
+    memcpy(&word, __builtin_assume_aligned(field, alignof(uint32_t)), sizeof word);
     return word;
 }
 
 inline void store_word(uint8_t *field, uint32_t word) {
-    memcpy(field, &word, sizeof word);
+    memcpy(__builtin_assume_aligned(field, alignof(uint32_t)), &word, sizeof word);
 }
 
 }  // namespace adp

@@ -1,6 +1,7 @@
 // The log lines of an installation, written out whole, in the log and in the trace.
 #include "fp/log.h"
 #include "fp/test_support.h"
+#include "port/trace.h"
 
 namespace {
 

@@ -1,29 +1,28 @@
-// A line of the trace: its place and its text, each in a buffer of the trace's size.
+// Log lines of the field processor.
 #include "fp/log.h"
 
-#include <stdarg.h>
-#include <stdio.h>
+#include <device_services.h>
+
+#include "port/trace.h"
 
 namespace adp {
 namespace {
 
-constexpr uint32_t kTraceBuffer = 256;
+constexpr int32_t kLogLevel = 7;
+constexpr int32_t kLogModule = 18;
+constexpr char kLogWord[] = "ACL";
 
 }  // namespace
 
-void add_trace(const char *function, int32_t line, const char *format, ...) {
-    char place[kTraceBuffer] = {};
-    char text[kTraceBuffer] = {};
-    snprintf(place, sizeof place, "%s():%d", function, line);
-    va_list arguments;
-    va_start(arguments, format);
-    // The formats are the log points' constants; as members of a table they are no literals to the compiler.
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wformat-nonliteral"
-    vsnprintf(text, sizeof text, format, arguments);
-#pragma GCC diagnostic pop
-    va_end(arguments);
-    sys_trace_add_log(place, text);
+void log_numbers(const LogPoint &point, int32_t a, int32_t b, int32_t c, int32_t d, int32_t e) {
+    if (sys_trace_get() != 0) {
+        add_trace(point.function, point.line, point.format, point.function, point.line, a, b, c, d, e);
+    }
+    Log_logging_func(kLogLevel, kLogModule, kLogWord, point.format, point.function, point.line, a, b, c, d, e);
+}
+
+void log_numbers(const LogPoint &point, int32_t a, int32_t b, int32_t c) {
+    log_numbers(point, a, b, c, 0, 0);
 }
 
 }  // namespace adp

@@ -11,7 +11,7 @@ constexpr int kActionsFullLine = 720;
 constexpr uint32_t kShortBytes = 2;
 
 // Both calls print this, and both with the number of qualifiers.
-int32_t refuse_full(const char *function, int line, const FpEntity &entity) {
+[[gnu::noinline]] int32_t refuse_full(const char *function, int line, const FpEntity &entity) {
     printf("%s:[%05d] Fp qualify number=[%d] was full!~\n", function, line, entity.qualify_num);
     return ADP_FAIL;
 }

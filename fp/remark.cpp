@@ -68,9 +68,9 @@ void shift_to_interfaces(uint32_t (&bitmap)[2]) {
 
 // An empty record has room for all that a request puts in: nothing is refused here.
 void append(FpEntity &entity, uint32_t type, const void *data, uint32_t length) {
-    uint8_t all_ones[sizeof(adp_ports_t)];
-    memset(all_ones, 0xFF, sizeof all_ones);
-    adp_fp_add_entity_qualify(&entity, type, data, length, all_ones, static_cast<int32_t>(length));
+    static constexpr adp_port_set_t kAllOnes = {
+        {UINT32_MAX, UINT32_MAX, UINT32_MAX, UINT32_MAX, UINT32_MAX, UINT32_MAX, UINT32_MAX, UINT32_MAX}};
+    adp_fp_add_entity_qualify(&entity, type, data, length, kAllOnes.word, static_cast<int32_t>(length));
 }
 
 void append_ports(FpEntity &entity, const RemarkRule &rule) {

@@ -33,7 +33,7 @@ adp_status_t close_port(adp_intf_t intf, int32_t learning_mode) {
 
 /** The lowest active member; an empty first slot is never replaced, since none is lower. */
 uint32_t smallest_member(Intf agg) {
-    const MemberList members = active_members(agg);
+    const MemberList members = members_of(agg, Members::kActive);
     uint32_t smallest = members.slots[0];
     for (uint32_t slot = 1; slot < members.counted_slots(); ++slot) {
         if (members.slots[slot] != 0 && members.slots[slot] < smallest) {

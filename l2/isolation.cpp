@@ -29,17 +29,15 @@ adp_status_t hal_set_port_isolate(adp_intf_t intf, uint32_t word0, uint32_t word
     const auto write = [&](PhyPort port) {
         return adp::driver_status(user_port_egress_set(0, 0, port.value(), 0, ports));
     };
-    return adp::by_kind(Intf(intf), write, [&](Intf agg) {
-        return adp::until_first_failure(adp::configured_members(agg),
-                                        [&](Intf member) { return write(adp::phy_of(member)); });
-    });
+    return adp::on_port_or_members(Intf(intf), adp::Members::kConfigured, write);
 }
 
 adp_status_t hal_get_port_isolate(adp_intf_t intf, uint32_t map[2]) {
     if (Intf(intf).kind() == adp::IntfKind::kAggregation) {
         map[0] = map[1] = 0;  // what a group outside 1..8 leaves
     }
-    return adp::on_port_or_manager(Intf(intf), [=](PhyPort port) { return read_isolation(port, map); });
+    const adp_status_t refusal = adp::refusal_of(Intf(intf));
+    return refusal != ADP_OK ? refusal : read_isolation(PhyPort(adp::standing_port_number_of(Intf(intf))), map);
 }
 
 adp_status_t adp_set_port_isolate(adp_intf_t intf, uint32_t word0, uint32_t word1) {

@@ -36,12 +36,18 @@ struct IntfList {
 
 // The driver numbers the ports of an entry in two ways. It looks up, and adds, physical ports; it creates a group and
 // removes members by the numbers on the front, which are the interfaces' own. The first two words hold them all.
-void add_front_ports(uint32_t (&ports)[kFrontPortWords], Intf intf) {
+void add_front_port(uint32_t *ports, uint32_t number) {
+    if (number < kFrontPortWords * kWordBits) {
+        set_bit(ports, number);
+    }
+}
+
+void add_front_ports(uint32_t *ports, Intf intf) {
     if (intf.kind() == IntfKind::kUserPort) {
-        set_bit_inside(ports, intf.index());
+        add_front_port(ports, intf.index());
     } else if (intf.kind() == IntfKind::kAggregation) {
-        every_member_last_result(configured_members(intf), 0, [&](Intf member) {
-            set_bit_inside(ports, member.value());
+        until_first_failure(members_of(intf, Members::kConfigured), [&](Intf member) {
+            add_front_port(ports, member.value());
             return 0;
         });
     }
@@ -49,10 +55,11 @@ void add_front_ports(uint32_t (&ports)[kFrontPortWords], Intf intf) {
 
 /** Without an interface the entry's ports stay as they are. */
 void set_front_ports(netlink_mcast_entry_t &entry, const IntfList &list) {
-    uint32_t ports[kFrontPortWords] = {};
+    if (list.count != 0) {
+        entry.ports[0] = entry.ports[1] = 0;
+    }
     for (const adp_intf_t intf : list) {
-        add_front_ports(ports, Intf(intf));
-        memcpy(entry.ports, ports, sizeof ports);
+        add_front_ports(entry.ports, Intf(intf));
     }
 }
 
@@ -104,7 +111,7 @@ adp_status_t adp_add_igmpsn_member(const uint8_t mac[6], uint32_t vid, uint32_t 
     adp::look_up(mac, vid, &entry);
     for (const adp_intf_t number : intfs) {
         const Intf intf(number);
-        if (intf.kind() == IntfKind::kOther) {
+        if (!intf.has_known_kind()) {
             return ADP_E_INTF_TYPE;
         }
         if (intf.kind() == IntfKind::kUserPort) {

@@ -16,11 +16,20 @@ constexpr TxTag tag_for(TxOpcode opcode, uint32_t flags = kForwardFlags) {
     return {static_cast<uint32_t>(opcode), flags};
 }
 
-static_assert(read_be32(tag_for(TxOpcode::kSwitch).words()) == 0x38000000);
-static_assert(read_be32(tag_for(TxOpcode::kVlanPort).words()) == 0x78000000);
-static_assert(read_be32(tag_for(TxOpcode::kOnePort, kOnePortFlags).words()) == 0xDA000000);
-static_assert(read_be32(tag_for(TxOpcode::kPorts).words()) == 0x98000000);
-static_assert(read_be32(tag_for(TxOpcode::kAllPorts).words()) == 0xF8000000);
+constexpr TxTag kTags[] = {
+    tag_for(TxOpcode::kPorts),                   // ADP_TX_PORTS
+    tag_for(TxOpcode::kSwitch),                  // ADP_TX_SWITCH
+    tag_for(TxOpcode::kVlanPort),                // ADP_TX_VLAN_PORT
+    tag_for(TxOpcode::kOnePort, kOnePortFlags),  // ADP_TX_ONE_PORT
+    tag_for(TxOpcode::kVlanPort),                // ADP_TX_VLAN_NOT_SOURCE
+};
+constexpr uint32_t kModes = sizeof kTags / sizeof kTags[0];
+constexpr TxTag kFloodTag = tag_for(TxOpcode::kAllPorts);
+
+static_assert(kModes == ADP_TX_VLAN_NOT_SOURCE + 1);
+static_assert(kTags[ADP_TX_PORTS].first() == 0x98000000 && kTags[ADP_TX_SWITCH].first() == 0x38000000);
+static_assert(kTags[ADP_TX_ONE_PORT].first() == 0xDA000000 && kTags[ADP_TX_VLAN_PORT].first() == 0x78000000);
+static_assert(kFloodTag.first() == 0xF8000000);
 
 /** The VLAN of a call: none, or a fetched member bitmap. */
 struct VlanFilter {
@@ -31,27 +40,26 @@ struct VlanFilter {
         given = true;
         return members.fetch(vid);
     }
-    bool fetch_if_given(uint32_t vid) { return vid == ADP_NO_VLAN || fetch(vid); }
     bool passes(Intf intf) const { return !given || members.has(intf); }
 };
 
-Intf intf_of_node(const adp_list_link_t *node) {
+[[gnu::always_inline]] inline Intf intf_of_node(const adp_list_link_t *node) {
     return Intf(reinterpret_cast<const adp_tx_dest_t *>(node)->intf);
 }
 
-// The user port that stands for a destination: itself, or the management interface; kNoIntf when there is none.
-Intf port_standing_for(Intf intf) {
+// The user port that stands for a destination: itself, or the management interface; 0 when there is none.
+uint32_t number_standing_for(Intf intf) {
     switch (intf.kind()) {
         case IntfKind::kUserPort:
-            return intf;
+            return intf.value();
         case IntfKind::kAggregation:
-            return manage_intf_of(intf);
+            return manage_intf_of(intf).value();
         default:
-            return kNoIntf;
+            return kNoIntf.value();
     }
 }
 
-// Modes 2 to 4: every node is checked, the last one that names a port is the destination.
+// The modes of one port: every node is checked, the last one that names a port is the destination.
 constexpr Intf kNonePassedOver = kNoIntf;
 
 bool aim_at_last(const adp_list_link_t *list, const VlanFilter &vlan, Intf passed_over, TxTag *tag) {
@@ -60,7 +68,7 @@ bool aim_at_last(const adp_list_link_t *list, const VlanFilter &vlan, Intf passe
         if (intf == passed_over) {
             continue;
         }
-        if (intf.kind() == IntfKind::kOther) {
+        if (!intf.has_known_kind()) {
             return false;
         }
         if (intf.index() == 0) {
@@ -69,7 +77,7 @@ bool aim_at_last(const adp_list_link_t *list, const VlanFilter &vlan, Intf passe
         if (!vlan.passes(intf)) {
             return false;
         }
-        const Intf port = port_standing_for(intf);
+        const Intf port(number_standing_for(intf));
         if (port != kNoIntf) {
             tag->aim_at(phy_of(port));
         }
@@ -79,7 +87,7 @@ bool aim_at_last(const adp_list_link_t *list, const VlanFilter &vlan, Intf passe
 
 // Mode 0: what is no member or names no port is passed over.
 bool add_if_reachable(Intf intf, const VlanFilter &vlan, TxTag *tag) {
-    const Intf port = port_standing_for(intf);
+    const Intf port(number_standing_for(intf));
     return port != kNoIntf && vlan.passes(intf) && tag->add(phy_of(port));
 }
 
@@ -113,36 +121,35 @@ bool add_flooded(const VlanFilter &vlan, Intf source, TxTag *tag) {
     return added;
 }
 
-bool build_ports_tag(const adp_list_link_t *list, uint32_t vid, Intf source, TxTag *tag) {
-    VlanFilter vlan;
-    *tag = tag_for(list == nullptr && vid == ADP_NO_VLAN ? TxOpcode::kAllPorts : TxOpcode::kPorts);
-    if (!vlan.fetch_if_given(vid)) {
-        return false;
-    }
-    return list == nullptr ? add_flooded(vlan, source, tag) : add_listed(list, vlan, source, tag);
+/** Two modes cannot do without a VLAN, the others take what is given. */
+constexpr bool asks_for_vlan(uint32_t mode, uint32_t vid) {
+    return mode == ADP_TX_VLAN_PORT || mode == ADP_TX_VLAN_NOT_SOURCE || vid != ADP_NO_VLAN;
 }
 
 }  // namespace
 
 bool build_tag(uint32_t mode, const adp_list_link_t *list, uint32_t vid, Intf source, TxTag *tag) {
-    VlanFilter vlan;
-    switch (mode) {
-        case ADP_TX_PORTS:
-            return build_ports_tag(list, vid, source, tag);
-        case ADP_TX_SWITCH:
-            *tag = tag_for(TxOpcode::kSwitch);
-            return true;
-        case ADP_TX_ONE_PORT:
-            *tag = tag_for(TxOpcode::kOnePort, kOnePortFlags);
-            return list != nullptr && vlan.fetch_if_given(vid) && aim_at_last(list, vlan, kNonePassedOver, tag);
-        case ADP_TX_VLAN_PORT:
-        case ADP_TX_VLAN_NOT_SOURCE:
-            *tag = tag_for(TxOpcode::kVlanPort);
-            return list != nullptr && vlan.fetch(vid) &&
-                   aim_at_last(list, vlan, mode == ADP_TX_VLAN_NOT_SOURCE ? source : kNonePassedOver, tag);
-        default:
-            return false;
+    if (mode >= kModes) {
+        return false;
     }
+    const bool is_flooded = list == nullptr && mode == ADP_TX_PORTS;
+    *tag = is_flooded && vid == ADP_NO_VLAN ? kFloodTag : kTags[mode];
+    if (mode == ADP_TX_SWITCH) {
+        return true;
+    }
+    if (list == nullptr && !is_flooded) {
+        return false;
+    }
+    VlanFilter vlan;
+    if (asks_for_vlan(mode, vid) && !vlan.fetch(vid)) {
+        return false;
+    }
+    if (is_flooded) {
+        return add_flooded(vlan, source, tag);
+    }
+    return mode == ADP_TX_PORTS
+               ? add_listed(list, vlan, source, tag)
+               : aim_at_last(list, vlan, mode == ADP_TX_VLAN_NOT_SOURCE ? source : kNonePassedOver, tag);
 }
 
 }  // namespace adp

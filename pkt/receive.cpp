@@ -12,7 +12,7 @@ namespace adp {
 
 PhyPort ingress_port_of(const uint8_t *frame) {
     // The tag's type, two bytes, is not looked at.
-    return PhyPort(static_cast<int32_t>(kRxIngressPort.get(frame + kMacAddressesLength + 2)));
+    return PhyPort(static_cast<int32_t>(kRxIngressPort.get(read_be32(frame + kMacAddressesLength + 2))));
 }
 
 void strip_rx_tag(uint8_t *frame, uint32_t length) {

@@ -8,40 +8,51 @@
 namespace adp {
 namespace {
 
-// A tag built with interface numbers has interface kFirstHighPort + bit at each bit of its second word.
-void translate_bitmap(uint8_t *tag) {
-    TxTag physical;
-    for (uint32_t bit = 0; bit < kTxDestination.width; ++bit) {
-        if ((kTxDestination.get(tag) >> bit & 1) != 0) {
-            physical.add(phy_of(Intf(bit)));
-        }
-    }
-    for (uint32_t bit = 0; bit < kTxHighPorts.width; ++bit) {
-        const PhyPort port = phy_of(Intf(kFirstHighPort + bit));
-        // Only ports of the second word stay: one that translates to the first word is dropped.
-        if ((kTxHighPorts.get(tag) >> bit & 1) != 0 && port.value() >= kFirstHighPort) {
+// A tag built with interface numbers has their bits where ports of the same numbers have theirs.
+TxTag with_physical_ports(const TxTag &tag) {
+    TxTag physical = tag;
+    physical.clear_ports();
+    for (int32_t number = 0; number <= kLastTaggedPort; ++number) {
+        const PhyPort port = phy_of(Intf(static_cast<uint32_t>(number)));
+        // Of the second word's interfaces only ports of the second word stay: one that translates to the first is
+        // dropped.
+        if (tag.has(number) && (number < kFirstHighPort || port.value() >= kFirstHighPort)) {
             physical.add(port);
         }
     }
-    kTxDestination.set(tag, kTxDestination.get(physical.words()));
-    kTxHighPorts.set(tag, kTxHighPorts.get(physical.words()));
+    return physical;
 }
 
 }  // namespace
 }  // namespace adp
 
+bool adp::TxTag::add(PhyPort port) {
+    const int32_t number = port.value();
+    if (number < 0 || number > kLastTaggedPort) {
+        return false;
+    }
+    if (number < kFirstHighPort) {
+        first_ |= 1u << number;
+    } else {
+        second_ |= 1u << (number - kFirstHighPort);
+    }
+    return true;
+}
+
 void adp_bcmtag_dest_port_intf_2_phy(uint8_t tag[8]) {
     using namespace adp;
-    switch (static_cast<TxOpcode>(kTxOpcode.get(tag))) {
+    TxTag translated(tag);
+    switch (static_cast<TxOpcode>(translated.opcode())) {
         case TxOpcode::kPorts:
-            translate_bitmap(tag);
+            translated = with_physical_ports(translated);
             break;
         case TxOpcode::kVlanPort:
         case TxOpcode::kPort:
         case TxOpcode::kOnePort:
-            kTxDestination.set(tag, static_cast<uint32_t>(phy_of(Intf(kTxDestination.get(tag))).value()));
+            translated.aim_at(phy_of(Intf(translated.destination())));
             break;
         default:
-            break;
+            return;
     }
+    translated.write_to(tag);
 }

@@ -14,30 +14,35 @@ Bytes tag_of(uint32_t word1, uint32_t word2) {
     return tag;
 }
 
+Bytes bytes_of(const adp::TxTag &tag) {
+    Bytes bytes(8);
+    tag.write_to(bytes.data());
+    return bytes;
+}
+
 TEST(TagFields, StandAtTheirPlacesInBigEndianBytes) {
-    uint8_t words[8] = {};
-    adp::kTxOpcode.set(words, 4);
-    adp::kTxFlags.set(words, 0xC);
-    adp::kTxDestination.set(words, 0x1000002);
-    adp::kTxHighPorts.set(words, 0x80000001);
-    EXPECT_EQ(Bytes(words, words + 8), (Bytes{0x99, 0x00, 0x00, 0x02, 0x80, 0x00, 0x00, 0x01}));
-    EXPECT_EQ(adp::kTxOpcode.get(words), 4u);
-    EXPECT_EQ(adp::kTxFlags.get(words), 0xCu);
-    EXPECT_EQ(adp::kTxDestination.get(words), 0x1000002u);
-    EXPECT_EQ(adp::kTxHighPorts.get(words), 0x80000001u);
+    const uint32_t word = adp::kTxDestination.put(adp::kTxFlags.put(adp::kTxOpcode.put(0, 4), 0xC), 0x1000002);
+    const Bytes expected = {0x99, 0x00, 0x00, 0x02, 0x80, 0x00, 0x00, 0x01};
+    EXPECT_EQ(tag_of(word, 0x80000001), expected);
+    EXPECT_EQ(adp::kTxOpcode.get(word), 4u);
+    EXPECT_EQ(adp::kTxFlags.get(word), 0xCu);
+    EXPECT_EQ(adp::kTxDestination.get(word), 0x1000002u);
+    const adp::TxTag tag(expected.data());
+    EXPECT_EQ(tag.opcode(), 4u);
+    EXPECT_EQ(tag.destination(), 0x1000002u);
+    EXPECT_TRUE(tag.has(1) && tag.has(24) && tag.has(25) && tag.has(56));
+    EXPECT_FALSE(tag.has(0) || tag.has(23) || tag.has(26) || tag.has(55));
+    EXPECT_EQ(bytes_of(tag), expected);
 }
 
 TEST(TagFields, SettingOneLeavesTheOthersAndCutsTheValue) {
-    Bytes tag = tag_of(0xFFFFFFFF, 0xFFFFFFFF);
-    adp::kTxDestination.set(tag.data(), 0);
-    EXPECT_EQ(tag, tag_of(0xFE000000, 0xFFFFFFFF));
-    adp::kTxOpcode.set(tag.data(), 8);  // wider than the field
-    EXPECT_EQ(tag, tag_of(0x1E000000, 0xFFFFFFFF));
+    const uint32_t word = adp::kTxDestination.put(0xFFFFFFFF, 0);
+    EXPECT_EQ(word, 0xFE000000u);
+    EXPECT_EQ(adp::kTxOpcode.put(word, 8), 0x1E000000u);  // wider than the field
 }
 
 TEST(TagFields, IngressPortIsTheLowSixBitsOfTheReceiveWord) {
-    const uint8_t word[4] = {0xFF, 0xFF, 0xFF, 0xC0 | 29};
-    EXPECT_EQ(adp::kRxIngressPort.get(word), 29u);
+    EXPECT_EQ(adp::kRxIngressPort.get(0xFFFFFFC0 | 29), 29u);
 }
 
 TEST(TxTag, PortsBelow25StandInWord1AndOthersInWord2) {
@@ -45,7 +50,7 @@ TEST(TxTag, PortsBelow25StandInWord1AndOthersInWord2) {
     for (const int32_t port : {0, 24, 25, 56}) {
         EXPECT_TRUE(tag.add(adp::PhyPort(port))) << port;
     }
-    EXPECT_EQ(Bytes(tag.words(), tag.words() + 8), tag_of(0x99000001, 0x80000001));
+    EXPECT_EQ(bytes_of(tag), tag_of(0x99000001, 0x80000001));
 }
 
 TEST(TxTag, PortsWithoutABitAreRefused) {
@@ -53,15 +58,15 @@ TEST(TxTag, PortsWithoutABitAreRefused) {
     for (const int32_t port : {-1, -2, 57, 64, INT32_MAX}) {
         EXPECT_FALSE(tag.add(adp::PhyPort(port))) << port;
     }
-    EXPECT_EQ(Bytes(tag.words(), tag.words() + 8), tag_of(0, 0));
+    EXPECT_EQ(bytes_of(tag), tag_of(0, 0));
 }
 
 TEST(TxTag, OnlyTheLowBitsOfAPortNumberFitTheDestination) {
     adp::TxTag tag(5, 0);
     tag.aim_at(adp::kPhyNotMapped);
-    EXPECT_EQ(Bytes(tag.words(), tag.words() + 8), tag_of(0xA1FFFFFF, 0));
+    EXPECT_EQ(bytes_of(tag), tag_of(0xA1FFFFFF, 0));
     tag.aim_at(adp::PhyPort(29));
-    EXPECT_EQ(Bytes(tag.words(), tag.words() + 8), tag_of(0xA000001D, 0));
+    EXPECT_EQ(bytes_of(tag), tag_of(0xA000001D, 0));
 }
 
 class TagTranslation : public library_test::LibraryTest {

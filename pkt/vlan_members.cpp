@@ -3,25 +3,23 @@
 
 #include <adp/pkt.h>
 #include <device_services.h>
-#include <string.h>
 
 namespace adp {
 namespace {
 
-constexpr uint32_t kRecordLength = 64;
 // The bitmap stands in the record as two words in the machine's byte order, the more significant first.
-constexpr uint32_t kMembersOffset = 8;
+constexpr uint32_t kRecordWords = DEVICE_VLAN_RECORD_BYTES / sizeof(uint32_t);
+constexpr uint32_t kMembersWord = DEVICE_VLAN_MEMBERS_OFFSET / sizeof(uint32_t);
 
 }  // namespace
 
 bool VlanMembers::fetch(uint32_t vid) {
-    uint8_t record[kRecordLength] = {};
-    if (get_vlan_info(vid, record) != 0) {
+    uint32_t record[kRecordWords] = {};
+    if (get_vlan_info(vid, reinterpret_cast<uint8_t *>(record)) != 0) {
         return false;
     }
-    uint32_t words[2];
-    memcpy(words, record + kMembersOffset, sizeof words);
-    bits_ = uint64_t{words[0]} << 32 | words[1];
+    words_[1] = record[kMembersWord];
+    words_[0] = record[kMembersWord + 1];
     return true;
 }
 
@@ -30,7 +28,6 @@ bool VlanMembers::fetch(uint32_t vid) {
 adp_status_t check_port_vlan_ability(adp_intf_t intf, int32_t vid) {
     adp::VlanMembers vlan;
     const adp::Intf member(intf);
-    const bool is_member =
-        vlan.fetch(static_cast<uint32_t>(vid)) && member.kind() != adp::IntfKind::kOther && vlan.has(member);
+    const bool is_member = vlan.fetch(static_cast<uint32_t>(vid)) && member.has_known_kind() && vlan.has(member);
     return is_member ? ADP_OK : ADP_FAIL;
 }

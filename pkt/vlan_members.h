@@ -2,6 +2,7 @@
 #ifndef PKT_VLAN_MEMBERS_H
 #define PKT_VLAN_MEMBERS_H
 
+#include "port/bitmap.h"
 #include "port/number.h"
 
 namespace adp {
@@ -14,11 +15,13 @@ class VlanMembers {
 
     bool has(Intf intf) const {
         const uint32_t bit = intf.combined_index();
-        return bit < 64 && (bits_ >> bit & 1) != 0;
+        return bit < kWords * kWordBits && has_bit(words_, bit);
     }
 
   private:
-    uint64_t bits_ = 0;
+    static constexpr uint32_t kWords = 2;
+
+    uint32_t words_[kWords] = {};
 };
 
 }  // namespace adp

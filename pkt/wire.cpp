@@ -41,7 +41,7 @@ void write_tagged(uint8_t *out, const uint8_t *frame, uint32_t length, const TxT
     memcpy(out, frame, kMacAddressesLength);
     uint8_t *type = out + kMacAddressesLength;
     write_be16(type, kTxTagType);
-    memcpy(type + 2, tag.words(), kTxWordsLength);
+    tag.write_to(type + 2);
     memcpy(type + kTxTagLength, frame + kMacAddressesLength, length - kMacAddressesLength);
 }
 

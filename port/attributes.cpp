@@ -3,6 +3,7 @@
 
 #include <netlink_api.h>
 
+#include "agg/resolve.h"
 #include "port/map.h"
 
 namespace adp {
@@ -26,6 +27,7 @@ constexpr uint32_t kHalfDuplex = 0;
 constexpr uint32_t kFullDuplex = 1;
 constexpr uint32_t kModeWithAutoneg = 2;  // the caller's mode that asks for auto-negotiation after a duplex change
 constexpr uint32_t kTenGigabitSpeedMode = 2;
+constexpr uint32_t kOwnDuplexMode = 0;  // what a change of the advertised duplex sets with it
 
 constexpr uint32_t abilities_of_speed(uint32_t speed) {
     switch (speed) {
@@ -63,23 +65,44 @@ int32_t enable_autoneg(PhyPort port) {
     return user_port_autoneg_set(0, 0, port.value(), 1);
 }
 
-// Runs calls in order until one fails; gives that one's result.
-int32_t in_order() {
-    return 0;
+/** What becomes of the advertised abilities: some are taken out, then some put in. */
+struct Change {
+    uint32_t taken;
+    uint32_t put;
+
+    constexpr uint32_t applied_to(uint32_t abilities) const { return (abilities & ~taken) | put; }
+};
+
+int32_t rewrite_abilities(PhyPort port, Change change) {
+    uint32_t abilities = 0;
+    const int32_t result = read_abilities(port, &abilities);
+    return result != 0 ? result : write_abilities(port, change.applied_to(abilities));
 }
 
-template <typename Call, typename... Rest>
-int32_t in_order(Call call, Rest... rest) {
-    const int32_t result = call();
-    return result != 0 ? result : in_order(rest...);
+// The same with a call in the middle, on the port that is read.
+int32_t rewrite_abilities_around(PortCall<uint32_t, uint32_t> call, uint32_t value, uint32_t mode, PhyPort read,
+                                 PhyPort written, Change change) {
+    uint32_t abilities = 0;
+    int32_t result = read_abilities(read, &abilities);
+    if (result == 0) {
+        result = call(0, 0, read.value(), value, mode);
+    }
+    return result != 0 ? result : write_abilities(written, change.applied_to(abilities));
+}
+
+// The last call of a step: made if the ones before succeeded and it is wanted.
+int32_t then_enable_autoneg(int32_t result, PhyPort port, bool wanted = true) {
+    return result == 0 && wanted ? enable_autoneg(port) : result;
 }
 
 // The advertisement is rewritten to these abilities of 10, 100 and 1000 Mb/s, then auto-negotiation runs.
 int32_t advertise_only(PhyPort port, uint32_t chosen) {
-    uint32_t abilities = 0;
-    return in_order([&] { return read_abilities(port, &abilities); },
-                    [&] { return write_abilities(port, (abilities & ~kAll) | chosen); },
-                    [&] { return enable_autoneg(port); });
+    return then_enable_autoneg(rewrite_abilities(port, {kAll, chosen}), port);
+}
+
+// On ports of 10 Gb/s only the abilities of 1000 Mb/s are changed.
+constexpr Change gigabit_abilities(bool full) {
+    return {k1000Half | k1000Full, full ? k1000Full : 0};
 }
 
 // The ports of 10 Gb/s read on the number that is handed in and write on its translation: an interface number for a
@@ -90,81 +113,74 @@ PhyPort translated_once_more(PhyPort handed) {
 
 }  // namespace
 
-int32_t step_gigabit_speed(PhyPort port, AttrRequest request) {
-    uint32_t abilities = 0;
-    return in_order([&] { return read_abilities(port, &abilities); },
-                    [&] { return user_port_speed_set(0, 0, port.value(), request.value, request.mode); },
-                    [&] { return write_abilities(port, (abilities & ~kAll) | abilities_of_speed(request.value)); },
-                    [&] { return request.value == kGigabit ? enable_autoneg(port) : 0; });
+int32_t step_gigabit_speed(PhyPort port, uint32_t value, uint32_t mode) {
+    const int32_t result =
+        rewrite_abilities_around(user_port_speed_set, value, mode, port, port, {kAll, abilities_of_speed(value)});
+    return then_enable_autoneg(result, port, value == kGigabit);
 }
 
-int32_t step_ten_gigabit_speed(PhyPort port, AttrRequest request) {
-    uint32_t abilities = 0;
-    const uint32_t gigabit = request.value == kTenGigabit ? 0 : k1000Full;
-    return in_order([&] { return read_abilities(port, &abilities); },
-                    [&] { return write_abilities(port, (abilities & ~(k1000Half | k1000Full)) | gigabit); },
-                    [&] { return user_port_speed_set(0, 0, port.value(), request.value, kTenGigabitSpeedMode); },
-                    [&] { return request.value == kGigabit ? enable_autoneg(port) : 0; });
+int32_t step_ten_gigabit_speed(PhyPort port, uint32_t value, uint32_t) {
+    int32_t result = rewrite_abilities(port, gigabit_abilities(value != kTenGigabit));
+    if (result == 0) {
+        result = user_port_speed_set(0, 0, port.value(), value, kTenGigabitSpeedMode);
+    }
+    return then_enable_autoneg(result, port, value == kGigabit);
 }
 
-int32_t step_duplex(PhyPort port, AttrRequest request) {
-    if (request.mode == kModeWithAutoneg && request.value == kFullDuplex) {
+int32_t step_duplex(PhyPort port, uint32_t value, uint32_t mode) {
+    const bool with_autoneg = mode == kModeWithAutoneg;
+    if (with_autoneg && value == kFullDuplex) {
         return 0;
     }
-    uint32_t abilities = 0;
-    return in_order([&] { return read_abilities(port, &abilities); },
-                    [&] { return write_abilities(port, (abilities & ~kAll) | abilities_of_duplex(request.value)); },
-                    [&] { return user_port_duplex_set(0, 0, port.value(), request.value, request.mode); },
-                    [&] { return request.mode == kModeWithAutoneg ? enable_autoneg(port) : 0; });
+    int32_t result = rewrite_abilities(port, {kAll, abilities_of_duplex(value)});
+    if (result == 0) {
+        result = user_port_duplex_set(0, 0, port.value(), value, mode);
+    }
+    return then_enable_autoneg(result, port, with_autoneg);
 }
 
-int32_t step_autoneg(PhyPort port, AttrRequest request) {
-    uint32_t abilities = 0;
-    const bool is_on = request.value != 0;
-    return in_order([&] { return is_on ? read_abilities(port, &abilities) : 0; },
-                    [&] { return is_on ? write_abilities(port, abilities | kAll) : 0; },
-                    [&] { return user_port_autoneg_set(0, 0, port.value(), request.value); });
+int32_t step_autoneg(PhyPort port, uint32_t value, uint32_t) {
+    const int32_t result = value != 0 ? rewrite_abilities(port, {0, kAll}) : 0;
+    return result != 0 ? result : user_port_autoneg_set(0, 0, port.value(), value);
 }
 
-int32_t step_pause(PhyPort port, AttrRequest request) {
+int32_t step_pause(PhyPort port, uint32_t value, uint32_t) {
     uint32_t autoneg = 0;
     uint32_t abilities = 0;
-    return in_order([&] { return user_port_autoneg_get(0, 0, port.value(), &autoneg); },
-                    [&] { return read_abilities(port, &abilities); },
-                    [&] {
-                        if (autoneg == 0) {
-                            return user_port_pause_set(0, 0, port.value(), request.value, request.value);
-                        }
-                        return write_abilities(port, request.value != 0 ? abilities | kPause : abilities & ~kPause);
-                    });
+    int32_t result = user_port_autoneg_get(0, 0, port.value(), &autoneg);
+    if (result == 0) {
+        result = read_abilities(port, &abilities);
+    }
+    if (result != 0) {
+        return result;
+    }
+    if (autoneg == 0) {
+        return user_port_pause_set(0, 0, port.value(), value, value);
+    }
+    return write_abilities(port, value != 0 ? abilities | kPause : abilities & ~kPause);
 }
 
-int32_t step_gigabit_advert_duplex(PhyPort port, AttrRequest request) {
-    return advertise_only(port, abilities_of_duplex(request.value));
+int32_t step_gigabit_advert_duplex(PhyPort port, uint32_t value, uint32_t) {
+    return advertise_only(port, abilities_of_duplex(value));
 }
 
-int32_t step_gigabit_advert_speed(PhyPort port, AttrRequest request) {
-    return advertise_only(port, abilities_of_speed(request.value));
+int32_t step_gigabit_advert_speed(PhyPort port, uint32_t value, uint32_t) {
+    return advertise_only(port, abilities_of_speed(value));
 }
 
-int32_t step_ten_gigabit_advert_duplex(PhyPort handed, AttrRequest request) {
-    uint32_t abilities = 0;
+int32_t step_ten_gigabit_advert_duplex(PhyPort handed, uint32_t value, uint32_t) {
     const PhyPort port = translated_once_more(handed);
-    const uint32_t gigabit = request.value == kFullDuplex ? k1000Full : 0;
-    return in_order([&] { return read_abilities(handed, &abilities); },
-                    [&] { return user_port_duplex_set(0, 0, handed.value(), request.value, 0); },
-                    [&] { return write_abilities(port, (abilities & ~(k1000Half | k1000Full)) | gigabit); },
-                    [&] { return enable_autoneg(port); });
+    const int32_t result = rewrite_abilities_around(user_port_duplex_set, value, kOwnDuplexMode, handed, port,
+                                                    gigabit_abilities(value == kFullDuplex));
+    return then_enable_autoneg(result, port);
 }
 
-int32_t step_ten_gigabit_advert_speed(PhyPort handed, AttrRequest request) {
-    uint32_t abilities = 0;
+int32_t step_ten_gigabit_advert_speed(PhyPort handed, uint32_t value, uint32_t) {
     const PhyPort port = translated_once_more(handed);
-    const uint32_t gigabit = request.value == kGigabit ? k1000Full : 0;
-    return in_order([&] { return read_abilities(handed, &abilities); },
-                    [&] { return user_port_speed_set(0, 0, handed.value(), request.value, kTenGigabitSpeedMode); },
-                    [&] { return write_abilities(port, (abilities & ~(k1000Half | k1000Full)) | gigabit); },
-                    [&] { return request.value == kGigabit ? enable_autoneg(port) : 0; });
+    const bool is_gigabit = value == kGigabit;
+    const int32_t result = rewrite_abilities_around(user_port_speed_set, value, kTenGigabitSpeedMode, handed, port,
+                                                    gigabit_abilities(is_gigabit));
+    return then_enable_autoneg(result, port, is_gigabit);
 }
 
 }  // namespace adp

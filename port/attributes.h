@@ -9,28 +9,25 @@
 
 namespace adp {
 
-/** What a set call asks for. */
-struct AttrRequest {
-    uint32_t value;
-    uint32_t mode;
-};
+/** An attribute as adp_get_phy_port_attr() reads it, 0 when that wrote nothing. */
+uint32_t attribute_or_zero(Intf intf, uint32_t selector);
 
 /** Maximum speeds that choose how speed and advertisement are set, in Mb/s. */
 inline constexpr uint32_t kGigabit = 1000;
 inline constexpr uint32_t kTenGigabit = 10000;
 
-/** A step gives 0 or the failing driver call's result. */
-using AttrStep = int32_t (*)(PhyPort, AttrRequest);
+/** A step takes what a set call asks for, value and mode, and gives 0 or the failing driver call's result. */
+using AttrStep = int32_t (*)(PhyPort, uint32_t, uint32_t);
 
-int32_t step_gigabit_speed(PhyPort port, AttrRequest request);
-int32_t step_ten_gigabit_speed(PhyPort port, AttrRequest request);
-int32_t step_duplex(PhyPort port, AttrRequest request);
-int32_t step_autoneg(PhyPort port, AttrRequest request);
-int32_t step_pause(PhyPort port, AttrRequest request);
-int32_t step_gigabit_advert_duplex(PhyPort port, AttrRequest request);
-int32_t step_gigabit_advert_speed(PhyPort port, AttrRequest request);
-int32_t step_ten_gigabit_advert_duplex(PhyPort handed, AttrRequest request);
-int32_t step_ten_gigabit_advert_speed(PhyPort handed, AttrRequest request);
+int32_t step_gigabit_speed(PhyPort port, uint32_t value, uint32_t mode);
+int32_t step_ten_gigabit_speed(PhyPort port, uint32_t value, uint32_t mode);
+int32_t step_duplex(PhyPort port, uint32_t value, uint32_t mode);
+int32_t step_autoneg(PhyPort port, uint32_t value, uint32_t mode);
+int32_t step_pause(PhyPort port, uint32_t value, uint32_t mode);
+int32_t step_gigabit_advert_duplex(PhyPort port, uint32_t value, uint32_t mode);
+int32_t step_gigabit_advert_speed(PhyPort port, uint32_t value, uint32_t mode);
+int32_t step_ten_gigabit_advert_duplex(PhyPort handed, uint32_t value, uint32_t mode);
+int32_t step_ten_gigabit_advert_speed(PhyPort handed, uint32_t value, uint32_t mode);
 
 }  // namespace adp
 

@@ -16,14 +16,14 @@ constexpr bool has_entry(Intf intf) {
     return intf.value() - 1 < ADP_USER_PORTS;
 }
 
-adp_status_t stamp(Intf intf) {
+[[gnu::noinline]] adp_status_t stamp(Intf intf) {
     if (has_entry(intf)) {
         last_change[intf.value() - 1] = static_cast<uint32_t>(time(nullptr));
     }
     return ADP_OK;
 }
 
-uint32_t stamp_of(Intf intf) {
+[[gnu::noinline]] uint32_t stamp_of(Intf intf) {
     return has_entry(intf) ? last_change[intf.value() - 1] : 0;
 }
 
@@ -32,7 +32,10 @@ uint32_t stamp_of(Intf intf) {
 adp_status_t adp_set_port_last_change(adp_intf_t intf) {
     return adp::by_kind(
         Intf(intf), [&](PhyPort) { return stamp(Intf(intf)); },
-        [](Intf agg) { return adp::until_first_failure(adp::configured_members(agg), stamp); });
+        [](Intf agg) {
+            return adp::until_first_failure(adp::members_of(agg, adp::Members::kConfigured),
+                                            [](Intf member) { return stamp(member); });
+        });
 }
 
 adp_status_t adp_get_port_last_change(int32_t intf, uint32_t *out) {

@@ -4,6 +4,7 @@
 #include <pthread.h>
 #include <stdio.h>
 
+#include "port/attributes.h"
 #include "port/map.h"
 
 adp_link_data_t g_intf_link_data[ADP_USER_PORTS + 1];
@@ -34,10 +35,9 @@ bool post(const adp_link_data_t *data, int32_t *result) {
 
 int32_t adp_link_event_handle_cb(uint32_t, uint32_t port, int32_t status) {
     const Intf intf = intf_of_port(port);
-    uint32_t enabled = 0;
     // A state that cannot be read counts as disabled.
-    adp_get_phy_port_attr(intf.value(), ADP_ATTR_ADMIN_STATE, &enabled);
-    if (enabled == 0 && (intf == kFirstUplink || intf == kSecondUplink)) {
+    const bool is_enabled = adp::attribute_or_zero(intf, ADP_ATTR_ADMIN_STATE) != 0;
+    if (!is_enabled && (intf == kFirstUplink || intf == kSecondUplink)) {
         return 0;
     }
     return link_event_handle_cb(intf.value(), status);

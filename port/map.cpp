@@ -11,46 +11,36 @@ namespace adp {
 namespace {
 
 // The size is judged in the target's 32 bits, so that a 64-bit host refuses the same maxima.
-template <typename Row>
-Row *new_table(uint32_t last_row) {
-    if (last_row >= UINT32_MAX / sizeof(Row)) {
-        return nullptr;
-    }
-    return static_cast<Row *>(calloc(last_row + 1, sizeof(Row)));
+void *new_table(uint32_t last_row, uint32_t row_bytes) {
+    return last_row >= UINT32_MAX / row_bytes ? nullptr : calloc(last_row + 1, row_bytes);
 }
 
-adp_status_t fill_row(Intf intf, const adp_port_row_t &content) {
+/** The map row of an interface; null when the number, taken whole, exceeds the map or there is no map. */
+adp_port_row_t *find_row(Intf intf) {
+    if (intf.value() > adp_max_phy_port_num || intf_to_phy_port == nullptr) {
+        return nullptr;
+    }
+    return &intf_to_phy_port[intf.value()];
+}
+
+[[gnu::noinline]] adp_status_t fill_row(Intf intf, uint32_t word1, uint32_t word2, uint32_t phy, uint32_t attributes) {
     adp_port_row_t *row = find_row(intf);
     if (row == nullptr) {
         return ADP_FAIL;
     }
-    *row = content;
+    *row = {word1, word2, phy, attributes};
     return ADP_OK;
 }
 
 }  // namespace
-
-Intf intf_of(PhyPort port) {
-    if (intf_to_phy_port == nullptr) {
-        return kIntfNotFound;
-    }
-    for (uint32_t row = 0; row <= adp_max_phy_port_num; ++row) {
-        if (intf_to_phy_port[row].phy == static_cast<uint32_t>(port.value())) {
-            return Intf(row);
-        }
-    }
-    return kIntfNotFound;
-}
-
 }  // namespace adp
 
 using adp::Intf;
-using adp::PhyPort;
 
 adp_status_t adp_set_max_phy_port_num(uint32_t n) {
     adp_max_phy_port_num = n;
-    intf_to_phy_port = adp::new_table<adp_port_row_t>(n);
-    intf_map_trunk = adp::new_table<uint32_t>(n);
+    intf_to_phy_port = static_cast<adp_port_row_t *>(adp::new_table(n, sizeof *intf_to_phy_port));
+    intf_map_trunk = static_cast<uint32_t *>(adp::new_table(n, sizeof *intf_map_trunk));
     return intf_to_phy_port == nullptr || intf_map_trunk == nullptr ? ADP_FAIL : ADP_OK;
 }
 
@@ -60,19 +50,32 @@ adp_status_t adp_get_max_phy_port_num(uint32_t *n) {
 }
 
 adp_status_t adp_add_cpu_port(uint32_t, uint32_t word1, uint32_t word2, uint32_t phy, uint32_t attributes) {
-    return adp::fill_row(Intf(0), {word1, word2, phy, attributes});
+    return adp::fill_row(Intf(0), word1, word2, phy, attributes);
 }
 
 adp_status_t adp_add_phy_port(uint32_t index, uint32_t word1, uint32_t word2, uint32_t phy, uint32_t attributes) {
-    return adp::fill_row(Intf(index), {word1, word2, phy, attributes});
+    return adp::fill_row(Intf(index), word1, word2, phy, attributes);
 }
 
 int32_t adp_intf_2_phy_id(adp_intf_t intf) {
-    return adp::phy_of(Intf(intf)).value();
+    if (Intf(intf).kind() != adp::IntfKind::kUserPort) {
+        return adp::kPhyNotMapped.value();
+    }
+    const adp_port_row_t *row = adp::find_row(Intf(intf));
+    return row == nullptr ? adp::kPhyNotMapped.value() : static_cast<int32_t>(row->phy);
 }
 
 int32_t adp_phy_2_intf_id(uint32_t phy) {
-    return static_cast<int32_t>(adp::intf_of(PhyPort(static_cast<int32_t>(phy))).value());
+    const adp_port_row_t *const rows = intf_to_phy_port;
+    if (rows != nullptr) {
+        const adp_port_row_t *const last = rows + adp_max_phy_port_num;
+        for (const adp_port_row_t *row = rows; row <= last; ++row) {
+            if (row->phy == phy) {
+                return static_cast<int32_t>(row - rows);
+            }
+        }
+    }
+    return static_cast<int32_t>(adp::kIntfNotFound.value());
 }
 
 int32_t adp_phy_2_intf_id_ex(uint32_t, uint32_t phy) {

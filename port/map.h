@@ -8,25 +8,18 @@
 
 namespace adp {
 
-/** The map row of an interface; null when the number, taken whole, exceeds the map or there is no map. */
-inline adp_port_row_t *find_row(Intf intf) {
-    if (intf.value() > adp_max_phy_port_num || intf_to_phy_port == nullptr) {
-        return nullptr;
-    }
-    return &intf_to_phy_port[intf.value()];
-}
+// The look-ups are calls that give plain numbers, and only their types are put right here: the target's calling
+// convention hands back an object of a class in memory, which costs more than the look-up itself.
 
 /** The physical port of a user port or of the CPU port's row 0; kPhyNotMapped for everything else. */
-inline PhyPort phy_of(Intf intf) {
-    if (intf.kind() != IntfKind::kUserPort) {
-        return kPhyNotMapped;
-    }
-    const adp_port_row_t *row = find_row(intf);
-    return row == nullptr ? kPhyNotMapped : PhyPort(static_cast<int32_t>(row->phy));
+[[gnu::always_inline]] inline PhyPort phy_of(Intf intf) {
+    return PhyPort(adp_intf_2_phy_id(intf.value()));
 }
 
 /** The lowest row with this physical port; kIntfNotFound when there is none. */
-Intf intf_of(PhyPort port);
+[[gnu::always_inline]] inline Intf intf_of(PhyPort port) {
+    return Intf(static_cast<uint32_t>(adp_phy_2_intf_id(static_cast<uint32_t>(port.value()))));
+}
 
 }  // namespace adp
 

@@ -22,7 +22,8 @@ constexpr uint32_t driver_session(uint32_t session) {
     return session - 1;
 }
 
-adp_status_t set_port_mirror(adp_intf_t source, adp_intf_t destination, uint32_t session, uint32_t mode) {
+[[gnu::noinline]] adp_status_t set_port_mirror(adp_intf_t source, adp_intf_t destination, uint32_t session,
+                                               uint32_t mode) {
     return user_mirror_port_set(0, 0, phy_of(Intf(source)).value(), driver_session(session),
                                 phy_of(Intf(destination)).value(), mode);
 }

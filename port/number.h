@@ -7,8 +7,8 @@
 
 namespace adp {
 
-/** What an interface number names. */
-enum class IntfKind { kUserPort, kAggregation, kOther };
+/** What an interface number names: its type bits. Types beyond these two name nothing. */
+enum class IntfKind : uint32_t { kUserPort = ADP_INTF_TYPE_USER_PORT, kAggregation = ADP_INTF_TYPE_AGG };
 
 /** A logical interface number as the caller gave it: type bits and index. */
 class Intf {
@@ -18,16 +18,9 @@ class Intf {
     constexpr uint32_t value() const { return value_; }
     constexpr uint32_t index() const { return value_ & ADP_INTF_INDEX_MASK; }
 
-    constexpr IntfKind kind() const {
-        switch (value_ >> ADP_INTF_TYPE_SHIFT) {
-            case ADP_INTF_TYPE_USER_PORT:
-                return IntfKind::kUserPort;
-            case ADP_INTF_TYPE_AGG:
-                return IntfKind::kAggregation;
-            default:
-                return IntfKind::kOther;
-        }
-    }
+    constexpr IntfKind kind() const { return static_cast<IntfKind>(value_ >> ADP_INTF_TYPE_SHIFT); }
+    /** Whether it is of a type that names something. */
+    constexpr bool has_known_kind() const { return kind() == IntfKind::kUserPort || kind() == IntfKind::kAggregation; }
 
     /** One numbering for both kinds: user port i is i, aggregation interface g is 26 + g. */
     constexpr uint32_t combined_index() const {

@@ -6,16 +6,10 @@
 #include "agg/resolve.h"
 
 using adp::Intf;
+using adp::Members;
 using adp::PhyPort;
 
 namespace {
-
-// The one port that stands for an interface: of a group its management interface. Without one that is interface 0, the
-// CPU port: there is no fallback here.
-template <typename Step>
-adp_status_t on_one_port(adp_intf_t intf, Step step) {
-    return adp::on_port_or_manager(Intf(intf), step);
-}
 
 // Abilities of 10 and 100 Mb/s, which only the copper side has.
 constexpr uint32_t kCopperAbilities = 0xF0000000;
@@ -23,28 +17,24 @@ constexpr uint32_t kCopperAbilities = 0xF0000000;
 }  // namespace
 
 adp_status_t adp_intf_learn_set(adp_intf_t intf, int32_t enable) {
-    const auto step = [=](PhyPort port) { return user_port_learn_set(0, 0, port.value(), enable); };
-    return adp::by_kind(Intf(intf), step, [&](Intf agg) {
-        return adp::until_first_failure(adp::configured_members(agg),
-                                        [&](Intf member) { return step(adp::phy_of(member)); });
-    });
+    return adp::on_port_or_members(Intf(intf), Members::kConfigured,
+                                   [=](PhyPort port) { return user_port_learn_set(0, 0, port.value(), enable); });
 }
 
 adp_status_t adp_intf_learn_get(adp_intf_t intf, uint32_t *mode) {
-    return on_one_port(intf, [=](PhyPort port) { return user_port_learn_get(0, 0, port.value(), mode); });
+    return adp::call_port_or_manager(Intf(intf), user_port_learn_get, mode);
 }
 
 adp_status_t adp_intf_cablediag(adp_intf_t intf, void *result) {
-    auto *record = static_cast<netlink_cable_diag_t *>(result);
-    return on_one_port(intf, [=](PhyPort port) { return User_port_cablediag(0, 0, port.value(), record); });
+    return adp::call_port_or_manager(Intf(intf), User_port_cablediag, static_cast<netlink_cable_diag_t *>(result));
 }
 
 adp_status_t adp_intf_eee_set(adp_intf_t intf, uint32_t enable) {
-    return on_one_port(intf, [=](PhyPort port) { return user_eee_portEnable_set(0, 0, port.value(), enable); });
+    return adp::call_port_or_manager(Intf(intf), user_eee_portEnable_set, enable);
 }
 
 adp_status_t adp_intf_eee_get(adp_intf_t intf, uint32_t *enable) {
-    return on_one_port(intf, [=](PhyPort port) { return user_eee_portEnable_get(0, 0, port.value(), enable); });
+    return adp::call_port_or_manager(Intf(intf), user_eee_portEnable_get, enable);
 }
 
 adp_status_t adp_intf_stat_get(adp_intf_t intf, uint32_t selector, void *out) {

@@ -18,132 +18,122 @@ namespace {
 // After each member's enable or disable the chip is given time to settle.
 constexpr useconds_t kSettleMicroseconds = 500000;
 
-template <int32_t (*Call)(uint32_t, uint32_t, int32_t, uint32_t)>
-int32_t step_value(PhyPort port, AttrRequest request) {
-    return Call(0, 0, port.value(), request.value);
+template <PortCall<uint32_t> Call>
+int32_t step_value(PhyPort port, uint32_t value, uint32_t) {
+    return Call(0, 0, port.value(), value);
 }
 
-int32_t step_settled_enable(PhyPort port, AttrRequest request) {
-    const int32_t result = step_value<user_port_enable_set>(port, request);
+int32_t step_enable(PhyPort port, uint32_t value, uint32_t mode) {
+    return step_value<user_port_enable_set>(port, value, mode);
+}
+
+int32_t step_settled_enable(PhyPort port, uint32_t value, uint32_t mode) {
+    const int32_t result = step_enable(port, value, mode);
     if (result == 0) {
         usleep(kSettleMicroseconds);
     }
     return result;
 }
 
-adp_status_t on_configured(Intf agg, AttrStep step, AttrRequest request) {
-    return until_first_failure(configured_members(agg), [=](Intf member) { return step(phy_of(member), request); });
-}
+/** The steps of a selector: on most ports, and on ports of 10 Gb/s where they differ. */
+struct Steps {
+    AttrStep step;
+    AttrStep ten_gigabit;
+};
 
-adp_status_t on_active(Intf agg, AttrStep step, AttrRequest request) {
-    return until_first_failure(active_members(agg), [=](Intf member) { return step(phy_of(member), request); });
+adp_status_t set_members(Intf intf, Members which, AttrStep step, uint32_t value, uint32_t mode) {
+    return on_port_or_members(intf, which, [=](PhyPort port) { return driver_status(step(port, value, mode)); });
 }
 
 /** Most selectors: the port, or each configured member. */
-template <AttrStep kStep>
-adp_status_t set_each(Intf intf, AttrRequest request) {
-    return by_kind(
-        intf, [&](PhyPort port) { return driver_status(kStep(port, request)); },
-        [&](Intf agg) { return on_configured(agg, kStep, request); });
+adp_status_t set_each(Intf intf, const Steps &steps, uint32_t value, uint32_t mode) {
+    return set_members(intf, Members::kConfigured, steps.step, value, mode);
 }
 
 /** Loopback and MDI/MDIX: as set_each(), but the driver's own result is the answer. */
-template <AttrStep kStep>
-adp_status_t set_each_own_result(Intf intf, AttrRequest request) {
-    return by_kind(
-        intf, [&](PhyPort port) { return kStep(port, request); },
-        [&](Intf agg) {
-            return until_first_failure_own_result(configured_members(agg),
-                                                  [&](Intf member) { return kStep(phy_of(member), request); });
-        });
+adp_status_t set_each_own_result(Intf intf, const Steps &steps, uint32_t value, uint32_t mode) {
+    const auto step = [=](PhyPort port) { return steps.step(port, value, mode); };
+    return by_kind(intf, step,
+                   [&](Intf agg) { return until_first_failure_own_result(agg, Members::kConfigured, step); });
 }
 
-/** Speed: the method follows the maximum speed; on 10 Gb/s the active members are set. */
-adp_status_t set_speed(Intf intf, AttrRequest request) {
+/** The method follows the maximum speed; on 10 Gb/s the active members are set, and a user port as what is handed. */
+adp_status_t set_by_max_speed(Intf intf, PhyPort handed, const Steps &steps, uint32_t value, uint32_t mode) {
     uint32_t maximum = 0;
     const adp_status_t status = read_max_speed(intf, &maximum);
     if (status != ADP_OK) {
         return status;
     }
     if (maximum == kGigabit) {
-        return set_each<step_gigabit_speed>(intf, request);
+        return set_each(intf, steps, value, mode);
     }
     if (maximum != kTenGigabit) {
         return ADP_OK;
     }
-    return by_kind(
-        intf, [&](PhyPort port) { return driver_status(step_ten_gigabit_speed(port, request)); },
-        [&](Intf agg) { return on_active(agg, step_ten_gigabit_speed, request); });
+    return intf.kind() == IntfKind::kUserPort ? driver_status(steps.ten_gigabit(handed, value, mode))
+                                              : set_members(intf, Members::kActive, steps.ten_gigabit, value, mode);
+}
+
+adp_status_t set_speed(Intf intf, const Steps &steps, uint32_t value, uint32_t mode) {
+    return set_by_max_speed(intf, phy_of(intf), steps, value, mode);
 }
 
 /** Advertised duplex and speed: as speed, but on 10 Gb/s a user port hands its interface number on as it is. */
-template <AttrStep kGigabitStep, AttrStep kTenGigabitStep>
-adp_status_t set_advertised(Intf intf, AttrRequest request) {
-    uint32_t maximum = 0;
-    const adp_status_t status = read_max_speed(intf, &maximum);
-    if (status != ADP_OK) {
-        return status;
-    }
-    if (maximum == kGigabit) {
-        return set_each<kGigabitStep>(intf, request);
-    }
-    if (maximum != kTenGigabit) {
-        return ADP_OK;
-    }
-    const PhyPort handed(static_cast<int32_t>(intf.value()));
-    return by_kind(
-        intf, [&](PhyPort) { return driver_status(kTenGigabitStep(handed, request)); },
-        [&](Intf agg) { return on_active(agg, kTenGigabitStep, request); });
+adp_status_t set_advertised(Intf intf, const Steps &steps, uint32_t value, uint32_t mode) {
+    return set_by_max_speed(intf, PhyPort(static_cast<int32_t>(intf.value())), steps, value, mode);
+}
+
+/** The administrator's and the protocol's switch. */
+adp_status_t enable(Intf intf, uint32_t value, uint32_t mode) {
+    const bool is_group = intf.kind() == IntfKind::kAggregation;
+    return set_members(intf, Members::kConfigured, is_group ? step_settled_enable : step_enable, value, mode);
 }
 
 /** The administrator's switch: a hold of the protocol stands against enabling, but not against disabling. */
-adp_status_t set_admin_state(Intf intf, AttrRequest request) {
-    const bool enable = request.value != 0;
-    if (enable && hold_state_of(intf) == HoldState::kHeld) {
+adp_status_t set_admin_state(Intf intf, const Steps &, uint32_t value, uint32_t mode) {
+    const bool is_on = value != 0;
+    if (is_on && hold_state_of(intf) == HoldState::kHeld) {
         return ADP_OK;
     }
-    set_hold_state(intf, enable ? HoldState::kFree : HoldState::kDisabled);
-    return by_kind(
-        intf, [&](PhyPort port) { return driver_status(step_value<user_port_enable_set>(port, request)); },
-        [&](Intf agg) { return on_configured(agg, step_settled_enable, request); });
+    set_hold_state(intf, is_on ? HoldState::kFree : HoldState::kDisabled);
+    return enable(intf, value, mode);
 }
 
 /** The protocol's hold: only what it holds can be released, and a user port's driver result is not looked at. */
-adp_status_t set_hold(Intf intf, AttrRequest request) {
-    const bool release = request.value != 0;
+adp_status_t set_hold(Intf intf, const Steps &, uint32_t value, uint32_t mode) {
+    const bool release = value != 0;
     if (release && hold_state_of(intf) != HoldState::kHeld) {
         return ADP_OK;
     }
     set_hold_state(intf, release ? HoldState::kFree : HoldState::kHeld);
-    return by_kind(
-        intf,
-        [&](PhyPort port) {
-            step_value<user_port_enable_set>(port, request);
-            return ADP_OK;
-        },
-        [&](Intf agg) { return on_configured(agg, step_settled_enable, request); });
+    const adp_status_t status = enable(intf, value, mode);
+    return intf.kind() == IntfKind::kUserPort ? ADP_OK : status;
 }
 
-adp_status_t set_nothing(Intf, AttrRequest) {
+adp_status_t set_nothing(Intf, const Steps &, uint32_t, uint32_t) {
     return ADP_OK;
 }
 
-using AttrSetter = adp_status_t (*)(Intf, AttrRequest);
+/** How a selector is set, and with which steps. */
+struct Setter {
+    adp_status_t (*set)(Intf, const Steps &, uint32_t, uint32_t);
+    Steps steps;
+};
 
-constexpr AttrSetter kSetters[] = {
-    set_speed,                                                                   // ADP_ATTR_SPEED
-    set_each<step_duplex>,                                                       // ADP_ATTR_DUPLEX
-    set_each<step_autoneg>,                                                      // ADP_ATTR_AUTONEG
-    set_admin_state,                                                             // ADP_ATTR_ADMIN_STATE
-    set_each_own_result<step_value<user_port_loopback_set>>,                     // ADP_ATTR_LOOPBACK
-    set_each<step_pause>,                                                        // ADP_ATTR_PAUSE
-    set_each<step_value<user_port_jumboframe_set>>,                              // ADP_ATTR_JUMBO
-    set_advertised<step_gigabit_advert_duplex, step_ten_gigabit_advert_duplex>,  // ADP_ATTR_ADVERT_DUPLEX
-    set_advertised<step_gigabit_advert_speed, step_ten_gigabit_advert_speed>,    // ADP_ATTR_ADVERT_SPEED
-    set_each_own_result<step_value<user_port_mdix_set>>,                         // ADP_ATTR_MDIX
-    set_nothing,                                                                 // ADP_ATTR_MEDIUM
-    set_hold,                                                                    // ADP_ATTR_HOLD
-    set_nothing,                                                                 // ADP_ATTR_MAX_SPEED
+constexpr Setter kSetters[] = {
+    {set_speed, {step_gigabit_speed, step_ten_gigabit_speed}},                       // ADP_ATTR_SPEED
+    {set_each, {step_duplex, nullptr}},                                              // ADP_ATTR_DUPLEX
+    {set_each, {step_autoneg, nullptr}},                                             // ADP_ATTR_AUTONEG
+    {set_admin_state, {}},                                                           // ADP_ATTR_ADMIN_STATE
+    {set_each_own_result, {step_value<user_port_loopback_set>, nullptr}},            // ADP_ATTR_LOOPBACK
+    {set_each, {step_pause, nullptr}},                                               // ADP_ATTR_PAUSE
+    {set_each, {step_value<user_port_jumboframe_set>, nullptr}},                     // ADP_ATTR_JUMBO
+    {set_advertised, {step_gigabit_advert_duplex, step_ten_gigabit_advert_duplex}},  // ADP_ATTR_ADVERT_DUPLEX
+    {set_advertised, {step_gigabit_advert_speed, step_ten_gigabit_advert_speed}},    // ADP_ATTR_ADVERT_SPEED
+    {set_each_own_result, {step_value<user_port_mdix_set>, nullptr}},                // ADP_ATTR_MDIX
+    {set_nothing, {}},                                                               // ADP_ATTR_MEDIUM
+    {set_hold, {}},                                                                  // ADP_ATTR_HOLD
+    {set_nothing, {}},                                                               // ADP_ATTR_MAX_SPEED
 };
 constexpr uint32_t kSetSelectors = sizeof kSetters / sizeof kSetters[0];
 static_assert(kSetSelectors == ADP_ATTR_MAX_SPEED + 1);
@@ -156,8 +146,9 @@ adp_status_t adp_set_phy_port_attr(adp_intf_t intf, uint32_t selector, uint32_t 
     if (selector >= kSetSelectors) {
         return ADP_E_SELECTOR;
     }
-    if (Intf(intf).kind() == IntfKind::kOther) {
+    if (!Intf(intf).has_known_kind()) {
         return ADP_E_INTF_TYPE;
     }
-    return kSetters[selector](Intf(intf), {value, mode});
+    const Setter &setter = kSetters[selector];
+    return setter.set(Intf(intf), setter.steps, value, mode);
 }

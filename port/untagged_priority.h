@@ -10,8 +10,7 @@ namespace adp {
 
 /** Sets it on a user port; ADP_E_DRIVER for every aggregation interface. */
 inline adp_status_t hal_port_untagged_priority_set(Intf intf, uint32_t priority) {
-    return on_port_only(intf,
-                        [=](PhyPort port) { return user_port_untagged_priority_set(0, 0, port.value(), priority); });
+    return on_port_only(intf, user_port_untagged_priority_set, priority);
 }
 
 }  // namespace adp

@@ -10,16 +10,15 @@ namespace adp {
 namespace {
 
 /** Unlike the other per-port calls these take an aggregation interface for a wrong type. */
-template <typename Call>
-adp_status_t on_user_port(Intf intf, Call call) {
-    return intf.kind() == IntfKind::kUserPort ? driver_status(call(phy_of(intf))) : ADP_E_INTF_TYPE;
+template <typename Value>
+adp_status_t on_user_port(adp_intf_t intf, PortCall<Value> call, Value value) {
+    return Intf(intf).kind() == IntfKind::kUserPort ? on_port_only(Intf(intf), call, value) : ADP_E_INTF_TYPE;
 }
 
 }  // namespace
 }  // namespace adp
 
 using adp::Intf;
-using adp::PhyPort;
 
 adp_status_t adp_add_dot1p_assign(uint32_t type, adp_intf_t intf, uint32_t, uint32_t, uint32_t, uint32_t priority) {
     switch (type) {
@@ -39,33 +38,27 @@ adp_status_t adp_del_dot1p_assign(uint32_t type, adp_intf_t intf, uint32_t, uint
 }
 
 adp_status_t adp_set_port_pri_trust_mode(adp_intf_t intf, uint32_t mode) {
-    return adp::on_port_only(Intf(intf),
-                             [=](PhyPort port) { return user_port_dscp_map_mode_set(0, 0, port.value(), mode); });
+    return adp::on_port_only(Intf(intf), user_port_dscp_map_mode_set, mode);
 }
 
 adp_status_t adp_get_port_pri_trust_mode(adp_intf_t intf, uint32_t *mode) {
-    return adp::on_port_only(Intf(intf),
-                             [=](PhyPort port) { return user_port_dscp_map_mode_get(0, 0, port.value(), mode); });
+    return adp::on_port_only(Intf(intf), user_port_dscp_map_mode_get, mode);
 }
 
 adp_status_t adp_set_port_cos_map(adp_intf_t intf, uint32_t priority) {
-    return adp::on_user_port(
-        Intf(intf), [=](PhyPort port) { return user_port_untagged_priority_set(0, 0, port.value(), priority); });
+    return adp::on_user_port(intf, user_port_untagged_priority_set, priority);
 }
 
 adp_status_t adp_get_port_cos_map(adp_intf_t intf, uint32_t *priority) {
-    return adp::on_user_port(
-        Intf(intf), [=](PhyPort port) { return user_port_untagged_priority_get(0, 0, port.value(), priority); });
+    return adp::on_user_port(intf, user_port_untagged_priority_get, priority);
 }
 
 adp_status_t adp_cosq_port_mapping_set(adp_intf_t intf, uint32_t a, uint32_t b) {
-    return adp::on_port_only(Intf(intf),
-                             [=](PhyPort port) { return user_cosq_port_mapping_set(0, 0, port.value(), a, b); });
+    return adp::on_port_only(Intf(intf), user_cosq_port_mapping_set, a, b);
 }
 
 adp_status_t adp_cosq_port_mapping_get(adp_intf_t intf, uint32_t a, uint32_t *b) {
-    return adp::on_port_only(Intf(intf),
-                             [=](PhyPort port) { return user_cosq_port_mapping_get(0, 0, port.value(), a, b); });
+    return adp::on_port_only(Intf(intf), user_cosq_port_mapping_get, a, b);
 }
 
 adp_status_t adp_port_cos_map_set(adp_intf_t intf, uint32_t value) {

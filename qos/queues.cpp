@@ -12,6 +12,7 @@ namespace {
 constexpr uint32_t kMaskBits = 32;
 constexpr uint32_t kRefusedMode = 3;
 constexpr uint32_t kNoDelay = 0;
+constexpr adp_queue_weights_t kNoWeights = {};
 
 /** The schedulers are addressed by the interface's own number, unlike the shapers. */
 constexpr uint32_t mask_of(Intf intf) {
@@ -34,7 +35,6 @@ int32_t write_mapping(uint32_t mask, uint32_t priority, uint32_t queue) {
 }  // namespace adp
 
 using adp::Intf;
-using adp::PhyPort;
 
 adp_status_t adp_qos_init() {
     const int32_t result = user_cosq_config_set(0, 0, ADP_QUEUES);
@@ -50,18 +50,22 @@ adp_status_t adp_set_port_queue_sch_mode(adp_intf_t intf, uint32_t mode) {
     if (mode == adp::kRefusedMode) {
         return ADP_E_SCHEDULING_MODE;
     }
-    return adp::on_port_only(Intf(intf), [=](PhyPort) {
-        const adp_queue_weights_t none = {};
-        return user_cosq_port_sched_set(0, 0, adp::mask_of(Intf(intf)), mode, none.weight, adp::kNoDelay);
-    });
+    const adp_status_t refusal = adp::refusal_but_of_ports(Intf(intf));
+    if (refusal != ADP_OK) {
+        return refusal;
+    }
+    return adp::driver_status(
+        user_cosq_port_sched_set(0, 0, adp::mask_of(Intf(intf)), mode, adp::kNoWeights.weight, adp::kNoDelay));
 }
 
 adp_status_t adp_set_queue_weight_pri(adp_intf_t intf, uint32_t value, uint32_t select, adp_queue_weights_t weights) {
-    return adp::on_port_only(Intf(intf), [&](PhyPort) {
-        const uint32_t mask = adp::mask_of(Intf(intf));
-        return adp::low8(select) != 0 ? adp::write_mapping(mask, weights.weight[0], value)
-                                      : adp::write_weights(mask, weights);
-    });
+    const adp_status_t refusal = adp::refusal_but_of_ports(Intf(intf));
+    if (refusal != ADP_OK) {
+        return refusal;
+    }
+    const uint32_t mask = adp::mask_of(Intf(intf));
+    return adp::driver_status(adp::low8(select) != 0 ? adp::write_mapping(mask, weights.weight[0], value)
+                                                     : adp::write_weights(mask, weights));
 }
 
 adp_status_t adp_cosq_sched_set(uint32_t a, uint32_t b, uint32_t c, uint32_t d) {
@@ -76,13 +80,11 @@ adp_status_t adp_cosq_sched_get(uint32_t a, uint32_t b, uint32_t *out, uint32_t 
 }
 
 adp_status_t adp_set_port_egress_shaper(adp_intf_t intf, uint32_t rate, uint32_t burst) {
-    return adp::on_port_only(Intf(intf),
-                             [=](PhyPort port) { return user_port_egress_rate_set(0, 0, port.value(), rate, burst); });
+    return adp::on_port_only(Intf(intf), user_port_egress_rate_set, rate, burst);
 }
 
 adp_status_t adp_get_port_egress_shaper(adp_intf_t intf, uint32_t *rate, uint32_t *burst) {
-    return adp::on_port_only(Intf(intf),
-                             [=](PhyPort port) { return user_port_egress_rate_get(0, 0, port.value(), rate, burst); });
+    return adp::on_port_only(Intf(intf), user_port_egress_rate_get, rate, burst);
 }
 
 adp_status_t adp_set_queue_drop_method() {

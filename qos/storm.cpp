@@ -31,60 +31,46 @@ adp_status_t unless_no_device(uint32_t dev_id, Call call) {
     return dev_id == ADP_STORM_NO_DEVICE ? ADP_OK : call();
 }
 
-template <typename Call>
-adp_status_t on_device_port(uint32_t dev_id, adp_intf_t intf, Call call) {
-    return unless_no_device(dev_id, [&] { return on_port_only(Intf(intf), call); });
+template <typename... Values>
+adp_status_t on_device_port(uint32_t dev_id, adp_intf_t intf, PortCall<Values...> call, Values... values) {
+    return unless_no_device(dev_id, [=] { return on_port_only(Intf(intf), call, values...); });
 }
 
 }  // namespace
 }  // namespace adp
 
 using adp::Intf;
+using adp::Members;
 using adp::PhyPort;
 
 adp_status_t adp_set_storm_control(uint32_t dev_id, adp_intf_t intf, uint32_t code, uint32_t rate, uint32_t burst) {
     const auto limit = [=](PhyPort port) {
-        return user_rate_bandwidth_set(0, 0, port.value(), adp::storm_type(code), rate, burst);
+        return adp::driver_status(user_rate_bandwidth_set(0, 0, port.value(), adp::storm_type(code), rate, burst));
     };
-    return adp::unless_no_device(dev_id, [&] {
-        return adp::by_kind(
-            Intf(intf), [&](PhyPort port) { return adp::driver_status(limit(port)); },
-            [&](Intf agg) {
-                return adp::until_first_failure(adp::configured_members(agg),
-                                                [&](Intf member) { return limit(adp::phy_of(member)); });
-            });
-    });
+    return adp::unless_no_device(dev_id,
+                                 [&] { return adp::on_port_or_members(Intf(intf), Members::kConfigured, limit); });
 }
 
 adp_status_t adp_get_storm_control(uint32_t dev_id, adp_intf_t intf, uint32_t code, uint32_t *rate, uint32_t *burst) {
-    const auto read = [=](PhyPort port) {
-        return adp::driver_status(user_rate_bandwidth_get(0, 0, port.value(), adp::storm_type(code), rate, burst));
-    };
-    return adp::unless_no_device(dev_id, [&] { return adp::on_port_or_manager(Intf(intf), read); });
+    return adp::unless_no_device(dev_id, [=] {
+        return adp::read_port_or_manager(Intf(intf), user_rate_bandwidth_get, adp::storm_type(code), rate, burst);
+    });
 }
 
 adp_status_t adp_set_storm_seltype(uint32_t dev_id, adp_intf_t intf, uint32_t code, uint32_t value) {
-    return adp::on_device_port(dev_id, intf, [=](PhyPort port) {
-        return user_rate_stormsel_set(0, 0, port.value(), adp::storm_type(code), value);
-    });
+    return adp::on_device_port(dev_id, intf, user_rate_stormsel_set, adp::storm_type(code), value);
 }
 
 adp_status_t adp_get_storm_seltype(uint32_t dev_id, adp_intf_t intf, uint32_t code, uint32_t *value) {
-    return adp::on_device_port(dev_id, intf, [=](PhyPort port) {
-        return user_rate_stormsel_get(0, 0, port.value(), adp::storm_type(code), value);
-    });
+    return adp::on_device_port(dev_id, intf, user_rate_stormsel_get, adp::storm_type(code), value);
 }
 
 adp_status_t adp_set_stormcontrol_enable(uint32_t dev_id, adp_intf_t intf, uint32_t code, uint32_t enable) {
-    return adp::on_device_port(dev_id, intf, [=](PhyPort port) {
-        return user_rate_stormControlEnable_set(0, 0, port.value(), adp::enable_type(code), enable);
-    });
+    return adp::on_device_port(dev_id, intf, user_rate_stormControlEnable_set, adp::enable_type(code), enable);
 }
 
 adp_status_t adp_get_storm_exceed_flag(uint32_t dev_id, adp_intf_t intf, uint32_t code, uint32_t *flag) {
-    return adp::on_device_port(dev_id, intf, [=](PhyPort port) {
-        return user_rate_stormExceedFlag_get(0, 0, port.value(), adp::low8(code), flag);
-    });
+    return adp::on_device_port(dev_id, intf, user_rate_stormExceedFlag_get, adp::low8(code), flag);
 }
 
 adp_status_t adp_reset_storm_exceed_flag(uint32_t dev_id, adp_intf_t intf) {
@@ -93,7 +79,7 @@ adp_status_t adp_reset_storm_exceed_flag(uint32_t dev_id, adp_intf_t intf) {
     };
     return adp::unless_no_device(dev_id, [&] {
         return adp::by_kind(Intf(intf), reset, [&](Intf agg) {
-            return adp::until_first_failure_in_slots(adp::configured_members(agg), adp::kResetSlots,
+            return adp::until_first_failure_in_slots(adp::members_of(agg, Members::kConfigured), adp::kResetSlots,
                                                      [&](Intf member) { return reset(adp::phy_of(member)); });
         });
     });
@@ -109,11 +95,9 @@ adp_status_t adp_get_storm_counting_mode(uint32_t dev_id, uint32_t a, uint32_t, 
 }
 
 adp_status_t adp_set_ingress_limit(uint32_t dev_id, adp_intf_t intf, uint32_t rate, uint32_t burst) {
-    return adp::on_device_port(
-        dev_id, intf, [=](PhyPort port) { return user_port_ingress_rate_set(0, 0, port.value(), rate, burst); });
+    return adp::on_device_port(dev_id, intf, user_port_ingress_rate_set, rate, burst);
 }
 
 adp_status_t adp_get_ingress_limit(uint32_t dev_id, adp_intf_t intf, uint32_t *rate, uint32_t *burst) {
-    return adp::on_device_port(
-        dev_id, intf, [=](PhyPort port) { return user_port_ingress_rate_get(0, 0, port.value(), rate, burst); });
+    return adp::on_device_port(dev_id, intf, user_port_ingress_rate_get, rate, burst);
 }

@@ -5,6 +5,7 @@
 #include <stdio.h>
 
 #include "agg/members.h"
+#include "stg/report.h"
 
 int16_t aiVlanStg[ADP_VLANS];
 
@@ -111,9 +112,7 @@ adp_status_t adp_set_port_mstp_state(int32_t stg, adp_intf_t intf, uint32_t stat
 }
 
 adp_status_t adp_stg_stp_get(int32_t stg, adp_intf_t intf, uint32_t *state) {
-    const int32_t result = user_stg_stp_get(0, 0, stg, adp::phy_of(Intf(intf)).value(), state);
-    if (result < 0) {
-        printf("%s %d: get max support stg number failed. ret=%d\n", "adp_stg_stp_get", __LINE__, result);
-    }
-    return result;
+    static constexpr adp::FailurePoint kFailed{"adp_stg_stp_get", __LINE__,
+                                               "%s %d: get max support stg number failed. ret=%d\n"};
+    return adp::report_if_negative(kFailed, user_stg_stp_get(0, 0, stg, adp::phy_of(Intf(intf)).value(), state));
 }

@@ -4,6 +4,8 @@
 #include <stdio.h>
 #include <string.h>
 
+#include "stg/report.h"
+
 namespace adp {
 namespace {
 
@@ -43,57 +45,58 @@ void read_vlans(int32_t stg, int32_t count, uint16_t *vlans) {
     }
 }
 
+/** Asks for a count that nobody uses: only whether it can be had matters. */
+[[gnu::noinline]] int32_t unused_count_of(int32_t (*get)(uint32_t, uint32_t, uint32_t *)) {
+    uint32_t count = 0;
+    return get(0, 0, &count);
+}
+
 }  // namespace
 }  // namespace adp
 
 adp_status_t adp_get_max_support_stg(uint32_t *count) {
-    uint32_t chip_count = 0;
-    const int32_t result = user_stg_max_support_count_get(0, 0, &chip_count);
+    static constexpr adp::FailurePoint kFailed{"adp_get_max_support_stg", __LINE__,
+                                               "%s %d: get max support stg number failed\n"};
+    const int32_t result = adp::unused_count_of(user_stg_max_support_count_get);
     if (result < 0) {
-        printf("%s %d: get max support stg number failed\n", "adp_get_max_support_stg", __LINE__);
-        return result;
+        return adp::report(kFailed, result);
     }
     *count = ADP_STG_SUPPORTED;
     return result;
 }
 
 adp_status_t adp_get_l2_cache_size(uint32_t *size) {
-    uint32_t chip_size = 0;
-    const int32_t result = user_l2_cache_size_get(0, 0, &chip_size);
+    static constexpr adp::FailurePoint kFailed{"adp_get_l2_cache_size", __LINE__,
+                                               "%s %d: get l2 cache size failed. ret=%d\n"};
+    const int32_t result = adp::unused_count_of(user_l2_cache_size_get);
     if (result != 0) {
-        printf("%s %d: get l2 cache size failed. ret=%d\n", "adp_get_l2_cache_size", __LINE__, result);
-        return result;
+        return adp::report(kFailed, result);
     }
     *size = ADP_L2_CACHE_SIZE;
     return ADP_OK;
 }
 
 adp_status_t adp_stg_default_get(uint32_t *stg) {
+    static constexpr adp::FailurePoint kFailed{"adp_stg_default_get", __LINE__,
+                                               "%s %d: stg vlan list failed. ret=%d\n"};
     const int32_t result = user_stg_default_get(0, 0, stg);
     if (result != 0) {
-        printf("%s %d: stg vlan list failed. ret=%d\n", "adp_stg_default_get", __LINE__, result);
-        return result;
+        return adp::report(kFailed, result);
     }
     *stg = 0;
     return ADP_OK;
 }
 
 int32_t adp_get_max_stg() {
+    static constexpr adp::FailurePoint kFailed{"adp_get_max_stg", __LINE__, "%s %d fail.ret=%d\n"};
     uint32_t count = 0;
     const int32_t result = user_stg_stg_count_get(0, 0, &count);
-    if (result < 0) {
-        printf("%s %d fail.ret=%d\n", "adp_get_max_stg", __LINE__, result);
-        return result;
-    }
-    return static_cast<int32_t>(count);
+    return result < 0 ? adp::report(kFailed, result) : static_cast<int32_t>(count);
 }
 
 adp_status_t adp_get_stg_each_time_list(int32_t *ids, uint32_t chunk_index, uint32_t chunk_size) {
-    const int32_t result = user_stg_each_time_list(0, 0, ids, chunk_index, chunk_size);
-    if (result < 0) {
-        printf("%s %d fail.ret=%d\n", "adp_get_stg_each_time_list", __LINE__, result);
-    }
-    return result;
+    static constexpr adp::FailurePoint kFailed{"adp_get_stg_each_time_list", __LINE__, "%s %d fail.ret=%d\n"};
+    return adp::report_if_negative(kFailed, user_stg_each_time_list(0, 0, ids, chunk_index, chunk_size));
 }
 
 adp_status_t adp_get_stg_vlan_each_time_list(int32_t stg, uint16_t *vlans, uint32_t chunk_index, uint32_t chunk_size) {
@@ -133,33 +136,24 @@ int32_t adp_get_stg_vlan_list(int32_t stg, uint16_t vlans[ADP_VLANS]) {
 }
 
 adp_status_t adp_stg_vlan_list(int32_t stg, adp_word_t *list, int32_t *count) {
-    const int32_t result = user_stg_vlan_list(0, 0, stg, list, count);
-    if (result != 0) {
-        printf("%s %d: stg vlan list failed. ret=%d\n", "adp_stg_vlan_list", __LINE__, result);
-    }
-    return result;
+    static constexpr adp::FailurePoint kFailed{"adp_stg_vlan_list", __LINE__, "%s %d: stg vlan list failed. ret=%d\n"};
+    return adp::report_if_failed(kFailed, user_stg_vlan_list(0, 0, stg, list, count));
 }
 
 adp_status_t adp_stg_vlan_list_destroy(adp_word_t list, int32_t count) {
-    const int32_t result = user_stg_vlan_list_destroy(0, 0, list, count);
-    if (result != 0) {
-        printf("%s %d: stg vlan list destroy failed. ret=%d\n", "adp_stg_vlan_list_destroy", __LINE__, result);
-    }
-    return result;
+    static constexpr adp::FailurePoint kFailed{"adp_stg_vlan_list_destroy", __LINE__,
+                                               "%s %d: stg vlan list destroy failed. ret=%d\n"};
+    return adp::report_if_failed(kFailed, user_stg_vlan_list_destroy(0, 0, list, count));
 }
 
 adp_status_t adp_stg_list(adp_word_t *list, int32_t *count) {
-    const int32_t result = user_stg_list(0, 0, list, count);
-    if (result != 0) {
-        printf("%s %d: stg vlan list destroy failed. ret=%d\n", "adp_stg_list", __LINE__, result);
-    }
-    return result;
+    static constexpr adp::FailurePoint kFailed{"adp_stg_list", __LINE__,
+                                               "%s %d: stg vlan list destroy failed. ret=%d\n"};
+    return adp::report_if_failed(kFailed, user_stg_list(0, 0, list, count));
 }
 
 adp_status_t adp_stg_list_destroy(adp_word_t list, int32_t count) {
-    const int32_t result = user_stg_list_destroy(0, 0, list, count);
-    if (result != 0) {
-        printf("%s %d: stg vlan list destroy failed. ret=%d\n", "adp_stg_list_destroy", __LINE__, result);
-    }
-    return result;
+    static constexpr adp::FailurePoint kFailed{"adp_stg_list_destroy", __LINE__,
+                                               "%s %d: stg vlan list destroy failed. ret=%d\n"};
+    return adp::report_if_failed(kFailed, user_stg_list_destroy(0, 0, list, count));
 }

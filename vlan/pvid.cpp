@@ -21,13 +21,9 @@ adp_status_t get_pvid(PhyPort port, uint32_t *vlan) {
 }  // namespace
 
 adp_status_t adp_intf_pivd_set(adp_intf_t intf, uint32_t vlan) {
-    return adp::by_kind(
-        Intf(intf), [&](PhyPort port) { return set_pvid(port, vlan); },
-        [&](Intf agg) {
-            // Each member's turn names the aggregation interface's own translation, which is none, not the member's.
-            return adp::until_first_failure(adp::active_members(agg),
-                                            [&](Intf) { return set_pvid(adp::phy_of(agg), vlan); });
-        });
+    // Each member's turn names the aggregation interface's own translation, which is none, not the member's.
+    return adp::on_port_or_members(Intf(intf), adp::Members::kActive,
+                                   [=](PhyPort) { return set_pvid(adp::phy_of(Intf(intf)), vlan); });
 }
 
 adp_status_t adp_intf_pivd_get(adp_intf_t intf, uint32_t *vlan) {
