@@ -87,8 +87,11 @@ bool aim_at_last(const adp_list_link_t *list, const VlanFilter &vlan, Intf passe
 
 // Mode 0: what is no member or names no port is passed over.
 bool add_if_reachable(Intf intf, const VlanFilter &vlan, TxTag *tag) {
+    if (!vlan.passes(intf)) {
+        return false;
+    }
     const Intf port(number_standing_for(intf));
-    return port != kNoIntf && vlan.passes(intf) && tag->add(phy_of(port));
+    return port != kNoIntf && tag->add(phy_of(port));
 }
 
 bool add_listed(const adp_list_link_t *list, const VlanFilter &vlan, Intf source, TxTag *tag) {
@@ -102,21 +105,18 @@ bool add_listed(const adp_list_link_t *list, const VlanFilter &vlan, Intf source
     return added;
 }
 
-bool add_range(uint32_t first, uint32_t last, const VlanFilter &vlan, Intf source, TxTag *tag) {
-    bool added = false;
-    for (uint32_t number = first; number <= last; ++number) {
-        if (Intf(number) != source) {
-            added |= add_if_reachable(Intf(number), vlan, tag);
-        }
-    }
-    return added;
-}
-
 // Without a VLAN the aggregation interfaces take no part: their members are flooded as user ports.
 bool add_flooded(const VlanFilter &vlan, Intf source, TxTag *tag) {
-    bool added = add_range(1, ADP_USER_PORTS, vlan, source, tag);
-    if (vlan.given) {
-        added |= add_range(ADP_AGG_INTF(1), ADP_AGG_INTF(ADP_AGG_GROUPS), vlan, source, tag);
+    bool added = false;
+    for (Intf port(1); port.index() <= ADP_USER_PORTS; port = Intf(port.value() + 1)) {
+        if (port != source && vlan.passes(port)) {
+            added |= tag->add(phy_of(port));
+        }
+    }
+    for (Intf agg(ADP_AGG_INTF(1)); vlan.given && agg.index() <= ADP_AGG_GROUPS; agg = Intf(agg.value() + 1)) {
+        if (agg != source) {
+            added |= add_if_reachable(agg, vlan, tag);
+        }
     }
     return added;
 }

@@ -26,19 +26,6 @@ TxTag with_physical_ports(const TxTag &tag) {
 }  // namespace
 }  // namespace adp
 
-bool adp::TxTag::add(PhyPort port) {
-    const int32_t number = port.value();
-    if (number < 0 || number > kLastTaggedPort) {
-        return false;
-    }
-    if (number < kFirstHighPort) {
-        first_ |= 1u << number;
-    } else {
-        second_ |= 1u << (number - kFirstHighPort);
-    }
-    return true;
-}
-
 void adp_bcmtag_dest_port_intf_2_phy(uint8_t tag[8]) {
     using namespace adp;
     TxTag translated(tag);

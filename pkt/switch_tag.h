@@ -81,7 +81,18 @@ class TxTag {
     }
 
     /** Adds a port to the bitmap; false for a port that has no bit in it. */
-    bool add(PhyPort port);
+    constexpr bool add(PhyPort port) {
+        const int32_t number = port.value();
+        if (number < 0 || number > kLastTaggedPort) {
+            return false;
+        }
+        if (number < kFirstHighPort) {
+            first_ |= 1u << number;
+        } else {
+            second_ |= 1u << (number - kFirstHighPort);
+        }
+        return true;
+    }
 
   private:
     uint32_t first_ = 0;
