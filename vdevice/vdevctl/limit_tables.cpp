@@ -25,7 +25,7 @@ std::string rate_text(const json &row) {
 }
 
 /** What is out of the ordinary. */
-std::string state_text(const json &row) {
+std::string limit_state(const json &row) {
     std::vector<std::string> words;
     if (!row["enabled"].get<bool>()) {
         words.emplace_back("off");
@@ -51,7 +51,7 @@ std::string show_storm(const json &answer) {
     std::string text = fmt::format("{:>4}  {:<15} {:>18} {:>20} {:>12} {:>12}  {}\n", "PORT", "TYPE", "RATE", "LEVEL",
                                    "PASSED", "DROPPED", "STATE");
     for (const json &row : answer["storm"]) {
-        text += limit_row(row, row["type"].get<std::string>(), state_text(row));
+        text += limit_row(row, row["type"].get<std::string>(), limit_state(row));
     }
     for (const json &row : answer["ingress"]) {
         text += limit_row(row, "ingress", "");
