@@ -9,6 +9,7 @@
 #include "adpsh/arguments.h"
 #include "adpsh/table.h"
 #include "tests/fault/target.h"
+#include "tests/support/call_line.h"
 #include "tests/support/fake_system.h"
 #include "tests/support/library_test.h"
 
@@ -18,27 +19,13 @@ namespace {
 /** What a call only writes holds this before it, so that what it left alone shows. */
 constexpr uint8_t kUntouched = 0xA5;
 
-adpsh::Command parsed(const std::string &line) {
-    const auto command = adpsh::parse_line(line);
-    if (const auto *error = std::get_if<adpsh::Error>(&command)) {
-        throw std::runtime_error(line + ": " + error->text);
-    }
-    return std::get<adpsh::Command>(command);
-}
-
-const adpsh::Call &require_call(const std::string &name) {
-    const adpsh::Call *call = adpsh::find_call(name);
-    if (call == nullptr) {
-        throw std::runtime_error("no exported function is called " + name);
-    }
-    return *call;
-}
-
 /** A call's arguments as a line gives them. */
 class Subject {
   public:
     explicit Subject(const std::string &line)
-        : command_(parsed(line)), call_(require_call(command_.name)), arguments_(call_, command_, variables_) {
+        : command_(call_line::parsed(line)),
+          call_(call_line::require_call(command_.name)),
+          arguments_(call_, command_, variables_) {
         arguments_.fill_outputs(kUntouched);
     }
 

@@ -1,31 +1,15 @@
 #include "bench/calls/record/library_call.h"
 
-#include <stdexcept>
 #include <vector>
 
+#include "tests/support/call_line.h"
+
 namespace record {
-namespace {
-
-adpsh::Command parsed(const std::string &line) {
-    const auto command = adpsh::parse_line(line);
-    if (const auto *error = std::get_if<adpsh::Error>(&command)) {
-        throw std::runtime_error(line + ": " + error->text);
-    }
-    return std::get<adpsh::Command>(command);
-}
-
-const adpsh::Call &require_call(const std::string &name) {
-    const adpsh::Call *call = adpsh::find_call(name);
-    if (call == nullptr) {
-        throw std::runtime_error("no exported function is called " + name);
-    }
-    return *call;
-}
-
-}  // namespace
 
 LibraryCall::LibraryCall(const std::string &line, Blocks &blocks)
-    : command_(parsed(line)), call_(require_call(command_.name)), arguments_(call_, command_, variables_) {
+    : command_(call_line::parsed(line)),
+      call_(call_line::require_call(command_.name)),
+      arguments_(call_, command_, variables_) {
     std::vector<std::string> buffers;
     for (const adpsh::Bytes &room : arguments_.room()) {
         blocks.add(room);

@@ -1,0 +1,37 @@
+/**
+ * @file call_line.h
+ * Calls of the library that a test or benchmark gives as a line of the shell.
+ */
+#ifndef TESTS_SUPPORT_CALL_LINE_H
+#define TESTS_SUPPORT_CALL_LINE_H
+
+#include <stdexcept>
+#include <string>
+#include <variant>
+
+#include "adpsh/parser.h"
+#include "adpsh/table.h"
+
+namespace call_line {
+
+/** Throws std::runtime_error when the line cannot be read. */
+inline adpsh::Command parsed(const std::string &line) {
+    const auto command = adpsh::parse_line(line);
+    if (const auto *error = std::get_if<adpsh::Error>(&command)) {
+        throw std::runtime_error(line + ": " + error->text);
+    }
+    return std::get<adpsh::Command>(command);
+}
+
+/** Throws std::runtime_error when there is no such function. */
+inline const adpsh::Call &require_call(const std::string &name) {
+    const adpsh::Call *call = adpsh::find_call(name);
+    if (call == nullptr) {
+        throw std::runtime_error("no exported function is called " + name);
+    }
+    return *call;
+}
+
+}  // namespace call_line
+
+#endif
