@@ -11,8 +11,8 @@ import pathlib
 import statistics
 import tempfile
 
-from lab.builds import ROOT, Build
-from lab.netns import NetNamespace
+from adp.lab.builds import ROOT, Build
+from adp.lab.netns import NetNamespace
 
 from bench import figure, instructions
 from bench.problem import BenchError

@@ -2,7 +2,7 @@
 
 import re
 
-from lab.builds import Build
+from adp.lab.builds import Build
 
 from bench.instructions import run
 from bench.problem import BenchError

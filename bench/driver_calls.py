@@ -12,9 +12,9 @@ from bench.bars import plot_bars
 from bench.isolated import measure_in_namespaces
 from bench.problem import BenchError
 from bench.switches.cores import Cores, seconds_of
-from lab import Build
-from lab.device import Device
-from lab.process import poll_until, stop, tied
+from adp.lab import Build
+from adp.lab.device import Device
+from adp.lab.process import poll_until, stop, tied
 
 NAME = "driver_calls"
 TITLE = "Driver calls through the remote driver, beside bare messages over a Unix socket"

@@ -1,6 +1,6 @@
 """What a received frame costs: both receive calls beside a bare move of the bytes that have to move anyway."""
 
-from lab.builds import Build
+from adp.lab.builds import Build
 
 from bench import figure, instructions
 

@@ -10,10 +10,10 @@ import tempfile
 from bench.bars import plot_bars
 from bench.isolated import measure_in_namespaces
 from bench.problem import BenchError
-from lab import Build
-from lab.builds import EMULATOR
-from lab.netns import NetNamespace
-from lab.process import poll_until, tied
+from adp.lab import Build
+from adp.lab.builds import EMULATOR
+from adp.lab.netns import NetNamespace
+from adp.lab.process import poll_until, tied
 
 NAME = "frames_out"
 TITLE = "Frames out: __adp_transmit_frame and adp_transmit_frame beside bare system calls"

@@ -11,7 +11,7 @@ import subprocess
 import tempfile
 from typing import NamedTuple
 
-from lab.builds import Build
+from adp.lab.builds import Build
 
 from bench.problem import BenchError
 

@@ -15,7 +15,7 @@ import sys
 import tempfile
 
 from bench.problem import BenchError
-from lab import LabError
+from adp.lab import LabError
 
 NICENESS = -10
 LONGEST_SECONDS = 1800
@@ -25,7 +25,7 @@ def measure_in_namespaces(module, options):
     with tempfile.TemporaryDirectory() as folder:
         path = pathlib.Path(folder) / "result"
         inside = [sys.executable, "-B", "-m", "bench.isolated", module, json.dumps(vars(options)), path]
-        command = [sys.executable, "-B", "-m", "lab.isolate", *map(str, inside)]
+        command = [sys.executable, "-B", "-m", "adp.lab.isolate", *map(str, inside)]
         if subprocess.run(command, check=False, timeout=LONGEST_SECONDS).returncode != 0:
             raise BenchError("This could not be measured, see above.")
         return json.loads(path.read_text(encoding="utf-8"))

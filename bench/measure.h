@@ -5,8 +5,7 @@
  * bench/instructions.py reads the count of each out of a profile or a log of the process, by its name. So the functions
  * must not be inlined, and each one measured must have a name of its own.
  */
-#ifndef BENCH_MEASURE_H
-#define BENCH_MEASURE_H
+#pragma once
 
 /** Calls the function and has it counted. */
 __attribute__((noipa)) static long measure(long (*function)(void)) {
@@ -21,5 +20,3 @@ __attribute__((noipa)) static long warm_up(long (*function)(void)) {
     __asm__ volatile("" ::: "memory");
     return result;
 }
-
-#endif

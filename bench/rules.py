@@ -1,6 +1,6 @@
 """What a rule costs beside 1, 100 and 900 others: instructions of the library and of a driver that answers at once."""
 
-from lab.builds import Build
+from adp.lab.builds import Build
 
 from bench import figure
 from bench.instructions import per_call

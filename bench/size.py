@@ -11,7 +11,7 @@ import shutil
 import subprocess
 import tempfile
 
-from lab.builds import Build
+from adp.lab.builds import Build
 
 from bench import figure
 from bench.problem import BenchError

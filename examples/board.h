@@ -1,7 +1,6 @@
 /* The board that the examples run on: user port 1 is wired to the chip's port 4, 2 to 5 and so on; the CPU to port 0.
  */
-#ifndef EXAMPLES_BOARD_H
-#define EXAMPLES_BOARD_H
+#pragma once
 
 #include <adp/adp.h>
 
@@ -16,5 +15,3 @@ static inline adp_status_t set_up_board(void) {
         status = adp_add_phy_port(port, 0, 0, port + kFirstPhysicalPort - 1, 0);
     return status;
 }
-
-#endif

@@ -18,9 +18,9 @@ import sys
 from demo_acl import run_acl
 from demo_traffic import HOST_PORTS, RECEIVED, SENT, host_frames
 from failover import run_failover
-from lab import Build, Lab, LabError
-from lab.device import CPU_INTERFACE
-from lab.frames import (
+from adp.lab import Build, Lab, LabError
+from adp.lab.device import CPU_INTERFACE
+from adp.lab.frames import (
     BROADCAST,
     ETHERTYPE_EXPERIMENT,
     OPCODE_SHIFT,
@@ -30,8 +30,8 @@ from lab.frames import (
     split_switch_tag,
     vlan_tag,
 )
-from lab.nic import Nic
-from lab.process import LineReader, stop
+from adp.lab.nic import Nic
+from adp.lab.process import LineReader, stop
 
 STEP_SECONDS = 30.0
 STEP_MARK = "-- "

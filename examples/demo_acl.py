@@ -5,9 +5,9 @@ Every packet is compared with what has to become of it, as the hosts saw it, and
 
 import contextlib
 
-from lab.acl import AclProgram
-from lab.frames import mac
-from lab.ip import TCP, UDP, Ipv4Packet
+from adp.lab.acl import AclProgram
+from adp.lab.frames import mac
+from adp.lab.ip import TCP, UDP, Ipv4Packet
 
 GUEST_PORT, SERVER_PORT, MIRROR_PORT = 5, 22, 26
 ADMINISTRATOR, GUEST, WATCHED, SERVER = "10.1.0.9", "10.1.0.5", "10.1.0.66", "10.2.0.2"

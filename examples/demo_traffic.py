@@ -3,7 +3,7 @@
 import struct
 from typing import NamedTuple
 
-from lab.frames import (
+from adp.lab.frames import (
     BROADCAST,
     ETHERTYPE_EXPERIMENT,
     ETHERTYPE_IPV4,

@@ -6,9 +6,9 @@ is accounted for, and every step is compared with what it has to give.
 
 from typing import NamedTuple
 
-from lab import Pair
-from lab.aggregation import GroupEvent, Handled
-from lab.failover import (
+from adp.lab import Pair
+from adp.lab.aggregation import GroupEvent, Handled
+from adp.lab.failover import (
     CABLES,
     FAR_HOST,
     FAR_WITNESS,
@@ -19,7 +19,7 @@ from lab.failover import (
     PULLS,
     FourCables,
 )
-from lab.load import NOWHERE_ELSE
+from adp.lab.load import NOWHERE_ELSE
 
 STEADY_SECONDS = 0.4
 HEADING = ("step", "sent", "delivered", "lost", "until handled", "handled in", "near group")

@@ -2,8 +2,7 @@
  * What hosts say about the multicast groups that they want to hear, out of frames that the switch handed to the CPU:
  * IGMP (RFC 2236, RFC 3376) and MLD (RFC 2710, RFC 3810).
  */
-#ifndef EXAMPLES_MULTICAST_MESSAGES_H
-#define EXAMPLES_MULTICAST_MESSAGES_H
+#pragma once
 
 #include <stdbool.h>
 #include <stddef.h>
@@ -23,5 +22,3 @@ struct wish {
 /* Calls `tell` for each wish in a frame as received on eth0, in their order; for any other frame, and from the place
  * on where a message is broken, never. The frame loses its switch tag. */
 void read_wishes(uint8_t *frame, size_t length, void (*tell)(const struct wish *wish));
-
-#endif

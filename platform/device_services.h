@@ -6,8 +6,7 @@
  * The result of a call is 0 for success unless its own comment says otherwise. `intf` is a logical interface number,
  * `vid` a VLAN id (IEEE 802.1Q).
  */
-#ifndef DEVICE_SERVICES_H
-#define DEVICE_SERVICES_H
+#pragma once
 
 #include <adp/types.h>
 
@@ -79,5 +78,3 @@ int32_t del_mac_addr(const char *mac, uint32_t vid, uint32_t flag);
 int32_t set_mac_tbl_clear_by_port(uint32_t intf, uint32_t scope, uint32_t kind);
 
 ADP_END_DECLS
-
-#endif

@@ -15,8 +15,7 @@
  *
  * The calls do not all begin with unit and zero. The order of each call's arguments is a fact of the driver library.
  */
-#ifndef NETLINK_API_H
-#define NETLINK_API_H
+#pragma once
 
 #include <adp/types.h>
 
@@ -878,5 +877,3 @@ int32_t user_pci_read(uint32_t unit, uint32_t zero, uint32_t address, uint32_t *
 int32_t user_pci_write(uint32_t unit, uint32_t zero, uint32_t address, const uint32_t *value);
 
 ADP_END_DECLS
-
-#endif

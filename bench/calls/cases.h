@@ -2,8 +2,7 @@
  * @file cases.h
  * A call that is measured and its floor, the driver's calls that it makes, made directly.
  */
-#ifndef BENCH_CALLS_CASES_H
-#define BENCH_CALLS_CASES_H
+#pragma once
 
 #include <stddef.h>
 #include <stdint.h>
@@ -31,5 +30,3 @@ struct bench_case {
 
 extern const struct bench_case bench_cases[];
 extern const unsigned bench_case_count;
-
-#endif

@@ -11,7 +11,7 @@ import pathlib
 import sys
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-sys.path.insert(0, str(ROOT / "platform" / "generate"))
+sys.path.insert(0, str(ROOT / "calls" / "generate"))
 
 import emit_calls  # noqa: E402  (the path has to be set first)
 import model       # noqa: E402

@@ -17,8 +17,8 @@
 #include <stdexcept>
 #include <string>
 
-#include "platform/call_table.h"
-#include "platform/invoke.h"
+#include "calls/call_table.h"
+#include "calls/invoke.h"
 #include "vdevice/remote/server.h"
 
 extern "C" void *const instant_calls[];
@@ -83,11 +83,11 @@ class Caller {
     int descriptor_ = -1;
 };
 
-int64_t answer(platform::CallId id, const void *const *arguments) {
+int64_t answer(calls::CallId id, const void *const *arguments) {
     // The logger takes a format, which the caller's side has already made a text.
-    return id == platform::CallId::Log_logging_func
+    return id == calls::CallId::Log_logging_func
                ? 0
-               : platform::call_function(instant_calls[static_cast<std::size_t>(id)], id, arguments);
+               : calls::call_function(instant_calls[static_cast<std::size_t>(id)], id, arguments);
 }
 
 void serve(vdevice::remote::Server &server, const Caller &caller) {
@@ -105,7 +105,7 @@ void serve(vdevice::remote::Server &server, const Caller &caller) {
 int run(const char *socket, unsigned long long expected, char **command) {
     const Caller *caller = nullptr;
     vdevice::remote::Server server(
-        [&caller](platform::CallId id, const void *const *arguments) {
+        [&caller](calls::CallId id, const void *const *arguments) {
             caller->wait_until_it_waits();
             return answer(id, arguments);
         },

@@ -3,8 +3,7 @@
  * The state of the library's tables in which every call is recorded and measured: the default board's map, group 2 with
  * three members, group 8 with eight, and receivers for every kind of event.
  */
-#ifndef BENCH_CALLS_STATE_H
-#define BENCH_CALLS_STATE_H
+#pragma once
 
 #ifdef __cplusplus
 extern "C" {
@@ -15,6 +14,4 @@ int bring_up(void);
 
 #ifdef __cplusplus
 }
-#endif
-
 #endif

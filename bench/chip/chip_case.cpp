@@ -4,7 +4,7 @@
 #include <cstdlib>
 
 #include "bench/chip/rules.h"
-#include "vdevice/chip/packet_builder.h"
+#include "vdevice/chip/testing/packet_builder.h"
 
 namespace bench {
 namespace {

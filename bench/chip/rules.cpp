@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "bench/chip/chip_case.h"
-#include "vdevice/chip/ip_header.h"
+#include "vdevice/chip/frame/ip_header.h"
 
 namespace bench {
 namespace {

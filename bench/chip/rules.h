@@ -3,7 +3,7 @@
 
 #include <cstddef>
 
-#include "vdevice/chip/field_table.h"
+#include "vdevice/chip/fields/field_table.h"
 
 namespace bench {
 

@@ -1,6 +1,5 @@
 /* The system calls of a frame on its way out, made directly, with the frame ready to be sent. */
-#ifndef BENCH_FRAMES_OUT_BARE_H
-#define BENCH_FRAMES_OUT_BARE_H
+#pragma once
 
 #include <stdbool.h>
 #include <stddef.h>
@@ -28,5 +27,3 @@ bool send_bare(int socket, const struct tagged_frame *frame);
 
 /** The same on a packet socket that is opened and closed for it. */
 bool send_bare_on_own_socket(const struct tagged_frame *frame);
-
-#endif

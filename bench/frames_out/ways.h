@@ -1,6 +1,5 @@
 /* The ways in which the library sends a frame. */
-#ifndef BENCH_FRAMES_OUT_WAYS_H
-#define BENCH_FRAMES_OUT_WAYS_H
+#pragma once
 
 #include <stdbool.h>
 #include <stdint.h>
@@ -24,5 +23,3 @@ bool prepare_ways(void);
 
 /** Sends a frame. */
 bool send_by(const struct way *way, const adp_tx_frame_t *frame);
-
-#endif

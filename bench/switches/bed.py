@@ -3,10 +3,10 @@
 import contextlib
 import pathlib
 
-from lab.netns import NetNamespace
-from lab.nic import Nic
-from lab.offload import disable_offloads
-from lab.process import poll_until
+from adp.lab.netns import NetNamespace
+from adp.lab.nic import Nic
+from adp.lab.offload import disable_offloads
+from adp.lab.process import poll_until
 
 SENDER, RECEIVER, WITNESS = 1, 2, 3
 PORTS = (SENDER, RECEIVER, WITNESS)

@@ -1,6 +1,6 @@
 """The course of a measurement: the switches take turns on one bed, each turn over all points.
 
-    PYTHONPATH=.:vdevice python3 -m lab.isolate python3 -m bench.switches.course [--quick] [--rounds N]
+    PYTHONPATH=.:vdevice python3 -m adp.lab.isolate python3 -m bench.switches.course [--quick] [--rounds N]
         [--seconds S] [--no-trains] [--device BUILD] [--switches NAME,...] [--output FILE]
 
 BUILD names the build of the virtual device: a folder in build/, or the path of any build folder.
@@ -15,8 +15,8 @@ from typing import NamedTuple
 
 from bench.isolated import come_first
 from bench.problem import BenchError
-from lab import LabError
-from lab.process import poll_until
+from adp.lab import LabError
+from adp.lab.process import poll_until
 
 from .bed import RECEIVER, SENDER, WITNESS, Bed
 from .bridge import Bridge, NoSwitch

@@ -4,10 +4,10 @@ import contextlib
 import sys
 
 from bench.problem import BenchError
-from lab import Build
-from lab.device import Device
-from lab.rules import RuleText, distinct_places
-from lab.shell import Shell
+from adp.lab import Build
+from adp.lab.device import Device
+from adp.lab.rules import RuleText, distinct_places
+from adp.lab.shell import Shell
 
 from .bed import PORTS
 from .rules import SENDER_PORT

@@ -10,7 +10,7 @@ import subprocess
 import tempfile
 
 from bench.problem import BenchError
-from lab.process import poll_until, stop, tied
+from adp.lab.process import poll_until, stop, tied
 
 from .bed import PORTS, near_end
 from .rules import SENDER_PORT

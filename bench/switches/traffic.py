@@ -4,8 +4,8 @@ import contextlib
 import subprocess
 
 from bench.problem import BenchError
-from lab import Build
-from lab.process import stop, tied
+from adp.lab import Build
+from adp.lab.process import stop, tied
 
 from .bed import RECEIVER, SENDER, far_end
 

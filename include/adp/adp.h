@@ -2,8 +2,7 @@
  * @file adp.h
  * The switch adaptation layer: everything that libadp exports.
  */
-#ifndef ADP_ADP_H
-#define ADP_ADP_H
+#pragma once
 
 #include <adp/agg.h>
 #include <adp/fp.h>
@@ -14,5 +13,3 @@
 #include <adp/stg.h>
 #include <adp/types.h>
 #include <adp/vlan.h>
-
-#endif

@@ -9,8 +9,7 @@
  * serialise management operations and link handling. No accessor makes a driver call; every driver call named here is
  * made with unit 0 and a second argument 0, which the descriptions leave out, and 0 is its success.
  */
-#ifndef ADP_AGG_H
-#define ADP_AGG_H
+#pragma once
 
 #include <adp/types.h>
 
@@ -372,5 +371,3 @@ adp_status_t adp_set_trap_lacp_packet(uint32_t value, uint32_t unused, uint32_t 
 adp_status_t adp_set_trap_eoam_packet(uint32_t value, uint32_t unused, uint32_t unused2, adp_word_t option);
 
 ADP_END_DECLS
-
-#endif

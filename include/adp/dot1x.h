@@ -5,8 +5,7 @@
  * A port is authorised by its learning mode, an address by a static entry. No state is kept and nothing is undone after
  * a failure. The MAC table is worked on through the device's own services.
  */
-#ifndef ADP_DOT1X_H
-#define ADP_DOT1X_H
+#pragma once
 
 #include <adp/types.h>
 
@@ -61,5 +60,3 @@ adp_status_t adp_set_mac_dot1x_authorized_state(adp_intf_t intf, uint32_t vid, c
                                                 uint32_t authorised);
 
 ADP_END_DECLS
-
-#endif

@@ -15,8 +15,7 @@
  * The calls log what they do, where the descriptions say so: level 7, module 18, word "ACL", and into the trace while
  * sys_trace_get() is not 0. The texts, with function name and source line, are fixed.
  */
-#ifndef ADP_FP_H
-#define ADP_FP_H
+#pragma once
 
 #include <adp/types.h>
 
@@ -398,5 +397,3 @@ adp_status_t adp_add_remark_rule(ADP_INOUT RemarkRule *rule);
 adp_status_t adp_del_remark_rule(uint32_t rule_id);
 
 ADP_END_DECLS
-
-#endif

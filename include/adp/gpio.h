@@ -7,8 +7,7 @@
  * The result of a read is ignored: where it fails, the value counts as 0. Nothing here takes a lock: two callers that
  * change pins of one register at once can lose one change.
  */
-#ifndef ADP_GPIO_H
-#define ADP_GPIO_H
+#pragma once
 
 #include <adp/types.h>
 
@@ -97,5 +96,3 @@ int32_t adp_get_gpio_val(uint32_t pin);
 adp_status_t adp_reverse_gpio(uint32_t pin);
 
 ADP_END_DECLS
-
-#endif

@@ -7,8 +7,7 @@
  * Nothing takes a lock. A call on an aggregation group outside 1..8 returns -1 and makes no driver call, except where
  * it returns 102 for every group.
  */
-#ifndef ADP_L2_H
-#define ADP_L2_H
+#pragma once
 
 #include <adp/dot1x.h>
 #include <adp/mac.h>
@@ -124,5 +123,3 @@ adp_status_t hal_vlan_control_port_set(adp_intf_t intf, uint32_t control, int32_
 adp_status_t hal_vlan_control_port_get(adp_intf_t intf, uint32_t control, uint32_t *value);
 
 ADP_END_DECLS
-
-#endif

@@ -10,8 +10,7 @@
  *
  * Driver calls are written with all their arguments: not all begin with unit and 0.
  */
-#ifndef ADP_MAC_H
-#define ADP_MAC_H
+#pragma once
 
 #include <adp/types.h>
 
@@ -396,5 +395,3 @@ adp_status_t adp_is_mcast_addr_exist_by_vlan_ex(adp_word_t first, adp_word_t unu
                                                 adp_word_t fourth);
 
 ADP_END_DECLS
-
-#endif

@@ -11,8 +11,7 @@
  *
  * A list that names an aggregation group outside 1..8 is refused with -1 before any driver call.
  */
-#ifndef ADP_MCAST_H
-#define ADP_MCAST_H
+#pragma once
 
 #include <adp/types.h>
 
@@ -192,5 +191,3 @@ adp_status_t adp_control_ipmc_lookup_miss_action(uint32_t action);
 adp_status_t adp_control_ip6mc_lookup_miss_action(uint32_t action);
 
 ADP_END_DECLS
-
-#endif

@@ -6,8 +6,7 @@
  * translate, an aggregation interface among them, is handed on as physical port -1: the driver judges it. Driver
  * calls are made with unit 0 and a second argument 0, which the descriptions leave out.
  */
-#ifndef ADP_MIRROR_H
-#define ADP_MIRROR_H
+#pragma once
 
 #include <adp/types.h>
 
@@ -77,5 +76,3 @@ adp_status_t adp_set_mirror_disable(uint32_t session, uint32_t unused2, uint32_t
 adp_status_t adp_check_set_mirror_disable(uint32_t session, uint32_t unused2, uint32_t unused3, adp_word_t value);
 
 ADP_END_DECLS
-
-#endif

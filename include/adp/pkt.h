@@ -16,8 +16,7 @@
  * No call of this header makes a driver call; some ask the device's VLAN service, get_vlan_info(). Nothing takes a
  * lock; __adp_transmit_frame() shares one socket among all threads, and each send is a single system call.
  */
-#ifndef ADP_PKT_H
-#define ADP_PKT_H
+#pragma once
 
 #include <adp/types.h>
 
@@ -219,5 +218,3 @@ adp_status_t adp_linkscan_register(adp_link_event_cb_t handler);
 int32_t linkscan_handle_cb(uint32_t unit, uint32_t port, const uint32_t info[4]);
 
 ADP_END_DECLS
-
-#endif

@@ -10,8 +10,7 @@
  * start-up and only read afterwards. The calls of the map make no driver call; every other driver call named here is
  * made with unit 0 and a second argument 0, which the descriptions leave out, and 0 is its success.
  */
-#ifndef ADP_PORT_H
-#define ADP_PORT_H
+#pragma once
 
 #include <adp/gpio.h>
 #include <adp/mirror.h>
@@ -414,5 +413,3 @@ int32_t adp_link_event_fast_send_unicast_msg(uint32_t unit, uint32_t port, int32
 int32_t adp_link_event_fast_send_unicast_msg_ex(int32_t intf, int32_t status);
 
 ADP_END_DECLS
-
-#endif

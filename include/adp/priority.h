@@ -8,8 +8,7 @@
  * driver's result" means its result unchanged. Interface types other than user port and aggregation interface give 201
  * without a driver call, aggregation interfaces what the descriptions say, without one either.
  */
-#ifndef ADP_PRIORITY_H
-#define ADP_PRIORITY_H
+#pragma once
 
 #include <adp/types.h>
 
@@ -301,5 +300,3 @@ adp_status_t adp_vlan_control_port_set(adp_intf_t intf, uint32_t control, int32_
 adp_status_t adp_vlan_control_port_get(adp_intf_t intf, uint32_t control, uint32_t *value);
 
 ADP_END_DECLS
-
-#endif

@@ -7,8 +7,7 @@
  * say "no unit". No call here fans out: an aggregation interface gives 102, interface types other than user port and
  * aggregation interface 201, both without a driver call.
  */
-#ifndef ADP_QOS_H
-#define ADP_QOS_H
+#pragma once
 
 #include <adp/priority.h>
 #include <adp/storm.h>
@@ -133,5 +132,3 @@ adp_status_t adp_set_queue_shaper(void);
 adp_status_t adp_get_queue_shaper(void);
 
 ADP_END_DECLS
-
-#endif

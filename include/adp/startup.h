@@ -10,8 +10,7 @@
  * address in it go to the CPU. The block of addresses is 01:80:C2:00:00:00 to 01:80:C2:00:00:0F (IEEE 802.1Q, reserved
  * addresses).
  */
-#ifndef ADP_STARTUP_H
-#define ADP_STARTUP_H
+#pragma once
 
 #include <adp/types.h>
 
@@ -118,5 +117,3 @@ adp_status_t ipv6_user_init(void);
 adp_status_t adp_dos_attack_init(void);
 
 ADP_END_DECLS
-
-#endif

@@ -10,8 +10,7 @@
  * Reports of failures are printed on standard output, with the function's name and the source line, except where
  * standard error is named. Several name another operation than the one that failed; their texts are fixed.
  */
-#ifndef ADP_STG_H
-#define ADP_STG_H
+#pragma once
 
 #include <adp/types.h>
 
@@ -275,5 +274,3 @@ adp_status_t adp_set_port_erps_state(adp_intf_t intf, uint32_t state);
 adp_status_t adp_get_port_erps_state(adp_intf_t intf, uint32_t *state);
 
 ADP_END_DECLS
-
-#endif

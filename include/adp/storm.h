@@ -10,8 +10,7 @@
  * other than user port and aggregation interface give 201 without a driver call, a group outside 1..8 whose tables are
  * looked at -1 likewise.
  */
-#ifndef ADP_STORM_H
-#define ADP_STORM_H
+#pragma once
 
 #include <adp/types.h>
 
@@ -152,5 +151,3 @@ adp_status_t adp_set_ingress_limit(uint32_t dev_id, adp_intf_t intf, uint32_t ra
 adp_status_t adp_get_ingress_limit(uint32_t dev_id, adp_intf_t intf, uint32_t *rate, uint32_t *burst);
 
 ADP_END_DECLS
-
-#endif

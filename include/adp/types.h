@@ -2,8 +2,7 @@
  * @file types.h
  * Types, status codes and marks that every header of the switch adaptation layer shares.
  */
-#ifndef ADP_TYPES_H
-#define ADP_TYPES_H
+#pragma once
 
 #include <stdint.h>
 
@@ -116,5 +115,3 @@ typedef struct {
 } adp_l2_entry_t;
 
 ADP_END_DECLS
-
-#endif

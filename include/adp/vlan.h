@@ -7,8 +7,7 @@
  * VLAN table of its own. Every driver call is made with unit 0 and a second argument 0; "the driver's result" means its
  * result unchanged, 0 for success. A call on an aggregation group outside 1..8 returns -1 and makes no driver call.
  */
-#ifndef ADP_VLAN_H
-#define ADP_VLAN_H
+#pragma once
 
 #include <adp/types.h>
 #include <adp/vlan_tag.h>
@@ -180,5 +179,3 @@ adp_status_t adp_intf_pivd_set(adp_intf_t intf, uint32_t vlan);
 adp_status_t adp_intf_pivd_get(adp_intf_t intf, uint32_t *vlan);
 
 ADP_END_DECLS
-
-#endif

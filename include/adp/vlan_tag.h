@@ -14,8 +14,7 @@
  * when there is none that is interface 0, which translates to the CPU port. Other interface types give 201 without a
  * driver call.
  */
-#ifndef ADP_VLAN_TAG_H
-#define ADP_VLAN_TAG_H
+#pragma once
 
 #include <adp/types.h>
 
@@ -212,5 +211,3 @@ adp_status_t adp_double_tag_tipd_set(adp_intf_t intf, uint32_t tpid, adp_word_t 
 adp_status_t adp_double_tag_tpid_get(adp_intf_t intf, uint32_t *tpid);
 
 ADP_END_DECLS
-
-#endif

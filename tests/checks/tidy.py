@@ -19,8 +19,8 @@ from concurrent.futures import ThreadPoolExecutor
 from itertools import groupby
 from pathlib import Path
 
-LIBRARY = ("port", "pkt", "agg", "l2", "fp", "qos", "stg", "vlan")
-REST = ("vdevice", "platform", "adpsh", "bench")
+LIBRARY = ("src",)
+REST = ("vdevice", "calls", "tools", "bench")
 # The static analyzer is for the library alone: what it says of the rest is mostly about libraries.
 NO_ANALYZER = "--checks=-clang-analyzer-*"
 # The analyzer passes over what is included, and here everything is; including sources is what is done here.

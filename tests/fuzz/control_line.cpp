@@ -9,7 +9,7 @@
 #include "tests/fuzz/fuzz.h"
 #include "tests/fuzz/raw_socket.h"
 #include "tests/support/temporary_folder.h"
-#include "vdevice/vdeviced/control_server.h"
+#include "vdevice/daemon/control_server.h"
 
 namespace {
 

@@ -7,15 +7,15 @@
 
 #include "tests/fuzz/fuzz.h"
 #include "tests/support/random_call.h"
-#include "vdevice/chip/recording_sink.h"
+#include "vdevice/chip/testing/recording_sink.h"
 #include "vdevice/driver/driver.h"
 #include "vdevice/remote/message.h"
 
 namespace {
 
+using calls::CallId;
 using fuzz::Bytes;
 using fuzz::expect;
-using platform::CallId;
 using vdevice::chip::Switch;
 
 constexpr int kMostSteps = 48;
@@ -62,7 +62,7 @@ class Device {
             } else if (what >= kFrame) {
                 receive(what % Switch::kPorts, input.bytes(input.u8()));
             } else {
-                call(static_cast<CallId>(what % platform::kCallCount), &input);
+                call(static_cast<CallId>(what % calls::kCallCount), &input);
             }
         }
         return out_.take();

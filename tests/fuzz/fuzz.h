@@ -3,8 +3,7 @@
  * What fuzz targets share. A target defines LLVMFuzzerTestOneInput(); it is linked with the fuzzer in the build `fuzz`
  * and with replay_main.cpp everywhere else, where it runs the inputs that are kept.
  */
-#ifndef TESTS_FUZZ_FUZZ_H
-#define TESTS_FUZZ_FUZZ_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -44,5 +43,3 @@ void expect(bool holds, const char *what);
 void be_quiet();
 
 }  // namespace fuzz
-
-#endif

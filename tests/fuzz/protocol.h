@@ -2,8 +2,7 @@
  * @file protocol.h
  * Bytes for the daemon's protocol, either as they come or put into messages whose lengths are right.
  */
-#ifndef TESTS_FUZZ_PROTOCOL_H
-#define TESTS_FUZZ_PROTOCOL_H
+#pragma once
 
 #include "tests/fuzz/fuzz.h"
 #include "vdevice/remote/wire.h"
@@ -28,7 +27,7 @@ inline Bytes protocol_bytes(Input *input, Framing framing) {
     Writer writer;
     if (framing.greets) {
         writer.word(kMagic);
-        writer.word(platform::kInterfaceChecksum);
+        writer.word(calls::kInterfaceChecksum);
     }
     while (framing.frames && !input->is_empty()) {
         const uint32_t words = input->u8();
@@ -44,5 +43,3 @@ inline Bytes protocol_bytes(Input *input, Framing framing) {
 }
 
 }  // namespace fuzz
-
-#endif

@@ -2,8 +2,7 @@
  * @file raw_socket.h
  * A client of a Unix socket that never waits, within the thread that also runs the server.
  */
-#ifndef TESTS_FUZZ_RAW_SOCKET_H
-#define TESTS_FUZZ_RAW_SOCKET_H
+#pragma once
 
 #include <cstdint>
 #include <span>
@@ -32,5 +31,3 @@ class RawSocket {
 };
 
 }  // namespace fuzz
-
-#endif

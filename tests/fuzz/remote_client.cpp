@@ -14,18 +14,18 @@
 #include <cstring>
 #include <optional>
 
+#include "calls/describe.h"
 #include "generated/driver_calls.h"
-#include "platform/describe.h"
 #include "tests/fuzz/protocol.h"
 #include "tests/support/random_call.h"
 #include "vdevice/remote/message.h"
 
 namespace {
 
+using calls::CallId;
+using calls::describe_result;
 using fuzz::Bytes;
 using fuzz::expect;
-using platform::CallId;
-using platform::describe_result;
 using random_call::RandomCall;
 using vdevice::remote::Client;
 using vdevice::remote::Extra;
@@ -123,7 +123,7 @@ namespace {
 /** The result of the reply behind the greeting, if it is a whole one. */
 std::optional<int32_t> result_of(const Bytes &bytes) {
     Reader reader(bytes);
-    if (reader.word() != vdevice::remote::kMagic || reader.word() != platform::kInterfaceChecksum) {
+    if (reader.word() != vdevice::remote::kMagic || reader.word() != calls::kInterfaceChecksum) {
         return std::nullopt;
     }
     const uint32_t words = reader.word();
@@ -147,7 +147,7 @@ void expect_answer(const Peer &other, CallId id, uint64_t seed, const RandomCall
 }
 
 void make_call(Client &client, Peer &other, fuzz::Input *seeds) {
-    const auto id = static_cast<CallId>(seeds->below(static_cast<uint32_t>(platform::kCallCount)));
+    const auto id = static_cast<CallId>(seeds->below(static_cast<uint32_t>(calls::kCallCount)));
     if (!vdevice::is_answered(id)) {
         return;
     }

@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-#include "platform/describe.h"
+#include "calls/describe.h"
 #include "tests/fuzz/protocol.h"
 #include "tests/fuzz/raw_socket.h"
 #include "tests/support/random_call.h"
@@ -14,9 +14,9 @@
 
 namespace {
 
+using calls::CallId;
 using fuzz::Bytes;
 using fuzz::expect;
-using platform::CallId;
 using vdevice::remote::Extra;
 using vdevice::remote::kMaxMessageWords;
 using vdevice::remote::kWordBytes;
@@ -28,7 +28,7 @@ constexpr int kMostRounds = 64;
 
 /** Reads every argument and writes every output, as a driver may. */
 int64_t answer(CallId id, const void *const *arguments) {
-    const std::size_t length = platform::describe_call(id, arguments).size();
+    const std::size_t length = calls::describe_call(id, arguments).size();
     random_call::write_outputs(id, arguments, length);
     return random_call::random_result(id, length);
 }
@@ -72,7 +72,7 @@ void expect_whole_messages(const Bytes &received, bool is_open) {
     if (received.empty()) {
         return;
     }
-    expect(reader.word() == vdevice::remote::kMagic && reader.word() == platform::kInterfaceChecksum, "the greeting");
+    expect(reader.word() == vdevice::remote::kMagic && reader.word() == calls::kInterfaceChecksum, "the greeting");
     while (reader.is_good() && reader.left() != 0) {
         const uint32_t words = reader.word();
         expect(words >= 1 && words <= kMaxMessageWords, "the length of a message");
@@ -106,7 +106,7 @@ const fuzz::RawSocket &other_client(Daemon &daemon) {
     static const bool greeted = [&] {
         Writer greeting;
         greeting.word(vdevice::remote::kMagic);
-        greeting.word(platform::kInterfaceChecksum);
+        greeting.word(calls::kInterfaceChecksum);
         client.send(greeting.buffer());
         Bytes received;
         return run(daemon.server(), client, &received) && received.size() == greeting.buffer().size();

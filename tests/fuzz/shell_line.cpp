@@ -2,8 +2,8 @@
 // read again.
 #include <string>
 
-#include "adpsh/parser.h"
 #include "tests/fuzz/fuzz.h"
+#include "tools/adpsh/parser.h"
 
 namespace {
 

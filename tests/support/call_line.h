@@ -2,15 +2,14 @@
  * @file call_line.h
  * Calls of the library that a test or benchmark gives as a line of the shell.
  */
-#ifndef TESTS_SUPPORT_CALL_LINE_H
-#define TESTS_SUPPORT_CALL_LINE_H
+#pragma once
 
 #include <stdexcept>
 #include <string>
 #include <variant>
 
-#include "adpsh/parser.h"
-#include "adpsh/table.h"
+#include "tools/adpsh/parser.h"
+#include "tools/adpsh/table.h"
 
 namespace call_line {
 
@@ -33,5 +32,3 @@ inline const adpsh::Call &require_call(const std::string &name) {
 }
 
 }  // namespace call_line
-
-#endif

@@ -13,8 +13,7 @@
  * While it is on, no socket call reaches the system: descriptors are made up, usleep() only lets the fake's time pass,
  * and time() is what the test set. Memory really is allocated, but counted and, where wanted, refused.
  */
-#ifndef TESTS_SUPPORT_FAKE_SYSTEM_H
-#define TESTS_SUPPORT_FAKE_SYSTEM_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -141,5 +140,3 @@ class Session {
 };
 
 }  // namespace fake_system
-
-#endif

@@ -5,8 +5,7 @@
  * On the default board user port i is physical port i + 3 and the CPU port is 0, so that nothing works because two
  * numbers happen to be equal.
  */
-#ifndef TESTS_SUPPORT_LIBRARY_STATE_H
-#define TESTS_SUPPORT_LIBRARY_STATE_H
+#pragma once
 
 #include <adp/adp.h>
 
@@ -16,8 +15,8 @@
 #include <string>
 #include <vector>
 
-#include "agg/tables.h"
-#include "port/hold.h"
+#include "src/core/group_tables.h"
+#include "src/port/hold.h"
 #include "tests/support/recording_driver.h"
 
 namespace library_test {
@@ -103,5 +102,3 @@ inline void clear_tables() {
 }
 
 }  // namespace library_test
-
-#endif

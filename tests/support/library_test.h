@@ -2,8 +2,7 @@
  * @file library_test.h
  * The start of every unit test of the library: cleared tables, the default board's port map, a fresh recording driver.
  */
-#ifndef TESTS_SUPPORT_LIBRARY_TEST_H
-#define TESTS_SUPPORT_LIBRARY_TEST_H
+#pragma once
 
 #include <adp/adp.h>
 #include <gmock/gmock.h>
@@ -16,7 +15,7 @@
 #include <string>
 #include <vector>
 
-#include "agg/tables.h"
+#include "src/core/group_tables.h"
 #include "tests/support/library_state.h"
 #include "tests/support/recording_driver.h"
 
@@ -57,5 +56,3 @@ class LibraryTest : public ::testing::Test {
 };
 
 }  // namespace library_test
-
-#endif

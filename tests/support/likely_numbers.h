@@ -2,8 +2,7 @@
  * @file likely_numbers.h
  * Random numbers of which most are such as calls care about: small ones, the edges of tables, all ones.
  */
-#ifndef TESTS_SUPPORT_LIKELY_NUMBERS_H
-#define TESTS_SUPPORT_LIKELY_NUMBERS_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -42,5 +41,3 @@ class LikelyNumbers final : public Source {
 };
 
 }  // namespace random_call
-
-#endif

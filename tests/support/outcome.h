@@ -4,8 +4,7 @@
  *
  *     EXPECT_EQ(outcome_of(adp_stg_init), (Outcome{-1, "", "adp_stg_init 251: ... failed!\n"}));
  */
-#ifndef TESTS_SUPPORT_OUTCOME_H
-#define TESTS_SUPPORT_OUTCOME_H
+#pragma once
 
 #include <gtest/gtest.h>
 
@@ -40,5 +39,3 @@ Outcome outcome_of(Call call) {
 }
 
 }  // namespace library_test
-
-#endif

@@ -7,8 +7,7 @@
  *     INSTANTIATE_TEST_SUITE_P(Shaper, NotOnGroups, ValuesIn(kShapers), port_calls::name_of);
  *     INSTANTIATE_TEST_SUITE_P(Shaper, ReadOfUserPort, ValuesIn(port_calls::reads_of(kShapers)), port_calls::name_of);
  */
-#ifndef TESTS_SUPPORT_PORT_CALLS_H
-#define TESTS_SUPPORT_PORT_CALLS_H
+#pragma once
 
 #include <functional>
 #include <iterator>
@@ -87,5 +86,3 @@ class ReadOfUserPort : public PortCallTest {};
 class NotOnGroups : public PortCallTest {};
 
 }  // namespace port_calls
-
-#endif

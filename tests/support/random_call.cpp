@@ -5,11 +5,11 @@
 
 namespace random_call {
 
-using platform::Call;
-using platform::CallId;
-using platform::Element;
-using platform::Kind;
-using platform::Param;
+using calls::Call;
+using calls::CallId;
+using calls::Element;
+using calls::Kind;
+using calls::Param;
 
 namespace {
 
@@ -24,7 +24,7 @@ uint32_t Random::next() {
 }
 
 void fill_random(Source &random, const Element &element, void *at, std::size_t count) {
-    const std::size_t size = platform::element_size(element);
+    const std::size_t size = calls::element_size(element);
     for (std::size_t index = 0; index < count; ++index) {
         auto *to = static_cast<uint8_t *>(at) + index * size;
         if (element.kind == Kind::Struct) {
@@ -37,17 +37,16 @@ void fill_random(Source &random, const Element &element, void *at, std::size_t c
         if (element.kind == Kind::U64) {
             value = value << kHighBits | random.next();
         }
-        platform::store(element.kind, to, static_cast<int64_t>(value));
+        calls::store(element.kind, to, static_cast<int64_t>(value));
     }
 }
 
-RandomCall::RandomCall(CallId id, uint64_t seed) : call_(platform::call(id)), arguments_(call_.params.size(), nullptr) {
+RandomCall::RandomCall(CallId id, uint64_t seed) : call_(calls::call(id)), arguments_(call_.params.size(), nullptr) {
     Random random(seed);
     fill(random);
 }
 
-RandomCall::RandomCall(CallId id, Source &random)
-    : call_(platform::call(id)), arguments_(call_.params.size(), nullptr) {
+RandomCall::RandomCall(CallId id, Source &random) : call_(calls::call(id)), arguments_(call_.params.size(), nullptr) {
     fill(random);
 }
 
@@ -59,10 +58,10 @@ void RandomCall::fill(Source &random) {
     for (std::size_t index = 0; index < call_.params.size(); ++index) {
         const Param &param = call_.params[index];
         if (!param.is_pointer()) {
-            void *value = allocate(platform::element_size(param.element));
+            void *value = allocate(calls::element_size(param.element));
             fill_random(random, param.element, value, 1);
             if (is_counter(index)) {
-                platform::store(param.element.kind, value, random.below(kLongestCount));
+                calls::store(param.element.kind, value, random.below(kLongestCount));
             }
             arguments_[index] = value;
         }
@@ -95,23 +94,23 @@ void RandomCall::add_pointer(std::size_t index, Source &random) {
         *slot = text;
         return;
     }
-    const std::size_t count = platform::extent(call_, index, arguments_.data());
-    *slot = allocate(count * platform::element_size(param.element));
+    const std::size_t count = calls::extent(call_, index, arguments_.data());
+    *slot = allocate(count * calls::element_size(param.element));
     fill_random(random, param.element, *slot, count);
-    if (platform::is_event_message(call_, param)) {
-        void *record = allocate(platform::kEventRecordNumbers * sizeof(uint16_t));
-        fill_random(random, {Kind::U16, false, nullptr}, record, platform::kEventRecordNumbers);
+    if (calls::is_event_message(call_, param)) {
+        void *record = allocate(calls::kEventRecordNumbers * sizeof(uint16_t));
+        fill_random(random, {Kind::U16, false, nullptr}, record, calls::kEventRecordNumbers);
         static_cast<uintptr_t *>(*slot)[count - 1] = random.below(2) == 0 ? 0 : reinterpret_cast<uintptr_t>(record);
     }
 }
 
 void write_outputs(CallId id, const void *const *arguments, uint64_t seed) {
-    const Call &call = platform::call(id);
+    const Call &call = calls::call(id);
     Random random(seed);
     for (std::size_t index = 0; index < call.params.size(); ++index) {
         void *to = call.params[index].is_written() ? *static_cast<void *const *>(arguments[index]) : nullptr;
         if (to != nullptr) {
-            fill_random(random, call.params[index].element, to, platform::extent(call, index, arguments));
+            fill_random(random, call.params[index].element, to, calls::extent(call, index, arguments));
         }
     }
 }

@@ -2,8 +2,7 @@
  * @file random_call.h
  * For tests: reproducible arguments and outputs for any call of the table. The same seed gives the same on any machine.
  */
-#ifndef TESTS_SUPPORT_RANDOM_CALL_H
-#define TESTS_SUPPORT_RANDOM_CALL_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -11,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/call_table.h"
+#include "calls/call_table.h"
 
 namespace random_call {
 
@@ -41,13 +40,13 @@ class Random final : public Source {
 };
 
 /** Fills an element or a block of them. */
-void fill_random(Source &random, const platform::Element &element, void *at, std::size_t count);
+void fill_random(Source &random, const calls::Element &element, void *at, std::size_t count);
 
 /** Arguments of one call: every block has its own memory, some pointers are null. */
 class RandomCall {
   public:
-    RandomCall(platform::CallId id, uint64_t seed);
-    RandomCall(platform::CallId id, Source &random);
+    RandomCall(calls::CallId id, uint64_t seed);
+    RandomCall(calls::CallId id, Source &random);
     RandomCall(const RandomCall &) = delete;
     RandomCall &operator=(const RandomCall &) = delete;
 
@@ -60,17 +59,15 @@ class RandomCall {
 
     static constexpr uint32_t kLongestCount = 9;
 
-    const platform::Call &call_;
+    const calls::Call &call_;
     std::deque<std::vector<uint64_t>> memory_;
     std::vector<const void *> arguments_;
 };
 
 /** Fills everything that the call writes, as a driver would. */
-void write_outputs(platform::CallId id, const void *const *arguments, uint64_t seed);
+void write_outputs(calls::CallId id, const void *const *arguments, uint64_t seed);
 
 /** A result for the call: mostly 0, sometimes positive or negative. */
-int32_t random_result(platform::CallId id, uint64_t seed);
+int32_t random_result(calls::CallId id, uint64_t seed);
 
 }  // namespace random_call
-
-#endif

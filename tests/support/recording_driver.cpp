@@ -5,21 +5,21 @@
 #include <cstring>
 #include <stdexcept>
 
-#include "platform/describe.h"
+#include "calls/describe.h"
 #include "tests/support/trace_file.h"
 #include "tests/support/trace_text.h"
 
 namespace recording {
 
-using platform::Call;
-using platform::CallId;
-using platform::Param;
+using calls::Call;
+using calls::CallId;
+using calls::Param;
 
 namespace {
 
 std::size_t require_param(CallId id, std::string_view name) {
-    const Call &call = platform::call(id);
-    const auto index = platform::find_param(call, name);
+    const Call &call = calls::call(id);
+    const auto index = calls::find_param(call, name);
     if (!index) {
         throw std::logic_error(std::string(call.name) + " has no parameter '" + std::string(name) + "'");
     }
@@ -27,7 +27,7 @@ std::size_t require_param(CallId id, std::string_view name) {
 }
 
 CallId require_call(std::string_view name) {
-    const auto id = platform::find_call(name);
+    const auto id = calls::find_call(name);
     if (!id) {
         throw std::logic_error("no imported call is named '" + std::string(name) + "'");
     }
@@ -37,37 +37,37 @@ CallId require_call(std::string_view name) {
 }  // namespace
 
 const char *Arguments::call_name() const {
-    return platform::call(id_).name;
+    return calls::call(id_).name;
 }
 
 int64_t Arguments::number(std::string_view name) const {
     const std::size_t index = require_param(id_, name);
-    const Param &param = platform::call(id_).params[index];
-    const void *at = platform::target(param, arguments_[index]);
-    return at == nullptr ? 0 : platform::load(param.element.kind, at);
+    const Param &param = calls::call(id_).params[index];
+    const void *at = calls::target(param, arguments_[index]);
+    return at == nullptr ? 0 : calls::load(param.element.kind, at);
 }
 
 std::span<const uint8_t> Arguments::bytes(std::string_view name) const {
     const std::size_t index = require_param(id_, name);
-    const Call &call = platform::call(id_);
-    const void *at = platform::target(call.params[index], arguments_[index]);
+    const Call &call = calls::call(id_);
+    const void *at = calls::target(call.params[index], arguments_[index]);
     if (at == nullptr) {
         return {};
     }
     return {static_cast<const uint8_t *>(at),
-            platform::extent(call, index, arguments_) * platform::element_size(call.params[index].element)};
+            calls::extent(call, index, arguments_) * calls::element_size(call.params[index].element)};
 }
 
 void *Arguments::pointer(std::string_view name) const {
     const std::size_t index = require_param(id_, name);
-    if (!platform::call(id_).params[index].is_pointer()) {
+    if (!calls::call(id_).params[index].is_pointer()) {
         throw std::logic_error(std::string(name) + " is not a pointer");
     }
     return *static_cast<void *const *>(arguments_[index]);
 }
 
 const char *Arguments::text(std::string_view name) const {
-    if (!platform::call(id_).params[require_param(id_, name)].is_text) {
+    if (!calls::call(id_).params[require_param(id_, name)].is_text) {
         throw std::logic_error(std::string(name) + " is not text");
     }
     return static_cast<const char *>(pointer(name));
@@ -85,21 +85,21 @@ Script &Script::returns_text(const char *text) {
 
 std::size_t Script::output_index(std::string_view output) const {
     const std::size_t index = require_param(id_, output);
-    if (!platform::call(id_).params[index].is_written()) {
-        throw std::logic_error(std::string(platform::call(id_).name) + " only reads '" + std::string(output) + "'");
+    if (!calls::call(id_).params[index].is_written()) {
+        throw std::logic_error(std::string(calls::call(id_).name) + " only reads '" + std::string(output) + "'");
     }
     return index;
 }
 
 Script &Script::sets_elements(std::string_view output, const std::vector<int64_t> &elements) {
-    const auto &element = platform::call(id_).params[output_index(output)].element;
-    if (element.kind == platform::Kind::Struct) {
+    const auto &element = calls::call(id_).params[output_index(output)].element;
+    if (element.kind == calls::Kind::Struct) {
         throw std::logic_error(std::string(output) + " is a struct: use sets_object()");
     }
-    const std::size_t size = platform::element_size(element);
+    const std::size_t size = calls::element_size(element);
     std::vector<uint8_t> bytes(elements.size() * size);
     for (std::size_t index = 0; index < elements.size(); ++index) {
-        platform::store(element.kind, &bytes[index * size], elements[index]);
+        calls::store(element.kind, &bytes[index * size], elements[index]);
     }
     return sets_bytes(output, bytes);
 }
@@ -114,8 +114,8 @@ Script &Script::sets(std::string_view output, const std::vector<uint32_t> &eleme
 
 Script &Script::sets_bytes(std::string_view output, std::span<const uint8_t> bytes) {
     const std::size_t index = output_index(output);
-    const Param &param = platform::call(id_).params[index];
-    if (param.counted_by == platform::kNotCounted && bytes.size() > param.extent * element_size(param.element)) {
+    const Param &param = calls::call(id_).params[index];
+    if (param.counted_by == calls::kNotCounted && bytes.size() > param.extent * element_size(param.element)) {
         throw std::logic_error(std::string(output) + " does not hold that much");
     }
     outputs_[index].assign(bytes.begin(), bytes.end());
@@ -136,7 +136,7 @@ Script &Script::once() {
 }
 
 void Script::write_outputs(const void *const *arguments) const {
-    const Call &call = platform::call(id_);
+    const Call &call = calls::call(id_);
     for (const auto &[index, bytes] : outputs_) {
         void *to = *static_cast<void *const *>(arguments[index]);
         const std::size_t room = extent(call, index, arguments) * element_size(call.params[index].element);
@@ -257,7 +257,7 @@ int64_t Driver::give_answer(CallId id, const void *const *arguments, const std::
             script->second.write_outputs(arguments);
         }
         // A call that answers with text fails without one.
-        return platform::call(id).result == platform::Result::Text ? 0 : *result;
+        return calls::call(id).result == calls::Result::Text ? 0 : *result;
     }
     const auto script = scripts_.find(id);
     return script == scripts_.end() ? default_result(id, arguments) : script->second.run(arguments);

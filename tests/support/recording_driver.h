@@ -9,8 +9,7 @@
  * A call that nothing was scripted for returns 0 and leaves its outputs alone. Exceptions: equeue_send_ucast returns
  * 1, since its success is positive, and onu_mac2str gives its address as "aa:bb:cc:dd:ee:ff".
  */
-#ifndef TESTS_SUPPORT_RECORDING_DRIVER_H
-#define TESTS_SUPPORT_RECORDING_DRIVER_H
+#pragma once
 
 #include <concepts>
 #include <cstdint>
@@ -25,14 +24,14 @@
 #include <utility>
 #include <vector>
 
-#include "platform/call_table.h"
+#include "calls/call_table.h"
 
 namespace recording {
 
 /** The arguments of a call under way, by name. A name that the call does not have throws std::logic_error. */
 class Arguments {
   public:
-    Arguments(platform::CallId id, const void *const *arguments) : id_(id), arguments_(arguments) {}
+    Arguments(calls::CallId id, const void *const *arguments) : id_(id), arguments_(arguments) {}
 
     [[nodiscard]] const char *call_name() const;
     /** An integer argument, or the integer that a pointer argument addresses. */
@@ -47,14 +46,14 @@ class Arguments {
     [[nodiscard]] const char *text(std::string_view name) const;
 
   private:
-    platform::CallId id_;
+    calls::CallId id_;
     const void *const *arguments_;
 };
 
 /** What calls of one name do. Setters return the script itself, so that they chain. */
 class Script {
   public:
-    explicit Script(platform::CallId id) : id_(id) {}
+    explicit Script(calls::CallId id) : id_(id) {}
 
     Script &returns(int32_t result);
     /** For onu_mac2str: the text that it returns, or null. */
@@ -91,7 +90,7 @@ class Script {
     [[nodiscard]] int64_t run(const void *const *arguments);
     void write_outputs(const void *const *arguments) const;
 
-    platform::CallId id_;
+    calls::CallId id_;
     std::optional<int64_t> result_;
     std::map<std::size_t, std::vector<uint8_t>> outputs_;
     std::function<int32_t(Arguments &)> action_;
@@ -129,18 +128,17 @@ class Driver {
     void record(bool on) { recording_ = on; }
 
     /** One call, from the stubs. */
-    int64_t answer(platform::CallId id, const void *const *arguments, const std::function<std::string()> &describe);
+    int64_t answer(calls::CallId id, const void *const *arguments, const std::function<std::string()> &describe);
     [[nodiscard]] bool is_recording() const { return recording_; }
 
   private:
-    int64_t give_answer(platform::CallId id, const void *const *arguments,
-                        const std::function<std::string()> &describe);
-    [[nodiscard]] std::optional<int32_t> failure(platform::CallId id);
+    int64_t give_answer(calls::CallId id, const void *const *arguments, const std::function<std::string()> &describe);
+    [[nodiscard]] std::optional<int32_t> failure(calls::CallId id);
 
     std::vector<std::string> trace_;
-    std::map<platform::CallId, Script> scripts_;
-    std::map<platform::CallId, int32_t> failing_;
-    std::map<platform::CallId, std::size_t> counts_;
+    std::map<calls::CallId, Script> scripts_;
+    std::map<calls::CallId, int32_t> failing_;
+    std::map<calls::CallId, std::size_t> counts_;
     std::optional<std::pair<std::size_t, int32_t>> failing_call_;
     bool failing_call_writes_ = false;
     std::size_t count_ = 0;
@@ -151,5 +149,3 @@ class Driver {
 Driver &driver();
 
 }  // namespace recording
-
-#endif

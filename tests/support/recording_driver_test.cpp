@@ -65,9 +65,9 @@ TEST_F(RecordingDriver, SetsStructsWhole) {
     entry.flags = NETLINK_L2_FOUND_TRUNK;
     entry.trunk = 3;
     std::size_t scripted = 0;
-    for (const auto &call : platform::calls()) {
+    for (const auto &call : calls::calls()) {
         for (const auto &param : call.params) {
-            if (param.is_written() && param.element.kind == platform::Kind::Struct &&
+            if (param.is_written() && param.element.kind == calls::Kind::Struct &&
                 param.element.layout->size == sizeof entry) {
                 driver().on(call.name).sets_object(param.name, entry);
                 ++scripted;

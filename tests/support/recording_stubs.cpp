@@ -2,9 +2,9 @@
 #include <cstdarg>
 #include <cstdio>
 
-#include "platform/describe.h"
+#include "calls/describe.h"
+#include "calls/stub.h"
 #include "platform/device_services.h"
-#include "platform/stub.h"
 #include "tests/support/recording_driver.h"
 
 namespace {
@@ -13,7 +13,7 @@ constexpr std::size_t kLogTextSize = 1024;
 
 }  // namespace
 
-int64_t platform::forward_call(CallId id, const void *const *arguments) {
+int64_t calls::forward_call(CallId id, const void *const *arguments) {
     return recording::driver().answer(id, arguments, [&] { return describe_call(id, arguments); });
 }
 
@@ -29,8 +29,8 @@ __attribute__((format(printf, 4, 5))) int32_t Log_logging_func(int32_t level, in
     std::vsnprintf(text, sizeof text, format, values);
     va_end(values);
     const void *const arguments[] = {&level, &module, &word, &format};
-    const int64_t result = recording::driver().answer(platform::CallId::Log_logging_func, arguments, [&] {
-        return platform::describe_log(level, module, word, format, text);
+    const int64_t result = recording::driver().answer(calls::CallId::Log_logging_func, arguments, [&] {
+        return calls::describe_log(level, module, word, format, text);
     });
     return static_cast<int32_t>(result);
 }

@@ -2,8 +2,7 @@
  * @file silence.h
  * Keeps what the code under test prints from the reader.
  */
-#ifndef TESTS_SUPPORT_SILENCE_H
-#define TESTS_SUPPORT_SILENCE_H
+#pragma once
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -43,5 +42,3 @@ class Silence {
 };
 
 }  // namespace silence
-
-#endif

@@ -3,14 +3,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "platform/describe.h"
+#include "calls/describe.h"
+#include "calls/invoke.h"
 #include "platform/device_services.h"
-#include "platform/invoke.h"
 #include "platform/netlink_api.h"
 #include "tests/support/random_call.h"
 #include "tests/support/recording_driver.h"
 
-using platform::CallId;
+using calls::CallId;
 using random_call::RandomCall;
 using recording::driver;
 using testing::ElementsAre;
@@ -27,23 +27,23 @@ const auto volatile kTakesDeviceServices = &sys_trace_get;
 
 TEST(Stubs, HandOnEveryArgumentOfEveryCall) {
     ASSERT_TRUE(kTakesNetlinkApi != nullptr && kTakesDeviceServices != nullptr);
-    for (std::size_t number = 0; number < platform::kCallCount; ++number) {
+    for (std::size_t number = 0; number < calls::kCallCount; ++number) {
         const auto id = static_cast<CallId>(number);
         if (id == CallId::Log_logging_func) {
             continue;  // takes a format: its stub is hand-written and has tests of its own
         }
-        const char *name = platform::call(id).name;
+        const char *name = calls::call(id).name;
         void *function = dlsym(RTLD_DEFAULT, name);
         ASSERT_NE(function, nullptr) << name;
         for (uint64_t round = 0; round < kRounds; ++round) {
             driver().reset();
             const uint64_t seed = number * kRounds + round;
-            const bool is_text = platform::call(id).result == platform::Result::Text;
+            const bool is_text = calls::call(id).result == calls::Result::Text;
             const int32_t result = is_text ? 0 : random_call::random_result(id, seed);
             driver().on(name).returns(result);
             const RandomCall call(id, seed);
-            EXPECT_EQ(platform::call_function(function, id, call.arguments()), result) << name;
-            EXPECT_THAT(driver().trace(), ElementsAre(platform::describe_call(id, call.arguments())));
+            EXPECT_EQ(calls::call_function(function, id, call.arguments()), result) << name;
+            EXPECT_THAT(driver().trace(), ElementsAre(calls::describe_call(id, call.arguments())));
         }
     }
 }

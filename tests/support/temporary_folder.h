@@ -2,8 +2,7 @@
  * @file temporary_folder.h
  * A folder of a test's own, removed at its end.
  */
-#ifndef TESTS_SUPPORT_TEMPORARY_FOLDER_H
-#define TESTS_SUPPORT_TEMPORARY_FOLDER_H
+#pragma once
 
 #include <cstdlib>
 #include <filesystem>
@@ -24,5 +23,3 @@ class TemporaryFolder {
   private:
     std::string path_;
 };
-
-#endif

@@ -3,8 +3,7 @@
  * The complete trace of a test program, in the file that ADP_TRACE_FILE names: every imported call with its result, and
  * every system call. It is the same on every machine, which is how the byte orders are compared.
  */
-#ifndef TESTS_SUPPORT_TRACE_FILE_H
-#define TESTS_SUPPORT_TRACE_FILE_H
+#pragma once
 
 #include <string>
 
@@ -20,5 +19,3 @@ std::string portable(std::string line);
 void write(const std::string &line);
 
 }  // namespace trace_file
-
-#endif

@@ -5,11 +5,11 @@
 #include <cstring>
 #include <vector>
 
-#include "platform/describe.h"
+#include "calls/describe.h"
 
 namespace trace_text {
 
-using platform::CallId;
+using calls::CallId;
 
 std::string words(const void *bytes, std::size_t size) {
     std::vector<uint32_t> numbers(size / sizeof(uint32_t));
@@ -55,7 +55,7 @@ std::string action(std::string text, const void *const *arguments) {
 }  // namespace
 
 std::string describe_call(CallId id, const void *const *arguments) {
-    std::string text = platform::describe_call(id, arguments);
+    std::string text = calls::describe_call(id, arguments);
     switch (id) {
         case CallId::equeue_send_ucast:
             return name_thread(std::move(text));
@@ -75,7 +75,7 @@ std::string describe_result(CallId id, const void *const *arguments, int64_t res
         const std::string members = record == nullptr ? "null" : words(record + kMembers, 2 * sizeof(uint32_t));
         return std::to_string(static_cast<int32_t>(result)) + " {members=" + members + "}";
     }
-    return platform::describe_result(id, arguments, result);
+    return calls::describe_result(id, arguments, result);
 }
 
 }  // namespace trace_text

@@ -1,5 +1,5 @@
 // Frames from the CPU, with the transmit tag, and those that are handed to it.
-#include "vdevice/chip/egress.h"
+#include "vdevice/chip/frame/egress_forms.h"
 #include "vdevice/chip/switch.h"
 
 namespace vdevice::chip {

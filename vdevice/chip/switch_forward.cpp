@@ -1,5 +1,5 @@
 // Where a frame goes within its VLAN, and in which form.
-#include "vdevice/chip/egress.h"
+#include "vdevice/chip/frame/egress_forms.h"
 #include "vdevice/chip/switch.h"
 
 namespace vdevice::chip {

@@ -1,6 +1,6 @@
 // What a frame's tags and port make of it, and what the rules of the field processor do to it on its way.
-#include "vdevice/chip/egress.h"
-#include "vdevice/chip/remark.h"
+#include "vdevice/chip/frame/egress_forms.h"
+#include "vdevice/chip/frame/remark.h"
 #include "vdevice/chip/switch.h"
 
 namespace vdevice::chip {

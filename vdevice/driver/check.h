@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "vdevice/chip/status.h"
+#include "vdevice/chip/frame/status.h"
 
 namespace vdevice::driver {
 

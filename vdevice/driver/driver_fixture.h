@@ -5,7 +5,7 @@
 
 #include <array>
 
-#include "vdevice/chip/recording_sink.h"
+#include "vdevice/chip/testing/recording_sink.h"
 #include "vdevice/driver/driver.h"
 
 namespace vdevice::driver::test {

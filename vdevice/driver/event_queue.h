@@ -9,7 +9,7 @@
 #include <deque>
 #include <optional>
 
-#include "vdevice/chip/mac_table.h"
+#include "vdevice/chip/tables/mac_table.h"
 
 namespace vdevice::driver {
 

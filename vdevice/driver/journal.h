@@ -5,7 +5,7 @@
 #include <deque>
 #include <string>
 
-#include "vdevice/chip/mac_table.h"
+#include "vdevice/chip/tables/mac_table.h"
 
 namespace vdevice::driver {
 

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "vdevice/chip/status.h"
+#include "vdevice/chip/frame/status.h"
 
 namespace vdevice::driver {
 

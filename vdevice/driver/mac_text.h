@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "vdevice/chip/frame.h"
+#include "vdevice/chip/frame/frame.h"
 
 namespace vdevice::driver {
 

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <span>
 
-#include "vdevice/chip/port.h"
+#include "vdevice/chip/tables/port.h"
 
 namespace vdevice::driver {
 

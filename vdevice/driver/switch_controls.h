@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "vdevice/chip/flow_hash.h"
+#include "vdevice/chip/frame/flow_hash.h"
 #include "vdevice/chip/switch.h"
 
 namespace vdevice::driver {

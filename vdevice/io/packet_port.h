@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-#include "vdevice/chip/frame.h"
+#include "vdevice/chip/frame/frame.h"
 #include "vdevice/io/receive_batch.h"
 #include "vdevice/io/receive_ring.h"
 #include "vdevice/io/send_queue.h"

@@ -7,7 +7,7 @@
 
 #include <random>
 
-#include "vdevice/chip/frame_builder.h"
+#include "vdevice/chip/testing/frame_builder.h"
 #include "vdevice/io/interfaces.h"
 
 namespace vdevice::io {

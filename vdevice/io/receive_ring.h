@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "vdevice/chip/frame.h"
+#include "vdevice/chip/frame/frame.h"
 
 namespace vdevice::io {
 

@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "vdevice/chip/frame.h"
+#include "vdevice/chip/frame/frame.h"
 
 namespace vdevice::io {
 

@@ -16,7 +16,7 @@
 
 namespace vdevice::remote {
 
-using platform::CallId;
+using calls::CallId;
 
 namespace {
 
@@ -148,7 +148,7 @@ bool Client::open_socket(Clock::time_point end) {
 bool Client::shake_hands(Clock::time_point end) {
     Writer writer;
     writer.word(kMagic);
-    writer.word(platform::kInterfaceChecksum);
+    writer.word(calls::kInterfaceChecksum);
     std::array<uint8_t, kHandshakeWords * kWordBytes> answer{};
     if (!send_all(writer.buffer(), end) || !receive_all(answer, end)) {
         return false;
@@ -159,9 +159,9 @@ bool Client::shake_hands(Clock::time_point end) {
     if (magic != kMagic) {
         return lost("is no virtual device");
     }
-    if (checksum != platform::kInterfaceChecksum) {
+    if (checksum != calls::kInterfaceChecksum) {
         return lost("was built from other headers (interface " + hex(checksum) + ", here " +
-                    hex(platform::kInterfaceChecksum) + "): build both anew");
+                    hex(calls::kInterfaceChecksum) + "): build both anew");
     }
     return true;
 }
@@ -255,7 +255,7 @@ int32_t Client::call(CallId id, const void *const *arguments) {
     const std::lock_guard guard(mutex_);
     int32_t result = kCallLost;
     if (!exchange(id, arguments, Clock::now() + deadline_, result)) {
-        complain(platform::call(id).name);
+        complain(calls::call(id).name);
         return kCallLost;
     }
     complained_ = false;

@@ -2,8 +2,7 @@
  * @file client.h
  * The calling end: sends each call to the daemon and waits for the answer.
  */
-#ifndef VDEVICE_REMOTE_CLIENT_H
-#define VDEVICE_REMOTE_CLIENT_H
+#pragma once
 
 #include <sys/types.h>
 
@@ -14,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/call_table.h"
+#include "calls/call_table.h"
 #include "vdevice/remote/protocol.h"
 
 namespace vdevice::remote {
@@ -38,7 +37,7 @@ class Client {
     Client &operator=(const Client &) = delete;
 
     /** The call's result. A negative result leaves the outputs alone. */
-    int32_t call(platform::CallId id, const void *const *arguments);
+    int32_t call(calls::CallId id, const void *const *arguments);
 
     /** Makes a request that is no driver call: its result, and in @p answer the words that follow it. */
     int32_t request(Extra id, std::span<const uint32_t> words, std::vector<uint32_t> &answer);
@@ -55,8 +54,8 @@ class Client {
     bool connect_until(Clock::time_point end);
     bool open_socket(Clock::time_point end);
     bool shake_hands(Clock::time_point end);
-    bool exchange(platform::CallId id, const void *const *arguments, Clock::time_point end, int32_t &result);
-    bool receive_reply(platform::CallId id, const void *const *arguments, Clock::time_point end, int32_t &result);
+    bool exchange(calls::CallId id, const void *const *arguments, Clock::time_point end, int32_t &result);
+    bool receive_reply(calls::CallId id, const void *const *arguments, Clock::time_point end, int32_t &result);
     bool exchange_words(Extra id, std::span<const uint32_t> words, Clock::time_point end,
                         std::vector<uint32_t> &answer);
     bool receive_body(Clock::time_point end, std::vector<uint8_t> &body);
@@ -82,5 +81,3 @@ class Client {
 };
 
 }  // namespace vdevice::remote
-
-#endif

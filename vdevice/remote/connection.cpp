@@ -11,7 +11,7 @@
 
 namespace vdevice::remote {
 
-using platform::CallId;
+using calls::CallId;
 
 namespace {
 
@@ -75,10 +75,10 @@ bool Connection::shake_hands(Reader &reader) {
     }
     Writer writer;
     writer.word(kMagic);
-    writer.word(platform::kInterfaceChecksum);
+    writer.word(calls::kInterfaceChecksum);
     put_out(writer);
     greeted_ = true;
-    if (reader.word() == platform::kInterfaceChecksum) {
+    if (reader.word() == calls::kInterfaceChecksum) {
         ++server_.counters_.connected;
     } else {
         ++server_.counters_.mismatched;

@@ -2,8 +2,7 @@
  * @file connection.h
  * One client of the server: its bytes in and out, and where in the protocol it stands.
  */
-#ifndef VDEVICE_REMOTE_CONNECTION_H
-#define VDEVICE_REMOTE_CONNECTION_H
+#pragma once
 
 #include <cstdint>
 #include <span>
@@ -61,5 +60,3 @@ class Connection {
 };
 
 }  // namespace vdevice::remote
-
-#endif

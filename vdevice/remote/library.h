@@ -2,8 +2,7 @@
  * @file library.h
  * What the libraries that stand for the device share: one client each, which outlives everything that may call it.
  */
-#ifndef VDEVICE_REMOTE_LIBRARY_H
-#define VDEVICE_REMOTE_LIBRARY_H
+#pragma once
 
 #include "vdevice/remote/client.h"
 
@@ -16,5 +15,3 @@ Client &library_client();
 
 /** Defined by each library: its name for messages. */
 const char *vdevice_library_name();
-
-#endif

@@ -4,13 +4,13 @@
 
 namespace vdevice::remote {
 
-using platform::Call;
-using platform::CallId;
-using platform::Element;
-using platform::element_size;
-using platform::extent;
-using platform::Kind;
-using platform::Param;
+using calls::Call;
+using calls::CallId;
+using calls::Element;
+using calls::element_size;
+using calls::extent;
+using calls::Kind;
+using calls::Param;
 
 namespace {
 
@@ -92,7 +92,7 @@ void encode_event_message(Writer &writer, const Element &element, const void *me
     const auto address = static_cast<uintptr_t>(load(element.kind, byte_at(message, (words - 1) * sizeof(uintptr_t))));
     writer.word(address == 0 ? 0 : 1);
     if (address != 0) {
-        encode_block(writer, kRecordNumber, reinterpret_cast<const void *>(address), platform::kEventRecordNumbers);
+        encode_block(writer, kRecordNumber, reinterpret_cast<const void *>(address), calls::kEventRecordNumbers);
     }
 }
 
@@ -130,7 +130,7 @@ bool is_returned(const Param &param, const void *argument) {
 }  // namespace
 
 bool encode_inputs(Writer &writer, CallId id, const void *const *arguments) {
-    const Call &call = platform::call(id);
+    const Call &call = calls::call(id);
     for (std::size_t index = 0; index < call.params.size(); ++index) {
         if (!call.params[index].is_pointer()) {
             encode_block(writer, call.params[index].element, arguments[index], 1);
@@ -153,7 +153,7 @@ bool encode_inputs(Writer &writer, CallId id, const void *const *arguments) {
 }
 
 void encode_outputs(Writer &writer, CallId id, const void *const *arguments) {
-    const Call &call = platform::call(id);
+    const Call &call = calls::call(id);
     for (std::size_t index = 0; index < call.params.size(); ++index) {
         const Param &param = call.params[index];
         if (is_returned(param, arguments[index])) {
@@ -163,7 +163,7 @@ void encode_outputs(Writer &writer, CallId id, const void *const *arguments) {
 }
 
 bool decode_outputs(Reader &reader, CallId id, const void *const *arguments) {
-    const Call &call = platform::call(id);
+    const Call &call = calls::call(id);
     std::size_t expected = 0;
     for (std::size_t index = 0; index < call.params.size(); ++index) {
         if (is_returned(call.params[index], arguments[index])) {
@@ -208,8 +208,8 @@ void Received::decode_event_message(Reader &reader, void *words, std::size_t cou
     constexpr Element kWord{Kind::Word, false, nullptr};
     decode_block(reader, kWord, words, count - 1);
     if (reader.word() != 0) {
-        void *record = allocate(platform::kEventRecordNumbers * sizeof(uint16_t));
-        decode_block(reader, kRecordNumber, record, platform::kEventRecordNumbers);
+        void *record = allocate(calls::kEventRecordNumbers * sizeof(uint16_t));
+        decode_block(reader, kRecordNumber, record, calls::kEventRecordNumbers);
         static_cast<uintptr_t *>(words)[count - 1] = reinterpret_cast<uintptr_t>(record);
     }
 }
@@ -240,7 +240,7 @@ bool Received::decode_pointer(Reader &reader, const Call &call, std::size_t inde
 }
 
 bool Received::decode(Reader &reader, CallId id) {
-    const Call &call = platform::call(id);
+    const Call &call = calls::call(id);
     arguments_.assign(call.params.size(), nullptr);
     for (std::size_t index = 0; index < call.params.size(); ++index) {
         const Param &param = call.params[index];

@@ -7,8 +7,7 @@
  * significant first; a struct is its members. A number-or-address is cut to 32 bits. A pointer begins with 0 if it is
  * null and else with 1, text with its length and 1. An event-queue message takes its record with it.
  */
-#ifndef VDEVICE_REMOTE_MESSAGE_H
-#define VDEVICE_REMOTE_MESSAGE_H
+#pragma once
 
 #include <array>
 #include <cstddef>
@@ -16,19 +15,19 @@
 #include <memory_resource>
 #include <vector>
 
-#include "platform/call_table.h"
+#include "calls/call_table.h"
 #include "vdevice/remote/wire.h"
 
 namespace vdevice::remote {
 
 /** Writes what the call reads; false if that is more than a message holds. */
-bool encode_inputs(Writer &writer, platform::CallId id, const void *const *arguments);
+bool encode_inputs(Writer &writer, calls::CallId id, const void *const *arguments);
 
 /** Writes what the call has written. */
-void encode_outputs(Writer &writer, platform::CallId id, const void *const *arguments);
+void encode_outputs(Writer &writer, calls::CallId id, const void *const *arguments);
 
 /** Stores what encode_outputs() wrote; false, with nothing stored, if the message does not fit the call. */
-bool decode_outputs(Reader &reader, platform::CallId id, const void *const *arguments);
+bool decode_outputs(Reader &reader, calls::CallId id, const void *const *arguments);
 
 /** A call rebuilt from its inputs, with memory of its own behind every argument. */
 class Received {
@@ -38,14 +37,14 @@ class Received {
     Received &operator=(const Received &) = delete;
 
     /** Reads the inputs; false if the message is not one of this call. */
-    bool decode(Reader &reader, platform::CallId id);
+    bool decode(Reader &reader, calls::CallId id);
     [[nodiscard]] const void *const *arguments() const { return arguments_.data(); }
 
   private:
     static constexpr std::size_t kInlineBytes = 2048;
 
     void *allocate(std::size_t size);
-    bool decode_pointer(Reader &reader, const platform::Call &call, std::size_t index);
+    bool decode_pointer(Reader &reader, const calls::Call &call, std::size_t index);
     bool decode_text(Reader &reader, std::size_t index, std::size_t size);
     void decode_event_message(Reader &reader, void *words, std::size_t count);
     void set_pointer(std::size_t index, void *address);
@@ -56,5 +55,3 @@ class Received {
 };
 
 }  // namespace vdevice::remote
-
-#endif

@@ -7,15 +7,15 @@
 #include <span>
 #include <vector>
 
-#include "platform/describe.h"
+#include "calls/describe.h"
 #include "tests/support/random_call.h"
 
 namespace vdevice::remote {
 namespace {
 
-using platform::CallId;
-using platform::describe_call;
-using platform::describe_result;
+using calls::CallId;
+using calls::describe_call;
+using calls::describe_result;
 using random_call::Random;
 using random_call::RandomCall;
 using random_call::write_outputs;
@@ -25,8 +25,8 @@ constexpr uint64_t kRounds = 8;
 /** Runs a check for every call of the table, several times each. */
 template <typename Check>
 void for_every_call(Check check) {
-    for (std::size_t number = 0; number < platform::kCallCount; ++number) {
-        SCOPED_TRACE(platform::calls()[number].name);
+    for (std::size_t number = 0; number < calls::kCallCount; ++number) {
+        SCOPED_TRACE(calls::calls()[number].name);
         for (uint64_t round = 0; round < kRounds; ++round) {
             check(static_cast<CallId>(number), number * kRounds + round);
         }
@@ -125,7 +125,7 @@ TEST(Message, SurvivesGarbage) {
             EXPECT_FALSE(describe_call(id, received.arguments()).empty());
         }
     });
-    EXPECT_LT(accepted, platform::kCallCount) << "hardly any garbage has the length of its call";
+    EXPECT_LT(accepted, calls::kCallCount) << "hardly any garbage has the length of its call";
 }
 
 TEST(MessageBytes, AreBigEndianWords) {
@@ -160,11 +160,11 @@ TEST(MessageBytes, CutWordsTo32Bits) {
 }
 
 TEST(MessageBytes, AreNotWrittenForMoreThanAMessageHolds) {
-    for (std::size_t number = 0; number < platform::kCallCount; ++number) {
+    for (std::size_t number = 0; number < calls::kCallCount; ++number) {
         const auto id = static_cast<CallId>(number);
-        const auto &params = platform::call(id).params;
+        const auto &params = calls::call(id).params;
         for (const auto &param : params) {
-            if (param.counted_by == platform::kNotCounted) {
+            if (param.counted_by == calls::kNotCounted) {
                 continue;
             }
             const RandomCall call(id, 1);
@@ -175,7 +175,7 @@ TEST(MessageBytes, AreNotWrittenForMoreThanAMessageHolds) {
             const void *address = &target;
             arguments[static_cast<std::size_t>(&param - params.data())] = &address;
             Writer writer;
-            EXPECT_FALSE(encode_inputs(writer, id, arguments.data())) << platform::call(id).name;
+            EXPECT_FALSE(encode_inputs(writer, id, arguments.data())) << calls::call(id).name;
             return;
         }
     }

@@ -10,16 +10,16 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/describe.h"
+#include "calls/describe.h"
 #include "tests/support/random_call.h"
 #include "vdevice/remote/client.h"
 #include "vdevice/remote/server.h"
 
 namespace {
 
-using platform::CallId;
-using platform::describe_call;
-using platform::describe_result;
+using calls::CallId;
+using calls::describe_call;
+using calls::describe_result;
 using random_call::random_result;
 using random_call::RandomCall;
 using random_call::write_outputs;
@@ -34,7 +34,7 @@ uint64_t seed_of(CallId id, uint64_t round) {
 
 uint64_t expected_calls() {
     uint64_t count = 0;
-    for (std::size_t number = 0; number < platform::kCallCount; ++number) {
+    for (std::size_t number = 0; number < calls::kCallCount; ++number) {
         count += vdevice::is_answered(static_cast<CallId>(number)) ? kRounds : 0;
     }
     return count;
@@ -48,7 +48,7 @@ bool is_same(const std::string &here, const std::string &there) {
 }
 
 int serve(const std::string &path) {
-    std::vector<uint64_t> rounds(platform::kCallCount, 0);
+    std::vector<uint64_t> rounds(calls::kCallCount, 0);
     uint64_t wrong = 0;
     vdevice::remote::Server server(
         [&](CallId id, const void *const *arguments) -> int64_t {
@@ -85,7 +85,7 @@ bool call_once(vdevice::remote::Client &client, CallId id, uint64_t seed) {
 int call(const std::string &path) {
     vdevice::remote::Client client("remote_peer", path);
     uint64_t wrong = 0;
-    for (std::size_t number = 0; number < platform::kCallCount; ++number) {
+    for (std::size_t number = 0; number < calls::kCallCount; ++number) {
         const auto id = static_cast<CallId>(number);
         for (uint64_t round = 0; round < kRounds && vdevice::is_answered(id); ++round) {
             wrong += call_once(client, id, seed_of(id, round)) ? 0u : 1u;

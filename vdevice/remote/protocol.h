@@ -10,8 +10,7 @@
  * A few requests are no driver calls (Extra). What follows their id, and the result in their reply, are plain words. A
  * client that has asked for kWatchLinks gets a message, of length and words, for every link change.
  */
-#ifndef VDEVICE_REMOTE_PROTOCOL_H
-#define VDEVICE_REMOTE_PROTOCOL_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -51,5 +50,3 @@ std::string run_directory();
 std::string driver_socket();
 
 }  // namespace vdevice::remote
-
-#endif

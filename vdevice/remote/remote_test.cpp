@@ -8,7 +8,7 @@
 #include <functional>
 #include <vector>
 
-#include "platform/describe.h"
+#include "calls/describe.h"
 #include "tests/support/random_call.h"
 #include "vdevice/driver/codes.h"
 #include "vdevice/remote/remote_test.h"
@@ -16,9 +16,9 @@
 namespace vdevice::remote {
 namespace {
 
-using platform::CallId;
-using platform::describe_call;
-using platform::describe_result;
+using calls::CallId;
+using calls::describe_call;
+using calls::describe_result;
 using random_call::random_result;
 using random_call::RandomCall;
 using random_call::write_outputs;
@@ -82,19 +82,19 @@ TEST(Remote, CarriesEveryCallThereAndBack) {
     Client client("test", folder.socket());
     const Loop loop(server);
     uint64_t calls = 0;
-    for (std::size_t number = 0; number < platform::kCallCount; ++number) {
+    for (std::size_t number = 0; number < calls::kCallCount; ++number) {
         const auto id = static_cast<CallId>(number);
         if (!is_answered(id)) {
             continue;
         }
-        for (const uint64_t seed : {number, number + platform::kCallCount}) {
+        for (const uint64_t seed : {number, number + calls::kCallCount}) {
             const RandomCall sent(id, seed);
             const RandomCall expected(id, seed);
             echo.seed = seed + 1;
             const int32_t result = client.call(id, sent.arguments());
             ++calls;
             EXPECT_EQ(echo.seen, describe_call(id, expected.arguments()));
-            ASSERT_EQ(result, random_result(id, echo.seed)) << platform::call(id).name;
+            ASSERT_EQ(result, random_result(id, echo.seed)) << calls::call(id).name;
             if (result >= 0) {
                 write_outputs(id, expected.arguments(), echo.seed);
             }
@@ -122,11 +122,11 @@ TEST(Remote, DispatchesToTheMethodOfTheCall) {
 
 TEST(Remote, AnswersNotSupportedForWhatADeviceDoesNotOverride) {
     DriverCalls none;
-    for (std::size_t number = 0; number < platform::kCallCount; ++number) {
+    for (std::size_t number = 0; number < calls::kCallCount; ++number) {
         const auto id = static_cast<CallId>(number);
         if (is_answered(id)) {
             const RandomCall call(id, number);
-            EXPECT_EQ(dispatch(none, id, call.arguments()), driver::kNotSupported) << platform::call(id).name;
+            EXPECT_EQ(dispatch(none, id, call.arguments()), driver::kNotSupported) << calls::call(id).name;
         } else {
             EXPECT_EQ(id, CallId::onu_mac2str);
         }
@@ -209,7 +209,7 @@ TEST(Remote, FailsACallThatTheDaemonDoesNotAnswerInTime) {
 
 TEST(Remote, RefusesADaemonThatWasBuiltFromOtherHeaders) {
     const Folder folder;
-    const FalseDaemon daemon(folder.socket(), {kMagic, platform::kInterfaceChecksum ^ 1u});
+    const FalseDaemon daemon(folder.socket(), {kMagic, calls::kInterfaceChecksum ^ 1u});
     Client client("libtest", folder.socket());
     testing::internal::CaptureStderr();
     EXPECT_EQ(create_vlan(client, 1), kCallLost);
@@ -221,7 +221,7 @@ TEST(Remote, RefusesAnAnswerWhoseOutputsDoNotGoWithItsResult) {
     for (const auto &row : rows) {
         const Folder folder;
         const FalseDaemon daemon(folder.socket(),
-                                 {kMagic, platform::kInterfaceChecksum, 3, row.result, row.has_outputs, 1});
+                                 {kMagic, calls::kInterfaceChecksum, 3, row.result, row.has_outputs, 1});
         Client client("libtest", folder.socket());
         uint32_t enable = 77;
         uint32_t *address = &enable;

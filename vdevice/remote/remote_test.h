@@ -2,8 +2,7 @@
  * @file remote_test.h
  * What the tests of client and server share: a folder, a server's loop, a small device, a client without manners.
  */
-#ifndef VDEVICE_REMOTE_REMOTE_TEST_H
-#define VDEVICE_REMOTE_REMOTE_TEST_H
+#pragma once
 
 #include <gtest/gtest.h>
 #include <poll.h>
@@ -141,7 +140,7 @@ class RawClient {
 inline int32_t create_vlan(Client &client, uint32_t vid) {
     const uint32_t zero = 0;
     const void *const arguments[] = {&zero, &zero, &vid};
-    return client.call(platform::CallId::user_vlan_create, arguments);
+    return client.call(calls::CallId::user_vlan_create, arguments);
 }
 
 class VlanOnly : public DriverCalls {
@@ -155,5 +154,3 @@ class VlanOnly : public DriverCalls {
 };
 
 }  // namespace vdevice::remote
-
-#endif

@@ -60,7 +60,7 @@ void watch(int epoll, int operation, int descriptor, uint32_t events) {
 }  // namespace
 
 Server::Server(DriverCalls &calls, const std::string &path)
-    : Server([&calls](platform::CallId id, const void *const *arguments) { return dispatch(calls, id, arguments); },
+    : Server([&calls](calls::CallId id, const void *const *arguments) { return dispatch(calls, id, arguments); },
              path) {}
 
 Server::Server(Handler handler, const std::string &path) : handler_(std::move(handler)), path_(path) {

@@ -2,8 +2,7 @@
  * @file server.h
  * The daemon's end: takes calls from any number of clients and answers them, within the daemon's own event loop.
  */
-#ifndef VDEVICE_REMOTE_SERVER_H
-#define VDEVICE_REMOTE_SERVER_H
+#pragma once
 
 #include <cstdint>
 #include <functional>
@@ -27,9 +26,9 @@ class Connection;
 class Server {
   public:
     /** Answers one call; the result is the call's. */
-    using Handler = std::function<int64_t(platform::CallId, const void *const *arguments)>;
+    using Handler = std::function<int64_t(calls::CallId, const void *const *arguments)>;
     /** Sees each call once it is answered, for a trace. */
-    using Observer = std::function<void(platform::CallId, const void *const *arguments, int64_t result)>;
+    using Observer = std::function<void(calls::CallId, const void *const *arguments, int64_t result)>;
 
     /** Answers a request that is no driver call: gives its result and fills in what follows it. */
     using ExtraHandler = std::function<int32_t(Extra, std::span<const uint32_t> words, std::vector<uint32_t> &answer)>;
@@ -80,5 +79,3 @@ class Server {
 };
 
 }  // namespace vdevice::remote
-
-#endif

@@ -8,14 +8,14 @@
 #include <stdexcept>
 #include <vector>
 
-#include "platform/describe.h"
+#include "calls/describe.h"
 #include "vdevice/remote/remote_test.h"
 
 namespace vdevice::remote {
 
-using platform::CallId;
-using platform::describe_call;
-using platform::describe_result;
+using calls::CallId;
+using calls::describe_call;
+using calls::describe_result;
 
 TEST(Remote, TellsAClientThatItWasBuiltFromOtherHeaders) {
     const Folder folder;
@@ -23,12 +23,12 @@ TEST(Remote, TellsAClientThatItWasBuiltFromOtherHeaders) {
     Server server(device, folder.socket());
     const Loop loop(server);
     const RawClient other(folder.socket());
-    other.send_words({kMagic, platform::kInterfaceChecksum + 1});
+    other.send_words({kMagic, calls::kInterfaceChecksum + 1});
     uint8_t answer[kHandshakeWords * kWordBytes] = {};
     ASSERT_EQ(other.receive(answer, sizeof answer), sizeof answer);
     Reader reader(answer);
     EXPECT_EQ(reader.word(), kMagic);
-    EXPECT_EQ(reader.word(), platform::kInterfaceChecksum);
+    EXPECT_EQ(reader.word(), calls::kInterfaceChecksum);
     EXPECT_TRUE(other.is_closed());
     EXPECT_EQ(server.counters().mismatched, 1u);
     EXPECT_EQ(server.counters().connected, 0u);
@@ -56,7 +56,7 @@ TEST(Remote, TellsThoseWhoWatchAndClosesThoseWhoDoNotListen) {
     std::vector<uint32_t> words;
     ASSERT_EQ(watcher.request(Extra::kWatchLinks, {}, words), 0);
     EXPECT_TRUE(words.empty());
-    deaf.send_words({kMagic, platform::kInterfaceChecksum, 1, static_cast<uint32_t>(Extra::kWatchLinks)});
+    deaf.send_words({kMagic, calls::kInterfaceChecksum, 1, static_cast<uint32_t>(Extra::kWatchLinks)});
     for (uint32_t call = 0; call < kCalls; ++call) {
         ASSERT_EQ(create_vlan(caller, 1), 1);
         for (uint32_t number = 0; number < kMessagesPerCall; ++number) {
@@ -81,10 +81,10 @@ TEST(Remote, AClientMayWatchAndCall) {
     running = &server;
     const RawClient client(folder.socket());
     const Loop loop(server);
-    client.send_words({kMagic, platform::kInterfaceChecksum, 1, static_cast<uint32_t>(Extra::kWatchLinks), 4,
+    client.send_words({kMagic, calls::kInterfaceChecksum, 1, static_cast<uint32_t>(Extra::kWatchLinks), 4,
                        static_cast<uint32_t>(CallId::user_vlan_create), 0, 0, 1});
     // The handshake, the reply to the first request, the message, the reply to the second.
-    const std::vector<uint32_t> expected = {kMagic, platform::kInterfaceChecksum, 1, 0, 6, 0, 7, 0, 0, 0, 0, 2, 0, 1};
+    const std::vector<uint32_t> expected = {kMagic, calls::kInterfaceChecksum, 1, 0, 6, 0, 7, 0, 0, 0, 0, 2, 0, 1};
     std::vector<uint8_t> octets(expected.size() * kWordBytes);
     ASSERT_EQ(client.receive(octets.data(), octets.size()), octets.size());
     Reader reader(octets);
@@ -100,7 +100,7 @@ TEST(Remote, RefusesExtraRequestsThatItDoesNotKnow) {
     const Loop loop(server);
     for (const uint32_t id : {static_cast<uint32_t>(Extra::kTakeEvent), kFirstExtra + 2}) {
         const RawClient client(folder.socket());
-        client.send_words({kMagic, platform::kInterfaceChecksum, 1, id});
+        client.send_words({kMagic, calls::kInterfaceChecksum, 1, id});
         EXPECT_TRUE(client.is_closed()) << "nobody answers it here";
     }
 }
@@ -113,14 +113,14 @@ TEST(Remote, ClosesAClientThatSendsNonsenseAndServesTheOthers) {
     const Loop loop(server);
     EXPECT_EQ(create_vlan(good, 1), 1);
     constexpr uint32_t kCreate = static_cast<uint32_t>(CallId::user_vlan_create);
-    constexpr uint32_t kSum = platform::kInterfaceChecksum;
+    constexpr uint32_t kSum = calls::kInterfaceChecksum;
     const std::initializer_list<uint32_t> nonsense[] = {
         {0x47455420, 0x2F204854},                                          // another protocol
         {kMagic, kSum, 0},                                                 // an empty request
         {kMagic, kSum, 0xFFFFFFFF, kCreate},                               // a length beyond all bounds
         {kMagic, kSum, kMaxMessageWords + 1, kCreate},                     // one word too many
         {kMagic, kSum, 1, 0xFFFFFFFF},                                     // no such call
-        {kMagic, kSum, 1, static_cast<uint32_t>(platform::kCallCount)},    // the first id that is none
+        {kMagic, kSum, 1, static_cast<uint32_t>(calls::kCallCount)},       // the first id that is none
         {kMagic, kSum, 2, static_cast<uint32_t>(CallId::onu_mac2str), 0},  // a call that is no daemon's
         {kMagic, kSum, 3, kCreate, 0, 0},                                  // an argument is missing
         {kMagic, kSum, 5, kCreate, 0, 0, 1, 2},                            // one too many
@@ -143,7 +143,7 @@ TEST(Remote, WaitsForTheRestOfAMessageAndForgetsAClientThatLeavesWithinOne) {
     {
         const RawClient slow(folder.socket());
         slow.send_words({kMagic});
-        slow.send_words({platform::kInterfaceChecksum, 4});
+        slow.send_words({calls::kInterfaceChecksum, 4});
         slow.send_words({static_cast<uint32_t>(CallId::user_vlan_create), 0, 0});
         slow.send_words({55});
         uint8_t answer[(kHandshakeWords + 3) * kWordBytes] = {};
@@ -172,7 +172,7 @@ TEST(Remote, StopsReadingFromAClientThatDoesNotTakeItsAnswers) {
     const RawClient greedy(folder.socket());
     {
         const Loop loop(server);
-        greedy.send_words({kMagic, platform::kInterfaceChecksum});
+        greedy.send_words({kMagic, calls::kInterfaceChecksum});
         Writer writer;
         for (uint64_t request = 0; request < kRequests; ++request) {
             for (const uint32_t word : {4u, static_cast<uint32_t>(CallId::user_vlan_create), 0u, 0u, 1u}) {
@@ -196,7 +196,7 @@ TEST(Remote, AnswersEveryRequestThatWasSentAhead) {
     Server server(device, folder.socket());
     const RawClient eager(folder.socket());
     const Loop loop(server);
-    eager.send_words({kMagic, platform::kInterfaceChecksum});
+    eager.send_words({kMagic, calls::kInterfaceChecksum});
     std::thread sender([&eager] {
         for (uint32_t request = 0; request < kRequests; ++request) {
             eager.send_words({4, static_cast<uint32_t>(CallId::user_vlan_create), 0, 0, request});
@@ -226,7 +226,7 @@ TEST(Remote, ServesOthersBetweenTheRequestsOfAnEagerClient) {
     Server server(device, folder.socket());
     const RawClient eager(folder.socket());
     const RawClient other(folder.socket());
-    eager.send_words({kMagic, platform::kInterfaceChecksum});
+    eager.send_words({kMagic, calls::kInterfaceChecksum});
     Writer requests;
     for (uint32_t request = 0; request < kRequests; ++request) {
         for (const uint32_t word : {4u, static_cast<uint32_t>(CallId::user_vlan_create), 0u, 0u, request}) {
@@ -234,8 +234,7 @@ TEST(Remote, ServesOthersBetweenTheRequestsOfAnEagerClient) {
         }
     }
     EXPECT_EQ(eager.send_without_reading(requests.buffer()), requests.buffer().size());
-    other.send_words(
-        {kMagic, platform::kInterfaceChecksum, 4, static_cast<uint32_t>(CallId::user_vlan_create), 0, 0, 7});
+    other.send_words({kMagic, calls::kInterfaceChecksum, 4, static_cast<uint32_t>(CallId::user_vlan_create), 0, 0, 7});
     for (int turn = 0; other.waiting_bytes() < kAnswerBytes && turn < static_cast<int>(kRequests); ++turn) {
         server.serve_ready();
     }
@@ -257,7 +256,7 @@ TEST(Remote, HalfMessagesDoNotKeepAnybodyWaiting) {
     for (std::size_t count = 0; count + 1 < Server::kMaxClients; ++count) {
         silent.emplace_back(folder.socket());
         // As long as a message may be, and begun: one word of it.
-        silent.back().send_words({kMagic, platform::kInterfaceChecksum, kMaxMessageWords, 0});
+        silent.back().send_words({kMagic, calls::kInterfaceChecksum, kMaxMessageWords, 0});
     }
     Client client("libtest", folder.socket());
     EXPECT_EQ(create_vlan(client, 5), 5);

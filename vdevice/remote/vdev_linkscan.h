@@ -2,8 +2,7 @@
  * @file vdev_linkscan.h
  * Link scan of the virtual device: libnetlink_api of the virtual device has this call besides those of the driver.
  */
-#ifndef VDEV_LINKSCAN_H
-#define VDEV_LINKSCAN_H
+#pragma once
 
 #include <stdint.h>
 
@@ -36,6 +35,4 @@ int32_t vdev_linkscan_register(vdev_linkscan_callback_t callback);
 
 #ifdef __cplusplus
 }
-#endif
-
 #endif

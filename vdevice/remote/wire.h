@@ -2,8 +2,7 @@
  * @file wire.h
  * Big-endian words in a byte buffer, written and read byte by byte, so that either byte order gives the same message.
  */
-#ifndef VDEVICE_REMOTE_WIRE_H
-#define VDEVICE_REMOTE_WIRE_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -55,5 +54,3 @@ class Reader {
 };
 
 }  // namespace vdevice::remote
-
-#endif

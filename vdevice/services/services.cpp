@@ -5,8 +5,8 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "calls/stub.h"
 #include "platform/device_services.h"
-#include "platform/stub.h"
 #include "vdevice/remote/library.h"
 
 const char *vdevice_library_name() {
@@ -30,7 +30,7 @@ const char *mac_text(const uint8_t *mac) {
 
 }  // namespace
 
-int64_t platform::forward_call(CallId id, const void *const *arguments) {
+int64_t calls::forward_call(CallId id, const void *const *arguments) {
     if (id == CallId::onu_mac2str) {
         return static_cast<int64_t>(
             reinterpret_cast<intptr_t>(mac_text(*static_cast<const uint8_t *const *>(arguments[0]))));
@@ -54,7 +54,7 @@ __attribute__((format(printf, 4, 5))) int32_t Log_logging_func(int32_t level, in
     }
     const char *text = buffer;
     const void *const arguments[] = {&level, &module, &word, &text};
-    return vdevice::remote::library_client().call(platform::CallId::Log_logging_func, arguments);
+    return vdevice::remote::library_client().call(calls::CallId::Log_logging_func, arguments);
 }
 
 }  // extern "C"

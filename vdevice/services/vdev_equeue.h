@@ -3,8 +3,7 @@
  * The reading end of the virtual device's event queue: libdevice_services of the virtual device has this call besides
  * the services. The process that reads is mostly not the one that sent.
  */
-#ifndef VDEV_EQUEUE_H
-#define VDEV_EQUEUE_H
+#pragma once
 
 #include <stdint.h>
 
@@ -29,6 +28,4 @@ int32_t vdev_equeue_receive(uintptr_t queue, uint32_t message[VDEV_EQUEUE_WORDS]
 
 #ifdef __cplusplus
 }
-#endif
-
 #endif

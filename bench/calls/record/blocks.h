@@ -2,8 +2,7 @@
  * @file blocks.h
  * Memory of this process as it is written into C: each block becomes a buffer that is filled before every call.
  */
-#ifndef BENCH_CALLS_RECORD_BLOCKS_H
-#define BENCH_CALLS_RECORD_BLOCKS_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -47,5 +46,3 @@ std::string initialiser(std::span<const uint8_t> bytes);
 std::string literal(const char *text);
 
 }  // namespace record
-
-#endif

@@ -6,8 +6,8 @@
 #include <set>
 #include <stdexcept>
 
-#include "adpsh/table.h"
-#include "tests/fault/row.h"
+#include "tests/fault_injection/row.h"
+#include "tools/adpsh/table.h"
 
 namespace record {
 namespace {

@@ -2,8 +2,7 @@
  * @file cases.h
  * Which calls are measured: each exported function with the arguments that the sweep of failing calls has for it.
  */
-#ifndef BENCH_CALLS_RECORD_CASES_H
-#define BENCH_CALLS_RECORD_CASES_H
+#pragma once
 
 #include <string>
 #include <vector>
@@ -26,5 +25,3 @@ struct Case {
 std::vector<Case> all_cases(const std::string &own);
 
 }  // namespace record
-
-#endif

@@ -5,9 +5,9 @@
 #include <set>
 #include <stdexcept>
 
-#include "platform/call_table.h"
-#include "tests/fault/row.h"
-#include "tests/fault/target.h"
+#include "calls/call_table.h"
+#include "tests/fault_injection/row.h"
+#include "tests/fault_injection/target.h"
 #include "tests/support/recording_driver.h"
 
 namespace record {
@@ -22,7 +22,7 @@ std::vector<std::string> written;
 
 /** A queue's message ends with the address of a record, which a driver in another process reads. */
 std::string message(std::span<const uint8_t> bytes) {
-    static std::vector<uint8_t> record(platform::kEventRecordNumbers * sizeof(uint16_t));
+    static std::vector<uint8_t> record(calls::kEventRecordNumbers * sizeof(uint16_t));
     std::vector<uint8_t> copy(bytes.begin(), bytes.end());
     const auto address = reinterpret_cast<uintptr_t>(record.data());
     std::memcpy(&copy[copy.size() - sizeof address], &address, sizeof address);
@@ -30,17 +30,17 @@ std::string message(std::span<const uint8_t> bytes) {
     return blocks_under_way->add(copy);
 }
 
-std::string value(const platform::Param &param, const recording::Arguments &arguments) {
-    if (param.element.kind == platform::Kind::Struct) {
+std::string value(const calls::Param &param, const recording::Arguments &arguments) {
+    if (param.element.kind == calls::Kind::Struct) {
         return "*(const " + std::string(param.element.layout->name) + " *)" +
                blocks_under_way->add(arguments.bytes(param.name));
     }
     const auto address =
-        param.element.kind == platform::Kind::Word ? blocks_under_way->find(arguments.word(param.name)) : std::nullopt;
+        param.element.kind == calls::Kind::Word ? blocks_under_way->find(arguments.word(param.name)) : std::nullopt;
     return address ? "(uintptr_t)" + *address : std::to_string(arguments.number(param.name)) + "LL";
 }
 
-std::string argument(const platform::Call &call, const platform::Param &param, const recording::Arguments &arguments) {
+std::string argument(const calls::Call &call, const calls::Param &param, const recording::Arguments &arguments) {
     if (!param.is_pointer()) {
         return value(param, arguments);
     }
@@ -50,8 +50,8 @@ std::string argument(const platform::Call &call, const platform::Param &param, c
     if (param.is_text) {
         return literal(arguments.text(param.name));
     }
-    return platform::is_event_message(call, param) ? message(arguments.bytes(param.name))
-                                                   : blocks_under_way->add(arguments.bytes(param.name));
+    return calls::is_event_message(call, param) ? message(arguments.bytes(param.name))
+                                                : blocks_under_way->add(arguments.bytes(param.name));
 }
 
 /** What a format asks for besides: empty texts and zeros. */
@@ -66,10 +66,10 @@ std::string format_arguments(const std::string &format) {
     return text;
 }
 
-void write_down(const platform::Call &call, const recording::Arguments &arguments) {
+void write_down(const calls::Call &call, const recording::Arguments &arguments) {
     std::string text = std::string(call.name) + "(";
     const char *separator = "";
-    for (const platform::Param &param : call.params) {
+    for (const calls::Param &param : call.params) {
         text += separator + argument(call, param, arguments);
         separator = ", ";
     }
@@ -77,9 +77,9 @@ void write_down(const platform::Call &call, const recording::Arguments &argument
     written.push_back(text + ")");
 }
 
-void clear_outputs(const platform::Call &call, const recording::Arguments &arguments) {
-    for (const platform::Param &param : call.params) {
-        if (param.direction == platform::Direction::Out) {
+void clear_outputs(const calls::Call &call, const recording::Arguments &arguments) {
+    for (const calls::Param &param : call.params) {
+        if (param.direction == calls::Direction::Out) {
             std::memset(arguments.pointer(param.name), 0, arguments.bytes(param.name).size());
         }
     }
@@ -104,7 +104,7 @@ void give_answers(const std::string &path, std::set<std::string> &answered) {
 void answer_from(const std::string &path) {
     std::set<std::string> answered;
     give_answers(path, answered);
-    for (const platform::Call &call : platform::calls()) {
+    for (const calls::Call &call : calls::calls()) {
         if (call.name == std::string(kAddressText)) {
             continue;  // its result is a text, which an action cannot give
         }

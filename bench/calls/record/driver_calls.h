@@ -2,8 +2,7 @@
  * @file driver_calls.h
  * The driver's and the services' calls that a call of the library makes, written as C.
  */
-#ifndef BENCH_CALLS_RECORD_DRIVER_CALLS_H
-#define BENCH_CALLS_RECORD_DRIVER_CALLS_H
+#pragma once
 
 #include <cstddef>
 #include <string>
@@ -25,5 +24,3 @@ std::vector<std::string> finish();
 std::size_t remote_calls();
 
 }  // namespace record
-
-#endif

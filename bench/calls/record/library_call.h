@@ -2,13 +2,12 @@
  * @file library_call.h
  * A call of the library as a line gives it: made here, and written as C.
  */
-#ifndef BENCH_CALLS_RECORD_LIBRARY_CALL_H
-#define BENCH_CALLS_RECORD_LIBRARY_CALL_H
+#pragma once
 
 #include <string>
 
-#include "adpsh/arguments.h"
 #include "bench/calls/record/blocks.h"
+#include "tools/adpsh/arguments.h"
 
 namespace record {
 
@@ -33,5 +32,3 @@ class LibraryCall {
 };
 
 }  // namespace record
-
-#endif

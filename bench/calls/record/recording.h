@@ -2,16 +2,15 @@
  * @file recording.h
  * A case run against the recording driver, and all that came of it as C.
  */
-#ifndef BENCH_CALLS_RECORD_RECORDING_H
-#define BENCH_CALLS_RECORD_RECORDING_H
+#pragma once
 
 #include <cstddef>
 #include <string>
 #include <vector>
 
-#include "adpsh/table.h"
 #include "bench/calls/record/blocks.h"
 #include "bench/calls/record/cases.h"
+#include "tools/adpsh/table.h"
 
 namespace record {
 
@@ -35,5 +34,3 @@ struct Recording {
 Recording run(const Case &one, Blocks &blocks);
 
 }  // namespace record
-
-#endif

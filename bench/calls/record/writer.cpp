@@ -5,7 +5,7 @@
 #include <fstream>
 #include <stdexcept>
 
-#include "adpsh/table.h"
+#include "tools/adpsh/table.h"
 
 namespace record {
 namespace {

@@ -2,8 +2,7 @@
  * @file writer.h
  * Recorded calls and their floors as a C program's tables, and what is to be known of them as JSON.
  */
-#ifndef BENCH_CALLS_RECORD_WRITER_H
-#define BENCH_CALLS_RECORD_WRITER_H
+#pragma once
 
 #include <cstddef>
 #include <set>
@@ -33,5 +32,3 @@ class Writer {
 };
 
 }  // namespace record
-
-#endif

@@ -1,0 +1,97 @@
+// The call trace: stubs in the executable that hand each call on to the library that really defines it.
+#include "calls/call_trace.h"
+
+#include <dlfcn.h>
+
+#include <array>
+#include <cstdarg>
+#include <cstdio>
+#include <mutex>
+#include <utility>
+
+#include "calls/call_table.h"
+#include "calls/describe.h"
+#include "calls/invoke.h"
+#include "calls/stub.h"
+#include "platform/device_services.h"
+
+// The stubs are part of this object, so that whoever uses the trace gets all of them, wherever in the link line the
+// real libraries stand.
+#include "generated/device_services_stubs.cpp"  // NOLINT(bugprone-suspicious-include)
+#include "generated/netlink_api_stubs.cpp"      // NOLINT(bugprone-suspicious-include)
+
+namespace call_trace {
+
+bool enabled = false;
+
+namespace {
+
+constexpr std::size_t kLogTextSize = 4096;
+constexpr int32_t kNoSuchFunction = -1;
+
+std::mutex mutex;
+std::vector<std::string> lines;
+
+void add(std::string line) {
+    const std::lock_guard guard(mutex);
+    lines.push_back(std::move(line));
+}
+
+/** The definition behind the executable's own, or null. */
+void *real_function(CallId id) {
+    static std::array<void *, calls::kCallCount> functions{};
+    const std::lock_guard guard(mutex);
+    void *&function = functions[static_cast<std::size_t>(id)];
+    if (function == nullptr) {
+        function = dlsym(RTLD_NEXT, calls::call(id).name);
+        if (function == nullptr) {
+            std::fprintf(stderr, "call trace: no library defines %s, so it fails.\n", calls::call(id).name);
+        }
+    }
+    return function;
+}
+
+int64_t hand_on(CallId id, const void *const *arguments) {
+    void *function = real_function(id);
+    if (function == nullptr) {
+        return calls::call(id).result == calls::Result::Text ? 0 : kNoSuchFunction;
+    }
+    return calls::call_function(function, id, arguments);
+}
+
+}  // namespace
+
+std::vector<std::string> take() {
+    const std::lock_guard guard(mutex);
+    return std::exchange(lines, {});
+}
+
+}  // namespace call_trace
+
+int64_t calls::forward_call(CallId id, const void *const *arguments) {
+    if (!call_trace::enabled) {
+        return call_trace::hand_on(id, arguments);
+    }
+    // Described before and after: what a call reads may be what it writes.
+    std::string line = describe_call(id, arguments);
+    const int64_t result = call_trace::hand_on(id, arguments);
+    call_trace::add(std::move(line) + " -> " + describe_result(id, arguments, result));
+    return result;
+}
+
+extern "C" __attribute__((format(printf, 4, 5))) int32_t Log_logging_func(int32_t level, int32_t module,
+                                                                          const char *word, const char *format, ...) {
+    char text[call_trace::kLogTextSize] = "";
+    va_list values;
+    va_start(values, format);
+    std::vsnprintf(text, sizeof text, format, values);
+    va_end(values);
+    void *function = call_trace::real_function(CallId::Log_logging_func);
+    const int32_t result =
+        function == nullptr ? call_trace::kNoSuchFunction
+                            : reinterpret_cast<decltype(&Log_logging_func)>(function)(level, module, word, "%s", text);
+    if (call_trace::enabled) {
+        call_trace::add(calls::describe_log(level, module, word, format, text) + " -> " + std::to_string(result));
+    }
+    return result;
+}

@@ -1,0 +1,21 @@
+/**
+ * @file call_trace.h
+ * Watches the imported calls of a program: linked into the executable, it stands between libadp and the libraries that
+ * libadp imports, hands every call on and, while enabled, keeps each as text with its result and outputs.
+ *
+ * The executable has to export its symbols (ENABLE_EXPORTS), so that the loader finds these definitions first.
+ */
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace call_trace {
+
+/** Off at first. */
+extern bool enabled;
+
+/** The calls since the last take(), in order: `user_vlan_create(unit=0, zero=0, vid=100) -> 0`. */
+std::vector<std::string> take();
+
+}  // namespace call_trace

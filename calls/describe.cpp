@@ -1,0 +1,229 @@
+// Describes calls by walking the call table. Numbers are loaded element by element, so that neither byte order nor
+// word width of the machine shows.
+#include "calls/describe.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace calls {
+namespace {
+
+constexpr std::size_t kLongBlock = 16;  // longer blocks do not show their trailing zeros
+constexpr std::size_t kWordBits = 32;
+constexpr unsigned kNibbleBits = 4;
+constexpr unsigned kNibbleMask = 0xF;
+constexpr char kHexDigits[] = "0123456789abcdef";
+
+void append_element(std::string &text, const Element &element, const void *at);
+
+const uint8_t *byte_at(const void *base, std::size_t offset) {
+    return static_cast<const uint8_t *>(base) + offset;
+}
+
+std::string number(Kind kind, const void *at) {
+    const int64_t value = load(kind, at);
+    switch (kind) {
+        case Kind::I32:
+            return std::to_string(value);
+        case Kind::Word:
+            return std::to_string(static_cast<uint32_t>(value));
+        default:
+            return std::to_string(static_cast<uint64_t>(value));
+    }
+}
+
+void append_hex(std::string &text, uint8_t byte) {
+    text += kHexDigits[byte >> kNibbleBits];
+    text += kHexDigits[byte & kNibbleMask];
+}
+
+void append_ports(std::string &text, const void *at, std::size_t words) {
+    text += '{';
+    const char *separator = "";
+    for (std::size_t port = 0; port < words * kWordBits; ++port) {
+        const auto word = static_cast<uint32_t>(load(Kind::U32, byte_at(at, port / kWordBits * sizeof(uint32_t))));
+        if ((word >> (port % kWordBits) & 1u) != 0) {
+            text += separator + std::to_string(port);
+            separator = ",";
+        }
+    }
+    text += '}';
+}
+
+bool is_zero(const void *at, std::size_t size) {
+    return std::all_of(byte_at(at, 0), byte_at(at, size), [](uint8_t byte) { return byte == 0; });
+}
+
+/** Elements to show: all, or in a long block those up to the last that is not zero, but at least one. */
+std::size_t shown(const void *at, std::size_t count, std::size_t size) {
+    if (count > kLongBlock) {
+        while (count > 1 && is_zero(byte_at(at, (count - 1) * size), size)) {
+            --count;
+        }
+    }
+    return count;
+}
+
+void append_bytes(std::string &text, const void *at, std::size_t count) {
+    const std::size_t visible = shown(at, count, 1);
+    for (std::size_t index = 0; index < visible; ++index) {
+        text += index == 0 ? "" : ":";
+        append_hex(text, *byte_at(at, index));
+    }
+    text += visible < count ? ".." : "";
+}
+
+void append_array(std::string &text, const Element &element, const void *at, std::size_t count) {
+    const std::size_t size = element_size(element);
+    const std::size_t visible = shown(at, count, size);
+    text += '[';
+    for (std::size_t index = 0; index < visible; ++index) {
+        text += index == 0 ? "" : ", ";
+        append_element(text, element, byte_at(at, index * size));
+    }
+    text += visible < count ? ", ..]" : "]";
+}
+
+void append_chars(std::string &text, const void *at, std::size_t count) {
+    const auto *chars = static_cast<const char *>(at);
+    text += quoted(std::string(chars, strnlen(chars, count)).c_str());
+}
+
+void append_block(std::string &text, const Element &element, const void *at, std::size_t count) {
+    if (element.is_ports) {
+        append_ports(text, at, count);
+    } else if (element.kind == Kind::Char) {
+        append_chars(text, at, count);
+    } else if (count == 1) {
+        append_element(text, element, at);
+    } else if (element.kind == Kind::U8) {
+        append_bytes(text, at, count);
+    } else {
+        append_array(text, element, at, count);
+    }
+}
+
+void append_struct(std::string &text, const Struct &layout, const void *at) {
+    // A struct around nothing but a port set exists only to pass the set by value.
+    if (layout.fields.size() == 1 && layout.fields[0].element.is_ports) {
+        append_block(text, layout.fields[0].element, at, layout.fields[0].count);
+        return;
+    }
+    text += '{';
+    const char *separator = "";
+    for (const Field &field : layout.fields) {
+        text += separator + std::string(field.name) + "=";
+        append_block(text, field.element, byte_at(at, field.offset), field.count);
+        separator = ", ";
+    }
+    text += '}';
+}
+
+void append_element(std::string &text, const Element &element, const void *at) {
+    if (element.kind == Kind::Struct) {
+        append_struct(text, *element.layout, at);
+    } else {
+        text += number(element.kind, at);
+    }
+}
+
+/**
+ * An event-queue message ends with the address of a record of four 16-bit numbers. The record is shown, since an
+ * address says nothing and differs with each run.
+ */
+void append_message(std::string &text, const void *at, std::size_t words) {
+    constexpr Element kWord{Kind::Word, false, nullptr};
+    constexpr Element kRecord{Kind::U16, false, nullptr};
+    const auto *message = static_cast<const uintptr_t *>(at);
+    append_array(text, kWord, message, words - 1);
+    text += ", record=";
+    if (message[words - 1] == 0) {
+        text += "null";
+    } else {
+        append_array(text, kRecord, reinterpret_cast<const void *>(message[words - 1]), kEventRecordNumbers);
+    }
+}
+
+void append_argument(std::string &text, const Call &call, std::size_t index, const void *const *arguments) {
+    const Param &param = call.params[index];
+    const void *at = target(param, arguments[index]);
+    text += std::string(param.name) + "=";
+    if (at != nullptr && is_event_message(call, param)) {
+        append_message(text, at, param.extent);
+    } else if (at == nullptr) {
+        text += "null";
+    } else if (param.is_text) {
+        text += quoted(static_cast<const char *>(at));
+    } else {
+        append_block(text, param.element, at, extent(call, index, arguments));
+    }
+}
+
+/** Appends the chosen arguments, separated by commas. */
+template <typename Choice>
+std::string join_arguments(const Call &call, const void *const *arguments, Choice is_chosen) {
+    std::string text;
+    for (std::size_t index = 0; index < call.params.size(); ++index) {
+        if (is_chosen(call.params[index])) {
+            text += text.empty() ? "" : ", ";
+            append_argument(text, call, index, arguments);
+        }
+    }
+    return text;
+}
+
+std::string result_text(Result kind, int64_t result) {
+    switch (kind) {
+        case Result::I32:
+            return std::to_string(static_cast<int32_t>(result));
+        case Result::U32:
+            return std::to_string(static_cast<uint32_t>(result));
+        case Result::Text:
+            return quoted(reinterpret_cast<const char *>(static_cast<intptr_t>(result)));
+        case Result::Nothing:
+            break;
+    }
+    return "void";
+}
+
+}  // namespace
+
+std::string quoted(const char *text) {
+    if (text == nullptr) {
+        return "null";
+    }
+    std::string result = "\"";
+    for (; *text != '\0'; ++text) {
+        const auto byte = static_cast<uint8_t>(*text);
+        if (*text == '"' || *text == '\\') {
+            result += std::string("\\") + *text;
+        } else if (*text == '\n') {
+            result += "\\n";
+        } else if (byte < ' ' || byte == 0x7F) {
+            result += "\\x";
+            append_hex(result, byte);
+        } else {
+            result += *text;
+        }
+    }
+    return result + "\"";
+}
+
+std::string describe_call(CallId id, const void *const *arguments) {
+    const Call &described = call(id);
+    return described.name + ("(" + join_arguments(described, arguments, [](const Param &p) { return p.is_read(); })) +
+           ")";
+}
+
+std::string describe_result(CallId id, const void *const *arguments, int64_t result) {
+    const Call &described = call(id);
+    const std::string outputs = join_arguments(described, arguments, [](const Param &p) { return p.is_written(); });
+    return result_text(described.result, result) + (outputs.empty() ? "" : " {" + outputs + "}");
+}
+
+std::string describe_log(int32_t level, int32_t module, const char *word, const char *format, const char *text) {
+    return "Log_logging_func(level=" + std::to_string(level) + ", module=" + std::to_string(module) +
+           ", word=" + quoted(word) + ", format=" + quoted(format) + ", text=" + quoted(text) + ")";
+}
+
+}  // namespace calls

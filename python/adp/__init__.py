@@ -1,0 +1,1 @@
+"""adp from Python: the lab, see adp.lab."""

@@ -1,0 +1,44 @@
+"""Programs of a build folder, run by themselves or, when they are the target's, under the emulator."""
+
+import os
+import pathlib
+
+from .problem import LabError
+
+ROOT = pathlib.Path(__file__).resolve().parents[3]
+EMULATOR = ("qemu-mips-static", "-L", "/usr/mips-linux-gnu")
+ELF_HEADER_BYTES = 20
+BIG_ENDIAN = 2
+MACHINE_MIPS = 8
+
+
+def _is_target_program(path):
+    with open(path, "rb") as program:
+        header = program.read(ELF_HEADER_BYTES)
+    return header[5] == BIG_ENDIAN and int.from_bytes(header[18:20], "big") == MACHINE_MIPS
+
+
+class Build:
+    """build/NAME: `host`, `asan`, `mips` or a folder of one's own."""
+
+    def __init__(self, name):
+        self.name = name
+        self.folder = ROOT / "build" / name
+
+    def command(self, program, *arguments):
+        """The command line that runs one of the build's programs."""
+        path = self.folder / program
+        if not os.access(path, os.X_OK):
+            raise LabError(f"{path.relative_to(ROOT)} is missing. Build it with 'script/build {self.name}'.")
+        emulator = EMULATOR if _is_target_program(path) else ()
+        return [*emulator, str(path), *map(str, arguments)]
+
+    @property
+    def is_emulated(self):
+        """Whether the programs are the target's. Their process is the emulator, which keeps memory that they return."""
+        return _is_target_program(self.folder / "adpsh")
+
+    @property
+    def byte_order(self):
+        """How the programs keep their numbers: "big" or "little"."""
+        return "big" if self.is_emulated else "little"

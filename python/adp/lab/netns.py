@@ -1,0 +1,92 @@
+"""Network namespaces, made and entered by the calling thread.
+
+A namespace lives as long as the bench holds its descriptor. A holder process stands in each one, so that
+`nsenter --target PID` finds the way in; it ends by itself when the bench does, however that happens.
+"""
+
+import contextlib
+import ctypes
+import json
+import os
+import subprocess
+
+from .problem import LabError
+from .process import stop
+
+CLONE_NEWNET = 0x40000000
+THREAD_NETNS = "/proc/thread-self/ns/net"
+_libc = ctypes.CDLL(None, use_errno=True)
+
+
+def _system(call, *arguments):
+    if getattr(_libc, call)(*arguments) != 0:
+        raise LabError(
+            f"The system refuses a network namespace ({call}: {os.strerror(ctypes.get_errno())}). "
+            "Run as root, or as an ordinary user through 'python3 -m adp.lab.isolate'."
+        )
+
+
+def _open_current():
+    return os.open(THREAD_NETNS, os.O_RDONLY | os.O_CLOEXEC)
+
+
+class NetNamespace:
+    """One network namespace with its loopback up and IPv6 off (router solicitations would disturb what is measured)."""
+
+    def __init__(self, name):
+        self.name = name
+        home = _open_current()
+        try:
+            _system("unshare", CLONE_NEWNET)
+            try:
+                self._fd = _open_current()
+            finally:
+                _system("setns", home, CLONE_NEWNET)
+        finally:
+            os.close(home)
+        with self.entered():
+            self._disable_ipv6()
+            self._holder = subprocess.Popen(["cat"], stdin=subprocess.PIPE, stdout=subprocess.DEVNULL)
+        self.ip("link set lo up")
+
+    @property
+    def holder_pid(self):
+        """Process id by which other programs enter the namespace."""
+        return self._holder.pid
+
+    @contextlib.contextmanager
+    def entered(self):
+        """Puts the calling thread into the namespace; sockets opened and processes started inside belong to it."""
+        home = _open_current()
+        try:
+            _system("setns", self._fd, CLONE_NEWNET)
+            try:
+                yield self
+            finally:
+                _system("setns", home, CLONE_NEWNET)
+        finally:
+            os.close(home)
+
+    def ip(self, *lines):
+        """Runs lines of the `ip` program inside, in one batch; the first failure is an error. Gives what it printed."""
+        command = ["ip", "-json", "-batch", "-"]
+        with self.entered():
+            done = subprocess.run(command, input="\n".join(lines) + "\n", capture_output=True, text=True, timeout=30)
+        if done.returncode != 0:
+            raise LabError(f"In {self.name}, 'ip {lines[0]}' and what follows failed: {done.stderr.strip()}")
+        return done.stdout
+
+    def is_operational(self, interface):
+        """Whether the kernel passes frames to the interface: it is up, has a carrier, and was told so."""
+        return json.loads(self.ip(f"link show dev {interface}"))[0]["operstate"] == "UP"
+
+    def close(self):
+        stop(self._holder)
+        os.close(self._fd)
+
+    @staticmethod
+    def _disable_ipv6():
+        for scope in ("all", "default"):
+            path = f"/proc/sys/net/ipv6/conf/{scope}/disable_ipv6"
+            with contextlib.suppress(FileNotFoundError), open(path, "w", encoding="ascii") as setting:
+                setting.write("1")

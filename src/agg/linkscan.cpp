@@ -1,0 +1,46 @@
+// A member's link change: the trunk is programmed again, the record stays.
+#include <adp/agg.h>
+
+#include "agg/election.h"
+#include "agg/trunk.h"
+#include "core/group_tables.h"
+#include "core/port_map.h"
+
+namespace adp {
+namespace {
+
+// The first group whose record holds the port; a group that does not exist when there is none.
+Intf find_group_with(PhyPort port) {
+    for (uint32_t group = 1; group <= ADP_AGG_GROUPS; ++group) {
+        const adp_agg_record_t &record = agg_info[group - 1];
+        for (int32_t i = 0; i < record.count && i < ADP_AGG_MEMBER_BYTES; ++i) {
+            if (port == PhyPort(record.ports[i])) {
+                return Intf(ADP_AGG_INTF(group));
+            }
+        }
+    }
+    return kNoIntf;
+}
+
+}  // namespace
+}  // namespace adp
+
+adp_status_t adp_agg_linkscan_handle(adp_intf_t intf, uint32_t is_up, uint32_t *changed) {
+    using namespace adp;
+    const Intf agg = find_group_with(phy_of(Intf(intf)));
+    if (agg == kNoIntf) {
+        return ADP_OK;
+    }
+    const auto worker = is_up != 0 ? hal_add_agg_member_ex : hal_del_agg_member_ex;
+    const adp_status_t result = worker(TrunkId(agg), 1, &intf, Commit::kNo, changed);
+    const Intf manager = manage_intf_of(agg);
+    if (is_up == 0) {
+        if (manager == Intf(intf)) {
+            elect_manage_intf(agg);
+        }
+    } else if (intf < manager.value()) {
+        // No interface is below an empty slot's 0: a link-up never fills it.
+        SET_AGG_MANAGE_INTF(agg.value(), intf);
+    }
+    return result;
+}

@@ -1,0 +1,100 @@
+// The port map: the tables, the calls that fill them and the look-ups in both directions.
+#include "core/port_map.h"
+
+#include <stdlib.h>
+
+uint32_t adp_max_phy_port_num;
+adp_port_row_t *intf_to_phy_port;
+uint32_t *intf_map_trunk;
+
+namespace adp {
+namespace {
+
+// The size is judged in the target's 32 bits, so that a 64-bit host refuses the same maxima.
+void *new_table(uint32_t last_row, uint32_t row_bytes) {
+    return last_row >= UINT32_MAX / row_bytes ? nullptr : calloc(last_row + 1, row_bytes);
+}
+
+/** The map row of an interface; null when the number, taken whole, exceeds the map or there is no map. */
+adp_port_row_t *find_row(Intf intf) {
+    if (intf.value() > adp_max_phy_port_num || intf_to_phy_port == nullptr) {
+        return nullptr;
+    }
+    return &intf_to_phy_port[intf.value()];
+}
+
+[[gnu::noinline]] adp_status_t fill_row(Intf intf, uint32_t word1, uint32_t word2, uint32_t phy, uint32_t attributes) {
+    adp_port_row_t *row = find_row(intf);
+    if (row == nullptr) {
+        return ADP_FAIL;
+    }
+    *row = {word1, word2, phy, attributes};
+    return ADP_OK;
+}
+
+}  // namespace
+}  // namespace adp
+
+using adp::Intf;
+
+adp_status_t adp_set_max_phy_port_num(uint32_t n) {
+    adp_max_phy_port_num = n;
+    intf_to_phy_port = static_cast<adp_port_row_t *>(adp::new_table(n, sizeof *intf_to_phy_port));
+    intf_map_trunk = static_cast<uint32_t *>(adp::new_table(n, sizeof *intf_map_trunk));
+    return intf_to_phy_port == nullptr || intf_map_trunk == nullptr ? ADP_FAIL : ADP_OK;
+}
+
+adp_status_t adp_get_max_phy_port_num(uint32_t *n) {
+    *n = adp_max_phy_port_num;
+    return ADP_OK;
+}
+
+adp_status_t adp_add_cpu_port(uint32_t, uint32_t word1, uint32_t word2, uint32_t phy, uint32_t attributes) {
+    return adp::fill_row(Intf(0), word1, word2, phy, attributes);
+}
+
+adp_status_t adp_add_phy_port(uint32_t index, uint32_t word1, uint32_t word2, uint32_t phy, uint32_t attributes) {
+    return adp::fill_row(Intf(index), word1, word2, phy, attributes);
+}
+
+int32_t adp_intf_2_phy_id(adp_intf_t intf) {
+    if (Intf(intf).kind() != adp::IntfKind::kUserPort) {
+        return adp::kPhyNotMapped.value();
+    }
+    const adp_port_row_t *row = adp::find_row(Intf(intf));
+    return row == nullptr ? adp::kPhyNotMapped.value() : static_cast<int32_t>(row->phy);
+}
+
+int32_t adp_phy_2_intf_id(uint32_t phy) {
+    const adp_port_row_t *const rows = intf_to_phy_port;
+    if (rows != nullptr) {
+        const adp_port_row_t *const last = rows + adp_max_phy_port_num;
+        for (const adp_port_row_t *row = rows; row <= last; ++row) {
+            if (row->phy == phy) {
+                return static_cast<int32_t>(row - rows);
+            }
+        }
+    }
+    return static_cast<int32_t>(adp::kIntfNotFound.value());
+}
+
+int32_t adp_phy_2_intf_id_ex(uint32_t, uint32_t phy) {
+    return adp_phy_2_intf_id(phy);
+}
+
+int32_t adp_intf_2_slot_id(adp_intf_t) {
+    return 0;
+}
+
+uint32_t adp_intf_port_attributes(adp_intf_t intf) {
+    const adp_port_row_t *row = adp::find_row(Intf(intf));
+    return row == nullptr ? 0 : row->attributes;
+}
+
+adp_status_t adp_get_phy_port(void) {
+    return ADP_OK;
+}
+
+adp_status_t adp_del_phy_port(void) {
+    return ADP_OK;
+}

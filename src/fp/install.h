@@ -1,0 +1,11 @@
+// Installation of a rule record.
+#pragma once
+
+#include <adp/fp.h>
+
+namespace adp {
+
+/** Installs the rule and records it; the record is the caller's own copy, and changed. */
+adp_status_t install_rule(FpEntity &rule);
+
+}  // namespace adp

@@ -1,0 +1,88 @@
+// Authorisation of ports and MAC addresses.
+#include <adp/dot1x.h>
+#include <adp/port.h>
+#include <device_services.h>
+
+#include "core/members.h"
+#include "core/number.h"
+
+namespace adp {
+namespace {
+
+// The learning modes that authorisation uses.
+constexpr int32_t kLearnClosed = 0;
+constexpr int32_t kLearnNormal = 5;
+constexpr int32_t kLearnPending = 8;
+
+// The MAC-table service's own numbers.
+constexpr uint32_t kFlushScope = 7;
+constexpr uint32_t kFlushKind = 3;
+constexpr uint32_t kTableFlag = 1;
+
+adp_status_t set_learning(adp_intf_t intf, int32_t mode) {
+    return adp_intf_learn_set(intf, mode) == 0 ? ADP_OK : ADP_E_DOT1X_LEARN;
+}
+
+adp_status_t close_port(adp_intf_t intf, int32_t learning_mode) {
+    const adp_status_t status = set_learning(intf, learning_mode);
+    if (status != ADP_OK) {
+        return status;
+    }
+    return set_mac_tbl_clear_by_port(intf, kFlushScope, kFlushKind) == 0 ? ADP_OK : ADP_E_DOT1X_FLUSH;
+}
+
+/** The lowest active member; an empty first slot is never replaced, since none is lower. */
+uint32_t smallest_member(Intf agg) {
+    const MemberList members = members_of(agg, Members::kActive);
+    uint32_t smallest = members.slots[0];
+    for (uint32_t slot = 1; slot < members.counted_slots(); ++slot) {
+        if (members.slots[slot] != 0 && members.slots[slot] < smallest) {
+            smallest = members.slots[slot];
+        }
+    }
+    return smallest;
+}
+
+/** Where an address on this port is installed: on the group's lowest active member, if the port is in a group. */
+adp_intf_t entry_interface(adp_intf_t intf) {
+    uint32_t group = 0;
+    get_group_by_interface(intf, &group);
+    const uint32_t member = group == 0 ? 0 : smallest_member(Intf(group));
+    return member == 0 ? intf : member;
+}
+
+}  // namespace
+}  // namespace adp
+
+adp_status_t adp_set_port_dot1x_mode(int32_t intf, uint32_t mode, uint32_t, uint32_t learn) {
+    const auto number = static_cast<adp_intf_t>(intf);
+    switch (adp::low8(mode)) {
+        case ADP_DOT1X_AUTHORIZED:
+            return adp::set_learning(number, learn != 0 ? adp::kLearnPending : adp::kLearnNormal);
+        case ADP_DOT1X_UNAUTHORIZED:
+            return adp::close_port(number, adp::kLearnPending);
+        case ADP_DOT1X_BLOCKED:
+            return adp::close_port(number, adp::kLearnClosed);
+        default:
+            return ADP_E_DOT1X_MODE;
+    }
+}
+
+adp_status_t adp_set_port_dot1x_authorized_state(int32_t intf, uint32_t state, uint32_t learn) {
+    const uint32_t mode = adp::low8(state) == 1 ? ADP_DOT1X_AUTHORIZED : ADP_DOT1X_UNAUTHORIZED;
+    return adp_set_port_dot1x_mode(intf, mode, 0, learn);
+}
+
+adp_status_t adp_set_mac_dot1x_authorized_state(adp_intf_t intf, uint32_t vid, const uint8_t mac[6],
+                                                uint32_t authorised) {
+    const char *text = onu_mac2str(mac);
+    if (text == nullptr) {
+        return ADP_E_DOT1X_MODE;
+    }
+    del_mac_addr(text, adp::low16(vid), adp::kTableFlag);
+    if (adp::low8(authorised) == 0) {
+        return ADP_OK;
+    }
+    const adp_intf_t target = adp::entry_interface(intf);
+    return add_mac_static_addr(text, target, adp::low16(vid), adp::kTableFlag) == 0 ? ADP_OK : ADP_E_DOT1X_STATIC;
+}

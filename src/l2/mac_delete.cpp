@@ -1,0 +1,162 @@
+// Deleting from the MAC address table, by every key that the management software has and by kind of entry.
+#include <adp/mac.h>
+
+#include "core/members.h"
+#include "core/resolve.h"
+#include "l2/mac.h"
+
+namespace adp {
+namespace {
+
+constexpr int32_t kAnyModule = -1;
+constexpr uint32_t kModes = 3;
+
+/** What a delete call may name; each key uses its part. */
+struct Subject {
+    const uint8_t *mac = nullptr;
+    uint32_t vid = 0;
+    int32_t number = 0;  // of the port or the trunk
+    adp_word_t last = 0;
+};
+
+using Delete = int32_t (*)(const Subject &);
+
+/** The driver calls of one key: for the dynamic, the static and all entries. */
+using DeletesByMode = Delete[kModes];
+
+constexpr DeletesByMode kByVlan = {
+    [](const Subject &s) { return user_l2_addr_delete_by_vlan(0, 0, s.vid, 0); },
+    [](const Subject &s) { return user_l2_addr_delete_static_by_vlan(0, 0, s.vid, 0); },
+    [](const Subject &s) { return user_l2_addr_delete_by_vlan(0, 0, s.vid, 1); },
+};
+
+constexpr DeletesByMode kByMac = {
+    [](const Subject &s) { return user_l2_addr_delete_by_mac(0, 0, s.mac, 0); },
+    [](const Subject &s) { return user_l2_addr_delete_static_by_mac(0, 0, s.mac, 0); },
+    [](const Subject &s) { return user_l2_addr_delete_by_mac(0, 0, s.mac, 1); },
+};
+
+constexpr DeletesByMode kByPort = {
+    [](const Subject &s) { return user_l2_addr_delete_by_port(0, 0, kAnyModule, s.number, 0); },
+    [](const Subject &s) { return user_l2_addr_delete_static_by_port(0, 0, kAnyModule, s.number); },
+    [](const Subject &s) { return user_l2_addr_delete_by_port(0, 0, kAnyModule, s.number, 1); },
+};
+
+constexpr DeletesByMode kByVlanPort = {
+    [](const Subject &s) { return user_l2_addr_delete_by_vlan_port(0, 0, s.vid, kAnyModule, s.number, 0); },
+    [](const Subject &s) { return user_l2_addr_delete_static_by_vlan_port(0, 0, s.vid, s.number); },
+    [](const Subject &s) { return user_l2_addr_delete_by_vlan_port(0, 0, s.vid, kAnyModule, s.number, 1); },
+};
+
+// The driver has no call for a trunk's static entries alone: all are deleted, and the caller is told of a failure.
+constexpr DeletesByMode kByVlanTrunk = {
+    [](const Subject &s) { return user_l2_addr_delete_by_vlan_trunk(0, 0, s.vid, s.number, 0); },
+    [](const Subject &s) {
+        user_l2_addr_delete_by_vlan_trunk(0, 0, s.vid, s.number, 1);
+        return ADP_FAIL;
+    },
+    [](const Subject &s) { return user_l2_addr_delete_by_vlan_trunk(0, 0, s.vid, s.number, 1); },
+};
+
+constexpr DeletesByMode kByMacPort = {
+    [](const Subject &s) { return user_l2_addr_delete_dynaic_by_mac_port(0, 0, s.mac, s.number, s.last); },
+    [](const Subject &s) { return user_l2_addr_delete_static_by_mac_port(0, 0, s.mac, s.number, s.last); },
+    [](const Subject &s) { return user_l2_addr_delete_all_by_mac_port(0, 0, s.mac, s.number); },
+};
+
+constexpr DeletesByMode kByTrunkMacVlan = {
+    [](const Subject &s) { return user_l2_addr_delete_trunk_dynamic_by_port_mac_vlan(0, 0, s.mac, s.number, s.vid); },
+    [](const Subject &s) { return user_l2_addr_delete_trunk_static_by_port_mac_vlan(0, 0, s.mac, s.number, s.vid); },
+    [](const Subject &s) { return user_l2_addr_delete_all_dynamic_by_port_mac_vlan(0, 0, s.mac, s.number, s.vid); },
+};
+
+// What a key does not look at.
+constexpr uint8_t kNoMac[NETLINK_MAC_BYTES] = {};
+constexpr uint32_t kNoVlan = 0;
+constexpr int32_t kNoPort = 0;
+
+/** Makes the call of a mode for what the other arguments name; those that a key does not look at are none. */
+adp_status_t delete_by(const DeletesByMode &deletes, uint32_t mode, const uint8_t *mac, uint32_t vid, int32_t number,
+                       adp_word_t last = 0) {
+    const uint32_t row = low8(mode);
+    if (row >= kModes) {
+        return ADP_E_SELECTOR;
+    }
+    const MacKey key(mac);
+    return deletes[row]({key.byte, low16(vid), number, last});
+}
+
+/** Deletes one entry by its address in a VLAN. */
+[[gnu::noinline]] adp_status_t delete_entry(int32_t (*call)(uint32_t, const uint8_t *, uint32_t, adp_word_t),
+                                            const uint8_t *mac, uint32_t vid, adp_word_t last) {
+    return call(0, MacKey(mac).byte, low16(vid), last);
+}
+
+[[gnu::noinline]] adp_status_t delete_by_port(PhyPort port, uint32_t mode) {
+    return delete_by(kByPort, mode, kNoMac, kNoVlan, port.value());
+}
+
+}  // namespace
+}  // namespace adp
+
+using adp::Intf;
+using adp::IntfKind;
+using adp::PhyPort;
+
+adp_status_t adp_del_mac_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t vid, uint32_t, adp_word_t last) {
+    return adp::delete_entry(user_mac_addr_delete, mac, vid, last);
+}
+
+adp_status_t adp_del_mac_mcast_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t vid, uint32_t, adp_word_t last) {
+    return adp::delete_entry(user_mac_mcast_addr_delete, mac, vid, last);
+}
+
+adp_status_t adp_del_mac_by_lrntype(uint32_t type) {
+    return user_l2_addr_del_all_addr_by_lrntype(0, 0, adp::low8(type));
+}
+
+adp_status_t adp_del_mac_addr_by_vlan(uint32_t vid, uint32_t mode) {
+    return adp::delete_by(adp::kByVlan, mode, adp::kNoMac, vid, adp::kNoPort);
+}
+
+adp_status_t adp_del_mac_addr_by_mac(const uint8_t mac[ADP_MAC_BYTES], uint32_t mode) {
+    return adp::delete_by(adp::kByMac, mode, mac, adp::kNoVlan, adp::kNoPort);
+}
+
+adp_status_t adp_del_mac_addr_by_intf(adp_intf_t intf, uint32_t mode) {
+    return adp::by_kind(
+        Intf(intf), [=](PhyPort port) { return adp::delete_by_port(port, mode); },
+        [=](Intf agg) {
+            return adp::every_member_last_result(agg, adp::Members::kActive, ADP_FAIL,
+                                                 [=](PhyPort port) { return adp::delete_by_port(port, mode); });
+        });
+}
+
+// A group is not looked up here, its trunk id is enough: so it is not checked either.
+adp_status_t adp_del_mac_addr_by_vlan_intf(uint32_t vid, adp_intf_t intf, uint32_t mode) {
+    switch (Intf(intf).kind()) {
+        case IntfKind::kUserPort:
+            return adp::delete_by(adp::kByVlanPort, mode, adp::kNoMac, vid, adp::phy_of(Intf(intf)).value());
+        case IntfKind::kAggregation:
+            return adp::delete_by(adp::kByVlanTrunk, mode, adp::kNoMac, vid, adp::get_chip_tgid(Intf(intf)));
+        default:
+            return ADP_E_INTF_TYPE;
+    }
+}
+
+adp_status_t adp_del_mac_addr_by_intf_mac(adp_intf_t intf, const uint8_t mac[ADP_MAC_BYTES], uint32_t mode,
+                                          adp_word_t last) {
+    return adp::by_kind(
+        Intf(intf),
+        [=](PhyPort port) { return adp::delete_by(adp::kByMacPort, mode, mac, adp::kNoVlan, port.value(), last); },
+        [](Intf) { return ADP_FAIL; });
+}
+
+adp_status_t adp_del_mac_addr_by_trunkid_mac_vlan(adp_intf_t intf, const uint8_t mac[ADP_MAC_BYTES], uint32_t mode,
+                                                  uint32_t vid) {
+    return adp::delete_by(adp::kByTrunkMacVlan, mode, mac, vid, adp::phy_of(Intf(intf)).value());
+}
+
+adp_status_t adp_del_port_violate_mac_addr_by_intf(adp_intf_t intf) {
+    return user_mac_violate_del_by_port(adp::phy_of(Intf(intf)).value());
+}

@@ -1,0 +1,137 @@
+// Multicast groups of the snooping software.
+#include <adp/mcast.h>
+#include <stdio.h>
+
+#include "core/bitmap.h"
+#include "core/group_tables.h"
+#include "core/members.h"
+#include "l2/mac.h"
+
+static_assert(sizeof(netlink_mcast_entry_t) == 88);
+
+namespace adp {
+namespace {
+
+constexpr uint32_t kFrontPortWords = 2;
+
+/** The interfaces that a caller lists. */
+struct IntfList {
+    const adp_intf_t *first;
+    uint32_t count;
+
+    const adp_intf_t *begin() const { return first; }
+    const adp_intf_t *end() const { return first + count; }
+
+    /** A group that there is not is refused up front, before the driver's entry is touched. */
+    bool names_missing_group() const {
+        for (const adp_intf_t number : *this) {
+            const Intf intf(number);
+            if (intf.kind() == IntfKind::kAggregation && !TrunkId(intf).is_valid()) {
+                return true;
+            }
+        }
+        return false;
+    }
+};
+
+// The driver numbers the ports of an entry in two ways. It looks up, and adds, physical ports; it creates a group and
+// removes members by the numbers on the front, which are the interfaces' own. The first two words hold them all.
+void add_front_port(uint32_t *ports, uint32_t number) {
+    if (number < kFrontPortWords * kWordBits) {
+        set_bit(ports, number);
+    }
+}
+
+void add_front_ports(uint32_t *ports, Intf intf) {
+    if (intf.kind() == IntfKind::kUserPort) {
+        add_front_port(ports, intf.index());
+    } else if (intf.kind() == IntfKind::kAggregation) {
+        until_first_failure(members_of(intf, Members::kConfigured), [&](Intf member) {
+            add_front_port(ports, member.value());
+            return 0;
+        });
+    }
+}
+
+/** Without an interface the entry's ports stay as they are. */
+void set_front_ports(netlink_mcast_entry_t &entry, const IntfList &list) {
+    if (list.count != 0) {
+        entry.ports[0] = entry.ports[1] = 0;
+    }
+    for (const adp_intf_t intf : list) {
+        add_front_ports(entry.ports, Intf(intf));
+    }
+}
+
+/** The group as the driver has it; zero where the driver wrote nothing. */
+int32_t look_up(const uint8_t *mac, uint32_t vid, netlink_mcast_entry_t *entry) {
+    *entry = {};
+    return User_mcast_port_get(0, 0, MacKey(mac).byte, low16(vid), entry);
+}
+
+}  // namespace
+}  // namespace adp
+
+using adp::Intf;
+using adp::IntfKind;
+using adp::low16;
+using adp::MacKey;
+
+adp_status_t adp_create_igmpsn_group(const uint8_t mac[6], uint32_t vid, uint32_t count, const adp_intf_t *list) {
+    const adp::IntfList intfs{list, count};
+    if (intfs.names_missing_group()) {
+        return ADP_FAIL;
+    }
+    netlink_mcast_entry_t entry = {};
+    User_mcast_addr_t_init(0, &entry, MacKey(mac).byte, low16(vid));
+    memset(entry.ports, 0, sizeof entry.ports);
+    adp::set_front_ports(entry, intfs);
+    return User_mcast_addr_add(0, 0, &entry);
+}
+
+adp_status_t adp_delete_igmpsn_group(const uint8_t mac[6], uint32_t vid) {
+    return User_mcast_addr_remove(0, 0, MacKey(mac).byte, low16(vid));
+}
+
+adp_status_t adp_get_igmpsn_group(const uint8_t mac[6], uint32_t vid, uint32_t *index) {
+    netlink_mcast_entry_t entry;
+    const int32_t result = adp::look_up(mac, vid, &entry);
+    *index = entry.index;
+    return result;
+}
+
+// An aggregation interface adds no port: its members, if any are wanted, are listed by themselves.
+adp_status_t adp_add_igmpsn_member(const uint8_t mac[6], uint32_t vid, uint32_t count, const adp_intf_t *list,
+                                   const uint16_t *vid_p) {
+    const adp::IntfList intfs{list, count};
+    if (intfs.names_missing_group()) {
+        return ADP_FAIL;
+    }
+    netlink_mcast_entry_t entry;
+    adp::look_up(mac, vid, &entry);
+    for (const adp_intf_t number : intfs) {
+        const Intf intf(number);
+        if (!intf.has_known_kind()) {
+            return ADP_E_INTF_TYPE;
+        }
+        if (intf.kind() == IntfKind::kUserPort) {
+            adp::set_bit_inside(entry.ports, static_cast<uint32_t>(adp::phy_of(intf).value()));
+        }
+    }
+    const int32_t result = User_mcast_port_add(0, 0, &entry);
+    if (low16(vid) == 0) {
+        fprintf(stderr, "Mcast Add Port Error tVlanId = %d *vid_p = %u\n", 0, static_cast<unsigned>(*vid_p));
+    }
+    return result;
+}
+
+adp_status_t adp_del_igmpsn_member(const uint8_t mac[6], uint32_t vid, uint32_t count, const adp_intf_t *list) {
+    const adp::IntfList intfs{list, count};
+    if (intfs.names_missing_group()) {
+        return ADP_FAIL;
+    }
+    netlink_mcast_entry_t entry;
+    adp::look_up(mac, vid, &entry);
+    adp::set_front_ports(entry, intfs);
+    return User_mcast_port_remove(0, 0, &entry);
+}

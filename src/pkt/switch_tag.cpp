@@ -1,0 +1,45 @@
+// Translation of a switch tag that was built with interface numbers.
+#include "pkt/switch_tag.h"
+
+#include <adp/pkt.h>
+
+#include "core/port_map.h"
+
+namespace adp {
+namespace {
+
+// A tag built with interface numbers has their bits where ports of the same numbers have theirs.
+TxTag with_physical_ports(const TxTag &tag) {
+    TxTag physical = tag;
+    physical.clear_ports();
+    for (int32_t number = 0; number <= kLastTaggedPort; ++number) {
+        const PhyPort port = phy_of(Intf(static_cast<uint32_t>(number)));
+        // Of the second word's interfaces only ports of the second word stay: one that translates to the first is
+        // dropped.
+        if (tag.has(number) && (number < kFirstHighPort || port.value() >= kFirstHighPort)) {
+            physical.add(port);
+        }
+    }
+    return physical;
+}
+
+}  // namespace
+}  // namespace adp
+
+void adp_bcmtag_dest_port_intf_2_phy(uint8_t tag[8]) {
+    using namespace adp;
+    TxTag translated(tag);
+    switch (static_cast<TxOpcode>(translated.opcode())) {
+        case TxOpcode::kPorts:
+            translated = with_physical_ports(translated);
+            break;
+        case TxOpcode::kVlanPort:
+        case TxOpcode::kPort:
+        case TxOpcode::kOnePort:
+            translated.aim_at(phy_of(Intf(translated.destination())));
+            break;
+        default:
+            return;
+    }
+    translated.write_to(tag);
+}

@@ -1,0 +1,57 @@
+// adp_transmit_frame(): one frame to one interface, through a socket of its own.
+#include <adp/pkt.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <unistd.h>
+
+#include "core/group_tables.h"
+#include "core/port_map.h"
+#include "pkt/wire.h"
+
+namespace adp {
+namespace {
+
+// An aggregation interface is reached through its management interface; kNoIntf when it has none.
+Intf reachable_through(Intf intf) {
+    return intf.kind() == IntfKind::kAggregation ? manage_intf_of(intf) : intf;
+}
+
+bool send_on_own_socket(const uint8_t *tagged, uint32_t n) {
+    const int socket = open_packet_socket();
+    if (socket <= 0) {
+        return false;
+    }
+    const bool sent = send_tagged(socket, tagged, n);
+    close(socket);
+    return sent;
+}
+
+bool transmit(uint8_t *buffer, const uint8_t *frame, uint32_t length, Intf intf, uint32_t opcode) {
+    const Intf port = reachable_through(intf);
+    if (port == kNoIntf && intf.kind() == IntfKind::kAggregation) {
+        puts("manage interface error. ");
+        return false;
+    }
+    TxTag tag(opcode, 0);
+    tag.aim_at(phy_of(port));
+    write_tagged(buffer, frame, length, tag);
+    return send_on_own_socket(buffer, length + kTxTagLength);
+}
+
+}  // namespace
+}  // namespace adp
+
+adp_status_t adp_transmit_frame(const uint8_t *frame, uint32_t length, uint32_t, adp_intf_t intf, uint32_t opcode) {
+    const uint32_t used = adp::low16(length);
+    // A frame without both MAC addresses has no place for the tag.
+    if (frame == nullptr || used < adp::kMacAddressesLength) {
+        return ADP_FAIL;
+    }
+    auto *buffer = static_cast<uint8_t *>(calloc(used + adp::kTxTagLength, 1));
+    if (buffer == nullptr) {
+        return ADP_FAIL;
+    }
+    const bool sent = adp::transmit(buffer, frame, used, adp::Intf(intf), opcode);
+    free(buffer);
+    return sent ? ADP_OK : ADP_FAIL;
+}

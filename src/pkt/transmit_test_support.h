@@ -1,0 +1,92 @@
+// Shared by the transmit tests: the fake system, a frame, destination lists and scripted VLAN records.
+#pragma once
+
+#include <deque>
+
+#include "tests/support/fake_system.h"
+#include "tests/support/library_test.h"
+
+namespace transmit_test {
+
+using Bytes = std::vector<uint8_t>;
+
+inline Bytes make_frame(std::size_t length) {
+    Bytes frame(length);
+    for (std::size_t i = 0; i < length; ++i) {
+        frame[i] = static_cast<uint8_t>(0x10 + i);
+    }
+    return frame;
+}
+
+/** The frame as it must leave: the tag behind the source address. */
+inline Bytes with_tag(const Bytes &frame, uint32_t word1, uint32_t word2 = 0) {
+    Bytes tagged(frame.begin(), frame.begin() + 12);
+    for (const uint32_t value : {0x88740000u | word1 >> 16, (word1 & 0xFFFF) << 16 | word2 >> 16}) {
+        for (int shift = 24; shift >= 0; shift -= 8) {
+            tagged.push_back(static_cast<uint8_t>(value >> shift));
+        }
+    }
+    tagged.push_back(static_cast<uint8_t>(word2 >> 8));
+    tagged.push_back(static_cast<uint8_t>(word2));
+    tagged.insert(tagged.end(), frame.begin() + 12, frame.end());
+    return tagged;
+}
+
+/** A destination list as a caller builds it. */
+class Destinations {
+  public:
+    explicit Destinations(std::initializer_list<uint32_t> intfs) {
+        adp_list_link_t *last = &head_;
+        for (const uint32_t intf : intfs) {
+            nodes_.push_back({{nullptr, last}, intf});
+            last->next = &nodes_.back().link;
+            last = last->next;
+        }
+        last->next = &head_;
+        head_.prev = last;
+    }
+    Destinations(const Destinations &) = delete;
+    Destinations &operator=(const Destinations &) = delete;
+
+    const adp_list_link_t *head() const { return &head_; }
+
+  private:
+    adp_list_link_t head_ = {};
+    std::deque<adp_tx_dest_t> nodes_;
+};
+
+class TransmitTest : public library_test::LibraryTest {
+  protected:
+    static void set_vlan_members(uint64_t members) {
+        uint32_t record[16] = {};
+        record[2] = static_cast<uint32_t>(members >> 32);
+        record[3] = static_cast<uint32_t>(members);
+        driver().on("get_vlan_info").sets_object("record", record);
+    }
+
+    /** The port map's tables are allocated while the fake is on: they count as held from the start. */
+    void SetUp() override {
+        library_test::LibraryTest::SetUp();
+        tables_ = system().outstanding_allocations();
+        allocations_before_ = system().allocations();
+    }
+
+    fake_system::System &system() { return session_.system(); }
+
+    /** Allocations since the start of the test, and those of them that were not freed. */
+    std::size_t allocations() { return system().allocations() - allocations_before_; }
+    std::size_t held() { return system().outstanding_allocations() - tables_; }
+
+    /** Nothing that a call took is still held. */
+    void expect_nothing_held() {
+        EXPECT_EQ(held(), 0u);
+        EXPECT_EQ(system().open_descriptors(), 0u);
+    }
+
+  private:
+    fake_system::Session session_;
+    std::size_t tables_ = 0;
+    std::size_t allocations_before_ = 0;
+};
+
+}  // namespace transmit_test

@@ -1,0 +1,26 @@
+// A VLAN's members as the device's VLAN service tells them.
+#pragma once
+
+#include "core/bitmap.h"
+#include "core/number.h"
+
+namespace adp {
+
+/** Member bitmap of a VLAN: bit i for user port i, bit 26 + g for aggregation interface g. */
+class VlanMembers {
+  public:
+    /** Asks the VLAN service; false when it fails. The id is handed on uncut. */
+    bool fetch(uint32_t vid);
+
+    bool has(Intf intf) const {
+        const uint32_t bit = intf.combined_index();
+        return bit < kWords * kWordBits && has_bit(words_, bit);
+    }
+
+  private:
+    static constexpr uint32_t kWords = 2;
+
+    uint32_t words_[kWords] = {};
+};
+
+}  // namespace adp

@@ -1,0 +1,201 @@
+// lives [CALLS [SEED]] [--trace FILE | --script] [--falsify CALL]: random sequences of calls, the library against the
+// reference model.
+#include <getopt.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+#include "tests/differential/random.h"
+#include "tests/differential/reference_table.h"
+#include "tests/differential/runner.h"
+#include "tools/adpsh/table.h"
+
+namespace {
+
+using lives::Outcome;
+
+constexpr std::size_t kLifeCalls = 1000;
+
+struct Options {
+    uint64_t calls = 200000; /**< 0: for ever */
+    uint64_t seed = 1;
+    const char *trace = nullptr;
+    bool prints_script = false;
+};
+
+int usage() {
+    std::fprintf(stderr,
+                 "usage: lives [CALLS [SEED]] [--trace FILE | --script] [--falsify CALL]\n"
+                 "  CALLS  calls to make, 200000 unless given; 0: until stopped\n"
+                 "  SEED   the same seed gives the same calls on every machine; 1 unless given\n"
+                 "  FILE   gets every call with all that it did\n"
+                 "  --script  prints the calls as a script for adpsh and makes none\n"
+                 "  --falsify CALL  takes that call's result for another one, to see that it is found\n");
+    return 2;
+}
+
+bool read_number(const char *text, uint64_t *number) {
+    char *end = nullptr;
+    *number = std::strtoull(text, &end, 10);
+    return *text >= '0' && *text <= '9' && *end == '\0';
+}
+
+bool read_options(int argc, char **argv, Options *options) {
+    constexpr option kLong[] = {{"trace", required_argument, nullptr, 't'},
+                                {"script", no_argument, nullptr, 's'},
+                                {"falsify", required_argument, nullptr, 'f'},
+                                {nullptr, 0, nullptr, 0}};
+    for (int c = getopt_long(argc, argv, "", kLong, nullptr); c != -1;
+         c = getopt_long(argc, argv, "", kLong, nullptr)) {
+        if (c == 't') {
+            options->trace = optarg;
+        } else if (c == 'f') {
+            lives::falsify(optarg);
+        } else if (c == 's') {
+            options->prints_script = true;
+        } else {
+            return false;
+        }
+    }
+    uint64_t *const numbers[] = {&options->calls, &options->seed};
+    for (int n = 0; optind + n < argc; ++n) {
+        if (n >= 2 || !read_number(argv[optind + n], numbers[n])) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/** The model has to know every exported call. */
+bool has_all_models() {
+    bool is_complete = true;
+    std::size_t at = 0;
+    for (const auto &call : adpsh::calls()) {
+        if (at < lives::models().size() && std::strcmp(lives::models()[at].name, call.name) == 0) {
+            ++at;
+        } else {
+            std::printf("lives: there is no model of %s\n", call.name);
+            is_complete = false;
+        }
+    }
+    return is_complete;
+}
+
+/** Calls that never came up; in a long run there must be none. */
+int count_missed(uint64_t calls) {
+    constexpr uint64_t kLongRun = 20000;
+    int missed = 0;
+    for (std::size_t n = 0; n < adpsh::calls().size() && calls >= kLongRun; ++n) {
+        if (lives::counts().calls[n] == 0) {
+            std::printf("lives: %s was never called\n", adpsh::calls()[n].name);
+            ++missed;
+        }
+    }
+    return missed;
+}
+
+class Progress {
+  public:
+    void show(uint64_t calls) {
+        constexpr std::chrono::seconds kStep(5);
+        const auto now = std::chrono::steady_clock::now();
+        if (now - shown_ >= kStep) {
+            shown_ = now;
+            std::printf("%llu calls, %.0f a second\n", static_cast<unsigned long long>(calls),
+                        static_cast<double>(calls) / seconds());
+            std::fflush(stdout);
+        }
+    }
+    [[nodiscard]] double seconds() const {
+        return std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
+    }
+
+  private:
+    std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+    std::chrono::steady_clock::time_point shown_ = start_;
+};
+
+int report_failure(const std::vector<lives::Step> &life, const Outcome &outcome, uint64_t seed, uint64_t number) {
+    const bool crashed = outcome.end == Outcome::End::kCrashed;
+    std::printf("\nlives: FAILED: %s in %s, call %zu of life %llu of seed %llu\n",
+                crashed ? "the process ended" : "library and model part", lives::name_of(life[outcome.step]),
+                outcome.step, static_cast<unsigned long long>(number), static_cast<unsigned long long>(seed));
+    const auto shrunk = lives::shrink(life, outcome);
+    std::printf("shrunk from %zu calls to %zu\n", outcome.step + 1, shrunk.size());
+    std::fflush(stdout);
+    lives::report_life(shrunk);
+    return 1;
+}
+
+uint64_t life_seed(const Options &options, uint64_t number) {
+    return lives::scramble(options.seed) + number;
+}
+
+void print_script(const Options &options) {
+    uint64_t made = 0;
+    for (uint64_t number = 0; options.calls == 0 || made < options.calls; ++number, made += kLifeCalls) {
+        std::printf("# life %llu\n", static_cast<unsigned long long>(number));
+        for (const lives::Step &step : lives::make_life(life_seed(options, number), kLifeCalls)) {
+            std::printf("%s\n", lives::Life::script(step).c_str());
+        }
+    }
+}
+
+int run(const Options &options, std::FILE *trace) {
+    Progress progress;
+    uint64_t made = 0;
+    for (uint64_t number = 0; options.calls == 0 || made < options.calls; ++number) {
+        const uint64_t left = options.calls == 0 ? kLifeCalls : options.calls - made;
+        const auto size = static_cast<std::size_t>(std::min<uint64_t>(kLifeCalls, left));
+        const auto life = lives::make_life(life_seed(options, number), size);
+        if (trace != nullptr) {
+            std::fprintf(trace, "== life %llu\n", static_cast<unsigned long long>(number));
+        }
+        const Outcome outcome = lives::run_life(life, trace);
+        if (outcome.end != Outcome::End::kAgreed) {
+            return report_failure(life, outcome, options.seed, number);
+        }
+        made += size;
+        progress.show(made);
+    }
+    if (count_missed(made) != 0) {
+        return 1;
+    }
+    std::printf("lives: %llu calls of %zu functions agree, and %llu calls that they made (seed %llu, %.1f s)\n",
+                static_cast<unsigned long long>(made), adpsh::calls().size(),
+                static_cast<unsigned long long>(lives::counts().imported_calls),
+                static_cast<unsigned long long>(options.seed), progress.seconds());
+    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char **argv) {
+    Options options;
+    if (!read_options(argc, argv, &options)) {
+        return usage();
+    }
+    if (!has_all_models()) {
+        return 1;
+    }
+    if (options.prints_script) {
+        print_script(options);
+        return 0;
+    }
+    std::FILE *trace = nullptr;
+    if (options.trace != nullptr && (trace = std::fopen(options.trace, "w")) == nullptr) {
+        std::perror(options.trace);
+        return 2;
+    }
+    const int status = run(options, trace);
+    if (trace != nullptr && std::fclose(trace) != 0) {
+        std::perror(options.trace);
+        return 2;
+    }
+    return status;
+}

@@ -1,0 +1,14 @@
+/**
+ * @file table_compare.h
+ * The library's tables against the model's, byte by byte.
+ */
+#pragma once
+
+#include <string>
+
+namespace lives {
+
+/** The first table that differs, with what stands in it; empty when all are equal. */
+std::string table_difference();
+
+}  // namespace lives

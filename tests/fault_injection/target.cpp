@@ -1,0 +1,221 @@
+// Stores the values of assignments.
+#include "tests/fault_injection/target.h"
+
+#include <algorithm>
+#include <cstring>
+#include <stdexcept>
+
+#include "tests/support/library_test.h"
+#include "tools/adpsh/convert.h"
+
+namespace fault {
+namespace {
+
+/** A value that fills every byte of its target. */
+constexpr std::string_view kEveryByte = "every ";
+/** A value that takes the first bytes of its target as a 32-bit number of this machine. */
+constexpr std::string_view kWord = "word ";
+
+adpsh::Value value_of(const std::string &text) {
+    const auto parsed = adpsh::parse_line("x " + text);
+    if (std::holds_alternative<adpsh::Error>(parsed)) {
+        throw std::runtime_error(text + ": " + std::get<adpsh::Error>(parsed).text);
+    }
+    return std::get<adpsh::Command>(parsed).arguments.front().value;
+}
+
+std::vector<std::size_t> indexes_of(std::string_view text) {
+    std::vector<std::size_t> indexes;
+    while (!text.empty()) {
+        const std::size_t end = text.find(']');
+        indexes.push_back(std::stoul(std::string(text.substr(1, end - 1))));
+        text.remove_prefix(end + 1);
+    }
+    return indexes;
+}
+
+bool has_room(const adpsh::Value &value) {
+    return value.form == adpsh::Value::Form::kList || value.form == adpsh::Value::Form::kBraces;
+}
+
+/** Stores a list, a set or one element, all of which must have room. */
+void store_values(const adpsh::Type &type, std::size_t count, void *to, const adpsh::Value &value) {
+    const adpsh::Variables none;
+    std::deque<adpsh::Bytes> room;
+    adpsh::Context context{none, room};
+    const bool is_record = type.kind == adpsh::Kind::kRecord && value.form == adpsh::Value::Form::kBraces;
+    const bool is_bytes = type.kind == adpsh::Kind::kU8 && count > 1;
+    if (count == 1 || is_record || !(has_room(value) || is_bytes)) {
+        return adpsh::store_element(type, value, to, context);
+    }
+    const adpsh::Bytes bytes = adpsh::array_of(type, value, type.kind == adpsh::Kind::kU32 ? count : 0, context);
+    if (bytes.size() > count * type.size) {
+        throw std::runtime_error("there is no room for " + adpsh::written(value));
+    }
+    std::memcpy(to, bytes.data(), bytes.size());
+}
+
+const adpsh::Field &field_named(const adpsh::Type &type, const std::string &name) {
+    if (type.record != nullptr) {
+        for (const adpsh::Field &field : type.record->fields) {
+            if (name == field.name) {
+                return field;
+            }
+        }
+    }
+    throw std::runtime_error("there is no field " + name);
+}
+
+void store_field(const std::string &text, const adpsh::Type &type, uint8_t *record, const std::string &value) {
+    const Target inside = target_of(text);
+    const adpsh::Field &field = field_named(type, inside.name);
+    store(inside, field.type, field.count, record + field.offset, value);
+}
+
+/** Tables of the library's own that a program does not see. */
+bool assign_hidden(const Target &target, const std::string &value) {
+    constexpr adpsh::Type kByte = {adpsh::Kind::kU8, 1};
+    if (target.name == "agg_link_status") {
+        store(target, kByte, sizeof adp::agg_link_status, adp::agg_link_status, value);
+        return true;
+    }
+    if (target.name == "port_hold_state") {
+        store(target, kByte, sizeof adp::port_hold_state, adp::port_hold_state, value);
+        return true;
+    }
+    return false;
+}
+
+/** Replaces a table of the map by a cleared one, or by none. */
+void replace_map(const std::string &name, const std::string &value) {
+    const std::size_t rows = value == "none" ? 0 : adp_max_phy_port_num + 1;
+    if (name == "intf_to_phy_port") {
+        std::free(intf_to_phy_port);
+        intf_to_phy_port =
+            rows == 0 ? nullptr : static_cast<decltype(intf_to_phy_port)>(std::calloc(rows, sizeof *intf_to_phy_port));
+    } else {
+        std::free(intf_map_trunk);
+        intf_map_trunk =
+            rows == 0 ? nullptr : static_cast<decltype(intf_map_trunk)>(std::calloc(rows, sizeof *intf_map_trunk));
+    }
+}
+
+void give_struct(const calls::Param &param, const std::string &value, std::vector<uint8_t> &bytes) {
+    for (const adpsh::Argument &item : value_of(value).items) {
+        for (const calls::Field &field : param.element.layout->fields) {
+            if (item.name == field.name) {
+                calls::store(field.element.kind, bytes.data() + field.offset,
+                             adpsh::number_of(item.value, adpsh::Kind::kU32));
+            }
+        }
+    }
+}
+
+/** The bytes of a driver call's output: numbers, a struct's fields, or `every NN`. */
+std::vector<uint8_t> output_bytes(const calls::Param &param, const std::string &value) {
+    const std::size_t size = calls::element_size(param.element);
+    std::vector<uint8_t> bytes(size * param.extent);
+    if (value.rfind(kEveryByte, 0) == 0) {
+        bytes.assign(bytes.size(), adpsh::bytes_of(value_of(value.substr(kEveryByte.size())), {}).front());
+    } else if (param.element.kind == calls::Kind::Struct) {
+        give_struct(param, value, bytes);
+    } else {
+        const adpsh::Value parsed = value_of(value);
+        const std::vector<adpsh::Argument> one{{"", parsed}};
+        const auto &items = parsed.form == adpsh::Value::Form::kList ? parsed.items : one;
+        bytes.resize(std::max(bytes.size(), items.size() * size));
+        for (std::size_t index = 0; index < items.size(); ++index) {
+            calls::store(param.element.kind, &bytes[index * size],
+                         adpsh::number_of(items[index].value, adpsh::Kind::kU64));
+        }
+    }
+    return bytes;
+}
+
+}  // namespace
+
+Target target_of(const std::string &text) {
+    const std::size_t dot = text.find('.');
+    const std::string whole = text.substr(0, dot);
+    const std::size_t bracket = whole.find('[');
+    return {whole.substr(0, bracket),
+            bracket == std::string::npos ? std::vector<std::size_t>() : indexes_of(whole.substr(bracket)),
+            dot == std::string::npos ? "" : text.substr(dot + 1)};
+}
+
+void store(const Target &target, const adpsh::Type &type, std::size_t count, void *to, const std::string &value) {
+    auto *bytes = static_cast<uint8_t *>(to);
+    if (!target.indexes.empty()) {
+        const std::size_t index = target.indexes.front();
+        if (index >= count) {
+            throw std::runtime_error(target.name + " has no element " + std::to_string(index));
+        }
+        bytes += index * type.size;
+        count = 1;
+    }
+    if (!target.part.empty()) {
+        return store_field(target.part, type, bytes, value);
+    }
+    if (value.rfind(kEveryByte, 0) == 0) {
+        std::memset(bytes, adpsh::bytes_of(value_of(value.substr(kEveryByte.size())), {}).front(), count * type.size);
+        return;
+    }
+    if (value.rfind(kWord, 0) == 0) {
+        adpsh::store_number(adpsh::kWord32, adpsh::number_of(value_of(value.substr(kWord.size())), adpsh::Kind::kU32),
+                            bytes);
+        return;
+    }
+    store_values(type, count, bytes, value_of(value));
+}
+
+void assign_table(const Assignment &assignment) {
+    Target target = target_of(assignment.target);
+    if (assign_hidden(target, assignment.value)) {
+        return;
+    }
+    const adpsh::Table *table = adpsh::find_table(target.name);
+    if (table == nullptr) {
+        throw std::runtime_error("there is no parameter or table " + target.name);
+    }
+    // A table's own address is only handed out for reading.
+    void *address = const_cast<void *>(table->address);
+    std::size_t rows = table->rows;
+    if (table->is_pointer) {
+        if (target.indexes.empty() && target.part.empty()) {
+            return replace_map(target.name, assignment.value);
+        }
+        address = *static_cast<void **>(address);
+        rows = adp_max_phy_port_num + 1;
+    }
+    if (target.indexes.size() == 2) {
+        target.indexes = {target.indexes[0] * table->columns + target.indexes[1]};
+    } else if (!target.indexes.empty() && table->columns > 1) {
+        // A row of a table with columns.
+        address = static_cast<uint8_t *>(address) + target.indexes.front() * table->columns * table->type.size;
+        target.indexes.clear();
+        return store(target, table->type, table->columns, address, assignment.value);
+    }
+    store(target, table->type, rows * table->columns, address, assignment.value);
+}
+
+void give(const std::string &text) {
+    for (const Assignment &assignment : assignments_of(text)) {
+        const std::size_t dot = assignment.target.find('.');
+        const std::string name = assignment.target.substr(0, dot);
+        if (dot == std::string::npos) {
+            recording::driver().on(name).returns(
+                static_cast<int32_t>(adpsh::number_of(value_of(assignment.value), adpsh::Kind::kI32)));
+            continue;
+        }
+        const std::string output = assignment.target.substr(dot + 1);
+        const auto id = calls::find_call(name);
+        const auto index = id ? calls::find_param(calls::call(*id), output) : std::nullopt;
+        if (!index) {
+            throw std::runtime_error("no driver call writes " + assignment.target);
+        }
+        recording::driver().on(name).sets_bytes(output,
+                                                output_bytes(calls::call(*id).params[*index], assignment.value));
+    }
+}
+
+}  // namespace fault

@@ -1,0 +1,81 @@
+"""What hosts say about groups, byte by byte, so that it can be wrong: IGMP and MLD messages in frames."""
+
+import ipaddress
+import struct
+from typing import NamedTuple
+
+from adp.lab.frames import ETHERTYPE_IPV4, ETHERTYPE_IPV6, ethernet
+from adp.lab.listener import group_mac
+from scapy.all import IP, IPOption, IPv6, IPv6ExtHdrHopByHop, Raw, RouterAlert
+from scapy.layers.inet6 import in6_chksum
+from scapy.utils import checksum
+
+IGMP, ICMPV6 = 2, 58
+IGMP_REPORT2, IGMP_LEAVE, IGMP_REPORT3 = 0x16, 0x17, 0x22
+MLD_REPORT1, MLD_DONE, MLD_REPORT2 = 131, 132, 143
+MODE_IS_INCLUDE, MODE_IS_EXCLUDE, TO_INCLUDE, TO_EXCLUDE, ALLOW_SOURCES, BLOCK_SOURCES = range(1, 7)
+SPEAKER = bytes.fromhex("02ae0000f001")
+CHECKSUM_AT = 2
+
+
+def with_checksum(message, value):
+    return message[:CHECKSUM_AT] + struct.pack("!H", value) + message[CHECKSUM_AT + 2 :]
+
+
+def igmp_frame(message, is_checked=True, tags=b"", **fields):
+    """A frame with an IGMP message; `fields` are the IP header's."""
+    if is_checked:
+        message = with_checksum(message, checksum(with_checksum(message, 0)))
+    usual = {"src": "10.9.0.5", "dst": "224.0.0.22", "ttl": 1, "proto": IGMP, "options": [IPOption(b"\x94\x04\0\0")]}
+    packet = bytes(IP(**{**usual, **fields}) / Raw(message))
+    return ethernet(group_mac("224.0.0.22"), SPEAKER, ETHERTYPE_IPV4, packet, tags)
+
+
+def mld_frame(message, is_checked=True, tags=b"", **fields):
+    """A frame with an MLD message; `fields` are the IPv6 header's."""
+    usual = {"src": "fe80::5", "dst": "ff02::16", "hlim": 1}
+    header = IPv6(**{**usual, **fields})
+    if is_checked:
+        message = with_checksum(message, in6_chksum(ICMPV6, IPv6(**usual), with_checksum(message, 0)))
+    packet = bytes(header / IPv6ExtHdrHopByHop(nh=ICMPV6, options=[RouterAlert()]) / Raw(message))
+    return ethernet(group_mac("ff02::16"), SPEAKER, ETHERTYPE_IPV6, packet, tags)
+
+
+class Dialect(NamedTuple):
+    """One of the two protocols: how its frames and messages are made."""
+
+    name: str
+    frame: callable
+    join: int
+    leave: int
+    report: int
+    gap: bytes
+    groups: str
+
+    def about(self, group, kind=None):
+        """A message about one group, by default that it is wanted."""
+        kind = self.join if kind is None else kind
+        return bytes([kind, 0, 0, 0]) + self.gap + packed(group)
+
+    def record(self, kind, group, sources=0, told_sources=None, auxiliary=0):
+        """A record; it may tell of more sources and auxiliary words than it has."""
+        told = sources if told_sources is None else told_sources
+        content = packed(group) + packed(group) * sources
+        return struct.pack("!BBH", kind, auxiliary, told) + content
+
+    def records(self, *records, told=None):
+        """A report of records; it may tell of more than there are."""
+        return struct.pack("!BxxxHH", self.report, 0, len(records) if told is None else told) + b"".join(records)
+
+    def group(self, number):
+        return self.groups.format(number)
+
+
+def packed(address):
+    return ipaddress.ip_address(address).packed
+
+
+DIALECTS = {
+    "IGMP": Dialect("IGMP", igmp_frame, IGMP_REPORT2, IGMP_LEAVE, IGMP_REPORT3, b"", "239.9.0.{}"),
+    "MLD": Dialect("MLD", mld_frame, MLD_REPORT1, MLD_DONE, MLD_REPORT2, b"\0\0\0\0", "ff15::9:{}"),
+}

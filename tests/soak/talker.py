@@ -1,0 +1,147 @@
+"""A host of the load: sends frames at a rate, and looks at each one that it gets. Runs in the host's namespace.
+
+    talker.py INTERFACE SETTINGS        SETTINGS is JSON, see `Talker`
+
+Each line on standard input is answered by a line of JSON with the counts so far; a line "quiet" ends the sending, and
+the end of the input ends the program.
+"""
+
+import contextlib
+import errno
+import json
+import os
+import random
+import select
+import struct
+import sys
+import time
+import zlib
+
+from adp.lab.frames import BROADCAST, ETHERTYPE_EXPERIMENT, VID_MASK, describe, ethernet, split_tags, vlan_tag
+from adp.lab.nic import Nic
+
+MARK = b"load"
+STAMP = struct.Struct("!4sHHI")  # mark, sender, VLAN, number
+CHECK = struct.Struct("!I")
+SMALLEST, LARGEST = 46, 1490
+BURST_FRAMES = 32
+WAIT_SECONDS = 0.002
+# Frames that come again do so soon: with these many numbers of each sender remembered none is missed at any rate here.
+WINDOW = 1 << 16
+COMPLAINTS = 5
+# An address that nobody has, so that the switches flood the frame.
+STRANGER = bytes.fromhex("02adfffffffe")
+BROADCAST_SHARE, STRANGER_SHARE = 0.02, 0.02
+NOT_NOW = (errno.ENETDOWN, errno.ENOBUFS, errno.ENXIO, errno.EAGAIN)
+
+
+class Here:
+    """The namespace in which the program runs."""
+
+    @staticmethod
+    def entered():
+        return contextlib.nullcontext()
+
+
+class Talker:
+    """`number` and `mac` are the host's own, `vid` the VLAN that it hears, 0 for none. It sends to `partners`,
+    {number: MAC}, in the VLANs `speaks`, and may hear all of `partners` if it hears a VLAN. `rate` is in frames per
+    second, 0 for as many as it can.
+    """
+
+    def __init__(self, nic, settings):
+        self._nic = nic
+        self._number, self._vid, self._speaks = settings["number"], settings["vid"], settings["speaks"]
+        self._mac = bytes.fromhex(settings["mac"])
+        self._partners = {int(number): bytes.fromhex(mac) for number, mac in settings["partners"].items()}
+        self._destinations = list(self._partners.values())
+        self._rate = settings["rate"]
+        self._random = random.Random(settings["seed"])
+        self._latest = {number: [-1] * WINDOW for number in self._partners}
+        self._bodies = [self._random.randbytes(LARGEST) for _ in range(8)]
+        self.sent = self.unsent = self.flooded = self.misplaced = self.repeated = self.spoilt = 0
+        self.received = dict.fromkeys(self._partners, 0)
+        self.complaints = []
+
+    def counts(self):
+        names = ("sent", "unsent", "received", "flooded", "misplaced", "repeated", "spoilt", "complaints")
+        return {name: getattr(self, name) for name in names}
+
+    def send_one(self):
+        vid = self._random.choice(self._speaks)
+        chance = self._random.random()
+        destination = self._random.choice(self._destinations)
+        if chance < BROADCAST_SHARE:
+            destination = BROADCAST
+        elif chance < BROADCAST_SHARE + STRANGER_SHARE:
+            destination = STRANGER
+        size = self._random.randrange(SMALLEST, LARGEST - STAMP.size - CHECK.size)
+        body = STAMP.pack(MARK, self._number, vid, self.sent) + self._random.choice(self._bodies)[:size]
+        body += CHECK.pack(zlib.crc32(body))
+        try:
+            self._nic.send(ethernet(destination, self._mac, ETHERTYPE_EXPERIMENT, body, vlan_tag(vid)))
+            self.sent += 1
+        except OSError as problem:
+            if problem.errno not in NOT_NOW:
+                raise
+            self.unsent += 1
+
+    def take(self):
+        for frame in self._nic.waiting():
+            why = self._judge(frame)
+            if why and len(self.complaints) < COMPLAINTS:
+                self.complaints.append(f"host {self._number}: {why} ({describe(frame)}): {frame[:48].hex()}")
+
+    def _judge(self, frame):
+        """What is wrong with a frame, after counting it."""
+        tags, kind, body = split_tags(frame)
+        if kind != ETHERTYPE_EXPERIMENT or len(body) < STAMP.size + CHECK.size or body[: len(MARK)] != MARK:
+            self.misplaced += 1
+            return "a frame that nobody sent"
+        if CHECK.unpack_from(body, len(body) - CHECK.size)[0] != zlib.crc32(body[: -CHECK.size]):
+            self.spoilt += 1
+            return "a frame that was changed on its way"
+        _, sender, vid, number = STAMP.unpack_from(body)
+        if vid != self._vid or [tci & VID_MASK for _, tci in tags] != [vid]:
+            self.misplaced += 1
+            return f"a frame of VLAN {vid} where VLAN {self._vid} is heard"
+        if frame[6:12] != self._partners.get(sender):
+            self.misplaced += 1
+            return f"a frame of host {sender} by its stamp"
+        if self._latest[sender][number % WINDOW] == number:
+            self.repeated += 1
+            return f"frame {number} of host {sender} once more"
+        self._latest[sender][number % WINDOW] = number
+        self.received[sender] += 1
+        if frame[:6] not in (self._mac, BROADCAST):
+            if frame[:6] != STRANGER and frame[:6] not in self._destinations:
+                self.misplaced += 1
+                return "a frame for an address of another VLAN"
+            self.flooded += 1
+        return ""
+
+    def run(self, seconds):
+        """Until the input ends, but no longer than this."""
+        began = previous = time.monotonic()
+        credit, quiet = 0.0, False
+        while (now := time.monotonic()) < began + seconds:
+            credit = min(BURST_FRAMES, credit + (now - previous) * self._rate if self._rate else BURST_FRAMES)
+            previous = now
+            while credit >= 1 and not quiet:
+                self.send_one()
+                credit -= 1
+            waiting = 0.0 if not self._rate and not quiet else WAIT_SECONDS
+            ready, _, _ = select.select([self._nic, sys.stdin], [], [], waiting)
+            if self._nic in ready:
+                self.take()
+            if sys.stdin in ready:
+                line = os.read(sys.stdin.fileno(), 64)
+                if not line:
+                    return
+                quiet = quiet or b"quiet" in line
+                print(json.dumps(self.counts()), flush=True)
+
+
+if __name__ == "__main__":
+    given = json.loads(sys.argv[2])
+    Talker(Nic(Here, sys.argv[1]), given).run(given["seconds"])

@@ -1,0 +1,64 @@
+/**
+ * @file arguments.h
+ * A call's arguments in memory: every parameter gets storage of exactly its extent, filled from the line.
+ */
+#pragma once
+
+#include "tools/adpsh/convert.h"
+#include "tools/adpsh/parser.h"
+#include "tools/adpsh/table.h"
+
+#include <cstddef>
+#include <deque>
+#include <vector>
+
+namespace adpsh {
+
+/** One parameter's storage; null when the call is to be handed no address at all. */
+struct Slot {
+    const Parameter *parameter = nullptr;
+    Bytes storage;
+    std::size_t elements = 0;
+    bool is_null = false;
+    Bytes before;                    ///< storage of a set whose address is a word, before the call
+    const Bytes *pointed = nullptr;  ///< that storage, or the frame of a frame record
+};
+
+/** All of a call's arguments. They stay where they are until the object goes. */
+class Arguments {
+  public:
+    /** Reads the line's arguments; a Refusal says what is wrong with them. */
+    Arguments(const Call &call, const Command &command, const Variables &variables);
+    Arguments(const Arguments &) = delete;
+    Arguments &operator=(const Arguments &) = delete;
+
+    /** Fills what the call only writes, so that a test sees what it left alone. */
+    void fill_outputs(std::uint8_t byte);
+
+    /** Makes the call. */
+    Result invoke();
+
+    [[nodiscard]] const std::vector<Slot> &slots() const { return slots_; }
+    /** What the slots' storage holds the addresses of: frames, nodes of lists, words given as lists. */
+    [[nodiscard]] const std::deque<Bytes> &room() const { return room_; }
+
+  private:
+    std::vector<const Value *> assign(const Command &command) const;
+    std::vector<std::size_t> positions(std::size_t given, const std::vector<const Value *> &named) const;
+    [[nodiscard]] std::size_t parameter_named(const std::string &name) const;
+    void fill(std::size_t index, const Value &value);
+    void fill_value(Slot &slot, const Value &value);
+    void fill_array(Slot &slot, const Value &value);
+    void fill_list(Slot &slot, const Value &value);
+    void fill_frame_record(Slot &slot, const Value &value);
+    void infer_counts(const std::vector<const Value *> &values);
+    void make_room(Slot &slot);
+    [[nodiscard]] std::size_t extent(const Parameter &parameter) const;
+
+    const Call &call_;
+    const Variables &variables_;
+    std::deque<Bytes> room_;
+    std::vector<Slot> slots_;
+};
+
+}  // namespace adpsh

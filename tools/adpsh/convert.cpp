@@ -1,0 +1,187 @@
+#include "tools/adpsh/convert.h"
+
+#include "tools/adpsh/refusal.h"
+#include "tools/adpsh/suggest.h"
+
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+#include <cstring>
+
+namespace adpsh {
+
+namespace {
+
+constexpr int kHexadecimal = 16;
+constexpr std::size_t kBitsPerWord = 32;
+constexpr std::size_t kPortSetWords = 8;
+
+Bytes hexadecimal(std::string_view text, const Value &value) {
+    if (text.substr(0, 2) == "0x") {
+        text.remove_prefix(2);
+    }
+    Bytes result;
+    while (!text.empty()) {
+        if (text.front() == ':' && !result.empty()) {
+            text.remove_prefix(1);
+        }
+        std::uint8_t byte = 0;
+        const std::string_view pair = text.substr(0, 2);
+        const auto [end, error] = std::from_chars(pair.data(), pair.data() + pair.size(), byte, kHexadecimal);
+        if (pair.size() < 2 || error != std::errc() || end != pair.data() + pair.size()) {
+            throw Refusal("'" + written(value) + "' is not a byte string: pairs of hexadecimal digits are wanted");
+        }
+        result.push_back(byte);
+        text.remove_prefix(pair.size());
+    }
+    return result;
+}
+
+void refuse_beyond(std::size_t elements, std::size_t limit) {
+    if (elements > limit) {
+        throw Refusal("there is room for " + std::to_string(limit) + " elements, " + std::to_string(elements) +
+                      " are given");
+    }
+}
+
+/** A bitmap written as the numbers of its bits. */
+Bytes bit_set(const Value &value, std::size_t words) {
+    std::vector<std::uint32_t> bits(words);
+    for (const Argument &item : value.items) {
+        if (!item.name.empty()) {
+            throw Refusal("a set {1, 5} of numbers is wanted, not " + written(value));
+        }
+        const std::int64_t bit = number_of(item.value, Kind::kU32);
+        if (bit < 0 || static_cast<std::size_t>(bit) >= words * kBitsPerWord) {
+            throw Refusal("a set of " + std::to_string(words * kBitsPerWord) + " has no bit " + written(item.value));
+        }
+        const auto index = static_cast<std::size_t>(bit);
+        bits[index / kBitsPerWord] |= 1U << (index % kBitsPerWord);
+    }
+    Bytes result(words * sizeof(std::uint32_t));
+    std::memcpy(result.data(), bits.data(), result.size());
+    return result;
+}
+
+/** A number, null, or the address of a set or of words that are kept for the call. */
+std::uintptr_t word_of(const Value &value, Context &context) {
+    if (is_null(value)) {
+        return 0;
+    }
+    if (value.form == Value::Form::kBraces) {
+        context.room.push_back(bit_set(value, kPortSetWords));
+    } else if (value.form == Value::Form::kList) {
+        Bytes words = array_of(kWord32, value, 0, context);
+        refuse_beyond(words.size() / kWord32.size, kWordListBytes / kWord32.size);
+        words.resize(kWordListBytes);
+        context.room.push_back(std::move(words));
+    } else {
+        return static_cast<std::uintptr_t>(number_of(value, Kind::kWord));
+    }
+    return reinterpret_cast<std::uintptr_t>(context.room.back().data());
+}
+
+void store_field(const Field &field, const Value &value, std::uint8_t *record, Context &context) {
+    if (field.is_pointer) {
+        throw Refusal("an address cannot be given");
+    }
+    if (field.count == 1) {
+        return store_element(field.type, value, record + field.offset, context);
+    }
+    const Bytes bytes = array_of(field.type, value, field.type.kind == Kind::kU32 ? field.count : 0, context);
+    refuse_beyond(bytes.size() / field.type.size, field.count);
+    std::copy(bytes.begin(), bytes.end(), record + field.offset);
+}
+
+void store_record(const Record &record, const Value &value, void *to, Context &context) {
+    if (value.form != Value::Form::kBraces) {
+        throw Refusal("a record {field=value ...} is wanted, not " + written(value));
+    }
+    auto *bytes = static_cast<std::uint8_t *>(to);
+    std::memset(to, 0, record.size);
+    const bool plain =
+        std::all_of(value.items.begin(), value.items.end(), [](const Argument &item) { return item.name.empty(); });
+    if (plain && record.fields.size() == 1 && record.fields.front().count > 1) {
+        return store_field(record.fields.front(), value, bytes, context);  // a set that stands for its record
+    }
+    for (const Argument &item : value.items) {
+        const auto field = std::find_if(record.fields.begin(), record.fields.end(),
+                                        [&item](const Field &each) { return each.name == item.name; });
+        if (field == record.fields.end()) {
+            std::vector<std::string_view> names;
+            for (const Field &each : record.fields) {
+                names.emplace_back(each.name);
+            }
+            throw Refusal(item.name.empty() ? "'" + written(item.value) + "' needs the name of a field in front"
+                                            : std::string(record.name) + " has no field '" + item.name + "'" +
+                                                  did_you_mean(item.name, names));
+        }
+        try {
+            store_field(*field, item.value, bytes, context);
+        } catch (const Refusal &refusal) {
+            throw Refusal("field '" + item.name + "': " + refusal.what());
+        }
+    }
+}
+
+}  // namespace
+
+bool is_null(const Value &value) {
+    return value.form == Value::Form::kWord && value.text == "null";
+}
+
+Bytes bytes_of(const Value &value, const Variables &variables) {
+    if (value.form == Value::Form::kList) {
+        Bytes result;
+        for (const Argument &item : value.items) {
+            result.push_back(static_cast<std::uint8_t>(number_of(item.value, Kind::kU8)));
+        }
+        refuse_beyond(result.size(), kMaxElements);
+        return result;
+    }
+    if (value.form != Value::Form::kWord) {
+        throw Refusal("a byte string like 0180c2000000 is wanted, not " + written(value));
+    }
+    if (value.text.substr(0, 1) == "$") {
+        const auto variable = variables.find(std::string_view(value.text).substr(1));
+        if (variable == variables.end()) {
+            throw Refusal("nothing is called " + written(value) + " (see set, wait_frame)");
+        }
+        return variable->second;
+    }
+    Bytes result = hexadecimal(value.text, value);
+    refuse_beyond(result.size(), kMaxElements);
+    return result;
+}
+
+void store_element(const Type &type, const Value &value, void *to, Context &context) {
+    if (type.kind == Kind::kRecord) {
+        return store_record(*type.record, value, to, context);
+    }
+    if (type.kind == Kind::kWord) {
+        const std::uintptr_t word = word_of(value, context);
+        std::memcpy(to, &word, sizeof word);
+        return;
+    }
+    store_number(type, number_of(value, type.kind), to);
+}
+
+Bytes array_of(const Type &type, const Value &value, std::size_t words, Context &context) {
+    if (type.kind == Kind::kU8 || type.kind == Kind::kOpaque) {
+        return bytes_of(value, context.variables);
+    }
+    if (words != 0 && value.form == Value::Form::kBraces) {
+        return bit_set(value, words);
+    }
+    if (value.form != Value::Form::kList) {
+        throw Refusal("a list [a, b] is wanted, not " + written(value));
+    }
+    refuse_beyond(value.items.size(), kMaxElements);
+    Bytes result(value.items.size() * type.size);
+    for (std::size_t i = 0; i < value.items.size(); ++i) {
+        store_element(type, value.items[i].value, result.data() + i * type.size, context);
+    }
+    return result;
+}
+
+}  // namespace adpsh

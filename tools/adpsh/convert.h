@@ -1,0 +1,54 @@
+/**
+ * @file convert.h
+ * Written values turned into the bytes that a call reads. Whatever does not fit is refused with a sentence.
+ */
+#pragma once
+
+#include "tools/adpsh/parser.h"
+#include "tools/adpsh/table.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace adpsh {
+
+using Bytes = std::vector<std::uint8_t>;
+/** Byte strings by name, written $NAME on a line. */
+using Variables = std::map<std::string, Bytes, std::less<>>;
+
+/** Elements of an array that a line may give or ask for. */
+constexpr std::size_t kMaxElements = 64 * 1024;
+/** Storage behind the address of words that a line gives as a list. */
+constexpr std::size_t kWordListBytes = 256;
+
+/** What conversions need besides the value: the variables, and room that lives as long as the call. */
+struct Context {
+    const Variables &variables;
+    std::deque<Bytes> &room;
+};
+
+/** Whether the word `null` is written: no address. */
+bool is_null(const Value &value);
+
+/** A number, the name of a constant, or an aggregation interface: agg3, ADP_AGG_INTF(3). */
+std::int64_t number_of(const Value &value, Kind kind);
+
+/** Bytes as hexadecimal digits, with or without colons, as a list, or as $NAME. */
+Bytes bytes_of(const Value &value, const Variables &variables);
+
+/** One element of a type, written to `to`, which has room for it. */
+void store_element(const Type &type, const Value &value, void *to, Context &context);
+
+/** An array as its bytes: `[a, b]`, byte strings, sets `{1, 5}` where `words` is the size of the bitmap, else 0. */
+Bytes array_of(const Type &type, const Value &value, std::size_t words, Context &context);
+
+/** Stores a number with a type's width. */
+void store_number(const Type &type, std::int64_t number, void *to);
+/** Reads a number of a type; unsigned 64-bit ones beyond the signed range come out negative. */
+std::int64_t load_number(const Type &type, const void *from);
+
+}  // namespace adpsh

@@ -1,0 +1,139 @@
+// show: the library's exported tables, read where the library keeps them.
+#include "tools/adpsh/builtins.h"
+#include "tools/adpsh/refusal.h"
+#include "tools/adpsh/show.h"
+#include "tools/adpsh/suggest.h"
+#include "tools/adpsh/table.h"
+
+#include <adp/adp.h>
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstring>
+
+namespace adpsh {
+
+namespace {
+
+constexpr std::size_t kMaxRows = 65536;
+// Longer tables leave out the rows that are all zero.
+constexpr std::size_t kShortTable = 32;
+constexpr std::size_t kMaxNodes = 65536;
+
+/** Where a table stands and how long it is: tables behind a pointer have a row for every row of the port map. */
+struct Extent {
+    const std::uint8_t *begin;
+    std::size_t rows;
+};
+
+Extent extent_of(const Table &table) {
+    if (!table.is_pointer) {
+        return {static_cast<const std::uint8_t *>(table.address), table.rows};
+    }
+    const std::uint8_t *begin = nullptr;
+    std::memcpy(&begin, table.address, sizeof begin);
+    return {begin, std::min<std::size_t>(std::size_t{adp_max_phy_port_num} + 1, kMaxRows)};
+}
+
+bool is_list_head(const Table &table) {
+    return table.type.record != nullptr && table.type.size == sizeof(adp_list_link_t) &&
+           std::string_view(table.type.record->name) == "adp_list_link_t";
+}
+
+std::size_t nodes_of(const Table &table) {
+    const auto *const head = static_cast<const adp_list_link_t *>(table.address);
+    std::size_t nodes = 0;
+    for (const adp_list_link_t *link = head->next; link != head && link != nullptr && nodes < kMaxNodes;
+         link = link->next) {
+        ++nodes;
+    }
+    return nodes;
+}
+
+std::string rows_text(const Table &table, const Extent &extent) {
+    const std::size_t size = table.type.size * table.columns;
+    std::string text;
+    std::size_t passed_over = 0;
+    for (std::size_t i = 0; i < extent.rows; ++i) {
+        const std::uint8_t *const row = extent.begin + i * size;
+        if (extent.rows > kShortTable && std::all_of(row, row + size, [](std::uint8_t byte) { return byte == 0; })) {
+            ++passed_over;
+            continue;
+        }
+        text += fmt::format("{}  [{}] {}", text.empty() ? "" : "\n", i, text_of(table.type, row, table.columns));
+    }
+    if (passed_over != 0) {
+        text += fmt::format("{}  ({} rows are 0)", text.empty() ? "" : "\n", passed_over);
+    }
+    return text;
+}
+
+std::string table_text(const Table &table, const Extent &extent) {
+    if (extent.begin == nullptr) {
+        return fmt::format("{} = null", table.name);
+    }
+    if (is_list_head(table)) {
+        return fmt::format("{} = a list of {}", table.name, nodes_of(table));
+    }
+    if (extent.rows == 1 && !table.is_pointer) {
+        return fmt::format("{} = {}", table.name, text_of(table.type, extent.begin, table.columns));
+    }
+    if (table.type.kind == Kind::kU8 && table.columns == 1) {
+        return fmt::format("{} = {}", table.name, hex_of(extent.begin, extent.rows));
+    }
+    return fmt::format("{}:\n{}", table.name, rows_text(table, extent));
+}
+
+Json table_json(const Table &table, const Extent &extent) {
+    if (extent.begin == nullptr) {
+        return nullptr;
+    }
+    if (is_list_head(table)) {
+        return nodes_of(table);
+    }
+    if (extent.rows == 1 && !table.is_pointer) {
+        return json_of(table.type, extent.begin, table.columns);
+    }
+    if (table.type.kind == Kind::kU8 && table.columns == 1) {
+        return hex_of(extent.begin, extent.rows);
+    }
+    Json rows = Json::array();
+    for (std::size_t i = 0; i < extent.rows; ++i) {
+        rows.push_back(json_of(table.type, extent.begin + i * table.type.size * table.columns, table.columns));
+    }
+    return rows;
+}
+
+Answer list_tables() {
+    Answer answer{"", {{"tables", Json::array()}}};
+    for (const Table &table : tables()) {
+        answer.text += std::string(answer.text.empty() ? "" : "\n") + table.name;
+        answer.object["tables"].push_back(table.name);
+    }
+    return answer;
+}
+
+}  // namespace
+
+Answer run_show(Session &, const Command &command) {
+    const std::vector<std::string> words = words_of(command, 1);
+    if (words.empty()) {
+        return list_tables();
+    }
+    const Table *const table = find_table(words[0]);
+    if (table == nullptr) {
+        std::vector<std::string_view> names;
+        for (const Table &each : tables()) {
+            names.emplace_back(each.name);
+        }
+        throw Refusal("there is no table '" + words[0] + "'" + did_you_mean(words[0], names));
+    }
+    if (table->address == nullptr) {
+        throw Refusal("the library that is loaded does not have " + words[0]);
+    }
+    const Extent extent = extent_of(*table);
+    return {table_text(*table, extent), {{"show", table->name}, {"value", table_json(*table, extent)}}};
+}
+
+}  // namespace adpsh

@@ -1,0 +1,78 @@
+// What a rule of the field processor does with the frames that meet it. docs/virtual-device.md shows the same rows; a
+// test compares the two.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+#include "vdevice/chip/fields/field.h"
+#include "vdevice/chip/frame/port_set.h"
+#include "vdevice/chip/frame/status.h"
+
+namespace vdevice::chip {
+
+enum class ActionKind : std::uint8_t {
+    kDscp,
+    kPriority,
+    kRedirect,
+    kMeter,
+    kPermit,
+    kDrop,
+    kCopyToCpu,
+    kToCpu,
+    kVlan,
+    kCounter,
+    kMirror,
+    kCount,
+};
+
+constexpr std::size_t kActionKinds = static_cast<std::size_t>(ActionKind::kCount);
+
+struct Action {
+    std::uint32_t code = 0;
+    ActionKind kind = ActionKind::kPermit;
+    std::uint32_t value = 0; /**< the new DSCP, priority or VLAN, or which meter, counter or mirror session */
+    PortSet ports;           /**< of a redirection */
+
+    friend bool operator==(const Action &, const Action &) = default;
+};
+
+/** An action's parameters as the driver gets them: the first words of the one, the first word of the other. */
+struct ActionParameters {
+    FieldWords words{};
+    std::uint32_t second = 0;
+};
+
+struct ActionInfo {
+    std::uint32_t code;
+    ActionKind kind;
+    const char *name;
+    /** Puts the parameters into the action, or refuses them. */
+    Status (*take)(const ActionParameters &parameters, Action &action);
+};
+
+std::span<const ActionInfo> action_table();
+
+/** The name in the action's row. */
+const char *name(const Action &action);
+
+/** Makes the action, or refuses a code that there is not, and parameters out of range. */
+Status make_action(std::uint32_t code, const ActionParameters &parameters, Action &action);
+
+/** The actions that are carried out on one frame: one of each kind, or null. */
+class ActionSet {
+  public:
+    /** An action whose kind is there already comes too late. */
+    void add(const Action &action) {
+        const Action *&slot = actions_[static_cast<std::size_t>(action.kind)];
+        slot = slot == nullptr ? &action : slot;
+    }
+    const Action *find(ActionKind kind) const { return actions_[static_cast<std::size_t>(kind)]; }
+
+  private:
+    std::array<const Action *, kActionKinds> actions_{};
+};
+
+}  // namespace vdevice::chip

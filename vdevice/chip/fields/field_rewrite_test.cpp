@@ -1,0 +1,96 @@
+// What rules rewrite in frames: DSCP, priority, VLAN.
+#include <gtest/gtest.h>
+
+#include "vdevice/chip/testing/field_fixture.h"
+
+namespace vdevice::chip {
+namespace {
+
+using namespace std::chrono_literals;
+using namespace test;
+
+class FieldRewrite : public FieldRulesTest {};
+
+TEST_F(FieldRewrite, DscpOfIpv4IsRewrittenAndItsChecksumCorrected) {
+    rule({{kSetDscp, 46}});
+    for (const unsigned tos : {0U, 0xFFU, 0x13U}) {
+        Ipv4 packet{kUdp};
+        packet.tos = static_cast<std::uint8_t>(tos);
+        packet.options = Octets(4, 1);
+        Ipv4 wanted = packet;
+        wanted.tos = static_cast<std::uint8_t>(46U << 2 | (tos & 3));
+        EXPECT_EQ(received(kAddresses + ipv4(packet, kDatagram)), kAddresses + ipv4(wanted, kDatagram)) << tos;
+        const Octets header = received(kAddresses + ipv4(packet, kDatagram));
+        EXPECT_EQ(test::ones_sum(Bytes{header}.subspan(kHeaderBytes, kIpv4Bytes + 4)), 0xFFFF);
+    }
+}
+
+TEST_F(FieldRewrite, EveryDscpComesOutWithAGoodChecksum) {
+    ASSERT_EQ(table().create(3, 768), Status::kOk);
+    for (std::uint32_t dscp = 0; dscp < 64; ++dscp) {
+        add_actions(768, {{kSetDscp, dscp}});
+        Ipv4 packet{kUdp};
+        packet.source = test::octets32(dscp * 0x1234567);
+        Ipv4 wanted = packet;
+        wanted.tos = static_cast<std::uint8_t>(dscp << 2);
+        ASSERT_EQ(received(kAddresses + ipv4(packet, kDatagram)), kAddresses + ipv4(wanted, kDatagram)) << dscp;
+    }
+}
+
+TEST_F(FieldRewrite, AWrongChecksumStaysWrong) {
+    rule({{kSetDscp, 46}});
+    Octets frame = kAddresses + ipv4({kUdp}, kDatagram);
+    frame[kHeaderBytes + kIpv4ChecksumAt] ^= 0x40;
+    const Octets out = received(frame);
+    EXPECT_NE(test::ones_sum(Bytes{out}.subspan(kHeaderBytes, kIpv4Bytes)), 0xFFFF);
+}
+
+TEST_F(FieldRewrite, DscpOfIpv6IsRewritten) {
+    rule({{kSetDscp, 46}});
+    Ipv6 packet{kUdp};
+    packet.traffic_class = 0x13;
+    Ipv6 wanted = packet;
+    wanted.traffic_class = 46 << 2 | 3;
+    EXPECT_EQ(received(kAddresses + ipv6(packet, kDatagram)), kAddresses + ipv6(wanted, kDatagram));
+}
+
+TEST_F(FieldRewrite, DscpIsFoundBehindTagsAndOnlyWhereThereIsOne) {
+    rule({{kSetDscp, 46}});
+    tag_vlan_1();
+    Ipv4 wanted{kUdp};
+    wanted.tos = 46 << 2;
+    const Octets tags = test::vlan_tag(0x2001) + test::octets16(0x88A8) + test::octets16(7);
+    EXPECT_EQ(received(kAddresses + tags + ipv4({kUdp}, kDatagram)), kAddresses + tags + ipv4(wanted, kDatagram));
+    const Octets arp = kAddresses + test::vlan_tag(1) + test::octets16(0x0806) + Octets(46, 0);
+    EXPECT_EQ(received(arp), arp);
+    const Octets cut = kAddresses + test::vlan_tag(1) + test::octets16(0x0800) + Octets{0x45, 0};
+    EXPECT_EQ(received(cut), cut);
+}
+
+TEST_F(FieldRewrite, PriorityIsThatOfTheTagsThatFollow) {
+    rule({{kSetPriority, 6}});
+    tag_vlan_1();
+    EXPECT_EQ(received(kFlooded), kAddresses + test::vlan_tag(0xC001) + kPayload);
+    EXPECT_EQ(received(kAddresses + test::vlan_tag(0x3001) + kPayload), kAddresses + test::vlan_tag(0xD001) + kPayload)
+        << "drop eligibility stays";
+    const auto sent = send(kA, kFlooded);
+    EXPECT_EQ(sent[0], (Sent{kCpu, kAddresses + test::receive_tag(kA) + test::vlan_tag(0xC001) + kPayload}));
+    EXPECT_EQ(send(kB, kFlooded).back().second, kAddresses + test::vlan_tag(1) + kPayload) << "others untouched";
+}
+
+TEST_F(FieldRewrite, ARuleChoosesTheVlan) {
+    rule({{kSetVlan, 100}});
+    EXPECT_TRUE(outputs(kA, kFlooded).empty());
+    EXPECT_EQ(dropped(kA, Drop::kVlanMissing), 1U);
+    ASSERT_EQ(chip_.vlans().create({100, 100}), Status::kOk);
+    ASSERT_EQ(chip_.vlans().set_ports(100, PortSet::of(kB), PortSet{}), Status::kOk);
+    EXPECT_TRUE(outputs(kA, kFlooded).empty());
+    EXPECT_EQ(dropped(kA, Drop::kNotMember), 1U);
+    ASSERT_EQ(chip_.vlans().set_ports(100, PortSet::of(kA).add(kB), PortSet{}), Status::kOk);
+    EXPECT_EQ(send(kA, kAddresses + test::vlan_tag(0x6001) + kPayload),
+              (std::vector<Sent>{{kB, kAddresses + test::vlan_tag(0x6064) + kPayload}}));
+    EXPECT_NE(chip_.macs().find(Mac{0x020000000001}, 100), nullptr) << "learned there";
+}
+
+}  // namespace
+}  // namespace vdevice::chip

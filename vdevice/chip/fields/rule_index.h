@@ -1,0 +1,62 @@
+// Lists of rules that are searched without looking at each: rules that ask for the same bits of the same fields have
+// one shape, and in a shape a hash of these bits leads to the rules that a frame can meet. So a search costs a look-up
+// for each shape, of which there are few, however many rules there are.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <vector>
+
+#include "vdevice/chip/fields/field_key.h"
+#include "vdevice/chip/fields/rule_terms.h"
+
+namespace vdevice::chip {
+
+class RuleIndex {
+  public:
+    static constexpr std::size_t kLists = 9;
+    static constexpr std::uint32_t kNone = ~std::uint32_t{0};
+
+    /** Of each list an entry, or kNone. */
+    using Entries = std::array<std::uint32_t, kLists>;
+
+    void clear();
+    /** Adds a rule to a list, behind all others. */
+    void add(std::size_t list, std::uint32_t entry, const RuleTerms &terms);
+
+    /** The first rule of each list, in the order of adding, that the frame meets. */
+    Entries find(const FieldKey &key) const;
+
+  private:
+    struct Rule {
+        std::size_t list;
+        std::uint32_t entry;
+        std::uint32_t hash;
+        PortSet ports;
+        std::vector<std::uint32_t> data; /**< for each word of the shape */
+    };
+
+    struct Mask {
+        std::uint32_t word;
+        std::uint32_t mask;
+    };
+
+    /** The rules stand in slots by their hashes, those of equal hashes in the order of adding. */
+    struct Shape {
+        std::uint32_t present;
+        std::vector<Mask> masks;
+        std::vector<std::uint32_t> rules;
+        std::vector<std::uint32_t> slots;
+    };
+
+    Shape &shape_of(const RuleTerms &terms);
+    void grow(Shape &shape) const;
+    void put(Shape &shape, std::uint32_t rule) const;
+    bool hides(const Rule &earlier, const Rule &later) const;
+    void find_in(const Shape &shape, const FieldKey &key, Entries &first) const;
+
+    std::vector<Rule> rules_;
+    std::vector<Shape> shapes_;
+};
+
+}  // namespace vdevice::chip

@@ -1,0 +1,27 @@
+// The number by which a trunk chooses a member for a frame. All frames of a flow give the same number, so a flow keeps
+// its member and its order.
+#pragma once
+
+#include <cstdint>
+
+#include "vdevice/chip/frame/frame.h"
+
+namespace vdevice::chip {
+
+/** Which end of a flow the hash looks at. */
+struct HashSides {
+    bool source = true;
+    bool destination = true;
+};
+
+/** What the hash looks at in a frame. */
+enum class HashLayer : std::uint8_t {
+    kMac, /**< the addresses of the Ethernet header */
+    kIp,  /**< of IP packets the addresses and, where there are some, the TCP or UDP ports; of others the MAC addresses
+           */
+};
+
+/** The VLAN always takes part. */
+std::uint32_t flow_hash(const Header &header, Vid vid, HashLayer layer, HashSides sides);
+
+}  // namespace vdevice::chip

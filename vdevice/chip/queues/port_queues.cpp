@@ -1,0 +1,92 @@
+#include "vdevice/chip/queues/port_queues.h"
+
+#include <utility>
+
+namespace vdevice::chip {
+
+void PortQueues::count(std::size_t queue, std::size_t octets) {
+    QueueCounters &counters = queues_[queue].counters;
+    ++counters.frames;
+    counters.octets += octets;
+}
+
+void PortQueues::put(Time now, std::size_t queue, const Frame &frame, Dispatch dispatch) {
+    Queue &place = queues_[queue];
+    std::vector<std::uint8_t> octets(frame.size());
+    frame.copy_to(octets.data());
+    place.octets += octets.size();
+    place.frames.push_back({std::move(octets), dispatch});
+    if (place.frames.size() == 1) {
+        update_departure(now);
+    }
+}
+
+// The frame is chosen and charged at its own time, however late it is taken. So neither the rate nor the shares depend
+// on how punctual the caller is.
+QueuedFrame PortQueues::take() {
+    const Time now = *departure_;
+    const std::size_t number = scheduler_.next(heads());
+    Queue &queue = queues_[number];
+    QueuedFrame frame = std::move(queue.frames.front());
+    queue.frames.pop_front();
+    queue.octets -= frame.octets.size();
+    if (shaper_) {
+        shaper_->charge(frame.octets.size() + kCheckSequenceBytes, now);
+    }
+    count(number, frame.octets.size());
+    update_departure(now);
+    return frame;
+}
+
+std::size_t PortQueues::flush() {
+    std::size_t octets = 0;
+    for (Queue &queue : queues_) {
+        octets += std::exchange(queue.octets, 0);
+        queue.counters.flushed += queue.frames.size();
+        queue.frames.clear();
+    }
+    departure_.reset();
+    return octets;
+}
+
+void PortQueues::set_shaper(Time now, const RateLimit &limit) {
+    if (limit.rate == 0) {
+        shaper_.reset();
+    } else if (shaper_) {
+        shaper_->set_limit(limit, now);
+    } else {
+        shaper_.emplace(Counting::kOctets, limit, now);
+    }
+    update_departure(now);
+}
+
+void PortQueues::set_scheduler(Time now, const SchedulerSettings &settings) {
+    scheduler_.set(settings);
+    update_departure(now);
+}
+
+QueueHeads PortQueues::heads() const {
+    QueueHeads heads{};
+    for (std::size_t number = 0; number < kQueues; ++number) {
+        const Queue &queue = queues_[number];
+        if (!queue.frames.empty()) {
+            heads[number] = queue.frames.front().octets.size() + kCheckSequenceBytes;
+        }
+    }
+    return heads;
+}
+
+/** Which frame it will be may change until then: a copy of the scheduler is asked. */
+void PortQueues::update_departure(Time now) {
+    const QueueHeads firsts = heads();
+    if (firsts == QueueHeads{}) {
+        departure_.reset();
+    } else if (!shaper_) {
+        departure_ = now;
+    } else {
+        Scheduler scheduler = scheduler_;
+        departure_ = std::max(now, shaper_->ready_at(firsts[scheduler.next(firsts)]));
+    }
+}
+
+}  // namespace vdevice::chip

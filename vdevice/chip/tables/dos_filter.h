@@ -1,0 +1,14 @@
+// Frames that no honest host sends: the classic denial-of-service and port-scan patterns.
+#pragma once
+
+#include <optional>
+
+#include "vdevice/chip/frame/frame.h"
+#include "vdevice/chip/tables/port.h"
+
+namespace vdevice::chip {
+
+/** The reason to drop the frame, or nothing if it looks honest. One VLAN tag at most is looked behind. */
+std::optional<Drop> find_attack(const Header &header);
+
+}  // namespace vdevice::chip

@@ -1,0 +1,69 @@
+// The chip's general-purpose pins: one bit per pin in each of three registers.
+#pragma once
+
+#include <cstdint>
+
+#include "vdevice/chip/frame/status.h"
+
+namespace vdevice::chip {
+
+class Gpio {
+  public:
+    static constexpr unsigned kPins = 32;
+    static constexpr std::uint32_t kInputAt = 0x2000;
+    static constexpr std::uint32_t kOutputAt = 0x2004;
+    static constexpr std::uint32_t kDirectionAt = 0x2008;
+
+    /** What software reads and writes by a register's address. */
+    Status read(std::uint32_t address, std::uint32_t &value) const {
+        switch (address) {
+            case kInputAt:
+                value = input_;
+                return Status::kOk;
+            case kOutputAt:
+                value = output_;
+                return Status::kOk;
+            case kDirectionAt:
+                value = direction_;
+                return Status::kOk;
+            default:
+                return Status::kRegisterMissing;
+        }
+    }
+
+    Status write(std::uint32_t address, std::uint32_t value) {
+        switch (address) {
+            case kInputAt:
+                return Status::kRegisterReadOnly;
+            case kOutputAt:
+                output_ = value;
+                return Status::kOk;
+            case kDirectionAt:
+                direction_ = value;
+                return Status::kOk;
+            default:
+                return Status::kRegisterMissing;
+        }
+    }
+
+    std::uint32_t input() const { return input_; }
+    std::uint32_t output() const { return output_; }
+    std::uint32_t direction() const { return direction_; }
+
+    /** What the board does to a pin, whatever its direction. */
+    Status drive(std::int64_t pin, bool level) {
+        if (pin < 0 || pin >= static_cast<std::int64_t>(kPins)) {
+            return Status::kBadArgument;
+        }
+        const std::uint32_t bit = std::uint32_t{1} << static_cast<unsigned>(pin);
+        input_ = level ? input_ | bit : input_ & ~bit;
+        return Status::kOk;
+    }
+
+  private:
+    std::uint32_t input_ = 0;
+    std::uint32_t output_ = 0;
+    std::uint32_t direction_ = 0;
+};
+
+}  // namespace vdevice::chip

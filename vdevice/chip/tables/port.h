@@ -1,0 +1,120 @@
+// One port of the chip: its state, its settings and its counters.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#include "vdevice/chip/frame/frame.h"
+#include "vdevice/chip/frame/port_set.h"
+#include "vdevice/chip/rates/limiter.h"
+#include "vdevice/chip/rates/storm_control.h"
+#include "vdevice/chip/tables/group_rules.h"
+#include "vdevice/chip/tables/learn_mode.h"
+#include "vdevice/chip/tables/phy.h"
+#include "vdevice/chip/tables/port_priorities.h"
+#include "vdevice/chip/tables/port_tags.h"
+#include "vdevice/chip/tables/violations.h"
+
+namespace vdevice::chip {
+
+/** Why a frame was not forwarded. Counted on the port that it came in on. */
+enum class Drop : std::uint8_t {
+    kPortDown,          /**< came in on a port that is disabled or has no link */
+    kRunt,              /**< no whole Ethernet header */
+    kOversize,          /**< longer than the port takes */
+    kVlanMissing,       /**< its VLAN does not exist */
+    kNotMember,         /**< the ingress port is not a member of its VLAN */
+    kSamePort,          /**< its destination is behind the port it came in on */
+    kEgressNotMember,   /**< its destination's port is not a member of its VLAN */
+    kEgressDown,        /**< its destination's port is disabled or has no link */
+    kNoDestination,     /**< flooded or redirected, but no other such port is up */
+    kNoSwitchTag,       /**< from the CPU without a whole switch tag */
+    kBadOpcode,         /**< from the CPU with an opcode that means nothing */
+    kDirectedToCpu,     /**< from the CPU, directed to the CPU port itself */
+    kDirectedToUnknown, /**< from the CPU, directed to a port that the chip does not have */
+    kUnknownSource,     /**< from an address that the port's learning mode does not let pass */
+    kIsolated,          /**< its destination's port is not in the ingress port's egress set */
+    kRule,              /**< by a rule of the field processor, or because the port's frames must meet one */
+    kMeter,             /**< over the rate of a rule's meter */
+    kLoopback,          /**< from the wire of a port in loopback, or looped back too often */
+    kFiltered,          /**< from or to an address that is filtered */
+    kLearnLimit,        /**< from an address that a limit does not let be learned */
+    kUnknownGroup,      /**< to an IP multicast group without an entry */
+    kDosSameMac,        /**< its source address is its destination address */
+    kDosLand,           /**< an IP packet from its own destination */
+    kDosNullScan,       /**< a TCP segment without a flag */
+    kDosSynFin,         /**< a TCP segment that opens and closes at once */
+    kDosXmasScan,       /**< a TCP segment with FIN, PSH and URG alone */
+    kDosFragment,       /**< a TCP fragment made to hide the segment's flags */
+    kStpBlocked,        /**< the port does not forward in the spanning-tree group of its VLAN */
+    kStpEgress,         /**< its destination's port does not forward in that group */
+    kPoliced,           /**< over the port's ingress limit */
+    kStorm,             /**< over one of the port's storm limits */
+    kCount,
+};
+
+constexpr std::size_t kDropReasons = static_cast<std::size_t>(Drop::kCount);
+
+/** The reason as a short word for tables and logs. */
+const char *name(Drop reason);
+
+/** How many stations a frame's destination address means. */
+enum class Cast : std::uint8_t { kUnicast, kMulticast, kBroadcast, kCount };
+
+constexpr std::size_t kCasts = static_cast<std::size_t>(Cast::kCount);
+
+constexpr Cast cast_of(Mac destination) {
+    if (destination.is_broadcast()) {
+        return Cast::kBroadcast;
+    }
+    return destination.is_group() ? Cast::kMulticast : Cast::kUnicast;
+}
+
+/** Egress queues of a port. */
+constexpr std::uint32_t kQueues = 8;
+
+/** Frames and octets as they stand on the wire, without the frame check sequence. */
+struct PortCounters {
+    std::uint64_t rx_frames = 0;
+    std::uint64_t rx_octets = 0;
+    std::uint64_t tx_frames = 0;
+    std::uint64_t tx_octets = 0;
+    std::uint64_t tx_too_long = 0; /**< frames that should have left here but are longer than the port takes */
+    std::array<std::uint64_t, kCasts> rx_casts{};
+    std::array<std::uint64_t, kCasts> tx_casts{};
+    std::array<std::uint64_t, kDropReasons> drops{};
+
+    std::uint64_t dropped(Drop reason) const { return drops[static_cast<std::size_t>(reason)]; }
+};
+
+struct Port {
+    static constexpr std::uint32_t kLoopbackModes = 3; /**< none, in the port's MAC, at its line side */
+    static constexpr std::size_t kVlanControls = 32;
+
+    bool enabled = true;        /**< administrative state */
+    bool link = false;          /**< the far end is there, whatever the administrative state */
+    bool cable = false;         /**< a cable is plugged in */
+    std::uint32_t loopback = 0; /**< not 0: what would leave comes in again */
+    bool jumbo = true;          /**< takes and sends frames of more than kMaxPlainFrameBytes */
+    bool eee = false;           /**< energy-efficient Ethernet */
+    Phy phy;
+    LearnMode learning = kNormalLearning;
+    PortSet egress = PortSet::all();     /**< where frames from this port may go */
+    Vid pvid = kMinVid;                  /**< VLAN of untagged and priority-tagged frames */
+    std::uint32_t untagged_priority = 0; /**< the port's own: of untagged frames, and of all that it does not trust */
+    Trust trust = Trust::kDot1p;
+    PriorityRemap remap;
+    PortTags tags;
+    std::array<std::int32_t, kVlanControls> vlan_controls{};
+    PortGroupRules groups;
+    Limiter policer; /**< of all that the port lets in */
+    PortStorm storm;
+    Violations violations;
+    PortCounters counters;
+
+    bool is_up() const { return enabled && (link || loopback != 0); }
+    std::size_t longest_frame() const { return jumbo ? kMaxFrameBytes : kMaxPlainFrameBytes; }
+};
+
+}  // namespace vdevice::chip

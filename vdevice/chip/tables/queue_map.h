@@ -1,0 +1,70 @@
+// Which egress queue a priority goes to: one map for the chip, and on single ports rows of their own.
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+
+#include "vdevice/chip/frame/chip_ports.h"
+#include "vdevice/chip/frame/status.h"
+#include "vdevice/chip/tables/port.h"
+
+namespace vdevice::chip {
+
+class QueueMap {
+  public:
+    /** How many queues there are. Rows that name a queue beyond the last one go to the last one. */
+    std::uint32_t queues() const { return queues_; }
+    Status set_queues(std::uint32_t queues) {
+        if (queues == 0 || queues > kQueues) {
+            return Status::kQueueRange;
+        }
+        queues_ = queues;
+        return Status::kOk;
+    }
+
+    /** The chip's own row; the priority must be one of 0 to 7. */
+    std::uint32_t queue_of(std::uint32_t priority) const { return std::min(rows_[priority], queues_ - 1); }
+    /** What holds on a port; it must exist. */
+    std::uint32_t queue_of(int port, std::uint32_t priority) const {
+        const std::optional<std::uint8_t> own = own_[static_cast<std::size_t>(port)][priority];
+        return own ? std::min<std::uint32_t>(*own, queues_ - 1) : queue_of(priority);
+    }
+
+    Status set(std::uint32_t priority, std::uint32_t queue) {
+        const Status status = check(priority, queue);
+        if (status == Status::kOk) {
+            rows_[priority] = queue;
+        }
+        return status;
+    }
+    /** From now on the port's row goes before the chip's. The port must exist. */
+    Status set(int port, std::uint32_t priority, std::uint32_t queue) {
+        const Status status = check(priority, queue);
+        if (status == Status::kOk) {
+            own_[static_cast<std::size_t>(port)][priority] = static_cast<std::uint8_t>(queue);
+        }
+        return status;
+    }
+    /** The chip's row holds on the port again. Both must exist. */
+    void clear(int port, std::uint32_t priority) { own_[static_cast<std::size_t>(port)][priority].reset(); }
+    bool has_own(int port, std::uint32_t priority) const {
+        return own_[static_cast<std::size_t>(port)][priority].has_value();
+    }
+
+  private:
+    Status check(std::uint32_t priority, std::uint32_t queue) const {
+        if (priority >= kPriorities) {
+            return Status::kBadArgument;
+        }
+        return queue < queues_ ? Status::kOk : Status::kQueueRange;
+    }
+
+    std::uint32_t queues_ = kQueues;
+    std::array<std::uint32_t, kPriorities> rows_{0, 1, 2, 3, 4, 5, 6, 7};
+    std::array<std::array<std::optional<std::uint8_t>, kPriorities>, kChipPorts> own_{};
+};
+
+}  // namespace vdevice::chip

@@ -1,0 +1,31 @@
+// From the tags of a frame on the wire to its VLAN and priority in the chip, and back: tag protocol identifiers, double
+// tags, VLANs by subnet and translation.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "vdevice/chip/tables/port.h"
+#include "vdevice/chip/tables/subnet_table.h"
+#include "vdevice/chip/tables/vid_map.h"
+
+namespace vdevice::chip {
+
+/** What a port reads of a frame. A customer's tags are not taken for the chip's own. */
+std::optional<Header> read_header(const PortTags &tags, const Frame &frame);
+
+struct TagRules {
+    explicit TagRules(const ChipPorts &ports) : ingress{ports}, egress{ports}, double_tags{ports}, subnets{ports} {}
+
+    /** The VLAN and priority of a frame that came in on the port, with these settings. */
+    std::uint16_t classify(int port, const Port &settings, const Header &header) const;
+    /** The tag's control information as the port sends it. */
+    std::uint16_t on_egress(int port, std::uint16_t tci) const;
+
+    VidMap ingress;
+    VidMap egress;
+    VidMap double_tags; /**< service VLANs by the customer's VLAN */
+    SubnetTable subnets;
+};
+
+}  // namespace vdevice::chip

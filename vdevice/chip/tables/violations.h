@@ -1,0 +1,33 @@
+// The addresses that a port was not let learn because of a limit. Each is remembered once, up to a bound: a flood of
+// made-up addresses must not take up more than that.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <set>
+#include <utility>
+
+#include "vdevice/chip/frame/frame.h"
+
+namespace vdevice::chip {
+
+class Violations {
+  public:
+    static constexpr std::size_t kMaxRemembered = 1024;
+
+    void remember(Mac mac, Vid vid) {
+        if (addresses_.size() < kMaxRemembered) {
+            addresses_.emplace(vid, mac);
+        }
+    }
+
+    void forget() { addresses_.clear(); }
+    std::uint32_t count() const { return static_cast<std::uint32_t>(addresses_.size()); }
+    /** Ordered by VLAN and address. */
+    const std::set<std::pair<Vid, Mac>> &addresses() const { return addresses_; }
+
+  private:
+    std::set<std::pair<Vid, Mac>> addresses_;
+};
+
+}  // namespace vdevice::chip

@@ -1,0 +1,54 @@
+#include "vdevice/daemon/extra.h"
+
+#include <array>
+#include <vector>
+
+#include "vdevice/remote/vdev_linkscan.h"
+
+namespace vdevice {
+namespace {
+
+using remote::Extra;
+
+std::uint32_t fault_of(const chip::Port &port) {
+    if (port.is_up()) {
+        return VDEV_FAULT_NONE;
+    }
+    if (!port.enabled) {
+        return VDEV_FAULT_DISABLED;
+    }
+    return port.cable ? VDEV_FAULT_NO_SIGNAL : VDEV_FAULT_NO_CABLE;
+}
+
+void publish(remote::Server &server, const Device &device, int chip_port) {
+    const chip::Port &port = device.chip().port(chip_port);
+    std::array<std::uint32_t, remote::kLinkChangeWords> words{};
+    words[remote::kLinkChangePort] = static_cast<std::uint32_t>(chip_port);
+    words[remote::kLinkChangeInfo + VDEV_LINKSCAN_SPEED] = port.phy.speed();
+    words[remote::kLinkChangeInfo + VDEV_LINKSCAN_DUPLEX] = port.phy.full_duplex() ? 1 : 0;
+    words[remote::kLinkChangeInfo + VDEV_LINKSCAN_FAULT] = fault_of(port);
+    words[remote::kLinkChangeInfo + VDEV_LINKSCAN_LINK] = port.is_up() ? 1 : 0;
+    server.publish_link_change(words);
+}
+
+std::int32_t take_event(driver::EventQueue &events, std::span<const std::uint32_t> words,
+                        std::vector<std::uint32_t> &answer) {
+    const auto event = words.empty() ? std::nullopt : events.take(words.front());
+    if (!event) {
+        return 0;
+    }
+    answer.assign(event->words.begin(), event->words.end());
+    answer.insert(answer.end(), event->record.begin(), event->record.end());
+    return 1;
+}
+
+}  // namespace
+
+void serve_extra(remote::Server &server, Device &device) {
+    device.set_link_listener([&](int port) { publish(server, device, port); });
+    server.set_extra_handler([&](Extra, std::span<const std::uint32_t> words, std::vector<std::uint32_t> &answer) {
+        return take_event(device.driver().events(), words, answer);
+    });
+}
+
+}  // namespace vdevice

@@ -1,0 +1,88 @@
+// The virtual device: the chip, its driver and the wires, driven by the event loop.
+#pragma once
+
+#include <array>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "vdevice/chip/switch.h"
+#include "vdevice/device/wire.h"
+#include "vdevice/driver/driver.h"
+#include "vdevice/io/event_loop.h"
+#include "vdevice/io/interfaces.h"
+#include "vdevice/io/link_monitor.h"
+
+namespace vdevice {
+
+class Device final : private chip::Sink {
+  public:
+    /**
+     * Opens the interfaces "port1", "port2" ... and "cpu0", after making them and their peers "host1", "host2" ...
+     * and "eth0" if asked to. Throws an io::Error if that fails. The loop must outlive the device.
+     */
+    Device(io::EventLoop &loop, driver::Board board, bool create_interfaces);
+
+    const chip::Switch &chip() const { return chip_; }
+    driver::Driver &driver() { return driver_; }
+    const driver::Driver &driver() const { return driver_; }
+    const driver::Board &board() const { return driver_.board(); }
+
+    /** The wire of a chip port, or null. */
+    const Wire *wire(int chip_port) const;
+
+    /** Takes a user port's cable out, or puts it back in: the host at its other end sees its carrier go and come. */
+    void pull(int user_port);
+    void plug(int user_port);
+
+    /** The board's hand on one of the chip's input pins. */
+    chip::Status drive_pin(std::int64_t pin, bool level) { return chip_.gpio().drive(pin, level); }
+
+    chip::Time now() const;
+    /** Lets the queued frames leave that are due, even if the timer has not been heard yet. */
+    void catch_up();
+
+    /** Hears of each port whose link status changes, whether by its cable, its host or its administrative state. */
+    void set_link_listener(std::function<void(int chip_port)> listener) { link_listener_ = std::move(listener); }
+
+  private:
+    void create_cables();
+    void add_wire(int chip_port, const std::string &interface_name);
+    void open_wire(Wire &wire);
+    void close_wire(Wire &wire);
+    void receive_from(Wire &wire);
+    void on_link_change(const io::LinkChange &change);
+    void set_link(Wire &wire, bool link);
+    void set_cable(const Wire &wire, bool cable);
+    void apply_carrier(Wire &wire);
+    void announce_link(int port);
+    void note(const Wire &wire, const std::string &what);
+    void start_clock();
+    void start_departures();
+    void arm_departure();
+
+    void transmit(int port, const chip::Frame &frame) override;
+    void port_changed(int port) override;
+    void departure_changed() override { arm_departure(); }
+    void flush_queues();
+    template <typename Work>
+    void send_together(Work work);
+
+    io::EventLoop &loop_;
+    std::chrono::steady_clock::time_point started_ = std::chrono::steady_clock::now();
+    chip::PortSet announced_up_; /**< ports whose link was told to be up */
+    std::function<void(int)> link_listener_;
+    chip::Switch chip_;
+    driver::Driver driver_;
+    std::optional<io::Cables> created_cables_;
+    std::array<std::unique_ptr<Wire>, chip::Switch::kPorts> wires_;
+    std::vector<Wire *> waiting_; /**< wires with queued frames */
+    bool is_batching_ = false;    /**< frames are collected to be sent together in the end */
+    io::ReceiveBatch batch_;
+    io::UniqueFd timer_;
+    io::UniqueFd departure_timer_;
+    std::optional<io::LinkMonitor> monitor_;
+};
+
+}  // namespace vdevice
