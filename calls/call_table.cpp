@@ -32,8 +32,8 @@ std::optional<CallId> find_call(std::string_view name) {
     return static_cast<CallId>(found - table.begin());
 }
 
-std::optional<std::size_t> find_param(const Call &call, std::string_view name) {
-    for (std::size_t index = 0; index < call.params.size(); ++index) {
+std::optional<size_t> find_param(const Call &call, std::string_view name) {
+    for (size_t index = 0; index < call.params.size(); ++index) {
         if (call.params[index].name == name) {
             return index;
         }
@@ -41,7 +41,7 @@ std::optional<std::size_t> find_param(const Call &call, std::string_view name) {
     return std::nullopt;
 }
 
-std::size_t element_size(const Element &element) {
+size_t element_size(const Element &element) {
     switch (element.kind) {
         case Kind::U8:
         case Kind::Char:
@@ -65,15 +65,15 @@ const void *target(const Param &param, const void *argument) {
     return param.is_pointer() ? *static_cast<const void *const *>(argument) : argument;
 }
 
-std::size_t extent(const Call &call, std::size_t index, const void *const *arguments) {
+size_t extent(const Call &call, size_t index, const void *const *arguments) {
     const Param &param = call.params[index];
     if (param.counted_by == kNotCounted) {
         return param.extent;
     }
-    const auto counter = static_cast<std::size_t>(param.counted_by);
+    const auto counter = static_cast<size_t>(param.counted_by);
     const void *number = target(call.params[counter], arguments[counter]);
     const int64_t count = number == nullptr ? 0 : load(call.params[counter].element.kind, number);
-    return count < 0 ? 0 : static_cast<std::size_t>(count);
+    return count < 0 ? 0 : static_cast<size_t>(count);
 }
 
 bool is_event_message(const Call &call, const Param &param) {

@@ -4,8 +4,8 @@
  */
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
+#include <stddef.h>
+#include <stdint.h>
 #include <optional>
 #include <span>
 #include <string_view>
@@ -31,12 +31,12 @@ struct Field {
     const char *name;
     Element element;
     uint32_t count;
-    std::size_t offset;
+    size_t offset;
 };
 
 struct Struct {
     const char *name;
-    std::size_t size;
+    size_t size;
     std::span<const Field> fields;
 };
 
@@ -65,16 +65,16 @@ struct Call {
 std::span<const Call> calls();
 
 inline const Call &call(CallId id) {
-    return calls()[static_cast<std::size_t>(id)];
+    return calls()[static_cast<size_t>(id)];
 }
 
 std::optional<CallId> find_call(std::string_view name);
 
 /** Index of the parameter with this name. */
-std::optional<std::size_t> find_param(const Call &call, std::string_view name);
+std::optional<size_t> find_param(const Call &call, std::string_view name);
 
 /** Bytes that one element takes in this process's memory. */
-std::size_t element_size(const Element &element);
+size_t element_size(const Element &element);
 
 /**
  * The address that a pointer argument holds, or that of a value argument itself; @p argument is the argument's own
@@ -83,10 +83,10 @@ std::size_t element_size(const Element &element);
 const void *target(const Param &param, const void *argument);
 
 /** Elements behind parameter @p index in a call with these arguments; a negative count is none. */
-std::size_t extent(const Call &call, std::size_t index, const void *const *arguments);
+size_t extent(const Call &call, size_t index, const void *const *arguments);
 
 /** Numbers in the record that an event-queue message addresses with its last word; each has 16 bits. */
-inline constexpr std::size_t kEventRecordNumbers = 4;
+inline constexpr size_t kEventRecordNumbers = 4;
 
 /** True for the event-queue message: its last word is the address of a record that goes with it. */
 bool is_event_message(const Call &call, const Param &param);

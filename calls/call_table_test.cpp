@@ -13,11 +13,11 @@ using calls::Direction;
 using calls::Kind;
 
 TEST(CallTable, ListsEveryImportedFunctionInAlphabeticOrder) {
-    constexpr std::size_t kDriverCalls = 234;
-    constexpr std::size_t kServiceFunctions = 11;
+    constexpr size_t kDriverCalls = 234;
+    constexpr size_t kServiceFunctions = 11;
     const auto table = calls::calls();
     ASSERT_EQ(table.size(), kDriverCalls + kServiceFunctions);
-    for (std::size_t index = 1; index < table.size(); ++index) {
+    for (size_t index = 1; index < table.size(); ++index) {
         EXPECT_LT(std::strcmp(table[index - 1].name, table[index].name), 0) << table[index].name;
     }
 }
@@ -54,12 +54,12 @@ TEST(CallTable, KnowsTheLayoutOfAStructPassedByValue) {
 TEST(CallTable, TakesABlocksExtentFromTheParameterThatCountsIt) {
     bool seen = false;
     for (const auto &call : calls::calls()) {
-        for (std::size_t index = 0; index < call.params.size(); ++index) {
+        for (size_t index = 0; index < call.params.size(); ++index) {
             if (call.params[index].counted_by == calls::kNotCounted) {
                 continue;
             }
             seen = true;
-            const auto counter = static_cast<std::size_t>(call.params[index].counted_by);
+            const auto counter = static_cast<size_t>(call.params[index].counted_by);
             ASSERT_FALSE(call.params[counter].is_pointer()) << call.name;
             std::vector<const void *> arguments(call.params.size(), nullptr);
             for (const auto &[given, expected] : {std::pair(5, 5u), {0, 0u}, {-3, 0u}}) {

@@ -26,7 +26,7 @@ bool enabled = false;
 
 namespace {
 
-constexpr std::size_t kLogTextSize = 4096;
+constexpr size_t kLogTextSize = 4096;
 constexpr int32_t kNoSuchFunction = -1;
 
 std::mutex mutex;
@@ -41,7 +41,7 @@ void add(std::string line) {
 void *real_function(CallId id) {
     static std::array<void *, calls::kCallCount> functions{};
     const std::lock_guard guard(mutex);
-    void *&function = functions[static_cast<std::size_t>(id)];
+    void *&function = functions[static_cast<size_t>(id)];
     if (function == nullptr) {
         function = dlsym(RTLD_NEXT, calls::call(id).name);
         if (function == nullptr) {

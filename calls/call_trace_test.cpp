@@ -4,7 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "calls/call_trace_test_libraries.h"
+#include "calls/testing/libraries.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;

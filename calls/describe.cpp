@@ -8,15 +8,15 @@
 namespace calls {
 namespace {
 
-constexpr std::size_t kLongBlock = 16;  // longer blocks do not show their trailing zeros
-constexpr std::size_t kWordBits = 32;
+constexpr size_t kLongBlock = 16;  // longer blocks do not show their trailing zeros
+constexpr size_t kWordBits = 32;
 constexpr unsigned kNibbleBits = 4;
 constexpr unsigned kNibbleMask = 0xF;
 constexpr char kHexDigits[] = "0123456789abcdef";
 
 void append_element(std::string &text, const Element &element, const void *at);
 
-const uint8_t *byte_at(const void *base, std::size_t offset) {
+const uint8_t *byte_at(const void *base, size_t offset) {
     return static_cast<const uint8_t *>(base) + offset;
 }
 
@@ -37,10 +37,10 @@ void append_hex(std::string &text, uint8_t byte) {
     text += kHexDigits[byte & kNibbleMask];
 }
 
-void append_ports(std::string &text, const void *at, std::size_t words) {
+void append_ports(std::string &text, const void *at, size_t words) {
     text += '{';
     const char *separator = "";
-    for (std::size_t port = 0; port < words * kWordBits; ++port) {
+    for (size_t port = 0; port < words * kWordBits; ++port) {
         const auto word = static_cast<uint32_t>(load(Kind::U32, byte_at(at, port / kWordBits * sizeof(uint32_t))));
         if ((word >> (port % kWordBits) & 1u) != 0) {
             text += separator + std::to_string(port);
@@ -50,12 +50,12 @@ void append_ports(std::string &text, const void *at, std::size_t words) {
     text += '}';
 }
 
-bool is_zero(const void *at, std::size_t size) {
+bool is_zero(const void *at, size_t size) {
     return std::all_of(byte_at(at, 0), byte_at(at, size), [](uint8_t byte) { return byte == 0; });
 }
 
 /** Elements to show: all, or in a long block those up to the last that is not zero, but at least one. */
-std::size_t shown(const void *at, std::size_t count, std::size_t size) {
+size_t shown(const void *at, size_t count, size_t size) {
     if (count > kLongBlock) {
         while (count > 1 && is_zero(byte_at(at, (count - 1) * size), size)) {
             --count;
@@ -64,32 +64,32 @@ std::size_t shown(const void *at, std::size_t count, std::size_t size) {
     return count;
 }
 
-void append_bytes(std::string &text, const void *at, std::size_t count) {
-    const std::size_t visible = shown(at, count, 1);
-    for (std::size_t index = 0; index < visible; ++index) {
+void append_bytes(std::string &text, const void *at, size_t count) {
+    const size_t visible = shown(at, count, 1);
+    for (size_t index = 0; index < visible; ++index) {
         text += index == 0 ? "" : ":";
         append_hex(text, *byte_at(at, index));
     }
     text += visible < count ? ".." : "";
 }
 
-void append_array(std::string &text, const Element &element, const void *at, std::size_t count) {
-    const std::size_t size = element_size(element);
-    const std::size_t visible = shown(at, count, size);
+void append_array(std::string &text, const Element &element, const void *at, size_t count) {
+    const size_t size = element_size(element);
+    const size_t visible = shown(at, count, size);
     text += '[';
-    for (std::size_t index = 0; index < visible; ++index) {
+    for (size_t index = 0; index < visible; ++index) {
         text += index == 0 ? "" : ", ";
         append_element(text, element, byte_at(at, index * size));
     }
     text += visible < count ? ", ..]" : "]";
 }
 
-void append_chars(std::string &text, const void *at, std::size_t count) {
+void append_chars(std::string &text, const void *at, size_t count) {
     const auto *chars = static_cast<const char *>(at);
     text += quoted(std::string(chars, strnlen(chars, count)).c_str());
 }
 
-void append_block(std::string &text, const Element &element, const void *at, std::size_t count) {
+void append_block(std::string &text, const Element &element, const void *at, size_t count) {
     if (element.is_ports) {
         append_ports(text, at, count);
     } else if (element.kind == Kind::Char) {
@@ -131,7 +131,7 @@ void append_element(std::string &text, const Element &element, const void *at) {
  * An event-queue message ends with the address of a record of four 16-bit numbers. The record is shown, since an
  * address says nothing and differs with each run.
  */
-void append_message(std::string &text, const void *at, std::size_t words) {
+void append_message(std::string &text, const void *at, size_t words) {
     constexpr Element kWord{Kind::Word, false, nullptr};
     constexpr Element kRecord{Kind::U16, false, nullptr};
     const auto *message = static_cast<const uintptr_t *>(at);
@@ -144,7 +144,7 @@ void append_message(std::string &text, const void *at, std::size_t words) {
     }
 }
 
-void append_argument(std::string &text, const Call &call, std::size_t index, const void *const *arguments) {
+void append_argument(std::string &text, const Call &call, size_t index, const void *const *arguments) {
     const Param &param = call.params[index];
     const void *at = target(param, arguments[index]);
     text += std::string(param.name) + "=";
@@ -163,7 +163,7 @@ void append_argument(std::string &text, const Call &call, std::size_t index, con
 template <typename Choice>
 std::string join_arguments(const Call &call, const void *const *arguments, Choice is_chosen) {
     std::string text;
-    for (std::size_t index = 0; index < call.params.size(); ++index) {
+    for (size_t index = 0; index < call.params.size(); ++index) {
         if (is_chosen(call.params[index])) {
             text += text.empty() ? "" : ", ";
             append_argument(text, call, index, arguments);

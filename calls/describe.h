@@ -8,7 +8,7 @@
  */
 #pragma once
 
-#include <cstdint>
+#include <stdint.h>
 #include <string>
 
 #include "calls/call_table.h"

@@ -4,8 +4,8 @@
  */
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
+#include <stddef.h>
+#include <stdint.h>
 #include <type_traits>
 #include <utility>
 
@@ -27,7 +27,7 @@ int64_t result_of(F &&function) {
     }
 }
 
-template <auto Method, typename Object, typename R, typename... P, std::size_t... Index>
+template <auto Method, typename Object, typename R, typename... P, size_t... Index>
 int64_t invoke_method(Object &object, R (Object::*)(P...), [[maybe_unused]] const void *const *arguments,
                       std::index_sequence<Index...>) {
     return result_of([&]() -> R { return (object.*Method)(*static_cast<const P *>(arguments[Index])...); });
@@ -46,7 +46,7 @@ int64_t invoke(Object &object, const void *const *arguments) {
 template <typename Function>
 int64_t invoke_function(void *function, [[maybe_unused]] const void *const *arguments) {
     const auto unpack = [&]<typename R, typename... P>(R (*typed)(P...)) {
-        const auto call = [&]<std::size_t... Index>(std::index_sequence<Index...>) {
+        const auto call = [&]<size_t... Index>(std::index_sequence<Index...>) {
             return result_of([&]() -> R { return typed(*static_cast<const P *>(arguments[Index])...); });
         };
         return call(std::index_sequence_for<P...>{});

@@ -5,7 +5,7 @@
  */
 #pragma once
 
-#include <cstdint>
+#include <stdint.h>
 #include <type_traits>
 
 #include "generated/call_id.h"

@@ -87,7 +87,7 @@ int64_t answer(calls::CallId id, const void *const *arguments) {
     // The logger takes a format, which the caller's side has already made a text.
     return id == calls::CallId::Log_logging_func
                ? 0
-               : calls::call_function(instant_calls[static_cast<std::size_t>(id)], id, arguments);
+               : calls::call_function(instant_calls[static_cast<size_t>(id)], id, arguments);
 }
 
 void serve(vdevice::remote::Server &server, const Caller &caller) {

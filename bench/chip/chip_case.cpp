@@ -12,24 +12,24 @@ namespace {
 using namespace vdevice::chip;
 using namespace vdevice::chip::test;
 
-constexpr std::size_t kShort = 64;
-constexpr std::size_t kLong = 1514;
-constexpr std::size_t kFlows = 256;
-constexpr std::size_t kAddresses = 8000;
-constexpr std::size_t kRules = 900;
+constexpr size_t kShort = 64;
+constexpr size_t kLong = 1514;
+constexpr size_t kFlows = 256;
+constexpr size_t kAddresses = 8000;
+constexpr size_t kRules = 900;
 constexpr int kFloodPorts = 8;
 constexpr int kTrunk = 1;
-constexpr std::uint16_t kTagged = 0x6001;  // priority 3 in VLAN 1
-constexpr std::uint8_t kSourceSide = 1;
-constexpr std::uint8_t kDestinationSide = 2;
+constexpr uint16_t kTagged = 0x6001;  // priority 3 in VLAN 1
+constexpr uint8_t kSourceSide = 1;
+constexpr uint8_t kDestinationSide = 2;
 
 /** The station of a number on one side of the chip. */
-Octets station(std::uint8_t side, std::size_t number) {
+Octets station(uint8_t side, size_t number) {
     constexpr unsigned kByteBits = 8;
-    return {0x02, 0, side, 0, static_cast<std::uint8_t>(number >> kByteBits), static_cast<std::uint8_t>(number)};
+    return {0x02, 0, side, 0, static_cast<uint8_t>(number >> kByteBits), static_cast<uint8_t>(number)};
 }
 
-Octets datagram(std::size_t octets, const Octets &destination, const Octets &source, const Octets &tag = {}) {
+Octets datagram(size_t octets, const Octets &destination, const Octets &source, const Octets &tag = {}) {
     Octets frame =
         destination + source + tag + ipv4({kUdp}, octets16(1000) + octets16(2000) + Octets(kPortBytes * 2, 0));
     frame.resize(octets, 0);
@@ -37,31 +37,31 @@ Octets datagram(std::size_t octets, const Octets &destination, const Octets &sou
 }
 
 /** Stations behind kIn; the numbers are chosen so that none meets a full bucket in the chip's table. */
-Octets near_station(std::size_t flow) {
-    constexpr std::size_t kFirst = 100;
+Octets near_station(size_t flow) {
+    constexpr size_t kFirst = 100;
     return station(kSourceSide, kFirst + flow);
 }
 
-Octets far_station(std::size_t flow) {
+Octets far_station(size_t flow) {
     return station(kDestinationSide, flow);
 }
 
 /** The chip learns the stations behind kOut. */
-void learn_far(Bench &bench, std::size_t flows) {
-    for (std::size_t i = 0; i < flows; ++i) {
+void learn_far(Bench &bench, size_t flows) {
+    for (size_t i = 0; i < flows; ++i) {
         bench.chip.receive(Time{}, kOut, datagram(kShort, near_station(i), far_station(i)));
     }
 }
 
 /** A frame for each of so many stations behind kOut; the chip knows them all. */
-void add_flows(Bench &bench, std::size_t octets, std::size_t flows) {
+void add_flows(Bench &bench, size_t octets, size_t flows) {
     learn_far(bench, flows);
-    for (std::size_t i = 0; i < flows; ++i) {
+    for (size_t i = 0; i < flows; ++i) {
         bench.frames.push_back(datagram(octets, far_station(i), near_station(i)));
     }
 }
 
-template <std::size_t octets, std::size_t flows>
+template <size_t octets, size_t flows>
 void prepare_flows(Bench &bench) {
     add_flows(bench, octets, flows);
 }
@@ -81,7 +81,7 @@ void prepare_all_addresses(Bench &bench) {
     add_flows(bench, kShort, kAddresses / 2);
 }
 
-template <void (*add_rules)(FieldTable &table, std::size_t count)>
+template <void (*add_rules)(FieldTable &table, size_t count)>
 void prepare_rules(Bench &bench) {
     add_flows(bench, kShort, 1);
     add_rules(bench.chip.fields().table(), kRules);

@@ -2,7 +2,7 @@
 // how many copies of each leave.
 #pragma once
 
-#include <cstddef>
+#include <stddef.h>
 #include <span>
 #include <vector>
 
@@ -10,7 +10,7 @@
 
 namespace bench {
 
-using Octets = std::vector<std::uint8_t>;
+using Octets = std::vector<uint8_t>;
 
 constexpr int kIn = 4;
 constexpr int kOut = 5;
@@ -23,12 +23,12 @@ class CountingSink final : public vdevice::chip::Sink {
         octets_ += frame.size();
     }
 
-    std::size_t frames() const { return frames_; }
-    std::size_t octets() const { return octets_; }
+    size_t frames() const { return frames_; }
+    size_t octets() const { return octets_; }
 
   private:
-    std::size_t frames_ = 0;
-    std::size_t octets_ = 0;
+    size_t frames_ = 0;
+    size_t octets_ = 0;
 };
 
 /** A chip of which ports kIn and kOut have a link, and the frames to send through it. */
@@ -41,7 +41,7 @@ struct Bench {
 struct ChipCase {
     const char *name;
     void (*prepare)(Bench &bench);
-    std::size_t copies; /**< of each frame */
+    size_t copies; /**< of each frame */
 };
 
 std::span<const ChipCase> chip_cases();

@@ -28,11 +28,11 @@ const ChipCase *find_case(const char *name) {
 }
 
 /** Sends the case's frames in turn; what the chip learns of them it has learned after the first round. */
-std::size_t send(Bench &bench, std::size_t frames) {
-    std::size_t octets = 0;
-    std::size_t next = 0;
+size_t send(Bench &bench, size_t frames) {
+    size_t octets = 0;
+    size_t next = 0;
     vdevice::chip::Time now{};
-    for (std::size_t i = 0; i < frames; ++i) {
+    for (size_t i = 0; i < frames; ++i) {
         const Octets &frame = bench.frames[next];
         next = next + 1 == bench.frames.size() ? 0 : next + 1;
         now += kBetweenFrames;
@@ -42,14 +42,14 @@ std::size_t send(Bench &bench, std::size_t frames) {
     return octets;
 }
 
-bool run(const ChipCase &wanted, std::size_t frames) {
+bool run(const ChipCase &wanted, size_t frames) {
     static Bench bench;
     bench.chip.set_link(kIn, true);
     bench.chip.set_link(kOut, true);
     wanted.prepare(bench);
-    const std::size_t frames_before = bench.sink.frames();
-    const std::size_t octets_before = bench.sink.octets();
-    const std::size_t octets = send(bench, frames);
+    const size_t frames_before = bench.sink.frames();
+    const size_t octets_before = bench.sink.octets();
+    const size_t octets = send(bench, frames);
     return bench.sink.frames() - frames_before == frames * wanted.copies &&
            bench.sink.octets() - octets_before == octets * wanted.copies;
 }
@@ -63,7 +63,7 @@ int main(int argc, char **argv) {
         return EXIT_SUCCESS;
     }
     const bench::ChipCase *wanted = argc == 3 ? bench::find_case(argv[1]) : nullptr;
-    std::size_t frames = 0;
+    size_t frames = 0;
     if (wanted == nullptr || std::from_chars(argv[2], argv[2] + std::strlen(argv[2]), frames).ec != std::errc{}) {
         std::fputs("usage: bench_chip [CASE FRAMES]\n", stderr);
         return EXIT_FAILURE;

@@ -14,20 +14,20 @@ using namespace vdevice::chip;
 
 using Conditions = std::vector<Qualifier>;
 
-constexpr std::uint32_t kAll = 0xFFFFFFFF;
-constexpr std::uint32_t kOtherNetwork = 0x0A090000;  // 10.9.0.0; the frames are from 10.0.0.0
-constexpr std::uint32_t kPrefix24 = 0xFFFFFF00;
-constexpr std::uint32_t kFirstOtherPort = 10000;
-constexpr std::uint32_t kFirstOtherVid = 100;
-constexpr std::uint32_t kPermit = 200;
-constexpr std::uint32_t kLastPriority = 1;
-constexpr std::uint32_t kPriority = 2;
+constexpr uint32_t kAll = 0xFFFFFFFF;
+constexpr uint32_t kOtherNetwork = 0x0A090000;  // 10.9.0.0; the frames are from 10.0.0.0
+constexpr uint32_t kPrefix24 = 0xFFFFFF00;
+constexpr uint32_t kFirstOtherPort = 10000;
+constexpr uint32_t kFirstOtherVid = 100;
+constexpr uint32_t kPermit = 200;
+constexpr uint32_t kLastPriority = 1;
+constexpr uint32_t kPriority = 2;
 
 /** Where the groups' entries begin, the wide groups' last: those are the first that frames meet least. */
 constexpr struct {
     int group;
-    std::uint32_t first;
-    std::uint32_t size;
+    uint32_t first;
+    uint32_t size;
 } kSlices[] = {{9, 0, 256},   {8, 256, 128}, {7, 384, 128},  {6, 512, 128}, {4, 640, 128},
                {3, 768, 128}, {2, 896, 128}, {5, 1024, 256}, {1, 1280, 256}};
 
@@ -38,8 +38,8 @@ void expect(Status status) {
     }
 }
 
-void add_rule(FieldTable &table, int group, std::uint32_t entry, const Conditions &conditions,
-              std::uint32_t priority = kPriority) {
+void add_rule(FieldTable &table, int group, uint32_t entry, const Conditions &conditions,
+              uint32_t priority = kPriority) {
     expect(table.create(group, entry));
     for (const Qualifier &condition : conditions) {
         expect(table.qualify(entry, condition));
@@ -47,26 +47,26 @@ void add_rule(FieldTable &table, int group, std::uint32_t entry, const Condition
     Action permit;
     expect(make_action(kPermit, {}, permit));
     expect(table.add_action(entry, permit));
-    expect(table.set_priority(entry, static_cast<std::int32_t>(priority)));
+    expect(table.set_priority(entry, static_cast<int32_t>(priority)));
     expect(table.install(entry));
 }
 
 /** Fills the groups one after the other. */
 template <typename MakeConditions>
-void add_rules(FieldTable &table, std::size_t count, MakeConditions make_conditions) {
-    std::uint32_t number = 0;
+void add_rules(FieldTable &table, size_t count, MakeConditions make_conditions) {
+    uint32_t number = 0;
     for (const auto &slice : kSlices) {
-        for (std::uint32_t i = 0; i < slice.size && number < count; ++i) {
+        for (uint32_t i = 0; i < slice.size && number < count; ++i) {
             add_rule(table, slice.group, slice.first + i, make_conditions(number++));
         }
     }
 }
 
-Conditions from_station(std::uint32_t number) {
+Conditions from_station(uint32_t number) {
     return {qualifier(Field::kSourceIpv4, kOtherNetwork + number, kAll)};
 }
 
-Conditions of_several_kinds(std::uint32_t number) {
+Conditions of_several_kinds(uint32_t number) {
     const Qualifier here = qualifier(Field::kInPorts, 1U << kIn, kAll);
     switch (number % 6) {
         case 0:
@@ -88,19 +88,19 @@ Conditions of_several_kinds(std::uint32_t number) {
 
 }  // namespace
 
-void add_first_rule(FieldTable &table, std::size_t /*count*/) {
+void add_first_rule(FieldTable &table, size_t /*count*/) {
     add_rules(table, 1, from_station);
 }
 
-void add_rules_alike(FieldTable &table, std::size_t count) {
+void add_rules_alike(FieldTable &table, size_t count) {
     add_rules(table, count, from_station);
 }
 
-void add_rules_mixed(FieldTable &table, std::size_t count) {
+void add_rules_mixed(FieldTable &table, size_t count) {
     add_rules(table, count, of_several_kinds);
 }
 
-void add_rules_met(FieldTable &table, std::size_t count) {
+void add_rules_met(FieldTable &table, size_t count) {
     add_rules_mixed(table, count - 1);
     const auto &last = kSlices[std::size(kSlices) - 1];
     add_rule(table, last.group, last.first + last.size - 1, {qualifier(Field::kProtocol, kUdp, kAll)}, kLastPriority);

@@ -1,36 +1,36 @@
 // Who speaks to whom: stations with numbers, and the frames of flows between them.
 #pragma once
 
+#include <stddef.h>
+#include <stdint.h>
 #include <array>
-#include <cstddef>
-#include <cstdint>
 #include <vector>
 
 namespace bench {
 
 /** Stations have consecutive numbers, which are the lower half of their MAC and IP addresses. */
-using Station = std::uint32_t;
-using Frame = std::vector<std::uint8_t>;
+using Station = uint32_t;
+using Frame = std::vector<uint8_t>;
 
-inline constexpr std::size_t kSmallestFrame = 60;
-inline constexpr std::size_t kLargestFrame = 1514;
+inline constexpr size_t kSmallestFrame = 60;
+inline constexpr size_t kLargestFrame = 1514;
 
 struct Flow {
     Station source;
     Station destination;
-    std::uint16_t source_port;
+    uint16_t source_port;
 };
 
 /** An IPv4 packet with UDP inside, of this length with its Ethernet header. */
-Frame frame_of(const Flow &flow, std::size_t size);
+Frame frame_of(const Flow &flow, size_t size);
 
 /**
  * So many frames of a flow, each of this length, as one that the kernel takes apart: in front stands what a socket with
  * PACKET_VNET_HDR wants to know.
  */
-Frame train_of(const Flow &flow, std::size_t size, std::size_t frames);
+Frame train_of(const Flow &flow, size_t size, size_t frames);
 
 /** That many flows from one station to that many others, which are spread over the flows evenly. */
-std::vector<Flow> flows_to_stations(Station source, std::size_t flows, std::size_t stations);
+std::vector<Flow> flows_to_stations(Station source, size_t flows, size_t stations);
 
 }  // namespace bench

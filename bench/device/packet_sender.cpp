@@ -39,20 +39,20 @@ PacketSender::PacketSender(const std::string &interface_name, Kind kind)
     check(bind(socket_.get(), reinterpret_cast<const sockaddr *>(&address), sizeof(address)) == 0, "bind the socket");
 }
 
-std::uint64_t PacketSender::send(std::span<const Frame> frames) {
+uint64_t PacketSender::send(std::span<const Frame> frames) {
     pieces_.clear();
     messages_.clear();
     pieces_.reserve(frames.size());
     for (const Frame &frame : frames) {
-        pieces_.push_back({const_cast<std::uint8_t *>(frame.data()), frame.size()});
+        pieces_.push_back({const_cast<uint8_t *>(frame.data()), frame.size()});
         messages_.push_back(message_of(pieces_.back()));
     }
-    std::uint64_t taken = 0;
-    for (std::size_t at = 0; at < messages_.size();) {
+    uint64_t taken = 0;
+    for (size_t at = 0; at < messages_.size();) {
         const int count = sendmmsg(socket_.get(), &messages_[at], static_cast<unsigned>(messages_.size() - at), 0);
         // What is at the head was refused, the others go on.
-        at += count > 0 ? static_cast<std::size_t>(count) : 1;
-        taken += count > 0 ? static_cast<std::uint64_t>(count) : 0;
+        at += count > 0 ? static_cast<size_t>(count) : 1;
+        taken += count > 0 ? static_cast<uint64_t>(count) : 0;
     }
     return taken;
 }

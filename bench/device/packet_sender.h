@@ -3,7 +3,7 @@
 
 #include <sys/socket.h>
 
-#include <cstdint>
+#include <stdint.h>
 #include <span>
 #include <string>
 #include <vector>
@@ -22,7 +22,7 @@ class PacketSender {
     PacketSender(const std::string &interface_name, Kind kind);
 
     /** Sends these frames, or trains, a system call for many of them; gives how many the interface has taken. */
-    std::uint64_t send(std::span<const Frame> frames);
+    uint64_t send(std::span<const Frame> frames);
 
   private:
     vdevice::io::UniqueFd socket_;

@@ -16,9 +16,9 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::size_t kBatch = 64;
+constexpr size_t kBatch = 64;
 // Introductions go slowly, so that a switch that learns by asking a slower part of itself keeps up.
-constexpr std::size_t kIntroductions = 16;
+constexpr size_t kIntroductions = 16;
 constexpr std::chrono::milliseconds kBreath{1};
 constexpr double kLongestSeconds = 60;
 
@@ -26,23 +26,23 @@ struct Options {
     std::string interface_name;
     Station first = 0;
     Station other = 0;
-    std::size_t stations = 1;
-    std::size_t flows = 1;
-    std::size_t size = kSmallestFrame;
-    std::size_t train = 1;
+    size_t stations = 1;
+    size_t flows = 1;
+    size_t size = kSmallestFrame;
+    size_t train = 1;
     double seconds = 1;
 };
 
 /** Every station sends one frame to the other side. */
-std::uint64_t introduce(const Options &options) {
+uint64_t introduce(const Options &options) {
     PacketSender sender{options.interface_name, PacketSender::Kind::kFrames};
     std::vector<Frame> frames;
     for (Station i = 0; i < options.stations; ++i) {
         frames.push_back(frame_of({options.first + i, options.other, 1}, kSmallestFrame));
     }
-    std::uint64_t sent = 0;
+    uint64_t sent = 0;
     const std::span all{frames};
-    for (std::size_t at = 0; at < all.size(); at += kIntroductions) {
+    for (size_t at = 0; at < all.size(); at += kIntroductions) {
         sent += sender.send(all.subspan(at, std::min(kIntroductions, all.size() - at)));
         std::this_thread::sleep_for(kBreath);
     }
@@ -55,7 +55,7 @@ Frame turn_of(const Flow &flow, const Options &options) {
 }
 
 /** One station sends to the others, without a pause, for as long as was asked. */
-std::uint64_t stream(const Options &options) {
+uint64_t stream(const Options &options) {
     using Kind = PacketSender::Kind;
     PacketSender sender{options.interface_name, options.train > 1 ? Kind::kTrains : Kind::kFrames};
     std::vector<Frame> turns;
@@ -65,8 +65,8 @@ std::uint64_t stream(const Options &options) {
     while (turns.size() % kBatch != 0) {
         turns.push_back(turns[turns.size() - options.flows]);
     }
-    std::uint64_t sent = 0;
-    std::size_t at = 0;
+    uint64_t sent = 0;
+    size_t at = 0;
     const std::chrono::duration<double> duration{std::min(options.seconds, kLongestSeconds)};
     for (const auto began = Clock::now(); Clock::now() - began < duration; at = (at + kBatch) % turns.size()) {
         sent += sender.send(std::span{turns}.subspan(at, kBatch)) * options.train;

@@ -1,17 +1,17 @@
 // Calls something over and over for a while.
 #pragma once
 
+#include <stdint.h>
 #include <chrono>
-#include <cstdint>
 
 namespace bench {
 
 /** How often it was done within the time; 0 as soon as it fails once. */
 template <typename Step>
-std::uint64_t repeat_for(double seconds, Step step) {
+uint64_t repeat_for(double seconds, Step step) {
     using Clock = std::chrono::steady_clock;
     const std::chrono::duration<double> duration{seconds};
-    std::uint64_t done = 0;
+    uint64_t done = 0;
     for (const auto began = Clock::now(); Clock::now() - began < duration; ++done) {
         if (!step()) {
             return 0;

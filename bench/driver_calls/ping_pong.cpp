@@ -24,8 +24,8 @@ constexpr int kEventsAtOnce = 16;
 constexpr int kNoTimeout = -1;
 
 struct Sizes {
-    std::vector<std::uint8_t> request;
-    std::vector<std::uint8_t> reply;
+    std::vector<uint8_t> request;
+    std::vector<uint8_t> reply;
 };
 
 sockaddr_un address_of(const std::string &path) {
@@ -40,11 +40,11 @@ UniqueFd open_socket() {
 }
 
 /** Messages are short and one is under way at a time, so each comes whole. */
-bool receive(int socket, std::vector<std::uint8_t> &message) {
+bool receive(int socket, std::vector<uint8_t> &message) {
     return recv(socket, message.data(), message.size(), 0) == static_cast<ssize_t>(message.size());
 }
 
-bool send_whole(int socket, const std::vector<std::uint8_t> &message) {
+bool send_whole(int socket, const std::vector<uint8_t> &message) {
     return send(socket, message.data(), message.size(), MSG_NOSIGNAL) == static_cast<ssize_t>(message.size());
 }
 
@@ -74,7 +74,7 @@ bool serve(const std::string &path, Sizes &sizes) {
     for (;;) {
         const int count = epoll_wait(epoll.get(), events.data(), kEventsAtOnce, kNoTimeout);
         for (int i = 0; i < count; ++i) {
-            const int ready = events[static_cast<std::size_t>(i)].data.fd;
+            const int ready = events[static_cast<size_t>(i)].data.fd;
             if (ready != listener.get()) {
                 answer(ready, sizes);
             } else if (const int client = accept4(ready, nullptr, nullptr, SOCK_CLOEXEC); client >= 0) {
@@ -84,7 +84,7 @@ bool serve(const std::string &path, Sizes &sizes) {
     }
 }
 
-std::uint64_t ask(const std::string &path, Sizes &sizes, double seconds) {
+uint64_t ask(const std::string &path, Sizes &sizes, double seconds) {
     const UniqueFd socket = open_socket();
     const sockaddr_un address = address_of(path);
     if (connect(socket.get(), reinterpret_cast<const sockaddr *>(&address), sizeof(address)) != 0) {
@@ -104,8 +104,8 @@ int main(int argc, char **argv) {
         std::fprintf(stderr, "usage: bench_ping_pong serve|ask PATH REQUEST REPLY [SECONDS]\n");
         return 2;
     }
-    Sizes sizes{std::vector<std::uint8_t>(std::strtoul(argv[3], nullptr, 10)),
-                std::vector<std::uint8_t>(std::strtoul(argv[4], nullptr, 10))};
+    Sizes sizes{std::vector<uint8_t>(std::strtoul(argv[3], nullptr, 10)),
+                std::vector<uint8_t>(std::strtoul(argv[4], nullptr, 10))};
     if (what == "serve") {
         return serve(argv[2], sizes) ? EXIT_SUCCESS : EXIT_FAILURE;
     }

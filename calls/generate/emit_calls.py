@@ -66,7 +66,7 @@ def driver_calls_header(calls):
     return f"""{BANNER}#ifndef GENERATED_DRIVER_CALLS_H
 #define GENERATED_DRIVER_CALLS_H
 
-#include <cstdint>
+#include <stdint.h>
 
 #include "generated/call_id.h"
 {includes}
@@ -126,11 +126,11 @@ constexpr Invoker kInvokers[calls::kCallCount] = {{
 }}  // namespace
 
 bool is_answered(calls::CallId id) {{
-    return static_cast<std::size_t>(id) < calls::kCallCount && kInvokers[static_cast<std::size_t>(id)] != nullptr;
+    return static_cast<size_t>(id) < calls::kCallCount && kInvokers[static_cast<size_t>(id)] != nullptr;
 }}
 
 int64_t dispatch(DriverCalls &calls, calls::CallId id, const void *const *arguments) {{
-    return kInvokers[static_cast<std::size_t>(id)](calls, arguments);
+    return kInvokers[static_cast<size_t>(id)](calls, arguments);
 }}
 
 }}  // namespace vdevice
@@ -155,7 +155,7 @@ constexpr Invoker kInvokers[kCallCount] = {{
 }}  // namespace
 
 int64_t call_function(void *function, CallId id, const void *const *arguments) {{
-    return kInvokers[static_cast<std::size_t>(id)](function, arguments);
+    return kInvokers[static_cast<size_t>(id)](function, arguments);
 }}
 
 }}  // namespace calls

@@ -9,8 +9,8 @@ def call_ids(calls):
     return f"""{BANNER}#ifndef GENERATED_CALL_ID_H
 #define GENERATED_CALL_ID_H
 
-#include <cstddef>
-#include <cstdint>
+#include <stddef.h>
+#include <stdint.h>
 
 namespace calls {{
 
@@ -18,7 +18,7 @@ namespace calls {{
 enum class CallId : uint32_t {{
 {names}}};
 
-inline constexpr std::size_t kCallCount = {len(calls.functions)};
+inline constexpr size_t kCallCount = {len(calls.functions)};
 /** Differs whenever two builds would read each other's messages differently. */
 inline constexpr uint32_t kInterfaceChecksum = 0x{calls.checksum():08x};
 
@@ -36,7 +36,7 @@ def call_table(calls):
     return f"""{BANNER}#include "calls/call_table.h"
 
 #include <array>
-#include <cstddef>
+#include <stddef.h>
 
 {includes}
 namespace calls {{

@@ -1,5 +1,5 @@
 // The election of a group's management interface.
-#include "core/group_test_support.h"
+#include "core/testing/group.h"
 
 namespace {
 
@@ -104,7 +104,7 @@ class ElectionReads : public agg_test::AggTest {
 
 TEST_F(ElectionReads, AFailedReadCountsAsDown) {
     const uint32_t winners[] = {2, 4, 2};  // 4, 2 and 7 are all up, one read fails
-    for (std::size_t failing = 0; failing < std::size(winners); ++failing) {
+    for (size_t failing = 0; failing < std::size(winners); ++failing) {
         start();
         set_active(kGroup, {7, 5, 10});
         for (const int port : {7, 5, 10}) {

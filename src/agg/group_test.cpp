@@ -1,5 +1,5 @@
 // Creating and deleting groups, their configured members, load balancing.
-#include "core/group_test_support.h"
+#include "core/testing/group.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // Members' link changes: the hardware trunk follows, the record stays, the management interface moves when it must.
-#include "core/group_test_support.h"
+#include "core/testing/group.h"
 
 namespace {
 
@@ -273,7 +273,7 @@ TEST_F(LinkScan, UpWithEachCallFailingInTurn) {
         Trace trace;
         adp_status_t status;
     } cases[] = {{whole, 0}, {whole, 0}, {whole, -44}, {traced, 0}, {whole, 0}};
-    for (std::size_t k = 0; k < std::size(cases); ++k) {
+    for (size_t k = 0; k < std::size(cases); ++k) {
         start();
         set_record(kGroup, 1, {4, 5});
         set_links({4, 5});
@@ -300,7 +300,7 @@ TEST_F(LinkScan, DownWithEachCallFailingInTurn) {
         uint32_t manager;
     } cases[] = {{whole, 0, 1}, {whole, 0, 1}, {whole, -44, 1}, {traced, 0, 1},
                  {whole, 0, 1}, {whole, 0, 2}, {whole, 0, 1}};
-    for (std::size_t k = 0; k < std::size(cases); ++k) {
+    for (size_t k = 0; k < std::size(cases); ++k) {
         start();
         set_record(kGroup, 1, {4, 5});
         set_fibre_link(4, 1);

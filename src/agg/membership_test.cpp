@@ -1,5 +1,5 @@
 // Members joining and leaving, alike in the list forms and the bitmap forms.
-#include "core/group_test_support.h"
+#include "core/testing/group.h"
 
 namespace {
 
@@ -88,7 +88,7 @@ class Membership : public agg_test::AggTest, public ::testing::WithParamInterfac
 };
 
 TEST_P(Membership, AddingToAnEmptyGroup) {
-    for (const std::size_t count : {1u, 3u, 8u}) {
+    for (const size_t count : {1u, 3u, 8u}) {
         const Ports ports = first_ports(count);
         const std::string expected =
             bytes_with(0, ports, static_cast<uint32_t>(count), first_intfs(count), 0);  // all down: the largest manages
@@ -134,7 +134,7 @@ TEST_P(Membership, AddingDoesNotAskWhetherThePortIsInAnotherGroup) {
 }
 
 TEST_P(Membership, NineToElevenMembersJoinAndElectNobody) {
-    for (const std::size_t count : {9u, 10u, 11u}) {
+    for (const size_t count : {9u, 10u, 11u}) {
         const Ports ports = first_ports(count);
         const std::string expected = bytes_with(0, ports, 0, first_intfs(count), 0);
         agg_manage_intf[kGroup - 1] = 7;
@@ -147,7 +147,7 @@ TEST_P(Membership, NineToElevenMembersJoinAndElectNobody) {
 }
 
 TEST_P(Membership, ATwelfthMemberIsRefusedWithNothingDone) {
-    for (const std::size_t members : {0u, 8u, 11u}) {
+    for (const size_t members : {0u, 8u, 11u}) {
         start();
         set_group(1, first_ports(members), 1, first_intfs(members));
         const std::string before = table_bytes();
@@ -205,7 +205,7 @@ TEST_P(Membership, RemovingProgramsLinkedMembersButKeepsTheOthersInTheRecord) {
 }
 
 TEST_P(Membership, RemovingEveryMember) {
-    for (const std::size_t count : {1u, 3u, 8u, 9u, 11u}) {
+    for (const size_t count : {1u, 3u, 8u, 9u, 11u}) {
         const std::string expected = bytes_with(0, {}, 0, {}, 0);
         set_group(1, first_ports(count), 1, first_intfs(count));
         adp::agg_link_status[kGroup] = 1;
@@ -263,7 +263,7 @@ TEST_P(Membership, AddingWithEachCallFailingInTurn) {
         {"first fibre link", whole, 0, 2},
         {"second fibre link", whole, 0, 1},
     };
-    for (std::size_t k = 0; k < std::size(cases); ++k) {
+    for (size_t k = 0; k < std::size(cases); ++k) {
         const auto &[what, trace, status, manager] = cases[k];
         const bool is_added = status == 0;
         const std::string expected =
@@ -289,7 +289,7 @@ TEST_P(Membership, RemovingWithEachCallFailingInTurn) {
         adp_status_t status;
     } cases[] = {{"link", whole, 0}, {"destroy", whole, 0}, {"create", uncreated, -44}, {"trace flag", traced, 0},
                  {"log", whole, 0},  {"kernel", whole, 0},  {"fibre link", whole, 0}};
-    for (std::size_t k = 0; k < std::size(cases); ++k) {
+    for (size_t k = 0; k < std::size(cases); ++k) {
         const auto &[what, trace, status] = cases[k];
         const std::string expected = status == 0 ? bytes_with(0, {5}, 2, {2}, 0) : bytes_with(1, {4, 5}, 9, {1, 2}, 0);
         set_group(1, {4, 5}, 9, {1, 2});

@@ -1,7 +1,7 @@
 // Announcements and events: what goes to the log, the trace and the registered receiver.
 #include "agg/state_change.h"
 
-#include "core/group_test_support.h"
+#include "core/testing/group.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // Port counters, of a group summed over its active members, and the traps of LACP and OAM frames.
-#include "core/group_test_support.h"
+#include "core/testing/group.h"
 
 namespace {
 
@@ -76,7 +76,7 @@ TEST_F(PortStatistics, AnyFailureOnAPortIs102) {
 }
 
 TEST_F(PortStatistics, OfAGroupIsTheSumInMemberOrder) {
-    for (const std::size_t count : {1u, 3u, 8u}) {
+    for (const size_t count : {1u, 3u, 8u}) {
         const Ports ports = first_ports(count);
         set_active(kGroup, {ports.rbegin(), ports.rend()});
         uint64_t sum = 0;
@@ -149,7 +149,7 @@ TEST_F(PortStatistics, OfAGroupWithoutMembersIsZero) {
 }
 
 TEST_F(PortStatistics, NineMembersAndMoreReadAsEmptySlots) {
-    for (const std::size_t count : {9u, 11u}) {
+    for (const size_t count : {9u, 11u}) {
         set_active(kGroup, first_ports(count));
         value_ = kNotWritten;
         EXPECT_EQ(adp_get_port_stat(kAgg, kType, &value_), 0);
@@ -161,7 +161,7 @@ TEST_F(PortStatistics, NineMembersAndMoreReadAsEmptySlots) {
 
 TEST_F(PortStatistics, OfAGroupStopsAtTheFirstFailureAndLeavesTheOutput) {
     const std::vector<int> ports = {4, 5, 6};
-    for (std::size_t failing = 0; failing < ports.size(); ++failing) {
+    for (size_t failing = 0; failing < ports.size(); ++failing) {
         for (const int32_t failure : kFailures) {
             SetUp();
             set_active(kGroup, {4, 5, 6});

@@ -1,7 +1,7 @@
 // The up and down states of a group: each row of the state machine, committed or not, with and without flag and trace.
 #include "agg/trunk.h"
 
-#include "core/group_test_support.h"
+#include "core/testing/group.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // The two workers that program the hardware trunk, called directly.
 #include "agg/trunk.h"
 
-#include "core/group_test_support.h"
+#include "core/testing/group.h"
 
 namespace {
 
@@ -88,7 +88,7 @@ TEST_F(Trunk, DelMakesTheseCallsInThisOrder) {
 }
 
 TEST_F(Trunk, AddProgramsDownMembersTooAndDelOnlyLinkedOnes) {
-    for (const std::size_t count : {1u, 3u, 8u}) {
+    for (const size_t count : {1u, 3u, 8u}) {
         start();
         const Ports all = agg_test::first_ports(count);
         set_record(kGroup, 1, all);
@@ -166,7 +166,7 @@ TEST_F(Trunk, TheCpuRowIsAPortLikeAnyOther) {
 }
 
 TEST_F(Trunk, NineToElevenMembersAreProgrammedLikeAnyOther) {
-    for (const std::size_t count : {9u, 10u, 11u}) {
+    for (const size_t count : {9u, 10u, 11u}) {
         start();
         const Ports ports = agg_test::first_ports(count);
         EXPECT_EQ(add(agg_test::first_intfs(count)), 0);
@@ -182,7 +182,7 @@ TEST_F(Trunk, NineToElevenMembersAreProgrammedLikeAnyOther) {
 
 TEST_F(Trunk, ATwelfthMemberIsRefusedBeforeTheDriverIsCalled) {
     const struct {
-        std::size_t before;
+        size_t before;
         Intfs list;
     } cases[] = {{11, {12}}, {10, {11, 12}}, {10, {12, 12}}, {0, agg_test::first_intfs(12)}, {11, {27}}};
     for (const auto &[count, list] : cases) {

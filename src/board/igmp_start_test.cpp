@@ -1,5 +1,5 @@
 // Start-up of IGMP: which of its six driver calls stop it, which only print, and which one decides.
-#include "board/startup_test_support.h"
+#include "board/testing/startup.h"
 
 namespace {
 
@@ -17,9 +17,9 @@ TEST_F(IgmpStart, SendsIgmpToTheCpu) {
 /** One of the calls giving something else than 0: how many calls are made, and what is given and printed. */
 struct OneFailure {
     const char *name;
-    std::size_t number;
+    size_t number;
     int32_t failure;
-    std::size_t calls;
+    size_t calls;
     Outcome outcome;
 };
 

@@ -1,7 +1,7 @@
 // The table of reserved addresses at start-up: what is cleared, where the addresses go, and which failures stop it.
 #include <map>
 
-#include "board/startup_test_support.h"
+#include "board/testing/startup.h"
 
 namespace {
 

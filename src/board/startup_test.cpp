@@ -1,5 +1,5 @@
 // The whole start-up, which step stops it and with what message; and the steps that are one or two driver calls.
-#include "board/startup_test_support.h"
+#include "board/testing/startup.h"
 
 namespace {
 
@@ -63,7 +63,7 @@ TEST_F(StartUp, ResultIsTheLastSteps) {
 TEST_F(StartUp, PositiveResultStopsNoStep) {
     constexpr int32_t kPositive = 7;
     const Lines lines = all_lines();
-    for (std::size_t number = 0; number < lines.size(); ++number) {
+    for (size_t number = 0; number < lines.size(); ++number) {
         if (lines[number].starts_with("user_l2_bpdu_set")) {
             continue;  // any result but 0 of this write is a failure of its step, which is -1
         }

@@ -1,5 +1,5 @@
 // Where the list forms and the bitmap forms of joining and leaving differ.
-#include "core/group_test_support.h"
+#include "core/testing/group.h"
 
 namespace {
 

@@ -15,8 +15,8 @@ struct List {
     uint32_t count = kUntouched;
     std::vector<uint32_t> slots = std::vector<uint32_t>(ADP_MEMBER_LIST_SLOTS + 1, kUntouched);
 
-    std::vector<uint32_t> first(std::size_t n) const { return {slots.begin(), slots.begin() + static_cast<long>(n)}; }
-    bool is_untouched_from(std::size_t n) const {
+    std::vector<uint32_t> first(size_t n) const { return {slots.begin(), slots.begin() + static_cast<long>(n)}; }
+    bool is_untouched_from(size_t n) const {
         return std::all_of(slots.begin() + static_cast<long>(n), slots.end(),
                            [](uint32_t slot) { return slot == kUntouched; });
     }

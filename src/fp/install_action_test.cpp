@@ -1,5 +1,5 @@
 // Actions of a rule: meters, and ports that are translated into the action that the status numbers.
-#include "fp/test_support.h"
+#include "fp/testing/support.h"
 
 namespace {
 
@@ -239,7 +239,7 @@ TEST_F(InstallAction, PortsOfAnotherUnitAreNone) {
     EXPECT_THAT(calls_of("user_field_qualify_InPorts"),
                 ElementsAre("user_field_qualify_InPorts(handle=0, unit=1, entry=820, data={}, mask={})"));
     const FpAction &action = recorded(0).actions[0];
-    for (std::size_t i = 0; i < 9; ++i) {
+    for (size_t i = 0; i < 9; ++i) {
         EXPECT_EQ(word_of(action.param + 4 * i), i < 8 ? 0 : 0xFFFFFFFF);
     }
 }

@@ -1,7 +1,7 @@
 // The log lines of an installation, written out whole, in the log and in the trace.
 #include "core/trace.h"
 #include "fp/log.h"
-#include "fp/test_support.h"
+#include "fp/testing/support.h"
 
 namespace {
 
@@ -14,7 +14,7 @@ using ::testing::ElementsAre;
 using ::testing::ElementsAreArray;
 
 constexpr char kInstall[] = "adp_fp_add_entity_rule";
-constexpr std::size_t kLongestTrace = 255;
+constexpr size_t kLongestTrace = 255;
 
 /** One line as it is written to the log: its format, and what is in it behind the place. */
 struct Line {
@@ -94,7 +94,7 @@ class InstallLog : public fp_test::FpTest, public ::testing::WithParamInterface<
         }
     }
 
-    template <std::size_t kCount>
+    template <size_t kCount>
     static Trace whole(const Line (&lines)[kCount]) {
         Trace all;
         for (const Line &line : lines) {
@@ -138,7 +138,7 @@ INSTANTIATE_TEST_SUITE_P(With, InstallLog, ::testing::Bool(),
 class Log : public fp_test::FpTest {};
 
 TEST_F(Log, ATraceHas255CharactersAtMost) {
-    for (const std::size_t length : {254u, 255u, 256u, 600u}) {
+    for (const size_t length : {254u, 255u, 256u, 600u}) {
         const std::string text(length, 'x');
         adp::add_trace(text.c_str(), 7, "%s", text.c_str());
         const std::string place = (text + "():7").substr(0, kLongestTrace);

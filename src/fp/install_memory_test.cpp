@@ -1,7 +1,7 @@
 // What installed rules take of memory and list, and that all of it comes back.
 #include <array>
 
-#include "fp/test_support.h"
+#include "fp/testing/support.h"
 
 namespace {
 
@@ -28,7 +28,7 @@ TEST_F(InstallMemory, OneNodeIsAllocatedAndNothingElse) {
         if (is_replaced) {
             adp_fp_add_entity_rule(rule);
         }
-        const std::size_t before = session.system().allocations();
+        const size_t before = session.system().allocations();
         adp_fp_add_entity_rule(rule);
         EXPECT_EQ(session.system().allocations(), before + 1);
         EXPECT_EQ(session.system().outstanding_allocations(), 1u);
@@ -98,7 +98,7 @@ TEST_F(InstallMemory, NineHundredRulesComeAndGoWithoutATrace) {
         EXPECT_EQ(session.system().outstanding_allocations(), 900u);
         EXPECT_EQ(recorded(899).priority, priority);
     }
-    for (std::size_t i = 0; i < keys.size(); ++i) {
+    for (size_t i = 0; i < keys.size(); ++i) {
         const Key &key = keys[i % 2 == 0 ? i : keys.size() - i];
         ASSERT_EQ(adp_fp_delete_entity_rule(key.submodule_type, key.entity_id, 0), 0);
     }

@@ -1,5 +1,5 @@
 // The status of an installation: which failures its caller sees. Every step goes on whatever fails.
-#include "fp/test_support.h"
+#include "fp/testing/support.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // Installation of a rule: its driver calls in order, replacement, refusals, and what is recorded.
-#include "fp/test_support.h"
+#include "fp/testing/support.h"
 
 namespace {
 
@@ -36,7 +36,7 @@ class Install : public fp_test::FpTest {
   protected:
     /** Refused without a driver call or a change, with nothing but the first log line. */
     void expect_refused(const FpEntity &rule, int32_t status) {
-        const std::size_t listed = installed_rules().size();
+        const size_t listed = installed_rules().size();
         EXPECT_EQ(install(rule), status);
         EXPECT_THAT(last_trace(), ElementsAreArray(logged("adp_fp_add_entity_rule", 907, kBegin, kBegin)));
         EXPECT_EQ(last_printed(), "");
@@ -106,7 +106,7 @@ TEST_F(Install, TheRecordsUnitIsInEveryCallButThoseOfTheRemoval) {
     EXPECT_EQ(install(rule), 0);
     const Trace again = last_driver_calls();
     ASSERT_EQ(again.size(), 19u);
-    for (std::size_t i = 0; i < again.size(); ++i) {
+    for (size_t i = 0; i < again.size(); ++i) {
         EXPECT_NE(again[i].find(i < 7 ? "unit=0," : "unit=3,"), std::string::npos) << again[i];
     }
 }

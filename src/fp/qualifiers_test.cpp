@@ -1,5 +1,5 @@
 // The qualifiers of a rule: the call of each type, what it takes, on which entry, and its log line.
-#include "fp/test_support.h"
+#include "fp/testing/support.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // Rule records: qualifiers and actions are appended, and refused when the record cannot take them.
 #include <numeric>
 
-#include "fp/test_support.h"
+#include "fp/testing/support.h"
 
 namespace {
 
@@ -40,8 +40,8 @@ class Record : public fp_test::FpTest {
     }
 
     /** The field holds these first bytes of ours, from @p first on, and the filler behind them. */
-    template <std::size_t kSize>
-    void expect_field(const uint8_t (&field)[kSize], const uint8_t *first, std::size_t length) {
+    template <size_t kSize>
+    void expect_field(const uint8_t (&field)[kSize], const uint8_t *first, size_t length) {
         EXPECT_EQ(std::memcmp(field, first, length), 0);
         EXPECT_THAT(std::vector<uint8_t>(field + length, field + kSize), Each(kFiller));
     }
@@ -156,8 +156,8 @@ TEST_F(Record, ActionLengthsUpTo256AreCopied) {
         std::memset(record_.actions, kFiller, sizeof record_.actions);
         record_.action_num = 2;
         EXPECT_EQ(add_action(length, 256 - length), 2);
-        expect_field(record_.actions[2].param, bytes_, static_cast<std::size_t>(length));
-        expect_field(record_.actions[2].param2, bytes_ + 1, static_cast<std::size_t>(256 - length));
+        expect_field(record_.actions[2].param, bytes_, static_cast<size_t>(length));
+        expect_field(record_.actions[2].param2, bytes_ + 1, static_cast<size_t>(256 - length));
     }
 }
 

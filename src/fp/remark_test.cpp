@@ -1,7 +1,7 @@
 // Remark rules: the rule that each request becomes, and what its caller is told.
-#include <cstddef>
+#include <stddef.h>
 
-#include "fp/test_support.h"
+#include "fp/testing/support.h"
 
 namespace {
 

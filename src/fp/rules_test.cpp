@@ -1,5 +1,5 @@
 // The list of installed rules: its start, look-up, and removal from hardware and list.
-#include "fp/test_support.h"
+#include "fp/testing/support.h"
 
 namespace {
 
@@ -324,7 +324,7 @@ TEST_F(Rules, RemovingFreesTheNodeOnceWithItsLinksPoisoned) {
 
 TEST_F(Rules, TheNodeIsStillListedWhileItsEntriesAreDestroyed) {
     add(kOfGroup3, 4, 824);
-    std::size_t listed = 0;
+    size_t listed = 0;
     driver().on("user_field_entry_destroy").does([&](recording::Arguments &) {
         listed = installed_rules().size();
         return 0;

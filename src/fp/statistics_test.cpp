@@ -1,5 +1,5 @@
 // Counters, and the action for packets that match no rule.
-#include "fp/test_support.h"
+#include "fp/testing/support.h"
 
 namespace {
 

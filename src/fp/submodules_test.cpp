@@ -1,7 +1,7 @@
 // The table of submodules, and the way from an entity to its hardware entry.
-#include <cstddef>
+#include <stddef.h>
 
-#include "fp/test_support.h"
+#include "fp/testing/support.h"
 
 namespace {
 
@@ -44,7 +44,7 @@ TEST_F(Submodules, RecordsHaveNoPadding) {
 
 TEST_F(Submodules, EveryRowIsAsTheLayoutHasIt) {
     ASSERT_EQ(std::size(kSubmodules), std::size(g_stFpInfo));
-    for (std::size_t i = 0; i < std::size(kSubmodules); ++i) {
+    for (size_t i = 0; i < std::size(kSubmodules); ++i) {
         SCOPED_TRACE(i);
         EXPECT_EQ(g_stFpInfo[i].submodule_type, kSubmodules[i].type);
         EXPECT_EQ(g_stFpInfo[i].group, kSubmodules[i].group);
@@ -106,7 +106,7 @@ TEST_F(Submodules, EntriesAreCountedIn32Bits) {
 }
 
 TEST_F(Submodules, EveryRowsFirstEntryIsLogged) {
-    for (std::size_t i = 0; i < std::size(kSubmodules); ++i) {
+    for (size_t i = 0; i < std::size(kSubmodules); ++i) {
         const Submodule &row = kSubmodules[i];
         fp_test::Model model;
         EXPECT_EQ(adp_fp_get_true_entity_id(g_stFpInfo[i], 7), model.true_entry(row, 7));

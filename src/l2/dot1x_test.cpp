@@ -1,5 +1,5 @@
 // Authorisation of ports and addresses: the order of the steps, and one status code for each that fails.
-#include "l2/test_support.h"
+#include "l2/testing/support.h"
 
 namespace {
 
@@ -190,7 +190,7 @@ TEST_F(Dot1x, AnAddressWithoutATextChangesNothing) {
 TEST_F(Dot1x, OnlyAFailingAddIsReportedForAnAddress) {
     const std::string before = table_bytes();
     for (const int32_t failure : kFailures) {
-        for (const std::size_t failing : {1u, 2u, 3u}) {
+        for (const size_t failing : {1u, 2u, 3u}) {
             driver().fail_call(failing, failure);
             EXPECT_EQ(authorise(5), failing == 3 ? 405 : 0);
             EXPECT_THAT(driver().take(), ElementsAre(kFormat, kDelete, group_of(5), add_on(5)));

@@ -149,7 +149,7 @@ TEST_P(Isolation, OfAGroupStopsAtTheFirstFailure) {
     const std::vector<int> ports = {4, 5, 29};
     set_configured(kGroup, 1u << 1 | 1u << 2 | 1u << 26);
     const std::string before = table_bytes();
-    for (std::size_t failing = 0; failing < ports.size(); ++failing) {
+    for (size_t failing = 0; failing < ports.size(); ++failing) {
         for (const int32_t failure : kFailures) {
             driver().fail_call(failing, failure);
             EXPECT_EQ(set(kAgg, 6), 102);

@@ -1,5 +1,5 @@
 // Deleting from the MAC table: every key and mode by the exact driver call.
-#include "l2/test_support.h"
+#include "l2/testing/support.h"
 
 namespace {
 
@@ -201,7 +201,7 @@ TEST_F(MacDelete, ByGroupDoesNotStopAtAFailureAndReturnsTheLastResult) {
     const std::vector<int> ports = {5, 8, 29};
     set_active(kGroup, {5, 8, 29});
     const std::string before = table_bytes();
-    for (std::size_t failing = 0; failing < ports.size(); ++failing) {
+    for (size_t failing = 0; failing < ports.size(); ++failing) {
         for (const int32_t failure : kFailures) {
             driver().fail_call(failing, failure);
             EXPECT_EQ(adp_del_mac_addr_by_intf(kAgg, 0), failing + 1 == ports.size() ? failure : 0);

@@ -1,5 +1,5 @@
 // Entries of the MAC table: records added byte by byte, and readers that answer even when the driver fails.
-#include "l2/test_support.h"
+#include "l2/testing/support.h"
 
 namespace {
 
@@ -117,7 +117,7 @@ TEST_F(MacEntry, AddAndFilterReturnTheDriversResultAndKeepNoState) {
 Bytes mcast_record(const std::vector<uint32_t> &words, uint16_t vid = 100) {
     Block block;
     block.put_mac(4).put(10, vid);
-    for (std::size_t word = 0; word < words.size(); ++word) {
+    for (size_t word = 0; word < words.size(); ++word) {
         block.put(36 + 4 * word, words[word]);
     }
     return block.bytes();

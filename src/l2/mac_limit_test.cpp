@@ -1,5 +1,5 @@
 // Learning limits, ageing and learned counts.
-#include "l2/test_support.h"
+#include "l2/testing/support.h"
 
 namespace {
 
@@ -7,7 +7,7 @@ using namespace l2_test;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-constexpr std::size_t kLimitSize = 24;
+constexpr size_t kLimitSize = 24;
 constexpr uint32_t kBadScopes[] = {3, 0x100, 0x101, 0xFFFFFFFF};
 
 /** What a limit holds for, and how the driver's record says so. */

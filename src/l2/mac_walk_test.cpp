@@ -1,5 +1,5 @@
 // The walks of the MAC table: words that belong to the driver go through whole, the unused one does not go at all.
-#include "l2/test_support.h"
+#include "l2/testing/support.h"
 
 namespace {
 

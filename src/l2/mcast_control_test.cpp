@@ -1,5 +1,5 @@
 // Switches of IGMP handling and multicast forwarding: thin calls, and two walks that nothing stops.
-#include "l2/test_support.h"
+#include "l2/testing/support.h"
 
 namespace {
 
@@ -123,7 +123,7 @@ TEST_P(LookupMiss, MakesTheSame26CallsWhateverTheMap) {
 }
 
 TEST_P(LookupMiss, Returns0WhicheverCallFails) {
-    for (std::size_t failing = 0; failing < kCalls; ++failing) {
+    for (size_t failing = 0; failing < kCalls; ++failing) {
         driver().fail_call(failing);
         EXPECT_EQ(run(), 0);
         EXPECT_THAT(driver().take(), ElementsAreArray(expected(kCalls)));

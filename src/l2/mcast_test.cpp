@@ -1,5 +1,5 @@
 // Multicast groups: which ports each call names and in which numbering, and what of the driver's record survives.
-#include "l2/test_support.h"
+#include "l2/testing/support.h"
 
 namespace {
 
@@ -11,8 +11,8 @@ using ::testing::IsEmpty;
 constexpr uint32_t kGroup = 1;
 constexpr uint32_t kAgg = ADP_AGG_INTF(kGroup);
 constexpr uint32_t kVid = 0xABCD0064;  // 100 in its low 16 bits
-constexpr std::size_t kPortsAt = 12;
-constexpr std::size_t kIndexAt = 76;
+constexpr size_t kPortsAt = 12;
+constexpr size_t kIndexAt = 76;
 constexpr uint16_t kShownVid = 0xFFFE;
 
 using Intfs = std::vector<uint32_t>;
@@ -78,7 +78,7 @@ TEST_F(Mcast, CreateKeepsThePreparedRecordButForItsPorts) {
     });
     for (const Intfs &list : {Intfs{}, {3}, {0x20000001}}) {
         Block expected = Block().fill();
-        for (std::size_t word = 0; word < 8; ++word) {
+        for (size_t word = 0; word < 8; ++word) {
             expected.put(kPortsAt + 4 * word, word == 0 && list == Intfs{3} ? 1u << 3 : 0u);
         }
         EXPECT_EQ(create(list), 0);
@@ -130,7 +130,7 @@ TEST_F(Mcast, CreateAndDeletePassOverOtherTypes) {
 TEST_F(Mcast, CreateReturnsTheAddsResultOnly) {
     const std::string before = table_bytes();
     for (const int32_t failure : kFailures) {
-        for (std::size_t failing = 0; failing < 2; ++failing) {
+        for (size_t failing = 0; failing < 2; ++failing) {
             driver().fail_call(failing, failure);
             EXPECT_EQ(create({3}), failing == 0 ? 0 : failure);
             EXPECT_THAT(names_of(driver().take()), ElementsAre("User_mcast_addr_t_init", "User_mcast_addr_add"));

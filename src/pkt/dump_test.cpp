@@ -14,7 +14,7 @@ std::string dump(const std::vector<uint8_t> &data, int32_t length, int32_t *resu
     return ::testing::internal::GetCapturedStderr();
 }
 
-std::vector<uint8_t> counting(std::size_t n) {
+std::vector<uint8_t> counting(size_t n) {
     std::vector<uint8_t> data(n);
     std::iota(data.begin(), data.end(), uint8_t{0xA0});
     return data;

@@ -1,5 +1,5 @@
 // __adp_receive_frame(): ingress, VLAN check, tags and headers, and frames that end too early.
-#include "pkt/receive_test_support.h"
+#include "pkt/testing/receive.h"
 
 namespace {
 
@@ -227,7 +227,7 @@ TEST_F(Parse, CheckReadsTheVidFromAnyBufferThatTheCallerNames) {
 TEST_F(Parse, CheckReadsTheVidOnEitherSideOfTheFrame) {
     set_vlan_members(1ull << 2);
     const Bytes frame = received(5, {kVlan100, {0x88, 0x63}});
-    constexpr std::size_t kTagBytes = 4;
+    constexpr size_t kTagBytes = 4;
     bytes = {0x81, 0x00, 0x00, 0x07};
     bytes.insert(bytes.end(), frame.begin(), frame.end());
     bytes.insert(bytes.end(), {0x81, 0x00, 0x00, 0x08});
@@ -245,7 +245,7 @@ TEST_F(Parse, CheckReadsTheVidOnEitherSideOfTheFrame) {
 TEST_F(Parse, CheckRefusesATagThatTheFrameCutsOff) {
     set_vlan_members(~0ull);
     const Bytes frame = received(5, {kVlan100});
-    for (std::size_t length = 19; length < 22; ++length) {
+    for (size_t length = 19; length < 22; ++length) {
         EXPECT_EQ(parse(Bytes(frame.begin(), frame.begin() + static_cast<long>(length)), 1, 18), -1) << length;
         EXPECT_EQ(driver().count(), 0u);
     }
@@ -255,7 +255,7 @@ TEST_F(Parse, CheckRefusesATagThatTheFrameCutsOff) {
 
 TEST_F(Parse, FramesShorterThanTheTagAreRefusedWithNothingWritten) {
     const Bytes frame = received(5, {});
-    for (std::size_t length = 0; length < 18; ++length) {
+    for (size_t length = 0; length < 18; ++length) {
         const Bytes cut(frame.begin(), frame.begin() + static_cast<long>(length));
         EXPECT_EQ(parse(cut), -1) << length;
         EXPECT_EQ(bytes, cut);
@@ -269,14 +269,14 @@ TEST_F(Parse, FramesShorterThanTheTagAreRefusedWithNothingWritten) {
 struct Truncation {
     const char *name;
     Bytes rest;
-    std::size_t needed;  // bytes behind the receive tag that parsing has to read
+    size_t needed;  // bytes behind the receive tag that parsing has to read
 };
 
 class ParseTruncated : public Parse, public ::testing::WithParamInterface<Truncation> {};
 
 TEST_P(ParseTruncated, IsRefusedWhereverAByteThatMustBeReadIsMissing) {
     const Truncation &param = GetParam();
-    for (std::size_t length = 0; length <= param.rest.size(); ++length) {
+    for (size_t length = 0; length <= param.rest.size(); ++length) {
         const Bytes cut(param.rest.begin(), param.rest.begin() + static_cast<long>(length));
         EXPECT_EQ(parse(received(5, {cut})), length < param.needed ? -1 : 0) << length;
         EXPECT_EQ(desc.phy, 5);

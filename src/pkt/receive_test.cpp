@@ -1,5 +1,5 @@
 // adp_receive_frame(): ingress interface and strip.
-#include "pkt/receive_test_support.h"
+#include "pkt/testing/receive.h"
 
 namespace {
 

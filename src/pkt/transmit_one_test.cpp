@@ -1,7 +1,7 @@
 // adp_transmit_frame(): one frame to one interface.
 #include <cerrno>
 
-#include "pkt/transmit_test_support.h"
+#include "pkt/testing/transmit.h"
 
 namespace {
 
@@ -110,13 +110,13 @@ TEST_F(TransmitOne, RefusedSocketOrMemoryIsAFailure) {
 }
 
 TEST_F(TransmitOne, TriesFourTimes) {
-    for (std::size_t k = 0; k < 3; ++k) {
+    for (size_t k = 0; k < 3; ++k) {
         system().fail_call("sendto", k, ENOBUFS);
     }
     EXPECT_EQ(send(1, 3), 0);
     EXPECT_EQ(system().sent().size(), 4u);
     expect_nothing_held();
-    for (std::size_t k = 0; k < 4; ++k) {
+    for (size_t k = 0; k < 4; ++k) {
         system().fail_call("sendto", k, ENOBUFS);
     }
     EXPECT_EQ(send(1, 3), -1);

@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <cerrno>
 
-#include "pkt/transmit_test_support.h"
+#include "pkt/testing/transmit.h"
 
 namespace {
 
@@ -64,7 +64,7 @@ TEST_F(Transmit, TaggedFrameIsTenBytesLongerAndGoesToEth0) {
 }
 
 TEST_F(Transmit, CostsOneAllocationAndLooksTheInterfaceUpForEachFrame) {
-    const std::size_t calls = system().trace().size();
+    const size_t calls = system().trace().size();
     EXPECT_EQ(send(ADP_TX_SWITCH, nullptr), 0);
     EXPECT_EQ(allocations(), 1u);
     const std::vector<std::string> made(system().trace().begin() + static_cast<long>(calls), system().trace().end());
@@ -82,7 +82,7 @@ TEST_F(Transmit, ShortestFrameIsTheTwoAddresses) {
 }
 
 TEST_F(Transmit, RefusesFramesWithoutRoomForTheTag) {
-    for (const std::size_t length : {0u, 1u, 11u}) {
+    for (const size_t length : {0u, 1u, 11u}) {
         frame = make_frame(length);
         frame.reserve(1);
         EXPECT_EQ(send(ADP_TX_SWITCH, nullptr), -1) << length;

@@ -1,6 +1,6 @@
 // adp_get_phy_port_attr(): which port answers, with which driver call.
-#include "port/attribute_test_support.h"
 #include "port/hold.h"
+#include "port/testing/attribute.h"
 
 namespace {
 
@@ -210,7 +210,7 @@ TEST_P(GetLink, NineActiveMembersAreNotAsked) {
 }
 
 TEST_P(GetLink, FirstFailureOnAGroupIs102AndTheOutputIsCleared) {
-    for (std::size_t failing = 0; failing < 3; ++failing) {
+    for (size_t failing = 0; failing < 3; ++failing) {
         start_over();
         script_status([](int32_t) { return 0u; });
         set_active(kGroup, {4, 5, 6});
@@ -296,7 +296,7 @@ TEST_F(GetMaximumSpeed, OfAGroupWithoutMembersIsZero) {
 }
 
 TEST_F(GetMaximumSpeed, FailureIs102AndLeavesTheOutputAlone) {
-    for (std::size_t failing = 0; failing < 3; ++failing) {
+    for (size_t failing = 0; failing < 3; ++failing) {
         start_over();
         script();
         set_configured(kGroup, 1u << 1 | 1u << 3 | 1u << 26);

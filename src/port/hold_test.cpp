@@ -1,6 +1,6 @@
 // The administrative state and the protocol's hold: what each may change, and the state that stands between them.
 #include "port/hold.h"
-#include "port/attribute_test_support.h"
+#include "port/testing/attribute.h"
 
 namespace {
 
@@ -196,9 +196,9 @@ TEST_P(Hold, ActiveMembersFollowWhenNoneIsConfigured) {
 }
 
 TEST_P(Hold, EachMemberCostsHalfASecond) {
-    for (const std::size_t members : {1u, 3u, 8u, 9u}) {
+    for (const size_t members : {1u, 3u, 8u, 9u}) {
         std::vector<uint8_t> ports;
-        for (std::size_t member = 0; member < members; ++member) {
+        for (size_t member = 0; member < members; ++member) {
             ports.push_back(static_cast<uint8_t>(4 + member));
         }
         set_active(kGroup, ports);

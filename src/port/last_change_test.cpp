@@ -1,5 +1,5 @@
 // When a link changed last: which entries a stamp reaches, and which entry answers.
-#include "port/attribute_test_support.h"
+#include "port/testing/attribute.h"
 
 namespace {
 

@@ -154,7 +154,7 @@ TEST_F(LinkMessage, RecordsAreFour16BitNumbersEach) {
         EXPECT_EQ(adp_link_event_fast_send_unicast_msg(7, port, 2), 1);
         std::array<uint16_t, 27 * 4> words;
         std::memcpy(words.data(), g_intf_link_data, sizeof words);
-        for (std::size_t word = 0; word < words.size(); ++word) {
+        for (size_t word = 0; word < words.size(); ++word) {
             const uint32_t expected[] = {7, port, intf, 2};
             EXPECT_EQ(words[word], word / 4 == intf ? expected[word % 4] : 0u) << intf << " " << word;
         }

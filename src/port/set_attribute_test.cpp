@@ -1,6 +1,6 @@
 // adp_set_phy_port_attr(): refusals, and the selectors that set the port or each configured member. Speed has its own
 // cases in speed_test.cpp, the administrative state and the protocol's hold in hold_test.cpp.
-#include "port/attribute_test_support.h"
+#include "port/testing/attribute.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // The single-purpose calls: learning, cable diagnosis, energy-efficient Ethernet, counters, copper or fibre.
 #include <netlink_api.h>
 
-#include "port/attribute_test_support.h"
+#include "port/testing/attribute.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // adp_set_phy_port_attr() for speed, advertised duplex and advertised speed: the method follows the maximum speed.
 #include <algorithm>
 
-#include "port/attribute_test_support.h"
+#include "port/testing/attribute.h"
 
 namespace {
 
@@ -263,7 +263,7 @@ TEST_P(SpeedMethod, AnyOtherMaximumDoesNothing) {
 TEST_P(SpeedMethod, LargestMaximumOfAGroupWinsWhereverItStands) {
     const Lines orders_asked[] = {asked_maximum({28, 4, 5}), asked_maximum({4, 28, 5}), asked_maximum({4, 5, 28})};
     const std::vector<uint8_t> orders[] = {{28, 4, 5}, {4, 28, 5}, {4, 5, 28}};
-    for (std::size_t order = 0; order < std::size(orders); ++order) {
+    for (size_t order = 0; order < std::size(orders); ++order) {
         start_over();
         script_default_board();
         set_active(kGroup, orders[order]);

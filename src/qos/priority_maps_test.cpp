@@ -213,7 +213,7 @@ TEST_F(MapWrite, OfAnArrayAsCallersHaveItIsEightPairsOfWordsOrSixtyFourTriplesOf
     EXPECT_EQ(driver().trace().front(), "user_cosq_mapping_set(unit=0, zero=0, priority=0, queue=7)");
     EXPECT_EQ(driver().take().back(), "user_cosq_mapping_set(unit=0, zero=0, priority=7, queue=0)");
 
-    constexpr std::size_t kLastTriple = std::size_t{3} * 63;
+    constexpr size_t kLastTriple = size_t{3} * 63;
     uint8_t triples[kLastTriple + 3] = {11, 12, 13, 21, 22, 23};
     triples[kLastTriple] = 255;
     triples[kLastTriple + 1] = 128;

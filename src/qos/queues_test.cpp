@@ -248,7 +248,7 @@ TEST_F(QosInit, SetsUpEightQueuesAndTheDefaults) {
 }
 
 TEST_F(QosInit, MakesAllSixCallsWhicheverFailsAndReportsTheFirstOnly) {
-    for (std::size_t failing = 0; failing < std::size(kCalls); ++failing) {
+    for (size_t failing = 0; failing < std::size(kCalls); ++failing) {
         for (const int32_t failure : kFailures) {
             driver().fail_call(failing, failure);
             EXPECT_EQ(adp_qos_init(), failing == 0 ? 102 : 0) << failing;

@@ -122,7 +122,7 @@ TEST_F(StormOfGroup, StopsAtTheFirstFailure) {
     const PortList ports = {4, 5, 29};
     set_configured(kGroup, 1u << 1 | 1u << 2 | 1u << 26);
     const std::string before = table_bytes();
-    for (std::size_t failing = 0; failing < ports.size(); ++failing) {
+    for (size_t failing = 0; failing < ports.size(); ++failing) {
         const PortList reached(ports.begin(), ports.begin() + static_cast<long>(failing) + 1);
         for (const int32_t failure : kFailures) {
             driver().fail_call(failing, failure);

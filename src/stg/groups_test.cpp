@@ -1,5 +1,5 @@
 // Groups as MST instances: created, destroyed and emptied.
-#include "stg/test_support.h"
+#include "stg/testing/support.h"
 
 namespace {
 
@@ -75,8 +75,8 @@ TEST_F(MstpInstance, IsClearedAfterAPositiveResultWhichIsReturned) {
 }
 
 TEST_F(MstpInstance, IsClearedWhicheverLaterCallFails) {
-    const std::size_t last = calls(destroy(5), vlan_remove(5, 100), vlan_remove(5, 200), releases(5)).size() - 1;
-    for (std::size_t failing = 1; failing <= last; ++failing) {
+    const size_t last = calls(destroy(5), vlan_remove(5, 100), vlan_remove(5, 200), releases(5)).size() - 1;
+    for (size_t failing = 1; failing <= last; ++failing) {
         for (const int32_t failure : stg_test::kFailures) {
             start_over();
             set_map({{100, 5}, {150, 7}, {200, 5}});

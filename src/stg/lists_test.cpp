@@ -1,5 +1,5 @@
 // What the chip's counts and lists are answered with: constants, and the driver's own numbers and lists.
-#include "stg/test_support.h"
+#include "stg/testing/support.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // VLANs joining and leaving groups, and the map of them.
-#include "stg/test_support.h"
+#include "stg/testing/support.h"
 
 namespace {
 
@@ -122,7 +122,7 @@ TEST_F(MstiMember, IsStoredEvenWhenTheDriverFails) {
 
 TEST_F(MstiMember, MoveGoesOnWhicheverCallFails) {
     const agg_test::Trace whole = calls(releases(2), vlan_remove(2, 100), vlan_add(3, 100));
-    for (std::size_t failing = 0; failing < whole.size(); ++failing) {
+    for (size_t failing = 0; failing < whole.size(); ++failing) {
         for (const int32_t failure : stg_test::kFailures) {
             start_over();
             set_map({{100, 2}, {101, 2}});
@@ -136,7 +136,7 @@ TEST_F(MstiMember, MoveGoesOnWhicheverCallFails) {
 
 TEST_F(MstiMember, RemovalGoesOnWhicheverCallFails) {
     const agg_test::Trace whole = calls(releases(2), vlan_remove(2, 100));
-    for (std::size_t failing = 0; failing < whole.size(); ++failing) {
+    for (size_t failing = 0; failing < whole.size(); ++failing) {
         start_over();
         set_map({{100, 2}, {101, 2}});
         driver().fail_call(failing, -7);

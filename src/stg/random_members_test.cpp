@@ -2,7 +2,7 @@
 #include <map>
 #include <random>
 
-#include "stg/test_support.h"
+#include "stg/testing/support.h"
 
 namespace {
 
@@ -10,10 +10,10 @@ namespace {
 class Model {
   public:
     struct Counts {
-        std::size_t adds = 0;
-        std::size_t removals = 0;
-        std::size_t states = 0;
-        std::size_t destroyed = 0;
+        size_t adds = 0;
+        size_t removals = 0;
+        size_t states = 0;
+        size_t destroyed = 0;
 
         bool operator==(const Counts &) const = default;
     };

@@ -1,7 +1,7 @@
 // The calls that report a failure of their one driver call: which results they report, on which stream, in which words.
 #include <cstring>
 
-#include "stg/test_support.h"
+#include "stg/testing/support.h"
 
 namespace {
 
@@ -59,7 +59,7 @@ class StgReport : public stg_test::StgTest, public ::testing::WithParamInterface
     static std::string report_of(int32_t result) {
         const std::string placeholder = "RESULT";
         std::string text = GetParam().report;
-        const std::size_t at = text.find(placeholder);
+        const size_t at = text.find(placeholder);
         return at == std::string::npos ? text : text.replace(at, placeholder.size(), std::to_string(result));
     }
 

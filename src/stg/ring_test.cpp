@@ -1,5 +1,5 @@
 // A ring port's state: its state in group 0.
-#include "stg/test_support.h"
+#include "stg/testing/support.h"
 
 namespace {
 
@@ -70,7 +70,7 @@ TEST_F(RingPort, AsAGroupWithoutMembersSetsNothing) {
 }
 
 TEST_F(RingPort, AsAGroupOfNineOrMoreWalksSlotsThatWereNotFilled) {
-    for (const std::size_t count : {9u, 11u}) {
+    for (const size_t count : {9u, 11u}) {
         set_active(kGroup, agg_test::first_ports(count));
         EXPECT_EQ(set(kAgg), Outcome{});
     }
@@ -81,7 +81,7 @@ TEST_F(RingPort, AsAGroupStopsAtTheFirstFailureWith102) {
     const std::vector<int> ports = {4, 29, 6};
     set_active(kGroup, {4, 29, 6});
     const std::string before = table_bytes();
-    for (std::size_t failing = 0; failing < ports.size(); ++failing) {
+    for (size_t failing = 0; failing < ports.size(); ++failing) {
         for (const int32_t failure : stg_test::kFailures) {
             driver().fail_call(failing, failure);
             EXPECT_EQ(set(kAgg), (Outcome{102, "", ""}));

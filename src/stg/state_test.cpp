@@ -1,5 +1,5 @@
 // A port's state in a group: set on ports and on all members of an aggregation interface, read from ports.
-#include "stg/test_support.h"
+#include "stg/testing/support.h"
 
 namespace {
 
@@ -20,7 +20,7 @@ class MstpState : public stg_test::StgTest {
     }
 
     /** The report of the member at a place, an interface number as the report shows it. */
-    static std::string report(std::size_t place, int member, int32_t stg = 5) {
+    static std::string report(size_t place, int member, int32_t stg = 5) {
         return "adp_set_port_mstp_state set tMstId " + std::to_string(stg) + " tIntfId 268435458 atMemList[" +
                std::to_string(place) + "] " + std::to_string(member) + " fail. \n";
     }
@@ -70,7 +70,7 @@ TEST_F(MstpState, OfAGroupWithoutMembersIsNotSet) {
 }
 
 TEST_F(MstpState, OfAGroupOfNineOrMoreIsTheListsResult) {
-    for (const std::size_t count : {9u, 11u}) {
+    for (const size_t count : {9u, 11u}) {
         set_active(kGroup, agg_test::first_ports(count));
         EXPECT_EQ(set(kAgg), (Outcome{-1, "", ""}));
     }
@@ -82,7 +82,7 @@ TEST_F(MstpState, OfAGroupStopsAtTheFirstFailureAndReportsTheMember) {
     const int members[] = {1, 26, 3};
     set_active(kGroup, {4, 29, 6});
     const std::string before = table_bytes();
-    for (std::size_t failing = 0; failing < ports.size(); ++failing) {
+    for (size_t failing = 0; failing < ports.size(); ++failing) {
         for (const int32_t failure : stg_test::kFailures) {
             driver().fail_call(failing, failure);
             EXPECT_EQ(set(kAgg), (Outcome{failure, report(failing, members[failing]), ""}));

@@ -1,7 +1,7 @@
 // A group's VLANs, which are read from the chip in chunks.
 #include <initializer_list>
 
-#include "stg/test_support.h"
+#include "stg/testing/support.h"
 
 namespace {
 
@@ -216,7 +216,7 @@ TEST_F(StgVlans, AreFoundWhenOnlyTheChunkBehindTheLastGroupFails) {
 }
 
 TEST_F(StgVlans, OfAChunkThatFailsAreZerosAndTheOthersAreReadAllTheSame) {
-    constexpr std::size_t kCallsBefore = 3;
+    constexpr size_t kCallsBefore = 3;
     const std::string report = "adp_get_stg_vlan_each_time_list LINE fail.stg 2 ret=-3\n";
     for (const uint32_t failing : {0u, 1u, 3u, 4u}) {
         chip(3, 4096);

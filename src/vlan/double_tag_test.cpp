@@ -1,6 +1,6 @@
 // Double-tag entries, modes and tag protocol identifiers: written to ports or to all active members of a group, read
 // from ports or from a group's management interface.
-#include "core/group_test_support.h"
+#include "core/testing/group.h"
 
 namespace {
 
@@ -99,7 +99,7 @@ TEST_P(DoubleTagSet, OnAGroupWithoutActiveMembersDoesNothing) {
 }
 
 TEST_P(DoubleTagSet, OnAGroupOfNineOrMoreIgnoresTheListsStatusAndFindsOnlyEmptySlots) {
-    for (const std::size_t count : {9u, 11u}) {
+    for (const size_t count : {9u, 11u}) {
         set_active(kGroup, agg_test::first_ports(count));
         EXPECT_EQ(run(kAgg), 0);
     }
@@ -110,7 +110,7 @@ TEST_P(DoubleTagSet, OnAGroupStopsAtTheFirstFailureWith102) {
     const std::vector<int> ports = {4, 29, 6};
     set_active(kGroup, {4, 29, 6});
     const std::string before = table_bytes();
-    for (std::size_t failing = 0; failing < ports.size(); ++failing) {
+    for (size_t failing = 0; failing < ports.size(); ++failing) {
         for (const int32_t failure : kFailures) {
             driver().fail_call(failing, failure);
             EXPECT_EQ(run(kAgg), 102);

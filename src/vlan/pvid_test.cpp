@@ -41,7 +41,7 @@ TEST_F(Pvid, SetOnAGroupTakesTheActiveMembersNotTheConfiguredOnes) {
 
 TEST_F(Pvid, SetOnAGroupStopsAtTheFirstFailure) {
     set_active(2, {4, 5, 6});
-    for (std::size_t failing = 0; failing < 3; ++failing) {
+    for (size_t failing = 0; failing < 3; ++failing) {
         driver().reset();
         driver().fail_call(failing, -7);
         EXPECT_EQ(adp_intf_pivd_set(kAgg2, 100), 102);

@@ -1,5 +1,5 @@
 // Translation and subnet entries: one driver call each, with VLAN ids cut to 16 bits and everything else handed on.
-#include "vlan/plain_call_test_support.h"
+#include "vlan/testing/plain_calls.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // The plain VLAN calls: each makes one driver call, VLAN ids cut to 16 bits, and returns the driver's result.
-#include "vlan/plain_call_test_support.h"
+#include "vlan/testing/plain_calls.h"
 
 namespace {
 

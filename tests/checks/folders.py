@@ -35,7 +35,7 @@ MAY_USE = {
 # Used by tests only, and by those who may use everything.
 EVERYTHING = ("tests", "bench")
 INCLUDE_ROOTS = ("", "include", "platform", "src")
-TEST = re.compile(r"(_test|_test_caller|_test_driver|_test_libraries|test_support|test_caller|_program)\.|/test_|/testing/")
+TEST = re.compile(r"_test\.cpp$|/testing/")
 
 
 def includes(path):

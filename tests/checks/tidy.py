@@ -29,7 +29,7 @@ TOGETHER_CHECKS = "-bugprone-suspicious-include"
 
 
 def sources(root, folder):
-    return sorted(str(path) for path in (root / folder).rglob("*.cpp") if not path.name.endswith("_test.cpp"))
+    return sorted(str(path) for path in (root / folder).rglob("*.cpp") if not path.name.endswith("_test.cpp") and path.parent.name != "testing")
 
 
 def flags_of(command):

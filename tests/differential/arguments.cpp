@@ -16,7 +16,7 @@ using adpsh::Shape;
 namespace {
 
 constexpr uint8_t kUntouched = 0xA5;
-constexpr std::size_t kSetBytes = sizeof(adp_ports_t);
+constexpr size_t kSetBytes = sizeof(adp_ports_t);
 
 void store(const adpsh::Type &type, uint64_t number, uint8_t *to) {
     const auto as = [&](auto value) { std::memcpy(to, &value, sizeof value); };
@@ -37,8 +37,8 @@ bool is_named(const Parameter &parameter, std::string_view name) {
 }
 
 /** Bytes that are the same number in either byte order: each word has four equal ones. */
-void fill_equal_bytes(Random &random, uint8_t *to, std::size_t size) {
-    for (std::size_t n = 0; n < size; ++n) {
+void fill_equal_bytes(Random &random, uint8_t *to, size_t size) {
+    for (size_t n = 0; n < size; ++n) {
         to[n] = n % sizeof(uint32_t) == 0 ? static_cast<uint8_t>(random.next()) : to[n - 1];
     }
 }
@@ -68,7 +68,7 @@ int64_t Slot::number() const {
 
 Arguments::Arguments(const adpsh::Call &call, uint64_t seed, const std::vector<uint32_t> &preset)
     : call_(call), random_(seed), slots_(call.parameters.size()), pointers_(call.parameters.size()) {
-    for (std::size_t index = 0; index < slots_.size(); ++index) {
+    for (size_t index = 0; index < slots_.size(); ++index) {
         Slot &slot = slots_[index];
         slot.parameter = &call.parameters[index];
         if (slot.parameter->direction != Direction::kValue) {
@@ -81,7 +81,7 @@ Arguments::Arguments(const adpsh::Call &call, uint64_t seed, const std::vector<u
             fill_value(slot);
         }
     }
-    for (std::size_t index = 0; index < slots_.size(); ++index) {
+    for (size_t index = 0; index < slots_.size(); ++index) {
         if (slots_[index].parameter->direction != Direction::kValue) {
             fill_memory(index);
         }
@@ -111,7 +111,7 @@ void Arguments::fill_value(Slot &slot) {
             // These two are addresses of sets; all others are numbers as far as the library knows.
             if (name == "ports" || name == "untagged") {
                 slot.pointed.resize(kSetBytes);
-                for (std::size_t n = 0; n < kSetBytes; n += sizeof(uint32_t)) {
+                for (size_t n = 0; n < kSetBytes; n += sizeof(uint32_t)) {
                     store(adpsh::kWord32, random_.sparse(), &slot.pointed[n]);
                 }
                 const auto address = reinterpret_cast<uintptr_t>(random_.one_in(4) ? nullptr : slot.pointed.data());
@@ -138,16 +138,16 @@ void Arguments::fill_value(Slot &slot) {
     }
 }
 
-std::size_t Arguments::extent(const Parameter &parameter) const {
+size_t Arguments::extent(const Parameter &parameter) const {
     if (parameter.counter == adpsh::kNoCounter) {
         return parameter.count;
     }
-    const Slot &counter = slots_[static_cast<std::size_t>(parameter.counter)];
+    const Slot &counter = slots_[static_cast<size_t>(parameter.counter)];
     const int64_t count = counter.number();
     if (is_named(*counter.parameter, "length")) {
-        return count < 0 ? 0 : static_cast<std::size_t>(count & 0xFFFF);
+        return count < 0 ? 0 : static_cast<size_t>(count & 0xFFFF);
     }
-    return count < 0 || count > 4096 ? 0 : static_cast<std::size_t>(count);
+    return count < 0 || count > 4096 ? 0 : static_cast<size_t>(count);
 }
 
 bool Arguments::may_be_null(const Parameter &parameter) const {
@@ -163,7 +163,7 @@ bool Arguments::may_be_null(const Parameter &parameter) const {
                        [&](const auto &each) { return each.call == call_.name && each.parameter == parameter.name; });
 }
 
-void Arguments::fill_memory(std::size_t index) {
+void Arguments::fill_memory(size_t index) {
     Slot &slot = slots_[index];
     const Parameter &parameter = *slot.parameter;
     constexpr uint32_t kNullOneIn = 4;
@@ -197,7 +197,7 @@ void Arguments::fill_elements(Slot &slot) {
         fill_frame(frame);
         std::copy(frame.begin(), frame.end(), slot.data());
     } else {
-        for (std::size_t n = 0; n < slot.elements; ++n) {
+        for (size_t n = 0; n < slot.elements; ++n) {
             fill_element(parameter.type, parameter.name, slot.data() + n * parameter.type.size);
         }
     }
@@ -227,7 +227,7 @@ void Arguments::fill_record(const adpsh::Record &record, const char *name, uint8
         return;
     }
     for (const adpsh::Field &field : record.fields) {
-        for (std::size_t n = 0; n < field.count; ++n) {
+        for (size_t n = 0; n < field.count; ++n) {
             fill_element(field.type, field.name, to + field.offset + n * field.type.size);
         }
     }
@@ -258,8 +258,8 @@ void Arguments::fill_entity(FpEntity &entity, bool as_equal_bytes) {
     const auto count = [&](uint32_t few) {
         return random_.one_in(10) ? random_.one_of(kOddCounts) : static_cast<int32_t>(random_.below(few));
     };
-    const auto fill_words = [&](uint8_t *to, std::size_t size) {
-        for (std::size_t n = 0; n < size; n += sizeof(uint32_t)) {
+    const auto fill_words = [&](uint8_t *to, size_t size) {
+        for (size_t n = 0; n < size; n += sizeof(uint32_t)) {
             store(adpsh::kWord32, n == 0 ? any_number(random_) : random_.sparse(), to + n);
         }
     };
@@ -305,18 +305,18 @@ void Arguments::fill_list(Slot &slot) {
 /** Ethernet with what the receiver looks for, mostly. */
 void Arguments::fill_frame(std::vector<uint8_t> &frame) {
     constexpr uint16_t kTypes[] = {0x8100, 0x8100, 0x8100, 0x9100, 0x0800, 0x86DD, 0x0806};
-    constexpr std::size_t kFirstType = 18;
-    constexpr std::size_t kTypeStep = 4;
-    constexpr std::size_t kTypes_ = 4;
-    constexpr std::size_t kPort = 17;
+    constexpr size_t kFirstType = 18;
+    constexpr size_t kTypeStep = 4;
+    constexpr size_t kTypes_ = 4;
+    constexpr size_t kPort = 17;
     for (uint8_t &byte : frame) {
         byte = static_cast<uint8_t>(random_.next());
     }
     if (frame.size() > kPort) {
         frame[kPort] = static_cast<uint8_t>(random_.below(32) | (frame[kPort] & 0xC0));
     }
-    for (std::size_t n = 0; n < kTypes_; ++n) {
-        const std::size_t at = kFirstType + n * kTypeStep;
+    for (size_t n = 0; n < kTypes_; ++n) {
+        const size_t at = kFirstType + n * kTypeStep;
         if (at + 2 <= frame.size()) {
             const uint16_t type = random_.one_of(kTypes);
             frame[at] = static_cast<uint8_t>(type >> 8);
@@ -324,9 +324,9 @@ void Arguments::fill_frame(std::vector<uint8_t> &frame) {
         }
     }
     // Now and then the protocol byte of a header behind one, two or no tags is UDP's, or the options' 0.
-    constexpr std::size_t kProtocols[] = {14 + 9, 18 + 9, 22 + 9, 14 + 6, 18 + 6, 22 + 6};
-    constexpr std::size_t kTagBytes = 6;
-    for (const std::size_t offset : kProtocols) {
+    constexpr size_t kProtocols[] = {14 + 9, 18 + 9, 22 + 9, 14 + 6, 18 + 6, 22 + 6};
+    constexpr size_t kTagBytes = 6;
+    for (const size_t offset : kProtocols) {
         if (offset + kTagBytes < frame.size() && random_.one_in(3)) {
             frame[offset + kTagBytes] = random_.one_in(2) ? 17 : 0;
         }
@@ -356,13 +356,13 @@ void Arguments::fill_frame_record(Slot &slot) {
 }
 
 /** A parameter's memory, addresses into the call's own frame as offsets. */
-std::vector<uint8_t> Arguments::comparable(std::size_t index) const {
+std::vector<uint8_t> Arguments::comparable(size_t index) const {
     const Slot &slot = slots_[index];
     std::vector<uint8_t> bytes(slot.data(), slot.data() + slot.bytes());
-    const auto put_offset = [&](std::size_t at, const uint8_t *base) {
+    const auto put_offset = [&](size_t at, const uint8_t *base) {
         const uint8_t *address = nullptr;
         std::memcpy(&address, &bytes[at], sizeof address);
-        const std::ptrdiff_t offset = address == nullptr ? -1 : address - base;
+        const ptrdiff_t offset = address == nullptr ? -1 : address - base;
         std::memcpy(&bytes[at], &offset, sizeof offset);
     };
     if (slot.parameter->shape == Shape::kOutPointer) {
@@ -381,7 +381,7 @@ std::vector<uint8_t> Arguments::comparable(std::size_t index) const {
 }
 
 const char *Arguments::difference(const Arguments &other) const {
-    for (std::size_t index = 0; index < slots_.size(); ++index) {
+    for (size_t index = 0; index < slots_.size(); ++index) {
         const Slot &slot = slots_[index];
         if (slot.parameter->direction == Direction::kValue || slot.parameter->shape == Shape::kList) {
             continue;

@@ -6,8 +6,8 @@
 
 #include <adp/adp.h>
 
-#include <cstddef>
-#include <cstdint>
+#include <stddef.h>
+#include <stdint.h>
 #include <string>
 #include <vector>
 
@@ -20,12 +20,12 @@ namespace lives {
 struct Slot {
     const adpsh::Parameter *parameter = nullptr;
     std::vector<uint64_t> storage; /**< the value, or what the address leads to */
-    std::size_t elements = 1;
+    size_t elements = 1;
     bool is_null = false;
     std::vector<uint8_t> pointed;     /**< the frame of a frame record, or the set behind a word */
     std::vector<adp_tx_dest_t> nodes; /**< of a list, whose head is the storage */
 
-    [[nodiscard]] std::size_t bytes() const { return elements * parameter->type.size; }
+    [[nodiscard]] size_t bytes() const { return elements * parameter->type.size; }
     [[nodiscard]] uint8_t *data() { return reinterpret_cast<uint8_t *>(storage.data()); }
     [[nodiscard]] const uint8_t *data() const { return reinterpret_cast<const uint8_t *>(storage.data()); }
     /** A value as a number. */
@@ -48,7 +48,7 @@ class Arguments {
 
   private:
     void fill_value(Slot &slot);
-    void fill_memory(std::size_t index);
+    void fill_memory(size_t index);
     void fill_elements(Slot &slot);
     void fill_element(const adpsh::Type &type, const char *name, uint8_t *to);
     void fill_record(const adpsh::Record &record, const char *name, uint8_t *to);
@@ -56,10 +56,10 @@ class Arguments {
     void fill_list(Slot &slot);
     void fill_frame_record(Slot &slot);
     void fill_frame(std::vector<uint8_t> &frame);
-    [[nodiscard]] std::size_t extent(const adpsh::Parameter &parameter) const;
+    [[nodiscard]] size_t extent(const adpsh::Parameter &parameter) const;
     [[nodiscard]] bool may_be_null(const adpsh::Parameter &parameter) const;
     [[nodiscard]] bool is_receive() const;
-    [[nodiscard]] std::vector<uint8_t> comparable(std::size_t index) const;
+    [[nodiscard]] std::vector<uint8_t> comparable(size_t index) const;
 
     const adpsh::Call &call_;
     Random random_;

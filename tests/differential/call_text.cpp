@@ -17,12 +17,12 @@ using adpsh::Type;
 /** For the trace what a call leaves in a record's blocks is shown without an order of bytes. */
 enum class Style { kScript, kTrace, kTraceAfter };
 
-constexpr std::size_t kMacBytes = 6;
+constexpr size_t kMacBytes = 6;
 
-std::string hex(const uint8_t *bytes, std::size_t size) {
+std::string hex(const uint8_t *bytes, size_t size) {
     constexpr char kDigits[] = "0123456789abcdef";
     std::string text;
-    for (std::size_t n = 0; n < size; ++n) {
+    for (size_t n = 0; n < size; ++n) {
         text += kDigits[bytes[n] >> 4];
         text += kDigits[bytes[n] & 15];
     }
@@ -61,19 +61,19 @@ std::string element_text(const Type &type, const uint8_t *at, Style style) {
     return type.kind == Kind::kRecord ? record_text(*type.record, at, style) : number_text(type, at);
 }
 
-std::string array_text(const Type &type, const uint8_t *at, std::size_t count, Style style) {
+std::string array_text(const Type &type, const uint8_t *at, size_t count, Style style) {
     if (type.kind == Kind::kU8) {
         return count == 0 ? "[]" : hex(at, count);
     }
     std::string text = "[";
-    for (std::size_t n = 0; n < count; ++n) {
+    for (size_t n = 0; n < count; ++n) {
         text += (n == 0 ? "" : ", ") + element_text(type, at + n * type.size, style);
     }
     return text + "]";
 }
 
-bool is_zero(const uint8_t *at, std::size_t size) {
-    for (std::size_t n = 0; n < size; ++n) {
+bool is_zero(const uint8_t *at, size_t size) {
+    for (size_t n = 0; n < size; ++n) {
         if (at[n] != 0) {
             return false;
         }
@@ -89,7 +89,7 @@ bool holds_words(const adpsh::Record &record, const Field &field, const uint8_t 
 }
 
 /** The bytes of each word by size: a block may hold words, bytes and parts of words. */
-std::string sorted_words(const uint8_t *at, std::size_t size) {
+std::string sorted_words(const uint8_t *at, size_t size) {
     std::vector<uint8_t> bytes(at, at + size);
     for (auto word = bytes.begin(); word != bytes.end(); word += sizeof(uint32_t)) {
         std::sort(word, word + sizeof(uint32_t));
@@ -101,7 +101,7 @@ std::string sorted_words(const uint8_t *at, std::size_t size) {
 std::string record_text(const adpsh::Record &record, const uint8_t *at, Style style) {
     std::string text = "{";
     for (const Field &field : record.fields) {
-        std::size_t count = field.count;
+        size_t count = field.count;
         const uint8_t *from = at + field.offset;
         if (field.is_pointer || is_zero(from, count * field.type.size)) {
             continue;
@@ -215,7 +215,7 @@ std::string trace_line(const Arguments &arguments) {
 }
 
 std::string outputs_text(const Arguments &arguments) {
-    constexpr std::size_t kCounterBytes = 8;
+    constexpr size_t kCounterBytes = 8;
     std::string text;
     for (const Slot &slot : arguments.slots()) {
         if (!adpsh::is_output(*slot.parameter) || slot.is_null) {

@@ -58,7 +58,7 @@ void Chip::start(uint64_t seed) {
     }
 }
 
-void Chip::add(const void *data, std::size_t size) {
+void Chip::add(const void *data, size_t size) {
     const auto *bytes = static_cast<const uint8_t *>(data);
     notes_.insert(notes_.end(), bytes, bytes + size);
 }
@@ -73,7 +73,7 @@ void Chip::note(std::string_view line) {
 void Chip::note_arguments(CallId id, const void *const *arguments) {
     const Call &call = calls::call(id);
     add(&id, sizeof id);
-    for (std::size_t index = 0; index < call.params.size(); ++index) {
+    for (size_t index = 0; index < call.params.size(); ++index) {
         const Param &param = call.params[index];
         const void *at = calls::target(param, arguments[index]);
         const uint8_t is_null = at == nullptr ? 1 : 0;
@@ -126,7 +126,7 @@ int64_t Chip::result_of(CallId id, Random &random, const void *const *arguments)
 
 void Chip::write_outputs(CallId id, Random &random, const void *const *arguments) {
     const Call &call = calls::call(id);
-    for (std::size_t index = 0; index < call.params.size(); ++index) {
+    for (size_t index = 0; index < call.params.size(); ++index) {
         const Param &param = call.params[index];
         if (!param.is_written() || mood_ == Mood::kSilent) {
             continue;
@@ -184,7 +184,7 @@ uintptr_t erps_event_queue = 77;
 
 __attribute__((format(printf, 4, 5))) int32_t Log_logging_func(int32_t level, int32_t module, const char *word,
                                                                const char *format, ...) {
-    constexpr std::size_t kTextSize = 1024;
+    constexpr size_t kTextSize = 1024;
     char text[kTextSize] = "";
     va_list values;
     va_start(values, format);

@@ -5,7 +5,7 @@
  */
 #pragma once
 
-#include <cstdint>
+#include <stdint.h>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -41,7 +41,7 @@ class Chip {
     enum class Mood { kWilling, kFailsOnce, kFailsOften, kFailsAlways, kSilent };
 
     [[nodiscard]] int32_t failure(Random &random);
-    void add(const void *data, std::size_t size);
+    void add(const void *data, size_t size);
     void note_arguments(calls::CallId id, const void *const *arguments);
     int64_t result_of(calls::CallId id, Random &random, const void *const *arguments);
     void write_outputs(calls::CallId id, Random &random, const void *const *arguments);

@@ -24,9 +24,9 @@
 // The shell's generated table hands events here.
 namespace adpsh {
 
-std::int32_t report_event(const Callback &callback, const void *const *arguments) {
+int32_t report_event(const Callback &callback, const void *const *arguments) {
     std::string text = callback.name;
-    for (std::size_t index = 0; index < callback.parameters.size(); ++index) {
+    for (size_t index = 0; index < callback.parameters.size(); ++index) {
         const Parameter &parameter = callback.parameters[index];
         text += " " + trace_text::words(arguments[index], parameter.count * parameter.type.size);
     }
@@ -78,21 +78,21 @@ uint32_t weight_of(std::string_view name) {
     return found == weights.end() ? kUsual : found->second;
 }
 
-std::size_t index_of(std::string_view name) {
+size_t index_of(std::string_view name) {
     const auto calls = adpsh::calls();
     const auto found = std::find_if(calls.begin(), calls.end(), [&](const auto &call) { return call.name == name; });
     if (found == calls.end()) {
         std::fprintf(stderr, "lives: there is no call named %s\n", std::string(name).c_str());
         std::exit(2);
     }
-    return static_cast<std::size_t>(found - calls.begin());
+    return static_cast<size_t>(found - calls.begin());
 }
 
 /** Every call as often as its weight says. */
-const std::vector<std::size_t> &urn() {
-    static const std::vector<std::size_t> balls = [] {
-        std::vector<std::size_t> all;
-        for (std::size_t index = 0; index < adpsh::calls().size(); ++index) {
+const std::vector<size_t> &urn() {
+    static const std::vector<size_t> balls = [] {
+        std::vector<size_t> all;
+        for (size_t index = 0; index < adpsh::calls().size(); ++index) {
             all.insert(all.end(), weight_of(adpsh::calls()[index].name), index);
         }
         return all;
@@ -113,7 +113,7 @@ void add_map(std::vector<Step> &life, uint32_t ports) {
 
 }  // namespace
 
-std::vector<Step> make_life(uint64_t seed, std::size_t calls) {
+std::vector<Step> make_life(uint64_t seed, size_t calls) {
     constexpr uint32_t kBoardPorts = 26;
     constexpr uint32_t kKinds = 8;
     constexpr uint32_t kLargest = 34;
@@ -124,7 +124,7 @@ std::vector<Step> make_life(uint64_t seed, std::size_t calls) {
         add_map(life, kind == 1 ? random.below(kLargest) : kBoardPorts);
     }
     while (life.size() < calls) {
-        const std::size_t call = urn()[random.below(static_cast<uint32_t>(urn().size()))];
+        const size_t call = urn()[random.below(static_cast<uint32_t>(urn().size()))];
         const uint64_t high = random.next();
         life.push_back({call, high << 32 | random.next(), {}});
     }
@@ -174,13 +174,13 @@ class Capture {
     std::FILE **stream_;
     std::FILE *was_;
     char *text_ = nullptr;
-    std::size_t size_ = 0;
+    size_t size_ = 0;
 };
 
 /** Texts are equal; a mark in the model's stands for any number. */
 bool is_same_text(std::string_view library, std::string_view model) {
     constexpr char kMark = '\x01';
-    std::size_t at = 0;
+    size_t at = 0;
     for (const char expected : model) {
         if (expected != kMark) {
             if (at >= library.size() || library[at++] != expected) {
@@ -188,7 +188,7 @@ bool is_same_text(std::string_view library, std::string_view model) {
             }
             continue;
         }
-        const std::size_t start = at;
+        const size_t start = at;
         while (at < library.size() && library[at] >= '0' && library[at] <= '9') {
             ++at;
         }
@@ -239,7 +239,7 @@ void set_system_mood(fake_system::System &system, uint64_t seed, uint32_t number
 }
 
 void clear_system_mood(fake_system::System &system) {
-    constexpr std::size_t kNever = 1000000000;
+    constexpr size_t kNever = 1000000000;
     constexpr int kInterfaceIndex = 7;
     for (const char *call : {"socket", "ioctl", "sendto"}) {
         system.fail(call, 0);

@@ -5,8 +5,8 @@
  */
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
+#include <stddef.h>
+#include <stdint.h>
 #include <cstdio>
 #include <span>
 #include <string>
@@ -16,13 +16,13 @@ namespace lives {
 
 /** One call of a life. It depends on nothing before it, so that a life can be cut short anywhere. */
 struct Step {
-    std::size_t call = 0;         /**< which, in the library's table of calls */
+    size_t call = 0;              /**< which, in the library's table of calls */
     uint64_t seed = 0;            /**< of its arguments, and of what the driver answers */
     std::vector<uint32_t> values; /**< given arguments; empty for random ones */
 };
 
 /** The steps of the life with this seed. */
-std::vector<Step> make_life(uint64_t seed, std::size_t calls);
+std::vector<Step> make_life(uint64_t seed, size_t calls);
 
 const char *name_of(const Step &step);
 

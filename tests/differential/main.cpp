@@ -19,7 +19,7 @@ namespace {
 
 using lives::Outcome;
 
-constexpr std::size_t kLifeCalls = 1000;
+constexpr size_t kLifeCalls = 1000;
 
 struct Options {
     uint64_t calls = 200000; /**< 0: for ever */
@@ -74,7 +74,7 @@ bool read_options(int argc, char **argv, Options *options) {
 /** The model has to know every exported call. */
 bool has_all_models() {
     bool is_complete = true;
-    std::size_t at = 0;
+    size_t at = 0;
     for (const auto &call : adpsh::calls()) {
         if (at < lives::models().size() && std::strcmp(lives::models()[at].name, call.name) == 0) {
             ++at;
@@ -90,7 +90,7 @@ bool has_all_models() {
 int count_missed(uint64_t calls) {
     constexpr uint64_t kLongRun = 20000;
     int missed = 0;
-    for (std::size_t n = 0; n < adpsh::calls().size() && calls >= kLongRun; ++n) {
+    for (size_t n = 0; n < adpsh::calls().size() && calls >= kLongRun; ++n) {
         if (lives::counts().calls[n] == 0) {
             std::printf("lives: %s was never called\n", adpsh::calls()[n].name);
             ++missed;
@@ -151,7 +151,7 @@ int run(const Options &options, std::FILE *trace) {
     uint64_t made = 0;
     for (uint64_t number = 0; options.calls == 0 || made < options.calls; ++number) {
         const uint64_t left = options.calls == 0 ? kLifeCalls : options.calls - made;
-        const auto size = static_cast<std::size_t>(std::min<uint64_t>(kLifeCalls, left));
+        const auto size = static_cast<size_t>(std::min<uint64_t>(kLifeCalls, left));
         const auto life = lives::make_life(life_seed(options, number), size);
         if (trace != nullptr) {
             std::fprintf(trace, "== life %llu\n", static_cast<unsigned long long>(number));

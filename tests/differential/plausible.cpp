@@ -189,7 +189,7 @@ void fill_element(Random &random, CallId id, const Element &element, void *to);
 
 void fill_struct(Random &random, CallId id, const Element &element, uint8_t *to) {
     for (const auto &field : element.layout->fields) {
-        const std::size_t size = calls::element_size(field.element);
+        const size_t size = calls::element_size(field.element);
         for (uint32_t n = 0; n < field.count; ++n) {
             fill_element(random, id, field.element, to + field.offset + n * size);
         }
@@ -220,7 +220,7 @@ void fill_vlan_record(Random &random, void *to) {
 
 }  // namespace
 
-void fill_output(Random &random, CallId id, const Param &param, void *to, std::size_t count) {
+void fill_output(Random &random, CallId id, const Param &param, void *to, size_t count) {
     if (id == CallId::user_l2_bpdu_get) {
         fill_mac(random, static_cast<uint8_t *>(to));
         return;
@@ -229,8 +229,8 @@ void fill_output(Random &random, CallId id, const Param &param, void *to, std::s
         fill_vlan_record(random, to);
         return;
     }
-    const std::size_t size = calls::element_size(param.element);
-    for (std::size_t n = 0; n < count; ++n) {
+    const size_t size = calls::element_size(param.element);
+    for (size_t n = 0; n < count; ++n) {
         fill_element(random, id, param.element, static_cast<uint8_t *>(to) + n * size);
     }
 }

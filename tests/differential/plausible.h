@@ -4,8 +4,8 @@
  */
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
+#include <stddef.h>
+#include <stdint.h>
 #include <string_view>
 
 #include "calls/call_table.h"
@@ -21,6 +21,6 @@ uint32_t any_interface(Random &random);
 uint32_t number_for(Random &random, std::string_view name);
 
 /** What a driver call writes. */
-void fill_output(Random &random, calls::CallId id, const calls::Param &param, void *to, std::size_t count);
+void fill_output(Random &random, calls::CallId id, const calls::Param &param, void *to, size_t count);
 
 }  // namespace lives

@@ -4,8 +4,8 @@
  */
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
+#include <stddef.h>
+#include <stdint.h>
 #include <span>
 
 namespace lives {
@@ -29,7 +29,7 @@ class Random {
     /** 0 .. limit - 1 */
     uint32_t below(uint32_t limit) { return next() % limit; }
     bool one_in(uint32_t n) { return below(n) == 0; }
-    template <typename T, std::size_t n>
+    template <typename T, size_t n>
     T one_of(const T (&choices)[n]) {
         return choices[below(n)];
     }

@@ -59,7 +59,7 @@ Outcome run_life(const std::vector<Step> &steps, std::FILE *trace) {
     counts().step = 0;
     const int status = run_child([&] {
         Life life(trace);
-        for (std::size_t n = 0; n < steps.size(); ++n) {
+        for (size_t n = 0; n < steps.size(); ++n) {
             counts().step = n;
             ++counts().calls[steps[n].call];
             if (!life.live(steps[n])) {
@@ -84,7 +84,7 @@ void print(const std::string &line) {
 /** Answers other than 0 are what a person has to make happen to see the same. */
 void print_answers(const std::vector<std::string> &lines) {
     for (const std::string &line : lines) {
-        const std::size_t arrow = line.rfind(" -> ");
+        const size_t arrow = line.rfind(" -> ");
         if (arrow != std::string::npos && line[arrow + 4] != '0') {
             print("#   " + line);
         }
@@ -127,18 +127,18 @@ void report_life(const std::vector<Step> &steps) {
 
 std::vector<Step> shrink(std::vector<Step> steps, const Outcome &outcome) {
     steps.resize(outcome.step + 1);
-    const std::size_t call = steps.back().call;
+    const size_t call = steps.back().call;
     const auto still_ends = [&](const std::vector<Step> &candidate) {
         const Outcome now = run_life(candidate, nullptr);
         return now.end == outcome.end && now.step + 1 == candidate.size() && candidate.back().call == call;
     };
     // Takes out ever smaller pieces; the last step is what it is about and stays.
-    for (std::size_t piece = steps.size() / 2; piece >= 1;) {
+    for (size_t piece = steps.size() / 2; piece >= 1;) {
         bool was_shortened = false;
-        for (std::size_t at = 0; at + piece < steps.size();) {
+        for (size_t at = 0; at + piece < steps.size();) {
             std::vector<Step> candidate = steps;
-            const auto from = candidate.begin() + static_cast<std::ptrdiff_t>(at);
-            candidate.erase(from, from + static_cast<std::ptrdiff_t>(piece));
+            const auto from = candidate.begin() + static_cast<ptrdiff_t>(at);
+            candidate.erase(from, from + static_cast<ptrdiff_t>(piece));
             if (still_ends(candidate)) {
                 steps = std::move(candidate);
                 was_shortened = true;

@@ -4,8 +4,8 @@
  */
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
+#include <stddef.h>
+#include <stdint.h>
 #include <cstdio>
 #include <vector>
 
@@ -16,15 +16,15 @@ namespace lives {
 struct Outcome {
     enum class End { kAgreed, kParted, kCrashed };
     End end = End::kAgreed;
-    std::size_t step = 0; /**< the one at which it ended, if they did not agree */
+    size_t step = 0; /**< the one at which it ended, if they did not agree */
 };
 
 /** What all lives did, kept where child processes can write it. */
 struct Counts {
-    static constexpr std::size_t kMostCalls = 512;
+    static constexpr size_t kMostCalls = 512;
     uint64_t imported_calls;    /**< driver, service and system calls, and events, of the library */
     uint64_t calls[kMostCalls]; /**< by place in the table of calls */
-    std::size_t step;           /**< the life's own, for a child that cannot say it any more */
+    size_t step;                /**< the life's own, for a child that cannot say it any more */
 };
 Counts &counts();
 

@@ -21,7 +21,7 @@ std::string element_text(const T &value) {
     const auto *bytes = reinterpret_cast<const uint8_t *>(&value);
     std::string text;
     char pair[4];
-    for (std::size_t n = 0; n < sizeof value && n < 64; ++n) {
+    for (size_t n = 0; n < sizeof value && n < 64; ++n) {
         snprintf(pair, sizeof pair, n % 4 == 3 ? "%02x " : "%02x", bytes[n]);
         text += pair;
     }
@@ -29,11 +29,11 @@ std::string element_text(const T &value) {
 }
 
 template <typename T>
-std::string compare_rows(const char *name, const T *library, const T *model, std::size_t count) {
+std::string compare_rows(const char *name, const T *library, const T *model, size_t count) {
     if (count == 0 || std::memcmp(library, model, count * sizeof(T)) == 0) {
         return "";
     }
-    std::size_t row = 0;
+    size_t row = 0;
     while (std::memcmp(library + row, model + row, sizeof(T)) == 0) {
         ++row;
     }
@@ -71,7 +71,7 @@ std::string compare_states() {
 
 std::string compare_rules() {
     const adp_list_link_t *link = acl_fp_list_head.next;
-    for (std::size_t n = 0; n < tables.rules.size(); ++n) {
+    for (size_t n = 0; n < tables.rules.size(); ++n) {
         if (link == &acl_fp_list_head) {
             return "acl_fp_list_head: the library has " + std::to_string(n) + " rules, the model " +
                    std::to_string(tables.rules.size());
@@ -84,7 +84,7 @@ std::string compare_rules() {
         if (!difference.empty()) {
             const auto *a = reinterpret_cast<const uint8_t *>(&node->entity);
             const auto *b = reinterpret_cast<const uint8_t *>(&tables.rules[n]->entity);
-            std::size_t byte = 0;
+            size_t byte = 0;
             while (a[byte] == b[byte]) {
                 ++byte;
             }

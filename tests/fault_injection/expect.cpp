@@ -103,7 +103,7 @@ class Walk {
 
     std::optional<FailingCall> failing_;
     Expected outcome_;
-    std::size_t number_ = 0;
+    size_t number_ = 0;
     bool ended_ = false;
     bool status_is_set_ = false;
     std::string until_;

@@ -15,7 +15,7 @@ namespace {
 constexpr std::string_view kNeverFail[] = {"agg_event", "link_event", "usleep"};
 
 std::string replaced(std::string text, std::string_view what, const std::string &with) {
-    for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + with.size())) {
+    for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + with.size())) {
         text.replace(at, what.size(), with);
     }
     return text;
@@ -42,8 +42,8 @@ std::vector<std::string> words_of(const std::string &text) {
 
 /** Cuts a bracketed part that stands in no other out of the text, and gives what it holds. */
 std::string take_bracket(std::string &text, char open) {
-    for (std::size_t at = text.find_first_of("({<"); at != std::string::npos; at = text.find_first_of("({<", at)) {
-        const std::size_t end = closing(text, at);
+    for (size_t at = text.find_first_of("({<"); at != std::string::npos; at = text.find_first_of("({<", at)) {
+        const size_t end = closing(text, at);
         if (text[at] == open) {
             std::string inside = text.substr(at + 1, end - at - 1);
             text.erase(at, end - at + 1);
@@ -57,7 +57,7 @@ std::string take_bracket(std::string &text, char open) {
 /** `own`, `102`, `ignored`, `or`, `last`, all also with `before CALL` or `without CALL`. */
 Policy policy_of(std::vector<std::string> words) {
     Policy policy;
-    constexpr std::size_t kWithCall = 3;
+    constexpr size_t kWithCall = 3;
     if (words.size() == kWithCall && words[1] == "before") {
         policy.until = words.back();
         words.resize(1);
@@ -83,9 +83,9 @@ Policy policy_of(std::vector<std::string> words) {
 
 /** The pieces around the word that stands in no bracket. */
 std::vector<std::string> split_at_word(std::string text, const std::string &word) {
-    std::size_t depth = 0;
+    size_t depth = 0;
     const std::string separator = " " + word + " ";
-    for (std::size_t at = 0; at < text.size(); ++at) {
+    for (size_t at = 0; at < text.size(); ++at) {
         depth += std::string_view("({<").find(text[at]) != std::string_view::npos ? 1U : 0U;
         depth -= std::string_view(")}>").find(text[at]) != std::string_view::npos ? 1U : 0U;
         if (depth == 0 && text.compare(at, separator.size(), separator) == 0) {
@@ -126,7 +126,7 @@ class Reader {
 
     /** `active(..)`, `configured(..)`, `ports(..)` once for each of them, `64*(..)` so many times. */
     [[nodiscard]] std::optional<Plan> loop(const std::string &text, const std::string &port) const {
-        const std::size_t open = text.find('(');
+        const size_t open = text.find('(');
         const std::string head = text.substr(0, open);
         const std::string body = text.substr(open + 1, text.size() - open - 2);
         if (head == "active") {
@@ -337,7 +337,7 @@ std::optional<Plan> plan_without_driver(const Family &family, const Row &row, co
 std::vector<Assignment> assignments_of(const std::string &text) {
     std::vector<Assignment> assignments;
     for (const std::string &piece : split(text, ',')) {
-        const std::size_t at = piece.find('=');
+        const size_t at = piece.find('=');
         if (at == std::string::npos) {
             throw std::runtime_error("'" + piece + "' assigns nothing");
         }

@@ -5,7 +5,7 @@
  */
 #pragma once
 
-#include <cstdint>
+#include <stdint.h>
 #include <optional>
 #include <string>
 #include <vector>
@@ -93,9 +93,9 @@ struct Expected {
 /** The call of a plan that fails, and how. */
 struct FailingCall {
     /** In place of a number: every call of the driver and the services. */
-    static constexpr std::size_t kEvery = SIZE_MAX;
+    static constexpr size_t kEvery = SIZE_MAX;
 
-    std::size_t number;
+    size_t number;
     int64_t result;
     bool writes; /**< what a success writes is written all the same */
 };

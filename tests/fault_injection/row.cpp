@@ -19,14 +19,14 @@ std::filesystem::path folder() {
 
 /** A piece of the file that belongs together: a row or a definition with the lines that go on. */
 struct Paragraph {
-    std::size_t line = 0;
+    size_t line = 0;
     std::string text;
 };
 
 std::vector<Paragraph> paragraphs_of(std::istream &text) {
     std::vector<Paragraph> paragraphs;
     std::string line;
-    for (std::size_t number = 1; std::getline(text, line); ++number) {
+    for (size_t number = 1; std::getline(text, line); ++number) {
         line.resize(std::min(line.size(), line.find('#')));
         if (trimmed(line).empty()) {
             continue;
@@ -42,7 +42,7 @@ std::vector<Paragraph> paragraphs_of(std::istream &text) {
 
 /** Splits "name: text" or "name = text". */
 std::pair<std::string, std::string> named(const std::string &text, char mark, const std::string &where) {
-    const std::size_t at = text.find(mark);
+    const size_t at = text.find(mark);
     if (at == std::string::npos) {
         throw std::runtime_error(where + ": '" + text + "' lacks a '" + mark + "'");
     }
@@ -52,7 +52,7 @@ std::pair<std::string, std::string> named(const std::string &text, char mark, co
 Row row_of(const std::string &text, const std::string &where) {
     const std::vector<std::string> pieces = split(text, '|');
     Row row{where, pieces.front().substr(0, pieces.front().find(' ')), pieces.front(), {}};
-    for (std::size_t index = 1; index < pieces.size(); ++index) {
+    for (size_t index = 1; index < pieces.size(); ++index) {
         auto clause = named(pieces[index], ':', where);
         if (!row.clauses.insert(std::move(clause)).second) {
             throw std::runtime_error(where + ": a clause stands twice: " + pieces[index]);
@@ -109,7 +109,7 @@ Family parse_family(const std::string &name, std::istream &text) {
 }
 
 std::string trimmed(std::string_view text) {
-    const std::size_t first = text.find_first_not_of(" \t");
+    const size_t first = text.find_first_not_of(" \t");
     if (first == std::string_view::npos) {
         return "";
     }
@@ -118,8 +118,8 @@ std::string trimmed(std::string_view text) {
 
 std::vector<std::string> split(std::string_view text, char separator) {
     std::vector<std::string> pieces;
-    std::size_t start = 0;
-    for (std::size_t at = 0; at <= text.size(); ++at) {
+    size_t start = 0;
+    for (size_t at = 0; at <= text.size(); ++at) {
         if (at < text.size() && kOpening.find(text[at]) != std::string_view::npos) {
             at = closing(text, at);
         } else if (at == text.size() || text[at] == separator) {
@@ -133,9 +133,9 @@ std::vector<std::string> split(std::string_view text, char separator) {
     return pieces;
 }
 
-std::size_t closing(std::string_view text, std::size_t open) {
-    std::size_t depth = 0;
-    for (std::size_t at = open; at < text.size(); ++at) {
+size_t closing(std::string_view text, size_t open) {
+    size_t depth = 0;
+    for (size_t at = open; at < text.size(); ++at) {
         if (kOpening.find(text[at]) != std::string_view::npos) {
             ++depth;
         } else if (kClosing.find(text[at]) != std::string_view::npos && --depth == 0) {

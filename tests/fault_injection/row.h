@@ -12,7 +12,7 @@
  */
 #pragma once
 
-#include <cstddef>
+#include <stddef.h>
 #include <istream>
 #include <map>
 #include <string>
@@ -53,6 +53,6 @@ std::string trimmed(std::string_view text);
 /** The pieces between separators that stand outside all brackets, trimmed, without empty ones. */
 std::vector<std::string> split(std::string_view text, char separator);
 /** The position of the bracket that closes the one at @p open; throws std::runtime_error when there is none. */
-std::size_t closing(std::string_view text, std::size_t open);
+size_t closing(std::string_view text, size_t open);
 
 }  // namespace fault

@@ -71,8 +71,8 @@ class Subject {
     static void add_numbers(const adpsh::Slot &slot, std::vector<std::string> &bytes) {
         for (const adpsh::Field &field : slot.parameter->type.record->fields) {
             if (!field.is_pointer && !slot.is_null) {
-                const auto from = slot.storage.begin() + static_cast<std::ptrdiff_t>(field.offset);
-                bytes.emplace_back(from, from + static_cast<std::ptrdiff_t>(field.type.size * field.count));
+                const auto from = slot.storage.begin() + static_cast<ptrdiff_t>(field.offset);
+                bytes.emplace_back(from, from + static_cast<ptrdiff_t>(field.type.size * field.count));
             }
         }
     }
@@ -161,7 +161,7 @@ void arm(const Failure &failure, fake_system::System &system) {
 void observe(Subject &subject, const Failure &failure, fake_system::System &system, Observed &observed) {
     const auto held = [&system] { return static_cast<int64_t>(system.outstanding_allocations()); };
     const auto open = [&system] { return static_cast<int64_t>(system.open_descriptors()); };
-    const std::size_t allocations = system.allocations();
+    const size_t allocations = system.allocations();
     const int64_t held_before = held();
     const int64_t open_before = open();
     system.on_call([](const std::string &line) { recording::driver().note(line); });

@@ -4,7 +4,7 @@
  */
 #pragma once
 
-#include <cstdint>
+#include <stdint.h>
 #include <string>
 #include <vector>
 
@@ -21,7 +21,7 @@ namespace fault {
 struct Failure {
     enum class What { kNothing, kDriver, kEveryDriverCall, kAllocation, kSystem };
     What what = What::kNothing;
-    std::size_t index = 0;
+    size_t index = 0;
     std::string name;    /**< of a system call */
     int32_t value = 0;   /**< the driver's result, or the error number */
     bool writes = false; /**< the driver writes its outputs all the same */
@@ -38,7 +38,7 @@ struct Observed {
     int64_t status = 0;
     std::vector<std::string> trace;
     Memory memory;
-    std::size_t allocations = 0;
+    size_t allocations = 0;
     int64_t kept_memory = 0; /**< blocks more, or fewer, than before */
     int64_t open_descriptors = 0;
 };

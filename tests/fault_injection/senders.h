@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "src/pkt/transmit_test_support.h"
+#include "src/pkt/testing/transmit.h"
 
 namespace fault {
 
@@ -79,15 +79,15 @@ class SendingTest : public transmit_test::TransmitTest {
     }
 
     /** How often a call stands in the trace since the test began. */
-    std::size_t count(const std::string &call) {
+    size_t count(const std::string &call) {
         const auto &trace = system().trace();
-        return static_cast<std::size_t>(std::count_if(trace.begin(), trace.end(), [&call](const std::string &line) {
+        return static_cast<size_t>(std::count_if(trace.begin(), trace.end(), [&call](const std::string &line) {
             return line.substr(0, line.find('(')) == call;
         }));
     }
 
   private:
-    std::size_t open_ = 0;
+    size_t open_ = 0;
 };
 
 }  // namespace fault

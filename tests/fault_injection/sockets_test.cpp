@@ -14,7 +14,7 @@ using fault::SendingTest;
 using ::testing::Combine;
 using ::testing::ValuesIn;
 
-constexpr std::size_t kAttempts = 4;
+constexpr size_t kAttempts = 4;
 constexpr int kErrors[] = {ENOBUFS, ENETDOWN, EPERM, EINTR};
 
 /** A way to send and an error. */
@@ -29,7 +29,7 @@ std::string name_of(const testing::TestParamInfo<std::tuple<Sender, int>> &info)
 }
 
 TEST_P(SystemCallFails, AFirstSocketIsMissedByWhoNeedsItOnly) {
-    const std::size_t sockets_before = count("socket");
+    const size_t sockets_before = count("socket");
     system().fail_call("socket", 0, error());
     // A socket of its own is needed for the frame, the other one only for the interface's index.
     EXPECT_EQ(sender().send(), sender().has_own_socket ? ADP_FAIL : ADP_OK);
@@ -51,9 +51,9 @@ TEST_P(SystemCallFails, WithoutTheInterfacesIndexAFrameStillLeaves) {
 }
 
 TEST_P(SystemCallFails, ASendIsTriedFourTimesWhateverTheError) {
-    for (std::size_t failures = 1; failures <= kAttempts; ++failures) {
-        const std::size_t before = system().sent().size();
-        for (std::size_t attempt = 0; attempt < failures; ++attempt) {
+    for (size_t failures = 1; failures <= kAttempts; ++failures) {
+        const size_t before = system().sent().size();
+        for (size_t attempt = 0; attempt < failures; ++attempt) {
             system().fail_call("sendto", attempt, error());
         }
         EXPECT_EQ(sender().send(), failures < kAttempts ? ADP_OK : ADP_FAIL) << failures;
@@ -68,8 +68,8 @@ INSTANTIATE_TEST_SUITE_P(Fault, SystemCallFails, Combine(ValuesIn(senders()), Va
 class Send : public SendingTest, public testing::WithParamInterface<Sender> {};
 
 TEST_P(Send, ThatFallsShortIsAFailureAndNotRepeated) {
-    for (const std::size_t bytes : {std::size_t{0}, std::size_t{1}, frame().size(), frame().size() + 9}) {
-        const std::size_t before = system().sent().size();
+    for (const size_t bytes : {size_t{0}, size_t{1}, frame().size(), frame().size() + 9}) {
+        const size_t before = system().sent().size();
         system().send_only(bytes);
         EXPECT_EQ(GetParam().send(), ADP_FAIL) << bytes;
         EXPECT_EQ(system().sent().size() - before, 1U) << bytes;
@@ -78,7 +78,7 @@ TEST_P(Send, ThatFallsShortIsAFailureAndNotRepeated) {
 }
 
 TEST_P(Send, WithoutMemoryAsksNothingOfTheSystem) {
-    const std::size_t calls = system().trace().size();
+    const size_t calls = system().trace().size();
     system().fail_allocation(0);
     EXPECT_EQ(GetParam().send(), ADP_FAIL);
     EXPECT_EQ(system().trace().size(), calls);

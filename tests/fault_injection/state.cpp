@@ -59,7 +59,7 @@ void set_members(const State &state) {
 
 std::vector<uint32_t> State::active_members() const {
     // A list of more is refused whole, and who does not look at that walks empty slots.
-    constexpr std::size_t kMostActive = 8;
+    constexpr size_t kMostActive = 8;
     return active.size() > kMostActive ? std::vector<uint32_t>() : without_empty(active);
 }
 

@@ -7,7 +7,7 @@
  */
 #pragma once
 
-#include <cstdint>
+#include <stdint.h>
 #include <span>
 #include <string>
 #include <vector>

@@ -17,7 +17,7 @@ constexpr uint32_t kFrames = 100000;
 constexpr uint32_t kFramesWithOwnSocket = 1000;
 
 /** Bytes that the whole process has allocated; the sanitizers' allocator gives 0, and looks for leaks itself. */
-std::size_t heap_in_use() {
+size_t heap_in_use() {
     return mallinfo2().uordblks;
 }
 
@@ -37,7 +37,7 @@ class ManyFrames : public fault::SendingTest {
         for (uint32_t number = 0; number < kWarmUp; ++number) {
             one(number);
         }
-        const std::size_t before = heap_in_use();
+        const size_t before = heap_in_use();
         for (uint32_t number = 0; number < frames; ++number) {
             one(number);
         }
@@ -85,7 +85,7 @@ TEST_F(ManyFrames, ThroughSocketsOfTheirOwnHoldNothing) {
 }
 
 TEST_F(ManyFrames, ReceivedHoldNothing) {
-    constexpr std::size_t kReceived = 64;
+    constexpr size_t kReceived = 64;
     // Port 5 in the tag, then an IPv4 packet in VLAN 100; every other frame has no VLAN and is refused.
     constexpr std::array<uint8_t, 10> kTagged = {0x88, 0x74, 0, 0, 0, 5, 0x81, 0, 0, 100};
     uint32_t parsed = 0;

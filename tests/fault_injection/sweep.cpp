@@ -21,7 +21,7 @@ constexpr int32_t kNegative = -9;
 constexpr int32_t kPositive = 77;
 
 /** What a call's failure is: the driver's calls give two results, so that rules for negative ones show. */
-std::vector<Failure> failures_of(const Item &item, std::size_t driver_calls, std::size_t same_name) {
+std::vector<Failure> failures_of(const Item &item, size_t driver_calls, size_t same_name) {
     if (item.name == kAllocation) {
         return {{Failure::What::kAllocation, same_name, "", 0, false}};
     }
@@ -49,7 +49,7 @@ std::string without_result(const std::string &line) {
 /** Whether the argument, or a field of one, stands in the line with this value. */
 bool shows(const std::string &line, const Assignment &argument) {
     const std::string text = argument.target + "=" + argument.value;
-    for (std::size_t at = line.find(text); at != std::string::npos; at = line.find(text, at + 1)) {
+    for (size_t at = line.find(text); at != std::string::npos; at = line.find(text, at + 1)) {
         const bool begins = std::string_view("( {").find(line[at - 1]) != std::string_view::npos;
         const bool ends = std::string_view(",)}").find(line[at + text.size()]) != std::string_view::npos;
         if (begins && ends) {
@@ -88,9 +88,9 @@ class Trial {
 
     void run_all() {
         const Observed clean = run_one({}, std::nullopt);
-        std::size_t number = 0;
-        std::size_t driver_calls = 0;
-        std::map<std::string, std::size_t> by_name;
+        size_t number = 0;
+        size_t driver_calls = 0;
+        std::map<std::string, size_t> by_name;
         for (const Item *item : failing_calls(*plan_)) {
             failing_item_ = item;
             for (const Failure &failure : failures_of(*item, driver_calls, by_name[item->name])) {
@@ -113,7 +113,7 @@ class Trial {
     }
 
   private:
-    Observed run_one(const Failure &failure, std::optional<std::size_t> failing) {
+    Observed run_one(const Failure &failure, std::optional<size_t> failing) {
         what_ = describe(failure, failing);
         const int64_t result = failure.what == Failure::What::kSystem ? -1 : failure.value;
         const Expected expected =
@@ -127,7 +127,7 @@ class Trial {
         return observed;
     }
 
-    [[nodiscard]] std::string describe(const Failure &failure, std::optional<std::size_t> failing) const {
+    [[nodiscard]] std::string describe(const Failure &failure, std::optional<size_t> failing) const {
         if (!failing) {
             return "nothing failing";
         }
@@ -157,7 +157,7 @@ class Trial {
 
     /** The calls must be the expected ones, and those that the undisturbed run makes too must be made alike. */
     void compare_calls(const Expected &expected, const Observed &observed) {
-        std::size_t line = 0;
+        size_t line = 0;
         for (const ExpectedCall &call : expected.calls) {
             if (call.item->name == kAllocation) {
                 continue;
@@ -193,7 +193,7 @@ class Trial {
             complain("a table differs" + difference(observed.memory.tables, memory.tables));
         }
         compare_rules(expected.rules.value_or(memory.rules), observed.memory.rules);
-        for (std::size_t index = 0; index < memory.outputs.size(); ++index) {
+        for (size_t index = 0; index < memory.outputs.size(); ++index) {
             if (observed.memory.outputs[index] != memory.outputs[index]) {
                 complain("output " + std::to_string(index) + " differs" +
                          difference(observed.memory.outputs[index], memory.outputs[index]));
@@ -230,7 +230,7 @@ class Trial {
         if (observed.size() != expected.size()) {
             return ": it has " + std::to_string(observed.size()) + " bytes, not " + std::to_string(expected.size());
         }
-        std::size_t at = 0;
+        size_t at = 0;
         while (observed[at] == expected[at]) {
             ++at;
         }
@@ -251,7 +251,7 @@ class Trial {
 };
 
 void sweep_row(const Family &family, const Row &row, Report &report) {
-    std::size_t states_run = 0;
+    size_t states_run = 0;
     for (const State &state : states()) {
         Trial trial(family, row, state, report);
         if (trial.applies()) {

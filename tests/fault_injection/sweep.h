@@ -4,7 +4,7 @@
  */
 #pragma once
 
-#include <cstddef>
+#include <stddef.h>
 #include <set>
 #include <string>
 #include <vector>
@@ -15,12 +15,12 @@ namespace fault {
 
 struct Counts {
     std::set<std::string> functions;
-    std::size_t rows = 0;
-    std::size_t runs = 0;
-    std::size_t runs_without_driver = 0; /**< of them those in which every driver and service call failed */
-    std::size_t failed_calls = 0;        /**< driver and service calls that failed, one per run */
-    std::size_t failed_system_calls = 0;
-    std::size_t failed_allocations = 0;
+    size_t rows = 0;
+    size_t runs = 0;
+    size_t runs_without_driver = 0; /**< of them those in which every driver and service call failed */
+    size_t failed_calls = 0;        /**< driver and service calls that failed, one per run */
+    size_t failed_system_calls = 0;
+    size_t failed_allocations = 0;
 
     Counts &operator+=(const Counts &more);
 };

@@ -12,7 +12,7 @@ namespace fault {
 namespace {
 
 /** More would only hide the first. */
-constexpr std::size_t kComplaintsShown = 20;
+constexpr size_t kComplaintsShown = 20;
 
 Counts all;
 
@@ -42,7 +42,7 @@ TEST_P(EveryFailingCall, IsHandledAsItsRowSays) {
     print(GetParam(), report.counts);
     all += report.counts;
     EXPECT_EQ(report.complaints.size(), 0U);
-    for (std::size_t index = 0; index < std::min(kComplaintsShown, report.complaints.size()); ++index) {
+    for (size_t index = 0; index < std::min(kComplaintsShown, report.complaints.size()); ++index) {
         ADD_FAILURE() << report.complaints[index];
     }
 }

@@ -24,10 +24,10 @@ adpsh::Value value_of(const std::string &text) {
     return std::get<adpsh::Command>(parsed).arguments.front().value;
 }
 
-std::vector<std::size_t> indexes_of(std::string_view text) {
-    std::vector<std::size_t> indexes;
+std::vector<size_t> indexes_of(std::string_view text) {
+    std::vector<size_t> indexes;
     while (!text.empty()) {
-        const std::size_t end = text.find(']');
+        const size_t end = text.find(']');
         indexes.push_back(std::stoul(std::string(text.substr(1, end - 1))));
         text.remove_prefix(end + 1);
     }
@@ -39,7 +39,7 @@ bool has_room(const adpsh::Value &value) {
 }
 
 /** Stores a list, a set or one element, all of which must have room. */
-void store_values(const adpsh::Type &type, std::size_t count, void *to, const adpsh::Value &value) {
+void store_values(const adpsh::Type &type, size_t count, void *to, const adpsh::Value &value) {
     const adpsh::Variables none;
     std::deque<adpsh::Bytes> room;
     adpsh::Context context{none, room};
@@ -88,7 +88,7 @@ bool assign_hidden(const Target &target, const std::string &value) {
 
 /** Replaces a table of the map by a cleared one, or by none. */
 void replace_map(const std::string &name, const std::string &value) {
-    const std::size_t rows = value == "none" ? 0 : adp_max_phy_port_num + 1;
+    const size_t rows = value == "none" ? 0 : adp_max_phy_port_num + 1;
     if (name == "intf_to_phy_port") {
         std::free(intf_to_phy_port);
         intf_to_phy_port =
@@ -113,7 +113,7 @@ void give_struct(const calls::Param &param, const std::string &value, std::vecto
 
 /** The bytes of a driver call's output: numbers, a struct's fields, or `every NN`. */
 std::vector<uint8_t> output_bytes(const calls::Param &param, const std::string &value) {
-    const std::size_t size = calls::element_size(param.element);
+    const size_t size = calls::element_size(param.element);
     std::vector<uint8_t> bytes(size * param.extent);
     if (value.rfind(kEveryByte, 0) == 0) {
         bytes.assign(bytes.size(), adpsh::bytes_of(value_of(value.substr(kEveryByte.size())), {}).front());
@@ -124,7 +124,7 @@ std::vector<uint8_t> output_bytes(const calls::Param &param, const std::string &
         const std::vector<adpsh::Argument> one{{"", parsed}};
         const auto &items = parsed.form == adpsh::Value::Form::kList ? parsed.items : one;
         bytes.resize(std::max(bytes.size(), items.size() * size));
-        for (std::size_t index = 0; index < items.size(); ++index) {
+        for (size_t index = 0; index < items.size(); ++index) {
             calls::store(param.element.kind, &bytes[index * size],
                          adpsh::number_of(items[index].value, adpsh::Kind::kU64));
         }
@@ -135,18 +135,18 @@ std::vector<uint8_t> output_bytes(const calls::Param &param, const std::string &
 }  // namespace
 
 Target target_of(const std::string &text) {
-    const std::size_t dot = text.find('.');
+    const size_t dot = text.find('.');
     const std::string whole = text.substr(0, dot);
-    const std::size_t bracket = whole.find('[');
+    const size_t bracket = whole.find('[');
     return {whole.substr(0, bracket),
-            bracket == std::string::npos ? std::vector<std::size_t>() : indexes_of(whole.substr(bracket)),
+            bracket == std::string::npos ? std::vector<size_t>() : indexes_of(whole.substr(bracket)),
             dot == std::string::npos ? "" : text.substr(dot + 1)};
 }
 
-void store(const Target &target, const adpsh::Type &type, std::size_t count, void *to, const std::string &value) {
+void store(const Target &target, const adpsh::Type &type, size_t count, void *to, const std::string &value) {
     auto *bytes = static_cast<uint8_t *>(to);
     if (!target.indexes.empty()) {
-        const std::size_t index = target.indexes.front();
+        const size_t index = target.indexes.front();
         if (index >= count) {
             throw std::runtime_error(target.name + " has no element " + std::to_string(index));
         }
@@ -179,7 +179,7 @@ void assign_table(const Assignment &assignment) {
     }
     // A table's own address is only handed out for reading.
     void *address = const_cast<void *>(table->address);
-    std::size_t rows = table->rows;
+    size_t rows = table->rows;
     if (table->is_pointer) {
         if (target.indexes.empty() && target.part.empty()) {
             return replace_map(target.name, assignment.value);
@@ -200,7 +200,7 @@ void assign_table(const Assignment &assignment) {
 
 void give(const std::string &text) {
     for (const Assignment &assignment : assignments_of(text)) {
-        const std::size_t dot = assignment.target.find('.');
+        const size_t dot = assignment.target.find('.');
         const std::string name = assignment.target.substr(0, dot);
         if (dot == std::string::npos) {
             recording::driver().on(name).returns(

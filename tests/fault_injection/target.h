@@ -6,7 +6,7 @@
  */
 #pragma once
 
-#include <cstddef>
+#include <stddef.h>
 #include <string>
 #include <vector>
 
@@ -18,14 +18,14 @@ namespace fault {
 /** `name[1][0].field[2]` taken apart. */
 struct Target {
     std::string name;
-    std::vector<std::size_t> indexes;
+    std::vector<size_t> indexes;
     std::string part; /**< what stands behind the first dot */
 };
 
 Target target_of(const std::string &text);
 
 /** Stores a value into one of @p count elements at @p to, or into the first of them. */
-void store(const Target &target, const adpsh::Type &type, std::size_t count, void *to, const std::string &value);
+void store(const Target &target, const adpsh::Type &type, size_t count, void *to, const std::string &value);
 
 /** Stores into an exported table; throws std::runtime_error when there is none of that name. */
 void assign_table(const Assignment &assignment);

@@ -44,7 +44,7 @@ Block read_block(fuzz::Input *input, int32_t most) {
     Block block;
     block.length = read_length(input);
     if (block.length > 0 && block.length <= most) {
-        const auto size = static_cast<std::size_t>(block.length);
+        const auto size = static_cast<size_t>(block.length);
         block.bytes = input->bytes(size);
         block.bytes.resize(size);
     }

@@ -29,7 +29,7 @@ class Daemon {
 
     /** Lets server and client go on until neither has anything to do; true if the client is still connected. */
     bool run(const fuzz::RawSocket &client, Bytes *received) {
-        std::size_t before = 0;
+        size_t before = 0;
         bool is_open = true;
         do {
             before = received->size();
@@ -49,8 +49,8 @@ class Daemon {
 };
 
 /** The lines of what was received; the last one must be whole. */
-std::size_t count_answers(const Bytes &received) {
-    std::size_t count = 0;
+size_t count_answers(const Bytes &received) {
+    size_t count = 0;
     for (auto begin = received.begin(); begin != received.end(); ++count) {
         const auto end = std::find(begin, received.end(), '\n');
         expect(end != received.end(), "whole lines");
@@ -60,7 +60,7 @@ std::size_t count_answers(const Bytes &received) {
     return count;
 }
 
-std::size_t ask(Daemon &daemon, const Bytes &bytes, std::size_t cut) {
+size_t ask(Daemon &daemon, const Bytes &bytes, size_t cut) {
     const fuzz::RawSocket client(daemon.path());
     const std::span whole(bytes);
     Bytes received;
@@ -80,9 +80,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     constexpr std::string_view kRequest = "{\"command\": 7}\n";
     static Daemon daemon;
     fuzz::Input input(data, size);
-    const std::size_t cut = input.u16();
+    const size_t cut = input.u16();
     const Bytes bytes = input.rest();
-    const auto lines = static_cast<std::size_t>(std::count(bytes.begin(), bytes.end(), '\n'));
+    const auto lines = static_cast<size_t>(std::count(bytes.begin(), bytes.end(), '\n'));
     expect(ask(daemon, bytes, cut) == lines, "an answer for each line");
     expect(ask(daemon, Bytes(kRequest.begin(), kRequest.end()), 1) == 1, "another client's answer");
     return 0;

@@ -21,7 +21,7 @@ using vdevice::chip::Switch;
 constexpr int kMostSteps = 48;
 constexpr uint16_t kFrame = 0xFF00;  // a step of this or more is no call
 constexpr uint16_t kTime = 0xFFC0;
-constexpr std::size_t kLongestGrowth = 64; /**< of a frame by all tags that the chip may add */
+constexpr size_t kLongestGrowth = 64; /**< of a frame by all tags that the chip may add */
 
 /** Numbers in few bytes: most of those that matter take one. */
 class InputNumbers final : public random_call::Source {
@@ -99,7 +99,7 @@ class Device {
         keep_frames(0);
     }
 
-    void keep_frames(std::size_t received) {
+    void keep_frames(size_t received) {
         for (const auto &[port, octets] : sink_.take()) {
             expect(Switch::has_port(port), "a frame leaves by a port that there is");
             expect(octets.size() <= received + kLongestGrowth, "a frame is no longer than what came in and its tags");
@@ -122,7 +122,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     const fuzz::Input input(data, size);
     const Bytes first = Device().run(input);
     // Not with every input: making a chip takes most of the time.
-    constexpr std::size_t kRepeatedOneIn = 4;
+    constexpr size_t kRepeatedOneIn = 4;
     if (size % kRepeatedOneIn == 0) {
         expect(first == Device().run(input), "the same happens twice");
     }

@@ -30,7 +30,7 @@ uint32_t Input::u32() {
     return high << kHalfBits | u16();
 }
 
-Bytes Input::bytes(std::size_t count) {
+Bytes Input::bytes(size_t count) {
     const auto taken = data_.first(std::min(count, data_.size()));
     data_ = data_.subspan(taken.size());
     return {taken.begin(), taken.end()};

@@ -5,8 +5,8 @@
  */
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
+#include <stddef.h>
+#include <stdint.h>
 #include <span>
 #include <vector>
 
@@ -19,7 +19,7 @@ using Bytes = std::vector<uint8_t>;
 /** Takes an input apart, numbers big-endian so that it means the same on any machine. Behind its end are zeros. */
 class Input {
   public:
-    Input(const uint8_t *data, std::size_t size) : data_(data, size) {}
+    Input(const uint8_t *data, size_t size) : data_(data, size) {}
 
     uint8_t u8();
     uint16_t u16();
@@ -28,7 +28,7 @@ class Input {
     uint32_t below(uint32_t limit) { return u32() % limit; }
     bool flag() { return (u8() & 1) != 0; }
     /** That many bytes, or those that are left. */
-    Bytes bytes(std::size_t count);
+    Bytes bytes(size_t count);
     Bytes rest() { return bytes(data_.size()); }
     [[nodiscard]] bool is_empty() const { return data_.empty(); }
 

@@ -22,9 +22,9 @@ RawSocket::~RawSocket() {
     close(socket_);
 }
 
-std::size_t RawSocket::send(std::span<const uint8_t> data) const {
+size_t RawSocket::send(std::span<const uint8_t> data) const {
     const ssize_t sent = ::send(socket_, data.data(), data.size(), MSG_NOSIGNAL);
-    return static_cast<std::size_t>(std::max<ssize_t>(sent, 0));
+    return static_cast<size_t>(std::max<ssize_t>(sent, 0));
 }
 
 void RawSocket::finish() const {
@@ -32,7 +32,7 @@ void RawSocket::finish() const {
 }
 
 bool RawSocket::receive(Bytes *to) const {
-    constexpr std::size_t kAtOnce = 4096;
+    constexpr size_t kAtOnce = 4096;
     std::array<uint8_t, kAtOnce> data;
     ssize_t got = 0;
     while ((got = recv(socket_, data.data(), data.size(), 0)) > 0) {

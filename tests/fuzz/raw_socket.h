@@ -4,7 +4,7 @@
  */
 #pragma once
 
-#include <cstdint>
+#include <stdint.h>
 #include <span>
 #include <string>
 
@@ -20,7 +20,7 @@ class RawSocket {
     RawSocket &operator=(const RawSocket &) = delete;
 
     /** Sends what the other end takes now; how much that was. */
-    std::size_t send(std::span<const uint8_t> data) const;
+    size_t send(std::span<const uint8_t> data) const;
     /** Nothing more will be sent. */
     void finish() const;
     /** Adds what has arrived; false once the other end has closed. */

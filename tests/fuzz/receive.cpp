@@ -12,8 +12,8 @@ namespace {
 using fuzz::Bytes;
 using fuzz::expect;
 
-constexpr std::size_t kTagStart = 12;
-constexpr std::size_t kTagEnd = 18;
+constexpr size_t kTagStart = 12;
+constexpr size_t kTagEnd = 18;
 constexpr unsigned kUpperHalf = 16;
 constexpr uint32_t kPortMask = 63;
 constexpr uint8_t kUntouched = 0xA5;
@@ -40,14 +40,14 @@ void expect_refused(const Received &out, const Bytes &frame, const Bytes &before
            "a refused frame leaves the outputs alone");
 }
 
-void expect_stripped(const Received &out, const Bytes &frame, const Bytes &before, std::size_t length) {
+void expect_stripped(const Received &out, const Bytes &frame, const Bytes &before, size_t length) {
     Bytes expected = before;
     expected.erase(expected.begin() + kTagStart, expected.begin() + kTagEnd);
-    const std::size_t left = length - (kTagEnd - kTagStart);
+    const size_t left = length - (kTagEnd - kTagStart);
     expect(out.frame == frame.data() && out.length == left && out.flag == 0, "frame, length and flag");
     expect(std::equal(frame.begin(), frame.begin() + out.length, expected.begin()), "the frame without its tag");
-    expect(std::equal(frame.begin() + static_cast<std::ptrdiff_t>(length), frame.end(),
-                      before.begin() + static_cast<std::ptrdiff_t>(length)),
+    expect(std::equal(frame.begin() + static_cast<ptrdiff_t>(length), frame.end(),
+                      before.begin() + static_cast<ptrdiff_t>(length)),
            "what stands behind the frame is untouched");
     expect(out.intf == interface_of(before[kTagEnd - 1] & kPortMask), "the ingress port's interface");
 }
@@ -59,12 +59,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     expect(library_test::fill_default_map(), "the map is filled");
     const uint32_t row = input.u8() % (ADP_USER_PORTS + 1);
     intf_to_phy_port[row].phy = input.u8();
-    const std::size_t hidden = input.u8();
+    const size_t hidden = input.u8();
     const uint32_t upper = input.u16();
     Bytes frame = input.rest();
-    frame.resize(std::min<std::size_t>(frame.size(), UINT16_MAX));
+    frame.resize(std::min<size_t>(frame.size(), UINT16_MAX));
     const Bytes before = frame;
-    const std::size_t length = frame.size() - std::min(frame.size(), hidden);
+    const size_t length = frame.size() - std::min(frame.size(), hidden);
     Received out;
     const adp_status_t status =
         adp_receive_frame(frame.data(), &out.frame, static_cast<uint32_t>(upper << kUpperHalf | length), &out.length,

@@ -12,10 +12,10 @@ namespace {
 
 using fuzz::Bytes;
 using fuzz::expect;
-using Place = std::optional<std::size_t>;
+using Place = std::optional<size_t>;
 
-constexpr std::size_t kTagStart = 12;
-constexpr std::size_t kTagLength = 6;
+constexpr size_t kTagStart = 12;
+constexpr size_t kTagLength = 6;
 constexpr uint32_t kHalf = 32;
 constexpr uint32_t kRecordWords = 16;
 constexpr uint32_t kMembersWord = 2;
@@ -26,7 +26,7 @@ struct Situation {
     bool service_fails = false;
     uint32_t group = 0;
     uint64_t members = 0;
-    std::size_t tag_place = 0;
+    size_t tag_place = 0;
     uint32_t upper = 0;
     Bytes frame;
 };
@@ -37,7 +37,7 @@ struct Parsed {
     Place vlan, ipv4, ipv6, l4, udp;
 };
 
-Situation read(const uint8_t *data, std::size_t size) {
+Situation read(const uint8_t *data, size_t size) {
     constexpr uint32_t kGroupNumbers = 16;
     fuzz::Input input(data, size);
     Situation s;
@@ -51,18 +51,18 @@ Situation read(const uint8_t *data, std::size_t size) {
     s.tag_place = input.u8();
     s.upper = input.u16();
     s.frame = input.rest();
-    s.frame.resize(std::min<std::size_t>(s.frame.size(), UINT16_MAX));
+    s.frame.resize(std::min<size_t>(s.frame.size(), UINT16_MAX));
     return s;
 }
 
-std::optional<uint32_t> number_at(const Bytes &frame, std::size_t place, std::size_t width) {
+std::optional<uint32_t> number_at(const Bytes &frame, size_t place, size_t width) {
     if (place + width > frame.size()) {
         return std::nullopt;
     }
     return width == 1 ? frame[place] : frame[place] * 256u + frame[place + 1];
 }
 
-void parse_ipv4(const Bytes &frame, std::size_t header, Parsed *out) {
+void parse_ipv4(const Bytes &frame, size_t header, Parsed *out) {
     out->ipv4 = header;
     const auto first = number_at(frame, header, 1);
     if (!first) {
@@ -76,7 +76,7 @@ void parse_ipv4(const Bytes &frame, std::size_t header, Parsed *out) {
     out->good = protocol.has_value();
 }
 
-void parse_ipv6(const Bytes &frame, std::size_t header, Parsed *out) {
+void parse_ipv6(const Bytes &frame, size_t header, Parsed *out) {
     out->ipv6 = header;
     const auto next = number_at(frame, header + 6, 1);
     if (next && *next != 0) {
@@ -96,7 +96,7 @@ void parse_ipv6(const Bytes &frame, std::size_t header, Parsed *out) {
 
 Parsed parse(const Bytes &frame) {
     Parsed out;
-    std::size_t place = 12;
+    size_t place = 12;
     auto type = number_at(frame, place, 2);
     int tags_left = 2;
     if (type && *type == 0x9100) {

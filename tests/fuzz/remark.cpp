@@ -52,11 +52,11 @@ uint32_t word_of(const uint8_t *field) {
     return word;
 }
 
-bool is_all(const uint8_t *field, std::size_t size, uint8_t value) {
+bool is_all(const uint8_t *field, size_t size, uint8_t value) {
     return std::all_of(field, field + size, [&](uint8_t byte) { return byte == value; });
 }
 
-void expect_condition(const FpQualify &condition, uint32_t type, const void *data, std::size_t size) {
+void expect_condition(const FpQualify &condition, uint32_t type, const void *data, size_t size) {
     expect(condition.type == type, "a condition's type");
     expect(
         std::memcmp(condition.data, data, size) == 0 && is_all(condition.data + size, sizeof condition.data - size, 0),
@@ -133,7 +133,7 @@ bool script_failures(fuzz::Input *input) {
     const char *const names[] = {"user_field_entry_create_id", "user_field_entry_prio_set",
                                  "user_field_qualify_InPorts", "user_field_action_add",
                                  "user_field_entry_install",   "user_field_entry_destroy"};
-    const std::size_t chosen = input->u8();
+    const size_t chosen = input->u8();
     if (chosen >= std::size(names)) {
         return true;
     }

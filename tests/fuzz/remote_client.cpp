@@ -39,19 +39,19 @@ constexpr int kDescriptor = 1000;
 /** The other end of the connection. */
 struct Peer {
     Bytes bytes;
-    std::size_t position = 0;
-    std::size_t piece = 1;
+    size_t position = 0;
+    size_t piece = 1;
     bool hangs = false; /**< when the bytes are out it does not close, but says nothing more */
     bool pauses = false;
     bool open = false;
 
-    long give(void *to, std::size_t size) {
+    long give(void *to, size_t size) {
         pauses = !pauses;
         if (pauses || (hangs && position == bytes.size())) {
             errno = EAGAIN;
             return -1;
         }
-        const std::size_t given = std::min({size, piece, bytes.size() - position});
+        const size_t given = std::min({size, piece, bytes.size() - position});
         if (given != 0) {
             std::memcpy(to, &bytes[position], given);
         }
@@ -162,7 +162,7 @@ void make_request(Client &client, Peer &other) {
     if (client.request(Extra::kWatchLinks, {}, words) < 0) {
         return;
     }
-    std::size_t messages = 0;
+    size_t messages = 0;
     while (other.has_something() && client.wait_for_message(words)) {
         expect(words.size() <= kMaxMessageWords, "the length of a message");
         ++messages;
@@ -180,7 +180,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     const bool calls = input.flag();
     Peer other;
     other.hangs = input.flag();
-    other.piece = input.u8() + std::size_t{1};
+    other.piece = input.u8() + size_t{1};
     other.bytes = fuzz::protocol_bytes(&input, fuzz::Framing::read(&input));
     peer = &other;
     {

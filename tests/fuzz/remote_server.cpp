@@ -28,7 +28,7 @@ constexpr int kMostRounds = 64;
 
 /** Reads every argument and writes every output, as a driver may. */
 int64_t answer(CallId id, const void *const *arguments) {
-    const std::size_t length = calls::describe_call(id, arguments).size();
+    const size_t length = calls::describe_call(id, arguments).size();
     random_call::write_outputs(id, arguments, length);
     return random_call::random_result(id, length);
 }
@@ -55,7 +55,7 @@ class Daemon {
 bool run(Server &server, const fuzz::RawSocket &client, Bytes *received) {
     bool open = true;
     for (int round = 0; round < kMostRounds && open; ++round) {
-        const std::size_t before = received->size();
+        const size_t before = received->size();
         const uint64_t calls = server.counters().calls;
         server.serve_ready();
         open = client.receive(received);
@@ -122,7 +122,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     const fuzz::RawSocket &other = other_client(daemon);
     fuzz::Input input(data, size);
     const fuzz::Framing framing = fuzz::Framing::read(&input);
-    const std::size_t cut = input.u16();
+    const size_t cut = input.u16();
     const Bytes bytes = fuzz::protocol_bytes(&input, framing);
     {
         const fuzz::RawSocket client = daemon.connect();

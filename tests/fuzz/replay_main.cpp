@@ -41,7 +41,7 @@ std::vector<fs::path> files_of(const fs::path &path) {
 }  // namespace
 
 int main(int count, char **arguments) {
-    std::size_t replayed = 0;
+    size_t replayed = 0;
     for (int index = 1; index < count; ++index) {
         for (const fs::path &file : files_of(arguments[index])) {
             replay(file);

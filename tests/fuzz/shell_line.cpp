@@ -11,7 +11,7 @@ using adpsh::Argument;
 using adpsh::Value;
 using fuzz::expect;
 
-constexpr std::size_t kLongestShown = 64;
+constexpr size_t kLongestShown = 64;
 
 void write(const Argument &argument, std::string *out);
 
@@ -66,7 +66,7 @@ void write(const Argument &argument, std::string *out) {
 bool is_same(const Argument &one, const Argument &other) {
     bool same = one.name == other.name && one.value.form == other.value.form && one.value.text == other.value.text &&
                 one.value.items.size() == other.value.items.size();
-    for (std::size_t i = 0; same && i < one.value.items.size(); ++i) {
+    for (size_t i = 0; same && i < one.value.items.size(); ++i) {
         same = is_same(one.value.items[i], other.value.items[i]);
     }
     return same;
@@ -87,7 +87,7 @@ void expect_same_again(const adpsh::Command &command) {
         return;
     }
     expect(read->name == command.name && read->arguments.size() == command.arguments.size(), "the same call");
-    for (std::size_t i = 0; i < command.arguments.size(); ++i) {
+    for (size_t i = 0; i < command.arguments.size(); ++i) {
         expect(is_same(read->arguments[i], command.arguments[i]), "the same argument");
     }
 }

@@ -8,7 +8,7 @@ namespace {
 
 using fuzz::expect;
 
-constexpr std::size_t kTagBytes = 8;
+constexpr size_t kTagBytes = 8;
 constexpr uint32_t kUserPorts = 60;  // more than the tag has bits
 constexpr unsigned kByteBits = 8;
 constexpr uint32_t kFieldBits = 25;
@@ -23,7 +23,7 @@ struct Words {
 
 Words words_of(const fuzz::Bytes &tag) {
     Words words;
-    for (std::size_t i = 0; i < kTagBytes / 2; ++i) {
+    for (size_t i = 0; i < kTagBytes / 2; ++i) {
         words.first = words.first << kByteBits | tag[i];
         words.second = words.second << kByteBits | tag[i + kTagBytes / 2];
     }

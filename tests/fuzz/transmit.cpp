@@ -16,8 +16,8 @@ namespace {
 using fuzz::Bytes;
 using fuzz::expect;
 
-constexpr std::size_t kAddresses = 12;
-constexpr std::size_t kTagBytes = 10;
+constexpr size_t kAddresses = 12;
+constexpr size_t kTagBytes = 10;
 constexpr uint32_t kGroupFlag = 0x80;
 constexpr uint32_t kOtherFlag = 0x40;
 constexpr uint32_t kMostNodes = 8;
@@ -100,7 +100,7 @@ void set_up(fuzz::Input *input) {
     }
 }
 
-uint32_t word_at(const Bytes &bytes, std::size_t place) {
+uint32_t word_at(const Bytes &bytes, size_t place) {
     return static_cast<uint32_t>(bytes[place] << 24 | bytes[place + 1] << 16 | bytes[place + 2] << 8 |
                                  bytes[place + 3]);
 }
@@ -155,7 +155,7 @@ void transmit_one(fuzz::Input *input, fake_system::System &system) {
     const uint32_t upper = input->u16();
     const Failures failures = script_failures(input, system);
     Bytes frame = input->rest();
-    frame.resize(std::min<std::size_t>(frame.size(), UINT16_MAX));
+    frame.resize(std::min<size_t>(frame.size(), UINT16_MAX));
     const bool sent =
         adp_transmit_frame(frame.data(), static_cast<uint32_t>(upper << 16 | frame.size()), 0, intf, opcode) == ADP_OK;
     expect(!sent || (system.sent().size() == 1 && !failures.memory && !failures.sending), "one frame");

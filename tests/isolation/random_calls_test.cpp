@@ -46,7 +46,7 @@ uint64_t number_from(const char *variable, uint64_t otherwise) {
 }
 
 /** Bytes that the program has allocated and not freed. */
-std::size_t allocated() {
+size_t allocated() {
 #ifdef DOORS_SANITIZED
     return __sanitizer_get_current_allocated_bytes();
 #else
@@ -59,7 +59,7 @@ std::size_t allocated() {
 class Device {
   public:
     int64_t answer(CallId id, const void *const *arguments) {
-        ++answered_[static_cast<std::size_t>(id)];
+        ++answered_[static_cast<size_t>(id)];
         const int64_t result = vdevice::dispatch(driver_, id, arguments);
         if (++count_ % kFrameOneIn == 0) {
             receive_frame();
@@ -74,7 +74,7 @@ class Device {
 
     [[nodiscard]] const Switch &chip() const { return chip_; }
     [[nodiscard]] const vdevice::driver::Driver &driver() const { return driver_; }
-    [[nodiscard]] uint64_t answered(CallId id) const { return answered_[static_cast<std::size_t>(id)]; }
+    [[nodiscard]] uint64_t answered(CallId id) const { return answered_[static_cast<size_t>(id)]; }
     [[nodiscard]] uint64_t frames_to_nowhere() const { return frames_to_nowhere_; }
 
   private:
@@ -119,7 +119,7 @@ void expect_possible(const Switch &chip) {
 /** Runs through all calls again and again. */
 void make_calls(Client &client, LikelyNumbers &numbers, uint64_t count) {
     for (uint64_t made = 0; made < count;) {
-        for (std::size_t number = 0; number < calls::kCallCount; ++number) {
+        for (size_t number = 0; number < calls::kCallCount; ++number) {
             const auto id = static_cast<CallId>(number);
             if (vdevice::is_answered(id)) {
                 const RandomCall call(id, numbers);
@@ -134,7 +134,7 @@ void make_calls(Client &client, LikelyNumbers &numbers, uint64_t count) {
 
 TEST(Doors, EveryCallWithAnyArgumentsIsAnsweredAndNothingGrows) {
     // The journal's lines, rules, addresses: what the tables may come to hold in all.
-    constexpr std::size_t kMostGrowth = 64u << 20;
+    constexpr size_t kMostGrowth = 64u << 20;
     const uint64_t calls = number_from("ADP_RANDOM_CALLS", kCalls);
     const uint64_t seed = number_from("ADP_RANDOM_SEED", 1);
     const Folder folder;
@@ -143,7 +143,7 @@ TEST(Doors, EveryCallWithAnyArgumentsIsAnsweredAndNothingGrows) {
                   folder.socket());
     Client client("test", folder.socket());
     LikelyNumbers numbers(seed);
-    const std::size_t before = allocated();
+    const size_t before = allocated();
     {
         const Loop loop(server);
         make_calls(client, numbers, calls);
@@ -153,7 +153,7 @@ TEST(Doors, EveryCallWithAnyArgumentsIsAnsweredAndNothingGrows) {
     EXPECT_EQ(server.counters().malformed, 0u);
     EXPECT_EQ(server.counters().connected, 1u) << "the connection was lost";
     EXPECT_EQ(device.frames_to_nowhere(), 0u);
-    for (std::size_t number = 0; number < calls::kCallCount; ++number) {
+    for (size_t number = 0; number < calls::kCallCount; ++number) {
         const auto id = static_cast<CallId>(number);
         EXPECT_EQ(device.answered(id) == 0, !vdevice::is_answered(id)) << calls::call(id).name;
     }
@@ -162,9 +162,9 @@ TEST(Doors, EveryCallWithAnyArgumentsIsAnsweredAndNothingGrows) {
 }
 
 TEST(Doors, AFloodOfLongLogLinesIsCutAndForgotten) {
-    constexpr std::size_t kTextBytes = 30000;
-    constexpr std::size_t kLines = 6000;
-    constexpr std::size_t kMostGrowth = 32u << 20;
+    constexpr size_t kTextBytes = 30000;
+    constexpr size_t kLines = 6000;
+    constexpr size_t kMostGrowth = 32u << 20;
     const Folder folder;
     Device device;
     Server server([&](CallId id, const void *const *arguments) { return device.answer(id, arguments); },
@@ -174,10 +174,10 @@ TEST(Doors, AFloodOfLongLogLinesIsCutAndForgotten) {
     const char *const address = text.c_str();
     const int32_t level = 1;
     const void *const arguments[] = {&level, &level, &address, &address};
-    const std::size_t before = allocated();
+    const size_t before = allocated();
     {
         const Loop loop(server);
-        for (std::size_t line = 0; line < kLines; ++line) {
+        for (size_t line = 0; line < kLines; ++line) {
             client.call(CallId::Log_logging_func, arguments);
         }
     }

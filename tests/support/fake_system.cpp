@@ -20,7 +20,7 @@ namespace {
 
 constexpr uint64_t kMicrosecondsPerSecond = 1000000;
 
-SentFrame describe_frame(int descriptor, const void *data, std::size_t size, int flags, const void *address,
+SentFrame describe_frame(int descriptor, const void *data, size_t size, int flags, const void *address,
                          uint32_t length) {
     SentFrame frame;
     const auto *bytes = static_cast<const uint8_t *>(data);
@@ -32,7 +32,7 @@ SentFrame describe_frame(int descriptor, const void *data, std::size_t size, int
         return frame;
     }
     sockaddr_ll link{};
-    std::memcpy(&link, address, std::min<std::size_t>(length, sizeof link));
+    std::memcpy(&link, address, std::min<size_t>(length, sizeof link));
     frame.family = link.sll_family;
     frame.protocol = link.sll_protocol;
     frame.interface_index = link.sll_ifindex;
@@ -56,12 +56,12 @@ std::string frame_text(const SentFrame &frame) {
 
 }  // namespace
 
-void System::fail_call(const std::string &name, std::size_t k, int error) {
+void System::fail_call(const std::string &name, size_t k, int error) {
     failing_calls_[name][counts_[name] + k] = error;
 }
 
 int System::error_of(const std::string &name) {
-    const std::size_t number = counts_[name]++;
+    const size_t number = counts_[name]++;
     const auto &calls = failing_calls_[name];
     if (const auto found = calls.find(number); found != calls.end()) {
         return found->second;
@@ -128,8 +128,7 @@ int System::ioctl(int descriptor, unsigned long request, void *argument) {
     return static_cast<int>(finish(line, 0, error));
 }
 
-long System::sendto(int descriptor, const void *data, std::size_t size, int flags, const void *address,
-                    uint32_t length) {
+long System::sendto(int descriptor, const void *data, size_t size, int flags, const void *address, uint32_t length) {
     int error = error_of("sendto");
     if (recording_) {
         sent_.push_back(describe_frame(descriptor, data, size, flags, address, length));
@@ -140,7 +139,7 @@ long System::sendto(int descriptor, const void *data, std::size_t size, int flag
     if (error == 0 && open_.count(descriptor) == 0) {
         error = EBADF;
     }
-    const std::size_t sent = std::exchange(short_send_, std::nullopt).value_or(size);
+    const size_t sent = std::exchange(short_send_, std::nullopt).value_or(size);
     return finish("sendto(" + std::to_string(descriptor) + ", " + std::to_string(size) + " bytes)",
                   static_cast<long>(sent), error);
 }
@@ -161,7 +160,7 @@ void *System::allocated(void *memory) {
 }
 
 bool System::refuses_allocation() {
-    const std::size_t number = allocations_++;
+    const size_t number = allocations_++;
     return failing_allocation_ && *failing_allocation_ == number;
 }
 

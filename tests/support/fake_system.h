@@ -15,8 +15,8 @@
  */
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
+#include <stddef.h>
+#include <stdint.h>
 #include <ctime>
 #include <deque>
 #include <functional>
@@ -58,11 +58,11 @@ class System {
     /** Lets every call of this name (socket, ioctl, sendto, close) fail with @p error. */
     void fail(const std::string &name, int error) { failing_[name] = error; }
     /** Lets only call number @p k of this name from now on fail. */
-    void fail_call(const std::string &name, std::size_t k, int error);
+    void fail_call(const std::string &name, size_t k, int error);
     /** Lets the next sendto() report that many bytes instead of all. */
-    void send_only(std::size_t bytes) { short_send_ = bytes; }
+    void send_only(size_t bytes) { short_send_ = bytes; }
     /** Lets allocation number @p k from now on (0 is the next) give a null pointer. */
-    void fail_allocation(std::size_t k) { failing_allocation_ = allocations_ + k; }
+    void fail_allocation(size_t k) { failing_allocation_ = allocations_ + k; }
 
     /** Off: calls are counted and answered, but neither traced nor kept, which is fast and holds no memory. */
     void record(bool on) { recording_ = on; }
@@ -76,10 +76,10 @@ class System {
     /** Sees what was allocated while the fake was on, at the moment it is freed and still readable. */
     void on_free(std::function<void(const void *)> listener) { free_listener_ = std::move(listener); }
 
-    [[nodiscard]] std::size_t allocations() const { return allocations_; }
+    [[nodiscard]] size_t allocations() const { return allocations_; }
     /** Allocated while the fake was on, and not freed. */
-    [[nodiscard]] std::size_t outstanding_allocations() const { return allocated_.size(); }
-    [[nodiscard]] std::size_t open_descriptors() const { return open_.size(); }
+    [[nodiscard]] size_t outstanding_allocations() const { return allocated_.size(); }
+    [[nodiscard]] size_t open_descriptors() const { return open_.size(); }
     /** Microseconds of all usleep() calls. */
     [[nodiscard]] uint64_t slept() const { return slept_; }
 
@@ -87,7 +87,7 @@ class System {
     /** @{ */
     int socket(int domain, int type, int protocol);
     int ioctl(int descriptor, unsigned long request, void *argument);
-    long sendto(int descriptor, const void *data, std::size_t size, int flags, const void *address, uint32_t length);
+    long sendto(int descriptor, const void *data, size_t size, int flags, const void *address, uint32_t length);
     int close(int descriptor);
     void *allocated(void *memory);
     bool refuses_allocation();
@@ -105,11 +105,11 @@ class System {
 
     std::map<std::string, int> interfaces_{{"eth0", 7}};
     std::map<std::string, int> failing_;
-    std::map<std::string, std::map<std::size_t, int>> failing_calls_;
-    std::map<std::string, std::size_t> counts_;
-    std::optional<std::size_t> short_send_;
-    std::optional<std::size_t> failing_allocation_;
-    std::size_t allocations_ = 0;
+    std::map<std::string, std::map<size_t, int>> failing_calls_;
+    std::map<std::string, size_t> counts_;
+    std::optional<size_t> short_send_;
+    std::optional<size_t> failing_allocation_;
+    size_t allocations_ = 0;
     std::set<void *> allocated_;
     std::set<int> open_;
     std::vector<std::string> trace_;

@@ -24,7 +24,7 @@ namespace {
 // The compiler may drop an allocation that nobody looks at.
 void *volatile kept = nullptr;
 
-void *allocate(std::size_t size) {
+void *allocate(size_t size) {
     kept = std::malloc(size);
     return kept;
 }

@@ -2,9 +2,9 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <stddef.h>
 #include <cerrno>
 #include <cstdarg>
-#include <cstddef>
 #include <ctime>
 
 #include "tests/support/fake_system.h"

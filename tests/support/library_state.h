@@ -9,7 +9,7 @@
 
 #include <adp/adp.h>
 
-#include <cstdint>
+#include <stdint.h>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -36,7 +36,7 @@ inline std::vector<FpListNode *> installed_rules() {
 /** Every byte of the library's tables, for comparing them before and after a call. */
 inline std::string table_bytes() {
     std::string bytes;
-    const auto add = [&](const void *data, std::size_t size) { bytes.append(static_cast<const char *>(data), size); };
+    const auto add = [&](const void *data, size_t size) { bytes.append(static_cast<const char *>(data), size); };
     add(&adp_max_phy_port_num, sizeof adp_max_phy_port_num);
     if (intf_to_phy_port != nullptr) {
         add(intf_to_phy_port, (adp_max_phy_port_num + 1) * sizeof *intf_to_phy_port);

@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
+#include <stdint.h>
 #include <ostream>
 #include <string>
 

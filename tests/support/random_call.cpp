@@ -23,9 +23,9 @@ uint32_t Random::next() {
     return static_cast<uint32_t>(state_ >> kHighBits);
 }
 
-void fill_random(Source &random, const Element &element, void *at, std::size_t count) {
-    const std::size_t size = calls::element_size(element);
-    for (std::size_t index = 0; index < count; ++index) {
+void fill_random(Source &random, const Element &element, void *at, size_t count) {
+    const size_t size = calls::element_size(element);
+    for (size_t index = 0; index < count; ++index) {
         auto *to = static_cast<uint8_t *>(at) + index * size;
         if (element.kind == Kind::Struct) {
             for (const auto &field : element.layout->fields) {
@@ -51,11 +51,11 @@ RandomCall::RandomCall(CallId id, Source &random) : call_(calls::call(id)), argu
 }
 
 void RandomCall::fill(Source &random) {
-    const auto is_counter = [&](std::size_t index) {
+    const auto is_counter = [&](size_t index) {
         return std::any_of(call_.params.begin(), call_.params.end(),
                            [&](const Param &param) { return param.counted_by == static_cast<int32_t>(index); });
     };
-    for (std::size_t index = 0; index < call_.params.size(); ++index) {
+    for (size_t index = 0; index < call_.params.size(); ++index) {
         const Param &param = call_.params[index];
         if (!param.is_pointer()) {
             void *value = allocate(calls::element_size(param.element));
@@ -66,18 +66,18 @@ void RandomCall::fill(Source &random) {
             arguments_[index] = value;
         }
     }
-    for (std::size_t index = 0; index < call_.params.size(); ++index) {
+    for (size_t index = 0; index < call_.params.size(); ++index) {
         if (call_.params[index].is_pointer()) {
             add_pointer(index, random);
         }
     }
 }
 
-void *RandomCall::allocate(std::size_t size) {
+void *RandomCall::allocate(size_t size) {
     return memory_.emplace_back((size + sizeof(uint64_t)) / sizeof(uint64_t)).data();
 }
 
-void RandomCall::add_pointer(std::size_t index, Source &random) {
+void RandomCall::add_pointer(size_t index, Source &random) {
     const Param &param = call_.params[index];
     auto *slot = static_cast<void **>(allocate(sizeof(void *)));
     arguments_[index] = slot;
@@ -94,7 +94,7 @@ void RandomCall::add_pointer(std::size_t index, Source &random) {
         *slot = text;
         return;
     }
-    const std::size_t count = calls::extent(call_, index, arguments_.data());
+    const size_t count = calls::extent(call_, index, arguments_.data());
     *slot = allocate(count * calls::element_size(param.element));
     fill_random(random, param.element, *slot, count);
     if (calls::is_event_message(call_, param)) {
@@ -107,7 +107,7 @@ void RandomCall::add_pointer(std::size_t index, Source &random) {
 void write_outputs(CallId id, const void *const *arguments, uint64_t seed) {
     const Call &call = calls::call(id);
     Random random(seed);
-    for (std::size_t index = 0; index < call.params.size(); ++index) {
+    for (size_t index = 0; index < call.params.size(); ++index) {
         void *to = call.params[index].is_written() ? *static_cast<void *const *>(arguments[index]) : nullptr;
         if (to != nullptr) {
             fill_random(random, call.params[index].element, to, calls::extent(call, index, arguments));

@@ -4,8 +4,8 @@
  */
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
+#include <stddef.h>
+#include <stdint.h>
 #include <deque>
 #include <string>
 #include <vector>
@@ -40,7 +40,7 @@ class Random final : public Source {
 };
 
 /** Fills an element or a block of them. */
-void fill_random(Source &random, const calls::Element &element, void *at, std::size_t count);
+void fill_random(Source &random, const calls::Element &element, void *at, size_t count);
 
 /** Arguments of one call: every block has its own memory, some pointers are null. */
 class RandomCall {
@@ -54,8 +54,8 @@ class RandomCall {
 
   private:
     void fill(Source &random);
-    void add_pointer(std::size_t index, Source &random);
-    void *allocate(std::size_t size);
+    void add_pointer(size_t index, Source &random);
+    void *allocate(size_t size);
 
     static constexpr uint32_t kLongestCount = 9;
 

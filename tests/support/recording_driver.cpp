@@ -17,7 +17,7 @@ using calls::Param;
 
 namespace {
 
-std::size_t require_param(CallId id, std::string_view name) {
+size_t require_param(CallId id, std::string_view name) {
     const Call &call = calls::call(id);
     const auto index = calls::find_param(call, name);
     if (!index) {
@@ -41,14 +41,14 @@ const char *Arguments::call_name() const {
 }
 
 int64_t Arguments::number(std::string_view name) const {
-    const std::size_t index = require_param(id_, name);
+    const size_t index = require_param(id_, name);
     const Param &param = calls::call(id_).params[index];
     const void *at = calls::target(param, arguments_[index]);
     return at == nullptr ? 0 : calls::load(param.element.kind, at);
 }
 
 std::span<const uint8_t> Arguments::bytes(std::string_view name) const {
-    const std::size_t index = require_param(id_, name);
+    const size_t index = require_param(id_, name);
     const Call &call = calls::call(id_);
     const void *at = calls::target(call.params[index], arguments_[index]);
     if (at == nullptr) {
@@ -59,7 +59,7 @@ std::span<const uint8_t> Arguments::bytes(std::string_view name) const {
 }
 
 void *Arguments::pointer(std::string_view name) const {
-    const std::size_t index = require_param(id_, name);
+    const size_t index = require_param(id_, name);
     if (!calls::call(id_).params[index].is_pointer()) {
         throw std::logic_error(std::string(name) + " is not a pointer");
     }
@@ -83,8 +83,8 @@ Script &Script::returns_text(const char *text) {
     return *this;
 }
 
-std::size_t Script::output_index(std::string_view output) const {
-    const std::size_t index = require_param(id_, output);
+size_t Script::output_index(std::string_view output) const {
+    const size_t index = require_param(id_, output);
     if (!calls::call(id_).params[index].is_written()) {
         throw std::logic_error(std::string(calls::call(id_).name) + " only reads '" + std::string(output) + "'");
     }
@@ -96,9 +96,9 @@ Script &Script::sets_elements(std::string_view output, const std::vector<int64_t
     if (element.kind == calls::Kind::Struct) {
         throw std::logic_error(std::string(output) + " is a struct: use sets_object()");
     }
-    const std::size_t size = calls::element_size(element);
+    const size_t size = calls::element_size(element);
     std::vector<uint8_t> bytes(elements.size() * size);
-    for (std::size_t index = 0; index < elements.size(); ++index) {
+    for (size_t index = 0; index < elements.size(); ++index) {
         calls::store(element.kind, &bytes[index * size], elements[index]);
     }
     return sets_bytes(output, bytes);
@@ -113,7 +113,7 @@ Script &Script::sets(std::string_view output, const std::vector<uint32_t> &eleme
 }
 
 Script &Script::sets_bytes(std::string_view output, std::span<const uint8_t> bytes) {
-    const std::size_t index = output_index(output);
+    const size_t index = output_index(output);
     const Param &param = calls::call(id_).params[index];
     if (param.counted_by == calls::kNotCounted && bytes.size() > param.extent * element_size(param.element)) {
         throw std::logic_error(std::string(output) + " does not hold that much");
@@ -139,7 +139,7 @@ void Script::write_outputs(const void *const *arguments) const {
     const Call &call = calls::call(id_);
     for (const auto &[index, bytes] : outputs_) {
         void *to = *static_cast<void *const *>(arguments[index]);
-        const std::size_t room = extent(call, index, arguments) * element_size(call.params[index].element);
+        const size_t room = extent(call, index, arguments) * element_size(call.params[index].element);
         if (to != nullptr && !bytes.empty()) {
             std::memcpy(to, bytes.data(), std::min(bytes.size(), room));
         }
@@ -150,7 +150,7 @@ namespace {
 
 // What the call gives when nothing was scripted.
 int64_t default_result(CallId id, const void *const *arguments) {
-    constexpr std::size_t kMacTextSize = sizeof "aa:bb:cc:dd:ee:ff";
+    constexpr size_t kMacTextSize = sizeof "aa:bb:cc:dd:ee:ff";
     constexpr int64_t kQueued = 1;
     static char mac_text[kMacTextSize];
     if (id == CallId::equeue_send_ucast) {
@@ -193,12 +193,12 @@ Script &Driver::on(std::string_view name) {
     return scripts_.try_emplace(id, id).first->second;
 }
 
-void Driver::fail_call(std::size_t k, int32_t result) {
+void Driver::fail_call(size_t k, int32_t result) {
     failing_call_ = {count_ + k, result};
     failing_call_writes_ = false;
 }
 
-void Driver::fail_call_after_writing(std::size_t k, int32_t result) {
+void Driver::fail_call_after_writing(size_t k, int32_t result) {
     fail_call(k, result);
     failing_call_writes_ = true;
 }
@@ -221,7 +221,7 @@ void Driver::note(std::string line) {
     }
 }
 
-std::size_t Driver::count(std::string_view name) const {
+size_t Driver::count(std::string_view name) const {
     const auto found = counts_.find(require_call(name));
     return found == counts_.end() ? 0 : found->second;
 }

@@ -11,8 +11,8 @@
  */
 #pragma once
 
+#include <stdint.h>
 #include <concepts>
-#include <cstdint>
 #include <deque>
 #include <functional>
 #include <initializer_list>
@@ -86,13 +86,13 @@ class Script {
     friend class Driver;
 
     Script &sets_elements(std::string_view output, const std::vector<int64_t> &elements);
-    [[nodiscard]] std::size_t output_index(std::string_view output) const;
+    [[nodiscard]] size_t output_index(std::string_view output) const;
     [[nodiscard]] int64_t run(const void *const *arguments);
     void write_outputs(const void *const *arguments) const;
 
     calls::CallId id_;
     std::optional<int64_t> result_;
-    std::map<std::size_t, std::vector<uint8_t>> outputs_;
+    std::map<size_t, std::vector<uint8_t>> outputs_;
     std::function<int32_t(Arguments &)> action_;
     std::deque<Script> queue_;
 };
@@ -108,9 +108,9 @@ class Driver {
     Script &once(std::string_view name) { return on(name).once(); }
 
     /** Lets call number @p k from now on (0 is the next) return @p result and write nothing. */
-    void fail_call(std::size_t k, int32_t result = -1);
+    void fail_call(size_t k, int32_t result = -1);
     /** The same, but the call writes its outputs as if it had succeeded. */
-    void fail_call_after_writing(std::size_t k, int32_t result = -1);
+    void fail_call_after_writing(size_t k, int32_t result = -1);
     /** Lets every later call of this name return @p result and write nothing. */
     void fail_every(std::string_view name, int32_t result = -1);
     /** Takes back fail_call() and fail_every(). */
@@ -122,8 +122,8 @@ class Driver {
     /** Appends a line of the test's own, for instance a system call, so that the order of both shows. */
     void note(std::string line);
     /** Calls since reset(), also while nothing is recorded. */
-    [[nodiscard]] std::size_t count() const { return count_; }
-    [[nodiscard]] std::size_t count(std::string_view name) const;
+    [[nodiscard]] size_t count() const { return count_; }
+    [[nodiscard]] size_t count(std::string_view name) const;
     /** Off: calls are only counted and answered, which is fast. */
     void record(bool on) { recording_ = on; }
 
@@ -138,10 +138,10 @@ class Driver {
     std::vector<std::string> trace_;
     std::map<calls::CallId, Script> scripts_;
     std::map<calls::CallId, int32_t> failing_;
-    std::map<calls::CallId, std::size_t> counts_;
-    std::optional<std::pair<std::size_t, int32_t>> failing_call_;
+    std::map<calls::CallId, size_t> counts_;
+    std::optional<std::pair<size_t, int32_t>> failing_call_;
     bool failing_call_writes_ = false;
-    std::size_t count_ = 0;
+    size_t count_ = 0;
     bool recording_ = true;
 };
 

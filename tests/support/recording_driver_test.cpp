@@ -64,7 +64,7 @@ TEST_F(RecordingDriver, SetsStructsWhole) {
     adp_l2_entry_t entry{};
     entry.flags = NETLINK_L2_FOUND_TRUNK;
     entry.trunk = 3;
-    std::size_t scripted = 0;
+    size_t scripted = 0;
     for (const auto &call : calls::calls()) {
         for (const auto &param : call.params) {
             if (param.is_written() && param.element.kind == calls::Kind::Struct &&
@@ -156,8 +156,8 @@ TEST_F(RecordingDriver, HandsBlocksAndTextsToAnAction) {
     EXPECT_EQ(sys_trace_add_log("f():1", "text"), 0);
     EXPECT_EQ(prefix, "f():1");
 
-    std::size_t members = 0;
-    std::size_t untagged = 1;
+    size_t members = 0;
+    size_t untagged = 1;
     driver().on("user_vlan_port_set").does([&](recording::Arguments &arguments) {
         members = arguments.bytes("members").size();
         untagged = arguments.bytes("untagged").size();

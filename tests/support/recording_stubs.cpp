@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr std::size_t kLogTextSize = 1024;
+constexpr size_t kLogTextSize = 1024;
 
 }  // namespace
 

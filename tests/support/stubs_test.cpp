@@ -27,7 +27,7 @@ const auto volatile kTakesDeviceServices = &sys_trace_get;
 
 TEST(Stubs, HandOnEveryArgumentOfEveryCall) {
     ASSERT_TRUE(kTakesNetlinkApi != nullptr && kTakesDeviceServices != nullptr);
-    for (std::size_t number = 0; number < calls::kCallCount; ++number) {
+    for (size_t number = 0; number < calls::kCallCount; ++number) {
         const auto id = static_cast<CallId>(number);
         if (id == CallId::Log_logging_func) {
             continue;  // takes a format: its stub is hand-written and has tests of its own

@@ -11,15 +11,15 @@ namespace trace_text {
 
 using calls::CallId;
 
-std::string words(const void *bytes, std::size_t size) {
+std::string words(const void *bytes, size_t size) {
     std::vector<uint32_t> numbers(size / sizeof(uint32_t));
     std::memcpy(numbers.data(), bytes, numbers.size() * sizeof(uint32_t));
-    std::size_t shown = numbers.size();
+    size_t shown = numbers.size();
     while (shown > 1 && numbers[shown - 1] == 0) {
         --shown;
     }
     std::string text = "[";
-    for (std::size_t index = 0; index < shown; ++index) {
+    for (size_t index = 0; index < shown; ++index) {
         text += (index == 0 ? "" : ", ") + std::to_string(numbers[index]);
     }
     return text + (shown < numbers.size() ? ", ..]" : "]");
@@ -27,24 +27,24 @@ std::string words(const void *bytes, std::size_t size) {
 
 namespace {
 
-const void *pointer_in(const void *const *arguments, std::size_t index) {
+const void *pointer_in(const void *const *arguments, size_t index) {
     return *static_cast<const void *const *>(arguments[index]);
 }
 
 /** The message's second word is the sender: the thread that makes the call. */
 std::string name_thread(std::string text) {
     const std::string id = ", " + std::to_string(static_cast<uint32_t>(pthread_self())) + ",";
-    const std::size_t at = text.find(id);
+    const size_t at = text.find(id);
     return at == std::string::npos ? text : text.replace(at, id.size(), ", thread,");
 }
 
 /** An action's parameters are blocks of bytes of which the driver reads words. */
 std::string action(std::string text, const void *const *arguments) {
-    constexpr std::size_t kFirstBlock = 4;
-    constexpr std::size_t kBlockBytes = 256;
+    constexpr size_t kFirstBlock = 4;
+    constexpr size_t kBlockBytes = 256;
     text.erase(text.find(", param="));
     const char *separator = ", param=";
-    for (std::size_t index = kFirstBlock; index < kFirstBlock + 2; ++index) {
+    for (size_t index = kFirstBlock; index < kFirstBlock + 2; ++index) {
         const void *block = pointer_in(arguments, index);
         text += separator + (block == nullptr ? "null" : words(block, kBlockBytes));
         separator = ", param2=";
@@ -69,8 +69,8 @@ std::string describe_call(CallId id, const void *const *arguments) {
 std::string describe_result(CallId id, const void *const *arguments, int64_t result) {
     if (id == CallId::get_vlan_info) {
         // The record's member bitmap is two words; the VLAN library's own bytes around them are of no interest.
-        constexpr std::size_t kRecord = 1;
-        constexpr std::size_t kMembers = 8;
+        constexpr size_t kRecord = 1;
+        constexpr size_t kMembers = 8;
         const auto *record = static_cast<const uint8_t *>(pointer_in(arguments, kRecord));
         const std::string members = record == nullptr ? "null" : words(record + kMembers, 2 * sizeof(uint32_t));
         return std::to_string(static_cast<int32_t>(result)) + " {members=" + members + "}";

@@ -18,6 +18,6 @@ std::string describe_call(calls::CallId id, const void *const *arguments);
 std::string describe_result(calls::CallId id, const void *const *arguments, int64_t result);
 
 /** Bytes as the 32-bit words that they are, without trailing zeros: `[5, 70000, ..]`. */
-std::string words(const void *bytes, std::size_t size);
+std::string words(const void *bytes, size_t size);
 
 }  // namespace trace_text

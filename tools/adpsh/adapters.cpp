@@ -15,9 +15,9 @@ namespace {
 constexpr std::string_view kFrame = "frame";
 constexpr std::string_view kLength = "length";
 // A frame field that addresses a tag lets the call read the tag.
-constexpr std::int64_t kTagBytes = 4;
+constexpr int64_t kTagBytes = 4;
 
-void store_address(std::uint8_t *to, const void *address) {
+void store_address(uint8_t *to, const void *address) {
     std::memcpy(to, &address, sizeof address);
 }
 
@@ -33,12 +33,12 @@ const Value *find(const Value &record, std::string_view name) {
 }
 
 /** The address of a byte of the frame, written as its offset. */
-const std::uint8_t *address_in(const Bytes *frame, const Argument &item) {
+const uint8_t *address_in(const Bytes *frame, const Argument &item) {
     if (is_null(item.value)) {
         return nullptr;
     }
-    const std::int64_t offset = number_of(item.value, Kind::kU32);
-    const std::int64_t end = frame == nullptr ? 0 : static_cast<std::int64_t>(frame->size());
+    const int64_t offset = number_of(item.value, Kind::kU32);
+    const int64_t end = frame == nullptr ? 0 : static_cast<int64_t>(frame->size());
     if (offset < 0 || offset + kTagBytes > end) {
         throw Refusal("field '" + item.name + "': the offset " + written(item.value) + " lies outside the frame");
     }
@@ -94,11 +94,11 @@ void Arguments::fill_frame_record(Slot &slot, const Value &value) {
         slot.pointed = &room_.back();
         store_address(slot.storage.data() + field_named(record, kFrame).offset, slot.pointed->data());
         const Field &length = field_named(record, kLength);
-        std::uint8_t *const at = slot.storage.data() + length.offset;
+        uint8_t *const at = slot.storage.data() + length.offset;
         if (find(others, kLength) == nullptr) {
-            store_number(length.type, static_cast<std::int64_t>(slot.pointed->size()), at);
+            store_number(length.type, static_cast<int64_t>(slot.pointed->size()), at);
         }
-        if (load_number(length.type, at) > static_cast<std::int64_t>(slot.pointed->size())) {
+        if (load_number(length.type, at) > static_cast<int64_t>(slot.pointed->size())) {
             throw Refusal("the length exceeds the " + std::to_string(slot.pointed->size()) + " bytes of the frame");
         }
     }

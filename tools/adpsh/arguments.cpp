@@ -16,8 +16,8 @@ std::string about(const Parameter &parameter, const std::string &text) {
 }
 
 bool is_bitmap(const Parameter &parameter) {
-    constexpr std::size_t kPairOfWords = 2;
-    constexpr std::size_t kPortSetWords = 8;
+    constexpr size_t kPairOfWords = 2;
+    constexpr size_t kPortSetWords = 8;
     return parameter.type.kind == Kind::kU32 && parameter.counter == kNoCounter &&
            (parameter.count == kPairOfWords || parameter.count == kPortSetWords);
 }
@@ -26,11 +26,11 @@ bool is_bitmap(const Parameter &parameter) {
 
 Arguments::Arguments(const Call &call, const Command &command, const Variables &variables)
     : call_(call), variables_(variables), slots_(call.parameters.size()) {
-    for (std::size_t i = 0; i < slots_.size(); ++i) {
+    for (size_t i = 0; i < slots_.size(); ++i) {
         slots_[i].parameter = &call.parameters[i];
     }
     const std::vector<const Value *> values = assign(command);
-    for (std::size_t i = 0; i < slots_.size(); ++i) {
+    for (size_t i = 0; i < slots_.size(); ++i) {
         if (values[i] != nullptr) {
             try {
                 fill(i, *values[i]);
@@ -45,7 +45,7 @@ Arguments::Arguments(const Call &call, const Command &command, const Variables &
     }
 }
 
-void Arguments::fill_outputs(std::uint8_t byte) {
+void Arguments::fill_outputs(uint8_t byte) {
     for (Slot &slot : slots_) {
         if (slot.parameter->direction == Direction::kOut) {
             std::fill(slot.storage.begin(), slot.storage.end(), byte);
@@ -61,9 +61,9 @@ Result Arguments::invoke() {
     return call_.invoke(addresses.data());
 }
 
-std::size_t Arguments::parameter_named(const std::string &name) const {
+size_t Arguments::parameter_named(const std::string &name) const {
     std::vector<std::string_view> names;
-    for (std::size_t i = 0; i < slots_.size(); ++i) {
+    for (size_t i = 0; i < slots_.size(); ++i) {
         if (name == call_.parameters[i].name) {
             return i;
         }
@@ -87,18 +87,18 @@ std::vector<const Value *> Arguments::assign(const Command &command) const {
         }
         value = &argument.value;
     }
-    const std::vector<std::size_t> open = positions(positional.size(), values);
-    for (std::size_t i = 0; i < open.size(); ++i) {
+    const std::vector<size_t> open = positions(positional.size(), values);
+    for (size_t i = 0; i < open.size(); ++i) {
         values[open[i]] = positional[i];
     }
     return values;
 }
 
 /** The inputs that the unnamed arguments stand for: all that are open, with or without the inferable counts. */
-std::vector<std::size_t> Arguments::positions(std::size_t given, const std::vector<const Value *> &named) const {
-    std::vector<std::size_t> all;
-    std::vector<std::size_t> needed;
-    for (std::size_t i = 0; i < slots_.size(); ++i) {
+std::vector<size_t> Arguments::positions(size_t given, const std::vector<const Value *> &named) const {
+    std::vector<size_t> all;
+    std::vector<size_t> needed;
+    for (size_t i = 0; i < slots_.size(); ++i) {
         if (named[i] == nullptr && is_input(call_.parameters[i])) {
             all.push_back(i);
             if (!is_inferable_count(call_, i)) {
@@ -118,7 +118,7 @@ std::vector<std::size_t> Arguments::positions(std::size_t given, const std::vect
                   " arguments; usage: " + usage(call_));
 }
 
-void Arguments::fill(std::size_t index, const Value &value) {
+void Arguments::fill(size_t index, const Value &value) {
     Slot &slot = slots_[index];
     const Parameter &parameter = *slot.parameter;
     if (parameter.shape == Shape::kOutPointer) {
@@ -154,7 +154,7 @@ void Arguments::fill_value(Slot &slot, const Value &value) {
         std::memcpy(slot.storage.data(), &function, sizeof function);
         return;
     }
-    const std::size_t rooms = room_.size();
+    const size_t rooms = room_.size();
     Context context{variables_, room_};
     store_element(type, value, slot.storage.data(), context);
     if (type.kind == Kind::kWord && room_.size() > rooms) {
@@ -187,10 +187,10 @@ void Arguments::fill_array(Slot &slot, const Value &value) {
 
 /** The count that an array asks for, when the line leaves it out, is as many elements as the line gives. */
 void Arguments::infer_counts(const std::vector<const Value *> &values) {
-    for (std::size_t i = 0; i < slots_.size(); ++i) {
+    for (size_t i = 0; i < slots_.size(); ++i) {
         const Parameter &parameter = *slots_[i].parameter;
         if (values[i] == nullptr && parameter.direction == Direction::kValue) {
-            std::size_t elements = 0;
+            size_t elements = 0;
             for (const Slot &slot : slots_) {
                 if (slot.parameter->counter == static_cast<int>(i)) {
                     elements = std::max(elements, slot.elements);
@@ -198,22 +198,22 @@ void Arguments::infer_counts(const std::vector<const Value *> &values) {
             }
             slots_[i].elements = 1;
             slots_[i].storage.resize(parameter.type.size);
-            store_number(parameter.type, static_cast<std::int64_t>(elements), slots_[i].storage.data());
+            store_number(parameter.type, static_cast<int64_t>(elements), slots_[i].storage.data());
         }
     }
 }
 
-std::size_t Arguments::extent(const Parameter &parameter) const {
+size_t Arguments::extent(const Parameter &parameter) const {
     if (parameter.counter == kNoCounter) {
         return parameter.count;
     }
-    const Slot &counter = slots_[static_cast<std::size_t>(parameter.counter)];
+    const Slot &counter = slots_[static_cast<size_t>(parameter.counter)];
     if (counter.storage.empty()) {
         return 0;
     }
     // Without elements there is nothing that a call could touch; a negative count is the call's to judge.
-    const std::int64_t count = load_number(counter.parameter->type, counter.storage.data());
-    return count < 0 ? 0 : static_cast<std::size_t>(count);
+    const int64_t count = load_number(counter.parameter->type, counter.storage.data());
+    return count < 0 ? 0 : static_cast<size_t>(count);
 }
 
 /** Completes a slot's storage to the extent that the call may touch, or refuses what would leave it. */
@@ -228,7 +228,7 @@ void Arguments::make_room(Slot &slot) {
         slot.storage.resize(sizeof(void *));
         return;
     }
-    const std::size_t wanted = extent(parameter);
+    const size_t wanted = extent(parameter);
     if (wanted > kMaxElements) {
         throw Refusal(about(parameter, "a count of " + std::to_string(wanted) + " is more than the " +
                                            std::to_string(kMaxElements) + " elements that the shell provides"));
@@ -247,7 +247,7 @@ void Arguments::make_room(Slot &slot) {
             parameter, std::to_string(wanted) + " bytes are wanted, " + std::to_string(slot.elements) + " are given"));
     }
     slot.elements = std::max(slot.elements, wanted);
-    slot.storage.resize(std::max<std::size_t>(slot.elements * parameter.type.size, 1));
+    slot.storage.resize(std::max<size_t>(slot.elements * parameter.type.size, 1));
 }
 
 }  // namespace adpsh

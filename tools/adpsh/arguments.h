@@ -8,7 +8,7 @@
 #include "tools/adpsh/parser.h"
 #include "tools/adpsh/table.h"
 
-#include <cstddef>
+#include <stddef.h>
 #include <deque>
 #include <vector>
 
@@ -18,7 +18,7 @@ namespace adpsh {
 struct Slot {
     const Parameter *parameter = nullptr;
     Bytes storage;
-    std::size_t elements = 0;
+    size_t elements = 0;
     bool is_null = false;
     Bytes before;                    ///< storage of a set whose address is a word, before the call
     const Bytes *pointed = nullptr;  ///< that storage, or the frame of a frame record
@@ -33,7 +33,7 @@ class Arguments {
     Arguments &operator=(const Arguments &) = delete;
 
     /** Fills what the call only writes, so that a test sees what it left alone. */
-    void fill_outputs(std::uint8_t byte);
+    void fill_outputs(uint8_t byte);
 
     /** Makes the call. */
     Result invoke();
@@ -44,16 +44,16 @@ class Arguments {
 
   private:
     std::vector<const Value *> assign(const Command &command) const;
-    std::vector<std::size_t> positions(std::size_t given, const std::vector<const Value *> &named) const;
-    [[nodiscard]] std::size_t parameter_named(const std::string &name) const;
-    void fill(std::size_t index, const Value &value);
+    std::vector<size_t> positions(size_t given, const std::vector<const Value *> &named) const;
+    [[nodiscard]] size_t parameter_named(const std::string &name) const;
+    void fill(size_t index, const Value &value);
     void fill_value(Slot &slot, const Value &value);
     void fill_array(Slot &slot, const Value &value);
     void fill_list(Slot &slot, const Value &value);
     void fill_frame_record(Slot &slot, const Value &value);
     void infer_counts(const std::vector<const Value *> &values);
     void make_room(Slot &slot);
-    [[nodiscard]] std::size_t extent(const Parameter &parameter) const;
+    [[nodiscard]] size_t extent(const Parameter &parameter) const;
 
     const Call &call_;
     const Variables &variables_;

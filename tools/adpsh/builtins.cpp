@@ -24,7 +24,7 @@ constexpr double kDefaultWait = 5;
 constexpr const char *kCpuInterface = "eth0";
 constexpr const char *kFrameVariable = "frame";
 // The default board: user port i is the chip's port i + 3, the CPU its port 0.
-constexpr std::uint32_t kFirstPhysicalPort = 3;
+constexpr uint32_t kFirstPhysicalPort = 3;
 
 Answer done() {
     return {{}, {{"result", 0}}};
@@ -49,7 +49,7 @@ Answer run_map(Session &, const Command &command) {
     words_of(command, 0);
     require(adp_set_max_phy_port_num(ADP_USER_PORTS), "adp_set_max_phy_port_num");
     require(adp_add_cpu_port(0, 0, 0, 0, 0), "adp_add_cpu_port");
-    for (std::uint32_t i = 1; i <= ADP_USER_PORTS; ++i) {
+    for (uint32_t i = 1; i <= ADP_USER_PORTS; ++i) {
         require(adp_add_phy_port(i, 0, 0, i + kFirstPhysicalPort, 0), "adp_add_phy_port");
     }
     return {fmt::format("user ports 1..{} are the physical ports {}..{}, the CPU port is 0", ADP_USER_PORTS,
@@ -139,7 +139,7 @@ const Builtin *find_builtin(std::string_view name) {
     return found == kBuiltins.end() ? nullptr : found;
 }
 
-std::vector<std::string> words_of(const Command &command, std::size_t most) {
+std::vector<std::string> words_of(const Command &command, size_t most) {
     std::vector<std::string> words;
     for (const Argument &argument : command.arguments) {
         const bool plain = argument.name.empty() && argument.value.form == Value::Form::kWord;

@@ -30,6 +30,6 @@ Answer run_calls(Session &session, const Command &command);
 Answer run_show(Session &session, const Command &command);
 
 /** The words behind a command, which takes at most so many. A Refusal when it is given more, or other things. */
-std::vector<std::string> words_of(const Command &command, std::size_t most);
+std::vector<std::string> words_of(const Command &command, size_t most);
 
 }  // namespace adpsh

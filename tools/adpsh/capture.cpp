@@ -1,9 +1,9 @@
 #include "tools/adpsh/capture.h"
 
+#include <stddef.h>
 #include <sys/mman.h>
 #include <unistd.h>
 #include <array>
-#include <cstddef>
 #include <cstdio>
 #include <utility>
 
@@ -12,8 +12,8 @@ namespace adpsh {
 namespace {
 
 // More is cut: a library that prints without end must not eat the memory.
-constexpr std::size_t kMaxCaptured = std::size_t{1024} * 1024;
-constexpr std::size_t kChunk = 4096;
+constexpr size_t kMaxCaptured = size_t{1024} * 1024;
+constexpr size_t kChunk = 4096;
 
 }  // namespace
 
@@ -51,7 +51,7 @@ std::string Capture::take() {
     std::array<char, kChunk> chunk{};
     ssize_t got = 0;
     while (text.size() < kMaxCaptured && (got = ::read(memory_, chunk.data(), chunk.size())) > 0) {
-        text.append(chunk.data(), static_cast<std::size_t>(got));
+        text.append(chunk.data(), static_cast<size_t>(got));
     }
     ::close(std::exchange(memory_, -1));
     return text;

@@ -13,8 +13,8 @@ namespace adpsh {
 namespace {
 
 constexpr int kHexadecimal = 16;
-constexpr std::size_t kBitsPerWord = 32;
-constexpr std::size_t kPortSetWords = 8;
+constexpr size_t kBitsPerWord = 32;
+constexpr size_t kPortSetWords = 8;
 
 Bytes hexadecimal(std::string_view text, const Value &value) {
     if (text.substr(0, 2) == "0x") {
@@ -25,7 +25,7 @@ Bytes hexadecimal(std::string_view text, const Value &value) {
         if (text.front() == ':' && !result.empty()) {
             text.remove_prefix(1);
         }
-        std::uint8_t byte = 0;
+        uint8_t byte = 0;
         const std::string_view pair = text.substr(0, 2);
         const auto [end, error] = std::from_chars(pair.data(), pair.data() + pair.size(), byte, kHexadecimal);
         if (pair.size() < 2 || error != std::errc() || end != pair.data() + pair.size()) {
@@ -37,7 +37,7 @@ Bytes hexadecimal(std::string_view text, const Value &value) {
     return result;
 }
 
-void refuse_beyond(std::size_t elements, std::size_t limit) {
+void refuse_beyond(size_t elements, size_t limit) {
     if (elements > limit) {
         throw Refusal("there is room for " + std::to_string(limit) + " elements, " + std::to_string(elements) +
                       " are given");
@@ -45,26 +45,26 @@ void refuse_beyond(std::size_t elements, std::size_t limit) {
 }
 
 /** A bitmap written as the numbers of its bits. */
-Bytes bit_set(const Value &value, std::size_t words) {
-    std::vector<std::uint32_t> bits(words);
+Bytes bit_set(const Value &value, size_t words) {
+    std::vector<uint32_t> bits(words);
     for (const Argument &item : value.items) {
         if (!item.name.empty()) {
             throw Refusal("a set {1, 5} of numbers is wanted, not " + written(value));
         }
-        const std::int64_t bit = number_of(item.value, Kind::kU32);
-        if (bit < 0 || static_cast<std::size_t>(bit) >= words * kBitsPerWord) {
+        const int64_t bit = number_of(item.value, Kind::kU32);
+        if (bit < 0 || static_cast<size_t>(bit) >= words * kBitsPerWord) {
             throw Refusal("a set of " + std::to_string(words * kBitsPerWord) + " has no bit " + written(item.value));
         }
-        const auto index = static_cast<std::size_t>(bit);
+        const auto index = static_cast<size_t>(bit);
         bits[index / kBitsPerWord] |= 1U << (index % kBitsPerWord);
     }
-    Bytes result(words * sizeof(std::uint32_t));
+    Bytes result(words * sizeof(uint32_t));
     std::memcpy(result.data(), bits.data(), result.size());
     return result;
 }
 
 /** A number, null, or the address of a set or of words that are kept for the call. */
-std::uintptr_t word_of(const Value &value, Context &context) {
+uintptr_t word_of(const Value &value, Context &context) {
     if (is_null(value)) {
         return 0;
     }
@@ -76,12 +76,12 @@ std::uintptr_t word_of(const Value &value, Context &context) {
         words.resize(kWordListBytes);
         context.room.push_back(std::move(words));
     } else {
-        return static_cast<std::uintptr_t>(number_of(value, Kind::kWord));
+        return static_cast<uintptr_t>(number_of(value, Kind::kWord));
     }
-    return reinterpret_cast<std::uintptr_t>(context.room.back().data());
+    return reinterpret_cast<uintptr_t>(context.room.back().data());
 }
 
-void store_field(const Field &field, const Value &value, std::uint8_t *record, Context &context) {
+void store_field(const Field &field, const Value &value, uint8_t *record, Context &context) {
     if (field.is_pointer) {
         throw Refusal("an address cannot be given");
     }
@@ -97,7 +97,7 @@ void store_record(const Record &record, const Value &value, void *to, Context &c
     if (value.form != Value::Form::kBraces) {
         throw Refusal("a record {field=value ...} is wanted, not " + written(value));
     }
-    auto *bytes = static_cast<std::uint8_t *>(to);
+    auto *bytes = static_cast<uint8_t *>(to);
     std::memset(to, 0, record.size);
     const bool plain =
         std::all_of(value.items.begin(), value.items.end(), [](const Argument &item) { return item.name.empty(); });
@@ -134,7 +134,7 @@ Bytes bytes_of(const Value &value, const Variables &variables) {
     if (value.form == Value::Form::kList) {
         Bytes result;
         for (const Argument &item : value.items) {
-            result.push_back(static_cast<std::uint8_t>(number_of(item.value, Kind::kU8)));
+            result.push_back(static_cast<uint8_t>(number_of(item.value, Kind::kU8)));
         }
         refuse_beyond(result.size(), kMaxElements);
         return result;
@@ -159,14 +159,14 @@ void store_element(const Type &type, const Value &value, void *to, Context &cont
         return store_record(*type.record, value, to, context);
     }
     if (type.kind == Kind::kWord) {
-        const std::uintptr_t word = word_of(value, context);
+        const uintptr_t word = word_of(value, context);
         std::memcpy(to, &word, sizeof word);
         return;
     }
     store_number(type, number_of(value, type.kind), to);
 }
 
-Bytes array_of(const Type &type, const Value &value, std::size_t words, Context &context) {
+Bytes array_of(const Type &type, const Value &value, size_t words, Context &context) {
     if (type.kind == Kind::kU8 || type.kind == Kind::kOpaque) {
         return bytes_of(value, context.variables);
     }
@@ -178,7 +178,7 @@ Bytes array_of(const Type &type, const Value &value, std::size_t words, Context 
     }
     refuse_beyond(value.items.size(), kMaxElements);
     Bytes result(value.items.size() * type.size);
-    for (std::size_t i = 0; i < value.items.size(); ++i) {
+    for (size_t i = 0; i < value.items.size(); ++i) {
         store_element(type, value.items[i].value, result.data() + i * type.size, context);
     }
     return result;

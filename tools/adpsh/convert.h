@@ -7,8 +7,8 @@
 #include "tools/adpsh/parser.h"
 #include "tools/adpsh/table.h"
 
-#include <cstddef>
-#include <cstdint>
+#include <stddef.h>
+#include <stdint.h>
 #include <deque>
 #include <map>
 #include <string>
@@ -16,14 +16,14 @@
 
 namespace adpsh {
 
-using Bytes = std::vector<std::uint8_t>;
+using Bytes = std::vector<uint8_t>;
 /** Byte strings by name, written $NAME on a line. */
 using Variables = std::map<std::string, Bytes, std::less<>>;
 
 /** Elements of an array that a line may give or ask for. */
-constexpr std::size_t kMaxElements = 64 * 1024;
+constexpr size_t kMaxElements = 64 * 1024;
 /** Storage behind the address of words that a line gives as a list. */
-constexpr std::size_t kWordListBytes = 256;
+constexpr size_t kWordListBytes = 256;
 
 /** What conversions need besides the value: the variables, and room that lives as long as the call. */
 struct Context {
@@ -35,7 +35,7 @@ struct Context {
 bool is_null(const Value &value);
 
 /** A number, the name of a constant, or an aggregation interface: agg3, ADP_AGG_INTF(3). */
-std::int64_t number_of(const Value &value, Kind kind);
+int64_t number_of(const Value &value, Kind kind);
 
 /** Bytes as hexadecimal digits, with or without colons, as a list, or as $NAME. */
 Bytes bytes_of(const Value &value, const Variables &variables);
@@ -44,11 +44,11 @@ Bytes bytes_of(const Value &value, const Variables &variables);
 void store_element(const Type &type, const Value &value, void *to, Context &context);
 
 /** An array as its bytes: `[a, b]`, byte strings, sets `{1, 5}` where `words` is the size of the bitmap, else 0. */
-Bytes array_of(const Type &type, const Value &value, std::size_t words, Context &context);
+Bytes array_of(const Type &type, const Value &value, size_t words, Context &context);
 
 /** Stores a number with a type's width. */
-void store_number(const Type &type, std::int64_t number, void *to);
+void store_number(const Type &type, int64_t number, void *to);
 /** Reads a number of a type; unsigned 64-bit ones beyond the signed range come out negative. */
-std::int64_t load_number(const Type &type, const void *from);
+int64_t load_number(const Type &type, const void *from);
 
 }  // namespace adpsh

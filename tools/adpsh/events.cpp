@@ -10,16 +10,16 @@ namespace adpsh {
 namespace {
 
 // More than anyone reads; a callback that never stops must not eat the memory.
-constexpr std::size_t kMaxEvents = 4096;
+constexpr size_t kMaxEvents = 4096;
 
 std::mutex g_guard;
 std::vector<std::string> g_events;
 
 }  // namespace
 
-std::int32_t report_event(const Callback &callback, const void *const *arguments) {
+int32_t report_event(const Callback &callback, const void *const *arguments) {
     std::string text = std::string(callback.name) + "(";
-    for (std::size_t i = 0; i < callback.parameters.size(); ++i) {
+    for (size_t i = 0; i < callback.parameters.size(); ++i) {
         const Parameter &parameter = callback.parameters[i];
         text += std::string(i == 0 ? "" : ", ") + parameter.name + "=";
         text += arguments[i] == nullptr ? "null" : text_of(parameter.type, arguments[i], parameter.count);

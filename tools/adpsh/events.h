@@ -6,14 +6,14 @@
 
 #include "tools/adpsh/table.h"
 
-#include <cstdint>
+#include <stdint.h>
 #include <string>
 #include <vector>
 
 namespace adpsh {
 
 /** Notes an event. Called from whatever thread the library calls back on. @return always 0 */
-std::int32_t report_event(const Callback &callback, const void *const *arguments);
+int32_t report_event(const Callback &callback, const void *const *arguments);
 
 /** The events since the last time, as text. */
 std::vector<std::string> take_events();

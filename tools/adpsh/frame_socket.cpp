@@ -18,9 +18,9 @@ namespace adpsh {
 
 namespace {
 
-constexpr std::size_t kMaxFrame = 65536;
-constexpr std::size_t kControlBytes = 256;
-constexpr std::size_t kAddressBytes = 12;
+constexpr size_t kMaxFrame = 65536;
+constexpr size_t kControlBytes = 256;
+constexpr size_t kAddressBytes = 12;
 constexpr int kReceiveBuffer = 1024 * 1024;
 
 [[noreturn]] void fail(const std::string &interface, int error) {
@@ -39,9 +39,9 @@ void restore_tag(msghdr &message, Bytes &frame) {
             continue;
         }
         const bool has_type = (data.tp_status & TP_STATUS_VLAN_TPID_VALID) != 0;
-        const std::array<std::uint16_t, 2> tag = {htons(has_type ? data.tp_vlan_tpid : std::uint16_t{ETH_P_8021Q}),
-                                                  htons(data.tp_vlan_tci)};
-        std::array<std::uint8_t, sizeof tag> bytes = {};
+        const std::array<uint16_t, 2> tag = {htons(has_type ? data.tp_vlan_tpid : uint16_t{ETH_P_8021Q}),
+                                             htons(data.tp_vlan_tci)};
+        std::array<uint8_t, sizeof tag> bytes = {};
         std::memcpy(bytes.data(), tag.data(), sizeof tag);
         frame.insert(frame.begin() + kAddressBytes, bytes.begin(), bytes.end());
     }
@@ -89,7 +89,7 @@ std::optional<Bytes> FrameSocket::receive() {
     Bytes frame(kMaxFrame);
     sockaddr_ll from = {};
     iovec part = {frame.data(), frame.size()};
-    alignas(cmsghdr) std::array<std::uint8_t, kControlBytes> control = {};
+    alignas(cmsghdr) std::array<uint8_t, kControlBytes> control = {};
     msghdr message = {};
     message.msg_name = &from;
     message.msg_namelen = sizeof from;
@@ -107,7 +107,7 @@ std::optional<Bytes> FrameSocket::receive() {
     if (from.sll_pkttype == PACKET_OUTGOING) {
         return std::nullopt;
     }
-    frame.resize(static_cast<std::size_t>(got));
+    frame.resize(static_cast<size_t>(got));
     restore_tag(message, frame);
     return frame;
 }

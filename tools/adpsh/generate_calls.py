@@ -76,7 +76,7 @@ class Writer:
     def head(self):
         self.out.append("// Generated from the public headers. Changes here are lost.\n"
                         '#include "tools/adpsh/generated_support.h"\n#include "tools/adpsh/table.h"\n\n#include <adp/adp.h>\n\n'
-                        "#include <cstddef>\n")
+                        "#include <stddef.h>\n")
         self.out.append("// Weak: the shell also works with a library that does not have all of these.")
         names = [each.name for each in self.source.functions] + [each.name for each in self.source.data]
         self.out.extend(f"#pragma weak {name}" for name in sorted(names))

@@ -7,7 +7,7 @@
 #include "tools/adpsh/events.h"
 #include "tools/adpsh/table.h"
 
-#include <cstdint>
+#include <stdint.h>
 #include <cstring>
 #include <type_traits>
 
@@ -32,7 +32,7 @@ Result result_of(T result) {
     if constexpr (std::is_pointer_v<T>) {
         return {0, result};
     } else {
-        return {static_cast<std::int64_t>(result), nullptr};
+        return {static_cast<int64_t>(result), nullptr};
     }
 }
 

@@ -1,9 +1,9 @@
 #include "tools/adpsh/guard.h"
 
+#include <stddef.h>
 #include <array>
 #include <csetjmp>
 #include <csignal>
-#include <cstddef>
 
 namespace adpsh {
 
@@ -20,7 +20,7 @@ void on_fault(int signal, siginfo_t *info, void *) {
         std::signal(signal, SIG_DFL);  // not in a call: fail as ever when the instruction runs again
         return;
     }
-    t_fault = {signal, reinterpret_cast<std::uintptr_t>(info->si_addr)};
+    t_fault = {signal, reinterpret_cast<uintptr_t>(info->si_addr)};
     siglongjmp(t_return, 1);
 }
 
@@ -32,12 +32,12 @@ class Handlers {
         action.sa_sigaction = on_fault;
         action.sa_flags = SA_SIGINFO | SA_NODEFER;
         sigemptyset(&action.sa_mask);
-        for (std::size_t i = 0; i < kSignals.size(); ++i) {
+        for (size_t i = 0; i < kSignals.size(); ++i) {
             sigaction(kSignals[i], &action, &before_[i]);
         }
     }
     ~Handlers() {
-        for (std::size_t i = 0; i < kSignals.size(); ++i) {
+        for (size_t i = 0; i < kSignals.size(); ++i) {
             sigaction(kSignals[i], &before_[i], nullptr);
         }
     }

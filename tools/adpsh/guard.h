@@ -4,7 +4,7 @@
  */
 #pragma once
 
-#include <cstdint>
+#include <stdint.h>
 #include <functional>
 
 namespace adpsh {
@@ -12,7 +12,7 @@ namespace adpsh {
 /** How a guarded run ended. */
 struct Fault {
     int signal = 0;  ///< 0 when all went well
-    std::uintptr_t address = 0;
+    uintptr_t address = 0;
 };
 
 /**

@@ -22,16 +22,16 @@ constexpr std::string_view kAggMacro = "ADP_AGG_INTF(";
 /** A number as written: its sign apart from its size, so that all of 64 bits can be said. */
 struct Written {
     bool negative;
-    std::uint64_t size;
+    uint64_t size;
 };
 
-std::optional<std::uint64_t> digits(std::string_view text) {
+std::optional<uint64_t> digits(std::string_view text) {
     int base = kDecimal;
     if (text.substr(0, 2) == "0x" || text.substr(0, 2) == "0X") {
         base = kHexadecimal;
         text.remove_prefix(2);
     }
-    std::uint64_t result = 0;
+    uint64_t result = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), result, base);
     if (text.empty() || error != std::errc() || end != text.data() + text.size()) {
         return std::nullopt;
@@ -40,7 +40,7 @@ std::optional<std::uint64_t> digits(std::string_view text) {
 }
 
 /** agg3 or ADP_AGG_INTF(3). */
-std::optional<std::uint64_t> aggregation_interface(std::string_view text) {
+std::optional<uint64_t> aggregation_interface(std::string_view text) {
     if (text.substr(0, kAggMacro.size()) == kAggMacro && text.back() == ')') {
         text.remove_prefix(kAggMacro.size());
         text.remove_suffix(1);
@@ -59,7 +59,7 @@ std::optional<std::uint64_t> aggregation_interface(std::string_view text) {
 std::optional<Written> read(std::string_view text) {
     if (const Constant *constant = find_constant(text)) {
         const bool negative = constant->value < 0;
-        return Written{negative, static_cast<std::uint64_t>(negative ? -constant->value : constant->value)};
+        return Written{negative, static_cast<uint64_t>(negative ? -constant->value : constant->value)};
     }
     if (const auto interface = aggregation_interface(text)) {
         return Written{false, *interface};
@@ -70,38 +70,38 @@ std::optional<Written> read(std::string_view text) {
 }
 
 /** The widest positive number of a kind: signed kinds take all ones too, so that 0xFFFFFFFF is -1. */
-std::uint64_t limit_of(Kind kind) {
+uint64_t limit_of(Kind kind) {
     switch (kind) {
         case Kind::kU8:
-            return std::numeric_limits<std::uint8_t>::max();
+            return std::numeric_limits<uint8_t>::max();
         case Kind::kU16:
         case Kind::kI16:
-            return std::numeric_limits<std::uint16_t>::max();
+            return std::numeric_limits<uint16_t>::max();
         case Kind::kU64:
-            return std::numeric_limits<std::uint64_t>::max();
+            return std::numeric_limits<uint64_t>::max();
         case Kind::kWord:
-            return std::numeric_limits<std::uintptr_t>::max();
+            return std::numeric_limits<uintptr_t>::max();
         default:
-            return std::numeric_limits<std::uint32_t>::max();
+            return std::numeric_limits<uint32_t>::max();
     }
 }
 
 template <typename T>
-void put(std::int64_t number, void *to) {
+void put(int64_t number, void *to) {
     const auto narrow = static_cast<T>(number);
     std::memcpy(to, &narrow, sizeof narrow);
 }
 
 template <typename T>
-std::int64_t take(const void *from) {
+int64_t take(const void *from) {
     T number;
     std::memcpy(&number, from, sizeof number);
-    return static_cast<std::int64_t>(number);
+    return static_cast<int64_t>(number);
 }
 
 }  // namespace
 
-std::int64_t number_of(const Value &value, Kind kind) {
+int64_t number_of(const Value &value, Kind kind) {
     if (value.form != Value::Form::kWord) {
         throw Refusal("a number is wanted, not " + written(value));
     }
@@ -114,45 +114,45 @@ std::int64_t number_of(const Value &value, Kind kind) {
         throw Refusal("'" + written(value) + "' is neither a number nor the name of one" +
                       did_you_mean(value.text, names));
     }
-    const std::uint64_t limit = limit_of(kind);
+    const uint64_t limit = limit_of(kind);
     if (number->size > limit || (number->negative && number->size > limit / 2 + 1)) {
         throw Refusal("'" + written(value) + "' is out of range");
     }
-    return static_cast<std::int64_t>(number->negative ? std::uint64_t{0} - number->size : number->size);
+    return static_cast<int64_t>(number->negative ? uint64_t{0} - number->size : number->size);
 }
 
-void store_number(const Type &type, std::int64_t number, void *to) {
+void store_number(const Type &type, int64_t number, void *to) {
     switch (type.kind) {
         case Kind::kU8:
-            return put<std::uint8_t>(number, to);
+            return put<uint8_t>(number, to);
         case Kind::kU16:
         case Kind::kI16:
-            return put<std::uint16_t>(number, to);
+            return put<uint16_t>(number, to);
         case Kind::kU64:
-            return put<std::int64_t>(number, to);
+            return put<int64_t>(number, to);
         case Kind::kWord:
-            return put<std::uintptr_t>(number, to);
+            return put<uintptr_t>(number, to);
         default:
-            return put<std::uint32_t>(number, to);
+            return put<uint32_t>(number, to);
     }
 }
 
-std::int64_t load_number(const Type &type, const void *from) {
+int64_t load_number(const Type &type, const void *from) {
     switch (type.kind) {
         case Kind::kU8:
-            return take<std::uint8_t>(from);
+            return take<uint8_t>(from);
         case Kind::kU16:
-            return take<std::uint16_t>(from);
+            return take<uint16_t>(from);
         case Kind::kI16:
-            return take<std::int16_t>(from);
+            return take<int16_t>(from);
         case Kind::kU64:
-            return take<std::int64_t>(from);
+            return take<int64_t>(from);
         case Kind::kWord:
-            return take<std::uintptr_t>(from);
+            return take<uintptr_t>(from);
         case Kind::kI32:
-            return take<std::int32_t>(from);
+            return take<int32_t>(from);
         default:
-            return take<std::uint32_t>(from);
+            return take<uint32_t>(from);
     }
 }
 

@@ -7,7 +7,7 @@ namespace adpsh {
 namespace {
 
 constexpr std::string_view kSpecial = "[]{}=,\"";
-constexpr std::size_t kShownValue = 40;
+constexpr size_t kShownValue = 40;
 constexpr unsigned char kFirstPrintable = 0x20;
 constexpr unsigned char kDelete = 0x7F;
 
@@ -46,7 +46,7 @@ class Parser {
         return result;
     }
 
-    [[nodiscard]] std::size_t column() const { return position_ + 1; }
+    [[nodiscard]] size_t column() const { return position_ + 1; }
 
   private:
     [[noreturn]] void fail(std::string text) const { throw Error{std::move(text), column()}; }
@@ -65,14 +65,14 @@ class Parser {
     }
 
     std::string word() {
-        const std::size_t start = position_;
+        const size_t start = position_;
         while (!at_end() && !is_blank(peek()) && !is_special(peek())) {
             ++position_;
         }
         return std::string(line_.substr(start, position_ - start));
     }
 
-    Argument argument(std::size_t depth) {
+    Argument argument(size_t depth) {
         Argument result;
         result.value = value(depth);
         skip_blanks();
@@ -92,7 +92,7 @@ class Parser {
         return result;
     }
 
-    Value value(std::size_t depth) {
+    Value value(size_t depth) {
         switch (peek()) {
             case '"':
                 return text();
@@ -142,7 +142,7 @@ class Parser {
         }
     }
 
-    Value brackets(Value::Form form, char closing, std::size_t depth) {
+    Value brackets(Value::Form form, char closing, size_t depth) {
         if (depth == kMaxDepth) {
             fail("brackets are nested too deeply");
         }
@@ -172,7 +172,7 @@ class Parser {
     }
 
     std::string_view line_;
-    std::size_t position_ = 0;
+    size_t position_ = 0;
 };
 
 void write(const Value &value, std::string &out) {
@@ -208,7 +208,7 @@ std::variant<Command, Error> parse_line(std::string_view line) {
     if (line.size() > kMaxLine) {
         return Error{"the line is too long", kMaxLine};
     }
-    for (std::size_t i = 0; i < line.size(); ++i) {
+    for (size_t i = 0; i < line.size(); ++i) {
         if (is_control(line[i])) {
             return Error{"the line holds a control character", i + 1};
         }

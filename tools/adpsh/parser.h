@@ -9,7 +9,7 @@
  */
 #pragma once
 
-#include <cstddef>
+#include <stddef.h>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -42,11 +42,11 @@ struct Command {
 /** Why a line was refused, as a sentence, and where. */
 struct Error {
     std::string text;
-    std::size_t column = 0;  ///< counts from 1
+    size_t column = 0;  ///< counts from 1
 };
 
-constexpr std::size_t kMaxLine = 512 * 1024;
-constexpr std::size_t kMaxDepth = 16;
+constexpr size_t kMaxLine = 512 * 1024;
+constexpr size_t kMaxDepth = 16;
 
 std::variant<Command, Error> parse_line(std::string_view line);
 

@@ -116,8 +116,8 @@ TEST(ParseLine, PlacesEveryErrorInsideTheLine) {
     constexpr int kLines = 50000;
     constexpr std::string_view kAlphabet = "ab1 []{}=,\"\\#\t\x01\xff";
     std::mt19937 random(20);
-    std::uniform_int_distribution<std::size_t> length(0, 24);
-    std::uniform_int_distribution<std::size_t> letter(0, kAlphabet.size() - 1);
+    std::uniform_int_distribution<size_t> length(0, 24);
+    std::uniform_int_distribution<size_t> letter(0, kAlphabet.size() - 1);
     int taken = 0;
     for (int i = 0; i < kLines; ++i) {
         std::string line(length(random), ' ');

@@ -1,6 +1,6 @@
 #include "tools/adpsh/reader.h"
 
-#include <cstddef>
+#include <stddef.h>
 #include <utility>
 
 namespace adpsh {
@@ -30,7 +30,7 @@ class ListReader : public Reader {
 
   private:
     std::vector<std::string> lines_;
-    std::size_t next_ = 0;
+    size_t next_ = 0;
 };
 
 }  // namespace

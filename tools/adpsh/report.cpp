@@ -17,7 +17,7 @@ class TextReport : public Report {
   public:
     explicit TextReport(bool numbered) : numbered_(numbered) {}
 
-    void call(std::size_t, const Outcome &outcome) override {
+    void call(size_t, const Outcome &outcome) override {
         std::string text;
         for (const std::string &driver_call : outcome.trace) {
             text += "    " + driver_call + "\n";
@@ -34,13 +34,13 @@ class TextReport : public Report {
         print(stdout, text);
     }
 
-    void answer(std::size_t, const Answer &answer) override {
+    void answer(size_t, const Answer &answer) override {
         if (!answer.text.empty()) {
             print(stdout, answer.text + "\n");
         }
     }
 
-    void refusal(std::size_t line, const std::string &sentence) override {
+    void refusal(size_t line, const std::string &sentence) override {
         print(stderr, numbered_ ? fmt::format("line {}: {}\n", line, sentence) : sentence + "\n");
     }
 
@@ -50,7 +50,7 @@ class TextReport : public Report {
 
 class JsonReport : public Report {
   public:
-    void call(std::size_t line, const Outcome &outcome) override {
+    void call(size_t line, const Outcome &outcome) override {
         Json object = {{"line", line}, {"call", outcome.call->name}};
         object["result"] = json_of(*outcome.call, outcome.result);
         object["outputs"] = Json::object();
@@ -65,15 +65,13 @@ class JsonReport : public Report {
         write(object);
     }
 
-    void answer(std::size_t line, const Answer &answer) override {
+    void answer(size_t line, const Answer &answer) override {
         Json object = {{"line", line}};
         object.update(answer.object);
         write(object);
     }
 
-    void refusal(std::size_t line, const std::string &sentence) override {
-        write({{"line", line}, {"error", sentence}});
-    }
+    void refusal(size_t line, const std::string &sentence) override { write({{"line", line}, {"error", sentence}}); }
 
   private:
     static void write(const Json &object) {

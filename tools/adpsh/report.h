@@ -7,7 +7,7 @@
 #include "tools/adpsh/execute.h"
 #include "tools/adpsh/show.h"
 
-#include <cstddef>
+#include <stddef.h>
 #include <memory>
 #include <string>
 
@@ -26,9 +26,9 @@ class Report {
     Report(const Report &) = delete;
     Report &operator=(const Report &) = delete;
 
-    virtual void call(std::size_t line, const Outcome &outcome) = 0;
-    virtual void answer(std::size_t line, const Answer &answer) = 0;
-    virtual void refusal(std::size_t line, const std::string &sentence) = 0;
+    virtual void call(size_t line, const Outcome &outcome) = 0;
+    virtual void answer(size_t line, const Answer &answer) = 0;
+    virtual void refusal(size_t line, const std::string &sentence) = 0;
 };
 
 /** Text on standard output; refusals on standard error, with the line's number when `numbered`. */

@@ -29,7 +29,7 @@ constexpr std::string_view kBlanks = " \t\r";
 
 /** What stands behind a line's first word if that is the given one. */
 std::optional<std::string_view> behind(std::string_view word, std::string_view line) {
-    const std::size_t start = std::min(line.find_first_not_of(kBlanks), line.size());
+    const size_t start = std::min(line.find_first_not_of(kBlanks), line.size());
     if (line.substr(start, word.size()) != word) {
         return std::nullopt;
     }

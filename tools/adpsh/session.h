@@ -9,7 +9,7 @@
 #include "tools/adpsh/parser.h"
 #include "tools/adpsh/report.h"
 
-#include <cstddef>
+#include <stddef.h>
 #include <string_view>
 
 namespace adpsh {
@@ -40,7 +40,7 @@ class Session {
 
     SessionOptions options_;
     std::unique_ptr<Report> report_;
-    std::size_t line_ = 0;
+    size_t line_ = 0;
     bool is_over_ = false;
     bool is_broken_ = false;
     Variables variables_;

@@ -9,7 +9,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include <cstddef>
+#include <stddef.h>
 #include <string>
 
 namespace adpsh {
@@ -17,10 +17,10 @@ namespace adpsh {
 using Json = nlohmann::ordered_json;
 
 /** Bytes as hexadecimal digits without separators. */
-std::string hex_of(const std::uint8_t *bytes, std::size_t count);
+std::string hex_of(const uint8_t *bytes, size_t count);
 
-std::string text_of(const Type &type, const void *from, std::size_t count);
-Json json_of(const Type &type, const void *from, std::size_t count);
+std::string text_of(const Type &type, const void *from, size_t count);
+Json json_of(const Type &type, const void *from, size_t count);
 
 /** Whether a slot has something to show after the call: an output, or a set behind a word that the call changed. */
 bool is_shown(const Slot &slot);

@@ -7,7 +7,7 @@ namespace adpsh {
 
 namespace {
 
-Json record_json(const Record &record, const std::uint8_t *from) {
+Json record_json(const Record &record, const uint8_t *from) {
     Json object = Json::object();
     for (const Field &field : record.fields) {
         if (field.is_pointer) {
@@ -22,15 +22,15 @@ Json record_json(const Record &record, const std::uint8_t *from) {
 }
 
 Json number_json(const Type &type, const void *from) {
-    const std::int64_t number = load_number(type, from);
+    const int64_t number = load_number(type, from);
     if (type.kind == Kind::kI16 || type.kind == Kind::kI32) {
         return number;
     }
-    return static_cast<std::uint64_t>(number);
+    return static_cast<uint64_t>(number);
 }
 
 /** A block that only the driver knows: as the 64-bit counter or the words that it most likely holds. */
-Json opaque_json(const std::uint8_t *from, std::size_t count) {
+Json opaque_json(const uint8_t *from, size_t count) {
     if (count == kCounter.size) {
         return number_json(kCounter, from);
     }
@@ -38,7 +38,7 @@ Json opaque_json(const std::uint8_t *from, std::size_t count) {
         return hex_of(from, count);
     }
     Json words = Json::array();
-    for (std::size_t i = 0; i < count; i += kWord32.size) {
+    for (size_t i = 0; i < count; i += kWord32.size) {
         words.push_back(number_json(kWord32, from + i));
     }
     return words;
@@ -46,10 +46,10 @@ Json opaque_json(const std::uint8_t *from, std::size_t count) {
 
 /** The offset of an address inside the memory of another argument, or null. */
 Json pointer_json(const Slot &slot, const Arguments &arguments) {
-    const std::uint8_t *address = nullptr;
+    const uint8_t *address = nullptr;
     std::memcpy(&address, slot.storage.data(), sizeof address);
     for (const Slot &other : arguments.slots()) {
-        const std::uint8_t *const begin = other.storage.data();
+        const uint8_t *const begin = other.storage.data();
         if (&other != &slot && address >= begin && address < begin + other.storage.size()) {
             return address - begin;
         }
@@ -60,7 +60,7 @@ Json pointer_json(const Slot &slot, const Arguments &arguments) {
 Json frame_record_json(const Slot &slot) {
     Json object = record_json(*slot.parameter->type.record, slot.storage.data());
     for (const Field &field : slot.parameter->type.record->fields) {
-        const std::uint8_t *address = nullptr;
+        const uint8_t *address = nullptr;
         if (!field.is_pointer || slot.pointed == nullptr) {
             continue;
         }
@@ -76,8 +76,8 @@ Json frame_record_json(const Slot &slot) {
 
 }  // namespace
 
-Json json_of(const Type &type, const void *from, std::size_t count) {
-    const auto *const bytes = static_cast<const std::uint8_t *>(from);
+Json json_of(const Type &type, const void *from, size_t count) {
+    const auto *const bytes = static_cast<const uint8_t *>(from);
     if (type.kind == Kind::kText) {
         return std::string(static_cast<const char *>(from));
     }
@@ -89,7 +89,7 @@ Json json_of(const Type &type, const void *from, std::size_t count) {
     }
     if (count != 1) {
         Json list = Json::array();
-        for (std::size_t i = 0; i < count; ++i) {
+        for (size_t i = 0; i < count; ++i) {
             list.push_back(json_of(type, bytes + i * type.size, 1));
         }
         return list;
@@ -127,13 +127,12 @@ Json json_of(const Call &call, const Result &result) {
         case ResultKind::kNone:
             return nullptr;
         case ResultKind::kRecord:
-            return result.address == nullptr
-                       ? Json()
-                       : record_json(*call.record, static_cast<const std::uint8_t *>(result.address));
+            return result.address == nullptr ? Json()
+                                             : record_json(*call.record, static_cast<const uint8_t *>(result.address));
         case ResultKind::kText:
             return result.address == nullptr ? Json() : Json(std::string(static_cast<const char *>(result.address)));
         default:
-            return static_cast<std::int32_t>(result.number);
+            return static_cast<int32_t>(result.number);
     }
 }
 

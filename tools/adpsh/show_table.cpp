@@ -16,24 +16,24 @@ namespace adpsh {
 
 namespace {
 
-constexpr std::size_t kMaxRows = 65536;
+constexpr size_t kMaxRows = 65536;
 // Longer tables leave out the rows that are all zero.
-constexpr std::size_t kShortTable = 32;
-constexpr std::size_t kMaxNodes = 65536;
+constexpr size_t kShortTable = 32;
+constexpr size_t kMaxNodes = 65536;
 
 /** Where a table stands and how long it is: tables behind a pointer have a row for every row of the port map. */
 struct Extent {
-    const std::uint8_t *begin;
-    std::size_t rows;
+    const uint8_t *begin;
+    size_t rows;
 };
 
 Extent extent_of(const Table &table) {
     if (!table.is_pointer) {
-        return {static_cast<const std::uint8_t *>(table.address), table.rows};
+        return {static_cast<const uint8_t *>(table.address), table.rows};
     }
-    const std::uint8_t *begin = nullptr;
+    const uint8_t *begin = nullptr;
     std::memcpy(&begin, table.address, sizeof begin);
-    return {begin, std::min<std::size_t>(std::size_t{adp_max_phy_port_num} + 1, kMaxRows)};
+    return {begin, std::min<size_t>(size_t{adp_max_phy_port_num} + 1, kMaxRows)};
 }
 
 bool is_list_head(const Table &table) {
@@ -41,9 +41,9 @@ bool is_list_head(const Table &table) {
            std::string_view(table.type.record->name) == "adp_list_link_t";
 }
 
-std::size_t nodes_of(const Table &table) {
+size_t nodes_of(const Table &table) {
     const auto *const head = static_cast<const adp_list_link_t *>(table.address);
-    std::size_t nodes = 0;
+    size_t nodes = 0;
     for (const adp_list_link_t *link = head->next; link != head && link != nullptr && nodes < kMaxNodes;
          link = link->next) {
         ++nodes;
@@ -52,12 +52,12 @@ std::size_t nodes_of(const Table &table) {
 }
 
 std::string rows_text(const Table &table, const Extent &extent) {
-    const std::size_t size = table.type.size * table.columns;
+    const size_t size = table.type.size * table.columns;
     std::string text;
-    std::size_t passed_over = 0;
-    for (std::size_t i = 0; i < extent.rows; ++i) {
-        const std::uint8_t *const row = extent.begin + i * size;
-        if (extent.rows > kShortTable && std::all_of(row, row + size, [](std::uint8_t byte) { return byte == 0; })) {
+    size_t passed_over = 0;
+    for (size_t i = 0; i < extent.rows; ++i) {
+        const uint8_t *const row = extent.begin + i * size;
+        if (extent.rows > kShortTable && std::all_of(row, row + size, [](uint8_t byte) { return byte == 0; })) {
             ++passed_over;
             continue;
         }
@@ -99,7 +99,7 @@ Json table_json(const Table &table, const Extent &extent) {
         return hex_of(extent.begin, extent.rows);
     }
     Json rows = Json::array();
-    for (std::size_t i = 0; i < extent.rows; ++i) {
+    for (size_t i = 0; i < extent.rows; ++i) {
         rows.push_back(json_of(table.type, extent.begin + i * table.type.size * table.columns, table.columns));
     }
     return rows;

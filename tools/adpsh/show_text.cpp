@@ -12,12 +12,12 @@ namespace adpsh {
 
 namespace {
 
-constexpr std::size_t kBitsPerWord = 32;
-constexpr std::size_t kMinTrailingZeros = 4;
+constexpr size_t kBitsPerWord = 32;
+constexpr size_t kMinTrailingZeros = 4;
 // From here on a word reads better in hexadecimal: it is an address or a pattern.
-constexpr std::int64_t kLargeWord = 0x10000;
+constexpr int64_t kLargeWord = 0x10000;
 
-std::string interface_text(std::int64_t number) {
+std::string interface_text(int64_t number) {
     if (number >> ADP_INTF_TYPE_SHIFT == ADP_INTF_TYPE_AGG) {
         return fmt::format("{:#x} (agg{})", number, number & ADP_INTF_INDEX_MASK);
     }
@@ -25,15 +25,15 @@ std::string interface_text(std::int64_t number) {
 }
 
 std::string number_text(const Type &type, const void *from) {
-    const std::int64_t number = load_number(type, from);
+    const int64_t number = load_number(type, from);
     if (type.kind == Kind::kU64) {
-        return std::to_string(static_cast<std::uint64_t>(number));
+        return std::to_string(static_cast<uint64_t>(number));
     }
-    if (type.kind == Kind::kU32 && number == std::numeric_limits<std::uint32_t>::max()) {
+    if (type.kind == Kind::kU32 && number == std::numeric_limits<uint32_t>::max()) {
         return fmt::format("{:#x} (all ones)", number);
     }
     if (type.kind == Kind::kWord && number >= kLargeWord) {
-        return fmt::format("{:#x}", static_cast<std::uintptr_t>(number));
+        return fmt::format("{:#x}", static_cast<uintptr_t>(number));
     }
     return type.is_interface ? interface_text(number) : std::to_string(number);
 }
@@ -44,7 +44,7 @@ std::string callback_text(const Type &type, const void *from) {
     return function == nullptr ? "none" : function == type.callback->print ? "print" : "set";
 }
 
-std::string record_text(const Record &record, const std::uint8_t *from) {
+std::string record_text(const Record &record, const uint8_t *from) {
     std::string text = "{";
     for (const Field &field : record.fields) {
         const void *address = nullptr;
@@ -58,18 +58,18 @@ std::string record_text(const Record &record, const std::uint8_t *from) {
     return text + "}";
 }
 
-bool is_bitmap(const Type &type, std::size_t count) {
+bool is_bitmap(const Type &type, size_t count) {
     return type.kind == Kind::kU32 && !type.is_interface && (count == 2 || count == 8);
 }
 
-std::string bitmap_text(const std::uint8_t *from, std::size_t words) {
+std::string bitmap_text(const uint8_t *from, size_t words) {
     std::string bits;
     std::string plain;
-    for (std::size_t i = 0; i < words; ++i) {
-        std::uint32_t word;
+    for (size_t i = 0; i < words; ++i) {
+        uint32_t word;
         std::memcpy(&word, from + i * sizeof word, sizeof word);
         plain += fmt::format("{}{:#010x}", i == 0 ? "" : ", ", word);
-        for (std::size_t bit = 0; bit < kBitsPerWord; ++bit) {
+        for (size_t bit = 0; bit < kBitsPerWord; ++bit) {
             if ((word >> bit & 1U) != 0) {
                 bits += (bits.empty() ? "" : ",") + std::to_string(i * kBitsPerWord + bit);
             }
@@ -79,8 +79,8 @@ std::string bitmap_text(const std::uint8_t *from, std::size_t words) {
 }
 
 /** Elements in brackets; a long tail of zeros is only counted. */
-std::string list_text(const Type &type, const std::uint8_t *from, std::size_t count) {
-    std::size_t shown = count;
+std::string list_text(const Type &type, const uint8_t *from, size_t count) {
+    size_t shown = count;
     while (shown > 0 && type.kind != Kind::kRecord && load_number(type, from + (shown - 1) * type.size) == 0) {
         --shown;
     }
@@ -88,7 +88,7 @@ std::string list_text(const Type &type, const std::uint8_t *from, std::size_t co
         shown = count;
     }
     std::string text = "[";
-    for (std::size_t i = 0; i < shown; ++i) {
+    for (size_t i = 0; i < shown; ++i) {
         text += (i == 0 ? "" : ", ") + text_of(type, from + i * type.size, 1);
     }
     if (shown < count) {
@@ -98,7 +98,7 @@ std::string list_text(const Type &type, const std::uint8_t *from, std::size_t co
 }
 
 /** A block that only the driver knows: as the 64-bit counter or the words that it most likely holds. */
-std::string opaque_text(const std::uint8_t *from, std::size_t count) {
+std::string opaque_text(const uint8_t *from, size_t count) {
     if (count == kCounter.size) {
         return number_text(kCounter, from);
     }
@@ -107,10 +107,10 @@ std::string opaque_text(const std::uint8_t *from, std::size_t count) {
 
 /** The address that a call handed out, told as the place in an argument's memory that it points at. */
 std::string pointer_text(const Slot &slot, const Arguments &arguments) {
-    const std::uint8_t *address = nullptr;
+    const uint8_t *address = nullptr;
     std::memcpy(&address, slot.storage.data(), sizeof address);
     for (const Slot &other : arguments.slots()) {
-        const std::uint8_t *const begin = other.storage.data();
+        const uint8_t *const begin = other.storage.data();
         if (&other != &slot && address >= begin && address < begin + other.storage.size()) {
             return fmt::format("{}+{}", other.parameter->name, address - begin);
         }
@@ -121,13 +121,13 @@ std::string pointer_text(const Slot &slot, const Arguments &arguments) {
 std::string frame_record_text(const Slot &slot) {
     std::string text = "{";
     for (const Field &field : slot.parameter->type.record->fields) {
-        const std::uint8_t *const at = slot.storage.data() + field.offset;
+        const uint8_t *const at = slot.storage.data() + field.offset;
         text += std::string(text.size() == 1 ? "" : " ") + field.name + "=";
         if (!field.is_pointer) {
             text += text_of(field.type, at, field.count);
             continue;
         }
-        const std::uint8_t *address = nullptr;
+        const uint8_t *address = nullptr;
         std::memcpy(&address, at, sizeof address);
         if (address == nullptr || slot.pointed == nullptr) {
             text += address == nullptr ? "null" : "set";
@@ -142,19 +142,19 @@ std::string frame_record_text(const Slot &slot) {
 
 }  // namespace
 
-std::string hex_of(const std::uint8_t *bytes, std::size_t count) {
+std::string hex_of(const uint8_t *bytes, size_t count) {
     constexpr std::string_view kDigits = "0123456789abcdef";
     std::string text;
     text.reserve(count * 2);
-    for (std::size_t i = 0; i < count; ++i) {
+    for (size_t i = 0; i < count; ++i) {
         text += kDigits[bytes[i] >> 4U];
         text += kDigits[bytes[i] & 0xFU];
     }
     return text;
 }
 
-std::string text_of(const Type &type, const void *from, std::size_t count) {
-    const auto *const bytes = static_cast<const std::uint8_t *>(from);
+std::string text_of(const Type &type, const void *from, size_t count) {
+    const auto *const bytes = static_cast<const uint8_t *>(from);
     if (type.kind == Kind::kText) {
         return '"' + std::string(static_cast<const char *>(from)) + '"';
     }
@@ -207,9 +207,8 @@ std::string text_of(const Call &call, const Result &result) {
         case ResultKind::kNone:
             return "done";
         case ResultKind::kRecord:
-            return result.address == nullptr
-                       ? "null"
-                       : record_text(*call.record, static_cast<const std::uint8_t *>(result.address));
+            return result.address == nullptr ? "null"
+                                             : record_text(*call.record, static_cast<const uint8_t *>(result.address));
         case ResultKind::kText:
             return result.address == nullptr ? "null" : text_of({Kind::kText, 1}, result.address, 1);
         case ResultKind::kInterface:

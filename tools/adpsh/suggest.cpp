@@ -1,33 +1,33 @@
 #include "tools/adpsh/suggest.h"
 
+#include <stddef.h>
 #include <algorithm>
 #include <cctype>
-#include <cstddef>
 #include <utility>
 
 namespace adpsh {
 
 namespace {
 
-constexpr std::size_t kMaxSuggestions = 3;
-constexpr std::size_t kMaxName = 64;
+constexpr size_t kMaxSuggestions = 3;
+constexpr size_t kMaxName = 64;
 // One slip for every so many characters is still taken for a slip.
-constexpr std::size_t kCharactersPerSlip = 4;
+constexpr size_t kCharactersPerSlip = 4;
 
 bool same(char a, char b) {
     return std::tolower(static_cast<unsigned char>(a)) == std::tolower(static_cast<unsigned char>(b));
 }
 
 /** Insertions, deletions and replacements that turn one name into the other, whatever the case. */
-std::size_t distance(std::string_view a, std::string_view b) {
-    std::vector<std::size_t> row(b.size() + 1);
-    for (std::size_t j = 0; j <= b.size(); ++j) {
+size_t distance(std::string_view a, std::string_view b) {
+    std::vector<size_t> row(b.size() + 1);
+    for (size_t j = 0; j <= b.size(); ++j) {
         row[j] = j;
     }
-    for (std::size_t i = 1; i <= a.size(); ++i) {
-        std::size_t diagonal = std::exchange(row[0], i);
-        for (std::size_t j = 1; j <= b.size(); ++j) {
-            const std::size_t replaced = diagonal + (same(a[i - 1], b[j - 1]) ? 0U : 1U);
+    for (size_t i = 1; i <= a.size(); ++i) {
+        size_t diagonal = std::exchange(row[0], i);
+        for (size_t j = 1; j <= b.size(); ++j) {
+            const size_t replaced = diagonal + (same(a[i - 1], b[j - 1]) ? 0U : 1U);
             diagonal = row[j];
             row[j] = std::min({replaced, row[j] + 1, row[j - 1] + 1});
         }
@@ -41,16 +41,16 @@ std::string did_you_mean(std::string_view name, const std::vector<std::string_vi
     if (name.size() > kMaxName) {
         return {};
     }
-    std::vector<std::pair<std::size_t, std::string_view>> close;
+    std::vector<std::pair<size_t, std::string_view>> close;
     for (const std::string_view candidate : names) {
-        const std::size_t slips = distance(name, candidate);
-        if (slips <= std::max<std::size_t>(2, name.size() / kCharactersPerSlip) && slips < name.size()) {
+        const size_t slips = distance(name, candidate);
+        if (slips <= std::max<size_t>(2, name.size() / kCharactersPerSlip) && slips < name.size()) {
             close.emplace_back(slips, candidate);
         }
     }
     std::sort(close.begin(), close.end());
     std::string text;
-    for (std::size_t i = 0; i < std::min(close.size(), kMaxSuggestions); ++i) {
+    for (size_t i = 0; i < std::min(close.size(), kMaxSuggestions); ++i) {
         text += (i == 0 ? "; did you mean '" : " or '") + std::string(close[i].second) + "'";
     }
     return text.empty() ? text : text + "?";

@@ -28,7 +28,7 @@ const Constant *find_constant(std::string_view name) {
     return find(constants(), name);
 }
 
-const Constant *find_status(std::int64_t status) {
+const Constant *find_status(int64_t status) {
     for (const Constant &constant : constants()) {
         if (constant.value == status && is_status_name(constant.name)) {
             return &constant;
@@ -37,7 +37,7 @@ const Constant *find_status(std::int64_t status) {
     return nullptr;
 }
 
-bool is_inferable_count(const Call &call, std::size_t index) {
+bool is_inferable_count(const Call &call, size_t index) {
     return std::any_of(call.parameters.begin(), call.parameters.end(), [index](const Parameter &parameter) {
         return is_input(parameter) && parameter.counter == static_cast<int>(index);
     });
@@ -45,7 +45,7 @@ bool is_inferable_count(const Call &call, std::size_t index) {
 
 std::string usage(const Call &call) {
     std::string text = call.name;
-    for (std::size_t i = 0; i < call.parameters.size(); ++i) {
+    for (size_t i = 0; i < call.parameters.size(); ++i) {
         if (is_input(call.parameters[i])) {
             const bool optional = is_inferable_count(call, i);
             text += std::string(optional ? " [" : " ") + call.parameters[i].name + (optional ? "]" : "");

@@ -4,8 +4,8 @@
  */
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
+#include <stddef.h>
+#include <stdint.h>
 #include <span>
 #include <string>
 #include <string_view>
@@ -22,28 +22,28 @@ struct Callback;
 /** The type of one element. */
 struct Type {
     Kind kind;
-    std::size_t size;
+    size_t size;
     bool is_interface = false;  ///< an interface number, shown with its name when it is an aggregation interface
     const Record *record = nullptr;
     const Callback *callback = nullptr;
 };
 
-constexpr Type kWord32 = {Kind::kU32, sizeof(std::uint32_t)};
-constexpr Type kCounter = {Kind::kU64, sizeof(std::uint64_t)};
+constexpr Type kWord32 = {Kind::kU32, sizeof(uint32_t)};
+constexpr Type kCounter = {Kind::kU64, sizeof(uint64_t)};
 
 /** A member of a record: `count` elements at `offset`, or the address of some. */
 struct Field {
     const char *name;
     Type type;
-    std::size_t count;
-    std::size_t offset;
+    size_t count;
+    size_t offset;
     bool is_pointer;
 };
 
 /** A C struct. */
 struct Record {
     const char *name;
-    std::size_t size;
+    size_t size;
     std::span<const Field> fields;
 };
 
@@ -66,7 +66,7 @@ struct Parameter {
     Type type;
     Direction direction;
     Shape shape;
-    std::size_t count;
+    size_t count;
     int counter;
 };
 
@@ -81,7 +81,7 @@ enum class ResultKind { kNone, kStatus, kI32, kU32, kInterface, kText, kRecord }
 
 /** What a call returned: the number, or the address that it handed out. */
 struct Result {
-    std::int64_t number;
+    int64_t number;
     const void *address;
 };
 
@@ -101,8 +101,8 @@ struct Call {
 struct Table {
     const char *name;
     Type type;
-    std::size_t rows;
-    std::size_t columns;
+    size_t rows;
+    size_t columns;
     bool is_pointer;
     const void *address;  ///< null when the loaded library does not have the table
     const char *doc;
@@ -111,7 +111,7 @@ struct Table {
 /** A named constant of the headers, with the header's remark on it. */
 struct Constant {
     const char *name;
-    std::int64_t value;
+    int64_t value;
     const char *doc;
 };
 
@@ -123,7 +123,7 @@ const Call *find_call(std::string_view name);
 const Table *find_table(std::string_view name);
 const Constant *find_constant(std::string_view name);
 /** The constant that names a status, or null. */
-const Constant *find_status(std::int64_t status);
+const Constant *find_status(int64_t status);
 
 /** Whether a parameter is given on the line. */
 inline bool is_input(const Parameter &parameter) {
@@ -133,7 +133,7 @@ inline bool is_output(const Parameter &parameter) {
     return parameter.direction == Direction::kOut || parameter.direction == Direction::kInOut;
 }
 /** Whether the count can be told from an array that the line gives. */
-bool is_inferable_count(const Call &call, std::size_t index);
+bool is_inferable_count(const Call &call, size_t index);
 
 /** How the call is written: its name, inputs in order with inferable counts in brackets, and outputs. */
 std::string usage(const Call &call);

@@ -48,11 +48,11 @@ std::vector<std::string> candidates(const std::string &beginning, bool first, co
 // libedit asks for the candidates one by one.
 char *next_candidate(const char *text, int state) {
     static std::vector<std::string> names;
-    static std::size_t next = 0;
+    static size_t next = 0;
     if (state == 0) {
         const std::string line(rl_line_buffer, rl_line_buffer + rl_point);
-        const std::size_t start = line.find_first_not_of(" \t");
-        const std::size_t end = start == std::string::npos ? start : line.find_first_of(" \t", start);
+        const size_t start = line.find_first_not_of(" \t");
+        const size_t end = start == std::string::npos ? start : line.find_first_of(" \t", start);
         const std::string command = end == std::string::npos ? std::string() : line.substr(start, end - start);
         names = candidates(text, end == std::string::npos, command);
         next = 0;

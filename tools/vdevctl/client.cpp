@@ -57,7 +57,7 @@ std::string exchange(int fd, const std::string &request, const std::string &path
         if (length == 0) {
             throw std::runtime_error{"the device at " + path + " closed the connection without an answer."};
         }
-        answer.append(buffer.data(), static_cast<std::size_t>(length));
+        answer.append(buffer.data(), static_cast<size_t>(length));
     }
     return answer;
 }

@@ -17,7 +17,7 @@ std::string value_text(const json &value) {
 }
 
 std::string mask_text(const json &mask) {
-    return mask.is_string() ? mask.get<std::string>() : fmt::format("{:#x}", mask.get<std::uint32_t>());
+    return mask.is_string() ? mask.get<std::string>() : fmt::format("{:#x}", mask.get<uint32_t>());
 }
 
 /** "dscp 184/0xff", "in_ports 1-4", "ip_kind 5". */
@@ -66,12 +66,12 @@ std::string show_fields(const json &answer) {
     for (const json &entry : answer["fields"]) {
         text += fmt::format("{:>5}  {:>5}  {:<6} {:>8}  {:<9} {:>12}  {}\n", entry["entry"].get<int>(),
                             entry["group"].get<int>(), entry["part"].get<std::string>(), entry["priority"].get<int>(),
-                            state_text(entry), entry["matches"].get<std::uint64_t>(), rule_text(entry));
+                            state_text(entry), entry["matches"].get<uint64_t>(), rule_text(entry));
     }
     text += fmt::format("{} of {} entries\n", answer["fields"].size(), answer["capacity"].get<int>());
     for (const json &row : answer["counters"]) {
         text += fmt::format("counter {}: {} frames, {} octets\n", row["counter"].get<int>(),
-                            row["frames"].get<std::uint64_t>(), row["octets"].get<std::uint64_t>());
+                            row["frames"].get<uint64_t>(), row["octets"].get<uint64_t>());
     }
     for (const json &row : answer["miss_actions"]) {
         text += fmt::format("port {}: miss action {}\n", port_name(row["port"].get<int>()), row["action"].get<int>());
@@ -85,8 +85,8 @@ std::string show_meters(const json &answer) {
     for (const json &meter : answer["meters"]) {
         const auto entries = meter["entries"].get<std::vector<int>>();
         text += fmt::format("{:>5}  {:>10}  {:>10} {:>12} {:>12}  {}\n", meter["meter"].get<int>(),
-                            meter["rate"].get<std::uint32_t>(), meter["depth"].get<std::uint64_t>(),
-                            meter["passed"].get<std::uint64_t>(), meter["dropped"].get<std::uint64_t>(),
+                            meter["rate"].get<uint32_t>(), meter["depth"].get<uint64_t>(),
+                            meter["passed"].get<uint64_t>(), meter["dropped"].get<uint64_t>(),
                             entries.empty() ? "-" : fmt::format("{}", fmt::join(entries, " ")));
     }
     return text + fmt::format("{} of {} meters; preamble and gap {}\n", answer["meters"].size(),

@@ -47,11 +47,11 @@ std::string show_macs(const json &answer) {
         text += fmt::format("{}  {:>4}  {:>5}  {}\n", address_text(entry), place, entry["index"].get<int>(),
                             kind_text(entry));
     }
-    const auto groups = answer["groups"].get<std::size_t>();
+    const auto groups = answer["groups"].get<size_t>();
     return text + fmt::format("{} of {} entries, {} of them groups; learned {}, moved {}, aged out {}, refused {}\n",
-                              answer["macs"].size() + groups, answer["capacity"].get<std::uint64_t>(), groups,
-                              answer["learned"].get<std::uint64_t>(), answer["moved"].get<std::uint64_t>(),
-                              answer["aged"].get<std::uint64_t>(), answer["refused"].get<std::uint64_t>());
+                              answer["macs"].size() + groups, answer["capacity"].get<uint64_t>(), groups,
+                              answer["learned"].get<uint64_t>(), answer["moved"].get<uint64_t>(),
+                              answer["aged"].get<uint64_t>(), answer["refused"].get<uint64_t>());
 }
 
 std::string show_groups(const json &answer) {
@@ -74,13 +74,12 @@ std::string show_groups(const json &answer) {
 std::string show_limits(const json &answer) {
     std::string text = fmt::format("{:<10} {:>10} {:>8}\n", "LIMIT", "ADDRESSES", "LEARNED");
     for (const json &limit : answer["limits"]) {
-        text += fmt::format("{:<10} {:>10} {:>8}\n", scope_text(limit), limit["limit"].get<std::uint32_t>(),
-                            limit["learned"].get<std::uint32_t>());
+        text += fmt::format("{:<10} {:>10} {:>8}\n", scope_text(limit), limit["limit"].get<uint32_t>(),
+                            limit["learned"].get<uint32_t>());
     }
-    text += fmt::format("{} addresses learned\n", answer["learned"].get<std::uint32_t>());
+    text += fmt::format("{} addresses learned\n", answer["learned"].get<uint32_t>());
     for (const json &port : answer["violations"]) {
-        text +=
-            fmt::format("port {} refused {}\n", port_name(port["port"].get<int>()), port["count"].get<std::uint32_t>());
+        text += fmt::format("port {} refused {}\n", port_name(port["port"].get<int>()), port["count"].get<uint32_t>());
         for (const json &address : port["addresses"]) {
             text += fmt::format("{}\n", address_text(address));
         }

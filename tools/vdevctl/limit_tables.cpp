@@ -14,13 +14,12 @@ using nlohmann::json;
 
 /** "500 of 3084"; "-" where there is no bucket. */
 std::string level_text(const json &row) {
-    return row.contains("level")
-               ? fmt::format("{} of {}", row["level"].get<std::int64_t>(), row["depth"].get<std::uint64_t>())
-               : "-";
+    return row.contains("level") ? fmt::format("{} of {}", row["level"].get<int64_t>(), row["depth"].get<uint64_t>())
+                                 : "-";
 }
 
 std::string rate_text(const json &row) {
-    const auto rate = row["rate"].get<std::uint32_t>();
+    const auto rate = row["rate"].get<uint32_t>();
     return rate == 0 ? "none" : fmt::format("{} {}", rate, row["counts"] == "frames" ? "frames/s" : "kbit/s");
 }
 
@@ -41,8 +40,8 @@ std::string limit_state(const json &row) {
 
 std::string limit_row(const json &row, const std::string &type, const std::string &state) {
     return fmt::format("{:>4}  {:<15} {:>18} {:>20} {:>12} {:>12}  {}\n", port_name(row["port"].get<int>()), type,
-                       rate_text(row), level_text(row), row["passed"].get<std::uint64_t>(),
-                       row["dropped"].get<std::uint64_t>(), state);
+                       rate_text(row), level_text(row), row["passed"].get<uint64_t>(), row["dropped"].get<uint64_t>(),
+                       state);
 }
 
 }  // namespace

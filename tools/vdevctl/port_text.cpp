@@ -14,8 +14,8 @@ std::string port_name(int port) {
 std::string port_list(const nlohmann::json &ports) {
     std::vector<std::string> parts;
     const auto numbers = ports.get<std::vector<int>>();
-    for (std::size_t first = 0; first < numbers.size();) {
-        std::size_t last = first;
+    for (size_t first = 0; first < numbers.size();) {
+        size_t last = first;
         while (numbers[first] != 0 && last + 1 < numbers.size() && numbers[last + 1] == numbers[last] + 1) {
             ++last;
         }

@@ -3,7 +3,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
-#include <cstdint>
+#include <stdint.h>
 #include <vector>
 
 #include "tools/vdevctl/port_text.h"
@@ -14,7 +14,7 @@ namespace {
 using nlohmann::json;
 
 std::string numbers(const json &list) {
-    return fmt::format("{}", fmt::join(list.get<std::vector<std::uint64_t>>(), " "));
+    return fmt::format("{}", fmt::join(list.get<std::vector<uint64_t>>(), " "));
 }
 
 /** Code points that stay as they are, with their class for a priority, are not worth a line. */

@@ -14,13 +14,13 @@ using nlohmann::json;
 
 /** Numbers that mean something only while the port is shaped. */
 std::string of_shaper(const json &port, const char *what) {
-    return port["rate"].get<std::uint32_t>() == 0 ? "-" : fmt::format("{}", port[what].get<std::uint32_t>());
+    return port["rate"].get<uint32_t>() == 0 ? "-" : fmt::format("{}", port[what].get<uint32_t>());
 }
 
 std::string port_line(const json &port) {
-    std::vector<std::uint32_t> weights;
+    std::vector<uint32_t> weights;
     for (const json &queue : port["queues"]) {
-        weights.push_back(queue["weight"].get<std::uint32_t>());
+        weights.push_back(queue["weight"].get<uint32_t>());
     }
     return fmt::format("{:>4}  {:<11} {:>10} {:>10}  {}\n", port_name(port["port"].get<int>()),
                        port["mode"].get<std::string>(), of_shaper(port, "rate"), of_shaper(port, "burst"),
@@ -29,7 +29,7 @@ std::string port_line(const json &port) {
 
 /** Nothing for a queue that no frame has come to. */
 std::string queue_line(const json &queue) {
-    const auto number = [&](const char *what) { return queue[what].get<std::uint64_t>(); };
+    const auto number = [&](const char *what) { return queue[what].get<uint64_t>(); };
     if (number("frames") + number("waiting_frames") + number("dropped") + number("flushed") == 0) {
         return "";
     }
@@ -50,7 +50,7 @@ std::string show_queues(const json &answer) {
         }
     }
     return text + fmt::format("{} queues; {} of {} octets waiting\n", answer["count"].get<int>(),
-                              answer["waiting_octets"].get<std::uint64_t>(), answer["capacity"].get<std::uint64_t>());
+                              answer["waiting_octets"].get<uint64_t>(), answer["capacity"].get<uint64_t>());
 }
 
 }  // namespace vdevice

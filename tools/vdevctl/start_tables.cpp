@@ -57,7 +57,7 @@ std::string show_mirrors(const json &answer) {
 std::string show_gpio(const json &answer) {
     std::string text;
     for (const char *name : {"direction", "output", "input"}) {
-        text += fmt::format("{:<10} {:#010x}\n", name, answer[name].get<std::uint32_t>());
+        text += fmt::format("{:<10} {:#010x}\n", name, answer[name].get<uint32_t>());
     }
     return text;
 }

@@ -55,8 +55,8 @@ std::string show_ports(const json &answer) {
     for (const json &port : answer["ports"]) {
         text += fmt::format("{:>4}  {:>4}  {:<10} {:<8} {:>5} {:>12} {:>12}  {}\n", port_name(port["port"].get<int>()),
                             port["chip_port"].get<int>(), port["interface"].get<std::string>(), port_state(port),
-                            port["pvid"].get<int>(), port["rx_frames"].get<std::uint64_t>(),
-                            port["tx_frames"].get<std::uint64_t>(), port_settings(port));
+                            port["pvid"].get<int>(), port["rx_frames"].get<uint64_t>(),
+                            port["tx_frames"].get<uint64_t>(), port_settings(port));
     }
     return text;
 }
@@ -83,15 +83,15 @@ std::string show_trunks(const json &answer) {
 std::string show_drops(const json &row) {
     std::vector<std::string> parts;
     for (const auto &[reason, count] : row["drops"].items()) {
-        if (count.get<std::uint64_t>() != 0) {
-            parts.push_back(fmt::format("{} {}", reason, count.get<std::uint64_t>()));
+        if (count.get<uint64_t>() != 0) {
+            parts.push_back(fmt::format("{} {}", reason, count.get<uint64_t>()));
         }
     }
-    if (const auto longer = row["tx_too_long"].get<std::uint64_t>(); longer != 0) {
+    if (const auto longer = row["tx_too_long"].get<uint64_t>(); longer != 0) {
         parts.push_back(fmt::format("tx_too_long {}", longer));
     }
     for (const char *name : {"rx_lost", "tx_lost"}) {
-        if (const auto lost = row[name].get<std::uint64_t>(); lost != 0) {
+        if (const auto lost = row[name].get<uint64_t>(); lost != 0) {
             parts.push_back(fmt::format("{} {}", name, lost));
         }
     }
@@ -102,10 +102,9 @@ std::string show_counters(const json &answer) {
     std::string text = fmt::format("{:>4} {:>12} {:>14} {:>12} {:>14}  {}\n", "PORT", "RX FRAMES", "RX OCTETS",
                                    "TX FRAMES", "TX OCTETS", "DROPPED");
     for (const json &row : answer["counters"]) {
-        text +=
-            fmt::format("{:>4} {:>12} {:>14} {:>12} {:>14}  {}\n", port_name(row["port"].get<int>()),
-                        row["rx_frames"].get<std::uint64_t>(), row["rx_octets"].get<std::uint64_t>(),
-                        row["tx_frames"].get<std::uint64_t>(), row["tx_octets"].get<std::uint64_t>(), show_drops(row));
+        text += fmt::format("{:>4} {:>12} {:>14} {:>12} {:>14}  {}\n", port_name(row["port"].get<int>()),
+                            row["rx_frames"].get<uint64_t>(), row["rx_octets"].get<uint64_t>(),
+                            row["tx_frames"].get<uint64_t>(), row["tx_octets"].get<uint64_t>(), show_drops(row));
     }
     return text;
 }
@@ -124,8 +123,7 @@ std::string show_events(const json &answer) {
     std::string text;
     for (const json &event : answer["events"]) {
         text += fmt::format("{:>12.6f}  queue {}  words {}  record {}\n", event["time"].get<double>(),
-                            event["queue"].get<std::uint32_t>(),
-                            fmt::join(event["words"].get<std::vector<std::uint32_t>>(), " "),
+                            event["queue"].get<uint32_t>(), fmt::join(event["words"].get<std::vector<uint32_t>>(), " "),
                             fmt::join(event["record"].get<std::vector<int>>(), " "));
     }
     return text;

@@ -26,7 +26,7 @@ std::string priority_text(const json &priority) {
     return priority.is_null() ? "kept" : std::to_string(priority.get<int>());
 }
 
-std::string dotted(std::uint32_t address) {
+std::string dotted(uint32_t address) {
     return fmt::format("{}.{}.{}.{}", address >> 24, address >> 16 & 0xFF, address >> 8 & 0xFF, address & 0xFF);
 }
 
@@ -42,8 +42,8 @@ std::string show_entries(const char *table, const json &entries) {
 std::string show_subnets(const json &subnets) {
     std::string text;
     for (const json &subnet : subnets) {
-        const std::string network = fmt::format("{}/{}", dotted(subnet["address"].get<std::uint32_t>()),
-                                                dotted(subnet["mask"].get<std::uint32_t>()));
+        const std::string network =
+            fmt::format("{}/{}", dotted(subnet["address"].get<uint32_t>()), dotted(subnet["mask"].get<uint32_t>()));
         text += fmt::format("{:<10} {:>4}  {:<34} {:>5}  {}\n", "subnet", port_name(subnet["port"].get<int>()), network,
                             subnet["vid"].get<int>(), priority_text(subnet["priority"]));
     }

@@ -64,7 +64,7 @@ Status Switch::set_egress(int port, const PortSet &ports) {
     return Status::kOk;
 }
 
-Status Switch::set_pvid(int port, std::uint32_t vid) {
+Status Switch::set_pvid(int port, uint32_t vid) {
     if (!has_port(port)) {
         return Status::kNoPort;
     }

@@ -49,7 +49,7 @@ class Switch {
     /** When a queued frame leaves next, if there is one. */
     std::optional<Time> next_departure() const;
 
-    static bool has_port(std::int64_t port) { return port >= 0 && port < kPorts; }
+    static bool has_port(int64_t port) { return port >= 0 && port < kPorts; }
     static constexpr PortSet all_ports() {
         constexpr PortSet kAll = PortSet::range(0, kPorts - 1);
         return kAll;
@@ -57,7 +57,7 @@ class Switch {
     static ChipPorts chip_ports() { return {all_ports(), kCpuPort}; }
 
     /** The port must exist. */
-    const Port &port(int port) const { return ports_[static_cast<std::size_t>(port)]; }
+    const Port &port(int port) const { return ports_[static_cast<size_t>(port)]; }
     Status set_enabled(int port, bool enabled);
     Status set_link(int port, bool link);
     /** Hands the port's settings to the change and gives its answer; a change that refuses leaves them alone. */
@@ -65,7 +65,7 @@ class Switch {
     /** Ports that the chip has not are refused. */
     Status set_egress(int port, const PortSet &ports);
     /** The VLAN must exist when it is made a port's VLAN; destroyed later, the port's untagged frames are dropped. */
-    Status set_pvid(int port, std::uint32_t vid);
+    Status set_pvid(int port, uint32_t vid);
 
     const EgressQueues &queues() const { return queues_; }
     /** Limits what a port sends; a rate of 0 is no limit. */
@@ -80,9 +80,9 @@ class Switch {
     const MacTable &macs() const { return macs_; }
     MacTable &macs() { return macs_; }
     /** Adds a static address; its VLAN and port must exist. On a trunk's port it is behind the trunk. */
-    Status add_static_mac(Mac mac, std::uint32_t vid, int port);
+    Status add_static_mac(Mac mac, uint32_t vid, int port);
     /** Adds an entry of any kind; its VLAN must exist, and its port or, if it is given to a trunk, the trunk. */
-    Status add_mac(MacEntry entry, std::uint32_t vid);
+    Status add_mac(MacEntry entry, uint32_t vid);
     /** The place of an existing port. */
     Place place_of(int port) const { return {port, trunk_of(port)}; }
 
@@ -90,25 +90,25 @@ class Switch {
     LearnLimits &limits() { return limits_; }
 
     /** Gives a group a set of ports in the place of the one that it had. Its VLAN and the ports must exist. */
-    Status add_group(Mac mac, std::uint32_t vid, const PortSet &ports);
-    Status remove_group(Mac mac, std::uint32_t vid);
-    Status add_group_ports(Mac mac, std::uint32_t vid, const PortSet &ports);
-    Status remove_group_ports(Mac mac, std::uint32_t vid, const PortSet &ports);
+    Status add_group(Mac mac, uint32_t vid, const PortSet &ports);
+    Status remove_group(Mac mac, uint32_t vid);
+    Status add_group_ports(Mac mac, uint32_t vid, const PortSet &ports);
+    Status remove_group_ports(Mac mac, uint32_t vid, const PortSet &ports);
     /** The group's entry, or null. */
-    const MacEntry *find_group(Mac mac, std::uint32_t vid) const;
+    const MacEntry *find_group(Mac mac, uint32_t vid) const;
     const GroupRules &group_rules() const { return group_rules_; }
     GroupRules &group_rules() { return group_rules_; }
 
     const TrunkTable &trunks() const { return trunks_; }
-    Status create_trunk(std::int64_t trunk);
+    Status create_trunk(int64_t trunk);
     /** Forgets the addresses that were learned behind it. */
-    Status destroy_trunk(std::int64_t trunk);
+    Status destroy_trunk(int64_t trunk);
     void destroy_all_trunks();
-    Status set_trunk(std::int64_t trunk, const std::vector<int> &ports);
-    Status set_trunk_configured(std::int64_t trunk, const std::vector<int> &ports);
-    Status set_trunk_balance(std::int64_t trunk, std::uint32_t mode) { return trunks_.set_balance(trunk, mode); }
+    Status set_trunk(int64_t trunk, const std::vector<int> &ports);
+    Status set_trunk_configured(int64_t trunk, const std::vector<int> &ports);
+    Status set_trunk_balance(int64_t trunk, uint32_t mode) { return trunks_.set_balance(trunk, mode); }
     /** The trunk that an existing port belongs to, or TrunkTable::kNone. */
-    int trunk_of(int port) const { return trunk_of_[static_cast<std::size_t>(port)]; }
+    int trunk_of(int port) const { return trunk_of_[static_cast<size_t>(port)]; }
     /** Which ends of a flow the hash of all trunks looks at. */
     void set_hash_sides(HashSides sides) { hash_sides_ = sides; }
 
@@ -130,7 +130,7 @@ class Switch {
     const MirrorTable &mirrors() const { return mirrors_; }
     MirrorTable &mirrors() { return mirrors_; }
     /** Sends a copy of a frame that a rule has selected to where the session's flow mirror goes, if anywhere. */
-    void copy_to_flow_mirror(std::uint32_t session, const Frame &frame);
+    void copy_to_flow_mirror(uint32_t session, const Frame &frame);
 
     const PriorityRules &priority_rules() const { return priority_rules_; }
     PriorityRules &priority_rules() { return priority_rules_; }
@@ -163,17 +163,17 @@ class Switch {
     /** A frame on its way back into the port that it should have left by. */
     struct Looped {
         int port;
-        std::vector<std::uint8_t> octets;
+        std::vector<uint8_t> octets;
     };
 
-    Port &at(int port) { return ports_[static_cast<std::size_t>(port)]; }
+    Port &at(int port) { return ports_[static_cast<size_t>(port)]; }
     void update_up_set(int port);
     void refresh_trunks();
-    void release_addresses(std::int64_t trunk, const PortSet &kept);
+    void release_addresses(int64_t trunk, const PortSet &kept);
     void drop(int port, Drop reason);
 
     void take_in(Time now, int port, Bytes frame);
-    bool passes_policer(Time now, int port, std::size_t octets);
+    bool passes_policer(Time now, int port, size_t octets);
     void take_looped(Time now);
     void loop_back(int port, const Frame &frame);
     bool let_in(Time now, const Flow &flow);
@@ -202,16 +202,16 @@ class Switch {
     void send_in_vlan(int egress, const Flow &flow);
     Frame form_for(int egress, const Vlan &vlan, EgressForms &forms) const;
     void send_directed(const TransmitTag &tag, const Frame &frame);
-    void send_directed_to(int egress, const Frame &frame, std::uint32_t priority);
-    void transmit(int port, const Frame &frame, std::uint32_t priority);
+    void send_directed_to(int egress, const Frame &frame, uint32_t priority);
+    void transmit(int port, const Frame &frame, uint32_t priority);
     void put_out(int port, const Frame &frame, Dispatch dispatch);
     void leave(int port, const Frame &frame, Dispatch dispatch);
     void flush_unsent(int port);
     void send_until(Time now);
     void announce_departure();
     void mirror_ingress(int port, Bytes frame);
-    void mirror_egress(int port, const Frame &frame, std::uint32_t priority);
-    void send_copy(int port, const Frame &frame, std::uint32_t priority);
+    void mirror_egress(int port, const Frame &frame, uint32_t priority);
+    void send_copy(int port, const Frame &frame, uint32_t priority);
 
     Sink &sink_;
     std::array<Port, kPorts> ports_;
@@ -232,7 +232,7 @@ class Switch {
     TagRules tag_rules_{chip_ports()};
     Traps traps_;
     FieldProcessor fields_;
-    std::vector<std::uint8_t> remarked_; /**< the payload of the frame on its way, when a rule has rewritten it */
+    std::vector<uint8_t> remarked_; /**< the payload of the frame on its way, when a rule has rewritten it */
     ReservedMacs reserved_macs_;
     Snooping snooping_;
     bool filters_attacks_ = false;

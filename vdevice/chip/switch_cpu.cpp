@@ -39,7 +39,7 @@ void Switch::send_directed(const TransmitTag &tag, const Frame &frame) {
     const Vlan *vlan = nullptr;
     std::optional<EgressForms> forms;
     const auto header = read_header(frame, kVlanTpid);
-    const std::uint32_t priority = header ? priority_of(classify(kCpuPort, *header).tci) : 0;
+    const uint32_t priority = header ? priority_of(classify(kCpuPort, *header).tci) : 0;
     if (header && header->tagged && tag.applies_egress_rule()) {
         vlan = vlans_.find(header->vid());
         forms.emplace(frame.head, header->payload, header->tci);
@@ -50,14 +50,14 @@ void Switch::send_directed(const TransmitTag &tag, const Frame &frame) {
     };
     if (tag.names_ports()) {
         tag.ports().for_each(send_to);
-    } else if (tag.destination < static_cast<std::uint32_t>(kPorts)) {
+    } else if (tag.destination < static_cast<uint32_t>(kPorts)) {
         send_to(static_cast<int>(tag.destination));
     } else {
         drop(kCpuPort, Drop::kDirectedToUnknown);
     }
 }
 
-void Switch::send_directed_to(int egress, const Frame &frame, std::uint32_t priority) {
+void Switch::send_directed_to(int egress, const Frame &frame, uint32_t priority) {
     if (egress == kCpuPort) {
         return drop(kCpuPort, Drop::kDirectedToCpu);
     }

@@ -75,8 +75,8 @@ void Switch::send_to(const Flow &flow, const PortSet &wanted) {
 
 /** @p among holds one member at least. */
 int Switch::choose_member(const Flow &flow, const Trunk &trunk, const PortSet &among) const {
-    const std::uint32_t hash = flow_hash(flow.header, flow.vid, trunk.layer(), hash_sides_);
-    int position = static_cast<int>(hash % static_cast<std::uint32_t>(among.size()));
+    const uint32_t hash = flow_hash(flow.header, flow.vid, trunk.layer(), hash_sides_);
+    int position = static_cast<int>(hash % static_cast<uint32_t>(among.size()));
     for (const int member : trunk.members) {
         if (among.has(member) && position-- == 0) {
             return member;

@@ -3,7 +3,7 @@
 
 namespace vdevice::chip {
 
-Status Switch::add_group(Mac mac, std::uint32_t vid, const PortSet &ports) {
+Status Switch::add_group(Mac mac, uint32_t vid, const PortSet &ports) {
     if (!ports.is_within(all_ports())) {
         return Status::kNoPort;
     }
@@ -11,20 +11,20 @@ Status Switch::add_group(Mac mac, std::uint32_t vid, const PortSet &ports) {
     return status != Status::kOk ? status : macs_.add_group(mac, static_cast<Vid>(vid), ports);
 }
 
-Status Switch::remove_group(Mac mac, std::uint32_t vid) {
+Status Switch::remove_group(Mac mac, uint32_t vid) {
     return is_vid(vid) ? macs_.remove_group(mac, static_cast<Vid>(vid)) : Status::kVlanRange;
 }
 
-const MacEntry *Switch::find_group(Mac mac, std::uint32_t vid) const {
+const MacEntry *Switch::find_group(Mac mac, uint32_t vid) const {
     return mac.is_group() && is_vid(vid) ? macs_.find(mac, static_cast<Vid>(vid)) : nullptr;
 }
 
-Status Switch::add_group_ports(Mac mac, std::uint32_t vid, const PortSet &ports) {
+Status Switch::add_group_ports(Mac mac, uint32_t vid, const PortSet &ports) {
     const MacEntry *group = find_group(mac, vid);
     return group == nullptr ? Status::kGroupMissing : add_group(mac, vid, macs_.ports_of(*group) | ports);
 }
 
-Status Switch::remove_group_ports(Mac mac, std::uint32_t vid, const PortSet &ports) {
+Status Switch::remove_group_ports(Mac mac, uint32_t vid, const PortSet &ports) {
     const MacEntry *group = find_group(mac, vid);
     return group == nullptr ? Status::kGroupMissing : add_group(mac, vid, macs_.ports_of(*group) - ports);
 }

@@ -5,8 +5,8 @@ namespace vdevice::chip {
 namespace {
 
 /** On the wire, without preamble and gap. */
-std::size_t octets_of(const Header &header) {
-    const std::size_t tag = header.tagged ? kVlanTagBytes : 0;
+size_t octets_of(const Header &header) {
+    const size_t tag = header.tagged ? kVlanTagBytes : 0;
     return kAddressBytes + tag + header.payload.size() + kCheckSequenceBytes;
 }
 
@@ -33,7 +33,7 @@ Counting Switch::storm_counting(StormType type) const {
     return ports_.front().storm.of(type).limiter.counting();
 }
 
-bool Switch::passes_policer(Time now, int port, std::size_t octets) {
+bool Switch::passes_policer(Time now, int port, size_t octets) {
     if (at(port).policer.charge(octets + kCheckSequenceBytes, now)) {
         return true;
     }

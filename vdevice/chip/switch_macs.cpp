@@ -3,7 +3,7 @@
 
 namespace vdevice::chip {
 
-Status Switch::add_static_mac(Mac mac, std::uint32_t vid, int port) {
+Status Switch::add_static_mac(Mac mac, uint32_t vid, int port) {
     MacEntry entry;
     entry.mac = mac;
     entry.port = port;
@@ -11,7 +11,7 @@ Status Switch::add_static_mac(Mac mac, std::uint32_t vid, int port) {
     return add_mac(entry, vid);
 }
 
-Status Switch::add_mac(MacEntry entry, std::uint32_t vid) {
+Status Switch::add_mac(MacEntry entry, uint32_t vid) {
     if (entry.is_given_to_trunk) {
         if (trunks_.find(entry.trunk) == nullptr) {
             return TrunkTable::is_trunk(entry.trunk) ? Status::kTrunkMissing : Status::kTrunkRange;

@@ -6,7 +6,7 @@ namespace vdevice::chip {
 namespace {
 
 /** Of copies that are made before the chip has given the frame a priority. */
-constexpr std::uint32_t kMirrorPriority = 0;
+constexpr uint32_t kMirrorPriority = 0;
 
 }  // namespace
 
@@ -15,18 +15,18 @@ void Switch::mirror_ingress(int port, Bytes frame) {
         port, [&](int destination) { send_copy(destination, split_frame(frame), kMirrorPriority); });
 }
 
-void Switch::mirror_egress(int port, const Frame &frame, std::uint32_t priority) {
+void Switch::mirror_egress(int port, const Frame &frame, uint32_t priority) {
     mirrors_.for_each_egress_copy(port, [&](int destination) { send_copy(destination, frame, priority); });
 }
 
-void Switch::copy_to_flow_mirror(std::uint32_t session, const Frame &frame) {
+void Switch::copy_to_flow_mirror(uint32_t session, const Frame &frame) {
     if (const int destination = mirrors_.flow_destination(session); destination != Mirror::kNone) {
         send_copy(destination, frame, kMirrorPriority);
     }
 }
 
 // A mirror port that is down loses its copies; the frames themselves go their way.
-void Switch::send_copy(int port, const Frame &frame, std::uint32_t priority) {
+void Switch::send_copy(int port, const Frame &frame, uint32_t priority) {
     if (up_.has(port)) {
         put_out(port, frame, {priority, Origin::kMirror});
     }

@@ -3,12 +3,12 @@
 
 namespace vdevice::chip {
 
-void Switch::transmit(int port, const Frame &frame, std::uint32_t priority) {
+void Switch::transmit(int port, const Frame &frame, uint32_t priority) {
     put_out(port, frame, {priority, Origin::kSwitched});
 }
 
 void Switch::put_out(int port, const Frame &frame, Dispatch dispatch) {
-    const std::size_t queue = queue_map_.queue_of(port, dispatch.priority);
+    const size_t queue = queue_map_.queue_of(port, dispatch.priority);
     // The chip's own tags may make a frame of full length longer; only the limit without jumbo frames is a port's own.
     if (!at(port).jumbo && frame.size() > kMaxPlainFrameBytes) {
         ++at(port).counters.tx_too_long;
@@ -24,7 +24,7 @@ void Switch::leave(int port, const Frame &frame, Dispatch dispatch) {
     PortCounters &counters = at(port).counters;
     ++counters.tx_frames;
     counters.tx_octets += frame.size();
-    ++counters.tx_casts[static_cast<std::size_t>(cast_of(Mac::at(frame.head, 0)))];
+    ++counters.tx_casts[static_cast<size_t>(cast_of(Mac::at(frame.head, 0)))];
     if (at(port).loopback != 0) {
         loop_back(port, frame);
     } else {

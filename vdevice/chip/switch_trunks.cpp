@@ -3,7 +3,7 @@
 
 namespace vdevice::chip {
 
-Status Switch::create_trunk(std::int64_t trunk) {
+Status Switch::create_trunk(int64_t trunk) {
     const Status status = trunks_.create(trunk);
     refresh_trunks();
     return status;
@@ -11,7 +11,7 @@ Status Switch::create_trunk(std::int64_t trunk) {
 
 // The software empties a trunk by destroying it and creating it anew when its last link has gone; what it said of the
 // members still holds then. A trunk that still has a link is destroyed for good.
-Status Switch::destroy_trunk(std::int64_t trunk) {
+Status Switch::destroy_trunk(int64_t trunk) {
     const Status status = trunks_.destroy(trunk);
     if (status != Status::kOk) {
         return status;
@@ -30,7 +30,7 @@ void Switch::destroy_all_trunks() {
     refresh_trunks();
 }
 
-Status Switch::set_trunk(std::int64_t trunk, const std::vector<int> &ports) {
+Status Switch::set_trunk(int64_t trunk, const std::vector<int> &ports) {
     const Status status = trunks_.set_members(trunk, ports);
     if (status != Status::kOk) {
         return status;
@@ -45,7 +45,7 @@ Status Switch::set_trunk(std::int64_t trunk, const std::vector<int> &ports) {
     return status;
 }
 
-Status Switch::set_trunk_configured(std::int64_t trunk, const std::vector<int> &ports) {
+Status Switch::set_trunk_configured(int64_t trunk, const std::vector<int> &ports) {
     const Status status = trunks_.set_configured(trunk, ports);
     if (status == Status::kOk) {
         release_addresses(trunk, trunks_.find(trunk)->ports());
@@ -57,12 +57,12 @@ Status Switch::set_trunk_configured(std::int64_t trunk, const std::vector<int> &
 void Switch::refresh_trunks() {
     standby_ = trunks_.standby();
     for (int port = 0; port < kPorts; ++port) {
-        trunk_of_[static_cast<std::size_t>(port)] = trunks_.trunk_of(port);
+        trunk_of_[static_cast<size_t>(port)] = trunks_.trunk_of(port);
     }
 }
 
 /** Takes the trunk's addresses from it that were seen on other ports than those it keeps. */
-void Switch::release_addresses(std::int64_t trunk, const PortSet &kept) {
+void Switch::release_addresses(int64_t trunk, const PortSet &kept) {
     const auto is_released = [&](const MacEntry &entry) {
         const bool is_kept = entry.is_given_to_trunk ? !kept.empty() : kept.has(entry.port);
         return entry.trunk == trunk && !is_kept;

@@ -24,7 +24,7 @@ void for_each_wire(const Device &device, const std::function<void(const Wire &, 
 
 int requested_port(const Device &device, const json &request) {
     const auto port = request.find("port");
-    if (port == request.end() || !port->is_number_integer() || !device.board().chip_port(port->get<std::int64_t>())) {
+    if (port == request.end() || !port->is_number_integer() || !device.board().chip_port(port->get<int64_t>())) {
         throw Refusal{"The port must be a user port, 1 to " + std::to_string(device.board().user_ports) + "."};
     }
     return port->get<int>();
@@ -73,7 +73,7 @@ json counters(Device &device, const json & /*request*/) {
     json rows = json::array();
     for_each_wire(device, [&](const Wire &wire, const chip::Port &port) {
         json drops = json::object();
-        for (std::size_t reason = 0; reason < chip::kDropReasons; ++reason) {
+        for (size_t reason = 0; reason < chip::kDropReasons; ++reason) {
             drops[chip::name(static_cast<chip::Drop>(reason))] = port.counters.drops[reason];
         }
         rows.push_back({{"port", user_number(device, wire.chip_port)},
@@ -125,7 +125,7 @@ json trace(Device &device, const json &request) {
     if (value == request.end() || !value->is_number_integer()) {
         throw Refusal{"The trace value must be a number, 0 for off."};
     }
-    device.driver().set_trace(value->get<std::int32_t>());
+    device.driver().set_trace(value->get<int32_t>());
     return json::object();
 }
 
@@ -150,7 +150,7 @@ json trunks(Device &device, const json & /*request*/) {
                             {"balance", trunk->balance}});
         }
     }
-    std::uint32_t hash = 0;
+    uint32_t hash = 0;
     device.driver().user_switch_control_get(0, 0, driver::kHashSelection, &hash);
     const chip::Traps &traps = device.chip().traps();
     return {{"trunks", rows},

@@ -48,7 +48,7 @@ ControlServer::ControlServer(io::EventLoop &loop, std::string path, Handler hand
         listen(listener_.get(), kBacklog) != 0) {
         throw io::error_from_errno("listen on " + path_);
     }
-    loop_.add(listener_.get(), EPOLLIN, [this](std::uint32_t) { accept_client(); });
+    loop_.add(listener_.get(), EPOLLIN, [this](uint32_t) { accept_client(); });
 }
 
 ControlServer::~ControlServer() {
@@ -61,11 +61,11 @@ void ControlServer::accept_client() {
         return;
     }
     const int number = fd.get();
-    loop_.add(number, EPOLLIN, [this, number](std::uint32_t events) { serve(number, events); });
+    loop_.add(number, EPOLLIN, [this, number](uint32_t events) { serve(number, events); });
     clients_[number].fd = std::move(fd);
 }
 
-void ControlServer::serve(int fd, std::uint32_t events) {
+void ControlServer::serve(int fd, uint32_t events) {
     Client &client = clients_.at(fd);
     bool stays = true;
     // Nothing more is read while something waits: what a client has sent ahead stays with the kernel.
@@ -87,12 +87,12 @@ bool ControlServer::read_requests(Client &client) {
     if (length <= 0) {
         return length < 0 && (errno == EAGAIN || errno == EINTR);
     }
-    client.input.append(buffer.data(), static_cast<std::size_t>(length));
+    client.input.append(buffer.data(), static_cast<size_t>(length));
     return client.has_work() || client.input.size() <= kMaxRequest;
 }
 
 bool ControlServer::answer_one(Client &client) {
-    const std::size_t end = client.input.find('\n');
+    const size_t end = client.input.find('\n');
     if (!client.output.empty() || end == std::string::npos) {
         return true;
     }
@@ -111,7 +111,7 @@ bool ControlServer::write_answers(Client &client) {
         if (length < 0) {
             return errno == EAGAIN || errno == EINTR;
         }
-        client.output.erase(0, static_cast<std::size_t>(length));
+        client.output.erase(0, static_cast<size_t>(length));
     }
     return true;
 }

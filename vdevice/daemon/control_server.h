@@ -22,8 +22,8 @@ class ControlServer {
     ControlServer &operator=(const ControlServer &) = delete;
 
   private:
-    static constexpr std::size_t kMaxClients = 32;
-    static constexpr std::size_t kMaxRequest = 65536;
+    static constexpr size_t kMaxClients = 32;
+    static constexpr size_t kMaxRequest = 65536;
 
     struct Client {
         io::UniqueFd fd;
@@ -35,7 +35,7 @@ class ControlServer {
     };
 
     void accept_client();
-    void serve(int fd, std::uint32_t events);
+    void serve(int fd, uint32_t events);
     /** These are false when the client is to be let go. An answer is made when the one before it is out. */
     bool read_requests(Client &client);
     bool answer_one(Client &client);

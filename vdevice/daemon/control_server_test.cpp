@@ -33,7 +33,7 @@ class Control : public testing::Test {
     }
 
     int asked_ = 0;
-    std::size_t answer_size_ = 1;
+    size_t answer_size_ = 1;
 
   private:
     TemporaryFolder folder_;
@@ -77,13 +77,13 @@ TEST_F(Control, AnswersThatNobodyTakesAreNotMadeInAdvance) {
 }
 
 TEST_F(Control, AnOverlongLineClosesItsClientAlone) {
-    constexpr std::size_t kTooLong = 70000;
+    constexpr size_t kTooLong = 70000;
     for (const bool has_end : {false, true}) {
         const RawClient greedy(path());
         const RawClient other(path());
         run(kRounds);
         const std::string line = std::string(kTooLong, ' ') + (has_end ? "\n" : "");
-        for (std::size_t sent = 0; sent < line.size(); sent += kTooLong / 10) {
+        for (size_t sent = 0; sent < line.size(); sent += kTooLong / 10) {
             send(greedy, line.substr(sent, kTooLong / 10));
             run(kRounds);
         }
@@ -95,9 +95,9 @@ TEST_F(Control, AnOverlongLineClosesItsClientAlone) {
 }
 
 TEST_F(Control, OneClientTooManyIsTurnedAway) {
-    constexpr std::size_t kMostClients = 32;
+    constexpr size_t kMostClients = 32;
     std::deque<RawClient> clients;
-    for (std::size_t count = 0; count < kMostClients; ++count) {
+    for (size_t count = 0; count < kMostClients; ++count) {
         clients.emplace_back(path());
         run(kRounds);
     }

@@ -10,7 +10,7 @@ namespace {
 
 using remote::Extra;
 
-std::uint32_t fault_of(const chip::Port &port) {
+uint32_t fault_of(const chip::Port &port) {
     if (port.is_up()) {
         return VDEV_FAULT_NONE;
     }
@@ -22,8 +22,8 @@ std::uint32_t fault_of(const chip::Port &port) {
 
 void publish(remote::Server &server, const Device &device, int chip_port) {
     const chip::Port &port = device.chip().port(chip_port);
-    std::array<std::uint32_t, remote::kLinkChangeWords> words{};
-    words[remote::kLinkChangePort] = static_cast<std::uint32_t>(chip_port);
+    std::array<uint32_t, remote::kLinkChangeWords> words{};
+    words[remote::kLinkChangePort] = static_cast<uint32_t>(chip_port);
     words[remote::kLinkChangeInfo + VDEV_LINKSCAN_SPEED] = port.phy.speed();
     words[remote::kLinkChangeInfo + VDEV_LINKSCAN_DUPLEX] = port.phy.full_duplex() ? 1 : 0;
     words[remote::kLinkChangeInfo + VDEV_LINKSCAN_FAULT] = fault_of(port);
@@ -31,8 +31,7 @@ void publish(remote::Server &server, const Device &device, int chip_port) {
     server.publish_link_change(words);
 }
 
-std::int32_t take_event(driver::EventQueue &events, std::span<const std::uint32_t> words,
-                        std::vector<std::uint32_t> &answer) {
+int32_t take_event(driver::EventQueue &events, std::span<const uint32_t> words, std::vector<uint32_t> &answer) {
     const auto event = words.empty() ? std::nullopt : events.take(words.front());
     if (!event) {
         return 0;
@@ -46,7 +45,7 @@ std::int32_t take_event(driver::EventQueue &events, std::span<const std::uint32_
 
 void serve_extra(remote::Server &server, Device &device) {
     device.set_link_listener([&](int port) { publish(server, device, port); });
-    server.set_extra_handler([&](Extra, std::span<const std::uint32_t> words, std::vector<std::uint32_t> &answer) {
+    server.set_extra_handler([&](Extra, std::span<const uint32_t> words, std::vector<uint32_t> &answer) {
         return take_event(device.driver().events(), words, answer);
     });
 }

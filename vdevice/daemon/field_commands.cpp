@@ -26,7 +26,7 @@ using nlohmann::json;
 
 std::string address_text(int family, const FieldWords &words) {
     FieldWords network{};
-    for (std::size_t i = 0; i < words.size(); ++i) {
+    for (size_t i = 0; i < words.size(); ++i) {
         network[i] = htonl(words[i]);
     }
     char text[INET6_ADDRSTRLEN] = {};
@@ -38,7 +38,7 @@ json value_of(Field field, const FieldWords &words) {
     switch (field) {
         case Field::kSourceMac:
         case Field::kDestinationMac:
-            return driver::to_text(chip::Mac{std::uint64_t{words[0]} << kWordBits | words[1]});
+            return driver::to_text(chip::Mac{uint64_t{words[0]} << kWordBits | words[1]});
         case Field::kSourceIpv4:
         case Field::kDestinationIpv4:
             return address_text(AF_INET, words);
@@ -91,7 +91,7 @@ const char *part_name(EntryPart part) {
 }
 
 /** What matches, or would if it were installed. */
-json show_entry(const Device &device, std::uint32_t number, const FieldEntry &entry) {
+json show_entry(const Device &device, uint32_t number, const FieldEntry &entry) {
     const FieldRule &rule = entry.installed ? *entry.installed : entry.staged;
     json qualifiers = json::array();
     for (const Qualifier &qualifier : rule.qualifiers) {
@@ -114,9 +114,9 @@ json show_entry(const Device &device, std::uint32_t number, const FieldEntry &en
 
 json show_field_counters(const FieldCounters &counters) {
     json rows = json::array();
-    for (std::uint32_t number = 0; number < FieldCounters::kCounters; ++number) {
-        const std::uint64_t frames = counters.get(number, CounterType::kFrames);
-        const std::uint64_t octets = counters.get(number, CounterType::kOctets);
+    for (uint32_t number = 0; number < FieldCounters::kCounters; ++number) {
+        const uint64_t frames = counters.get(number, CounterType::kFrames);
+        const uint64_t octets = counters.get(number, CounterType::kOctets);
         if (frames != 0 || octets != 0) {
             rows.push_back({{"counter", number}, {"frames", frames}, {"octets", octets}});
         }
@@ -136,9 +136,9 @@ json show_miss_actions(const Device &device) {
 }
 
 /** The entries whose rule, installed or not, names the meter. */
-json entries_with(const chip::FieldTable &table, std::uint32_t meter) {
+json entries_with(const chip::FieldTable &table, uint32_t meter) {
     json entries = json::array();
-    table.for_each([&](std::uint32_t number, const FieldEntry &entry) {
+    table.for_each([&](uint32_t number, const FieldEntry &entry) {
         if (entry.names_meter(meter)) {
             entries.push_back(number);
         }
@@ -152,7 +152,7 @@ json show_fields(Device &device, const json & /*request*/) {
     const chip::FieldProcessor &fields = device.chip().fields();
     json rows = json::array();
     fields.table().for_each(
-        [&](std::uint32_t number, const FieldEntry &entry) { rows.push_back(show_entry(device, number, entry)); });
+        [&](uint32_t number, const FieldEntry &entry) { rows.push_back(show_entry(device, number, entry)); });
     return {{"fields", rows},
             {"capacity", chip::FieldTable::kEntries},
             {"counters", show_field_counters(fields.counters())},
@@ -162,7 +162,7 @@ json show_fields(Device &device, const json & /*request*/) {
 json show_meters(Device &device, const json & /*request*/) {
     const chip::FieldProcessor &fields = device.chip().fields();
     json rows = json::array();
-    for (std::uint32_t number = 0; number < MeterTable::kMeters; ++number) {
+    for (uint32_t number = 0; number < MeterTable::kMeters; ++number) {
         if (const auto &meter = fields.meters().find(number)) {
             rows.push_back({{"meter", number},
                             {"rate", meter->rate()},

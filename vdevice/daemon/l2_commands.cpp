@@ -36,7 +36,7 @@ json station(const Device &device, const MacEntry &entry) {
 }
 
 /** A limit that was set, with what has been learned under it; else nothing. */
-void add_limit(json &rows, json scope, LearnLimits::Limit limit, std::uint32_t learned) {
+void add_limit(json &rows, json scope, LearnLimits::Limit limit, uint32_t learned) {
     if (limit != LearnLimits::kNoLimit) {
         scope["limit"] = limit;
         scope["learned"] = learned;

@@ -62,8 +62,8 @@ void run(const Options &options) {
     running = &device;
     vdevice::remote::Server server{device.driver(), vdevice::driver_socket(options.run_dir)};
     vdevice::serve_extra(server, device);
-    loop.add(server.poll_fd(), EPOLLIN, [&](std::uint32_t) { server.serve_ready(); });
-    loop.add(signals.get(), EPOLLIN, [&](std::uint32_t) { loop.stop(); });
+    loop.add(server.poll_fd(), EPOLLIN, [&](uint32_t) { server.serve_ready(); });
+    loop.add(signals.get(), EPOLLIN, [&](uint32_t) { loop.stop(); });
     std::cout << "vdeviced: ready" << std::endl;
     loop.run();
 }

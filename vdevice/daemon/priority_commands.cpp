@@ -9,13 +9,13 @@ using chip::DscpRow;
 using chip::QueueMap;
 using nlohmann::json;
 
-json dscp_row(std::uint32_t dscp, DscpRow row) {
+json dscp_row(uint32_t dscp, DscpRow row) {
     return {{"dscp", dscp}, {"mapped", row.mapped}, {"priority", row.priority}};
 }
 
 json all_dscps(const DscpMap &map) {
     json rows = json::array();
-    for (std::uint32_t dscp = 0; dscp < chip::kDscps; ++dscp) {
+    for (uint32_t dscp = 0; dscp < chip::kDscps; ++dscp) {
         rows.push_back(dscp_row(dscp, map.row(dscp)));
     }
     return rows;
@@ -23,7 +23,7 @@ json all_dscps(const DscpMap &map) {
 
 json own_dscps(const DscpMap &map, int port) {
     json rows = json::array();
-    for (std::uint32_t dscp = 0; dscp < chip::kDscps; ++dscp) {
+    for (uint32_t dscp = 0; dscp < chip::kDscps; ++dscp) {
         if (map.has_own(port, dscp)) {
             rows.push_back(dscp_row(dscp, map.row(port, dscp)));
         }
@@ -33,7 +33,7 @@ json own_dscps(const DscpMap &map, int port) {
 
 json queues(const QueueMap &map) {
     json rows = json::array();
-    for (std::uint32_t priority = 0; priority < chip::kPriorities; ++priority) {
+    for (uint32_t priority = 0; priority < chip::kPriorities; ++priority) {
         rows.push_back(map.queue_of(priority));
     }
     return rows;
@@ -41,7 +41,7 @@ json queues(const QueueMap &map) {
 
 json queues(const QueueMap &map, int port) {
     json rows = json::array();
-    for (std::uint32_t priority = 0; priority < chip::kPriorities; ++priority) {
+    for (uint32_t priority = 0; priority < chip::kPriorities; ++priority) {
         rows.push_back(map.queue_of(port, priority));
     }
     return rows;
@@ -49,7 +49,7 @@ json queues(const QueueMap &map, int port) {
 
 json frames_sent(const chip::PortQueues &port) {
     json rows = json::array();
-    for (std::size_t queue = 0; queue < chip::kQueues; ++queue) {
+    for (size_t queue = 0; queue < chip::kQueues; ++queue) {
         rows.push_back(port.counters(queue).frames);
     }
     return rows;
@@ -59,7 +59,7 @@ json port_row(const Device &device, int number) {
     constexpr const char *kTrusts[] = {"port", "802.1p", "dscp", "both"};
     const chip::Port &port = device.chip().port(number);
     return {{"port", user_number(device, number)},
-            {"trust", kTrusts[static_cast<std::size_t>(port.trust)]},
+            {"trust", kTrusts[static_cast<size_t>(port.trust)]},
             {"priority", port.untagged_priority},
             {"remap", port.remap.to},
             {"queues", queues(device.chip().queue_map(), number)},

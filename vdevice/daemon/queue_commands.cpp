@@ -21,7 +21,7 @@ const char *mode_name(SchedulerMode mode) {
 
 json show_port(int number, const PortQueues &port) {
     json rows = json::array();
-    for (std::size_t queue = 0; queue < chip::kQueues; ++queue) {
+    for (size_t queue = 0; queue < chip::kQueues; ++queue) {
         const chip::QueueCounters &counters = port.counters(queue);
         rows.push_back({{"queue", queue},
                         {"weight", port.scheduler().weights[queue]},

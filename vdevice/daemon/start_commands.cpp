@@ -16,7 +16,7 @@ json user_port_or_null(const Device &device, int chip_port) {
 
 void drive_pin(Device &device, const json &pin, const json &level) {
     if (!pin.is_number_integer() || !level.is_number_integer() || (level != 0 && level != 1) ||
-        device.drive_pin(pin.get<std::int64_t>(), level == 1) != chip::Status::kOk) {
+        device.drive_pin(pin.get<int64_t>(), level == 1) != chip::Status::kOk) {
         throw Refusal{"The pin must be 0 to " + std::to_string(chip::Gpio::kPins - 1) + ", its level 0 or 1."};
     }
 }
@@ -26,7 +26,7 @@ void drive_pin(Device &device, const json &pin, const json &level) {
 json show_reserved(Device &device, const json & /*request*/) {
     const chip::Switch &chip = device.chip();
     json rows = json::array();
-    for (std::uint32_t index = 0; index < ReservedMacs::kEntries; ++index) {
+    for (uint32_t index = 0; index < ReservedMacs::kEntries; ++index) {
         if (const chip::Mac mac = *chip.reserved_macs().get(index); !(mac == ReservedMacs::kFree)) {
             rows.push_back({{"index", index}, {"mac", driver::to_text(mac)}});
         }
@@ -47,7 +47,7 @@ json show_reserved(Device &device, const json & /*request*/) {
 json show_mirrors(Device &device, const json & /*request*/) {
     const MirrorTable &table = device.chip().mirrors();
     json rows = json::array();
-    for (std::uint32_t number = 0; number < MirrorTable::kSessions; ++number) {
+    for (uint32_t number = 0; number < MirrorTable::kSessions; ++number) {
         const Mirror &mirror = table.session(number);
         if (mirror.is_used()) {
             rows.push_back({{"session", number},

@@ -13,8 +13,8 @@ using nlohmann::json;
 /** Runs of VLANs as pairs of the first and the last one, since a group may have thousands. */
 json ranges(const std::vector<chip::Vid> &vids) {
     json rows = json::array();
-    for (std::size_t first = 0; first < vids.size();) {
-        std::size_t last = first;
+    for (size_t first = 0; first < vids.size();) {
+        size_t last = first;
         while (last + 1 < vids.size() && vids[last + 1] == vids[last] + 1) {
             ++last;
         }
@@ -68,7 +68,7 @@ json port_tags(const Device &device) {
         if (device.wire(port) != nullptr) {
             const chip::PortTags &tags = device.chip().port(port).tags;
             rows.push_back({{"port", user_number(device, port)},
-                            {"mode", kModes[static_cast<std::size_t>(tags.mode)]},
+                            {"mode", kModes[static_cast<size_t>(tags.mode)]},
                             {"tpid", tags.tpid}});
         }
     });

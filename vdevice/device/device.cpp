@@ -11,7 +11,7 @@ namespace {
 constexpr char kCpuInterface[] = "cpu0";
 constexpr char kCpuPeer[] = "eth0";
 constexpr time_t kTickSeconds = 1;
-constexpr std::int32_t kNoticeLevel = 5;
+constexpr int32_t kNoticeLevel = 5;
 
 std::string port_interface(int user_port) {
     return "port" + std::to_string(user_port);
@@ -33,7 +33,7 @@ Device::Device(io::EventLoop &loop, driver::Board board, bool create_interfaces)
     }
     monitor_.emplace([this](const io::LinkChange &change) { on_link_change(change); });
     monitor_->read_changes();
-    loop_.add(monitor_->fd(), EPOLLIN, [this](std::uint32_t) { monitor_->read_changes(); });
+    loop_.add(monitor_->fd(), EPOLLIN, [this](uint32_t) { monitor_->read_changes(); });
     start_clock();
     start_departures();
 }
@@ -61,8 +61,8 @@ void Device::start_clock() {
     if (!timer_ || timerfd_settime(timer_.get(), 0, &every_tick, nullptr) != 0) {
         throw io::error_from_errno("start the device's clock");
     }
-    loop_.add(timer_.get(), EPOLLIN, [this](std::uint32_t) {
-        std::uint64_t expirations = 0;
+    loop_.add(timer_.get(), EPOLLIN, [this](uint32_t) {
+        uint64_t expirations = 0;
         if (read(timer_.get(), &expirations, sizeof(expirations)) == sizeof(expirations)) {
             chip_.tick(now());
         }
@@ -75,8 +75,8 @@ void Device::start_departures() {
     if (!departure_timer_) {
         throw io::error_from_errno("make the timer of queued frames");
     }
-    loop_.add(departure_timer_.get(), EPOLLIN, [this](std::uint32_t) {
-        std::uint64_t expirations = 0;
+    loop_.add(departure_timer_.get(), EPOLLIN, [this](uint32_t) {
+        uint64_t expirations = 0;
         if (read(departure_timer_.get(), &expirations, sizeof(expirations)) == sizeof(expirations)) {
             catch_up();
         }
@@ -100,11 +100,11 @@ void Device::arm_departure() {
 }
 
 const Wire *Device::wire(int chip_port) const {
-    return chip::Switch::has_port(chip_port) ? wires_[static_cast<std::size_t>(chip_port)].get() : nullptr;
+    return chip::Switch::has_port(chip_port) ? wires_[static_cast<size_t>(chip_port)].get() : nullptr;
 }
 
 void Device::add_wire(int chip_port, const std::string &interface_name) {
-    auto &wire = wires_[static_cast<std::size_t>(chip_port)];
+    auto &wire = wires_[static_cast<size_t>(chip_port)];
     wire = std::make_unique<Wire>(chip_port, interface_name);
     open_wire(*wire);
 }
@@ -115,7 +115,7 @@ void Device::open_wire(Wire &wire) {
     wire.raised = false;
     apply_carrier(wire);
     set_cable(wire, !wire.pulled);
-    loop_.add(wire.socket.fd(), EPOLLIN, [this, &wire](std::uint32_t) { receive_from(wire); });
+    loop_.add(wire.socket.fd(), EPOLLIN, [this, &wire](uint32_t) { receive_from(wire); });
 }
 
 void Device::close_wire(Wire &wire) {
@@ -140,7 +140,7 @@ void Device::send_together(Work work) {
 }
 
 void Device::transmit(int port, const chip::Frame &frame) {
-    const auto &wire = wires_[static_cast<std::size_t>(port)];
+    const auto &wire = wires_[static_cast<size_t>(port)];
     if (wire != nullptr && wire->socket.queue(frame)) {
         waiting_.push_back(wire.get());
     }
@@ -217,7 +217,7 @@ void Device::announce_link(int port) {
 
 void Device::port_changed(int port) {
     announce_link(port);
-    const auto &wire = wires_[static_cast<std::size_t>(port)];
+    const auto &wire = wires_[static_cast<size_t>(port)];
     if (wire == nullptr) {
         return;
     }
@@ -248,7 +248,7 @@ void Device::note(const Wire &wire, const std::string &what) {
 }
 
 void Device::pull(int user_port) {
-    Wire &wire = *wires_[static_cast<std::size_t>(*board().chip_port(user_port))];
+    Wire &wire = *wires_[static_cast<size_t>(*board().chip_port(user_port))];
     wire.pulled = true;
     set_cable(wire, false);
     set_link(wire, false);
@@ -256,7 +256,7 @@ void Device::pull(int user_port) {
 }
 
 void Device::plug(int user_port) {
-    Wire &wire = *wires_[static_cast<std::size_t>(*board().chip_port(user_port))];
+    Wire &wire = *wires_[static_cast<size_t>(*board().chip_port(user_port))];
     wire.pulled = false;
     set_cable(wire, wire.socket.is_open());
     apply_carrier(wire);

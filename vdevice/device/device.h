@@ -37,7 +37,7 @@ class Device final : private chip::Sink {
     void plug(int user_port);
 
     /** The board's hand on one of the chip's input pins. */
-    chip::Status drive_pin(std::int64_t pin, bool level) { return chip_.gpio().drive(pin, level); }
+    chip::Status drive_pin(int64_t pin, bool level) { return chip_.gpio().drive(pin, level); }
 
     chip::Time now() const;
     /** Lets the queued frames leave that are due, even if the timer has not been heard yet. */

@@ -5,7 +5,7 @@
 #include <set>
 #include <string>
 
-#include "vdevice/driver/driver_mac_fixture.h"
+#include "vdevice/driver/testing/address_fixture.h"
 
 namespace vdevice::driver {
 namespace {
@@ -20,7 +20,7 @@ using test::station;
 constexpr int kPort = 4;
 constexpr int kOtherPort = 5;
 constexpr int kAny = -1;
-constexpr std::uint64_t kStations = 6;
+constexpr uint64_t kStations = 6;
 
 class DriverMacDelete : public test::MacTest {
   protected:
@@ -30,15 +30,15 @@ class DriverMacDelete : public test::MacTest {
     void populate() {
         chip_.macs().remove_if([](const MacEntry &) { return true; });
         const int places[] = {kPort, kOtherPort, kMember};
-        for (std::uint64_t number = 0; number < kStations; ++number) {
-            const std::uint32_t flags = number % 2 == 0 ? 0U : NETLINK_L2_STATIC;
+        for (uint64_t number = 0; number < kStations; ++number) {
+            const uint32_t flags = number % 2 == 0 ? 0U : NETLINK_L2_STATIC;
             add(number, kVid, flags, places[number / 2]);
             add(number, kOtherVid, flags, places[(number / 2 + 1) % 3]);
         }
         ASSERT_EQ(chip_.add_group(test::kGroup, kVid, test::ports({kPort})), Status::kOk);
     }
 
-    void add(std::uint64_t number, std::uint32_t vid, std::uint32_t flags, int port) {
+    void add(uint64_t number, uint32_t vid, uint32_t flags, int port) {
         ASSERT_EQ(driver_.user_mac_addr_add(0, entry(station(number), vid, flags, port)), kOk);
     }
 
@@ -53,10 +53,10 @@ class DriverMacDelete : public test::MacTest {
     }
 
     /** Makes the call on a full table: it must succeed and take away what is picked, and nothing else. */
-    void expect(const std::string &what, const std::function<std::int32_t()> &call, const Picks &picks) {
+    void expect(const std::string &what, const std::function<int32_t()> &call, const Picks &picks) {
         populate();
         const auto kept = entries([&](const MacEntry &entry) { return entry.is_group() || !picks(entry); });
-        const std::size_t before = chip_.macs().size();
+        const size_t before = chip_.macs().size();
         ASSERT_LT(kept.size(), before) << what << ": the test picks nothing";
         EXPECT_EQ(call(), kOk) << what;
         EXPECT_EQ(entries([](const MacEntry &) { return true; }), kept) << what;
@@ -132,7 +132,7 @@ TEST_F(DriverMacDelete, ByVlanAndPlace) {
 }
 
 TEST_F(DriverMacDelete, ByMacAndPort) {
-    const auto at = [](std::uint64_t number, int port) {
+    const auto at = [](uint64_t number, int port) {
         return [=](const MacEntry &e) { return e.mac == station(number) && e.port == port; };
     };
     expect(
@@ -152,7 +152,7 @@ TEST_F(DriverMacDelete, ByMacAndPort) {
 }
 
 TEST_F(DriverMacDelete, OneAddressBehindATrunk) {
-    const auto is = [](std::uint64_t number) {
+    const auto is = [](uint64_t number) {
         return [=](const MacEntry &e) { return e.vid == kVid && e.mac == station(number); };
     };
     expect(
@@ -169,7 +169,7 @@ TEST_F(DriverMacDelete, OneAddressBehindATrunk) {
                                                                              kVid);
         },
         is(5));
-    for (const std::uint64_t number : {4U, 5U}) {
+    for (const uint64_t number : {4U, 5U}) {
         expect(
             "whatever kind",
             [&] {
@@ -188,13 +188,13 @@ TEST_F(DriverMacDelete, OneAddressBehindATrunk) {
 
 TEST_F(DriverMacDelete, OneAddressThatIsNotThereIsRefused) {
     populate();
-    const auto dynamic = [&](const Key &key, int port, std::uint32_t vid) {
+    const auto dynamic = [&](const Key &key, int port, uint32_t vid) {
         return driver_.user_l2_addr_delete_trunk_dynamic_by_port_mac_vlan(0, 0, key.data(), port, vid);
     };
-    const auto fixed = [&](const Key &key, int port, std::uint32_t vid) {
+    const auto fixed = [&](const Key &key, int port, uint32_t vid) {
         return driver_.user_l2_addr_delete_trunk_static_by_port_mac_vlan(0, 0, key.data(), port, vid);
     };
-    const auto any = [&](const Key &key, int port, std::uint32_t vid) {
+    const auto any = [&](const Key &key, int port, uint32_t vid) {
         return driver_.user_l2_addr_delete_all_dynamic_by_port_mac_vlan(0, 0, key.data(), port, vid);
     };
     EXPECT_EQ(dynamic(static_trunk_key_, kMember, kVid), kMacMissing);
@@ -230,7 +230,7 @@ TEST_F(DriverMacDelete, FiltersAreStatic) {
 
 TEST_F(DriverMacDelete, ImpossibleKeysAreRefusedAndDeleteNothing) {
     populate();
-    const std::uint8_t *key = key_.data();
+    const uint8_t *key = key_.data();
     for (const int port : {-1, 32, 255}) {
         EXPECT_EQ(driver_.user_l2_addr_delete_by_port(0, 0, kAny, port, 1), kNoPort);
         EXPECT_EQ(driver_.user_l2_addr_delete_static_by_port(0, 0, kAny, port), kNoPort);
@@ -243,7 +243,7 @@ TEST_F(DriverMacDelete, ImpossibleKeysAreRefusedAndDeleteNothing) {
         EXPECT_EQ(driver_.user_l2_addr_delete_trunk_static_by_port_mac_vlan(0, 0, key, port, kVid), kNoPort);
         EXPECT_EQ(driver_.user_l2_addr_delete_all_dynamic_by_port_mac_vlan(0, 0, key, port, kVid), kNoPort);
     }
-    for (const std::uint32_t vid : {0U, 4095U, 0x1000AU}) {
+    for (const uint32_t vid : {0U, 4095U, 0x1000AU}) {
         EXPECT_EQ(driver_.user_l2_addr_delete_by_vlan(0, 0, vid, 1), kVlanRange);
         EXPECT_EQ(driver_.user_l2_addr_delete_static_by_vlan(0, 0, vid, 0), kVlanRange);
         EXPECT_EQ(driver_.user_l2_addr_delete_by_vlan_port(0, 0, vid, kAny, kPort, 1), kVlanRange);

@@ -14,7 +14,7 @@ using chip::Status;
 using chip::Vid;
 
 /** A table of thousands of entries must not push all else out of the log. */
-constexpr std::size_t kMaxShown = 256;
+constexpr size_t kMaxShown = 256;
 
 /** The unit is the whole beginning of these calls: there is no word behind it. */
 template <typename Operation>
@@ -107,7 +107,7 @@ int32_t Driver::user_l2_cache_size_get(uint32_t unit, uint32_t zero, uint32_t *s
 
 /** Notes the entries of a VLAN, or of all for 0. */
 void Driver::show_entries(adp_word_t vid, bool groups) {
-    std::size_t count = 0;
+    size_t count = 0;
     for (const MacEntry &entry : chip_.macs().list()) {
         if (entry.is_group() != groups || (vid != 0 && entry.vid != vid)) {
             continue;

@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "vdevice/chip/testing/frame_builder.h"
-#include "vdevice/driver/driver_mac_fixture.h"
+#include "vdevice/driver/testing/address_fixture.h"
 
 namespace vdevice::driver {
 namespace {
@@ -20,24 +20,24 @@ using test::key_of;
 using test::station;
 
 constexpr int kPort = 4;
-constexpr std::int32_t kMacNotUnicast = chip::code(Status::kMacNotUnicast);
+constexpr int32_t kMacNotUnicast = chip::code(Status::kMacNotUnicast);
 
 class DriverMac : public test::MacTest {
   protected:
-    adp_l2_entry_t get(chip::Mac mac, std::uint32_t vid) {
+    adp_l2_entry_t get(chip::Mac mac, uint32_t vid) {
         adp_l2_entry_t record = {};
         EXPECT_EQ(driver_.user_mac_addr_get(0, key_of(mac).data(), vid, &record), kOk);
         return record;
     }
 
-    void learn(std::uint64_t number, int port) {
+    void learn(uint64_t number, int port) {
         chip_.macs().learn(station(number), kVid, port, now_, chip_.trunk_of(port));
     }
 
-    static netlink_learn_limit_t scope(std::uint32_t flags, std::uint32_t limit = 0) {
+    static netlink_learn_limit_t scope(uint32_t flags, uint32_t limit = 0) {
         netlink_learn_limit_t record = {};
         record.flags = flags;
-        record.vid = static_cast<std::uint16_t>(kVid);
+        record.vid = static_cast<uint16_t>(kVid);
         record.port = kPort;
         record.trunk = kTrunk;
         record.limit = limit;
@@ -76,7 +76,7 @@ TEST_F(DriverMac, ATrunksAddressIsToldByItsFlag) {
 }
 
 TEST_F(DriverMac, AddressesAreRefusedForAReason) {
-    for (const std::uint32_t flags : {0x2U, 0x4U, 0x40U, 0x80U, 0x100U, 0xFFU}) {
+    for (const uint32_t flags : {0x2U, 0x4U, 0x40U, 0x80U, 0x100U, 0xFFU}) {
         EXPECT_EQ(driver_.user_mac_addr_add(0, entry(station(1), kVid, flags, kPort)), kBadArgument) << flags;
     }
     EXPECT_EQ(driver_.user_mac_addr_add(1, entry(station(1), kVid, 0, kPort)), kBadUnit);
@@ -85,7 +85,7 @@ TEST_F(DriverMac, AddressesAreRefusedForAReason) {
     EXPECT_EQ(driver_.user_mac_addr_add(0, entry(station(1), 0xFFFF, 0, kPort)), kVlanRange);
     EXPECT_EQ(driver_.user_mac_addr_add(0, entry(test::kGroup, kVid, 0, kPort)), kMacNotUnicast);
     EXPECT_EQ(chip_.macs().size(), 0U);
-    for (std::uint64_t i = 0; i < MacTable::kBucketSlots; ++i) {
+    for (uint64_t i = 0; i < MacTable::kBucketSlots; ++i) {
         ASSERT_EQ(driver_.user_mac_addr_add(0, entry(station(i * MacTable::kBuckets), kVid, 0, kPort)), kOk);
     }
     EXPECT_EQ(driver_.user_mac_addr_add(0, entry(station(MacTable::kCapacity), kVid, 0, kPort)),
@@ -96,7 +96,7 @@ TEST_F(DriverMac, WhatIsNotThereLeavesTheOutputAlone) {
     adp_l2_entry_t record;
     std::memset(&record, 0xEE, sizeof(record));
     const adp_l2_entry_t before = record;
-    const auto get = [&](chip::Mac mac, std::uint32_t vid) {
+    const auto get = [&](chip::Mac mac, uint32_t vid) {
         return driver_.user_mac_addr_get(0, key_of(mac).data(), vid, &record);
     };
     EXPECT_EQ(get(station(1), kVid), kMacMissing);
@@ -112,7 +112,7 @@ TEST_F(DriverMac, WhatIsNotThereLeavesTheOutputAlone) {
 TEST_F(DriverMac, OneAddressIsDeletedWhateverItsKind) {
     learn(1, kPort);
     ASSERT_EQ(driver_.user_mac_addr_add(0, entry(station(2), kVid, NETLINK_L2_STATIC, kPort)), kOk);
-    for (const std::uint64_t number : {1U, 2U}) {
+    for (const uint64_t number : {1U, 2U}) {
         const auto key = key_of(station(number));
         EXPECT_EQ(driver_.user_mac_addr_delete(0, key.data(), kOtherVid, 0), kMacMissing);
         EXPECT_EQ(driver_.user_mac_addr_delete(0, key.data(), kVid, 9), kOk);
@@ -125,13 +125,13 @@ TEST_F(DriverMac, OneAddressIsDeletedWhateverItsKind) {
 }
 
 TEST_F(DriverMac, TheWalkMeetsStationsAndGroups) {
-    for (std::uint64_t number = 0; number < 100; ++number) {
+    for (uint64_t number = 0; number < 100; ++number) {
         learn(number * 37, kPort);
     }
     ASSERT_EQ(chip_.add_group(test::kGroup, kVid, test::ports({4, 9})), Status::kOk);
-    std::size_t groups = 0;
-    std::size_t met = 0;
-    std::uint32_t index = 0;
+    size_t groups = 0;
+    size_t met = 0;
+    uint32_t index = 0;
     adp_l2_entry_t record = {};
     while (driver_.user_netlink_mac_nextValidAddr_get(0, index, &record, 0) == kOk) {
         ASSERT_GE(record.index, index);
@@ -149,7 +149,7 @@ TEST_F(DriverMac, TheWalkMeetsStationsAndGroups) {
 }
 
 TEST_F(DriverMac, TheAgeTimeIsSetInSeconds) {
-    std::uint32_t seconds = 0;
+    uint32_t seconds = 0;
     EXPECT_EQ(driver_.user_mac_age_time_get(0, &seconds), kOk);
     EXPECT_EQ(seconds, 300U);
     EXPECT_EQ(driver_.user_mac_age_time_set(0, 10), kOk);
@@ -171,7 +171,7 @@ TEST_F(DriverMac, TheAgeTimeIsSetInSeconds) {
 }
 
 TEST_F(DriverMac, TheTableTellsItsSizeAndNotItsMemory) {
-    std::uint32_t size = 0;
+    uint32_t size = 0;
     EXPECT_EQ(driver_.user_l2_cache_size_get(0, 0, &size), kOk);
     EXPECT_EQ(size, 8192U);
     EXPECT_EQ(driver_.user_l2_cache_size_get(0, 1, &size), kBadUnit);
@@ -200,7 +200,7 @@ TEST_F(DriverMac, ShowingTheTableWritesLines) {
 }
 
 TEST_F(DriverMac, ShowingAFullTableLeavesTheLogItsOtherLines) {
-    for (std::uint64_t number = 0; number < MacTable::kCapacity; ++number) {
+    for (uint64_t number = 0; number < MacTable::kCapacity; ++number) {
         learn(number, kPort);
     }
     EXPECT_EQ(driver_.user_mac_table_show(0, 0, 0, 0), kOk);
@@ -209,15 +209,15 @@ TEST_F(DriverMac, ShowingAFullTableLeavesTheLogItsOtherLines) {
 }
 
 TEST_F(DriverMac, LimitsAreKeptByScope) {
-    std::uint32_t limit = 100;
-    for (const std::uint32_t flags : {1U, 2U, 4U, 8U}) {
+    uint32_t limit = 100;
+    for (const uint32_t flags : {1U, 2U, 4U, 8U}) {
         netlink_learn_limit_t record = scope(flags);
         EXPECT_EQ(driver_.user_mac_learn_limit_get(0, &record), kOk);
         EXPECT_EQ(record.limit, 0xFFFFFFFFU);
         EXPECT_EQ(driver_.user_mac_learn_limit_set(0, scope(flags, limit++)), kOk);
     }
     limit = 100;
-    for (const std::uint32_t flags : {1U, 2U, 4U, 8U}) {
+    for (const uint32_t flags : {1U, 2U, 4U, 8U}) {
         netlink_learn_limit_t record = scope(flags);
         EXPECT_EQ(driver_.user_mac_learn_limit_get(0, &record), kOk);
         EXPECT_EQ(record.limit, limit++);
@@ -229,7 +229,7 @@ TEST_F(DriverMac, LimitsAreKeptByScope) {
 }
 
 TEST_F(DriverMac, LimitsOfNothingAreRefused) {
-    for (const std::uint32_t flags : {0U, 3U, 16U, 0xFFFFFFFFU}) {
+    for (const uint32_t flags : {0U, 3U, 16U, 0xFFFFFFFFU}) {
         netlink_learn_limit_t record = scope(flags, 7);
         EXPECT_EQ(driver_.user_mac_learn_limit_set(0, record), kBadArgument);
         EXPECT_EQ(driver_.user_mac_learn_limit_get(0, &record), kBadArgument);
@@ -252,10 +252,10 @@ TEST_F(DriverMac, LearnedAndRefusedAddressesAreCounted) {
     ASSERT_EQ(chip_.set_link(kPort, true), Status::kOk);
     netlink_learn_limit_t limit = scope(NETLINK_LIMIT_PORT, 2);
     ASSERT_EQ(driver_.user_mac_learn_limit_set(0, limit), kOk);
-    for (std::uint8_t number = 1; number <= 5; ++number) {
+    for (uint8_t number = 1; number <= 5; ++number) {
         chip_.receive(1s, kPort, kBroadcast + chip::test::station(number) + kPayload);
     }
-    std::uint32_t count = 0;
+    uint32_t count = 0;
     EXPECT_EQ(driver_.user_mac_learn_count_get_by_port(kPort, &count), kOk);
     EXPECT_EQ(count, 2U);
     EXPECT_EQ(driver_.user_mac_violate_count_get_by_port(kPort, &count), kOk);

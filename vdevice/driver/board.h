@@ -1,7 +1,7 @@
 // The board: which chip port each user port is wired to. User ports count from 1 and lie on consecutive chip ports.
 #pragma once
 
-#include <cstdint>
+#include <stdint.h>
 #include <optional>
 
 #include "vdevice/chip/switch.h"
@@ -23,7 +23,7 @@ struct Board {
         return user_ports >= 1 && first_port >= 1 && user_ports <= chip::Switch::kPorts - first_port;
     }
 
-    constexpr std::optional<int> chip_port(std::int64_t user_port) const {
+    constexpr std::optional<int> chip_port(int64_t user_port) const {
         if (user_port < 1 || user_port > user_ports) {
             return std::nullopt;
         }
@@ -42,7 +42,7 @@ struct Board {
         return has_all ? std::optional{ports} : std::nullopt;
     }
 
-    static constexpr std::uint32_t max_speed(int user_port) {
+    static constexpr uint32_t max_speed(int user_port) {
         return user_port < kFirstTenGigabitPort ? chip::kGigabit : chip::kTenGigabit;
     }
 

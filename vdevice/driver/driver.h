@@ -27,7 +27,7 @@ class Driver : public DriverCalls {
     const EventQueue &events() const { return events_; }
     EventQueue &events() { return events_; }
     /** What sys_trace_get() answers. */
-    void set_trace(std::int32_t trace) { trace_ = trace; }
+    void set_trace(int32_t trace) { trace_ = trace; }
 
     // VLANs
     int32_t user_vlan_create(uint32_t unit, uint32_t zero, uint32_t vid) override;
@@ -403,7 +403,7 @@ class Driver : public DriverCalls {
     /** The same, but not for the CPU port. */
     int32_t write_user_port(uint32_t unit, uint32_t zero, int32_t port,
                             const std::function<chip::Status(chip::Port &)> &change);
-    chip::Status open_list(ListHandles::Kind kind, std::size_t size, adp_word_t *list, int32_t *count);
+    chip::Status open_list(ListHandles::Kind kind, size_t size, adp_word_t *list, int32_t *count);
     int32_t read_change(uint32_t unit, uint32_t zero, const chip::VidMap &table, int32_t port, uint32_t vid,
                         uint32_t *new_vid, uint32_t *priority) const;
 
@@ -438,7 +438,7 @@ class Driver : public DriverCalls {
     EventQueue events_;
     SwitchControls controls_;
     ListHandles lists_;
-    std::int32_t trace_ = 0;
+    int32_t trace_ = 0;
 };
 
 }  // namespace vdevice::driver

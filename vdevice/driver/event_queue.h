@@ -3,9 +3,9 @@
 // in another process can use it.
 #pragma once
 
+#include <stdint.h>
 #include <algorithm>
 #include <array>
-#include <cstdint>
 #include <deque>
 #include <optional>
 
@@ -14,18 +14,18 @@
 namespace vdevice::driver {
 
 struct Event {
-    static constexpr std::size_t kWords = 8;
-    static constexpr std::size_t kRecordFields = 4;
+    static constexpr size_t kWords = 8;
+    static constexpr size_t kRecordFields = 4;
 
     chip::Time time{};
-    std::uint32_t queue = 0;
-    std::array<std::uint32_t, kWords> words{};         /**< word 7, an address, reads as 0 */
-    std::array<std::uint16_t, kRecordFields> record{}; /**< unit, physical port, interface, link status */
+    uint32_t queue = 0;
+    std::array<uint32_t, kWords> words{};         /**< word 7, an address, reads as 0 */
+    std::array<uint16_t, kRecordFields> record{}; /**< unit, physical port, interface, link status */
 };
 
 class EventQueue {
   public:
-    static constexpr std::size_t kCapacity = 1024;
+    static constexpr size_t kCapacity = 1024;
 
     bool post(const Event &event) {
         if (events_.size() >= kCapacity) {
@@ -36,7 +36,7 @@ class EventQueue {
     }
 
     /** Takes the oldest message of a queue. */
-    std::optional<Event> take(std::uint32_t queue) {
+    std::optional<Event> take(uint32_t queue) {
         const auto found =
             std::find_if(events_.begin(), events_.end(), [&](const Event &event) { return event.queue == queue; });
         if (found == events_.end()) {

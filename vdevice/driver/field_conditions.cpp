@@ -10,18 +10,18 @@ using chip::FieldWords;
 using chip::Qualifier;
 using chip::Status;
 
-FieldWords mac_words(const std::uint8_t *bytes) {
+FieldWords mac_words(const uint8_t *bytes) {
     constexpr unsigned kWordBits = 32;
-    const std::uint64_t value = chip::Mac::from_bytes(bytes).value();
-    return {static_cast<std::uint32_t>(value >> kWordBits), static_cast<std::uint32_t>(value)};
+    const uint64_t value = chip::Mac::from_bytes(bytes).value();
+    return {static_cast<uint32_t>(value >> kWordBits), static_cast<uint32_t>(value)};
 }
 
-FieldWords ipv6_words(const std::uint8_t *bytes) {
-    constexpr std::size_t kIpv6Bytes = 16;
+FieldWords ipv6_words(const uint8_t *bytes) {
+    constexpr size_t kIpv6Bytes = 16;
     const chip::Bytes address{bytes, kIpv6Bytes};
     FieldWords words{};
-    for (std::size_t offset = 0; offset < kIpv6Bytes; offset += sizeof(std::uint32_t)) {
-        words[offset / sizeof(std::uint32_t)] = chip::read32(address, offset);
+    for (size_t offset = 0; offset < kIpv6Bytes; offset += sizeof(uint32_t)) {
+        words[offset / sizeof(uint32_t)] = chip::read32(address, offset);
     }
     return words;
 }

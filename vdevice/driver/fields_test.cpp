@@ -2,7 +2,7 @@
 #include <cstring>
 
 #include "vdevice/chip/testing/packet_builder.h"
-#include "vdevice/driver/driver_fixture.h"
+#include "vdevice/driver/testing/driver_fixture.h"
 
 namespace vdevice::driver {
 namespace {
@@ -16,19 +16,19 @@ using chip::test::Octets;
 using chip::test::operator+;
 using chip::test::station;
 
-constexpr std::int32_t kA = 4;
-constexpr std::int32_t kB = 5;
-constexpr std::uint32_t kEntry = 900;  // of group 2
-constexpr std::uint32_t kAll = 0xFFFFFFFF;
-constexpr std::uint32_t kMeterAction = 53;
-constexpr std::uint32_t kCountAction = 205;
+constexpr int32_t kA = 4;
+constexpr int32_t kB = 5;
+constexpr uint32_t kEntry = 900;  // of group 2
+constexpr uint32_t kAll = 0xFFFFFFFF;
+constexpr uint32_t kMeterAction = 53;
+constexpr uint32_t kCountAction = 205;
 
-using Block = std::array<std::uint8_t, NETLINK_ACTION_PARAM_BYTES>;
-using Bytes64 = std::array<std::uint8_t, NETLINK_QUALIFIER_BYTES>;
+using Block = std::array<uint8_t, NETLINK_ACTION_PARAM_BYTES>;
+using Bytes64 = std::array<uint8_t, NETLINK_QUALIFIER_BYTES>;
 
-Block block_of(std::initializer_list<std::uint32_t> words) {
+Block block_of(std::initializer_list<uint32_t> words) {
     Block block{};
-    std::memcpy(block.data(), words.begin(), words.size() * sizeof(std::uint32_t));
+    std::memcpy(block.data(), words.begin(), words.size() * sizeof(uint32_t));
     return block;
 }
 
@@ -39,27 +39,27 @@ class DriverField : public test::DriverTest {
         chip_.set_link(kB, true);
         EXPECT_EQ(driver_.user_field_entry_create_id(0, 0, 2, kEntry), kOk);
     }
-    std::int32_t add(std::uint32_t type, const Block &param, const Block &param2 = {}) {
+    int32_t add(uint32_t type, const Block &param, const Block &param2 = {}) {
         return driver_.user_field_action_add(0, 0, kEntry, type, param.data(), param2.data());
     }
-    const chip::FieldEntry &entry(std::uint32_t number = kEntry) { return *chip_.fields().table().find(number); }
+    const chip::FieldEntry &entry(uint32_t number = kEntry) { return *chip_.fields().table().find(number); }
     Qualifier last() { return entry().staged.qualifiers.back(); }
-    std::int32_t count(std::int32_t counter, std::int32_t type) {
-        std::int32_t value = -1;
+    int32_t count(int32_t counter, int32_t type) {
+        int32_t value = -1;
         EXPECT_EQ(driver_.user_field_get_statistics(0, 0, counter, type, &value), kOk);
         return value;
     }
-    void send(int port, std::size_t octets = 60) {
+    void send(int port, size_t octets = 60) {
         chip_.receive(now_, port, kBroadcast + station(1) + Octets(octets - 12, 8));
     }
 };
 
-using WordCall = std::int32_t (Driver::*)(std::int32_t, std::uint32_t, std::uint32_t, std::uint32_t, std::uint32_t);
+using WordCall = int32_t (Driver::*)(int32_t, uint32_t, uint32_t, uint32_t, uint32_t);
 
 constexpr struct {
     Field field;
     WordCall call;
-    std::uint32_t most; /**< what the field can hold */
+    uint32_t most; /**< what the field can hold */
 } kWordCalls[] = {
     {Field::kSourceIpv4, &Driver::user_field_qualify_SrcIp, kAll},
     {Field::kDestinationIpv4, &Driver::user_field_qualify_DstIp, kAll},
@@ -98,12 +98,11 @@ TEST_F(DriverField, ConditionsOfOneWord) {
 TEST_F(DriverField, ConditionsOfBytes) {
     Bytes64 data{};
     Bytes64 mask{};
-    for (std::size_t i = 0; i < data.size(); ++i) {
-        data[i] = static_cast<std::uint8_t>(i + 1);
-        mask[i] = static_cast<std::uint8_t>(0xF0 + i);
+    for (size_t i = 0; i < data.size(); ++i) {
+        data[i] = static_cast<uint8_t>(i + 1);
+        mask[i] = static_cast<uint8_t>(0xF0 + i);
     }
-    using ByteCall = std::int32_t (Driver::*)(std::int32_t, std::uint32_t, std::uint32_t, const std::uint8_t *,
-                                              const std::uint8_t *);
+    using ByteCall = int32_t (Driver::*)(int32_t, uint32_t, uint32_t, const uint8_t *, const uint8_t *);
     const std::pair<Field, ByteCall> macs[] = {{Field::kSourceMac, &Driver::user_field_qualify_SrcMac},
                                                {Field::kDestinationMac, &Driver::user_field_qualify_DstMac}};
     const std::pair<Field, ByteCall> addresses[] = {{Field::kSourceIpv6, &Driver::user_field_qualify_SrcIp6},
@@ -176,8 +175,8 @@ TEST_F(DriverField, ActionsTakeNativeWordsWhereverTheBlockStands) {
     EXPECT_EQ(entry().staged.actions.back().ports, test::ports({kA, kB}));
     EXPECT_EQ(add(kMeterAction, block_of({0}), block_of({7})), kOk);
     EXPECT_EQ(entry().staged.actions.back().value, 7U);
-    std::array<std::uint8_t, NETLINK_ACTION_PARAM_BYTES + 1> odd{};
-    const std::uint32_t word = 9;
+    std::array<uint8_t, NETLINK_ACTION_PARAM_BYTES + 1> odd{};
+    const uint32_t word = 9;
     std::memcpy(odd.data() + 1, &word, sizeof(word));
     EXPECT_EQ(driver_.user_field_action_add(0, 0, kEntry, kCountAction, odd.data() + 1, odd.data()), kOk);
     EXPECT_EQ(entry().staged.actions.back().value, 9U);
@@ -201,7 +200,7 @@ TEST_F(DriverField, ActionsThatMakeNoSenseAreRefused) {
 }
 
 TEST_F(DriverField, MetersRunOnTheDevicesClock) {
-    constexpr std::uint32_t kRate = 1000;  // kbit/s: 125 octets a millisecond, and two long frames at once
+    constexpr uint32_t kRate = 1000;  // kbit/s: 125 octets a millisecond, and two long frames at once
     EXPECT_EQ(driver_.user_field_meter_ifg_exclude_init(), kOk);
     EXPECT_EQ(driver_.user_field_meter_entry_set(0, kRate, 7), kOk);
     EXPECT_EQ(add(kMeterAction, block_of({0}), block_of({7})), kOk);
@@ -245,12 +244,12 @@ TEST_F(DriverField, CountersAreReadAndClearedOneValueAtATime) {
 }
 
 TEST_F(DriverField, CountersAndTypesThatThereAreNotAreRefused) {
-    std::int32_t value = 5;
-    for (const std::int32_t counter : {-1, 256, INT32_MAX}) {
+    int32_t value = 5;
+    for (const int32_t counter : {-1, 256, INT32_MAX}) {
         EXPECT_EQ(driver_.user_field_get_statistics(0, 0, counter, 0, &value), chip::code(Status::kCounterRange));
         EXPECT_EQ(driver_.user_field_clear_statistics(0, 0, counter, 0), chip::code(Status::kCounterRange));
     }
-    for (const std::int32_t type : {-1, 2}) {
+    for (const int32_t type : {-1, 2}) {
         EXPECT_EQ(driver_.user_field_get_statistics(0, 0, 0, type, &value), chip::code(Status::kBadArgument));
         EXPECT_EQ(driver_.user_field_clear_statistics(0, 0, 0, type), chip::code(Status::kBadArgument));
     }

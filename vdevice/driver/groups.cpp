@@ -13,12 +13,12 @@ using chip::MacEntry;
 using chip::PortSet;
 using chip::Status;
 
-netlink_mcast_entry_t empty_record(Mac mac, std::uint32_t vid) {
+netlink_mcast_entry_t empty_record(Mac mac, uint32_t vid) {
     netlink_mcast_entry_t record = {};
-    for (std::size_t i = 0; i < chip::kMacBytes; ++i) {
+    for (size_t i = 0; i < chip::kMacBytes; ++i) {
         record.mac[i] = mac.byte(i);
     }
-    record.vid = static_cast<std::uint16_t>(vid);
+    record.vid = static_cast<uint16_t>(vid);
     return record;
 }
 

@@ -3,7 +3,7 @@
 
 #include <cstring>
 
-#include "vdevice/driver/driver_mac_fixture.h"
+#include "vdevice/driver/testing/address_fixture.h"
 
 namespace vdevice::driver {
 namespace {
@@ -15,24 +15,24 @@ using test::key_of;
 using test::kGroup;
 using test::ports;
 
-constexpr std::int32_t kGroupMissing = chip::code(Status::kGroupMissing);
-constexpr std::int32_t kMacNotGroup = chip::code(Status::kMacNotGroup);
+constexpr int32_t kGroupMissing = chip::code(Status::kGroupMissing);
+constexpr int32_t kMacNotGroup = chip::code(Status::kMacNotGroup);
 
 class DriverGroup : public test::MacTest {
   protected:
-    netlink_mcast_entry_t record(const PortSet &set, std::uint32_t vid = kVid) {
+    netlink_mcast_entry_t record(const PortSet &set, uint32_t vid = kVid) {
         netlink_mcast_entry_t made = {};
         EXPECT_EQ(driver_.User_mcast_addr_t_init(0, &made, key_of(kGroup).data(), vid), kOk);
         set.to_words(made.ports);
         return made;
     }
 
-    std::int32_t create(const PortSet &set, std::uint32_t vid = kVid) {
+    int32_t create(const PortSet &set, uint32_t vid = kVid) {
         const netlink_mcast_entry_t made = record(set, vid);
         return driver_.User_mcast_addr_add(0, 0, &made);
     }
 
-    PortSet members(std::uint32_t vid = kVid) {
+    PortSet members(uint32_t vid = kVid) {
         netlink_mcast_entry_t found = {};
         EXPECT_EQ(driver_.User_mcast_port_get(0, 0, key_of(kGroup).data(), vid, &found), kOk);
         return PortSet::from_words(found.ports);
@@ -151,7 +151,7 @@ TEST_F(DriverGroup, InitialisingForgetsThemAll) {
 }
 
 TEST_F(DriverGroup, PortsAreToldWhatToDoWithGroups) {
-    std::uint32_t value = 7;
+    uint32_t value = 7;
     EXPECT_EQ(driver_.User_switch_port_control_l2mc_get(0, 4, 0, &value), kOk);
     EXPECT_EQ(value, 1U);
     EXPECT_EQ(driver_.User_switch_port_control_l2mc_enable(0, 4, 0, 0), kOk);

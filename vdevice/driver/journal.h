@@ -1,7 +1,7 @@
 // What the device's software told the device: log lines, trace texts, link changes. The newest lines are kept.
 #pragma once
 
-#include <cstdint>
+#include <stdint.h>
 #include <deque>
 #include <string>
 
@@ -11,26 +11,26 @@ namespace vdevice::driver {
 
 struct LogLine {
     chip::Time time{};
-    std::int32_t level = 0;
-    std::int32_t module = 0;
+    int32_t level = 0;
+    int32_t module = 0;
     std::string word; /**< the module's name */
     std::string text;
 };
 
 class Journal {
   public:
-    static constexpr std::size_t kMaxLines = 4096;
-    static constexpr std::size_t kMaxText = 1024;
+    static constexpr size_t kMaxLines = 4096;
+    static constexpr size_t kMaxText = 1024;
 
     /** Adds a line; the oldest makes room for it and an overlong text is cut. */
     void add(LogLine line);
     const std::deque<LogLine> &lines() const { return lines_; }
     /** Lines added since the device was switched on, those that had to make room included. */
-    std::uint64_t total() const { return total_; }
+    uint64_t total() const { return total_; }
 
   private:
     std::deque<LogLine> lines_;
-    std::uint64_t total_ = 0;
+    uint64_t total_ = 0;
 };
 
 }  // namespace vdevice::driver

@@ -5,7 +5,7 @@ namespace vdevice::driver {
 using chip::MacEntry;
 
 std::optional<MacEntry> entry_of(const adp_l2_entry_t &record, chip::Time now) {
-    constexpr std::uint32_t kMeaningful = NETLINK_L2_STATIC | NETLINK_L2_TO_TRUNK | kL2DropTo | kL2DropFrom;
+    constexpr uint32_t kMeaningful = NETLINK_L2_STATIC | NETLINK_L2_TO_TRUNK | kL2DropTo | kL2DropFrom;
     if ((record.flags & ~kMeaningful) != 0) {
         return std::nullopt;
     }
@@ -26,7 +26,7 @@ std::optional<MacEntry> entry_of(const adp_l2_entry_t &record, chip::Time now) {
 
 adp_l2_entry_t record_of(const MacEntry &entry, const chip::PortSet &ports) {
     adp_l2_entry_t record = {};
-    for (std::size_t i = 0; i < chip::kMacBytes; ++i) {
+    for (size_t i = 0; i < chip::kMacBytes; ++i) {
         record.mac[i] = entry.mac.byte(i);
     }
     record.flags = (entry.is_static ? NETLINK_L2_STATIC : 0) | (entry.drops_to ? kL2DropTo : 0) |

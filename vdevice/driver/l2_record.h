@@ -9,8 +9,8 @@
 namespace vdevice::driver {
 
 // What the library does not know of: these flags are the caller's own.
-constexpr std::uint32_t kL2DropTo = 0x10;   /**< filtering: frames to the address are dropped */
-constexpr std::uint32_t kL2DropFrom = 0x20; /**< filtering: frames from the address are dropped */
+constexpr uint32_t kL2DropTo = 0x10;   /**< filtering: frames to the address are dropped */
+constexpr uint32_t kL2DropFrom = 0x20; /**< filtering: frames from the address are dropped */
 
 /** Nothing if the record's flags mean nothing. The VLAN is left to the chip. */
 std::optional<chip::MacEntry> entry_of(const adp_l2_entry_t &record, chip::Time now);

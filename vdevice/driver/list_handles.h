@@ -1,8 +1,8 @@
 // Lists that a caller asked for and has to give back: their number is limited, as the memory behind them would be.
 #pragma once
 
+#include <stdint.h>
 #include <algorithm>
-#include <cstdint>
 #include <vector>
 
 #include "vdevice/chip/frame/status.h"
@@ -11,14 +11,14 @@ namespace vdevice::driver {
 
 class ListHandles {
   public:
-    static constexpr std::size_t kLists = 64;
+    static constexpr size_t kLists = 64;
 
-    enum class Kind : std::uint8_t { kGroups, kVlans };
+    enum class Kind : uint8_t { kGroups, kVlans };
 
     struct List {
         Kind kind;
-        std::uint32_t handle;
-        std::int32_t count; /**< elements when the list was made */
+        uint32_t handle;
+        int32_t count; /**< elements when the list was made */
 
         friend bool operator==(const List &, const List &) = default;
     };
@@ -26,7 +26,7 @@ class ListHandles {
     bool has_room() const { return lists_.size() < kLists; }
 
     /** The handle of a new list, never 0. There must be room. */
-    std::uint32_t open(Kind kind, std::int32_t count) {
+    uint32_t open(Kind kind, int32_t count) {
         do {
             ++last_handle_;
         } while (last_handle_ == 0 || is_open(last_handle_));
@@ -45,12 +45,12 @@ class ListHandles {
     }
 
   private:
-    bool is_open(std::uint32_t handle) const {
+    bool is_open(uint32_t handle) const {
         return std::any_of(lists_.begin(), lists_.end(), [&](const List &list) { return list.handle == handle; });
     }
 
     std::vector<List> lists_;
-    std::uint32_t last_handle_ = 0;
+    uint32_t last_handle_ = 0;
 };
 
 }  // namespace vdevice::driver

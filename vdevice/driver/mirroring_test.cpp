@@ -1,5 +1,5 @@
 // The calls on mirror sessions, and the pins' registers. What mirrors copy is tested on the chip.
-#include "vdevice/driver/driver_fixture.h"
+#include "vdevice/driver/testing/driver_fixture.h"
 
 namespace vdevice::driver {
 namespace {
@@ -7,25 +7,23 @@ namespace {
 using chip::Mirror;
 using chip::Status;
 
-constexpr std::int32_t kBadUnit = chip::code(Status::kBadUnit);
-constexpr std::int32_t kBadArgument = chip::code(Status::kBadArgument);
-constexpr std::int32_t kMirrorSession = chip::code(Status::kMirrorSession);
-constexpr std::int32_t kMirrorMissing = chip::code(Status::kMirrorMissing);
-constexpr std::uint32_t kInput = 0x2000;
-constexpr std::uint32_t kOutput = 0x2004;
-constexpr std::uint32_t kDirection = 0x2008;
+constexpr int32_t kBadUnit = chip::code(Status::kBadUnit);
+constexpr int32_t kBadArgument = chip::code(Status::kBadArgument);
+constexpr int32_t kMirrorSession = chip::code(Status::kMirrorSession);
+constexpr int32_t kMirrorMissing = chip::code(Status::kMirrorMissing);
+constexpr uint32_t kInput = 0x2000;
+constexpr uint32_t kOutput = 0x2004;
+constexpr uint32_t kDirection = 0x2008;
 
 class DriverMirror : public test::DriverTest {
   protected:
-    const Mirror &session(std::uint32_t number) { return chip_.mirrors().session(number); }
-    std::uint32_t read(std::uint32_t address) {
-        std::uint32_t value = 99;
+    const Mirror &session(uint32_t number) { return chip_.mirrors().session(number); }
+    uint32_t read(uint32_t address) {
+        uint32_t value = 99;
         EXPECT_EQ(driver_.user_pci_read(0, 0, address, &value), kOk);
         return value;
     }
-    std::int32_t write(std::uint32_t address, std::uint32_t value) {
-        return driver_.user_pci_write(0, 0, address, &value);
-    }
+    int32_t write(uint32_t address, uint32_t value) { return driver_.user_pci_write(0, 0, address, &value); }
 };
 
 TEST_F(DriverMirror, PortsAreMirroredAsTheModeSays) {
@@ -70,7 +68,7 @@ TEST_F(DriverMirror, WhatCannotBeIsRefused) {
     EXPECT_EQ(driver_.user_mirror_port_set(0, 0, 4, 0, 4, 2), chip::code(Status::kMirrorDestination));
     EXPECT_EQ(driver_.user_mirror_port_set(0, 0, 4, 0, 9, 1), kBadArgument);
     EXPECT_EQ(driver_.user_set_flow_mirror(0, 0, 0, -1), chip::code(Status::kNoPort));
-    for (const std::uint32_t unknown : {4U, 0xFFFFFFFFU}) {
+    for (const uint32_t unknown : {4U, 0xFFFFFFFFU}) {
         EXPECT_EQ(driver_.user_mirror_port_set(0, 0, 4, unknown, 9, 6), kMirrorSession);
         EXPECT_EQ(driver_.user_set_flow_mirror(0, 0, unknown, 9), kMirrorSession);
         EXPECT_EQ(driver_.user_set_mirror_disable(0, 0, unknown, 0), kMirrorSession);
@@ -84,7 +82,7 @@ TEST_F(DriverMirror, WhatCannotBeIsRefused) {
 }
 
 TEST_F(DriverMirror, RegistersKeepWhatIsWritten) {
-    for (const std::uint32_t address : {kInput, kOutput, kDirection}) {
+    for (const uint32_t address : {kInput, kOutput, kDirection}) {
         EXPECT_EQ(read(address), 0U) << address;
     }
     EXPECT_EQ(write(kDirection, 9), kOk);
@@ -107,9 +105,9 @@ TEST_F(DriverMirror, TheBoardDrivesTheInputsAndSoftwareDoesNot) {
 }
 
 TEST_F(DriverMirror, OtherRegistersAreNotThere) {
-    constexpr std::int32_t kMissing = chip::code(Status::kRegisterMissing);
-    std::uint32_t value = 99;
-    for (const std::uint32_t address : {0U, 0x1FFCU, 0x2001U, 0x200CU, 0xFFFFFFFFU}) {
+    constexpr int32_t kMissing = chip::code(Status::kRegisterMissing);
+    uint32_t value = 99;
+    for (const uint32_t address : {0U, 0x1FFCU, 0x2001U, 0x200CU, 0xFFFFFFFFU}) {
         EXPECT_EQ(driver_.user_pci_read(0, 0, address, &value), kMissing);
         EXPECT_EQ(write(address, 1), kMissing);
     }

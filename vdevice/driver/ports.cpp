@@ -165,7 +165,7 @@ int32_t Driver::User_port_cablediag(uint32_t unit, uint32_t zero, int32_t port, 
         if (state.phy.medium() != chip::Medium::kCopper) {
             return Status::kWrongMedium;
         }
-        for (std::size_t pair = 0; pair < NETLINK_CABLE_PAIRS; ++pair) {
+        for (size_t pair = 0; pair < NETLINK_CABLE_PAIRS; ++pair) {
             result->state[pair] = state.cable ? kPairGood : kPairOpen;
             result->length[pair] = state.cable ? kCableMetres : 0;
         }

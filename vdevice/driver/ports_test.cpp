@@ -1,7 +1,7 @@
 // The calls on ports: what they keep, what they put in force, and what they refuse.
 #include <gtest/gtest.h>
 
-#include "vdevice/driver/driver_fixture.h"
+#include "vdevice/driver/testing/driver_fixture.h"
 
 namespace vdevice::driver {
 namespace {
@@ -10,16 +10,16 @@ using chip::PortSet;
 using chip::Status;
 using test::ports;
 
-constexpr std::int32_t kBadUnit = chip::code(Status::kBadUnit);
-constexpr std::int32_t kNoPort = chip::code(Status::kNoPort);
-constexpr std::int32_t kBadArgument = chip::code(Status::kBadArgument);
-constexpr std::int32_t kWrongMedium = chip::code(Status::kWrongMedium);
+constexpr int32_t kBadUnit = chip::code(Status::kBadUnit);
+constexpr int32_t kNoPort = chip::code(Status::kNoPort);
+constexpr int32_t kBadArgument = chip::code(Status::kBadArgument);
+constexpr int32_t kWrongMedium = chip::code(Status::kWrongMedium);
 
-constexpr std::int32_t kCopper = 4;  // user port 1
-constexpr std::int32_t kFibre = 28;  // user port 25
-constexpr std::uint32_t kUntouched = 99;
-constexpr std::uint32_t kFull1000 = 0x04000000;
-constexpr std::uint32_t kHalf100 = 0x20000000;
+constexpr int32_t kCopper = 4;  // user port 1
+constexpr int32_t kFibre = 28;  // user port 25
+constexpr uint32_t kUntouched = 99;
+constexpr uint32_t kFull1000 = 0x04000000;
+constexpr uint32_t kHalf100 = 0x20000000;
 
 using Set = int32_t (Driver::*)(uint32_t, uint32_t, int32_t, uint32_t);
 using Get = int32_t (Driver::*)(uint32_t, uint32_t, int32_t, uint32_t *);
@@ -28,9 +28,9 @@ struct Attribute {
     const char *name;
     Set set;
     Get get;
-    std::uint32_t at_power_on;
-    std::vector<std::uint32_t> values;  /**< kept as they are */
-    std::vector<std::uint32_t> refused; /**< bad arguments */
+    uint32_t at_power_on;
+    std::vector<uint32_t> values;  /**< kept as they are */
+    std::vector<uint32_t> refused; /**< bad arguments */
 };
 
 const std::vector<Attribute> &attributes() {
@@ -59,20 +59,20 @@ const std::vector<Attribute> &attributes() {
 
 class DriverPort : public test::DriverTest {
   protected:
-    std::uint32_t read(Get get, std::int32_t port) {
-        std::uint32_t value = kUntouched;
+    uint32_t read(Get get, int32_t port) {
+        uint32_t value = kUntouched;
         EXPECT_EQ((driver_.*get)(0, 0, port, &value), kOk);
         return value;
     }
-    std::uint32_t speed(std::int32_t port) { return read(&Driver::user_port_speed_get, port); }
-    std::uint32_t duplex(std::int32_t port) { return read(&Driver::user_port_duplex_get, port); }
-    std::uint32_t autoneg(std::int32_t port) { return read(&Driver::user_port_autoneg_get, port); }
+    uint32_t speed(int32_t port) { return read(&Driver::user_port_speed_get, port); }
+    uint32_t duplex(int32_t port) { return read(&Driver::user_port_duplex_get, port); }
+    uint32_t autoneg(int32_t port) { return read(&Driver::user_port_autoneg_get, port); }
 };
 
 TEST_F(DriverPort, KeepsWhatIsSet) {
     for (const Attribute &attribute : attributes()) {
         EXPECT_EQ(read(attribute.get, kCopper), attribute.at_power_on) << attribute.name;
-        for (const std::uint32_t value : attribute.values) {
+        for (const uint32_t value : attribute.values) {
             EXPECT_EQ((driver_.*attribute.set)(0, 0, kCopper, value), kOk) << attribute.name;
             EXPECT_EQ(read(attribute.get, kCopper), value) << attribute.name;
             EXPECT_EQ(read(attribute.get, kCopper + 1), attribute.at_power_on) << attribute.name << " of another port";
@@ -82,11 +82,11 @@ TEST_F(DriverPort, KeepsWhatIsSet) {
 
 TEST_F(DriverPort, RefusesAndChangesNothing) {
     for (const Attribute &attribute : attributes()) {
-        std::uint32_t value = kUntouched;
-        for (const std::uint32_t refused : attribute.refused) {
+        uint32_t value = kUntouched;
+        for (const uint32_t refused : attribute.refused) {
             EXPECT_EQ((driver_.*attribute.set)(0, 0, kCopper, refused), kBadArgument) << attribute.name;
         }
-        for (const std::int32_t missing : {-1, 32, 255}) {
+        for (const int32_t missing : {-1, 32, 255}) {
             EXPECT_EQ((driver_.*attribute.set)(0, 0, missing, 1), kNoPort) << attribute.name;
             EXPECT_EQ((driver_.*attribute.get)(0, 0, missing, &value), kNoPort) << attribute.name;
         }
@@ -100,7 +100,7 @@ TEST_F(DriverPort, RefusesAndChangesNothing) {
 
 TEST_F(DriverPort, TwentyFourPortsAreGigabitCopperAndTwoTenGigabitFibre) {
     for (int user_port = 1; user_port <= 26; ++user_port) {
-        const std::int32_t port = user_port + 3;
+        const int32_t port = user_port + 3;
         const bool uplink = user_port >= 25;
         EXPECT_EQ(read(&Driver::user_port_speed_max, port), uplink ? 10000U : 1000U) << user_port;
         EXPECT_EQ(speed(port), uplink ? 10000U : 1000U) << user_port;
@@ -110,7 +110,7 @@ TEST_F(DriverPort, TwentyFourPortsAreGigabitCopperAndTwoTenGigabitFibre) {
 }
 
 TEST_F(DriverPort, AFixedSpeedEndsNegotiation) {
-    for (const std::uint32_t value : {10U, 100U, 1000U}) {
+    for (const uint32_t value : {10U, 100U, 1000U}) {
         EXPECT_EQ(driver_.user_port_speed_set(0, 0, kCopper, value, 0), kOk);
         EXPECT_EQ(speed(kCopper), value);
         EXPECT_EQ(autoneg(kCopper), 0U);
@@ -122,10 +122,10 @@ TEST_F(DriverPort, AFixedSpeedEndsNegotiation) {
 }
 
 TEST_F(DriverPort, SpeedsThatAPortHasNotAreRefused) {
-    for (const std::uint32_t value : {7U, 10000U, 0xFFFFFFFFU}) {
+    for (const uint32_t value : {7U, 10000U, 0xFFFFFFFFU}) {
         EXPECT_EQ(driver_.user_port_speed_set(0, 0, kCopper, value, 0), kBadArgument) << value;
     }
-    for (const std::uint32_t value : {7U, 10U, 100U}) {
+    for (const uint32_t value : {7U, 10U, 100U}) {
         EXPECT_EQ(driver_.user_port_speed_set(0, 0, kFibre, value, 2), kBadArgument) << value;
     }
     EXPECT_EQ(speed(kCopper), 1000U);
@@ -136,9 +136,9 @@ TEST_F(DriverPort, SpeedsThatAPortHasNotAreRefused) {
 
 TEST_F(DriverPort, NegotiationEndsWithTheBestThatIsAdvertised) {
     const struct {
-        std::uint32_t abilities;
-        std::uint32_t speed;
-        std::uint32_t duplex;
+        uint32_t abilities;
+        uint32_t speed;
+        uint32_t duplex;
     } rows[] = {{0xF4000000, 1000, 1}, {0x08000000, 1000, 0}, {0xF0000000, 100, 1}, {0xA0000000, 100, 0},
                 {0xC0000000, 10, 1},   {0x80000000, 10, 0},   {0x0C000000, 1000, 1}};
     for (const auto &row : rows) {
@@ -191,7 +191,7 @@ TEST_F(DriverPort, PauseIsNegotiatedOrSet) {
 }
 
 TEST_F(DriverPort, FibreHasNoPairs) {
-    std::uint32_t value = kUntouched;
+    uint32_t value = kUntouched;
     netlink_cable_diag_t result = {};
     EXPECT_EQ(driver_.user_port_mdix_set(0, 0, kFibre, 1), kWrongMedium);
     EXPECT_EQ(driver_.user_port_mdix_get(0, 0, kFibre, &value), kWrongMedium);
@@ -224,15 +224,15 @@ TEST_F(DriverPort, TheCpuPortIsNotLooped) {
 }
 
 TEST_F(DriverPort, LearningModesAreAFewNumbers) {
-    std::uint32_t mode = kUntouched;
+    uint32_t mode = kUntouched;
     EXPECT_EQ(driver_.user_port_learn_get(0, 0, kCopper, &mode), kOk);
     EXPECT_EQ(mode, 5U);
-    for (const std::int32_t number : {0, 1, 4, 5, 8}) {
+    for (const int32_t number : {0, 1, 4, 5, 8}) {
         EXPECT_EQ(driver_.user_port_learn_set(0, 0, kCopper, number), kOk);
         EXPECT_EQ(driver_.user_port_learn_get(0, 0, kCopper, &mode), kOk);
-        EXPECT_EQ(mode, static_cast<std::uint32_t>(number));
+        EXPECT_EQ(mode, static_cast<uint32_t>(number));
     }
-    for (const std::int32_t number : {-1, 2, 3, 6, 7, 9, 16}) {
+    for (const int32_t number : {-1, 2, 3, 6, 7, 9, 16}) {
         EXPECT_EQ(driver_.user_port_learn_set(0, 0, kCopper, number), kBadArgument) << number;
     }
     EXPECT_EQ(driver_.user_port_learn_set(0, 0, -1, 5), kNoPort);
@@ -257,7 +257,7 @@ TEST_F(DriverPort, EgressSetsHoldPortsOfTheChip) {
 }
 
 TEST_F(DriverPort, VlanControlsAreKept) {
-    std::uint32_t value = kUntouched;
+    uint32_t value = kUntouched;
     EXPECT_EQ(driver_.user_vlan_control_port_set(0, 0, kCopper, 31, -2), kOk);
     EXPECT_EQ(driver_.user_vlan_control_port_get(0, 0, kCopper, 31, &value), kOk);
     EXPECT_EQ(value, 0xFFFFFFFEU);

@@ -1,65 +1,65 @@
 // The calls on priority maps. What the maps do to frames is tested on the chip.
-#include "vdevice/driver/driver_fixture.h"
+#include "vdevice/driver/testing/driver_fixture.h"
 
 namespace vdevice::driver {
 namespace {
 
 using chip::Status;
 
-constexpr std::int32_t kBadUnit = chip::code(Status::kBadUnit);
-constexpr std::int32_t kBadArgument = chip::code(Status::kBadArgument);
-constexpr std::int32_t kNoPort = chip::code(Status::kNoPort);
-constexpr std::int32_t kQueueRange = chip::code(Status::kQueueRange);
+constexpr int32_t kBadUnit = chip::code(Status::kBadUnit);
+constexpr int32_t kBadArgument = chip::code(Status::kBadArgument);
+constexpr int32_t kNoPort = chip::code(Status::kNoPort);
+constexpr int32_t kQueueRange = chip::code(Status::kQueueRange);
 constexpr adp_word_t kMinusOne = ~adp_word_t{0};
 
 /** What a read writes, or what stood there before. */
 struct Row {
-    std::uint8_t mapped = 99;
-    std::uint8_t priority = 98;
+    uint8_t mapped = 99;
+    uint8_t priority = 98;
     friend bool operator==(const Row &, const Row &) = default;
 };
 
 class DriverPriority : public test::DriverTest {
   protected:
-    std::uint32_t queue_of(std::uint32_t priority) {
-        std::uint32_t queue = 99;
+    uint32_t queue_of(uint32_t priority) {
+        uint32_t queue = 99;
         EXPECT_EQ(driver_.user_cosq_mapping_get(0, 0, priority, &queue), kOk);
         return queue;
     }
-    std::uint32_t queue_on(int port, std::uint32_t priority) {
-        std::uint32_t queue = 99;
+    uint32_t queue_on(int port, uint32_t priority) {
+        uint32_t queue = 99;
         EXPECT_EQ(driver_.user_cosq_port_mapping_get(0, 0, port, priority, &queue), kOk);
         return queue;
     }
-    Row row(std::int32_t port, std::int32_t dscp) {
+    Row row(int32_t port, int32_t dscp) {
         Row read;
         EXPECT_EQ(driver_.user_port_dscp_map_get(0, 0, port, dscp, &read.mapped, &read.priority), kOk);
         return read;
     }
-    std::int32_t set_row(std::int32_t port, std::int32_t dscp, std::int32_t mapped, std::uint32_t priority) {
+    int32_t set_row(int32_t port, int32_t dscp, int32_t mapped, uint32_t priority) {
         return driver_.user_port_dscp_map_set(0, 0, port, dscp, mapped, priority);
     }
 };
 
 TEST_F(DriverPriority, QueueOfAPriority) {
-    for (std::uint32_t priority = 0; priority < 8; ++priority) {
+    for (uint32_t priority = 0; priority < 8; ++priority) {
         EXPECT_EQ(queue_of(priority), priority) << "at power-on";
         EXPECT_EQ(driver_.user_cosq_mapping_set(0, 0, priority, 7 - priority), kOk);
     }
-    for (std::uint32_t priority = 0; priority < 8; ++priority) {
+    for (uint32_t priority = 0; priority < 8; ++priority) {
         EXPECT_EQ(queue_of(priority), 7 - priority);
     }
     EXPECT_EQ(driver_.user_cosq_mapping_set(0, 0, 8, 0), kBadArgument);
     EXPECT_EQ(driver_.user_cosq_mapping_set(0, 0, 0, 8), kQueueRange);
     EXPECT_EQ(queue_of(0), 7U);
-    std::uint32_t queue = 99;
+    uint32_t queue = 99;
     EXPECT_EQ(driver_.user_cosq_mapping_get(0, 0, 8, &queue), kBadArgument);
     EXPECT_EQ(queue, 99U);
     EXPECT_EQ(driver_.user_cosq_mapping_get(0, 0, 0, nullptr), kBadArgument);
 }
 
 TEST_F(DriverPriority, QueueOfAPriorityByTheOtherPairOfCalls) {
-    std::uint32_t queue = 99;
+    uint32_t queue = 99;
     EXPECT_EQ(driver_.user_qos_pri_queue_map_set(0, 0, 3, 5), kOk);
     EXPECT_EQ(queue_of(3), 5U);
     EXPECT_EQ(driver_.user_cosq_mapping_set(0, 0, 3, 6), kOk);
@@ -79,8 +79,8 @@ TEST_F(DriverPriority, QueueOfAPriorityOnAPort) {
     EXPECT_EQ(queue_on(4, 2), 2U);
     EXPECT_EQ(driver_.user_cosq_port_mapping_set(0, 0, 0, 3, 0), kOk) << "the CPU port too";
     EXPECT_EQ(queue_on(0, 3), 0U);
-    std::uint32_t queue = 99;
-    for (const std::int32_t port : {-1, 32, 0x40000000}) {
+    uint32_t queue = 99;
+    for (const int32_t port : {-1, 32, 0x40000000}) {
         EXPECT_EQ(driver_.user_cosq_port_mapping_set(0, 0, port, 3, 7), kNoPort) << port;
         EXPECT_EQ(driver_.user_cosq_port_mapping_get(0, 0, port, 3, &queue), kNoPort) << port;
     }
@@ -96,38 +96,38 @@ TEST_F(DriverPriority, QueueOfAPriorityOnAPort) {
 }
 
 TEST_F(DriverPriority, DscpRowsOfAllPortsAndOfOne) {
-    for (std::int32_t dscp = 0; dscp < 64; ++dscp) {
-        EXPECT_EQ(row(-1, dscp), (Row{static_cast<std::uint8_t>(dscp), static_cast<std::uint8_t>(dscp / 8)}));
+    for (int32_t dscp = 0; dscp < 64; ++dscp) {
+        EXPECT_EQ(row(-1, dscp), (Row{static_cast<uint8_t>(dscp), static_cast<uint8_t>(dscp / 8)}));
     }
     EXPECT_EQ(set_row(4, 46, 10, 1), kOk);
     EXPECT_EQ(row(4, 46), (Row{10, 1}));
     EXPECT_EQ(row(5, 46), (Row{46, 5}));
     EXPECT_EQ(row(-1, 46), (Row{46, 5}));
     EXPECT_EQ(set_row(-1, 46, 12, 2), kOk);
-    for (const std::int32_t port : {-1, 0, 4, 31}) {
+    for (const int32_t port : {-1, 0, 4, 31}) {
         EXPECT_EQ(row(port, 46), (Row{12, 2})) << "no port keeps a row of its own; " << port;
     }
 }
 
 TEST_F(DriverPriority, DscpWildcards) {
     EXPECT_EQ(set_row(-1, -1, 7, 3), kOk);
-    for (const std::int32_t dscp : {0, 31, 63}) {
+    for (const int32_t dscp : {0, 31, 63}) {
         EXPECT_EQ(row(4, dscp), (Row{7, 3}));
     }
     EXPECT_EQ(set_row(4, 31, -1, 99), kOk) << "the priority is not looked at";
     EXPECT_EQ(row(4, 31), (Row{31, 3}));
     EXPECT_EQ(row(5, 31), (Row{7, 3}));
     EXPECT_EQ(set_row(-1, -1, -1, 0), kOk);
-    for (std::int32_t dscp = 0; dscp < 64; ++dscp) {
-        EXPECT_EQ(row(4, dscp), (Row{static_cast<std::uint8_t>(dscp), static_cast<std::uint8_t>(dscp / 8)}));
+    for (int32_t dscp = 0; dscp < 64; ++dscp) {
+        EXPECT_EQ(row(4, dscp), (Row{static_cast<uint8_t>(dscp), static_cast<uint8_t>(dscp / 8)}));
     }
 }
 
 TEST_F(DriverPriority, DscpRowsRefuseWhatHasNoMeaning) {
-    for (const std::int32_t port : {-2, 32}) {
+    for (const int32_t port : {-2, 32}) {
         EXPECT_EQ(set_row(port, 46, 10, 1), kNoPort);
     }
-    for (const std::int32_t dscp : {-2, 64}) {
+    for (const int32_t dscp : {-2, 64}) {
         EXPECT_EQ(set_row(-1, dscp, 10, 1), kBadArgument);
         EXPECT_EQ(set_row(-1, 46, dscp, 1), kBadArgument);
     }
@@ -135,7 +135,7 @@ TEST_F(DriverPriority, DscpRowsRefuseWhatHasNoMeaning) {
     EXPECT_EQ(row(-1, 46), (Row{46, 5}));
     Row read;
     EXPECT_EQ(driver_.user_port_dscp_map_get(0, 0, -2, 46, &read.mapped, &read.priority), kNoPort);
-    for (const std::int32_t dscp : {-1, 64}) {
+    for (const int32_t dscp : {-1, 64}) {
         EXPECT_EQ(driver_.user_port_dscp_map_get(0, 0, -1, dscp, &read.mapped, &read.priority), kBadArgument);
     }
     EXPECT_EQ(driver_.user_port_dscp_map_get(0, 0, -1, 46, nullptr, &read.priority), kBadArgument);
@@ -144,7 +144,7 @@ TEST_F(DriverPriority, DscpRowsRefuseWhatHasNoMeaning) {
 }
 
 TEST_F(DriverPriority, PriorityOfADscpOnAllPorts) {
-    std::uint32_t priority = 99;
+    uint32_t priority = 99;
     ASSERT_EQ(set_row(-1, 46, 12, 2), kOk);
     ASSERT_EQ(set_row(4, 46, 10, 1), kOk);
     EXPECT_EQ(driver_.user_qos_dscp_map_set(0, 0, 46, 7), kOk);
@@ -161,10 +161,10 @@ TEST_F(DriverPriority, PriorityOfADscpOnAllPorts) {
 }
 
 TEST_F(DriverPriority, TrustOfAPort) {
-    std::uint32_t mode = 99;
+    uint32_t mode = 99;
     EXPECT_EQ(driver_.user_port_dscp_map_mode_get(0, 0, 4, &mode), kOk);
     EXPECT_EQ(mode, 1U) << "at power-on";
-    for (const std::uint32_t trusted : {0U, 2U, 3U, 1U}) {
+    for (const uint32_t trusted : {0U, 2U, 3U, 1U}) {
         EXPECT_EQ(driver_.user_port_dscp_map_mode_set(0, 0, 4, trusted), kOk);
         EXPECT_EQ(driver_.user_port_dscp_map_mode_get(0, 0, 4, &mode), kOk);
         EXPECT_EQ(mode, trusted);
@@ -178,7 +178,7 @@ TEST_F(DriverPriority, TrustOfAPort) {
 }
 
 TEST_F(DriverPriority, RemapOfAPort) {
-    using Priorities = std::array<std::uint8_t, chip::kPriorities>;
+    using Priorities = std::array<uint8_t, chip::kPriorities>;
     EXPECT_EQ(driver_.user_qos_pri_remap_set(0, 4, 2, 7, 99, kMinusOne, 99, 99), kOk);
     EXPECT_EQ(driver_.user_qos_pri_remap_set(0, 4, 7, 0, 0, 0, 0, 0), kOk);
     EXPECT_EQ(chip_.port(4).remap.to, (Priorities{0, 1, 7, 3, 4, 5, 6, 0}));
@@ -192,7 +192,7 @@ TEST_F(DriverPriority, RemapOfAPort) {
 }
 
 TEST_F(DriverPriority, ClassOfServiceOfAPortIsThePriorityOfItsUntaggedFrames) {
-    std::uint32_t value = 99;
+    uint32_t value = 99;
     EXPECT_EQ(driver_.user_qos_port_cos_set(4, 5), kOk);
     EXPECT_EQ(driver_.user_port_untagged_priority_get(0, 0, 4, &value), kOk);
     EXPECT_EQ(value, 5U);
@@ -221,7 +221,7 @@ TEST_F(DriverPriority, Initialisations) {
 }
 
 TEST_F(DriverPriority, OtherUnitsAreRefused) {
-    std::uint32_t value = 99;
+    uint32_t value = 99;
     Row read;
     for (const auto &[unit, zero] : {std::pair{1U, 0U}, std::pair{0U, 1U}}) {
         EXPECT_EQ(driver_.user_cosq_mapping_set(unit, zero, 3, 5), kBadUnit);

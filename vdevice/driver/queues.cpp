@@ -23,7 +23,7 @@ static_assert(NETLINK_QUEUES == chip::kQueues);
  * is to have a share.
  */
 void take_weights(chip::QueueWeights &weights, const uint32_t *given) {
-    for (std::size_t queue = 0; queue < weights.size(); ++queue) {
+    for (size_t queue = 0; queue < weights.size(); ++queue) {
         if (given[queue] != 0) {
             weights[queue] = given[queue];
         }

@@ -1,7 +1,7 @@
 // The calls on egress queues, their schedulers and shapers. When frames leave is tested on the chip.
 #include <gmock/gmock.h>
 
-#include "vdevice/driver/driver_fixture.h"
+#include "vdevice/driver/testing/driver_fixture.h"
 
 namespace vdevice::driver {
 namespace {
@@ -14,29 +14,29 @@ using chip::Status;
 using ::testing::Each;
 using ::testing::ElementsAre;
 
-constexpr std::int32_t kBadUnit = chip::code(Status::kBadUnit);
-constexpr std::int32_t kBadArgument = chip::code(Status::kBadArgument);
-constexpr std::int32_t kNotFrontPort = chip::code(Status::kNotFrontPort);
-constexpr std::int32_t kNoPort = chip::code(Status::kNoPort);
-constexpr std::int32_t kQueueRange = chip::code(Status::kQueueRange);
-constexpr std::uint32_t kWeighted = 2;
-constexpr std::uint32_t kUnwritten = 99;
+constexpr int32_t kBadUnit = chip::code(Status::kBadUnit);
+constexpr int32_t kBadArgument = chip::code(Status::kBadArgument);
+constexpr int32_t kNotFrontPort = chip::code(Status::kNotFrontPort);
+constexpr int32_t kNoPort = chip::code(Status::kNoPort);
+constexpr int32_t kQueueRange = chip::code(Status::kQueueRange);
+constexpr uint32_t kWeighted = 2;
+constexpr uint32_t kUnwritten = 99;
 constexpr QueueWeights kZeros{};
 
 struct Scheduler {
-    std::uint32_t mode = kUnwritten;
+    uint32_t mode = kUnwritten;
     QueueWeights weights{kUnwritten, kUnwritten, kUnwritten, kUnwritten,
                          kUnwritten, kUnwritten, kUnwritten, kUnwritten};
-    std::uint32_t delay = kUnwritten;
+    uint32_t delay = kUnwritten;
 };
 
 class DriverQueues : public test::DriverTest {
   protected:
-    std::int32_t set(std::uint32_t mask, std::uint32_t mode, const QueueWeights &weights, std::uint32_t delay = 0) {
+    int32_t set(uint32_t mask, uint32_t mode, const QueueWeights &weights, uint32_t delay = 0) {
         return driver_.user_cosq_port_sched_set(0, 0, mask, mode, weights.data(), delay);
     }
 
-    std::int32_t get(std::uint32_t mask, Scheduler &out) {
+    int32_t get(uint32_t mask, Scheduler &out) {
         return driver_.user_cosq_port_sched_get(0, 0, mask, &out.mode, out.weights.data(), &out.delay);
     }
 
@@ -82,11 +82,11 @@ TEST_F(DriverQueues, WhatWasReadIsWrittenBackWithoutAChange) {
 }
 
 TEST_F(DriverQueues, WeightsOfSingleQueuesNameTheChipPort) {
-    constexpr std::uint32_t kAnyFlags = 0xFFFFFFFF;
+    constexpr uint32_t kAnyFlags = 0xFFFFFFFF;
     EXPECT_EQ(driver_.user_qos_schedule_set(29, 7, 127, kAnyFlags), kOk);
     EXPECT_EQ(driver_.user_qos_schedule_set(29, 0, 0, 0), kOk);
     EXPECT_THAT(scheduler(29).weights, ElementsAre(0, 1, 1, 1, 1, 1, 1, 127));
-    std::uint32_t weight = kUnwritten;
+    uint32_t weight = kUnwritten;
     EXPECT_EQ(driver_.user_qos_schedule_get(29, 7, &weight, kAnyFlags), kOk);
     EXPECT_EQ(weight, 127U);
     EXPECT_EQ(driver_.user_qos_schedule_get(29, 0, &weight, 0), kOk);
@@ -112,12 +112,12 @@ TEST_F(DriverQueues, OneToEightQueuesAreConfigured) {
 }
 
 TEST_F(DriverQueues, AShaperIsReadAsItWasSet) {
-    std::uint32_t rate = kUnwritten;
-    std::uint32_t burst = kUnwritten;
+    uint32_t rate = kUnwritten;
+    uint32_t burst = kUnwritten;
     EXPECT_EQ(driver_.user_port_egress_rate_get(0, 0, 4, &rate, &burst), kOk);
     EXPECT_EQ(rate, 0U);
     EXPECT_EQ(burst, 0U);
-    for (const std::int32_t port : {0, 4, 29}) {
+    for (const int32_t port : {0, 4, 29}) {
         EXPECT_EQ(driver_.user_port_egress_rate_set(0, 0, port, 64, 16), kOk);
         EXPECT_EQ(driver_.user_port_egress_rate_get(0, 0, port, &rate, &burst), kOk);
         EXPECT_EQ(rate, 64U);
@@ -132,12 +132,12 @@ TEST_F(DriverQueues, AShaperIsReadAsItWasSet) {
 }
 
 TEST_F(DriverQueues, SettingsTakeTheTimeFromTheClock) {
-    constexpr std::size_t kOctets = 996;  // a millisecond of the rate
+    constexpr size_t kOctets = 996;  // a millisecond of the rate
     for (const int port : {4, 5}) {
         ASSERT_EQ(chip_.set_link(port, true), Status::kOk);
     }
     ASSERT_EQ(driver_.user_port_egress_rate_set(0, 0, 5, 8000, 8), kOk);
-    std::vector<std::uint8_t> frame(kOctets, 0);
+    std::vector<uint8_t> frame(kOctets, 0);
     frame[0] = 1;
     for (int i = 0; i < 3; ++i) {
         chip_.receive(0s, 4, frame);
@@ -153,12 +153,12 @@ TEST_F(DriverQueues, SettingsTakeTheTimeFromTheClock) {
 
 TEST_F(DriverQueues, WhatCannotBeIsRefusedAndChangesNothing) {
     Scheduler read;
-    for (const std::uint32_t mask : {0U, 1U << 27, 1U << 27 | 2, 0xFFFFFFFFU}) {
+    for (const uint32_t mask : {0U, 1U << 27, 1U << 27 | 2, 0xFFFFFFFFU}) {
         EXPECT_EQ(set(mask, 1, kZeros), kNotFrontPort) << mask;
         EXPECT_EQ(get(mask, read), kNotFrontPort) << mask;
     }
     EXPECT_EQ(get(6, read), kBadArgument) << "there is room for one port's answer";
-    for (const std::uint32_t mode : {3U, 4U, 0xFFFFFFFFU}) {
+    for (const uint32_t mode : {3U, 4U, 0xFFFFFFFFU}) {
         EXPECT_EQ(set(2, mode, kZeros), kBadArgument);
     }
     EXPECT_EQ(set(2, 1, {0, 0, 0, 128}), kBadArgument);
@@ -182,9 +182,9 @@ TEST_F(DriverQueues, WhatCannotBeIsRefusedAndChangesNothing) {
 }
 
 TEST_F(DriverQueues, ShapersOfOtherPortsAndRatesAreRefused) {
-    std::uint32_t rate = kUnwritten;
-    std::uint32_t burst = kUnwritten;
-    for (const std::int32_t port : {-1, 32}) {
+    uint32_t rate = kUnwritten;
+    uint32_t burst = kUnwritten;
+    for (const int32_t port : {-1, 32}) {
         EXPECT_EQ(driver_.user_port_egress_rate_set(0, 0, port, 64, 16), kNoPort);
         EXPECT_EQ(driver_.user_port_egress_rate_get(0, 0, port, &rate, &burst), kNoPort);
     }

@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "vdevice/chip/testing/frame_builder.h"
-#include "vdevice/driver/driver_fixture.h"
+#include "vdevice/driver/testing/driver_fixture.h"
 
 namespace vdevice::driver {
 namespace {
@@ -15,35 +15,35 @@ using chip::test::Octets;
 using chip::test::operator+;
 using chip::test::station;
 
-constexpr std::int32_t kBadUnit = chip::code(Status::kBadUnit);
-constexpr std::int32_t kNoPort = chip::code(Status::kNoPort);
-constexpr std::int32_t kCpuPort = chip::code(Status::kCpuPort);
-constexpr std::int32_t kBadArgument = chip::code(Status::kBadArgument);
-constexpr std::int32_t kStormType = chip::code(Status::kStormType);
+constexpr int32_t kBadUnit = chip::code(Status::kBadUnit);
+constexpr int32_t kNoPort = chip::code(Status::kNoPort);
+constexpr int32_t kCpuPort = chip::code(Status::kCpuPort);
+constexpr int32_t kBadArgument = chip::code(Status::kBadArgument);
+constexpr int32_t kStormType = chip::code(Status::kStormType);
 
-constexpr std::int32_t kPort = 4;
-constexpr std::int32_t kOther = 5;
-constexpr std::int32_t kNeighbour = 6;
-constexpr std::uint32_t kUntouched = 99;
-constexpr std::uint32_t kOctets = 0;
-constexpr std::uint32_t kFrames = 1;
+constexpr int32_t kPort = 4;
+constexpr int32_t kOther = 5;
+constexpr int32_t kNeighbour = 6;
+constexpr uint32_t kUntouched = 99;
+constexpr uint32_t kOctets = 0;
+constexpr uint32_t kFrames = 1;
 
 /** A type by the number that sets it and by the code that asks for its flag, and an address of such frames. */
 struct Type {
-    std::uint32_t number;
-    std::uint32_t code;
+    uint32_t number;
+    uint32_t code;
     Octets destination;
 };
 const Type kBroadcasts{3, 1, kBroadcast};
 const Type kMulticasts{2, 2, {0x01, 0x00, 0x5E, 1, 2, 3}};
 const Type kStrangers{4, 4, station(99)};
 const Type kSingle[] = {kBroadcasts, kMulticasts, kStrangers};
-constexpr std::uint32_t kJointNumber = 1;
-constexpr std::uint32_t kJointCode = 8;
+constexpr uint32_t kJointNumber = 1;
+constexpr uint32_t kJointCode = 8;
 
 struct Limit {
-    std::uint32_t rate;
-    std::uint32_t burst;
+    uint32_t rate;
+    uint32_t burst;
     friend bool operator==(const Limit &, const Limit &) = default;
 };
 
@@ -58,7 +58,7 @@ class DriverLimits : public test::DriverTest {
 
     /** Whether a frame of 125 octets, a kilobit with its check sequence, comes through. */
     bool say(int port, const Octets &destination, const Octets &source = station(1)) {
-        constexpr std::size_t kBytes = 125 - chip::kAddressBytes - chip::kTypeBytes - chip::kCheckSequenceBytes;
+        constexpr size_t kBytes = 125 - chip::kAddressBytes - chip::kTypeBytes - chip::kCheckSequenceBytes;
         chip_.receive(now_, port, destination + source + chip::test::octets16(0x0800) + Octets(kBytes, 0));
         return !sink_.take().empty();
     }
@@ -72,39 +72,39 @@ class DriverLimits : public test::DriverTest {
     }
     static constexpr int kAll = -1;
 
-    Limit storm_limit(std::uint32_t type, std::int32_t port = kPort) {
+    Limit storm_limit(uint32_t type, int32_t port = kPort) {
         Limit limit{kUntouched, kUntouched};
         EXPECT_EQ(driver_.user_rate_bandwidth_get(0, 0, port, type, &limit.rate, &limit.burst), kOk);
         return limit;
     }
-    Limit ingress_limit(std::int32_t port = kPort) {
+    Limit ingress_limit(int32_t port = kPort) {
         Limit limit{kUntouched, kUntouched};
         EXPECT_EQ(driver_.user_port_ingress_rate_get(0, 0, port, &limit.rate, &limit.burst), kOk);
         return limit;
     }
-    std::uint32_t selection(std::uint32_t type) {
-        std::uint32_t value = kUntouched;
+    uint32_t selection(uint32_t type) {
+        uint32_t value = kUntouched;
         EXPECT_EQ(driver_.user_rate_stormsel_get(0, 0, kPort, type, &value), kOk);
         return value;
     }
-    std::uint32_t exceeded(std::uint32_t code, std::int32_t port = kPort) {
-        std::uint32_t flag = kUntouched;
+    uint32_t exceeded(uint32_t code, int32_t port = kPort) {
+        uint32_t flag = kUntouched;
         EXPECT_EQ(driver_.user_rate_stormExceedFlag_get(0, 0, port, code, &flag), kOk);
         return flag;
     }
-    std::uint32_t count_mode(std::uint32_t selector) {
-        std::uint32_t mode = kUntouched;
+    uint32_t count_mode(uint32_t selector) {
+        uint32_t mode = kUntouched;
         EXPECT_EQ(driver_.user_rate_stormCountMode_get(0, 0, selector, &mode), kOk);
         return mode;
     }
 };
 
 TEST_F(DriverLimits, KeepsTheLimitOfEachTypeAndPort) {
-    for (const std::uint32_t type : {1U, 2U, 3U, 4U}) {
+    for (const uint32_t type : {1U, 2U, 3U, 4U}) {
         EXPECT_EQ(storm_limit(type), (Limit{0, 0}));
         EXPECT_EQ(driver_.user_rate_bandwidth_set(0, 0, kPort, type, 1000 + type, 60 + type), kOk);
     }
-    for (const std::uint32_t type : {1U, 2U, 3U, 4U}) {
+    for (const uint32_t type : {1U, 2U, 3U, 4U}) {
         EXPECT_EQ(storm_limit(type), (Limit{1000 + type, 60 + type}));
         EXPECT_EQ(storm_limit(type, kOther), (Limit{0, 0}));
     }
@@ -189,10 +189,10 @@ TEST_F(DriverLimits, CountModeIsOfATypeOnAllPorts) {
     EXPECT_EQ(driver_.user_rate_stormCountMode_set(0, 0, kBroadcasts.code, kFrames), kOk);
     EXPECT_EQ(count_mode(kBroadcasts.code), kFrames);
     EXPECT_EQ(count_mode(kMulticasts.code), kOctets);
-    std::uint32_t mode = kUntouched;
+    uint32_t mode = kUntouched;
     EXPECT_EQ(driver_.user_rate_stormCountMode_get(0, 0, 0, &mode), kStormType) << "they differ";
     EXPECT_EQ(mode, kUntouched);
-    for (const std::int32_t port : {kPort, kOther}) {
+    for (const int32_t port : {kPort, kOther}) {
         EXPECT_EQ(driver_.user_rate_bandwidth_set(0, 0, port, kBroadcasts.number, 10, 2), kOk);
         now_ += 1s;
         EXPECT_EQ(count_passed(port, kBroadcast), 2);
@@ -217,19 +217,19 @@ TEST_F(DriverLimits, TheIngressLimitIsOnAllFramesOfThePort) {
 }
 
 TEST_F(DriverLimits, RefusesWhatHasNoMeaning) {
-    std::uint32_t word = kUntouched;
-    std::uint32_t other = kUntouched;
-    for (const std::uint32_t type : {0U, 5U, 8U, 257U}) {
+    uint32_t word = kUntouched;
+    uint32_t other = kUntouched;
+    for (const uint32_t type : {0U, 5U, 8U, 257U}) {
         EXPECT_EQ(driver_.user_rate_bandwidth_set(0, 0, kPort, type, 1, 1), kStormType);
         EXPECT_EQ(driver_.user_rate_bandwidth_get(0, 0, kPort, type, &word, &other), kStormType);
         EXPECT_EQ(driver_.user_rate_stormsel_set(0, 0, kPort, type, 1), kStormType);
         EXPECT_EQ(driver_.user_rate_stormsel_get(0, 0, kPort, type, &word), kStormType);
     }
     EXPECT_EQ(driver_.user_rate_stormControlEnable_set(0, 0, kPort, 5, 1), kStormType);
-    for (const std::uint32_t code : {0U, 3U, 5U, 16U, 257U}) {
+    for (const uint32_t code : {0U, 3U, 5U, 16U, 257U}) {
         EXPECT_EQ(driver_.user_rate_stormExceedFlag_get(0, 0, kPort, code, &word), kStormType);
     }
-    for (const std::uint32_t selector : {3U, 16U, 255U}) {
+    for (const uint32_t selector : {3U, 16U, 255U}) {
         EXPECT_EQ(driver_.user_rate_stormCountMode_set(0, 0, selector, kFrames), kStormType);
         EXPECT_EQ(driver_.user_rate_stormCountMode_get(0, 0, selector, &word), kStormType);
     }
@@ -246,11 +246,11 @@ TEST_F(DriverLimits, RefusesWhatHasNoMeaning) {
 }
 
 TEST_F(DriverLimits, RefusePortsWithoutThem) {
-    std::uint32_t word = kUntouched;
+    uint32_t word = kUntouched;
     const struct {
-        std::int32_t port;
-        std::int32_t set;
-        std::int32_t get;
+        int32_t port;
+        int32_t set;
+        int32_t get;
     } ports[] = {{0, kCpuPort, kOk}, {32, kNoPort, kNoPort}, {-1, kNoPort, kNoPort}};
     for (const auto &[port, set, get] : ports) {
         EXPECT_EQ(driver_.user_rate_bandwidth_set(0, 0, port, 3, 1, 1), set);
@@ -266,7 +266,7 @@ TEST_F(DriverLimits, RefusePortsWithoutThem) {
 }
 
 TEST_F(DriverLimits, RefuseAnotherUnitAndAnOutputWithoutAnAddress) {
-    std::uint32_t word = kUntouched;
+    uint32_t word = kUntouched;
     for (const auto &[unit, zero] : {std::pair{1U, 0U}, std::pair{0U, 1U}}) {
         EXPECT_EQ(driver_.user_rate_bandwidth_set(unit, zero, kPort, 3, 1, 1), kBadUnit);
         EXPECT_EQ(driver_.user_rate_bandwidth_get(unit, zero, kPort, 3, &word, &word), kBadUnit);

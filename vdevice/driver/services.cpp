@@ -13,18 +13,18 @@ namespace {
 using chip::PortSet;
 using chip::Status;
 
-constexpr std::int32_t kPosted = 1;
-constexpr std::size_t kRecordAddressWord = 7;
+constexpr int32_t kPosted = 1;
+constexpr size_t kRecordAddressWord = 7;
 
 // set_mac_tbl_clear_by_port: the one scope and kind that have a meaning, an interface's learned entries in all VLANs.
-constexpr std::uint32_t kScopeAllVlans = 7;
-constexpr std::uint32_t kKindLearned = 3;
+constexpr uint32_t kScopeAllVlans = 7;
+constexpr uint32_t kKindLearned = 3;
 
 /** Bit i of the record's bitmaps is user port i, bit 26 + g group g. */
-std::uint64_t low_bits(const PortSet &interfaces) {
-    std::uint32_t words[PortSet::kWords];
+uint64_t low_bits(const PortSet &interfaces) {
+    uint32_t words[PortSet::kWords];
     interfaces.to_words(words);
-    return (std::uint64_t{words[1]} << 32) | words[0];
+    return (uint64_t{words[1]} << 32) | words[0];
 }
 
 std::string text_or_empty(const char *text) {
@@ -58,9 +58,9 @@ int32_t Driver::equeue_send_ucast(uintptr_t queue, const uintptr_t *message, int
     }
     Event event;
     event.time = clock_();
-    event.queue = static_cast<std::uint32_t>(queue);
-    for (std::size_t i = 0; i < kRecordAddressWord; ++i) {
-        event.words[i] = static_cast<std::uint32_t>(message[i]);
+    event.queue = static_cast<uint32_t>(queue);
+    for (size_t i = 0; i < kRecordAddressWord; ++i) {
+        event.words[i] = static_cast<uint32_t>(message[i]);
     }
     if (message[kRecordAddressWord] != 0) {
         std::memcpy(event.record.data(), reinterpret_cast<const void *>(message[kRecordAddressWord]),

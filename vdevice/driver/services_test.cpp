@@ -3,8 +3,8 @@
 
 #include <cstring>
 
-#include "vdevice/driver/driver_fixture.h"
 #include "vdevice/driver/mac_text.h"
+#include "vdevice/driver/testing/driver_fixture.h"
 
 namespace vdevice::driver {
 namespace {
@@ -15,9 +15,9 @@ using chip::PortSet;
 using chip::Status;
 using test::ports;
 
-constexpr std::int32_t kNotFrontPort = chip::code(Status::kNotFrontPort);
-constexpr std::int32_t kMacSyntax = chip::code(Status::kMacSyntax);
-constexpr std::uint32_t kFlag = 1;
+constexpr int32_t kNotFrontPort = chip::code(Status::kNotFrontPort);
+constexpr int32_t kMacSyntax = chip::code(Status::kMacSyntax);
+constexpr uint32_t kFlag = 1;
 
 TEST(Board, MapsUserPortsBothWays) {
     const Board board;
@@ -60,7 +60,7 @@ TEST(MacText, RefusesWhatIsNoAddress) {
 
 TEST(Journal, KeepsTheNewestLinesAndCutsLongOnes) {
     Journal journal;
-    for (std::size_t i = 0; i < Journal::kMaxLines + 10; ++i) {
+    for (size_t i = 0; i < Journal::kMaxLines + 10; ++i) {
         journal.add({chip::Time{}, 0, 0, "", std::to_string(i)});
     }
     EXPECT_EQ(journal.lines().size(), Journal::kMaxLines);
@@ -80,24 +80,24 @@ TEST(Journal, DoesNotHoldTheMemoryOfWhatItCutOff) {
 
 class DriverServices : public test::DriverTest {
   protected:
-    static std::uint64_t wide_at(const std::uint8_t *record, std::size_t offset) {
-        std::uint32_t words[2];
+    static uint64_t wide_at(const uint8_t *record, size_t offset) {
+        uint32_t words[2];
         std::memcpy(words, record + offset, sizeof(words));
-        return (std::uint64_t{words[0]} << 32) | words[1];
+        return (uint64_t{words[0]} << 32) | words[1];
     }
 
-    void make_vlan(std::uint32_t vid, const PortSet &members) {
+    void make_vlan(uint32_t vid, const PortSet &members) {
         ASSERT_EQ(chip_.vlans().create({vid, vid}), Status::kOk);
         ASSERT_EQ(chip_.vlans().set_ports(vid, members, members), Status::kOk);
     }
 
-    std::uint8_t record_[64] = {};
+    uint8_t record_[64] = {};
 };
 
 TEST_F(DriverServices, TheVlanRecordNumbersUserPorts) {
     make_vlan(10, ports({0, 3, 4, 29, 30}));
     EXPECT_EQ(driver_.get_vlan_info(10, record_), kOk);
-    std::uint32_t vid = 0;
+    uint32_t vid = 0;
     std::memcpy(&vid, record_, sizeof(vid));
     EXPECT_EQ(vid, 10U);
     EXPECT_EQ(wide_at(record_, 8), 1ULL << 1 | 1ULL << 26) << "chip ports 0, 3 and 30 are no user ports";
@@ -106,7 +106,7 @@ TEST_F(DriverServices, TheVlanRecordNumbersUserPorts) {
 
 TEST_F(DriverServices, TheVlanRecordHasABitForEachUserPortAndGroup) {
     for (int user_port = 1; user_port <= 26; ++user_port) {
-        const std::uint32_t vid = 100 + static_cast<std::uint32_t>(user_port);
+        const uint32_t vid = 100 + static_cast<uint32_t>(user_port);
         make_vlan(vid, PortSet::of(user_port + 3));
         ASSERT_EQ(driver_.get_vlan_info(vid, record_), kOk);
         EXPECT_EQ(wide_at(record_, 8), 1ULL << user_port);
@@ -114,24 +114,24 @@ TEST_F(DriverServices, TheVlanRecordHasABitForEachUserPortAndGroup) {
     for (int group = 1; group <= 8; ++group) {
         ASSERT_EQ(chip_.create_trunk(group - 1), Status::kOk);
         ASSERT_EQ(chip_.set_trunk(group - 1, {group + 3}), Status::kOk);
-        ASSERT_EQ(driver_.get_vlan_info(100 + static_cast<std::uint32_t>(group), record_), kOk);
+        ASSERT_EQ(driver_.get_vlan_info(100 + static_cast<uint32_t>(group), record_), kOk);
         EXPECT_EQ(wide_at(record_, 8), 1ULL << group | 1ULL << (26 + group));
     }
 }
 
 TEST_F(DriverServices, AMissingVlanHasNoRecord) {
     std::memset(record_, 0xEE, sizeof(record_));
-    for (const std::uint32_t vid : {0U, 2U, 4095U, 0x10001U, 0xFFFFFFFFU}) {
+    for (const uint32_t vid : {0U, 2U, 4095U, 0x10001U, 0xFFFFFFFFU}) {
         EXPECT_EQ(driver_.get_vlan_info(vid, record_), -1);
     }
     EXPECT_EQ(driver_.get_vlan_info(1, nullptr), -1);
-    for (const std::uint8_t octet : record_) {
+    for (const uint8_t octet : record_) {
         EXPECT_EQ(octet, 0xEE);
     }
 }
 
 TEST_F(DriverServices, AGroupIsFoundByItsMembers) {
-    std::uint32_t group = 99;
+    uint32_t group = 99;
     EXPECT_EQ(driver_.get_group_by_interface(3, &group), kOk);
     EXPECT_EQ(group, 0U);
     ASSERT_EQ(chip_.create_trunk(1), Status::kOk);
@@ -213,8 +213,8 @@ TEST_F(DriverServices, TheTraceIsOffUntilItIsSwitchedOn) {
 }
 
 TEST_F(DriverServices, TheEventQueueCopiesTheRecord) {
-    std::uint16_t record[4] = {0, 29, 26, 1};
-    const std::uintptr_t message[8] = {9, 8, 7, 6, 5, 4, 3, reinterpret_cast<std::uintptr_t>(record)};
+    uint16_t record[4] = {0, 29, 26, 1};
+    const uintptr_t message[8] = {9, 8, 7, 6, 5, 4, 3, reinterpret_cast<uintptr_t>(record)};
     now_ = 3s;
     EXPECT_GT(driver_.equeue_send_ucast(1, message, -1), 0);
     record[1] = 0;
@@ -222,13 +222,13 @@ TEST_F(DriverServices, TheEventQueueCopiesTheRecord) {
     const Event &event = driver_.events().events().front();
     EXPECT_EQ(event.time, 3s);
     EXPECT_EQ(event.queue, 1U);
-    EXPECT_EQ(event.words, (std::array<std::uint32_t, 8>{9, 8, 7, 6, 5, 4, 3, 0}));
-    EXPECT_EQ(event.record, (std::array<std::uint16_t, 4>{0, 29, 26, 1}));
+    EXPECT_EQ(event.words, (std::array<uint32_t, 8>{9, 8, 7, 6, 5, 4, 3, 0}));
+    EXPECT_EQ(event.record, (std::array<uint16_t, 4>{0, 29, 26, 1}));
 }
 
 TEST_F(DriverServices, AFullEventQueueRefuses) {
-    const std::uintptr_t message[8] = {};
-    for (std::size_t i = 0; i < EventQueue::kCapacity; ++i) {
+    const uintptr_t message[8] = {};
+    for (size_t i = 0; i < EventQueue::kCapacity; ++i) {
         ASSERT_GT(driver_.equeue_send_ucast(1, message, -1), 0);
     }
     EXPECT_EQ(driver_.equeue_send_ucast(1, message, -1), chip::code(Status::kQueueFull));
@@ -237,8 +237,8 @@ TEST_F(DriverServices, AFullEventQueueRefuses) {
 }
 
 TEST_F(DriverServices, EventsAreTakenInOrderFromTheirQueue) {
-    std::uintptr_t message[8] = {};
-    for (const std::uintptr_t number : {1U, 2U, 3U}) {
+    uintptr_t message[8] = {};
+    for (const uintptr_t number : {1U, 2U, 3U}) {
         message[0] = number;
         ASSERT_GT(driver_.equeue_send_ucast(number == 2 ? 9 : 1, message, -1), 0);
     }

@@ -19,7 +19,7 @@ Status copy_chunk(const std::vector<Element> &elements, Out *out, uint32_t index
     }
     const uint64_t first = std::min<uint64_t>(uint64_t{index} * size, elements.size());
     const uint64_t count = std::min<uint64_t>(size, elements.size() - first);
-    std::copy_n(elements.begin() + static_cast<std::ptrdiff_t>(first), count, out);
+    std::copy_n(elements.begin() + static_cast<ptrdiff_t>(first), count, out);
     return Status::kOk;
 }
 
@@ -64,7 +64,7 @@ int32_t Driver::user_stg_vlan_list_destroy(uint32_t unit, uint32_t zero, adp_wor
     return on_chip(unit, zero, [&] { return lists_.close({ListHandles::Kind::kVlans, handle_of(list), count}); });
 }
 
-Status Driver::open_list(ListHandles::Kind kind, std::size_t size, adp_word_t *list, int32_t *count) {
+Status Driver::open_list(ListHandles::Kind kind, size_t size, adp_word_t *list, int32_t *count) {
     if (list == nullptr || count == nullptr) {
         return Status::kBadArgument;
     }

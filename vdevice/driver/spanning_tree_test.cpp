@@ -1,5 +1,5 @@
 // The calls on spanning-tree groups: VLANs, states, counts, chunks and list handles.
-#include "vdevice/driver/driver_fixture.h"
+#include "vdevice/driver/testing/driver_fixture.h"
 
 namespace vdevice::driver {
 namespace {
@@ -7,27 +7,27 @@ namespace {
 using chip::Status;
 using chip::StpState;
 
-constexpr std::int32_t kBadUnit = chip::code(Status::kBadUnit);
-constexpr std::int32_t kBadArgument = chip::code(Status::kBadArgument);
-constexpr std::int32_t kStgMissing = chip::code(Status::kStgMissing);
-constexpr std::int32_t kListUnknown = chip::code(Status::kListUnknown);
-constexpr std::int32_t kVids = 4094;
+constexpr int32_t kBadUnit = chip::code(Status::kBadUnit);
+constexpr int32_t kBadArgument = chip::code(Status::kBadArgument);
+constexpr int32_t kStgMissing = chip::code(Status::kStgMissing);
+constexpr int32_t kListUnknown = chip::code(Status::kListUnknown);
+constexpr int32_t kVids = 4094;
 
 class DriverStg : public test::DriverTest {
   protected:
-    std::uint32_t state(std::int32_t stg, std::int32_t port) {
-        std::uint32_t value = 99;
+    uint32_t state(int32_t stg, int32_t port) {
+        uint32_t value = 99;
         EXPECT_EQ(driver_.user_stg_stp_get(0, 0, stg, port, &value), kOk);
         return value;
     }
-    std::uint32_t vlan_count(std::int32_t stg) {
-        std::uint32_t count = 99;
+    uint32_t vlan_count(int32_t stg) {
+        uint32_t count = 99;
         EXPECT_EQ(driver_.user_stg_vlan_count_get(0, 0, stg, &count), kOk);
         return count;
     }
-    void make(std::int32_t stg, std::initializer_list<std::uint32_t> vids) {
+    void make(int32_t stg, std::initializer_list<uint32_t> vids) {
         ASSERT_EQ(driver_.user_stg_create_id(0, 0, stg), kOk);
-        for (const std::uint32_t vid : vids) {
+        for (const uint32_t vid : vids) {
             ASSERT_EQ(driver_.user_stg_vlan_add(0, 0, stg, vid), kOk);
         }
     }
@@ -43,7 +43,7 @@ TEST_F(DriverStg, VlansMoveBetweenGroups) {
     EXPECT_EQ(driver_.user_stg_vlan_remove(0, 0, 3, 200), kOk);
     EXPECT_EQ(vlan_count(3), 0U);
     EXPECT_EQ(driver_.user_stg_destroy(0, 0, 2), kOk);
-    EXPECT_EQ(vlan_count(0), static_cast<std::uint32_t>(kVids));
+    EXPECT_EQ(vlan_count(0), static_cast<uint32_t>(kVids));
     EXPECT_EQ(driver_.user_stg_destroy(0, 0, 2), kStgMissing);
     EXPECT_EQ(driver_.user_stg_vlan_add(0, 0, 2, 100), kStgMissing);
     EXPECT_EQ(driver_.user_stg_create_id(0, 0, 16), chip::code(Status::kStgRange));
@@ -53,14 +53,14 @@ TEST_F(DriverStg, VlansMoveBetweenGroups) {
 
 TEST_F(DriverStg, StatesAreReadAsTheyWereSet) {
     make(2, {});
-    for (std::uint32_t value = 0; value <= 4; ++value) {
+    for (uint32_t value = 0; value <= 4; ++value) {
         EXPECT_EQ(driver_.user_stg_stp_set(0, 0, 2, 4, value), kOk);
         EXPECT_EQ(state(2, 4), value);
         EXPECT_EQ(state(0, 4), 4U);
         EXPECT_EQ(state(2, 5), 4U);
     }
     EXPECT_EQ(state(2, 0), 4U) << "the CPU port forwards";
-    std::uint32_t value = 99;
+    uint32_t value = 99;
     EXPECT_EQ(driver_.user_stg_stp_set(0, 0, 2, 4, 5), chip::code(Status::kStgState));
     EXPECT_EQ(driver_.user_stg_stp_set(0, 0, 2, 0, 1), chip::code(Status::kCpuPort));
     EXPECT_EQ(driver_.user_stg_stp_set(0, 0, 2, -1, 1), chip::code(Status::kNoPort));
@@ -79,13 +79,13 @@ TEST_F(DriverStg, InitialisingBeginsAnew) {
     EXPECT_EQ(driver_.user_stg_init(0, 0), kOk);
     EXPECT_TRUE(chip_.traps().bpdu);
     EXPECT_EQ(state(0, 4), 4U);
-    EXPECT_EQ(vlan_count(0), static_cast<std::uint32_t>(kVids));
+    EXPECT_EQ(vlan_count(0), static_cast<uint32_t>(kVids));
     EXPECT_EQ(driver_.user_stg_destroy(0, 0, 2), kStgMissing);
 }
 
 TEST_F(DriverStg, TellsItsSize) {
     make(7, {});
-    std::uint32_t value = 99;
+    uint32_t value = 99;
     EXPECT_EQ(driver_.user_stg_default_get(0, 0, &value), kOk);
     EXPECT_EQ(value, 0U);
     EXPECT_EQ(driver_.user_stg_max_support_count_get(0, 0, &value), kOk);
@@ -102,24 +102,24 @@ TEST_F(DriverStg, TellsItsSize) {
 TEST_F(DriverStg, GroupsComeInChunks) {
     make(3, {});
     make(15, {});
-    std::array<std::int32_t, 4> groups{-7, -7, -7, -7};
+    std::array<int32_t, 4> groups{-7, -7, -7, -7};
     EXPECT_EQ(driver_.user_stg_each_time_list(0, 0, groups.data(), 0, 2), kOk);
-    EXPECT_EQ(groups, (std::array<std::int32_t, 4>{0, 3, -7, -7}));
+    EXPECT_EQ(groups, (std::array<int32_t, 4>{0, 3, -7, -7}));
     EXPECT_EQ(driver_.user_stg_each_time_list(0, 0, groups.data(), 1, 2), kOk);
-    EXPECT_EQ(groups, (std::array<std::int32_t, 4>{15, 3, -7, -7})) << "the last chunk has one group";
+    EXPECT_EQ(groups, (std::array<int32_t, 4>{15, 3, -7, -7})) << "the last chunk has one group";
     EXPECT_EQ(driver_.user_stg_each_time_list(0, 0, groups.data(), 2, 2), kOk);
     EXPECT_EQ(driver_.user_stg_each_time_list(0, 0, groups.data(), 0xFFFFFFFF, 0xFFFFFFFF), kOk);
-    EXPECT_EQ(groups, (std::array<std::int32_t, 4>{15, 3, -7, -7}));
+    EXPECT_EQ(groups, (std::array<int32_t, 4>{15, 3, -7, -7}));
     EXPECT_EQ(driver_.user_stg_each_time_list(0, 0, groups.data(), 0, 0), kBadArgument);
     EXPECT_EQ(driver_.user_stg_each_time_list(0, 0, nullptr, 0, 2), kBadArgument);
 }
 
 TEST_F(DriverStg, VlansComeInChunks) {
-    constexpr std::uint32_t kChunk = 1024;
+    constexpr uint32_t kChunk = 1024;
     make(2, {4, 4094});
-    std::vector<std::uint16_t> all;
-    for (std::uint32_t index = 0; index * kChunk < kVids; ++index) {
-        std::array<std::uint16_t, kChunk> chunk{};
+    std::vector<uint16_t> all;
+    for (uint32_t index = 0; index * kChunk < kVids; ++index) {
+        std::array<uint16_t, kChunk> chunk{};
         ASSERT_EQ(driver_.user_stg_vlan_each_time_list(0, 0, 0, chunk.data(), index, kChunk), kOk);
         all.insert(all.end(), chunk.begin(), chunk.end());
     }
@@ -127,9 +127,9 @@ TEST_F(DriverStg, VlansComeInChunks) {
     EXPECT_EQ(all[3], 5);
     EXPECT_EQ(all[vlan_count(0) - 1], 4093);
     EXPECT_EQ(all[vlan_count(0)], 0);
-    std::array<std::uint16_t, 3> few{};
+    std::array<uint16_t, 3> few{};
     EXPECT_EQ(driver_.user_stg_vlan_each_time_list(0, 0, 2, few.data(), 0, 3), kOk);
-    EXPECT_EQ(few, (std::array<std::uint16_t, 3>{4, 4094, 0}));
+    EXPECT_EQ(few, (std::array<uint16_t, 3>{4, 4094, 0}));
     EXPECT_EQ(driver_.user_stg_vlan_each_time_list(0, 0, 9, few.data(), 0, 3), kStgMissing);
     EXPECT_EQ(driver_.user_stg_vlan_each_time_list(0, 0, 2, nullptr, 0, 3), kBadArgument);
 }
@@ -138,8 +138,8 @@ TEST_F(DriverStg, ListsAreGivenBackOnceWithTheirCount) {
     make(2, {100, 200});
     adp_word_t groups = 0;
     adp_word_t vlans = 0;
-    std::int32_t group_count = -1;
-    std::int32_t vlan_count = -1;
+    int32_t group_count = -1;
+    int32_t vlan_count = -1;
     ASSERT_EQ(driver_.user_stg_list(0, 0, &groups, &group_count), kOk);
     ASSERT_EQ(driver_.user_stg_vlan_list(0, 0, 2, &vlans, &vlan_count), kOk);
     EXPECT_EQ(group_count, 2);
@@ -158,7 +158,7 @@ TEST_F(DriverStg, ListsAreGivenBackOnceWithTheirCount) {
 
 TEST_F(DriverStg, ListsThatAreNotGivenBackRunOut) {
     std::vector<adp_word_t> handles(ListHandles::kLists);
-    std::int32_t count = 0;
+    int32_t count = 0;
     for (adp_word_t &handle : handles) {
         ASSERT_EQ(driver_.user_stg_list(0, 0, &handle, &count), kOk);
     }
@@ -172,8 +172,8 @@ TEST_F(DriverStg, ListsThatAreNotGivenBackRunOut) {
 
 TEST_F(DriverStg, OtherUnitsAreRefused) {
     make(2, {100});
-    std::uint32_t value = 99;
-    std::int32_t count = 99;
+    uint32_t value = 99;
+    int32_t count = 99;
     adp_word_t list = 99;
     for (const auto &[unit, zero] : {std::pair{1U, 0U}, std::pair{0U, 1U}}) {
         EXPECT_EQ(driver_.user_stg_init(unit, zero), kBadUnit);

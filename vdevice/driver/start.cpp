@@ -16,7 +16,7 @@ int32_t Driver::user_l2_bpdu_get(uint32_t unit, uint32_t zero, uint32_t index, u
         if (!entry) {
             return Status::kReservedIndex;
         }
-        for (std::size_t i = 0; i < chip::kMacBytes; ++i) {
+        for (size_t i = 0; i < chip::kMacBytes; ++i) {
             mac[i] = entry->byte(i);
         }
         return Status::kOk;

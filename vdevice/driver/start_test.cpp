@@ -1,5 +1,5 @@
 // Start-up's calls, the reserved addresses and the controls that act on the chip.
-#include "vdevice/driver/driver_fixture.h"
+#include "vdevice/driver/testing/driver_fixture.h"
 
 namespace vdevice::driver {
 namespace {
@@ -7,29 +7,29 @@ namespace {
 using chip::Mac;
 using chip::Status;
 
-constexpr std::int32_t kBadUnit = chip::code(Status::kBadUnit);
-constexpr std::int32_t kBadArgument = chip::code(Status::kBadArgument);
-constexpr std::int32_t kReservedIndex = chip::code(Status::kReservedIndex);
+constexpr int32_t kBadUnit = chip::code(Status::kBadUnit);
+constexpr int32_t kBadArgument = chip::code(Status::kBadArgument);
+constexpr int32_t kReservedIndex = chip::code(Status::kReservedIndex);
 
-using Octets6 = std::array<std::uint8_t, chip::kMacBytes>;
+using Octets6 = std::array<uint8_t, chip::kMacBytes>;
 constexpr Octets6 kBridges = {0x01, 0x80, 0xC2, 0x00, 0x00, 0x0F};
 constexpr Octets6 kUntouched = {9, 9, 9, 9, 9, 9};
 
 class DriverStart : public test::DriverTest {
   protected:
-    Octets6 entry(std::uint32_t index) {
+    Octets6 entry(uint32_t index) {
         Octets6 mac = kUntouched;
         EXPECT_EQ(driver_.user_l2_bpdu_get(0, 0, index, mac.data()), kOk);
         return mac;
     }
-    void set_control(std::uint32_t control, std::uint32_t value) {
-        std::uint32_t read = ~value;
+    void set_control(uint32_t control, uint32_t value) {
+        uint32_t read = ~value;
         EXPECT_EQ(driver_.user_switch_control_set(0, 0, control, value), kOk);
         EXPECT_EQ(driver_.user_switch_control_get(0, 0, control, &read), kOk);
         EXPECT_EQ(read, value);
     }
-    std::uint32_t control(std::uint32_t number) {
-        std::uint32_t value = 99;
+    uint32_t control(uint32_t number) {
+        uint32_t value = 99;
         EXPECT_EQ(driver_.user_switch_control_get(0, 0, number, &value), kOk);
         return value;
     }
@@ -38,7 +38,7 @@ class DriverStart : public test::DriverTest {
 TEST_F(DriverStart, ReservedAddressesAreReadAndWritten) {
     EXPECT_EQ(entry(0), (Octets6{0x01, 0x80, 0xC2, 0x00, 0x00, 0x10}));
     EXPECT_EQ(entry(9), (Octets6{0x01, 0x80, 0xC2, 0x00, 0x00, 0x28}));
-    for (std::uint32_t index = 10; index < 64; ++index) {
+    for (uint32_t index = 10; index < 64; ++index) {
         EXPECT_EQ(entry(index), Octets6{}) << index;
     }
     EXPECT_EQ(driver_.user_l2_bpdu_set(0, 0, 63, kBridges.data()), kOk);
@@ -50,7 +50,7 @@ TEST_F(DriverStart, ReservedAddressesAreReadAndWritten) {
 
 TEST_F(DriverStart, ReservedAddressesAreRefusedBeyondTheTable) {
     Octets6 mac = kUntouched;
-    for (const std::uint32_t index : {64U, 0xFFFFFFFFU}) {
+    for (const uint32_t index : {64U, 0xFFFFFFFFU}) {
         EXPECT_EQ(driver_.user_l2_bpdu_get(0, 0, index, mac.data()), kReservedIndex);
         EXPECT_EQ(driver_.user_l2_bpdu_set(0, 0, index, mac.data()), kReservedIndex);
     }
@@ -88,7 +88,7 @@ TEST_F(DriverStart, AnotherUnitIsRefusedAndNothingTurnedOn) {
 }
 
 TEST_F(DriverStart, ControlsActOnTheChipAndReadBackAsSet) {
-    for (const std::uint32_t number : {kMldToCpu, kIgmpToCpu, kMirroring, kReservedMulticast}) {
+    for (const uint32_t number : {kMldToCpu, kIgmpToCpu, kMirroring, kReservedMulticast}) {
         EXPECT_EQ(control(number), 0U) << number;
     }
     set_control(kIgmpToCpu, 1);
@@ -100,7 +100,7 @@ TEST_F(DriverStart, ControlsActOnTheChipAndReadBackAsSet) {
     EXPECT_TRUE(chip_.snooping().reserved_multicast);
     set_control(kMirroring, 1);
     EXPECT_TRUE(chip_.mirrors().enabled());
-    for (const std::uint32_t number : {kMldToCpu, kIgmpToCpu, kMirroring, kReservedMulticast}) {
+    for (const uint32_t number : {kMldToCpu, kIgmpToCpu, kMirroring, kReservedMulticast}) {
         set_control(number, 0);
     }
     EXPECT_FALSE(chip_.snooping().igmp || chip_.snooping().mld || chip_.snooping().reserved_multicast);
@@ -108,7 +108,7 @@ TEST_F(DriverStart, ControlsActOnTheChipAndReadBackAsSet) {
 }
 
 TEST_F(DriverStart, SnoopingBeginsAnew) {
-    for (const std::uint32_t number : {kMldToCpu, kIgmpToCpu, kReservedMulticast}) {
+    for (const uint32_t number : {kMldToCpu, kIgmpToCpu, kReservedMulticast}) {
         set_control(number, 1);
     }
     EXPECT_EQ(driver_.user_igmp_snooping_init(0, 0), kOk);

@@ -13,8 +13,8 @@ using chip::Drop;
 using chip::PortCounters;
 using chip::Status;
 
-constexpr std::size_t index(Cast cast) {
-    return static_cast<std::size_t>(cast);
+constexpr size_t index(Cast cast) {
+    return static_cast<size_t>(cast);
 }
 
 constexpr Statistic kStatistics[] = {
@@ -24,7 +24,7 @@ constexpr Statistic kStatistics[] = {
     {3, "multicast frames received", [](const PortCounters &port) { return port.rx_casts[index(Cast::kMulticast)]; }},
     {4, "broadcast frames received", [](const PortCounters &port) { return port.rx_casts[index(Cast::kBroadcast)]; }},
     {5, "received frames dropped, for whatever reason",
-     [](const PortCounters &port) { return std::accumulate(port.drops.begin(), port.drops.end(), std::uint64_t{0}); }},
+     [](const PortCounters &port) { return std::accumulate(port.drops.begin(), port.drops.end(), uint64_t{0}); }},
     {6, "received frames dropped as too long", [](const PortCounters &port) { return port.dropped(Drop::kOversize); }},
     {7, "received frames dropped as runts", [](const PortCounters &port) { return port.dropped(Drop::kRunt); }},
     {8, "octets sent", [](const PortCounters &port) { return port.tx_octets; }},
@@ -41,7 +41,7 @@ std::span<const Statistic> statistics() {
     return kStatistics;
 }
 
-const Statistic *find_statistic(std::uint32_t selector) {
+const Statistic *find_statistic(uint32_t selector) {
     for (const Statistic &statistic : statistics()) {
         if (statistic.selector == selector) {
             return &statistic;

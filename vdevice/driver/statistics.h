@@ -2,7 +2,7 @@
 // test compares the two.
 #pragma once
 
-#include <cstdint>
+#include <stdint.h>
 #include <span>
 
 #include "vdevice/chip/tables/port.h"
@@ -10,14 +10,14 @@
 namespace vdevice::driver {
 
 struct Statistic {
-    std::uint32_t selector;
+    uint32_t selector;
     const char *name;
-    std::uint64_t (*value)(const chip::PortCounters &);
+    uint64_t (*value)(const chip::PortCounters &);
 };
 
 std::span<const Statistic> statistics();
 
 /** The selector's row, or null. */
-const Statistic *find_statistic(std::uint32_t selector);
+const Statistic *find_statistic(uint32_t selector);
 
 }  // namespace vdevice::driver

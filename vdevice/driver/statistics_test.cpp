@@ -3,8 +3,8 @@
 
 #include "vdevice/chip/testing/document.h"
 #include "vdevice/chip/testing/frame_builder.h"
-#include "vdevice/driver/driver_fixture.h"
 #include "vdevice/driver/statistics.h"
+#include "vdevice/driver/testing/driver_fixture.h"
 
 namespace vdevice::driver {
 namespace {
@@ -16,10 +16,10 @@ using chip::test::Octets;
 using chip::test::operator+;
 using chip::test::station;
 
-constexpr std::int32_t kA = 4;
-constexpr std::int32_t kB = 5;
-constexpr std::uint64_t kShort = 60;  // addresses, kPayload
-constexpr std::uint64_t kUntouched = 99;
+constexpr int32_t kA = 4;
+constexpr int32_t kB = 5;
+constexpr uint64_t kShort = 60;  // addresses, kPayload
+constexpr uint64_t kUntouched = 99;
 
 class DriverStatistics : public test::DriverTest {
   protected:
@@ -27,18 +27,18 @@ class DriverStatistics : public test::DriverTest {
         chip_.set_link(kA, true);
         chip_.set_link(kB, true);
     }
-    std::uint64_t get(std::int32_t port, std::uint32_t selector) {
-        std::uint64_t value = kUntouched;
-        std::uint64_t other = kUntouched;
+    uint64_t get(int32_t port, uint32_t selector) {
+        uint64_t value = kUntouched;
+        uint64_t other = kUntouched;
         EXPECT_EQ(driver_.user_port_packetstat_get(0, 0, port, selector, &value), kOk);
         EXPECT_EQ(driver_.user_stat_port_get(0, 0, port, selector, &other), kOk);
         EXPECT_EQ(value, other) << "one table for both families";
         return value;
     }
-    std::map<std::uint32_t, std::uint64_t> all(std::int32_t port) {
-        std::map<std::uint32_t, std::uint64_t> values;
+    std::map<uint32_t, uint64_t> all(int32_t port) {
+        std::map<uint32_t, uint64_t> values;
         for (const Statistic &statistic : statistics()) {
-            if (const std::uint64_t value = get(port, statistic.selector); value != 0) {
+            if (const uint64_t value = get(port, statistic.selector); value != 0) {
                 values[statistic.selector] = value;
             }
         }
@@ -55,7 +55,7 @@ class DriverStatistics : public test::DriverTest {
     }
 };
 
-using Values = std::map<std::uint32_t, std::uint64_t>;
+using Values = std::map<uint32_t, uint64_t>;
 
 TEST_F(DriverStatistics, CountWhatPassedAndWhatDidNot) {
     send_some();
@@ -89,8 +89,8 @@ TEST_F(DriverStatistics, ClearingClearsOnePort) {
 }
 
 TEST_F(DriverStatistics, WhatIsUnknownIsRefused) {
-    std::uint64_t value = kUntouched;
-    for (const std::uint32_t selector : {14U, 255U, 0xFFFFFFFFU}) {
+    uint64_t value = kUntouched;
+    for (const uint32_t selector : {14U, 255U, 0xFFFFFFFFU}) {
         EXPECT_EQ(driver_.user_port_packetstat_get(0, 0, kA, selector, &value), chip::code(Status::kBadArgument));
         EXPECT_EQ(driver_.user_stat_port_get(0, 0, kA, selector, &value), chip::code(Status::kBadArgument));
     }

@@ -2,7 +2,7 @@
 
 namespace vdevice::driver {
 
-void apply_switch(chip::Switch &chip, std::uint32_t control, std::uint32_t value) {
+void apply_switch(chip::Switch &chip, uint32_t control, uint32_t value) {
     const bool on = value != 0;
     switch (control) {
         case kMldToCpu:

@@ -1,5 +1,5 @@
 // The calls on translations, subnets and double tags. What they do to frames is tested on the chip.
-#include "vdevice/driver/driver_fixture.h"
+#include "vdevice/driver/testing/driver_fixture.h"
 
 namespace vdevice::driver {
 namespace {
@@ -7,21 +7,21 @@ namespace {
 using chip::DoubleTag;
 using chip::Status;
 
-constexpr std::int32_t kBadUnit = chip::code(Status::kBadUnit);
-constexpr std::int32_t kBadArgument = chip::code(Status::kBadArgument);
-constexpr std::int32_t kMissing = chip::code(Status::kTagEntryMissing);
-constexpr std::int32_t kExists = chip::code(Status::kTagEntryExists);
-constexpr std::int32_t kNoPort = chip::code(Status::kNoPort);
-constexpr std::int32_t kCpuPort = chip::code(Status::kCpuPort);
-constexpr std::int32_t kVlanRange = chip::code(Status::kVlanRange);
+constexpr int32_t kBadUnit = chip::code(Status::kBadUnit);
+constexpr int32_t kBadArgument = chip::code(Status::kBadArgument);
+constexpr int32_t kMissing = chip::code(Status::kTagEntryMissing);
+constexpr int32_t kExists = chip::code(Status::kTagEntryExists);
+constexpr int32_t kNoPort = chip::code(Status::kNoPort);
+constexpr int32_t kCpuPort = chip::code(Status::kCpuPort);
+constexpr int32_t kVlanRange = chip::code(Status::kVlanRange);
 constexpr adp_word_t kKeep = ~adp_word_t{0};
 constexpr adp_word_t kNet = 0xC0000200;
 constexpr adp_word_t kMask = 0xFFFFFF00;
 
 /** What a read writes, or what stood there before. */
 struct Read {
-    std::uint32_t vid = 99;
-    std::uint32_t priority = 98;
+    uint32_t vid = 99;
+    uint32_t priority = 98;
     friend bool operator==(const Read &, const Read &) = default;
 };
 
@@ -113,8 +113,8 @@ TEST_F(DriverTags, DoubleTagEntries) {
 }
 
 TEST_F(DriverTags, ModesAndTpidsOfPorts) {
-    std::uint32_t value = 99;
-    for (const std::uint32_t mode : {1U, 2U, 0U}) {
+    uint32_t value = 99;
+    for (const uint32_t mode : {1U, 2U, 0U}) {
         EXPECT_EQ(driver_.user_port_dtag_mode_set(0, 0, 4, mode), kOk);
         EXPECT_EQ(driver_.user_port_dtag_mode_get(0, 0, 4, &value), kOk);
         EXPECT_EQ(value, mode);
@@ -122,12 +122,12 @@ TEST_F(DriverTags, ModesAndTpidsOfPorts) {
     EXPECT_EQ(driver_.user_port_dtag_mode_set(0, 0, 4, 3), kBadArgument);
     EXPECT_EQ(driver_.user_port_tpid_get(0, 0, 4, &value), kOk);
     EXPECT_EQ(value, 0x8100U);
-    for (const std::uint32_t tpid : {0x88A8U, 0x9100U, 0x0600U, 0xFFFFU}) {
+    for (const uint32_t tpid : {0x88A8U, 0x9100U, 0x0600U, 0xFFFFU}) {
         EXPECT_EQ(driver_.user_port_tpid_set(0, 0, 4, tpid, 7), kOk);
         EXPECT_EQ(driver_.user_port_tpid_get(0, 0, 4, &value), kOk);
         EXPECT_EQ(value, tpid);
     }
-    for (const std::uint32_t tpid : {0U, 0x05FFU, 0x8874U, 0x10000U, 0xFFFFFFFFU}) {
+    for (const uint32_t tpid : {0U, 0x05FFU, 0x8874U, 0x10000U, 0xFFFFFFFFU}) {
         EXPECT_EQ(driver_.user_port_tpid_set(0, 0, 4, tpid, 0), kBadArgument) << tpid;
     }
     EXPECT_EQ(chip_.port(4).tags.tpid, 0xFFFF);
@@ -135,7 +135,7 @@ TEST_F(DriverTags, ModesAndTpidsOfPorts) {
 }
 
 TEST_F(DriverTags, TheCpuPortsTagsAreReadButNotChanged) {
-    std::uint32_t value = 99;
+    uint32_t value = 99;
     EXPECT_EQ(driver_.user_port_dtag_mode_set(0, 0, 0, 2), kCpuPort);
     EXPECT_EQ(driver_.user_port_tpid_set(0, 0, 0, 0x88A8, 0), kCpuPort);
     EXPECT_EQ(driver_.user_port_dtag_mode_get(0, 0, 0, &value), kOk);

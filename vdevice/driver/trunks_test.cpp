@@ -5,7 +5,7 @@
 #include <set>
 
 #include "vdevice/chip/testing/frame_builder.h"
-#include "vdevice/driver/driver_fixture.h"
+#include "vdevice/driver/testing/driver_fixture.h"
 
 namespace vdevice::driver {
 namespace {
@@ -16,13 +16,13 @@ using chip::test::kPayload;
 using chip::test::operator+;
 using chip::test::station;
 
-constexpr std::int32_t kBadUnit = chip::code(Status::kBadUnit);
-constexpr std::int32_t kBadArgument = chip::code(Status::kBadArgument);
-constexpr std::int32_t kTrunkMissing = chip::code(Status::kTrunkMissing);
+constexpr int32_t kBadUnit = chip::code(Status::kBadUnit);
+constexpr int32_t kBadArgument = chip::code(Status::kBadArgument);
+constexpr int32_t kTrunkMissing = chip::code(Status::kTrunkMissing);
 
-adp_agg_record_t record_of(std::initializer_list<std::uint8_t> ports) {
+adp_agg_record_t record_of(std::initializer_list<uint8_t> ports) {
     adp_agg_record_t record = {};
-    for (const std::uint8_t port : ports) {
+    for (const uint8_t port : ports) {
         record.ports[record.count++] = port;
     }
     return record;
@@ -55,7 +55,7 @@ TEST_F(DriverTrunk, RecordsAreRefusedForAReason) {
     ASSERT_EQ(driver_.user_trunk_create_id(0, 0, 1), kOk);
     ASSERT_EQ(driver_.user_trunk_set(0, 0, 1, record_of({20})), kOk);
     adp_agg_record_t nonsense = record_of({4});
-    for (const std::int32_t count : {-1, 12, 0x7FFFFFFF}) {
+    for (const int32_t count : {-1, 12, 0x7FFFFFFF}) {
         nonsense.count = count;
         EXPECT_EQ(driver_.user_trunk_set(0, 0, 0, nonsense), kBadArgument);
         EXPECT_EQ(driver_.user_trunk_send_data_to_kernel(0, 0, 0, nonsense), kBadArgument);
@@ -89,7 +89,7 @@ TEST_F(DriverTrunk, InitialisingRemovesThemAll) {
 TEST_F(DriverTrunk, BalancingModesAreOneToSix) {
     EXPECT_EQ(driver_.user_trunk_loadbalance_set(0, 0, 0, 1), kTrunkMissing);
     ASSERT_EQ(driver_.user_trunk_create_id(0, 0, 0), kOk);
-    for (std::uint32_t mode = 1; mode <= 6; ++mode) {
+    for (uint32_t mode = 1; mode <= 6; ++mode) {
         EXPECT_EQ(driver_.user_trunk_loadbalance_set(0, 0, 0, mode), kOk);
         EXPECT_EQ(chip_.trunks().find(0)->balance, mode);
     }
@@ -99,7 +99,7 @@ TEST_F(DriverTrunk, BalancingModesAreOneToSix) {
 }
 
 TEST_F(DriverTrunk, ControlsAreKept) {
-    std::uint32_t value = 99;
+    uint32_t value = 99;
     EXPECT_EQ(driver_.user_switch_control_get(0, 0, 255, &value), kOk);
     EXPECT_EQ(value, 0U);
     EXPECT_EQ(driver_.user_switch_control_set(0, 0, 255, 0xFFFFFFFF), kOk);
@@ -112,10 +112,10 @@ TEST_F(DriverTrunk, ControlsAreKept) {
 }
 
 TEST_F(DriverTrunk, TheHashSelectionTakesThreeValues) {
-    std::uint32_t value = 0;
+    uint32_t value = 0;
     EXPECT_EQ(driver_.user_switch_control_get(0, 0, 136, &value), kOk);
     EXPECT_EQ(value, 0x70U);
-    for (const std::uint32_t refused : {0U, 0x40U, 0x71U}) {
+    for (const uint32_t refused : {0U, 0x40U, 0x71U}) {
         EXPECT_EQ(driver_.user_switch_control_set(0, 0, 136, refused), kBadArgument);
     }
     for (const int port : {4, 10, 11}) {
@@ -125,7 +125,7 @@ TEST_F(DriverTrunk, TheHashSelectionTakesThreeValues) {
     ASSERT_EQ(driver_.user_trunk_set(0, 0, 0, record_of({10, 11})), kOk);
     const auto ways = [&] {
         std::set<int> used;
-        for (std::uint8_t number = 1; number < 50; ++number) {
+        for (uint8_t number = 1; number < 50; ++number) {
             chip_.receive(now_, 4, kBroadcast + station(number) + kPayload);
             used.insert(sink_.take().front().first);
         }

@@ -1,7 +1,7 @@
 // The VLAN and port calls: what they do to the chip, and what they refuse.
 #include <gtest/gtest.h>
 
-#include "vdevice/driver/driver_fixture.h"
+#include "vdevice/driver/testing/driver_fixture.h"
 
 namespace vdevice::driver {
 namespace {
@@ -12,18 +12,18 @@ using test::ports;
 using test::Words;
 using test::words_of;
 
-constexpr std::int32_t kVlanRange = chip::code(Status::kVlanRange);
-constexpr std::int32_t kVlanMissing = chip::code(Status::kVlanMissing);
-constexpr std::int32_t kBadUnit = chip::code(Status::kBadUnit);
-constexpr std::int32_t kNoPort = chip::code(Status::kNoPort);
-constexpr std::int32_t kBadArgument = chip::code(Status::kBadArgument);
+constexpr int32_t kVlanRange = chip::code(Status::kVlanRange);
+constexpr int32_t kVlanMissing = chip::code(Status::kVlanMissing);
+constexpr int32_t kBadUnit = chip::code(Status::kBadUnit);
+constexpr int32_t kNoPort = chip::code(Status::kNoPort);
+constexpr int32_t kBadArgument = chip::code(Status::kBadArgument);
 
 class DriverVlan : public test::DriverTest {
   protected:
-    PortSet members(std::uint32_t vid) const {
+    PortSet members(uint32_t vid) const {
         return chip_.vlans().find(vid) == nullptr ? PortSet{} : chip_.vlans().find(vid)->members;
     }
-    PortSet untagged(std::uint32_t vid) const {
+    PortSet untagged(uint32_t vid) const {
         return chip_.vlans().find(vid) == nullptr ? PortSet{} : chip_.vlans().find(vid)->untagged;
     }
 };
@@ -121,7 +121,7 @@ TEST_F(DriverVlan, RefusesPortsThatTheChipHasNot) {
 }
 
 TEST_F(DriverVlan, DefaultVlan) {
-    std::uint32_t vid = 0;
+    uint32_t vid = 0;
     EXPECT_EQ(driver_.user_vlan_default_get(0, 0, &vid), kOk);
     EXPECT_EQ(vid, 1U);
     EXPECT_EQ(driver_.user_vlan_default_set(0, 0, 10), kVlanMissing);
@@ -134,13 +134,13 @@ TEST_F(DriverVlan, DefaultVlan) {
 
 TEST_F(DriverVlan, PortVlan) {
     ASSERT_EQ(driver_.user_vlan_create(0, 0, 10), kOk);
-    std::uint32_t vid = 0;
+    uint32_t vid = 0;
     EXPECT_EQ(driver_.user_port_untagged_vlan_set(0, 0, 4, 10), kOk);
     EXPECT_EQ(driver_.user_port_untagged_vlan_get(0, 0, 4, &vid), kOk);
     EXPECT_EQ(vid, 10U);
     EXPECT_EQ(driver_.user_port_untagged_vlan_set(0, 0, 4, 11), kVlanMissing);
     EXPECT_EQ(driver_.user_port_untagged_vlan_set(0, 0, 4, 0), kVlanRange);
-    for (const std::int32_t port : {-1, 32, 0x10000003}) {
+    for (const int32_t port : {-1, 32, 0x10000003}) {
         EXPECT_EQ(driver_.user_port_untagged_vlan_set(0, 0, port, 10), kNoPort);
         EXPECT_EQ(driver_.user_port_untagged_vlan_get(0, 0, port, &vid), kNoPort);
     }
@@ -148,7 +148,7 @@ TEST_F(DriverVlan, PortVlan) {
 }
 
 TEST_F(DriverVlan, PortStateAndLink) {
-    std::uint32_t value = 7;
+    uint32_t value = 7;
     EXPECT_EQ(driver_.user_port_enable_get(0, 0, 4, &value), kOk);
     EXPECT_EQ(value, 1U);
     EXPECT_EQ(driver_.user_port_link_status_get(0, 0, 4, &value), kOk);
@@ -170,7 +170,7 @@ TEST_F(DriverVlan, PortStateAndLink) {
 }
 
 TEST_F(DriverVlan, OtherUnitsAreRefused) {
-    std::uint32_t value = 0;
+    uint32_t value = 0;
     Words words{};
     for (const auto &[unit, zero] : {std::pair{1U, 0U}, std::pair{0U, 1U}}) {
         EXPECT_EQ(driver_.user_vlan_create(unit, zero, 10), kBadUnit);

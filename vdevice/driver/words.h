@@ -1,19 +1,19 @@
 // Arguments that the library hands through as words. They are numbers of 32 bits, however wide a word is.
 #pragma once
 
-#include <cstdint>
+#include <stdint.h>
 
 #include "platform/netlink_api.h"
 
 namespace vdevice::driver {
 
-inline std::uint32_t number(adp_word_t word) {
-    return static_cast<std::uint32_t>(word);
+inline uint32_t number(adp_word_t word) {
+    return static_cast<uint32_t>(word);
 }
 
 /** Negative numbers are no ports, also when they travelled as a word. */
-inline std::int32_t port_number(adp_word_t word) {
-    return static_cast<std::int32_t>(number(word));
+inline int32_t port_number(adp_word_t word) {
+    return static_cast<int32_t>(number(word));
 }
 
 }  // namespace vdevice::driver

@@ -14,7 +14,7 @@ namespace {
 constexpr int kEventsAtOnce = 64;
 constexpr int kNoTimeout = -1;
 
-epoll_event event_for(int fd, std::uint32_t events) {
+epoll_event event_for(int fd, uint32_t events) {
     epoll_event event{};
     event.events = events;
     event.data.fd = fd;
@@ -29,7 +29,7 @@ EventLoop::EventLoop() : epoll_{epoll_create1(EPOLL_CLOEXEC)} {
     }
 }
 
-void EventLoop::add(int fd, std::uint32_t events, Handler handler) {
+void EventLoop::add(int fd, uint32_t events, Handler handler) {
     epoll_event event = event_for(fd, events);
     if (epoll_ctl(epoll_.get(), EPOLL_CTL_ADD, fd, &event) != 0) {
         throw error_from_errno("watch a descriptor");
@@ -37,7 +37,7 @@ void EventLoop::add(int fd, std::uint32_t events, Handler handler) {
     handlers_[fd] = std::make_shared<Handler>(std::move(handler));
 }
 
-void EventLoop::change(int fd, std::uint32_t events) {
+void EventLoop::change(int fd, uint32_t events) {
     epoll_event event = event_for(fd, events);
     epoll_ctl(epoll_.get(), EPOLL_CTL_MOD, fd, &event);
 }
@@ -61,7 +61,7 @@ bool EventLoop::run_once(int timeout_milliseconds) {
         throw error_from_errno("wait for events");
     }
     for (int i = 0; i < count && running_; ++i) {
-        const epoll_event &event = events[static_cast<std::size_t>(i)];
+        const epoll_event &event = events[static_cast<size_t>(i)];
         // An earlier handler of this round may have removed the descriptor; the copy keeps a handler alive that
         // removes itself.
         if (const auto found = handlers_.find(event.data.fd); found != handlers_.end()) {

@@ -1,7 +1,7 @@
 // A single-threaded loop over epoll: calls a descriptor's handler when there is something to do on it.
 #pragma once
 
-#include <cstdint>
+#include <stdint.h>
 #include <functional>
 #include <map>
 #include <memory>
@@ -13,12 +13,12 @@ namespace vdevice::io {
 class EventLoop {
   public:
     /** Takes the EPOLL... events that are pending. */
-    using Handler = std::function<void(std::uint32_t events)>;
+    using Handler = std::function<void(uint32_t events)>;
 
     EventLoop();
 
-    void add(int fd, std::uint32_t events, Handler handler);
-    void change(int fd, std::uint32_t events);
+    void add(int fd, uint32_t events, Handler handler);
+    void change(int fd, uint32_t events);
     /** May be called by any handler, the descriptor's own included. */
     void remove(int fd);
 

@@ -47,7 +47,7 @@ bool feed(const char *program, const std::string &commands) {
 
 void set_offload(int fd, const std::string &name, int command) {
     ethtool_value off{};
-    off.cmd = static_cast<std::uint32_t>(command);
+    off.cmd = static_cast<uint32_t>(command);
     off.data = 0;
     ifreq request = request_for(name);
     request.ifr_data = reinterpret_cast<char *>(&off);

@@ -22,16 +22,16 @@
 namespace vdevice::io {
 namespace {
 
-constexpr std::size_t kBufferBytes = 65536;
+constexpr size_t kBufferBytes = 65536;
 constexpr int kSocketBufferBytes = 1024 * 1024;
 
 using Message = std::span<const char>;
 
 // Netlink messages are sequences of headers and attributes, each padded to four bytes. They are read by copying, which
 // asks nothing of the buffer's alignment.
-constexpr std::size_t kAlignment = 4;
+constexpr size_t kAlignment = 4;
 
-constexpr std::size_t aligned(std::size_t length) {
+constexpr size_t aligned(size_t length) {
     return (length + kAlignment - 1) / kAlignment * kAlignment;
 }
 
@@ -45,7 +45,7 @@ bool read_header(Message bytes, Header &header) {
 }
 
 /** What follows the first @p length bytes and their padding. */
-Message behind(Message bytes, std::size_t length) {
+Message behind(Message bytes, size_t length) {
     return bytes.subspan(std::min(aligned(length), bytes.size()));
 }
 
@@ -129,7 +129,7 @@ void LinkMonitor::read_changes() {
         if (length <= 0) {
             return;
         }
-        read_messages(Message{buffer.data(), static_cast<std::size_t>(length)}, handler_);
+        read_messages(Message{buffer.data(), static_cast<size_t>(length)}, handler_);
     }
 }
 

@@ -85,7 +85,7 @@ void PacketPort::forget_error() const {
 }
 
 // The kernel counts until it is asked, and then begins anew.
-std::uint64_t PacketPort::receive_losses() const {
+uint64_t PacketPort::receive_losses() const {
     tpacket_stats counted{};
     socklen_t size = sizeof(counted);
     if (is_open() && getsockopt(fd(), SOL_PACKET, PACKET_STATISTICS, &counted, &size) == 0) {

@@ -1,7 +1,7 @@
 // A port of the device on a network interface: whole Ethernet frames, tags included, in and out in batches.
 #pragma once
 
-#include <cstdint>
+#include <stdint.h>
 #include <string>
 
 #include "vdevice/chip/frame/frame.h"
@@ -15,7 +15,7 @@ namespace vdevice::io {
 class PacketPort {
   public:
     /** @p ring_slots is 0 for a port without a ring. */
-    explicit PacketPort(std::string interface_name, std::size_t ring_slots = ReceiveRing::kSlots)
+    explicit PacketPort(std::string interface_name, size_t ring_slots = ReceiveRing::kSlots)
         : interface_name_{std::move(interface_name)}, ring_slots_{ring_slots} {}
 
     const std::string &interface_name() const { return interface_name_; }
@@ -38,7 +38,7 @@ class PacketPort {
             receive_batch(batch, ReceiveBatch::kFrames, take);
             return;
         }
-        std::size_t count = 0;
+        size_t count = 0;
         for (std::optional<Arrival> arrival; count < kFramesAtOnce && (arrival = ring_.front()); ++count) {
             if (arrival == Arrival::kInRing) {
                 take(ring_.take());
@@ -58,30 +58,30 @@ class PacketPort {
     bool queue(const chip::Frame &frame);
     void flush();
     /** Frames that the interface did not take. */
-    std::uint64_t send_failures() const { return send_failures_; }
+    uint64_t send_failures() const { return send_failures_; }
     /** Frames that came in when there was no room for them. */
-    std::uint64_t receive_losses() const;
+    uint64_t receive_losses() const;
 
   private:
-    static constexpr std::size_t kFramesAtOnce = 128;
+    static constexpr size_t kFramesAtOnce = 128;
 
     template <typename Take>
-    void receive_batch(ReceiveBatch &batch, std::size_t limit, Take take) {
+    void receive_batch(ReceiveBatch &batch, size_t limit, Take take) {
         batch.receive(fd(), limit);
-        for (std::size_t i = 0; i < batch.size(); ++i) {
+        for (size_t i = 0; i < batch.size(); ++i) {
             take(batch.frame(i));
         }
     }
     void forget_error() const;
 
     std::string interface_name_;
-    std::size_t ring_slots_;
+    size_t ring_slots_;
     int index_ = 0;
     UniqueFd socket_;
     ReceiveRing ring_;
     SendQueue queue_;
-    std::uint64_t send_failures_ = 0;
-    mutable std::uint64_t receive_losses_ = 0; /**< as far as the kernel has been asked */
+    uint64_t send_failures_ = 0;
+    mutable uint64_t receive_losses_ = 0; /**< as far as the kernel has been asked */
 };
 
 }  // namespace vdevice::io

@@ -21,13 +21,13 @@ using chip::test::operator+;
 
 constexpr char kNear[] = "near0";
 constexpr char kFar[] = "far0";
-constexpr std::size_t kNoRing = 0;
-constexpr std::size_t kSmallRing = ReceiveRing::kSlotsInBlock;
+constexpr size_t kNoRing = 0;
+constexpr size_t kSmallRing = ReceiveRing::kSlotsInBlock;
 constexpr int kPatience = 2000;  // milliseconds; what is on its way comes sooner
-constexpr std::uint16_t kType = 0x88B5;
+constexpr uint16_t kType = 0x88B5;
 
 /** Two cables' ends of which the near one is a port with a ring of so many slots. */
-class PacketPortTest : public testing::TestWithParam<std::size_t> {
+class PacketPortTest : public testing::TestWithParam<size_t> {
   protected:
     PacketPortTest() {
         for (const char *name : {kNear, kFar}) {
@@ -40,9 +40,9 @@ class PacketPortTest : public testing::TestWithParam<std::size_t> {
         EXPECT_EQ(near_.has_ring(), GetParam() != kNoRing);
     }
 
-    static Octets frame(std::uint32_t number, std::size_t octets = 64, const Octets &tags = {}) {
+    static Octets frame(uint32_t number, size_t octets = 64, const Octets &tags = {}) {
         Octets made = chip::test::station(1) + chip::test::station(2) + tags + octets16(kType) + octets32(number);
-        made.resize(std::max(made.size(), octets), static_cast<std::uint8_t>(number));
+        made.resize(std::max(made.size(), octets), static_cast<uint8_t>(number));
         return made;
     }
     void send(const Octets &frame) { send_by(far_, frame); }
@@ -61,7 +61,7 @@ class PacketPortTest : public testing::TestWithParam<std::size_t> {
         return frames;
     }
     /** So many frames, or those that have come when no more do. */
-    Frames receive(std::size_t count) {
+    Frames receive(size_t count) {
         Frames frames;
         while (frames.size() < count && is_readable(near_, kPatience)) {
             for (Octets &frame : receive()) {
@@ -94,7 +94,7 @@ class PacketPortTest : public testing::TestWithParam<std::size_t> {
 
 TEST_P(PacketPortTest, FramesComeInOrderRoundTheRing) {
     std::mt19937 random{1};
-    std::uint32_t number = 0;
+    uint32_t number = 0;
     while (number < 3 * ReceiveRing::kSlots) {
         Frames burst(1 + random() % kSmallRing);
         for (Octets &each : burst) {
@@ -106,16 +106,16 @@ TEST_P(PacketPortTest, FramesComeInOrderRoundTheRing) {
 }
 
 TEST_P(PacketPortTest, FramesOfEveryLengthAroundThatOfASlot) {
-    for (std::size_t octets = ReceiveRing::kSlotBytes - 120; octets < ReceiveRing::kSlotBytes + 8; ++octets) {
-        expect_passes(frame(static_cast<std::uint32_t>(octets), octets));
+    for (size_t octets = ReceiveRing::kSlotBytes - 120; octets < ReceiveRing::kSlotBytes + 8; ++octets) {
+        expect_passes(frame(static_cast<uint32_t>(octets), octets));
     }
 }
 
 TEST_P(PacketPortTest, LongFramesKeepTheirPlaceAmongShortOnes) {
-    constexpr std::size_t kLongest = kMtu + chip::kHeaderBytes;
+    constexpr size_t kLongest = kMtu + chip::kHeaderBytes;
     Frames burst;
-    for (const std::size_t octets : std::initializer_list<std::size_t>{64, 9000, 1514, 64, kLongest, 2100, 64}) {
-        burst.push_back(frame(static_cast<std::uint32_t>(burst.size()), octets));
+    for (const size_t octets : std::initializer_list<size_t>{64, 9000, 1514, 64, kLongest, 2100, 64}) {
+        burst.push_back(frame(static_cast<uint32_t>(burst.size()), octets));
         send(burst.back());
     }
     EXPECT_EQ(receive(burst.size()), burst);
@@ -127,7 +127,7 @@ TEST_P(PacketPortTest, TagsAreBackInTheirPlace) {
     const Octets old_service = octets16(0x9100) + octets16(0x0005);
     for (const Octets &tags :
          {customer, service, old_service, service + customer, customer + customer, octets16(0x8100) + octets16(0)}) {
-        for (const std::size_t octets : std::initializer_list<std::size_t>{64, 1518, 2048, 9000}) {
+        for (const size_t octets : std::initializer_list<size_t>{64, 1518, 2048, 9000}) {
             expect_passes(frame(7, octets, tags));
         }
     }
@@ -142,12 +142,12 @@ TEST_P(PacketPortTest, OwnFramesDoNotComeBack) {
 }
 
 TEST_P(PacketPortTest, OneCallLeavesTimeForOtherPorts) {
-    constexpr std::size_t kFrames = 150;
+    constexpr size_t kFrames = 150;
     if (GetParam() == kSmallRing) {
         GTEST_SKIP() << "so many frames do not fit in";
     }
     Frames sent;
-    for (std::uint32_t number = 0; number < kFrames; ++number) {
+    for (uint32_t number = 0; number < kFrames; ++number) {
         sent.push_back(frame(number));
         send(sent.back());
     }
@@ -199,7 +199,7 @@ using SmallRingTest = PacketPortTest;
 
 TEST_P(SmallRingTest, WhatDoesNotFitInIsLostAndTheRestComes) {
     Frames sent;
-    for (std::uint32_t number = 0; number < 3 * kSmallRing; ++number) {
+    for (uint32_t number = 0; number < 3 * kSmallRing; ++number) {
         sent.push_back(frame(number, number % 4 == 0 ? 9000 : 64));
         send(sent.back());
     }
@@ -207,7 +207,7 @@ TEST_P(SmallRingTest, WhatDoesNotFitInIsLostAndTheRestComes) {
     EXPECT_EQ(receive(kSmallRing), first);
     EXPECT_TRUE(receive().empty()) << "none of the lost long frames waits in the socket";
     EXPECT_EQ(near_.receive_losses(), sent.size() - kSmallRing);
-    for (std::uint32_t number = 0; number < 2 * kSmallRing; ++number) {
+    for (uint32_t number = 0; number < 2 * kSmallRing; ++number) {
         expect_passes(frame(number, number % 4 == 0 ? 9000 : 64));
     }
 }
@@ -217,13 +217,13 @@ TEST_P(SmallRingTest, WhatTheSocketHasNoRoomForIsLostAlone) {
     const int least = 1;
     ASSERT_EQ(setsockopt(near_.fd(), SOL_SOCKET, SO_RCVBUF, &least, sizeof(least)), 0);
     Frames sent;
-    for (std::uint32_t number = 0; number < kSmallRing; ++number) {
+    for (uint32_t number = 0; number < kSmallRing; ++number) {
         sent.push_back(frame(number, number % 2 == 0 ? 9000 : 64));
         send(sent.back());
     }
     const Frames received = receive(kSmallRing / 2 + 1);
     Frames expected{sent.front()};
-    for (std::size_t i = 1; i < sent.size(); i += 2) {
+    for (size_t i = 1; i < sent.size(); i += 2) {
         expected.push_back(sent[i]);
     }
     EXPECT_EQ(received, expected);

@@ -6,7 +6,7 @@
 namespace vdevice::io {
 
 ReceiveBatch::ReceiveBatch() : slots_(kFrames * kSlotBytes) {
-    for (std::size_t i = 0; i < kFrames; ++i) {
+    for (size_t i = 0; i < kFrames; ++i) {
         pieces_[i] = {&slots_[i * kSlotBytes + kRoomForTag], kSlotBytes - kRoomForTag};
         messages_[i].msg_hdr.msg_iov = &pieces_[i];
         messages_[i].msg_hdr.msg_iovlen = 1;
@@ -14,21 +14,21 @@ ReceiveBatch::ReceiveBatch() : slots_(kFrames * kSlotBytes) {
     }
 }
 
-void ReceiveBatch::receive(int fd, std::size_t limit) {
+void ReceiveBatch::receive(int fd, size_t limit) {
     limit = std::min(limit, kFrames);
-    for (std::size_t i = 0; i < limit; ++i) {
+    for (size_t i = 0; i < limit; ++i) {
         messages_[i].msg_hdr.msg_controllen = sizeof(Control);
     }
     const int count = recvmmsg(fd, messages_.data(), static_cast<unsigned>(limit), MSG_DONTWAIT, nullptr);
     // An interface that went down reports ENETDOWN once; the link monitor has told or will tell the chip.
-    count_ = count < 0 ? 0 : static_cast<std::size_t>(count);
-    for (std::size_t i = 0; i < count_; ++i) {
+    count_ = count < 0 ? 0 : static_cast<size_t>(count);
+    for (size_t i = 0; i < count_; ++i) {
         restore_tag(i);
     }
 }
 
-void ReceiveBatch::restore_tag(std::size_t index) {
-    std::uint8_t *frame = &slots_[index * kSlotBytes + kRoomForTag];
+void ReceiveBatch::restore_tag(size_t index) {
+    uint8_t *frame = &slots_[index * kSlotBytes + kRoomForTag];
     frames_[index] = {frame, messages_[index].msg_len};
     msghdr &header = messages_[index].msg_hdr;
     for (cmsghdr *part = CMSG_FIRSTHDR(&header); part != nullptr; part = CMSG_NXTHDR(&header, part)) {

@@ -5,9 +5,9 @@
 #include <linux/if_packet.h>
 #include <sys/socket.h>
 
+#include <stddef.h>
+#include <stdint.h>
 #include <array>
-#include <cstddef>
-#include <cstdint>
 #include <vector>
 
 #include "vdevice/chip/frame/frame.h"
@@ -19,12 +19,12 @@ namespace vdevice::io {
  * it was on the cable. There must be room for the tag in front of the frame.
  */
 template <typename Report>
-chip::Bytes with_tag_of(std::uint8_t *frame, std::size_t octets, const Report &report) {
+chip::Bytes with_tag_of(uint8_t *frame, size_t octets, const Report &report) {
     if ((report.tp_status & TP_STATUS_VLAN_VALID) == 0 || octets < chip::kAddressBytes) {
         return {frame, octets};
     }
     const bool names_tpid = (report.tp_status & TP_STATUS_VLAN_TPID_VALID) != 0;
-    std::uint8_t *whole = std::copy_n(frame, chip::kAddressBytes, frame - chip::kVlanTagBytes) - chip::kAddressBytes;
+    uint8_t *whole = std::copy_n(frame, chip::kAddressBytes, frame - chip::kVlanTagBytes) - chip::kAddressBytes;
     chip::write16(whole + chip::kAddressBytes, names_tpid ? report.tp_vlan_tpid : chip::kVlanTpid);
     chip::write16(whole + chip::kAddressBytes + chip::kTypeBytes, report.tp_vlan_tci);
     return {whole, octets + chip::kVlanTagBytes};
@@ -33,35 +33,35 @@ chip::Bytes with_tag_of(std::uint8_t *frame, std::size_t octets, const Report &r
 /** One batch serves all ports in turn. */
 class ReceiveBatch {
   public:
-    static constexpr std::size_t kFrames = 64;
+    static constexpr size_t kFrames = 64;
 
     ReceiveBatch();
 
     /** Takes the frames that are waiting in the socket, so many at most. */
-    void receive(int fd, std::size_t limit = kFrames);
+    void receive(int fd, size_t limit = kFrames);
 
-    std::size_t size() const { return count_; }
-    chip::Bytes frame(std::size_t index) const { return frames_[index]; }
+    size_t size() const { return count_; }
+    chip::Bytes frame(size_t index) const { return frames_[index]; }
 
   private:
     // A slot is longer than the longest frame, so that an oversized one is seen to be too long.
-    static constexpr std::size_t kRoomForTag = chip::kVlanTagBytes;
-    static constexpr std::size_t kSlotBytes = 9728;
+    static constexpr size_t kRoomForTag = chip::kVlanTagBytes;
+    static constexpr size_t kSlotBytes = 9728;
     static_assert(kSlotBytes > kRoomForTag + chip::kMaxFrameBytes);
 
     union Control {
         cmsghdr header;
-        std::uint8_t bytes[CMSG_SPACE(sizeof(tpacket_auxdata))];
+        uint8_t bytes[CMSG_SPACE(sizeof(tpacket_auxdata))];
     };
 
-    void restore_tag(std::size_t index);
+    void restore_tag(size_t index);
 
-    std::vector<std::uint8_t> slots_;
+    std::vector<uint8_t> slots_;
     std::array<iovec, kFrames> pieces_{};
     std::array<Control, kFrames> controls_{};
     std::array<mmsghdr, kFrames> messages_{};
     std::array<chip::Bytes, kFrames> frames_;
-    std::size_t count_ = 0;
+    size_t count_ = 0;
 };
 
 }  // namespace vdevice::io

@@ -15,13 +15,13 @@ bool set_option(int fd, int option, const auto &value) {
 }
 
 /** The kernel writes a frame before it hands the slot over, and must not get it back before the frame has been read. */
-std::atomic_ref<std::uint32_t> owner_of(tpacket2_hdr &slot) {
-    return std::atomic_ref<std::uint32_t>{slot.tp_status};
+std::atomic_ref<uint32_t> owner_of(tpacket2_hdr &slot) {
+    return std::atomic_ref<uint32_t>{slot.tp_status};
 }
 
 }  // namespace
 
-bool ReceiveRing::open(int fd, std::size_t slots) {
+bool ReceiveRing::open(int fd, size_t slots) {
     close();
     tpacket_req layout{};
     layout.tp_frame_size = kSlotBytes;
@@ -40,7 +40,7 @@ bool ReceiveRing::open(int fd, std::size_t slots) {
         set_option(fd, PACKET_RX_RING, tpacket_req{});
         return false;
     }
-    memory_ = static_cast<std::uint8_t *>(memory);
+    memory_ = static_cast<uint8_t *>(memory);
     slots_ = slots;
     next_ = 0;
     return true;
@@ -59,7 +59,7 @@ tpacket2_hdr &ReceiveRing::head() const {
 
 std::optional<Arrival> ReceiveRing::front() const {
     tpacket2_hdr &slot = head();
-    const std::uint32_t status = owner_of(slot).load(std::memory_order_acquire);
+    const uint32_t status = owner_of(slot).load(std::memory_order_acquire);
     if ((status & TP_STATUS_USER) == 0) {
         return std::nullopt;
     }
@@ -71,7 +71,7 @@ std::optional<Arrival> ReceiveRing::front() const {
 
 chip::Bytes ReceiveRing::take() const {
     tpacket2_hdr &slot = head();
-    return with_tag_of(reinterpret_cast<std::uint8_t *>(&slot) + slot.tp_mac, slot.tp_snaplen, slot);
+    return with_tag_of(reinterpret_cast<uint8_t *>(&slot) + slot.tp_mac, slot.tp_snaplen, slot);
 }
 
 void ReceiveRing::release() {

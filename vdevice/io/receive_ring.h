@@ -4,8 +4,8 @@
 
 #include <linux/if_packet.h>
 
-#include <cstddef>
-#include <cstdint>
+#include <stddef.h>
+#include <stdint.h>
 #include <optional>
 
 #include "vdevice/chip/frame/frame.h"
@@ -13,7 +13,7 @@
 namespace vdevice::io {
 
 /** Where a frame is that has come in. */
-enum class Arrival : std::uint8_t {
+enum class Arrival : uint8_t {
     kInRing,
     kInSocket, /**< it does not fit into a slot, and waits in the socket as if there were no ring */
     kNowhere,  /**< there was no room for it in the socket either */
@@ -22,9 +22,9 @@ enum class Arrival : std::uint8_t {
 class ReceiveRing {
   public:
     /** Frames of up to this many octets are taken from the ring; few are longer. */
-    static constexpr std::size_t kSlotBytes = 2048;
-    static constexpr std::size_t kSlots = 2048;
-    static constexpr std::size_t kSlotsInBlock = 16;
+    static constexpr size_t kSlotBytes = 2048;
+    static constexpr size_t kSlots = 2048;
+    static constexpr size_t kSlotsInBlock = 16;
 
     ReceiveRing() = default;
     ~ReceiveRing() { close(); }
@@ -35,7 +35,7 @@ class ReceiveRing {
      * Gives a packet socket that does not receive yet a ring; false if the kernel refuses it. The number of slots is a
      * multiple of kSlotsInBlock.
      */
-    bool open(int fd, std::size_t slots = kSlots);
+    bool open(int fd, size_t slots = kSlots);
     void close();
     bool is_open() const { return memory_ != nullptr; }
 
@@ -48,11 +48,11 @@ class ReceiveRing {
 
   private:
     tpacket2_hdr &head() const;
-    std::size_t bytes() const { return slots_ * kSlotBytes; }
+    size_t bytes() const { return slots_ * kSlotBytes; }
 
-    std::uint8_t *memory_ = nullptr;
-    std::size_t slots_ = 0;
-    std::size_t next_ = 0;
+    uint8_t *memory_ = nullptr;
+    size_t slots_ = 0;
+    size_t next_ = 0;
 };
 
 }  // namespace vdevice::io

@@ -5,26 +5,26 @@
 namespace vdevice::io {
 
 SendQueue::SendQueue() : octets_(kOctets) {
-    for (std::size_t i = 0; i < kFrames; ++i) {
+    for (size_t i = 0; i < kFrames; ++i) {
         messages_[i].msg_hdr.msg_iov = &pieces_[i];
         messages_[i].msg_hdr.msg_iovlen = 1;
     }
 }
 
 void SendQueue::add(const chip::Frame &frame) {
-    std::uint8_t *place = &octets_[used_];
+    uint8_t *place = &octets_[used_];
     frame.copy_to(place);
     used_ += frame.size();
     pieces_[count_++] = {place, frame.size()};
 }
 
-std::size_t SendQueue::send(int fd) {
-    std::size_t refused = 0;
-    std::size_t sent = 0;
+size_t SendQueue::send(int fd) {
+    size_t refused = 0;
+    size_t sent = 0;
     while (sent < count_) {
         const int count = sendmmsg(fd, &messages_[sent], static_cast<unsigned>(count_ - sent), MSG_DONTWAIT);
         if (count > 0) {
-            sent += static_cast<std::size_t>(count);
+            sent += static_cast<size_t>(count);
         } else if (errno != EINTR) {
             // The frame at the head was refused (interface down, too long, no buffers): it is lost, the others go on.
             ++refused;

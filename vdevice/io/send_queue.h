@@ -3,9 +3,9 @@
 
 #include <sys/socket.h>
 
+#include <stddef.h>
+#include <stdint.h>
 #include <array>
-#include <cstddef>
-#include <cstdint>
 #include <vector>
 
 #include "vdevice/chip/frame/frame.h"
@@ -17,22 +17,22 @@ class SendQueue {
     SendQueue();
 
     bool empty() const { return count_ == 0; }
-    bool has_room(std::size_t octets) const { return count_ < kFrames && octets <= octets_.size() - used_; }
+    bool has_room(size_t octets) const { return count_ < kFrames && octets <= octets_.size() - used_; }
     /** Copies the frame, for which there must be room. */
     void add(const chip::Frame &frame);
     /** Gives all frames to the packet socket. Returns how many of them it did not take. */
-    std::size_t send(int fd);
+    size_t send(int fd);
     void clear();
 
   private:
-    static constexpr std::size_t kFrames = 64;
-    static constexpr std::size_t kOctets = std::size_t{256} * 1024;
+    static constexpr size_t kFrames = 64;
+    static constexpr size_t kOctets = size_t{256} * 1024;
 
-    std::vector<std::uint8_t> octets_;
-    std::size_t used_ = 0;
+    std::vector<uint8_t> octets_;
+    size_t used_ = 0;
     std::array<iovec, kFrames> pieces_{};
     std::array<mmsghdr, kFrames> messages_{};
-    std::size_t count_ = 0;
+    size_t count_ = 0;
 };
 
 }  // namespace vdevice::io

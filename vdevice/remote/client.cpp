@@ -21,10 +21,10 @@ using calls::CallId;
 namespace {
 
 constexpr int kRetryMilliseconds = 10;
-constexpr std::size_t kReadBytes = 4096;
+constexpr size_t kReadBytes = 4096;
 
 std::string hex(uint32_t value) {
-    constexpr std::size_t kSize = sizeof "0x01234567";
+    constexpr size_t kSize = sizeof "0x01234567";
     char text[kSize];
     std::snprintf(text, sizeof text, "0x%08x", static_cast<unsigned>(value));
     return text;
@@ -73,7 +73,7 @@ bool Client::send_all(std::span<const uint8_t> data, Clock::time_point end) {
     while (!data.empty()) {
         const ssize_t sent = send(socket_, data.data(), data.size(), MSG_NOSIGNAL);
         if (sent >= 0) {
-            data = data.subspan(static_cast<std::size_t>(sent));
+            data = data.subspan(static_cast<size_t>(sent));
         } else if (errno == EAGAIN) {
             if (!wait_for(POLLOUT, end)) {
                 return false;
@@ -87,10 +87,10 @@ bool Client::send_all(std::span<const uint8_t> data, Clock::time_point end) {
 
 bool Client::receive_all(std::span<uint8_t> data, Clock::time_point end) {
     for (;;) {
-        const auto taken = static_cast<std::ptrdiff_t>(std::min(data.size(), input_.size()));
+        const auto taken = static_cast<ptrdiff_t>(std::min(data.size(), input_.size()));
         std::copy_n(input_.begin(), taken, data.begin());
         input_.erase(input_.begin(), input_.begin() + taken);
-        data = data.subspan(static_cast<std::size_t>(taken));
+        data = data.subspan(static_cast<size_t>(taken));
         if (data.empty()) {
             return true;
         }
@@ -179,7 +179,7 @@ bool Client::receive_body(Clock::time_point end, std::vector<uint8_t> &body) {
     if (!receive_all(head, end)) {
         return false;
     }
-    const std::size_t words = Reader(head).word();
+    const size_t words = Reader(head).word();
     if (words > kMaxMessageWords) {
         return lost("sent nonsense");
     }

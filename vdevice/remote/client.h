@@ -6,8 +6,8 @@
 
 #include <sys/types.h>
 
+#include <stdint.h>
 #include <chrono>
-#include <cstdint>
 #include <mutex>
 #include <span>
 #include <string>

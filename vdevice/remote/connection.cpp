@@ -15,11 +15,11 @@ using calls::CallId;
 
 namespace {
 
-constexpr std::size_t kReadBytes = 16384;
-constexpr std::size_t kMaxUnreadBytes = 65536;
+constexpr size_t kReadBytes = 16384;
+constexpr size_t kMaxUnreadBytes = 65536;
 /** Answered in a turn, then the other clients have theirs. */
-constexpr std::size_t kMessagesAtOnce = 16;
-constexpr std::size_t kHandshakeBytes = kHandshakeWords * kWordBytes;
+constexpr size_t kMessagesAtOnce = 16;
+constexpr size_t kHandshakeBytes = kHandshakeWords * kWordBytes;
 
 }  // namespace
 
@@ -139,7 +139,7 @@ bool Connection::answer_extra(Extra id, Reader &reader) {
     return true;
 }
 
-bool Connection::next_message(std::span<const uint8_t> input, std::size_t &size) {
+bool Connection::next_message(std::span<const uint8_t> input, size_t &size) {
     size = 0;
     if (!greeted_) {
         if (input.size() < kHandshakeBytes) {
@@ -152,7 +152,7 @@ bool Connection::next_message(std::span<const uint8_t> input, std::size_t &size)
     if (input.size() < kWordBytes) {
         return true;
     }
-    const std::size_t words = Reader(input).word();
+    const size_t words = Reader(input).word();
     if (words == 0 || words > kMaxMessageWords) {
         return malformed();
     }
@@ -164,9 +164,9 @@ bool Connection::next_message(std::span<const uint8_t> input, std::size_t &size)
 }
 
 bool Connection::handle_messages() {
-    std::size_t position = 0;
-    std::size_t size = 0;
-    std::size_t handled = 0;
+    size_t position = 0;
+    size_t size = 0;
+    size_t handled = 0;
     do {
         if (closing_ || is_blocked()) {
             break;
@@ -178,7 +178,7 @@ bool Connection::handle_messages() {
         ++handled;
     } while (size != 0 && handled < kMessagesAtOnce);
     has_more_ = handled == kMessagesAtOnce;
-    input_.erase(input_.begin(), input_.begin() + static_cast<std::ptrdiff_t>(position));
+    input_.erase(input_.begin(), input_.begin() + static_cast<ptrdiff_t>(position));
     return true;
 }
 

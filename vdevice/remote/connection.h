@@ -4,7 +4,7 @@
  */
 #pragma once
 
-#include <cstdint>
+#include <stdint.h>
 #include <span>
 #include <vector>
 
@@ -40,7 +40,7 @@ class Connection {
     bool flush();
     bool handle_messages();
     /** Handles the first message of the input; @p size is how long it is, 0 if it is not whole yet. */
-    bool next_message(std::span<const uint8_t> input, std::size_t &size);
+    bool next_message(std::span<const uint8_t> input, size_t &size);
     bool shake_hands(Reader &reader);
     bool answer(std::span<const uint8_t> request);
     bool answer_extra(Extra id, Reader &reader);

@@ -17,10 +17,10 @@ namespace {
 constexpr unsigned kHalfBits = 32;
 constexpr Element kRecordNumber{Kind::U16, false, nullptr};
 
-const uint8_t *byte_at(const void *base, std::size_t offset) {
+const uint8_t *byte_at(const void *base, size_t offset) {
     return static_cast<const uint8_t *>(base) + offset;
 }
-uint8_t *byte_at(void *base, std::size_t offset) {
+uint8_t *byte_at(void *base, size_t offset) {
     return static_cast<uint8_t *>(base) + offset;
 }
 
@@ -29,27 +29,27 @@ bool is_packed(const Element &element) {
 }
 
 /** Bytes that a block takes in a message. */
-std::size_t wire_size(const Element &element, std::size_t count) {
+size_t wire_size(const Element &element, size_t count) {
     if (is_packed(element)) {
         return padded(count);
     }
     if (element.kind != Kind::Struct) {
         return count * kWordBytes * (element.kind == Kind::U64 ? 2 : 1);
     }
-    std::size_t size = 0;
+    size_t size = 0;
     for (const auto &field : element.layout->fields) {
         size += wire_size(field.element, field.count);
     }
     return size * count;
 }
 
-void encode_block(Writer &writer, const Element &element, const void *from, std::size_t count) {
+void encode_block(Writer &writer, const Element &element, const void *from, size_t count) {
     if (is_packed(element)) {
         writer.bytes(from, count);
         return;
     }
-    const std::size_t size = element_size(element);
-    for (std::size_t index = 0; index < count; ++index) {
+    const size_t size = element_size(element);
+    for (size_t index = 0; index < count; ++index) {
         const void *at = byte_at(from, index * size);
         if (element.kind == Kind::Struct) {
             for (const auto &field : element.layout->fields) {
@@ -65,13 +65,13 @@ void encode_block(Writer &writer, const Element &element, const void *from, std:
     }
 }
 
-void decode_block(Reader &reader, const Element &element, void *to, std::size_t count) {
+void decode_block(Reader &reader, const Element &element, void *to, size_t count) {
     if (is_packed(element)) {
         reader.bytes(to, count);
         return;
     }
-    const std::size_t size = element_size(element);
-    for (std::size_t index = 0; index < count; ++index) {
+    const size_t size = element_size(element);
+    for (size_t index = 0; index < count; ++index) {
         void *at = byte_at(to, index * size);
         if (element.kind == Kind::Struct) {
             for (const auto &field : element.layout->fields) {
@@ -87,7 +87,7 @@ void decode_block(Reader &reader, const Element &element, void *to, std::size_t 
     }
 }
 
-void encode_event_message(Writer &writer, const Element &element, const void *message, std::size_t words) {
+void encode_event_message(Writer &writer, const Element &element, const void *message, size_t words) {
     encode_block(writer, element, message, words - 1);
     const auto address = static_cast<uintptr_t>(load(element.kind, byte_at(message, (words - 1) * sizeof(uintptr_t))));
     writer.word(address == 0 ? 0 : 1);
@@ -96,7 +96,7 @@ void encode_event_message(Writer &writer, const Element &element, const void *me
     }
 }
 
-bool encode_pointer(Writer &writer, const Call &call, std::size_t index, const void *const *arguments) {
+bool encode_pointer(Writer &writer, const Call &call, size_t index, const void *const *arguments) {
     const Param &param = call.params[index];
     const void *from = target(param, arguments[index]);
     if (from == nullptr) {
@@ -104,12 +104,12 @@ bool encode_pointer(Writer &writer, const Call &call, std::size_t index, const v
         return true;
     }
     if (param.is_text) {
-        const std::size_t length = strnlen(static_cast<const char *>(from), kMaxMessageBytes);
+        const size_t length = strnlen(static_cast<const char *>(from), kMaxMessageBytes);
         writer.word(static_cast<uint32_t>(length + 1));
         writer.bytes(from, length);
         return true;
     }
-    const std::size_t count = extent(call, index, arguments);
+    const size_t count = extent(call, index, arguments);
     if (count > kMaxMessageBytes) {
         return false;
     }
@@ -131,13 +131,13 @@ bool is_returned(const Param &param, const void *argument) {
 
 bool encode_inputs(Writer &writer, CallId id, const void *const *arguments) {
     const Call &call = calls::call(id);
-    for (std::size_t index = 0; index < call.params.size(); ++index) {
+    for (size_t index = 0; index < call.params.size(); ++index) {
         if (!call.params[index].is_pointer()) {
             encode_block(writer, call.params[index].element, arguments[index], 1);
         }
     }
-    std::size_t reply_size = 0;
-    for (std::size_t index = 0; index < call.params.size(); ++index) {
+    size_t reply_size = 0;
+    for (size_t index = 0; index < call.params.size(); ++index) {
         if (!call.params[index].is_pointer()) {
             continue;
         }
@@ -148,13 +148,13 @@ bool encode_inputs(Writer &writer, CallId id, const void *const *arguments) {
             reply_size += wire_size(call.params[index].element, extent(call, index, arguments));
         }
     }
-    constexpr std::size_t kLongestHead = 4 * kWordBytes;
+    constexpr size_t kLongestHead = 4 * kWordBytes;
     return writer.buffer().size() + kLongestHead <= kMaxMessageBytes && reply_size + kLongestHead <= kMaxMessageBytes;
 }
 
 void encode_outputs(Writer &writer, CallId id, const void *const *arguments) {
     const Call &call = calls::call(id);
-    for (std::size_t index = 0; index < call.params.size(); ++index) {
+    for (size_t index = 0; index < call.params.size(); ++index) {
         const Param &param = call.params[index];
         if (is_returned(param, arguments[index])) {
             encode_block(writer, param.element, target(param, arguments[index]), extent(call, index, arguments));
@@ -164,8 +164,8 @@ void encode_outputs(Writer &writer, CallId id, const void *const *arguments) {
 
 bool decode_outputs(Reader &reader, CallId id, const void *const *arguments) {
     const Call &call = calls::call(id);
-    std::size_t expected = 0;
-    for (std::size_t index = 0; index < call.params.size(); ++index) {
+    size_t expected = 0;
+    for (size_t index = 0; index < call.params.size(); ++index) {
         if (is_returned(call.params[index], arguments[index])) {
             expected += wire_size(call.params[index].element, extent(call, index, arguments));
         }
@@ -173,7 +173,7 @@ bool decode_outputs(Reader &reader, CallId id, const void *const *arguments) {
     if (reader.left() != expected) {
         return false;
     }
-    for (std::size_t index = 0; index < call.params.size(); ++index) {
+    for (size_t index = 0; index < call.params.size(); ++index) {
         const Param &param = call.params[index];
         if (is_returned(param, arguments[index])) {
             void *to = *static_cast<void *const *>(arguments[index]);
@@ -183,18 +183,18 @@ bool decode_outputs(Reader &reader, CallId id, const void *const *arguments) {
     return reader.is_finished();
 }
 
-void *Received::allocate(std::size_t size) {
-    const std::size_t given = size == 0 ? 1 : size;
+void *Received::allocate(size_t size) {
+    const size_t given = size == 0 ? 1 : size;
     return std::memset(memory_.allocate(given, alignof(std::max_align_t)), 0, given);
 }
 
-void Received::set_pointer(std::size_t index, void *address) {
+void Received::set_pointer(size_t index, void *address) {
     auto *slot = static_cast<void **>(allocate(sizeof(void *)));
     *slot = address;
     arguments_[index] = slot;
 }
 
-bool Received::decode_text(Reader &reader, std::size_t index, std::size_t size) {
+bool Received::decode_text(Reader &reader, size_t index, size_t size) {
     if (size > reader.left()) {
         return false;
     }
@@ -204,7 +204,7 @@ bool Received::decode_text(Reader &reader, std::size_t index, std::size_t size) 
     return reader.is_good();
 }
 
-void Received::decode_event_message(Reader &reader, void *words, std::size_t count) {
+void Received::decode_event_message(Reader &reader, void *words, size_t count) {
     constexpr Element kWord{Kind::Word, false, nullptr};
     decode_block(reader, kWord, words, count - 1);
     if (reader.word() != 0) {
@@ -214,7 +214,7 @@ void Received::decode_event_message(Reader &reader, void *words, std::size_t cou
     }
 }
 
-bool Received::decode_pointer(Reader &reader, const Call &call, std::size_t index) {
+bool Received::decode_pointer(Reader &reader, const Call &call, size_t index) {
     const Param &param = call.params[index];
     const uint32_t present = reader.word();
     if (present == 0) {
@@ -224,7 +224,7 @@ bool Received::decode_pointer(Reader &reader, const Call &call, std::size_t inde
     if (param.is_text) {
         return decode_text(reader, index, present - 1);
     }
-    const std::size_t count = extent(call, index, arguments_.data());
+    const size_t count = extent(call, index, arguments_.data());
     // The sizes are checked before anything is allocated: a hostile count must not cost memory.
     if (present != 1 || count > kMaxMessageBytes || wire_size(param.element, count) > kMaxMessageBytes) {
         return false;
@@ -242,7 +242,7 @@ bool Received::decode_pointer(Reader &reader, const Call &call, std::size_t inde
 bool Received::decode(Reader &reader, CallId id) {
     const Call &call = calls::call(id);
     arguments_.assign(call.params.size(), nullptr);
-    for (std::size_t index = 0; index < call.params.size(); ++index) {
+    for (size_t index = 0; index < call.params.size(); ++index) {
         const Param &param = call.params[index];
         if (!param.is_pointer()) {
             void *value = allocate(element_size(param.element));
@@ -253,7 +253,7 @@ bool Received::decode(Reader &reader, CallId id) {
     if (!reader.is_good()) {
         return false;
     }
-    for (std::size_t index = 0; index < call.params.size(); ++index) {
+    for (size_t index = 0; index < call.params.size(); ++index) {
         if (call.params[index].is_pointer() && !decode_pointer(reader, call, index)) {
             return false;
         }

@@ -9,9 +9,9 @@
  */
 #pragma once
 
+#include <stdint.h>
 #include <array>
 #include <cstddef>
-#include <cstdint>
 #include <memory_resource>
 #include <vector>
 
@@ -41,13 +41,13 @@ class Received {
     [[nodiscard]] const void *const *arguments() const { return arguments_.data(); }
 
   private:
-    static constexpr std::size_t kInlineBytes = 2048;
+    static constexpr size_t kInlineBytes = 2048;
 
-    void *allocate(std::size_t size);
-    bool decode_pointer(Reader &reader, const calls::Call &call, std::size_t index);
-    bool decode_text(Reader &reader, std::size_t index, std::size_t size);
-    void decode_event_message(Reader &reader, void *words, std::size_t count);
-    void set_pointer(std::size_t index, void *address);
+    void *allocate(size_t size);
+    bool decode_pointer(Reader &reader, const calls::Call &call, size_t index);
+    bool decode_text(Reader &reader, size_t index, size_t size);
+    void decode_event_message(Reader &reader, void *words, size_t count);
+    void set_pointer(size_t index, void *address);
 
     alignas(std::max_align_t) std::array<std::byte, kInlineBytes> inline_;
     std::pmr::monotonic_buffer_resource memory_{inline_.data(), inline_.size()};

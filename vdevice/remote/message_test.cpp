@@ -25,7 +25,7 @@ constexpr uint64_t kRounds = 8;
 /** Runs a check for every call of the table, several times each. */
 template <typename Check>
 void for_every_call(Check check) {
-    for (std::size_t number = 0; number < calls::kCallCount; ++number) {
+    for (size_t number = 0; number < calls::kCallCount; ++number) {
         SCOPED_TRACE(calls::calls()[number].name);
         for (uint64_t round = 0; round < kRounds; ++round) {
             check(static_cast<CallId>(number), number * kRounds + round);
@@ -76,7 +76,7 @@ TEST(Message, IsRefusedWhenItIsShorterOrLongerThanTheCall) {
     for_every_call([](CallId id, uint64_t seed) {
         auto message = inputs(id, RandomCall(id, seed));
         const std::span whole(message);
-        for (std::size_t size = 0; size < message.size(); size += kWordBytes) {
+        for (size_t size = 0; size < message.size(); size += kWordBytes) {
             Reader reader(whole.first(size));
             EXPECT_FALSE(Received().decode(reader, id)) << size << " of " << message.size() << " bytes";
         }
@@ -92,9 +92,9 @@ TEST(Message, StoresNothingOfAReplyThatDoesNotFit) {
         write_outputs(id, answered.arguments(), seed + 1);
         Writer writer;
         encode_outputs(writer, id, answered.arguments());
-        const std::size_t fitting = writer.buffer().size();
+        const size_t fitting = writer.buffer().size();
         writer.word(0xFFFFFFFF);
-        for (const std::size_t size : {fitting - std::min(fitting, kWordBytes), fitting + kWordBytes}) {
+        for (const size_t size : {fitting - std::min(fitting, kWordBytes), fitting + kWordBytes}) {
             const RandomCall sent(id, seed);
             const RandomCall same(id, seed);
             Reader reader(std::span<const uint8_t>(writer.buffer()).first(size));
@@ -108,7 +108,7 @@ TEST(Message, StoresNothingOfAReplyThatDoesNotFit) {
 
 // Random words instead of a message: each is read to the end or refused, and the sanitizers see nothing.
 TEST(Message, SurvivesGarbage) {
-    std::size_t accepted = 0;
+    size_t accepted = 0;
     for_every_call([&](CallId id, uint64_t seed) {
         constexpr uint32_t kLongest = 300;
         constexpr uint32_t kWildOneIn = 4;
@@ -160,7 +160,7 @@ TEST(MessageBytes, CutWordsTo32Bits) {
 }
 
 TEST(MessageBytes, AreNotWrittenForMoreThanAMessageHolds) {
-    for (std::size_t number = 0; number < calls::kCallCount; ++number) {
+    for (size_t number = 0; number < calls::kCallCount; ++number) {
         const auto id = static_cast<CallId>(number);
         const auto &params = calls::call(id).params;
         for (const auto &param : params) {
@@ -170,10 +170,10 @@ TEST(MessageBytes, AreNotWrittenForMoreThanAMessageHolds) {
             const RandomCall call(id, 1);
             std::vector<const void *> arguments(call.arguments(), call.arguments() + params.size());
             const int32_t many = INT32_MAX;
-            arguments[static_cast<std::size_t>(param.counted_by)] = &many;
+            arguments[static_cast<size_t>(param.counted_by)] = &many;
             const uint32_t target = 0;
             const void *address = &target;
-            arguments[static_cast<std::size_t>(&param - params.data())] = &address;
+            arguments[static_cast<size_t>(&param - params.data())] = &address;
             Writer writer;
             EXPECT_FALSE(encode_inputs(writer, id, arguments.data())) << calls::call(id).name;
             return;

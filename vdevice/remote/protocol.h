@@ -12,19 +12,19 @@
  */
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
+#include <stddef.h>
+#include <stdint.h>
 #include <string>
 
 namespace vdevice::remote {
 
 inline constexpr uint32_t kMagic = 0x61647001;  // "adp" and the protocol's version
-inline constexpr std::size_t kWordBytes = 4;
-inline constexpr std::size_t kHandshakeWords = 2;
+inline constexpr size_t kWordBytes = 4;
+inline constexpr size_t kHandshakeWords = 2;
 
 /** A longer message is refused by either end: far more than any call needs. */
-inline constexpr std::size_t kMaxMessageWords = 16384;
-inline constexpr std::size_t kMaxMessageBytes = kMaxMessageWords * kWordBytes;
+inline constexpr size_t kMaxMessageWords = 16384;
+inline constexpr size_t kMaxMessageBytes = kMaxMessageWords * kWordBytes;
 
 /** The result of a call that never reached a device, or whose answer never came. */
 inline constexpr int32_t kCallLost = -1;
@@ -37,10 +37,10 @@ inline constexpr uint32_t kFirstExtra = 0xFFFFFF00;
 
 /** @name The words of a link change */
 /** @{ */
-inline constexpr std::size_t kLinkChangeUnit = 0;
-inline constexpr std::size_t kLinkChangePort = 1;
-inline constexpr std::size_t kLinkChangeInfo = 2;
-inline constexpr std::size_t kLinkChangeWords = 6;
+inline constexpr size_t kLinkChangeUnit = 0;
+inline constexpr size_t kLinkChangePort = 1;
+inline constexpr size_t kLinkChangeInfo = 2;
+inline constexpr size_t kLinkChangeWords = 6;
 /** @} */
 
 /** The run folder: $VDEVICE_DIR, or /tmp/vdevice-<uid>. */

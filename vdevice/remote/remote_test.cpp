@@ -82,7 +82,7 @@ TEST(Remote, CarriesEveryCallThereAndBack) {
     Client client("test", folder.socket());
     const Loop loop(server);
     uint64_t calls = 0;
-    for (std::size_t number = 0; number < calls::kCallCount; ++number) {
+    for (size_t number = 0; number < calls::kCallCount; ++number) {
         const auto id = static_cast<CallId>(number);
         if (!is_answered(id)) {
             continue;
@@ -122,7 +122,7 @@ TEST(Remote, DispatchesToTheMethodOfTheCall) {
 
 TEST(Remote, AnswersNotSupportedForWhatADeviceDoesNotOverride) {
     DriverCalls none;
-    for (std::size_t number = 0; number < calls::kCallCount; ++number) {
+    for (size_t number = 0; number < calls::kCallCount; ++number) {
         const auto id = static_cast<CallId>(number);
         if (is_answered(id)) {
             const RandomCall call(id, number);

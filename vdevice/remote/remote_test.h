@@ -90,16 +90,16 @@ class RawClient {
     }
     void send_bytes(std::span<const uint8_t> bytes) const { send(socket_, bytes.data(), bytes.size(), MSG_NOSIGNAL); }
     /** Sends until the server has taken nothing more for a while; returns how much it took. */
-    std::size_t send_without_reading(const std::vector<uint8_t> &data) const {
+    size_t send_without_reading(const std::vector<uint8_t> &data) const {
         constexpr int kPatience = 300;
-        std::size_t sent = 0;
+        size_t sent = 0;
         pollfd ready{socket_, POLLOUT, 0};
         while (sent < data.size() && poll(&ready, 1, kPatience) > 0) {
             const ssize_t now = send(socket_, &data[sent], data.size() - sent, MSG_NOSIGNAL | MSG_DONTWAIT);
             if (now < 0) {
                 break;
             }
-            sent += static_cast<std::size_t>(now);
+            sent += static_cast<size_t>(now);
         }
         return sent;
     }
@@ -116,15 +116,15 @@ class RawClient {
         return false;
     }
     /** Bytes that arrive within the test's patience, at most @p size. */
-    std::size_t receive(uint8_t *to, std::size_t size) const {
-        return static_cast<std::size_t>(std::max<ssize_t>(recv(socket_, to, size, MSG_WAITALL), 0));
+    size_t receive(uint8_t *to, size_t size) const {
+        return static_cast<size_t>(std::max<ssize_t>(recv(socket_, to, size, MSG_WAITALL), 0));
     }
 
     /** Bytes that have arrived and were not read. */
-    std::size_t waiting_bytes() const {
+    size_t waiting_bytes() const {
         int count = 0;
         ioctl(socket_, FIONREAD, &count);
-        return static_cast<std::size_t>(count);
+        return static_cast<size_t>(count);
     }
     void skip_waiting() const {
         std::vector<uint8_t> data(waiting_bytes());

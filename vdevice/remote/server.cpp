@@ -17,7 +17,7 @@ namespace vdevice::remote {
 namespace {
 
 constexpr int kBacklog = 16;
-constexpr std::size_t kEventsAtOnce = 16;
+constexpr size_t kEventsAtOnce = 16;
 
 [[noreturn]] void fail(const std::string &what, const std::string &path) {
     throw std::runtime_error("cannot " + what + " " + path + ": " + std::strerror(errno));
@@ -143,7 +143,7 @@ void Server::serve_ready() {
     std::array<epoll_event, kEventsAtOnce> events{};
     const int ready = epoll_wait(epoll_, events.data(), static_cast<int>(events.size()), 0);
     for (int index = 0; index < ready; ++index) {
-        const int descriptor = events[static_cast<std::size_t>(index)].data.fd;
+        const int descriptor = events[static_cast<size_t>(index)].data.fd;
         if (descriptor == listener_) {
             accept_clients();
             continue;

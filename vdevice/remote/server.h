@@ -4,7 +4,7 @@
  */
 #pragma once
 
-#include <cstdint>
+#include <stdint.h>
 #include <functional>
 #include <map>
 #include <memory>
@@ -41,7 +41,7 @@ class Server {
         uint64_t refused = 0;    /**< clients turned away because there were too many */
     };
 
-    static constexpr std::size_t kMaxClients = 64;
+    static constexpr size_t kMaxClients = 64;
 
     /** Throws std::runtime_error with a sentence if the socket cannot be opened or another daemon serves it. */
     Server(DriverCalls &calls, const std::string &path);
@@ -58,7 +58,7 @@ class Server {
     /** Tells the clients that watch of a link change. May be called while a call is being answered. */
     void publish_link_change(std::span<const uint32_t, kLinkChangeWords> words);
     [[nodiscard]] const Counters &counters() const { return counters_; }
-    [[nodiscard]] std::size_t clients() const { return connections_.size(); }
+    [[nodiscard]] size_t clients() const { return connections_.size(); }
 
   private:
     friend class Connection;

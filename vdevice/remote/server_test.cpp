@@ -189,7 +189,7 @@ TEST(Remote, StopsReadingFromAClientThatDoesNotTakeItsAnswers) {
 // More requests than the kernel holds answers for, so that answering stops in their midst and goes on with the reading.
 TEST(Remote, AnswersEveryRequestThatWasSentAhead) {
     constexpr uint32_t kRequests = 4000;
-    constexpr std::size_t kAnswerWords = 3;
+    constexpr size_t kAnswerWords = 3;
     constexpr int kPauseMilliseconds = 100;
     const Folder folder;
     VlanOnly device;
@@ -220,7 +220,7 @@ TEST(Remote, AnswersEveryRequestThatWasSentAhead) {
 TEST(Remote, ServesOthersBetweenTheRequestsOfAnEagerClient) {
     constexpr uint32_t kRequests = 2000;
     constexpr uint64_t kMostCalls = 200;
-    constexpr std::size_t kAnswerBytes = (kHandshakeWords + 3) * kWordBytes;
+    constexpr size_t kAnswerBytes = (kHandshakeWords + 3) * kWordBytes;
     const Folder folder;
     VlanOnly device;
     Server server(device, folder.socket());
@@ -253,7 +253,7 @@ TEST(Remote, HalfMessagesDoNotKeepAnybodyWaiting) {
     Server server(device, folder.socket());
     const Loop loop(server);
     std::deque<RawClient> silent;
-    for (std::size_t count = 0; count + 1 < Server::kMaxClients; ++count) {
+    for (size_t count = 0; count + 1 < Server::kMaxClients; ++count) {
         silent.emplace_back(folder.socket());
         // As long as a message may be, and begun: one word of it.
         silent.back().send_words({kMagic, calls::kInterfaceChecksum, kMaxMessageWords, 0});
@@ -269,7 +269,7 @@ TEST(Remote, TurnsAwayMoreClientsThanItServes) {
     Server server(device, folder.socket());
     const Loop loop(server);
     std::deque<RawClient> clients;
-    for (std::size_t count = 0; count < Server::kMaxClients; ++count) {
+    for (size_t count = 0; count < Server::kMaxClients; ++count) {
         clients.emplace_back(folder.socket());
     }
     const RawClient one_too_many(folder.socket());

@@ -4,8 +4,8 @@
  */
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
+#include <stddef.h>
+#include <stdint.h>
 #include <span>
 #include <vector>
 
@@ -14,7 +14,7 @@
 namespace vdevice::remote {
 
 /** Bytes rounded up to whole words. */
-constexpr std::size_t padded(std::size_t bytes) {
+constexpr size_t padded(size_t bytes) {
     return (bytes + kWordBytes - 1) / kWordBytes * kWordBytes;
 }
 
@@ -22,9 +22,9 @@ class Writer {
   public:
     void word(uint32_t value);
     /** Bytes in their order, filled up with zeros to a whole word. */
-    void bytes(const void *data, std::size_t size);
+    void bytes(const void *data, size_t size);
     /** Overwrites an earlier word. */
-    void patch(std::size_t offset, uint32_t value);
+    void patch(size_t offset, uint32_t value);
 
     [[nodiscard]] const std::vector<uint8_t> &buffer() const { return buffer_; }
     [[nodiscard]] std::vector<uint8_t> take() { return std::move(buffer_); }
@@ -39,15 +39,15 @@ class Reader {
     explicit Reader(std::span<const uint8_t> data) : data_(data) {}
 
     uint32_t word();
-    void bytes(void *to, std::size_t size);
+    void bytes(void *to, size_t size);
 
     [[nodiscard]] bool is_good() const { return good_; }
-    [[nodiscard]] std::size_t left() const { return data_.size(); }
+    [[nodiscard]] size_t left() const { return data_.size(); }
     /** Everything was read, and nothing beyond it. */
     [[nodiscard]] bool is_finished() const { return good_ && data_.empty(); }
 
   private:
-    bool has(std::size_t size);
+    bool has(size_t size);
 
     std::span<const uint8_t> data_;
     bool good_ = true;

@@ -19,7 +19,7 @@ constexpr std::chrono::milliseconds kBetweenLooks{5};
 
 extern "C" int32_t vdev_equeue_receive(uintptr_t queue, uint32_t message[VDEV_EQUEUE_WORDS],
                                        uint16_t record[VDEV_EQUEUE_RECORD_FIELDS], int32_t timeout_ms) {
-    constexpr std::size_t kAnswerWords = VDEV_EQUEUE_WORDS + VDEV_EQUEUE_RECORD_FIELDS;
+    constexpr size_t kAnswerWords = VDEV_EQUEUE_WORDS + VDEV_EQUEUE_RECORD_FIELDS;
     if (message == nullptr || record == nullptr) {
         return vdevice::remote::kCallLost;
     }

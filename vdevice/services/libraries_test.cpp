@@ -143,7 +143,7 @@ class Changes {
         thread_ = std::this_thread::get_id();
         news_.notify_all();
     }
-    std::vector<std::vector<uint32_t>> wait_for(std::size_t number) {
+    std::vector<std::vector<uint32_t>> wait_for(size_t number) {
         std::unique_lock lock(mutex_);
         news_.wait_for(lock, kPatience, [&] { return changes_.size() >= number; });
         return std::exchange(changes_, {});

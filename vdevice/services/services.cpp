@@ -1,7 +1,7 @@
 // The device's services of the virtual device. What works on the device goes to the daemon; what needs only its
 // arguments is done here.
+#include <stdint.h>
 #include <cstdarg>
-#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 
@@ -15,7 +15,7 @@ const char *vdevice_library_name() {
 
 namespace {
 
-constexpr std::size_t kLogTextSize = 4096;
+constexpr size_t kLogTextSize = 4096;
 constexpr uintptr_t kRingProtectionQueue = 1;
 
 /** The address as aa:bb:cc:dd:ee:ff, in a buffer of the calling thread. */

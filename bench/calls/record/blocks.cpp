@@ -6,7 +6,7 @@
 namespace record {
 namespace {
 
-std::string address_in(const std::string &name, std::size_t offset) {
+std::string address_in(const std::string &name, size_t offset) {
     return "(void *)(" + name + ".bytes + " + std::to_string(offset) + ")";
 }
 
@@ -47,7 +47,7 @@ std::optional<std::string> Blocks::find(uintptr_t address) const {
 std::string Blocks::definitions() const {
     std::string text;
     for (const Block &block : blocks_) {
-        const std::string size = std::to_string(std::max<std::size_t>(block.bytes.size(), 1));
+        const std::string size = std::to_string(std::max<size_t>(block.bytes.size(), 1));
         text += "static BUFFER(" + size + ") " + block.name + ";\n";
         text +=
             "static const unsigned char " + block.name + "_image[" + size + "] = " + initialiser(block.bytes) + ";\n";
@@ -59,7 +59,7 @@ std::string Blocks::preparation() const {
     std::string text;
     for (const Block &block : blocks_) {
         text += "    memcpy(" + block.name + ".bytes, " + block.name + "_image, sizeof " + block.name + "_image);\n";
-        for (std::size_t at = 0; at + sizeof(uintptr_t) <= block.bytes.size(); at += sizeof(uintptr_t)) {
+        for (size_t at = 0; at + sizeof(uintptr_t) <= block.bytes.size(); at += sizeof(uintptr_t)) {
             uintptr_t word = 0;
             std::memcpy(&word, &block.bytes[at], sizeof word);
             if (const auto address = find(word); address) {

@@ -4,8 +4,8 @@
  */
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
+#include <stddef.h>
+#include <stdint.h>
 #include <optional>
 #include <span>
 #include <string>

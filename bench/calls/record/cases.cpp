@@ -24,7 +24,7 @@ constexpr const char *kSmallGroupState = "agg3";
 const std::set<std::string> kAttributeFunctions = {"adp_set_phy_port_attr", "adp_get_phy_port_attr"};
 
 std::string replaced(std::string text, const std::string &what, const std::string &by) {
-    for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + by.size())) {
+    for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + by.size())) {
         text.replace(at, what.size(), by);
     }
     return text;

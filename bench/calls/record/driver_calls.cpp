@@ -57,7 +57,7 @@ std::string argument(const calls::Call &call, const calls::Param &param, const r
 /** What a format asks for besides: empty texts and zeros. */
 std::string format_arguments(const std::string &format) {
     std::string text;
-    for (std::size_t at = format.find('%'); at != std::string::npos; at = format.find('%', at + 1)) {
+    for (size_t at = format.find('%'); at != std::string::npos; at = format.find('%', at + 1)) {
         at = format.find_first_not_of("0123456789.-+ #l", at + 1);
         if (at != std::string::npos && format[at] != '%') {
             text += format[at] == 's' ? ", \"\"" : ", 0";
@@ -139,7 +139,7 @@ std::vector<std::string> finish() {
     return std::exchange(written, {});
 }
 
-std::size_t remote_calls() {
+size_t remote_calls() {
     return recording::driver().count() - recording::driver().count(kAddressText);
 }
 

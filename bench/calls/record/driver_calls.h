@@ -4,7 +4,7 @@
  */
 #pragma once
 
-#include <cstddef>
+#include <stddef.h>
 #include <string>
 #include <vector>
 
@@ -21,6 +21,6 @@ void begin(Blocks &blocks);
 std::vector<std::string> finish();
 
 /** How many calls have been made so far that leave the process when the device is another one. */
-std::size_t remote_calls();
+size_t remote_calls();
 
 }  // namespace record

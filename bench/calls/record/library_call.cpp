@@ -20,7 +20,7 @@ LibraryCall::LibraryCall(const std::string &line, Blocks &blocks)
         buffers.push_back(is_buffer ? blocks.add(slot.storage) : "");
     }
     text_ = std::string(call_.name) + "(";
-    for (std::size_t index = 0; index < buffers.size(); ++index) {
+    for (size_t index = 0; index < buffers.size(); ++index) {
         text_ += (index == 0 ? "" : ", ") + argument(arguments_.slots()[index], buffers[index], blocks);
     }
     text_ += ")";

@@ -32,7 +32,7 @@ Recording run(const Case &one, Blocks &blocks) {
         throw std::runtime_error("the tables cannot be brought up");
     }
     Recording recording;
-    const std::size_t at_first = remote_calls();
+    const size_t at_first = remote_calls();
     std::deque<LibraryCall> earlier;  // their memory has to stay until all addresses are known
     for (const std::string &line : one.before) {
         earlier.emplace_back(line, blocks).invoke();
@@ -41,7 +41,7 @@ Recording run(const Case &one, Blocks &blocks) {
     LibraryCall subject(one.call, blocks);
     recording.call = subject.text();
     recording.kind = subject.result_kind();
-    const std::size_t made_before = remote_calls();
+    const size_t made_before = remote_calls();
     begin(blocks);
     recording.result = subject.invoke();
     recording.driver_calls = finish();

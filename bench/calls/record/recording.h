@@ -4,7 +4,7 @@
  */
 #pragma once
 
-#include <cstddef>
+#include <stddef.h>
 #include <string>
 #include <vector>
 
@@ -18,8 +18,8 @@ struct Recording {
     std::vector<std::string> before; /**< the calls that make what this one finds */
     std::string call;
     std::vector<std::string> driver_calls;
-    std::size_t remote = 0;        /**< of these, calls that leave the process */
-    std::size_t remote_in_all = 0; /**< with those made before */
+    size_t remote = 0;        /**< of these, calls that leave the process */
+    size_t remote_in_all = 0; /**< with those made before */
     adpsh::ResultKind kind = adpsh::ResultKind::kNone;
     adpsh::Result result{};
 

@@ -4,7 +4,7 @@
  */
 #pragma once
 
-#include <cstddef>
+#include <stddef.h>
 #include <set>
 #include <string>
 
@@ -24,7 +24,7 @@ class Writer {
   private:
     void add_functions(const Recording &recording, const Blocks &blocks);
 
-    std::size_t count_ = 0;
+    size_t count_ = 0;
     std::set<std::string> functions_recorded_;
     std::string functions_;
     std::string table_;

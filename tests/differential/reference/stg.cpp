@@ -191,7 +191,7 @@ int32_t list_vlans(int32_t stg, uint16_t *vlans) {
         std::vector<uint16_t> chunk(1024, 0);
         adp_get_stg_vlan_each_time_list(stg, chunk.data(), static_cast<uint32_t>(j), 1024);
         for (int32_t n = 0; n < 1024 && 1024 * j + n < count; ++n) {
-            vlans[1024 * j + n] = chunk[static_cast<std::size_t>(n)];
+            vlans[1024 * j + n] = chunk[static_cast<size_t>(n)];
         }
     }
     return count;

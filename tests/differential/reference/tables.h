@@ -10,9 +10,9 @@
 
 #include <adp/adp.h>
 
+#include <stddef.h>
+#include <stdint.h>
 #include <array>
-#include <cstddef>
-#include <cstdint>
 #include <map>
 #include <vector>
 
@@ -117,7 +117,7 @@ struct PortSet {
     [[nodiscard]] bool has(uint32_t n) const { return (word[n / 32] >> n % 32 & 1) != 0; }
     void add(int64_t n) {
         if (n >= 0 && n < 256) {
-            word[static_cast<std::size_t>(n) / 32] |= 1u << n % 32;
+            word[static_cast<size_t>(n) / 32] |= 1u << n % 32;
         }
     }
     [[nodiscard]] static PortSet from(const uint32_t *words);

@@ -35,8 +35,8 @@ constexpr FieldInfo kFieldTable[] = {
 static_assert(std::size(kFieldTable) == kFields);
 
 constexpr bool is_in_order() {
-    for (std::size_t i = 0; i < kFields; ++i) {
-        if (static_cast<std::size_t>(kFieldTable[i].field) != i) {
+    for (size_t i = 0; i < kFields; ++i) {
+        if (static_cast<size_t>(kFieldTable[i].field) != i) {
             return false;
         }
     }
@@ -51,17 +51,17 @@ std::span<const FieldInfo> field_table() {
 }
 
 const FieldInfo &describe(Field field) {
-    return kFieldTable[static_cast<std::size_t>(field)];
+    return kFieldTable[static_cast<size_t>(field)];
 }
 
-bool is_ip_kind(std::uint32_t code) {
-    constexpr std::uint32_t kKinds = bit_of(IpKind::kAny) | bit_of(IpKind::kNotIp) | bit_of(IpKind::kIp) |
-                                     bit_of(IpKind::kArp) | bit_of(IpKind::kIpv4) | bit_of(IpKind::kIpv6);
-    return code < static_cast<std::uint32_t>(IpKind::kCount) && ((kKinds >> code) & 1) != 0;
+bool is_ip_kind(uint32_t code) {
+    constexpr uint32_t kKinds = bit_of(IpKind::kAny) | bit_of(IpKind::kNotIp) | bit_of(IpKind::kIp) |
+                                bit_of(IpKind::kArp) | bit_of(IpKind::kIpv4) | bit_of(IpKind::kIpv6);
+    return code < static_cast<uint32_t>(IpKind::kCount) && ((kKinds >> code) & 1) != 0;
 }
 
-bool is_frame_kind(std::uint32_t code) {
-    return code < static_cast<std::uint32_t>(FrameKind::kCount);
+bool is_frame_kind(uint32_t code) {
+    return code < static_cast<uint32_t>(FrameKind::kCount);
 }
 
 bool is_possible(const Qualifier &qualifier) {

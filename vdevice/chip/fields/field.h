@@ -2,14 +2,14 @@
 // docs/virtual-device.md shows the same rows; a test compares the two.
 #pragma once
 
+#include <stddef.h>
+#include <stdint.h>
 #include <array>
-#include <cstddef>
-#include <cstdint>
 #include <span>
 
 namespace vdevice::chip {
 
-enum class Field : std::uint8_t {
+enum class Field : uint8_t {
     kSourceIpv6,
     kDestinationIpv6,
     kSourceMac,
@@ -33,11 +33,11 @@ enum class Field : std::uint8_t {
     kCount,
 };
 
-constexpr std::size_t kFields = static_cast<std::size_t>(Field::kCount);
+constexpr size_t kFields = static_cast<size_t>(Field::kCount);
 
 struct FieldInfo {
     Field field;
-    std::uint32_t code; /**< the field's number in the library's rules */
+    uint32_t code; /**< the field's number in the library's rules */
     const char *name;
     unsigned bits;
 };
@@ -47,7 +47,7 @@ std::span<const FieldInfo> field_table();
 const FieldInfo &describe(Field field);
 
 /** A field's value, most significant word first, and right-aligned in as many words as the field needs. */
-using FieldWords = std::array<std::uint32_t, 8>;
+using FieldWords = std::array<uint32_t, 8>;
 
 /** A condition on one field: equal under the mask, except for the ingress port, which is to be in both sets. */
 struct Qualifier {
@@ -59,27 +59,27 @@ struct Qualifier {
 };
 
 /** A condition on a field of one word. */
-constexpr Qualifier qualifier(Field field, std::uint32_t data, std::uint32_t mask) {
+constexpr Qualifier qualifier(Field field, uint32_t data, uint32_t mask) {
     return Qualifier{field, {data}, {mask}};
 }
 
 /** Kinds of packets. A rule may ask for one; each frame is of several. */
-enum class IpKind : std::uint8_t { kAny = 0, kNotIp = 1, kIp = 2, kArp = 3, kIpv4 = 5, kIpv6 = 10, kCount };
+enum class IpKind : uint8_t { kAny = 0, kNotIp = 1, kIp = 2, kArp = 3, kIpv4 = 5, kIpv6 = 10, kCount };
 
 /** Encapsulations. */
-enum class FrameKind : std::uint8_t { kAny = 0, kEthernet = 1, kLlc = 2, kSnap = 3, kCount };
+enum class FrameKind : uint8_t { kAny = 0, kEthernet = 1, kLlc = 2, kSnap = 3, kCount };
 
 /** Formats of the innermost tag. */
-enum class TagFormat : std::uint8_t { kNone = 0, kPriority = 1, kVlan = 2 };
+enum class TagFormat : uint8_t { kNone = 0, kPriority = 1, kVlan = 2 };
 
 /** The bit that stands for a kind in a frame's set of kinds. */
 template <typename Kind>
-constexpr std::uint32_t bit_of(Kind kind) {
-    return std::uint32_t{1} << static_cast<unsigned>(kind);
+constexpr uint32_t bit_of(Kind kind) {
+    return uint32_t{1} << static_cast<unsigned>(kind);
 }
 
-bool is_ip_kind(std::uint32_t code);
-bool is_frame_kind(std::uint32_t code);
+bool is_ip_kind(uint32_t code);
+bool is_frame_kind(uint32_t code);
 
 /** False if the condition asks for bits that the field has not, so that no frame could meet it. */
 bool is_possible(const Qualifier &qualifier);

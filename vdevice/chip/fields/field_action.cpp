@@ -16,7 +16,7 @@ Status take_nothing(const ActionParameters & /*parameters*/, Action & /*action*/
 }
 
 /** The first word, if it is below the limit. */
-template <std::uint32_t limit, Status refusal>
+template <uint32_t limit, Status refusal>
 Status take_word(const ActionParameters &parameters, Action &action) {
     action.value = parameters.words[0];
     return action.value < limit ? Status::kOk : refusal;
@@ -60,7 +60,7 @@ constexpr ActionInfo kActionTable[] = {
     {206, ActionKind::kMirror, "mirror", take_word<MirrorTable::kSessions, Status::kMirrorSession>},
 };
 
-const ActionInfo *find(std::uint32_t code) {
+const ActionInfo *find(uint32_t code) {
     const auto *row = std::find_if(std::begin(kActionTable), std::end(kActionTable),
                                    [&](const ActionInfo &info) { return info.code == code; });
     return row == std::end(kActionTable) ? nullptr : row;
@@ -77,7 +77,7 @@ const char *name(const Action &action) {
     return info == nullptr ? "unknown" : info->name;
 }
 
-Status make_action(std::uint32_t code, const ActionParameters &parameters, Action &action) {
+Status make_action(uint32_t code, const ActionParameters &parameters, Action &action) {
     const ActionInfo *info = find(code);
     if (info == nullptr) {
         return Status::kFieldAction;

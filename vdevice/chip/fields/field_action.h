@@ -2,9 +2,9 @@
 // test compares the two.
 #pragma once
 
+#include <stddef.h>
+#include <stdint.h>
 #include <array>
-#include <cstddef>
-#include <cstdint>
 #include <span>
 
 #include "vdevice/chip/fields/field.h"
@@ -13,7 +13,7 @@
 
 namespace vdevice::chip {
 
-enum class ActionKind : std::uint8_t {
+enum class ActionKind : uint8_t {
     kDscp,
     kPriority,
     kRedirect,
@@ -28,13 +28,13 @@ enum class ActionKind : std::uint8_t {
     kCount,
 };
 
-constexpr std::size_t kActionKinds = static_cast<std::size_t>(ActionKind::kCount);
+constexpr size_t kActionKinds = static_cast<size_t>(ActionKind::kCount);
 
 struct Action {
-    std::uint32_t code = 0;
+    uint32_t code = 0;
     ActionKind kind = ActionKind::kPermit;
-    std::uint32_t value = 0; /**< the new DSCP, priority or VLAN, or which meter, counter or mirror session */
-    PortSet ports;           /**< of a redirection */
+    uint32_t value = 0; /**< the new DSCP, priority or VLAN, or which meter, counter or mirror session */
+    PortSet ports;      /**< of a redirection */
 
     friend bool operator==(const Action &, const Action &) = default;
 };
@@ -42,11 +42,11 @@ struct Action {
 /** An action's parameters as the driver gets them: the first words of the one, the first word of the other. */
 struct ActionParameters {
     FieldWords words{};
-    std::uint32_t second = 0;
+    uint32_t second = 0;
 };
 
 struct ActionInfo {
-    std::uint32_t code;
+    uint32_t code;
     ActionKind kind;
     const char *name;
     /** Puts the parameters into the action, or refuses them. */
@@ -59,17 +59,17 @@ std::span<const ActionInfo> action_table();
 const char *name(const Action &action);
 
 /** Makes the action, or refuses a code that there is not, and parameters out of range. */
-Status make_action(std::uint32_t code, const ActionParameters &parameters, Action &action);
+Status make_action(uint32_t code, const ActionParameters &parameters, Action &action);
 
 /** The actions that are carried out on one frame: one of each kind, or null. */
 class ActionSet {
   public:
     /** An action whose kind is there already comes too late. */
     void add(const Action &action) {
-        const Action *&slot = actions_[static_cast<std::size_t>(action.kind)];
+        const Action *&slot = actions_[static_cast<size_t>(action.kind)];
         slot = slot == nullptr ? &action : slot;
     }
-    const Action *find(ActionKind kind) const { return actions_[static_cast<std::size_t>(kind)]; }
+    const Action *find(ActionKind kind) const { return actions_[static_cast<size_t>(kind)]; }
 
   private:
     std::array<const Action *, kActionKinds> actions_{};

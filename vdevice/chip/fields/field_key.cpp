@@ -7,10 +7,10 @@
 namespace vdevice::chip {
 namespace {
 
-constexpr std::uint16_t kTypeArp = 0x0806;
+constexpr uint16_t kTypeArp = 0x0806;
 constexpr unsigned kWordBits = 32;
 
-TagFormat format_of(std::optional<std::uint16_t> tci) {
+TagFormat format_of(std::optional<uint16_t> tci) {
     if (!tci) {
         return TagFormat::kNone;
     }
@@ -21,12 +21,12 @@ TagFormat format_of(std::optional<std::uint16_t> tci) {
 
 FieldKey::FieldKey(const FieldFrame &frame) {
     const Encapsulation carried = read_encapsulation(frame.header);
-    set(Field::kInPorts, static_cast<std::uint32_t>(frame.ingress));
+    set(Field::kInPorts, static_cast<uint32_t>(frame.ingress));
     set(Field::kDestinationMac, frame.header.destination);
     set(Field::kSourceMac, frame.header.source);
     set(Field::kOuterVid, frame.tci & kVidMask);
     set(Field::kOuterPriority, frame.tci >> kPcpShift);
-    set(Field::kInnerFormat, static_cast<std::uint32_t>(format_of(carried.inner_tci)));
+    set(Field::kInnerFormat, static_cast<uint32_t>(format_of(carried.inner_tci)));
     if (carried.inner_tci) {
         set(Field::kInnerVid, *carried.inner_tci & kVidMask);
         set(Field::kInnerPriority, *carried.inner_tci >> kPcpShift);
@@ -49,9 +49,9 @@ bool FieldKey::meets(const Qualifier &qualifier) const {
 
 bool FieldKey::is_equal(const Qualifier &qualifier) const {
     const bool is_there = has(qualifier.field);
-    const std::size_t first = first_key_word(qualifier.field);
-    for (std::size_t i = 0; i < key_words(qualifier.field); ++i) {
-        const std::uint32_t mask = qualifier.mask[i];
+    const size_t first = first_key_word(qualifier.field);
+    for (size_t i = 0; i < key_words(qualifier.field); ++i) {
+        const uint32_t mask = qualifier.mask[i];
         if (mask != 0 && (!is_there || ((word(first + i) ^ qualifier.data[i]) & mask) != 0)) {
             return false;
         }
@@ -64,20 +64,20 @@ bool FieldKey::shares_port(const Qualifier &qualifier) const {
     return asked.has(ingress());
 }
 
-void FieldKey::set(Field field, std::uint32_t value) {
+void FieldKey::set(Field field, uint32_t value) {
     *add(field) = value;
 }
 
 void FieldKey::set(Field field, Mac mac) {
-    std::uint32_t *words = add(field);
-    words[0] = static_cast<std::uint32_t>(mac.value() >> kWordBits);
-    words[1] = static_cast<std::uint32_t>(mac.value());
+    uint32_t *words = add(field);
+    words[0] = static_cast<uint32_t>(mac.value() >> kWordBits);
+    words[1] = static_cast<uint32_t>(mac.value());
 }
 
 void FieldKey::set_ipv6(Field field, Bytes address) {
-    std::uint32_t *words = add(field);
-    for (std::size_t i = 0; i < kIpv6AddressBytes / sizeof(std::uint32_t); ++i) {
-        words[i] = read32(address, i * sizeof(std::uint32_t));
+    uint32_t *words = add(field);
+    for (size_t i = 0; i < kIpv6AddressBytes / sizeof(uint32_t); ++i) {
+        words[i] = read32(address, i * sizeof(uint32_t));
     }
 }
 

@@ -12,13 +12,13 @@ namespace vdevice::chip {
 /** A frame as it comes to the field processor. */
 struct FieldFrame {
     int ingress;
-    std::size_t octets; /**< its length on the wire, without the check sequence */
+    size_t octets; /**< its length on the wire, without the check sequence */
     const Header &header;
-    std::uint16_t tci; /**< VLAN and priority in which it is being switched */
+    uint16_t tci; /**< VLAN and priority in which it is being switched */
 };
 
 /** How many words of a key the field has; of the ingress ports there is one, as a number. */
-constexpr std::size_t key_words(Field field) {
+constexpr size_t key_words(Field field) {
     switch (field) {
         case Field::kSourceIpv6:
         case Field::kDestinationIpv6:
@@ -33,17 +33,17 @@ constexpr std::size_t key_words(Field field) {
 
 /** Where the words of each field begin in a key, and behind the last one where they end. */
 constexpr auto kFirstKeyWords = [] {
-    std::array<std::uint8_t, kFields + 1> firsts{};
-    for (std::size_t i = 0; i < kFields; ++i) {
-        firsts[i + 1] = static_cast<std::uint8_t>(firsts[i] + key_words(static_cast<Field>(i)));
+    std::array<uint8_t, kFields + 1> firsts{};
+    for (size_t i = 0; i < kFields; ++i) {
+        firsts[i + 1] = static_cast<uint8_t>(firsts[i] + key_words(static_cast<Field>(i)));
     }
     return firsts;
 }();
 
-constexpr std::size_t kKeyWords = kFirstKeyWords[kFields];
+constexpr size_t kKeyWords = kFirstKeyWords[kFields];
 
-constexpr std::size_t first_key_word(Field field) {
-    return kFirstKeyWords[static_cast<std::size_t>(field)];
+constexpr size_t first_key_word(Field field) {
+    return kFirstKeyWords[static_cast<size_t>(field)];
 }
 
 class FieldKey {
@@ -53,19 +53,19 @@ class FieldKey {
     bool meets(const Qualifier &qualifier) const;
 
     /** A bit for each field that the frame has. */
-    std::uint32_t present() const { return present_; }
+    uint32_t present() const { return present_; }
     /** One of all words, those of the first field first; 0 if the frame has not the field. */
-    std::uint32_t word(std::size_t index) const { return words_[index]; }
+    uint32_t word(size_t index) const { return words_[index]; }
     int ingress() const { return static_cast<int>(words_[first_key_word(Field::kInPorts)]); }
 
   private:
-    void set(Field field, std::uint32_t value);
+    void set(Field field, uint32_t value);
     void set(Field field, Mac mac);
     void set_ipv6(Field field, Bytes address);
     /** @p octets is the packet as a whole. */
     void set_packet(const IpPacket &packet, Bytes octets);
     /** Marks the field as there and gives the place of its words. */
-    std::uint32_t *add(Field field) {
+    uint32_t *add(Field field) {
         present_ |= bit_of(field);
         return &words_[first_key_word(field)];
     }
@@ -74,8 +74,8 @@ class FieldKey {
     bool shares_port(const Qualifier &qualifier) const;
 
     static_assert(kFields <= 32, "present_ has a bit for each");
-    std::uint32_t present_ = 0;
-    std::array<std::uint32_t, kKeyWords> words_{};
+    uint32_t present_ = 0;
+    std::array<uint32_t, kKeyWords> words_{};
 };
 
 }  // namespace vdevice::chip

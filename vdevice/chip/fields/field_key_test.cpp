@@ -20,10 +20,10 @@ using test::octets16;
 using test::operator+;
 using test::station;
 
-constexpr std::uint32_t kAll = 0xFFFFFFFF;
+constexpr uint32_t kAll = 0xFFFFFFFF;
 constexpr int kIngress = 5;
 
-Octets service_tag(std::uint16_t tpid, std::uint16_t tci) {
+Octets service_tag(uint16_t tpid, uint16_t tci) {
     return octets16(tpid) + octets16(tci);
 }
 
@@ -33,11 +33,11 @@ const Octets kDatagram = octets16(1000) + octets16(2000) + Octets(22, 0x5A);
 class FieldKeyTest : public testing::Test {
   protected:
     /** The key of a frame that is switched in a VLAN with a priority. */
-    static FieldKey key_of(const Octets &frame, std::uint16_t tci = 0x6064) {
+    static FieldKey key_of(const Octets &frame, uint16_t tci = 0x6064) {
         const std::optional<Header> header = read_header(split_frame(frame), kVlanTpid);
         return FieldKey{{kIngress, frame.size(), *header, tci}};
     }
-    static bool meets(const Octets &rest, Field field, std::uint32_t data, std::uint32_t mask = kAll) {
+    static bool meets(const Octets &rest, Field field, uint32_t data, uint32_t mask = kAll) {
         return key_of(kAddresses + rest).meets(qualifier(field, data, mask));
     }
     static bool is_ip_kind(const Octets &rest, IpKind kind) {
@@ -67,7 +67,7 @@ TEST_F(FieldKeyTest, MacAddresses) {
 
 TEST_F(FieldKeyTest, IngressPortsAreAskedForMembership) {
     const FieldKey key = key_of(kAddresses + test::kPayload);
-    const auto in_ports = [&](std::uint32_t data, std::uint32_t mask) {
+    const auto in_ports = [&](uint32_t data, uint32_t mask) {
         return key.meets(qualifier(Field::kInPorts, data, mask));
     };
     EXPECT_TRUE(in_ports(1U << kIngress, kAll));
@@ -93,7 +93,7 @@ TEST_F(FieldKeyTest, TheInnerVlanIsThatOfTheInnermostTag) {
     EXPECT_TRUE(meets(one, Field::kInnerPriority, 5));
     const Octets two = test::vlan_tag(0x0014) + one;
     EXPECT_TRUE(meets(two, Field::kInnerVid, 10));
-    for (const std::uint16_t tpid : {std::uint16_t{0x88A8}, std::uint16_t{0x9100}, kVlanTpid}) {
+    for (const uint16_t tpid : {uint16_t{0x88A8}, uint16_t{0x9100}, kVlanTpid}) {
         const Octets outer = service_tag(tpid, 0x0014);
         EXPECT_TRUE(meets(outer + one, Field::kInnerVid, 10)) << tpid;
         EXPECT_TRUE(meets(outer + test::kPayload, Field::kInnerVid, 20)) << tpid;
@@ -189,11 +189,11 @@ TEST_F(FieldKeyTest, Ipv6) {
 }
 
 TEST_F(FieldKeyTest, PortsOfTheProtocolsThatHaveThem) {
-    for (const std::uint8_t protocol : {kTcp, kUdp, kSctp}) {
+    for (const uint8_t protocol : {kTcp, kUdp, kSctp}) {
         EXPECT_TRUE(has_ports(ipv4({protocol}, kDatagram)));
         EXPECT_TRUE(has_ports(ipv6({protocol}, kDatagram)));
     }
-    constexpr std::uint8_t kIcmp = 1;
+    constexpr uint8_t kIcmp = 1;
     EXPECT_FALSE(has_ports(ipv4({kIcmp}, kDatagram)));
     Ipv4 packet{kUdp};
     packet.options = Octets(8, 1);
@@ -202,10 +202,10 @@ TEST_F(FieldKeyTest, PortsOfTheProtocolsThatHaveThem) {
 }
 
 TEST_F(FieldKeyTest, OnlyFirstFragmentsHavePorts) {
-    constexpr std::uint16_t kDoNotFragment = 0x4000;
-    constexpr std::uint8_t kFragment = 44;
+    constexpr uint16_t kDoNotFragment = 0x4000;
+    constexpr uint8_t kFragment = 44;
     Ipv4 v4{kUdp};
-    for (const std::uint16_t first : {test::kMoreFragments, kDoNotFragment}) {
+    for (const uint16_t first : {test::kMoreFragments, kDoNotFragment}) {
         v4.fragment = first;
         EXPECT_TRUE(has_ports(ipv4(v4, kDatagram)));
     }
@@ -219,8 +219,8 @@ TEST_F(FieldKeyTest, OnlyFirstFragmentsHavePorts) {
 }
 
 TEST_F(FieldKeyTest, ExtensionHeadersArePassedOver) {
-    constexpr std::uint8_t kDestinationOptions = 60;
-    constexpr std::uint8_t kRouting = 43;
+    constexpr uint8_t kDestinationOptions = 60;
+    constexpr uint8_t kRouting = 43;
     const Octets packet =
         ipv6({kRouting}, test::extension(kDestinationOptions, 2) + test::extension(kTcp, 1) + kDatagram);
     EXPECT_TRUE(meets(packet, Field::kProtocol, kTcp));
@@ -250,9 +250,9 @@ TEST_F(FieldKeyTest, FramesCutAnywhereAreReadToTheirEnd) {
                              kAddresses + ipv6({0}, headers + kDatagram),
                              kAddresses + octets16(60) + Octets{0xAA, 0xAA, 3, 0, 0, 0} + ipv4({kUdp}, kDatagram)};
     for (const Octets &frame : frames) {
-        std::size_t with_ports = 0;
-        for (std::size_t length = kHeaderBytes; length <= frame.size(); ++length) {
-            const Octets cut(frame.begin(), frame.begin() + static_cast<std::ptrdiff_t>(length));
+        size_t with_ports = 0;
+        for (size_t length = kHeaderBytes; length <= frame.size(); ++length) {
+            const Octets cut(frame.begin(), frame.begin() + static_cast<ptrdiff_t>(length));
             if (const auto header = read_header(split_frame(cut), kVlanTpid)) {
                 const FieldKey key{{kIngress, length, *header, 1}};
                 with_ports += key.meets(qualifier(Field::kDestinationPort, 2000, kAll)) ? 1U : 0U;
@@ -264,13 +264,13 @@ TEST_F(FieldKeyTest, FramesCutAnywhereAreReadToTheirEnd) {
 
 TEST_F(FieldKeyTest, GarbageIsReadToItsEnd) {
     constexpr int kRounds = 20000;
-    constexpr std::uint8_t kLikely[] = {0x81, 0x00, 0x88, 0xA8, 0x08, 0x86, 0xDD, 0x45, 0x60, 44, 0, 60, 0xAA, 3};
+    constexpr uint8_t kLikely[] = {0x81, 0x00, 0x88, 0xA8, 0x08, 0x86, 0xDD, 0x45, 0x60, 44, 0, 60, 0xAA, 3};
     std::mt19937 random{1};
     int packets = 0;
     for (int round = 0; round < kRounds; ++round) {
         Octets frame(kHeaderBytes + random() % 80);
-        for (std::uint8_t &octet : frame) {
-            octet = random() % 4 == 0 ? static_cast<std::uint8_t>(random()) : kLikely[random() % std::size(kLikely)];
+        for (uint8_t &octet : frame) {
+            octet = random() % 4 == 0 ? static_cast<uint8_t>(random()) : kLikely[random() % std::size(kLikely)];
         }
         if (const auto header = read_header(split_frame(frame), kVlanTpid)) {
             const FieldKey key{{kIngress, frame.size(), *header, 1}};
@@ -291,7 +291,7 @@ TEST(Fields, ImpossibleConditionsAreKnown) {
 
 TEST(Fields, KindsAreTheOnesThatThereAre) {
     std::string kinds;
-    for (std::uint32_t code = 0; code < 300; ++code) {
+    for (uint32_t code = 0; code < 300; ++code) {
         kinds += is_ip_kind(code) ? std::to_string(code) + " " : "";
     }
     EXPECT_EQ(kinds, "0 1 2 3 5 10 ");

@@ -15,10 +15,10 @@ namespace {
 using test::operator+;
 
 constexpr int kCalls = 3000;
-constexpr std::uint32_t kAll = 0xFFFFFFFF;
+constexpr uint32_t kAll = 0xFFFFFFFF;
 
 struct ModelRule {
-    std::int32_t priority = 0;
+    int32_t priority = 0;
     std::optional<Vid> vid;
 };
 
@@ -30,18 +30,18 @@ struct ModelEntry {
     bool is_second = false;
 };
 
-using Model = std::map<std::uint32_t, ModelEntry>;
+using Model = std::map<uint32_t, ModelEntry>;
 
 /** The few entries that the lives are about, so that they meet often: a wide group, a plain one, and their ends. */
-constexpr std::pair<int, std::uint32_t> kPlaces[] = {{1, 1280}, {1, 1281}, {1, 1282}, {1, 1283}, {1, 1534},
-                                                     {1, 1535}, {2, 896},  {2, 897},  {2, 898},  {9, 0}};
+constexpr std::pair<int, uint32_t> kPlaces[] = {{1, 1280}, {1, 1281}, {1, 1282}, {1, 1283}, {1, 1534},
+                                                {1, 1535}, {2, 896},  {2, 897},  {2, 898},  {9, 0}};
 
 bool meets(const ModelRule &rule, Vid vid) {
     return !rule.vid || *rule.vid == vid;
 }
 
 /** Whether frames can meet the entry, and those of the VLAN do. */
-bool is_met(const Model &model, std::uint32_t number, Vid vid) {
+bool is_met(const Model &model, uint32_t number, Vid vid) {
     const ModelEntry &entry = model.at(number);
     if (!entry.installed || entry.is_second || !meets(*entry.installed, vid)) {
         return false;
@@ -55,8 +55,8 @@ bool is_met(const Model &model, std::uint32_t number, Vid vid) {
 }
 
 /** The winner of each group. */
-std::map<int, std::uint32_t> winners(const Model &model, Vid vid) {
-    std::map<int, std::uint32_t> best;
+std::map<int, uint32_t> winners(const Model &model, Vid vid) {
+    std::map<int, uint32_t> best;
     for (const auto &[number, entry] : model) {
         if (!is_met(model, number, vid)) {
             continue;
@@ -70,17 +70,17 @@ std::map<int, std::uint32_t> winners(const Model &model, Vid vid) {
 }
 
 /** Who wins is seen by whose count of matches grows. */
-std::map<int, std::uint32_t> winners(FieldTable &table, Vid vid) {
+std::map<int, uint32_t> winners(FieldTable &table, Vid vid) {
     const auto counts = [&] {
-        std::map<std::uint32_t, std::uint64_t> matches;
-        table.for_each([&](std::uint32_t number, const FieldEntry &entry) { matches[number] = entry.matches; });
+        std::map<uint32_t, uint64_t> matches;
+        table.for_each([&](uint32_t number, const FieldEntry &entry) { matches[number] = entry.matches; });
         return matches;
     };
     const auto before = counts();
     const test::Octets frame = test::station(1) + test::station(2) + test::kPayload;
     const auto header = read_header(split_frame(frame), kVlanTpid);
     table.match(FieldKey{{4, frame.size(), *header, vid}});
-    std::map<int, std::uint32_t> best;
+    std::map<int, uint32_t> best;
     for (const auto &[number, matches] : counts()) {
         if (matches != before.at(number)) {
             EXPECT_TRUE(best.try_emplace(table.find(number)->group, number).second) << "two winners in a group";
@@ -91,16 +91,16 @@ std::map<int, std::uint32_t> winners(FieldTable &table, Vid vid) {
 
 class FieldLives : public testing::TestWithParam<unsigned> {
   protected:
-    std::uint32_t below(std::uint32_t limit) { return static_cast<std::uint32_t>(random_() % limit); }
+    uint32_t below(uint32_t limit) { return static_cast<uint32_t>(random_() % limit); }
 
-    void create(int group, std::uint32_t number) {
+    void create(int group, uint32_t number) {
         const bool is_new = model_.try_emplace(number, ModelEntry{group}).second;
         EXPECT_EQ(table_.create(group, number), is_new ? Status::kOk : Status::kFieldExists);
     }
-    void destroy(std::uint32_t number) {
+    void destroy(uint32_t number) {
         EXPECT_EQ(table_.destroy(number), model_.erase(number) != 0 ? Status::kOk : Status::kFieldMissing);
     }
-    void join(std::uint32_t number) {
+    void join(uint32_t number) {
         const bool may =
             model_.count(number) != 0 && number >= 1280 && number % 2 == 0 && model_.count(number + 1) != 0;
         if (may) {
@@ -110,7 +110,7 @@ class FieldLives : public testing::TestWithParam<unsigned> {
         EXPECT_EQ(table_.join(number) == Status::kOk, may);
     }
     /** What needs an existing entry and nothing else. */
-    void change(std::uint32_t number, const std::function<void(ModelEntry &)> &in_model, Status status) {
+    void change(uint32_t number, const std::function<void(ModelEntry &)> &in_model, Status status) {
         const auto entry = model_.find(number);
         EXPECT_EQ(status, entry != model_.end() ? Status::kOk : Status::kFieldMissing);
         if (entry != model_.end()) {
@@ -119,7 +119,7 @@ class FieldLives : public testing::TestWithParam<unsigned> {
     }
     void live() {
         const auto &[group, number] = kPlaces[below(std::size(kPlaces))];
-        const auto priority = static_cast<std::int32_t>(below(3)) - 1;
+        const auto priority = static_cast<int32_t>(below(3)) - 1;
         const auto vid = static_cast<Vid>(1 + below(3));
         switch (below(8)) {
             case 0:
@@ -152,7 +152,7 @@ class FieldLives : public testing::TestWithParam<unsigned> {
 };
 
 TEST_P(FieldLives, TheSameRulesWin) {
-    std::size_t wins = 0;
+    size_t wins = 0;
     for (int call = 0; call < kCalls && !HasFailure(); ++call) {
         live();
         for (const Vid vid : {Vid{1}, Vid{2}, Vid{3}}) {
@@ -161,7 +161,7 @@ TEST_P(FieldLives, TheSameRulesWin) {
             EXPECT_EQ(winners(table_, vid), expected) << "call " << call << " vid " << vid;
         }
     }
-    EXPECT_GT(wins, std::size_t{kCalls}) << "a life in which something happens";
+    EXPECT_GT(wins, size_t{kCalls}) << "a life in which something happens";
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, FieldLives, testing::Range(1U, 9U));

@@ -30,7 +30,7 @@ TEST_F(FieldPipeline, RedirectionToASetSkipsTheIngressPortAndPortsThatAreDown) {
 }
 
 TEST_F(FieldPipeline, RedirectionDoesNotCloseALoopThatSpanningTreeHasCut) {
-    constexpr std::uint32_t kBlocking = 1;
+    constexpr uint32_t kBlocking = 1;
     rule({{kRedirectPorts, 1U << kB | 1U << kC}});
     ASSERT_EQ(chip_.stp().set_state(StpGroups::kDefault, kB, kBlocking), Status::kOk);
     EXPECT_EQ(outputs(kA, kFlooded), (Ports{kC}));
@@ -105,12 +105,12 @@ TEST_F(FieldPipeline, CountersCountFramesAndOctetsOfWhatMatches) {
 }
 
 TEST_F(FieldPipeline, AMeterHoldsAFlowToItsRate) {
-    constexpr std::uint32_t kRate = 1000;  // kbit/s
+    constexpr uint32_t kRate = 1000;  // kbit/s
     rule({{kMeter, 0, 5}});
     EXPECT_EQ(outputs(kA, kFlooded).size(), 3U) << "the meter is not there";
     ASSERT_EQ(chip_.fields().meters().set(5, kRate, 1s), Status::kOk);
     const Octets frame = kAddresses + kPayload + Octets(1000 - 60 - 24, 0);
-    std::size_t passed = 0;
+    size_t passed = 0;
     for (int i = 0; i < 10000; ++i) {
         passed += outputs(kA, frame, 1s + i * 1ms).empty() ? 0U : 1U;
     }
@@ -132,11 +132,11 @@ TEST_F(FieldPipeline, TheLowestGroupWinsOfEachKindOfAction) {
 }
 
 TEST_F(FieldPipeline, APairCountsMetersAndCopiesOnce) {
-    for (const std::uint32_t entry : {1280U, 1281U}) {
+    for (const uint32_t entry : {1280U, 1281U}) {
         ASSERT_EQ(table().create(1, entry), Status::kOk);
     }
     ASSERT_EQ(table().join(1280), Status::kOk);
-    for (const std::uint32_t entry : {1280U, 1281U}) {
+    for (const uint32_t entry : {1280U, 1281U}) {
         add_actions(entry, {{kCount, 3}, {kMeter, 0, 0}, {kCopyToCpu}});
     }
     ASSERT_EQ(chip_.fields().meters().set(0, 1000, 1s), Status::kOk);
@@ -254,7 +254,7 @@ TEST_F(FieldPipeline, TheMeterThatAnEntryNamesIsTakenAway) {
 }
 
 TEST(FieldActions, ParametersOutOfRangeAreRefused) {
-    const auto refusal = [](std::uint32_t code, std::uint32_t word, std::uint32_t second = 0) {
+    const auto refusal = [](uint32_t code, uint32_t word, uint32_t second = 0) {
         Action action;
         const Status status = make_action(code, {{word}, second}, action);
         EXPECT_EQ(action.code, status == Status::kOk ? code : 0) << "a refused action is not made";
@@ -276,7 +276,7 @@ TEST(FieldActions, ParametersOutOfRangeAreRefused) {
     EXPECT_EQ(refusal(kCount, 256), Status::kCounterRange);
     EXPECT_EQ(refusal(kMirror, 3), Status::kOk);
     EXPECT_EQ(refusal(kMirror, 4), Status::kMirrorSession);
-    for (const std::uint32_t code : {0U, 2U, 52U, 54U, 199U, 1000U, kAll}) {
+    for (const uint32_t code : {0U, 2U, 52U, 54U, 199U, 1000U, kAll}) {
         EXPECT_EQ(refusal(code, 0), Status::kFieldAction) << code;
     }
     Action action;

@@ -20,13 +20,13 @@ void FieldProcessor::reset() {
     miss_actions_ = {};
 }
 
-Status FieldProcessor::remove_meter_of(std::uint32_t entry) {
+Status FieldProcessor::remove_meter_of(uint32_t entry) {
     const FieldEntry *found = table_.find(entry);
     if (found == nullptr) {
         return FieldTable::absence_of(entry);
     }
     bool removed = false;
-    for (std::uint32_t meter = 0; meter < MeterTable::kMeters; ++meter) {
+    for (uint32_t meter = 0; meter < MeterTable::kMeters; ++meter) {
         removed = (found->names_meter(meter) && meters_.remove(meter)) || removed;
     }
     return removed ? Status::kOk : Status::kMeterMissing;
@@ -66,7 +66,7 @@ void FieldProcessor::carry_out(const ActionSet &actions, Time now, const FieldFr
         verdict.tci = with_bits(verdict.tci, kPcpMask, priority->value << kPcpShift);
     }
     if (const Action *dscp = actions.find(ActionKind::kDscp)) {
-        verdict.dscp = static_cast<std::uint8_t>(dscp->value);
+        verdict.dscp = static_cast<uint8_t>(dscp->value);
     }
     if (const Action *redirect = actions.find(ActionKind::kRedirect)) {
         verdict.redirect = redirect->ports;

@@ -14,17 +14,17 @@
 namespace vdevice::chip {
 
 /** What happens to a port's frames that match no rule. */
-enum class MissAction : std::uint8_t { kNone = 0, kDrop = 1, kCopyToCpu = 2, kToCpu = 3, kCount };
+enum class MissAction : uint8_t { kNone = 0, kDrop = 1, kCopyToCpu = 2, kToCpu = 3, kCount };
 
 /** What the field processor wants done with a frame. */
 struct FieldVerdict {
     std::optional<Drop> drop;
     bool to_cpu_only = false;
     bool copy_to_cpu = false;
-    std::uint16_t tci = 0; /**< VLAN and priority in which the frame goes on */
-    std::optional<std::uint8_t> dscp;
+    uint16_t tci = 0; /**< VLAN and priority in which the frame goes on */
+    std::optional<uint8_t> dscp;
     std::optional<PortSet> redirect;
-    std::optional<std::uint32_t> mirror; /**< the session whose flow mirror gets a copy */
+    std::optional<uint32_t> mirror; /**< the session whose flow mirror gets a copy */
 };
 
 class FieldProcessor {
@@ -40,11 +40,11 @@ class FieldProcessor {
     FieldCounters &counters() { return counters_; }
 
     /** Takes away the meter that the entry's actions name, installed or not. */
-    Status remove_meter_of(std::uint32_t entry);
+    Status remove_meter_of(uint32_t entry);
 
     /** The port must exist. */
-    void set_miss_action(int port, MissAction action) { miss_actions_[static_cast<std::size_t>(port)] = action; }
-    MissAction miss_action(int port) const { return miss_actions_[static_cast<std::size_t>(port)]; }
+    void set_miss_action(int port, MissAction action) { miss_actions_[static_cast<size_t>(port)] = action; }
+    MissAction miss_action(int port) const { return miss_actions_[static_cast<size_t>(port)]; }
 
     FieldVerdict judge(Time now, const FieldFrame &frame);
 

@@ -15,10 +15,10 @@ TEST_F(FieldRewrite, DscpOfIpv4IsRewrittenAndItsChecksumCorrected) {
     rule({{kSetDscp, 46}});
     for (const unsigned tos : {0U, 0xFFU, 0x13U}) {
         Ipv4 packet{kUdp};
-        packet.tos = static_cast<std::uint8_t>(tos);
+        packet.tos = static_cast<uint8_t>(tos);
         packet.options = Octets(4, 1);
         Ipv4 wanted = packet;
-        wanted.tos = static_cast<std::uint8_t>(46U << 2 | (tos & 3));
+        wanted.tos = static_cast<uint8_t>(46U << 2 | (tos & 3));
         EXPECT_EQ(received(kAddresses + ipv4(packet, kDatagram)), kAddresses + ipv4(wanted, kDatagram)) << tos;
         const Octets header = received(kAddresses + ipv4(packet, kDatagram));
         EXPECT_EQ(test::ones_sum(Bytes{header}.subspan(kHeaderBytes, kIpv4Bytes + 4)), 0xFFFF);
@@ -27,12 +27,12 @@ TEST_F(FieldRewrite, DscpOfIpv4IsRewrittenAndItsChecksumCorrected) {
 
 TEST_F(FieldRewrite, EveryDscpComesOutWithAGoodChecksum) {
     ASSERT_EQ(table().create(3, 768), Status::kOk);
-    for (std::uint32_t dscp = 0; dscp < 64; ++dscp) {
+    for (uint32_t dscp = 0; dscp < 64; ++dscp) {
         add_actions(768, {{kSetDscp, dscp}});
         Ipv4 packet{kUdp};
         packet.source = test::octets32(dscp * 0x1234567);
         Ipv4 wanted = packet;
-        wanted.tos = static_cast<std::uint8_t>(dscp << 2);
+        wanted.tos = static_cast<uint8_t>(dscp << 2);
         ASSERT_EQ(received(kAddresses + ipv4(packet, kDatagram)), kAddresses + ipv4(wanted, kDatagram)) << dscp;
     }
 }

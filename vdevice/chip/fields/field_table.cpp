@@ -10,14 +10,14 @@ constexpr FieldSlice kSlices[FieldTable::kGroups] = {
     {6, 512, 128, false}, {7, 384, 128, false}, {8, 256, 128, false}, {9, 0, 256, false},
 };
 
-const FieldSlice *find_slice(std::int64_t group) {
+const FieldSlice *find_slice(int64_t group) {
     const auto *slice =
         std::find_if(std::begin(kSlices), std::end(kSlices), [&](const FieldSlice &row) { return row.group == group; });
     return slice == std::end(kSlices) ? nullptr : slice;
 }
 
-std::size_t list_of(int group) {
-    return static_cast<std::size_t>(group - 1);
+size_t list_of(int group) {
+    return static_cast<size_t>(group - 1);
 }
 
 /** Puts the element in the place of the one that is like it, or behind all others. */
@@ -33,13 +33,13 @@ void replace_or_add(std::vector<Element> &list, const Element &element, IsAlike 
 
 }  // namespace
 
-bool FieldRule::names_meter(std::uint32_t meter) const {
+bool FieldRule::names_meter(uint32_t meter) const {
     return std::any_of(actions.begin(), actions.end(), [&](const Action &action) {
         return action.kind == ActionKind::kMeter && action.value == meter;
     });
 }
 
-Status FieldTable::create(std::int64_t group, std::uint32_t entry) {
+Status FieldTable::create(int64_t group, uint32_t entry) {
     const FieldSlice *slice = find_slice(group);
     if (slice == nullptr) {
         return Status::kFieldGroup;
@@ -57,7 +57,7 @@ Status FieldTable::create(std::int64_t group, std::uint32_t entry) {
     return Status::kOk;
 }
 
-Status FieldTable::destroy(std::uint32_t entry) {
+Status FieldTable::destroy(uint32_t entry) {
     const FieldEntry *found = find(entry);
     if (found == nullptr) {
         return absence_of(entry);
@@ -68,7 +68,7 @@ Status FieldTable::destroy(std::uint32_t entry) {
     return Status::kOk;
 }
 
-Status FieldTable::join(std::uint32_t entry) {
+Status FieldTable::join(uint32_t entry) {
     return change(entry, [&](FieldEntry &first) {
         const FieldSlice &slice = *find_slice(first.group);
         if (!slice.is_wide || (entry - slice.first) % 2 != 0) {
@@ -83,18 +83,18 @@ Status FieldTable::join(std::uint32_t entry) {
     });
 }
 
-Status FieldTable::change(std::uint32_t entry, const std::function<Status(FieldEntry &)> &change) {
+Status FieldTable::change(uint32_t entry, const std::function<Status(FieldEntry &)> &change) {
     return find(entry) != nullptr ? change(*entries_[entry]) : absence_of(entry);
 }
 
-Status FieldTable::set_priority(std::uint32_t entry, std::int32_t priority) {
+Status FieldTable::set_priority(uint32_t entry, int32_t priority) {
     return change(entry, [&](FieldEntry &state) {
         state.staged.priority = priority;
         return Status::kOk;
     });
 }
 
-Status FieldTable::qualify(std::uint32_t entry, const Qualifier &qualifier) {
+Status FieldTable::qualify(uint32_t entry, const Qualifier &qualifier) {
     return change(entry, [&](FieldEntry &state) {
         if (!is_possible(qualifier)) {
             return Status::kBadArgument;
@@ -105,28 +105,28 @@ Status FieldTable::qualify(std::uint32_t entry, const Qualifier &qualifier) {
     });
 }
 
-Status FieldTable::clear_qualifiers(std::uint32_t entry) {
+Status FieldTable::clear_qualifiers(uint32_t entry) {
     return change(entry, [](FieldEntry &state) {
         state.staged.qualifiers.clear();
         return Status::kOk;
     });
 }
 
-Status FieldTable::add_action(std::uint32_t entry, const Action &action) {
+Status FieldTable::add_action(uint32_t entry, const Action &action) {
     return change(entry, [&](FieldEntry &state) {
         replace_or_add(state.staged.actions, action, [&](const Action &other) { return other.code == action.code; });
         return Status::kOk;
     });
 }
 
-Status FieldTable::clear_actions(std::uint32_t entry) {
+Status FieldTable::clear_actions(uint32_t entry) {
     return change(entry, [](FieldEntry &state) {
         state.staged.actions.clear();
         return Status::kOk;
     });
 }
 
-Status FieldTable::install(std::uint32_t entry) {
+Status FieldTable::install(uint32_t entry) {
     return change(entry, [&](FieldEntry &state) {
         state.installed = state.staged;
         list_rules(state.group);
@@ -134,19 +134,19 @@ Status FieldTable::install(std::uint32_t entry) {
     });
 }
 
-const FieldEntry *FieldTable::find(std::uint32_t entry) const {
+const FieldEntry *FieldTable::find(uint32_t entry) const {
     return entry < kEntries && entries_[entry] ? &*entries_[entry] : nullptr;
 }
 
-void FieldTable::for_each(const std::function<void(std::uint32_t, const FieldEntry &)> &visit) const {
-    for (std::uint32_t entry = 0; entry < kEntries; ++entry) {
+void FieldTable::for_each(const std::function<void(uint32_t, const FieldEntry &)> &visit) const {
+    for (uint32_t entry = 0; entry < kEntries; ++entry) {
         if (entries_[entry]) {
             visit(entry, *entries_[entry]);
         }
     }
 }
 
-bool FieldTable::is_rule(std::uint32_t entry) const {
+bool FieldTable::is_rule(uint32_t entry) const {
     const FieldEntry *found = find(entry);
     if (found == nullptr || !found->installed) {
         return false;
@@ -155,7 +155,7 @@ bool FieldTable::is_rule(std::uint32_t entry) const {
 }
 
 /** The installed other half of a first half, or null. */
-const FieldRule *FieldTable::second_half(std::uint32_t entry) const {
+const FieldRule *FieldTable::second_half(uint32_t entry) const {
     const FieldEntry *second = find(entry + 1);
     const bool is_pair = get(entry).part == EntryPart::kFirstHalf && second != nullptr &&
                          second->part == EntryPart::kSecondHalf && second->installed;
@@ -164,16 +164,16 @@ const FieldRule *FieldTable::second_half(std::uint32_t entry) const {
 
 void FieldTable::list_rules(int group) {
     const FieldSlice &slice = *find_slice(group);
-    std::vector<std::uint32_t> &rules = rules_[list_of(group)];
+    std::vector<uint32_t> &rules = rules_[list_of(group)];
     is_indexed_ = false;
     rule_count_ -= rules.size();
     rules.clear();
-    for (std::uint32_t entry = slice.first; slice.has(entry); ++entry) {
+    for (uint32_t entry = slice.first; slice.has(entry); ++entry) {
         if (is_rule(entry)) {
             rules.push_back(entry);
         }
     }
-    const auto priority = [&](std::uint32_t entry) { return get(entry).installed->priority; };
+    const auto priority = [&](uint32_t entry) { return get(entry).installed->priority; };
     // Stable: of equal priorities the lower entry stays before the higher one.
     std::stable_sort(rules.begin(), rules.end(), [&](auto a, auto b) { return priority(a) > priority(b); });
     rule_count_ += rules.size();
@@ -181,8 +181,8 @@ void FieldTable::list_rules(int group) {
 
 void FieldTable::make_index() {
     index_.clear();
-    for (std::size_t list = 0; list < rules_.size(); ++list) {
-        for (const std::uint32_t entry : rules_[list]) {
+    for (size_t list = 0; list < rules_.size(); ++list) {
+        for (const uint32_t entry : rules_[list]) {
             const FieldRule *second = second_half(entry);
             if (const auto terms =
                     make_terms(get(entry).installed->qualifiers, second == nullptr ? nullptr : &second->qualifiers)) {
@@ -193,7 +193,7 @@ void FieldTable::make_index() {
     is_indexed_ = true;
 }
 
-void FieldTable::collect(std::uint32_t entry, ActionSet &actions) {
+void FieldTable::collect(uint32_t entry, ActionSet &actions) {
     ++entries_[entry]->matches;
     for (const FieldRule *half : {static_cast<const FieldRule *>(&*entries_[entry]->installed), second_half(entry)}) {
         if (half != nullptr) {
@@ -207,7 +207,7 @@ std::optional<ActionSet> FieldTable::match(const FieldKey &key) {
     if (!is_indexed_) {
         make_index();
     }
-    for (const std::uint32_t best : index_.find(key)) {
+    for (const uint32_t best : index_.find(key)) {
         if (best != RuleIndex::kNone) {
             collect(best, actions ? *actions : actions.emplace());
         }

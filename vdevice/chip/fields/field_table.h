@@ -2,8 +2,8 @@
 // installed, and pairs of entries that are one rule.
 #pragma once
 
+#include <stdint.h>
 #include <array>
-#include <cstdint>
 #include <functional>
 #include <optional>
 #include <vector>
@@ -17,27 +17,27 @@
 namespace vdevice::chip {
 
 struct FieldRule {
-    std::int32_t priority = 0;
+    int32_t priority = 0;
     std::vector<Qualifier> qualifiers;
     std::vector<Action> actions;
 
-    bool names_meter(std::uint32_t meter) const;
+    bool names_meter(uint32_t meter) const;
 
     friend bool operator==(const FieldRule &, const FieldRule &) = default;
 };
 
 /** What part of a rule an entry is. A half whose other half is gone never matches. */
-enum class EntryPart : std::uint8_t { kWhole, kFirstHalf, kSecondHalf };
+enum class EntryPart : uint8_t { kWhole, kFirstHalf, kSecondHalf };
 
 struct FieldEntry {
     int group = 0;
     EntryPart part = EntryPart::kWhole;
     FieldRule staged;
     std::optional<FieldRule> installed;
-    std::uint64_t matches = 0; /**< frames for which the rule won within its group, counted on the first half */
+    uint64_t matches = 0; /**< frames for which the rule won within its group, counted on the first half */
 
     /** Whether one of its actions does, staged or installed. */
-    bool names_meter(std::uint32_t meter) const {
+    bool names_meter(uint32_t meter) const {
         return staged.names_meter(meter) || (installed && installed->names_meter(meter));
     }
 };
@@ -45,39 +45,39 @@ struct FieldEntry {
 /** The entries of a group. In a wide one, entries may be joined to pairs. */
 struct FieldSlice {
     int group;
-    std::uint32_t first;
-    std::uint32_t size;
+    uint32_t first;
+    uint32_t size;
     bool is_wide;
 
-    constexpr bool has(std::uint32_t entry) const { return entry >= first && entry - first < size; }
+    constexpr bool has(uint32_t entry) const { return entry >= first && entry - first < size; }
 };
 
 class FieldTable {
   public:
-    static constexpr std::uint32_t kEntries = 1536;
-    static constexpr std::size_t kGroups = RuleIndex::kLists;
+    static constexpr uint32_t kEntries = 1536;
+    static constexpr size_t kGroups = RuleIndex::kLists;
 
     FieldTable() : entries_(kEntries) {}
 
-    Status create(std::int64_t group, std::uint32_t entry);
+    Status create(int64_t group, uint32_t entry);
     /** Takes the entry out at once. */
-    Status destroy(std::uint32_t entry);
+    Status destroy(uint32_t entry);
     /** Joins an entry and the one behind it, at once, for as long as both exist. */
-    Status join(std::uint32_t entry);
+    Status join(uint32_t entry);
 
     // These change what the next install() copies.
-    Status set_priority(std::uint32_t entry, std::int32_t priority);
+    Status set_priority(uint32_t entry, int32_t priority);
     /** A condition on the same field makes room. */
-    Status qualify(std::uint32_t entry, const Qualifier &qualifier);
-    Status clear_qualifiers(std::uint32_t entry);
+    Status qualify(uint32_t entry, const Qualifier &qualifier);
+    Status clear_qualifiers(uint32_t entry);
     /** An action of the same code makes room. */
-    Status add_action(std::uint32_t entry, const Action &action);
-    Status clear_actions(std::uint32_t entry);
-    Status install(std::uint32_t entry);
+    Status add_action(uint32_t entry, const Action &action);
+    Status clear_actions(uint32_t entry);
+    Status install(uint32_t entry);
 
     /** The entry, or nothing. */
-    const FieldEntry *find(std::uint32_t entry) const;
-    void for_each(const std::function<void(std::uint32_t, const FieldEntry &)> &visit) const;
+    const FieldEntry *find(uint32_t entry) const;
+    void for_each(const std::function<void(uint32_t, const FieldEntry &)> &visit) const;
     /** True if there is a rule that frames can meet. */
     bool has_rules() const { return rule_count_ != 0; }
 
@@ -85,26 +85,24 @@ class FieldTable {
     std::optional<ActionSet> match(const FieldKey &key);
 
     /** Why there is no entry of this number. */
-    static Status absence_of(std::uint32_t entry) {
-        return entry < kEntries ? Status::kFieldMissing : Status::kFieldRange;
-    }
+    static Status absence_of(uint32_t entry) { return entry < kEntries ? Status::kFieldMissing : Status::kFieldRange; }
 
   private:
     /** The entry, which must exist. */
-    const FieldEntry &get(std::uint32_t entry) const { return *entries_[entry]; }
-    Status change(std::uint32_t entry, const std::function<Status(FieldEntry &)> &change);
+    const FieldEntry &get(uint32_t entry) const { return *entries_[entry]; }
+    Status change(uint32_t entry, const std::function<Status(FieldEntry &)> &change);
     void list_rules(int group);
-    bool is_rule(std::uint32_t entry) const;
-    const FieldRule *second_half(std::uint32_t entry) const;
+    bool is_rule(uint32_t entry) const;
+    const FieldRule *second_half(uint32_t entry) const;
     void make_index();
-    void collect(std::uint32_t entry, ActionSet &actions);
+    void collect(uint32_t entry, ActionSet &actions);
 
     std::vector<std::optional<FieldEntry>> entries_;
     /** Of each group what frames can meet, in the order in which it is tried. */
-    std::array<std::vector<std::uint32_t>, kGroups> rules_;
+    std::array<std::vector<uint32_t>, kGroups> rules_;
     RuleIndex index_;
     bool is_indexed_ = true; /**< the index is made when a frame asks for it, not with each of many changes */
-    std::size_t rule_count_ = 0;
+    size_t rule_count_ = 0;
 };
 
 }  // namespace vdevice::chip

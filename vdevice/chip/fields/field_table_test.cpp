@@ -13,10 +13,10 @@ namespace {
 
 using test::operator+;
 
-constexpr std::uint32_t kAll = 0xFFFFFFFF;
-constexpr std::uint32_t kMark = 205;  // an action that carries a number
+constexpr uint32_t kAll = 0xFFFFFFFF;
+constexpr uint32_t kMark = 205;  // an action that carries a number
 
-Action mark(std::uint32_t number) {
+Action mark(uint32_t number) {
     Action action;
     EXPECT_EQ(make_action(kMark, {{number}, 0}, action), Status::kOk);
     return action;
@@ -24,32 +24,32 @@ Action mark(std::uint32_t number) {
 
 class FieldTableTest : public testing::Test {
   protected:
-    void create(int group, std::uint32_t entry, std::int32_t priority = 0) {
+    void create(int group, uint32_t entry, int32_t priority = 0) {
         ASSERT_EQ(table_.create(group, entry), Status::kOk);
         ASSERT_EQ(table_.set_priority(entry, priority), Status::kOk);
     }
     /** A rule for a VLAN that marks its frames with the entry's number. */
-    void add(int group, std::uint32_t entry, Vid vid, std::int32_t priority = 0) {
+    void add(int group, uint32_t entry, Vid vid, int32_t priority = 0) {
         create(group, entry, priority);
         want(entry, vid);
         ASSERT_EQ(table_.add_action(entry, mark(entry % 256)), Status::kOk);
         ASSERT_EQ(table_.install(entry), Status::kOk);
     }
-    void want(std::uint32_t entry, Vid vid) {
+    void want(uint32_t entry, Vid vid) {
         ASSERT_EQ(table_.qualify(entry, qualifier(Field::kOuterVid, vid, kAll)), Status::kOk);
     }
-    void want_type(std::uint32_t entry, std::uint32_t type) {
+    void want_type(uint32_t entry, uint32_t type) {
         ASSERT_EQ(table_.qualify(entry, qualifier(Field::kEtherType, type, kAll)), Status::kOk);
     }
     /** Two joined entries that are not installed: one wants a VLAN, the other a type. */
-    void add_pair(int group, std::uint32_t entry, Vid vid, std::uint32_t type) {
+    void add_pair(int group, uint32_t entry, Vid vid, uint32_t type) {
         create(group, entry, 5);
         create(group, entry + 1, 0);
         ASSERT_EQ(table_.join(entry), Status::kOk);
         want(entry, vid);
         want_type(entry + 1, type);
     }
-    void install_pair(std::uint32_t entry) {
+    void install_pair(uint32_t entry) {
         ASSERT_EQ(table_.install(entry), Status::kOk);
         ASSERT_EQ(table_.install(entry + 1), Status::kOk);
     }
@@ -60,7 +60,7 @@ class FieldTableTest : public testing::Test {
     }
     bool matches(Vid vid) { return match(vid).has_value(); }
     /** What the frames of a VLAN are marked with. */
-    std::uint32_t marked(Vid vid) {
+    uint32_t marked(Vid vid) {
         const auto actions = match(vid);
         const Action *action = actions ? actions->find(ActionKind::kCounter) : nullptr;
         return action == nullptr ? kAll : action->value;
@@ -71,8 +71,8 @@ class FieldTableTest : public testing::Test {
 
 constexpr struct {
     int group;
-    std::uint32_t first;
-    std::uint32_t last;
+    uint32_t first;
+    uint32_t last;
 } kGroups[] = {{9, 0, 255},   {8, 256, 383},  {7, 384, 511},   {6, 512, 639},  {4, 640, 767},
                {3, 768, 895}, {2, 896, 1023}, {5, 1024, 1279}, {1, 1280, 1535}};
 
@@ -97,15 +97,15 @@ TEST_F(FieldTableTest, EntriesAreCreatedInTheirGroupsSlice) {
 
 TEST_F(FieldTableTest, EveryEntryCanBeARule) {
     for (const auto &group : kGroups) {
-        for (std::uint32_t entry = group.first; entry <= group.last; ++entry) {
+        for (uint32_t entry = group.first; entry <= group.last; ++entry) {
             add(group.group, entry, 100);
         }
     }
     EXPECT_TRUE(matches(100));
-    std::size_t entries = 0;
-    table_.for_each([&](std::uint32_t, const FieldEntry &) { ++entries; });
-    EXPECT_EQ(entries, std::size_t{FieldTable::kEntries});
-    for (std::uint32_t entry = 0; entry < FieldTable::kEntries; ++entry) {
+    size_t entries = 0;
+    table_.for_each([&](uint32_t, const FieldEntry &) { ++entries; });
+    EXPECT_EQ(entries, size_t{FieldTable::kEntries});
+    for (uint32_t entry = 0; entry < FieldTable::kEntries; ++entry) {
         EXPECT_EQ(table_.destroy(entry), Status::kOk);
     }
     EXPECT_FALSE(table_.has_rules());
@@ -224,7 +224,7 @@ TEST_F(FieldTableTest, APairActsOnceWithThePriorityOfItsFirstHalf) {
 }
 
 TEST_F(FieldTableTest, ABrokenPairNeverMatches) {
-    for (const std::uint32_t destroyed : {1290U, 1291U}) {
+    for (const uint32_t destroyed : {1290U, 1291U}) {
         table_ = {};
         add_pair(1, 1290, 100, 0x0800);
         install_pair(1290);

@@ -5,17 +5,17 @@
 namespace vdevice::chip {
 namespace {
 
-constexpr std::size_t kGapBytes = 20;  // preamble, start of frame and the shortest gap (IEEE 802.3)
+constexpr size_t kGapBytes = 20;  // preamble, start of frame and the shortest gap (IEEE 802.3)
 
 }  // namespace
 
-bool Meter::charge(std::size_t octets, Time now) {
+bool Meter::charge(size_t octets, Time now) {
     const bool passes = bucket_.charge(octets, now);
     ++(passes ? passed_ : dropped_);
     return passes;
 }
 
-Status MeterTable::set(std::uint32_t meter, std::uint32_t rate, Time now) {
+Status MeterTable::set(uint32_t meter, uint32_t rate, Time now) {
     if (meter >= kMeters) {
         return Status::kMeterRange;
     }
@@ -31,15 +31,15 @@ Status MeterTable::set(std::uint32_t meter, std::uint32_t rate, Time now) {
     return Status::kOk;
 }
 
-bool MeterTable::remove(std::uint32_t meter) {
+bool MeterTable::remove(uint32_t meter) {
     const bool was_there = meters_[meter].has_value();
     meters_[meter].reset();
     return was_there;
 }
 
-bool MeterTable::passes(std::uint32_t meter, std::size_t octets, Time now) {
+bool MeterTable::passes(uint32_t meter, size_t octets, Time now) {
     std::optional<Meter> &slot = meters_[meter];
-    const std::size_t counted = octets + kCheckSequenceBytes + (counts_gap_ ? kGapBytes : 0);
+    const size_t counted = octets + kCheckSequenceBytes + (counts_gap_ ? kGapBytes : 0);
     return !slot || slot->charge(counted, now);
 }
 

@@ -1,9 +1,9 @@
 // Meters: token buckets that tell which frames are over a rate, on the time handed in.
 #pragma once
 
+#include <stddef.h>
+#include <stdint.h>
 #include <array>
-#include <cstddef>
-#include <cstdint>
 #include <optional>
 
 #include "vdevice/chip/frame/status.h"
@@ -14,45 +14,45 @@ namespace vdevice::chip {
 /** A bucket as deep as it chooses, and what became of the frames that were charged to it. */
 class Meter {
   public:
-    static constexpr std::uint32_t kMaxRate = TokenBucket::kMaxRate; /**< kbit/s */
+    static constexpr uint32_t kMaxRate = TokenBucket::kMaxRate; /**< kbit/s */
 
     /** A full bucket. */
-    Meter(std::uint32_t rate, Time now) : bucket_{Counting::kOctets, {rate}, now} {}
+    Meter(uint32_t rate, Time now) : bucket_{Counting::kOctets, {rate}, now} {}
 
     /** What has come together so far stays, as far as it fits. */
-    void set_rate(std::uint32_t rate, Time now) { bucket_.set_limit({rate}, now); }
+    void set_rate(uint32_t rate, Time now) { bucket_.set_limit({rate}, now); }
     /** Takes the octets out of the bucket; false, and nothing is taken, when they are over the rate. */
-    bool charge(std::size_t octets, Time now);
+    bool charge(size_t octets, Time now);
 
-    std::uint32_t rate() const { return bucket_.limit().rate; }
-    std::size_t depth() const { return bucket_.depth(); }
-    std::uint64_t passed() const { return passed_; }
-    std::uint64_t dropped() const { return dropped_; }
+    uint32_t rate() const { return bucket_.limit().rate; }
+    size_t depth() const { return bucket_.depth(); }
+    uint64_t passed() const { return passed_; }
+    uint64_t dropped() const { return dropped_; }
 
   private:
     TokenBucket bucket_;
-    std::uint64_t passed_ = 0;
-    std::uint64_t dropped_ = 0;
+    uint64_t passed_ = 0;
+    uint64_t dropped_ = 0;
 };
 
 class MeterTable {
   public:
-    static constexpr std::uint32_t kMeters = 64;
+    static constexpr uint32_t kMeters = 64;
 
     /** Makes the meter or changes its rate. */
-    Status set(std::uint32_t meter, std::uint32_t rate, Time now);
+    Status set(uint32_t meter, uint32_t rate, Time now);
     /** False if it was not there. */
-    bool remove(std::uint32_t meter);
+    bool remove(uint32_t meter);
     void clear() { meters_ = {}; }
     /** The meter, or nothing. */
-    const std::optional<Meter> &find(std::uint32_t meter) const { return meters_[meter]; }
+    const std::optional<Meter> &find(uint32_t meter) const { return meters_[meter]; }
 
     /** From now on a frame's octets do not include the preamble before it and the gap behind it. */
     void exclude_gap() { counts_gap_ = false; }
     bool counts_gap() const { return counts_gap_; }
 
     /** True if a frame of so many octets, check sequence not included, keeps to the rate, or the meter is not there. */
-    bool passes(std::uint32_t meter, std::size_t octets, Time now);
+    bool passes(uint32_t meter, size_t octets, Time now);
 
   private:
     std::array<std::optional<Meter>, kMeters> meters_;

@@ -8,12 +8,12 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr std::uint32_t kMegabit = 1000;
-constexpr std::size_t kFrame = 1000;
+constexpr uint32_t kMegabit = 1000;
+constexpr size_t kFrame = 1000;
 
 /** Offers a frame of kFrame octets at every step and gives the octets that passed. */
-std::uint64_t run(Meter &meter, Time from, Time step, int frames) {
-    std::uint64_t passed = 0;
+uint64_t run(Meter &meter, Time from, Time step, int frames) {
+    uint64_t passed = 0;
     for (int i = 0; i < frames; ++i) {
         passed += meter.charge(kFrame, from + i * step) ? kFrame : 0;
     }
@@ -35,13 +35,13 @@ TEST(Meter, BeginsFullAndLetsABurstPass) {
 
 // A million seconds of a flow of twice the rate: not an octet more or less than the rate and the first bucketful.
 TEST(Meter, IsExactOverALongTime) {
-    constexpr std::uint32_t kRate = 997;  // kbit/s, no divisor of anything here
+    constexpr uint32_t kRate = 997;  // kbit/s, no divisor of anything here
     Meter meter{kRate, 0s};
     constexpr int kFrames = 1'000'000;
     constexpr Time kStep = 3'999'983ns;  // a kilobyte each: some 2000 kbit/s
-    const std::uint64_t passed = run(meter, 0s, kStep, kFrames);
+    const uint64_t passed = run(meter, 0s, kStep, kFrames);
     const auto let_in =
-        static_cast<std::uint64_t>(kRate) * static_cast<std::uint64_t>(((kFrames - 1) * kStep).count()) / 8'000'000;
+        static_cast<uint64_t>(kRate) * static_cast<uint64_t>(((kFrames - 1) * kStep).count()) / 8'000'000;
     EXPECT_LE(passed, let_in + meter.depth());
     EXPECT_GT(passed + kFrame, let_in);
     EXPECT_GE(passed, let_in + meter.depth() - kFrame) << "the bucket was never full again";
@@ -70,7 +70,7 @@ TEST(Meter, TimeThatGoesBackLetsNothingIn) {
 
 TEST(Meter, AFrameLongerThanTheBucketPassesWhenItIsFull) {
     Meter meter{kMegabit, 0s};
-    constexpr std::size_t kJumbo = 9600;
+    constexpr size_t kJumbo = 9600;
     EXPECT_TRUE(meter.charge(kJumbo, 0s));
     EXPECT_FALSE(meter.charge(kJumbo, 76ms)) << "125 octets a millisecond: in debt until 52 ms, full at 76.8";
     EXPECT_TRUE(meter.charge(kJumbo, 77ms));

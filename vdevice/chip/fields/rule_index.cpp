@@ -5,12 +5,12 @@
 namespace vdevice::chip {
 namespace {
 
-constexpr std::size_t kFirstSlots = 8;
-constexpr std::uint32_t kHashStart = 0x811C9DC5;
+constexpr size_t kFirstSlots = 8;
+constexpr uint32_t kHashStart = 0x811C9DC5;
 
 /** Multiplication carries what differs upwards, the shift brings it back to the bits that choose the slot. */
-constexpr std::uint32_t mixed(std::uint32_t hash, std::uint32_t word) {
-    constexpr std::uint32_t kFactor = 0x9E3779B1;
+constexpr uint32_t mixed(uint32_t hash, uint32_t word) {
+    constexpr uint32_t kFactor = 0x9E3779B1;
     constexpr unsigned kShift = 15;
     hash = (hash ^ word) * kFactor;
     return hash ^ hash >> kShift;
@@ -23,13 +23,13 @@ void RuleIndex::clear() {
     shapes_.clear();
 }
 
-void RuleIndex::add(std::size_t list, std::uint32_t entry, const RuleTerms &terms) {
+void RuleIndex::add(size_t list, uint32_t entry, const RuleTerms &terms) {
     Rule rule{list, entry, kHashStart, terms.ports, {}};
     for (const RuleTerm &term : terms.terms) {
         rule.hash = mixed(rule.hash, term.data);
         rule.data.push_back(term.data);
     }
-    const auto number = static_cast<std::uint32_t>(rules_.size());
+    const auto number = static_cast<uint32_t>(rules_.size());
     rules_.push_back(std::move(rule));
     Shape &shape = shape_of(terms);
     shape.rules.push_back(number);
@@ -58,16 +58,16 @@ RuleIndex::Shape &RuleIndex::shape_of(const RuleTerms &terms) {
 
 void RuleIndex::grow(Shape &shape) const {
     shape.slots.assign(std::max(kFirstSlots, shape.slots.size() * 2), kNone);
-    for (const std::uint32_t rule : shape.rules) {
+    for (const uint32_t rule : shape.rules) {
         put(shape, rule);
     }
 }
 
 // In the first free slot behind the hash's own: what was put in before is met before. A rule that no frame can get past
 // the others to is left out, so that many of them cost no more than one.
-void RuleIndex::put(Shape &shape, std::uint32_t rule) const {
-    const std::size_t last = shape.slots.size() - 1;
-    std::size_t slot = rules_[rule].hash & last;
+void RuleIndex::put(Shape &shape, uint32_t rule) const {
+    const size_t last = shape.slots.size() - 1;
+    size_t slot = rules_[rule].hash & last;
     for (; shape.slots[slot] != kNone; slot = (slot + 1) & last) {
         if (hides(rules_[shape.slots[slot]], rules_[rule])) {
             return;
@@ -89,7 +89,7 @@ RuleIndex::Entries RuleIndex::find(const FieldKey &key) const {
             find_in(shape, key, first);
         }
     }
-    for (std::uint32_t &rule : first) {
+    for (uint32_t &rule : first) {
         rule = rule == kNone ? kNone : rules_[rule].entry;
     }
     return first;
@@ -97,15 +97,15 @@ RuleIndex::Entries RuleIndex::find(const FieldKey &key) const {
 
 /** Takes those of the shape's rules that the frame meets, and that go before those found in their lists so far. */
 void RuleIndex::find_in(const Shape &shape, const FieldKey &key, Entries &first) const {
-    std::array<std::uint32_t, kKeyWords> words;
-    std::uint32_t hash = kHashStart;
-    std::size_t count = 0;
+    std::array<uint32_t, kKeyWords> words;
+    uint32_t hash = kHashStart;
+    size_t count = 0;
     for (const Mask &each : shape.masks) {
         words[count] = key.word(each.word) & each.mask;
         hash = mixed(hash, words[count++]);
     }
-    const std::size_t last = shape.slots.size() - 1;
-    for (std::size_t slot = hash & last; shape.slots[slot] != kNone; slot = (slot + 1) & last) {
+    const size_t last = shape.slots.size() - 1;
+    for (size_t slot = hash & last; shape.slots[slot] != kNone; slot = (slot + 1) & last) {
         const Rule &rule = rules_[shape.slots[slot]];
         if (rule.hash == hash && rule.ports.has(key.ingress()) &&
             std::equal(rule.data.begin(), rule.data.end(), words.begin())) {

@@ -3,8 +3,8 @@
 // for each shape, of which there are few, however many rules there are.
 #pragma once
 
+#include <stdint.h>
 #include <array>
-#include <cstdint>
 #include <vector>
 
 #include "vdevice/chip/fields/field_key.h"
@@ -14,44 +14,44 @@ namespace vdevice::chip {
 
 class RuleIndex {
   public:
-    static constexpr std::size_t kLists = 9;
-    static constexpr std::uint32_t kNone = ~std::uint32_t{0};
+    static constexpr size_t kLists = 9;
+    static constexpr uint32_t kNone = ~uint32_t{0};
 
     /** Of each list an entry, or kNone. */
-    using Entries = std::array<std::uint32_t, kLists>;
+    using Entries = std::array<uint32_t, kLists>;
 
     void clear();
     /** Adds a rule to a list, behind all others. */
-    void add(std::size_t list, std::uint32_t entry, const RuleTerms &terms);
+    void add(size_t list, uint32_t entry, const RuleTerms &terms);
 
     /** The first rule of each list, in the order of adding, that the frame meets. */
     Entries find(const FieldKey &key) const;
 
   private:
     struct Rule {
-        std::size_t list;
-        std::uint32_t entry;
-        std::uint32_t hash;
+        size_t list;
+        uint32_t entry;
+        uint32_t hash;
         PortSet ports;
-        std::vector<std::uint32_t> data; /**< for each word of the shape */
+        std::vector<uint32_t> data; /**< for each word of the shape */
     };
 
     struct Mask {
-        std::uint32_t word;
-        std::uint32_t mask;
+        uint32_t word;
+        uint32_t mask;
     };
 
     /** The rules stand in slots by their hashes, those of equal hashes in the order of adding. */
     struct Shape {
-        std::uint32_t present;
+        uint32_t present;
         std::vector<Mask> masks;
-        std::vector<std::uint32_t> rules;
-        std::vector<std::uint32_t> slots;
+        std::vector<uint32_t> rules;
+        std::vector<uint32_t> slots;
     };
 
     Shape &shape_of(const RuleTerms &terms);
     void grow(Shape &shape) const;
-    void put(Shape &shape, std::uint32_t rule) const;
+    void put(Shape &shape, uint32_t rule) const;
     bool hides(const Rule &earlier, const Rule &later) const;
     void find_in(const Shape &shape, const FieldKey &key, Entries &first) const;
 

@@ -16,34 +16,34 @@ using test::Octets;
 using test::octets16;
 using test::operator+;
 
-constexpr std::uint32_t kAll = 0xFFFFFFFF;
+constexpr uint32_t kAll = 0xFFFFFFFF;
 constexpr int kRules = 60;
 constexpr int kFrames = 200;
 constexpr int kPorts = 4;
-constexpr std::uint32_t kLists = 3;
+constexpr uint32_t kLists = 3;
 
 struct Rule {
-    std::size_t list;
+    size_t list;
     std::vector<Qualifier> first;
     std::optional<std::vector<Qualifier>> second;
 };
 
 class RuleIndexLives : public testing::TestWithParam<unsigned> {
   protected:
-    std::uint32_t below(std::uint32_t limit) { return static_cast<std::uint32_t>(random_() % limit); }
-    bool happens_in(std::uint32_t times) { return below(times) == 0; }
+    uint32_t below(uint32_t limit) { return static_cast<uint32_t>(random_() % limit); }
+    bool happens_in(uint32_t times) { return below(times) == 0; }
 
     /** Values and masks are few, so that rules meet the same frames, and each other. */
     Qualifier condition() {
         constexpr Field kFields[] = {Field::kOuterVid,   Field::kSourceIpv4,      Field::kDestinationIpv6,
                                      Field::kSourcePort, Field::kDestinationMac,  Field::kProtocol,
                                      Field::kInPorts,    Field::kDestinationIpv4, Field::kInnerVid};
-        constexpr std::uint32_t kMasks[] = {kAll, kAll, kAll, kAll, kAll, 3, 1, 0};
+        constexpr uint32_t kMasks[] = {kAll, kAll, kAll, kAll, kAll, 3, 1, 0};
         const Field field = kFields[below(std::size(kFields))];
         if (field == Field::kInPorts) {
             return qualifier(field, 1 + below((1U << kPorts) - 1), happens_in(2) ? kAll : 1U << below(kPorts));
         }
-        const std::uint32_t mask = kMasks[below(std::size(kMasks))];
+        const uint32_t mask = kMasks[below(std::size(kMasks))];
         Qualifier made = qualifier(field, below(4), mask);
         if (field == Field::kProtocol) {
             made.data[0] = happens_in(2) ? kUdp : kTcp;
@@ -58,7 +58,7 @@ class RuleIndexLives : public testing::TestWithParam<unsigned> {
         }
         return made;
     }
-    std::vector<Qualifier> conditions(std::size_t at_least) {
+    std::vector<Qualifier> conditions(size_t at_least) {
         std::vector<Qualifier> list(at_least + below(3));
         std::generate(list.begin(), list.end(), [&] { return condition(); });
         return list;
@@ -66,9 +66,9 @@ class RuleIndexLives : public testing::TestWithParam<unsigned> {
     Rule rule() { return {below(kLists), conditions(2), happens_in(3) ? std::optional{conditions(0)} : std::nullopt}; }
 
     Octets frame() {
-        const Octets ports = octets16(static_cast<std::uint16_t>(below(4))) + octets16(7);
-        const std::uint8_t protocol = happens_in(2) ? kUdp : kTcp;
-        const auto number = [&] { return static_cast<std::uint8_t>(below(4)); };
+        const Octets ports = octets16(static_cast<uint16_t>(below(4))) + octets16(7);
+        const uint8_t protocol = happens_in(2) ? kUdp : kTcp;
+        const auto number = [&] { return static_cast<uint8_t>(below(4)); };
         const Octets packet =
             happens_in(3) ? test::ipv6({protocol, test::ipv6_address(number()), test::ipv6_address(number())}, ports)
                           : test::ipv4({protocol, test::ipv4_address(number()), test::ipv4_address(number())}, ports);
@@ -83,11 +83,11 @@ class RuleIndexLives : public testing::TestWithParam<unsigned> {
     RuleIndex::Entries walk(const FieldKey &key) const {
         RuleIndex::Entries first;
         first.fill(RuleIndex::kNone);
-        for (std::size_t i = 0; i < rules_.size(); ++i) {
+        for (size_t i = 0; i < rules_.size(); ++i) {
             const Rule &rule = rules_[i];
             if (first[rule.list] == RuleIndex::kNone && meets_all(rule.first, key) &&
                 (!rule.second || meets_all(*rule.second, key))) {
-                first[rule.list] = static_cast<std::uint32_t>(i);
+                first[rule.list] = static_cast<uint32_t>(i);
             }
         }
         return first;
@@ -95,7 +95,7 @@ class RuleIndexLives : public testing::TestWithParam<unsigned> {
     void add_rule() {
         const Rule &added = rules_.emplace_back(rule());
         if (const auto terms = make_terms(added.first, added.second ? &*added.second : nullptr)) {
-            index_.add(added.list, static_cast<std::uint32_t>(rules_.size() - 1), *terms);
+            index_.add(added.list, static_cast<uint32_t>(rules_.size() - 1), *terms);
         }
     }
 
@@ -105,7 +105,7 @@ class RuleIndexLives : public testing::TestWithParam<unsigned> {
 };
 
 TEST_P(RuleIndexLives, TheSameRuleIsTheFirstThatIsMet) {
-    std::set<std::uint32_t> met;
+    std::set<uint32_t> met;
     int missed = 0;
     for (int rules = 0; rules < kRules; ++rules) {
         add_rule();
@@ -113,10 +113,10 @@ TEST_P(RuleIndexLives, TheSameRuleIsTheFirstThatIsMet) {
             const Octets octets = frame();
             const auto header = read_header(split_frame(octets), kVlanTpid);
             const FieldKey key{
-                {static_cast<int>(below(kPorts)), octets.size(), *header, static_cast<std::uint16_t>(below(4))}};
+                {static_cast<int>(below(kPorts)), octets.size(), *header, static_cast<uint16_t>(below(4))}};
             const auto expected = walk(key);
             EXPECT_EQ(index_.find(key), expected) << rules + 1 << " rules";
-            for (std::size_t list = 0; list < kLists; ++list) {
+            for (size_t list = 0; list < kLists; ++list) {
                 if (expected[list] == RuleIndex::kNone) {
                     ++missed;
                 } else {
@@ -134,7 +134,7 @@ INSTANTIATE_TEST_SUITE_P(Seeds, RuleIndexLives, testing::Range(1U, 41U));
 TEST(RuleTerms, TheFieldsOfAKeyHaveTheWordsOfTheirRows) {
     constexpr unsigned kWordBits = 32;
     for (const FieldInfo &info : field_table()) {
-        const std::size_t words = info.field == Field::kInPorts ? 1 : (info.bits + kWordBits - 1) / kWordBits;
+        const size_t words = info.field == Field::kInPorts ? 1 : (info.bits + kWordBits - 1) / kWordBits;
         EXPECT_EQ(key_words(info.field), words) << info.name;
     }
 }

@@ -11,14 +11,14 @@ bool RuleTerms::add(const Qualifier &qualifier) {
         ports &= PortSet::from_words(qualifier.data.data()) & PortSet::from_words(qualifier.mask.data());
         return !ports.empty();
     }
-    const std::size_t first = first_key_word(qualifier.field);
-    for (std::size_t i = 0; i < key_words(qualifier.field); ++i) {
-        const std::uint32_t mask = qualifier.mask[i];
+    const size_t first = first_key_word(qualifier.field);
+    for (size_t i = 0; i < key_words(qualifier.field); ++i) {
+        const uint32_t mask = qualifier.mask[i];
         if (mask == 0) {
             continue;
         }
         present |= bit_of(qualifier.field);
-        if (!add_term({static_cast<std::uint32_t>(first + i), mask, qualifier.data[i] & mask})) {
+        if (!add_term({static_cast<uint32_t>(first + i), mask, qualifier.data[i] & mask})) {
             return false;
         }
     }
@@ -30,8 +30,7 @@ void RuleTerms::close() {
         return;
     }
     ports.for_each([&](int port) {
-        add_term({static_cast<std::uint32_t>(first_key_word(Field::kInPorts)), ~std::uint32_t{0},
-                  static_cast<std::uint32_t>(port)});
+        add_term({static_cast<uint32_t>(first_key_word(Field::kInPorts)), ~uint32_t{0}, static_cast<uint32_t>(port)});
     });
 }
 

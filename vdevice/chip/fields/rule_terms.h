@@ -1,7 +1,7 @@
 // What a rule asks of frames, in the form in which a list of rules is searched: equality under masks, word by word.
 #pragma once
 
-#include <cstdint>
+#include <stdint.h>
 #include <optional>
 #include <vector>
 
@@ -12,13 +12,13 @@ namespace vdevice::chip {
 
 /** One word of a frame's key that must be equal to the data under the mask. The data has no other bits. */
 struct RuleTerm {
-    std::uint32_t word;
-    std::uint32_t mask;
-    std::uint32_t data;
+    uint32_t word;
+    uint32_t mask;
+    uint32_t data;
 };
 
 struct RuleTerms {
-    std::uint32_t present = 0;      /**< the fields that the frame must have, a bit for each */
+    uint32_t present = 0;           /**< the fields that the frame must have, a bit for each */
     PortSet ports = PortSet::all(); /**< that it may come in on */
     std::vector<RuleTerm> terms;    /**< in the order of the key's words, each of which occurs once at most */
 

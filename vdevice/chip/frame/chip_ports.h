@@ -1,8 +1,8 @@
 // The chip's ports, for tables that keep something for each of them, or for each user port: the CPU port is none.
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
+#include <stddef.h>
+#include <stdint.h>
 
 #include "vdevice/chip/frame/port_set.h"
 #include "vdevice/chip/frame/status.h"
@@ -10,16 +10,16 @@
 namespace vdevice::chip {
 
 /** Ports 0 to 31, with or without a cable. */
-constexpr std::size_t kChipPorts = 32;
+constexpr size_t kChipPorts = 32;
 
 struct ChipPorts {
     PortSet all;
     int cpu;
 
-    Status check(std::int64_t port) const {
+    Status check(int64_t port) const {
         return port >= 0 && port < PortSet::kSize && all.has(static_cast<int>(port)) ? Status::kOk : Status::kNoPort;
     }
-    Status check_user_port(std::int64_t port) const { return port == cpu ? Status::kCpuPort : check(port); }
+    Status check_user_port(int64_t port) const { return port == cpu ? Status::kCpuPort : check(port); }
 };
 
 }  // namespace vdevice::chip

@@ -6,14 +6,14 @@
 namespace vdevice::chip {
 namespace {
 
-constexpr std::uint16_t kServiceTpid = 0x88A8;
-constexpr std::uint16_t kOldServiceTpid = 0x9100;
-constexpr std::uint16_t kMaxLength = 1500;  // up to here the type of an IEEE 802.3 frame is its length
-constexpr std::array<std::uint8_t, 3> kSnapStart = {0xAA, 0xAA, 0x03};
-constexpr std::size_t kSnapBytes = 8;  // the start, three octets of an organisation, two of its protocol
-constexpr std::size_t kSnapTypeAt = 6;
+constexpr uint16_t kServiceTpid = 0x88A8;
+constexpr uint16_t kOldServiceTpid = 0x9100;
+constexpr uint16_t kMaxLength = 1500;  // up to here the type of an IEEE 802.3 frame is its length
+constexpr std::array<uint8_t, 3> kSnapStart = {0xAA, 0xAA, 0x03};
+constexpr size_t kSnapBytes = 8;  // the start, three octets of an organisation, two of its protocol
+constexpr size_t kSnapTypeAt = 6;
 
-bool is_tag(std::uint16_t type) {
+bool is_tag(uint16_t type) {
     return type == kVlanTpid || type == kServiceTpid || type == kOldServiceTpid;
 }
 
@@ -25,7 +25,7 @@ void read_llc(Encapsulation &frame, Bytes llc) {
     }
     frame.kind = FrameKind::kSnap;
     const Bytes organisation = llc.subspan(kSnapStart.size(), kSnapTypeAt - kSnapStart.size());
-    if (std::all_of(organisation.begin(), organisation.end(), [](std::uint8_t octet) { return octet == 0; })) {
+    if (std::all_of(organisation.begin(), organisation.end(), [](uint8_t octet) { return octet == 0; })) {
         frame.type = read16(llc, kSnapTypeAt);
         frame.octets = llc.subspan(kSnapBytes);
     }
@@ -44,7 +44,7 @@ Encapsulation read_encapsulation(const Header &header) {
         rest = rest.subspan(kVlanTagBytes);
     }
     frame.octets = rest.subspan(kTypeBytes);
-    if (const std::uint16_t type = read16(rest, 0); type > kMaxLength) {
+    if (const uint16_t type = read16(rest, 0); type > kMaxLength) {
         frame.type = type;
     } else {
         read_llc(frame, frame.octets);

@@ -10,9 +10,9 @@ namespace vdevice::chip {
 
 struct Encapsulation {
     FrameKind kind = FrameKind::kEthernet;
-    std::optional<std::uint16_t> inner_tci; /**< of the innermost VLAN tag, whatever its TPID */
-    std::optional<std::uint16_t> type;      /**< EtherType; also in a SNAP header of the plain kind (RFC 1042) */
-    Bytes octets;                           /**< behind the type; empty without one */
+    std::optional<uint16_t> inner_tci; /**< of the innermost VLAN tag, whatever its TPID */
+    std::optional<uint16_t> type;      /**< EtherType; also in a SNAP header of the plain kind (RFC 1042) */
+    Bytes octets;                      /**< behind the type; empty without one */
 };
 
 /** Looks behind all VLAN tags of the frame, however many there are. */

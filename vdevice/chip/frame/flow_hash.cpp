@@ -17,11 +17,11 @@ struct IpFlow {
     Ends ports; /**< empty where there are none */
 };
 
-Ends pair_at(Bytes bytes, std::size_t offset, std::size_t width) {
+Ends pair_at(Bytes bytes, size_t offset, size_t width) {
     return {bytes.subspan(offset, width), bytes.subspan(offset + width, width)};
 }
 
-Ends ports_of(Bytes transport, std::uint8_t protocol) {
+Ends ports_of(Bytes transport, uint8_t protocol) {
     const bool has_ports = (protocol == kTcp || protocol == kUdp) && transport.size() >= 2 * kPortBytes;
     return has_ports ? pair_at(transport, 0, kPortBytes) : Ends{};
 }
@@ -31,7 +31,7 @@ std::optional<IpFlow> read_ipv4(Bytes packet) {
         return std::nullopt;
     }
     IpFlow flow{pair_at(packet, kIpv4SourceAt, kIpv4AddressBytes), {}};
-    const std::size_t header = ipv4_header_bytes(packet);
+    const size_t header = ipv4_header_bytes(packet);
     // Only the first fragment of a packet has ports, and all of them must go the same way.
     if (header >= kIpv4Bytes && header <= packet.size() && (read16(packet, kIpv4FragmentAt) & kIpv4FragmentMask) == 0) {
         flow.ports = ports_of(packet.subspan(header), packet[kIpv4ProtocolAt]);
@@ -61,38 +61,38 @@ std::optional<IpFlow> read_ip(const Header &header) {
 /** FNV-1a, with a finish that carries every octet into the low bits, by which members are chosen. */
 class Hash {
   public:
-    void add(std::uint8_t octet) { value_ = (value_ ^ octet) * kPrime; }
+    void add(uint8_t octet) { value_ = (value_ ^ octet) * kPrime; }
     void add(Bytes octets) {
-        for (const std::uint8_t octet : octets) {
+        for (const uint8_t octet : octets) {
             add(octet);
         }
     }
     void add(Mac mac) {
-        for (std::size_t i = 0; i < kMacBytes; ++i) {
+        for (size_t i = 0; i < kMacBytes; ++i) {
             add(mac.byte(i));
         }
     }
-    std::uint32_t finish() const {
-        std::uint32_t value = value_;
+    uint32_t finish() const {
+        uint32_t value = value_;
         value = (value ^ (value >> 16)) * kMix1;
         value = (value ^ (value >> 13)) * kMix2;
         return value ^ (value >> 16);
     }
 
   private:
-    static constexpr std::uint32_t kPrime = 16777619;
-    static constexpr std::uint32_t kMix1 = 0x85EBCA6B;
-    static constexpr std::uint32_t kMix2 = 0xC2B2AE35;
+    static constexpr uint32_t kPrime = 16777619;
+    static constexpr uint32_t kMix1 = 0x85EBCA6B;
+    static constexpr uint32_t kMix2 = 0xC2B2AE35;
 
-    std::uint32_t value_ = 2166136261;
+    uint32_t value_ = 2166136261;
 };
 
 }  // namespace
 
-std::uint32_t flow_hash(const Header &header, Vid vid, HashLayer layer, HashSides sides) {
+uint32_t flow_hash(const Header &header, Vid vid, HashLayer layer, HashSides sides) {
     Hash hash;
-    hash.add(static_cast<std::uint8_t>(vid >> 8));
-    hash.add(static_cast<std::uint8_t>(vid & 0xFF));
+    hash.add(static_cast<uint8_t>(vid >> 8));
+    hash.add(static_cast<uint8_t>(vid & 0xFF));
     const std::optional<IpFlow> flow = layer == HashLayer::kIp ? read_ip(header) : std::nullopt;
     if (sides.source) {
         if (flow) {

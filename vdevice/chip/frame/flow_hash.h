@@ -2,7 +2,7 @@
 // its member and its order.
 #pragma once
 
-#include <cstdint>
+#include <stdint.h>
 
 #include "vdevice/chip/frame/frame.h"
 
@@ -15,13 +15,13 @@ struct HashSides {
 };
 
 /** What the hash looks at in a frame. */
-enum class HashLayer : std::uint8_t {
+enum class HashLayer : uint8_t {
     kMac, /**< the addresses of the Ethernet header */
     kIp,  /**< of IP packets the addresses and, where there are some, the TCP or UDP ports; of others the MAC addresses
            */
 };
 
 /** The VLAN always takes part. */
-std::uint32_t flow_hash(const Header &header, Vid vid, HashLayer layer, HashSides sides);
+uint32_t flow_hash(const Header &header, Vid vid, HashLayer layer, HashSides sides);
 
 }  // namespace vdevice::chip

@@ -1,92 +1,90 @@
 // Ethernet frames as the chip reads and writes them (IEEE 802.3, IEEE 802.1Q), byte by byte in network order.
 #pragma once
 
+#include <stddef.h>
+#include <stdint.h>
 #include <algorithm>
-#include <cstddef>
-#include <cstdint>
 #include <optional>
 #include <span>
 
 namespace vdevice::chip {
 
-using Bytes = std::span<const std::uint8_t>;
-using Vid = std::uint16_t;
+using Bytes = std::span<const uint8_t>;
+using Vid = uint16_t;
 
-constexpr std::size_t kMacBytes = 6;
-constexpr std::size_t kAddressBytes = 2 * kMacBytes;
-constexpr std::size_t kTypeBytes = 2;
-constexpr std::size_t kHeaderBytes = kAddressBytes + kTypeBytes;
-constexpr std::size_t kVlanTagBytes = 4;
-constexpr std::size_t kCheckSequenceBytes = 4;  // behind every frame on the wire; what limits a rate counts it
+constexpr size_t kMacBytes = 6;
+constexpr size_t kAddressBytes = 2 * kMacBytes;
+constexpr size_t kTypeBytes = 2;
+constexpr size_t kHeaderBytes = kAddressBytes + kTypeBytes;
+constexpr size_t kVlanTagBytes = 4;
+constexpr size_t kCheckSequenceBytes = 4;  // behind every frame on the wire; what limits a rate counts it
 
 /** The longest frame that the chip's buffers take, tags included and the check sequence not. */
-constexpr std::size_t kMaxFrameBytes = 9600;
+constexpr size_t kMaxFrameBytes = 9600;
 
 /** The longest frame on a port without jumbo frames, one VLAN tag included. */
-constexpr std::size_t kMaxPlainFrameBytes = 1518;
+constexpr size_t kMaxPlainFrameBytes = 1518;
 
-constexpr std::uint16_t kVlanTpid = 0x8100;
-constexpr std::uint16_t kVidMask = 0x0FFF;
+constexpr uint16_t kVlanTpid = 0x8100;
+constexpr uint16_t kVidMask = 0x0FFF;
 constexpr Vid kMinVid = 1;
 constexpr Vid kMaxVid = 4094;
-constexpr bool is_vid(std::uint32_t number) {
+constexpr bool is_vid(uint32_t number) {
     return number >= kMinVid && number <= kMaxVid;
 }
-constexpr std::uint16_t kPriorityMask = 0xF000;  // PCP and DEI, kept as they stand in the tag
+constexpr uint16_t kPriorityMask = 0xF000;  // PCP and DEI, kept as they stand in the tag
 constexpr unsigned kPcpShift = 13;
-constexpr std::uint16_t kPcpMask = 0xE000;
-constexpr std::uint32_t kPriorities = 8;  // 802.1p priorities 0 to 7
+constexpr uint16_t kPcpMask = 0xE000;
+constexpr uint32_t kPriorities = 8;  // 802.1p priorities 0 to 7
 /** The 802.1p priority of a tag's control information. */
-constexpr std::uint32_t priority_of(std::uint16_t tci) {
-    return static_cast<std::uint32_t>(tci >> kPcpShift);
+constexpr uint32_t priority_of(uint16_t tci) {
+    return static_cast<uint32_t>(tci >> kPcpShift);
 }
 
-inline std::uint16_t read16(Bytes bytes, std::size_t offset) {
-    return static_cast<std::uint16_t>((bytes[offset] << 8) | bytes[offset + 1]);
+inline uint16_t read16(Bytes bytes, size_t offset) {
+    return static_cast<uint16_t>((bytes[offset] << 8) | bytes[offset + 1]);
 }
 
-inline std::uint32_t read32(Bytes bytes, std::size_t offset) {
-    return (std::uint32_t{read16(bytes, offset)} << 16) | read16(bytes, offset + 2);
+inline uint32_t read32(Bytes bytes, size_t offset) {
+    return (uint32_t{read16(bytes, offset)} << 16) | read16(bytes, offset + 2);
 }
 
-inline void write16(std::uint8_t *to, std::uint16_t value) {
-    to[0] = static_cast<std::uint8_t>(value >> 8);
-    to[1] = static_cast<std::uint8_t>(value & 0xFF);
+inline void write16(uint8_t *to, uint16_t value) {
+    to[0] = static_cast<uint8_t>(value >> 8);
+    to[1] = static_cast<uint8_t>(value & 0xFF);
 }
 
-inline void write32(std::uint8_t *to, std::uint32_t value) {
-    write16(to, static_cast<std::uint16_t>(value >> 16));
-    write16(to + 2, static_cast<std::uint16_t>(value & 0xFFFF));
+inline void write32(uint8_t *to, uint32_t value) {
+    write16(to, static_cast<uint16_t>(value >> 16));
+    write16(to + 2, static_cast<uint16_t>(value & 0xFFFF));
 }
 
 /** The word with the masked bits replaced by those of the value, which has no others. */
-constexpr std::uint16_t with_bits(std::uint16_t word, std::uint16_t mask, std::uint32_t value) {
-    return static_cast<std::uint16_t>((word & (0xFFFFU ^ mask)) | value);
+constexpr uint16_t with_bits(uint16_t word, uint16_t mask, uint32_t value) {
+    return static_cast<uint16_t>((word & (0xFFFFU ^ mask)) | value);
 }
 
 /** A MAC address as a number, first byte most significant: cheap to compare and to hash. */
 class Mac {
   public:
     constexpr Mac() = default;
-    constexpr explicit Mac(std::uint64_t value) : value_{value} {}
+    constexpr explicit Mac(uint64_t value) : value_{value} {}
 
-    static Mac at(Bytes frame, std::size_t offset) {
-        return Mac{(std::uint64_t{read16(frame, offset)} << 32) | read32(frame, offset + 2)};
+    static Mac at(Bytes frame, size_t offset) {
+        return Mac{(uint64_t{read16(frame, offset)} << 32) | read32(frame, offset + 2)};
     }
 
-    static constexpr Mac from_bytes(const std::uint8_t *bytes) {
-        std::uint64_t value = 0;
-        for (std::size_t i = 0; i < kMacBytes; ++i) {
+    static constexpr Mac from_bytes(const uint8_t *bytes) {
+        uint64_t value = 0;
+        for (size_t i = 0; i < kMacBytes; ++i) {
             value = (value << 8) | bytes[i];
         }
         return Mac{value};
     }
 
-    constexpr std::uint64_t value() const { return value_; }
+    constexpr uint64_t value() const { return value_; }
 
-    constexpr std::uint8_t byte(std::size_t index) const {
-        return static_cast<std::uint8_t>(value_ >> (8 * (kMacBytes - 1 - index)));
-    }
+    constexpr uint8_t byte(size_t index) const { return static_cast<uint8_t>(value_ >> (8 * (kMacBytes - 1 - index))); }
 
     constexpr bool is_group() const { return (byte(0) & 1) != 0; }
     constexpr bool is_broadcast() const { return value_ == 0xFFFFFFFFFFFF; }
@@ -97,7 +95,7 @@ class Mac {
     friend constexpr bool operator<(Mac a, Mac b) { return a.value_ < b.value_; }
 
   private:
-    std::uint64_t value_ = 0;
+    uint64_t value_ = 0;
 };
 
 /**
@@ -108,15 +106,13 @@ struct Frame {
     Bytes head;
     Bytes body;
 
-    std::size_t size() const { return head.size() + body.size(); }
+    size_t size() const { return head.size() + body.size(); }
 
-    void copy_to(std::uint8_t *to) const {
-        std::copy(body.begin(), body.end(), std::copy(head.begin(), head.end(), to));
-    }
+    void copy_to(uint8_t *to) const { std::copy(body.begin(), body.end(), std::copy(head.begin(), head.end(), to)); }
 };
 
 /** A frame of at least kAddressBytes, without its first @p tag_bytes behind the addresses. */
-inline Frame split_frame(Bytes frame, std::size_t tag_bytes = 0) {
+inline Frame split_frame(Bytes frame, size_t tag_bytes = 0) {
     return Frame{frame.first(kAddressBytes), frame.subspan(kAddressBytes + tag_bytes)};
 }
 
@@ -124,12 +120,12 @@ inline Frame split_frame(Bytes frame, std::size_t tag_bytes = 0) {
 struct Header {
     Mac destination;
     Mac source;
-    bool tagged = false;   /**< a whole tag of the port's TPID follows the addresses */
-    std::uint16_t tci = 0; /**< the tag's control information: PCP, DEI and VID */
-    Bytes payload;         /**< the frame from its own type on, behind the tag if there is one */
+    bool tagged = false; /**< a whole tag of the port's TPID follows the addresses */
+    uint16_t tci = 0;    /**< the tag's control information: PCP, DEI and VID */
+    Bytes payload;       /**< the frame from its own type on, behind the tag if there is one */
 
     Vid vid() const { return tci & kVidMask; }
-    std::uint16_t priority() const { return tci & kPriorityMask; }
+    uint16_t priority() const { return tci & kPriorityMask; }
 };
 
 /** Takes whatever follows the addresses for the frame's own type. Nothing for a runt: a frame without a whole header.
@@ -142,7 +138,7 @@ inline std::optional<Header> read_untagged_header(const Frame &frame) {
 }
 
 /** Nothing for a runt, here also a frame with a tag but no type behind it. */
-inline std::optional<Header> read_header(const Frame &frame, std::uint16_t tpid) {
+inline std::optional<Header> read_header(const Frame &frame, uint16_t tpid) {
     std::optional<Header> header = read_untagged_header(frame);
     if (!header || read16(frame.body, 0) != tpid) {
         return header;

@@ -1,39 +1,39 @@
 // Where the fields of IP headers stand: Internet Protocol version 4 (RFC 791), version 6 (RFC 8200).
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
+#include <stddef.h>
+#include <stdint.h>
 
 #include "vdevice/chip/frame/frame.h"
 
 namespace vdevice::chip {
 
-constexpr std::uint16_t kTypeIpv4 = 0x0800;
-constexpr std::uint16_t kTypeIpv6 = 0x86DD;
+constexpr uint16_t kTypeIpv4 = 0x0800;
+constexpr uint16_t kTypeIpv6 = 0x86DD;
 constexpr unsigned kIpVersionShift = 4;  // of the first octet
 
-constexpr std::uint8_t kTcp = 6;
-constexpr std::uint8_t kUdp = 17;
-constexpr std::uint8_t kSctp = 132;
-constexpr std::size_t kPortBytes = 2;  // of each; the source port is what TCP, UDP and SCTP begin with
+constexpr uint8_t kTcp = 6;
+constexpr uint8_t kUdp = 17;
+constexpr uint8_t kSctp = 132;
+constexpr size_t kPortBytes = 2;  // of each; the source port is what TCP, UDP and SCTP begin with
 
-constexpr std::size_t kIpv4Bytes = 20;
-constexpr std::size_t kIpv4DscpAt = 1;
-constexpr std::size_t kIpv4LengthAt = 2;
-constexpr std::size_t kIpv4FragmentAt = 6;
-constexpr std::uint16_t kIpv4FragmentMask = 0x3FFF;  // more fragments, and the fragment offset
-constexpr std::uint16_t kIpv4OffsetMask = 0x1FFF;
-constexpr std::size_t kIpv4ProtocolAt = 9;
-constexpr std::size_t kIpv4ChecksumAt = 10;
-constexpr std::size_t kIpv4SourceAt = 12;
-constexpr std::size_t kIpv4AddressBytes = 4;
+constexpr size_t kIpv4Bytes = 20;
+constexpr size_t kIpv4DscpAt = 1;
+constexpr size_t kIpv4LengthAt = 2;
+constexpr size_t kIpv4FragmentAt = 6;
+constexpr uint16_t kIpv4FragmentMask = 0x3FFF;  // more fragments, and the fragment offset
+constexpr uint16_t kIpv4OffsetMask = 0x1FFF;
+constexpr size_t kIpv4ProtocolAt = 9;
+constexpr size_t kIpv4ChecksumAt = 10;
+constexpr size_t kIpv4SourceAt = 12;
+constexpr size_t kIpv4AddressBytes = 4;
 
-constexpr std::size_t kIpv6Bytes = 40;
+constexpr size_t kIpv6Bytes = 40;
 constexpr unsigned kIpv6TrafficClassShift = 4;  // of the first two octets
-constexpr std::size_t kIpv6LengthAt = 4;        // of what follows the header
-constexpr std::size_t kIpv6NextHeaderAt = 6;
-constexpr std::size_t kIpv6SourceAt = 8;
-constexpr std::size_t kIpv6AddressBytes = 16;
+constexpr size_t kIpv6LengthAt = 4;             // of what follows the header
+constexpr size_t kIpv6NextHeaderAt = 6;
+constexpr size_t kIpv6SourceAt = 8;
+constexpr size_t kIpv6AddressBytes = 16;
 
 inline bool is_ipv4(Bytes packet) {
     return packet.size() >= kIpv4Bytes && packet[0] >> kIpVersionShift == 4;
@@ -44,8 +44,8 @@ inline bool is_ipv6(Bytes packet) {
 }
 
 /** As the packet says, options included; may be less than it must be, or more than there is. */
-inline std::size_t ipv4_header_bytes(Bytes packet) {
-    return std::size_t{packet[0] & 0x0FU} * 4;
+inline size_t ipv4_header_bytes(Bytes packet) {
+    return size_t{packet[0] & 0x0FU} * 4;
 }
 
 }  // namespace vdevice::chip

@@ -7,23 +7,23 @@
 namespace vdevice::chip {
 namespace {
 
-constexpr std::uint16_t kIpv4MoreFragments = 0x2000;
+constexpr uint16_t kIpv4MoreFragments = 0x2000;
 
 // Extension headers of version 6. Each begins with the number of the next one.
-constexpr std::uint8_t kHopByHop = 0;
-constexpr std::uint8_t kRouting = 43;
-constexpr std::uint8_t kFragment = 44;
-constexpr std::uint8_t kAuthentication = 51;
-constexpr std::uint8_t kDestinationOptions = 60;
-constexpr std::size_t kExtensionUnit = 8; /**< headers are as long as so many octets, or a multiple */
-constexpr std::size_t kExtensionLengthAt = 1;
-constexpr std::size_t kAuthenticationUnit = 4; /**< this header's length counts in these, less two */
-constexpr std::size_t kFragmentOffsetAt = 2;
+constexpr uint8_t kHopByHop = 0;
+constexpr uint8_t kRouting = 43;
+constexpr uint8_t kFragment = 44;
+constexpr uint8_t kAuthentication = 51;
+constexpr uint8_t kDestinationOptions = 60;
+constexpr size_t kExtensionUnit = 8; /**< headers are as long as so many octets, or a multiple */
+constexpr size_t kExtensionLengthAt = 1;
+constexpr size_t kAuthenticationUnit = 4; /**< this header's length counts in these, less two */
+constexpr size_t kFragmentOffsetAt = 2;
 constexpr unsigned kFragmentOffsetShift = 3;
-constexpr std::uint16_t kIpv6MoreFragments = 1;
+constexpr uint16_t kIpv6MoreFragments = 1;
 constexpr int kMaxExtensions = 16; /**< no packet has a use for more, but a hostile one may have them */
 
-Bytes at_most(Bytes bytes, std::size_t length) {
+Bytes at_most(Bytes bytes, size_t length) {
     return bytes.first(std::min(bytes.size(), length));
 }
 
@@ -32,10 +32,10 @@ IpPacket read_ipv4(Bytes octets) {
     packet.source = octets.subspan(kIpv4SourceAt, kIpv4AddressBytes);
     packet.destination = octets.subspan(kIpv4SourceAt + kIpv4AddressBytes, kIpv4AddressBytes);
     packet.protocol = octets[kIpv4ProtocolAt];
-    const std::uint16_t fragment = read16(octets, kIpv4FragmentAt);
+    const uint16_t fragment = read16(octets, kIpv4FragmentAt);
     packet.fragment_offset = fragment & kIpv4OffsetMask;
     packet.more_fragments = (fragment & kIpv4MoreFragments) != 0;
-    const std::size_t header = ipv4_header_bytes(octets);
+    const size_t header = ipv4_header_bytes(octets);
     const Bytes whole = at_most(octets, read16(octets, kIpv4LengthAt));
     if (header >= kIpv4Bytes && header <= whole.size()) {
         packet.payload = whole.subspan(header);
@@ -43,14 +43,14 @@ IpPacket read_ipv4(Bytes octets) {
     return packet;
 }
 
-bool is_extension(std::uint8_t number) {
-    constexpr std::uint8_t kExtensions[] = {kHopByHop, kRouting, kFragment, kAuthentication, kDestinationOptions};
+bool is_extension(uint8_t number) {
+    constexpr uint8_t kExtensions[] = {kHopByHop, kRouting, kFragment, kAuthentication, kDestinationOptions};
     return std::find(std::begin(kExtensions), std::end(kExtensions), number) != std::end(kExtensions);
 }
 
 /** @p extension holds one unit at least. */
-std::size_t extension_bytes(std::uint8_t number, Bytes extension) {
-    const std::size_t length = extension[kExtensionLengthAt];
+size_t extension_bytes(uint8_t number, Bytes extension) {
+    const size_t length = extension[kExtensionLengthAt];
     switch (number) {
         case kFragment:
             return kExtensionUnit;
@@ -62,8 +62,8 @@ std::size_t extension_bytes(std::uint8_t number, Bytes extension) {
 }
 
 void read_fragment_header(Bytes extension, IpPacket &packet) {
-    const std::uint16_t word = read16(extension, kFragmentOffsetAt);
-    packet.fragment_offset = static_cast<std::uint16_t>(word >> kFragmentOffsetShift);
+    const uint16_t word = read16(extension, kFragmentOffsetAt);
+    packet.fragment_offset = static_cast<uint16_t>(word >> kFragmentOffsetShift);
     packet.more_fragments = (word & kIpv6MoreFragments) != 0;
 }
 
@@ -73,7 +73,7 @@ bool take_extension(IpPacket &packet) {
     if (!is_extension(packet.protocol) || packet.fragment_offset != 0) {
         return false;
     }
-    const std::size_t length =
+    const size_t length =
         packet.payload.size() < kExtensionUnit ? kExtensionUnit : extension_bytes(packet.protocol, packet.payload);
     if (length > packet.payload.size()) {
         packet.payload = {};
@@ -111,7 +111,7 @@ std::optional<IpPacket> read_ip_packet(const Header &header) {
     return read_ip_packet(read16(header.payload, 0), header.payload.subspan(kTypeBytes));
 }
 
-std::optional<IpPacket> read_ip_packet(std::uint16_t type, Bytes octets) {
+std::optional<IpPacket> read_ip_packet(uint16_t type, Bytes octets) {
     switch (type) {
         case kTypeIpv4:
             return is_ipv4(octets) ? std::optional{read_ipv4(octets)} : std::nullopt;

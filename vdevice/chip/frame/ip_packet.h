@@ -2,7 +2,7 @@
 // every step stays within the frame.
 #pragma once
 
-#include <cstdint>
+#include <stdint.h>
 #include <optional>
 
 #include "vdevice/chip/frame/frame.h"
@@ -12,9 +12,9 @@ namespace vdevice::chip {
 struct IpPacket {
     Bytes source;
     Bytes destination;
-    std::uint8_t protocol = 0;         /**< of the payload, behind the extension headers of version 6 */
-    bool has_hop_by_hop = false;       /**< version 6: every node on the way looks at its options */
-    std::uint16_t fragment_offset = 0; /**< in units of eight octets */
+    uint8_t protocol = 0;         /**< of the payload, behind the extension headers of version 6 */
+    bool has_hop_by_hop = false;  /**< version 6: every node on the way looks at its options */
+    uint16_t fragment_offset = 0; /**< in units of eight octets */
     bool more_fragments = false;
     Bytes payload; /**< without the padding of a short frame; empty if the headers in front of it are broken */
 
@@ -26,6 +26,6 @@ struct IpPacket {
 std::optional<IpPacket> read_ip_packet(const Header &header);
 
 /** The same of what a frame carries behind its type, wherever that stands. */
-std::optional<IpPacket> read_ip_packet(std::uint16_t type, Bytes octets);
+std::optional<IpPacket> read_ip_packet(uint16_t type, Bytes octets);
 
 }  // namespace vdevice::chip

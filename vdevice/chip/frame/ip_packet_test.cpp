@@ -18,7 +18,7 @@ using test::operator+;
 using test::router_alert;
 using test::station;
 
-constexpr std::uint8_t kTcp = 6;
+constexpr uint8_t kTcp = 6;
 const Octets kData = {1, 2, 3, 4, 5, 6, 7, 8};
 
 Octets octets(Bytes bytes) {
@@ -120,7 +120,7 @@ TEST(IpPacket, DamagedFramesNeverLeadOutOfTheFrame) {
     for (int round = 0; round < 30000; ++round) {
         Octets frame = station(2) + station(1) + samples[random() % std::size(samples)];
         for (unsigned change = random() % 4; change > 0; --change) {
-            frame[14 + random() % (frame.size() - 14)] = static_cast<std::uint8_t>(random());
+            frame[14 + random() % (frame.size() - 14)] = static_cast<uint8_t>(random());
         }
         frame.resize(14 + random() % (frame.size() - 13));
         frame.shrink_to_fit();

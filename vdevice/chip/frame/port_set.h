@@ -1,16 +1,16 @@
 // A set of chip ports, 256 wide like the port bitmaps of the driver calls: bit n of word n / 32 is port n.
 #pragma once
 
+#include <stddef.h>
+#include <stdint.h>
 #include <array>
 #include <bit>
-#include <cstddef>
-#include <cstdint>
 
 namespace vdevice::chip {
 
 class PortSet {
   public:
-    static constexpr std::size_t kWords = 8; /**< of the driver calls' bitmaps */
+    static constexpr size_t kWords = 8; /**< of the driver calls' bitmaps */
     static constexpr int kWordBits = 32;
     static constexpr int kSize = static_cast<int>(kWords) * kWordBits;
 
@@ -34,18 +34,18 @@ class PortSet {
     /** Every port that a set can hold. */
     static constexpr PortSet all() { return range(0, kSize - 1); }
 
-    static constexpr PortSet from_words(const std::uint32_t *words) {
+    static constexpr PortSet from_words(const uint32_t *words) {
         PortSet set;
-        for (std::size_t i = 0; i < kBlocks; ++i) {
-            set.blocks_[i] = std::uint64_t{words[2 * i + 1]} << kWordBits | words[2 * i];
+        for (size_t i = 0; i < kBlocks; ++i) {
+            set.blocks_[i] = uint64_t{words[2 * i + 1]} << kWordBits | words[2 * i];
         }
         return set;
     }
 
-    constexpr void to_words(std::uint32_t *words) const {
-        for (std::size_t i = 0; i < kBlocks; ++i) {
-            words[2 * i] = static_cast<std::uint32_t>(blocks_[i]);
-            words[2 * i + 1] = static_cast<std::uint32_t>(blocks_[i] >> kWordBits);
+    constexpr void to_words(uint32_t *words) const {
+        for (size_t i = 0; i < kBlocks; ++i) {
+            words[2 * i] = static_cast<uint32_t>(blocks_[i]);
+            words[2 * i + 1] = static_cast<uint32_t>(blocks_[i] >> kWordBits);
         }
     }
 
@@ -69,8 +69,8 @@ class PortSet {
     constexpr PortSet &put(int port, bool is_member) { return is_member ? add(port) : remove(port); }
 
     constexpr bool empty() const {
-        std::uint64_t any = 0;
-        for (const std::uint64_t block : blocks_) {
+        uint64_t any = 0;
+        for (const uint64_t block : blocks_) {
             any |= block;
         }
         return any == 0;
@@ -78,7 +78,7 @@ class PortSet {
 
     constexpr int size() const {
         int count = 0;
-        for (const std::uint64_t block : blocks_) {
+        for (const uint64_t block : blocks_) {
             count += std::popcount(block);
         }
         return count;
@@ -89,8 +89,8 @@ class PortSet {
     /** Calls visit(port) for each port of the set, lowest first. */
     template <typename Visit>
     constexpr void for_each(Visit visit) const {
-        for (std::size_t i = 0; i < kBlocks; ++i) {
-            for (std::uint64_t rest = blocks_[i]; rest != 0; rest &= rest - 1) {
+        for (size_t i = 0; i < kBlocks; ++i) {
+            for (uint64_t rest = blocks_[i]; rest != 0; rest &= rest - 1) {
                 visit(static_cast<int>(i) * kBlockBits + std::countr_zero(rest));
             }
         }
@@ -112,21 +112,21 @@ class PortSet {
 
   private:
     static constexpr int kBlockBits = 64; /**< sets are put together in wider steps than the calls have them */
-    static constexpr std::size_t kBlocks = kSize / kBlockBits;
+    static constexpr size_t kBlocks = kSize / kBlockBits;
 
     static constexpr bool fits(int port) { return port >= 0 && port < kSize; }
-    static constexpr std::size_t block_of(int port) { return static_cast<std::size_t>(port / kBlockBits); }
-    static constexpr std::uint64_t bit_of(int port) { return std::uint64_t{1} << (port % kBlockBits); }
+    static constexpr size_t block_of(int port) { return static_cast<size_t>(port / kBlockBits); }
+    static constexpr uint64_t bit_of(int port) { return uint64_t{1} << (port % kBlockBits); }
 
     template <typename Operation>
     constexpr PortSet &combine(const PortSet &other, Operation operation) {
-        for (std::size_t i = 0; i < kBlocks; ++i) {
+        for (size_t i = 0; i < kBlocks; ++i) {
             blocks_[i] = operation(blocks_[i], other.blocks_[i]);
         }
         return *this;
     }
 
-    std::array<std::uint64_t, kBlocks> blocks_{};
+    std::array<uint64_t, kBlocks> blocks_{};
 };
 
 }  // namespace vdevice::chip

@@ -1,9 +1,9 @@
 // The port sets of group addresses: a finite pool with numbers from 1 on, so that 0 can mean "none".
 #pragma once
 
+#include <stddef.h>
+#include <stdint.h>
 #include <array>
-#include <cstddef>
-#include <cstdint>
 
 #include "vdevice/chip/frame/port_set.h"
 
@@ -11,12 +11,12 @@ namespace vdevice::chip {
 
 class PortSetPool {
   public:
-    static constexpr std::uint32_t kCapacity = 1024;
-    static constexpr std::uint32_t kNone = 0;
+    static constexpr uint32_t kCapacity = 1024;
+    static constexpr uint32_t kNone = 0;
 
     /** Takes the lowest free number, or kNone. */
-    std::uint32_t take(const PortSet &ports) {
-        for (std::uint32_t number = 1; number <= kCapacity; ++number) {
+    uint32_t take(const PortSet &ports) {
+        for (uint32_t number = 1; number <= kCapacity; ++number) {
             Row &row = rows_[number - 1];
             if (!row.is_taken) {
                 row = {true, ports};
@@ -27,14 +27,14 @@ class PortSetPool {
         return kNone;
     }
 
-    void give_back(std::uint32_t number) {
+    void give_back(uint32_t number) {
         rows_[number - 1] = {};
         --size_;
     }
 
-    const PortSet &get(std::uint32_t number) const { return rows_[number - 1].ports; }
-    void set(std::uint32_t number, const PortSet &ports) { rows_[number - 1].ports = ports; }
-    std::size_t size() const { return size_; }
+    const PortSet &get(uint32_t number) const { return rows_[number - 1].ports; }
+    void set(uint32_t number, const PortSet &ports) { rows_[number - 1].ports = ports; }
+    size_t size() const { return size_; }
     bool is_full() const { return size_ == kCapacity; }
 
   private:
@@ -44,7 +44,7 @@ class PortSetPool {
     };
 
     std::array<Row, kCapacity> rows_;
-    std::size_t size_ = 0;
+    size_t size_ = 0;
 };
 
 }  // namespace vdevice::chip

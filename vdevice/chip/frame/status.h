@@ -2,13 +2,13 @@
 // which rule was broken.
 #pragma once
 
-#include <cstdint>
+#include <stdint.h>
 #include <span>
 
 namespace vdevice::chip {
 
 // -1 is left to the way between caller and chip: a driver call that never arrived gives -1, a refusal never does.
-enum class Status : std::int32_t {
+enum class Status : int32_t {
     kOk = 0,
     kBadUnit = -2,
     kBadArgument = -3,
@@ -80,8 +80,8 @@ std::span<const StatusEntry> status_table();
 /** The status's row of the table, or a row named "unknown". */
 const StatusEntry &describe(Status status);
 
-constexpr std::int32_t code(Status status) {
-    return static_cast<std::int32_t>(status);
+constexpr int32_t code(Status status) {
+    return static_cast<int32_t>(status);
 }
 
 }  // namespace vdevice::chip

@@ -12,7 +12,7 @@ namespace vdevice::chip {
 namespace {
 
 TEST(StatusTable, NumbersAndNamesAreDistinct) {
-    std::set<std::int32_t> numbers;
+    std::set<int32_t> numbers;
     std::set<std::string> names;
     for (const StatusEntry &entry : status_table()) {
         EXPECT_TRUE(numbers.insert(code(entry.status)).second) << entry.name;

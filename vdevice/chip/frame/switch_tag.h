@@ -2,8 +2,8 @@
 // chip what to do with a frame from the CPU, the receive tag tells the CPU which port a frame came in on.
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
+#include <stddef.h>
+#include <stdint.h>
 #include <optional>
 
 #include "vdevice/chip/frame/frame.h"
@@ -11,31 +11,31 @@
 
 namespace vdevice::chip {
 
-constexpr std::uint16_t kSwitchTagType = 0x8874;
+constexpr uint16_t kSwitchTagType = 0x8874;
 
 /** A field of a 32-bit tag word. */
 struct TagField {
     unsigned shift;
     unsigned width;
 
-    constexpr std::uint32_t mask() const { return (std::uint32_t{1} << width) - 1; }
-    constexpr std::uint32_t get(std::uint32_t word) const { return (word >> shift) & mask(); }
-    constexpr std::uint32_t put(std::uint32_t value) const { return (value & mask()) << shift; }
+    constexpr uint32_t mask() const { return (uint32_t{1} << width) - 1; }
+    constexpr uint32_t get(uint32_t word) const { return (word >> shift) & mask(); }
+    constexpr uint32_t put(uint32_t value) const { return (value & mask()) << shift; }
 };
 
 // Transmit tag: type, word 1, word 2.
-constexpr std::size_t kTransmitTagBytes = 10;
-constexpr std::size_t kTransmitWord1At = kAddressBytes + kTypeBytes;
-constexpr std::size_t kTransmitWord2At = kTransmitWord1At + 4;
+constexpr size_t kTransmitTagBytes = 10;
+constexpr size_t kTransmitWord1At = kAddressBytes + kTypeBytes;
+constexpr size_t kTransmitWord2At = kTransmitWord1At + 4;
 constexpr TagField kOpcode{29, 3};
 constexpr TagField kDestination{0, 25};
 constexpr int kWord1Ports = 25;  // word 1 carries the bits of ports 0..24, word 2 those of the ports from 25 on
 
 // Receive tag: type, one word.
-constexpr std::size_t kReceiveTagBytes = 6;
+constexpr size_t kReceiveTagBytes = 6;
 constexpr TagField kIngressPort{0, 6};
 
-enum class Opcode : std::uint8_t {
+enum class Opcode : uint8_t {
     kNone = 0,
     kSwitched = 1, /**< forwarded like a frame that came in on the CPU port */
     kReserved = 2,
@@ -48,8 +48,8 @@ enum class Opcode : std::uint8_t {
 
 struct TransmitTag {
     Opcode opcode = Opcode::kNone;
-    std::uint32_t destination = 0;
-    std::uint32_t word2 = 0;
+    uint32_t destination = 0;
+    uint32_t word2 = 0;
 
     bool names_one_port() const {
         return opcode == Opcode::kOnePort || opcode == Opcode::kOnePortAsIs || opcode == Opcode::kOnePortRaw;
@@ -79,7 +79,7 @@ inline std::optional<TransmitTag> read_transmit_tag(Bytes frame) {
     if (frame.size() < kHeaderBytes + kTransmitTagBytes || read16(frame, kAddressBytes) != kSwitchTagType) {
         return std::nullopt;
     }
-    const std::uint32_t word1 = read32(frame, kTransmitWord1At);
+    const uint32_t word1 = read32(frame, kTransmitWord1At);
     return TransmitTag{static_cast<Opcode>(kOpcode.get(word1)), kDestination.get(word1),
                        read32(frame, kTransmitWord2At)};
 }

@@ -1,7 +1,7 @@
 // What translations and other tables of tags make of a tag: another VLAN, and another priority if they have one.
 #pragma once
 
-#include <cstdint>
+#include <stdint.h>
 
 #include "vdevice/chip/frame/frame.h"
 #include "vdevice/chip/frame/status.h"
@@ -9,10 +9,10 @@
 namespace vdevice::chip {
 
 struct TagChange {
-    static constexpr std::uint32_t kKeepPriority = 0xFFFFFFFF;
+    static constexpr uint32_t kKeepPriority = 0xFFFFFFFF;
 
-    std::uint32_t vid = 0;
-    std::uint32_t priority = kKeepPriority;
+    uint32_t vid = 0;
+    uint32_t priority = kKeepPriority;
 
     Status check() const {
         if (!is_vid(vid)) {
@@ -22,16 +22,16 @@ struct TagChange {
     }
 
     /** The tag's control information after the change; what marks a frame as eligible for dropping stays. */
-    std::uint16_t apply(std::uint16_t tci) const {
-        constexpr std::uint32_t kDropEligible = 0x1000;
-        const std::uint32_t kept =
+    uint16_t apply(uint16_t tci) const {
+        constexpr uint32_t kDropEligible = 0x1000;
+        const uint32_t kept =
             priority == kKeepPriority ? tci & kPriorityMask : (tci & kDropEligible) | priority << kPcpShift;
-        return static_cast<std::uint16_t>(kept | vid);
+        return static_cast<uint16_t>(kept | vid);
     }
 };
 
 /** Without a change the tag stays as it is. */
-inline std::uint16_t change_tci(const TagChange *change, std::uint16_t tci) {
+inline uint16_t change_tci(const TagChange *change, uint16_t tci) {
     return change == nullptr ? tci : change->apply(tci);
 }
 

@@ -40,7 +40,7 @@ class CpuFramesTest : public testing::Test {
         return sink_.take();
     }
 
-    std::uint64_t dropped(Drop reason) const { return chip_.port(kCpu).counters.dropped(reason); }
+    uint64_t dropped(Drop reason) const { return chip_.port(kCpu).counters.dropped(reason); }
 
     test::RecordingSink sink_;
     Switch chip_{sink_};
@@ -71,7 +71,7 @@ TEST_F(CpuFramesTest, AnAnswerFindsTheCpu) {
 TEST_F(CpuFramesTest, OnePortOnBothSidesOfTheWordBoundary) {
     for (const unsigned opcode : {3U, 5U, 6U}) {
         for (const int port : {kLow, kLast, kFirst, kHigh}) {
-            EXPECT_EQ(send(test::transmit_tag(opcode, static_cast<std::uint32_t>(port)), kPayload),
+            EXPECT_EQ(send(test::transmit_tag(opcode, static_cast<uint32_t>(port)), kPayload),
                       (std::vector<Sent>{{port, kAddresses + kPayload}}));
         }
     }
@@ -79,8 +79,8 @@ TEST_F(CpuFramesTest, OnePortOnBothSidesOfTheWordBoundary) {
 }
 
 TEST_F(CpuFramesTest, ABitmapOnBothSidesOfTheWordBoundary) {
-    const std::uint32_t word1 = 1U << kLow | 1U << kLast;
-    const std::uint32_t word2 = 1U << (kFirst - 25) | 1U << (kHigh - 25);
+    const uint32_t word1 = 1U << kLow | 1U << kLast;
+    const uint32_t word2 = 1U << (kFirst - 25) | 1U << (kHigh - 25);
     const Octets frame = kAddresses + kPayload;
     for (const unsigned opcode : {4U, 7U}) {
         EXPECT_EQ(send(test::transmit_tag(opcode, word1, word2), kPayload),
@@ -147,7 +147,7 @@ TEST_F(CpuFramesTest, FramesWithoutAWholeTagAreDropped) {
     EXPECT_TRUE(send({}, kPayload).empty());
     EXPECT_EQ(dropped(Drop::kNoSwitchTag), 1U);
     const Octets whole = kAddresses + test::transmit_tag(6, kLow) + kPayload;
-    for (std::size_t length = kHeaderBytes; length < kHeaderBytes + kTransmitTagBytes; ++length) {
+    for (size_t length = kHeaderBytes; length < kHeaderBytes + kTransmitTagBytes; ++length) {
         chip_.receive(1s, kCpu, Bytes{whole}.first(length));
         EXPECT_TRUE(sink_.take().empty());
     }
@@ -166,7 +166,7 @@ TEST_F(CpuFramesTest, ASilentCpuPortHearsAndSaysNothing) {
 TEST_F(CpuFramesTest, EveryOpcodeIsAccountedFor) {
     for (unsigned opcode = 0; opcode < kOpcodeCount; ++opcode) {
         const bool bitmap = opcode == 4 || opcode == 7;
-        const std::size_t sent = send(test::transmit_tag(opcode, bitmap ? 1U << kLow : kLow), kPayload).size();
+        const size_t sent = send(test::transmit_tag(opcode, bitmap ? 1U << kLow : kLow), kPayload).size();
         EXPECT_EQ(sent == 0, opcode == 0 || opcode == 2) << opcode;
     }
 }

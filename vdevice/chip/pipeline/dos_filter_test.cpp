@@ -16,22 +16,22 @@ using test::operator+;
 using test::station;
 using test::tcp;
 
-constexpr std::uint8_t kTcp = 6;
-constexpr std::uint8_t kUdp = 17;
-constexpr std::uint8_t kSynFlag = 0x02;
-constexpr std::uint8_t kAckFlag = 0x10;
-constexpr std::size_t kFlooded = 3;
+constexpr uint8_t kTcp = 6;
+constexpr uint8_t kUdp = 17;
+constexpr uint8_t kSynFlag = 0x02;
+constexpr uint8_t kAckFlag = 0x10;
+constexpr size_t kFlooded = 3;
 
 Octets frame(const Octets &packet) {
     return kBroadcast + station(1) + packet;
 }
-Octets segment4(std::uint8_t flags) {
+Octets segment4(uint8_t flags) {
     return frame(test::ipv4({.protocol = kTcp}, tcp(flags)));
 }
-Octets segment6(std::uint8_t flags) {
+Octets segment6(uint8_t flags) {
     return frame(test::ipv6({kTcp}, tcp(flags)));
 }
-Octets fragment4(std::uint16_t fragment, std::size_t length, std::uint8_t protocol = kTcp) {
+Octets fragment4(uint16_t fragment, size_t length, uint8_t protocol = kTcp) {
     return frame(test::ipv4({.protocol = protocol, .fragment = fragment}, Octets(length, 0)) + Octets(46, 0));
 }
 
@@ -75,7 +75,7 @@ TEST_P(AttackTest, PassesAtPowerOn) {
 TEST_P(AttackTest, IsDroppedForItsReasonAndTeachesNothing) {
     chip_.set_attack_filter(true);
     EXPECT_TRUE(send(kA, GetParam().octets).empty());
-    for (std::size_t reason = 0; reason < kDropReasons; ++reason) {
+    for (size_t reason = 0; reason < kDropReasons; ++reason) {
         const auto drop = static_cast<Drop>(reason);
         EXPECT_EQ(dropped(kA, drop), drop == GetParam().reason ? 1U : 0U) << name(drop);
     }

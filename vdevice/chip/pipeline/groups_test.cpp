@@ -19,7 +19,7 @@ using test::operator+;
 using test::station;
 
 constexpr int kTrunk = 3;
-constexpr std::uint32_t kVid = 1;
+constexpr uint32_t kVid = 1;
 const Octets kGroup4 = {0x01, 0, 0x5E, 1, 2, 3};
 const Octets kGroup6 = {0x33, 0x33, 0, 1, 2, 3};
 const Octets kOtherGroup = {0x03, 0, 0, 0, 0, 9};
@@ -27,7 +27,7 @@ const std::set<int> kAllOthers = {kCpu, kB, kC};
 
 class GroupsTest : public test::ChipTest {
   protected:
-    std::set<int> outputs(int port, const Octets &destination, std::uint8_t from = 1) {
+    std::set<int> outputs(int port, const Octets &destination, uint8_t from = 1) {
         std::set<int> ports;
         for (const test::Sent &sent : send(port, destination + station(from) + kPayload)) {
             EXPECT_TRUE(ports.insert(sent.first).second) << "a frame left twice by port " << sent.first;
@@ -35,7 +35,7 @@ class GroupsTest : public test::ChipTest {
         return ports;
     }
 
-    void add(const Octets &group, std::initializer_list<int> ports, std::uint32_t vid = kVid) {
+    void add(const Octets &group, std::initializer_list<int> ports, uint32_t vid = kVid) {
         PortSet set;
         for (const int port : ports) {
             set.add(port);
@@ -95,7 +95,7 @@ TEST_F(GroupsTest, ATrunkGetsOneCopyHoweverManyMembersAreListed) {
     for (const std::initializer_list<int> listed : {std::initializer_list<int>{10}, {11, 12}, {10, 11, 12}}) {
         add(kGroup4, listed);
         std::set<int> ways;
-        for (std::uint8_t from = 1; from < 60; ++from) {
+        for (uint8_t from = 1; from < 60; ++from) {
             const auto ports = outputs(kA, kGroup4, from);
             ASSERT_EQ(ports.size(), 1U);
             ways.insert(*ports.begin());

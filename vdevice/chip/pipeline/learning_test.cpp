@@ -23,13 +23,11 @@ constexpr Vid kVid = 1;
 
 class LearningTest : public test::ChipTest {
   protected:
-    static Mac mac(std::uint8_t number) { return Mac::at(station(number), 0); }
+    static Mac mac(uint8_t number) { return Mac::at(station(number), 0); }
 
-    std::size_t hears_of(int port, std::uint8_t number) {
-        return send(port, kBroadcast + station(number) + kPayload).size();
-    }
+    size_t hears_of(int port, uint8_t number) { return send(port, kBroadcast + station(number) + kPayload).size(); }
 
-    std::vector<int> outputs(int port, std::uint8_t from, std::uint8_t to) {
+    std::vector<int> outputs(int port, uint8_t from, uint8_t to) {
         std::vector<int> ports;
         for (const test::Sent &sent : send(port, station(to) + station(from) + kPayload)) {
             ports.push_back(sent.first);
@@ -37,7 +35,7 @@ class LearningTest : public test::ChipTest {
         return ports;
     }
 
-    void filter(std::uint8_t number, bool drops_from, bool drops_to) {
+    void filter(uint8_t number, bool drops_from, bool drops_to) {
         MacEntry entry;
         entry.mac = mac(number);
         entry.port = kB;
@@ -52,7 +50,7 @@ class LearningTest : public test::ChipTest {
         ASSERT_EQ(chip_.set_trunk(kTrunk, members), Status::kOk);
     }
 
-    Status give_to_trunk(std::uint8_t number, int trunk, bool is_static = true) {
+    Status give_to_trunk(uint8_t number, int trunk, bool is_static = true) {
         MacEntry entry;
         entry.mac = mac(number);
         entry.port = -1;
@@ -62,7 +60,7 @@ class LearningTest : public test::ChipTest {
         return chip_.add_mac(entry, kVid);
     }
 
-    bool knows(std::uint8_t number) { return chip_.macs().find(mac(number), kVid) != nullptr; }
+    bool knows(uint8_t number) { return chip_.macs().find(mac(number), kVid) != nullptr; }
 };
 
 TEST_F(LearningTest, FramesFromAFilteredAddressAreDropped) {
@@ -208,7 +206,7 @@ TEST_F(LearningTest, APortThatLearnsNothingHasNoLimit) {
 
 TEST_F(LearningTest, ViolationsAreRememberedUpToABound) {
     Violations violations;
-    for (std::uint64_t number = 0; number < 2 * Violations::kMaxRemembered; ++number) {
+    for (uint64_t number = 0; number < 2 * Violations::kMaxRemembered; ++number) {
         violations.remember(Mac{number}, kVid);
     }
     EXPECT_EQ(violations.count(), Violations::kMaxRemembered);

@@ -14,7 +14,7 @@ namespace {
 constexpr int kStations = 10000;
 constexpr int kPorts = 30;
 constexpr int kVlans = 5;
-constexpr std::int64_t kAgeSeconds = 300;
+constexpr int64_t kAgeSeconds = 300;
 
 struct Station {
     int vid;
@@ -23,7 +23,7 @@ struct Station {
     auto operator<=>(const Station &) const = default;
 
     Mac mac() const {
-        std::uint64_t value = 0;
+        uint64_t value = 0;
         for (const unsigned octet : octets) {
             value = value * 256 + octet;
         }
@@ -42,10 +42,10 @@ class NaiveTable {
     struct Row {
         int port;
         bool is_static;
-        std::int64_t seen;
+        int64_t seen;
     };
 
-    void learn(const Station &station, int port, std::int64_t now) {
+    void learn(const Station &station, int port, int64_t now) {
         const auto row = rows_.find(station);
         if (row == rows_.end()) {
             if (add(station, {port, false, now})) {
@@ -88,7 +88,7 @@ class NaiveTable {
     }
 
     template <typename Picks>
-    std::size_t remove_if(Picks picks) {
+    size_t remove_if(Picks picks) {
         std::vector<Station> gone;
         for (const auto &[station, row] : rows_) {
             if (picks(station, row)) {
@@ -103,12 +103,12 @@ class NaiveTable {
 
     const std::map<Station, Row> &rows() const { return rows_; }
 
-    std::uint64_t learned = 0;
-    std::uint64_t moved = 0;
-    std::uint64_t refused = 0;
-    std::uint64_t aged = 0;
-    std::map<int, std::uint32_t> dynamic_in_vlan;
-    std::map<int, std::uint32_t> dynamic_on_port;
+    uint64_t learned = 0;
+    uint64_t moved = 0;
+    uint64_t refused = 0;
+    uint64_t aged = 0;
+    std::map<int, uint32_t> dynamic_in_vlan;
+    std::map<int, uint32_t> dynamic_on_port;
 
   private:
     std::map<Station, Row> rows_;
@@ -129,7 +129,7 @@ class TableLives : public testing::TestWithParam<unsigned> {
     }
 
     int pick(int from, int to) { return std::uniform_int_distribution<int>{from, to}(random_); }
-    const Station &some_station() { return stations_[static_cast<std::size_t>(pick(0, kStations - 1))]; }
+    const Station &some_station() { return stations_[static_cast<size_t>(pick(0, kStations - 1))]; }
     Time time() const { return std::chrono::seconds{now_}; }
 
     void step();
@@ -141,7 +141,7 @@ class TableLives : public testing::TestWithParam<unsigned> {
 
     std::mt19937 random_{GetParam()};
     std::vector<Station> stations_;
-    std::int64_t now_ = 0;
+    int64_t now_ = 0;
     MacTable table_;
     NaiveTable naive_;
 };
@@ -199,7 +199,7 @@ void TableLives::compare_numbers() {
     ASSERT_EQ(table_.counters().moved, naive_.moved);
     ASSERT_EQ(table_.counters().refused, naive_.refused);
     ASSERT_EQ(table_.counters().aged, naive_.aged);
-    std::uint32_t total = 0;
+    uint32_t total = 0;
     for (const auto &[vid, count] : naive_.dynamic_in_vlan) {
         ASSERT_EQ(table_.counts().in_vlan(static_cast<Vid>(vid)), count);
         total += count;

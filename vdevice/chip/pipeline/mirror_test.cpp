@@ -17,10 +17,10 @@ using test::operator+;
 using test::Sent;
 using test::station;
 
-constexpr std::uint32_t kStop = 0;
-constexpr std::uint32_t kIngress = 2;
-constexpr std::uint32_t kEgress = 4;
-constexpr std::uint32_t kBoth = 6;
+constexpr uint32_t kStop = 0;
+constexpr uint32_t kIngress = 2;
+constexpr uint32_t kEgress = 4;
+constexpr uint32_t kBoth = 6;
 constexpr int kSpy = 20;
 const Octets kFrame = kBroadcast + station(1) + kPayload;
 const Octets kTagged = kBroadcast + station(1) + test::vlan_tag(0xA001) + kPayload;
@@ -44,7 +44,7 @@ class MirrorTest : public test::ChipTest {
         }
         return list;
     }
-    Status mirror(std::uint32_t session, int port, int destination, std::uint32_t mode) {
+    Status mirror(uint32_t session, int port, int destination, uint32_t mode) {
         return chip_.mirrors().set_port(session, port, destination, mode);
     }
 };
@@ -176,7 +176,7 @@ TEST_F(MirrorTest, WhatCannotBeIsRefused) {
         EXPECT_EQ(mirror(0, unknown, unknown, kStop), Status::kNoPort);
         EXPECT_EQ(chip_.mirrors().set_flow_destination(0, unknown), Status::kNoPort);
     }
-    for (const std::uint32_t mode : {1U, 3U, 5U, 7U, 8U}) {
+    for (const uint32_t mode : {1U, 3U, 5U, 7U, 8U}) {
         EXPECT_EQ(mirror(0, kA, kSpy, mode), Status::kBadArgument);
     }
     EXPECT_EQ(mirror(0, kA, kA, kIngress), Status::kMirrorDestination);

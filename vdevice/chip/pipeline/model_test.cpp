@@ -19,7 +19,7 @@ using test::operator+;
 using test::Sent;
 
 constexpr int kModelPorts = 32;
-constexpr std::int64_t kAgeSeconds = 300;
+constexpr int64_t kAgeSeconds = 300;
 
 struct Model {
     struct Member {
@@ -28,7 +28,7 @@ struct Model {
     };
     struct Station {
         int port;
-        std::int64_t seen;
+        int64_t seen;
     };
 
     std::map<int, Member> vlans;
@@ -37,7 +37,7 @@ struct Model {
     std::map<int, int> pvid;
     std::map<int, int> groups;                  // of VLANs that are not in the default group
     std::map<std::pair<int, int>, int> states;  // by group and port, where they are not 4, forwarding
-    std::int64_t now = 0;
+    int64_t now = 0;
 
     Model() {
         for (int port = 0; port < kModelPorts; ++port) {
@@ -55,8 +55,8 @@ struct Model {
         return found == states.end() ? 4 : found->second;
     }
 
-    static Octets part(const Octets &frame, std::size_t from, std::size_t to) {
-        return {frame.begin() + static_cast<std::ptrdiff_t>(from), frame.begin() + static_cast<std::ptrdiff_t>(to)};
+    static Octets part(const Octets &frame, size_t from, size_t to) {
+        return {frame.begin() + static_cast<ptrdiff_t>(from), frame.begin() + static_cast<ptrdiff_t>(to)};
     }
 
     std::set<Sent> from_port(int ingress, const Octets &frame) {
@@ -92,8 +92,7 @@ struct Model {
         if (const auto known = stations.find({vid, destination}); known != stations.end()) {
             outputs = {known->second.port};
         }
-        const Octets tag = {0x81, 0x00, static_cast<std::uint8_t>(priority | vid / 256),
-                            static_cast<std::uint8_t>(vid % 256)};
+        const Octets tag = {0x81, 0x00, static_cast<uint8_t>(priority | vid / 256), static_cast<uint8_t>(vid % 256)};
         std::set<Sent> sent;
         for (const int port : outputs) {
             if (port == ingress || up.count(port) == 0 || vlans[vid].members.count(port) == 0 ||
@@ -101,7 +100,7 @@ struct Model {
                 continue;
             }
             if (port == 0) {
-                const Octets to_cpu = {0x88, 0x74, 0, 0, 0, static_cast<std::uint8_t>(ingress)};
+                const Octets to_cpu = {0x88, 0x74, 0, 0, 0, static_cast<uint8_t>(ingress)};
                 sent.insert({port, destination + source + to_cpu + tag + rest});
             } else if (vlans[vid].untagged.count(port) != 0) {
                 sent.insert({port, destination + source + rest});
@@ -121,13 +120,13 @@ struct Model {
         if (opcode == 1) {
             return from_port(0, inner);
         }
-        const std::uint32_t field = (frame[14] % 2U) << 24 | frame[15] * 65536U | frame[16] * 256U | frame[17];
-        const std::uint32_t more = frame[18] * 16777216U | frame[19] * 65536U | frame[20] * 256U | frame[21];
-        std::set<std::uint32_t> outputs;
+        const uint32_t field = (frame[14] % 2U) << 24 | frame[15] * 65536U | frame[16] * 256U | frame[17];
+        const uint32_t more = frame[18] * 16777216U | frame[19] * 65536U | frame[20] * 256U | frame[21];
+        std::set<uint32_t> outputs;
         if (opcode == 3 || opcode == 5 || opcode == 6) {
             outputs.insert(field);
         } else if (opcode == 4 || opcode == 7) {
-            for (std::uint32_t bit = 0; bit < 32; ++bit) {
+            for (uint32_t bit = 0; bit < 32; ++bit) {
                 if (bit < 25 && (field >> bit) % 2 == 1) {
                     outputs.insert(bit);
                 }
@@ -137,7 +136,7 @@ struct Model {
             }
         }
         std::set<Sent> sent;
-        for (const std::uint32_t output : outputs) {
+        for (const uint32_t output : outputs) {
             const int port = static_cast<int>(output);
             if (port == 0 || up.count(port) == 0) {
                 continue;
@@ -191,18 +190,18 @@ class Lives : public testing::TestWithParam<unsigned> {
         return set;
     }
 
-    static std::uint32_t number(int vid) { return static_cast<std::uint32_t>(vid); }
+    static uint32_t number(int vid) { return static_cast<uint32_t>(vid); }
 
     Octets some_frame() {
         const Octets addresses[] = {
             test::kBroadcast, test::station(1), test::station(2), test::station(3), {0x01, 0, 0x5E, 0, 0, 1}};
         Octets frame = addresses[pick(0, 4)] + addresses[pick(0, 4)];
         if (pick(0, 1) == 1) {
-            frame = frame + test::vlan_tag(static_cast<std::uint16_t>(pick(0, 15) * 4096 + some_vid()));
+            frame = frame + test::vlan_tag(static_cast<uint16_t>(pick(0, 15) * 4096 + some_vid()));
         }
-        frame = frame + test::octets16(0x0800) + Octets(static_cast<std::size_t>(pick(0, 4)), 0x5A);
+        frame = frame + test::octets16(0x0800) + Octets(static_cast<size_t>(pick(0, 4)), 0x5A);
         if (pick(0, 19) == 0) {
-            frame.resize(static_cast<std::size_t>(pick(0, static_cast<int>(frame.size()))));
+            frame.resize(static_cast<size_t>(pick(0, static_cast<int>(frame.size()))));
         }
         return frame;
     }
@@ -214,10 +213,10 @@ class Lives : public testing::TestWithParam<unsigned> {
         }
         const unsigned opcode = static_cast<unsigned>(pick(0, 7));
         const bool bitmap = opcode == 4 || opcode == 7;
-        const std::uint32_t bits = static_cast<std::uint32_t>(random_());
-        const std::uint32_t port = static_cast<std::uint32_t>(some_port());
-        const Octets tag = test::transmit_tag(opcode, bitmap ? bits & 0x1FFFFFF : port,
-                                              bitmap ? static_cast<std::uint32_t>(random_()) : 0);
+        const uint32_t bits = static_cast<uint32_t>(random_());
+        const uint32_t port = static_cast<uint32_t>(some_port());
+        const Octets tag =
+            test::transmit_tag(opcode, bitmap ? bits & 0x1FFFFFF : port, bitmap ? static_cast<uint32_t>(random_()) : 0);
         return Model::part(frame, 0, kAddressBytes) + tag + Model::part(frame, kAddressBytes, frame.size());
     }
 

@@ -8,7 +8,7 @@ namespace vdevice::chip {
 namespace {
 
 /** How many frames one received frame may bring back by loopback. */
-constexpr std::size_t kMaxLooped = 64;
+constexpr size_t kMaxLooped = 64;
 
 }  // namespace
 
@@ -38,7 +38,7 @@ void Switch::take_in(Time now, int port, Bytes frame) {
     if (frame.size() < kHeaderBytes) {
         return drop(port, Drop::kRunt);
     }
-    ++counters.rx_casts[static_cast<std::size_t>(cast_of(Mac::at(frame, 0)))];
+    ++counters.rx_casts[static_cast<size_t>(cast_of(Mac::at(frame, 0)))];
     if (frame.size() > at(port).longest_frame()) {
         return drop(port, Drop::kOversize);
     }
@@ -55,7 +55,7 @@ void Switch::take_in(Time now, int port, Bytes frame) {
 // A looped frame may be looped again, by another port and endlessly: the list grows while it is worked off, but only
 // up to its limit.
 void Switch::take_looped(Time now) {
-    std::size_t next = 0;
+    size_t next = 0;
     while (next < looped_.size()) {
         const Looped looped = std::move(looped_[next++]);
         take_in(now, looped.port, looped.octets);
@@ -67,7 +67,7 @@ void Switch::loop_back(int port, const Frame &frame) {
     if (looped_.size() >= kMaxLooped) {
         return drop(port, Drop::kLoopback);
     }
-    std::vector<std::uint8_t> octets(frame.size());
+    std::vector<uint8_t> octets(frame.size());
     frame.copy_to(octets.data());
     looped_.push_back({port, std::move(octets)});
 }
@@ -170,7 +170,7 @@ bool Switch::is_for_cpu_alone(const Header &header) const {
 }
 
 void Switch::drop(int port, Drop reason) {
-    ++at(port).counters.drops[static_cast<std::size_t>(reason)];
+    ++at(port).counters.drops[static_cast<size_t>(reason)];
 }
 
 }  // namespace vdevice::chip

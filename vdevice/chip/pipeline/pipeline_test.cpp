@@ -123,8 +123,8 @@ TEST_F(PipelineTest, OnlyTheOuterTagCounts) {
 
 TEST_F(PipelineTest, OtherTagTypesAreAnUntaggedFramesType) {
     const Octets addresses = kBroadcast + station(1);
-    constexpr std::uint16_t kTypes[] = {0x88A8, 0x9100};
-    for (const std::uint16_t type : kTypes) {
+    constexpr uint16_t kTypes[] = {0x88A8, 0x9100};
+    for (const uint16_t type : kTypes) {
         const Octets frame = addresses + test::octets16(type) + test::octets16(100) + kPayload;
         const auto sent = send(kA, frame);
         ASSERT_EQ(sent.size(), 3U);
@@ -201,9 +201,9 @@ TEST_F(PipelineTest, AFloodWithoutAnyOtherPortIsCounted) {
 
 TEST_F(PipelineTest, RuntsOfEveryLengthAreDropped) {
     const Octets tagged = kBroadcast + station(1) + test::vlan_tag(1) + kPayload;
-    const std::size_t shortest = kHeaderBytes + kVlanTagBytes;
-    for (std::size_t length = 0; length < shortest; ++length) {
-        EXPECT_TRUE(send(kA, Octets(tagged.begin(), tagged.begin() + static_cast<std::ptrdiff_t>(length))).empty());
+    const size_t shortest = kHeaderBytes + kVlanTagBytes;
+    for (size_t length = 0; length < shortest; ++length) {
+        EXPECT_TRUE(send(kA, Octets(tagged.begin(), tagged.begin() + static_cast<ptrdiff_t>(length))).empty());
     }
     EXPECT_EQ(dropped(kA, Drop::kRunt), shortest);
     EXPECT_EQ(send(kA, kBroadcast + station(1) + test::octets16(0x0800)).size(), 3U);
@@ -249,15 +249,15 @@ TEST_F(PipelineTest, PortVlansAndStaticAddressesNeedTheirVlan) {
 
 TEST_F(PipelineTest, SurvivesHostileBytes) {
     // A fixed generator, so that a failure comes again: every length, every first type byte pair that matters.
-    std::uint32_t state = 1;
-    const auto next = [&] { return static_cast<std::uint8_t>((state = state * 1664525 + 1013904223) >> 24); };
+    uint32_t state = 1;
+    const auto next = [&] { return static_cast<uint8_t>((state = state * 1664525 + 1013904223) >> 24); };
     for (int round = 0; round < 20000; ++round) {
-        Octets frame(static_cast<std::size_t>(next() % 64));
-        for (std::uint8_t &octet : frame) {
+        Octets frame(static_cast<size_t>(next() % 64));
+        for (uint8_t &octet : frame) {
             octet = next();
         }
         if (frame.size() > kHeaderBytes) {
-            const std::uint16_t types[] = {kVlanTpid, kSwitchTagType, 0x88A8, 0x0800};
+            const uint16_t types[] = {kVlanTpid, kSwitchTagType, 0x88A8, 0x0800};
             write16(&frame[kAddressBytes], types[next() % 4]);
         }
         send(next() % 3 == 0 ? kCpu : kA, frame);

@@ -21,10 +21,10 @@ const Octets kEapolAddress = {0x01, 0x80, 0xC2, 0, 0, 0x03};
 
 class PortRules : public test::ChipTest {
   protected:
-    void set_mode(int port, std::int64_t number) {
+    void set_mode(int port, int64_t number) {
         ASSERT_EQ(change(port, [&](Port &state) { state.learning = *find_learn_mode(number); }), Status::kOk);
     }
-    void set_loopback(int port, std::uint32_t mode) {
+    void set_loopback(int port, uint32_t mode) {
         ASSERT_EQ(change(port, [&](Port &state) { state.loopback = mode; }), Status::kOk);
     }
     std::vector<int> outputs(int port, const Octets &frame) {
@@ -87,7 +87,7 @@ TEST_F(PortRules, TwoLoopedPortsDoNotLoopForEver) {
 
 TEST_F(PortRules, WithoutJumboFramesLongOnesAreDroppedBothWays) {
     ASSERT_EQ(change(kB, [](Port &port) { port.jumbo = false; }), Status::kOk);
-    const auto frame_of = [](std::size_t size) {
+    const auto frame_of = [](size_t size) {
         return kBroadcast + station(1) + test::octets16(0x0800) + Octets(size - kHeaderBytes, 0x11);
     };
     EXPECT_EQ(outputs(kA, frame_of(1518)), (std::vector<int>{kCpu, kB, kC}));
@@ -101,7 +101,7 @@ TEST_F(PortRules, WithoutJumboFramesLongOnesAreDroppedBothWays) {
 }
 
 TEST_F(PortRules, AClosedPortPassesKnownSourcesOnly) {
-    for (const std::int64_t mode : {0, 8}) {
+    for (const int64_t mode : {0, 8}) {
         chip_.macs().remove_if([](const MacEntry &) { return true; });
         set_mode(kA, mode);
         const Octets frame = station(9) + station(1) + kPayload;
@@ -162,7 +162,7 @@ TEST_F(PortRules, FramesAreCountedByTheirDestinations) {
     send(kA, kEapolAddress + station(1) + kPayload);
     send(kA, kEapolAddress + station(1) + kPayload);
     send(kB, station(1) + station(2) + kPayload);
-    using Casts = std::array<std::uint64_t, kCasts>;
+    using Casts = std::array<uint64_t, kCasts>;
     EXPECT_EQ(chip_.port(kA).counters.rx_casts, (Casts{0, 2, 1}));
     EXPECT_EQ(chip_.port(kA).counters.tx_casts, (Casts{1, 0, 0}));
     EXPECT_EQ(chip_.port(kB).counters.rx_casts, (Casts{1, 0, 0}));

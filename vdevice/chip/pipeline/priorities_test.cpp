@@ -21,7 +21,7 @@ using test::vlan_tag;
 class Priorities : public test::PriorityTest {};
 
 TEST_F(Priorities, EachHasAQueueOfItsOwnAtPowerOn) {
-    for (std::uint32_t priority = 0; priority < kPriorities; ++priority) {
+    for (uint32_t priority = 0; priority < kPriorities; ++priority) {
         send(kA, tagged(priority));
         for (const int port : {kB, kC, kCpu}) {
             EXPECT_EQ(sent(port), one_in(priority)) << port;
@@ -48,16 +48,16 @@ TEST_F(Priorities, OfCopiesForTheCpuChooseTheQueueToo) {
 }
 
 TEST_F(Priorities, OfFramesFromTheCpuAreWhatPort0MakesOfThem) {
-    const auto from_cpu = [&](std::uint32_t opcode, std::uint32_t destination, const Octets &rest) {
+    const auto from_cpu = [&](uint32_t opcode, uint32_t destination, const Octets &rest) {
         return queues_of(kAddresses + test::transmit_tag(opcode, destination) + rest, kCpu);
     };
     ASSERT_EQ(change(kCpu, [](Port &port) { port.untagged_priority = 2; }), Status::kOk);
-    for (const std::uint32_t opcode : {3U, 5U, 6U}) {
+    for (const uint32_t opcode : {3U, 5U, 6U}) {
         EXPECT_EQ(from_cpu(opcode, kB, vlan_tag(0xA001) + kPayload), one_in(5)) << opcode;
         EXPECT_EQ(from_cpu(opcode, kB, kPayload), one_in(2)) << opcode;
         EXPECT_EQ(from_cpu(opcode, kB, vlan_tag(0xA001)), one_in(0)) << "no type behind its tag; " << opcode;
     }
-    for (const std::uint32_t opcode : {4U, 7U}) {
+    for (const uint32_t opcode : {4U, 7U}) {
         EXPECT_EQ(from_cpu(opcode, 1U << kB, vlan_tag(0xE001) + kPayload), one_in(7)) << opcode;
     }
     EXPECT_EQ(from_cpu(1, 0, vlan_tag(0x6001) + kPayload), one_in(3));
@@ -66,8 +66,8 @@ TEST_F(Priorities, OfFramesFromTheCpuAreWhatPort0MakesOfThem) {
 }
 
 TEST_F(Priorities, OfMirrorCopiesAreTheFramesOnTheWayOutAndNoneOnTheWayIn) {
-    constexpr std::uint32_t kIngress = 2;
-    constexpr std::uint32_t kEgress = 4;
+    constexpr uint32_t kIngress = 2;
+    constexpr uint32_t kEgress = 4;
     chip_.mirrors().set_enabled(true);
     ASSERT_EQ(chip_.set_egress(kA, PortSet::of(kB)), Status::kOk);
     ASSERT_EQ(chip_.mirrors().set_port(0, kB, kC, kEgress), Status::kOk);
@@ -89,10 +89,10 @@ TEST_F(Priorities, OfFramesThatARuleMirrorsAreNone) {
 }
 
 TEST_F(Priorities, GoToTheQueuesOfTheMap) {
-    for (std::uint32_t priority = 0; priority < kPriorities; ++priority) {
+    for (uint32_t priority = 0; priority < kPriorities; ++priority) {
         ASSERT_EQ(chip_.queue_map().set(priority, priority / 2), Status::kOk);
     }
-    for (std::uint32_t priority = 0; priority < kPriorities; ++priority) {
+    for (uint32_t priority = 0; priority < kPriorities; ++priority) {
         EXPECT_EQ(queues_of(tagged(priority)), one_in(priority / 2));
     }
 }
@@ -101,7 +101,7 @@ TEST_F(Priorities, GoToThePortsOwnQueuesBeforeTheChips) {
     ASSERT_EQ(chip_.queue_map().set(kB, 3, 7), Status::kOk);
     EXPECT_TRUE(chip_.queue_map().has_own(kB, 3));
     EXPECT_FALSE(chip_.queue_map().has_own(kB, 4));
-    for (const std::uint32_t of_the_chip : {3U, 1U}) {
+    for (const uint32_t of_the_chip : {3U, 1U}) {
         ASSERT_EQ(chip_.queue_map().set(3, of_the_chip), Status::kOk);
         EXPECT_EQ(queues_of(tagged(3)), one_in(7));
         EXPECT_EQ(sent(kC), one_in(of_the_chip));
@@ -114,7 +114,7 @@ TEST_F(Priorities, GoToThePortsOwnQueuesBeforeTheChips) {
 TEST_F(Priorities, OfQueuesThatAreGoneGoToTheLastOne) {
     ASSERT_EQ(chip_.queue_map().set(kB, 0, 6), Status::kOk);
     ASSERT_EQ(chip_.queue_map().set_queues(4), Status::kOk);
-    for (std::uint32_t priority = 1; priority < kPriorities; ++priority) {
+    for (uint32_t priority = 1; priority < kPriorities; ++priority) {
         EXPECT_EQ(queues_of(tagged(priority)), one_in(std::min(priority, 3U)));
         EXPECT_EQ(chip_.queue_map().queue_of(priority), std::min(priority, 3U));
     }

@@ -28,12 +28,11 @@ struct Told {
     int tag; /**< its priority; -1 without a tag */
 
     Octets octets(int vid) const {
-        const auto service = static_cast<std::uint8_t>(dscp * 4 + 1);
+        const auto service = static_cast<uint8_t>(dscp * 4 + 1);
         const Octets packet = version == 4   ? test::ipv4({.protocol = kUdp, .tos = service}, kDatagram)
                               : version == 6 ? test::ipv6({.next_header = kUdp, .traffic_class = service}, kDatagram)
                                              : test::octets16(0x88B5) + kDatagram;
-        return kAddresses + (tag < 0 ? Octets{} : test::vlan_tag(static_cast<std::uint16_t>(tag * 8192 + vid))) +
-               packet;
+        return kAddresses + (tag < 0 ? Octets{} : test::vlan_tag(static_cast<uint16_t>(tag * 8192 + vid))) + packet;
     }
 };
 
@@ -78,40 +77,40 @@ class PriorityLives : public test::PriorityTest, public testing::WithParamInterf
     }
     void set_own() {
         model_.own = below(8);
-        change(kA, [&](Port &port) { port.untagged_priority = static_cast<std::uint32_t>(model_.own); });
+        change(kA, [&](Port &port) { port.untagged_priority = static_cast<uint32_t>(model_.own); });
     }
     void set_remap() {
         const int priority = below(8);
         model_.remap[priority] = below(8);
         change(kA, [&](Port &port) {
-            port.remap.to.at(static_cast<std::size_t>(priority)) = static_cast<std::uint8_t>(model_.remap[priority]);
+            port.remap.to.at(static_cast<size_t>(priority)) = static_cast<uint8_t>(model_.remap[priority]);
         });
     }
     void set_dscp() {
         const int dscp = below(64);
-        const DscpRow row{static_cast<std::uint8_t>(below(64)), static_cast<std::uint8_t>(below(8))};
+        const DscpRow row{static_cast<uint8_t>(below(64)), static_cast<uint8_t>(below(8))};
         model_.mapped[dscp] = row.mapped;
         model_.priorities[dscp] = row.priority;
         if (below(2) == 0) {
-            dscps().set(static_cast<std::uint32_t>(dscp), row);
+            dscps().set(static_cast<uint32_t>(dscp), row);
         } else {
-            dscps().set(kA, static_cast<std::uint32_t>(dscp), row);
+            dscps().set(kA, static_cast<uint32_t>(dscp), row);
         }
-        dscps().set(kB, static_cast<std::uint32_t>(dscp), {0, 0});  // is of no importance to A
+        dscps().set(kB, static_cast<uint32_t>(dscp), {0, 0});  // is of no importance to A
     }
     void set_dscp_priority() {
         const int dscp = below(64);
         model_.priorities[dscp] = below(8);
-        dscps().set_priority(static_cast<std::uint32_t>(dscp), static_cast<std::uint8_t>(model_.priorities[dscp]));
+        dscps().set_priority(static_cast<uint32_t>(dscp), static_cast<uint8_t>(model_.priorities[dscp]));
     }
     void set_queues() {
         model_.queues = 1 + below(8);
-        EXPECT_EQ(chip_.queue_map().set_queues(static_cast<std::uint32_t>(model_.queues)), Status::kOk);
+        EXPECT_EQ(chip_.queue_map().set_queues(static_cast<uint32_t>(model_.queues)), Status::kOk);
     }
     void set_queue() {
         const int priority = below(8);
         const int queue = below(8);
-        const auto row = std::pair{static_cast<std::uint32_t>(priority), static_cast<std::uint32_t>(queue)};
+        const auto row = std::pair{static_cast<uint32_t>(priority), static_cast<uint32_t>(queue)};
         const bool of_port = below(2) == 0;
         const Status status =
             of_port ? chip_.queue_map().set(kB, row.first, row.second) : chip_.queue_map().set(row.first, row.second);
@@ -123,7 +122,7 @@ class PriorityLives : public test::PriorityTest, public testing::WithParamInterf
     void clear_queue() {
         const int priority = below(8);
         model_.port_queues.erase(priority);
-        chip_.queue_map().clear(kB, static_cast<std::uint32_t>(priority));
+        chip_.queue_map().clear(kB, static_cast<uint32_t>(priority));
     }
 
     void change_something() {
@@ -150,7 +149,7 @@ TEST_P(PriorityLives, FramesLeaveAsTheModelSays) {
         const Told frame = some_frame();
         const Told expected = model_.classify(frame);
         EXPECT_EQ(received(frame.octets(0)), expected.octets(1)) << "step " << step;
-        EXPECT_EQ(sent(kB), one_in(static_cast<std::uint32_t>(model_.queue_of(expected.tag)))) << "step " << step;
+        EXPECT_EQ(sent(kB), one_in(static_cast<uint32_t>(model_.queue_of(expected.tag)))) << "step " << step;
     }
 }
 

@@ -21,10 +21,10 @@ using test::router_alert;
 using test::Sent;
 using test::station;
 
-constexpr std::uint8_t kIgmp = 2;
-constexpr std::uint8_t kUdp = 17;
-constexpr std::uint8_t kIcmpv6 = 58;
-constexpr std::size_t kFlooded = 3;
+constexpr uint8_t kIgmp = 2;
+constexpr uint8_t kUdp = 17;
+constexpr uint8_t kIcmpv6 = 58;
+constexpr size_t kFlooded = 3;
 const Octets kAllHosts = {0x01, 0, 0x5E, 0, 0, 1};
 const Octets kAllHosts6 = {0x33, 0x33, 0, 0, 0, 1};
 
@@ -33,13 +33,13 @@ const Octets kReport = test::ipv4({.protocol = kIgmp, .destination = {239, 1, 2,
                                   {0x16, 0, 0, 0, 239, 1, 2, 3});
 const Octets kControl = test::ipv4({.protocol = kUdp, .destination = {224, 0, 0, 5}}, Octets(20, 0));
 
-Octets mld(std::uint8_t type) {
+Octets mld(uint8_t type) {
     return test::ipv6({0}, router_alert(kIcmpv6) + Octets{type, 0, 0, 0} + Octets(20, 0));
 }
 
 class SnoopingTest : public test::ChipTest {
   protected:
-    std::size_t copies(const Octets &packet, const Octets &destination = kAllHosts) {
+    size_t copies(const Octets &packet, const Octets &destination = kAllHosts) {
         return send(kA, destination + station(1) + packet).size();
     }
     std::set<int> ways(const Octets &packet) {
@@ -73,10 +73,10 @@ TEST_F(SnoopingTest, IgmpGoesToTheCpuOnly) {
 
 TEST_F(SnoopingTest, MldGoesToTheCpuOnly) {
     chip_.snooping().mld = true;
-    for (const std::uint8_t type : Octets{130, 131, 132, 143}) {
+    for (const uint8_t type : Octets{130, 131, 132, 143}) {
         EXPECT_EQ(copies(mld(type), kAllHosts6), 1U) << unsigned{type};
     }
-    for (const std::uint8_t type : Octets{128, 129, 133, 135, 142}) {
+    for (const uint8_t type : Octets{128, 129, 133, 135, 142}) {
         EXPECT_EQ(copies(mld(type), kAllHosts6), kFlooded) << unsigned{type};
     }
     EXPECT_EQ(copies(test::ipv6({kIcmpv6}, Octets{131, 0, 0, 0}), kAllHosts6), kFlooded) << "no hop-by-hop header";

@@ -17,21 +17,21 @@ using test::Octets;
 using test::operator+;
 using test::station;
 
-constexpr std::uint32_t kRate = 1000;       // kbit/s: 125 octets a millisecond
+constexpr uint32_t kRate = 1000;            // kbit/s: 125 octets a millisecond
 constexpr RateLimit kFourFrames{kRate, 4};  // 500 octets
-constexpr std::size_t kBodyBytes = 125 - kAddressBytes - kCheckSequenceBytes;
+constexpr size_t kBodyBytes = 125 - kAddressBytes - kCheckSequenceBytes;
 const Octets kBody = test::octets16(0x0800) + Octets(kBodyBytes - 2, 0x5A);  // so that a frame is of 125 octets
 const Octets kGroup = {0x01, 0x00, 0x5E, 1, 2, 3};
 const Octets kUnknown = station(99);
-constexpr std::uint64_t kFour = 4;
+constexpr uint64_t kFour = 4;
 
 class StormTest : public test::ChipTest {
   protected:
     StormTest() { send(kB, kBroadcast + station(2) + kBody); }
 
     /** How many of so many frames to this address come through. */
-    std::uint64_t pass(const Octets &destination, int frames, Time now, int port = kA) {
-        std::uint64_t passed = 0;
+    uint64_t pass(const Octets &destination, int frames, Time now, int port = kA) {
+        uint64_t passed = 0;
         for (int i = 0; i < frames; ++i) {
             passed += send(port, destination + station(1) + kBody, now).empty() ? 0U : 1U;
         }
@@ -223,14 +223,14 @@ TEST_F(StormTest, ThePolicerIsOnAllThatComesIn) {
 
 TEST_F(StormTest, ThePolicerKeepsToTheRateExactly) {
     police({997, 2});
-    std::uint64_t passed = 0;
+    uint64_t passed = 0;
     constexpr int kFrames = 100'000;
     for (int i = 0; i < kFrames; ++i) {
         passed += pass(station(2), 1, 1s + i * 500us);  // twice as many as there is room for
     }
     // A frame is a kilobit: two to begin with, and 997 in each of 49.9995 seconds.
     EXPECT_EQ(passed, 2U + 49'849);
-    EXPECT_EQ(chip_.port(kA).policer.passed() + dropped(kA, Drop::kPoliced), static_cast<std::uint64_t>(kFrames));
+    EXPECT_EQ(chip_.port(kA).policer.passed() + dropped(kA, Drop::kPoliced), static_cast<uint64_t>(kFrames));
 }
 
 TEST_F(StormTest, AFrameOverTheIngressLimitTeachesNothingAndTakesNothingElse) {
@@ -261,10 +261,10 @@ TEST_F(StormTest, TypesAreFoundByTheirNumbersAndCodes) {
     EXPECT_EQ(find_storm_code(2), StormType::kMulticast);
     EXPECT_EQ(find_storm_code(4), StormType::kUnknownUnicast);
     EXPECT_EQ(find_storm_code(8), StormType::kJoint);
-    for (const std::uint32_t other : {0U, 5U, 257U, UINT32_MAX}) {
+    for (const uint32_t other : {0U, 5U, 257U, UINT32_MAX}) {
         EXPECT_FALSE(find_storm_type(other)) << other;
     }
-    for (const std::uint32_t other : {0U, 3U, 5U, 9U, 16U, 257U}) {
+    for (const uint32_t other : {0U, 3U, 5U, 9U, 16U, 257U}) {
         EXPECT_FALSE(find_storm_code(other)) << other;
     }
 }

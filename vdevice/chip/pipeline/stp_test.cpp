@@ -19,16 +19,16 @@ using test::operator+;
 using test::Sent;
 using test::station;
 
-constexpr std::uint32_t kBlocking = 1;
-constexpr std::uint32_t kLearning = 3;
-constexpr std::uint32_t kForwarding = 4;
+constexpr uint32_t kBlocking = 1;
+constexpr uint32_t kLearning = 3;
+constexpr uint32_t kForwarding = 4;
 const Octets kGroup = {0x01, 0, 0x5E, 1, 2, 3};
 const Octets kBpdu =
     Octets{0x01, 0x80, 0xC2, 0, 0, 0} + station(1) + test::octets16(38) + Octets{0x42, 0x42} + Octets(36, 0);
 
 class StpTest : public test::ChipTest {
   protected:
-    void set_state(int port, std::uint32_t state, int group = StpGroups::kDefault) {
+    void set_state(int port, uint32_t state, int group = StpGroups::kDefault) {
         ASSERT_EQ(chip_.stp().set_state(group, port, state), Status::kOk);
     }
     std::set<int> ways(int port, const Octets &frame) {
@@ -38,11 +38,11 @@ class StpTest : public test::ChipTest {
         }
         return ports;
     }
-    Octets from(std::uint8_t number, const Octets &to = kBroadcast) { return to + station(number) + kPayload; }
+    Octets from(uint8_t number, const Octets &to = kBroadcast) { return to + station(number) + kPayload; }
 };
 
 TEST_F(StpTest, StatesBelowLearningLetNothingIn) {
-    for (std::uint32_t state = 0; state < kLearning; ++state) {
+    for (uint32_t state = 0; state < kLearning; ++state) {
         set_state(kA, state);
         EXPECT_TRUE(ways(kA, from(1)).empty()) << state;
         EXPECT_EQ(chip_.macs().size(), 0U) << state;
@@ -61,7 +61,7 @@ TEST_F(StpTest, ALearningPortLearnsAndDrops) {
 
 TEST_F(StpTest, OnlyForwardingPortsSend) {
     send(kB, from(2));
-    for (std::uint32_t state = 0; state < kForwarding; ++state) {
+    for (uint32_t state = 0; state < kForwarding; ++state) {
         set_state(kB, state);
         EXPECT_EQ(ways(kA, from(1)), (std::set<int>{kCpu, kC})) << state;
         EXPECT_EQ(ways(kA, from(1, kGroup)), (std::set<int>{kCpu, kC})) << state;
@@ -81,7 +81,7 @@ TEST_F(StpTest, KnownGroupsAvoidBlockedPorts) {
 }
 
 TEST_F(StpTest, EachGroupHasStatesOfItsOwn) {
-    constexpr std::uint32_t kOther = 100;
+    constexpr uint32_t kOther = 100;
     ASSERT_EQ(chip_.vlans().create({kOther, kOther}), Status::kOk);
     ASSERT_EQ(chip_.vlans().set_ports(kOther, PortSet::of(kA).add(kB).add(kC), {}), Status::kOk);
     ASSERT_EQ(chip_.stp().create(2), Status::kOk);
@@ -121,7 +121,7 @@ TEST_F(StpTest, TrunksAreServedByMembersThatForward) {
     ASSERT_EQ(chip_.set_trunk(0, {kB, kC}), Status::kOk);
     send(kB, from(2));
     set_state(kB, kBlocking);
-    for (std::uint8_t number = 10; number < 30; ++number) {
+    for (uint8_t number = 10; number < 30; ++number) {
         EXPECT_EQ(ways(kA, from(number)), (std::set<int>{kCpu, kC}));
         EXPECT_EQ(ways(kA, from(number, station(2))), std::set<int>{kC});
     }

@@ -13,18 +13,18 @@ using test::operator+;
 using test::Sent;
 using test::station;
 
-constexpr std::uint8_t kLacp = 1;
-constexpr std::uint8_t kMarker = 2;
-constexpr std::uint8_t kOam = 3;
+constexpr uint8_t kLacp = 1;
+constexpr uint8_t kMarker = 2;
+constexpr uint8_t kOam = 3;
 const Octets kSlow = {0x01, 0x80, 0xC2, 0, 0, 0x02};
 
-Octets body(std::uint8_t subtype) {
+Octets body(uint8_t subtype) {
     return test::octets16(0x8809) + Octets{subtype} + Octets(45, 0);
 }
 
 class TrapsTest : public test::ChipTest {
   protected:
-    std::size_t copies(const Octets &frame, int port = kA) { return send(port, frame).size(); }
+    size_t copies(const Octets &frame, int port = kA) { return send(port, frame).size(); }
 };
 
 TEST_F(TrapsTest, AreOffAtPowerOn) {
@@ -53,7 +53,7 @@ TEST_F(TrapsTest, OamGoesToTheCpuOnly) {
 
 TEST_F(TrapsTest, LldpToItsThreeAddressesGoesToTheCpuOnly) {
     const Octets lldp = test::octets16(0x88CC) + Octets(46, 1);
-    for (const std::uint8_t last : Octets{0x00, 0x03, 0x0E}) {
+    for (const uint8_t last : Octets{0x00, 0x03, 0x0E}) {
         const Octets neighbours = {0x01, 0x80, 0xC2, 0, 0, last};
         chip_.traps().lldp = false;
         EXPECT_EQ(copies(neighbours + station(1) + lldp), 3U);

@@ -52,11 +52,11 @@ class TrunkTest : public test::ChipTest {
         return list.size() == 1 ? list[0] : -1;
     }
 
-    const MacEntry *find(std::uint8_t number) { return chip_.macs().find(Mac::at(station(number), 0), 1); }
+    const MacEntry *find(uint8_t number) { return chip_.macs().find(Mac::at(station(number), 0), 1); }
 };
 
-Octets ip_packet(std::uint8_t from, std::uint8_t to, std::uint16_t from_port, std::uint16_t to_port,
-                 std::uint8_t protocol = 17, std::uint16_t fragment = 0) {
+Octets ip_packet(uint8_t from, uint8_t to, uint16_t from_port, uint16_t to_port, uint8_t protocol = 17,
+                 uint16_t fragment = 0) {
     const Octets ports = test::octets16(from_port) + test::octets16(to_port);
     return test::ipv4({.protocol = protocol,
                        .source = test::ipv4_address(from),
@@ -67,7 +67,7 @@ Octets ip_packet(std::uint8_t from, std::uint8_t to, std::uint16_t from_port, st
 }
 
 TEST_F(TrunkTest, AreCreatedOnceAndDestroyedOnce) {
-    for (const std::int64_t missing : {-1, 8, 255}) {
+    for (const int64_t missing : {-1, 8, 255}) {
         EXPECT_EQ(chip_.create_trunk(missing), Status::kTrunkRange);
         EXPECT_EQ(chip_.destroy_trunk(missing), Status::kTrunkRange);
     }
@@ -97,14 +97,14 @@ TEST_F(TrunkTest, MembersAreRefusedForAReason) {
     EXPECT_EQ(chip_.set_trunk(kTrunk, {13, 10}), Status::kOk);
     EXPECT_EQ(chip_.trunks().find(kTrunk)->members, (std::vector<int>{13, 10}));
     EXPECT_EQ(chip_.set_trunk(0, {11}), Status::kOk) << "it left its trunk";
-    for (const std::uint32_t mode : {0U, 7U, 0xFFFFFFFFU}) {
+    for (const uint32_t mode : {0U, 7U, 0xFFFFFFFFU}) {
         EXPECT_EQ(chip_.set_trunk_balance(0, mode), Status::kBadArgument);
     }
 }
 
 TEST_F(TrunkTest, AFloodedFrameLeavesOnce) {
     make_trunk();
-    for (std::uint8_t number = 1; number < 50; ++number) {
+    for (uint8_t number = 1; number < 50; ++number) {
         const auto ports = outputs(kA, kBroadcast + station(number) + kPayload);
         std::set<int> others;
         int copies = 0;
@@ -162,7 +162,7 @@ TEST_F(TrunkTest, MembersWithoutLinkAreSkipped) {
     std::vector<int> left = kMembers;
     while (!left.empty()) {
         std::set<int> used;
-        for (std::uint8_t number = 20; number < 220; ++number) {
+        for (uint8_t number = 20; number < 220; ++number) {
             used.insert(way_of(station(1) + station(number) + kPayload));
         }
         EXPECT_EQ(used, std::set<int>(left.begin(), left.end()));
@@ -176,7 +176,7 @@ TEST_F(TrunkTest, MembersWithoutLinkAreSkipped) {
 TEST_F(TrunkTest, AFlowKeepsItsMember) {
     make_trunk();
     send(10, kBroadcast + station(1) + kPayload);
-    for (std::uint8_t number = 20; number < 40; ++number) {
+    for (uint8_t number = 20; number < 40; ++number) {
         const Octets frame = station(1) + station(number) + kPayload;
         const int way = way_of(frame);
         for (int i = 0; i < 10; ++i) {
@@ -188,14 +188,13 @@ TEST_F(TrunkTest, AFlowKeepsItsMember) {
 TEST_F(TrunkTest, FlowsAreSpreadEvenlyByEveryMode) {
     make_trunk();
     constexpr int kFlows = 2000;
-    for (std::uint32_t mode = 1; mode <= 6; ++mode) {
+    for (uint32_t mode = 1; mode <= 6; ++mode) {
         ASSERT_EQ(chip_.set_trunk_balance(kTrunk, mode), Status::kOk);
         std::map<int, int> used;
         send(10, kBroadcast + station(1) + kPayload);
         for (int flow = 0; flow < kFlows; ++flow) {
-            const Octets source = {
-                0x02, 0, 0, 1, static_cast<std::uint8_t>(flow / 250), static_cast<std::uint8_t>(flow % 250)};
-            ++used[way_of(station(1) + source + ip_packet(1, 2, static_cast<std::uint16_t>(1000 + flow), 53))];
+            const Octets source = {0x02, 0, 0, 1, static_cast<uint8_t>(flow / 250), static_cast<uint8_t>(flow % 250)};
+            ++used[way_of(station(1) + source + ip_packet(1, 2, static_cast<uint16_t>(1000 + flow), 53))];
         }
         ASSERT_EQ(used.size(), kMembers.size()) << mode;
         for (const auto &[port, count] : used) {
@@ -207,33 +206,31 @@ TEST_F(TrunkTest, FlowsAreSpreadEvenlyByEveryMode) {
 /** By how many members frames leave that differ in one thing only. */
 class HashFields : public TrunkTest {
   protected:
-    int differing(const std::function<Octets(std::uint8_t)> &frame) {
+    int differing(const std::function<Octets(uint8_t)> &frame) {
         std::set<int> ways;
-        for (std::uint8_t number = 1; number <= 100; ++number) {
+        for (uint8_t number = 1; number <= 100; ++number) {
             ways.insert(way_of(frame(number)));
         }
         EXPECT_EQ(ways.count(-1), 0U);
         return static_cast<int>(ways.size());
     }
 
-    void prepare(std::uint32_t mode, HashSides sides) {
+    void prepare(uint32_t mode, HashSides sides) {
         make_trunk();
         ASSERT_EQ(chip_.set_trunk_balance(kTrunk, mode), Status::kOk);
         chip_.set_hash_sides(sides);
-        for (std::uint8_t number = 1; number <= 101; ++number) {
+        for (uint8_t number = 1; number <= 101; ++number) {
             send(10, kBroadcast + station(number) + kPayload);
         }
     }
 
     // Destinations 1 to 101 are behind the trunk, sources from 110 on are not.
-    static Octets macs_source(std::uint8_t n) {
-        return station(1) + station(static_cast<std::uint8_t>(110 + n)) + kPayload;
-    }
-    static Octets macs_destination(std::uint8_t n) { return station(n) + station(110) + kPayload; }
-    static Octets ip_source(std::uint8_t n) { return station(1) + station(110) + ip_packet(n, 9, 1, 2); }
-    static Octets ip_destination(std::uint8_t n) { return station(1) + station(110) + ip_packet(9, n, 1, 2); }
-    static Octets port_source(std::uint8_t n) { return station(1) + station(110) + ip_packet(8, 9, n, 2); }
-    static Octets port_destination(std::uint8_t n) { return station(1) + station(110) + ip_packet(8, 9, 1, n); }
+    static Octets macs_source(uint8_t n) { return station(1) + station(static_cast<uint8_t>(110 + n)) + kPayload; }
+    static Octets macs_destination(uint8_t n) { return station(n) + station(110) + kPayload; }
+    static Octets ip_source(uint8_t n) { return station(1) + station(110) + ip_packet(n, 9, 1, 2); }
+    static Octets ip_destination(uint8_t n) { return station(1) + station(110) + ip_packet(9, n, 1, 2); }
+    static Octets port_source(uint8_t n) { return station(1) + station(110) + ip_packet(8, 9, n, 2); }
+    static Octets port_destination(uint8_t n) { return station(1) + station(110) + ip_packet(8, 9, 1, n); }
 };
 
 TEST_F(HashFields, MacSource) {
@@ -268,31 +265,29 @@ TEST_F(HashFields, IpDestination) {
 
 TEST_F(HashFields, FragmentsGoTogether) {
     prepare(6, {true, true});
-    EXPECT_EQ(differing([](std::uint8_t n) { return station(1) + station(110) + ip_packet(8, 9, n, n, 17, 0x2000); }),
-              1);
-    EXPECT_EQ(differing([](std::uint8_t n) { return station(1) + station(110) + ip_packet(8, 9, n, n, 17, 1); }), 1);
-    EXPECT_EQ(differing([](std::uint8_t n) { return station(1) + station(110) + ip_packet(8, 9, n, n, 17, 0x4000); }),
-              4)
+    EXPECT_EQ(differing([](uint8_t n) { return station(1) + station(110) + ip_packet(8, 9, n, n, 17, 0x2000); }), 1);
+    EXPECT_EQ(differing([](uint8_t n) { return station(1) + station(110) + ip_packet(8, 9, n, n, 17, 1); }), 1);
+    EXPECT_EQ(differing([](uint8_t n) { return station(1) + station(110) + ip_packet(8, 9, n, n, 17, 0x4000); }), 4)
         << "whole, and not to be fragmented";
-    EXPECT_EQ(differing([](std::uint8_t n) { return station(1) + station(110) + ip_packet(8, 9, n, n, 1); }), 1)
+    EXPECT_EQ(differing([](uint8_t n) { return station(1) + station(110) + ip_packet(8, 9, n, n, 1); }), 1)
         << "no ports in this protocol";
 }
 
 TEST_F(HashFields, Ipv6) {
     prepare(6, {true, true});
-    const auto packet = [](std::uint8_t address, std::uint8_t port) {
+    const auto packet = [](uint8_t address, uint8_t port) {
         return station(1) + station(110) + test::octets16(0x86DD) + Octets{0x60, 0, 0, 0, 0, 8, 6, 64} +
                Octets(15, 0x20) + Octets{address} + Octets(16, 0x20) + Octets{0, port, 0, 80} + Octets(4, 0);
     };
-    EXPECT_EQ(differing([&](std::uint8_t n) { return packet(n, 1); }), 4);
-    EXPECT_EQ(differing([&](std::uint8_t n) { return packet(1, n); }), 4);
+    EXPECT_EQ(differing([&](uint8_t n) { return packet(n, 1); }), 4);
+    EXPECT_EQ(differing([&](uint8_t n) { return packet(1, n); }), 4);
 }
 
 TEST_F(HashFields, CutPacketsAreHashedByWhatIsThere) {
     prepare(6, {true, true});
     const Octets whole = station(1) + station(110) + ip_packet(8, 9, 1, 2);
-    for (std::size_t size = kHeaderBytes; size <= whole.size(); ++size) {
-        EXPECT_NE(way_of({whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size)}), -1) << size;
+    for (size_t size = kHeaderBytes; size <= whole.size(); ++size) {
+        EXPECT_NE(way_of({whole.begin(), whole.begin() + static_cast<ptrdiff_t>(size)}), -1) << size;
     }
 }
 
@@ -310,14 +305,14 @@ class Standby : public TrunkTest {
 
 TEST_F(Standby, APortThatIsBackSendsNothingUntilItIsAMember) {
     lose_one();
-    for (std::uint8_t number = 1; number < 50; ++number) {
+    for (uint8_t number = 1; number < 50; ++number) {
         const auto ports = outputs(kA, kBroadcast + station(number) + kPayload);
         EXPECT_EQ(std::count(ports.begin(), ports.end(), 13), 0);
         EXPECT_EQ(ports.size(), 4U);
     }
     ASSERT_EQ(chip_.set_trunk(kTrunk, kMembers), Status::kOk);
     std::set<int> used;
-    for (std::uint8_t number = 1; number < 50; ++number) {
+    for (uint8_t number = 1; number < 50; ++number) {
         for (const int port : outputs(kA, kBroadcast + station(number) + kPayload)) {
             used.insert(port);
         }

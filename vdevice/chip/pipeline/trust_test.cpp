@@ -18,14 +18,14 @@ using test::Octets;
 using test::one_in;
 using test::operator+;
 
-constexpr std::uint8_t kCongestion = 0x03;  // the bits beside the DSCP
+constexpr uint8_t kCongestion = 0x03;  // the bits beside the DSCP
 
-Octets packet4(std::uint32_t dscp) {
-    return ipv4({.protocol = kUdp, .tos = static_cast<std::uint8_t>(dscp << 2 | kCongestion)}, kDatagram);
+Octets packet4(uint32_t dscp) {
+    return ipv4({.protocol = kUdp, .tos = static_cast<uint8_t>(dscp << 2 | kCongestion)}, kDatagram);
 }
 
-Octets packet6(std::uint32_t dscp) {
-    const auto traffic_class = static_cast<std::uint8_t>(dscp << 2 | kCongestion);
+Octets packet6(uint32_t dscp) {
+    const auto traffic_class = static_cast<uint8_t>(dscp << 2 | kCongestion);
     return ipv6({.next_header = kUdp, .traffic_class = traffic_class}, kDatagram);
 }
 
@@ -63,7 +63,7 @@ TEST_F(TrustTest, OfTagsIsThePortsWithoutATag) {
 TEST_F(TrustTest, OfDscpsIsForIpPacketsTaggedOrNot) {
     for (const Trust mode : {Trust::kDscp, Trust::kBoth}) {
         trust(mode);
-        for (const std::uint32_t dscp : {0U, 8U, 46U, 63U}) {
+        for (const uint32_t dscp : {0U, 8U, 46U, 63U}) {
             EXPECT_EQ(queues_of(kAddresses + packet4(dscp)), one_in(dscp / 8));
             EXPECT_EQ(queues_of(tagged(3, packet4(dscp))), one_in(dscp / 8));
             EXPECT_EQ(queues_of(kAddresses + packet6(dscp)), one_in(dscp / 8));
@@ -94,10 +94,9 @@ TEST_F(TrustTest, OfDscpsLeavesOtherFramesToTheirTagsOrToThePort) {
 TEST_F(TrustTest, IsNotGivenToPacketsThatAreCutShort) {
     trust(Trust::kDscp);
     const Octets whole = tagged(3, packet4(46));
-    const std::size_t header_ends = whole.size() - kDatagram.size();
-    EXPECT_EQ(queues_of(Octets(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(header_ends))), one_in(5));
-    EXPECT_EQ(queues_of(Octets(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(header_ends - 1))),
-              one_in(3));
+    const size_t header_ends = whole.size() - kDatagram.size();
+    EXPECT_EQ(queues_of(Octets(whole.begin(), whole.begin() + static_cast<ptrdiff_t>(header_ends))), one_in(5));
+    EXPECT_EQ(queues_of(Octets(whole.begin(), whole.begin() + static_cast<ptrdiff_t>(header_ends - 1))), one_in(3));
 }
 
 TEST_F(TrustTest, IsEachPortsOwn) {
@@ -169,9 +168,9 @@ TEST_F(TrustTest, RemapsAreOfThePrioritiesInTags) {
     tag_vlan_1();
     trust(Trust::kDot1p);
     ASSERT_EQ(change(kA, [](Port &port) { port.remap.to = {7, 6, 5, 4, 3, 2, 1, 0}; }), Status::kOk);
-    for (std::uint32_t priority = 0; priority < kPriorities; ++priority) {
+    for (uint32_t priority = 0; priority < kPriorities; ++priority) {
         EXPECT_EQ(received(tagged(priority, kArp)),
-                  kAddresses + test::vlan_tag(static_cast<std::uint16_t>((7 - priority) << kPcpShift | 1)) + kArp);
+                  kAddresses + test::vlan_tag(static_cast<uint16_t>((7 - priority) << kPcpShift | 1)) + kArp);
         EXPECT_EQ(sent(kB), one_in(7 - priority));
         EXPECT_EQ(queues_of(tagged(priority, kArp), kC), one_in(priority)) << "on this port only";
     }

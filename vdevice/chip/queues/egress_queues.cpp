@@ -1,7 +1,7 @@
 #include "vdevice/chip/queues/egress_queues.h"
 
 namespace vdevice::chip {
-void EgressQueues::put(Time now, int port, std::size_t queue, const Frame &frame, Dispatch dispatch) {
+void EgressQueues::put(Time now, int port, size_t queue, const Frame &frame, Dispatch dispatch) {
     PortQueues &queues = at(port);
     if (frame.size() > kOctets - octets_ || !queues.has_room(queue, frame.size())) {
         return queues.count_drop(queue);

@@ -2,7 +2,7 @@
 // frames wait, in memory that all ports share, and are dropped when there is no room.
 #pragma once
 
-#include <cstddef>
+#include <stddef.h>
 #include <optional>
 #include <vector>
 
@@ -13,24 +13,24 @@ namespace vdevice::chip {
 
 class EgressQueues {
   public:
-    static constexpr std::size_t kOctets = 2 * 1024 * 1024; /**< that all queues hold together */
+    static constexpr size_t kOctets = 2 * 1024 * 1024; /**< that all queues hold together */
 
     struct Departure {
         Time time;
         int port;
     };
 
-    explicit EgressQueues(int ports) : ports_(static_cast<std::size_t>(ports)) {}
+    explicit EgressQueues(int ports) : ports_(static_cast<size_t>(ports)) {}
 
-    const PortQueues &port(int port) const { return ports_[static_cast<std::size_t>(port)]; }
-    std::size_t waiting_octets() const { return octets_; }
+    const PortQueues &port(int port) const { return ports_[static_cast<size_t>(port)]; }
+    size_t waiting_octets() const { return octets_; }
 
     /** The port's frames have to go through its queues. */
     bool holds(int port) const { return held_.has(port); }
     /** A frame leaves a port that does not hold it. */
-    void pass(int port, std::size_t queue, std::size_t octets) { at(port).count(queue, octets); }
+    void pass(int port, size_t queue, size_t octets) { at(port).count(queue, octets); }
     /** Lets a copy of the frame wait, or drops it for want of room. */
-    void put(Time now, int port, std::size_t queue, const Frame &frame, Dispatch dispatch);
+    void put(Time now, int port, size_t queue, const Frame &frame, Dispatch dispatch);
 
     /** The next frame that leaves; of two at the same time that of the lower port. */
     const std::optional<Departure> &next() const { return next_; }
@@ -43,11 +43,11 @@ class EgressQueues {
     Status set_scheduler(Time now, int port, const SchedulerSettings &settings);
 
   private:
-    PortQueues &at(int port) { return ports_[static_cast<std::size_t>(port)]; }
+    PortQueues &at(int port) { return ports_[static_cast<size_t>(port)]; }
     void update(int port);
 
     std::vector<PortQueues> ports_;
-    std::size_t octets_ = 0;
+    size_t octets_ = 0;
     PortSet held_;
     PortSet waiting_;
     std::optional<Departure> next_;

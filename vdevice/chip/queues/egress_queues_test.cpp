@@ -23,8 +23,8 @@ constexpr int kOther = 9;
 using EgressQueuesTest = test::QueueTest;
 
 /** The numbers of frames that have left. */
-std::vector<std::uint32_t> numbers(const std::vector<Left> &left) {
-    std::vector<std::uint32_t> list;
+std::vector<uint32_t> numbers(const std::vector<Left> &left) {
+    std::vector<uint32_t> list;
     list.reserve(left.size());
     for (const Left &frame : left) {
         list.push_back(frame.number);
@@ -77,15 +77,15 @@ TEST_F(EgressQueuesTest, ABurstOfNoneIsTheBucketsOwn) {
 // The times are those of a rate that divides nothing; each is the first nanosecond that is late enough, and none is
 // late because an earlier one was rounded.
 TEST_F(EgressQueuesTest, TheRateIsExactOverAnyTime) {
-    constexpr std::int64_t kOddRate = 997;
+    constexpr int64_t kOddRate = 997;
     constexpr int kFrames = 60;
-    shape(kPort, 2 * kFrameBurst, static_cast<std::uint32_t>(kOddRate));
+    shape(kPort, 2 * kFrameBurst, static_cast<uint32_t>(kOddRate));
     fill(0s, kPort, 0, kFrames);
     const std::vector<Left> left = leave(1h);
     ASSERT_THAT(left, SizeIs(kFrames));
-    for (std::int64_t i = 2; i < kFrames; ++i) {
+    for (int64_t i = 2; i < kFrames; ++i) {
         const Time exact{((i - 1) * kFrameBurst * 1'000'000'000 + kOddRate - 1) / kOddRate};
-        EXPECT_EQ(left[static_cast<std::size_t>(i)].time, exact) << i;
+        EXPECT_EQ(left[static_cast<size_t>(i)].time, exact) << i;
     }
 }
 
@@ -117,7 +117,7 @@ TEST_F(EgressQueuesTest, AFrameThatComesWhileOthersWaitIsJudgedAtTheDeparture) {
 TEST_F(EgressQueuesTest, RoundRobinTakesFramesInTurn) {
     shape(kPort);
     schedule(kPort, SchedulerMode::kRoundRobin);
-    for (const std::size_t queue : {2U, 4U, 7U}) {
+    for (const size_t queue : {2U, 4U, 7U}) {
         fill(0ms, kPort, queue, 2);
     }
     EXPECT_THAT(leave(1h), ElementsAre(Left{0ms, kPort, 0}, Left{1ms, kPort, 2}, Left{2ms, kPort, 4},
@@ -125,18 +125,18 @@ TEST_F(EgressQueuesTest, RoundRobinTakesFramesInTurn) {
 }
 
 TEST_F(EgressQueuesTest, WeightsShareTheRateExactly) {
-    constexpr std::size_t kShort = 64;  // on the wire
-    constexpr std::uint32_t kQuantumFrames = Scheduler::kQuantum / kShort;
+    constexpr size_t kShort = 64;  // on the wire
+    constexpr uint32_t kQuantumFrames = Scheduler::kQuantum / kShort;
     constexpr int kRounds = 3;
     shape(kPort, 1);
     schedule(kPort, SchedulerMode::kWeighted, {1, 2, 4, 8, 1, 1, 1, 1});
-    for (const std::size_t queue : {0U, 1U, 2U, 3U}) {
+    for (const size_t queue : {0U, 1U, 2U, 3U}) {
         fill(0ms, kPort, queue, 1000, kShort - kCheckSequenceBytes);
     }
     constexpr int kFrames = kRounds * 15 * kQuantumFrames;
     constexpr Time kLast = std::chrono::microseconds{kFrames * kShort - 125};  // a kilobit was in the bucket
     EXPECT_THAT(leave(kLast), SizeIs(kFrames));
-    for (const std::size_t queue : {0U, 1U, 2U, 3U}) {
+    for (const size_t queue : {0U, 1U, 2U, 3U}) {
         EXPECT_EQ(counters(kPort, queue).frames, kRounds * (kQuantumFrames << queue)) << queue;
         EXPECT_EQ(counters(kPort, queue).drops, 0U);
     }
@@ -153,7 +153,7 @@ TEST_F(EgressQueuesTest, FramesOfAllPortsLeaveInTheOrderOfTheirTimes) {
 }
 
 TEST_F(EgressQueuesTest, AQueueHoldsWhatItHasRoomFor) {
-    constexpr std::size_t kFitting = PortQueues::kQueueOctets / 1024;
+    constexpr size_t kFitting = PortQueues::kQueueOctets / 1024;
     shape(kPort);
     fill(0ms, kPort, 2, kFitting + 3, 1024);
     put(0ms, kPort, 2, 60);
@@ -176,7 +176,7 @@ TEST_F(EgressQueuesTest, AllQueuesTogetherHoldWhatTheChipHasRoomFor) {
     static_assert(kFilled == 4 * kQueues);
     for (int port = 0; port < 4; ++port) {
         shape(port);
-        for (std::size_t queue = 0; queue < kQueues; ++queue) {
+        for (size_t queue = 0; queue < kQueues; ++queue) {
             fill(0ms, port, queue, PortQueues::kQueueOctets / 1024, 1024);
         }
     }

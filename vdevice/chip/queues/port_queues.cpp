@@ -4,15 +4,15 @@
 
 namespace vdevice::chip {
 
-void PortQueues::count(std::size_t queue, std::size_t octets) {
+void PortQueues::count(size_t queue, size_t octets) {
     QueueCounters &counters = queues_[queue].counters;
     ++counters.frames;
     counters.octets += octets;
 }
 
-void PortQueues::put(Time now, std::size_t queue, const Frame &frame, Dispatch dispatch) {
+void PortQueues::put(Time now, size_t queue, const Frame &frame, Dispatch dispatch) {
     Queue &place = queues_[queue];
-    std::vector<std::uint8_t> octets(frame.size());
+    std::vector<uint8_t> octets(frame.size());
     frame.copy_to(octets.data());
     place.octets += octets.size();
     place.frames.push_back({std::move(octets), dispatch});
@@ -25,7 +25,7 @@ void PortQueues::put(Time now, std::size_t queue, const Frame &frame, Dispatch d
 // on how punctual the caller is.
 QueuedFrame PortQueues::take() {
     const Time now = *departure_;
-    const std::size_t number = scheduler_.next(heads());
+    const size_t number = scheduler_.next(heads());
     Queue &queue = queues_[number];
     QueuedFrame frame = std::move(queue.frames.front());
     queue.frames.pop_front();
@@ -38,8 +38,8 @@ QueuedFrame PortQueues::take() {
     return frame;
 }
 
-std::size_t PortQueues::flush() {
-    std::size_t octets = 0;
+size_t PortQueues::flush() {
+    size_t octets = 0;
     for (Queue &queue : queues_) {
         octets += std::exchange(queue.octets, 0);
         queue.counters.flushed += queue.frames.size();
@@ -67,7 +67,7 @@ void PortQueues::set_scheduler(Time now, const SchedulerSettings &settings) {
 
 QueueHeads PortQueues::heads() const {
     QueueHeads heads{};
-    for (std::size_t number = 0; number < kQueues; ++number) {
+    for (size_t number = 0; number < kQueues; ++number) {
         const Queue &queue = queues_[number];
         if (!queue.frames.empty()) {
             heads[number] = queue.frames.front().octets.size() + kCheckSequenceBytes;

@@ -2,9 +2,9 @@
 // have to wait.
 #pragma once
 
+#include <stddef.h>
+#include <stdint.h>
 #include <array>
-#include <cstddef>
-#include <cstdint>
 #include <list>
 #include <optional>
 #include <vector>
@@ -16,58 +16,56 @@
 namespace vdevice::chip {
 
 /** Whether a frame was switched or is a mirror's copy, which is not mirrored again. */
-enum class Origin : std::uint8_t { kSwitched, kMirror };
+enum class Origin : uint8_t { kSwitched, kMirror };
 
 /** What there is to know of a frame on its way out besides its octets. */
 struct Dispatch {
-    std::uint32_t priority;
+    uint32_t priority;
     Origin origin;
 };
 
 /** A frame with octets of its own: those that it came with are gone when it leaves. */
 struct QueuedFrame {
-    std::vector<std::uint8_t> octets;
+    std::vector<uint8_t> octets;
     Dispatch dispatch;
 };
 
 /** Octets without the check sequence, as a port's counters have them. */
 struct QueueCounters {
-    std::uint64_t frames = 0;  /**< that have left */
-    std::uint64_t octets = 0;  /**< of these */
-    std::uint64_t drops = 0;   /**< frames for which there was no room */
-    std::uint64_t flushed = 0; /**< frames that were waiting when the port went down */
+    uint64_t frames = 0;  /**< that have left */
+    uint64_t octets = 0;  /**< of these */
+    uint64_t drops = 0;   /**< frames for which there was no room */
+    uint64_t flushed = 0; /**< frames that were waiting when the port went down */
 };
 
 class PortQueues {
   public:
-    static constexpr std::size_t kQueueOctets = 65536; /**< that one queue holds */
+    static constexpr size_t kQueueOctets = 65536; /**< that one queue holds */
 
     const SchedulerSettings &scheduler() const { return scheduler_.settings(); }
     /** Null when the port is not shaped. */
     const RateLimit *shaper() const { return shaper_ ? &shaper_->limit() : nullptr; }
-    const QueueCounters &counters(std::size_t queue) const { return queues_[queue].counters; }
-    std::size_t waiting_frames(std::size_t queue) const { return queues_[queue].frames.size(); }
-    std::size_t waiting_octets(std::size_t queue) const { return queues_[queue].octets; }
+    const QueueCounters &counters(size_t queue) const { return queues_[queue].counters; }
+    size_t waiting_frames(size_t queue) const { return queues_[queue].frames.size(); }
+    size_t waiting_octets(size_t queue) const { return queues_[queue].octets; }
 
     /** Frames have to go through the queues. */
     bool holds() const { return shaper_.has_value() || is_waiting(); }
     bool is_waiting() const { return departure_.has_value(); }
-    bool has_room(std::size_t queue, std::size_t octets) const {
-        return octets <= kQueueOctets - queues_[queue].octets;
-    }
+    bool has_room(size_t queue, size_t octets) const { return octets <= kQueueOctets - queues_[queue].octets; }
 
     /** A frame leaves without having waited. */
-    void count(std::size_t queue, std::size_t octets);
-    void count_drop(std::size_t queue) { ++queues_[queue].counters.drops; }
+    void count(size_t queue, size_t octets);
+    void count_drop(size_t queue) { ++queues_[queue].counters.drops; }
 
     /** When the next frame leaves, if any waits. Whoever calls what follows has taken those that leave until then. */
     const std::optional<Time> &departure() const { return departure_; }
     /** There must be room. */
-    void put(Time now, std::size_t queue, const Frame &frame, Dispatch dispatch);
+    void put(Time now, size_t queue, const Frame &frame, Dispatch dispatch);
     /** The next frame, at its departure. One must wait. */
     QueuedFrame take();
     /** Throws away what waits and gives its octets. */
-    std::size_t flush();
+    size_t flush();
 
     /** A rate of 0 ends the shaping: what waits leaves at once. */
     void set_shaper(Time now, const RateLimit &limit);
@@ -76,7 +74,7 @@ class PortQueues {
   private:
     struct Queue {
         std::list<QueuedFrame> frames;
-        std::size_t octets = 0; /**< of the frames that wait */
+        size_t octets = 0; /**< of the frames that wait */
         QueueCounters counters;
     };
 

@@ -14,37 +14,37 @@ using namespace std::chrono_literals;
 class QueueLife : public test::QueueTest {
   protected:
     struct Expected {
-        std::uint32_t number;
-        std::size_t octets;
+        uint32_t number;
+        size_t octets;
     };
 
     struct Line {
         std::deque<Expected> waiting;
-        std::uint64_t frames = 0;
-        std::uint64_t octets = 0;
-        std::uint64_t drops = 0;
-        std::uint64_t flushed = 0;
+        uint64_t frames = 0;
+        uint64_t octets = 0;
+        uint64_t drops = 0;
+        uint64_t flushed = 0;
     };
 
     static constexpr int kUsedPorts = 6;
 
-    std::uint32_t any(std::uint32_t first, std::uint32_t last) {
-        return std::uniform_int_distribution<std::uint32_t>{first, last}(random_);
+    uint32_t any(uint32_t first, uint32_t last) {
+        return std::uniform_int_distribution<uint32_t>{first, last}(random_);
     }
     int any_port() { return static_cast<int>(any(0, kUsedPorts - 1)); }
-    Line &line(int port, std::size_t queue) { return lines_[static_cast<std::size_t>(port) * kQueues + queue]; }
+    Line &line(int port, size_t queue) { return lines_[static_cast<size_t>(port) * kQueues + queue]; }
 
-    std::size_t octets_of(int port, std::size_t queue) {
-        std::size_t octets = 0;
+    size_t octets_of(int port, size_t queue) {
+        size_t octets = 0;
         for (const Expected &frame : line(port, queue).waiting) {
             octets += frame.octets;
         }
         return octets;
     }
-    std::size_t all_octets() {
-        std::size_t octets = 0;
+    size_t all_octets() {
+        size_t octets = 0;
         for (int port = 0; port < kUsedPorts; ++port) {
-            for (std::size_t queue = 0; queue < kQueues; ++queue) {
+            for (size_t queue = 0; queue < kQueues; ++queue) {
                 octets += octets_of(port, queue);
             }
         }
@@ -53,8 +53,8 @@ class QueueLife : public test::QueueTest {
 
     void offer() {
         const int port = any_port();
-        const std::size_t queue = any(0, kQueues - 1);
-        const std::size_t octets = any(0, 3) == 0 ? any(1519, kMaxFrameBytes) : any(60, 1518);
+        const size_t queue = any(0, kQueues - 1);
+        const size_t octets = any(0, 3) == 0 ? any(1519, kMaxFrameBytes) : any(60, 1518);
         Line &own = line(port, queue);
         if (!queues_.holds(port)) {
             queues_.pass(port, queue, octets);
@@ -75,11 +75,11 @@ class QueueLife : public test::QueueTest {
     void take() {
         const EgressQueues::Departure departure = *queues_.next();
         const QueuedFrame frame = queues_.take_next();
-        const std::uint32_t number = read32(frame.octets, test::kNumberAt);
+        const uint32_t number = read32(frame.octets, test::kNumberAt);
         EXPECT_LE(last_, departure.time);
         last_ = departure.time;
         int found = 0;
-        for (std::size_t queue = 0; queue < kQueues; ++queue) {
+        for (size_t queue = 0; queue < kQueues; ++queue) {
             Line &own = line(departure.port, queue);
             if (!own.waiting.empty() && own.waiting.front().number == number) {
                 EXPECT_EQ(own.waiting.front().octets, frame.octets.size());
@@ -124,14 +124,14 @@ class QueueLife : public test::QueueTest {
 
     void flush(int port) {
         queues_.flush(port);
-        for (std::size_t queue = 0; queue < kQueues; ++queue) {
+        for (size_t queue = 0; queue < kQueues; ++queue) {
             Line &own = line(port, queue);
             own.flushed += own.waiting.size();
             own.waiting.clear();
         }
     }
 
-    void check_queue(int port, std::size_t queue) {
+    void check_queue(int port, size_t queue) {
         const Line &own = line(port, queue);
         const QueueCounters &seen = counters(port, queue);
         ASSERT_EQ(seen.frames, own.frames);
@@ -145,7 +145,7 @@ class QueueLife : public test::QueueTest {
     void check() {
         for (int port = 0; port < kUsedPorts; ++port) {
             bool waits = false;
-            for (std::size_t queue = 0; queue < kQueues; ++queue) {
+            for (size_t queue = 0; queue < kQueues; ++queue) {
                 check_queue(port, queue);
                 waits = waits || !line(port, queue).waiting.empty();
             }
@@ -158,7 +158,7 @@ class QueueLife : public test::QueueTest {
 
     static constexpr Time kLongestStep = 2ms;
     std::mt19937 random_;
-    std::array<Line, std::size_t{kUsedPorts} * kQueues> lines_;
+    std::array<Line, size_t{kUsedPorts} * kQueues> lines_;
     Time now_{};
     Time last_{};
 };
@@ -171,8 +171,8 @@ TEST_F(QueueLife, LosesInventsAndReordersNothing) {
         shape(port, 0, 20000);
     }
     for (int step = 0; step < kSteps && !HasFatalFailure(); ++step) {
-        run_to(now_ + Time{any(0, static_cast<std::uint32_t>(kLongestStep.count()))});
-        for (std::uint32_t frames = any(0, 9); frames > 0; --frames) {
+        run_to(now_ + Time{any(0, static_cast<uint32_t>(kLongestStep.count()))});
+        for (uint32_t frames = any(0, 9); frames > 0; --frames) {
             offer();
         }
         if (any(0, 99) == 0) {
@@ -182,8 +182,8 @@ TEST_F(QueueLife, LosesInventsAndReordersNothing) {
             check();
         }
     }
-    std::uint64_t drops = 0;
-    std::uint64_t flushed = 0;
+    uint64_t drops = 0;
+    uint64_t flushed = 0;
     for (const Line &own : lines_) {
         drops += own.drops;
         flushed += own.flushed;
@@ -196,30 +196,30 @@ TEST_F(QueueLife, LosesInventsAndReordersNothing) {
 }
 
 TEST_F(QueueLife, KeepsToTheRateOverEveryStretchOfTime) {
-    constexpr std::int64_t kBurst = 40;  // kbit
-    constexpr std::int64_t kUnitsPerKilobit = 1'000'000'000;
+    constexpr int64_t kBurst = 40;  // kbit
+    constexpr int64_t kUnitsPerKilobit = 1'000'000'000;
     random_.seed(21);
     shape(0, kBurst, test::kRate);
-    std::vector<std::pair<std::int64_t, std::int64_t>> sent;  // when, and how much so far, in bits
-    std::int64_t bits = 0;
+    std::vector<std::pair<int64_t, int64_t>> sent;  // when, and how much so far, in bits
+    int64_t bits = 0;
     for (int step = 0; step < 3000; ++step) {
         now_ += Time{any(0, 3'000'000)};
-        for (std::uint32_t frames = any(0, 6); frames > 0; --frames) {
+        for (uint32_t frames = any(0, 6); frames > 0; --frames) {
             put(now_, 0, any(0, kQueues - 1), any(60, 1518));
         }
         while (queues_.next() && queues_.next()->time <= now_) {
             const Time time = queues_.next()->time;
             sent.emplace_back(time.count(), bits);
-            bits += static_cast<std::int64_t>(8 * (queues_.take_next().octets.size() + kCheckSequenceBytes));
+            bits += static_cast<int64_t>(8 * (queues_.take_next().octets.size() + kCheckSequenceBytes));
         }
     }
     // The bucket's promise, for every two frames: between them no more than the burst and what the rate lets in.
     ASSERT_GT(sent.size(), 2000U);
-    std::int64_t lowest = INT64_MAX;
-    for (std::size_t i = 0; i + 1 < sent.size(); ++i) {
+    int64_t lowest = INT64_MAX;
+    for (size_t i = 0; i + 1 < sent.size(); ++i) {
         const auto [time, before] = sent[i];
         lowest = std::min(lowest, before * kUnitsPerKilobit / 1000 - time * test::kRate);
-        const std::int64_t after = sent[i + 1].second * kUnitsPerKilobit / 1000 - time * test::kRate;
+        const int64_t after = sent[i + 1].second * kUnitsPerKilobit / 1000 - time * test::kRate;
         ASSERT_LE(after - lowest, kBurst * kUnitsPerKilobit) << i;
     }
 }

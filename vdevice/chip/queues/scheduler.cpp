@@ -8,8 +8,8 @@ namespace {
 
 /** The highest queue that has a frame and of which @p is_meant is true. */
 template <typename Predicate>
-std::optional<std::size_t> highest(const QueueHeads &heads, Predicate is_meant) {
-    for (std::size_t queue = kQueues; queue-- > 0;) {
+std::optional<size_t> highest(const QueueHeads &heads, Predicate is_meant) {
+    for (size_t queue = kQueues; queue-- > 0;) {
         if (heads[queue] != 0 && is_meant(queue)) {
             return queue;
         }
@@ -21,33 +21,33 @@ std::optional<std::size_t> highest(const QueueHeads &heads, Predicate is_meant) 
 
 Status SchedulerSettings::check() const {
     const bool has_weights =
-        std::all_of(weights.begin(), weights.end(), [](std::uint32_t weight) { return weight <= kMaxWeight; });
+        std::all_of(weights.begin(), weights.end(), [](uint32_t weight) { return weight <= kMaxWeight; });
     return mode < SchedulerMode::kCount && has_weights ? Status::kOk : Status::kBadArgument;
 }
 
-std::size_t Scheduler::next(const QueueHeads &heads) {
+size_t Scheduler::next(const QueueHeads &heads) {
     if (settings_.mode == SchedulerMode::kRoundRobin) {
         return next_in_turn(heads);
     }
     const bool is_strict = settings_.mode == SchedulerMode::kStrict;
     const auto first = highest(
-        heads, [&](std::size_t queue) { return is_strict || settings_.weights[queue] == SchedulerSettings::kAhead; });
+        heads, [&](size_t queue) { return is_strict || settings_.weights[queue] == SchedulerSettings::kAhead; });
     return first ? *first : next_by_weight(heads);
 }
 
-std::size_t Scheduler::next_in_turn(const QueueHeads &heads) {
+size_t Scheduler::next_in_turn(const QueueHeads &heads) {
     while (heads[turn_] == 0) {
         end_turn();
     }
-    const std::size_t queue = turn_;
+    const size_t queue = turn_;
     end_turn();
     return queue;
 }
 
 // Each round gives a quantum at least to every queue that has a frame, so some rounds do for the longest one.
-std::size_t Scheduler::next_by_weight(const QueueHeads &heads) {
+size_t Scheduler::next_by_weight(const QueueHeads &heads) {
     for (;; end_turn()) {
-        std::size_t &credit = credits_[turn_];
+        size_t &credit = credits_[turn_];
         if (heads[turn_] == 0) {
             credit = 0;
             continue;

@@ -1,21 +1,21 @@
 // Which of a port's queues the next frame leaves from: strictly by priority, in turn, or by weight.
 #pragma once
 
+#include <stddef.h>
+#include <stdint.h>
 #include <array>
-#include <cstddef>
-#include <cstdint>
 
 #include "vdevice/chip/frame/status.h"
 #include "vdevice/chip/tables/port.h"
 
 namespace vdevice::chip {
 
-using QueueWeights = std::array<std::uint32_t, kQueues>;
+using QueueWeights = std::array<uint32_t, kQueues>;
 
 /** The octets of each queue's first frame, 0 for an empty queue. */
-using QueueHeads = std::array<std::size_t, kQueues>;
+using QueueHeads = std::array<size_t, kQueues>;
 
-enum class SchedulerMode : std::uint32_t {
+enum class SchedulerMode : uint32_t {
     kStrict = 0,     /**< the highest queue that has a frame */
     kRoundRobin = 1, /**< a frame of each queue that has one, from queue 0 up */
     kWeighted = 2,   /**< in turn, too, but so many octets of each queue as its weight lets it have */
@@ -23,12 +23,12 @@ enum class SchedulerMode : std::uint32_t {
 };
 
 struct SchedulerSettings {
-    static constexpr std::uint32_t kMaxWeight = 127;
-    static constexpr std::uint32_t kAhead = 0; /**< weight of a queue that is served before those with a weight */
+    static constexpr uint32_t kMaxWeight = 127;
+    static constexpr uint32_t kAhead = 0; /**< weight of a queue that is served before those with a weight */
 
     SchedulerMode mode = SchedulerMode::kStrict;
     QueueWeights weights{1, 1, 1, 1, 1, 1, 1, 1};
-    std::uint32_t delay = 0; /**< kept without effect */
+    uint32_t delay = 0; /**< kept without effect */
 
     Status check() const;
 };
@@ -40,28 +40,28 @@ struct SchedulerSettings {
  */
 class Scheduler {
   public:
-    static constexpr std::size_t kQuantum = 512; /**< octets for a weight of 1 */
+    static constexpr size_t kQuantum = 512; /**< octets for a weight of 1 */
 
     const SchedulerSettings &settings() const { return settings_; }
     /** Begins a new round. The settings must be good ones. */
     void set(const SchedulerSettings &settings) { *this = Scheduler{settings}; }
 
     /** The queue that the next frame leaves from, which is served by being asked for. One queue must have a frame. */
-    std::size_t next(const QueueHeads &heads);
+    size_t next(const QueueHeads &heads);
 
     Scheduler() = default;
 
   private:
     explicit Scheduler(const SchedulerSettings &settings) : settings_{settings} {}
 
-    std::size_t next_in_turn(const QueueHeads &heads);
-    std::size_t next_by_weight(const QueueHeads &heads);
+    size_t next_in_turn(const QueueHeads &heads);
+    size_t next_by_weight(const QueueHeads &heads);
     void end_turn();
 
     SchedulerSettings settings_;
-    std::size_t turn_ = 0;                       /**< the queue whose turn it is */
-    bool granted_ = false;                       /**< it has been given its quanta for this turn */
-    std::array<std::size_t, kQueues> credits_{}; /**< octets that each queue may still send */
+    size_t turn_ = 0;                       /**< the queue whose turn it is */
+    bool granted_ = false;                  /**< it has been given its quanta for this turn */
+    std::array<size_t, kQueues> credits_{}; /**< octets that each queue may still send */
 };
 
 }  // namespace vdevice::chip

@@ -11,9 +11,9 @@ namespace {
 
 using ::testing::ElementsAre;
 
-constexpr std::size_t kShort = 64;
-constexpr std::size_t kLong = 1522;
-constexpr std::size_t kPart = Scheduler::kQuantum * 3 / 4;
+constexpr size_t kShort = 64;
+constexpr size_t kLong = 1522;
+constexpr size_t kPart = Scheduler::kQuantum * 3 / 4;
 
 class SchedulerTest : public testing::Test {
   protected:
@@ -22,8 +22,8 @@ class SchedulerTest : public testing::Test {
     }
 
     /** The next queues that are served when the heads stay as they are. */
-    std::vector<std::size_t> serve(const QueueHeads &heads, int frames) {
-        std::vector<std::size_t> served;
+    std::vector<size_t> serve(const QueueHeads &heads, int frames) {
+        std::vector<size_t> served;
         for (int i = 0; i < frames; ++i) {
             served.push_back(scheduler_.next(heads));
         }
@@ -33,7 +33,7 @@ class SchedulerTest : public testing::Test {
     /** How often each queue is served. */
     std::array<int, kQueues> shares(const QueueHeads &heads, int frames) {
         std::array<int, kQueues> counts{};
-        for (const std::size_t queue : serve(heads, frames)) {
+        for (const size_t queue : serve(heads, frames)) {
             ++counts[queue];
         }
         return counts;
@@ -42,7 +42,7 @@ class SchedulerTest : public testing::Test {
     Scheduler scheduler_;
 };
 
-QueueHeads all_of(std::size_t octets) {
+QueueHeads all_of(size_t octets) {
     QueueHeads heads;
     heads.fill(octets);
     return heads;
@@ -75,7 +75,7 @@ TEST_F(SchedulerTest, WeightsShareExactlyOverARound) {
 
 TEST_F(SchedulerTest, AQueueSendsItsWholeShareAtItsTurn) {
     set(SchedulerMode::kWeighted, {1, 2, 1, 1, 1, 1, 1, 1});
-    constexpr std::size_t kHalf = Scheduler::kQuantum / 2;
+    constexpr size_t kHalf = Scheduler::kQuantum / 2;
     EXPECT_THAT(serve({kHalf, kHalf}, 8), ElementsAre(0, 0, 1, 1, 1, 1, 0, 0));
 }
 
@@ -116,20 +116,20 @@ TEST_F(SchedulerTest, NewSettingsBeginANewRound) {
 // Whatever the frames' lengths: no queue is ever ahead of its share by more than a turn's quanta and a frame.
 TEST_F(SchedulerTest, WeightsShareOctetsOfFramesOfAnyLength) {
     std::mt19937 random{71};
-    std::uniform_int_distribution<std::size_t> length{kShort, 9604};
+    std::uniform_int_distribution<size_t> length{kShort, 9604};
     set(SchedulerMode::kWeighted, {3, 5, 1, 7, 2, 2, 127, 1});
     QueueHeads heads;
-    for (std::size_t &head : heads) {
+    for (size_t &head : heads) {
         head = length(random);
     }
-    std::array<std::uint64_t, kQueues> octets{};
+    std::array<uint64_t, kQueues> octets{};
     for (int i = 0; i < 200000; ++i) {
-        const std::size_t queue = scheduler_.next(heads);
+        const size_t queue = scheduler_.next(heads);
         octets[queue] += heads[queue];
         heads[queue] = length(random);
     }
     const auto rounds = static_cast<double>(octets[6]) / (127 * Scheduler::kQuantum);
-    for (std::size_t queue = 0; queue < kQueues; ++queue) {
+    for (size_t queue = 0; queue < kQueues; ++queue) {
         const double share = rounds * scheduler_.settings().weights[queue] * Scheduler::kQuantum;
         const double turn = static_cast<double>(scheduler_.settings().weights[queue] * Scheduler::kQuantum + 9604);
         EXPECT_NEAR(static_cast<double>(octets[queue]), share, turn) << queue;
@@ -138,7 +138,7 @@ TEST_F(SchedulerTest, WeightsShareOctetsOfFramesOfAnyLength) {
 
 TEST(SchedulerSettings, OnlyTheModesAndWeightsThatThereAreAreGood) {
     EXPECT_EQ(SchedulerSettings{}.check(), Status::kOk);
-    for (const std::uint32_t mode : {3U, 4U, 0xFFFFFFFFU}) {
+    for (const uint32_t mode : {3U, 4U, 0xFFFFFFFFU}) {
         EXPECT_EQ((SchedulerSettings{static_cast<SchedulerMode>(mode)}.check()), Status::kBadArgument) << mode;
     }
     EXPECT_EQ((SchedulerSettings{SchedulerMode::kWeighted, {127, 0, 0, 0, 0, 0, 0, 127}}.check()), Status::kOk);

@@ -30,11 +30,11 @@ class Shaping : public test::ChipTest {
   protected:
     Shaping() { shape(kB); }
 
-    void shape(int port, std::uint32_t rate = kRate, Time now = 0s) {
+    void shape(int port, uint32_t rate = kRate, Time now = 0s) {
         EXPECT_EQ(chip_.set_shaper(now, port, {rate, kFrameBurst}), Status::kOk);
     }
 
-    static Octets frame(std::uint8_t number) {
+    static Octets frame(uint8_t number) {
         return kBroadcast + station(1) + test::octets16(0x0800) + Octets(kFrame - kHeaderBytes, number);
     }
 
@@ -63,9 +63,9 @@ class Shaping : public test::ChipTest {
         }
     }
 
-    std::uint64_t flushed() const { return chip_.queues().port(kB).counters(0).flushed; }
+    uint64_t flushed() const { return chip_.queues().port(kB).counters(0).flushed; }
 
-    std::uint8_t number_ = 0;
+    uint8_t number_ = 0;
 };
 
 TEST_F(Shaping, OnlyTheShapedPortHoldsFramesBack) {
@@ -95,7 +95,7 @@ TEST_F(Shaping, CountersMoveWhenTheFrameLeaves) {
     chip_.depart(2ms);
     EXPECT_EQ(counters.tx_frames, 3U);
     EXPECT_EQ(counters.tx_octets, 3 * kFrame);
-    EXPECT_EQ(counters.tx_casts[static_cast<std::size_t>(Cast::kBroadcast)], 3U);
+    EXPECT_EQ(counters.tx_casts[static_cast<size_t>(Cast::kBroadcast)], 3U);
     EXPECT_EQ(chip_.queues().port(kB).counters(0).frames, 3U);
     EXPECT_EQ(chip_.queues().port(kC).counters(0).frames, 3U) << "queues of other ports count, too";
 }
@@ -208,13 +208,13 @@ TEST_F(Shaping, EgressMirrorsCopyWhatLeavesWhenItLeaves) {
 }
 
 TEST_F(Shaping, PrioritiesChooseTheQueueAndTheSchedulingTheOrder) {
-    const auto load_tagged = [&](Time now, std::uint32_t priority) {
+    const auto load_tagged = [&](Time now, uint32_t priority) {
         Octets tagged = frame(++number_);
-        const Octets tag = test::vlan_tag(static_cast<std::uint16_t>(priority << kPcpShift | 1));
+        const Octets tag = test::vlan_tag(static_cast<uint16_t>(priority << kPcpShift | 1));
         tagged.insert(tagged.begin() + kAddressBytes, tag.begin(), tag.end());
         chip_.receive(now, kA, tagged);
     };
-    for (const std::uint32_t priority : {0U, 2U, 7U, 2U, 7U}) {
+    for (const uint32_t priority : {0U, 2U, 7U, 2U, 7U}) {
         load_tagged(0s, priority);
     }
     EXPECT_THAT(at(kB, sink_.take()), ElementsAre(1));

@@ -28,7 +28,7 @@ void Limiter::set_counting(Counting counting, Time now) {
     }
 }
 
-bool Limiter::has_room(std::size_t octets, Time now) {
+bool Limiter::has_room(size_t octets, Time now) {
     if (!bucket_) {
         return true;
     }
@@ -36,7 +36,7 @@ bool Limiter::has_room(std::size_t octets, Time now) {
     return bucket_->has_room(octets);
 }
 
-void Limiter::pass(std::size_t octets, Time now) {
+void Limiter::pass(size_t octets, Time now) {
     if (bucket_) {
         bucket_->charge(octets, now);
         ++passed_;
@@ -47,7 +47,7 @@ void Limiter::refuse() {
     ++dropped_;
 }
 
-bool Limiter::charge(std::size_t octets, Time now) {
+bool Limiter::charge(size_t octets, Time now) {
     if (!has_room(octets, now)) {
         refuse();
         return false;

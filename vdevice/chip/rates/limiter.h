@@ -1,7 +1,7 @@
 // A limit of a rate that may be set or not, and what became of the frames that met it.
 #pragma once
 
-#include <cstdint>
+#include <stdint.h>
 #include <optional>
 
 #include "vdevice/chip/frame/status.h"
@@ -20,27 +20,27 @@ class Limiter {
     void set_counting(Counting counting, Time now);
 
     /** True if the frame, so many octets with its check sequence, keeps to the limit; nothing is taken for it. */
-    bool has_room(std::size_t octets, Time now);
+    bool has_room(size_t octets, Time now);
     /** Counts the frame as passed and takes it, which there must be room for. */
-    void pass(std::size_t octets, Time now);
+    void pass(size_t octets, Time now);
     void refuse();
     /** Passes or refuses the frame; true if it has passed. */
-    bool charge(std::size_t octets, Time now);
+    bool charge(size_t octets, Time now);
 
     /** As it was set. */
     const RateLimit &limit() const { return limit_; }
     Counting counting() const { return counting_; }
     /** The bucket as it would be at this time, or nothing without a limit. */
     std::optional<TokenBucket> bucket_at(Time now) const;
-    std::uint64_t passed() const { return passed_; }
-    std::uint64_t dropped() const { return dropped_; }
+    uint64_t passed() const { return passed_; }
+    uint64_t dropped() const { return dropped_; }
 
   private:
     Counting counting_ = Counting::kOctets;
     RateLimit limit_;
     std::optional<TokenBucket> bucket_;
-    std::uint64_t passed_ = 0;
-    std::uint64_t dropped_ = 0;
+    uint64_t passed_ = 0;
+    uint64_t dropped_ = 0;
 };
 
 }  // namespace vdevice::chip

@@ -6,7 +6,7 @@ namespace vdevice::chip {
 namespace {
 
 constexpr bool is_in_order() {
-    for (std::size_t i = 0; i < kStormTypes; ++i) {
+    for (size_t i = 0; i < kStormTypes; ++i) {
         if (index_of(kStormTypeTable[i].type) != i) {
             return false;
         }
@@ -25,11 +25,11 @@ std::optional<StormType> find_type(Predicate is_wanted) {
 
 }  // namespace
 
-std::optional<StormType> find_storm_type(std::uint32_t number) {
-    return find_type([=](const StormTypeEntry &entry) { return static_cast<std::uint32_t>(entry.type) == number; });
+std::optional<StormType> find_storm_type(uint32_t number) {
+    return find_type([=](const StormTypeEntry &entry) { return static_cast<uint32_t>(entry.type) == number; });
 }
 
-std::optional<StormType> find_storm_code(std::uint32_t code) {
+std::optional<StormType> find_storm_code(uint32_t code) {
     return find_type([=](const StormTypeEntry &entry) { return entry.code == code; });
 }
 
@@ -61,7 +61,7 @@ void PortStorm::for_each_limit_on(StormType type, Visit visit) {
     }
 }
 
-bool PortStorm::admit(StormType type, std::size_t octets, Time now) {
+bool PortStorm::admit(StormType type, size_t octets, Time now) {
     bool passes = true;
     for_each_limit_on(type, [&](Kind &kind) {
         if (!kind.limiter.has_room(octets, now)) {

@@ -1,9 +1,9 @@
 // Storm control: limits on what each port lets in of the frames that go to many ports.
 #pragma once
 
+#include <stddef.h>
+#include <stdint.h>
 #include <array>
-#include <cstddef>
-#include <cstdint>
 #include <optional>
 
 #include "vdevice/chip/frame/status.h"
@@ -12,15 +12,15 @@
 namespace vdevice::chip {
 
 /** What a limit is on. Every storm frame is of one of the last three types; the joint limit is on them together. */
-enum class StormType : std::uint8_t { kJoint = 1, kMulticast = 2, kBroadcast = 3, kUnknownUnicast = 4 };
+enum class StormType : uint8_t { kJoint = 1, kMulticast = 2, kBroadcast = 3, kUnknownUnicast = 4 };
 
 struct StormTypeEntry {
     StormType type;
-    std::uint32_t code; /**< what management software calls the type where it is not translated */
+    uint32_t code; /**< what management software calls the type where it is not translated */
     const char *name;
 };
 
-constexpr std::size_t kStormTypes = 4;
+constexpr size_t kStormTypes = 4;
 
 /** The types in the order of their numbers. */
 inline constexpr std::array<StormTypeEntry, kStormTypes> kStormTypeTable = {
@@ -29,12 +29,12 @@ inline constexpr std::array<StormTypeEntry, kStormTypes> kStormTypeTable = {
      {StormType::kBroadcast, 1, "broadcast"},
      {StormType::kUnknownUnicast, 4, "unknown_unicast"}}};
 
-constexpr std::size_t index_of(StormType type) {
-    return static_cast<std::size_t>(type) - 1;
+constexpr size_t index_of(StormType type) {
+    return static_cast<size_t>(type) - 1;
 }
 
-std::optional<StormType> find_storm_type(std::uint32_t number);
-std::optional<StormType> find_storm_code(std::uint32_t code);
+std::optional<StormType> find_storm_type(uint32_t number);
+std::optional<StormType> find_storm_code(uint32_t code);
 
 /** One port's limits. */
 class PortStorm {
@@ -59,7 +59,7 @@ class PortStorm {
      * True if the frame, so many octets with its check sequence, keeps to its type's limit and to the joint one. A
      * frame over one of them takes nothing from the other.
      */
-    bool admit(StormType type, std::size_t octets, Time now);
+    bool admit(StormType type, size_t octets, Time now);
 
   private:
     template <typename Visit>

@@ -5,11 +5,11 @@
 namespace vdevice::chip {
 namespace {
 
-constexpr std::int64_t kUnits = 1'000'000'000;  // to a kilobit or a frame
-constexpr std::int64_t kOctetsPerKilobit = 125;
+constexpr int64_t kUnits = 1'000'000'000;  // to a kilobit or a frame
+constexpr int64_t kOctetsPerKilobit = 125;
 
-std::int64_t floor_quotient(std::int64_t dividend, std::int64_t divisor) {
-    const std::int64_t quotient = dividend / divisor;
+int64_t floor_quotient(int64_t dividend, int64_t divisor) {
+    const int64_t quotient = dividend / divisor;
     return dividend % divisor < 0 ? quotient - 1 : quotient;
 }
 
@@ -19,33 +19,33 @@ TokenBucket::TokenBucket(Counting counting, RateLimit limit, Time now)
     : counting_{counting}, limit_{limit}, level_{full()}, filled_{now} {}
 
 /** What an octet takes, or a frame. */
-std::int64_t TokenBucket::unit() const {
+int64_t TokenBucket::unit() const {
     return counting_ == Counting::kFrames ? kUnits : kUnits / kOctetsPerKilobit;
 }
 
-std::int64_t TokenBucket::full() const {
+int64_t TokenBucket::full() const {
     if (limit_.depth != 0) {
-        return std::int64_t{limit_.depth} * kUnits;
+        return int64_t{limit_.depth} * kUnits;
     }
-    const std::size_t least = counting_ == Counting::kFrames ? kMinFrames : kMinOctets;
-    const std::int64_t burst = std::int64_t{limit_.rate} * std::chrono::nanoseconds{kBurst}.count();
-    return std::max(burst, static_cast<std::int64_t>(least) * unit());
+    const size_t least = counting_ == Counting::kFrames ? kMinFrames : kMinOctets;
+    const int64_t burst = int64_t{limit_.rate} * std::chrono::nanoseconds{kBurst}.count();
+    return std::max(burst, static_cast<int64_t>(least) * unit());
 }
 
-std::size_t TokenBucket::depth() const {
-    return static_cast<std::size_t>(full() / unit());
+size_t TokenBucket::depth() const {
+    return static_cast<size_t>(full() / unit());
 }
 
-std::int64_t TokenBucket::level() const {
+int64_t TokenBucket::level() const {
     return floor_quotient(level_, unit());
 }
 
-std::int64_t TokenBucket::cost(std::size_t octets) const {
-    return counting_ == Counting::kFrames ? unit() : static_cast<std::int64_t>(octets) * unit();
+int64_t TokenBucket::cost(size_t octets) const {
+    return counting_ == Counting::kFrames ? unit() : static_cast<int64_t>(octets) * unit();
 }
 
 /** What must be in for the frame to pass. */
-std::int64_t TokenBucket::needed(std::size_t octets) const {
+int64_t TokenBucket::needed(size_t octets) const {
     return std::min(cost(octets), full());
 }
 
@@ -57,13 +57,13 @@ void TokenBucket::set_limit(RateLimit limit, Time now) {
 
 // The bucket may have been left alone for years: the time is compared before it is multiplied.
 void TokenBucket::fill(Time now) {
-    const std::int64_t missing = full() - level_;
-    const std::int64_t elapsed = std::max<std::int64_t>((now - filled_).count(), 0);
+    const int64_t missing = full() - level_;
+    const int64_t elapsed = std::max<int64_t>((now - filled_).count(), 0);
     level_ += elapsed > missing / limit_.rate ? missing : elapsed * limit_.rate;
     filled_ = std::max(filled_, now);
 }
 
-bool TokenBucket::charge(std::size_t octets, Time now) {
+bool TokenBucket::charge(size_t octets, Time now) {
     fill(now);
     if (!has_room(octets)) {
         return false;
@@ -72,8 +72,8 @@ bool TokenBucket::charge(std::size_t octets, Time now) {
     return true;
 }
 
-Time TokenBucket::ready_at(std::size_t octets) const {
-    const std::int64_t missing = needed(octets) - level_;
+Time TokenBucket::ready_at(size_t octets) const {
+    const int64_t missing = needed(octets) - level_;
     if (missing <= 0) {
         return filled_;
     }

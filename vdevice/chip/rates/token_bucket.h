@@ -1,21 +1,21 @@
 // A token bucket: tells which frames are over a rate, and when the next one is not, on the time handed in.
 #pragma once
 
+#include <stddef.h>
+#include <stdint.h>
 #include <chrono>
-#include <cstddef>
-#include <cstdint>
 
 #include "vdevice/chip/tables/mac_entry.h"
 
 namespace vdevice::chip {
 
 /** What the rate of a bucket is of: kilobits, or frames, however long they are. */
-enum class Counting : std::uint8_t { kOctets, kFrames };
+enum class Counting : uint8_t { kOctets, kFrames };
 
 /** How much may pass. A depth of 0 lets the bucket choose: what the rate lets in within 10 ms, but two frames. */
 struct RateLimit {
-    std::uint32_t rate = 0;  /**< kbit/s or frames a second, 1 at least */
-    std::uint32_t depth = 0; /**< kbit or frames */
+    uint32_t rate = 0;  /**< kbit/s or frames a second, 1 at least */
+    uint32_t depth = 0; /**< kbit or frames */
 
     friend bool operator==(const RateLimit &, const RateLimit &) = default;
 };
@@ -26,11 +26,11 @@ struct RateLimit {
  */
 class TokenBucket {
   public:
-    static constexpr std::uint32_t kMaxRate = 100'000'000;
-    static constexpr std::uint32_t kMaxDepth = 1'000'000; /**< what the highest rate lets in within 10 ms */
+    static constexpr uint32_t kMaxRate = 100'000'000;
+    static constexpr uint32_t kMaxDepth = 1'000'000; /**< what the highest rate lets in within 10 ms */
     static constexpr std::chrono::milliseconds kBurst{10};
-    static constexpr std::size_t kMinOctets = 3084; /**< two frames of full length, preamble and gap included */
-    static constexpr std::size_t kMinFrames = 2;
+    static constexpr size_t kMinOctets = 3084; /**< two frames of full length, preamble and gap included */
+    static constexpr size_t kMinFrames = 2;
 
     /** A full bucket. */
     TokenBucket(Counting counting, RateLimit limit, Time now);
@@ -43,28 +43,28 @@ class TokenBucket {
      * Takes a frame of so many octets out of the bucket; false, and nothing is taken, when it is over the rate. A frame
      * larger than the bucket passes when the bucket is full, and leaves it in debt.
      */
-    bool charge(std::size_t octets, Time now);
+    bool charge(size_t octets, Time now);
     /** Whether charge() would let it pass, as far as the bucket has been filled. */
-    bool has_room(std::size_t octets) const { return level_ >= needed(octets); }
+    bool has_room(size_t octets) const { return level_ >= needed(octets); }
     /** The first nanosecond at which such a frame will pass; the time of the last filling if it passes already. */
-    Time ready_at(std::size_t octets) const;
+    Time ready_at(size_t octets) const;
 
     Counting counting() const { return counting_; }
     const RateLimit &limit() const { return limit_; }
     /** Whole octets or frames that fit in. */
-    std::size_t depth() const;
+    size_t depth() const;
     /** Whole octets or frames that were in at the last filling; below 0 in debt. */
-    std::int64_t level() const;
+    int64_t level() const;
 
   private:
-    std::int64_t unit() const;
-    std::int64_t full() const;
-    std::int64_t cost(std::size_t octets) const;
-    std::int64_t needed(std::size_t octets) const;
+    int64_t unit() const;
+    int64_t full() const;
+    int64_t cost(size_t octets) const;
+    int64_t needed(size_t octets) const;
 
     Counting counting_;
     RateLimit limit_;
-    std::int64_t level_;
+    int64_t level_;
     Time filled_;
 };
 

@@ -10,7 +10,7 @@ using namespace std::chrono_literals;
 
 constexpr Counting kOctets = Counting::kOctets;
 constexpr Counting kFrames = Counting::kFrames;
-constexpr std::size_t kLength = 1000;
+constexpr size_t kLength = 1000;
 
 TEST(TokenBucket, IsAsDeepAsItIsTold) {
     EXPECT_EQ(TokenBucket(kOctets, {1000, 1}, 0s).depth(), 125U);
@@ -37,11 +37,11 @@ TEST(TokenBucket, CountsFramesHoweverLongTheyAre) {
 }
 
 TEST(TokenBucket, TheNextFramePassesWhenItSaysAndNotANanosecondBefore) {
-    for (const std::uint32_t rate : {1U, 7U, 997U, 1000U, 99'999'989U}) {
+    for (const uint32_t rate : {1U, 7U, 997U, 1000U, 99'999'989U}) {
         TokenBucket bucket{kOctets, {rate, 8}, 5s};
         ASSERT_TRUE(bucket.charge(kLength, 5s));
         const Time ready = bucket.ready_at(kLength);
-        const std::int64_t needed = 8'000'000'000;  // a kilobit is a billion
+        const int64_t needed = 8'000'000'000;  // a kilobit is a billion
         EXPECT_EQ((ready - 5s).count(), (needed + rate - 1) / rate) << rate;
         EXPECT_FALSE(bucket.charge(kLength, ready - 1ns)) << rate;
         EXPECT_EQ(bucket.ready_at(kLength), ready) << "what was filled in between changes nothing";
@@ -61,8 +61,8 @@ TEST(TokenBucket, WhatPassesAlreadyIsReadySinceTheLastFilling) {
 // A shaper's life: every frame leaves at the moment that was named for it. The last one leaves when the rate has let
 // all of them in, rounded up once and not once for each frame, as long as the bucket has room for the remainder.
 TEST(TokenBucket, WaitingForEveryFrameKeepsToTheRateExactly) {
-    constexpr std::uint32_t kRate = 997;
-    constexpr std::int64_t kCount = 100'000;
+    constexpr uint32_t kRate = 997;
+    constexpr int64_t kCount = 100'000;
     TokenBucket bucket{kOctets, {kRate, 9}, 0s};  // a frame, and a kilobit of room
     Time now{};
     for (int i = 0; i < kCount; ++i) {
@@ -109,7 +109,7 @@ TEST(TokenBucket, ANewLimitHoldsFromNowOnAndLeavesWhatIsIn) {
 }
 
 TEST(TokenBucket, ATimeBeyondAllTimesIsTheLastOne) {
-    constexpr std::size_t kAll = 125'000'000;
+    constexpr size_t kAll = 125'000'000;
     TokenBucket bucket{kOctets, {1, TokenBucket::kMaxDepth}, Time::max() - 1s};
     ASSERT_TRUE(bucket.charge(kAll, Time::max() - 1s));
     EXPECT_EQ(bucket.ready_at(125), Time::max()) << "in a second, to the nanosecond";

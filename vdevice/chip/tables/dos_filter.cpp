@@ -9,22 +9,22 @@ namespace vdevice::chip {
 namespace {
 
 // Transmission Control Protocol, RFC 9293.
-constexpr std::size_t kTcpBytes = 20;
-constexpr std::size_t kTcpFlagsAt = 13;
-constexpr std::uint8_t kFin = 0x01;
-constexpr std::uint8_t kSyn = 0x02;
-constexpr std::uint8_t kPsh = 0x08;
-constexpr std::uint8_t kUrg = 0x20;
-constexpr std::uint8_t kTcpFlags = 0x3F; /**< without the two of congestion notification, which say nothing here */
+constexpr size_t kTcpBytes = 20;
+constexpr size_t kTcpFlagsAt = 13;
+constexpr uint8_t kFin = 0x01;
+constexpr uint8_t kSyn = 0x02;
+constexpr uint8_t kPsh = 0x08;
+constexpr uint8_t kUrg = 0x20;
+constexpr uint8_t kTcpFlags = 0x3F; /**< without the two of congestion notification, which say nothing here */
 /** A fragment at this offset would overwrite the flags of the first one (RFC 1858). */
-constexpr std::uint16_t kTinyOffset = 1;
+constexpr uint16_t kTinyOffset = 1;
 
 bool is_land(const IpPacket &packet) {
     return std::equal(packet.source.begin(), packet.source.end(), packet.destination.begin());
 }
 
-std::optional<Drop> judge_flags(std::uint8_t octet) {
-    const auto flags = static_cast<std::uint8_t>(octet & kTcpFlags);
+std::optional<Drop> judge_flags(uint8_t octet) {
+    const auto flags = static_cast<uint8_t>(octet & kTcpFlags);
     if (flags == 0) {
         return Drop::kDosNullScan;
     }

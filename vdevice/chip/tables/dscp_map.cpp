@@ -3,19 +3,19 @@
 namespace vdevice::chip {
 
 DscpMap::DscpMap() {
-    for (std::uint32_t dscp = 0; dscp < kDscps; ++dscp) {
+    for (uint32_t dscp = 0; dscp < kDscps; ++dscp) {
         rows_[dscp] = power_on_row(dscp);
     }
 }
 
-void DscpMap::set(std::uint32_t dscp, DscpRow row) {
+void DscpMap::set(uint32_t dscp, DscpRow row) {
     rows_[dscp] = row;
     for (auto &port : own_) {
         port[dscp].reset();
     }
 }
 
-void DscpMap::set_priority(std::uint32_t dscp, std::uint8_t priority) {
+void DscpMap::set_priority(uint32_t dscp, uint8_t priority) {
     rows_[dscp].priority = priority;
     for (auto &port : own_) {
         if (std::optional<DscpRow> &row = port[dscp]) {

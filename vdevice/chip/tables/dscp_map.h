@@ -2,9 +2,9 @@
 // for the chip, and on single ports there are rows of their own.
 #pragma once
 
+#include <stddef.h>
+#include <stdint.h>
 #include <array>
-#include <cstddef>
-#include <cstdint>
 #include <optional>
 
 #include "vdevice/chip/frame/chip_ports.h"
@@ -13,11 +13,11 @@
 
 namespace vdevice::chip {
 
-constexpr std::uint32_t kDscps = 64;
+constexpr uint32_t kDscps = 64;
 
 struct DscpRow {
-    std::uint8_t mapped = 0;
-    std::uint8_t priority = 0;
+    uint8_t mapped = 0;
+    uint8_t priority = 0;
 
     friend bool operator==(const DscpRow &, const DscpRow &) = default;
 };
@@ -25,34 +25,32 @@ struct DscpRow {
 class DscpMap {
   public:
     /** A DSCP stays as it is, and its first three bits are the priority, as with the class selectors of old. */
-    static DscpRow power_on_row(std::uint32_t dscp) {
+    static DscpRow power_on_row(uint32_t dscp) {
         constexpr unsigned kClassShift = 3;
-        return {static_cast<std::uint8_t>(dscp), static_cast<std::uint8_t>(dscp >> kClassShift)};
+        return {static_cast<uint8_t>(dscp), static_cast<uint8_t>(dscp >> kClassShift)};
     }
     /** A row of these numbers, if each is one. */
-    static Status check(std::uint32_t dscp, std::uint32_t mapped, std::uint32_t priority) {
+    static Status check(uint32_t dscp, uint32_t mapped, uint32_t priority) {
         return dscp < kDscps && mapped < kDscps && priority < kPriorities ? Status::kOk : Status::kBadArgument;
     }
 
     DscpMap();
 
     /** The chip's own row. The DSCP must be one, here and below, and the port must exist. */
-    DscpRow row(std::uint32_t dscp) const { return rows_[dscp]; }
+    DscpRow row(uint32_t dscp) const { return rows_[dscp]; }
     /** What holds on a port. */
-    DscpRow row(int port, std::uint32_t dscp) const { return own(port, dscp).value_or(rows_[dscp]); }
-    bool has_own(int port, std::uint32_t dscp) const { return own(port, dscp).has_value(); }
+    DscpRow row(int port, uint32_t dscp) const { return own(port, dscp).value_or(rows_[dscp]); }
+    bool has_own(int port, uint32_t dscp) const { return own(port, dscp).has_value(); }
 
     /** Sets the row of all ports: none keeps one of its own. */
-    void set(std::uint32_t dscp, DscpRow row);
+    void set(uint32_t dscp, DscpRow row);
     /** From now on the port's row goes before the chip's. */
-    void set(int port, std::uint32_t dscp, DscpRow row) { own_[static_cast<std::size_t>(port)][dscp] = row; }
+    void set(int port, uint32_t dscp, DscpRow row) { own_[static_cast<size_t>(port)][dscp] = row; }
     /** Sets the priority of all ports, and leaves alone what the DSCP becomes. */
-    void set_priority(std::uint32_t dscp, std::uint8_t priority);
+    void set_priority(uint32_t dscp, uint8_t priority);
 
   private:
-    const std::optional<DscpRow> &own(int port, std::uint32_t dscp) const {
-        return own_[static_cast<std::size_t>(port)][dscp];
-    }
+    const std::optional<DscpRow> &own(int port, uint32_t dscp) const { return own_[static_cast<size_t>(port)][dscp]; }
 
     std::array<DscpRow, kDscps> rows_;
     std::array<std::array<std::optional<DscpRow>, kDscps>, kChipPorts> own_{};

@@ -1,7 +1,7 @@
 // The chip's general-purpose pins: one bit per pin in each of three registers.
 #pragma once
 
-#include <cstdint>
+#include <stdint.h>
 
 #include "vdevice/chip/frame/status.h"
 
@@ -10,12 +10,12 @@ namespace vdevice::chip {
 class Gpio {
   public:
     static constexpr unsigned kPins = 32;
-    static constexpr std::uint32_t kInputAt = 0x2000;
-    static constexpr std::uint32_t kOutputAt = 0x2004;
-    static constexpr std::uint32_t kDirectionAt = 0x2008;
+    static constexpr uint32_t kInputAt = 0x2000;
+    static constexpr uint32_t kOutputAt = 0x2004;
+    static constexpr uint32_t kDirectionAt = 0x2008;
 
     /** What software reads and writes by a register's address. */
-    Status read(std::uint32_t address, std::uint32_t &value) const {
+    Status read(uint32_t address, uint32_t &value) const {
         switch (address) {
             case kInputAt:
                 value = input_;
@@ -31,7 +31,7 @@ class Gpio {
         }
     }
 
-    Status write(std::uint32_t address, std::uint32_t value) {
+    Status write(uint32_t address, uint32_t value) {
         switch (address) {
             case kInputAt:
                 return Status::kRegisterReadOnly;
@@ -46,24 +46,24 @@ class Gpio {
         }
     }
 
-    std::uint32_t input() const { return input_; }
-    std::uint32_t output() const { return output_; }
-    std::uint32_t direction() const { return direction_; }
+    uint32_t input() const { return input_; }
+    uint32_t output() const { return output_; }
+    uint32_t direction() const { return direction_; }
 
     /** What the board does to a pin, whatever its direction. */
-    Status drive(std::int64_t pin, bool level) {
-        if (pin < 0 || pin >= static_cast<std::int64_t>(kPins)) {
+    Status drive(int64_t pin, bool level) {
+        if (pin < 0 || pin >= static_cast<int64_t>(kPins)) {
             return Status::kBadArgument;
         }
-        const std::uint32_t bit = std::uint32_t{1} << static_cast<unsigned>(pin);
+        const uint32_t bit = uint32_t{1} << static_cast<unsigned>(pin);
         input_ = level ? input_ | bit : input_ & ~bit;
         return Status::kOk;
     }
 
   private:
-    std::uint32_t input_ = 0;
-    std::uint32_t output_ = 0;
-    std::uint32_t direction_ = 0;
+    uint32_t input_ = 0;
+    uint32_t output_ = 0;
+    uint32_t direction_ = 0;
 };
 
 }  // namespace vdevice::chip

@@ -1,7 +1,7 @@
 // What the chip does with frames to groups of stations: by the groups' entries, and without one.
 #pragma once
 
-#include <cstdint>
+#include <stdint.h>
 #include <optional>
 
 #include "vdevice/chip/frame/frame.h"
@@ -9,10 +9,10 @@
 namespace vdevice::chip {
 
 /** What becomes of an IP multicast frame whose group has no entry. The numbers are the driver's. */
-enum class GroupMiss : std::uint32_t { kFlood = 0, kDrop = 1, kToCpu = 2 };
+enum class GroupMiss : uint32_t { kFlood = 0, kDrop = 1, kToCpu = 2 };
 
-constexpr std::optional<GroupMiss> find_group_miss(std::uint32_t number) {
-    if (number > static_cast<std::uint32_t>(GroupMiss::kToCpu)) {
+constexpr std::optional<GroupMiss> find_group_miss(uint32_t number) {
+    if (number > static_cast<uint32_t>(GroupMiss::kToCpu)) {
         return std::nullopt;
     }
     return static_cast<GroupMiss>(number);
@@ -34,13 +34,13 @@ struct GroupRules {
 
 /** The address of an IPv4 group (RFC 1112). */
 inline bool is_ipv4_group(Mac mac) {
-    constexpr std::uint64_t kPrefix = 0x01005E000000 >> 23;
+    constexpr uint64_t kPrefix = 0x01005E000000 >> 23;
     return mac.value() >> 23 == kPrefix;
 }
 
 /** The address of an IPv6 group (RFC 2464). */
 inline bool is_ipv6_group(Mac mac) {
-    constexpr std::uint64_t kPrefix = 0x3333;
+    constexpr uint64_t kPrefix = 0x3333;
     return mac.value() >> 32 == kPrefix;
 }
 
@@ -50,7 +50,7 @@ inline bool is_ipv6_group(Mac mac) {
  */
 inline bool is_always_flooded(Mac mac) {
     constexpr Mac kAllNodes{0x333300000001};
-    constexpr std::uint64_t kLocalControl = 0x01005E0000;
+    constexpr uint64_t kLocalControl = 0x01005E0000;
     return mac.is_broadcast() || mac.is_reserved() || mac.value() >> 8 == kLocalControl || mac == kAllNodes;
 }
 

@@ -1,9 +1,9 @@
 // How many dynamic addresses the MAC table holds: in all, in each VLAN, and behind each port and trunk.
 #pragma once
 
+#include <stddef.h>
+#include <stdint.h>
 #include <array>
-#include <cstddef>
-#include <cstdint>
 
 #include "vdevice/chip/frame/port_set.h"
 #include "vdevice/chip/tables/mac_entry.h"
@@ -14,19 +14,19 @@ namespace vdevice::chip {
 class LearnCounts {
   public:
     void count(const MacEntry &entry) { add(entry, 1); }
-    void uncount(const MacEntry &entry) { add(entry, ~std::uint32_t{0}); }
+    void uncount(const MacEntry &entry) { add(entry, ~uint32_t{0}); }
 
-    std::uint32_t total() const { return total_; }
-    std::uint32_t in_vlan(Vid vid) const { return vlans_[vid]; }
-    std::uint32_t behind(const Place &place) const {
+    uint32_t total() const { return total_; }
+    uint32_t in_vlan(Vid vid) const { return vlans_[vid]; }
+    uint32_t behind(const Place &place) const {
         return place.is_trunk() ? trunks_[index(place.trunk)] : ports_[index(place.port)];
     }
 
   private:
-    static std::size_t index(int number) { return static_cast<std::size_t>(number); }
+    static size_t index(int number) { return static_cast<size_t>(number); }
 
     /** All ones takes one away. */
-    void add(const MacEntry &entry, std::uint32_t change) {
+    void add(const MacEntry &entry, uint32_t change) {
         if (entry.is_static) {
             return;
         }
@@ -35,10 +35,10 @@ class LearnCounts {
         (entry.place().is_trunk() ? trunks_[index(entry.trunk)] : ports_[index(entry.port)]) += change;
     }
 
-    std::uint32_t total_ = 0;
-    std::array<std::uint32_t, kMaxVid + 1> vlans_{};
-    std::array<std::uint32_t, PortSet::kSize> ports_{};
-    std::array<std::uint32_t, TrunkTable::kTrunks> trunks_{};
+    uint32_t total_ = 0;
+    std::array<uint32_t, kMaxVid + 1> vlans_{};
+    std::array<uint32_t, PortSet::kSize> ports_{};
+    std::array<uint32_t, TrunkTable::kTrunks> trunks_{};
 };
 
 }  // namespace vdevice::chip

@@ -1,9 +1,9 @@
 // Limits on how many addresses are learned: in the whole chip, in a VLAN, behind a port, behind a trunk.
 #pragma once
 
+#include <stddef.h>
+#include <stdint.h>
 #include <array>
-#include <cstddef>
-#include <cstdint>
 
 #include "vdevice/chip/tables/learn_counts.h"
 
@@ -11,7 +11,7 @@ namespace vdevice::chip {
 
 class LearnLimits {
   public:
-    using Limit = std::uint32_t;
+    using Limit = uint32_t;
     static constexpr Limit kNoLimit = ~Limit{0};
 
     LearnLimits() {
@@ -22,12 +22,12 @@ class LearnLimits {
 
     Limit &system() { return system_; }
     Limit &of_vlan(Vid vid) { return vlans_[vid]; }
-    Limit &of_port(int port) { return ports_[static_cast<std::size_t>(port)]; }
-    Limit &of_trunk(int trunk) { return trunks_[static_cast<std::size_t>(trunk)]; }
+    Limit &of_port(int port) { return ports_[static_cast<size_t>(port)]; }
+    Limit &of_trunk(int trunk) { return trunks_[static_cast<size_t>(trunk)]; }
     Limit system() const { return system_; }
     Limit of_vlan(Vid vid) const { return vlans_[vid]; }
-    Limit of_port(int port) const { return ports_[static_cast<std::size_t>(port)]; }
-    Limit of_trunk(int trunk) const { return trunks_[static_cast<std::size_t>(trunk)]; }
+    Limit of_port(int port) const { return ports_[static_cast<size_t>(port)]; }
+    Limit of_trunk(int trunk) const { return trunks_[static_cast<size_t>(trunk)]; }
     /** Behind a trunk the trunk's limit holds and not that of its ports. */
     Limit of_place(const Place &place) const { return place.is_trunk() ? of_trunk(place.trunk) : of_port(place.port); }
 

@@ -1,13 +1,13 @@
 // What a port does with a frame whose source address it does not know. The numbers are the driver's.
 #pragma once
 
-#include <cstdint>
+#include <stdint.h>
 #include <optional>
 
 namespace vdevice::chip {
 
 struct LearnMode {
-    std::uint32_t number;
+    uint32_t number;
     bool learns;         /**< enters source addresses into the MAC table */
     bool passes_unknown; /**< forwards frames from addresses that are not known behind the port */
     bool tells_cpu;      /**< hands such frames to the CPU instead, whose software decides about the address */
@@ -22,7 +22,7 @@ constexpr LearnMode kLearnModes[] = {
 };
 constexpr LearnMode kNormalLearning = kLearnModes[3];
 
-constexpr std::optional<LearnMode> find_learn_mode(std::int64_t number) {
+constexpr std::optional<LearnMode> find_learn_mode(int64_t number) {
     for (const LearnMode &mode : kLearnModes) {
         if (mode.number == number) {
             return mode;

@@ -1,8 +1,8 @@
 // One entry of the MAC table, and the keys by which entries are picked.
 #pragma once
 
+#include <stdint.h>
 #include <chrono>
-#include <cstdint>
 #include <optional>
 
 #include "vdevice/chip/frame/frame.h"
@@ -37,8 +37,8 @@ struct MacEntry {
     bool is_given_to_trunk = false; /**< software named the trunk itself, not one of its ports */
     bool drops_from = false;        /**< filtering: frames from the address are dropped */
     bool drops_to = false;          /**< filtering: frames to the address are dropped */
-    std::uint32_t group = 0;        /**< of a group address the number of its port set; 0 for a station's */
-    std::uint32_t index = 0;        /**< where the entry stands: bucket * kBucketSlots + slot */
+    uint32_t group = 0;             /**< of a group address the number of its port set; 0 for a station's */
+    uint32_t index = 0;             /**< where the entry stands: bucket * kBucketSlots + slot */
 
     Place place() const { return {port, trunk}; }
     bool is_behind(int other_port, int other_trunk) const { return place() == Place{other_port, other_trunk}; }
@@ -50,7 +50,7 @@ struct MacEntry {
 
 /** Which of the stations' entries an operation is for. Entries of group addresses are never picked. */
 struct MacFilter {
-    enum class Kind : std::uint8_t { kDynamic, kStatic, kAll };
+    enum class Kind : uint8_t { kDynamic, kStatic, kAll };
 
     Kind kind = Kind::kDynamic;
     std::optional<Mac> mac{};

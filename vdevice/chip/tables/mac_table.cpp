@@ -8,9 +8,9 @@ namespace vdevice::chip {
 MacTable::MacTable() : keys_(kCapacity, kFree), entries_(kCapacity) {}
 
 /** The index in the bucket's keys of the first that is the wanted one, or kCapacity. */
-std::size_t MacTable::find_key(std::size_t bucket, std::uint64_t wanted) const {
-    const std::size_t first = bucket * kBucketSlots;
-    for (std::size_t index = first; index < first + kBucketSlots; ++index) {
+size_t MacTable::find_key(size_t bucket, uint64_t wanted) const {
+    const size_t first = bucket * kBucketSlots;
+    for (size_t index = first; index < first + kBucketSlots; ++index) {
         if (keys_[index] == wanted) {
             return index;
         }
@@ -19,12 +19,12 @@ std::size_t MacTable::find_key(std::size_t bucket, std::uint64_t wanted) const {
 }
 
 const MacEntry *MacTable::find(Mac mac, Vid vid) const {
-    const std::size_t index = find_key(bucket_of(mac, vid), key(mac, vid));
+    const size_t index = find_key(bucket_of(mac, vid), key(mac, vid));
     return index == kCapacity ? nullptr : &entries_[index];
 }
 
-const MacEntry *MacTable::next(std::uint64_t index) const {
-    std::size_t at = index < kCapacity ? static_cast<std::size_t>(index) : kCapacity;
+const MacEntry *MacTable::next(uint64_t index) const {
+    size_t at = index < kCapacity ? static_cast<size_t>(index) : kCapacity;
     while (at < kCapacity && keys_[at] == kFree) {
         ++at;
     }
@@ -33,7 +33,7 @@ const MacEntry *MacTable::next(std::uint64_t index) const {
 
 template <typename Visit>
 void MacTable::visit_all(Visit visit) {
-    for (std::size_t index = 0; index < kCapacity; ++index) {
+    for (size_t index = 0; index < kCapacity; ++index) {
         if (keys_[index] != kFree) {
             visit(entries_[index]);
         }
@@ -42,8 +42,8 @@ void MacTable::visit_all(Visit visit) {
 
 /** In the place of the address's own entry, or in its bucket's first free slot. */
 Status MacTable::put(const MacEntry &entry) {
-    const std::size_t bucket = bucket_of(entry.mac, entry.vid);
-    std::size_t index = find_key(bucket, key(entry.mac, entry.vid));
+    const size_t bucket = bucket_of(entry.mac, entry.vid);
+    size_t index = find_key(bucket, key(entry.mac, entry.vid));
     if (index != kCapacity) {
         counts_.uncount(entries_[index]);
     } else {
@@ -55,7 +55,7 @@ Status MacTable::put(const MacEntry &entry) {
         ++size_;
     }
     entries_[index] = entry;
-    entries_[index].index = static_cast<std::uint32_t>(index);
+    entries_[index].index = static_cast<uint32_t>(index);
     counts_.count(entry);
     return Status::kOk;
 }
@@ -113,8 +113,8 @@ Status MacTable::remove(Mac mac, Vid vid) {
     return Status::kOk;
 }
 
-std::size_t MacTable::remove_if(const std::function<bool(const MacEntry &)> &picks) {
-    const std::size_t before = size_;
+size_t MacTable::remove_if(const std::function<bool(const MacEntry &)> &picks) {
+    const size_t before = size_;
     visit_all([&](MacEntry &entry) {
         if (picks(entry)) {
             erase(entry);
@@ -123,7 +123,7 @@ std::size_t MacTable::remove_if(const std::function<bool(const MacEntry &)> &pic
     return before - size_;
 }
 
-std::size_t MacTable::remove_all(const MacFilter &filter) {
+size_t MacTable::remove_all(const MacFilter &filter) {
     return remove_if([&](const MacEntry &entry) { return filter.picks(entry); });
 }
 

@@ -3,9 +3,9 @@
 // handed in, and never touches static ones by itself. Entries of group addresses name a set of ports.
 #pragma once
 
+#include <stdint.h>
 #include <array>
 #include <chrono>
-#include <cstdint>
 #include <functional>
 #include <vector>
 
@@ -18,17 +18,17 @@ namespace vdevice::chip {
 
 class MacTable {
   public:
-    static constexpr std::size_t kBuckets = 1024;
-    static constexpr std::size_t kBucketSlots = 8;
-    static constexpr std::size_t kCapacity = kBuckets * kBucketSlots;
+    static constexpr size_t kBuckets = 1024;
+    static constexpr size_t kBucketSlots = 8;
+    static constexpr size_t kCapacity = kBuckets * kBucketSlots;
     static constexpr std::chrono::seconds kDefaultAgeTime{300};
     static constexpr std::chrono::seconds kMaxAgeTime{1000000};  // the longest of IEEE 802.1D
 
     struct Counters {
-        std::uint64_t learned = 0;
-        std::uint64_t moved = 0;
-        std::uint64_t aged = 0;
-        std::uint64_t refused = 0; /**< times that an address could not be learned because its bucket was full */
+        uint64_t learned = 0;
+        uint64_t moved = 0;
+        uint64_t aged = 0;
+        uint64_t refused = 0; /**< times that an address could not be learned because its bucket was full */
     };
 
     MacTable();
@@ -37,10 +37,10 @@ class MacTable {
      * The sum of the address's three 16-bit words and the VLAN, modulo the number of buckets: as many addresses in a
      * row as the table has entries fill every bucket, as long as their last 16 bits do not overflow on the way.
      */
-    static constexpr std::size_t bucket_of(Mac mac, Vid vid) {
+    static constexpr size_t bucket_of(Mac mac, Vid vid) {
         constexpr unsigned kWordBits = 16;
-        const std::uint64_t words = mac.value() + (mac.value() >> kWordBits) + (mac.value() >> (2 * kWordBits));
-        return static_cast<std::size_t>((words + vid) % kBuckets);
+        const uint64_t words = mac.value() + (mac.value() >> kWordBits) + (mac.value() >> (2 * kWordBits));
+        return static_cast<size_t>((words + vid) % kBuckets);
     }
 
     /** Learns the source of a frame, moves it, or refreshes it. A static entry stays where it is. */
@@ -49,15 +49,15 @@ class MacTable {
     bool refresh(const MacEntry &known, const Place &place, Time now);
     const MacEntry *find(Mac mac, Vid vid) const;
     /** The first entry at or behind an index, or null. */
-    const MacEntry *next(std::uint64_t index) const;
+    const MacEntry *next(uint64_t index) const;
 
     /** Adds a station's entry in the place of whatever entry the address had. */
     Status add(const MacEntry &entry);
     Status add_static(Mac mac, Vid vid, int port, int trunk = MacEntry::kNoTrunk);
     Status remove(Mac mac, Vid vid);
     /** Removes the entries that the predicate picks and says how many there were. */
-    std::size_t remove_if(const std::function<bool(const MacEntry &)> &picks);
-    std::size_t remove_all(const MacFilter &filter);
+    size_t remove_if(const std::function<bool(const MacEntry &)> &picks);
+    size_t remove_all(const MacFilter &filter);
 
     /** The visitor may change where an entry is, but not whose it is. */
     void for_each(const std::function<void(MacEntry &)> &visit);
@@ -68,7 +68,7 @@ class MacTable {
     void remove_all_groups();
     /** @p entry is a group's. */
     const PortSet &ports_of(const MacEntry &entry) const { return groups_.get(entry.group); }
-    std::size_t group_count() const { return groups_.size(); }
+    size_t group_count() const { return groups_.size(); }
 
     /** Removes dynamic entries that have not been seen for the age time. */
     void age(Time now);
@@ -76,7 +76,7 @@ class MacTable {
     void set_age_time(std::chrono::seconds age_time) { age_time_ = age_time; }
     std::chrono::seconds age_time() const { return age_time_; }
 
-    std::size_t size() const { return size_; }
+    size_t size() const { return size_; }
     const Counters &counters() const { return counters_; }
     /** How many dynamic entries there are. */
     const LearnCounts &counts() const { return counts_; }
@@ -84,18 +84,18 @@ class MacTable {
     std::vector<MacEntry> list() const;
 
   private:
-    static constexpr std::uint64_t kFree = 0;  // VLAN 0 has no entries
+    static constexpr uint64_t kFree = 0;  // VLAN 0 has no entries
 
-    static constexpr std::uint64_t key(Mac mac, Vid vid) { return (std::uint64_t{vid} << 48) | mac.value(); }
-    std::size_t find_key(std::size_t bucket, std::uint64_t wanted) const;
+    static constexpr uint64_t key(Mac mac, Vid vid) { return (uint64_t{vid} << 48) | mac.value(); }
+    size_t find_key(size_t bucket, uint64_t wanted) const;
     Status put(const MacEntry &entry);
     void erase(const MacEntry &entry);
     template <typename Visit>
     void visit_all(Visit visit);
 
-    std::vector<std::uint64_t> keys_;  // apart from the entries, so that a look-up reads one cache line
+    std::vector<uint64_t> keys_;  // apart from the entries, so that a look-up reads one cache line
     std::vector<MacEntry> entries_;
-    std::size_t size_ = 0;
+    size_t size_ = 0;
     PortSetPool groups_;
     std::chrono::seconds age_time_ = kDefaultAgeTime;
     Counters counters_;

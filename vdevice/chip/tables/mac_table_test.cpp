@@ -10,7 +10,7 @@ using namespace std::chrono_literals;
 
 class MacTableTest : public testing::Test {
   protected:
-    static Mac mac(std::uint64_t number) { return Mac{0x020000000000 + number}; }
+    static Mac mac(uint64_t number) { return Mac{0x020000000000 + number}; }
 
     MacTable table_;
 };
@@ -51,7 +51,7 @@ TEST_F(MacTableTest, RefreshingDoesWhatLearningWould) {
     add({4, Place::kNoTrunk}, false, [](MacEntry &entry) { entry.is_static = true; });
     add({4, Place::kNoTrunk}, false, [](MacEntry &entry) { entry.drops_to = true; });
     add({4, Place::kNoTrunk}, false, [](MacEntry &entry) { entry.drops_from = true; });
-    for (std::size_t i = 0; i < cases.size(); ++i) {
+    for (size_t i = 0; i < cases.size(); ++i) {
         auto &[entry, place, is_refreshed] = cases[i];
         entry.mac = mac(i);
         ASSERT_EQ(table_.add(entry), Status::kOk);
@@ -114,7 +114,7 @@ TEST_F(MacTableTest, RefusesGroupAddressesAndMissingEntries) {
 }
 
 TEST_F(MacTableTest, AFullTableRefusesAndCounts) {
-    for (std::uint64_t i = 0; i < MacTable::kCapacity; ++i) {
+    for (uint64_t i = 0; i < MacTable::kCapacity; ++i) {
         table_.learn(mac(i), 10, 4, 0s);
     }
     EXPECT_EQ(table_.size(), MacTable::kCapacity);
@@ -143,11 +143,11 @@ TEST_F(MacTableTest, ListsByVlanAndAddress) {
 }
 
 TEST_F(MacTableTest, AddressesInARowFillEveryBucket) {
-    std::vector<std::size_t> filled(MacTable::kBuckets);
-    for (std::uint64_t i = 0; i < MacTable::kCapacity; ++i) {
+    std::vector<size_t> filled(MacTable::kBuckets);
+    for (uint64_t i = 0; i < MacTable::kCapacity; ++i) {
         ++filled[MacTable::bucket_of(Mac{0x0010A4001234 + i}, 100)];
     }
-    EXPECT_EQ(filled, std::vector<std::size_t>(MacTable::kBuckets, MacTable::kBucketSlots));
+    EXPECT_EQ(filled, std::vector<size_t>(MacTable::kBuckets, MacTable::kBucketSlots));
 }
 
 TEST_F(MacTableTest, TheBucketIsTheSumOfTheWords) {
@@ -156,7 +156,7 @@ TEST_F(MacTableTest, TheBucketIsTheSumOfTheWords) {
 }
 
 TEST_F(MacTableTest, AFullBucketRefusesWhileTheTableHasRoom) {
-    for (std::uint64_t i = 0; i < MacTable::kBucketSlots; ++i) {
+    for (uint64_t i = 0; i < MacTable::kBucketSlots; ++i) {
         EXPECT_EQ(table_.add_static(mac(i * MacTable::kBuckets), 10, 4), Status::kOk);
     }
     const Mac one_more = mac(MacTable::kBucketSlots * MacTable::kBuckets);
@@ -171,20 +171,20 @@ TEST_F(MacTableTest, AFullBucketRefusesWhileTheTableHasRoom) {
 }
 
 TEST_F(MacTableTest, TheIndexIsTheBucketsSlot) {
-    for (std::uint64_t i = 0; i < MacTable::kBucketSlots; ++i) {
+    for (uint64_t i = 0; i < MacTable::kBucketSlots; ++i) {
         const Mac same_bucket = mac(5 + i * MacTable::kBuckets);
         table_.learn(same_bucket, 10, 4, 0s);
-        const std::size_t bucket = MacTable::bucket_of(same_bucket, 10);
+        const size_t bucket = MacTable::bucket_of(same_bucket, 10);
         EXPECT_EQ(table_.find(same_bucket, 10)->index, bucket * MacTable::kBucketSlots + i);
     }
 }
 
 TEST_F(MacTableTest, TheWalkMeetsEveryEntryOnce) {
-    for (std::uint64_t i = 0; i < 3000; ++i) {
+    for (uint64_t i = 0; i < 3000; ++i) {
         table_.learn(mac(i * 7), static_cast<Vid>(1 + i % 50), 4, 0s);
     }
-    std::size_t met = 0;
-    std::uint64_t index = 0;
+    size_t met = 0;
+    uint64_t index = 0;
     while (const MacEntry *entry = table_.next(index)) {
         EXPECT_GE(entry->index, index);
         EXPECT_EQ(table_.find(entry->mac, entry->vid), entry);
@@ -193,7 +193,7 @@ TEST_F(MacTableTest, TheWalkMeetsEveryEntryOnce) {
     }
     EXPECT_EQ(met, table_.size());
     EXPECT_EQ(table_.next(MacTable::kCapacity), nullptr);
-    EXPECT_EQ(table_.next(~std::uint64_t{0}), nullptr);
+    EXPECT_EQ(table_.next(~uint64_t{0}), nullptr);
 }
 
 TEST_F(MacTableTest, CountsDynamicEntriesWhereTheyAre) {
@@ -262,7 +262,7 @@ TEST_F(MacTableTest, GroupsHaveAPortSetUntilTheyGo) {
 }
 
 TEST_F(MacTableTest, ThePortSetsOfGroupsRunOut) {
-    for (std::uint64_t i = 0; i < PortSetPool::kCapacity; ++i) {
+    for (uint64_t i = 0; i < PortSetPool::kCapacity; ++i) {
         ASSERT_EQ(table_.add_group(Mac{0x01005E100000 + i}, 10, PortSet::of(4)), Status::kOk);
         ASSERT_EQ(table_.find(Mac{0x01005E100000 + i}, 10)->group, i + 1);
     }
@@ -277,8 +277,8 @@ TEST_F(MacTableTest, ThePortSetsOfGroupsRunOut) {
 }
 
 TEST_F(MacTableTest, AGroupWithoutASlotGivesItsPortSetBack) {
-    constexpr std::uint64_t kGroup = 0x01005E100000;
-    for (std::uint64_t i = 0; i < MacTable::kBucketSlots; ++i) {
+    constexpr uint64_t kGroup = 0x01005E100000;
+    for (uint64_t i = 0; i < MacTable::kBucketSlots; ++i) {
         ASSERT_EQ(table_.add_group(Mac{kGroup + i * MacTable::kBuckets}, 10, {}), Status::kOk);
     }
     EXPECT_EQ(table_.add_group(Mac{kGroup + MacTable::kCapacity}, 10, {}), Status::kMacBucketFull);

@@ -7,14 +7,14 @@ namespace {
 
 /** The driver's number for the directions that a source port is mirrored in. */
 struct Mode {
-    std::uint32_t number;
+    uint32_t number;
     bool ingress;
     bool egress;
 };
 
 constexpr Mode kModes[] = {{0, false, false}, {2, true, false}, {4, false, true}, {6, true, true}};
 
-std::optional<Mode> find_mode(std::uint32_t number) {
+std::optional<Mode> find_mode(uint32_t number) {
     for (const Mode &mode : kModes) {
         if (mode.number == number) {
             return mode;
@@ -25,7 +25,7 @@ std::optional<Mode> find_mode(std::uint32_t number) {
 
 }  // namespace
 
-Status MirrorTable::set_port(std::uint32_t session, int port, int destination, std::uint32_t mode) {
+Status MirrorTable::set_port(uint32_t session, int port, int destination, uint32_t mode) {
     if (session >= kSessions) {
         return Status::kMirrorSession;
     }
@@ -67,7 +67,7 @@ Status MirrorTable::stop(Mirror &mirror, int port, int destination) {
     return Status::kOk;
 }
 
-Status MirrorTable::set_flow_destination(std::uint32_t session, int port) {
+Status MirrorTable::set_flow_destination(uint32_t session, int port) {
     if (session >= kSessions) {
         return Status::kMirrorSession;
     }
@@ -81,14 +81,14 @@ Status MirrorTable::set_flow_destination(std::uint32_t session, int port) {
     return Status::kOk;
 }
 
-Status MirrorTable::check_disabled(std::uint32_t session, bool disabled) const {
+Status MirrorTable::check_disabled(uint32_t session, bool disabled) const {
     if (session >= kSessions) {
         return Status::kMirrorSession;
     }
     return disabled && !sessions_[session].is_used() ? Status::kMirrorMissing : Status::kOk;
 }
 
-Status MirrorTable::set_disabled(std::uint32_t session, bool disabled) {
+Status MirrorTable::set_disabled(uint32_t session, bool disabled) {
     const Status status = check_disabled(session, disabled);
     if (status == Status::kOk) {
         sessions_[session].disabled = disabled;

@@ -1,9 +1,9 @@
 // The mirror sessions: whose frames are copied, and to which port.
 #pragma once
 
+#include <stddef.h>
+#include <stdint.h>
 #include <array>
-#include <cstddef>
-#include <cstdint>
 
 #include "vdevice/chip/frame/port_set.h"
 #include "vdevice/chip/frame/status.h"
@@ -25,23 +25,23 @@ struct Mirror {
 
 class MirrorTable {
   public:
-    static constexpr std::uint32_t kSessions = 4;
+    static constexpr uint32_t kSessions = 4;
 
     MirrorTable(const PortSet &chip_ports, int cpu_port) : chip_ports_{chip_ports}, cpu_port_{cpu_port} {}
 
     /** The session must exist. */
-    const Mirror &session(std::uint32_t number) const { return sessions_[number]; }
+    const Mirror &session(uint32_t number) const { return sessions_[number]; }
 
     /**
      * Copies a port's frames to the destination, in the directions that the driver's mode says, or stops it. All
      * sources of a session have one destination.
      */
-    Status set_port(std::uint32_t session, int port, int destination, std::uint32_t mode);
-    Status set_flow_destination(std::uint32_t session, int port);
+    Status set_port(uint32_t session, int port, int destination, uint32_t mode);
+    Status set_flow_destination(uint32_t session, int port);
     /** A disabled session keeps its ports but copies nothing. There must be something to disable. */
-    Status set_disabled(std::uint32_t session, bool disabled);
+    Status set_disabled(uint32_t session, bool disabled);
     /** Whether set_disabled() would be carried out. */
-    Status check_disabled(std::uint32_t session, bool disabled) const;
+    Status check_disabled(uint32_t session, bool disabled) const;
     void clear() { sessions_ = {}; }
 
     bool enabled() const { return enabled_; }
@@ -58,7 +58,7 @@ class MirrorTable {
         for_each_copy(&Mirror::egress, port, visit);
     }
     /** Where the session's rules copy to now, or Mirror::kNone. Any number will do. */
-    int flow_destination(std::uint32_t session) const {
+    int flow_destination(uint32_t session) const {
         return session < kSessions && copies(sessions_[session]) ? sessions_[session].flow_destination : Mirror::kNone;
     }
 

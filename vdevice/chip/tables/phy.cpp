@@ -5,11 +5,11 @@
 namespace vdevice::chip {
 namespace {
 
-constexpr std::uint32_t kCopperSpeeds[] = {10, 100, kGigabit};
-constexpr std::uint32_t kFibreSpeeds[] = {kGigabit, kTenGigabit};
+constexpr uint32_t kCopperSpeeds[] = {10, 100, kGigabit};
+constexpr uint32_t kFibreSpeeds[] = {kGigabit, kTenGigabit};
 
-template <std::size_t N>
-bool is_among(const std::uint32_t (&speeds)[N], std::uint32_t speed) {
+template <size_t N>
+bool is_among(const uint32_t (&speeds)[N], uint32_t speed) {
     return std::find(std::begin(speeds), std::end(speeds), speed) != std::end(speeds);
 }
 
@@ -21,7 +21,7 @@ const Phy::Ability Phy::kAbilities[] = {
     {1U << 29, 100, false},     {1U << 30, 10, true},        {1U << 31, 10, false},
 };
 
-Phy::Phy(std::uint32_t max_speed)
+Phy::Phy(uint32_t max_speed)
     : max_speed_{max_speed},
       speed_{max_speed},
       abilities_{kPauseAbilities | (max_speed == kTenGigabit ? 0 : kAllSpeeds)} {}
@@ -32,7 +32,7 @@ const Phy::Ability *Phy::best_advertised() const {
     return best == std::end(kAbilities) ? nullptr : best;
 }
 
-std::uint32_t Phy::speed() const {
+uint32_t Phy::speed() const {
     const Ability *ability = negotiated();
     return ability == nullptr ? speed_ : ability->speed;
 }
@@ -46,7 +46,7 @@ bool Phy::pause() const {
     return autoneg_ ? (abilities_ & kPauseAbilities) != 0 : pause_;
 }
 
-Status Phy::set_speed(std::uint32_t speed) {
+Status Phy::set_speed(uint32_t speed) {
     if (speed == kAutomaticSpeed) {
         speed_ = max_speed_;
         autoneg_ = true;
@@ -60,7 +60,7 @@ Status Phy::set_speed(std::uint32_t speed) {
     return Status::kOk;
 }
 
-Status Phy::set_duplex(std::uint32_t duplex) {
+Status Phy::set_duplex(uint32_t duplex) {
     if (duplex == kHalfDuplex && is_ten_gigabit()) {
         return Status::kBadArgument;
     }
@@ -69,11 +69,11 @@ Status Phy::set_duplex(std::uint32_t duplex) {
     return Status::kOk;
 }
 
-Status Phy::set_crossover(std::uint32_t crossover) {
+Status Phy::set_crossover(uint32_t crossover) {
     if (medium() != Medium::kCopper) {
         return Status::kWrongMedium;
     }
-    if (crossover > static_cast<std::uint32_t>(Crossover::kMdix)) {
+    if (crossover > static_cast<uint32_t>(Crossover::kMdix)) {
         return Status::kBadArgument;
     }
     crossover_ = static_cast<Crossover>(crossover);

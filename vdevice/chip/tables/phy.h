@@ -2,60 +2,60 @@
 // end of a virtual cable takes whatever is offered, so negotiation always ends with the best that this end advertises.
 #pragma once
 
-#include <cstdint>
+#include <stdint.h>
 
 #include "vdevice/chip/frame/status.h"
 
 namespace vdevice::chip {
 
-constexpr std::uint32_t kGigabit = 1000;
-constexpr std::uint32_t kTenGigabit = 10000;
+constexpr uint32_t kGigabit = 1000;
+constexpr uint32_t kTenGigabit = 10000;
 
-enum class Medium : std::uint32_t { kCopper = 1, kFibre = 2 };
+enum class Medium : uint32_t { kCopper = 1, kFibre = 2 };
 
-enum class Crossover : std::uint32_t { kAutomatic = 0, kMdi = 1, kMdix = 2 };
+enum class Crossover : uint32_t { kAutomatic = 0, kMdi = 1, kMdix = 2 };
 
 class Phy {
   public:
     /** The speed or duplex that leaves the choice to negotiation. */
-    static constexpr std::uint32_t kAutomaticSpeed = 0;
-    static constexpr std::uint32_t kHalfDuplex = 0;
-    static constexpr std::uint32_t kFullDuplex = 1;
+    static constexpr uint32_t kAutomaticSpeed = 0;
+    static constexpr uint32_t kHalfDuplex = 0;
+    static constexpr uint32_t kFullDuplex = 1;
 
-    static constexpr std::uint32_t kAllSpeeds = 0xF4000000; /**< 10 and 100 in either duplex, 1000 in full duplex */
-    static constexpr std::uint32_t kPauseAbilities = 0x03000000;
+    static constexpr uint32_t kAllSpeeds = 0xF4000000; /**< 10 and 100 in either duplex, 1000 in full duplex */
+    static constexpr uint32_t kPauseAbilities = 0x03000000;
 
     /** A gigabit port has a copper plug, a ten-gigabit port takes fibre. */
-    explicit Phy(std::uint32_t max_speed = kGigabit);
+    explicit Phy(uint32_t max_speed = kGigabit);
 
-    std::uint32_t max_speed() const { return max_speed_; }
+    uint32_t max_speed() const { return max_speed_; }
     Medium medium() const { return is_ten_gigabit() ? Medium::kFibre : Medium::kCopper; }
     bool autoneg() const { return autoneg_; }
-    std::uint32_t abilities() const { return abilities_; }
+    uint32_t abilities() const { return abilities_; }
 
     /** @name What is in force: the best that is advertised while negotiation is on, else what was set */
     /** @{ */
-    std::uint32_t speed() const;
+    uint32_t speed() const;
     bool full_duplex() const;
     bool pause() const;
     /** @} */
 
     /** A fixed speed or duplex turns negotiation off, an automatic one turns it on. */
-    Status set_speed(std::uint32_t speed);
-    Status set_duplex(std::uint32_t duplex);
+    Status set_speed(uint32_t speed);
+    Status set_duplex(uint32_t duplex);
     void set_autoneg(bool on) { autoneg_ = on; }
     /** The whole word is kept; the bits of speeds and pause have a meaning. */
-    void set_abilities(std::uint32_t abilities) { abilities_ = abilities; }
+    void set_abilities(uint32_t abilities) { abilities_ = abilities; }
     void set_pause(bool transmit, bool receive) { pause_ = transmit || receive; }
 
     /** Fibre has no pairs to be crossed. */
-    Status set_crossover(std::uint32_t crossover);
+    Status set_crossover(uint32_t crossover);
     Crossover crossover() const { return crossover_; }
 
   private:
     struct Ability {
-        std::uint32_t bit;
-        std::uint32_t speed;
+        uint32_t bit;
+        uint32_t speed;
         bool full_duplex;
     };
     static const Ability kAbilities[];
@@ -66,11 +66,11 @@ class Phy {
     /** A ten-gigabit port negotiates no speed: it runs at the one that was set. */
     const Ability *negotiated() const { return autoneg_ && !is_ten_gigabit() ? best_advertised() : nullptr; }
 
-    std::uint32_t max_speed_;
-    std::uint32_t speed_;
+    uint32_t max_speed_;
+    uint32_t speed_;
     bool full_duplex_ = true;
     bool autoneg_ = true;
-    std::uint32_t abilities_;
+    uint32_t abilities_;
     bool pause_ = false;
     Crossover crossover_ = Crossover::kAutomatic;
 };

@@ -34,7 +34,7 @@ const char *name(Drop reason) {
                                                                       "stp_egress",
                                                                       "policed",
                                                                       "storm"};
-    return kNames[static_cast<std::size_t>(reason)];
+    return kNames[static_cast<size_t>(reason)];
 }
 
 }  // namespace vdevice::chip

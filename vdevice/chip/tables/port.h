@@ -1,9 +1,9 @@
 // One port of the chip: its state, its settings and its counters.
 #pragma once
 
+#include <stddef.h>
+#include <stdint.h>
 #include <array>
-#include <cstddef>
-#include <cstdint>
 
 #include "vdevice/chip/frame/frame.h"
 #include "vdevice/chip/frame/port_set.h"
@@ -19,7 +19,7 @@
 namespace vdevice::chip {
 
 /** Why a frame was not forwarded. Counted on the port that it came in on. */
-enum class Drop : std::uint8_t {
+enum class Drop : uint8_t {
     kPortDown,          /**< came in on a port that is disabled or has no link */
     kRunt,              /**< no whole Ethernet header */
     kOversize,          /**< longer than the port takes */
@@ -54,15 +54,15 @@ enum class Drop : std::uint8_t {
     kCount,
 };
 
-constexpr std::size_t kDropReasons = static_cast<std::size_t>(Drop::kCount);
+constexpr size_t kDropReasons = static_cast<size_t>(Drop::kCount);
 
 /** The reason as a short word for tables and logs. */
 const char *name(Drop reason);
 
 /** How many stations a frame's destination address means. */
-enum class Cast : std::uint8_t { kUnicast, kMulticast, kBroadcast, kCount };
+enum class Cast : uint8_t { kUnicast, kMulticast, kBroadcast, kCount };
 
-constexpr std::size_t kCasts = static_cast<std::size_t>(Cast::kCount);
+constexpr size_t kCasts = static_cast<size_t>(Cast::kCount);
 
 constexpr Cast cast_of(Mac destination) {
     if (destination.is_broadcast()) {
@@ -72,41 +72,41 @@ constexpr Cast cast_of(Mac destination) {
 }
 
 /** Egress queues of a port. */
-constexpr std::uint32_t kQueues = 8;
+constexpr uint32_t kQueues = 8;
 
 /** Frames and octets as they stand on the wire, without the frame check sequence. */
 struct PortCounters {
-    std::uint64_t rx_frames = 0;
-    std::uint64_t rx_octets = 0;
-    std::uint64_t tx_frames = 0;
-    std::uint64_t tx_octets = 0;
-    std::uint64_t tx_too_long = 0; /**< frames that should have left here but are longer than the port takes */
-    std::array<std::uint64_t, kCasts> rx_casts{};
-    std::array<std::uint64_t, kCasts> tx_casts{};
-    std::array<std::uint64_t, kDropReasons> drops{};
+    uint64_t rx_frames = 0;
+    uint64_t rx_octets = 0;
+    uint64_t tx_frames = 0;
+    uint64_t tx_octets = 0;
+    uint64_t tx_too_long = 0; /**< frames that should have left here but are longer than the port takes */
+    std::array<uint64_t, kCasts> rx_casts{};
+    std::array<uint64_t, kCasts> tx_casts{};
+    std::array<uint64_t, kDropReasons> drops{};
 
-    std::uint64_t dropped(Drop reason) const { return drops[static_cast<std::size_t>(reason)]; }
+    uint64_t dropped(Drop reason) const { return drops[static_cast<size_t>(reason)]; }
 };
 
 struct Port {
-    static constexpr std::uint32_t kLoopbackModes = 3; /**< none, in the port's MAC, at its line side */
-    static constexpr std::size_t kVlanControls = 32;
+    static constexpr uint32_t kLoopbackModes = 3; /**< none, in the port's MAC, at its line side */
+    static constexpr size_t kVlanControls = 32;
 
-    bool enabled = true;        /**< administrative state */
-    bool link = false;          /**< the far end is there, whatever the administrative state */
-    bool cable = false;         /**< a cable is plugged in */
-    std::uint32_t loopback = 0; /**< not 0: what would leave comes in again */
-    bool jumbo = true;          /**< takes and sends frames of more than kMaxPlainFrameBytes */
-    bool eee = false;           /**< energy-efficient Ethernet */
+    bool enabled = true;   /**< administrative state */
+    bool link = false;     /**< the far end is there, whatever the administrative state */
+    bool cable = false;    /**< a cable is plugged in */
+    uint32_t loopback = 0; /**< not 0: what would leave comes in again */
+    bool jumbo = true;     /**< takes and sends frames of more than kMaxPlainFrameBytes */
+    bool eee = false;      /**< energy-efficient Ethernet */
     Phy phy;
     LearnMode learning = kNormalLearning;
-    PortSet egress = PortSet::all();     /**< where frames from this port may go */
-    Vid pvid = kMinVid;                  /**< VLAN of untagged and priority-tagged frames */
-    std::uint32_t untagged_priority = 0; /**< the port's own: of untagged frames, and of all that it does not trust */
+    PortSet egress = PortSet::all(); /**< where frames from this port may go */
+    Vid pvid = kMinVid;              /**< VLAN of untagged and priority-tagged frames */
+    uint32_t untagged_priority = 0;  /**< the port's own: of untagged frames, and of all that it does not trust */
     Trust trust = Trust::kDot1p;
     PriorityRemap remap;
     PortTags tags;
-    std::array<std::int32_t, kVlanControls> vlan_controls{};
+    std::array<int32_t, kVlanControls> vlan_controls{};
     PortGroupRules groups;
     Limiter policer; /**< of all that the port lets in */
     PortStorm storm;
@@ -114,7 +114,7 @@ struct Port {
     PortCounters counters;
 
     bool is_up() const { return enabled && (link || loopback != 0); }
-    std::size_t longest_frame() const { return jumbo ? kMaxFrameBytes : kMaxPlainFrameBytes; }
+    size_t longest_frame() const { return jumbo ? kMaxFrameBytes : kMaxPlainFrameBytes; }
 };
 
 }  // namespace vdevice::chip

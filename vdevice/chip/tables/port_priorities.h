@@ -1,29 +1,29 @@
 // Which priority of a frame a port believes.
 #pragma once
 
+#include <stdint.h>
 #include <array>
-#include <cstdint>
 
 #include "vdevice/chip/frame/frame.h"
 
 namespace vdevice::chip {
 
 /** Where a frame's priority comes from; the numbers are those of the driver calls. */
-enum class Trust : std::uint8_t {
+enum class Trust : uint8_t {
     kPort,  /**< from the port, whatever the frame says */
     kDot1p, /**< from the VLAN tag; without one from the port */
     kDscp,  /**< from an IP packet's DSCP; of other frames the default */
     kBoth,  /**< from an IP packet's DSCP; of other frames as with kDot1p */
 };
 
-constexpr std::uint32_t kTrustModes = 4;
+constexpr uint32_t kTrustModes = 4;
 
 /** What becomes of the priorities in the tags of the frames that come in, before anything else looks at them. */
 struct PriorityRemap {
-    std::array<std::uint8_t, kPriorities> to{0, 1, 2, 3, 4, 5, 6, 7};
+    std::array<uint8_t, kPriorities> to{0, 1, 2, 3, 4, 5, 6, 7};
 
-    std::uint16_t apply(std::uint16_t tci) const {
-        return with_bits(tci, kPcpMask, static_cast<std::uint32_t>(to[priority_of(tci)]) << kPcpShift);
+    uint16_t apply(uint16_t tci) const {
+        return with_bits(tci, kPcpMask, static_cast<uint32_t>(to[priority_of(tci)]) << kPcpShift);
     }
 };
 

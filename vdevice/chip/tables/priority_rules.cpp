@@ -5,13 +5,13 @@
 namespace vdevice::chip {
 namespace {
 
-std::uint16_t with_priority(std::uint16_t tci, std::uint32_t priority) {
+uint16_t with_priority(uint16_t tci, uint32_t priority) {
     return with_bits(tci, kPcpMask, priority << kPcpShift);
 }
 
 }  // namespace
 
-Classified PriorityRules::classify(int port, const Port &settings, const Header &header, std::uint16_t tci) const {
+Classified PriorityRules::classify(int port, const Port &settings, const Header &header, uint16_t tci) const {
     const Classified by_tag{tci, std::nullopt};
     const Classified by_port{with_priority(tci, settings.untagged_priority), std::nullopt};
     if (settings.trust == Trust::kDot1p) {
@@ -20,7 +20,7 @@ Classified PriorityRules::classify(int port, const Port &settings, const Header 
     if (settings.trust == Trust::kPort) {
         return by_port;
     }
-    const std::optional<std::uint8_t> dscp = dscp_of(header);
+    const std::optional<uint8_t> dscp = dscp_of(header);
     if (!dscp) {
         return settings.trust == Trust::kDscp && defaults_to_port ? by_port : by_tag;
     }

@@ -2,7 +2,7 @@
 // tag that it leaves with.
 #pragma once
 
-#include <cstdint>
+#include <stdint.h>
 #include <optional>
 
 #include "vdevice/chip/tables/dscp_map.h"
@@ -12,8 +12,8 @@ namespace vdevice::chip {
 
 /** What the chip makes of a frame before its rules look at it. */
 struct Classified {
-    std::uint16_t tci;                /**< VLAN and priority in which the frame goes on */
-    std::optional<std::uint8_t> dscp; /**< another DSCP, which it leaves with */
+    uint16_t tci;                /**< VLAN and priority in which the frame goes on */
+    std::optional<uint8_t> dscp; /**< another DSCP, which it leaves with */
 };
 
 struct PriorityRules {
@@ -22,7 +22,7 @@ struct PriorityRules {
     bool defaults_to_port = false;
 
     /** For a frame on a port with these settings; @p tci carries the VLAN and priority that its tags have given it. */
-    Classified classify(int port, const Port &settings, const Header &header, std::uint16_t tci) const;
+    Classified classify(int port, const Port &settings, const Header &header, uint16_t tci) const;
 };
 
 }  // namespace vdevice::chip

@@ -1,10 +1,10 @@
 // Which egress queue a priority goes to: one map for the chip, and on single ports rows of their own.
 #pragma once
 
+#include <stddef.h>
+#include <stdint.h>
 #include <algorithm>
 #include <array>
-#include <cstddef>
-#include <cstdint>
 #include <optional>
 
 #include "vdevice/chip/frame/chip_ports.h"
@@ -16,8 +16,8 @@ namespace vdevice::chip {
 class QueueMap {
   public:
     /** How many queues there are. Rows that name a queue beyond the last one go to the last one. */
-    std::uint32_t queues() const { return queues_; }
-    Status set_queues(std::uint32_t queues) {
+    uint32_t queues() const { return queues_; }
+    Status set_queues(uint32_t queues) {
         if (queues == 0 || queues > kQueues) {
             return Status::kQueueRange;
         }
@@ -26,14 +26,14 @@ class QueueMap {
     }
 
     /** The chip's own row; the priority must be one of 0 to 7. */
-    std::uint32_t queue_of(std::uint32_t priority) const { return std::min(rows_[priority], queues_ - 1); }
+    uint32_t queue_of(uint32_t priority) const { return std::min(rows_[priority], queues_ - 1); }
     /** What holds on a port; it must exist. */
-    std::uint32_t queue_of(int port, std::uint32_t priority) const {
-        const std::optional<std::uint8_t> own = own_[static_cast<std::size_t>(port)][priority];
-        return own ? std::min<std::uint32_t>(*own, queues_ - 1) : queue_of(priority);
+    uint32_t queue_of(int port, uint32_t priority) const {
+        const std::optional<uint8_t> own = own_[static_cast<size_t>(port)][priority];
+        return own ? std::min<uint32_t>(*own, queues_ - 1) : queue_of(priority);
     }
 
-    Status set(std::uint32_t priority, std::uint32_t queue) {
+    Status set(uint32_t priority, uint32_t queue) {
         const Status status = check(priority, queue);
         if (status == Status::kOk) {
             rows_[priority] = queue;
@@ -41,30 +41,28 @@ class QueueMap {
         return status;
     }
     /** From now on the port's row goes before the chip's. The port must exist. */
-    Status set(int port, std::uint32_t priority, std::uint32_t queue) {
+    Status set(int port, uint32_t priority, uint32_t queue) {
         const Status status = check(priority, queue);
         if (status == Status::kOk) {
-            own_[static_cast<std::size_t>(port)][priority] = static_cast<std::uint8_t>(queue);
+            own_[static_cast<size_t>(port)][priority] = static_cast<uint8_t>(queue);
         }
         return status;
     }
     /** The chip's row holds on the port again. Both must exist. */
-    void clear(int port, std::uint32_t priority) { own_[static_cast<std::size_t>(port)][priority].reset(); }
-    bool has_own(int port, std::uint32_t priority) const {
-        return own_[static_cast<std::size_t>(port)][priority].has_value();
-    }
+    void clear(int port, uint32_t priority) { own_[static_cast<size_t>(port)][priority].reset(); }
+    bool has_own(int port, uint32_t priority) const { return own_[static_cast<size_t>(port)][priority].has_value(); }
 
   private:
-    Status check(std::uint32_t priority, std::uint32_t queue) const {
+    Status check(uint32_t priority, uint32_t queue) const {
         if (priority >= kPriorities) {
             return Status::kBadArgument;
         }
         return queue < queues_ ? Status::kOk : Status::kQueueRange;
     }
 
-    std::uint32_t queues_ = kQueues;
-    std::array<std::uint32_t, kPriorities> rows_{0, 1, 2, 3, 4, 5, 6, 7};
-    std::array<std::array<std::optional<std::uint8_t>, kPriorities>, kChipPorts> own_{};
+    uint32_t queues_ = kQueues;
+    std::array<uint32_t, kPriorities> rows_{0, 1, 2, 3, 4, 5, 6, 7};
+    std::array<std::array<std::optional<uint8_t>, kPriorities>, kChipPorts> own_{};
 };
 
 }  // namespace vdevice::chip

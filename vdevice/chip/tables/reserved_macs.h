@@ -1,10 +1,10 @@
 // The table of reserved addresses: frames to one of them go to the CPU and nowhere else.
 #pragma once
 
+#include <stddef.h>
+#include <stdint.h>
 #include <algorithm>
 #include <array>
-#include <cstddef>
-#include <cstdint>
 #include <optional>
 
 #include "vdevice/chip/frame/frame.h"
@@ -14,7 +14,7 @@ namespace vdevice::chip {
 
 class ReservedMacs {
   public:
-    static constexpr std::size_t kEntries = 64;
+    static constexpr size_t kEntries = 64;
     static constexpr Mac kFree{};
 
     /**
@@ -22,23 +22,23 @@ class ReservedMacs {
      * management, and the first of those set aside for registration protocols, MMRP and MVRP among them.
      */
     ReservedMacs() {
-        constexpr std::uint64_t kBridgeManagement = 0x0180C2000010;
-        constexpr std::uint64_t kFirstRegistration = 0x0180C2000020;
-        constexpr std::size_t kRegistrations = 9;
+        constexpr uint64_t kBridgeManagement = 0x0180C2000010;
+        constexpr uint64_t kFirstRegistration = 0x0180C2000020;
+        constexpr size_t kRegistrations = 9;
         macs_[0] = Mac{kBridgeManagement};
-        for (std::size_t i = 0; i < kRegistrations; ++i) {
+        for (size_t i = 0; i < kRegistrations; ++i) {
             macs_[i + 1] = Mac{kFirstRegistration + i};
         }
         update_range();
     }
 
     /** Nothing if the table has no such entry. */
-    std::optional<Mac> get(std::uint32_t index) const {
+    std::optional<Mac> get(uint32_t index) const {
         return index < kEntries ? std::optional{macs_[index]} : std::nullopt;
     }
 
     /** An address may stand in several entries; kFree empties one. */
-    Status set(std::uint32_t index, Mac mac) {
+    Status set(uint32_t index, Mac mac) {
         if (index >= kEntries) {
             return Status::kReservedIndex;
         }
@@ -55,7 +55,7 @@ class ReservedMacs {
   private:
     /** Free entries are outside the range, so that no frame is to them. */
     void update_range() {
-        lowest_ = Mac{~std::uint64_t{0}};
+        lowest_ = Mac{~uint64_t{0}};
         highest_ = kFree;
         for (const Mac mac : macs_) {
             if (!(mac == kFree)) {

@@ -16,17 +16,17 @@ using test::operator+;
 using test::Sent;
 using test::station;
 
-constexpr std::size_t kFlooded = 3;
+constexpr size_t kFlooded = 3;
 const Octets kListed = {0x01, 0x80, 0xC2, 0, 0, 0x00};
 
 class ReservedMacsTest : public test::ChipTest {
   protected:
-    Status list(std::uint32_t index, const Octets &mac) { return chip_.reserved_macs().set(index, Mac::at(mac, 0)); }
-    std::size_t copies(const Octets &destination) { return send(kA, destination + station(1) + kPayload).size(); }
+    Status list(uint32_t index, const Octets &mac) { return chip_.reserved_macs().set(index, Mac::at(mac, 0)); }
+    size_t copies(const Octets &destination) { return send(kA, destination + station(1) + kPayload).size(); }
 };
 
 TEST_F(ReservedMacsTest, TheFirstTenAreInUseAtPowerOn) {
-    for (std::uint32_t index = 0; index < ReservedMacs::kEntries; ++index) {
+    for (uint32_t index = 0; index < ReservedMacs::kEntries; ++index) {
         const Mac mac = *chip_.reserved_macs().get(index);
         EXPECT_EQ(mac == ReservedMacs::kFree, index >= 10) << index;
         EXPECT_FALSE(mac.is_reserved()) << "left to software";
@@ -64,7 +64,7 @@ TEST_F(ReservedMacsTest, AnAddressBetweenListedOnesIsNotListed) {
     ASSERT_EQ(list(10, station(1)), Status::kOk);
     ASSERT_EQ(list(63, station(9)), Status::kOk);
     EXPECT_EQ(copies(station(9)), 1U);
-    for (std::uint8_t number = 2; number < 9; ++number) {
+    for (uint8_t number = 2; number < 9; ++number) {
         EXPECT_EQ(copies(station(number)), kFlooded) << int{number};
     }
     ASSERT_EQ(list(63, station(5)), Status::kOk);

@@ -7,11 +7,11 @@
 namespace vdevice::chip {
 namespace {
 
-constexpr std::uint8_t kIgmp = 2;
-constexpr std::uint8_t kIcmpv6 = 58;
+constexpr uint8_t kIgmp = 2;
+constexpr uint8_t kIcmpv6 = 58;
 /** Query, report and done of version 1 (RFC 2710), report of version 2 (RFC 3810). */
-constexpr std::uint8_t kMldTypes[] = {130, 131, 132, 143};
-constexpr std::uint8_t kControlGroups[] = {224, 0, 0};
+constexpr uint8_t kMldTypes[] = {130, 131, 132, 143};
+constexpr uint8_t kControlGroups[] = {224, 0, 0};
 
 /** MLD always comes behind a hop-by-hop header, whose router alert is there for routers and snooping switches. */
 bool is_mld(const IpPacket &packet) {

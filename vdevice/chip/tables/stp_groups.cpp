@@ -23,14 +23,14 @@ StpGroups::Group StpGroups::new_group() const {
     return group;
 }
 
-Status StpGroups::check(std::int64_t group) const {
+Status StpGroups::check(int64_t group) const {
     if (group < 0 || group >= kGroups) {
         return Status::kStgRange;
     }
     return at(static_cast<int>(group)).exists ? Status::kOk : Status::kStgMissing;
 }
 
-Status StpGroups::create(std::int64_t group) {
+Status StpGroups::create(int64_t group) {
     const Status status = check(group);
     if (status != Status::kStgMissing) {
         return status == Status::kOk ? Status::kStgExists : status;
@@ -39,7 +39,7 @@ Status StpGroups::create(std::int64_t group) {
     return Status::kOk;
 }
 
-Status StpGroups::destroy(std::int64_t group) {
+Status StpGroups::destroy(int64_t group) {
     if (const Status status = check(group); status != Status::kOk) {
         return status;
     }
@@ -47,22 +47,22 @@ Status StpGroups::destroy(std::int64_t group) {
         return Status::kStgIsDefault;
     }
     at(group) = Group{};
-    std::replace(group_of_.begin(), group_of_.end(), static_cast<std::uint8_t>(group), std::uint8_t{kDefault});
+    std::replace(group_of_.begin(), group_of_.end(), static_cast<uint8_t>(group), uint8_t{kDefault});
     return Status::kOk;
 }
 
-Status StpGroups::add_vlan(std::int64_t group, std::uint32_t vid) {
+Status StpGroups::add_vlan(int64_t group, uint32_t vid) {
     if (const Status status = check(group); status != Status::kOk) {
         return status;
     }
     if (!is_vid(vid)) {
         return Status::kVlanRange;
     }
-    group_of_[vid] = static_cast<std::uint8_t>(group);
+    group_of_[vid] = static_cast<uint8_t>(group);
     return Status::kOk;
 }
 
-Status StpGroups::remove_vlan(std::int64_t group, std::uint32_t vid) {
+Status StpGroups::remove_vlan(int64_t group, uint32_t vid) {
     if (const Status status = check(group); status != Status::kOk) {
         return status;
     }
@@ -79,7 +79,7 @@ Status StpGroups::remove_vlan(std::int64_t group, std::uint32_t vid) {
     return Status::kOk;
 }
 
-Status StpGroups::set_state(std::int64_t group, std::int64_t port, std::uint32_t state) {
+Status StpGroups::set_state(int64_t group, int64_t port, uint32_t state) {
     Status status = check(group);
     if (status == Status::kOk) {
         status = ports_.check_user_port(port);
@@ -92,7 +92,7 @@ Status StpGroups::set_state(std::int64_t group, std::int64_t port, std::uint32_t
     }
     Group &changed = at(group);
     const auto new_state = static_cast<StpState>(state);
-    changed.states[static_cast<std::size_t>(port)] = new_state;
+    changed.states[static_cast<size_t>(port)] = new_state;
     changed.forwarding.remove(static_cast<int>(port));
     if (new_state == StpState::kForwarding) {
         changed.forwarding.add(static_cast<int>(port));

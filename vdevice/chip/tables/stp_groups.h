@@ -2,8 +2,8 @@
 // state in each of them that says what passes. The CPU port is no part of any tree and always forwards.
 #pragma once
 
+#include <stdint.h>
 #include <array>
-#include <cstdint>
 #include <vector>
 
 #include "vdevice/chip/frame/chip_ports.h"
@@ -12,7 +12,7 @@
 namespace vdevice::chip {
 
 /** Ordered by what they let pass; the numbers are those of the driver calls. */
-enum class StpState : std::uint8_t {
+enum class StpState : uint8_t {
     kDisabled,
     kBlocking,
     kListening,
@@ -20,7 +20,7 @@ enum class StpState : std::uint8_t {
     kForwarding, /**< the only state in which frames come in and leave */
 };
 
-constexpr std::uint32_t kStpStates = 5;
+constexpr uint32_t kStpStates = 5;
 
 class StpGroups {
   public:
@@ -32,16 +32,16 @@ class StpGroups {
     /** Leaves the default group alone, all ports forwarding. */
     void reset();
     /** A new group has no VLANs, and all ports forward in it. */
-    Status create(std::int64_t group);
+    Status create(int64_t group);
     /** Its VLANs return to the default group. */
-    Status destroy(std::int64_t group);
+    Status destroy(int64_t group);
     /** Takes the VLAN from the group that it is in. The id is enough: the VLAN may be created later. */
-    Status add_vlan(std::int64_t group, std::uint32_t vid);
+    Status add_vlan(int64_t group, uint32_t vid);
     /** Returns the VLAN, which must be in the group, to the default group. */
-    Status remove_vlan(std::int64_t group, std::uint32_t vid);
-    Status set_state(std::int64_t group, std::int64_t port, std::uint32_t state);
+    Status remove_vlan(int64_t group, uint32_t vid);
+    Status set_state(int64_t group, int64_t port, uint32_t state);
     /** kOk, or why there is no such group. */
-    Status check(std::int64_t group) const;
+    Status check(int64_t group) const;
     const ChipPorts &ports() const { return ports_; }
 
     std::vector<int> list() const;
@@ -49,7 +49,7 @@ class StpGroups {
     std::vector<Vid> vlans(int group) const;
     int group_of(Vid vid) const { return group_of_[vid & kVidMask]; }
     /** Group and port must exist. */
-    StpState state(int group, int port) const { return at(group).states[static_cast<std::size_t>(port)]; }
+    StpState state(int group, int port) const { return at(group).states[static_cast<size_t>(port)]; }
     /** The ports that forward in a group that exists. */
     const PortSet &forwarding(int group) const { return at(group).forwarding; }
 
@@ -63,13 +63,13 @@ class StpGroups {
         PortSet forwarding; /**< the same once more, as a set that frames are sent by */
     };
 
-    const Group &at(int group) const { return groups_[static_cast<std::size_t>(group)]; }
-    Group &at(std::int64_t group) { return groups_[static_cast<std::size_t>(group)]; }
+    const Group &at(int group) const { return groups_[static_cast<size_t>(group)]; }
+    Group &at(int64_t group) { return groups_[static_cast<size_t>(group)]; }
     Group new_group() const;
 
     ChipPorts ports_;
     std::array<Group, kGroups> groups_;
-    std::array<std::uint8_t, kVidMask + 1U> group_of_{};
+    std::array<uint8_t, kVidMask + 1U> group_of_{};
 };
 
 }  // namespace vdevice::chip

@@ -12,7 +12,7 @@
 namespace vdevice::chip {
 namespace {
 
-constexpr std::size_t kVids = 4094;
+constexpr size_t kVids = 4094;
 constexpr int kForwarding = 4;
 
 class StpGroupsTest : public testing::Test {
@@ -43,7 +43,7 @@ TEST_F(StpGroupsTest, GroupsAreMadeAndDestroyedOnce) {
 }
 
 TEST_F(StpGroupsTest, NumbersOutsideTheTableAreRefusedEverywhere) {
-    for (const std::int64_t group : {std::int64_t{-1}, std::int64_t{16}, std::int64_t{0x100000000}}) {
+    for (const int64_t group : {int64_t{-1}, int64_t{16}, int64_t{0x100000000}}) {
         EXPECT_EQ(groups_.create(group), Status::kStgRange);
         EXPECT_EQ(groups_.destroy(group), Status::kStgRange);
         EXPECT_EQ(groups_.add_vlan(group, 10), Status::kStgRange);
@@ -51,11 +51,11 @@ TEST_F(StpGroupsTest, NumbersOutsideTheTableAreRefusedEverywhere) {
         EXPECT_EQ(groups_.set_state(group, 4, 1), Status::kStgRange);
     }
     ASSERT_EQ(groups_.create(3), Status::kOk);
-    for (const std::uint32_t vid : {0U, 4095U, 4096U, 0xFFFFFFFFU}) {
+    for (const uint32_t vid : {0U, 4095U, 4096U, 0xFFFFFFFFU}) {
         EXPECT_EQ(groups_.add_vlan(3, vid), Status::kVlanRange);
         EXPECT_EQ(groups_.remove_vlan(3, vid), Status::kVlanRange);
     }
-    for (const std::int64_t port : {-1, 32, 256, 0x10000003}) {
+    for (const int64_t port : {-1, 32, 256, 0x10000003}) {
         EXPECT_EQ(groups_.set_state(3, port, 1), Status::kNoPort);
     }
     EXPECT_EQ(groups_.set_state(3, Switch::kCpuPort, 1), Status::kCpuPort);
@@ -167,7 +167,7 @@ class StpLife : public testing::TestWithParam<unsigned> {
         const int vid = some_vid();
         const int port = pick(-1, 33);
         const int state = pick(0, 5);
-        const auto number = static_cast<std::uint32_t>(vid);
+        const auto number = static_cast<uint32_t>(vid);
         switch (pick(0, 5)) {
             case 0: {
                 const bool made = group >= 0 && group < 16 && model_.groups.insert(group).second;
@@ -181,14 +181,14 @@ class StpLife : public testing::TestWithParam<unsigned> {
             case 4:
                 return (groups_.remove_vlan(group, number) == Status::kOk) == model_.remove(group, vid);
             default:
-                return (groups_.set_state(group, port, static_cast<std::uint32_t>(state)) == Status::kOk) ==
+                return (groups_.set_state(group, port, static_cast<uint32_t>(state)) == Status::kOk) ==
                        model_.set(group, port, state);
         }
     }
 
     void compare() {
         ASSERT_EQ(groups_.list(), (std::vector<int>{model_.groups.begin(), model_.groups.end()}));
-        std::size_t members = 0;
+        size_t members = 0;
         for (const int group : groups_.list()) {
             members += groups_.vlans(group).size();
         }

@@ -13,7 +13,7 @@ bool goes_before(const Subnet &a, const Subnet &b) {
 }
 
 /** A run of ones from the most significant bit on, or none at all. */
-bool is_netmask(std::uint32_t mask) {
+bool is_netmask(uint32_t mask) {
     return (~mask & (~mask + 1)) == 0;
 }
 
@@ -54,7 +54,7 @@ const TagChange *SubnetTable::find(int port, Bytes payload) const {
     if (subnets_.empty() || read16(payload, 0) != kTypeIpv4 || !is_ipv4(payload.subspan(kTypeBytes))) {
         return nullptr;
     }
-    const std::uint32_t source = read32(payload, kTypeBytes + kIpv4SourceAt);
+    const uint32_t source = read32(payload, kTypeBytes + kIpv4SourceAt);
     const auto subnet = std::find_if(subnets_.begin(), subnets_.end(), [&](const Subnet &entry) {
         return entry.port == port && (source & entry.mask) == entry.address;
     });

@@ -2,8 +2,8 @@
 // an address is in, the smallest decides.
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
+#include <stddef.h>
+#include <stdint.h>
 #include <vector>
 
 #include "vdevice/chip/frame/chip_ports.h"
@@ -12,9 +12,9 @@
 namespace vdevice::chip {
 
 struct Subnet {
-    std::int64_t port = 0;
-    std::uint32_t address = 0;
-    std::uint32_t mask = 0; /**< the network's bits, from the first one on */
+    int64_t port = 0;
+    uint32_t address = 0;
+    uint32_t mask = 0; /**< the network's bits, from the first one on */
     TagChange change;
 
     bool has_key_of(const Subnet &other) const {
@@ -24,7 +24,7 @@ struct Subnet {
 
 class SubnetTable {
   public:
-    static constexpr std::size_t kCapacity = 256;
+    static constexpr size_t kCapacity = 256;
 
     explicit SubnetTable(const ChipPorts &ports) : ports_{ports} {}
 

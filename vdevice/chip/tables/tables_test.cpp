@@ -41,10 +41,10 @@ TEST(PortSet, IgnoresNumbersOutsideItsWidth) {
 }
 
 TEST(PortSet, KeepsTheWordLayoutOfTheDriver) {
-    const std::uint32_t in[8] = {0x80000001, 0x2, 0, 0, 0, 0, 0, 0x80000000};
+    const uint32_t in[8] = {0x80000001, 0x2, 0, 0, 0, 0, 0, 0x80000000};
     const PortSet set = PortSet::from_words(in);
     EXPECT_EQ(ports_of(set), (std::vector<int>{0, 31, 33, 255}));
-    std::uint32_t out[8] = {};
+    uint32_t out[8] = {};
     set.to_words(out);
     EXPECT_TRUE(std::equal(std::begin(in), std::end(in), std::begin(out)));
 }
@@ -66,7 +66,7 @@ TEST(Mac, ReadsItsBytesInOrder) {
     EXPECT_EQ(mac.value(), 0x0180C200000EU);
     EXPECT_TRUE(mac.is_group());
     EXPECT_FALSE(Mac{0x020000000001}.is_group());
-    for (std::size_t i = 0; i < kMacBytes; ++i) {
+    for (size_t i = 0; i < kMacBytes; ++i) {
         EXPECT_EQ(mac.byte(i), octets[i]);
     }
 }
@@ -90,7 +90,7 @@ TEST(FrameHeader, TellsTaggedFromUntagged) {
 
 TEST(FrameHeader, RefusesEveryTruncation) {
     const Octets tagged = test::kBroadcast + test::station(1) + test::vlan_tag(100) + test::kPayload;
-    for (std::size_t length = kAddressBytes; length < kHeaderBytes + kVlanTagBytes; ++length) {
+    for (size_t length = kAddressBytes; length < kHeaderBytes + kVlanTagBytes; ++length) {
         EXPECT_FALSE(read_header(split_frame(Bytes{tagged}.first(length)), kVlanTpid)) << length;
     }
     EXPECT_TRUE(read_header(split_frame(Bytes{tagged}.first(kHeaderBytes + kVlanTagBytes)), kVlanTpid));
@@ -131,7 +131,7 @@ TEST(TransmitTag, RefusesOtherTypesAndTruncation) {
     const Octets untagged = test::kBroadcast + test::station(1) + test::kPayload;
     EXPECT_FALSE(read_transmit_tag(untagged));
     const Octets tagged = test::kBroadcast + test::station(1) + test::transmit_tag(1, 0) + test::kPayload;
-    for (std::size_t length = 0; length < kHeaderBytes + kTransmitTagBytes; ++length) {
+    for (size_t length = 0; length < kHeaderBytes + kTransmitTagBytes; ++length) {
         EXPECT_FALSE(read_transmit_tag(Bytes{tagged}.first(length))) << length;
     }
 }
@@ -150,7 +150,7 @@ TEST_F(VlanTableTest, StartsWithVlan1Only) {
 }
 
 TEST_F(VlanTableTest, RefusesVlansOutsideTheRange) {
-    for (const std::uint32_t vid : {0U, 4095U, 4096U, 0x10005U, 0xFFFFFFFFU}) {
+    for (const uint32_t vid : {0U, 4095U, 4096U, 0x10005U, 0xFFFFFFFFU}) {
         EXPECT_EQ(table_.create({vid, vid}), Status::kVlanRange);
         EXPECT_EQ(table_.destroy({vid, vid}), Status::kVlanRange);
         EXPECT_EQ(table_.set_ports(vid, {}, {}), Status::kVlanRange);
@@ -229,7 +229,7 @@ TEST_F(VlanTableTest, RefusesUnknownPortsAndUntaggedStrangers) {
 
 TEST(DropReasons, EachHasANameOfItsOwn) {
     std::set<std::string> names;
-    for (std::size_t reason = 0; reason < kDropReasons; ++reason) {
+    for (size_t reason = 0; reason < kDropReasons; ++reason) {
         names.insert(name(static_cast<Drop>(reason)));
     }
     EXPECT_EQ(names.size(), kDropReasons);

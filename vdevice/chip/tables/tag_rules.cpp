@@ -4,7 +4,7 @@ namespace vdevice::chip {
 namespace {
 
 /** The control information of the customer's own tag, if a whole one with a type behind it comes first. */
-std::optional<std::uint16_t> customer_tci(Bytes payload) {
+std::optional<uint16_t> customer_tci(Bytes payload) {
     if (payload.size() < kVlanTagBytes + kTypeBytes || read16(payload, 0) != kVlanTpid) {
         return std::nullopt;
     }
@@ -17,11 +17,11 @@ std::optional<Header> read_header(const PortTags &tags, const Frame &frame) {
     return tags.mode == DoubleTag::kExternal ? read_untagged_header(frame) : read_header(frame, tags.tpid);
 }
 
-std::uint16_t TagRules::classify(int port, const Port &settings, const Header &header) const {
+uint16_t TagRules::classify(int port, const Port &settings, const Header &header) const {
     if (header.tagged) {
-        const std::uint16_t tci = settings.remap.apply(header.tci);
+        const uint16_t tci = settings.remap.apply(header.tci);
         // A tag with VID 0 gives the frame a priority but no VLAN (IEEE 802.1Q, priority-tagged frames).
-        return header.vid() == 0 ? static_cast<std::uint16_t>(tci | settings.pvid)
+        return header.vid() == 0 ? static_cast<uint16_t>(tci | settings.pvid)
                                  : change_tci(ingress.find(port, header.vid()), tci);
     }
     if (settings.tags.mode != DoubleTag::kOff) {
@@ -31,11 +31,11 @@ std::uint16_t TagRules::classify(int port, const Port &settings, const Header &h
             }
         }
     }
-    const auto own = static_cast<std::uint16_t>(settings.untagged_priority << kPcpShift | settings.pvid);
+    const auto own = static_cast<uint16_t>(settings.untagged_priority << kPcpShift | settings.pvid);
     return change_tci(subnets.find(port, header.payload), own);
 }
 
-std::uint16_t TagRules::on_egress(int port, std::uint16_t tci) const {
+uint16_t TagRules::on_egress(int port, uint16_t tci) const {
     return change_tci(egress.find(port, tci & kVidMask), tci);
 }
 

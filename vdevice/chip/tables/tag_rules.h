@@ -2,7 +2,7 @@
 // tags, VLANs by subnet and translation.
 #pragma once
 
-#include <cstdint>
+#include <stdint.h>
 #include <optional>
 
 #include "vdevice/chip/tables/port.h"
@@ -18,9 +18,9 @@ struct TagRules {
     explicit TagRules(const ChipPorts &ports) : ingress{ports}, egress{ports}, double_tags{ports}, subnets{ports} {}
 
     /** The VLAN and priority of a frame that came in on the port, with these settings. */
-    std::uint16_t classify(int port, const Port &settings, const Header &header) const;
+    uint16_t classify(int port, const Port &settings, const Header &header) const;
     /** The tag's control information as the port sends it. */
-    std::uint16_t on_egress(int port, std::uint16_t tci) const;
+    uint16_t on_egress(int port, uint16_t tci) const;
 
     VidMap ingress;
     VidMap egress;

@@ -19,14 +19,14 @@ using test::Sent;
 using test::station;
 using test::vlan_tag;
 
-constexpr std::uint32_t kKeep = TagChange::kKeepPriority;
-constexpr std::uint16_t kServiceTpid = 0x88A8;
-constexpr std::uint16_t kOldTpid = 0x9100;
+constexpr uint32_t kKeep = TagChange::kKeepPriority;
+constexpr uint16_t kServiceTpid = 0x88A8;
+constexpr uint16_t kOldTpid = 0x9100;
 constexpr Vid kService = 500;
 constexpr Vid kCustomer = 10;
 const Octets kAddresses = kBroadcast + station(1);
 
-Octets tag(std::uint16_t tpid, std::uint16_t tci) {
+Octets tag(uint16_t tpid, uint16_t tci) {
     return test::octets16(tpid) + test::octets16(tci);
 }
 
@@ -36,7 +36,7 @@ class TagRulesTest : public test::ChipTest {
         ASSERT_EQ(chip_.vlans().create({vid, vid}), Status::kOk);
         ASSERT_EQ(chip_.vlans().set_ports(vid, members, untagged), Status::kOk);
     }
-    void set_tags(int port, DoubleTag mode, std::uint16_t tpid = kVlanTpid) {
+    void set_tags(int port, DoubleTag mode, uint16_t tpid = kVlanTpid) {
         ASSERT_EQ(change(port, [&](Port &state) { state.tags = {mode, tpid}; }), Status::kOk);
     }
     /** The frame as it leaves by the port, without its addresses; empty if it does not. */
@@ -184,22 +184,22 @@ TEST_F(TagRulesTest, CutTagsAreRuntsOnlyWhereTheyAreTags) {
 
 TEST_F(TagRulesTest, SurvivesHostileBytesInEveryMode) {
     ASSERT_EQ(rules().subnets.add({kA, 0, 0, {1, kKeep}}), Status::kOk);
-    std::uint32_t state = 7;
-    const auto next = [&] { return static_cast<std::uint8_t>((state = state * 1664525 + 1013904223) >> 24); };
+    uint32_t state = 7;
+    const auto next = [&] { return static_cast<uint8_t>((state = state * 1664525 + 1013904223) >> 24); };
     constexpr int kRounds = 20000;
     for (int round = 0; round < kRounds; ++round) {
         set_tags(kA, static_cast<DoubleTag>(round % 3), round % 2 == 0 ? kVlanTpid : kServiceTpid);
-        Octets frame(static_cast<std::size_t>(next() % 64));
-        for (std::uint8_t &octet : frame) {
+        Octets frame(static_cast<size_t>(next() % 64));
+        for (uint8_t &octet : frame) {
             octet = next();
         }
-        for (std::size_t at = kAddressBytes; at + kTypeBytes <= frame.size() && next() % 4 != 0; at += kVlanTagBytes) {
-            const std::uint16_t types[] = {kVlanTpid, kServiceTpid, 0x0800, kOldTpid};
+        for (size_t at = kAddressBytes; at + kTypeBytes <= frame.size() && next() % 4 != 0; at += kVlanTagBytes) {
+            const uint16_t types[] = {kVlanTpid, kServiceTpid, 0x0800, kOldTpid};
             write16(&frame[at], types[next() % 4]);
         }
         send(kA, frame);
     }
-    EXPECT_EQ(chip_.port(kA).counters.rx_frames, static_cast<std::uint64_t>(kRounds));
+    EXPECT_EQ(chip_.port(kA).counters.rx_frames, static_cast<uint64_t>(kRounds));
 }
 
 }  // namespace

@@ -10,20 +10,20 @@ constexpr Mac kNearestBridge{0x0180C200000E};
 
 /** Both are "slow protocols": one address, one type, told apart by the octet behind it. */
 bool is_slow_protocol(const Traps &traps, const Header &header) {
-    constexpr std::uint16_t kSlowType = 0x8809;
-    constexpr std::uint8_t kLacpSubtype = 1;
-    constexpr std::uint8_t kOamSubtype = 3;
+    constexpr uint16_t kSlowType = 0x8809;
+    constexpr uint8_t kLacpSubtype = 1;
+    constexpr uint8_t kOamSubtype = 3;
     if (!(header.destination == kSlowProtocols) || header.payload.size() <= kTypeBytes ||
         read16(header.payload, 0) != kSlowType) {
         return false;
     }
-    const std::uint8_t subtype = header.payload[kTypeBytes];
+    const uint8_t subtype = header.payload[kTypeBytes];
     return (traps.lacp && subtype == kLacpSubtype) || (traps.oam && subtype == kOamSubtype);
 }
 
 /** LLDP is sent to one of three addresses, by how far it shall reach. */
 bool is_lldp(const Header &header) {
-    constexpr std::uint16_t kLldpType = 0x88CC;
+    constexpr uint16_t kLldpType = 0x88CC;
     return read16(header.payload, 0) == kLldpType &&
            (header.destination == kBridges || header.destination == kNearestNonTpmrBridge ||
             header.destination == kNearestBridge);
@@ -31,8 +31,8 @@ bool is_lldp(const Header &header) {
 
 /** A BPDU has a length where others have their type, and both ends are the bridge protocol's (IEEE 802.1D, LLC). */
 bool is_bpdu(const Header &header) {
-    constexpr std::uint16_t kMaxLength = 1500;
-    constexpr std::uint16_t kBridgeSaps = 0x4242;
+    constexpr uint16_t kMaxLength = 1500;
+    constexpr uint16_t kBridgeSaps = 0x4242;
     return header.destination == kBridges && header.payload.size() >= 2 * kTypeBytes &&
            read16(header.payload, 0) <= kMaxLength && read16(header.payload, kTypeBytes) == kBridgeSaps;
 }

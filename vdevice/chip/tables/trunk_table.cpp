@@ -17,7 +17,7 @@ PortSet Trunk::member_set() const {
     return set_of(members);
 }
 
-const Trunk *TrunkTable::find(std::int64_t trunk) const {
+const Trunk *TrunkTable::find(int64_t trunk) const {
     return is_trunk(trunk) && row(trunk).exists ? &row(trunk) : nullptr;
 }
 
@@ -52,14 +52,14 @@ PortSet TrunkTable::standby() const {
     return configured - members;
 }
 
-Status TrunkTable::check_exists(std::int64_t trunk) const {
+Status TrunkTable::check_exists(int64_t trunk) const {
     if (!is_trunk(trunk)) {
         return Status::kTrunkRange;
     }
     return row(trunk).exists ? Status::kOk : Status::kTrunkMissing;
 }
 
-Status TrunkTable::check_ports(std::int64_t trunk, const std::vector<int> &ports) const {
+Status TrunkTable::check_ports(int64_t trunk, const std::vector<int> &ports) const {
     if (ports.size() > kMaxMembers) {
         return Status::kTrunkFull;
     }
@@ -77,7 +77,7 @@ Status TrunkTable::check_ports(std::int64_t trunk, const std::vector<int> &ports
     return Status::kOk;
 }
 
-Status TrunkTable::create(std::int64_t trunk) {
+Status TrunkTable::create(int64_t trunk) {
     const Status status = check_exists(trunk);
     if (status != Status::kTrunkMissing) {
         return status == Status::kOk ? Status::kTrunkExists : status;
@@ -86,7 +86,7 @@ Status TrunkTable::create(std::int64_t trunk) {
     return Status::kOk;
 }
 
-Status TrunkTable::destroy(std::int64_t trunk) {
+Status TrunkTable::destroy(int64_t trunk) {
     const Status status = check_exists(trunk);
     if (status == Status::kOk) {
         Trunk &gone = row(trunk);
@@ -97,7 +97,7 @@ Status TrunkTable::destroy(std::int64_t trunk) {
     return status;
 }
 
-Status TrunkTable::set_members(std::int64_t trunk, const std::vector<int> &ports) {
+Status TrunkTable::set_members(int64_t trunk, const std::vector<int> &ports) {
     Status status = check_exists(trunk);
     if (status == Status::kOk) {
         status = check_ports(trunk, ports);
@@ -108,7 +108,7 @@ Status TrunkTable::set_members(std::int64_t trunk, const std::vector<int> &ports
     return status;
 }
 
-Status TrunkTable::set_configured(std::int64_t trunk, const std::vector<int> &ports) {
+Status TrunkTable::set_configured(int64_t trunk, const std::vector<int> &ports) {
     Status status = check_exists(trunk);
     if (status == Status::kOk) {
         status = check_ports(trunk, ports);
@@ -120,7 +120,7 @@ Status TrunkTable::set_configured(std::int64_t trunk, const std::vector<int> &po
     return status;
 }
 
-Status TrunkTable::set_balance(std::int64_t trunk, std::uint32_t mode) {
+Status TrunkTable::set_balance(int64_t trunk, uint32_t mode) {
     const Status status = check_exists(trunk);
     if (status != Status::kOk) {
         return status;
@@ -132,7 +132,7 @@ Status TrunkTable::set_balance(std::int64_t trunk, std::uint32_t mode) {
     return Status::kOk;
 }
 
-void TrunkTable::forget_configured(std::int64_t trunk, const PortSet &ports) {
+void TrunkTable::forget_configured(int64_t trunk, const PortSet &ports) {
     Trunk &told = row(trunk);
     told.is_configured = told.is_configured && (told.configured & ports).empty();
 }

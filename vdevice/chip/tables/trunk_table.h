@@ -1,8 +1,8 @@
 // The chip's trunks: ports that carry the flows between two devices together (link aggregation, IEEE 802.1AX).
 #pragma once
 
+#include <stdint.h>
 #include <array>
-#include <cstdint>
 #include <vector>
 
 #include "vdevice/chip/frame/flow_hash.h"
@@ -12,18 +12,18 @@
 namespace vdevice::chip {
 
 /** Balancing modes 1 to 3 look at MAC addresses, 4 to 6 at IP addresses and ports. */
-constexpr std::uint32_t kFirstBalanceMode = 1;
-constexpr std::uint32_t kFirstIpBalanceMode = 4;
-constexpr std::uint32_t kLastBalanceMode = 6;
+constexpr uint32_t kFirstBalanceMode = 1;
+constexpr uint32_t kFirstIpBalanceMode = 4;
+constexpr uint32_t kLastBalanceMode = 6;
 
 struct Trunk {
-    static constexpr std::uint32_t kPowerOnMode = 3;
+    static constexpr uint32_t kPowerOnMode = 3;
 
     bool exists = false;
     std::vector<int> members;   /**< that frames may leave by, in the order in which they were given */
     PortSet configured;         /**< members that the software counts, those taken out for want of a link too */
     bool is_configured = false; /**< the software has told its members */
-    std::uint32_t balance = kPowerOnMode;
+    uint32_t balance = kPowerOnMode;
 
     HashLayer layer() const { return balance >= kFirstIpBalanceMode ? HashLayer::kIp : HashLayer::kMac; }
     PortSet member_set() const;
@@ -34,16 +34,16 @@ struct Trunk {
 class TrunkTable {
   public:
     static constexpr int kTrunks = 8;
-    static constexpr std::size_t kMaxMembers = 8;
+    static constexpr size_t kMaxMembers = 8;
     static constexpr int kNone = -1;
 
     /** @p existing are the ports of the chip; the CPU's cannot be a member. */
     TrunkTable(const PortSet &existing, int cpu_port) : existing_{existing}, cpu_port_{cpu_port} {}
 
-    static constexpr bool is_trunk(std::int64_t trunk) { return trunk >= 0 && trunk < kTrunks; }
+    static constexpr bool is_trunk(int64_t trunk) { return trunk >= 0 && trunk < kTrunks; }
 
     /** The trunk's row, or null. */
-    const Trunk *find(std::int64_t trunk) const;
+    const Trunk *find(int64_t trunk) const;
     /** The trunk that the port belongs to as a member or on standby, or kNone. */
     int trunk_of(int port) const;
     /**
@@ -53,24 +53,24 @@ class TrunkTable {
      */
     PortSet standby() const;
 
-    Status create(std::int64_t trunk);
-    Status destroy(std::int64_t trunk);
+    Status create(int64_t trunk);
+    Status destroy(int64_t trunk);
     /** The ports that frames leave by. They must exist, be listed once, and not be members of another trunk. */
-    Status set_members(std::int64_t trunk, const std::vector<int> &ports);
+    Status set_members(int64_t trunk, const std::vector<int> &ports);
     /** The software's word on which ports belong to the trunk. It outlives the trunk until it is forgotten. */
-    Status set_configured(std::int64_t trunk, const std::vector<int> &ports);
-    Status set_balance(std::int64_t trunk, std::uint32_t mode);
+    Status set_configured(int64_t trunk, const std::vector<int> &ports);
+    Status set_balance(int64_t trunk, uint32_t mode);
     /** Forgets it if one of its ports is among these. */
-    void forget_configured(std::int64_t trunk, const PortSet &ports);
+    void forget_configured(int64_t trunk, const PortSet &ports);
     /** Forgets the members of trunks that do not exist. */
     void forget_missing();
 
   private:
-    Trunk &row(std::int64_t trunk) { return rows_[static_cast<std::size_t>(trunk)]; }
-    const Trunk &row(std::int64_t trunk) const { return rows_[static_cast<std::size_t>(trunk)]; }
+    Trunk &row(int64_t trunk) { return rows_[static_cast<size_t>(trunk)]; }
+    const Trunk &row(int64_t trunk) const { return rows_[static_cast<size_t>(trunk)]; }
     int member_of(int port) const;
-    Status check_exists(std::int64_t trunk) const;
-    Status check_ports(std::int64_t trunk, const std::vector<int> &ports) const;
+    Status check_exists(int64_t trunk) const;
+    Status check_ports(int64_t trunk, const std::vector<int> &ports) const;
 
     PortSet existing_;
     int cpu_port_;

@@ -2,7 +2,7 @@
 
 namespace vdevice::chip {
 
-Status VidMap::add(std::int64_t port, std::uint32_t vid, const TagChange &change) {
+Status VidMap::add(int64_t port, uint32_t vid, const TagChange &change) {
     Status status = check_key(port, vid);
     if (status == Status::kOk) {
         status = change.check();
@@ -21,7 +21,7 @@ Status VidMap::add(std::int64_t port, std::uint32_t vid, const TagChange &change
     return Status::kOk;
 }
 
-Status VidMap::remove(std::int64_t port, std::uint32_t vid) {
+Status VidMap::remove(int64_t port, uint32_t vid) {
     TagChange ignored;
     const Status status = get(port, vid, ignored);
     if (status == Status::kOk) {
@@ -30,7 +30,7 @@ Status VidMap::remove(std::int64_t port, std::uint32_t vid) {
     return status;
 }
 
-Status VidMap::get(std::int64_t port, std::uint32_t vid, TagChange &change) const {
+Status VidMap::get(int64_t port, uint32_t vid, TagChange &change) const {
     if (const Status status = check_key(port, vid); status != Status::kOk) {
         return status;
     }
@@ -42,12 +42,12 @@ Status VidMap::get(std::int64_t port, std::uint32_t vid, TagChange &change) cons
     return Status::kOk;
 }
 
-const TagChange *VidMap::find(int port, std::uint32_t vid) const {
+const TagChange *VidMap::find(int port, uint32_t vid) const {
     const auto entry = entries_.find({port, vid});
     return entry == entries_.end() ? nullptr : &entry->second;
 }
 
-Status VidMap::check_key(std::int64_t port, std::uint32_t vid) const {
+Status VidMap::check_key(int64_t port, uint32_t vid) const {
     if (const Status status = ports_.check_user_port(port); status != Status::kOk) {
         return status;
     }

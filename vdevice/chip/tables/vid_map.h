@@ -2,8 +2,8 @@
 // the double-tag entries are three of these.
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
+#include <stddef.h>
+#include <stdint.h>
 #include <map>
 
 #include "vdevice/chip/frame/chip_ports.h"
@@ -15,27 +15,27 @@ class VidMap {
   public:
     struct Key {
         int port;
-        std::uint32_t vid;
+        uint32_t vid;
 
         friend auto operator<=>(const Key &, const Key &) = default;
     };
 
-    static constexpr std::size_t kCapacity = 1024;
+    static constexpr size_t kCapacity = 1024;
 
     explicit VidMap(const ChipPorts &ports) : ports_{ports} {}
 
-    Status add(std::int64_t port, std::uint32_t vid, const TagChange &change);
-    Status remove(std::int64_t port, std::uint32_t vid);
+    Status add(int64_t port, uint32_t vid, const TagChange &change);
+    Status remove(int64_t port, uint32_t vid);
     void clear() { entries_.clear(); }
     /** kOk and the change, or why there is none. */
-    Status get(std::int64_t port, std::uint32_t vid, TagChange &change) const;
+    Status get(int64_t port, uint32_t vid, TagChange &change) const;
 
     /** Null if the table says nothing about the VLAN on this port. */
-    const TagChange *find(int port, std::uint32_t vid) const;
+    const TagChange *find(int port, uint32_t vid) const;
     const std::map<Key, TagChange> &entries() const { return entries_; }
 
   private:
-    Status check_key(std::int64_t port, std::uint32_t vid) const;
+    Status check_key(int64_t port, uint32_t vid) const;
 
     ChipPorts ports_;
     std::map<Key, TagChange> entries_;

@@ -10,9 +10,9 @@
 namespace vdevice::chip {
 namespace {
 
-constexpr std::uint32_t kKeep = TagChange::kKeepPriority;
-constexpr std::uint32_t kMask24 = 0xFFFFFF00;
-constexpr std::uint32_t kNet10 = 0x0A000000;
+constexpr uint32_t kKeep = TagChange::kKeepPriority;
+constexpr uint32_t kMask24 = 0xFFFFFF00;
+constexpr uint32_t kNet10 = 0x0A000000;
 
 TEST(TagChange, ReplacesTheVlanAndThePriorityIfItHasOne) {
     EXPECT_EQ((TagChange{200, kKeep}.apply(0xB064)), 0xB0C8);
@@ -46,12 +46,12 @@ TEST_F(VidMapTest, HoldsWhatWasAddedUntilItIsRemoved) {
 }
 
 TEST_F(VidMapTest, RefusesWhatCannotBe) {
-    for (const std::int64_t port : {-1, 32, 256}) {
+    for (const int64_t port : {-1, 32, 256}) {
         EXPECT_EQ(table_.add(port, 100, {200, kKeep}), Status::kNoPort);
         EXPECT_EQ(table_.remove(port, 100), Status::kNoPort);
     }
     EXPECT_EQ(table_.add(Switch::kCpuPort, 100, {200, kKeep}), Status::kCpuPort);
-    for (const std::uint32_t vid : {0U, 4095U, 0x10001U}) {
+    for (const uint32_t vid : {0U, 4095U, 0x10001U}) {
         EXPECT_EQ(table_.add(4, vid, {200, kKeep}), Status::kVlanRange);
         EXPECT_EQ(table_.add(4, 100, {vid, kKeep}), Status::kVlanRange);
         EXPECT_EQ(table_.remove(4, vid), Status::kVlanRange);
@@ -60,7 +60,7 @@ TEST_F(VidMapTest, RefusesWhatCannotBe) {
 }
 
 TEST_F(VidMapTest, IsFullAtItsCapacity) {
-    for (std::uint32_t vid = 1; vid <= VidMap::kCapacity; ++vid) {
+    for (uint32_t vid = 1; vid <= VidMap::kCapacity; ++vid) {
         ASSERT_EQ(table_.add(4, vid, {200, kKeep}), Status::kOk);
     }
     EXPECT_EQ(table_.add(5, 1, {200, kKeep}), Status::kTagTableFull);
@@ -73,7 +73,7 @@ TEST_F(VidMapTest, IsFullAtItsCapacity) {
 
 class SubnetTableTest : public testing::Test {
   protected:
-    std::uint32_t vid_of(int port, std::uint8_t host) const {
+    uint32_t vid_of(int port, uint8_t host) const {
         const TagChange *change =
             table_.find(port, test::ipv4({.protocol = 17, .source = test::ipv4_address(host)}, {}));
         return change == nullptr ? 0 : change->vid;
@@ -99,7 +99,7 @@ TEST_F(SubnetTableTest, OnlyWholeIpv4PacketsMatch) {
     ASSERT_EQ(table_.add({4, 0, 0, {100, kKeep}}), Status::kOk);
     const test::Octets packet = test::ipv4({.protocol = 17}, {});
     EXPECT_NE(table_.find(4, packet), nullptr);
-    for (std::size_t length = kTypeBytes; length < packet.size(); ++length) {
+    for (size_t length = kTypeBytes; length < packet.size(); ++length) {
         EXPECT_EQ(table_.find(4, Bytes{packet}.first(length)), nullptr) << length;
     }
     EXPECT_EQ(table_.find(4, test::ipv6({17}, test::Octets(20, 0))), nullptr);
@@ -116,7 +116,7 @@ TEST_F(SubnetTableTest, RefusesWhatNoPacketWouldMatch) {
 }
 
 TEST_F(SubnetTableTest, IsFullAtItsCapacity) {
-    for (std::uint32_t host = 0; host < SubnetTable::kCapacity; ++host) {
+    for (uint32_t host = 0; host < SubnetTable::kCapacity; ++host) {
         ASSERT_EQ(table_.add({4, kNet10 + host, 0xFFFFFFFF, {100, kKeep}}), Status::kOk);
     }
     EXPECT_EQ(table_.add({4, 0, 0, {100, kKeep}}), Status::kTagTableFull);

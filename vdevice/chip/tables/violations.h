@@ -2,8 +2,8 @@
 // made-up addresses must not take up more than that.
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
+#include <stddef.h>
+#include <stdint.h>
 #include <set>
 #include <utility>
 
@@ -13,7 +13,7 @@ namespace vdevice::chip {
 
 class Violations {
   public:
-    static constexpr std::size_t kMaxRemembered = 1024;
+    static constexpr size_t kMaxRemembered = 1024;
 
     void remember(Mac mac, Vid vid) {
         if (addresses_.size() < kMaxRemembered) {
@@ -22,7 +22,7 @@ class Violations {
     }
 
     void forget() { addresses_.clear(); }
-    std::uint32_t count() const { return static_cast<std::uint32_t>(addresses_.size()); }
+    uint32_t count() const { return static_cast<uint32_t>(addresses_.size()); }
     /** Ordered by VLAN and address. */
     const std::set<std::pair<Vid, Mac>> &addresses() const { return addresses_; }
 

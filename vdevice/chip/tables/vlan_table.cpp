@@ -6,7 +6,7 @@ VlanTable::VlanTable(const PortSet &existing, const Vlan &first_vlan) : existing
     rows_[kMinVid] = Row{true, first_vlan};
 }
 
-const Vlan *VlanTable::find(std::uint32_t vid) const {
+const Vlan *VlanTable::find(uint32_t vid) const {
     return is_vid(vid) && rows_[vid].exists ? &rows_[vid].vlan : nullptr;
 }
 
@@ -24,12 +24,12 @@ Status VlanTable::create(VidRange range) {
     if (const Status status = check_range(range); status != Status::kOk) {
         return status;
     }
-    for (std::uint32_t vid = range.first; vid <= range.last; ++vid) {
+    for (uint32_t vid = range.first; vid <= range.last; ++vid) {
         if (rows_[vid].exists) {
             return Status::kVlanExists;
         }
     }
-    for (std::uint32_t vid = range.first; vid <= range.last; ++vid) {
+    for (uint32_t vid = range.first; vid <= range.last; ++vid) {
         rows_[vid] = Row{true, Vlan{}};
     }
     return Status::kOk;
@@ -42,7 +42,7 @@ Status VlanTable::destroy(VidRange range) {
     if (range.first <= default_vid_ && default_vid_ <= range.last) {
         return Status::kVlanIsDefault;
     }
-    for (std::uint32_t vid = range.first; vid <= range.last; ++vid) {
+    for (uint32_t vid = range.first; vid <= range.last; ++vid) {
         rows_[vid] = Row{};
     }
     return Status::kOk;
@@ -56,7 +56,7 @@ Status VlanTable::add_ports(VidRange range, const PortSet &ports, const PortSet 
     if (status != Status::kOk) {
         return status;
     }
-    for (std::uint32_t vid = range.first; vid <= range.last; ++vid) {
+    for (uint32_t vid = range.first; vid <= range.last; ++vid) {
         Vlan &vlan = rows_[vid].vlan;
         vlan.members |= ports;
         vlan.untagged = (vlan.untagged - ports) | untagged;
@@ -72,14 +72,14 @@ Status VlanTable::remove_ports(VidRange range, const PortSet &ports) {
     if (status != Status::kOk) {
         return status;
     }
-    for (std::uint32_t vid = range.first; vid <= range.last; ++vid) {
+    for (uint32_t vid = range.first; vid <= range.last; ++vid) {
         rows_[vid].vlan.members -= ports;
         rows_[vid].vlan.untagged -= ports;
     }
     return Status::kOk;
 }
 
-Status VlanTable::set_ports(std::uint32_t vid, const PortSet &members, const PortSet &untagged) {
+Status VlanTable::set_ports(uint32_t vid, const PortSet &members, const PortSet &untagged) {
     Status status = check_all_exist({vid, vid});
     if (status == Status::kOk) {
         status = check_ports(members, untagged);
@@ -90,7 +90,7 @@ Status VlanTable::set_ports(std::uint32_t vid, const PortSet &members, const Por
     return status;
 }
 
-Status VlanTable::set_default(std::uint32_t vid) {
+Status VlanTable::set_default(uint32_t vid) {
     const Status status = check_all_exist({vid, vid});
     if (status == Status::kOk) {
         default_vid_ = static_cast<Vid>(vid);
@@ -106,7 +106,7 @@ Status VlanTable::check_all_exist(VidRange range) const {
     if (const Status status = check_range(range); status != Status::kOk) {
         return status;
     }
-    for (std::uint32_t vid = range.first; vid <= range.last; ++vid) {
+    for (uint32_t vid = range.first; vid <= range.last; ++vid) {
         if (!rows_[vid].exists) {
             return Status::kVlanMissing;
         }

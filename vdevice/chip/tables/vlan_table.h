@@ -17,8 +17,8 @@ struct Vlan {
 
 /** VLANs first, first + 1, ... last. */
 struct VidRange {
-    std::uint32_t first;
-    std::uint32_t last;
+    uint32_t first;
+    uint32_t last;
 };
 
 class VlanTable {
@@ -27,9 +27,9 @@ class VlanTable {
     VlanTable(const PortSet &existing, const Vlan &first_vlan);
 
     /** The VLAN's row, or null. */
-    const Vlan *find(std::uint32_t vid) const;
+    const Vlan *find(uint32_t vid) const;
     /** kOk, or why there is no such VLAN. */
-    Status check(std::uint32_t vid) const { return check_all_exist({vid, vid}); }
+    Status check(uint32_t vid) const { return check_all_exist({vid, vid}); }
     Vid default_vid() const { return default_vid_; }
     std::vector<Vid> list() const;
 
@@ -39,8 +39,8 @@ class VlanTable {
     Status add_ports(VidRange range, const PortSet &ports, const PortSet &untagged);
     /** Ports that were no members stay so: removing is no error for them. */
     Status remove_ports(VidRange range, const PortSet &ports);
-    Status set_ports(std::uint32_t vid, const PortSet &members, const PortSet &untagged);
-    Status set_default(std::uint32_t vid);
+    Status set_ports(uint32_t vid, const PortSet &members, const PortSet &untagged);
+    Status set_default(uint32_t vid);
 
   private:
     struct Row {

@@ -35,7 +35,7 @@ class ChipTest : public testing::Test {
         });
     }
 
-    std::uint64_t dropped(int port, Drop reason) const { return chip_.port(port).counters.dropped(reason); }
+    uint64_t dropped(int port, Drop reason) const { return chip_.port(port).counters.dropped(reason); }
 
     RecordingSink sink_;
     Switch chip_{sink_};

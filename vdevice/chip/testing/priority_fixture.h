@@ -8,32 +8,32 @@
 
 namespace vdevice::chip::test {
 
-using Queues = std::array<std::uint64_t, kQueues>;
+using Queues = std::array<uint64_t, kQueues>;
 
 /** One frame by this queue, and none by another one. */
-inline Queues one_in(std::uint32_t queue) {
+inline Queues one_in(uint32_t queue) {
     Queues queues{};
     queues[queue] = 1;
     return queues;
 }
 
 /** A tag that gives a priority and no VLAN. */
-inline Octets priority_tag(std::uint32_t priority) {
-    return vlan_tag(static_cast<std::uint16_t>(priority << kPcpShift));
+inline Octets priority_tag(uint32_t priority) {
+    return vlan_tag(static_cast<uint16_t>(priority << kPcpShift));
 }
 
 class PriorityTest : public FieldRulesTest {
   protected:
-    static Octets tagged(std::uint32_t priority, const Octets &rest = kPayload) {
+    static Octets tagged(uint32_t priority, const Octets &rest = kPayload) {
         return kAddresses + priority_tag(priority) + rest;
     }
 
     /** How many frames each of the port's queues has sent since the last call. */
     Queues sent(int port) {
-        Queues &before = before_[static_cast<std::size_t>(port)];
+        Queues &before = before_[static_cast<size_t>(port)];
         Queues difference;
-        for (std::size_t queue = 0; queue < kQueues; ++queue) {
-            const std::uint64_t now = chip_.queues().port(port).counters(queue).frames;
+        for (size_t queue = 0; queue < kQueues; ++queue) {
+            const uint64_t now = chip_.queues().port(port).counters(queue).frames;
             difference[queue] = now - std::exchange(before[queue], now);
         }
         return difference;

@@ -9,16 +9,16 @@
 
 namespace vdevice::chip::test {
 
-constexpr std::uint32_t kRate = 8000;     // kbit/s: an octet in a microsecond
-constexpr std::size_t kFrame = 996;       // octets; with the check sequence a millisecond at that rate
-constexpr std::uint32_t kFrameBurst = 8;  // kbit: a bucket for one such frame
-constexpr std::size_t kNumberAt = kHeaderBytes;
+constexpr uint32_t kRate = 8000;     // kbit/s: an octet in a microsecond
+constexpr size_t kFrame = 996;       // octets; with the check sequence a millisecond at that rate
+constexpr uint32_t kFrameBurst = 8;  // kbit: a bucket for one such frame
+constexpr size_t kNumberAt = kHeaderBytes;
 
 /** A frame that has left. */
 struct Left {
     Time time;
     int port;
-    std::uint32_t number;
+    uint32_t number;
 
     friend bool operator==(const Left &, const Left &) = default;
     friend void PrintTo(const Left &left, std::ostream *out) {
@@ -26,8 +26,8 @@ struct Left {
     }
 };
 
-inline std::vector<std::uint8_t> numbered_frame(std::uint32_t number, std::size_t octets) {
-    std::vector<std::uint8_t> frame(octets);
+inline std::vector<uint8_t> numbered_frame(uint32_t number, size_t octets) {
+    std::vector<uint8_t> frame(octets);
     write32(&frame[kNumberAt], number);
     return frame;
 }
@@ -35,18 +35,18 @@ inline std::vector<std::uint8_t> numbered_frame(std::uint32_t number, std::size_
 class QueueTest : public testing::Test {
   protected:
     /** The frames are numbered in the order in which they are put. */
-    void put(Time now, int port, std::size_t queue, std::size_t octets = kFrame) {
-        const std::vector<std::uint8_t> frame = numbered_frame(next_number_++, octets);
+    void put(Time now, int port, size_t queue, size_t octets = kFrame) {
+        const std::vector<uint8_t> frame = numbered_frame(next_number_++, octets);
         queues_.put(now, port, queue, split_frame(frame), {0, Origin::kSwitched});
     }
 
-    void fill(Time now, int port, std::size_t queue, int frames, std::size_t octets = kFrame) {
+    void fill(Time now, int port, size_t queue, int frames, size_t octets = kFrame) {
         for (int i = 0; i < frames; ++i) {
             put(now, port, queue, octets);
         }
     }
 
-    void shape(int port, std::uint32_t burst = kFrameBurst, std::uint32_t rate = kRate, Time now = Time{}) {
+    void shape(int port, uint32_t burst = kFrameBurst, uint32_t rate = kRate, Time now = Time{}) {
         EXPECT_EQ(queues_.set_shaper(now, port, {rate, burst}), Status::kOk);
     }
 
@@ -64,11 +64,11 @@ class QueueTest : public testing::Test {
         return left;
     }
 
-    const QueueCounters &counters(int port, std::size_t queue) const { return queues_.port(port).counters(queue); }
+    const QueueCounters &counters(int port, size_t queue) const { return queues_.port(port).counters(queue); }
 
     static constexpr int kPorts = 32;
     EgressQueues queues_{kPorts};
-    std::uint32_t next_number_ = 0;
+    uint32_t next_number_ = 0;
 };
 
 }  // namespace vdevice::chip::test

@@ -1,7 +1,7 @@
 // For tests: a sink that keeps what left the chip and which ports changed.
 #pragma once
 
-#include <cstdint>
+#include <stdint.h>
 #include <utility>
 #include <vector>
 
@@ -9,7 +9,7 @@
 
 namespace vdevice::chip::test {
 
-using Octets = std::vector<std::uint8_t>;
+using Octets = std::vector<uint8_t>;
 using Sent = std::pair<int, Octets>;
 
 class RecordingSink final : public Sink {

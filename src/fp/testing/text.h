@@ -6,8 +6,8 @@
 
 #include <adp/fp.h>
 
+#include <stdint.h>
 #include <cstdarg>
-#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -32,13 +32,13 @@ inline std::string text_of(const char *format, ...) {
 }
 
 /** Bytes as the trace shows a block of more than 16. */
-inline std::string block_text(const uint8_t *bytes, std::size_t size) {
-    std::size_t shown = size;
+inline std::string block_text(const uint8_t *bytes, size_t size) {
+    size_t shown = size;
     while (shown > 1 && bytes[shown - 1] == 0) {
         --shown;
     }
     std::string text;
-    for (std::size_t i = 0; i < shown; ++i) {
+    for (size_t i = 0; i < shown; ++i) {
         text += text_of(i == 0 ? "%02x" : ":%02x", unsigned{bytes[i]});
     }
     return text + (shown < size ? ".." : "");
@@ -56,13 +56,13 @@ inline void set_word(uint8_t *bytes, uint32_t word) {
 
 /** An action's parameter as the trace shows it: words, so that the text is the same on every machine. */
 inline std::string param_text(const uint8_t *param) {
-    constexpr std::size_t kWords = ADP_FP_ACTION_BYTES / sizeof(uint32_t);
-    std::size_t shown = kWords;
+    constexpr size_t kWords = ADP_FP_ACTION_BYTES / sizeof(uint32_t);
+    size_t shown = kWords;
     while (shown > 1 && word_of(param + 4 * (shown - 1)) == 0) {
         --shown;
     }
     std::string text;
-    for (std::size_t i = 0; i < shown; ++i) {
+    for (size_t i = 0; i < shown; ++i) {
         text += (i == 0 ? "" : ", ") + std::to_string(word_of(param + 4 * i));
     }
     return "[" + text + (shown < kWords ? ", ..]" : "]");

@@ -73,9 +73,9 @@ class AttributeTest : public library_test::LibraryTest {
     fake_system::System &system() { return session_.system(); }
 
     /** What a trace shows up to the driver call of this number, 0 the first. */
-    static Lines up_to_call(const Lines &lines, std::size_t number) {
+    static Lines up_to_call(const Lines &lines, size_t number) {
         Lines first;
-        std::size_t calls = 0;
+        size_t calls = 0;
         for (const std::string &line : lines) {
             first.push_back(line);
             calls += line == kPause ? 0u : 1u;
@@ -98,10 +98,10 @@ class AttributeTest : public library_test::LibraryTest {
         EXPECT_EQ(operation(), 0);
         const Lines all = driver().take();
         const std::string tables = library_test::table_bytes();
-        const std::size_t calls = driver().count();
+        const size_t calls = driver().count();
         ASSERT_GT(calls, 0u);
         for (const int32_t result : {kDriverError, kPositiveError}) {
-            for (std::size_t failing = 0; failing < calls; ++failing) {
+            for (size_t failing = 0; failing < calls; ++failing) {
                 start_over();
                 prepare();
                 driver().fail_call(failing, result);

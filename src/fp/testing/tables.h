@@ -5,8 +5,8 @@
  */
 #pragma once
 
+#include <stdint.h>
 #include <algorithm>
-#include <cstdint>
 #include <iterator>
 
 namespace fp_test {

@@ -34,7 +34,7 @@ uint64_t seed_of(CallId id, uint64_t round) {
 
 uint64_t expected_calls() {
     uint64_t count = 0;
-    for (std::size_t number = 0; number < calls::kCallCount; ++number) {
+    for (size_t number = 0; number < calls::kCallCount; ++number) {
         count += vdevice::is_answered(static_cast<CallId>(number)) ? kRounds : 0;
     }
     return count;
@@ -52,7 +52,7 @@ int serve(const std::string &path) {
     uint64_t wrong = 0;
     vdevice::remote::Server server(
         [&](CallId id, const void *const *arguments) -> int64_t {
-            const uint64_t seed = seed_of(id, rounds[static_cast<std::size_t>(id)]++);
+            const uint64_t seed = seed_of(id, rounds[static_cast<size_t>(id)]++);
             const RandomCall expected(id, seed);
             wrong += is_same(describe_call(id, expected.arguments()), describe_call(id, arguments)) ? 0u : 1u;
             write_outputs(id, arguments, seed);
@@ -85,7 +85,7 @@ bool call_once(vdevice::remote::Client &client, CallId id, uint64_t seed) {
 int call(const std::string &path) {
     vdevice::remote::Client client("remote_peer", path);
     uint64_t wrong = 0;
-    for (std::size_t number = 0; number < calls::kCallCount; ++number) {
+    for (size_t number = 0; number < calls::kCallCount; ++number) {
         const auto id = static_cast<CallId>(number);
         for (uint64_t round = 0; round < kRounds && vdevice::is_answered(id); ++round) {
             wrong += call_once(client, id, seed_of(id, round)) ? 0u : 1u;

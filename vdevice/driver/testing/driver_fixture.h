@@ -10,7 +10,7 @@
 
 namespace vdevice::driver::test {
 
-using Words = std::array<std::uint32_t, chip::PortSet::kWords>;
+using Words = std::array<uint32_t, chip::PortSet::kWords>;
 
 inline Words words_of(const chip::PortSet &set) {
     Words words{};

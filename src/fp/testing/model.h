@@ -15,8 +15,8 @@
 #include <vector>
 
 #include "calls/describe.h"
-#include "fp/test_tables.h"
-#include "fp/test_text.h"
+#include "fp/testing/tables.h"
+#include "fp/testing/text.h"
 
 namespace fp_test {
 
@@ -34,7 +34,7 @@ class Model {
     std::vector<FpEntity> list;
     bool is_out_of_memory = false;
 
-    void fail_call(std::size_t k, int32_t result) { failing_call_ = {count_ + k, result}; }
+    void fail_call(size_t k, int32_t result) { failing_call_ = {count_ + k, result}; }
     void fail_every(const std::string &name, int32_t result) { failing_[name] = result; }
     void fail_nothing() {
         failing_call_.reset();
@@ -95,14 +95,14 @@ class Model {
 
     Trace trace_;
     std::string printed_;
-    std::size_t count_ = 0;
-    std::optional<std::pair<std::size_t, int32_t>> failing_call_;
+    size_t count_ = 0;
+    std::optional<std::pair<size_t, int32_t>> failing_call_;
     std::map<std::string, int32_t> failing_;
 };
 
 inline int32_t Model::call(const std::string &line) {
     trace_.push_back(line);
-    const std::size_t number = count_++;
+    const size_t number = count_++;
     if (failing_call_ && failing_call_->first == number) {
         return failing_call_->second;
     }

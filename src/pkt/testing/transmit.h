@@ -10,9 +10,9 @@ namespace transmit_test {
 
 using Bytes = std::vector<uint8_t>;
 
-inline Bytes make_frame(std::size_t length) {
+inline Bytes make_frame(size_t length) {
     Bytes frame(length);
-    for (std::size_t i = 0; i < length; ++i) {
+    for (size_t i = 0; i < length; ++i) {
         frame[i] = static_cast<uint8_t>(0x10 + i);
     }
     return frame;
@@ -74,8 +74,8 @@ class TransmitTest : public library_test::LibraryTest {
     fake_system::System &system() { return session_.system(); }
 
     /** Allocations since the start of the test, and those of them that were not freed. */
-    std::size_t allocations() { return system().allocations() - allocations_before_; }
-    std::size_t held() { return system().outstanding_allocations() - tables_; }
+    size_t allocations() { return system().allocations() - allocations_before_; }
+    size_t held() { return system().outstanding_allocations() - tables_; }
 
     /** Nothing that a call took is still held. */
     void expect_nothing_held() {
@@ -85,8 +85,8 @@ class TransmitTest : public library_test::LibraryTest {
 
   private:
     fake_system::Session session_;
-    std::size_t tables_ = 0;
-    std::size_t allocations_before_ = 0;
+    size_t tables_ = 0;
+    size_t allocations_before_ = 0;
 };
 
 }  // namespace transmit_test

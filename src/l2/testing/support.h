@@ -5,7 +5,7 @@
  */
 #pragma once
 
-#include <cstdint>
+#include <stdint.h>
 #include <cstring>
 #include <string>
 #include <utility>
@@ -20,7 +20,7 @@ using Trace = std::vector<std::string>;
 
 inline constexpr uint8_t kMac[6] = {0x02, 0x1b, 0x21, 0xfe, 0x80, 0x07};
 inline constexpr char kKey[] = "02:1b:21:fe:80:07:00:00";
-inline constexpr std::size_t kEntrySize = 88;
+inline constexpr size_t kEntrySize = 88;
 inline constexpr uint32_t kNotWritten = 0xAAAAAAAA;
 inline constexpr adp_word_t kWholeWord = UINTPTR_MAX - 1;
 inline constexpr int32_t kFailures[] = {-1, 1, 77, INT32_MIN};
@@ -31,17 +31,17 @@ inline constexpr uint32_t kBadGroups[] = {0x10000000, 0x10000009, 0x1FFFFFFF};
 class Block {
   public:
     template <typename T>
-    Block &put(std::size_t offset, T value) {
+    Block &put(size_t offset, T value) {
         std::memcpy(&bytes_.at(offset), &value, sizeof value);
         return *this;
     }
-    Block &put_mac(std::size_t offset) {
+    Block &put_mac(size_t offset) {
         std::memcpy(&bytes_.at(offset), kMac, sizeof kMac);
         return *this;
     }
     /** Every word something else. The bytes of each are alike, so that the numbers in it are too on every machine. */
     Block &fill() {
-        for (std::size_t at = 0; at < bytes_.size(); ++at) {
+        for (size_t at = 0; at < bytes_.size(); ++at) {
             bytes_[at] = static_cast<uint8_t>(at / sizeof(uint32_t) + 0x11);
         }
         return *this;

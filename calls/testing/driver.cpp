@@ -2,7 +2,7 @@
 #include <cstdarg>
 #include <cstdio>
 
-#include "calls/call_trace_test_libraries.h"
+#include "calls/testing/libraries.h"
 #include "platform/device_services.h"
 #include "platform/netlink_api.h"
 

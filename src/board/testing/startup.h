@@ -68,7 +68,7 @@ inline Lines operator+(Lines first, const Lines &second) {
 }
 
 /** The first @p count lines. */
-inline Lines first_of(const Lines &lines, std::size_t count) {
+inline Lines first_of(const Lines &lines, size_t count) {
     return {lines.begin(), lines.begin() + static_cast<Lines::difference_type>(count)};
 }
 

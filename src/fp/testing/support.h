@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "fp/test_model.h"
+#include "fp/testing/model.h"
 #include "tests/support/fake_system.h"
 #include "tests/support/library_test.h"
 
@@ -32,7 +32,7 @@ inline FpEntity make_rule(uint32_t submodule_type, uint32_t entity_id, uint32_t 
 }
 
 inline void set_words(uint8_t *field, const std::vector<uint32_t> &words) {
-    for (std::size_t i = 0; i < words.size(); ++i) {
+    for (size_t i = 0; i < words.size(); ++i) {
         set_word(field + 4 * i, words[i]);
     }
 }
@@ -44,7 +44,7 @@ inline void set_condition(uint8_t *field, uint32_t type, const std::vector<uint3
         set_words(field, words);
         return;
     }
-    for (std::size_t i = 0; i < 4 * words.size(); ++i) {
+    for (size_t i = 0; i < 4 * words.size(); ++i) {
         field[i] = static_cast<uint8_t>(words[i / 4] >> (24 - 8 * (i % 4)));
     }
 }
@@ -77,7 +77,7 @@ inline FpEntity with_qualifiers(FpEntity rule, std::initializer_list<uint32_t> t
 inline FpEntity full_record(uint32_t submodule_type, uint32_t entity_id) {
     FpEntity rule = {};
     auto *bytes = reinterpret_cast<uint8_t *>(&rule);
-    for (std::size_t i = 0; i < sizeof rule; i += sizeof(uint32_t)) {
+    for (size_t i = 0; i < sizeof rule; i += sizeof(uint32_t)) {
         set_word(bytes + i, static_cast<uint32_t>(i) * 0x0507090B + 0x01020304);
     }
     rule.submodule_type = submodule_type;
@@ -187,7 +187,7 @@ class FpTest : public library_test::LibraryTest {
     }
     /** @} */
 
-    void fail_call(std::size_t k, int32_t result) {
+    void fail_call(size_t k, int32_t result) {
         driver().fail_call(k, result);
         model_.fail_call(k, result);
     }
@@ -207,11 +207,11 @@ class FpTest : public library_test::LibraryTest {
     void fail_each_call(const std::function<void()> &prepare, const std::function<void()> &operation) {
         start();
         prepare();
-        const std::size_t before = driver().count();
+        const size_t before = driver().count();
         operation();
-        const std::size_t calls = driver().count() - before;
+        const size_t calls = driver().count() - before;
         ASSERT_GT(calls, 0u);
-        for (std::size_t k = 0; k < calls; ++k) {
+        for (size_t k = 0; k < calls; ++k) {
             for (const int32_t failure : kFailures) {
                 SCOPED_TRACE("call " + std::to_string(k) + " gives " + std::to_string(failure));
                 start();
@@ -227,7 +227,7 @@ class FpTest : public library_test::LibraryTest {
     [[nodiscard]] Trace last_driver_calls() const { return driver_calls(last_trace_); }
     [[nodiscard]] const std::string &last_printed() const { return last_printed_; }
     /** The record at this place of the list. */
-    static const FpEntity &recorded(std::size_t i) { return library_test::installed_rules().at(i)->entity; }
+    static const FpEntity &recorded(size_t i) { return library_test::installed_rules().at(i)->entity; }
 
     Model &model() { return model_; }
 
@@ -236,7 +236,7 @@ class FpTest : public library_test::LibraryTest {
         const std::vector<FpListNode *> nodes = library_test::installed_rules();
         ASSERT_EQ(nodes.size(), model_.list.size());
         const adp_list_link_t *before = &acl_fp_list_head;
-        for (std::size_t i = 0; i < nodes.size(); ++i) {
+        for (size_t i = 0; i < nodes.size(); ++i) {
             EXPECT_EQ(nodes[i]->link.prev, before);
             EXPECT_TRUE(bytes_of(nodes[i]->entity) == bytes_of(model_.list[i])) << "record " << i;
             before = &nodes[i]->link;

@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-#include "core/group_test_support.h"
+#include "core/testing/group.h"
 #include "tests/support/library_test.h"
 #include "tests/support/outcome.h"
 
@@ -68,11 +68,11 @@ inline Trace releases(int32_t stg) {
 
 /** The report with LINE for the digits behind the function's name and a blank; as it stands if there are none. */
 inline std::string without_line(std::string report) {
-    const std::size_t blank = report.find(' ');
+    const size_t blank = report.find(' ');
     if (blank == std::string::npos) {
         return report;
     }
-    const std::size_t end = report.find_first_not_of("0123456789", blank + 1);
+    const size_t end = report.find_first_not_of("0123456789", blank + 1);
     if (end == std::string::npos || end == blank + 1) {
         return report;
     }
@@ -85,8 +85,8 @@ Outcome reported_by(Call call) {
     Outcome outcome = library_test::outcome_of(call);
     for (std::string *stream : {&outcome.out, &outcome.err}) {
         std::string masked;
-        for (std::size_t start = 0; start < stream->size();) {
-            const std::size_t newline = std::min(stream->find('\n', start), stream->size() - 1);
+        for (size_t start = 0; start < stream->size();) {
+            const size_t newline = std::min(stream->find('\n', start), stream->size() - 1);
             masked += without_line(stream->substr(start, newline + 1 - start));
             start = newline + 1;
         }

@@ -40,7 +40,7 @@ inline std::string on_trunk(const std::string &call, uint32_t group, const std::
 
 inline std::string record_text(int in_use, const Ports &ports) {
     std::string bytes;
-    for (std::size_t i = 0; i < ADP_AGG_MEMBER_BYTES; ++i) {
+    for (size_t i = 0; i < ADP_AGG_MEMBER_BYTES; ++i) {
         char hex[4];
         std::snprintf(hex, sizeof hex, "%s%02x", i == 0 ? "" : ":", i < ports.size() ? unsigned{ports[i]} : 0u);
         bytes += hex;
@@ -122,17 +122,17 @@ Trace calls(const Part &...part) {
 /** @} */
 
 /** Ports 4, 5, 6 ... of the interfaces 1, 2, 3 ... */
-inline Ports first_ports(std::size_t n) {
+inline Ports first_ports(size_t n) {
     Ports ports;
-    for (std::size_t i = 0; i < n; ++i) {
+    for (size_t i = 0; i < n; ++i) {
         ports.push_back(static_cast<uint8_t>(i + 1 + library_test::kPortOffset));
     }
     return ports;
 }
 
-inline Intfs first_intfs(std::size_t n) {
+inline Intfs first_intfs(size_t n) {
     Intfs intfs;
-    for (std::size_t i = 0; i < n; ++i) {
+    for (size_t i = 0; i < n; ++i) {
         intfs.push_back(static_cast<uint32_t>(i + 1));
     }
     return intfs;

@@ -1,5 +1,5 @@
 // A library that imports calls, for the call trace's test.
-#include "calls/call_trace_test_libraries.h"
+#include "calls/testing/libraries.h"
 #include "platform/device_services.h"
 #include "platform/netlink_api.h"
 
