@@ -16,7 +16,7 @@
 #include "tests/support/likely_numbers.h"
 #include "vdevice/chip/testing/recording_sink.h"
 #include "vdevice/driver/driver.h"
-#include "vdevice/remote/remote_test.h"
+#include "vdevice/remote/testing/device.h"
 
 #ifdef DOORS_SANITIZED
 #include <sanitizer/allocator_interface.h>

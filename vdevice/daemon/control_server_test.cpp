@@ -5,7 +5,7 @@
 
 #include <deque>
 
-#include "vdevice/remote/remote_test.h"
+#include "vdevice/remote/testing/device.h"
 
 namespace vdevice {
 namespace {

@@ -11,7 +11,7 @@
 #include "calls/describe.h"
 #include "tests/support/random_call.h"
 #include "vdevice/driver/codes.h"
-#include "vdevice/remote/remote_test.h"
+#include "vdevice/remote/testing/device.h"
 
 namespace vdevice::remote {
 namespace {

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "calls/describe.h"
-#include "vdevice/remote/remote_test.h"
+#include "vdevice/remote/testing/device.h"
 
 namespace vdevice::remote {
 
