@@ -303,18 +303,18 @@ adp_status_t adp_fp_delete_entity_rule_ex(FpEntity entity);
  *
  * 1. the removal of the installed rule with this key, as adp_fp_delete_entity_rule_ex(), its result ignored;
  * 2. S = user_field_entry_create_id(group, f); pair: S |= the same for f + 1;
- * 3. S |= user_field_entry_prio_set(f, prio_base + priority); pair: the same for f + 1 with its result ignored, then S
- *    = user_field_set_double_entry(f);
- * 4. for each qualifier: if it belongs on f (adp_fp_is_need_set_next_entity_id() is 0), S =
- *    user_field_set_select_tempate_idx(f, 0). Then S = the user_field_qualify_...() call of its type, on f or f + 1;
- *    for type 13 always on f, with both bitmaps translated to physical ports, and S |=. An unknown type prints
+ * 3. S |= user_field_entry_prio_set(f, prio_base + priority); pair: the same for f + 1 with its result ignored, then
+ *    S = user_field_set_double_entry(f);
+ * 4. for each qualifier: if it belongs on f (adp_fp_is_need_set_next_entity_id() is 0),
+ *    S = user_field_set_select_tempate_idx(f, 0). Then S = the user_field_qualify_...() call of its type, on f or
+ *    f + 1; for type 13 always on f, with both bitmaps translated to physical ports, and S |=. An unknown type prints
  *    "%s:[%05d] set unknow qualify type = [%d]\n" and is skipped;
  * 5. for each action: a meter action (53) first makes S |= user_field_meter_entry_set(unit, rate, index), without
  *    handle: the rate is the parameter or, when that is 0, the submodule's; the index is the second parameter, which is
  *    raised by the submodule's meter_base in the record. Types 30 and 33 write the translated port (30) or ports (33)
  *    into the parameter of action number S: of action 0 while every counted call succeeded, whichever action is being
- *    added. When S is not 0..7, nothing is written. The bitmaps of submodule 16 stay untranslated. Then S |=
- *    user_field_action_add(f, type, both parameters); pair: S |= the same for f + 1;
+ *    added. When S is not 0..7, nothing is written. The bitmaps of submodule 16 stay untranslated. Then
+ *    S |= user_field_action_add(f, type, both parameters); pair: S |= the same for f + 1;
  * 6. S |= user_field_entry_install(f); pair: S |= the same for f + 1.
  *
  * Bitmaps of interfaces become bitmaps of physical ports; interfaces that are not mapped are dropped, and all of them

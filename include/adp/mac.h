@@ -43,7 +43,7 @@ enum adp_mac_scope {
  * @param mac        MAC address
  * @param intf       user port or aggregation interface
  * @param vid        VLAN id, low 16 bits used
- * @param is_static  1 in the low byte; every other kind is refused for a static entry
+ * @param is_static  1 in the low byte for a static entry
  * @return the driver's result; without a driver call 201 for another type, -1 for a group outside 1..8
  */
 adp_status_t adp_add_mac_addr(const uint8_t mac[ADP_MAC_BYTES], adp_intf_t intf, uint32_t vid, uint32_t is_static);

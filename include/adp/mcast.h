@@ -165,7 +165,7 @@ adp_status_t adp_control_ipmc_set_enable(void);
 /**
  * Sets the IPv6 multicast forwarding mode. Driver call: User_switch_ip6mc_mode_set(0, 0, mode).
  *
- * @param mode  the driver's
+ * @param mode  passed through; on the virtual device 0 off, any other value on
  * @return the driver's result
  */
 adp_status_t adp_control_ip6mc_mode_enable(uint32_t mode);
