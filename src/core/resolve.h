@@ -100,13 +100,10 @@ template <typename... Values>
                                                            std::type_identity_t<Values>... values) {
     Intf asked = intf;
     if (kind_of(intf) != IntfKind::kUserPort) {
-        const adp_status_t refusal = check_interface(intf);
-        if (refusal != ADP_OK) {
-            return refusal;
-        }
-        asked = answering_member_of(intf);
+        asked = kind_of(intf) == IntfKind::kAggregation ? answering_member_of(intf) : kNoIntf;
         if (asked == kNoIntf) {
-            return ADP_E_NO_MEMBER;
+            const adp_status_t refusal = check_interface(intf);
+            return refusal != ADP_OK ? refusal : ADP_E_NO_MEMBER;
         }
     }
     return driver_status(call(0, 0, number(phy_of(asked)), values...));

@@ -68,11 +68,11 @@ uint32_t remove_rule(uint32_t submodule_type, uint32_t entity_id, uint32_t meter
         return 0;
     }
     const uint32_t entry = node->entity.true_entry;
-    log(kRuleLog, messages.entry, entity_id, entry);
+    log_rule(messages.entry, entity_id, entry);
     uint32_t result = destroy_meters(entry, meters);
     result |= destroy_entry(entry);
     if (adp_fp_is_double_entity_2(entry) != 0) {
-        log(kRuleLog, messages.second_entry, entity_id, entry + 1);
+        log_rule(messages.second_entry, entity_id, entry + 1);
         result |= destroy_entry(entry + 1);
     }
     unlink_and_free(node);

@@ -46,7 +46,7 @@ uint32_t true_entry_of(const FpInfo &row, uint32_t entity_id) {
     const Slice &slice = kSlices[group < kSliceCount ? group : 0];
     const uint32_t number = static_cast<uint32_t>(row.prio_base) + entity_id;
     const uint32_t entry = slice.width * number + slice.first;
-    log(kRuleLog, kTrueEntry, entity_id, row.group, row.prio_base, entry);
+    log_rule(kTrueEntry, entity_id, row.group, row.prio_base, entry);
     return entry;
 }
 

@@ -112,5 +112,5 @@ adp_status_t adp_set_port_mstp_state(int32_t stg, adp_intf_t intf, uint32_t stat
 adp_status_t adp_stg_stp_get(int32_t stg, adp_intf_t intf, uint32_t *state) {
     static constexpr Message kFailed{{"adp_stg_stp_get", __LINE__},
                                      "%s %d: get max support stg number failed. ret=%d\n"};
-    return print_if_negative(kFailed, user_stg_stp_get(0, 0, stg, number(phy_of(Intf(intf))), state));
+    return report_if_negative(kFailed, user_stg_stp_get(0, 0, stg, number(phy_of(Intf(intf))), state));
 }
