@@ -11,7 +11,7 @@ namespace adp {
 namespace {
 
 constexpr char kInterfaceKind[] = "aggregateport";
-// The event's first words are nobody's; the groups' words follow.
+// The first words of the event are unused; the words of the groups follow.
 constexpr uint32_t kFirstGroupWord = 16;
 
 constexpr char kFormat[] = "interface %s %d, changed state to %s";
@@ -21,7 +21,9 @@ constexpr char kFormat[] = "interface %s %d, changed state to %s";
 void announce_state(TrunkId trunk, bool is_up, const Place &worker, uint32_t *changed) {
     const auto group = static_cast<int>(number(trunk) + 1);
     const char *word = is_up ? "up" : "down";
-    trace(worker, kFormat, kInterfaceKind, group, word);
+    if (is_tracing()) {
+        trace(worker, kFormat, kInterfaceKind, group, word);
+    }
     Log_logging_func(kLinkLog.level, kLinkLog.module, kLinkLog.word, kFormat, kInterfaceKind, group, word);
     agg_link_status[group] = is_up ? 1 : 0;
     if (changed != nullptr) {

@@ -12,7 +12,7 @@ constexpr uint32_t kTraceBuffer = 256;  // of the place and of the text, each
 
 }  // namespace
 
-// The formats are constants; as members of a message they are no literals to the compiler.
+// The formats are constants, but as members of a message no literals to the compiler.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
 
@@ -24,21 +24,24 @@ int32_t complain(const Message &message, int32_t a) {
     return fprintf(stderr, message.format, message.place.function, message.place.line, a);
 }
 
-void log_numbers(const Channel &channel, const Message &message, int32_t a, int32_t b) {
-    log_numbers(channel, message, a, b, 0);
+int32_t report(const Message &message, int32_t result) {
+    print(message, result);
+    return result;
 }
 
-void log_numbers(const Channel &channel, const Message &message, int32_t a, int32_t b, int32_t c, int32_t d,
-                 int32_t e) {
+void log_numbers(const Message &message, int32_t a, int32_t b, int32_t c) {
+    log_numbers(message, a, b, c, 0, 0);
+}
+
+void log_numbers(const Message &message, int32_t a, int32_t b, int32_t c, int32_t d, int32_t e) {
     const auto &[place, format] = message;
-    trace(place, format, place.function, place.line, a, b, c, d, e);
-    Log_logging_func(channel.level, channel.module, channel.word, format, place.function, place.line, a, b, c, d, e);
+    if (is_tracing()) {
+        trace(place, format, place.function, place.line, a, b, c, d, e);
+    }
+    Log_logging_func(kRuleLog.level, kRuleLog.module, kRuleLog.word, format, place.function, place.line, a, b, c, d, e);
 }
 
 void trace(const Place &place, const char *format, ...) {
-    if (sys_trace_get() == 0) {
-        return;
-    }
     char name[kTraceBuffer] = {};
     char text[kTraceBuffer] = {};
     snprintf(name, sizeof name, "%s():%d", place.function, place.line);

@@ -30,47 +30,47 @@ TEST_F(Messages, NumbersThatTheFormatDoesNotAskForAreIgnored) {
 }
 
 TEST_F(Messages, OnlyANegativeResultIsPrinted) {
-    EXPECT_EQ(outcome_of([] { return adp::print_if_negative(kPlain, -5); }), (Outcome{-5, "here 12\n", ""}));
+    EXPECT_EQ(outcome_of([] { return adp::report_if_negative(kPlain, -5); }), (Outcome{-5, "here 12\n", ""}));
     for (const int32_t result : {0, 5}) {
-        EXPECT_EQ(outcome_of([=] { return adp::print_if_negative(kPlain, result); }), (Outcome{result, "", ""}));
+        EXPECT_EQ(outcome_of([=] { return adp::report_if_negative(kPlain, result); }), (Outcome{result, "", ""}));
     }
 }
 
 TEST_F(Messages, AnyResultButZeroIsPrinted) {
     for (const int32_t result : {-5, 5}) {
-        EXPECT_EQ(outcome_of([=] { return adp::print_if_failed(kPlain, result); }), (Outcome{result, "here 12\n", ""}));
+        EXPECT_EQ(outcome_of([=] { return adp::report_if_not_zero(kPlain, result); }),
+                  (Outcome{result, "here 12\n", ""}));
     }
-    EXPECT_EQ(outcome_of([] { return adp::print_if_failed(kPlain, 0); }), (Outcome{0, "", ""}));
+    EXPECT_EQ(outcome_of([] { return adp::report_if_not_zero(kPlain, 0); }), (Outcome{0, "", ""}));
 }
 
 TEST_F(Messages, LogGoesToTheLogAloneWhileTracingIsOff) {
-    adp::log(adp::kRuleLog, kMessage, 3u, 4);
+    adp::log_rule(kMessage, 3u, 4);
     EXPECT_THAT(driver().take(), ElementsAre("sys_trace_get()",
                                              "Log_logging_func(level=7, module=18, word=\"ACL\", "
                                              "format=\"%s:[%05d] %d %d\\n\", text=\"here:[00012] 3 4\\n\")"));
 }
 
-TEST_F(Messages, NothingIsTracedWhileTracingIsOff) {
-    adp::trace({"here", 12}, "%s", "text");
-    EXPECT_THAT(driver().take(), ElementsAre("sys_trace_get()"));
+TEST_F(Messages, TracingIsAskedOfTheDevice) {
+    EXPECT_FALSE(adp::is_tracing());
+    driver().on("sys_trace_get").returns(1);
+    EXPECT_TRUE(adp::is_tracing());
 }
 
 TEST_F(Messages, ALineOfTheTraceHas255CharactersAtMost) {
-    driver().on("sys_trace_get").returns(1);
     for (const size_t length : {254u, 255u, 256u, 600u}) {
         const std::string text(length, 'x');
         adp::trace({text.c_str(), 7}, "%s", text.c_str());
         const std::string place = (text + "():7").substr(0, kLongestTrace);
-        EXPECT_THAT(driver().take(),
-                    ElementsAre("sys_trace_get()", "sys_trace_add_log(prefix=\"" + place + "\", message=\"" +
-                                                       text.substr(0, kLongestTrace) + "\")"));
+        EXPECT_THAT(driver().take(), ElementsAre("sys_trace_add_log(prefix=\"" + place + "\", message=\"" +
+                                                 text.substr(0, kLongestTrace) + "\")"));
     }
 }
 
 TEST_F(Messages, TheLogItselfIsNotCut) {
     driver().on("sys_trace_get").returns(1);
     const std::string name(300, 'n');
-    adp::log(adp::kRuleLog, Message{{name.c_str(), 12}, "%s:[%05d] %d"}, 34);
+    adp::log_rule(Message{{name.c_str(), 12}, "%s:[%05d] %d"}, 34);
     EXPECT_THAT(driver().take(),
                 ElementsAre("sys_trace_get()",
                             "sys_trace_add_log(prefix=\"" + name.substr(0, kLongestTrace) + "\", message=\"" +

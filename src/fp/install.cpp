@@ -37,7 +37,7 @@ constexpr Message kDone{{kFunction, 1283}, "%s:[%05d] install ret=[%d] entry=[%d
 constexpr Message kUnknownQualifier{{kFunction, 1135}, "%s:[%05d] set unknow qualify type = [%d]\n"};
 constexpr Message kNoMemory{{kFunction, 1295}, "%s:[%05d] malloc failed!~\n"};
 
-/** Its callers hand over bitmaps that are physical already. */
+/** Its bitmaps hold physical ports already. */
 constexpr uint32_t kUntranslatedSubmodule = 16;
 
 class Installation {
@@ -57,7 +57,7 @@ class Installation {
     uint8_t *param_of_status();
     void install();
 
-    /** The two ways in which a call's result enters the status. Which one a step takes decides what the caller sees. */
+    // Contract: some results replace the status, some are added to it. The caller sees which.
     void replace_status(int32_t result) { status_ = result; }
     void add_status(int32_t result) { status_ |= result; }
 
@@ -73,8 +73,8 @@ class Installation {
 adp_status_t Installation::run() {
     entry_ = true_entry_of(row_, rule_.entity_id);
     rule_.true_entry = entry_;
-    log(kRuleLog, kEntry, rule_.entity_id, entry_);
-    log(kRuleLog, kIsDouble, is_double_ ? 1 : 0);
+    log_rule(kEntry, rule_.entity_id, entry_);
+    log_rule(kIsDouble, is_double_ ? 1 : 0);
     remove_replaced_rule(rule_);
     create();
     set_priority();
@@ -89,12 +89,12 @@ adp_status_t Installation::run() {
 }
 
 void Installation::create() {
-    log(kRuleLog, kCreate, rule_.unit, row_.group, entry_);
+    log_rule(kCreate, rule_.unit, row_.group, entry_);
     replace_status(user_field_entry_create_id(fp_handle, rule_.unit, row_.group, entry_));
     if (is_double_) {
         add_status(user_field_entry_create_id(fp_handle, rule_.unit, row_.group, second()));
     }
-    log(kRuleLog, kCreated, entry_, status_);
+    log_rule(kCreated, entry_, status_);
 }
 
 void Installation::set_priority() {
@@ -103,9 +103,9 @@ void Installation::set_priority() {
     if (is_double_) {
         user_field_entry_prio_set(fp_handle, rule_.unit, second(), priority);
         replace_status(user_field_set_double_entry(fp_handle, rule_.unit, entry_));
-        log(kRuleLog, kPaired, status_, entry_, second());
+        log_rule(kPaired, status_, entry_, second());
     }
-    log(kRuleLog, kPrioritySet, entry_, priority, status_);
+    log_rule(kPrioritySet, entry_, priority, status_);
 }
 
 void Installation::add_qualifier(int32_t i) {
@@ -116,7 +116,7 @@ void Installation::add_qualifier(int32_t i) {
         target = entry_;
         replace_status(user_field_set_select_tempate_idx(fp_handle, rule_.unit, entry_, 0));
     }
-    log(kRuleLog, kQualify, i, condition.type, status_);
+    log_rule(kQualify, i, condition.type, status_);
     if (qualifier == nullptr) {
         print(kUnknownQualifier, static_cast<int32_t>(condition.type));
         return;
@@ -127,12 +127,12 @@ void Installation::add_qualifier(int32_t i) {
     } else {
         replace_status(result);
     }
-    log(kRuleLog, {{kFunction, qualifier->log_line}, qualifier->log_format}, i, status_, target);
+    log_rule({{kFunction, qualifier->log_line}, qualifier->log_format}, i, status_, target);
 }
 
 void Installation::add_action(int32_t i) {
     FpAction &action = rule_.actions[i];
-    log(kRuleLog, kAct, status_, entry_, i, rule_.action_num, action.type);
+    log_rule(kAct, status_, entry_, i, rule_.action_num, action.type);
     switch (action.type) {
         case ADP_FP_ACTION_METER:
             set_meter(action);
@@ -146,11 +146,11 @@ void Installation::add_action(int32_t i) {
         default:
             break;
     }
-    log(kRuleLog, kAddAction, status_, entry_, action.type);
+    log_rule(kAddAction, status_, entry_, action.type);
     add_status(user_field_action_add(fp_handle, rule_.unit, entry_, action.type, action.param, action.param2));
     if (is_double_) {
         add_status(user_field_action_add(fp_handle, rule_.unit, second(), action.type, action.param, action.param2));
-        log(kRuleLog, kActionAdded, status_, entry_, second());
+        log_rule(kActionAdded, status_, entry_, second());
     }
 }
 
@@ -162,7 +162,7 @@ void Installation::set_meter(FpAction &action) {
     add_status(user_field_meter_entry_set(rule_.unit, rate, meter));
 }
 
-/** Translations go to the action that the status numbers: the first one as long as nothing failed. Null for others. */
+// Contract: a translation is written to the action whose number is the status: the first one while nothing failed.
 uint8_t *Installation::param_of_status() {
     const auto number = static_cast<uint32_t>(status_);
     return number < ADP_FP_ACTIONS ? rule_.actions[number].param : nullptr;
@@ -173,7 +173,7 @@ void Installation::translate_port(const FpAction &action) {
     if (uint8_t *param = param_of_status(); param != nullptr) {
         store_word(param, static_cast<uint32_t>(port));
     }
-    log(kRuleLog, kPort, load_word(action.param), port);
+    log_rule(kPort, load_word(action.param), port);
 }
 
 void Installation::translate_ports(const FpAction &action) {
@@ -187,14 +187,14 @@ void Installation::translate_ports(const FpAction &action) {
 }
 
 void Installation::install() {
-    log(kRuleLog, kInstall, status_);
+    log_rule(kInstall, status_);
     add_status(user_field_entry_install(fp_handle, rule_.unit, entry_));
-    log(kRuleLog, kInstalled, status_, entry_, entry_);
+    log_rule(kInstalled, status_, entry_, entry_);
     if (is_double_) {
         add_status(user_field_entry_install(fp_handle, rule_.unit, second()));
-        log(kRuleLog, kSecondInstalled, status_, entry_, second());
+        log_rule(kSecondInstalled, status_, entry_, second());
     }
-    log(kRuleLog, kDone, status_, rule_.entity_id, entry_);
+    log_rule(kDone, status_, rule_.entity_id, entry_);
 }
 
 constexpr bool has_room_for(const FpEntity &rule) {
@@ -204,7 +204,7 @@ constexpr bool has_room_for(const FpEntity &rule) {
 }  // namespace
 
 adp_status_t install_rule(FpEntity &rule) {
-    log(kRuleLog, kBegin);
+    log_rule(kBegin);
     const FpInfo *row = adp_fp_find_data_by_submodetype(rule.submodule_type);
     if (row == nullptr || row->group == 0) {
         return ADP_E_SELECTOR;

@@ -12,13 +12,13 @@ adp_list_link_t acl_fp_list_head = {&acl_fp_list_head, &acl_fp_list_head};
 namespace adp {
 namespace {
 
-// What the links of a node that has left the list hold, so that a use after that is recognised.
+// The links of a freed node, so that a later use is recognised.
 constexpr uintptr_t kPoisonNext = 0x00100100;
 constexpr uintptr_t kPoisonPrev = 0x00200200;
 
 constexpr Message kInitFailed{{"adp_fp_init", 428}, "%s:[%05d]  error funtion ret=%d \n"};
 
-/** The log lines of a removal, which name the exported call that was made. */
+/** The log lines of a removal; they name the exported call. */
 struct RemovalLog {
     Message entry;
     Message second_entry;
@@ -41,7 +41,7 @@ void unlink_and_free(FpListNode *node) {
     link.prev->next = link.next;
     link.next = reinterpret_cast<adp_list_link_t *>(kPoisonNext);
     link.prev = reinterpret_cast<adp_list_link_t *>(kPoisonPrev);
-    // Without this the compiler leaves out stores to memory that is about to be freed.
+    // Without this the compiler drops stores to memory that is about to be freed.
     asm volatile("" : : "r"(node) : "memory");
     free(node);
 }
@@ -61,18 +61,18 @@ uint32_t destroy_meters(uint32_t entry, uint32_t count) {
     return result;
 }
 
-/** @p meters says how often the rule's meter is destroyed. */
+/** Destroys the meter of the rule @p meters times. */
 uint32_t remove_rule(uint32_t submodule_type, uint32_t entity_id, uint32_t meters, const RemovalLog &messages) {
     FpListNode *node = adp_fp_find_list_node_by_entity(submodule_type, entity_id);
     if (node == nullptr) {
         return 0;
     }
     const uint32_t entry = node->entity.true_entry;
-    log(kRuleLog, messages.entry, entity_id, entry);
+    log_rule(messages.entry, entity_id, entry);
     uint32_t result = destroy_meters(entry, meters);
     result |= destroy_entry(entry);
     if (adp_fp_is_double_entity_2(entry) != 0) {
-        log(kRuleLog, messages.second_entry, entity_id, entry + 1);
+        log_rule(messages.second_entry, entity_id, entry + 1);
         result |= destroy_entry(entry + 1);
     }
     unlink_and_free(node);

@@ -22,21 +22,21 @@ using namespace adp;
 int32_t adp_fp_get_statistics(int32_t counter_idx, int32_t type) {
     int32_t count = 0;
     user_field_get_statistics(fp_handle, kFieldUnit, counter_idx, type, &count);
-    log(kRuleLog, kRead, counter_idx, type, count);
+    log_rule(kRead, counter_idx, type, count);
     return count;
 }
 
 adp_status_t adp_fp_clear_statistics(uint32_t, uint32_t, int32_t counter_idx, int32_t type) {
     const int32_t result = user_field_clear_statistics(fp_handle, kFieldUnit, counter_idx, type);
-    log(kRuleLog, kCleared, counter_idx, type);
+    log_rule(kCleared, counter_idx, type);
     return result;
 }
 
 adp_status_t adp_fp_lookupMissAct_set(int32_t intf, uint32_t miss_action) {
     const Intf missed{static_cast<uint32_t>(intf)};
     const int32_t result = user_field_lookupMissAct_set(fp_handle, kFieldUnit, number(phy_of(missed)), miss_action);
-    // The line shows the port as the map has it now, which need not be what the driver was given.
-    log(kRuleLog, kMissAction, kFieldUnit, intf, number(phy_of(missed)), miss_action);
+    // Contract: the port is looked up again for the log; the map may have changed since the driver call.
+    log_rule(kMissAction, kFieldUnit, intf, number(phy_of(missed)), miss_action);
     return result;
 }
 

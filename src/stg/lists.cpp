@@ -1,4 +1,5 @@
-// What the chip has: counts, which are partly answered with constants, and lists of groups and their VLANs.
+// Counts and lists of spanning-tree groups and their VLANs. Contract: some counts are constants, whatever the driver
+// returns.
 #include <adp/stg.h>
 #include <netlink_api.h>
 
@@ -12,12 +13,12 @@ constexpr uint32_t kVlanChunk = 1024;
 constexpr int32_t kMaxGroups = 64;
 constexpr int32_t kMaxVlans = ADP_VLANS;
 
-/** The last chunk that is asked for: where the last one is full, one that holds nothing follows it. */
+/** The last chunk to read. Contract: after a full chunk an empty one is read. */
 constexpr int32_t last_chunk(int32_t count, uint32_t chunk) {
     return count / static_cast<int32_t>(chunk);
 }
 
-/** Whether the chip has the group, among the first @p count ones. */
+/** Whether the group is among the first @p count of the chip. */
 bool has_group(int32_t stg, int32_t count) {
     int32_t groups[kMaxGroups + kGroupChunk] = {};
     for (int32_t chunk = 0; chunk <= last_chunk(count, kGroupChunk); ++chunk) {
@@ -32,7 +33,7 @@ bool has_group(int32_t stg, int32_t count) {
     return false;
 }
 
-/** Each chunk is handed to the caller before the next is asked for. */
+/** Each chunk is copied to the caller before the next is read. */
 void read_vlans(int32_t stg, int32_t count, uint16_t *vlans) {
     for (int32_t chunk = 0; chunk <= last_chunk(count, kVlanChunk); ++chunk) {
         uint16_t read[kVlanChunk] = {};
@@ -44,7 +45,7 @@ void read_vlans(int32_t stg, int32_t count, uint16_t *vlans) {
     }
 }
 
-/** Asks for a count that nobody uses: only whether it can be had matters. */
+/** Reads a count for its result alone. */
 [[gnu::noinline]] int32_t unused_count_of(int32_t (*get)(uint32_t, uint32_t, uint32_t *)) {
     uint32_t count = 0;
     return get(0, 0, &count);
@@ -58,41 +59,44 @@ using namespace adp;
 adp_status_t adp_get_max_support_stg(uint32_t *count) {
     static constexpr Message kFailed{{"adp_get_max_support_stg", __LINE__},
                                      "%s %d: get max support stg number failed\n"};
-    const int32_t result = print_if_negative(kFailed, unused_count_of(user_stg_max_support_count_get));
-    if (result >= 0) {
-        *count = ADP_STG_SUPPORTED;
+    const int32_t result = unused_count_of(user_stg_max_support_count_get);
+    if (result < 0) {
+        return report(kFailed, result);
     }
+    *count = ADP_STG_SUPPORTED;
     return result;
 }
 
 adp_status_t adp_get_l2_cache_size(uint32_t *size) {
     static constexpr Message kFailed{{"adp_get_l2_cache_size", __LINE__}, "%s %d: get l2 cache size failed. ret=%d\n"};
-    const int32_t result = print_if_failed(kFailed, unused_count_of(user_l2_cache_size_get));
-    if (result == 0) {
-        *size = ADP_L2_CACHE_SIZE;
+    const int32_t result = unused_count_of(user_l2_cache_size_get);
+    if (result != 0) {
+        return report(kFailed, result);
     }
-    return result;
+    *size = ADP_L2_CACHE_SIZE;
+    return ADP_OK;
 }
 
 adp_status_t adp_stg_default_get(uint32_t *stg) {
     static constexpr Message kFailed{{"adp_stg_default_get", __LINE__}, "%s %d: stg vlan list failed. ret=%d\n"};
-    const int32_t result = print_if_failed(kFailed, user_stg_default_get(0, 0, stg));
-    if (result == 0) {
-        *stg = 0;  // Contract: the default group is 0, whatever the driver says.
+    const int32_t result = user_stg_default_get(0, 0, stg);
+    if (result != 0) {
+        return report(kFailed, result);
     }
-    return result;
+    *stg = 0;
+    return ADP_OK;
 }
 
 int32_t adp_get_max_stg() {
     static constexpr Message kFailed{{"adp_get_max_stg", __LINE__}, "%s %d fail.ret=%d\n"};
     uint32_t count = 0;
-    const int32_t result = print_if_negative(kFailed, user_stg_stg_count_get(0, 0, &count));
-    return result < 0 ? result : static_cast<int32_t>(count);
+    const int32_t result = user_stg_stg_count_get(0, 0, &count);
+    return result < 0 ? report(kFailed, result) : static_cast<int32_t>(count);
 }
 
 adp_status_t adp_get_stg_each_time_list(int32_t *ids, uint32_t chunk_index, uint32_t chunk_size) {
     static constexpr Message kFailed{{"adp_get_stg_each_time_list", __LINE__}, "%s %d fail.ret=%d\n"};
-    return print_if_negative(kFailed, user_stg_each_time_list(0, 0, ids, chunk_index, chunk_size));
+    return report_if_negative(kFailed, user_stg_each_time_list(0, 0, ids, chunk_index, chunk_size));
 }
 
 adp_status_t adp_get_stg_vlan_each_time_list(int32_t stg, uint16_t *vlans, uint32_t chunk_index, uint32_t chunk_size) {
@@ -115,7 +119,7 @@ int32_t adp_get_stg_max_vlan(int32_t stg) {
     return static_cast<int32_t>(count);
 }
 
-// A negative number of VLANs is a failure that is handed on; it asks for the first chunk all the same.
+// Contract: a negative count is returned, after the first chunk is read.
 int32_t adp_get_stg_vlan_list(int32_t stg, uint16_t vlans[ADP_VLANS]) {
     static constexpr Message kNoCount{{"adp_get_stg_vlan_list", __LINE__},
                                       "%s %d: get STG count failed! STG count=%d\n"};
@@ -137,22 +141,22 @@ int32_t adp_get_stg_vlan_list(int32_t stg, uint16_t vlans[ADP_VLANS]) {
 
 adp_status_t adp_stg_vlan_list(int32_t stg, adp_word_t *list, int32_t *count) {
     static constexpr Message kFailed{{"adp_stg_vlan_list", __LINE__}, "%s %d: stg vlan list failed. ret=%d\n"};
-    return print_if_failed(kFailed, user_stg_vlan_list(0, 0, stg, list, count));
+    return report_if_not_zero(kFailed, user_stg_vlan_list(0, 0, stg, list, count));
 }
 
 adp_status_t adp_stg_vlan_list_destroy(adp_word_t list, int32_t count) {
     static constexpr Message kFailed{{"adp_stg_vlan_list_destroy", __LINE__},
                                      "%s %d: stg vlan list destroy failed. ret=%d\n"};
-    return print_if_failed(kFailed, user_stg_vlan_list_destroy(0, 0, list, count));
+    return report_if_not_zero(kFailed, user_stg_vlan_list_destroy(0, 0, list, count));
 }
 
 adp_status_t adp_stg_list(adp_word_t *list, int32_t *count) {
     static constexpr Message kFailed{{"adp_stg_list", __LINE__}, "%s %d: stg vlan list destroy failed. ret=%d\n"};
-    return print_if_failed(kFailed, user_stg_list(0, 0, list, count));
+    return report_if_not_zero(kFailed, user_stg_list(0, 0, list, count));
 }
 
 adp_status_t adp_stg_list_destroy(adp_word_t list, int32_t count) {
     static constexpr Message kFailed{{"adp_stg_list_destroy", __LINE__},
                                      "%s %d: stg vlan list destroy failed. ret=%d\n"};
-    return print_if_failed(kFailed, user_stg_list_destroy(0, 0, list, count));
+    return report_if_not_zero(kFailed, user_stg_list_destroy(0, 0, list, count));
 }

@@ -23,5 +23,5 @@ adp_status_t adp_set_port_erps_state(adp_intf_t intf, uint32_t state) {
 adp_status_t adp_get_port_erps_state(adp_intf_t intf, uint32_t *state) {
     static constexpr Message kFailed{{"adp_get_port_erps_state", __LINE__},
                                      "%s %d: get max support stg number failed. ret=%d\n"};
-    return print_if_negative(kFailed, user_stg_stp_get(0, 0, kRingGroup, number(phy_of(Intf(intf))), state));
+    return report_if_negative(kFailed, user_stg_stp_get(0, 0, kRingGroup, number(phy_of(Intf(intf))), state));
 }
