@@ -28,21 +28,17 @@ def host_interface(port):
 
 
 class Device:
-    """A device that is switched on. Its cables' far ends, host1 .. hostN, wait in its namespace to be taken away.
+    """A device that is switched on. Its cables' far ends, host1 .. hostN, wait in its namespace to be taken away."""
 
-    In a namespace that is given it uses the cables that are there, and leaves them and the namespace behind.
-    """
-
-    def __init__(self, build, user_ports=26, name="device", namespace=None):
+    def __init__(self, build, user_ports=26, name="device"):
         self.name = name
         self.user_ports = user_ports
         self._build = build
         self._daemon = None
         self.run_dir = tempfile.mkdtemp(prefix="vdevice-")
         try:
-            self._has_own_namespace = namespace is None
-            self.namespace = namespace or NetNamespace(name)
-            self._start(*(["--create-interfaces"] if self._has_own_namespace else []))
+            self.namespace = NetNamespace(name)
+            self._start("--create-interfaces")
             self.cpu = Nic(self.namespace, CPU_INTERFACE)
         except BaseException:
             self.close()
@@ -125,7 +121,7 @@ class Device:
             stop(self._daemon)
         if hasattr(self, "cpu"):
             self.cpu.close()
-        if hasattr(self, "namespace") and self._has_own_namespace:
+        if hasattr(self, "namespace"):
             self.namespace.close()
         shutil.rmtree(self.run_dir, ignore_errors=True)
 

@@ -1,4 +1,4 @@
-"""Who runs on which core, and how much of it he has used."""
+"""Which process runs on which core, and the processor time that it has used."""
 
 import contextlib
 import os
@@ -10,18 +10,18 @@ NANOSECONDS = 1e9
 
 
 class Cores:
-    """One core for the switch, another for the stream of frames."""
+    """One core for the device, another one for the sender."""
 
     def __init__(self):
         cores = sorted(os.sched_getaffinity(0))
         if len(cores) < 2:
-            raise BenchError("The stream of frames needs a core beside the switch's, and there is only one.")
-        self.stream, self.switch = cores[0], cores[-1]
+            raise BenchError("This benchmark needs two cores, one for the device and one for the sender.")
+        self.sender, self.device = cores[0], cores[-1]
 
     @staticmethod
     @contextlib.contextmanager
     def starting_on(core):
-        """Processes that are started meanwhile stay on the core."""
+        """Processes that are started inside stay on the core."""
         before = os.sched_getaffinity(0)
         os.sched_setaffinity(0, {core})
         try:
@@ -31,7 +31,7 @@ class Cores:
 
 
 def seconds_of(pids):
-    """Seconds of a core that these processes' threads have used. A thread that has ended meanwhile is not counted."""
+    """Processor seconds of all threads of these processes. Threads that have ended are not counted."""
     total = 0
     for pid in pids:
         for thread in pathlib.Path(f"/proc/{pid}/task").iterdir():
@@ -40,8 +40,8 @@ def seconds_of(pids):
     return total / NANOSECONDS
 
 
-def helper_of(core):
-    """[process id] of the kernel's thread that takes over when there are more frames than fit between two tasks."""
+def softirq_threads(core):
+    """[process id] of the core's ksoftirqd, the kernel's thread that handles frames when there are many."""
     for folder in pathlib.Path("/proc").glob("[0-9]*"):
         with contextlib.suppress(FileNotFoundError, ProcessLookupError):
             if (folder / "comm").read_text(encoding="ascii").strip() == f"ksoftirqd/{core}":
