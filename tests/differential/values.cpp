@@ -1,10 +1,11 @@
-#include "tests/differential/plausible.h"
+// Random values by the kind and the name of what they are for.
+#include "tests/differential/values.h"
 
 #include <algorithm>
 #include <cstring>
-#include <map>
+#include <iterator>
 
-namespace lives {
+namespace differential {
 
 using calls::CallId;
 using calls::Element;
@@ -88,61 +89,62 @@ uint32_t up_to(Random &random, uint32_t most) {
 
 using Give = uint32_t (*)(Random &);
 
-/** By the parameter's name; what is not listed is any number. */
-const std::map<std::string_view, Give> &givers() {
-    static const std::map<std::string_view, Give> table = {
-        {"intf", any_interface},
-        {"source", any_interface},
-        {"destination", any_interface},
-        {"agg_intf",
-         [](Random &random) { return random.one_in(8) ? any_interface(random) : 0x10000000u | (1 + random.below(3)); }},
-        {"subject", any_interface},
-        {"selector", [](Random &random) { return up_to(random, 15); }},
-        {"mode", [](Random &random) { return up_to(random, 5); }},
-        {"dev_id", [](Random &random) { return random.below(4); }},
-        {"group", [](Random &random) { return up_to(random, 9); }},
-        {"stg", group_number},
-        {"vlan", vlan_id},
-        {"vid", vlan_id},
-        {"word0", bitmap_word},
-        {"word1", [](Random &random) { return random.one_in(3) ? bitmap_word(random) : 0; }},
-        {"code", [](Random &random) { return random.one_in(6) ? any_number(random) : random.below(18); }},
-        {"submodule_type", [](Random &random) { return random.one_in(6) ? up_to(random, 45) : 1 + random.below(4); }},
-        {"entity_id", [](Random &random) { return random.one_in(8) ? any_number(random) : random.below(5); }},
-        {"rule_id", [](Random &random) { return random.one_in(8) ? any_number(random) : random.below(5); }},
-        {"action_type", [](Random &random) { return random.one_in(3) ? 53u : random.below(60); }},
-        {"qualify_type", [](Random &random) { return random.one_in(3) ? 332u : random.below(62); }},
-        {"true_entry", [](Random &random) { return 1020 + random.below(520); }},
-        {"n", [](Random &random) { return random.one_in(3) ? random.below(70) : 26u; }},
-        {"index", [](Random &random) { return random.one_in(12) ? any_number(random) : random.below(28); }},
-        {"phy",
-         [](Random &random) {
-             constexpr uint32_t kOdd[] = {0xFFFFFFFF, 57, 63, 64, 255, 256, 300, 0x80000000};
-             return random.one_in(10) ? random.one_of(kOdd) : random.below(60);
-         }},
-        {"port", [](Random &random) { return random.one_in(10) ? any_number(random) : random.below(32); }},
-        {"count", [](Random &random) { return random.one_in(4) ? random.below(14) : random.below(5); }},
-        {"max", [](Random &random) { return random.one_in(3) ? random.below(12) : 26u; }},
-        {"chunk_size", [](Random &random) { return random.below(70); }},
-        {"chunk_index", [](Random &random) { return random.below(4); }},
-        {"kind", [](Random &random) { return up_to(random, 2); }},
-        {"scope", [](Random &random) { return up_to(random, 3); }},
-        {"session", [](Random &random) { return up_to(random, 5); }},
-        {"pin", [](Random &random) { return up_to(random, 33); }},
-        {"authorised", [](Random &random) { return random.one_in(6) ? any_number(random) : random.below(2); }},
-        {"is_up", [](Random &random) { return random.below(2); }},
-        {"opcode", [](Random &random) { return up_to(random, 9); }},
-        {"check", [](Random &random) { return random.below(3); }},
-        {"unit", [](Random &random) { return random.one_in(4) ? any_number(random) : 0u; }},
-    };
-    return table;
-}
+/** Numbers by the parameter's name. A name that is not listed gets any number. */
+constexpr struct {
+    std::string_view name;
+    Give give;
+} kNumbers[] = {
+    {"intf", any_interface},
+    {"source", any_interface},
+    {"destination", any_interface},
+    {"agg_intf",
+     [](Random &random) { return random.one_in(8) ? any_interface(random) : 0x10000000u | (1 + random.below(3)); }},
+    {"subject", any_interface},
+    {"selector", [](Random &random) { return up_to(random, 15); }},
+    {"mode", [](Random &random) { return up_to(random, 5); }},
+    {"dev_id", [](Random &random) { return random.below(4); }},
+    {"group", [](Random &random) { return up_to(random, 9); }},
+    {"stg", group_number},
+    {"vlan", vlan_id},
+    {"vid", vlan_id},
+    {"word0", bitmap_word},
+    {"word1", [](Random &random) { return random.one_in(3) ? bitmap_word(random) : 0; }},
+    {"code", [](Random &random) { return random.one_in(6) ? any_number(random) : random.below(18); }},
+    {"submodule_type", [](Random &random) { return random.one_in(6) ? up_to(random, 45) : 1 + random.below(4); }},
+    {"entity_id", [](Random &random) { return random.one_in(8) ? any_number(random) : random.below(5); }},
+    {"rule_id", [](Random &random) { return random.one_in(8) ? any_number(random) : random.below(5); }},
+    {"action_type", [](Random &random) { return random.one_in(3) ? 53u : random.below(60); }},
+    {"qualify_type", [](Random &random) { return random.one_in(3) ? 332u : random.below(62); }},
+    {"true_entry", [](Random &random) { return 1020 + random.below(520); }},
+    {"n", [](Random &random) { return random.one_in(3) ? random.below(70) : 26u; }},
+    {"index", [](Random &random) { return random.one_in(12) ? any_number(random) : random.below(28); }},
+    {"phy",
+     [](Random &random) {
+         constexpr uint32_t kOdd[] = {0xFFFFFFFF, 57, 63, 64, 255, 256, 300, 0x80000000};
+         return random.one_in(10) ? random.one_of(kOdd) : random.below(60);
+     }},
+    {"port", [](Random &random) { return random.one_in(10) ? any_number(random) : random.below(32); }},
+    {"count", [](Random &random) { return random.one_in(4) ? random.below(14) : random.below(5); }},
+    {"max", [](Random &random) { return random.one_in(3) ? random.below(12) : 26u; }},
+    {"chunk_size", [](Random &random) { return random.below(70); }},
+    {"chunk_index", [](Random &random) { return random.below(4); }},
+    {"kind", [](Random &random) { return up_to(random, 2); }},
+    {"scope", [](Random &random) { return up_to(random, 3); }},
+    {"session", [](Random &random) { return up_to(random, 5); }},
+    {"pin", [](Random &random) { return up_to(random, 33); }},
+    {"authorised", [](Random &random) { return random.one_in(6) ? any_number(random) : random.below(2); }},
+    {"is_up", [](Random &random) { return random.below(2); }},
+    {"opcode", [](Random &random) { return up_to(random, 9); }},
+    {"check", [](Random &random) { return random.below(3); }},
+    {"unit", [](Random &random) { return random.one_in(4) ? any_number(random) : 0u; }},
+};
 
 }  // namespace
 
 uint32_t number_for(Random &random, std::string_view name) {
-    const auto found = givers().find(name);
-    return found == givers().end() ? any_number(random) : found->second(random);
+    const auto *const found =
+        std::find_if(std::begin(kNumbers), std::end(kNumbers), [name](const auto &row) { return row.name == name; });
+    return found == std::end(kNumbers) ? any_number(random) : found->give(random);
 }
 
 namespace {
@@ -235,4 +237,4 @@ void fill_output(Random &random, CallId id, const Param &param, void *to, size_t
     }
 }
 
-}  // namespace lives
+}  // namespace differential

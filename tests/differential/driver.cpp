@@ -1,4 +1,5 @@
-#include "tests/differential/chip.h"
+// Answers that depend on the seed, the number of the call and its name alone.
+#include "tests/differential/driver.h"
 
 #include <pthread.h>
 
@@ -9,22 +10,22 @@
 #include "calls/describe.h"
 #include "calls/stub.h"
 #include "platform/device_services.h"
-#include "tests/differential/plausible.h"
+#include "tests/differential/values.h"
 #include "tests/support/trace_text.h"
 
-namespace lives {
+namespace differential {
 
 using calls::Call;
 using calls::CallId;
 using calls::Param;
 
-Chip &chip() {
-    static Chip instance;
+Driver &driver() {
+    static Driver instance;
     return instance;
 }
 
-void Chip::start(uint64_t seed) {
-    constexpr uint32_t kMoods = 32;
+void Driver::start(uint64_t seed) {
+    constexpr uint32_t kChoices = 32;
     constexpr uint32_t kEarlyCall = 4;
     constexpr uint32_t kLateCall = 60;
     Random random(seed);
@@ -32,45 +33,45 @@ void Chip::start(uint64_t seed) {
     count_ = 0;
     notes_.clear();
     lines_.clear();
-    switch (random.below(kMoods)) {
+    switch (random.below(kChoices)) {
         case 0:
         case 1:
         case 2:
         case 3:
-            mood_ = Mood::kFailsOnce;
+            answers_ = Answers::kFailOnce;
             failing_ = random.below(kEarlyCall);
             break;
         case 4:
-            mood_ = Mood::kFailsOnce;
+            answers_ = Answers::kFailOnce;
             failing_ = random.below(kLateCall);
             break;
         case 5:
-            mood_ = Mood::kFailsOften;
+            answers_ = Answers::kFailOften;
             break;
         case 6:
-            mood_ = Mood::kFailsAlways;
+            answers_ = Answers::kFailAlways;
             break;
         case 7:
-            mood_ = Mood::kSilent;
+            answers_ = Answers::kWriteNothing;
             break;
         default:
-            mood_ = Mood::kWilling;
+            answers_ = Answers::kSucceed;
     }
 }
 
-void Chip::add(const void *data, size_t size) {
+void Driver::add(const void *data, size_t size) {
     const auto *bytes = static_cast<const uint8_t *>(data);
     notes_.insert(notes_.end(), bytes, bytes + size);
 }
 
-void Chip::note(std::string_view line) {
+void Driver::note(std::string_view line) {
     add(line.data(), line.size());
     if (describes_) {
         lines_.emplace_back(line);
     }
 }
 
-void Chip::note_arguments(CallId id, const void *const *arguments) {
+void Driver::note_arguments(CallId id, const void *const *arguments) {
     const Call &call = calls::call(id);
     add(&id, sizeof id);
     for (size_t index = 0; index < call.params.size(); ++index) {
@@ -94,16 +95,16 @@ void Chip::note_arguments(CallId id, const void *const *arguments) {
     }
 }
 
-int32_t Chip::failure(Random &random) {
+int32_t Driver::failure(Random &random) {
     constexpr uint32_t kOften = 3;
     const uint32_t number = count_++;
-    const bool fails = mood_ == Mood::kFailsAlways || (mood_ == Mood::kFailsOnce && number == failing_) ||
-                       (mood_ == Mood::kFailsOften && random.one_in(kOften));
+    const bool fails = answers_ == Answers::kFailAlways || (answers_ == Answers::kFailOnce && number == failing_) ||
+                       (answers_ == Answers::kFailOften && random.one_in(kOften));
     constexpr int32_t kResults[] = {-1, -1, -1, -2, -7, 1, 5, 102, INT32_MIN, INT32_MAX};
     return fails ? random.one_of(kResults) : 0;
 }
 
-int64_t Chip::result_of(CallId id, Random &random, const void *const *arguments) {
+int64_t Driver::result_of(CallId id, Random &random, const void *const *arguments) {
     const int32_t failing = failure(random);
     switch (id) {
         case CallId::sys_trace_get:
@@ -124,11 +125,11 @@ int64_t Chip::result_of(CallId id, Random &random, const void *const *arguments)
     }
 }
 
-void Chip::write_outputs(CallId id, Random &random, const void *const *arguments) {
+void Driver::write_outputs(CallId id, Random &random, const void *const *arguments) {
     const Call &call = calls::call(id);
     for (size_t index = 0; index < call.params.size(); ++index) {
         const Param &param = call.params[index];
-        if (!param.is_written() || mood_ == Mood::kSilent) {
+        if (!param.is_written() || answers_ == Answers::kWriteNothing) {
             continue;
         }
         if (void *to = *static_cast<void *const *>(arguments[index])) {
@@ -137,7 +138,7 @@ void Chip::write_outputs(CallId id, Random &random, const void *const *arguments
     }
 }
 
-int64_t Chip::answer(CallId id, const void *const *arguments) {
+int64_t Driver::answer(CallId id, const void *const *arguments) {
     Random random(seed_ + (uint64_t{count_} << 16) + static_cast<uint64_t>(id));
     note_arguments(id, arguments);
     std::string line = describes_ ? trace_text::describe_call(id, arguments) : "";
@@ -152,7 +153,7 @@ int64_t Chip::answer(CallId id, const void *const *arguments) {
     return result;
 }
 
-int32_t Chip::answer_log(int32_t level, int32_t module, const char *word, const char *format, const char *text) {
+int32_t Driver::answer_log(int32_t level, int32_t module, const char *word, const char *format, const char *text) {
     ++count_;
     add(&level, sizeof level);
     add(&module, sizeof module);
@@ -165,17 +166,17 @@ int32_t Chip::answer_log(int32_t level, int32_t module, const char *word, const 
     return 0;
 }
 
-int32_t Chip::answer_event(const std::string &text) {
+int32_t Driver::answer_event(const std::string &text) {
     constexpr int32_t kResults[] = {0, 0, 5, -1};
     Random random(seed_ + (uint64_t{count_++} << 16));
     note(text);
     return random.one_of(kResults);
 }
 
-}  // namespace lives
+}  // namespace differential
 
 int64_t calls::forward_call(CallId id, const void *const *arguments) {
-    return lives::chip().answer(id, arguments);
+    return differential::driver().answer(id, arguments);
 }
 
 extern "C" {
@@ -190,7 +191,7 @@ __attribute__((format(printf, 4, 5))) int32_t Log_logging_func(int32_t level, in
     va_start(values, format);
     std::vsnprintf(text, sizeof text, format, values);
     va_end(values);
-    return lives::chip().answer_log(level, module, word, format, text);
+    return differential::driver().answer_log(level, module, word, format, text);
 }
 
 }  // extern "C"

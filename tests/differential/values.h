@@ -1,6 +1,6 @@
 /**
- * @file plausible.h
- * Values as callers and drivers give them: mostly small, now and then at an edge, sometimes anything.
+ * @file values.h
+ * Random values as callers and drivers give them: mostly small, sometimes at a limit, sometimes any number.
  */
 #pragma once
 
@@ -11,16 +11,16 @@
 #include "calls/call_table.h"
 #include "tests/differential/random.h"
 
-namespace lives {
+namespace differential {
 
 /** Any 32-bit number, small ones preferred. */
 uint32_t any_number(Random &random);
-/** An interface number: user ports, groups 0..9, edges, foreign types. */
+/** An interface number: user ports, groups 0 to 9, limits, other types. */
 uint32_t any_interface(Random &random);
-/** A number for a parameter of this name. */
+/** A number for a parameter with this name. */
 uint32_t number_for(Random &random, std::string_view name);
 
-/** What a driver call writes. */
+/** Fills @p count elements of an output of a driver call. */
 void fill_output(Random &random, calls::CallId id, const calls::Param &param, void *to, size_t count);
 
-}  // namespace lives
+}  // namespace differential

@@ -1,7 +1,7 @@
 /**
- * @file chip.h
- * The driver and the services of a life: every imported call is answered from the call's seed and noted, so that the
- * library and the model get the same answers as long as they ask the same.
+ * @file driver.h
+ * The driver and the services behind a sequence: every imported call is answered from the step's seed and noted, so the
+ * library and the model get the same answers as long as they make the same calls.
  */
 #pragma once
 
@@ -13,32 +13,33 @@
 #include "calls/call_table.h"
 #include "tests/differential/random.h"
 
-namespace lives {
+namespace differential {
 
-class Chip {
+class Driver {
   public:
-    /** Answers from now on are those of this seed; the notes start anew. */
+    /** Begins a step: its answers depend on this seed, and the notes are empty. */
     void start(uint64_t seed);
-    /** Whether calls are also written down as text, which is slow. */
+    /** Whether calls are also described in text, which is slow. */
     void describe(bool on) { describes_ = on; }
 
     int64_t answer(calls::CallId id, const void *const *arguments);
-    /** The logger, whose arguments are already text. */
+    /** The logger, with its text already formatted. */
     int32_t answer_log(int32_t level, int32_t module, const char *word, const char *format, const char *text);
-    /** A handler that was registered with the library is called. */
+    /** A callback that was registered with the library is called. */
     int32_t answer_event(const std::string &text);
-    /** A system call, which the fake system answers. */
+    /** Notes a system call, which the fake system answers. */
     void note(std::string_view line);
 
-    /** Calls since the start. */
+    /** Calls in this step. */
     [[nodiscard]] uint32_t count() const { return count_; }
-    /** What was asked, as bytes that only compare. */
+    /** The calls with their inputs, as bytes to compare. */
     [[nodiscard]] const std::vector<uint8_t> &notes() const { return notes_; }
-    /** The same as text, if it was wanted. */
+    /** The calls as text, if describe() has asked for it. */
     [[nodiscard]] const std::vector<std::string> &lines() const { return lines_; }
 
   private:
-    enum class Mood { kWilling, kFailsOnce, kFailsOften, kFailsAlways, kSilent };
+    /** How the calls of a step end. */
+    enum class Answers { kSucceed, kFailOnce, kFailOften, kFailAlways, kWriteNothing };
 
     [[nodiscard]] int32_t failure(Random &random);
     void add(const void *data, size_t size);
@@ -48,14 +49,14 @@ class Chip {
 
     uint64_t seed_ = 0;
     uint32_t count_ = 0;
-    Mood mood_ = Mood::kWilling;
+    Answers answers_ = Answers::kSucceed;
     uint32_t failing_ = 0;
     bool describes_ = false;
     std::vector<uint8_t> notes_;
     std::vector<std::string> lines_;
 };
 
-/** The chip behind the imported calls of this program. */
-Chip &chip();
+/** The driver behind the imported calls of this program. */
+Driver &driver();
 
-}  // namespace lives
+}  // namespace differential
