@@ -1,5 +1,5 @@
 // Every exported function with each of its calls failing in turn, as the rows say what must happen then.
-#include "tests/fault_injection/sweep.h"
+#include "tests/fault_injection/report.h"
 
 #include <gtest/gtest.h>
 
@@ -8,17 +8,17 @@
 #include "calls/call_table.h"
 #include "tools/adpsh/table.h"
 
-namespace fault {
+namespace fault_injection {
 namespace {
 
-/** More would only hide the first. */
+/** More would hide the first ones. */
 constexpr size_t kComplaintsShown = 20;
 
 Counts all;
 
 void print(const std::string &what, const Counts &counts) {
     std::printf(
-        "%s: %zu functions swept in %zu rows, %zu runs; failed: %zu driver and service calls, %zu system calls, "
+        "%s: %zu functions in %zu rows, %zu runs; failed: %zu driver and service calls, %zu system calls, "
         "%zu allocations; in %zu runs every driver call\n",
         what.c_str(), counts.functions.size(), counts.rows, counts.runs, counts.failed_calls,
         counts.failed_system_calls, counts.failed_allocations, counts.runs_without_driver);
@@ -38,7 +38,7 @@ class EveryFailingCall : public testing::TestWithParam<std::string> {
 };
 
 TEST_P(EveryFailingCall, IsHandledAsItsRowSays) {
-    const Report report = sweep(read_family(GetParam()));
+    const Report report = inject_failures(read_family(GetParam()));
     print(GetParam(), report.counts);
     all += report.counts;
     EXPECT_EQ(report.complaints.size(), 0U);
@@ -47,10 +47,10 @@ TEST_P(EveryFailingCall, IsHandledAsItsRowSays) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Fault, EveryFailingCall, testing::ValuesIn(family_names()),
+INSTANTIATE_TEST_SUITE_P(FaultInjection, EveryFailingCall, testing::ValuesIn(family_names()),
                          [](const auto &family) { return family.param; });
 
-TEST(SweepRows, NameEveryExportedFunctionAndNoOther) {
+TEST(Rows, NameEveryExportedFunctionAndNoOther) {
     std::set<std::string> rows;
     for (const std::string &name : family_names()) {
         for (const Row &row : read_family(name).rows) {
@@ -64,7 +64,7 @@ TEST(SweepRows, NameEveryExportedFunctionAndNoOther) {
     }
 }
 
-TEST(SweepRows, MakeEveryImportedCallFail) {
+TEST(Rows, MakeEveryImportedCallFail) {
     std::set<std::string> failing;
     for (const std::string &name : family_names()) {
         const std::set<std::string> calls = calls_that_fail(read_family(name));
@@ -79,4 +79,4 @@ TEST(SweepRows, MakeEveryImportedCallFail) {
 }
 
 }  // namespace
-}  // namespace fault
+}  // namespace fault_injection

@@ -1,26 +1,28 @@
-// Compares every run with what its row says.
-#include "tests/fault_injection/sweep.h"
+// Compares every run with its row.
+#include "tests/fault_injection/trial.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <stdexcept>
+#include <map>
+#include <optional>
+#include <set>
 
 #include "calls/call_table.h"
 #include "tests/fault_injection/plan.h"
+#include "tests/fault_injection/plan_reader.h"
 #include "tests/fault_injection/run.h"
 #include "tests/fault_injection/state.h"
-#include "tests/support/silence.h"
 
-namespace fault {
+namespace fault_injection {
 namespace {
 
 constexpr std::string_view kAllocation = "memory";
-/** Their texts tell results. */
+/** Their texts contain results, so they differ from run to run. */
 constexpr std::string_view kLoggers[] = {"Log_logging_func", "sys_trace_add_log"};
 constexpr int32_t kNegative = -9;
 constexpr int32_t kPositive = 77;
 
-/** What a call's failure is: the driver's calls give two results, so that rules for negative ones show. */
+/** The failures of a call. Driver calls fail with a negative and with a positive result, which rules can tell apart. */
 std::vector<Failure> failures_of(const Item &item, size_t driver_calls, size_t same_name) {
     if (item.name == kAllocation) {
         return {{Failure::What::kAllocation, same_name, "", 0, false}};
@@ -30,7 +32,7 @@ std::vector<Failure> failures_of(const Item &item, size_t driver_calls, size_t s
     }
     std::set<int32_t> values{failing_result(item.name, kNegative), failing_result(item.name, kPositive)};
     if (item.name == "onu_mac2str") {
-        values = {0};  // a null text is its only failure
+        values = {0};  // its only failure is a null text
     }
     std::vector<Failure> failures;
     for (const int32_t value : values) {
@@ -46,7 +48,7 @@ std::string without_result(const std::string &line) {
     return line.substr(0, line.find(" -> "));
 }
 
-/** Whether the argument, or a field of one, stands in the line with this value. */
+/** Whether the line shows the argument, or a field of one, with this value. */
 bool shows(const std::string &line, const Assignment &argument) {
     const std::string text = argument.target + "=" + argument.value;
     for (size_t at = line.find(text); at != std::string::npos; at = line.find(text, at + 1)) {
@@ -59,7 +61,7 @@ bool shows(const std::string &line, const Assignment &argument) {
     return false;
 }
 
-/** Whether a line of the trace is the call, with the arguments that the plan names. */
+/** Whether a line of the trace is this call, with the arguments that the plan names. */
 bool is_call(const std::string &line, const ExpectedCall &call) {
     return line.substr(0, line.find('(')) == call.item->name &&
            std::all_of(call.arguments().begin(), call.arguments().end(),
@@ -155,7 +157,7 @@ class Trial {
         }
     }
 
-    /** The calls must be the expected ones, and those that the undisturbed run makes too must be made alike. */
+    /** The calls must be the expected ones, with the arguments of the undisturbed run if it makes them too. */
     void compare_calls(const Expected &expected, const Observed &observed) {
         size_t line = 0;
         for (const ExpectedCall &call : expected.calls) {
@@ -207,7 +209,7 @@ class Trial {
         }
     }
 
-    /** Most runs of a row write the same, so what the last one was compared with is kept. */
+    /** Most runs of a row write the same, so the memory of the last comparison is kept. */
     const Memory &memory_after(const std::vector<Assignment> &writes) {
         if (!memory_ || writes != written_) {
             memory_ = memory_with(row_, state_, writes);
@@ -250,7 +252,9 @@ class Trial {
     std::optional<Memory> memory_;
 };
 
-void sweep_row(const Family &family, const Row &row, Report &report) {
+}  // namespace
+
+void run_row(const Family &family, const Row &row, Report &report) {
     size_t states_run = 0;
     for (const State &state : states()) {
         Trial trial(family, row, state, report);
@@ -268,43 +272,4 @@ void sweep_row(const Family &family, const Row &row, Report &report) {
     report.counts.functions.insert(row.function);
 }
 
-}  // namespace
-
-Counts &Counts::operator+=(const Counts &more) {
-    functions.insert(more.functions.begin(), more.functions.end());
-    rows += more.rows;
-    runs += more.runs;
-    runs_without_driver += more.runs_without_driver;
-    failed_calls += more.failed_calls;
-    failed_system_calls += more.failed_system_calls;
-    failed_allocations += more.failed_allocations;
-    return *this;
-}
-
-Report sweep(const Family &family) {
-    Report report;
-    const silence::Silence silence;
-    for (const Row &row : family.rows) {
-        try {
-            sweep_row(family, row, report);
-        } catch (const std::exception &error) {
-            report.complaints.push_back(row.where + ": " + error.what());
-        }
-    }
-    return report;
-}
-
-std::set<std::string> calls_that_fail(const Family &family) {
-    std::set<std::string> names;
-    for (const Row &row : family.rows) {
-        for (const State &state : states()) {
-            const auto plan = plan_of(family, row, state);
-            for (const Item *item : plan ? failing_calls(*plan) : std::vector<const Item *>()) {
-                names.insert(item->name);
-            }
-        }
-    }
-    return names;
-}
-
-}  // namespace fault
+}  // namespace fault_injection
