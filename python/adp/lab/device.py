@@ -28,7 +28,8 @@ def host_interface(port):
 
 
 class Device:
-    """A device that is switched on. Its cables' far ends, host1 .. hostN, wait in its namespace to be taken away."""
+    """A device that is switched on. The far ends of its cables are host1 .. hostN in its namespace, from where hosts take
+    them."""
 
     def __init__(self, build, user_ports=26, name="device"):
         self.name = name
@@ -60,7 +61,7 @@ class Device:
 
     @property
     def control_program(self):
-        """Path of the vdevctl that goes with the device."""
+        """Path of the vdevctl of the device's build."""
         return self._build.folder.relative_to(ROOT) / "vdevctl"
 
     def control(self, *words):
@@ -72,7 +73,7 @@ class Device:
         return json.loads(done.stdout) if done.stdout.strip() else None
 
     def ask(self, command):
-        """What the device answers to a command without arguments at this very moment, not when a vdevctl has started."""
+        """The device's answer to a command without arguments, without the delay of starting vdevctl."""
         with socket.socket(socket.AF_UNIX) as connection:
             connection.settimeout(CONTROL_SECONDS)
             connection.connect(os.path.join(self.run_dir, "control"))
@@ -90,7 +91,7 @@ class Device:
         poll_until(lambda: self.links() == wanted, seconds, f"A link on exactly the ports {sorted(wanted)}")
 
     def pause(self):
-        """Stops the daemon in its tracks; only a crash can follow."""
+        """Stops the daemon with SIGSTOP. Only crash() can follow."""
         self._daemon.send_signal(signal.SIGSTOP)
 
     def crash(self):
@@ -104,11 +105,11 @@ class Device:
 
     @property
     def pid(self):
-        """Process id of the daemon, another one after each restart."""
+        """Process id of the daemon, which changes with each restart."""
         return self._daemon.pid
 
     def end(self):
-        """Switches the device off in good order; gives the daemon's exit status."""
+        """Switches the device off; gives the daemon's exit status."""
         return stop(self._daemon)
 
     def restart(self):
@@ -137,6 +138,6 @@ class Device:
             raise LabError(f"vdeviced said {line!r} instead of {READY_LINE!r}. {self.errors()}")
 
     def errors(self):
-        """What the daemon has complained of."""
+        """What the daemon has written on standard error."""
         with open(os.path.join(self.run_dir, "vdeviced.err"), encoding="utf-8", errors="replace") as errors:
             return errors.read().strip()
