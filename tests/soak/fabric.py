@@ -100,7 +100,7 @@ class Fabric:
         after = [device.ask(command) for command in KEPT_COMMANDS]
         for earlier, later in zip(map(self._own, before), map(self._own, after), strict=True):
             if earlier != later:
-                raise LabError(f"The {device.name} has lost settings when its program was killed: {earlier}, then {later}.")
+                raise LabError(f"The {device.name} has lost settings with its program: {earlier}, then {later}.")
         self.build(side)
 
     @staticmethod
@@ -121,7 +121,7 @@ class Fabric:
             self.plug(side, 0)
             return any(line.startswith(f"port {port} ") for line in self.programs[side].said())
 
-        poll_until(hears, LINK_SECONDS, f"A report of a moved cable by the program on the {self.device(side).name}", SCAN_PAUSE)
+        poll_until(hears, LINK_SECONDS, f"A line about a moved cable on the {self.device(side).name}", SCAN_PAUSE)
 
     def end_program(self, side):
         """Ends the program. It may complain that the device has lost its settings, but it must not crash."""

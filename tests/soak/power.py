@@ -53,4 +53,4 @@ class Power:
         with self._changed:
             earlier = [moment for moment in self._under_way if moment < self.moment]
             if not self._changed.wait_for(lambda: not any(self._under_way[at] for at in earlier), CALL_SECONDS):
-                raise LabError(f"Calls did not come back within {CALL_SECONDS:g} seconds after the device was switched off.")
+                raise LabError(f"Calls did not return within {CALL_SECONDS:g} seconds after the device was off.")

@@ -20,10 +20,10 @@ HANG_SECONDS = 240
 
 
 def parse(words):
-    parser = argparse.ArgumentParser(prog="script/soak", description="Two virtual devices under full traffic, with disturbances.")
+    parser = argparse.ArgumentParser(prog="script/soak", description="Two virtual devices under full traffic.")
     parser.add_argument("seconds", nargs="?", type=int, default=600, help="duration, by default ten minutes")
     parser.add_argument("--seed", type=int, default=None, help="of a run to be repeated")
-    parser.add_argument("--rate", type=int, default=1000, help="frames per second of each host, by default 1000; 0: as many as it can")
+    parser.add_argument("--rate", type=int, default=1000, help="frames per second of each host; 0: as many as it can")
     parser.add_argument("--builds", default="host", help="builds of the managers, in turn; for example host,mips")
     parser.add_argument("--device", default="host", help="build of the devices")
     options = parser.parse_args(words)

@@ -82,7 +82,7 @@ class Setting:
 
 
 class Register(Setting):
-    """Numbers that are read back as they were set. `choose` makes some. The power-on values are those of the first read."""
+    """Numbers that are read back as they were set, made by `choose`. The first read gives the power-on values."""
 
     def __init__(self, name, write, read, outputs, choose, lost=(CALL_LOST, CALL_LOST)):
         super().__init__(name, None)

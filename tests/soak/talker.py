@@ -45,8 +45,8 @@ class Here:
 
 class Talker:
     """`number` and `mac` are those of the host, `vid` is the VLAN that it receives, 0 for none. It sends to `partners`,
-    {number: MAC}, in the VLANs `speaks`, and receives from all of them if it has a VLAN. `rate` is in frames per second,
-    0 for as many as it can.
+    {number: MAC}, in the VLANs `speaks`, and receives from all of them if it has a VLAN. `rate` is in frames per
+    second, 0 for as many as it can.
     """
 
     def __init__(self, nic, settings):

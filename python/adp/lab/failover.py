@@ -86,9 +86,7 @@ class FourCables:
         self.traffic.settle()
 
     def change(self, verb, number):
-        """Pulls or plugs the far end of a cable while frames flow; they flow until both programs have handled it, and for
-        a moment longer.
-        """
+        """Pulls or plugs the far end of a cable. Frames flow until both programs have handled it, and a moment longer."""
         self.traffic.run_for(AROUND_SECONDS)
         before, begin = self.traffic.numbers(), time.monotonic()
         hand = threading.Thread(target=self.pair.far.device.control, args=(verb, CABLES[number][1]))
