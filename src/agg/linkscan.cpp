@@ -25,22 +25,23 @@ Intf find_group_with(PhyPort port) {
 }  // namespace
 }  // namespace adp
 
+using namespace adp;
+
 adp_status_t adp_agg_linkscan_handle(adp_intf_t intf, uint32_t is_up, uint32_t *changed) {
-    using namespace adp;
     const Intf agg = find_group_with(phy_of(Intf(intf)));
     if (agg == kNoIntf) {
         return ADP_OK;
     }
     const auto worker = is_up != 0 ? hal_add_agg_member_ex : hal_del_agg_member_ex;
-    const adp_status_t result = worker(TrunkId(agg), 1, &intf, Commit::kNo, changed);
-    const Intf manager = manage_intf_of(agg);
+    const adp_status_t result = worker(trunk_of(agg), 1, &intf, Commit::kNo, changed);
+    const Intf manager = manager_of(agg);
     if (is_up == 0) {
         if (manager == Intf(intf)) {
             elect_manage_intf(agg);
         }
-    } else if (intf < manager.value()) {
+    } else if (intf < number(manager)) {
         // No interface is below an empty slot's 0: a link-up never fills it.
-        SET_AGG_MANAGE_INTF(agg.value(), intf);
+        SET_AGG_MANAGE_INTF(number(agg), intf);
     }
     return result;
 }

@@ -34,34 +34,15 @@ enum class Members { kActive, kConfigured };
  */
 MemberList members_of(Intf agg, Members which);
 
-/** Applies step(member) to the non-empty ones of the first @p slots slots and stops at the first failure, its result.
- */
-int32_t until_first_failure_in_slots(const MemberList &members, uint32_t slots, MemberStep step);
+/** Applies the step to the members in the slots that are visited, empty ones left out, until one fails: its result. */
+int32_t first_failure(const MemberList &members, MemberStep step);
 
-/**
- * Applies step(member) to the non-empty ones of the first count slots, empty ones counted, and stops at the first
- * failure with the step's own result.
- */
-int32_t until_first_failure_own_result(const MemberList &members, MemberStep step);
-
-/** The same walk over the members of a group that exists, as physical ports. */
-int32_t until_first_failure_own_result(Intf agg, Members which, PortStep step);
+/** The same for the members of a group that exists, as physical ports. */
+int32_t first_failure(Intf agg, Members which, PortStep step);
 
 /** The status of calls that report any driver failure as ADP_E_DRIVER. */
 constexpr adp_status_t driver_status(int32_t result) {
     return result == 0 ? ADP_OK : ADP_E_DRIVER;
 }
-
-/** The same walks, which answer a failure with ADP_E_DRIVER. */
-inline adp_status_t until_first_failure(const MemberList &members, MemberStep step) {
-    return driver_status(until_first_failure_own_result(members, step));
-}
-adp_status_t until_first_failure(Intf agg, Members which, PortStep step);
-
-/**
- * Applies step(port) to all non-empty ones of a group's members, whatever they answer; gives the last one's result, and
- * @p none when there is none.
- */
-int32_t every_member_last_result(Intf agg, Members which, int32_t none, PortStep step);
 
 }  // namespace adp

@@ -1,8 +1,8 @@
 // The qualifiers: which driver call each type is, what it takes, and on which half of a double-wide rule it belongs.
 #pragma once
 
+#include "core/messages.h"
 #include "fp/entry.h"
-#include "fp/log.h"
 
 namespace adp {
 

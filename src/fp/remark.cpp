@@ -118,21 +118,23 @@ adp_status_t install_remark(const RemarkRule &rule, adp_status_t check) {
 }  // namespace
 }  // namespace adp
 
+using namespace adp;
+
 adp_status_t adp_add_remark_rule(RemarkRule *rule) {
     if (rule == nullptr) {
         return ADP_E_SELECTOR;
     }
-    adp::shift_to_interfaces(rule->port_bitmap);
-    if (fp_find_data_by_submodetype(adp::kRemarkSubmodule) == nullptr) {
+    shift_to_interfaces(rule->port_bitmap);
+    if (fp_find_data_by_submodetype(kRemarkSubmodule) == nullptr) {
         return ADP_E_REMARK_NO_SUBMODULE;
     }
     if (rule->rule_form != ADP_REMARK_FORM_PORTS && rule->rule_form != ADP_REMARK_FORM_FIELD) {
         return ADP_E_SELECTOR;
     }
-    return adp::install_remark(*rule, adp::check_kind(rule->remark_kind));
+    return install_remark(*rule, check_kind(rule->remark_kind));
 }
 
 adp_status_t adp_del_remark_rule(uint32_t rule_id) {
-    const uint32_t entity = adp::entity_of_rule(adp::low16(rule_id));
-    return adp_fp_delete_entity_rule(adp::kRemarkSubmodule, entity, 0) < 0 ? ADP_E_DRIVER : ADP_OK;
+    const uint32_t entity = entity_of_rule(low16(rule_id));
+    return adp_fp_delete_entity_rule(kRemarkSubmodule, entity, 0) < 0 ? ADP_E_DRIVER : ADP_OK;
 }

@@ -17,7 +17,7 @@ struct MacKey {
 
 /** The trunk id as the driver takes it: plain arithmetic, also for a group that there is not. */
 constexpr int32_t get_chip_tgid(Intf agg) {
-    return static_cast<int32_t>(TrunkId(agg).value());
+    return driver_number(trunk_of(agg));
 }
 
 }  // namespace adp

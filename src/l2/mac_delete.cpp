@@ -93,52 +93,55 @@ adp_status_t delete_by(const DeletesByMode &deletes, uint32_t mode, const uint8_
 }
 
 [[gnu::noinline]] adp_status_t delete_by_port(PhyPort port, uint32_t mode) {
-    return delete_by(kByPort, mode, kNoMac, kNoVlan, port.value());
+    return delete_by(kByPort, mode, kNoMac, kNoVlan, number(port));
 }
 
 }  // namespace
 }  // namespace adp
 
-using adp::Intf;
-using adp::IntfKind;
-using adp::PhyPort;
+using namespace adp;
 
 adp_status_t adp_del_mac_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t vid, uint32_t, adp_word_t last) {
-    return adp::delete_entry(user_mac_addr_delete, mac, vid, last);
+    return delete_entry(user_mac_addr_delete, mac, vid, last);
 }
 
 adp_status_t adp_del_mac_mcast_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t vid, uint32_t, adp_word_t last) {
-    return adp::delete_entry(user_mac_mcast_addr_delete, mac, vid, last);
+    return delete_entry(user_mac_mcast_addr_delete, mac, vid, last);
 }
 
 adp_status_t adp_del_mac_by_lrntype(uint32_t type) {
-    return user_l2_addr_del_all_addr_by_lrntype(0, 0, adp::low8(type));
+    return user_l2_addr_del_all_addr_by_lrntype(0, 0, low8(type));
 }
 
 adp_status_t adp_del_mac_addr_by_vlan(uint32_t vid, uint32_t mode) {
-    return adp::delete_by(adp::kByVlan, mode, adp::kNoMac, vid, adp::kNoPort);
+    return delete_by(kByVlan, mode, kNoMac, vid, kNoPort);
 }
 
 adp_status_t adp_del_mac_addr_by_mac(const uint8_t mac[ADP_MAC_BYTES], uint32_t mode) {
-    return adp::delete_by(adp::kByMac, mode, mac, adp::kNoVlan, adp::kNoPort);
+    return delete_by(kByMac, mode, mac, kNoVlan, kNoPort);
 }
 
+// Contract: every member is deleted from, whatever the driver says; the last result is the call's.
 adp_status_t adp_del_mac_addr_by_intf(adp_intf_t intf, uint32_t mode) {
-    return adp::by_kind(
-        Intf(intf), [=](PhyPort port) { return adp::delete_by_port(port, mode); },
+    return by_kind(
+        Intf(intf), [=](PhyPort port) { return delete_by_port(port, mode); },
         [=](Intf agg) {
-            return adp::every_member_last_result(agg, adp::Members::kActive, ADP_FAIL,
-                                                 [=](PhyPort port) { return adp::delete_by_port(port, mode); });
+            int32_t last = ADP_FAIL;
+            first_failure(agg, Members::kActive, [&](PhyPort port) {
+                last = delete_by_port(port, mode);
+                return 0;
+            });
+            return last;
         });
 }
 
-// A group is not looked up here, its trunk id is enough: so it is not checked either.
+// Contract: the trunk id of a group is enough, so a group outside 1..8 is not refused.
 adp_status_t adp_del_mac_addr_by_vlan_intf(uint32_t vid, adp_intf_t intf, uint32_t mode) {
-    switch (Intf(intf).kind()) {
+    switch (kind_of(Intf(intf))) {
         case IntfKind::kUserPort:
-            return adp::delete_by(adp::kByVlanPort, mode, adp::kNoMac, vid, adp::phy_of(Intf(intf)).value());
+            return delete_by(kByVlanPort, mode, kNoMac, vid, number(phy_of(Intf(intf))));
         case IntfKind::kAggregation:
-            return adp::delete_by(adp::kByVlanTrunk, mode, adp::kNoMac, vid, adp::get_chip_tgid(Intf(intf)));
+            return delete_by(kByVlanTrunk, mode, kNoMac, vid, get_chip_tgid(Intf(intf)));
         default:
             return ADP_E_INTF_TYPE;
     }
@@ -146,17 +149,16 @@ adp_status_t adp_del_mac_addr_by_vlan_intf(uint32_t vid, adp_intf_t intf, uint32
 
 adp_status_t adp_del_mac_addr_by_intf_mac(adp_intf_t intf, const uint8_t mac[ADP_MAC_BYTES], uint32_t mode,
                                           adp_word_t last) {
-    return adp::by_kind(
-        Intf(intf),
-        [=](PhyPort port) { return adp::delete_by(adp::kByMacPort, mode, mac, adp::kNoVlan, port.value(), last); },
+    return by_kind(
+        Intf(intf), [=](PhyPort port) { return delete_by(kByMacPort, mode, mac, kNoVlan, number(port), last); },
         [](Intf) { return ADP_FAIL; });
 }
 
 adp_status_t adp_del_mac_addr_by_trunkid_mac_vlan(adp_intf_t intf, const uint8_t mac[ADP_MAC_BYTES], uint32_t mode,
                                                   uint32_t vid) {
-    return adp::delete_by(adp::kByTrunkMacVlan, mode, mac, vid, adp::phy_of(Intf(intf)).value());
+    return delete_by(kByTrunkMacVlan, mode, mac, vid, number(phy_of(Intf(intf))));
 }
 
 adp_status_t adp_del_port_violate_mac_addr_by_intf(adp_intf_t intf) {
-    return user_mac_violate_del_by_port(adp::phy_of(Intf(intf)).value());
+    return user_mac_violate_del_by_port(number(phy_of(Intf(intf))));
 }

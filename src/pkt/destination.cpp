@@ -43,19 +43,19 @@ struct VlanFilter {
     bool passes(Intf intf) const { return !given || members.has(intf); }
 };
 
-[[gnu::always_inline]] inline Intf intf_of_node(const adp_list_link_t *node) {
+inline Intf intf_of_node(const adp_list_link_t *node) {
     return Intf(reinterpret_cast<const adp_tx_dest_t *>(node)->intf);
 }
 
 // The user port that stands for a destination: itself, or the management interface; 0 when there is none.
 uint32_t number_standing_for(Intf intf) {
-    switch (intf.kind()) {
+    switch (kind_of(intf)) {
         case IntfKind::kUserPort:
-            return intf.value();
+            return number(intf);
         case IntfKind::kAggregation:
-            return manage_intf_of(intf).value();
+            return number(manager_of(intf));
         default:
-            return kNoIntf.value();
+            return number(kNoIntf);
     }
 }
 
@@ -68,16 +68,16 @@ bool aim_at_last(const adp_list_link_t *list, const VlanFilter &vlan, Intf passe
         if (intf == passed_over) {
             continue;
         }
-        if (!intf.has_known_kind()) {
+        if (!has_known_kind(intf)) {
             return false;
         }
-        if (intf.index() == 0) {
+        if (index_of(intf) == 0) {
             continue;
         }
         if (!vlan.passes(intf)) {
             return false;
         }
-        const Intf port(number_standing_for(intf));
+        const Intf port{number_standing_for(intf)};
         if (port != kNoIntf) {
             tag->aim_at(phy_of(port));
         }
@@ -90,7 +90,7 @@ bool add_if_reachable(Intf intf, const VlanFilter &vlan, TxTag *tag) {
     if (!vlan.passes(intf)) {
         return false;
     }
-    const Intf port(number_standing_for(intf));
+    const Intf port{number_standing_for(intf)};
     return port != kNoIntf && tag->add(phy_of(port));
 }
 
@@ -108,12 +108,12 @@ bool add_listed(const adp_list_link_t *list, const VlanFilter &vlan, Intf source
 // Without a VLAN the aggregation interfaces take no part: their members are flooded as user ports.
 bool add_flooded(const VlanFilter &vlan, Intf source, TxTag *tag) {
     bool added = false;
-    for (Intf port(1); port.index() <= ADP_USER_PORTS; port = Intf(port.value() + 1)) {
+    for (Intf port{1}; index_of(port) <= ADP_USER_PORTS; port = Intf(number(port) + 1)) {
         if (port != source && vlan.passes(port)) {
             added |= tag->add(phy_of(port));
         }
     }
-    for (Intf agg(ADP_AGG_INTF(1)); vlan.given && agg.index() <= ADP_AGG_GROUPS; agg = Intf(agg.value() + 1)) {
+    for (Intf agg{ADP_AGG_INTF(1)}; vlan.given && index_of(agg) <= ADP_AGG_GROUPS; agg = Intf(number(agg) + 1)) {
         if (agg != source) {
             added |= add_if_reachable(agg, vlan, tag);
         }

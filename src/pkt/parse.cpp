@@ -165,17 +165,18 @@ bool parse(const Frame &frame, adp_rx_frame_t *desc) {
 }  // namespace
 }  // namespace adp
 
+using namespace adp;
+
 adp_status_t __adp_receive_frame(adp_rx_frame_t *desc, int32_t check) {
-    using namespace adp;
     const uint32_t length = low16(desc->length);
     if (length < kRxTaggedHeaderLength) {
         return ADP_FAIL;
     }
     const PhyPort port = ingress_port_of(desc->frame);
-    desc->phy = port.value();
+    desc->phy = number(port);
     const Intf user_port = intf_of(port);
     const Intf group = agg_of(user_port);
-    desc->intf = (group == kNoIntf ? user_port : group).value();
+    desc->intf = number(group == kNoIntf ? user_port : group);
     if (check == 1 && !passes_vlan_check(*desc, length)) {
         return ADP_FAIL;
     }

@@ -21,16 +21,18 @@ void strip_rx_tag(uint8_t *frame, uint32_t length) {
 
 }  // namespace adp
 
+using namespace adp;
+
 adp_status_t adp_receive_frame(uint8_t *frame, uint8_t **out_frame, uint32_t length, uint16_t *out_length,
                                uint8_t *out_flag, adp_intf_t *out_intf) {
-    const uint32_t used = adp::low16(length);
-    if (frame == nullptr || used < adp::kRxTaggedHeaderLength) {
+    const uint32_t used = low16(length);
+    if (frame == nullptr || used < kRxTaggedHeaderLength) {
         return ADP_FAIL;
     }
     *out_frame = frame;
-    *out_intf = adp::intf_of(adp::ingress_port_of(frame)).value();
-    adp::strip_rx_tag(frame, used);
-    *out_length = static_cast<uint16_t>(used - adp::kRxTagLength);
+    *out_intf = number(intf_of(ingress_port_of(frame)));
+    strip_rx_tag(frame, used);
+    *out_length = static_cast<uint16_t>(used - kRxTagLength);
     *out_flag = 0;
     return ADP_OK;
 }

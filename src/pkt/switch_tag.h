@@ -66,7 +66,7 @@ class TxTag {
     constexpr uint32_t destination() const { return kTxDestination.get(first_); }
 
     /** Replaces the destination by one port; only the field's low bits of the number have room. */
-    constexpr void aim_at(PhyPort port) { first_ = kTxDestination.put(first_, static_cast<uint32_t>(port.value())); }
+    constexpr void aim_at(PhyPort port) { first_ = kTxDestination.put(first_, static_cast<uint32_t>(number(port))); }
 
     /** Takes all ports out of the bitmap. */
     constexpr void clear_ports() {
@@ -81,14 +81,14 @@ class TxTag {
 
     /** Adds a port to the bitmap; false for a port that has no bit in it. */
     constexpr bool add(PhyPort port) {
-        const int32_t number = port.value();
-        if (number < 0 || number > kLastTaggedPort) {
+        const int32_t n = number(port);
+        if (n < 0 || n > kLastTaggedPort) {
             return false;
         }
-        if (number < kFirstHighPort) {
-            first_ |= 1u << number;
+        if (n < kFirstHighPort) {
+            first_ |= 1u << n;
         } else {
-            second_ |= 1u << (number - kFirstHighPort);
+            second_ |= 1u << (n - kFirstHighPort);
         }
         return true;
     }

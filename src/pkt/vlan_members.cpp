@@ -25,9 +25,11 @@ bool VlanMembers::fetch(uint32_t vid) {
 
 }  // namespace adp
 
+using namespace adp;
+
 adp_status_t check_port_vlan_ability(adp_intf_t intf, int32_t vid) {
-    adp::VlanMembers vlan;
-    const adp::Intf member(intf);
-    const bool is_member = vlan.fetch(static_cast<uint32_t>(vid)) && member.has_known_kind() && vlan.has(member);
+    VlanMembers vlan;
+    const Intf member{intf};
+    const bool is_member = vlan.fetch(static_cast<uint32_t>(vid)) && has_known_kind(member) && vlan.has(member);
     return is_member ? ADP_OK : ADP_FAIL;
 }

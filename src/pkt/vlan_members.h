@@ -13,7 +13,7 @@ class VlanMembers {
     bool fetch(uint32_t vid);
 
     bool has(Intf intf) const {
-        const uint32_t bit = intf.combined_index();
+        const uint32_t bit = combined_index(intf);
         return bit < kWords * kWordBits && has_bit(words_, bit);
     }
 

@@ -54,15 +54,15 @@ constexpr uint32_t abilities_of_duplex(uint32_t duplex) {
 }
 
 int32_t read_abilities(PhyPort port, uint32_t *abilities) {
-    return user_port_ability_advert_get(0, 0, port.value(), abilities);
+    return user_port_ability_advert_get(0, 0, number(port), abilities);
 }
 
 int32_t write_abilities(PhyPort port, uint32_t abilities) {
-    return user_port_ability_advert_set(0, 0, port.value(), abilities);
+    return user_port_ability_advert_set(0, 0, number(port), abilities);
 }
 
 int32_t enable_autoneg(PhyPort port) {
-    return user_port_autoneg_set(0, 0, port.value(), 1);
+    return user_port_autoneg_set(0, 0, number(port), 1);
 }
 
 /** What becomes of the advertised abilities: some are taken out, then some put in. */
@@ -85,7 +85,7 @@ int32_t rewrite_abilities_around(PortCall<uint32_t, uint32_t> call, uint32_t val
     uint32_t abilities = 0;
     int32_t result = read_abilities(read, &abilities);
     if (result == 0) {
-        result = call(0, 0, read.value(), value, mode);
+        result = call(0, 0, number(read), value, mode);
     }
     return result != 0 ? result : write_abilities(written, change.applied_to(abilities));
 }
@@ -108,7 +108,7 @@ constexpr Change gigabit_abilities(bool full) {
 // The ports of 10 Gb/s read on the number that is handed in and write on its translation: an interface number for a
 // user port, a physical port, translated a second time, for a member of a group.
 PhyPort translated_once_more(PhyPort handed) {
-    return phy_of(Intf(static_cast<uint32_t>(handed.value())));
+    return phy_of(Intf(static_cast<uint32_t>(number(handed))));
 }
 
 }  // namespace
@@ -122,7 +122,7 @@ int32_t step_gigabit_speed(PhyPort port, uint32_t value, uint32_t mode) {
 int32_t step_ten_gigabit_speed(PhyPort port, uint32_t value, uint32_t) {
     int32_t result = rewrite_abilities(port, gigabit_abilities(value != kTenGigabit));
     if (result == 0) {
-        result = user_port_speed_set(0, 0, port.value(), value, kTenGigabitSpeedMode);
+        result = user_port_speed_set(0, 0, number(port), value, kTenGigabitSpeedMode);
     }
     return then_enable_autoneg(result, port, value == kGigabit);
 }
@@ -134,20 +134,20 @@ int32_t step_duplex(PhyPort port, uint32_t value, uint32_t mode) {
     }
     int32_t result = rewrite_abilities(port, {kAll, abilities_of_duplex(value)});
     if (result == 0) {
-        result = user_port_duplex_set(0, 0, port.value(), value, mode);
+        result = user_port_duplex_set(0, 0, number(port), value, mode);
     }
     return then_enable_autoneg(result, port, with_autoneg);
 }
 
 int32_t step_autoneg(PhyPort port, uint32_t value, uint32_t) {
     const int32_t result = value != 0 ? rewrite_abilities(port, {0, kAll}) : 0;
-    return result != 0 ? result : user_port_autoneg_set(0, 0, port.value(), value);
+    return result != 0 ? result : user_port_autoneg_set(0, 0, number(port), value);
 }
 
 int32_t step_pause(PhyPort port, uint32_t value, uint32_t) {
     uint32_t autoneg = 0;
     uint32_t abilities = 0;
-    int32_t result = user_port_autoneg_get(0, 0, port.value(), &autoneg);
+    int32_t result = user_port_autoneg_get(0, 0, number(port), &autoneg);
     if (result == 0) {
         result = read_abilities(port, &abilities);
     }
@@ -155,7 +155,7 @@ int32_t step_pause(PhyPort port, uint32_t value, uint32_t) {
         return result;
     }
     if (autoneg == 0) {
-        return user_port_pause_set(0, 0, port.value(), value, value);
+        return user_port_pause_set(0, 0, number(port), value, value);
     }
     return write_abilities(port, value != 0 ? abilities | kPause : abilities & ~kPause);
 }

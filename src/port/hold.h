@@ -13,13 +13,13 @@ extern HoldState port_hold_state[kHoldStates];
 
 /** kFree for an interface without a state. */
 inline HoldState hold_state_of(Intf intf) {
-    const uint32_t row = intf.combined_index() - 1;
+    const uint32_t row = combined_index(intf) - 1;
     return row < kHoldStates ? port_hold_state[row] : HoldState::kFree;
 }
 
 /** Does nothing for an interface without a state. */
 inline void set_hold_state(Intf intf, HoldState state) {
-    const uint32_t row = intf.combined_index() - 1;
+    const uint32_t row = combined_index(intf) - 1;
     if (row < kHoldStates) {
         port_hold_state[row] = state;
     }

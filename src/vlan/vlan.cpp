@@ -4,7 +4,7 @@
 
 #include "core/number.h"
 
-using adp::low16;
+using namespace adp;
 
 namespace {
 

@@ -19,7 +19,7 @@ MAY_USE = {
     "src/qos": LIBRARY,
     "src/stg": LIBRARY,
     "src/vlan": LIBRARY,
-    "src/board": INTERFACE,
+    "src/board": LIBRARY,
     "vdevice/chip": (),
     "vdevice/driver": ("vdevice/chip", "generated", *INTERFACE),
     "vdevice/io": ("vdevice/chip/frame",),
