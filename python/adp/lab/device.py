@@ -28,7 +28,7 @@ def host_interface(port):
 
 
 class Device:
-    """A device that is switched on. The far ends of its cables are host1 .. hostN in its namespace, for hosts to take."""
+    """A device that is switched on. Its cables' far ends, host1 .. hostN, are in its namespace, for hosts to take."""
 
     def __init__(self, build, user_ports=26, name="device"):
         self.name = name

@@ -86,7 +86,7 @@ class FourCables:
         self.traffic.settle()
 
     def change(self, verb, number):
-        """Pulls or plugs the far end of a cable. Frames flow until both programs have handled it, and a moment longer."""
+        """Pulls or plugs the far end of a cable. Frames flow until both programs have handled it, and on."""
         self.traffic.run_for(AROUND_SECONDS)
         before, begin = self.traffic.numbers(), time.monotonic()
         hand = threading.Thread(target=self.pair.far.device.control, args=(verb, CABLES[number][1]))

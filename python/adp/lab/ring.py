@@ -54,7 +54,7 @@ class Ring:
         return [lab.hosts[HOST] for lab in self.labs]
 
     def mac(self):
-        """A unicast address that no other frame of this bench has used. One lab makes all, since each counts its own."""
+        """A unicast address that no other frame of this bench has used. One lab makes all of them."""
         return self.labs[0].mac()
 
     def pull(self, at):
