@@ -21,7 +21,7 @@ void elect_manage_intf(Intf agg) {
     const MemberList members = candidates(agg);
     uint32_t largest = 0;
     uint32_t smallest_linked = 0;  // 0: none yet
-    // Empty slots stand for election too, and the status of the read is not looked at.
+    // Contract: empty slots are candidates too, and the status of the read is ignored.
     for (uint32_t slot = 0; slot < members.counted_slots(); ++slot) {
         const uint32_t intf = members.slots[slot];
         const bool is_linked = attribute_or_zero(Intf(intf), ADP_ATTR_FIBRE_LINK) != 0;

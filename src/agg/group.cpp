@@ -92,7 +92,7 @@ adp_status_t adp_del_agg_standby_member(adp_intf_t agg_intf, uint32_t word0, uin
 }
 
 adp_status_t adp_set_agg_loadbalance(adp_intf_t agg_intf, uint32_t mode) {
-    // A failing control comes back as ADP_E_DRIVER, which does not stop the trunk call.
+    // Contract: the group is not checked, and a failed control does not stop the trunk call.
     adp_switch_control_set(kHashSelectionControl, hash_selection(mode));
     return user_trunk_loadbalance_set(0, 0, driver_number(trunk_of(Intf(agg_intf))), mode);
 }

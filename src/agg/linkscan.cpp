@@ -1,4 +1,4 @@
-// A member's link change: the trunk is programmed again, the record stays.
+// Link changes of members: the trunk is programmed anew, the record stays.
 #include <adp/agg.h>
 
 #include "agg/election.h"
@@ -9,7 +9,7 @@
 namespace adp {
 namespace {
 
-// The first group whose record holds the port; a group that does not exist when there is none.
+// The first group whose record has the port; kNoIntf if none has.
 Intf find_group_with(PhyPort port) {
     for (uint32_t group = 1; group <= ADP_AGG_GROUPS; ++group) {
         const adp_agg_record_t &record = agg_info[group - 1];
@@ -40,7 +40,7 @@ adp_status_t adp_agg_linkscan_handle(adp_intf_t intf, uint32_t is_up, uint32_t *
             elect_manage_intf(agg);
         }
     } else if (intf < number(manager)) {
-        // No interface is below an empty slot's 0: a link-up never fills it.
+        // Contract: without a manager (0) no interface is lower, so a link-up does not elect one.
         SET_AGG_MANAGE_INTF(number(agg), intf);
     }
     return result;

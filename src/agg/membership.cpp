@@ -9,7 +9,7 @@
 namespace adp {
 namespace {
 
-// A list is refused whole when an interface of it has no row in the port-to-group map, which is written afterwards.
+// A list with an interface outside the port-to-group map is refused, since the map is written afterwards.
 bool has_rows(uint32_t count, const uint32_t *list) {
     for (uint32_t i = 0; i < count; ++i) {
         if (intf_map_trunk == nullptr || index_of(Intf(list[i])) > adp_max_phy_port_num) {
@@ -27,7 +27,7 @@ void map_to(Intf agg, uint32_t count, const uint32_t *list) {
 
 using Worker = decltype(&hal_add_agg_member_ex);
 
-// What follows the programming of the trunk: a removal of a list that is empty does not elect, everything else does.
+// Contract: the removal of an empty list elects no manager, everything else does.
 enum class EmptyList { kElects, kDoesNotElect };
 
 /** @p mapped_to is the group that the listed interfaces have afterwards, or none. */

@@ -11,7 +11,7 @@ namespace adp {
 namespace {
 
 constexpr char kInterfaceKind[] = "aggregateport";
-// The event's first words are nobody's; the groups' words follow.
+// The first words of the event are unused; the words of the groups follow.
 constexpr uint32_t kFirstGroupWord = 16;
 
 constexpr char kFormat[] = "interface %s %d, changed state to %s";

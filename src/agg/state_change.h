@@ -1,4 +1,4 @@
-// Telling that a group as a whole went up or down.
+// Announcements that a group went up or down.
 #pragma once
 
 #include "core/messages.h"

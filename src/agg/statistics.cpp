@@ -1,4 +1,4 @@
-// Port counters, of a group summed over its members, and the traps of LACP and OAM frames.
+// Port counters, summed over the members of a group, and traps of LACP and OAM frames.
 #include <adp/agg.h>
 #include <netlink_api.h>
 

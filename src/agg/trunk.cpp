@@ -14,13 +14,13 @@ namespace {
 
 constexpr Place kAddWorker = {"hal_add_agg_member_ex", 393};
 constexpr Place kDelWorker = {"hal_del_agg_member_ex", 564};
-constexpr uint32_t kLinked = 1;  // members that report anything else do not count as linked
+constexpr uint32_t kLinked = 1;  // other values count as down
 
 uint32_t member_count(const adp_agg_record_t &record) {
     return static_cast<uint32_t>(record.count);
 }
 
-// False when the record is full: its eleven bytes are all there is.
+/** False if the record is full. */
 [[gnu::noinline]] bool append(adp_agg_record_t *record, PhyPort port) {
     if (member_count(*record) >= ADP_AGG_MEMBER_BYTES) {
         return false;
@@ -29,7 +29,7 @@ uint32_t member_count(const adp_agg_record_t &record) {
     return true;
 }
 
-// The translation is compared with the bytes as it is, so an unmapped interface (-1) matches no member.
+// An unmapped interface (-1) matches no byte.
 bool is_among(const uint8_t *ports, uint32_t n, PhyPort port) {
     for (uint32_t i = 0; i < n; ++i) {
         if (port == PhyPort(ports[i])) {
@@ -52,7 +52,7 @@ bool is_linked(PhyPort port) {
     return attribute_or_zero(intf_of(port), ADP_ATTR_LINK) == kLinked;
 }
 
-// Only the members that were there before are compared: a port listed twice is appended twice.
+// Contract: listed ports are compared with the old members only, so a port listed twice is appended twice.
 bool append_new(adp_agg_record_t *record, uint32_t count, const uint32_t *list) {
     const uint32_t existing = member_count(*record);
     for (uint32_t i = 0; i < count; ++i) {
@@ -64,7 +64,7 @@ bool append_new(adp_agg_record_t *record, uint32_t count, const uint32_t *list) 
     return true;
 }
 
-// What the driver gets has an in-use byte of 0.
+// The driver gets an in-use byte of 0.
 adp_agg_record_t without_in_use(const adp_agg_record_t &record) {
     adp_agg_record_t result = record;
     result.in_use = 0;
@@ -82,7 +82,7 @@ adp_status_t finish(TrunkId trunk, const adp_agg_record_t &record, Commit commit
     return result;
 }
 
-// A count that no record can hold must not be followed; the tables are exported and writable.
+// The tables are exported and writable: the count may be more than a record holds.
 bool is_sound(const adp_agg_record_t &record) {
     return member_count(record) <= ADP_AGG_MEMBER_BYTES;
 }
@@ -118,7 +118,7 @@ adp_status_t hal_del_agg_member_ex(TrunkId trunk, uint32_t count, const uint32_t
     if (!is_sound(before)) {
         return ADP_FAIL;
     }
-    // Bytes 4 to 15 start from 0: a committed removal clears the in-use byte too.
+    // Contract: a committed removal clears the in-use byte too.
     adp_agg_record_t kept = {};
     adp_agg_record_t linked = {};
     for (uint32_t i = 0; i < member_count(before); ++i) {

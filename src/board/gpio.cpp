@@ -56,7 +56,7 @@ adp_status_t hal_set_gpio_write_bit(uint32_t pin, uint32_t value) {
     return write_bit(kOutput, pin, value);
 }
 
-// Pins are not counted modulo 32 here: a number beyond the register has no level, and must not give a low pin's.
+// The writes take pins modulo 32. Here a pin beyond the register reads 0, not the level of a lower pin.
 int32_t hal_get_gpio_val(uint32_t pin) {
     const uint32_t levels = read_register(kInput);
     return pin < kInputPins && (levels & bit_of(pin)) != 0 ? 1 : 0;

@@ -50,7 +50,7 @@ int32_t write_entry(uint32_t index, const Mac &mac) {
     return user_l2_bpdu_set(0, 0, index, mac.byte);
 }
 
-/** What to say if the entry cannot be written; null if the entry is in use, and is not to be written. */
+/** The message for a failed write of the entry; null if the entry is in use. */
 const Message *message_if_writable(uint32_t index) {
     Mac mac = kNoMac;
     if (read_entry(index, &mac) != 0) {
@@ -167,7 +167,7 @@ adp_status_t adp_mirror_init() {
     return result;
 }
 
-// Only the last read decides: that the controls could not be set is shown but not returned.
+// Contract: the last read decides the result; a control that could not be set is only printed.
 adp_status_t adp_igmp_init() {
     int32_t result = user_igmp_snooping_init(0, 0);
     if (result < 0) {

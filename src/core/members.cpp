@@ -1,4 +1,4 @@
-// The member lists: active members from the group's record, configured members from its bitmap.
+// Member lists: active members from the record of a group, configured members from its bitmap.
 #include "core/members.h"
 
 #include "core/bitmap.h"
@@ -14,8 +14,8 @@ adp_status_t refuse_group(uint32_t max, uint32_t *count, uint32_t *list) {
     return ADP_FAIL;
 }
 
-// What members_of() lists, each member looked up when the walk comes to it: a look-up is a pass over the map, and some
-// walks end with the first member.
+// As the walk over members_of(), but each member is looked up when the walk reaches it: a look-up is a pass over the
+// map, and some walks end early.
 int32_t first_failure_of_active(const adp_agg_record_t &record, PortStep step) {
     const auto count = static_cast<uint32_t>(record.count);
     for (uint32_t slot = 0; count <= ADP_AGG_ACTIVE_MAX && slot < count; ++slot) {
@@ -37,7 +37,7 @@ adp_status_t list_active(Intf agg, uint32_t max, uint32_t *count, uint32_t *list
     }
     const adp_agg_record_t &record = agg_info[number(trunk)];
     *count = static_cast<uint32_t>(record.count);
-    // The tables are exported and writable: a count that no record can hold must not be followed.
+    // The tables are exported and writable: the count may be more than a record holds.
     if (max < *count || *count > ADP_AGG_MEMBER_BYTES) {
         return ADP_FAIL;
     }
@@ -52,7 +52,7 @@ adp_status_t list_configured(Intf agg, uint32_t max, uint32_t *count, uint32_t *
     if (!exists(trunk)) {
         return refuse_group(max, count, list);
     }
-    // The active count is held against the room even when the answer comes from the bitmap.
+    // Contract: the count of active members must fit even if the bitmap is read.
     if (max < static_cast<uint32_t>(agg_info[number(trunk)].count)) {
         return ADP_FAIL;
     }
@@ -129,7 +129,7 @@ adp_status_t adp_get_agg_group_by_map(adp_intf_t agg_intf, uint32_t bitmap[2]) {
     if (status != ADP_OK && exists(trunk_of(Intf(agg_intf)))) {
         return status;
     }
-    // Every slot that a list of active members can fill is looked at, whatever the count.
+    // Contract: all slots are examined, whatever the count.
     uint32_t result[2] = {};
     for (uint32_t slot = 0; slot < ADP_AGG_ACTIVE_MAX; ++slot) {
         if (members.slots[slot] != 0) {

@@ -12,7 +12,7 @@ constexpr uint32_t kTraceBuffer = 256;  // of the place and of the text, each
 
 }  // namespace
 
-// The formats are constants; as members of a message they are no literals to the compiler.
+// The formats are constants, but as members of a message no literals to the compiler.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
 

@@ -1,5 +1,5 @@
-// What the library says: a message is a place and a format, and goes to standard output, to standard error, or to the
-// device's log and trace. Management software and its tests know these texts, places included.
+// Messages of the library: a place and a format, for standard output, standard error, or the device's log and trace.
+// Management software knows these texts, places included.
 #pragma once
 
 #include <device_services.h>
@@ -19,7 +19,7 @@ struct Message {
     const char *format;
 };
 
-/** A line of the device's log: its level, its module and its first word. */
+/** Level, module and first word of a line in the device's log. */
 struct Channel {
     int32_t level;
     int32_t module;
@@ -29,7 +29,7 @@ struct Channel {
 inline constexpr Channel kRuleLog{7, 18, "ACL"};
 inline constexpr Channel kLinkLog{5, 5, "UPDOWN"};
 
-// A format ignores the numbers after those that it asks for, as printf does: so one function serves all messages.
+// Numbers that a format does not ask for are ignored, as printf ignores them: so one function serves all messages.
 
 /** On standard output; gives what printf() does. */
 int32_t print(const Message &message, int32_t a = 0, int32_t b = 0);
@@ -46,7 +46,7 @@ void log_rule(const Message &message, Numbers... numbers) {
     log_numbers(message, static_cast<int32_t>(numbers)...);
 }
 
-/** Whether the device's trace is on: whoever traces asks first. */
+/** Whether the trace is on; asked before each line of it. */
 inline bool is_tracing() {
     return sys_trace_get() != 0;
 }

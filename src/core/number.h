@@ -1,6 +1,5 @@
-// The numbers that are easily confused, each a type of its own: a logical interface, the chip's physical port, and an
-// aggregation group's trunk id. They are enumerations without enumerators: unlike objects of a class the target
-// hands them back in a register.
+// The numbers that are easily confused, each with a type of its own. They are enumerations without enumerators, since
+// the target returns these in a register, and objects of a class in memory.
 #pragma once
 
 #include <adp/types.h>
@@ -11,7 +10,7 @@ namespace adp {
 enum class Intf : uint32_t {};
 /** A physical port of the chip, as the driver numbers it. */
 enum class PhyPort : int32_t {};
-/** A group's trunk id: the index of every per-group table. */
+/** The trunk id of a group: the index of all group tables. */
 enum class TrunkId : uint32_t {};
 
 enum class IntfKind : uint32_t { kUserPort = ADP_INTF_TYPE_USER_PORT, kAggregation = ADP_INTF_TYPE_AGG };
@@ -25,7 +24,7 @@ constexpr int32_t number(PhyPort port) {
 constexpr uint32_t number(TrunkId trunk) {
     return static_cast<uint32_t>(trunk);
 }
-/** A trunk as the driver numbers it: plain arithmetic, also for a group that there is not. */
+/** A trunk as the driver numbers it. A group outside 1..8 is not refused. */
 constexpr int32_t driver_number(TrunkId trunk) {
     return static_cast<int32_t>(trunk);
 }

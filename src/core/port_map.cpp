@@ -10,12 +10,12 @@ uint32_t *intf_map_trunk;
 namespace adp {
 namespace {
 
-// The size is judged in the target's 32 bits, so that a 64-bit host refuses the same maxima.
+// The size is checked in 32 bits, so that a 64-bit host refuses what the target refuses.
 void *new_table(uint32_t last_row, uint32_t row_bytes) {
     return last_row >= UINT32_MAX / row_bytes ? nullptr : calloc(last_row + 1, row_bytes);
 }
 
-/** The map row of an interface; null when the number, taken whole, exceeds the map or there is no map. */
+/** The row of an interface; null if the number, type bits included, exceeds the map, or without a map. */
 adp_port_row_t *find_row(Intf intf) {
     if (number(intf) > adp_max_phy_port_num || intf_to_phy_port == nullptr) {
         return nullptr;

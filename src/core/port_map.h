@@ -7,9 +7,6 @@
 
 namespace adp {
 
-// The look-ups are calls that give plain numbers, and only their types are put right here: the target's calling
-// convention hands back an object of a class in memory, which costs more than the look-up itself.
-
 /** The physical port of a user port or of the CPU port's row 0; kPhyNotMapped for everything else. */
 inline PhyPort phy_of(Intf intf) {
     return PhyPort(adp_intf_2_phy_id(number(intf)));

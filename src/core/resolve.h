@@ -1,5 +1,5 @@
-// From an interface number to the ports that a call is made on. A call says here, in its own line, what it does with an
-// aggregation interface: which members it is made on, which of them answers, and what a failure becomes.
+// From an interface number to the ports that a driver call is made on. Each exported call states its own policy for an
+// aggregation interface: which members, which of them answers, and what a failure becomes.
 #pragma once
 
 #include <type_traits>
@@ -17,7 +17,7 @@ enum class Failure : uint32_t {
     kOwnResult = 4,    // the driver's own result
 };
 
-/** What a call does on an interface: on which members of a group it is made, and what a failure becomes. */
+/** The policy of a call: on which members of a group it is made, and what a failure becomes. */
 enum class Fan : uint32_t {};
 
 constexpr Fan operator|(Members which, Failure failure) {
@@ -30,15 +30,11 @@ constexpr Members members_of(Fan fan) {
     return static_cast<Members>(static_cast<uint32_t>(fan) & 1);
 }
 
-// Who stands for an interface.
-
-/** Who stands for an interface: of a group its manager, kNoIntf without one; every other interface itself. */
+/** Of a group its manager, kNoIntf without one; any other interface itself. */
 Intf representative_of(Intf intf);
 
 /** The member that answers a read on a group: its manager, else its lowest configured member; kNoIntf without both. */
 Intf answering_member_of(Intf agg);
-
-// What there is. The answers of these are those of every call below to an interface that it does not serve.
 
 /** ADP_OK for a user port and a group 1..8, ADP_FAIL for another group, ADP_E_INTF_TYPE for another type. */
 adp_status_t check_interface(Intf intf);
@@ -51,7 +47,8 @@ constexpr adp_status_t check_user_port(Intf intf) {
     return kind_of(intf) == IntfKind::kAggregation ? ADP_E_DRIVER : ADP_E_INTF_TYPE;
 }
 
-/** on_port(physical port) for a user port, on_group(agg) for a group 1..8; for what the calls below do not say. */
+/** on_port(physical port) for a user port, on_group(agg) for a group 1..8; for calls that none of the four below fits.
+ */
 template <typename OnPort, typename OnGroup>
 adp_status_t by_kind(Intf intf, OnPort on_port, OnGroup on_group) {
     switch (kind_of(intf)) {
@@ -64,14 +61,14 @@ adp_status_t by_kind(Intf intf, OnPort on_port, OnGroup on_group) {
     }
 }
 
-// A driver call on a port, and the four places of an interface that it can be made on. One copy of each serves all
-// driver calls that take the same: that is why they must not be inlined.
+// The four ways of a driver call on an interface. The templates must not be inlined: one copy serves all driver calls
+// with the same arguments.
 
 /** A driver call on a port of unit 0. */
 template <typename... Values>
 using PortCall = int32_t (*)(uint32_t, uint32_t, int32_t, Values...);
 
-/** A result of the one port that was asked, and of members, as the caller gets it. */
+/** What the caller gets for a result on a user port, and on members. */
 constexpr adp_status_t port_answer(int32_t result, Fan fan) {
     return fan & Failure::kDriverError ? driver_status(result) : result;
 }

@@ -37,7 +37,7 @@ constexpr Message kDone{{kFunction, 1283}, "%s:[%05d] install ret=[%d] entry=[%d
 constexpr Message kUnknownQualifier{{kFunction, 1135}, "%s:[%05d] set unknow qualify type = [%d]\n"};
 constexpr Message kNoMemory{{kFunction, 1295}, "%s:[%05d] malloc failed!~\n"};
 
-/** Its callers hand over bitmaps that are physical already. */
+/** Its bitmaps hold physical ports already. */
 constexpr uint32_t kUntranslatedSubmodule = 16;
 
 class Installation {
@@ -57,7 +57,7 @@ class Installation {
     uint8_t *param_of_status();
     void install();
 
-    /** The two ways in which a call's result enters the status. Which one a step takes decides what the caller sees. */
+    // Contract: some results replace the status, some are added to it. The caller sees which.
     void replace_status(int32_t result) { status_ = result; }
     void add_status(int32_t result) { status_ |= result; }
 
@@ -162,7 +162,7 @@ void Installation::set_meter(FpAction &action) {
     add_status(user_field_meter_entry_set(rule_.unit, rate, meter));
 }
 
-/** Translations go to the action that the status numbers: the first one as long as nothing failed. Null for others. */
+// Contract: a translation is written to the action whose number is the status: the first one while nothing failed.
 uint8_t *Installation::param_of_status() {
     const auto number = static_cast<uint32_t>(status_);
     return number < ADP_FP_ACTIONS ? rule_.actions[number].param : nullptr;

@@ -31,7 +31,7 @@ struct Qualifier {
     const char *log_format;
 };
 
-/** Null for a type that there is not. */
+/** Null for an unknown type. */
 const Qualifier *find_qualifier(uint32_t type);
 
 constexpr bool belongs_on_second_half(const FpInfo &row, const Qualifier *qualifier) {

@@ -54,7 +54,7 @@ constexpr adp_status_t check_kind(uint8_t kind) {
     return kind == kKind1 || kind == kKind2 ? ADP_OK : ADP_E_REMARK_KIND;
 }
 
-/** Rules are numbered as their callers number them. */
+/** A rule's entity has the caller's number. */
 constexpr uint32_t entity_of_rule(uint32_t rule_id) {
     return rule_id;
 }
@@ -66,7 +66,7 @@ void shift_to_interfaces(uint32_t (&bitmap)[2]) {
     bitmap[1] <<= 1;
 }
 
-// An empty record has room for all that a request puts in: nothing is refused here.
+// An empty record has room for all that a request adds.
 void append(FpEntity &entity, uint32_t type, const void *data, uint32_t length) {
     static constexpr adp_port_set_t kAllOnes = {
         {UINT32_MAX, UINT32_MAX, UINT32_MAX, UINT32_MAX, UINT32_MAX, UINT32_MAX, UINT32_MAX, UINT32_MAX}};
@@ -97,7 +97,7 @@ void append_action(FpEntity &entity, const RemarkRule &rule) {
     adp_fp_add_entity_action(&entity, type, &value, sizeof value, nullptr, 0);
 }
 
-/** @p check is what is already wrong with the request; the rule is installed all the same. */
+/** Contract: the rule is installed even if the check of the request failed. @p check is its result. */
 adp_status_t install_remark(const RemarkRule &rule, adp_status_t check) {
     FpEntity entity = {};
     entity.submodule_type = kRemarkSubmodule;

@@ -12,13 +12,13 @@ adp_list_link_t acl_fp_list_head = {&acl_fp_list_head, &acl_fp_list_head};
 namespace adp {
 namespace {
 
-// What the links of a node that has left the list hold, so that a use after that is recognised.
+// The links of a freed node, so that a later use is recognised.
 constexpr uintptr_t kPoisonNext = 0x00100100;
 constexpr uintptr_t kPoisonPrev = 0x00200200;
 
 constexpr Message kInitFailed{{"adp_fp_init", 428}, "%s:[%05d]  error funtion ret=%d \n"};
 
-/** The log lines of a removal, which name the exported call that was made. */
+/** The log lines of a removal; they name the exported call. */
 struct RemovalLog {
     Message entry;
     Message second_entry;
@@ -41,7 +41,7 @@ void unlink_and_free(FpListNode *node) {
     link.prev->next = link.next;
     link.next = reinterpret_cast<adp_list_link_t *>(kPoisonNext);
     link.prev = reinterpret_cast<adp_list_link_t *>(kPoisonPrev);
-    // Without this the compiler leaves out stores to memory that is about to be freed.
+    // Without this the compiler drops stores to memory that is about to be freed.
     asm volatile("" : : "r"(node) : "memory");
     free(node);
 }
@@ -61,7 +61,7 @@ uint32_t destroy_meters(uint32_t entry, uint32_t count) {
     return result;
 }
 
-/** @p meters says how often the rule's meter is destroyed. */
+/** Destroys the meter of the rule @p meters times. */
 uint32_t remove_rule(uint32_t submodule_type, uint32_t entity_id, uint32_t meters, const RemovalLog &messages) {
     FpListNode *node = adp_fp_find_list_node_by_entity(submodule_type, entity_id);
     if (node == nullptr) {

@@ -35,7 +35,7 @@ adp_status_t adp_fp_clear_statistics(uint32_t, uint32_t, int32_t counter_idx, in
 adp_status_t adp_fp_lookupMissAct_set(int32_t intf, uint32_t miss_action) {
     const Intf missed{static_cast<uint32_t>(intf)};
     const int32_t result = user_field_lookupMissAct_set(fp_handle, kFieldUnit, number(phy_of(missed)), miss_action);
-    // The line shows the port as the map has it now, which need not be what the driver was given.
+    // Contract: the port is looked up again for the log; the map may have changed since the driver call.
     log_rule(kMissAction, kFieldUnit, intf, number(phy_of(missed)), miss_action);
     return result;
 }

@@ -28,11 +28,11 @@ struct Slice {
     uint32_t width;
 };
 
-// By group; what has no slice here counts from entry 0, as group 9 does.
+// By group; a group without a slice starts at entry 0.
 constexpr Slice kSlices[] = {{0, 1}, {1280, 2}, {896, 1}, {768, 1}, {640, 1}, {1024, 2}, {512, 1}, {384, 1}, {256, 1}};
 constexpr uint32_t kSliceCount = sizeof kSlices / sizeof *kSlices;
 
-// The double-wide groups are neighbours in the hardware.
+// The double-wide groups are adjacent in the hardware.
 constexpr uint32_t kFirstDoubleEntry = 1024;
 constexpr uint32_t kDoubleEntries = 512;
 
@@ -54,7 +54,7 @@ uint32_t true_entry_of(const FpInfo &row, uint32_t entity_id) {
 
 using namespace adp;
 
-// The scan goes on behind a match: of two rows with one key the last one holds.
+// Contract: of two rows with one key the last one is found.
 FpInfo *adp_fp_find_data_by_submodetype(uint32_t type) {
     FpInfo *found = nullptr;
     for (FpInfo &row : g_stFpInfo) {

@@ -9,12 +9,12 @@
 namespace adp {
 namespace {
 
-// The learning modes that authorisation uses.
+// Learning modes.
 constexpr int32_t kLearnClosed = 0;
 constexpr int32_t kLearnNormal = 5;
 constexpr int32_t kLearnPending = 8;
 
-// The MAC-table service's own numbers.
+// Numbers of the MAC-table service.
 constexpr uint32_t kFlushScope = 7;
 constexpr uint32_t kFlushKind = 3;
 constexpr uint32_t kTableFlag = 1;
@@ -31,7 +31,7 @@ adp_status_t close_port(adp_intf_t intf, int32_t learning_mode) {
     return set_mac_tbl_clear_by_port(intf, kFlushScope, kFlushKind) == 0 ? ADP_OK : ADP_E_DOT1X_FLUSH;
 }
 
-/** The lowest active member; an empty first slot is never replaced, since none is lower. */
+/** The lowest active member. Contract: an empty first slot counts as the lowest. */
 uint32_t smallest_member(Intf agg) {
     const MemberList members = members_of(agg, Members::kActive);
     uint32_t smallest = members.slots[0];
@@ -43,7 +43,7 @@ uint32_t smallest_member(Intf agg) {
     return smallest;
 }
 
-/** Where an address on this port is installed: on the group's lowest active member, if the port is in a group. */
+/** The interface of an address on this port: in a group the lowest active member. */
 adp_intf_t entry_interface(adp_intf_t intf) {
     uint32_t group = 0;
     get_group_by_interface(intf, &group);

@@ -1,5 +1,5 @@
-// Port isolation: the user ports that a port may send to. A group is written through all its configured members, but
-// read through its management interface only.
+// Port isolation: the user ports that a port may send to. On a group it is written to all configured members and read
+// from the manager.
 #include <adp/l2.h>
 #include <netlink_api.h>
 
@@ -20,7 +20,7 @@ adp_status_t hal_get_port_isolate(adp_intf_t intf, uint32_t map[2]) {
     adp_port_set_t ports = {};
     const adp_status_t status =
         on_port_or_manager(Intf(intf), Failure::kDriverError, user_port_egress_get, 0, ports.word);
-    if (status != ADP_E_INTF_TYPE) {  // a failed read is translated too; a group outside 1..8 has no ports
+    if (status != ADP_E_INTF_TYPE) {  // Contract: a failed read is translated too.
         const adp_port_set_t intfs = intf_set_of(ports.word);
         map[0] = intfs.word[0];
         map[1] = intfs.word[1];

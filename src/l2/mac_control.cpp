@@ -18,12 +18,12 @@ void name_interface(netlink_learn_limit_t &limit, Intf intf) {
             limit.trunk = get_chip_tgid(intf);
             break;
         default:
-            // No scope: it is left to the driver to refuse that.
+            // Contract: no scope; the driver refuses it.
             break;
     }
 }
 
-/** A record that names what the limit holds for; false for a scope that there is not. */
+/** Fills in what the limit applies to; false for an unknown scope. */
 bool name_scope(netlink_learn_limit_t &limit, uint32_t subject, uint32_t scope) {
     switch (scope) {
         case ADP_MAC_SCOPE_VLAN:

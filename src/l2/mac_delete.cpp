@@ -1,4 +1,4 @@
-// Deleting from the MAC address table, by every key that the management software has and by kind of entry.
+// Deleting from the MAC address table, by key and by kind of entry.
 #include <adp/mac.h>
 
 #include "core/members.h"
@@ -11,7 +11,7 @@ namespace {
 constexpr int32_t kAnyModule = -1;
 constexpr uint32_t kModes = 3;
 
-/** What a delete call may name; each key uses its part. */
+/** The arguments of a deletion; each key uses some. */
 struct Subject {
     const uint8_t *mac = nullptr;
     uint32_t vid = 0;
@@ -48,7 +48,7 @@ constexpr DeletesByMode kByVlanPort = {
     [](const Subject &s) { return user_l2_addr_delete_by_vlan_port(0, 0, s.vid, kAnyModule, s.number, 1); },
 };
 
-// The driver has no call for a trunk's static entries alone: all are deleted, and the caller is told of a failure.
+// Contract: the driver has no call for the static entries of a trunk. All are deleted, and the call fails.
 constexpr DeletesByMode kByVlanTrunk = {
     [](const Subject &s) { return user_l2_addr_delete_by_vlan_trunk(0, 0, s.vid, s.number, 0); },
     [](const Subject &s) {
@@ -70,12 +70,12 @@ constexpr DeletesByMode kByTrunkMacVlan = {
     [](const Subject &s) { return user_l2_addr_delete_all_dynamic_by_port_mac_vlan(0, 0, s.mac, s.number, s.vid); },
 };
 
-// What a key does not look at.
+// Arguments that a key does not use.
 constexpr uint8_t kNoMac[NETLINK_MAC_BYTES] = {};
 constexpr uint32_t kNoVlan = 0;
 constexpr int32_t kNoPort = 0;
 
-/** Makes the call of a mode for what the other arguments name; those that a key does not look at are none. */
+/** Makes the driver call of a mode. */
 adp_status_t delete_by(const DeletesByMode &deletes, uint32_t mode, const uint8_t *mac, uint32_t vid, int32_t number,
                        adp_word_t last = 0) {
     const uint32_t row = low8(mode);
@@ -121,7 +121,7 @@ adp_status_t adp_del_mac_addr_by_mac(const uint8_t mac[ADP_MAC_BYTES], uint32_t 
     return delete_by(kByMac, mode, mac, kNoVlan, kNoPort);
 }
 
-// Contract: every member is deleted from, whatever the driver says; the last result is the call's.
+// Contract: all members are visited, whatever the driver returns; the result is the last one.
 adp_status_t adp_del_mac_addr_by_intf(adp_intf_t intf, uint32_t mode) {
     return by_kind(
         Intf(intf), [=](PhyPort port) { return delete_by_port(port, mode); },

@@ -32,7 +32,7 @@ constexpr int32_t kNoTrunk = 0;
 
 using LookUp = int32_t (*)(uint32_t, const uint8_t *, uint32_t, adp_l2_entry_t *);
 
-/** The entry as the driver knows it; zero where the driver wrote nothing. */
+/** Reads an entry; fields that the driver does not write are zero. */
 int32_t look_up(LookUp call, const uint8_t *mac, uint32_t vid, adp_l2_entry_t *entry) {
     *entry = {};
     return call(0, MacKey(mac).byte, low16(vid), entry);
@@ -89,7 +89,7 @@ adp_status_t adp_add_mac_mcast_addr(const uint8_t mac[ADP_MAC_BYTES], uint64_t p
 }
 
 adp_status_t adp_get_mac_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t vid, adp_l2_entry_t *entry) {
-    // The caller's address may stand in the caller's entry, so that is written last.
+    // The address may lie inside the caller's entry, so the entry is written last.
     adp_l2_entry_t found;
     const int32_t result = look_up(user_mac_addr_get, mac, vid, &found);
     found.port = static_cast<int32_t>(number(intf_of(PhyPort(found.port))));

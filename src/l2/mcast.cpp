@@ -22,7 +22,7 @@ struct IntfList {
     const adp_intf_t *begin() const { return first; }
     const adp_intf_t *end() const { return first + count; }
 
-    /** A group that there is not is refused up front, before the driver's entry is touched. */
+    /** A group outside 1..8 is refused before any driver call. */
     bool names_missing_group() const {
         for (const adp_intf_t listed : *this) {
             const Intf intf{listed};
@@ -34,8 +34,8 @@ struct IntfList {
     }
 };
 
-// The driver numbers the ports of an entry in two ways. It looks up, and adds, physical ports; it creates a group and
-// removes members by the numbers on the front, which are the interfaces' own. The first two words hold them all.
+// The driver numbers the ports of an entry in two ways. Look-up and add use physical ports; create and remove use front
+// ports, which are the interface numbers. The first two words hold all of them.
 void add_front_port(uint32_t *ports, uint32_t n) {
     if (n < kFrontPortWords * kWordBits) {
         set_bit(ports, n);
@@ -53,7 +53,7 @@ void add_front_ports(uint32_t *ports, Intf intf) {
     }
 }
 
-/** Without an interface the entry's ports stay as they are. */
+/** Contract: an empty list leaves the ports of the entry as they are. */
 void set_front_ports(netlink_mcast_entry_t &entry, const IntfList &list) {
     if (list.count != 0) {
         entry.ports[0] = entry.ports[1] = 0;
@@ -63,7 +63,7 @@ void set_front_ports(netlink_mcast_entry_t &entry, const IntfList &list) {
     }
 }
 
-/** The group as the driver has it; zero where the driver wrote nothing. */
+/** Reads a group; fields that the driver does not write are zero. */
 int32_t look_up(const uint8_t *mac, uint32_t vid, netlink_mcast_entry_t *entry) {
     *entry = {};
     return User_mcast_port_get(0, 0, MacKey(mac).byte, low16(vid), entry);
@@ -97,7 +97,7 @@ adp_status_t adp_get_igmpsn_group(const uint8_t mac[6], uint32_t vid, uint32_t *
     return result;
 }
 
-// An aggregation interface adds no port: its members, if any are wanted, are listed by themselves.
+// Contract: an aggregation interface adds no port.
 adp_status_t adp_add_igmpsn_member(const uint8_t mac[6], uint32_t vid, uint32_t count, const adp_intf_t *list,
                                    const uint16_t *vid_p) {
     const IntfList intfs{list, count};

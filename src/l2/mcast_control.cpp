@@ -1,4 +1,4 @@
-// The switches of IGMP handling and of multicast forwarding.
+// Controls of IGMP handling and of multicast forwarding.
 #include <adp/mcast.h>
 #include <netlink_api.h>
 
@@ -14,7 +14,7 @@ int32_t phy_number_of(adp_intf_t intf) {
     return number(phy_of(Intf(intf)));
 }
 
-// All user ports of the board, however many the map has; no port's result matters.
+// Contract: all user ports of the board, whatever the size of the map; results are ignored.
 void on_every_user_port(int32_t (*set)(uint32_t, uint32_t, int32_t, uint32_t), uint32_t action) {
     for (uint32_t port = 1; port <= ADP_USER_PORTS; ++port) {
         set(0, 0, phy_number_of(port), action);

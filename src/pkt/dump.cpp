@@ -8,7 +8,7 @@ namespace {
 constexpr int32_t kRowBytes = 16;
 constexpr int32_t kHalfRowBytes = 8;
 
-// Rows and the column header have a gap in the middle.
+// Each row has a gap in the middle.
 void print_byte(int32_t column, uint32_t value) {
     fprintf(stderr, "%02X ", value);
     if (column == kHalfRowBytes - 1) {

@@ -1,4 +1,4 @@
-// adp_receive_frame() and the strip of the receive tag; the link-scan hook stands beside them.
+// adp_receive_frame(), the receive tag, and the link-scan hook.
 #include "pkt/receive.h"
 
 #include <adp/pkt.h>
@@ -11,7 +11,7 @@ adp_link_event_cb_t link_event_handle;
 namespace adp {
 
 PhyPort ingress_port_of(const uint8_t *frame) {
-    // The tag's type, two bytes, is not looked at.
+    // The type of the tag, two bytes, is ignored.
     return PhyPort(static_cast<int32_t>(kRxIngressPort.get(read_be32(frame + kMacAddressesLength + 2))));
 }
 

@@ -8,14 +8,13 @@
 namespace adp {
 namespace {
 
-// A tag built with interface numbers has their bits where ports of the same numbers have theirs.
+// A tag built with interface numbers has the bits of the ports with these numbers.
 TxTag with_physical_ports(const TxTag &tag) {
     TxTag physical = tag;
     physical.clear_ports();
     for (int32_t n = 0; n <= kLastTaggedPort; ++n) {
         const PhyPort port = phy_of(Intf(static_cast<uint32_t>(n)));
-        // Of the second word's interfaces only ports of the second word stay: one that translates to the first is
-        // dropped.
+        // Contract: an interface of the second word whose port belongs into the first word is dropped.
         if (tag.has(n) && (n < kFirstHighPort || number(port) >= kFirstHighPort)) {
             physical.add(port);
         }

@@ -31,7 +31,7 @@ using namespace adp;
 adp_status_t __adp_transmit_frame(const adp_tx_frame_t *desc, const adp_list_link_t *list, uint32_t vid,
                                   uint32_t mode) {
     TxTag tag;
-    // A frame without both MAC addresses has no place for the tag.
+    // The tag follows the MAC addresses: a shorter frame has no place for it.
     const bool sent = desc->frame != nullptr && desc->length >= kMacAddressesLength &&
                       build_tag(low16(mode), list, vid, Intf(desc->source), &tag) &&
                       send_frame(desc->frame, desc->length, tag);

@@ -16,7 +16,7 @@
 namespace adp {
 namespace {
 
-// Handed to the system as a 16-bit value in host order, which is network order on the target.
+// Contract: in host byte order, which is network byte order on the target.
 constexpr int kIpv4Protocol = 0x0800;
 constexpr int kSendAttempts = 4;
 constexpr char kCpuInterface[] = "eth0";
@@ -73,7 +73,7 @@ int32_t get_nic_index(const char *name) {
     }
     ifreq request = {};
     static_assert(IFNAMSIZ == 16);
-    // The name field takes 16 characters and needs no end mark when all are used.
+    // The name field takes 16 characters and needs no terminator when all are used.
     memcpy(request.ifr_name, name, strnlen(name, IFNAMSIZ));
     request.ifr_addr.sa_family = AF_INET;
     int32_t index = -1;

@@ -17,14 +17,13 @@ adp_status_t read_port(DriverGet get, PhyPort port, uint32_t *value) {
     return driver_status(get(0, 0, number(port), value));
 }
 
-/** One port answers: the user port, for a group its answering member. */
 adp_status_t get_one(Intf intf, DriverGet get, uint32_t *value) {
     return on_port_or_answering_member(intf, get, value);
 }
 
-constexpr int32_t kFound = 1;  // ends a walk, as no driver status does
+constexpr int32_t kFound = 1;  // ends the walk; no driver status has this value
 
-/** A group is linked as its first linked active member is; one that does not exist reads as down, too. */
+/** The link of a group is that of its first linked active member. A group outside 1..8 reads as down. */
 adp_status_t get_link(Intf intf, DriverGet get, uint32_t *value) {
     if (kind_of(intf) == IntfKind::kUserPort) {
         return read_port(get, phy_of(intf), value);
@@ -40,7 +39,7 @@ adp_status_t get_link(Intf intf, DriverGet get, uint32_t *value) {
     return end == kFound ? ADP_OK : end;
 }
 
-/** A held interface is the administrator's enabled one, whatever the port is. */
+/** A held interface reads as enabled: the protocol holds it, not the administrator. */
 adp_status_t get_admin_state(Intf intf, DriverGet get, uint32_t *value) {
     if (hold_state_of(intf) == HoldState::kHeld) {
         *value = 1;
@@ -58,7 +57,7 @@ adp_status_t get_max_speed(Intf intf, DriverGet, uint32_t *value) {
     return status;
 }
 
-/** A group's flow-control status is its configured setting. */
+/** Contract: the status of a group is its configured setting. */
 adp_status_t get_pause_status(Intf intf, DriverGet get, uint32_t *value) {
     return get_one(intf, kind_of(intf) == IntfKind::kUserPort ? get : user_port_pause_get, value);
 }

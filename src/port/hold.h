@@ -7,7 +7,7 @@ namespace adp {
 
 enum class HoldState : uint8_t { kFree = 0, kHeld = 1, kDisabled = 2 };
 
-/** One state per combined interface index 1..34, a group's apart from its members'. */
+/** One state per combined interface index 1..34; that of a group is independent of its members'. */
 inline constexpr uint32_t kHoldStates = ADP_USER_PORTS + ADP_AGG_GROUPS;
 extern HoldState port_hold_state[kHoldStates];
 

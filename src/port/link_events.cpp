@@ -1,4 +1,4 @@
-// Link changes on their way out: to the device's sink and, without waiting, to the ring-protection process.
+// Link changes, sent to the device's handler and, without waiting, to the ring-protection process.
 #include <adp/port.h>
 #include <device_services.h>
 #include <pthread.h>
@@ -13,7 +13,7 @@ adp_link_data_t g_intf_link_data[ADP_USER_PORTS + 1];
 
 namespace {
 
-// The two 10-gigabit ports: their changes are not told while an administrator has them disabled.
+// Changes of the two 10-gigabit ports are not reported while they are disabled.
 constexpr Intf kFirstUplink{25};
 constexpr Intf kSecondUplink{26};
 

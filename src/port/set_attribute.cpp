@@ -15,7 +15,7 @@ HoldState port_hold_state[kHoldStates];
 
 namespace {
 
-// After each member's enable or disable the chip is given time to settle.
+// The chip needs time to settle after each member.
 constexpr useconds_t kSettleMicroseconds = 500000;
 
 template <PortCall<uint32_t> Call>
@@ -55,7 +55,7 @@ adp_status_t set_each_own_result(Intf intf, const Steps &steps, uint32_t value, 
     return set_members(intf, Members::kConfigured | Failure::kOwnResult, steps.step, value, mode);
 }
 
-/** The method follows the maximum speed; on 10 Gb/s the active members are set, and a user port as what is handed. */
+/** How the attribute is set depends on the maximum speed. On 10 Gb/s it is set on @p handed, and on active members. */
 adp_status_t set_by_max_speed(Intf intf, PhyPort handed, const Steps &steps, uint32_t value, uint32_t mode) {
     uint32_t maximum = 0;
     const adp_status_t status = read_max_speed(intf, &maximum);
@@ -77,19 +77,19 @@ adp_status_t set_speed(Intf intf, const Steps &steps, uint32_t value, uint32_t m
     return set_by_max_speed(intf, phy_of(intf), steps, value, mode);
 }
 
-/** Advertised duplex and speed: as speed, but on 10 Gb/s a user port hands its interface number on as it is. */
+/** Advertised duplex and speed. Contract: on 10 Gb/s a user port's interface number is handed in untranslated. */
 adp_status_t set_advertised(Intf intf, const Steps &steps, uint32_t value, uint32_t mode) {
     return set_by_max_speed(intf, PhyPort(static_cast<int32_t>(number(intf))), steps, value, mode);
 }
 
-/** The administrator's and the protocol's switch. */
+/** What the administrator and the protocol have in common. */
 adp_status_t enable(Intf intf, uint32_t value, uint32_t mode) {
     const bool is_group = kind_of(intf) == IntfKind::kAggregation;
     return set_members(intf, Members::kConfigured | Failure::kDriverError, is_group ? step_settled_enable : step_enable,
                        value, mode);
 }
 
-/** The administrator's switch: a hold of the protocol stands against enabling, but not against disabling. */
+/** The administrator's state. A protocol hold prevents enabling, not disabling. */
 adp_status_t set_admin_state(Intf intf, const Steps &, uint32_t value, uint32_t mode) {
     const bool is_on = value != 0;
     if (is_on && hold_state_of(intf) == HoldState::kHeld) {
@@ -99,7 +99,7 @@ adp_status_t set_admin_state(Intf intf, const Steps &, uint32_t value, uint32_t 
     return enable(intf, value, mode);
 }
 
-/** The protocol's hold: only what it holds can be released, and a user port's driver result is not looked at. */
+/** The protocol hold. Only a held interface is released. Contract: the driver's result on a user port is ignored. */
 adp_status_t set_hold(Intf intf, const Steps &, uint32_t value, uint32_t mode) {
     const bool release = value != 0;
     if (release && hold_state_of(intf) != HoldState::kHeld) {

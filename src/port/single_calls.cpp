@@ -9,7 +9,7 @@ using namespace adp;
 
 namespace {
 
-// Abilities of 10 and 100 Mb/s, which only the copper side has.
+// Abilities of 10 and 100 Mb/s; only copper has them.
 constexpr uint32_t kCopperAbilities = 0xF0000000;
 
 }  // namespace

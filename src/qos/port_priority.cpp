@@ -1,4 +1,4 @@
-// A port's own part in priorities: what it trusts, what its untagged frames get, and its queues.
+// Priorities of a port: trust mode, untagged frames, queues.
 #include <adp/l2.h>
 #include <adp/priority.h>
 #include <netlink_api.h>
@@ -9,7 +9,7 @@
 namespace adp {
 namespace {
 
-/** Unlike the other per-port calls these take an aggregation interface for a wrong type. */
+/** Contract: unlike other calls on ports these refuse an aggregation interface as a wrong type. */
 template <typename Value>
 adp_status_t on_user_port(adp_intf_t intf, PortCall<Value> call, Value value) {
     return kind_of(Intf(intf)) == IntfKind::kUserPort ? on_port_only(Intf(intf), call, value) : ADP_E_INTF_TYPE;
@@ -32,7 +32,7 @@ adp_status_t adp_add_dot1p_assign(uint32_t type, adp_intf_t intf, uint32_t, uint
     }
 }
 
-// The add refuses an unknown type, this does not.
+// Contract: an unknown type succeeds, unlike in the add.
 adp_status_t adp_del_dot1p_assign(uint32_t type, adp_intf_t intf, uint32_t, uint32_t, uint32_t, uint32_t) {
     return type == ADP_MAP_NONE ? hal_port_untagged_priority_set(Intf(intf), 0) : ADP_OK;
 }

@@ -1,4 +1,4 @@
-// The maps of the whole chip: 802.1p priorities to queues, DSCPs to code points and priorities.
+// Maps of the chip: 802.1p priorities to queues, DSCPs to code points and priorities.
 #include <adp/priority.h>
 #include <netlink_api.h>
 
@@ -13,7 +13,7 @@ constexpr int32_t kAllPorts = -1;
 constexpr int32_t kEveryCodePoint = -1;
 constexpr uint8_t kDefaultQueue[ADP_PRIORITIES] = {0, 0, 1, 1, 2, 2, 3, 3};
 
-/** Makes step(0), step(1) ... up to @p count if the caller means this map; the first failure ends it. */
+/** Calls step(0) to step(count - 1) until one fails, if the type is that of this map. */
 template <typename Step>
 adp_status_t for_each_row(uint32_t type, uint32_t own_type, uint32_t count, Step step) {
     if (type == ADP_MAP_NONE) {
@@ -74,7 +74,7 @@ adp_status_t adp_get_dscp_map(uint32_t type, adp_dscp_map_entry_t entries[ADP_DS
     });
 }
 
-// Each write is for every code point, and yet there is one for each of them.
+// Contract: each write covers all code points, and there is one for each of them.
 adp_status_t adp_delete_dscp_map(uint32_t type) {
     return for_each_dscp(
         type, [](uint32_t) { return user_port_dscp_map_set(0, 0, kAllPorts, kEveryCodePoint, kEveryCodePoint, 0); });

@@ -14,12 +14,12 @@ constexpr uint32_t kRefusedMode = 3;
 constexpr uint32_t kNoDelay = 0;
 constexpr adp_queue_weights_t kNoWeights = {};
 
-/** The schedulers are addressed by the interface's own number, unlike the shapers. */
+/** Contract: schedulers are addressed by interface number, shapers by port. */
 constexpr uint32_t mask_of(Intf intf) {
     return number(intf) < kMaskBits ? 1u << number(intf) : 0;
 }
 
-// The driver reads into the block that is then written, so its old weights replace the caller's wherever it fills them.
+// Contract: the driver reads into the block that is then written, so its weights replace those of the caller.
 int32_t write_weights(uint32_t mask, adp_queue_weights_t &weights) {
     uint32_t mode = 0;
     uint32_t delay = 0;

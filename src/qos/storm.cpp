@@ -8,10 +8,9 @@
 namespace adp {
 namespace {
 
-/** Slots that the reset of the exceeded flags looks at, whatever the number of members. */
 constexpr uint32_t kResetSlots = 8;
 
-// The driver's storm types by the callers' codes. Enabling has a shorter table, whose rows agree with this one's.
+// The driver's storm types by code. Enabling has a shorter table; the codes beyond it are those of the first.
 constexpr uint8_t kTypeOfCode[] = {0, 3, 2, 0, 4, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0};
 constexpr uint8_t kEnableTypeOfCode[] = {0, 3, 2, 0, 4};
 
@@ -25,7 +24,7 @@ constexpr uint32_t enable_type(uint32_t code) {
     return row < sizeof kEnableTypeOfCode ? kEnableTypeOfCode[row] : storm_type(code);
 }
 
-/** The head of every call: the one device for which there is nothing to do succeeds before anything is looked at. */
+/** Contract: on this device every call succeeds before any argument is checked. */
 template <typename Call>
 adp_status_t unless_no_device(uint32_t dev_id, Call call) {
     return dev_id == ADP_STORM_NO_DEVICE ? ADP_OK : call();

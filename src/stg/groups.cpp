@@ -1,4 +1,4 @@
-// Groups of VLANs, and the ports' states in them.
+// Spanning-tree groups of VLANs, and port states in them.
 #include <adp/agg.h>
 #include <adp/stg.h>
 #include <netlink_api.h>
@@ -12,7 +12,7 @@ int16_t aiVlanStg[ADP_VLANS];
 namespace adp {
 namespace {
 
-/** The group that nothing destroys. */
+/** The group that cannot be destroyed. */
 constexpr int32_t kDefaultGroup = 0;
 
 int32_t set_state(int32_t stg, Intf intf, uint32_t state) {
@@ -25,7 +25,7 @@ void release_ports(int32_t stg) {
     }
 }
 
-/** Unlike the walks that other calls share, this one passes over no slot and tells which member failed. */
+/** Contract: unlike other walks this one skips no empty slot, and it reports the member that failed. */
 adp_status_t set_states_of_members(int32_t stg, Intf agg, uint32_t state) {
     MemberList members;
     const adp_status_t listed = list_active(agg, ADP_AGG_ACTIVE_MAX, &members.count, members.slots);
@@ -63,7 +63,7 @@ adp_status_t adp_delete_mstp_instance(int32_t stg) {
     return result;
 }
 
-// A VLAN that is in the group already is taken out and added again, which releases the group's ports.
+// Contract: a VLAN that is in the group already is removed and added again, which releases the ports of the group.
 adp_status_t adp_add_msti_member(int32_t stg, uint32_t vlan) {
     const uint32_t vid = low16(vlan);
     if (vid >= ADP_VLANS) {

@@ -1,4 +1,5 @@
-// What the chip has: counts, which are partly answered with constants, and lists of groups and their VLANs.
+// Counts and lists of spanning-tree groups and their VLANs. Contract: some counts are constants, whatever the driver
+// returns.
 #include <adp/stg.h>
 #include <netlink_api.h>
 
@@ -12,12 +13,12 @@ constexpr uint32_t kVlanChunk = 1024;
 constexpr int32_t kMaxGroups = 64;
 constexpr int32_t kMaxVlans = ADP_VLANS;
 
-/** The last chunk that is asked for: where the last one is full, one that holds nothing follows it. */
+/** The last chunk to read. Contract: after a full chunk an empty one is read. */
 constexpr int32_t last_chunk(int32_t count, uint32_t chunk) {
     return count / static_cast<int32_t>(chunk);
 }
 
-/** Whether the chip has the group, among the first @p count ones. */
+/** Whether the group is among the first @p count of the chip. */
 bool has_group(int32_t stg, int32_t count) {
     int32_t groups[kMaxGroups + kGroupChunk] = {};
     for (int32_t chunk = 0; chunk <= last_chunk(count, kGroupChunk); ++chunk) {
@@ -32,7 +33,7 @@ bool has_group(int32_t stg, int32_t count) {
     return false;
 }
 
-/** Each chunk is handed to the caller before the next is asked for. */
+/** Each chunk is copied to the caller before the next is read. */
 void read_vlans(int32_t stg, int32_t count, uint16_t *vlans) {
     for (int32_t chunk = 0; chunk <= last_chunk(count, kVlanChunk); ++chunk) {
         uint16_t read[kVlanChunk] = {};
@@ -44,7 +45,7 @@ void read_vlans(int32_t stg, int32_t count, uint16_t *vlans) {
     }
 }
 
-/** Asks for a count that nobody uses: only whether it can be had matters. */
+/** Reads a count for its result alone. */
 [[gnu::noinline]] int32_t unused_count_of(int32_t (*get)(uint32_t, uint32_t, uint32_t *)) {
     uint32_t count = 0;
     return get(0, 0, &count);
@@ -118,7 +119,7 @@ int32_t adp_get_stg_max_vlan(int32_t stg) {
     return static_cast<int32_t>(count);
 }
 
-// A negative number of VLANs is a failure that is handed on; it asks for the first chunk all the same.
+// Contract: a negative count is returned, after the first chunk is read.
 int32_t adp_get_stg_vlan_list(int32_t stg, uint16_t vlans[ADP_VLANS]) {
     static constexpr Message kNoCount{{"adp_get_stg_vlan_list", __LINE__},
                                       "%s %d: get STG count failed! STG count=%d\n"};

@@ -7,7 +7,7 @@
 namespace adp {
 namespace {
 
-/** Only for a group; a group that there is not has none either, but is refused by the read itself. */
+/** A group outside 1..8 has no manager either, but the read itself refuses it. */
 bool lacks_manager(Intf intf) {
     return kind_of(intf) == IntfKind::kAggregation && exists(trunk_of(intf)) && manager_of(intf) == kNoIntf;
 }
@@ -43,7 +43,7 @@ adp_status_t adp_double_tag_set(adp_intf_t intf, uint32_t mode) {
 
 adp_status_t adp_double_tag_get(adp_intf_t intf, uint32_t *mode) {
     if (lacks_manager(Intf(intf))) {
-        return ADP_OK;
+        return ADP_OK;  // Contract: nothing is written.
     }
     return on_port_or_manager(Intf(intf), Failure::kDriverError, user_port_dtag_mode_get, mode);
 }

@@ -25,7 +25,7 @@ adp_status_t adp_vlan_port_set(uint32_t vlan, const adp_ports_t members, const a
 
 adp_status_t adp_vlan_port_get(uint32_t vlan, adp_ports_t members, adp_ports_t untagged) {
     const int32_t result = user_vlan_port_get(0, 0, low16(vlan), members, untagged);
-    // The sets are translated even after a failure.
+    // Contract: the sets are translated after a failure too.
     to_intfs(members);
     to_intfs(untagged);
     return result;

@@ -8,7 +8,7 @@
 using namespace adp;
 
 adp_status_t adp_intf_pivd_set(adp_intf_t intf, uint32_t vlan) {
-    // Contract: each member's turn names the group's own translation, which is none, not the member's.
+    // Contract: for each member the group's own translation is set, which is none, not the member's.
     return on_port_or_members(Intf(intf), Members::kActive | Failure::kOwnOnPort, [=](PhyPort) {
         return user_port_untagged_vlan_set(0, 0, number(phy_of(Intf(intf))), low16(vlan));
     });

@@ -1,4 +1,4 @@
-// VLAN translation and subnet VLANs: passed to the driver, with VLAN ids cut to 16 bits.
+// VLAN translation and subnet VLANs. VLAN ids are cut to 16 bits, other arguments are passed through.
 #include <adp/vlan_tag.h>
 #include <netlink_api.h>
 
