@@ -185,7 +185,7 @@ int32_t user_trunk_loadbalance_set(uint32_t unit, uint32_t zero, int32_t trunk, 
 int32_t user_trunk_trap_lacp(uint32_t unit, uint32_t zero, uint32_t value, adp_word_t option);
 
 /*
- * L2 table: MAC addresses
+ * Addresses: single entries of the L2 table
  */
 
 /** Adds an entry for entry.mac in entry.vid, towards entry.port or, with NETLINK_L2_TO_TRUNK, entry.trunk. */
@@ -213,6 +213,10 @@ int32_t user_mac_mcast_addr_get(uint32_t unit, const uint8_t key[NETLINK_MAC_KEY
  * The option is handed through from the caller. Fails when no further entry is valid.
  */
 int32_t user_netlink_mac_nextValidAddr_get(uint32_t unit, adp_word_t index, adp_l2_entry_t *entry, adp_word_t option);
+
+/*
+ * Address deletion: entries of the L2 table that a key picks
+ */
 
 /** Deletes all entries of one learn type (low byte). */
 int32_t user_l2_addr_del_all_addr_by_lrntype(uint32_t unit, uint32_t zero, uint32_t type);
@@ -277,6 +281,10 @@ int32_t user_l2_addr_delete_all_dynamic_by_port_mac_vlan(uint32_t unit, uint32_t
                                                          const uint8_t key[NETLINK_MAC_KEY_BYTES], int32_t port,
                                                          uint32_t vid);
 
+/*
+ * Address limits: on learning, and the addresses that they refused
+ */
+
 /** Forgets the addresses that violated a port's learning limit. No unit. */
 int32_t user_mac_violate_del_by_port(int32_t port);
 
@@ -291,6 +299,10 @@ int32_t user_mac_learn_limit_set(uint32_t unit, netlink_learn_limit_t limit);
 
 /** Reads a limit on learned addresses: the record's scope goes in, its limit comes out. */
 int32_t user_mac_learn_limit_get(uint32_t unit, ADP_INOUT netlink_learn_limit_t *limit);
+
+/*
+ * Address table: ageing, display and size of the L2 table, and the reserved addresses
+ */
 
 /** Sets the ageing time of dynamic entries in seconds. */
 int32_t user_mac_age_time_set(uint32_t unit, uint32_t seconds);
@@ -317,7 +329,7 @@ int32_t user_l2_bpdu_get(uint32_t unit, uint32_t zero, uint32_t index, uint8_t m
 int32_t user_l2_bpdu_set(uint32_t unit, uint32_t zero, uint32_t index, const uint8_t mac[NETLINK_MAC_BYTES]);
 
 /*
- * Multicast
+ * Groups: multicast entries of the L2 table
  */
 
 /** Initialises the multicast groups. */
@@ -349,6 +361,10 @@ int32_t user_is_mcast_addr_exist_by_vlan(uint32_t unit, uint32_t vid, uint32_t s
 /** Asks whether multicast entries exist, by arguments that are handed through from the caller. */
 int32_t user_is_mcast_addr_exist_vlan_is(uint32_t unit, adp_word_t first, adp_word_t third, adp_word_t fourth);
 
+/*
+ * Group rules: what chip and ports do with multicast frames
+ */
+
 /** Initialises IGMP snooping (RFC 4541). */
 int32_t user_igmp_snooping_init(uint32_t unit, uint32_t zero);
 
@@ -377,7 +393,7 @@ int32_t User_switch_ipmc_lookup_miss_action(uint32_t unit, uint32_t zero, int32_
 int32_t User_switch_ip6mc_lookup_miss_action(uint32_t unit, uint32_t zero, int32_t port, uint32_t action);
 
 /*
- * Switch controls and traps
+ * Switch controls, traps and protections
  */
 
 /** Writes a control of the whole chip, chosen by number. */
@@ -399,7 +415,7 @@ int32_t user_lldp_init(uint32_t unit, uint32_t zero);
 int32_t user_dos_attack_prevent_init(uint32_t unit, uint32_t zero);
 
 /*
- * Field processor. These calls begin with a handle, always 0, and then the unit.
+ * Fields: entries and actions of the field processor. These calls begin with a handle, always 0, and then the unit.
  */
 
 /** Initialises the field processor. Begins with unit and zero. */
@@ -430,6 +446,10 @@ int32_t user_field_action_add(int32_t handle, uint32_t unit, uint32_t entry, uin
 
 /** Removes all actions of an entry. */
 int32_t user_field_action_remove_all(int32_t handle, uint32_t unit, uint32_t entry);
+
+/*
+ * Field conditions: what the entries of the field processor match
+ */
 
 /** Removes all qualifiers of an entry. */
 int32_t user_field_qualify_clear(int32_t handle, uint32_t unit, uint32_t entry);
@@ -503,6 +523,10 @@ int32_t user_field_qualify_iptype(int32_t handle, uint32_t unit, uint32_t entry,
 /** Matches the frame's encapsulation; no mask. */
 int32_t user_field_qualify_FrameType(int32_t handle, uint32_t unit, uint32_t entry, uint32_t data);
 
+/*
+ * Field meters, counters, and what happens without a match
+ */
+
 /** Sets a meter's rate. Begins with the unit and has no handle. */
 int32_t user_field_meter_entry_set(uint32_t unit, uint32_t rate, uint32_t meter);
 
@@ -568,7 +592,7 @@ int32_t user_port_egress_rate_set(uint32_t unit, uint32_t zero, int32_t port, ui
 int32_t user_port_egress_rate_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t *rate, uint32_t *burst);
 
 /*
- * QoS: queues, schedulers, priority maps
+ * Queues: their number, the queue of a priority, schedulers, and what start-up sets of them and of priorities
  */
 
 /** Sets the number of egress queues (classes of service) of the chip. */
@@ -617,6 +641,10 @@ int32_t user_qos_pri_queue_map_set(adp_word_t unit, adp_word_t zero, adp_word_t 
 
 /** Reads the queue of a priority. The four arguments are the caller's own, whole. */
 int32_t user_qos_pri_queue_map_get(adp_word_t unit, adp_word_t zero, adp_word_t priority, uint32_t *queue);
+
+/*
+ * Priorities: where they come from and how they are mapped
+ */
 
 /** Sets the priority of a DSCP. The four arguments are the caller's own, whole. */
 int32_t user_qos_dscp_map_set(adp_word_t unit, adp_word_t zero, adp_word_t dscp, adp_word_t priority);
@@ -690,6 +718,10 @@ int32_t user_stg_stg_count_get(uint32_t unit, uint32_t zero, uint32_t *count);
 
 /** Reads how many VLANs a group has. */
 int32_t user_stg_vlan_count_get(uint32_t unit, uint32_t zero, int32_t stg, uint32_t *count);
+
+/*
+ * Spanning-tree lists: groups and their VLANs
+ */
 
 /** Reads one chunk of the group ids: those from number chunk_index * chunk_size on, at most chunk_size. */
 int32_t user_stg_each_time_list(uint32_t unit, uint32_t zero, ADP_COUNT(chunk_size) int32_t *groups,
@@ -768,6 +800,10 @@ int32_t user_vlan_control_port_set(uint32_t unit, uint32_t zero, int32_t port, u
 /** Reads one of a port's VLAN controls. */
 int32_t user_vlan_control_port_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t control, uint32_t *value);
 
+/*
+ * Translations: of VLAN ids, and VLANs by subnet
+ */
+
 /** Adds an ingress translation of a VLAN id; all but the two ids is handed through from the caller. */
 int32_t user_vlan_translate_add(uint32_t unit, uint32_t zero, adp_word_t kind, adp_word_t port, adp_word_t action,
                                 uint32_t old_vid, uint32_t new_vid, adp_word_t priority);
@@ -806,6 +842,10 @@ int32_t user_vlan_ip4_delete(uint32_t unit, uint32_t zero, adp_word_t port, adp_
 
 /** Deletes every subnet's entry. */
 int32_t user_vlan_ip4_delete_all(uint32_t unit, uint32_t zero);
+
+/*
+ * Double tags: entries, and the mode and the tag of each port
+ */
 
 /** Adds a double-tag entry: frames of one VLAN on a port get a second tag. */
 int32_t user_vlan_dtag_add(uint32_t unit, uint32_t zero, adp_word_t kind, int32_t port, adp_word_t action,
