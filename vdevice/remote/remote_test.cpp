@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "calls/describe.h"
+#include "tests/support/plain_call.h"
 #include "tests/support/random_call.h"
 #include "vdevice/driver/codes.h"
 #include "vdevice/remote/testing/device.h"
@@ -125,8 +126,7 @@ TEST(Remote, AnswersNotSupportedForWhatADeviceDoesNotOverride) {
     for (size_t number = 0; number < calls::kCallCount; ++number) {
         const auto id = static_cast<CallId>(number);
         if (is_answered(id)) {
-            const RandomCall call(id, number);
-            EXPECT_EQ(dispatch(none, id, call.arguments()), driver::kNotSupported) << calls::call(id).name;
+            EXPECT_EQ(dispatch(none, id, PlainCall(id).arguments()), driver::kNotSupported) << calls::call(id).name;
         } else {
             EXPECT_EQ(id, CallId::onu_mac2str);
         }

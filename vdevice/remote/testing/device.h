@@ -143,14 +143,28 @@ inline int32_t create_vlan(Client &client, uint32_t vid) {
     return client.call(calls::CallId::user_vlan_create, arguments);
 }
 
+/** Carries out two calls. The created VLAN is the status, so that a test sees what arrived. */
 class VlanOnly : public DriverCalls {
   public:
-    int32_t user_vlan_create(uint32_t, uint32_t, uint32_t vid) override { return static_cast<int32_t>(vid); }
-    int32_t log_line(int32_t level, int32_t, const char *word, const char *text) override {
-        logged = std::string(word) + ": " + text;
-        return level;
+    VlanOnly() {
+        sections_.vlans = std::make_unique<Vlans>();
+        sections_.services = std::make_unique<Services>(logged);
     }
+
     std::string logged;
+
+  private:
+    struct Vlans : VlansCalls {
+        chip::Status user_vlan_create(uint32_t vid) override { return static_cast<chip::Status>(vid); }
+    };
+    struct Services : ServicesCalls {
+        explicit Services(std::string &logged_to) : logged{logged_to} {}
+        int32_t log_line(int32_t level, int32_t, const char *word, const char *text) override {
+            logged = std::string(word) + ": " + text;
+            return level;
+        }
+        std::string &logged;
+    };
 };
 
 }  // namespace vdevice::remote
