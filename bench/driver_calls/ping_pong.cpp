@@ -13,11 +13,11 @@
 #include <vector>
 
 #include "bench/driver_calls/clock.h"
-#include "vdevice/io/unique_fd.h"
+#include "vdevice/sockets/unique_fd.h"
 
 namespace {
 
-using vdevice::io::UniqueFd;
+using vdevice::UniqueFd;
 
 constexpr int kBacklog = 64;
 constexpr int kEventsAtOnce = 16;

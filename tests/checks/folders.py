@@ -22,14 +22,15 @@ MAY_USE = {
     "src/board": INTERFACE,
     "vdevice/chip": (),
     "vdevice/driver": ("vdevice/chip", "generated", *INTERFACE),
-    "vdevice/io": ("vdevice/chip/frame",),
+    "vdevice/sockets": (),
+    "vdevice/io": ("vdevice/chip/frame", "vdevice/sockets"),
     "vdevice/remote": ("calls", "generated", *INTERFACE),
     "vdevice/services": ("vdevice/remote", "calls", *INTERFACE),
-    "vdevice/device": ("vdevice/driver", "vdevice/io", "vdevice/chip"),
+    "vdevice/device": ("vdevice/driver", "vdevice/io", "vdevice/chip", "vdevice/sockets"),
     "vdevice/inspect": ("vdevice/device", "vdevice/driver", "vdevice/io", "vdevice/chip"),
     "vdevice/daemon": ("vdevice", "calls", "generated", *INTERFACE),
     "tools/adpsh": ("include", "calls", "generated"),
-    "tools/vdevctl": ("vdevice/daemon", "vdevice/io"),
+    "tools/vdevctl": ("vdevice/sockets",),
     "examples": ("include", "platform", "vdevice/remote", "vdevice/services"),
 }
 # Used by tests only, and by those who may use everything.
