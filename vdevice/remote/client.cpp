@@ -1,3 +1,4 @@
+// Connects with the first call, sends requests and waits for replies, each within the deadline.
 #include "vdevice/remote/client.h"
 
 #include <poll.h>

@@ -1,3 +1,4 @@
+// The handshake, then the client's requests, a few in each turn.
 #include "vdevice/remote/connection.h"
 
 #include <sys/socket.h>

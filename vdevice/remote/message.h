@@ -6,9 +6,9 @@
 // null and else with 1, text with its length and 1. An event-queue message takes its record with it.
 #pragma once
 
+#include <stddef.h>
 #include <stdint.h>
 #include <array>
-#include <cstddef>
 #include <memory_resource>
 #include <vector>
 

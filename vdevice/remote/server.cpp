@@ -1,3 +1,4 @@
+// Accepts clients and serves those that are ready.
 #include "vdevice/remote/server.h"
 
 #include <sys/epoll.h>
