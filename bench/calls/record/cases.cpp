@@ -1,3 +1,4 @@
+// Cases out of the rows of fault injection, and of rows of the benchmark.
 #include "bench/calls/record/cases.h"
 
 #include <algorithm>

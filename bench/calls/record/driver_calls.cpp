@@ -1,3 +1,4 @@
+// Driver and services calls as C expressions, and their answers.
 #include "bench/calls/record/driver_calls.h"
 
 #include <cstring>

@@ -1,3 +1,4 @@
+// Arguments of a library call as C.
 #include "bench/calls/record/library_call.h"
 
 #include <vector>

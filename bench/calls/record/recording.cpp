@@ -1,3 +1,4 @@
+// One case, run with the recording driver.
 #include "bench/calls/record/recording.h"
 
 #include <adp/types.h>

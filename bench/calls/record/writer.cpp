@@ -1,3 +1,4 @@
+// The C program and its description.
 #include "bench/calls/record/writer.h"
 
 #include <fmt/format.h>
