@@ -10,6 +10,7 @@ HERE = os.path.dirname(os.path.abspath(__file__))
 sys.path.insert(0, HERE)
 
 import interface  # noqa: E402  (the path has to be set first)
+from sections import Section  # noqa: E402
 
 ROOT = os.path.dirname(os.path.dirname(HERE))
 TYPES = os.path.join(ROOT, "include", "adp", "types.h")
@@ -172,6 +173,19 @@ class TestDocs:
         assert struct.doc == "S." and [f.name for f in struct.fields] == ["a", "b"]
 
 
+class TestHeadings:
+    def test_a_heading_belongs_to_all_functions_after_it(self, read):
+        functions = read("int32_t f(void);\n/*\n * One: of (two).\n */\nint32_t g(void);\nint32_t h(void);\n"
+                         "/*\n * Two\n *\n * Lines.\n */\n/** Doc. */\nint32_t i(void);")
+        assert [(f.name, f.heading) for f in functions.functions] == [("f", ""), ("g", "One"), ("h", "One"),
+                                                                      ("i", "Two")]
+        assert functions.headings == ["One", "Two"] and functions.functions[3].doc == "Doc."
+
+    def test_a_heading_ends_with_its_header(self, read):
+        functions = read("/*\n * One\n */\nint32_t f(void);", "int32_t g(void);").functions
+        assert [f.heading for f in functions] == ["One", ""]
+
+
 REFUSED = {
     "unnamed parameter": ("int32_t f(uint32_t);", "f: "),
     "unnamed pointer": ("int32_t f(uint32_t *);", "cannot read parameter"),
@@ -242,6 +256,13 @@ def test_the_services_header_declares_the_listed_names(services):
     names = [f.name for f in services.functions] + [d.name for d in services.data]
     assert sorted(names) == sorted(listed("platform-services.txt"))
     assert [(d.name, d.type) for d in services.data] == [("erps_event_queue", "uintptr_t")]
+
+
+def test_every_section_of_the_driver_has_its_source_file(driver):
+    named = [Section(heading, []).name for heading in driver.headings]
+    assert len(named) == 23
+    folder = os.path.join(ROOT, "vdevice", "driver")
+    assert [name for name in named if not os.path.isfile(os.path.join(folder, f"{name}.cpp"))] == []
 
 
 def test_every_imported_call_is_documented(driver, services):

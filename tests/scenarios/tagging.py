@@ -41,7 +41,7 @@ class Probe(NamedTuple):
 
 class VidTable:
     """One of the chip's tables by port and VLAN, through the library. `place` is the library's number of a user port,
-    which for some tables is the driver's; `written` the name of the VLAN that a read gives.
+    which for some tables is the driver's; `written` is the name of the VLAN that a read gives.
     """
 
     def __init__(self, lab, cpu, call, shown, written, place, has_action):
@@ -63,7 +63,7 @@ class VidTable:
 
     def get(self, place, vid):
         """(status, (new VLAN, priority)) of a read; outputs that it does not write are UNTOUCHED."""
-        before = f"{self._written}={UNTOUCHED[0]}", f"priority={UNTOUCHED[1]}"
+        before = (f"{self._written}={UNTOUCHED[0]}", f"priority={UNTOUCHED[1]}")
         answer = self._cpu.call(f"{self._call}_get", place, vid, *before)
         return answer["result"], (answer["outputs"][self._written], answer["outputs"]["priority"])
 
