@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "bench/device/flows.h"
-#include "vdevice/io/unique_fd.h"
+#include "vdevice/sockets/unique_fd.h"
 
 namespace bench {
 
@@ -25,7 +25,7 @@ class PacketSender {
     uint64_t send(std::span<const Frame> frames);
 
   private:
-    vdevice::io::UniqueFd socket_;
+    vdevice::UniqueFd socket_;
     std::vector<iovec> pieces_;
     std::vector<mmsghdr> messages_;
 };

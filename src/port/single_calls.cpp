@@ -41,7 +41,10 @@ adp_status_t adp_intf_stat_get(adp_intf_t intf, uint32_t selector, void *value) 
 }
 
 adp_status_t adp_intf_combo_port_copper_or_fiber_check(adp_intf_t intf) {
-    const int32_t port = number(phy_of(Intf(intf)));
+    if (!has_known_kind(Intf(intf))) {
+        return ADP_E_INTF_TYPE;
+    }
+    const int32_t port = number(phy_of(Intf(intf)));  // Contract: -1 for an aggregation interface.
     uint32_t autoneg = 0;
     uint32_t abilities = 0;
     user_port_autoneg_get(0, 0, port, &autoneg);

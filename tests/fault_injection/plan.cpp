@@ -55,7 +55,7 @@ std::optional<Chosen> choose(const Row &row, const State &state) {
     if (!row.wants(state.name)) {
         return std::nullopt;
     }
-    if (row.has("straight")) {
+    if (row.has("straight") && !(state.who == Who::kForeign && row.has("other"))) {
         return Chosen{row.clause("straight"), std::to_string(state.port())};
     }
     if (row.has("any")) {

@@ -1,4 +1,4 @@
-// The two shared libraries as a management program meets them: linked, calling a daemon that stands behind them.
+// The two shared libraries as a management program meets them: linked, calling a daemon.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <poll.h>
@@ -7,16 +7,13 @@
 #include <array>
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <cstring>
 #include <filesystem>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <span>
 #include <string>
 #include <thread>
-#include <utility>
 #include <vector>
 
 #include "platform/device_services.h"
@@ -25,6 +22,7 @@
 #include "vdevice/remote/server.h"
 #include "vdevice/remote/vdev_linkscan.h"
 #include "vdevice/services/testing/device.h"
+#include "vdevice/services/testing/link_changes.h"
 #include "vdevice/services/vdev_equeue.h"
 
 namespace {
@@ -37,7 +35,7 @@ using vdevice::services::Device;
 constexpr uint32_t kVid = Device::kVid;
 constexpr int kPollMilliseconds = 20;
 
-/** One daemon for all tests: the libraries look for it where the environment said at their first call. */
+/** One daemon for all tests: the libraries read the path of its socket at their first call and keep it. */
 class Libraries : public testing::Test {
   protected:
     static void SetUpTestSuite() {
@@ -96,35 +94,7 @@ std::thread Libraries::thread;
 std::atomic<bool> Libraries::stopping{false};
 std::atomic<int> Libraries::looks{0};
 
-/** The link changes that a callback was called with. */
-class Changes {
-  public:
-    static constexpr std::chrono::seconds kPatience{10};
-
-    void add(std::vector<uint32_t> change) {
-        const std::lock_guard guard(mutex_);
-        changes_.push_back(std::move(change));
-        thread_ = std::this_thread::get_id();
-        news_.notify_all();
-    }
-    std::vector<std::vector<uint32_t>> wait_for(size_t number) {
-        std::unique_lock lock(mutex_);
-        news_.wait_for(lock, kPatience, [&] { return changes_.size() >= number; });
-        return std::exchange(changes_, {});
-    }
-    std::thread::id thread() {
-        const std::lock_guard guard(mutex_);
-        return thread_;
-    }
-
-  private:
-    std::mutex mutex_;
-    std::condition_variable news_;
-    std::vector<std::vector<uint32_t>> changes_;
-    std::thread::id thread_;
-};
-
-Changes changes;
+vdevice::LinkChanges changes;
 
 int32_t note_change(uint32_t unit, uint32_t port, const uint32_t info[4]) {
     changes.add({unit, port, info[0], info[1], info[2], info[3]});
@@ -205,7 +175,7 @@ TEST_F(Libraries, TellOfLinkChangesOnAThreadOfTheirOwn) {
     }
 }
 
-// A change that nobody heard of may still be on its way when somebody registers again; the next round waits longer.
+// A change from before the registration may still arrive after it; the next round waits longer.
 TEST_F(Libraries, StopTellingWhenNobodyIsRegistered) {
     constexpr std::chrono::milliseconds kLongest{1024};
     std::vector<uint32_t> ports;

@@ -34,6 +34,9 @@ adp_status_t adp_intf_stat_get(adp_intf_t intf, uint32_t selector, void *out) {
 }
 
 adp_status_t adp_intf_combo_port_copper_or_fiber_check(adp_intf_t intf) {
+    if (intf >> 28 > 1) {
+        return 201;
+    }
     const int32_t port = adp_intf_2_phy_id(intf);
     uint32_t autoneg = 0;
     user_port_autoneg_get(0, 0, port, &autoneg);

@@ -1,7 +1,4 @@
-/**
- * @file remote_test.h
- * What the tests of client and server share: a folder, a server's loop, a small device, a client without manners.
- */
+// What the tests of client and server share: a folder, a server's loop, a small device, a client that sends anything.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -68,7 +65,7 @@ class Loop {
     std::thread thread_;
 };
 
-/** A client without manners, to send what a real one would not. */
+/** A client that sends what a real one would not. */
 class RawClient {
   public:
     explicit RawClient(const std::string &path) : socket_(socket(AF_UNIX, SOCK_STREAM, 0)) {
