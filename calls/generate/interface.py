@@ -295,7 +295,6 @@ class _Reader:
 
 
 def refuse_duplicates(owner, named):
-    names = [one.name for one in named]
-    for name in names:
+    for name in (names := [one.name for one in named]):
         if names.count(name) > 1:
             raise HeaderError(f"{owner}: two named '{name}'")
