@@ -54,7 +54,7 @@ void *real_function(CallId id) {
 int64_t hand_on(CallId id, const void *const *arguments) {
     void *function = real_function(id);
     if (function == nullptr) {
-        return calls::call(id).result == calls::Result::Text ? 0 : kNoSuchFunction;
+        return calls::call(id).result == calls::Result::kText ? 0 : kNoSuchFunction;
     }
     return calls::call_function(function, id, arguments);
 }

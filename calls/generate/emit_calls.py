@@ -147,8 +147,6 @@ def forward_source(calls):
 namespace calls {{
 namespace {{
 
-using Invoker = int64_t (*)(void *, const void *const *);
-
 constexpr Invoker kInvokers[kCallCount] = {{
 {rows}}};
 

@@ -33,10 +33,12 @@ const char *onu_mac2str(const uint8_t mac[6]);
 @pytest.fixture(name="headers")
 def fixture_headers(tmp_path):
     def write(driver=DRIVER, services=SERVICES, types=TYPES):
-        for name, text in (("types.h", types), ("driver.h", driver), ("services.h", services)):
+        (tmp_path / "adp").mkdir(exist_ok=True)
+        for name, text in (("adp/types.h", types), ("adp/adp.h", "#include <adp/types.h>\n"), ("driver.h", driver),
+                           ("services.h", services)):
             (tmp_path / name).write_text(text, encoding="utf-8")
-        return str(tmp_path / "types.h"), [["driver", str(tmp_path / "driver.h")],
-                                           ["services", str(tmp_path / "services.h")]]
+        return str(tmp_path / "adp/types.h"), [["driver", str(tmp_path / "driver.h")],
+                                               ["services", str(tmp_path / "services.h")]]
     return write
 
 
@@ -58,10 +60,10 @@ def test_structs_come_innermost_first(headers):
 
 def test_table_rows_carry_direction_extent_and_counter(headers):
     table = emit_table.call_table(read(headers))
-    assert '{"ports", {Kind::U32, true, nullptr}, Direction::In, false, 8, kNotCounted}' in table
-    assert '{"outer", {Kind::Struct, false, &kStruct_outer_t}, Direction::In, false, 1, kNotCounted}' in table
-    assert '{"list", {Kind::U16, false, nullptr}, Direction::Out, false, 0, 1}' in table
-    assert '{"format", {Kind::Char, false, nullptr}, Direction::In, true, 1, kNotCounted}' in table
+    assert '{"ports", {Kind::kU32, 4, true}, Direction::kIn, Shape::kPlain, 8, kNotCounted}' in table
+    assert '{"outer", {Kind::kStruct, sizeof(outer_t), false, false, &kStruct_outer_t}, Direction::kIn, Shape::kPlain, 1, ' in table
+    assert '{"list", {Kind::kU16, 2}, Direction::kOut, Shape::kPlain, 0, 1}' in table
+    assert '{"format", {Kind::kChar, 1}, Direction::kIn, Shape::kText, 1, kNotCounted}' in table
     assert "offsetof(entry_t, ports)" in table
 
 
@@ -88,7 +90,7 @@ def test_export_map_names_functions_and_data_of_the_library(headers):
 
 def test_word_blocks_travel_as_words(headers):
     calls = read(headers, driver="/** Reads. */ int32_t get_vlan_info(uint32_t vid, uint8_t record[64]);")
-    assert '{"record", {Kind::U32, false, nullptr}, Direction::Out, false, 16, kNotCounted}' in \
+    assert '{"record", {Kind::kU32, 4}, Direction::kOut, Shape::kPlain, 16, kNotCounted}' in \
         emit_table.call_table(calls)
 
 
@@ -128,7 +130,7 @@ def test_what_no_message_can_carry_is_refused(headers, declaration, sentence):
 
 def run(headers, folder, **texts):
     types, libraries = headers(**texts)
-    arguments = ["--output", str(folder), "--types", types]
+    arguments = ["--output", str(folder), "--include", os.path.dirname(os.path.dirname(types))]
     for name, header in libraries:
         arguments += ["--library", name, header]
     return generate.main(arguments)
@@ -139,7 +141,7 @@ def test_equal_files_are_not_written_again(headers, tmp_path):
     assert run(headers, folder) == 0
     names = sorted(os.listdir(folder))
     assert names == ["call_id.h", "call_table.cpp", "driver.map", "driver_calls.cpp", "driver_calls.h",
-                     "driver_stubs.cpp", "forward.cpp", "services.map", "services_stubs.cpp"]
+                     "driver_stubs.cpp", "exported_calls.cpp", "forward.cpp", "services.map", "services_stubs.cpp"]
     for name in names:
         os.utime(folder / name, (1, 1))
     assert run(headers, folder) == 0

@@ -8,31 +8,21 @@
 
 namespace lives {
 
-using adpsh::Direction;
-using adpsh::Kind;
-using adpsh::Parameter;
-using adpsh::Shape;
+using calls::Direction;
+using calls::Kind;
+using calls::Param;
+using calls::Shape;
 
 namespace {
 
 constexpr uint8_t kUntouched = 0xA5;
 constexpr size_t kSetBytes = sizeof(adp_ports_t);
 
-void store(const adpsh::Type &type, uint64_t number, uint8_t *to) {
-    const auto as = [&](auto value) { std::memcpy(to, &value, sizeof value); };
-    switch (type.size) {
-        case 1:
-            return as(static_cast<uint8_t>(number));
-        case 2:
-            return as(static_cast<uint16_t>(number));
-        case 4:
-            return as(static_cast<uint32_t>(number));
-        default:
-            return as(number);
-    }
+void store(const calls::Element &type, uint64_t number, uint8_t *to) {
+    calls::store(type.kind, to, static_cast<int64_t>(number));
 }
 
-bool is_named(const Parameter &parameter, std::string_view name) {
+bool is_named(const Param &parameter, std::string_view name) {
     return parameter.name == name;
 }
 
@@ -46,37 +36,20 @@ void fill_equal_bytes(Random &random, uint8_t *to, size_t size) {
 }  // namespace
 
 int64_t Slot::number() const {
-    const auto as = [&](auto value) {
-        std::memcpy(&value, data(), sizeof value);
-        return static_cast<int64_t>(value);
-    };
-    switch (parameter->type.kind) {
-        case Kind::kU8:
-            return as(uint8_t{});
-        case Kind::kU16:
-            return as(uint16_t{});
-        case Kind::kI32:
-            return as(int32_t{});
-        case Kind::kU64:
-            return as(uint64_t{});
-        case Kind::kWord:
-            return as(uintptr_t{});
-        default:
-            return as(uint32_t{});
-    }
+    return calls::load(parameter->element.kind, data());
 }
 
-Arguments::Arguments(const adpsh::Call &call, uint64_t seed, const std::vector<uint32_t> &preset)
-    : call_(call), random_(seed), slots_(call.parameters.size()), pointers_(call.parameters.size()) {
+Arguments::Arguments(const exported::Call &call, uint64_t seed, const std::vector<uint32_t> &preset)
+    : call_(call), random_(seed), slots_(call.params.size()), pointers_(call.params.size()) {
     for (size_t index = 0; index < slots_.size(); ++index) {
         Slot &slot = slots_[index];
-        slot.parameter = &call.parameters[index];
+        slot.parameter = &call.params[index];
         if (slot.parameter->direction != Direction::kValue) {
             continue;
         }
-        slot.storage.resize(slot.parameter->type.size / sizeof(uint64_t) + 1);
+        slot.storage.resize(slot.parameter->element.size / sizeof(uint64_t) + 1);
         if (index < preset.size()) {
-            store(slot.parameter->type, preset[index], slot.data());
+            store(slot.parameter->element, preset[index], slot.data());
         } else {
             fill_value(slot);
         }
@@ -94,16 +67,16 @@ bool Arguments::is_receive() const {
 }
 
 void Arguments::fill_value(Slot &slot) {
-    const Parameter &parameter = *slot.parameter;
+    const Param &parameter = *slot.parameter;
     constexpr uint32_t kLongFrame = 90;
     constexpr int32_t kLengths[] = {0, 1, 2, 2, 4, 4, 4, 6, 16, 32, 63, 64, 65, 255, 256, 257, -1};
     const std::string_view name = parameter.name;
-    switch (parameter.type.kind) {
-        case Kind::kRecord:
-            fill_element(parameter.type, parameter.name, slot.data());
+    switch (parameter.element.kind) {
+        case Kind::kStruct:
+            fill_element(parameter.element, parameter.name, slot.data());
             return;
         case Kind::kCallback: {
-            void (*const receiver)() = random_.one_in(4) ? nullptr : parameter.type.callback->print;
+            void (*const receiver)() = random_.one_in(4) ? nullptr : parameter.element.callback->report;
             std::memcpy(slot.data(), &receiver, sizeof receiver);
             return;
         }
@@ -112,37 +85,37 @@ void Arguments::fill_value(Slot &slot) {
             if (name == "ports" || name == "untagged") {
                 slot.pointed.resize(kSetBytes);
                 for (size_t n = 0; n < kSetBytes; n += sizeof(uint32_t)) {
-                    store(adpsh::kWord32, random_.sparse(), &slot.pointed[n]);
+                    store(calls::kWord32, random_.sparse(), &slot.pointed[n]);
                 }
                 const auto address = reinterpret_cast<uintptr_t>(random_.one_in(4) ? nullptr : slot.pointed.data());
                 std::memcpy(slot.data(), &address, sizeof address);
                 return;
             }
-            store(parameter.type, any_number(random_), slot.data());
+            store(parameter.element, any_number(random_), slot.data());
             return;
         case Kind::kU64:
-            store(parameter.type, uint64_t{random_.sparse()} << 32 | random_.next(), slot.data());
+            store(parameter.element, uint64_t{random_.sparse()} << 32 | random_.next(), slot.data());
             return;
         default:
             break;
     }
     if (name == "length") {
         // The low 16 bits count; a dump takes them all.
-        const bool is_dump = parameter.type.kind == Kind::kI32;
+        const bool is_dump = parameter.element.kind == Kind::kI32;
         const uint32_t length = is_dump && random_.one_in(8) ? static_cast<uint32_t>(-1) : random_.below(kLongFrame);
-        store(parameter.type, length | (is_dump || !random_.one_in(8) ? 0 : 0x10000), slot.data());
+        store(parameter.element, length | (is_dump || !random_.one_in(8) ? 0 : 0x10000), slot.data());
     } else if (name.find("_len") != std::string_view::npos) {
-        store(parameter.type, static_cast<uint32_t>(random_.one_of(kLengths)), slot.data());
+        store(parameter.element, static_cast<uint32_t>(random_.one_of(kLengths)), slot.data());
     } else {
-        store(parameter.type, number_for(random_, name), slot.data());
+        store(parameter.element, number_for(random_, name), slot.data());
     }
 }
 
-size_t Arguments::extent(const Parameter &parameter) const {
-    if (parameter.counter == adpsh::kNoCounter) {
-        return parameter.count;
+size_t Arguments::extent(const Param &parameter) const {
+    if (parameter.counted_by == calls::kNotCounted) {
+        return parameter.extent;
     }
-    const Slot &counter = slots_[static_cast<size_t>(parameter.counter)];
+    const Slot &counter = slots_[static_cast<size_t>(parameter.counted_by)];
     const int64_t count = counter.number();
     if (is_named(*counter.parameter, "length")) {
         return count < 0 ? 0 : static_cast<size_t>(count & 0xFFFF);
@@ -150,7 +123,7 @@ size_t Arguments::extent(const Parameter &parameter) const {
     return count < 0 || count > 4096 ? 0 : static_cast<size_t>(count);
 }
 
-bool Arguments::may_be_null(const Parameter &parameter) const {
+bool Arguments::may_be_null(const Param &parameter) const {
     static constexpr struct {
         std::string_view call;
         std::string_view parameter;
@@ -165,7 +138,7 @@ bool Arguments::may_be_null(const Parameter &parameter) const {
 
 void Arguments::fill_memory(size_t index) {
     Slot &slot = slots_[index];
-    const Parameter &parameter = *slot.parameter;
+    const Param &parameter = *slot.parameter;
     constexpr uint32_t kNullOneIn = 4;
     slot.elements = extent(parameter);
     slot.storage.resize(slot.bytes() / sizeof(uint64_t) + 1);
@@ -177,20 +150,20 @@ void Arguments::fill_memory(size_t index) {
         fill_list(slot);
     } else if (parameter.shape == Shape::kFrameRecord) {
         fill_frame_record(slot);
-    } else if (adpsh::is_input(parameter)) {
+    } else if (parameter.is_read()) {
         fill_elements(slot);
     }
 }
 
 void Arguments::fill_elements(Slot &slot) {
-    const Parameter &parameter = *slot.parameter;
+    const Param &parameter = *slot.parameter;
     constexpr const char *kTexts[] = {"eth0", "eth0", "eth1", "", "a name of more than sixteen", "%s %d"};
-    if (parameter.type.kind == Kind::kText) {
+    if (parameter.is_text()) {
         const std::string_view text = random_.one_of(kTexts);
         slot.elements = text.size() + 1;
         slot.storage.assign(slot.elements / sizeof(uint64_t) + 1, 0);
         std::memcpy(slot.data(), text.data(), text.size());
-    } else if (parameter.type.kind == Kind::kOpaque) {
+    } else if (parameter.element.kind == Kind::kOpaque) {
         fill_equal_bytes(random_, slot.data(), slot.bytes());
     } else if (is_named(parameter, "frame")) {
         std::vector<uint8_t> frame(slot.elements);
@@ -198,15 +171,15 @@ void Arguments::fill_elements(Slot &slot) {
         std::copy(frame.begin(), frame.end(), slot.data());
     } else {
         for (size_t n = 0; n < slot.elements; ++n) {
-            fill_element(parameter.type, parameter.name, slot.data() + n * parameter.type.size);
+            fill_element(parameter.element, parameter.name, slot.data() + n * parameter.element.size);
         }
     }
 }
 
-void Arguments::fill_element(const adpsh::Type &type, const char *name, uint8_t *to) {
+void Arguments::fill_element(const calls::Element &type, const char *name, uint8_t *to) {
     const std::string_view what = name;
-    if (type.kind == Kind::kRecord) {
-        fill_record(*type.record, name, to);
+    if (type.kind == Kind::kStruct) {
+        fill_record(*type.layout, name, to);
     } else if (what == "members" || what == "untagged" || what == "bitmap" || what == "word") {
         store(type, random_.one_in(3) ? random_.next() : random_.sparse(), to);
     } else if (type.is_interface) {
@@ -218,7 +191,7 @@ void Arguments::fill_element(const adpsh::Type &type, const char *name, uint8_t 
     }
 }
 
-void Arguments::fill_record(const adpsh::Record &record, const char *name, uint8_t *to) {
+void Arguments::fill_record(const calls::Struct &record, const char *name, uint8_t *to) {
     const std::string_view type = record.name;
     if (type == "FpEntity") {
         FpEntity entity{};
@@ -226,9 +199,9 @@ void Arguments::fill_record(const adpsh::Record &record, const char *name, uint8
         std::memcpy(to, &entity, sizeof entity);
         return;
     }
-    for (const adpsh::Field &field : record.fields) {
+    for (const calls::Field &field : record.fields) {
         for (size_t n = 0; n < field.count; ++n) {
-            fill_element(field.type, field.name, to + field.offset + n * field.type.size);
+            fill_element(field.element, field.name, to + field.offset + n * field.element.size);
         }
     }
     if (type == "RemarkRule") {
@@ -260,7 +233,7 @@ void Arguments::fill_entity(FpEntity &entity, bool as_equal_bytes) {
     };
     const auto fill_words = [&](uint8_t *to, size_t size) {
         for (size_t n = 0; n < size; n += sizeof(uint32_t)) {
-            store(adpsh::kWord32, n == 0 ? any_number(random_) : random_.sparse(), to + n);
+            store(calls::kWord32, n == 0 ? any_number(random_) : random_.sparse(), to + n);
         }
     };
     entity.submodule_type = number_for(random_, "submodule_type");
@@ -285,7 +258,7 @@ void Arguments::fill_entity(FpEntity &entity, bool as_equal_bytes) {
         FpAction &action = entity.actions[n];
         action.type = random_.one_of(kActions);
         fill_words(action.param, sizeof(adp_ports_t));
-        store(adpsh::kWord32, random_.below(20), action.param2);
+        store(calls::kWord32, random_.below(20), action.param2);
     }
 }
 
@@ -370,7 +343,7 @@ std::vector<uint8_t> Arguments::comparable(size_t index) const {
         std::memcpy(bytes.data(), slot.data(), bytes.size());
         put_offset(0, slots_[0].data());
     } else if (slot.parameter->shape == Shape::kFrameRecord) {
-        for (const adpsh::Field &field : slot.parameter->type.record->fields) {
+        for (const calls::Field &field : slot.parameter->element.layout->fields) {
             if (field.is_pointer) {
                 put_offset(field.offset, slot.pointed.data());
             }

@@ -9,6 +9,7 @@
 #include <map>
 #include <string_view>
 
+#include "calls/exported.h"
 #include "tests/differential/arguments.h"
 #include "tests/differential/call_text.h"
 #include "tests/differential/chip.h"
@@ -18,25 +19,19 @@
 #include "tests/support/fake_system.h"
 #include "tests/support/trace_file.h"
 #include "tests/support/trace_text.h"
-#include "tools/adpsh/events.h"
-#include "tools/adpsh/table.h"
-
-// The shell's generated table hands events here.
-namespace adpsh {
-
-int32_t report_event(const Callback &callback, const void *const *arguments) {
-    std::string text = callback.name;
-    for (size_t index = 0; index < callback.parameters.size(); ++index) {
-        const Parameter &parameter = callback.parameters[index];
-        text += " " + trace_text::words(arguments[index], parameter.count * parameter.type.size);
-    }
-    return lives::chip().answer_event(text);
-}
-
-}  // namespace adpsh
 
 namespace lives {
 namespace {
+
+int32_t answer_event(const exported::Callback &callback, const void *const *arguments) {
+    std::string text = callback.name;
+    for (size_t index = 0; index < callback.params.size(); ++index) {
+        const calls::Param &parameter = callback.params[index];
+        const void *from = calls::target(parameter, arguments[index]);
+        text += " " + trace_text::words(from, parameter.extent * parameter.element.size);
+    }
+    return chip().answer_event(text);
+}
 
 /** How often a call is made, compared with the others. */
 uint32_t weight_of(std::string_view name) {
@@ -79,7 +74,7 @@ uint32_t weight_of(std::string_view name) {
 }
 
 size_t index_of(std::string_view name) {
-    const auto calls = adpsh::calls();
+    const auto calls = exported::calls();
     const auto found = std::find_if(calls.begin(), calls.end(), [&](const auto &call) { return call.name == name; });
     if (found == calls.end()) {
         std::fprintf(stderr, "lives: there is no call named %s\n", std::string(name).c_str());
@@ -92,8 +87,8 @@ size_t index_of(std::string_view name) {
 const std::vector<size_t> &urn() {
     static const std::vector<size_t> balls = [] {
         std::vector<size_t> all;
-        for (size_t index = 0; index < adpsh::calls().size(); ++index) {
-            all.insert(all.end(), weight_of(adpsh::calls()[index].name), index);
+        for (size_t index = 0; index < exported::calls().size(); ++index) {
+            all.insert(all.end(), weight_of(exported::calls()[index].name), index);
         }
         return all;
     }();
@@ -143,7 +138,7 @@ void falsify(const char *call) {
 }
 
 const char *name_of(const Step &step) {
-    return adpsh::calls()[step.call].name;
+    return exported::calls()[step.call].name;
 }
 
 namespace {
@@ -201,7 +196,7 @@ bool is_same_text(std::string_view library, std::string_view model) {
 
 /** Everything that one side did in a step. */
 struct Deed {
-    adpsh::Result result{};
+    int64_t result = 0;
     std::string out;
     std::string err;
     std::vector<uint8_t> notes;
@@ -316,23 +311,25 @@ struct Life::State {
 
 namespace {
 
-std::string result_text(const adpsh::Result &result) {
-    return result.address != nullptr ? "an address" : std::to_string(result.number);
+std::string result_text(const exported::Call &call, int64_t result) {
+    return call.result == calls::Result::kStruct && result != 0 ? "an address" : std::to_string(result);
 }
 
 /** Addresses lead to records: these are compared, of a list node the rule. */
-bool is_same_result(const adpsh::Call &call, const adpsh::Result &library, const adpsh::Result &model) {
-    if (call.result != adpsh::ResultKind::kRecord) {
-        return library.number == model.number;
+bool is_same_result(const exported::Call &call, int64_t library, int64_t model) {
+    if (call.result != calls::Result::kStruct) {
+        return library == model;
     }
-    if (library.address == nullptr || model.address == nullptr) {
-        return library.address == model.address;
+    if (library == 0 || model == 0) {
+        return library == model;
     }
-    if (std::string_view(call.record->name) == "FpListNode") {
-        const auto entity = [](const void *node) { return &static_cast<const FpListNode *>(node)->entity; };
-        return std::memcmp(entity(library.address), entity(model.address), sizeof(FpEntity)) == 0;
+    if (std::string_view(call.layout->name) == "FpListNode") {
+        const auto entity = [](int64_t node) {
+            return &static_cast<const FpListNode *>(calls::address_of(node))->entity;
+        };
+        return std::memcmp(entity(library), entity(model), sizeof(FpEntity)) == 0;
     }
-    return std::memcmp(library.address, model.address, call.record->size) == 0;
+    return std::memcmp(calls::address_of(library), calls::address_of(model), call.layout->size) == 0;
 }
 
 }  // namespace
@@ -343,7 +340,9 @@ std::string Life::State::compare(const Arguments &library_arguments, const Argum
         return "the calls that were made";
     }
     if (!is_same_result(library_arguments.call(), library.result, model.result)) {
-        return "the result: library " + result_text(library.result) + ", model " + result_text(model.result);
+        const exported::Call &call = library_arguments.call();
+        return "the result: library " + result_text(call, library.result) + ", model " +
+               result_text(call, model.result);
     }
     if (const char *name = library_arguments.difference(model_arguments)) {
         return "'" + std::string(name) + "' after the call: library" + outputs_text(library_arguments) + ", model" +
@@ -368,9 +367,9 @@ void Life::State::write_trace(const std::string &line, const Arguments &argument
     for (const std::string &each : deed.lines) {
         std::fprintf(trace, "    %s\n", trace_file::portable(each).c_str());
     }
-    const bool is_address = arguments.call().result == adpsh::ResultKind::kRecord;
-    const std::string result = is_address ? (deed.result.address != nullptr ? "an address" : "null")
-                                          : std::to_string(static_cast<int32_t>(deed.result.number));
+    const bool is_address = arguments.call().result == calls::Result::kStruct;
+    const std::string result =
+        is_address ? (deed.result != 0 ? "an address" : "null") : std::to_string(static_cast<int32_t>(deed.result));
     std::fprintf(trace, "= %s%s\n", result.c_str(), outputs_text(arguments).c_str());
     for (const std::string &text : {deed.out, deed.err}) {
         if (!text.empty()) {
@@ -379,7 +378,9 @@ void Life::State::write_trace(const std::string &line, const Arguments &argument
     }
 }
 
-Life::Life(std::FILE *trace) : state_(new State(trace)) {}
+Life::Life(std::FILE *trace) : state_(new State(trace)) {
+    exported::receive_events(answer_event);
+}
 
 Life::~Life() {
     delete state_;
@@ -402,7 +403,7 @@ const Difference &Life::difference() const {
 }
 
 bool Life::live(const Step &step) {
-    const adpsh::Call &call = adpsh::calls()[step.call];
+    const exported::Call &call = exported::calls()[step.call];
     const Model &reference = models()[step.call];
     const bool in_words = state_->describes || state_->trace != nullptr;
     const Arguments library_arguments(call, step.seed, step.values);
@@ -410,12 +411,14 @@ bool Life::live(const Step &step) {
     const std::string line = in_words ? trace_line(library_arguments) : "";
     chip().describe(in_words);
     ++state_->number;
-    const Deed model =
-        state_->run(state_->model_system, step, [&] { return reference.invoke(model_arguments.pointers()); });
-    Deed library = state_->run(state_->library_system, step, [&] { return call.invoke(library_arguments.pointers()); });
+    const Deed model = state_->run(state_->model_system, step, [&] {
+        return exported::invoke(call, reference.function, model_arguments.pointers());
+    });
+    Deed library = state_->run(state_->library_system, step,
+                               [&] { return exported::invoke(call, call.function, library_arguments.pointers()); });
     state_->imported_calls += chip().count();
     if (falsified == call.name) {
-        library.result.number ^= 1;
+        library.result ^= 1;
     }
     state_->lines = library.lines;
     if (state_->trace != nullptr) {
@@ -430,7 +433,7 @@ bool Life::live(const Step &step) {
 }
 
 std::string Life::script(const Step &step) {
-    return script_line(Arguments(adpsh::calls()[step.call], step.seed, step.values));
+    return script_line(Arguments(exported::calls()[step.call], step.seed, step.values));
 }
 
 }  // namespace lives

@@ -10,10 +10,10 @@
 #include <cstring>
 #include <string>
 
+#include "calls/exported.h"
 #include "tests/differential/random.h"
 #include "tests/differential/reference_table.h"
 #include "tests/differential/runner.h"
-#include "tools/adpsh/table.h"
 
 namespace {
 
@@ -75,7 +75,7 @@ bool read_options(int argc, char **argv, Options *options) {
 bool has_all_models() {
     bool is_complete = true;
     size_t at = 0;
-    for (const auto &call : adpsh::calls()) {
+    for (const auto &call : exported::calls()) {
         if (at < lives::models().size() && std::strcmp(lives::models()[at].name, call.name) == 0) {
             ++at;
         } else {
@@ -90,9 +90,9 @@ bool has_all_models() {
 int count_missed(uint64_t calls) {
     constexpr uint64_t kLongRun = 20000;
     int missed = 0;
-    for (size_t n = 0; n < adpsh::calls().size() && calls >= kLongRun; ++n) {
+    for (size_t n = 0; n < exported::calls().size() && calls >= kLongRun; ++n) {
         if (lives::counts().calls[n] == 0) {
-            std::printf("lives: %s was never called\n", adpsh::calls()[n].name);
+            std::printf("lives: %s was never called\n", exported::calls()[n].name);
             ++missed;
         }
     }
@@ -167,7 +167,7 @@ int run(const Options &options, std::FILE *trace) {
         return 1;
     }
     std::printf("lives: %llu calls of %zu functions agree, and %llu calls that they made (seed %llu, %.1f s)\n",
-                static_cast<unsigned long long>(made), adpsh::calls().size(),
+                static_cast<unsigned long long>(made), exported::calls().size(),
                 static_cast<unsigned long long>(lives::counts().imported_calls),
                 static_cast<unsigned long long>(options.seed), progress.seconds());
     return 0;

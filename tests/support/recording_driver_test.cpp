@@ -67,7 +67,7 @@ TEST_F(RecordingDriver, SetsStructsWhole) {
     size_t scripted = 0;
     for (const auto &call : calls::calls()) {
         for (const auto &param : call.params) {
-            if (param.is_written() && param.element.kind == calls::Kind::Struct &&
+            if (param.is_written() && param.element.kind == calls::Kind::kStruct &&
                 param.element.layout->size == sizeof entry) {
                 driver().on(call.name).sets_object(param.name, entry);
                 ++scripted;

@@ -38,7 +38,7 @@ TEST(Stubs, HandOnEveryArgumentOfEveryCall) {
         for (uint64_t round = 0; round < kRounds; ++round) {
             driver().reset();
             const uint64_t seed = number * kRounds + round;
-            const bool is_text = calls::call(id).result == calls::Result::Text;
+            const bool is_text = calls::call(id).result == calls::Result::kText;
             const int32_t result = is_text ? 0 : random_call::random_result(id, seed);
             driver().on(name).returns(result);
             const RandomCall call(id, seed);

@@ -21,9 +21,9 @@ void store_address(uint8_t *to, const void *address) {
     std::memcpy(to, &address, sizeof address);
 }
 
-const Field &field_named(const Record &record, std::string_view name) {
+const calls::Field &field_named(const calls::Struct &record, std::string_view name) {
     return *std::find_if(record.fields.begin(), record.fields.end(),
-                         [name](const Field &field) { return field.name == name; });
+                         [name](const calls::Field &field) { return field.name == name; });
 }
 
 const Value *find(const Value &record, std::string_view name) {
@@ -37,7 +37,7 @@ const uint8_t *address_in(const Bytes *frame, const Argument &item) {
     if (is_null(item.value)) {
         return nullptr;
     }
-    const int64_t offset = number_of(item.value, Kind::kU32);
+    const int64_t offset = number_of(item.value, calls::Kind::kU32);
     const int64_t end = frame == nullptr ? 0 : static_cast<int64_t>(frame->size());
     if (offset < 0 || offset + kTagBytes > end) {
         throw Refusal("field '" + item.name + "': the offset " + written(item.value) + " lies outside the frame");
@@ -60,7 +60,7 @@ void Arguments::fill_list(Slot &slot, const Value &value) {
     auto *const head = new (slot.storage.data()) adp_list_link_t{};
     head->next = head->prev = head;
     for (const Argument &item : value.items) {
-        const auto intf = static_cast<adp_intf_t>(number_of(item.value, Kind::kU32));
+        const auto intf = static_cast<adp_intf_t>(number_of(item.value, calls::Kind::kU32));
         Bytes &storage = room_.emplace_back(sizeof(adp_tx_dest_t));
         auto *const node = new (storage.data()) adp_tx_dest_t{{head, head->prev}, intf};
         head->prev->next = &node->link;
@@ -73,19 +73,19 @@ void Arguments::fill_list(Slot &slot, const Value &value) {
  * addresses are written as offsets into the frame.
  */
 void Arguments::fill_frame_record(Slot &slot, const Value &value) {
-    const Record &record = *slot.parameter->type.record;
+    const calls::Struct &record = *slot.parameter->element.layout;
     Value others = value;
     Value addresses{Value::Form::kBraces, {}, {}};
     others.items.clear();
     for (const Argument &item : value.items) {
         const auto field = std::find_if(record.fields.begin(), record.fields.end(),
-                                        [&item](const Field &each) { return each.name == item.name; });
+                                        [&item](const calls::Field &each) { return each.name == item.name; });
         (field != record.fields.end() && field->is_pointer ? addresses : others).items.push_back(item);
     }
     Context context{variables_, room_};
     slot.elements = 1;
     slot.storage.resize(record.size);
-    store_element(slot.parameter->type, others, slot.storage.data(), context);
+    store_element(slot.parameter->element, others, slot.storage.data(), context);
 
     const Value *const frame = find(addresses, kFrame);
     if (frame != nullptr && !is_null(*frame)) {
@@ -93,12 +93,12 @@ void Arguments::fill_frame_record(Slot &slot, const Value &value) {
         room_.back().reserve(1);  // an empty frame has an address too
         slot.pointed = &room_.back();
         store_address(slot.storage.data() + field_named(record, kFrame).offset, slot.pointed->data());
-        const Field &length = field_named(record, kLength);
+        const calls::Field &length = field_named(record, kLength);
         uint8_t *const at = slot.storage.data() + length.offset;
         if (find(others, kLength) == nullptr) {
-            store_number(length.type, static_cast<int64_t>(slot.pointed->size()), at);
+            calls::store(length.element.kind, at, static_cast<int64_t>(slot.pointed->size()));
         }
-        if (load_number(length.type, at) > static_cast<int64_t>(slot.pointed->size())) {
+        if (calls::load(length.element.kind, at) > static_cast<int64_t>(slot.pointed->size())) {
             throw Refusal("the length exceeds the " + std::to_string(slot.pointed->size()) + " bytes of the frame");
         }
     }

@@ -4,19 +4,23 @@
  */
 #pragma once
 
+#include "calls/exported.h"
 #include "tools/adpsh/convert.h"
 #include "tools/adpsh/parser.h"
-#include "tools/adpsh/table.h"
 
 #include <stddef.h>
 #include <deque>
+#include <string>
 #include <vector>
 
 namespace adpsh {
 
+/** How the call is written: its name, inputs in order with inferable counts in brackets, and outputs. */
+std::string usage(const exported::Call &call);
+
 /** One parameter's storage; null when the call is to be handed no address at all. */
 struct Slot {
-    const Parameter *parameter = nullptr;
+    const calls::Param *parameter = nullptr;
     Bytes storage;
     size_t elements = 0;
     bool is_null = false;
@@ -28,15 +32,15 @@ struct Slot {
 class Arguments {
   public:
     /** Reads the line's arguments; a Refusal says what is wrong with them. */
-    Arguments(const Call &call, const Command &command, const Variables &variables);
+    Arguments(const exported::Call &call, const Command &command, const Variables &variables);
     Arguments(const Arguments &) = delete;
     Arguments &operator=(const Arguments &) = delete;
 
     /** Fills what the call only writes, so that a test sees what it left alone. */
     void fill_outputs(uint8_t byte);
 
-    /** Makes the call. */
-    Result invoke();
+    /** Makes the call. @return the result, an address as a number */
+    int64_t invoke();
 
     [[nodiscard]] const std::vector<Slot> &slots() const { return slots_; }
     /** What the slots' storage holds the addresses of: frames, nodes of lists, words given as lists. */
@@ -53,9 +57,9 @@ class Arguments {
     void fill_frame_record(Slot &slot, const Value &value);
     void infer_counts(const std::vector<const Value *> &values);
     void make_room(Slot &slot);
-    [[nodiscard]] size_t extent(const Parameter &parameter) const;
+    [[nodiscard]] size_t extent(const calls::Param &parameter) const;
 
-    const Call &call_;
+    const exported::Call &call_;
     const Variables &variables_;
     std::deque<Bytes> room_;
     std::vector<Slot> slots_;

@@ -1,5 +1,6 @@
 #include "tools/adpsh/builtins.h"
 
+#include "calls/describe.h"
 #include "tools/adpsh/refusal.h"
 #include "tools/adpsh/session.h"
 
@@ -93,7 +94,7 @@ Answer run_wait_frame(Session &session, const Command &command) {
         return {fmt::format("no frame within {} ms", time.count()), {{"frame", nullptr}}};
     }
     session.variables()[kFrameVariable] = *frame;
-    const std::string hex = hex_of(frame->data(), frame->size());
+    const std::string hex = calls::hex_text(frame->data(), frame->size());
     return {"frame = " + hex, {{"frame", hex}}};
 }
 

@@ -10,6 +10,9 @@
 
 namespace adpsh {
 
+using calls::Element;
+using calls::Kind;
+
 namespace {
 
 constexpr int kHexadecimal = 16;
@@ -71,8 +74,8 @@ uintptr_t word_of(const Value &value, Context &context) {
     if (value.form == Value::Form::kBraces) {
         context.room.push_back(bit_set(value, kPortSetWords));
     } else if (value.form == Value::Form::kList) {
-        Bytes words = array_of(kWord32, value, 0, context);
-        refuse_beyond(words.size() / kWord32.size, kWordListBytes / kWord32.size);
+        Bytes words = array_of(calls::kWord32, value, 0, context);
+        refuse_beyond(words.size() / calls::kWord32.size, kWordListBytes / calls::kWord32.size);
         words.resize(kWordListBytes);
         context.room.push_back(std::move(words));
     } else {
@@ -81,19 +84,19 @@ uintptr_t word_of(const Value &value, Context &context) {
     return reinterpret_cast<uintptr_t>(context.room.back().data());
 }
 
-void store_field(const Field &field, const Value &value, uint8_t *record, Context &context) {
+void store_field(const calls::Field &field, const Value &value, uint8_t *record, Context &context) {
     if (field.is_pointer) {
         throw Refusal("an address cannot be given");
     }
     if (field.count == 1) {
-        return store_element(field.type, value, record + field.offset, context);
+        return store_element(field.element, value, record + field.offset, context);
     }
-    const Bytes bytes = array_of(field.type, value, field.type.kind == Kind::kU32 ? field.count : 0, context);
-    refuse_beyond(bytes.size() / field.type.size, field.count);
+    const Bytes bytes = array_of(field.element, value, field.element.kind == Kind::kU32 ? field.count : 0, context);
+    refuse_beyond(bytes.size() / field.element.size, field.count);
     std::copy(bytes.begin(), bytes.end(), record + field.offset);
 }
 
-void store_record(const Record &record, const Value &value, void *to, Context &context) {
+void store_record(const calls::Struct &record, const Value &value, void *to, Context &context) {
     if (value.form != Value::Form::kBraces) {
         throw Refusal("a record {field=value ...} is wanted, not " + written(value));
     }
@@ -106,10 +109,10 @@ void store_record(const Record &record, const Value &value, void *to, Context &c
     }
     for (const Argument &item : value.items) {
         const auto field = std::find_if(record.fields.begin(), record.fields.end(),
-                                        [&item](const Field &each) { return each.name == item.name; });
+                                        [&item](const calls::Field &each) { return each.name == item.name; });
         if (field == record.fields.end()) {
             std::vector<std::string_view> names;
-            for (const Field &each : record.fields) {
+            for (const calls::Field &each : record.fields) {
                 names.emplace_back(each.name);
             }
             throw Refusal(item.name.empty() ? "'" + written(item.value) + "' needs the name of a field in front"
@@ -154,20 +157,20 @@ Bytes bytes_of(const Value &value, const Variables &variables) {
     return result;
 }
 
-void store_element(const Type &type, const Value &value, void *to, Context &context) {
-    if (type.kind == Kind::kRecord) {
-        return store_record(*type.record, value, to, context);
+void store_element(const Element &element, const Value &value, void *to, Context &context) {
+    if (element.kind == Kind::kStruct) {
+        return store_record(*element.layout, value, to, context);
     }
-    if (type.kind == Kind::kWord) {
+    if (element.kind == Kind::kWord) {
         const uintptr_t word = word_of(value, context);
         std::memcpy(to, &word, sizeof word);
         return;
     }
-    store_number(type, number_of(value, type.kind), to);
+    calls::store(element.kind, to, number_of(value, element.kind));
 }
 
-Bytes array_of(const Type &type, const Value &value, size_t words, Context &context) {
-    if (type.kind == Kind::kU8 || type.kind == Kind::kOpaque) {
+Bytes array_of(const Element &element, const Value &value, size_t words, Context &context) {
+    if (element.kind == Kind::kU8 || element.kind == Kind::kOpaque) {
         return bytes_of(value, context.variables);
     }
     if (words != 0 && value.form == Value::Form::kBraces) {
@@ -177,9 +180,9 @@ Bytes array_of(const Type &type, const Value &value, size_t words, Context &cont
         throw Refusal("a list [a, b] is wanted, not " + written(value));
     }
     refuse_beyond(value.items.size(), kMaxElements);
-    Bytes result(value.items.size() * type.size);
+    Bytes result(value.items.size() * element.size);
     for (size_t i = 0; i < value.items.size(); ++i) {
-        store_element(type, value.items[i].value, result.data() + i * type.size, context);
+        store_element(element, value.items[i].value, result.data() + i * element.size, context);
     }
     return result;
 }

@@ -4,8 +4,8 @@
  */
 #pragma once
 
+#include "calls/element.h"
 #include "tools/adpsh/parser.h"
-#include "tools/adpsh/table.h"
 
 #include <stddef.h>
 #include <stdint.h>
@@ -35,20 +35,15 @@ struct Context {
 bool is_null(const Value &value);
 
 /** A number, the name of a constant, or an aggregation interface: agg3, ADP_AGG_INTF(3). */
-int64_t number_of(const Value &value, Kind kind);
+int64_t number_of(const Value &value, calls::Kind kind);
 
 /** Bytes as hexadecimal digits, with or without colons, as a list, or as $NAME. */
 Bytes bytes_of(const Value &value, const Variables &variables);
 
-/** One element of a type, written to `to`, which has room for it. */
-void store_element(const Type &type, const Value &value, void *to, Context &context);
+/** One element, written to `to`, which has room for it. */
+void store_element(const calls::Element &element, const Value &value, void *to, Context &context);
 
 /** An array as its bytes: `[a, b]`, byte strings, sets `{1, 5}` where `words` is the size of the bitmap, else 0. */
-Bytes array_of(const Type &type, const Value &value, size_t words, Context &context);
-
-/** Stores a number with a type's width. */
-void store_number(const Type &type, int64_t number, void *to);
-/** Reads a number of a type; unsigned 64-bit ones beyond the signed range come out negative. */
-int64_t load_number(const Type &type, const void *from);
+Bytes array_of(const calls::Element &element, const Value &value, size_t words, Context &context);
 
 }  // namespace adpsh

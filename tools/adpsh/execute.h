@@ -4,10 +4,10 @@
  */
 #pragma once
 
+#include "calls/exported.h"
 #include "tools/adpsh/arguments.h"
 #include "tools/adpsh/parser.h"
 #include "tools/adpsh/refusal.h"
-#include "tools/adpsh/table.h"
 
 #include <memory>
 #include <string>
@@ -16,9 +16,9 @@
 namespace adpsh {
 
 struct Outcome {
-    const Call *call = nullptr;
+    const exported::Call *call = nullptr;
     std::unique_ptr<Arguments> arguments;
-    Result result = {0, nullptr};
+    int64_t result = 0;               ///< an address as a number
     std::vector<std::string> trace;   ///< the driver calls that the call made
     std::vector<std::string> events;  ///< callbacks that the library called
     std::string printed_stdout;       ///< what the library printed, where it is captured
@@ -30,9 +30,6 @@ struct ExecuteOptions {
     bool trace = false;
 };
 
-/** Whether this build can show driver calls. */
-bool can_trace();
-
 /** A call used an address that is not valid and was ended in the middle: what the library holds is unknown now. */
 class BrokenCall : public Refusal {
   public:
@@ -40,6 +37,6 @@ class BrokenCall : public Refusal {
 };
 
 /** Makes the call; a Refusal says why it could not be made, a BrokenCall how it went wrong. */
-Outcome execute(const Call &call, const Command &command, const Variables &variables, ExecuteOptions options);
+Outcome execute(const exported::Call &call, const Command &command, const Variables &variables, ExecuteOptions options);
 
 }  // namespace adpsh

@@ -1,16 +1,18 @@
 // Numbers and the names that stand for them.
 #include "tools/adpsh/convert.h"
+#include "calls/exported.h"
 #include "tools/adpsh/refusal.h"
 #include "tools/adpsh/suggest.h"
 
 #include <adp/adp.h>
 
 #include <charconv>
-#include <cstring>
 #include <limits>
 #include <optional>
 
 namespace adpsh {
+
+using calls::Kind;
 
 namespace {
 
@@ -57,7 +59,7 @@ std::optional<uint64_t> aggregation_interface(std::string_view text) {
 }
 
 std::optional<Written> read(std::string_view text) {
-    if (const Constant *constant = find_constant(text)) {
+    if (const exported::Constant *constant = exported::find_constant(text)) {
         const bool negative = constant->value < 0;
         return Written{negative, static_cast<uint64_t>(negative ? -constant->value : constant->value)};
     }
@@ -86,19 +88,6 @@ uint64_t limit_of(Kind kind) {
     }
 }
 
-template <typename T>
-void put(int64_t number, void *to) {
-    const auto narrow = static_cast<T>(number);
-    std::memcpy(to, &narrow, sizeof narrow);
-}
-
-template <typename T>
-int64_t take(const void *from) {
-    T number;
-    std::memcpy(&number, from, sizeof number);
-    return static_cast<int64_t>(number);
-}
-
 }  // namespace
 
 int64_t number_of(const Value &value, Kind kind) {
@@ -108,7 +97,7 @@ int64_t number_of(const Value &value, Kind kind) {
     const auto number = read(value.text);
     if (!number) {
         std::vector<std::string_view> names;
-        for (const Constant &constant : constants()) {
+        for (const exported::Constant &constant : exported::constants()) {
             names.emplace_back(constant.name);
         }
         throw Refusal("'" + written(value) + "' is neither a number nor the name of one" +
@@ -119,41 +108,6 @@ int64_t number_of(const Value &value, Kind kind) {
         throw Refusal("'" + written(value) + "' is out of range");
     }
     return static_cast<int64_t>(number->negative ? uint64_t{0} - number->size : number->size);
-}
-
-void store_number(const Type &type, int64_t number, void *to) {
-    switch (type.kind) {
-        case Kind::kU8:
-            return put<uint8_t>(number, to);
-        case Kind::kU16:
-        case Kind::kI16:
-            return put<uint16_t>(number, to);
-        case Kind::kU64:
-            return put<int64_t>(number, to);
-        case Kind::kWord:
-            return put<uintptr_t>(number, to);
-        default:
-            return put<uint32_t>(number, to);
-    }
-}
-
-int64_t load_number(const Type &type, const void *from) {
-    switch (type.kind) {
-        case Kind::kU8:
-            return take<uint8_t>(from);
-        case Kind::kU16:
-            return take<uint16_t>(from);
-        case Kind::kI16:
-            return take<int16_t>(from);
-        case Kind::kU64:
-            return take<int64_t>(from);
-        case Kind::kWord:
-            return take<uintptr_t>(from);
-        case Kind::kI32:
-            return take<int32_t>(from);
-        default:
-            return take<uint32_t>(from);
-    }
 }
 
 }  // namespace adpsh

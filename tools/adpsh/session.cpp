@@ -1,6 +1,7 @@
 #include "tools/adpsh/session.h"
 
 #include "tools/adpsh/builtins.h"
+#include "tools/adpsh/events.h"
 #include "tools/adpsh/execute.h"
 #include "tools/adpsh/refusal.h"
 #include "tools/adpsh/suggest.h"
@@ -21,7 +22,7 @@ constexpr std::string_view kBlanks = " \t\r";
     for (const Builtin &builtin : builtins()) {
         names.push_back(builtin.name);
     }
-    for (const Call &call : calls()) {
+    for (const exported::Call &call : exported::calls()) {
         names.emplace_back(call.name);
     }
     throw Refusal("there is no call '" + written({Value::Form::kWord, name, {}}) + "'" + did_you_mean(name, names));
@@ -44,13 +45,8 @@ std::optional<std::string_view> behind(std::string_view word, std::string_view l
 }  // namespace
 
 Session::Session(SessionOptions options)
-    : options_(options), report_(options.json ? json_report() : text_report(options.numbered)) {}
-
-void Session::trace(bool on) {
-    if (on && !can_trace()) {
-        throw Refusal("this build of the shell cannot show driver calls");
-    }
-    options_.trace = on;
+    : options_(options), report_(options.json ? json_report() : text_report(options.numbered)) {
+    exported::receive_events(keep_event);
 }
 
 bool Session::run(std::string_view line) {
@@ -84,7 +80,7 @@ void Session::execute_line(std::string_view line) {
     }
     if (const Builtin *builtin = find_builtin(command.name)) {
         report_->answer(line_, builtin->run(*this, command));
-    } else if (const Call *call = find_call(command.name)) {
+    } else if (const exported::Call *call = exported::find_call(command.name)) {
         if (is_broken_) {
             // A lock that the broken call held would stop the next one for ever.
             throw Refusal("an earlier call was ended in the middle, the library cannot be used any more: start again");

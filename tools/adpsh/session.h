@@ -31,7 +31,7 @@ class Session {
 
     // For the shell's own commands.
     void end() { is_over_ = true; }
-    void trace(bool on);
+    void trace(bool on) { options_.trace = on; }
     [[nodiscard]] Variables &variables() { return variables_; }
     [[nodiscard]] FrameSocket &frames() { return frames_; }
 

@@ -1,7 +1,7 @@
 // The terminal with libedit: history, and completion of calls, commands, tables and constants.
 #include "tools/adpsh/builtins.h"
 #include "tools/adpsh/reader.h"
-#include "tools/adpsh/table.h"
+#include "calls/exported.h"
 
 #include <editline/readline.h>
 
@@ -34,13 +34,13 @@ std::vector<std::string> candidates(const std::string &beginning, bool first, co
     std::vector<std::string> names;
     if (first || command == "help" || command == "calls") {
         add_names(builtins(), beginning, names);
-        add_names(calls(), beginning, names);
+        add_names(exported::calls(), beginning, names);
     }
     if (!first && (command == "show" || command == "help")) {
-        add_names(tables(), beginning, names);
+        add_names(exported::tables(), beginning, names);
     }
     if (!first && find_builtin(command) == nullptr && !beginning.empty()) {
-        add_names(constants(), beginning, names);
+        add_names(exported::constants(), beginning, names);
     }
     return names;
 }
