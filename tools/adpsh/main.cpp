@@ -50,11 +50,7 @@ int start(const Options &options) {
     const bool at_terminal = options.script.empty() && options.commands.empty() && ::isatty(STDIN_FILENO) == 1;
     adpsh::SessionOptions session_options = options.session;
     session_options.numbered = !at_terminal;
-    session_options.trace = false;
     adpsh::Session session(session_options);
-    if (options.session.trace) {
-        session.trace(true);
-    }
     bool good = true;
     if (!options.commands.empty()) {
         good = run(session, *adpsh::list_reader(options.commands), options.keep_going);

@@ -1,6 +1,6 @@
 // Numbers and the names that stand for them.
-#include "tools/adpsh/convert.h"
 #include "calls/exported.h"
+#include "tools/adpsh/convert.h"
 #include "tools/adpsh/refusal.h"
 #include "tools/adpsh/suggest.h"
 

@@ -1,7 +1,7 @@
 // The terminal with libedit: history, and completion of calls, commands, tables and constants.
+#include "calls/exported.h"
 #include "tools/adpsh/builtins.h"
 #include "tools/adpsh/reader.h"
-#include "calls/exported.h"
 
 #include <editline/readline.h>
 
