@@ -1,5 +1,5 @@
-// Describes calls by walking the call table. Numbers are loaded element by element, so that neither byte order nor
-// word width of the machine shows.
+// Describes calls by the call table. Numbers are loaded element by element, so that the text does not depend on byte
+// order and word width.
 #include "calls/describe.h"
 
 #include <algorithm>
@@ -29,7 +29,7 @@ bool is_zero(const void *at, size_t size) {
     return std::all_of(byte_at(at, 0), byte_at(at, size), [](uint8_t byte) { return byte == 0; });
 }
 
-/** Elements to show: all, or in a long block those up to the last that is not zero, but at least one. */
+/** Elements to show: all, or in a long block those up to the last nonzero one, but at least one. */
 size_t shown(const void *at, size_t count, size_t size) {
     if (count > kLongBlock) {
         while (count > 1 && is_zero(byte_at(at, (count - 1) * size), size)) {
@@ -79,7 +79,7 @@ void append_block(std::string &text, const Element &element, const void *at, siz
 }
 
 void append_struct(std::string &text, const Struct &layout, const void *at) {
-    // A struct around nothing but a port set exists only to pass the set by value.
+    // A struct that holds only a port set passes the set by value.
     if (layout.fields.size() == 1 && layout.fields[0].element.is_ports) {
         append_block(text, layout.fields[0].element, at, layout.fields[0].count);
         return;

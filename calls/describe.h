@@ -23,7 +23,7 @@ std::string describe_call(CallId id, const void *const *arguments);
  */
 std::string describe_result(CallId id, const void *const *arguments, int64_t result);
 
-/** A call of the variadic logger, with its format and the text that came of it. */
+/** A call of the variadic logger, with its format and the formatted text. */
 std::string describe_log(int32_t level, int32_t module, const char *word, const char *format, const char *text);
 
 /** A number as the kind of its element has it. */

@@ -1,6 +1,6 @@
 /**
  * @file element.h
- * What parameters and struct members are, as data: the rows of which the tables of imported and exported calls consist.
+ * Parameters and struct members as data: the rows of the tables of imported and exported calls.
  */
 #pragma once
 
@@ -19,7 +19,7 @@ enum class Kind : uint8_t { kU8, kU16, kU32, kU64, kI16, kI32, kChar, kWord, kSt
 
 struct Struct;
 
-/** What one element of an argument or of a struct member is. */
+/** One element of an argument or of a struct member. */
 struct Element {
     Kind kind;
     size_t size;               /**< in this process's memory */
@@ -47,7 +47,7 @@ struct Struct {
 
 enum class Direction : uint8_t { kValue, kIn, kOut, kInOut };
 
-/** How a parameter lies in memory where its elements do not say. */
+/** The layout of a parameter in memory, where it does not follow from its elements. */
 enum class Shape : uint8_t {
     kPlain,       /**< a value, or the address of elements */
     kText,        /**< the address of text that ends with a NUL */
@@ -63,7 +63,7 @@ struct Param {
     Element element;
     Direction direction;
     Shape shape;
-    uint32_t extent;    /**< elements behind the pointer, unless another parameter counts them */
+    uint32_t extent;    /**< elements that a pointer addresses, unless another parameter counts them */
     int32_t counted_by; /**< index of the parameter that counts them, or kNotCounted */
 
     [[nodiscard]] bool is_pointer() const { return direction != Direction::kValue; }
@@ -72,7 +72,7 @@ struct Param {
     [[nodiscard]] bool is_text() const { return shape == Shape::kText; }
 };
 
-/** What a call returns. Texts and structs are returned by their address. */
+/** The kind of a result. Texts and structs are returned by their address. */
 enum class Result : uint8_t { kNothing, kStatus, kI32, kU32, kInterface, kText, kStruct };
 
 /** The address in a result of kind kText or kStruct. */

@@ -1,7 +1,7 @@
 /**
  * @file exported.h
  * The library's interface as data: every exported call and table, and the headers' constants. The tables are generated
- * from the public headers. They refer to the library weakly: whoever links them chooses the library.
+ * from the public headers. They refer to the library weakly: the program chooses the library.
  */
 #pragma once
 
@@ -30,7 +30,7 @@ struct Call {
 struct Callback {
     const char *name;
     std::span<const calls::Param> params;
-    void (*report)(); /**< hands each event to report_event() */
+    void (*report)(); /**< passes each event to report_event() */
 };
 
 /** An exported table of rows x columns elements. */
@@ -44,7 +44,7 @@ struct Table {
     const char *doc;
 };
 
-/** A constant of the headers, with the remark behind it. */
+/** A constant of the headers, with the remark after it. */
 struct Constant {
     const char *name;
     int64_t value;
@@ -72,10 +72,10 @@ int64_t invoke(const Call &call, void *function, void *const *memory);
 /** Receives events; @p arguments holds the address of each of the callback's arguments. */
 using EventReceiver = int32_t (*)(const Callback &callback, const void *const *arguments);
 
-/** Who receives the events of the callbacks, on the thread that the library calls back on; null for nobody. */
+/** Sets the receiver of the callbacks' events, which runs on the library's thread; null: events are ignored. */
 void receive_events(EventReceiver receiver);
 
-/** Hands an event to the receiver. @return the receiver's result, 0 without one */
+/** Passes an event to the receiver. @return the receiver's result, 0 without one */
 int32_t report_event(const Callback &callback, const void *const *arguments);
 
 }  // namespace exported

@@ -42,7 +42,7 @@ int64_t invoke(Object &object, const void *const *arguments) {
     return unpack(Method);
 }
 
-/** Calls a function, of which only the address is known, as one of the type @p Function points to. */
+/** Calls the function at an address; @p Function is a pointer to its type. */
 template <typename Function>
 int64_t invoke_function(void *function, [[maybe_unused]] const void *const *arguments) {
     const auto unpack = [&]<typename R, typename... P>(R (*typed)(P...)) {

@@ -1,4 +1,4 @@
-"""Emits functions: stubs that collect their arguments, the virtual methods behind them, and the ways between."""
+"""Emits functions: stubs that collect their arguments, virtual methods that answer them, and forwarders."""
 import model
 from emit_table import BANNER
 
@@ -26,7 +26,7 @@ def spaced(type_name):
 def stubs(calls, library):
     bodies = "".join(stub(function) for function in calls.functions
                      if calls.library_of[function.name] == library and not function.variadic)
-    return f"""{BANNER}// Each stub hands the addresses of its arguments to the program's own calls::forward_call().
+    return f"""{BANNER}// Each stub passes the addresses of its arguments to the program's own calls::forward_call().
 #include "platform/{calls.libraries[library]}"
 #include "calls/stub.h"
 

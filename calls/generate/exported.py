@@ -1,6 +1,6 @@
 """The exported interface as the emitter sees it.
 
-A declaration that the table of exported calls cannot hold is refused here, and thereby by the build.
+A declaration that the table of exported calls cannot hold is an error of the build.
 """
 import re
 from dataclasses import dataclass

@@ -21,7 +21,7 @@ import model          # noqa: E402
 
 
 def write_if_changed(path, text):
-    """Leaves an equal file alone, so that nothing is rebuilt for a comment in a header."""
+    """Does not touch an equal file, so that a comment in a header rebuilds nothing."""
     try:
         with open(path, encoding="utf-8") as old:
             if old.read() == text:

@@ -43,7 +43,7 @@ def included_by(header, root):
 
 
 def remarks_of(paths):
-    """The remark behind each #define and enumerator, by its name."""
+    """The remark after each #define and enumerator, by its name."""
     remarks = {}
     for path in paths:
         with open(path, encoding="utf-8") as source:
@@ -65,7 +65,7 @@ class Reader:
         self.constants(text)
         text = re.sub(r"/\*\*<(?:[^*]|\*(?!/))*\*/", "", text)           # trailing member docs
         text = re.sub(r"/\*(?!\*)(?:[^*]|\*(?!/))*\*/|//[^\n]*", "", text)  # plain comments
-        # A directive leaves an empty doc comment, so that its own doc does not fall to the next declaration.
+        # A directive becomes an empty doc comment, so that its doc is not taken for the next declaration's.
         text = re.sub(r"^[ \t]*#(?:[^\n]*\\\n)*[^\n]*$", "/** */", text, flags=re.M)
         text = re.sub(r"\bADP_(?:BEGIN|END)_DECLS\b", "", text)
         self.text = text
@@ -127,7 +127,7 @@ class Reader:
         fields = []
         for member in filter(None, (part.strip() for part in match.group(2).split(";"))):
             fields.append(self.member(member))
-        refuse_duplicates(f"struct {match.group(3)}", fields)
+        check_duplicates(f"struct {match.group(3)}", fields)
         if match.group(3) in self.interface.structs:
             raise HeaderError(f"'{match.group(3)}' is defined twice")
         self.interface.structs[match.group(3)] = Struct(match.group(3), fields, doc)
@@ -188,7 +188,7 @@ class Reader:
                     function.variadic = True
                 else:
                     function.params.append(self.parameter(argument, name))
-        refuse_duplicates(name, function.params)
+        check_duplicates(name, function.params)
         names = [parameter.name for parameter in function.params]
         for parameter in function.params:
             if isinstance(parameter.extent, str) and parameter.extent not in names:
@@ -230,7 +230,7 @@ class Reader:
         return result
 
 
-def refuse_duplicates(owner, named):
+def check_duplicates(owner, named):
     names = [one.name for one in named]
     for name in names:
         if names.count(name) > 1:

@@ -1,4 +1,4 @@
-"""The declarations of the project's own C headers as plain records; headers.py reads them."""
+"""The declarations of the project's own C headers, as headers.py reads them."""
 from dataclasses import dataclass, field
 
 SCALARS = {

@@ -1,7 +1,7 @@
 """The imported interface as the emitters see it: functions in alphabetic order, each with its library.
 
-Checks what the generated code relies on, so that a header it cannot carry is refused here with a sentence and not
-later by a compiler or, worse, by a daemon that reads other words than its client wrote.
+Checks what the generated code relies on, so that the generator rejects a header that messages cannot carry, and not a
+compiler or, worse, a daemon that reads other words than its client wrote.
 """
 import os
 import zlib
@@ -10,10 +10,10 @@ from dataclasses import dataclass, field
 import headers
 import interface
 
-# Purely local and stateless: it never leaves the process, so neither the daemon nor its dispatch table knows it.
+# Local and stateless: answered in the calling process, unknown to the daemon.
 LOCAL_CALLS = ("onu_mac2str",)
 
-# Blocks that are declared as bytes but hold native 32-bit words. They travel and are shown as words, which makes a
+# Blocks that are declared as bytes but hold native 32-bit words. They are sent and shown as words, so that a
 # big-endian client and a little-endian daemon agree on them.
 WORD_BLOCKS = {
     ("user_field_action_add", "param"), ("user_field_action_add", "param2"), ("get_vlan_info", "record"),

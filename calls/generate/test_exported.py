@@ -1,4 +1,4 @@
-"""The table of exported calls follows the headers; a declaration that it cannot hold is refused."""
+"""The table of exported calls follows the headers; a declaration that it cannot hold is rejected."""
 import os
 import sys
 
@@ -60,7 +60,7 @@ def test_a_table_has_rows_and_columns(source):
     assert '{"one", {Kind::kU8, 1}, 1, 1, false, &::one,' in text
 
 
-def test_a_constant_has_the_remark_behind_it(source):
+def test_a_constant_has_the_remark_after_it(source):
     assert '{"ADP_OK", 0, "all is well"}' in source("#define ADP_OK 0 /**< all is well */\n")
 
 
@@ -78,7 +78,7 @@ def test_a_constant_has_the_remark_behind_it(source):
     "extern uint8_t bad[1][2][3];": "table bad of type uint8_t[1][2][3]",
     "int32_t adp_bad(something_t x);": "unknown type 'something_t'",
 }.items())
-def test_what_the_table_cannot_hold_is_refused(source, declaration, reason):
-    with pytest.raises(interface.HeaderError) as refused:
+def test_what_the_table_cannot_hold_is_rejected(source, declaration, reason):
+    with pytest.raises(interface.HeaderError) as rejected:
         source(declaration)
-    assert reason in str(refused.value)
+    assert reason in str(rejected.value)

@@ -1,4 +1,4 @@
-"""The generator on small headers: what it writes, what it refuses, and that it writes nothing twice."""
+"""The generator on small headers: what it writes, what it rejects, and that equal files are not written again."""
 import os
 
 import pytest
@@ -122,10 +122,10 @@ def test_checksum_ignores_comments(headers):
     ("const char *f(void);", "a text result can only come from a local call"),
     ("uint64_t f(void);", "cannot carry a result of type 'uint64_t'"),
 ])
-def test_what_no_message_can_carry_is_refused(headers, declaration, sentence):
-    with pytest.raises(interface.HeaderError) as refused:
+def test_what_no_message_can_carry_is_rejected(headers, declaration, sentence):
+    with pytest.raises(interface.HeaderError) as rejected:
         read(headers, driver=declaration)
-    assert sentence in str(refused.value)
+    assert sentence in str(rejected.value)
 
 
 def run(headers, folder, **texts):

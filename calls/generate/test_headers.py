@@ -1,4 +1,4 @@
-"""The header reader on small headers: what it reads, and what it refuses."""
+"""The header reader on small headers: what it reads, and what it rejects."""
 import os
 import sys
 
@@ -88,7 +88,7 @@ class TestParameters:
         assert [shape(p) for p in function.params] == [
             ("v", "struct", "value", 1), ("in", "struct", "in", 1), ("out", "struct", "out", 1)]
 
-    def test_an_alias_has_the_kind_of_what_it_stands_for(self, only):
+    def test_an_alias_has_the_kind_of_its_type(self, only):
         function = only("typedef uintptr_t w_t; typedef w_t x_t; int32_t f(x_t a);")
         assert (function.params[0].kind, function.params[0].type) == ("word", "x_t")
 
@@ -164,7 +164,7 @@ class TestDocs:
         assert struct.doc == "S." and [f.name for f in struct.fields] == ["a", "b"]
 
 
-REFUSED = {
+REJECTED = {
     "unnamed parameter": ("int32_t f(uint32_t);", "f: "),
     "unnamed pointer": ("int32_t f(uint32_t *);", "cannot read parameter"),
     "unknown type": ("int32_t f(foo_t a);", "f: unknown type 'foo_t'"),
@@ -193,9 +193,9 @@ REFUSED = {
 }
 
 
-@pytest.mark.parametrize("case", REFUSED)
-def test_what_does_not_fit_is_refused(read, case):
-    text, message = REFUSED[case]
+@pytest.mark.parametrize("case", REJECTED)
+def test_what_does_not_fit_is_rejected(read, case):
+    text, message = REJECTED[case]
     with pytest.raises(interface.HeaderError) as error:
         read(text)
     assert message in str(error.value)

@@ -62,7 +62,7 @@ def test_every_imported_call_returns_a_status_or_a_text(driver, services):
 
 
 # The driver calls that do not begin with unit and zero, as the driver library orders their arguments. The field
-# processor's calls, which begin with handle and unit, are told by their names.
+# processor's calls begin with handle and unit; they are recognised by their names.
 IRREGULAR = {
     "user_mac_addr_add": "unit entry",
     "user_mac_addr_delete": "unit key vid option",

@@ -44,7 +44,7 @@ void expect(bool holds, const char *what) {
 }
 
 void be_quiet() {
-    // The streams, not the descriptors: the fuzzer and the sanitizers write to those.
+    // The streams, not the descriptors, to which the fuzzer and the sanitizers write.
     static FILE *const nowhere = std::fopen("/dev/null", "w");
     if (nowhere != nullptr) {
         stdout = nowhere;

@@ -1,6 +1,6 @@
 /**
  * @file call_line.h
- * Calls of the library that a test or benchmark gives as a line of the shell.
+ * Calls of the library that a test or benchmark has as a line of the shell.
  */
 #pragma once
 

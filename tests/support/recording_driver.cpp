@@ -147,7 +147,7 @@ void Script::write_outputs(const void *const *arguments) const {
 
 namespace {
 
-// What the call gives when nothing was scripted.
+// The result of a call without a script.
 int64_t default_result(CallId id, const void *const *arguments) {
     constexpr size_t kMacTextSize = sizeof "aa:bb:cc:dd:ee:ff";
     constexpr int64_t kQueued = 1;
@@ -213,7 +213,7 @@ void Driver::fail_nothing() {
 
 void Driver::note(std::string line) {
     if (recording_) {
-        if (trace_file::is_wanted()) {
+        if (trace_file::is_enabled()) {
             trace_file::write(line);
         }
         trace_.push_back(std::move(line));
@@ -234,7 +234,7 @@ std::optional<int32_t> Driver::failure(CallId id) {
 }
 
 int64_t Driver::answer(CallId id, const void *const *arguments, const std::function<std::string()> &describe) {
-    if (!recording_ || !trace_file::is_wanted()) {
+    if (!recording_ || !trace_file::is_enabled()) {
         return give_answer(id, arguments, describe);
     }
     // The arguments are described first: an action may change what they address.
@@ -255,7 +255,7 @@ int64_t Driver::give_answer(CallId id, const void *const *arguments, const std::
         if (failing_call_writes_ && script != scripts_.end()) {
             script->second.write_outputs(arguments);
         }
-        // A call that answers with text fails without one.
+        // A call that returns text fails with null.
         return calls::call(id).result == calls::Result::kText ? 0 : *result;
     }
     const auto script = scripts_.find(id);

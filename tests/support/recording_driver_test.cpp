@@ -1,4 +1,4 @@
-// The recording driver itself: what it writes down, answers and refuses.
+// The recording driver itself: what it records, answers and rejects.
 #include "tests/support/recording_driver.h"
 
 #include <gmock/gmock.h>

@@ -23,7 +23,7 @@ std::FILE *file() {
 
 }  // namespace
 
-bool is_wanted() {
+bool is_enabled() {
     return file() != nullptr;
 }
 

@@ -1,6 +1,6 @@
-// Parameters whose memory is more than an array: lists of destinations, and records that hold a frame.
+// Parameters that are more than an array: lists of destinations, and records that hold a frame.
 #include "tools/adpsh/arguments.h"
-#include "tools/adpsh/refusal.h"
+#include "tools/adpsh/line_error.h"
 
 #include <adp/adp.h>
 
@@ -40,20 +40,20 @@ const uint8_t *address_in(const Bytes *frame, const Argument &item) {
     const int64_t offset = number_of(item.value, calls::Kind::kU32);
     const int64_t end = frame == nullptr ? 0 : static_cast<int64_t>(frame->size());
     if (offset < 0 || offset + kTagBytes > end) {
-        throw Refusal("field '" + item.name + "': the offset " + written(item.value) + " lies outside the frame");
+        throw LineError("field '" + item.name + "': offset " + written(item.value) + " is outside the frame");
     }
     return frame->data() + offset;
 }
 
 }  // namespace
 
-/** Nodes in the line's order behind a head of their own; a list without items is an empty list, not none. */
+/** A head and its nodes, in the line's order. `[]` is an empty list, `null` no list. */
 void Arguments::fill_list(Slot &slot, const Value &value) {
     if (value.form != Value::Form::kList) {
-        throw Refusal("a list [1, 2, agg1] or null is wanted, not " + written(value));
+        throw LineError("expected a list [1, 2, agg1] or null, not " + written(value));
     }
     if (value.items.size() > kMaxElements) {
-        throw Refusal("the list is too long");
+        throw LineError("the list is too long");
     }
     slot.elements = value.items.size();
     slot.storage.resize(sizeof(adp_list_link_t));
@@ -61,7 +61,7 @@ void Arguments::fill_list(Slot &slot, const Value &value) {
     head->next = head->prev = head;
     for (const Argument &item : value.items) {
         const auto intf = static_cast<adp_intf_t>(number_of(item.value, calls::Kind::kU32));
-        Bytes &storage = room_.emplace_back(sizeof(adp_tx_dest_t));
+        Bytes &storage = blocks_.emplace_back(sizeof(adp_tx_dest_t));
         auto *const node = new (storage.data()) adp_tx_dest_t{{head, head->prev}, intf};
         head->prev->next = &node->link;
         head->prev = &node->link;
@@ -69,8 +69,8 @@ void Arguments::fill_list(Slot &slot, const Value &value) {
 }
 
 /**
- * {frame=HEX field=value ...}. The length is the frame's unless it is given; it may not exceed the frame. Other
- * addresses are written as offsets into the frame.
+ * {frame=HEX field=value ...}. The length is the frame's unless it is given; it must not exceed it. Other addresses
+ * are written as offsets into the frame.
  */
 void Arguments::fill_frame_record(Slot &slot, const Value &value) {
     const calls::Struct &record = *slot.parameter->element.layout;
@@ -82,16 +82,16 @@ void Arguments::fill_frame_record(Slot &slot, const Value &value) {
                                         [&item](const calls::Field &each) { return each.name == item.name; });
         (field != record.fields.end() && field->is_pointer ? addresses : others).items.push_back(item);
     }
-    Context context{variables_, room_};
+    Context context{variables_, blocks_};
     slot.elements = 1;
     slot.storage.resize(record.size);
     store_element(slot.parameter->element, others, slot.storage.data(), context);
 
     const Value *const frame = find(addresses, kFrame);
     if (frame != nullptr && !is_null(*frame)) {
-        room_.push_back(bytes_of(*frame, variables_));
-        room_.back().reserve(1);  // an empty frame has an address too
-        slot.pointed = &room_.back();
+        blocks_.push_back(bytes_of(*frame, variables_));
+        blocks_.back().reserve(1);  // an empty frame has an address too
+        slot.pointed = &blocks_.back();
         store_address(slot.storage.data() + field_named(record, kFrame).offset, slot.pointed->data());
         const calls::Field &length = field_named(record, kLength);
         uint8_t *const at = slot.storage.data() + length.offset;
@@ -99,7 +99,7 @@ void Arguments::fill_frame_record(Slot &slot, const Value &value) {
             calls::store(length.element.kind, at, static_cast<int64_t>(slot.pointed->size()));
         }
         if (calls::load(length.element.kind, at) > static_cast<int64_t>(slot.pointed->size())) {
-            throw Refusal("the length exceeds the " + std::to_string(slot.pointed->size()) + " bytes of the frame");
+            throw LineError("the length exceeds the " + std::to_string(slot.pointed->size()) + " bytes of the frame");
         }
     }
     for (const Argument &item : addresses.items) {

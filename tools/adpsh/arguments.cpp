@@ -1,6 +1,6 @@
 #include "tools/adpsh/arguments.h"
 
-#include "tools/adpsh/refusal.h"
+#include "tools/adpsh/line_error.h"
 #include "tools/adpsh/suggest.h"
 
 #include <algorithm>
@@ -34,6 +34,26 @@ bool is_inferable_count(const exported::Call &call, size_t index) {
     });
 }
 
+/** Throws a LineError if a call with this extent would access more or less than the line gives. */
+void check_elements(const Param &parameter, size_t given, size_t extent) {
+    const std::string got = ", got " + std::to_string(given);
+    const bool is_counted = parameter.counted_by != calls::kNotCounted;
+    if (extent > kMaxElements) {
+        throw LineError("the count " + std::to_string(extent) + " exceeds the " + std::to_string(kMaxElements) +
+                        " elements that the shell provides");
+    }
+    if (is_counted && parameter.is_read()) {
+        if (given < extent) {
+            throw LineError("expected " + std::to_string(extent) + " elements by the count" + got);
+        }
+        return;
+    }
+    check_count(given, extent);
+    if (parameter.is_read() && parameter.element.kind == Kind::kU8 && given < extent) {
+        throw LineError("expected " + std::to_string(extent) + " bytes" + got);
+    }
+}
+
 }  // namespace
 
 std::string usage(const exported::Call &call) {
@@ -60,14 +80,14 @@ Arguments::Arguments(const exported::Call &call, const Command &command, const V
         if (values[i] != nullptr) {
             try {
                 fill(i, *values[i]);
-            } catch (const Refusal &refusal) {
-                throw Refusal(about(call.params[i], refusal.what()));
+            } catch (const LineError &error) {
+                throw LineError(about(call.params[i], error.what()));
             }
         }
     }
     infer_counts(values);
     for (Slot &slot : slots_) {
-        make_room(slot);
+        extend(slot);
     }
 }
 
@@ -95,10 +115,10 @@ size_t Arguments::parameter_named(const std::string &name) const {
         }
         names.emplace_back(call_.params[i].name);
     }
-    throw Refusal(std::string(call_.name) + " has no argument '" + name + "'" + did_you_mean(name, names));
+    throw LineError(std::string(call_.name) + " has no argument '" + name + "'" + did_you_mean(name, names));
 }
 
-/** Which value each parameter gets, null for none. Outputs are only given by name: what they hold before the call. */
+/** The value for each parameter, null for none. An output's initial content is only given by name. */
 std::vector<const Value *> Arguments::assign(const Command &command) const {
     std::vector<const Value *> values(slots_.size());
     std::vector<const Value *> positional;
@@ -109,7 +129,7 @@ std::vector<const Value *> Arguments::assign(const Command &command) const {
         }
         const Value *&value = values[parameter_named(argument.name)];
         if (value != nullptr) {
-            throw Refusal("'" + argument.name + "' is given twice");
+            throw LineError("'" + argument.name + "' is given twice");
         }
         value = &argument.value;
     }
@@ -120,7 +140,7 @@ std::vector<const Value *> Arguments::assign(const Command &command) const {
     return values;
 }
 
-/** The inputs that the unnamed arguments stand for: all that are open, with or without the inferable counts. */
+/** The inputs that the unnamed arguments are for: all without a name, with or without the inferable counts. */
 std::vector<size_t> Arguments::positions(size_t given, const std::vector<const Value *> &named) const {
     std::vector<size_t> all;
     std::vector<size_t> needed;
@@ -138,24 +158,24 @@ std::vector<size_t> Arguments::positions(size_t given, const std::vector<const V
     if (given == needed.size()) {
         return needed;
     }
-    throw Refusal(std::string(given < needed.size() ? "too few"
-                              : given > all.size()  ? "too many"
-                                                    : "unclear") +
-                  " arguments; usage: " + usage(call_));
+    throw LineError(std::string(given < needed.size() ? "too few"
+                                : given > all.size()  ? "too many"
+                                                      : "ambiguous") +
+                    " arguments; usage: " + usage(call_));
 }
 
 void Arguments::fill(size_t index, const Value &value) {
     Slot &slot = slots_[index];
     const Param &parameter = *slot.parameter;
     if (parameter.shape == Shape::kOutPointer) {
-        throw Refusal("the call sets this address");
+        throw LineError("the call sets this address");
     }
     if (parameter.direction == Direction::kValue) {
         return fill_value(slot, value);
     }
     if (is_null(value)) {
         if (!parameter.is_read()) {
-            throw Refusal("an output needs an address");
+            throw LineError("an output cannot be null");
         }
         slot.is_null = true;
     } else if (parameter.shape == Shape::kList) {
@@ -173,28 +193,28 @@ void Arguments::fill_value(Slot &slot, const Value &value) {
     slot.storage.resize(element.size);
     if (element.kind == Kind::kCallback) {
         if (value.form != Value::Form::kWord || (value.text != "print" && value.text != "none" && !is_null(value))) {
-            throw Refusal("a callback is 'print' or 'none', not " + written(value));
+            throw LineError("a callback is 'print' or 'none', not " + written(value));
         }
         void (*const function)() = value.text == "print" ? element.callback->report : nullptr;
         static_assert(sizeof function == sizeof(void *));
         std::memcpy(slot.storage.data(), &function, sizeof function);
         return;
     }
-    const size_t rooms = room_.size();
-    Context context{variables_, room_};
+    const size_t before = blocks_.size();
+    Context context{variables_, blocks_};
     store_element(element, value, slot.storage.data(), context);
-    if (element.kind == Kind::kWord && room_.size() > rooms) {
-        slot.pointed = &room_.back();
-        slot.before = room_.back();
+    if (element.kind == Kind::kWord && blocks_.size() > before) {
+        slot.pointed = &blocks_.back();
+        slot.before = blocks_.back();
     }
 }
 
 void Arguments::fill_array(Slot &slot, const Value &value) {
     const Param &parameter = *slot.parameter;
-    Context context{variables_, room_};
+    Context context{variables_, blocks_};
     if (parameter.is_text()) {
         if (value.form != Value::Form::kWord && value.form != Value::Form::kText) {
-            throw Refusal("a text is wanted, not " + written(value));
+            throw LineError("expected text, not " + written(value));
         }
         slot.storage.assign(value.text.begin(), value.text.end());
         slot.storage.push_back(0);
@@ -211,7 +231,7 @@ void Arguments::fill_array(Slot &slot, const Value &value) {
     slot.elements = slot.storage.size() / parameter.element.size;
 }
 
-/** The count that an array asks for, when the line leaves it out, is as many elements as the line gives. */
+/** A count that the line leaves out is the number of elements that the line gives. */
 void Arguments::infer_counts(const std::vector<const Value *> &values) {
     for (size_t i = 0; i < slots_.size(); ++i) {
         const Param &parameter = *slots_[i].parameter;
@@ -237,16 +257,15 @@ size_t Arguments::extent(const Param &parameter) const {
     if (counter.storage.empty()) {
         return 0;
     }
-    // Without elements there is nothing that a call could touch; a negative count is the call's to judge.
+    // A negative count is the call's to reject; it has no elements.
     const int64_t count = calls::load(counter.parameter->element.kind, counter.storage.data());
     return count < 0 ? 0 : static_cast<size_t>(count);
 }
 
-/** Completes a slot's storage to the extent that the call may touch, or refuses what would leave it. */
-void Arguments::make_room(Slot &slot) {
+/** Extends a slot's storage to what the call may access. */
+void Arguments::extend(Slot &slot) {
     const Param &parameter = *slot.parameter;
-    if (parameter.direction == Direction::kValue || slot.is_null || parameter.shape == Shape::kList ||
-        parameter.is_text()) {
+    if (!parameter.is_pointer() || slot.is_null || parameter.shape == Shape::kList || parameter.is_text()) {
         return;
     }
     if (parameter.shape == Shape::kOutPointer) {
@@ -254,25 +273,13 @@ void Arguments::make_room(Slot &slot) {
         slot.storage.resize(sizeof(void *));
         return;
     }
-    const size_t wanted = extent(parameter);
-    if (wanted > kMaxElements) {
-        throw Refusal(about(parameter, "a count of " + std::to_string(wanted) + " is more than the " +
-                                           std::to_string(kMaxElements) + " elements that the shell provides"));
+    const size_t needed = extent(parameter);
+    try {
+        check_elements(parameter, slot.elements, needed);
+    } catch (const LineError &error) {
+        throw LineError(about(parameter, error.what()));
     }
-    const bool counted = parameter.counted_by != calls::kNotCounted;
-    if (parameter.is_read() && counted && wanted > slot.elements) {
-        throw Refusal(about(parameter, "the count says " + std::to_string(wanted) + ", but " +
-                                           std::to_string(slot.elements) + " elements are given"));
-    }
-    if (slot.elements > wanted && !(counted && parameter.is_read())) {
-        throw Refusal(about(parameter, "there is room for " + std::to_string(wanted) + " elements, " +
-                                           std::to_string(slot.elements) + " are given"));
-    }
-    if (parameter.is_read() && !counted && parameter.element.kind == Kind::kU8 && slot.elements < wanted) {
-        throw Refusal(about(
-            parameter, std::to_string(wanted) + " bytes are wanted, " + std::to_string(slot.elements) + " are given"));
-    }
-    slot.elements = std::max(slot.elements, wanted);
+    slot.elements = std::max(slot.elements, needed);
     slot.storage.resize(std::max<size_t>(slot.elements * parameter.element.size, 1));
 }
 

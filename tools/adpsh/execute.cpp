@@ -28,7 +28,7 @@ Fault run(Outcome &outcome, ExecuteOptions options) {
 Outcome execute(const exported::Call &call, const Command &command, const Variables &variables,
                 ExecuteOptions options) {
     if (call.function == nullptr) {
-        throw Refusal(std::string("the library that is loaded does not have ") + call.name);
+        throw LineError(std::string("the loaded library has no ") + call.name);
     }
     Outcome outcome;
     outcome.call = &call;
@@ -44,9 +44,9 @@ Outcome execute(const exported::Call &call, const Command &command, const Variab
         fault = run(outcome, options);
     }
     if (fault.signal != 0) {
-        throw BrokenCall(
-            fmt::format("{} was ended: it used an address that is not valid ({:#x}), as happens to a number "
-                        "where an address is meant",
+        throw CrashedCall(
+            fmt::format("{} crashed: it accessed the invalid address {:#x}; was a number given in place of an "
+                        "address?",
                         call.name, fault.address));
     }
     return outcome;

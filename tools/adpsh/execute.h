@@ -1,13 +1,13 @@
 /**
  * @file execute.h
- * One call of the library, made with a line's arguments, and everything that came of it.
+ * Executes one call of the library with a line's arguments.
  */
 #pragma once
 
 #include "calls/exported.h"
 #include "tools/adpsh/arguments.h"
+#include "tools/adpsh/line_error.h"
 #include "tools/adpsh/parser.h"
-#include "tools/adpsh/refusal.h"
 
 #include <memory>
 #include <string>
@@ -30,13 +30,13 @@ struct ExecuteOptions {
     bool trace = false;
 };
 
-/** A call used an address that is not valid and was ended in the middle: what the library holds is unknown now. */
-class BrokenCall : public Refusal {
+/** A call accessed an invalid address and was ended. The state of the library is unknown. */
+class CrashedCall : public LineError {
   public:
-    using Refusal::Refusal;
+    using LineError::LineError;
 };
 
-/** Makes the call; a Refusal says why it could not be made, a BrokenCall how it went wrong. */
+/** Makes the call. Throws a LineError if it cannot be made, a CrashedCall if it crashed. */
 Outcome execute(const exported::Call &call, const Command &command, const Variables &variables, ExecuteOptions options);
 
 }  // namespace adpsh

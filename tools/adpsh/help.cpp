@@ -1,7 +1,7 @@
-// help and calls: what there is and what it does.
+// The commands help and calls.
 #include "calls/exported.h"
 #include "tools/adpsh/builtins.h"
-#include "tools/adpsh/refusal.h"
+#include "tools/adpsh/line_error.h"
 #include "tools/adpsh/suggest.h"
 
 #include <fmt/format.h>
@@ -15,7 +15,7 @@ namespace {
 constexpr std::string_view kSyntax =
     R"(A line is the name of a call and its inputs in order: adp_vlan_port_set 100 {1,2} {2}
     number         10, 0x1f, -1, a constant of the headers, agg2 for aggregation interface 2
-    bytes          0180c2000000 or 01:80:c2:00:00:00, or $NAME for kept ones
+    bytes          0180c2000000 or 01:80:c2:00:00:00, or $NAME for stored ones
     array          [1, 2, agg1]; a bitmap also as the set of its bits {1, 5, 26}
     record         {field=value field=value}, fields left out are 0
     text           word or "some text"
@@ -66,7 +66,7 @@ Answer run_help(Session &, const Command &command) {
     for (const exported::Call &call : exported::calls()) {
         names.emplace_back(call.name);
     }
-    throw Refusal("there is no call '" + words[0] + "'" + did_you_mean(words[0], names));
+    throw LineError("unknown call '" + words[0] + "'" + did_you_mean(words[0], names));
 }
 
 Answer run_calls(Session &, const Command &command) {

@@ -1,7 +1,7 @@
-// Numbers and the names that stand for them.
+// Numbers, constants and names of interfaces.
 #include "calls/exported.h"
 #include "tools/adpsh/convert.h"
-#include "tools/adpsh/refusal.h"
+#include "tools/adpsh/line_error.h"
 #include "tools/adpsh/suggest.h"
 
 #include <adp/adp.h>
@@ -21,7 +21,7 @@ constexpr int kHexadecimal = 16;
 constexpr std::string_view kAggPrefix = "agg";
 constexpr std::string_view kAggMacro = "ADP_AGG_INTF(";
 
-/** A number as written: its sign apart from its size, so that all of 64 bits can be said. */
+/** A number as written: sign and magnitude, so that all 64-bit numbers fit. */
 struct Written {
     bool negative;
     uint64_t size;
@@ -71,7 +71,7 @@ std::optional<Written> read(std::string_view text) {
     return size ? std::optional(Written{negative, *size}) : std::nullopt;
 }
 
-/** The widest positive number of a kind: signed kinds take all ones too, so that 0xFFFFFFFF is -1. */
+/** The largest number of a kind. Signed kinds take the unsigned range too, so that 0xFFFFFFFF is -1. */
 uint64_t limit_of(Kind kind) {
     switch (kind) {
         case Kind::kU8:
@@ -92,7 +92,7 @@ uint64_t limit_of(Kind kind) {
 
 int64_t number_of(const Value &value, Kind kind) {
     if (value.form != Value::Form::kWord) {
-        throw Refusal("a number is wanted, not " + written(value));
+        throw LineError("expected a number, not " + written(value));
     }
     const auto number = read(value.text);
     if (!number) {
@@ -100,12 +100,12 @@ int64_t number_of(const Value &value, Kind kind) {
         for (const exported::Constant &constant : exported::constants()) {
             names.emplace_back(constant.name);
         }
-        throw Refusal("'" + written(value) + "' is neither a number nor the name of one" +
-                      did_you_mean(value.text, names));
+        throw LineError("'" + written(value) + "' is neither a number nor a constant" +
+                        did_you_mean(value.text, names));
     }
     const uint64_t limit = limit_of(kind);
     if (number->size > limit || (number->negative && number->size > limit / 2 + 1)) {
-        throw Refusal("'" + written(value) + "' is out of range");
+        throw LineError("'" + written(value) + "' is out of range");
     }
     return static_cast<int64_t>(number->negative ? uint64_t{0} - number->size : number->size);
 }

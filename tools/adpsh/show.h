@@ -1,6 +1,6 @@
 /**
  * @file show.h
- * Memory shown to people, as text, and to programs, as JSON.
+ * Shows memory as text for people and as JSON for programs.
  */
 #pragma once
 
@@ -22,7 +22,7 @@ constexpr calls::Element kCounter = {calls::Kind::kU64, sizeof(uint64_t)};
 std::string text_of(const calls::Element &element, const void *from, size_t count);
 Json json_of(const calls::Element &element, const void *from, size_t count);
 
-/** Whether a slot has something to show after the call: an output, or a set behind a word that the call changed. */
+/** Whether a slot is shown after the call: an output, or a set addressed by a word if the call changed it. */
 bool is_shown(const Slot &slot);
 std::string text_of(const Slot &slot, const Arguments &arguments);
 Json json_of(const Slot &slot, const Arguments &arguments);

@@ -34,7 +34,7 @@ Json number_json(const Element &element, const void *from) {
     return static_cast<uint64_t>(number);
 }
 
-/** A block that only the driver knows: as the 64-bit counter or the words that it most likely holds. */
+/** A block of which only the driver knows the layout: a 64-bit counter if it has that size, else words. */
 Json opaque_json(const uint8_t *from, size_t count) {
     if (count == kCounter.size) {
         return number_json(kCounter, from);

@@ -1,6 +1,6 @@
-// show: the library's exported tables, read where the library keeps them.
+// The command show: the library's exported tables, read in place.
 #include "tools/adpsh/builtins.h"
-#include "tools/adpsh/refusal.h"
+#include "tools/adpsh/line_error.h"
 #include "tools/adpsh/show.h"
 
 #include "calls/describe.h"
@@ -23,7 +23,7 @@ constexpr size_t kMaxRows = 65536;
 constexpr size_t kShortTable = 32;
 constexpr size_t kMaxNodes = 65536;
 
-/** Where a table stands and how long it is: tables behind a pointer have a row for every row of the port map. */
+/** Address and length of a table. A table addressed by a pointer has as many rows as the port map. */
 struct Extent {
     const uint8_t *begin;
     size_t rows;
@@ -129,10 +129,10 @@ Answer run_show(Session &, const Command &command) {
         for (const exported::Table &each : exported::tables()) {
             names.emplace_back(each.name);
         }
-        throw Refusal("there is no table '" + words[0] + "'" + did_you_mean(words[0], names));
+        throw LineError("unknown table '" + words[0] + "'" + did_you_mean(words[0], names));
     }
     if (table->address == nullptr) {
-        throw Refusal("the library that is loaded does not have " + words[0]);
+        throw LineError("the loaded library has no " + words[0]);
     }
     const Extent extent = extent_of(*table);
     return {table_text(*table, extent), {{"show", table->name}, {"value", table_json(*table, extent)}}};

@@ -19,7 +19,7 @@ using calls::Kind;
 namespace {
 
 constexpr size_t kMinTrailingZeros = 4;
-// From here on a word reads better in hexadecimal: it is an address or a pattern.
+// Larger words are shown in hexadecimal: they are addresses or patterns.
 constexpr int64_t kLargeWord = 0x10000;
 
 std::string interface_text(int64_t number) {
@@ -75,7 +75,7 @@ std::string bitmap_text(const uint8_t *from, size_t words) {
     return calls::ports_text(from, words) + " = [" + plain + "]";
 }
 
-/** Elements in brackets; a long tail of zeros is only counted. */
+/** Elements in brackets; of many trailing zeros only the number. */
 std::string list_text(const Element &element, const uint8_t *from, size_t count) {
     size_t shown = count;
     while (shown > 0 && element.kind != Kind::kStruct &&
@@ -95,7 +95,7 @@ std::string list_text(const Element &element, const uint8_t *from, size_t count)
     return text + "]";
 }
 
-/** A block that only the driver knows: as the 64-bit counter or the words that it most likely holds. */
+/** A block of which only the driver knows the layout: a 64-bit counter if it has that size, else words. */
 std::string opaque_text(const uint8_t *from, size_t count) {
     if (count == kCounter.size) {
         return number_text(kCounter, from);
@@ -104,7 +104,7 @@ std::string opaque_text(const uint8_t *from, size_t count) {
                                             : calls::hex_text(from, count);
 }
 
-/** The address that a call handed out, told as the place in an argument's memory that it points at. */
+/** An address that a call returned, as an offset into the memory of another argument. */
 std::string pointer_text(const Slot &slot, const Arguments &arguments) {
     const uint8_t *address = nullptr;
     std::memcpy(&address, slot.storage.data(), sizeof address);

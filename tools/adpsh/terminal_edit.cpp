@@ -29,7 +29,7 @@ void add_names(const Rows &rows, const std::string &beginning, std::vector<std::
     }
 }
 
-/** The names that could stand at a place of the line. */
+/** The names that can complete a word of the line. */
 std::vector<std::string> candidates(const std::string &beginning, bool first, const std::string &command) {
     std::vector<std::string> names;
     if (first || command == "help" || command == "calls") {
@@ -61,7 +61,7 @@ char *next_candidate(const char *text, int state) {
 }
 
 char **complete(const char *text, int, int) {
-    rl_attempted_completion_over = 1;  // file names are never meant
+    rl_attempted_completion_over = 1;  // no file names
     return rl_completion_matches(text, next_candidate);
 }
 

@@ -11,8 +11,8 @@ LibraryCall::LibraryCall(const std::string &line, Blocks &blocks)
       call_(call_line::require_call(command_.name)),
       arguments_(call_, command_, variables_) {
     std::vector<std::string> buffers;
-    for (const adpsh::Bytes &room : arguments_.room()) {
-        blocks.add(room);
+    for (const adpsh::Bytes &block : arguments_.blocks()) {
+        blocks.add(block);
     }
     for (const adpsh::Slot &slot : arguments_.slots()) {
         const bool is_buffer = !slot.is_null && (slot.parameter->direction != calls::Direction::kValue ||
