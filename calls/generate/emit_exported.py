@@ -7,10 +7,14 @@ import exported
 from interface import HeaderError
 
 
+NAMES = ("Direction", "Field", "invoke_function", "Kind", "kNotCounted", "Param", "Result", "Shape", "Struct")
+
+
 def source(library):
     """The whole file."""
     names = sorted([each.name for each in library.headers.functions] + [each.name for each in library.headers.data])
     weak = "".join(f"#pragma weak {name}\n" for name in names)
+    usings = "".join(f"using calls::{name};\n" for name in NAMES)
     structs = "".join(struct_rows(library, struct) for struct in library.headers.structs.values())
     callbacks = "".join(callback_rows(library, callback) for callback in library.headers.callbacks.values())
     params = "".join(param_rows(library, function) for function in library.functions)
@@ -26,16 +30,7 @@ def source(library):
 namespace exported {{
 namespace {{
 
-using calls::Direction;
-using calls::Field;
-using calls::invoke_function;
-using calls::Kind;
-using calls::kNotCounted;
-using calls::Param;
-using calls::Result;
-using calls::Shape;
-using calls::Struct;
-
+{usings}
 {structs}
 {callbacks}
 {params}
