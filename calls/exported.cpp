@@ -1,3 +1,4 @@
+// Look-ups in the tables of the exported interface, and its calls and events.
 #include "calls/exported.h"
 
 #include <algorithm>

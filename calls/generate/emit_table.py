@@ -9,8 +9,7 @@ SIZES = {"kU8": "1", "kU16": "2", "kU32": "4", "kU64": "8", "kI16": "2", "kI32":
 
 def call_ids(calls):
     names = "".join(f"    {function.name},\n" for function in calls.functions)
-    return f"""{BANNER}#ifndef GENERATED_CALL_ID_H
-#define GENERATED_CALL_ID_H
+    return f"""{BANNER}#pragma once
 
 #include <stddef.h>
 #include <stdint.h>
@@ -26,8 +25,6 @@ inline constexpr size_t kCallCount = {len(calls.functions)};
 inline constexpr uint32_t kInterfaceChecksum = 0x{calls.checksum():08x};
 
 }}  // namespace calls
-
-#endif
 """
 
 

@@ -8,22 +8,22 @@ namespace adp {
 namespace {
 
 void name_interface(netlink_learn_limit_t &limit, Intf intf) {
-    switch (intf.kind()) {
+    switch (kind_of(intf)) {
         case IntfKind::kUserPort:
             limit.flags = NETLINK_LIMIT_PORT;
-            limit.port = phy_of(intf).value();
+            limit.port = number(phy_of(intf));
             break;
         case IntfKind::kAggregation:
             limit.flags = NETLINK_LIMIT_TRUNK;
             limit.trunk = get_chip_tgid(intf);
             break;
         default:
-            // No scope: it is left to the driver to refuse that.
+            // Contract: no scope; the driver refuses it.
             break;
     }
 }
 
-/** A record that names what the limit holds for; false for a scope that there is not. */
+/** Fills in what the limit applies to; false for an unknown scope. */
 bool name_scope(netlink_learn_limit_t &limit, uint32_t subject, uint32_t scope) {
     switch (scope) {
         case ADP_MAC_SCOPE_VLAN:
@@ -44,12 +44,11 @@ bool name_scope(netlink_learn_limit_t &limit, uint32_t subject, uint32_t scope) 
 }  // namespace
 }  // namespace adp
 
-using adp::Intf;
-using adp::low16;
+using namespace adp;
 
 adp_status_t adp_set_mac_limit(uint32_t limit, uint32_t subject, uint32_t scope) {
     netlink_learn_limit_t record = {};
-    if (!adp::name_scope(record, subject, scope)) {
+    if (!name_scope(record, subject, scope)) {
         return ADP_E_SELECTOR;
     }
     record.limit = limit;
@@ -58,7 +57,7 @@ adp_status_t adp_set_mac_limit(uint32_t limit, uint32_t subject, uint32_t scope)
 
 adp_status_t adp_get_mac_limit(uint32_t *limit, uint32_t subject, uint32_t scope) {
     netlink_learn_limit_t record = {};
-    if (!adp::name_scope(record, subject, scope)) {
+    if (!name_scope(record, subject, scope)) {
         return ADP_E_SELECTOR;
     }
     const int32_t result = user_mac_learn_limit_get(0, &record);
@@ -83,11 +82,11 @@ adp_status_t adp_traverse_mac_mcast_table(adp_word_t first, adp_word_t, adp_word
 }
 
 adp_status_t adp_get_mac_learn_count_by_intf(adp_intf_t intf, uint32_t *count) {
-    return user_mac_learn_count_get_by_port(adp::phy_of(Intf(intf)).value(), count);
+    return user_mac_learn_count_get_by_port(number(phy_of(Intf(intf))), count);
 }
 
 adp_status_t adp_get_mac_violate_count_by_intf(adp_intf_t intf, uint32_t *count) {
-    return user_mac_violate_count_get_by_port(adp::phy_of(Intf(intf)).value(), count);
+    return user_mac_violate_count_get_by_port(number(phy_of(Intf(intf))), count);
 }
 
 adp_status_t adp_l2_mactable_fread(adp_word_t first, adp_word_t second, adp_word_t third, adp_word_t fourth) {

@@ -1,10 +1,10 @@
-// VLAN translation and subnet VLANs: passed to the driver, with VLAN ids cut to 16 bits.
+// VLAN translation and subnet VLANs. VLAN ids are cut to 16 bits, other arguments are passed through.
 #include <adp/vlan_tag.h>
 #include <netlink_api.h>
 
 #include "core/number.h"
 
-using adp::low16;
+using namespace adp;
 
 adp_status_t adp_vlan_translate_add(adp_word_t a, adp_word_t b, adp_word_t c, uint32_t d, uint32_t e, adp_word_t f) {
     return user_vlan_translate_add(0, 0, a, b, c, low16(d), low16(e), f);

@@ -1,14 +1,14 @@
-// VLANs and their ports as the driver names them: VLAN ids are cut to 16 bits, everything else passes through.
+// VLANs and their ports as the driver numbers them. VLAN ids are cut to 16 bits.
 #include <adp/vlan.h>
 #include <netlink_api.h>
 
 #include "core/number.h"
 
-using adp::low16;
+using namespace adp;
 
 namespace {
 
-// The plain membership calls' port words are the driver's own; this one takes the address of a port set.
+/** A port word of the plain membership calls: for this driver the address of a port set. */
 const uint32_t *as_port_set(adp_word_t word) {
     return reinterpret_cast<const uint32_t *>(word);
 }

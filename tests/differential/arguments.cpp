@@ -66,6 +66,11 @@ bool Arguments::is_receive() const {
     return std::string_view(call_.name).find("receive") != std::string_view::npos;
 }
 
+bool Arguments::is_appended_to() const {
+    const std::string_view name = call_.name;
+    return name == "adp_fp_add_entity_qualify" || name == "adp_fp_add_entity_action";
+}
+
 void Arguments::fill_value(Slot &slot) {
     const Param &parameter = *slot.parameter;
     constexpr uint32_t kLongFrame = 90;
@@ -128,8 +133,9 @@ bool Arguments::may_be_null(const Param &parameter) const {
         std::string_view call;
         std::string_view parameter;
     } kNullable[] = {
-        {"adp_transmit_frame", "frame"},        {"adp_receive_frame", "frame"},  {"adp_agg_linkscan_handle", "changed"},
-        {"__adp_transmit_frame", "list"},       {"adp_add_remark_rule", "rule"}, {"adp_fp_add_entity_action", "param"},
+        {"adp_transmit_frame", "frame"},        {"adp_receive_frame", "frame"},
+        {"adp_agg_linkscan_handle", "changed"}, {"__adp_transmit_frame", "destinations"},
+        {"adp_add_remark_rule", "rule"},        {"adp_fp_add_entity_action", "param"},
         {"adp_fp_add_entity_action", "param2"},
     };
     return std::any_of(std::begin(kNullable), std::end(kNullable),
@@ -179,11 +185,11 @@ void Arguments::fill_elements(Slot &slot) {
 void Arguments::fill_element(const calls::Element &type, const char *name, uint8_t *to) {
     const std::string_view what = name;
     if (type.kind == Kind::kStruct) {
-        fill_record(*type.layout, name, to);
-    } else if (what == "members" || what == "untagged" || what == "bitmap" || what == "word") {
-        store(type, random_.one_in(3) ? random_.next() : random_.sparse(), to);
+        fill_record(*type.layout, to);
     } else if (type.is_interface) {
         store(type, any_interface(random_), to);
+    } else if (what == "members" || what == "untagged" || what == "bitmap" || what == "word") {
+        store(type, random_.one_in(3) ? random_.next() : random_.sparse(), to);
     } else if (type.size == 1) {
         store(type, random_.next(), to);
     } else {
@@ -191,11 +197,11 @@ void Arguments::fill_element(const calls::Element &type, const char *name, uint8
     }
 }
 
-void Arguments::fill_record(const calls::Struct &record, const char *name, uint8_t *to) {
+void Arguments::fill_record(const calls::Struct &record, uint8_t *to) {
     const std::string_view type = record.name;
     if (type == "FpEntity") {
         FpEntity entity{};
-        fill_entity(entity, std::string_view(name) == "e");
+        fill_entity(entity, is_appended_to());
         std::memcpy(to, &entity, sizeof entity);
         return;
     }

@@ -51,7 +51,7 @@ class Arguments {
     void fill_memory(size_t index);
     void fill_elements(Slot &slot);
     void fill_element(const calls::Element &type, const char *name, uint8_t *to);
-    void fill_record(const calls::Struct &record, const char *name, uint8_t *to);
+    void fill_record(const calls::Struct &record, uint8_t *to);
     void fill_entity(FpEntity &entity, bool as_equal_bytes);
     void fill_list(Slot &slot);
     void fill_frame_record(Slot &slot);
@@ -59,6 +59,8 @@ class Arguments {
     [[nodiscard]] size_t extent(const calls::Param &parameter) const;
     [[nodiscard]] bool may_be_null(const calls::Param &parameter) const;
     [[nodiscard]] bool is_receive() const;
+    /** Whether the call appends to the rule record that it gets. */
+    [[nodiscard]] bool is_appended_to() const;
     [[nodiscard]] std::vector<uint8_t> comparable(size_t index) const;
 
     const exported::Call &call_;

@@ -96,24 +96,23 @@ const std::map<std::string_view, Give> &givers() {
         {"destination", any_interface},
         {"agg_intf",
          [](Random &random) { return random.one_in(8) ? any_interface(random) : 0x10000000u | (1 + random.below(3)); }},
-        {"subject", any_interface},
+        {"vid_or_intf", any_interface},
         {"selector", [](Random &random) { return up_to(random, 15); }},
         {"mode", [](Random &random) { return up_to(random, 5); }},
+        {"map_type", [](Random &random) { return up_to(random, 3); }},
         {"dev_id", [](Random &random) { return random.below(4); }},
         {"group", [](Random &random) { return up_to(random, 9); }},
         {"stg", group_number},
-        {"vlan", vlan_id},
-        {"vid", vlan_id},
         {"word0", bitmap_word},
         {"word1", [](Random &random) { return random.one_in(3) ? bitmap_word(random) : 0; }},
-        {"code", [](Random &random) { return random.one_in(6) ? any_number(random) : random.below(18); }},
+        {"storm_code", [](Random &random) { return random.one_in(6) ? any_number(random) : random.below(18); }},
         {"submodule_type", [](Random &random) { return random.one_in(6) ? up_to(random, 45) : 1 + random.below(4); }},
         {"entity_id", [](Random &random) { return random.one_in(8) ? any_number(random) : random.below(5); }},
         {"rule_id", [](Random &random) { return random.one_in(8) ? any_number(random) : random.below(5); }},
         {"action_type", [](Random &random) { return random.one_in(3) ? 53u : random.below(60); }},
         {"qualify_type", [](Random &random) { return random.one_in(3) ? 332u : random.below(62); }},
         {"true_entry", [](Random &random) { return 1020 + random.below(520); }},
-        {"n", [](Random &random) { return random.one_in(3) ? random.below(70) : 26u; }},
+        {"port_count", [](Random &random) { return random.one_in(3) ? random.below(70) : 26u; }},
         {"index", [](Random &random) { return random.one_in(12) ? any_number(random) : random.below(28); }},
         {"phy",
          [](Random &random) {
@@ -132,7 +131,7 @@ const std::map<std::string_view, Give> &givers() {
         {"authorised", [](Random &random) { return random.one_in(6) ? any_number(random) : random.below(2); }},
         {"is_up", [](Random &random) { return random.below(2); }},
         {"opcode", [](Random &random) { return up_to(random, 9); }},
-        {"check", [](Random &random) { return random.below(3); }},
+        {"check_vlan", [](Random &random) { return random.below(3); }},
         {"unit", [](Random &random) { return random.one_in(4) ? any_number(random) : 0u; }},
     };
     return table;
@@ -141,6 +140,9 @@ const std::map<std::string_view, Give> &givers() {
 }  // namespace
 
 uint32_t number_for(Random &random, std::string_view name) {
+    if (name.ends_with("vid")) {
+        return vlan_id(random);
+    }
     const auto found = givers().find(name);
     return found == givers().end() ? any_number(random) : found->second(random);
 }

@@ -50,7 +50,7 @@ const std::vector<WrongRow> kWrongRows = {
      "a table differs"},
     {"TableAfterFailure", "adp_add_msti_member 5 100 | any: user_stg_vlan_add(vid=100) own; writes aiVlanStg[100]=5",
      "user_stg_vlan_add, failing with -9: a table differs"},
-    {"Output", "adp_vlan_default_get | given: user_vlan_default_get.vid=7 | any: user_vlan_default_get own <vlan=8>",
+    {"Output", "adp_vlan_default_get | given: user_vlan_default_get.vid=7 | any: user_vlan_default_get own <vid=8>",
      "output 0 differs at byte"},
     {"OutputAfterFailure", "adp_get_l2_cache_size | any: writes size=8192; user_l2_cache_size_get own",
      "user_l2_cache_size_get, failing with 77: output 0 differs at byte"},

@@ -1,3 +1,4 @@
+// Reads the inputs of fuzz targets, and reports what does not hold.
 #include "tests/fuzz/fuzz.h"
 
 #include <unistd.h>

@@ -60,7 +60,7 @@ class Limits:
         self._set("adp_set_storm_seltype", DEVICE, port, code, value)
 
     def selection(self, port, code):
-        return self._get("adp_get_storm_seltype", DEVICE, port, code)["value"]
+        return self._get("adp_get_storm_seltype", DEVICE, port, code)["selected"]
 
     def enable(self, port, code, value):
         self._set("adp_set_stormcontrol_enable", DEVICE, port, code, value)
@@ -69,7 +69,7 @@ class Limits:
         self._set("adp_set_storm_counting_mode", DEVICE, selector, 0, mode)
 
     def counting(self, selector):
-        return self._get("adp_get_storm_counting_mode", DEVICE, selector, 0)["c"]
+        return self._get("adp_get_storm_counting_mode", DEVICE, selector, 0)["mode"]
 
     def exceeded(self, port):
         """Codes of the types whose limit was exceeded."""

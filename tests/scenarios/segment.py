@@ -60,7 +60,7 @@ class Segment:
             )
 
     def _received(self, port):
-        return self.cpu.call("adp_get_port_stat", port, RX_FRAMES)["outputs"]["out"]
+        return self.cpu.call("adp_get_port_stat", port, RX_FRAMES)["outputs"]["value"]
 
     # What the library tells of addresses
 

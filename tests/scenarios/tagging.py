@@ -41,11 +41,11 @@ class Probe(NamedTuple):
 
 class VidTable:
     """One of the chip's tables by port and VLAN, through the library. `place` is the library's number of a user port,
-    which for some tables is the driver's.
+    which for some tables is the driver's; `written` the name of the VLAN that a read gives.
     """
 
-    def __init__(self, lab, cpu, call, shown, place, has_action):
-        self._lab, self._cpu, self._call, self._shown = lab, cpu, call, shown
+    def __init__(self, lab, cpu, call, shown, written, place, has_action):
+        self._lab, self._cpu, self._call, self._shown, self._written = lab, cpu, call, shown, written
         self.place, self.has_action = place, has_action
 
     def add(self, place, vid, new_vid, priority=KEEP, kind=0, action=0):
@@ -63,8 +63,8 @@ class VidTable:
 
     def get(self, place, vid):
         """(status, (new VLAN, priority)) of a read; what it does not write is UNTOUCHED."""
-        answer = self._cpu.call(f"{self._call}_get", place, vid, f"c={UNTOUCHED[0]}", f"d={UNTOUCHED[1]}")
-        return answer["result"], (answer["outputs"]["c"], answer["outputs"]["d"])
+        answer = self._cpu.call(f"{self._call}_get", place, vid, f"{self._written}={UNTOUCHED[0]}", f"priority={UNTOUCHED[1]}")
+        return answer["result"], (answer["outputs"][self._written], answer["outputs"]["priority"])
 
     def entries(self):
         """{(user port, VLAN): (new VLAN, priority)} as the device shows them."""
@@ -78,9 +78,9 @@ class Tagging:
     def __init__(self, lab, cpu):
         self.lab, self.cpu = lab, cpu
         physical = lab.device.physical
-        self.ingress = VidTable(lab, cpu, "adp_vlan_translate", "ingress", physical, True)
-        self.egress = VidTable(lab, cpu, "adp_vlan_translate_egress", "egress", physical, False)
-        self.double_tags = VidTable(lab, cpu, "adp_vlan_dtag", "double_tags", int, True)
+        self.ingress = VidTable(lab, cpu, "adp_vlan_translate", "ingress", "new_vid", physical, True)
+        self.egress = VidTable(lab, cpu, "adp_vlan_translate_egress", "egress", "new_vid", physical, False)
+        self.double_tags = VidTable(lab, cpu, "adp_vlan_dtag", "double_tags", "outer_vid", int, True)
         self._touched = set()
 
     def leaves(self, port, tags=b"", **probe):

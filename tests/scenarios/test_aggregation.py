@@ -169,6 +169,6 @@ def test_group_counts_what_its_members_count(lab, cpu):
         lab.hosts[port].send(frame)
     lab.arrivals(frame[14:])
     received = [cpu.call("adp_get_port_stat", port, RX_FRAMES) for port in (22, 3, 9, GROUP)]
-    assert [record["outputs"]["out"] for record in received] == [1, 2, 3, 6]
+    assert [record["outputs"]["value"] for record in received] == [1, 2, 3, 6]
     assert cpu.result("adp_clr_port_stat", GROUP) == 0
-    assert cpu.call("adp_get_port_stat", 3, RX_FRAMES)["outputs"]["out"] == 0
+    assert cpu.call("adp_get_port_stat", 3, RX_FRAMES)["outputs"]["value"] == 0

@@ -141,7 +141,7 @@ def test_isolation_holds_for_known_addresses_and_in_one_direction_only(lab, isol
 def test_isolation_that_is_lifted_is_gone(lab, cpu, isolated):
     isolated(PEER, {WITNESS})
     isolated(PEER, ALL_PORTS | {0})
-    assert cpu.call("adp_get_port_isolatestatus", PEER)["outputs"]["map"] == [EVERY_PORT_WORD, 0]
+    assert cpu.call("adp_get_port_isolatestatus", PEER)["outputs"]["bitmap"] == [EVERY_PORT_WORD, 0]
     frame = frame_of(lab)
     assert send(lab, PEER, frame) == everyone_but(PEER, frame)
 
@@ -154,8 +154,8 @@ def counter(cpu, port, selector):
     summed = cpu.call("adp_get_port_stat", port, selector)
     plain = cpu.call("adp_intf_stat_get", port, selector)
     assert summed["result"] == 0 and plain["result"] == 0
-    assert plain["outputs"]["out"] == summed["outputs"]["out"]
-    return summed["outputs"]["out"]
+    assert plain["outputs"]["value"] == summed["outputs"]["value"]
+    return summed["outputs"]["value"]
 
 
 def counters(cpu, port, selectors):

@@ -154,7 +154,7 @@ def test_weights_outlive_a_change_of_mode_and_a_write_of_what_was_read(port, cpu
     block = "{weight=[9,9,9,9,9,9,9,9]}"
     assert cpu.result("adp_set_queue_weight_pri", RECEIVER, 0, 0, block) == 0
     assert (port.weights(), port.row()["mode"]) == ([1, 2, 3, 4, 5, 6, 7, 8], "weighted")
-    assert cpu.call("adp_cosq_sched_get", port.number, 3, 0)["outputs"] == {"out": 4}
+    assert cpu.call("adp_cosq_sched_get", port.number, 3, 0)["outputs"] == {"weight": 4}
 
 
 def test_settings_are_the_ports_own(port, cpu):

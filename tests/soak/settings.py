@@ -230,7 +230,7 @@ def registers(port):
                  ["rate", "burst"], _pair(*rate), attribute),
         Register("shaper", f"adp_set_port_egress_shaper {port} {{}} {{}}", f"adp_get_port_egress_shaper {port}",
                  ["rate", "burst"], _pair(*rate), attribute),
-        PortSet("egress set", f"adp_set_port_isolate {port} {{}} 0", f"adp_get_port_isolatestatus {port}", ["map"],
+        PortSet("egress set", f"adp_set_port_isolate {port} {{}} 0", f"adp_get_port_isolatestatus {port}", ["bitmap"],
                 lambda random: (random.getrandbits(26) << 1,), attribute),
     ]  # fmt: skip
     for name, selector in (("jumbo frames", JUMBO), ("enable", ADMIN_STATE)):

@@ -1,3 +1,4 @@
+// Random arguments and outputs, made by the call table.
 #include "tests/support/random_call.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Writes the trace file.
 #include "tests/support/trace_file.h"
 
 #include <sys/socket.h>

@@ -1,3 +1,4 @@
+// Replaces in a call's text what differs between machines and runs.
 #include "tests/support/trace_text.h"
 
 #include <pthread.h>

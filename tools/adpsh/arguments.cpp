@@ -1,3 +1,4 @@
+// Assigns a line's arguments to parameters and fills their storage.
 #include "tools/adpsh/arguments.h"
 
 #include "tools/adpsh/line_error.h"

@@ -1,3 +1,4 @@
+// The table of the shell's own commands, and the short ones.
 #include "tools/adpsh/builtins.h"
 
 #include "calls/describe.h"

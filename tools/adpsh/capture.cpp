@@ -1,3 +1,4 @@
+// Captures a descriptor in an anonymous file.
 #include "tools/adpsh/capture.h"
 
 #include <stddef.h>

@@ -1,3 +1,4 @@
+// Converts words, lists, sets and records into bytes.
 #include "tools/adpsh/convert.h"
 
 #include "tools/adpsh/line_error.h"

@@ -1,3 +1,4 @@
+// Stores events as text, with a limit.
 #include "tools/adpsh/events.h"
 
 #include "tools/adpsh/show.h"

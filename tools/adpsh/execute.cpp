@@ -1,3 +1,4 @@
+// Makes a call under guard, with trace and capture.
 #include "tools/adpsh/execute.h"
 
 #include "calls/call_trace.h"

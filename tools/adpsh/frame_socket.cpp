@@ -1,3 +1,4 @@
+// A packet socket that restores stripped VLAN tags.
 #include "tools/adpsh/frame_socket.h"
 
 #include "tools/adpsh/line_error.h"

@@ -1,3 +1,4 @@
+// Handles signals of invalid memory accesses during a call.
 #include "tools/adpsh/guard.h"
 
 #include <stddef.h>

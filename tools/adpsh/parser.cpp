@@ -1,3 +1,4 @@
+// A recursive-descent parser for lines of the shell.
 #include "tools/adpsh/parser.h"
 
 #include <utility>

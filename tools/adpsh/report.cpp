@@ -1,3 +1,4 @@
+// The two forms of report: text and JSON.
 #include "tools/adpsh/report.h"
 
 #include <fmt/format.h>

@@ -1,3 +1,4 @@
+// Executes lines: commands of the shell and calls of the library.
 #include "tools/adpsh/session.h"
 
 #include "tools/adpsh/builtins.h"

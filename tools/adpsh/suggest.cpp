@@ -1,3 +1,4 @@
+// Finds close names by their edit distance.
 #include "tools/adpsh/suggest.h"
 
 #include <stddef.h>
