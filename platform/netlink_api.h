@@ -186,7 +186,7 @@ int32_t user_trunk_loadbalance_set(uint32_t unit, uint32_t zero, int32_t trunk, 
 int32_t user_trunk_trap_lacp(uint32_t unit, uint32_t zero, uint32_t enable, adp_word_t option);
 
 /*
- * L2 table: MAC addresses
+ * Addresses: single entries of the L2 table
  */
 
 /** Adds an entry for entry.mac in entry.vid, towards entry.port or, with NETLINK_L2_TO_TRUNK, entry.trunk. */
@@ -214,6 +214,10 @@ int32_t user_mac_mcast_addr_get(uint32_t unit, const uint8_t key[NETLINK_MAC_KEY
  * option are passed through. The call fails when no further entry is valid.
  */
 int32_t user_netlink_mac_nextValidAddr_get(uint32_t unit, adp_word_t index, adp_l2_entry_t *entry, adp_word_t option);
+
+/*
+ * Address deletion: entries of the L2 table that a key picks
+ */
 
 /** Deletes all entries of a learn type, a byte. */
 int32_t user_l2_addr_del_all_addr_by_lrntype(uint32_t unit, uint32_t zero, uint32_t learn_type);
@@ -277,6 +281,10 @@ int32_t user_l2_addr_delete_all_dynamic_by_port_mac_vlan(uint32_t unit, uint32_t
                                                          const uint8_t key[NETLINK_MAC_KEY_BYTES], int32_t port,
                                                          uint32_t vid);
 
+/*
+ * Address limits: on learning, and the addresses that they refused
+ */
+
 /** Forgets the addresses that violated a port's learning limit. No unit. */
 int32_t user_mac_violate_del_by_port(int32_t port);
 
@@ -291,6 +299,10 @@ int32_t user_mac_learn_limit_set(uint32_t unit, netlink_learn_limit_t limit);
 
 /** Reads a limit on learned addresses: the record's scope goes in, its limit comes out. */
 int32_t user_mac_learn_limit_get(uint32_t unit, ADP_INOUT netlink_learn_limit_t *limit);
+
+/*
+ * Address table: ageing, display and size of the L2 table, and the reserved addresses
+ */
 
 /** Sets the ageing time of dynamic entries in seconds. */
 int32_t user_mac_age_time_set(uint32_t unit, uint32_t seconds);
@@ -321,7 +333,7 @@ int32_t user_l2_bpdu_get(uint32_t unit, uint32_t zero, uint32_t index, uint8_t m
 int32_t user_l2_bpdu_set(uint32_t unit, uint32_t zero, uint32_t index, const uint8_t mac[NETLINK_MAC_BYTES]);
 
 /*
- * Multicast
+ * Groups: multicast entries of the L2 table
  */
 
 /** Initialises the multicast groups. */
@@ -353,6 +365,10 @@ int32_t user_is_mcast_addr_exist_by_vlan(uint32_t unit, uint32_t vid, uint32_t l
 /** Asks whether a VLAN has multicast entries. All but the unit is passed through. */
 int32_t user_is_mcast_addr_exist_vlan_is(uint32_t unit, adp_word_t vid, adp_word_t option, adp_word_t option2);
 
+/*
+ * Group rules: what chip and ports do with multicast frames
+ */
+
 /** Initialises IGMP snooping (RFC 4541). */
 int32_t user_igmp_snooping_init(uint32_t unit, uint32_t zero);
 
@@ -381,7 +397,7 @@ int32_t User_switch_ipmc_lookup_miss_action(uint32_t unit, uint32_t zero, int32_
 int32_t User_switch_ip6mc_lookup_miss_action(uint32_t unit, uint32_t zero, int32_t port, uint32_t action);
 
 /*
- * Switch controls and traps
+ * Switch controls, traps and protections
  */
 
 /** Writes a control of the whole chip by number. */
@@ -408,7 +424,7 @@ int32_t user_lldp_init(uint32_t unit, uint32_t zero);
 int32_t user_dos_attack_prevent_init(uint32_t unit, uint32_t zero);
 
 /*
- * Field processor. These calls begin with a handle, always 0, and then the unit.
+ * Fields: entries and actions of the field processor. These calls begin with a handle, always 0, and then the unit.
  */
 
 /** Initialises the field processor. Begins with unit and zero. */
@@ -439,6 +455,10 @@ int32_t user_field_action_add(int32_t handle, uint32_t unit, uint32_t entry, uin
 
 /** Removes all actions of an entry. */
 int32_t user_field_action_remove_all(int32_t handle, uint32_t unit, uint32_t entry);
+
+/*
+ * Field conditions: what the entries of the field processor match
+ */
 
 /** Removes all qualifiers of an entry. */
 int32_t user_field_qualify_clear(int32_t handle, uint32_t unit, uint32_t entry);
@@ -512,6 +532,10 @@ int32_t user_field_qualify_iptype(int32_t handle, uint32_t unit, uint32_t entry,
 /** Matches the frame's encapsulation; no mask. */
 int32_t user_field_qualify_FrameType(int32_t handle, uint32_t unit, uint32_t entry, uint32_t data);
 
+/*
+ * Field meters, counters, and what happens without a match
+ */
+
 /** Sets a meter's rate. Begins with the unit and has no handle. */
 int32_t user_field_meter_entry_set(uint32_t unit, uint32_t rate, uint32_t meter);
 
@@ -579,7 +603,7 @@ int32_t user_port_egress_rate_set(uint32_t unit, uint32_t zero, int32_t port, ui
 int32_t user_port_egress_rate_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t *rate, uint32_t *burst);
 
 /*
- * QoS: queues, schedulers, priority maps
+ * Queues: their number, the queue of a priority, schedulers, and what start-up sets of them and of priorities
  */
 
 /** Sets the number of egress queues (classes of service) of the chip. */
@@ -628,6 +652,10 @@ int32_t user_qos_pri_queue_map_set(adp_word_t unit, adp_word_t zero, adp_word_t 
 
 /** Reads the queue of a priority. All four arguments are passed through whole. */
 int32_t user_qos_pri_queue_map_get(adp_word_t unit, adp_word_t zero, adp_word_t priority, uint32_t *queue);
+
+/*
+ * Priorities: where they come from and how they are mapped
+ */
 
 /** Sets the priority of a DSCP. All four arguments are passed through whole. */
 int32_t user_qos_dscp_map_set(adp_word_t unit, adp_word_t zero, adp_word_t dscp, adp_word_t priority);
@@ -704,6 +732,10 @@ int32_t user_stg_stg_count_get(uint32_t unit, uint32_t zero, uint32_t *count);
 
 /** Reads how many VLANs a group has. */
 int32_t user_stg_vlan_count_get(uint32_t unit, uint32_t zero, int32_t stg, uint32_t *count);
+
+/*
+ * Spanning-tree lists: groups and their VLANs
+ */
 
 /** Reads one chunk of the group ids: those from place chunk_index * chunk_size on, at most chunk_size. */
 int32_t user_stg_each_time_list(uint32_t unit, uint32_t zero, ADP_COUNT(chunk_size) int32_t *groups,
@@ -782,6 +814,10 @@ int32_t user_vlan_control_port_set(uint32_t unit, uint32_t zero, int32_t port, u
 /** Reads one of a port's VLAN controls. */
 int32_t user_vlan_control_port_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t control, uint32_t *value);
 
+/*
+ * Translations: of VLAN ids, and VLANs by subnet
+ */
+
 /** Adds an ingress translation of a VLAN id. Kind, port, action and priority are passed through. */
 int32_t user_vlan_translate_add(uint32_t unit, uint32_t zero, adp_word_t kind, adp_word_t port, adp_word_t action,
                                 uint32_t old_vid, uint32_t new_vid, adp_word_t priority);
@@ -820,6 +856,10 @@ int32_t user_vlan_ip4_delete(uint32_t unit, uint32_t zero, adp_word_t port, adp_
 
 /** Deletes every subnet's entry. */
 int32_t user_vlan_ip4_delete_all(uint32_t unit, uint32_t zero);
+
+/*
+ * Double tags: entries, and the mode and the tag of each port
+ */
 
 /**
  * Adds a double-tag entry: a port's frames of one VLAN get a second tag. Kind, action and priority are passed through.

@@ -13,11 +13,13 @@ import sys
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 
 import emit_calls     # noqa: E402  (the path has to be set first)
+import emit_driver    # noqa: E402
 import emit_exported  # noqa: E402
 import emit_table     # noqa: E402
 import exported       # noqa: E402
 import interface      # noqa: E402
 import model          # noqa: E402
+import sections       # noqa: E402
 
 
 def write_if_changed(path, text):
@@ -35,11 +37,12 @@ def write_if_changed(path, text):
 
 def outputs(calls, library):
     """File name to text, for every generated file: of the imported calls, and of the exported ones of a library."""
+    driver = sections.read(calls)
     files = {
         "call_id.h": emit_table.call_ids(calls),
         "call_table.cpp": emit_table.call_table(calls),
-        "driver_calls.h": emit_calls.driver_calls_header(calls),
-        "driver_calls.cpp": emit_calls.driver_calls_source(calls),
+        "driver_calls.h": emit_driver.header(calls, driver),
+        "driver_calls.cpp": emit_driver.source(calls, driver),
         "forward.cpp": emit_calls.forward_source(calls),
         "exported_calls.cpp": emit_exported.source(library),
     }

@@ -11,7 +11,10 @@ import re
 from interface import Data, Field, Function, HeaderError, Interface, Param, Struct
 
 DOC = r"/\*\*(?:[^*]|\*(?!/))*\*/"
-NOT_A_DECLARATION = ("@file", "@name", "@{", "@}")  # docs that describe the file or a group
+# A heading is a plain comment of several lines; its title ends with its first line or before the first of these marks.
+HEADING = r"^/\*\n \* ([^\n:.,(]+)[^\n]*\n(?: \*(?!/)[^\n]*\n)* \*/$"
+SECTION = "@section "  # marks a heading for run()
+NOT_A_DECLARATION = ("@file", "@name", "@{", "@}", SECTION)  # docs that describe the file or a group
 
 
 def read(paths):
@@ -60,9 +63,12 @@ def clean_doc(comment):
 
 
 class Reader:
+    heading = ""  # the last one
+
     def __init__(self, interface, text):
         self.interface = interface
         self.constants(text)
+        text = re.sub(HEADING, lambda match: f"/** {SECTION}{match[1].strip()} */", text, flags=re.M)
         text = re.sub(r"/\*\*<(?:[^*]|\*(?!/))*\*/", "", text)           # trailing member docs
         text = re.sub(r"/\*(?!\*)(?:[^*]|\*(?!/))*\*/|//[^\n]*", "", text)  # plain comments
         # A directive becomes an empty doc comment, so that its doc is not taken for the next declaration's.
@@ -86,6 +92,9 @@ class Reader:
             position = match.end()
             if match.group("doc"):
                 doc = clean_doc(match.group("doc"))
+                if doc.startswith(SECTION):
+                    self.heading = doc[len(SECTION):]
+                    self.interface.headings.append(self.heading)
                 doc = "" if doc.startswith(NOT_A_DECLARATION) else doc
                 continue
             declaration = re.sub(DOC, "", match.group("decl"), flags=re.S)
@@ -181,9 +190,9 @@ class Reader:
         self.interface.functions.append(self.signature(name, returns, arguments, doc))
 
     def signature(self, name, returns, arguments, doc=""):
-        function = Function(name, returns, [], doc=doc)
+        function = Function(name, returns, [], doc=doc, heading=self.heading)
         if arguments not in ("", "void"):
-            for argument in split_arguments(arguments):
+            for argument in map(str.strip, re.split(r",(?![^()]*\))", arguments)):  # not at commas in parentheses
                 if argument == "...":
                     function.variadic = True
                 else:
@@ -235,16 +244,3 @@ def check_duplicates(owner, named):
     for name in names:
         if names.count(name) > 1:
             raise HeaderError(f"{owner}: two named '{name}'")
-
-
-def split_arguments(text):
-    """Splits at commas outside parentheses."""
-    parts, depth, current = [], 0, ""
-    for character in text:
-        depth += {"(": 1, ")": -1}.get(character, 0)
-        if character == "," and depth == 0:
-            parts.append(current.strip())
-            current = ""
-        else:
-            current += character
-    return parts + [current.strip()]

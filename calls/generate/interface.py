@@ -53,6 +53,7 @@ class Function:
     params: list
     variadic: bool = False
     doc: str = ""
+    heading: str = ""  # the section that it stands in
 
 
 @dataclass
@@ -65,6 +66,7 @@ class Data:
 @dataclass
 class Interface:
     functions: list = field(default_factory=list)
+    headings: list = field(default_factory=list)   # titles of sections, in order
     data: list = field(default_factory=list)
     structs: dict = field(default_factory=dict)
     aliases: dict = field(default_factory=dict)    # typedef name -> scalar or struct name

@@ -164,6 +164,19 @@ class TestDocs:
         assert struct.doc == "S." and [f.name for f in struct.fields] == ["a", "b"]
 
 
+class TestHeadings:
+    def test_a_heading_belongs_to_all_functions_after_it(self, read):
+        functions = read("int32_t f(void);\n/*\n * One: of (two).\n */\nint32_t g(void);\nint32_t h(void);\n"
+                         "/*\n * Two\n *\n * Lines.\n */\n/** Doc. */\nint32_t i(void);")
+        assert [(f.name, f.heading) for f in functions.functions] == [("f", ""), ("g", "One"), ("h", "One"),
+                                                                      ("i", "Two")]
+        assert functions.headings == ["One", "Two"] and functions.functions[3].doc == "Doc."
+
+    def test_a_heading_ends_with_its_header(self, read):
+        functions = read("/*\n * One\n */\nint32_t f(void);", "int32_t g(void);").functions
+        assert [f.heading for f in functions] == ["One", ""]
+
+
 REJECTED = {
     "unnamed parameter": ("int32_t f(uint32_t);", "f: "),
     "unnamed pointer": ("int32_t f(uint32_t *);", "cannot read parameter"),

@@ -193,8 +193,8 @@ int32_t adp_get_stg_max_vlan(int32_t stg);
  *
  * Calls in this order: adp_get_max_stg(); adp_get_stg_each_time_list() in chunks of 64, one chunk more than the full
  * ones; for the wanted group adp_get_stg_max_vlan() and adp_get_stg_vlan_each_time_list() in chunks of 1024, again one
- * more than the full ones. A failed chunk counts as zeros. Without groups "%s %d: get STG count failed! STG count=%d\n"
- * is printed on standard error.
+ * more than the full ones. Each of these is copied to the caller before the next is read. A failed chunk counts as
+ * zeros. Without groups "%s %d: get STG count failed! STG count=%d\n" is printed on standard error.
  *
  * @param stg        group number
  * @param[out] vids  VLAN ids, as many as the result says

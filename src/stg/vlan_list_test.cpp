@@ -160,6 +160,17 @@ TEST_F(StgVlans, ComeInChunksOneMoreThanAFullOneNeeds) {
     }
 }
 
+TEST_F(StgVlans, OfAChunkAreWithTheCallerBeforeTheNextIsRead) {
+    chip(2, 2 * kVlanChunk + 1);
+    std::vector<size_t> copied;
+    driver().on("user_stg_vlan_each_time_list").does([&](recording::Arguments &arguments) {
+        copied.push_back(static_cast<size_t>(std::find(out_.begin(), out_.end(), kUntouchedVlan) - out_.begin()));
+        return fill_chunk<uint16_t>(arguments, "vids", vlans_, vlan_at);
+    });
+    EXPECT_EQ(list(2).result, static_cast<int32_t>(vlans_));
+    EXPECT_THAT(copied, ElementsAre(0, kVlanChunk, 2 * kVlanChunk));
+}
+
 TEST_F(StgVlans, OfAnEmptyGroupAreNotRead) {
     chip(3, 0);
     EXPECT_EQ(list(2), Outcome{});

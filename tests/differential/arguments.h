@@ -1,6 +1,7 @@
 /**
  * @file arguments.h
- * One call's arguments, made from a seed. Made twice they are equal, but each in memory of its own.
+ * The arguments of one call, made from a seed. Two objects with the same seed hold equal values, each in its own
+ * memory.
  */
 #pragma once
 
@@ -14,7 +15,7 @@
 #include "calls/exported.h"
 #include "tests/differential/random.h"
 
-namespace lives {
+namespace differential {
 
 /** One parameter's storage. */
 struct Slot {
@@ -48,19 +49,13 @@ class Arguments {
 
   private:
     void fill_value(Slot &slot);
+    void fill_set(Slot &slot);
+    void fill_number(Slot &slot);
     void fill_memory(size_t index);
     void fill_elements(Slot &slot);
-    void fill_element(const calls::Element &type, const char *name, uint8_t *to);
-    void fill_record(const calls::Struct &record, uint8_t *to);
-    void fill_entity(FpEntity &entity, bool as_equal_bytes);
-    void fill_list(Slot &slot);
-    void fill_frame_record(Slot &slot);
-    void fill_frame(std::vector<uint8_t> &frame);
     [[nodiscard]] size_t extent(const calls::Param &parameter) const;
     [[nodiscard]] bool may_be_null(const calls::Param &parameter) const;
     [[nodiscard]] bool is_receive() const;
-    /** Whether the call appends to the rule record that it gets. */
-    [[nodiscard]] bool is_appended_to() const;
     [[nodiscard]] std::vector<uint8_t> comparable(size_t index) const;
 
     const exported::Call &call_;
@@ -69,4 +64,4 @@ class Arguments {
     std::vector<void *> pointers_;
 };
 
-}  // namespace lives
+}  // namespace differential

@@ -1,3 +1,4 @@
+// Calls as lines.
 #include "tests/differential/call_text.h"
 
 #include <algorithm>
@@ -7,7 +8,7 @@
 #include "calls/describe.h"
 #include "tests/support/trace_text.h"
 
-namespace lives {
+namespace differential {
 namespace {
 
 using calls::Element;
@@ -200,4 +201,4 @@ std::string outputs_text(const Arguments &arguments) {
     return text;
 }
 
-}  // namespace lives
+}  // namespace differential

@@ -21,11 +21,11 @@ def declarations(functions):
 
 def table(functions):
     lines = ["// Generated from the public headers. Changes here are lost.", '#include "generated/reference.h"',
-             '#include "tests/differential/reference_table.h"', "", "namespace lives {", "namespace {", "",
+             '#include "tests/differential/reference_table.h"', "", "namespace differential {", "namespace {", "",
              "const Model kModels[] = {"]
     lines += [f'    {{"{function.name}", reinterpret_cast<void *>(&reference::{function.name})}},' for function in functions]
     return "\n".join(lines + ["};", "", "}  // namespace", "", "std::span<const Model> models() { return kModels; }", "",
-                              "}  // namespace lives", ""])
+                              "}  // namespace differential", ""])
 
 
 def main():

@@ -6,7 +6,7 @@
 
 #include <span>
 
-namespace lives {
+namespace differential {
 
 struct Model {
     const char *name;
@@ -15,4 +15,4 @@ struct Model {
 
 std::span<const Model> models();
 
-}  // namespace lives
+}  // namespace differential

@@ -1,4 +1,4 @@
-"""Storm control and the ingress limit, through the library's calls and as the device shows them."""
+"""Storm control and the ingress limit, by the library's calls, and as the device shows them."""
 
 from packets import Packet
 from rate import reading
@@ -20,14 +20,14 @@ CRAWL = 1
 
 
 def kilobit_packet(lab, **fields):
-    """A packet whose frame takes a kilobit of a limit, so that a burst is told in frames."""
+    """A packet whose frame uses a kilobit of a limit, so that a burst is a number of frames."""
     packet = Packet(**fields)
     bare = len(packet.build(lab.marker()))
     return packet.but(padding=KILOBIT_BYTES - CHECK_SEQUENCE_BYTES - bare)
 
 
 class Limits:
-    """Limits of the ports that it is asked to look after; gone after tidy()."""
+    """Limits of some ports; tidy() removes them."""
 
     def __init__(self, cpu, ports):
         self._cpu, self._ports = cpu, ports

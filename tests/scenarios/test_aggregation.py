@@ -60,14 +60,14 @@ def change(joined, verb, number, may_flood=False):
 
 
 def check_events(joined, number, is_up, group_is_up, management_port, events):
-    """Compares what both programs told of the last change."""
+    """Compares what both programs printed about the last change."""
     for side, program in enumerate(joined.programs):
         management = management_port + FAR_PORTS_ABOVE_NEAR * side
         assert program.take_events() == [*events, Handled(CABLES[number][side], is_up, group_is_up, management)]
 
 
 def check_losses(joined, made, what, tell):
-    """Frames may be lost until both programs have handled the change; they are counted and told. None is later."""
+    """Frames may be lost until both programs have handled the change, and are counted. None is lost later."""
     for load in joined.traffic.loads:
         lost = made.meanwhile(load)
         tell(f"{what}: {lost.lost} of {lost.sent} frames lost in the {made.seconds * 1000:.0f} ms until it was handled")

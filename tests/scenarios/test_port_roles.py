@@ -1,4 +1,4 @@
-"""Access, trunk and hybrid ports: what hosts hear, tagged and untagged, and what is read back of VLANs."""
+"""Access, trunk and hybrid ports: tagged and untagged frames at hosts, and VLANs read back."""
 
 import random
 

@@ -1,4 +1,4 @@
-"""Queues behind a shaper: a port keeps to its rate, and who gets how much of it is a matter of its scheduling."""
+"""Queues behind a shaper: a port keeps its rate, and scheduling shares it between the queues."""
 
 import time
 
@@ -54,7 +54,7 @@ def test_port_keeps_to_its_rate(port, rate, burst):
 
 
 def test_rate_is_kept_on_the_cable_and_nothing_is_lost_within_the_queue(port, crossing):
-    """By the receiver's own word, for all that the device may say."""
+    """Counted by the receiver, independent of the device."""
     port.shape(2000, 8)
     marker = crossing.lab.marker()
     before = port.read()

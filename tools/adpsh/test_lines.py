@@ -185,7 +185,7 @@ def test_a_failed_call_is_not_a_malformed_line(environment):
     ended = run(environment, "--command", "adp_vlan_create 1", "adp_get_agg_group agg9 2")
     assert ended.returncode == 0
     assert ended.stdout.splitlines() == ["= -1 (ADP_FAIL: map, socket or frame-path failure, or a list too short: "
-                                         "all bits set)"] * 2 + ["  count = 0", "  list = [0, 0]"]
+                                         "all bits set)"] * 2 + ["  count = 0", "  members = [0, 0]"]
 
 
 def test_a_script_file(environment, tmp_path):
@@ -206,6 +206,6 @@ def test_text_for_people(environment):
         "= 0 (success)",
         "    user_port_untagged_vlan_get(unit=0, zero=0, port=12) -> -1 {vid=0}",
         "= 102 (ADP_E_DRIVER: a driver call failed, or the call does not fan out over a group)",
-        "  vlan = 0",
+        "  vid = 0",
         "= 0 (success)",
         "  bitmap = {4,29} = [0x20000010, 0x00000000]"]
