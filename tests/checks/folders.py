@@ -5,6 +5,8 @@ import sys
 
 INTERFACE = ("include", "platform")
 LIBRARY = (*INTERFACE, "src/core")
+# The chip's stages; each uses only those before it.
+CHIP_STAGES = tuple(f"vdevice/chip/{stage}" for stage in ("frame", "rates", "tables", "fields", "queues", "pipeline"))
 # A folder, and the folders that it may use besides itself. The longest name that fits a path counts.
 MAY_USE = {
     "include": (),
@@ -21,6 +23,7 @@ MAY_USE = {
     "src/vlan": LIBRARY,
     "src/board": INTERFACE,
     "vdevice/chip": (),
+    **{stage: CHIP_STAGES[:number] for number, stage in enumerate(CHIP_STAGES)},
     "vdevice/driver": ("vdevice/chip", "generated", *INTERFACE),
     "vdevice/io": ("vdevice/chip/frame",),
     "vdevice/remote": ("calls", "generated", *INTERFACE),

@@ -7,6 +7,8 @@
 #include <array>
 #include <span>
 
+#include "vdevice/chip/frame/encapsulation.h"
+
 namespace vdevice::chip {
 
 enum class Field : uint8_t {
@@ -65,9 +67,6 @@ constexpr Qualifier qualifier(Field field, uint32_t data, uint32_t mask) {
 
 /** Kinds of packets. A rule may ask for one; each frame is of several. */
 enum class IpKind : uint8_t { kAny = 0, kNotIp = 1, kIp = 2, kArp = 3, kIpv4 = 5, kIpv6 = 10, kCount };
-
-/** Encapsulations. */
-enum class FrameKind : uint8_t { kAny = 0, kEthernet = 1, kLlc = 2, kSnap = 3, kCount };
 
 /** Formats of the innermost tag. */
 enum class TagFormat : uint8_t { kNone = 0, kPriority = 1, kVlan = 2 };

@@ -35,9 +35,10 @@ Status FieldProcessor::remove_meter_of(uint32_t entry) {
 FieldVerdict FieldProcessor::judge(Time now, const FieldFrame &frame) {
     FieldVerdict verdict;
     verdict.tci = frame.tci;
-    const auto actions = table_.has_rules() ? table_.match(FieldKey{frame}) : std::nullopt;
-    if (actions) {
-        carry_out(*actions, now, frame, verdict);
+    const auto match = table_.has_rules() ? table_.match(FieldKey{frame}) : std::nullopt;
+    if (match) {
+        verdict.rules = match->rules;
+        carry_out(match->actions, now, frame, verdict);
     } else {
         miss(miss_action(frame.ingress), verdict);
     }

@@ -25,6 +25,7 @@ struct FieldVerdict {
     std::optional<uint8_t> dscp;
     std::optional<PortSet> redirect;
     std::optional<uint32_t> mirror; /**< the session whose flow mirror gets a copy */
+    MatchedRules rules;             /**< that want it; without any it is the port's miss action */
 };
 
 class FieldProcessor {

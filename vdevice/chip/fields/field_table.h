@@ -2,10 +2,12 @@
 // installed, and pairs of entries that are one rule.
 #pragma once
 
+#include <stddef.h>
 #include <stdint.h>
 #include <array>
 #include <functional>
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "vdevice/chip/fields/field.h"
@@ -24,6 +26,21 @@ struct FieldRule {
     bool names_meter(uint32_t meter) const;
 
     friend bool operator==(const FieldRule &, const FieldRule &) = default;
+};
+
+/** The rules that won within their groups, each by the entry of its first half; the lowest group's first. */
+struct MatchedRules {
+    std::array<uint32_t, RuleIndex::kLists> entries;
+    size_t count = 0;
+
+    void add(uint32_t entry) { entries[count++] = entry; }
+    std::span<const uint32_t> list() const { return std::span{entries}.first(count); }
+};
+
+/** What a frame meets: the rules, and what they want done with it. */
+struct FieldMatch {
+    MatchedRules rules;
+    ActionSet actions;
 };
 
 /** What part of a rule an entry is. A half whose other half is gone never matches. */
@@ -81,8 +98,8 @@ class FieldTable {
     /** True if there is a rule that frames can meet. */
     bool has_rules() const { return rule_count_ != 0; }
 
-    /** The actions of each group's best rule, the lowest group's first; nothing if no rule matches. */
-    std::optional<ActionSet> match(const FieldKey &key);
+    /** Each group's best rule, the lowest group's first; nothing if no rule matches. */
+    std::optional<FieldMatch> match(const FieldKey &key);
 
     /** Why there is no entry of this number. */
     static Status absence_of(uint32_t entry) { return entry < kEntries ? Status::kFieldMissing : Status::kFieldRange; }
@@ -95,7 +112,7 @@ class FieldTable {
     bool is_rule(uint32_t entry) const;
     const FieldRule *second_half(uint32_t entry) const;
     void make_index();
-    void collect(uint32_t entry, ActionSet &actions);
+    void collect(uint32_t entry, FieldMatch &match);
 
     std::vector<std::optional<FieldEntry>> entries_;
     /** Of each group what frames can meet, in the order in which it is tried. */

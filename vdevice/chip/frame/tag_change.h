@@ -21,18 +21,15 @@ struct TagChange {
         return priority < kPriorities || priority == kKeepPriority ? Status::kOk : Status::kBadArgument;
     }
 
+    bool has_priority() const { return priority != kKeepPriority; }
+
     /** The tag's control information after the change; what marks a frame as eligible for dropping stays. */
     uint16_t apply(uint16_t tci) const {
         constexpr uint32_t kDropEligible = 0x1000;
         const uint32_t kept =
-            priority == kKeepPriority ? tci & kPriorityMask : (tci & kDropEligible) | priority << kPcpShift;
+            has_priority() ? (tci & kDropEligible) | priority << kPcpShift : tci & kPriorityMask;
         return static_cast<uint16_t>(kept | vid);
     }
 };
-
-/** Without a change the tag stays as it is. */
-inline uint16_t change_tci(const TagChange *change, uint16_t tci) {
-    return change == nullptr ? tci : change->apply(tci);
-}
 
 }  // namespace vdevice::chip

@@ -29,8 +29,8 @@ class EgressQueues {
     bool holds(int port) const { return held_.has(port); }
     /** A frame leaves a port that does not hold it. */
     void pass(int port, size_t queue, size_t octets) { at(port).count(queue, octets); }
-    /** Lets a copy of the frame wait, or drops it for want of room. */
-    void put(Time now, int port, size_t queue, const Frame &frame, Dispatch dispatch);
+    /** Lets a copy of the frame wait; false if it is dropped for want of room. */
+    bool put(Time now, int port, size_t queue, const Frame &frame, Dispatch dispatch);
 
     /** The next frame that leaves; of two at the same time that of the lower port. */
     const std::optional<Departure> &next() const { return next_; }

@@ -4,6 +4,7 @@
 
 #include <stddef.h>
 #include <stdint.h>
+#include <algorithm>
 #include <array>
 #include <list>
 #include <optional>
@@ -64,6 +65,13 @@ class PortQueues {
     void put(Time now, size_t queue, const Frame &frame, Dispatch dispatch);
     /** The next frame, at its departure. One must wait. */
     QueuedFrame take();
+    /** Calls visit(frame) for each frame that waits, those of queue 0 first. */
+    template <typename Visit>
+    void for_each_waiting(Visit visit) const {
+        for (const Queue &queue : queues_) {
+            std::for_each(queue.frames.begin(), queue.frames.end(), visit);
+        }
+    }
     /** Throws away what waits and gives its octets. */
     size_t flush();
 

@@ -5,7 +5,7 @@
 #include <stdint.h>
 #include <chrono>
 
-#include "vdevice/chip/tables/mac_entry.h"
+#include "vdevice/chip/frame/time.h"
 
 namespace vdevice::chip {
 

@@ -2,15 +2,12 @@
 #pragma once
 
 #include <stdint.h>
-#include <chrono>
 #include <optional>
 
 #include "vdevice/chip/frame/frame.h"
+#include "vdevice/chip/frame/time.h"
 
 namespace vdevice::chip {
-
-/** Time since the device was switched on, always handed in: the chip has no clock of its own. */
-using Time = std::chrono::nanoseconds;
 
 /** Where a station is. Ports of one trunk are one place. */
 struct Place {

@@ -69,19 +69,23 @@ void MacTable::erase(const MacEntry &entry) {
     --size_;
 }
 
-void MacTable::learn(Mac mac, Vid vid, int port, Time now, int trunk) {
+Learned MacTable::learn(Mac mac, Vid vid, int port, Time now, int trunk) {
     const MacEntry *known = find(mac, vid);
     if (known != nullptr && known->is_static) {
-        return;
+        return Learned::kStatic;
     }
     const bool is_new = known == nullptr;
     const bool has_moved = !is_new && !known->is_behind(port, trunk);
     if (put(MacEntry{mac, vid, port, false, now, trunk}) != Status::kOk) {
         ++counters_.refused;
-        return;
+        return Learned::kNoRoom;
     }
     counters_.learned += is_new ? 1 : 0;
     counters_.moved += has_moved ? 1 : 0;
+    if (is_new) {
+        return Learned::kNew;
+    }
+    return has_moved ? Learned::kMoved : Learned::kKnown;
 }
 
 bool MacTable::refresh(const MacEntry &known, const Place &place, Time now) {

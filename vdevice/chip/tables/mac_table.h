@@ -16,6 +16,17 @@
 
 namespace vdevice::chip {
 
+/** What became of a frame's source address. */
+enum class Learned : uint8_t {
+    kNot,       /**< the frame was not taken so far, or its port does not learn */
+    kKnown,     /**< it is known there, and the time is noted */
+    kNew,       /**< it has an entry now */
+    kMoved,     /**< its entry was behind another place */
+    kStatic,    /**< software has said where it is, and there it stays */
+    kNoRoom,    /**< its bucket of the table is full */
+    kOverLimit, /**< a limit does not let it be learned, and the frame is dropped */
+};
+
 class MacTable {
   public:
     static constexpr size_t kBuckets = 1024;
@@ -44,7 +55,7 @@ class MacTable {
     }
 
     /** Learns the source of a frame, moves it, or refreshes it. A static entry stays where it is. */
-    void learn(Mac mac, Vid vid, int port, Time now, int trunk = MacEntry::kNoTrunk);
+    Learned learn(Mac mac, Vid vid, int port, Time now, int trunk = MacEntry::kNoTrunk);
     /** Does what learn() would, if it would do no more than note the time; most frames ask for no more. */
     bool refresh(const MacEntry &known, const Place &place, Time now);
     const MacEntry *find(Mac mac, Vid vid) const;

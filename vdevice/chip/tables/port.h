@@ -5,8 +5,8 @@
 #include <stdint.h>
 #include <array>
 
+#include "vdevice/chip/frame/chip_ports.h"
 #include "vdevice/chip/frame/frame.h"
-#include "vdevice/chip/frame/port_set.h"
 #include "vdevice/chip/rates/limiter.h"
 #include "vdevice/chip/rates/storm_control.h"
 #include "vdevice/chip/tables/group_rules.h"
@@ -100,7 +100,7 @@ struct Port {
     bool eee = false;      /**< energy-efficient Ethernet */
     Phy phy;
     LearnMode learning = kNormalLearning;
-    PortSet egress = PortSet::all(); /**< where frames from this port may go */
+    PortSet egress = kAllPorts;      /**< where frames from this port may go */
     Vid pvid = kMinVid;              /**< VLAN of untagged and priority-tagged frames */
     uint32_t untagged_priority = 0;  /**< the port's own: of untagged frames, and of all that it does not trust */
     Trust trust = Trust::kDot1p;

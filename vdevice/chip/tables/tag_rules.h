@@ -5,6 +5,7 @@
 #include <stdint.h>
 #include <optional>
 
+#include "vdevice/chip/tables/classified.h"
 #include "vdevice/chip/tables/port.h"
 #include "vdevice/chip/tables/subnet_table.h"
 #include "vdevice/chip/tables/vid_map.h"
@@ -18,7 +19,7 @@ struct TagRules {
     explicit TagRules(const ChipPorts &ports) : ingress{ports}, egress{ports}, double_tags{ports}, subnets{ports} {}
 
     /** The VLAN and priority of a frame that came in on the port, with these settings. */
-    uint16_t classify(int port, const Port &settings, const Header &header) const;
+    Classified classify(int port, const Port &settings, const Header &header) const;
     /** The tag's control information as the port sends it. */
     uint16_t on_egress(int port, uint16_t tci) const;
 
