@@ -61,7 +61,8 @@ Status Switch::set_pvid(int port, uint32_t vid) {
 Status Switch::destroy_vlans(VidRange range) {
     const Status status = tables_.vlans.destroy(range);
     if (status == Status::kOk) {
-        tables_.macs.remove_if([&](const MacEntry &entry) { return entry.vid >= range.first && entry.vid <= range.last; });
+        tables_.macs.remove_if(
+            [&](const MacEntry &entry) { return entry.vid >= range.first && entry.vid <= range.last; });
     }
     return status;
 }

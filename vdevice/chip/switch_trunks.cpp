@@ -47,8 +47,8 @@ Status Switch::set_trunk(int64_t trunk, const std::vector<int> &ports) {
 
 Status Switch::set_trunk_configured(int64_t trunk, const std::vector<int> &ports) {
     const Status status = tables_.trunks.set_configured(trunk, ports);
-    if (status == Status::kOk) {
-        release_addresses(trunk, tables_.trunks.find(trunk)->ports());
+    if (const Trunk *told = tables_.trunks.find(trunk); status == Status::kOk && told != nullptr) {
+        release_addresses(trunk, told->ports());
         refresh_trunks();
     }
     return status;

@@ -32,8 +32,7 @@ Status FieldProcessor::remove_meter_of(uint32_t entry) {
     return removed ? Status::kOk : Status::kMeterMissing;
 }
 
-FieldVerdict FieldProcessor::judge(Time now, const FieldFrame &frame) {
-    FieldVerdict verdict;
+void FieldProcessor::judge(Time now, const FieldFrame &frame, FieldVerdict &verdict) {
     verdict.tci = frame.tci;
     const auto match = table_.has_rules() ? table_.match(FieldKey{frame}) : std::nullopt;
     if (match) {
@@ -42,7 +41,6 @@ FieldVerdict FieldProcessor::judge(Time now, const FieldFrame &frame) {
     } else {
         miss(miss_action(frame.ingress), verdict);
     }
-    return verdict;
 }
 
 void FieldProcessor::carry_out(const ActionSet &actions, Time now, const FieldFrame &frame, FieldVerdict &verdict) {

@@ -47,7 +47,8 @@ class FieldProcessor {
     void set_miss_action(int port, MissAction action) { miss_actions_[static_cast<size_t>(port)] = action; }
     MissAction miss_action(int port) const { return miss_actions_[static_cast<size_t>(port)]; }
 
-    FieldVerdict judge(Time now, const FieldFrame &frame);
+    /** Puts what it wants into a verdict that is as made. */
+    void judge(Time now, const FieldFrame &frame, FieldVerdict &verdict);
 
   private:
     void carry_out(const ActionSet &actions, Time now, const FieldFrame &frame, FieldVerdict &verdict);

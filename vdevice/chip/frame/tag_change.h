@@ -26,8 +26,7 @@ struct TagChange {
     /** The tag's control information after the change; what marks a frame as eligible for dropping stays. */
     uint16_t apply(uint16_t tci) const {
         constexpr uint32_t kDropEligible = 0x1000;
-        const uint32_t kept =
-            has_priority() ? (tci & kDropEligible) | priority << kPcpShift : tci & kPriorityMask;
+        const uint32_t kept = has_priority() ? (tci & kDropEligible) | priority << kPcpShift : tci & kPriorityMask;
         return static_cast<uint16_t>(kept | vid);
     }
 };

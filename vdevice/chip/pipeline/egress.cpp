@@ -5,25 +5,23 @@ namespace {
 
 /** How many frames one received frame may bring back by loopback. */
 constexpr size_t kMaxLooped = 64;
-/** Of copies that are made before the chip has given the frame a priority. */
-constexpr uint32_t kMirrorPriority = 0;
 
-}  // namespace
-
-// A service's tag never reaches a customer.
-Frame Egress::form_of(const Passage &p, int port) {
+/** The frame as the port sends it. A service's tag never reaches a customer. */
+Frame form_of(const Passage &p, int port, const Tables &tables, TaggedHead &head) {
     if (port == kCpuPort) {
-        return head_.with_receive_tag(p.untagged(), p.ingress, tables_.port(p.ingress).tags.tpid, p.tci);
+        return head.with_receive_tag(p.untagged(), p.ingress, tables.port(p.ingress).tags.tpid, p.tci);
     }
-    const PortTags &tags = tables_.port(port).tags;
+    const PortTags &tags = tables.port(port).tags;
     if (p.vlan->untagged.has(port) || tags.mode == DoubleTag::kExternal) {
         return p.untagged();
     }
-    return head_.with_vlan_tag(p.untagged(), tags.tpid, tables_.tag_rules.on_egress(port, p.tci));
+    return head.with_vlan_tag(p.untagged(), tags.tpid, tables.tag_rules.on_egress(port, p.tci));
 }
 
+}  // namespace
+
 void Egress::send(const Passage &p, int port) {
-    transmit(port, form_of(p, port), {p.priority, Origin::kSwitched});
+    transmit(port, form_of(p, port, tables_, head_), {p.priority, Origin::kSwitched});
 }
 
 void Egress::send_as_is(const Passage &p, int port) {
@@ -87,20 +85,15 @@ void Egress::send_to_mirror(int port, const Frame &frame, uint32_t priority) {
     }
 }
 
-void Egress::mirror_ingress(int port, Bytes frame) {
-    tables_.mirrors.for_each_ingress_copy(
-        port, [&](int destination) { send_to_mirror(destination, split_frame(frame), kMirrorPriority); });
-}
-
 void Egress::copy_to_flow_mirror(uint32_t session, const Frame &frame) {
     if (const int destination = tables_.mirrors.flow_destination(session); destination != Mirror::kNone) {
-        send_to_mirror(destination, frame, kMirrorPriority);
+        send_to_mirror(destination, frame, kUnknownPriority);
     }
 }
 
 // Frames leave at times of their own, one after the other across all ports, so that the chip does the same however
 // seldom it is told of the time.
-void Egress::send_until(Time now) {
+void Egress::send_due(Time now) {
     EgressQueues &queues = tables_.queues;
     while (queues.next() && queues.next()->time <= now) {
         now_ = queues.next()->time;
@@ -108,24 +101,14 @@ void Egress::send_until(Time now) {
         const QueuedFrame frame = queues.take_next();
         leave(port, split_frame(frame.octets), frame.dispatch);
     }
-    now_ = now;
-}
-
-void Egress::announce_departure() {
-    const auto &next = tables_.queues.next();
-    if (const std::optional<Time> at = next ? std::optional{next->time} : std::nullopt; at != announced_) {
-        announced_ = at;
-        sink_.departure_changed();
-    }
 }
 
 void Egress::flush_unsent(int port) {
     if (tables_.port(port).is_up() && tables_.port(port).loopback == 0) {
         return;
     }
-    tables_.queues.port(port).for_each_waiting([&](const QueuedFrame &frame) {
-        tell_lost(port, split_frame(frame.octets), frame.dispatch, Lost::kFlushed);
-    });
+    tables_.queues.port(port).for_each_waiting(
+        [&](const QueuedFrame &frame) { tell_lost(port, split_frame(frame.octets), frame.dispatch, Lost::kFlushed); });
     tables_.queues.flush(port);
     announce_departure();
 }

@@ -33,21 +33,38 @@ class Egress {
     /** Sends a copy as the CPU has made it. */
     void send_as_is(const Passage &p, int port);
     /** Sends a copy to the mirrors of what comes in on the port. */
-    void mirror_ingress(int port, Bytes frame);
+    void mirror_ingress(int port, Bytes frame) {
+        tables_.mirrors.for_each_ingress_copy(
+            port, [&](int destination) { send_to_mirror(destination, split_frame(frame), kUnknownPriority); });
+    }
     /** Sends a copy of a frame that a rule has selected to where the session's flow mirror goes, if anywhere. */
     void copy_to_flow_mirror(uint32_t session, const Frame &frame);
 
     /** Sends the queued frames that leave until now. Afterwards it is @p now for all that goes on in the chip. */
-    void send_until(Time now);
+    void send_until(Time now) {
+        if (const auto &next = tables_.queues.next(); next && next->time <= now) {
+            send_due(now);
+        }
+        now_ = now;
+    }
     /** Tells the sink if the next departure is at another time than it was told. */
-    void announce_departure();
+    void announce_departure() {
+        const auto &next = tables_.queues.next();
+        if (const auto time = next ? std::optional{next->time} : std::nullopt; time != announced_) {
+            announced_ = time;
+            sink_.departure_changed();
+        }
+    }
     /** Loses what waits on a port that is down, or in loopback, which has no queues. */
     void flush_unsent(int port);
     /** What one received frame has brought back so far. Up to a limit, it grows while it is worked off. */
     std::vector<LoopedFrame> &looped() { return looped_; }
 
   private:
-    Frame form_of(const Passage &p, int port);
+    /** Of copies that are made before the chip has given the frame a priority. */
+    static constexpr uint32_t kUnknownPriority = 0;
+
+    void send_due(Time now);
     void transmit(int port, const Frame &frame, Dispatch dispatch);
     void leave(int port, const Frame &frame, Dispatch dispatch);
     void loop_back(int port, const Frame &frame, Dispatch dispatch);

@@ -14,14 +14,14 @@ void add_origin(EgressLimits &limits, const Tables &tables, const Passage &p) {
     }
     limits.add(kAllPorts - PortSet::of(p.ingress), Unsent::kIngress, Drop::kSamePort);
     if (const Trunk *trunk = tables.trunks.find(origin.trunk); trunk != nullptr && p.way != Way::kRedirected) {
-        limits.add(kAllPorts - trunk->member_set(), Unsent::kSameTrunk, Drop::kSamePort);
+        limits.add(kAllPorts - trunk->member_set, Unsent::kSameTrunk, Drop::kSamePort);
     }
 }
 
 }  // namespace
 
-// A rule's redirection does not ask for the VLAN's members nor for isolation, but a loop that spanning tree has cut must
-// not be closed again by it.
+// A rule's redirection does not ask for the VLAN's members nor for isolation, but a loop that spanning tree has cut
+// must not be closed again by it.
 EgressLimits egress_limits(const Tables &tables, const Passage &p) {
     const bool is_switched = p.way == Way::kEntry || p.way == Way::kGroup || p.way == Way::kFlooded;
     EgressLimits limits;

@@ -1,9 +1,10 @@
-// The one list of limits on what leaves: for a frame whose way is chosen, the sets that a port must be in to get a copy,
-// and what keeps the copy from the ports that are not.
+// The one list of limits on what leaves: for a frame whose way is chosen, the sets that a port must be in to get a
+// copy, and what keeps the copy from the ports that are not.
 #pragma once
 
 #include <stddef.h>
 #include <stdint.h>
+#include <algorithm>
 #include <array>
 #include <optional>
 #include <span>
@@ -42,6 +43,12 @@ class EgressLimits {
             ports &= limit.ports;
         }
         return ports;
+    }
+    /** The first limit that leaves none of these ports. */
+    const EgressLimit &first_without(PortSet ports) const {
+        const auto leaves_none = [&](const EgressLimit &limit) { return (ports &= limit.ports).empty(); };
+        const auto found = std::find_if(list().begin(), list().end() - 1, leaves_none);
+        return *found;
     }
 
   private:

@@ -127,9 +127,8 @@ bool Forwarder::limit_storm(Passage &p) {
     }
     p.entry = tables_.macs.find(p.header.destination, p.vid());
     p.storm = storm_type_of(p.header.destination, p.entry);
-    return !p.storm || tables_.port(p.ingress).storm.admit(*p.storm, octets_of(p.header), p.now)
-               ? true
-               : p.end(Drop::kStorm);
+    return !p.storm || tables_.port(p.ingress).storm.admit(*p.storm, octets_of(p.header), p.now) ? true
+                                                                                                 : p.end(Drop::kStorm);
 }
 
 bool Forwarder::forward(Passage &p) {
@@ -147,22 +146,16 @@ bool Forwarder::trap(Passage &p, CpuReason reason) {
     p.way = Way::kToCpu;
     p.cpu_reason = reason;
     p.wanted = PortSet::of(kCpuPort);
-    PortSet ports = p.wanted;
-    if (keep_limits(p, ports)) {
-        send(p, kCpuPort);
+    if (egress_limits(tables_, p).left_of(p.wanted).empty()) {
+        return end_at_limit(p);
     }
+    send(p, kCpuPort);
     return false;
 }
 
-/** Leaves those of the ports that no limit excludes. If a limit leaves none, the frame is dropped for that one. */
-bool Forwarder::keep_limits(Passage &p, PortSet &ports) const {
-    for (const EgressLimit &limit : egress_limits(tables_, p).list()) {
-        ports &= limit.ports;
-        if (ports.empty()) {
-            return p.end(limit.drop);
-        }
-    }
-    return true;
+/** Drops a frame that the limits on it leave no port. */
+bool Forwarder::end_at_limit(Passage &p) const {
+    return p.end(egress_limits(tables_, p).first_without(p.wanted).drop);
 }
 
 bool Forwarder::redirect(Passage &p) {
@@ -205,7 +198,7 @@ PortSet Forwarder::with_whole_trunks(PortSet ports) const {
     for (int number = 0; number < TrunkTable::kTrunks; ++number) {
         const Trunk *trunk = tables_.trunks.find(number);
         if (trunk != nullptr && !(trunk->ports() & ports).empty()) {
-            ports |= trunk->member_set();
+            ports |= trunk->member_set;
         }
     }
     return ports;
@@ -217,18 +210,22 @@ bool Forwarder::forward_to_entry(Passage &p) {
         return p.end(Drop::kFiltered);
     }
     p.way = Way::kEntry;
-    if (!entry.place().is_trunk()) {
-        p.wanted.add(entry.port);
-        if (may_leave(tables_, p, entry.port)) {
-            return send(p, entry.port);
-        }
+    if (entry.place().is_trunk()) {
+        return forward_to_trunk(p);
     }
-    const Trunk *trunk = tables_.trunks.find(entry.trunk);
+    p.wanted.add(entry.port);
+    return may_leave(tables_, p, entry.port) ? send(p, entry.port) : end_at_limit(p);
+}
+
+/** A trunk that is gone has no members. */
+bool Forwarder::forward_to_trunk(Passage &p) {
+    const Trunk *trunk = tables_.trunks.find(p.entry->trunk);
     if (trunk != nullptr) {
-        p.wanted = trunk->member_set();
+        p.wanted = trunk->member_set;
     }
-    PortSet ports = p.wanted;
-    return keep_limits(p, ports) && send(p, trunk == nullptr ? entry.port : choose_member(p, *trunk, ports));
+    PortSet ports;
+    p.wanted.for_each([&](int port) { ports.put(port, may_leave(tables_, p, port)); });
+    return ports.empty() ? end_at_limit(p) : send(p, choose_member(p, *trunk, ports));
 }
 
 bool Forwarder::flood(Passage &p) {
@@ -252,7 +249,7 @@ PortSet Forwarder::with_one_member_each(const Passage &p, PortSet ports) const {
         if (trunk == nullptr) {
             continue;
         }
-        const PortSet candidates = ports & trunk->member_set();
+        const PortSet candidates = ports & trunk->member_set;
         if (!candidates.empty()) {
             ports -= candidates;
             ports.add(choose_member(p, *trunk, candidates));
@@ -286,7 +283,9 @@ bool Forwarder::send_each(Passage &p, const PortSet &ports) {
     if (ports.empty()) {
         return p.end(Drop::kNoDestination);
     }
-    ports.for_each([&](int port) { send(p, port); });
+    const PortSet missing = ports - p.chosen;
+    p.chosen |= ports;
+    missing.for_each([&](int port) { egress_.send(p, port); });
     return true;
 }
 

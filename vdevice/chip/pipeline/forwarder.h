@@ -31,10 +31,11 @@ class Forwarder {
     bool let_source_in(Passage &p);
     bool may_learn(const MacEntry *known, const Passage &p, const Place &place) const;
     bool trap(Passage &p, CpuReason reason);
-    bool keep_limits(Passage &p, PortSet &ports) const;
+    bool end_at_limit(Passage &p) const;
     bool redirect(Passage &p);
     bool forward_group(Passage &p);
     bool forward_to_entry(Passage &p);
+    bool forward_to_trunk(Passage &p);
     bool flood(Passage &p);
     bool send_to(Passage &p, Way way, const PortSet &wanted);
     GroupMiss miss_of(const Passage &p) const;

@@ -60,7 +60,7 @@ bool Ingress::read(Passage &p) {
 // Rules see the DSCP that the frame came in with, and have the last word about the one that it leaves with.
 bool Ingress::classify(Passage &p) {
     p.own = class_of(p.ingress, p.header);
-    p.verdict = tables_.fields.judge(p.now, {p.ingress, p.frame.size(), p.header, p.own.tci});
+    tables_.fields.judge(p.now, {p.ingress, p.frame.size(), p.header, p.own.tci}, p.verdict);
     p.tci = p.verdict.tci;
     p.priority = priority_of(p.tci);
     if (p.verdict.mirror) {

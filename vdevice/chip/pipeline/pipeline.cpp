@@ -6,7 +6,9 @@ void Pipeline::receive(Time now, int port, Bytes frame) {
     egress_.send_until(now);
     Passage passage{now, port, frame};
     process(passage);
-    process_looped(now);
+    if (!egress_.looped().empty()) {
+        process_looped(now);
+    }
     // What is within its port's rate leaves at once.
     egress_.send_until(now);
     egress_.announce_departure();

@@ -47,7 +47,7 @@ void Limiter::refuse() {
     ++dropped_;
 }
 
-bool Limiter::charge(size_t octets, Time now) {
+bool Limiter::charge_bucket(size_t octets, Time now) {
     if (!has_room(octets, now)) {
         refuse();
         return false;

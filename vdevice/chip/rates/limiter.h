@@ -25,7 +25,7 @@ class Limiter {
     void pass(size_t octets, Time now);
     void refuse();
     /** Passes or refuses the frame; true if it has passed. */
-    bool charge(size_t octets, Time now);
+    bool charge(size_t octets, Time now) { return !bucket_ || charge_bucket(octets, now); }
 
     /** As it was set. */
     const RateLimit &limit() const { return limit_; }
@@ -36,6 +36,8 @@ class Limiter {
     uint64_t dropped() const { return dropped_; }
 
   private:
+    bool charge_bucket(size_t octets, Time now);
+
     Counting counting_ = Counting::kOctets;
     RateLimit limit_;
     std::optional<TokenBucket> bucket_;

@@ -100,9 +100,9 @@ struct Port {
     bool eee = false;      /**< energy-efficient Ethernet */
     Phy phy;
     LearnMode learning = kNormalLearning;
-    PortSet egress = kAllPorts;      /**< where frames from this port may go */
-    Vid pvid = kMinVid;              /**< VLAN of untagged and priority-tagged frames */
-    uint32_t untagged_priority = 0;  /**< the port's own: of untagged frames, and of all that it does not trust */
+    PortSet egress = kAllPorts;     /**< where frames from this port may go */
+    Vid pvid = kMinVid;             /**< VLAN of untagged and priority-tagged frames */
+    uint32_t untagged_priority = 0; /**< the port's own: of untagged frames, and of all that it does not trust */
     Trust trust = Trust::kDot1p;
     PriorityRemap remap;
     PortTags tags;

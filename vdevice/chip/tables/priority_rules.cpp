@@ -12,11 +12,8 @@ Classified with_priority(const Classified &frame, uint32_t priority, ChosenBy ch
 
 }  // namespace
 
-Classified PriorityRules::classify(int port, const Port &settings, const Header &header,
+Classified PriorityRules::by_trust(int port, const Port &settings, const Header &header,
                                    const Classified &by_tag) const {
-    if (settings.trust == Trust::kDot1p) {
-        return by_tag;
-    }
     const Classified by_port = with_priority(by_tag, settings.untagged_priority, ChosenBy::kPort);
     if (settings.trust == Trust::kPort) {
         return by_port;

@@ -16,7 +16,12 @@ struct PriorityRules {
     bool defaults_to_port = false;
 
     /** For a frame on a port with these settings; @p by_tag is what its tags have made of it. */
-    Classified classify(int port, const Port &settings, const Header &header, const Classified &by_tag) const;
+    Classified classify(int port, const Port &settings, const Header &header, const Classified &by_tag) const {
+        return settings.trust == Trust::kDot1p ? by_tag : by_trust(port, settings, header, by_tag);
+    }
+
+  private:
+    Classified by_trust(int port, const Port &settings, const Header &header, const Classified &by_tag) const;
 };
 
 }  // namespace vdevice::chip

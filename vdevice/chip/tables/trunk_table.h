@@ -21,14 +21,14 @@ struct Trunk {
 
     bool exists = false;
     std::vector<int> members;   /**< that frames may leave by, in the order in which they were given */
+    PortSet member_set;         /**< the same as a set */
     PortSet configured;         /**< members that the software counts, those taken out for want of a link too */
     bool is_configured = false; /**< the software has told its members */
     uint32_t balance = kPowerOnMode;
 
     HashLayer layer() const { return balance >= kFirstIpBalanceMode ? HashLayer::kIp : HashLayer::kMac; }
-    PortSet member_set() const;
     /** The ports that belong to the trunk, those on standby too. */
-    PortSet ports() const { return is_configured ? configured | member_set() : member_set(); }
+    PortSet ports() const { return is_configured ? configured | member_set : member_set; }
 };
 
 class TrunkTable {
@@ -43,7 +43,7 @@ class TrunkTable {
     static constexpr bool is_trunk(int64_t trunk) { return trunk >= 0 && trunk < kTrunks; }
 
     /** The trunk's row, or null. */
-    const Trunk *find(int64_t trunk) const;
+    const Trunk *find(int64_t trunk) const { return is_trunk(trunk) && row(trunk).exists ? &row(trunk) : nullptr; }
     /** The trunk that the port belongs to as a member or on standby, or kNone. */
     int trunk_of(int port) const;
     /**
