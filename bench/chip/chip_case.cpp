@@ -1,3 +1,4 @@
+// How the chip is set for each case, and its frames: UDP datagrams between stations on two ports.
 #include "bench/chip/chip_case.h"
 
 #include <cstdio>

@@ -1,3 +1,4 @@
+// Conditions that no frame of the benchmark meets, spread over the groups of the field processor.
 #include "bench/chip/rules.h"
 
 #include <cstdio>

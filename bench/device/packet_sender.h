@@ -21,7 +21,7 @@ class PacketSender {
     /** Throws a std::system_error if there is no such interface or no privilege. */
     PacketSender(const std::string &interface_name, Kind kind);
 
-    /** Sends these frames, or trains, a system call for many of them; gives how many the interface has taken. */
+    /** Sends frames, or trains, many with one system call; gives the number that the interface has taken. */
     uint64_t send(std::span<const Frame> frames);
 
   private:

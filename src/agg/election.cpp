@@ -11,7 +11,7 @@ namespace adp {
 namespace {
 
 MemberList candidates(Intf agg) {
-    const bool has_active = agg_info[TrunkId(agg).value()].count != 0;
+    const bool has_active = agg_info[number(trunk_of(agg))].count != 0;
     return members_of(agg, has_active ? Members::kActive : Members::kConfigured);
 }
 
@@ -21,7 +21,7 @@ void elect_manage_intf(Intf agg) {
     const MemberList members = candidates(agg);
     uint32_t largest = 0;
     uint32_t smallest_linked = 0;  // 0: none yet
-    // Empty slots stand for election too, and the status of the read is not looked at.
+    // Contract: empty slots are candidates too, and the status of the read is ignored.
     for (uint32_t slot = 0; slot < members.counted_slots(); ++slot) {
         const uint32_t intf = members.slots[slot];
         const bool is_linked = attribute_or_zero(Intf(intf), ADP_ATTR_FIBRE_LINK) != 0;
@@ -32,16 +32,18 @@ void elect_manage_intf(Intf agg) {
             smallest_linked = intf;
         }
     }
-    SET_AGG_MANAGE_INTF(agg.value(), smallest_linked != 0 ? smallest_linked : largest);
+    SET_AGG_MANAGE_INTF(number(agg), smallest_linked != 0 ? smallest_linked : largest);
 }
 
 }  // namespace adp
 
+using namespace adp;
+
 adp_status_t ANEW_SELECT_MANAGE_INTF(adp_intf_t agg_intf) {
-    const adp::Intf agg(agg_intf);
-    if (!adp::TrunkId(agg).is_valid()) {
+    const Intf agg{agg_intf};
+    if (!exists(trunk_of(agg))) {
         return ADP_FAIL;
     }
-    adp::elect_manage_intf(agg);
+    elect_manage_intf(agg);
     return ADP_OK;
 }

@@ -1,11 +1,11 @@
-// Which member of a group manages it.
+// Election of the manager of a group.
 #pragma once
 
 #include "core/number.h"
 
 namespace adp {
 
-/** Elects and stores the management interface of a group that exists. */
+/** Elects and stores the manager of an existing group. */
 void elect_manage_intf(Intf agg);
 
 }  // namespace adp

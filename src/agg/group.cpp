@@ -12,12 +12,12 @@ namespace {
 constexpr uint32_t kHashSelectionControl = 136;  // the driver's switch control of the trunk hash
 
 void clear_group(TrunkId trunk, Intf agg, uint8_t in_use) {
-    agg_info[trunk.value()] = {0, in_use, {}};
-    agg_standby_members[trunk.value()][0] = 0;
-    agg_standby_members[trunk.value()][1] = 0;
-    agg_manage_intf[trunk.value()] = 0;
+    agg_info[number(trunk)] = {0, in_use, {}};
+    agg_standby_members[number(trunk)][0] = 0;
+    agg_standby_members[number(trunk)][1] = 0;
+    agg_manage_intf[number(trunk)] = 0;
     for (uint32_t port = 1; intf_map_trunk != nullptr && port <= adp_max_phy_port_num; ++port) {
-        if (intf_map_trunk[port] == agg.value()) {
+        if (intf_map_trunk[port] == number(agg)) {
             intf_map_trunk[port] = 0;
         }
     }
@@ -39,61 +39,60 @@ constexpr uint32_t hash_selection(uint32_t mode) {
 }  // namespace
 }  // namespace adp
 
-using adp::Intf;
-using adp::TrunkId;
+using namespace adp;
 
 adp_status_t adp_create_agg_group(adp_intf_t agg_intf) {
-    const TrunkId trunk{Intf(agg_intf)};
-    if (!trunk.is_valid()) {
+    const TrunkId trunk = trunk_of(Intf(agg_intf));
+    if (!exists(trunk)) {
         return ADP_FAIL;
     }
-    const int32_t result = user_trunk_create_id(0, 0, static_cast<int32_t>(trunk.value()));
+    const int32_t result = user_trunk_create_id(0, 0, driver_number(trunk));
     if (result == 0) {
-        adp::clear_group(trunk, Intf(agg_intf), 1);
+        clear_group(trunk, Intf(agg_intf), 1);
     }
     return result;
 }
 
 adp_status_t adp_delete_agg_group(adp_intf_t agg_intf) {
-    const TrunkId trunk{Intf(agg_intf)};
-    if (!trunk.is_valid()) {
+    const TrunkId trunk = trunk_of(Intf(agg_intf));
+    if (!exists(trunk)) {
         return ADP_FAIL;
     }
-    const int32_t result = user_trunk_destroy(0, 0, static_cast<int32_t>(trunk.value()));
+    const int32_t result = user_trunk_destroy(0, 0, driver_number(trunk));
     if (result == 0) {
-        adp::clear_group(trunk, Intf(agg_intf), 0);
+        clear_group(trunk, Intf(agg_intf), 0);
     }
     return result;
 }
 
 adp_status_t adp_add_agg_standby_member(adp_intf_t agg_intf, uint32_t word0, uint32_t word1) {
-    const TrunkId trunk{Intf(agg_intf)};
+    const TrunkId trunk = trunk_of(Intf(agg_intf));
     if (word0 == 0 && word1 == 0) {
         return ADP_OK;
     }
-    if (!trunk.is_valid()) {
+    if (!exists(trunk)) {
         return ADP_FAIL;
     }
-    agg_standby_members[trunk.value()][0] |= word0;
-    agg_standby_members[trunk.value()][1] |= word1;
+    agg_standby_members[number(trunk)][0] |= word0;
+    agg_standby_members[number(trunk)][1] |= word1;
     return ADP_OK;
 }
 
 adp_status_t adp_del_agg_standby_member(adp_intf_t agg_intf, uint32_t word0, uint32_t word1) {
-    const TrunkId trunk{Intf(agg_intf)};
+    const TrunkId trunk = trunk_of(Intf(agg_intf));
     if (word0 == 0 && word1 == 0) {
         return ADP_OK;
     }
-    if (!trunk.is_valid()) {
+    if (!exists(trunk)) {
         return ADP_FAIL;
     }
-    agg_standby_members[trunk.value()][0] &= ~word0;
-    agg_standby_members[trunk.value()][1] &= ~word1;
+    agg_standby_members[number(trunk)][0] &= ~word0;
+    agg_standby_members[number(trunk)][1] &= ~word1;
     return ADP_OK;
 }
 
 adp_status_t adp_set_agg_loadbalance(adp_intf_t agg_intf, uint32_t mode) {
-    // A failing control comes back as ADP_E_DRIVER, which does not stop the trunk call.
-    adp_switch_control_set(adp::kHashSelectionControl, adp::hash_selection(mode));
-    return user_trunk_loadbalance_set(0, 0, static_cast<int32_t>(TrunkId(Intf(agg_intf)).value()), mode);
+    // Contract: the group is not checked, and a failed control does not stop the trunk call.
+    adp_switch_control_set(kHashSelectionControl, hash_selection(mode));
+    return user_trunk_loadbalance_set(0, 0, driver_number(trunk_of(Intf(agg_intf))), mode);
 }

@@ -9,10 +9,10 @@
 namespace adp {
 namespace {
 
-// A list is refused whole when an interface of it has no row in the port-to-group map, which is written afterwards.
+// A list with an interface outside the port-to-group map is refused, since the map is written afterwards.
 bool has_rows(uint32_t count, const uint32_t *list) {
     for (uint32_t i = 0; i < count; ++i) {
-        if (intf_map_trunk == nullptr || Intf(list[i]).index() > adp_max_phy_port_num) {
+        if (intf_map_trunk == nullptr || index_of(Intf(list[i])) > adp_max_phy_port_num) {
             return false;
         }
     }
@@ -21,20 +21,20 @@ bool has_rows(uint32_t count, const uint32_t *list) {
 
 void map_to(Intf agg, uint32_t count, const uint32_t *list) {
     for (uint32_t i = 0; i < count; ++i) {
-        intf_map_trunk[Intf(list[i]).index()] = agg.value();
+        intf_map_trunk[index_of(Intf(list[i]))] = number(agg);
     }
 }
 
 using Worker = decltype(&hal_add_agg_member_ex);
 
-// What follows the programming of the trunk: a removal of a list that is empty does not elect, everything else does.
+// Contract: the removal of an empty list elects no manager, everything else does.
 enum class EmptyList { kElects, kDoesNotElect };
 
 /** @p mapped_to is the group that the listed interfaces have afterwards, or none. */
 adp_status_t change_members(Worker worker, Intf agg, uint32_t count, const uint32_t *list, Intf mapped_to,
                             EmptyList empty = EmptyList::kElects) {
-    const TrunkId trunk(agg);
-    if (!trunk.is_valid() || !has_rows(count, list)) {
+    const TrunkId trunk = trunk_of(agg);
+    if (!exists(trunk) || !has_rows(count, list)) {
         return ADP_FAIL;
     }
     const adp_status_t result = worker(trunk, count, list, Commit::kYes, nullptr);
@@ -63,22 +63,20 @@ adp_status_t change_members_by_map(Worker worker, Intf agg, uint32_t word0, uint
 }  // namespace
 }  // namespace adp
 
-using adp::Intf;
+using namespace adp;
 
-adp_status_t adp_add_agg_member(adp_intf_t agg_intf, uint32_t count, const adp_intf_t *list) {
-    return count == 0 ? ADP_OK
-                      : adp::change_members(adp::hal_add_agg_member_ex, Intf(agg_intf), count, list, Intf(agg_intf));
+adp_status_t adp_add_agg_member(adp_intf_t agg_intf, uint32_t count, const adp_intf_t *members) {
+    return count == 0 ? ADP_OK : change_members(hal_add_agg_member_ex, Intf(agg_intf), count, members, Intf(agg_intf));
 }
 
 adp_status_t adp_add_agg_member_by_map(adp_intf_t agg_intf, uint32_t word0, uint32_t word1) {
-    return adp::change_members_by_map(adp::hal_add_agg_member_ex, Intf(agg_intf), word0, word1, Intf(agg_intf));
+    return change_members_by_map(hal_add_agg_member_ex, Intf(agg_intf), word0, word1, Intf(agg_intf));
 }
 
-adp_status_t adp_del_agg_member(adp_intf_t agg_intf, uint32_t count, const adp_intf_t *list) {
-    return adp::change_members(adp::hal_del_agg_member_ex, Intf(agg_intf), count, list, adp::kNoIntf,
-                               adp::EmptyList::kDoesNotElect);
+adp_status_t adp_del_agg_member(adp_intf_t agg_intf, uint32_t count, const adp_intf_t *members) {
+    return change_members(hal_del_agg_member_ex, Intf(agg_intf), count, members, kNoIntf, EmptyList::kDoesNotElect);
 }
 
 adp_status_t adp_del_agg_member_by_map(adp_intf_t agg_intf, uint32_t word0, uint32_t word1) {
-    return adp::change_members_by_map(adp::hal_del_agg_member_ex, Intf(agg_intf), word0, word1, adp::kNoIntf);
+    return change_members_by_map(hal_del_agg_member_ex, Intf(agg_intf), word0, word1, kNoIntf);
 }

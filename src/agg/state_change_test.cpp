@@ -5,8 +5,8 @@
 
 namespace {
 
-using adp::Announcer;
 using adp::Intf;
+using adp::Place;
 using adp::TrunkId;
 using agg_test::announced;
 using agg_test::kAdd;
@@ -14,8 +14,8 @@ using agg_test::kDel;
 using ::testing::ElementsAreArray;
 using ::testing::IsEmpty;
 
-constexpr Announcer kAddWorker = {"hal_add_agg_member_ex", 393};
-constexpr Announcer kDelWorker = {"hal_del_agg_member_ex", 564};
+constexpr Place kAddWorker = {"hal_add_agg_member_ex", 393};
+constexpr Place kDelWorker = {"hal_del_agg_member_ex", 564};
 constexpr int32_t kReceiverResult = -5;
 
 std::vector<adp_agg_event_t> received;
@@ -35,7 +35,7 @@ class AggEvent : public agg_test::AggTest {
         received_at = nullptr;
         EXPECT_EQ(adp_register_agg_event_cb(receive), 0);
     }
-    static TrunkId trunk_of(uint32_t group) { return TrunkId(Intf(ADP_AGG_INTF(group))); }
+    static TrunkId trunk_of(uint32_t group) { return adp::trunk_of(Intf(ADP_AGG_INTF(group))); }
 };
 
 TEST_F(AggEvent, RegisteringStoresTheReceiver) {

@@ -1,5 +1,5 @@
-// The two workers that program a group's hardware trunk. They are unequal on purpose: adding puts every member into the
-// trunk, linked or not, removing keeps only linked ones; adding tells the event each time, removing only a change.
+// The two workers that program the hardware trunk of a group. Contract: they differ. Adding puts all members into the
+// trunk, linked or not, and sends the event each time; removing keeps linked members only, and sends it on a change.
 #pragma once
 
 #include <adp/agg.h>
@@ -8,7 +8,7 @@
 
 namespace adp {
 
-/** Whether a worker's member list becomes the group's record. Link changes alter the hardware trunk only. */
+/** Whether the member list becomes the record of the group. Link changes alter the hardware trunk only. */
 enum class Commit { kNo, kYes };
 
 /**

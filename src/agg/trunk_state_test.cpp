@@ -67,7 +67,8 @@ class StateMachine : public agg_test::AggTest, public ::testing::WithParamInterf
     adp_status_t run() {
         const uint32_t list[] = {1};
         const auto worker = is_add() ? adp::hal_add_agg_member_ex : adp::hal_del_agg_member_ex;
-        return worker(TrunkId(Intf(ADP_AGG_INTF(kGroup))), 1, list, commit(), wants_changed() ? &changed_ : nullptr);
+        return worker(adp::trunk_of(Intf(ADP_AGG_INTF(kGroup))), 1, list, commit(),
+                      wants_changed() ? &changed_ : nullptr);
     }
 
     static Trace programmed() {

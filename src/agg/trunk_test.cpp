@@ -33,7 +33,7 @@ class Trunk : public agg_test::AggTest {
     adp_status_t del(const Intfs &list, Commit commit = Commit::kYes) {
         return adp::hal_del_agg_member_ex(trunk(), static_cast<uint32_t>(list.size()), list.data(), commit, &changed_);
     }
-    static TrunkId trunk() { return TrunkId(Intf(ADP_AGG_INTF(kGroup))); }
+    static TrunkId trunk() { return adp::trunk_of(Intf(ADP_AGG_INTF(kGroup))); }
     static std::string event(int state) { return agg_test::event(kGroup, state); }
     static int state() { return adp::agg_link_status[kGroup]; }
 

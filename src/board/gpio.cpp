@@ -42,26 +42,28 @@ adp_status_t write_bit(uint32_t address, uint32_t pin, uint32_t value) {
 }  // namespace
 }  // namespace adp
 
+using namespace adp;
+
 adp_status_t hal_gpio_register_init() {
-    return adp::write_register(adp::kDirection, adp::kBoardDirections);
+    return write_register(kDirection, kBoardDirections);
 }
 
 adp_status_t hal_set_gpio_direct(uint32_t pin, uint32_t value) {
-    return adp::write_bit(adp::kDirection, pin, value);
+    return write_bit(kDirection, pin, value);
 }
 
 adp_status_t hal_set_gpio_write_bit(uint32_t pin, uint32_t value) {
-    return adp::write_bit(adp::kOutput, pin, value);
+    return write_bit(kOutput, pin, value);
 }
 
-// Pins are not counted modulo 32 here: a number beyond the register has no level, and must not give a low pin's.
+// The writes take pins modulo 32. Here a pin beyond the register reads 0, not the level of a lower pin.
 int32_t hal_get_gpio_val(uint32_t pin) {
-    const uint32_t levels = adp::read_register(adp::kInput);
-    return pin < adp::kInputPins && (levels & adp::bit_of(pin)) != 0 ? 1 : 0;
+    const uint32_t levels = read_register(kInput);
+    return pin < kInputPins && (levels & bit_of(pin)) != 0 ? 1 : 0;
 }
 
 adp_status_t hal_reverse_gpio(uint32_t pin) {
-    return adp::write_register(adp::kOutput, adp::read_register(adp::kOutput) ^ adp::bit_of(pin));
+    return write_register(kOutput, read_register(kOutput) ^ bit_of(pin));
 }
 
 adp_status_t adp_gpio_register_init() {

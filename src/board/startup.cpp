@@ -5,6 +5,8 @@
 #include <stdio.h>
 #include <string.h>
 
+#include "core/messages.h"
+
 namespace adp {
 namespace {
 
@@ -15,12 +17,12 @@ constexpr uint32_t kMirrorControl = 125;
 constexpr uint32_t kReservedMulticastControl = 215;
 constexpr uint32_t kOn = 1;
 
-// Source lines are part of the messages' fixed texts.
-constexpr int kClearFailedLine = 96;
-constexpr int kWriteFreeFailedLine = 156;
-constexpr int kWriteUnreadFailedLine = 172;
-constexpr int kStgFailedLine = 251;
-constexpr int kLldpFailedLine = 265;
+constexpr Message kClearFailed{{"l2_user_entry_del_all_bpdu", 96}, "%s %d ret = %d  i = %d ERROR\n"};
+constexpr char kWriteFormat[] = "%s %d i = %d ERROR\n";
+constexpr Message kWriteFreeFailed{{"l2_user_entry_add_all_bpdu", 156}, kWriteFormat};
+constexpr Message kWriteUnreadFailed{{"l2_user_entry_add_all_bpdu", 172}, kWriteFormat};
+constexpr Message kStgFailed{{"adp_stg_init", 251}, "%s %d: MSTP set bcmSwitchCpuProtoBpduPriority failed!\n"};
+constexpr Message kLldpFailed{{"adp_lldp_init", 265}, "%s %d:LLDP set default handle failed!\n"};
 
 constexpr uint32_t kReservedEntries = 64;
 constexpr uint32_t kReservedAddresses = 16;
@@ -48,13 +50,13 @@ int32_t write_entry(uint32_t index, const Mac &mac) {
     return user_l2_bpdu_set(0, 0, index, mac.byte);
 }
 
-/** The line of the message if the entry's write fails, 0 when the entry is in use. */
-int line_if_writable(uint32_t index) {
+/** The message for a failed write of the entry; null if the entry is in use. */
+const Message *message_if_writable(uint32_t index) {
     Mac mac = kNoMac;
     if (read_entry(index, &mac) != 0) {
-        return kWriteUnreadFailedLine;
+        return &kWriteUnreadFailed;
     }
-    return mac == kNoMac ? kWriteFreeFailedLine : 0;
+    return mac == kNoMac ? &kWriteFreeFailed : nullptr;
 }
 
 /** A step of the start-up and what is printed when it fails. */
@@ -77,13 +79,15 @@ constexpr Step kSteps[] = {
 }  // namespace
 }  // namespace adp
 
+using namespace adp;
+
 adp_status_t adp_modules_init() {
     adp_status_t status = l2_user_entry_init();
     if (status < 0) {
         printf("%s ERROR\n", "adp_modules_init");
         return status;
     }
-    for (const adp::Step &step : adp::kSteps) {
+    for (const Step &step : kSteps) {
         status = step.run();
         if (status < 0) {
             puts(step.message);
@@ -107,15 +111,14 @@ adp_status_t l2_user_entry_init() {
 }
 
 adp_status_t l2_user_entry_del_all_bpdu() {
-    for (uint32_t index = 0; index < adp::kReservedEntries; ++index) {
-        adp::Mac mac = adp::kNoMac;
-        if (adp::read_entry(index, &mac) != 0 || mac != adp::kFirstReserved) {
+    for (uint32_t index = 0; index < kReservedEntries; ++index) {
+        Mac mac = kNoMac;
+        if (read_entry(index, &mac) != 0 || mac != kFirstReserved) {
             continue;
         }
-        const int32_t result = adp::write_entry(index, adp::kNoMac);
+        const int32_t result = write_entry(index, kNoMac);
         if (result != 0) {
-            printf("%s %d ret = %d  i = %d ERROR\n", "l2_user_entry_del_all_bpdu", adp::kClearFailedLine, result,
-                   static_cast<int>(index));
+            print(kClearFailed, result, static_cast<int32_t>(index));
             return ADP_FAIL;
         }
     }
@@ -124,13 +127,13 @@ adp_status_t l2_user_entry_del_all_bpdu() {
 
 adp_status_t l2_user_entry_add_all_bpdu() {
     uint32_t next = 0;
-    for (uint32_t index = 0; index < adp::kReservedEntries && next < adp::kReservedAddresses; ++index) {
-        const int line = adp::line_if_writable(index);
-        if (line == 0) {
+    for (uint32_t index = 0; index < kReservedEntries && next < kReservedAddresses; ++index) {
+        const Message *failed = message_if_writable(index);
+        if (failed == nullptr) {
             continue;
         }
-        if (adp::write_entry(index, adp::reserved_address(next)) != 0) {
-            printf("%s %d i = %d ERROR\n", "l2_user_entry_add_all_bpdu", line, static_cast<int>(index));
+        if (write_entry(index, reserved_address(next)) != 0) {
+            print(*failed, static_cast<int32_t>(index));
             return ADP_FAIL;
         }
         ++next;
@@ -145,7 +148,7 @@ adp_status_t adp_trunk_init() {
 adp_status_t adp_stg_init() {
     const int32_t result = user_stg_init(0, 0);
     if (result < 0) {
-        fprintf(stderr, "%s %d: MSTP set bcmSwitchCpuProtoBpduPriority failed!\n", "adp_stg_init", adp::kStgFailedLine);
+        complain(kStgFailed);
     }
     return result;
 }
@@ -153,18 +156,18 @@ adp_status_t adp_stg_init() {
 adp_status_t adp_lldp_init() {
     const int32_t result = user_lldp_init(0, 0);
     if (result < 0) {
-        fprintf(stderr, "%s %d:LLDP set default handle failed!\n", "adp_lldp_init", adp::kLldpFailedLine);
+        complain(kLldpFailed);
     }
     return result;
 }
 
 adp_status_t adp_mirror_init() {
     const int32_t result = user_mirror_init(0, 0);
-    user_switch_control_set(0, 0, adp::kMirrorControl, adp::kOn);
+    user_switch_control_set(0, 0, kMirrorControl, kOn);
     return result;
 }
 
-// Only the last read decides: that the controls could not be set is shown but not returned.
+// Contract: the last read decides the result; a control that could not be set is only printed.
 adp_status_t adp_igmp_init() {
     int32_t result = user_igmp_snooping_init(0, 0);
     if (result < 0) {
@@ -175,21 +178,20 @@ adp_status_t adp_igmp_init() {
         return result;
     }
     uint32_t enable = 0;
-    result = user_switch_control_get(0, 0, adp::kIgmpToCpuControl, &enable);
+    result = user_switch_control_get(0, 0, kIgmpToCpuControl, &enable);
     if (result != 0) {
-        printf("ret:%d bcmSwitchIgmpPktToCpu:%d enable:%d \n", result, static_cast<int>(adp::kIgmpToCpuControl),
+        printf("ret:%d bcmSwitchIgmpPktToCpu:%d enable:%d \n", result, static_cast<int>(kIgmpToCpuControl),
                static_cast<int>(enable));
     }
-    result = user_switch_control_set(0, 0, adp::kReservedMulticastControl, adp::kOn);
+    result = user_switch_control_set(0, 0, kReservedMulticastControl, kOn);
     if (result != 0) {
-        printf("ret:%d bcmSwitchIgmpReservedMcastEnable:%d \n", result,
-               static_cast<int>(adp::kReservedMulticastControl));
+        printf("ret:%d bcmSwitchIgmpReservedMcastEnable:%d \n", result, static_cast<int>(kReservedMulticastControl));
     }
-    result = user_switch_control_set(0, 0, adp::kIgmpToCpuControl, adp::kOn);
+    result = user_switch_control_set(0, 0, kIgmpToCpuControl, kOn);
     if (result != 0) {
         printf("set igmp packet to cpu fail ret:%d\n", result);
     }
-    result = user_switch_control_get(0, 0, adp::kIgmpToCpuControl, &enable);
+    result = user_switch_control_get(0, 0, kIgmpToCpuControl, &enable);
     if (result != 0) {
         printf(" ret:%d enable:%d\n", result, static_cast<int>(enable));
     }
@@ -197,7 +199,7 @@ adp_status_t adp_igmp_init() {
 }
 
 adp_status_t ipv6_user_init() {
-    user_switch_control_set(0, 0, adp::kIpv6Control, adp::kOn);
+    user_switch_control_set(0, 0, kIpv6Control, kOn);
     return ADP_OK;
 }
 

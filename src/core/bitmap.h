@@ -6,7 +6,7 @@
 namespace adp {
 
 inline constexpr uint32_t kWordBits = 32;
-/** Positions that a two-word bitmap of the callers is examined at: the CPU port and the 26 user ports. */
+/** The positions of a two-word bitmap that are used: the CPU port and the 26 user ports. */
 inline constexpr uint32_t kBitmapPositions = ADP_USER_PORTS + 1;
 inline constexpr uint32_t kPortSetBits = 8 * kWordBits;
 
@@ -26,10 +26,10 @@ constexpr void set_bit_inside(uint32_t (&words)[kWords], uint32_t n) {
     }
 }
 
-/** The physical ports of a 256-bit set of interfaces; what does not translate is dropped. */
+/** The physical ports of a 256-bit set of interfaces; unmapped ones are dropped. */
 adp_port_set_t phy_set_of(const uint32_t *intfs);
 
-/** The interfaces of a 256-bit set of physical ports; what no map row names is dropped. */
+/** The interfaces of a 256-bit set of physical ports; unmapped ones are dropped. */
 adp_port_set_t intf_set_of(const uint32_t *ports);
 
 }  // namespace adp

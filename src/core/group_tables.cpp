@@ -19,58 +19,57 @@ int8_t agg_link_status[ADP_AGG_GROUPS + 1];
 namespace {
 
 adp_status_t answer(TrunkId trunk, Intf found, adp_intf_t *out) {
-    *out = found.value();
-    return trunk.is_valid() ? ADP_OK : ADP_FAIL;
+    *out = number(found);
+    return exists(trunk) ? ADP_OK : ADP_FAIL;
 }
 
 }  // namespace
 
-uint32_t manager_number_of(Intf agg) {
-    const TrunkId trunk(agg);
-    return trunk.is_valid() ? agg_manage_intf[trunk.value()] : kNoIntf.value();
+Intf manager_of(Intf agg) {
+    const TrunkId trunk = trunk_of(agg);
+    return exists(trunk) ? Intf(agg_manage_intf[number(trunk)]) : kNoIntf;
 }
 
-uint32_t lowest_configured_number_of(Intf agg) {
-    const TrunkId trunk(agg);
-    if (trunk.is_valid()) {
+Intf lowest_configured_of(Intf agg) {
+    const TrunkId trunk = trunk_of(agg);
+    if (exists(trunk)) {
         for (uint32_t n = 0; n < kBitmapPositions; ++n) {
-            if (has_bit(agg_standby_members[trunk.value()], n)) {
-                return n;
+            if (has_bit(agg_standby_members[number(trunk)], n)) {
+                return Intf(n);
             }
         }
     }
-    return kNoIntf.value();
+    return kNoIntf;
 }
 
 }  // namespace adp
 
-using adp::Intf;
-using adp::TrunkId;
+using namespace adp;
 
 adp_intf_t GET_INTF_MAPPING_AGGINTF(adp_intf_t intf) {
-    const uint32_t row = Intf(intf).index();
-    return row > adp_max_phy_port_num || intf_map_trunk == nullptr ? adp::kNoIntf.value() : intf_map_trunk[row];
+    const uint32_t row = index_of(Intf(intf));
+    return row > adp_max_phy_port_num || intf_map_trunk == nullptr ? number(kNoIntf) : intf_map_trunk[row];
 }
 
 adp_status_t adp_get_agg_group_drvid(adp_intf_t agg_intf, uint32_t *trunk_id) {
-    *trunk_id = TrunkId(Intf(agg_intf)).value();
+    *trunk_id = number(trunk_of(Intf(agg_intf)));
     return ADP_OK;
 }
 
 adp_status_t GET_AGG_CONFIG_MIN_INTF(adp_intf_t agg_intf, adp_intf_t *intf) {
-    return adp::answer(TrunkId(Intf(agg_intf)), adp::lowest_configured_of(Intf(agg_intf)), intf);
+    return answer(trunk_of(Intf(agg_intf)), lowest_configured_of(Intf(agg_intf)), intf);
 }
 
 adp_status_t GET_AGG_MANAGE_INTF(adp_intf_t agg_intf, adp_intf_t *intf) {
-    return adp::answer(TrunkId(Intf(agg_intf)), adp::manage_intf_of(Intf(agg_intf)), intf);
+    return answer(trunk_of(Intf(agg_intf)), manager_of(Intf(agg_intf)), intf);
 }
 
 adp_status_t SET_AGG_MANAGE_INTF(adp_intf_t agg_intf, adp_intf_t intf) {
-    const TrunkId trunk{Intf(agg_intf)};
-    if (!trunk.is_valid()) {
+    const TrunkId trunk = trunk_of(Intf(agg_intf));
+    if (!exists(trunk)) {
         return ADP_FAIL;
     }
-    agg_manage_intf[trunk.value()] = intf;
+    agg_manage_intf[number(trunk)] = intf;
     return ADP_OK;
 }
 
@@ -78,7 +77,7 @@ adp_status_t adp_get_agg_link_staus(uint32_t group, uint32_t *state) {
     if (group - 1 >= ADP_AGG_GROUPS) {
         return ADP_FAIL;
     }
-    *state = static_cast<uint32_t>(int32_t{adp::agg_link_status[group]});
+    *state = static_cast<uint32_t>(int32_t{agg_link_status[group]});
     return ADP_OK;
 }
 

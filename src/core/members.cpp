@@ -1,4 +1,4 @@
-// The member lists: active members from the group's record, configured members from its bitmap.
+// Member lists: active members from the record of a group, configured members from its bitmap.
 #include "core/members.h"
 
 #include "core/bitmap.h"
@@ -14,9 +14,9 @@ adp_status_t refuse_group(uint32_t max, uint32_t *count, uint32_t *list) {
     return ADP_FAIL;
 }
 
-// What members_of() lists, each member looked up when the walk comes to it: a look-up is a pass over the map, and some
-// walks end with the first member.
-int32_t until_first_failure_of_active(const adp_agg_record_t &record, PortStep step) {
+// As the walk over members_of(), but each member is looked up when the walk reaches it: a look-up is a pass over the
+// map, and some walks end early.
+int32_t first_failure_of_active(const adp_agg_record_t &record, PortStep step) {
     const auto count = static_cast<uint32_t>(record.count);
     for (uint32_t slot = 0; count <= ADP_AGG_ACTIVE_MAX && slot < count; ++slot) {
         const Intf member = intf_of(PhyPort(record.ports[slot]));
@@ -31,32 +31,32 @@ int32_t until_first_failure_of_active(const adp_agg_record_t &record, PortStep s
 }  // namespace
 
 adp_status_t list_active(Intf agg, uint32_t max, uint32_t *count, uint32_t *list) {
-    const TrunkId trunk(agg);
-    if (!trunk.is_valid()) {
+    const TrunkId trunk = trunk_of(agg);
+    if (!exists(trunk)) {
         return refuse_group(max, count, list);
     }
-    const adp_agg_record_t &record = agg_info[trunk.value()];
+    const adp_agg_record_t &record = agg_info[number(trunk)];
     *count = static_cast<uint32_t>(record.count);
-    // The tables are exported and writable: a count that no record can hold must not be followed.
+    // The tables are exported and writable: the count may be more than a record holds.
     if (max < *count || *count > ADP_AGG_MEMBER_BYTES) {
         return ADP_FAIL;
     }
     for (uint32_t member = 0; member < *count; ++member) {
-        list[member] = intf_of(PhyPort(record.ports[member])).value();
+        list[member] = number(intf_of(PhyPort(record.ports[member])));
     }
     return ADP_OK;
 }
 
 adp_status_t list_configured(Intf agg, uint32_t max, uint32_t *count, uint32_t *list) {
-    const TrunkId trunk(agg);
-    if (!trunk.is_valid()) {
+    const TrunkId trunk = trunk_of(agg);
+    if (!exists(trunk)) {
         return refuse_group(max, count, list);
     }
-    // The active count is held against the room even when the answer comes from the bitmap.
-    if (max < static_cast<uint32_t>(agg_info[trunk.value()].count)) {
+    // Contract: the count of active members must fit even if the bitmap is read.
+    if (max < static_cast<uint32_t>(agg_info[number(trunk)].count)) {
         return ADP_FAIL;
     }
-    const uint32_t *configured = agg_standby_members[trunk.value()];
+    const uint32_t *configured = agg_standby_members[number(trunk)];
     if (configured[0] == 0 && configured[1] == 0) {
         return list_active(agg, max, count, list);
     }
@@ -83,8 +83,8 @@ MemberList members_of(Intf agg, Members which) {
     return members;
 }
 
-int32_t until_first_failure_in_slots(const MemberList &members, uint32_t slots, MemberStep step) {
-    for (uint32_t slot = 0; slot < slots; ++slot) {
+int32_t first_failure(const MemberList &members, MemberStep step) {
+    for (uint32_t slot = 0; slot < members.counted_slots(); ++slot) {
         if (members.slots[slot] == 0) {
             continue;
         }
@@ -96,61 +96,44 @@ int32_t until_first_failure_in_slots(const MemberList &members, uint32_t slots, 
     return 0;
 }
 
-int32_t until_first_failure_own_result(const MemberList &members, MemberStep step) {
-    return until_first_failure_in_slots(members, members.counted_slots(), step);
-}
-
-int32_t until_first_failure_own_result(Intf agg, Members which, PortStep step) {
+int32_t first_failure(Intf agg, Members which, PortStep step) {
     if (which == Members::kActive) {
-        return until_first_failure_of_active(agg_info[TrunkId(agg).value()], step);
+        return first_failure_of_active(agg_info[number(trunk_of(agg))], step);
     }
-    return until_first_failure_own_result(members_of(agg, which), [=](Intf member) { return step(phy_of(member)); });
-}
-
-adp_status_t until_first_failure(Intf agg, Members which, PortStep step) {
-    return driver_status(until_first_failure_own_result(agg, which, step));
-}
-
-int32_t every_member_last_result(Intf agg, Members which, int32_t none, PortStep step) {
-    int32_t last = none;
-    until_first_failure_own_result(agg, which, [&](PhyPort port) {
-        last = step(port);
-        return 0;
-    });
-    return last;
+    return first_failure(members_of(agg, which), [=](Intf member) { return step(phy_of(member)); });
 }
 
 }  // namespace adp
 
-using adp::Intf;
+using namespace adp;
 
-adp_status_t adp_get_agg_group(adp_intf_t agg_intf, uint32_t max, uint32_t *count, adp_intf_t *list) {
-    return adp::list_active(Intf(agg_intf), max, count, list);
+adp_status_t adp_get_agg_group(adp_intf_t agg_intf, uint32_t max, uint32_t *count, adp_intf_t *members) {
+    return list_active(Intf(agg_intf), max, count, members);
 }
 
-adp_status_t GET_AGG_GROUP(adp_intf_t agg_intf, uint32_t *count, adp_intf_t *list) {
-    return adp::list_active(Intf(agg_intf), ADP_AGG_ACTIVE_MAX, count, list);
+adp_status_t GET_AGG_GROUP(adp_intf_t agg_intf, uint32_t *count, adp_intf_t *members) {
+    return list_active(Intf(agg_intf), ADP_AGG_ACTIVE_MAX, count, members);
 }
 
-adp_status_t adp_get_agg_config_group(adp_intf_t agg_intf, uint32_t max, uint32_t *count, adp_intf_t *list) {
-    return adp::list_configured(Intf(agg_intf), max, count, list);
+adp_status_t adp_get_agg_config_group(adp_intf_t agg_intf, uint32_t max, uint32_t *count, adp_intf_t *members) {
+    return list_configured(Intf(agg_intf), max, count, members);
 }
 
-adp_status_t GET_AGG_CONFIG_GROUP(adp_intf_t agg_intf, uint32_t *count, adp_intf_t *list) {
-    return adp::list_configured(Intf(agg_intf), ADP_MEMBER_LIST_SLOTS, count, list);
+adp_status_t GET_AGG_CONFIG_GROUP(adp_intf_t agg_intf, uint32_t *count, adp_intf_t *members) {
+    return list_configured(Intf(agg_intf), ADP_MEMBER_LIST_SLOTS, count, members);
 }
 
 adp_status_t adp_get_agg_group_by_map(adp_intf_t agg_intf, uint32_t bitmap[2]) {
-    adp::MemberList members;
-    const adp_status_t status = adp::list_active(Intf(agg_intf), ADP_AGG_ACTIVE_MAX, &members.count, members.slots);
-    if (status != ADP_OK && adp::TrunkId(Intf(agg_intf)).is_valid()) {
+    MemberList members;
+    const adp_status_t status = list_active(Intf(agg_intf), ADP_AGG_ACTIVE_MAX, &members.count, members.slots);
+    if (status != ADP_OK && exists(trunk_of(Intf(agg_intf)))) {
         return status;
     }
-    // Every slot that a list of active members can fill is looked at, whatever the count.
+    // Contract: all slots are examined, whatever the count.
     uint32_t result[2] = {};
     for (uint32_t slot = 0; slot < ADP_AGG_ACTIVE_MAX; ++slot) {
         if (members.slots[slot] != 0) {
-            adp::set_bit_inside(result, members.slots[slot]);
+            set_bit_inside(result, members.slots[slot]);
         }
     }
     bitmap[0] = result[0];

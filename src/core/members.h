@@ -1,4 +1,4 @@
-// Member lists of an aggregation interface and the walks over them, each named after its policy.
+// Member lists of a group, and the walk over them.
 #pragma once
 
 #include <adp/agg.h>
@@ -10,14 +10,14 @@
 namespace adp {
 
 /**
- * A list of members: count of them as reported, and the slots, 0 for empty ones. It starts zeroed because a reader
- * that finds too many members reports their number and leaves the slots alone.
+ * Members of a group: their count, and slots, 0 for an empty one. The slots start at zero because a reader that finds
+ * too many members reports the count and leaves the slots alone.
  */
 struct MemberList {
     uint32_t count = 0;
     uint32_t slots[ADP_MEMBER_LIST_SLOTS] = {};
 
-    /** Slots that a walk bounded by the count visits. */
+    /** The slots that a walk visits. */
     uint32_t counted_slots() const { return count < ADP_MEMBER_LIST_SLOTS ? count : ADP_MEMBER_LIST_SLOTS; }
 };
 
@@ -25,43 +25,24 @@ struct MemberList {
 adp_status_t list_active(Intf agg, uint32_t max, uint32_t *count, uint32_t *list);
 adp_status_t list_configured(Intf agg, uint32_t max, uint32_t *count, uint32_t *list);
 
-/** Which of a group's members are meant. */
+/** Which members of a group: those in its record, or those in its bitmap. */
 enum class Members { kActive, kConfigured };
 
 /**
- * A group's members; the status of the reader is dropped, so nine active members and more are as many empty slots, and
- * a bitmap of 27 configured members counts none.
+ * The members of a group. Contract: the status of the reader is ignored, so nine active members or more are as many
+ * empty slots, and a bitmap of 27 members counts none.
  */
 MemberList members_of(Intf agg, Members which);
 
-/** Applies step(member) to the non-empty ones of the first @p slots slots and stops at the first failure, its result.
- */
-int32_t until_first_failure_in_slots(const MemberList &members, uint32_t slots, MemberStep step);
+/** The result of the first step that fails, else 0. Empty slots are skipped. */
+int32_t first_failure(const MemberList &members, MemberStep step);
 
-/**
- * Applies step(member) to the non-empty ones of the first count slots, empty ones counted, and stops at the first
- * failure with the step's own result.
- */
-int32_t until_first_failure_own_result(const MemberList &members, MemberStep step);
-
-/** The same walk over the members of a group that exists, as physical ports. */
-int32_t until_first_failure_own_result(Intf agg, Members which, PortStep step);
+/** The same for the members of an existing group, as physical ports. */
+int32_t first_failure(Intf agg, Members which, PortStep step);
 
 /** The status of calls that report any driver failure as ADP_E_DRIVER. */
 constexpr adp_status_t driver_status(int32_t result) {
     return result == 0 ? ADP_OK : ADP_E_DRIVER;
 }
-
-/** The same walks, which answer a failure with ADP_E_DRIVER. */
-inline adp_status_t until_first_failure(const MemberList &members, MemberStep step) {
-    return driver_status(until_first_failure_own_result(members, step));
-}
-adp_status_t until_first_failure(Intf agg, Members which, PortStep step);
-
-/**
- * Applies step(port) to all non-empty ones of a group's members, whatever they answer; gives the last one's result, and
- * @p none when there is none.
- */
-int32_t every_member_last_result(Intf agg, Members which, int32_t none, PortStep step);
 
 }  // namespace adp

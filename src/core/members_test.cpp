@@ -223,10 +223,10 @@ struct Walk {
     std::vector<uint32_t> seen;
     uint32_t failing = 0;
 
-    adp_status_t run(const adp::MemberList &members) {
-        return adp::until_first_failure(members, [this](adp::Intf intf) {
-            seen.push_back(intf.value());
-            return intf.value() == failing ? -7 : 0;
+    int32_t run(const adp::MemberList &members) {
+        return adp::first_failure(members, [this](adp::Intf intf) {
+            seen.push_back(number(intf));
+            return number(intf) == failing ? -7 : 0;
         });
     }
 };
@@ -238,32 +238,32 @@ adp::MemberList members(uint32_t count, const std::vector<uint32_t> &slots) {
     return list;
 }
 
-TEST(UntilFirstFailure, VisitsMembersInOrder) {
+TEST(FirstFailure, VisitsMembersInOrder) {
     Walk walk;
     EXPECT_EQ(walk.run(members(3, {9, 2, 5})), ADP_OK);
     EXPECT_EQ(walk.seen, (Numbers{9, 2, 5}));
 }
 
-TEST(UntilFirstFailure, StopsAtTheFirstFailure) {
+TEST(FirstFailure, StopsAtTheFirstFailure) {
     Walk walk;
     walk.failing = 2;
-    EXPECT_EQ(walk.run(members(3, {9, 2, 5})), ADP_E_DRIVER);
+    EXPECT_EQ(walk.run(members(3, {9, 2, 5})), -7);
     EXPECT_EQ(walk.seen, (Numbers{9, 2}));
 }
 
-TEST(UntilFirstFailure, CountsEmptySlotsSoThatMembersBehindTheCountAreNotVisited) {
+TEST(FirstFailure, CountsEmptySlotsSoThatMembersAfterTheCountAreNotVisited) {
     Walk walk;
     EXPECT_EQ(walk.run(members(2, {9, 0, 5})), ADP_OK);
     EXPECT_EQ(walk.seen, (Numbers{9}));
 }
 
-TEST(UntilFirstFailure, VisitsNothingWithoutMembers) {
+TEST(FirstFailure, VisitsNothingWithoutMembers) {
     Walk walk;
     EXPECT_EQ(walk.run(members(0, {9, 2})), ADP_OK);
     EXPECT_TRUE(walk.seen.empty());
 }
 
-TEST(UntilFirstFailure, NeverLeavesTheList) {
+TEST(FirstFailure, NeverLeavesTheList) {
     Walk walk;
     EXPECT_EQ(walk.run(members(0xFFFFFFFF, Numbers(26, 4))), ADP_OK);
     EXPECT_EQ(walk.seen.size(), 26u);

@@ -10,17 +10,17 @@ uint32_t *intf_map_trunk;
 namespace adp {
 namespace {
 
-// The size is judged in the target's 32 bits, so that a 64-bit host refuses the same maxima.
+// The size is checked in 32 bits, so that a 64-bit host refuses what the target refuses.
 void *new_table(uint32_t last_row, uint32_t row_bytes) {
     return last_row >= UINT32_MAX / row_bytes ? nullptr : calloc(last_row + 1, row_bytes);
 }
 
-/** The map row of an interface; null when the number, taken whole, exceeds the map or there is no map. */
+/** The row of an interface; null if the number, type bits included, exceeds the map, or without a map. */
 adp_port_row_t *find_row(Intf intf) {
-    if (intf.value() > adp_max_phy_port_num || intf_to_phy_port == nullptr) {
+    if (number(intf) > adp_max_phy_port_num || intf_to_phy_port == nullptr) {
         return nullptr;
     }
-    return &intf_to_phy_port[intf.value()];
+    return &intf_to_phy_port[number(intf)];
 }
 
 [[gnu::noinline]] adp_status_t fill_row(Intf intf, uint32_t word1, uint32_t word2, uint32_t phy, uint32_t attributes) {
@@ -35,34 +35,34 @@ adp_port_row_t *find_row(Intf intf) {
 }  // namespace
 }  // namespace adp
 
-using adp::Intf;
+using namespace adp;
 
-adp_status_t adp_set_max_phy_port_num(uint32_t n) {
-    adp_max_phy_port_num = n;
-    intf_to_phy_port = static_cast<adp_port_row_t *>(adp::new_table(n, sizeof *intf_to_phy_port));
-    intf_map_trunk = static_cast<uint32_t *>(adp::new_table(n, sizeof *intf_map_trunk));
+adp_status_t adp_set_max_phy_port_num(uint32_t port_count) {
+    adp_max_phy_port_num = port_count;
+    intf_to_phy_port = static_cast<adp_port_row_t *>(new_table(port_count, sizeof *intf_to_phy_port));
+    intf_map_trunk = static_cast<uint32_t *>(new_table(port_count, sizeof *intf_map_trunk));
     return intf_to_phy_port == nullptr || intf_map_trunk == nullptr ? ADP_FAIL : ADP_OK;
 }
 
-adp_status_t adp_get_max_phy_port_num(uint32_t *n) {
-    *n = adp_max_phy_port_num;
+adp_status_t adp_get_max_phy_port_num(uint32_t *port_count) {
+    *port_count = adp_max_phy_port_num;
     return ADP_OK;
 }
 
 adp_status_t adp_add_cpu_port(uint32_t, uint32_t word1, uint32_t word2, uint32_t phy, uint32_t attributes) {
-    return adp::fill_row(Intf(0), word1, word2, phy, attributes);
+    return fill_row(Intf(0), word1, word2, phy, attributes);
 }
 
 adp_status_t adp_add_phy_port(uint32_t index, uint32_t word1, uint32_t word2, uint32_t phy, uint32_t attributes) {
-    return adp::fill_row(Intf(index), word1, word2, phy, attributes);
+    return fill_row(Intf(index), word1, word2, phy, attributes);
 }
 
 int32_t adp_intf_2_phy_id(adp_intf_t intf) {
-    if (Intf(intf).kind() != adp::IntfKind::kUserPort) {
-        return adp::kPhyNotMapped.value();
+    if (kind_of(Intf(intf)) != IntfKind::kUserPort) {
+        return number(kPhyNotMapped);
     }
-    const adp_port_row_t *row = adp::find_row(Intf(intf));
-    return row == nullptr ? adp::kPhyNotMapped.value() : static_cast<int32_t>(row->phy);
+    const adp_port_row_t *row = find_row(Intf(intf));
+    return row == nullptr ? number(kPhyNotMapped) : static_cast<int32_t>(row->phy);
 }
 
 int32_t adp_phy_2_intf_id(uint32_t phy) {
@@ -75,7 +75,7 @@ int32_t adp_phy_2_intf_id(uint32_t phy) {
             }
         }
     }
-    return static_cast<int32_t>(adp::kIntfNotFound.value());
+    return static_cast<int32_t>(number(kIntfNotFound));
 }
 
 int32_t adp_phy_2_intf_id_ex(uint32_t, uint32_t phy) {
@@ -87,7 +87,7 @@ int32_t adp_intf_2_slot_id(adp_intf_t) {
 }
 
 uint32_t adp_intf_port_attributes(adp_intf_t intf) {
-    const adp_port_row_t *row = adp::find_row(Intf(intf));
+    const adp_port_row_t *row = find_row(Intf(intf));
     return row == nullptr ? 0 : row->attributes;
 }
 

@@ -7,17 +7,14 @@
 
 namespace adp {
 
-// The look-ups are calls that give plain numbers, and only their types are put right here: the target's calling
-// convention hands back an object of a class in memory, which costs more than the look-up itself.
-
 /** The physical port of a user port or of the CPU port's row 0; kPhyNotMapped for everything else. */
-[[gnu::always_inline]] inline PhyPort phy_of(Intf intf) {
-    return PhyPort(adp_intf_2_phy_id(intf.value()));
+inline PhyPort phy_of(Intf intf) {
+    return PhyPort(adp_intf_2_phy_id(number(intf)));
 }
 
 /** The lowest row with this physical port; kIntfNotFound when there is none. */
-[[gnu::always_inline]] inline Intf intf_of(PhyPort port) {
-    return Intf(static_cast<uint32_t>(adp_phy_2_intf_id(static_cast<uint32_t>(port.value()))));
+inline Intf intf_of(PhyPort port) {
+    return Intf(static_cast<uint32_t>(adp_phy_2_intf_id(static_cast<uint32_t>(number(port)))));
 }
 
 }  // namespace adp

@@ -1,4 +1,5 @@
-// The one place that tells a user port from an aggregation interface and sends a call the right way.
+// From an interface number to the ports that a driver call is made on. Each exported call states its own policy for an
+// aggregation interface: which members, which of them answers, and what a failure becomes.
 #pragma once
 
 #include <type_traits>
@@ -9,85 +10,108 @@
 
 namespace adp {
 
-/**
- * Answers on_port(physical port) for a user port and on_group(aggregation interface) for a group that exists;
- * ADP_FAIL for a group outside 1..8, ADP_E_INTF_TYPE for any other type.
+/** What the caller gets when the driver fails. */
+enum class Failure : uint32_t {
+    kOwnOnPort = 0,    // the driver's own result on a user port, ADP_E_DRIVER in a group
+    kDriverError = 2,  // ADP_E_DRIVER
+    kOwnResult = 4,    // the driver's own result
+};
+
+/** The policy of a call: on which members of a group it is made, and what a failure becomes. */
+enum class Fan : uint32_t {};
+
+constexpr Fan operator|(Members which, Failure failure) {
+    return static_cast<Fan>(static_cast<uint32_t>(which) | static_cast<uint32_t>(failure));
+}
+constexpr bool operator&(Fan fan, Failure failure) {
+    return (static_cast<uint32_t>(fan) & static_cast<uint32_t>(failure)) != 0;
+}
+constexpr Members members_of(Fan fan) {
+    return static_cast<Members>(static_cast<uint32_t>(fan) & 1);
+}
+
+/** Of a group its manager, kNoIntf without one; any other interface itself. */
+Intf representative_of(Intf intf);
+
+/** The member that answers a read on a group: its manager, else its lowest configured member; kNoIntf without both. */
+Intf answering_member_of(Intf agg);
+
+/** ADP_OK for a user port and a group 1..8, ADP_FAIL for another group, ADP_E_INTF_TYPE for another type. */
+adp_status_t check_interface(Intf intf);
+
+/** ADP_OK for a user port, ADP_E_DRIVER for every aggregation interface, ADP_E_INTF_TYPE for another type. */
+constexpr adp_status_t check_user_port(Intf intf) {
+    if (kind_of(intf) == IntfKind::kUserPort) {
+        return ADP_OK;
+    }
+    return kind_of(intf) == IntfKind::kAggregation ? ADP_E_DRIVER : ADP_E_INTF_TYPE;
+}
+
+/** on_port(physical port) for a user port, on_group(agg) for a group 1..8; for calls that none of the four below fits.
  */
 template <typename OnPort, typename OnGroup>
 adp_status_t by_kind(Intf intf, OnPort on_port, OnGroup on_group) {
-    switch (intf.kind()) {
+    switch (kind_of(intf)) {
         case IntfKind::kUserPort:
             return on_port(phy_of(intf));
         case IntfKind::kAggregation:
-            return TrunkId(intf).is_valid() ? on_group(intf) : ADP_FAIL;
+            return exists(trunk_of(intf)) ? on_group(intf) : ADP_FAIL;
         default:
             return ADP_E_INTF_TYPE;
     }
 }
 
-uint32_t answering_number_of(Intf agg);
-
-/** The member that answers a read on a group: its management interface, else its lowest configured member. */
-[[gnu::always_inline]] inline Intf answering_member_of(Intf agg) {
-    return Intf(answering_number_of(agg));
-}
-
-/**
- * Answers step(physical port) with its own result for a user port; for a group the step is made for the members until
- * one fails, which gives ADP_E_DRIVER. Other interfaces as in by_kind().
- */
-adp_status_t on_port_or_members(Intf intf, Members which, PortStep step);
-
-/**
- * The answer of by_kind() to what has no port: ADP_OK for a user port and a group that exists. by_kind() decides by
- * itself, since asking here first costs each of its callers some 25 instructions on the target, and more bytes.
- */
-adp_status_t refusal_of(Intf intf);
-
-/** The physical port of a user port, of a group that of its management interface. */
-int32_t standing_port_number_of(Intf intf);
-
-/** The answer of calls that do not fan out to what is no user port: ADP_OK for a user port. */
-constexpr adp_status_t refusal_but_of_ports(Intf intf) {
-    if (intf.kind() == IntfKind::kUserPort) {
-        return ADP_OK;
-    }
-    return intf.kind() == IntfKind::kAggregation ? ADP_E_DRIVER : ADP_E_INTF_TYPE;
-}
-
-// The calls that need nothing but one port are handed over as they are, with what follows the port. One copy of each of
-// these serves all driver calls that take the same: that is why they must not be inlined.
+// The four ways of a driver call on an interface. The templates must not be inlined: one copy serves all driver calls
+// with the same arguments.
 
 /** A driver call on a port of unit 0. */
 template <typename... Values>
 using PortCall = int32_t (*)(uint32_t, uint32_t, int32_t, Values...);
 
-/** Calls that do not fan out: the port's driver call, ADP_E_DRIVER for a failure and for every aggregation interface.
- */
+/** What the caller gets for a result on a user port, and on members. */
+constexpr adp_status_t port_answer(int32_t result, Fan fan) {
+    return fan & Failure::kDriverError ? driver_status(result) : result;
+}
+constexpr adp_status_t group_answer(int32_t result, Fan fan) {
+    return fan & Failure::kOwnResult ? result : driver_status(result);
+}
+
+/** The step on a user port, or on a group's members until one fails. */
+adp_status_t on_port_or_members(Intf intf, Fan fan, PortStep step);
+
+/** The call on a user port or on a group's manager; without a manager that is interface 0, the CPU port. */
+template <typename... Values>
+[[gnu::noinline]] adp_status_t on_port_or_manager(Intf intf, Failure failure, PortCall<Values...> call,
+                                                  std::type_identity_t<Values>... values) {
+    const adp_status_t refusal = check_interface(intf);
+    if (refusal != ADP_OK) {
+        return refusal;
+    }
+    const int32_t result = call(0, 0, number(phy_of(representative_of(intf))), values...);
+    return failure == Failure::kOwnResult ? result : driver_status(result);
+}
+
+/** The call on a user port or on a group's answering member; ADP_E_NO_MEMBER without one, ADP_E_DRIVER on failure. */
+template <typename... Values>
+[[gnu::noinline]] adp_status_t on_port_or_answering_member(Intf intf, PortCall<Values...> call,
+                                                           std::type_identity_t<Values>... values) {
+    Intf asked = intf;
+    if (kind_of(intf) != IntfKind::kUserPort) {
+        asked = kind_of(intf) == IntfKind::kAggregation ? answering_member_of(intf) : kNoIntf;
+        if (asked == kNoIntf) {
+            const adp_status_t refusal = check_interface(intf);
+            return refusal != ADP_OK ? refusal : ADP_E_NO_MEMBER;
+        }
+    }
+    return driver_status(call(0, 0, number(phy_of(asked)), values...));
+}
+
+/** The call on a user port alone; ADP_E_DRIVER on failure and for every aggregation interface. */
 template <typename... Values>
 [[gnu::noinline]] adp_status_t on_port_only(Intf intf, PortCall<Values...> call,
                                             std::type_identity_t<Values>... values) {
-    const adp_status_t refusal = refusal_but_of_ports(intf);
-    return refusal != ADP_OK ? refusal : driver_status(call(0, 0, phy_of(intf).value(), values...));
-}
-
-/**
- * The driver call on a user port, and for a group on its management interface; without one that is interface 0, the CPU
- * port. The answer is the driver's own result, for other interfaces as in by_kind().
- */
-template <typename... Values>
-[[gnu::noinline]] adp_status_t call_port_or_manager(Intf intf, PortCall<Values...> call,
-                                                    std::type_identity_t<Values>... values) {
-    const adp_status_t refusal = refusal_of(intf);
-    return refusal != ADP_OK ? refusal : call(0, 0, standing_port_number_of(intf), values...);
-}
-
-/** The same for calls that answer any failure of the driver's with ADP_E_DRIVER. */
-template <typename... Values>
-[[gnu::noinline]] adp_status_t read_port_or_manager(Intf intf, PortCall<Values...> call,
-                                                    std::type_identity_t<Values>... values) {
-    const adp_status_t refusal = refusal_of(intf);
-    return refusal != ADP_OK ? refusal : driver_status(call(0, 0, standing_port_number_of(intf), values...));
+    const adp_status_t refusal = check_user_port(intf);
+    return refusal != ADP_OK ? refusal : driver_status(call(0, 0, number(phy_of(intf)), values...));
 }
 
 }  // namespace adp

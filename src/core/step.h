@@ -1,4 +1,4 @@
-// What a walk does with each member or port that it comes to.
+// The step of a walk: what is done with each member or port.
 #pragma once
 
 #include "core/number.h"
@@ -6,8 +6,8 @@
 namespace adp {
 
 /**
- * Refers to a callable that lives as long as the walk. The walks take this and are no templates, so that there is one
- * of each however many callers there are.
+ * A reference to a callable, which must live as long as the walk. With it the walks are no templates, and the library
+ * has one copy of each.
  */
 template <typename Argument>
 class StepRef {

@@ -9,7 +9,7 @@ namespace adp {
 /** First argument of the driver's field-processor calls. */
 inline constexpr int32_t fp_handle = 0;
 
-/** The unit of every call that does not come from a rule's own record. */
+/** The unit of calls without a rule record. */
 inline constexpr uint32_t kFieldUnit = 0;
 
 /** The hardware entry of an entity; logged. */
@@ -20,8 +20,8 @@ constexpr bool is_double(const FpInfo &row) {
     return row.group == 1 || row.group == 5;
 }
 
-// A field's scalar is its first word. The fields are bytes, so that records have no padding to be right about; each
-// begins where a word may stand, which spares the target a call to copy four bytes.
+// The scalar of a field is its first word. Fields are bytes, so that records have no padding. Each is aligned for a
+// word, which saves the target a call to copy four bytes.
 
 inline uint32_t load_word(const uint8_t *field) {
     uint32_t word = 0;

@@ -2,11 +2,10 @@
 #include "fp/install.h"
 
 #include <netlink_api.h>
-#include <stdio.h>
 
+#include "core/messages.h"
 #include "core/port_map.h"
 #include "fp/entry.h"
-#include "fp/log.h"
 #include "fp/qualifiers.h"
 #include "fp/rules.h"
 
@@ -16,29 +15,29 @@ namespace {
 constexpr char kFunction[] = "adp_fp_add_entity_rule";
 constexpr char kResultAndPair[] = "%s:[%05d]  ---------ret=[%d] fent=[%d] fent+1=[%d]-------\n";
 
-constexpr LogPoint kBegin{
-    kFunction, 907, "%s:[%05d]  =========================== begin to add fp entity rule ======================== \n"};
-constexpr LogPoint kEntry{kFunction, 939, "%s:[%05d] install entry=[%d] true_entry=[%d]\n"};
-constexpr LogPoint kIsDouble{kFunction, 945, "%s:[%05d] idDoubleEntry=[%d] \n"};
-constexpr LogPoint kCreate{kFunction, 954, "%s:[%05d] unit=[%d] fg=[%d] fent=[%d]------------\n"};
-constexpr LogPoint kCreated{kFunction, 960, "%s:[%05d] create entry [%d] ret=[%d] ------------\n"};
-constexpr LogPoint kPaired{kFunction, 969, kResultAndPair};
-constexpr LogPoint kPrioritySet{kFunction, 971, "%s:[%05d] set entry [%d] priority=[%d] ret=[%d] ------------\n"};
-constexpr LogPoint kQualify{kFunction, 995, "%s:[%05d]  ---------i=[%d] type=[%d] ret=[%d]-------\n"};
-constexpr LogPoint kAct{kFunction, 1146,
-                        "%s:[%05d]  ---------ret=[%d] fent=[%d] i=[%d] actionNum=[%d] type=[%d]-------\n"};
-constexpr LogPoint kPort{kFunction, 1225, "%s:[%05d] acl action user-port=[%d] ----> phy-port=[%d]\n"};
-constexpr LogPoint kAddAction{kFunction, 1260, "%s:[%05d]  ---------ret=[%d] fent=[%d] type=[%d]-------\n"};
-constexpr LogPoint kActionAdded{kFunction, 1267, kResultAndPair};
-constexpr LogPoint kInstall{kFunction, 1272, "%s:[%05d]  add action ret=[%d] \n"};
-constexpr LogPoint kInstalled{kFunction, 1276, "%s:[%05d]  ---------ret=[%d] fent=[%d] fent=[%d]-------\n"};
-constexpr LogPoint kSecondInstalled{kFunction, 1280, kResultAndPair};
-constexpr LogPoint kDone{kFunction, 1283, "%s:[%05d] install ret=[%d] entry=[%d] true_entry=[%d]\n"};
+constexpr Message kBegin{
+    {kFunction, 907}, "%s:[%05d]  =========================== begin to add fp entity rule ======================== \n"};
+constexpr Message kEntry{{kFunction, 939}, "%s:[%05d] install entry=[%d] true_entry=[%d]\n"};
+constexpr Message kIsDouble{{kFunction, 945}, "%s:[%05d] idDoubleEntry=[%d] \n"};
+constexpr Message kCreate{{kFunction, 954}, "%s:[%05d] unit=[%d] fg=[%d] fent=[%d]------------\n"};
+constexpr Message kCreated{{kFunction, 960}, "%s:[%05d] create entry [%d] ret=[%d] ------------\n"};
+constexpr Message kPaired{{kFunction, 969}, kResultAndPair};
+constexpr Message kPrioritySet{{kFunction, 971}, "%s:[%05d] set entry [%d] priority=[%d] ret=[%d] ------------\n"};
+constexpr Message kQualify{{kFunction, 995}, "%s:[%05d]  ---------i=[%d] type=[%d] ret=[%d]-------\n"};
+constexpr Message kAct{{kFunction, 1146},
+                       "%s:[%05d]  ---------ret=[%d] fent=[%d] i=[%d] actionNum=[%d] type=[%d]-------\n"};
+constexpr Message kPort{{kFunction, 1225}, "%s:[%05d] acl action user-port=[%d] ----> phy-port=[%d]\n"};
+constexpr Message kAddAction{{kFunction, 1260}, "%s:[%05d]  ---------ret=[%d] fent=[%d] type=[%d]-------\n"};
+constexpr Message kActionAdded{{kFunction, 1267}, kResultAndPair};
+constexpr Message kInstall{{kFunction, 1272}, "%s:[%05d]  add action ret=[%d] \n"};
+constexpr Message kInstalled{{kFunction, 1276}, "%s:[%05d]  ---------ret=[%d] fent=[%d] fent=[%d]-------\n"};
+constexpr Message kSecondInstalled{{kFunction, 1280}, kResultAndPair};
+constexpr Message kDone{{kFunction, 1283}, "%s:[%05d] install ret=[%d] entry=[%d] true_entry=[%d]\n"};
 
-constexpr int kUnknownQualifierLine = 1135;
-constexpr int kNoMemoryLine = 1295;
+constexpr Message kUnknownQualifier{{kFunction, 1135}, "%s:[%05d] set unknow qualify type = [%d]\n"};
+constexpr Message kNoMemory{{kFunction, 1295}, "%s:[%05d] malloc failed!~\n"};
 
-/** Its callers hand over bitmaps that are physical already. */
+/** Its bitmaps hold physical ports already. */
 constexpr uint32_t kUntranslatedSubmodule = 16;
 
 class Installation {
@@ -58,7 +57,7 @@ class Installation {
     uint8_t *param_of_status();
     void install();
 
-    /** The two ways in which a call's result enters the status. Which one a step takes decides what the caller sees. */
+    // Contract: some results replace the status, some are added to it. The caller sees which.
     void replace_status(int32_t result) { status_ = result; }
     void add_status(int32_t result) { status_ |= result; }
 
@@ -74,8 +73,8 @@ class Installation {
 adp_status_t Installation::run() {
     entry_ = true_entry_of(row_, rule_.entity_id);
     rule_.true_entry = entry_;
-    log(kEntry, rule_.entity_id, entry_);
-    log(kIsDouble, is_double_ ? 1 : 0);
+    log_rule(kEntry, rule_.entity_id, entry_);
+    log_rule(kIsDouble, is_double_ ? 1 : 0);
     remove_replaced_rule(rule_);
     create();
     set_priority();
@@ -90,12 +89,12 @@ adp_status_t Installation::run() {
 }
 
 void Installation::create() {
-    log(kCreate, rule_.unit, row_.group, entry_);
+    log_rule(kCreate, rule_.unit, row_.group, entry_);
     replace_status(user_field_entry_create_id(fp_handle, rule_.unit, row_.group, entry_));
     if (is_double_) {
         add_status(user_field_entry_create_id(fp_handle, rule_.unit, row_.group, second()));
     }
-    log(kCreated, entry_, status_);
+    log_rule(kCreated, entry_, status_);
 }
 
 void Installation::set_priority() {
@@ -104,9 +103,9 @@ void Installation::set_priority() {
     if (is_double_) {
         user_field_entry_prio_set(fp_handle, rule_.unit, second(), priority);
         replace_status(user_field_set_double_entry(fp_handle, rule_.unit, entry_));
-        log(kPaired, status_, entry_, second());
+        log_rule(kPaired, status_, entry_, second());
     }
-    log(kPrioritySet, entry_, priority, status_);
+    log_rule(kPrioritySet, entry_, priority, status_);
 }
 
 void Installation::add_qualifier(int32_t i) {
@@ -117,10 +116,9 @@ void Installation::add_qualifier(int32_t i) {
         target = entry_;
         replace_status(user_field_set_select_tempate_idx(fp_handle, rule_.unit, entry_, 0));
     }
-    log(kQualify, i, condition.type, status_);
+    log_rule(kQualify, i, condition.type, status_);
     if (qualifier == nullptr) {
-        printf("%s:[%05d] set unknow qualify type = [%d]\n", kFunction, kUnknownQualifierLine,
-               static_cast<int>(condition.type));
+        print(kUnknownQualifier, static_cast<int32_t>(condition.type));
         return;
     }
     const int32_t result = apply_qualifier(*qualifier, condition, rule_.unit, target);
@@ -129,12 +127,12 @@ void Installation::add_qualifier(int32_t i) {
     } else {
         replace_status(result);
     }
-    log({kFunction, qualifier->log_line, qualifier->log_format}, i, status_, target);
+    log_rule({{kFunction, qualifier->log_line}, qualifier->log_format}, i, status_, target);
 }
 
 void Installation::add_action(int32_t i) {
     FpAction &action = rule_.actions[i];
-    log(kAct, status_, entry_, i, rule_.action_num, action.type);
+    log_rule(kAct, status_, entry_, i, rule_.action_num, action.type);
     switch (action.type) {
         case ADP_FP_ACTION_METER:
             set_meter(action);
@@ -148,11 +146,11 @@ void Installation::add_action(int32_t i) {
         default:
             break;
     }
-    log(kAddAction, status_, entry_, action.type);
+    log_rule(kAddAction, status_, entry_, action.type);
     add_status(user_field_action_add(fp_handle, rule_.unit, entry_, action.type, action.param, action.param2));
     if (is_double_) {
         add_status(user_field_action_add(fp_handle, rule_.unit, second(), action.type, action.param, action.param2));
-        log(kActionAdded, status_, entry_, second());
+        log_rule(kActionAdded, status_, entry_, second());
     }
 }
 
@@ -164,18 +162,18 @@ void Installation::set_meter(FpAction &action) {
     add_status(user_field_meter_entry_set(rule_.unit, rate, meter));
 }
 
-/** Translations go to the action that the status numbers: the first one as long as nothing failed. Null for others. */
+// Contract: a translation is written to the action whose number is the status: the first one while nothing failed.
 uint8_t *Installation::param_of_status() {
     const auto number = static_cast<uint32_t>(status_);
     return number < ADP_FP_ACTIONS ? rule_.actions[number].param : nullptr;
 }
 
 void Installation::translate_port(const FpAction &action) {
-    const int32_t port = phy_of(Intf(load_word(action.param))).value();
+    const int32_t port = number(phy_of(Intf(load_word(action.param))));
     if (uint8_t *param = param_of_status(); param != nullptr) {
         store_word(param, static_cast<uint32_t>(port));
     }
-    log(kPort, load_word(action.param), port);
+    log_rule(kPort, load_word(action.param), port);
 }
 
 void Installation::translate_ports(const FpAction &action) {
@@ -189,14 +187,14 @@ void Installation::translate_ports(const FpAction &action) {
 }
 
 void Installation::install() {
-    log(kInstall, status_);
+    log_rule(kInstall, status_);
     add_status(user_field_entry_install(fp_handle, rule_.unit, entry_));
-    log(kInstalled, status_, entry_, entry_);
+    log_rule(kInstalled, status_, entry_, entry_);
     if (is_double_) {
         add_status(user_field_entry_install(fp_handle, rule_.unit, second()));
-        log(kSecondInstalled, status_, entry_, second());
+        log_rule(kSecondInstalled, status_, entry_, second());
     }
-    log(kDone, status_, rule_.entity_id, entry_);
+    log_rule(kDone, status_, rule_.entity_id, entry_);
 }
 
 constexpr bool has_room_for(const FpEntity &rule) {
@@ -206,7 +204,7 @@ constexpr bool has_room_for(const FpEntity &rule) {
 }  // namespace
 
 adp_status_t install_rule(FpEntity &rule) {
-    log(kBegin);
+    log_rule(kBegin);
     const FpInfo *row = adp_fp_find_data_by_submodetype(rule.submodule_type);
     if (row == nullptr || row->group == 0) {
         return ADP_E_SELECTOR;
@@ -216,13 +214,15 @@ adp_status_t install_rule(FpEntity &rule) {
     }
     const adp_status_t status = Installation(rule, *row).run();
     if (!record_rule(rule)) {
-        printf("%s:[%05d] malloc failed!~\n", kFunction, kNoMemoryLine);
+        print(kNoMemory);
     }
     return status;
 }
 
 }  // namespace adp
 
-adp_status_t adp_fp_add_entity_rule(FpEntity rule) {
-    return adp::install_rule(rule);
+using namespace adp;
+
+adp_status_t adp_fp_add_entity_rule(FpEntity entity) {
+    return install_rule(entity);
 }

@@ -5,7 +5,7 @@
 
 namespace adp {
 
-/** Installs the rule and records it; the record is the caller's own copy, and changed. */
+/** Installs the rule and records it. The record is changed. */
 adp_status_t install_rule(FpEntity &rule);
 
 }  // namespace adp

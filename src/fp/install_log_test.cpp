@@ -1,6 +1,4 @@
 // The log lines of an installation, written out whole, in the log and in the trace.
-#include "core/trace.h"
-#include "fp/log.h"
 #include "fp/testing/support.h"
 
 namespace {
@@ -10,11 +8,10 @@ using fp_test::add_qualifier;
 using fp_test::log_calls;
 using fp_test::make_rule;
 using fp_test::Trace;
-using ::testing::ElementsAre;
+
 using ::testing::ElementsAreArray;
 
 constexpr char kInstall[] = "adp_fp_add_entity_rule";
-constexpr size_t kLongestTrace = 255;
 
 /** One line as it is written to the log: its format, and what is in it behind the place. */
 struct Line {
@@ -136,28 +133,6 @@ INSTANTIATE_TEST_SUITE_P(With, InstallLog, ::testing::Bool(),
                          [](const auto &is_traced) { return is_traced.param ? "TraceOn" : "TraceOff"; });
 
 class Log : public fp_test::FpTest {};
-
-TEST_F(Log, ATraceHas255CharactersAtMost) {
-    for (const size_t length : {254u, 255u, 256u, 600u}) {
-        const std::string text(length, 'x');
-        adp::add_trace(text.c_str(), 7, "%s", text.c_str());
-        const std::string place = (text + "():7").substr(0, kLongestTrace);
-        EXPECT_THAT(driver().take(), ElementsAre("sys_trace_add_log(prefix=\"" + place + "\", message=\"" +
-                                                 text.substr(0, kLongestTrace) + "\")"));
-    }
-}
-
-TEST_F(Log, TheLogItselfIsNotCut) {
-    driver().on("sys_trace_get").returns(1);
-    const std::string name(300, 'n');
-    adp::log({name.c_str(), 12, "%s:[%05d] %d"}, 34);
-    EXPECT_THAT(driver().take(),
-                ElementsAre("sys_trace_get()",
-                            "sys_trace_add_log(prefix=\"" + name.substr(0, kLongestTrace) + "\", message=\"" +
-                                name.substr(0, kLongestTrace) + "\")",
-                            "Log_logging_func(level=7, module=18, word=\"ACL\", format=\"%s:[%05d] %d\", text=\"" +
-                                name + ":[00012] 34\")"));
-}
 
 TEST_F(Log, EveryLineAsksAnewWhetherTracingIsOn) {
     bool is_on = false;

@@ -56,7 +56,7 @@ const Qualifier *find_qualifier(uint32_t type) {
 }
 
 adp_port_set_t phy_ports_of(const uint8_t *field, uint32_t unit) {
-    // All interfaces are of slot 0, which is the unit's number.
+    // All interfaces are of slot 0, which is unit 0.
     if (unit != 0) {
         return {};
     }

@@ -1,8 +1,8 @@
 // The qualifiers: which driver call each type is, what it takes, and on which half of a double-wide rule it belongs.
 #pragma once
 
+#include "core/messages.h"
 #include "fp/entry.h"
-#include "fp/log.h"
 
 namespace adp {
 
@@ -31,7 +31,7 @@ struct Qualifier {
     const char *log_format;
 };
 
-/** Null for a type that there is not. */
+/** Null for an unknown type. */
 const Qualifier *find_qualifier(uint32_t type);
 
 constexpr bool belongs_on_second_half(const FpInfo &row, const Qualifier *qualifier) {

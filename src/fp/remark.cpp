@@ -54,7 +54,7 @@ constexpr adp_status_t check_kind(uint8_t kind) {
     return kind == kKind1 || kind == kKind2 ? ADP_OK : ADP_E_REMARK_KIND;
 }
 
-/** Rules are numbered as their callers number them. */
+/** A rule's entity has the caller's number. */
 constexpr uint32_t entity_of_rule(uint32_t rule_id) {
     return rule_id;
 }
@@ -66,7 +66,7 @@ void shift_to_interfaces(uint32_t (&bitmap)[2]) {
     bitmap[1] <<= 1;
 }
 
-// An empty record has room for all that a request puts in: nothing is refused here.
+// An empty record has room for all that a request adds.
 void append(FpEntity &entity, uint32_t type, const void *data, uint32_t length) {
     static constexpr adp_port_set_t kAllOnes = {
         {UINT32_MAX, UINT32_MAX, UINT32_MAX, UINT32_MAX, UINT32_MAX, UINT32_MAX, UINT32_MAX, UINT32_MAX}};
@@ -97,7 +97,7 @@ void append_action(FpEntity &entity, const RemarkRule &rule) {
     adp_fp_add_entity_action(&entity, type, &value, sizeof value, nullptr, 0);
 }
 
-/** @p check is what is already wrong with the request; the rule is installed all the same. */
+/** Contract: the rule is installed even if the check of the request failed. @p check is its result. */
 adp_status_t install_remark(const RemarkRule &rule, adp_status_t check) {
     FpEntity entity = {};
     entity.submodule_type = kRemarkSubmodule;
@@ -118,21 +118,23 @@ adp_status_t install_remark(const RemarkRule &rule, adp_status_t check) {
 }  // namespace
 }  // namespace adp
 
+using namespace adp;
+
 adp_status_t adp_add_remark_rule(RemarkRule *rule) {
     if (rule == nullptr) {
         return ADP_E_SELECTOR;
     }
-    adp::shift_to_interfaces(rule->port_bitmap);
-    if (fp_find_data_by_submodetype(adp::kRemarkSubmodule) == nullptr) {
+    shift_to_interfaces(rule->port_bitmap);
+    if (fp_find_data_by_submodetype(kRemarkSubmodule) == nullptr) {
         return ADP_E_REMARK_NO_SUBMODULE;
     }
     if (rule->rule_form != ADP_REMARK_FORM_PORTS && rule->rule_form != ADP_REMARK_FORM_FIELD) {
         return ADP_E_SELECTOR;
     }
-    return adp::install_remark(*rule, adp::check_kind(rule->remark_kind));
+    return install_remark(*rule, check_kind(rule->remark_kind));
 }
 
 adp_status_t adp_del_remark_rule(uint32_t rule_id) {
-    const uint32_t entity = adp::entity_of_rule(adp::low16(rule_id));
-    return adp_fp_delete_entity_rule(adp::kRemarkSubmodule, entity, 0) < 0 ? ADP_E_DRIVER : ADP_OK;
+    const uint32_t entity = entity_of_rule(low16(rule_id));
+    return adp_fp_delete_entity_rule(kRemarkSubmodule, entity, 0) < 0 ? ADP_E_DRIVER : ADP_OK;
 }

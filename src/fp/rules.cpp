@@ -2,27 +2,26 @@
 #include "fp/rules.h"
 
 #include <netlink_api.h>
-#include <stdio.h>
 #include <stdlib.h>
 
+#include "core/messages.h"
 #include "fp/entry.h"
-#include "fp/log.h"
 
 adp_list_link_t acl_fp_list_head = {&acl_fp_list_head, &acl_fp_list_head};
 
 namespace adp {
 namespace {
 
-// What the links of a node that has left the list hold, so that a use after that is recognised.
+// The links of a freed node, so that a later use is recognised.
 constexpr uintptr_t kPoisonNext = 0x00100100;
 constexpr uintptr_t kPoisonPrev = 0x00200200;
 
-constexpr int kInitFailedLine = 428;
+constexpr Message kInitFailed{{"adp_fp_init", 428}, "%s:[%05d]  error funtion ret=%d \n"};
 
-/** The log lines of a removal, which name the exported call that was made. */
+/** The log lines of a removal; they name the exported call. */
 struct RemovalLog {
-    LogPoint entry;
-    LogPoint second_entry;
+    Message entry;
+    Message second_entry;
 };
 
 constexpr char kEntryFormat[] = "%s:[%05d] del entry=[%d] true_entry=[%d]\n";
@@ -42,7 +41,7 @@ void unlink_and_free(FpListNode *node) {
     link.prev->next = link.next;
     link.next = reinterpret_cast<adp_list_link_t *>(kPoisonNext);
     link.prev = reinterpret_cast<adp_list_link_t *>(kPoisonPrev);
-    // Without this the compiler leaves out stores to memory that is about to be freed.
+    // Without this the compiler drops stores to memory that is about to be freed.
     asm volatile("" : : "r"(node) : "memory");
     free(node);
 }
@@ -62,18 +61,18 @@ uint32_t destroy_meters(uint32_t entry, uint32_t count) {
     return result;
 }
 
-/** @p meters says how often the rule's meter is destroyed. */
+/** Destroys the meter of the rule @p meters times. */
 uint32_t remove_rule(uint32_t submodule_type, uint32_t entity_id, uint32_t meters, const RemovalLog &messages) {
     FpListNode *node = adp_fp_find_list_node_by_entity(submodule_type, entity_id);
     if (node == nullptr) {
         return 0;
     }
     const uint32_t entry = node->entity.true_entry;
-    log(messages.entry, entity_id, entry);
+    log_rule(messages.entry, entity_id, entry);
     uint32_t result = destroy_meters(entry, meters);
     result |= destroy_entry(entry);
     if (adp_fp_is_double_entity_2(entry) != 0) {
-        log(messages.second_entry, entity_id, entry + 1);
+        log_rule(messages.second_entry, entity_id, entry + 1);
         result |= destroy_entry(entry + 1);
     }
     unlink_and_free(node);
@@ -108,19 +107,21 @@ bool record_rule(const FpEntity &entity) {
 
 }  // namespace adp
 
-// On failure the driver is asked three times; the second answer is shown, the third is the result.
+using namespace adp;
+
+// Contract: on failure the driver is asked three times; the second answer is shown, the third is the result.
 adp_status_t adp_fp_init() {
     acl_fp_list_head = {&acl_fp_list_head, &acl_fp_list_head};
     if (user_field_init(0, 0) >= 0) {
         return ADP_OK;
     }
-    printf("%s:[%05d]  error funtion ret=%d \n", "adp_fp_init", adp::kInitFailedLine, user_field_init(0, 0));
+    print(kInitFailed, user_field_init(0, 0));
     return user_field_init(0, 0);
 }
 
 FpListNode *adp_fp_find_list_node_by_entity(uint32_t submodule_type, uint32_t entity_id) {
     for (adp_list_link_t *link = acl_fp_list_head.next; link != &acl_fp_list_head; link = link->next) {
-        FpListNode *node = adp::node_of(link);
+        FpListNode *node = node_of(link);
         if (node->entity.submodule_type == submodule_type && node->entity.entity_id == entity_id) {
             return node;
         }
@@ -130,9 +131,9 @@ FpListNode *adp_fp_find_list_node_by_entity(uint32_t submodule_type, uint32_t en
 
 adp_status_t adp_fp_delete_entity_rule(uint32_t submodule_type, uint32_t entity_id, uint32_t action_type) {
     const uint32_t meters = action_type == ADP_FP_ACTION_METER ? 1 : 0;
-    return static_cast<adp_status_t>(adp::remove_rule(submodule_type, entity_id, meters, adp::kByKey));
+    return static_cast<adp_status_t>(remove_rule(submodule_type, entity_id, meters, kByKey));
 }
 
 adp_status_t adp_fp_delete_entity_rule_ex(FpEntity entity) {
-    return static_cast<adp_status_t>(adp::remove_replaced_rule(entity));
+    return static_cast<adp_status_t>(remove_replaced_rule(entity));
 }

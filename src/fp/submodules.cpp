@@ -1,6 +1,6 @@
 // The submodules: which slice of the field processor each feature owns, and where its entities are in the hardware.
+#include "core/messages.h"
 #include "fp/entry.h"
-#include "fp/log.h"
 #include "fp/qualifiers.h"
 
 FpInfo g_stFpInfo[ADP_FP_SUBMODULES] = {
@@ -28,16 +28,16 @@ struct Slice {
     uint32_t width;
 };
 
-// By group; what has no slice here counts from entry 0, as group 9 does.
+// By group; a group without a slice starts at entry 0.
 constexpr Slice kSlices[] = {{0, 1}, {1280, 2}, {896, 1}, {768, 1}, {640, 1}, {1024, 2}, {512, 1}, {384, 1}, {256, 1}};
 constexpr uint32_t kSliceCount = sizeof kSlices / sizeof *kSlices;
 
-// The double-wide groups are neighbours in the hardware.
+// The double-wide groups are adjacent in the hardware.
 constexpr uint32_t kFirstDoubleEntry = 1024;
 constexpr uint32_t kDoubleEntries = 512;
 
-constexpr LogPoint kTrueEntry{"adp_fp_get_true_entity_id", 864,
-                              "%s:[%05d] entry=[%d] group=[%d] prio_base=[%d] true_entry=[%d]-\n"};
+constexpr Message kTrueEntry{{"adp_fp_get_true_entity_id", 864},
+                             "%s:[%05d] entry=[%d] group=[%d] prio_base=[%d] true_entry=[%d]-\n"};
 
 }  // namespace
 
@@ -46,39 +46,41 @@ uint32_t true_entry_of(const FpInfo &row, uint32_t entity_id) {
     const Slice &slice = kSlices[group < kSliceCount ? group : 0];
     const uint32_t number = static_cast<uint32_t>(row.prio_base) + entity_id;
     const uint32_t entry = slice.width * number + slice.first;
-    log(kTrueEntry, entity_id, row.group, row.prio_base, entry);
+    log_rule(kTrueEntry, entity_id, row.group, row.prio_base, entry);
     return entry;
 }
 
 }  // namespace adp
 
-// The scan goes on behind a match: of two rows with one key the last one holds.
-FpInfo *adp_fp_find_data_by_submodetype(uint32_t type) {
+using namespace adp;
+
+// Contract: of two rows with one key the last one is found.
+FpInfo *adp_fp_find_data_by_submodetype(uint32_t submodule_type) {
     FpInfo *found = nullptr;
     for (FpInfo &row : g_stFpInfo) {
-        if (static_cast<uint32_t>(row.submodule_type) == type) {
+        if (static_cast<uint32_t>(row.submodule_type) == submodule_type) {
             found = &row;
         }
     }
     return found;
 }
 
-FpInfo *fp_find_data_by_submodetype(uint32_t type) {
-    return adp_fp_find_data_by_submodetype(type);
+FpInfo *fp_find_data_by_submodetype(uint32_t submodule_type) {
+    return adp_fp_find_data_by_submodetype(submodule_type);
 }
 
-uint32_t adp_fp_get_true_entity_id(FpInfo row, uint32_t entity_id) {
-    return adp::true_entry_of(row, entity_id);
+uint32_t adp_fp_get_true_entity_id(FpInfo submodule, uint32_t entity_id) {
+    return true_entry_of(submodule, entity_id);
 }
 
-int32_t adp_fp_is_double_entity(FpInfo row) {
-    return adp::is_double(row) ? 1 : 0;
+int32_t adp_fp_is_double_entity(FpInfo submodule) {
+    return is_double(submodule) ? 1 : 0;
 }
 
 int32_t adp_fp_is_double_entity_2(uint32_t true_entry) {
-    return true_entry - adp::kFirstDoubleEntry < adp::kDoubleEntries ? 1 : 0;
+    return true_entry - kFirstDoubleEntry < kDoubleEntries ? 1 : 0;
 }
 
-int32_t adp_fp_is_need_set_next_entity_id(FpInfo row, uint32_t qualify_type) {
-    return adp::belongs_on_second_half(row, adp::find_qualifier(qualify_type)) ? 1 : 0;
+int32_t adp_fp_is_need_set_next_entity_id(FpInfo submodule, uint32_t qualify_type) {
+    return belongs_on_second_half(submodule, find_qualifier(qualify_type)) ? 1 : 0;
 }

@@ -9,12 +9,12 @@
 namespace adp {
 namespace {
 
-// The learning modes that authorisation uses.
+// Learning modes.
 constexpr int32_t kLearnClosed = 0;
 constexpr int32_t kLearnNormal = 5;
 constexpr int32_t kLearnPending = 8;
 
-// The MAC-table service's own numbers.
+// Numbers of the MAC-table service.
 constexpr uint32_t kFlushScope = 7;
 constexpr uint32_t kFlushKind = 3;
 constexpr uint32_t kTableFlag = 1;
@@ -31,7 +31,7 @@ adp_status_t close_port(adp_intf_t intf, int32_t learning_mode) {
     return set_mac_tbl_clear_by_port(intf, kFlushScope, kFlushKind) == 0 ? ADP_OK : ADP_E_DOT1X_FLUSH;
 }
 
-/** The lowest active member; an empty first slot is never replaced, since none is lower. */
+/** The lowest active member. Contract: an empty first slot counts as the lowest. */
 uint32_t smallest_member(Intf agg) {
     const MemberList members = members_of(agg, Members::kActive);
     uint32_t smallest = members.slots[0];
@@ -43,7 +43,7 @@ uint32_t smallest_member(Intf agg) {
     return smallest;
 }
 
-/** Where an address on this port is installed: on the group's lowest active member, if the port is in a group. */
+/** The interface of an address on this port: in a group the lowest active member. */
 adp_intf_t entry_interface(adp_intf_t intf) {
     uint32_t group = 0;
     get_group_by_interface(intf, &group);
@@ -54,22 +54,24 @@ adp_intf_t entry_interface(adp_intf_t intf) {
 }  // namespace
 }  // namespace adp
 
+using namespace adp;
+
 adp_status_t adp_set_port_dot1x_mode(int32_t intf, uint32_t mode, uint32_t, uint32_t learn) {
     const auto number = static_cast<adp_intf_t>(intf);
-    switch (adp::low8(mode)) {
+    switch (low8(mode)) {
         case ADP_DOT1X_AUTHORIZED:
-            return adp::set_learning(number, learn != 0 ? adp::kLearnPending : adp::kLearnNormal);
+            return set_learning(number, learn != 0 ? kLearnPending : kLearnNormal);
         case ADP_DOT1X_UNAUTHORIZED:
-            return adp::close_port(number, adp::kLearnPending);
+            return close_port(number, kLearnPending);
         case ADP_DOT1X_BLOCKED:
-            return adp::close_port(number, adp::kLearnClosed);
+            return close_port(number, kLearnClosed);
         default:
             return ADP_E_DOT1X_MODE;
     }
 }
 
 adp_status_t adp_set_port_dot1x_authorized_state(int32_t intf, uint32_t state, uint32_t learn) {
-    const uint32_t mode = adp::low8(state) == 1 ? ADP_DOT1X_AUTHORIZED : ADP_DOT1X_UNAUTHORIZED;
+    const uint32_t mode = low8(state) == 1 ? ADP_DOT1X_AUTHORIZED : ADP_DOT1X_UNAUTHORIZED;
     return adp_set_port_dot1x_mode(intf, mode, 0, learn);
 }
 
@@ -79,10 +81,10 @@ adp_status_t adp_set_mac_dot1x_authorized_state(adp_intf_t intf, uint32_t vid, c
     if (text == nullptr) {
         return ADP_E_DOT1X_MODE;
     }
-    del_mac_addr(text, adp::low16(vid), adp::kTableFlag);
-    if (adp::low8(authorised) == 0) {
+    del_mac_addr(text, low16(vid), kTableFlag);
+    if (low8(authorised) == 0) {
         return ADP_OK;
     }
-    const adp_intf_t target = adp::entry_interface(intf);
-    return add_mac_static_addr(text, target, adp::low16(vid), adp::kTableFlag) == 0 ? ADP_OK : ADP_E_DOT1X_STATIC;
+    const adp_intf_t target = entry_interface(intf);
+    return add_mac_static_addr(text, target, low16(vid), kTableFlag) == 0 ? ADP_OK : ADP_E_DOT1X_STATIC;
 }

@@ -1,4 +1,4 @@
-// Deleting from the MAC address table, by every key that the management software has and by kind of entry.
+// Deleting from the MAC address table, by key and by kind of entry.
 #include <adp/mac.h>
 
 #include "core/members.h"
@@ -11,7 +11,7 @@ namespace {
 constexpr int32_t kAnyModule = -1;
 constexpr uint32_t kModes = 3;
 
-/** What a delete call may name; each key uses its part. */
+/** The arguments of a deletion; each key uses some. */
 struct Subject {
     const uint8_t *mac = nullptr;
     uint32_t vid = 0;
@@ -48,7 +48,7 @@ constexpr DeletesByMode kByVlanPort = {
     [](const Subject &s) { return user_l2_addr_delete_by_vlan_port(0, 0, s.vid, kAnyModule, s.number, 1); },
 };
 
-// The driver has no call for a trunk's static entries alone: all are deleted, and the caller is told of a failure.
+// Contract: the driver has no call for the static entries of a trunk. All are deleted, and the call fails.
 constexpr DeletesByMode kByVlanTrunk = {
     [](const Subject &s) { return user_l2_addr_delete_by_vlan_trunk(0, 0, s.vid, s.number, 0); },
     [](const Subject &s) {
@@ -70,12 +70,12 @@ constexpr DeletesByMode kByTrunkMacVlan = {
     [](const Subject &s) { return user_l2_addr_delete_all_dynamic_by_port_mac_vlan(0, 0, s.mac, s.number, s.vid); },
 };
 
-// What a key does not look at.
+// Arguments that a key does not use.
 constexpr uint8_t kNoMac[NETLINK_MAC_BYTES] = {};
 constexpr uint32_t kNoVlan = 0;
 constexpr int32_t kNoPort = 0;
 
-/** Makes the call of a mode for what the other arguments name; those that a key does not look at are none. */
+/** Makes the driver call of a mode. */
 adp_status_t delete_by(const DeletesByMode &deletes, uint32_t mode, const uint8_t *mac, uint32_t vid, int32_t number,
                        adp_word_t last = 0) {
     const uint32_t row = low8(mode);
@@ -93,70 +93,72 @@ adp_status_t delete_by(const DeletesByMode &deletes, uint32_t mode, const uint8_
 }
 
 [[gnu::noinline]] adp_status_t delete_by_port(PhyPort port, uint32_t mode) {
-    return delete_by(kByPort, mode, kNoMac, kNoVlan, port.value());
+    return delete_by(kByPort, mode, kNoMac, kNoVlan, number(port));
 }
 
 }  // namespace
 }  // namespace adp
 
-using adp::Intf;
-using adp::IntfKind;
-using adp::PhyPort;
+using namespace adp;
 
-adp_status_t adp_del_mac_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t vid, uint32_t, adp_word_t last) {
-    return adp::delete_entry(user_mac_addr_delete, mac, vid, last);
+adp_status_t adp_del_mac_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t vid, uint32_t, adp_word_t option) {
+    return delete_entry(user_mac_addr_delete, mac, vid, option);
 }
 
-adp_status_t adp_del_mac_mcast_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t vid, uint32_t, adp_word_t last) {
-    return adp::delete_entry(user_mac_mcast_addr_delete, mac, vid, last);
+adp_status_t adp_del_mac_mcast_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t vid, uint32_t, adp_word_t option) {
+    return delete_entry(user_mac_mcast_addr_delete, mac, vid, option);
 }
 
-adp_status_t adp_del_mac_by_lrntype(uint32_t type) {
-    return user_l2_addr_del_all_addr_by_lrntype(0, 0, adp::low8(type));
+adp_status_t adp_del_mac_by_lrntype(uint32_t learn_type) {
+    return user_l2_addr_del_all_addr_by_lrntype(0, 0, low8(learn_type));
 }
 
 adp_status_t adp_del_mac_addr_by_vlan(uint32_t vid, uint32_t mode) {
-    return adp::delete_by(adp::kByVlan, mode, adp::kNoMac, vid, adp::kNoPort);
+    return delete_by(kByVlan, mode, kNoMac, vid, kNoPort);
 }
 
 adp_status_t adp_del_mac_addr_by_mac(const uint8_t mac[ADP_MAC_BYTES], uint32_t mode) {
-    return adp::delete_by(adp::kByMac, mode, mac, adp::kNoVlan, adp::kNoPort);
+    return delete_by(kByMac, mode, mac, kNoVlan, kNoPort);
 }
 
+// Contract: all members are visited, whatever the driver returns; the result is the last one.
 adp_status_t adp_del_mac_addr_by_intf(adp_intf_t intf, uint32_t mode) {
-    return adp::by_kind(
-        Intf(intf), [=](PhyPort port) { return adp::delete_by_port(port, mode); },
+    return by_kind(
+        Intf(intf), [=](PhyPort port) { return delete_by_port(port, mode); },
         [=](Intf agg) {
-            return adp::every_member_last_result(agg, adp::Members::kActive, ADP_FAIL,
-                                                 [=](PhyPort port) { return adp::delete_by_port(port, mode); });
+            int32_t last = ADP_FAIL;
+            first_failure(agg, Members::kActive, [&](PhyPort port) {
+                last = delete_by_port(port, mode);
+                return 0;
+            });
+            return last;
         });
 }
 
-// A group is not looked up here, its trunk id is enough: so it is not checked either.
+// Contract: the trunk id of a group is enough, so a group outside 1..8 is not refused.
 adp_status_t adp_del_mac_addr_by_vlan_intf(uint32_t vid, adp_intf_t intf, uint32_t mode) {
-    switch (Intf(intf).kind()) {
+    switch (kind_of(Intf(intf))) {
         case IntfKind::kUserPort:
-            return adp::delete_by(adp::kByVlanPort, mode, adp::kNoMac, vid, adp::phy_of(Intf(intf)).value());
+            return delete_by(kByVlanPort, mode, kNoMac, vid, number(phy_of(Intf(intf))));
         case IntfKind::kAggregation:
-            return adp::delete_by(adp::kByVlanTrunk, mode, adp::kNoMac, vid, adp::get_chip_tgid(Intf(intf)));
+            return delete_by(kByVlanTrunk, mode, kNoMac, vid, get_chip_tgid(Intf(intf)));
         default:
             return ADP_E_INTF_TYPE;
     }
 }
 
 adp_status_t adp_del_mac_addr_by_intf_mac(adp_intf_t intf, const uint8_t mac[ADP_MAC_BYTES], uint32_t mode,
-                                          adp_word_t last) {
-    return adp::by_kind(
-        Intf(intf),
-        [=](PhyPort port) { return adp::delete_by(adp::kByMacPort, mode, mac, adp::kNoVlan, port.value(), last); },
+                                          adp_word_t option) {
+    return by_kind(
+        Intf(intf), [=](PhyPort port) { return delete_by(kByMacPort, mode, mac, kNoVlan, number(port), option); },
         [](Intf) { return ADP_FAIL; });
 }
 
 adp_status_t adp_del_mac_addr_by_trunkid_mac_vlan(adp_intf_t intf, const uint8_t mac[ADP_MAC_BYTES], uint32_t mode,
                                                   uint32_t vid) {
-    return adp::delete_by(adp::kByTrunkMacVlan, mode, mac, vid, adp::phy_of(Intf(intf)).value());
+    return delete_by(kByTrunkMacVlan, mode, mac, vid, number(phy_of(Intf(intf))));
 }
 
 adp_status_t adp_del_port_violate_mac_addr_by_intf(adp_intf_t intf) {
-    return user_mac_violate_del_by_port(adp::phy_of(Intf(intf)).value());
+    return user_mac_violate_del_by_port(number(phy_of(Intf(intf))));
 }

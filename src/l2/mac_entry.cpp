@@ -32,7 +32,7 @@ constexpr int32_t kNoTrunk = 0;
 
 using LookUp = int32_t (*)(uint32_t, const uint8_t *, uint32_t, adp_l2_entry_t *);
 
-/** The entry as the driver knows it; zero where the driver wrote nothing. */
+/** Reads an entry; fields that the driver does not write are zero. */
 int32_t look_up(LookUp call, const uint8_t *mac, uint32_t vid, adp_l2_entry_t *entry) {
     *entry = {};
     return call(0, MacKey(mac).byte, low16(vid), entry);
@@ -42,65 +42,64 @@ uint32_t intf_of_entry(const adp_l2_entry_t &entry) {
     if ((entry.flags & NETLINK_L2_FOUND_TRUNK) != 0) {
         return ADP_AGG_INTF(static_cast<uint32_t>(entry.trunk) + 1);
     }
-    return intf_of(PhyPort(entry.port)).value();
+    return number(intf_of(PhyPort(entry.port)));
 }
 
 }  // namespace
 }  // namespace adp
 
-using adp::Intf;
-using adp::PhyPort;
+using namespace adp;
 
 adp_status_t adp_add_mac_addr(const uint8_t mac[ADP_MAC_BYTES], adp_intf_t intf, uint32_t vid, uint32_t is_static) {
-    const uint32_t flags = adp::low8(is_static) == adp::kStaticAsked ? NETLINK_L2_STATIC : 0;
-    const Intf target(intf);
-    const adp_status_t refusal = adp::refusal_of(target);
+    const uint32_t flags = low8(is_static) == kStaticAsked ? NETLINK_L2_STATIC : 0;
+    const Intf target{intf};
+    const adp_status_t refusal = check_interface(target);
     if (refusal != ADP_OK) {
         return refusal;
     }
-    const int32_t port = adp::standing_port_number_of(target);
-    return target.kind() == adp::IntfKind::kUserPort
-               ? adp::add_entry(mac, vid, flags, port, adp::kNoTrunk)
-               : adp::add_entry(mac, vid, flags | NETLINK_L2_TO_TRUNK, port, adp::get_chip_tgid(target));
+    const int32_t port = number(phy_of(representative_of(target)));
+    return kind_of(target) == IntfKind::kUserPort
+               ? add_entry(mac, vid, flags, port, kNoTrunk)
+               : add_entry(mac, vid, flags | NETLINK_L2_TO_TRUNK, port, get_chip_tgid(target));
 }
 
-// A group is not looked up here, its trunk id is enough: so it is not checked either.
+// Contract: the trunk id of a group is enough, so a group outside 1..8 is not refused.
 adp_status_t adp_filter_mac_addr(adp_intf_t intf, const uint8_t mac[ADP_MAC_BYTES], uint32_t vid, uint32_t flags) {
-    const Intf target(intf);
-    const uint32_t asked = adp::low8(flags);
-    switch (target.kind()) {
-        case adp::IntfKind::kUserPort:
-            return adp::add_entry(mac, vid, asked, adp::phy_of(target).value(), adp::kNoTrunk);
-        case adp::IntfKind::kAggregation:
-            return adp::add_entry(mac, vid, asked | NETLINK_L2_TO_TRUNK, adp::kNoPort, adp::get_chip_tgid(target));
+    const Intf target{intf};
+    const uint32_t asked = low8(flags);
+    switch (kind_of(target)) {
+        case IntfKind::kUserPort:
+            return add_entry(mac, vid, asked, number(phy_of(target)), kNoTrunk);
+        case IntfKind::kAggregation:
+            return add_entry(mac, vid, asked | NETLINK_L2_TO_TRUNK, kNoPort, get_chip_tgid(target));
         default:
             return ADP_E_INTF_TYPE;
     }
 }
 
 adp_status_t adp_add_mac_mcast_addr(const uint8_t mac[ADP_MAC_BYTES], uint64_t ports, uint32_t vid, uint32_t kind) {
-    if (adp::low8(kind) != adp::kActedOnKind) {
+    if (low8(kind) != kActedOnKind) {
         return ADP_FAIL;
     }
-    const adp_ports_t interfaces = {static_cast<uint32_t>(ports), static_cast<uint32_t>(ports >> adp::kWordBits)};
-    const adp_port_set_t physical = adp::phy_set_of(interfaces);
-    adp_l2_entry_t entry = adp::entry_for(mac, vid);
+    const adp_ports_t interfaces = {static_cast<uint32_t>(ports), static_cast<uint32_t>(ports >> kWordBits)};
+    const adp_port_set_t physical = phy_set_of(interfaces);
+    adp_l2_entry_t entry = entry_for(mac, vid);
     memcpy(entry.ports, physical.word, sizeof entry.ports);
     return user_mac_mcast_addr_add(0, entry);
 }
 
 adp_status_t adp_get_mac_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t vid, adp_l2_entry_t *entry) {
-    // The caller's address may stand in the caller's entry, so that is written last.
+    // The address may lie inside the caller's entry, so the entry is written last.
     adp_l2_entry_t found;
-    const int32_t result = adp::look_up(user_mac_addr_get, mac, vid, &found);
-    found.port = static_cast<int32_t>(adp::intf_of(PhyPort(found.port)).value());
+    const int32_t result = look_up(user_mac_addr_get, mac, vid, &found);
+    found.port = static_cast<int32_t>(number(intf_of(PhyPort(found.port))));
     *entry = found;
     return result;
 }
 
 adp_status_t adp_get_mac_mcast_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t vid, adp_l2_entry_t *entry) {
     adp_l2_entry_t found;
-    const int32_t result = adp::look_up(user_mac_mcast_addr_get, mac, vid, &found);
+    const int32_t result = look_up(user_mac_mcast_addr_get, mac, vid, &found);
     *entry = found;
     return result;
 }
@@ -113,19 +112,19 @@ adp_status_t adp_get_intf_by_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t vid
 adp_status_t adp_get_intf_flags_by_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t vid, adp_intf_t *intf,
                                         uint32_t *flags) {
     adp_l2_entry_t entry;
-    const int32_t result = adp::look_up(user_mac_addr_get, mac, vid, &entry);
-    *intf = adp::intf_of_entry(entry);
+    const int32_t result = look_up(user_mac_addr_get, mac, vid, &entry);
+    *intf = intf_of_entry(entry);
     *flags = entry.flags;
     return result;
 }
 
 adp_status_t adp_get_l2_index_by_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t vid, uint32_t *index) {
     adp_l2_entry_t entry;
-    const int32_t result = adp::look_up(user_mac_addr_get, mac, vid, &entry);
+    const int32_t result = look_up(user_mac_addr_get, mac, vid, &entry);
     *index = entry.index;
     return result;
 }
 
-adp_status_t adp_get_nextvalid_mac_addr(adp_word_t first, adp_l2_entry_t *second, adp_word_t, adp_word_t fourth) {
-    return user_netlink_mac_nextValidAddr_get(0, first, second, fourth);
+adp_status_t adp_get_nextvalid_mac_addr(adp_word_t index, adp_l2_entry_t *entry, adp_word_t, adp_word_t option) {
+    return user_netlink_mac_nextValidAddr_get(0, index, entry, option);
 }

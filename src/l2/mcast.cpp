@@ -22,11 +22,11 @@ struct IntfList {
     const adp_intf_t *begin() const { return first; }
     const adp_intf_t *end() const { return first + count; }
 
-    /** A group that there is not is refused up front, before the driver's entry is touched. */
+    /** A group outside 1..8 is refused before any driver call. */
     bool names_missing_group() const {
-        for (const adp_intf_t number : *this) {
-            const Intf intf(number);
-            if (intf.kind() == IntfKind::kAggregation && !TrunkId(intf).is_valid()) {
+        for (const adp_intf_t listed : *this) {
+            const Intf intf{listed};
+            if (kind_of(intf) == IntfKind::kAggregation && !exists(trunk_of(intf))) {
                 return true;
             }
         }
@@ -34,26 +34,26 @@ struct IntfList {
     }
 };
 
-// The driver numbers the ports of an entry in two ways. It looks up, and adds, physical ports; it creates a group and
-// removes members by the numbers on the front, which are the interfaces' own. The first two words hold them all.
-void add_front_port(uint32_t *ports, uint32_t number) {
-    if (number < kFrontPortWords * kWordBits) {
-        set_bit(ports, number);
+// The driver numbers the ports of an entry in two ways. Look-up and add use physical ports; create and remove use front
+// ports, which are the interface numbers. The first two words hold all of them.
+void add_front_port(uint32_t *ports, uint32_t n) {
+    if (n < kFrontPortWords * kWordBits) {
+        set_bit(ports, n);
     }
 }
 
 void add_front_ports(uint32_t *ports, Intf intf) {
-    if (intf.kind() == IntfKind::kUserPort) {
-        add_front_port(ports, intf.index());
-    } else if (intf.kind() == IntfKind::kAggregation) {
-        until_first_failure(members_of(intf, Members::kConfigured), [&](Intf member) {
-            add_front_port(ports, member.value());
+    if (kind_of(intf) == IntfKind::kUserPort) {
+        add_front_port(ports, index_of(intf));
+    } else if (kind_of(intf) == IntfKind::kAggregation) {
+        first_failure(members_of(intf, Members::kConfigured), [&](Intf member) {
+            add_front_port(ports, number(member));
             return 0;
         });
     }
 }
 
-/** Without an interface the entry's ports stay as they are. */
+/** Contract: an empty list leaves the ports of the entry as they are. */
 void set_front_ports(netlink_mcast_entry_t &entry, const IntfList &list) {
     if (list.count != 0) {
         entry.ports[0] = entry.ports[1] = 0;
@@ -63,7 +63,7 @@ void set_front_ports(netlink_mcast_entry_t &entry, const IntfList &list) {
     }
 }
 
-/** The group as the driver has it; zero where the driver wrote nothing. */
+/** Reads a group; fields that the driver does not write are zero. */
 int32_t look_up(const uint8_t *mac, uint32_t vid, netlink_mcast_entry_t *entry) {
     *entry = {};
     return User_mcast_port_get(0, 0, MacKey(mac).byte, low16(vid), entry);
@@ -72,20 +72,17 @@ int32_t look_up(const uint8_t *mac, uint32_t vid, netlink_mcast_entry_t *entry) 
 }  // namespace
 }  // namespace adp
 
-using adp::Intf;
-using adp::IntfKind;
-using adp::low16;
-using adp::MacKey;
+using namespace adp;
 
-adp_status_t adp_create_igmpsn_group(const uint8_t mac[6], uint32_t vid, uint32_t count, const adp_intf_t *list) {
-    const adp::IntfList intfs{list, count};
+adp_status_t adp_create_igmpsn_group(const uint8_t mac[6], uint32_t vid, uint32_t count, const adp_intf_t *members) {
+    const IntfList intfs{members, count};
     if (intfs.names_missing_group()) {
         return ADP_FAIL;
     }
     netlink_mcast_entry_t entry = {};
     User_mcast_addr_t_init(0, &entry, MacKey(mac).byte, low16(vid));
     memset(entry.ports, 0, sizeof entry.ports);
-    adp::set_front_ports(entry, intfs);
+    set_front_ports(entry, intfs);
     return User_mcast_addr_add(0, 0, &entry);
 }
 
@@ -95,43 +92,43 @@ adp_status_t adp_delete_igmpsn_group(const uint8_t mac[6], uint32_t vid) {
 
 adp_status_t adp_get_igmpsn_group(const uint8_t mac[6], uint32_t vid, uint32_t *index) {
     netlink_mcast_entry_t entry;
-    const int32_t result = adp::look_up(mac, vid, &entry);
+    const int32_t result = look_up(mac, vid, &entry);
     *index = entry.index;
     return result;
 }
 
-// An aggregation interface adds no port: its members, if any are wanted, are listed by themselves.
-adp_status_t adp_add_igmpsn_member(const uint8_t mac[6], uint32_t vid, uint32_t count, const adp_intf_t *list,
-                                   const uint16_t *vid_p) {
-    const adp::IntfList intfs{list, count};
+// Contract: an aggregation interface adds no port.
+adp_status_t adp_add_igmpsn_member(const uint8_t mac[6], uint32_t vid, uint32_t count, const adp_intf_t *members,
+                                   const uint16_t *shown_vid) {
+    const IntfList intfs{members, count};
     if (intfs.names_missing_group()) {
         return ADP_FAIL;
     }
     netlink_mcast_entry_t entry;
-    adp::look_up(mac, vid, &entry);
-    for (const adp_intf_t number : intfs) {
-        const Intf intf(number);
-        if (!intf.has_known_kind()) {
+    look_up(mac, vid, &entry);
+    for (const adp_intf_t listed : intfs) {
+        const Intf intf{listed};
+        if (!has_known_kind(intf)) {
             return ADP_E_INTF_TYPE;
         }
-        if (intf.kind() == IntfKind::kUserPort) {
-            adp::set_bit_inside(entry.ports, static_cast<uint32_t>(adp::phy_of(intf).value()));
+        if (kind_of(intf) == IntfKind::kUserPort) {
+            set_bit_inside(entry.ports, static_cast<uint32_t>(number(phy_of(intf))));
         }
     }
     const int32_t result = User_mcast_port_add(0, 0, &entry);
     if (low16(vid) == 0) {
-        fprintf(stderr, "Mcast Add Port Error tVlanId = %d *vid_p = %u\n", 0, static_cast<unsigned>(*vid_p));
+        fprintf(stderr, "Mcast Add Port Error tVlanId = %d *vid_p = %u\n", 0, static_cast<unsigned>(*shown_vid));
     }
     return result;
 }
 
-adp_status_t adp_del_igmpsn_member(const uint8_t mac[6], uint32_t vid, uint32_t count, const adp_intf_t *list) {
-    const adp::IntfList intfs{list, count};
+adp_status_t adp_del_igmpsn_member(const uint8_t mac[6], uint32_t vid, uint32_t count, const adp_intf_t *members) {
+    const IntfList intfs{members, count};
     if (intfs.names_missing_group()) {
         return ADP_FAIL;
     }
     netlink_mcast_entry_t entry;
-    adp::look_up(mac, vid, &entry);
-    adp::set_front_ports(entry, intfs);
+    look_up(mac, vid, &entry);
+    set_front_ports(entry, intfs);
     return User_mcast_port_remove(0, 0, &entry);
 }

@@ -1,14 +1,13 @@
 // The five transmit modes. They differ on purpose in when the VLAN is asked for and in what ends the call.
 #include "pkt/destination.h"
 
-#include "core/group_tables.h"
-#include "core/port_map.h"
+#include "core/resolve.h"
 #include "pkt/vlan_members.h"
 
 namespace adp {
 namespace {
 
-// The flag bits belong to the switch chip; these go with the opcodes that are used.
+// The flag bits that the switch chip expects with the opcodes.
 constexpr uint32_t kForwardFlags = 0xC;
 constexpr uint32_t kOnePortFlags = 0xD;
 
@@ -43,41 +42,34 @@ struct VlanFilter {
     bool passes(Intf intf) const { return !given || members.has(intf); }
 };
 
-[[gnu::always_inline]] inline Intf intf_of_node(const adp_list_link_t *node) {
+inline Intf intf_of_node(const adp_list_link_t *node) {
     return Intf(reinterpret_cast<const adp_tx_dest_t *>(node)->intf);
 }
 
-// The user port that stands for a destination: itself, or the management interface; 0 when there is none.
-uint32_t number_standing_for(Intf intf) {
-    switch (intf.kind()) {
-        case IntfKind::kUserPort:
-            return intf.value();
-        case IntfKind::kAggregation:
-            return manage_intf_of(intf).value();
-        default:
-            return kNoIntf.value();
-    }
+/** The user port that a frame to an interface is sent to; kNoIntf if there is none. */
+Intf receiver_of(Intf intf) {
+    return has_known_kind(intf) ? representative_of(intf) : kNoIntf;
 }
 
 // The modes of one port: every node is checked, the last one that names a port is the destination.
-constexpr Intf kNonePassedOver = kNoIntf;
+constexpr Intf kSkipNone = kNoIntf;
 
-bool aim_at_last(const adp_list_link_t *list, const VlanFilter &vlan, Intf passed_over, TxTag *tag) {
+bool aim_at_last(const adp_list_link_t *list, const VlanFilter &vlan, Intf skipped, TxTag *tag) {
     for (const adp_list_link_t *node = list->next; node != list; node = node->next) {
         const Intf intf = intf_of_node(node);
-        if (intf == passed_over) {
+        if (intf == skipped) {
             continue;
         }
-        if (!intf.has_known_kind()) {
+        if (!has_known_kind(intf)) {
             return false;
         }
-        if (intf.index() == 0) {
+        if (index_of(intf) == 0) {
             continue;
         }
         if (!vlan.passes(intf)) {
             return false;
         }
-        const Intf port(number_standing_for(intf));
+        const Intf port = receiver_of(intf);
         if (port != kNoIntf) {
             tag->aim_at(phy_of(port));
         }
@@ -85,12 +77,12 @@ bool aim_at_last(const adp_list_link_t *list, const VlanFilter &vlan, Intf passe
     return true;
 }
 
-// Mode 0: what is no member or names no port is passed over.
+// Mode 0: interfaces that are no members of the VLAN, or have no port, are skipped.
 bool add_if_reachable(Intf intf, const VlanFilter &vlan, TxTag *tag) {
     if (!vlan.passes(intf)) {
         return false;
     }
-    const Intf port(number_standing_for(intf));
+    const Intf port = receiver_of(intf);
     return port != kNoIntf && tag->add(phy_of(port));
 }
 
@@ -105,15 +97,15 @@ bool add_listed(const adp_list_link_t *list, const VlanFilter &vlan, Intf source
     return added;
 }
 
-// Without a VLAN the aggregation interfaces take no part: their members are flooded as user ports.
+// Contract: without a VLAN aggregation interfaces are skipped; their members are flooded as user ports.
 bool add_flooded(const VlanFilter &vlan, Intf source, TxTag *tag) {
     bool added = false;
-    for (Intf port(1); port.index() <= ADP_USER_PORTS; port = Intf(port.value() + 1)) {
+    for (Intf port{1}; index_of(port) <= ADP_USER_PORTS; port = Intf(number(port) + 1)) {
         if (port != source && vlan.passes(port)) {
             added |= tag->add(phy_of(port));
         }
     }
-    for (Intf agg(ADP_AGG_INTF(1)); vlan.given && agg.index() <= ADP_AGG_GROUPS; agg = Intf(agg.value() + 1)) {
+    for (Intf agg{ADP_AGG_INTF(1)}; vlan.given && index_of(agg) <= ADP_AGG_GROUPS; agg = Intf(number(agg) + 1)) {
         if (agg != source) {
             added |= add_if_reachable(agg, vlan, tag);
         }
@@ -121,7 +113,7 @@ bool add_flooded(const VlanFilter &vlan, Intf source, TxTag *tag) {
     return added;
 }
 
-/** Two modes cannot do without a VLAN, the others take what is given. */
+/** Two modes require a VLAN, in the others it is optional. */
 constexpr bool asks_for_vlan(uint32_t mode, uint32_t vid) {
     return mode == ADP_TX_VLAN_PORT || mode == ADP_TX_VLAN_NOT_SOURCE || vid != ADP_NO_VLAN;
 }
@@ -147,9 +139,8 @@ bool build_tag(uint32_t mode, const adp_list_link_t *list, uint32_t vid, Intf so
     if (is_flooded) {
         return add_flooded(vlan, source, tag);
     }
-    return mode == ADP_TX_PORTS
-               ? add_listed(list, vlan, source, tag)
-               : aim_at_last(list, vlan, mode == ADP_TX_VLAN_NOT_SOURCE ? source : kNonePassedOver, tag);
+    return mode == ADP_TX_PORTS ? add_listed(list, vlan, source, tag)
+                                : aim_at_last(list, vlan, mode == ADP_TX_VLAN_NOT_SOURCE ? source : kSkipNone, tag);
 }
 
 }  // namespace adp

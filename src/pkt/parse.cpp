@@ -1,5 +1,5 @@
-// __adp_receive_frame(): ingress interface, VLAN check, and the headers of a received frame. Frames come from the
-// wire: every byte is read only after its place in the frame was checked.
+// __adp_receive_frame(): ingress interface, VLAN check, and the headers of a received frame. Frames are hostile: no
+// byte is read before its offset is checked.
 #include <adp/pkt.h>
 
 #include "core/group_tables.h"
@@ -25,15 +25,15 @@ constexpr uint32_t kIpv6HeaderLength = 40;
 constexpr uint8_t kHopByHop = 0;
 constexpr uint32_t kExtensionLengthOffset = kIpv6HeaderLength + 1;  // in units of eight bytes, less the first
 
-/** What the length field is reduced by: four more than the bytes that are removed. */
+/** Contract: the length is reduced by four more than the bytes removed. */
 constexpr uint32_t kReportedReduction = 10;
 
-/** A stripped frame: bytes between its start and its end. */
+/** A frame after the tag is stripped. */
 class Frame {
   public:
     Frame(uint8_t *start, uint32_t length) : start_(start), length_(length) {}
 
-    /** The byte address at an offset; storing it reads nothing. */
+    /** The address of an offset; it may lie beyond the end. */
     uint8_t *at(uint32_t offset) const { return start_ + offset; }
 
     bool read8(uint32_t offset, uint8_t *value) const {
@@ -74,7 +74,7 @@ bool passes_vlan_check(const adp_rx_frame_t &desc, uint32_t length) {
            check_port_vlan_ability(desc.intf, vid) == ADP_OK;
 }
 
-// Walks at most max_tags 802.1Q tags from the one at *offset; then *offset is behind the type that is not a tag's.
+// Skips at most max_tags 802.1Q tags from the one at *offset. *offset then is that of the type after them.
 bool walk_tags(const Frame &frame, uint32_t max_tags, uint32_t *offset, uint32_t *type, adp_rx_frame_t *desc) {
     *type = kTypeVlan;
     for (uint32_t tags = 0; *type == kTypeVlan; ++tags, *offset += kVlanTagLength) {
@@ -89,7 +89,7 @@ bool walk_tags(const Frame &frame, uint32_t max_tags, uint32_t *offset, uint32_t
     return true;
 }
 
-// Finds the type behind the VLAN tags; untagged frames are refused.
+// Finds the type after the VLAN tags. Contract: untagged frames are refused.
 bool find_type(const Frame &frame, uint32_t *offset, uint32_t *type, adp_rx_frame_t *desc) {
     constexpr uint32_t kMaxTags = 2;
     *offset = kMacAddressesLength;
@@ -130,9 +130,9 @@ bool parse_ipv6(const Frame &frame, uint32_t header, adp_rx_frame_t *desc) {
     if (!frame.read8(header + kIpv6NextHeaderOffset, &next_header)) {
         return false;
     }
-    const uint32_t behind = header + kIpv6HeaderLength;
+    const uint32_t payload = header + kIpv6HeaderLength;
     if (next_header != kHopByHop) {
-        desc->l4_header = frame.at(behind);
+        desc->l4_header = frame.at(payload);
         if (next_header == kProtocolUdp) {
             desc->udp_header = desc->l4_header;
         }
@@ -141,7 +141,7 @@ bool parse_ipv6(const Frame &frame, uint32_t header, adp_rx_frame_t *desc) {
     if (!frame.read8(header + kExtensionLengthOffset, &extension_units)) {
         return false;
     }
-    desc->l4_header = frame.at(behind + 8u * extension_units + 8u);
+    desc->l4_header = frame.at(payload + 8u * extension_units + 8u);
     return true;
 }
 
@@ -165,18 +165,19 @@ bool parse(const Frame &frame, adp_rx_frame_t *desc) {
 }  // namespace
 }  // namespace adp
 
-adp_status_t __adp_receive_frame(adp_rx_frame_t *desc, int32_t check) {
-    using namespace adp;
+using namespace adp;
+
+adp_status_t __adp_receive_frame(adp_rx_frame_t *desc, int32_t check_vlan) {
     const uint32_t length = low16(desc->length);
     if (length < kRxTaggedHeaderLength) {
         return ADP_FAIL;
     }
     const PhyPort port = ingress_port_of(desc->frame);
-    desc->phy = port.value();
+    desc->phy = number(port);
     const Intf user_port = intf_of(port);
     const Intf group = agg_of(user_port);
-    desc->intf = (group == kNoIntf ? user_port : group).value();
-    if (check == 1 && !passes_vlan_check(*desc, length)) {
+    desc->intf = number(group == kNoIntf ? user_port : group);
+    if (check_vlan == 1 && !passes_vlan_check(*desc, length)) {
         return ADP_FAIL;
     }
     strip_rx_tag(desc->frame, length);

@@ -1,4 +1,4 @@
-// adp_receive_frame() and the strip of the receive tag; the link-scan hook stands beside them.
+// adp_receive_frame(), the receive tag, and the link-scan hook.
 #include "pkt/receive.h"
 
 #include <adp/pkt.h>
@@ -11,7 +11,7 @@ adp_link_event_cb_t link_event_handle;
 namespace adp {
 
 PhyPort ingress_port_of(const uint8_t *frame) {
-    // The tag's type, two bytes, is not looked at.
+    // The type of the tag, two bytes, is ignored.
     return PhyPort(static_cast<int32_t>(kRxIngressPort.get(read_be32(frame + kMacAddressesLength + 2))));
 }
 
@@ -21,16 +21,18 @@ void strip_rx_tag(uint8_t *frame, uint32_t length) {
 
 }  // namespace adp
 
+using namespace adp;
+
 adp_status_t adp_receive_frame(uint8_t *frame, uint8_t **out_frame, uint32_t length, uint16_t *out_length,
                                uint8_t *out_flag, adp_intf_t *out_intf) {
-    const uint32_t used = adp::low16(length);
-    if (frame == nullptr || used < adp::kRxTaggedHeaderLength) {
+    const uint32_t used = low16(length);
+    if (frame == nullptr || used < kRxTaggedHeaderLength) {
         return ADP_FAIL;
     }
     *out_frame = frame;
-    *out_intf = adp::intf_of(adp::ingress_port_of(frame)).value();
-    adp::strip_rx_tag(frame, used);
-    *out_length = static_cast<uint16_t>(used - adp::kRxTagLength);
+    *out_intf = number(intf_of(ingress_port_of(frame)));
+    strip_rx_tag(frame, used);
+    *out_length = static_cast<uint16_t>(used - kRxTagLength);
     *out_flag = 0;
     return ADP_OK;
 }

@@ -8,7 +8,7 @@ namespace adp {
 /** The physical port that a received frame came in on; the frame has at least kRxTaggedHeaderLength bytes. */
 PhyPort ingress_port_of(const uint8_t *frame);
 
-/** Moves what stands behind the tag over it. */
+/** Removes the tag: the rest of the frame moves over it. */
 void strip_rx_tag(uint8_t *frame, uint32_t length);
 
 }  // namespace adp

@@ -8,15 +8,14 @@
 namespace adp {
 namespace {
 
-// A tag built with interface numbers has their bits where ports of the same numbers have theirs.
+// A tag built with interface numbers has the bits of the ports with these numbers.
 TxTag with_physical_ports(const TxTag &tag) {
     TxTag physical = tag;
     physical.clear_ports();
-    for (int32_t number = 0; number <= kLastTaggedPort; ++number) {
-        const PhyPort port = phy_of(Intf(static_cast<uint32_t>(number)));
-        // Of the second word's interfaces only ports of the second word stay: one that translates to the first is
-        // dropped.
-        if (tag.has(number) && (number < kFirstHighPort || port.value() >= kFirstHighPort)) {
+    for (int32_t n = 0; n <= kLastTaggedPort; ++n) {
+        const PhyPort port = phy_of(Intf(static_cast<uint32_t>(n)));
+        // Contract: an interface of the second word whose port belongs into the first word is dropped.
+        if (tag.has(n) && (n < kFirstHighPort || number(port) >= kFirstHighPort)) {
             physical.add(port);
         }
     }
@@ -26,8 +25,9 @@ TxTag with_physical_ports(const TxTag &tag) {
 }  // namespace
 }  // namespace adp
 
+using namespace adp;
+
 void adp_bcmtag_dest_port_intf_2_phy(uint8_t tag[8]) {
-    using namespace adp;
     TxTag translated(tag);
     switch (static_cast<TxOpcode>(translated.opcode())) {
         case TxOpcode::kPorts:

@@ -1,5 +1,4 @@
-// The switch tag of frames from and to the CPU: its fields as data, read and written byte by byte, so that they are
-// right on either byte order.
+// The switch tag of frames from and to the CPU: its fields as data, independent of the byte order.
 #pragma once
 
 #include "core/number.h"
@@ -7,18 +6,18 @@
 
 namespace adp {
 
-/** Both tags stand behind the two MAC addresses. */
+/** Both tags follow the two MAC addresses. */
 inline constexpr uint32_t kMacAddressesLength = 12;
 inline constexpr uint32_t kSourceMacOffset = 6;
 
 /** Tag of a sent frame: type, word 1, word 2. */
 inline constexpr uint16_t kTxTagType = 0x8874;
 inline constexpr uint32_t kTxTagLength = 10;
-/** Tag of a received frame: a type that is not looked at, and one word. */
+/** Tag of a received frame: a type, which is ignored, and one word. */
 inline constexpr uint32_t kRxTagLength = 6;
 inline constexpr uint32_t kRxTaggedHeaderLength = kMacAddressesLength + kRxTagLength;
 
-/** A field of one of a tag's 32-bit words: its lowest bit, and its width, less than the word. */
+/** A field of a 32-bit word: its lowest bit and its width, less than 32. */
 struct TagField {
     uint32_t shift;
     uint32_t width;
@@ -45,7 +44,7 @@ enum class TxOpcode : uint32_t {
     kAllPorts = 7,
 };
 
-/** Physical ports below this stand in the first word's bitmap, the others in the second's. */
+/** Physical ports below this have bits in the first word, others in the second. */
 inline constexpr int32_t kFirstHighPort = 25;
 inline constexpr int32_t kLastTaggedPort = 56;
 
@@ -65,10 +64,10 @@ class TxTag {
     constexpr uint32_t opcode() const { return kTxOpcode.get(first_); }
     constexpr uint32_t destination() const { return kTxDestination.get(first_); }
 
-    /** Replaces the destination by one port; only the field's low bits of the number have room. */
-    constexpr void aim_at(PhyPort port) { first_ = kTxDestination.put(first_, static_cast<uint32_t>(port.value())); }
+    /** Replaces the destination by one port, cut to the width of the field. */
+    constexpr void aim_at(PhyPort port) { first_ = kTxDestination.put(first_, static_cast<uint32_t>(number(port))); }
 
-    /** Takes all ports out of the bitmap. */
+    /** Clears the bitmap. */
     constexpr void clear_ports() {
         first_ = kTxDestination.put(first_, 0);
         second_ = 0;
@@ -81,14 +80,14 @@ class TxTag {
 
     /** Adds a port to the bitmap; false for a port that has no bit in it. */
     constexpr bool add(PhyPort port) {
-        const int32_t number = port.value();
-        if (number < 0 || number > kLastTaggedPort) {
+        const int32_t n = number(port);
+        if (n < 0 || n > kLastTaggedPort) {
             return false;
         }
-        if (number < kFirstHighPort) {
-            first_ |= 1u << number;
+        if (n < kFirstHighPort) {
+            first_ |= 1u << n;
         } else {
-            second_ |= 1u << (number - kFirstHighPort);
+            second_ |= 1u << (n - kFirstHighPort);
         }
         return true;
     }

@@ -4,17 +4,11 @@
 #include <stdlib.h>
 #include <unistd.h>
 
-#include "core/group_tables.h"
-#include "core/port_map.h"
+#include "core/resolve.h"
 #include "pkt/wire.h"
 
 namespace adp {
 namespace {
-
-// An aggregation interface is reached through its management interface; kNoIntf when it has none.
-Intf reachable_through(Intf intf) {
-    return intf.kind() == IntfKind::kAggregation ? manage_intf_of(intf) : intf;
-}
 
 bool send_on_own_socket(const uint8_t *tagged, uint32_t n) {
     const int socket = open_packet_socket();
@@ -27,8 +21,8 @@ bool send_on_own_socket(const uint8_t *tagged, uint32_t n) {
 }
 
 bool transmit(uint8_t *buffer, const uint8_t *frame, uint32_t length, Intf intf, uint32_t opcode) {
-    const Intf port = reachable_through(intf);
-    if (port == kNoIntf && intf.kind() == IntfKind::kAggregation) {
+    const Intf port = representative_of(intf);
+    if (port == kNoIntf && kind_of(intf) == IntfKind::kAggregation) {
         puts("manage interface error. ");
         return false;
     }
@@ -41,17 +35,19 @@ bool transmit(uint8_t *buffer, const uint8_t *frame, uint32_t length, Intf intf,
 }  // namespace
 }  // namespace adp
 
+using namespace adp;
+
 adp_status_t adp_transmit_frame(const uint8_t *frame, uint32_t length, uint32_t, adp_intf_t intf, uint32_t opcode) {
-    const uint32_t used = adp::low16(length);
-    // A frame without both MAC addresses has no place for the tag.
-    if (frame == nullptr || used < adp::kMacAddressesLength) {
+    const uint32_t used = low16(length);
+    // The tag follows the MAC addresses: a shorter frame has no place for it.
+    if (frame == nullptr || used < kMacAddressesLength) {
         return ADP_FAIL;
     }
-    auto *buffer = static_cast<uint8_t *>(calloc(used + adp::kTxTagLength, 1));
+    auto *buffer = static_cast<uint8_t *>(calloc(used + kTxTagLength, 1));
     if (buffer == nullptr) {
         return ADP_FAIL;
     }
-    const bool sent = adp::transmit(buffer, frame, used, adp::Intf(intf), opcode);
+    const bool sent = transmit(buffer, frame, used, Intf(intf), opcode);
     free(buffer);
     return sent ? ADP_OK : ADP_FAIL;
 }

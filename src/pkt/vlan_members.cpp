@@ -1,4 +1,4 @@
-// Membership of interfaces in VLANs, asked of the device's VLAN service.
+// Membership of interfaces in VLANs, read from the device's VLAN service.
 #include "pkt/vlan_members.h"
 
 #include <adp/pkt.h>
@@ -7,7 +7,7 @@
 namespace adp {
 namespace {
 
-// The bitmap stands in the record as two words in the machine's byte order, the more significant first.
+// The bitmap is two words of the record in host byte order, the more significant first.
 constexpr uint32_t kRecordWords = DEVICE_VLAN_RECORD_BYTES / sizeof(uint32_t);
 constexpr uint32_t kMembersWord = DEVICE_VLAN_MEMBERS_OFFSET / sizeof(uint32_t);
 
@@ -25,9 +25,11 @@ bool VlanMembers::fetch(uint32_t vid) {
 
 }  // namespace adp
 
+using namespace adp;
+
 adp_status_t check_port_vlan_ability(adp_intf_t intf, int32_t vid) {
-    adp::VlanMembers vlan;
-    const adp::Intf member(intf);
-    const bool is_member = vlan.fetch(static_cast<uint32_t>(vid)) && member.has_known_kind() && vlan.has(member);
+    VlanMembers vlan;
+    const Intf member{intf};
+    const bool is_member = vlan.fetch(static_cast<uint32_t>(vid)) && has_known_kind(member) && vlan.has(member);
     return is_member ? ADP_OK : ADP_FAIL;
 }

@@ -1,4 +1,4 @@
-// A VLAN's members as the device's VLAN service tells them.
+// The members of a VLAN, from the device's VLAN service.
 #pragma once
 
 #include "core/bitmap.h"
@@ -9,11 +9,11 @@ namespace adp {
 /** Member bitmap of a VLAN: bit i for user port i, bit 26 + g for aggregation interface g. */
 class VlanMembers {
   public:
-    /** Asks the VLAN service; false when it fails. The id is handed on uncut. */
+    /** Reads them; false if the service fails. The id is passed on uncut. */
     bool fetch(uint32_t vid);
 
     bool has(Intf intf) const {
-        const uint32_t bit = intf.combined_index();
+        const uint32_t bit = combined_index(intf);
         return bit < kWords * kWordBits && has_bit(words_, bit);
     }
 

@@ -11,15 +11,16 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include "core/messages.h"
+
 namespace adp {
 namespace {
 
-// Handed to the system as a 16-bit value in host order, which is network order on the target.
+// Contract: in host byte order, which is network byte order on the target.
 constexpr int kIpv4Protocol = 0x0800;
 constexpr int kSendAttempts = 4;
 constexpr char kCpuInterface[] = "eth0";
-// Source lines are part of the messages' fixed texts.
-constexpr int kPktInitLine = 443;
+constexpr Message kNoSocket{{"adp_pkt_init", 443}, "%s:%d init send packet socket error !~\n"};
 
 int packet_socket = -1;
 
@@ -61,16 +62,18 @@ bool send_tagged(int socket, const uint8_t *tagged, uint32_t n) {
 
 }  // namespace adp
 
+using namespace adp;
+
 int32_t get_nic_index(const char *name) {
     const int handle = socket(AF_INET, SOCK_DGRAM, 0);
     if (handle < 0) {
         printf(" get_nic_index[%s] failed\r\n", name);
-        adp::report_errno();
+        report_errno();
         return -1;
     }
     ifreq request = {};
     static_assert(IFNAMSIZ == 16);
-    // The name field takes 16 characters and needs no end mark when all are used.
+    // The name field takes 16 characters and needs no terminator when all are used.
     memcpy(request.ifr_name, name, strnlen(name, IFNAMSIZ));
     request.ifr_addr.sa_family = AF_INET;
     int32_t index = -1;
@@ -78,7 +81,7 @@ int32_t get_nic_index(const char *name) {
         const int error = errno;
         printf("%s\r\n", " ioctl failed: ");
         errno = error;
-        adp::report_errno();
+        report_errno();
         puts("\r");
     } else {
         index = request.ifr_ifindex;
@@ -88,9 +91,9 @@ int32_t get_nic_index(const char *name) {
 }
 
 int32_t adp_pkt_init(void) {
-    adp::packet_socket = adp::open_packet_socket();
-    if (adp::packet_socket < 0) {
-        return printf("%s:%d init send packet socket error !~\n", "adp_pkt_init", adp::kPktInitLine);
+    packet_socket = open_packet_socket();
+    if (packet_socket < 0) {
+        return print(kNoSocket);
     }
-    return adp::packet_socket;
+    return packet_socket;
 }

@@ -1,4 +1,4 @@
-// The way out: frames with a switch tag, sent on a raw packet socket to the CPU's network interface.
+// Sends frames with a switch tag on a raw packet socket to the CPU's network interface.
 #pragma once
 
 #include <stdint.h>
@@ -7,10 +7,10 @@
 
 namespace adp {
 
-/** Opens a raw packet socket; negative when the system refuses. */
+/** Opens a raw packet socket; negative on failure. */
 int open_packet_socket();
 
-/** The socket of adp_pkt_init(), all ones until then. */
+/** The socket of adp_pkt_init(), -1 before. */
 int send_socket();
 
 /** Lays out a frame of length bytes with its tag inserted; out has room for length + kTxTagLength. */

@@ -9,7 +9,7 @@
 namespace adp {
 namespace {
 
-// The advertisement word's bits that are changed here; all others stay as read.
+// Bits of the advertisement; other bits are written back as read.
 constexpr uint32_t k10Half = 1u << 31;
 constexpr uint32_t k10Full = 1u << 30;
 constexpr uint32_t k100Half = 1u << 29;
@@ -25,9 +25,9 @@ static_assert(kAll == 0xF4000000 && kHalf == 0xA0000000 && kFull == 0x54000000 &
 
 constexpr uint32_t kHalfDuplex = 0;
 constexpr uint32_t kFullDuplex = 1;
-constexpr uint32_t kModeWithAutoneg = 2;  // the caller's mode that asks for auto-negotiation after a duplex change
+constexpr uint32_t kModeWithAutoneg = 2;  // auto-negotiation follows the change
 constexpr uint32_t kTenGigabitSpeedMode = 2;
-constexpr uint32_t kOwnDuplexMode = 0;  // what a change of the advertised duplex sets with it
+constexpr uint32_t kOwnDuplexMode = 0;  // of the duplex set together with the advertised one
 
 constexpr uint32_t abilities_of_speed(uint32_t speed) {
     switch (speed) {
@@ -54,23 +54,23 @@ constexpr uint32_t abilities_of_duplex(uint32_t duplex) {
 }
 
 int32_t read_abilities(PhyPort port, uint32_t *abilities) {
-    return user_port_ability_advert_get(0, 0, port.value(), abilities);
+    return user_port_ability_advert_get(0, 0, number(port), abilities);
 }
 
 int32_t write_abilities(PhyPort port, uint32_t abilities) {
-    return user_port_ability_advert_set(0, 0, port.value(), abilities);
+    return user_port_ability_advert_set(0, 0, number(port), abilities);
 }
 
 int32_t enable_autoneg(PhyPort port) {
-    return user_port_autoneg_set(0, 0, port.value(), 1);
+    return user_port_autoneg_set(0, 0, number(port), 1);
 }
 
-/** What becomes of the advertised abilities: some are taken out, then some put in. */
+/** A change of the advertised abilities: some are cleared, then some set. */
 struct Change {
-    uint32_t taken;
-    uint32_t put;
+    uint32_t cleared;
+    uint32_t set;
 
-    constexpr uint32_t applied_to(uint32_t abilities) const { return (abilities & ~taken) | put; }
+    constexpr uint32_t applied_to(uint32_t abilities) const { return (abilities & ~cleared) | set; }
 };
 
 int32_t rewrite_abilities(PhyPort port, Change change) {
@@ -79,23 +79,23 @@ int32_t rewrite_abilities(PhyPort port, Change change) {
     return result != 0 ? result : write_abilities(port, change.applied_to(abilities));
 }
 
-// The same with a call in the middle, on the port that is read.
+// The same with a driver call between read and write, on the port that is read.
 int32_t rewrite_abilities_around(PortCall<uint32_t, uint32_t> call, uint32_t value, uint32_t mode, PhyPort read,
                                  PhyPort written, Change change) {
     uint32_t abilities = 0;
     int32_t result = read_abilities(read, &abilities);
     if (result == 0) {
-        result = call(0, 0, read.value(), value, mode);
+        result = call(0, 0, number(read), value, mode);
     }
     return result != 0 ? result : write_abilities(written, change.applied_to(abilities));
 }
 
-// The last call of a step: made if the ones before succeeded and it is wanted.
+// The last call of a step, made if those before it succeeded.
 int32_t then_enable_autoneg(int32_t result, PhyPort port, bool wanted = true) {
     return result == 0 && wanted ? enable_autoneg(port) : result;
 }
 
-// The advertisement is rewritten to these abilities of 10, 100 and 1000 Mb/s, then auto-negotiation runs.
+// Advertises these abilities of 10, 100 and 1000 Mb/s and no others, then enables auto-negotiation.
 int32_t advertise_only(PhyPort port, uint32_t chosen) {
     return then_enable_autoneg(rewrite_abilities(port, {kAll, chosen}), port);
 }
@@ -105,10 +105,10 @@ constexpr Change gigabit_abilities(bool full) {
     return {k1000Half | k1000Full, full ? k1000Full : 0};
 }
 
-// The ports of 10 Gb/s read on the number that is handed in and write on its translation: an interface number for a
-// user port, a physical port, translated a second time, for a member of a group.
+// Contract: ports of 10 Gb/s are read on the number that is handed in and written on its translation. That number is
+// an interface for a user port, and a physical port, so translated twice, for a member of a group.
 PhyPort translated_once_more(PhyPort handed) {
-    return phy_of(Intf(static_cast<uint32_t>(handed.value())));
+    return phy_of(Intf(static_cast<uint32_t>(number(handed))));
 }
 
 }  // namespace
@@ -122,7 +122,7 @@ int32_t step_gigabit_speed(PhyPort port, uint32_t value, uint32_t mode) {
 int32_t step_ten_gigabit_speed(PhyPort port, uint32_t value, uint32_t) {
     int32_t result = rewrite_abilities(port, gigabit_abilities(value != kTenGigabit));
     if (result == 0) {
-        result = user_port_speed_set(0, 0, port.value(), value, kTenGigabitSpeedMode);
+        result = user_port_speed_set(0, 0, number(port), value, kTenGigabitSpeedMode);
     }
     return then_enable_autoneg(result, port, value == kGigabit);
 }
@@ -134,20 +134,20 @@ int32_t step_duplex(PhyPort port, uint32_t value, uint32_t mode) {
     }
     int32_t result = rewrite_abilities(port, {kAll, abilities_of_duplex(value)});
     if (result == 0) {
-        result = user_port_duplex_set(0, 0, port.value(), value, mode);
+        result = user_port_duplex_set(0, 0, number(port), value, mode);
     }
     return then_enable_autoneg(result, port, with_autoneg);
 }
 
 int32_t step_autoneg(PhyPort port, uint32_t value, uint32_t) {
     const int32_t result = value != 0 ? rewrite_abilities(port, {0, kAll}) : 0;
-    return result != 0 ? result : user_port_autoneg_set(0, 0, port.value(), value);
+    return result != 0 ? result : user_port_autoneg_set(0, 0, number(port), value);
 }
 
 int32_t step_pause(PhyPort port, uint32_t value, uint32_t) {
     uint32_t autoneg = 0;
     uint32_t abilities = 0;
-    int32_t result = user_port_autoneg_get(0, 0, port.value(), &autoneg);
+    int32_t result = user_port_autoneg_get(0, 0, number(port), &autoneg);
     if (result == 0) {
         result = read_abilities(port, &abilities);
     }
@@ -155,7 +155,7 @@ int32_t step_pause(PhyPort port, uint32_t value, uint32_t) {
         return result;
     }
     if (autoneg == 0) {
-        return user_port_pause_set(0, 0, port.value(), value, value);
+        return user_port_pause_set(0, 0, number(port), value, value);
     }
     return write_abilities(port, value != 0 ? abilities | kPause : abilities & ~kPause);
 }

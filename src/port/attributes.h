@@ -1,5 +1,4 @@
-// What a port can do, and the steps that set an attribute of one port. Each step is the driver calls of one selector,
-// in order, and stops at the first that fails.
+// The steps that set an attribute of one port: the driver calls of a selector, in order, until one fails.
 #pragma once
 
 #include <adp/types.h>
@@ -11,11 +10,11 @@ namespace adp {
 /** An attribute as adp_get_phy_port_attr() reads it, 0 when that wrote nothing. */
 uint32_t attribute_or_zero(Intf intf, uint32_t selector);
 
-/** Maximum speeds that choose how speed and advertisement are set, in Mb/s. */
+/** Maximum speeds in Mb/s; how speed and advertisement are set depends on them. */
 inline constexpr uint32_t kGigabit = 1000;
 inline constexpr uint32_t kTenGigabit = 10000;
 
-/** A step takes what a set call asks for, value and mode, and gives 0 or the failing driver call's result. */
+/** A step takes value and mode of the set call; its result is 0 or that of the driver call that failed. */
 using AttrStep = int32_t (*)(PhyPort, uint32_t, uint32_t);
 
 int32_t step_gigabit_speed(PhyPort port, uint32_t value, uint32_t mode);

@@ -14,38 +14,32 @@ namespace {
 using DriverGet = PortCall<uint32_t *>;
 
 adp_status_t read_port(DriverGet get, PhyPort port, uint32_t *value) {
-    return driver_status(get(0, 0, port.value(), value));
+    return driver_status(get(0, 0, number(port), value));
 }
 
-/** One port answers: the user port, for a group its answering member. */
 adp_status_t get_one(Intf intf, DriverGet get, uint32_t *value) {
-    return by_kind(
-        intf, [=](PhyPort port) { return read_port(get, port, value); },
-        [=](Intf agg) -> adp_status_t {
-            const Intf member = answering_member_of(agg);
-            return member == kNoIntf ? ADP_E_NO_MEMBER : read_port(get, phy_of(member), value);
-        });
+    return on_port_or_answering_member(intf, get, value);
 }
 
-constexpr int32_t kFound = 1;  // ends a walk, as no driver status does
+constexpr int32_t kFound = 1;  // ends the walk; no driver status has this value
 
-/** A group is linked as its first linked active member is; one that does not exist reads as down, too. */
+/** The link of a group is that of its first linked active member. A group outside 1..8 reads as down. */
 adp_status_t get_link(Intf intf, DriverGet get, uint32_t *value) {
-    if (intf.kind() == IntfKind::kUserPort) {
+    if (kind_of(intf) == IntfKind::kUserPort) {
         return read_port(get, phy_of(intf), value);
     }
     *value = 0;
-    if (!TrunkId(intf).is_valid()) {
+    if (!exists(trunk_of(intf))) {
         return ADP_FAIL;
     }
-    const int32_t end = until_first_failure_own_result(intf, Members::kActive, [=](PhyPort port) {
+    const int32_t end = first_failure(intf, Members::kActive, [=](PhyPort port) {
         const adp_status_t status = read_port(get, port, value);
         return status == ADP_OK && *value != 0 ? kFound : status;
     });
     return end == kFound ? ADP_OK : end;
 }
 
-/** A held interface is the administrator's enabled one, whatever the port is. */
+/** A held interface reads as enabled: the protocol holds it, not the administrator. */
 adp_status_t get_admin_state(Intf intf, DriverGet get, uint32_t *value) {
     if (hold_state_of(intf) == HoldState::kHeld) {
         *value = 1;
@@ -63,9 +57,9 @@ adp_status_t get_max_speed(Intf intf, DriverGet, uint32_t *value) {
     return status;
 }
 
-/** A group's flow-control status is its configured setting. */
+/** Contract: the status of a group is its configured setting. */
 adp_status_t get_pause_status(Intf intf, DriverGet get, uint32_t *value) {
-    return get_one(intf, intf.kind() == IntfKind::kUserPort ? get : user_port_pause_get, value);
+    return get_one(intf, kind_of(intf) == IntfKind::kUserPort ? get : user_port_pause_get, value);
 }
 
 adp_status_t get_nothing(Intf, DriverGet, uint32_t *) {
@@ -102,28 +96,29 @@ static_assert(kGetSelectors == ADP_ATTR_FIBRE_LINK + 1);
 
 uint32_t attribute_or_zero(Intf intf, uint32_t selector) {
     uint32_t value = 0;
-    adp_get_phy_port_attr(intf.value(), selector, &value);
+    adp_get_phy_port_attr(number(intf), selector, &value);
     return value;
 }
 
 adp_status_t read_max_speed(Intf intf, uint32_t *speed) {
     *speed = 0;
-    return on_port_or_members(intf, Members::kConfigured, [=](PhyPort port) {
+    return on_port_or_members(intf, Members::kConfigured | Failure::kDriverError, [=](PhyPort port) {
         uint32_t maximum = 0;
-        const int32_t result = user_port_speed_max(0, 0, port.value(), &maximum);
+        const int32_t result = user_port_speed_max(0, 0, number(port), &maximum);
         *speed = maximum > *speed ? maximum : *speed;
-        return driver_status(result);
+        return result;
     });
 }
 
 }  // namespace adp
 
+using namespace adp;
+
 adp_status_t adp_get_phy_port_attr(adp_intf_t intf, uint32_t selector, uint32_t *value) {
-    using namespace adp;
     if (selector >= kGetSelectors) {
         return ADP_E_SELECTOR;
     }
-    if (!Intf(intf).has_known_kind()) {
+    if (!has_known_kind(Intf(intf))) {
         return ADP_E_INTF_TYPE;
     }
     const Getter &getter = kGetters[selector];

@@ -1,27 +1,27 @@
-// Link changes on their way out: to the device's sink and, without waiting, to the ring-protection process.
+// Link changes, sent to the device's handler and, without waiting, to the ring-protection process.
 #include <adp/port.h>
 #include <device_services.h>
 #include <pthread.h>
-#include <stdio.h>
 
+#include "core/messages.h"
 #include "core/port_map.h"
 #include "port/attributes.h"
+
+using namespace adp;
 
 adp_link_data_t g_intf_link_data[ADP_USER_PORTS + 1];
 
 namespace {
 
-using adp::Intf;
-
-// The two 10-gigabit ports: their changes are not told while an administrator has them disabled.
+// Changes of the two 10-gigabit ports are not reported while they are disabled.
 constexpr Intf kFirstUplink{25};
 constexpr Intf kSecondUplink{26};
 
-// Source lines are part of the messages' fixed texts.
-constexpr int kSendFailedLine = 113;
+constexpr Message kSendFailed{{"adp_link_event_fast_send_unicast_msg", 113},
+                              "[%s:%d]Send link event message to ERPS FAILED!\n"};
 
 Intf intf_of_port(uint32_t port) {
-    return adp::intf_of(adp::PhyPort(static_cast<int32_t>(port)));
+    return intf_of(PhyPort(static_cast<int32_t>(port)));
 }
 
 bool post(const adp_link_data_t *data, int32_t *result) {
@@ -36,27 +36,26 @@ bool post(const adp_link_data_t *data, int32_t *result) {
 int32_t adp_link_event_handle_cb(uint32_t, uint32_t port, int32_t status) {
     const Intf intf = intf_of_port(port);
     // A state that cannot be read counts as disabled.
-    const bool is_enabled = adp::attribute_or_zero(intf, ADP_ATTR_ADMIN_STATE) != 0;
+    const bool is_enabled = attribute_or_zero(intf, ADP_ATTR_ADMIN_STATE) != 0;
     if (!is_enabled && (intf == kFirstUplink || intf == kSecondUplink)) {
         return 0;
     }
-    return link_event_handle_cb(intf.value(), status);
+    return link_event_handle_cb(number(intf), status);
 }
 
 int32_t adp_link_event_fast_send_unicast_msg(uint32_t unit, uint32_t port, int32_t status) {
     const Intf intf = intf_of_port(port);
-    if (intf.value() > ADP_USER_PORTS) {
+    if (number(intf) > ADP_USER_PORTS) {
         return ADP_FAIL;
     }
-    adp_link_data_t &data = g_intf_link_data[intf.value()];
-    data = {static_cast<uint16_t>(unit), static_cast<uint16_t>(port), static_cast<uint16_t>(intf.value()),
+    adp_link_data_t &data = g_intf_link_data[number(intf)];
+    data = {static_cast<uint16_t>(unit), static_cast<uint16_t>(port), static_cast<uint16_t>(number(intf)),
             static_cast<uint16_t>(status)};
     int32_t result = 0;
     if (post(&data, &result)) {
         return result;
     }
-    return fprintf(stderr, "[%s:%d]Send link event message to ERPS FAILED!\n", "adp_link_event_fast_send_unicast_msg",
-                   kSendFailedLine);
+    return complain(kSendFailed);
 }
 
 int32_t adp_link_event_fast_send_unicast_msg_ex(int32_t intf, int32_t status) {

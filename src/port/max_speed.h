@@ -1,4 +1,4 @@
-// The maximum speed of an interface, which also chooses how its speed is set.
+// The maximum speed of an interface; how speed is set depends on it.
 #pragma once
 
 #include "core/number.h"

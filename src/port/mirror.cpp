@@ -24,30 +24,32 @@ constexpr uint32_t driver_session(uint32_t session) {
 
 [[gnu::noinline]] adp_status_t set_port_mirror(adp_intf_t source, adp_intf_t destination, uint32_t session,
                                                uint32_t mode) {
-    return user_mirror_port_set(0, 0, phy_of(Intf(source)).value(), driver_session(session),
-                                phy_of(Intf(destination)).value(), mode);
+    return user_mirror_port_set(0, 0, number(phy_of(Intf(source))), driver_session(session),
+                                number(phy_of(Intf(destination))), mode);
 }
 
 }  // namespace
 }  // namespace adp
 
+using namespace adp;
+
 adp_status_t adp_add_port_mirror(adp_intf_t source, adp_intf_t destination, uint32_t directions, uint32_t session) {
-    const uint32_t mode = adp::mode_of(directions);
-    return mode == adp::kModeOff ? ADP_OK : adp::set_port_mirror(source, destination, session, mode);
+    const uint32_t mode = mode_of(directions);
+    return mode == kModeOff ? ADP_OK : set_port_mirror(source, destination, session, mode);
 }
 
 adp_status_t adp_del_port_mirror(adp_intf_t source, adp_intf_t destination, uint32_t, uint32_t session) {
-    return adp::set_port_mirror(source, destination, session, adp::kModeOff);
+    return set_port_mirror(source, destination, session, kModeOff);
 }
 
 adp_status_t adp_set_flow_mirror(adp_intf_t intf, uint32_t session) {
-    return user_set_flow_mirror(0, 0, adp::driver_session(session), adp::phy_of(adp::Intf(intf)).value());
+    return user_set_flow_mirror(0, 0, driver_session(session), number(phy_of(Intf(intf))));
 }
 
-adp_status_t adp_set_mirror_disable(uint32_t session, uint32_t, uint32_t, adp_word_t value) {
-    return user_set_mirror_disable(0, 0, adp::driver_session(session), value);
+adp_status_t adp_set_mirror_disable(uint32_t session, uint32_t, uint32_t, adp_word_t disable) {
+    return user_set_mirror_disable(0, 0, driver_session(session), disable);
 }
 
-adp_status_t adp_check_set_mirror_disable(uint32_t session, uint32_t, uint32_t, adp_word_t value) {
-    return user_check_set_mirror_disable(0, 0, adp::driver_session(session), value);
+adp_status_t adp_check_set_mirror_disable(uint32_t session, uint32_t, uint32_t, adp_word_t disable) {
+    return user_check_set_mirror_disable(0, 0, driver_session(session), disable);
 }

@@ -15,12 +15,12 @@ HoldState port_hold_state[kHoldStates];
 
 namespace {
 
-// After each member's enable or disable the chip is given time to settle.
+// The chip needs time to settle after each member.
 constexpr useconds_t kSettleMicroseconds = 500000;
 
 template <PortCall<uint32_t> Call>
 int32_t step_value(PhyPort port, uint32_t value, uint32_t) {
-    return Call(0, 0, port.value(), value);
+    return Call(0, 0, number(port), value);
 }
 
 int32_t step_enable(PhyPort port, uint32_t value, uint32_t mode) {
@@ -41,23 +41,21 @@ struct Steps {
     AttrStep ten_gigabit;
 };
 
-adp_status_t set_members(Intf intf, Members which, AttrStep step, uint32_t value, uint32_t mode) {
-    return on_port_or_members(intf, which, [=](PhyPort port) { return driver_status(step(port, value, mode)); });
+adp_status_t set_members(Intf intf, Fan fan, AttrStep step, uint32_t value, uint32_t mode) {
+    return on_port_or_members(intf, fan, [=](PhyPort port) { return step(port, value, mode); });
 }
 
 /** Most selectors: the port, or each configured member. */
 adp_status_t set_each(Intf intf, const Steps &steps, uint32_t value, uint32_t mode) {
-    return set_members(intf, Members::kConfigured, steps.step, value, mode);
+    return set_members(intf, Members::kConfigured | Failure::kDriverError, steps.step, value, mode);
 }
 
 /** Loopback and MDI/MDIX: as set_each(), but the driver's own result is the answer. */
 adp_status_t set_each_own_result(Intf intf, const Steps &steps, uint32_t value, uint32_t mode) {
-    const auto step = [=](PhyPort port) { return steps.step(port, value, mode); };
-    return by_kind(intf, step,
-                   [&](Intf agg) { return until_first_failure_own_result(agg, Members::kConfigured, step); });
+    return set_members(intf, Members::kConfigured | Failure::kOwnResult, steps.step, value, mode);
 }
 
-/** The method follows the maximum speed; on 10 Gb/s the active members are set, and a user port as what is handed. */
+/** How the attribute is set depends on the maximum speed. On 10 Gb/s it is set on @p handed, and on active members. */
 adp_status_t set_by_max_speed(Intf intf, PhyPort handed, const Steps &steps, uint32_t value, uint32_t mode) {
     uint32_t maximum = 0;
     const adp_status_t status = read_max_speed(intf, &maximum);
@@ -70,26 +68,28 @@ adp_status_t set_by_max_speed(Intf intf, PhyPort handed, const Steps &steps, uin
     if (maximum != kTenGigabit) {
         return ADP_OK;
     }
-    return intf.kind() == IntfKind::kUserPort ? driver_status(steps.ten_gigabit(handed, value, mode))
-                                              : set_members(intf, Members::kActive, steps.ten_gigabit, value, mode);
+    return kind_of(intf) == IntfKind::kUserPort
+               ? driver_status(steps.ten_gigabit(handed, value, mode))
+               : set_members(intf, Members::kActive | Failure::kDriverError, steps.ten_gigabit, value, mode);
 }
 
 adp_status_t set_speed(Intf intf, const Steps &steps, uint32_t value, uint32_t mode) {
     return set_by_max_speed(intf, phy_of(intf), steps, value, mode);
 }
 
-/** Advertised duplex and speed: as speed, but on 10 Gb/s a user port hands its interface number on as it is. */
+/** Advertised duplex and speed. Contract: on 10 Gb/s a user port's interface number is handed in untranslated. */
 adp_status_t set_advertised(Intf intf, const Steps &steps, uint32_t value, uint32_t mode) {
-    return set_by_max_speed(intf, PhyPort(static_cast<int32_t>(intf.value())), steps, value, mode);
+    return set_by_max_speed(intf, PhyPort(static_cast<int32_t>(number(intf))), steps, value, mode);
 }
 
-/** The administrator's and the protocol's switch. */
+/** What the administrator and the protocol have in common. */
 adp_status_t enable(Intf intf, uint32_t value, uint32_t mode) {
-    const bool is_group = intf.kind() == IntfKind::kAggregation;
-    return set_members(intf, Members::kConfigured, is_group ? step_settled_enable : step_enable, value, mode);
+    const bool is_group = kind_of(intf) == IntfKind::kAggregation;
+    return set_members(intf, Members::kConfigured | Failure::kDriverError, is_group ? step_settled_enable : step_enable,
+                       value, mode);
 }
 
-/** The administrator's switch: a hold of the protocol stands against enabling, but not against disabling. */
+/** The administrator's state. A protocol hold prevents enabling, not disabling. */
 adp_status_t set_admin_state(Intf intf, const Steps &, uint32_t value, uint32_t mode) {
     const bool is_on = value != 0;
     if (is_on && hold_state_of(intf) == HoldState::kHeld) {
@@ -99,7 +99,7 @@ adp_status_t set_admin_state(Intf intf, const Steps &, uint32_t value, uint32_t 
     return enable(intf, value, mode);
 }
 
-/** The protocol's hold: only what it holds can be released, and a user port's driver result is not looked at. */
+/** The protocol hold. Only a held interface is released. Contract: the driver's result on a user port is ignored. */
 adp_status_t set_hold(Intf intf, const Steps &, uint32_t value, uint32_t mode) {
     const bool release = value != 0;
     if (release && hold_state_of(intf) != HoldState::kHeld) {
@@ -107,7 +107,7 @@ adp_status_t set_hold(Intf intf, const Steps &, uint32_t value, uint32_t mode) {
     }
     set_hold_state(intf, release ? HoldState::kFree : HoldState::kHeld);
     const adp_status_t status = enable(intf, value, mode);
-    return intf.kind() == IntfKind::kUserPort ? ADP_OK : status;
+    return kind_of(intf) == IntfKind::kUserPort ? ADP_OK : status;
 }
 
 adp_status_t set_nothing(Intf, const Steps &, uint32_t, uint32_t) {
@@ -141,12 +141,13 @@ static_assert(kSetSelectors == ADP_ATTR_MAX_SPEED + 1);
 }  // namespace
 }  // namespace adp
 
+using namespace adp;
+
 adp_status_t adp_set_phy_port_attr(adp_intf_t intf, uint32_t selector, uint32_t value, uint32_t mode) {
-    using namespace adp;
     if (selector >= kSetSelectors) {
         return ADP_E_SELECTOR;
     }
-    if (!Intf(intf).has_known_kind()) {
+    if (!has_known_kind(Intf(intf))) {
         return ADP_E_INTF_TYPE;
     }
     const Setter &setter = kSetters[selector];

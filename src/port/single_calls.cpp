@@ -5,44 +5,43 @@
 #include "core/members.h"
 #include "core/resolve.h"
 
-using adp::Intf;
-using adp::Members;
-using adp::PhyPort;
+using namespace adp;
 
 namespace {
 
-// Abilities of 10 and 100 Mb/s, which only the copper side has.
+// Abilities of 10 and 100 Mb/s; only copper has them.
 constexpr uint32_t kCopperAbilities = 0xF0000000;
 
 }  // namespace
 
-adp_status_t adp_intf_learn_set(adp_intf_t intf, int32_t enable) {
-    return adp::on_port_or_members(Intf(intf), Members::kConfigured,
-                                   [=](PhyPort port) { return user_port_learn_set(0, 0, port.value(), enable); });
+adp_status_t adp_intf_learn_set(adp_intf_t intf, int32_t mode) {
+    return on_port_or_members(Intf(intf), Members::kConfigured | Failure::kOwnOnPort,
+                              [=](PhyPort port) { return user_port_learn_set(0, 0, number(port), mode); });
 }
 
 adp_status_t adp_intf_learn_get(adp_intf_t intf, uint32_t *mode) {
-    return adp::call_port_or_manager(Intf(intf), user_port_learn_get, mode);
+    return on_port_or_manager(Intf(intf), Failure::kOwnResult, user_port_learn_get, mode);
 }
 
 adp_status_t adp_intf_cablediag(adp_intf_t intf, void *result) {
-    return adp::call_port_or_manager(Intf(intf), User_port_cablediag, static_cast<netlink_cable_diag_t *>(result));
+    return on_port_or_manager(Intf(intf), Failure::kOwnResult, User_port_cablediag,
+                              static_cast<netlink_cable_diag_t *>(result));
 }
 
 adp_status_t adp_intf_eee_set(adp_intf_t intf, uint32_t enable) {
-    return adp::call_port_or_manager(Intf(intf), user_eee_portEnable_set, enable);
+    return on_port_or_manager(Intf(intf), Failure::kOwnResult, user_eee_portEnable_set, enable);
 }
 
 adp_status_t adp_intf_eee_get(adp_intf_t intf, uint32_t *enable) {
-    return adp::call_port_or_manager(Intf(intf), user_eee_portEnable_get, enable);
+    return on_port_or_manager(Intf(intf), Failure::kOwnResult, user_eee_portEnable_get, enable);
 }
 
-adp_status_t adp_intf_stat_get(adp_intf_t intf, uint32_t selector, void *out) {
-    return user_stat_port_get(0, 0, adp::phy_of(Intf(intf)).value(), selector, static_cast<uint64_t *>(out));
+adp_status_t adp_intf_stat_get(adp_intf_t intf, uint32_t selector, void *value) {
+    return user_stat_port_get(0, 0, number(phy_of(Intf(intf))), selector, static_cast<uint64_t *>(value));
 }
 
 adp_status_t adp_intf_combo_port_copper_or_fiber_check(adp_intf_t intf) {
-    const int32_t port = adp::phy_of(Intf(intf)).value();
+    const int32_t port = number(phy_of(Intf(intf)));
     uint32_t autoneg = 0;
     uint32_t abilities = 0;
     user_port_autoneg_get(0, 0, port, &autoneg);

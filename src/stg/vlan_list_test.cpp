@@ -29,7 +29,7 @@ class StgVlans : public stg_test::StgTest {
             return fill_chunk<int32_t>(arguments, "groups", groups_, [](uint32_t n) { return n + 1; });
         });
         driver().on("user_stg_vlan_each_time_list").does([this](recording::Arguments &arguments) {
-            return fill_chunk<uint16_t>(arguments, "vlans", vlans_, vlan_at);
+            return fill_chunk<uint16_t>(arguments, "vids", vlans_, vlan_at);
         });
     }
 

@@ -25,8 +25,8 @@ REFUSED = {
     "adp_intf_2_phy_id [": "a closing ']' is missing (column 20)",
     "adp_get_agg_group agg1 -1": "a count of 4294967295 is more than the 65536 elements that the shell provides",
     "adp_get_agg_group agg1 65537": "a count of 65537 is more than the 65536",
-    "adp_get_agg_group agg1 2 list=[1,2,3]": "'list': there is room for 2 elements, 3 are given",
-    "adp_get_agg_group agg1 2 list=null": "an output needs an address",
+    "adp_get_agg_group agg1 2 members=[1,2,3]": "'members': there is room for 2 elements, 3 are given",
+    "adp_get_agg_group agg1 2 members=null": "an output needs an address",
     "adp_api_xlate_port_pbmp_a2p {64}": "a set of 64 has no bit 64",
     "adp_api_xlate_port_pbmp_a2p [1,2,3]": "there is room for 2 elements, 3 are given",
     "adp_api_xlate_port_pbmp_a2p {a=1}": "a set {1, 5} of numbers is wanted",
@@ -105,7 +105,7 @@ def test_a_frame_that_arrives_is_kept(start):
 
 def test_help_is_the_header_text(shell):
     answer = shell("help adp_get_agg_group")
-    assert answer["usage"] == "adp_get_agg_group agg_intf max -> count list"
+    assert answer["usage"] == "adp_get_agg_group agg_intf max -> count members"
     assert "Lists a group's active members" in answer["doc"]
     assert "adp_get_agg_group" in shell("calls *agg_g*")["calls"]
     assert "agg_info" in shell("show")["tables"]
@@ -113,7 +113,7 @@ def test_help_is_the_header_text(shell):
 
 def test_random_lines_neither_end_nor_confuse_the_shell(mapped):
     # None of these calls takes a word, which may be an address that the shell cannot judge.
-    lines = ["adp_get_agg_group agg1 4 list=[1,2]", "adp_dump_packet \"t\" 01:80:c2 3", "adp_vlan_port_set 1 {1} {2}",
+    lines = ["adp_get_agg_group agg1 4 members=[1,2]", "adp_dump_packet \"t\" 01:80:c2 3", "adp_vlan_port_set 1 {1} {2}",
              "__adp_receive_frame {frame=0180c2000000aabbccddeeff88740000000481000064080045 vlan_tag=18} 1",
              "__adp_transmit_frame {frame=0180c2000000aabbccddeeff0800 source=3} [1,agg2] 5 2",
              "adp_receive_frame 0180c2000000aabbccddeeff887400000004 18", "show agg_info", "set A = 0102"]

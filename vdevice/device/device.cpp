@@ -1,3 +1,4 @@
+// The device's loop: wires, links, the clock and departures.
 #include "vdevice/device/device.h"
 
 #include <sys/epoll.h>

@@ -1,8 +1,5 @@
-/**
- * @file test_support.h
- * What the tests of groups share: links of ports, an event receiver that writes to the driver's trace, and the calls
- * that are expected there. Ports are physical ones; on the default board interface i is port i + 3.
- */
+// What the tests of groups share: links of ports, an event receiver that writes to the driver's trace, and the calls
+// that are expected there. Ports are physical ones; on the default board interface i is port i + 3.
 #pragma once
 
 #include <algorithm>

@@ -1,8 +1,5 @@
-/**
- * @file test_model.h
- * A model of the field processor's calls for the tests: it runs the steps one by one against the same scripted results
- * and says what must be called, logged, printed, returned and recorded. Nothing of the library is used.
- */
+// A model of the field processor's calls for the tests: it runs the steps one by one against the same scripted results
+// and says what must be called, logged, printed, returned and recorded. Nothing of the library is used.
 #pragma once
 
 #include <adp/fp.h>

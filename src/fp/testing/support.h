@@ -1,8 +1,5 @@
-/**
- * @file test_support.h
- * What the tests of the field processor share: rule records, and calls made to the library and to the model alike,
- * whose results, traces, printed texts and lists of rules are then compared.
- */
+// What the tests of the field processor share: rule records, and calls made to the library and to the model alike,
+// whose results, traces, printed texts and lists of rules are then compared.
 #pragma once
 
 #include <functional>

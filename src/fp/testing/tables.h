@@ -1,8 +1,5 @@
-/**
- * @file test_tables.h
- * The tables of the field processor, written down a second time for the tests: rows are compared with the library's,
- * and expected calls and log lines are made from these.
- */
+// The tables of the field processor, written down a second time for the tests: rows are compared with the library's,
+// and expected calls and log lines are made from these.
 #pragma once
 
 #include <stdint.h>

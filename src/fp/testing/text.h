@@ -1,7 +1,4 @@
-/**
- * @file test_text.h
- * Traces as the tests of the field processor write them: numbers, blocks of bytes and sets of ports as text.
- */
+// Traces as the tests of the field processor write them: numbers, blocks of bytes and sets of ports as text.
 #pragma once
 
 #include <adp/fp.h>

@@ -1,8 +1,5 @@
-/**
- * @file test_support.h
- * What the tests of the L2 tables share: an address, the blocks of 88 bytes that go to the driver, and a fixture that
- * keeps the bytes of such blocks.
- */
+// What the tests of the L2 tables share: an address, the blocks of 88 bytes that go to the driver, and a fixture that
+// keeps the bytes of such blocks.
 #pragma once
 
 #include <stdint.h>

@@ -1,8 +1,5 @@
-/**
- * @file test_support.h
- * What the tests of spanning-tree groups share: expected lines of the trace, and reports whose source line is not
- * compared, as it moves with every change above it.
- */
+// What the tests of spanning-tree groups share: expected lines of the trace, and reports whose source line is not
+// compared, as it moves with every change above it.
 #pragma once
 
 #include <algorithm>

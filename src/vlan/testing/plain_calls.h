@@ -1,7 +1,4 @@
-/**
- * @file plain_call_test_support.h
- * For tests: calls that make one driver call, cut some of their arguments, and return the driver's result.
- */
+// For tests: calls that make one driver call, cut some of their arguments, and return the driver's result.
 #pragma once
 
 #include <functional>

@@ -1,3 +1,4 @@
+// The table of actions: numbers, names, and how each reads its parameters.
 #include "vdevice/chip/fields/field_action.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Carries out the actions of the rules that a frame meets, or the action for frames that meet none.
 #include "vdevice/chip/fields/field_processor.h"
 
 namespace vdevice::chip {

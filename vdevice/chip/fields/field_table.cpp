@@ -1,3 +1,4 @@
+// Changes of entries, and the lists of rules that follow from them.
 #include "vdevice/chip/fields/field_table.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// A hash table for each shape of rules.
 #include "vdevice/chip/fields/rule_index.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Reads IP headers with their options and extension headers.
 #include "vdevice/chip/frame/ip_packet.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Writes tags behind the addresses of a frame.
 #include "vdevice/chip/frame/tagged_head.h"
 
 #include <algorithm>

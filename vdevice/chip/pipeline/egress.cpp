@@ -1,3 +1,4 @@
+// Copies of frames on their way out: form, queue, counters, wire, loopback, mirrors.
 #include "vdevice/chip/pipeline/egress.h"
 
 namespace vdevice::chip {

@@ -1,3 +1,4 @@
+// Which limits hold on which way of a frame.
 #include "vdevice/chip/pipeline/egress_limits.h"
 
 namespace vdevice::chip {

@@ -1,3 +1,4 @@
+// Traps, VLAN, spanning tree, learning, snooping, storm limits, and the choice of ports.
 #include "vdevice/chip/pipeline/forwarder.h"
 
 #include "vdevice/chip/pipeline/egress_limits.h"

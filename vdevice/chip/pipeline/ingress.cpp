@@ -1,3 +1,4 @@
+// Checks and counters of the ingress port, the tag from the CPU, VLAN, priority and rules.
 #include "vdevice/chip/pipeline/ingress.h"
 
 #include "vdevice/chip/frame/remark.h"

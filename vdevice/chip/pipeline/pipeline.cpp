@@ -1,3 +1,4 @@
+// The steps in their order, for a received frame and for those that it brings back by loopback.
 #include "vdevice/chip/pipeline/pipeline.h"
 
 namespace vdevice::chip {

@@ -1,3 +1,4 @@
+// Room for waiting frames, and the order of departures across ports.
 #include "vdevice/chip/queues/egress_queues.h"
 
 namespace vdevice::chip {

@@ -1,3 +1,4 @@
+// The three ways to choose a queue.
 #include "vdevice/chip/queues/scheduler.h"
 
 #include <algorithm>

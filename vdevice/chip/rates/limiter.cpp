@@ -1,3 +1,4 @@
+// Sets a limit, and charges frames to its bucket.
 #include "vdevice/chip/rates/limiter.h"
 
 namespace vdevice::chip {

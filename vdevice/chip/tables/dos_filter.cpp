@@ -1,3 +1,4 @@
+// The attacks that are recognised in one frame: MAC addresses, IP addresses, TCP flags, fragments.
 #include "vdevice/chip/tables/dos_filter.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// What a speed, a duplex and the advertised abilities make of each other.
 #include "vdevice/chip/tables/phy.h"
 
 #include <algorithm>

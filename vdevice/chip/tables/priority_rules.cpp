@@ -1,3 +1,4 @@
+// The priority on ports that do not trust the tag alone.
 #include "vdevice/chip/tables/priority_rules.h"
 
 #include "vdevice/chip/frame/remark.h"

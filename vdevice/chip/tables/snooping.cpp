@@ -1,3 +1,4 @@
+// Recognises the messages of IGMP and MLD, and the control groups.
 #include "vdevice/chip/tables/snooping.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Which of the tables of tags decides about a frame.
 #include "vdevice/chip/tables/tag_rules.h"
 
 namespace vdevice::chip {

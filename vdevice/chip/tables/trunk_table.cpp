@@ -1,3 +1,4 @@
+// Changes of trunks, checked, and which trunk a port belongs to.
 #include "vdevice/chip/tables/trunk_table.h"
 
 namespace vdevice::chip {

@@ -1,3 +1,4 @@
+// The way of a frame once more, in the words of the rules.
 #include "vdevice/chip/testing/plain_model.h"
 
 #include <iterator>

@@ -1,3 +1,4 @@
+// Random settings, a function for each kind, and random frames.
 #include "vdevice/chip/testing/random_chip.h"
 
 namespace vdevice::chip::test {
