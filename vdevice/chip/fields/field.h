@@ -51,7 +51,7 @@ const FieldInfo &describe(Field field);
 /** A field's value, most significant word first, and right-aligned in as many words as the field needs. */
 using FieldWords = std::array<uint32_t, 8>;
 
-/** A condition on one field: equal under the mask, except for the ingress port, which is to be in both sets. */
+/** A condition on one field: equal under the mask, except for the ingress port, which must be in both sets. */
 struct Qualifier {
     Field field = Field::kCount;
     FieldWords data{};
@@ -80,7 +80,7 @@ constexpr uint32_t bit_of(Kind kind) {
 bool is_ip_kind(uint32_t code);
 bool is_frame_kind(uint32_t code);
 
-/** False if the condition asks for bits that the field has not, so that no frame could meet it. */
+/** False if the condition compares bits beyond the field's width, so that no frame could meet it. */
 bool is_possible(const Qualifier &qualifier);
 
 }  // namespace vdevice::chip

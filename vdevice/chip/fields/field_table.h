@@ -37,7 +37,7 @@ struct MatchedRules {
     std::span<const uint32_t> list() const { return std::span{entries}.first(count); }
 };
 
-/** What a frame meets: the rules, and what they want done with it. */
+/** The rules that a frame meets, and their actions. */
 struct FieldMatch {
     MatchedRules rules;
     ActionSet actions;
@@ -53,7 +53,7 @@ struct FieldEntry {
     std::optional<FieldRule> installed;
     uint64_t matches = 0; /**< frames for which the rule won within its group, counted on the first half */
 
-    /** Whether one of its actions does, staged or installed. */
+    /** Whether one of its actions, staged or installed, uses the meter. */
     bool names_meter(uint32_t meter) const {
         return staged.names_meter(meter) || (installed && installed->names_meter(meter));
     }
@@ -77,17 +77,17 @@ class FieldTable {
     FieldTable() : entries_(kEntries) {}
 
     Status create(int64_t group, uint32_t entry);
-    /** Takes the entry out at once. */
+    /** Removes the entry, effective at once. */
     Status destroy(uint32_t entry);
-    /** Joins an entry and the one behind it, at once, for as long as both exist. */
+    /** Joins an entry and the next one into a pair, effective at once, for as long as both exist. */
     Status join(uint32_t entry);
 
     // These change what the next install() copies.
     Status set_priority(uint32_t entry, int32_t priority);
-    /** A condition on the same field makes room. */
+    /** Replaces a condition on the same field. */
     Status qualify(uint32_t entry, const Qualifier &qualifier);
     Status clear_qualifiers(uint32_t entry);
-    /** An action of the same code makes room. */
+    /** Replaces an action of the same code. */
     Status add_action(uint32_t entry, const Action &action);
     Status clear_actions(uint32_t entry);
     Status install(uint32_t entry);
@@ -95,13 +95,13 @@ class FieldTable {
     /** The entry, or nothing. */
     const FieldEntry *find(uint32_t entry) const;
     void for_each(const std::function<void(uint32_t, const FieldEntry &)> &visit) const;
-    /** True if there is a rule that frames can meet. */
+    /** Whether there is an installed rule. */
     bool has_rules() const { return rule_count_ != 0; }
 
     /** Each group's best rule, the lowest group's first; nothing if no rule matches. */
     std::optional<FieldMatch> match(const FieldKey &key);
 
-    /** Why there is no entry of this number. */
+    /** The reason why there is no entry of this number. */
     static Status absence_of(uint32_t entry) { return entry < kEntries ? Status::kFieldMissing : Status::kFieldRange; }
 
   private:
@@ -115,10 +115,10 @@ class FieldTable {
     void collect(uint32_t entry, FieldMatch &match);
 
     std::vector<std::optional<FieldEntry>> entries_;
-    /** Of each group what frames can meet, in the order in which it is tried. */
+    /** The installed rules of each group, in the order in which they are tried. */
     std::array<std::vector<uint32_t>, kGroups> rules_;
     RuleIndex index_;
-    bool is_indexed_ = true; /**< the index is made when a frame asks for it, not with each of many changes */
+    bool is_indexed_ = true; /**< rebuilt for the next frame, not after each of many changes */
     size_t rule_count_ = 0;
 };
 

@@ -1,4 +1,4 @@
-// The chip's ports, for tables that keep something for each of them, or for each user port: the CPU port is none.
+// The chip's ports. All but the CPU port are user ports.
 #pragma once
 
 #include <stddef.h>

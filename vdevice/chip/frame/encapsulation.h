@@ -1,4 +1,4 @@
-// What a frame carries behind its VLAN tags, and how. Frames are anybody's: nothing is read beyond their end.
+// What a frame carries behind its VLAN tags, and how. Nothing is read beyond the end of a frame, whatever it says.
 #pragma once
 
 #include <stdint.h>

@@ -1,4 +1,4 @@
-// What translations and other tables of tags make of a tag: another VLAN, and another priority if they have one.
+// A change of a tag by translation and other tables: another VLAN and, optionally, another priority.
 #pragma once
 
 #include <stdint.h>
@@ -23,7 +23,7 @@ struct TagChange {
 
     bool has_priority() const { return priority != kKeepPriority; }
 
-    /** The tag's control information after the change; what marks a frame as eligible for dropping stays. */
+    /** The tag's control information after the change; the drop-eligible bit is kept. */
     uint16_t apply(uint16_t tci) const {
         constexpr uint32_t kDropEligible = 0x1000;
         const uint32_t kept = has_priority() ? (tci & kDropEligible) | priority << kPcpShift : tci & kPriorityMask;

@@ -35,11 +35,13 @@ void Pipeline::process(Passage &p) {
     }
 }
 
-// A looped frame may be looped again, by another port and endlessly; the list has an end.
+// A looped frame may be looped again, by another port and endlessly: the list grows while it is worked off, but only up
+// to its limit.
 void Pipeline::process_looped(Time now) {
     std::vector<LoopedFrame> &looped = egress_.looped();
-    for (size_t next = 0; next < looped.size(); ++next) {
-        const LoopedFrame frame = std::move(looped[next]);
+    size_t next = 0;
+    while (next < looped.size()) {
+        const LoopedFrame frame = std::move(looped[next++]);
         Passage passage{now, frame.port, frame.octets, true};
         process(passage);
     }

@@ -19,7 +19,7 @@ namespace vdevice::chip {
 /** Whether a frame was switched or is a mirror's copy, which is not mirrored again. */
 enum class Origin : uint8_t { kSwitched, kMirror };
 
-/** What there is to know of a frame on its way out besides its octets. */
+/** Data of a frame on its way out, besides its octets. */
 struct Dispatch {
     uint32_t priority;
     Origin origin;
@@ -50,7 +50,7 @@ class PortQueues {
     size_t waiting_frames(size_t queue) const { return queues_[queue].frames.size(); }
     size_t waiting_octets(size_t queue) const { return queues_[queue].octets; }
 
-    /** Frames have to go through the queues. */
+    /** Whether frames must go through the queues. */
     bool holds() const { return shaper_.has_value() || is_waiting(); }
     bool is_waiting() const { return departure_.has_value(); }
     bool has_room(size_t queue, size_t octets) const { return octets <= kQueueOctets - queues_[queue].octets; }
@@ -59,7 +59,7 @@ class PortQueues {
     void count(size_t queue, size_t octets);
     void count_drop(size_t queue) { ++queues_[queue].counters.drops; }
 
-    /** When the next frame leaves, if any waits. Whoever calls what follows has taken those that leave until then. */
+    /** When the next frame leaves, if any waits. Frames that leave before must be taken before the calls below. */
     const std::optional<Time> &departure() const { return departure_; }
     /** There must be room. */
     void put(Time now, size_t queue, const Frame &frame, Dispatch dispatch);
@@ -72,7 +72,7 @@ class PortQueues {
             std::for_each(queue.frames.begin(), queue.frames.end(), visit);
         }
     }
-    /** Throws away what waits and gives its octets. */
+    /** Drops the waiting frames and returns the number of their octets. */
     size_t flush();
 
     /** A rate of 0 ends the shaping: what waits leaves at once. */

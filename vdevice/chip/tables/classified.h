@@ -1,4 +1,4 @@
-// What the chip makes of a frame before its rules look at it: VLAN, priority and DSCP, and by what each was chosen.
+// VLAN, priority and DSCP of a frame before rules are applied, and by what they were chosen.
 #pragma once
 
 #include <stdint.h>
@@ -20,7 +20,7 @@ struct Classified {
     uint16_t tci = 0; /**< VLAN and priority in which the frame goes on */
     ChosenBy vlan_by = ChosenBy::kPort;
     ChosenBy priority_by = ChosenBy::kPort;
-    std::optional<uint8_t> dscp{}; /**< another DSCP, which it leaves with */
+    std::optional<uint8_t> dscp{}; /**< the DSCP that it leaves with, if it is another one */
 };
 
 }  // namespace vdevice::chip

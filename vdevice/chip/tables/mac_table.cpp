@@ -7,7 +7,7 @@ namespace vdevice::chip {
 
 MacTable::MacTable() : keys_(kCapacity, kFree), entries_(kCapacity) {}
 
-/** The index in the bucket's keys of the first that is the wanted one, or kCapacity. */
+/** The index of the first such key in the bucket, or kCapacity. */
 size_t MacTable::find_key(size_t bucket, uint64_t wanted) const {
     const size_t first = bucket * kBucketSlots;
     for (size_t index = first; index < first + kBucketSlots; ++index) {
@@ -40,7 +40,7 @@ void MacTable::visit_all(Visit visit) {
     }
 }
 
-/** In the place of the address's own entry, or in its bucket's first free slot. */
+/** Replaces the entry of the address, or takes its bucket's first free slot. */
 Status MacTable::put(const MacEntry &entry) {
     const size_t bucket = bucket_of(entry.mac, entry.vid);
     size_t index = find_key(bucket, key(entry.mac, entry.vid));

@@ -1,4 +1,4 @@
-// What a speed, a duplex and the advertised abilities make of each other.
+// Speed and duplex: fixed, or negotiated from the advertised abilities.
 #include "vdevice/chip/tables/phy.h"
 
 #include <algorithm>

@@ -6,16 +6,16 @@
 namespace vdevice::chip {
 
 struct Snooping {
-    bool igmp = false;               /**< group membership of version 4 goes to the CPU, and nowhere else */
-    bool mld = false;                /**< the same of version 6 */
-    bool reserved_multicast = false; /**< what is flooded to 224.0.0.0/24 reaches the CPU in any case */
+    bool igmp = false;               /**< IGMP messages go to the CPU, and nowhere else */
+    bool mld = false;                /**< MLD messages go to the CPU, and nowhere else */
+    bool reserved_multicast = false; /**< packets to 224.0.0.0/24 that are flooded always reach the CPU */
 };
 
 bool is_igmp_or_mld(const Header &header, bool igmp, bool mld);
 /** A packet to the local network's control groups (RFC 5771). */
 bool is_to_control_group(const Header &header);
 
-/** IGMP and MLD messages, as far as they are switched on: software takes them, and sends them on where they belong. */
+/** An IGMP or MLD message that the settings give to the CPU: its software sends it on where it belongs. */
 inline bool is_snooped(const Snooping &snooping, const Header &header) {
     return (snooping.igmp || snooping.mld) && is_igmp_or_mld(header, snooping.igmp, snooping.mld);
 }

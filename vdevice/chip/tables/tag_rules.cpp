@@ -4,7 +4,7 @@
 namespace vdevice::chip {
 namespace {
 
-/** The control information of the customer's own tag, if a whole one with a type behind it comes first. */
+/** The control information of the customer's own tag, if the payload begins with a whole one and a type behind it. */
 std::optional<uint16_t> customer_tci(Bytes payload) {
     if (payload.size() < kVlanTagBytes + kTypeBytes || read16(payload, 0) != kVlanTpid) {
         return std::nullopt;

@@ -12,7 +12,7 @@
 
 namespace vdevice::chip {
 
-/** What a port reads of a frame. A customer's tags are not taken for the chip's own. */
+/** The header as a port reads it: on a port towards a customer the tags are part of the payload. */
 std::optional<Header> read_header(const PortTags &tags, const Frame &frame);
 
 struct TagRules {
