@@ -1,4 +1,4 @@
-// The cases: a chip with its tables, and the frames that it switches.
+// How the chip is set for each case, and its frames: UDP datagrams between stations on two ports.
 #include "bench/chip/chip_case.h"
 
 #include <cstdio>

@@ -1,4 +1,4 @@
-// Rules of one kind and of six kinds.
+// Conditions that no frame of the benchmark meets, spread over the groups of the field processor.
 #include "bench/chip/rules.h"
 
 #include <cstdio>

@@ -1,24 +1,7 @@
-// The chip's settings; the way of a frame is in pipeline.cpp.
+// Ports, VLANs and queues as the driver sets them, and the frames that come and go.
 #include "vdevice/chip/switch.h"
 
 namespace vdevice::chip {
-namespace {
-
-/** VLAN 1 at power-on: every port is a member, and every port but the CPU's gets its frames untagged. */
-Vlan power_on_vlan() {
-    Vlan vlan{Switch::all_ports(), Switch::all_ports()};
-    vlan.untagged.remove(Switch::kCpuPort);
-    return vlan;
-}
-
-}  // namespace
-
-Switch::Switch(Sink &sink) : sink_{sink}, vlans_{all_ports(), power_on_vlan()} {
-    for (Port &port : ports_) {
-        port.egress = all_ports();
-    }
-    refresh_trunks();
-}
 
 Status Switch::set_enabled(int port, bool enabled) {
     if (!has_port(port)) {
@@ -51,7 +34,7 @@ Status Switch::change_port(int port, const std::function<Status(Port &)> &change
     if (at(port).is_up() != was_up) {
         update_up_set(port);
     } else {
-        flush_unsent(port);
+        pipeline_.egress().flush_unsent(port);
     }
     return status;
 }
@@ -68,7 +51,7 @@ Status Switch::set_pvid(int port, uint32_t vid) {
     if (!has_port(port)) {
         return Status::kNoPort;
     }
-    const Status status = vlans_.check(vid);
+    const Status status = tables_.vlans.check(vid);
     if (status == Status::kOk) {
         at(port).pvid = static_cast<Vid>(vid);
     }
@@ -76,9 +59,10 @@ Status Switch::set_pvid(int port, uint32_t vid) {
 }
 
 Status Switch::destroy_vlans(VidRange range) {
-    const Status status = vlans_.destroy(range);
+    const Status status = tables_.vlans.destroy(range);
     if (status == Status::kOk) {
-        macs_.remove_if([&](const MacEntry &entry) { return entry.vid >= range.first && entry.vid <= range.last; });
+        tables_.macs.remove_if(
+            [&](const MacEntry &entry) { return entry.vid >= range.first && entry.vid <= range.last; });
     }
     return status;
 }
@@ -87,18 +71,60 @@ Status Switch::set_miss_action(int port, MissAction action) {
     if (!has_port(port)) {
         return Status::kNoPort;
     }
-    fields_.set_miss_action(port, action);
+    tables_.fields.set_miss_action(port, action);
     return Status::kOk;
 }
 
 void Switch::update_up_set(int port) {
-    if (at(port).is_up()) {
-        up_.add(port);
-    } else {
-        up_.remove(port);
-    }
-    flush_unsent(port);
+    tables_.up.put(port, at(port).is_up());
+    pipeline_.egress().flush_unsent(port);
     sink_.port_changed(port);
+}
+
+void Switch::receive(Time now, int port, Bytes frame) {
+    if (has_port(port)) {
+        pipeline_.receive(now, port, frame);
+    }
+}
+
+void Switch::depart(Time now) {
+    pipeline_.egress().send_until(now);
+    pipeline_.egress().announce_departure();
+}
+
+std::optional<Time> Switch::next_departure() const {
+    const auto &next = queues().next();
+    return next ? std::optional{next->time} : std::nullopt;
+}
+
+Status Switch::set_shaper(Time now, int port, const RateLimit &limit) {
+    if (!has_port(port)) {
+        return Status::kNoPort;
+    }
+    pipeline_.egress().send_until(now);
+    const Status status = tables_.queues.set_shaper(now, port, limit);
+    pipeline_.egress().announce_departure();
+    return status;
+}
+
+Status Switch::set_scheduler(Time now, int port, const SchedulerSettings &settings) {
+    if (!has_port(port)) {
+        return Status::kNoPort;
+    }
+    pipeline_.egress().send_until(now);
+    const Status status = tables_.queues.set_scheduler(now, port, settings);
+    pipeline_.egress().announce_departure();
+    return status;
+}
+
+void Switch::set_storm_counting(StormType type, Counting counting, Time now) {
+    for (Port &port : tables_.ports) {
+        port.storm.of(type).limiter.set_counting(counting, now);
+    }
+}
+
+Counting Switch::storm_counting(StormType type) const {
+    return tables_.ports.front().storm.of(type).limiter.counting();
 }
 
 }  // namespace vdevice::chip

@@ -1,3 +1,4 @@
+// The table of fields: numbers, names and widths.
 #include "vdevice/chip/fields/field.h"
 
 #include "vdevice/chip/frame/port_set.h"

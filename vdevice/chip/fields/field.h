@@ -7,6 +7,8 @@
 #include <array>
 #include <span>
 
+#include "vdevice/chip/frame/encapsulation.h"
+
 namespace vdevice::chip {
 
 enum class Field : uint8_t {
@@ -49,7 +51,7 @@ const FieldInfo &describe(Field field);
 /** A field's value, most significant word first, and right-aligned in as many words as the field needs. */
 using FieldWords = std::array<uint32_t, 8>;
 
-/** A condition on one field: equal under the mask, except for the ingress port, which is to be in both sets. */
+/** A condition on one field: equal under the mask, except for the ingress port, which must be in both sets. */
 struct Qualifier {
     Field field = Field::kCount;
     FieldWords data{};
@@ -66,9 +68,6 @@ constexpr Qualifier qualifier(Field field, uint32_t data, uint32_t mask) {
 /** Kinds of packets. A rule may ask for one; each frame is of several. */
 enum class IpKind : uint8_t { kAny = 0, kNotIp = 1, kIp = 2, kArp = 3, kIpv4 = 5, kIpv6 = 10, kCount };
 
-/** Encapsulations. */
-enum class FrameKind : uint8_t { kAny = 0, kEthernet = 1, kLlc = 2, kSnap = 3, kCount };
-
 /** Formats of the innermost tag. */
 enum class TagFormat : uint8_t { kNone = 0, kPriority = 1, kVlan = 2 };
 
@@ -81,7 +80,7 @@ constexpr uint32_t bit_of(Kind kind) {
 bool is_ip_kind(uint32_t code);
 bool is_frame_kind(uint32_t code);
 
-/** False if the condition asks for bits that the field has not, so that no frame could meet it. */
+/** False if the condition compares bits beyond the field's width, so that no frame could meet it. */
 bool is_possible(const Qualifier &qualifier);
 
 }  // namespace vdevice::chip

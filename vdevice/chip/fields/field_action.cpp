@@ -1,12 +1,14 @@
+// The table of actions: numbers, names, and how each reads its parameters.
 #include "vdevice/chip/fields/field_action.h"
 
 #include <algorithm>
 
 #include "vdevice/chip/fields/field_counters.h"
 #include "vdevice/chip/fields/meter.h"
+#include "vdevice/chip/frame/chip_ports.h"
 #include "vdevice/chip/frame/frame.h"
-#include "vdevice/chip/switch.h"
 #include "vdevice/chip/tables/dscp_map.h"
+#include "vdevice/chip/tables/mirror_table.h"
 
 namespace vdevice::chip {
 namespace {
@@ -33,7 +35,7 @@ Status take_meter(const ActionParameters &parameters, Action &action) {
 }
 
 Status take_port(const ActionParameters &parameters, Action &action) {
-    if (!Switch::has_port(parameters.words[0])) {
+    if (!is_chip_port(parameters.words[0])) {
         return Status::kNoPort;
     }
     action.ports = PortSet::of(static_cast<int>(parameters.words[0]));
@@ -42,7 +44,7 @@ Status take_port(const ActionParameters &parameters, Action &action) {
 
 Status take_ports(const ActionParameters &parameters, Action &action) {
     action.ports = PortSet::from_words(parameters.words.data());
-    return action.ports.is_within(Switch::all_ports()) ? Status::kOk : Status::kNoPort;
+    return action.ports.is_within(kAllPorts) ? Status::kOk : Status::kNoPort;
 }
 
 constexpr ActionInfo kActionTable[] = {

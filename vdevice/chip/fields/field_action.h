@@ -39,7 +39,7 @@ struct Action {
     friend bool operator==(const Action &, const Action &) = default;
 };
 
-/** An action's parameters as the driver gets them: the first words of the one, the first word of the other. */
+/** The two parameters of an action as the driver gets them. */
 struct ActionParameters {
     FieldWords words{};
     uint32_t second = 0;
@@ -58,13 +58,13 @@ std::span<const ActionInfo> action_table();
 /** The name in the action's row. */
 const char *name(const Action &action);
 
-/** Makes the action, or refuses a code that there is not, and parameters out of range. */
+/** Makes the action; an unknown code and parameters out of range are refused. */
 Status make_action(uint32_t code, const ActionParameters &parameters, Action &action);
 
-/** The actions that are carried out on one frame: one of each kind, or null. */
+/** The actions for one frame: one of each kind, or null. */
 class ActionSet {
   public:
-    /** An action whose kind is there already comes too late. */
+    /** Ignored if there is an action of its kind already. */
     void add(const Action &action) {
         const Action *&slot = actions_[static_cast<size_t>(action.kind)];
         slot = slot == nullptr ? &action : slot;

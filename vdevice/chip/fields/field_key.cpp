@@ -1,3 +1,4 @@
+// Reads the fields of a frame, through all its tags and extension headers.
 #include "vdevice/chip/fields/field_key.h"
 
 #include "vdevice/chip/frame/encapsulation.h"

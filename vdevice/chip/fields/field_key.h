@@ -54,7 +54,7 @@ class FieldKey {
 
     /** A bit for each field that the frame has. */
     uint32_t present() const { return present_; }
-    /** One of all words, those of the first field first; 0 if the frame has not the field. */
+    /** A word of the key, those of the first field first; 0 without the field. */
     uint32_t word(size_t index) const { return words_[index]; }
     int ingress() const { return static_cast<int>(words_[first_key_word(Field::kInPorts)]); }
 
@@ -64,7 +64,7 @@ class FieldKey {
     void set_ipv6(Field field, Bytes address);
     /** @p octets is the packet as a whole. */
     void set_packet(const IpPacket &packet, Bytes octets);
-    /** Marks the field as there and gives the place of its words. */
+    /** Marks the field as present and returns its words. */
     uint32_t *add(Field field) {
         present_ |= bit_of(field);
         return &words_[first_key_word(field)];

@@ -79,13 +79,17 @@ std::map<int, uint32_t> winners(FieldTable &table, Vid vid) {
     const auto before = counts();
     const test::Octets frame = test::station(1) + test::station(2) + test::kPayload;
     const auto header = read_header(split_frame(frame), kVlanTpid);
-    table.match(FieldKey{{4, frame.size(), *header, vid}});
+    const auto match = table.match(FieldKey{{4, frame.size(), *header, vid}});
     std::map<int, uint32_t> best;
     for (const auto &[number, matches] : counts()) {
         if (matches != before.at(number)) {
             EXPECT_TRUE(best.try_emplace(table.find(number)->group, number).second) << "two winners in a group";
         }
     }
+    std::vector<uint32_t> listed;
+    std::transform(best.begin(), best.end(), std::back_inserter(listed), [](const auto &each) { return each.second; });
+    const MatchedRules rules = match ? match->rules : MatchedRules{};
+    EXPECT_TRUE(std::ranges::equal(rules.list(), listed)) << "the match names its rules, the lowest group's first";
     return best;
 }
 

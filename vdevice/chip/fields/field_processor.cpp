@@ -1,3 +1,4 @@
+// Carries out the actions of the rules that a frame meets, or the action for frames that meet none.
 #include "vdevice/chip/fields/field_processor.h"
 
 namespace vdevice::chip {
@@ -32,16 +33,15 @@ Status FieldProcessor::remove_meter_of(uint32_t entry) {
     return removed ? Status::kOk : Status::kMeterMissing;
 }
 
-FieldVerdict FieldProcessor::judge(Time now, const FieldFrame &frame) {
-    FieldVerdict verdict;
+void FieldProcessor::judge(Time now, const FieldFrame &frame, FieldVerdict &verdict) {
     verdict.tci = frame.tci;
-    const auto actions = table_.has_rules() ? table_.match(FieldKey{frame}) : std::nullopt;
-    if (actions) {
-        carry_out(*actions, now, frame, verdict);
+    const auto match = table_.has_rules() ? table_.match(FieldKey{frame}) : std::nullopt;
+    if (match) {
+        verdict.rules = match->rules;
+        carry_out(match->actions, now, frame, verdict);
     } else {
         miss(miss_action(frame.ingress), verdict);
     }
-    return verdict;
 }
 
 void FieldProcessor::carry_out(const ActionSet &actions, Time now, const FieldFrame &frame, FieldVerdict &verdict) {

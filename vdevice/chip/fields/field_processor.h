@@ -1,5 +1,5 @@
-// The field processor: rules over the fields of frames, with their meters and counters, and what becomes of the frames
-// that no rule matches.
+// The field processor: rules over the fields of frames, with their meters and counters, and the action for frames that
+// match no rule.
 #pragma once
 
 #include <array>
@@ -16,7 +16,7 @@ namespace vdevice::chip {
 /** What happens to a port's frames that match no rule. */
 enum class MissAction : uint8_t { kNone = 0, kDrop = 1, kCopyToCpu = 2, kToCpu = 3, kCount };
 
-/** What the field processor wants done with a frame. */
+/** The decision of the field processor about a frame. */
 struct FieldVerdict {
     std::optional<Drop> drop;
     bool to_cpu_only = false;
@@ -25,11 +25,12 @@ struct FieldVerdict {
     std::optional<uint8_t> dscp;
     std::optional<PortSet> redirect;
     std::optional<uint32_t> mirror; /**< the session whose flow mirror gets a copy */
+    MatchedRules rules;             /**< that matched; without any the port's miss action decided */
 };
 
 class FieldProcessor {
   public:
-    /** No rules, meters, counts or miss actions; what meters count of a frame stays as it was chosen. */
+    /** Removes all rules, meters, counts and miss actions; counts_gap() of the meters is kept. */
     void reset();
 
     const FieldTable &table() const { return table_; }
@@ -39,14 +40,15 @@ class FieldProcessor {
     const FieldCounters &counters() const { return counters_; }
     FieldCounters &counters() { return counters_; }
 
-    /** Takes away the meter that the entry's actions name, installed or not. */
+    /** Removes the meter that the entry's actions name, installed or not. */
     Status remove_meter_of(uint32_t entry);
 
     /** The port must exist. */
     void set_miss_action(int port, MissAction action) { miss_actions_[static_cast<size_t>(port)] = action; }
     MissAction miss_action(int port) const { return miss_actions_[static_cast<size_t>(port)]; }
 
-    FieldVerdict judge(Time now, const FieldFrame &frame);
+    /** @p verdict is as constructed. */
+    void judge(Time now, const FieldFrame &frame, FieldVerdict &verdict);
 
   private:
     void carry_out(const ActionSet &actions, Time now, const FieldFrame &frame, FieldVerdict &verdict);

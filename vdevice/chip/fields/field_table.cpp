@@ -1,3 +1,4 @@
+// Changes of entries, and the lists of rules that follow from them.
 #include "vdevice/chip/fields/field_table.h"
 
 #include <algorithm>
@@ -193,26 +194,28 @@ void FieldTable::make_index() {
     is_indexed_ = true;
 }
 
-void FieldTable::collect(uint32_t entry, ActionSet &actions) {
+void FieldTable::collect(uint32_t entry, FieldMatch &match) {
+    match.rules.add(entry);
     ++entries_[entry]->matches;
     for (const FieldRule *half : {static_cast<const FieldRule *>(&*entries_[entry]->installed), second_half(entry)}) {
         if (half != nullptr) {
-            std::for_each(half->actions.begin(), half->actions.end(), [&](const Action &each) { actions.add(each); });
+            std::for_each(half->actions.begin(), half->actions.end(),
+                          [&](const Action &each) { match.actions.add(each); });
         }
     }
 }
 
-std::optional<ActionSet> FieldTable::match(const FieldKey &key) {
-    std::optional<ActionSet> actions;
+std::optional<FieldMatch> FieldTable::match(const FieldKey &key) {
+    std::optional<FieldMatch> match;
     if (!is_indexed_) {
         make_index();
     }
     for (const uint32_t best : index_.find(key)) {
         if (best != RuleIndex::kNone) {
-            collect(best, actions ? *actions : actions.emplace());
+            collect(best, match ? *match : match.emplace());
         }
     }
-    return actions;
+    return match;
 }
 
 }  // namespace vdevice::chip

@@ -2,10 +2,12 @@
 // installed, and pairs of entries that are one rule.
 #pragma once
 
+#include <stddef.h>
 #include <stdint.h>
 #include <array>
 #include <functional>
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "vdevice/chip/fields/field.h"
@@ -26,6 +28,21 @@ struct FieldRule {
     friend bool operator==(const FieldRule &, const FieldRule &) = default;
 };
 
+/** The rules that won within their groups, each by the entry of its first half; the lowest group's first. */
+struct MatchedRules {
+    std::array<uint32_t, RuleIndex::kLists> entries;
+    size_t count = 0;
+
+    void add(uint32_t entry) { entries[count++] = entry; }
+    std::span<const uint32_t> list() const { return std::span{entries}.first(count); }
+};
+
+/** The rules that a frame meets, and their actions. */
+struct FieldMatch {
+    MatchedRules rules;
+    ActionSet actions;
+};
+
 /** What part of a rule an entry is. A half whose other half is gone never matches. */
 enum class EntryPart : uint8_t { kWhole, kFirstHalf, kSecondHalf };
 
@@ -36,7 +53,7 @@ struct FieldEntry {
     std::optional<FieldRule> installed;
     uint64_t matches = 0; /**< frames for which the rule won within its group, counted on the first half */
 
-    /** Whether one of its actions does, staged or installed. */
+    /** Whether one of its actions, staged or installed, uses the meter. */
     bool names_meter(uint32_t meter) const {
         return staged.names_meter(meter) || (installed && installed->names_meter(meter));
     }
@@ -60,17 +77,17 @@ class FieldTable {
     FieldTable() : entries_(kEntries) {}
 
     Status create(int64_t group, uint32_t entry);
-    /** Takes the entry out at once. */
+    /** Removes the entry, effective at once. */
     Status destroy(uint32_t entry);
-    /** Joins an entry and the one behind it, at once, for as long as both exist. */
+    /** Joins an entry and the next one into a pair, effective at once, for as long as both exist. */
     Status join(uint32_t entry);
 
     // These change what the next install() copies.
     Status set_priority(uint32_t entry, int32_t priority);
-    /** A condition on the same field makes room. */
+    /** Replaces a condition on the same field. */
     Status qualify(uint32_t entry, const Qualifier &qualifier);
     Status clear_qualifiers(uint32_t entry);
-    /** An action of the same code makes room. */
+    /** Replaces an action of the same code. */
     Status add_action(uint32_t entry, const Action &action);
     Status clear_actions(uint32_t entry);
     Status install(uint32_t entry);
@@ -78,13 +95,13 @@ class FieldTable {
     /** The entry, or nothing. */
     const FieldEntry *find(uint32_t entry) const;
     void for_each(const std::function<void(uint32_t, const FieldEntry &)> &visit) const;
-    /** True if there is a rule that frames can meet. */
+    /** Whether there is an installed rule. */
     bool has_rules() const { return rule_count_ != 0; }
 
-    /** The actions of each group's best rule, the lowest group's first; nothing if no rule matches. */
-    std::optional<ActionSet> match(const FieldKey &key);
+    /** Each group's best rule, the lowest group's first; nothing if no rule matches. */
+    std::optional<FieldMatch> match(const FieldKey &key);
 
-    /** Why there is no entry of this number. */
+    /** The reason why there is no entry of this number. */
     static Status absence_of(uint32_t entry) { return entry < kEntries ? Status::kFieldMissing : Status::kFieldRange; }
 
   private:
@@ -95,13 +112,13 @@ class FieldTable {
     bool is_rule(uint32_t entry) const;
     const FieldRule *second_half(uint32_t entry) const;
     void make_index();
-    void collect(uint32_t entry, ActionSet &actions);
+    void collect(uint32_t entry, FieldMatch &match);
 
     std::vector<std::optional<FieldEntry>> entries_;
-    /** Of each group what frames can meet, in the order in which it is tried. */
+    /** The installed rules of each group, in the order in which they are tried. */
     std::array<std::vector<uint32_t>, kGroups> rules_;
     RuleIndex index_;
-    bool is_indexed_ = true; /**< the index is made when a frame asks for it, not with each of many changes */
+    bool is_indexed_ = true; /**< rebuilt for the next frame, not after each of many changes */
     size_t rule_count_ = 0;
 };
 

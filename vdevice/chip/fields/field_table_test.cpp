@@ -53,7 +53,7 @@ class FieldTableTest : public testing::Test {
         ASSERT_EQ(table_.install(entry), Status::kOk);
         ASSERT_EQ(table_.install(entry + 1), Status::kOk);
     }
-    std::optional<ActionSet> match(Vid vid) {
+    std::optional<FieldMatch> match(Vid vid) {
         const test::Octets frame = test::station(1) + test::station(2) + test::kPayload;
         const auto header = read_header(split_frame(frame), kVlanTpid);
         return table_.match(FieldKey{{4, frame.size(), *header, vid}});
@@ -61,8 +61,8 @@ class FieldTableTest : public testing::Test {
     bool matches(Vid vid) { return match(vid).has_value(); }
     /** What the frames of a VLAN are marked with. */
     uint32_t marked(Vid vid) {
-        const auto actions = match(vid);
-        const Action *action = actions ? actions->find(ActionKind::kCounter) : nullptr;
+        const auto met = match(vid);
+        const Action *action = met ? met->actions.find(ActionKind::kCounter) : nullptr;
         return action == nullptr ? kAll : action->value;
     }
 

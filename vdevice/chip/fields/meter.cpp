@@ -1,3 +1,4 @@
+// Charges frames to meters.
 #include "vdevice/chip/fields/meter.h"
 
 #include "vdevice/chip/frame/frame.h"

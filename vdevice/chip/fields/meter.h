@@ -11,7 +11,7 @@
 
 namespace vdevice::chip {
 
-/** A bucket as deep as it chooses, and what became of the frames that were charged to it. */
+/** A bucket of the default depth, and counts of the frames that were charged to it. */
 class Meter {
   public:
     static constexpr uint32_t kMaxRate = TokenBucket::kMaxRate; /**< kbit/s */
@@ -19,7 +19,7 @@ class Meter {
     /** A full bucket. */
     Meter(uint32_t rate, Time now) : bucket_{Counting::kOctets, {rate}, now} {}
 
-    /** What has come together so far stays, as far as it fits. */
+    /** The level is kept, up to the new depth. */
     void set_rate(uint32_t rate, Time now) { bucket_.set_limit({rate}, now); }
     /** Takes the octets out of the bucket; false, and nothing is taken, when they are over the rate. */
     bool charge(size_t octets, Time now);

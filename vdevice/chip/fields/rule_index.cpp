@@ -1,3 +1,4 @@
+// A hash table for each shape of rules.
 #include "vdevice/chip/fields/rule_index.h"
 
 #include <algorithm>
@@ -63,8 +64,8 @@ void RuleIndex::grow(Shape &shape) const {
     }
 }
 
-// In the first free slot behind the hash's own: what was put in before is met before. A rule that no frame can get past
-// the others to is left out, so that many of them cost no more than one.
+// In the first free slot from the hash's own on, so that earlier rules are found first. A rule that an earlier one
+// hides from all frames is left out, so that many of them cost no more than one.
 void RuleIndex::put(Shape &shape, uint32_t rule) const {
     const size_t last = shape.slots.size() - 1;
     size_t slot = rules_[rule].hash & last;
@@ -95,7 +96,7 @@ RuleIndex::Entries RuleIndex::find(const FieldKey &key) const {
     return first;
 }
 
-/** Takes those of the shape's rules that the frame meets, and that go before those found in their lists so far. */
+/** Takes those of the shape's rules that the frame meets, if they come before those found in their lists so far. */
 void RuleIndex::find_in(const Shape &shape, const FieldKey &key, Entries &first) const {
     std::array<uint32_t, kKeyWords> words;
     uint32_t hash = kHashStart;

@@ -1,6 +1,6 @@
-// Lists of rules that are searched without looking at each: rules that ask for the same bits of the same fields have
-// one shape, and in a shape a hash of these bits leads to the rules that a frame can meet. So a search costs a look-up
-// for each shape, of which there are few, however many rules there are.
+// An index of lists of rules. Rules that compare the same bits of the same fields have one shape, and within a shape a
+// hash of these bits leads to the rules that a frame can meet. So a search costs a look-up for each shape, of which
+// there are few, however many rules there are.
 #pragma once
 
 #include <stdint.h>
@@ -21,7 +21,7 @@ class RuleIndex {
     using Entries = std::array<uint32_t, kLists>;
 
     void clear();
-    /** Adds a rule to a list, behind all others. */
+    /** Adds a rule at the end of a list. */
     void add(size_t list, uint32_t entry, const RuleTerms &terms);
 
     /** The first rule of each list, in the order of adding, that the frame meets. */

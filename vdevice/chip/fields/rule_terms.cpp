@@ -1,3 +1,4 @@
+// Joins the conditions of a rule, or of the two halves of one.
 #include "vdevice/chip/fields/rule_terms.h"
 
 #include <algorithm>

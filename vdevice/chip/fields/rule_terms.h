@@ -1,4 +1,4 @@
-// What a rule asks of frames, in the form in which a list of rules is searched: equality under masks, word by word.
+// The conditions of a rule as the index compares them: equality under masks, word by word.
 #pragma once
 
 #include <stdint.h>
@@ -24,7 +24,7 @@ struct RuleTerms {
 
     /** Adds the condition to the others; false if no frame can meet them all. */
     bool add(const Qualifier &qualifier);
-    /** Afterwards a single port is a term like any other. To be called once, after the last condition. */
+    /** Turns a single ingress port into a term. To be called once, after the last condition. */
     void close();
 
   private:

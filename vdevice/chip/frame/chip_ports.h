@@ -1,4 +1,4 @@
-// The chip's ports, for tables that keep something for each of them, or for each user port: the CPU port is none.
+// The chip's ports. All but the CPU port are user ports.
 #pragma once
 
 #include <stddef.h>
@@ -11,6 +11,13 @@ namespace vdevice::chip {
 
 /** Ports 0 to 31, with or without a cable. */
 constexpr size_t kChipPorts = 32;
+constexpr PortSet kAllPorts = PortSet::range(0, static_cast<int>(kChipPorts) - 1);
+/** The device's own processor is behind it. */
+constexpr int kCpuPort = 0;
+
+constexpr bool is_chip_port(int64_t port) {
+    return port >= 0 && port < static_cast<int64_t>(kChipPorts);
+}
 
 struct ChipPorts {
     PortSet all;

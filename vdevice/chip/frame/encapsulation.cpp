@@ -1,3 +1,4 @@
+// Skips VLAN tags and reads what follows: an EtherType, LLC or SNAP (IEEE 802).
 #include "vdevice/chip/frame/encapsulation.h"
 
 #include <algorithm>

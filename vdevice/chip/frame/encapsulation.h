@@ -1,12 +1,15 @@
-// What a frame carries behind its VLAN tags, and how. Frames are anybody's: nothing is read beyond their end.
+// What a frame carries behind its VLAN tags, and how. Nothing is read beyond the end of a frame, whatever it says.
 #pragma once
 
+#include <stdint.h>
 #include <optional>
 
-#include "vdevice/chip/fields/field.h"
 #include "vdevice/chip/frame/frame.h"
 
 namespace vdevice::chip {
+
+/** Encapsulations. The numbers are those of the field processor's rules. */
+enum class FrameKind : uint8_t { kAny = 0, kEthernet = 1, kLlc = 2, kSnap = 3, kCount };
 
 struct Encapsulation {
     FrameKind kind = FrameKind::kEthernet;

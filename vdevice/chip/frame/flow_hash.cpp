@@ -1,3 +1,4 @@
+// Mixes addresses, ports and VLAN of a flow into a number.
 #include "vdevice/chip/frame/flow_hash.h"
 
 #include <optional>

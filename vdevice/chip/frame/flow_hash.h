@@ -8,20 +8,20 @@
 
 namespace vdevice::chip {
 
-/** Which end of a flow the hash looks at. */
+/** Which ends of a flow are hashed. */
 struct HashSides {
     bool source = true;
     bool destination = true;
 };
 
-/** What the hash looks at in a frame. */
+/** What is hashed of a frame. */
 enum class HashLayer : uint8_t {
     kMac, /**< the addresses of the Ethernet header */
     kIp,  /**< of IP packets the addresses and, where there are some, the TCP or UDP ports; of others the MAC addresses
            */
 };
 
-/** The VLAN always takes part. */
+/** The VLAN is always part of the hash. */
 uint32_t flow_hash(const Header &header, Vid vid, HashLayer layer, HashSides sides);
 
 }  // namespace vdevice::chip

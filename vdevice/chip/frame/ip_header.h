@@ -1,4 +1,4 @@
-// Where the fields of IP headers stand: Internet Protocol version 4 (RFC 791), version 6 (RFC 8200).
+// Offsets and sizes of the fields of IP headers: Internet Protocol version 4 (RFC 791), version 6 (RFC 8200).
 #pragma once
 
 #include <stddef.h>
@@ -15,7 +15,7 @@ constexpr unsigned kIpVersionShift = 4;  // of the first octet
 constexpr uint8_t kTcp = 6;
 constexpr uint8_t kUdp = 17;
 constexpr uint8_t kSctp = 132;
-constexpr size_t kPortBytes = 2;  // of each; the source port is what TCP, UDP and SCTP begin with
+constexpr size_t kPortBytes = 2;  // of each; TCP, UDP and SCTP begin with the source port
 
 constexpr size_t kIpv4Bytes = 20;
 constexpr size_t kIpv4DscpAt = 1;

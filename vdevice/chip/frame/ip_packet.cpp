@@ -1,3 +1,4 @@
+// Reads IP headers with their options and extension headers.
 #include "vdevice/chip/frame/ip_packet.h"
 
 #include <algorithm>
@@ -21,7 +22,7 @@ constexpr size_t kAuthenticationUnit = 4; /**< this header's length counts in th
 constexpr size_t kFragmentOffsetAt = 2;
 constexpr unsigned kFragmentOffsetShift = 3;
 constexpr uint16_t kIpv6MoreFragments = 1;
-constexpr int kMaxExtensions = 16; /**< no packet has a use for more, but a hostile one may have them */
+constexpr int kMaxExtensions = 16; /**< no honest packet has more */
 
 Bytes at_most(Bytes bytes, size_t length) {
     return bytes.first(std::min(bytes.size(), length));
@@ -69,7 +70,7 @@ void read_fragment_header(Bytes extension, IpPacket &packet) {
 
 /** Takes the extension header in front of the payload off it. False if there is none, or not a whole one. */
 bool take_extension(IpPacket &packet) {
-    // What follows in a later fragment is the middle of something, not a header.
+    // A later fragment does not begin with a header.
     if (!is_extension(packet.protocol) || packet.fragment_offset != 0) {
         return false;
     }

@@ -1,3 +1,4 @@
+// Replaces a DSCP, and corrects the checksum of an IPv4 header.
 #include "vdevice/chip/frame/remark.h"
 
 #include "vdevice/chip/frame/encapsulation.h"

@@ -1,4 +1,4 @@
-// What the chip answers to a request. Each refusal has a number and a name of its own, so that a caller's log tells
+// The chip's answer to a request. Each refusal has a number and a name of its own, so that a caller's log tells
 // which rule was broken.
 #pragma once
 
@@ -7,7 +7,7 @@
 
 namespace vdevice::chip {
 
-// -1 is left to the way between caller and chip: a driver call that never arrived gives -1, a refusal never does.
+// -1 is not used here: a driver call that never reached the chip gives -1.
 enum class Status : int32_t {
     kOk = 0,
     kBadUnit = -2,

@@ -1,4 +1,4 @@
-// What translations and other tables of tags make of a tag: another VLAN, and another priority if they have one.
+// A change of a tag by translation and other tables: another VLAN and, optionally, another priority.
 #pragma once
 
 #include <stdint.h>
@@ -21,18 +21,14 @@ struct TagChange {
         return priority < kPriorities || priority == kKeepPriority ? Status::kOk : Status::kBadArgument;
     }
 
-    /** The tag's control information after the change; what marks a frame as eligible for dropping stays. */
+    bool has_priority() const { return priority != kKeepPriority; }
+
+    /** The tag's control information after the change; the drop-eligible bit is kept. */
     uint16_t apply(uint16_t tci) const {
         constexpr uint32_t kDropEligible = 0x1000;
-        const uint32_t kept =
-            priority == kKeepPriority ? tci & kPriorityMask : (tci & kDropEligible) | priority << kPcpShift;
+        const uint32_t kept = has_priority() ? (tci & kDropEligible) | priority << kPcpShift : tci & kPriorityMask;
         return static_cast<uint16_t>(kept | vid);
     }
 };
-
-/** Without a change the tag stays as it is. */
-inline uint16_t change_tci(const TagChange *change, uint16_t tci) {
-    return change == nullptr ? tci : change->apply(tci);
-}
 
 }  // namespace vdevice::chip

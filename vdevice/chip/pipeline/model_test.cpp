@@ -1,164 +1,21 @@
-// Random lives of the chip against a model that is as plain as possible: sets, maps and whole frames, written from the
-// rules and not from the chip's code.
+// Random lives of the chip against a plain model.
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <map>
 #include <random>
 #include <set>
+#include <vector>
 
 #include "vdevice/chip/switch.h"
-#include "vdevice/chip/testing/frame_builder.h"
+#include "vdevice/chip/testing/plain_model.h"
 
 namespace vdevice::chip {
 namespace {
 
-using namespace std::chrono_literals;
 using test::Octets;
 using test::operator+;
+using test::PlainModel;
 using test::Sent;
-
-constexpr int kModelPorts = 32;
-constexpr int64_t kAgeSeconds = 300;
-
-struct Model {
-    struct Member {
-        std::set<int> members;
-        std::set<int> untagged;
-    };
-    struct Station {
-        int port;
-        int64_t seen;
-    };
-
-    std::map<int, Member> vlans;
-    std::map<std::pair<int, Octets>, Station> stations;
-    std::set<int> up;
-    std::map<int, int> pvid;
-    std::map<int, int> groups;                  // of VLANs that are not in the default group
-    std::map<std::pair<int, int>, int> states;  // by group and port, where they are not 4, forwarding
-    int64_t now = 0;
-
-    Model() {
-        for (int port = 0; port < kModelPorts; ++port) {
-            vlans[1].members.insert(port);
-            if (port != 0) {
-                vlans[1].untagged.insert(port);
-            }
-            pvid[port] = 1;
-        }
-    }
-
-    int state(int vid, int port) {
-        const int group = groups.count(vid) != 0 ? groups[vid] : 0;
-        const auto found = states.find({group, port});
-        return found == states.end() ? 4 : found->second;
-    }
-
-    static Octets part(const Octets &frame, size_t from, size_t to) {
-        return {frame.begin() + static_cast<ptrdiff_t>(from), frame.begin() + static_cast<ptrdiff_t>(to)};
-    }
-
-    std::set<Sent> from_port(int ingress, const Octets &frame) {
-        if (up.count(ingress) == 0 || frame.size() < 14) {
-            return {};
-        }
-        Octets rest = part(frame, 12, frame.size());
-        int vid = 0;
-        int priority = 0;
-        if (rest.at(0) == 0x81 && rest.at(1) == 0x00) {
-            if (rest.size() < 6) {
-                return {};
-            }
-            vid = (rest.at(2) & 0x0F) * 256 + rest.at(3);
-            priority = rest.at(2) & 0xF0;
-            rest = part(rest, 4, rest.size());
-        }
-        if (vid == 0) {
-            vid = pvid[ingress];
-        }
-        if (vlans.count(vid) == 0 || vlans[vid].members.count(ingress) == 0) {
-            return {};
-        }
-        const Octets destination = part(frame, 0, 6);
-        const Octets source = part(frame, 6, 12);
-        if (state(vid, ingress) >= 3 && source.at(0) % 2 == 0) {
-            stations[{vid, source}] = {ingress, now};
-        }
-        if (state(vid, ingress) != 4) {
-            return {};
-        }
-        std::set<int> outputs = vlans[vid].members;
-        if (const auto known = stations.find({vid, destination}); known != stations.end()) {
-            outputs = {known->second.port};
-        }
-        const Octets tag = {0x81, 0x00, static_cast<uint8_t>(priority | vid / 256), static_cast<uint8_t>(vid % 256)};
-        std::set<Sent> sent;
-        for (const int port : outputs) {
-            if (port == ingress || up.count(port) == 0 || vlans[vid].members.count(port) == 0 ||
-                state(vid, port) != 4) {
-                continue;
-            }
-            if (port == 0) {
-                const Octets to_cpu = {0x88, 0x74, 0, 0, 0, static_cast<uint8_t>(ingress)};
-                sent.insert({port, destination + source + to_cpu + tag + rest});
-            } else if (vlans[vid].untagged.count(port) != 0) {
-                sent.insert({port, destination + source + rest});
-            } else {
-                sent.insert({port, destination + source + tag + rest});
-            }
-        }
-        return sent;
-    }
-
-    std::set<Sent> from_cpu(const Octets &frame) {
-        if (up.count(0) == 0 || frame.size() < 24 || frame[12] != 0x88 || frame[13] != 0x74) {
-            return {};
-        }
-        const int opcode = frame[14] / 32;
-        const Octets inner = part(frame, 0, 12) + part(frame, 22, frame.size());
-        if (opcode == 1) {
-            return from_port(0, inner);
-        }
-        const uint32_t field = (frame[14] % 2U) << 24 | frame[15] * 65536U | frame[16] * 256U | frame[17];
-        const uint32_t more = frame[18] * 16777216U | frame[19] * 65536U | frame[20] * 256U | frame[21];
-        std::set<uint32_t> outputs;
-        if (opcode == 3 || opcode == 5 || opcode == 6) {
-            outputs.insert(field);
-        } else if (opcode == 4 || opcode == 7) {
-            for (uint32_t bit = 0; bit < 32; ++bit) {
-                if (bit < 25 && (field >> bit) % 2 == 1) {
-                    outputs.insert(bit);
-                }
-                if ((more >> bit) % 2 == 1) {
-                    outputs.insert(bit + 25);
-                }
-            }
-        }
-        std::set<Sent> sent;
-        for (const uint32_t output : outputs) {
-            const int port = static_cast<int>(output);
-            if (port == 0 || up.count(port) == 0) {
-                continue;
-            }
-            Octets out = inner;
-            if ((opcode == 3 || opcode == 4) && inner.size() >= 18 && inner[12] == 0x81 && inner[13] == 0x00) {
-                const int vid = (inner[14] & 0x0F) * 256 + inner[15];
-                if (vlans.count(vid) != 0 && vlans[vid].untagged.count(port) != 0) {
-                    out = part(inner, 0, 12) + part(inner, 16, inner.size());
-                }
-            }
-            sent.insert({port, out});
-        }
-        return sent;
-    }
-
-    void age() {
-        for (auto station = stations.begin(); station != stations.end();) {
-            station = now - station->second.seen >= kAgeSeconds ? stations.erase(station) : std::next(station);
-        }
-    }
-};
 
 class Lives : public testing::TestWithParam<unsigned> {
   protected:
@@ -217,18 +74,21 @@ class Lives : public testing::TestWithParam<unsigned> {
         const uint32_t port = static_cast<uint32_t>(some_port());
         const Octets tag =
             test::transmit_tag(opcode, bitmap ? bits & 0x1FFFFFF : port, bitmap ? static_cast<uint32_t>(random_()) : 0);
-        return Model::part(frame, 0, kAddressBytes) + tag + Model::part(frame, kAddressBytes, frame.size());
+        return PlainModel::part(frame, 0, kAddressBytes) + tag + PlainModel::part(frame, kAddressBytes, frame.size());
     }
 
     void step();
     void change_vlans();
     void change_groups();
+    void change_pvid();
+    void change_link();
+    void grow_older();
     void send_frame();
 
     std::mt19937 random_{GetParam()};
     test::RecordingSink sink_;
     Switch chip_{sink_};
-    Model model_;
+    PlainModel model_;
 };
 
 void Lives::change_vlans() {
@@ -292,35 +152,46 @@ void Lives::send_frame() {
     ASSERT_EQ(sent.size(), expected.size()) << "a frame left twice";
 }
 
-void Lives::step() {
+void Lives::change_pvid() {
     const int port = some_port();
+    const int vid = some_vid();
+    ASSERT_EQ(chip_.set_pvid(port, number(vid)) == Status::kOk, model_.vlans.count(vid) != 0);
+    if (model_.vlans.count(vid) != 0) {
+        model_.pvid[port] = vid;
+    }
+}
+
+void Lives::change_link() {
+    const int port = some_port();
+    const bool link = pick(0, 4) != 0;
+    chip_.set_link(port, link);
+    if (link) {
+        model_.up.insert(port);
+    } else {
+        model_.up.erase(port);
+    }
+}
+
+void Lives::grow_older() {
+    model_.now += pick(0, 100);
+    model_.age();
+    chip_.tick(std::chrono::seconds{model_.now});
+}
+
+void Lives::step() {
     switch (pick(0, 19)) {
         case 0:
         case 1:
             change_vlans();
             break;
-        case 2: {
-            const int vid = some_vid();
-            ASSERT_EQ(chip_.set_pvid(port, number(vid)) == Status::kOk, model_.vlans.count(vid) != 0);
-            if (model_.vlans.count(vid) != 0) {
-                model_.pvid[port] = vid;
-            }
+        case 2:
+            change_pvid();
             break;
-        }
-        case 3: {
-            const bool link = pick(0, 4) != 0;
-            chip_.set_link(port, link);
-            if (link) {
-                model_.up.insert(port);
-            } else {
-                model_.up.erase(port);
-            }
+        case 3:
+            change_link();
             break;
-        }
         case 4:
-            model_.now += pick(0, 100);
-            model_.age();
-            chip_.tick(std::chrono::seconds{model_.now});
+            grow_older();
             break;
         case 5:
             change_groups();

@@ -1,14 +1,18 @@
+// Room for waiting frames, and the order of departures across ports.
 #include "vdevice/chip/queues/egress_queues.h"
 
 namespace vdevice::chip {
-void EgressQueues::put(Time now, int port, size_t queue, const Frame &frame, Dispatch dispatch) {
+
+bool EgressQueues::put(Time now, int port, size_t queue, const Frame &frame, Dispatch dispatch) {
     PortQueues &queues = at(port);
     if (frame.size() > kOctets - octets_ || !queues.has_room(queue, frame.size())) {
-        return queues.count_drop(queue);
+        queues.count_drop(queue);
+        return false;
     }
     octets_ += frame.size();
     queues.put(now, queue, frame, dispatch);
     update(port);
+    return true;
 }
 
 QueuedFrame EgressQueues::take_next() {

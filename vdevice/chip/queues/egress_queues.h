@@ -25,12 +25,12 @@ class EgressQueues {
     const PortQueues &port(int port) const { return ports_[static_cast<size_t>(port)]; }
     size_t waiting_octets() const { return octets_; }
 
-    /** The port's frames have to go through its queues. */
+    /** Whether the port's frames must go through its queues. */
     bool holds(int port) const { return held_.has(port); }
-    /** A frame leaves a port that does not hold it. */
+    /** Counts a frame that leaves without waiting. */
     void pass(int port, size_t queue, size_t octets) { at(port).count(queue, octets); }
-    /** Lets a copy of the frame wait, or drops it for want of room. */
-    void put(Time now, int port, size_t queue, const Frame &frame, Dispatch dispatch);
+    /** Puts a copy of the frame into a queue; false if there is no room. */
+    bool put(Time now, int port, size_t queue, const Frame &frame, Dispatch dispatch);
 
     /** The next frame that leaves; of two at the same time that of the lower port. */
     const std::optional<Departure> &next() const { return next_; }

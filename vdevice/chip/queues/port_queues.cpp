@@ -1,3 +1,4 @@
+// When the next frame of a port leaves, and from which queue.
 #include "vdevice/chip/queues/port_queues.h"
 
 #include <utility>

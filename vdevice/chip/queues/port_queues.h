@@ -4,6 +4,7 @@
 
 #include <stddef.h>
 #include <stdint.h>
+#include <algorithm>
 #include <array>
 #include <list>
 #include <optional>
@@ -18,7 +19,7 @@ namespace vdevice::chip {
 /** Whether a frame was switched or is a mirror's copy, which is not mirrored again. */
 enum class Origin : uint8_t { kSwitched, kMirror };
 
-/** What there is to know of a frame on its way out besides its octets. */
+/** Data of a frame on its way out, besides its octets. */
 struct Dispatch {
     uint32_t priority;
     Origin origin;
@@ -49,7 +50,7 @@ class PortQueues {
     size_t waiting_frames(size_t queue) const { return queues_[queue].frames.size(); }
     size_t waiting_octets(size_t queue) const { return queues_[queue].octets; }
 
-    /** Frames have to go through the queues. */
+    /** Whether frames must go through the queues. */
     bool holds() const { return shaper_.has_value() || is_waiting(); }
     bool is_waiting() const { return departure_.has_value(); }
     bool has_room(size_t queue, size_t octets) const { return octets <= kQueueOctets - queues_[queue].octets; }
@@ -58,13 +59,20 @@ class PortQueues {
     void count(size_t queue, size_t octets);
     void count_drop(size_t queue) { ++queues_[queue].counters.drops; }
 
-    /** When the next frame leaves, if any waits. Whoever calls what follows has taken those that leave until then. */
+    /** When the next frame leaves, if any waits. Frames that leave before must be taken before the calls below. */
     const std::optional<Time> &departure() const { return departure_; }
     /** There must be room. */
     void put(Time now, size_t queue, const Frame &frame, Dispatch dispatch);
     /** The next frame, at its departure. One must wait. */
     QueuedFrame take();
-    /** Throws away what waits and gives its octets. */
+    /** Calls visit(frame) for each frame that waits, those of queue 0 first. */
+    template <typename Visit>
+    void for_each_waiting(Visit visit) const {
+        for (const Queue &queue : queues_) {
+            std::for_each(queue.frames.begin(), queue.frames.end(), visit);
+        }
+    }
+    /** Drops the waiting frames and returns the number of their octets. */
     size_t flush();
 
     /** A rate of 0 ends the shaping: what waits leaves at once. */

@@ -1,3 +1,4 @@
+// The three ways to choose a queue.
 #include "vdevice/chip/queues/scheduler.h"
 
 #include <algorithm>
@@ -44,7 +45,7 @@ size_t Scheduler::next_in_turn(const QueueHeads &heads) {
     return queue;
 }
 
-// Each round gives a quantum at least to every queue that has a frame, so some rounds do for the longest one.
+// Ends after a few rounds: each gives every queue with a frame at least a quantum.
 size_t Scheduler::next_by_weight(const QueueHeads &heads) {
     for (;; end_turn()) {
         size_t &credit = credits_[turn_];

@@ -18,7 +18,7 @@ using QueueHeads = std::array<size_t, kQueues>;
 enum class SchedulerMode : uint32_t {
     kStrict = 0,     /**< the highest queue that has a frame */
     kRoundRobin = 1, /**< a frame of each queue that has one, from queue 0 up */
-    kWeighted = 2,   /**< in turn, too, but so many octets of each queue as its weight lets it have */
+    kWeighted = 2,   /**< in turn, too, with a share of octets by weight */
     kCount = 3,
 };
 
@@ -43,10 +43,10 @@ class Scheduler {
     static constexpr size_t kQuantum = 512; /**< octets for a weight of 1 */
 
     const SchedulerSettings &settings() const { return settings_; }
-    /** Begins a new round. The settings must be good ones. */
+    /** Begins a new round. The settings must be valid. */
     void set(const SchedulerSettings &settings) { *this = Scheduler{settings}; }
 
-    /** The queue that the next frame leaves from, which is served by being asked for. One queue must have a frame. */
+    /** The queue that the next frame leaves from; it counts as served. One queue must have a frame. */
     size_t next(const QueueHeads &heads);
 
     Scheduler() = default;
@@ -60,7 +60,7 @@ class Scheduler {
 
     SchedulerSettings settings_;
     size_t turn_ = 0;                       /**< the queue whose turn it is */
-    bool granted_ = false;                  /**< it has been given its quanta for this turn */
+    bool granted_ = false;                  /**< the queue has got its quanta for this turn */
     std::array<size_t, kQueues> credits_{}; /**< octets that each queue may still send */
 };
 

@@ -1,3 +1,4 @@
+// Sets a limit, and charges frames to its bucket.
 #include "vdevice/chip/rates/limiter.h"
 
 namespace vdevice::chip {
@@ -47,7 +48,7 @@ void Limiter::refuse() {
     ++dropped_;
 }
 
-bool Limiter::charge(size_t octets, Time now) {
+bool Limiter::charge_bucket(size_t octets, Time now) {
     if (!has_room(octets, now)) {
         refuse();
         return false;

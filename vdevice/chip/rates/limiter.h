@@ -1,4 +1,4 @@
-// A limit of a rate that may be set or not, and what became of the frames that met it.
+// An optional limit of a rate, with counts of the frames that passed and that were dropped.
 #pragma once
 
 #include <stdint.h>
@@ -13,7 +13,7 @@ class Limiter {
   public:
     /**
      * A rate of 0 is no limit, and forgets what was counted. A new limit begins with a full bucket; of a changed one
-     * what has come together stays, as far as it fits. Refuses rates and depths that the chip has not.
+     * the level is kept, up to the new depth. Rates and depths out of range are refused.
      */
     Status set(RateLimit limit, Time now);
     /** Another measure begins with a full bucket. */
@@ -25,7 +25,7 @@ class Limiter {
     void pass(size_t octets, Time now);
     void refuse();
     /** Passes or refuses the frame; true if it has passed. */
-    bool charge(size_t octets, Time now);
+    bool charge(size_t octets, Time now) { return !bucket_ || charge_bucket(octets, now); }
 
     /** As it was set. */
     const RateLimit &limit() const { return limit_; }
@@ -36,6 +36,8 @@ class Limiter {
     uint64_t dropped() const { return dropped_; }
 
   private:
+    bool charge_bucket(size_t octets, Time now);
+
     Counting counting_ = Counting::kOctets;
     RateLimit limit_;
     std::optional<TokenBucket> bucket_;

@@ -1,3 +1,4 @@
+// The limit of a type and the joint one, kept together.
 #include "vdevice/chip/rates/storm_control.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Exact arithmetic of rates: nothing is rounded and nothing overflows.
 #include "vdevice/chip/rates/token_bucket.h"
 
 #include <algorithm>

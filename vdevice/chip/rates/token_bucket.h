@@ -1,11 +1,11 @@
-// A token bucket: tells which frames are over a rate, and when the next one is not, on the time handed in.
+// A token bucket: tells which frames are over a rate, and when the next one will conform, on the time handed in.
 #pragma once
 
 #include <stddef.h>
 #include <stdint.h>
 #include <chrono>
 
-#include "vdevice/chip/tables/mac_entry.h"
+#include "vdevice/chip/frame/time.h"
 
 namespace vdevice::chip {
 
@@ -35,9 +35,9 @@ class TokenBucket {
     /** A full bucket. */
     TokenBucket(Counting counting, RateLimit limit, Time now);
 
-    /** What has come together so far stays, as far as it fits. */
+    /** The level is kept, up to the new depth. */
     void set_limit(RateLimit limit, Time now);
-    /** Lets in what has come together until now; a time before the last one lets nothing in. */
+    /** Fills the bucket until now; a time before the last one adds nothing. */
     void fill(Time now);
     /**
      * Takes a frame of so many octets out of the bucket; false, and nothing is taken, when it is over the rate. A frame

@@ -1,3 +1,4 @@
+// The attacks that are recognised in one frame: MAC addresses, IP addresses, TCP flags, fragments.
 #include "vdevice/chip/tables/dos_filter.h"
 
 #include <algorithm>
@@ -15,7 +16,7 @@ constexpr uint8_t kFin = 0x01;
 constexpr uint8_t kSyn = 0x02;
 constexpr uint8_t kPsh = 0x08;
 constexpr uint8_t kUrg = 0x20;
-constexpr uint8_t kTcpFlags = 0x3F; /**< without the two of congestion notification, which say nothing here */
+constexpr uint8_t kTcpFlags = 0x3F; /**< without the two of congestion notification */
 /** A fragment at this offset would overwrite the flags of the first one (RFC 1858). */
 constexpr uint16_t kTinyOffset = 1;
 

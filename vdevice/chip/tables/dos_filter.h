@@ -8,7 +8,7 @@
 
 namespace vdevice::chip {
 
-/** The reason to drop the frame, or nothing if it looks honest. One VLAN tag at most is looked behind. */
+/** The reason to drop the frame, or nothing. At most one VLAN tag is skipped. */
 std::optional<Drop> find_attack(const Header &header);
 
 }  // namespace vdevice::chip

@@ -1,3 +1,4 @@
+// Changes of the chip's rows also change the rows of ports.
 #include "vdevice/chip/tables/dscp_map.h"
 
 namespace vdevice::chip {

@@ -1,5 +1,5 @@
-// What becomes of a DSCP (RFC 2474) on ports that trust it: another one, and the frame's priority. There is one map
-// for the chip, and on single ports there are rows of their own.
+// The new DSCP and the priority of frames on ports that trust the DSCP (RFC 2474): one map for the chip, and rows of
+// single ports that replace its rows.
 #pragma once
 
 #include <stddef.h>
@@ -24,12 +24,12 @@ struct DscpRow {
 
 class DscpMap {
   public:
-    /** A DSCP stays as it is, and its first three bits are the priority, as with the class selectors of old. */
+    /** The DSCP is kept, and its first three bits are the priority, as with class selectors (RFC 2474). */
     static DscpRow power_on_row(uint32_t dscp) {
         constexpr unsigned kClassShift = 3;
         return {static_cast<uint8_t>(dscp), static_cast<uint8_t>(dscp >> kClassShift)};
     }
-    /** A row of these numbers, if each is one. */
+    /** Whether each number is in its range. */
     static Status check(uint32_t dscp, uint32_t mapped, uint32_t priority) {
         return dscp < kDscps && mapped < kDscps && priority < kPriorities ? Status::kOk : Status::kBadArgument;
     }
@@ -38,15 +38,15 @@ class DscpMap {
 
     /** The chip's own row. The DSCP must be one, here and below, and the port must exist. */
     DscpRow row(uint32_t dscp) const { return rows_[dscp]; }
-    /** What holds on a port. */
+    /** The row on a port. */
     DscpRow row(int port, uint32_t dscp) const { return own(port, dscp).value_or(rows_[dscp]); }
     bool has_own(int port, uint32_t dscp) const { return own(port, dscp).has_value(); }
 
-    /** Sets the row of all ports: none keeps one of its own. */
+    /** Sets the chip's row and removes those of ports. */
     void set(uint32_t dscp, DscpRow row);
-    /** From now on the port's row goes before the chip's. */
+    /** Gives the port a row that replaces the chip's. */
     void set(int port, uint32_t dscp, DscpRow row) { own_[static_cast<size_t>(port)][dscp] = row; }
-    /** Sets the priority of all ports, and leaves alone what the DSCP becomes. */
+    /** Sets the priority on all ports, and keeps the new DSCP. */
     void set_priority(uint32_t dscp, uint8_t priority);
 
   private:

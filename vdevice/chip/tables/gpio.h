@@ -14,7 +14,7 @@ class Gpio {
     static constexpr uint32_t kOutputAt = 0x2004;
     static constexpr uint32_t kDirectionAt = 0x2008;
 
-    /** What software reads and writes by a register's address. */
+    /** Registers as software reads and writes them, by address. */
     Status read(uint32_t address, uint32_t &value) const {
         switch (address) {
             case kInputAt:
@@ -50,7 +50,7 @@ class Gpio {
     uint32_t output() const { return output_; }
     uint32_t direction() const { return direction_; }
 
-    /** What the board does to a pin, whatever its direction. */
+    /** Sets the level of a pin from outside, whatever its direction. */
     Status drive(int64_t pin, bool level) {
         if (pin < 0 || pin >= static_cast<int64_t>(kPins)) {
             return Status::kBadArgument;

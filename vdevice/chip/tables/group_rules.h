@@ -1,4 +1,4 @@
-// What the chip does with frames to groups of stations: by the groups' entries, and without one.
+// Settings for frames to groups of stations, with and without an entry of the group.
 #pragma once
 
 #include <stdint.h>
@@ -8,7 +8,7 @@
 
 namespace vdevice::chip {
 
-/** What becomes of an IP multicast frame whose group has no entry. The numbers are the driver's. */
+/** What happens to an IP multicast frame whose group has no entry. The numbers are the driver's. */
 enum class GroupMiss : uint32_t { kFlood = 0, kDrop = 1, kToCpu = 2 };
 
 constexpr std::optional<GroupMiss> find_group_miss(uint32_t number) {
@@ -20,8 +20,8 @@ constexpr std::optional<GroupMiss> find_group_miss(uint32_t number) {
 
 /** A port's settings for the frames that come in on it. */
 struct PortGroupRules {
-    bool uses_entries = true; /**< groups' entries hold; without, their frames are flooded */
-    bool knows_ipv4 = true;   /**< what is said for a miss of an IPv4 group holds */
+    bool uses_entries = true; /**< frames follow their group's entry; otherwise they are flooded */
+    bool knows_ipv4 = true;   /**< ipv4_miss applies */
     GroupMiss ipv4_miss = GroupMiss::kFlood;
     GroupMiss ipv6_miss = GroupMiss::kFlood;
 };
@@ -45,8 +45,8 @@ inline bool is_ipv6_group(Mac mac) {
 }
 
 /**
- * Groups that hosts do not, or need not, ask for: their frames go to everybody, whatever entries say (RFC 4541). They
- * are all stations, the protocols between neighbours, 224.0.0.0/24 and ff02::1.
+ * Groups that hosts do not, or need not, ask for: their frames are flooded, whether there is an entry or not (RFC
+ * 4541): all stations, the protocols between neighbours, 224.0.0.0/24 and ff02::1.
  */
 inline bool is_always_flooded(Mac mac) {
     constexpr Mac kAllNodes{0x333300000001};

@@ -25,7 +25,7 @@ class LearnCounts {
   private:
     static size_t index(int number) { return static_cast<size_t>(number); }
 
-    /** All ones takes one away. */
+    /** @p change is 1 or, to subtract one, all ones. */
     void add(const MacEntry &entry, uint32_t change) {
         if (entry.is_static) {
             return;

@@ -28,7 +28,7 @@ class LearnLimits {
     Limit of_vlan(Vid vid) const { return vlans_[vid]; }
     Limit of_port(int port) const { return ports_[static_cast<size_t>(port)]; }
     Limit of_trunk(int trunk) const { return trunks_[static_cast<size_t>(trunk)]; }
-    /** Behind a trunk the trunk's limit holds and not that of its ports. */
+    /** Of a trunk's port the trunk's limit. */
     Limit of_place(const Place &place) const { return place.is_trunk() ? of_trunk(place.trunk) : of_port(place.port); }
 
     /** Whether one more address may be learned there. */

@@ -10,7 +10,7 @@ struct LearnMode {
     uint32_t number;
     bool learns;         /**< enters source addresses into the MAC table */
     bool passes_unknown; /**< forwards frames from addresses that are not known behind the port */
-    bool tells_cpu;      /**< hands such frames to the CPU instead, whose software decides about the address */
+    bool tells_cpu;      /**< hands such frames to the CPU instead, whose software decides */
 };
 
 constexpr LearnMode kLearnModes[] = {

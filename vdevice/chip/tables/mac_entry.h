@@ -2,15 +2,12 @@
 #pragma once
 
 #include <stdint.h>
-#include <chrono>
 #include <optional>
 
 #include "vdevice/chip/frame/frame.h"
+#include "vdevice/chip/frame/time.h"
 
 namespace vdevice::chip {
-
-/** Time since the device was switched on, always handed in: the chip has no clock of its own. */
-using Time = std::chrono::nanoseconds;
 
 /** Where a station is. Ports of one trunk are one place. */
 struct Place {
@@ -30,15 +27,15 @@ struct MacEntry {
 
     Mac mac;
     Vid vid = 0;
-    int port = 0; /**< of a trunk's address the member that it was last seen on */
+    int port = 0; /**< behind a trunk the member that it was last seen on */
     bool is_static = false;
     Time last_seen{};
     int trunk = kNoTrunk;           /**< the trunk that the address is behind */
     bool is_given_to_trunk = false; /**< software named the trunk itself, not one of its ports */
     bool drops_from = false;        /**< filtering: frames from the address are dropped */
     bool drops_to = false;          /**< filtering: frames to the address are dropped */
-    uint32_t group = 0;             /**< of a group address the number of its port set; 0 for a station's */
-    uint32_t index = 0;             /**< where the entry stands: bucket * kBucketSlots + slot */
+    uint32_t group = 0;             /**< the number of a group address's port set; 0 for a station */
+    uint32_t index = 0;             /**< its place in the table: bucket * kBucketSlots + slot */
 
     Place place() const { return {port, trunk}; }
     bool is_behind(int other_port, int other_trunk) const { return place() == Place{other_port, other_trunk}; }

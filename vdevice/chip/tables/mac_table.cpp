@@ -7,7 +7,7 @@ namespace vdevice::chip {
 
 MacTable::MacTable() : keys_(kCapacity, kFree), entries_(kCapacity) {}
 
-/** The index in the bucket's keys of the first that is the wanted one, or kCapacity. */
+/** The index of the first such key in the bucket, or kCapacity. */
 size_t MacTable::find_key(size_t bucket, uint64_t wanted) const {
     const size_t first = bucket * kBucketSlots;
     for (size_t index = first; index < first + kBucketSlots; ++index) {
@@ -40,7 +40,7 @@ void MacTable::visit_all(Visit visit) {
     }
 }
 
-/** In the place of the address's own entry, or in its bucket's first free slot. */
+/** Replaces the entry of the address, or takes its bucket's first free slot. */
 Status MacTable::put(const MacEntry &entry) {
     const size_t bucket = bucket_of(entry.mac, entry.vid);
     size_t index = find_key(bucket, key(entry.mac, entry.vid));
@@ -69,19 +69,23 @@ void MacTable::erase(const MacEntry &entry) {
     --size_;
 }
 
-void MacTable::learn(Mac mac, Vid vid, int port, Time now, int trunk) {
+Learned MacTable::learn(Mac mac, Vid vid, int port, Time now, int trunk) {
     const MacEntry *known = find(mac, vid);
     if (known != nullptr && known->is_static) {
-        return;
+        return Learned::kStatic;
     }
     const bool is_new = known == nullptr;
     const bool has_moved = !is_new && !known->is_behind(port, trunk);
     if (put(MacEntry{mac, vid, port, false, now, trunk}) != Status::kOk) {
         ++counters_.refused;
-        return;
+        return Learned::kNoRoom;
     }
     counters_.learned += is_new ? 1 : 0;
     counters_.moved += has_moved ? 1 : 0;
+    if (is_new) {
+        return Learned::kNew;
+    }
+    return has_moved ? Learned::kMoved : Learned::kKnown;
 }
 
 bool MacTable::refresh(const MacEntry &known, const Place &place, Time now) {

@@ -1,6 +1,6 @@
-// The chip's MAC table: which place an address of a VLAN is behind. It is a hash of buckets as chips have it, finite
-// and with room for a few addresses of the same hash only. It learns and moves dynamic entries, ages them on the time
-// handed in, and never touches static ones by itself. Entries of group addresses name a set of ports.
+// The chip's MAC table: the place that an address of a VLAN is behind. It is a hash of buckets, finite, with room for
+// a few addresses of the same hash. It learns, moves and ages dynamic entries, on the time handed in; static ones
+// change only by request. Entries of group addresses name a set of ports.
 #pragma once
 
 #include <stdint.h>
@@ -16,6 +16,17 @@
 
 namespace vdevice::chip {
 
+/** What became of a frame's source address. */
+enum class Learned : uint8_t {
+    kNot,       /**< its port does not learn, or the frame's way ended before */
+    kKnown,     /**< it was known at this place; its time is updated */
+    kNew,       /**< it has a new entry */
+    kMoved,     /**< its entry has moved here from another place */
+    kStatic,    /**< it has a static entry, which stays as it is */
+    kNoRoom,    /**< its bucket of the table is full */
+    kOverLimit, /**< a limit does not let it be learned, and the frame is dropped */
+};
+
 class MacTable {
   public:
     static constexpr size_t kBuckets = 1024;
@@ -28,7 +39,7 @@ class MacTable {
         uint64_t learned = 0;
         uint64_t moved = 0;
         uint64_t aged = 0;
-        uint64_t refused = 0; /**< times that an address could not be learned because its bucket was full */
+        uint64_t refused = 0; /**< addresses that were not learned because their bucket was full */
     };
 
     MacTable();
@@ -44,14 +55,14 @@ class MacTable {
     }
 
     /** Learns the source of a frame, moves it, or refreshes it. A static entry stays where it is. */
-    void learn(Mac mac, Vid vid, int port, Time now, int trunk = MacEntry::kNoTrunk);
-    /** Does what learn() would, if it would do no more than note the time; most frames ask for no more. */
+    Learned learn(Mac mac, Vid vid, int port, Time now, int trunk = MacEntry::kNoTrunk);
+    /** Updates the time of an entry that learn() would not change otherwise, as for most frames; else false. */
     bool refresh(const MacEntry &known, const Place &place, Time now);
     const MacEntry *find(Mac mac, Vid vid) const;
-    /** The first entry at or behind an index, or null. */
+    /** The first entry from an index on, or null. */
     const MacEntry *next(uint64_t index) const;
 
-    /** Adds a station's entry in the place of whatever entry the address had. */
+    /** Adds a station's entry and replaces the one that the address had. */
     Status add(const MacEntry &entry);
     Status add_static(Mac mac, Vid vid, int port, int trunk = MacEntry::kNoTrunk);
     Status remove(Mac mac, Vid vid);
@@ -59,10 +70,10 @@ class MacTable {
     size_t remove_if(const std::function<bool(const MacEntry &)> &picks);
     size_t remove_all(const MacFilter &filter);
 
-    /** The visitor may change where an entry is, but not whose it is. */
+    /** The visitor may change the place of an entry, but not its address and VLAN. */
     void for_each(const std::function<void(MacEntry &)> &visit);
 
-    /** Gives a group address a set of ports in the place of the one that it had. */
+    /** Gives a group address a set of ports, which replaces the one that it had. */
     Status add_group(Mac mac, Vid vid, const PortSet &ports);
     Status remove_group(Mac mac, Vid vid);
     void remove_all_groups();
@@ -93,7 +104,7 @@ class MacTable {
     template <typename Visit>
     void visit_all(Visit visit);
 
-    std::vector<uint64_t> keys_;  // apart from the entries, so that a look-up reads one cache line
+    std::vector<uint64_t> keys_;  // not in the entries, so that a look-up reads one cache line
     std::vector<MacEntry> entries_;
     size_t size_ = 0;
     PortSetPool groups_;

@@ -1,3 +1,4 @@
+// Changes of mirror sessions, checked.
 #include "vdevice/chip/tables/mirror_table.h"
 
 #include <optional>

@@ -1,4 +1,4 @@
-// The mirror sessions: whose frames are copied, and to which port.
+// The mirror sessions: the ports whose frames are copied, and the port that gets the copies.
 #pragma once
 
 #include <stddef.h>
@@ -13,10 +13,10 @@ namespace vdevice::chip {
 struct Mirror {
     static constexpr int kNone = -1;
 
-    int destination = kNone;      /**< where the copies of the source ports' frames go */
+    int destination = kNone;      /**< of copies of the source ports' frames */
     PortSet ingress;              /**< ports whose frames are copied as they come in */
     PortSet egress;               /**< ports whose frames are copied as they leave */
-    int flow_destination = kNone; /**< where the frames go that a rule selects */
+    int flow_destination = kNone; /**< of copies of the frames that rules select */
     bool disabled = false;
 
     PortSet sources() const { return ingress | egress; }
@@ -38,14 +38,14 @@ class MirrorTable {
      */
     Status set_port(uint32_t session, int port, int destination, uint32_t mode);
     Status set_flow_destination(uint32_t session, int port);
-    /** A disabled session keeps its ports but copies nothing. There must be something to disable. */
+    /** A disabled session keeps its ports but copies nothing. A session without ports cannot be disabled. */
     Status set_disabled(uint32_t session, bool disabled);
-    /** Whether set_disabled() would be carried out. */
+    /** What set_disabled() would return. */
     Status check_disabled(uint32_t session, bool disabled) const;
     void clear() { sessions_ = {}; }
 
     bool enabled() const { return enabled_; }
-    /** Without it no session copies anything. */
+    /** While off, no session copies anything. */
     void set_enabled(bool enabled) { enabled_ = enabled; }
 
     /** Calls visit(destination) for each copy that is due when a frame comes in on the port. */
@@ -57,7 +57,7 @@ class MirrorTable {
     void for_each_egress_copy(int port, Visit visit) const {
         for_each_copy(&Mirror::egress, port, visit);
     }
-    /** Where the session's rules copy to now, or Mirror::kNone. Any number will do. */
+    /** The port that gets copies of the session's flows, or Mirror::kNone; also for a number without a session. */
     int flow_destination(uint32_t session) const {
         return session < kSessions && copies(sessions_[session]) ? sessions_[session].flow_destination : Mirror::kNone;
     }

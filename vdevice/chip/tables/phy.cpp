@@ -1,3 +1,4 @@
+// Speed and duplex: fixed, or negotiated from the advertised abilities.
 #include "vdevice/chip/tables/phy.h"
 
 #include <algorithm>

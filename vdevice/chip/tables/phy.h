@@ -33,7 +33,7 @@ class Phy {
     bool autoneg() const { return autoneg_; }
     uint32_t abilities() const { return abilities_; }
 
-    /** @name What is in force: the best that is advertised while negotiation is on, else what was set */
+    /** @name In effect: the best advertised ability while negotiation is on, else the setting */
     /** @{ */
     uint32_t speed() const;
     bool full_duplex() const;
@@ -48,7 +48,7 @@ class Phy {
     void set_abilities(uint32_t abilities) { abilities_ = abilities; }
     void set_pause(bool transmit, bool receive) { pause_ = transmit || receive; }
 
-    /** Fibre has no pairs to be crossed. */
+    /** Refused on fibre, which has no pairs to cross. */
     Status set_crossover(uint32_t crossover);
     Crossover crossover() const { return crossover_; }
 

@@ -1,3 +1,4 @@
+// The names of the reasons to drop.
 #include "vdevice/chip/tables/port.h"
 
 namespace vdevice::chip {

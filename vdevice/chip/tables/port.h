@@ -5,8 +5,8 @@
 #include <stdint.h>
 #include <array>
 
+#include "vdevice/chip/frame/chip_ports.h"
 #include "vdevice/chip/frame/frame.h"
-#include "vdevice/chip/frame/port_set.h"
 #include "vdevice/chip/rates/limiter.h"
 #include "vdevice/chip/rates/storm_control.h"
 #include "vdevice/chip/tables/group_rules.h"
@@ -18,7 +18,7 @@
 
 namespace vdevice::chip {
 
-/** Why a frame was not forwarded. Counted on the port that it came in on. */
+/** Why a frame was not forwarded. Counted on the ingress port. */
 enum class Drop : uint8_t {
     kPortDown,          /**< came in on a port that is disabled or has no link */
     kRunt,              /**< no whole Ethernet header */
@@ -30,7 +30,7 @@ enum class Drop : uint8_t {
     kEgressDown,        /**< its destination's port is disabled or has no link */
     kNoDestination,     /**< flooded or redirected, but no other such port is up */
     kNoSwitchTag,       /**< from the CPU without a whole switch tag */
-    kBadOpcode,         /**< from the CPU with an opcode that means nothing */
+    kBadOpcode,         /**< from the CPU with an unknown opcode */
     kDirectedToCpu,     /**< from the CPU, directed to the CPU port itself */
     kDirectedToUnknown, /**< from the CPU, directed to a port that the chip does not have */
     kUnknownSource,     /**< from an address that the port's learning mode does not let pass */
@@ -56,10 +56,10 @@ enum class Drop : uint8_t {
 
 constexpr size_t kDropReasons = static_cast<size_t>(Drop::kCount);
 
-/** The reason as a short word for tables and logs. */
+/** The short name of the reason, for tables and logs. */
 const char *name(Drop reason);
 
-/** How many stations a frame's destination address means. */
+/** The kind of a destination address. */
 enum class Cast : uint8_t { kUnicast, kMulticast, kBroadcast, kCount };
 
 constexpr size_t kCasts = static_cast<size_t>(Cast::kCount);
@@ -74,13 +74,13 @@ constexpr Cast cast_of(Mac destination) {
 /** Egress queues of a port. */
 constexpr uint32_t kQueues = 8;
 
-/** Frames and octets as they stand on the wire, without the frame check sequence. */
+/** Frames and octets on the wire, without the frame check sequence. */
 struct PortCounters {
     uint64_t rx_frames = 0;
     uint64_t rx_octets = 0;
     uint64_t tx_frames = 0;
     uint64_t tx_octets = 0;
-    uint64_t tx_too_long = 0; /**< frames that should have left here but are longer than the port takes */
+    uint64_t tx_too_long = 0; /**< frames that were not sent because they are longer than the port takes */
     std::array<uint64_t, kCasts> rx_casts{};
     std::array<uint64_t, kCasts> tx_casts{};
     std::array<uint64_t, kDropReasons> drops{};
@@ -95,20 +95,20 @@ struct Port {
     bool enabled = true;   /**< administrative state */
     bool link = false;     /**< the far end is there, whatever the administrative state */
     bool cable = false;    /**< a cable is plugged in */
-    uint32_t loopback = 0; /**< not 0: what would leave comes in again */
+    uint32_t loopback = 0; /**< not 0: frames that would leave are received again */
     bool jumbo = true;     /**< takes and sends frames of more than kMaxPlainFrameBytes */
     bool eee = false;      /**< energy-efficient Ethernet */
     Phy phy;
     LearnMode learning = kNormalLearning;
-    PortSet egress = PortSet::all(); /**< where frames from this port may go */
-    Vid pvid = kMinVid;              /**< VLAN of untagged and priority-tagged frames */
-    uint32_t untagged_priority = 0;  /**< the port's own: of untagged frames, and of all that it does not trust */
+    PortSet egress = kAllPorts;     /**< where frames from this port may go */
+    Vid pvid = kMinVid;             /**< VLAN of untagged and priority-tagged frames */
+    uint32_t untagged_priority = 0; /**< of untagged frames, and of all frames that the port does not trust */
     Trust trust = Trust::kDot1p;
     PriorityRemap remap;
     PortTags tags;
     std::array<int32_t, kVlanControls> vlan_controls{};
     PortGroupRules groups;
-    Limiter policer; /**< of all that the port lets in */
+    Limiter policer; /**< of all received frames */
     PortStorm storm;
     Violations violations;
     PortCounters counters;

@@ -1,4 +1,4 @@
-// Which priority of a frame a port believes.
+// Which priority of a frame a port trusts.
 #pragma once
 
 #include <stdint.h>
@@ -18,7 +18,7 @@ enum class Trust : uint8_t {
 
 constexpr uint32_t kTrustModes = 4;
 
-/** What becomes of the priorities in the tags of the frames that come in, before anything else looks at them. */
+/** Replaces the priority in the tag of a received frame, before anything else reads it. */
 struct PriorityRemap {
     std::array<uint8_t, kPriorities> to{0, 1, 2, 3, 4, 5, 6, 7};
 

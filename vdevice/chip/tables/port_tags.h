@@ -12,7 +12,7 @@ namespace vdevice::chip {
 enum class DoubleTag : uint8_t {
     kOff,
     kInternal, /**< towards the provider: the outer tag is the service's */
-    kExternal, /**< towards the customer: all tags are the customer's own, and payload */
+    kExternal, /**< towards the customer: all tags are the customer's, and part of the payload */
 };
 
 constexpr uint32_t kDoubleTagModes = 3;

@@ -1,3 +1,4 @@
+// The priority on ports that do not trust the tag alone.
 #include "vdevice/chip/tables/priority_rules.h"
 
 #include "vdevice/chip/frame/remark.h"
@@ -5,18 +6,16 @@
 namespace vdevice::chip {
 namespace {
 
-uint16_t with_priority(uint16_t tci, uint32_t priority) {
-    return with_bits(tci, kPcpMask, priority << kPcpShift);
+/** The frame in its VLAN, with another priority. */
+Classified with_priority(const Classified &frame, uint32_t priority, ChosenBy chosen_by) {
+    return {with_bits(frame.tci, kPcpMask, priority << kPcpShift), frame.vlan_by, chosen_by};
 }
 
 }  // namespace
 
-Classified PriorityRules::classify(int port, const Port &settings, const Header &header, uint16_t tci) const {
-    const Classified by_tag{tci, std::nullopt};
-    const Classified by_port{with_priority(tci, settings.untagged_priority), std::nullopt};
-    if (settings.trust == Trust::kDot1p) {
-        return by_tag;
-    }
+Classified PriorityRules::by_trust(int port, const Port &settings, const Header &header,
+                                   const Classified &by_tag) const {
+    const Classified by_port = with_priority(by_tag, settings.untagged_priority, ChosenBy::kPort);
     if (settings.trust == Trust::kPort) {
         return by_port;
     }
@@ -25,7 +24,7 @@ Classified PriorityRules::classify(int port, const Port &settings, const Header 
         return settings.trust == Trust::kDscp && defaults_to_port ? by_port : by_tag;
     }
     const DscpRow row = dscps.row(port, *dscp);
-    Classified by_dscp{with_priority(tci, row.priority), std::nullopt};
+    Classified by_dscp = with_priority(by_tag, row.priority, ChosenBy::kDscp);
     if (row.mapped != *dscp) {
         by_dscp.dscp = row.mapped;
     }

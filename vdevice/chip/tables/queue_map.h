@@ -1,4 +1,4 @@
-// Which egress queue a priority goes to: one map for the chip, and on single ports rows of their own.
+// Which egress queue a priority goes to: one map for the chip, and rows of single ports that replace its rows.
 #pragma once
 
 #include <stddef.h>
@@ -27,7 +27,7 @@ class QueueMap {
 
     /** The chip's own row; the priority must be one of 0 to 7. */
     uint32_t queue_of(uint32_t priority) const { return std::min(rows_[priority], queues_ - 1); }
-    /** What holds on a port; it must exist. */
+    /** The queue on a port, which must exist. */
     uint32_t queue_of(int port, uint32_t priority) const {
         const std::optional<uint8_t> own = own_[static_cast<size_t>(port)][priority];
         return own ? std::min<uint32_t>(*own, queues_ - 1) : queue_of(priority);
@@ -40,7 +40,7 @@ class QueueMap {
         }
         return status;
     }
-    /** From now on the port's row goes before the chip's. The port must exist. */
+    /** Gives the port, which must exist, a row that replaces the chip's. */
     Status set(int port, uint32_t priority, uint32_t queue) {
         const Status status = check(priority, queue);
         if (status == Status::kOk) {
@@ -48,7 +48,7 @@ class QueueMap {
         }
         return status;
     }
-    /** The chip's row holds on the port again. Both must exist. */
+    /** Removes the port's row: the chip's applies again. Both must exist. */
     void clear(int port, uint32_t priority) { own_[static_cast<size_t>(port)][priority].reset(); }
     bool has_own(int port, uint32_t priority) const { return own_[static_cast<size_t>(port)][priority].has_value(); }
 

@@ -48,12 +48,12 @@ class ReservedMacs {
     }
 
     bool has(Mac mac) const {
-        // Most frames are to addresses that are far from all these.
+        // Most destinations are outside the range of all entries.
         return !(mac < lowest_) && !(highest_ < mac) && std::find(macs_.begin(), macs_.end(), mac) != macs_.end();
     }
 
   private:
-    /** Free entries are outside the range, so that no frame is to them. */
+    /** Free entries do not count, so that no frame matches them. */
     void update_range() {
         lowest_ = Mac{~uint64_t{0}};
         highest_ = kFree;

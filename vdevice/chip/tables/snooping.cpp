@@ -1,3 +1,4 @@
+// Recognises the messages of IGMP and MLD, and the control groups.
 #include "vdevice/chip/tables/snooping.h"
 
 #include <algorithm>
@@ -26,18 +27,12 @@ bool is_igmp(const IpPacket &packet) {
 
 }  // namespace
 
-bool is_snooped(const Snooping &snooping, const Header &header) {
-    if (!snooping.igmp && !snooping.mld) {
-        return false;
-    }
+bool is_igmp_or_mld(const Header &header, bool igmp, bool mld) {
     const std::optional<IpPacket> packet = read_ip_packet(header);
-    return packet && ((snooping.igmp && is_igmp(*packet)) || (snooping.mld && is_mld(*packet)));
+    return packet && ((igmp && is_igmp(*packet)) || (mld && is_mld(*packet)));
 }
 
-bool is_copied_to_cpu(const Snooping &snooping, const Header &header) {
-    if (!snooping.reserved_multicast) {
-        return false;
-    }
+bool is_to_control_group(const Header &header) {
     const std::optional<IpPacket> packet = read_ip_packet(header);
     return packet && !packet->is_version6() &&
            std::equal(std::begin(kControlGroups), std::end(kControlGroups), packet->destination.begin());

@@ -6,15 +6,22 @@
 namespace vdevice::chip {
 
 struct Snooping {
-    bool igmp = false;               /**< group membership of version 4 goes to the CPU, and nowhere else */
-    bool mld = false;                /**< the same of version 6 */
-    bool reserved_multicast = false; /**< what is flooded to 224.0.0.0/24 reaches the CPU in any case */
+    bool igmp = false;               /**< IGMP messages go to the CPU, and nowhere else */
+    bool mld = false;                /**< MLD messages go to the CPU, and nowhere else */
+    bool reserved_multicast = false; /**< packets to 224.0.0.0/24 that are flooded always reach the CPU */
 };
 
-/** IGMP and MLD messages, as far as they are switched on: software takes them, and sends them on where they belong. */
-bool is_snooped(const Snooping &snooping, const Header &header);
+bool is_igmp_or_mld(const Header &header, bool igmp, bool mld);
+/** A packet to the local network's control groups (RFC 5771). */
+bool is_to_control_group(const Header &header);
 
-/** Packets to the local network's control groups (RFC 5771), if they are switched on. */
-bool is_copied_to_cpu(const Snooping &snooping, const Header &header);
+/** An IGMP or MLD message that the settings give to the CPU: its software sends it on where it belongs. */
+inline bool is_snooped(const Snooping &snooping, const Header &header) {
+    return (snooping.igmp || snooping.mld) && is_igmp_or_mld(header, snooping.igmp, snooping.mld);
+}
+
+inline bool is_copied_to_cpu(const Snooping &snooping, const Header &header) {
+    return snooping.reserved_multicast && is_to_control_group(header);
+}
 
 }  // namespace vdevice::chip

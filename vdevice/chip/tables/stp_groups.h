@@ -1,5 +1,5 @@
 // Spanning-tree groups (IEEE 802.1Q, multiple spanning trees): each VLAN id is in one of them, and each port has a
-// state in each of them that says what passes. The CPU port is no part of any tree and always forwards.
+// state in each of them. The CPU port is not part of any tree and always forwards.
 #pragma once
 
 #include <stdint.h>
@@ -29,7 +29,7 @@ class StpGroups {
 
     explicit StpGroups(const ChipPorts &ports);
 
-    /** Leaves the default group alone, all ports forwarding. */
+    /** Removes all groups but the default one, and lets all ports forward. */
     void reset();
     /** A new group has no VLANs, and all ports forward in it. */
     Status create(int64_t group);
@@ -60,7 +60,7 @@ class StpGroups {
     struct Group {
         bool exists = false;
         std::array<StpState, PortSet::kSize> states{};
-        PortSet forwarding; /**< the same once more, as a set that frames are sent by */
+        PortSet forwarding; /**< the ports whose state is kForwarding */
     };
 
     const Group &at(int group) const { return groups_[static_cast<size_t>(group)]; }

@@ -1,3 +1,4 @@
+// Subnets in order, the smallest first, so that the first match is the best.
 #include "vdevice/chip/tables/subnet_table.h"
 
 #include <algorithm>

@@ -1,5 +1,5 @@
-// VLANs by IPv4 subnet: which VLAN untagged packets of a port belong to, by their source address. Of the subnets that
-// an address is in, the smallest decides.
+// VLANs by IPv4 subnet: the VLAN of untagged packets of a port by their source address. The smallest subnet that
+// contains the address decides.
 #pragma once
 
 #include <stddef.h>
@@ -14,7 +14,7 @@ namespace vdevice::chip {
 struct Subnet {
     int64_t port = 0;
     uint32_t address = 0;
-    uint32_t mask = 0; /**< the network's bits, from the first one on */
+    uint32_t mask = 0; /**< the leading bits, which make the network */
     TagChange change;
 
     bool has_key_of(const Subnet &other) const {
@@ -30,11 +30,11 @@ class SubnetTable {
 
     /** An address with bits outside the mask is refused: no packet would match. */
     Status add(const Subnet &subnet);
-    /** The change does not matter. */
+    /** Removes the entry with the same key, whatever its change. */
     Status remove(const Subnet &subnet);
     void clear() { subnets_.clear(); }
 
-    /** What becomes of a packet, given from its type on; null if no subnet of the port holds its source. */
+    /** The change for a packet, given from its type on; null if no subnet of the port contains its source. */
     const TagChange *find(int port, Bytes payload) const;
     /** The subnets, the smallest first. */
     const std::vector<Subnet> &list() const { return subnets_; }

@@ -5,20 +5,21 @@
 #include <stdint.h>
 #include <optional>
 
+#include "vdevice/chip/tables/classified.h"
 #include "vdevice/chip/tables/port.h"
 #include "vdevice/chip/tables/subnet_table.h"
 #include "vdevice/chip/tables/vid_map.h"
 
 namespace vdevice::chip {
 
-/** What a port reads of a frame. A customer's tags are not taken for the chip's own. */
+/** The header as a port reads it: on a port towards a customer the tags are part of the payload. */
 std::optional<Header> read_header(const PortTags &tags, const Frame &frame);
 
 struct TagRules {
     explicit TagRules(const ChipPorts &ports) : ingress{ports}, egress{ports}, double_tags{ports}, subnets{ports} {}
 
     /** The VLAN and priority of a frame that came in on the port, with these settings. */
-    uint16_t classify(int port, const Port &settings, const Header &header) const;
+    Classified classify(int port, const Port &settings, const Header &header) const;
     /** The tag's control information as the port sends it. */
     uint16_t on_egress(int port, uint16_t tci) const;
 

@@ -1,3 +1,4 @@
+// Recognises the protocols by address, type and what follows it.
 #include "vdevice/chip/tables/traps.h"
 
 namespace vdevice::chip {

@@ -12,7 +12,7 @@ struct Traps {
     bool oam = false;      /**< operation, administration and maintenance, IEEE 802.3 clause 57 */
     bool lldp = false;     /**< Link Layer Discovery Protocol, IEEE 802.1AB */
     bool bpdu = false;     /**< the spanning tree's bridge protocol data units, IEEE 802.1D */
-    uint32_t self_mac = 0; /**< frames to the device's own address: kept without effect */
+    uint32_t self_mac = 0; /**< frames to the device's own address: kept, but without effect */
 };
 
 bool is_trapped(const Traps &traps, const Header &header);

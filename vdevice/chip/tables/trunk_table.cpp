@@ -1,3 +1,4 @@
+// Changes of trunks, checked, and which trunk a port belongs to.
 #include "vdevice/chip/tables/trunk_table.h"
 
 namespace vdevice::chip {
@@ -13,17 +14,9 @@ PortSet set_of(const std::vector<int> &ports) {
 
 }  // namespace
 
-PortSet Trunk::member_set() const {
-    return set_of(members);
-}
-
-const Trunk *TrunkTable::find(int64_t trunk) const {
-    return is_trunk(trunk) && row(trunk).exists ? &row(trunk) : nullptr;
-}
-
 int TrunkTable::member_of(int port) const {
     for (int trunk = 0; trunk < kTrunks; ++trunk) {
-        if (row(trunk).member_set().has(port)) {
+        if (row(trunk).member_set.has(port)) {
             return trunk;
         }
     }
@@ -44,7 +37,7 @@ PortSet TrunkTable::standby() const {
     PortSet configured;
     PortSet members;
     for (const Trunk &trunk : rows_) {
-        members |= trunk.member_set();
+        members |= trunk.member_set;
         if (trunk.exists && trunk.is_configured) {
             configured |= trunk.configured;
         }
@@ -92,6 +85,7 @@ Status TrunkTable::destroy(int64_t trunk) {
         Trunk &gone = row(trunk);
         gone.exists = false;
         gone.members.clear();
+        gone.member_set = {};
         gone.balance = Trunk::kPowerOnMode;
     }
     return status;
@@ -104,6 +98,7 @@ Status TrunkTable::set_members(int64_t trunk, const std::vector<int> &ports) {
     }
     if (status == Status::kOk) {
         row(trunk).members = ports;
+        row(trunk).member_set = set_of(ports);
     }
     return status;
 }

@@ -11,7 +11,7 @@
 
 namespace vdevice::chip {
 
-/** Balancing modes 1 to 3 look at MAC addresses, 4 to 6 at IP addresses and ports. */
+/** Balancing modes 1 to 3 hash MAC addresses, 4 to 6 at IP addresses and ports. */
 constexpr uint32_t kFirstBalanceMode = 1;
 constexpr uint32_t kFirstIpBalanceMode = 4;
 constexpr uint32_t kLastBalanceMode = 6;
@@ -21,14 +21,14 @@ struct Trunk {
 
     bool exists = false;
     std::vector<int> members;   /**< that frames may leave by, in the order in which they were given */
-    PortSet configured;         /**< members that the software counts, those taken out for want of a link too */
+    PortSet member_set;         /**< the same as a set */
+    PortSet configured;         /**< members as the software counts them, including those without a link */
     bool is_configured = false; /**< the software has told its members */
     uint32_t balance = kPowerOnMode;
 
     HashLayer layer() const { return balance >= kFirstIpBalanceMode ? HashLayer::kIp : HashLayer::kMac; }
-    PortSet member_set() const;
-    /** The ports that belong to the trunk, those on standby too. */
-    PortSet ports() const { return is_configured ? configured | member_set() : member_set(); }
+    /** The ports that belong to the trunk, including those on standby. */
+    PortSet ports() const { return is_configured ? configured | member_set : member_set; }
 };
 
 class TrunkTable {
@@ -43,13 +43,12 @@ class TrunkTable {
     static constexpr bool is_trunk(int64_t trunk) { return trunk >= 0 && trunk < kTrunks; }
 
     /** The trunk's row, or null. */
-    const Trunk *find(int64_t trunk) const;
+    const Trunk *find(int64_t trunk) const { return is_trunk(trunk) && row(trunk).exists ? &row(trunk) : nullptr; }
     /** The trunk that the port belongs to as a member or on standby, or kNone. */
     int trunk_of(int port) const;
     /**
-     * The ports that the software counts among a trunk's members but has not given to the chip as such. Frames may come
-     * in by them, as the trunk's, but do not leave: on their own they would make a loop with the trunk's other ports,
-     * which lead to the same neighbour.
+     * Configured ports that are not members. Frames from them are accepted as the trunk's, but none leaves by them:
+     * they lead to the same neighbour as the trunk's other ports, and would close a loop.
      */
     PortSet standby() const;
 
@@ -57,10 +56,11 @@ class TrunkTable {
     Status destroy(int64_t trunk);
     /** The ports that frames leave by. They must exist, be listed once, and not be members of another trunk. */
     Status set_members(int64_t trunk, const std::vector<int> &ports);
-    /** The software's word on which ports belong to the trunk. It outlives the trunk until it is forgotten. */
+    /** The ports that the software counts among the members. They are kept when the trunk is destroyed, until
+     * forgotten. */
     Status set_configured(int64_t trunk, const std::vector<int> &ports);
     Status set_balance(int64_t trunk, uint32_t mode);
-    /** Forgets it if one of its ports is among these. */
+    /** Forgets the configured members if one of them is among these. */
     void forget_configured(int64_t trunk, const PortSet &ports);
     /** Forgets the members of trunks that do not exist. */
     void forget_missing();

@@ -1,3 +1,4 @@
+// Changes of the entries, checked.
 #include "vdevice/chip/tables/vid_map.h"
 
 namespace vdevice::chip {

@@ -1,5 +1,5 @@
-// A finite table that gives frames of one VLAN on one port another tag. Translation on the way in, on the way out and
-// the double-tag entries are three of these.
+// A finite table of tag changes by port and VLAN. There are three: ingress translation, egress translation and the
+// double-tag entries.
 #pragma once
 
 #include <stddef.h>
@@ -27,10 +27,10 @@ class VidMap {
     Status add(int64_t port, uint32_t vid, const TagChange &change);
     Status remove(int64_t port, uint32_t vid);
     void clear() { entries_.clear(); }
-    /** kOk and the change, or why there is none. */
+    /** kOk and the change, or the reason why there is none. */
     Status get(int64_t port, uint32_t vid, TagChange &change) const;
 
-    /** Null if the table says nothing about the VLAN on this port. */
+    /** Null without an entry. */
     const TagChange *find(int port, uint32_t vid) const;
     const std::map<Key, TagChange> &entries() const { return entries_; }
 

@@ -1,5 +1,5 @@
-// The addresses that a port was not let learn because of a limit. Each is remembered once, up to a bound: a flood of
-// made-up addresses must not take up more than that.
+// The addresses that a port has not learned because of a limit. Each is remembered once, up to a bound, since a host
+// may make up any number of them.
 #pragma once
 
 #include <stddef.h>

@@ -1,4 +1,4 @@
-// The VLAN table. Every change first checks its whole range, then writes, so that a refusal leaves nothing behind.
+// The VLAN table. Every change first checks its whole range, then writes, so that a refusal changes nothing.
 #include "vdevice/chip/tables/vlan_table.h"
 
 namespace vdevice::chip {

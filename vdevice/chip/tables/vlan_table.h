@@ -1,5 +1,5 @@
-// The chip's VLAN table (IEEE 802.1Q): member ports and untagged ports of VLANs 1..4094. Changes of a range of VLANs
-// are made whole or not at all.
+// The chip's VLAN table (IEEE 802.1Q): member ports and untagged ports of VLANs 1..4094. A change of a range of
+// VLANs is made for all of them or for none.
 #pragma once
 
 #include <vector>
@@ -35,9 +35,9 @@ class VlanTable {
 
     Status create(VidRange range);
     Status destroy(VidRange range);
-    /** Adds member ports; those in @p untagged leave without a tag, the others with one, whatever they did before. */
+    /** Adds member ports; those in @p untagged send without a tag, the others with one. */
     Status add_ports(VidRange range, const PortSet &ports, const PortSet &untagged);
-    /** Ports that were no members stay so: removing is no error for them. */
+    /** Ports that are not members are ignored. */
     Status remove_ports(VidRange range, const PortSet &ports);
     Status set_ports(uint32_t vid, const PortSet &members, const PortSet &untagged);
     Status set_default(uint32_t vid);

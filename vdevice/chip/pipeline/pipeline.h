@@ -1,0 +1,28 @@
+// The way of a frame through the chip, from the port that it comes in on: its steps, in their order.
+#pragma once
+
+#include "vdevice/chip/pipeline/egress.h"
+#include "vdevice/chip/pipeline/forwarder.h"
+#include "vdevice/chip/pipeline/ingress.h"
+
+namespace vdevice::chip {
+
+class Pipeline {
+  public:
+    Pipeline(Tables &tables, Sink &sink) : tables_{tables}, egress_{tables, sink} {}
+
+    /** The port must exist. */
+    void receive(Time now, int port, Bytes frame);
+    Egress &egress() { return egress_; }
+
+  private:
+    void process(Passage &p);
+    void process_looped(Time now);
+
+    Tables &tables_;
+    Egress egress_;
+    Ingress ingress_{tables_, egress_};
+    Forwarder forwarder_{tables_, egress_};
+};
+
+}  // namespace vdevice::chip

@@ -1,0 +1,142 @@
+// How flows are spread over the members of a trunk.
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <map>
+#include <set>
+
+#include "vdevice/chip/testing/trunk_fixture.h"
+
+namespace vdevice::chip {
+namespace {
+
+using test::ip_packet;
+using test::kBroadcast;
+using test::kMembers;
+using test::kPayload;
+using test::kTrunk;
+using test::Octets;
+using test::station;
+using test::operator+;
+using test::TrunkTest;
+
+TEST_F(TrunkTest, AFlowKeepsItsMember) {
+    make_trunk();
+    send(10, kBroadcast + station(1) + kPayload);
+    for (uint8_t number = 20; number < 40; ++number) {
+        const Octets frame = station(1) + station(number) + kPayload;
+        const int way = way_of(frame);
+        for (int i = 0; i < 10; ++i) {
+            EXPECT_EQ(way_of(frame), way);
+        }
+    }
+}
+
+TEST_F(TrunkTest, FlowsAreSpreadEvenlyByEveryMode) {
+    make_trunk();
+    constexpr int kFlows = 2000;
+    for (uint32_t mode = 1; mode <= 6; ++mode) {
+        ASSERT_EQ(chip_.set_trunk_balance(kTrunk, mode), Status::kOk);
+        std::map<int, int> used;
+        send(10, kBroadcast + station(1) + kPayload);
+        for (int flow = 0; flow < kFlows; ++flow) {
+            const Octets source = {0x02, 0, 0, 1, static_cast<uint8_t>(flow / 250), static_cast<uint8_t>(flow % 250)};
+            ++used[way_of(station(1) + source + ip_packet(1, 2, static_cast<uint16_t>(1000 + flow), 53))];
+        }
+        ASSERT_EQ(used.size(), kMembers.size()) << mode;
+        for (const auto &[port, count] : used) {
+            EXPECT_GT(count, kFlows / 8) << "mode " << mode << ", port " << port;
+        }
+    }
+}
+
+/** By how many members frames leave that differ in one thing only. */
+class HashFields : public test::TrunkTest {
+  protected:
+    int differing(const std::function<Octets(uint8_t)> &frame) {
+        std::set<int> ways;
+        for (uint8_t number = 1; number <= 100; ++number) {
+            ways.insert(way_of(frame(number)));
+        }
+        EXPECT_EQ(ways.count(-1), 0U);
+        return static_cast<int>(ways.size());
+    }
+
+    void prepare(uint32_t mode, HashSides sides) {
+        make_trunk();
+        ASSERT_EQ(chip_.set_trunk_balance(kTrunk, mode), Status::kOk);
+        chip_.set_hash_sides(sides);
+        for (uint8_t number = 1; number <= 101; ++number) {
+            send(10, kBroadcast + station(number) + kPayload);
+        }
+    }
+
+    // Destinations 1 to 101 are behind the trunk, sources from 110 on are not.
+    static Octets macs_source(uint8_t n) { return station(1) + station(static_cast<uint8_t>(110 + n)) + kPayload; }
+    static Octets macs_destination(uint8_t n) { return station(n) + station(110) + kPayload; }
+    static Octets ip_source(uint8_t n) { return station(1) + station(110) + ip_packet(n, 9, 1, 2); }
+    static Octets ip_destination(uint8_t n) { return station(1) + station(110) + ip_packet(9, n, 1, 2); }
+    static Octets port_source(uint8_t n) { return station(1) + station(110) + ip_packet(8, 9, n, 2); }
+    static Octets port_destination(uint8_t n) { return station(1) + station(110) + ip_packet(8, 9, 1, n); }
+};
+
+TEST_F(HashFields, MacSource) {
+    prepare(2, {true, false});
+    EXPECT_EQ(differing(macs_source), 4);
+    EXPECT_EQ(differing(macs_destination), 1);
+    EXPECT_EQ(differing(ip_source), 1);
+}
+
+TEST_F(HashFields, MacDestination) {
+    prepare(1, {false, true});
+    EXPECT_EQ(differing(macs_source), 1);
+    EXPECT_EQ(differing(macs_destination), 4);
+}
+
+TEST_F(HashFields, IpSource) {
+    prepare(5, {true, false});
+    EXPECT_EQ(differing(ip_source), 4);
+    EXPECT_EQ(differing(port_source), 4);
+    EXPECT_EQ(differing(ip_destination), 1);
+    EXPECT_EQ(differing(port_destination), 1);
+    EXPECT_EQ(differing(macs_source), 4) << "not IP: by MAC address";
+}
+
+TEST_F(HashFields, IpDestination) {
+    prepare(4, {false, true});
+    EXPECT_EQ(differing(ip_source), 1);
+    EXPECT_EQ(differing(port_source), 1);
+    EXPECT_EQ(differing(ip_destination), 4);
+    EXPECT_EQ(differing(port_destination), 4);
+}
+
+TEST_F(HashFields, FragmentsGoTogether) {
+    prepare(6, {true, true});
+    EXPECT_EQ(differing([](uint8_t n) { return station(1) + station(110) + ip_packet(8, 9, n, n, 17, 0x2000); }), 1);
+    EXPECT_EQ(differing([](uint8_t n) { return station(1) + station(110) + ip_packet(8, 9, n, n, 17, 1); }), 1);
+    EXPECT_EQ(differing([](uint8_t n) { return station(1) + station(110) + ip_packet(8, 9, n, n, 17, 0x4000); }), 4)
+        << "whole, and not to be fragmented";
+    EXPECT_EQ(differing([](uint8_t n) { return station(1) + station(110) + ip_packet(8, 9, n, n, 1); }), 1)
+        << "no ports in this protocol";
+}
+
+TEST_F(HashFields, Ipv6) {
+    prepare(6, {true, true});
+    const auto packet = [](uint8_t address, uint8_t port) {
+        return station(1) + station(110) + test::octets16(0x86DD) + Octets{0x60, 0, 0, 0, 0, 8, 6, 64} +
+               Octets(15, 0x20) + Octets{address} + Octets(16, 0x20) + Octets{0, port, 0, 80} + Octets(4, 0);
+    };
+    EXPECT_EQ(differing([&](uint8_t n) { return packet(n, 1); }), 4);
+    EXPECT_EQ(differing([&](uint8_t n) { return packet(1, n); }), 4);
+}
+
+TEST_F(HashFields, CutPacketsAreHashedByWhatIsThere) {
+    prepare(6, {true, true});
+    const Octets whole = station(1) + station(110) + ip_packet(8, 9, 1, 2);
+    for (size_t size = kHeaderBytes; size <= whole.size(); ++size) {
+        EXPECT_NE(way_of({whole.begin(), whole.begin() + static_cast<ptrdiff_t>(size)}), -1) << size;
+    }
+}
+
+}  // namespace
+}  // namespace vdevice::chip

@@ -1,0 +1,108 @@
+// Ports that the software counts among a trunk's members, and that wait to be some.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <set>
+#include <vector>
+
+#include "vdevice/chip/testing/trunk_fixture.h"
+
+namespace vdevice::chip {
+namespace {
+
+using namespace std::chrono_literals;
+using test::kA;
+using test::kB;
+using test::kBroadcast;
+using test::kC;
+using test::kCpu;
+using test::kMembers;
+using test::kPayload;
+using test::kTrunk;
+using test::station;
+using test::operator+;
+
+class Standby : public test::TrunkTest {
+  protected:
+    // What the software does when member 13 loses its link: the chip's members are those with a link, and no more.
+    void lose_one() {
+        make_trunk();
+        ASSERT_EQ(chip_.set_trunk_configured(kTrunk, kMembers), Status::kOk);
+        chip_.set_link(13, false);
+        ASSERT_EQ(chip_.set_trunk(kTrunk, {10, 11, 12}), Status::kOk);
+        chip_.set_link(13, true);
+    }
+};
+
+TEST_F(Standby, APortThatIsBackSendsNothingUntilItIsAMember) {
+    lose_one();
+    for (uint8_t number = 1; number < 50; ++number) {
+        const auto ports = outputs(kA, kBroadcast + station(number) + kPayload);
+        EXPECT_EQ(std::count(ports.begin(), ports.end(), 13), 0);
+        EXPECT_EQ(ports.size(), 4U);
+    }
+    ASSERT_EQ(chip_.set_trunk(kTrunk, kMembers), Status::kOk);
+    std::set<int> used;
+    for (uint8_t number = 1; number < 50; ++number) {
+        for (const int port : outputs(kA, kBroadcast + station(number) + kPayload)) {
+            used.insert(port);
+        }
+    }
+    EXPECT_EQ(used.count(13), 1U);
+}
+
+TEST_F(Standby, ItTakesWhatTheNeighbourSendsAlready) {
+    lose_one();
+    EXPECT_EQ(outputs(13, kBroadcast + station(1) + kPayload), (std::vector<int>{kCpu, kA, kB, kC}));
+    EXPECT_EQ(find(1)->trunk, kTrunk);
+    EXPECT_NE(way_of(station(1) + station(9) + kPayload), 13);
+}
+
+TEST_F(Standby, AnEmptiedTrunkKeepsItsPorts) {
+    lose_one();
+    for (const int port : kMembers) {
+        chip_.set_link(port, false);
+    }
+    ASSERT_EQ(chip_.destroy_trunk(kTrunk), Status::kOk);
+    ASSERT_EQ(chip_.create_trunk(kTrunk), Status::kOk);
+    chip_.set_link(10, true);
+    EXPECT_EQ(outputs(kA, kBroadcast + station(1) + kPayload), (std::vector<int>{kCpu, kB, kC}));
+    EXPECT_EQ(chip_.trunk_of(10), kTrunk);
+}
+
+TEST_F(Standby, ADestroyedTrunkFreesItsPorts) {
+    lose_one();
+    ASSERT_EQ(chip_.destroy_trunk(kTrunk), Status::kOk);
+    EXPECT_EQ(outputs(kA, kBroadcast + station(1) + kPayload).size(), 7U);
+    ASSERT_EQ(chip_.create_trunk(kTrunk), Status::kOk);
+    EXPECT_EQ(outputs(kA, kBroadcast + station(1) + kPayload).size(), 7U) << "the new one has no members";
+}
+
+TEST_F(Standby, TheMembersOfATrunkThatStaysAwayAreForgotten) {
+    lose_one();
+    for (const int port : kMembers) {
+        chip_.set_link(port, false);
+    }
+    ASSERT_EQ(chip_.destroy_trunk(kTrunk), Status::kOk);
+    chip_.tick(5s);
+    ASSERT_EQ(chip_.create_trunk(kTrunk), Status::kOk);
+    chip_.set_link(10, true);
+    EXPECT_EQ(outputs(kA, kBroadcast + station(1) + kPayload), (std::vector<int>{kCpu, kB, 10, kC}));
+}
+
+TEST_F(Standby, APortThatLeavesTakesItsAddressesAlong) {
+    make_trunk();
+    ASSERT_EQ(chip_.set_trunk_configured(kTrunk, kMembers), Status::kOk);
+    send(13, kBroadcast + station(1) + kPayload);
+    send(12, kBroadcast + station(2) + kPayload);
+    ASSERT_EQ(chip_.set_trunk(kTrunk, {10, 11, 12}), Status::kOk);
+    ASSERT_NE(find(1), nullptr);
+    ASSERT_EQ(chip_.set_trunk_configured(kTrunk, {10, 11, 12}), Status::kOk);
+    EXPECT_EQ(find(1), nullptr);
+    EXPECT_EQ(find(2)->trunk, kTrunk);
+    EXPECT_EQ(chip_.trunk_of(13), TrunkTable::kNone);
+    EXPECT_EQ(outputs(13, kBroadcast + station(3) + kPayload).size(), 5U) << "a port of its own again";
+}
+
+}  // namespace
+}  // namespace vdevice::chip
