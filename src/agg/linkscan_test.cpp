@@ -1,4 +1,4 @@
-// Members' link changes: the hardware trunk follows, the record stays, the management interface moves when it must.
+// Link changes of members: the hardware trunk follows, the record stays, the management interface moves when needed.
 #include "core/testing/group.h"
 
 namespace {
@@ -71,8 +71,8 @@ TEST_F(LinkScan, UpInAGroupThatIsUpSendsTheEventOnly) {
     EXPECT_EQ(table_bytes(), before);
 }
 
-// The link is read again: what the caller says only chooses the worker.
-TEST_F(LinkScan, UpWithoutALinkThatReadsOneTellsNobody) {
+// The link is read again: the caller's value only selects the worker.
+TEST_F(LinkScan, UpIsNotAnnouncedUnlessALinkReadsOne) {
     set_up_group(0, 1);
     const std::string before = table_bytes();
     set_link(4, 2);
@@ -102,7 +102,7 @@ TEST_F(LinkScan, DownOfTheLastLinkedMemberAnnouncesTheGroupAndKeepsTheRecord) {
 TEST_F(LinkScan, DownWhileAnotherMemberIsLinkedProgramsThatOneSilently) {
     set_up_group(1, 2);
     const std::string before = table_bytes();
-    set_links({4, 5});  // that the leaving port still reads 1 does not keep it
+    set_links({4, 5});  // the leaving port is removed although its link still reads 1
     EXPECT_EQ(adp_agg_linkscan_handle(1, 0, &changed_), 0);
     EXPECT_THAT(driver().take(), ElementsAreArray(calls(link_reads({5}), trunk_set(kGroup, {5}))));
     EXPECT_EQ(changed_, kNotWritten);
@@ -230,7 +230,7 @@ TEST_F(LinkScan, TheFirstGroupWithThePortDecides) {
     EXPECT_THAT(driver().take(), ElementsAreArray(calls(link_reads({4}), trunk_set(8, {4}))));
 }
 
-// The record decides; the map of ports to groups is not asked, and bytes behind the count are no members.
+// The record decides: the map of ports to groups is not read, and bytes after the count are not members.
 TEST_F(LinkScan, OnlyTheRecordsMembersCount) {
     intf_map_trunk[9] = ADP_AGG_INTF(kGroup);
     agg_info[0].ports[0] = 12;
@@ -238,7 +238,7 @@ TEST_F(LinkScan, OnlyTheRecordsMembersCount) {
     EXPECT_THAT(driver().trace(), IsEmpty());
 }
 
-TEST_F(LinkScan, ElevenMembersAreAllLookedAt) {
+TEST_F(LinkScan, AllElevenMembersAreChecked) {
     const Ports ports = agg_test::first_ports(11);
     set_record(kGroup, 1, ports);
     EXPECT_EQ(adp_agg_linkscan_handle(11, 1, nullptr), 0);
@@ -249,8 +249,8 @@ TEST_F(LinkScan, ElevenMembersAreAllLookedAt) {
     EXPECT_THAT(driver().take(), ElementsAreArray(calls(link_reads(kept), trunk_set(kGroup, kept))));
 }
 
-// The table is open to every process that loads the library: a count that no record has room for reads no further.
-TEST_F(LinkScan, ACountBeyondTheRecordEndsWithTheRecord) {
+// The table is exported and anyone can write to it: a count above the record's size must not be followed.
+TEST_F(LinkScan, ACountAboveTheRecordsSizeStopsAtItsEnd) {
     set_record(kGroup, 1, agg_test::first_ports(ADP_AGG_MEMBER_BYTES));
     agg_info[kGroup - 1].count = ADP_AGG_MEMBER_BYTES + 1;
     EXPECT_EQ(adp_agg_linkscan_handle(20, 1, nullptr), 0);

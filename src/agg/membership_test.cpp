@@ -1,4 +1,4 @@
-// Members joining and leaving, alike in the list forms and the bitmap forms.
+// Members joining and leaving: what the list forms and the bitmap forms have in common.
 #include "core/testing/group.h"
 
 namespace {
@@ -67,7 +67,7 @@ class Membership : public agg_test::AggTest, public ::testing::WithParamInterfac
         }
     }
 
-    /** A group as additions leave it: its record, its rows in the map, its manager. */
+    /** A group as it is after additions: its record, its rows in the map, its manager. */
     static void set_group(uint8_t in_use, const Ports &ports, uint32_t manager, const Intfs &mapped) {
         set_record(kGroup, in_use, ports);
         agg_manage_intf[kGroup - 1] = manager;
@@ -76,7 +76,7 @@ class Membership : public agg_test::AggTest, public ::testing::WithParamInterfac
         }
     }
 
-    /** The tables with that group and, elsewhere, what start() leaves. */
+    /** The tables with that group, everything else as after start(). */
     std::string bytes_with(uint8_t in_use, const Ports &ports, uint32_t manager, const Intfs &mapped, int8_t state) {
         start();
         set_group(in_use, ports, manager, mapped);
@@ -99,7 +99,7 @@ TEST_P(Membership, AddingToAnEmptyGroup) {
     }
 }
 
-TEST_P(Membership, AddingLinkedMembersBehindTheOthersAnnouncesTheGroupAsUp) {
+TEST_P(Membership, AddingLinkedMembersAfterTheOthersAnnouncesTheGroupAsUp) {
     const std::string expected = bytes_with(1, {10, 4, 5, 6}, 2, {1, 2, 3}, 1);
     set_record(kGroup, 1, {10});
     agg_manage_intf[kGroup - 1] = 7;
@@ -113,7 +113,7 @@ TEST_P(Membership, AddingLinkedMembersBehindTheOthersAnnouncesTheGroupAsUp) {
     EXPECT_EQ(table_bytes(), expected);
 }
 
-TEST_P(Membership, AddingWhatIsAMemberAlreadyProgramsTheTrunkAgain) {
+TEST_P(Membership, AddingAnExistingMemberProgramsTheTrunkAgain) {
     const std::string expected = bytes_with(1, {5, 4}, 2, {1, 2}, 1);
     set_record(kGroup, 1, {5, 4});
     adp::agg_link_status[kGroup] = 1;
@@ -124,7 +124,7 @@ TEST_P(Membership, AddingWhatIsAMemberAlreadyProgramsTheTrunkAgain) {
     EXPECT_EQ(table_bytes(), expected);
 }
 
-TEST_P(Membership, AddingDoesNotAskWhetherThePortIsInAnotherGroup) {
+TEST_P(Membership, AddingDoesNotCheckWhetherThePortIsInAnotherGroup) {
     set_record(5, 1, {4});
     intf_map_trunk[1] = ADP_AGG_INTF(5);
     EXPECT_EQ(add({1}), 0);
@@ -133,7 +133,7 @@ TEST_P(Membership, AddingDoesNotAskWhetherThePortIsInAnotherGroup) {
     EXPECT_EQ(intf_map_trunk[1], kAgg);
 }
 
-TEST_P(Membership, NineToElevenMembersJoinAndElectNobody) {
+TEST_P(Membership, NineToElevenMembersJoinAndElectNoManager) {
     for (const size_t count : {9u, 10u, 11u}) {
         const Ports ports = first_ports(count);
         const std::string expected = bytes_with(0, ports, 0, first_intfs(count), 0);
@@ -146,7 +146,7 @@ TEST_P(Membership, NineToElevenMembersJoinAndElectNobody) {
     }
 }
 
-TEST_P(Membership, ATwelfthMemberIsRefusedWithNothingDone) {
+TEST_P(Membership, ATwelfthMemberIsRefusedAndChangesNothing) {
     for (const size_t members : {0u, 8u, 11u}) {
         start();
         set_group(1, first_ports(members), 1, first_intfs(members));
@@ -157,7 +157,7 @@ TEST_P(Membership, ATwelfthMemberIsRefusedWithNothingDone) {
     }
 }
 
-TEST_P(Membership, InterfacesBeyondTheMapAreRefusedWhole) {
+TEST_P(Membership, AnInterfaceBeyondTheMapRefusesTheWholeCall) {
     library_test::make_default_map(10);
     set_group(1, {4, 5}, 1, {1, 2});
     const std::string before = table_bytes();
@@ -240,7 +240,7 @@ TEST_P(Membership, RemovingAPortOfAnotherGroupClearsItsRowInTheMapOnly) {
     EXPECT_EQ(record_ports(5), Ports{5});
 }
 
-/** What is left of the tables when call number k fails; the calls after it go on unless it is the decisive one. */
+/** The tables after call number k has failed. Later calls are still made unless the failed one decides the result. */
 TEST_P(Membership, AddingWithEachCallFailingInTurn) {
     const Ports all = {4, 5};
     const Trace whole = calls(link_reads(all), trunk_set(kGroup, all), announced(kGroup, "up"), event(1),
@@ -301,7 +301,7 @@ TEST_P(Membership, RemovingWithEachCallFailingInTurn) {
     }
 }
 
-TEST_P(Membership, AFailedTrunkSetIsReturnedWithNothingChanged) {
+TEST_P(Membership, AFailedTrunkSetIsReturnedAndChangesNothing) {
     for (const int32_t result : kDriverResults) {
         start();
         set_group(1, {4, 5}, 9, {1, 2});

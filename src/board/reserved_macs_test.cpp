@@ -10,10 +10,10 @@ using namespace startup_test;
 constexpr Mac kInUse{0x02, 0x00, 0x00, 0x00, 0x00, 0x01};
 constexpr int32_t kFailures[] = {-1, 1, -33, INT32_MIN};
 
-/** The driver's table. A read that fails shows the entry all the same: only its result must count. */
+/** The driver's table. A failing read still writes the entry, because only its result must count. */
 class Table {
   public:
-    /** Answers the driver's calls from this table. */
+    /** Serves the driver's calls from this table. */
     void serve() {
         recording::driver().on("user_l2_bpdu_get").does([this](recording::Arguments &arguments) {
             const uint32_t index = arguments.u32("index");
@@ -40,7 +40,7 @@ class ReservedAddresses : public library_test::LibraryTest {
   protected:
     void SetUp() override { start_with(kFree); }
 
-    /** A table that holds the same address everywhere, and nothing recorded so far. */
+    /** A table with the same address in every entry, and an empty trace. */
     void start_with(const Mac &mac) {
         start_over();
         table_ = Table();
@@ -56,7 +56,7 @@ class ReservedAddresses : public library_test::LibraryTest {
         }
     }
 
-    /** The trace of a walk over entries @p first to @p last, written being those that it writes. */
+    /** The trace of a walk that reads entries @p first to @p last and writes those in @p written. */
     static Lines walk(uint32_t first, uint32_t last, const std::map<uint32_t, Mac> &written) {
         Lines lines;
         for (uint32_t index = first; index <= last; ++index) {
@@ -68,7 +68,7 @@ class ReservedAddresses : public library_test::LibraryTest {
         return lines;
     }
 
-    /** The reserved addresses in turn, in these entries. */
+    /** The reserved addresses in order, in these entries. */
     static std::map<uint32_t, Mac> addresses_at(const std::vector<uint32_t> &entries) {
         std::map<uint32_t, Mac> written;
         for (const uint32_t index : entries) {
@@ -85,7 +85,7 @@ class ReservedAddresses : public library_test::LibraryTest {
         return indices;
     }
 
-    /** Runs the add, which has to succeed, write into these entries in turn and stop reading at @p last. */
+    /** Runs the add, which must succeed, write into these entries in order and stop reading at @p last. */
     void expect_added_at(const std::vector<uint32_t> &entries, uint32_t last) {
         auto expected = table_.entries;
         for (const auto &[index, mac] : addresses_at(entries)) {
@@ -108,7 +108,7 @@ TEST_F(ReservedAddresses, DeleteReadsTheWholeTable) {
     EXPECT_EQ(driver().trace(), walk(0, 63, {}));
 }
 
-TEST_F(ReservedAddresses, DeleteClearsTheFirstAddressWhereverItStands) {
+TEST_F(ReservedAddresses, DeleteClearsTheFirstAddressInAnyEntry) {
     for (uint32_t index = 0; index < kEntries; ++index) {
         start_with(kInUse);
         auto expected = table_.entries;
@@ -156,7 +156,7 @@ TEST_F(ReservedAddresses, DeleteComparesEveryByte) {
     EXPECT_EQ(driver().trace(), walk(0, 63, {}));
 }
 
-TEST_F(ReservedAddresses, DeletePassesUnreadableEntriesOver) {
+TEST_F(ReservedAddresses, DeleteSkipsUnreadableEntries) {
     for (const int32_t failure : kFailures) {
         start_with(reserved(0));
         for (uint32_t index = 0; index < kEntries; ++index) {
@@ -192,7 +192,7 @@ TEST_F(ReservedAddresses, AddFillsAnEmptyTableFromEntry0) {
     expect_added_at(range(0, 15), 15);
 }
 
-TEST_F(ReservedAddresses, AddPassesEntriesInUseOver) {
+TEST_F(ReservedAddresses, AddSkipsEntriesInUse) {
     start_with_free(range(10, 63));
     expect_added_at(range(10, 25), 25);
 }
@@ -203,13 +203,13 @@ TEST_F(ReservedAddresses, AddFindsScatteredFreeEntries) {
     expect_added_at(free_entries, 63);
 }
 
-TEST_F(ReservedAddresses, AddPassesItsOwnAddressesOverToo) {
+TEST_F(ReservedAddresses, AddSkipsItsOwnAddressesToo) {
     table_.entries.at(0) = reserved(0);
     table_.entries.at(2) = reserved(7);
     expect_added_at({1, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17}, 17);
 }
 
-TEST_F(ReservedAddresses, AddTakesAnyByteAsInUse) {
+TEST_F(ReservedAddresses, AddTreatsAnyNonZeroByteAsInUse) {
     for (uint32_t byte = 0; byte < kFree.size(); ++byte) {
         table_.entries.at(byte).at(byte) = 0x01;
     }
@@ -224,19 +224,19 @@ TEST_F(ReservedAddresses, AddWritesUnreadableEntries) {
     }
 }
 
-TEST_F(ReservedAddresses, AddWithFewerThanSixteenFreeEntriesIsDone) {
+TEST_F(ReservedAddresses, AddWithFewerThanSixteenFreeEntriesSucceeds) {
     start_with_free({63});
     expect_added_at({63}, 63);
     start_with_free(range(49, 63));
     expect_added_at(range(49, 63), 63);
 }
 
-TEST_F(ReservedAddresses, AddToAFullTableIsDone) {
+TEST_F(ReservedAddresses, AddToAFullTableSucceeds) {
     start_with(kInUse);
     expect_added_at({}, 63);
 }
 
-/** A write that fails: the how-many-th of the add, in a table whose entries from the first on are to be written. */
+/** A write of the add that fails: write number @p number, in a table whose entries are written from @p first on. */
 struct FailedWrite {
     uint32_t first;
     uint32_t number;

@@ -1,4 +1,4 @@
-// Remark rules: the rule that each request becomes, and what its caller is told.
+// Remark rules: the rule that each request becomes, and what its caller gets.
 #include <stddef.h>
 
 #include "fp/testing/support.h"
@@ -23,7 +23,7 @@ constexpr uint8_t kFiller = 0xA5;
 constexpr uint8_t kMac[] = {0x02, 0x11, 0x22, 0x33, 0x44, 0x55};
 const std::vector<uint32_t> kAllPorts(8, 0xFFFFFFFF);
 
-/** What request @p rule asks for when it is right: ports, and one action. */
+/** The rule that request @p rule becomes: ports, and one action. */
 FpEntity ports_rule(const RemarkRule &rule, uint32_t word0, uint32_t word1) {
     FpEntity entity = make_rule(1, rule.rule_id, rule.rule_id);
     add_qualifier(&entity, 13, {word0, word1}, kAllPorts);
@@ -33,7 +33,7 @@ FpEntity ports_rule(const RemarkRule &rule, uint32_t word0, uint32_t word1) {
 
 class Remark : public fp_test::FpTest {
   protected:
-    /** A request for the interfaces 1 and 33; what is not read holds something else. */
+    /** A request for the interfaces 1 and 33; unused fields hold a filler. */
     static RemarkRule request(uint8_t form = kPortsOnly, uint8_t field = 0, uint32_t value = 0) {
         RemarkRule rule;
         std::memset(&rule, kFiller, sizeof rule);
@@ -53,7 +53,7 @@ class Remark : public fp_test::FpTest {
         return rule;
     }
 
-    /** The library's call; the model installs @p expected, and the caller is told @p status. */
+    /** The library's call; the model installs @p expected, and the caller gets @p status. */
     void expect_added(RemarkRule rule, const FpEntity &expected, int32_t status = 0) {
         both([&] { return adp_add_remark_rule(&rule); },
              [&] {
@@ -61,7 +61,7 @@ class Remark : public fp_test::FpTest {
                  return installed < 0 ? 102 : status;
              });
     }
-    /** Nothing but the shift of the bitmap happens. */
+    /** Only the shift of the bitmap happens. */
     void expect_refused(RemarkRule rule, int32_t status) {
         RemarkRule expected = rule;
         expected.port_bitmap[0] = 2;
@@ -108,7 +108,7 @@ TEST_F(Remark, PortsAreOneQualifierAndOneActionOnBothEntries) {
     EXPECT_EQ(word_of(recorded(0).actions[0].param), 46u);
 }
 
-TEST_F(Remark, TheRecordIsFilledAsAskedAndEmptyElsewhere) {
+TEST_F(Remark, TheRecordHoldsTheRequestAndIsEmptyElsewhere) {
     const RemarkRule rule = request();
     expect_added(rule, expected_ports(rule));
 }
@@ -166,7 +166,7 @@ TEST_F(Remark, OtherFormsAreRefusedAfterTheShift) {
     }
 }
 
-TEST_F(Remark, WithoutItsSubmoduleARequestIs504BeforeItsFormIsLookedAt) {
+TEST_F(Remark, WithoutItsSubmoduleARequestIs504BeforeItsFormIsChecked) {
     g_stFpInfo[0].submodule_type = 0;
     for (const uint8_t form : {kPortsOnly, kOneField, uint8_t{3}}) {
         expect_refused(request(form), 504);
@@ -183,7 +183,7 @@ TEST_F(Remark, TheIdIsEntityAndPriorityUnchecked) {
     }
 }
 
-TEST_F(Remark, EveryKindAndValue) {
+TEST_F(Remark, EveryKindAndValueIsInstalledAndUnknownKindsAre102) {
     for (int kind = 0; kind <= 255; ++kind) {
         RemarkRule rule = request();
         rule.remark_kind = static_cast<uint8_t>(kind);
@@ -205,7 +205,7 @@ TEST_F(Remark, MacAddressesAreSixBytesUnderAFullMask) {
     }
 }
 
-/** A field of one word: its qualifiers behind that of the ports, of which only the last has the request's value. */
+/** A field of one word: the qualifiers after that of the ports. Only the last one holds the request's value. */
 struct WordField {
     uint8_t field;
     uint32_t type;
@@ -250,7 +250,7 @@ INSTANTIATE_TEST_SUITE_P(OfOneWord, RemarkField,
                                            WordField{11, 28, 0, 0}),
                          [](const auto &row) { return "Number" + std::to_string(row.param.field); });
 
-TEST_F(Remark, TheDscpReachesTheDriverAtItsPlaceInTheByte) {
+TEST_F(Remark, TheDscpReachesTheDriverInTheUpperSixBits) {
     RemarkRule rule = request(kOneField, 8, 46);
     EXPECT_EQ(adp_add_remark_rule(&rule), 0);
     const fp_test::Trace calls = fp_test::driver_calls(driver().trace());
@@ -259,7 +259,7 @@ TEST_F(Remark, TheDscpReachesTheDriverAtItsPlaceInTheByte) {
                                          "user_field_qualify_DSCP(handle=0, unit=0, entry=1291, data=184, mask=255)"}));
 }
 
-TEST_F(Remark, UnknownFieldsAreInstalledWithoutOneAndReported) {
+TEST_F(Remark, UnknownFieldsAreReportedAndInstalledWithoutAField) {
     for (int field = 12; field <= 255; ++field) {
         for (const int kind : {1, 2, 3}) {
             RemarkRule rule = request(kOneField, static_cast<uint8_t>(field), 46);
@@ -315,7 +315,7 @@ TEST_F(Remark, DeletingTakesTheLow16BitsAndNoMeter) {
     EXPECT_EQ(driver().count("user_field_meter_destroy"), 0u);
 }
 
-TEST_F(Remark, DeletingWhatIsNotThereIsFine) {
+TEST_F(Remark, DeletingAnUnknownRuleSucceeds) {
     RemarkRule rule = request();
     expect_added(rule, expected_ports(rule));
     for (const uint32_t id : {0u, 6u, 0x50005u + 1u}) {

@@ -1,4 +1,4 @@
-// The list of installed rules: its start, look-up, and removal from hardware and list.
+// The list of installed rules: its start and look-up.
 #include "fp/testing/support.h"
 
 namespace {
@@ -21,7 +21,7 @@ constexpr char kEntryFormat[] = " del entry=[%d] true_entry=[%d]";
 constexpr char kSecondFormat[] = " del double entry=[%d] true_entry=[%d]";
 constexpr char kInitCall[] = "user_field_init(unit=0, zero=0)";
 
-/** The three calls that take an entry out of the hardware. */
+/** The three calls that remove an entry from the hardware. */
 Trace destroyed(uint32_t entry) {
     const std::string at = "(handle=0, unit=0, entry=" + std::to_string(entry) + ")";
     return {"user_field_action_remove_all" + at, "user_field_qualify_clear" + at, "user_field_entry_destroy" + at};
@@ -33,7 +33,7 @@ std::string meter_destroyed(uint32_t entry) {
 
 class Rules : public fp_test::FpTest {
   protected:
-    /** A node of ours in the list, without any installation. */
+    /** A node that the test puts into the list, without an installation. */
     static FpListNode *put(const FpEntity &rule) {
         auto *node = static_cast<FpListNode *>(calloc(1, sizeof(FpListNode)));
         node->entity = rule;
@@ -61,7 +61,7 @@ class Rules : public fp_test::FpTest {
     std::string printed_;
 };
 
-TEST_F(Rules, InitAsksTheDriverOnceWhenItDoesNotRefuse) {
+TEST_F(Rules, InitCallsTheDriverOnceWhenItSucceeds) {
     for (const int32_t result : {0, 1, 77, INT32_MAX}) {
         driver().on("user_field_init").returns(result);
         EXPECT_EQ(init(), 0);
@@ -70,7 +70,7 @@ TEST_F(Rules, InitAsksTheDriverOnceWhenItDoesNotRefuse) {
     }
 }
 
-TEST_F(Rules, InitShowsTheSecondAnswerAndReturnsTheThird) {
+TEST_F(Rules, InitPrintsTheSecondResultAndReturnsTheThird) {
     const struct {
         int32_t first, second, third;
     } rows[] = {{-1, -2, -3}, {-1, 0, 0}, {-1, -1, 0}, {-5, 0, -6}, {INT32_MIN, INT32_MIN, INT32_MIN}, {-1, 4, 9}};
@@ -101,14 +101,14 @@ TEST_F(Rules, InitDropsTheNodesWithoutFreeingThem) {
     free(other);
 }
 
-TEST_F(Rules, InitEmptiesTheListBeforeTheDriverIsAsked) {
+TEST_F(Rules, InitEmptiesTheListBeforeTheDriverIsCalled) {
     FpListNode *node = put(make_rule(1, 2));
     driver().on("user_field_init").does([](recording::Arguments &) { return installed_rules().empty() ? 0 : -9; });
     EXPECT_EQ(init(), 0);
     free(node);
 }
 
-TEST_F(Rules, AreFoundByBothNumbersTheFirstOfThem) {
+TEST_F(Rules, AreFoundByBothNumbersAndTheFirstMatchIsReturned) {
     FpListNode *of_1 = put(make_rule(1, 7));
     FpListNode *of_2 = put(make_rule(2, 7));
     FpListNode *second_of_1 = put(make_rule(1, 8));
@@ -122,12 +122,12 @@ TEST_F(Rules, AreFoundByBothNumbersTheFirstOfThem) {
     EXPECT_THAT(driver().trace(), IsEmpty());
 }
 
-TEST_F(Rules, AnEmptyListHasNone) {
+TEST_F(Rules, AreNotFoundInAnEmptyList) {
     EXPECT_EQ(adp_fp_find_list_node_by_entity(0, 0), nullptr);
     EXPECT_EQ(adp_fp_find_list_node_by_entity(1, 0), nullptr);
 }
 
-TEST_F(Rules, RemovingWhatIsNotInTheListDoesNothing) {
+TEST_F(Rules, RemovingAnUnknownRuleDoesNothing) {
     add(1, 7, 1294);
     for (const uint32_t action : {0u, 53u}) {
         EXPECT_EQ(remove(1, 8, action), 0);
@@ -138,7 +138,7 @@ TEST_F(Rules, RemovingWhatIsNotInTheListDoesNothing) {
     EXPECT_THAT(last_trace(), IsEmpty());
 }
 
-TEST_F(Rules, RemovingTakesTheEntryOut) {
+TEST_F(Rules, RemovingDestroysTheEntry) {
     add(kOfGroup3, 4, 824);
     EXPECT_EQ(remove(kOfGroup3, 4), 0);
     EXPECT_THAT(last_trace(), ElementsAreArray(joined({logged("adp_fp_delete_entity_rule", 547, kEntryFormat,
@@ -147,7 +147,7 @@ TEST_F(Rules, RemovingTakesTheEntryOut) {
     EXPECT_THAT(installed_rules(), IsEmpty());
 }
 
-TEST_F(Rules, RemovingADoubleRuleTakesTheSecondEntryOutAfterTheFirstAndItsMeterOnce) {
+TEST_F(Rules, RemovingADoubleRuleDestroysTheSecondEntryAfterTheFirstAndItsMeterOnce) {
     add(kOfGroup1, 5, 1410);
     trace_on();
     EXPECT_EQ(remove(kOfGroup1, 5, 53), 0);
@@ -187,7 +187,7 @@ TEST_F(Rules, OnlyActionType53DestroysAMeter) {
     EXPECT_THAT(last_driver_calls(), ElementsAreArray(joined({{meter_destroyed(824)}, destroyed(824)})));
 }
 
-TEST_F(Rules, TheEntryNumberDecidesWhetherTwoEntriesGo) {
+TEST_F(Rules, TheEntryNumberDecidesWhetherTwoEntriesAreDestroyed) {
     for (const uint32_t entry : {1024u, 1025u, 1534u, 1535u}) {
         add(kOfGroup3, 4, entry);  // of a group whose rules take one entry
         EXPECT_EQ(remove(kOfGroup3, 4), 0);
@@ -208,7 +208,7 @@ TEST_F(Rules, RemovingUsesUnit0WhateverTheRecordsUnit) {
     }
 }
 
-TEST_F(Rules, RemovingByRecordLooksAtItsOwnActionsNotAtTheInstalledOnes) {
+TEST_F(Rules, RemovingByRecordUsesItsOwnActionsNotTheInstalledOnes) {
     const auto add_metered = [&] {
         add(kOfGroup3, 4, 824);
         add_action(&installed_rules().back()->entity, 53);
@@ -227,7 +227,7 @@ TEST_F(Rules, RemovingByRecordLooksAtItsOwnActionsNotAtTheInstalledOnes) {
         last_driver_calls(),
         ElementsAreArray(joined({{meter_destroyed(824), meter_destroyed(824), meter_destroyed(824)}, destroyed(824)})));
     add_metered();
-    rule.action_num = 2;  // what is behind the count is not an action
+    rule.action_num = 2;  // what follows the count is not an action
     EXPECT_EQ(remove_ex(rule), 0);
     EXPECT_THAT(last_driver_calls(), ElementsAreArray(joined({{meter_destroyed(824)}, destroyed(824)})));
 }
@@ -251,7 +251,7 @@ TEST_F(Rules, RemovingByRecordReadsNoActionOutsideTheRecord) {
     }
 }
 
-TEST_F(Rules, RemovingOrsAllResultsTogetherAndGoesOn) {
+TEST_F(Rules, RemovingOrsAllResultsTogetherAndContinues) {
     add(kOfGroup1, 5, 1410);
     int32_t bit = 1;
     for (const char *call : {"user_field_meter_destroy", "user_field_action_remove_all", "user_field_qualify_clear",

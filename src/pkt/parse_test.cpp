@@ -1,4 +1,4 @@
-// __adp_receive_frame(): ingress, VLAN check, tags and headers, and frames that end too early.
+// __adp_receive_frame(): ingress interface, tags and headers, and truncated frames.
 #include "pkt/testing/receive.h"
 
 namespace {
@@ -71,11 +71,11 @@ TEST_F(Parse, Ipv4HeaderLengthIsFollowed) {
     EXPECT_EQ(at(desc.udp_header), -1);
 }
 
-TEST_F(Parse, Ipv4HeaderLengthMayPointBehindTheFrame) {
+TEST_F(Parse, Ipv4HeaderLengthMayPointBeyondTheFrame) {
     Bytes header = ipv4(kUdp);
     header[0] = 0x4F;
     EXPECT_EQ(parse(received(5, {kVlan100, kIpv4Type, header})), 0);
-    EXPECT_EQ(at(desc.l4_header), 18 + 60);  // storing it reads nothing
+    EXPECT_EQ(at(desc.l4_header), 18 + 60);  // the pointer is stored, the header is not read
     EXPECT_EQ(at(desc.udp_header), 18 + 60);
 }
 
@@ -98,7 +98,7 @@ TEST_F(Parse, Ipv6HopByHopHeaderIsSkippedByItsLength) {
     EXPECT_EQ(at(desc.l4_header), 18 + 40 + 8 * 255 + 8);
 }
 
-TEST_F(Parse, OtherTypesBehindATagAreNoFailure) {
+TEST_F(Parse, OtherTypesAfterATagAreAccepted) {
     EXPECT_EQ(parse(received(5, {kVlan100, {0x88, 0x63}})), 0);
     EXPECT_EQ(at(desc.vlan_tag), 12);
     EXPECT_EQ(at(desc.l4_header), -1);
@@ -152,7 +152,7 @@ TEST_F(Parse, GroupOfTheIngressPortIsTheInterface) {
     EXPECT_EQ(desc.phy, 5);
 }
 
-TEST_F(Parse, AnUnmappedIngressPortIsNoFailure) {
+TEST_F(Parse, AnUnmappedIngressPortIsAccepted) {
     EXPECT_EQ(parse(received(63, {kVlan100, {0x88, 0x63}})), 0);
     EXPECT_EQ(desc.intf, 0xFFFFFFFFu);
     EXPECT_EQ(desc.phy, 63);
@@ -186,7 +186,7 @@ TEST_F(Parse, CheckRefusesANonMemberBeforeTheStrip) {
     EXPECT_EQ(desc.phy, 5);
 }
 
-TEST_F(Parse, CheckAsksForTheGroupOfTheIngressPort) {
+TEST_F(Parse, CheckTestsTheGroupOfTheIngressPort) {
     intf_map_trunk[2] = ADP_AGG_INTF(1);
     set_vlan_members(1ull << 27);
     EXPECT_EQ(parse(received(5, {kVlan100, {0x88, 0x63}}), 1, 18), 0);
@@ -251,7 +251,7 @@ TEST_F(Parse, CheckRefusesATagThatTheFrameCutsOff) {
     }
 }
 
-// Frames that end too early. The buffer ends with the frame, so the sanitizers see a byte read behind it.
+// Truncated frames. The buffer ends with the frame, so the sanitizers see a byte read beyond it.
 
 TEST_F(Parse, FramesShorterThanTheTagAreRefusedWithNothingWritten) {
     const Bytes frame = received(5, {});
@@ -269,12 +269,12 @@ TEST_F(Parse, FramesShorterThanTheTagAreRefusedWithNothingWritten) {
 struct Truncation {
     const char *name;
     Bytes rest;
-    size_t needed;  // bytes behind the receive tag that parsing has to read
+    size_t needed;  // bytes after the receive tag that parsing has to read
 };
 
 class ParseTruncated : public Parse, public ::testing::WithParamInterface<Truncation> {};
 
-TEST_P(ParseTruncated, IsRefusedWhereverAByteThatMustBeReadIsMissing) {
+TEST_P(ParseTruncated, IsRefusedWhenANeededByteIsMissing) {
     const Truncation &param = GetParam();
     for (size_t length = 0; length <= param.rest.size(); ++length) {
         const Bytes cut(param.rest.begin(), param.rest.begin() + static_cast<long>(length));
@@ -294,7 +294,7 @@ INSTANTIATE_TEST_SUITE_P(
                       Truncation{"OuterAlone", concat({kOuter, {0x88, 0x63}}), 4 + 2}),
     [](const auto &test) { return std::string(test.param.name); });
 
-TEST_F(Parse, WhatWasFoundBeforeTheEndStays) {
+TEST_F(Parse, HeadersFoundBeforeTheEndAreKept) {
     EXPECT_EQ(parse(received(5, {kVlan100, kIpv4Type, {0x45}})), -1);
     EXPECT_EQ(at(desc.vlan_tag), 12);
     EXPECT_EQ(at(desc.ipv4_header), 18);

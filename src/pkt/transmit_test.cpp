@@ -170,7 +170,7 @@ TEST_F(Transmit, OnePortModeKeepsTheDestinationWhenAGroupHasNoManagementInterfac
     expect_sent(0xDA000000 | 5);
 }
 
-TEST_F(Transmit, OnePortModePassesOverIndexZeroEvenWhenItIsNoMember) {
+TEST_F(Transmit, OnePortModeSkipsIndexZeroEvenWhenItIsNotAMember) {
     set_vlan_members(bit(2));
     const Destinations list{2, 0};
     EXPECT_EQ(send(ADP_TX_ONE_PORT, &list, 5), 0);
@@ -183,7 +183,7 @@ TEST_F(Transmit, OnePortModeRefusesOtherTypes) {
     expect_nothing_sent();
 }
 
-TEST_F(Transmit, OnePortModeDoesNotPassOverTheSource) {
+TEST_F(Transmit, OnePortModeDoesNotSkipTheSource) {
     const Destinations list{2, 3};
     EXPECT_EQ(send(ADP_TX_ONE_PORT, &list, ADP_NO_VLAN, 3), 0);
     expect_sent(0xDA000000 | 6);
@@ -204,7 +204,7 @@ TEST_F(Transmit, OnePortModeReportsAFailingVlanService) {
 
 // Modes 2 and 4.
 
-TEST_F(Transmit, VlanPortModesNeedAListBeforeTheyAskForTheVlan) {
+TEST_F(Transmit, VlanPortModesNeedAListBeforeTheyFetchTheVlan) {
     for (const uint32_t mode : {ADP_TX_VLAN_PORT, ADP_TX_VLAN_NOT_SOURCE}) {
         EXPECT_EQ(send(mode, nullptr, 100), -1);
     }
@@ -235,7 +235,7 @@ TEST_F(Transmit, VlanPortModesCheckMembershipInTheFetchedRecord) {
     expect_nothing_sent();
 }
 
-TEST_F(Transmit, OnlyTheLastModePassesOverTheSource) {
+TEST_F(Transmit, OnlyTheLastModeSkipsTheSource) {
     set_vlan_members(bit(2) | bit(3));
     const Destinations list{2, 3};
     EXPECT_EQ(send(ADP_TX_VLAN_PORT, &list, 9, 3), 0);
@@ -244,7 +244,7 @@ TEST_F(Transmit, OnlyTheLastModePassesOverTheSource) {
     expect_sent(0x78000000 | 5);
 }
 
-TEST_F(Transmit, ASourceThatIsNoMemberIsPassedOverUnchecked) {
+TEST_F(Transmit, ASourceThatIsNotAMemberIsSkippedUnchecked) {
     set_vlan_members(bit(2));
     const Destinations list{kAgg2, 2};
     EXPECT_EQ(send(ADP_TX_VLAN_NOT_SOURCE, &list, 9, kAgg2), 0);
@@ -252,7 +252,7 @@ TEST_F(Transmit, ASourceThatIsNoMemberIsPassedOverUnchecked) {
     EXPECT_EQ(send(ADP_TX_VLAN_PORT, &list, 9, kAgg2), -1);
 }
 
-TEST_F(Transmit, ASourceOfAnotherTypeIsPassedOverToo) {
+TEST_F(Transmit, ASourceOfAnotherTypeIsSkippedToo) {
     set_vlan_members(bit(2));
     const Destinations list{2, 0x30000001};
     EXPECT_EQ(send(ADP_TX_VLAN_NOT_SOURCE, &list, 9, 0x30000001), 0);
@@ -260,7 +260,7 @@ TEST_F(Transmit, ASourceOfAnotherTypeIsPassedOverToo) {
     EXPECT_EQ(send(ADP_TX_VLAN_PORT, &list, 9, 0x30000001), -1);
 }
 
-TEST_F(Transmit, VlanPortModesPassOverIndexZeroAndRefuseOtherTypes) {
+TEST_F(Transmit, VlanPortModesSkipIndexZeroAndRefuseOtherTypes) {
     set_vlan_members(bit(2));
     const Destinations other{2, 0x20000002};
     for (const uint32_t mode : {ADP_TX_VLAN_PORT, ADP_TX_VLAN_NOT_SOURCE}) {
@@ -289,14 +289,14 @@ TEST_F(Transmit, GroupsOutsideOneToEightHaveNoManagementInterface) {
 
 // Mode 0 with a list.
 
-TEST_F(Transmit, ListedPortsStandInBothWordsOfTheBitmap) {
+TEST_F(Transmit, ListedPortsFillBothWordsOfTheBitmap) {
     const Destinations list{1, 21, 22, 26};
     EXPECT_EQ(send(ADP_TX_PORTS, &list), 0);
     expect_sent(0x98000000 | 1u << 4 | 1u << 24, 1u << 0 | 1u << 4);
     EXPECT_EQ(driver().count(), 0u);
 }
 
-TEST_F(Transmit, ListedPortsPassOverSourceStrangersAndOtherTypes) {
+TEST_F(Transmit, ListedPortsSkipSourceNonMembersAndOtherTypes) {
     agg_manage_intf[0] = 9;
     set_vlan_members(bit(1) | bit(2) | bit(27));
     const Destinations list{0, 1, 2, 3, kAgg1, kAgg2, 0x20000001};
@@ -315,7 +315,7 @@ TEST_F(Transmit, AListWithoutAReachablePortIsRefused) {
     expect_nothing_sent();
 }
 
-TEST_F(Transmit, AnEmptyListIsRefusedOnlyAfterTheVlanWasAskedFor) {
+TEST_F(Transmit, AnEmptyListIsRefusedOnlyAfterTheVlanIsFetched) {
     const Destinations empty{};
     EXPECT_EQ(send(ADP_TX_PORTS, &empty, 9), -1);
     EXPECT_EQ(driver().count("get_vlan_info"), 1u);
@@ -336,7 +336,7 @@ TEST_F(Transmit, PortsAbove56AreNotAdded) {
 constexpr uint32_t kAllLowPorts = 0x1FFFFF0;  // physical ports 4..24
 constexpr uint32_t kAllHighPorts = 0x1F;      // physical ports 25..29
 
-TEST_F(Transmit, FloodWithoutVlanTakesEveryUserPortButTheSource) {
+TEST_F(Transmit, FloodWithoutVlanReachesEveryUserPortButTheSource) {
     EXPECT_EQ(send(ADP_TX_PORTS, nullptr), 0);
     expect_sent(0xF8000000 | kAllLowPorts, kAllHighPorts);
     EXPECT_EQ(send(ADP_TX_PORTS, nullptr, ADP_NO_VLAN, 1), 0);
@@ -350,12 +350,12 @@ TEST_F(Transmit, FloodWithoutVlanNeverAddsAggregationInterfaces) {
     library_test::make_default_map(2);
     ASSERT_EQ(adp_add_cpu_port(0, 0, 0, 20, 0), 0);
     agg_manage_intf[0] = 0;
-    agg_manage_intf[1] = 60;  // would translate to nothing
+    agg_manage_intf[1] = 60;  // has no port
     EXPECT_EQ(send(ADP_TX_PORTS, nullptr), 0);
     expect_sent(0xF8000000 | 1u << 4 | 1u << 5);
 }
 
-TEST_F(Transmit, FloodPassesOverPortsThatAreNotMapped) {
+TEST_F(Transmit, FloodSkipsUnmappedPorts) {
     library_test::make_default_map(3);
     EXPECT_EQ(send(ADP_TX_PORTS, nullptr), 0);
     expect_sent(0xF8000000 | 1u << 4 | 1u << 5 | 1u << 6);
@@ -370,7 +370,7 @@ TEST_F(Transmit, FloodWithoutAnyPortIsRefused) {
     EXPECT_TRUE(system().sent().empty());
 }
 
-TEST_F(Transmit, FloodInAVlanTakesItsMembers) {
+TEST_F(Transmit, FloodInAVlanReachesItsMembers) {
     set_vlan_members(bit(1) | bit(22) | bit(23));
     EXPECT_EQ(send(ADP_TX_PORTS, nullptr, 9, 22), 0);
     expect_sent(0x98000000 | 1u << 4, 1u << 1);
@@ -413,7 +413,7 @@ TEST_F(Transmit, SucceedsWhenALaterAttemptDoes) {
     expect_sent(0x38000000);
 }
 
-TEST_F(Transmit, AShortSendIsAFailureWithoutAnotherAttempt) {
+TEST_F(Transmit, AShortSendFailsWithoutAnotherAttempt) {
     system().send_only(69);
     EXPECT_EQ(send(ADP_TX_SWITCH, nullptr), -1);
     EXPECT_EQ(system().sent().size(), 1u);

@@ -31,7 +31,7 @@ TEST_F(PortVlanAbility, AggregationInterfaceGHasBit26PlusG) {
     EXPECT_EQ(check_port_vlan_ability(0x10000004, 1), -1);
 }
 
-TEST_F(PortVlanAbility, BitsBeyondTheBitmapAreNoMembers) {
+TEST_F(PortVlanAbility, BitsBeyondTheBitmapAreNotMembers) {
     set_members(~0ull);
     EXPECT_EQ(check_port_vlan_ability(63, 1), 0);
     EXPECT_EQ(check_port_vlan_ability(64, 1), -1);
@@ -63,7 +63,7 @@ TEST_F(PortVlanAbility, TheRecordIsClearedBeforeItIsFetched) {
     EXPECT_EQ(check_port_vlan_ability(1, 5), -1);
 }
 
-TEST_F(PortVlanAbility, HandsTheVlanIdOnUncut) {
+TEST_F(PortVlanAbility, PassesTheWholeVlanIdOn) {
     EXPECT_EQ(check_port_vlan_ability(1, -1), -1);
     EXPECT_EQ(check_port_vlan_ability(1, 0x11005), -1);
     EXPECT_THAT(driver().trace(), ElementsAre("get_vlan_info(vid=4294967295)", "get_vlan_info(vid=69637)"));

@@ -1,4 +1,4 @@
-// adp_get_phy_port_attr(): which port answers, with which driver call.
+// adp_get_phy_port_attr(): which port is read, and by which driver call.
 #include "port/hold.h"
 #include "port/testing/attribute.h"
 
@@ -9,7 +9,7 @@ using adp::HoldState;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-constexpr uint32_t kAnswer = 0xC0FFEE01;
+constexpr uint32_t kRead = 0xC0FFEE01;
 
 class GetAttribute : public AttributeTest {
   protected:
@@ -18,7 +18,7 @@ class GetAttribute : public AttributeTest {
     uint32_t value = kUnwritten;
 };
 
-/** A selector that one port answers. */
+/** A selector that is read from one port. */
 struct GetCase {
     const char *name;
     uint32_t selector;
@@ -55,18 +55,18 @@ class GetOfOnePort : public GetAttribute, public ::testing::WithParamInterface<G
     adp_status_t get(uint32_t intf) { return get(intf, GetParam().selector); }
 
     static void script() {
-        driver().on(GetParam().group_call).sets(GetParam().group_output, kAnswer + 1);
-        driver().on(GetParam().call).sets(GetParam().output, kAnswer);
+        driver().on(GetParam().group_call).sets(GetParam().group_output, kRead + 1);
+        driver().on(GetParam().call).sets(GetParam().output, kRead);
     }
-    static uint32_t group_answer() {
-        return std::strcmp(GetParam().call, GetParam().group_call) == 0 ? kAnswer : kAnswer + 1;
+    static uint32_t group_value() {
+        return std::strcmp(GetParam().call, GetParam().group_call) == 0 ? kRead : kRead + 1;
     }
 
     void expect_on_group(int32_t port) {
         script();
         value = kUnwritten;
         EXPECT_EQ(get(kAgg), 0);
-        EXPECT_EQ(value, group_answer());
+        EXPECT_EQ(value, group_value());
         EXPECT_THAT(driver().take(), ElementsAre(line_of({GetParam().group_call, ""}, port)));
     }
 
@@ -74,22 +74,22 @@ class GetOfOnePort : public GetAttribute, public ::testing::WithParamInterface<G
         script();
         value = kUnwritten;
         EXPECT_EQ(get(intf), 0);
-        EXPECT_EQ(value, kAnswer);
+        EXPECT_EQ(value, kRead);
         EXPECT_THAT(driver().take(), ElementsAre(line_of({GetParam().call, ""}, port)));
     }
 };
 
-TEST_P(GetOfOnePort, UserPortAnswersForItself) {
+TEST_P(GetOfOnePort, UserPortIsReadItself) {
     expect_on_port(1, 4);
     expect_on_port(26, 29);
     expect_on_port(0, 0);
 }
 
-TEST_P(GetOfOnePort, UnmappedPortIsHandedOn) {
+TEST_P(GetOfOnePort, UnmappedPortIsPassedOn) {
     expect_on_port(27, -1);
 }
 
-TEST_P(GetOfOnePort, ManagementInterfaceAnswersForItsGroup) {
+TEST_P(GetOfOnePort, GroupIsReadFromItsManagementInterface) {
     agg_manage_intf[kGroup - 1] = 9;
     set_configured(kGroup, 1u << 3);
     set_active(kGroup, {20});
@@ -98,7 +98,7 @@ TEST_P(GetOfOnePort, ManagementInterfaceAnswersForItsGroup) {
     expect_on_group(-1);
 }
 
-TEST_P(GetOfOnePort, LowestConfiguredMemberAnswersWithoutAManagementInterface) {
+TEST_P(GetOfOnePort, WithoutAManagementInterfaceTheLowestConfiguredMemberIsRead) {
     set_configured(kGroup, 1u << 26 | 1u << 5);
     set_active(kGroup, {20});
     agg_manage_intf[kGroup] = 9;  // another group's
@@ -141,7 +141,7 @@ TEST_P(GetOfOnePort, ReadsChangeNoTable) {
 
 INSTANTIATE_TEST_SUITE_P(Selectors, GetOfOnePort, ::testing::ValuesIn(kOnePortCases), name_of<GetCase>);
 
-/** The two link states, which of a group the active members answer. */
+/** The two link states; those of a group are read from its active members. */
 class GetLink : public GetAttribute, public ::testing::WithParamInterface<GetCase> {
   protected:
     using GetAttribute::get;
@@ -164,7 +164,7 @@ class GetLink : public GetAttribute, public ::testing::WithParamInterface<GetCas
     }
 };
 
-TEST_P(GetLink, UserPortAnswersForItself) {
+TEST_P(GetLink, UserPortIsReadItself) {
     driver().on(GetParam().call).sets("status", 2);
     EXPECT_EQ(get(3), 0);
     EXPECT_EQ(value, 2u);
@@ -175,7 +175,7 @@ TEST_P(GetLink, UserPortAnswersForItself) {
     EXPECT_EQ(value, kUnwritten);
 }
 
-TEST_P(GetLink, FirstActiveMemberWithAStatusAnswersAndTheOthersAreNotAsked) {
+TEST_P(GetLink, FirstActiveMemberWithAStatusDecidesAndTheOthersAreNotRead) {
     script_status([](int32_t port) { return port == 10 ? 5u : port == 11 ? 1u : 0u; });
     set_active(kGroup, {4, 0, 10, 11});
     set_configured(kGroup, 1u << 20);
@@ -203,7 +203,7 @@ TEST_P(GetLink, GroupWithoutActiveMembersIsDownWhateverIsConfigured) {
     expect_on_group(0, {});
 }
 
-TEST_P(GetLink, NineActiveMembersAreNotAsked) {
+TEST_P(GetLink, NineActiveMembersAreNotRead) {
     script_status([](int32_t) { return 1u; });
     set_active(kGroup, {12, 11, 10, 9, 8, 7, 6, 5, 4});
     expect_on_group(0, {});
@@ -222,7 +222,7 @@ TEST_P(GetLink, FirstFailureOnAGroupIs102AndTheOutputIsCleared) {
     }
 }
 
-TEST_P(GetLink, GroupThatDoesNotExistIsRefusedWithTheOutputCleared) {
+TEST_P(GetLink, UnknownGroupIsRefusedWithTheOutputCleared) {
     for (const uint32_t intf : kNoGroups) {
         value = kUnwritten;
         EXPECT_EQ(get(intf), -1);
@@ -273,7 +273,7 @@ TEST_F(GetMaximumSpeed, OfAGroupIsTheLargestOfItsConfiguredMembers) {
     expect(kAgg, 30, {4, 6});
 }
 
-TEST_F(GetMaximumSpeed, OfAGroupIsTheLargestWhereverItStands) {
+TEST_F(GetMaximumSpeed, OfAGroupIsTheLargestInAnyOrder) {
     script();
     set_active(kGroup, {6, 0, 4});
     expect(kAgg, 30, {6, 4});
@@ -310,10 +310,10 @@ TEST_F(GetMaximumSpeed, FailureIs102AndLeavesTheOutputAlone) {
     EXPECT_EQ(value, kUnwritten);
 }
 
-TEST_F(GetAttribute, HeldInterfaceReadsAsEnabledWithoutAskingTheDriver) {
+TEST_F(GetAttribute, HeldInterfaceReadsAsEnabledWithoutADriverCall) {
     adp::port_hold_state[3 - 1] = HoldState::kHeld;
     adp::port_hold_state[ADP_USER_PORTS + kGroup - 1] = HoldState::kHeld;
-    // The group has no member at all that could answer.
+    // The group has no member that could be read.
     for (const uint32_t intf : {3u, kAgg}) {
         value = kUnwritten;
         EXPECT_EQ(get(intf, ADP_ATTR_ADMIN_STATE), 0);
@@ -322,12 +322,12 @@ TEST_F(GetAttribute, HeldInterfaceReadsAsEnabledWithoutAskingTheDriver) {
     EXPECT_THAT(driver().trace(), IsEmpty());
 }
 
-TEST_F(GetAttribute, StateOfAGroupAndOfItsMembersAreApart) {
+TEST_F(GetAttribute, StateOfAGroupAndOfItsMembersAreSeparate) {
     driver().on("user_port_enable_get").sets("enable", 0);
     agg_manage_intf[kGroup - 1] = 3;
     adp::port_hold_state[3 - 1] = HoldState::kHeld;
     EXPECT_EQ(get(kAgg, ADP_ATTR_ADMIN_STATE), 0);
-    EXPECT_EQ(value, 0u) << "the held member is asked, not its state";
+    EXPECT_EQ(value, 0u) << "the held member is read, not its state";
     adp::port_hold_state[3 - 1] = HoldState::kFree;
     adp::port_hold_state[ADP_USER_PORTS + kGroup - 1] = HoldState::kHeld;
     EXPECT_EQ(get(3, ADP_ATTR_ADMIN_STATE), 0);
@@ -335,7 +335,7 @@ TEST_F(GetAttribute, StateOfAGroupAndOfItsMembersAreApart) {
     EXPECT_EQ(driver().count(), 2u);
 }
 
-TEST_F(GetAttribute, DisabledInterfaceIsWhatTheDriverSays) {
+TEST_F(GetAttribute, DisabledInterfaceReadsAsTheDriverReports) {
     driver().on("user_port_enable_get").sets("enable", 7);
     adp::port_hold_state[3 - 1] = HoldState::kDisabled;
     EXPECT_EQ(get(3, ADP_ATTR_ADMIN_STATE), 0);
@@ -352,7 +352,7 @@ TEST_F(GetAttribute, SelectorsWithoutAGetLeaveTheOutputAlone) {
     EXPECT_THAT(driver().trace(), IsEmpty());
 }
 
-TEST_F(GetAttribute, UnknownSelectorIsToldBeforeTheInterfaceIsLookedAt) {
+TEST_F(GetAttribute, UnknownSelectorIsReportedBeforeTheInterfaceIsChecked) {
     for (const uint32_t selector : {15u, 16u, 0x100u, 0x80000000u, 0xFFFFFFFFu}) {
         for (const uint32_t intf : {1u, kAgg, ADP_AGG_INTF(9), 0x20000001u, 0xFFFFFFFFu}) {
             EXPECT_EQ(get(intf, selector), 101);
@@ -372,7 +372,7 @@ TEST_F(GetAttribute, OtherInterfaceTypesAreRefusedUnderEverySelector) {
     EXPECT_THAT(driver().trace(), IsEmpty());
 }
 
-TEST_F(GetAttribute, GroupsThatDoNotExistAreRefusedUnderEverySelectorThatAsksForMembers) {
+TEST_F(GetAttribute, UnknownGroupsAreRefusedUnderEverySelectorThatNeedsMembers) {
     for (const uint32_t intf : kNoGroups) {
         for (const uint32_t selector : {0u, 1u, 2u, 3u, 4u, 5u, 6u, 9u, 10u, 11u, 12u, 13u, 14u}) {
             EXPECT_EQ(get(intf, selector), -1) << intf << " " << selector;

@@ -17,7 +17,7 @@ PortCall write_abilities(uint32_t abilities) {
     return {"user_port_ability_advert_set", value_of("abilities", abilities)};
 }
 
-Lines asked_maximum(const std::vector<int32_t> &ports) {
+Lines maximum_reads(const std::vector<int32_t> &ports) {
     return lines_of({{"user_port_speed_max", ""}}, ports);
 }
 
@@ -52,7 +52,7 @@ const SetCase kGigabitCases[] = {
 
 INSTANTIATE_TEST_SUITE_P(Gigabit, SetOnConfigured, ::testing::ValuesIn(kGigabitCases), name_of<SetCase>);
 
-/** A set on 10-gigabit ports: some calls name the number handed in, the others that number translated once more. */
+/** A set on 10-gigabit ports: some calls get the number passed in, the others that number translated once more. */
 struct UplinkCall {
     PortCall call;
     bool is_on_translation = false;
@@ -119,15 +119,15 @@ const UplinkCase kUplinkCases[] = {
      {{kReadAbilities}, speed_set(10), on_translation(write_abilities(0x00000000))}},
 };
 
-/** What a set hands on, and that number's translation. */
-struct Handed {
+/** The number that a set passes on, and that number's translation. */
+struct PassedOn {
     int32_t number;
     int32_t translation;
 };
 
-Lines uplink_lines(const UplinkCase &set, const std::vector<Handed> &ports) {
+Lines uplink_lines(const UplinkCase &set, const std::vector<PassedOn> &ports) {
     Lines lines;
-    for (const Handed &port : ports) {
+    for (const PassedOn &port : ports) {
         for (const UplinkCall &call : set.calls) {
             lines.push_back(line_of(call.call, call.is_on_translation ? port.translation : port.number));
         }
@@ -154,25 +154,25 @@ class SetOnUplinks : public AttributeTest, public ::testing::WithParamInterface<
 
     static bool is_speed() { return GetParam().selector == ADP_ATTR_SPEED; }
 
-    static void expect_set(uint32_t intf, const std::vector<int32_t> &asked, const std::vector<Handed> &ports) {
+    static void expect_set(uint32_t intf, const std::vector<int32_t> &asked, const std::vector<PassedOn> &ports) {
         const std::string tables = library_test::table_bytes();
         EXPECT_EQ(set(intf), 0);
-        EXPECT_EQ(driver().take(), asked_maximum(asked) + uplink_lines(GetParam(), ports));
+        EXPECT_EQ(driver().take(), maximum_reads(asked) + uplink_lines(GetParam(), ports));
         EXPECT_EQ(library_test::table_bytes(), tables);
     }
 };
 
-TEST_P(SetOnUplinks, UserPortHandsItsPhysicalPortOnForSpeedAndElseItsInterfaceNumber) {
+TEST_P(SetOnUplinks, UserPortPassesItsPhysicalPortForSpeedAndElseItsInterfaceNumber) {
     script();
-    expect_set(25, {28}, {is_speed() ? Handed{28, 28} : Handed{25, 28}});
+    expect_set(25, {28}, {is_speed() ? PassedOn{28, 28} : PassedOn{25, 28}});
 }
 
-TEST_P(SetOnUplinks, UnmappedPortIsHandedOn) {
+TEST_P(SetOnUplinks, UnmappedPortIsPassedOn) {
     script();
-    expect_set(27, {-1}, {is_speed() ? Handed{-1, -1} : Handed{27, -1}});
+    expect_set(27, {-1}, {is_speed() ? PassedOn{-1, -1} : PassedOn{27, -1}});
 }
 
-TEST_P(SetOnUplinks, ConfiguredMembersAreAskedAndActiveOnesSet) {
+TEST_P(SetOnUplinks, ConfiguredMembersAreReadAndActiveOnesSet) {
     script();
     set_configured(kGroup, 1u << 25 | 1u << 4);
     set_active(kGroup, {11, 5, 29});
@@ -180,7 +180,7 @@ TEST_P(SetOnUplinks, ConfiguredMembersAreAskedAndActiveOnesSet) {
     expect_set(kAgg, {7, 28}, {{11, 14}, {5, 8}, {29, -1}});
 }
 
-TEST_P(SetOnUplinks, WithoutConfiguredMembersTheActiveOnesAreAskedToo) {
+TEST_P(SetOnUplinks, WithoutConfiguredMembersTheActiveOnesAreReadToo) {
     script();
     set_active(kGroup, {0, 28, 26});
     expect_set(kAgg, {28, 26}, {{28, -1}, {26, 29}});
@@ -201,7 +201,7 @@ TEST_P(SetOnUplinks, EightActiveMembersAreSetAndNineAreNot) {
     expect_set(kAgg, {28}, {});
 }
 
-TEST_P(SetOnUplinks, UnmappedMemberIsHandedOn) {
+TEST_P(SetOnUplinks, UnmappedMemberIsPassedOn) {
     script();
     set_configured(kGroup, 1u << 25);
     set_active(kGroup, {200});
@@ -223,7 +223,7 @@ TEST_P(SetOnUplinks, FirstFailureOnAGroupIs102) {
 
 INSTANTIATE_TEST_SUITE_P(TenGigabit, SetOnUplinks, ::testing::ValuesIn(kUplinkCases), name_of<UplinkCase>);
 
-/** The three selectors that ask for the maximum speed. */
+/** The three selectors that read the maximum speed. */
 class SpeedMethod : public AttributeTest, public ::testing::WithParamInterface<uint32_t> {
   protected:
     static constexpr uint32_t kMode = 77;
@@ -254,14 +254,14 @@ TEST_P(SpeedMethod, AnyOtherMaximumDoesNothing) {
     for (const uint32_t maximum : {0u, 100u, 999u, 1001u, 2500u, 9999u, 10001u, 40000u, 0xFFFFFFFFu}) {
         driver().on("user_port_speed_max").sets("speed", maximum);
         EXPECT_EQ(set(3), 0);
-        EXPECT_EQ(driver().take(), asked_maximum({6}));
+        EXPECT_EQ(driver().take(), maximum_reads({6}));
         EXPECT_EQ(set(kAgg), 0);
-        EXPECT_EQ(driver().take(), asked_maximum({6, 8}));
+        EXPECT_EQ(driver().take(), maximum_reads({6, 8}));
     }
 }
 
-TEST_P(SpeedMethod, LargestMaximumOfAGroupWinsWhereverItStands) {
-    const Lines orders_asked[] = {asked_maximum({28, 4, 5}), asked_maximum({4, 28, 5}), asked_maximum({4, 5, 28})};
+TEST_P(SpeedMethod, LargestMaximumOfAGroupDecidesInAnyOrder) {
+    const Lines expected_reads[] = {maximum_reads({28, 4, 5}), maximum_reads({4, 28, 5}), maximum_reads({4, 5, 28})};
     const std::vector<uint8_t> orders[] = {{28, 4, 5}, {4, 28, 5}, {4, 5, 28}};
     for (size_t order = 0; order < std::size(orders); ++order) {
         start_over();
@@ -270,8 +270,8 @@ TEST_P(SpeedMethod, LargestMaximumOfAGroupWinsWhereverItStands) {
         EXPECT_EQ(set(kAgg), 0);
         Lines lines = driver().take();
         EXPECT_TRUE(is_ten_gigabit_method(lines));
-        lines.resize(orders_asked[order].size());
-        EXPECT_EQ(lines, orders_asked[order]);
+        lines.resize(expected_reads[order].size());
+        EXPECT_EQ(lines, expected_reads[order]);
     }
 }
 
@@ -287,7 +287,7 @@ TEST_P(SpeedMethod, ConfiguredMembersDecideAndActiveOnesDoNot) {
     EXPECT_TRUE(is_ten_gigabit_method(driver().take()));
 }
 
-TEST_P(SpeedMethod, GroupWithoutMembersIsDone) {
+TEST_P(SpeedMethod, GroupWithoutMembersSucceeds) {
     script_default_board();
     agg_manage_intf[kGroup - 1] = 25;
     EXPECT_EQ(set(kAgg), 0);
@@ -297,7 +297,7 @@ TEST_P(SpeedMethod, GroupWithoutMembersIsDone) {
 TEST_P(SpeedMethod, UnreadableMaximumIs102AndSetsNothing) {
     driver().fail_every("user_port_speed_max", 5);
     EXPECT_EQ(set(3), 102);
-    EXPECT_EQ(driver().take(), asked_maximum({6}));
+    EXPECT_EQ(driver().take(), maximum_reads({6}));
 }
 
 INSTANTIATE_TEST_SUITE_P(Selectors, SpeedMethod,

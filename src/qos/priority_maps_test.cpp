@@ -20,7 +20,7 @@ constexpr uint32_t kNone = 2;
 constexpr uint32_t kUnknownTypes[] = {3, 7, 0x100, 0x101, 0x80000000, 0xFFFFFFFF};
 constexpr uint32_t kDefaultQueues[] = {0, 0, 1, 1, 2, 2, 3, 3};
 
-/** What callers hand in, with something in every byte. */
+/** The callers' maps, with a value in every byte. */
 struct Maps {
     adp_dot1p_map_entry_t dot1p[ADP_PRIORITIES];
     adp_dscp_map_entry_t dscp[ADP_DSCP_COUNT];
@@ -104,7 +104,7 @@ TEST_P(PriorityMap, OfItsOwnTypeMakesACallForEachRowInAscendingOrder) {
     EXPECT_EQ(map_bytes(), before);
 }
 
-TEST_P(PriorityMap, OfTypeTwoIsAcceptedAndNeedsNothing) {
+TEST_P(PriorityMap, OfTypeTwoIsAcceptedAndMakesNoCall) {
     const std::string before = map_bytes();
     EXPECT_EQ(GetParam().run(kNone), 0);
     EXPECT_THAT(driver().trace(), IsEmpty());
@@ -159,7 +159,7 @@ class MapRead : public library_test::LibraryTest {
     static uint8_t read_mapped(uint32_t dscp) { return static_cast<uint8_t>(dscp + 1); }
     static uint8_t read_priority(uint32_t dscp) { return static_cast<uint8_t>(0xC0 - dscp); }
 
-    /** The maps as handed in, the first rows replaced by what the driver reads. */
+    /** The maps as passed in, the first rows replaced by what the driver reads. */
     static std::string expected_bytes(uint32_t priorities, uint32_t dscps) {
         fill_maps();
         for (uint32_t priority = 0; priority < priorities; ++priority) {
@@ -204,7 +204,7 @@ TEST_F(MapRead, LeavesTheRowsFromTheFailingOneOnAlone) {
 
 class MapWrite : public library_test::LibraryTest {};
 
-TEST_F(MapWrite, OfAnArrayAsCallersHaveItIsEightPairsOfWordsOrSixtyFourTriplesOfBytes) {
+TEST_F(MapWrite, ReadsEightPairsOfWordsOrSixtyFourTriplesOfBytes) {
     const uint32_t pairs[2 * ADP_PRIORITIES] = {7, 99, 6, 99, 5, 99, 4, 99, 3, 99, 2, 99, 1, 99, 0, 99};
     adp_dot1p_map_entry_t dot1p[ADP_PRIORITIES];
     static_assert(sizeof dot1p == sizeof pairs);
@@ -277,14 +277,14 @@ TEST_F(DscpRow, ReturnsTheDriversResult) {
     EXPECT_EQ(priority, 2);
 }
 
-/** Words that would change if they were cut to 32 bits on a machine with longer ones. */
+/** Words that would change if they were cut to 32 bits on a machine with longer words. */
 constexpr uintptr_t word(uintptr_t number) {
     return UINTPTR_MAX - number;
 }
 
 class PassedThrough : public library_test::LibraryTest {
   protected:
-    /** Notes the words that a driver call gets under these names. */
+    /** Records the words that a driver call gets under these names. */
     void watch(const char *call, const std::vector<const char *> &names) {
         driver().on(call).does([this, names](recording::Arguments &arguments) {
             words_.clear();
@@ -299,7 +299,7 @@ class PassedThrough : public library_test::LibraryTest {
     uint32_t output_ = port_calls::kNotWritten;
 };
 
-TEST_F(PassedThrough, WordsOfTheQueueMapArriveWhole) {
+TEST_F(PassedThrough, WordsOfTheQueueMapArePassedOnWhole) {
     watch("user_qos_pri_queue_map_set", {"unit", "zero", "priority", "queue"});
     EXPECT_EQ(adp_cosq_mapping_set(word(1), word(2), word(3), word(4)), 0);
     EXPECT_THAT(words_, ElementsAre(word(1), word(2), word(3), word(4)));
@@ -308,7 +308,7 @@ TEST_F(PassedThrough, WordsOfTheQueueMapArriveWhole) {
     EXPECT_THAT(words_, ElementsAre(word(5), word(6), word(7)));
 }
 
-TEST_F(PassedThrough, WordsOfTheDscpMapArriveWhole) {
+TEST_F(PassedThrough, WordsOfTheDscpMapArePassedOnWhole) {
     watch("user_qos_dscp_map_set", {"unit", "zero", "dscp", "priority"});
     EXPECT_EQ(adp_dscp_map_set(word(1), word(2), word(3), word(4)), 0);
     EXPECT_THAT(words_, ElementsAre(word(1), word(2), word(3), word(4)));
@@ -317,7 +317,7 @@ TEST_F(PassedThrough, WordsOfTheDscpMapArriveWhole) {
     EXPECT_THAT(words_, ElementsAre(word(5), word(6), word(7)));
 }
 
-TEST_F(PassedThrough, WordsOfTheRemapArriveWholeBehindASingleZero) {
+TEST_F(PassedThrough, WordsOfTheRemapArePassedOnWholeAfterASingleZero) {
     watch("user_qos_pri_remap_set",
           {"unit", "first", "second", "fourth", "further1", "further2", "further3", "further4"});
     EXPECT_EQ(adp_set_dot1p_pri_remap(word(1), word(2), word(3), word(4), word(5), word(6), word(7), word(8)), 0);
@@ -340,7 +340,7 @@ TEST_F(PassedThrough, NoCallIsAddedAndNoUnit) {
     EXPECT_EQ(output_, port_calls::kNotWritten);
 }
 
-TEST_F(PassedThrough, OutputsAreTheDriversAndSoAreTheResults) {
+TEST_F(PassedThrough, OutputsAndResultsAreTheDrivers) {
     driver().on("user_qos_pri_queue_map_get").sets("queue", 0xFFFFFFFEu);
     driver().on("user_qos_dscp_map_get").sets("priority", 0x80000001u).returns(-5);
     EXPECT_EQ(adp_cosq_mapping_get(0, 0, 1, &output_), 0);

@@ -1,4 +1,4 @@
-// Egress queues: their set-up, the schedulers by mask, the weights that are read over, and the shapers.
+// Egress queues: their set-up, the schedule of one queue, and the shapers.
 #include "tests/support/port_calls.h"
 
 namespace {
@@ -47,13 +47,13 @@ std::string mode_set(uint32_t mask, uint32_t mode) {
     return sched_set(mask, mode, "[0, 0, 0, 0, 0, 0, 0, 0]", 0);
 }
 
-// The mask stands where the driver call has a port, whose number is signed.
+// The mask is passed as the driver call's port, which is signed.
 std::string mapping_set(uint32_t mask, uint32_t priority, uint32_t queue) {
     return "user_cosq_port_mapping_set(unit=0, zero=0, port=" + std::to_string(static_cast<int32_t>(mask)) +
            ", priority=" + std::to_string(priority) + ", queue=" + std::to_string(queue) + ")";
 }
 
-// These take the interface's mask, so that only what they refuse is as for other calls.
+// These pass the interface's mask, so only their refusals are the same as for other calls.
 const std::vector<PortCall> kByMask = {
     {"Mode", [](uint32_t intf) { return adp_set_port_queue_sch_mode(intf, 1); }, "user_cosq_port_sched_set", ""},
     {"Weights", [](uint32_t intf) { return adp_set_queue_weight_pri(intf, 5, 0, kWeights); },
@@ -81,8 +81,8 @@ class Scheduler : public library_test::LibraryTest {
     static adp_status_t set_weights(uint32_t intf, const adp_queue_weights_t &weights = kWeights) {
         return adp_set_queue_weight_pri(intf, 5, 0, weights);
     }
-    /** What the driver reads out besides the weights. */
-    static recording::Script &answer(uint32_t mode, uint32_t delay) {
+    /** What the driver reads besides the weights. */
+    static recording::Script &script_read(uint32_t mode, uint32_t delay) {
         return driver().on("user_cosq_port_sched_get").sets("mode", mode).sets("delay", delay);
     }
 };
@@ -116,7 +116,7 @@ TEST_F(Scheduler, ModeThreeIsRefusedBeforeAnythingElse) {
     EXPECT_THAT(driver().trace(), IsEmpty());
 }
 
-TEST_F(Scheduler, EveryOtherModeIsTheDrivers) {
+TEST_F(Scheduler, EveryOtherModeIsPassedOn) {
     for (const uint32_t mode : {0u, 1u, 2u, 4u, 0x103u, 0x80000003u, 0xFFFFFFFFu}) {
         EXPECT_EQ(adp_set_port_queue_sch_mode(5, mode), 0) << mode;
         EXPECT_THAT(driver().take(), ElementsAre(mode_set(1u << 5, mode)));
@@ -162,7 +162,7 @@ TEST_F(Scheduler, ReportsAnyFailureOfTheMappingAs102) {
 }
 
 TEST_F(Scheduler, WeightsAreReadAndWrittenUnderTheInterfacesMask) {
-    answer(0xFFFFFFFE, 0x80000001);
+    script_read(0xFFFFFFFE, 0x80000001);
     for_each_mask([](uint32_t intf, uint32_t mask) {
         EXPECT_EQ(set_weights(intf), 0);
         EXPECT_THAT(driver().take(),
@@ -171,22 +171,22 @@ TEST_F(Scheduler, WeightsAreReadAndWrittenUnderTheInterfacesMask) {
     });
 }
 
-TEST_F(Scheduler, AModeReadAsThreeIsWrittenBackAllTheSame) {
-    answer(3, 1);
+TEST_F(Scheduler, AModeReadAsThreeIsStillWrittenBack) {
+    script_read(3, 1);
     EXPECT_EQ(set_weights(1), 0);
     EXPECT_THAT(driver().trace(), ElementsAre(sched_get(2), sched_set(2, 3, kWeightsText, 1)));
 }
 
-TEST_F(Scheduler, TheWeightsOfADriverThatReadsThemOutGoBackInstead) {
-    answer(1, 7).sets("weights", {10, 11, 12, 13, 14, 15, 16, 17});
+TEST_F(Scheduler, WeightsThatTheDriverReadsAreWrittenBackInstead) {
+    script_read(1, 7).sets("weights", {10, 11, 12, 13, 14, 15, 16, 17});
     EXPECT_EQ(set_weights(2), 0);
     EXPECT_THAT(driver().take(), ElementsAre(sched_get(4), sched_set(4, 1, "[10, 11, 12, 13, 14, 15, 16, 17]", 7)));
-    answer(1, 7).sets("weights", {20, 21, 22, 8, 16, 32, 64, 5});
+    script_read(1, 7).sets("weights", {20, 21, 22, 8, 16, 32, 64, 5});
     EXPECT_EQ(set_weights(2), 0);
     EXPECT_THAT(driver().take(), ElementsAre(sched_get(4), sched_set(4, 1, "[20, 21, 22, 8, 16, 32, 64, 5]", 7)));
 }
 
-TEST_F(Scheduler, TheReadFindsTheCallersWeightsInTheBlockThatIsWritten) {
+TEST_F(Scheduler, TheReadGetsTheCallersWeightsInTheBlockThatIsWritten) {
     const void *read_into = nullptr;
     const void *written_from = nullptr;
     std::vector<uint32_t> found(ADP_QUEUES);
@@ -211,7 +211,7 @@ TEST_F(Scheduler, NothingIsWrittenAfterAFailedRead) {
         driver().fail_call(0, failure);
         EXPECT_EQ(set_weights(1), 102) << failure;
         EXPECT_THAT(driver().take(), ElementsAre(sched_get(2)));
-        answer(1, 7).returns(failure);
+        script_read(1, 7).returns(failure);
         EXPECT_EQ(set_weights(1), 102) << failure;
         EXPECT_THAT(driver().take(), ElementsAre(sched_get(2)));
         driver().reset();
@@ -220,7 +220,7 @@ TEST_F(Scheduler, NothingIsWrittenAfterAFailedRead) {
 }
 
 TEST_F(Scheduler, ReportsAFailedWriteAs102) {
-    answer(1, 7);
+    script_read(1, 7);
     const std::string before = table_bytes();
     for (const int32_t failure : kFailures) {
         driver().fail_call(1, failure);
@@ -269,7 +269,7 @@ TEST_F(QosInit, MakesAllSixCallsWhenAllFail) {
 
 class QueueSchedule : public library_test::LibraryTest {};
 
-TEST_F(QueueSchedule, SetHandsFourNumbersOnAndAlwaysSucceeds) {
+TEST_F(QueueSchedule, SetPassesFourNumbersOnAndAlwaysSucceeds) {
     EXPECT_EQ(adp_cosq_sched_set(0xFFFFFFFF, 2, 0x80000000, 4), 0);
     for (const int32_t failure : kFailures) {
         driver().fail_every("user_qos_schedule_set", failure);
@@ -283,7 +283,7 @@ TEST_F(QueueSchedule, SetHandsFourNumbersOnAndAlwaysSucceeds) {
                             "user_qos_schedule_set(port=1, queue=2, weight=3, flags=4294967295)"));
 }
 
-TEST_F(QueueSchedule, GetHandsTheDriversWeightOutWhateverItReturns) {
+TEST_F(QueueSchedule, GetReturnsTheDriversWeightWhateverItsResult) {
     uint32_t weight = kNotWritten;
     for (const int32_t result : {0, -1, 1, 77}) {
         driver().on("user_qos_schedule_get").sets("weight", 0x80000001u).returns(result);
@@ -294,7 +294,7 @@ TEST_F(QueueSchedule, GetHandsTheDriversWeightOutWhateverItReturns) {
     }
 }
 
-TEST_F(QueueSchedule, GetLeavesZeroWhenTheDriverSaysNothing) {
+TEST_F(QueueSchedule, GetReturnsZeroWhenTheDriverWritesNothing) {
     uint32_t weight = kNotWritten;
     EXPECT_EQ(adp_cosq_sched_get(1, 2, &weight, 4), 0);
     EXPECT_EQ(weight, 0u);

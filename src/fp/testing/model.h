@@ -1,5 +1,5 @@
 // A model of the field processor's calls for the tests: it runs the steps one by one against the same scripted results
-// and says what must be called, logged, printed, returned and recorded. Nothing of the library is used.
+// and gives what must be called, logged, printed, returned and recorded. It uses nothing of the library.
 #pragma once
 
 #include <adp/fp.h>
@@ -19,7 +19,7 @@ namespace fp_test {
 
 class Model {
   public:
-    /** Interface n is physical port n + 3, the CPU port 0: the default board. Tests may say otherwise. */
+    /** The default board: interface n is physical port n + 3, the CPU port is 0. Tests can change it. */
     Model() {
         for (int32_t intf = 1; intf <= ADP_USER_PORTS; ++intf) {
             ports[static_cast<uint32_t>(intf)] = intf + 3;

@@ -17,7 +17,7 @@ inline Bytes concat(std::initializer_list<Bytes> parts) {
     return result;
 }
 
-/** The receive tag; everything but the six port bits is noise that must not matter. */
+/** The receive tag; all bits but the six of the port are noise that must be ignored. */
 inline Bytes rx_tag(uint8_t port) {
     return {0x12, 0x34, 0xFF, 0xFF, 0xFF, static_cast<uint8_t>(0xC0 | port)};
 }

@@ -18,7 +18,7 @@ inline Bytes make_frame(size_t length) {
     return frame;
 }
 
-/** The frame as it must leave: the tag behind the source address. */
+/** The frame as it must be sent: the tag after the source address. */
 inline Bytes with_tag(const Bytes &frame, uint32_t word1, uint32_t word2 = 0) {
     Bytes tagged(frame.begin(), frame.begin() + 12);
     for (const uint32_t value : {0x88740000u | word1 >> 16, (word1 & 0xFFFF) << 16 | word2 >> 16}) {
@@ -64,7 +64,7 @@ class TransmitTest : public library_test::LibraryTest {
         driver().on("get_vlan_info").sets_object("record", record);
     }
 
-    /** The port map's tables are allocated while the fake is on: they count as held from the start. */
+    /** The port map's tables are allocated while the fake is on, so they count as held from the start. */
     void SetUp() override {
         library_test::LibraryTest::SetUp();
         tables_ = system().outstanding_allocations();
@@ -77,7 +77,7 @@ class TransmitTest : public library_test::LibraryTest {
     size_t allocations() { return system().allocations() - allocations_before_; }
     size_t held() { return system().outstanding_allocations() - tables_; }
 
-    /** Nothing that a call took is still held. */
+    /** A call has released everything that it allocated or opened. */
     void expect_nothing_held() {
         EXPECT_EQ(held(), 0u);
         EXPECT_EQ(system().open_descriptors(), 0u);

@@ -1,4 +1,4 @@
-// Shared by the attribute tests: the calls that a port gets, written once and expanded over ports, and the run that
+// Shared by the attribute tests: the calls that a port gets, written once and expanded over ports, and a run that
 // lets each driver call fail in turn. Sleeping shows in the trace between the driver calls, and takes no time.
 #pragma once
 
@@ -20,7 +20,7 @@ constexpr int32_t kPositiveError = 77;
 inline const std::vector<uint32_t> kNoGroups = {ADP_AGG_INTF(0), ADP_AGG_INTF(9), 0x1FFFFFFFu};
 inline const std::vector<uint32_t> kOtherTypes = {0x20000001u, 0x30000000u, 0x80000001u, 0xFFFFFFFFu};
 
-/** A driver call on a port, as the trace shows it but for the port; without a name a sleep. */
+/** A driver call on a port, as the trace shows it, without the port. */
 struct PortCall {
     std::string name;
     std::string values;
@@ -87,9 +87,9 @@ class AttributeTest : public library_test::LibraryTest {
     }
 
     /**
-     * Runs an operation whose calls all succeed, then once for each of its driver calls with that one failing, below
-     * zero and above: it gives 102 or the driver's own result, makes no further call, and the tables are as after the
-     * success.
+     * Runs an operation whose calls all succeed. Then runs it again with each of its driver calls failing in turn, with
+     * a negative and a positive result: it returns 102 or the driver's own result, makes no further call, and the
+     * tables are the same as after the success.
      */
     static void expect_each_failure(const std::function<void()> &prepare,
                                     const std::function<adp_status_t()> &operation, bool own_result = false) {
