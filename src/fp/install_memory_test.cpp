@@ -61,11 +61,13 @@ TEST_F(InstallMemory, WithoutMemoryTheRuleIsInstalledButNotRecorded) {
     EXPECT_THAT(last_trace(), IsEmpty());
 }
 
-TEST_F(InstallMemory, NineHundredRulesAreInstalledAndRemovedWithoutALeak) {
-    struct Key {
-        uint32_t submodule_type, entity_id;
-    };
-    // The last submodule of each group gets the rest of the slice, so that no two rules share an entry.
+struct Key {
+    uint32_t submodule_type, entity_id;
+};
+
+/** Rules of different entries: the last submodule of each group gets the rest of the slice. */
+std::vector<Key> distinct_keys() {
+    constexpr size_t kRules = 900;
     std::vector<Key> keys;
     for (const auto &[type, first, count] : {std::array{1u, 0u, 128u},
                                              {8u, 0u, 128u},
@@ -75,10 +77,15 @@ TEST_F(InstallMemory, NineHundredRulesAreInstalledAndRemovedWithoutALeak) {
                                              {40u, 0u, 128u},
                                              {42u, 9u, 128u},
                                              {43u, 9u, 128u}}) {
-        for (uint32_t entity = first; entity < first + count && keys.size() < 900; ++entity) {
+        for (uint32_t entity = first; entity < first + count && keys.size() < kRules; ++entity) {
             keys.push_back({type, entity});
         }
     }
+    return keys;
+}
+
+TEST_F(InstallMemory, NineHundredRulesAreInstalledAndRemovedWithoutALeak) {
+    const std::vector<Key> keys = distinct_keys();
     ASSERT_EQ(keys.size(), 900u);
     driver().record(false);
     std::map<uint32_t, int> created;

@@ -1,5 +1,5 @@
 // adp_set_phy_port_attr(): refusals, and the selectors that set the port or each configured member. Speed has its own
-// cases in speed_test.cpp, the administrative state and the protocol's hold in hold_test.cpp.
+// cases in speed_test.cpp and uplink_speed_test.cpp, the administrative state and the protocol's hold in hold_test.cpp.
 #include "port/testing/attribute.h"
 
 namespace {

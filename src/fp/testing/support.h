@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "fp/testing/model.h"
+#include "fp/testing/model_install.h"
 #include "tests/support/fake_system.h"
 #include "tests/support/library_test.h"
 
@@ -216,6 +216,16 @@ class FpTest : public library_test::LibraryTest {
                 operation();
             }
         }
+    }
+
+    /** A node that the test puts into the list, without an installation. */
+    static FpListNode *put(const FpEntity &rule) {
+        auto *node = static_cast<FpListNode *>(calloc(1, sizeof(FpListNode)));
+        node->entity = rule;
+        node->link = {&acl_fp_list_head, acl_fp_list_head.prev};
+        acl_fp_list_head.prev->next = &node->link;
+        acl_fp_list_head.prev = &node->link;
+        return node;
     }
 
     /** The trace and output of the last call. */
