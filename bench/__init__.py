@@ -1,11 +1,11 @@
 """Benchmarks: how fast and how large things are.
 
-Each module in this folder with a function `measure` is a benchmark, run by `script/bench`:
+Each module in this folder with a function `measure` is a benchmark, which `script/bench` runs:
 
     NAME = "calls"                     the module's own name
     TITLE = "Cost of a call"
     TARGETS = {"host": ["bench_calls"], "mips": ["bench_calls"]}    what has to be built first
-    HAS_COUNTS = True                  it has counts for the baseline; False: it is left out with --check
+    HAS_COUNTS = True                  whether it has counts for the baseline; --check leaves out the others
 
     def measure(options): ...          a dict, see below
     def plot(result, path): ...        may be left out: draws an SVG with matplotlib
@@ -18,6 +18,6 @@ Each module in this folder with a function `measure` is a benchmark, run by `scr
                                               form too; --check compares them with bench/baseline.json
     notes    [sentence]                       printed below the tables
 
-Every figure is a ratio within one run, an instruction count or a size, so that it says something on any machine.
-A benchmark's programs stand in the folder of its name, and it checks first that they do what they should.
+Most figures are a ratio within one run, an instruction count or a size, so that they are the same on any machine. A
+benchmark's programs are in the folder of its name, and it checks their results before it measures.
 """

@@ -1,8 +1,8 @@
-"""What each exported function costs its caller, beside the same driver calls made directly from C.
+"""The cost of each exported function, beside the same driver calls made directly from C.
 
-Two drivers stand behind both. One answers at once, which leaves the library's own instructions. The other is the one
-that ships with the virtual device, with a peer at the other end of its socket that answers each request with success:
-what a call costs whoever makes it. The aims are meant for that one.
+Both are measured with two drivers. One answers at once, which leaves the library's own instructions. The other one is
+that of the virtual device, with a peer at the other end of its socket that answers each request with success: the cost
+for a caller. The aims are for that one.
 """
 
 import contextlib

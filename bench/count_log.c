@@ -1,9 +1,7 @@
-// Reads the emulator's log of every instruction from standard input, and adds up those below measure(): for each
-// function that measure() calls, its name, how often it was called and how many instructions that took, up to its
-// return.
+// Reads the emulator's log of instructions from standard input. For each function that measure() calls it prints the
+// name, the number of calls, and the number of instructions up to its returns.
 //
-// A line of the log is one instruction and ends with the name of the function it belongs to, as far as the program's
-// own symbols tell; those of libraries have none.
+// A line of the log is one instruction. It ends with the name of its function, if the program itself has that symbol.
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -37,7 +35,7 @@ static struct count *find(const char *name) {
     return &counts[count_of_counts++];
 }
 
-/** The function's name in a line of the log, empty for none, or null when the line is another. */
+/** The function's name in a line of the log, empty for none, or null when the line is no instruction. */
 static const char *name_in(char *line) {
     if (strncmp(line, "Trace ", strlen("Trace ")) != 0) {
         return NULL;
@@ -50,7 +48,7 @@ static const char *name_in(char *line) {
     return name + 2;
 }
 
-/** What is under way: nothing, measure() itself, or a function that it has called. */
+/** What is running: nothing of interest, measure() itself, or a function that it has called. */
 static struct count *follow(struct count *under_way, int *in_measure, const char *name) {
     if (strcmp(name, MEASURE) == 0) {
         *in_measure = 1;

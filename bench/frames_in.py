@@ -1,4 +1,4 @@
-"""What a received frame costs: both receive calls beside a bare move of the bytes that have to move anyway."""
+"""The cost of a received frame: both receive calls, beside a bare move of the same bytes."""
 
 from adp.lab.builds import Build
 

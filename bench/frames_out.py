@@ -23,7 +23,7 @@ SINGLE = "adp_transmit_frame"
 WAYS = ("mode 0, list", "mode 0, flood", "mode 0, flood in VLAN", "mode 1", "mode 2", "mode 3", "mode 4", SINGLE)
 SIZES = (64, 512, 1514)
 MTU = 9300
-# Short blocks: most of them pass without an interruption, and the median knows nothing of the others.
+# Short blocks: most are not interrupted, so their median is not affected by interruptions.
 FRAMES, BLOCKS, QUICK_BLOCKS = 50, 1001, 201
 SINGLE_FRAMES, SINGLE_BLOCKS, QUICK_SINGLE_BLOCKS = 1, 61, 21
 TRACED_FRAMES = 10
@@ -34,9 +34,9 @@ CALL = re.compile(r"(?:\d+ )?\s*(\w+)\(")
 NOTES = [
     "The bare loop makes the same system calls with the frame, its tag included, ready in memory. 'rate' is the "
     "library's over the bare loop's in the processor's time: the median over many short blocks that take turns.",
-    "adp_transmit_frame waits: closing a packet socket takes the kernel some milliseconds in which nobody works.",
+    "adp_transmit_frame waits: the kernel takes some milliseconds, mostly idle, to close a packet socket.",
     "System calls and allocations are those of one frame of 64 bytes. The device's service that knows a VLAN's members "
-    "is answered within the process: what a service costs is not the library's.",
+    "is answered within the process.",
 ]
 
 

@@ -1,7 +1,7 @@
-"""Measures where network namespaces can be made, and nothing reaches the machine's own interfaces.
+"""Runs a benchmark in namespaces, so that no frame reaches the machine's own interfaces.
 
-A benchmark's measure() calls measure_in_namespaces(), which starts a process in such a place; there the same module's
-measure_inside(options) does the work, and what it gives comes back.
+A benchmark's measure() calls measure_in_namespaces(), which starts a process there; it calls measure_inside(options) of
+the same module and returns its result.
 """
 
 import argparse
@@ -32,10 +32,10 @@ def measure_in_namespaces(module, options):
 
 
 def come_first():
-    """Others on the machine are to disturb as little as possible; an ordinary user has to take what comes."""
+    """Raises the priority, if the user may."""
     with contextlib.suppress(OSError):
         os.nice(NICENESS)
-        # Where sessions share the machine evenly, a process's niceness counts within its own session only.
+        # Where sessions share the processor evenly, the niceness of a process counts within its session only.
         os.setsid()
         pathlib.Path("/proc/self/autogroup").write_text(str(NICENESS), encoding="ascii")
 

@@ -1,13 +1,13 @@
 /**
  * @file measure.h
- * What marks the functions whose instructions are counted: those that measure() calls, and all that they call.
+ * measure() marks the functions whose instructions are counted: those that it calls, with everything that they call.
  *
- * bench/instructions.py reads the count of each out of a profile or a log of the process, by its name. So the functions
- * must not be inlined, and each one measured must have a name of its own.
+ * bench/instructions.py finds the count of each in a profile or a log of the process, by its name. So the functions
+ * must not be inlined, and each needs a name of its own.
  */
 #pragma once
 
-/** Calls the function and has it counted. */
+/** Calls the function, counted. */
 __attribute__((noipa)) static long measure(long (*function)(void)) {
     const long result = function();
     __asm__ volatile("" ::: "memory");  // so that this call is no jump

@@ -1,5 +1,5 @@
-"""What went wrong with a measurement, as a sentence for the person in front of it."""
+"""The error of a measurement."""
 
 
 class BenchError(Exception):
-    """Something cannot be measured. The text is a sentence that a person understands."""
+    """Something cannot be measured. The text is a sentence for the user."""

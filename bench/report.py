@@ -1,4 +1,4 @@
-"""Results as tables for people and as JSON for programs."""
+"""Results as tables and as JSON."""
 
 import json
 
@@ -10,7 +10,7 @@ def text_of(value):
 
 
 def table_lines(table):
-    """The table's columns side by side, numbers to the right."""
+    """Lines of the table, numbers aligned to the right."""
     columns = list(zip(table["columns"], *table["rows"]))
     shown = []
     for heading, *values in columns:

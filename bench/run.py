@@ -17,7 +17,7 @@ FRAME = ("__init__",)
 
 
 def is_benchmark(path):
-    """Whether the module measures something, rather than being part of the frame."""
+    """Whether the module is a benchmark."""
     return path.stem not in FRAME and "\ndef measure(" in path.read_text(encoding="utf-8")
 
 
@@ -27,11 +27,11 @@ def benchmark_names():
 
 def parse_options(names):
     parser = argparse.ArgumentParser(prog="script/bench", description="Measures speed and size.")
-    parser.add_argument("names", nargs="*", metavar="NAME", help=f"of a benchmark: {', '.join(names)}; all by default")
+    parser.add_argument("names", nargs="*", metavar="NAME", help=f"benchmarks: {', '.join(names)}; by default all")
     parser.add_argument("--quick", action="store_true", help="the short form")
     parser.add_argument("--check", action="store_true", help="only the counts: fail where one has grown over 2 %%")
     parser.add_argument("--update-baseline", action="store_true", help="the counts of this run become the baseline")
-    parser.add_argument("--builds", default=",".join(BUILDS), help="builds to measure, with commas between")
+    parser.add_argument("--builds", default=",".join(BUILDS), help="builds to measure, separated by commas")
     parser.add_argument("--list", action="store_true", help="show the benchmarks")
     options = parser.parse_args()
     options.builds = options.builds.split(",")
@@ -44,7 +44,7 @@ def parse_options(names):
 
 
 def say(command):
-    """Runs a command whose words are for the reader."""
+    """Runs a command that prints."""
     if subprocess.run(command, cwd=ROOT, check=False).returncode != 0:
         raise BenchError(f"'{' '.join(command)}' failed, see above")
 
@@ -86,7 +86,7 @@ def main():
     baseline = Baseline(pathlib.Path(__file__).with_name("baseline.json"))
     if options.update_baseline:
         baseline.replace(counts, options.builds)
-        print("The baseline is that of this run.")
+        print("The counts of this run are the new baseline.")
     return baseline.complain(counts, options.builds, sys.stdout) if options.check else 0
 
 

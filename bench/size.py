@@ -1,4 +1,4 @@
-"""How large the library is, what it needs in memory, how long it takes to load, and its largest functions.
+"""The size of the library, its memory, its load time, and its largest functions.
 
 Sizes are those of the stripped file. Memory and time are taken with a driver that answers at once: the library's own
 start-up makes its driver calls, and they succeed.

@@ -3,9 +3,9 @@
  *
  *     acl [PORT]
  *
- * The administrator's station may use SSH, nobody else; Telnet is dropped; bulk transfers are held to a rate; a station
- * that is watched is mirrored to another port; voice packets get the DSCP that the network gives way to. Each rule
- * counts what it meets. A line on standard input asks for the counts; at its end the list is deleted.
+ * Only the administrator's station may use SSH; Telnet is dropped; bulk transfers are limited to a rate; a watched
+ * station is mirrored to another port; voice packets get the DSCP of expedited forwarding. Each rule counts the packets
+ * that it matches. A line on standard input asks for the counts; at the end of the input the list is deleted.
  */
 #include <stdbool.h>
 #include <stdio.h>
@@ -18,14 +18,14 @@
 
 enum { kGuestPort = 5, kMirrorPort = 26, kMirrorSession = 1, kMaxConditions = 3, kLineRoom = 64 };
 
-/* What a chip's actions are called is its driver's business; these are the virtual device's. */
+/* Numbers of actions depend on the driver; these are the virtual device's. */
 enum { kPermit = 200, kDrop = 201, kMeter = ADP_FP_ACTION_METER, kMirror = 206, kCount = 205 };
 enum { kCountedFrames = 0, kCountedOctets = 1 };
 
-/* Submodules with room for rules like these. Only the best rule of a group acts on a packet, but groups act in
- * parallel: so the watched station is mirrored besides what the other rules do, unless one of them drops the packet.
- * The group of the watch comes before that of the others, so it is the one that counts such a packet. Rules of kMeters
- * beat those of kGuards, which are in the same group, and have a meter each. */
+/* Submodules with room for rules like these. In each group one rule acts on a packet, the one with the highest
+ * priority; groups act in parallel. So the watched station is mirrored in addition to the other rules, unless one of
+ * them drops the packet. The group of kWatch comes first, so its rule counts such a packet. Rules of kMeters have a
+ * meter each and precede those of kGuards, which are in the same group. */
 enum { kGuards = 20, kMeters = 30, kWatch = 12 };
 
 enum { kTcp = 6, kUdp = 17, kSsh = 22, kTelnet = 23, kBulk = 9000, kVoice = 5004 };
@@ -51,7 +51,7 @@ struct rule {
     uint32_t entity;
     uint32_t priority;
     struct condition conditions[kMaxConditions];
-    struct action action; /* besides counting */
+    struct action action; /* in addition to counting */
 };
 
 #define FROM(address) \

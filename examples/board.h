@@ -6,7 +6,7 @@
 
 enum { kCpuPhysicalPort = 0, kFirstPhysicalPort = 4 };
 
-/* Tells the library how the ports are wired, which it has to know before anything else. */
+/* Fills the port map, which every other call needs. */
 static inline adp_status_t set_up_board(void) {
     adp_status_t status = adp_set_max_phy_port_num(ADP_USER_PORTS);
     if (status == ADP_OK)

@@ -2,9 +2,9 @@
 which guards a port (demo_acl.py); then two devices joined by an aggregation group whose cables are pulled
 (failover.py).
 
-Each step shows what the program asked of the library, which ports the frame really left (as the hosts saw it), and
-what the program received from where. Every step is compared with what it has to give, so that the demonstration is a
-test too: its exit status is 0 only if all of them agreed. script/demo starts it.
+Each step shows the call, the ports that the frame left (as the hosts saw it), and what the program received from which
+port. Every step is compared with its expected result, so the demonstration is a test as well: its exit status is 0 only
+if all agree. script/demo starts it.
 """
 
 import argparse
@@ -46,7 +46,7 @@ CODES = {"bold": "1", "green": "32", "red": "31", "faint": "2"}
 
 
 def paint(text, look):
-    """Colour, on a terminal only."""
+    """Text in colour, on a terminal only."""
     return f"\033[{CODES[look]}m{text}\033[0m" if sys.stdout.isatty() and "NO_COLOR" not in os.environ else text
 
 
@@ -140,7 +140,7 @@ class Demonstration:
         self._row(name, asked, f"left {ports_text(seen)}{tag_text}", good, f"{ports_text(wanted.ports)}{tag_text}")
 
     def _print_journey(self, marker, seen):
-        """The frame as it was given and tagged for the switch, and as it left each port."""
+        """Prints the frame as it was given, its switch tag, and how it left each port."""
         for first, second, given in map(split_switch_tag, (each for each in self._wire.waiting() if marker in each)):
             print(f"    given       {describe(given)}")
             print(f"    switch tag  0x{first:08x} 0x{second:08x}: opcode {first >> OPCODE_SHIFT}")
@@ -182,9 +182,9 @@ def print_summary(rows, build):
         print(f"  {row.asked:{ASKED_WIDTH}} {row.seen:{SEEN_WIDTH}} {verdict}")
     wrong = sum(not row.good for row in rows)
     if wrong:
-        print(f"{wrong} of {len(rows)} frames did not do what was expected.")
+        print(f"{wrong} of {len(rows)} frames were not as expected.")
     else:
-        print(f"All {len(rows)} frames left from and came from where they should.")
+        print(f"All {len(rows)} frames left and arrived at the expected ports.")
     return wrong == 0
 
 
@@ -214,14 +214,14 @@ def way_in(pid):
 
 
 def open_shell(lab, build):
-    """Leaves the device to a person at adpsh's prompt."""
+    """Leaves the device up, with the adpsh prompt."""
     print("\nThe device is up. From another terminal (append a command, or get a shell):")
     print(f"  CPU      {way_in(lab.device.namespace.holder_pid)}")
     for port, host in lab.hosts.items():
         print(f"  port {port:<3} {way_in(host.namespace.holder_pid)}")
     print(f"Its tables: VDEVICE_DIR={lab.device.run_dir} {lab.device.control_program} ports")
-    print("This is adpsh on the device's CPU. Begin with 'map'; 'help' tells the rest; 'quit' ends it all.\n")
-    # An interrupt is for the shell. A handler, unlike being ignored, is not inherited by it.
+    print("This is adpsh on the device's CPU. Begin with 'map'; 'help' lists the commands; 'quit' ends everything.\n")
+    # An interrupt is meant for the shell, which would inherit SIG_IGN but does not inherit a handler.
     signal.signal(signal.SIGINT, lambda *_: None)
     lab.device.popen(Build(build).command("adpsh")).wait()
     return True

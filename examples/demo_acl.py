@@ -1,6 +1,6 @@
-"""The demonstration's access list: the example program acl guards a port, and a guest there tries what it may do.
+"""The demonstration's access list: the example program acl guards a port, and a guest there sends packets.
 
-Every packet is compared with what has to become of it, as the hosts saw it, and the counts with what was sent.
+What arrives of each packet is compared with what must arrive, and the counts with the packets that were sent.
 """
 
 import contextlib
@@ -15,7 +15,7 @@ GUEST_MAC, SERVER_MAC = mac("02:00:00:00:0e:05"), mac("02:00:00:00:0e:16")
 SSH, TELNET, WEB, VOICE, BULK = 22, 23, 80, 5004, 9000
 MARKED = 46
 BULK_PACKETS, BULK_OCTETS = 30, 500
-# A meter lets through at once what its bucket holds, two long frames' worth, and this much more while it is watched.
+# A meter passes at once what its bucket holds, about two long frames, and more of them during the test.
 BULK_PASSES = range(5, BULK_PACKETS)
 WIDTHS = (32, 24, 22)
 
@@ -24,7 +24,7 @@ def packet(source, protocol, port, **options):
     return Ipv4Packet(source, SERVER, protocol, port, **options)
 
 
-# What the guest sends, what of it arrives where, and the rule that counts it.
+# A packet of the guest, {port where it arrives: DSCP}, and the rule that counts it.
 STEPS = (
     ("SSH from the administrator", packet(ADMINISTRATOR, TCP, SSH), {SERVER_PORT: 0}, "administrator"),
     ("SSH from a guest", packet(GUEST, TCP, SSH), {}, "ssh"),
@@ -36,7 +36,7 @@ STEPS = (
 
 
 class AccessList:
-    """Sends packets past the program's rules and keeps a list of sentences about what was wrong."""
+    """Sends packets and compares; `wrong` has a sentence for each difference."""
 
     def __init__(self, lab, program):
         self._lab = lab
@@ -91,7 +91,7 @@ def row(*cells):
 
 
 def run_acl(lab, build, paint):
-    """Shows it; true if everything was as it must be."""
+    """Shows the access list; true if everything was as expected."""
     title = paint("Access list", "bold")
     print(f"\n{title}: the program acl guards port {GUEST_PORT}; the server is at port {SERVER_PORT}.\n")
     with contextlib.closing(AclProgram(lab.device, build, GUEST_PORT)) as program:
@@ -105,5 +105,5 @@ def run_acl(lab, build, paint):
     for sentence in access.wrong:
         print(paint(f"  differs: {sentence}.", "red"))
     if not access.wrong:
-        print(f"{paint('ok', 'green')}: each packet went, or did not go, where the list says.")
+        print(f"{paint('ok', 'green')}: each packet was passed or dropped as the list says.")
     return not access.wrong

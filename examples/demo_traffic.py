@@ -1,4 +1,4 @@
-"""What the demonstration has to show: where each frame of frame_path leaves, and what the hosts' frames become."""
+"""Expected results of the demonstration: the ports that each frame of frame_path leaves, and what it receives."""
 
 import struct
 from typing import NamedTuple
@@ -31,7 +31,7 @@ SENT = {
     "low-port": Sent((1,)),
     "high-port": Sent((22,)),
     "last-port": Sent((26,)),
-    # The chip takes the tag off on ports that send the VLAN untagged.
+    # The chip removes the tag on ports that send the VLAN untagged.
     "vlan-port": Sent((21,), given_tagged=True),
     "not-source": Sent((22,), given_tagged=True),
     "list": Sent((1, 2, 21, 22, 26)),

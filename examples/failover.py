@@ -1,7 +1,7 @@
 """The demonstration's second half: an aggregation group of four cables, pulled one by one while frames flow.
 
 Two virtual devices stand next to each other, each with the example program link_aggregation on its CPU. Every frame
-is accounted for, and every step is compared with what it has to give.
+is accounted for, and every step is compared with its expected result.
 """
 
 from typing import NamedTuple
@@ -27,7 +27,7 @@ WIDTHS = (26, 6, 10, 6, 14, 11, 32)
 
 
 class Step(NamedTuple):
-    """What is done to the cables, and what the near group must be afterwards."""
+    """What is done to a cable, and the expected state of the near group afterwards."""
 
     verb: str
     number: int
@@ -57,7 +57,7 @@ def group_text(is_up, management_port):
 
 
 class Failover:
-    """Runs the steps and keeps a list of sentences about what was wrong."""
+    """Runs the steps; `wrong` has a sentence for each difference."""
 
     def __init__(self, joined):
         self._joined = joined
@@ -77,7 +77,7 @@ class Failover:
             self.wrong.append(sentence)
 
     def _steady(self, name):
-        """Undisturbed traffic: over all cables, complete and in order."""
+        """Undisturbed traffic must use all cables, lose nothing and stay in order."""
         joined = self._joined
         start, before = joined.traffic.numbers(), joined.sent_by_members()
         joined.traffic.run_for(STEADY_SECONDS)
@@ -131,11 +131,11 @@ class Failover:
         wanted = [Handled(CABLES[step.number][side], is_up, step.members_left > 0, management)]
         if is_up or step.is_news:
             wanted.insert(0, GroupEvent(step.is_news, is_up))
-        self._check(events == wanted, f"When {step.text}, side {side} told {events} instead of {wanted}")
+        self._check(events == wanted, f"When {step.text}, side {side} reported {events} instead of {wanted}")
 
 
 def run_failover(device_build, build, paint):
-    """Shows it; true if everything was as it must be."""
+    """Shows the failover; true if everything was as expected."""
     near, far = (" ".join(map(str, ports)) for ports in zip(*CABLES, strict=True))
     print(f"\n{paint('Failover', 'bold')}: two devices joined by four cables, ports {near} of the near one to {far} of")
     print(f"the far one, as aggregation group 1. {FLOWS} flows each way between two hosts; link_aggregation runs on")
@@ -151,6 +151,6 @@ def run_failover(device_build, build, paint):
     for sentence in failover.wrong:
         print(paint(f"  differs: {sentence}.", "red"))
     if not failover.wrong:
-        print(f"\n{paint('ok', 'green')}: traffic went on over the cables left; what was lost, was lost before both")
-        print("devices had handled the change or while no cable was in; down and up were announced exactly once.")
+        print(f"\n{paint('ok', 'green')}: traffic continued over the remaining cables. Frames were lost only until both")
+        print("devices had handled a change, and while no cable was in. Down and up were each announced once.")
     return not failover.wrong

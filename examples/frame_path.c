@@ -3,20 +3,17 @@
  * library offers, and receives frames from the hosts.
  *
  * It runs on the device's CPU, whose interface "eth0" leads to the switch, and needs the right to open raw sockets.
- * With --step it waits for a line on its standard input before each step, so that an onlooker can see what each did.
+ * With --step it waits for a line on its standard input before each step, so that the effect of each can be watched.
  */
 #include <arpa/inet.h>
-#include <errno.h>
-#include <linux/if_packet.h>
 #include <net/ethernet.h>
-#include <poll.h>
 #include <stdbool.h>
 #include <stdio.h>
 #include <string.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 #include <adp/adp.h>
+
+#include "frame_reception.h"
 
 enum {
     kCpuPhysicalPort = 0,
@@ -27,24 +24,19 @@ enum {
     kOpcodeOnePort = 5, /* switch tag: one port, the frame exactly as given */
     kTestEtherType = 0x88B5,
     kFrameRoom = 96,
-    kListRoom = 8,
-    kReceiveRoom = 2048,
-    kReceiveTagBytes = 18, /* MAC addresses and receive tag, in front of the VLAN tag */
-    kQuietMilliseconds = 1000
+    kListRoom = 8
 };
 
-/* One group has a management port; the other has none, as when all its links are down. */
+/* One group has a management port. The other has none, as if all its links were down. */
 #define GROUP_WITH_PORT ADP_AGG_INTF(1)
 #define GROUP_WITHOUT_PORT ADP_AGG_INTF(2)
 #define SET(port) (1u << (port))
 
-static int receive_socket = -1;
-
-/* Tells what a call gave; false when that is not what the program needs in order to go on. */
+/* Prints the result of a call; false if it is not the expected one. */
 static bool expect(const char *what, adp_status_t status, adp_status_t wanted) {
     printf("    %s: %d\n", what, (int)status);
     if (status != wanted)
-        fprintf(stderr, "frame_path: %s gave %d, but %d was expected.\n", what, (int)status, (int)wanted);
+        fprintf(stderr, "frame_path: %s returned %d, but %d was expected.\n", what, (int)status, (int)wanted);
     return status == wanted;
 }
 
@@ -109,12 +101,12 @@ static bool give_management_port(void) {
 }
 
 static bool open_send_socket(void) {
-    /* A failure gives the length of the message printed, so only the frames sent later tell. */
+    /* On failure the call returns the length of its message, so only the frames sent later show a failure. */
     printf("    adp_pkt_init: descriptor %d\n", (int)adp_pkt_init());
     return true;
 }
 
-/* What to send, and how. */
+/* A frame to send, and the way to send it. */
 struct transmit {
     const char *name;
     const char *asked;
@@ -143,7 +135,7 @@ static const struct transmit kTransmits[] = {
     {"stranger", "mode 2, to port 2, not in VLAN 100", ADP_TX_VLAN_PORT, 100, 100, 0, ADP_FAIL, 1, {2}},
 };
 
-/* Builds a broadcast frame whose payload is the step's name, so that an onlooker can tell it from others. */
+/* Builds a broadcast frame with the step's name as payload, so that it can be recognised. */
 static uint32_t build_frame(uint8_t frame[kFrameRoom], const char *name, uint32_t tag_vlan) {
     static const uint8_t kAddresses[2 * ETH_ALEN] = {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0x02, 0, 0, 0, 0x0C, 0x01};
     uint16_t words[3] = {htons(ETH_P_8021Q), htons((uint16_t)tag_vlan), htons(kTestEtherType)};
@@ -185,78 +177,6 @@ static bool transmit_to_empty_group(void) {
     uint32_t length = build_frame(frame, "no-single", 0);
     return expect("adp_transmit_frame", adp_transmit_frame(frame, length, 0, GROUP_WITHOUT_PORT, kOpcodeOnePort),
                   ADP_FAIL);
-}
-
-static bool listen_on_cpu_port(void) {
-    struct sockaddr_ll address = {.sll_family = AF_PACKET, .sll_protocol = htons(ETH_P_ALL)};
-
-    address.sll_ifindex = get_nic_index("eth0");
-    receive_socket = socket(AF_PACKET, SOCK_RAW, 0);
-    if (address.sll_ifindex < 0 || receive_socket < 0 ||
-        bind(receive_socket, (const struct sockaddr *)&address, sizeof address) != 0) {
-        fprintf(stderr, "frame_path: cannot listen on eth0: %s. Run it as root on the device's CPU.\n",
-                strerror(errno));
-        return false;
-    }
-    printf("    listening on eth0\n");
-    return true;
-}
-
-static unsigned read_u16(const uint8_t *bytes) {
-    return (unsigned)bytes[0] << 8 | bytes[1];
-}
-
-static void print_received(const adp_rx_frame_t *frame, unsigned length) {
-    printf("    from port %u (physical %d): VLAN %u, %s", (unsigned)frame->intf, (int)frame->phy,
-           read_u16(frame->vlan_tag + 2) & 0xFFFu,
-           frame->ipv4_header   ? "IPv4"
-           : frame->ipv6_header ? "IPv6"
-                                : "no IP");
-    if (frame->udp_header)
-        printf(", UDP %u > %u", read_u16(frame->udp_header), read_u16(frame->udp_header + 2));
-    printf(", %u bytes\n", length);
-}
-
-/* Both receive calls strip the tag in place, so each gets a copy of its own. */
-static bool parse(uint8_t *bytes, uint32_t length) {
-    uint8_t copy[kReceiveRoom];
-    uint8_t *stripped = NULL;
-    uint16_t stripped_length = 0;
-    uint8_t flag = 0;
-    adp_intf_t port = 0;
-    adp_rx_frame_t frame = {.frame = bytes, .length = length, .vlan_tag = bytes + kReceiveTagBytes};
-
-    memcpy(copy, bytes, length);
-    if (adp_receive_frame(copy, &stripped, length, &stripped_length, &flag, &port) != ADP_OK ||
-        __adp_receive_frame(&frame, 1) != ADP_OK) {
-        fprintf(stderr, "frame_path: a frame of %u bytes was refused.\n", (unsigned)length);
-        return false;
-    }
-    if (port != frame.intf)
-        fprintf(stderr, "frame_path: the two receive calls disagree about the port.\n");
-    print_received(&frame, stripped_length);
-    return port == frame.intf;
-}
-
-static bool receive_what_waits(void) {
-    struct pollfd waiting = {.fd = receive_socket, .events = POLLIN};
-    unsigned count = 0;
-
-    while (poll(&waiting, 1, kQuietMilliseconds) > 0) {
-        uint8_t bytes[kReceiveRoom] = {0};
-        struct sockaddr_ll from = {0};
-        socklen_t from_size = sizeof from;
-        ssize_t length = recvfrom(receive_socket, bytes, sizeof bytes, 0, (struct sockaddr *)&from, &from_size);
-        if (length < 0)
-            return false;
-        if (from.sll_pkttype == PACKET_OUTGOING) /* what the library sends passes here too */
-            continue;
-        if (!parse(bytes, (uint32_t)length))
-            return false;
-        count++;
-    }
-    printf("    %u frames received\n", count);
-    return close(receive_socket) == 0;
 }
 
 static bool tidy_up(void) {
@@ -303,7 +223,7 @@ int main(int argc, char **argv) {
         {"single", "adp_transmit_frame, to group 1", transmit_to_group},
         {"no-single", "adp_transmit_frame, to group 2, without a port", transmit_to_empty_group},
         {"listen", "listen to the hosts", listen_on_cpu_port},
-        {"receive", "receive what the hosts sent", receive_what_waits},
+        {"receive", "receive what the hosts sent", receive_frames},
         {"tidy", "remove the VLANs", tidy_up},
     };
     bool stepping = argc == 2 && strcmp(argv[1], "--step") == 0;
@@ -314,6 +234,6 @@ int main(int argc, char **argv) {
     setvbuf(stdout, NULL, _IOLBF, 0);
     bool done = run_steps(kSetUp, sizeof kSetUp / sizeof *kSetUp, stepping) && run_transmits(stepping) &&
                 run_steps(kRest, sizeof kRest / sizeof *kRest, stepping) &&
-                announce("done", "every step gave what was expected", false);
+                announce("done", "every step had the expected result", false);
     return done ? 0 : 1;
 }

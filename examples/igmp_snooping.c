@@ -1,15 +1,15 @@
 /*
- * A small IGMP and MLD snooping agent (RFC 4541): hosts say which multicast groups they want to hear, and the switch
- * then delivers the frames of each group to those ports alone, and of a group that nobody wants to none.
+ * A small IGMP and MLD snooping agent (RFC 4541): hosts report which multicast groups they join, and the switch
+ * delivers the frames of each group to their ports alone, and those of a group without listeners to none.
  *
  *     igmp_snooping [PORT ...]
  *
- * The ports named, if any, are joined into aggregation group 1, which hears as one listener. The program ends at the
- * end of its standard input, deletes its groups and lets multicast be flooded again.
+ * The ports named, if any, are joined into aggregation group 1, which is one listener. At the end of its standard
+ * input the program deletes its groups, lets multicast be flooded again, and ends.
  *
- * Two things are left to a bigger agent: it asks nobody, so a host that vanishes without a word stays a listener; and
- * it does not tell the sources of a group apart, so a host that wants some of them stays a listener until it says that
- * it wants none.
+ * Two things are missing: the agent sends no queries, so a host that disappears without a report stays a listener;
+ * and it does not distinguish the sources of a group, so a host that wants some of them stays a listener until it
+ * reports that it wants none.
  */
 #include <arpa/inet.h>
 #include <errno.h>
@@ -32,10 +32,10 @@ enum {
     kFirstPhysicalPort = 4, /* the board wires user port 1 to the chip's port 4, 2 to 5 and so on */
     kGroupNumber = 1,
     kGroupBit = ADP_USER_PORTS + kGroupNumber, /* listeners are a word: bit n user port n, then the group's */
-    kMaxGroups = 1024,                         /* as many as the chip has room for */
+    kMaxGroups = 1024,                         /* as many as fit into the chip */
     kFrameRoom = 2048
 };
-enum { kFlood = 0, kDrop = 1 };                                  /* what becomes of groups that nobody wants */
+enum { kFlood = 0, kDrop = 1 };                                  /* what happens to groups without listeners */
 enum { kMldTrap = 89, kIgmpTrap = 92, kControlGroupCopy = 215 }; /* the chip's switch controls */
 
 #define GROUP ADP_AGG_INTF(kGroupNumber)
@@ -183,7 +183,7 @@ static void take_frame(int listener) {
     struct sockaddr_ll from = {0};
     socklen_t from_size = sizeof from;
     const ssize_t length = recvfrom(listener, frame, sizeof frame, 0, (struct sockaddr *)&from, &from_size);
-    if (length > 0 && from.sll_pkttype != PACKET_OUTGOING) /* what this CPU sends passes here too */
+    if (length > 0 && from.sll_pkttype != PACKET_OUTGOING) /* sent by this CPU */
         read_wishes(frame, (size_t)length, follow);
 }
 

@@ -1,13 +1,13 @@
 /*
- * A small management daemon: it joins user ports into aggregation group 1 and keeps the group alive as their cables
- * come and go.
+ * A small management daemon: it joins user ports to aggregation group 1 and maintains the group when cables are
+ * pulled and plugged in.
  *
  *     link_aggregation PORT [PORT ...]
  *
- * The group's ports carry VLAN 100 tagged; every other user port is a host's and carries it untagged. The driver's link
- * scan reports changes on a thread of its own. The library takes no locks, so that thread only writes each change into
- * a pipe, and the main thread alone calls the library. The program ends, and takes the group down with it, on SIGTERM,
- * SIGINT or the end of its standard input.
+ * The group's ports carry VLAN 100 tagged; every other user port leads to a host and carries it untagged. The driver's
+ * link scan reports changes on a thread of its own. The library takes no locks, so that thread only writes each change
+ * into a pipe, and the main thread alone calls the library. The program ends, and takes the group down with it, on
+ * SIGTERM, SIGINT or the end of its standard input.
  */
 #define _GNU_SOURCE /* ppoll */
 #include <errno.h>
@@ -36,7 +36,7 @@ enum {
 #define GROUP ADP_AGG_INTF(kGroupNumber)
 #define SET(port) (1u << (port))
 
-/* A change as it travels from the link scan's thread to the main thread: shorter than PIPE_BUF, so never torn. */
+/* A change on its way from the link scan's thread to the main thread: shorter than PIPE_BUF, so written whole. */
 struct link_change {
     uint32_t unit;
     uint32_t port; /* physical */

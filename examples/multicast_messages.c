@@ -45,7 +45,7 @@ struct bytes {
     size_t length;
 };
 
-/* Who says something, how, and who is told. */
+/* Where a message comes from, its protocol, and the function to call. */
 struct speaker {
     adp_intf_t intf;
     uint32_t vid;
@@ -64,7 +64,7 @@ static void tell(const struct speaker *speaker, const uint8_t *address, bool joi
     speaker->tell(&wish);
 }
 
-/* Who wants to hear some sources is a listener like who wants to hear all but some. */
+/* A host that includes some sources is a listener, like one that excludes some. */
 static void read_record(const struct speaker *speaker, uint32_t type, uint32_t sources, const uint8_t *address) {
     if (type == kModeIsExclude || type == kToExclude || type == kAllowSources)
         tell(speaker, address, true);
@@ -127,7 +127,7 @@ static bool find_igmp(const uint8_t *ip, const uint8_t *behind, size_t room, str
     return cut_message((struct bytes){ip, read_u16(ip + 2)}, behind, message) && sum_of(*message, 0) == kRightSum;
 }
 
-/* MLD stands behind one hop-by-hop header, and none that has crossed a router counts. */
+/* MLD follows one hop-by-hop header. A message that has crossed a router is ignored. */
 static bool find_mld(const uint8_t *ip, const uint8_t *behind, size_t room, struct bytes *message) {
     if (room <= kIpv6Header || kIpv6Header + read_u16(ip + 4) > room || ip[6] != kIpv6HopByHop || ip[7] != 1 ||
         ip[kIpv6Header] != kProtocolIcmpv6 ||
@@ -137,7 +137,7 @@ static bool find_mld(const uint8_t *ip, const uint8_t *behind, size_t room, stru
     return sum_of(*message, sum_of(addresses, kProtocolIcmpv6 + (uint32_t)message->length)) == kRightSum;
 }
 
-/* The switch puts the VLAN's tag in front of what it hands over; a second one would be part of what the host said. */
+/* The switch adds the VLAN tag to every frame for the CPU; a second one is the host's. */
 void read_wishes(uint8_t *frame, size_t length, void (*told)(const struct wish *wish)) {
     adp_rx_frame_t found = {.frame = frame, .length = (uint32_t)length};
     struct bytes message = {NULL, 0};

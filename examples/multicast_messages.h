@@ -1,6 +1,6 @@
 /*
- * What hosts say about the multicast groups that they want to hear, out of frames that the switch handed to the CPU:
- * IGMP (RFC 2236, RFC 3376) and MLD (RFC 2710, RFC 3810).
+ * Reports of hosts about multicast groups, read from frames that the switch sent to the CPU: IGMP (RFC 2236, RFC 3376)
+ * and MLD (RFC 2710, RFC 3810).
  */
 #pragma once
 
@@ -10,7 +10,7 @@
 
 #include <adp/adp.h>
 
-/* A listener behind an interface wants to hear a group from now on, or no longer. */
+/* A listener behind an interface joins or leaves a group. */
 struct wish {
     adp_intf_t intf;
     uint32_t vid;
@@ -19,6 +19,6 @@ struct wish {
     bool joins;
 };
 
-/* Calls `tell` for each wish in a frame as received on eth0, in their order; for any other frame, and from the place
- * on where a message is broken, never. The frame loses its switch tag. */
+/* Calls `tell` for each wish in a frame received on eth0, in order, up to the first malformed one. Other frames contain
+ * none. The frame loses its switch tag. */
 void read_wishes(uint8_t *frame, size_t length, void (*tell)(const struct wish *wish));

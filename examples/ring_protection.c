@@ -1,22 +1,21 @@
 /*
- * A small ring-protection agent, in the manner of ITU-T G.8032: of the two ports that join a switch to a ring, one is
- * kept blocked, so that frames do not run around for ever, and it is the other one that is blocked as soon as that has
- * no link any more.
+ * A small ring-protection agent, after ITU-T G.8032: of the two ports that connect a switch to a ring, one is blocked,
+ * so that the ring is no loop. When the other one loses its link, that one is blocked in its place.
  *
  *     ring_protection owner BLOCKED_PORT OTHER_PORT
  *     ring_protection transit PORT PORT
  *
- * One switch of a ring owns the block, and begins with it at the port named first; on the others, in transit, the agent
- * only forgets the addresses that it knew behind the ring when a ring port's link changes. The block does not go back
- * when a link does: a second change would be a second outage, and nothing would be better for it.
+ * One switch of a ring, the owner, blocks a port, at first the one named first. On the others, in transit, the agent
+ * only deletes the addresses that were learned on the ring ports when the link of one changes. When a link comes back
+ * the blocked port stays: a second change would be a second outage without benefit.
  *
- * Two processes share the work, as on a device. The link watcher hears from the driver's link scan and posts a
- * link-event message for each change; it calls nothing else. The agent reads the messages from the ring-protection
- * queue and sets the ports. It ends, and its watcher with it, on SIGTERM, SIGINT or the end of its standard input, and
- * leaves the block where it is: without it the ring would be a loop.
+ * Two processes share the work, as on a device. The link watcher is called by the driver's link scan and posts a
+ * link-event message for each change; it makes no other calls. The agent reads the messages from the ring-protection
+ * queue and sets the ports. It ends, and its watcher with it, on SIGTERM, SIGINT or the end of its standard input.
+ * The port stays blocked: otherwise the ring would be a loop.
  *
- * What is left to a bigger agent is talk between switches. An owner hears of its own links alone, and a switch whose
- * links all stay goes on knowing addresses in the old direction until their hosts speak or they age.
+ * Messages between switches are missing. An owner knows of its own links alone, and a switch whose links do not change
+ * keeps addresses in the old direction until their hosts send frames or they age.
  */
 #include <errno.h>
 #include <poll.h>
@@ -39,7 +38,7 @@ enum { kBlocking = 1, kForwarding = 4 }; /* the chip's port states */
 enum { kFirst = 0, kSecond = 1, kRingPorts = 2 };
 enum { kRecordPort = 2, kRecordStatus = 3 }; /* fields of a link event's record */
 enum { kLookAroundMs = 50, kMostStaleMessages = 4096, kMostReadings = 100 };
-enum { kUnknown = 2 }; /* neither of a link's states */
+enum { kUnknown = 2 }; /* no state of a link */
 
 struct ring {
     adp_intf_t port[kRingPorts];
@@ -92,35 +91,35 @@ static bool post_present_state(adp_intf_t port) {
             return false;
         posted = is_up;
     }
-    return true; /* it comes and goes, and the scan tells */
+    return true; /* a link that changes is reported by the scan */
 }
 
-/* Lives until the other end of the leash is closed, which happens however the agent ends. */
-static int watch_links(const struct ring *ring, int leash) {
+/* Runs until the other end of the pipe is closed, which happens however the agent ends. */
+static int watch_links(const struct ring *ring, int pipe_end) {
     char ignored = 0;
     if (!succeeded("set up the watcher's port map", set_up_board()) ||
         !succeeded("register the handler of link changes", adp_linkscan_register(post_change)) ||
         !succeeded("register with the driver's link scan", vdev_linkscan_register(linkscan_handle_cb)) ||
         !post_present_state(ring->port[kFirst]) || !post_present_state(ring->port[kSecond]))
         return 1;
-    while (read(leash, &ignored, 1) < 0 && errno == EINTR)
+    while (read(pipe_end, &ignored, 1) < 0 && errno == EINTR)
         continue;
     return vdev_linkscan_register(NULL) == 0 ? 0 : 1;
 }
 
 /* Made before the agent fills the library's tables: each process has its own. */
-static pid_t start_watcher(const struct ring *ring, int *leash) {
+static pid_t start_watcher(const struct ring *ring, int *pipe_end) {
     int ends[2];
     if (pipe(ends) != 0)
         return -1;
     const pid_t watcher = fork();
     if (watcher == 0) {
         close(ends[1]);
-        signal(SIGINT, SIG_IGN); /* a terminal sends it to both, and the leash is enough */
+        signal(SIGINT, SIG_IGN); /* a terminal sends it to both; the pipe ends the watcher */
         _exit(watch_links(ring, ends[0]));
     }
     close(ends[0]);
-    *leash = ends[1];
+    *pipe_end = ends[1];
     return watcher;
 }
 
@@ -134,9 +133,9 @@ static bool is_watcher_alive(pid_t watcher) {
     return false;
 }
 
-static bool end_watcher(pid_t watcher, int leash) {
+static bool end_watcher(pid_t watcher, int pipe_end) {
     int status = 0;
-    close(leash);
+    close(pipe_end);
     while (waitpid(watcher, &status, 0) < 0)
         if (errno != EINTR)
             return system_failed("wait for the link watcher");
@@ -178,7 +177,7 @@ static int place_of(const struct ring *ring, adp_intf_t port) {
     return -1;
 }
 
-/* A port with a link is of no use while it is blocked and the other one has none. */
+/* A blocked port with a link is released when the other port has no link. */
 static bool is_block_misplaced(const struct ring *ring) {
     return ring->is_owner && ring->is_up[ring->blocked] && !ring->is_up[1 - ring->blocked];
 }
@@ -194,7 +193,7 @@ static bool handle_change(struct ring *ring, int place, bool is_up) {
     return good;
 }
 
-/* The agent ends when the queue fails, as it does without its watcher: it would only seem to protect. */
+/* The agent ends when the queue fails, or its watcher ends: it could protect nothing. */
 static bool receive_change(struct ring *ring, int32_t timeout_ms, bool *received) {
     uint32_t message[VDEV_EQUEUE_WORDS];
     uint16_t record[VDEV_EQUEUE_RECORD_FIELDS];
@@ -206,7 +205,7 @@ static bool receive_change(struct ring *ring, int32_t timeout_ms, bool *received
     return place < 0 || handle_change(ring, place, record[kRecordStatus] == 1);
 }
 
-/* Messages that nobody read are older than the watcher's first ones, and wrong by now. */
+/* Unread messages are older than the first ones of the watcher, and outdated. */
 static bool drop_stale_messages(void) {
     struct ring nobody = {.port = {0, 0}};
     bool received = true;
@@ -274,18 +273,18 @@ static bool read_ring(int count, char **words, struct ring *ring) {
 
 int main(int argc, char **argv) {
     struct ring ring = {.is_up = {true, true}};
-    int leash = -1;
+    int pipe_end = -1;
 
     if (!read_ring(argc - 1, argv + 1, &ring))
         return 2;
     setvbuf(stdout, NULL, _IOLBF, 0);
     if (!drop_stale_messages())
         return 1;
-    const pid_t watcher = start_watcher(&ring, &leash);
+    const pid_t watcher = start_watcher(&ring, &pipe_end);
     if (watcher < 0 || !take_signals())
         return system_failed("start the link watcher") ? 0 : 1;
     bool good = protect(&ring, watcher);
-    good &= end_watcher(watcher, leash);
+    good &= end_watcher(watcher, pipe_end);
     printf("ended\n");
     return good ? 0 : 1;
 }

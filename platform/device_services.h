@@ -1,7 +1,7 @@
 /**
  * @file device_services.h
- * What the adaptation layer imports from the device besides the driver: the logging, event-queue, VLAN and MAC-table
- * libraries, and the device's link-event sink. The process that loads the library provides them.
+ * The services that the adaptation layer imports from the device besides the driver: the logging, event-queue, VLAN and
+ * MAC-table libraries, and the device's link-event sink. The process that loads the library provides them.
  *
  * The result of a call is 0 for success unless its own comment says otherwise. `intf` is a logical interface number,
  * `vid` a VLAN id (IEEE 802.1Q).
@@ -21,20 +21,20 @@ ADP_BEGIN_DECLS
  * Logging
  */
 
-/** Writes a message of a level and a module, whose number and name both are given, as printf formats it. */
+/** Writes a message as printf formats it. Module and word are the module's number and name. */
 int32_t Log_logging_func(int32_t level, int32_t module, const char *word, const char *format, ...);
 
-/** Whether tracing is on: 0 no, otherwise messages also go to sys_trace_add_log. */
+/** Whether tracing is on: 0 off, otherwise messages also go to sys_trace_add_log(). */
 int32_t sys_trace_get(void);
 
-/** Adds a message to the trace; prefix names the place it comes from, as "function():line". */
+/** Adds a message to the trace; prefix names its place as "function():line". */
 int32_t sys_trace_add_log(const char *prefix, const char *message);
 
 /*
  * Events
  */
 
-/** The ring-protection process's queue: a word that is handed to equeue_send_ucast by value. */
+/** The ring-protection process's queue: a word that equeue_send_ucast() takes by value. */
 extern uintptr_t erps_event_queue;
 
 /**
@@ -44,7 +44,7 @@ extern uintptr_t erps_event_queue;
  */
 int32_t equeue_send_ucast(uintptr_t queue, const uintptr_t message[DEVICE_MESSAGE_WORDS], int32_t timeout);
 
-/** Takes note of an interface's link change: status 0 is down, otherwise up. */
+/** Records an interface's link change: status 0 is down, otherwise up. */
 int32_t link_event_handle_cb(uint32_t intf, int32_t status);
 
 /*
@@ -54,7 +54,7 @@ int32_t link_event_handle_cb(uint32_t intf, int32_t status);
 /**
  * Reads a VLAN's record. Its member bitmap is a 64-bit number in two 32-bit words in host byte order, the more
  * significant first, at DEVICE_VLAN_MEMBERS_OFFSET: bit i stands for user port i (1..26), bit 26 + g for aggregation
- * group g (1..8). The rest of the record is the VLAN library's own. Fails when there is no such VLAN.
+ * group g (1..8). The rest of the record is the VLAN library's. The call fails when the VLAN does not exist.
  */
 int32_t get_vlan_info(uint32_t vid, uint8_t record[DEVICE_VLAN_RECORD_BYTES]);
 

@@ -2,18 +2,19 @@
  * @file netlink_api.h
  * The calls of libnetlink_api, the closed driver library of the switch chip, that the adaptation layer makes.
  *
- * The header is the single source of these declarations: the library compiles against it, and the recording driver,
- * the remote driver and the call trace are generated from it.
+ * This header is the only place of these declarations: the library compiles against it, and the recording driver, the
+ * remote driver and the call trace are generated from it.
  *
- * What holds for every call unless its own comment says otherwise:
- * - The result is 0 for success and anything else, mostly a negative number, for failure.
- * - `unit` is the switch chip, always 0; `zero` is an argument that is always 0; `port` is a physical port of the chip
- *   (-1 reaches the driver when an interface has none), `trunk` a trunk id (0..7), `vid` a VLAN id (IEEE 802.1Q) of
- *   which the library passes the low 16 bits.
+ * For every call, unless its own comment says otherwise:
+ * - The result is 0 for success; any other number, mostly a negative one, is a failure.
+ * - `unit` is the switch chip, always 0; `zero` is an argument that is always 0; `port` is a physical port of the chip,
+ *   -1 when an interface has none; `trunk` is a trunk id (0..7); `vid` is a VLAN id (IEEE 802.1Q), of which the library
+ *   passes the low 16 bits.
  * - `key` is a MAC address in network order followed by two zero bytes.
- * - Units and codes are the driver's; the library hands them through.
+ * - Units and codes are the driver's. "Passed through" marks an argument that the library takes from its caller unseen;
+ *   `option` is such an argument whose meaning is not known here.
  *
- * The calls do not all begin with unit and zero. The order of each call's arguments is a fact of the driver library.
+ * Not all calls begin with unit and zero: the driver library fixes the order of each call's arguments.
  */
 #pragma once
 
@@ -69,16 +70,16 @@ typedef struct {
  * Ports
  */
 
-/** Sets a port's speed in Mb/s; mode is handed through from the caller (2 on 10-gigabit ports). */
+/** Sets a port's speed in Mb/s; mode is passed through (2 on 10-gigabit ports). */
 int32_t user_port_speed_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t speed, uint32_t mode);
 
 /** Reads a port's speed in Mb/s. */
 int32_t user_port_speed_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t *speed);
 
-/** Reads the highest speed a port is capable of, in Mb/s: 1000 or 10000 choose how speed is set. */
+/** Reads a port's highest speed in Mb/s. The library sets speed in one way for 1000, in another for 10000. */
 int32_t user_port_speed_max(uint32_t unit, uint32_t zero, int32_t port, uint32_t *speed);
 
-/** Sets a port's duplex: 0 half, 1 full, any other value automatic; mode is handed through from the caller. */
+/** Sets a port's duplex: 0 half, 1 full, any other value automatic; mode is passed through. */
 int32_t user_port_duplex_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t duplex, uint32_t mode);
 
 /** Reads a port's duplex: 0 half, 1 full. */
@@ -117,11 +118,11 @@ int32_t user_port_pause_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t
 /** Reads the flow control in force on a port, after negotiation. */
 int32_t user_port_pause_get_stat(uint32_t unit, uint32_t zero, int32_t port, uint32_t *status);
 
-/** Lets a port take jumbo frames (non-zero) or not (0). */
-int32_t user_port_jumboframe_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t value);
+/** Turns jumbo frames off (0) or on for a port. */
+int32_t user_port_jumboframe_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t enable);
 
 /** Reads a port's jumbo frame setting. */
-int32_t user_port_jumboframe_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t *value);
+int32_t user_port_jumboframe_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t *enable);
 
 /** Sets a copper port's crossover mode (MDI, MDI-X or automatic). */
 int32_t user_port_mdix_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t mode);
@@ -153,7 +154,7 @@ int32_t user_eee_portEnable_get(uint32_t unit, uint32_t zero, int32_t port, uint
 /** Diagnoses the cable on a copper port, pair by pair. */
 int32_t User_port_cablediag(uint32_t unit, uint32_t zero, int32_t port, netlink_cable_diag_t *result);
 
-/** Restricts where frames received on a port may leave: the set of physical egress ports, by value; module is 0. */
+/** Sets the physical ports to which a port may forward: a set, by value; module is 0. */
 int32_t user_port_egress_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t module, adp_port_set_t egress);
 
 /** Reads the set of physical ports to which a port may forward; module is 0. */
@@ -178,20 +179,20 @@ int32_t user_trunk_set(uint32_t unit, uint32_t zero, int32_t trunk, adp_agg_reco
 /** Hands a group's membership record to the kernel driver, for its own frame path. */
 int32_t user_trunk_send_data_to_kernel(uint32_t unit, uint32_t zero, int32_t trunk, adp_agg_record_t record);
 
-/** Sets which fields of a frame choose its port within a trunk. */
+/** Sets by which fields of a frame its port in a trunk is chosen. */
 int32_t user_trunk_loadbalance_set(uint32_t unit, uint32_t zero, int32_t trunk, uint32_t mode);
 
-/** Sends LACP frames to the CPU (non-zero) or not (0); option is handed through from the caller. */
-int32_t user_trunk_trap_lacp(uint32_t unit, uint32_t zero, uint32_t value, adp_word_t option);
+/** Turns the trap that sends LACP frames to the CPU off (0) or on; option is passed through. */
+int32_t user_trunk_trap_lacp(uint32_t unit, uint32_t zero, uint32_t enable, adp_word_t option);
 
 /*
- * L2 table: MAC addresses
+ * Addresses: single entries of the L2 table
  */
 
 /** Adds an entry for entry.mac in entry.vid, towards entry.port or, with NETLINK_L2_TO_TRUNK, entry.trunk. */
 int32_t user_mac_addr_add(uint32_t unit, adp_l2_entry_t entry);
 
-/** Deletes the entry of an address in a VLAN; option is handed through from the caller. */
+/** Deletes the entry of an address in a VLAN; option is passed through. */
 int32_t user_mac_addr_delete(uint32_t unit, const uint8_t key[NETLINK_MAC_KEY_BYTES], uint32_t vid, adp_word_t option);
 
 /** Looks up an address in a VLAN; a failure leaves the entry as it was. */
@@ -200,7 +201,7 @@ int32_t user_mac_addr_get(uint32_t unit, const uint8_t key[NETLINK_MAC_KEY_BYTES
 /** Adds a multicast entry: entry.mac in entry.vid goes to the physical ports of entry.ports. */
 int32_t user_mac_mcast_addr_add(uint32_t unit, adp_l2_entry_t entry);
 
-/** Deletes a multicast entry; option is handed through from the caller. */
+/** Deletes a multicast entry; option is passed through. */
 int32_t user_mac_mcast_addr_delete(uint32_t unit, const uint8_t key[NETLINK_MAC_KEY_BYTES], uint32_t vid,
                                    adp_word_t option);
 
@@ -209,13 +210,17 @@ int32_t user_mac_mcast_addr_get(uint32_t unit, const uint8_t key[NETLINK_MAC_KEY
                                 adp_l2_entry_t *entry);
 
 /**
- * Finds the first valid entry of the L2 table at or after a table index; the entry's own index tells where it stands.
- * The option is handed through from the caller. Fails when no further entry is valid.
+ * Finds the first valid entry of the L2 table at or after a table index; the entry's own index is its place. Index and
+ * option are passed through. The call fails when no further entry is valid.
  */
 int32_t user_netlink_mac_nextValidAddr_get(uint32_t unit, adp_word_t index, adp_l2_entry_t *entry, adp_word_t option);
 
-/** Deletes all entries of one learn type (low byte). */
-int32_t user_l2_addr_del_all_addr_by_lrntype(uint32_t unit, uint32_t zero, uint32_t type);
+/*
+ * Address deletion: entries of the L2 table that a key picks
+ */
+
+/** Deletes all entries of a learn type, a byte. */
+int32_t user_l2_addr_del_all_addr_by_lrntype(uint32_t unit, uint32_t zero, uint32_t learn_type);
 
 /** Deletes a VLAN's dynamic entries, with all = 1 its static ones too. */
 int32_t user_l2_addr_delete_by_vlan(uint32_t unit, uint32_t zero, uint32_t vid, uint32_t all);
@@ -248,13 +253,12 @@ int32_t user_l2_addr_delete_static_by_vlan_port(uint32_t unit, uint32_t zero, ui
 int32_t user_l2_addr_delete_by_vlan_trunk(uint32_t unit, uint32_t zero, uint32_t vid, int32_t trunk, uint32_t all);
 
 /**
- * Deletes an address's dynamic entries on a port; option is handed through from the caller.
- * The driver library spells the name so.
+ * Deletes an address's dynamic entries on a port; option is passed through. The misspelt name is the driver library's.
  */
 int32_t user_l2_addr_delete_dynaic_by_mac_port(uint32_t unit, uint32_t zero, const uint8_t key[NETLINK_MAC_KEY_BYTES],
                                                int32_t port, adp_word_t option);
 
-/** Deletes an address's static entries on a port; option is handed through from the caller. */
+/** Deletes an address's static entries on a port; option is passed through. */
 int32_t user_l2_addr_delete_static_by_mac_port(uint32_t unit, uint32_t zero, const uint8_t key[NETLINK_MAC_KEY_BYTES],
                                                int32_t port, adp_word_t option);
 
@@ -277,6 +281,10 @@ int32_t user_l2_addr_delete_all_dynamic_by_port_mac_vlan(uint32_t unit, uint32_t
                                                          const uint8_t key[NETLINK_MAC_KEY_BYTES], int32_t port,
                                                          uint32_t vid);
 
+/*
+ * Address limits: on learning, and the addresses that they refused
+ */
+
 /** Forgets the addresses that violated a port's learning limit. No unit. */
 int32_t user_mac_violate_del_by_port(int32_t port);
 
@@ -292,19 +300,27 @@ int32_t user_mac_learn_limit_set(uint32_t unit, netlink_learn_limit_t limit);
 /** Reads a limit on learned addresses: the record's scope goes in, its limit comes out. */
 int32_t user_mac_learn_limit_get(uint32_t unit, ADP_INOUT netlink_learn_limit_t *limit);
 
+/*
+ * Address table: ageing, display and size of the L2 table, and the reserved addresses
+ */
+
 /** Sets the ageing time of dynamic entries in seconds. */
 int32_t user_mac_age_time_set(uint32_t unit, uint32_t seconds);
 
 /** Reads the ageing time of dynamic entries in seconds. */
 int32_t user_mac_age_time_get(uint32_t unit, uint32_t *seconds);
 
-/** Shows the MAC address table on the device's console; the arguments are handed through from the caller. */
-int32_t user_mac_table_show(uint32_t unit, adp_word_t first, adp_word_t third, adp_word_t fourth);
+/**
+ * Shows the MAC address table on the device's console. All but the unit is passed through; vid may be 0 for all VLANs.
+ */
+int32_t user_mac_table_show(uint32_t unit, adp_word_t vid, adp_word_t option, adp_word_t option2);
 
-/** Shows the multicast entries on the device's console; the arguments are handed through from the caller. */
-int32_t user_mac_mcast_table_show(uint32_t unit, adp_word_t first, adp_word_t third, adp_word_t fourth);
+/**
+ * Shows the multicast entries on the device's console. All but the unit is passed through; vid may be 0 for all VLANs.
+ */
+int32_t user_mac_mcast_table_show(uint32_t unit, adp_word_t vid, adp_word_t option, adp_word_t option2);
 
-/** Reads the L2 table quickly, in bulk. All four arguments, the first included, are handed through from the caller. */
+/** Reads the L2 table in bulk. No unit: all four arguments are passed through, and their meaning is not known here. */
 int32_t user_l2_mactable_fread(adp_word_t first, adp_word_t second, adp_word_t third, adp_word_t fourth);
 
 /** Reads the number of entries that the L2 table can hold. */
@@ -317,7 +333,7 @@ int32_t user_l2_bpdu_get(uint32_t unit, uint32_t zero, uint32_t index, uint8_t m
 int32_t user_l2_bpdu_set(uint32_t unit, uint32_t zero, uint32_t index, const uint8_t mac[NETLINK_MAC_BYTES]);
 
 /*
- * Multicast
+ * Groups: multicast entries of the L2 table
  */
 
 /** Initialises the multicast groups. */
@@ -343,26 +359,30 @@ int32_t User_mcast_port_add(uint32_t unit, uint32_t zero, const netlink_mcast_en
 /** Removes ports from a group; they are front-port numbers and name those that leave. */
 int32_t User_mcast_port_remove(uint32_t unit, uint32_t zero, const netlink_mcast_entry_t *entry);
 
-/** Asks whether multicast entries exist in a VLAN; second is cut to 16 bits, option handed through from the caller. */
-int32_t user_is_mcast_addr_exist_by_vlan(uint32_t unit, uint32_t vid, uint32_t second, adp_word_t option);
+/** Asks whether VLANs from vid to last_vid have multicast entries; last_vid has 16 bits, and 0 stands for one VLAN. */
+int32_t user_is_mcast_addr_exist_by_vlan(uint32_t unit, uint32_t vid, uint32_t last_vid, adp_word_t option);
 
-/** Asks whether multicast entries exist, by arguments that are handed through from the caller. */
-int32_t user_is_mcast_addr_exist_vlan_is(uint32_t unit, adp_word_t first, adp_word_t third, adp_word_t fourth);
+/** Asks whether a VLAN has multicast entries. All but the unit is passed through. */
+int32_t user_is_mcast_addr_exist_vlan_is(uint32_t unit, adp_word_t vid, adp_word_t option, adp_word_t option2);
+
+/*
+ * Group rules: what chip and ports do with multicast frames
+ */
 
 /** Initialises IGMP snooping (RFC 4541). */
 int32_t user_igmp_snooping_init(uint32_t unit, uint32_t zero);
 
-/** Lets a port forward by L2 multicast entries (non-zero) or not (0). The port comes second, the zero third. */
-int32_t User_switch_port_control_l2mc_enable(uint32_t unit, int32_t port, uint32_t zero, uint32_t value);
+/** Turns forwarding by L2 multicast entries off (0) or on for a port. The port comes second, the zero third. */
+int32_t User_switch_port_control_l2mc_enable(uint32_t unit, int32_t port, uint32_t zero, uint32_t enable);
 
 /** Reads whether a port forwards by L2 multicast entries. The port comes second, the zero third. */
-int32_t User_switch_port_control_l2mc_get(uint32_t unit, int32_t port, uint32_t zero, uint32_t *value);
+int32_t User_switch_port_control_l2mc_get(uint32_t unit, int32_t port, uint32_t zero, uint32_t *enable);
 
-/** Lets a port forward by IPv4 multicast entries (non-zero) or not (0). The port comes second, the zero third. */
-int32_t User_switch_port_control_ipmc_set(uint32_t unit, int32_t port, uint32_t zero, uint32_t value);
+/** Turns forwarding by IPv4 multicast entries off (0) or on for a port. The port comes second, the zero third. */
+int32_t User_switch_port_control_ipmc_set(uint32_t unit, int32_t port, uint32_t zero, uint32_t enable);
 
 /** Reads whether a port forwards by IPv4 multicast entries. The port comes second, the zero third. */
-int32_t User_switch_port_control_ipmc_get(uint32_t unit, int32_t port, uint32_t zero, uint32_t *value);
+int32_t User_switch_port_control_ipmc_get(uint32_t unit, int32_t port, uint32_t zero, uint32_t *enable);
 
 /** Turns IPv4 multicast forwarding off (0) or on (1) for the whole chip. */
 int32_t User_switch_ipmc_set(uint32_t unit, uint32_t zero, uint32_t enable);
@@ -377,29 +397,34 @@ int32_t User_switch_ipmc_lookup_miss_action(uint32_t unit, uint32_t zero, int32_
 int32_t User_switch_ip6mc_lookup_miss_action(uint32_t unit, uint32_t zero, int32_t port, uint32_t action);
 
 /*
- * Switch controls and traps
+ * Switch controls, traps and protections
  */
 
-/** Writes a control of the whole chip, chosen by number. */
+/** Writes a control of the whole chip by number. */
 int32_t user_switch_control_set(uint32_t unit, uint32_t zero, uint32_t control, uint32_t value);
 
 /** Reads a control of the whole chip. */
 int32_t user_switch_control_get(uint32_t unit, uint32_t zero, uint32_t control, uint32_t *value);
 
-/** Sends frames for the switch's own MAC address to the CPU; option is handed through from the caller. */
-int32_t user_selfmac_trap_to_cpu(uint32_t unit, uint32_t zero, uint32_t value, adp_word_t option);
+/**
+ * Turns the trap that sends frames for the switch's own MAC address to the CPU off (0) or on; option is passed through.
+ */
+int32_t user_selfmac_trap_to_cpu(uint32_t unit, uint32_t zero, uint32_t enable, adp_word_t option);
 
-/** Sends Ethernet OAM frames (IEEE 802.3 clause 57) to the CPU; option is handed through from the caller. */
-int32_t user_eoam_trap_set(uint32_t unit, uint32_t zero, uint32_t value, adp_word_t option);
+/**
+ * Turns the trap that sends Ethernet OAM frames (IEEE 802.3 clause 57) to the CPU off (0) or on; option is passed
+ * through.
+ */
+int32_t user_eoam_trap_set(uint32_t unit, uint32_t zero, uint32_t enable, adp_word_t option);
 
-/** Initialises the treatment of LLDP frames (IEEE 802.1AB). */
+/** Initialises the handling of LLDP frames (IEEE 802.1AB). */
 int32_t user_lldp_init(uint32_t unit, uint32_t zero);
 
 /** Initialises the protection against denial-of-service attacks. */
 int32_t user_dos_attack_prevent_init(uint32_t unit, uint32_t zero);
 
 /*
- * Field processor. These calls begin with a handle, always 0, and then the unit.
+ * Fields: entries and actions of the field processor. These calls begin with a handle, always 0, and then the unit.
  */
 
 /** Initialises the field processor. Begins with unit and zero. */
@@ -411,10 +436,10 @@ int32_t user_field_entry_create_id(int32_t handle, uint32_t unit, int32_t group,
 /** Sets an entry's priority. */
 int32_t user_field_entry_prio_set(int32_t handle, uint32_t unit, uint32_t entry, int32_t priority);
 
-/** Joins an entry and its successor into one double-wide rule. */
+/** Joins an entry and the next one into a rule of double width. */
 int32_t user_field_set_double_entry(int32_t handle, uint32_t unit, uint32_t entry);
 
-/** Chooses the qualifier template of an entry; the driver library spells the name so. */
+/** Chooses the qualifier template of an entry. The misspelt name is the driver library's. */
 int32_t user_field_set_select_tempate_idx(int32_t handle, uint32_t unit, uint32_t entry, uint32_t index);
 
 /** Writes an entry into the hardware. */
@@ -430,6 +455,10 @@ int32_t user_field_action_add(int32_t handle, uint32_t unit, uint32_t entry, uin
 
 /** Removes all actions of an entry. */
 int32_t user_field_action_remove_all(int32_t handle, uint32_t unit, uint32_t entry);
+
+/*
+ * Field conditions: what the entries of the field processor match
+ */
 
 /** Removes all qualifiers of an entry. */
 int32_t user_field_qualify_clear(int32_t handle, uint32_t unit, uint32_t entry);
@@ -503,19 +532,23 @@ int32_t user_field_qualify_iptype(int32_t handle, uint32_t unit, uint32_t entry,
 /** Matches the frame's encapsulation; no mask. */
 int32_t user_field_qualify_FrameType(int32_t handle, uint32_t unit, uint32_t entry, uint32_t data);
 
+/*
+ * Field meters, counters, and what happens without a match
+ */
+
 /** Sets a meter's rate. Begins with the unit and has no handle. */
 int32_t user_field_meter_entry_set(uint32_t unit, uint32_t rate, uint32_t meter);
 
-/** Takes the meter away from an entry, which the last argument names. */
+/** Removes the meter of an entry. */
 int32_t user_field_meter_destroy(int32_t handle, uint32_t unit, uint32_t entry);
 
-/** Keeps the gap between frames out of what meters count. No arguments. */
+/** Makes meters leave out the gap between frames. No arguments. */
 int32_t user_field_meter_ifg_exclude_init(void);
 
-/** Reads one value, chosen by type, of a counter. */
+/** Reads one value of a counter: its frames or its octets, by type. */
 int32_t user_field_get_statistics(int32_t handle, uint32_t unit, int32_t counter, int32_t type, int32_t *count);
 
-/** Clears one value, chosen by type, of a counter. */
+/** Clears one value of a counter: its frames or its octets, by type. */
 int32_t user_field_clear_statistics(int32_t handle, uint32_t unit, int32_t counter, int32_t type);
 
 /** Sets what happens to a port's frames that match no rule. */
@@ -533,27 +566,29 @@ int32_t user_rate_bandwidth_set(uint32_t unit, uint32_t zero, int32_t port, uint
 int32_t user_rate_bandwidth_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t type, uint32_t *rate,
                                 uint32_t *burst);
 
-/** Selects whether a port's storm limit counts one type of traffic. */
-int32_t user_rate_stormsel_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t type, uint32_t value);
+/** Selects whether a port's storm limit counts traffic of a type (1) or not (0). */
+int32_t user_rate_stormsel_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t type, uint32_t selected);
 
 /** Reads whether a port's storm limit counts one type of traffic. */
-int32_t user_rate_stormsel_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t type, uint32_t *value);
+int32_t user_rate_stormsel_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t type, uint32_t *selected);
 
 /** Turns a port's storm control of one type off (0) or on. */
 int32_t user_rate_stormControlEnable_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t type, uint32_t enable);
 
-/** Reads whether a port's storm limit was exceeded; the code is the management software's own, not the driver's type.
+/**
+ * Reads whether a port's storm limit was exceeded. The storm code is the management software's (adp/storm.h), not the
+ * driver's type.
  */
-int32_t user_rate_stormExceedFlag_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t code, uint32_t *flag);
+int32_t user_rate_stormExceedFlag_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t storm_code, uint32_t *flag);
 
 /** Clears a port's storm-exceeded flags. */
 int32_t user_rate_stormExceedFlag_reset(uint32_t unit, uint32_t zero, int32_t port);
 
-/** Sets how storm limits count; selector arrives cut to 8 bits. */
-int32_t user_rate_stormCountMode_set(uint32_t unit, uint32_t zero, uint32_t selector, uint32_t mode);
+/** Sets how storm limits count. The storm code arrives cut to 8 bits. */
+int32_t user_rate_stormCountMode_set(uint32_t unit, uint32_t zero, uint32_t storm_code, uint32_t mode);
 
-/** Reads how storm limits count; selector arrives whole. */
-int32_t user_rate_stormCountMode_get(uint32_t unit, uint32_t zero, uint32_t selector, uint32_t *mode);
+/** Reads how storm limits count. The storm code is passed through whole. */
+int32_t user_rate_stormCountMode_get(uint32_t unit, uint32_t zero, uint32_t storm_code, uint32_t *mode);
 
 /** Limits what a port receives to a rate with a burst. */
 int32_t user_port_ingress_rate_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t rate, uint32_t burst);
@@ -568,7 +603,7 @@ int32_t user_port_egress_rate_set(uint32_t unit, uint32_t zero, int32_t port, ui
 int32_t user_port_egress_rate_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t *rate, uint32_t *burst);
 
 /*
- * QoS: queues, schedulers, priority maps
+ * Queues: their number, the queue of a priority, schedulers, and what start-up sets of them and of priorities
  */
 
 /** Sets the number of egress queues (classes of service) of the chip. */
@@ -594,16 +629,16 @@ int32_t user_cosq_port_sched_set(uint32_t unit, uint32_t zero, uint32_t port_mas
 int32_t user_cosq_port_sched_get(uint32_t unit, uint32_t zero, uint32_t port_mask, uint32_t *mode,
                                  uint32_t weights[NETLINK_QUEUES], uint32_t *delay);
 
-/** Sets the weight of one queue of a port. The four arguments are the caller's; no unit. */
+/** Sets the weight of a port's queue. No unit: all four arguments are passed through. */
 int32_t user_qos_schedule_set(uint32_t port, uint32_t queue, uint32_t weight, uint32_t flags);
 
-/** Reads the weight of one queue of a port. The four arguments are the caller's; no unit. */
+/** Reads the weight of a port's queue. No unit: all four arguments are passed through. */
 int32_t user_qos_schedule_get(uint32_t port, uint32_t queue, uint32_t *weight, uint32_t flags);
 
-/** Takes a frame's default class of service from its port. No arguments. */
+/** Initialises the source of a frame's default class of service: its port. No arguments. */
 int32_t user_qos_default_cos_src_init(void);
 
-/** Takes the inner tag's remark from its default source. No arguments. */
+/** Initialises the source of the inner tag's remark. No arguments. */
 int32_t user_qos_remark_inner_tag_src_init(void);
 
 /** Sets up the groups of trusted priority sources. No arguments. */
@@ -612,33 +647,40 @@ int32_t user_qos_trust_sel_group_init(void);
 /** Sets the weights of the CPU port's queues. No arguments. */
 int32_t user_qos_cpu_weight_init(void);
 
-/** Sets the queue of a priority. The four arguments are the caller's own, whole. */
+/** Sets the queue of a priority. All four arguments are passed through whole. */
 int32_t user_qos_pri_queue_map_set(adp_word_t unit, adp_word_t zero, adp_word_t priority, adp_word_t queue);
 
-/** Reads the queue of a priority. The four arguments are the caller's own, whole. */
+/** Reads the queue of a priority. All four arguments are passed through whole. */
 int32_t user_qos_pri_queue_map_get(adp_word_t unit, adp_word_t zero, adp_word_t priority, uint32_t *queue);
 
-/** Sets the priority of a DSCP. The four arguments are the caller's own, whole. */
+/*
+ * Priorities: where they come from and how they are mapped
+ */
+
+/** Sets the priority of a DSCP. All four arguments are passed through whole. */
 int32_t user_qos_dscp_map_set(adp_word_t unit, adp_word_t zero, adp_word_t dscp, adp_word_t priority);
 
-/** Reads the priority of a DSCP. The four arguments are the caller's own, whole. */
+/** Reads the priority of a DSCP. All four arguments are passed through whole. */
 int32_t user_qos_dscp_map_get(adp_word_t unit, adp_word_t zero, adp_word_t dscp, uint32_t *priority);
 
-/** Remaps a port's priorities. A single 0 comes first; everything else is handed through from the caller. */
-int32_t user_qos_pri_remap_set(uint32_t unit, adp_word_t first, adp_word_t second, adp_word_t fourth,
-                               adp_word_t further1, adp_word_t further2, adp_word_t further3, adp_word_t further4);
+/** Remaps a priority in the tags of frames that a port receives. All but the unit is passed through. */
+int32_t user_qos_pri_remap_set(uint32_t unit, adp_word_t port, adp_word_t priority, adp_word_t new_priority,
+                               adp_word_t option, adp_word_t option2, adp_word_t option3, adp_word_t option4);
 
 /** Sets a port's class of service. No unit. */
-int32_t user_qos_port_cos_set(int32_t port, uint32_t value);
+int32_t user_qos_port_cos_set(int32_t port, uint32_t cos);
 
 /** Reads a port's class of service. No unit. */
-int32_t user_qos_port_cos_get(int32_t port, uint32_t *value);
+int32_t user_qos_port_cos_get(int32_t port, uint32_t *cos);
 
-/** Sets what a code point becomes and its priority; port -1 means every port, dscp and mapped -1 every code point. */
+/**
+ * Sets a row of a DSCP map: the DSCP that the frame leaves with, and its priority. Port -1 is every port; dscp and
+ * mapped of -1 are the power-on row of every DSCP.
+ */
 int32_t user_port_dscp_map_set(uint32_t unit, uint32_t zero, int32_t port, int32_t dscp, int32_t mapped,
                                uint32_t priority);
 
-/** Reads what a code point becomes and its priority, a byte each; port -1 means every port. */
+/** Reads a row of a DSCP map, a byte each; port -1 is the row of every port. */
 int32_t user_port_dscp_map_get(uint32_t unit, uint32_t zero, int32_t port, int32_t dscp, uint8_t *mapped,
                                uint8_t *priority);
 
@@ -658,7 +700,7 @@ int32_t user_port_untagged_priority_get(uint32_t unit, uint32_t zero, int32_t po
  * Spanning tree (IEEE 802.1Q clause 13)
  */
 
-/** Initialises the spanning-tree groups and sends their BPDUs to the CPU. */
+/** Initialises the spanning-tree groups and turns the trap that sends BPDUs to the CPU on. */
 int32_t user_stg_init(uint32_t unit, uint32_t zero);
 
 /** Creates the group with the given id. */
@@ -670,7 +712,7 @@ int32_t user_stg_destroy(uint32_t unit, uint32_t zero, int32_t stg);
 /** Moves a VLAN into a group. */
 int32_t user_stg_vlan_add(uint32_t unit, uint32_t zero, int32_t stg, uint32_t vid);
 
-/** Takes a VLAN out of a group, back to the default group. */
+/** Moves a VLAN out of a group, back to the default group. */
 int32_t user_stg_vlan_remove(uint32_t unit, uint32_t zero, int32_t stg, uint32_t vid);
 
 /** Sets a port's spanning-tree state in a group. */
@@ -691,21 +733,25 @@ int32_t user_stg_stg_count_get(uint32_t unit, uint32_t zero, uint32_t *count);
 /** Reads how many VLANs a group has. */
 int32_t user_stg_vlan_count_get(uint32_t unit, uint32_t zero, int32_t stg, uint32_t *count);
 
-/** Reads one chunk of the group ids: those from number chunk_index * chunk_size on, at most chunk_size. */
+/*
+ * Spanning-tree lists: groups and their VLANs
+ */
+
+/** Reads one chunk of the group ids: those from place chunk_index * chunk_size on, at most chunk_size. */
 int32_t user_stg_each_time_list(uint32_t unit, uint32_t zero, ADP_COUNT(chunk_size) int32_t *groups,
                                 uint32_t chunk_index, uint32_t chunk_size);
 
-/** Reads one chunk of a group's VLAN ids: those from number chunk_index * chunk_size on, at most chunk_size. */
-int32_t user_stg_vlan_each_time_list(uint32_t unit, uint32_t zero, int32_t stg, ADP_COUNT(chunk_size) uint16_t *vlans,
+/** Reads one chunk of a group's VLAN ids: those from place chunk_index * chunk_size on, at most chunk_size. */
+int32_t user_stg_vlan_each_time_list(uint32_t unit, uint32_t zero, int32_t stg, ADP_COUNT(chunk_size) uint16_t *vids,
                                      uint32_t chunk_index, uint32_t chunk_size);
 
-/** Makes a list of the groups: a handle and a count, to be given back with user_stg_list_destroy. */
+/** Makes a list of the groups: a handle and a count, to be freed with user_stg_list_destroy(). */
 int32_t user_stg_list(uint32_t unit, uint32_t zero, adp_word_t *list, int32_t *count);
 
 /** Frees a list of groups. */
 int32_t user_stg_list_destroy(uint32_t unit, uint32_t zero, adp_word_t list, int32_t count);
 
-/** Makes a list of a group's VLANs: a handle and a count, to be given back with user_stg_vlan_list_destroy. */
+/** Makes a list of a group's VLANs: a handle and a count, to be freed with user_stg_vlan_list_destroy(). */
 int32_t user_stg_vlan_list(uint32_t unit, uint32_t zero, int32_t stg, adp_word_t *list, int32_t *count);
 
 /** Frees a list of VLANs. */
@@ -727,7 +773,7 @@ int32_t user_vlan_destroy(uint32_t unit, uint32_t zero, uint32_t vid);
 /** Destroys the VLANs from a first to a last id. */
 int32_t user_vlan_destroyEx(uint32_t unit, uint32_t zero, uint32_t first_vid, uint32_t last_vid);
 
-/** Adds ports to a VLAN; those in untagged send its frames without tag. */
+/** Adds ports to a VLAN; those in untagged send its frames without a tag. */
 int32_t user_vlan_port_add(uint32_t unit, uint32_t zero, uint32_t vid, const adp_ports_t ports,
                            const adp_ports_t untagged);
 
@@ -762,13 +808,17 @@ int32_t user_port_untagged_vlan_set(uint32_t unit, uint32_t zero, int32_t port, 
 /** Reads a port's VLAN for untagged frames (PVID). */
 int32_t user_port_untagged_vlan_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t *vid);
 
-/** Writes one of a port's VLAN controls, chosen by number. */
+/** Writes one of a port's VLAN controls by number. */
 int32_t user_vlan_control_port_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t control, int32_t value);
 
 /** Reads one of a port's VLAN controls. */
 int32_t user_vlan_control_port_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t control, uint32_t *value);
 
-/** Adds an ingress translation of a VLAN id; all but the two ids is handed through from the caller. */
+/*
+ * Translations: of VLAN ids, and VLANs by subnet
+ */
+
+/** Adds an ingress translation of a VLAN id. Kind, port, action and priority are passed through. */
 int32_t user_vlan_translate_add(uint32_t unit, uint32_t zero, adp_word_t kind, adp_word_t port, adp_word_t action,
                                 uint32_t old_vid, uint32_t new_vid, adp_word_t priority);
 
@@ -782,7 +832,7 @@ int32_t user_vlan_translate_delete_all(uint32_t unit, uint32_t zero);
 int32_t user_vlan_translate_get(uint32_t unit, uint32_t zero, adp_word_t port, uint32_t old_vid, uint32_t *new_vid,
                                 uint32_t *priority);
 
-/** Adds an egress translation of a VLAN id; all but the two ids is handed through from the caller. */
+/** Adds an egress translation of a VLAN id. Kind, port and priority are passed through. */
 int32_t user_vlan_translate_egress_add(uint32_t unit, uint32_t zero, adp_word_t kind, adp_word_t port, uint32_t old_vid,
                                        uint32_t new_vid, adp_word_t priority);
 
@@ -797,7 +847,7 @@ int32_t user_vlan_translate_egress_delete_all(uint32_t unit, uint32_t zero);
 int32_t user_vlan_translate_egress_get(uint32_t unit, uint32_t zero, adp_word_t port, uint32_t old_vid,
                                        uint32_t *new_vid, uint32_t *priority);
 
-/** Puts the untagged frames of an IPv4 subnet into a VLAN; all but the id is handed through from the caller. */
+/** Puts the untagged frames of an IPv4 subnet into a VLAN. All but the VLAN id is passed through. */
 int32_t user_vlan_ip4_add(uint32_t unit, uint32_t zero, adp_word_t port, adp_word_t address, adp_word_t mask,
                           uint32_t vid, adp_word_t priority, adp_word_t flags);
 
@@ -807,7 +857,13 @@ int32_t user_vlan_ip4_delete(uint32_t unit, uint32_t zero, adp_word_t port, adp_
 /** Deletes every subnet's entry. */
 int32_t user_vlan_ip4_delete_all(uint32_t unit, uint32_t zero);
 
-/** Adds a double-tag entry: frames of one VLAN on a port get a second tag. */
+/*
+ * Double tags: entries, and the mode and the tag of each port
+ */
+
+/**
+ * Adds a double-tag entry: a port's frames of one VLAN get a second tag. Kind, action and priority are passed through.
+ */
 int32_t user_vlan_dtag_add(uint32_t unit, uint32_t zero, adp_word_t kind, int32_t port, adp_word_t action,
                            uint32_t inner_vid, uint32_t outer_vid, adp_word_t priority);
 
@@ -827,7 +883,7 @@ int32_t user_port_dtag_mode_set(uint32_t unit, uint32_t zero, int32_t port, uint
 /** Reads a port's double-tag mode. */
 int32_t user_port_dtag_mode_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t *mode);
 
-/** Sets a port's outer tag protocol identifier (16 bits); option is handed through from the caller. */
+/** Sets a port's outer tag protocol identifier (16 bits); option is passed through. */
 int32_t user_port_tpid_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t tpid, adp_word_t option);
 
 /** Reads a port's outer tag protocol identifier. */
@@ -847,20 +903,20 @@ int32_t user_mirror_port_set(uint32_t unit, uint32_t zero, int32_t port, uint32_
 /** Sets the port to which a session copies the frames that a rule selects. */
 int32_t user_set_flow_mirror(uint32_t unit, uint32_t zero, uint32_t session, int32_t port);
 
-/** Disables a session; value is handed through from the caller. */
-int32_t user_set_mirror_disable(uint32_t unit, uint32_t zero, uint32_t session, adp_word_t value);
+/** Disables a session, or with 0 enables it; disable is passed through. */
+int32_t user_set_mirror_disable(uint32_t unit, uint32_t zero, uint32_t session, adp_word_t disable);
 
-/** Asks whether a session can be disabled; value is handed through from the caller. */
-int32_t user_check_set_mirror_disable(uint32_t unit, uint32_t zero, uint32_t session, adp_word_t value);
+/** Asks what user_set_mirror_disable() with the same arguments would give. */
+int32_t user_check_set_mirror_disable(uint32_t unit, uint32_t zero, uint32_t session, adp_word_t disable);
 
 /*
  * Statistics
  */
 
-/** Reads one of a port's counters, chosen by the statistics numbering. */
+/** Reads one of a port's counters by the statistics numbering. */
 int32_t user_stat_port_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t selector, uint64_t *value);
 
-/** Reads one of a port's packet counters, chosen by type. */
+/** Reads one of a port's packet counters by type. */
 int32_t user_port_packetstat_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t type, uint64_t *value);
 
 /** Clears all of a port's packet counters. */

@@ -1,6 +1,6 @@
-// Makes every call and its floor once, each through measure(), so that whoever counts this process's instructions finds
-// what each costs below it. A call is made once before, uncounted: the library and the drivers do some things only the
-// first time, and what they keep from then on is as it was when the call was recorded.
+// Makes every call and its floor once, each through measure(), so that the instructions of each can be counted. A call
+// is made once before, uncounted: the library and the drivers do some things only the first time, and their state is
+// then as it was when the call was recorded.
 #include <stdio.h>
 #include <stdlib.h>
 #include <unistd.h>
@@ -9,7 +9,7 @@
 #include "bench/calls/state.h"
 #include "bench/measure.h"
 
-/** In place of the C library's: the library's pauses of half a second cost time, but no instructions. */
+/** Replaces that of the C library: the library's pauses cost time, but no instructions. */
 int usleep(useconds_t microseconds) {
     (void)microseconds;
     return 0;

@@ -1,18 +1,18 @@
 /**
  * @file cases.h
- * A call that is measured and its floor, the driver's calls that it makes, made directly.
+ * A measured call, and its floor: its driver calls made directly.
  */
 #pragma once
 
 #include <stddef.h>
 #include <stdint.h>
 
-/** The result of a call that hands out an address. */
+/** The result of a call that returns an address. */
 #define SOME_ADDRESS (-123456789L)
-/** The result of a call that has none, or the system's. */
+/** The result of a call without one, or with one of the system. */
 #define ANY_RESULT (-123456790L)
 
-/** Storage of an argument, fit for any type. */
+/** Storage of an argument of any type. */
 #define BUFFER(size)               \
     union {                        \
         unsigned char bytes[size]; \
@@ -21,8 +21,8 @@
 
 struct bench_case {
     const char *name;
-    void (*prepare)(void); /**< makes the arguments what they were when the call was recorded */
-    void (*before)(void);  /**< the calls that make what this one finds */
+    void (*prepare)(void); /**< gives the arguments their recorded values */
+    void (*before)(void);  /**< calls that prepare the tables */
     long (*call)(void);
     long (*floor)(void);
     long result; /**< the call's */

@@ -1,8 +1,7 @@
-// The other end of the shipped driver's socket: runs a command whose driver calls it answers with success, and checks
-// that there were as many as there should be: peer SOCKET CALLS COMMAND [ARGUMENT ...].
+// peer SOCKET CALLS COMMAND [ARGUMENT ...]: the other end of the shipped driver's socket. Runs the command, answers its
+// driver calls with success, and checks their number.
 //
-// An answer goes out only once the caller waits for it. So every call takes the same way through its driver, whoever
-// else is busy on the machine.
+// It answers when the caller waits. So every call executes the same instructions, also on a busy machine.
 #include <poll.h>
 #include <sched.h>
 #include <sys/syscall.h>
@@ -64,7 +63,7 @@ class Caller {
     }
 
   private:
-    /** Whether it is in the system call that waits: the emulator makes the newer one of an older. */
+    /** Whether it is in the system call that waits. The emulator uses a newer one than the program. */
     [[nodiscard]] bool waits() const {
         std::ifstream file("/proc/" + std::to_string(process_) + "/syscall");
         std::string call;
@@ -84,7 +83,7 @@ class Caller {
 };
 
 int64_t answer(calls::CallId id, const void *const *arguments) {
-    // The logger takes a format, which the caller's side has already made a text.
+    // The logger takes a format, which the client has already formatted.
     return id == calls::CallId::Log_logging_func
                ? 0
                : calls::call_function(instant_calls[static_cast<size_t>(id)], id, arguments);

@@ -1,4 +1,4 @@
-// The tables as they are before each call. It makes none of the driver's calls.
+// The tables before each call. It makes no driver calls.
 #include "bench/calls/state.h"
 
 #include <adp/adp.h>

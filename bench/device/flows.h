@@ -1,4 +1,4 @@
-// Who speaks to whom: stations with numbers, and the frames of flows between them.
+// Stations with numbers, and the frames of flows between them.
 #pragma once
 
 #include <stddef.h>
@@ -25,12 +25,12 @@ struct Flow {
 Frame frame_of(const Flow &flow, size_t size);
 
 /**
- * So many frames of a flow, each of this length, as one that the kernel takes apart: in front stands what a socket with
- * PACKET_VNET_HDR wants to know.
+ * That many frames of a flow, each of this length, as one that the kernel splits. It begins with the header for a
+ * socket with PACKET_VNET_HDR.
  */
 Frame train_of(const Flow &flow, size_t size, size_t frames);
 
-/** That many flows from one station to that many others, which are spread over the flows evenly. */
+/** That many flows from one station to that many others, spread evenly over the flows. */
 std::vector<Flow> flows_to_stations(Station source, size_t flows, size_t stations);
 
 }  // namespace bench

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "bench/device/flows.h"
-#include "vdevice/io/unique_fd.h"
+#include "vdevice/sockets/unique_fd.h"
 
 namespace bench {
 
@@ -21,11 +21,11 @@ class PacketSender {
     /** Throws a std::system_error if there is no such interface or no privilege. */
     PacketSender(const std::string &interface_name, Kind kind);
 
-    /** Sends these frames, or trains, a system call for many of them; gives how many the interface has taken. */
+    /** Sends frames, or trains, many with one system call; gives the number that the interface has taken. */
     uint64_t send(std::span<const Frame> frames);
 
   private:
-    vdevice::io::UniqueFd socket_;
+    vdevice::UniqueFd socket_;
     std::vector<iovec> pieces_;
     std::vector<mmsghdr> messages_;
 };

@@ -1,4 +1,4 @@
-// bench_traffic: stations that introduce themselves, and a stream of frames faster than any of the switches.
+// bench_traffic: stations that introduce themselves, and a stream of frames that is faster than the device.
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <chrono>
@@ -17,7 +17,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr size_t kBatch = 64;
-// Introductions go slowly, so that a switch that learns by asking a slower part of itself keeps up.
+// Introductions go slowly, so that none is lost while the device learns.
 constexpr size_t kIntroductions = 16;
 constexpr std::chrono::milliseconds kBreath{1};
 constexpr double kLongestSeconds = 60;
@@ -76,7 +76,7 @@ uint64_t stream(const Options &options) {
 
 int run(int argc, char **argv) {
     Options options;
-    CLI::App app{"bench_traffic: frames for a switch. Prints how many the interface has taken."};
+    CLI::App app{"bench_traffic: sends frames, and prints how many the interface has taken."};
     app.require_subcommand(1);
     app.add_option("interface", options.interface_name, "where the frames go out")->required();
     app.add_option("--first", options.first, "number of the first station that sends");

@@ -1,4 +1,4 @@
-// Takes frames in through both receive calls, and moves the same bytes without them, each through measure().
+// Receives frames by both calls, and moves the same bytes by memmove(), each through measure().
 #include <adp/adp.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -11,7 +11,7 @@
 #define TAG_BYTES 6
 #define FCS_BYTES 4
 #define LARGEST 1514
-// A port in the middle of the map, which is not a group's either.
+// A port in the middle of the map, in no group.
 #define INTERFACE 13
 #define PHYSICAL 16
 
@@ -33,7 +33,7 @@ static uint16_t out_length;
 static uint8_t out_flag;
 static adp_intf_t out_interface;
 
-/** The frame as the chip hands it in, before each of the calls: they work in place. */
+/** Restores the frame before each of the calls, which change it in place. */
 static void take(uint32_t wanted) {
     size = wanted;
     memset(frame.bytes, 0x5A, sizeof frame.bytes);
@@ -45,7 +45,7 @@ static void take(uint32_t wanted) {
     out_interface = 0;
 }
 
-/** Whether the frame now stands without its tag. */
+/** Whether the tag has been removed. */
 static int is_stripped(void) {
     return memcmp(frame.bytes, kHead, ADDRESS_BYTES) == 0 &&
            memcmp(frame.bytes + ADDRESS_BYTES, kHead + ADDRESS_BYTES + TAG_BYTES,
@@ -65,7 +65,7 @@ static int is_moved(long status) {
     return status == 0 && is_stripped();
 }
 
-/** The three ways with frames of one size, under names that tell them apart. */
+/** The measured functions for frames of one size. */
 #define FRAMES_OF(SIZE)                                                                                                \
     static long receive_##SIZE(void) {                                                                                 \
         return adp_receive_frame(frame.bytes, &out_frame, (SIZE) + TAG_BYTES, &out_length, &out_flag, &out_interface); \

@@ -1,5 +1,5 @@
-/* Counts what this process takes from the heap: the calls of the C library's allocator are made here. */
+/* Counts the allocations of this process: it replaces the calls of the C library's allocator. */
 #pragma once
 
-/** Blocks that were taken so far, those that took another one's place included. */
+/** Allocations so far, reallocations included. */
 unsigned long allocations(void);

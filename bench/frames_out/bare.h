@@ -1,4 +1,4 @@
-/* The system calls of a frame on its way out, made directly, with the frame ready to be sent. */
+/* The system calls that send a frame, made directly, with the frame ready. */
 #pragma once
 
 #include <stdbool.h>
@@ -7,7 +7,7 @@
 
 enum { kTagBytes = 10, kLongestFrame = 1514, kLongestTagged = kLongestFrame + kTagBytes };
 
-/** A frame as it goes over the wire to the switch. */
+/** A frame with its switch tag. */
 struct tagged_frame {
     uint8_t bytes[kLongestTagged];
     size_t length;
@@ -16,10 +16,10 @@ struct tagged_frame {
 /** Opens a packet socket as the library does; negative when the system refuses. */
 int open_packet_socket(void);
 
-/** Opens ears on an interface; negative when the system refuses. */
+/** Opens a socket that receives on an interface; negative when the system refuses. */
 int listen_on(const char *interface);
 
-/** Takes the next frame that comes in there; false when none comes within a second. */
+/** Receives the next frame there; false when none comes within a second. */
 bool take_frame(int ears, struct tagged_frame *frame);
 
 /** Looks up "eth0" and sends the frame there. */

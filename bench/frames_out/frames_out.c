@@ -2,10 +2,10 @@
  * bench_frames_out WAY BYTES FRAMES BLOCKS: sends frames by a way of the library's, and the same frames as bare system
  * calls.
  *
- * FRAMES by the library and as many bare ones take turns, BLOCKS times, each going first every other time. A line for
- * each block has the nanoseconds that the processor has spent on either, and those that have passed meanwhile. Then
- * both send once more, and the last line has what the library has taken from the heap. Calls write(-1, ...) stand
- * before, between and behind, by which whoever traces system calls finds those of either.
+ * FRAMES by the library and as many bare ones alternate, BLOCKS times; each is first every other time. A line for each
+ * block has the nanoseconds of processor time of either, and those that have passed. Then both send once more, and the
+ * last line has the library's allocations. Calls write(-1, ...) before, between and after them mark the system calls of
+ * either in a trace.
  */
 #include <stdbool.h>
 #include <stdint.h>
@@ -51,7 +51,7 @@ static bool send_ready(const struct run *run) {
     return run->way->single ? send_bare_on_own_socket(&run->ready) : send_bare(run->socket, &run->ready);
 }
 
-/* What the library has sent is what the bare calls send. */
+/* The library sends the same bytes as the bare calls. */
 static bool learn_frame(struct run *run) {
     struct tagged_frame again;
     const int ears = listen_on(kDeviceEnd);
@@ -77,7 +77,7 @@ static bool send_all_bare(const struct run *run) {
     return sent;
 }
 
-/* The call fails, which is all that it is for. */
+/* Fails on purpose: it is only a mark. */
 static bool mark(const char *text) {
     return write(kNowhere, text, strlen(text)) < 0;
 }

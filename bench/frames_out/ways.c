@@ -23,7 +23,7 @@ static const struct way kWays[] = {
 static adp_tx_dest_t destinations[kDestinations];
 static adp_list_link_t list;
 
-/* The device's service, answered within this process: all ports are members. What a service costs is its own. */
+/* The device's service, answered within this process: all ports are members. */
 int32_t get_vlan_info(uint32_t vid, uint8_t record[DEVICE_VLAN_RECORD_BYTES]) {
     memset(record + DEVICE_VLAN_MEMBERS_OFFSET, 0xFF, sizeof(uint64_t));
     return vid == kVlan ? 0 : -1;

@@ -1,4 +1,4 @@
-// A library with nothing in it: what loading costs that is not the library's.
+// An empty library: the cost of loading any library.
 int bench_size_empty(void);
 
 int bench_size_empty(void) {

@@ -1,5 +1,5 @@
-// Loads two libraries in turn, again and again: load FIRST SECOND ROUNDS. Shows the median nanoseconds of each, first
-// with names bound when they are called and then with all bound at once: "lazy FIRST SECOND", "now FIRST SECOND".
+// load FIRST SECOND ROUNDS: loads two libraries in turn. Prints the median nanoseconds of each, first with names bound
+// when they are called and then with all bound at once: "lazy FIRST SECOND", "now FIRST SECOND".
 #include <dlfcn.h>
 #include <stdint.h>
 #include <stdio.h>

@@ -1,6 +1,6 @@
-// Starts the library up, as a management process does, and shows what of its mappings is this process's own by then:
-// a line "start-end size private" in bytes for each mapping of libadp.so. Private are the pages that were copied
-// because the process has written to them; pages of a file that was built just now count as dirty too, but are shared.
+// Starts the library up, as a management process does, and prints the private memory of its mappings: a line "start-end
+// size private" in bytes for each mapping of libadp.so. Private pages are those that the process has written to. Pages
+// of a file that was built just now are dirty too, but shared.
 #include <adp/adp.h>
 #include <stdint.h>
 #include <stdio.h>

@@ -1,8 +1,5 @@
-"""Emits functions: stubs that collect their arguments, the virtual methods behind them, and the ways between."""
-import model
+"""Emits functions: stubs that collect their arguments, and the way from collected arguments back to a function."""
 from emit_table import BANNER
-
-LOG_METHOD = "log_line"  # what the variadic logger becomes once its text has been formatted
 
 
 def declare(param, named=True):
@@ -46,95 +43,6 @@ def stub(function):
         return f"{head}    return forward<{function.returns}>(CallId::{function.name}, nullptr);\n}}\n\n"
     return (f"{head}    const void *const arguments[] = {{{', '.join(names)}}};\n"
             f"    return forward<{function.returns}>(CallId::{function.name}, arguments);\n}}\n\n")
-
-
-def method_name(function):
-    return LOG_METHOD if function.variadic else function.name
-
-
-def method_parameters(function, named):
-    if not function.variadic:
-        return parameters(function, named) if function.params else ""
-    fixed = function.params[:-1]
-    return ", ".join([declare(param, named) for param in fixed] + ["const char *text" if named else "const char *"])
-
-
-def driver_calls_header(calls):
-    includes = "".join(f'#include "platform/{header}"\n' for header in calls.libraries.values())
-    methods = "".join(f"    virtual {spaced(function.returns)}{method_name(function)}"
-                      f"({method_parameters(function, True)});\n" for function in calls.remote)
-    return f"""{BANNER}#ifndef GENERATED_DRIVER_CALLS_H
-#define GENERATED_DRIVER_CALLS_H
-
-#include <stdint.h>
-
-#include "generated/call_id.h"
-{includes}
-namespace vdevice {{
-
-/** What a device answers: one method per imported call. A call that is not overridden answers kNotSupported. */
-class DriverCalls {{
-  public:
-    DriverCalls() = default;
-    DriverCalls(const DriverCalls &) = delete;
-    DriverCalls &operator=(const DriverCalls &) = delete;
-    virtual ~DriverCalls() = default;
-
-{methods}}};
-
-/** True if a device answers the call; the others are answered within the calling process. */
-bool is_answered(calls::CallId id);
-
-/** Calls the method of @p id; @p arguments holds the address of each argument. */
-int64_t dispatch(DriverCalls &calls, calls::CallId id, const void *const *arguments);
-
-}}  // namespace vdevice
-
-#endif
-"""
-
-
-def default_result(function):
-    return {"void": "", "const char *": " return nullptr; "}.get(
-        function.returns, f" return static_cast<{function.returns}>(driver::kNotSupported); "
-        if function.returns != "int32_t" else " return driver::kNotSupported; ")
-
-
-def driver_calls_source(calls):
-    methods = "".join(f"{spaced(function.returns)}DriverCalls::{method_name(function)}"
-                      f"({method_parameters(function, False)}) {{{default_result(function)}}}\n"
-                      for function in calls.remote)
-    rows = "".join(f"    nullptr,  // {function.name}\n" if function.name in model.LOCAL_CALLS
-                   else f"    &invoke<&DriverCalls::{method_name(function)}>,\n" for function in calls.functions)
-    return f"""{BANNER}#include "generated/driver_calls.h"
-
-#include "calls/invoke.h"
-#include "vdevice/driver/codes.h"
-
-namespace vdevice {{
-
-{methods}
-namespace {{
-
-using calls::invoke;
-
-using Invoker = int64_t (*)(DriverCalls &, const void *const *);
-
-constexpr Invoker kInvokers[calls::kCallCount] = {{
-{rows}}};
-
-}}  // namespace
-
-bool is_answered(calls::CallId id) {{
-    return static_cast<size_t>(id) < calls::kCallCount && kInvokers[static_cast<size_t>(id)] != nullptr;
-}}
-
-int64_t dispatch(DriverCalls &calls, calls::CallId id, const void *const *arguments) {{
-    return kInvokers[static_cast<size_t>(id)](calls, arguments);
-}}
-
-}}  // namespace vdevice
-"""
 
 
 def forward_source(calls):

@@ -6,8 +6,7 @@ BANNER = "// Generated from the headers of the imported libraries. Do not edit.\
 
 def call_ids(calls):
     names = "".join(f"    {function.name},\n" for function in calls.functions)
-    return f"""{BANNER}#ifndef GENERATED_CALL_ID_H
-#define GENERATED_CALL_ID_H
+    return f"""{BANNER}#pragma once
 
 #include <stddef.h>
 #include <stdint.h>
@@ -23,8 +22,6 @@ inline constexpr size_t kCallCount = {len(calls.functions)};
 inline constexpr uint32_t kInterfaceChecksum = 0x{calls.checksum():08x};
 
 }}  // namespace calls
-
-#endif
 """
 
 

@@ -12,10 +12,12 @@ import sys
 
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 
-import emit_calls  # noqa: E402  (the path has to be set first)
-import emit_table  # noqa: E402
-import interface   # noqa: E402
-import model       # noqa: E402
+import emit_calls   # noqa: E402  (the path has to be set first)
+import emit_driver  # noqa: E402
+import emit_table   # noqa: E402
+import interface    # noqa: E402
+import model        # noqa: E402
+import sections     # noqa: E402
 
 
 def write_if_changed(path, text):
@@ -33,11 +35,12 @@ def write_if_changed(path, text):
 
 def outputs(calls):
     """File name to text, for every generated file."""
+    driver = sections.read(calls)
     files = {
         "call_id.h": emit_table.call_ids(calls),
         "call_table.cpp": emit_table.call_table(calls),
-        "driver_calls.h": emit_calls.driver_calls_header(calls),
-        "driver_calls.cpp": emit_calls.driver_calls_source(calls),
+        "driver_calls.h": emit_driver.header(calls, driver),
+        "driver_calls.cpp": emit_driver.source(calls, driver),
         "forward.cpp": emit_calls.forward_source(calls),
     }
     for library in calls.libraries:
@@ -53,12 +56,12 @@ def main(arguments):
     parser.add_argument("--library", required=True, action="append", nargs=2, metavar=("NAME", "HEADER"))
     options = parser.parse_args(arguments)
     try:
-        calls = model.read(options.types, options.library)
+        files = outputs(model.read(options.types, options.library))
     except interface.HeaderError as error:
         print(f"generate.py: {error}", file=sys.stderr)
         return 1
     os.makedirs(options.output, exist_ok=True)
-    for name, text in outputs(calls).items():
+    for name, text in files.items():
         write_if_changed(os.path.join(options.output, name), text)
     return 0
 

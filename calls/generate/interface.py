@@ -60,6 +60,7 @@ class Function:
     params: list
     variadic: bool = False
     doc: str = ""
+    heading: str = ""  # the section that it stands in
 
 
 @dataclass
@@ -72,6 +73,7 @@ class Data:
 @dataclass
 class Interface:
     functions: list = field(default_factory=list)
+    headings: list = field(default_factory=list)   # titles of sections, in order
     data: list = field(default_factory=list)
     structs: dict = field(default_factory=dict)
     aliases: dict = field(default_factory=dict)    # typedef name -> scalar or struct name
@@ -94,7 +96,10 @@ class Interface:
 
 
 DOC = r"/\*\*(?:[^*]|\*(?!/))*\*/"
-NOT_A_DECLARATION = ("@file", "@name", "@{", "@}")  # docs that describe the file or a group
+# A heading is a plain comment of several lines; its title ends with its first line or before the first of these marks.
+HEADING = r"^/\*\n \* ([^\n:.,(]+)[^\n]*\n(?: \*(?!/)[^\n]*\n)* \*/$"
+SECTION = "@section "  # how run() is told of a heading
+NOT_A_DECLARATION = ("@file", "@name", "@{", "@}", SECTION)  # docs that describe the file or a group
 
 
 def read(paths):
@@ -117,9 +122,12 @@ def clean_doc(comment):
 
 
 class _Reader:
+    heading = ""  # the last one
+
     def __init__(self, interface, text):
         self.interface = interface
         self.constants(text)
+        text = re.sub(HEADING, lambda match: f"/** {SECTION}{match[1].strip()} */", text, flags=re.M)
         text = re.sub(r"/\*\*<(?:[^*]|\*(?!/))*\*/", "", text)           # trailing member docs
         text = re.sub(r"/\*(?!\*)(?:[^*]|\*(?!/))*\*/|//[^\n]*", "", text)  # plain comments
         # A directive leaves an empty doc comment, so that its own doc does not fall to the next declaration.
@@ -143,6 +151,9 @@ class _Reader:
             position = match.end()
             if match.group("doc"):
                 doc = clean_doc(match.group("doc"))
+                if doc.startswith(SECTION):
+                    self.heading = doc[len(SECTION):]
+                    self.interface.headings.append(self.heading)
                 doc = "" if doc.startswith(NOT_A_DECLARATION) else doc
                 continue
             declaration = re.sub(DOC, "", match.group("decl"), flags=re.S)
@@ -234,9 +245,9 @@ class _Reader:
             raise HeaderError(f"{name}: {error}") from None
         if any(known.name == name for known in self.interface.functions):
             raise HeaderError(f"{name}: declared twice")
-        function = Function(name, returns, [], doc=doc)
+        function = Function(name, returns, [], doc=doc, heading=self.heading)
         if arguments not in ("", "void"):
-            for argument in split_arguments(arguments):
+            for argument in map(str.strip, re.split(r",(?![^()]*\))", arguments)):  # not at commas in parentheses
                 if argument == "...":
                     function.variadic = True
                 else:
@@ -288,16 +299,3 @@ def refuse_duplicates(owner, named):
     for name in names:
         if names.count(name) > 1:
             raise HeaderError(f"{owner}: two named '{name}'")
-
-
-def split_arguments(text):
-    """Splits at commas outside parentheses."""
-    parts, depth, current = [], 0, ""
-    for character in text:
-        depth += {"(": 1, ")": -1}.get(character, 0)
-        if character == "," and depth == 0:
-            parts.append(current.strip())
-            current = ""
-        else:
-            current += character
-    return parts + [current.strip()]

@@ -4,10 +4,12 @@ import os
 import pytest
 
 import emit_calls
+import emit_driver
 import emit_table
 import generate
 import interface
 import model
+import sections
 
 TYPES = """
 typedef uint32_t adp_ports_t[8];
@@ -16,6 +18,10 @@ typedef struct { entry_t entry; uint64_t count; } outer_t;
 typedef struct link { struct link *next; } link_t;
 """
 DRIVER = """
+/*
+ * Users: of the ports
+ */
+
 /** Creates. */
 int32_t user_create(uint32_t unit, const adp_ports_t ports, const outer_t *outer);
 /** Lists. */
@@ -71,13 +77,6 @@ def test_stubs_leave_out_the_variadic_call(headers):
     assert "int32_t user_list(uint32_t unit, int32_t size, uint16_t *list) {" in stubs
     assert "{&unit, &size, &list}" in stubs
     assert "log_text" not in emit_calls.stubs(calls, "services")
-
-
-def test_device_gets_text_instead_of_a_format_and_no_local_calls(headers):
-    header = emit_calls.driver_calls_header(read(headers))
-    assert "virtual int32_t log_line(int32_t level, const char *text);" in header
-    assert "onu_mac2str" not in header
-    assert "nullptr,  // onu_mac2str" in emit_calls.driver_calls_source(read(headers))
 
 
 def test_export_map_names_functions_and_data_of_the_library(headers):
@@ -147,6 +146,97 @@ def test_equal_files_are_not_written_again(headers, tmp_path):
     assert run(headers, folder, driver=DRIVER.replace("user_list", "user_lists")) == 0
     assert os.stat(folder / "driver_stubs.cpp").st_mtime != 1
     assert os.stat(folder / "services_stubs.cpp").st_mtime == 1
+
+
+@pytest.mark.parametrize("driver, sentence", [
+    ("int32_t f(void);", "f stands under no heading"),
+    (DRIVER + "/*\n * More. Text.\n */\n", "heading 'More' has no calls"),
+    (DRIVER + "/*\n * More\n */\nint32_t f(void);\n/*\n * Users (again)\n */\n", "two headings 'Users'"),
+    ("/*\n * Users\n */\nuint32_t f(void);", "f: a device answers with a status"),
+])
+def test_calls_that_no_section_can_have_are_refused(headers, tmp_path, capsys, driver, sentence):
+    assert run(headers, tmp_path / "out", driver=driver) == 1
+    assert capsys.readouterr().err == f"generate.py: {sentence}\n"
+
+
+SECTIONS = DRIVER + """
+/*
+ * Double-wide tags, each with its
+ * own meaning: 802.1Q/D. (See there.)
+ */
+/** Reads. */
+int32_t tag_get(int32_t handle, uint32_t unit, uintptr_t vid, entry_t entry, uint32_t *tag, outer_t *outer);
+/* A plain comment is no heading. */
+/** Finds. */
+int32_t tag_find(uint32_t unit, int32_t port, uintptr_t zero, const entry_t *entry, const uint8_t key[8]);
+/** Fills. */
+int32_t tag_fill(adp_ports_t ports, const adp_ports_t other, const char *name, uint32_t *unit);
+"""
+
+
+@pytest.fixture(name="driver")
+def fixture_driver(headers):
+    """Header and source of the driver calls as lines without indentation."""
+    calls = read(headers, driver=SECTIONS)
+    found = sections.read(calls)
+    return [[line.strip() for line in emit(calls, found).splitlines()] for emit in (emit_driver.header,
+                                                                                   emit_driver.source)]
+
+
+def body_of(function, source):
+    start = next(i for i, line in enumerate(source) if line.startswith(f"int32_t DriverCalls::{function}("))
+    return source[start + 1:source.index("}", source.index("", start) - 1)]
+
+
+def test_each_heading_makes_a_section_and_the_services_are_one(headers):
+    found = [(section.title, section.name, section.class_name, [function.name for function in section.functions])
+             for section in sections.read(read(headers, driver=SECTIONS))]
+    assert found == [
+        ("Users", "users", "UsersCalls", ["user_create", "user_list"]),
+        ("Double-wide tags", "double_wide_tags", "DoubleWideTagsCalls", ["tag_get", "tag_find", "tag_fill"]),
+        ("Services", "services", "ServicesCalls", ["log_text"])]
+
+
+def test_a_section_gets_references_numbers_and_no_constant_words(driver):
+    header, _ = driver
+    assert "virtual chip::Status tag_get(uint32_t vid, const entry_t &entry, uint32_t &tag, outer_t &outer);" in header
+    assert "virtual chip::Status tag_find(int32_t port, const entry_t &entry, const uint8_t key[8]);" in header
+    assert ("virtual chip::Status tag_fill(uint32_t ports[8], const uint32_t other[8], const char *name, "
+            "uint32_t &unit);") in header
+    assert "virtual chip::Status user_list(int32_t size, uint16_t *list);" in header
+
+
+def test_the_dispatch_refuses_constant_words_before_null_addresses(driver):
+    _, source = driver
+    assert body_of("tag_get", source) == [
+        "if (handle != 0 || unit != 0) {", "return chip::code(chip::Status::kBadUnit);", "}",
+        "if (tag == nullptr || outer == nullptr) {", "return chip::code(chip::Status::kBadArgument);", "}",
+        "return chip::code(sections_.double_wide_tags->tag_get(static_cast<uint32_t>(vid), entry, *tag, *outer));"]
+    assert body_of("tag_find", source) == [
+        "if (unit != 0 || static_cast<uint32_t>(zero) != 0) {", "return chip::code(chip::Status::kBadUnit);", "}",
+        "if (entry == nullptr || key == nullptr) {", "return chip::code(chip::Status::kBadArgument);", "}",
+        "return chip::code(sections_.double_wide_tags->tag_find(port, *entry, key));"]
+
+
+def test_only_texts_and_port_sets_that_are_read_may_be_null(driver):
+    _, source = driver
+    assert body_of("tag_fill", source)[0] == "if (ports == nullptr || unit == nullptr) {"
+
+
+def test_what_a_section_does_not_override_is_not_supported(driver):
+    _, source = driver
+    assert ("chip::Status DoubleWideTagsCalls::tag_find(int32_t, const entry_t &, const uint8_t *) "
+            "{ return chip::Status::kNotSupported; }") in source
+    assert ("int32_t ServicesCalls::log_line(int32_t, const char *) "
+            "{ return chip::code(chip::Status::kNotSupported); }") in source
+
+
+def test_services_get_text_instead_of_a_format_and_all_else_as_it_is(driver):
+    header, source = driver
+    assert "virtual int32_t log_line(int32_t level, const char *text);" in header
+    assert body_of("log_line", source) == ["return sections_.services->log_line(level, text);"]
+    assert not any("onu_mac2str" in line for line in header)
+    assert "nullptr,  // onu_mac2str" in source
 
 
 def test_a_bad_header_is_a_sentence_and_a_status(headers, tmp_path, capsys):

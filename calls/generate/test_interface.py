@@ -10,6 +10,7 @@ HERE = os.path.dirname(os.path.abspath(__file__))
 sys.path.insert(0, HERE)
 
 import interface  # noqa: E402  (the path has to be set first)
+from sections import Section  # noqa: E402
 
 ROOT = os.path.dirname(os.path.dirname(HERE))
 TYPES = os.path.join(ROOT, "include", "adp", "types.h")
@@ -172,6 +173,19 @@ class TestDocs:
         assert struct.doc == "S." and [f.name for f in struct.fields] == ["a", "b"]
 
 
+class TestHeadings:
+    def test_a_heading_belongs_to_all_functions_after_it(self, read):
+        functions = read("int32_t f(void);\n/*\n * One: of (two).\n */\nint32_t g(void);\nint32_t h(void);\n"
+                         "/*\n * Two\n *\n * Lines.\n */\n/** Doc. */\nint32_t i(void);")
+        assert [(f.name, f.heading) for f in functions.functions] == [("f", ""), ("g", "One"), ("h", "One"),
+                                                                      ("i", "Two")]
+        assert functions.headings == ["One", "Two"] and functions.functions[3].doc == "Doc."
+
+    def test_a_heading_ends_with_its_header(self, read):
+        functions = read("/*\n * One\n */\nint32_t f(void);", "int32_t g(void);").functions
+        assert [f.heading for f in functions] == ["One", ""]
+
+
 REFUSED = {
     "unnamed parameter": ("int32_t f(uint32_t);", "f: "),
     "unnamed pointer": ("int32_t f(uint32_t *);", "cannot read parameter"),
@@ -244,6 +258,13 @@ def test_the_services_header_declares_the_listed_names(services):
     assert [(d.name, d.type) for d in services.data] == [("erps_event_queue", "uintptr_t")]
 
 
+def test_every_section_of_the_driver_has_its_source_file(driver):
+    named = [Section(heading, []).name for heading in driver.headings]
+    assert len(named) == 23
+    folder = os.path.join(ROOT, "vdevice", "driver")
+    assert [name for name in named if not os.path.isfile(os.path.join(folder, f"{name}.cpp"))] == []
+
+
 def test_every_imported_call_is_documented(driver, services):
     assert [f.name for f in driver.functions + services.functions if not f.doc] == []
 
@@ -270,16 +291,16 @@ IRREGULAR = {
     "user_mac_learn_limit_get": "unit limit",
     "user_mac_age_time_set": "unit seconds",
     "user_mac_age_time_get": "unit seconds",
-    "user_mac_table_show": "unit first third fourth",
-    "user_mac_mcast_table_show": "unit first third fourth",
+    "user_mac_table_show": "unit vid option option2",
+    "user_mac_mcast_table_show": "unit vid option option2",
     "user_l2_mactable_fread": "first second third fourth",
     "User_mcast_addr_t_init": "unit entry key vid",
-    "user_is_mcast_addr_exist_by_vlan": "unit vid second option",
-    "user_is_mcast_addr_exist_vlan_is": "unit first third fourth",
-    "User_switch_port_control_l2mc_enable": "unit port zero value",
-    "User_switch_port_control_l2mc_get": "unit port zero value",
-    "User_switch_port_control_ipmc_set": "unit port zero value",
-    "User_switch_port_control_ipmc_get": "unit port zero value",
+    "user_is_mcast_addr_exist_by_vlan": "unit vid last_vid option",
+    "user_is_mcast_addr_exist_vlan_is": "unit vid option option2",
+    "User_switch_port_control_l2mc_enable": "unit port zero enable",
+    "User_switch_port_control_l2mc_get": "unit port zero enable",
+    "User_switch_port_control_ipmc_set": "unit port zero enable",
+    "User_switch_port_control_ipmc_get": "unit port zero enable",
     "user_field_meter_entry_set": "unit rate meter",
     "user_field_meter_ifg_exclude_init": "",
     "user_qos_schedule_set": "port queue weight flags",
@@ -288,9 +309,9 @@ IRREGULAR = {
     "user_qos_remark_inner_tag_src_init": "",
     "user_qos_trust_sel_group_init": "",
     "user_qos_cpu_weight_init": "",
-    "user_qos_pri_remap_set": "unit first second fourth further1 further2 further3 further4",
-    "user_qos_port_cos_set": "port value",
-    "user_qos_port_cos_get": "port value",
+    "user_qos_pri_remap_set": "unit port priority new_priority option option2 option3 option4",
+    "user_qos_port_cos_set": "port cos",
+    "user_qos_port_cos_get": "port cos",
 }
 
 
@@ -312,14 +333,17 @@ def test_only_known_calls_do_not_begin_with_unit_and_zero(driver):
 def test_ports_trunks_and_ids_have_one_type_throughout(driver):
     kinds = {"unit": {"u32"}, "zero": {"u32"}, "handle": {"i32"}, "port": {"i32"}, "trunk": {"i32"}, "stg": {"i32"},
              "vid": {"u32"}, "entry": {"u32", "struct"}, "option": {"word"}}
-    handed_through = ("user_vlan_translate_", "user_vlan_ip4_", "user_qos_schedule_", "user_qos_pri_queue_map_",
+    passed_through = ("user_vlan_translate_", "user_vlan_ip4_", "user_qos_schedule_", "user_qos_pri_queue_map_",
                       "user_qos_dscp_map_")
+    words = {("user_mac_table_show", "vid"), ("user_mac_mcast_table_show", "vid"),
+             ("user_is_mcast_addr_exist_vlan_is", "vid"), ("user_qos_pri_remap_set", "port")}
     for function in driver.functions:
-        if function.name.startswith(handed_through):
+        if function.name.startswith(passed_through):
             continue
         for param in function.params:
             if not param.pointer and param.name in kinds:
-                assert param.kind in kinds[param.name], f"{function.name}: {param.name}"
+                expected = {"word"} if (function.name, param.name) in words else kinds[param.name]
+                assert param.kind in expected, f"{function.name}: {param.name}"
 
 
 def test_keys_are_eight_bytes_and_are_read(driver):

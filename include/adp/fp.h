@@ -3,17 +3,18 @@
  * The field processor, the chip's ACL engine: which feature owns which slice of its entries, rule records and their
  * installation, counters, the look-up miss action, and remark rules.
  *
- * A feature owns a submodule, a row of g_stFpInfo: a field group and a place in it. Its rules have entity numbers of
- * the feature's own, which become hardware entry numbers. In groups 1 and 5 a rule takes two entries, a pair. A caller
- * clears an FpEntity, fills in the key, the priority, qualifiers (adp_fp_add_entity_qualify()) and actions
- * (adp_fp_add_entity_action()), and installs it with adp_fp_add_entity_rule(). The library keeps a copy of every
- * installed rule in acl_fp_list_head, one for each pair of submodule and entity number.
+ * A feature owns a submodule, a row of g_stFpInfo: a field group and a place in it. Each feature numbers its rules
+ * itself (entity numbers); the library computes hardware entry numbers from them. In groups 1 and 5 a rule takes two
+ * entries, a pair. A caller clears an FpEntity, fills in the key, the priority, qualifiers
+ * (adp_fp_add_entity_qualify()) and actions (adp_fp_add_entity_action()), and installs it with
+ * adp_fp_add_entity_rule(). The library keeps a copy of every installed rule in acl_fp_list_head, one for each pair of
+ * submodule and entity number.
  *
- * Driver calls named here begin with a handle that is always 0 and the unit, which the descriptions write out only
+ * Driver calls named here begin with a handle that is always 0 and the unit; the descriptions write these out only
  * where it matters. Nothing here takes a lock: callers serialise all calls into the field processor.
  *
- * The calls log what they do, where the descriptions say so: level 7, module 18, word "ACL", and into the trace while
- * sys_trace_get() is not 0. The texts, with function name and source line, are fixed.
+ * "Logs" below means: a log message of level 7, module 18, word "ACL", and a trace entry while sys_trace_get() is not
+ * 0. The texts are fixed, function name and source line included.
  */
 #pragma once
 
@@ -29,8 +30,8 @@ ADP_BEGIN_DECLS
 
 /**
  * @name Qualifier types
- * A scalar stands in the first 32-bit word of data and mask, in host byte order; addresses are bytes in network order
- * from the start, a bitmap of interfaces eight words.
+ * A scalar is the first 32-bit word of data and mask, in host byte order. An address is bytes in network order from the
+ * start. A bitmap of interfaces is eight words.
  * @{
  */
 #define ADP_FP_QUALIFY_SRC_IP6 0   /**< IPv6 source address, 16 bytes (RFC 8200) */
@@ -57,7 +58,7 @@ ADP_BEGIN_DECLS
 
 /**
  * @name Action types that the library looks at
- * All others, and what the driver does with each, are the driver's.
+ * Every other code, and the effect of each, is the driver's.
  * @{
  */
 #define ADP_FP_ACTION_REMARK_KIND_2 1  /**< what remark rules of kind 2 use; parameter: the new value */
@@ -91,7 +92,7 @@ typedef struct {
     uint8_t param2[ADP_FP_ACTION_BYTES]; /**< likewise */
 } FpAction;
 
-/** A rule record. Callers clear it whole before they fill it. */
+/** A rule record. The caller clears the whole record before filling it. */
 typedef struct {
     uint32_t submodule_type; /**< key into g_stFpInfo */
     uint32_t unit;           /**< unit of the driver calls of installation, 0 */
@@ -104,13 +105,13 @@ typedef struct {
     FpAction actions[ADP_FP_ACTIONS];
 } FpEntity;
 
-/** An installed rule in acl_fp_list_head: the link and the record as it was installed. */
+/** An installed rule in acl_fp_list_head: its link and its record as installed. */
 typedef struct {
     adp_list_link_t link;
     FpEntity entity;
 } FpListNode;
 
-/** A bitmap of interfaces 0..63 that is passed by value: bit n of word n / 32 stands for interface n. */
+/** A bitmap of interfaces 0..63, passed by value: bit n of word n / 32 stands for interface n. */
 typedef struct {
     uint32_t word[2];
 } FpPortBitmap;
@@ -134,7 +135,7 @@ enum adp_remark_field {
 #define ADP_REMARK_FORM_FIELD 1 /**< rule_form: ports and one field */
 #define ADP_REMARK_FORM_PORTS 7 /**< rule_form: ports only */
 
-/** A request for a remark rule, 32 bytes. Members named unused are not read. */
+/** A request for a remark rule, 32 bytes. Fields named unused are not read. */
 typedef struct {
     uint16_t rule_id; /**< entity number and priority of the rule */
     uint16_t unused2;
@@ -162,51 +163,51 @@ extern adp_list_link_t acl_fp_list_head;
 /**
  * Empties the list of rules and initialises the driver's field processor.
  *
- * Nodes that are in the list are dropped, not freed. Driver call: user_field_init(0, 0). When it is negative, it is
- * made again, "%s:[%05d]  error funtion ret=%d \n" with that second result is printed, and it is made a third time.
+ * Nodes in the list are dropped, not freed. Driver call: user_field_init(0, 0). After a negative result it is made
+ * again, "%s:[%05d]  error funtion ret=%d \n" is printed with the second result, and it is made a third time.
  *
- * @return 0 if the first driver call was not negative, otherwise the third one's result
+ * @return 0 if the first driver call was not negative, otherwise the third call's result
  */
 adp_status_t adp_fp_init(void);
 
 /**
  * Finds a submodule.
  *
- * @param type  submodule type
- * @return the last row of this type; null if there is none
+ * @param submodule_type  submodule type
+ * @return the last row of this type; null when there is none
  */
-FpInfo *adp_fp_find_data_by_submodetype(uint32_t type);
+FpInfo *adp_fp_find_data_by_submodetype(uint32_t submodule_type);
 
 /**
  * The same as adp_fp_find_data_by_submodetype().
  *
- * @param type  submodule type
- * @return the last row of this type; null if there is none
+ * @param submodule_type  submodule type
+ * @return the last row of this type; null when there is none
  */
-FpInfo *fp_find_data_by_submodetype(uint32_t type);
+FpInfo *fp_find_data_by_submodetype(uint32_t submodule_type);
 
 /**
  * Computes the hardware entry number of an entity, and logs it (line 864).
  *
- * With n = prio_base + entity_id, in 32 bits: group 1: 2n + 1280, 2: n + 896, 3: n + 768, 4: n + 640, 5: 2n + 1024,
- * 6: n + 512, 7: n + 384, 8: n + 256, any other: n. Nothing is checked.
+ * With n = prio_base + entity_id, in 32 bits: group 1: 2n + 1280, 2: n + 896, 3: n + 768, 4: n + 640, 5: 2n + 1024, 6:
+ * n + 512, 7: n + 384, 8: n + 256, any other: n. Nothing is checked.
  *
- * @param row        the submodule
+ * @param submodule  the submodule
  * @param entity_id  number inside the submodule
  * @return the hardware entry number; for groups 1 and 5 that of the first entry of the pair
  */
-uint32_t adp_fp_get_true_entity_id(FpInfo row, uint32_t entity_id);
+uint32_t adp_fp_get_true_entity_id(FpInfo submodule, uint32_t entity_id);
 
 /**
- * Tells whether a submodule's rules take a pair of entries.
+ * Whether a submodule's rules take a pair of entries.
  *
- * @param row  the submodule
+ * @param submodule  the submodule
  * @return 1 in groups 1 and 5, else 0
  */
-int32_t adp_fp_is_double_entity(FpInfo row);
+int32_t adp_fp_is_double_entity(FpInfo submodule);
 
 /**
- * Tells whether a hardware entry belongs to the groups whose rules take a pair of entries.
+ * Whether a hardware entry belongs to the groups whose rules take a pair of entries.
  *
  * @param true_entry  hardware entry number
  * @return 1 for 1024..1535, else 0
@@ -214,56 +215,56 @@ int32_t adp_fp_is_double_entity(FpInfo row);
 int32_t adp_fp_is_double_entity_2(uint32_t true_entry);
 
 /**
- * Tells whether a qualifier belongs on the second entry of a pair.
+ * Whether a qualifier belongs on the second entry of a pair.
  *
- * @param row           the submodule
+ * @param submodule     the submodule
  * @param qualify_type  ADP_FP_QUALIFY_...
  * @return 1 in group 1 for types 9, 10, 27, 28, 31, 61 and 332, in group 5 for types 1, 27, 28 and 30; else 0
  */
-int32_t adp_fp_is_need_set_next_entity_id(FpInfo row, uint32_t qualify_type);
+int32_t adp_fp_is_need_set_next_entity_id(FpInfo submodule, uint32_t qualify_type);
 
 /**
  * Finds an installed rule.
  *
  * @param submodule_type  the rule's submodule
- * @param entity_id       its number there
- * @return the first node of the list with this pair; null if there is none
+ * @param entity_id       its number in the submodule
+ * @return the first node with this pair of numbers; null when there is none
  */
 FpListNode *adp_fp_find_list_node_by_entity(uint32_t submodule_type, uint32_t entity_id);
 
 /**
  * Appends a qualifier to a rule record.
  *
- * Data of exactly 2 bytes is taken as a 16-bit number in host byte order and stored, extended by zeros, as the first
- * word; so is the mask. Otherwise the bytes are copied to the start of the field.
+ * Data of exactly 2 bytes is a 16-bit number in host byte order and is stored as the first word, extended by zeros; so
+ * is a mask of 2 bytes. Otherwise the bytes are copied to the start of the field.
  *
- * @param[in,out] e  the record
- * @param type       ADP_FP_QUALIFY_...
- * @param data       what is matched
- * @param data_len   its length, 0..64
- * @param mask       the bits that count
- * @param mask_len   its length, 0..64
+ * @param[in,out] entity  the record
+ * @param type            ADP_FP_QUALIFY_...
+ * @param data            what is matched
+ * @param data_len        its length, 0..64
+ * @param mask            the bits that count
+ * @param mask_len        its length, 0..64
  * @return the qualifier's index. -1 with the record unchanged when it has 16 qualifiers already, which prints
  *         "%s:[%05d] Fp qualify number=[%d] was full!~\n", when a length is out of range, and when the count is
- * negative.
+ *         negative.
  */
-int32_t adp_fp_add_entity_qualify(ADP_INOUT FpEntity *e, uint32_t type, ADP_COUNT(data_len) const void *data,
+int32_t adp_fp_add_entity_qualify(ADP_INOUT FpEntity *entity, uint32_t type, ADP_COUNT(data_len) const void *data,
                                   uint32_t data_len, ADP_COUNT(mask_len) const void *mask, int32_t mask_len);
 
 /**
  * Appends an action to a rule record.
  *
- * @param[in,out] e   the record
- * @param type        ADP_FP_ACTION_... or another code of the driver
- * @param param       parameter, or null for none
- * @param param_len   its length, up to 256; 0 or less copies nothing
- * @param param2      second parameter, or null for none
- * @param param2_len  its length, up to 256; 0 or less copies nothing
- * @return the action's index. -1 with the record unchanged when it has 8 actions already, which prints
- *         "%s:[%05d] Fp qualify number=[%d] was full!~\n" with the record's number of qualifiers, when a parameter that
- * is not null is too long, and when the count is negative.
+ * @param[in,out] entity  the record
+ * @param type            ADP_FP_ACTION_... or another code of the driver
+ * @param param           parameter, or null for none
+ * @param param_len       its length, up to 256; 0 or less copies nothing
+ * @param param2          second parameter, or null for none
+ * @param param2_len      its length, up to 256; 0 or less copies nothing
+ * @return the action's index. -1 with the record unchanged when it has 8 actions already, which prints "%s:[%05d] Fp
+ *         qualify number=[%d] was full!~\n" with the record's number of qualifiers, when a parameter that is not null
+ *         is too long, and when the count is negative.
  */
-int32_t adp_fp_add_entity_action(ADP_INOUT FpEntity *e, uint32_t type, ADP_COUNT(param_len) const void *param,
+int32_t adp_fp_add_entity_action(ADP_INOUT FpEntity *entity, uint32_t type, ADP_COUNT(param_len) const void *param,
                                  int32_t param_len, ADP_COUNT(param2_len) const void *param2, int32_t param2_len);
 
 /**
@@ -275,100 +276,102 @@ int32_t adp_fp_add_entity_action(ADP_INOUT FpEntity *e, uint32_t type, ADP_COUNT
  * failure stops the sequence. The node then leaves the list and is freed.
  *
  * @param submodule_type  the rule's submodule
- * @param entity_id       its number there
- * @param action_type     53 to destroy the rule's meter as well, any other number not to
- * @return the results of all driver calls ORed together; 0 without a log line or a driver call if there is no such rule
+ * @param entity_id       its number in the submodule
+ * @param action_type     53 destroys the rule's meter too, any other number does not
+ * @return the results of all driver calls ORed together; 0 without a log line or driver call when there is no such rule
  */
 adp_status_t adp_fp_delete_entity_rule(uint32_t submodule_type, uint32_t entity_id, uint32_t action_type);
 
 /**
- * Removes the installed rule that a record is to replace.
+ * Removes the installed rule that a new record replaces.
  *
  * As adp_fp_delete_entity_rule() (log lines 612 and 636), but the meter is destroyed once for each action of type 53
- * among the argument record's own actions: those of the new rule, not those of the installed one.
+ * among the argument record's own actions: those of the new rule, not of the installed one.
  *
- * @param entity  submodule_type and entity_id name the rule; of the first action_num actions, 8 at most, the types are
- * read
- * @return the results of all driver calls ORed together; 0 if there is no such rule
+ * @param entity  submodule_type and entity_id name the rule; the types of the first action_num actions, 8 at most, are
+ *                read
+ * @return the results of all driver calls ORed together; 0 when there is no such rule
  */
 adp_status_t adp_fp_delete_entity_rule_ex(FpEntity entity);
 
 /**
  * Installs a rule in the hardware, in place of the one with the same submodule and entity number, and records it.
  *
- * f is the hardware entry (adp_fp_get_true_entity_id()), "pair" says that the submodule's group is 1 or 5. S is the
- * status that is returned; a step either replaces it (S =) or ORs its result in (S |=). No failure stops the sequence.
+ * f is the hardware entry (adp_fp_get_true_entity_id()). "Pair" means that the submodule's group is 1 or 5. S is the
+ * status that the call returns: a step replaces it (S =) or ORs its result in (S |=). No failure stops the sequence.
  * Driver calls in order, all with the record's unit:
  *
  * 1. the removal of the installed rule with this key, as adp_fp_delete_entity_rule_ex(), its result ignored;
  * 2. S = user_field_entry_create_id(group, f); pair: S |= the same for f + 1;
- * 3. S |= user_field_entry_prio_set(f, prio_base + priority); pair: the same for f + 1 with its result dropped, then
+ * 3. S |= user_field_entry_prio_set(f, prio_base + priority); pair: the same for f + 1 with its result ignored, then
  *    S = user_field_set_double_entry(f);
  * 4. for each qualifier: if it belongs on f (adp_fp_is_need_set_next_entity_id() is 0),
- *    S = user_field_set_select_tempate_idx(f, 0). Then S = the user_field_qualify_...() call of its type, on f or f +
- * 1; for type 13 always on f, with both bitmaps translated to physical ports, and S |=. An unknown type prints
- *    "%s:[%05d] set unknow qualify type = [%d]\n" and is passed over;
+ *    S = user_field_set_select_tempate_idx(f, 0). Then S = the user_field_qualify_...() call of its type, on f or
+ *    f + 1; for type 13 always on f, with both bitmaps translated to physical ports, and S |=. An unknown type prints
+ *    "%s:[%05d] set unknow qualify type = [%d]\n" and is skipped;
  * 5. for each action: a meter action (53) first makes S |= user_field_meter_entry_set(unit, rate, index), without
- * handle: the rate is the parameter or, if that is 0, the submodule's, and the index in the record's second parameter
- * is raised by the submodule's meter_base. Types 30 and 33 write the translated port, respectively ports, into the
- * parameter of action number S: action 0 while every counted call succeeded, whichever action is at hand. (When S is
- * not 0..7, nothing is written. Submodule 16's bitmaps stay untranslated.) Then S |= user_field_action_add(f, type,
- * both parameters); pair: S |= the same for f + 1;
+ *    handle: the rate is the parameter or, when that is 0, the submodule's; the index is the second parameter, which is
+ *    raised by the submodule's meter_base in the record. Types 30 and 33 write the translated port (30) or ports (33)
+ *    into the parameter of action number S: of action 0 while every counted call succeeded, whichever action is being
+ *    added. When S is not 0..7, nothing is written. The bitmaps of submodule 16 stay untranslated. Then
+ *    S |= user_field_action_add(f, type, both parameters); pair: S |= the same for f + 1;
  * 6. S |= user_field_entry_install(f); pair: S |= the same for f + 1.
  *
  * Bitmaps of interfaces become bitmaps of physical ports; interfaces that are not mapped are dropped, and all of them
  * when the record's unit is not 0. The steps are logged. The record, with the hardware entry number and the parameters
- * as they then stand, is appended to the list; if memory for it runs out, "%s:[%05d] malloc failed!~\n" is printed and
- * the rule stays installed but unrecorded.
+ * as changed, is appended to the list. When there is no memory for it, "%s:[%05d] malloc failed!~\n" is printed and the
+ * rule stays installed but unrecorded.
  *
- * @param rule  the rule
- * @return S; 101 for a submodule that is not in the table or has no group; -1 for more than 16 qualifiers or 8 actions,
- *         both with nothing changed and no driver call. Negative counts mean none.
+ * @param entity  the rule
+ * @return S; with nothing changed and no driver call 101 for a submodule that is not in the table or has no group, -1
+ *         for more than 16 qualifiers or 8 actions. A negative count is none.
  */
-adp_status_t adp_fp_add_entity_rule(FpEntity rule);
+adp_status_t adp_fp_add_entity_rule(FpEntity entity);
 
 /**
  * Reads a counter of the field processor, and logs it (line 1311).
  *
- * Driver call: user_field_get_statistics(counter_idx, type), its result ignored.
+ * Driver call: user_field_get_statistics(counter, type), its result ignored.
  *
- * @param counter_idx  the driver's counter
- * @param type         the driver's code of what is read
+ * @param counter  the driver's counter number; 0..255 on the virtual device
+ * @param type     the driver's code of the value; on the virtual device 0 frames, 1 octets
  * @return the count; 0 also when the driver wrote none
  */
-int32_t adp_fp_get_statistics(int32_t counter_idx, int32_t type);
+int32_t adp_fp_get_statistics(int32_t counter, int32_t type);
 
 /**
- * Clears a counter of the field processor, and logs it (line 1335). Mind the order of the arguments.
+ * Clears a counter of the field processor, and logs it (line 1335). The order of the arguments differs from
+ * adp_fp_get_statistics().
  *
- * Driver call: user_field_clear_statistics(counter_idx, type).
+ * Driver call: user_field_clear_statistics(counter, type).
  *
- * @param unused1      not used
- * @param unused2      not used
- * @param counter_idx  the driver's counter
- * @param type         the driver's code of what is cleared
+ * @param unused1  not used
+ * @param unused2  not used
+ * @param counter  the driver's counter number; 0..255 on the virtual device
+ * @param type     the driver's code of the value; on the virtual device 0 frames, 1 octets
  * @return the driver's result
  */
-adp_status_t adp_fp_clear_statistics(uint32_t unused1, uint32_t unused2, int32_t counter_idx, int32_t type);
+adp_status_t adp_fp_clear_statistics(uint32_t unused1, uint32_t unused2, int32_t counter, int32_t type);
 
 /**
  * Sets what happens to a port's packets that match no rule, and logs it (line 1349).
  *
- * An interface that does not translate, an aggregation interface among them, is handed on as physical port -1.
- * Driver call: user_field_lookupMissAct_set(port, miss_action).
+ * An interface that does not translate, such as an aggregation interface, is passed on as physical port -1. Driver
+ * call: user_field_lookupMissAct_set(port, miss_action).
  *
  * @param intf         user port
- * @param miss_action  the driver's code
+ * @param miss_action  the driver's code; 0..3 on the virtual device
  * @return the driver's result
  */
 adp_status_t adp_fp_lookupMissAct_set(int32_t intf, uint32_t miss_action);
 
 /**
- * Sets the same for each interface of a bitmap, from 0 to 26 in this order. Higher bits are ignored.
+ * Sets what happens to packets that match no rule, for each interface of a bitmap from 0 to 26 in this order; as
+ * adp_fp_lookupMissAct_set(). Higher bits are ignored.
  *
  * @param ports        the interfaces
- * @param miss_action  the driver's code
- * @return the last interface's result, which hides earlier failures; 0 if the bitmap names none
+ * @param miss_action  the driver's code; 0..3 on the virtual device
+ * @return the last interface's result, which hides earlier failures; 0 when the bitmap is empty
  */
 adp_status_t adp_fp_lookupMissAct_pbmp_set(FpPortBitmap ports, uint32_t miss_action);
 
@@ -378,13 +381,13 @@ adp_status_t adp_fp_lookupMissAct_pbmp_set(FpPortBitmap ports, uint32_t miss_act
  *
  * The rule is entity rule_id of submodule 1 with priority rule_id: ingress ports, in form 1 the field, and one action,
  * type 11 for kind 1 and type 1 for every other. Fields 8 and 9 match the kind of IP packet (5 for IPv4, 10 for IPv6)
- * and the value times 4. Before anything else is looked at, the record's port_bitmap is shifted left by one bit in
- * place: a record submitted twice is shifted twice. Driver calls: those of adp_fp_add_entity_rule().
+ * and the value times 4. First of all the record's port_bitmap is shifted left by one bit, in place: a record submitted
+ * twice is shifted twice. Driver calls: those of adp_fp_add_entity_rule().
  *
  * @param[in,out] rule  the request
- * @return 0; 101 for a null record and, with nothing installed, for a form other than 1 and 7; 504 if g_stFpInfo has no
- *         submodule 1; 102 if installation gave a negative status, and also, although the rule is then installed, for
- *         a kind other than 1 and 2 and, without a field, for a match_field of 12 or more
+ * @return 0; 101 for a null record and, with nothing installed, for a form other than 1 and 7; 504 when g_stFpInfo has
+ *         no submodule 1; 102 when installation gave a negative status; also 102, with the rule installed, for a kind
+ *         other than 1 and 2 and, with the rule installed without a field, for a match_field of 12 or more
  */
 adp_status_t adp_add_remark_rule(ADP_INOUT RemarkRule *rule);
 
@@ -392,7 +395,7 @@ adp_status_t adp_add_remark_rule(ADP_INOUT RemarkRule *rule);
  * Removes a remark rule, as adp_fp_delete_entity_rule() with submodule 1 and action type 0.
  *
  * @param rule_id  low 16 bits used
- * @return 0, also when there is no such rule; 102 if a driver call was negative
+ * @return 0, also when there is no such rule; 102 when a driver call was negative
  */
 adp_status_t adp_del_remark_rule(uint32_t rule_id);
 

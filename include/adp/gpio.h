@@ -4,8 +4,8 @@
  * direction 0x2008.
  *
  * Registers are read with user_pci_read(0, 0, address, &value) and written with user_pci_write(0, 0, address, &value).
- * The result of a read is ignored: where it fails, the value counts as 0. Nothing here takes a lock: two callers that
- * change pins of one register at once can lose one change.
+ * The result of a read is ignored: after a failure the value counts as 0. Nothing here takes a lock: of two callers
+ * that change pins of one register at once, one can lose its change.
  */
 #pragma once
 
@@ -14,7 +14,7 @@
 ADP_BEGIN_DECLS
 
 /**
- * Sets the directions of the board's pins: writes 9, pins 0 and 3, into the direction register.
+ * Sets the directions of the board's pins: writes 9 (pins 0 and 3) into the direction register.
  *
  * @return the write's result
  */
@@ -39,7 +39,7 @@ adp_status_t hal_set_gpio_direct(uint32_t pin, uint32_t value);
 adp_status_t hal_set_gpio_write_bit(uint32_t pin, uint32_t value);
 
 /**
- * Tells a pin's level from the input register, of which only bits 3..0 are used.
+ * Reads a pin's level from the input register, of which only bits 3..0 are used.
  *
  * @param pin  pin number, not taken modulo 32
  * @return 0 or 1; always 0 for pins 4 and up, and when the register cannot be read

@@ -4,8 +4,8 @@
  * which this one includes.
  *
  * Every driver call is made with unit 0 and a second argument 0, which the descriptions leave out; 0 is its success.
- * Nothing takes a lock. A call on an aggregation group outside 1..8 returns -1 and makes no driver call, except where
- * it returns 102 for every group.
+ * Nothing takes a lock. A call on an aggregation group outside 1..8 returns -1 and makes no driver call, except where a
+ * call returns 102 for every group.
  */
 #pragma once
 
@@ -25,24 +25,25 @@ ADP_BEGIN_DECLS
  * @param intf   user port or aggregation interface
  * @param word0  bit n for user port n
  * @param word1  bit n for user port 32 + n
- * @return 0; 102 at the first failing driver call, members behind it are not written; 201 for another type, -1 for a
- * group outside 1..8
+ * @return 0; 102 at the first failing driver call, members after it are not written; 201 for another type, -1 for a
+ *         group outside 1..8
  */
 adp_status_t hal_set_port_isolate(adp_intf_t intf, uint32_t word0, uint32_t word1);
 
 /**
- * Reads the user ports that an interface may send to; of a group its management interface's (without one the CPU
- * port's).
+ * Reads the user ports that an interface may send to.
+ *
+ * A group answers with its management interface; without one with interface 0, the CPU port.
  *
  * Driver call: user_port_egress_get(port, 0, ports).
  *
- * @param intf      user port or aggregation interface
- * @param[out] map  two words, bit n of word n / 32 for user port n; written even after a failure, from a set cleared
- * before the call
+ * @param intf         user port or aggregation interface
+ * @param[out] bitmap  two words, bit n of word n / 32 for user port n; written even after a failure of the driver call,
+ *                     from a set cleared before it
  * @return 0; 102 when the driver call failed; without writing 201 for another type; -1 with both words 0 for a group
- * outside 1..8
+ *         outside 1..8
  */
-adp_status_t hal_get_port_isolate(adp_intf_t intf, uint32_t map[2]);
+adp_status_t hal_get_port_isolate(adp_intf_t intf, uint32_t bitmap[2]);
 
 /**
  * The same as hal_set_port_isolate().
@@ -57,11 +58,11 @@ adp_status_t adp_set_port_isolate(adp_intf_t intf, uint32_t word0, uint32_t word
 /**
  * The same as hal_get_port_isolate().
  *
- * @param intf      user port or aggregation interface
- * @param[out] map  two words
+ * @param intf         user port or aggregation interface
+ * @param[out] bitmap  two words, bit n of word n / 32 for user port n
  * @return as hal_get_port_isolate()
  */
-adp_status_t adp_get_port_isolatestatus(adp_intf_t intf, uint32_t map[2]);
+adp_status_t adp_get_port_isolatestatus(adp_intf_t intf, uint32_t bitmap[2]);
 
 /**
  * Writes a switch control.
@@ -86,39 +87,39 @@ adp_status_t adp_switch_control_set(uint32_t control, uint32_t value);
 adp_status_t adp_switch_control_get(uint32_t control, uint32_t *value);
 
 /**
- * Sends frames to the device's own MAC address to the CPU or not.
+ * Turns the trap that sends frames for the device's own MAC address to the CPU on or off.
  *
- * Driver call: user_selfmac_trap_to_cpu(value, option).
+ * Driver call: user_selfmac_trap_to_cpu(enable, option).
  *
- * @param value   the driver's switch
- * @param unused  not used
- * @param unused2 not used
- * @param option  handed on
+ * @param enable   passed through; 0 off, otherwise on
+ * @param unused   not used
+ * @param unused2  not used
+ * @param option   passed through
  * @return the driver's result
  */
-adp_status_t adp_selfmac_trap_tocpu(uint32_t value, uint32_t unused, uint32_t unused2, adp_word_t option);
+adp_status_t adp_selfmac_trap_tocpu(uint32_t enable, uint32_t unused, uint32_t unused2, adp_word_t option);
 
 /**
- * Writes a VLAN control of a user port. Does not fan out over a group.
+ * Writes a VLAN control of a user port.
  *
  * Driver call: user_vlan_control_port_set(port, control, value).
  *
  * @param intf     user port
  * @param control  the driver's control number
  * @param value    its new value
- * @return 0; 102 when the driver call failed and for every aggregation interface; 201 for another type
+ * @return 0; 102 when the driver call failed, and without one for an aggregation interface; 201 for another type
  */
 adp_status_t hal_vlan_control_port_set(adp_intf_t intf, uint32_t control, int32_t value);
 
 /**
- * Reads a VLAN control of a user port. Does not fan out over a group.
+ * Reads a VLAN control of a user port.
  *
  * Driver call: user_vlan_control_port_get(port, control, value).
  *
  * @param intf        user port
  * @param control     the driver's control number
  * @param[out] value  written by the driver
- * @return 0; 102 when the driver call failed and for every aggregation interface; 201 for another type
+ * @return 0; 102 when the driver call failed, and without one for an aggregation interface; 201 for another type
  */
 adp_status_t hal_vlan_control_port_get(adp_intf_t intf, uint32_t control, uint32_t *value);
 

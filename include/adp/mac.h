@@ -1,12 +1,13 @@
 /**
  * @file mac.h
- * The chip's MAC address (L2) table: adding, reading and deleting entries, learning limits, ageing and walks.
+ * The chip's MAC address (L2) table: adding, reading and deleting entries, learning limits and ageing.
  *
- * The library keeps no table of its own. Interfaces become physical ports and aggregation interfaces trunk ids (group
- * number minus 1); an interface that does not translate is handed on as physical port -1. VLAN ids are cut to their low
- * 16 bits. A MAC address goes to the driver as an 8-byte key, the address and two zero bytes. "The driver's result"
- * means its result unchanged. A call that looks into the tables of an aggregation group outside 1..8 returns -1 and
- * makes no driver call; the trunk id alone is plain arithmetic and is handed on.
+ * The library keeps no table of its own. User ports become physical ports and aggregation interfaces trunk ids (group
+ * number minus 1); an interface that does not translate is passed on as physical port -1. VLAN ids are cut to their low
+ * 16 bits. A MAC address goes to the driver as an 8-byte key: the address and two zero bytes. "The driver's result" is
+ * its result unchanged. "Passed through" marks an argument whose meaning is the driver's, and so is its name. A call
+ * that needs the tables of an aggregation group outside 1..8 returns -1 and makes no driver call; a call that needs
+ * only the trunk id computes it and passes it on.
  *
  * Driver calls are written with all their arguments: not all begin with unit and 0.
  */
@@ -18,14 +19,14 @@ ADP_BEGIN_DECLS
 
 #define ADP_MAC_BYTES 6 /**< a MAC address, in network order */
 
-/** Which entries a delete call takes: the low byte of its mode. Any other mode is refused with 101. */
+/** Which entries a delete call deletes: the low byte of its mode. Any other mode is refused with 101. */
 enum adp_mac_mode {
     ADP_MAC_DYNAMIC = 0, /**< learned entries */
     ADP_MAC_STATIC = 1,  /**< static entries */
     ADP_MAC_ALL = 2      /**< both */
 };
 
-/** What a learning limit holds for. Any other scope is refused with 101. */
+/** What a learning limit is for. Any other scope is refused with 101. */
 enum adp_mac_scope {
     ADP_MAC_SCOPE_VLAN = 0,  /**< a VLAN */
     ADP_MAC_SCOPE_INTF = 1,  /**< a user port or an aggregation interface */
@@ -35,9 +36,9 @@ enum adp_mac_scope {
 /**
  * Adds an entry for a MAC address.
  *
- * Driver call: user_mac_addr_add(0, entry), the entry zeroed but for address, VLAN, port and flags. A user port gives
- * its physical port and flags 0x8 for a static entry, else 0. An aggregation interface gives its management interface's
- * physical port, its trunk id, and flags 0x9, respectively 0x1.
+ * Driver call: user_mac_addr_add(0, entry), the entry zero except for address, VLAN, destination and flags. For a user
+ * port these are its physical port, and flags 0x8 for a static entry, otherwise 0; for an aggregation interface the
+ * physical port of its management interface, its trunk id, and flags 0x9 for a static entry, otherwise 0x1.
  *
  * @param mac        MAC address
  * @param intf       user port or aggregation interface
@@ -48,15 +49,18 @@ enum adp_mac_scope {
 adp_status_t adp_add_mac_addr(const uint8_t mac[ADP_MAC_BYTES], adp_intf_t intf, uint32_t vid, uint32_t is_static);
 
 /**
- * Adds an entry for a MAC address with flags of the caller's, for instance to filter it. Mind the order of arguments.
+ * Adds an entry for a MAC address with flags that the caller gives, for instance to filter the address. The order of
+ * the arguments differs from adp_add_mac_addr().
  *
- * Driver call: user_mac_addr_add(0, entry), the entry zeroed but for address, VLAN, destination and flags: for a user
- * port its physical port, for an aggregation interface its trunk id alone and flag 0x1 besides.
+ * Driver call: user_mac_addr_add(0, entry), the entry zero except for address, VLAN, destination and flags. The
+ * destination is the physical port of a user port; for an aggregation interface the trunk id alone, with flag 0x1
+ * added.
  *
  * @param intf   user port or aggregation interface; the group's number is not checked
  * @param mac    MAC address
  * @param vid    VLAN id, low 16 bits used
- * @param flags  the driver's flags, low byte used
+ * @param flags  the driver's flags, low byte used; on the virtual device 0x8 static, 0x10 drops frames to the address,
+ *               0x20 frames from it
  * @return the driver's result; 201 without a driver call for another type
  */
 adp_status_t adp_filter_mac_addr(adp_intf_t intf, const uint8_t mac[ADP_MAC_BYTES], uint32_t vid, uint32_t flags);
@@ -64,13 +68,13 @@ adp_status_t adp_filter_mac_addr(adp_intf_t intf, const uint8_t mac[ADP_MAC_BYTE
 /**
  * Adds a multicast entry: frames to the address in the VLAN go to the ports of a bitmap.
  *
- * The bitmap is translated to physical ports; ports that do not translate are dropped.
- * Driver call: user_mac_mcast_addr_add(0, entry), the entry zeroed but for address, VLAN and ports.
+ * The bitmap is translated to physical ports; ports that do not translate are dropped. Driver call:
+ * user_mac_mcast_addr_add(0, entry), the entry zero except for address, VLAN and ports.
  *
  * @param mac    group MAC address
  * @param ports  bit n for user port n
  * @param vid    VLAN id, low 16 bits used
- * @param kind   1 in the low byte
+ * @param kind   1 in the low byte; every other kind is refused
  * @return the driver's result; -1 without a driver call for another kind
  */
 adp_status_t adp_add_mac_mcast_addr(const uint8_t mac[ADP_MAC_BYTES], uint64_t ports, uint32_t vid, uint32_t kind);
@@ -78,8 +82,8 @@ adp_status_t adp_add_mac_mcast_addr(const uint8_t mac[ADP_MAC_BYTES], uint64_t p
 /**
  * Reads an address's entry.
  *
- * Driver call: user_mac_addr_get(0, key, vid, entry). The output is written whatever the driver said, from an entry
- * that was zeroed before; its port is then the user port with that physical port number, -1 if there is none.
+ * Driver call: user_mac_addr_get(0, key, vid, entry). The output is written whatever the driver's result, from an entry
+ * that was zeroed before; its port is then the number of the user port with that physical port, -1 when there is none.
  *
  * @param mac         MAC address
  * @param vid         VLAN id, low 16 bits used
@@ -91,7 +95,7 @@ adp_status_t adp_get_mac_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t vid, ad
 /**
  * Reads a multicast entry; its ports stay physical.
  *
- * Driver call: user_mac_mcast_addr_get(0, key, vid, entry). The output is written whatever the driver said, from an
+ * Driver call: user_mac_mcast_addr_get(0, key, vid, entry). The output is written whatever the driver's result, from an
  * entry that was zeroed before.
  *
  * @param mac         group MAC address
@@ -102,21 +106,21 @@ adp_status_t adp_get_mac_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t vid, ad
 adp_status_t adp_get_mac_mcast_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t vid, adp_l2_entry_t *entry);
 
 /**
- * Tells the interface behind which an address is.
+ * Finds the interface behind which an address is.
  *
- * Driver call: user_mac_addr_get(0, key, vid, entry), whose flag 0x80 says that the entry points to a trunk. The output
- * is written whatever the driver said, from an entry that was zeroed before: after a failure it is the user port with
- * physical port 0.
+ * Driver call: user_mac_addr_get(0, key, vid, entry), whose flag 0x80 means that the entry points to a trunk. The
+ * output is written whatever the driver's result, from an entry that was zeroed before: after a failure that is the
+ * user port with physical port 0.
  *
  * @param mac        MAC address
  * @param vid        VLAN id, low 16 bits used
- * @param[out] intf  the trunk's aggregation interface, or the user port; -1 for a port that no map row names
+ * @param[out] intf  the trunk's aggregation interface, or the user port; -1 for a port without a map row
  * @return the driver's result
  */
 adp_status_t adp_get_intf_by_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t vid, adp_intf_t *intf);
 
 /**
- * Tells the interface behind which an address is, and its entry's flags; otherwise as adp_get_intf_by_addr().
+ * Finds the interface behind which an address is, and the flags of its entry. Otherwise as adp_get_intf_by_addr().
  *
  * @param mac         MAC address
  * @param vid         VLAN id, low 16 bits used
@@ -128,9 +132,9 @@ adp_status_t adp_get_intf_flags_by_addr(const uint8_t mac[ADP_MAC_BYTES], uint32
                                         uint32_t *flags);
 
 /**
- * Tells where in the L2 table an address's entry stands.
+ * Finds an address's place in the L2 table.
  *
- * Driver call: user_mac_addr_get(0, key, vid, entry). The output is written whatever the driver said.
+ * Driver call: user_mac_addr_get(0, key, vid, entry). The output is written whatever the driver's result.
  *
  * @param mac         MAC address
  * @param vid         VLAN id, low 16 bits used
@@ -142,16 +146,15 @@ adp_status_t adp_get_l2_index_by_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t
 /**
  * Finds the next valid entry of the L2 table.
  *
- * Driver call: user_netlink_mac_nextValidAddr_get(0, first, second, fourth), all passed through; on the virtual device
- * second receives the first valid entry at or after table index first.
+ * Driver call: user_netlink_mac_nextValidAddr_get(0, index, entry, option).
  *
- * @param first        the driver's
- * @param[out] second  the entry
- * @param unused       not used
- * @param fourth       the driver's
+ * @param index       passed through; on the virtual device the table index at which the search starts
+ * @param[out] entry  written by the driver; on the virtual device the first valid entry at or after the index
+ * @param unused      not used
+ * @param option      passed through
  * @return the driver's result
  */
-adp_status_t adp_get_nextvalid_mac_addr(adp_word_t first, adp_l2_entry_t *second, adp_word_t unused, adp_word_t fourth);
+adp_status_t adp_get_nextvalid_mac_addr(adp_word_t index, adp_l2_entry_t *entry, adp_word_t unused, adp_word_t option);
 
 /**
  * Deletes an address's entry from a VLAN. Driver call: user_mac_addr_delete(0, key, vid, last).
@@ -159,10 +162,10 @@ adp_status_t adp_get_nextvalid_mac_addr(adp_word_t first, adp_l2_entry_t *second
  * @param mac     MAC address
  * @param vid     VLAN id, low 16 bits used
  * @param unused  not used
- * @param last    the driver's, passed through
+ * @param option  passed through
  * @return the driver's result
  */
-adp_status_t adp_del_mac_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t vid, uint32_t unused, adp_word_t last);
+adp_status_t adp_del_mac_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t vid, uint32_t unused, adp_word_t option);
 
 /**
  * Deletes a multicast entry from a VLAN. Driver call: user_mac_mcast_addr_delete(0, key, vid, last).
@@ -170,18 +173,18 @@ adp_status_t adp_del_mac_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t vid, ui
  * @param mac     group MAC address
  * @param vid     VLAN id, low 16 bits used
  * @param unused  not used
- * @param last    the driver's, passed through
+ * @param option  passed through
  * @return the driver's result
  */
-adp_status_t adp_del_mac_mcast_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t vid, uint32_t unused, adp_word_t last);
+adp_status_t adp_del_mac_mcast_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t vid, uint32_t unused, adp_word_t option);
 
 /**
  * Deletes the entries of a learn type. Driver call: user_l2_addr_del_all_addr_by_lrntype(0, 0, type).
  *
- * @param type  the driver's learn type, low byte used
+ * @param learn_type  the driver's learn type, low byte used; on the virtual device 0 dynamic, 1 static, 2 both
  * @return the driver's result
  */
-adp_status_t adp_del_mac_by_lrntype(uint32_t type);
+adp_status_t adp_del_mac_by_lrntype(uint32_t learn_type);
 
 /**
  * Deletes a VLAN's entries.
@@ -216,8 +219,8 @@ adp_status_t adp_del_mac_addr_by_mac(const uint8_t mac[ADP_MAC_BYTES], uint32_t 
  *
  * @param intf  user port or aggregation interface
  * @param mode  enum adp_mac_mode, low byte used
- * @return the driver's result, of a group the last member's; 201 for another type, whatever the mode; -1 for a group
- *         without members or outside 1..8; 101 for another mode. The last three make no driver call.
+ * @return the driver's result, for a group that of the last member; 201 for another type, whatever the mode; -1 for a
+ *         group without members or outside 1..8; 101 for another mode. The last three make no driver call.
  */
 adp_status_t adp_del_mac_addr_by_intf(adp_intf_t intf, uint32_t mode);
 
@@ -231,8 +234,8 @@ adp_status_t adp_del_mac_addr_by_intf(adp_intf_t intf, uint32_t mode);
  * @param vid   VLAN id, low 16 bits used
  * @param intf  user port or aggregation interface; the group's number is not checked
  * @param mode  enum adp_mac_mode, low byte used
- * @return the driver's result; -1 for an aggregation interface in mode 1, whatever the driver said; 201 for another
- * type, else 101 for another mode, both without a driver call
+ * @return the driver's result; -1 for an aggregation interface in mode 1, whatever the driver's result; 201 for another
+ *         type, else 101 for another mode, both without a driver call
  */
 adp_status_t adp_del_mac_addr_by_vlan_intf(uint32_t vid, adp_intf_t intf, uint32_t mode);
 
@@ -242,15 +245,15 @@ adp_status_t adp_del_mac_addr_by_vlan_intf(uint32_t vid, adp_intf_t intf, uint32
  * Driver call by mode: user_l2_addr_delete_dynaic_by_mac_port(0, 0, key, port, last);
  * user_l2_addr_delete_static_by_mac_port(0, 0, key, port, last); user_l2_addr_delete_all_by_mac_port(0, 0, key, port).
  *
- * @param intf  user port
- * @param mac   MAC address
- * @param mode  enum adp_mac_mode, low byte used
- * @param last  the driver's, passed through
+ * @param intf    user port
+ * @param mac     MAC address
+ * @param mode    enum adp_mac_mode, low byte used
+ * @param option  passed through
  * @return the driver's result; without a driver call -1 for an aggregation interface, 201 for another type, 101 for
- * another mode
+ *         another mode
  */
 adp_status_t adp_del_mac_addr_by_intf_mac(adp_intf_t intf, const uint8_t mac[ADP_MAC_BYTES], uint32_t mode,
-                                          adp_word_t last);
+                                          adp_word_t option);
 
 /**
  * Deletes an address's entry in a VLAN from the trunk that a port belongs to. The interface is translated as a user
@@ -280,66 +283,68 @@ adp_status_t adp_del_port_violate_mac_addr_by_intf(adp_intf_t intf);
 /**
  * Limits the number of learned addresses.
  *
- * Driver call: user_mac_learn_limit_set(0, record), the record zeroed but for the limit and the scope: flags 0x2 and
- * the VLAN; 0x4 and the physical port, or 0x8 and the trunk id; 0x1.
+ * Driver call: user_mac_learn_limit_set(0, record), the record zero except for the limit and the scope: for a VLAN
+ * flags 0x2 and the VLAN id; for a user port 0x4 and the physical port, for an aggregation interface 0x8 and the trunk
+ * id, for another type no flag; for the system 0x1.
  *
- * @param limit    number of addresses
- * @param subject  VLAN id, low 16 bits used, or interface; of another type than these it leaves the flags 0
- * @param scope    enum adp_mac_scope
+ * @param limit        number of addresses
+ * @param vid_or_intf  for scope 0 a VLAN id, low 16 bits used; for scope 1 an interface; for scope 2 not used
+ * @param scope        enum adp_mac_scope
  * @return the driver's result; 101 without a driver call for another scope
  */
-adp_status_t adp_set_mac_limit(uint32_t limit, uint32_t subject, uint32_t scope);
+adp_status_t adp_set_mac_limit(uint32_t limit, uint32_t vid_or_intf, uint32_t scope);
 
 /**
  * Reads a limit on the number of learned addresses.
  *
  * Driver call: user_mac_learn_limit_get(0, record), the record as in adp_set_mac_limit() with limit 0. The output is
- * written whatever the driver said.
+ * written whatever the driver's result.
  *
- * @param[out] limit  number of addresses
- * @param subject     VLAN id, low 16 bits used, or interface
- * @param scope       enum adp_mac_scope
- * @return the driver's result; 101 with neither driver call nor output for another scope
+ * @param[out] limit   number of addresses
+ * @param vid_or_intf  as in adp_set_mac_limit()
+ * @param scope        enum adp_mac_scope
+ * @return the driver's result; 101 without a driver call or output for another scope
  */
-adp_status_t adp_get_mac_limit(uint32_t *limit, uint32_t subject, uint32_t scope);
+adp_status_t adp_get_mac_limit(uint32_t *limit, uint32_t vid_or_intf, uint32_t scope);
 
 /**
- * Sets the ageing time. Driver call: user_mac_age_time_set(0, age).
+ * Sets the ageing time. Driver call: user_mac_age_time_set(0, seconds).
  *
- * @param age  seconds until an address that is not seen is forgotten (IEEE 802.1Q, ageing time)
+ * @param seconds  seconds until an address that sends no frame is forgotten (IEEE 802.1Q, ageing time); 0 turns ageing
+ *                 off on the virtual device
  * @return the driver's result
  */
-adp_status_t adp_set_mac_age_time(uint32_t age);
+adp_status_t adp_set_mac_age_time(uint32_t seconds);
 
 /**
- * Reads the ageing time. Driver call: user_mac_age_time_get(0, age).
+ * Reads the ageing time. Driver call: user_mac_age_time_get(0, seconds).
  *
- * @param[out] age  seconds, written by the driver
+ * @param[out] seconds  seconds, written by the driver
  * @return the driver's result
  */
-adp_status_t adp_get_mac_age_time(uint32_t *age);
+adp_status_t adp_get_mac_age_time(uint32_t *seconds);
 
 /**
- * Walks the MAC address table. Driver call: user_mac_table_show(0, first, third, fourth).
+ * Has the driver show the MAC address table. Driver call: user_mac_table_show(0, vid, option, option2).
  *
- * @param first   the driver's
- * @param unused  not used
- * @param third   the driver's
- * @param fourth  the driver's
+ * @param vid      passed through, whole; on the virtual device a VLAN id, or 0 for all VLANs
+ * @param unused   not used
+ * @param option   passed through
+ * @param option2  passed through
  * @return the driver's result
  */
-adp_status_t adp_traverse_mac_table(adp_word_t first, adp_word_t unused, adp_word_t third, adp_word_t fourth);
+adp_status_t adp_traverse_mac_table(adp_word_t vid, adp_word_t unused, adp_word_t option, adp_word_t option2);
 
 /**
- * Walks the multicast entries. Driver call: user_mac_mcast_table_show(0, first, third, fourth).
+ * Has the driver show the multicast entries. Driver call: user_mac_mcast_table_show(0, vid, option, option2).
  *
- * @param first   the driver's
- * @param unused  not used
- * @param third   the driver's
- * @param fourth  the driver's
+ * @param vid      passed through, whole; on the virtual device a VLAN id, or 0 for all VLANs
+ * @param unused   not used
+ * @param option   passed through
+ * @param option2  passed through
  * @return the driver's result
  */
-adp_status_t adp_traverse_mac_mcast_table(adp_word_t first, adp_word_t unused, adp_word_t third, adp_word_t fourth);
+adp_status_t adp_traverse_mac_mcast_table(adp_word_t vid, adp_word_t unused, adp_word_t option, adp_word_t option2);
 
 /**
  * Reads how many addresses are learned on a user port. Driver call: user_mac_learn_count_get_by_port(port, count).
@@ -363,35 +368,40 @@ adp_status_t adp_get_mac_violate_count_by_intf(adp_intf_t intf, uint32_t *count)
 /**
  * Reads the L2 table in bulk. Driver call: user_l2_mactable_fread(first, second, third, fourth).
  *
- * @param first   the driver's
- * @param second  the driver's
- * @param third   the driver's
- * @param fourth  the driver's
+ * The driver alone knows what the four words are; the virtual device refuses the call.
+ *
+ * @param first   passed through
+ * @param second  passed through
+ * @param third   passed through
+ * @param fourth  passed through
  * @return the driver's result
  */
 adp_status_t adp_l2_mactable_fread(adp_word_t first, adp_word_t second, adp_word_t third, adp_word_t fourth);
 
 /**
- * Asks whether a VLAN has multicast entries. Driver call: user_is_mcast_addr_exist_by_vlan(0, vid, second, fourth).
+ * Asks whether VLANs have multicast entries.
  *
- * @param vid     VLAN id, low 16 bits used
- * @param second  the driver's, low 16 bits used
- * @param unused  not used
- * @param fourth  the driver's
+ * Driver call: user_is_mcast_addr_exist_by_vlan(0, vid, last_vid, option).
+ *
+ * @param vid       VLAN id, low 16 bits used
+ * @param last_vid  passed through, low 16 bits used; on the virtual device the last VLAN id of a range, or 0 for one
+ *                  VLAN
+ * @param unused    not used
+ * @param option    passed through
  * @return the driver's result
  */
-adp_status_t adp_is_mcast_addr_exist_by_vlan(uint32_t vid, uint32_t second, adp_word_t unused, adp_word_t fourth);
+adp_status_t adp_is_mcast_addr_exist_by_vlan(uint32_t vid, uint32_t last_vid, adp_word_t unused, adp_word_t option);
 
 /**
- * Asks whether there are multicast entries. Driver call: user_is_mcast_addr_exist_vlan_is(0, first, third, fourth).
+ * Asks whether there are multicast entries. Driver call: user_is_mcast_addr_exist_vlan_is(0, vid, option, option2).
  *
- * @param first   the driver's
- * @param unused  not used
- * @param third   the driver's
- * @param fourth  the driver's
+ * @param vid      passed through, whole; on the virtual device a VLAN id, or 0 for all VLANs
+ * @param unused   not used
+ * @param option   passed through
+ * @param option2  passed through
  * @return the driver's result
  */
-adp_status_t adp_is_mcast_addr_exist_by_vlan_ex(adp_word_t first, adp_word_t unused, adp_word_t third,
-                                                adp_word_t fourth);
+adp_status_t adp_is_mcast_addr_exist_by_vlan_ex(adp_word_t vid, adp_word_t unused, adp_word_t option,
+                                                adp_word_t option2);
 
 ADP_END_DECLS

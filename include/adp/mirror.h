@@ -2,9 +2,9 @@
  * @file mirror.h
  * Mirroring: copies of a port's frames, or of the frames that a rule selects, on another port.
  *
- * Sessions are numbered from 1; the driver counts them from 0 and gets the number minus 1. An interface that does not
- * translate, an aggregation interface among them, is handed on as physical port -1: the driver judges it. Driver
- * calls are made with unit 0 and a second argument 0, which the descriptions leave out.
+ * Sessions are numbered from 1; the driver counts them from 0, so it gets the number minus 1. An interface that does
+ * not translate, such as an aggregation interface, is passed on to the driver as physical port -1. Driver calls are
+ * made with unit 0 and a second argument 0, which the descriptions leave out.
  */
 #pragma once
 
@@ -23,7 +23,7 @@ ADP_BEGIN_DECLS
  *
  * @param source       user port whose frames are copied
  * @param destination  user port that sends the copies
- * @param directions   ADP_MIRROR_... flags; other bits are not looked at
+ * @param directions   ADP_MIRROR_... flags; other bits are ignored
  * @param session      mirror session from 1
  * @return the driver's result; 0 without a driver call when there is no direction flag
  */
@@ -54,25 +54,26 @@ adp_status_t adp_del_port_mirror(adp_intf_t source, adp_intf_t destination, uint
 adp_status_t adp_set_flow_mirror(adp_intf_t intf, uint32_t session);
 
 /**
- * Disables a session. Driver call: user_set_mirror_disable(session - 1, value).
+ * Disables or enables a session. Driver call: user_set_mirror_disable(session - 1, disable).
  *
  * @param session  mirror session from 1
  * @param unused2  not used
  * @param unused3  not used
- * @param value    the driver's, passed through
+ * @param disable  passed through; on the virtual device 0 enables, any other value disables
  * @return the driver's result
  */
-adp_status_t adp_set_mirror_disable(uint32_t session, uint32_t unused2, uint32_t unused3, adp_word_t value);
+adp_status_t adp_set_mirror_disable(uint32_t session, uint32_t unused2, uint32_t unused3, adp_word_t disable);
 
 /**
- * Asks whether a session can be disabled. Driver call: user_check_set_mirror_disable(session - 1, value).
+ * Asks whether adp_set_mirror_disable() with the same arguments would succeed. Driver call:
+ * user_check_set_mirror_disable(session - 1, disable).
  *
  * @param session  mirror session from 1
  * @param unused2  not used
  * @param unused3  not used
- * @param value    the driver's, passed through
+ * @param disable  passed through; on the virtual device 0 enables, any other value disables
  * @return the driver's result
  */
-adp_status_t adp_check_set_mirror_disable(uint32_t session, uint32_t unused2, uint32_t unused3, adp_word_t value);
+adp_status_t adp_check_set_mirror_disable(uint32_t session, uint32_t unused2, uint32_t unused3, adp_word_t disable);
 
 ADP_END_DECLS

@@ -3,18 +3,18 @@
  * The CPU's frame path: frames sent out of chosen switch ports, and frames received from the switch.
  *
  * The CPU reaches the switch through its Ethernet interface "eth0". A switch tag behind the source MAC address tells
- * the switch what to do with a frame from the CPU, and tells the CPU which port a received frame came in on. All
+ * the switch what to do with a frame from the CPU, and tells the CPU the ingress port of a received frame. All
  * multi-byte fields of frames and tags are big-endian.
  *
  * Tag of a sent frame, 10 bytes at offset 12: the type 0x8874, word 1 (bits 31..29 opcode, 28..25 flags, 24..0
  * destination) and word 2. The destination is one physical port (opcodes 3, 5, 6) or, for opcodes 4 and 7, a bitmap of
  * the ports 0..24 in word 1 and of the ports 25..56 in word 2 (bit p - 25).
  *
- * Tag of a received frame, 6 bytes at offset 12: a type that is not looked at and a word whose low six bits are the
- * ingress physical port.
+ * Tag of a received frame, 6 bytes at offset 12: a type that is ignored, and a word whose low six bits are the ingress
+ * physical port.
  *
- * No call of this header makes a driver call; some ask the device's VLAN service, get_vlan_info(). Nothing takes a
- * lock; __adp_transmit_frame() shares one socket among all threads, and each send is a single system call.
+ * No call of this header makes a driver call; some call the device's VLAN service, get_vlan_info(). Nothing takes a
+ * lock: all threads share the socket of __adp_transmit_frame(), and each send is a single system call.
  */
 #pragma once
 
@@ -45,8 +45,8 @@ typedef struct {
 } adp_tx_dest_t;
 
 /**
- * A received frame and what parsing found in it. The caller clears it, then fills frame and length (and vlan_tag
- * where the VLAN is to be checked); outputs are written only as far as the parse gets.
+ * A received frame and what parsing found in it. The caller clears the record, then fills frame and length, and
+ * vlan_tag when the VLAN is to be checked. Outputs are written only as far as the parse gets.
  */
 typedef struct {
     uint32_t reserved1;       /**< the caller's */
@@ -70,7 +70,7 @@ typedef int32_t (*adp_link_event_cb_t)(uint32_t unit, uint32_t port, uint32_t st
 extern adp_link_event_cb_t link_event_handle;
 
 /**
- * Tells the index of a network interface.
+ * Looks up the index of a network interface.
  *
  * Opens and closes an Internet datagram socket and asks with SIOCGIFINDEX. A failure is printed on standard output.
  *
@@ -82,8 +82,8 @@ int32_t get_nic_index(const char *name);
 /**
  * Opens the socket that __adp_transmit_frame() sends on: a raw packet socket, kept until the process ends.
  *
- * @return the descriptor; after a failure, which is printed on standard output, the number of characters printed (so
- *         a positive number: the failure shows in every later __adp_transmit_frame())
+ * @return the descriptor; after a failure, which is printed on standard output, the number of characters printed: a
+ *         positive number, so that only later __adp_transmit_frame() calls fail
  */
 int32_t adp_pkt_init(void);
 
@@ -100,15 +100,15 @@ int32_t adp_dump_packet(const char *title, ADP_COUNT(length) const uint8_t *data
 /**
  * Sends one frame to one interface, through a socket of its own that is opened and closed for it.
  *
- * Needs no adp_pkt_init(). An aggregation interface is reached through its management interface; without one
- * "manage interface error. " is printed as a line. The send is tried at most four times. Because closing a packet
- * socket takes the kernel some milliseconds, this call is slow: use __adp_transmit_frame() for a stream of frames.
+ * The call does not need adp_pkt_init(). An aggregation interface is reached through its management interface; without
+ * one "manage interface error. " is printed as a line. The send is tried at most four times. Closing a packet socket
+ * takes the kernel some milliseconds, so this call is slow: use __adp_transmit_frame() for a stream of frames.
  *
  * @param frame   the frame from its destination MAC address on, at least 12 bytes
  * @param length  its length in bytes, low 16 bits used
  * @param unused  not used
- * @param intf    destination: its physical port, low 25 bits, fills the destination field (an interface that does not
- *                translate gives all ones there)
+ * @param intf    destination: the low 25 bits of its physical port fill the destination field, all ones for an
+ *                interface that does not translate
  * @param opcode  the switch tag's opcode, low three bits used
  * @return 0; -1 for a null frame, a length below 12, no management interface, no memory, no socket, or an incomplete
  *         send
@@ -122,35 +122,36 @@ adp_status_t adp_transmit_frame(ADP_COUNT(length) const uint8_t *frame, uint32_t
  * - Mode 1, tag word 1 0x38000000: the switch forwards the frame; list and VLAN are not used.
  * - Mode 2, 0x78000000: to the list's last port. The VLAN record is fetched whatever vid is.
  * - Mode 3, 0xDA000000: to the list's last port. The VLAN record is fetched only when a VLAN is given.
- * - Mode 4, 0x78000000: as mode 2, but a node that equals the source is passed over.
+ * - Mode 4, 0x78000000: as mode 2, but a node that equals the source is skipped.
  * - Mode 0 with a list, 0x98000000: to the bitmap of the list's ports but the source. The VLAN record is fetched only
  *   when a VLAN is given.
  * - Mode 0 without a list, 0x98000000 with a VLAN and 0xF8000000 without: to the bitmap of the user ports 1..26 but the
  *   source and, only with a VLAN, of the aggregation interfaces but the source.
  *
- * An aggregation interface stands for its management interface; without one it names no port. In the modes 2 to 4 every
- * node passed must be a member of the fetched VLAN (in mode 3 only when one was given), an index of 0 is passed over, a
- * node of another type ends the call, and a list that names no port leaves the destination 0. In mode 0 whatever is no
- * member, not mapped, or of another type is passed over, and a bitmap that stays empty ends the call. Physical ports
- * above 56 have no bit. A VLAN record is fetched with get_vlan_info(vid, record); its failure ends the call.
+ * An aggregation interface stands for its management interface; without one it names no port. In modes 2 to 4 an index
+ * of 0 is skipped, every other node must be a member of the fetched VLAN (in mode 3 only when a VLAN is given), a node
+ * of another type ends the call with -1, and a list without a port leaves the destination 0. In mode 0 a node that is
+ * not a member, not mapped or of another type is skipped, and an empty bitmap ends the call with -1. Physical ports
+ * above 56 have no bit. A VLAN record is fetched with get_vlan_info(vid, record); its failure ends the call with -1.
  * The send is tried at most four times; the interface index of "eth0" is looked up for every frame.
  *
- * @param desc  the frame, at least 12 bytes, its length and its source interface
- * @param list  head of the destination list, or null
- * @param vid   VLAN id, or ADP_NO_VLAN
- * @param mode  enum adp_tx_mode, low 16 bits used
- * @return 0; -1 for a frame that is null or shorter than 12 bytes, a mode of 5 or more, any refusal above, no memory,
+ * @param desc          the frame, at least 12 bytes, its length and its source interface
+ * @param destinations  head of the list of adp_tx_dest_t nodes, or null
+ * @param vid           VLAN id, or ADP_NO_VLAN
+ * @param mode          enum adp_tx_mode, low 16 bits used
+ * @return 0; -1 for a null frame or one shorter than 12 bytes, a mode of 5 or more, any of the cases above, no memory,
  *         no socket, or an incomplete send
  */
-adp_status_t __adp_transmit_frame(const adp_tx_frame_t *desc, const adp_list_link_t *list, uint32_t vid, uint32_t mode);
+adp_status_t __adp_transmit_frame(const adp_tx_frame_t *desc, const adp_list_link_t *destinations, uint32_t vid,
+                                  uint32_t mode);
 
 /**
  * Rewrites the destination of a switch tag from interface numbers to physical ports, in place.
  *
  * Opcode 4: both bitmaps are translated bit by bit, the 25 bits of word 1 as the interfaces 0..24 and the 32 bits of
- * word 2 as 25..56. An interface of word 1 may move to word 2; one of word 2 that translates below 25 is dropped,
- * as is any that translates above 56 or not at all. Opcodes 3, 5 and 6: the one interface is translated, low 25 bits.
- * Other opcodes: unchanged.
+ * word 2 as 25..56. An interface of word 1 may move to word 2. An interface of word 2 that translates to a port below
+ * 25 is dropped, and so is any that translates to a port above 56 or does not translate. Opcodes 3, 5 and 6: the one
+ * interface is translated, low 25 bits. Other opcodes: unchanged.
  *
  * @param[in,out] tag  words 1 and 2 of the switch tag, eight bytes
  */
@@ -159,43 +160,44 @@ void adp_bcmtag_dest_port_intf_2_phy(ADP_INOUT uint8_t tag[8]);
 /**
  * Finds the ingress interface of a received frame and strips its switch tag in place.
  *
- * @param[in,out] frame    the frame as received; its rest moves six bytes forward
+ * @param[in,out] frame    the frame as received; the bytes after the tag are moved over it
  * @param[out] out_frame   the frame start
  * @param length           its length in bytes, low 16 bits used
  * @param[out] out_length  six less
  * @param[out] out_flag    0
- * @param[out] out_intf    the interface of the ingress port (0 for the CPU port's row); all ones when no map row
- *                         names the port
+ * @param[out] out_intf    the interface of the ingress port (0 for the CPU port's row); all ones for a port without a
+ *                         map row
  * @return 0; -1 for a null frame or one shorter than 18 bytes, with nothing changed
  */
 adp_status_t adp_receive_frame(ADP_COUNT(length) ADP_INOUT uint8_t *frame, uint8_t **out_frame, uint32_t length,
                                uint16_t *out_length, uint8_t *out_flag, adp_intf_t *out_intf);
 
 /**
- * Finds the ingress interface of a received frame, checks its VLAN if asked to, strips its switch tag in place and
- * finds its VLAN tag and headers.
+ * Finds the ingress interface of a received frame, checks its VLAN on request, strips its switch tag in place and finds
+ * its VLAN tag and headers.
  *
- * Only tagged frames parse: one or two 0x8100 tags, or 0x9100 followed by at most one 0x8100. Other types than IPv4
- * and IPv6 behind the tags are no failure. The frame must not be handed in again after a refusal, for the tag may
- * already be stripped: only a refusal of the VLAN check or of a frame shorter than 18 bytes leaves it whole.
+ * Only tagged frames parse: one or two 0x8100 tags, or 0x9100 followed by at most one 0x8100. A type other than IPv4
+ * and IPv6 after the tags is not a failure. Do not pass the frame again after a failure: its tag may already be
+ * stripped. Only a failed VLAN check and a frame shorter than 18 bytes leave the frame whole.
  *
  * @param[in,out] desc  see adp_rx_frame_t
- * @param check         exactly 1: vlan_tag must address the frame's 802.1Q tag, and the ingress interface must be a
- *                      member of its VLAN, see check_port_vlan_ability()
+ * @param check_vlan    1: vlan_tag must point to the frame's 802.1Q tag, and the ingress interface must be a member of
+ *                      its VLAN, see check_port_vlan_ability(); any other value: no check
  * @return 0; -1 for a frame shorter than 18 bytes (nothing written), a failed check, an untagged or too deeply tagged
  *         frame, or one that ends before a byte that has to be read (what was written until then stays)
  */
-adp_status_t __adp_receive_frame(ADP_INOUT adp_rx_frame_t *desc, int32_t check);
+adp_status_t __adp_receive_frame(ADP_INOUT adp_rx_frame_t *desc, int32_t check_vlan);
 
 /**
- * Tells whether an interface is a member of a VLAN.
+ * Checks whether an interface is a member of a VLAN.
  *
  * Service call: get_vlan_info(vid, record). The record's member bitmap has bit i for user port i and bit 26 + g for
  * aggregation interface g.
  *
  * @param intf  user port or aggregation interface
- * @param vid   VLAN id, handed on uncut
- * @return 0 when it is; -1 when it is not, the record cannot be fetched, or the interface is of another type
+ * @param vid   VLAN id, passed on uncut
+ * @return 0 when it is a member; -1 when it is not, when the record cannot be fetched, and for an interface of another
+ *         type
  */
 adp_status_t check_port_vlan_ability(adp_intf_t intf, int32_t vid);
 
@@ -208,10 +210,10 @@ adp_status_t check_port_vlan_ability(adp_intf_t intf, int32_t vid);
 adp_status_t adp_linkscan_register(adp_link_event_cb_t handler);
 
 /**
- * The callback for the driver's link scan, on whose thread it runs: forwards a change to link_event_handle.
+ * The callback for the driver's link scan: forwards a change to link_event_handle. It runs on the link scan's thread.
  *
- * @param unit  handed on
- * @param port  physical port, handed on
+ * @param unit  passed through
+ * @param port  physical port, passed through
  * @param info  the driver's port-information record; its fourth word is the link status
  * @return the receiver's result; 0 when none is registered
  */

@@ -1,14 +1,13 @@
 /**
  * @file port.h
- * The port frame: the map between logical interface numbers and the switch chip's physical ports, the ports'
- * attributes, link events and last-change times. Start-up, mirroring and I/O pins have headers of their own, which this
- * one includes.
+ * Ports: the map between logical interface numbers and the switch chip's physical ports, the ports' attributes, link
+ * events and last-change times. Start-up, mirroring and I/O pins have headers of their own, which this one includes.
  *
- * Every call of the library passes through the map. It is set up first, in this order, and never torn down:
- * adp_set_max_phy_port_num(), then adp_add_cpu_port() and adp_add_phy_port() for every row. No call checks the
- * order; before the map exists the look-ups answer "not found". Nothing here takes a lock: the map is written during
- * start-up and only read afterwards. The calls of the map make no driver call; every other driver call named here is
- * made with unit 0 and a second argument 0, which the descriptions leave out, and 0 is its success.
+ * Every call of the library uses the map. The caller sets it up first, in this order, and it is never torn down:
+ * adp_set_max_phy_port_num(), then adp_add_cpu_port() and adp_add_phy_port() for every row. No call checks the order;
+ * before the map exists the look-ups give "not found". Nothing here takes a lock: the map is written during start-up
+ * and only read afterwards. The calls of the map make no driver call. Every driver call named here is made with unit 0
+ * and a second argument 0, which the descriptions leave out, and 0 is its success.
  */
 #pragma once
 
@@ -32,8 +31,8 @@ extern uint32_t adp_max_phy_port_num;
 /** The port map: adp_max_phy_port_num + 1 rows, or null before it exists or after a failed allocation. */
 extern adp_port_row_t *intf_to_phy_port;
 /**
- * Aggregation interface that each user port belongs to, 0 for none: adp_max_phy_port_num + 1 words indexed like
- * the port map, or null.
+ * Aggregation interface that each user port belongs to, 0 for none: adp_max_phy_port_num + 1 words indexed like the
+ * port map, or null.
  */
 extern uint32_t *intf_map_trunk;
 
@@ -47,21 +46,21 @@ extern uint32_t sntp_cfg[ADP_SNTP_CFG_WORDS];
 /**
  * Creates the port map and the port-to-group map, both cleared.
  *
- * A second call replaces both tables without releasing the old ones.
+ * A second call replaces both tables and does not free the old ones.
  *
- * @param n  number of user ports; it is stored first and stays even when an allocation fails
- * @return 0; -1 if either allocation failed (a size that overflows counts as failed): that table is null, the
- *         other one is in place.
+ * @param port_count  number of user ports; it is stored first, and stays even when an allocation fails
+ * @return 0; -1 when either allocation failed (a size that overflows counts as failed): that table is null, the other
+ *         one exists
  */
-adp_status_t adp_set_max_phy_port_num(uint32_t n);
+adp_status_t adp_set_max_phy_port_num(uint32_t port_count);
 
 /**
- * Tells the number of user ports.
+ * Reads the number of user ports.
  *
- * @param[out] n  adp_max_phy_port_num
+ * @param[out] port_count  adp_max_phy_port_num
  * @return 0
  */
-adp_status_t adp_get_max_phy_port_num(uint32_t *n);
+adp_status_t adp_get_max_phy_port_num(uint32_t *port_count);
 
 /**
  * Fills the CPU port's row, row 0.
@@ -83,7 +82,7 @@ adp_status_t adp_add_cpu_port(uint32_t unused, uint32_t word1, uint32_t word2, u
  * @param word2       stored for the caller
  * @param phy         physical port number
  * @param attributes  caller-defined attribute word
- * @return 0; -1 with nothing changed when the row lies beyond the map or the map does not exist
+ * @return 0; -1 with nothing changed when the row is beyond the map or the map does not exist
  */
 adp_status_t adp_add_phy_port(uint32_t index, uint32_t word1, uint32_t word2, uint32_t phy, uint32_t attributes);
 
@@ -93,8 +92,8 @@ adp_status_t adp_add_phy_port(uint32_t index, uint32_t word1, uint32_t word2, ui
  * An aggregation interface is not expanded: it exceeds the maximum and gives -1.
  *
  * @param intf  0 (the CPU port) or a user port, 1..adp_max_phy_port_num
- * @return the row's physical port; -1 when intf, taken whole and unsigned, exceeds adp_max_phy_port_num, when its
- *         type bits are not 0, or when the map does not exist
+ * @return the row's physical port; -1 when intf, taken whole and unsigned, exceeds adp_max_phy_port_num, when its type
+ *         bits are not 0, or when the map does not exist
  */
 int32_t adp_intf_2_phy_id(adp_intf_t intf);
 
@@ -102,13 +101,13 @@ int32_t adp_intf_2_phy_id(adp_intf_t intf);
  * Finds the interface of a physical port.
  *
  * @param phy  physical port number
- * @return the lowest row whose physical port equals phy, so the CPU port's row 0 wins a tie; -1 (all ones) when
- *         there is none or the map does not exist
+ * @return the lowest row whose physical port equals phy, so the CPU port's row 0 wins a tie; -1 (all ones) when there
+ *         is none or the map does not exist
  */
 int32_t adp_phy_2_intf_id(uint32_t phy);
 
 /**
- * Finds the interface of a physical port of a unit; as adp_phy_2_intf_id(), since there is one unit.
+ * Finds the interface of a physical port of a unit; as adp_phy_2_intf_id(), because there is one unit.
  *
  * @param unused  not used
  * @param phy     physical port number
@@ -117,7 +116,7 @@ int32_t adp_phy_2_intf_id(uint32_t phy);
 int32_t adp_phy_2_intf_id_ex(uint32_t unused, uint32_t phy);
 
 /**
- * Tells an interface's slot: this is a single-slot system.
+ * Gives an interface's slot: this is a single-slot system.
  *
  * @param intf  any interface number
  * @return always 0
@@ -125,11 +124,11 @@ int32_t adp_phy_2_intf_id_ex(uint32_t unused, uint32_t phy);
 int32_t adp_intf_2_slot_id(adp_intf_t intf);
 
 /**
- * Tells an interface's attribute word.
+ * Gives an interface's attribute word.
  *
- * @param intf  0..adp_max_phy_port_num; there is no test of the type bits
- * @return the attribute word given for the row; 0 when intf, taken whole and unsigned, exceeds the maximum or the
- *         map does not exist
+ * @param intf  0..adp_max_phy_port_num; the type bits are not checked apart
+ * @return the attribute word given for the row; 0 when intf, taken whole and unsigned, exceeds the maximum or the map
+ *         does not exist
  */
 uint32_t adp_intf_port_attributes(adp_intf_t intf);
 
@@ -142,7 +141,7 @@ adp_status_t adp_del_phy_port(void);
 /**
  * Turns a bitmap of physical ports into a bitmap of interface numbers, in place.
  *
- * Bits 0..26 are looked at; bits 27..63 are always dropped. A port that no row names keeps its bit. A bit that would
+ * Bits 0..26 are translated; bits 27..63 are always dropped. A port without a map row keeps its bit. A bit that would
  * land outside the two words is dropped.
  *
  * @param[in,out] bitmap  two words, bit n of word n / 32 for number n
@@ -153,8 +152,8 @@ adp_status_t adp_api_xlate_port_pbmp_a2p(ADP_INOUT uint32_t bitmap[2]);
 /**
  * Turns a bitmap of interface numbers into a bitmap of physical ports, in place.
  *
- * Bits 0..26 are looked at; bits 27..63 are always dropped. An interface above the maximum keeps its bit; bit 0 turns
- * into the CPU port's. A bit that would land outside the two words is dropped.
+ * Bits 0..26 are translated; bits 27..63 are always dropped. An interface above the maximum keeps its bit; bit 0
+ * becomes the CPU port's. A bit that would land outside the two words is dropped.
  *
  * @param[in,out] bitmap  two words, bit n of word n / 32 for number n
  * @return 0
@@ -184,29 +183,29 @@ enum adp_port_attr {
 /**
  * Sets an attribute of an interface.
  *
- * On an aggregation interface the attribute is set on each configured member in list order, where it says so on each
- * active one; empty slots are passed over, the first failing member ends the call with 102, members already set stay
- * set, and no members are 0. Selectors 0, 7 and 8 follow the interface's maximum speed. Per port the driver calls are,
- * in this order:
+ * On an aggregation interface the attribute is set on each configured member in list order, where stated on each active
+ * one. Empty slots are skipped, the first failing member ends the call with 102, members before it stay set, and a
+ * group without members gives 0. Selectors 0, 7 and 8 depend on the interface's maximum speed. The driver calls per
+ * port, in this order:
  *
  * - 0, maximum 1000: advert read; user_port_speed_set(value, mode); advert written with the speed's bits only; for
- * value 1000 user_port_autoneg_set(1).
- * - 0, maximum 10000, active members: advert read; advert written without bit 27, and with bit 26 unless value is 10000
- *   (then without); user_port_speed_set(value, 2); for value 1000 user_port_autoneg_set(1).
+ *   value 1000 user_port_autoneg_set(1).
+ * - 0, maximum 10000, active members: advert read; advert written without bit 27, and with bit 26 (for value 10000
+ *   without); user_port_speed_set(value, 2); for value 1000 user_port_autoneg_set(1).
  * - 1: nothing for mode 2 with value 1; else advert read; advert written with the duplex's bits only;
  *   user_port_duplex_set(value, mode); for mode 2 user_port_autoneg_set(1).
  * - 2: for a non-zero value advert read, advert written with all bits added; user_port_autoneg_set(value).
  * - 3: user_port_enable_set(value); on a group half a second's sleep after each success.
  * - 4: user_port_loopback_set(value); the driver's own result is the call's, on a group too.
  * - 5: user_port_autoneg_get; advert read; with auto-negotiation on, advert written with both pause bits set or
- * cleared, else user_port_pause_set(value, value).
+ *   cleared, else user_port_pause_set(value, value).
  * - 6: user_port_jumboframe_set(value).
  * - 7, maximum 1000: advert read; advert written with the duplex's bits only; user_port_autoneg_set(1).
  * - 7, maximum 10000, active members: advert read; user_port_duplex_set(value, 0); advert written without bits 27 and
  *   26, for value 1 with bit 26; user_port_autoneg_set(1).
  * - 8, maximum 1000: advert read; advert written with the speed's bits only; user_port_autoneg_set(1).
  * - 8, maximum 10000, active members: advert read; user_port_speed_set(value, 2); advert written without bits 27 and
- * 26, for value 1000 with bit 26; for value 1000 user_port_autoneg_set(1).
+ *   26, for value 1000 with bit 26; for value 1000 user_port_autoneg_set(1).
  * - 9: user_port_mdix_set(value); the driver's own result is the call's, on a group too.
  * - 11: user_port_enable_set(value), with the sleeps of selector 3.
  * - 10, 12: none, returns 0.
@@ -217,57 +216,57 @@ enum adp_port_attr {
  * both its duplexes and 1000 bit 26; half duplex keeps 31 and 29, full 30, 28 and 26; any other speed or duplex keeps
  * all.
  *
- * Selectors 0, 7 and 8 first read the maximum speed as adp_get_phy_port_attr() does (failure: 102); any other maximum
- * does nothing and returns 0. With a maximum of 10000, selectors 7 and 8 read the advertisement and set duplex or speed
- * on the number that they are handed (a user port's interface number, a member's physical port) and write advertisement
- * and auto-negotiation on that number translated once more.
+ * Selectors 0, 7 and 8 first read the maximum speed as adp_get_phy_port_attr() does (failure: 102); with any other
+ * maximum they do nothing and return 0. With a maximum of 10000, selectors 7 and 8 use two ports: they read the
+ * advertisement and set duplex or speed on the number that they get (a user port's interface number, a member's
+ * physical port), and write advertisement and auto-negotiation on that number translated once more.
  *
- * Each interface, a group too, has a state of its own: free, held (selector 11 with 0) or disabled (selector 3 with 0).
- * Enabling a held interface and releasing one that is not held return 0 and do nothing; the state changes before any
- * driver call. Under selector 11 a driver failure is 0 on a user port and 102 on a group.
+ * Each interface, user port or group, has a state of its own: free, held (selector 11 with 0) or disabled (selector 3
+ * with 0). Enabling a held interface and releasing one that is not held do nothing and return 0. The state changes
+ * before any driver call. Under selector 11 a driver failure is 0 on a user port and 102 on a group.
  *
  * @param intf      user port or aggregation interface
  * @param selector  enum adp_port_attr, 0..12
  * @param value     see the selector
- * @param mode      handed on to the driver by selectors 0 and 1 with a maximum of 1000; 2 asks selector 1 for
- *                  auto-negotiation
- * @return 0; 101 for a selector of 13 or more, which is tested first; 201 for another interface type; 102 when a driver
- * call failed; the driver's own result for selectors 4 and 9; -1 for a group outside 1..8 where its members are asked
- * for
+ * @param mode      passed through by selector 0 with a maximum of 1000 and by selector 1; with selector 1 a mode of 2
+ *                  turns auto-negotiation on
+ * @return 0; 101 for a selector of 13 or more, which is checked first; 201 for another interface type; 102 when a
+ *         driver call failed; the driver's own result for selectors 4 and 9; -1 for a group outside 1..8 when its
+ *         members are needed
  */
 adp_status_t adp_set_phy_port_attr(adp_intf_t intf, uint32_t selector, uint32_t value, uint32_t mode);
 
 /**
  * Reads an attribute of an interface.
  *
- * An aggregation interface answers with its management interface, else with its lowest configured member, except for
- * the selectors 11 and 14 (the first non-zero status among the active members in list order, 0 when there is none) and
- * 12 (the largest maximum speed of the configured members, 0 without members). Driver calls: user_port_speed_get,
- * _duplex_get, _autoneg_get, _enable_get, _loopback_get, _pause_get, _jumboframe_get for 0 to 6, user_port_mdix_get,
- * user_port_link_medium_get, user_port_link_status_get, user_port_speed_max, user_port_pause_get_stat (on a group
- * user_port_pause_get), user_fiberport_link_status_get for 9 to 14. Selector 3 of a held interface writes 1 without a
- * driver call.
+ * An aggregation interface answers with its management interface, without one with its lowest configured member.
+ * Selectors 11 and 14 differ: the first non-zero status among the active members in list order, 0 when there is none.
+ * So does selector 12: the largest maximum speed of the configured members, 0 without members. Driver calls:
+ * user_port_speed_get, _duplex_get, _autoneg_get, _enable_get, _loopback_get, _pause_get, _jumboframe_get for 0 to 6,
+ * user_port_mdix_get, user_port_link_medium_get, user_port_link_status_get, user_port_speed_max,
+ * user_port_pause_get_stat (on a group user_port_pause_get), user_fiberport_link_status_get for 9 to 14. Selector 3 of
+ * a held interface writes 1 without a driver call.
  *
  * @param intf        user port or aggregation interface
- * @param selector    enum adp_port_attr, 0..14; 7 and 8 return 0 and leave the output alone
- * @param[out] value  the attribute; selectors 11 and 14 of a group clear it first
- * @return 0; 101 for a selector of 15 or more, which is tested first; 201 for another interface type; 203 for an
- * aggregation interface with neither a management interface nor a configured member; 102 when a driver call failed; -1
- * for a group outside 1..8
+ * @param selector    enum adp_port_attr, 0..14; 7 and 8 return 0 and leave the output as it was
+ * @param[out] value  the attribute; on a group selectors 11 and 14 clear it first
+ * @return 0; 101 for a selector of 15 or more, which is checked first; 201 for another interface type; 203 for an
+ *         aggregation interface with neither a management interface nor a configured member; 102 when a driver call
+ *         failed; -1 for a group outside 1..8
  */
 adp_status_t adp_get_phy_port_attr(adp_intf_t intf, uint32_t selector, uint32_t *value);
 
 /**
  * Sets an interface's address learning.
  *
- * Driver call: user_port_learn_set(port, enable), on a group for each configured member in list order.
+ * Driver call: user_port_learn_set(port, mode), on a group for each configured member in list order.
  *
- * @param intf    user port or aggregation interface
- * @param enable  the driver's learning mode
+ * @param intf  user port or aggregation interface
+ * @param mode  the driver's learning mode; on the virtual device 0 closed, 4 off, 1 and 5 normal, 8 pending
  * @return user port: the driver's result; group: 0, or 102 at the first failure (earlier members stay changed); 201 for
- * another type, -1 for a group outside 1..8
+ *         another type, -1 for a group outside 1..8
  */
-adp_status_t adp_intf_learn_set(adp_intf_t intf, int32_t enable);
+adp_status_t adp_intf_learn_set(adp_intf_t intf, int32_t mode);
 
 /**
  * Reads an interface's address learning.
@@ -276,7 +275,7 @@ adp_status_t adp_intf_learn_set(adp_intf_t intf, int32_t enable);
  * user_port_learn_get(port, mode).
  *
  * @param intf       user port or aggregation interface
- * @param[out] mode  the driver's learning mode
+ * @param[out] mode  the driver's learning mode; on the virtual device 0 closed, 4 off, 1 and 5 normal, 8 pending
  * @return the driver's result; 201 for another type, -1 for a group outside 1..8
  */
 adp_status_t adp_intf_learn_get(adp_intf_t intf, uint32_t *mode);
@@ -296,7 +295,7 @@ adp_status_t adp_intf_cablediag(adp_intf_t intf, ADP_COUNT(32) void *result);
 /**
  * Sets energy-efficient Ethernet (IEEE 802.3az).
  *
- * A group sets its management interface only; without one interface 0, the CPU port. Driver call:
+ * On a group the call sets the management interface only; without one interface 0, the CPU port. Driver call:
  * user_eee_portEnable_set(port, enable).
  *
  * @param intf    user port or aggregation interface
@@ -306,7 +305,9 @@ adp_status_t adp_intf_cablediag(adp_intf_t intf, ADP_COUNT(32) void *result);
 adp_status_t adp_intf_eee_set(adp_intf_t intf, uint32_t enable);
 
 /**
- * Reads energy-efficient Ethernet (IEEE 802.3az); of a group its management interface's, as adp_intf_eee_set().
+ * Reads energy-efficient Ethernet (IEEE 802.3az).
+ *
+ * A group answers with its management interface; without one with interface 0, the CPU port.
  *
  * Driver call: user_eee_portEnable_get(port, enable).
  *
@@ -319,28 +320,31 @@ adp_status_t adp_intf_eee_get(adp_intf_t intf, uint32_t *enable);
 /**
  * Reads a counter of a port.
  *
- * There is no test of the interface type: an aggregation interface reaches the driver as port -1. Driver call:
- * user_stat_port_get(port, selector, out).
+ * The interface type is not checked: an aggregation interface reaches the driver as port -1. Driver call:
+ * user_stat_port_get(port, selector, value).
  *
- * @param intf      user port
- * @param selector  the driver's counter selector
- * @param[out] out  the counter, 64 bits
+ * @param intf        user port
+ * @param selector    the driver's counter selector
+ * @param[out] value  the counter, 64 bits
  * @return the driver's result
  */
-adp_status_t adp_intf_stat_get(adp_intf_t intf, uint32_t selector, ADP_COUNT(8) void *out);
+adp_status_t adp_intf_stat_get(adp_intf_t intf, uint32_t selector, ADP_COUNT(8) void *value);
 
 /**
- * Tells the copper side of a combo port from its fibre side by what it advertises.
+ * Checks whether a combo port uses its copper side, by what it advertises.
  *
  * Driver calls: user_port_autoneg_get(port), then with auto-negotiation on user_port_ability_advert_get(port); their
- * results are not checked. There is no test of the interface type.
+ * results are not checked. An aggregation interface reaches the driver as port -1.
  *
  * @param intf  user port
- * @return 0 when auto-negotiation is on and a 10 or 100 Mb/s ability is advertised (copper), else -1
+ * @return 0 when auto-negotiation is on and a 10 or 100 Mb/s ability is advertised (copper), otherwise -1 (fibre);
+ *         ADP_E_INTF_TYPE, without a driver call, when the interface type is neither user port nor aggregation
  */
 adp_status_t adp_intf_combo_port_copper_or_fiber_check(adp_intf_t intf);
 
-/** What adp_link_event_fast_send_unicast_msg() last saw of an interface, each number cut to 16 bits. */
+/**
+ * An interface's last link change as adp_link_event_fast_send_unicast_msg() recorded it, each number cut to 16 bits.
+ */
 typedef struct {
     uint16_t unit;
     uint16_t port;   /**< physical port */
@@ -354,7 +358,7 @@ extern adp_link_data_t g_intf_link_data[ADP_USER_PORTS + 1];
 /**
  * Stamps an interface's last link change with the current time.
  *
- * On an aggregation interface every configured member among the user ports 1..26 is stamped, the time read anew for
+ * On an aggregation interface every configured member among the user ports 1..26 is stamped; the time is read again for
  * each. No driver call.
  *
  * @param intf  user port (an index outside 1..26 changes nothing) or aggregation interface
@@ -363,23 +367,24 @@ extern adp_link_data_t g_intf_link_data[ADP_USER_PORTS + 1];
 adp_status_t adp_set_port_last_change(adp_intf_t intf);
 
 /**
- * Tells when an interface's link changed last.
+ * Reads when an interface's link changed last.
  *
- * An aggregation interface answers with its management interface, else with its lowest configured member. No driver
- * call.
+ * An aggregation interface answers with its management interface, without one with its lowest configured member. No
+ * driver call.
  *
- * @param intf      user port or aggregation interface
- * @param[out] out  seconds since the epoch; 0 when never stamped, for an index outside 1..26, and after a refusal
- * @return 0; 203 for an aggregation interface with neither of the two, 201 for another type, -1 for a group
- * outside 1..8
+ * @param intf          user port or aggregation interface
+ * @param[out] seconds  seconds since the epoch; 0 when never stamped, for an index outside 1..26, and for any result
+ *                      but 0
+ * @return 0; 203 for an aggregation interface with neither a management interface nor a configured member, 201 for
+ *         another type, -1 for a group outside 1..8
  */
-adp_status_t adp_get_port_last_change(int32_t intf, uint32_t *out);
+adp_status_t adp_get_port_last_change(int32_t intf, uint32_t *seconds);
 
 /**
  * Forwards a link change to the device's link-event sink, link_event_handle_cb(intf, status).
  *
- * The port's administrative state is read first as adp_get_phy_port_attr() does; a change of interface 25 or 26 is
- * dropped while the state is 0.
+ * The administrative state of the port's interface is read first, as adp_get_phy_port_attr() does; a change of
+ * interface 25 or 26 is dropped while that state is 0.
  *
  * @param unit    not used
  * @param port    physical port
@@ -393,13 +398,13 @@ int32_t adp_link_event_handle_cb(uint32_t unit, uint32_t port, int32_t status);
  *
  * Service call: equeue_send_ucast(erps_event_queue, message, -1). The message is eight words: 1, the sending thread's
  * id, 1, four zeros, and the address of the interface's record, which a later change of the same interface overwrites.
- * A port that no row of 0..26 names is refused.
+ * A port without a row among 0..26 is refused.
  *
  * @param unit    recorded
  * @param port    physical port
  * @param status  link status
  * @return the queue's positive result; after a failure, which is printed on standard error, the number of characters
- * printed; -1 with nothing recorded or sent for a port without a record
+ *         printed; -1 with nothing recorded or sent for a port without a record
  */
 int32_t adp_link_event_fast_send_unicast_msg(uint32_t unit, uint32_t port, int32_t status);
 

@@ -4,9 +4,10 @@
  * its port.
  *
  * Driver calls are made with unit 0 and a second argument 0, which the descriptions leave out, except where they say
- * "no unit". Calls that write or read a map stop at the first failing driver call; entries before it stay written. "The
- * driver's result" means its result unchanged. Interface types other than user port and aggregation interface give 201
- * without a driver call, aggregation interfaces what the descriptions say, without one either.
+ * "no unit". A call that writes or reads a map stops at the first failing driver call; entries before it stay written.
+ * "The driver's result" is its result unchanged. "Passed through" marks an argument whose meaning is the driver's, and
+ * so is its name. An interface type other than user port and aggregation interface gives 201, an aggregation interface
+ * what the descriptions say, both without a driver call.
  */
 #pragma once
 
@@ -17,7 +18,7 @@ ADP_BEGIN_DECLS
 #define ADP_PRIORITIES 8  /**< 802.1p priorities 0..7 */
 #define ADP_DSCP_COUNT 64 /**< DSCP values 0..63 */
 
-/** The kinds of map. Each call acts on its own kind only. */
+/** The types of map. Each call acts on its own type only. */
 enum adp_map_type {
     ADP_MAP_DOT1P = 0, /**< from the 802.1p priority */
     ADP_MAP_DSCP = 1,  /**< from the DSCP */
@@ -27,107 +28,109 @@ enum adp_map_type {
 /** A row of an 802.1p map, by priority. */
 typedef struct {
     uint32_t queue;  /**< queue of the priority */
-    uint32_t unused; /**< not used */
+    uint32_t unused; /**< not read, not written */
 } adp_dot1p_map_entry_t;
 
 /** A row of a DSCP map, by DSCP. */
 typedef struct {
-    uint8_t mapped;   /**< mapped code point */
-    uint8_t priority; /**< priority */
-    uint8_t unused;   /**< not used */
+    uint8_t mapped;   /**< DSCP that the frame leaves with */
+    uint8_t priority; /**< priority 0..7 */
+    uint8_t unused;   /**< not read, not written */
 } adp_dscp_map_entry_t;
 
 /**
  * Writes the 802.1p map. Driver call for priorities 0 to 7: user_cosq_mapping_set(priority, queue).
  *
- * @param type     enum adp_map_type
- * @param entries  the map
+ * @param map_type  enum adp_map_type
+ * @param entries   the map
  * @return 0, for type 2 without a driver call; 101 for any other type than 0 and 2; 102 when a driver call failed
  */
-adp_status_t adp_create_dot1p_map(uint32_t type, const adp_dot1p_map_entry_t entries[ADP_PRIORITIES]);
+adp_status_t adp_create_dot1p_map(uint32_t map_type, const adp_dot1p_map_entry_t entries[ADP_PRIORITIES]);
 
 /**
  * Reads the 802.1p map. Driver call for priorities 0 to 7: user_cosq_mapping_get(priority, queue).
  *
- * @param type              enum adp_map_type
- * @param[in,out] entries   the queues are written by the driver, the unused words left alone
+ * @param map_type         enum adp_map_type
+ * @param[in,out] entries  the queues are written by the driver, the unused words left alone
  * @return 0, for type 2 without a driver call; 101 for any other type than 0 and 2; 102 when a driver call failed
  */
-adp_status_t adp_get_dot1p_map(uint32_t type, ADP_INOUT adp_dot1p_map_entry_t entries[ADP_PRIORITIES]);
+adp_status_t adp_get_dot1p_map(uint32_t map_type, ADP_INOUT adp_dot1p_map_entry_t entries[ADP_PRIORITIES]);
 
 /**
  * Restores the default 802.1p map: priorities 0 and 1 to queue 0, 2 and 3 to 1, 4 and 5 to 2, 6 and 7 to 3.
  *
  * Driver call for priorities 0 to 7: user_cosq_mapping_set(priority, queue).
  *
- * @param type  enum adp_map_type
+ * @param map_type  enum adp_map_type
  * @return 0, for type 2 without a driver call; 101 for any other type than 0 and 2; 102 when a driver call failed
  */
-adp_status_t adp_delete_dot1p_map(uint32_t type);
+adp_status_t adp_delete_dot1p_map(uint32_t map_type);
 
 /**
  * Writes the DSCP map of all ports. Driver call for DSCP 0 to 63: user_port_dscp_map_set(-1, dscp, mapped, priority).
  *
- * @param type     enum adp_map_type
- * @param entries  the map
+ * @param map_type  enum adp_map_type
+ * @param entries   the map
  * @return 0, for type 2 without a driver call; 101 for any other type than 1 and 2; 102 when a driver call failed
  */
-adp_status_t adp_create_dscp_map(uint32_t type, const adp_dscp_map_entry_t entries[ADP_DSCP_COUNT]);
+adp_status_t adp_create_dscp_map(uint32_t map_type, const adp_dscp_map_entry_t entries[ADP_DSCP_COUNT]);
 
 /**
  * Reads the DSCP map. Driver call for DSCP 0 to 63: user_port_dscp_map_get(-1, dscp, mapped, priority).
  *
- * @param type             enum adp_map_type
+ * @param map_type         enum adp_map_type
  * @param[in,out] entries  mapped and priority are written by the driver, the unused bytes left alone
  * @return 0, for type 2 without a driver call; 101 for any other type than 1 and 2; 102 when a driver call failed
  */
-adp_status_t adp_get_dscp_map(uint32_t type, ADP_INOUT adp_dscp_map_entry_t entries[ADP_DSCP_COUNT]);
+adp_status_t adp_get_dscp_map(uint32_t map_type, ADP_INOUT adp_dscp_map_entry_t entries[ADP_DSCP_COUNT]);
 
 /**
  * Restores the default DSCP map. Driver call, 64 times the same: user_port_dscp_map_set(-1, -1, -1, 0).
  *
- * @param type  enum adp_map_type
+ * @param map_type  enum adp_map_type
  * @return 0, for type 2 without a driver call; 101 for any other type than 1 and 2; 102 when a driver call failed
  */
-adp_status_t adp_delete_dscp_map(uint32_t type);
+adp_status_t adp_delete_dscp_map(uint32_t map_type);
 
 /**
  * Assigns a priority to a user port's untagged frames.
  *
  * Driver call for type 2: user_port_untagged_priority_set(port, priority).
  *
- * @param type      enum adp_map_type
+ * @param map_type  enum adp_map_type
  * @param intf      user port
  * @param unused3   not used
  * @param unused4   not used
  * @param unused5   not used
  * @param priority  0..7, low byte used
  * @return 0, for types 0 and 1 without a driver call; 101 for a type above 2; for type 2 102 when the driver call
- * failed, 102 for an aggregation interface, 201
+ *         failed, and without one for an aggregation interface; 201
  */
-adp_status_t adp_add_dot1p_assign(uint32_t type, adp_intf_t intf, uint32_t unused3, uint32_t unused4, uint32_t unused5,
-                                  uint32_t priority);
+adp_status_t adp_add_dot1p_assign(uint32_t map_type, adp_intf_t intf, uint32_t unused3, uint32_t unused4,
+                                  uint32_t unused5, uint32_t priority);
 
 /**
- * Takes that assignment back: for type 2 user_port_untagged_priority_set(port, 0).
+ * Sets the priority of a user port's untagged frames back to 0.
  *
- * @param type     enum adp_map_type
- * @param intf     user port
- * @param unused3  not used
- * @param unused4  not used
- * @param unused5  not used
- * @param unused6  not used
+ * Driver call for type 2: user_port_untagged_priority_set(port, 0).
+ *
+ * @param map_type  enum adp_map_type
+ * @param intf      user port
+ * @param unused3   not used
+ * @param unused4   not used
+ * @param unused5   not used
+ * @param unused6   not used
  * @return 0, for all types but 2 without a driver call; for type 2 as adp_add_dot1p_assign()
  */
-adp_status_t adp_del_dot1p_assign(uint32_t type, adp_intf_t intf, uint32_t unused3, uint32_t unused4, uint32_t unused5,
-                                  uint32_t unused6);
+adp_status_t adp_del_dot1p_assign(uint32_t map_type, adp_intf_t intf, uint32_t unused3, uint32_t unused4,
+                                  uint32_t unused5, uint32_t unused6);
 
 /**
  * Sets which priority of its frames a user port trusts. Driver call: user_port_dscp_map_mode_set(port, mode).
  *
  * @param intf  user port
- * @param mode  the driver's; on the virtual device 0 the port's own, 1 the tag's, 2 the DSCP's, 3 DSCP or tag
- * @return 0; 102 when the driver call failed, and for an aggregation interface; 201
+ * @param mode  the driver's code; on the virtual device 0 the port's own, 1 the tag's, 2 the DSCP's, 3 DSCP or tag
+ * @return 0; 102 when the driver call failed, and without one for an aggregation interface; 201
  */
 adp_status_t adp_set_port_pri_trust_mode(adp_intf_t intf, uint32_t mode);
 
@@ -136,7 +139,7 @@ adp_status_t adp_set_port_pri_trust_mode(adp_intf_t intf, uint32_t mode);
  *
  * @param intf       user port
  * @param[out] mode  written by the driver
- * @return 0; 102 when the driver call failed, and for an aggregation interface; 201
+ * @return 0; 102 when the driver call failed, and without one for an aggregation interface; 201
  */
 adp_status_t adp_get_port_pri_trust_mode(adp_intf_t intf, uint32_t *mode);
 
@@ -159,132 +162,138 @@ adp_status_t adp_set_port_cos_map(adp_intf_t intf, uint32_t priority);
 adp_status_t adp_get_port_cos_map(adp_intf_t intf, uint32_t *priority);
 
 /**
- * Sets the queue of a priority on a user port. Driver call: user_cosq_port_mapping_set(port, a, b).
+ * Sets the queue of a priority on a user port. Driver call: user_cosq_port_mapping_set(port, priority, queue).
  *
- * @param intf  user port
- * @param a     the driver's; the priority on the virtual device
- * @param b     the driver's; the queue on the virtual device
- * @return 0; 102 when the driver call failed, and for an aggregation interface; 201
+ * @param intf      user port
+ * @param priority  passed through; 0..7 on the virtual device
+ * @param queue     passed through; on the virtual device a queue, or all ones to follow the chip's map again
+ * @return 0; 102 when the driver call failed, and without one for an aggregation interface; 201
  */
-adp_status_t adp_cosq_port_mapping_set(adp_intf_t intf, uint32_t a, uint32_t b);
+adp_status_t adp_cosq_port_mapping_set(adp_intf_t intf, uint32_t priority, uint32_t queue);
 
 /**
- * Reads the queue of a priority on a user port. Driver call: user_cosq_port_mapping_get(port, a, b).
+ * Reads the queue of a priority on a user port. Driver call: user_cosq_port_mapping_get(port, priority, queue).
  *
- * @param intf    user port
- * @param a       the driver's; the priority on the virtual device
- * @param[out] b  written by the driver
- * @return 0; 102 when the driver call failed, and for an aggregation interface; 201
+ * @param intf        user port
+ * @param priority    passed through; 0..7 on the virtual device
+ * @param[out] queue  written by the driver
+ * @return 0; 102 when the driver call failed, and without one for an aggregation interface; 201
  */
-adp_status_t adp_cosq_port_mapping_get(adp_intf_t intf, uint32_t a, uint32_t *b);
+adp_status_t adp_cosq_port_mapping_get(adp_intf_t intf, uint32_t priority, uint32_t *queue);
 
 /**
- * Sets a row of the DSCP map of all ports. Driver call: user_port_dscp_map_set(-1, a, b, c).
+ * Sets a row of the DSCP map of all ports. Driver call: user_port_dscp_map_set(-1, dscp, mapped, priority).
  *
- * @param unused  not used
- * @param a       DSCP
- * @param b       mapped code point
- * @param c       priority
- * @return the driver's result
- */
-adp_status_t adp_port_dscp_map_set(uint32_t unused, int32_t a, int32_t b, uint32_t c);
-
-/**
- * Reads a row of the DSCP map. Driver call: user_port_dscp_map_get(-1, a, b, c).
- *
- * @param unused  not used
- * @param a       DSCP
- * @param[out] b  mapped code point, written by the driver
- * @param[out] c  priority, written by the driver
- * @return the driver's result
- */
-adp_status_t adp_port_dscp_map_get(uint32_t unused, int32_t a, uint8_t *b, uint8_t *c);
-
-/**
- * Sets the queue of a priority. Driver call: user_qos_pri_queue_map_set(a, b, c, d), no unit.
- *
- * @param a  the driver's; 0, the unit, on the virtual device
- * @param b  the driver's; 0 on the virtual device
- * @param c  the driver's; the priority on the virtual device
- * @param d  the driver's; the queue on the virtual device
- * @return the driver's result
- */
-adp_status_t adp_cosq_mapping_set(adp_word_t a, adp_word_t b, adp_word_t c, adp_word_t d);
-
-/**
- * Reads the queue of a priority. Driver call: user_qos_pri_queue_map_get(a, b, c, d), no unit.
- *
- * @param a       the driver's; 0, the unit, on the virtual device
- * @param b       the driver's; 0 on the virtual device
- * @param c       the driver's; the priority on the virtual device
- * @param[out] d  written by the driver
- * @return the driver's result
- */
-adp_status_t adp_cosq_mapping_get(adp_word_t a, adp_word_t b, adp_word_t c, uint32_t *d);
-
-/**
- * Sets the priority of a DSCP. Driver call: user_qos_dscp_map_set(a, b, c, d), no unit.
- *
- * @param a  the driver's; 0, the unit, on the virtual device
- * @param b  the driver's; 0 on the virtual device
- * @param c  the driver's; the DSCP on the virtual device
- * @param d  the driver's; the priority on the virtual device
- * @return the driver's result
- */
-adp_status_t adp_dscp_map_set(adp_word_t a, adp_word_t b, adp_word_t c, adp_word_t d);
-
-/**
- * Reads the priority of a DSCP. Driver call: user_qos_dscp_map_get(a, b, c, d), no unit.
- *
- * @param a       the driver's; 0, the unit, on the virtual device
- * @param b       the driver's; 0 on the virtual device
- * @param c       the driver's; the DSCP on the virtual device
- * @param[out] d  written by the driver
- * @return the driver's result
- */
-adp_status_t adp_dscp_map_get(adp_word_t a, adp_word_t b, adp_word_t c, uint32_t *d);
-
-/**
- * Remaps priorities. Driver call: user_qos_pri_remap_set(0, a, b, d, further1, further2, further3, further4), a single
- * 0.
- *
- * @param a         the driver's; the physical port on the virtual device
- * @param b         the driver's; the priority in the tag on the virtual device
  * @param unused    not used
- * @param d         the driver's; the new priority on the virtual device
- * @param further1  the driver's
- * @param further2  the driver's
- * @param further3  the driver's
- * @param further4  the driver's
+ * @param dscp      passed through; on the virtual device 0..63, or -1 for every row
+ * @param mapped    passed through: DSCP that the frame leaves with; -1 for the power-on row on the virtual device
+ * @param priority  passed through; 0..7 on the virtual device
  * @return the driver's result
  */
-adp_status_t adp_set_dot1p_pri_remap(adp_word_t a, adp_word_t b, adp_word_t unused, adp_word_t d, adp_word_t further1,
-                                     adp_word_t further2, adp_word_t further3, adp_word_t further4);
+adp_status_t adp_port_dscp_map_set(uint32_t unused, int32_t dscp, int32_t mapped, uint32_t priority);
 
 /**
- * Sets a port's class of service. Driver call: user_qos_port_cos_set(port, value), no unit.
+ * Reads a row of the DSCP map of all ports. Driver call: user_port_dscp_map_get(-1, dscp, mapped, priority).
  *
- * @param intf   user port; any other interface is handed on as physical port -1
- * @param value  the driver's; on the virtual device the priority of untagged frames, 0..7
+ * @param unused         not used
+ * @param dscp           passed through; 0..63 on the virtual device
+ * @param[out] mapped    written by the driver
+ * @param[out] priority  written by the driver
  * @return the driver's result
  */
-adp_status_t adp_port_cos_map_set(adp_intf_t intf, uint32_t value);
+adp_status_t adp_port_dscp_map_get(uint32_t unused, int32_t dscp, uint8_t *mapped, uint8_t *priority);
 
 /**
- * Reads a port's class of service. Driver call: user_qos_port_cos_get(port, value), no unit.
+ * Sets the queue of a priority. Driver call: user_qos_pri_queue_map_set(unit, zero, priority, queue), which gets the
+ * caller's four arguments.
  *
- * @param intf        user port; any other interface is handed on as physical port -1
- * @param[out] value  written by the driver
+ * @param unit      passed through; 0 on the virtual device
+ * @param zero      passed through; 0 on the virtual device
+ * @param priority  passed through; 0..7 on the virtual device
+ * @param queue     passed through
  * @return the driver's result
  */
-adp_status_t adp_port_cos_map_get(adp_intf_t intf, uint32_t *value);
+adp_status_t adp_cosq_mapping_set(adp_word_t unit, adp_word_t zero, adp_word_t priority, adp_word_t queue);
+
+/**
+ * Reads the queue of a priority. Driver call: user_qos_pri_queue_map_get(unit, zero, priority, queue), which gets the
+ * caller's four arguments.
+ *
+ * @param unit        passed through; 0 on the virtual device
+ * @param zero        passed through; 0 on the virtual device
+ * @param priority    passed through; 0..7 on the virtual device
+ * @param[out] queue  written by the driver
+ * @return the driver's result
+ */
+adp_status_t adp_cosq_mapping_get(adp_word_t unit, adp_word_t zero, adp_word_t priority, uint32_t *queue);
+
+/**
+ * Sets the priority of a DSCP. Driver call: user_qos_dscp_map_set(unit, zero, dscp, priority), which gets the caller's
+ * four arguments.
+ *
+ * @param unit      passed through; 0 on the virtual device
+ * @param zero      passed through; 0 on the virtual device
+ * @param dscp      passed through; 0..63 on the virtual device
+ * @param priority  passed through; 0..7 on the virtual device
+ * @return the driver's result
+ */
+adp_status_t adp_dscp_map_set(adp_word_t unit, adp_word_t zero, adp_word_t dscp, adp_word_t priority);
+
+/**
+ * Reads the priority of a DSCP. Driver call: user_qos_dscp_map_get(unit, zero, dscp, priority), which gets the caller's
+ * four arguments.
+ *
+ * @param unit           passed through; 0 on the virtual device
+ * @param zero           passed through; 0 on the virtual device
+ * @param dscp           passed through; 0..63 on the virtual device
+ * @param[out] priority  written by the driver
+ * @return the driver's result
+ */
+adp_status_t adp_dscp_map_get(adp_word_t unit, adp_word_t zero, adp_word_t dscp, uint32_t *priority);
+
+/**
+ * Remaps a priority in the tags of received frames.
+ *
+ * Driver call: user_qos_pri_remap_set(0, port, priority, new_priority, option, option2, option3, option4), with a
+ * single 0 in front.
+ *
+ * @param port          passed through; the physical port on the virtual device
+ * @param priority      passed through; the tag's priority, 0..7, on the virtual device
+ * @param unused        not used
+ * @param new_priority  passed through; 0..7 on the virtual device
+ * @param option        passed through
+ * @param option2       passed through
+ * @param option3       passed through
+ * @param option4       passed through
+ * @return the driver's result
+ */
+adp_status_t adp_set_dot1p_pri_remap(adp_word_t port, adp_word_t priority, adp_word_t unused, adp_word_t new_priority,
+                                     adp_word_t option, adp_word_t option2, adp_word_t option3, adp_word_t option4);
+
+/**
+ * Sets a port's class of service. Driver call: user_qos_port_cos_set(port, cos), no unit.
+ *
+ * @param intf  user port; any other interface is passed on as physical port -1
+ * @param cos   passed through; on the virtual device the priority of untagged frames, 0..7
+ * @return the driver's result
+ */
+adp_status_t adp_port_cos_map_set(adp_intf_t intf, uint32_t cos);
+
+/**
+ * Reads a port's class of service. Driver call: user_qos_port_cos_get(port, cos), no unit.
+ *
+ * @param intf      user port; any other interface is passed on as physical port -1
+ * @param[out] cos  written by the driver
+ * @return the driver's result
+ */
+adp_status_t adp_port_cos_map_get(adp_intf_t intf, uint32_t *cos);
 
 /**
  * The same as hal_vlan_control_port_set().
  *
  * @param intf     user port
- * @param control  the driver's number of the control
- * @param value    new value
+ * @param control  the driver's control number
+ * @param value    its new value
  * @return as hal_vlan_control_port_set()
  */
 adp_status_t adp_vlan_control_port_set(adp_intf_t intf, uint32_t control, int32_t value);
@@ -293,7 +302,7 @@ adp_status_t adp_vlan_control_port_set(adp_intf_t intf, uint32_t control, int32_
  * The same as hal_vlan_control_port_get().
  *
  * @param intf        user port
- * @param control     the driver's number of the control
+ * @param control     the driver's control number
  * @param[out] value  written by the driver
  * @return as hal_vlan_control_port_get()
  */

@@ -4,8 +4,8 @@
  * their own, which this one includes.
  *
  * Every driver call is made with unit 0 and a second argument 0, which the descriptions leave out, except where they
- * say "no unit". No call here fans out: an aggregation interface gives 102, interface types other than user port and
- * aggregation interface 201, both without a driver call.
+ * say "no unit". No call here reaches a group's members: an aggregation interface gives 102, an interface type other
+ * than user port and aggregation interface 201, both without a driver call.
  */
 #pragma once
 
@@ -25,7 +25,7 @@ typedef struct {
 /**
  * Initialises quality of service, once: eight queues and the driver's defaults.
  *
- * Driver calls, each made whatever the ones before said: user_cosq_config_set(8); without arguments
+ * Driver calls, each made whatever the ones before it returned: user_cosq_config_set(8); without arguments
  * user_qos_default_cos_src_init(), user_qos_remark_inner_tag_src_init(), user_qos_trust_sel_group_init(),
  * user_field_meter_ifg_exclude_init(), user_qos_cpu_weight_init().
  *
@@ -40,56 +40,63 @@ adp_status_t adp_qos_init(void);
  * number, not of the physical port, and none for interface 32 and above.
  *
  * @param intf  user port
- * @param mode  the driver's; 3 is refused
- * @return 501 for mode 3, whatever the interface; 0; 102 when the driver call failed; 102, 201
+ * @param mode  the driver's code; 3 is refused; on the virtual device 0 strict, 1 round robin, 2 weighted
+ * @return 501 for mode 3, whatever the interface; 0; 102 when the driver call failed, and without one for an
+ *         aggregation interface; 201
  */
 adp_status_t adp_set_port_queue_sch_mode(adp_intf_t intf, uint32_t mode);
 
 /**
- * Maps a priority to a queue on a user port, or writes its queue weights.
+ * Maps a priority to a queue on a user port, or writes the port's queue weights.
  *
- * With a selection the driver call is user_cosq_port_mapping_set(mask, first weight, value). Without one
+ * Driver call for a mapping: user_cosq_port_mapping_set(mask, first weight, queue). Driver calls for weights:
  * user_cosq_port_sched_get(mask, mode, weights, delay) reads the scheduler into the caller's own block of weights, and
  * user_cosq_port_sched_set(mask, mode, weights, delay) writes that back: a driver that fills the block gets its old
  * weights again. The mask is that of adp_set_port_queue_sch_mode().
  *
- * @param intf     user port
- * @param value    queue, read with a selection
- * @param select   low byte used: 0 for weights, otherwise a mapping
- * @param weights  weights; with a selection the first one is the priority
- * @return 0; 102 when a driver call failed, nothing is written after a failed read; 102, 201
+ * @param intf        user port
+ * @param queue       queue of a mapping, otherwise not used
+ * @param is_mapping  low byte used: 0 writes the weights, otherwise the call maps a priority
+ * @param weights     a weight for each queue; of a mapping the first one is the priority
+ * @return 0; 102 when a driver call failed (nothing is written after a failed read), and without one for an aggregation
+ *         interface; 201
  */
-adp_status_t adp_set_queue_weight_pri(adp_intf_t intf, uint32_t value, uint32_t select, adp_queue_weights_t weights);
+adp_status_t adp_set_queue_weight_pri(adp_intf_t intf, uint32_t queue, uint32_t is_mapping,
+                                      adp_queue_weights_t weights);
 
 /**
- * Sets a scheduler. Driver call: user_qos_schedule_set(a, b, c, d), no unit, its result ignored.
+ * Sets the weight of a port's queue.
  *
- * @param a  the driver's; the port on the virtual device
- * @param b  the driver's; the queue on the virtual device
- * @param c  the driver's; the weight on the virtual device
- * @param d  the driver's
+ * Driver call: user_qos_schedule_set(port, queue, weight, flags), no unit, its result ignored.
+ *
+ * @param port    passed through; the physical port on the virtual device
+ * @param queue   passed through; 0..7 on the virtual device
+ * @param weight  passed through; 0..127 on the virtual device
+ * @param flags   passed through
  * @return 0
  */
-adp_status_t adp_cosq_sched_set(uint32_t a, uint32_t b, uint32_t c, uint32_t d);
+adp_status_t adp_cosq_sched_set(uint32_t port, uint32_t queue, uint32_t weight, uint32_t flags);
 
 /**
- * Reads a scheduler. Driver call: user_qos_schedule_get(a, b, out, d), no unit, its result ignored.
+ * Reads the weight of a port's queue.
  *
- * @param a         the driver's; the port on the virtual device
- * @param b         the driver's; the queue on the virtual device
- * @param[out] out  set to 0, then written by the driver
- * @param d         the driver's
+ * Driver call: user_qos_schedule_get(port, queue, weight, flags), no unit, its result ignored.
+ *
+ * @param port         passed through; the physical port on the virtual device
+ * @param queue        passed through; 0..7 on the virtual device
+ * @param[out] weight  set to 0, then written by the driver
+ * @param flags        passed through
  * @return 0
  */
-adp_status_t adp_cosq_sched_get(uint32_t a, uint32_t b, uint32_t *out, uint32_t d);
+adp_status_t adp_cosq_sched_get(uint32_t port, uint32_t queue, uint32_t *weight, uint32_t flags);
 
 /**
  * Shapes what a user port sends. Driver call: user_port_egress_rate_set(port, rate, burst).
  *
  * @param intf   user port
- * @param rate   the driver's unit; kilobits per second on the virtual device
- * @param burst  the driver's unit; kilobits on the virtual device
- * @return 0; 102 when the driver call failed; 102, 201
+ * @param rate   in the driver's unit; kilobits per second on the virtual device, where 0 is no limit
+ * @param burst  in the driver's unit; kilobits on the virtual device, which chooses for 0
+ * @return 0; 102 when the driver call failed, and without one for an aggregation interface; 201
  */
 adp_status_t adp_set_port_egress_shaper(adp_intf_t intf, uint32_t rate, uint32_t burst);
 
@@ -99,33 +106,33 @@ adp_status_t adp_set_port_egress_shaper(adp_intf_t intf, uint32_t rate, uint32_t
  * @param intf        user port
  * @param[out] rate   written by the driver
  * @param[out] burst  written by the driver
- * @return 0; 102 when the driver call failed; 102, 201
+ * @return 0; 102 when the driver call failed, and without one for an aggregation interface; 201
  */
 adp_status_t adp_get_port_egress_shaper(adp_intf_t intf, uint32_t *rate, uint32_t *burst);
 
 /**
- * Accepted; the queues' drop method is not set through this library.
+ * Does nothing: the library does not set the queues' drop method.
  *
  * @return 0
  */
 adp_status_t adp_set_queue_drop_method(void);
 
 /**
- * Accepted; the queues' WRED drop probability is not set through this library.
+ * Does nothing: the library does not set the queues' WRED drop probability.
  *
  * @return 0
  */
 adp_status_t adp_set_queue_wred_drop_probability(void);
 
 /**
- * Accepted; single queues are not shaped through this library.
+ * Does nothing: the library does not shape single queues.
  *
  * @return 0
  */
 adp_status_t adp_set_queue_shaper(void);
 
 /**
- * Accepted; single queues are not shaped through this library.
+ * Does nothing: the library does not shape single queues.
  *
  * @return 0
  */

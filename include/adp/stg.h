@@ -3,12 +3,12 @@
  * Spanning-tree groups (IEEE 802.1Q, multiple spanning trees) and ring ports (ITU-T G.8032): which group a VLAN belongs
  * to, and a port's state in a group.
  *
- * A group's number is the MST instance's. The library keeps one table, the VLANs' groups; it is written before the
- * driver is called and not restored when the driver refuses. Every driver call is made with unit 0 and a second
- * argument 0, which the descriptions leave out. "The driver's result" means its result unchanged. Nothing takes a lock.
+ * A group's number is the MST instance's. The library keeps one table, the group of each VLAN. It is written before the
+ * driver call and not restored when the driver refuses. Every driver call is made with unit 0 and a second argument 0,
+ * which the descriptions leave out. "The driver's result" is its result unchanged. Nothing takes a lock.
  *
- * Reports of failures are printed on standard output, with the function's name and the source line, except where
- * standard error is named. Several name another operation than the one that failed; their texts are fixed.
+ * "Reported" below means: printed on standard output, with the function's name and the source line; standard error is
+ * named where it is used. The texts are fixed, although several name another operation than the one that failed.
  */
 #pragma once
 
@@ -22,8 +22,8 @@ ADP_BEGIN_DECLS
 #define ADP_STG_STATE_RELEASED 4 /**< the port state that the library sets when VLANs leave a group */
 
 /**
- * The group that each VLAN was last added to, 0 for none: what the three member calls did, not what the chip has. Other
- * processes of the device read it.
+ * The group that each VLAN was last added to, 0 for none: what the three member calls did, not what the chip has. The
+ * device's programs read it.
  */
 extern int16_t aiVlanStg[ADP_VLANS];
 
@@ -48,32 +48,32 @@ adp_status_t adp_delete_mstp_instance(int32_t stg);
 /**
  * Moves a VLAN into a group.
  *
- * If the table has the VLAN in a group (above 0, the same one included), adp_del_msti_member() for that group comes
- * first. Then the table gets the group, cut to 16 bits. Driver call: user_stg_vlan_add(stg, vlan).
+ * When the table has the VLAN in a group above 0, even the same one, adp_del_msti_member() for that group is called
+ * first. Then the table gets the group, cut to 16 bits. Driver call: user_stg_vlan_add(stg, vid).
  *
- * @param stg   MST instance number
- * @param vlan  VLAN id, low 16 bits used
+ * @param stg  MST instance number
+ * @param vid  VLAN id, low 16 bits used
  * @return user_stg_vlan_add()'s result; -1 without a driver call for a VLAN of 4096 or above
  */
-adp_status_t adp_add_msti_member(int32_t stg, uint32_t vlan);
+adp_status_t adp_add_msti_member(int32_t stg, uint32_t vid);
 
 /**
- * Takes a VLAN out of a group.
+ * Removes a VLAN from a group.
  *
- * The table's entry becomes 0, whichever group it held. Driver calls: user_stg_stp_set(stg, port, 4) for each of user
- * ports 1 to 26, results ignored; user_stg_vlan_remove(stg, vlan).
+ * The VLAN's table entry becomes 0, whichever group it held. Driver calls: user_stg_stp_set(stg, port, 4) for each of
+ * user ports 1 to 26, results ignored; user_stg_vlan_remove(stg, vid).
  *
- * @param stg   MST instance number
- * @param vlan  VLAN id, low 16 bits used
+ * @param stg  MST instance number
+ * @param vid  VLAN id, low 16 bits used
  * @return user_stg_vlan_remove()'s result; -1 without a driver call for a VLAN of 4096 or above
  */
-adp_status_t adp_del_msti_member(int32_t stg, uint32_t vlan);
+adp_status_t adp_del_msti_member(int32_t stg, uint32_t vid);
 
 /**
- * Takes out of a group every VLAN that the table has in it.
+ * Removes from a group every VLAN that the table has in it.
  *
- * Driver calls, results ignored: user_stg_vlan_remove(stg, vlan) for each such VLAN in ascending order, whose entry
- * becomes 0; then user_stg_stp_set(stg, port, 4) for each of user ports 1 to 26.
+ * Driver calls, results ignored: user_stg_vlan_remove(stg, vid) for each such VLAN in ascending order, whose table
+ * entry becomes 0; then user_stg_stp_set(stg, port, 4) for each of user ports 1 to 26.
  *
  * @param stg  MST instance number; the table's entries are 16 bits wide and compared signed
  * @return 0
@@ -89,31 +89,31 @@ adp_status_t adp_del_msti_all_member(int32_t stg);
  *
  * @param stg    MST instance number
  * @param intf   user port or aggregation interface
- * @param state  the driver's port state
- * @return the driver's result, of a group that of the first member that failed (members before it keep the new state);
- *         0 for a group without members; the list call's result, -1, for nine members or more and for a group
- * outside 1..8; -1 for another type
+ * @param state  the driver's port state; on the virtual device 0 disabled, 1 blocking, 2 listening, 3 learning, 4
+ *               forwarding
+ * @return the driver's result, for a group that of the first member that failed (members before it keep the new state);
+ *         0 for a group without members; -1 for a group of nine members or more or outside 1..8; -1 for another type
  */
 adp_status_t adp_set_port_mstp_state(int32_t stg, adp_intf_t intf, uint32_t state);
 
 /**
  * Reads a port's state in a group.
  *
- * Driver call: user_stg_stp_get(stg, port, state). A negative result is reported:
- * "%s %d: get max support stg number failed. ret=%d\n".
+ * Driver call: user_stg_stp_get(stg, port, state). A negative result is reported: "%s %d: get max support stg number
+ * failed. ret=%d\n".
  *
  * @param stg         MST instance number
- * @param intf        user port; any other interface is handed on as physical port -1
+ * @param intf        user port; any other interface is passed on as physical port -1
  * @param[out] state  written by the driver
  * @return the driver's result
  */
 adp_status_t adp_stg_stp_get(int32_t stg, adp_intf_t intf, uint32_t *state);
 
 /**
- * Tells how many groups are supported: always 16, whatever the driver's count.
+ * Gives the number of groups that are supported: always 16, whatever the driver's count.
  *
- * Driver call: user_stg_max_support_count_get(count). A negative result is reported:
- * "%s %d: get max support stg number failed\n".
+ * Driver call: user_stg_max_support_count_get(count). A negative result is reported: "%s %d: get max support stg number
+ * failed\n".
  *
  * @param[out] count  16; unchanged after a negative result
  * @return the driver's result
@@ -121,7 +121,7 @@ adp_status_t adp_stg_stp_get(int32_t stg, adp_intf_t intf, uint32_t *state);
 adp_status_t adp_get_max_support_stg(uint32_t *count);
 
 /**
- * Tells how many entries the L2 table holds: always 8192, whatever the driver's number.
+ * Gives the number of entries that the L2 table can hold: always 8192, whatever the driver's number.
  *
  * Driver call: user_l2_cache_size_get(size). A failure is reported: "%s %d: get l2 cache size failed. ret=%d\n".
  *
@@ -131,17 +131,17 @@ adp_status_t adp_get_max_support_stg(uint32_t *count);
 adp_status_t adp_get_l2_cache_size(uint32_t *size);
 
 /**
- * Tells the default group: always 0, whatever the driver's.
+ * Gives the default group: always 0, whatever the driver's number.
  *
  * Driver call: user_stg_default_get(stg). A failure is reported: "%s %d: stg vlan list failed. ret=%d\n".
  *
- * @param[out] stg  0; after a failure what the driver wrote
+ * @param[out] stg  0; after a failure the number that the driver wrote
  * @return the driver's result
  */
 adp_status_t adp_stg_default_get(uint32_t *stg);
 
 /**
- * Tells how many groups exist.
+ * Reads how many groups exist.
  *
  * Driver call: user_stg_stg_count_get(count). A negative result is reported: "%s %d fail.ret=%d\n".
  *
@@ -152,33 +152,34 @@ int32_t adp_get_max_stg(void);
 /**
  * Reads a chunk of the group numbers.
  *
- * Driver call: user_stg_each_time_list(ids, chunk index, chunk size). A negative result is reported: "%s %d
+ * Driver call: user_stg_each_time_list(groups, chunk_index, chunk_size). A negative result is reported: "%s %d
  * fail.ret=%d\n".
  *
- * @param[out] ids     group numbers from place chunk_index * chunk_size on
+ * @param[out] groups  group numbers from place chunk_index * chunk_size on
  * @param chunk_index  which chunk, from 0
  * @param chunk_size   group numbers in a chunk
  * @return the driver's result
  */
-adp_status_t adp_get_stg_each_time_list(ADP_COUNT(chunk_size) int32_t *ids, uint32_t chunk_index, uint32_t chunk_size);
+adp_status_t adp_get_stg_each_time_list(ADP_COUNT(chunk_size) int32_t *groups, uint32_t chunk_index,
+                                        uint32_t chunk_size);
 
 /**
  * Reads a chunk of a group's VLANs.
  *
- * Driver call: user_stg_vlan_each_time_list(stg, vlans, chunk index, chunk size). A negative result is reported:
- * "%s %d fail.stg %d ret=%d\n".
+ * Driver call: user_stg_vlan_each_time_list(stg, vids, chunk_index, chunk_size). A negative result is reported: "%s %d
+ * fail.stg %d ret=%d\n".
  *
  * @param stg          group number
- * @param[out] vlans   VLAN ids from place chunk_index * chunk_size on
+ * @param[out] vids    VLAN ids from place chunk_index * chunk_size on
  * @param chunk_index  which chunk, from 0
  * @param chunk_size   VLAN ids in a chunk
  * @return the driver's result
  */
-adp_status_t adp_get_stg_vlan_each_time_list(int32_t stg, ADP_COUNT(chunk_size) uint16_t *vlans, uint32_t chunk_index,
+adp_status_t adp_get_stg_vlan_each_time_list(int32_t stg, ADP_COUNT(chunk_size) uint16_t *vids, uint32_t chunk_index,
                                              uint32_t chunk_size);
 
 /**
- * Tells how many VLANs a group has.
+ * Reads how many VLANs a group has.
  *
  * Driver call: user_stg_vlan_count_get(stg, count). A negative result is reported: "%s %d fail.stg:%d ret=%d\n".
  *
@@ -190,19 +191,20 @@ int32_t adp_get_stg_max_vlan(int32_t stg);
 /**
  * Lists a group's VLANs.
  *
- * Calls adp_get_max_stg(); adp_get_stg_each_time_list() in chunks of 64, one more than full chunks need; for the group
- * that is looked for adp_get_stg_max_vlan() and adp_get_stg_vlan_each_time_list() in chunks of 1024, likewise. Failed
- * chunks count as zeros. Without groups "%s %d: get STG count failed! STG count=%d\n" is printed on standard error.
+ * Calls in this order: adp_get_max_stg(); adp_get_stg_each_time_list() in chunks of 64, one chunk more than the full
+ * ones; for the wanted group adp_get_stg_max_vlan() and adp_get_stg_vlan_each_time_list() in chunks of 1024, again one
+ * more than the full ones. Each of these is copied to the caller before the next is read. A failed chunk counts as
+ * zeros. Without groups "%s %d: get STG count failed! STG count=%d\n" is printed on standard error.
  *
- * @param stg         group number
- * @param[out] vlans  VLAN ids, as many as the result says
- * @return the number of VLAN ids; 0 when there are no groups, when none has the number and when the chip reports more
- * than 64 groups or 4096 VLANs; the driver's negative result when the number of VLANs could not be read
+ * @param stg        group number
+ * @param[out] vids  VLAN ids, as many as the result says
+ * @return the number of VLAN ids; 0 without groups, for a number that no group has, and when the chip reports more than
+ *         64 groups or 4096 VLANs; the driver's negative result when the number of VLANs could not be read
  */
-int32_t adp_get_stg_vlan_list(int32_t stg, uint16_t vlans[ADP_VLANS]);
+int32_t adp_get_stg_vlan_list(int32_t stg, uint16_t vids[ADP_VLANS]);
 
 /**
- * Has the driver make a list of a group's VLANs.
+ * Makes the driver create a list of a group's VLANs.
  *
  * Driver call: user_stg_vlan_list(stg, list, count). A failure is reported: "%s %d: stg vlan list failed. ret=%d\n".
  *
@@ -216,17 +218,17 @@ adp_status_t adp_stg_vlan_list(int32_t stg, adp_word_t *list, int32_t *count);
 /**
  * Frees a list of VLANs.
  *
- * Driver call: user_stg_vlan_list_destroy(list, count). A failure is reported:
- * "%s %d: stg vlan list destroy failed. ret=%d\n".
+ * Driver call: user_stg_vlan_list_destroy(list, count). A failure is reported: "%s %d: stg vlan list destroy failed.
+ * ret=%d\n".
  *
  * @param list   handle from adp_stg_vlan_list()
- * @param count  and the count that came with it
+ * @param count  count from the same call
  * @return the driver's result
  */
 adp_status_t adp_stg_vlan_list_destroy(adp_word_t list, int32_t count);
 
 /**
- * Has the driver make a list of the groups.
+ * Makes the driver create a list of the groups.
  *
  * Driver call: user_stg_list(list, count). A failure is reported: "%s %d: stg vlan list destroy failed. ret=%d\n".
  *
@@ -243,31 +245,32 @@ adp_status_t adp_stg_list(adp_word_t *list, int32_t *count);
  * ret=%d\n".
  *
  * @param list   handle from adp_stg_list()
- * @param count  and the count that came with it
+ * @param count  count from the same call
  * @return the driver's result
  */
 adp_status_t adp_stg_list_destroy(adp_word_t list, int32_t count);
 
 /**
- * Sets a ring port's state: its state in group 0, hence for every VLAN that no other group has.
+ * Sets a ring port's state: its state in group 0, and so for every VLAN that is in no other group.
  *
  * Driver call: user_stg_stp_set(0, port, state), on an aggregation interface for each non-empty slot among the first
  * count slots of the active members.
  *
  * @param intf   user port or aggregation interface
- * @param state  the driver's port state
+ * @param state  the driver's port state; on the virtual device 0 disabled, 1 blocking, 2 listening, 3 learning, 4
+ *               forwarding
  * @return user port: the driver's result; aggregation interface: 0, 102 at the first failing member (members before it
- * keep the new state), -1 for a group outside 1..8; another type: 201
+ *         keep the new state), -1 for a group outside 1..8; another type: 201
  */
 adp_status_t adp_set_port_erps_state(adp_intf_t intf, uint32_t state);
 
 /**
  * Reads a ring port's state.
  *
- * Driver call: user_stg_stp_get(0, port, state). A negative result is reported:
- * "%s %d: get max support stg number failed. ret=%d\n".
+ * Driver call: user_stg_stp_get(0, port, state). A negative result is reported: "%s %d: get max support stg number
+ * failed. ret=%d\n".
  *
- * @param intf        user port; any other interface is handed on as physical port -1
+ * @param intf        user port; any other interface is passed on as physical port -1
  * @param[out] state  written by the driver
  * @return the driver's result
  */

@@ -21,9 +21,10 @@
 
 /**
  * @name Marks on parameters
- * People and the code generator read them; the compiler sees nothing.
+ * The code generator reads them, and so do people; for the compiler they are empty.
  *
- * A pointer to const is read, any other pointer is written. `T x[n]` extends over n elements, `T *x` over one.
+ * The call reads what a pointer to const addresses and writes what any other pointer addresses. `T x[n]` extends over n
+ * elements, `T *x` over one.
  * @{
  */
 /** The call reads what the pointer addresses and writes it too. */
@@ -34,7 +35,7 @@
 
 ADP_BEGIN_DECLS
 
-/** Result of a call: 0, all bits set, or one of the codes below; many calls hand on the driver's own result. */
+/** Result of a call: 0, all bits set, or one of the codes below; many calls return the driver's own result. */
 typedef int32_t adp_status_t;
 
 #define ADP_OK 0                      /**< success */
@@ -53,10 +54,10 @@ typedef int32_t adp_status_t;
 #define ADP_E_REMARK_NO_SUBMODULE 504 /**< no table row for the remark submodule */
 
 /**
- * Logical interface number: bits 31..28 the type, bits 27..0 the index.
+ * Logical interface number: bits 31..28 are the type, bits 27..0 the index.
  *
- * Type 0 is a user port (1..adp_max_phy_port_num; index 0 is the CPU port's map row), type 1 an aggregation
- * interface, ADP_AGG_INTF(g) for group g = 1..8. Other types are refused.
+ * Type 0 is a user port (1..adp_max_phy_port_num; index 0 is the CPU port's map row), type 1 an aggregation interface,
+ * ADP_AGG_INTF(g) for group g = 1..8. Other types are refused.
  */
 typedef uint32_t adp_intf_t;
 
@@ -76,7 +77,7 @@ typedef uint32_t adp_intf_t;
 /** VLAN argument that stands for "no VLAN" where a call allows it: all ones. */
 #define ADP_NO_VLAN 0xFFFFFFFFu
 
-/** A number or an address: its meaning belongs to the driver, the library passes it through. */
+/** A number or an address. Its meaning is the driver's; the library passes it through. */
 typedef uintptr_t adp_word_t;
 
 /** A set of 256 ports or interfaces: bit n of word n / 32 stands for number n. As a parameter it is a pointer. */

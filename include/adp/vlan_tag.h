@@ -3,15 +3,18 @@
  * Handling of VLAN tags: translation on ingress and egress, VLANs by IPv4 subnet, double tags and tag protocol
  * identifiers (IEEE 802.1Q, provider bridges).
  *
- * The library keeps no table. Arguments named by a letter belong to the driver and are passed through; those marked
- * "low 16 bits used" are cut. What the virtual device takes them for is said in its document. Every driver call is made
- * with unit 0 and a second argument 0, which the descriptions leave out. "The driver's result" means its result
- * unchanged.
+ * The library keeps no table. It cuts VLAN ids, TPIDs and modes to their low 16 bits and passes all other arguments
+ * through; "passed through" marks them below. Their meaning is the driver's, and so are their names: those of the
+ * driver call. On the virtual device kind and action are 0, a priority is 0..7 or all ones to keep the frame's, a port
+ * of the type adp_word_t is a physical port, and an address or mask is a number, 192.0.2.0 being 0xC0000200.
  *
- * The set calls on an aggregation interface make the driver call for each non-empty slot among the first count slots of
- * the active members. The first failure ends the walk with 102 and leaves the members before it changed; without
- * members the result is 0, for a group outside 1..8 -1. The reads are answered by the group's management interface;
- * when there is none that is interface 0, which translates to the CPU port. Other interface types give 201 without a
+ * Every driver call is made with unit 0 and a second argument 0, which the descriptions leave out. "The driver's
+ * result" is its result unchanged.
+ *
+ * A set call on an aggregation interface makes the driver call for each non-empty slot among the first count slots of
+ * the active members. The first failure ends the walk with 102; members before it stay changed. Without members the
+ * result is 0. A read on an aggregation interface is answered by the management interface; without one by interface 0,
+ * which translates to the CPU port. A group outside 1..8 gives -1 and any other interface type 201, both without a
  * driver call.
  */
 #pragma once
@@ -21,27 +24,30 @@
 ADP_BEGIN_DECLS
 
 /**
- * Adds an ingress translation. Driver call: user_vlan_translate_add(a, b, c, d, e, f).
+ * Adds an ingress translation: frames that a port receives in one VLAN enter another.
  *
- * @param a  the driver's
- * @param b  the driver's
- * @param c  the driver's
- * @param d  VLAN id, low 16 bits used
- * @param e  VLAN id, low 16 bits used
- * @param f  the driver's
+ * Driver call: user_vlan_translate_add(kind, port, action, old_vid, new_vid, priority).
+ *
+ * @param kind      passed through: how the entry is found
+ * @param port      passed through
+ * @param action    passed through: what becomes of the tag
+ * @param old_vid   VLAN id of the received tag, low 16 bits used
+ * @param new_vid   VLAN id that the frame gets, low 16 bits used
+ * @param priority  passed through: 802.1p priority that the frame gets
  * @return the driver's result
  */
-adp_status_t adp_vlan_translate_add(adp_word_t a, adp_word_t b, adp_word_t c, uint32_t d, uint32_t e, adp_word_t f);
+adp_status_t adp_vlan_translate_add(adp_word_t kind, adp_word_t port, adp_word_t action, uint32_t old_vid,
+                                    uint32_t new_vid, adp_word_t priority);
 
 /**
- * Deletes an ingress translation. Driver call: user_vlan_translate_delete(a, b, c).
+ * Deletes an ingress translation. Driver call: user_vlan_translate_delete(kind, port, old_vid).
  *
- * @param a  the driver's
- * @param b  the driver's
- * @param c  VLAN id, low 16 bits used
+ * @param kind     passed through: how the entry is found
+ * @param port     passed through
+ * @param old_vid  VLAN id of the received tag, low 16 bits used
  * @return the driver's result
  */
-adp_status_t adp_vlan_translate_delete(adp_word_t a, adp_word_t b, uint32_t c);
+adp_status_t adp_vlan_translate_delete(adp_word_t kind, adp_word_t port, uint32_t old_vid);
 
 /**
  * Deletes every ingress translation. Driver call: user_vlan_translate_delete_all().
@@ -51,37 +57,40 @@ adp_status_t adp_vlan_translate_delete(adp_word_t a, adp_word_t b, uint32_t c);
 adp_status_t adp_vlan_translate_delete_all(void);
 
 /**
- * Reads an ingress translation. Driver call: user_vlan_translate_get(a, b, c, d).
+ * Reads an ingress translation. Driver call: user_vlan_translate_get(port, old_vid, new_vid, priority).
  *
- * @param a       the driver's
- * @param b       VLAN id, low 16 bits used
- * @param[out] c  written by the driver
- * @param[out] d  written by the driver
+ * @param port           passed through
+ * @param old_vid        VLAN id of the received tag, low 16 bits used
+ * @param[out] new_vid   written by the driver
+ * @param[out] priority  written by the driver
  * @return the driver's result
  */
-adp_status_t adp_vlan_translate_get(adp_word_t a, uint32_t b, uint32_t *c, uint32_t *d);
+adp_status_t adp_vlan_translate_get(adp_word_t port, uint32_t old_vid, uint32_t *new_vid, uint32_t *priority);
 
 /**
- * Adds an egress translation. Driver call: user_vlan_translate_egress_add(a, b, c, d, e).
+ * Adds an egress translation: frames of one VLAN leave a port in another.
  *
- * @param a  the driver's
- * @param b  the driver's
- * @param c  VLAN id, low 16 bits used
- * @param d  VLAN id, low 16 bits used
- * @param e  the driver's
+ * Driver call: user_vlan_translate_egress_add(kind, port, old_vid, new_vid, priority).
+ *
+ * @param kind      passed through: how the entry is found
+ * @param port      passed through
+ * @param old_vid   VLAN id inside the switch, low 16 bits used
+ * @param new_vid   VLAN id of the sent tag, low 16 bits used
+ * @param priority  passed through: 802.1p priority of the sent tag
  * @return the driver's result
  */
-adp_status_t adp_vlan_translate_egress_add(adp_word_t a, adp_word_t b, uint32_t c, uint32_t d, adp_word_t e);
+adp_status_t adp_vlan_translate_egress_add(adp_word_t kind, adp_word_t port, uint32_t old_vid, uint32_t new_vid,
+                                           adp_word_t priority);
 
 /**
- * Deletes an egress translation. Driver call: user_vlan_translate_egress_delete(a, b, c).
+ * Deletes an egress translation. Driver call: user_vlan_translate_egress_delete(kind, port, old_vid).
  *
- * @param a  the driver's
- * @param b  the driver's
- * @param c  VLAN id, low 16 bits used
+ * @param kind     passed through: how the entry is found
+ * @param port     passed through
+ * @param old_vid  VLAN id inside the switch, low 16 bits used
  * @return the driver's result
  */
-adp_status_t adp_vlan_translate_egress_delete(adp_word_t a, adp_word_t b, uint32_t c);
+adp_status_t adp_vlan_translate_egress_delete(adp_word_t kind, adp_word_t port, uint32_t old_vid);
 
 /**
  * Deletes every egress translation. Driver call: user_vlan_translate_egress_delete_all().
@@ -91,38 +100,41 @@ adp_status_t adp_vlan_translate_egress_delete(adp_word_t a, adp_word_t b, uint32
 adp_status_t adp_vlan_translate_egress_delete_all(void);
 
 /**
- * Reads an egress translation. Driver call: user_vlan_translate_egress_get(a, b, c, d).
+ * Reads an egress translation. Driver call: user_vlan_translate_egress_get(port, old_vid, new_vid, priority).
  *
- * @param a       the driver's
- * @param b       VLAN id, low 16 bits used
- * @param[out] c  written by the driver
- * @param[out] d  written by the driver
+ * @param port           passed through
+ * @param old_vid        VLAN id inside the switch, low 16 bits used
+ * @param[out] new_vid   written by the driver
+ * @param[out] priority  written by the driver
  * @return the driver's result
  */
-adp_status_t adp_vlan_translate_egress_get(adp_word_t a, uint32_t b, uint32_t *c, uint32_t *d);
+adp_status_t adp_vlan_translate_egress_get(adp_word_t port, uint32_t old_vid, uint32_t *new_vid, uint32_t *priority);
 
 /**
- * Puts the untagged frames of an IPv4 subnet into a VLAN. Driver call: user_vlan_ip4_add(a, b, c, d, e, f).
+ * Puts the untagged frames of an IPv4 subnet into a VLAN.
  *
- * @param a  the driver's
- * @param b  the driver's
- * @param c  the driver's
- * @param d  VLAN id, low 16 bits used
- * @param e  the driver's
- * @param f  the driver's
+ * Driver call: user_vlan_ip4_add(port, address, mask, vid, priority, flags).
+ *
+ * @param port      passed through
+ * @param address   passed through: the subnet's address
+ * @param mask      passed through: the subnet's mask
+ * @param vid       VLAN id, low 16 bits used
+ * @param priority  passed through: 802.1p priority that the frame gets
+ * @param flags     passed through; 0 on the virtual device
  * @return the driver's result
  */
-adp_status_t adp_vlan_ip4_add(adp_word_t a, adp_word_t b, adp_word_t c, uint32_t d, adp_word_t e, adp_word_t f);
+adp_status_t adp_vlan_ip4_add(adp_word_t port, adp_word_t address, adp_word_t mask, uint32_t vid, adp_word_t priority,
+                              adp_word_t flags);
 
 /**
- * Deletes a subnet's entry. Driver call: user_vlan_ip4_delete(a, b, c).
+ * Deletes a subnet's entry. Driver call: user_vlan_ip4_delete(port, address, mask).
  *
- * @param a  the driver's
- * @param b  the driver's
- * @param c  the driver's
+ * @param port     passed through
+ * @param address  passed through: the subnet's address
+ * @param mask     passed through: the subnet's mask
  * @return the driver's result
  */
-adp_status_t adp_vlan_ip4_delete(adp_word_t a, adp_word_t b, adp_word_t c);
+adp_status_t adp_vlan_ip4_delete(adp_word_t port, adp_word_t address, adp_word_t mask);
 
 /**
  * Deletes every subnet's entry. Driver call: user_vlan_ip4_delete_all().
@@ -132,27 +144,30 @@ adp_status_t adp_vlan_ip4_delete(adp_word_t a, adp_word_t b, adp_word_t c);
 adp_status_t adp_vlan_ip4_delete_all(void);
 
 /**
- * Adds a double-tag entry on an interface. Driver call: user_vlan_dtag_add(a, port, b, c, d, e).
+ * Adds a double-tag entry to an interface: frames with a customer's VLAN id get the service's tag in front.
  *
- * @param a     the driver's
- * @param intf  user port or aggregation interface
- * @param b     the driver's
- * @param c     VLAN id, low 16 bits used
- * @param d     VLAN id, low 16 bits used
- * @param e     the driver's
+ * Driver call: user_vlan_dtag_add(kind, port, action, inner_vid, outer_vid, priority).
+ *
+ * @param kind       passed through: how the entry is found
+ * @param intf       user port or aggregation interface
+ * @param action     passed through: what becomes of the tags
+ * @param inner_vid  the customer's VLAN id, low 16 bits used
+ * @param outer_vid  the service's VLAN id, low 16 bits used
+ * @param priority   passed through: 802.1p priority of the service's tag
  * @return user port: the driver's result; aggregation interface: 0, 102 or -1; another type: 201
  */
-adp_status_t adp_vlan_dtag_add(adp_word_t a, adp_intf_t intf, adp_word_t b, uint32_t c, uint32_t d, adp_word_t e);
+adp_status_t adp_vlan_dtag_add(adp_word_t kind, adp_intf_t intf, adp_word_t action, uint32_t inner_vid,
+                               uint32_t outer_vid, adp_word_t priority);
 
 /**
- * Deletes a double-tag entry from an interface. Driver call: user_vlan_dtag_delete(a, port, c).
+ * Deletes a double-tag entry from an interface. Driver call: user_vlan_dtag_delete(kind, port, inner_vid).
  *
- * @param a     the driver's
- * @param intf  user port or aggregation interface
- * @param c     VLAN id, low 16 bits used
+ * @param kind       passed through: how the entry is found
+ * @param intf       user port or aggregation interface
+ * @param inner_vid  the customer's VLAN id, low 16 bits used
  * @return user port: the driver's result; aggregation interface: 0, 102 or -1; another type: 201
  */
-adp_status_t adp_vlan_dtag_delete(adp_word_t a, adp_intf_t intf, uint32_t c);
+adp_status_t adp_vlan_dtag_delete(adp_word_t kind, adp_intf_t intf, uint32_t inner_vid);
 
 /**
  * Deletes every double-tag entry. Driver call: user_vlan_dtag_delete_all().
@@ -162,21 +177,22 @@ adp_status_t adp_vlan_dtag_delete(adp_word_t a, adp_intf_t intf, uint32_t c);
 adp_status_t adp_vlan_dtag_delete_all(void);
 
 /**
- * Reads a double-tag entry of an interface. Driver call: user_vlan_dtag_get(port, vlan, c, d).
+ * Reads a double-tag entry of an interface. Driver call: user_vlan_dtag_get(port, inner_vid, outer_vid, priority).
  *
- * @param intf    user port or aggregation interface
- * @param vlan    VLAN id, low 16 bits used
- * @param[out] c  written by the driver
- * @param[out] d  written by the driver
+ * @param intf            user port or aggregation interface
+ * @param inner_vid       the customer's VLAN id, low 16 bits used
+ * @param[out] outer_vid  the service's VLAN id, written by the driver
+ * @param[out] priority   written by the driver
  * @return 0; 102 when the driver call failed; without a driver call -1 for a group outside 1..8, 201 for another type
  */
-adp_status_t adp_vlan_dtag_get(adp_intf_t intf, uint32_t vlan, uint32_t *c, uint32_t *d);
+adp_status_t adp_vlan_dtag_get(adp_intf_t intf, uint32_t inner_vid, uint32_t *outer_vid, uint32_t *priority);
 
 /**
  * Sets an interface's double-tag mode. Driver call: user_port_dtag_mode_set(port, mode).
  *
  * @param intf  user port or aggregation interface
- * @param mode  the driver's, low 16 bits used
+ * @param mode  the driver's code, low 16 bits used; on the virtual device 0 off, 1 towards the provider, 2 towards the
+ *              customer
  * @return user port: the driver's result; aggregation interface: 0, 102 or -1; another type: 201
  */
 adp_status_t adp_double_tag_set(adp_intf_t intf, uint32_t mode);
@@ -184,28 +200,30 @@ adp_status_t adp_double_tag_set(adp_intf_t intf, uint32_t mode);
 /**
  * Reads an interface's double-tag mode. Driver call: user_port_dtag_mode_get(port, mode).
  *
+ * A group without a management interface is not read, unlike in the other calls here: the result is 0 and the output
+ * stays as it was.
+ *
  * @param intf       user port or aggregation interface
  * @param[out] mode  written by the driver
- * @return 0, also without a read for a group that has no management interface; 102 when the driver call failed; without
- *         a driver call -1 for a group outside 1..8, 201 for another type
+ * @return 0; 102 when the driver call failed; without a driver call -1 for a group outside 1..8, 201 for another type
  */
 adp_status_t adp_double_tag_get(adp_intf_t intf, uint32_t *mode);
 
 /**
- * Sets an interface's tag protocol identifier (TPID). Driver call: user_port_tpid_set(port, tpid, c).
+ * Sets an interface's tag protocol identifier (TPID). Driver call: user_port_tpid_set(port, tpid, option).
  *
- * @param intf  user port or aggregation interface
- * @param tpid  EtherType of the outer tag, low 16 bits used
- * @param c     the driver's
+ * @param intf    user port or aggregation interface
+ * @param tpid    EtherType of the outer tag, low 16 bits used
+ * @param option  passed through
  * @return user port: the driver's result; aggregation interface: 0, 102 or -1; another type: 201
  */
-adp_status_t adp_double_tag_tipd_set(adp_intf_t intf, uint32_t tpid, adp_word_t c);
+adp_status_t adp_double_tag_tipd_set(adp_intf_t intf, uint32_t tpid, adp_word_t option);
 
 /**
  * Reads an interface's tag protocol identifier (TPID). Driver call: user_port_tpid_get(port, tpid).
  *
  * @param intf       user port or aggregation interface
- * @param[out] tpid  written by the driver
+ * @param[out] tpid  EtherType of the outer tag, written by the driver
  * @return 0; 102 when the driver call failed; without a driver call -1 for a group outside 1..8, 201 for another type
  */
 adp_status_t adp_double_tag_tpid_get(adp_intf_t intf, uint32_t *tpid);

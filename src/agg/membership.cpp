@@ -65,16 +65,16 @@ adp_status_t change_members_by_map(Worker worker, Intf agg, uint32_t word0, uint
 
 using namespace adp;
 
-adp_status_t adp_add_agg_member(adp_intf_t agg_intf, uint32_t count, const adp_intf_t *list) {
-    return count == 0 ? ADP_OK : change_members(hal_add_agg_member_ex, Intf(agg_intf), count, list, Intf(agg_intf));
+adp_status_t adp_add_agg_member(adp_intf_t agg_intf, uint32_t count, const adp_intf_t *members) {
+    return count == 0 ? ADP_OK : change_members(hal_add_agg_member_ex, Intf(agg_intf), count, members, Intf(agg_intf));
 }
 
 adp_status_t adp_add_agg_member_by_map(adp_intf_t agg_intf, uint32_t word0, uint32_t word1) {
     return change_members_by_map(hal_add_agg_member_ex, Intf(agg_intf), word0, word1, Intf(agg_intf));
 }
 
-adp_status_t adp_del_agg_member(adp_intf_t agg_intf, uint32_t count, const adp_intf_t *list) {
-    return change_members(hal_del_agg_member_ex, Intf(agg_intf), count, list, kNoIntf, EmptyList::kDoesNotElect);
+adp_status_t adp_del_agg_member(adp_intf_t agg_intf, uint32_t count, const adp_intf_t *members) {
+    return change_members(hal_del_agg_member_ex, Intf(agg_intf), count, members, kNoIntf, EmptyList::kDoesNotElect);
 }
 
 adp_status_t adp_del_agg_member_by_map(adp_intf_t agg_intf, uint32_t word0, uint32_t word1) {

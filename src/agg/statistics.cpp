@@ -25,11 +25,11 @@ adp_status_t sum_over_members(Intf agg, uint32_t type, uint64_t *out) {
 
 }  // namespace
 
-adp_status_t adp_get_port_stat(adp_intf_t intf, uint32_t type, uint64_t *out) {
+adp_status_t adp_get_port_stat(adp_intf_t intf, uint32_t type, uint64_t *value) {
     return by_kind(
         Intf(intf),
-        [=](PhyPort port) { return driver_status(user_port_packetstat_get(0, 0, number(port), type, out)); },
-        [=](Intf agg) { return sum_over_members(agg, type, out); });
+        [=](PhyPort port) { return driver_status(user_port_packetstat_get(0, 0, number(port), type, value)); },
+        [=](Intf agg) { return sum_over_members(agg, type, value); });
 }
 
 adp_status_t adp_clr_port_stat(adp_intf_t intf) {
@@ -37,10 +37,10 @@ adp_status_t adp_clr_port_stat(adp_intf_t intf) {
                               [](PhyPort port) { return user_port_packetstat_clear(0, 0, number(port)); });
 }
 
-adp_status_t adp_set_trap_lacp_packet(uint32_t value, uint32_t, uint32_t, adp_word_t option) {
-    return user_trunk_trap_lacp(0, 0, value, option);
+adp_status_t adp_set_trap_lacp_packet(uint32_t enable, uint32_t, uint32_t, adp_word_t option) {
+    return user_trunk_trap_lacp(0, 0, enable, option);
 }
 
-adp_status_t adp_set_trap_eoam_packet(uint32_t value, uint32_t, uint32_t, adp_word_t option) {
-    return user_eoam_trap_set(0, 0, value, option);
+adp_status_t adp_set_trap_eoam_packet(uint32_t enable, uint32_t, uint32_t, adp_word_t option) {
+    return user_eoam_trap_set(0, 0, enable, option);
 }

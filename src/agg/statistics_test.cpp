@@ -203,8 +203,8 @@ TEST_F(PortStatistics, TrapsPassOnTheFirstAndTheFourthArgument) {
     }
     EXPECT_EQ(adp_set_trap_lacp_packet(1, 2, 3, 4), 0);
     EXPECT_EQ(adp_set_trap_eoam_packet(0xFFFFFFFF, 6, 7, 8), 0);
-    EXPECT_THAT(driver().trace(), ElementsAre("user_trunk_trap_lacp(unit=0, zero=0, value=1, option=4)",
-                                              "user_eoam_trap_set(unit=0, zero=0, value=4294967295, option=8)"));
+    EXPECT_THAT(driver().trace(), ElementsAre("user_trunk_trap_lacp(unit=0, zero=0, enable=1, option=4)",
+                                              "user_eoam_trap_set(unit=0, zero=0, enable=4294967295, option=8)"));
     EXPECT_EQ(adp_set_trap_lacp_packet(1, 2, 3, UINTPTR_MAX), 0);
     EXPECT_EQ(adp_set_trap_eoam_packet(1, 6, 7, UINTPTR_MAX - 1), 0);
     EXPECT_THAT(options, ElementsAre(4, 8, UINTPTR_MAX, UINTPTR_MAX - 1));  // not cut to 32 bits: it may be an address

@@ -107,20 +107,20 @@ int32_t first_failure(Intf agg, Members which, PortStep step) {
 
 using namespace adp;
 
-adp_status_t adp_get_agg_group(adp_intf_t agg_intf, uint32_t max, uint32_t *count, adp_intf_t *list) {
-    return list_active(Intf(agg_intf), max, count, list);
+adp_status_t adp_get_agg_group(adp_intf_t agg_intf, uint32_t max, uint32_t *count, adp_intf_t *members) {
+    return list_active(Intf(agg_intf), max, count, members);
 }
 
-adp_status_t GET_AGG_GROUP(adp_intf_t agg_intf, uint32_t *count, adp_intf_t *list) {
-    return list_active(Intf(agg_intf), ADP_AGG_ACTIVE_MAX, count, list);
+adp_status_t GET_AGG_GROUP(adp_intf_t agg_intf, uint32_t *count, adp_intf_t *members) {
+    return list_active(Intf(agg_intf), ADP_AGG_ACTIVE_MAX, count, members);
 }
 
-adp_status_t adp_get_agg_config_group(adp_intf_t agg_intf, uint32_t max, uint32_t *count, adp_intf_t *list) {
-    return list_configured(Intf(agg_intf), max, count, list);
+adp_status_t adp_get_agg_config_group(adp_intf_t agg_intf, uint32_t max, uint32_t *count, adp_intf_t *members) {
+    return list_configured(Intf(agg_intf), max, count, members);
 }
 
-adp_status_t GET_AGG_CONFIG_GROUP(adp_intf_t agg_intf, uint32_t *count, adp_intf_t *list) {
-    return list_configured(Intf(agg_intf), ADP_MEMBER_LIST_SLOTS, count, list);
+adp_status_t GET_AGG_CONFIG_GROUP(adp_intf_t agg_intf, uint32_t *count, adp_intf_t *members) {
+    return list_configured(Intf(agg_intf), ADP_MEMBER_LIST_SLOTS, count, members);
 }
 
 adp_status_t adp_get_agg_group_by_map(adp_intf_t agg_intf, uint32_t bitmap[2]) {

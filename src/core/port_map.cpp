@@ -37,15 +37,15 @@ adp_port_row_t *find_row(Intf intf) {
 
 using namespace adp;
 
-adp_status_t adp_set_max_phy_port_num(uint32_t n) {
-    adp_max_phy_port_num = n;
-    intf_to_phy_port = static_cast<adp_port_row_t *>(new_table(n, sizeof *intf_to_phy_port));
-    intf_map_trunk = static_cast<uint32_t *>(new_table(n, sizeof *intf_map_trunk));
+adp_status_t adp_set_max_phy_port_num(uint32_t port_count) {
+    adp_max_phy_port_num = port_count;
+    intf_to_phy_port = static_cast<adp_port_row_t *>(new_table(port_count, sizeof *intf_to_phy_port));
+    intf_map_trunk = static_cast<uint32_t *>(new_table(port_count, sizeof *intf_map_trunk));
     return intf_to_phy_port == nullptr || intf_map_trunk == nullptr ? ADP_FAIL : ADP_OK;
 }
 
-adp_status_t adp_get_max_phy_port_num(uint32_t *n) {
-    *n = adp_max_phy_port_num;
+adp_status_t adp_get_max_phy_port_num(uint32_t *port_count) {
+    *port_count = adp_max_phy_port_num;
     return ADP_OK;
 }
 

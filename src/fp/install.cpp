@@ -223,6 +223,6 @@ adp_status_t install_rule(FpEntity &rule) {
 
 using namespace adp;
 
-adp_status_t adp_fp_add_entity_rule(FpEntity rule) {
-    return install_rule(rule);
+adp_status_t adp_fp_add_entity_rule(FpEntity entity) {
+    return install_rule(entity);
 }

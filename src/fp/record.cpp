@@ -42,39 +42,39 @@ void set_action_field(uint8_t *field, const void *from, uint32_t length) {
 
 using namespace adp;
 
-int32_t adp_fp_add_entity_qualify(FpEntity *e, uint32_t type, const void *data, uint32_t data_len, const void *mask,
-                                  int32_t mask_len) {
-    const int32_t index = e->qualify_num;
+int32_t adp_fp_add_entity_qualify(FpEntity *entity, uint32_t type, const void *data, uint32_t data_len,
+                                  const void *mask, int32_t mask_len) {
+    const int32_t index = entity->qualify_num;
     if (index >= ADP_FP_QUALIFIERS) {
-        return refuse_full(kQualifiersFull, *e);
+        return refuse_full(kQualifiersFull, *entity);
     }
     const auto mask_bytes = static_cast<uint32_t>(mask_len);
     if (index < 0 || data_len > ADP_FP_QUALIFIER_BYTES || mask_bytes > ADP_FP_QUALIFIER_BYTES) {
         return ADP_FAIL;
     }
-    FpQualify &qualifier = e->qualifies[index];
+    FpQualify &qualifier = entity->qualifies[index];
     qualifier.type = type;
     set_qualifier_field(qualifier.data, data, data_len);
     set_qualifier_field(qualifier.mask, mask, mask_bytes);
-    e->qualify_num = index + 1;
+    entity->qualify_num = index + 1;
     return index;
 }
 
-int32_t adp_fp_add_entity_action(FpEntity *e, uint32_t type, const void *param, int32_t param_len, const void *param2,
-                                 int32_t param2_len) {
-    const int32_t index = e->action_num;
+int32_t adp_fp_add_entity_action(FpEntity *entity, uint32_t type, const void *param, int32_t param_len,
+                                 const void *param2, int32_t param2_len) {
+    const int32_t index = entity->action_num;
     if (index >= ADP_FP_ACTIONS) {
-        return refuse_full(kActionsFull, *e);
+        return refuse_full(kActionsFull, *entity);
     }
     const uint32_t bytes = action_bytes(param, param_len);
     const uint32_t bytes2 = action_bytes(param2, param2_len);
     if (index < 0 || bytes > ADP_FP_ACTION_BYTES || bytes2 > ADP_FP_ACTION_BYTES) {
         return ADP_FAIL;
     }
-    FpAction &action = e->actions[index];
+    FpAction &action = entity->actions[index];
     action.type = type;
     set_action_field(action.param, param, bytes);
     set_action_field(action.param2, param2, bytes2);
-    e->action_num = index + 1;
+    entity->action_num = index + 1;
     return index;
 }

@@ -19,16 +19,16 @@ constexpr Message kMissAction{{"adp_fp_lookupMissAct_set", 1349},
 
 using namespace adp;
 
-int32_t adp_fp_get_statistics(int32_t counter_idx, int32_t type) {
+int32_t adp_fp_get_statistics(int32_t counter, int32_t type) {
     int32_t count = 0;
-    user_field_get_statistics(fp_handle, kFieldUnit, counter_idx, type, &count);
-    log_rule(kRead, counter_idx, type, count);
+    user_field_get_statistics(fp_handle, kFieldUnit, counter, type, &count);
+    log_rule(kRead, counter, type, count);
     return count;
 }
 
-adp_status_t adp_fp_clear_statistics(uint32_t, uint32_t, int32_t counter_idx, int32_t type) {
-    const int32_t result = user_field_clear_statistics(fp_handle, kFieldUnit, counter_idx, type);
-    log_rule(kCleared, counter_idx, type);
+adp_status_t adp_fp_clear_statistics(uint32_t, uint32_t, int32_t counter, int32_t type) {
+    const int32_t result = user_field_clear_statistics(fp_handle, kFieldUnit, counter, type);
+    log_rule(kCleared, counter, type);
     return result;
 }
 

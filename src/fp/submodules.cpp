@@ -55,32 +55,32 @@ uint32_t true_entry_of(const FpInfo &row, uint32_t entity_id) {
 using namespace adp;
 
 // Contract: of two rows with one key the last one is found.
-FpInfo *adp_fp_find_data_by_submodetype(uint32_t type) {
+FpInfo *adp_fp_find_data_by_submodetype(uint32_t submodule_type) {
     FpInfo *found = nullptr;
     for (FpInfo &row : g_stFpInfo) {
-        if (static_cast<uint32_t>(row.submodule_type) == type) {
+        if (static_cast<uint32_t>(row.submodule_type) == submodule_type) {
             found = &row;
         }
     }
     return found;
 }
 
-FpInfo *fp_find_data_by_submodetype(uint32_t type) {
-    return adp_fp_find_data_by_submodetype(type);
+FpInfo *fp_find_data_by_submodetype(uint32_t submodule_type) {
+    return adp_fp_find_data_by_submodetype(submodule_type);
 }
 
-uint32_t adp_fp_get_true_entity_id(FpInfo row, uint32_t entity_id) {
-    return true_entry_of(row, entity_id);
+uint32_t adp_fp_get_true_entity_id(FpInfo submodule, uint32_t entity_id) {
+    return true_entry_of(submodule, entity_id);
 }
 
-int32_t adp_fp_is_double_entity(FpInfo row) {
-    return is_double(row) ? 1 : 0;
+int32_t adp_fp_is_double_entity(FpInfo submodule) {
+    return is_double(submodule) ? 1 : 0;
 }
 
 int32_t adp_fp_is_double_entity_2(uint32_t true_entry) {
     return true_entry - kFirstDoubleEntry < kDoubleEntries ? 1 : 0;
 }
 
-int32_t adp_fp_is_need_set_next_entity_id(FpInfo row, uint32_t qualify_type) {
-    return belongs_on_second_half(row, find_qualifier(qualify_type)) ? 1 : 0;
+int32_t adp_fp_is_need_set_next_entity_id(FpInfo submodule, uint32_t qualify_type) {
+    return belongs_on_second_half(submodule, find_qualifier(qualify_type)) ? 1 : 0;
 }

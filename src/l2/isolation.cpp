@@ -16,14 +16,14 @@ adp_status_t hal_set_port_isolate(adp_intf_t intf, uint32_t word0, uint32_t word
                               [&](PhyPort port) { return user_port_egress_set(0, 0, number(port), 0, ports); });
 }
 
-adp_status_t hal_get_port_isolate(adp_intf_t intf, uint32_t map[2]) {
+adp_status_t hal_get_port_isolate(adp_intf_t intf, uint32_t bitmap[2]) {
     adp_port_set_t ports = {};
     const adp_status_t status =
         on_port_or_manager(Intf(intf), Failure::kDriverError, user_port_egress_get, 0, ports.word);
     if (status != ADP_E_INTF_TYPE) {  // Contract: a failed read is translated too.
         const adp_port_set_t intfs = intf_set_of(ports.word);
-        map[0] = intfs.word[0];
-        map[1] = intfs.word[1];
+        bitmap[0] = intfs.word[0];
+        bitmap[1] = intfs.word[1];
     }
     return status;
 }
@@ -32,6 +32,6 @@ adp_status_t adp_set_port_isolate(adp_intf_t intf, uint32_t word0, uint32_t word
     return hal_set_port_isolate(intf, word0, word1);
 }
 
-adp_status_t adp_get_port_isolatestatus(adp_intf_t intf, uint32_t map[2]) {
-    return hal_get_port_isolate(intf, map);
+adp_status_t adp_get_port_isolatestatus(adp_intf_t intf, uint32_t bitmap[2]) {
+    return hal_get_port_isolate(intf, bitmap);
 }

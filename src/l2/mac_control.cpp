@@ -46,18 +46,18 @@ bool name_scope(netlink_learn_limit_t &limit, uint32_t subject, uint32_t scope) 
 
 using namespace adp;
 
-adp_status_t adp_set_mac_limit(uint32_t limit, uint32_t subject, uint32_t scope) {
+adp_status_t adp_set_mac_limit(uint32_t limit, uint32_t vid_or_intf, uint32_t scope) {
     netlink_learn_limit_t record = {};
-    if (!name_scope(record, subject, scope)) {
+    if (!name_scope(record, vid_or_intf, scope)) {
         return ADP_E_SELECTOR;
     }
     record.limit = limit;
     return user_mac_learn_limit_set(0, record);
 }
 
-adp_status_t adp_get_mac_limit(uint32_t *limit, uint32_t subject, uint32_t scope) {
+adp_status_t adp_get_mac_limit(uint32_t *limit, uint32_t vid_or_intf, uint32_t scope) {
     netlink_learn_limit_t record = {};
-    if (!name_scope(record, subject, scope)) {
+    if (!name_scope(record, vid_or_intf, scope)) {
         return ADP_E_SELECTOR;
     }
     const int32_t result = user_mac_learn_limit_get(0, &record);
@@ -65,20 +65,20 @@ adp_status_t adp_get_mac_limit(uint32_t *limit, uint32_t subject, uint32_t scope
     return result;
 }
 
-adp_status_t adp_set_mac_age_time(uint32_t age) {
-    return user_mac_age_time_set(0, age);
+adp_status_t adp_set_mac_age_time(uint32_t seconds) {
+    return user_mac_age_time_set(0, seconds);
 }
 
-adp_status_t adp_get_mac_age_time(uint32_t *age) {
-    return user_mac_age_time_get(0, age);
+adp_status_t adp_get_mac_age_time(uint32_t *seconds) {
+    return user_mac_age_time_get(0, seconds);
 }
 
-adp_status_t adp_traverse_mac_table(adp_word_t first, adp_word_t, adp_word_t third, adp_word_t fourth) {
-    return user_mac_table_show(0, first, third, fourth);
+adp_status_t adp_traverse_mac_table(adp_word_t vid, adp_word_t, adp_word_t option, adp_word_t option2) {
+    return user_mac_table_show(0, vid, option, option2);
 }
 
-adp_status_t adp_traverse_mac_mcast_table(adp_word_t first, adp_word_t, adp_word_t third, adp_word_t fourth) {
-    return user_mac_mcast_table_show(0, first, third, fourth);
+adp_status_t adp_traverse_mac_mcast_table(adp_word_t vid, adp_word_t, adp_word_t option, adp_word_t option2) {
+    return user_mac_mcast_table_show(0, vid, option, option2);
 }
 
 adp_status_t adp_get_mac_learn_count_by_intf(adp_intf_t intf, uint32_t *count) {
@@ -93,10 +93,10 @@ adp_status_t adp_l2_mactable_fread(adp_word_t first, adp_word_t second, adp_word
     return user_l2_mactable_fread(first, second, third, fourth);
 }
 
-adp_status_t adp_is_mcast_addr_exist_by_vlan(uint32_t vid, uint32_t second, adp_word_t, adp_word_t fourth) {
-    return user_is_mcast_addr_exist_by_vlan(0, low16(vid), low16(second), fourth);
+adp_status_t adp_is_mcast_addr_exist_by_vlan(uint32_t vid, uint32_t last_vid, adp_word_t, adp_word_t option) {
+    return user_is_mcast_addr_exist_by_vlan(0, low16(vid), low16(last_vid), option);
 }
 
-adp_status_t adp_is_mcast_addr_exist_by_vlan_ex(adp_word_t first, adp_word_t, adp_word_t third, adp_word_t fourth) {
-    return user_is_mcast_addr_exist_vlan_is(0, first, third, fourth);
+adp_status_t adp_is_mcast_addr_exist_by_vlan_ex(adp_word_t vid, adp_word_t, adp_word_t option, adp_word_t option2) {
+    return user_is_mcast_addr_exist_vlan_is(0, vid, option, option2);
 }

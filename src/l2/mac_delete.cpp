@@ -101,16 +101,16 @@ adp_status_t delete_by(const DeletesByMode &deletes, uint32_t mode, const uint8_
 
 using namespace adp;
 
-adp_status_t adp_del_mac_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t vid, uint32_t, adp_word_t last) {
-    return delete_entry(user_mac_addr_delete, mac, vid, last);
+adp_status_t adp_del_mac_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t vid, uint32_t, adp_word_t option) {
+    return delete_entry(user_mac_addr_delete, mac, vid, option);
 }
 
-adp_status_t adp_del_mac_mcast_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t vid, uint32_t, adp_word_t last) {
-    return delete_entry(user_mac_mcast_addr_delete, mac, vid, last);
+adp_status_t adp_del_mac_mcast_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t vid, uint32_t, adp_word_t option) {
+    return delete_entry(user_mac_mcast_addr_delete, mac, vid, option);
 }
 
-adp_status_t adp_del_mac_by_lrntype(uint32_t type) {
-    return user_l2_addr_del_all_addr_by_lrntype(0, 0, low8(type));
+adp_status_t adp_del_mac_by_lrntype(uint32_t learn_type) {
+    return user_l2_addr_del_all_addr_by_lrntype(0, 0, low8(learn_type));
 }
 
 adp_status_t adp_del_mac_addr_by_vlan(uint32_t vid, uint32_t mode) {
@@ -148,9 +148,9 @@ adp_status_t adp_del_mac_addr_by_vlan_intf(uint32_t vid, adp_intf_t intf, uint32
 }
 
 adp_status_t adp_del_mac_addr_by_intf_mac(adp_intf_t intf, const uint8_t mac[ADP_MAC_BYTES], uint32_t mode,
-                                          adp_word_t last) {
+                                          adp_word_t option) {
     return by_kind(
-        Intf(intf), [=](PhyPort port) { return delete_by(kByMacPort, mode, mac, kNoVlan, number(port), last); },
+        Intf(intf), [=](PhyPort port) { return delete_by(kByMacPort, mode, mac, kNoVlan, number(port), option); },
         [](Intf) { return ADP_FAIL; });
 }
 

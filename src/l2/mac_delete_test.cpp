@@ -130,7 +130,7 @@ TEST_F(MacDelete, WithoutAModeIsOneCall) {
     EXPECT_EQ(adp_del_port_violate_mac_addr_by_intf(26), 0);
     EXPECT_THAT(driver().trace(), ElementsAre("user_mac_addr_delete(unit=0, " + key(", vid=100, option=74565)"),
                                               "user_mac_mcast_addr_delete(unit=0, " + key(", vid=100, option=74565)"),
-                                              "user_l2_addr_del_all_addr_by_lrntype(unit=0, zero=0, type=7)",
+                                              "user_l2_addr_del_all_addr_by_lrntype(unit=0, zero=0, learn_type=7)",
                                               "user_mac_violate_del_by_port(port=29)"));
 }
 

@@ -125,6 +125,6 @@ adp_status_t adp_get_l2_index_by_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t
     return result;
 }
 
-adp_status_t adp_get_nextvalid_mac_addr(adp_word_t first, adp_l2_entry_t *second, adp_word_t, adp_word_t fourth) {
-    return user_netlink_mac_nextValidAddr_get(0, first, second, fourth);
+adp_status_t adp_get_nextvalid_mac_addr(adp_word_t index, adp_l2_entry_t *entry, adp_word_t, adp_word_t option) {
+    return user_netlink_mac_nextValidAddr_get(0, index, entry, option);
 }

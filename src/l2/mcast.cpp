@@ -74,8 +74,8 @@ int32_t look_up(const uint8_t *mac, uint32_t vid, netlink_mcast_entry_t *entry) 
 
 using namespace adp;
 
-adp_status_t adp_create_igmpsn_group(const uint8_t mac[6], uint32_t vid, uint32_t count, const adp_intf_t *list) {
-    const IntfList intfs{list, count};
+adp_status_t adp_create_igmpsn_group(const uint8_t mac[6], uint32_t vid, uint32_t count, const adp_intf_t *members) {
+    const IntfList intfs{members, count};
     if (intfs.names_missing_group()) {
         return ADP_FAIL;
     }
@@ -98,9 +98,9 @@ adp_status_t adp_get_igmpsn_group(const uint8_t mac[6], uint32_t vid, uint32_t *
 }
 
 // Contract: an aggregation interface adds no port.
-adp_status_t adp_add_igmpsn_member(const uint8_t mac[6], uint32_t vid, uint32_t count, const adp_intf_t *list,
-                                   const uint16_t *vid_p) {
-    const IntfList intfs{list, count};
+adp_status_t adp_add_igmpsn_member(const uint8_t mac[6], uint32_t vid, uint32_t count, const adp_intf_t *members,
+                                   const uint16_t *shown_vid) {
+    const IntfList intfs{members, count};
     if (intfs.names_missing_group()) {
         return ADP_FAIL;
     }
@@ -117,13 +117,13 @@ adp_status_t adp_add_igmpsn_member(const uint8_t mac[6], uint32_t vid, uint32_t 
     }
     const int32_t result = User_mcast_port_add(0, 0, &entry);
     if (low16(vid) == 0) {
-        fprintf(stderr, "Mcast Add Port Error tVlanId = %d *vid_p = %u\n", 0, static_cast<unsigned>(*vid_p));
+        fprintf(stderr, "Mcast Add Port Error tVlanId = %d *vid_p = %u\n", 0, static_cast<unsigned>(*shown_vid));
     }
     return result;
 }
 
-adp_status_t adp_del_igmpsn_member(const uint8_t mac[6], uint32_t vid, uint32_t count, const adp_intf_t *list) {
-    const IntfList intfs{list, count};
+adp_status_t adp_del_igmpsn_member(const uint8_t mac[6], uint32_t vid, uint32_t count, const adp_intf_t *members) {
+    const IntfList intfs{members, count};
     if (intfs.names_missing_group()) {
         return ADP_FAIL;
     }

@@ -34,20 +34,20 @@ adp_status_t adp_get_vlan_igmp_pkt_action(uint32_t control, uint32_t *value) {
     return user_switch_control_get(0, 0, control, value);
 }
 
-adp_status_t adp_control_port_l2mc_enable(adp_intf_t intf, uint32_t value) {
-    return User_switch_port_control_l2mc_enable(0, phy_number_of(intf), 0, value);
+adp_status_t adp_control_port_l2mc_enable(adp_intf_t intf, uint32_t enable) {
+    return User_switch_port_control_l2mc_enable(0, phy_number_of(intf), 0, enable);
 }
 
-adp_status_t adp_control_port_l2mc_get_status(adp_intf_t intf, uint32_t *value) {
-    return User_switch_port_control_l2mc_get(0, phy_number_of(intf), 0, value);
+adp_status_t adp_control_port_l2mc_get_status(adp_intf_t intf, uint32_t *enable) {
+    return User_switch_port_control_l2mc_get(0, phy_number_of(intf), 0, enable);
 }
 
-adp_status_t adp_control_port_ipmc_get_status(adp_intf_t intf, uint32_t *value) {
-    return User_switch_port_control_ipmc_get(0, phy_number_of(intf), 0, value);
+adp_status_t adp_control_port_ipmc_get_status(adp_intf_t intf, uint32_t *enable) {
+    return User_switch_port_control_ipmc_get(0, phy_number_of(intf), 0, enable);
 }
 
-adp_status_t adp_control_port_ipmc_set_enable(adp_intf_t intf, uint32_t value) {
-    return User_switch_port_control_ipmc_set(0, phy_number_of(intf), 0, value);
+adp_status_t adp_control_port_ipmc_set_enable(adp_intf_t intf, uint32_t enable) {
+    return User_switch_port_control_ipmc_set(0, phy_number_of(intf), 0, enable);
 }
 
 adp_status_t adp_control_ipmc_set_disable() {

@@ -61,9 +61,9 @@ const auto kSets = ::testing::Values(
     Control{"IgmpActionSet", [](uint32_t) { return adp_set_vlan_igmp_pkt_action(0xFFFFFFFF, 0x80000000); },
             "user_switch_control_set", "(unit=0, zero=0, control=4294967295, value=2147483648)", "", false},
     Control{"L2mcSet", [](uint32_t intf) { return adp_control_port_l2mc_enable(intf, 0xFFFFFFFF); },
-            "User_switch_port_control_l2mc_enable", "(unit=0, port=", ", zero=0, value=4294967295)"},
+            "User_switch_port_control_l2mc_enable", "(unit=0, port=", ", zero=0, enable=4294967295)"},
     Control{"IpmcSet", [](uint32_t intf) { return adp_control_port_ipmc_set_enable(intf, 7); },
-            "User_switch_port_control_ipmc_set", "(unit=0, port=", ", zero=0, value=7)"},
+            "User_switch_port_control_ipmc_set", "(unit=0, port=", ", zero=0, enable=7)"},
     Control{"IpmcOff", [](uint32_t) { return adp_control_ipmc_set_disable(); }, "User_switch_ipmc_set",
             "(unit=0, zero=0, enable=0)", "", false},
     Control{"IpmcOn", [](uint32_t) { return adp_control_ipmc_set_enable(); }, "User_switch_ipmc_set",
@@ -75,9 +75,9 @@ const auto kReads =
     ::testing::Values(Control{"IgmpActionGet", [](uint32_t) { return adp_get_vlan_igmp_pkt_action(136, &output); },
                               "user_switch_control_get", "(unit=0, zero=0, control=136)", "", false, "value"},
                       Control{"L2mcGet", [](uint32_t intf) { return adp_control_port_l2mc_get_status(intf, &output); },
-                              "User_switch_port_control_l2mc_get", "(unit=0, port=", ", zero=0)", true, "value"},
+                              "User_switch_port_control_l2mc_get", "(unit=0, port=", ", zero=0)", true, "enable"},
                       Control{"IpmcGet", [](uint32_t intf) { return adp_control_port_ipmc_get_status(intf, &output); },
-                              "User_switch_port_control_ipmc_get", "(unit=0, port=", ", zero=0)", true, "value"});
+                              "User_switch_port_control_ipmc_get", "(unit=0, port=", ", zero=0)", true, "enable"});
 
 INSTANTIATE_TEST_SUITE_P(Sets, McastControl, kSets, [](const auto &row) { return std::string(row.param.name); });
 INSTANTIATE_TEST_SUITE_P(Reads, McastControl, kReads, [](const auto &row) { return std::string(row.param.name); });

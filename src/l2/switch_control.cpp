@@ -14,8 +14,8 @@ adp_status_t adp_switch_control_get(uint32_t control, uint32_t *value) {
     return user_switch_control_get(0, 0, control, value);
 }
 
-adp_status_t adp_selfmac_trap_tocpu(uint32_t value, uint32_t, uint32_t, adp_word_t option) {
-    return user_selfmac_trap_to_cpu(0, 0, value, option);
+adp_status_t adp_selfmac_trap_tocpu(uint32_t enable, uint32_t, uint32_t, adp_word_t option) {
+    return user_selfmac_trap_to_cpu(0, 0, enable, option);
 }
 
 adp_status_t hal_vlan_control_port_set(adp_intf_t intf, uint32_t control, int32_t value) {

@@ -48,7 +48,7 @@ TEST_F(SwitchControl, GetReturnsTheDriversResult) {
 
 TEST_F(SwitchControl, SelfMacTrapPassesOnTheFirstAndTheFourthArgument) {
     EXPECT_EQ(adp_selfmac_trap_tocpu(0xFFFFFFFF, 2, 3, 4), 0);
-    EXPECT_THAT(driver().trace(), ElementsAre("user_selfmac_trap_to_cpu(unit=0, zero=0, value=4294967295, option=4)"));
+    EXPECT_THAT(driver().trace(), ElementsAre("user_selfmac_trap_to_cpu(unit=0, zero=0, enable=4294967295, option=4)"));
     uintptr_t option = 0;
     driver().on("user_selfmac_trap_to_cpu").does([&option](recording::Arguments &arguments) {
         option = arguments.word("option");

@@ -167,7 +167,7 @@ bool parse(const Frame &frame, adp_rx_frame_t *desc) {
 
 using namespace adp;
 
-adp_status_t __adp_receive_frame(adp_rx_frame_t *desc, int32_t check) {
+adp_status_t __adp_receive_frame(adp_rx_frame_t *desc, int32_t check_vlan) {
     const uint32_t length = low16(desc->length);
     if (length < kRxTaggedHeaderLength) {
         return ADP_FAIL;
@@ -177,7 +177,7 @@ adp_status_t __adp_receive_frame(adp_rx_frame_t *desc, int32_t check) {
     const Intf user_port = intf_of(port);
     const Intf group = agg_of(user_port);
     desc->intf = number(group == kNoIntf ? user_port : group);
-    if (check == 1 && !passes_vlan_check(*desc, length)) {
+    if (check_vlan == 1 && !passes_vlan_check(*desc, length)) {
         return ADP_FAIL;
     }
     strip_rx_tag(desc->frame, length);

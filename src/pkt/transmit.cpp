@@ -28,12 +28,12 @@ bool send_frame(const uint8_t *frame, uint32_t length, const TxTag &tag) {
 
 using namespace adp;
 
-adp_status_t __adp_transmit_frame(const adp_tx_frame_t *desc, const adp_list_link_t *list, uint32_t vid,
+adp_status_t __adp_transmit_frame(const adp_tx_frame_t *desc, const adp_list_link_t *destinations, uint32_t vid,
                                   uint32_t mode) {
     TxTag tag;
     // The tag follows the MAC addresses: a shorter frame has no place for it.
     const bool sent = desc->frame != nullptr && desc->length >= kMacAddressesLength &&
-                      build_tag(low16(mode), list, vid, Intf(desc->source), &tag) &&
+                      build_tag(low16(mode), destinations, vid, Intf(desc->source), &tag) &&
                       send_frame(desc->frame, desc->length, tag);
     return sent ? ADP_OK : ADP_FAIL;
 }

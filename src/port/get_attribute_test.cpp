@@ -34,7 +34,7 @@ const GetCase kOnePortCases[] = {
     same("AdminState", 3, "user_port_enable_get", "enable"),
     same("Loopback", 4, "user_port_loopback_get", "mode"),
     same("Pause", 5, "user_port_pause_get", "enable"),
-    same("Jumbo", 6, "user_port_jumboframe_get", "value"),
+    same("Jumbo", 6, "user_port_jumboframe_get", "enable"),
     same("Mdix", 9, "user_port_mdix_get", "mode"),
     same("Medium", 10, "user_port_link_medium_get", "medium"),
     {"PauseStatus", 13, "user_port_pause_get_stat", "status", "user_port_pause_get", "enable"},

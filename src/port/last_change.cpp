@@ -36,18 +36,18 @@ adp_status_t adp_set_port_last_change(adp_intf_t intf) {
         });
 }
 
-adp_status_t adp_get_port_last_change(int32_t intf, uint32_t *out) {
+adp_status_t adp_get_port_last_change(int32_t intf, uint32_t *seconds) {
     const Intf asked{static_cast<uint32_t>(intf)};
-    *out = 0;
+    *seconds = 0;
     return by_kind(
         asked,
         [&](PhyPort) -> adp_status_t {
-            *out = stamp_of(asked);
+            *seconds = stamp_of(asked);
             return ADP_OK;
         },
         [&](Intf agg) -> adp_status_t {
             const Intf member = answering_member_of(agg);
-            *out = stamp_of(member);
+            *seconds = stamp_of(member);
             return member == kNoIntf ? ADP_E_NO_MEMBER : ADP_OK;
         });
 }

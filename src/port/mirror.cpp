@@ -46,10 +46,10 @@ adp_status_t adp_set_flow_mirror(adp_intf_t intf, uint32_t session) {
     return user_set_flow_mirror(0, 0, driver_session(session), number(phy_of(Intf(intf))));
 }
 
-adp_status_t adp_set_mirror_disable(uint32_t session, uint32_t, uint32_t, adp_word_t value) {
-    return user_set_mirror_disable(0, 0, driver_session(session), value);
+adp_status_t adp_set_mirror_disable(uint32_t session, uint32_t, uint32_t, adp_word_t disable) {
+    return user_set_mirror_disable(0, 0, driver_session(session), disable);
 }
 
-adp_status_t adp_check_set_mirror_disable(uint32_t session, uint32_t, uint32_t, adp_word_t value) {
-    return user_check_set_mirror_disable(0, 0, driver_session(session), value);
+adp_status_t adp_check_set_mirror_disable(uint32_t session, uint32_t, uint32_t, adp_word_t disable) {
+    return user_check_set_mirror_disable(0, 0, driver_session(session), disable);
 }

@@ -94,8 +94,8 @@ TEST_F(Mirror, SessionsCountFromZeroInTheDriver) {
         EXPECT_THAT(driver().take(),
                     ElementsAre(port_line(4, session.driver, 29, 6), port_line(4, session.driver, 29, 0),
                                 flow_line(session.driver, 29),
-                                "user_set_mirror_disable(unit=0, zero=0, session=" + number + ", value=7)",
-                                "user_check_set_mirror_disable(unit=0, zero=0, session=" + number + ", value=7)"));
+                                "user_set_mirror_disable(unit=0, zero=0, session=" + number + ", disable=7)",
+                                "user_check_set_mirror_disable(unit=0, zero=0, session=" + number + ", disable=7)"));
     }
 }
 
@@ -149,7 +149,7 @@ TEST_F(Mirror, DisableValuesArePassedOnWhole) {
     for (const char *name : {"user_set_mirror_disable", "user_check_set_mirror_disable"}) {
         uintptr_t seen = 0;
         driver().on(name).does([&seen](recording::Arguments &arguments) {
-            seen = arguments.word("value");
+            seen = arguments.word("disable");
             return 0;
         });
         const auto call =

@@ -200,7 +200,7 @@ const SetCase kCases[] = {
       {"user_port_ability_advert_get", ""},
       {"user_port_pause_set", "transmit=0, receive=0"}},
      0xFFFFFFFF},
-    {"Jumbo", 6, 9216, 0, {{"user_port_jumboframe_set", "value=9216"}}},
+    {"Jumbo", 6, 9216, 0, {{"user_port_jumboframe_set", "enable=9216"}}},
     {.name = "Loopback",
      .selector = 4,
      .value = 3,
@@ -280,12 +280,12 @@ TEST_F(SetAttribute, UnknownGroupsAreRefusedUnderEverySelectorThatNeedsMembers) 
 TEST_F(SetAttribute, BeforeTheMapExistsPortMinusOneIsPassedOn) {
     library_test::drop_map();
     EXPECT_EQ(adp_set_phy_port_attr(1, ADP_ATTR_JUMBO, 1, 0), 0);
-    EXPECT_THAT(driver().trace(), ElementsAre("user_port_jumboframe_set(unit=0, zero=0, port=-1, value=1)"));
+    EXPECT_THAT(driver().trace(), ElementsAre("user_port_jumboframe_set(unit=0, zero=0, port=-1, enable=1)"));
 }
 
 TEST_F(SetAttribute, CpuPortIsAPortLikeAnyOther) {
     EXPECT_EQ(adp_set_phy_port_attr(0, ADP_ATTR_JUMBO, 1, 0), 0);
-    EXPECT_THAT(driver().trace(), ElementsAre("user_port_jumboframe_set(unit=0, zero=0, port=0, value=1)"));
+    EXPECT_THAT(driver().trace(), ElementsAre("user_port_jumboframe_set(unit=0, zero=0, port=0, enable=1)"));
 }
 
 }  // namespace

@@ -14,9 +14,9 @@ constexpr uint32_t kCopperAbilities = 0xF0000000;
 
 }  // namespace
 
-adp_status_t adp_intf_learn_set(adp_intf_t intf, int32_t enable) {
+adp_status_t adp_intf_learn_set(adp_intf_t intf, int32_t mode) {
     return on_port_or_members(Intf(intf), Members::kConfigured | Failure::kOwnOnPort,
-                              [=](PhyPort port) { return user_port_learn_set(0, 0, number(port), enable); });
+                              [=](PhyPort port) { return user_port_learn_set(0, 0, number(port), mode); });
 }
 
 adp_status_t adp_intf_learn_get(adp_intf_t intf, uint32_t *mode) {
@@ -36,12 +36,15 @@ adp_status_t adp_intf_eee_get(adp_intf_t intf, uint32_t *enable) {
     return on_port_or_manager(Intf(intf), Failure::kOwnResult, user_eee_portEnable_get, enable);
 }
 
-adp_status_t adp_intf_stat_get(adp_intf_t intf, uint32_t selector, void *out) {
-    return user_stat_port_get(0, 0, number(phy_of(Intf(intf))), selector, static_cast<uint64_t *>(out));
+adp_status_t adp_intf_stat_get(adp_intf_t intf, uint32_t selector, void *value) {
+    return user_stat_port_get(0, 0, number(phy_of(Intf(intf))), selector, static_cast<uint64_t *>(value));
 }
 
 adp_status_t adp_intf_combo_port_copper_or_fiber_check(adp_intf_t intf) {
-    const int32_t port = number(phy_of(Intf(intf)));
+    if (!has_known_kind(Intf(intf))) {
+        return ADP_E_INTF_TYPE;
+    }
+    const int32_t port = number(phy_of(Intf(intf)));  // Contract: -1 for an aggregation interface.
     uint32_t autoneg = 0;
     uint32_t abilities = 0;
     user_port_autoneg_get(0, 0, port, &autoneg);

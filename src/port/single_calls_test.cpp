@@ -246,11 +246,19 @@ TEST_F(CopperOrFibre, WhatIsNotReadCountsAsOff) {
     EXPECT_EQ(driver().take(), both_reads(6));
 }
 
-TEST_F(CopperOrFibre, InterfaceTypeIsNotChecked) {
+TEST_F(CopperOrFibre, AggregationInterfaceReachesTheDriverAsNoPort) {
     script(1, 0x10000000);
-    for (const uint32_t intf : {kAgg, 27u, ADP_AGG_INTF(9), 0x20000001u, 0xFFFFFFFFu}) {
+    for (const uint32_t intf : {kAgg, 27u, ADP_AGG_INTF(9)}) {
         EXPECT_EQ(adp_intf_combo_port_copper_or_fiber_check(intf), 0);
         EXPECT_EQ(driver().take(), both_reads(-1));
+    }
+}
+
+TEST_F(CopperOrFibre, OtherInterfaceTypesAreRefusedWithoutADriverCall) {
+    script(1, 0x10000000);
+    for (const uint32_t intf : {0x20000001u, 0xFFFFFFFFu}) {
+        EXPECT_EQ(adp_intf_combo_port_copper_or_fiber_check(intf), ADP_E_INTF_TYPE);
+        EXPECT_EQ(driver().take(), Lines{});
     }
 }
 

@@ -20,8 +20,8 @@ adp_status_t on_user_port(adp_intf_t intf, PortCall<Value> call, Value value) {
 
 using namespace adp;
 
-adp_status_t adp_add_dot1p_assign(uint32_t type, adp_intf_t intf, uint32_t, uint32_t, uint32_t, uint32_t priority) {
-    switch (type) {
+adp_status_t adp_add_dot1p_assign(uint32_t map_type, adp_intf_t intf, uint32_t, uint32_t, uint32_t, uint32_t priority) {
+    switch (map_type) {
         case ADP_MAP_DOT1P:
         case ADP_MAP_DSCP:
             return ADP_OK;
@@ -33,8 +33,8 @@ adp_status_t adp_add_dot1p_assign(uint32_t type, adp_intf_t intf, uint32_t, uint
 }
 
 // Contract: an unknown type succeeds, unlike in the add.
-adp_status_t adp_del_dot1p_assign(uint32_t type, adp_intf_t intf, uint32_t, uint32_t, uint32_t, uint32_t) {
-    return type == ADP_MAP_NONE ? hal_port_untagged_priority_set(Intf(intf), 0) : ADP_OK;
+adp_status_t adp_del_dot1p_assign(uint32_t map_type, adp_intf_t intf, uint32_t, uint32_t, uint32_t, uint32_t) {
+    return map_type == ADP_MAP_NONE ? hal_port_untagged_priority_set(Intf(intf), 0) : ADP_OK;
 }
 
 adp_status_t adp_set_port_pri_trust_mode(adp_intf_t intf, uint32_t mode) {
@@ -53,20 +53,20 @@ adp_status_t adp_get_port_cos_map(adp_intf_t intf, uint32_t *priority) {
     return on_user_port(intf, user_port_untagged_priority_get, priority);
 }
 
-adp_status_t adp_cosq_port_mapping_set(adp_intf_t intf, uint32_t a, uint32_t b) {
-    return on_port_only(Intf(intf), user_cosq_port_mapping_set, a, b);
+adp_status_t adp_cosq_port_mapping_set(adp_intf_t intf, uint32_t priority, uint32_t queue) {
+    return on_port_only(Intf(intf), user_cosq_port_mapping_set, priority, queue);
 }
 
-adp_status_t adp_cosq_port_mapping_get(adp_intf_t intf, uint32_t a, uint32_t *b) {
-    return on_port_only(Intf(intf), user_cosq_port_mapping_get, a, b);
+adp_status_t adp_cosq_port_mapping_get(adp_intf_t intf, uint32_t priority, uint32_t *queue) {
+    return on_port_only(Intf(intf), user_cosq_port_mapping_get, priority, queue);
 }
 
-adp_status_t adp_port_cos_map_set(adp_intf_t intf, uint32_t value) {
-    return user_qos_port_cos_set(number(phy_of(Intf(intf))), value);
+adp_status_t adp_port_cos_map_set(adp_intf_t intf, uint32_t cos) {
+    return user_qos_port_cos_set(number(phy_of(Intf(intf))), cos);
 }
 
-adp_status_t adp_port_cos_map_get(adp_intf_t intf, uint32_t *value) {
-    return user_qos_port_cos_get(number(phy_of(Intf(intf))), value);
+adp_status_t adp_port_cos_map_get(adp_intf_t intf, uint32_t *cos) {
+    return user_qos_port_cos_get(number(phy_of(Intf(intf))), cos);
 }
 
 adp_status_t adp_vlan_control_port_set(adp_intf_t intf, uint32_t control, int32_t value) {

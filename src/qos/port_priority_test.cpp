@@ -131,7 +131,7 @@ class PortCosMap : public library_test::LibraryTest {
 };
 
 TEST_F(PortCosMap, GoesToThePhysicalPortWithoutAUnit) {
-    driver().on("user_qos_port_cos_get").sets("value", 0x80000001u);
+    driver().on("user_qos_port_cos_get").sets("cos", 0x80000001u);
     for (const auto &[intf, port] : {std::pair{1u, 4}, std::pair{26u, 29}, std::pair{0u, 0}}) {
         value_ = kNotWritten;
         EXPECT_EQ(adp_port_cos_map_set(intf, 0xFFFFFFFF), 0);

@@ -45,66 +45,67 @@ adp_status_t for_each_dscp(uint32_t type, Step step) {
 
 using namespace adp;
 
-adp_status_t adp_create_dot1p_map(uint32_t type, const adp_dot1p_map_entry_t entries[ADP_PRIORITIES]) {
+adp_status_t adp_create_dot1p_map(uint32_t map_type, const adp_dot1p_map_entry_t entries[ADP_PRIORITIES]) {
     return for_each_priority(
-        type, [=](uint32_t priority) { return user_cosq_mapping_set(0, 0, priority, entries[priority].queue); });
+        map_type, [=](uint32_t priority) { return user_cosq_mapping_set(0, 0, priority, entries[priority].queue); });
 }
 
-adp_status_t adp_get_dot1p_map(uint32_t type, adp_dot1p_map_entry_t entries[ADP_PRIORITIES]) {
+adp_status_t adp_get_dot1p_map(uint32_t map_type, adp_dot1p_map_entry_t entries[ADP_PRIORITIES]) {
     return for_each_priority(
-        type, [=](uint32_t priority) { return user_cosq_mapping_get(0, 0, priority, &entries[priority].queue); });
+        map_type, [=](uint32_t priority) { return user_cosq_mapping_get(0, 0, priority, &entries[priority].queue); });
 }
 
-adp_status_t adp_delete_dot1p_map(uint32_t type) {
+adp_status_t adp_delete_dot1p_map(uint32_t map_type) {
     return for_each_priority(
-        type, [](uint32_t priority) { return user_cosq_mapping_set(0, 0, priority, kDefaultQueue[priority]); });
+        map_type, [](uint32_t priority) { return user_cosq_mapping_set(0, 0, priority, kDefaultQueue[priority]); });
 }
 
-adp_status_t adp_create_dscp_map(uint32_t type, const adp_dscp_map_entry_t entries[ADP_DSCP_COUNT]) {
-    return for_each_dscp(type, [=](uint32_t dscp) {
+adp_status_t adp_create_dscp_map(uint32_t map_type, const adp_dscp_map_entry_t entries[ADP_DSCP_COUNT]) {
+    return for_each_dscp(map_type, [=](uint32_t dscp) {
         return user_port_dscp_map_set(0, 0, kAllPorts, static_cast<int32_t>(dscp), entries[dscp].mapped,
                                       entries[dscp].priority);
     });
 }
 
-adp_status_t adp_get_dscp_map(uint32_t type, adp_dscp_map_entry_t entries[ADP_DSCP_COUNT]) {
-    return for_each_dscp(type, [=](uint32_t dscp) {
+adp_status_t adp_get_dscp_map(uint32_t map_type, adp_dscp_map_entry_t entries[ADP_DSCP_COUNT]) {
+    return for_each_dscp(map_type, [=](uint32_t dscp) {
         return user_port_dscp_map_get(0, 0, kAllPorts, static_cast<int32_t>(dscp), &entries[dscp].mapped,
                                       &entries[dscp].priority);
     });
 }
 
 // Contract: each write covers all code points, and there is one for each of them.
-adp_status_t adp_delete_dscp_map(uint32_t type) {
-    return for_each_dscp(
-        type, [](uint32_t) { return user_port_dscp_map_set(0, 0, kAllPorts, kEveryCodePoint, kEveryCodePoint, 0); });
+adp_status_t adp_delete_dscp_map(uint32_t map_type) {
+    return for_each_dscp(map_type, [](uint32_t) {
+        return user_port_dscp_map_set(0, 0, kAllPorts, kEveryCodePoint, kEveryCodePoint, 0);
+    });
 }
 
-adp_status_t adp_port_dscp_map_set(uint32_t, int32_t a, int32_t b, uint32_t c) {
-    return user_port_dscp_map_set(0, 0, kAllPorts, a, b, c);
+adp_status_t adp_port_dscp_map_set(uint32_t, int32_t dscp, int32_t mapped, uint32_t priority) {
+    return user_port_dscp_map_set(0, 0, kAllPorts, dscp, mapped, priority);
 }
 
-adp_status_t adp_port_dscp_map_get(uint32_t, int32_t a, uint8_t *b, uint8_t *c) {
-    return user_port_dscp_map_get(0, 0, kAllPorts, a, b, c);
+adp_status_t adp_port_dscp_map_get(uint32_t, int32_t dscp, uint8_t *mapped, uint8_t *priority) {
+    return user_port_dscp_map_get(0, 0, kAllPorts, dscp, mapped, priority);
 }
 
-adp_status_t adp_cosq_mapping_set(adp_word_t a, adp_word_t b, adp_word_t c, adp_word_t d) {
-    return user_qos_pri_queue_map_set(a, b, c, d);
+adp_status_t adp_cosq_mapping_set(adp_word_t unit, adp_word_t zero, adp_word_t priority, adp_word_t queue) {
+    return user_qos_pri_queue_map_set(unit, zero, priority, queue);
 }
 
-adp_status_t adp_cosq_mapping_get(adp_word_t a, adp_word_t b, adp_word_t c, uint32_t *d) {
-    return user_qos_pri_queue_map_get(a, b, c, d);
+adp_status_t adp_cosq_mapping_get(adp_word_t unit, adp_word_t zero, adp_word_t priority, uint32_t *queue) {
+    return user_qos_pri_queue_map_get(unit, zero, priority, queue);
 }
 
-adp_status_t adp_dscp_map_set(adp_word_t a, adp_word_t b, adp_word_t c, adp_word_t d) {
-    return user_qos_dscp_map_set(a, b, c, d);
+adp_status_t adp_dscp_map_set(adp_word_t unit, adp_word_t zero, adp_word_t dscp, adp_word_t priority) {
+    return user_qos_dscp_map_set(unit, zero, dscp, priority);
 }
 
-adp_status_t adp_dscp_map_get(adp_word_t a, adp_word_t b, adp_word_t c, uint32_t *d) {
-    return user_qos_dscp_map_get(a, b, c, d);
+adp_status_t adp_dscp_map_get(adp_word_t unit, adp_word_t zero, adp_word_t dscp, uint32_t *priority) {
+    return user_qos_dscp_map_get(unit, zero, dscp, priority);
 }
 
-adp_status_t adp_set_dot1p_pri_remap(adp_word_t a, adp_word_t b, adp_word_t, adp_word_t d, adp_word_t further1,
-                                     adp_word_t further2, adp_word_t further3, adp_word_t further4) {
-    return user_qos_pri_remap_set(0, a, b, d, further1, further2, further3, further4);
+adp_status_t adp_set_dot1p_pri_remap(adp_word_t port, adp_word_t priority, adp_word_t, adp_word_t new_priority,
+                                     adp_word_t option, adp_word_t option2, adp_word_t option3, adp_word_t option4) {
+    return user_qos_pri_remap_set(0, port, priority, new_priority, option, option2, option3, option4);
 }

@@ -57,24 +57,25 @@ adp_status_t adp_set_port_queue_sch_mode(adp_intf_t intf, uint32_t mode) {
     return driver_status(user_cosq_port_sched_set(0, 0, mask_of(Intf(intf)), mode, kNoWeights.weight, kNoDelay));
 }
 
-adp_status_t adp_set_queue_weight_pri(adp_intf_t intf, uint32_t value, uint32_t select, adp_queue_weights_t weights) {
+adp_status_t adp_set_queue_weight_pri(adp_intf_t intf, uint32_t queue, uint32_t is_mapping,
+                                      adp_queue_weights_t weights) {
     const adp_status_t refusal = check_user_port(Intf(intf));
     if (refusal != ADP_OK) {
         return refusal;
     }
     const uint32_t mask = mask_of(Intf(intf));
-    return driver_status(low8(select) != 0 ? write_mapping(mask, weights.weight[0], value)
-                                           : write_weights(mask, weights));
+    return driver_status(low8(is_mapping) != 0 ? write_mapping(mask, weights.weight[0], queue)
+                                               : write_weights(mask, weights));
 }
 
-adp_status_t adp_cosq_sched_set(uint32_t a, uint32_t b, uint32_t c, uint32_t d) {
-    user_qos_schedule_set(a, b, c, d);
+adp_status_t adp_cosq_sched_set(uint32_t port, uint32_t queue, uint32_t weight, uint32_t flags) {
+    user_qos_schedule_set(port, queue, weight, flags);
     return ADP_OK;
 }
 
-adp_status_t adp_cosq_sched_get(uint32_t a, uint32_t b, uint32_t *out, uint32_t d) {
-    *out = 0;
-    user_qos_schedule_get(a, b, out, d);
+adp_status_t adp_cosq_sched_get(uint32_t port, uint32_t queue, uint32_t *weight, uint32_t flags) {
+    *weight = 0;
+    user_qos_schedule_get(port, queue, weight, flags);
     return ADP_OK;
 }
 

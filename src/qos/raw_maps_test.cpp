@@ -48,7 +48,7 @@ TEST_F(RawMaps, WordsOfTheDscpMapArePassedOnWhole) {
 
 TEST_F(RawMaps, WordsOfTheRemapArePassedOnWholeAfterASingleZero) {
     watch("user_qos_pri_remap_set",
-          {"unit", "first", "second", "fourth", "further1", "further2", "further3", "further4"});
+          {"unit", "port", "priority", "new_priority", "option", "option2", "option3", "option4"});
     EXPECT_EQ(adp_set_dot1p_pri_remap(word(1), word(2), word(3), word(4), word(5), word(6), word(7), word(8)), 0);
     EXPECT_THAT(words_, ElementsAre(0u, word(1), word(2), word(4), word(5), word(6), word(7), word(8)));
 }
@@ -64,8 +64,8 @@ TEST_F(RawMaps, NoCallIsAddedAndNoUnit) {
                             "user_qos_pri_queue_map_get(unit=1, zero=2, priority=3)",
                             "user_qos_dscp_map_set(unit=1, zero=2, dscp=3, priority=4)",
                             "user_qos_dscp_map_get(unit=1, zero=2, dscp=3)",
-                            "user_qos_pri_remap_set(unit=0, first=1, second=2, fourth=4, further1=5, further2=6, "
-                            "further3=7, further4=8)"));
+                            "user_qos_pri_remap_set(unit=0, port=1, priority=2, new_priority=4, option=5, option2=6, "
+                            "option3=7, option4=8)"));
     EXPECT_EQ(output_, port_calls::kNotWritten);
 }
 

@@ -40,35 +40,37 @@ adp_status_t on_device_port(uint32_t dev_id, adp_intf_t intf, PortCall<Values...
 
 using namespace adp;
 
-adp_status_t adp_set_storm_control(uint32_t dev_id, adp_intf_t intf, uint32_t code, uint32_t rate, uint32_t burst) {
+adp_status_t adp_set_storm_control(uint32_t dev_id, adp_intf_t intf, uint32_t storm_code, uint32_t rate,
+                                   uint32_t burst) {
     const auto limit = [=](PhyPort port) {
-        return user_rate_bandwidth_set(0, 0, number(port), storm_type(code), rate, burst);
+        return user_rate_bandwidth_set(0, 0, number(port), storm_type(storm_code), rate, burst);
     };
     return unless_no_device(
         dev_id, [&] { return on_port_or_members(Intf(intf), Members::kConfigured | Failure::kDriverError, limit); });
 }
 
-adp_status_t adp_get_storm_control(uint32_t dev_id, adp_intf_t intf, uint32_t code, uint32_t *rate, uint32_t *burst) {
+adp_status_t adp_get_storm_control(uint32_t dev_id, adp_intf_t intf, uint32_t storm_code, uint32_t *rate,
+                                   uint32_t *burst) {
     return unless_no_device(dev_id, [=] {
-        return on_port_or_manager(Intf(intf), Failure::kDriverError, user_rate_bandwidth_get, storm_type(code), rate,
-                                  burst);
+        return on_port_or_manager(Intf(intf), Failure::kDriverError, user_rate_bandwidth_get, storm_type(storm_code),
+                                  rate, burst);
     });
 }
 
-adp_status_t adp_set_storm_seltype(uint32_t dev_id, adp_intf_t intf, uint32_t code, uint32_t value) {
-    return on_device_port(dev_id, intf, user_rate_stormsel_set, storm_type(code), value);
+adp_status_t adp_set_storm_seltype(uint32_t dev_id, adp_intf_t intf, uint32_t storm_code, uint32_t selected) {
+    return on_device_port(dev_id, intf, user_rate_stormsel_set, storm_type(storm_code), selected);
 }
 
-adp_status_t adp_get_storm_seltype(uint32_t dev_id, adp_intf_t intf, uint32_t code, uint32_t *value) {
-    return on_device_port(dev_id, intf, user_rate_stormsel_get, storm_type(code), value);
+adp_status_t adp_get_storm_seltype(uint32_t dev_id, adp_intf_t intf, uint32_t storm_code, uint32_t *selected) {
+    return on_device_port(dev_id, intf, user_rate_stormsel_get, storm_type(storm_code), selected);
 }
 
-adp_status_t adp_set_stormcontrol_enable(uint32_t dev_id, adp_intf_t intf, uint32_t code, uint32_t enable) {
-    return on_device_port(dev_id, intf, user_rate_stormControlEnable_set, enable_type(code), enable);
+adp_status_t adp_set_stormcontrol_enable(uint32_t dev_id, adp_intf_t intf, uint32_t storm_code, uint32_t enable) {
+    return on_device_port(dev_id, intf, user_rate_stormControlEnable_set, enable_type(storm_code), enable);
 }
 
-adp_status_t adp_get_storm_exceed_flag(uint32_t dev_id, adp_intf_t intf, uint32_t code, uint32_t *flag) {
-    return on_device_port(dev_id, intf, user_rate_stormExceedFlag_get, low8(code), flag);
+adp_status_t adp_get_storm_exceed_flag(uint32_t dev_id, adp_intf_t intf, uint32_t storm_code, uint32_t *flag) {
+    return on_device_port(dev_id, intf, user_rate_stormExceedFlag_get, low8(storm_code), flag);
 }
 
 adp_status_t adp_reset_storm_exceed_flag(uint32_t dev_id, adp_intf_t intf) {
@@ -82,12 +84,14 @@ adp_status_t adp_reset_storm_exceed_flag(uint32_t dev_id, adp_intf_t intf) {
     });
 }
 
-adp_status_t adp_set_storm_counting_mode(uint32_t dev_id, uint32_t a, uint32_t, uint32_t c) {
-    return unless_no_device(dev_id, [=] { return driver_status(user_rate_stormCountMode_set(0, 0, low8(a), c)); });
+adp_status_t adp_set_storm_counting_mode(uint32_t dev_id, uint32_t storm_code, uint32_t, uint32_t mode) {
+    return unless_no_device(dev_id,
+                            [=] { return driver_status(user_rate_stormCountMode_set(0, 0, low8(storm_code), mode)); });
 }
 
-adp_status_t adp_get_storm_counting_mode(uint32_t dev_id, uint32_t a, uint32_t, uint32_t *c) {
-    return unless_no_device(dev_id, [=] { return driver_status(user_rate_stormCountMode_get(0, 0, a, c)); });
+adp_status_t adp_get_storm_counting_mode(uint32_t dev_id, uint32_t storm_code, uint32_t, uint32_t *mode) {
+    return unless_no_device(dev_id,
+                            [=] { return driver_status(user_rate_stormCountMode_get(0, 0, storm_code, mode)); });
 }
 
 adp_status_t adp_set_ingress_limit(uint32_t dev_id, adp_intf_t intf, uint32_t rate, uint32_t burst) {

@@ -47,16 +47,16 @@ std::vector<PortCall> code_calls(uint32_t device, uint32_t code) {
     return {{"Enable", [=](uint32_t intf) { return adp_set_stormcontrol_enable(device, intf, code, 0xFFFFFFFE); },
              "user_rate_stormControlEnable_set", type + ", enable=4294967294"},
             {"SelTypeSet", [=](uint32_t intf) { return adp_set_storm_seltype(device, intf, code, 0xFFFFFFFD); },
-             "user_rate_stormsel_set", type + ", value=4294967293"},
+             "user_rate_stormsel_set", type + ", selected=4294967293"},
             {"SelTypeGet",
              [=](uint32_t intf) { return adp_get_storm_seltype(device, intf, code, &outputs[0]); },
              "user_rate_stormsel_get",
              type,
-             {"value"}},
+             {"selected"}},
             {"ExceedFlag",
              [=](uint32_t intf) { return adp_get_storm_exceed_flag(device, intf, code, &outputs[0]); },
              "user_rate_stormExceedFlag_get",
-             ", code=" + std::to_string(code & 0xFF),
+             ", storm_code=" + std::to_string(code & 0xFF),
              {"flag"}}};
 }
 
@@ -143,8 +143,8 @@ TEST_F(StormDevice, AnyOtherIsTheDriversUnitZero) {
         }
         EXPECT_EQ(adp_set_storm_counting_mode(device, 2, 3, 4), 0);
         EXPECT_EQ(adp_get_storm_counting_mode(device, 2, 3, &outputs[0]), 0);
-        EXPECT_THAT(driver().take(), ElementsAre("user_rate_stormCountMode_set(unit=0, zero=0, selector=2, mode=4)",
-                                                 "user_rate_stormCountMode_get(unit=0, zero=0, selector=2)"));
+        EXPECT_THAT(driver().take(), ElementsAre("user_rate_stormCountMode_set(unit=0, zero=0, storm_code=2, mode=4)",
+                                                 "user_rate_stormCountMode_get(unit=0, zero=0, storm_code=2)"));
     }
 }
 
@@ -179,9 +179,9 @@ TEST_F(StormCode, EightIsTypeOneWhereverItIsTranslated) {
     EXPECT_EQ(adp_get_storm_exceed_flag(0, 1, 8, &outputs[0]), 0);
     EXPECT_THAT(driver().trace(),
                 ElementsAre("user_rate_bandwidth_set(unit=0, zero=0, port=4, type=1, rate=5, burst=6)",
-                            "user_rate_stormsel_set(unit=0, zero=0, port=4, type=1, value=7)",
+                            "user_rate_stormsel_set(unit=0, zero=0, port=4, type=1, selected=7)",
                             "user_rate_stormControlEnable_set(unit=0, zero=0, port=4, type=1, enable=1)",
-                            "user_rate_stormExceedFlag_get(unit=0, zero=0, port=4, code=8)"));
+                            "user_rate_stormExceedFlag_get(unit=0, zero=0, port=4, storm_code=8)"));
 }
 
 TEST_F(StormCode, ZeroAndThreeAreEnabledAsTypeZero) {
@@ -197,15 +197,15 @@ TEST_F(StormCountingMode, IsSetWithTheLowByteOfTheSelectorAndTheWholeMode) {
     EXPECT_EQ(adp_set_storm_counting_mode(0, 0xFFFFFF07, 0xFFFFFFFF, 0xFFFFFFFE), 0);
     EXPECT_EQ(adp_set_storm_counting_mode(0, 0x100, 0, 0), 0);
     EXPECT_THAT(driver().trace(),
-                ElementsAre("user_rate_stormCountMode_set(unit=0, zero=0, selector=7, mode=4294967294)",
-                            "user_rate_stormCountMode_set(unit=0, zero=0, selector=0, mode=0)"));
+                ElementsAre("user_rate_stormCountMode_set(unit=0, zero=0, storm_code=7, mode=4294967294)",
+                            "user_rate_stormCountMode_set(unit=0, zero=0, storm_code=0, mode=0)"));
 }
 
 TEST_F(StormCountingMode, IsReadWithTheWholeSelector) {
     driver().on("user_rate_stormCountMode_get").sets("mode", 0xFFFFFFFEu);
     EXPECT_EQ(adp_get_storm_counting_mode(0, 0xFFFFFF07, 5, &outputs[0]), 0);
     EXPECT_EQ(outputs[0], 0xFFFFFFFEu);
-    EXPECT_THAT(driver().trace(), ElementsAre("user_rate_stormCountMode_get(unit=0, zero=0, selector=4294967047)"));
+    EXPECT_THAT(driver().trace(), ElementsAre("user_rate_stormCountMode_get(unit=0, zero=0, storm_code=4294967047)"));
 }
 
 TEST_F(StormCountingMode, ReportsAnyFailureAs102) {

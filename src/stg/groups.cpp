@@ -64,8 +64,8 @@ adp_status_t adp_delete_mstp_instance(int32_t stg) {
 }
 
 // Contract: a VLAN that is in the group already is removed and added again, which releases the ports of the group.
-adp_status_t adp_add_msti_member(int32_t stg, uint32_t vlan) {
-    const uint32_t vid = low16(vlan);
+adp_status_t adp_add_msti_member(int32_t stg, uint32_t vid) {
+    vid = low16(vid);
     if (vid >= ADP_VLANS) {
         return ADP_FAIL;
     }
@@ -77,8 +77,8 @@ adp_status_t adp_add_msti_member(int32_t stg, uint32_t vlan) {
     return user_stg_vlan_add(0, 0, stg, vid);
 }
 
-adp_status_t adp_del_msti_member(int32_t stg, uint32_t vlan) {
-    const uint32_t vid = low16(vlan);
+adp_status_t adp_del_msti_member(int32_t stg, uint32_t vid) {
+    vid = low16(vid);
     if (vid >= ADP_VLANS) {
         return ADP_FAIL;
     }

@@ -94,14 +94,14 @@ int32_t adp_get_max_stg() {
     return result < 0 ? report(kFailed, result) : static_cast<int32_t>(count);
 }
 
-adp_status_t adp_get_stg_each_time_list(int32_t *ids, uint32_t chunk_index, uint32_t chunk_size) {
+adp_status_t adp_get_stg_each_time_list(int32_t *groups, uint32_t chunk_index, uint32_t chunk_size) {
     static constexpr Message kFailed{{"adp_get_stg_each_time_list", __LINE__}, "%s %d fail.ret=%d\n"};
-    return report_if_negative(kFailed, user_stg_each_time_list(0, 0, ids, chunk_index, chunk_size));
+    return report_if_negative(kFailed, user_stg_each_time_list(0, 0, groups, chunk_index, chunk_size));
 }
 
-adp_status_t adp_get_stg_vlan_each_time_list(int32_t stg, uint16_t *vlans, uint32_t chunk_index, uint32_t chunk_size) {
+adp_status_t adp_get_stg_vlan_each_time_list(int32_t stg, uint16_t *vids, uint32_t chunk_index, uint32_t chunk_size) {
     static constexpr Message kFailed{{"adp_get_stg_vlan_each_time_list", __LINE__}, "%s %d fail.stg %d ret=%d\n"};
-    const int32_t result = user_stg_vlan_each_time_list(0, 0, stg, vlans, chunk_index, chunk_size);
+    const int32_t result = user_stg_vlan_each_time_list(0, 0, stg, vids, chunk_index, chunk_size);
     if (result < 0) {
         print(kFailed, stg, result);
     }
@@ -120,7 +120,7 @@ int32_t adp_get_stg_max_vlan(int32_t stg) {
 }
 
 // Contract: a negative count is returned, after the first chunk is read.
-int32_t adp_get_stg_vlan_list(int32_t stg, uint16_t vlans[ADP_VLANS]) {
+int32_t adp_get_stg_vlan_list(int32_t stg, uint16_t vids[ADP_VLANS]) {
     static constexpr Message kNoCount{{"adp_get_stg_vlan_list", __LINE__},
                                       "%s %d: get STG count failed! STG count=%d\n"};
     const int32_t groups = adp_get_max_stg();
@@ -135,7 +135,7 @@ int32_t adp_get_stg_vlan_list(int32_t stg, uint16_t vlans[ADP_VLANS]) {
     if (count == 0 || count > kMaxVlans) {
         return 0;
     }
-    read_vlans(stg, count, vlans);
+    read_vlans(stg, count, vids);
     return count;
 }
 

@@ -103,7 +103,7 @@ TEST_F(StgLists, PassTheDriversHandleOnWhole) {
 
 TEST_F(StgLists, AreReadInChunksIntoTheCallersArray) {
     driver().on("user_stg_each_time_list").sets("groups", {5, 0xFFFFFFFF});
-    driver().on("user_stg_vlan_each_time_list").sets("vlans", {4095, 0xFFFF});
+    driver().on("user_stg_vlan_each_time_list").sets("vids", {4095, 0xFFFF});
     int32_t groups[3] = {1, 2, 3};
     uint16_t vlans[3] = {1, 2, 3};
     EXPECT_EQ(adp_get_stg_each_time_list(groups, 0, 2), 0);

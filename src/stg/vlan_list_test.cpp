@@ -29,7 +29,7 @@ class StgVlans : public stg_test::StgTest {
             return fill_chunk<int32_t>(arguments, "groups", groups_, [](uint32_t n) { return n + 1; });
         });
         driver().on("user_stg_vlan_each_time_list").does([this](recording::Arguments &arguments) {
-            return fill_chunk<uint16_t>(arguments, "vlans", vlans_, vlan_at);
+            return fill_chunk<uint16_t>(arguments, "vids", vlans_, vlan_at);
         });
     }
 
@@ -158,6 +158,17 @@ TEST_F(StgVlans, ComeInChunksOneMoreThanAFullOneNeeds) {
         EXPECT_EQ(driver().trace(), calls(group_reads(1), vlan_reads(2, vlans / kVlanChunk + 1)));
         EXPECT_EQ(out_, written(vlans));
     }
+}
+
+TEST_F(StgVlans, OfAChunkAreWithTheCallerBeforeTheNextIsRead) {
+    chip(2, 2 * kVlanChunk + 1);
+    std::vector<size_t> copied;
+    driver().on("user_stg_vlan_each_time_list").does([&](recording::Arguments &arguments) {
+        copied.push_back(static_cast<size_t>(std::find(out_.begin(), out_.end(), kUntouchedVlan) - out_.begin()));
+        return fill_chunk<uint16_t>(arguments, "vids", vlans_, vlan_at);
+    });
+    EXPECT_EQ(list(2).result, static_cast<int32_t>(vlans_));
+    EXPECT_THAT(copied, ElementsAre(0, kVlanChunk, 2 * kVlanChunk));
 }
 
 TEST_F(StgVlans, OfAnEmptyGroupAreNotRead) {

@@ -17,14 +17,14 @@ void to_intfs(uint32_t *ports) {
 
 }  // namespace
 
-adp_status_t adp_vlan_port_set(uint32_t vlan, const adp_ports_t members, const adp_ports_t untagged) {
+adp_status_t adp_vlan_port_set(uint32_t vid, const adp_ports_t members, const adp_ports_t untagged) {
     const adp_port_set_t member_ports = phy_set_of(members);
     const adp_port_set_t untagged_ports = phy_set_of(untagged);
-    return user_vlan_port_set(0, 0, low16(vlan), member_ports.word, untagged_ports.word);
+    return user_vlan_port_set(0, 0, low16(vid), member_ports.word, untagged_ports.word);
 }
 
-adp_status_t adp_vlan_port_get(uint32_t vlan, adp_ports_t members, adp_ports_t untagged) {
-    const int32_t result = user_vlan_port_get(0, 0, low16(vlan), members, untagged);
+adp_status_t adp_vlan_port_get(uint32_t vid, adp_ports_t members, adp_ports_t untagged) {
+    const int32_t result = user_vlan_port_get(0, 0, low16(vid), members, untagged);
     // Contract: the sets are translated after a failure too.
     to_intfs(members);
     to_intfs(untagged);

@@ -7,13 +7,13 @@
 
 using namespace adp;
 
-adp_status_t adp_intf_pivd_set(adp_intf_t intf, uint32_t vlan) {
+adp_status_t adp_intf_pivd_set(adp_intf_t intf, uint32_t vid) {
     // Contract: for each member the group's own translation is set, which is none, not the member's.
     return on_port_or_members(Intf(intf), Members::kActive | Failure::kOwnOnPort, [=](PhyPort) {
-        return user_port_untagged_vlan_set(0, 0, number(phy_of(Intf(intf))), low16(vlan));
+        return user_port_untagged_vlan_set(0, 0, number(phy_of(Intf(intf))), low16(vid));
     });
 }
 
-adp_status_t adp_intf_pivd_get(adp_intf_t intf, uint32_t *vlan) {
-    return on_port_or_answering_member(Intf(intf), user_port_untagged_vlan_get, vlan);
+adp_status_t adp_intf_pivd_get(adp_intf_t intf, uint32_t *vid) {
+    return on_port_or_answering_member(Intf(intf), user_port_untagged_vlan_get, vid);
 }

@@ -1,4 +1,4 @@
-"""Compares the complete traces of two builds, one of each byte order: of unit tests, and of random lives.
+"""Compares the complete traces of two builds, one of each byte order: of unit tests, and of random calls.
 
 Every imported call with its arguments, its result and what it wrote, and every system call with the frames that leave
 have to be the same text on both machines.
@@ -71,12 +71,12 @@ def main():
     parser.add_argument("host", help="the host's build folder")
     parser.add_argument("target", help="the target's build folder")
     parser.add_argument("--emulator", default="", help="what runs the target's programs")
-    parser.add_argument("--lives", type=int, default=0, help="random calls to compare besides")
+    parser.add_argument("--calls", type=int, default=0, help="number of random calls to compare as well")
     parser.add_argument("--programs", nargs="*", default=[], help="unit test programs, by name")
     options = parser.parse_args()
     jobs = [(name, []) for name in options.programs]
-    if options.lives:
-        jobs.append(("lives", [str(options.lives), "1"]))
+    if options.calls:
+        jobs.append(("differential", [str(options.calls), "1"]))
     if not jobs:
         sys.exit("byte_orders: there is nothing to compare")
     failed = 0
@@ -89,7 +89,7 @@ def main():
                 if not os.path.exists(path):
                     sys.exit(f"byte_orders: {path} is missing: build the {side} first")
                 trace = os.path.join(folder, f"{program}.{side}")
-                if program == "lives":
+                if program == "differential":
                     run(emulator + [path] + arguments + ["--trace", trace], {})
                 else:
                     run(emulator + [path], {"ADP_TRACE_FILE": trace})

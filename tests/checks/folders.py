@@ -1,41 +1,34 @@
-"""Checks that a folder includes only what docs/architecture.md lets it use: the table below."""
+"""Checks that a folder includes only what the table of docs/architecture.md lets it use, and that its picture agrees.
+
+folders.py SOURCE_DIR
+"""
 import pathlib
 import re
 import sys
 
-INTERFACE = ("include", "platform")
-LIBRARY = (*INTERFACE, "src/core")
-# A folder, and the folders that it may use besides itself. The longest name that fits a path counts.
-MAY_USE = {
-    "include": (),
-    "platform": ("include",),
-    "calls": ("generated", *INTERFACE),
-    "src/core": INTERFACE,
-    "src/port": LIBRARY,
-    "src/agg": (*LIBRARY, "src/port"),
-    "src/pkt": LIBRARY,
-    "src/l2": LIBRARY,
-    "src/fp": LIBRARY,
-    "src/qos": LIBRARY,
-    "src/stg": LIBRARY,
-    "src/vlan": LIBRARY,
-    "src/board": LIBRARY,
-    "vdevice/chip": (),
-    "vdevice/driver": ("vdevice/chip", "generated", *INTERFACE),
-    "vdevice/io": ("vdevice/chip/frame",),
-    "vdevice/remote": ("calls", "generated", *INTERFACE),
-    "vdevice/services": ("vdevice/remote", "calls", *INTERFACE),
-    "vdevice/device": ("vdevice/driver", "vdevice/io", "vdevice/chip"),
-    "vdevice/inspect": ("vdevice/device", "vdevice/driver", "vdevice/io", "vdevice/chip"),
-    "vdevice/daemon": ("vdevice", "calls", "generated", *INTERFACE),
-    "tools/adpsh": ("include", "calls", "generated"),
-    "tools/vdevctl": ("vdevice/daemon", "vdevice/io"),
-    "examples": ("include", "platform", "vdevice/remote", "vdevice/services"),
-}
-# Used by tests only, and by those who may use everything.
-EVERYTHING = ("tests", "bench")
+DOCUMENT, PICTURE = "docs/architecture.md", "docs/architecture.dot"
+EVERYTHING = "everything"
 INCLUDE_ROOTS = ("", "include", "platform", "src")
 TEST = re.compile(r"_test\.cpp$|/testing/")
+
+
+def table_of(root):
+    """What each folder may use besides itself, from the section Folders; None for everything."""
+    section = (root / DOCUMENT).read_text(encoding="utf-8").partition("\n## Folders\n")[2].partition("\n## ")[0]
+    table = {}
+    for row in re.findall(r"^\| `.*\|$", section, flags=re.M):
+        folders, _, uses = row.strip("|").split("|")
+        may_use = None if uses.strip() == EVERYTHING else re.findall(r"`([^`]+)`", uses)
+        table.update(dict.fromkeys(re.findall(r"`([^`]+)`", folders), may_use))
+    return table
+
+
+def arrows_of(root):
+    """(user, used) of each arrow of the picture that says "uses"."""
+    text = (root / PICTURE).read_text(encoding="utf-8")
+    for left, right, options in re.findall(r'"([^"]+)" -> "([^"]+)"(?: \[(.*)\])?$', text, flags=re.M):
+        if not re.search(r"arrowhead=(?:none|vee)|style=invis", options):
+            yield (right, left) if "dir=back" in options else (left, right)
 
 
 def includes(path):
@@ -57,29 +50,56 @@ def place_of(root, includer, header):
 
 
 def lies_in(path, folder):
-    return path.startswith(folder + "/")
+    return f"{path}/".startswith(folder + "/")
+
+
+def folder_of(table, path):
+    return max((name for name in table if lies_in(path, name)), key=len, default=None)
+
+
+def may_use(table, folder, place):
+    return table[folder] is None or any(lies_in(place, used) for used in (folder, *table[folder]))
+
+
+class Check:
+    def __init__(self, root):
+        self.root, self.table = root, table_of(root)
+        self.failures, self.includes, self.arrows = [], 0, 0
+
+    def file(self, path):
+        relative = str(path.relative_to(self.root))
+        folder = folder_of(self.table, relative)
+        if folder is None:
+            self.failures.append(f"{relative}: its folder is not in the table of {DOCUMENT}")
+            return
+        for number, header in includes(path):
+            self.includes += 1
+            place = place_of(self.root, path, header)
+            if place and not may_use(self.table, folder, place):
+                self.failures.append(f"{relative}:{number}: {folder} must not include {place}")
+
+    def files(self):
+        for path in sorted(self.root.rglob("*.[ch]*")):
+            relative = str(path.relative_to(self.root))
+            if path.suffix in (".h", ".cpp", ".c") and not lies_in(relative, "build") and not TEST.search(relative):
+                self.file(path)
+
+    def picture(self):
+        for user, used in arrows_of(self.root):
+            self.arrows += 1
+            if not any(lies_in(used, folder) or lies_in(folder, used) for folder in self.table.get(user) or ()):
+                self.failures.append(f"{PICTURE}: {user} -> {used} is not in the table of {DOCUMENT}")
 
 
 def main():
-    root = pathlib.Path(sys.argv[1]).resolve()
-    failures, checked = [], 0
-    for path in sorted(root.rglob("*.[ch]*")):
-        relative = str(path.relative_to(root))
-        if path.suffix not in (".h", ".cpp", ".c") or lies_in(relative, "build") or TEST.search(relative):
-            continue
-        if relative.split("/")[0] in EVERYTHING:
-            continue
-        folder = max((name for name in MAY_USE if lies_in(relative, name)), key=len, default=None)
-        if folder is None:
-            failures.append(f"{relative}: its folder is not in the table of {pathlib.Path(__file__).name}")
-            continue
-        for number, header in includes(path):
-            checked += 1
-            place = place_of(root, path, header)
-            if place and not any(lies_in(place, used) for used in (folder, *MAY_USE[folder])):
-                failures.append(f"{relative}:{number}: {folder} must not include {place}")
-    print("\n".join(failures) if failures else f"ok: {checked} includes are in the table")
-    return 1 if failures or checked == 0 else 0
+    check = Check(pathlib.Path(sys.argv[1]).resolve())
+    check.files()
+    check.picture()
+    if not check.includes or not check.arrows:
+        check.failures.append("no include or no arrow was found")
+    done = f"ok: {check.includes} includes and {check.arrows} arrows are in the table"
+    print("\n".join(check.failures) if check.failures else done)
+    return 1 if check.failures else 0
 
 
 if __name__ == "__main__":

@@ -1,12 +1,15 @@
+// Arguments by the type and the name of their parameters.
 #include "tests/differential/arguments.h"
 
 #include <algorithm>
 #include <cstring>
 #include <string_view>
 
-#include "tests/differential/plausible.h"
+#include "tests/differential/frames.h"
+#include "tests/differential/records.h"
+#include "tests/differential/values.h"
 
-namespace lives {
+namespace differential {
 
 using adpsh::Direction;
 using adpsh::Kind;
@@ -18,29 +21,8 @@ namespace {
 constexpr uint8_t kUntouched = 0xA5;
 constexpr size_t kSetBytes = sizeof(adp_ports_t);
 
-void store(const adpsh::Type &type, uint64_t number, uint8_t *to) {
-    const auto as = [&](auto value) { std::memcpy(to, &value, sizeof value); };
-    switch (type.size) {
-        case 1:
-            return as(static_cast<uint8_t>(number));
-        case 2:
-            return as(static_cast<uint16_t>(number));
-        case 4:
-            return as(static_cast<uint32_t>(number));
-        default:
-            return as(number);
-    }
-}
-
 bool is_named(const Parameter &parameter, std::string_view name) {
     return parameter.name == name;
-}
-
-/** Bytes that are the same number in either byte order: each word has four equal ones. */
-void fill_equal_bytes(Random &random, uint8_t *to, size_t size) {
-    for (size_t n = 0; n < size; ++n) {
-        to[n] = n % sizeof(uint32_t) == 0 ? static_cast<uint8_t>(random.next()) : to[n - 1];
-    }
 }
 
 }  // namespace
@@ -95,39 +77,42 @@ bool Arguments::is_receive() const {
 
 void Arguments::fill_value(Slot &slot) {
     const Parameter &parameter = *slot.parameter;
-    constexpr uint32_t kLongFrame = 90;
-    constexpr int32_t kLengths[] = {0, 1, 2, 2, 4, 4, 4, 6, 16, 32, 63, 64, 65, 255, 256, 257, -1};
-    const std::string_view name = parameter.name;
     switch (parameter.type.kind) {
         case Kind::kRecord:
-            fill_element(parameter.type, parameter.name, slot.data());
-            return;
+            return fill_element(random_, parameter.type, parameter.name, slot.data());
         case Kind::kCallback: {
             void (*const receiver)() = random_.one_in(4) ? nullptr : parameter.type.callback->print;
             std::memcpy(slot.data(), &receiver, sizeof receiver);
             return;
         }
         case Kind::kWord:
-            // These two are addresses of sets; all others are numbers as far as the library knows.
-            if (name == "ports" || name == "untagged") {
-                slot.pointed.resize(kSetBytes);
-                for (size_t n = 0; n < kSetBytes; n += sizeof(uint32_t)) {
-                    store(adpsh::kWord32, random_.sparse(), &slot.pointed[n]);
-                }
-                const auto address = reinterpret_cast<uintptr_t>(random_.one_in(4) ? nullptr : slot.pointed.data());
-                std::memcpy(slot.data(), &address, sizeof address);
-                return;
-            }
-            store(parameter.type, any_number(random_), slot.data());
-            return;
+            // These two are addresses of sets. The library takes all others for numbers.
+            return is_named(parameter, "ports") || is_named(parameter, "untagged")
+                       ? fill_set(slot)
+                       : store(parameter.type, any_number(random_), slot.data());
         case Kind::kU64:
-            store(parameter.type, uint64_t{random_.sparse()} << 32 | random_.next(), slot.data());
-            return;
+            return store(parameter.type, uint64_t{random_.sparse()} << 32 | random_.next(), slot.data());
         default:
-            break;
+            return fill_number(slot);
     }
+}
+
+void Arguments::fill_set(Slot &slot) {
+    slot.pointed.resize(kSetBytes);
+    for (size_t n = 0; n < kSetBytes; n += sizeof(uint32_t)) {
+        store(adpsh::kWord32, random_.sparse(), &slot.pointed[n]);
+    }
+    const auto address = reinterpret_cast<uintptr_t>(random_.one_in(4) ? nullptr : slot.pointed.data());
+    std::memcpy(slot.data(), &address, sizeof address);
+}
+
+void Arguments::fill_number(Slot &slot) {
+    constexpr uint32_t kLongFrame = 90;
+    constexpr int32_t kLengths[] = {0, 1, 2, 2, 4, 4, 4, 6, 16, 32, 63, 64, 65, 255, 256, 257, -1};
+    const Parameter &parameter = *slot.parameter;
+    const std::string_view name = parameter.name;
     if (name == "length") {
-        // The low 16 bits count; a dump takes them all.
+        // The library uses the low 16 bits; a dump uses all of them.
         const bool is_dump = parameter.type.kind == Kind::kI32;
         const uint32_t length = is_dump && random_.one_in(8) ? static_cast<uint32_t>(-1) : random_.below(kLongFrame);
         store(parameter.type, length | (is_dump || !random_.one_in(8) ? 0 : 0x10000), slot.data());
@@ -155,8 +140,9 @@ bool Arguments::may_be_null(const Parameter &parameter) const {
         std::string_view call;
         std::string_view parameter;
     } kNullable[] = {
-        {"adp_transmit_frame", "frame"},        {"adp_receive_frame", "frame"},  {"adp_agg_linkscan_handle", "changed"},
-        {"__adp_transmit_frame", "list"},       {"adp_add_remark_rule", "rule"}, {"adp_fp_add_entity_action", "param"},
+        {"adp_transmit_frame", "frame"},        {"adp_receive_frame", "frame"},
+        {"adp_agg_linkscan_handle", "changed"}, {"__adp_transmit_frame", "destinations"},
+        {"adp_add_remark_rule", "rule"},        {"adp_fp_add_entity_action", "param"},
         {"adp_fp_add_entity_action", "param2"},
     };
     return std::any_of(std::begin(kNullable), std::end(kNullable),
@@ -174,9 +160,9 @@ void Arguments::fill_memory(size_t index) {
     if (parameter.shape == Shape::kOutPointer) {
         slot.storage.assign(1, 0);
     } else if (parameter.shape == Shape::kList) {
-        fill_list(slot);
+        fill_list(random_, slot);
     } else if (parameter.shape == Shape::kFrameRecord) {
-        fill_frame_record(slot);
+        is_receive() ? fill_received(random_, slot) : fill_sent(random_, slot);
     } else if (adpsh::is_input(parameter)) {
         fill_elements(slot);
     }
@@ -192,170 +178,20 @@ void Arguments::fill_elements(Slot &slot) {
         std::memcpy(slot.data(), text.data(), text.size());
     } else if (parameter.type.kind == Kind::kOpaque) {
         fill_equal_bytes(random_, slot.data(), slot.bytes());
+    } else if (parameter.type.kind == Kind::kRecord && std::string_view(parameter.type.record->name) == "FpEntity") {
+        fill_rule(random_, true, slot.data());  // the calls that append to a rule take its address
     } else if (is_named(parameter, "frame")) {
         std::vector<uint8_t> frame(slot.elements);
-        fill_frame(frame);
+        fill_frame(random_, frame);
         std::copy(frame.begin(), frame.end(), slot.data());
     } else {
         for (size_t n = 0; n < slot.elements; ++n) {
-            fill_element(parameter.type, parameter.name, slot.data() + n * parameter.type.size);
+            fill_element(random_, parameter.type, parameter.name, slot.data() + n * parameter.type.size);
         }
     }
 }
 
-void Arguments::fill_element(const adpsh::Type &type, const char *name, uint8_t *to) {
-    const std::string_view what = name;
-    if (type.kind == Kind::kRecord) {
-        fill_record(*type.record, name, to);
-    } else if (what == "members" || what == "untagged" || what == "bitmap" || what == "word") {
-        store(type, random_.one_in(3) ? random_.next() : random_.sparse(), to);
-    } else if (type.is_interface) {
-        store(type, any_interface(random_), to);
-    } else if (type.size == 1) {
-        store(type, random_.next(), to);
-    } else {
-        store(type, number_for(random_, what), to);
-    }
-}
-
-void Arguments::fill_record(const adpsh::Record &record, const char *name, uint8_t *to) {
-    const std::string_view type = record.name;
-    if (type == "FpEntity") {
-        FpEntity entity{};
-        fill_entity(entity, std::string_view(name) == "e");
-        std::memcpy(to, &entity, sizeof entity);
-        return;
-    }
-    for (const adpsh::Field &field : record.fields) {
-        for (size_t n = 0; n < field.count; ++n) {
-            fill_element(field.type, field.name, to + field.offset + n * field.type.size);
-        }
-    }
-    if (type == "RemarkRule") {
-        RemarkRule rule;
-        std::memcpy(&rule, to, sizeof rule);
-        constexpr uint8_t kForms[] = {1, 1, 1, 7, 3};
-        rule.rule_form = random_.one_of(kForms);
-        rule.rule_id = static_cast<uint16_t>(random_.below(5));
-        rule.remark_kind = static_cast<uint8_t>(random_.below(4));
-        rule.match_field = static_cast<uint8_t>(random_.below(14));
-        fill_equal_bytes(random_, rule.match_value, sizeof rule.match_value);
-        std::memcpy(to, &rule, sizeof rule);
-    } else if (type == "FpInfo") {
-        const FpInfo info = {
-            static_cast<int32_t>(1 + random_.below(45)), static_cast<int32_t>(random_.below(11)), 0, -1, -1,
-            static_cast<int32_t>(random_.below(130)) - 9};
-        std::memcpy(to, &info, sizeof info);
-    }
-}
-
-/** Scalars are words of this machine, addresses are bytes: both read the same on every machine. */
-void Arguments::fill_entity(FpEntity &entity, bool as_equal_bytes) {
-    constexpr uint32_t kQualifiers[] = {0,  1,  6,  7,  9,  10, 13, 13, 18, 19,  21,
-                                        22, 23, 27, 28, 29, 30, 31, 61, 89, 332, 5};
-    constexpr uint32_t kActions[] = {30, 30, 33, 33, 53, 53, 1, 11, 77};
-    constexpr int32_t kOddCounts[] = {-1, 8, 9, 15, 16, 17};
-    const auto count = [&](uint32_t few) {
-        return random_.one_in(10) ? random_.one_of(kOddCounts) : static_cast<int32_t>(random_.below(few));
-    };
-    const auto fill_words = [&](uint8_t *to, size_t size) {
-        for (size_t n = 0; n < size; n += sizeof(uint32_t)) {
-            store(adpsh::kWord32, n == 0 ? any_number(random_) : random_.sparse(), to + n);
-        }
-    };
-    entity.submodule_type = number_for(random_, "submodule_type");
-    entity.unit = random_.one_in(10) ? 1 : 0;
-    entity.entity_id = number_for(random_, "entity_id");
-    entity.true_entry = random_.next();
-    entity.priority = random_.below(8);
-    entity.qualify_num = count(4);
-    entity.action_num = count(3);
-    for (int32_t n = 0; n < entity.qualify_num && n < ADP_FP_QUALIFIERS; ++n) {
-        FpQualify &qualify = entity.qualifies[n];
-        qualify.type = random_.one_of(kQualifiers);
-        if (as_equal_bytes || qualify.type < 9) {
-            fill_equal_bytes(random_, qualify.data, sizeof qualify.data);
-            fill_equal_bytes(random_, qualify.mask, sizeof qualify.mask);
-        } else {
-            fill_words(qualify.data, sizeof(adp_ports_t));
-            fill_words(qualify.mask, sizeof(adp_ports_t));
-        }
-    }
-    for (int32_t n = 0; n < entity.action_num && n < ADP_FP_ACTIONS; ++n) {
-        FpAction &action = entity.actions[n];
-        action.type = random_.one_of(kActions);
-        fill_words(action.param, sizeof(adp_ports_t));
-        store(adpsh::kWord32, random_.below(20), action.param2);
-    }
-}
-
-void Arguments::fill_list(Slot &slot) {
-    constexpr uint32_t kLongest = 5;
-    slot.elements = 1;
-    auto *const head = new (slot.storage.data()) adp_list_link_t{};
-    head->next = head->prev = head;
-    slot.nodes.resize(random_.below(kLongest));
-    for (adp_tx_dest_t &node : slot.nodes) {
-        node = {{head, head->prev}, any_interface(random_)};
-        head->prev->next = &node.link;
-        head->prev = &node.link;
-    }
-}
-
-/** Ethernet with what the receiver looks for, mostly. */
-void Arguments::fill_frame(std::vector<uint8_t> &frame) {
-    constexpr uint16_t kTypes[] = {0x8100, 0x8100, 0x8100, 0x9100, 0x0800, 0x86DD, 0x0806};
-    constexpr size_t kFirstType = 18;
-    constexpr size_t kTypeStep = 4;
-    constexpr size_t kTypes_ = 4;
-    constexpr size_t kPort = 17;
-    for (uint8_t &byte : frame) {
-        byte = static_cast<uint8_t>(random_.next());
-    }
-    if (frame.size() > kPort) {
-        frame[kPort] = static_cast<uint8_t>(random_.below(32) | (frame[kPort] & 0xC0));
-    }
-    for (size_t n = 0; n < kTypes_; ++n) {
-        const size_t at = kFirstType + n * kTypeStep;
-        if (at + 2 <= frame.size()) {
-            const uint16_t type = random_.one_of(kTypes);
-            frame[at] = static_cast<uint8_t>(type >> 8);
-            frame[at + 1] = static_cast<uint8_t>(type);
-        }
-    }
-    // Now and then the protocol byte of a header behind one, two or no tags is UDP's, or the options' 0.
-    constexpr size_t kProtocols[] = {14 + 9, 18 + 9, 22 + 9, 14 + 6, 18 + 6, 22 + 6};
-    constexpr size_t kTagBytes = 6;
-    for (const size_t offset : kProtocols) {
-        if (offset + kTagBytes < frame.size() && random_.one_in(3)) {
-            frame[offset + kTagBytes] = random_.one_in(2) ? 17 : 0;
-        }
-    }
-}
-
-void Arguments::fill_frame_record(Slot &slot) {
-    constexpr uint32_t kLongest = 100;
-    std::memset(slot.data(), 0, slot.bytes());
-    slot.pointed.resize(random_.below(kLongest));
-    fill_frame(slot.pointed);
-    slot.pointed.reserve(1);
-    const auto length = static_cast<uint32_t>(slot.pointed.size());
-    if (is_receive()) {
-        auto *const record = new (slot.storage.data()) adp_rx_frame_t{};
-        record->frame = slot.pointed.data();
-        record->length = length | (random_.one_in(8) ? 0x30000 : 0);
-        if (length > kLongest / 4 && random_.one_in(2)) {
-            record->vlan_tag = slot.pointed.data() + 18;
-        }
-        return;
-    }
-    auto *const record = new (slot.storage.data()) adp_tx_frame_t{};
-    record->frame = random_.one_in(16) ? nullptr : slot.pointed.data();
-    record->length = length;
-    record->source = any_interface(random_);
-}
-
-/** A parameter's memory, addresses into the call's own frame as offsets. */
+/** A parameter's memory, with offsets in place of addresses into the call's own frame. */
 std::vector<uint8_t> Arguments::comparable(size_t index) const {
     const Slot &slot = slots_[index];
     std::vector<uint8_t> bytes(slot.data(), slot.data() + slot.bytes());
@@ -395,4 +231,4 @@ const char *Arguments::difference(const Arguments &other) const {
     return nullptr;
 }
 
-}  // namespace lives
+}  // namespace differential

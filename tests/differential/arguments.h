@@ -1,6 +1,7 @@
 /**
  * @file arguments.h
- * One call's arguments, made from a seed. Made twice they are equal, but each in memory of its own.
+ * The arguments of one call, made from a seed. Two objects with the same seed hold equal values, each in its own
+ * memory.
  */
 #pragma once
 
@@ -14,7 +15,7 @@
 #include "tests/differential/random.h"
 #include "tools/adpsh/table.h"
 
-namespace lives {
+namespace differential {
 
 /** One parameter's storage. */
 struct Slot {
@@ -48,14 +49,10 @@ class Arguments {
 
   private:
     void fill_value(Slot &slot);
+    void fill_set(Slot &slot);
+    void fill_number(Slot &slot);
     void fill_memory(size_t index);
     void fill_elements(Slot &slot);
-    void fill_element(const adpsh::Type &type, const char *name, uint8_t *to);
-    void fill_record(const adpsh::Record &record, const char *name, uint8_t *to);
-    void fill_entity(FpEntity &entity, bool as_equal_bytes);
-    void fill_list(Slot &slot);
-    void fill_frame_record(Slot &slot);
-    void fill_frame(std::vector<uint8_t> &frame);
     [[nodiscard]] size_t extent(const adpsh::Parameter &parameter) const;
     [[nodiscard]] bool may_be_null(const adpsh::Parameter &parameter) const;
     [[nodiscard]] bool is_receive() const;
@@ -67,4 +64,4 @@ class Arguments {
     std::vector<void *> pointers_;
 };
 
-}  // namespace lives
+}  // namespace differential

@@ -1,3 +1,4 @@
+// Calls as lines.
 #include "tests/differential/call_text.h"
 
 #include <algorithm>
@@ -6,7 +7,7 @@
 
 #include "tests/support/trace_text.h"
 
-namespace lives {
+namespace differential {
 namespace {
 
 using adpsh::Field;
@@ -235,4 +236,4 @@ std::string outputs_text(const Arguments &arguments) {
     return text;
 }
 
-}  // namespace lives
+}  // namespace differential

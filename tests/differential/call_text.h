@@ -8,7 +8,7 @@
 
 #include "tests/differential/arguments.h"
 
-namespace lives {
+namespace differential {
 
 /** The call and its inputs, as adpsh takes them. */
 std::string script_line(const Arguments &arguments);
@@ -19,4 +19,4 @@ std::string trace_line(const Arguments &arguments);
 /** What the call left in its outputs, for the trace. */
 std::string outputs_text(const Arguments &arguments);
 
-}  // namespace lives
+}  // namespace differential

@@ -21,7 +21,7 @@ def declarations(functions):
 
 def table(functions):
     lines = ["// Generated from the public headers. Changes here are lost.", '#include "tools/adpsh/generated_support.h"',
-             '#include "generated/reference.h"', '#include "tests/differential/reference_table.h"', "", "namespace lives {",
+             '#include "generated/reference.h"', '#include "tests/differential/reference_table.h"', "", "namespace differential {",
              "namespace {", "", "using adpsh::address;", "using adpsh::result_of;", "using adpsh::value;", ""]
     for function in functions:
         arguments = ", ".join(generate_calls.Writer.argument(*each) for each in enumerate(function.params))
@@ -32,7 +32,7 @@ def table(functions):
     lines += ["constexpr Model kModels[] = {"]
     lines += [f'    {{"{function.name}", model_{function.name}}},' for function in functions]
     return "\n".join(lines + ["};", "", "}  // namespace", "", "std::span<const Model> models() { return kModels; }", "",
-                              "}  // namespace lives", ""])
+                              "}  // namespace differential", ""])
 
 
 def main():

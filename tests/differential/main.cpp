@@ -1,5 +1,5 @@
-// lives [CALLS [SEED]] [--trace FILE | --script] [--falsify CALL]: random sequences of calls, the library against the
-// reference model.
+// differential [CALLS [SEED]] [--trace FILE | --script] [--falsify CALL]: random sequences of calls, the library
+// against the reference model.
 #include <getopt.h>
 #include <unistd.h>
 
@@ -10,19 +10,21 @@
 #include <cstring>
 #include <string>
 
+#include "tests/differential/comparison.h"
 #include "tests/differential/random.h"
 #include "tests/differential/reference_table.h"
 #include "tests/differential/runner.h"
+#include "tests/differential/sequence.h"
 #include "tools/adpsh/table.h"
 
 namespace {
 
-using lives::Outcome;
+using differential::Outcome;
 
-constexpr size_t kLifeCalls = 1000;
+constexpr size_t kSequenceCalls = 1000;
 
 struct Options {
-    uint64_t calls = 200000; /**< 0: for ever */
+    uint64_t calls = 200000; /**< 0: until stopped */
     uint64_t seed = 1;
     const char *trace = nullptr;
     bool prints_script = false;
@@ -30,12 +32,12 @@ struct Options {
 
 int usage() {
     std::fprintf(stderr,
-                 "usage: lives [CALLS [SEED]] [--trace FILE | --script] [--falsify CALL]\n"
-                 "  CALLS  calls to make, 200000 unless given; 0: until stopped\n"
-                 "  SEED   the same seed gives the same calls on every machine; 1 unless given\n"
-                 "  FILE   gets every call with all that it did\n"
-                 "  --script  prints the calls as a script for adpsh and makes none\n"
-                 "  --falsify CALL  takes that call's result for another one, to see that it is found\n");
+                 "usage: differential [CALLS [SEED]] [--trace FILE | --script] [--falsify CALL]\n"
+                 "  CALLS  number of calls, by default 200000; 0: until stopped\n"
+                 "  SEED   the same seed gives the same calls on every machine; by default 1\n"
+                 "  --trace FILE  writes every call with everything that it did\n"
+                 "  --script      prints the calls as a script for adpsh, without making them\n"
+                 "  --falsify CALL  changes that call's result, to see that the difference is found\n");
     return 2;
 }
 
@@ -55,7 +57,7 @@ bool read_options(int argc, char **argv, Options *options) {
         if (c == 't') {
             options->trace = optarg;
         } else if (c == 'f') {
-            lives::falsify(optarg);
+            differential::falsify(optarg);
         } else if (c == 's') {
             options->prints_script = true;
         } else {
@@ -71,28 +73,28 @@ bool read_options(int argc, char **argv, Options *options) {
     return true;
 }
 
-/** The model has to know every exported call. */
+/** Whether the model has every exported call. */
 bool has_all_models() {
     bool is_complete = true;
     size_t at = 0;
     for (const auto &call : adpsh::calls()) {
-        if (at < lives::models().size() && std::strcmp(lives::models()[at].name, call.name) == 0) {
+        if (at < differential::models().size() && std::strcmp(differential::models()[at].name, call.name) == 0) {
             ++at;
         } else {
-            std::printf("lives: there is no model of %s\n", call.name);
+            std::printf("differential: there is no model of %s\n", call.name);
             is_complete = false;
         }
     }
     return is_complete;
 }
 
-/** Calls that never came up; in a long run there must be none. */
+/** The number of functions that were never called; in a long run there must be none. */
 int count_missed(uint64_t calls) {
     constexpr uint64_t kLongRun = 20000;
     int missed = 0;
     for (size_t n = 0; n < adpsh::calls().size() && calls >= kLongRun; ++n) {
-        if (lives::counts().calls[n] == 0) {
-            std::printf("lives: %s was never called\n", adpsh::calls()[n].name);
+        if (differential::counts().calls[n] == 0) {
+            std::printf("differential: %s was never called\n", adpsh::calls()[n].name);
             ++missed;
         }
     }
@@ -120,28 +122,30 @@ class Progress {
     std::chrono::steady_clock::time_point shown_ = start_;
 };
 
-int report_failure(const std::vector<lives::Step> &life, const Outcome &outcome, uint64_t seed, uint64_t number) {
+int report_failure(const differential::Sequence &sequence, const Outcome &outcome, uint64_t seed, uint64_t number) {
     const bool crashed = outcome.end == Outcome::End::kCrashed;
-    std::printf("\nlives: FAILED: %s in %s, call %zu of life %llu of seed %llu\n",
-                crashed ? "the process ended" : "library and model part", lives::name_of(life[outcome.step]),
-                outcome.step, static_cast<unsigned long long>(number), static_cast<unsigned long long>(seed));
-    const auto shrunk = lives::shrink(life, outcome);
+    std::printf("\ndifferential: FAILED: %s in %s, call %zu of sequence %llu of seed %llu\n",
+                crashed ? "the process ended" : "library and model differ",
+                differential::name_of(sequence[outcome.step]), outcome.step, static_cast<unsigned long long>(number),
+                static_cast<unsigned long long>(seed));
+    const auto shrunk = differential::shrink(sequence, outcome);
     std::printf("shrunk from %zu calls to %zu\n", outcome.step + 1, shrunk.size());
     std::fflush(stdout);
-    lives::report_life(shrunk);
+    differential::report(shrunk);
     return 1;
 }
 
-uint64_t life_seed(const Options &options, uint64_t number) {
-    return lives::scramble(options.seed) + number;
+uint64_t sequence_seed(const Options &options, uint64_t number) {
+    return differential::scramble(options.seed) + number;
 }
 
 void print_script(const Options &options) {
     uint64_t made = 0;
-    for (uint64_t number = 0; options.calls == 0 || made < options.calls; ++number, made += kLifeCalls) {
-        std::printf("# life %llu\n", static_cast<unsigned long long>(number));
-        for (const lives::Step &step : lives::make_life(life_seed(options, number), kLifeCalls)) {
-            std::printf("%s\n", lives::Life::script(step).c_str());
+    for (uint64_t number = 0; options.calls == 0 || made < options.calls; ++number, made += kSequenceCalls) {
+        std::printf("# sequence %llu\n", static_cast<unsigned long long>(number));
+        for (const differential::Step &step :
+             differential::make_sequence(sequence_seed(options, number), kSequenceCalls)) {
+            std::printf("%s\n", differential::Comparison::script(step).c_str());
         }
     }
 }
@@ -150,15 +154,15 @@ int run(const Options &options, std::FILE *trace) {
     Progress progress;
     uint64_t made = 0;
     for (uint64_t number = 0; options.calls == 0 || made < options.calls; ++number) {
-        const uint64_t left = options.calls == 0 ? kLifeCalls : options.calls - made;
-        const auto size = static_cast<size_t>(std::min<uint64_t>(kLifeCalls, left));
-        const auto life = lives::make_life(life_seed(options, number), size);
+        const uint64_t left = options.calls == 0 ? kSequenceCalls : options.calls - made;
+        const auto size = static_cast<size_t>(std::min<uint64_t>(kSequenceCalls, left));
+        const auto sequence = differential::make_sequence(sequence_seed(options, number), size);
         if (trace != nullptr) {
-            std::fprintf(trace, "== life %llu\n", static_cast<unsigned long long>(number));
+            std::fprintf(trace, "== sequence %llu\n", static_cast<unsigned long long>(number));
         }
-        const Outcome outcome = lives::run_life(life, trace);
+        const Outcome outcome = differential::run(sequence, trace);
         if (outcome.end != Outcome::End::kAgreed) {
-            return report_failure(life, outcome, options.seed, number);
+            return report_failure(sequence, outcome, options.seed, number);
         }
         made += size;
         progress.show(made);
@@ -166,9 +170,9 @@ int run(const Options &options, std::FILE *trace) {
     if (count_missed(made) != 0) {
         return 1;
     }
-    std::printf("lives: %llu calls of %zu functions agree, and %llu calls that they made (seed %llu, %.1f s)\n",
+    std::printf("differential: %llu calls of %zu functions agree, and %llu calls that they made (seed %llu, %.1f s)\n",
                 static_cast<unsigned long long>(made), adpsh::calls().size(),
-                static_cast<unsigned long long>(lives::counts().imported_calls),
+                static_cast<unsigned long long>(differential::counts().imported_calls),
                 static_cast<unsigned long long>(options.seed), progress.seconds());
     return 0;
 }

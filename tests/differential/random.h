@@ -1,6 +1,6 @@
 /**
  * @file random.h
- * Numbers that depend on a seed and nothing else, so that a life is the same on every machine.
+ * Numbers that depend on a seed alone, so a sequence is the same on every machine.
  */
 #pragma once
 
@@ -8,7 +8,7 @@
 #include <stdint.h>
 #include <span>
 
-namespace lives {
+namespace differential {
 
 /** Scrambles a number: neighbours come out unrelated. */
 constexpr uint64_t scramble(uint64_t z) {
@@ -44,4 +44,4 @@ class Random {
     uint64_t state_;
 };
 
-}  // namespace lives
+}  // namespace differential

@@ -8,7 +8,7 @@
 
 #include "tools/adpsh/table.h"
 
-namespace lives {
+namespace differential {
 
 struct Model {
     const char *name;
@@ -17,4 +17,4 @@ struct Model {
 
 std::span<const Model> models();
 
-}  // namespace lives
+}  // namespace differential

@@ -1,3 +1,4 @@
+// Child processes, reports and shrinking.
 #include "tests/differential/runner.h"
 
 #include <sys/mman.h>
@@ -9,14 +10,17 @@
 #include <cstring>
 #include <functional>
 #include <new>
+#include <string>
 
-namespace lives {
+#include "tests/differential/comparison.h"
+
+namespace differential {
 
 Counts &counts() {
     static Counts *const shared = [] {
         void *memory = mmap(nullptr, sizeof(Counts), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
         if (memory == MAP_FAILED) {
-            std::perror("lives: mmap");
+            std::perror("differential: mmap");
             std::exit(2);
         }
         return new (memory) Counts{};
@@ -26,20 +30,20 @@ Counts &counts() {
 
 namespace {
 
-constexpr int kParted = 1;
-constexpr unsigned kLongestLife = 300;  // seconds; a life that hangs is a crash
+constexpr int kDiffered = 1;
+constexpr unsigned kMostSeconds = 300;  // a sequence that hangs is a crash
 
-/** What @p live gives as the exit status of a child process. */
-int run_child(const std::function<int()> &live) {
+/** The wait status of a child process that ends with the status of @p body. */
+int run_child(const std::function<int()> &body) {
     std::fflush(nullptr);
     const pid_t child = fork();
     if (child < 0) {
-        std::perror("lives: fork");
+        std::perror("differential: fork");
         std::exit(2);
     }
     if (child == 0) {
-        alarm(kLongestLife);
-        _exit(live());
+        alarm(kMostSeconds);
+        _exit(body());
     }
     int status = 0;
     waitpid(child, &status, 0);
@@ -47,26 +51,26 @@ int run_child(const std::function<int()> &live) {
 }
 
 Outcome outcome_of(int status) {
-    if (!WIFEXITED(status) || WEXITSTATUS(status) > kParted) {
+    if (!WIFEXITED(status) || WEXITSTATUS(status) > kDiffered) {
         return {Outcome::End::kCrashed, counts().step};
     }
-    return {WEXITSTATUS(status) == 0 ? Outcome::End::kAgreed : Outcome::End::kParted, counts().step};
+    return {WEXITSTATUS(status) == 0 ? Outcome::End::kAgreed : Outcome::End::kDiffered, counts().step};
 }
 
 }  // namespace
 
-Outcome run_life(const std::vector<Step> &steps, std::FILE *trace) {
+Outcome run(const Sequence &sequence, std::FILE *trace) {
     counts().step = 0;
     const int status = run_child([&] {
-        Life life(trace);
-        for (size_t n = 0; n < steps.size(); ++n) {
+        Comparison comparison(trace);
+        for (size_t n = 0; n < sequence.size(); ++n) {
             counts().step = n;
-            ++counts().calls[steps[n].call];
-            if (!life.live(steps[n])) {
-                return kParted;
+            ++counts().calls[sequence[n].call];
+            if (!comparison.run(sequence[n])) {
+                return kDiffered;
             }
         }
-        counts().imported_calls += life.imported_calls();
+        counts().imported_calls += comparison.imported_calls();
         if (trace != nullptr) {
             std::fflush(trace);
         }
@@ -81,7 +85,7 @@ void print(const std::string &line) {
     dprintf(STDOUT_FILENO, "%s\n", line.c_str());
 }
 
-/** Answers other than 0 are what a person has to make happen to see the same. */
+/** Answers other than 0, which have to be produced by hand to see the same. */
 void print_answers(const std::vector<std::string> &lines) {
     for (const std::string &line : lines) {
         const size_t arrow = line.rfind(" -> ");
@@ -103,19 +107,19 @@ void print_side(const char *name, const std::vector<std::string> &lines) {
 
 }  // namespace
 
-void report_life(const std::vector<Step> &steps) {
-    print("\n# As a script for adpsh; what the driver answered other than 0 stands behind each line.");
+void report(const Sequence &sequence) {
+    print("\n# As a script for adpsh. Each line is followed by the driver's answers other than 0.");
     const int status = run_child([&] {
-        Life life(nullptr);
-        life.describe();
-        for (const Step &step : steps) {
-            print(Life::script(step));
-            const bool agrees = life.live(step);
-            print_answers(life.lines());
+        Comparison comparison(nullptr);
+        comparison.describe();
+        for (const Step &step : sequence) {
+            print(Comparison::script(step));
+            const bool agrees = comparison.run(step);
+            print_answers(comparison.lines());
             if (!agrees) {
-                print("\n# Library and model part in " + life.difference().what);
-                print_side("The library made", life.difference().library);
-                print_side("The model made", life.difference().model);
+                print("\n# Library and model differ in " + comparison.difference().what);
+                print_side("The library made", comparison.difference().library);
+                print_side("The model made", comparison.difference().model);
             }
         }
         return 0;
@@ -125,22 +129,22 @@ void report_life(const std::vector<Step> &steps) {
     }
 }
 
-std::vector<Step> shrink(std::vector<Step> steps, const Outcome &outcome) {
-    steps.resize(outcome.step + 1);
-    const size_t call = steps.back().call;
-    const auto still_ends = [&](const std::vector<Step> &candidate) {
-        const Outcome now = run_life(candidate, nullptr);
+Sequence shrink(Sequence sequence, const Outcome &outcome) {
+    sequence.resize(outcome.step + 1);
+    const size_t call = sequence.back().call;
+    const auto still_ends = [&](const Sequence &candidate) {
+        const Outcome now = run(candidate, nullptr);
         return now.end == outcome.end && now.step + 1 == candidate.size() && candidate.back().call == call;
     };
-    // Takes out ever smaller pieces; the last step is what it is about and stays.
-    for (size_t piece = steps.size() / 2; piece >= 1;) {
+    // Removes ever smaller pieces. The last step is the one that differs, and stays.
+    for (size_t piece = sequence.size() / 2; piece >= 1;) {
         bool was_shortened = false;
-        for (size_t at = 0; at + piece < steps.size();) {
-            std::vector<Step> candidate = steps;
+        for (size_t at = 0; at + piece < sequence.size();) {
+            Sequence candidate = sequence;
             const auto from = candidate.begin() + static_cast<ptrdiff_t>(at);
             candidate.erase(from, from + static_cast<ptrdiff_t>(piece));
             if (still_ends(candidate)) {
-                steps = std::move(candidate);
+                sequence = std::move(candidate);
                 was_shortened = true;
             } else {
                 at += piece;
@@ -148,7 +152,7 @@ std::vector<Step> shrink(std::vector<Step> steps, const Outcome &outcome) {
         }
         piece = was_shortened && piece == 1 ? 1 : piece / 2;
     }
-    return steps;
+    return sequence;
 }
 
-}  // namespace lives
+}  // namespace differential

@@ -1,6 +1,6 @@
 /**
  * @file runner.h
- * Runs lives, each in a child process, and shrinks one in which library and model part.
+ * Runs sequences, each in a child process, and shrinks one in which library and model differ.
  */
 #pragma once
 
@@ -9,32 +9,32 @@
 #include <cstdio>
 #include <vector>
 
-#include "tests/differential/life.h"
+#include "tests/differential/sequence.h"
 
-namespace lives {
+namespace differential {
 
 struct Outcome {
-    enum class End { kAgreed, kParted, kCrashed };
+    enum class End { kAgreed, kDiffered, kCrashed };
     End end = End::kAgreed;
-    size_t step = 0; /**< the one at which it ended, if they did not agree */
+    size_t step = 0; /**< the last one, unless they agreed */
 };
 
-/** What all lives did, kept where child processes can write it. */
+/** Counts of all sequences, in memory that the child processes share. */
 struct Counts {
     static constexpr size_t kMostCalls = 512;
     uint64_t imported_calls;    /**< driver, service and system calls, and events, of the library */
-    uint64_t calls[kMostCalls]; /**< by place in the table of calls */
-    size_t step;                /**< the life's own, for a child that cannot say it any more */
+    uint64_t calls[kMostCalls]; /**< by index in the table of calls */
+    size_t step;                /**< of the running sequence, for a child that crashes */
 };
 Counts &counts();
 
 /** @p trace: where the complete trace is appended, null for none. */
-Outcome run_life(const std::vector<Step> &steps, std::FILE *trace);
+Outcome run(const Sequence &sequence, std::FILE *trace);
 
-/** Prints the sequence as an adpsh script and where library and model part at its end. */
-void report_life(const std::vector<Step> &steps);
+/** Prints the sequence as an adpsh script, and how library and model differ at its end. */
+void report(const Sequence &sequence);
 
 /** A shorter sequence that ends in the same call in the same way. */
-std::vector<Step> shrink(std::vector<Step> steps, const Outcome &outcome);
+Sequence shrink(Sequence sequence, const Outcome &outcome);
 
-}  // namespace lives
+}  // namespace differential

@@ -1,3 +1,4 @@
+// Each exported and each internal table.
 #include "tests/differential/table_compare.h"
 
 #include <adp/adp.h>
@@ -9,7 +10,7 @@
 #include "src/port/hold.h"
 #include "tests/differential/reference/tables.h"
 
-namespace lives {
+namespace differential {
 namespace {
 
 using reference::tables;
@@ -148,4 +149,4 @@ std::string table_difference() {
     return "";
 }
 
-}  // namespace lives
+}  // namespace differential

@@ -6,9 +6,9 @@
 
 #include <string>
 
-namespace lives {
+namespace differential {
 
 /** The first table that differs, with what stands in it; empty when all are equal. */
 std::string table_difference();
 
-}  // namespace lives
+}  // namespace differential

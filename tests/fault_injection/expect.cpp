@@ -5,7 +5,7 @@
 #include "calls/call_table.h"
 #include "tests/fault_injection/plan.h"
 
-namespace fault {
+namespace fault_injection {
 namespace {
 
 /** Follows a plan call by call. */
@@ -129,4 +129,4 @@ std::vector<const Item *> failing_calls(const Plan &plan) {
     return calls;
 }
 
-}  // namespace fault
+}  // namespace fault_injection

@@ -13,7 +13,7 @@
 #include "tests/fault_injection/row.h"
 #include "tests/fault_injection/state.h"
 
-namespace fault {
+namespace fault_injection {
 
 /** What the failure of a call does to the function that made it. */
 struct Policy {
@@ -64,12 +64,6 @@ std::optional<Plan> plan_of(const Family &family, const Row &row, const State &s
  * one. */
 std::optional<Plan> plan_without_driver(const Family &family, const Row &row, const State &state);
 
-/** "a=1, b=2" taken apart. */
-std::vector<Assignment> assignments_of(const std::string &text);
-
-/** The text with $intf, $group and $trunk replaced. */
-std::string in_state(const std::string &text, const State &state);
-
 /** A call that a run must show. */
 struct ExpectedCall {
     const Item *item;
@@ -106,4 +100,4 @@ Expected expect(const Plan &plan, const std::optional<FailingCall> &failing);
 /** The calls of a plan that can fail, in order. */
 std::vector<const Item *> failing_calls(const Plan &plan);
 
-}  // namespace fault
+}  // namespace fault_injection

@@ -1,4 +1,4 @@
-// Rows of the sweep out of their files.
+// Reads rows from their files.
 #include "tests/fault_injection/row.h"
 
 #include <algorithm>
@@ -6,7 +6,7 @@
 #include <fstream>
 #include <stdexcept>
 
-namespace fault {
+namespace fault_injection {
 namespace {
 
 constexpr std::string_view kOpening = "({<[";
@@ -14,7 +14,7 @@ constexpr std::string_view kClosing = ")}>]";
 constexpr std::string_view kDefine = "define ";
 
 std::filesystem::path folder() {
-    return FAULT_ROWS;
+    return FAULT_INJECTION_ROWS;
 }
 
 /** A piece of the file that belongs together: a row or a definition with the lines that go on. */
@@ -145,4 +145,4 @@ size_t closing(std::string_view text, size_t open) {
     throw std::runtime_error("a bracket is not closed: " + std::string(text));
 }
 
-}  // namespace fault
+}  // namespace fault_injection

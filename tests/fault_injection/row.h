@@ -1,14 +1,13 @@
 /**
  * @file row.h
- * The rows of the sweep as they stand in tests/fault_injection/rows: for each function its arguments and what must
- * happen.
+ * The rows in the files of tests/fault_injection/rows: for each function its arguments and what must happen.
  *
  *     adp_double_tag_get $intf
  *         | given: user_port_dtag_mode_get.mode=3
  *         | port: user_port_dtag_mode_get 102 <mode=3>
  *         | other: 201
  *
- * A row begins at the margin and goes on in lines that do not. `define NAME = text` names a piece of a plan.
+ * A row begins in the first column; indented lines continue it. `define NAME = text` names a part of a plan.
  */
 #pragma once
 
@@ -19,7 +18,7 @@
 #include <string_view>
 #include <vector>
 
-namespace fault {
+namespace fault_injection {
 
 struct Row {
     std::string where;    /**< file and line */
@@ -31,7 +30,7 @@ struct Row {
     /** The clause's text, empty if there is none. */
     [[nodiscard]] std::string clause(const std::string &name) const;
     [[nodiscard]] bool takes_interface() const;
-    /** Whether the row is for a state: for any, unless a clause names those it is for. */
+    /** Whether the row is for a state: for any, unless the clause `in` names some. */
     [[nodiscard]] bool wants(const std::string &state) const;
 };
 
@@ -55,4 +54,4 @@ std::vector<std::string> split(std::string_view text, char separator);
 /** The position of the bracket that closes the one at @p open; throws std::runtime_error when there is none. */
 size_t closing(std::string_view text, size_t open);
 
-}  // namespace fault
+}  // namespace fault_injection

@@ -6,6 +6,7 @@
 #include <functional>
 #include <stdexcept>
 
+#include "tests/fault_injection/plan_reader.h"
 #include "tests/fault_injection/target.h"
 #include "tests/support/call_line.h"
 #include "tests/support/fake_system.h"
@@ -13,7 +14,7 @@
 #include "tools/adpsh/arguments.h"
 #include "tools/adpsh/table.h"
 
-namespace fault {
+namespace fault_injection {
 namespace {
 
 /** What a call only writes holds this before it, so that what it left alone shows. */
@@ -211,4 +212,4 @@ Memory memory_with(const Row &row, const State &state, const std::vector<Assignm
     return memory;
 }
 
-}  // namespace fault
+}  // namespace fault_injection

@@ -12,7 +12,7 @@
 #include "tests/fault_injection/row.h"
 #include "tests/fault_injection/state.h"
 
-namespace fault {
+namespace fault_injection {
 
 /**
  * Which call fails: number @p index of the driver's and services' calls, of allocations, or of a system call's; or
@@ -52,4 +52,4 @@ Observed run(const Row &row, const State &state, const Failure &failure);
 /** The memory as it must be: that from before the call, with these written. */
 Memory memory_with(const Row &row, const State &state, const std::vector<Assignment> &writes);
 
-}  // namespace fault
+}  // namespace fault_injection

@@ -12,7 +12,7 @@
 
 #include "src/pkt/testing/transmit.h"
 
-namespace fault {
+namespace fault_injection {
 
 /** A way to send. */
 struct Sender {
@@ -90,4 +90,4 @@ class SendingTest : public transmit_test::TransmitTest {
     size_t open_ = 0;
 };
 
-}  // namespace fault
+}  // namespace fault_injection

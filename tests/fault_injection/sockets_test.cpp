@@ -7,10 +7,10 @@
 
 namespace {
 
-using fault::frame;
-using fault::Sender;
-using fault::senders;
-using fault::SendingTest;
+using fault_injection::frame;
+using fault_injection::Sender;
+using fault_injection::senders;
+using fault_injection::SendingTest;
 using ::testing::Combine;
 using ::testing::ValuesIn;
 
@@ -62,7 +62,7 @@ TEST_P(SystemCallFails, ASendIsTriedFourTimesWhateverTheError) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Fault, SystemCallFails, Combine(ValuesIn(senders()), ValuesIn(kErrors)), name_of);
+INSTANTIATE_TEST_SUITE_P(FaultInjection, SystemCallFails, Combine(ValuesIn(senders()), ValuesIn(kErrors)), name_of);
 
 /** A way to send. */
 class Send : public SendingTest, public testing::WithParamInterface<Sender> {};
@@ -85,7 +85,8 @@ TEST_P(Send, WithoutMemoryAsksNothingOfTheSystem) {
     expect_as_before();
 }
 
-INSTANTIATE_TEST_SUITE_P(Fault, Send, ValuesIn(senders()), [](const auto &sender) { return sender.param.name; });
+INSTANTIATE_TEST_SUITE_P(FaultInjection, Send, ValuesIn(senders()),
+                         [](const auto &sender) { return sender.param.name; });
 
 class SocketCall : public SendingTest, public testing::WithParamInterface<int> {};
 
@@ -103,13 +104,13 @@ TEST_P(SocketCall, TheCommonSocketCannotBeMade) {
     system().fail("socket", GetParam());
     EXPECT_EQ(adp_pkt_init(), 50);  // the length of what it prints
     system().fail("socket", 0);
-    EXPECT_EQ(fault::transmit(nullptr, ADP_NO_VLAN, 1), ADP_FAIL);
+    EXPECT_EQ(fault_injection::transmit(nullptr, ADP_NO_VLAN, 1), ADP_FAIL);
     ASSERT_EQ(system().sent().size(), kAttempts);
     EXPECT_EQ(system().sent()[0].descriptor, -1);
     expect_as_before();
 }
 
-INSTANTIATE_TEST_SUITE_P(Fault, SocketCall, ValuesIn(kErrors),
+INSTANTIATE_TEST_SUITE_P(FaultInjection, SocketCall, ValuesIn(kErrors),
                          [](const auto &error) { return std::string(strerrorname_np(error.param)); });
 
 }  // namespace

@@ -3,7 +3,7 @@
 
 #include "tests/support/library_test.h"
 
-namespace fault {
+namespace fault_injection {
 namespace {
 
 constexpr uint32_t kPort = 2;
@@ -117,4 +117,4 @@ void take_down() {
     library_test::drop_rules();
 }
 
-}  // namespace fault
+}  // namespace fault_injection

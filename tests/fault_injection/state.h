@@ -1,9 +1,9 @@
 /**
  * @file state.h
- * The states of the tables in which every function is swept.
+ * The states of the tables in which every function is run.
  *
  * Active and configured members differ wherever a group has both, and a group's management interface is not its first
- * member, so that a call that asks for the wrong ones is found out. A member 0 is an empty slot.
+ * member, so a call that asks for the wrong ones is found. A member 0 is an empty slot.
  */
 #pragma once
 
@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-namespace fault {
+namespace fault_injection {
 
 enum class Who { kPort, kGroup, kNoSuchGroup, kForeign };
 
@@ -31,7 +31,7 @@ struct State {
     [[nodiscard]] uint32_t lowest_configured() const;
     /** The physical port of the interface itself, -1 for anything but a user port. */
     [[nodiscard]] int32_t port() const;
-    /** One of the two states in which functions are swept that take no interface: without groups, and with one. */
+    /** Whether functions without an interface are run in it: in two states, one without groups and one with a group. */
     [[nodiscard]] bool is_plain() const;
     /** Where the interface's hold stands in its table: user ports 1 to 26, then the groups. */
     [[nodiscard]] uint32_t hold() const;
@@ -47,4 +47,4 @@ void bring_up(const State &state);
 /** Frees what bring_up() and the calls since have allocated. */
 void take_down();
 
-}  // namespace fault
+}  // namespace fault_injection

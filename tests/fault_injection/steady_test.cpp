@@ -9,8 +9,8 @@
 
 namespace {
 
-using fault::Sender;
-using fault::senders;
+using fault_injection::Sender;
+using fault_injection::senders;
 
 constexpr uint32_t kFrames = 100000;
 /** A socket for each frame is slow by nature. */
@@ -22,7 +22,7 @@ size_t heap_in_use() {
 }
 
 /** Many frames; nothing that the stand-ins see is kept meanwhile. */
-class ManyFrames : public fault::SendingTest {
+class ManyFrames : public fault_injection::SendingTest {
   protected:
     void SetUp() override {
         SendingTest::SetUp();

@@ -5,10 +5,11 @@
 #include <cstring>
 #include <stdexcept>
 
+#include "tests/fault_injection/plan_reader.h"
 #include "tests/support/library_test.h"
 #include "tools/adpsh/convert.h"
 
-namespace fault {
+namespace fault_injection {
 namespace {
 
 /** A value that fills every byte of its target. */
@@ -218,4 +219,4 @@ void give(const std::string &text) {
     }
 }
 
-}  // namespace fault
+}  // namespace fault_injection

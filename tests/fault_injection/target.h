@@ -13,7 +13,7 @@
 #include "tests/fault_injection/plan.h"
 #include "tools/adpsh/table.h"
 
-namespace fault {
+namespace fault_injection {
 
 /** `name[1][0].field[2]` taken apart. */
 struct Target {
@@ -33,4 +33,4 @@ void assign_table(const Assignment &assignment);
 /** The clause `given`: what the driver's calls write and return, `call.output=value, call=result, ...`. */
 void give(const std::string &text);
 
-}  // namespace fault
+}  // namespace fault_injection

@@ -1,12 +1,12 @@
-// Rows that say what is not so: the sweep must find out, or its silence about the others would mean nothing.
+// Rows that are wrong on purpose, each in another way. Each of them must give a complaint.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <sstream>
 
-#include "tests/fault_injection/sweep.h"
+#include "tests/fault_injection/report.h"
 
-namespace fault {
+namespace fault_injection {
 namespace {
 
 using ::testing::Contains;
@@ -23,9 +23,9 @@ void PrintTo(const WrongRow &row, std::ostream *out) {
     *out << row.name;
 }
 
-Report swept(const std::string &rows) {
+Report report_of(const std::string &rows) {
     std::istringstream text(rows);
-    return sweep(parse_family("wrong", text));
+    return inject_failures(parse_family("wrong", text));
 }
 
 const std::vector<WrongRow> kWrongRows = {
@@ -50,7 +50,7 @@ const std::vector<WrongRow> kWrongRows = {
      "a table differs"},
     {"TableAfterFailure", "adp_add_msti_member 5 100 | any: user_stg_vlan_add(vid=100) own; writes aiVlanStg[100]=5",
      "user_stg_vlan_add, failing with -9: a table differs"},
-    {"Output", "adp_vlan_default_get | given: user_vlan_default_get.vid=7 | any: user_vlan_default_get own <vlan=8>",
+    {"Output", "adp_vlan_default_get | given: user_vlan_default_get.vid=7 | any: user_vlan_default_get own <vid=8>",
      "output 0 differs at byte"},
     {"OutputAfterFailure", "adp_get_l2_cache_size | any: writes size=8192; user_l2_cache_size_get own",
      "user_l2_cache_size_get, failing with 77: output 0 differs at byte"},
@@ -69,17 +69,17 @@ const std::vector<WrongRow> kWrongRows = {
      "there is no parameter or table aiVlan"},
 };
 
-class SweepComplains : public testing::TestWithParam<WrongRow> {};
+class WrongRows : public testing::TestWithParam<WrongRow> {};
 
-TEST_P(SweepComplains, OfAWrongRow) {
-    EXPECT_THAT(swept(GetParam().row).complaints, Contains(HasSubstr(GetParam().complaint)));
+TEST_P(WrongRows, GiveAComplaint) {
+    EXPECT_THAT(report_of(GetParam().row).complaints, Contains(HasSubstr(GetParam().complaint)));
 }
 
-INSTANTIATE_TEST_SUITE_P(Fault, SweepComplains, testing::ValuesIn(kWrongRows),
+INSTANTIATE_TEST_SUITE_P(FaultInjection, WrongRows, testing::ValuesIn(kWrongRows),
                          [](const auto &row) { return row.param.name; });
 
-TEST(Sweep, IsContentWithARightRow) {
-    const Report report = swept("adp_vlan_create 100 | any: user_vlan_create(vid=100) own");
+TEST(RightRow, GivesNoComplaint) {
+    const Report report = report_of("adp_vlan_create 100 | any: user_vlan_create(vid=100) own");
     EXPECT_THAT(report.complaints, IsEmpty());
     EXPECT_EQ(report.counts.rows, 1U);
     // In two states: undisturbed, two failures of the one call, and two of every call.
@@ -88,4 +88,4 @@ TEST(Sweep, IsContentWithARightRow) {
 }
 
 }  // namespace
-}  // namespace fault
+}  // namespace fault_injection

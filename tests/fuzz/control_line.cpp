@@ -5,22 +5,34 @@
 #include <sys/epoll.h>
 
 #include <algorithm>
+#include <nlohmann/json.hpp>
 
 #include "tests/fuzz/fuzz.h"
 #include "tests/fuzz/raw_socket.h"
 #include "tests/support/temporary_folder.h"
 #include "vdevice/daemon/control_server.h"
+#include "vdevice/inspect/arguments.h"
 
 namespace {
 
 using fuzz::Bytes;
 using fuzz::expect;
 using nlohmann::json;
+namespace inspect = vdevice::inspect;
 
-/** Looks at the request as commands do, and gives back what was in it. */
+/** The request as a command reads it, with its arguments named, or the reason why there is none. */
 json answer(const json &request) {
-    const auto command = request.find("command");
-    return {{"command", command == request.end() ? json("none") : *command}, {"members", request.size()}};
+    const auto name = request.find("command");
+    const auto *subject =
+        name != request.end() && name->is_string() ? inspect::find(name->get<std::string>()) : nullptr;
+    if (subject == nullptr) {
+        return {{"error", "no command"}};
+    }
+    try {
+        return inspect::with_named_arguments(request, *subject);
+    } catch (const inspect::Refusal &refusal) {
+        return {{"error", refusal.what()}};
+    }
 }
 
 class Daemon {

@@ -184,7 +184,9 @@ def control_line():
     for name, text in {
             "version": '{"command": "version"}', "numbers": '{"command": 1e999, "port": -0}', "array": "[1, 2]",
             "deep": '{"a":' + "[" * 200, "text": r'{"command": "\u00e9\ud800 \n"}', "broken": '{"command"',
-            "twice": '{"command": {}, "command": []}', "blank": ""}.items():
+            "twice": '{"command": {}, "command": []}', "blank": "",
+            "arguments": '{"command": "gpio", "arguments": ["3", 1], "form": "text"}',
+            "too_many": '{"command": "pull", "arguments": ["0x1", []]}'}.items():
         yield name, u16(0xFFFF) + text.encode() + b"\n"
     yield "in_two_pieces", u16(9) + b'{"command": "version"}\n{}\n'
     yield "not_text", u16(0xFFFF) + b'{"command": "\xff\xfe"}\n\0\n'

@@ -1,7 +1,7 @@
-// Every driver call with any arguments, through client, socket, server and driver, on a chip that also has frames to
-// switch: each is answered, nothing grows beyond its tables, and what the tables hold stays possible.
+// Every driver call with any arguments, through client, socket, server and driver, on a chip that switches frames at
+// the same time: each call is answered, memory does not grow beyond the tables, and their entries stay valid.
 //
-// ADP_RANDOM_CALLS says how many calls are made, ADP_RANDOM_SEED with which arguments.
+// ADP_RANDOM_CALLS is the number of calls, ADP_RANDOM_SEED the seed of their arguments.
 #include <gtest/gtest.h>
 #include <malloc.h>
 
@@ -18,7 +18,7 @@
 #include "vdevice/driver/driver.h"
 #include "vdevice/remote/testing/device.h"
 
-#ifdef DOORS_SANITIZED
+#ifdef ISOLATION_SANITIZED
 #include <sanitizer/allocator_interface.h>
 #endif
 
@@ -47,7 +47,7 @@ uint64_t number_from(const char *variable, uint64_t otherwise) {
 
 /** Bytes that the program has allocated and not freed. */
 size_t allocated() {
-#ifdef DOORS_SANITIZED
+#ifdef ISOLATION_SANITIZED
     return __sanitizer_get_current_allocated_bytes();
 #else
     const auto info = mallinfo2();
@@ -55,7 +55,7 @@ size_t allocated() {
 #endif
 }
 
-/** The device behind the socket: driver and chip, frames in between the calls, and a clock that goes on. */
+/** The device behind the socket: driver and chip, frames between the calls, and a clock. */
 class Device {
   public:
     int64_t answer(CallId id, const void *const *arguments) {
@@ -75,7 +75,7 @@ class Device {
     [[nodiscard]] const Switch &chip() const { return chip_; }
     [[nodiscard]] const vdevice::driver::Driver &driver() const { return driver_; }
     [[nodiscard]] uint64_t answered(CallId id) const { return answered_[static_cast<size_t>(id)]; }
-    [[nodiscard]] uint64_t frames_to_nowhere() const { return frames_to_nowhere_; }
+    [[nodiscard]] uint64_t frames_to_unknown_ports() const { return frames_to_unknown_ports_; }
 
   private:
     void receive_frame() {
@@ -85,7 +85,7 @@ class Device {
         std::generate(frame.begin(), frame.end(), [&] { return static_cast<uint8_t>(numbers_.next()); });
         chip_.receive(now_, static_cast<int>(numbers_.below(Switch::kPorts)), frame);
         for (const auto &[port, octets] : sink_.take()) {
-            frames_to_nowhere_ += Switch::has_port(port) ? 0u : 1u;
+            frames_to_unknown_ports_ += Switch::has_port(port) ? 0u : 1u;
         }
     }
 
@@ -96,10 +96,10 @@ class Device {
     LikelyNumbers numbers_{1};
     std::array<uint64_t, calls::kCallCount> answered_{};
     uint64_t count_ = 0;
-    uint64_t frames_to_nowhere_ = 0;
+    uint64_t frames_to_unknown_ports_ = 0;
 };
 
-void expect_possible(const Switch &chip) {
+void expect_valid(const Switch &chip) {
     const PortSet all = Switch::all_ports();
     for (const auto vid : chip.vlans().list()) {
         const auto &vlan = *chip.vlans().find(vid);
@@ -116,7 +116,7 @@ void expect_possible(const Switch &chip) {
     }
 }
 
-/** Runs through all calls again and again. */
+/** Makes all calls, one after the other, again and again. */
 void make_calls(Client &client, LikelyNumbers &numbers, uint64_t count) {
     for (uint64_t made = 0; made < count;) {
         for (size_t number = 0; number < calls::kCallCount; ++number) {
@@ -132,8 +132,8 @@ void make_calls(Client &client, LikelyNumbers &numbers, uint64_t count) {
 
 }  // namespace
 
-TEST(Doors, EveryCallWithAnyArgumentsIsAnsweredAndNothingGrows) {
-    // The journal's lines, rules, addresses: what the tables may come to hold in all.
+TEST(Isolation, EveryCallWithAnyArgumentsIsAnsweredAndNothingGrows) {
+    // Room for all tables: the journal's lines, rules, addresses.
     constexpr size_t kMostGrowth = 64u << 20;
     const uint64_t calls = number_from("ADP_RANDOM_CALLS", kCalls);
     const uint64_t seed = number_from("ADP_RANDOM_SEED", 1);
@@ -152,16 +152,16 @@ TEST(Doors, EveryCallWithAnyArgumentsIsAnsweredAndNothingGrows) {
     EXPECT_GE(server.counters().calls, calls);
     EXPECT_EQ(server.counters().malformed, 0u);
     EXPECT_EQ(server.counters().connected, 1u) << "the connection was lost";
-    EXPECT_EQ(device.frames_to_nowhere(), 0u);
+    EXPECT_EQ(device.frames_to_unknown_ports(), 0u);
     for (size_t number = 0; number < calls::kCallCount; ++number) {
         const auto id = static_cast<CallId>(number);
         EXPECT_EQ(device.answered(id) == 0, !vdevice::is_answered(id)) << calls::call(id).name;
     }
-    expect_possible(device.chip());
+    expect_valid(device.chip());
     RecordProperty("calls", std::to_string(server.counters().calls));
 }
 
-TEST(Doors, AFloodOfLongLogLinesIsCutAndForgotten) {
+TEST(Isolation, ManyLongLogLinesAreCutAndForgotten) {
     constexpr size_t kTextBytes = 30000;
     constexpr size_t kLines = 6000;
     constexpr size_t kMostGrowth = 32u << 20;

@@ -1,4 +1,4 @@
-"""Rules of the field processor as the scenarios write them, and what clears them away again."""
+"""Rules of the field processor, removed after each scenario."""
 
 from adp.lab.builds import Build
 from adp.lab.rules import ALL_ONES, WORD_BITS, RuleText
@@ -41,7 +41,7 @@ class Acl(RuleText):
         return self._cpu.result("adp_fp_delete_entity_rule", submodule, entity, action)
 
     def remark(self, rule, ports, kind, value, field=None, match=0, form=None):
-        """Status of a remark rule: of form 1 with a field to match, else of form 7, unless told another."""
+        """Status of a remark rule. By default its form is 1 with a field to match, else 7."""
         self._rules.add((REMARK_SUBMODULE, rule))
         bits = sum(1 << (port - 1) for port in ports)
         usual = REMARK_FORM_PORTS if field is None else REMARK_FORM_FIELD
@@ -62,7 +62,7 @@ class Acl(RuleText):
         return tuple(self._cpu.result("adp_fp_get_statistics", counter, kind) for kind in (FRAMES, OCTETS))
 
     def listed_rules(self):
-        """How many rules the library's list holds."""
+        """The number of rules in the library's list."""
         return self._cpu.call("show acl_fp_list_head")["value"]
 
     def entries(self):
@@ -73,7 +73,7 @@ class Acl(RuleText):
         return {row["meter"]: row for row in self._cpu.lab.device.control("meters")["meters"]}
 
     def tidy(self):
-        """Removes the rules one by one, so that the library frees them, then what the device still holds."""
+        """Removes the rules one by one, so that the library frees them, then what remains in the device."""
         for submodule, entity in self._rules:
             self._cpu.result("adp_fp_delete_entity_rule", submodule, entity, METER)
         self._rules.clear()

@@ -68,7 +68,7 @@ def hosts(lab):
 
 @pytest.fixture
 def crossing(lab, cpu):
-    """Three hosts that hear each other in a tagged VLAN."""
+    """Three hosts of a tagged VLAN."""
     return Crossing(lab, cpu)
 
 
@@ -82,7 +82,7 @@ def acl(cpu, build):
 
 @pytest.fixture
 def limits(cpu):
-    """Storm control and ingress limits of the crossing's ports, without any before and afterwards."""
+    """Storm control and ingress limits of the crossing's ports, none before and afterwards."""
     made = Limits(cpu, CROSSING_PORTS)
     yield made
     made.tidy()
@@ -106,7 +106,7 @@ def priorities(lab, cpu, crossing):
 
 @pytest.fixture
 def tell(capsys):
-    """Prints a line that is seen in any run."""
+    """Prints a line in any run, also without -s."""
 
     def print_line(text):
         with capsys.disabled():
@@ -127,7 +127,7 @@ def open_theatre():
 
 @pytest.fixture
 def stage(theatre, build):
-    """The snooping program, which has nothing to complain about in the end."""
+    """The snooping program, which must end without an error."""
     with contextlib.closing(Stage(theatre, build)) as made:
         yield made
         assert made.end() == 0

@@ -1,4 +1,4 @@
-"""The device's CPU as the scenarios use it: the library's calls through adpsh, cleaned up after each scenario."""
+"""The device's CPU: the library's calls through adpsh, undone after each scenario."""
 
 NO_VLAN = 0xFFFFFFFF
 DEFAULT_VLAN = 1
@@ -30,7 +30,7 @@ class Cpu:
         self._default_changed = False
 
     def set_up(self):
-        """The default board's port map, the send socket, and an ear on the CPU port."""
+        """Sets up the default board's port map and the send socket, and receives on the CPU port."""
         self.shell.call("map")
         self.shell.call("listen")
         return self.result("adp_pkt_init")
@@ -65,7 +65,7 @@ class Cpu:
                 return frame
 
     def receive(self, frame, check=0, vlan_tag=None):
-        """(status, descriptor) of __adp_receive_frame; places in the descriptor are offsets, None where not set."""
+        """(status, descriptor) of __adp_receive_frame; its addresses are given as offsets, None where not set."""
         given = "" if vlan_tag is None else f" vlan_tag={vlan_tag}"
         answer = self.call("__adp_receive_frame", f"{{frame={frame.hex()}{given}}}", check)
         return answer["result"], answer["outputs"]["desc"]
@@ -102,7 +102,7 @@ class Cpu:
         return status
 
     def default_vlan_ports(self, members, untagged=()):
-        """Leaves only these interfaces in the VLAN that all are in at power-on."""
+        """Leaves only these interfaces in the default VLAN."""
         self._default_changed = True
         self.vlan_ports(DEFAULT_VLAN, members, untagged)
 
@@ -150,7 +150,7 @@ class Cpu:
 
 
 def ports_of(words):
-    """The set that eight words hold."""
+    """The set of numbers in eight words."""
     return {32 * at + bit for at, word in enumerate(words) for bit in range(32) if word >> bit & 1}
 
 

@@ -1,4 +1,4 @@
-"""Three hosts in a tagged VLAN, each of whose frames reaches the other two unless a rule says otherwise."""
+"""Three hosts in a tagged VLAN, each of whose frames reaches the other two unless a rule prevents it."""
 
 VLAN, OTHER_VLAN = 100, 101
 SENDER, NEIGHBOUR, RECEIVER = 5, 7, 22
@@ -15,7 +15,7 @@ class Crossing:
 
     @staticmethod
     def flooded(*sends):
-        """{port: packets} of (port, packet) pairs that no rule touches."""
+        """{port: packets} of (port, packet) pairs that no rule matches."""
         return {port: [packet for origin, packet in sends if origin != port] for port in PORTS}
 
     def send(self, *sends):

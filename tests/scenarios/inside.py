@@ -1,4 +1,4 @@
-"""Hosts in two VLANs of the switch, which some of them know by other numbers or need not name at all."""
+"""Hosts in two VLANs of the switch. Some use other VLAN ids, or no tags."""
 
 from adp.lab.frames import vlan_tag
 
@@ -15,6 +15,6 @@ def make_vlans(cpu):
 
 
 def at_others(port, vid, priority=0):
-    """{port: tags} of what the port's host has sent into one of the VLANs, when nothing is done on the way out."""
+    """{port: tags} of a frame of the port's host into one of the VLANs, if egress changes nothing."""
     tag = vlan_tag(vid, priority)
     return {other: b"" if other == ACCESS else tag for other in PORTS - {port}}

@@ -1,4 +1,4 @@
-"""Storm control and the ingress limit, through the library's calls and as the device shows them."""
+"""Storm control and the ingress limit, by the library's calls, and as the device shows them."""
 
 from packets import Packet
 from rate import reading
@@ -20,14 +20,14 @@ CRAWL = 1
 
 
 def kilobit_packet(lab, **fields):
-    """A packet whose frame takes a kilobit of a limit, so that a burst is told in frames."""
+    """A packet whose frame uses a kilobit of a limit, so that a burst is a number of frames."""
     packet = Packet(**fields)
     bare = len(packet.build(lab.marker()))
     return packet.but(padding=KILOBIT_BYTES - CHECK_SEQUENCE_BYTES - bare)
 
 
 class Limits:
-    """Limits of the ports that it is asked to look after; gone after tidy()."""
+    """Limits of some ports; tidy() removes them."""
 
     def __init__(self, cpu, ports):
         self._cpu, self._ports = cpu, ports
@@ -60,7 +60,7 @@ class Limits:
         self._set("adp_set_storm_seltype", DEVICE, port, code, value)
 
     def selection(self, port, code):
-        return self._get("adp_get_storm_seltype", DEVICE, port, code)["value"]
+        return self._get("adp_get_storm_seltype", DEVICE, port, code)["selected"]
 
     def enable(self, port, code, value):
         self._set("adp_set_stormcontrol_enable", DEVICE, port, code, value)
@@ -69,7 +69,7 @@ class Limits:
         self._set("adp_set_storm_counting_mode", DEVICE, selector, 0, mode)
 
     def counting(self, selector):
-        return self._get("adp_get_storm_counting_mode", DEVICE, selector, 0)["c"]
+        return self._get("adp_get_storm_counting_mode", DEVICE, selector, 0)["mode"]
 
     def exceeded(self, port):
         """Codes of the types whose limit was exceeded."""

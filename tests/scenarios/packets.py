@@ -1,4 +1,4 @@
-"""Packets of hosts, told by what matters about them: the fields that rules look at and rewrite."""
+"""Packets of hosts, made from the fields that rules match and rewrite."""
 
 from typing import NamedTuple
 
@@ -33,7 +33,7 @@ class Packet(NamedTuple):
     padding: int = 0
 
     def build(self, marker):
-        """The frame's bytes, marker included; checksums are right."""
+        """The frame's bytes, with the marker and correct checksums."""
         tags = Dot1Q(vlan=self.vlan, prio=self.priority)
         if self.inner:
             tags /= Dot1Q(prio=self.inner[0], vlan=self.inner[1])

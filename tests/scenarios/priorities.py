@@ -1,4 +1,4 @@
-"""Which priority and which egress queue a frame gets, and the library's calls that decide about it."""
+"""The priority and the egress queue of frames, and the library's calls that set them."""
 
 from collections import Counter
 
@@ -13,12 +13,12 @@ CHIPS_QUEUE = 0xFFFFFFFF
 
 
 def usual_row(dscp):
-    """(mapped, priority) of a DSCP when nothing was set."""
+    """(mapped, priority) of a DSCP by default."""
     return dscp, dscp // 8
 
 
 class Priorities:
-    """Three hosts in a tagged VLAN that untagged frames get into too; tidy() leaves all maps as at power-on."""
+    """Three hosts in a tagged VLAN that is also that of untagged frames; tidy() leaves all maps as at power-on."""
 
     def __init__(self, lab, cpu, crossing):
         self.lab, self.cpu, self.crossing = lab, cpu, crossing
@@ -52,7 +52,7 @@ class Priorities:
         return found
 
     def queues_of(self, packet, arrives=None, sender=SENDER):
-        """{port: queue} of a packet that arrives unchanged, or as told."""
+        """{port: queue} of a packet that arrives unchanged, or as given."""
         arrive = self.crossing.flooded((sender, arrives or packet))
         return self.queues(lambda: self.crossing.check([(sender, packet)], arrive))
 

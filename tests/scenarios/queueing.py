@@ -1,4 +1,4 @@
-"""A port behind a shaper: what its eight queues send, by the device's own word and clock."""
+"""A shaped port: what its eight queues send, by the device's counters and clock."""
 
 from typing import NamedTuple
 
@@ -38,7 +38,7 @@ class Reading(NamedTuple):
 
 
 class Bottleneck:
-    """The receiver's port, whose shaper and scheduling are taken back by tidy()."""
+    """The receiver's port; tidy() removes its shaper and scheduling."""
 
     def __init__(self, crossing):
         self.crossing, self.cpu, self.lab = crossing, crossing.cpu, crossing.lab
@@ -67,12 +67,12 @@ class Bottleneck:
 
     @staticmethod
     def frame(priority, marker=b"", octets=FRAME):
-        """A frame that the receiver gets with its tag, as long as asked for."""
+        """A frame of this length that the receiver gets tagged."""
         packet = Packet(priority=priority)
         return packet.but(padding=octets - len(packet.build(marker))).build(marker)
 
     def offer(self, *priorities, frames=FITTING, marker=b""):
-        """Sends frames of these priorities in turn, as many of each as a queue has room for if not told otherwise."""
+        """Sends frames of these priorities in turn, by default as many of each as fit into a queue."""
         made = [self.frame(priority, marker) for priority in priorities]
         for _ in range(frames):
             for frame in made:

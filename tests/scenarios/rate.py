@@ -1,4 +1,4 @@
-"""How fast a flow gets through, judged by the device's own count of frames and its own clock."""
+"""The rate at which a flow passes, by the device's counters and clock."""
 
 import contextlib
 import threading
@@ -18,7 +18,7 @@ MORE_THAN_A_BUCKET = 80
 
 
 class Reading(NamedTuple):
-    """Frames that a limit let pass and dropped, and the time of the device when it said so."""
+    """Frames that a limit has passed and dropped, and the device's time."""
 
     passed: int
     dropped: int
@@ -33,7 +33,7 @@ def reading(rows, when, **wanted):
 
 @contextlib.contextmanager
 def overload(crossing, packet):
-    """All the while frames arrive several times as fast as any of the limits lets them pass."""
+    """A sender whose frames arrive several times as fast as any limit passes them."""
     marker = crossing.lab.marker()
     frame = packet.build(marker)
     ended = threading.Event()
@@ -54,7 +54,7 @@ def overload(crossing, packet):
 
 
 def reading_at_the_limit(read):
-    """A reading right behind a frame that was dropped: at this moment there is no room for another."""
+    """A reading just after a dropped frame, when the limit is used up."""
     deadline = time.monotonic() + STEADY_SECONDS
     before = read()
     while time.monotonic() < deadline:

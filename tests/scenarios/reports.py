@@ -1,4 +1,4 @@
-"""What hosts say about groups, byte by byte, so that it can be wrong: IGMP and MLD messages in frames."""
+"""IGMP and MLD messages in frames, built byte by byte, so that they can be malformed."""
 
 import ipaddress
 import struct
@@ -42,7 +42,7 @@ def mld_frame(message, is_checked=True, tags=b"", **fields):
 
 
 class Dialect(NamedTuple):
-    """One of the two protocols: how its frames and messages are made."""
+    """One of the two protocols, with its frames and messages."""
 
     name: str
     frame: callable
@@ -53,18 +53,18 @@ class Dialect(NamedTuple):
     groups: str
 
     def about(self, group, kind=None):
-        """A message about one group, by default that it is wanted."""
+        """A message about one group, by default that a host joins it."""
         kind = self.join if kind is None else kind
         return bytes([kind, 0, 0, 0]) + self.gap + packed(group)
 
     def record(self, kind, group, sources=0, told_sources=None, auxiliary=0):
-        """A record; it may tell of more sources and auxiliary words than it has."""
+        """A record; its counts of sources and auxiliary words may be too large."""
         told = sources if told_sources is None else told_sources
         content = packed(group) + packed(group) * sources
         return struct.pack("!BBH", kind, auxiliary, told) + content
 
     def records(self, *records, told=None):
-        """A report of records; it may tell of more than there are."""
+        """A report of records; its count may be too large."""
         return struct.pack("!BxxxHH", self.report, 0, len(records) if told is None else told) + b"".join(records)
 
     def group(self, number):

@@ -1,4 +1,4 @@
-"""What the scenarios of a ring do at it: say something and see whom it reaches, and stream while cables move."""
+"""A ring in scenarios: which hosts a frame reaches, and streams while cables are moved."""
 
 import threading
 import time
@@ -36,7 +36,7 @@ class Protected:
                 self.set_state(at, port, FORWARDING)
 
     def protect(self):
-        """As at the beginning of a test: one port blocked, nobody known."""
+        """The state at the beginning of a test: one port blocked, no address learned."""
         self.set_state(OWNER, BEFORE, BLOCKING)
         self.forget()
 
@@ -54,7 +54,7 @@ class Protected:
         return {place for place, answer in enumerate(arrived) if answer}
 
     def check_everyone_reaches_everyone(self):
-        """First as strangers, then by the addresses that the switches have learned from that."""
+        """First with unknown addresses, then with those that the switches have learned."""
         for at in range(DEVICES):
             assert self.say(at) == set(range(DEVICES)) - {at}
         for at in range(DEVICES):
@@ -77,12 +77,12 @@ class Stream:
         self._traffic.settle()
 
     def is_one_outage(self):
-        """Whether the owner's frames were lost in one stretch, if at all, and came before and after it."""
+        """Whether lost frames of the owner, if any, were consecutive, with frames received before and after."""
         lost = self.loads[0].lost()
         return not lost or lost == list(range(lost[0], lost[-1] + 1))
 
     def run(self):
-        """A stretch without a loss."""
+        """Frames flow for a while, and none is lost."""
         first = self._traffic.numbers()
         self._traffic.run_for(STEADY_SECONDS)
         self._traffic.settle()

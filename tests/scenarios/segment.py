@@ -1,4 +1,4 @@
-"""Hosts in a tagged VLAN of their own: whatever the switch learns of them is forgotten with the VLAN."""
+"""Hosts in a tagged VLAN of their own; the learned addresses are deleted with the VLAN."""
 
 from adp.lab.frames import BROADCAST, ETHERTYPE_EXPERIMENT, ethernet, vlan_tag
 from adp.lab.process import poll_until
@@ -18,7 +18,7 @@ TABLE_FULL, BUCKET_FULL = -20, -24
 
 
 class Segment:
-    """The VLAN, and what its hosts say to each other in it."""
+    """The VLAN, and frames between its hosts."""
 
     def __init__(self, lab, cpu, ports, vid=VLAN):
         self.lab, self.cpu, self.ports, self.vid = lab, cpu, set(ports), vid
@@ -28,7 +28,7 @@ class Segment:
         return ethernet(destination, source, ETHERTYPE_EXPERIMENT, marker.ljust(46, b"."), vlan_tag(self.vid))
 
     def say(self, port, source, destination=BROADCAST):
-        """A host sends one frame; gives the ports where it came out, once each and unchanged."""
+        """A host sends one frame; gives the ports that it left, once each and unchanged."""
         marker = self.lab.marker()
         frame = self.frame(source, destination, marker)
         self.lab.hosts[port].send(frame)
@@ -60,7 +60,7 @@ class Segment:
             )
 
     def _received(self, port):
-        return self.cpu.call("adp_get_port_stat", port, RX_FRAMES)["outputs"]["out"]
+        return self.cpu.call("adp_get_port_stat", port, RX_FRAMES)["outputs"]["value"]
 
     # What the library tells of addresses
 
@@ -71,7 +71,7 @@ class Segment:
         return answer["outputs"]["entry"] if answer["result"] == 0 else None
 
     def interface(self, address):
-        """The interface behind which the address is; None when it is not known."""
+        """The interface where the address was learned; None when it is unknown."""
         answer = self.cpu.call("adp_get_intf_by_addr", address.hex(), self.vid)
         assert answer["result"] in (0, MISSING)
         return answer["outputs"]["intf"] if answer["result"] == 0 else None
@@ -84,12 +84,12 @@ class Segment:
 
 
 def in_a_row(count, first=0):
-    """As many addresses one after the other, none of which the bench uses elsewhere."""
+    """That many consecutive addresses that the bench uses nowhere else."""
     return [bytes.fromhex("02ac0000") + (first + number).to_bytes(2, "big") for number in range(count)]
 
 
 def bucket(address, vid):
-    """The bucket of the MAC table in which the address must find room."""
+    """The bucket of the MAC table for the address."""
     return (sum(int.from_bytes(address[at : at + 2], "big") for at in (0, 2, 4)) + vid) % BUCKETS
 
 

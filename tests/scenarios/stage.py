@@ -1,4 +1,4 @@
-"""Hosts, a switch and the example program igmp_snooping: who hears a group's stream, and who asked to."""
+"""Hosts, a switch and the example program igmp_snooping: the hosts that join a group and receive its stream."""
 
 import contextlib
 from typing import NamedTuple
@@ -20,7 +20,7 @@ STREAM_PORT = 5000
 
 
 class Protocol(NamedTuple):
-    """How hosts ask, and two groups that have a MAC address in common."""
+    """How hosts join, and two groups with the same MAC address."""
 
     ip_version: int
     version: int
@@ -51,7 +51,7 @@ def name_of(port):
 
 
 class Stage:
-    """The program, with the ports of its aggregation group, and who listens; each change is waited for."""
+    """The program, with the ports of its aggregation group, and the listeners; it waits for each change."""
 
     def __init__(self, bench, build, members=()):
         self.bench = bench
@@ -59,7 +59,7 @@ class Stage:
         self._listeners = contextlib.ExitStack()
 
     def end(self):
-        """Everybody leaves, then the program ends; gives its exit status."""
+        """All listeners leave, then the program ends; gives its exit status."""
         self._listeners.close()
         return self.agent.end()
 

@@ -1,4 +1,4 @@
-"""What becomes of the tags of frames between hosts, and the library's calls that decide about it."""
+"""The tags of frames between hosts, and the library's calls that change them."""
 
 from typing import NamedTuple
 
@@ -14,14 +14,14 @@ UNTOUCHED = (99, 98)
 
 
 class Probe(NamedTuple):
-    """A frame without tags, to which hosts and switches add some."""
+    """An untagged frame, to which hosts and switches add tags."""
 
     marker: bytes
     plain: bytes
 
     @classmethod
     def of(cls, lab, destination=BROADCAST, source=None, ethertype=ETHERTYPE_EXPERIMENT, head=b""):
-        """A frame of the bench; `head` is what stands behind the type, before the marker."""
+        """A frame of the bench; `head` is put between the type and the marker."""
         marker = lab.marker()
         return cls(marker, ethernet(destination, source or lab.mac(), ethertype, head + marker.ljust(46, b".")))
 
@@ -41,11 +41,11 @@ class Probe(NamedTuple):
 
 class VidTable:
     """One of the chip's tables by port and VLAN, through the library. `place` is the library's number of a user port,
-    which for some tables is the driver's.
+    which for some tables is the driver's; `written` is the name of the VLAN that a read gives.
     """
 
-    def __init__(self, lab, cpu, call, shown, place, has_action):
-        self._lab, self._cpu, self._call, self._shown = lab, cpu, call, shown
+    def __init__(self, lab, cpu, call, shown, written, place, has_action):
+        self._lab, self._cpu, self._call, self._shown, self._written = lab, cpu, call, shown, written
         self.place, self.has_action = place, has_action
 
     def add(self, place, vid, new_vid, priority=KEEP, kind=0, action=0):
@@ -62,9 +62,10 @@ class VidTable:
         return self._cpu.result(f"{self._call}_delete_all")
 
     def get(self, place, vid):
-        """(status, (new VLAN, priority)) of a read; what it does not write is UNTOUCHED."""
-        answer = self._cpu.call(f"{self._call}_get", place, vid, f"c={UNTOUCHED[0]}", f"d={UNTOUCHED[1]}")
-        return answer["result"], (answer["outputs"]["c"], answer["outputs"]["d"])
+        """(status, (new VLAN, priority)) of a read; outputs that it does not write are UNTOUCHED."""
+        before = (f"{self._written}={UNTOUCHED[0]}", f"priority={UNTOUCHED[1]}")
+        answer = self._cpu.call(f"{self._call}_get", place, vid, *before)
+        return answer["result"], (answer["outputs"][self._written], answer["outputs"]["priority"])
 
     def entries(self):
         """{(user port, VLAN): (new VLAN, priority)} as the device shows them."""
@@ -78,13 +79,13 @@ class Tagging:
     def __init__(self, lab, cpu):
         self.lab, self.cpu = lab, cpu
         physical = lab.device.physical
-        self.ingress = VidTable(lab, cpu, "adp_vlan_translate", "ingress", physical, True)
-        self.egress = VidTable(lab, cpu, "adp_vlan_translate_egress", "egress", physical, False)
-        self.double_tags = VidTable(lab, cpu, "adp_vlan_dtag", "double_tags", int, True)
+        self.ingress = VidTable(lab, cpu, "adp_vlan_translate", "ingress", "new_vid", physical, True)
+        self.egress = VidTable(lab, cpu, "adp_vlan_translate_egress", "egress", "new_vid", physical, False)
+        self.double_tags = VidTable(lab, cpu, "adp_vlan_dtag", "double_tags", "outer_vid", int, True)
         self._touched = set()
 
     def leaves(self, port, tags=b"", **probe):
-        """A host sends a frame with these tags; gives {port: tags} of the hosts that it reached."""
+        """A host sends a frame with these tags; gives {port: tags} where it arrived."""
         sent = Probe.of(self.lab, **probe)
         self.lab.hosts[port].send(sent.with_tags(tags))
         return sent.tags_of(self.lab.arrivals(sent.marker))

@@ -60,14 +60,14 @@ def change(joined, verb, number, may_flood=False):
 
 
 def check_events(joined, number, is_up, group_is_up, management_port, events):
-    """Compares what both programs told of the last change."""
+    """Compares what both programs printed about the last change."""
     for side, program in enumerate(joined.programs):
         management = management_port + FAR_PORTS_ABOVE_NEAR * side
         assert program.take_events() == [*events, Handled(CABLES[number][side], is_up, group_is_up, management)]
 
 
 def check_losses(joined, made, what, tell):
-    """Frames may be lost until both programs have handled the change; they are counted and told. None is later."""
+    """Frames may be lost until both programs have handled the change, and are counted. None is lost later."""
     for load in joined.traffic.loads:
         lost = made.meanwhile(load)
         tell(f"{what}: {lost.lost} of {lost.sent} frames lost in the {made.seconds * 1000:.0f} ms until it was handled")
@@ -169,6 +169,6 @@ def test_group_counts_what_its_members_count(lab, cpu):
         lab.hosts[port].send(frame)
     lab.arrivals(frame[14:])
     received = [cpu.call("adp_get_port_stat", port, RX_FRAMES) for port in (22, 3, 9, GROUP)]
-    assert [record["outputs"]["out"] for record in received] == [1, 2, 3, 6]
+    assert [record["outputs"]["value"] for record in received] == [1, 2, 3, 6]
     assert cpu.result("adp_clr_port_stat", GROUP) == 0
-    assert cpu.call("adp_get_port_stat", 3, RX_FRAMES)["outputs"]["out"] == 0
+    assert cpu.call("adp_get_port_stat", 3, RX_FRAMES)["outputs"]["value"] == 0

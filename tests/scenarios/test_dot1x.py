@@ -1,4 +1,4 @@
-"""Port authorisation: a port in each of its modes, single addresses, and what gets through a closed port."""
+"""Port authorisation: a port in each of its modes, single addresses, and frames that pass a closed port."""
 
 import pytest
 from cpu import group
@@ -12,7 +12,7 @@ NORMAL, PENDING, CLOSED = 5, 8, 0
 BAD_MODE, CANNOT_ADD = 403, 405
 PORT_ACCESS, ETHERTYPE_EAPOL = mac("01:80:c2:00:00:03"), 0x888E
 EAPOL_START = b"\x02\x01\0\0"
-# What the switch hands over is there before its answer to the bench's barriers.
+# Frames to the CPU arrive before the answer to the bench's barriers.
 QUIET_SECONDS = 0.05
 NO_SUCH_VLAN = 4000
 
@@ -26,7 +26,7 @@ def segment(lab, cpu):
 
 
 class Heard:
-    """Where a host's frame came out: at other hosts, at the CPU."""
+    """Where a host's frame arrived: at which hosts, and whether at the CPU."""
 
     def __init__(self, segment):
         self.segment, self.lab, self.cpu = segment, segment.lab, segment.cpu
@@ -47,7 +47,7 @@ def heard(segment):
     return Heard(segment)
 
 
-# What becomes of a stranger's frame: (goes on, handed to the CPU, learned).
+# Frame of an unauthorised station: (forwarded, sent to the CPU, learned).
 PASSES, PENDS, STOPS = (True, False, True), (False, True, False), (False, False, False)
 MODES = {
     "authorised": (AUTHORISED, 0, NORMAL, PASSES),

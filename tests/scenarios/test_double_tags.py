@@ -1,4 +1,4 @@
-"""Double tags: what each mode makes of frames, entries by the customer's VLAN, and what reaches the CPU."""
+"""Double tags: the effect of each mode, entries by the customer's VLAN, and frames to the CPU."""
 
 import pytest
 from adp.lab.frames import ETHERTYPE_IPV4, vlan_tag

@@ -1,4 +1,4 @@
-"""The chip's pins: what the software writes is seen from outside, what is driven there the software reads."""
+"""The chip's pins: outputs are seen from outside, inputs are read by the software."""
 
 import pytest
 

@@ -1,4 +1,4 @@
-"""Cables: a port without a link passes nothing, in either direction, and works again when it is back."""
+"""Cables: a port without a link passes nothing, in either direction, and works again with one."""
 
 import pytest
 from adp.lab.frames import BROADCAST, ETHERTYPE_EXPERIMENT, ethernet
@@ -30,7 +30,7 @@ SIDES = {"device": (unplug_device_side, plug_device_side), "host": (unplug_host_
 
 @pytest.fixture(params=SIDES)
 def unplugged(lab, request):
-    """The port without its link. Calling what is given plugs it in again."""
+    """Pulls the port's cable; gives a function that plugs it in again."""
     unplug, plug = SIDES[request.param]
 
     def repair():

@@ -1,4 +1,4 @@
-"""Addresses deleted by every key and mode while others talk: what the key picks is forgotten, nobody else notices."""
+"""Addresses are deleted by every key and mode during other traffic: those that match are deleted, no others."""
 
 import pytest
 from segment import ALL, DYNAMIC, MISSING, STATIC, VLAN, Segment

@@ -59,7 +59,7 @@ def violations(cpu, port):
 
 
 def check_limit(segment, port, stations):
-    """The first ones pass and are learned, the others neither; each of these counts once however often it speaks."""
+    """The first stations pass and are learned, the others are not; each of these counts once."""
     before = violations(segment.cpu, port)
     welcome, refused = stations[:LIMIT], stations[LIMIT:]
     for _ in range(2):

@@ -122,7 +122,7 @@ def short_age(cpu):
 def test_a_silent_station_is_forgotten_and_a_static_one_is_not(lab, cpu, segment, short_age):
     station, fixed = segment.station(PORT), lab.mac(PORT)
     set_by_hand(segment, PORT, fixed)
-    assert cpu.call("adp_get_mac_age_time")["outputs"]["age"] == AGE_SECONDS
+    assert cpu.call("adp_get_mac_age_time")["outputs"]["seconds"] == AGE_SECONDS
     poll_until(lambda: segment.interface(station) is None, AGED_OUT_SECONDS, "Ageing")
     assert segment.say(SENDER, lab.mac(), station) == segment.others(SENDER)
     assert segment.interface(fixed) == PORT
@@ -139,7 +139,7 @@ def walk(cpu):
         answer = cpu.call("adp_get_nextvalid_mac_addr", index, 0, 0)
         if answer["result"] != 0:
             return entries
-        entries.append(answer["outputs"]["second"])
+        entries.append(answer["outputs"]["entry"])
         index = entries[-1]["index"] + 1
     raise AssertionError("the walk has no end")
 

@@ -1,4 +1,4 @@
-"""Mirrors: a port's frames, or those that a rule selects, once more on another port, octet for octet."""
+"""Mirrors: a port's frames, or those that a rule selects, are copied to another port, octet for octet."""
 
 import pytest
 from acl import DROP, MIRROR, SET_DSCP

@@ -1,4 +1,4 @@
-"""Access, trunk and hybrid ports: what hosts hear, tagged and untagged, and what is read back of VLANs."""
+"""Access, trunk and hybrid ports: tagged and untagged frames at hosts, and VLANs read back."""
 
 import random
 
@@ -128,7 +128,7 @@ def test_refused_write_changes_nothing(cpu, roles):
 def test_port_vlans_are_read_back(cpu, roles):
     wanted = {ACCESS_RED: RED, ACCESS_BLUE: BLUE, HYBRID: RED, TRUNK: NATIVE}
     read = {port: cpu.call("adp_intf_pivd_get", port) for port in wanted}
-    assert {port: (answer["result"], answer["outputs"]["vlan"]) for port, answer in read.items()} == {
+    assert {port: (answer["result"], answer["outputs"]["vid"]) for port, answer in read.items()} == {
         port: (0, vid) for port, vid in wanted.items()
     }
 
@@ -186,7 +186,7 @@ def red_default(cpu, roles):
 
 def test_default_vlan_is_kept_and_leaves_port_vlans_alone(cpu, red_default):
     answer = cpu.call("adp_vlan_default_get")
-    assert (answer["result"], answer["outputs"]["vlan"]) == (0, RED)
+    assert (answer["result"], answer["outputs"]["vid"]) == (0, RED)
     assert cpu.result("adp_vlan_destroy", RED) == VLAN_IS_DEFAULT
     assert red_default.leaves(TRUNK) == {OTHER_TRUNK: b""}
     assert red_default.leaves(ACCESS_BLUE) == {TRUNK: BLUE_TAG, OTHER_TRUNK: BLUE_TAG, HYBRID: BLUE_TAG}
@@ -194,4 +194,4 @@ def test_default_vlan_is_kept_and_leaves_port_vlans_alone(cpu, red_default):
 
 def test_default_vlan_must_exist(cpu):
     assert cpu.result("adp_vlan_default_set", NOWHERE) == VLAN_MISSING
-    assert cpu.call("adp_vlan_default_get")["outputs"]["vlan"] == DEFAULT_VLAN
+    assert cpu.call("adp_vlan_default_get")["outputs"]["vid"] == DEFAULT_VLAN

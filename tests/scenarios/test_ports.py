@@ -1,4 +1,4 @@
-"""Ports as the software sets them: switched off, held, isolated, looped, limited in length; and what they count."""
+"""Settings of ports: switched off, held, isolated, looped, jumbo frames; and counters."""
 
 import contextlib
 
@@ -41,7 +41,7 @@ def marker_of(frame):
 
 
 def send(lab, port, frame, without=()):
-    """What reaches the hosts of a frame that a host sends."""
+    """The arrivals of a frame that a host sends."""
     lab.hosts[port].send(frame)
     return lab.arrivals(marker_of(frame), without)
 
@@ -141,7 +141,7 @@ def test_isolation_holds_for_known_addresses_and_in_one_direction_only(lab, isol
 def test_isolation_that_is_lifted_is_gone(lab, cpu, isolated):
     isolated(PEER, {WITNESS})
     isolated(PEER, ALL_PORTS | {0})
-    assert cpu.call("adp_get_port_isolatestatus", PEER)["outputs"]["map"] == [EVERY_PORT_WORD, 0]
+    assert cpu.call("adp_get_port_isolatestatus", PEER)["outputs"]["bitmap"] == [EVERY_PORT_WORD, 0]
     frame = frame_of(lab)
     assert send(lab, PEER, frame) == everyone_but(PEER, frame)
 
@@ -154,8 +154,8 @@ def counter(cpu, port, selector):
     summed = cpu.call("adp_get_port_stat", port, selector)
     plain = cpu.call("adp_intf_stat_get", port, selector)
     assert summed["result"] == 0 and plain["result"] == 0
-    assert plain["outputs"]["out"] == summed["outputs"]["out"]
-    return summed["outputs"]["out"]
+    assert plain["outputs"]["value"] == summed["outputs"]["value"]
+    return summed["outputs"]["value"]
 
 
 def counters(cpu, port, selectors):
@@ -210,7 +210,7 @@ def test_looped_port_returns_what_it_would_send(lab, attribute):
     attribute(PORT, LOOPBACK, 1, 0)
     frame = frame_of(lab)
     others = ALL_PORTS - {PEER, PORT}
-    # Every other host hears the frame, and its return; the sender hears the return; the cable hears nothing.
+    # Every other host receives the frame and its return; the sender receives the return; nothing leaves on the cable.
     seen = send(lab, PEER, frame, without={PORT})
     assert seen == {PEER: [frame]} | {port: [frame, frame] for port in others}
 

@@ -78,16 +78,16 @@ def test_refused_row_leaves_the_rows_before_it_written(priorities):
 
 def test_single_rows_of_the_queue_map(cpu, priorities):
     assert cpu.result("adp_cosq_mapping_set", 0, 0, 3, 5) == 0
-    assert priorities.read("adp_cosq_mapping_get", 0, 0, 3, output="d") == (0, 5)
+    assert priorities.read("adp_cosq_mapping_get", 0, 0, 3, output="queue") == (0, 5)
     assert priorities.queues_of(Packet(priority=3)) == at_both(5)
     assert cpu.result("adp_cosq_mapping_set", 0, 0, 3, NO_QUEUE) == QUEUE_RANGE
     assert cpu.result("adp_cosq_mapping_set", 0, 0, NO_PRIORITY, 5) == BAD_ARGUMENT
-    assert priorities.read("adp_cosq_mapping_get", 0, 0, NO_PRIORITY, output="d") == (BAD_ARGUMENT, 99)
+    assert priorities.read("adp_cosq_mapping_get", 0, 0, NO_PRIORITY, output="queue") == (BAD_ARGUMENT, 99)
 
 
 def test_ports_own_row_goes_before_the_chips(priorities):
     assert priorities.set_own_queue(RECEIVER, 3, 7) == 0
-    assert priorities.read("adp_cosq_port_mapping_get", RECEIVER, 3, output="b") == (0, 7)
+    assert priorities.read("adp_cosq_port_mapping_get", RECEIVER, 3, output="queue") == (0, 7)
     assert priorities.queues_of(Packet(priority=3)) == {NEIGHBOUR: 3, RECEIVER: 7}
     assert priorities.create_dot1p_map([1] * len(PRIORITIES)) == 0
     assert priorities.queues_of(Packet(priority=3)) == {NEIGHBOUR: 1, RECEIVER: 7}
@@ -133,7 +133,7 @@ SETTERS = {
 def test_untagged_frames_get_the_ports_priority(cpu, priorities, tagging, setter):
     assert SETTERS[setter](cpu, OWN_PRIORITY) == 0
     assert priorities.read("adp_get_port_cos_map", SENDER, output="priority") == (0, OWN_PRIORITY)
-    assert priorities.read("adp_port_cos_map_get", SENDER, output="value") == (0, OWN_PRIORITY)
+    assert priorities.read("adp_port_cos_map_get", SENDER, output="cos") == (0, OWN_PRIORITY)
     tag = vlan_tag(VLAN, OWN_PRIORITY)
     assert leaves(priorities, tagging) == (at_both(OWN_PRIORITY), {NEIGHBOUR: tag, RECEIVER: tag})
     assert priorities.queues_of(Packet(priority=2)) == at_both(2), "a tag has a priority of its own"
@@ -233,10 +233,10 @@ def test_dscp_map_of_another_kind_changes_nothing(priorities):
 
 def test_single_rows_of_the_dscp_map(cpu, priorities):
     assert cpu.result("adp_port_dscp_map_set", 0, 46, 10, 1) == 0
-    answer = cpu.call("adp_port_dscp_map_get", 0, 46, "b=99", "c=99")
-    assert (answer["result"], answer["outputs"]) == (0, {"b": 10, "c": 1})
+    answer = cpu.call("adp_port_dscp_map_get", 0, 46, "mapped=99", "priority=99")
+    assert (answer["result"], answer["outputs"]) == (0, {"mapped": 10, "priority": 1})
     assert cpu.result("adp_dscp_map_set", 0, 0, 46, 7) == 0
-    assert priorities.read("adp_dscp_map_get", 0, 0, 46, output="d") == (0, 7)
+    assert priorities.read("adp_dscp_map_get", 0, 0, 46, output="priority") == (0, 7)
     priorities.trust(TRUST_DSCP)
     assert priorities.queues_of(Packet(dscp=46), Packet(dscp=10, priority=7)) == at_both(7)
     assert cpu.result("adp_port_dscp_map_set", 0, 64, 10, 1) == BAD_ARGUMENT

@@ -14,7 +14,7 @@ from adp.lab.frames import vlan_tag
 from tagging import EXTERNAL, INTERNAL, OLD_PROVIDER_TPID, PROVIDER_TPID, Probe, Tagging
 
 SERVICE_A, SERVICE_B = 500, 600
-# Ports of (near, far) devices; they differ, so that nothing works by accident of equal numbers.
+# Ports of (near, far) devices; they differ, so that nothing works because numbers happen to be equal.
 CABLE = (1, 22)
 CUSTOMER_A, CUSTOMER_B, WITNESS = (5, 7), (6, 8), (21, 10)
 FORTH, BACK = (0, 1), (1, 0)

@@ -1,4 +1,4 @@
-"""Queues behind a shaper: a port keeps to its rate, and who gets how much of it is a matter of its scheduling."""
+"""Queues behind a shaper: a port keeps its rate, and scheduling shares it between the queues."""
 
 import time
 
@@ -54,7 +54,7 @@ def test_port_keeps_to_its_rate(port, rate, burst):
 
 
 def test_rate_is_kept_on_the_cable_and_nothing_is_lost_within_the_queue(port, crossing):
-    """By the receiver's own word, for all that the device may say."""
+    """Counted by the receiver, independent of the device."""
     port.shape(2000, 8)
     marker = crossing.lab.marker()
     before = port.read()
@@ -154,7 +154,7 @@ def test_weights_outlive_a_change_of_mode_and_a_write_of_what_was_read(port, cpu
     block = "{weight=[9,9,9,9,9,9,9,9]}"
     assert cpu.result("adp_set_queue_weight_pri", RECEIVER, 0, 0, block) == 0
     assert (port.weights(), port.row()["mode"]) == ([1, 2, 3, 4, 5, 6, 7, 8], "weighted")
-    assert cpu.call("adp_cosq_sched_get", port.number, 3, 0)["outputs"] == {"out": 4}
+    assert cpu.call("adp_cosq_sched_get", port.number, 3, 0)["outputs"] == {"weight": 4}
 
 
 def test_settings_are_the_ports_own(port, cpu):

@@ -1,4 +1,4 @@
-"""A ring of three devices: without protection a frame runs around in it for ever, with one port blocked every host
+"""A ring of three devices: without protection a frame circulates for ever, with one port blocked every host
 reaches every other, once, and when a cable is pulled the block moves there.
 """
 

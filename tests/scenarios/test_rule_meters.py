@@ -1,4 +1,4 @@
-"""Meters: a flow is held to its rate, by the device's clock; and what becomes of a meter when its rule goes."""
+"""Meters: a flow is limited to its rate, by the device's clock; and a meter whose rule is deleted."""
 
 import pytest
 from acl import DROP, METER, PERMIT

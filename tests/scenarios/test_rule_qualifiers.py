@@ -1,4 +1,4 @@
-"""Every condition that a rule can ask for, on real packets: what meets it is dropped and counted, the rest passes.
+"""Every condition of rules, on real packets: those that match are dropped and counted, the others pass.
 
 The packet that meets a condition differs from what was asked for wherever the mask has no bit; the packet that misses
 it differs in one bit or so of what the mask covers.
@@ -12,7 +12,7 @@ from crossing import NEIGHBOUR, OTHER_VLAN, SENDER
 from adp.lab.frames import ETHERTYPE_EXPERIMENT, ETHERTYPE_IPV4, mac
 from packets import Packet
 
-# Entries stand alone in one submodule and in pairs in the others, whose second halves take other conditions.
+# Entries are single in one submodule and pairs in the others, whose second halves have other conditions.
 SUBMODULES = {"single": 20, "first pair group": 2, "second pair group": 39}
 ENTITY = 1
 COUNTER = 200
@@ -33,7 +33,7 @@ def ip(address):
     return int(packed) if packed.version == 4 else packed.packed
 
 
-# Code, data and mask, what meets the condition, what misses it.
+# Code, data and mask, a packet that matches, one that does not.
 QUALIFIERS = {
     "source IPv6": (0, ip("fd00::1"), None, SIX, SIX.but(source_ip="fd00::3")),
     "source IPv6 network": (0, ip("fd00::"), ip("ffff:ffff::"), SIX, SIX.but(source_ip="fd00:1::1")),

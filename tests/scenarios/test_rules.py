@@ -1,4 +1,4 @@
-"""What rules do with the frames that meet them: send them elsewhere, drop, copy, change and count them."""
+"""Actions of rules on frames that match: redirect, drop, copy, change and count."""
 
 import pytest
 from acl import (
@@ -81,7 +81,7 @@ def test_port_that_is_not_the_first_action_stays_an_interface_number(crossing, a
     assert acl.count(COUNTER)[0] == 1
 
 
-# Away, to the CPU, and with other tags
+# Dropped, to the CPU, and with other tags
 
 
 def test_dropped_frames_arrive_nowhere_until_the_rule_is_deleted(crossing, acl):

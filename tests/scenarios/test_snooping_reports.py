@@ -1,4 +1,4 @@
-"""What the snooping program makes of messages: each kind of record, VLANs, and messages that are broken or a trap."""
+"""Messages to the snooping program: each kind of record, VLANs, and malformed ones."""
 
 import contextlib
 import random
@@ -137,7 +137,7 @@ def test_a_group_for_which_there_is_no_room_is_followed_when_there_is(judge, dia
 
 
 def broken(dialect, group):
-    """Messages that mean nothing, with options of their frames."""
+    """Messages without effect, with options of their frames."""
     join, listen = dialect.about(group), dialect.record(TO_EXCLUDE, group)
     record = dialect.records(listen)
     return [

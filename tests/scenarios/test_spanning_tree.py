@@ -133,7 +133,7 @@ def trees(pair, cpus):
 def vlans_of(cpu, stg):
     """What adp_get_stg_vlan_list() tells."""
     answer = cpu.call("adp_get_stg_vlan_list", stg)
-    return answer["outputs"]["vlans"][: answer["result"]]
+    return answer["outputs"]["vids"][: answer["result"]]
 
 
 def test_two_instances_carry_their_vlans_on_links_of_their_own(trees):
@@ -232,13 +232,13 @@ def test_lists_name_the_groups_and_their_vlans(trees):
     cpu = trees.cpus[NEAR]
     assert cpu.result("adp_get_max_stg") == 1 + len(VLANS)
     chunk = cpu.call("adp_get_stg_each_time_list", 0, CHUNK)
-    assert (chunk["result"], chunk["outputs"]["ids"][: 1 + len(VLANS)]) == (0, [DEFAULT, ONE, OTHER])
+    assert (chunk["result"], chunk["outputs"]["groups"][: 1 + len(VLANS)]) == (0, [DEFAULT, ONE, OTHER])
     for stg, vids in VLANS.items():
         assert cpu.result("adp_get_stg_max_vlan", stg) == len(vids)
         assert vlans_of(cpu, stg) == list(vids)
         # Chunks of one VLAN each.
         chunks = [cpu.call("adp_get_stg_vlan_each_time_list", stg, at, 1) for at in range(len(vids))]
-        assert [(chunk["result"], chunk["outputs"]["vlans"]) for chunk in chunks] == [(0, [vid]) for vid in vids]
+        assert [(chunk["result"], chunk["outputs"]["vids"]) for chunk in chunks] == [(0, [vid]) for vid in vids]
 
 
 def test_the_default_groups_list_takes_several_chunks(trees):

@@ -1,4 +1,4 @@
-"""Start-up on a device just switched on: what neighbours say reaches the CPU, and attacks reach nobody."""
+"""Start-up on a device just switched on: protocol frames reach the CPU, and attacks reach no host."""
 
 import contextlib
 
@@ -59,7 +59,7 @@ def test_start_up_turns_traps_and_filter_on(fresh_lab, started):
     assert fresh_lab.device.control("mirrors")["enabled"]
 
 
-# What neighbours say
+# Protocol frames
 
 
 def length_frame(destination, marker):
@@ -123,7 +123,7 @@ def test_first_address_beyond_the_reserved_ones_is_flooded(fresh_lab, started):
     assert fresh_lab.arrivals(marker) == {WITNESS: [frame], OTHER: [frame]}
 
 
-# Attacks, each with a frame that is like it but for what makes it one
+# Attacks, each with a similar frame that is none
 
 
 def ipv4(marker, tcp=None, **header):

@@ -1,4 +1,4 @@
-"""Storm control: each type of storm is held to its limit, the rest passes, and flags tell which limit was exceeded."""
+"""Storm control: each type of storm is limited, other frames pass, and flags tell which limit was exceeded."""
 
 import pytest
 from cpu import group

@@ -55,7 +55,7 @@ def packet(source):
 
 @pytest.fixture
 def subnets(cpu, tagging):
-    """Untagged frames of the customer are in the VLAN inside unless a subnet says otherwise, and so are others'."""
+    """Untagged frames of all ports are in the VLAN inside unless a subnet chooses another."""
     make_vlans(cpu)
     for port in (CUSTOMER, OTHER_CUSTOMER):
         cpu.set_pvid(port, INSIDE)

@@ -1,5 +1,5 @@
-"""Bad surroundings: a device that dies, an interface that is missing, a socket refused. Each gets the contract's
-result, and the process that called goes on.
+"""Faults around the library: a device that dies, an interface that is missing, a socket refused. Each gives the
+contract's result, and the calling process goes on.
 """
 
 import contextlib
@@ -24,7 +24,7 @@ MINIMAL_MAP = ("adp_set_max_phy_port_num 26", "adp_add_cpu_port 0 0 0 0 0", "adp
 
 @pytest.fixture(scope="module")
 def small_lab():
-    """A device of its own, for it will not survive."""
+    """A device of its own, which is killed."""
     with Lab(DEVICE_BUILD, PORTS) as bench:
         yield bench
 

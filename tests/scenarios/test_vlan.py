@@ -90,7 +90,7 @@ def test_default_vlan_is_moved_and_read_back(cpu):
     assert cpu.result("adp_vlan_default_set", VLAN) == 0
     answer = cpu.call("adp_vlan_default_get")
     assert cpu.result("adp_vlan_default_set", DEFAULT_VLAN) == 0
-    assert (answer["result"], answer["outputs"]["vlan"]) == (0, VLAN)
+    assert (answer["result"], answer["outputs"]["vid"]) == (0, VLAN)
 
 
 def test_default_vlan_is_not_destroyed(lab, cpu):
@@ -103,7 +103,7 @@ def test_port_vlan_is_read_back(lab, cpu, port):
     cpu.vlan(VLAN, {port})
     cpu.set_pvid(port, VLAN)
     answer = cpu.call("adp_intf_pivd_get", port)
-    assert (answer["result"], answer["outputs"]["vlan"]) == (0, VLAN)
+    assert (answer["result"], answer["outputs"]["vid"]) == (0, VLAN)
 
 
 def test_port_vlan_of_an_unmapped_port_is_refused(cpu):
@@ -116,7 +116,7 @@ def test_port_vlan_of_a_group_is_its_management_ports(cpu):
     cpu.set_pvid(22, VLAN)
     cpu.give_management_port(2, 22)
     answer = cpu.call("adp_intf_pivd_get", "agg2")
-    assert (answer["result"], answer["outputs"]["vlan"]) == (0, VLAN)
+    assert (answer["result"], answer["outputs"]["vid"]) == (0, VLAN)
 
 
 def test_port_vlan_of_an_empty_group(cpu):
@@ -129,7 +129,7 @@ def test_port_vlan_of_a_group_with_members_is_refused_by_the_chip(cpu):
     cpu.form_group(2, (22,))
     assert cpu.result("adp_intf_pivd_set", "agg2", DEFAULT_VLAN) == DRIVER_FAILED
     read = cpu.call("adp_intf_pivd_get", "agg2")
-    assert (read["result"], read["outputs"]["vlan"]) == (0, DEFAULT_VLAN)
+    assert (read["result"], read["outputs"]["vid"]) == (0, DEFAULT_VLAN)
 
 
 def test_port_vlan_of_another_type_is_refused(cpu):

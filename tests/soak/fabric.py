@@ -1,21 +1,21 @@
-"""The devices of the load as a network: an aggregation group between them, and VLANs of hosts on both.
+"""The two devices as a network: an aggregation group between them, and VLANs of hosts on both.
 
 Each device has two managers for that: the example program that keeps the group, which is ended or killed and started
-anew, and an operator, an adpsh that lives as long as the load whatever the device goes through.
+again, and an operator, an adpsh that runs as long as the test, also while the device is off.
 """
 
 import contextlib
 
-from health import descriptors
+from health import settled_descriptors
 from adp.lab import LabError, Pair
 from adp.lab.aggregation import AggregationProgram
 from adp.lab.process import poll_until
 from settings import CALL_LOST, OK, TRUNK_MISSING, VLAN_MISSING, listed
 from stations import Station, Stations
 
-# The two sides use different ports, so that nothing works by accident of equal numbers.
+# The two sides use different ports, so that nothing works because numbers happen to be equal.
 CABLES = ((1, 11), (2, 12), (3, 13), (4, 14))
-# VLAN: its hosts' ports on the near and on the far side. In no VLAN at all: the intruders.
+# VLAN: the ports of its hosts on the near and on the far side. Intruders are in no VLAN.
 VLANS = {101: ({5, 6}, {7, 8}), 102: ({7, 8}, {9, 10})}
 INTRUDERS = (9, 6)
 GROUP_VLAN = 100  # of the example program
@@ -23,7 +23,7 @@ GROUP = "agg1"
 SIDES = (0, 1)
 KEPT_COMMANDS = ("trunks", "vlans")
 LINK_SECONDS = 20.0
-# The driver's link scan looks for a device that is gone five times a second.
+# The driver's link scan looks for a lost device five times a second.
 SCAN_PAUSE = 0.3
 
 
@@ -46,7 +46,7 @@ class Fabric:
         with self._stack as stack:
             stack.enter_context(self.pair)
             self.stations = Stations(self._make_stations())
-            self.fresh = [descriptors(lab.device.pid) for lab in self.labs]
+            self.fresh = [settled_descriptors(lab.device.pid) for lab in self.labs]
             self._stack = stack.pop_all()
         return self
 
@@ -79,8 +79,8 @@ class Fabric:
             raise LabError(f"'{line}' on the {self.device(side).name} answers {result}.")
 
     def build(self, side):
-        """Makes the device's part of the network, whatever is there of it. Without the group its cables would be a
-        loop: the VLANs are there only while the group is.
+        """Makes the device's part of the network, whatever exists of it. Without the group the cables are a loop, so
+        the VLANs exist only while the group does.
         """
         for vid in (*VLANS, GROUP_VLAN):
             self._do(side, f"adp_vlan_destroy {vid}", OK, VLAN_MISSING)
@@ -93,25 +93,25 @@ class Fabric:
             self._do(side, f"adp_vlan_port_set {vid} {listed(hosts[side] | set(ports))} {{}}", OK)
 
     def replace_program(self, side):
-        """The program is killed; the chip keeps what it has; another one takes over."""
+        """Kills the program; the chip keeps its tables, and another program takes over."""
         device = self.device(side)
         before = [device.ask(command) for command in KEPT_COMMANDS]
         self.programs[side].kill()
         after = [device.ask(command) for command in KEPT_COMMANDS]
         for earlier, later in zip(map(self._own, before), map(self._own, after), strict=True):
             if earlier != later:
-                raise LabError(f"The {device.name} has lost with its program what it had: {earlier}, then {later}.")
+                raise LabError(f"The {device.name} has lost settings with its program: {earlier}, then {later}.")
         self.build(side)
 
     @staticmethod
     def _own(answer):
-        """What of an answer is the fabric's, for managers change the rest meanwhile."""
+        """The fabric's part of an answer. Managers change the rest meanwhile."""
         groups = [row for row in answer.get("trunks", ()) if row["group"] == 1]
         return groups + [row for row in answer.get("vlans", ()) if row["vid"] in (*VLANS, GROUP_VLAN)]
 
     def check_link_scan(self, side):
-        """The program has lived on while its device was off, and hears again of a cable that moves. The device knows of
-        no VLAN yet, so nothing can run in circles.
+        """The program, which went on running while its device was off, is told of moved cables again. The device has no
+        VLAN yet, so there is no loop.
         """
         port = CABLES[0][side]
         self.programs[side].said()
@@ -121,16 +121,16 @@ class Fabric:
             self.plug(side, 0)
             return any(line.startswith(f"port {port} ") for line in self.programs[side].said())
 
-        poll_until(hears, LINK_SECONDS, f"A word of a cable by the program on the {self.device(side).name}", SCAN_PAUSE)
+        poll_until(hears, LINK_SECONDS, f"A line about a moved cable on the {self.device(side).name}", SCAN_PAUSE)
 
     def end_program(self, side):
-        """Ends it in good order; it may complain of a device that has forgotten everything, but it must not crash."""
+        """Ends the program. It may complain that the device has lost its settings, but it must not crash."""
         self.programs[side].close()
         status = self.programs[side].exit_status
         if status not in (0, 1):
             raise LabError(f"link_aggregation on the {self.device(side).name} ended with {status}.")
 
-    def check_is_away(self, side):
+    def check_is_off(self, side):
         """The operator's calls fail as their contracts say."""
         self._do(side, "adp_vlan_create 101", CALL_LOST)
         self._do(side, "adp_delete_agg_group agg8", CALL_LOST)
@@ -151,7 +151,7 @@ class Fabric:
         self.await_cables()
 
     def await_cables(self):
-        """All cables are in, and the programs that are there know it."""
+        """Waits until all cables are in, and the running programs have handled it."""
         self.pair.await_cables(range(len(CABLES)))
         for side in SIDES:
             wanted = {cable[side] for cable in CABLES}
@@ -161,6 +161,6 @@ class Fabric:
 
     def _members(self, side):
         for program in filter(None, self.programs):
-            program.take_events()  # or its pipe would be full some day
+            program.take_events()  # or its pipe would become full
         rows = [row for row in self.device(side).ask("trunks")["trunks"] if row["group"] == 1]
         return set(rows[0]["members"]) if rows else None

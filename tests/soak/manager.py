@@ -1,8 +1,8 @@
-"""A management process with settings of its own, and what makes it call: a thread that sets, reads back and judges.
+"""A management process with settings of its own, and the thread that drives it: it sets, reads back and compares.
 
-The process is adpsh. Now and then it is killed in the middle of a call and started anew: what was acknowledged must
-still be there. A device that goes away must not disturb it: its calls fail as their contracts say, and when the device
-is back, as new, they work again.
+The process is adpsh. Sometimes it is killed during a call and started again: acknowledged settings must still be there.
+It goes on while the device is off: its calls fail as their contracts say, and work again when the device is back, with
+its power-on settings.
 """
 
 import os
@@ -16,29 +16,29 @@ from adp.lab.shell import Shell
 from power import DOWN, RISING, UP, cycle, phase
 from settings import OK, check
 
-# Between two calls, so that managers leave the processors to the frames.
+# Between two calls, so that managers leave processor time for the frames.
 PAUSE_SECONDS = 0.002
 READ_SHARE = 0.5
 KILL_SHARE = 0.002
-# Of the time that a call takes, so that some kills come before and some after the device has heard of it.
+# The longest delay of a kill, so that some come before and some after the device has received the call.
 KILL_SECONDS = 0.002
 END_SECONDS = 60.0
-# A process that is never killed is judged by what it holds in the end, and after so many calls.
+# The resources of a process that is never killed are compared at the end with those after this many calls.
 WARM_CALLS = 1000
 DEVICE_LOST = (ConnectionError, FileNotFoundError, TimeoutError, ValueError)
 
 
 class Manager(threading.Thread):
-    """A manager of a device's settings; `problem` is what it complained of before it gave up. One that is not mortal
-    keeps its process whatever the device goes through.
+    """A manager of a device's settings. `problem` is the reason why it has stopped, if it has. Unless `is_killed` it
+    keeps its process all the time.
     """
 
-    def __init__(self, name, lab, power, settings, build, seed, is_mortal):
+    def __init__(self, name, lab, power, settings, build, seed, is_killed):
         super().__init__(name=name, daemon=True)
         self._lab, self._power, self._settings = lab, power, settings
         self._build = Build(build)
         self._random = Random(seed)
-        self._kill_share = KILL_SHARE if is_mortal else 0.0
+        self._kill_share = KILL_SHARE if is_killed else 0.0
         self._holdings = None
         self._ending = threading.Event()
         self._shell = None
@@ -53,20 +53,20 @@ class Manager(threading.Thread):
                 self._turn()
             self._read_all()
             self._check_holdings()
-        except Exception as problem:  # whatever it is, the main thread must hear of it
+        except Exception as problem:  # the main thread reports it
             self.problem = f"{type(problem).__name__}: {problem}" if not isinstance(problem, LabError) else problem
         finally:
             if self._shell:
                 self._shell.close()
 
     def end(self):
-        """Lets it read everything a last time."""
+        """Ends the thread, which reads everything a last time."""
         self._ending.set()
 
     def await_end(self):
         self.join(END_SECONDS)
         if self.is_alive():
-            raise LabError(f"{self.name} does not come to an end.")
+            raise LabError(f"{self.name} does not end.")
 
     def _start(self):
         self._shell = Shell(self._lab.device, self._build.command("adpsh", "--json", "--keep-going"))
@@ -77,7 +77,7 @@ class Manager(threading.Thread):
             self._holdings = Holdings(f"process of {self.name}", self._shell.pid)
 
     def _check_holdings(self):
-        """The connection to the device is there again, as it was then."""
+        """The process has as many descriptors as before, and its memory has not grown."""
         if self._holdings:
             self._holdings.check_descriptors()
             # An emulator keeps memory that its program gives back.
@@ -85,7 +85,7 @@ class Manager(threading.Thread):
                 self._holdings.check_memory()
 
     def _begin_cycle(self, number):
-        """The device is on again, and everything of its is as it was at first."""
+        """The device is on again, with its power-on settings."""
         self._cycle = number
         for each in self._settings:
             each.power_on()
@@ -107,10 +107,10 @@ class Manager(threading.Thread):
             self._write(setting)
 
     def _is_steady(self, began):
-        """Whether a call of that moment was made while the device was on all the time, the one that is known."""
+        """Whether the device was on during the whole call, and in the cycle that the settings are of."""
         return began == self._power.moment and phase(began) == UP and cycle(began) == self._cycle
 
-    def _is_away(self, began):
+    def _is_off(self, began):
         return began == self._power.moment and phase(began) == DOWN
 
     def _ask(self, line):
@@ -118,7 +118,7 @@ class Manager(threading.Thread):
         with self._power.call() as began:
             answer = self._shell.call(line)
             self.calls += 1
-            return answer, self._is_steady(began), self._is_away(began)
+            return answer, self._is_steady(began), self._is_off(began)
 
     def _check_lost(self, line, answer, wanted):
         self.failed_calls += 1
@@ -129,10 +129,10 @@ class Manager(threading.Thread):
         if not setting.read_line:
             self._look(setting)
             return
-        answer, steady, away = self._ask(setting.read_line)
+        answer, steady, off = self._ask(setting.read_line)
         if steady:
             self._check_value(setting, setting.value_of(answer))
-        elif away:
+        elif off:
             self._check_lost(setting.read_line, answer, setting.lost_read)
 
     def _check_value(self, setting, value):
@@ -153,13 +153,13 @@ class Manager(threading.Thread):
     def _write(self, setting):
         step = setting.step(self._random)
         with self._power.call() as outer:
-            # The device may have begun to rise since it was looked at: then nothing may be changed.
+            # The device may have begun to rise meanwhile: then nothing may be changed.
             if phase(outer) == RISING:
                 return
-            answer, steady, away = self._ask(step.line)
+            answer, steady, off = self._ask(step.line)
         if not steady:
             setting.lose()
-        if away:
+        if off:
             self._check_lost(step.line, answer, setting.lost_write)
         if steady and answer["result"] != step.result:
             raise LabError(f"'{step.line}' answers {answer['result']}, and not {step.result}; {setting.name} was "

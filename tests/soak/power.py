@@ -1,12 +1,11 @@
-"""Whether a device is on, as its managers have to know it: what a call may answer depends on when it was made."""
+"""Whether a device is on. What a call may answer depends on that, so managers ask for it around each call."""
 
 import contextlib
 import threading
 
 from adp.lab.problem import LabError
 
-# In this order, and again from the beginning with the next cycle. While it falls and rises nobody can say which calls
-# get through.
+# The phases of a power cycle, in order. While the device falls and rises, a call may reach it or not.
 UP, FALLING, DOWN, RISING = range(4)
 PHASES = 4
 CALL_SECONDS = 30.0
@@ -17,12 +16,12 @@ def phase(moment):
 
 
 def cycle(moment):
-    """How often the device has been off before."""
+    """How often the device has been off by then."""
     return moment // PHASES
 
 
 class Power:
-    """One device's. A moment is a number that grows with every change; calls are made within `call()`."""
+    """The power of one device. A moment is a number that grows with every change; calls are made within `call()`."""
 
     def __init__(self):
         self.moment = UP
@@ -31,7 +30,7 @@ class Power:
 
     @contextlib.contextmanager
     def call(self):
-        """Around a call; gives the moment at which it begins."""
+        """Stands around a call; gives the moment at which it begins."""
         with self._changed:
             began = self.moment
             self._under_way[began] = self._under_way.get(began, 0) + 1
@@ -48,10 +47,10 @@ class Power:
             self.moment += 1
 
     def await_earlier_calls(self):
-        """After this, nothing that was asked in an earlier phase is still under way. Where managers change nothing
-        while the device rises, nothing can therefore reach it that belongs to the one before.
+        """Waits until no call of an earlier phase is under way. Managers change nothing while the device rises, so no
+        change that was meant for the old device can then reach the new one.
         """
         with self._changed:
             earlier = [moment for moment in self._under_way if moment < self.moment]
             if not self._changed.wait_for(lambda: not any(self._under_way[at] for at in earlier), CALL_SECONDS):
-                raise LabError(f"Calls did not come back within {CALL_SECONDS:g} seconds of the device's going.")
+                raise LabError(f"Calls did not return within {CALL_SECONDS:g} seconds after the device was off.")

@@ -1,6 +1,6 @@
-"""What managers set and read back: places of the chip that belong to one of them alone.
+"""Settings of the chip that managers write and read back. Each belongs to one manager.
 
-A setting knows what it may hold. That is one value, unless something happened between a call and its answer: then it
+A setting knows its possible values. That is one, unless its manager was killed between a call and the answer: then it
 is one of two, until it is read.
 """
 
@@ -11,7 +11,7 @@ VLAN_MISSING, MAC_MISSING, TRUNK_MISSING = -12, -21, -42
 DEFAULT_VLAN = 1
 STATIC = 1
 WORD_BITS = 32
-# Codes of storm control; joint ones are read from one of the others.
+# Codes of storm control with a limit of their own.
 STORM_CODES = (1, 2, 4)
 JUMBO, ADMIN_STATE = 6, 3
 
@@ -32,14 +32,14 @@ def listed(ports):
 
 
 class Step:
-    """A call that changes a setting: what it is to answer, and what the setting then holds."""
+    """A call that changes a setting: its expected result, and the new value."""
 
     def __init__(self, line, value, result=OK):
         self.line, self.value, self.result = line, value, result
 
 
 class Setting:
-    """`lost_write` and `lost_read` are what the calls answer while the device is away."""
+    """`lost_write` and `lost_read` are the results of the calls while the device is off."""
 
     lost_write = lost_read = CALL_LOST
     read_line = ""
@@ -56,11 +56,11 @@ class Setting:
         return len(self.possible) == 1
 
     def settle(self, value):
-        """It was read, or set, and holds this."""
+        """The value was read or set."""
         self.possible = [value]
 
     def doubt(self, value):
-        """It may also hold this."""
+        """The value is possible as well."""
         if value not in self.possible:
             self.possible.append(value)
 
@@ -68,13 +68,13 @@ class Setting:
         self.settle(self.at_power_on)
 
     def forget_process(self):
-        """The process that made the calls is another one now."""
+        """The manager has a new process."""
 
     def lose(self):
-        """A call failed because the device was away."""
+        """A call failed because the device was off."""
 
     def value_of(self, answer):
-        """What an answer to `read_line` says that it holds."""
+        """The value in an answer to `read_line`."""
         raise NotImplementedError
 
     def step(self, random):
@@ -82,7 +82,7 @@ class Setting:
 
 
 class Register(Setting):
-    """Numbers that are kept as they are given. `choose` makes some; what they are at power-on is read."""
+    """Numbers that are read back as they were set, made by `choose`. The first read gives the power-on values."""
 
     def __init__(self, name, write, read, outputs, choose, lost=(CALL_LOST, CALL_LOST)):
         super().__init__(name, None)
@@ -92,7 +92,7 @@ class Register(Setting):
         self.power_on()
 
     def power_on(self):
-        # Nobody has looked at it yet.
+        # Unknown until the first read.
         self.possible = [] if self.at_power_on is None else [self.at_power_on]
 
     def settle(self, value):
@@ -165,24 +165,24 @@ class Address(Setting):
 
 
 class Group(Setting):
-    """An aggregation group of two ports as the chip has it: None, or its members. The library has tables of its own,
-    which begin anew with a process and do not follow a device that was off: such a group is deleted before it is used.
+    """An aggregation group of two ports in the chip: None, or its members. The library's own tables are empty in a new
+    process and unchanged by a device that was off, so the group is deleted before it is used again.
     """
 
     def __init__(self, number, ports, device):
         super().__init__(f"group {number}", None)
         self._number, self._ports, self._device = number, ports, device
-        self._is_tables_own = True
+        self._is_in_tables = True
 
     def forget_process(self):
-        self._is_tables_own = False
+        self._is_in_tables = False
 
     def power_on(self):
         super().power_on()
-        self._is_tables_own = False
+        self._is_in_tables = False
 
     def lose(self):
-        self._is_tables_own = False
+        self._is_in_tables = False
 
     def look(self):
         """What the device shows, since the library tells only what it believes itself."""
@@ -194,9 +194,9 @@ class Group(Setting):
 
     def step(self, random):
         name = f"agg{self._number}"
-        if not self._is_tables_own or self.value():
+        if not self._is_in_tables or self.value():
             result = OK if self.value() is not None else TRUNK_MISSING
-            self._is_tables_own = True
+            self._is_in_tables = True
             return Step(f"adp_delete_agg_group {name}", None, result)
         if self.value() is None:
             return Step(f"adp_create_agg_group {name}", frozenset())
@@ -212,7 +212,7 @@ def _one_of(*values):
 
 
 def registers(port):
-    """Everything of a port that is set and read back alike."""
+    """The settings of a port that are read back as they were set."""
     attribute = (DRIVER_FAILED, DRIVER_FAILED)
     rate = 1_000_000, 4096
     found = [
@@ -230,7 +230,7 @@ def registers(port):
                  ["rate", "burst"], _pair(*rate), attribute),
         Register("shaper", f"adp_set_port_egress_shaper {port} {{}} {{}}", f"adp_get_port_egress_shaper {port}",
                  ["rate", "burst"], _pair(*rate), attribute),
-        PortSet("egress set", f"adp_set_port_isolate {port} {{}} 0", f"adp_get_port_isolatestatus {port}", ["map"],
+        PortSet("egress set", f"adp_set_port_isolate {port} {{}} 0", f"adp_get_port_isolatestatus {port}", ["bitmap"],
                 lambda random: (random.getrandbits(26) << 1,), attribute),
     ]  # fmt: skip
     for name, selector in (("jumbo frames", JUMBO), ("enable", ADMIN_STATE)):
@@ -249,7 +249,7 @@ def registers(port):
 
 
 def check(setting, value):
-    """What was read is what the setting may hold."""
+    """The value that was read must be possible."""
     if setting.possible and value not in setting.possible:
         may_be = " or ".join(map(repr, setting.possible))
         raise LabError(f"The {setting.name} reads {value!r}, but what was acknowledged is {may_be}.")

@@ -1,4 +1,4 @@
-"""The hosts of the load, each with a talker in its namespace, as the bench sees them."""
+"""The hosts of the soak test, each with a talker program in its namespace."""
 
 import contextlib
 import json
@@ -13,14 +13,14 @@ TALKER = pathlib.Path(__file__).parent / "talker.py"
 ANSWER_SECONDS = 20.0
 FLOW_SECONDS = 30.0
 FLOW_PAUSE = 0.2
-# A talker ends by itself some time after the load should have.
+# A talker ends by itself this long after the test.
 SPARE_SECONDS = 300
-# An intruder need not be as loud as the others.
+# An intruder sends this share of the other hosts' rate.
 INTRUDER_SHARE = 0.1
 
 
 class Station:
-    """A host and its talker. It hears the VLAN `vid`, 0 for none, and speaks in some."""
+    """A host and its talker. It receives the VLAN `vid`, 0 for none, and sends in the VLANs `speaks`."""
 
     def __init__(self, lab, port, number, vid, speaks):
         self.host = lab.hosts[port]
@@ -42,7 +42,7 @@ class Station:
         self._lines = LineReader(self._process.stdout)
 
     def ask(self, word="counts"):
-        """The counts so far; "quiet" ends the sending."""
+        """The counts so far; the word "quiet" ends the sending."""
         try:
             self._process.stdin.write(word.encode() + b"\n")
             self._process.stdin.flush()
@@ -57,7 +57,7 @@ class Station:
 
 
 class Stations:
-    """All talkers. Those with a VLAN talk to each other within it; those without, intruders, try to get into all."""
+    """All talkers. Those of a VLAN send to each other; those of none, the intruders, send into all VLANs."""
 
     def __init__(self, stations):
         self.all = list(stations)
@@ -77,10 +77,10 @@ class Stations:
         self.check()
 
     def check(self):
-        """Nothing has come where it does not belong, twice, or changed."""
+        """No frame was misplaced, repeated or changed."""
         complaints = [text for each in self.all for text in each.counts["complaints"]]
         if complaints:
-            raise LabError(f"Frames went wrong, in all {len(complaints)} that hosts tell of: {complaints[0]}")
+            raise LabError(f"Hosts report {len(complaints)} wrong frames, for example: {complaints[0]}")
 
     def total(self, name):
         return sum(each.counts.get(name, 0) for each in self.all)
@@ -89,7 +89,7 @@ class Stations:
         return sum(sum(each.counts.get("received", {}).values()) for each in self.all)
 
     def await_flow(self, when):
-        """Waits until every host has heard anew from every other one of its VLAN."""
+        """Waits until every host has received another frame from every other host of its VLAN."""
         self.ask()
         before = {each: dict(each.counts["received"]) for each in self.insiders}
 
@@ -107,8 +107,8 @@ class Stations:
         except LabError:
             raise LabError(f"{when}, nothing arrives from these hosts: {', '.join(silent())}.") from None
 
-    def fall_silent(self):
-        """Nobody sends any more; gives back when nothing has come for a while."""
+    def stop_sending(self):
+        """Stops all talkers, and waits until no more frames arrive."""
         self.ask("quiet")
         counted = [-1]
 

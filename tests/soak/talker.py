@@ -1,4 +1,4 @@
-"""A host of the load: sends frames at a rate, and looks at each one that it gets. Runs in the host's namespace.
+"""A host of the soak test: sends frames at a rate, and checks each frame that it receives. Runs in its namespace.
 
     talker.py INTERFACE SETTINGS        SETTINGS is JSON, see `Talker`
 
@@ -26,12 +26,12 @@ CHECK = struct.Struct("!I")
 SMALLEST, LARGEST = 46, 1490
 BURST_FRAMES = 32
 WAIT_SECONDS = 0.002
-# Frames that come again do so soon: with these many numbers of each sender remembered none is missed at any rate here.
+# Numbers of received frames that are remembered for each sender. A repeated frame follows soon after the first one.
 WINDOW = 1 << 16
 COMPLAINTS = 5
-# An address that nobody has, so that the switches flood the frame.
-STRANGER = bytes.fromhex("02adfffffffe")
-BROADCAST_SHARE, STRANGER_SHARE = 0.02, 0.02
+# The address of no host, so that the switches flood the frame.
+UNKNOWN = bytes.fromhex("02adfffffffe")
+BROADCAST_SHARE, UNKNOWN_SHARE = 0.02, 0.02
 NOT_NOW = (errno.ENETDOWN, errno.ENOBUFS, errno.ENXIO, errno.EAGAIN)
 
 
@@ -44,8 +44,8 @@ class Here:
 
 
 class Talker:
-    """`number` and `mac` are the host's own, `vid` the VLAN that it hears, 0 for none. It sends to `partners`,
-    {number: MAC}, in the VLANs `speaks`, and may hear all of `partners` if it hears a VLAN. `rate` is in frames per
+    """`number` and `mac` are those of the host, `vid` is the VLAN that it receives, 0 for none. It sends to `partners`,
+    {number: MAC}, in the VLANs `speaks`, and receives from all of them if it has a VLAN. `rate` is in frames per
     second, 0 for as many as it can.
     """
 
@@ -73,8 +73,8 @@ class Talker:
         destination = self._random.choice(self._destinations)
         if chance < BROADCAST_SHARE:
             destination = BROADCAST
-        elif chance < BROADCAST_SHARE + STRANGER_SHARE:
-            destination = STRANGER
+        elif chance < BROADCAST_SHARE + UNKNOWN_SHARE:
+            destination = UNKNOWN
         size = self._random.randrange(SMALLEST, LARGEST - STAMP.size - CHECK.size)
         body = STAMP.pack(MARK, self._number, vid, self.sent) + self._random.choice(self._bodies)[:size]
         body += CHECK.pack(zlib.crc32(body))
@@ -93,7 +93,7 @@ class Talker:
                 self.complaints.append(f"host {self._number}: {why} ({describe(frame)}): {frame[:48].hex()}")
 
     def _judge(self, frame):
-        """What is wrong with a frame, after counting it."""
+        """Counts the frame; gives what is wrong with it."""
         tags, kind, body = split_tags(frame)
         if kind != ETHERTYPE_EXPERIMENT or len(body) < STAMP.size + CHECK.size or body[: len(MARK)] != MARK:
             self.misplaced += 1
@@ -104,24 +104,24 @@ class Talker:
         _, sender, vid, number = STAMP.unpack_from(body)
         if vid != self._vid or [tci & VID_MASK for _, tci in tags] != [vid]:
             self.misplaced += 1
-            return f"a frame of VLAN {vid} where VLAN {self._vid} is heard"
+            return f"a frame of VLAN {vid} in VLAN {self._vid}"
         if frame[6:12] != self._partners.get(sender):
             self.misplaced += 1
-            return f"a frame of host {sender} by its stamp"
+            return f"a frame with the stamp of host {sender} and another address"
         if self._latest[sender][number % WINDOW] == number:
             self.repeated += 1
-            return f"frame {number} of host {sender} once more"
+            return f"frame {number} of host {sender} again"
         self._latest[sender][number % WINDOW] = number
         self.received[sender] += 1
         if frame[:6] not in (self._mac, BROADCAST):
-            if frame[:6] != STRANGER and frame[:6] not in self._destinations:
+            if frame[:6] != UNKNOWN and frame[:6] not in self._destinations:
                 self.misplaced += 1
                 return "a frame for an address of another VLAN"
             self.flooded += 1
         return ""
 
     def run(self, seconds):
-        """Until the input ends, but no longer than this."""
+        """Runs until the input ends, but no longer than this."""
         began = previous = time.monotonic()
         credit, quiet = 0.0, False
         while (now := time.monotonic()) < began + seconds:

@@ -9,7 +9,7 @@ def bits(*numbers, words=2):
 
 
 def test_the_default_map(mapped):
-    assert mapped.outputs("adp_get_max_phy_port_num") == {"n": 26}
+    assert mapped.outputs("adp_get_max_phy_port_num") == {"port_count": 26}
     assert [mapped.result(f"adp_intf_2_phy_id {i}") for i in (0, 1, 26, 27, "agg1")] == [0, 4, 29, -1, -1]
     assert mapped.result("adp_phy_2_intf_id 29") == 26
 
@@ -26,13 +26,13 @@ def test_a_bitmap_is_a_set_or_words(mapped):
 
 
 def test_a_list_is_as_long_as_its_count_says(mapped):
-    assert mapped.outputs("adp_get_agg_group agg1 3") == {"count": 0, "list": [0, 0, 0]}
-    assert mapped.outputs("adp_get_agg_group agg1 1") == {"count": 0, "list": [0]}
-    assert mapped.outputs("adp_get_agg_group agg1 0") == {"count": 0, "list": []}
+    assert mapped.outputs("adp_get_agg_group agg1 3") == {"count": 0, "members": [0, 0, 0]}
+    assert mapped.outputs("adp_get_agg_group agg1 1") == {"count": 0, "members": [0]}
+    assert mapped.outputs("adp_get_agg_group agg1 0") == {"count": 0, "members": []}
 
 
 def test_an_output_can_be_given_its_content_before_the_call(mapped):
-    assert mapped.outputs("adp_get_agg_group agg1 4 count=7 list=[8,9]") == {"count": 0, "list": [8, 9, 0, 0]}
+    assert mapped.outputs("adp_get_agg_group agg1 4 count=7 members=[8,9]") == {"count": 0, "members": [8, 9, 0, 0]}
 
 
 def test_a_count_is_told_from_the_bytes(shell):

@@ -25,8 +25,8 @@ REFUSED = {
     "adp_intf_2_phy_id [": "a closing ']' is missing (column 20)",
     "adp_get_agg_group agg1 -1": "a count of 4294967295 is more than the 65536 elements that the shell provides",
     "adp_get_agg_group agg1 65537": "a count of 65537 is more than the 65536",
-    "adp_get_agg_group agg1 2 list=[1,2,3]": "'list': there is room for 2 elements, 3 are given",
-    "adp_get_agg_group agg1 2 list=null": "an output needs an address",
+    "adp_get_agg_group agg1 2 members=[1,2,3]": "'members': there is room for 2 elements, 3 are given",
+    "adp_get_agg_group agg1 2 members=null": "an output needs an address",
     "adp_api_xlate_port_pbmp_a2p {64}": "a set of 64 has no bit 64",
     "adp_api_xlate_port_pbmp_a2p [1,2,3]": "there is room for 2 elements, 3 are given",
     "adp_api_xlate_port_pbmp_a2p {a=1}": "a set {1, 5} of numbers is wanted",
@@ -105,7 +105,7 @@ def test_a_frame_that_arrives_is_kept(start):
 
 def test_help_is_the_header_text(shell):
     answer = shell("help adp_get_agg_group")
-    assert answer["usage"] == "adp_get_agg_group agg_intf max -> count list"
+    assert answer["usage"] == "adp_get_agg_group agg_intf max -> count members"
     assert "Lists a group's active members" in answer["doc"]
     assert "adp_get_agg_group" in shell("calls *agg_g*")["calls"]
     assert "agg_info" in shell("show")["tables"]
@@ -113,7 +113,7 @@ def test_help_is_the_header_text(shell):
 
 def test_random_lines_neither_end_nor_confuse_the_shell(mapped):
     # None of these calls takes a word, which may be an address that the shell cannot judge.
-    lines = ["adp_get_agg_group agg1 4 list=[1,2]", "adp_dump_packet \"t\" 01:80:c2 3", "adp_vlan_port_set 1 {1} {2}",
+    lines = ["adp_get_agg_group agg1 4 members=[1,2]", "adp_dump_packet \"t\" 01:80:c2 3", "adp_vlan_port_set 1 {1} {2}",
              "__adp_receive_frame {frame=0180c2000000aabbccddeeff88740000000481000064080045 vlan_tag=18} 1",
              "__adp_transmit_frame {frame=0180c2000000aabbccddeeff0800 source=3} [1,agg2] 5 2",
              "adp_receive_frame 0180c2000000aabbccddeeff887400000004 18", "show agg_info", "set A = 0102"]
@@ -185,7 +185,7 @@ def test_a_failed_call_is_no_malformed_line(environment):
     ended = run(environment, "--command", "adp_vlan_create 1", "adp_get_agg_group agg9 2")
     assert ended.returncode == 0
     assert ended.stdout.splitlines() == ["= -1 (ADP_FAIL: map, socket or frame-path failure, or a list too short: "
-                                         "all bits set)"] * 2 + ["  count = 0", "  list = [0, 0]"]
+                                         "all bits set)"] * 2 + ["  count = 0", "  members = [0, 0]"]
 
 
 def test_a_script_file(environment, tmp_path):
@@ -206,6 +206,6 @@ def test_text_for_people(environment):
         "= 0 (success)",
         "    user_port_untagged_vlan_get(unit=0, zero=0, port=12) -> -1 {vid=0}",
         "= 102 (ADP_E_DRIVER: a driver call failed, or the call does not fan out over a group)",
-        "  vlan = 0",
+        "  vid = 0",
         "= 0 (success)",
         "  bitmap = {4,29} = [0x20000010, 0x00000000]"]

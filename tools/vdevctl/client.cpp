@@ -1,16 +1,18 @@
+// Connects to the control socket, with a deadline for every step.
 #include "tools/vdevctl/client.h"
 
 #include <sys/socket.h>
 #include <sys/time.h>
-#include <sys/un.h>
 
 #include <array>
 #include <cerrno>
+#include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <system_error>
 
-#include "vdevice/daemon/run_dir.h"
-#include "vdevice/io/unique_fd.h"
+#include "vdevice/sockets/run_dir.h"
+#include "vdevice/sockets/unique_fd.h"
+#include "vdevice/sockets/unix_address.h"
 
 namespace vdevice {
 namespace {
@@ -19,25 +21,23 @@ constexpr timeval kDeadline{5, 0};
 
 std::runtime_error failure(const std::string &action, const std::string &path) {
     const int reason = errno;
-    const std::string told = "cannot " + action + " the device at " + path + ": ";
+    const std::string start = "cannot " + action + " the device at " + path + ": ";
     if (reason == ENOENT || reason == ECONNREFUSED) {
-        return std::runtime_error{told + "no vdeviced is running there. Start it, or name its folder with --run-dir " +
+        return std::runtime_error{start + "no vdeviced is running there. Start it, or name its folder with --run-dir " +
                                   "or in VDEVICE_DIR."};
     }
-    return std::runtime_error{told + std::generic_category().message(reason) + "."};
+    return std::runtime_error{start + std::generic_category().message(reason) + "."};
 }
 
-io::UniqueFd connect_to(const std::string &path) {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    if (path.size() >= sizeof(address.sun_path)) {
+UniqueFd connect_to(const std::string &path) {
+    const auto address = unix_address(path);
+    if (!address) {
         throw std::runtime_error{"cannot reach the device at " + path + ": the name is too long for a socket."};
     }
-    path.copy(address.sun_path, path.size());
-    io::UniqueFd fd{socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)};
+    UniqueFd fd{socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)};
     setsockopt(fd.get(), SOL_SOCKET, SO_RCVTIMEO, &kDeadline, sizeof(kDeadline));
     setsockopt(fd.get(), SOL_SOCKET, SO_SNDTIMEO, &kDeadline, sizeof(kDeadline));
-    if (connect(fd.get(), reinterpret_cast<const sockaddr *>(&address), sizeof(address)) != 0) {
+    if (connect(fd.get(), reinterpret_cast<const sockaddr *>(&*address), sizeof(*address)) != 0) {
         throw failure("reach", path);
     }
     return fd;
@@ -66,7 +66,7 @@ std::string exchange(int fd, const std::string &request, const std::string &path
 
 nlohmann::json ask_device(const std::string &run_dir, const nlohmann::json &request) {
     const std::string path = control_socket(run_dir);
-    const io::UniqueFd fd = connect_to(path);
+    const UniqueFd fd = connect_to(path);
     nlohmann::json answer = nlohmann::json::parse(exchange(fd.get(), request.dump() + "\n", path), nullptr, false);
     if (!answer.is_object()) {
         throw std::runtime_error{"the device at " + path + " gave an answer that cannot be read."};

@@ -1,7 +1,7 @@
-// The way to a running device: one request, one answer.
+// One request to a running device, and its answer.
 #pragma once
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 #include <string>
 
 namespace vdevice {

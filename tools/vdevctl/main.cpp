@@ -1,74 +1,45 @@
-// vdevctl: looks into a running virtual device and moves its cables.
+// vdevctl: sends a command to a running virtual device and prints its answer. Which commands there are is the device's
+// matter: it reads their arguments, makes their text and lists them for the help.
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
 #include <nlohmann/json.hpp>
-#include <optional>
 #include <string>
+#include <vector>
 
 #include "tools/vdevctl/client.h"
-#include "tools/vdevctl/tables.h"
-#include "vdevice/daemon/run_dir.h"
+#include "vdevice/sockets/run_dir.h"
 
 namespace {
+
+using Words = std::vector<std::string>;
 
 struct Options {
     std::string run_dir = vdevice::default_run_dir();
     bool json = false;
-    int port = 0;
-    int trace = 0;
-    std::optional<int> pin;
-    std::optional<int> level;
+    Words words;
 };
 
-/** Without arguments it shows the pins, with both it drives one. */
-void add_gpio(CLI::App &app, Options &options) {
-    CLI::App *command = app.add_subcommand("gpio", "the general-purpose pins; with PIN and LEVEL, drive an input pin");
-    CLI::Option *pin = command->add_option("pin", options.pin);
-    pin->needs(command->add_option("level", options.level));
+nlohmann::json ask(const std::string &run_dir, const Words &words, const char *form) {
+    return vdevice::ask_device(
+        run_dir, {{"command", words.front()}, {"arguments", Words(words.begin() + 1, words.end())}, {"form", form}});
 }
 
-void add_commands(CLI::App &app, Options &options) {
-    app.add_subcommand("ports", "the ports with their state");
-    app.add_subcommand("vlans", "the VLAN table");
-    app.add_subcommand("macs", "the MAC table");
-    app.add_subcommand("mcast", "the multicast groups, and what becomes of unknown ones");
-    app.add_subcommand("limits", "limits on learning, and the addresses that they refused");
-    app.add_subcommand("trunks", "the trunks with their members");
-    app.add_subcommand("counters", "frames and octets of each port, and why frames were dropped");
-    app.add_subcommand("log", "what the device and its software logged");
-    app.add_subcommand("events", "messages waiting in the event queue");
-    app.add_subcommand("reserved", "addresses and protocols whose frames go to the CPU alone");
-    app.add_subcommand("mirrors", "the mirror sessions with their ports");
-    app.add_subcommand("groups", "the spanning-tree groups with their VLANs and the ports' states");
-    app.add_subcommand("translations", "what becomes of VLAN tags: translations, subnets, double tags");
-    app.add_subcommand("priorities", "which priorities and queues frames get, and what the queues have sent");
-    app.add_subcommand("fields", "the field processor's entries, counters and miss actions");
-    app.add_subcommand("storm", "storm limits and ingress limits, what passed them, and the exceeded flags");
-    app.add_subcommand("meters", "the field processor's meters");
-    app.add_subcommand("queues", "the ports' egress queues, how they are scheduled and shaped");
-    add_gpio(app, options);
-    app.add_subcommand("version", "version and board of the running device");
-    app.add_subcommand("pull", "pull a user port's cable")->add_option("port", options.port)->required();
-    app.add_subcommand("plug", "plug it in again")->add_option("port", options.port)->required();
-    app.add_subcommand("trace", "what sys_trace_get() answers: 0 off, other numbers on")
-        ->add_option("value", options.trace)
-        ->required();
-    app.require_subcommand(1);
-}
-
-nlohmann::json request_for(const std::string &command, const Options &options) {
-    nlohmann::json request = {{"command", command}};
-    if (command == "pull" || command == "plug") {
-        request["port"] = options.port;
-    } else if (command == "trace") {
-        request["value"] = options.trace;
-    } else if (options.pin && options.level) {
-        request["pin"] = *options.pin;
-        request["level"] = *options.level;
+std::string text_of(const nlohmann::json &answer) {
+    const auto text = answer.find("text");
+    if (text == answer.end() || !text->is_string()) {
+        throw std::runtime_error{"the device gave an answer without a text. Is it of another version?"};
     }
-    return request;
+    return text->get<std::string>();
+}
+
+std::string commands(const std::string &run_dir) {
+    try {
+        return "Commands:\n" + text_of(ask(run_dir, {"help"}, "text"));
+    } catch (const std::runtime_error &error) {
+        return std::string{"The device lists its commands, but vdevctl "} + error.what() + "\n";
+    }
 }
 
 int run_program(int argc, char **argv) {
@@ -76,18 +47,20 @@ int run_program(int argc, char **argv) {
     CLI::App app{"vdevctl: looks into a running virtual device and moves its cables."};
     app.add_option("--run-dir", options.run_dir, "folder of the device's sockets (VDEVICE_DIR)")->capture_default_str();
     app.add_flag("--json", options.json, "answer in JSON");
-    add_commands(app, options);
+    app.add_option("COMMAND", options.words, "a command of the device, and its arguments")->required();
     app.failure_message([](const CLI::App *, const CLI::Error &error) {
         return "vdevctl: " + std::string{error.what()} + ". Run it with --help to see what it takes.\n";
     });
     try {
         app.parse(argc, argv);
+    } catch (const CLI::CallForHelp &) {
+        std::cout << app.help() << commands(options.run_dir);
+        return EXIT_SUCCESS;
     } catch (const CLI::ParseError &error) {
         return app.exit(error) == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
     }
-    const std::string command = app.get_subcommands().front()->get_name();
-    const nlohmann::json answer = vdevice::ask_device(options.run_dir, request_for(command, options));
-    std::cout << (options.json ? answer.dump(2) + "\n" : vdevice::show(command, answer));
+    const nlohmann::json answer = ask(options.run_dir, options.words, options.json ? "json" : "text");
+    std::cout << (options.json ? answer.dump(2) + "\n" : text_of(answer));
     return EXIT_SUCCESS;
 }
 

@@ -1,15 +1,16 @@
+// Lines in, lines out: clients are served in turn and never waited for.
 #include "vdevice/daemon/control_server.h"
 
 #include <sys/epoll.h>
 #include <sys/socket.h>
-#include <sys/un.h>
 
 #include <array>
 #include <cerrno>
-#include <cstring>
+#include <nlohmann/json.hpp>
 #include <utility>
 
 #include "vdevice/io/error.h"
+#include "vdevice/sockets/unix_address.h"
 
 namespace vdevice {
 namespace {
@@ -17,21 +18,19 @@ namespace {
 constexpr int kBacklog = 16;
 
 sockaddr_un address_of(const std::string &path) {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    if (path.size() >= sizeof(address.sun_path)) {
+    const auto address = unix_address(path);
+    if (!address) {
         throw io::Error{"cannot use " + path + " as a socket: the name is too long."};
     }
-    path.copy(address.sun_path, path.size());
-    return address;
+    return *address;
 }
 
-io::UniqueFd unix_socket() {
-    return io::UniqueFd{socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)};
+UniqueFd unix_socket() {
+    return UniqueFd{socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)};
 }
 
 bool is_answered(const sockaddr_un &address) {
-    const io::UniqueFd probe = unix_socket();
+    const UniqueFd probe = unix_socket();
     return connect(probe.get(), reinterpret_cast<const sockaddr *>(&address), sizeof(address)) == 0;
 }
 
@@ -56,7 +55,7 @@ ControlServer::~ControlServer() {
 }
 
 void ControlServer::accept_client() {
-    io::UniqueFd fd{accept4(listener_.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC)};
+    UniqueFd fd{accept4(listener_.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC)};
     if (!fd || clients_.size() >= kMaxClients) {
         return;
     }
@@ -68,7 +67,7 @@ void ControlServer::accept_client() {
 void ControlServer::serve(int fd, uint32_t events) {
     Client &client = clients_.at(fd);
     bool stays = true;
-    // Nothing more is read while something waits: what a client has sent ahead stays with the kernel.
+    // A client with work is not read from: what it sends ahead stays in the socket.
     if (!client.has_work() && (events & (EPOLLIN | EPOLLHUP | EPOLLERR)) != 0) {
         stays = read_requests(client);
     }
@@ -77,7 +76,7 @@ void ControlServer::serve(int fd, uint32_t events) {
         clients_.erase(fd);
         return;
     }
-    // One answer a turn: whoever sends many requests waits for the others in between.
+    // One answer a turn, so that a client with many requests lets the others have theirs.
     loop_.change(fd, client.has_work() ? EPOLLOUT : EPOLLIN);
 }
 
@@ -125,7 +124,7 @@ std::string ControlServer::answer(const std::string &line) const {
     } else {
         reply = {{"error", "The request is not a JSON object."}};
     }
-    // Texts come from other programs and need not be UTF-8; what is not is replaced, never a reason to fail.
+    // Bytes that are not UTF-8 are replaced, so that no text of another program can make this fail.
     return reply.dump(kCompact, ' ', false, nlohmann::json::error_handler_t::replace);
 }
 

@@ -3,11 +3,11 @@
 
 #include <functional>
 #include <map>
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 #include <string>
 
 #include "vdevice/io/event_loop.h"
-#include "vdevice/io/unique_fd.h"
+#include "vdevice/sockets/unique_fd.h"
 
 namespace vdevice {
 
@@ -15,7 +15,7 @@ class ControlServer {
   public:
     using Handler = std::function<nlohmann::json(const nlohmann::json &request)>;
 
-    /** Takes the place of a socket that a dead daemon left; throws an io::Error if a living one answers there. */
+    /** Replaces the socket of a dead daemon; throws an io::Error if a running one answers there. */
     ControlServer(io::EventLoop &loop, std::string path, Handler handler);
     ~ControlServer();
     ControlServer(const ControlServer &) = delete;
@@ -26,17 +26,17 @@ class ControlServer {
     static constexpr size_t kMaxRequest = 65536;
 
     struct Client {
-        io::UniqueFd fd;
+        UniqueFd fd;
         std::string input;
         std::string output;
 
-        /** There is an answer to send or a whole request to answer. */
+        /** An answer waits to be sent, or a whole request to be answered. */
         bool has_work() const { return !output.empty() || input.find('\n') != std::string::npos; }
     };
 
     void accept_client();
     void serve(int fd, uint32_t events);
-    /** These are false when the client is to be let go. An answer is made when the one before it is out. */
+    /** These are false if the client is to be closed. An answer is made after the one before it is sent. */
     bool read_requests(Client &client);
     bool answer_one(Client &client);
     bool write_answers(Client &client);
@@ -45,7 +45,7 @@ class ControlServer {
     io::EventLoop &loop_;
     std::string path_;
     Handler handler_;
-    io::UniqueFd listener_;
+    UniqueFd listener_;
     std::map<int, Client> clients_;
 };
 

@@ -1,9 +1,10 @@
-// The control socket and clients that ask for much: they get it piece by piece, and the others have their turn.
+// The control socket and clients that send too much or read too little: the others have their turn.
 #include "vdevice/daemon/control_server.h"
 
 #include <gtest/gtest.h>
 
 #include <deque>
+#include <nlohmann/json.hpp>
 
 #include "vdevice/remote/testing/device.h"
 

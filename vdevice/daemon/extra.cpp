@@ -1,3 +1,4 @@
+// Link changes are sent to the clients that watch; messages of the event queue are taken on request.
 #include "vdevice/daemon/extra.h"
 
 #include <array>
@@ -46,7 +47,7 @@ int32_t take_event(driver::EventQueue &events, std::span<const uint32_t> words, 
 void serve_extra(remote::Server &server, Device &device) {
     device.set_link_listener([&](int port) { publish(server, device, port); });
     server.set_extra_handler([&](Extra, std::span<const uint32_t> words, std::vector<uint32_t> &answer) {
-        return take_event(device.driver().events(), words, answer);
+        return take_event(device.events(), words, answer);
     });
 }
 

@@ -1,4 +1,4 @@
-// What the driver socket carries besides driver calls: link changes and the messages of the event queue.
+// Requests of the driver socket that are no driver calls: link changes and messages of the event queue.
 #pragma once
 
 #include "vdevice/device/device.h"
@@ -6,7 +6,7 @@
 
 namespace vdevice {
 
-/** Lets the server's clients watch the device's links and read its event queue. Both must outlive the event loop. */
+/** Lets the server's clients watch links and read the event queue. Server and device must outlive the event loop. */
 void serve_extra(remote::Server &server, Device &device);
 
 }  // namespace vdevice

@@ -8,22 +8,25 @@
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
+#include <nlohmann/json.hpp>
 #include <string>
 
-#include "vdevice/daemon/commands.h"
 #include "vdevice/daemon/control_server.h"
 #include "vdevice/daemon/extra.h"
-#include "vdevice/daemon/run_dir.h"
+#include "vdevice/daemon/private_folder.h"
 #include "vdevice/device/device.h"
+#include "vdevice/inspect/answer.h"
 #include "vdevice/io/error.h"
 #include "vdevice/io/event_loop.h"
 #include "vdevice/remote/server.h"
+#include "vdevice/sockets/run_dir.h"
+#include "vdevice/sockets/unique_fd.h"
 
 namespace {
 
+using vdevice::UniqueFd;
 using vdevice::io::Error;
 using vdevice::io::EventLoop;
-using vdevice::io::UniqueFd;
 
 struct Options {
     std::string run_dir = vdevice::default_run_dir();
@@ -31,7 +34,7 @@ struct Options {
     vdevice::driver::Board board;
 };
 
-/** Blocks the signals that end the daemon, so that they arrive as events, and the one that broken sockets raise. */
+/** Makes the signals that end the daemon arrive as events, and ignores the signal of broken sockets. */
 UniqueFd end_signals() {
     sigset_t signals;
     sigemptyset(&signals);
@@ -53,14 +56,15 @@ void run(const Options &options) {
     umask(S_IRWXG | S_IRWXO);  // the sockets are for their owner only, from the moment they exist
     EventLoop loop;
     const UniqueFd signals = end_signals();
-    vdevice::prepare_run_dir(options.run_dir);
-    // Created first: it is what tells a second daemon that the folder is taken.
+    vdevice::make_private_folder(options.run_dir);
+    // Created first: a second daemon sees by it that the folder is taken.
     vdevice::Device *running = nullptr;
-    vdevice::ControlServer control{loop, vdevice::control_socket(options.run_dir),
-                                   [&](const nlohmann::json &request) { return carry_out(*running, request); }};
+    vdevice::ControlServer control{loop, vdevice::control_socket(options.run_dir), [&](const nlohmann::json &request) {
+                                       return vdevice::inspect::answer(*running, request);
+                                   }};
     vdevice::Device device{loop, options.board, options.create_interfaces};
     running = &device;
-    vdevice::remote::Server server{device.driver(), vdevice::driver_socket(options.run_dir)};
+    vdevice::remote::Server server{device.calls(), vdevice::driver_socket(options.run_dir)};
     vdevice::serve_extra(server, device);
     loop.add(server.poll_fd(), EPOLLIN, [&](uint32_t) { server.serve_ready(); });
     loop.add(signals.get(), EPOLLIN, [&](uint32_t) { loop.stop(); });

@@ -1,3 +1,4 @@
+// Frames between wires and chip, links in both directions, and the timers.
 #include "vdevice/device/device.h"
 
 #include <sys/epoll.h>
@@ -45,7 +46,7 @@ void Device::create_cables() {
     }
     created_cables_.emplace(pairs);
     for (const io::CablePair &pair : pairs) {
-        // Hosts must send whole checksums and real lengths too; their settings stay with an interface that moves.
+        // Hosts must send whole checksums and real lengths too. The settings stay when the interface moves.
         io::make_transparent(pair.peer_side);
     }
     io::set_interface_up(kCpuPeer, true);
@@ -69,7 +70,7 @@ void Device::start_clock() {
     });
 }
 
-/** Frames that wait for a port's shaper leave when the timer says so; without any it stands still. */
+/** A timer for frames that wait for a port's shaper; without such frames it is not set. */
 void Device::start_departures() {
     departure_timer_.reset(timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC));
     if (!departure_timer_) {
@@ -87,7 +88,7 @@ void Device::catch_up() {
     send_together([this] { chip_.depart(now()); });
 }
 
-// A time in the past lets the timer expire at once, one of 0 would stop it.
+// A time in the past lets the timer expire at once, a time of 0 stops it.
 void Device::arm_departure() {
     itimerspec at{};
     if (const std::optional<chip::Time> departure = chip_.next_departure()) {
@@ -97,6 +98,12 @@ void Device::arm_departure() {
         at.it_value.tv_nsec = static_cast<long>(std::chrono::nanoseconds{since_boot - whole}.count());
     }
     timerfd_settime(departure_timer_.get(), TFD_TIMER_ABSTIME, &at, nullptr);
+}
+
+uint32_t Device::hash_selection() {
+    uint32_t hash = 0;
+    driver_.user_switch_control_get(0, 0, driver::kHashSelection, &hash);
+    return hash;
 }
 
 const Wire *Device::wire(int chip_port) const {
@@ -178,7 +185,7 @@ void Device::on_link_change(const io::LinkChange &change) {
                 note(*wire, error.what());
             }
             if (!change.link) {
-                return;  // opening it has raised it, and may have brought newer news of its link already
+                return;  // opening has raised it, and may have reported a newer link already
             }
         }
         set_link(*wire, change.link && wire->socket.is_open() && !wire->pulled);
@@ -224,7 +231,7 @@ void Device::port_changed(int port) {
     try {
         apply_carrier(*wire);
     } catch (const io::Error &error) {
-        note(*wire, error.what());  // the interface is about to be found gone
+        note(*wire, error.what());  // the link monitor will report that the interface is gone
     }
 }
 
@@ -237,7 +244,7 @@ void Device::apply_carrier(Wire &wire) {
     io::set_interface_up(wire.socket.interface_name(), raised);
     wire.raised = raised;
     if (monitor_) {
-        // The carrier may be there already, and then the kernel has told before the request is answered.
+        // The carrier may be there already; then the kernel reported it before it answered the request.
         monitor_->read_changes();
     }
 }

@@ -13,6 +13,7 @@
 #include "vdevice/io/event_loop.h"
 #include "vdevice/io/interfaces.h"
 #include "vdevice/io/link_monitor.h"
+#include "vdevice/sockets/unique_fd.h"
 
 namespace vdevice {
 
@@ -25,25 +26,31 @@ class Device final : private chip::Sink {
     Device(io::EventLoop &loop, driver::Board board, bool create_interfaces);
 
     const chip::Switch &chip() const { return chip_; }
-    driver::Driver &driver() { return driver_; }
-    const driver::Driver &driver() const { return driver_; }
     const driver::Board &board() const { return driver_.board(); }
-
     /** The wire of a chip port, or null. */
     const Wire *wire(int chip_port) const;
 
-    /** Takes a user port's cable out, or puts it back in: the host at its other end sees its carrier go and come. */
+    /** The calls of the software that runs on the device. */
+    DriverCalls &calls() { return driver_; }
+    const driver::Journal &journal() const { return driver_.journal(); }
+    driver::EventQueue &events() { return driver_.events(); }
+    /** The switch control that selects the hash of trunks. */
+    uint32_t hash_selection();
+    /** Sets what sys_trace_get() answers. */
+    void set_trace(int32_t value) { driver_.set_trace(value); }
+
+    /** Takes a user port's cable out, or puts it back in. The host at its other end sees its carrier go and come. */
     void pull(int user_port);
     void plug(int user_port);
 
-    /** The board's hand on one of the chip's input pins. */
+    /** Drives an input pin of the chip, as the board does. */
     chip::Status drive_pin(int64_t pin, bool level) { return chip_.gpio().drive(pin, level); }
 
     chip::Time now() const;
-    /** Lets the queued frames leave that are due, even if the timer has not been heard yet. */
+    /** Sends the queued frames that are due, without waiting for the timer. */
     void catch_up();
 
-    /** Hears of each port whose link status changes, whether by its cable, its host or its administrative state. */
+    /** Called with each port whose link changes: by its cable, its host or its administrative state. */
     void set_link_listener(std::function<void(int chip_port)> listener) { link_listener_ = std::move(listener); }
 
   private:
@@ -71,17 +78,17 @@ class Device final : private chip::Sink {
 
     io::EventLoop &loop_;
     std::chrono::steady_clock::time_point started_ = std::chrono::steady_clock::now();
-    chip::PortSet announced_up_; /**< ports whose link was told to be up */
+    chip::PortSet announced_up_; /**< ports whose link was last announced as up */
     std::function<void(int)> link_listener_;
     chip::Switch chip_;
     driver::Driver driver_;
     std::optional<io::Cables> created_cables_;
     std::array<std::unique_ptr<Wire>, chip::Switch::kPorts> wires_;
     std::vector<Wire *> waiting_; /**< wires with queued frames */
-    bool is_batching_ = false;    /**< frames are collected to be sent together in the end */
+    bool is_batching_ = false;    /**< frames are collected and sent together at the end */
     io::ReceiveBatch batch_;
-    io::UniqueFd timer_;
-    io::UniqueFd departure_timer_;
+    UniqueFd timer_;
+    UniqueFd departure_timer_;
     std::optional<io::LinkMonitor> monitor_;
 };
 

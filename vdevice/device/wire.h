@@ -13,8 +13,8 @@ struct Wire {
 
     int chip_port;
     io::PacketPort socket;
-    bool pulled = false; /**< held down by hand until it is plugged again */
-    bool raised = false; /**< the interface was raised: the host at its other end has a carrier */
+    bool pulled = false; /**< the cable is out, until it is plugged again */
+    bool raised = false; /**< the interface is up, so the host has a carrier */
 };
 
 }  // namespace vdevice

@@ -1,7 +1,6 @@
 // The delete family. A call's key picks entries; one that names a single entry refuses when there is none, one that
 // names a set succeeds also when the set is empty. Ports of one trunk are one place: the key of a port in a trunk picks
 // what is behind the trunk.
-#include "vdevice/driver/check.h"
 #include "vdevice/driver/driver.h"
 
 namespace vdevice::driver {
@@ -37,10 +36,8 @@ constexpr std::optional<Kind> kind_of_learn_type(uint32_t type) {
     return type < std::size(kTypes) ? std::optional{kTypes[type]} : std::nullopt;
 }
 
-}  // namespace
-
 /** A filter that the arguments of a call fill one by one; the first that means nothing makes the refusal. */
-class Driver::Key {
+class Key {
   public:
     explicit Key(const Switch &chip) : chip_{chip} {}
 
@@ -50,10 +47,8 @@ class Driver::Key {
         return *this;
     }
     Key &mac(const uint8_t *bytes) {
-        if (require(bytes != nullptr, Status::kBadArgument)) {
-            filter_.mac = Mac::from_bytes(bytes);
-            require(!filter_.mac->is_group(), Status::kMacNotUnicast);
-        }
+        filter_.mac = Mac::from_bytes(bytes);
+        require(!filter_.mac->is_group(), Status::kMacNotUnicast);
         return *this;
     }
     Key &vid(uint32_t vid) {
@@ -103,93 +98,98 @@ class Driver::Key {
     Status status_ = Status::kOk;
 };
 
-int32_t Driver::delete_set(uint32_t unit, uint32_t zero, const Key &key) {
-    return on_chip(unit, zero, [&] {
+class AddressDeletion : public AddressDeletionCalls {
+  public:
+    explicit AddressDeletion(Switch &chip) : chip_{chip} {}
+
+    Status user_l2_addr_del_all_addr_by_lrntype(uint32_t type) override {
+        return delete_set(entries().kind(kind_of_learn_type(type & kLearnTypeMask)));
+    }
+
+    Status user_l2_addr_delete_by_vlan(uint32_t vid, uint32_t all) override {
+        return delete_set(entries().kind(kind_of(all)).vid(vid));
+    }
+
+    Status user_l2_addr_delete_static_by_vlan(uint32_t vid, uint32_t flags) override {
+        return delete_set(entries().kind(Kind::kStatic).vid(vid).none(flags));
+    }
+
+    Status user_l2_addr_delete_by_mac(const uint8_t *key, uint32_t all) override {
+        return delete_set(entries().kind(kind_of(all)).mac(key));
+    }
+
+    Status user_l2_addr_delete_static_by_mac(const uint8_t *key, uint32_t flags) override {
+        return delete_set(entries().kind(Kind::kStatic).mac(key).none(flags));
+    }
+
+    Status user_l2_addr_delete_by_port(int32_t module, int32_t port, uint32_t all) override {
+        return delete_set(entries().kind(kind_of(all)).module(module).port(port));
+    }
+
+    Status user_l2_addr_delete_static_by_port(int32_t module, int32_t port) override {
+        return delete_set(entries().kind(Kind::kStatic).module(module).port(port));
+    }
+
+    Status user_l2_addr_delete_by_vlan_port(uint32_t vid, int32_t module, int32_t port, uint32_t all) override {
+        return delete_set(entries().kind(kind_of(all)).vid(vid).module(module).port(port));
+    }
+
+    Status user_l2_addr_delete_static_by_vlan_port(uint32_t vid, int32_t port) override {
+        return delete_set(entries().kind(Kind::kStatic).vid(vid).port(port));
+    }
+
+    Status user_l2_addr_delete_by_vlan_trunk(uint32_t vid, int32_t trunk, uint32_t all) override {
+        return delete_set(entries().kind(kind_of(all)).vid(vid).trunk(trunk));
+    }
+
+    Status user_l2_addr_delete_dynaic_by_mac_port(const uint8_t *key, int32_t port, uint32_t /*option*/) override {
+        return delete_set(entries().kind(Kind::kDynamic).mac(key).port(port));
+    }
+
+    Status user_l2_addr_delete_static_by_mac_port(const uint8_t *key, int32_t port, uint32_t /*option*/) override {
+        return delete_set(entries().kind(Kind::kStatic).mac(key).port(port));
+    }
+
+    Status user_l2_addr_delete_all_by_mac_port(const uint8_t *key, int32_t port) override {
+        return delete_set(entries().kind(Kind::kAll).mac(key).port(port));
+    }
+
+    Status user_l2_addr_delete_trunk_dynamic_by_port_mac_vlan(const uint8_t *key, int32_t port, uint32_t vid) override {
+        return delete_one(entries().kind(Kind::kDynamic).mac(key).trunk_of(port).vid(vid));
+    }
+
+    Status user_l2_addr_delete_trunk_static_by_port_mac_vlan(const uint8_t *key, int32_t port, uint32_t vid) override {
+        return delete_one(entries().kind(Kind::kStatic).mac(key).trunk_of(port).vid(vid));
+    }
+
+    Status user_l2_addr_delete_all_dynamic_by_port_mac_vlan(const uint8_t *key, int32_t port, uint32_t vid) override {
+        return delete_one(entries().kind(Kind::kAll).mac(key).port(port).vid(vid));
+    }
+
+  private:
+    Key entries() const { return Key{chip_}; }
+
+    Status delete_set(const Key &key) {
         if (key.status() == Status::kOk) {
             chip_.macs().remove_all(key.filter());
         }
         return key.status();
-    });
-}
+    }
 
-int32_t Driver::delete_one(uint32_t unit, uint32_t zero, const Key &key) {
-    return on_chip(unit, zero, [&] {
+    Status delete_one(const Key &key) {
         if (key.status() != Status::kOk) {
             return key.status();
         }
         return chip_.macs().remove_all(key.filter()) != 0 ? Status::kOk : Status::kMacMissing;
-    });
-}
+    }
 
-int32_t Driver::user_l2_addr_del_all_addr_by_lrntype(uint32_t unit, uint32_t zero, uint32_t type) {
-    return delete_set(unit, zero, Key{chip_}.kind(kind_of_learn_type(type & kLearnTypeMask)));
-}
+    Switch &chip_;
+};
 
-int32_t Driver::user_l2_addr_delete_by_vlan(uint32_t unit, uint32_t zero, uint32_t vid, uint32_t all) {
-    return delete_set(unit, zero, Key{chip_}.kind(kind_of(all)).vid(vid));
-}
+}  // namespace
 
-int32_t Driver::user_l2_addr_delete_static_by_vlan(uint32_t unit, uint32_t zero, uint32_t vid, uint32_t flags) {
-    return delete_set(unit, zero, Key{chip_}.kind(Kind::kStatic).vid(vid).none(flags));
-}
-
-int32_t Driver::user_l2_addr_delete_by_mac(uint32_t unit, uint32_t zero, const uint8_t *key, uint32_t all) {
-    return delete_set(unit, zero, Key{chip_}.kind(kind_of(all)).mac(key));
-}
-
-int32_t Driver::user_l2_addr_delete_static_by_mac(uint32_t unit, uint32_t zero, const uint8_t *key, uint32_t flags) {
-    return delete_set(unit, zero, Key{chip_}.kind(Kind::kStatic).mac(key).none(flags));
-}
-
-int32_t Driver::user_l2_addr_delete_by_port(uint32_t unit, uint32_t zero, int32_t module, int32_t port, uint32_t all) {
-    return delete_set(unit, zero, Key{chip_}.kind(kind_of(all)).module(module).port(port));
-}
-
-int32_t Driver::user_l2_addr_delete_static_by_port(uint32_t unit, uint32_t zero, int32_t module, int32_t port) {
-    return delete_set(unit, zero, Key{chip_}.kind(Kind::kStatic).module(module).port(port));
-}
-
-int32_t Driver::user_l2_addr_delete_by_vlan_port(uint32_t unit, uint32_t zero, uint32_t vid, int32_t module,
-                                                 int32_t port, uint32_t all) {
-    return delete_set(unit, zero, Key{chip_}.kind(kind_of(all)).vid(vid).module(module).port(port));
-}
-
-int32_t Driver::user_l2_addr_delete_static_by_vlan_port(uint32_t unit, uint32_t zero, uint32_t vid, int32_t port) {
-    return delete_set(unit, zero, Key{chip_}.kind(Kind::kStatic).vid(vid).port(port));
-}
-
-int32_t Driver::user_l2_addr_delete_by_vlan_trunk(uint32_t unit, uint32_t zero, uint32_t vid, int32_t trunk,
-                                                  uint32_t all) {
-    return delete_set(unit, zero, Key{chip_}.kind(kind_of(all)).vid(vid).trunk(trunk));
-}
-
-int32_t Driver::user_l2_addr_delete_dynaic_by_mac_port(uint32_t unit, uint32_t zero, const uint8_t *key, int32_t port,
-                                                       adp_word_t /*option*/) {
-    return delete_set(unit, zero, Key{chip_}.kind(Kind::kDynamic).mac(key).port(port));
-}
-
-int32_t Driver::user_l2_addr_delete_static_by_mac_port(uint32_t unit, uint32_t zero, const uint8_t *key, int32_t port,
-                                                       adp_word_t /*option*/) {
-    return delete_set(unit, zero, Key{chip_}.kind(Kind::kStatic).mac(key).port(port));
-}
-
-int32_t Driver::user_l2_addr_delete_all_by_mac_port(uint32_t unit, uint32_t zero, const uint8_t *key, int32_t port) {
-    return delete_set(unit, zero, Key{chip_}.kind(Kind::kAll).mac(key).port(port));
-}
-
-int32_t Driver::user_l2_addr_delete_trunk_dynamic_by_port_mac_vlan(uint32_t unit, uint32_t zero, const uint8_t *key,
-                                                                   int32_t port, uint32_t vid) {
-    return delete_one(unit, zero, Key{chip_}.kind(Kind::kDynamic).mac(key).trunk_of(port).vid(vid));
-}
-
-int32_t Driver::user_l2_addr_delete_trunk_static_by_port_mac_vlan(uint32_t unit, uint32_t zero, const uint8_t *key,
-                                                                  int32_t port, uint32_t vid) {
-    return delete_one(unit, zero, Key{chip_}.kind(Kind::kStatic).mac(key).trunk_of(port).vid(vid));
-}
-
-int32_t Driver::user_l2_addr_delete_all_dynamic_by_port_mac_vlan(uint32_t unit, uint32_t zero, const uint8_t *key,
-                                                                 int32_t port, uint32_t vid) {
-    return delete_one(unit, zero, Key{chip_}.kind(Kind::kAll).mac(key).port(port).vid(vid));
+std::unique_ptr<AddressDeletionCalls> address_deletion(Switch &chip) {
+    return std::make_unique<AddressDeletion>(chip);
 }
 
 }  // namespace vdevice::driver

@@ -1,54 +1,40 @@
-// Construction, and what the calls on a single port have in common.
+// Which section is carried out by what.
 #include "vdevice/driver/driver.h"
-
-#include <utility>
-
-#include "vdevice/driver/check.h"
 
 namespace vdevice::driver {
 
-using chip::Port;
-using chip::Status;
-
-Driver::Driver(chip::Switch &chip, Board board, Clock clock) : chip_{chip}, board_{board}, clock_{std::move(clock)} {
+Driver::Driver(chip::Switch &chip, const Board &board, const Clock &clock) : board_{board}, controls_{chip} {
     for (int user_port = 1; user_port <= board.user_ports; ++user_port) {
         const uint32_t speed = Board::max_speed(user_port);
-        chip_.change_port(*board.chip_port(user_port), [&](Port &port) {
+        chip.change_port(*board.chip_port(user_port), [&](chip::Port &port) {
             port.phy = chip::Phy{speed};
-            return Status::kOk;
+            return chip::Status::kOk;
         });
     }
-}
-
-int32_t Driver::read_port(uint32_t unit, uint32_t zero, int32_t port, uint32_t *out,
-                          const std::function<uint32_t(const Port &)> &value) const {
-    return on_chip(unit, zero, [&] {
-        if (out == nullptr) {
-            return Status::kBadArgument;
-        }
-        if (!chip::Switch::has_port(port)) {
-            return Status::kNoPort;
-        }
-        *out = value(chip_.port(port));
-        return Status::kOk;
-    });
-}
-
-int32_t Driver::look_at_port(uint32_t unit, uint32_t zero, int32_t port,
-                             const std::function<Status(const Port &)> &read) const {
-    return on_chip(unit, zero, [&] { return chip::Switch::has_port(port) ? read(chip_.port(port)) : Status::kNoPort; });
-}
-
-int32_t Driver::write_port(uint32_t unit, uint32_t zero, int32_t port, const std::function<Status(Port &)> &change) {
-    return on_chip(unit, zero, [&] { return chip_.change_port(port, change); });
-}
-
-int32_t Driver::write_user_port(uint32_t unit, uint32_t zero, int32_t port,
-                                const std::function<Status(Port &)> &change) {
-    return on_chip(unit, zero, [&] {
-        const Status status = chip::Switch::chip_ports().check_user_port(port);
-        return status == Status::kOk ? chip_.change_port(port, change) : status;
-    });
+    sections_ = {.ports = ports(chip),
+                 .trunks = trunks(chip),
+                 .addresses = addresses(chip, clock),
+                 .address_deletion = address_deletion(chip),
+                 .address_limits = address_limits(chip),
+                 .address_table = address_table(chip, clock, records_.journal),
+                 .groups = groups(chip, board, controls_),
+                 .group_rules = group_rules(chip, controls_),
+                 .switch_controls = switch_controls(chip, controls_),
+                 .fields = fields(chip),
+                 .field_conditions = field_conditions(chip),
+                 .field_meters = field_meters(chip, clock),
+                 .rates = rates(chip, clock),
+                 .queues = queues(chip, board, clock),
+                 .priorities = priorities(chip),
+                 .spanning_tree = spanning_tree(chip),
+                 .spanning_tree_lists = spanning_tree_lists(chip),
+                 .vlans = vlans(chip),
+                 .translations = translations(chip),
+                 .double_tags = double_tags(chip),
+                 .mirroring = mirroring(chip),
+                 .statistics = statistics(chip),
+                 .registers = registers(chip),
+                 .services = services(chip, board, clock, records_)};
 }
 
 }  // namespace vdevice::driver

@@ -1,5 +1,4 @@
 // The conditions of field rules: one call for each field.
-#include "vdevice/driver/check.h"
 #include "vdevice/driver/driver.h"
 
 namespace vdevice::driver {
@@ -7,7 +6,6 @@ namespace {
 
 using chip::Field;
 using chip::FieldWords;
-using chip::Qualifier;
 using chip::Status;
 
 FieldWords mac_words(const uint8_t *bytes) {
@@ -32,124 +30,110 @@ FieldWords port_words(const adp_port_set_t &ports) {
     return words;
 }
 
+class FieldConditions : public FieldConditionsCalls {
+  public:
+    explicit FieldConditions(chip::Switch &chip) : chip_{chip} {}
+
+    Status user_field_qualify_clear(uint32_t entry) override { return table().clear_qualifiers(entry); }
+
+    Status user_field_qualify_SrcIp6(uint32_t entry, const uint8_t *data, const uint8_t *mask) override {
+        return table().qualify(entry, {Field::kSourceIpv6, ipv6_words(data), ipv6_words(mask)});
+    }
+
+    Status user_field_qualify_DstIp6(uint32_t entry, const uint8_t *data, const uint8_t *mask) override {
+        return table().qualify(entry, {Field::kDestinationIpv6, ipv6_words(data), ipv6_words(mask)});
+    }
+
+    Status user_field_qualify_SrcMac(uint32_t entry, const uint8_t *data, const uint8_t *mask) override {
+        return table().qualify(entry, {Field::kSourceMac, mac_words(data), mac_words(mask)});
+    }
+
+    Status user_field_qualify_DstMac(uint32_t entry, const uint8_t *data, const uint8_t *mask) override {
+        return table().qualify(entry, {Field::kDestinationMac, mac_words(data), mac_words(mask)});
+    }
+
+    Status user_field_qualify_SrcIp(uint32_t entry, uint32_t data, uint32_t mask) override {
+        return qualify(entry, Field::kSourceIpv4, data, mask);
+    }
+
+    Status user_field_qualify_DstIp(uint32_t entry, uint32_t data, uint32_t mask) override {
+        return qualify(entry, Field::kDestinationIpv4, data, mask);
+    }
+
+    Status user_field_qualify_InPorts(uint32_t entry, const adp_port_set_t &data, const adp_port_set_t &mask) override {
+        return table().qualify(entry, {Field::kInPorts, port_words(data), port_words(mask)});
+    }
+
+    Status user_field_qualify_OuterVlanId(uint32_t entry, uint32_t data, uint32_t mask) override {
+        return qualify(entry, Field::kOuterVid, data, mask);
+    }
+
+    Status user_field_qualify_OuterVlanPri(uint32_t entry, uint32_t data, uint32_t mask) override {
+        return qualify(entry, Field::kOuterPriority, data, mask);
+    }
+
+    Status user_field_qualify_InnerVlan(uint32_t entry, uint32_t data, uint32_t mask) override {
+        return qualify(entry, Field::kInnerFormat, data, mask);
+    }
+
+    Status user_field_qualify_InnerVlanId(uint32_t entry, uint32_t data, uint32_t mask) override {
+        return qualify(entry, Field::kInnerVid, data, mask);
+    }
+
+    Status user_field_qualify_InnerVlanPri(uint32_t entry, uint32_t data, uint32_t mask) override {
+        return qualify(entry, Field::kInnerPriority, data, mask);
+    }
+
+    Status user_field_qualify_L4SrcPort(uint32_t entry, uint32_t data, uint32_t mask) override {
+        return qualify(entry, Field::kSourcePort, data, mask);
+    }
+
+    Status user_field_qualify_L4DstPort(uint32_t entry, uint32_t data, uint32_t mask) override {
+        return qualify(entry, Field::kDestinationPort, data, mask);
+    }
+
+    Status user_field_qualify_EtherType(uint32_t entry, uint32_t data, uint32_t mask) override {
+        return qualify(entry, Field::kEtherType, data, mask);
+    }
+
+    Status user_field_qualify_IpProtocol(uint32_t entry, uint32_t data, uint32_t mask) override {
+        return qualify(entry, Field::kProtocol, data, mask);
+    }
+
+    Status user_field_qualify_DSCP(uint32_t entry, uint32_t data, uint32_t mask) override {
+        return qualify(entry, Field::kDscp, data, mask);
+    }
+
+    Status user_field_qualify_Ip6TrafficClass(uint32_t entry, uint32_t data, uint32_t mask) override {
+        return qualify(entry, Field::kTrafficClass, data, mask);
+    }
+
+    Status user_field_qualify_iptype(uint32_t entry, uint32_t data) override {
+        return qualify_kind(entry, Field::kIpKind, chip::is_ip_kind(data), data);
+    }
+
+    Status user_field_qualify_FrameType(uint32_t entry, uint32_t data) override {
+        return qualify_kind(entry, Field::kFrameKind, chip::is_frame_kind(data), data);
+    }
+
+  private:
+    Status qualify(uint32_t entry, Field field, uint32_t data, uint32_t mask) {
+        return table().qualify(entry, chip::qualifier(field, data, mask));
+    }
+
+    Status qualify_kind(uint32_t entry, Field field, bool exists, uint32_t kind) {
+        return exists ? qualify(entry, field, chip::bit_of(kind), chip::bit_of(kind)) : Status::kBadArgument;
+    }
+
+    chip::FieldTable &table() { return chip_.fields().table(); }
+
+    chip::Switch &chip_;
+};
+
 }  // namespace
 
-int32_t Driver::qualify(int32_t handle, uint32_t unit, uint32_t entry, const Qualifier &qualifier) {
-    return on_fields(handle, unit, [&] { return fields().qualify(entry, qualifier); });
-}
-
-int32_t Driver::qualify_bytes(int32_t handle, uint32_t unit, uint32_t entry, Field field, FieldReader read,
-                              const uint8_t *data, const uint8_t *mask) {
-    if (data == nullptr || mask == nullptr) {
-        return on_fields(handle, unit, [] { return Status::kBadArgument; });
-    }
-    return qualify(handle, unit, entry, {field, read(data), read(mask)});
-}
-
-int32_t Driver::qualify_kind(int32_t handle, uint32_t unit, uint32_t entry, Field field, bool exists, uint32_t kind) {
-    if (!exists) {
-        return on_fields(handle, unit, [] { return Status::kBadArgument; });
-    }
-    return qualify(handle, unit, entry, chip::qualifier(field, chip::bit_of(kind), chip::bit_of(kind)));
-}
-
-int32_t Driver::user_field_qualify_clear(int32_t handle, uint32_t unit, uint32_t entry) {
-    return on_fields(handle, unit, [&] { return fields().clear_qualifiers(entry); });
-}
-
-int32_t Driver::user_field_qualify_SrcIp6(int32_t handle, uint32_t unit, uint32_t entry, const uint8_t *data,
-                                          const uint8_t *mask) {
-    return qualify_bytes(handle, unit, entry, Field::kSourceIpv6, ipv6_words, data, mask);
-}
-
-int32_t Driver::user_field_qualify_DstIp6(int32_t handle, uint32_t unit, uint32_t entry, const uint8_t *data,
-                                          const uint8_t *mask) {
-    return qualify_bytes(handle, unit, entry, Field::kDestinationIpv6, ipv6_words, data, mask);
-}
-
-int32_t Driver::user_field_qualify_SrcMac(int32_t handle, uint32_t unit, uint32_t entry, const uint8_t *data,
-                                          const uint8_t *mask) {
-    return qualify_bytes(handle, unit, entry, Field::kSourceMac, mac_words, data, mask);
-}
-
-int32_t Driver::user_field_qualify_DstMac(int32_t handle, uint32_t unit, uint32_t entry, const uint8_t *data,
-                                          const uint8_t *mask) {
-    return qualify_bytes(handle, unit, entry, Field::kDestinationMac, mac_words, data, mask);
-}
-
-int32_t Driver::user_field_qualify_SrcIp(int32_t handle, uint32_t unit, uint32_t entry, uint32_t data, uint32_t mask) {
-    return qualify(handle, unit, entry, chip::qualifier(Field::kSourceIpv4, data, mask));
-}
-
-int32_t Driver::user_field_qualify_DstIp(int32_t handle, uint32_t unit, uint32_t entry, uint32_t data, uint32_t mask) {
-    return qualify(handle, unit, entry, chip::qualifier(Field::kDestinationIpv4, data, mask));
-}
-
-int32_t Driver::user_field_qualify_InPorts(int32_t handle, uint32_t unit, uint32_t entry, adp_port_set_t data,
-                                           adp_port_set_t mask) {
-    return qualify(handle, unit, entry, {Field::kInPorts, port_words(data), port_words(mask)});
-}
-
-int32_t Driver::user_field_qualify_OuterVlanId(int32_t handle, uint32_t unit, uint32_t entry, uint32_t data,
-                                               uint32_t mask) {
-    return qualify(handle, unit, entry, chip::qualifier(Field::kOuterVid, data, mask));
-}
-
-int32_t Driver::user_field_qualify_OuterVlanPri(int32_t handle, uint32_t unit, uint32_t entry, uint32_t data,
-                                                uint32_t mask) {
-    return qualify(handle, unit, entry, chip::qualifier(Field::kOuterPriority, data, mask));
-}
-
-int32_t Driver::user_field_qualify_InnerVlan(int32_t handle, uint32_t unit, uint32_t entry, uint32_t data,
-                                             uint32_t mask) {
-    return qualify(handle, unit, entry, chip::qualifier(Field::kInnerFormat, data, mask));
-}
-
-int32_t Driver::user_field_qualify_InnerVlanId(int32_t handle, uint32_t unit, uint32_t entry, uint32_t data,
-                                               uint32_t mask) {
-    return qualify(handle, unit, entry, chip::qualifier(Field::kInnerVid, data, mask));
-}
-
-int32_t Driver::user_field_qualify_InnerVlanPri(int32_t handle, uint32_t unit, uint32_t entry, uint32_t data,
-                                                uint32_t mask) {
-    return qualify(handle, unit, entry, chip::qualifier(Field::kInnerPriority, data, mask));
-}
-
-int32_t Driver::user_field_qualify_L4SrcPort(int32_t handle, uint32_t unit, uint32_t entry, uint32_t data,
-                                             uint32_t mask) {
-    return qualify(handle, unit, entry, chip::qualifier(Field::kSourcePort, data, mask));
-}
-
-int32_t Driver::user_field_qualify_L4DstPort(int32_t handle, uint32_t unit, uint32_t entry, uint32_t data,
-                                             uint32_t mask) {
-    return qualify(handle, unit, entry, chip::qualifier(Field::kDestinationPort, data, mask));
-}
-
-int32_t Driver::user_field_qualify_EtherType(int32_t handle, uint32_t unit, uint32_t entry, uint32_t data,
-                                             uint32_t mask) {
-    return qualify(handle, unit, entry, chip::qualifier(Field::kEtherType, data, mask));
-}
-
-int32_t Driver::user_field_qualify_IpProtocol(int32_t handle, uint32_t unit, uint32_t entry, uint32_t data,
-                                              uint32_t mask) {
-    return qualify(handle, unit, entry, chip::qualifier(Field::kProtocol, data, mask));
-}
-
-int32_t Driver::user_field_qualify_DSCP(int32_t handle, uint32_t unit, uint32_t entry, uint32_t data, uint32_t mask) {
-    return qualify(handle, unit, entry, chip::qualifier(Field::kDscp, data, mask));
-}
-
-int32_t Driver::user_field_qualify_Ip6TrafficClass(int32_t handle, uint32_t unit, uint32_t entry, uint32_t data,
-                                                   uint32_t mask) {
-    return qualify(handle, unit, entry, chip::qualifier(Field::kTrafficClass, data, mask));
-}
-
-int32_t Driver::user_field_qualify_iptype(int32_t handle, uint32_t unit, uint32_t entry, uint32_t data) {
-    return qualify_kind(handle, unit, entry, Field::kIpKind, chip::is_ip_kind(data), data);
-}
-
-int32_t Driver::user_field_qualify_FrameType(int32_t handle, uint32_t unit, uint32_t entry, uint32_t data) {
-    return qualify_kind(handle, unit, entry, Field::kFrameKind, chip::is_frame_kind(data), data);
+std::unique_ptr<FieldConditionsCalls> field_conditions(chip::Switch &chip) {
+    return std::make_unique<FieldConditions>(chip);
 }
 
 }  // namespace vdevice::driver

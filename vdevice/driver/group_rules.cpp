@@ -1,6 +1,7 @@
-// What ports and chip do with frames to groups. The port comes second in the calls on a port, the zero third.
-#include "vdevice/driver/check.h"
+// What chip and ports do with multicast frames.
 #include "vdevice/driver/driver.h"
+#include "vdevice/driver/port_access.h"
+#include "vdevice/driver/switch_controls.h"
 
 namespace vdevice::driver {
 namespace {
@@ -9,62 +10,67 @@ using chip::Port;
 using chip::PortGroupRules;
 using chip::Status;
 
-}  // namespace
+class GroupRules : public GroupRulesCalls {
+  public:
+    GroupRules(chip::Switch &chip, SwitchControls &controls) : chip_{chip}, controls_{controls} {}
 
-int32_t Driver::User_switch_port_control_l2mc_enable(uint32_t unit, int32_t port, uint32_t zero, uint32_t value) {
-    return write_port(unit, zero, port, [&](Port &state) {
-        state.groups.uses_entries = value != 0;
-        return Status::kOk;
-    });
-}
+    // Snooping begins with nothing taken from the hosts: software chooses by the controls.
+    Status user_igmp_snooping_init() override { return controls_.set(kIgmpToCpu, 0); }
 
-int32_t Driver::User_switch_port_control_l2mc_get(uint32_t unit, int32_t port, uint32_t zero, uint32_t *value) {
-    return read_port(unit, zero, port, value, [](const Port &state) { return state.groups.uses_entries ? 1U : 0U; });
-}
+    Status User_switch_port_control_l2mc_enable(int32_t port, uint32_t value) override {
+        return set_port(chip_, port, [&](Port &state) { state.groups.uses_entries = value != 0; });
+    }
 
-int32_t Driver::User_switch_port_control_ipmc_set(uint32_t unit, int32_t port, uint32_t zero, uint32_t value) {
-    return write_port(unit, zero, port, [&](Port &state) {
-        state.groups.knows_ipv4 = value != 0;
-        return Status::kOk;
-    });
-}
+    Status User_switch_port_control_l2mc_get(int32_t port, uint32_t &value) override {
+        return read_port(chip_, port, value, [](const Port &state) { return state.groups.uses_entries; });
+    }
 
-int32_t Driver::User_switch_port_control_ipmc_get(uint32_t unit, int32_t port, uint32_t zero, uint32_t *value) {
-    return read_port(unit, zero, port, value, [](const Port &state) { return state.groups.knows_ipv4 ? 1U : 0U; });
-}
+    Status User_switch_port_control_ipmc_set(int32_t port, uint32_t value) override {
+        return set_port(chip_, port, [&](Port &state) { state.groups.knows_ipv4 = value != 0; });
+    }
 
-int32_t Driver::User_switch_ipmc_set(uint32_t unit, uint32_t zero, uint32_t enable) {
-    return on_chip(unit, zero, [&] {
+    Status User_switch_port_control_ipmc_get(int32_t port, uint32_t &value) override {
+        return read_port(chip_, port, value, [](const Port &state) { return state.groups.knows_ipv4; });
+    }
+
+    Status User_switch_ipmc_set(uint32_t enable) override {
         chip_.group_rules().knows_ipv4 = enable != 0;
         return Status::kOk;
-    });
-}
+    }
 
-int32_t Driver::User_switch_ip6mc_mode_set(uint32_t unit, uint32_t zero, uint32_t mode) {
-    return on_chip(unit, zero, [&] {
+    Status User_switch_ip6mc_mode_set(uint32_t mode) override {
         chip_.group_rules().knows_ipv6 = mode != 0;
         return Status::kOk;
-    });
-}
+    }
 
-int32_t Driver::set_group_miss(uint32_t unit, uint32_t zero, int32_t port, uint32_t action,
-                               chip::GroupMiss PortGroupRules::*rule) {
-    return write_port(unit, zero, port, [&](Port &state) {
-        const auto miss = chip::find_group_miss(action);
-        if (!miss) {
-            return Status::kBadArgument;
-        }
-        state.groups.*rule = *miss;
-        return Status::kOk;
-    });
-}
+    Status User_switch_ipmc_lookup_miss_action(int32_t port, uint32_t action) override {
+        return set_miss(port, action, &PortGroupRules::ipv4_miss);
+    }
 
-int32_t Driver::User_switch_ipmc_lookup_miss_action(uint32_t unit, uint32_t zero, int32_t port, uint32_t action) {
-    return set_group_miss(unit, zero, port, action, &PortGroupRules::ipv4_miss);
-}
+    Status User_switch_ip6mc_lookup_miss_action(int32_t port, uint32_t action) override {
+        return set_miss(port, action, &PortGroupRules::ipv6_miss);
+    }
 
-int32_t Driver::User_switch_ip6mc_lookup_miss_action(uint32_t unit, uint32_t zero, int32_t port, uint32_t action) {
-    return set_group_miss(unit, zero, port, action, &PortGroupRules::ipv6_miss);
+  private:
+    Status set_miss(int32_t port, uint32_t action, chip::GroupMiss PortGroupRules::*rule) {
+        return chip_.change_port(port, [&](Port &state) {
+            const auto miss = chip::find_group_miss(action);
+            if (!miss) {
+                return Status::kBadArgument;
+            }
+            state.groups.*rule = *miss;
+            return Status::kOk;
+        });
+    }
+
+    chip::Switch &chip_;
+    SwitchControls &controls_;
+};
+
+}  // namespace
+
+std::unique_ptr<GroupRulesCalls> group_rules(chip::Switch &chip, SwitchControls &controls) {
+    return std::make_unique<GroupRules>(chip, controls);
 }
 
 }  // namespace vdevice::driver

@@ -1,9 +1,7 @@
-// Multicast groups. Both families of calls work on the same entries. The record of creating and of removing names
-// front ports, that of adding names chip ports on top of those that were read: the caller fills it in so, and the board
-// tells one from the other.
-#include "vdevice/driver/check.h"
+// Multicast groups. The record of creating and of removing names front ports, that of adding names chip ports on top of
+// those that were read: the caller fills it in so, and the board tells one from the other.
 #include "vdevice/driver/driver.h"
-#include "vdevice/driver/l2_record.h"
+#include "vdevice/driver/switch_controls.h"
 
 namespace vdevice::driver {
 namespace {
@@ -22,100 +20,51 @@ netlink_mcast_entry_t empty_record(Mac mac, uint32_t vid) {
     return record;
 }
 
-}  // namespace
+class Groups : public GroupsCalls {
+  public:
+    Groups(chip::Switch &chip, const Board &board, SwitchControls &controls)
+        : chip_{chip}, board_{board}, controls_{controls} {}
 
-/** Hands the record's group to the operation with the chip ports that its front ports are. */
-template <typename Operation>
-int32_t Driver::with_front_ports(uint32_t unit, uint32_t zero, const netlink_mcast_entry_t *entry,
-                                 Operation operation) {
-    return on_chip(unit, zero, [&] {
-        if (entry == nullptr) {
-            return Status::kBadArgument;
-        }
-        const auto ports = board_.chip_ports(PortSet::from_words(entry->ports));
-        return ports ? operation(Mac::from_bytes(entry->mac), *ports) : Status::kNotFrontPort;
-    });
-}
+    Status User_mcast_init() override {
+        chip_.macs().remove_all_groups();
+        return controls_.set(kReservedMulticast, 0);
+    }
 
-/** Hands the group's entry to the operation. */
-template <typename Operation>
-int32_t Driver::with_group(uint32_t unit, uint32_t zero, const uint8_t *key, uint32_t vid, const void *out,
-                           Operation operation) {
-    return on_chip(unit, zero, [&] {
-        if (key == nullptr || out == nullptr) {
-            return Status::kBadArgument;
-        }
+    Status User_mcast_addr_t_init(netlink_mcast_entry_t &entry, const uint8_t *key, uint32_t vid) override {
+        entry = empty_record(Mac::from_bytes(key), vid);
+        return Status::kOk;
+    }
+
+    Status User_mcast_addr_add(const netlink_mcast_entry_t &entry) override {
+        const auto ports = front_ports_of(entry);
+        return ports ? chip_.add_group(Mac::from_bytes(entry.mac), entry.vid, *ports) : Status::kNotFrontPort;
+    }
+
+    Status User_mcast_addr_remove(const uint8_t *key, uint32_t vid) override {
+        return chip_.remove_group(Mac::from_bytes(key), vid);
+    }
+
+    Status User_mcast_port_get(const uint8_t *key, uint32_t vid, netlink_mcast_entry_t &entry) override {
         const MacEntry *group = chip_.find_group(Mac::from_bytes(key), vid);
         if (group == nullptr) {
             return Status::kGroupMissing;
         }
-        operation(*group);
+        entry = empty_record(group->mac, group->vid);
+        entry.index = group->group;
+        chip_.macs().ports_of(*group).to_words(entry.ports);
         return Status::kOk;
-    });
-}
+    }
 
-int32_t Driver::User_mcast_addr_t_init(uint32_t unit, netlink_mcast_entry_t *entry, const uint8_t *key, uint32_t vid) {
-    return on_chip(unit, 0, [&] {
-        if (entry == nullptr || key == nullptr) {
-            return Status::kBadArgument;
-        }
-        *entry = empty_record(Mac::from_bytes(key), vid);
-        return Status::kOk;
-    });
-}
+    Status User_mcast_port_add(const netlink_mcast_entry_t &entry) override {
+        return chip_.add_group_ports(Mac::from_bytes(entry.mac), entry.vid, PortSet::from_words(entry.ports));
+    }
 
-int32_t Driver::User_mcast_addr_add(uint32_t unit, uint32_t zero, const netlink_mcast_entry_t *entry) {
-    return with_front_ports(unit, zero, entry,
-                            [&](Mac mac, const PortSet &ports) { return chip_.add_group(mac, entry->vid, ports); });
-}
+    Status User_mcast_port_remove(const netlink_mcast_entry_t &entry) override {
+        const auto ports = front_ports_of(entry);
+        return ports ? chip_.remove_group_ports(Mac::from_bytes(entry.mac), entry.vid, *ports) : Status::kNotFrontPort;
+    }
 
-int32_t Driver::User_mcast_addr_remove(uint32_t unit, uint32_t zero, const uint8_t *key, uint32_t vid) {
-    return on_chip(unit, zero, [&] {
-        return key == nullptr ? Status::kBadArgument : chip_.remove_group(Mac::from_bytes(key), vid);
-    });
-}
-
-int32_t Driver::User_mcast_port_get(uint32_t unit, uint32_t zero, const uint8_t *key, uint32_t vid,
-                                    netlink_mcast_entry_t *entry) {
-    return with_group(unit, zero, key, vid, entry, [&](const MacEntry &group) {
-        *entry = empty_record(group.mac, group.vid);
-        entry->index = group.group;
-        chip_.macs().ports_of(group).to_words(entry->ports);
-    });
-}
-
-int32_t Driver::User_mcast_port_add(uint32_t unit, uint32_t zero, const netlink_mcast_entry_t *entry) {
-    return on_chip(unit, zero, [&] {
-        if (entry == nullptr) {
-            return Status::kBadArgument;
-        }
-        return chip_.add_group_ports(Mac::from_bytes(entry->mac), entry->vid, PortSet::from_words(entry->ports));
-    });
-}
-
-int32_t Driver::User_mcast_port_remove(uint32_t unit, uint32_t zero, const netlink_mcast_entry_t *entry) {
-    return with_front_ports(unit, zero, entry, [&](Mac mac, const PortSet &ports) {
-        return chip_.remove_group_ports(mac, entry->vid, ports);
-    });
-}
-
-int32_t Driver::user_mac_mcast_addr_add(uint32_t unit, adp_l2_entry_t entry) {
-    return on_chip(unit, 0, [&] {
-        return chip_.add_group(Mac::from_bytes(entry.mac), entry.vid, PortSet::from_words(entry.ports));
-    });
-}
-
-int32_t Driver::user_mac_mcast_addr_delete(uint32_t unit, const uint8_t *key, uint32_t vid, adp_word_t /*option*/) {
-    return User_mcast_addr_remove(unit, 0, key, vid);
-}
-
-int32_t Driver::user_mac_mcast_addr_get(uint32_t unit, const uint8_t *key, uint32_t vid, adp_l2_entry_t *entry) {
-    return with_group(unit, 0, key, vid, entry,
-                      [&](const MacEntry &group) { *entry = record_of(group, chip_.macs().ports_of(group)); });
-}
-
-int32_t Driver::user_is_mcast_addr_exist_by_vlan(uint32_t unit, uint32_t vid, uint32_t second, adp_word_t /*option*/) {
-    return on_chip(unit, 0, [&] {
+    Status user_is_mcast_addr_exist_by_vlan(uint32_t vid, uint32_t second, uint32_t /*option*/) override {
         const uint32_t last = second == 0 ? vid : second;
         if (!chip::is_vid(vid) || !chip::is_vid(last) || last < vid) {
             return Status::kVlanRange;
@@ -127,12 +76,27 @@ int32_t Driver::user_is_mcast_addr_exist_by_vlan(uint32_t unit, uint32_t vid, ui
             }
         }
         return Status::kGroupMissing;
-    });
-}
+    }
 
-int32_t Driver::user_is_mcast_addr_exist_vlan_is(uint32_t unit, adp_word_t first, adp_word_t /*third*/,
-                                                 adp_word_t /*fourth*/) {
-    return user_is_mcast_addr_exist_by_vlan(unit, static_cast<uint32_t>(first), 0, 0);
+    Status user_is_mcast_addr_exist_vlan_is(uint32_t first, uint32_t /*third*/, uint32_t /*fourth*/) override {
+        return user_is_mcast_addr_exist_by_vlan(first, 0, 0);
+    }
+
+  private:
+    /** The chip ports that the record's front ports are; nothing if the board has not all of them. */
+    std::optional<PortSet> front_ports_of(const netlink_mcast_entry_t &entry) const {
+        return board_.chip_ports(PortSet::from_words(entry.ports));
+    }
+
+    chip::Switch &chip_;
+    Board board_;
+    SwitchControls &controls_;
+};
+
+}  // namespace
+
+std::unique_ptr<GroupsCalls> groups(chip::Switch &chip, const Board &board, SwitchControls &controls) {
+    return std::make_unique<Groups>(chip, board, controls);
 }
 
 }  // namespace vdevice::driver

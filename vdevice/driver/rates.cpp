@@ -1,17 +1,18 @@
-// Limits on what ports let in: storm control and the ingress policer.
+// Rates: storm control, the ingress limit and the egress shaper of ports.
+#include <utility>
 #include <vector>
 
 #include "vdevice/chip/rates/storm_control.h"
-#include "vdevice/driver/check.h"
 #include "vdevice/driver/driver.h"
+#include "vdevice/driver/port_access.h"
 
 namespace vdevice::driver {
 namespace {
 
 using chip::Counting;
-using chip::Limiter;
 using chip::Port;
 using chip::PortStorm;
+using chip::RateLimit;
 using chip::Status;
 using chip::StormType;
 using chip::StormTypeEntry;
@@ -37,94 +38,71 @@ std::vector<StormType> selected_types(uint32_t selector) {
     return types;
 }
 
-Status read_limit(const Limiter &limiter, uint32_t *rate, uint32_t *burst) {
-    if (rate == nullptr || burst == nullptr) {
-        return Status::kBadArgument;
-    }
-    *rate = limiter.limit().rate;
-    *burst = limiter.limit().depth;
+Status read_limit(const RateLimit &limit, uint32_t &rate, uint32_t &burst) {
+    rate = limit.rate;
+    burst = limit.depth;
     return Status::kOk;
 }
 
-Status write_flag(uint32_t *out, bool value) {
-    if (out == nullptr) {
-        return Status::kBadArgument;
-    }
-    *out = value ? 1 : 0;
-    return Status::kOk;
-}
+class Rates : public RatesCalls {
+  public:
+    Rates(chip::Switch &chip, Clock clock) : chip_{chip}, clock_{std::move(clock)} {}
 
-}  // namespace
-
-int32_t Driver::user_rate_bandwidth_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t type, uint32_t rate,
-                                        uint32_t burst) {
-    return write_user_port(unit, zero, port, [&](Port &state) {
-        return with_type(type, [&](StormType found) {
-            return state.storm.of(found).limiter.set({rate, burst}, clock_());
+    Status user_rate_bandwidth_set(int32_t port, uint32_t type, uint32_t rate, uint32_t burst) override {
+        return change_storm(port, type, [&](PortStorm &storm, StormType found) {
+            return storm.of(found).limiter.set({rate, burst}, clock_());
         });
-    });
-}
+    }
 
-int32_t Driver::user_rate_bandwidth_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t type, uint32_t *rate,
-                                        uint32_t *burst) {
-    return look_at_port(unit, zero, port, [&](const Port &state) {
-        return with_type(type, [&](StormType found) { return read_limit(state.storm.of(found).limiter, rate, burst); });
-    });
-}
+    Status user_rate_bandwidth_get(int32_t port, uint32_t type, uint32_t &rate, uint32_t &burst) override {
+        return read_storm(port, type, [&](const PortStorm &storm, StormType found) {
+            return read_limit(storm.of(found).limiter.limit(), rate, burst);
+        });
+    }
 
-int32_t Driver::user_rate_stormsel_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t type, uint32_t value) {
-    return write_user_port(unit, zero, port, [&](Port &state) {
-        return with_type(type, [&](StormType found) {
+    Status user_rate_stormsel_set(int32_t port, uint32_t type, uint32_t value) override {
+        return change_storm(port, type, [&](PortStorm &storm, StormType found) {
             if (value > 1) {
                 return Status::kBadArgument;
             }
-            state.storm.set_in_joint(found, value != 0);
+            storm.set_in_joint(found, value != 0);
             return Status::kOk;
         });
-    });
-}
+    }
 
-int32_t Driver::user_rate_stormsel_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t type, uint32_t *value) {
-    return look_at_port(unit, zero, port, [&](const Port &state) {
-        return with_type(type, [&](StormType found) { return write_flag(value, state.storm.is_in_joint(found)); });
-    });
-}
+    Status user_rate_stormsel_get(int32_t port, uint32_t type, uint32_t &value) override {
+        return read_storm(port, type, [&](const PortStorm &storm, StormType found) {
+            value = storm.is_in_joint(found);
+            return Status::kOk;
+        });
+    }
 
-int32_t Driver::user_rate_stormControlEnable_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t type,
-                                                 uint32_t enable) {
-    return write_user_port(unit, zero, port, [&](Port &state) {
+    Status user_rate_stormControlEnable_set(int32_t port, uint32_t type, uint32_t enable) override {
         if (type == kAllTypes) {
-            for (PortStorm::Kind &kind : state.storm.kinds()) {
-                kind.enabled = enable != 0;
-            }
-            return Status::kOk;
+            return change_all_storms(port, [&](PortStorm::Kind &kind) { kind.enabled = enable != 0; });
         }
-        return with_type(type, [&](StormType found) {
-            state.storm.of(found).enabled = enable != 0;
+        return change_storm(port, type, [&](PortStorm &storm, StormType found) {
+            storm.of(found).enabled = enable != 0;
             return Status::kOk;
         });
-    });
-}
+    }
 
-int32_t Driver::user_rate_stormExceedFlag_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t storm_code,
-                                              uint32_t *flag) {
-    return look_at_port(unit, zero, port, [&](const Port &state) {
-        const std::optional<StormType> type = chip::find_storm_code(storm_code);
-        return type ? write_flag(flag, state.storm.of(*type).exceeded) : Status::kStormType;
-    });
-}
+    Status user_rate_stormExceedFlag_get(int32_t port, uint32_t code, uint32_t &flag) override {
+        return with_port(chip_, port, [&](const Port &state) {
+            const std::optional<StormType> type = chip::find_storm_code(code);
+            if (!type) {
+                return Status::kStormType;
+            }
+            flag = state.storm.of(*type).exceeded;
+            return Status::kOk;
+        });
+    }
 
-int32_t Driver::user_rate_stormExceedFlag_reset(uint32_t unit, uint32_t zero, int32_t port) {
-    return write_user_port(unit, zero, port, [](Port &state) {
-        for (PortStorm::Kind &kind : state.storm.kinds()) {
-            kind.exceeded = false;
-        }
-        return Status::kOk;
-    });
-}
+    Status user_rate_stormExceedFlag_reset(int32_t port) override {
+        return change_all_storms(port, [](PortStorm::Kind &kind) { kind.exceeded = false; });
+    }
 
-int32_t Driver::user_rate_stormCountMode_set(uint32_t unit, uint32_t zero, uint32_t selector, uint32_t mode) {
-    return on_chip(unit, zero, [&] {
+    Status user_rate_stormCountMode_set(uint32_t selector, uint32_t mode) override {
         const std::vector<StormType> types = selected_types(selector);
         if (types.empty()) {
             return Status::kStormType;
@@ -136,12 +114,10 @@ int32_t Driver::user_rate_stormCountMode_set(uint32_t unit, uint32_t zero, uint3
             chip_.set_storm_counting(type, static_cast<Counting>(mode), clock_());
         }
         return Status::kOk;
-    });
-}
+    }
 
-// All types can be asked for their mode as long as they have one in common.
-int32_t Driver::user_rate_stormCountMode_get(uint32_t unit, uint32_t zero, uint32_t selector, uint32_t *mode) {
-    return read_word(unit, zero, mode, [&](uint32_t &out) {
+    // All types can be asked for their mode as long as they have one in common.
+    Status user_rate_stormCountMode_get(uint32_t selector, uint32_t &mode) override {
         const std::vector<StormType> types = selected_types(selector);
         if (types.empty()) {
             return Status::kStormType;
@@ -152,18 +128,63 @@ int32_t Driver::user_rate_stormCountMode_get(uint32_t unit, uint32_t zero, uint3
                 return Status::kStormType;
             }
         }
-        out = static_cast<uint32_t>(first);
+        mode = static_cast<uint32_t>(first);
         return Status::kOk;
-    });
-}
+    }
 
-int32_t Driver::user_port_ingress_rate_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t rate, uint32_t burst) {
-    return write_user_port(unit, zero, port, [&](Port &state) { return state.policer.set({rate, burst}, clock_()); });
-}
+    Status user_port_ingress_rate_set(int32_t port, uint32_t rate, uint32_t burst) override {
+        return change_user_port(chip_, port, [&](Port &state) { return state.policer.set({rate, burst}, clock_()); });
+    }
 
-int32_t Driver::user_port_ingress_rate_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t *rate,
-                                           uint32_t *burst) {
-    return look_at_port(unit, zero, port, [&](const Port &state) { return read_limit(state.policer, rate, burst); });
+    Status user_port_ingress_rate_get(int32_t port, uint32_t &rate, uint32_t &burst) override {
+        return with_port(chip_, port,
+                         [&](const Port &state) { return read_limit(state.policer.limit(), rate, burst); });
+    }
+
+    Status user_port_egress_rate_set(int32_t port, uint32_t rate, uint32_t burst) override {
+        return chip_.set_shaper(clock_(), port, {rate, burst});
+    }
+
+    Status user_port_egress_rate_get(int32_t port, uint32_t &rate, uint32_t &burst) override {
+        return with_port(chip_, port, [&](const Port &) {
+            const RateLimit *shaper = chip_.queues().port(port).shaper();
+            return read_limit(shaper == nullptr ? RateLimit{0, 0} : *shaper, rate, burst);
+        });
+    }
+
+  private:
+    template <typename Operation>
+    Status change_storm(int32_t port, uint32_t type, Operation operation) {
+        return change_user_port(chip_, port, [&](Port &state) {
+            return with_type(type, [&](StormType found) { return operation(state.storm, found); });
+        });
+    }
+
+    template <typename Operation>
+    Status read_storm(int32_t port, uint32_t type, Operation operation) const {
+        return with_port(chip_, port, [&](const Port &state) {
+            return with_type(type, [&](StormType found) { return operation(state.storm, found); });
+        });
+    }
+
+    template <typename Change>
+    Status change_all_storms(int32_t port, Change change) {
+        return change_user_port(chip_, port, [&](Port &state) {
+            for (PortStorm::Kind &kind : state.storm.kinds()) {
+                change(kind);
+            }
+            return Status::kOk;
+        });
+    }
+
+    chip::Switch &chip_;
+    Clock clock_;
+};
+
+}  // namespace
+
+std::unique_ptr<RatesCalls> rates(chip::Switch &chip, Clock clock) {
+    return std::make_unique<Rates>(chip, std::move(clock));
 }
 
 }  // namespace vdevice::driver

@@ -3,18 +3,19 @@
 #include <algorithm>
 #include <vector>
 
-#include "vdevice/driver/check.h"
 #include "vdevice/driver/driver.h"
+#include "vdevice/driver/list_handles.h"
 
 namespace vdevice::driver {
 namespace {
 
 using chip::Status;
+using Kind = ListHandles::Kind;
 
 /** Writes the elements of one chunk; a chunk beyond the last element has none. */
 template <typename Element, typename Out>
 Status copy_chunk(const std::vector<Element> &elements, Out *out, uint32_t index, uint32_t size) {
-    if (out == nullptr || size == 0) {
+    if (size == 0) {
         return Status::kBadArgument;
     }
     const uint64_t first = std::min<uint64_t>(uint64_t{index} * size, elements.size());
@@ -23,57 +24,55 @@ Status copy_chunk(const std::vector<Element> &elements, Out *out, uint32_t index
     return Status::kOk;
 }
 
-/** Handles have 32 bits, on every machine. */
-uint32_t handle_of(adp_word_t word) {
-    return static_cast<uint32_t>(word);
-}
+class SpanningTreeLists : public SpanningTreeListsCalls {
+  public:
+    explicit SpanningTreeLists(chip::Switch &chip) : chip_{chip} {}
+
+    Status user_stg_each_time_list(int32_t *groups, uint32_t chunk_index, uint32_t chunk_size) override {
+        return copy_chunk(chip_.stp().list(), groups, chunk_index, chunk_size);
+    }
+
+    Status user_stg_vlan_each_time_list(int32_t stg, uint16_t *vlans, uint32_t chunk_index,
+                                        uint32_t chunk_size) override {
+        const Status status = chip_.stp().check(stg);
+        return status == Status::kOk ? copy_chunk(chip_.stp().vlans(stg), vlans, chunk_index, chunk_size) : status;
+    }
+
+    Status user_stg_list(adp_word_t &list, int32_t &count) override {
+        return open(Kind::kGroups, chip_.stp().list().size(), list, count);
+    }
+
+    Status user_stg_list_destroy(uint32_t list, int32_t count) override {
+        return lists_.close({Kind::kGroups, list, count});
+    }
+
+    Status user_stg_vlan_list(int32_t stg, adp_word_t &list, int32_t &count) override {
+        const Status status = chip_.stp().check(stg);
+        return status == Status::kOk ? open(Kind::kVlans, chip_.stp().vlans(stg).size(), list, count) : status;
+    }
+
+    Status user_stg_vlan_list_destroy(uint32_t list, int32_t count) override {
+        return lists_.close({Kind::kVlans, list, count});
+    }
+
+  private:
+    Status open(Kind kind, size_t size, adp_word_t &list, int32_t &count) {
+        if (!lists_.has_room()) {
+            return Status::kTooManyLists;
+        }
+        count = static_cast<int32_t>(size);
+        list = lists_.open(kind, count);
+        return Status::kOk;
+    }
+
+    chip::Switch &chip_;
+    ListHandles lists_;
+};
 
 }  // namespace
 
-int32_t Driver::user_stg_each_time_list(uint32_t unit, uint32_t zero, int32_t *groups, uint32_t chunk_index,
-                                        uint32_t chunk_size) {
-    return on_chip(unit, zero, [&] { return copy_chunk(chip_.stp().list(), groups, chunk_index, chunk_size); });
-}
-
-int32_t Driver::user_stg_vlan_each_time_list(uint32_t unit, uint32_t zero, int32_t stg, uint16_t *vlans,
-                                             uint32_t chunk_index, uint32_t chunk_size) {
-    return on_chip(unit, zero, [&] {
-        const Status status = chip_.stp().check(stg);
-        return status == Status::kOk ? copy_chunk(chip_.stp().vlans(stg), vlans, chunk_index, chunk_size) : status;
-    });
-}
-
-int32_t Driver::user_stg_list(uint32_t unit, uint32_t zero, adp_word_t *list, int32_t *count) {
-    return on_chip(unit, zero,
-                   [&] { return open_list(ListHandles::Kind::kGroups, chip_.stp().list().size(), list, count); });
-}
-
-int32_t Driver::user_stg_list_destroy(uint32_t unit, uint32_t zero, adp_word_t list, int32_t count) {
-    return on_chip(unit, zero, [&] { return lists_.close({ListHandles::Kind::kGroups, handle_of(list), count}); });
-}
-
-int32_t Driver::user_stg_vlan_list(uint32_t unit, uint32_t zero, int32_t stg, adp_word_t *list, int32_t *count) {
-    return on_chip(unit, zero, [&] {
-        const Status status = chip_.stp().check(stg);
-        return status == Status::kOk ? open_list(ListHandles::Kind::kVlans, chip_.stp().vlans(stg).size(), list, count)
-                                     : status;
-    });
-}
-
-int32_t Driver::user_stg_vlan_list_destroy(uint32_t unit, uint32_t zero, adp_word_t list, int32_t count) {
-    return on_chip(unit, zero, [&] { return lists_.close({ListHandles::Kind::kVlans, handle_of(list), count}); });
-}
-
-Status Driver::open_list(ListHandles::Kind kind, size_t size, adp_word_t *list, int32_t *count) {
-    if (list == nullptr || count == nullptr) {
-        return Status::kBadArgument;
-    }
-    if (!lists_.has_room()) {
-        return Status::kTooManyLists;
-    }
-    *count = static_cast<int32_t>(size);
-    *list = lists_.open(kind, *count);
-    return Status::kOk;
+std::unique_ptr<SpanningTreeListsCalls> spanning_tree_lists(chip::Switch &chip) {
+    return std::make_unique<SpanningTreeLists>(chip);
 }
 
 }  // namespace vdevice::driver

@@ -1,4 +1,5 @@
 // The calls on spanning-tree groups: VLANs, states, counts, chunks and list handles.
+#include "vdevice/driver/list_handles.h"
 #include "vdevice/driver/testing/driver_fixture.h"
 
 namespace vdevice::driver {

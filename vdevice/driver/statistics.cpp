@@ -1,8 +1,10 @@
-// Port counters. The two families of calls read the same counters by the same selectors, and clearing clears for both.
+// Port counters. Both ways to read a counter have the same selectors, and clearing clears for both.
+#include <algorithm>
+#include <iterator>
 #include <numeric>
 
-#include "vdevice/driver/check.h"
 #include "vdevice/driver/driver.h"
+#include "vdevice/driver/port_access.h"
 #include "vdevice/driver/statistics.h"
 
 namespace vdevice::driver {
@@ -35,44 +37,44 @@ constexpr Statistic kStatistics[] = {
     {13, "frames not sent as too long for the port", [](const PortCounters &port) { return port.tx_too_long; }},
 };
 
+const Statistic *find_statistic(uint32_t selector) {
+    const auto *const found = std::find_if(std::begin(kStatistics), std::end(kStatistics),
+                                           [&](const Statistic &row) { return row.selector == selector; });
+    return found == std::end(kStatistics) ? nullptr : found;
+}
+
+class Statistics : public StatisticsCalls {
+  public:
+    explicit Statistics(chip::Switch &chip) : chip_{chip} {}
+
+    Status user_stat_port_get(int32_t port, uint32_t selector, uint64_t &value) override {
+        const Statistic *statistic = find_statistic(selector);
+        if (statistic == nullptr) {
+            return Status::kBadArgument;
+        }
+        return read_port(chip_, port, value, [&](const chip::Port &state) { return statistic->value(state.counters); });
+    }
+
+    Status user_port_packetstat_get(int32_t port, uint32_t type, uint64_t &value) override {
+        return user_stat_port_get(port, type, value);
+    }
+
+    Status user_port_packetstat_clear(int32_t port) override {
+        return set_port(chip_, port, [](chip::Port &state) { state.counters = {}; });
+    }
+
+  private:
+    chip::Switch &chip_;
+};
+
 }  // namespace
 
-std::span<const Statistic> statistics() {
+std::span<const Statistic> statistic_table() {
     return kStatistics;
 }
 
-const Statistic *find_statistic(uint32_t selector) {
-    for (const Statistic &statistic : statistics()) {
-        if (statistic.selector == selector) {
-            return &statistic;
-        }
-    }
-    return nullptr;
-}
-
-int32_t Driver::user_port_packetstat_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t type, uint64_t *value) {
-    return on_chip(unit, zero, [&] {
-        const Statistic *statistic = find_statistic(type);
-        if (statistic == nullptr || value == nullptr) {
-            return Status::kBadArgument;
-        }
-        if (!chip::Switch::has_port(port)) {
-            return Status::kNoPort;
-        }
-        *value = statistic->value(chip_.port(port).counters);
-        return Status::kOk;
-    });
-}
-
-int32_t Driver::user_stat_port_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t selector, uint64_t *value) {
-    return user_port_packetstat_get(unit, zero, port, selector, value);
-}
-
-int32_t Driver::user_port_packetstat_clear(uint32_t unit, uint32_t zero, int32_t port) {
-    return write_port(unit, zero, port, [](chip::Port &state) {
-        state.counters = {};
-        return Status::kOk;
-    });
+std::unique_ptr<StatisticsCalls> statistics(chip::Switch &chip) {
+    return std::make_unique<Statistics>(chip);
 }
 
 }  // namespace vdevice::driver

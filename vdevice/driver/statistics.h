@@ -1,4 +1,4 @@
-// The numbers by which both families of counter calls choose a counter. docs/virtual-device.md shows the same rows; a
+// The numbers by which the counter calls choose a counter. docs/virtual-device.md shows the same rows; a
 // test compares the two.
 #pragma once
 
@@ -15,9 +15,6 @@ struct Statistic {
     uint64_t (*value)(const chip::PortCounters &);
 };
 
-std::span<const Statistic> statistics();
-
-/** The selector's row, or null. */
-const Statistic *find_statistic(uint32_t selector);
+std::span<const Statistic> statistic_table();
 
 }  // namespace vdevice::driver

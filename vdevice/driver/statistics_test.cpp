@@ -37,7 +37,7 @@ class DriverStatistics : public test::DriverTest {
     }
     std::map<uint32_t, uint64_t> all(int32_t port) {
         std::map<uint32_t, uint64_t> values;
-        for (const Statistic &statistic : statistics()) {
+        for (const Statistic &statistic : statistic_table()) {
             if (const uint64_t value = get(port, statistic.selector); value != 0) {
                 values[statistic.selector] = value;
             }
@@ -103,7 +103,7 @@ TEST_F(DriverStatistics, WhatIsUnknownIsRefused) {
 }
 
 TEST(Statistics, AreToldInTheDocument) {
-    for (const Statistic &statistic : statistics()) {
+    for (const Statistic &statistic : statistic_table()) {
         chip::test::expect_row("| " + std::to_string(statistic.selector) + " | " + statistic.name + " |");
     }
 }

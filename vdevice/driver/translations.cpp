@@ -1,95 +1,91 @@
-// Translation of VLANs and VLANs by subnet.
-#include "vdevice/driver/check.h"
+// Translation of VLAN ids, and VLANs by subnet.
 #include "vdevice/driver/driver.h"
-#include "vdevice/driver/tag_words.h"
-#include "vdevice/driver/words.h"
+#include "vdevice/driver/tag_entries.h"
 
 namespace vdevice::driver {
 namespace {
 
 using chip::Status;
 using chip::Subnet;
-using chip::TagChange;
 using chip::VidMap;
 
-Status add_to(VidMap &table, adp_word_t kind, adp_word_t port, uint32_t vid, const TagChange &change) {
-    return number(kind) == kByVlan ? table.add(port_number(port), vid, change) : Status::kBadArgument;
+constexpr uint32_t kReplaceTag = 0; /**< action: the new VLAN takes the old one's place. The chip has no other. */
+
+// Ports are handed through as words, in which the number of no port is negative.
+int32_t port_of(uint32_t word) {
+    return static_cast<int32_t>(word);
 }
 
-Status remove_from(VidMap &table, adp_word_t kind, adp_word_t port, uint32_t vid) {
-    return number(kind) == kByVlan ? table.remove(port_number(port), vid) : Status::kBadArgument;
-}
+class Translations : public TranslationsCalls {
+  public:
+    explicit Translations(chip::Switch &chip) : chip_{chip} {}
 
-Subnet subnet_key(adp_word_t port, adp_word_t address, adp_word_t mask) {
-    return Subnet{port_number(port), number(address), number(mask), {}};
-}
+    Status user_vlan_translate_add(uint32_t kind, uint32_t port, uint32_t action, uint32_t old_vid, uint32_t new_vid,
+                                   uint32_t priority) override {
+        if (kind != kByVlan || action != kReplaceTag) {
+            return Status::kBadArgument;
+        }
+        return ingress().add(port_of(port), old_vid, {new_vid, priority});
+    }
+
+    Status user_vlan_translate_delete(uint32_t kind, uint32_t port, uint32_t old_vid) override {
+        return kind == kByVlan ? ingress().remove(port_of(port), old_vid) : Status::kBadArgument;
+    }
+
+    Status user_vlan_translate_delete_all() override {
+        ingress().clear();
+        return Status::kOk;
+    }
+
+    Status user_vlan_translate_get(uint32_t port, uint32_t old_vid, uint32_t &new_vid, uint32_t &priority) override {
+        return read_entry(ingress(), port_of(port), old_vid, new_vid, priority);
+    }
+
+    Status user_vlan_translate_egress_add(uint32_t kind, uint32_t port, uint32_t old_vid, uint32_t new_vid,
+                                          uint32_t priority) override {
+        return kind == kByVlan ? egress().add(port_of(port), old_vid, {new_vid, priority}) : Status::kBadArgument;
+    }
+
+    Status user_vlan_translate_egress_delete(uint32_t kind, uint32_t port, uint32_t old_vid) override {
+        return kind == kByVlan ? egress().remove(port_of(port), old_vid) : Status::kBadArgument;
+    }
+
+    Status user_vlan_translate_egress_delete_all() override {
+        egress().clear();
+        return Status::kOk;
+    }
+
+    Status user_vlan_translate_egress_get(uint32_t port, uint32_t old_vid, uint32_t &new_vid,
+                                          uint32_t &priority) override {
+        return read_entry(egress(), port_of(port), old_vid, new_vid, priority);
+    }
+
+    Status user_vlan_ip4_add(uint32_t port, uint32_t address, uint32_t mask, uint32_t vid, uint32_t priority,
+                             uint32_t flags) override {
+        return flags == 0 ? subnets().add(Subnet{port_of(port), address, mask, {vid, priority}}) : Status::kBadArgument;
+    }
+
+    Status user_vlan_ip4_delete(uint32_t port, uint32_t address, uint32_t mask) override {
+        return subnets().remove(Subnet{port_of(port), address, mask, {}});
+    }
+
+    Status user_vlan_ip4_delete_all() override {
+        subnets().clear();
+        return Status::kOk;
+    }
+
+  private:
+    VidMap &ingress() { return chip_.tag_rules().ingress; }
+    VidMap &egress() { return chip_.tag_rules().egress; }
+    chip::SubnetTable &subnets() { return chip_.tag_rules().subnets; }
+
+    chip::Switch &chip_;
+};
 
 }  // namespace
 
-int32_t Driver::user_vlan_translate_add(uint32_t unit, uint32_t zero, adp_word_t kind, adp_word_t port,
-                                        adp_word_t action, uint32_t old_vid, uint32_t new_vid, adp_word_t priority) {
-    return on_chip(unit, zero, [&] {
-        if (number(action) != kReplaceTag) {
-            return Status::kBadArgument;
-        }
-        return add_to(chip_.tag_rules().ingress, kind, port, old_vid, {new_vid, number(priority)});
-    });
-}
-
-int32_t Driver::user_vlan_translate_delete(uint32_t unit, uint32_t zero, adp_word_t kind, adp_word_t port,
-                                           uint32_t old_vid) {
-    return on_chip(unit, zero, [&] { return remove_from(chip_.tag_rules().ingress, kind, port, old_vid); });
-}
-
-int32_t Driver::user_vlan_translate_delete_all(uint32_t unit, uint32_t zero) {
-    return clear_table(unit, zero, chip_.tag_rules().ingress);
-}
-
-int32_t Driver::user_vlan_translate_get(uint32_t unit, uint32_t zero, adp_word_t port, uint32_t old_vid,
-                                        uint32_t *new_vid, uint32_t *priority) {
-    return read_change(unit, zero, chip_.tag_rules().ingress, port_number(port), old_vid, new_vid, priority);
-}
-
-int32_t Driver::user_vlan_translate_egress_add(uint32_t unit, uint32_t zero, adp_word_t kind, adp_word_t port,
-                                               uint32_t old_vid, uint32_t new_vid, adp_word_t priority) {
-    return on_chip(unit, zero, [&] {
-        return add_to(chip_.tag_rules().egress, kind, port, old_vid, {new_vid, number(priority)});
-    });
-}
-
-int32_t Driver::user_vlan_translate_egress_delete(uint32_t unit, uint32_t zero, adp_word_t kind, adp_word_t port,
-                                                  uint32_t old_vid) {
-    return on_chip(unit, zero, [&] { return remove_from(chip_.tag_rules().egress, kind, port, old_vid); });
-}
-
-int32_t Driver::user_vlan_translate_egress_delete_all(uint32_t unit, uint32_t zero) {
-    return clear_table(unit, zero, chip_.tag_rules().egress);
-}
-
-int32_t Driver::user_vlan_translate_egress_get(uint32_t unit, uint32_t zero, adp_word_t port, uint32_t old_vid,
-                                               uint32_t *new_vid, uint32_t *priority) {
-    return read_change(unit, zero, chip_.tag_rules().egress, port_number(port), old_vid, new_vid, priority);
-}
-
-int32_t Driver::user_vlan_ip4_add(uint32_t unit, uint32_t zero, adp_word_t port, adp_word_t address, adp_word_t mask,
-                                  uint32_t vid, adp_word_t priority, adp_word_t flags) {
-    return on_chip(unit, zero, [&] {
-        if (number(flags) != 0) {
-            return Status::kBadArgument;
-        }
-        Subnet subnet = subnet_key(port, address, mask);
-        subnet.change = {vid, number(priority)};
-        return chip_.tag_rules().subnets.add(subnet);
-    });
-}
-
-int32_t Driver::user_vlan_ip4_delete(uint32_t unit, uint32_t zero, adp_word_t port, adp_word_t address,
-                                     adp_word_t mask) {
-    return on_chip(unit, zero, [&] { return chip_.tag_rules().subnets.remove(subnet_key(port, address, mask)); });
-}
-
-int32_t Driver::user_vlan_ip4_delete_all(uint32_t unit, uint32_t zero) {
-    return clear_table(unit, zero, chip_.tag_rules().subnets);
+std::unique_ptr<TranslationsCalls> translations(chip::Switch &chip) {
+    return std::make_unique<Translations>(chip);
 }
 
 }  // namespace vdevice::driver

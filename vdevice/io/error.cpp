@@ -1,3 +1,4 @@
+// The sentence for a failed system call.
 #include "vdevice/io/error.h"
 
 #include <cerrno>

@@ -1,4 +1,4 @@
-// What goes wrong with sockets and interfaces, as a sentence for the person at the terminal.
+// Failures of sockets and interfaces, as a sentence for the person at the terminal.
 #pragma once
 
 #include <stdexcept>
@@ -11,7 +11,7 @@ class Error : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/** "cannot <action>: <reason of errno>", with advice where the reason is a lack of privilege. */
+/** "cannot <action>: <reason of errno>", with advice if a privilege is missing. */
 Error error_from_errno(const std::string &action);
 
 }  // namespace vdevice::io

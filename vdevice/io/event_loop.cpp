@@ -1,3 +1,4 @@
+// Descriptors and their handlers over epoll.
 #include "vdevice/io/event_loop.h"
 
 #include <sys/epoll.h>

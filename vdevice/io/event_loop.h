@@ -1,4 +1,4 @@
-// A single-threaded loop over epoll: calls a descriptor's handler when there is something to do on it.
+// A single-threaded loop over epoll: calls a descriptor's handler when events are pending on it.
 #pragma once
 
 #include <stdint.h>
@@ -6,7 +6,7 @@
 #include <map>
 #include <memory>
 
-#include "vdevice/io/unique_fd.h"
+#include "vdevice/sockets/unique_fd.h"
 
 namespace vdevice::io {
 
@@ -25,7 +25,7 @@ class EventLoop {
     /** Runs until stop() is called. */
     void run();
     void stop() { running_ = false; }
-    /** Waits for events for that long at most, -1 for ever, and handles them; false if there were none. */
+    /** Waits at most that long, -1 for ever, and handles the events; false if there were none. */
     bool run_once(int timeout_milliseconds);
 
   private:

@@ -1,3 +1,4 @@
+// Pairs are made and removed by 'ip'; settings are ioctl calls and a file under /proc.
 #include "vdevice/io/interfaces.h"
 
 #include <linux/ethtool.h>
@@ -12,7 +13,7 @@
 #include <utility>
 
 #include "vdevice/io/error.h"
-#include "vdevice/io/unique_fd.h"
+#include "vdevice/sockets/unique_fd.h"
 
 namespace vdevice::io {
 namespace {
@@ -35,7 +36,7 @@ bool interface_exists(const std::string &name) {
     return if_nametoindex(name.c_str()) != 0;
 }
 
-/** Feeds the commands to @p program, a shell command line without any part of a user's making. */
+/** Feeds the commands to @p program, a fixed shell command line: no input of a user gets into it. */
 bool feed(const char *program, const std::string &commands) {
     FILE *pipe = popen(program, "we");
     if (pipe == nullptr) {
@@ -51,7 +52,7 @@ void set_offload(int fd, const std::string &name, int command) {
     off.data = 0;
     ifreq request = request_for(name);
     request.ifr_data = reinterpret_cast<char *>(&off);
-    // Not every kind of interface knows every offload; what it does not know it does not do.
+    // Not every kind of interface has every offload; a failure is no harm.
     ioctl(fd, SIOCETHTOOL, &request);
 }
 
@@ -62,7 +63,7 @@ void remove_pairs(const std::vector<CablePair> &pairs) {
             commands += "link del " + pair.device_side + "\n";
         }
     }
-    // Namespaces of hosts may be ending at the same time and take pairs with them: what is gone is no error.
+    // A namespace of a host may end at the same time and take its pair along: a missing pair is no error.
     feed("ip -force -batch - 2>/dev/null", commands);
 }
 
@@ -79,7 +80,7 @@ void create_pairs(const std::vector<CablePair> &pairs) {
         commands.append("link add ").append(pair.device_side).append(mtu);
         commands.append(" type veth peer name ").append(pair.peer_side).append(mtu).append("\n");
     }
-    // What 'ip' prints is a person's only clue to why the kernel refused, so it goes to the terminal.
+    // Only what 'ip' prints says why the kernel refused, so it goes to the terminal.
     if (!feed("ip -batch -", commands)) {
         remove_pairs(pairs);
         throw Error{
@@ -108,7 +109,7 @@ void make_transparent(const std::string &name) {
     for (const int offload : {ETHTOOL_STXCSUM, ETHTOOL_SRXCSUM, ETHTOOL_STSO, ETHTOOL_SGSO, ETHTOOL_SGRO}) {
         set_offload(fd.get(), name, offload);
     }
-    // A kernel without IPv6 has no such file, and then nothing to switch off either.
+    // A kernel without IPv6 has no such file, and nothing to switch off.
     std::ofstream{"/proc/sys/net/ipv6/conf/" + name + "/disable_ipv6"} << "1";
 }
 

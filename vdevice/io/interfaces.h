@@ -1,4 +1,4 @@
-// Network interfaces as the cables of the device: making pairs, and setting one up to carry frames unchanged.
+// Network interfaces as cables of the device: pairs are made, and set up to carry frames unchanged.
 #pragma once
 
 #include <string>
@@ -15,11 +15,11 @@ struct CablePair {
     std::string peer_side;
 };
 
-/** Pairs that exist as long as this object, as far as nobody else removes them. */
+/** Pairs of interfaces, removed with this object. */
 class Cables {
   public:
     Cables() = default;
-    /** Makes all pairs or, throwing an Error, none. */
+    /** Makes all pairs; throws an Error, and leaves none, if one cannot be made. */
     explicit Cables(std::vector<CablePair> pairs);
     ~Cables();
     Cables(const Cables &) = delete;
@@ -31,7 +31,7 @@ class Cables {
 
 /**
  * Makes an interface carry frames as they are: room for long frames, no offloads that leave checksums or lengths to
- * hardware, and no IPv6 chatter of the kernel's own.
+ * hardware, and no IPv6 frames of the kernel's own.
  */
 void make_transparent(const std::string &name);
 

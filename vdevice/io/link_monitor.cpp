@@ -1,3 +1,4 @@
+// Reads link messages of rtnetlink.
 #include "vdevice/io/link_monitor.h"
 
 #include <linux/netlink.h>
@@ -27,8 +28,8 @@ constexpr int kSocketBufferBytes = 1024 * 1024;
 
 using Message = std::span<const char>;
 
-// Netlink messages are sequences of headers and attributes, each padded to four bytes. They are read by copying, which
-// asks nothing of the buffer's alignment.
+// Netlink messages are sequences of headers and attributes, each padded to four bytes. They are copied out, so the
+// buffer needs no alignment.
 constexpr size_t kAlignment = 4;
 
 constexpr size_t aligned(size_t length) {
@@ -44,7 +45,7 @@ bool read_header(Message bytes, Header &header) {
     return true;
 }
 
-/** What follows the first @p length bytes and their padding. */
+/** The bytes after the first @p length and their padding. */
 Message behind(Message bytes, size_t length) {
     return bytes.subspan(std::min(aligned(length), bytes.size()));
 }
@@ -123,7 +124,7 @@ void LinkMonitor::read_changes() {
     for (;;) {
         const ssize_t length = recv(socket_.get(), buffer.data(), buffer.size(), MSG_DONTWAIT);
         if (length < 0 && errno == ENOBUFS) {
-            request_all();  // changes were lost, so the whole state is asked for again
+            request_all();  // changes were lost: get the whole state again
             continue;
         }
         if (length <= 0) {

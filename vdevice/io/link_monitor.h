@@ -1,10 +1,10 @@
-// Follows the links of network interfaces: what the kernel says of each when it changes.
+// Watches the links of network interfaces: the kernel reports each change.
 #pragma once
 
 #include <functional>
 #include <string>
 
-#include "vdevice/io/unique_fd.h"
+#include "vdevice/sockets/unique_fd.h"
 
 namespace vdevice::io {
 
@@ -19,7 +19,7 @@ class LinkMonitor {
   public:
     using Handler = std::function<void(const LinkChange &)>;
 
-    /** Every interface is reported once, soon after, then whenever it changes. */
+    /** The handler gets every interface once, soon after, then each change. */
     explicit LinkMonitor(Handler handler);
 
     int fd() const { return socket_.get(); }

@@ -1,4 +1,4 @@
-// The packet socket of a port: how it is set up, and what is given to it.
+// The packet socket of a port: its options, and its errors.
 #include "vdevice/io/packet_port.h"
 
 #include <arpa/inet.h>
@@ -24,7 +24,7 @@ void set_option(int fd, int level, int option, const Value &value, const std::st
     }
 }
 
-/** Beyond the system's limit where the privilege is there, up to it otherwise. */
+/** With the privilege beyond the system's limit, otherwise up to it. */
 void enlarge_buffers(int fd) {
     if (setsockopt(fd, SOL_SOCKET, SO_RCVBUFFORCE, &kSocketBufferBytes, sizeof(kSocketBufferBytes)) != 0) {
         setsockopt(fd, SOL_SOCKET, SO_RCVBUF, &kSocketBufferBytes, sizeof(kSocketBufferBytes));
@@ -76,15 +76,15 @@ void PacketPort::close() {
     queue_.clear();
 }
 
-// A socket reports an interface that went down once, to whoever asks; until then it wakes the loop for nothing. The
-// link monitor has told the chip or will tell it.
+// A socket keeps waking the loop until the error of an interface that went down is read. The link monitor reports the
+// link itself.
 void PacketPort::forget_error() const {
     int error = 0;
     socklen_t size = sizeof(error);
     getsockopt(fd(), SOL_SOCKET, SO_ERROR, &error, &size);
 }
 
-// The kernel counts until it is asked, and then begins anew.
+// Reading the kernel's counter sets it to 0.
 uint64_t PacketPort::receive_losses() const {
     tpacket_stats counted{};
     socklen_t size = sizeof(counted);

@@ -8,7 +8,7 @@
 #include "vdevice/io/receive_batch.h"
 #include "vdevice/io/receive_ring.h"
 #include "vdevice/io/send_queue.h"
-#include "vdevice/io/unique_fd.h"
+#include "vdevice/sockets/unique_fd.h"
 
 namespace vdevice::io {
 
@@ -24,13 +24,13 @@ class PacketPort {
     bool is_open() const { return static_cast<bool>(socket_); }
     bool has_ring() const { return ring_.is_open(); }
 
-    /** Throws an Error if there is no such interface or no privilege. Without memory for a ring it goes without. */
+    /** Throws an Error if there is no such interface or no privilege. Opens without a ring if the kernel gives none. */
     void open();
     void close();
 
     /**
-     * Hands the frames that are waiting to take(frame), in order, but no more than are fair to the other ports. The
-     * frame's bytes are valid during the call only. The batch is for those that are not in a ring.
+     * Hands waiting frames to take(frame), in order, and at most so many that the other ports have their turn. The
+     * frame's bytes are valid during the call only. Frames that are not in a ring come through the batch.
      */
     template <typename Take>
     void receive(ReceiveBatch &batch, Take take) {
@@ -59,7 +59,7 @@ class PacketPort {
     void flush();
     /** Frames that the interface did not take. */
     uint64_t send_failures() const { return send_failures_; }
-    /** Frames that came in when there was no room for them. */
+    /** Frames that were lost because neither ring nor socket had room. */
     uint64_t receive_losses() const;
 
   private:
@@ -81,7 +81,7 @@ class PacketPort {
     ReceiveRing ring_;
     SendQueue queue_;
     uint64_t send_failures_ = 0;
-    mutable uint64_t receive_losses_ = 0; /**< as far as the kernel has been asked */
+    mutable uint64_t receive_losses_ = 0; /**< up to the last time the kernel was asked */
 };
 
 }  // namespace vdevice::io

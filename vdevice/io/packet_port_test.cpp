@@ -1,5 +1,5 @@
-// Ports on real interfaces, with rings of several sizes and without one: what comes in, in which order, and what
-// happens when the ring is full. Needs a network namespace of its own; the test run makes it.
+// Ports on real interfaces, with rings of several sizes and without one: which frames arrive, in which order, and
+// what a full ring does. Needs a network namespace of its own; the test run makes it.
 #include "vdevice/io/packet_port.h"
 
 #include <gtest/gtest.h>
@@ -23,10 +23,10 @@ constexpr char kNear[] = "near0";
 constexpr char kFar[] = "far0";
 constexpr size_t kNoRing = 0;
 constexpr size_t kSmallRing = ReceiveRing::kSlotsInBlock;
-constexpr int kPatience = 2000;  // milliseconds; what is on its way comes sooner
+constexpr int kPatience = 2000;  // milliseconds, far longer than a frame takes
 constexpr uint16_t kType = 0x88B5;
 
-/** Two cables' ends of which the near one is a port with a ring of so many slots. */
+/** A cable; its near end is a port with a ring of so many slots. */
 class PacketPortTest : public testing::TestWithParam<size_t> {
   protected:
     PacketPortTest() {
@@ -54,13 +54,13 @@ class PacketPortTest : public testing::TestWithParam<size_t> {
         pollfd asked{port.fd(), POLLIN, 0};
         return poll(&asked, 1, patience) == 1;
     }
-    /** What one call hands over. */
+    /** The frames of one call of receive(). */
     Frames receive() {
         Frames frames;
         near_.receive(batch_, [&](chip::Bytes frame) { frames.emplace_back(frame.begin(), frame.end()); });
         return frames;
     }
-    /** So many frames, or those that have come when no more do. */
+    /** So many frames, or fewer if no more come. */
     Frames receive(size_t count) {
         Frames frames;
         while (frames.size() < count && is_readable(near_, kPatience)) {
@@ -75,7 +75,7 @@ class PacketPortTest : public testing::TestWithParam<size_t> {
         EXPECT_EQ(receive(1), Frames{frame}) << frame.size();
     }
 
-    /** The kernel lets frames pass a while after an interface was raised. */
+    /** Waits until frames pass: the kernel needs a while after an interface was raised. */
     void expect_link() {
         constexpr int kTries = 100;
         int tries = 0;
@@ -212,7 +212,7 @@ TEST_P(SmallRingTest, WhatDoesNotFitInIsLostAndTheRestComes) {
     }
 }
 
-// The socket takes less of long frames than the ring has slots for.
+// The socket has room for fewer long frames than the ring has slots.
 TEST_P(SmallRingTest, WhatTheSocketHasNoRoomForIsLostAlone) {
     const int least = 1;
     ASSERT_EQ(setsockopt(near_.fd(), SOL_SOCKET, SO_RCVBUF, &least, sizeof(least)), 0);

@@ -1,3 +1,4 @@
+// Reads a batch of frames with recvmmsg().
 #include "vdevice/io/receive_batch.h"
 
 #include <algorithm>
@@ -20,7 +21,7 @@ void ReceiveBatch::receive(int fd, size_t limit) {
         messages_[i].msg_hdr.msg_controllen = sizeof(Control);
     }
     const int count = recvmmsg(fd, messages_.data(), static_cast<unsigned>(limit), MSG_DONTWAIT, nullptr);
-    // An interface that went down reports ENETDOWN once; the link monitor has told or will tell the chip.
+    // An interface that went down reports ENETDOWN once; the link monitor reports the link.
     count_ = count < 0 ? 0 : static_cast<size_t>(count);
     for (size_t i = 0; i < count_; ++i) {
         restore_tag(i);

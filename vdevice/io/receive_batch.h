@@ -1,5 +1,5 @@
-// Frames taken out of a packet socket by one call, with the VLAN tags back in them. It serves sockets without a ring,
-// and the long frames of those that have one.
+// Frames that one system call reads from a packet socket, with their VLAN tags back in place: for sockets without a
+// ring, and for frames too long for one.
 #pragma once
 
 #include <linux/if_packet.h>
@@ -15,8 +15,8 @@
 namespace vdevice::io {
 
 /**
- * The kernel takes an outer VLAN tag out of a received frame and reports it beside it; the chip must see the frame as
- * it was on the cable. There must be room for the tag in front of the frame.
+ * The kernel strips the outer VLAN tag of a received frame and reports it apart; this puts it back, since the chip must
+ * see the frame as on the cable. There must be room for the tag before the frame.
  */
 template <typename Report>
 chip::Bytes with_tag_of(uint8_t *frame, size_t octets, const Report &report) {
@@ -37,14 +37,14 @@ class ReceiveBatch {
 
     ReceiveBatch();
 
-    /** Takes the frames that are waiting in the socket, so many at most. */
+    /** Reads the frames that wait in the socket, at most @p limit. */
     void receive(int fd, size_t limit = kFrames);
 
     size_t size() const { return count_; }
     chip::Bytes frame(size_t index) const { return frames_[index]; }
 
   private:
-    // A slot is longer than the longest frame, so that an oversized one is seen to be too long.
+    // Longer than the longest frame, so that an oversized frame is seen to be one.
     static constexpr size_t kRoomForTag = chip::kVlanTagBytes;
     static constexpr size_t kSlotBytes = 9728;
     static_assert(kSlotBytes > kRoomForTag + chip::kMaxFrameBytes);

@@ -1,3 +1,4 @@
+// Maps a ring and walks its slots.
 #include "vdevice/io/receive_ring.h"
 
 #include <sys/mman.h>
@@ -14,7 +15,7 @@ bool set_option(int fd, int option, const auto &value) {
     return setsockopt(fd, SOL_PACKET, option, &value, sizeof(value)) == 0;
 }
 
-/** The kernel writes a frame before it hands the slot over, and must not get it back before the frame has been read. */
+/** Ordered: the frame is read after the kernel handed over the slot, and the slot given back after that. */
 std::atomic_ref<uint32_t> owner_of(tpacket2_hdr &slot) {
     return std::atomic_ref<uint32_t>{slot.tp_status};
 }
@@ -36,7 +37,7 @@ bool ReceiveRing::open(int fd, size_t slots) {
     }
     void *memory = mmap(nullptr, slots * kSlotBytes, PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);
     if (memory == MAP_FAILED) {
-        // The socket would go on to write into a ring that nobody reads.
+        // Otherwise the kernel would write frames into a ring that is not read.
         set_option(fd, PACKET_RX_RING, tpacket_req{});
         return false;
     }

@@ -1,5 +1,5 @@
-// Memory that the kernel writes a port's frames into and that the device reads them from, without a system call for any
-// of them (packet(7), version 2 of the ring).
+// Memory into which the kernel writes a port's frames and from which the device reads them, without a system call for
+// each (packet(7), version 2 of the ring).
 #pragma once
 
 #include <linux/if_packet.h>
@@ -12,16 +12,16 @@
 
 namespace vdevice::io {
 
-/** Where a frame is that has come in. */
+/** Where a received frame is. */
 enum class Arrival : uint8_t {
     kInRing,
-    kInSocket, /**< it does not fit into a slot, and waits in the socket as if there were no ring */
-    kNowhere,  /**< there was no room for it in the socket either */
+    kInSocket, /**< too long for a slot, it waits in the socket as without a ring */
+    kNowhere,  /**< lost: the socket had no room either */
 };
 
 class ReceiveRing {
   public:
-    /** Frames of up to this many octets are taken from the ring; few are longer. */
+    /** Longer frames, which are few, come through the socket. */
     static constexpr size_t kSlotBytes = 2048;
     static constexpr size_t kSlots = 2048;
     static constexpr size_t kSlotsInBlock = 16;
@@ -32,16 +32,16 @@ class ReceiveRing {
     ReceiveRing &operator=(const ReceiveRing &) = delete;
 
     /**
-     * Gives a packet socket that does not receive yet a ring; false if the kernel refuses it. The number of slots is a
-     * multiple of kSlotsInBlock.
+     * Gives a ring to a packet socket that does not receive yet; false if the kernel refuses. The number of slots must
+     * be a multiple of kSlotsInBlock.
      */
     bool open(int fd, size_t slots = kSlots);
     void close();
     bool is_open() const { return memory_ != nullptr; }
 
-    /** Where the first frame is that has not been released, if there is one. */
+    /** Where the first frame is that was not released; nothing if there is none. */
     std::optional<Arrival> front() const;
-    /** The first frame, with its VLAN tag back in its place. It must be in the ring, and is asked for once. */
+    /** The first frame, with its VLAN tag back in place. It must be in the ring; call it once for each frame. */
     chip::Bytes take() const;
     /** Gives the first frame's slot back to the kernel. */
     void release();

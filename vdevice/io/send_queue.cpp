@@ -1,3 +1,4 @@
+// Sends a batch of frames with sendmmsg().
 #include "vdevice/io/send_queue.h"
 
 #include <cerrno>
@@ -26,7 +27,7 @@ size_t SendQueue::send(int fd) {
         if (count > 0) {
             sent += static_cast<size_t>(count);
         } else if (errno != EINTR) {
-            // The frame at the head was refused (interface down, too long, no buffers): it is lost, the others go on.
+            // The first frame was refused (interface down, too long, no buffers): it is lost, go on with the next.
             ++refused;
             ++sent;
         }

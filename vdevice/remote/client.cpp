@@ -1,3 +1,4 @@
+// Connects with the first call, sends requests and waits for replies, each within the deadline.
 #include "vdevice/remote/client.h"
 
 #include <poll.h>
@@ -100,8 +101,8 @@ bool Client::receive_all(std::span<uint8_t> data, Clock::time_point end) {
     }
 }
 
-// An answer is never there yet when it is asked for, so the wait comes first; and it comes whole, its length and the
-// rest, so that they are taken together.
+// The answer has never arrived yet, so the wait comes first; it mostly arrives whole, so length and rest are read
+// together.
 bool Client::receive_some(Clock::time_point end) {
     std::array<uint8_t, kReadBytes> bytes;
     while (wait_for(POLLIN, end)) {

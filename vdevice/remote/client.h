@@ -1,7 +1,4 @@
-/**
- * @file client.h
- * The calling end: sends each call to the daemon and waits for the answer.
- */
+// The calling end: sends each call to the daemon and waits for the answer.
 #pragma once
 
 #include <sys/types.h>
@@ -21,9 +18,9 @@ namespace vdevice::remote {
 /**
  * One connection to the daemon, opened with the first call.
  *
- * A call that does not get its answer, for whatever reason, is a failed call: its result is kCallLost and its outputs
- * stay as they were. The first of a row of failures says why on standard error; each later call tries anew. A call
- * never takes longer than the deadline. Calls may come from several threads, and from both sides of a fork.
+ * A call without an answer, for whatever reason, has the result kCallLost and leaves its outputs alone. The first of
+ * several failures in a row says why on standard error; each later call tries again. A call never takes longer than
+ * the deadline. Calls may come from several threads, and from both sides of a fork.
  */
 class Client {
   public:
@@ -41,7 +38,7 @@ class Client {
 
     /** Makes a request that is no driver call: its result, and in @p answer the words that follow it. */
     int32_t request(Extra id, std::span<const uint32_t> words, std::vector<uint32_t> &answer);
-    /** Waits, without limit, for a message that the daemon sends unasked; false when the connection is lost. */
+    /** Waits without limit for a message that the daemon sends unasked; false if the connection is lost. */
     bool wait_for_message(std::vector<uint32_t> &words);
 
     /** @name Around a fork, so that the child finds the lock as it was */
@@ -74,7 +71,7 @@ class Client {
     const std::chrono::milliseconds deadline_;
     std::mutex mutex_;
     int socket_ = -1;
-    std::vector<uint8_t> input_; /**< what has come beyond what was asked for */
+    std::vector<uint8_t> input_; /**< received after the last answer */
     pid_t owner_ = 0;            /**< the process that opened the socket: after a fork the child needs one of its own */
     std::string reason_;
     bool complained_ = false;

@@ -1,3 +1,4 @@
+// The handshake, then the client's requests, a few in each turn.
 #include "vdevice/remote/connection.h"
 
 #include <sys/socket.h>
@@ -17,7 +18,7 @@ namespace {
 
 constexpr size_t kReadBytes = 16384;
 constexpr size_t kMaxUnreadBytes = 65536;
-/** Answered in a turn, then the other clients have theirs. */
+/** Requests answered in one turn of a client. */
 constexpr size_t kMessagesAtOnce = 16;
 constexpr size_t kHandshakeBytes = kHandshakeWords * kWordBytes;
 
@@ -82,7 +83,7 @@ bool Connection::shake_hands(Reader &reader) {
         ++server_.counters_.connected;
     } else {
         ++server_.counters_.mismatched;
-        closing_ = true;  // the client learns from the answer why
+        closing_ = true;  // the answer tells the client why
     }
     return true;
 }

@@ -1,7 +1,4 @@
-/**
- * @file connection.h
- * One client of the server: its bytes in and out, and where in the protocol it stands.
- */
+// One client of the server: its bytes in and out, and its state in the protocol.
 #pragma once
 
 #include <stdint.h>
@@ -20,14 +17,14 @@ class Connection {
     Connection(const Connection &) = delete;
     Connection &operator=(const Connection &) = delete;
 
-    /** Reads, answers and writes as far as it goes without waiting; false once the client is to be closed. */
+    /** Reads, answers and writes without waiting; false if the client is to be closed. */
     bool serve();
-    /** There are answers that the client has not taken yet: until it does, no request of it is read. */
+    /** Answers wait for the client to read them; until then no request of it is read. */
     [[nodiscard]] bool is_blocked() const { return !output_.empty(); }
-    /** There is something to do as soon as the client can be written to, without anything more from it. */
+    /** There is work as soon as the client can be written to, even if it sends nothing more. */
     [[nodiscard]] bool has_work() const { return is_blocked() || has_more_; }
 
-    /** What the server waits for on the socket; it says so whenever that changes. */
+    /** The events that the server waits for on the socket; the server sets them. */
     [[nodiscard]] uint32_t awaited() const { return awaited_; }
     void set_awaited(uint32_t events) { awaited_ = events; }
 
@@ -53,8 +50,8 @@ class Connection {
     bool greeted_ = false;
     bool watching_ = false;
     bool overrun_ = false;  /**< messages were lost because the client did not read */
-    bool has_more_ = false; /**< the turn ended before the messages did */
-    bool closing_ = false;  /**< closed as soon as the output is out */
+    bool has_more_ = false; /**< the turn ended with messages left */
+    bool closing_ = false;  /**< closed as soon as the output is sent */
     std::vector<uint8_t> input_;
     std::vector<uint8_t> output_;
 };

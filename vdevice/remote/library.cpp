@@ -1,3 +1,4 @@
+// Makes the client at the first call.
 #include "vdevice/remote/library.h"
 
 #include <pthread.h>

@@ -1,7 +1,4 @@
-/**
- * @file library.h
- * What the libraries that stand for the device share: one client each, which outlives everything that may call it.
- */
+// The client of a library that stands for the device: one each, which outlives everything that may call it.
 #pragma once
 
 #include "vdevice/remote/client.h"

@@ -1,4 +1,4 @@
-// The link scan's thread: a connection of its own on which the daemon tells of link changes.
+// The link scan's thread: it has its own connection, on which the daemon sends link changes.
 #include <unistd.h>
 
 #include <atomic>

@@ -1,3 +1,4 @@
+// Encodes and decodes a call parameter by parameter, as the call table describes them.
 #include "vdevice/remote/message.h"
 
 #include <cstring>

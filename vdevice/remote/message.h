@@ -1,17 +1,14 @@
-/**
- * @file message.h
- * A call's arguments as words: both ends walk the call table, so neither can disagree with the headers.
- *
- * First come the arguments passed by value, then those behind pointers, each set in the order of the parameters. An
- * 8-bit block is packed and filled up to a whole word; every wider element is one word, a 64-bit one two, the more
- * significant first; a struct is its members. A number-or-address is cut to 32 bits. A pointer begins with 0 if it is
- * null and else with 1, text with its length and 1. An event-queue message takes its record with it.
- */
+// A call's arguments as words: both ends walk the call table, so neither can disagree with the headers.
+//
+// First come the arguments passed by value, then those behind pointers, each set in the order of the parameters. An
+// 8-bit block is packed and filled up to a whole word; every wider element is one word, a 64-bit one two, the more
+// significant first; a struct is its members. A number-or-address is cut to 32 bits. A pointer begins with 0 if it is
+// null and else with 1, text with its length and 1. An event-queue message takes its record with it.
 #pragma once
 
+#include <stddef.h>
 #include <stdint.h>
 #include <array>
-#include <cstddef>
 #include <memory_resource>
 #include <vector>
 

@@ -31,7 +31,7 @@ void for_every_call(Check check) {
             check(static_cast<CallId>(number), number * kRounds + round);
         }
         if (testing::Test::HasFailure()) {
-            return;  // one call's failures say enough
+            return;  // the failures of one call are enough
         }
     }
 }
@@ -106,7 +106,7 @@ TEST(Message, StoresNothingOfAReplyThatDoesNotFit) {
     });
 }
 
-// Random words instead of a message: each is read to the end or refused, and the sanitizers see nothing.
+// Random words instead of a message: each is read to the end or refused, without a finding of the sanitizers.
 TEST(Message, SurvivesGarbage) {
     size_t accepted = 0;
     for_every_call([&](CallId id, uint64_t seed) {
@@ -115,7 +115,7 @@ TEST(Message, SurvivesGarbage) {
         Random random(seed);
         std::vector<uint8_t> garbage(random.below(kLongest));
         for (auto &byte : garbage) {
-            // Many small numbers, so that presence words and lengths are met.
+            // Many small numbers, as presence words and lengths are.
             byte = static_cast<uint8_t>(random.below(kWildOneIn) == 0 ? random.next() : random.below(2));
         }
         Reader reader(garbage);

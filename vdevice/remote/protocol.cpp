@@ -1,4 +1,4 @@
-// Where client and daemon meet.
+// The paths of the run folder and of the driver socket.
 #include "vdevice/remote/protocol.h"
 
 #include <unistd.h>

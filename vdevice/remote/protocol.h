@@ -1,15 +1,12 @@
-/**
- * @file protocol.h
- * How driver calls travel over a Unix stream socket: big-endian 32-bit words.
- *
- * On connecting, the client sends kMagic and its interface checksum, and the server answers with its own two; if they
- * differ, both close. Then each request is its length in words, the call's id and the encoded inputs, and each reply
- * its length in words, the result, whether outputs follow (1) or not (0), and the encoded outputs. One request is under
- * way at a time. How arguments are encoded stands in message.h.
- *
- * A few requests are no driver calls (Extra). What follows their id, and the result in their reply, are plain words. A
- * client that has asked for kWatchLinks gets a message, of length and words, for every link change.
- */
+// How driver calls travel over a Unix stream socket: big-endian 32-bit words.
+//
+// On connecting, the client sends kMagic and its interface checksum, and the server answers with its own two; if they
+// differ, both close. Then each request is its length in words, the call's id and the encoded inputs, and each reply
+// its length in words, the result, whether outputs follow (1) or not (0), and the encoded outputs. One request is under
+// way at a time. message.h says how arguments are encoded.
+//
+// A few requests are no driver calls (Extra). What follows their id, and the result in their reply, are plain words. A
+// client that has asked for kWatchLinks gets a message, of length and words, for every link change.
 #pragma once
 
 #include <stddef.h>
@@ -26,11 +23,11 @@ inline constexpr size_t kHandshakeWords = 2;
 inline constexpr size_t kMaxMessageWords = 16384;
 inline constexpr size_t kMaxMessageBytes = kMaxMessageWords * kWordBytes;
 
-/** The result of a call that never reached a device, or whose answer never came. */
+/** The result of a call that did not reach a device or got no answer. */
 inline constexpr int32_t kCallLost = -1;
 
 enum class Extra : uint32_t {
-    kWatchLinks = 0xFFFFFF00, /**< tells of link changes from the reply on */
+    kWatchLinks = 0xFFFFFF00, /**< sends each link change after the reply */
     kTakeEvent = 0xFFFFFF01,  /**< queue: 1 and the message with its record, or 0 */
 };
 inline constexpr uint32_t kFirstExtra = 0xFFFFFF00;

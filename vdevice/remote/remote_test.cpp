@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "calls/describe.h"
+#include "tests/support/plain_call.h"
 #include "tests/support/random_call.h"
 #include "vdevice/driver/codes.h"
 #include "vdevice/remote/testing/device.h"
@@ -26,7 +27,7 @@ using testing::HasSubstr;
 
 constexpr std::chrono::milliseconds kShortDeadline{300};
 
-/** What the thread of the server saw last, and answers by the seed that the calling test chose. */
+/** The last call that the server's thread saw, and answers by the seed of the calling test. */
 struct Echo {
     std::string seen;
     uint64_t seed = 0;
@@ -38,7 +39,7 @@ struct Echo {
     }
 };
 
-/** Answers one client with these words, whatever it says. */
+/** Answers one client with these words, whatever it sends. */
 class FalseDaemon {
   public:
     FalseDaemon(const std::string &path, std::initializer_list<uint32_t> words)
@@ -125,8 +126,7 @@ TEST(Remote, AnswersNotSupportedForWhatADeviceDoesNotOverride) {
     for (size_t number = 0; number < calls::kCallCount; ++number) {
         const auto id = static_cast<CallId>(number);
         if (is_answered(id)) {
-            const RandomCall call(id, number);
-            EXPECT_EQ(dispatch(none, id, call.arguments()), driver::kNotSupported) << calls::call(id).name;
+            EXPECT_EQ(dispatch(none, id, PlainCall(id).arguments()), driver::kNotSupported) << calls::call(id).name;
         } else {
             EXPECT_EQ(id, CallId::onu_mac2str);
         }
@@ -167,7 +167,7 @@ TEST(Remote, FailsTheCallDuringWhichTheDaemonIsLost) {
     Server server([&](CallId, const void *const *) -> int64_t { std::abort(); }, folder.socket());
     const pid_t daemon = fork();
     if (daemon == 0) {
-        testing::internal::CaptureStderr();  // a sanitizer's report of the abort is not the test's
+        testing::internal::CaptureStderr();  // ignore a sanitizer's report of the abort
         signal(SIGABRT, SIG_DFL);
         const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
         while (std::chrono::steady_clock::now() < end) {
@@ -199,7 +199,7 @@ TEST(Remote, FailsACallThatTheDaemonDoesNotAnswerInTime) {
     Client client("libtest", folder.socket(), kShortDeadline);
     testing::internal::CaptureStderr();
     const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(create_vlan(client, 1), kCallLost);  // nobody serves
+    EXPECT_EQ(create_vlan(client, 1), kCallLost);  // no server runs
     EXPECT_GE(std::chrono::steady_clock::now() - start, kShortDeadline);
     EXPECT_LT(std::chrono::steady_clock::now() - start, 10 * kShortDeadline);
     EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("gave no answer within 300 ms"));

@@ -1,3 +1,4 @@
+// Accepts clients and serves those that are ready.
 #include "vdevice/remote/server.h"
 
 #include <sys/epoll.h>
@@ -33,7 +34,7 @@ sockaddr_un address_of(const std::string &path) {
     return address;
 }
 
-/** Removes a socket that a dead daemon left; one that still answers is another daemon's. */
+/** Removes the socket of a dead daemon; a socket that answers belongs to another daemon. */
 void remove_stale(const std::string &path, const sockaddr_un &address) {
     const int probe = socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
     if (probe < 0) {
@@ -117,7 +118,7 @@ void Server::accept_clients() {
     watch(epoll_, EPOLL_CTL_ADD, descriptor, EPOLLIN);
 }
 
-// The messages go out from serve_ready(): a connection cannot be closed while it may be the one that is being served.
+// The messages are sent in serve_ready(): a connection that is being served must not be closed.
 void Server::publish_link_change(std::span<const uint32_t, kLinkChangeWords> words) {
     for (const auto &[descriptor, connection] : connections_) {
         if (connection->is_watching()) {
@@ -127,7 +128,7 @@ void Server::publish_link_change(std::span<const uint32_t, kLinkChangeWords> wor
     }
 }
 
-// Most clients take their answers at once: what they are watched for stays, and the kernel need not be told.
+// Most clients read their answers at once; their events stay the same and the kernel need not be told.
 void Server::await(int descriptor, Connection &connection, uint32_t events) {
     if (connection.awaited() != events) {
         watch(epoll_, EPOLL_CTL_MOD, descriptor, events);

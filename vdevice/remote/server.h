@@ -1,7 +1,4 @@
-/**
- * @file server.h
- * The daemon's end: takes calls from any number of clients and answers them, within the daemon's own event loop.
- */
+// The daemon's end: takes calls from any number of clients and answers them, within the daemon's own event loop.
 #pragma once
 
 #include <stdint.h>
@@ -21,23 +18,23 @@ class Connection;
 
 /**
  * Serves driver calls on a Unix socket. Nothing in here waits: the daemon polls poll_fd() for reading and calls
- * serve_ready() when it is. A client that sends what no client would send is closed, and no other notices.
+ * serve_ready() when it is ready. A client that sends malformed messages is closed; the others do not notice.
  */
 class Server {
   public:
     /** Answers one call; the result is the call's. */
     using Handler = std::function<int64_t(calls::CallId, const void *const *arguments)>;
-    /** Sees each call once it is answered, for a trace. */
+    /** Called with each call after it is answered, for a trace. */
     using Observer = std::function<void(calls::CallId, const void *const *arguments, int64_t result)>;
 
-    /** Answers a request that is no driver call: gives its result and fills in what follows it. */
+    /** Answers a request that is no driver call: gives its result and fills in the words after it. */
     using ExtraHandler = std::function<int32_t(Extra, std::span<const uint32_t> words, std::vector<uint32_t> &answer)>;
 
     struct Counters {
         uint64_t connected = 0;  /**< clients that shook hands */
         uint64_t calls = 0;      /**< calls answered */
         uint64_t mismatched = 0; /**< clients built from other headers */
-        uint64_t malformed = 0;  /**< clients closed for a message that no client sends */
+        uint64_t malformed = 0;  /**< clients closed for a malformed message */
         uint64_t refused = 0;    /**< clients turned away because there were too many */
     };
 
@@ -55,7 +52,7 @@ class Server {
 
     void set_observer(Observer observer) { observer_ = std::move(observer); }
     void set_extra_handler(ExtraHandler handler) { extra_handler_ = std::move(handler); }
-    /** Tells the clients that watch of a link change. May be called while a call is being answered. */
+    /** Sends a link change to the clients that watch. May be called while a call is being answered. */
     void publish_link_change(std::span<const uint32_t, kLinkChangeWords> words);
     [[nodiscard]] const Counters &counters() const { return counters_; }
     [[nodiscard]] size_t clients() const { return connections_.size(); }

@@ -1,10 +1,8 @@
-// The server and clients that misbehave, and the server's socket.
+// The server: what it answers, whom it closes, and its socket.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <array>
-#include <chrono>
-#include <deque>
 #include <stdexcept>
 #include <vector>
 
@@ -120,7 +118,7 @@ TEST(Remote, ClosesAClientThatSendsNonsenseAndServesTheOthers) {
         {kMagic, kSum, 0xFFFFFFFF, kCreate},                               // a length beyond all bounds
         {kMagic, kSum, kMaxMessageWords + 1, kCreate},                     // one word too many
         {kMagic, kSum, 1, 0xFFFFFFFF},                                     // no such call
-        {kMagic, kSum, 1, static_cast<uint32_t>(calls::kCallCount)},       // the first id that is none
+        {kMagic, kSum, 1, static_cast<uint32_t>(calls::kCallCount)},       // the first unused id
         {kMagic, kSum, 2, static_cast<uint32_t>(CallId::onu_mac2str), 0},  // a call that is no daemon's
         {kMagic, kSum, 3, kCreate, 0, 0},                                  // an argument is missing
         {kMagic, kSum, 5, kCreate, 0, 0, 1, 2},                            // one too many
@@ -133,148 +131,6 @@ TEST(Remote, ClosesAClientThatSendsNonsenseAndServesTheOthers) {
         EXPECT_EQ(create_vlan(good, 2), 2);
     }
     EXPECT_EQ(server.counters().malformed, std::size(nonsense));
-}
-
-TEST(Remote, WaitsForTheRestOfAMessageAndForgetsAClientThatLeavesWithinOne) {
-    const Folder folder;
-    VlanOnly device;
-    Server server(device, folder.socket());
-    const Loop loop(server);
-    {
-        const RawClient slow(folder.socket());
-        slow.send_words({kMagic});
-        slow.send_words({calls::kInterfaceChecksum, 4});
-        slow.send_words({static_cast<uint32_t>(CallId::user_vlan_create), 0, 0});
-        slow.send_words({55});
-        uint8_t answer[(kHandshakeWords + 3) * kWordBytes] = {};
-        ASSERT_EQ(slow.receive(answer, sizeof answer), sizeof answer);
-        EXPECT_EQ(answer[sizeof answer - kWordBytes - 1], 55);
-        slow.send_words({4, static_cast<uint32_t>(CallId::user_vlan_create)});
-    }
-    Client client("libtest", folder.socket());
-    EXPECT_EQ(create_vlan(client, 3), 3);
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(2);
-    while (server.clients() > 1 && std::chrono::steady_clock::now() < end) {
-        EXPECT_EQ(create_vlan(client, 3), 3);
-    }
-    EXPECT_EQ(server.clients(), 1u);
-    EXPECT_EQ(server.counters().malformed, 0u);
-}
-
-// A client that asks and never reads must not grow the server: it is not read from until it takes its answers.
-TEST(Remote, StopsReadingFromAClientThatDoesNotTakeItsAnswers) {
-    const Folder folder;
-    VlanOnly device;
-    Server server(device, folder.socket());
-    constexpr uint64_t kRequests = 100000;
-    // What the kernel's buffers hold of answers is far less than this.
-    constexpr uint64_t kMostAnswered = kRequests / 4;
-    const RawClient greedy(folder.socket());
-    {
-        const Loop loop(server);
-        greedy.send_words({kMagic, calls::kInterfaceChecksum});
-        Writer writer;
-        for (uint64_t request = 0; request < kRequests; ++request) {
-            for (const uint32_t word : {4u, static_cast<uint32_t>(CallId::user_vlan_create), 0u, 0u, 1u}) {
-                writer.word(word);
-            }
-        }
-        EXPECT_LT(greedy.send_without_reading(writer.buffer()), writer.buffer().size());
-        Client other("libtest", folder.socket());
-        EXPECT_EQ(create_vlan(other, 4), 4);
-    }
-    EXPECT_LT(server.counters().calls, kMostAnswered);
-}
-
-// More requests than the kernel holds answers for, so that answering stops in their midst and goes on with the reading.
-TEST(Remote, AnswersEveryRequestThatWasSentAhead) {
-    constexpr uint32_t kRequests = 4000;
-    constexpr size_t kAnswerWords = 3;
-    constexpr int kPauseMilliseconds = 100;
-    const Folder folder;
-    VlanOnly device;
-    Server server(device, folder.socket());
-    const RawClient eager(folder.socket());
-    const Loop loop(server);
-    eager.send_words({kMagic, calls::kInterfaceChecksum});
-    std::thread sender([&eager] {
-        for (uint32_t request = 0; request < kRequests; ++request) {
-            eager.send_words({4, static_cast<uint32_t>(CallId::user_vlan_create), 0, 0, request});
-        }
-    });
-    poll(nullptr, 0, kPauseMilliseconds);  // the answers pile up
-    std::vector<uint8_t> answers((kHandshakeWords + kAnswerWords * kRequests) * kWordBytes);
-    EXPECT_EQ(eager.receive(answers.data(), answers.size()), answers.size());
-    sender.join();
-    Reader reader(answers);
-    reader.word();
-    reader.word();
-    for (uint32_t request = 0; request < kRequests; ++request) {
-        ASSERT_EQ(reader.word(), kAnswerWords - 1);
-        ASSERT_EQ(reader.word(), request);
-        reader.word();
-    }
-}
-
-// Whoever sends many requests at once has to wait for the others in between.
-TEST(Remote, ServesOthersBetweenTheRequestsOfAnEagerClient) {
-    constexpr uint32_t kRequests = 2000;
-    constexpr uint64_t kMostCalls = 200;
-    constexpr size_t kAnswerBytes = (kHandshakeWords + 3) * kWordBytes;
-    const Folder folder;
-    VlanOnly device;
-    Server server(device, folder.socket());
-    const RawClient eager(folder.socket());
-    const RawClient other(folder.socket());
-    eager.send_words({kMagic, calls::kInterfaceChecksum});
-    Writer requests;
-    for (uint32_t request = 0; request < kRequests; ++request) {
-        for (const uint32_t word : {4u, static_cast<uint32_t>(CallId::user_vlan_create), 0u, 0u, request}) {
-            requests.word(word);
-        }
-    }
-    EXPECT_EQ(eager.send_without_reading(requests.buffer()), requests.buffer().size());
-    other.send_words({kMagic, calls::kInterfaceChecksum, 4, static_cast<uint32_t>(CallId::user_vlan_create), 0, 0, 7});
-    for (int turn = 0; other.waiting_bytes() < kAnswerBytes && turn < static_cast<int>(kRequests); ++turn) {
-        server.serve_ready();
-    }
-    EXPECT_EQ(other.waiting_bytes(), kAnswerBytes);
-    EXPECT_LT(server.counters().calls, kMostCalls);
-    while (server.counters().calls < kRequests + 1 && eager.waiting_bytes() > 0) {
-        eager.skip_waiting();
-        server.serve_ready();
-    }
-    EXPECT_EQ(server.counters().calls, kRequests + 1) << "what came early is answered without anything more coming";
-}
-
-TEST(Remote, HalfMessagesDoNotKeepAnybodyWaiting) {
-    const Folder folder;
-    VlanOnly device;
-    Server server(device, folder.socket());
-    const Loop loop(server);
-    std::deque<RawClient> silent;
-    for (size_t count = 0; count + 1 < Server::kMaxClients; ++count) {
-        silent.emplace_back(folder.socket());
-        // As long as a message may be, and begun: one word of it.
-        silent.back().send_words({kMagic, calls::kInterfaceChecksum, kMaxMessageWords, 0});
-    }
-    Client client("libtest", folder.socket());
-    EXPECT_EQ(create_vlan(client, 5), 5);
-    EXPECT_EQ(server.counters().malformed, 0u);
-}
-
-TEST(Remote, TurnsAwayMoreClientsThanItServes) {
-    const Folder folder;
-    VlanOnly device;
-    Server server(device, folder.socket());
-    const Loop loop(server);
-    std::deque<RawClient> clients;
-    for (size_t count = 0; count < Server::kMaxClients; ++count) {
-        clients.emplace_back(folder.socket());
-    }
-    const RawClient one_too_many(folder.socket());
-    EXPECT_TRUE(one_too_many.is_closed());
-    EXPECT_EQ(server.counters().refused, 1u);
 }
 
 TEST(Remote, ShowsEachCallToAnObserver) {

@@ -20,14 +20,14 @@ extern "C" {
 #define VDEV_FAULT_NO_CABLE 2  /**< no cable is in */
 #define VDEV_FAULT_DISABLED 3  /**< the port is disabled */
 
-/** Called for each link change; @p port is a physical port. The result is not looked at. */
+/** Called for each link change; @p port is a physical port. The result is ignored. */
 typedef int32_t (*vdev_linkscan_callback_t)(uint32_t unit, uint32_t port, const uint32_t info[VDEV_LINKSCAN_WORDS]);
 
 /**
- * Has a function called whenever a port's link comes or goes, on a thread of the library's own. Every change after the
- * call has returned is told, in order, until the connection to the device is lost; the thread then tries to get it
- * back. The function may make driver calls. Another function takes the place of the one before; a null address ends
- * the calls. After a fork the child has to register again.
+ * Registers a function that is called, on a thread of the library's own, whenever a port's link comes or goes. It gets
+ * every change after this call has returned, in order, until the connection to the device is lost; the thread then
+ * connects again. The function may make driver calls. It replaces the one before; a null address ends the calls. After
+ * a fork the child must register again.
  *
  * @return 0; -1 if the device cannot be reached, and then nothing is called
  */

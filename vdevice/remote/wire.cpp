@@ -1,3 +1,4 @@
+// Words as four bytes, the most significant first.
 #include "vdevice/remote/wire.h"
 
 #include <cstring>

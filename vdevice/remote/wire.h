@@ -1,7 +1,4 @@
-/**
- * @file wire.h
- * Big-endian words in a byte buffer, written and read byte by byte, so that either byte order gives the same message.
- */
+// Big-endian words in a byte buffer, written and read byte by byte, so that either byte order gives the same message.
 #pragma once
 
 #include <stddef.h>
@@ -33,7 +30,7 @@ class Writer {
     std::vector<uint8_t> buffer_;
 };
 
-/** Reading beyond the end gives zeros and makes is_good() false for good. */
+/** Reads beyond the end give zeros, and is_good() stays false from then on. */
 class Reader {
   public:
     explicit Reader(std::span<const uint8_t> data) : data_(data) {}

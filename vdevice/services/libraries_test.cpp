@@ -1,4 +1,4 @@
-// The two shared libraries as a management program meets them: linked, calling a daemon that stands behind them.
+// The two shared libraries as a management program meets them: linked, calling a daemon.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <poll.h>
@@ -7,16 +7,13 @@
 #include <array>
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <cstring>
 #include <filesystem>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <span>
 #include <string>
 #include <thread>
-#include <utility>
 #include <vector>
 
 #include "platform/device_services.h"
@@ -24,56 +21,77 @@
 #include "vdevice/remote/protocol.h"
 #include "vdevice/remote/server.h"
 #include "vdevice/remote/vdev_linkscan.h"
+#include "vdevice/services/testing/link_changes.h"
 #include "vdevice/services/vdev_equeue.h"
 
 namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
+using vdevice::chip::Status;
 
 constexpr uint32_t kVid = 100;
 constexpr int kPollMilliseconds = 20;
 
 class Device : public vdevice::DriverCalls {
   public:
-    int32_t user_vlan_port_get(uint32_t, uint32_t, uint32_t vid, uint32_t *members, uint32_t *untagged) override {
-        if (vid != kVid) {
-            return -5;
-        }
-        members[0] = 1u << 4;
-        members[7] = 1u << 31;
-        untagged[1] = 2;
-        return 0;
-    }
-    int32_t get_vlan_info(uint32_t vid, uint8_t *record) override {
-        const uint32_t words[] = {vid, 0, 1, 0x80000002};
-        std::memcpy(record, words, sizeof words);
-        return 0;
-    }
-    int32_t log_line(int32_t, int32_t, const char *word, const char *text) override {
-        logged = std::string(word) + ": " + text;
-        return 0;
-    }
-    int32_t equeue_send_ucast(uintptr_t queue, const uintptr_t *message, int32_t timeout) override {
-        event = {static_cast<int32_t>(queue), static_cast<int32_t>(message[0]), timeout};
-        uint16_t record[4];
-        std::memcpy(record, reinterpret_cast<const void *>(message[7]), sizeof record);
-        event.insert(event.end(), std::begin(record), std::end(record));
-        return 1;
-    }
-    int32_t sys_trace_get() override { return 1; }
-    int32_t user_port_enable_set(uint32_t, uint32_t, int32_t port, uint32_t enable) override {
-        link_changed(port, enable);
-        return 0;
+    Device() {
+        sections_.vlans = std::make_unique<Vlans>();
+        sections_.ports = std::make_unique<Ports>(*this);
+        sections_.services = std::make_unique<Services>(*this);
     }
 
     std::function<void(int32_t port, uint32_t link)> link_changed;
 
     std::string logged;
     std::vector<int32_t> event;
+
+  private:
+    struct Vlans : vdevice::VlansCalls {
+        Status user_vlan_port_get(uint32_t vid, uint32_t *members, uint32_t *untagged) override {
+            if (vid != kVid) {
+                return Status::kVlanMissing;
+            }
+            members[0] = 1u << 4;
+            members[7] = 1u << 31;
+            untagged[1] = 2;
+            return Status::kOk;
+        }
+    };
+
+    struct Ports : vdevice::PortsCalls {
+        explicit Ports(Device &owner) : device{owner} {}
+        Status user_port_enable_set(int32_t port, uint32_t enable) override {
+            device.link_changed(port, enable);
+            return Status::kOk;
+        }
+        Device &device;
+    };
+
+    struct Services : vdevice::ServicesCalls {
+        explicit Services(Device &owner) : device{owner} {}
+        int32_t get_vlan_info(uint32_t vid, uint8_t *record) override {
+            const uint32_t words[] = {vid, 0, 1, 0x80000002};
+            std::memcpy(record, words, sizeof words);
+            return 0;
+        }
+        int32_t log_line(int32_t, int32_t, const char *word, const char *text) override {
+            device.logged = std::string(word) + ": " + text;
+            return 0;
+        }
+        int32_t equeue_send_ucast(uintptr_t queue, const uintptr_t *message, int32_t timeout) override {
+            device.event = {static_cast<int32_t>(queue), static_cast<int32_t>(message[0]), timeout};
+            uint16_t record[4];
+            std::memcpy(record, reinterpret_cast<const void *>(message[7]), sizeof record);
+            device.event.insert(device.event.end(), std::begin(record), std::end(record));
+            return 1;
+        }
+        int32_t sys_trace_get() override { return 1; }
+        Device &device;
+    };
 };
 
-/** One daemon for all tests: the libraries look for it where the environment said at their first call. */
+/** One daemon for all tests: the libraries read the path of its socket at their first call and keep it. */
 class Libraries : public testing::Test {
   protected:
     static void SetUpTestSuite() {
@@ -132,35 +150,7 @@ std::thread Libraries::thread;
 std::atomic<bool> Libraries::stopping{false};
 std::atomic<int> Libraries::looks{0};
 
-/** The link changes that a callback was called with. */
-class Changes {
-  public:
-    static constexpr std::chrono::seconds kPatience{10};
-
-    void add(std::vector<uint32_t> change) {
-        const std::lock_guard guard(mutex_);
-        changes_.push_back(std::move(change));
-        thread_ = std::this_thread::get_id();
-        news_.notify_all();
-    }
-    std::vector<std::vector<uint32_t>> wait_for(size_t number) {
-        std::unique_lock lock(mutex_);
-        news_.wait_for(lock, kPatience, [&] { return changes_.size() >= number; });
-        return std::exchange(changes_, {});
-    }
-    std::thread::id thread() {
-        const std::lock_guard guard(mutex_);
-        return thread_;
-    }
-
-  private:
-    std::mutex mutex_;
-    std::condition_variable news_;
-    std::vector<std::vector<uint32_t>> changes_;
-    std::thread::id thread_;
-};
-
-Changes changes;
+vdevice::LinkChanges changes;
 
 int32_t note_change(uint32_t unit, uint32_t port, const uint32_t info[4]) {
     changes.add({unit, port, info[0], info[1], info[2], info[3]});
@@ -180,7 +170,7 @@ TEST_F(Libraries, ReadPortSetsFromTheDevice) {
 TEST_F(Libraries, LeaveOutputsAloneWhenTheDeviceRefuses) {
     adp_ports_t members = {7};
     adp_ports_t untagged = {8};
-    EXPECT_EQ(user_vlan_port_get(0, 0, kVid + 1, members, untagged), -5);
+    EXPECT_EQ(user_vlan_port_get(0, 0, kVid + 1, members, untagged), vdevice::chip::code(Status::kVlanMissing));
     EXPECT_EQ(members[0], 7u);
     EXPECT_EQ(untagged[0], 8u);
 }
@@ -241,7 +231,7 @@ TEST_F(Libraries, TellOfLinkChangesOnAThreadOfTheirOwn) {
     }
 }
 
-// A change that nobody heard of may still be on its way when somebody registers again; the next round waits longer.
+// A change from before the registration may still arrive after it; the next round waits longer.
 TEST_F(Libraries, StopTellingWhenNobodyIsRegistered) {
     constexpr std::chrono::milliseconds kLongest{1024};
     std::vector<uint32_t> ports;

@@ -1,5 +1,5 @@
-// The device's services of the virtual device. What works on the device goes to the daemon; what needs only its
-// arguments is done here.
+// The device's services. Calls that work on the device go to the daemon; calls that need only their arguments are
+// carried out here.
 #include <stdint.h>
 #include <cstdarg>
 #include <cstdio>

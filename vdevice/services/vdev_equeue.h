@@ -1,7 +1,7 @@
 /**
  * @file vdev_equeue.h
  * The reading end of the virtual device's event queue: libdevice_services of the virtual device has this call besides
- * the services. The process that reads is mostly not the one that sent.
+ * the services. Usually another process reads than the one that sent.
  */
 #pragma once
 

@@ -1,6 +1,6 @@
 /**
  * @file blocks.h
- * Memory of this process as it is written into C: each block becomes a buffer that is filled before every call.
+ * Memory of this process written as C: each block becomes a buffer that is filled before every call.
  */
 #pragma once
 
@@ -13,18 +13,18 @@
 
 namespace record {
 
-/** The buffers of one case. Addresses among their bytes that lead into another one are written as that one's. */
+/** The buffers of one case. An address in one of them that leads into another is written as an address of that. */
 class Blocks {
   public:
     /** @p prefix begins the buffers' names. */
     explicit Blocks(std::string prefix) : prefix_(std::move(prefix)) {}
 
-    /** Takes note of a block, whose bytes are copied; gives the buffer's address as C. */
+    /** Copies a block; gives the buffer's address as C. */
     std::string add(std::span<const uint8_t> bytes);
     /** The address as C, if it leads into a block. */
     [[nodiscard]] std::optional<std::string> find(uintptr_t address) const;
 
-    /** The buffers' definitions, with the images that they are filled from. */
+    /** The definitions of the buffers, and of the images that they are filled from. */
     [[nodiscard]] std::string definitions() const;
     /** The statements that fill them. */
     [[nodiscard]] std::string preparation() const;

@@ -14,7 +14,7 @@ namespace {
 
 constexpr const char *kInterface = "$intf";
 constexpr const char *kPort = "2";
-// Interfaces by the states of the sweep that a row must be meant for.
+// The interfaces, and the states of tests/fault_injection that a row must be for.
 constexpr const char *kPortState = "user";
 constexpr const char *kGroup = "agg8";
 constexpr const char *kGroupState = "agg8";
@@ -31,15 +31,15 @@ std::string replaced(std::string text, const std::string &what, const std::strin
 }
 
 /** The attribute's name, for the functions that are told which one. */
-std::string selector(const fault::Row &row) {
+std::string selector(const fault_injection::Row &row) {
     if (kAttributeFunctions.count(row.function) == 0) {
         return "";
     }
-    const std::string attribute = fault::split(row.call, ' ').at(2);
+    const std::string attribute = fault_injection::split(row.call, ' ').at(2);
     return " " + replaced(attribute, "ADP_ATTR_", "");
 }
 
-Case make_case(const fault::Row &row, const std::string &name, const std::string &interface) {
+Case make_case(const fault_injection::Row &row, const std::string &name, const std::string &interface) {
     Case made{name,
               row.function,
               interface == kGroup,
@@ -47,21 +47,21 @@ Case make_case(const fault::Row &row, const std::string &name, const std::string
               {},
               row.clause("result") == "any"};
     made.name += made.is_group ? " on a group" : "";
-    for (const std::string &piece : fault::split(row.clause("before"), ';')) {
+    for (const std::string &piece : fault_injection::split(row.clause("before"), ';')) {
         made.before.push_back(replaced(piece, kInterface, interface));
     }
     return made;
 }
 
 /** Tables are made by calls here, since not all of them can be written to from outside the library. */
-bool is_prepared_by_calls(const fault::Row &row) {
-    const std::vector<std::string> pieces = fault::split(row.clause("before"), ';');
+bool is_prepared_by_calls(const fault_injection::Row &row) {
+    const std::vector<std::string> pieces = fault_injection::split(row.clause("before"), ';');
     return std::all_of(pieces.begin(), pieces.end(), [](const std::string &piece) {
         return adpsh::find_call(piece.substr(0, piece.find(' '))) != nullptr;
     });
 }
 
-void add_cases(const fault::Row &row, const std::string &name, std::vector<Case> &cases) {
+void add_cases(const fault_injection::Row &row, const std::string &name, std::vector<Case> &cases) {
     if (!row.takes_interface() || row.wants(kPortState)) {
         cases.push_back(make_case(row, name, kPort));
     }
@@ -72,14 +72,14 @@ void add_cases(const fault::Row &row, const std::string &name, std::vector<Case>
     }
 }
 
-std::vector<fault::Row> all_rows(const std::string &own) {
+std::vector<fault_injection::Row> all_rows(const std::string &own) {
     std::ifstream file(own);
     if (!file) {
         throw std::runtime_error(own + " cannot be read");
     }
-    std::vector<fault::Row> rows = fault::parse_family(own, file).rows;
-    for (const std::string &family : fault::family_names()) {
-        const auto more = fault::read_family(family).rows;
+    std::vector<fault_injection::Row> rows = fault_injection::parse_family(own, file).rows;
+    for (const std::string &family : fault_injection::family_names()) {
+        const auto more = fault_injection::read_family(family).rows;
         rows.insert(rows.end(), more.begin(), more.end());
     }
     return rows;
@@ -89,7 +89,7 @@ std::vector<fault::Row> all_rows(const std::string &own) {
 
 std::vector<Case> all_cases(const std::string &own) {
     std::map<std::string, std::vector<Case>> by_name;
-    for (const fault::Row &row : all_rows(own)) {
+    for (const fault_injection::Row &row : all_rows(own)) {
         const std::string name = row.function + selector(row);
         std::vector<Case> &cases = by_name[name];
         if (cases.empty() && is_prepared_by_calls(row)) {

@@ -88,9 +88,9 @@ void clear_outputs(const calls::Call &call, const recording::Arguments &argument
 void give_answers(const std::string &path, std::set<std::string> &answered) {
     std::ifstream file(path);
     for (std::string line; std::getline(file, line);) {
-        line = fault::trimmed(line.substr(0, line.find('#')));
+        line = fault_injection::trimmed(line.substr(0, line.find('#')));
         if (!line.empty()) {
-            fault::give(line);
+            fault_injection::give(line);
             answered.insert(line.substr(0, line.find('.')));
         }
     }

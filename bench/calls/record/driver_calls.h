@@ -12,15 +12,15 @@
 
 namespace record {
 
-/** Lets every call of the recording driver succeed with zeros, or with what the file of answers says. */
+/** Makes every call of the recording driver succeed, with outputs of zeros or those in the file of answers. */
 void answer_from(const std::string &path);
 
-/** Begins to write down the calls; their buffers go to @p blocks, where those of the library's call already are. */
+/** Begins to record calls; their buffers are added to @p blocks, which has those of the library's call. */
 void begin(Blocks &blocks);
 /** The calls since then, as C expressions in their order. */
 std::vector<std::string> finish();
 
-/** How many calls have been made so far that leave the process when the device is another one. */
+/** The number of calls so far that go to the device in another process. */
 size_t remote_calls();
 
 }  // namespace record

@@ -1,6 +1,6 @@
 /**
  * @file library_call.h
- * A call of the library as a line gives it: made here, and written as C.
+ * A call of the library, read from a line: made here, and written as C.
  */
 #pragma once
 
@@ -13,7 +13,7 @@ namespace record {
 
 class LibraryCall {
   public:
-    /** Throws std::runtime_error when the line is no call. What the call reads and writes is added to the blocks. */
+    /** Throws std::runtime_error when the line is no call. The memory of its arguments is added to the blocks. */
     LibraryCall(const std::string &line, Blocks &blocks);
 
     adpsh::Result invoke() { return arguments_.invoke(); }

@@ -1,6 +1,6 @@
 /**
  * @file recording.h
- * A case run against the recording driver, and all that came of it as C.
+ * A case run with the recording driver, and the results as C.
  */
 #pragma once
 
@@ -15,7 +15,7 @@
 namespace record {
 
 struct Recording {
-    std::vector<std::string> before; /**< the calls that make what this one finds */
+    std::vector<std::string> before; /**< calls that prepare the tables */
     std::string call;
     std::vector<std::string> driver_calls;
     size_t remote = 0;        /**< of these, calls that leave the process */
@@ -23,14 +23,13 @@ struct Recording {
     adpsh::ResultKind kind = adpsh::ResultKind::kNone;
     adpsh::Result result{};
 
-    /** What a later call has to give, as C. */
+    /** The expected result, as C. */
     [[nodiscard]] std::string expected() const;
-    /** Whether the call was told that this is not to be had, and did nothing. */
+    /** Whether the call was refused without a driver call. */
     [[nodiscard]] bool is_refused() const;
 };
 
-/** Brings the tables up, makes what the call finds, and the call. All that they read and write is added to the blocks.
- */
+/** Sets the tables up, prepares them and makes the call. The memory of all arguments is added to the blocks. */
 Recording run(const Case &one, Blocks &blocks);
 
 }  // namespace record

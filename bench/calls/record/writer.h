@@ -1,6 +1,6 @@
 /**
  * @file writer.h
- * Recorded calls and their floors as a C program's tables, and what is to be known of them as JSON.
+ * Recorded calls and their floors as tables of a C program, and their description as JSON.
  */
 #pragma once
 
@@ -17,7 +17,7 @@ class Writer {
   public:
     /** Records the case, unless the call is refused. */
     void add(const Case &one);
-    /** Throws std::runtime_error when a function has no case, so that none can be forgotten. */
+    /** Throws std::runtime_error when a function has no case. */
     void require_all() const;
     void write(const std::string &code, const std::string &json) const;
 

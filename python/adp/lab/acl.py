@@ -1,4 +1,4 @@
-"""The example program acl as the bench runs it: its list stands while it runs, and it is asked for its counts."""
+"""The example program acl on the bench. Its list exists while it runs, and it prints its counts when asked."""
 
 import re
 import subprocess
@@ -40,7 +40,7 @@ class AclProgram:
         return {count[1]: (int(count[2]), int(count[3])) for count in found}
 
     def end(self):
-        """Lets the program delete its list; gives whether it says that it did, and ends with 0."""
+        """Lets the program delete its list; gives whether it reports that, and ends with 0."""
         self._process.stdin.close()
         said = self._line()
         return said == DELETED and self._process.wait(LINE_SECONDS) == 0

@@ -1,4 +1,4 @@
-"""The example program link_aggregation as the bench runs it: one line per event, read as it comes."""
+"""The example program link_aggregation on the bench. It prints a line for each event."""
 
 import re
 import subprocess
@@ -15,7 +15,7 @@ EVENT = re.compile(r"group 1 (went|is still) (up|down)")
 
 
 class Handled(NamedTuple):
-    """A link change that the program has handled: the port, its link, and the group thereafter."""
+    """A link change that the program has handled: the port, its link, and the group afterwards."""
 
     port: int
     is_up: bool
@@ -24,7 +24,7 @@ class Handled(NamedTuple):
 
 
 class GroupEvent(NamedTuple):
-    """The library's event callback was called: whether the group's state was a new one, and which it was."""
+    """A call of the library's event callback: whether the group's state has changed, and the state."""
 
     is_change: bool
     is_up: bool
@@ -64,13 +64,13 @@ class AggregationProgram:
         raise LabError(f"{self._name} said: {line}")
 
     def poll(self):
-        """Takes the events that are there without waiting for more."""
+        """Reads the events that are there without waiting for more."""
         while self._lines.has_line():
             self.events.append(self._next(LINE_SECONDS))
         return self.events
 
     def said(self):
-        """The lines that wait, whatever they say: a program whose device was off complains as well."""
+        """The lines that are there, errors included: a program whose device was off prints some."""
         lines = []
         while self._lines.has_line():
             lines.append(self._lines.line(LINE_SECONDS, self._name))
@@ -87,10 +87,10 @@ class AggregationProgram:
         return taken
 
     def kill(self):
-        """Ends the program before it can do anything about it."""
+        """Kills the program, so that it cannot clean up."""
         self._process.kill()
         self.close()
 
     def close(self):
-        """Ends the program in good order, unless it has ended."""
+        """Ends the program, unless it has ended."""
         self.exit_status = stop(self._process)

@@ -1,4 +1,4 @@
-"""The bench: a device, its hosts, and the question that every test asks: who received what?"""
+"""The bench: a device, its hosts, and which of them received a frame."""
 
 import contextlib
 import itertools
@@ -15,8 +15,8 @@ from .shell import Shell
 BARRIER_SECONDS = 10.0
 BARRIER_DESTINATION = mac("02:00:00:00:fe:01")
 BARRIER_SOURCE = mac("02:00:00:00:fe:02")
-# A host's frame and the CPU's barrier reach the device through different sockets. The second barrier is sent when
-# the first has passed, so whatever waited at the device's ports before the first has been served before the second.
+# A host's frame and the CPU's barrier reach the device through different sockets. The second barrier is sent after the
+# first has passed, so every frame that waited at a port before the first is handled before the second.
 BARRIERS = 2
 
 
@@ -55,8 +55,8 @@ class Lab:
             self.hosts[port].await_link()
 
     def shell(self, build, before=(), namespace=None):
-        """adpsh of a build on the device's CPU. `before` is a prefix of its command; another namespace is another
-        place to stand, from which the device is within reach but "eth0" is not.
+        """adpsh of a build on the device's CPU. `before` is a prefix of its command; another namespace is one
+        from which the device can be reached but "eth0" cannot.
         """
         command = [*before, *Build(build).command("adpsh", "--json", "--keep-going")]
         return self._stack.enter_context(contextlib.closing(Shell(self.device, command, namespace)))
@@ -72,9 +72,9 @@ class Lab:
     def arrivals(self, marker, without=()):
         """{user port: [frames]} of every frame with the marker that has reached a host.
 
-        What was sent before the call is on the cables by the time it returns: a barrier frame is sent out of every port
-        behind it, and each port delivers in order. So an empty answer means that nothing came, without waiting for it.
-        Hosts without a link have no barrier to wait for; nor have those that the caller knows to be out of reach.
+        It includes every frame that was sent before the call: a barrier frame follows it out of every port, and each
+        port delivers in order. So an empty answer means that nothing arrived, without a timeout. Hosts without a link
+        get no barrier; nor do those in `without`, which the caller knows to be out of reach.
         """
         links = self.device.links()
         linked = [host for port, host in self.hosts.items() if port in links and port not in without]

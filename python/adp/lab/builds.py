@@ -19,7 +19,7 @@ def _is_target_program(path):
 
 
 class Build:
-    """build/NAME: `host`, `asan`, `mips` or a folder of one's own."""
+    """build/NAME: `host`, `asan`, `mips` or another folder."""
 
     def __init__(self, name):
         self.name = name
@@ -35,10 +35,10 @@ class Build:
 
     @property
     def is_emulated(self):
-        """Whether the programs are the target's. Their process is the emulator, which keeps memory that they return."""
+        """Whether the programs are the target's. Their process is the emulator, which keeps memory that they free."""
         return _is_target_program(self.folder / "adpsh")
 
     @property
     def byte_order(self):
-        """How the programs keep their numbers: "big" or "little"."""
+        """Byte order of the programs: "big" or "little"."""
         return "big" if self.is_emulated else "little"

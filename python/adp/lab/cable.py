@@ -1,4 +1,4 @@
-"""Cables between devices, and what has arrived where frames cross several of them.
+"""Cables between devices, and the arrivals of frames that cross several of them.
 
 A cable is one pair of interfaces, one end in each device's namespace, so a frame leaves one device and enters the other
 with nothing between them.
@@ -25,12 +25,11 @@ class End(NamedTuple):
 
 
 def lay_cable(near, far):
-    """Joins two ends, whose ports lose the cables that they had."""
+    """Lays a cable between two ends; their ports lose the cables to their hosts."""
     for end in (near, far):
         end.lab.device.namespace.ip(f"link delete {end.interface}")
     pid = far.lab.device.namespace.holder_pid
-    # The kernel tells of a carrier at once only where the two ends have different numbers, otherwise it may take a
-    # second.
+    # The kernel reports a carrier at once only if the indexes of the two ends differ; otherwise it may take a second.
     near_index, far_index = NEAR_INDEX + near.port, FAR_INDEX + far.port
     ends = f"{near.interface} index {near_index} type veth peer name {far.interface} index {far_index} netns {pid}"
     near.lab.device.namespace.ip(f"link add {ends}")
@@ -46,10 +45,10 @@ def await_links(lab, ends, linked):
 
 
 def arrivals(labs, marker):
-    """What has reached each lab's hosts, as one answer of Lab.arrivals() for each.
+    """The frames that have reached each lab's hosts, as one answer of Lab.arrivals() for each.
 
-    All are asked as often as there are devices: each time they have sent what they were going to send to the next one,
-    so at last even what had to cross them all has come.
+    Each is asked as often as there are devices: after each round the frames are one device further, so after the last
+    one even those that cross all of them have arrived.
     """
     rounds = [[lab.arrivals(marker) for lab in labs] for _ in labs]
     return tuple(_joined(answers) for answers in zip(*rounds, strict=True))

@@ -28,21 +28,17 @@ def host_interface(port):
 
 
 class Device:
-    """A device that is switched on. Its cables' far ends, host1 .. hostN, wait in its namespace to be taken away.
+    """A device that is switched on. Its cables' far ends, host1 .. hostN, are in its namespace, for hosts to take."""
 
-    In a namespace that is given it uses the cables that are there, and leaves them and the namespace behind.
-    """
-
-    def __init__(self, build, user_ports=26, name="device", namespace=None):
+    def __init__(self, build, user_ports=26, name="device"):
         self.name = name
         self.user_ports = user_ports
         self._build = build
         self._daemon = None
         self.run_dir = tempfile.mkdtemp(prefix="vdevice-")
         try:
-            self._has_own_namespace = namespace is None
-            self.namespace = namespace or NetNamespace(name)
-            self._start(*(["--create-interfaces"] if self._has_own_namespace else []))
+            self.namespace = NetNamespace(name)
+            self._start("--create-interfaces")
             self.cpu = Nic(self.namespace, CPU_INTERFACE)
         except BaseException:
             self.close()
@@ -64,7 +60,7 @@ class Device:
 
     @property
     def control_program(self):
-        """Path of the vdevctl that goes with the device."""
+        """Path of the vdevctl of the device's build."""
         return self._build.folder.relative_to(ROOT) / "vdevctl"
 
     def control(self, *words):
@@ -76,7 +72,7 @@ class Device:
         return json.loads(done.stdout) if done.stdout.strip() else None
 
     def ask(self, command):
-        """What the device answers to a command without arguments at this very moment, not when a vdevctl has started."""
+        """The device's answer to a command without arguments, without the delay of starting vdevctl."""
         with socket.socket(socket.AF_UNIX) as connection:
             connection.settimeout(CONTROL_SECONDS)
             connection.connect(os.path.join(self.run_dir, "control"))
@@ -94,7 +90,7 @@ class Device:
         poll_until(lambda: self.links() == wanted, seconds, f"A link on exactly the ports {sorted(wanted)}")
 
     def pause(self):
-        """Stops the daemon in its tracks; only a crash can follow."""
+        """Stops the daemon with SIGSTOP. Only crash() can follow."""
         self._daemon.send_signal(signal.SIGSTOP)
 
     def crash(self):
@@ -108,11 +104,11 @@ class Device:
 
     @property
     def pid(self):
-        """Process id of the daemon, another one after each restart."""
+        """Process id of the daemon, which changes with each restart."""
         return self._daemon.pid
 
     def end(self):
-        """Switches the device off in good order; gives the daemon's exit status."""
+        """Switches the device off; gives the daemon's exit status."""
         return stop(self._daemon)
 
     def restart(self):
@@ -125,7 +121,7 @@ class Device:
             stop(self._daemon)
         if hasattr(self, "cpu"):
             self.cpu.close()
-        if hasattr(self, "namespace") and self._has_own_namespace:
+        if hasattr(self, "namespace"):
             self.namespace.close()
         shutil.rmtree(self.run_dir, ignore_errors=True)
 
@@ -141,6 +137,6 @@ class Device:
             raise LabError(f"vdeviced said {line!r} instead of {READY_LINE!r}. {self.errors()}")
 
     def errors(self):
-        """What the daemon has complained of."""
+        """What the daemon has written on standard error."""
         with open(os.path.join(self.run_dir, "vdeviced.err"), encoding="utf-8", errors="replace") as errors:
             return errors.read().strip()

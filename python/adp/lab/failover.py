@@ -1,4 +1,4 @@
-"""Two devices joined by an aggregation group, the program that keeps the group on each, and traffic both ways.
+"""Two devices joined by an aggregation group, link_aggregation on each of them, and traffic both ways.
 
     with Pair({5, 6}, {7, 8}, CABLES) as pair, FourCables(pair, "mips") as joined:
         change = joined.change("pull", 2)
@@ -14,7 +14,7 @@ from .aggregation import AggregationProgram
 from .load import Astray, Load, Traffic
 from .problem import LabError
 
-# (near port, far port). The two sides use different ports, so that nothing works by accident of equal numbers.
+# (near port, far port). The two sides use different ports, so that nothing works because numbers happen to be equal.
 CABLES = ((1, 11), (2, 12), (3, 13), (4, 14))
 NEAR_HOST, NEAR_WITNESS = 5, 6
 FAR_HOST, FAR_WITNESS = 7, 8
@@ -22,9 +22,9 @@ FLOWS = 64
 AROUND_SECONDS = 0.1
 HANDLED_SECONDS = 20.0
 
-# What becomes of the near side's management port when these cables go and come in this order (the far side's is ten
-# more). A port that is not it goes without consequence; when it goes itself the smallest with a link follows, and with
-# none left the largest. A port that comes back takes over if it is smaller.
+# (cable, the near side's management port afterwards), in this order; the far side's port is ten more. When another port
+# loses its link the management port stays. When it loses its own, the smallest port with a link follows, or without
+# any the largest. A port that comes back takes over if it is smaller.
 PULLS = ((2, 1), (0, 2), (1, 4), (3, 4))
 PLUGS = ((1, 2), (3, 2), (0, 1), (2, 1))
 FAR_PORTS_ABOVE_NEAR = 10
@@ -33,11 +33,11 @@ FAR_PORTS_ABOVE_NEAR = 10
 class Change(NamedTuple):
     """A cable that was pulled or plugged in while frames flowed."""
 
-    before: dict  # each load's next frame number when the hand reached for the cable
-    handled: dict  # ... and when both programs had handled the change
-    end: dict  # ... and at the end, everything having arrived or got lost
+    before: dict  # each load's next frame number before the change
+    handled: dict  # ... and after both programs had handled it
+    end: dict  # ... and at the end
     seconds: float  # until both had handled it
-    astray: Astray  # frames that came where they must not
+    astray: Astray  # frames that arrived at wrong hosts
 
     def meanwhile(self, load):
         """Tally of what was sent between the change and its handling."""
@@ -86,9 +86,7 @@ class FourCables:
         self.traffic.settle()
 
     def change(self, verb, number):
-        """Pulls or plugs the far end of a cable while frames flow, until both programs have handled it, and a little
-        longer.
-        """
+        """Pulls or plugs the far end of a cable. Frames flow until both programs have handled it, and on."""
         self.traffic.run_for(AROUND_SECONDS)
         before, begin = self.traffic.numbers(), time.monotonic()
         hand = threading.Thread(target=self.pair.far.device.control, args=(verb, CABLES[number][1]))
@@ -107,7 +105,7 @@ class FourCables:
         return all([program.has_handled(port, is_up) for program, port in pairs])
 
     def announcements(self):
-        """How often each device's log says that the group went down, and up."""
+        """How often each device's log reports that the group went down, and up."""
         return [
             tuple(
                 sum(line["text"] == f"interface aggregateport 1, changed state to {word}" for line in log)

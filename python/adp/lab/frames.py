@@ -1,4 +1,4 @@
-"""Ethernet frames as bytes: built from their parts, and told in a line for people."""
+"""Ethernet frames as bytes: built from their parts, and described in a line."""
 
 import struct
 
@@ -28,7 +28,7 @@ def vlan_tag(vid, priority=0, tpid=TPID_CUSTOMER):
 
 
 def ethernet(destination, source, ethertype, payload, tags=b""):
-    """A frame of its parts; `tags` stands between the source address and the type."""
+    """A frame of its parts; `tags` is put between the source address and the type."""
     return destination + source + tags + struct.pack("!H", ethertype) + payload
 
 
@@ -50,7 +50,7 @@ def directed_by_cpu(frame, ports):
 
 
 def split_switch_tag(frame):
-    """(word 1, word 2, the frame without its tag) of a frame as the CPU hands it to the switch."""
+    """(word 1, word 2, the frame without its tag) of a frame from the CPU to the switch."""
     kind, first, second = struct.unpack_from("!HII", frame, 12)
     if kind != SWITCH_TAG_TYPE:
         raise ValueError(f"a frame for the switch has the type 0x{kind:04x}")
@@ -69,7 +69,7 @@ def split_tags(frame):
 
 
 def describe(frame):
-    """A few words: tags, what is inside and how long it all is."""
+    """Tags, protocol and length in a few words."""
     if len(frame) < 14:
         return f"a runt of {len(frame)} bytes"
     tags, kind, payload = split_tags(frame)

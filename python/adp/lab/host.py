@@ -1,4 +1,4 @@
-"""A host at the far end of a cable: raw frames, and the kernel's own IP stack for what a plain computer does."""
+"""A host at the far end of a cable: raw frames, and the kernel's IP stack."""
 
 import select
 import socket
@@ -43,16 +43,16 @@ class Host:
         self.namespace.ip(f"link set {self.nic.interface} up")
 
     def await_link(self, seconds=LINK_SECONDS):
-        """Waits until what the host sends reaches the cable: a carrier takes effect a moment after it is there, and
-        until then the kernel drops frames without a word.
+        """Waits until frames of the host reach the cable: the kernel drops them silently until it has handled the
+        carrier.
         """
         interface = self.nic.interface
         poll_until(lambda: self.namespace.is_operational(interface), seconds, f"A link on {self.namespace.name}")
-        # The kernel tells of the new state just before it acts on it; this waits for the lock that it holds meanwhile.
+        # The kernel reports the new state just before it acts on it; this waits for the lock that it holds meanwhile.
         self.raise_link()
 
     def lower_link(self):
-        """The host switches its interface off: the cable has no link."""
+        """Switches the host's interface off: the cable has no link."""
         self.namespace.ip(f"link set {self.nic.interface} down")
 
     def set_address(self, address):
@@ -60,7 +60,7 @@ class Host:
         self.namespace.ip(f"address flush dev {self.nic.interface}", f"address add {address} dev {self.nic.interface}")
 
     def ping(self, address, seconds=3.0, attempts=1):
-        """Asks the kernel behind an IP address for an echo; true when it answers in time to one of the attempts."""
+        """Sends ICMP echo requests to an address; true if one of them is answered in time."""
         return any(self._ping_once(address, number, seconds / attempts) for number in range(attempts))
 
     def _ping_once(self, address, number, seconds):

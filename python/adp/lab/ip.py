@@ -1,4 +1,4 @@
-"""IPv4 packets for hosts that speak as raw bytes."""
+"""IPv4 packets for hosts that send raw frames."""
 
 import struct
 from typing import NamedTuple
@@ -19,7 +19,7 @@ def ip_bytes(address):
 
 
 class Ipv4Packet(NamedTuple):
-    """A packet to a port of a server, with what an access list looks at. TCP packets ask for a connection."""
+    """A packet to a port of a server, with the fields that an access list matches. TCP packets are SYN."""
 
     source: str
     destination: str
@@ -38,7 +38,7 @@ class Ipv4Packet(NamedTuple):
         return ethernet(destination_mac, source_mac, ETHERTYPE_IPV4, header + content)
 
     def _transport(self):
-        """The transport header. No one here checks the checksum of UDP, which may be left out, nor that of TCP."""
+        """The transport header. The checksum is 0, which UDP allows; for TCP nobody checks it."""
         if self.protocol == UDP:
             return struct.pack("!HHHH", self.port, self.port, 8 + self.length, 0)
         return struct.pack("!HHIIBBHHH", self.port, self.port, 0, 0, TCP_HEADER_WORDS << 4, SYN, 0, 0, 0)

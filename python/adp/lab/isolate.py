@@ -1,7 +1,7 @@
 """Runs a command where it may make network namespaces: python3 -m adp.lab.isolate COMMAND [ARGUMENT ...]
 
-Root gets a network namespace, an ordinary user a user namespace with it, in which he is root. In either, nothing that
-the command does reaches the machine's own interfaces.
+Root gets a network namespace; an ordinary user gets a user namespace as well, and is root in it. In either, the command
+cannot reach the machine's own interfaces.
 """
 
 import os
@@ -27,7 +27,7 @@ def main(command):
         if not complaint:
             os.execvp("unshare", ["unshare", *flags, "--", *command])
     sys.exit(
-        f"The system does not let this user make namespaces of his own ({complaint}). "
+        f"The system does not let this user make namespaces ({complaint}). "
         "Run it as root, or allow unprivileged user namespaces (sysctl user.max_user_namespaces)."
     )
 

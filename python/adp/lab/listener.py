@@ -1,4 +1,4 @@
-"""Multicast as an ordinary program hears it: the kernel of a host joins and leaves groups on behalf of a socket."""
+"""Multicast as an ordinary program receives it: the kernel of a host joins and leaves groups for a socket."""
 
 import contextlib
 import ipaddress
@@ -20,13 +20,13 @@ def group_mac(address):
 
 
 def set_protocol_version(host, version, protocol_version):
-    """What the host's kernel speaks for IPv4 (IGMP) or IPv6 (MLD); 0 is the newest."""
+    """Sets the version of IGMP (IPv4) or MLD (IPv6) that the host's kernel uses; 0 is the newest."""
     name = {4: "igmp", 6: "mld"}[version]
     _write_setting(host, version, f"force_{name}_version", protocol_version)
 
 
 def enable_ipv6(host):
-    """Gives the host's interface a link-local address at once, without asking whether it is anyone else's."""
+    """Gives the host's interface a link-local address at once, without duplicate address detection."""
     for name, value in (("accept_dad", 0), ("router_solicitations", 0), ("disable_ipv6", 0)):
         _write_setting(host, 6, name, value)
 
@@ -38,7 +38,7 @@ def _write_setting(host, version, name, value):
 
 
 class Listener:
-    """A socket of a host that hears a group's datagrams from now on, on a port, until it leaves or is closed."""
+    """A socket of a host that receives the datagrams of a group on a port, until it leaves or is closed."""
 
     def __init__(self, host, address, port):
         self._address = ipaddress.ip_address(address)
@@ -47,7 +47,7 @@ class Listener:
             self._interface = socket.if_nametoindex(host.nic.interface)
             self._socket = socket.socket(family, socket.SOCK_DGRAM)
         self._socket.settimeout(RECEIVE_SECONDS)
-        # Two of them on one host may wait for the same datagrams.
+        # Two of them on one host may receive the same datagrams.
         self._socket.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
         self._socket.bind((address, port))
         self._change("JOIN")

@@ -1,8 +1,7 @@
 """Load: many flows from a host on one device to a host on another, every frame accounted for.
 
-Each frame carries its flow and its number within the load, so that for every one of them it is known whether it came,
-how often, and in which order. Sending and receiving take turns in one thread; nothing waits in a buffer that could
-overflow unseen.
+Each frame carries its flow and its number within the load, so it is known of every frame whether it arrived, how often,
+and in which order. Sending and receiving alternate in one thread, so that no receive buffer overflows.
 """
 
 import struct
@@ -19,7 +18,7 @@ BURST_PAUSE = 0.002
 
 
 class Tally(NamedTuple):
-    """What became of a stretch of the load."""
+    """Counts of a range of the load's frames."""
 
     sent: int
     delivered: int
@@ -27,7 +26,7 @@ class Tally(NamedTuple):
 
 
 class Astray(NamedTuple):
-    """How many frames came back to their sender, and how many reached a host that they were not meant for."""
+    """How many frames returned to their sender, and how many reached other hosts."""
 
     returned: int
     elsewhere: int
@@ -60,8 +59,8 @@ class Load:
         return host is self._sender
 
     def introduce(self):
-        """The receiver's stations speak once, to the stations that will write to them, so that all switches between
-        know the way. The other side's are known from the flows' first frames.
+        """Each of the receiver's stations sends a frame to its partner, so that all switches learn the way. They learn
+        the other side from the first frames of the flows.
         """
         for source, destination in self._stations:
             self._receiver.send(self._frame(source, destination, b"an introduction"))
@@ -101,7 +100,7 @@ class Load:
         return sorted(number for number, times in self._arrived.items() if times > 1)
 
     def overtaken(self, first=0):
-        """Numbers of the frames, `first` and later, that came after a later frame of their flow, or again."""
+        """Numbers of the frames, `first` and later, that arrived after a later frame of their flow, or again."""
         return [number for number in self._overtaken if number >= first]
 
     @staticmethod
@@ -111,7 +110,7 @@ class Load:
 
 
 class Traffic:
-    """The loads of a bench of several devices, a Pair for instance, sent together for as long as something takes."""
+    """The loads of a bench of several devices, a Pair for instance, which are sent together."""
 
     def __init__(self, bench, loads):
         self._bench = bench
@@ -143,8 +142,8 @@ class Traffic:
         return {load: load.sent for load in self.loads}
 
     def settle(self):
-        """Waits until all that was sent has arrived or is lost. Tells of the frames that were elsewhere than at their
-        receiver since the last time.
+        """Waits until every frame has arrived or is lost. Gives the frames that arrived at other hosts than their
+        receiver since the last call.
         """
         for lab, seen in zip(self._bench.labs, self._bench.arrivals(b""), strict=True):
             for port, frames in seen.items():

@@ -1,7 +1,7 @@
 """Network namespaces, made and entered by the calling thread.
 
-A namespace lives as long as the bench holds its descriptor. A holder process stands in each one, so that
-`nsenter --target PID` finds the way in; it ends by itself when the bench does, however that happens.
+A namespace exists as long as the bench holds its descriptor. Each has a holder process, so that `nsenter --target PID`
+can enter it; the holder ends when the bench does, however that happens.
 """
 
 import contextlib
@@ -31,7 +31,7 @@ def _open_current():
 
 
 class NetNamespace:
-    """One network namespace with its loopback up and IPv6 off (router solicitations would disturb what is measured)."""
+    """One network namespace with its loopback up and IPv6 off (router solicitations would disturb measurements)."""
 
     def __init__(self, name):
         self.name = name

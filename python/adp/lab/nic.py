@@ -1,4 +1,4 @@
-"""One interface of the bench, spoken to in raw bytes.
+"""One interface of the bench: raw frames are sent and received on it.
 
 The kernel takes an outermost 0x8100 or 0x88a8 tag out of a frame and reports it beside the frame; it is put back
 here, so that a received frame is byte for byte what was on the cable.
@@ -27,7 +27,7 @@ ANCILLARY_BYTES = socket.CMSG_SPACE(AUXDATA.size)
 
 
 def with_tag_restored(frame, ancillary):
-    """The frame as it was on the cable, given what the kernel reported beside it."""
+    """The frame as it was on the cable, from the frame and its ancillary data."""
     for level, kind, data in ancillary:
         if (level, kind) != (SOL_PACKET, PACKET_AUXDATA) or len(data) < AUXDATA.size:
             continue
@@ -41,7 +41,7 @@ def with_tag_restored(frame, ancillary):
 class Nic:
     """An interface that is up and listened to from now on; frames wait in the socket until they are asked for.
 
-    With `outgoing` it hears what the interface sends as well.
+    With `outgoing` it also receives the frames that the interface sends.
     """
 
     def __init__(self, namespace, interface, outgoing=False):
@@ -50,7 +50,7 @@ class Nic:
         with namespace.entered():
             disable_offloads(interface)
             # Bound to its interface first and to all protocols last: a socket that hears everything before it is
-            # bound would hear other interfaces too.
+            # bound would receive those of other interfaces too.
             self._socket = socket.socket(socket.AF_PACKET, socket.SOCK_RAW, 0)
             self._socket.setsockopt(SOL_PACKET, PACKET_AUXDATA, 1)
             self._socket.setsockopt(SOL_PACKET, PACKET_IGNORE_OUTGOING, int(not outgoing))
@@ -63,7 +63,7 @@ class Nic:
 
     def send(self, frame):
         """Sends exactly these bytes."""
-        # That the interface was down some time ago is not this frame's problem: reading the error clears it.
+        # The interface may have been down before; reading that error clears it.
         self._socket.getsockopt(socket.SOL_SOCKET, socket.SO_ERROR)
         sent = self._socket.send(frame)
         assert sent == len(frame), f"{self.interface} sent {sent} of {len(frame)} bytes"

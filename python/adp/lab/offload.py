@@ -19,7 +19,7 @@ class _InterfaceRequest(ctypes.Structure):
 
 
 def disable_offloads(interface):
-    """Acts in the calling thread's namespace. What a kernel's interface does not know stays as it is."""
+    """Acts in the calling thread's namespace. Settings that the interface does not have are ignored."""
     with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as handle:
         for command in SET_COMMANDS:
             value = _EthtoolValue(command, 0)

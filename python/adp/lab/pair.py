@@ -1,4 +1,4 @@
-"""Two devices joined by cables, each with hosts of its own: what a frame must pass to get from one side to the other.
+"""Two devices joined by cables, each with hosts of its own.
 
     with Pair({5}, {7}, cables=[(1, 11), (2, 12)]) as pair:
         pair.near.hosts[5].send(frame)
@@ -47,5 +47,5 @@ class Pair:
             )
 
     def arrivals(self, marker):
-        """What has reached the hosts of the near side and of the far side, as two answers of Lab.arrivals()."""
+        """The frames at the hosts of the near and of the far side, as two answers of Lab.arrivals()."""
         return arrivals(self.labs, marker)

@@ -1,5 +1,5 @@
-"""What went wrong on the bench, as a sentence for the person in front of it."""
+"""The error of the bench."""
 
 
 class LabError(Exception):
-    """The bench cannot be set up or does not answer. The text is a sentence that a person understands."""
+    """The bench cannot be set up or does not answer. The text is a sentence for the user."""

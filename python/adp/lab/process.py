@@ -1,4 +1,4 @@
-"""Processes of the bench: started so that they cannot outlive it, stopped within a bounded time."""
+"""Processes of the bench: they end when it ends, and are stopped within a bounded time."""
 
 import os
 import select
@@ -16,7 +16,7 @@ def tied(command):
 
 
 def stop(process, grace=GRACE_SECONDS):
-    """Ends one process: its input closed, then asked, then forced. Returns its exit status."""
+    """Ends a process: closes its input, then sends SIGTERM, then SIGKILL. Gives its exit status."""
     if process.stdin:
         try:
             process.stdin.close()
@@ -36,18 +36,18 @@ def stop(process, grace=GRACE_SECONDS):
 
 
 class LineReader:
-    """Reads a process's output line by line with a deadline (a plain readline could wait for ever)."""
+    """Reads a process's output line by line with a deadline."""
 
     def __init__(self, stream):
         self._fd = stream.fileno()
         self._pending = b""
 
     def has_line(self):
-        """Whether line() has something to tell at once: a line, or that the speaker has ended."""
+        """Whether line() returns at once, with a line or because the process has ended."""
         return b"\n" in self._pending or bool(select.select([self._fd], [], [], 0)[0])
 
     def line(self, seconds, what):
-        """The next line without its end. `what` names the speaker in the error when none comes."""
+        """The next line without its end. `what` names the process in the error if none comes."""
         deadline = time.monotonic() + seconds
         while b"\n" not in self._pending:
             remaining = deadline - time.monotonic()
@@ -63,7 +63,7 @@ class LineReader:
 
 
 def poll_until(condition, seconds, what, pause=0.02):
-    """Calls `condition` until it gives something true, and returns that; a sentence naming `what` at the deadline."""
+    """Calls `condition` until its value is true, and returns that; at the deadline an error that names `what`."""
     deadline = time.monotonic() + seconds
     while True:
         value = condition()

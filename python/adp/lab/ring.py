@@ -20,7 +20,7 @@ from .process import LineReader, stop
 
 DEVICES = 3
 HOST = 1
-# Each device's cable from the one before it, and to the one behind it.
+# Each device's cable to the one before it, and to the one after it.
 BEFORE, BEHIND = 2, 3
 RING_PORTS = (BEFORE, BEHIND)
 LINE_SECONDS = 20.0
@@ -54,7 +54,7 @@ class Ring:
         return [lab.hosts[HOST] for lab in self.labs]
 
     def mac(self):
-        """A unicast address that no other frame of this bench has used: the labs count each for itself, so one does."""
+        """A unicast address that no other frame of this bench has used. One lab makes all of them."""
         return self.labs[0].mac()
 
     def pull(self, at):
@@ -74,13 +74,13 @@ class Ring:
         return arrivals(self.labs, marker)
 
     def frames_on_cables(self):
-        """How many frames all devices together have taken from the ring's cables."""
+        """How many frames all devices together have received on the ring's cables."""
         rows = (row for lab in self.labs for row in lab.device.control("ports")["ports"])
         return sum(row["rx_frames"] for row in rows if row["port"] in RING_PORTS)
 
 
 class RingProgram:
-    """A running ring_protection, which tells each change in a line."""
+    """A running ring_protection, which prints a line for each change."""
 
     def __init__(self, device, build, role):
         self._process = device.popen(
@@ -93,7 +93,7 @@ class RingProgram:
         self._name = f"ring_protection on {device.name}"
 
     def line(self):
-        """The next thing that it tells."""
+        """Its next line."""
         return self._lines.line(LINE_SECONDS, self._name)
 
     def has_line(self):
@@ -105,7 +105,7 @@ class RingProgram:
         return self.line(), self.wait()
 
     def wait(self):
-        """Exit status of the program, which is about to end."""
+        """Waits for the program's end; gives its exit status."""
         return self._process.wait(LINE_SECONDS)
 
     def kill_watcher(self):

@@ -1,4 +1,4 @@
-"""Rules of the field processor: records as adpsh takes them, and where in the chip the library puts them."""
+"""Rules of the field processor: records for adpsh, and their entries in the chip."""
 
 from typing import NamedTuple
 
@@ -13,7 +13,7 @@ WIDE_GROUPS = (1, 5)
 
 
 class Place(NamedTuple):
-    """A rule's key and the first of the device's entries that it takes."""
+    """A rule's key and the first of its entries in the device."""
 
     submodule: int
     entity: int
@@ -26,7 +26,7 @@ class Place(NamedTuple):
 
 
 def places_of(row):
-    """The rules that a submodule is meant to have; where its place in the group is negative, they begin later."""
+    """The rules of a submodule. If its base in the group is negative, the first ones have no entry and are left out."""
     width = 2 if row["group"] in WIDE_GROUPS else 1
     first = max(0, -row["prio_base"])
     for entity in range(first, first + row["entries"]):
@@ -35,7 +35,7 @@ def places_of(row):
 
 
 def distinct_places(table, count):
-    """So many rules on distinct entries, of all submodules of the library's table, or as many as there are."""
+    """`count` rules with distinct entries, of all submodules of the library's table; fewer if it has no more."""
     chosen, taken = [], set()
     for row in table:
         for place in places_of(row):
@@ -77,9 +77,9 @@ class RuleText:
     def record(self, submodule, entity, qualifiers=(), actions=(), priority=0):
         """A rule of (type, data[, mask]) and (type[, parameter[, second parameter]]) tuples."""
         conditions = [self.qualifier(*each) for each in qualifiers]
-        deeds = [self.action(*each) for each in actions]
+        effects = [self.action(*each) for each in actions]
         return (
             f"{{submodule_type={submodule} entity_id={entity} priority={priority}"
-            f" qualify_num={len(conditions)} action_num={len(deeds)}"
-            f" qualifies={listed(conditions)} actions={listed(deeds)}}}"
+            f" qualify_num={len(conditions)} action_num={len(effects)}"
+            f" qualifies={listed(conditions)} actions={listed(effects)}}}"
         )

@@ -1,4 +1,4 @@
-"""adpsh on the device's CPU as something to call: one line in, one record out."""
+"""adpsh on the device's CPU: a line in, a record out."""
 
 import json
 import select
@@ -23,32 +23,32 @@ class Shell:
         self._lines = LineReader(self._process.stdout)
 
     def ask(self, line, seconds=ANSWER_SECONDS):
-        """Runs one line and gives its record as the shell wrote it, be it a result or an error."""
+        """Runs a line; gives its record, a result or an error."""
         self.begin(line)
         return self.finish(seconds)
 
     def begin(self, line):
-        """Hands over one line without waiting for its record."""
+        """Sends a line without waiting for its record."""
         self._asked = line
         try:
             self._process.stdin.write(line.encode() + b"\n")
             self._process.stdin.flush()
         except BrokenPipeError:
-            raise LabError(f"adpsh is gone and cannot be asked '{line}'. {self._error_text()}") from None
+            raise LabError(f"adpsh has ended and cannot be asked '{line}'. {self._error_text()}") from None
 
     def has_answered(self, seconds):
         """Whether a record comes within this time; finish() takes it."""
         return bool(select.select([self._process.stdout], [], [], seconds)[0])
 
     def finish(self, seconds=ANSWER_SECONDS):
-        """The record of the line handed over last."""
+        """The record of the last line."""
         try:
             return json.loads(self._lines.line(seconds, f"adpsh, asked '{self._asked}',"))
         except LabError as problem:
             raise LabError(f"{problem} {self._error_text()}") from None
 
     def call(self, line):
-        """Runs one line that the shell must understand."""
+        """Runs a line; a record with an error is an error."""
         answer = self.ask(line)
         if "error" in answer:
             raise LabError(f"adpsh refused '{line}': {answer['error']}")

@@ -1,4 +1,4 @@
-"""The example program igmp_snooping as the bench runs it: it tells each change of a group's listeners in a line."""
+"""The example program igmp_snooping on the bench. It prints a line for each change of a group's listeners."""
 
 import subprocess
 
@@ -7,7 +7,7 @@ from .problem import LabError
 from .process import LineReader, stop
 
 LINE_SECONDS = 10.0
-# A bench's hosts say more than what is waited for, above all when IPv6 is on.
+# Lines about other groups come in between, above all with IPv6.
 MOST_LINES = 1000
 
 
@@ -25,7 +25,7 @@ class SnoopingProgram:
         self.await_line("ready")
 
     def await_line(self, wanted):
-        """Passes over the lines in front of this one."""
+        """Skips the lines before this one."""
         seen = []
         while len(seen) < MOST_LINES:
             try:
@@ -44,7 +44,7 @@ class SnoopingProgram:
         return self._process.poll() is None
 
     def end(self):
-        """Lets the program tidy up, unless it has ended already; gives its exit status."""
+        """Lets the program clean up, unless it has ended already; gives its exit status."""
         if not self._process.stdin.closed:
             self._process.stdin.close()
             self.await_line("ended")

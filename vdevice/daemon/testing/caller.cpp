@@ -1,4 +1,4 @@
-// For the daemon's test: a management program that makes the calls named on its command line and prints their results.
+// For the daemon's tests: a management program that makes the call named on its command line and prints its result.
 #include <time.h>
 #include <unistd.h>
 

@@ -1,7 +1,4 @@
-/**
- * @file remote_test.h
- * What the tests of client and server share: a folder, a server's loop, a small device, a client without manners.
- */
+// What the tests of client and server share: a folder, a server's loop, a small device, a client that sends anything.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -68,7 +65,7 @@ class Loop {
     std::thread thread_;
 };
 
-/** A client without manners, to send what a real one would not. */
+/** A client that sends what a real one would not. */
 class RawClient {
   public:
     explicit RawClient(const std::string &path) : socket_(socket(AF_UNIX, SOCK_STREAM, 0)) {
@@ -143,14 +140,28 @@ inline int32_t create_vlan(Client &client, uint32_t vid) {
     return client.call(calls::CallId::user_vlan_create, arguments);
 }
 
+/** Carries out two calls. The created VLAN is the status, so that a test sees what arrived. */
 class VlanOnly : public DriverCalls {
   public:
-    int32_t user_vlan_create(uint32_t, uint32_t, uint32_t vid) override { return static_cast<int32_t>(vid); }
-    int32_t log_line(int32_t level, int32_t, const char *word, const char *text) override {
-        logged = std::string(word) + ": " + text;
-        return level;
+    VlanOnly() {
+        sections_.vlans = std::make_unique<Vlans>();
+        sections_.services = std::make_unique<Services>(logged);
     }
+
     std::string logged;
+
+  private:
+    struct Vlans : VlansCalls {
+        chip::Status user_vlan_create(uint32_t vid) override { return static_cast<chip::Status>(vid); }
+    };
+    struct Services : ServicesCalls {
+        explicit Services(std::string &logged_to) : logged{logged_to} {}
+        int32_t log_line(int32_t level, int32_t, const char *word, const char *text) override {
+            logged = std::string(word) + ": " + text;
+            return level;
+        }
+        std::string &logged;
+    };
 };
 
 }  // namespace vdevice::remote

@@ -1,0 +1,188 @@
+// The library and the model, call by call.
+#include "tests/differential/comparison.h"
+
+#include <string_view>
+
+#include "tests/differential/arguments.h"
+#include "tests/differential/call_text.h"
+#include "tests/differential/driver.h"
+#include "tests/differential/effects.h"
+#include "tests/differential/reference_table.h"
+#include "tests/differential/system_faults.h"
+#include "tests/differential/table_compare.h"
+#include "tests/support/fake_system.h"
+#include "tests/support/trace_file.h"
+#include "tests/support/trace_text.h"
+#include "tools/adpsh/events.h"
+#include "tools/adpsh/table.h"
+
+// The shell's generated table hands events here.
+namespace adpsh {
+
+int32_t report_event(const Callback &callback, const void *const *arguments) {
+    std::string text = callback.name;
+    for (size_t index = 0; index < callback.parameters.size(); ++index) {
+        const Parameter &parameter = callback.parameters[index];
+        text += " " + trace_text::words(arguments[index], parameter.count * parameter.type.size);
+    }
+    return differential::driver().answer_event(text);
+}
+
+}  // namespace adpsh
+
+namespace differential {
+namespace {
+
+std::string_view falsified;
+
+}  // namespace
+
+void falsify(const char *call) {
+    falsified = call;
+}
+
+struct Comparison::State {
+    explicit State(std::FILE *to) : trace(to) {
+        for (fake_system::System *system : {&library_system, &model_system}) {
+            system->on_call([system](const std::string &line) { note_system_call(*system, line); });
+            clear_faults(*system);
+        }
+    }
+
+    template <typename Invoke>
+    Effects run(fake_system::System &system, const Step &step, Invoke invoke) {
+        Effects effects;
+        driver().start(step.seed);
+        if (step.values.empty()) {
+            set_faults(system, step.seed, number);
+        }
+        fake_system::active = &system;
+        effects.result = invoke();
+        fake_system::active = nullptr;
+        clear_faults(system);
+        effects.notes = driver().notes();
+        effects.lines = driver().lines();
+        effects.out = out.take();
+        effects.err = err.take();
+        return effects;
+    }
+
+    [[nodiscard]] std::string compare(const Arguments &library_arguments, const Arguments &model_arguments,
+                                      const Effects &library, const Effects &model) const;
+    [[nodiscard]] std::string compare_resources() const;
+    void write_trace(const std::string &line, const Arguments &arguments, const Effects &effects) const;
+
+    std::FILE *trace;
+    Capture out{&stdout};
+    Capture err{&stderr};
+    fake_system::System library_system;
+    fake_system::System model_system;
+    uint32_t number = 0;
+    bool describes = false;
+    uint64_t imported_calls = 0;
+    std::vector<std::string> lines;
+    Difference difference;
+};
+
+std::string Comparison::State::compare(const Arguments &library_arguments, const Arguments &model_arguments,
+                                       const Effects &library, const Effects &model) const {
+    if (library.notes != model.notes) {
+        return "the calls they made";
+    }
+    if (!is_same_result(library_arguments.call(), library.result, model.result)) {
+        return "the result: library " + result_text(library.result) + ", model " + result_text(model.result);
+    }
+    if (const char *name = library_arguments.difference(model_arguments)) {
+        return "'" + std::string(name) + "' after the call: library" + outputs_text(library_arguments) + ", model" +
+               outputs_text(model_arguments);
+    }
+    if (!is_same_text(library.out, model.out) || !is_same_text(library.err, model.err)) {
+        return "the printed text: library \"" + library.out + library.err + "\", model \"" + model.out + model.err +
+               "\"";
+    }
+    const std::string resources = compare_resources();
+    return resources.empty() ? table_difference() : resources;
+}
+
+std::string Comparison::State::compare_resources() const {
+    if (library_system.outstanding_allocations() == model_system.outstanding_allocations() &&
+        library_system.open_descriptors() == model_system.open_descriptors()) {
+        return "";
+    }
+    const auto text_of = [](const fake_system::System &system) {
+        return std::to_string(system.outstanding_allocations()) + " allocations and " +
+               std::to_string(system.open_descriptors()) + " descriptors";
+    };
+    return "the resources they hold: library " + text_of(library_system) + ", model " + text_of(model_system);
+}
+
+void Comparison::State::write_trace(const std::string &line, const Arguments &arguments, const Effects &effects) const {
+    std::fprintf(trace, "%s\n", line.c_str());
+    for (const std::string &each : effects.lines) {
+        std::fprintf(trace, "    %s\n", trace_file::portable(each).c_str());
+    }
+    const bool is_address = arguments.call().result == adpsh::ResultKind::kRecord;
+    const std::string result = is_address ? (effects.result.address != nullptr ? "an address" : "null")
+                                          : std::to_string(static_cast<int32_t>(effects.result.number));
+    std::fprintf(trace, "= %s%s\n", result.c_str(), outputs_text(arguments).c_str());
+    for (const std::string &text : {effects.out, effects.err}) {
+        if (!text.empty()) {
+            std::fprintf(trace, "> %s\n", text.c_str());
+        }
+    }
+}
+
+Comparison::Comparison(std::FILE *trace) : state_(std::make_unique<State>(trace)) {}
+
+Comparison::~Comparison() = default;
+
+void Comparison::describe() {
+    state_->describes = true;
+}
+
+const std::vector<std::string> &Comparison::lines() const {
+    return state_->lines;
+}
+
+uint64_t Comparison::imported_calls() const {
+    return state_->imported_calls;
+}
+
+const Difference &Comparison::difference() const {
+    return state_->difference;
+}
+
+bool Comparison::run(const Step &step) {
+    const adpsh::Call &call = adpsh::calls()[step.call];
+    const Model &reference = models()[step.call];
+    State &state = *state_;
+    const bool is_described = state.describes || state.trace != nullptr;
+    const Arguments library_arguments(call, step.seed, step.values);
+    const Arguments model_arguments(call, step.seed, step.values);
+    const std::string line = is_described ? trace_line(library_arguments) : "";
+    driver().describe(is_described);
+    ++state.number;
+    const Effects model =
+        state.run(state.model_system, step, [&] { return reference.invoke(model_arguments.pointers()); });
+    Effects library = state.run(state.library_system, step, [&] { return call.invoke(library_arguments.pointers()); });
+    state.imported_calls += driver().count();
+    if (falsified == call.name) {
+        library.result.number ^= 1;
+    }
+    state.lines = library.lines;
+    if (state.trace != nullptr) {
+        state.write_trace(line, library_arguments, library);
+    }
+    const std::string what = state.compare(library_arguments, model_arguments, library, model);
+    if (what.empty()) {
+        return true;
+    }
+    state.difference = {what, library.lines, model.lines};
+    return false;
+}
+
+std::string Comparison::script(const Step &step) {
+    return script_line(Arguments(adpsh::calls()[step.call], step.seed, step.values));
+}
+
+}  // namespace differential

@@ -1,0 +1,81 @@
+// Egress queues and shapers.
+#include "platform/netlink_api.h"
+#include "tests/differential/reference/tables.h"
+
+namespace reference {
+namespace {
+
+uint32_t mask_of(uint32_t intf) {
+    return intf < 32 ? 1u << intf : 0;
+}
+
+}  // namespace
+
+adp_status_t adp_qos_init() {
+    const int32_t result = user_cosq_config_set(0, 0, 8);
+    user_qos_default_cos_src_init();
+    user_qos_remark_inner_tag_src_init();
+    user_qos_trust_sel_group_init();
+    user_field_meter_ifg_exclude_init();
+    user_qos_cpu_weight_init();
+    return or_102(result);
+}
+
+adp_status_t adp_set_port_queue_sch_mode(adp_intf_t intf, uint32_t mode) {
+    if (mode == 3) {
+        return 501;
+    }
+    return on_port_only(intf, [&](int32_t /*port*/) {
+        const uint32_t weights[8] = {};
+        return user_cosq_port_sched_set(0, 0, mask_of(intf), mode, weights, 0);
+    });
+}
+
+adp_status_t adp_set_queue_weight_pri(adp_intf_t intf, uint32_t value, uint32_t select, adp_queue_weights_t weights) {
+    return on_port_only(intf, [&](int32_t /*port*/) {
+        if ((select & 0xFF) != 0) {
+            return user_cosq_port_mapping_set(0, 0, static_cast<int32_t>(mask_of(intf)), weights.weight[0], value);
+        }
+        uint32_t mode = 0;
+        uint32_t delay = 0;
+        const int32_t result = user_cosq_port_sched_get(0, 0, mask_of(intf), &mode, weights.weight, &delay);
+        return result != 0 ? result : user_cosq_port_sched_set(0, 0, mask_of(intf), mode, weights.weight, delay);
+    });
+}
+
+adp_status_t adp_cosq_sched_set(uint32_t a, uint32_t b, uint32_t c, uint32_t d) {
+    user_qos_schedule_set(a, b, c, d);
+    return 0;
+}
+
+adp_status_t adp_cosq_sched_get(uint32_t a, uint32_t b, uint32_t *out, uint32_t d) {
+    *out = 0;
+    user_qos_schedule_get(a, b, out, d);
+    return 0;
+}
+
+adp_status_t adp_set_port_egress_shaper(adp_intf_t intf, uint32_t rate, uint32_t burst) {
+    return on_port_only(intf, [&](int32_t port) { return user_port_egress_rate_set(0, 0, port, rate, burst); });
+}
+
+adp_status_t adp_get_port_egress_shaper(adp_intf_t intf, uint32_t *rate, uint32_t *burst) {
+    return on_port_only(intf, [&](int32_t port) { return user_port_egress_rate_get(0, 0, port, rate, burst); });
+}
+
+adp_status_t adp_set_queue_drop_method() {
+    return 0;
+}
+
+adp_status_t adp_set_queue_wred_drop_probability() {
+    return 0;
+}
+
+adp_status_t adp_set_queue_shaper() {
+    return 0;
+}
+
+adp_status_t adp_get_queue_shaper() {
+    return 0;
+}
+
+}  // namespace reference

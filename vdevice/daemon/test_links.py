@@ -1,0 +1,98 @@
+"""The ports' links: cables, hosts, interfaces, and those who watch them."""
+import select
+import subprocess
+import time
+
+from testing.daemon import BROADCAST, DEADLINE, PAYLOAD, Control, carrier, station, wait_until
+
+
+def test_a_pulled_cable_passes_nothing_until_it_is_plugged(device):
+    one, two = device.nics("host1", "host2")
+    assert device.control("pull", "2").returncode == 0
+    assert not carrier("host2")
+    assert device.port(2)["pulled"] and not device.port(2)["up"]
+    one.send(BROADCAST + station(1) + PAYLOAD)
+    wait_until(lambda: device.counters(1)["rx_frames"] == 1, "the frame to be taken")
+    assert device.counters(2)["tx_frames"] == 0
+    assert device.control("plug", "2").returncode == 0
+    wait_until(lambda: device.port(2)["up"] and carrier("host2"), "the link")
+    one.send(BROADCAST + station(1) + PAYLOAD)
+    assert two.receive() == BROADCAST + station(1) + PAYLOAD
+
+
+def test_a_disabled_ports_host_loses_its_carrier(device):
+    one, two = device.nics("host1", "host2")
+    assert device.call("enable", 24, 0) == "0"
+    assert not carrier("host2")
+    assert not device.port(2)["up"]
+    assert device.control("pull", "2").returncode == 0
+    assert device.call("enable", 24, 1) == "0"
+    assert not carrier("host2"), "its cable is out"
+    assert device.control("plug", "2").returncode == 0
+    wait_until(lambda: device.port(2)["up"] and carrier("host2"), "the link")
+    one.send(BROADCAST + station(1) + PAYLOAD)
+    assert two.receive() == BROADCAST + station(1) + PAYLOAD
+
+
+def test_a_host_going_down_takes_its_link_along(device):
+    device.nics("host3")
+    subprocess.run(["ip", "link", "set", "host3", "down"], check=True)
+    wait_until(lambda: not device.port(3)["link"], "the link to go")
+    assert device.port(3)["present"]
+
+
+def test_an_interface_that_vanishes_may_come_back(device):
+    device.nics("host3")
+    subprocess.run(["ip", "link", "del", "host3"], check=True)
+    wait_until(lambda: not device.port(3)["present"], "the interface to be missed")
+    subprocess.run(["ip", "link", "add", "port3", "type", "veth", "peer", "name", "host3"], check=True)
+    one, three = device.nics("host1", "host3")
+    one.send(BROADCAST + station(1) + PAYLOAD)
+    assert three.receive() == BROADCAST + station(1) + PAYLOAD
+
+
+class Watcher:
+    """A process that has registered with the link scan."""
+
+    def __init__(self, device):
+        self.process = subprocess.Popen(**device.calling("watch"), stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+        assert self.process.stdout.readline() == "0\n"
+
+    def next_change(self):
+        """When it was told, and what: port, speed, duplex, fault, link."""
+        assert select.select([self.process.stdout], [], [], DEADLINE)[0]
+        words = self.process.stdout.readline().split()
+        return float(words[0]), [int(word) for word in words[2:]]
+
+    def stop(self):
+        self.process.communicate("", timeout=DEADLINE)
+
+
+def test_link_changes_are_told_within_a_tenth_of_a_second(device):
+    device.nics("host2")
+    watcher, control = Watcher(device), Control(device)
+
+    def after(action, *changes):
+        """The slowest of the changes that follow an action, in seconds."""
+        begin = time.monotonic()
+        action()
+        told = [watcher.next_change() for _ in changes]
+        assert [change for _, change in told] == list(changes)
+        return max(when for when, _ in told) - begin
+
+    def say(line):
+        control.say(line)
+        assert control.hear() == {}
+
+    down, up = [24, 1000, 1, 2, 0], [24, 1000, 1, 0, 1]
+    times = []
+    for _ in range(5):
+        times.append(after(lambda: say(b'{"command": "pull", "port": 2}\n'), down))
+        times.append(after(lambda: say(b'{"command": "plug", "port": 2}\n'), up))
+    assert sorted(times)[len(times) // 2] < 0.1, times
+    host = ["ip", "link", "set", "host2"]
+    after(lambda: subprocess.run([*host, "down"], check=True), [24, 1000, 1, 1, 0])
+    after(lambda: subprocess.run([*host, "up"], check=True), up)
+    after(lambda: device.call("enable", 24, 0), [24, 1000, 1, 3, 0])
+    after(lambda: device.call("enable", 24, 1), up)
+    watcher.stop()

@@ -1,0 +1,150 @@
+"""The daemon under test, hosts on its cables, and clients of its control socket."""
+import json
+import os
+import select
+import signal
+import socket
+import struct
+import subprocess
+import time
+
+import pytest
+
+PROGRAMS = os.environ["VDEVICE_PROGRAMS"]
+DEADLINE = 10.0
+ALL_PROTOCOLS = 0x0003
+PACKET_AUXDATA = 8
+PACKET_IGNORE_OUTGOING = 23
+VLAN_VALID, TPID_VALID = 0x10, 0x40
+BROADCAST = b"\xff" * 6
+PAYLOAD = b"\x08\x00" + bytes(range(46))
+
+
+def station(number):
+    return bytes([2, 0, 0, 0, 0, number])
+
+
+def tag(tpid, tci):
+    return struct.pack(">HH", tpid, tci)
+
+
+def datagram(length=46, tos=0):
+    """From its type on, with a good header checksum."""
+    header = struct.pack(">BBHHHBBHII", 0x45, tos, length, 0, 0, 64, 17, 0, 0x0A000001, 0x0A000002)
+    total = sum(struct.unpack(">10H", header))
+    checksum = 0xFFFF - (total % 0xFFFF)
+    return b"\x08\x00" + header[:10] + struct.pack(">H", checksum) + header[12:] + bytes(length - 20)
+
+
+def wait_until(condition, what):
+    """Polls, because the kernel tells of links when it likes; fails at the deadline."""
+    end = time.monotonic() + DEADLINE
+    while time.monotonic() < end:
+        if condition():
+            return
+        time.sleep(0.01)
+    pytest.fail(f"waited {DEADLINE} s for {what}")
+
+
+def interfaces():
+    return {link["ifname"] for link in json.loads(subprocess.check_output(["ip", "-j", "link"]))}
+
+
+def carrier(interface):
+    link, = json.loads(subprocess.check_output(["ip", "-j", "link", "show", interface]))
+    return "LOWER_UP" in link["flags"]
+
+
+class Nic:
+    """A raw socket on a host's end of a cable."""
+
+    def __init__(self, interface):
+        subprocess.run(["ip", "link", "set", interface, "up"], check=True)
+        self.socket = socket.socket(socket.AF_PACKET, socket.SOCK_RAW, 0)
+        self.socket.setsockopt(socket.SOL_PACKET if hasattr(socket, "SOL_PACKET") else 263, PACKET_AUXDATA, 1)
+        self.socket.setsockopt(263, PACKET_IGNORE_OUTGOING, 1)
+        self.socket.bind((interface, ALL_PROTOCOLS))
+
+    def send(self, frame):
+        self.socket.send(frame)
+
+    def receive(self, deadline=DEADLINE):
+        """The next frame with its outer tag in place, or None when none comes in time."""
+        if not select.select([self.socket], [], [], deadline)[0]:
+            return None
+        frame, controls, _, _ = self.socket.recvmsg(10000, 256)
+        for _, kind, data in controls:
+            if kind == PACKET_AUXDATA:
+                status, _, _, _, _, tci, tpid = struct.unpack("=IIIHHHH", data[:20])
+                if status & VLAN_VALID:
+                    frame = frame[:12] + tag(tpid if status & TPID_VALID else 0x8100, tci) + frame[12:]
+        return frame
+
+
+def count_frames(nic):
+    count = 0
+    while nic.receive(0.2) is not None:
+        count += 1
+    return count
+
+
+class Device:
+    def __init__(self, run_dir, *options):
+        self.run_dir = run_dir
+        self.process = subprocess.Popen([f"{PROGRAMS}/vdeviced", "--run-dir", run_dir, *options],
+                                        stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+
+    def wait_ready(self):
+        assert self.process.stdout.readline() == "vdeviced: ready\n", self.process.stderr.read()
+
+    def stop(self):
+        self.process.send_signal(signal.SIGTERM)
+        _, errors = self.process.communicate(timeout=DEADLINE)
+        assert errors == ""
+        return self.process.returncode
+
+    def control(self, *words):
+        return subprocess.run([f"{PROGRAMS}/vdevctl", "--run-dir", self.run_dir, *words], capture_output=True,
+                              text=True, timeout=DEADLINE)
+
+    def ask(self, *words):
+        result = self.control("--json", *words)
+        assert result.returncode == 0, result.stderr
+        return json.loads(result.stdout)
+
+    def calling(self, *words):
+        """Arguments for a process of its own that makes a driver call, as a management program would."""
+        return {"args": [f"{PROGRAMS}/vdevice_test_caller", *map(str, words)], "text": True,
+                "env": {**os.environ, "VDEVICE_DIR": self.run_dir}}
+
+    def call(self, *words):
+        return subprocess.check_output(**self.calling(*words), timeout=DEADLINE).strip()
+
+    def port(self, number):
+        return next(port for port in self.ask("ports")["ports"] if port["port"] == number)
+
+    def counters(self, number):
+        return next(row for row in self.ask("counters")["counters"] if row["port"] == number)
+
+    def nics(self, *interfaces):
+        nics = [Nic(interface) for interface in interfaces]
+        for interface in interfaces:
+            number = 0 if interface == "eth0" else int(interface.removeprefix("host"))
+            wait_until(lambda number=number: self.port(number)["up"], f"{interface}'s link")
+        return nics
+
+
+class Control:
+    """A client of the control socket that sends what it likes."""
+
+    def __init__(self, device):
+        self.socket = socket.socket(socket.AF_UNIX)
+        self.socket.settimeout(DEADLINE)
+        self.socket.connect(device.run_dir + "/control")
+        self.reader = self.socket.makefile("r")
+
+    def say(self, octets):
+        self.socket.sendall(octets)
+
+    def hear(self):
+        return json.loads(self.reader.readline())

@@ -1,0 +1,34 @@
+// Lists and switches as text.
+#include "vdevice/inspect/text.h"
+
+#include <nlohmann/json.hpp>
+
+namespace vdevice::inspect {
+
+std::string joined(const std::vector<std::string> &parts, const char *separator) {
+    std::string text;
+    const char *before = "";
+    for (const std::string &part : parts) {
+        text += before + part;
+        before = separator;
+    }
+    return text;
+}
+
+std::string numbers(const nlohmann::json &list) {
+    std::vector<std::string> parts;
+    for (const nlohmann::json &number : list) {
+        parts.push_back(number.dump());
+    }
+    return joined(parts, " ");
+}
+
+std::string on_or_off(const nlohmann::json &value) {
+    return value.get<bool>() ? "on" : "off";
+}
+
+std::string show_nothing(const nlohmann::json & /*answer*/) {
+    return {};
+}
+
+}  // namespace vdevice::inspect

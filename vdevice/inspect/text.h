@@ -1,0 +1,17 @@
+// Pieces of text that several subjects need.
+#pragma once
+
+#include <nlohmann/json_fwd.hpp>
+#include <string>
+#include <vector>
+
+namespace vdevice::inspect {
+
+std::string joined(const std::vector<std::string> &parts, const char *separator);
+/** A list of numbers with blanks between them. */
+std::string numbers(const nlohmann::json &list);
+std::string on_or_off(const nlohmann::json &value);
+/** The text of a subject that has nothing to show. */
+std::string show_nothing(const nlohmann::json &answer);
+
+}  // namespace vdevice::inspect

@@ -1,0 +1,23 @@
+// The run folder, which holds the device's sockets: how the daemon and the programs that talk to it find each other.
+#pragma once
+
+#include <unistd.h>
+
+#include <cstdlib>
+#include <string>
+
+namespace vdevice {
+
+inline std::string default_run_dir() {
+    const char *given = std::getenv("VDEVICE_DIR");
+    return given != nullptr && *given != '\0' ? given : "/tmp/vdevice-" + std::to_string(getuid());
+}
+
+inline std::string driver_socket(const std::string &run_dir) {
+    return run_dir + "/driver";
+}
+inline std::string control_socket(const std::string &run_dir) {
+    return run_dir + "/control";
+}
+
+}  // namespace vdevice
