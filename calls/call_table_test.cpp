@@ -34,9 +34,9 @@ TEST(CallTable, KnowsDirectionAndExtentOfParameters) {
     const auto members = calls::find_param(call, "members");
     ASSERT_TRUE(members);
     const auto &param = call.params[*members];
-    EXPECT_EQ(param.element.kind, Kind::U32);
+    EXPECT_EQ(param.element.kind, Kind::kU32);
     EXPECT_TRUE(param.element.is_ports);
-    EXPECT_EQ(param.direction, Direction::In);
+    EXPECT_EQ(param.direction, Direction::kIn);
     EXPECT_EQ(param.extent, 8u);
     EXPECT_EQ(calls::find_param(call, "nobody"), std::nullopt);
 }
@@ -44,7 +44,7 @@ TEST(CallTable, KnowsDirectionAndExtentOfParameters) {
 TEST(CallTable, KnowsTheLayoutOfAStructPassedByValue) {
     const auto &call = calls::call(CallId::user_mac_addr_add);
     const auto &param = call.params.back();
-    ASSERT_EQ(param.element.kind, Kind::Struct);
+    ASSERT_EQ(param.element.kind, Kind::kStruct);
     ASSERT_NE(param.element.layout, nullptr);
     EXPECT_EQ(param.element.layout->size, sizeof(adp_l2_entry_t));
     EXPECT_STREQ(param.element.layout->name, "adp_l2_entry_t");
@@ -64,7 +64,7 @@ TEST(CallTable, TakesABlocksExtentFromTheParameterThatCountsIt) {
             std::vector<const void *> arguments(call.params.size(), nullptr);
             for (const auto &[given, expected] : {std::pair(5, 5u), {0, 0u}, {-3, 0u}}) {
                 const int32_t number = given;
-                if (given < 0 && call.params[counter].element.kind != Kind::I32) {
+                if (given < 0 && call.params[counter].element.kind != Kind::kI32) {
                     continue;
                 }
                 arguments[counter] = &number;
@@ -81,11 +81,11 @@ TEST(CallTable, StoresAndLoadsEveryKindOfNumber) {
         calls::store(kind, memory.data(), value);
         return calls::load(kind, memory.data());
     };
-    EXPECT_EQ(round_trip(Kind::U8, 0x1FF), 0xFF);
-    EXPECT_EQ(round_trip(Kind::Char, 'x'), 'x');
-    EXPECT_EQ(round_trip(Kind::U16, 0x12345), 0x2345);
-    EXPECT_EQ(round_trip(Kind::U32, -1), 0xFFFFFFFF);
-    EXPECT_EQ(round_trip(Kind::I32, -1), -1);
-    EXPECT_EQ(round_trip(Kind::U64, 0x123456789ABCDEF0), 0x123456789ABCDEF0);
-    EXPECT_EQ(static_cast<uintptr_t>(round_trip(Kind::Word, -1)), UINTPTR_MAX);
+    EXPECT_EQ(round_trip(Kind::kU8, 0x1FF), 0xFF);
+    EXPECT_EQ(round_trip(Kind::kChar, 'x'), 'x');
+    EXPECT_EQ(round_trip(Kind::kU16, 0x12345), 0x2345);
+    EXPECT_EQ(round_trip(Kind::kU32, -1), 0xFFFFFFFF);
+    EXPECT_EQ(round_trip(Kind::kI32, -1), -1);
+    EXPECT_EQ(round_trip(Kind::kU64, 0x123456789ABCDEF0), 0x123456789ABCDEF0);
+    EXPECT_EQ(static_cast<uintptr_t>(round_trip(Kind::kWord, -1)), UINTPTR_MAX);
 }

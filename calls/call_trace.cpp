@@ -1,4 +1,4 @@
-// The call trace: stubs in the executable that hand each call on to the library that really defines it.
+// The call trace: stubs in the executable that forward each call to the library that defines it.
 #include "calls/call_trace.h"
 
 #include <dlfcn.h>
@@ -15,8 +15,7 @@
 #include "calls/stub.h"
 #include "platform/device_services.h"
 
-// The stubs are part of this object, so that whoever uses the trace gets all of them, wherever in the link line the
-// real libraries stand.
+// The stubs are part of this object, so that the linker takes all of them, whatever the order of the libraries.
 #include "generated/device_services_stubs.cpp"  // NOLINT(bugprone-suspicious-include)
 #include "generated/netlink_api_stubs.cpp"      // NOLINT(bugprone-suspicious-include)
 
@@ -37,7 +36,7 @@ void add(std::string line) {
     lines.push_back(std::move(line));
 }
 
-/** The definition behind the executable's own, or null. */
+/** The next definition after the executable's own, or null. */
 void *real_function(CallId id) {
     static std::array<void *, calls::kCallCount> functions{};
     const std::lock_guard guard(mutex);
@@ -54,7 +53,7 @@ void *real_function(CallId id) {
 int64_t hand_on(CallId id, const void *const *arguments) {
     void *function = real_function(id);
     if (function == nullptr) {
-        return calls::call(id).result == calls::Result::Text ? 0 : kNoSuchFunction;
+        return calls::call(id).result == calls::Result::kText ? 0 : kNoSuchFunction;
     }
     return calls::call_function(function, id, arguments);
 }
@@ -72,7 +71,7 @@ int64_t calls::forward_call(CallId id, const void *const *arguments) {
     if (!call_trace::enabled) {
         return call_trace::hand_on(id, arguments);
     }
-    // Described before and after: what a call reads may be what it writes.
+    // The arguments are described before the call, which may overwrite them.
     std::string line = describe_call(id, arguments);
     const int64_t result = call_trace::hand_on(id, arguments);
     call_trace::add(std::move(line) + " -> " + describe_result(id, arguments, result));

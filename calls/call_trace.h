@@ -1,9 +1,9 @@
 /**
  * @file call_trace.h
- * Watches the imported calls of a program: linked into the executable, it stands between libadp and the libraries that
- * libadp imports, hands every call on and, while enabled, keeps each as text with its result and outputs.
+ * Traces the imported calls of a program. Linked into the executable, it interposes on the libraries that libadp
+ * imports, forwards every call and, while enabled, stores each as text with its result and outputs.
  *
- * The executable has to export its symbols (ENABLE_EXPORTS), so that the loader finds these definitions first.
+ * The executable must export its symbols (ENABLE_EXPORTS), so that the loader finds these definitions first.
  */
 #pragma once
 

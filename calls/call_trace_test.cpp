@@ -1,4 +1,4 @@
-// The call trace as adpsh uses it: a library calls a driver library, and the program in between sees it.
+// The call trace as adpsh uses it: a library calls a driver library, and the program traces the calls.
 #include "calls/call_trace.h"
 
 #include <gmock/gmock.h>

@@ -1,5 +1,5 @@
-// Describes calls by walking the call table. Numbers are loaded element by element, so that neither byte order nor
-// word width of the machine shows.
+// Describes calls by the call table. Numbers are loaded element by element, so that the text does not depend on byte
+// order and word width.
 #include "calls/describe.h"
 
 #include <algorithm>
@@ -20,41 +20,16 @@ const uint8_t *byte_at(const void *base, size_t offset) {
     return static_cast<const uint8_t *>(base) + offset;
 }
 
-std::string number(Kind kind, const void *at) {
-    const int64_t value = load(kind, at);
-    switch (kind) {
-        case Kind::I32:
-            return std::to_string(value);
-        case Kind::Word:
-            return std::to_string(static_cast<uint32_t>(value));
-        default:
-            return std::to_string(static_cast<uint64_t>(value));
-    }
-}
-
 void append_hex(std::string &text, uint8_t byte) {
     text += kHexDigits[byte >> kNibbleBits];
     text += kHexDigits[byte & kNibbleMask];
-}
-
-void append_ports(std::string &text, const void *at, size_t words) {
-    text += '{';
-    const char *separator = "";
-    for (size_t port = 0; port < words * kWordBits; ++port) {
-        const auto word = static_cast<uint32_t>(load(Kind::U32, byte_at(at, port / kWordBits * sizeof(uint32_t))));
-        if ((word >> (port % kWordBits) & 1u) != 0) {
-            text += separator + std::to_string(port);
-            separator = ",";
-        }
-    }
-    text += '}';
 }
 
 bool is_zero(const void *at, size_t size) {
     return std::all_of(byte_at(at, 0), byte_at(at, size), [](uint8_t byte) { return byte == 0; });
 }
 
-/** Elements to show: all, or in a long block those up to the last that is not zero, but at least one. */
+/** Elements to show: all, or in a long block those up to the last nonzero one, but at least one. */
 size_t shown(const void *at, size_t count, size_t size) {
     if (count > kLongBlock) {
         while (count > 1 && is_zero(byte_at(at, (count - 1) * size), size)) {
@@ -74,7 +49,7 @@ void append_bytes(std::string &text, const void *at, size_t count) {
 }
 
 void append_array(std::string &text, const Element &element, const void *at, size_t count) {
-    const size_t size = element_size(element);
+    const size_t size = element.size;
     const size_t visible = shown(at, count, size);
     text += '[';
     for (size_t index = 0; index < visible; ++index) {
@@ -91,12 +66,12 @@ void append_chars(std::string &text, const void *at, size_t count) {
 
 void append_block(std::string &text, const Element &element, const void *at, size_t count) {
     if (element.is_ports) {
-        append_ports(text, at, count);
-    } else if (element.kind == Kind::Char) {
+        text += ports_text(at, count);
+    } else if (element.kind == Kind::kChar) {
         append_chars(text, at, count);
     } else if (count == 1) {
         append_element(text, element, at);
-    } else if (element.kind == Kind::U8) {
+    } else if (element.kind == Kind::kU8) {
         append_bytes(text, at, count);
     } else {
         append_array(text, element, at, count);
@@ -104,7 +79,7 @@ void append_block(std::string &text, const Element &element, const void *at, siz
 }
 
 void append_struct(std::string &text, const Struct &layout, const void *at) {
-    // A struct around nothing but a port set exists only to pass the set by value.
+    // A struct that holds only a port set passes the set by value.
     if (layout.fields.size() == 1 && layout.fields[0].element.is_ports) {
         append_block(text, layout.fields[0].element, at, layout.fields[0].count);
         return;
@@ -120,10 +95,10 @@ void append_struct(std::string &text, const Struct &layout, const void *at) {
 }
 
 void append_element(std::string &text, const Element &element, const void *at) {
-    if (element.kind == Kind::Struct) {
+    if (element.kind == Kind::kStruct) {
         append_struct(text, *element.layout, at);
     } else {
-        text += number(element.kind, at);
+        text += number_text(element.kind, at);
     }
 }
 
@@ -131,16 +106,15 @@ void append_element(std::string &text, const Element &element, const void *at) {
  * An event-queue message ends with the address of a record of four 16-bit numbers. The record is shown, since an
  * address says nothing and differs with each run.
  */
-void append_message(std::string &text, const void *at, size_t words) {
-    constexpr Element kWord{Kind::Word, false, nullptr};
-    constexpr Element kRecord{Kind::U16, false, nullptr};
+void append_message(std::string &text, const Element &word, const void *at, size_t words) {
     const auto *message = static_cast<const uintptr_t *>(at);
-    append_array(text, kWord, message, words - 1);
+    append_array(text, word, message, words - 1);
     text += ", record=";
     if (message[words - 1] == 0) {
         text += "null";
     } else {
-        append_array(text, kRecord, reinterpret_cast<const void *>(message[words - 1]), kEventRecordNumbers);
+        const auto *record = reinterpret_cast<const void *>(message[words - 1]);
+        append_array(text, kEventRecordNumber, record, kEventRecordNumbers);
     }
 }
 
@@ -149,10 +123,10 @@ void append_argument(std::string &text, const Call &call, size_t index, const vo
     const void *at = target(param, arguments[index]);
     text += std::string(param.name) + "=";
     if (at != nullptr && is_event_message(call, param)) {
-        append_message(text, at, param.extent);
+        append_message(text, param.element, at, param.extent);
     } else if (at == nullptr) {
         text += "null";
-    } else if (param.is_text) {
+    } else if (param.is_text()) {
         text += quoted(static_cast<const char *>(at));
     } else {
         append_block(text, param.element, at, extent(call, index, arguments));
@@ -174,19 +148,51 @@ std::string join_arguments(const Call &call, const void *const *arguments, Choic
 
 std::string result_text(Result kind, int64_t result) {
     switch (kind) {
-        case Result::I32:
-            return std::to_string(static_cast<int32_t>(result));
-        case Result::U32:
+        case Result::kNothing:
+            return "void";
+        case Result::kText:
+            return quoted(static_cast<const char *>(address_of(result)));
+        case Result::kU32:
             return std::to_string(static_cast<uint32_t>(result));
-        case Result::Text:
-            return quoted(reinterpret_cast<const char *>(static_cast<intptr_t>(result)));
-        case Result::Nothing:
-            break;
+        default:
+            return std::to_string(static_cast<int32_t>(result));
     }
-    return "void";
 }
 
 }  // namespace
+
+std::string number_text(Kind kind, const void *at) {
+    const int64_t value = load(kind, at);
+    switch (kind) {
+        case Kind::kI16:
+        case Kind::kI32:
+            return std::to_string(value);
+        case Kind::kWord:
+            return std::to_string(static_cast<uint32_t>(value));
+        default:
+            return std::to_string(static_cast<uint64_t>(value));
+    }
+}
+
+std::string ports_text(const void *at, size_t words) {
+    std::string text;
+    for (size_t port = 0; port < words * kWordBits; ++port) {
+        const int64_t word = load(Kind::kU32, byte_at(at, port / kWordBits * sizeof(uint32_t)));
+        if ((word >> (port % kWordBits) & 1) != 0) {
+            text += (text.empty() ? "" : ",") + std::to_string(port);
+        }
+    }
+    return "{" + text + "}";
+}
+
+std::string hex_text(const void *bytes, size_t count) {
+    std::string text;
+    text.reserve(2 * count);
+    for (size_t index = 0; index < count; ++index) {
+        append_hex(text, *byte_at(bytes, index));
+    }
+    return text;
+}
 
 std::string quoted(const char *text) {
     if (text == nullptr) {

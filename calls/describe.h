@@ -23,8 +23,17 @@ std::string describe_call(CallId id, const void *const *arguments);
  */
 std::string describe_result(CallId id, const void *const *arguments, int64_t result);
 
-/** A call of the variadic logger, with its format and the text that came of it. */
+/** A call of the variadic logger, with its format and the formatted text. */
 std::string describe_log(int32_t level, int32_t module, const char *word, const char *format, const char *text);
+
+/** A number as the kind of its element has it. */
+std::string number_text(Kind kind, const void *at);
+
+/** A port set: `{4,5}`. */
+std::string ports_text(const void *at, size_t words);
+
+/** Two hexadecimal digits for each byte. */
+std::string hex_text(const void *bytes, size_t count);
 
 /** Text in double quotes with C escapes, or null. */
 std::string quoted(const char *text);

@@ -1,4 +1,4 @@
-// Calls as text: each form of argument, and that word width and byte order do not show.
+// Calls as text: each form of argument, independent of word width and byte order.
 #include "calls/describe.h"
 
 #include <gtest/gtest.h>

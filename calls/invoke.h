@@ -1,6 +1,6 @@
 /**
  * @file invoke.h
- * The way back from collected arguments to a real call: the inverse of the stubs.
+ * Makes calls of arguments whose addresses were collected: the inverse of the stubs.
  */
 #pragma once
 
@@ -42,7 +42,7 @@ int64_t invoke(Object &object, const void *const *arguments) {
     return unpack(Method);
 }
 
-/** Calls a function, of which only the address is known, as one of the type @p Function points to. */
+/** Calls the function at an address; @p Function is a pointer to its type. */
 template <typename Function>
 int64_t invoke_function(void *function, [[maybe_unused]] const void *const *arguments) {
     const auto unpack = [&]<typename R, typename... P>(R (*typed)(P...)) {
@@ -53,6 +53,9 @@ int64_t invoke_function(void *function, [[maybe_unused]] const void *const *argu
     };
     return unpack(reinterpret_cast<Function>(function));
 }
+
+/** invoke_function() for some type of function. */
+using Invoker = int64_t (*)(void *function, const void *const *arguments);
 
 /** Calls @p function, which must have the type of the imported call @p id; that call must not be variadic. */
 int64_t call_function(void *function, CallId id, const void *const *arguments);

@@ -1,7 +1,7 @@
 /**
  * @file stub.h
- * What the generated stubs call. Every program that links stubs supplies its own forward_call(): the recording driver
- * writes the call down, the remote client sends it to the daemon, the call trace hands it on and describes it.
+ * What the generated stubs call. Every program that links stubs defines its own forward_call(): the recording driver
+ * records the call, the remote client sends it to the daemon, the call trace forwards and describes it.
  */
 #pragma once
 

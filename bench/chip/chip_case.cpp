@@ -1,3 +1,4 @@
+// The cases: a chip with its tables, and the frames that it switches.
 #include "bench/chip/chip_case.h"
 
 #include <cstdio>

@@ -1,3 +1,4 @@
+// Rules of one kind and of six kinds.
 #include "bench/chip/rules.h"
 
 #include <cstdio>

@@ -1,3 +1,4 @@
+// Frames and trains of frames of a flow.
 #include "bench/device/flows.h"
 
 #include <algorithm>

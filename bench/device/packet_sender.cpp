@@ -1,3 +1,4 @@
+// A packet socket and batches of messages on it.
 #include "bench/device/packet_sender.h"
 
 #include <linux/if_packet.h>

@@ -1,3 +1,4 @@
+// The allocator, counted.
 #include "bench/frames_out/allocations.h"
 
 #include <stddef.h>

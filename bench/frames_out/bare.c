@@ -1,3 +1,4 @@
+// The system calls of a frame.
 #include "bench/frames_out/bare.h"
 
 #include <arpa/inet.h>

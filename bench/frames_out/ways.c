@@ -1,3 +1,4 @@
+// Each way to send a frame by the library.
 #include "bench/frames_out/ways.h"
 
 #include <stddef.h>

@@ -1,4 +1,4 @@
-"""Emits functions: stubs that collect their arguments, and the way from collected arguments back to a function."""
+"""Emits functions: stubs that collect their arguments, and forwarders that call a function with collected arguments."""
 from emit_table import BANNER
 
 
@@ -23,7 +23,7 @@ def spaced(type_name):
 def stubs(calls, library):
     bodies = "".join(stub(function) for function in calls.functions
                      if calls.library_of[function.name] == library and not function.variadic)
-    return f"""{BANNER}// Each stub hands the addresses of its arguments to the program's own calls::forward_call().
+    return f"""{BANNER}// Each stub passes the addresses of its arguments to the program's own calls::forward_call().
 #include "platform/{calls.libraries[library]}"
 #include "calls/stub.h"
 
@@ -54,8 +54,6 @@ def forward_source(calls):
 {includes}
 namespace calls {{
 namespace {{
-
-using Invoker = int64_t (*)(void *, const void *const *);
 
 constexpr Invoker kInvokers[kCallCount] = {{
 {rows}}};

@@ -1,7 +1,10 @@
-"""Emits the call ids and the call table: what each call is named, takes and returns, as data."""
+"""Emits the call ids and the table of imported calls, and the rows that the table of exported calls has too."""
 import model
 
-BANNER = "// Generated from the headers of the imported libraries. Do not edit.\n"
+BANNER = "// Generated from the headers. Do not edit.\n"
+INTERFACE = "adp_intf_t"
+# Elements whose type does not say their size.
+SIZES = {"kU8": "1", "kU16": "2", "kU32": "4", "kU64": "8", "kI16": "2", "kI32": "4", "kChar": "1", "kOpaque": "1"}
 
 
 def call_ids(calls):
@@ -27,9 +30,11 @@ inline constexpr uint32_t kInterfaceChecksum = 0x{calls.checksum():08x};
 
 def call_table(calls):
     includes = "".join(f'#include "platform/{header}"\n' for header in calls.libraries.values())
-    structs = "".join(struct_rows(calls, struct) for struct in calls.structs)
-    params = "".join(param_rows(calls, function) for function in calls.functions if function.params)
-    rows = "".join(call_row(calls, function) for function in calls.functions)
+    structs = "".join(struct_rows(calls.headers, struct,
+                                  [model.KIND_NAMES[calls.headers.kind_of(member.type)] for member in struct.fields])
+                      for struct in calls.structs)
+    rows = "".join(param_rows(calls, function) for function in calls.functions)
+    names = "".join(call_row(function) for function in calls.functions)
     return f"""{BANNER}#include "calls/call_table.h"
 
 #include <array>
@@ -40,9 +45,9 @@ namespace calls {{
 namespace {{
 
 {structs}
-{params}
+{rows}
 constexpr std::array<Call, kCallCount> kCalls = {{{{
-{rows}}}}};
+{names}}}}};
 
 }}  // namespace
 
@@ -52,41 +57,56 @@ std::span<const Call> calls() {{ return kCalls; }}
 """
 
 
-def element(calls, type_name, kind, is_ports):
-    layout = f"&kStruct_{struct_name(calls, type_name)}" if kind == "Struct" else "nullptr"
-    return f"{{Kind::{kind}, {'true' if is_ports else 'false'}, {layout}}}"
+def boolean(value):
+    return "true" if value else "false"
 
 
-def struct_name(calls, type_name):
-    while type_name in calls.headers.aliases:
-        type_name = calls.headers.aliases[type_name]
-    return type_name
+def element(headers, type_name, kind, is_ports=False, is_pointed=False):
+    """is_pointed: the element is only pointed at, and its layout does not matter."""
+    known = headers.unaliased(type_name)
+    size = SIZES.get(kind, f"sizeof({known})")
+    layout = f"&kStruct_{known}" if kind == "kStruct" and not is_pointed else "nullptr"
+    callback = f"&kCallback_{known}" if kind == "kCallback" else "nullptr"
+    parts = [f"Kind::{kind}", size, boolean(is_ports), boolean(type_name == INTERFACE), layout, callback]
+    while parts[-1] in ("false", "nullptr"):
+        parts.pop()
+    return f"{{{', '.join(parts)}}}"
 
 
-def struct_rows(calls, struct):
+def struct_rows(headers, struct, kinds):
     rows = "".join(
-        f'    {{"{member.name}", '
-        f"{element(calls, member.type, model.KIND_NAMES[calls.headers.kind_of(member.type)], member.is_ports)}, "
-        f"{member.count}, offsetof({struct.name}, {member.name})}},\n" for member in struct.fields)
-    return (f"constexpr Field kFields_{struct.name}[] = {{\n{rows}}};\n"
-            f'constexpr Struct kStruct_{struct.name} = {{"{struct.name}", sizeof({struct.name}), '
+        f'    {{"{member.name}", {element(headers, member.type, kind, member.is_ports, member.pointer)}, '
+        f"{member.count}, offsetof({struct.name}, {member.name}), {boolean(member.pointer)}}},\n"
+        for member, kind in zip(struct.fields, kinds, strict=True))
+    return (f"[[maybe_unused]] constexpr Field kFields_{struct.name}[] = {{\n{rows}}};\n"
+            f'[[maybe_unused]] constexpr Struct kStruct_{struct.name} = {{"{struct.name}", sizeof({struct.name}), '
             f"kFields_{struct.name}}};\n")
+
+
+def param_row(headers, param, kind, shape, extent, counter):
+    direction = {"value": "kValue", "in": "kIn", "out": "kOut", "inout": "kInOut"}[param.direction]
+    return (f'    {{"{param.name}", {element(headers, param.type, kind, param.is_ports)}, Direction::{direction}, '
+            f"Shape::{shape}, {extent}, {'kNotCounted' if counter is None else counter}}},\n")
 
 
 def param_rows(calls, function):
     names = [param.name for param in function.params]
-    rows = ""
+    rows = []
     for param in function.params:
-        direction = {"value": "Value", "in": "In", "out": "Out", "inout": "InOut"}[param.direction]
         extent = model.table_extent(function, param)
-        counted_by = names.index(extent) if isinstance(extent, str) else "kNotCounted"
-        kind = element(calls, param.type, model.table_kind(function, param), param.is_ports)
-        rows += (f'    {{"{param.name}", {kind},'
-                 f" Direction::{direction}, {'true' if param.is_text else 'false'},"
-                 f" {0 if isinstance(extent, str) else extent}, {counted_by}}},\n")
-    return f"constexpr Param kParams_{function.name}[] = {{\n{rows}}};\n"
+        extent, counter = (0, names.index(extent)) if isinstance(extent, str) else (extent, None)
+        rows.append(param_row(calls.headers, param, model.table_kind(function, param),
+                              "kText" if param.is_text else "kPlain", extent, counter))
+    return params(function.name, rows)
 
 
-def call_row(calls, function):
-    params = f"kParams_{function.name}" if function.params else "{}"
-    return f'    {{"{function.name}", Result::{model.RESULT_KINDS[function.returns]}, {params}}},\n'
+def params(name, rows):
+    return f"constexpr Param kParams_{name}[] = {{\n{''.join(rows)}}};\n" if rows else ""
+
+
+def params_name(function):
+    return f"kParams_{function.name}" if function.params else "{}"
+
+
+def call_row(function):
+    return f'    {{"{function.name}", Result::{model.RESULT_KINDS[function.returns]}, {params_name(function)}}},\n'

@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Writes the code that follows from the imported interface: call table, stubs, driver calls, forwarders, export maps.
+"""Writes what follows from the headers: the tables of imported and exported calls, stubs, driver calls, export maps.
 
-    generate.py --output DIR --types types.h --library netlink_api netlink_api.h --library device_services services.h
+    generate.py --output DIR --include DIR --library netlink_api netlink_api.h --library device_services services.h
 
-What it writes is as small as it can be: tables and one-line definitions. Everything that has to think (describing,
-encoding, dispatching) is hand-written C++ that walks these tables.
+It writes tables and one-line definitions only. Describing, encoding and dispatching are hand-written C++ that walks
+these tables.
 """
 import argparse
 import os
@@ -12,16 +12,18 @@ import sys
 
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 
-import emit_calls   # noqa: E402  (the path has to be set first)
-import emit_driver  # noqa: E402
-import emit_table   # noqa: E402
-import interface    # noqa: E402
-import model        # noqa: E402
-import sections     # noqa: E402
+import emit_calls     # noqa: E402  (the path has to be set first)
+import emit_driver    # noqa: E402
+import emit_exported  # noqa: E402
+import emit_table     # noqa: E402
+import exported       # noqa: E402
+import interface      # noqa: E402
+import model          # noqa: E402
+import sections       # noqa: E402
 
 
 def write_if_changed(path, text):
-    """Leaves an equal file alone, so that nothing is rebuilt for a comment in a header."""
+    """Does not touch an equal file, so that a comment in a header rebuilds nothing."""
     try:
         with open(path, encoding="utf-8") as old:
             if old.read() == text:
@@ -33,8 +35,8 @@ def write_if_changed(path, text):
     return True
 
 
-def outputs(calls):
-    """File name to text, for every generated file."""
+def outputs(calls, library):
+    """File name to text, for every generated file: of the imported calls, and of the exported ones of a library."""
     driver = sections.read(calls)
     files = {
         "call_id.h": emit_table.call_ids(calls),
@@ -42,6 +44,7 @@ def outputs(calls):
         "driver_calls.h": emit_driver.header(calls, driver),
         "driver_calls.cpp": emit_driver.source(calls, driver),
         "forward.cpp": emit_calls.forward_source(calls),
+        "exported_calls.cpp": emit_exported.source(library),
     }
     for library in calls.libraries:
         files[f"{library}_stubs.cpp"] = emit_calls.stubs(calls, library)
@@ -52,11 +55,13 @@ def outputs(calls):
 def main(arguments):
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--output", required=True, help="folder that receives the generated files")
-    parser.add_argument("--types", required=True, help="header with the shared types")
-    parser.add_argument("--library", required=True, action="append", nargs=2, metavar=("NAME", "HEADER"))
+    parser.add_argument("--include", required=True, help="folder that holds adp/adp.h and adp/types.h")
+    parser.add_argument("--library", required=True, action="append", nargs=2, metavar=("NAME", "HEADER"),
+                        help="an imported library and its header")
     options = parser.parse_args(arguments)
     try:
-        files = outputs(model.read(options.types, options.library))
+        calls = model.read(os.path.join(options.include, "adp", "types.h"), options.library)
+        files = outputs(calls, exported.read(options.include))
     except interface.HeaderError as error:
         print(f"generate.py: {error}", file=sys.stderr)
         return 1

@@ -1,26 +1,27 @@
 """The imported interface as the emitters see it: functions in alphabetic order, each with its library.
 
-Checks what the generated code relies on, so that a header it cannot carry is refused here with a sentence and not
-later by a compiler or, worse, by a daemon that reads other words than its client wrote.
+Checks what the generated code relies on, so that the generator rejects a header that messages cannot carry, and not a
+compiler or, worse, a daemon that reads other words than its client wrote.
 """
 import os
 import zlib
 from dataclasses import dataclass, field
 
+import headers
 import interface
 
-# Purely local and stateless: it never leaves the process, so neither the daemon nor its dispatch table knows it.
+# Local and stateless: answered in the calling process, unknown to the daemon.
 LOCAL_CALLS = ("onu_mac2str",)
 
-# Blocks that are declared as bytes but hold native 32-bit words. They travel and are shown as words, which makes a
+# Blocks that are declared as bytes but hold native 32-bit words. They are sent and shown as words, so that a
 # big-endian client and a little-endian daemon agree on them.
 WORD_BLOCKS = {
     ("user_field_action_add", "param"), ("user_field_action_add", "param2"), ("get_vlan_info", "record"),
 }
 
-RESULT_KINDS = {"int32_t": "I32", "int": "I32", "uint32_t": "U32", "void": "Nothing", "const char *": "Text"}
-KIND_NAMES = {"u8": "U8", "u16": "U16", "u32": "U32", "u64": "U64", "i32": "I32", "char": "Char", "word": "Word",
-              "struct": "Struct", "void": "U8"}
+RESULT_KINDS = {"int32_t": "kI32", "int": "kI32", "uint32_t": "kU32", "void": "kNothing", "const char *": "kText"}
+KIND_NAMES = {"u8": "kU8", "u16": "kU16", "u32": "kU32", "u64": "kU64", "i32": "kI32", "char": "kChar", "word": "kWord",
+              "struct": "kStruct", "void": "kU8"}
 
 
 @dataclass
@@ -55,7 +56,7 @@ def is_word_block(function, param):
 
 
 def table_kind(function, param):
-    return "U32" if is_word_block(function, param) else KIND_NAMES[param.kind]
+    return "kU32" if is_word_block(function, param) else KIND_NAMES[param.kind]
 
 
 def table_extent(function, param):
@@ -66,9 +67,9 @@ def read(types, libraries):
     """libraries: pairs of a name and its header."""
     calls = Calls()
     known = set()
-    calls.headers = interface.read([types])
+    calls.headers = headers.read([types])
     for name, header in libraries:
-        parsed = interface.read([types] + [other for _, other in libraries[:len(calls.libraries)]] + [header])
+        parsed = headers.read([types] + [other for _, other in libraries[:len(calls.libraries)]] + [header])
         calls.libraries[name] = os.path.basename(header)
         calls.data[name] = [data.name for data in parsed.data if data.name not in known]
         for function in parsed.functions:
@@ -87,7 +88,7 @@ def read(types, libraries):
 def check(calls, function):
     if function.returns not in RESULT_KINDS:
         raise interface.HeaderError(f"{function.name}: cannot carry a result of type '{function.returns}'")
-    if RESULT_KINDS[function.returns] == "Text" and function.name not in LOCAL_CALLS:
+    if RESULT_KINDS[function.returns] == "kText" and function.name not in LOCAL_CALLS:
         raise interface.HeaderError(f"{function.name}: a text result can only come from a local call")
     for index, param in enumerate(function.params):
         where = f"{function.name}: parameter '{param.name}'"
@@ -107,8 +108,7 @@ def check(calls, function):
 
 def need_struct(calls, type_name, where):
     structs = calls.headers.structs
-    while type_name in calls.headers.aliases:
-        type_name = calls.headers.aliases[type_name]
+    type_name = calls.headers.unaliased(type_name)
     if any(known.name == type_name for known in calls.structs):
         return
     for member in structs[type_name].fields:

@@ -41,7 +41,7 @@ def read(calls):
     for function in calls.headers.functions:
         if function.name in model.LOCAL_CALLS:
             continue
-        if model.RESULT_KINDS[function.returns] != "I32":
+        if model.RESULT_KINDS[function.returns] != "kI32":
             raise interface.HeaderError(f"{function.name}: a device answers with a status")
         title = function.heading if calls.library_of[function.name] == driver else SERVICES
         if not title:

@@ -1,4 +1,4 @@
-"""The generator on small headers: what it writes, what it refuses, and that it writes nothing twice."""
+"""The generator on small headers: what it writes, what it rejects, and that equal files are not written again."""
 import os
 
 import pytest
@@ -39,10 +39,12 @@ const char *onu_mac2str(const uint8_t mac[6]);
 @pytest.fixture(name="headers")
 def fixture_headers(tmp_path):
     def write(driver=DRIVER, services=SERVICES, types=TYPES):
-        for name, text in (("types.h", types), ("driver.h", driver), ("services.h", services)):
+        (tmp_path / "adp").mkdir(exist_ok=True)
+        for name, text in (("adp/types.h", types), ("adp/adp.h", "#include <adp/types.h>\n"), ("driver.h", driver),
+                           ("services.h", services)):
             (tmp_path / name).write_text(text, encoding="utf-8")
-        return str(tmp_path / "types.h"), [["driver", str(tmp_path / "driver.h")],
-                                           ["services", str(tmp_path / "services.h")]]
+        return str(tmp_path / "adp/types.h"), [["driver", str(tmp_path / "driver.h")],
+                                               ["services", str(tmp_path / "services.h")]]
     return write
 
 
@@ -64,10 +66,10 @@ def test_structs_come_innermost_first(headers):
 
 def test_table_rows_carry_direction_extent_and_counter(headers):
     table = emit_table.call_table(read(headers))
-    assert '{"ports", {Kind::U32, true, nullptr}, Direction::In, false, 8, kNotCounted}' in table
-    assert '{"outer", {Kind::Struct, false, &kStruct_outer_t}, Direction::In, false, 1, kNotCounted}' in table
-    assert '{"list", {Kind::U16, false, nullptr}, Direction::Out, false, 0, 1}' in table
-    assert '{"format", {Kind::Char, false, nullptr}, Direction::In, true, 1, kNotCounted}' in table
+    assert '{"ports", {Kind::kU32, 4, true}, Direction::kIn, Shape::kPlain, 8, kNotCounted}' in table
+    assert '{"outer", {Kind::kStruct, sizeof(outer_t), false, false, &kStruct_outer_t}, Direction::kIn, Shape::kPlain, 1, ' in table
+    assert '{"list", {Kind::kU16, 2}, Direction::kOut, Shape::kPlain, 0, 1}' in table
+    assert '{"format", {Kind::kChar, 1}, Direction::kIn, Shape::kText, 1, kNotCounted}' in table
     assert "offsetof(entry_t, ports)" in table
 
 
@@ -87,7 +89,7 @@ def test_export_map_names_functions_and_data_of_the_library(headers):
 
 def test_word_blocks_travel_as_words(headers):
     calls = read(headers, driver="/** Reads. */ int32_t get_vlan_info(uint32_t vid, uint8_t record[64]);")
-    assert '{"record", {Kind::U32, false, nullptr}, Direction::Out, false, 16, kNotCounted}' in \
+    assert '{"record", {Kind::kU32, 4}, Direction::kOut, Shape::kPlain, 16, kNotCounted}' in \
         emit_table.call_table(calls)
 
 
@@ -119,15 +121,15 @@ def test_checksum_ignores_comments(headers):
     ("const char *f(void);", "a text result can only come from a local call"),
     ("uint64_t f(void);", "cannot carry a result of type 'uint64_t'"),
 ])
-def test_what_no_message_can_carry_is_refused(headers, declaration, sentence):
-    with pytest.raises(interface.HeaderError) as refused:
+def test_what_no_message_can_carry_is_rejected(headers, declaration, sentence):
+    with pytest.raises(interface.HeaderError) as rejected:
         read(headers, driver=declaration)
-    assert sentence in str(refused.value)
+    assert sentence in str(rejected.value)
 
 
 def run(headers, folder, **texts):
     types, libraries = headers(**texts)
-    arguments = ["--output", str(folder), "--types", types]
+    arguments = ["--output", str(folder), "--include", os.path.dirname(os.path.dirname(types))]
     for name, header in libraries:
         arguments += ["--library", name, header]
     return generate.main(arguments)
@@ -138,7 +140,7 @@ def test_equal_files_are_not_written_again(headers, tmp_path):
     assert run(headers, folder) == 0
     names = sorted(os.listdir(folder))
     assert names == ["call_id.h", "call_table.cpp", "driver.map", "driver_calls.cpp", "driver_calls.h",
-                     "driver_stubs.cpp", "forward.cpp", "services.map", "services_stubs.cpp"]
+                     "driver_stubs.cpp", "exported_calls.cpp", "forward.cpp", "services.map", "services_stubs.cpp"]
     for name in names:
         os.utime(folder / name, (1, 1))
     assert run(headers, folder) == 0
@@ -154,7 +156,7 @@ def test_equal_files_are_not_written_again(headers, tmp_path):
     (DRIVER + "/*\n * More\n */\nint32_t f(void);\n/*\n * Users (again)\n */\n", "two headings 'Users'"),
     ("/*\n * Users\n */\nuint32_t f(void);", "f: a device answers with a status"),
 ])
-def test_calls_that_no_section_can_have_are_refused(headers, tmp_path, capsys, driver, sentence):
+def test_calls_that_no_section_can_have_are_rejected(headers, tmp_path, capsys, driver, sentence):
     assert run(headers, tmp_path / "out", driver=driver) == 1
     assert capsys.readouterr().err == f"generate.py: {sentence}\n"
 

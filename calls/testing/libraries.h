@@ -1,5 +1,5 @@
 /**
- * @file call_trace_test_libraries.h
+ * @file libraries.h
  * Two small shared libraries for the call trace's test: one defines a few imported calls, the other makes them.
  */
 #pragma once

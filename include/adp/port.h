@@ -337,8 +337,8 @@ adp_status_t adp_intf_stat_get(adp_intf_t intf, uint32_t selector, ADP_COUNT(8) 
  * results are not checked. An aggregation interface reaches the driver as port -1.
  *
  * @param intf  user port
- * @return 0 when auto-negotiation is on and a 10 or 100 Mb/s ability is advertised (copper), otherwise -1 (fibre);
- *         ADP_E_INTF_TYPE, without a driver call, when the interface type is neither user port nor aggregation
+ * @return 0 when auto-negotiation is on and a 10 or 100 Mb/s ability is advertised (copper), otherwise -1 (fibre); 201
+ *         without a driver call for another interface type
  */
 adp_status_t adp_intf_combo_port_copper_or_fiber_check(adp_intf_t intf);
 

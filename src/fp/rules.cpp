@@ -26,10 +26,10 @@ struct RemovalLog {
 
 constexpr char kEntryFormat[] = "%s:[%05d] del entry=[%d] true_entry=[%d]\n";
 constexpr char kSecondEntryFormat[] = "%s:[%05d] del double entry=[%d] true_entry=[%d]\n";
-constexpr RemovalLog kByKey{{"adp_fp_delete_entity_rule", 547, kEntryFormat},
-                            {"adp_fp_delete_entity_rule", 567, kSecondEntryFormat}};
-constexpr RemovalLog kByRecord{{"adp_fp_delete_entity_rule_ex", 612, kEntryFormat},
-                               {"adp_fp_delete_entity_rule_ex", 636, kSecondEntryFormat}};
+constexpr RemovalLog kByKey{{{"adp_fp_delete_entity_rule", 547}, kEntryFormat},
+                            {{"adp_fp_delete_entity_rule", 567}, kSecondEntryFormat}};
+constexpr RemovalLog kByRecord{{{"adp_fp_delete_entity_rule_ex", 612}, kEntryFormat},
+                               {{"adp_fp_delete_entity_rule_ex", 636}, kSecondEntryFormat}};
 
 FpListNode *node_of(adp_list_link_t *link) {
     return reinterpret_cast<FpListNode *>(link);

@@ -137,7 +137,7 @@ TEST_F(PortCosMap, GoesToThePhysicalPortWithoutAUnit) {
         EXPECT_EQ(adp_port_cos_map_set(intf, 0xFFFFFFFF), 0);
         EXPECT_EQ(adp_port_cos_map_get(intf, &value_), 0);
         EXPECT_EQ(value_, 0x80000001u);
-        EXPECT_THAT(driver().take(), ElementsAre(line("set", port, ", value=4294967295"), line("get", port, "")));
+        EXPECT_THAT(driver().take(), ElementsAre(line("set", port, ", cos=4294967295"), line("get", port, "")));
     }
 }
 
@@ -149,12 +149,12 @@ TEST_F(PortCosMap, PassesMinusOneForAnInterfaceWithoutAPort) {
                                 kOtherTypes[0], kOtherTypes[1], kOtherTypes[2]}) {
         EXPECT_EQ(adp_port_cos_map_set(intf, 5), 0) << intf;
         EXPECT_EQ(adp_port_cos_map_get(intf, &value_), 0) << intf;
-        EXPECT_THAT(driver().take(), ElementsAre(line("set", -1, ", value=5"), line("get", -1, ""))) << intf;
+        EXPECT_THAT(driver().take(), ElementsAre(line("set", -1, ", cos=5"), line("get", -1, ""))) << intf;
     }
     library_test::drop_map();
     EXPECT_EQ(adp_port_cos_map_set(1, 5), 0);
     EXPECT_EQ(adp_port_cos_map_get(1, &value_), 0);
-    EXPECT_THAT(driver().take(), ElementsAre(line("set", -1, ", value=5"), line("get", -1, "")));
+    EXPECT_THAT(driver().take(), ElementsAre(line("set", -1, ", cos=5"), line("get", -1, "")));
 }
 
 TEST_F(PortCosMap, ReturnsTheDriversResult) {

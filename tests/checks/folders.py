@@ -84,6 +84,10 @@ class Check:
             if path.suffix in (".h", ".cpp", ".c") and not lies_in(relative, "build") and not TEST.search(relative):
                 self.file(path)
 
+    def rows(self):
+        self.failures += [f"{DOCUMENT}: there is no folder {folder}" for folder in self.table
+                          if not (self.root / folder).is_dir()]
+
     def picture(self):
         for user, used in arrows_of(self.root):
             self.arrows += 1
@@ -94,6 +98,7 @@ class Check:
 def main():
     check = Check(pathlib.Path(sys.argv[1]).resolve())
     check.files()
+    check.rows()
     check.picture()
     if not check.includes or not check.arrows:
         check.failures.append("no include or no arrow was found")

@@ -54,6 +54,8 @@ PLANTED = {
     "sideways": ({"src/vlan/b.h": '#include "qos/c.h"\n', "src/qos/c.h": ""}, "src/vlan/b.h:1: src/vlan must not include src/qos/c.h"),
     "upwards": ({"src/core/a.h": '#include "vlan/b.h"\n'}, "src/core/a.h:1: src/core must not include src/vlan/b.h"),
     "a folder without a row": ({"src/fp/a.cpp": ""}, "src/fp/a.cpp: its folder is not in the table"),
+    "a row without a folder": ({"docs/architecture.md": DOCUMENT.replace("`src/qos`", "`src/qos`, `src/fp`")},
+                               "there is no folder src/fp"),
     "an arrow without a row": ({"docs/architecture.dot": PICTURE + '"src/core" -> "src/vlan"\n'}, "src/core -> src/vlan is not"),
     "no table": ({"docs/architecture.md": "# Architecture\n"}, "its folder is not in the table"),
     "no arrow": ({"docs/architecture.dot": ""}, "no include or no arrow was found"),

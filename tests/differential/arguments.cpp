@@ -11,54 +11,37 @@
 
 namespace differential {
 
-using adpsh::Direction;
-using adpsh::Kind;
-using adpsh::Parameter;
-using adpsh::Shape;
+using calls::Direction;
+using calls::Kind;
+using calls::Param;
+using calls::Shape;
 
 namespace {
 
 constexpr uint8_t kUntouched = 0xA5;
 constexpr size_t kSetBytes = sizeof(adp_ports_t);
 
-bool is_named(const Parameter &parameter, std::string_view name) {
+bool is_named(const Param &parameter, std::string_view name) {
     return parameter.name == name;
 }
 
 }  // namespace
 
 int64_t Slot::number() const {
-    const auto as = [&](auto value) {
-        std::memcpy(&value, data(), sizeof value);
-        return static_cast<int64_t>(value);
-    };
-    switch (parameter->type.kind) {
-        case Kind::kU8:
-            return as(uint8_t{});
-        case Kind::kU16:
-            return as(uint16_t{});
-        case Kind::kI32:
-            return as(int32_t{});
-        case Kind::kU64:
-            return as(uint64_t{});
-        case Kind::kWord:
-            return as(uintptr_t{});
-        default:
-            return as(uint32_t{});
-    }
+    return calls::load(parameter->element.kind, data());
 }
 
-Arguments::Arguments(const adpsh::Call &call, uint64_t seed, const std::vector<uint32_t> &preset)
-    : call_(call), random_(seed), slots_(call.parameters.size()), pointers_(call.parameters.size()) {
+Arguments::Arguments(const exported::Call &call, uint64_t seed, const std::vector<uint32_t> &preset)
+    : call_(call), random_(seed), slots_(call.params.size()), pointers_(call.params.size()) {
     for (size_t index = 0; index < slots_.size(); ++index) {
         Slot &slot = slots_[index];
-        slot.parameter = &call.parameters[index];
+        slot.parameter = &call.params[index];
         if (slot.parameter->direction != Direction::kValue) {
             continue;
         }
-        slot.storage.resize(slot.parameter->type.size / sizeof(uint64_t) + 1);
+        slot.storage.resize(slot.parameter->element.size / sizeof(uint64_t) + 1);
         if (index < preset.size()) {
-            store(slot.parameter->type, preset[index], slot.data());
+            store(slot.parameter->element, preset[index], slot.data());
         } else {
             fill_value(slot);
         }
@@ -76,12 +59,12 @@ bool Arguments::is_receive() const {
 }
 
 void Arguments::fill_value(Slot &slot) {
-    const Parameter &parameter = *slot.parameter;
-    switch (parameter.type.kind) {
-        case Kind::kRecord:
-            return fill_element(random_, parameter.type, parameter.name, slot.data());
+    const Param &parameter = *slot.parameter;
+    switch (parameter.element.kind) {
+        case Kind::kStruct:
+            return fill_element(random_, parameter.element, parameter.name, slot.data());
         case Kind::kCallback: {
-            void (*const receiver)() = random_.one_in(4) ? nullptr : parameter.type.callback->print;
+            void (*const receiver)() = random_.one_in(4) ? nullptr : parameter.element.callback->report;
             std::memcpy(slot.data(), &receiver, sizeof receiver);
             return;
         }
@@ -89,9 +72,9 @@ void Arguments::fill_value(Slot &slot) {
             // These two are addresses of sets. The library takes all others for numbers.
             return is_named(parameter, "ports") || is_named(parameter, "untagged")
                        ? fill_set(slot)
-                       : store(parameter.type, any_number(random_), slot.data());
+                       : store(parameter.element, any_number(random_), slot.data());
         case Kind::kU64:
-            return store(parameter.type, uint64_t{random_.sparse()} << 32 | random_.next(), slot.data());
+            return store(parameter.element, uint64_t{random_.sparse()} << 32 | random_.next(), slot.data());
         default:
             return fill_number(slot);
     }
@@ -100,7 +83,7 @@ void Arguments::fill_value(Slot &slot) {
 void Arguments::fill_set(Slot &slot) {
     slot.pointed.resize(kSetBytes);
     for (size_t n = 0; n < kSetBytes; n += sizeof(uint32_t)) {
-        store(adpsh::kWord32, random_.sparse(), &slot.pointed[n]);
+        store(calls::kWord32, random_.sparse(), &slot.pointed[n]);
     }
     const auto address = reinterpret_cast<uintptr_t>(random_.one_in(4) ? nullptr : slot.pointed.data());
     std::memcpy(slot.data(), &address, sizeof address);
@@ -109,25 +92,25 @@ void Arguments::fill_set(Slot &slot) {
 void Arguments::fill_number(Slot &slot) {
     constexpr uint32_t kLongFrame = 90;
     constexpr int32_t kLengths[] = {0, 1, 2, 2, 4, 4, 4, 6, 16, 32, 63, 64, 65, 255, 256, 257, -1};
-    const Parameter &parameter = *slot.parameter;
+    const Param &parameter = *slot.parameter;
     const std::string_view name = parameter.name;
     if (name == "length") {
         // The library uses the low 16 bits; a dump uses all of them.
-        const bool is_dump = parameter.type.kind == Kind::kI32;
+        const bool is_dump = parameter.element.kind == Kind::kI32;
         const uint32_t length = is_dump && random_.one_in(8) ? static_cast<uint32_t>(-1) : random_.below(kLongFrame);
-        store(parameter.type, length | (is_dump || !random_.one_in(8) ? 0 : 0x10000), slot.data());
+        store(parameter.element, length | (is_dump || !random_.one_in(8) ? 0 : 0x10000), slot.data());
     } else if (name.find("_len") != std::string_view::npos) {
-        store(parameter.type, static_cast<uint32_t>(random_.one_of(kLengths)), slot.data());
+        store(parameter.element, static_cast<uint32_t>(random_.one_of(kLengths)), slot.data());
     } else {
-        store(parameter.type, number_for(random_, name), slot.data());
+        store(parameter.element, number_for(random_, name), slot.data());
     }
 }
 
-size_t Arguments::extent(const Parameter &parameter) const {
-    if (parameter.counter == adpsh::kNoCounter) {
-        return parameter.count;
+size_t Arguments::extent(const Param &parameter) const {
+    if (parameter.counted_by == calls::kNotCounted) {
+        return parameter.extent;
     }
-    const Slot &counter = slots_[static_cast<size_t>(parameter.counter)];
+    const Slot &counter = slots_[static_cast<size_t>(parameter.counted_by)];
     const int64_t count = counter.number();
     if (is_named(*counter.parameter, "length")) {
         return count < 0 ? 0 : static_cast<size_t>(count & 0xFFFF);
@@ -135,7 +118,7 @@ size_t Arguments::extent(const Parameter &parameter) const {
     return count < 0 || count > 4096 ? 0 : static_cast<size_t>(count);
 }
 
-bool Arguments::may_be_null(const Parameter &parameter) const {
+bool Arguments::may_be_null(const Param &parameter) const {
     static constexpr struct {
         std::string_view call;
         std::string_view parameter;
@@ -151,7 +134,7 @@ bool Arguments::may_be_null(const Parameter &parameter) const {
 
 void Arguments::fill_memory(size_t index) {
     Slot &slot = slots_[index];
-    const Parameter &parameter = *slot.parameter;
+    const Param &parameter = *slot.parameter;
     constexpr uint32_t kNullOneIn = 4;
     slot.elements = extent(parameter);
     slot.storage.resize(slot.bytes() / sizeof(uint64_t) + 1);
@@ -163,22 +146,23 @@ void Arguments::fill_memory(size_t index) {
         fill_list(random_, slot);
     } else if (parameter.shape == Shape::kFrameRecord) {
         is_receive() ? fill_received(random_, slot) : fill_sent(random_, slot);
-    } else if (adpsh::is_input(parameter)) {
+    } else if (parameter.is_read()) {
         fill_elements(slot);
     }
 }
 
 void Arguments::fill_elements(Slot &slot) {
-    const Parameter &parameter = *slot.parameter;
+    const Param &parameter = *slot.parameter;
     constexpr const char *kTexts[] = {"eth0", "eth0", "eth1", "", "a name of more than sixteen", "%s %d"};
-    if (parameter.type.kind == Kind::kText) {
+    if (parameter.is_text()) {
         const std::string_view text = random_.one_of(kTexts);
         slot.elements = text.size() + 1;
         slot.storage.assign(slot.elements / sizeof(uint64_t) + 1, 0);
         std::memcpy(slot.data(), text.data(), text.size());
-    } else if (parameter.type.kind == Kind::kOpaque) {
+    } else if (parameter.element.kind == Kind::kOpaque) {
         fill_equal_bytes(random_, slot.data(), slot.bytes());
-    } else if (parameter.type.kind == Kind::kRecord && std::string_view(parameter.type.record->name) == "FpEntity") {
+    } else if (parameter.element.kind == Kind::kStruct &&
+               std::string_view(parameter.element.layout->name) == "FpEntity") {
         fill_rule(random_, true, slot.data());  // the calls that append to a rule take its address
     } else if (is_named(parameter, "frame")) {
         std::vector<uint8_t> frame(slot.elements);
@@ -186,7 +170,7 @@ void Arguments::fill_elements(Slot &slot) {
         std::copy(frame.begin(), frame.end(), slot.data());
     } else {
         for (size_t n = 0; n < slot.elements; ++n) {
-            fill_element(random_, parameter.type, parameter.name, slot.data() + n * parameter.type.size);
+            fill_element(random_, parameter.element, parameter.name, slot.data() + n * parameter.element.size);
         }
     }
 }
@@ -206,7 +190,7 @@ std::vector<uint8_t> Arguments::comparable(size_t index) const {
         std::memcpy(bytes.data(), slot.data(), bytes.size());
         put_offset(0, slots_[0].data());
     } else if (slot.parameter->shape == Shape::kFrameRecord) {
-        for (const adpsh::Field &field : slot.parameter->type.record->fields) {
+        for (const calls::Field &field : slot.parameter->element.layout->fields) {
             if (field.is_pointer) {
                 put_offset(field.offset, slot.pointed.data());
             }

@@ -12,21 +12,21 @@
 #include <string>
 #include <vector>
 
+#include "calls/exported.h"
 #include "tests/differential/random.h"
-#include "tools/adpsh/table.h"
 
 namespace differential {
 
 /** One parameter's storage. */
 struct Slot {
-    const adpsh::Parameter *parameter = nullptr;
+    const calls::Param *parameter = nullptr;
     std::vector<uint64_t> storage; /**< the value, or what the address leads to */
     size_t elements = 1;
     bool is_null = false;
     std::vector<uint8_t> pointed;     /**< the frame of a frame record, or the set behind a word */
     std::vector<adp_tx_dest_t> nodes; /**< of a list, whose head is the storage */
 
-    [[nodiscard]] size_t bytes() const { return elements * parameter->type.size; }
+    [[nodiscard]] size_t bytes() const { return elements * parameter->element.size; }
     [[nodiscard]] uint8_t *data() { return reinterpret_cast<uint8_t *>(storage.data()); }
     [[nodiscard]] const uint8_t *data() const { return reinterpret_cast<const uint8_t *>(storage.data()); }
     /** A value as a number. */
@@ -36,13 +36,13 @@ struct Slot {
 class Arguments {
   public:
     /** @p preset: values for the call's parameters, in their order; empty for random ones. */
-    Arguments(const adpsh::Call &call, uint64_t seed, const std::vector<uint32_t> &preset);
+    Arguments(const exported::Call &call, uint64_t seed, const std::vector<uint32_t> &preset);
     Arguments(const Arguments &) = delete;
     Arguments &operator=(const Arguments &) = delete;
 
     [[nodiscard]] void *const *pointers() const { return pointers_.data(); }
     [[nodiscard]] const std::vector<Slot> &slots() const { return slots_; }
-    [[nodiscard]] const adpsh::Call &call() const { return call_; }
+    [[nodiscard]] const exported::Call &call() const { return call_; }
 
     /** The name of a parameter whose memory differs from that of the same parameter there; null if none does. */
     [[nodiscard]] const char *difference(const Arguments &other) const;
@@ -53,12 +53,12 @@ class Arguments {
     void fill_number(Slot &slot);
     void fill_memory(size_t index);
     void fill_elements(Slot &slot);
-    [[nodiscard]] size_t extent(const adpsh::Parameter &parameter) const;
-    [[nodiscard]] bool may_be_null(const adpsh::Parameter &parameter) const;
+    [[nodiscard]] size_t extent(const calls::Param &parameter) const;
+    [[nodiscard]] bool may_be_null(const calls::Param &parameter) const;
     [[nodiscard]] bool is_receive() const;
     [[nodiscard]] std::vector<uint8_t> comparable(size_t index) const;
 
-    const adpsh::Call &call_;
+    const exported::Call &call_;
     Random random_;
     std::vector<Slot> slots_;
     std::vector<void *> pointers_;

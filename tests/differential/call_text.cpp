@@ -5,30 +5,21 @@
 #include <cstring>
 #include <string_view>
 
+#include "calls/describe.h"
 #include "tests/support/trace_text.h"
 
 namespace differential {
 namespace {
 
-using adpsh::Field;
-using adpsh::Kind;
-using adpsh::Shape;
-using adpsh::Type;
+using calls::Element;
+using calls::Field;
+using calls::Kind;
+using calls::Shape;
 
 /** For the trace what a call leaves in a record's blocks is shown without an order of bytes. */
 enum class Style { kScript, kTrace, kTraceAfter };
 
 constexpr size_t kMacBytes = 6;
-
-std::string hex(const uint8_t *bytes, size_t size) {
-    constexpr char kDigits[] = "0123456789abcdef";
-    std::string text;
-    for (size_t n = 0; n < size; ++n) {
-        text += kDigits[bytes[n] >> 4];
-        text += kDigits[bytes[n] & 15];
-    }
-    return text;
-}
 
 template <typename T>
 T load(const void *from) {
@@ -37,34 +28,15 @@ T load(const void *from) {
     return value;
 }
 
-std::string number_text(const Type &type, const uint8_t *at) {
-    switch (type.kind) {
-        case Kind::kU8:
-            return std::to_string(load<uint8_t>(at));
-        case Kind::kU16:
-            return std::to_string(load<uint16_t>(at));
-        case Kind::kI16:
-            return std::to_string(load<int16_t>(at));
-        case Kind::kI32:
-            return std::to_string(load<int32_t>(at));
-        case Kind::kU64:
-            return std::to_string(load<uint64_t>(at));
-        case Kind::kWord:
-            return std::to_string(static_cast<uint32_t>(load<uintptr_t>(at)));
-        default:
-            return std::to_string(load<uint32_t>(at));
-    }
+std::string record_text(const calls::Struct &record, const uint8_t *at, Style style);
+
+std::string element_text(const Element &type, const uint8_t *at, Style style) {
+    return type.kind == Kind::kStruct ? record_text(*type.layout, at, style) : calls::number_text(type.kind, at);
 }
 
-std::string record_text(const adpsh::Record &record, const uint8_t *at, Style style);
-
-std::string element_text(const Type &type, const uint8_t *at, Style style) {
-    return type.kind == Kind::kRecord ? record_text(*type.record, at, style) : number_text(type, at);
-}
-
-std::string array_text(const Type &type, const uint8_t *at, size_t count, Style style) {
+std::string array_text(const Element &type, const uint8_t *at, size_t count, Style style) {
     if (type.kind == Kind::kU8) {
-        return count == 0 ? "[]" : hex(at, count);
+        return count == 0 ? "[]" : calls::hex_text(at, count);
     }
     std::string text = "[";
     for (size_t n = 0; n < count; ++n) {
@@ -83,10 +55,10 @@ bool is_zero(const uint8_t *at, size_t size) {
 }
 
 /** Fields of bytes that hold words of the machine, unless the element's type says that they are an address. */
-bool holds_words(const adpsh::Record &record, const Field &field, const uint8_t *at) {
+bool holds_words(const calls::Struct &record, const Field &field, const uint8_t *at) {
     const std::string_view name = record.name;
     const bool is_byte_qualifier = name == "FpQualify" && load<uint32_t>(at) < 9;
-    return (name == "FpQualify" || name == "FpAction") && field.type.kind == Kind::kU8 && !is_byte_qualifier;
+    return (name == "FpQualify" || name == "FpAction") && field.element.kind == Kind::kU8 && !is_byte_qualifier;
 }
 
 /** The bytes of each word by size: a block may hold words, bytes and parts of words. */
@@ -95,30 +67,31 @@ std::string sorted_words(const uint8_t *at, size_t size) {
     for (auto word = bytes.begin(); word != bytes.end(); word += sizeof(uint32_t)) {
         std::sort(word, word + sizeof(uint32_t));
     }
-    return hex(bytes.data(), bytes.size());
+    return calls::hex_text(bytes.data(), bytes.size());
 }
 
 /** Only what is not zero: the rest is zero by itself. */
-std::string record_text(const adpsh::Record &record, const uint8_t *at, Style style) {
+std::string record_text(const calls::Struct &record, const uint8_t *at, Style style) {
     std::string text = "{";
     for (const Field &field : record.fields) {
         size_t count = field.count;
         const uint8_t *from = at + field.offset;
-        if (field.is_pointer || is_zero(from, count * field.type.size)) {
+        if (field.is_pointer || is_zero(from, count * field.element.size)) {
             continue;
         }
         // An array may be cut short, unless it is one of bytes.
-        while (field.type.kind == Kind::kRecord && is_zero(from + (count - 1) * field.type.size, field.type.size)) {
+        while (field.element.kind == Kind::kStruct &&
+               is_zero(from + (count - 1) * field.element.size, field.element.size)) {
             --count;
         }
         text += (text == "{" ? "" : " ") + std::string(field.name) + "=";
-        if (style == Style::kTraceAfter && field.type.kind == Kind::kU8 && field.count > kMacBytes) {
+        if (style == Style::kTraceAfter && field.element.kind == Kind::kU8 && field.count > kMacBytes) {
             text += sorted_words(from, count);
         } else if (style == Style::kTrace && holds_words(record, field, at)) {
             text += trace_text::words(from, count);
         } else {
-            text +=
-                field.count == 1 ? element_text(field.type, from, style) : array_text(field.type, from, count, style);
+            text += field.count == 1 ? element_text(field.element, from, style)
+                                     : array_text(field.element, from, count, style);
         }
     }
     return text + "}";
@@ -127,15 +100,15 @@ std::string record_text(const adpsh::Record &record, const uint8_t *at, Style st
 /** Addresses in a frame record, written as offsets. */
 std::string frame_record_text(const Slot &slot) {
     std::string text = "{";
-    for (const Field &field : slot.parameter->type.record->fields) {
+    for (const Field &field : slot.parameter->element.layout->fields) {
         const uint8_t *from = slot.data() + field.offset;
         text += (text == "{" ? "" : " ") + std::string(field.name) + "=";
         if (!field.is_pointer) {
-            text += number_text(field.type, from);
+            text += calls::number_text(field.element.kind, from);
         } else if (const auto *address = load<const uint8_t *>(from); address == nullptr) {
             text += "null";
         } else if (std::string_view(field.name) == "frame") {
-            text += slot.pointed.empty() ? "[]" : hex(slot.pointed.data(), slot.pointed.size());
+            text += slot.pointed.empty() ? "[]" : calls::hex_text(slot.pointed.data(), slot.pointed.size());
         } else {
             text += std::to_string(address - slot.pointed.data());
         }
@@ -151,29 +124,21 @@ std::string list_text(const Slot &slot) {
     return text + "]";
 }
 
-std::string set_text(const std::vector<uint8_t> &set) {
-    std::string text = "{";
-    for (uint32_t n = 0; n < set.size() * 8; ++n) {
-        if ((load<uint32_t>(&set[n / 32 * sizeof(uint32_t)]) >> n % 32 & 1) != 0) {
-            text += (text == "{" ? "" : ",") + std::to_string(n);
-        }
-    }
-    return text + "}";
-}
-
 std::string value_text(const Slot &slot, Style style) {
-    const adpsh::Type &type = slot.parameter->type;
+    const Element &type = slot.parameter->element;
     if (type.kind == Kind::kCallback) {
         return load<void (*)()>(slot.data()) == nullptr ? "none" : "print";
     }
     if (!slot.pointed.empty()) {
-        return load<uintptr_t>(slot.data()) == 0 ? "null" : set_text(slot.pointed);
+        return load<uintptr_t>(slot.data()) == 0
+                   ? "null"
+                   : calls::ports_text(slot.pointed.data(), slot.pointed.size() / sizeof(uint32_t));
     }
     return element_text(type, slot.data(), style);
 }
 
 std::string memory_text(const Slot &slot, Style style) {
-    const adpsh::Type &type = slot.parameter->type;
+    const Element &type = slot.parameter->element;
     if (slot.is_null) {
         return "null";
     }
@@ -183,13 +148,13 @@ std::string memory_text(const Slot &slot, Style style) {
     if (slot.parameter->shape == Shape::kFrameRecord) {
         return frame_record_text(slot);
     }
-    if (type.kind == Kind::kText) {
+    if (slot.parameter->is_text()) {
         return '"' + std::string(reinterpret_cast<const char *>(slot.data())) + '"';
     }
     if (type.kind == Kind::kOpaque) {
-        return slot.elements == 0 ? "[]" : hex(slot.data(), slot.elements);
+        return slot.elements == 0 ? "[]" : calls::hex_text(slot.data(), slot.elements);
     }
-    const bool is_one = slot.parameter->counter == adpsh::kNoCounter && slot.elements == 1;
+    const bool is_one = slot.parameter->counted_by == calls::kNotCounted && slot.elements == 1;
     return is_one && type.size > 1 ? element_text(type, slot.data(), style)
                                    : array_text(type, slot.data(), slot.elements, style);
 }
@@ -197,8 +162,8 @@ std::string memory_text(const Slot &slot, Style style) {
 std::string line(const Arguments &arguments, Style style) {
     std::string text = arguments.call().name;
     for (const Slot &slot : arguments.slots()) {
-        const bool is_value = slot.parameter->direction == adpsh::Direction::kValue;
-        if (adpsh::is_input(*slot.parameter)) {
+        const bool is_value = slot.parameter->direction == calls::Direction::kValue;
+        if (slot.parameter->is_read()) {
             text += " " + (is_value ? value_text(slot, style) : memory_text(slot, style));
         }
     }
@@ -219,14 +184,14 @@ std::string outputs_text(const Arguments &arguments) {
     constexpr size_t kCounterBytes = 8;
     std::string text;
     for (const Slot &slot : arguments.slots()) {
-        if (!adpsh::is_output(*slot.parameter) || slot.is_null) {
+        if (!slot.parameter->is_written() || slot.is_null) {
             continue;
         }
         text += " " + std::string(slot.parameter->name) + "=";
         if (slot.parameter->shape == Shape::kOutPointer) {
             const auto *address = load<const uint8_t *>(slot.data());
             text += address == nullptr ? "null" : std::to_string(address - arguments.slots()[0].data());
-        } else if (slot.parameter->type.kind == Kind::kOpaque) {
+        } else if (slot.parameter->element.kind == Kind::kOpaque) {
             text += slot.elements == kCounterBytes ? std::to_string(load<uint64_t>(slot.data()))
                                                    : trace_text::words(slot.data(), slot.elements);
         } else {

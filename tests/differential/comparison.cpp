@@ -3,6 +3,7 @@
 
 #include <string_view>
 
+#include "calls/exported.h"
 #include "tests/differential/arguments.h"
 #include "tests/differential/call_text.h"
 #include "tests/differential/driver.h"
@@ -13,25 +14,19 @@
 #include "tests/support/fake_system.h"
 #include "tests/support/trace_file.h"
 #include "tests/support/trace_text.h"
-#include "tools/adpsh/events.h"
-#include "tools/adpsh/table.h"
-
-// The shell's generated table hands events here.
-namespace adpsh {
-
-int32_t report_event(const Callback &callback, const void *const *arguments) {
-    std::string text = callback.name;
-    for (size_t index = 0; index < callback.parameters.size(); ++index) {
-        const Parameter &parameter = callback.parameters[index];
-        text += " " + trace_text::words(arguments[index], parameter.count * parameter.type.size);
-    }
-    return differential::driver().answer_event(text);
-}
-
-}  // namespace adpsh
 
 namespace differential {
 namespace {
+
+int32_t answer_event(const exported::Callback &callback, const void *const *arguments) {
+    std::string text = callback.name;
+    for (size_t index = 0; index < callback.params.size(); ++index) {
+        const calls::Param &parameter = callback.params[index];
+        const void *from = calls::target(parameter, arguments[index]);
+        text += " " + trace_text::words(from, parameter.extent * parameter.element.size);
+    }
+    return driver().answer_event(text);
+}
 
 std::string_view falsified;
 
@@ -90,7 +85,9 @@ std::string Comparison::State::compare(const Arguments &library_arguments, const
         return "the calls they made";
     }
     if (!is_same_result(library_arguments.call(), library.result, model.result)) {
-        return "the result: library " + result_text(library.result) + ", model " + result_text(model.result);
+        const exported::Call &call = library_arguments.call();
+        return "the result: library " + result_text(call, library.result) + ", model " +
+               result_text(call, model.result);
     }
     if (const char *name = library_arguments.difference(model_arguments)) {
         return "'" + std::string(name) + "' after the call: library" + outputs_text(library_arguments) + ", model" +
@@ -121,9 +118,9 @@ void Comparison::State::write_trace(const std::string &line, const Arguments &ar
     for (const std::string &each : effects.lines) {
         std::fprintf(trace, "    %s\n", trace_file::portable(each).c_str());
     }
-    const bool is_address = arguments.call().result == adpsh::ResultKind::kRecord;
-    const std::string result = is_address ? (effects.result.address != nullptr ? "an address" : "null")
-                                          : std::to_string(static_cast<int32_t>(effects.result.number));
+    const bool is_address = arguments.call().result == calls::Result::kStruct;
+    const std::string result = is_address ? (effects.result != 0 ? "an address" : "null")
+                                          : std::to_string(static_cast<int32_t>(effects.result));
     std::fprintf(trace, "= %s%s\n", result.c_str(), outputs_text(arguments).c_str());
     for (const std::string &text : {effects.out, effects.err}) {
         if (!text.empty()) {
@@ -132,7 +129,9 @@ void Comparison::State::write_trace(const std::string &line, const Arguments &ar
     }
 }
 
-Comparison::Comparison(std::FILE *trace) : state_(std::make_unique<State>(trace)) {}
+Comparison::Comparison(std::FILE *trace) : state_(std::make_unique<State>(trace)) {
+    exported::receive_events(answer_event);
+}
 
 Comparison::~Comparison() = default;
 
@@ -153,7 +152,7 @@ const Difference &Comparison::difference() const {
 }
 
 bool Comparison::run(const Step &step) {
-    const adpsh::Call &call = adpsh::calls()[step.call];
+    const exported::Call &call = exported::calls()[step.call];
     const Model &reference = models()[step.call];
     State &state = *state_;
     const bool is_described = state.describes || state.trace != nullptr;
@@ -162,12 +161,14 @@ bool Comparison::run(const Step &step) {
     const std::string line = is_described ? trace_line(library_arguments) : "";
     driver().describe(is_described);
     ++state.number;
-    const Effects model =
-        state.run(state.model_system, step, [&] { return reference.invoke(model_arguments.pointers()); });
-    Effects library = state.run(state.library_system, step, [&] { return call.invoke(library_arguments.pointers()); });
+    const Effects model = state.run(state.model_system, step, [&] {
+        return exported::invoke(call, reference.function, model_arguments.pointers());
+    });
+    Effects library = state.run(state.library_system, step,
+                                [&] { return exported::invoke(call, call.function, library_arguments.pointers()); });
     state.imported_calls += driver().count();
     if (falsified == call.name) {
-        library.result.number ^= 1;
+        library.result ^= 1;
     }
     state.lines = library.lines;
     if (state.trace != nullptr) {
@@ -182,7 +183,7 @@ bool Comparison::run(const Step &step) {
 }
 
 std::string Comparison::script(const Step &step) {
-    return script_line(Arguments(adpsh::calls()[step.call], step.seed, step.values));
+    return script_line(Arguments(exported::calls()[step.call], step.seed, step.values));
 }
 
 }  // namespace differential

@@ -82,7 +82,7 @@ void Driver::note_arguments(CallId id, const void *const *arguments) {
         if (at == nullptr || !param.is_read()) {
             continue;
         }
-        if (param.is_text) {
+        if (param.is_text()) {
             add(at, std::strlen(static_cast<const char *>(at)));
         } else if (calls::is_event_message(call, param)) {
             const auto *message = static_cast<const uintptr_t *>(at);
@@ -90,7 +90,7 @@ void Driver::note_arguments(CallId id, const void *const *arguments) {
             add(reinterpret_cast<const void *>(message[DEVICE_MESSAGE_WORDS - 1]),
                 calls::kEventRecordNumbers * sizeof(uint16_t));
         } else {
-            add(at, calls::extent(call, index, arguments) * calls::element_size(param.element));
+            add(at, calls::extent(call, index, arguments) * param.element.size);
         }
     }
 }

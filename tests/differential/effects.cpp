@@ -10,22 +10,24 @@
 
 namespace differential {
 
-std::string result_text(const adpsh::Result &result) {
-    return result.address != nullptr ? "an address" : std::to_string(result.number);
+std::string result_text(const exported::Call &call, int64_t result) {
+    return call.result == calls::Result::kStruct && result != 0 ? "an address" : std::to_string(result);
 }
 
-bool is_same_result(const adpsh::Call &call, const adpsh::Result &library, const adpsh::Result &model) {
-    if (call.result != adpsh::ResultKind::kRecord) {
-        return library.number == model.number;
+bool is_same_result(const exported::Call &call, int64_t library, int64_t model) {
+    if (call.result != calls::Result::kStruct) {
+        return library == model;
     }
-    if (library.address == nullptr || model.address == nullptr) {
-        return library.address == model.address;
+    if (library == 0 || model == 0) {
+        return library == model;
     }
-    if (std::string_view(call.record->name) == "FpListNode") {
-        const auto entity = [](const void *node) { return &static_cast<const FpListNode *>(node)->entity; };
-        return std::memcmp(entity(library.address), entity(model.address), sizeof(FpEntity)) == 0;
+    if (std::string_view(call.layout->name) == "FpListNode") {
+        const auto entity = [](int64_t node) {
+            return &static_cast<const FpListNode *>(calls::address_of(node))->entity;
+        };
+        return std::memcmp(entity(library), entity(model), sizeof(FpEntity)) == 0;
     }
-    return std::memcmp(library.address, model.address, call.record->size) == 0;
+    return std::memcmp(calls::address_of(library), calls::address_of(model), call.layout->size) == 0;
 }
 
 bool is_same_text(std::string_view library, std::string_view model) {

@@ -10,22 +10,22 @@
 #include <string_view>
 #include <vector>
 
-#include "tools/adpsh/table.h"
+#include "calls/exported.h"
 
 namespace differential {
 
 struct Effects {
-    adpsh::Result result{};
+    int64_t result = 0;             /**< an address as a number */
     std::string out;                /**< on standard output */
     std::string err;                /**< on standard error */
     std::vector<uint8_t> notes;     /**< the calls it made, to be compared */
     std::vector<std::string> lines; /**< the same as text, if it was asked for */
 };
 
-std::string result_text(const adpsh::Result &result);
+std::string result_text(const exported::Call &call, int64_t result);
 
 /** Whether the results are equal. Records are compared by what they hold, list nodes by their rule. */
-bool is_same_result(const adpsh::Call &call, const adpsh::Result &library, const adpsh::Result &model);
+bool is_same_result(const exported::Call &call, int64_t library, int64_t model);
 
 /** Whether the texts are equal. kAnyNumber in the model's text stands for any number. */
 bool is_same_text(std::string_view library, std::string_view model);

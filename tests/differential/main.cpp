@@ -10,12 +10,12 @@
 #include <cstring>
 #include <string>
 
+#include "calls/exported.h"
 #include "tests/differential/comparison.h"
 #include "tests/differential/random.h"
 #include "tests/differential/reference_table.h"
 #include "tests/differential/runner.h"
 #include "tests/differential/sequence.h"
-#include "tools/adpsh/table.h"
 
 namespace {
 
@@ -77,7 +77,7 @@ bool read_options(int argc, char **argv, Options *options) {
 bool has_all_models() {
     bool is_complete = true;
     size_t at = 0;
-    for (const auto &call : adpsh::calls()) {
+    for (const auto &call : exported::calls()) {
         if (at < differential::models().size() && std::strcmp(differential::models()[at].name, call.name) == 0) {
             ++at;
         } else {
@@ -92,9 +92,9 @@ bool has_all_models() {
 int count_missed(uint64_t calls) {
     constexpr uint64_t kLongRun = 20000;
     int missed = 0;
-    for (size_t n = 0; n < adpsh::calls().size() && calls >= kLongRun; ++n) {
+    for (size_t n = 0; n < exported::calls().size() && calls >= kLongRun; ++n) {
         if (differential::counts().calls[n] == 0) {
-            std::printf("differential: %s was never called\n", adpsh::calls()[n].name);
+            std::printf("differential: %s was never called\n", exported::calls()[n].name);
             ++missed;
         }
     }
@@ -171,7 +171,7 @@ int run(const Options &options, std::FILE *trace) {
         return 1;
     }
     std::printf("differential: %llu calls of %zu functions agree, and %llu calls that they made (seed %llu, %.1f s)\n",
-                static_cast<unsigned long long>(made), adpsh::calls().size(),
+                static_cast<unsigned long long>(made), exported::calls().size(),
                 static_cast<unsigned long long>(differential::counts().imported_calls),
                 static_cast<unsigned long long>(options.seed), progress.seconds());
     return 0;

@@ -10,18 +10,8 @@
 
 namespace differential {
 
-void store(const adpsh::Type &type, uint64_t number, uint8_t *to) {
-    const auto as = [&](auto value) { std::memcpy(to, &value, sizeof value); };
-    switch (type.size) {
-        case 1:
-            return as(static_cast<uint8_t>(number));
-        case 2:
-            return as(static_cast<uint16_t>(number));
-        case 4:
-            return as(static_cast<uint32_t>(number));
-        default:
-            return as(number);
-    }
+void store(const calls::Element &type, uint64_t number, uint8_t *to) {
+    calls::store(type.kind, to, static_cast<int64_t>(number));
 }
 
 void fill_equal_bytes(Random &random, uint8_t *to, size_t size) {
@@ -34,7 +24,7 @@ namespace {
 
 void fill_words(Random &random, uint8_t *to, size_t size) {
     for (size_t n = 0; n < size; n += sizeof(uint32_t)) {
-        store(adpsh::kWord32, n == 0 ? any_number(random) : random.sparse(), to + n);
+        store(calls::kWord32, n == 0 ? any_number(random) : random.sparse(), to + n);
     }
 }
 
@@ -55,7 +45,7 @@ void fill_action(Random &random, FpAction &action) {
     constexpr uint32_t kTypes[] = {30, 30, 33, 33, 53, 53, 1, 11, 77};
     action.type = random.one_of(kTypes);
     fill_words(random, action.param, sizeof(adp_ports_t));
-    store(adpsh::kWord32, random.below(20), action.param2);
+    store(calls::kWord32, random.below(20), action.param2);
 }
 
 void fill_entity(Random &random, FpEntity &entity, bool as_equal_bytes) {
@@ -101,15 +91,15 @@ void fill_as(uint8_t *to, Fill fill) {
     std::memcpy(to, &record, sizeof record);
 }
 
-void fill_record(Random &random, const adpsh::Record &record, uint8_t *to) {
+void fill_record(Random &random, const calls::Struct &record, uint8_t *to) {
     const std::string_view type = record.name;
     if (type == "FpEntity") {
         fill_rule(random, false, to);
         return;
     }
-    for (const adpsh::Field &field : record.fields) {
+    for (const calls::Field &field : record.fields) {
         for (size_t n = 0; n < field.count; ++n) {
-            fill_element(random, field.type, field.name, to + field.offset + n * field.type.size);
+            fill_element(random, field.element, field.name, to + field.offset + n * field.element.size);
         }
     }
     if (type == "RemarkRule") {
@@ -127,10 +117,10 @@ void fill_rule(Random &random, bool as_equal_bytes, uint8_t *to) {
     std::memcpy(to, &entity, sizeof entity);
 }
 
-void fill_element(Random &random, const adpsh::Type &type, const char *name, uint8_t *to) {
+void fill_element(Random &random, const calls::Element &type, const char *name, uint8_t *to) {
     const std::string_view what = name;
-    if (type.kind == adpsh::Kind::kRecord) {
-        fill_record(random, *type.record, to);
+    if (type.kind == calls::Kind::kStruct) {
+        fill_record(random, *type.layout, to);
     } else if (type.is_interface) {
         store(type, any_interface(random), to);
     } else if (what == "members" || what == "untagged" || what == "bitmap" || what == "word") {

@@ -6,13 +6,11 @@
 
 #include <span>
 
-#include "tools/adpsh/table.h"
-
 namespace differential {
 
 struct Model {
     const char *name;
-    adpsh::Result (*invoke)(void *const *arguments);
+    void *function;
 };
 
 std::span<const Model> models();

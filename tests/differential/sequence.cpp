@@ -8,8 +8,8 @@
 #include <string>
 #include <string_view>
 
+#include "calls/exported.h"
 #include "tests/differential/random.h"
-#include "tools/adpsh/table.h"
 
 namespace differential {
 namespace {
@@ -62,7 +62,7 @@ uint32_t weight_of(std::string_view name) {
 }
 
 size_t index_of(std::string_view name) {
-    const auto calls = adpsh::calls();
+    const auto calls = exported::calls();
     const auto found = std::find_if(calls.begin(), calls.end(), [&](const auto &call) { return call.name == name; });
     if (found == calls.end()) {
         std::fprintf(stderr, "differential: there is no call named %s\n", std::string(name).c_str());
@@ -75,8 +75,8 @@ size_t index_of(std::string_view name) {
 const std::vector<size_t> &weighted_calls() {
     static const std::vector<size_t> indexes = [] {
         std::vector<size_t> all;
-        for (size_t index = 0; index < adpsh::calls().size(); ++index) {
-            all.insert(all.end(), weight_of(adpsh::calls()[index].name), index);
+        for (size_t index = 0; index < exported::calls().size(); ++index) {
+            all.insert(all.end(), weight_of(exported::calls()[index].name), index);
         }
         return all;
     }();
@@ -116,7 +116,7 @@ Sequence make_sequence(uint64_t seed, size_t calls) {
 }
 
 const char *name_of(const Step &step) {
-    return adpsh::calls()[step.call].name;
+    return exported::calls()[step.call].name;
 }
 
 }  // namespace differential

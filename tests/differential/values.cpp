@@ -193,7 +193,7 @@ void fill_element(Random &random, CallId id, const Element &element, void *to);
 
 void fill_struct(Random &random, CallId id, const Element &element, uint8_t *to) {
     for (const auto &field : element.layout->fields) {
-        const size_t size = calls::element_size(field.element);
+        const size_t size = field.element.size;
         for (uint32_t n = 0; n < field.count; ++n) {
             fill_element(random, id, field.element, to + field.offset + n * size);
         }
@@ -203,12 +203,12 @@ void fill_struct(Random &random, CallId id, const Element &element, uint8_t *to)
 void fill_element(Random &random, CallId id, const Element &element, void *to) {
     constexpr unsigned kHigh = 32;
     switch (element.kind) {
-        case Kind::Struct:
+        case Kind::kStruct:
             fill_struct(random, id, element, static_cast<uint8_t *>(to));
             break;
-        case Kind::U64: {
+        case Kind::kU64: {
             const uint64_t high = any_number(random);
-            calls::store(Kind::U64, to, static_cast<int64_t>(high << kHigh | random.next()));
+            calls::store(Kind::kU64, to, static_cast<int64_t>(high << kHigh | random.next()));
             break;
         }
         default:
@@ -233,7 +233,7 @@ void fill_output(Random &random, CallId id, const Param &param, void *to, size_t
         fill_vlan_record(random, to);
         return;
     }
-    const size_t size = calls::element_size(param.element);
+    const size_t size = param.element.size;
     for (size_t n = 0; n < count; ++n) {
         fill_element(random, id, param.element, static_cast<uint8_t *>(to) + n * size);
     }

@@ -6,7 +6,7 @@
 #include <cstdio>
 
 #include "calls/call_table.h"
-#include "tools/adpsh/table.h"
+#include "calls/exported.h"
 
 namespace fault_injection {
 namespace {
@@ -55,11 +55,11 @@ TEST(Rows, NameEveryExportedFunctionAndNoOther) {
     for (const std::string &name : family_names()) {
         for (const Row &row : read_family(name).rows) {
             rows.insert(row.function);
-            EXPECT_NE(adpsh::find_call(row.function), nullptr) << row.where << ": no function " << row.function;
+            EXPECT_NE(exported::find_call(row.function), nullptr) << row.where << ": no function " << row.function;
         }
     }
-    for (const adpsh::Call &call : adpsh::calls()) {
-        EXPECT_TRUE(call.is_present) << call.name << " is not in the library under test";
+    for (const exported::Call &call : exported::calls()) {
+        EXPECT_TRUE(call.function != nullptr) << call.name << " is not in the library under test";
         EXPECT_EQ(rows.count(call.name), 1U) << call.name << " has no row in tests/fault_injection/rows";
     }
 }

@@ -6,13 +6,13 @@
 #include <functional>
 #include <stdexcept>
 
+#include "calls/exported.h"
 #include "tests/fault_injection/plan_reader.h"
 #include "tests/fault_injection/target.h"
 #include "tests/support/call_line.h"
 #include "tests/support/fake_system.h"
 #include "tests/support/library_test.h"
 #include "tools/adpsh/arguments.h"
-#include "tools/adpsh/table.h"
 
 namespace fault_injection {
 namespace {
@@ -30,7 +30,7 @@ class Subject {
         arguments_.fill_outputs(kUntouched);
     }
 
-    int64_t invoke() { return call_.result == adpsh::ResultKind::kRecord ? found() : arguments_.invoke().number; }
+    int64_t invoke() { return call_.result == calls::Result::kStruct ? found() : arguments_.invoke(); }
 
     [[nodiscard]] std::vector<std::string> outputs() const {
         std::vector<std::string> bytes;
@@ -38,9 +38,9 @@ class Subject {
             if (slot.pointed != nullptr) {
                 bytes.emplace_back(slot.pointed->begin(), slot.pointed->end());
             }
-            if (slot.parameter->shape == adpsh::Shape::kFrameRecord) {
+            if (slot.parameter->shape == calls::Shape::kFrameRecord) {
                 add_numbers(slot, bytes);
-            } else if (adpsh::is_output(*slot.parameter) && slot.parameter->shape != adpsh::Shape::kOutPointer) {
+            } else if (slot.parameter->is_written() && slot.parameter->shape != calls::Shape::kOutPointer) {
                 bytes.emplace_back(slot.storage.begin(), slot.storage.end());
             }
         }
@@ -53,12 +53,12 @@ class Subject {
         for (const adpsh::Slot &slot : arguments_.slots()) {
             if (slot.pointed != nullptr && target.name == "frame") {
                 auto &frame = const_cast<adpsh::Bytes &>(*slot.pointed);
-                store(target, {adpsh::Kind::kU8, 1}, frame.size(), frame.data(), assignment.value);
+                store(target, {calls::Kind::kU8, 1}, frame.size(), frame.data(), assignment.value);
                 return true;
             }
             if (target.name == slot.parameter->name) {
                 auto &storage = const_cast<adpsh::Bytes &>(slot.storage);
-                store(target, slot.parameter->type, slot.elements, storage.data(), assignment.value);
+                store(target, slot.parameter->element, slot.elements, storage.data(), assignment.value);
                 return true;
             }
         }
@@ -66,21 +66,21 @@ class Subject {
     }
 
   private:
-    int64_t found() { return arguments_.invoke().address == nullptr ? 0 : 1; }
+    int64_t found() { return arguments_.invoke() == 0 ? 0 : 1; }
 
     /** The numbers of a record: its addresses differ from run to run, and the frame itself is compared. */
     static void add_numbers(const adpsh::Slot &slot, std::vector<std::string> &bytes) {
-        for (const adpsh::Field &field : slot.parameter->type.record->fields) {
+        for (const calls::Field &field : slot.parameter->element.layout->fields) {
             if (!field.is_pointer && !slot.is_null) {
                 const auto from = slot.storage.begin() + static_cast<ptrdiff_t>(field.offset);
-                bytes.emplace_back(from, from + static_cast<ptrdiff_t>(field.type.size * field.count));
+                bytes.emplace_back(from, from + static_cast<ptrdiff_t>(field.element.size * field.count));
             }
         }
     }
 
     adpsh::Variables variables_;
     adpsh::Command command_;
-    const adpsh::Call &call_;
+    const exported::Call &call_;
     adpsh::Arguments arguments_;
 };
 
@@ -105,7 +105,7 @@ Memory memory_of(const Subject &subject) {
 /** The clause `before`: calls and assignments that make what the function finds. */
 void prepare(const Row &row, const State &state) {
     for (const std::string &piece : split(in_state(row.clause("before"), state), ';')) {
-        if (adpsh::find_call(piece.substr(0, piece.find(' '))) != nullptr) {
+        if (exported::find_call(piece.substr(0, piece.find(' '))) != nullptr) {
             Subject(piece).invoke();
         } else {
             for (const Assignment &assignment : assignments_of(piece)) {

@@ -40,25 +40,25 @@ bool has_room(const adpsh::Value &value) {
 }
 
 /** Stores a list, a set or one element, all of which must have room. */
-void store_values(const adpsh::Type &type, size_t count, void *to, const adpsh::Value &value) {
+void store_values(const calls::Element &type, size_t count, void *to, const adpsh::Value &value) {
     const adpsh::Variables none;
     std::deque<adpsh::Bytes> room;
     adpsh::Context context{none, room};
-    const bool is_record = type.kind == adpsh::Kind::kRecord && value.form == adpsh::Value::Form::kBraces;
-    const bool is_bytes = type.kind == adpsh::Kind::kU8 && count > 1;
+    const bool is_record = type.kind == calls::Kind::kStruct && value.form == adpsh::Value::Form::kBraces;
+    const bool is_bytes = type.kind == calls::Kind::kU8 && count > 1;
     if (count == 1 || is_record || !(has_room(value) || is_bytes)) {
         return adpsh::store_element(type, value, to, context);
     }
-    const adpsh::Bytes bytes = adpsh::array_of(type, value, type.kind == adpsh::Kind::kU32 ? count : 0, context);
+    const adpsh::Bytes bytes = adpsh::array_of(type, value, type.kind == calls::Kind::kU32 ? count : 0, context);
     if (bytes.size() > count * type.size) {
         throw std::runtime_error("there is no room for " + adpsh::written(value));
     }
     std::memcpy(to, bytes.data(), bytes.size());
 }
 
-const adpsh::Field &field_named(const adpsh::Type &type, const std::string &name) {
-    if (type.record != nullptr) {
-        for (const adpsh::Field &field : type.record->fields) {
+const calls::Field &field_named(const calls::Element &type, const std::string &name) {
+    if (type.layout != nullptr) {
+        for (const calls::Field &field : type.layout->fields) {
             if (name == field.name) {
                 return field;
             }
@@ -67,15 +67,15 @@ const adpsh::Field &field_named(const adpsh::Type &type, const std::string &name
     throw std::runtime_error("there is no field " + name);
 }
 
-void store_field(const std::string &text, const adpsh::Type &type, uint8_t *record, const std::string &value) {
+void store_field(const std::string &text, const calls::Element &type, uint8_t *record, const std::string &value) {
     const Target inside = target_of(text);
-    const adpsh::Field &field = field_named(type, inside.name);
-    store(inside, field.type, field.count, record + field.offset, value);
+    const calls::Field &field = field_named(type, inside.name);
+    store(inside, field.element, field.count, record + field.offset, value);
 }
 
 /** Tables of the library's own that a program does not see. */
 bool assign_hidden(const Target &target, const std::string &value) {
-    constexpr adpsh::Type kByte = {adpsh::Kind::kU8, 1};
+    constexpr calls::Element kByte = {calls::Kind::kU8, 1};
     if (target.name == "agg_link_status") {
         store(target, kByte, sizeof adp::agg_link_status, adp::agg_link_status, value);
         return true;
@@ -106,7 +106,7 @@ void give_struct(const calls::Param &param, const std::string &value, std::vecto
         for (const calls::Field &field : param.element.layout->fields) {
             if (item.name == field.name) {
                 calls::store(field.element.kind, bytes.data() + field.offset,
-                             adpsh::number_of(item.value, adpsh::Kind::kU32));
+                             adpsh::number_of(item.value, calls::Kind::kU32));
             }
         }
     }
@@ -114,11 +114,11 @@ void give_struct(const calls::Param &param, const std::string &value, std::vecto
 
 /** The bytes of a driver call's output: numbers, a struct's fields, or `every NN`. */
 std::vector<uint8_t> output_bytes(const calls::Param &param, const std::string &value) {
-    const size_t size = calls::element_size(param.element);
+    const size_t size = param.element.size;
     std::vector<uint8_t> bytes(size * param.extent);
     if (value.rfind(kEveryByte, 0) == 0) {
         bytes.assign(bytes.size(), adpsh::bytes_of(value_of(value.substr(kEveryByte.size())), {}).front());
-    } else if (param.element.kind == calls::Kind::Struct) {
+    } else if (param.element.kind == calls::Kind::kStruct) {
         give_struct(param, value, bytes);
     } else {
         const adpsh::Value parsed = value_of(value);
@@ -127,7 +127,7 @@ std::vector<uint8_t> output_bytes(const calls::Param &param, const std::string &
         bytes.resize(std::max(bytes.size(), items.size() * size));
         for (size_t index = 0; index < items.size(); ++index) {
             calls::store(param.element.kind, &bytes[index * size],
-                         adpsh::number_of(items[index].value, adpsh::Kind::kU64));
+                         adpsh::number_of(items[index].value, calls::Kind::kU64));
         }
     }
     return bytes;
@@ -144,7 +144,7 @@ Target target_of(const std::string &text) {
             dot == std::string::npos ? "" : text.substr(dot + 1)};
 }
 
-void store(const Target &target, const adpsh::Type &type, size_t count, void *to, const std::string &value) {
+void store(const Target &target, const calls::Element &type, size_t count, void *to, const std::string &value) {
     auto *bytes = static_cast<uint8_t *>(to);
     if (!target.indexes.empty()) {
         const size_t index = target.indexes.front();
@@ -162,8 +162,8 @@ void store(const Target &target, const adpsh::Type &type, size_t count, void *to
         return;
     }
     if (value.rfind(kWord, 0) == 0) {
-        adpsh::store_number(adpsh::kWord32, adpsh::number_of(value_of(value.substr(kWord.size())), adpsh::Kind::kU32),
-                            bytes);
+        calls::store(calls::Kind::kU32, bytes,
+                     adpsh::number_of(value_of(value.substr(kWord.size())), calls::Kind::kU32));
         return;
     }
     store_values(type, count, bytes, value_of(value));
@@ -174,7 +174,7 @@ void assign_table(const Assignment &assignment) {
     if (assign_hidden(target, assignment.value)) {
         return;
     }
-    const adpsh::Table *table = adpsh::find_table(target.name);
+    const exported::Table *table = exported::find_table(target.name);
     if (table == nullptr) {
         throw std::runtime_error("there is no parameter or table " + target.name);
     }
@@ -192,11 +192,11 @@ void assign_table(const Assignment &assignment) {
         target.indexes = {target.indexes[0] * table->columns + target.indexes[1]};
     } else if (!target.indexes.empty() && table->columns > 1) {
         // A row of a table with columns.
-        address = static_cast<uint8_t *>(address) + target.indexes.front() * table->columns * table->type.size;
+        address = static_cast<uint8_t *>(address) + target.indexes.front() * table->columns * table->element.size;
         target.indexes.clear();
-        return store(target, table->type, table->columns, address, assignment.value);
+        return store(target, table->element, table->columns, address, assignment.value);
     }
-    store(target, table->type, rows * table->columns, address, assignment.value);
+    store(target, table->element, rows * table->columns, address, assignment.value);
 }
 
 void give(const std::string &text) {
@@ -205,7 +205,7 @@ void give(const std::string &text) {
         const std::string name = assignment.target.substr(0, dot);
         if (dot == std::string::npos) {
             recording::driver().on(name).returns(
-                static_cast<int32_t>(adpsh::number_of(value_of(assignment.value), adpsh::Kind::kI32)));
+                static_cast<int32_t>(adpsh::number_of(value_of(assignment.value), calls::Kind::kI32)));
             continue;
         }
         const std::string output = assignment.target.substr(dot + 1);

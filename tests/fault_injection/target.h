@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "calls/exported.h"
 #include "tests/fault_injection/plan.h"
-#include "tools/adpsh/table.h"
 
 namespace fault_injection {
 
@@ -25,7 +25,7 @@ struct Target {
 Target target_of(const std::string &text);
 
 /** Stores a value into one of @p count elements at @p to, or into the first of them. */
-void store(const Target &target, const adpsh::Type &type, size_t count, void *to, const std::string &value);
+void store(const Target &target, const calls::Element &type, size_t count, void *to, const std::string &value);
 
 /** Stores into an exported table; throws std::runtime_error when there is none of that name. */
 void assign_table(const Assignment &assignment);

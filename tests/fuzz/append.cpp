@@ -1,4 +1,4 @@
-// The appenders of rule records: each call against a copy of the record that is filled as the contract says.
+// The calls that append to rule records: each call against a copy of the record that is filled by the contract.
 //
 // Input: the counts that the record starts with, then calls until it ends.
 #include <algorithm>
@@ -19,7 +19,7 @@ constexpr int32_t kQualifierBytes = 64;
 constexpr int32_t kActionBytes = 256;
 constexpr int kMostCalls = 64;
 
-/** A block and the length that a call is told; longer than the block only where the call must refuse to read it. */
+/** A block and the length given to the call; longer than the block only where the call must not read it. */
 struct Block {
     Bytes bytes;
     int32_t length = 0;
@@ -32,7 +32,7 @@ struct Block {
     }
 };
 
-/** Small lengths for the most part, and any 32 bits now and then. */
+/** Mostly small lengths, sometimes any 32 bits. */
 int32_t read_length(fuzz::Input *input) {
     constexpr uint8_t kAnyNumber = 0xFF;
     constexpr int32_t kStep = 2;
@@ -124,7 +124,7 @@ void add_action(fuzz::Input *input, FpEntity *entity, FpEntity *expected) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     fuzz::be_quiet();
     fuzz::Input input(data, size);
-    // On the heap: what is written beyond the record is seen.
+    // On the heap, so that the sanitizer finds writes beyond the record.
     const auto entity = std::make_unique<FpEntity>();
     const auto expected = std::make_unique<FpEntity>();
     std::memset(entity.get(), 0, sizeof *entity);

@@ -1,7 +1,7 @@
-// Driver calls with any arguments, frames of any content and time that passes, all on one virtual chip. What comes out
-// must be possible, and the same when everything happens a second time on another chip.
+// Driver calls with any arguments, frames with any content and passing time, all on one virtual chip. The output must
+// be valid, and the same when the steps are repeated on another chip.
 //
-// Input: steps until it ends. Each is a number: a call, a frame on a port, or time; then what it needs.
+// Input: steps until it ends. Each is a number, for a call, a frame on a port, or time, and its parameters.
 #include <algorithm>
 #include <chrono>
 
@@ -19,11 +19,11 @@ using fuzz::expect;
 using vdevice::chip::Switch;
 
 constexpr int kMostSteps = 48;
-constexpr uint16_t kFrame = 0xFF00;  // a step of this or more is no call
+constexpr uint16_t kFrame = 0xFF00;  // smaller steps are calls
 constexpr uint16_t kTime = 0xFFC0;
 constexpr size_t kLongestGrowth = 64; /**< of a frame by all tags that the chip may add */
 
-/** Numbers in few bytes: most of those that matter take one. */
+/** Numbers in few bytes: most of the interesting ones take one. */
 class InputNumbers final : public random_call::Source {
   public:
     explicit InputNumbers(fuzz::Input *input) : input_(input) {}
@@ -52,7 +52,7 @@ class InputNumbers final : public random_call::Source {
 
 class Device {
   public:
-    /** Carries out the steps; everything that came out, as bytes. */
+    /** Executes the steps. @return all output, as bytes */
     Bytes run(fuzz::Input input) {
         link_all();
         for (int step = 0; step < kMostSteps && !input.is_empty(); ++step) {
@@ -121,7 +121,7 @@ class Device {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     const fuzz::Input input(data, size);
     const Bytes first = Device().run(input);
-    // Not with every input: making a chip takes most of the time.
+    // Not for every input: creating a chip takes most of the time.
     constexpr size_t kRepeatedOneIn = 4;
     if (size % kRepeatedOneIn == 0) {
         expect(first == Device().run(input), "the same happens twice");

@@ -1,3 +1,4 @@
+// Reads the inputs of fuzz targets, and reports what does not hold.
 #include "tests/fuzz/fuzz.h"
 
 #include <unistd.h>
@@ -44,7 +45,7 @@ void expect(bool holds, const char *what) {
 }
 
 void be_quiet() {
-    // The streams, not the descriptors: the fuzzer and the sanitizers write to those.
+    // The streams, not the descriptors, to which the fuzzer and the sanitizers write.
     static FILE *const nowhere = std::fopen("/dev/null", "w");
     if (nowhere != nullptr) {
         stdout = nowhere;

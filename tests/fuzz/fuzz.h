@@ -1,7 +1,7 @@
 /**
  * @file fuzz.h
  * What fuzz targets share. A target defines LLVMFuzzerTestOneInput(); it is linked with the fuzzer in the build `fuzz`
- * and with replay_main.cpp everywhere else, where it runs the inputs that are kept.
+ * and with replay_main.cpp everywhere else, where it runs the stored inputs.
  */
 #pragma once
 
@@ -16,7 +16,7 @@ namespace fuzz {
 
 using Bytes = std::vector<uint8_t>;
 
-/** Takes an input apart, numbers big-endian so that it means the same on any machine. Behind its end are zeros. */
+/** Reads an input. Numbers are big-endian, so that it is the same on every machine; after its end are zeros. */
 class Input {
   public:
     Input(const uint8_t *data, size_t size) : data_(data, size) {}
@@ -36,10 +36,10 @@ class Input {
     std::span<const uint8_t> data_;
 };
 
-/** Ends the program if what must hold does not: the fuzzer keeps the input. */
+/** Aborts the program if a condition does not hold; the fuzzer then stores the input. */
 void expect(bool holds, const char *what);
 
-/** From now on what the code under test prints goes nowhere; what expect() and the sanitizers say does not. */
+/** Discards what the code under test prints, but not the messages of expect() and the sanitizers. */
 void be_quiet();
 
 }  // namespace fuzz

@@ -1,6 +1,6 @@
 /**
  * @file protocol.h
- * Bytes for the daemon's protocol, either as they come or put into messages whose lengths are right.
+ * Bytes for the daemon's protocol, as they are or in messages of correct length.
  */
 #pragma once
 
@@ -21,7 +21,7 @@ struct Framing {
     }
 };
 
-/** A greeting if asked for; then messages of a count of words and these words, or the input as it is. */
+/** A greeting if asked for; then messages, each a count of words and the words, or the input as it is. */
 inline Bytes protocol_bytes(Input *input, Framing framing) {
     using namespace vdevice::remote;
     Writer writer;

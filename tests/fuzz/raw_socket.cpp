@@ -1,3 +1,4 @@
+// A non-blocking client of a Unix socket.
 #include "tests/fuzz/raw_socket.h"
 
 #include <sys/socket.h>

@@ -1,6 +1,6 @@
 /**
  * @file raw_socket.h
- * A client of a Unix socket that never waits, within the thread that also runs the server.
+ * A non-blocking client of a Unix socket, in the thread that also runs the server.
  */
 #pragma once
 
@@ -19,11 +19,11 @@ class RawSocket {
     RawSocket(const RawSocket &) = delete;
     RawSocket &operator=(const RawSocket &) = delete;
 
-    /** Sends what the other end takes now; how much that was. */
+    /** Sends without waiting. @return the number of bytes sent */
     size_t send(std::span<const uint8_t> data) const;
-    /** Nothing more will be sent. */
+    /** Shuts down sending. */
     void finish() const;
-    /** Adds what has arrived; false once the other end has closed. */
+    /** Appends what has been received. @return false once the other end has closed */
     bool receive(Bytes *to) const;
 
   private:

@@ -1,4 +1,4 @@
-// adp_receive_frame(): the frame without its tag, the ingress interface, and nothing beyond the frame.
+// adp_receive_frame(): the frame without its tag, the ingress interface, no access beyond the frame.
 //
 // Input: a map row and the port it gets, how much shorter the frame is said to be than it is, the upper half of the
 // length, and the frame.
@@ -34,10 +34,10 @@ struct Received {
     adp_intf_t intf = kUntouched;
 };
 
-void expect_refused(const Received &out, const Bytes &frame, const Bytes &before) {
-    expect(frame == before, "a refused frame is untouched");
+void expect_rejected(const Received &out, const Bytes &frame, const Bytes &before) {
+    expect(frame == before, "a rejected frame is unchanged");
     expect(out.frame == nullptr && out.length == kUntouched && out.flag == kUntouched && out.intf == kUntouched,
-           "a refused frame leaves the outputs alone");
+           "a rejected frame does not change the outputs");
 }
 
 void expect_stripped(const Received &out, const Bytes &frame, const Bytes &before, size_t length) {
@@ -48,7 +48,7 @@ void expect_stripped(const Received &out, const Bytes &frame, const Bytes &befor
     expect(std::equal(frame.begin(), frame.begin() + out.length, expected.begin()), "the frame without its tag");
     expect(std::equal(frame.begin() + static_cast<ptrdiff_t>(length), frame.end(),
                       before.begin() + static_cast<ptrdiff_t>(length)),
-           "what stands behind the frame is untouched");
+           "the bytes after the frame are unchanged");
     expect(out.intf == interface_of(before[kTagEnd - 1] & kPortMask), "the ingress port's interface");
 }
 
@@ -70,8 +70,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
         adp_receive_frame(frame.data(), &out.frame, static_cast<uint32_t>(upper << kUpperHalf | length), &out.length,
                           &out.flag, &out.intf);
     if (length < kTagEnd) {
-        expect(status == ADP_FAIL, "a frame without room for the tag is refused");
-        expect_refused(out, frame, before);
+        expect(status == ADP_FAIL, "a frame shorter than its tag is rejected");
+        expect_rejected(out, frame, before);
     } else {
         expect(status == ADP_OK, "a frame with a tag is taken");
         expect_stripped(out, frame, before, length);

@@ -1,4 +1,4 @@
-// __adp_receive_frame(): every field of the descriptor against a parser that is written as plainly as possible.
+// __adp_receive_frame(): every field of the descriptor against a simple parser.
 //
 // Input: flags, the aggregation interface of the ingress port, the VLAN's members, the place of the VLAN tag that is
 // checked, the upper half of the length, and the frame.
@@ -31,7 +31,7 @@ struct Situation {
     Bytes frame;
 };
 
-/** What parsing finds: places in the stripped frame. */
+/** The result of parsing: offsets in the stripped frame. */
 struct Parsed {
     bool good = false;
     Place vlan, ipv4, ipv6, l4, udp;
@@ -180,11 +180,11 @@ void expect_parsed(const adp_rx_frame_t &desc, const Bytes &frame, const Situati
     expect_place(desc.udp_header, frame, parsed.udp, "the UDP header");
 }
 
-void expect_kept(const adp_rx_frame_t &desc, const adp_rx_frame_t &before) {
+void expect_unchanged(const adp_rx_frame_t &desc, const adp_rx_frame_t &before) {
     expect(desc.length == before.length && desc.ethernet_header == nullptr && desc.ipv4_header == nullptr &&
                desc.ipv6_header == nullptr && desc.l4_header == nullptr && desc.udp_header == nullptr &&
                desc.vlan_tag == before.vlan_tag,
-           "a refused frame leaves the other fields alone");
+           "a rejected frame does not change the other fields");
 }
 
 }  // namespace
@@ -193,7 +193,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     const Situation s = read(data, size);
     set_up(s);
     Bytes frame = s.frame;
-    Bytes apart(4, 1);  // a tag that stands outside the frame
+    Bytes apart(4, 1);  // a tag outside the frame
     adp_rx_frame_t desc = {};
     desc.frame = frame.data();
     desc.length = static_cast<uint32_t>(s.upper << 16 | frame.size());
@@ -203,15 +203,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     const adp_rx_frame_t before = desc;
     const adp_status_t status = __adp_receive_frame(&desc, s.checks ? 1 : 0);
     if (s.frame.size() < kTagStart + kTagLength) {
-        expect(status == ADP_FAIL && frame == s.frame && desc.intf == 0 && desc.phy == 0, "a short frame is refused");
-        expect_kept(desc, before);
+        expect(status == ADP_FAIL && frame == s.frame && desc.intf == 0 && desc.phy == 0, "a short frame is rejected");
+        expect_unchanged(desc, before);
     } else {
         const uint32_t port = s.frame[kTagStart + kTagLength - 1] & 63;
         const uint32_t intf = interface_of(port, s.group);
         expect(desc.phy == static_cast<int32_t>(port) && desc.intf == intf, "ingress port and interface");
         if (s.checks && !is_let_in(s, intf)) {
-            expect(status == ADP_FAIL && frame == s.frame, "a frame from outside the VLAN is refused");
-            expect_kept(desc, before);
+            expect(status == ADP_FAIL && frame == s.frame, "a frame from outside the VLAN is rejected");
+            expect_unchanged(desc, before);
         } else {
             expect_parsed(desc, frame, s, before.vlan_tag, status);
         }

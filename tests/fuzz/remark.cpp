@@ -65,7 +65,7 @@ void expect_condition(const FpQualify &condition, uint32_t type, const void *dat
            "a condition's mask");
 }
 
-/** The conditions behind that of the ports; the request has been shifted. */
+/** The conditions after that of the ports; the request has been shifted. */
 void expect_field(const FpEntity &entity, const RemarkRule &rule) {
     constexpr uint32_t kTypes[kFields] = {7, 6, 23, 22, 29, 10, 9, 30, 31, 332, 27, 28};
     const uint32_t type = kTypes[rule.match_field];
@@ -107,7 +107,7 @@ void add(fuzz::Input *input, bool driver_works, std::map<uint32_t, RemarkRule> *
     const adp_status_t status = adp_add_remark_rule(&rule);
     expect(std::memcmp(&rule, &expected, sizeof rule) == 0, "of the request only the ports are shifted");
     if (rule.rule_form != kPortsOnly && rule.rule_form != kOneField) {
-        expect(status == 101, "another form is refused");
+        expect(status == 101, "another form is rejected");
         return;
     }
     (*installed)[rule.rule_id] = rule;
@@ -128,7 +128,7 @@ void remove(fuzz::Input *input, bool driver_works, std::map<uint32_t, RemarkRule
     installed->erase(id & UINT16_MAX);
 }
 
-/** Lets every call of one name fail; true if none does. */
+/** Makes every call of one name fail. @return true if none fails */
 bool script_failures(fuzz::Input *input) {
     const char *const names[] = {"user_field_entry_create_id", "user_field_entry_prio_set",
                                  "user_field_qualify_InPorts", "user_field_action_add",

@@ -1,5 +1,5 @@
-// The calling end of the driver socket, with any bytes from a daemon, in any pieces: a call gives its answer or fails,
-// and a failed one leaves its outputs alone.
+// The client of the driver socket, with any bytes from a daemon, in any pieces: a call returns its answer or fails, and
+// a failed call does not write its outputs.
 //
 // Input: the call, the seed of its arguments, how the answer begins (see protocol.h), the sizes of its pieces, and the
 // bytes. The system calls of the client are answered here.
@@ -41,7 +41,7 @@ struct Peer {
     Bytes bytes;
     size_t position = 0;
     size_t piece = 1;
-    bool hangs = false; /**< when the bytes are out it does not close, but says nothing more */
+    bool hangs = false; /**< after the bytes it stays open and silent */
     bool pauses = false;
     bool open = false;
 
@@ -65,7 +65,7 @@ Peer *peer = nullptr;
 
 }  // namespace
 
-// The linker's names for the calls and for the system's own are fixed.
+// The linker's names for the wrapped calls and the originals are fixed.
 extern "C" {
 
 int __real_socket(int domain, int type, int protocol);
@@ -120,7 +120,7 @@ int __wrap_close(int descriptor) {
 
 namespace {
 
-/** The result of the reply behind the greeting, if it is a whole one. */
+/** The result in the reply after the greeting, if it is complete. */
 std::optional<int32_t> result_of(const Bytes &bytes) {
     Reader reader(bytes);
     if (reader.word() != vdevice::remote::kMagic || reader.word() != calls::kInterfaceChecksum) {

@@ -1,5 +1,5 @@
-// The daemon's end of the driver socket, with any bytes from a client: what it answers is made of whole messages, and
-// another client is served as if nothing had happened.
+// The server of the driver socket, with any bytes from a client: it answers with complete messages, and serves another
+// client as before.
 //
 // Input: how it begins (see protocol.h), where it is cut in two, and the bytes.
 #include "vdevice/remote/server.h"
@@ -38,7 +38,7 @@ int32_t take_event(Extra, std::span<const uint32_t> words, std::vector<uint32_t>
     return static_cast<int32_t>(words.size());
 }
 
-/** One server for all inputs, as the daemon has one for all clients. */
+/** One server for all inputs, like the daemon's for all clients. */
 class Daemon {
   public:
     Daemon() : server_(answer, folder_.path() + "/driver") { server_.set_extra_handler(take_event); }
@@ -51,7 +51,7 @@ class Daemon {
     Server server_;
 };
 
-/** Lets server and client go on until neither has anything to do; true if the client is still connected. */
+/** Runs server and client until both are idle. @return true if the client is still connected */
 bool run(Server &server, const fuzz::RawSocket &client, Bytes *received) {
     bool open = true;
     for (int round = 0; round < kMostRounds && open; ++round) {
@@ -66,7 +66,7 @@ bool run(Server &server, const fuzz::RawSocket &client, Bytes *received) {
     return open;
 }
 
-/** Greeting, then messages, each as long as it says; only a client that was closed may miss the rest of one. */
+/** Checks the greeting and the length of each message; the last may be cut short if the client was closed. */
 void expect_whole_messages(const Bytes &received, bool is_open) {
     Reader reader(received);
     if (received.empty()) {
@@ -100,7 +100,7 @@ void expect_served(Server &server, const fuzz::RawSocket &client) {
            "the other client's result");
 }
 
-/** A client that does as it should. */
+/** A client that follows the protocol. */
 const fuzz::RawSocket &other_client(Daemon &daemon) {
     static const fuzz::RawSocket client = daemon.connect();
     static const bool greeted = [&] {

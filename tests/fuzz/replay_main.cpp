@@ -1,4 +1,4 @@
-// Runs a fuzz target over the files that its arguments name, or that stand in the folders they name.
+// Runs a fuzz target on files, or on all files of folders.
 #include <unistd.h>
 
 #include <algorithm>
@@ -18,8 +18,8 @@ namespace fs = std::filesystem;
 void replay(const fs::path &path) {
     std::ifstream file(path, std::ios::binary);
     const std::vector<char> bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-    // Said beforehand: the last name is that of the input that ended the program. A copy of exactly the input's size,
-    // so that reading beyond it is seen.
+    // Printed first: the last name is that of the input that ended the program. The copy has exactly the input's size,
+    // so that the sanitizer finds reads beyond it.
     dprintf(STDOUT_FILENO, "%s: %zu bytes\n", path.c_str(), bytes.size());
     const fuzz::Bytes input(bytes.begin(), bytes.end());
     LLVMFuzzerTestOneInput(input.data(), input.size());

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Writes the seeds of every fuzz target: seeds.py FOLDER makes FOLDER/TARGET/NAME. How a target reads its input stands
-at the head of its source."""
+"""Writes the seeds of every fuzz target: seeds.py FOLDER makes FOLDER/TARGET/NAME. The
+head of a target's source describes its input."""
 import pathlib
 import struct
 import sys

@@ -1,5 +1,4 @@
-// The shell's parser: what it refuses it refuses inside the line, and what it takes is the same when written out and
-// read again.
+// The shell's parser: errors are inside the line, and a command is the same when it is written and parsed again.
 #include <string>
 
 #include "tests/fuzz/fuzz.h"
@@ -81,7 +80,7 @@ void expect_same_again(const adpsh::Command &command) {
     }
     const auto again = adpsh::parse_line(line);
     const auto *read = std::get_if<adpsh::Command>(&again);
-    // Writing doubles a backslash and spreads out the items, which may make an enormous line too long.
+    // Writing doubles backslashes and adds blanks, which may make a long line too long.
     expect(read != nullptr || line.size() > adpsh::kMaxLine, "a written line is taken");
     if (read == nullptr) {
         return;
@@ -98,8 +97,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     const std::string line(data, data + size);
     const auto result = adpsh::parse_line(line);
     if (const auto *error = std::get_if<adpsh::Error>(&result)) {
-        expect(!error->text.empty(), "a refusal has a reason");
-        expect(error->column >= 1 && error->column <= line.size() + 1, "a refusal is inside the line");
+        expect(!error->text.empty(), "an error has a message");
+        expect(error->column >= 1 && error->column <= line.size() + 1, "an error is inside the line");
     } else {
         expect_same_again(std::get<adpsh::Command>(result));
     }

@@ -1,4 +1,4 @@
-// adp_bcmtag_dest_port_intf_2_phy(): the tag's bits against a model that moves them one by one.
+// adp_bcmtag_dest_port_intf_2_phy(): the tag's bits against a model that maps them one by one.
 //
 // Input: the tag, then map rows and the ports they get.
 #include "tests/fuzz/fuzz.h"

@@ -1,5 +1,5 @@
-// Both transmit calls: the frame that leaves is the one that was given with ten bytes of tag in it, the tag's parts
-// are possible, and nothing is held afterwards.
+// Both transmit calls: the frame that is sent is the given one with ten bytes of tag inserted, the tag is valid, and no
+// memory or descriptor is left.
 //
 // Input: the call, mode, VLAN, source, what fails, the VLAN's members, the management interfaces, the list, and the
 // frame.
@@ -22,7 +22,8 @@ constexpr uint32_t kGroupFlag = 0x80;
 constexpr uint32_t kOtherFlag = 0x40;
 constexpr uint32_t kMostNodes = 8;
 
-/** An interface in a byte: a user port, with its top bit an aggregation interface, below that one of no known type. */
+/** An interface in a byte: a user port; with the top bit an aggregation interface; with the next one an unknown type.
+ */
 uint32_t read_interface(fuzz::Input *input) {
     const uint32_t code = input->u8();
     if ((code & kGroupFlag) != 0) {
@@ -105,7 +106,7 @@ uint32_t word_at(const Bytes &bytes, size_t place) {
                                  bytes[place + 3]);
 }
 
-/** The frame as it left, and where its tag stands. */
+/** The frame that was sent, and the offset of its tag. */
 void expect_tagged(const Bytes &sent, const Bytes &frame) {
     expect(sent.size() == frame.size() + kTagBytes, "ten bytes more");
     expect(std::equal(frame.begin(), frame.begin() + kAddresses, sent.begin()), "the addresses");
@@ -114,7 +115,7 @@ void expect_tagged(const Bytes &sent, const Bytes &frame) {
     expect(sent[kAddresses] == 0x88 && sent[kAddresses + 1] == 0x74, "the tag's type");
 }
 
-/** Word 1 without its destination, by mode; without list and VLAN the ports are all of them. */
+/** Word 1 without its destination, by mode; without list and VLAN the destination is all ports. */
 void expect_tag_of_mode(const Bytes &sent, uint32_t mode, bool is_flood) {
     constexpr uint32_t kHeads[] = {0x98000000, 0x38000000, 0x78000000, 0xDA000000, 0x78000000};
     constexpr uint32_t kDestination = 0x01FFFFFF;

@@ -1,4 +1,4 @@
-/* A program with a function of an exported call's name: the library must go on using its own. */
+/* A program with a function of an exported call's name: the library must still use its own. */
 #include <adp/adp.h>
 #include <stdio.h>
 

@@ -1,5 +1,5 @@
 /* A program that is not position-independent, as a management daemon may be: it reads the library's tables through copy
- * relocations, and library and program must see one object. */
+ * relocations, and library and program must use the same object. */
 #include <adp/adp.h>
 #include <stdio.h>
 

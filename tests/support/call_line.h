@@ -1,6 +1,6 @@
 /**
  * @file call_line.h
- * Calls of the library that a test or benchmark gives as a line of the shell.
+ * Calls of the library that a test or benchmark has as a line of the shell.
  */
 #pragma once
 
@@ -8,8 +8,8 @@
 #include <string>
 #include <variant>
 
+#include "calls/exported.h"
 #include "tools/adpsh/parser.h"
-#include "tools/adpsh/table.h"
 
 namespace call_line {
 
@@ -23,8 +23,8 @@ inline adpsh::Command parsed(const std::string &line) {
 }
 
 /** Throws std::runtime_error when there is no such function. */
-inline const adpsh::Call &require_call(const std::string &name) {
-    const adpsh::Call *call = adpsh::find_call(name);
+inline const exported::Call &require_call(const std::string &name) {
+    const exported::Call *call = exported::find_call(name);
     if (call == nullptr) {
         throw std::runtime_error("no exported function is called " + name);
     }

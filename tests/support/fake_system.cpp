@@ -1,4 +1,4 @@
-// The fake system's answers. The functions to which the linker sends the calls stand in fake_system_wrap.cpp.
+// The fake system's answers. fake_system_wrap.cpp has the functions to which the linker redirects the calls.
 #include "tests/support/fake_system.h"
 
 #include <linux/sockios.h>
@@ -43,7 +43,7 @@ SentFrame describe_frame(int descriptor, const void *data, size_t size, int flag
     return frame;
 }
 
-/** The bytes that leave, for the trace file. */
+/** The bytes that are sent, for the trace file. */
 std::string frame_text(const SentFrame &frame) {
     std::string text = "frame to interface " + std::to_string(frame.interface_index) + ":";
     char pair[sizeof " ff"];
@@ -75,7 +75,7 @@ void System::add(const std::string &line) {
         return;
     }
     trace_.push_back(line);
-    if (trace_file::is_wanted()) {
+    if (trace_file::is_enabled()) {
         trace_file::write(line);
     }
     if (listener_) {
@@ -132,7 +132,7 @@ long System::sendto(int descriptor, const void *data, size_t size, int flags, co
     int error = error_of("sendto");
     if (recording_) {
         sent_.push_back(describe_frame(descriptor, data, size, flags, address, length));
-        if (trace_file::is_wanted()) {
+        if (trace_file::is_enabled()) {
             trace_file::write(frame_text(sent_.back()));
         }
     }
@@ -159,7 +159,7 @@ void *System::allocated(void *memory) {
     return memory;
 }
 
-bool System::refuses_allocation() {
+bool System::fails_allocation() {
     const size_t number = allocations_++;
     return failing_allocation_ && *failing_allocation_ == number;
 }

@@ -2,16 +2,16 @@
  * @file fake_system.h
  * System calls for unit tests: sockets, memory and time of the code under test, recorded and scripted.
  *
- * The linker hands every call of socket, ioctl, sendto, close, malloc, calloc, free, usleep and time that an object of
- * the test program makes to this file. While the fake is off, all of them go straight to the system.
+ * The linker redirects every call of socket, ioctl, sendto, close, malloc, calloc, free, usleep and time that an object
+ * of the test program makes to this file. While the fake is off, all of them go to the system.
  *
  *     fake_system::Session session;   // on; off again at the end of the scope
  *     session.system().fail("socket", EPERM);
  *     EXPECT_EQ(adp_transmit_frame(...), -1);
  *     EXPECT_THAT(session.system().trace(), ElementsAre("socket(17, 3, 2048) -> -1"));
  *
- * While it is on, no socket call reaches the system: descriptors are made up, usleep() only lets the fake's time pass,
- * and time() is what the test set. Memory really is allocated, but counted and, where wanted, refused.
+ * While it is on, no socket call reaches the system: descriptors are invented, usleep() only advances the fake's time,
+ * and time() is what the test set. Memory is allocated and counted; allocations can fail.
  */
 #pragma once
 
@@ -30,7 +30,7 @@
 
 namespace fake_system {
 
-/** A frame that was handed to sendto(), with its link-layer address. */
+/** A frame given to sendto(), with its link-layer address. */
 struct SentFrame {
     int descriptor = -1;
     std::vector<uint8_t> bytes;
@@ -55,25 +55,25 @@ class System {
     /** What time() returns, plus the seconds slept since. */
     void set_time(time_t now) { time_ = now; }
 
-    /** Lets every call of this name (socket, ioctl, sendto, close) fail with @p error. */
+    /** Makes every call of this name (socket, ioctl, sendto, close) fail with @p error. */
     void fail(const std::string &name, int error) { failing_[name] = error; }
-    /** Lets only call number @p k of this name from now on fail. */
+    /** Makes call number @p k of this name from now on fail. */
     void fail_call(const std::string &name, size_t k, int error);
-    /** Lets the next sendto() report that many bytes instead of all. */
+    /** Makes the next sendto() report that many bytes instead of all. */
     void send_only(size_t bytes) { short_send_ = bytes; }
-    /** Lets allocation number @p k from now on (0 is the next) give a null pointer. */
+    /** Makes allocation number @p k from now on (0 is the next) return a null pointer. */
     void fail_allocation(size_t k) { failing_allocation_ = allocations_ + k; }
 
-    /** Off: calls are counted and answered, but neither traced nor kept, which is fast and holds no memory. */
+    /** Off: calls are counted and answered, but not traced, which is fast and needs no memory. */
     void record(bool on) { recording_ = on; }
 
     /** The calls in order, e.g. `ioctl(1000, SIOCGIFINDEX, "eth0") -> 0`; memory and time() are not in it. */
     [[nodiscard]] const std::vector<std::string> &trace() const { return trace_; }
     [[nodiscard]] const std::vector<SentFrame> &sent() const { return sent_; }
-    /** Sees each line of the trace as it is written, for instance to mix it with the driver's. */
+    /** Called with each line of the trace, for instance to merge it with the driver's. */
     void on_call(std::function<void(const std::string &)> listener) { listener_ = std::move(listener); }
 
-    /** Sees what was allocated while the fake was on, at the moment it is freed and still readable. */
+    /** Called before memory is freed that was allocated while the fake was on. */
     void on_free(std::function<void(const void *)> listener) { free_listener_ = std::move(listener); }
 
     [[nodiscard]] size_t allocations() const { return allocations_; }
@@ -90,7 +90,7 @@ class System {
     long sendto(int descriptor, const void *data, size_t size, int flags, const void *address, uint32_t length);
     int close(int descriptor);
     void *allocated(void *memory);
-    bool refuses_allocation();
+    bool fails_allocation();
     void freed(void *memory);
     int usleep(uint32_t microseconds);
     [[nodiscard]] time_t time() const;
@@ -125,7 +125,7 @@ class System {
 /** The system of the running session, or null. */
 extern System *active;
 
-/** Switches the fake on for its lifetime, each time anew. Only one at a time. */
+/** A new fake system, on for the lifetime of the object. Only one at a time. */
 class Session {
   public:
     Session();

@@ -1,4 +1,4 @@
-// The fake system: off it is not noticed, on it records, answers and refuses.
+// The fake system: off it has no effect, on it records, answers and fails calls.
 #include "tests/support/fake_system.h"
 
 #include <gmock/gmock.h>
@@ -21,7 +21,7 @@ using testing::IsEmpty;
 
 namespace {
 
-// The compiler may drop an allocation that nobody looks at.
+// The compiler may remove an unused allocation.
 void *volatile kept = nullptr;
 
 void *allocate(size_t size) {
@@ -164,7 +164,7 @@ TEST(FakeSystem, ShowsWhatIsFreedWhileItIsStillReadable) {
         *static_cast<volatile char *>(memory) = letter;
         std::free(memory);
     }
-    std::free(before);  // not the fake's
+    std::free(before);  // allocated before the fake was on
     std::free(nullptr);
     EXPECT_EQ(seen, "ab");
 }

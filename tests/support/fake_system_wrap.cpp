@@ -1,4 +1,4 @@
-// The functions to which the linker sends the wrapped calls: to the fake while it is on, else to the system.
+// The functions to which the linker redirects the wrapped calls: they call the fake while it is on, else the system.
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -11,7 +11,7 @@
 
 namespace {
 
-// The fake's own containers allocate too: they must be neither counted nor refused.
+// The fake's own containers allocate too: these allocations are neither counted nor failed.
 bool inside = false;
 
 class Inside {
@@ -25,14 +25,14 @@ class Inside {
     bool was_;
 };
 
-/** The fake, if a call is for it: it is on, and the call is not one that the fake itself makes. */
+/** The fake if it is on and does not make the call itself, else null. */
 fake_system::System *fake() {
     return inside ? nullptr : fake_system::active;
 }
 
 }  // namespace
 
-// The linker's names for the wrapped calls and for the originals are fixed: they begin with two underscores.
+// The linker's names for the wrapped calls and the originals are fixed: they begin with two underscores.
 extern "C" {
 
 int __real_socket(int domain, int type, int protocol);
@@ -101,7 +101,7 @@ void *__wrap_malloc(size_t size) {
         return __real_malloc(size);
     }
     const Inside guard;
-    if (system->refuses_allocation()) {
+    if (system->fails_allocation()) {
         errno = ENOMEM;
         return nullptr;
     }
@@ -114,7 +114,7 @@ void *__wrap_calloc(size_t count, size_t size) {
         return __real_calloc(count, size);
     }
     const Inside guard;
-    if (system->refuses_allocation()) {
+    if (system->fails_allocation()) {
         errno = ENOMEM;
         return nullptr;
     }

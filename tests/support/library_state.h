@@ -2,8 +2,8 @@
  * @file library_state.h
  * The library's tables as a whole: their bytes, emptying them, and the default board's port map.
  *
- * On the default board user port i is physical port i + 3 and the CPU port is 0, so that nothing works because two
- * numbers happen to be equal.
+ * On the default board user port i is physical port i + 3 and the CPU port is 0, so that no test passes because two
+ * numbers are equal.
  */
 #pragma once
 
@@ -76,7 +76,7 @@ inline void drop_map() {
     adp_max_phy_port_num = 0;
 }
 
-/** Fills the map as the default board has it. */
+/** Fills the port map of the default board. */
 inline bool fill_default_map(uint32_t user_ports = kUserPorts) {
     drop_map();
     bool good = adp_set_max_phy_port_num(user_ports) == ADP_OK && adp_add_cpu_port(0, 0, 0, 0, 0) == ADP_OK;
@@ -86,7 +86,7 @@ inline bool fill_default_map(uint32_t user_ports = kUserPorts) {
     return good;
 }
 
-/** Empties every table but the port map, and forgets scripts and trace of the recording driver. */
+/** Clears every table but the port map, and scripts and trace of the recording driver. */
 inline void clear_tables() {
     recording::driver().reset();
     std::memset(agg_info, 0, sizeof agg_info);

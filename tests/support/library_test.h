@@ -21,7 +21,7 @@
 
 namespace library_test {
 
-/** Fills the map as the default board has it. */
+/** Fills the port map of the default board. */
 inline void make_default_map(uint32_t user_ports = kUserPorts) {
     ASSERT_TRUE(fill_default_map(user_ports));
 }

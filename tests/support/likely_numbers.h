@@ -1,6 +1,6 @@
 /**
  * @file likely_numbers.h
- * Random numbers of which most are such as calls care about: small ones, the edges of tables, all ones.
+ * Random numbers that calls are likely to distinguish: small ones, the edges of tables, all ones.
  */
 #pragma once
 

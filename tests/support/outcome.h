@@ -1,6 +1,6 @@
 /**
  * @file outcome.h
- * What a call gives back and prints, both streams captured whole: blanks and newlines at the end count too.
+ * The result and the output of a call, both streams in full: trailing blanks and newlines count too.
  *
  *     EXPECT_EQ(outcome_of(adp_stg_init), (Outcome{-1, "", "adp_stg_init 251: ... failed!\n"}));
  */

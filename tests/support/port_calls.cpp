@@ -1,4 +1,4 @@
-// What holds for every call that is one driver call on a user port.
+// Tests of every call that is one driver call on a user port.
 #include "tests/support/port_calls.h"
 
 namespace port_calls {

@@ -1,6 +1,6 @@
 /**
  * @file port_calls.h
- * What holds for every call that is one driver call on a user port, stated once. A test program names its calls:
+ * Tests of every call that is one driver call on a user port. A test program names its calls:
  *
  *     const std::vector<PortCall> kShapers = {{"Set", [](uint32_t intf) { return ...; }, "user_...", ", rate=1"}};
  *     INSTANTIATE_TEST_SUITE_P(Shaper, OnUserPort, ValuesIn(kShapers), port_calls::name_of);
@@ -25,7 +25,7 @@ inline constexpr uint32_t kOtherTypes[] = {0x20000001, 0x70000002, 0xFFFFFFFF};
 /** Aggregation interfaces whose groups do not exist. */
 inline constexpr uint32_t kBadGroups[] = {ADP_AGG_INTF(0), ADP_AGG_INTF(9), 0x1FFFFFFF};
 
-/** Where calls under test read to; not written when a test begins. */
+/** Outputs of the calls under test; not written when a test begins. */
 inline uint32_t outputs[2];
 
 inline void forget_outputs() {
@@ -44,7 +44,7 @@ struct PortCall {
     std::string name;
     std::function<adp_status_t(uint32_t intf)> run;
     std::string driver_call;
-    std::string arguments;                /**< of the driver call, behind the port */
+    std::string arguments;                /**< of the driver call, after the port */
     std::vector<std::string> written{};   /**< outputs of the driver call, which the call under test has in outputs */
     adp_status_t on_group = ADP_E_DRIVER; /**< answer for an aggregation interface */
 
@@ -76,7 +76,7 @@ class PortCallTest : public library_test::LibraryTest, public testing::WithParam
     }
 };
 
-/** For every call: where it goes, its failures and the types it refuses. */
+/** For every call: its driver call, its failures and the interface types it rejects. */
 class OnUserPort : public PortCallTest {};
 
 /** For calls with outputs. */

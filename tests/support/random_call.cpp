@@ -1,3 +1,4 @@
+// Random arguments and outputs, made by the call table.
 #include "tests/support/random_call.h"
 
 #include <algorithm>
@@ -24,17 +25,17 @@ uint32_t Random::next() {
 }
 
 void fill_random(Source &random, const Element &element, void *at, size_t count) {
-    const size_t size = calls::element_size(element);
+    const size_t size = element.size;
     for (size_t index = 0; index < count; ++index) {
         auto *to = static_cast<uint8_t *>(at) + index * size;
-        if (element.kind == Kind::Struct) {
+        if (element.kind == Kind::kStruct) {
             for (const auto &field : element.layout->fields) {
                 fill_random(random, field.element, to + field.offset, field.count);
             }
             continue;
         }
         uint64_t value = random.next();
-        if (element.kind == Kind::U64) {
+        if (element.kind == Kind::kU64) {
             value = value << kHighBits | random.next();
         }
         calls::store(element.kind, to, static_cast<int64_t>(value));
@@ -58,7 +59,7 @@ void RandomCall::fill(Source &random) {
     for (size_t index = 0; index < call_.params.size(); ++index) {
         const Param &param = call_.params[index];
         if (!param.is_pointer()) {
-            void *value = allocate(calls::element_size(param.element));
+            void *value = allocate(param.element.size);
             fill_random(random, param.element, value, 1);
             if (is_counter(index)) {
                 calls::store(param.element.kind, value, random.below(kLongestCount));
@@ -84,7 +85,7 @@ void RandomCall::add_pointer(size_t index, Source &random) {
     if (random.below(kNullOneIn) == 0) {
         return;
     }
-    if (param.is_text) {
+    if (param.is_text()) {
         constexpr uint32_t kFirstPrintable = ' ';
         constexpr uint32_t kPrintable = 95;
         constexpr uint32_t kLongestText = 40;
@@ -95,11 +96,11 @@ void RandomCall::add_pointer(size_t index, Source &random) {
         return;
     }
     const size_t count = calls::extent(call_, index, arguments_.data());
-    *slot = allocate(count * calls::element_size(param.element));
+    *slot = allocate(count * param.element.size);
     fill_random(random, param.element, *slot, count);
     if (calls::is_event_message(call_, param)) {
         void *record = allocate(calls::kEventRecordNumbers * sizeof(uint16_t));
-        fill_random(random, {Kind::U16, false, nullptr}, record, calls::kEventRecordNumbers);
+        fill_random(random, calls::kEventRecordNumber, record, calls::kEventRecordNumbers);
         static_cast<uintptr_t *>(*slot)[count - 1] = random.below(2) == 0 ? 0 : reinterpret_cast<uintptr_t>(record);
     }
 }

@@ -1,6 +1,6 @@
 /**
  * @file random_call.h
- * For tests: reproducible arguments and outputs for any call of the table. The same seed gives the same on any machine.
+ * Reproducible arguments and outputs for any call of the table. A seed gives the same on every machine.
  */
 #pragma once
 
@@ -14,7 +14,7 @@
 
 namespace random_call {
 
-/** Where numbers come from. */
+/** A source of numbers. */
 class Source {
   public:
     virtual ~Source() = default;
@@ -27,7 +27,7 @@ class Source {
     Source &operator=(const Source &) = default;
 };
 
-/** A small generator whose numbers depend on nothing but the seed. */
+/** A small generator whose numbers depend on the seed alone. */
 class Random final : public Source {
   public:
     explicit Random(uint64_t seed) : state_(seed * kMultiplier + kIncrement) {}
@@ -42,7 +42,7 @@ class Random final : public Source {
 /** Fills an element or a block of them. */
 void fill_random(Source &random, const calls::Element &element, void *at, size_t count);
 
-/** Arguments of one call: every block has its own memory, some pointers are null. */
+/** Arguments of one call: every block has its own memory; some pointers are null. */
 class RandomCall {
   public:
     RandomCall(calls::CallId id, uint64_t seed);

@@ -54,8 +54,7 @@ std::span<const uint8_t> Arguments::bytes(std::string_view name) const {
     if (at == nullptr) {
         return {};
     }
-    return {static_cast<const uint8_t *>(at),
-            calls::extent(call, index, arguments_) * calls::element_size(call.params[index].element)};
+    return {static_cast<const uint8_t *>(at), calls::extent(call, index, arguments_) * call.params[index].element.size};
 }
 
 void *Arguments::pointer(std::string_view name) const {
@@ -67,7 +66,7 @@ void *Arguments::pointer(std::string_view name) const {
 }
 
 const char *Arguments::text(std::string_view name) const {
-    if (!calls::call(id_).params[require_param(id_, name)].is_text) {
+    if (!calls::call(id_).params[require_param(id_, name)].is_text()) {
         throw std::logic_error(std::string(name) + " is not text");
     }
     return static_cast<const char *>(pointer(name));
@@ -93,10 +92,10 @@ size_t Script::output_index(std::string_view output) const {
 
 Script &Script::sets_elements(std::string_view output, const std::vector<int64_t> &elements) {
     const auto &element = calls::call(id_).params[output_index(output)].element;
-    if (element.kind == calls::Kind::Struct) {
+    if (element.kind == calls::Kind::kStruct) {
         throw std::logic_error(std::string(output) + " is a struct: use sets_object()");
     }
-    const size_t size = calls::element_size(element);
+    const size_t size = element.size;
     std::vector<uint8_t> bytes(elements.size() * size);
     for (size_t index = 0; index < elements.size(); ++index) {
         calls::store(element.kind, &bytes[index * size], elements[index]);
@@ -115,7 +114,7 @@ Script &Script::sets(std::string_view output, const std::vector<uint32_t> &eleme
 Script &Script::sets_bytes(std::string_view output, std::span<const uint8_t> bytes) {
     const size_t index = output_index(output);
     const Param &param = calls::call(id_).params[index];
-    if (param.counted_by == calls::kNotCounted && bytes.size() > param.extent * element_size(param.element)) {
+    if (param.counted_by == calls::kNotCounted && bytes.size() > param.extent * param.element.size) {
         throw std::logic_error(std::string(output) + " does not hold that much");
     }
     outputs_[index].assign(bytes.begin(), bytes.end());
@@ -139,7 +138,7 @@ void Script::write_outputs(const void *const *arguments) const {
     const Call &call = calls::call(id_);
     for (const auto &[index, bytes] : outputs_) {
         void *to = *static_cast<void *const *>(arguments[index]);
-        const size_t room = extent(call, index, arguments) * element_size(call.params[index].element);
+        const size_t room = extent(call, index, arguments) * call.params[index].element.size;
         if (to != nullptr && !bytes.empty()) {
             std::memcpy(to, bytes.data(), std::min(bytes.size(), room));
         }
@@ -148,7 +147,7 @@ void Script::write_outputs(const void *const *arguments) const {
 
 namespace {
 
-// What the call gives when nothing was scripted.
+// The result of a call without a script.
 int64_t default_result(CallId id, const void *const *arguments) {
     constexpr size_t kMacTextSize = sizeof "aa:bb:cc:dd:ee:ff";
     constexpr int64_t kQueued = 1;
@@ -214,7 +213,7 @@ void Driver::fail_nothing() {
 
 void Driver::note(std::string line) {
     if (recording_) {
-        if (trace_file::is_wanted()) {
+        if (trace_file::is_enabled()) {
             trace_file::write(line);
         }
         trace_.push_back(std::move(line));
@@ -235,7 +234,7 @@ std::optional<int32_t> Driver::failure(CallId id) {
 }
 
 int64_t Driver::answer(CallId id, const void *const *arguments, const std::function<std::string()> &describe) {
-    if (!recording_ || !trace_file::is_wanted()) {
+    if (!recording_ || !trace_file::is_enabled()) {
         return give_answer(id, arguments, describe);
     }
     // The arguments are described first: an action may change what they address.
@@ -256,8 +255,8 @@ int64_t Driver::give_answer(CallId id, const void *const *arguments, const std::
         if (failing_call_writes_ && script != scripts_.end()) {
             script->second.write_outputs(arguments);
         }
-        // A call that answers with text fails without one.
-        return calls::call(id).result == calls::Result::Text ? 0 : *result;
+        // A call that returns text fails with null.
+        return calls::call(id).result == calls::Result::kText ? 0 : *result;
     }
     const auto script = scripts_.find(id);
     return script == scripts_.end() ? default_result(id, arguments) : script->second.run(arguments);

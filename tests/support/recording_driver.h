@@ -1,6 +1,6 @@
 /**
  * @file recording_driver.h
- * The imported calls for unit tests: every call is written down as text, answers are scripted, any call can fail.
+ * The imported calls for unit tests: every call is recorded as text, answers are scripted, any call can fail.
  *
  *     recording::driver().on("user_vlan_port_get").returns(0).sets("members", {1u << 4});
  *     EXPECT_EQ(adp_vlan_port_get(...), 0);
@@ -107,21 +107,21 @@ class Driver {
     /** The same as on(name).once(). */
     Script &once(std::string_view name) { return on(name).once(); }
 
-    /** Lets call number @p k from now on (0 is the next) return @p result and write nothing. */
+    /** Makes call number @p k from now on (0 is the next) return @p result and write nothing. */
     void fail_call(size_t k, int32_t result = -1);
     /** The same, but the call writes its outputs as if it had succeeded. */
     void fail_call_after_writing(size_t k, int32_t result = -1);
-    /** Lets every later call of this name return @p result and write nothing. */
+    /** Makes every later call of this name return @p result and write nothing. */
     void fail_every(std::string_view name, int32_t result = -1);
-    /** Takes back fail_call() and fail_every(). */
+    /** Cancels fail_call() and fail_every(). */
     void fail_nothing();
 
     [[nodiscard]] const std::vector<std::string> &trace() const { return trace_; }
-    /** The trace so far, which then starts anew. */
+    /** The trace so far, which is cleared. */
     [[nodiscard]] std::vector<std::string> take() { return std::exchange(trace_, {}); }
-    /** Appends a line of the test's own, for instance a system call, so that the order of both shows. */
+    /** Appends a line of the test's own, for instance a system call, so that the order of both is known. */
     void note(std::string line);
-    /** Calls since reset(), also while nothing is recorded. */
+    /** Calls since reset(), recorded or not. */
     [[nodiscard]] size_t count() const { return count_; }
     [[nodiscard]] size_t count(std::string_view name) const;
     /** Off: calls are only counted and answered, which is fast. */
@@ -145,7 +145,7 @@ class Driver {
     bool recording_ = true;
 };
 
-/** The one driver behind the stubs of this program. */
+/** The one driver that the stubs of this program call. */
 Driver &driver();
 
 }  // namespace recording

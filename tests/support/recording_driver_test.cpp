@@ -1,4 +1,4 @@
-// The recording driver itself: what it writes down, answers and refuses.
+// The recording driver itself: what it records, answers and rejects.
 #include "tests/support/recording_driver.h"
 
 #include <gmock/gmock.h>
@@ -67,7 +67,7 @@ TEST_F(RecordingDriver, SetsStructsWhole) {
     size_t scripted = 0;
     for (const auto &call : calls::calls()) {
         for (const auto &param : call.params) {
-            if (param.is_written() && param.element.kind == calls::Kind::Struct &&
+            if (param.is_written() && param.element.kind == calls::Kind::kStruct &&
                 param.element.layout->size == sizeof entry) {
                 driver().on(call.name).sets_object(param.name, entry);
                 ++scripted;

@@ -1,4 +1,4 @@
-// What the recording driver defines by hand: where the generated stubs end, the variadic logger, the queue word.
+// What the recording driver defines by hand: forward_call(), the variadic logger, the queue word.
 #include <cstdarg>
 #include <cstdio>
 

@@ -1,6 +1,6 @@
 /**
  * @file silence.h
- * Keeps what the code under test prints from the reader.
+ * Discards what the code under test prints.
  */
 #pragma once
 
@@ -11,21 +11,21 @@
 
 namespace silence {
 
-/** Sends what the library prints nowhere, for its lifetime. */
+/** Discards what the library prints, for the lifetime of the object. */
 class Silence {
   public:
     Silence() {
         for (const int stream : {STDOUT_FILENO, STDERR_FILENO}) {
-            kept_[stream - STDOUT_FILENO] = dup(stream);
+            saved_[stream - STDOUT_FILENO] = dup(stream);
         }
         const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
         replace(nowhere, nowhere);
         close(nowhere);
     }
     ~Silence() {
-        replace(kept_[0], kept_[1]);
-        close(kept_[0]);
-        close(kept_[1]);
+        replace(saved_[0], saved_[1]);
+        close(saved_[0]);
+        close(saved_[1]);
     }
     Silence(const Silence &) = delete;
     Silence &operator=(const Silence &) = delete;
@@ -38,7 +38,7 @@ class Silence {
         dup2(err, STDERR_FILENO);
     }
 
-    int kept_[2] = {-1, -1};
+    int saved_[2] = {-1, -1};
 };
 
 }  // namespace silence

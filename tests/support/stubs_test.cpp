@@ -19,7 +19,7 @@ namespace {
 
 constexpr uint64_t kRounds = 4;
 
-// Without a reference that the compiler keeps the linker would not take the stubs from their archive.
+// A reference that the compiler keeps: without one the linker does not take the stubs from their archive.
 const auto volatile kTakesNetlinkApi = &user_vlan_create;
 const auto volatile kTakesDeviceServices = &sys_trace_get;
 
@@ -30,7 +30,7 @@ TEST(Stubs, HandOnEveryArgumentOfEveryCall) {
     for (size_t number = 0; number < calls::kCallCount; ++number) {
         const auto id = static_cast<CallId>(number);
         if (id == CallId::Log_logging_func) {
-            continue;  // takes a format: its stub is hand-written and has tests of its own
+            continue;  // takes a format: its stub is written by hand and has its own tests
         }
         const char *name = calls::call(id).name;
         void *function = dlsym(RTLD_DEFAULT, name);
@@ -38,7 +38,7 @@ TEST(Stubs, HandOnEveryArgumentOfEveryCall) {
         for (uint64_t round = 0; round < kRounds; ++round) {
             driver().reset();
             const uint64_t seed = number * kRounds + round;
-            const bool is_text = calls::call(id).result == calls::Result::Text;
+            const bool is_text = calls::call(id).result == calls::Result::kText;
             const int32_t result = is_text ? 0 : random_call::random_result(id, seed);
             driver().on(name).returns(result);
             const RandomCall call(id, seed);

@@ -1,6 +1,6 @@
 /**
  * @file temporary_folder.h
- * A folder of a test's own, removed at its end.
+ * A temporary folder, removed at the end of the test.
  */
 #pragma once
 

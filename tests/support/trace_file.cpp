@@ -1,3 +1,4 @@
+// Writes the trace file.
 #include "tests/support/trace_file.h"
 
 #include <sys/socket.h>
@@ -23,7 +24,7 @@ std::FILE *file() {
 
 }  // namespace
 
-bool is_wanted() {
+bool is_enabled() {
     return file() != nullptr;
 }
 

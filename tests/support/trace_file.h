@@ -1,7 +1,7 @@
 /**
  * @file trace_file.h
  * The complete trace of a test program, in the file that ADP_TRACE_FILE names: every imported call with its result, and
- * every system call. It is the same on every machine, which is how the byte orders are compared.
+ * every system call. It is the same on every machine, and compared between byte orders.
  */
 #pragma once
 
@@ -10,9 +10,9 @@
 namespace trace_file {
 
 /** Whether the environment asks for a trace. */
-bool is_wanted();
+bool is_enabled();
 
-/** A line with the numbers replaced that differ between machines though they mean the same: a socket's type. */
+/** A line without the numbers that differ between machines: the type of a socket. */
 std::string portable(std::string line);
 
 /** Appends a line, made portable. */

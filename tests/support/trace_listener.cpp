@@ -1,4 +1,4 @@
-// Heads each test's part of the trace with the test's name.
+// Writes the name of each test into the trace.
 #include <gtest/gtest.h>
 
 #include "tests/support/trace_file.h"
@@ -12,7 +12,7 @@ class Listener : public ::testing::EmptyTestEventListener {
 };
 
 [[maybe_unused]] const bool is_listening = [] {
-    if (trace_file::is_wanted()) {
+    if (trace_file::is_enabled()) {
         ::testing::UnitTest::GetInstance()->listeners().Append(new Listener);
     }
     return true;

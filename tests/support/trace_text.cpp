@@ -1,3 +1,4 @@
+// Replaces in a call's text what differs between machines and runs.
 #include "tests/support/trace_text.h"
 
 #include <pthread.h>
@@ -27,10 +28,6 @@ std::string words(const void *bytes, size_t size) {
 
 namespace {
 
-const void *pointer_in(const void *const *arguments, size_t index) {
-    return *static_cast<const void *const *>(arguments[index]);
-}
-
 /** The message's second word is the sender: the thread that makes the call. */
 std::string name_thread(std::string text) {
     const std::string id = ", " + std::to_string(static_cast<uint32_t>(pthread_self())) + ",";
@@ -38,40 +35,19 @@ std::string name_thread(std::string text) {
     return at == std::string::npos ? text : text.replace(at, id.size(), ", thread,");
 }
 
-/** An action's parameters are blocks of bytes of which the driver reads words. */
-std::string action(std::string text, const void *const *arguments) {
-    constexpr size_t kFirstBlock = 4;
-    constexpr size_t kBlockBytes = 256;
-    text.erase(text.find(", param="));
-    const char *separator = ", param=";
-    for (size_t index = kFirstBlock; index < kFirstBlock + 2; ++index) {
-        const void *block = pointer_in(arguments, index);
-        text += separator + (block == nullptr ? "null" : words(block, kBlockBytes));
-        separator = ", param2=";
-    }
-    return text + ")";
-}
-
 }  // namespace
 
 std::string describe_call(CallId id, const void *const *arguments) {
     std::string text = calls::describe_call(id, arguments);
-    switch (id) {
-        case CallId::equeue_send_ucast:
-            return name_thread(std::move(text));
-        case CallId::user_field_action_add:
-            return action(std::move(text), arguments);
-        default:
-            return text;
-    }
+    return id == CallId::equeue_send_ucast ? name_thread(std::move(text)) : text;
 }
 
 std::string describe_result(CallId id, const void *const *arguments, int64_t result) {
     if (id == CallId::get_vlan_info) {
-        // The record's member bitmap is two words; the VLAN library's own bytes around them are of no interest.
+        // Only the member bitmap, two words: the bytes around them are the VLAN library's own.
         constexpr size_t kRecord = 1;
         constexpr size_t kMembers = 8;
-        const auto *record = static_cast<const uint8_t *>(pointer_in(arguments, kRecord));
+        const auto *record = *static_cast<const uint8_t *const *>(arguments[kRecord]);
         const std::string members = record == nullptr ? "null" : words(record + kMembers, 2 * sizeof(uint32_t));
         return std::to_string(static_cast<int32_t>(result)) + " {members=" + members + "}";
     }

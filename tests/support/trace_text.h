@@ -1,7 +1,7 @@
 /**
  * @file trace_text.h
- * Calls as text that does not depend on the machine: what calls/describe.h gives, but with the thread's id replaced
- * by a name, and blocks that hold words in the machine's byte order shown as words.
+ * Calls as text that is the same on every machine: the text of calls/describe.h, but without a thread's id, and of a
+ * VLAN record the members only.
  */
 #pragma once
 
@@ -17,7 +17,7 @@ std::string describe_call(calls::CallId id, const void *const *arguments);
 /** The result and everything that the call wrote. */
 std::string describe_result(calls::CallId id, const void *const *arguments, int64_t result);
 
-/** Bytes as the 32-bit words that they are, without trailing zeros: `[5, 70000, ..]`. */
+/** Bytes that hold 32-bit words, without trailing zeros: `[5, 70000, ..]`. */
 std::string words(const void *bytes, size_t size);
 
 }  // namespace trace_text

@@ -1,6 +1,6 @@
-// Parameters whose memory is more than an array: lists of destinations, and records that hold a frame.
+// Parameters that are more than an array: lists of destinations, and records that hold a frame.
 #include "tools/adpsh/arguments.h"
-#include "tools/adpsh/refusal.h"
+#include "tools/adpsh/line_error.h"
 
 #include <adp/adp.h>
 
@@ -21,9 +21,9 @@ void store_address(uint8_t *to, const void *address) {
     std::memcpy(to, &address, sizeof address);
 }
 
-const Field &field_named(const Record &record, std::string_view name) {
+const calls::Field &field_named(const calls::Struct &record, std::string_view name) {
     return *std::find_if(record.fields.begin(), record.fields.end(),
-                         [name](const Field &field) { return field.name == name; });
+                         [name](const calls::Field &field) { return field.name == name; });
 }
 
 const Value *find(const Value &record, std::string_view name) {
@@ -37,31 +37,31 @@ const uint8_t *address_in(const Bytes *frame, const Argument &item) {
     if (is_null(item.value)) {
         return nullptr;
     }
-    const int64_t offset = number_of(item.value, Kind::kU32);
+    const int64_t offset = number_of(item.value, calls::Kind::kU32);
     const int64_t end = frame == nullptr ? 0 : static_cast<int64_t>(frame->size());
     if (offset < 0 || offset + kTagBytes > end) {
-        throw Refusal("field '" + item.name + "': the offset " + written(item.value) + " lies outside the frame");
+        throw LineError("field '" + item.name + "': offset " + written(item.value) + " is outside the frame");
     }
     return frame->data() + offset;
 }
 
 }  // namespace
 
-/** Nodes in the line's order behind a head of their own; a list without items is an empty list, not none. */
+/** A head and its nodes, in the line's order. `[]` is an empty list, `null` no list. */
 void Arguments::fill_list(Slot &slot, const Value &value) {
     if (value.form != Value::Form::kList) {
-        throw Refusal("a list [1, 2, agg1] or null is wanted, not " + written(value));
+        throw LineError("expected a list [1, 2, agg1] or null, not " + written(value));
     }
     if (value.items.size() > kMaxElements) {
-        throw Refusal("the list is too long");
+        throw LineError("the list is too long");
     }
     slot.elements = value.items.size();
     slot.storage.resize(sizeof(adp_list_link_t));
     auto *const head = new (slot.storage.data()) adp_list_link_t{};
     head->next = head->prev = head;
     for (const Argument &item : value.items) {
-        const auto intf = static_cast<adp_intf_t>(number_of(item.value, Kind::kU32));
-        Bytes &storage = room_.emplace_back(sizeof(adp_tx_dest_t));
+        const auto intf = static_cast<adp_intf_t>(number_of(item.value, calls::Kind::kU32));
+        Bytes &storage = blocks_.emplace_back(sizeof(adp_tx_dest_t));
         auto *const node = new (storage.data()) adp_tx_dest_t{{head, head->prev}, intf};
         head->prev->next = &node->link;
         head->prev = &node->link;
@@ -69,37 +69,37 @@ void Arguments::fill_list(Slot &slot, const Value &value) {
 }
 
 /**
- * {frame=HEX field=value ...}. The length is the frame's unless it is given; it may not exceed the frame. Other
- * addresses are written as offsets into the frame.
+ * {frame=HEX field=value ...}. The length is the frame's unless it is given; it must not exceed it. Other addresses
+ * are written as offsets into the frame.
  */
 void Arguments::fill_frame_record(Slot &slot, const Value &value) {
-    const Record &record = *slot.parameter->type.record;
+    const calls::Struct &record = *slot.parameter->element.layout;
     Value others = value;
     Value addresses{Value::Form::kBraces, {}, {}};
     others.items.clear();
     for (const Argument &item : value.items) {
         const auto field = std::find_if(record.fields.begin(), record.fields.end(),
-                                        [&item](const Field &each) { return each.name == item.name; });
+                                        [&item](const calls::Field &each) { return each.name == item.name; });
         (field != record.fields.end() && field->is_pointer ? addresses : others).items.push_back(item);
     }
-    Context context{variables_, room_};
+    Context context{variables_, blocks_};
     slot.elements = 1;
     slot.storage.resize(record.size);
-    store_element(slot.parameter->type, others, slot.storage.data(), context);
+    store_element(slot.parameter->element, others, slot.storage.data(), context);
 
     const Value *const frame = find(addresses, kFrame);
     if (frame != nullptr && !is_null(*frame)) {
-        room_.push_back(bytes_of(*frame, variables_));
-        room_.back().reserve(1);  // an empty frame has an address too
-        slot.pointed = &room_.back();
+        blocks_.push_back(bytes_of(*frame, variables_));
+        blocks_.back().reserve(1);  // an empty frame has an address too
+        slot.pointed = &blocks_.back();
         store_address(slot.storage.data() + field_named(record, kFrame).offset, slot.pointed->data());
-        const Field &length = field_named(record, kLength);
+        const calls::Field &length = field_named(record, kLength);
         uint8_t *const at = slot.storage.data() + length.offset;
         if (find(others, kLength) == nullptr) {
-            store_number(length.type, static_cast<int64_t>(slot.pointed->size()), at);
+            calls::store(length.element.kind, at, static_cast<int64_t>(slot.pointed->size()));
         }
-        if (load_number(length.type, at) > static_cast<int64_t>(slot.pointed->size())) {
-            throw Refusal("the length exceeds the " + std::to_string(slot.pointed->size()) + " bytes of the frame");
+        if (calls::load(length.element.kind, at) > static_cast<int64_t>(slot.pointed->size())) {
+            throw LineError("the length exceeds the " + std::to_string(slot.pointed->size()) + " bytes of the frame");
         }
     }
     for (const Argument &item : addresses.items) {

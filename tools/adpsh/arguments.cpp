@@ -1,6 +1,7 @@
+// Assigns a line's arguments to parameters and fills their storage.
 #include "tools/adpsh/arguments.h"
 
-#include "tools/adpsh/refusal.h"
+#include "tools/adpsh/line_error.h"
 #include "tools/adpsh/suggest.h"
 
 #include <algorithm>
@@ -9,39 +10,85 @@
 
 namespace adpsh {
 
+using calls::Direction;
+using calls::Kind;
+using calls::Param;
+using calls::Shape;
+
 namespace {
 
-std::string about(const Parameter &parameter, const std::string &text) {
+std::string about(const Param &parameter, const std::string &text) {
     return std::string("'") + parameter.name + "': " + text;
 }
 
-bool is_bitmap(const Parameter &parameter) {
+bool is_bitmap(const Param &parameter) {
     constexpr size_t kPairOfWords = 2;
     constexpr size_t kPortSetWords = 8;
-    return parameter.type.kind == Kind::kU32 && parameter.counter == kNoCounter &&
-           (parameter.count == kPairOfWords || parameter.count == kPortSetWords);
+    return parameter.element.kind == Kind::kU32 && parameter.counted_by == calls::kNotCounted &&
+           (parameter.extent == kPairOfWords || parameter.extent == kPortSetWords);
+}
+
+/** Whether the count follows from an array that the line gives. */
+bool is_inferable_count(const exported::Call &call, size_t index) {
+    return std::any_of(call.params.begin(), call.params.end(), [index](const Param &parameter) {
+        return parameter.is_read() && parameter.counted_by == static_cast<int32_t>(index);
+    });
+}
+
+/** Throws a LineError if a call with this extent would access more or less than the line gives. */
+void check_elements(const Param &parameter, size_t given, size_t extent) {
+    const std::string got = ", got " + std::to_string(given);
+    const bool is_counted = parameter.counted_by != calls::kNotCounted;
+    if (extent > kMaxElements) {
+        throw LineError("the count " + std::to_string(extent) + " exceeds the " + std::to_string(kMaxElements) +
+                        " elements that the shell provides");
+    }
+    if (is_counted && parameter.is_read()) {
+        if (given < extent) {
+            throw LineError("expected " + std::to_string(extent) + " elements by the count" + got);
+        }
+        return;
+    }
+    check_count(given, extent);
+    if (parameter.is_read() && parameter.element.kind == Kind::kU8 && given < extent) {
+        throw LineError("expected " + std::to_string(extent) + " bytes" + got);
+    }
 }
 
 }  // namespace
 
-Arguments::Arguments(const Call &call, const Command &command, const Variables &variables)
-    : call_(call), variables_(variables), slots_(call.parameters.size()) {
+std::string usage(const exported::Call &call) {
+    std::string text = call.name;
+    std::string outputs;
+    for (size_t i = 0; i < call.params.size(); ++i) {
+        const Param &parameter = call.params[i];
+        if (parameter.is_read()) {
+            const bool optional = is_inferable_count(call, i);
+            text += std::string(optional ? " [" : " ") + parameter.name + (optional ? "]" : "");
+        }
+        outputs += parameter.is_written() ? std::string(" ") + parameter.name : "";
+    }
+    return outputs.empty() ? text : text + " ->" + outputs;
+}
+
+Arguments::Arguments(const exported::Call &call, const Command &command, const Variables &variables)
+    : call_(call), variables_(variables), slots_(call.params.size()) {
     for (size_t i = 0; i < slots_.size(); ++i) {
-        slots_[i].parameter = &call.parameters[i];
+        slots_[i].parameter = &call.params[i];
     }
     const std::vector<const Value *> values = assign(command);
     for (size_t i = 0; i < slots_.size(); ++i) {
         if (values[i] != nullptr) {
             try {
                 fill(i, *values[i]);
-            } catch (const Refusal &refusal) {
-                throw Refusal(about(call.parameters[i], refusal.what()));
+            } catch (const LineError &error) {
+                throw LineError(about(call.params[i], error.what()));
             }
         }
     }
     infer_counts(values);
     for (Slot &slot : slots_) {
-        make_room(slot);
+        extend(slot);
     }
 }
 
@@ -53,26 +100,26 @@ void Arguments::fill_outputs(uint8_t byte) {
     }
 }
 
-Result Arguments::invoke() {
-    std::vector<void *> addresses;
+int64_t Arguments::invoke() {
+    std::vector<void *> memory;
     for (Slot &slot : slots_) {
-        addresses.push_back(slot.is_null ? nullptr : slot.storage.data());
+        memory.push_back(slot.is_null ? nullptr : slot.storage.data());
     }
-    return call_.invoke(addresses.data());
+    return exported::invoke(call_, call_.function, memory.data());
 }
 
 size_t Arguments::parameter_named(const std::string &name) const {
     std::vector<std::string_view> names;
     for (size_t i = 0; i < slots_.size(); ++i) {
-        if (name == call_.parameters[i].name) {
+        if (name == call_.params[i].name) {
             return i;
         }
-        names.emplace_back(call_.parameters[i].name);
+        names.emplace_back(call_.params[i].name);
     }
-    throw Refusal(std::string(call_.name) + " has no argument '" + name + "'" + did_you_mean(name, names));
+    throw LineError(std::string(call_.name) + " has no argument '" + name + "'" + did_you_mean(name, names));
 }
 
-/** Which value each parameter gets, null for none. Outputs are only given by name: what they hold before the call. */
+/** The value for each parameter, null for none. An output's initial content is only given by name. */
 std::vector<const Value *> Arguments::assign(const Command &command) const {
     std::vector<const Value *> values(slots_.size());
     std::vector<const Value *> positional;
@@ -83,7 +130,7 @@ std::vector<const Value *> Arguments::assign(const Command &command) const {
         }
         const Value *&value = values[parameter_named(argument.name)];
         if (value != nullptr) {
-            throw Refusal("'" + argument.name + "' is given twice");
+            throw LineError("'" + argument.name + "' is given twice");
         }
         value = &argument.value;
     }
@@ -94,12 +141,12 @@ std::vector<const Value *> Arguments::assign(const Command &command) const {
     return values;
 }
 
-/** The inputs that the unnamed arguments stand for: all that are open, with or without the inferable counts. */
+/** The inputs that the unnamed arguments are for: all without a name, with or without the inferable counts. */
 std::vector<size_t> Arguments::positions(size_t given, const std::vector<const Value *> &named) const {
     std::vector<size_t> all;
     std::vector<size_t> needed;
     for (size_t i = 0; i < slots_.size(); ++i) {
-        if (named[i] == nullptr && is_input(call_.parameters[i])) {
+        if (named[i] == nullptr && call_.params[i].is_read()) {
             all.push_back(i);
             if (!is_inferable_count(call_, i)) {
                 needed.push_back(i);
@@ -112,24 +159,24 @@ std::vector<size_t> Arguments::positions(size_t given, const std::vector<const V
     if (given == needed.size()) {
         return needed;
     }
-    throw Refusal(std::string(given < needed.size() ? "too few"
-                              : given > all.size()  ? "too many"
-                                                    : "unclear") +
-                  " arguments; usage: " + usage(call_));
+    throw LineError(std::string(given < needed.size() ? "too few"
+                                : given > all.size()  ? "too many"
+                                                      : "ambiguous") +
+                    " arguments; usage: " + usage(call_));
 }
 
 void Arguments::fill(size_t index, const Value &value) {
     Slot &slot = slots_[index];
-    const Parameter &parameter = *slot.parameter;
+    const Param &parameter = *slot.parameter;
     if (parameter.shape == Shape::kOutPointer) {
-        throw Refusal("the call sets this address");
+        throw LineError("the call sets this address");
     }
     if (parameter.direction == Direction::kValue) {
         return fill_value(slot, value);
     }
     if (is_null(value)) {
-        if (!is_input(parameter)) {
-            throw Refusal("an output needs an address");
+        if (!parameter.is_read()) {
+            throw LineError("an output cannot be null");
         }
         slot.is_null = true;
     } else if (parameter.shape == Shape::kList) {
@@ -142,85 +189,84 @@ void Arguments::fill(size_t index, const Value &value) {
 }
 
 void Arguments::fill_value(Slot &slot, const Value &value) {
-    const Type &type = slot.parameter->type;
+    const calls::Element &element = slot.parameter->element;
     slot.elements = 1;
-    slot.storage.resize(type.size);
-    if (type.kind == Kind::kCallback) {
+    slot.storage.resize(element.size);
+    if (element.kind == Kind::kCallback) {
         if (value.form != Value::Form::kWord || (value.text != "print" && value.text != "none" && !is_null(value))) {
-            throw Refusal("a callback is 'print' or 'none', not " + written(value));
+            throw LineError("a callback is 'print' or 'none', not " + written(value));
         }
-        void (*const function)() = value.text == "print" ? type.callback->print : nullptr;
+        void (*const function)() = value.text == "print" ? element.callback->report : nullptr;
         static_assert(sizeof function == sizeof(void *));
         std::memcpy(slot.storage.data(), &function, sizeof function);
         return;
     }
-    const size_t rooms = room_.size();
-    Context context{variables_, room_};
-    store_element(type, value, slot.storage.data(), context);
-    if (type.kind == Kind::kWord && room_.size() > rooms) {
-        slot.pointed = &room_.back();
-        slot.before = room_.back();
+    const size_t before = blocks_.size();
+    Context context{variables_, blocks_};
+    store_element(element, value, slot.storage.data(), context);
+    if (element.kind == Kind::kWord && blocks_.size() > before) {
+        slot.pointed = &blocks_.back();
+        slot.before = blocks_.back();
     }
 }
 
 void Arguments::fill_array(Slot &slot, const Value &value) {
-    const Parameter &parameter = *slot.parameter;
-    Context context{variables_, room_};
-    if (parameter.type.kind == Kind::kText) {
+    const Param &parameter = *slot.parameter;
+    Context context{variables_, blocks_};
+    if (parameter.is_text()) {
         if (value.form != Value::Form::kWord && value.form != Value::Form::kText) {
-            throw Refusal("a text is wanted, not " + written(value));
+            throw LineError("expected text, not " + written(value));
         }
         slot.storage.assign(value.text.begin(), value.text.end());
         slot.storage.push_back(0);
         slot.elements = slot.storage.size();
         return;
     }
-    if (parameter.counter == kNoCounter && parameter.count == 1) {
-        slot.storage.resize(parameter.type.size);
-        store_element(parameter.type, value, slot.storage.data(), context);
+    if (parameter.counted_by == calls::kNotCounted && parameter.extent == 1) {
+        slot.storage.resize(parameter.element.size);
+        store_element(parameter.element, value, slot.storage.data(), context);
         slot.elements = 1;
         return;
     }
-    slot.storage = array_of(parameter.type, value, is_bitmap(parameter) ? parameter.count : 0, context);
-    slot.elements = slot.storage.size() / parameter.type.size;
+    slot.storage = array_of(parameter.element, value, is_bitmap(parameter) ? parameter.extent : 0, context);
+    slot.elements = slot.storage.size() / parameter.element.size;
 }
 
-/** The count that an array asks for, when the line leaves it out, is as many elements as the line gives. */
+/** A count that the line leaves out is the number of elements that the line gives. */
 void Arguments::infer_counts(const std::vector<const Value *> &values) {
     for (size_t i = 0; i < slots_.size(); ++i) {
-        const Parameter &parameter = *slots_[i].parameter;
+        const Param &parameter = *slots_[i].parameter;
         if (values[i] == nullptr && parameter.direction == Direction::kValue) {
             size_t elements = 0;
             for (const Slot &slot : slots_) {
-                if (slot.parameter->counter == static_cast<int>(i)) {
+                if (slot.parameter->counted_by == static_cast<int>(i)) {
                     elements = std::max(elements, slot.elements);
                 }
             }
             slots_[i].elements = 1;
-            slots_[i].storage.resize(parameter.type.size);
-            store_number(parameter.type, static_cast<int64_t>(elements), slots_[i].storage.data());
+            slots_[i].storage.resize(parameter.element.size);
+            calls::store(parameter.element.kind, slots_[i].storage.data(), static_cast<int64_t>(elements));
         }
     }
 }
 
-size_t Arguments::extent(const Parameter &parameter) const {
-    if (parameter.counter == kNoCounter) {
-        return parameter.count;
+size_t Arguments::extent(const Param &parameter) const {
+    if (parameter.counted_by == calls::kNotCounted) {
+        return parameter.extent;
     }
-    const Slot &counter = slots_[static_cast<size_t>(parameter.counter)];
+    const Slot &counter = slots_[static_cast<size_t>(parameter.counted_by)];
     if (counter.storage.empty()) {
         return 0;
     }
-    // Without elements there is nothing that a call could touch; a negative count is the call's to judge.
-    const int64_t count = load_number(counter.parameter->type, counter.storage.data());
+    // A negative count is the call's to reject; it has no elements.
+    const int64_t count = calls::load(counter.parameter->element.kind, counter.storage.data());
     return count < 0 ? 0 : static_cast<size_t>(count);
 }
 
-/** Completes a slot's storage to the extent that the call may touch, or refuses what would leave it. */
-void Arguments::make_room(Slot &slot) {
-    const Parameter &parameter = *slot.parameter;
-    if (parameter.direction == Direction::kValue || slot.is_null || parameter.shape == Shape::kList ||
-        parameter.type.kind == Kind::kText) {
+/** Extends a slot's storage to what the call may access. */
+void Arguments::extend(Slot &slot) {
+    const Param &parameter = *slot.parameter;
+    if (!parameter.is_pointer() || slot.is_null || parameter.shape == Shape::kList || parameter.is_text()) {
         return;
     }
     if (parameter.shape == Shape::kOutPointer) {
@@ -228,26 +274,14 @@ void Arguments::make_room(Slot &slot) {
         slot.storage.resize(sizeof(void *));
         return;
     }
-    const size_t wanted = extent(parameter);
-    if (wanted > kMaxElements) {
-        throw Refusal(about(parameter, "a count of " + std::to_string(wanted) + " is more than the " +
-                                           std::to_string(kMaxElements) + " elements that the shell provides"));
+    const size_t needed = extent(parameter);
+    try {
+        check_elements(parameter, slot.elements, needed);
+    } catch (const LineError &error) {
+        throw LineError(about(parameter, error.what()));
     }
-    const bool counted = parameter.counter != kNoCounter;
-    if (is_input(parameter) && counted && wanted > slot.elements) {
-        throw Refusal(about(parameter, "the count says " + std::to_string(wanted) + ", but " +
-                                           std::to_string(slot.elements) + " elements are given"));
-    }
-    if (slot.elements > wanted && !(counted && is_input(parameter))) {
-        throw Refusal(about(parameter, "there is room for " + std::to_string(wanted) + " elements, " +
-                                           std::to_string(slot.elements) + " are given"));
-    }
-    if (is_input(parameter) && !counted && parameter.type.kind == Kind::kU8 && slot.elements < wanted) {
-        throw Refusal(about(
-            parameter, std::to_string(wanted) + " bytes are wanted, " + std::to_string(slot.elements) + " are given"));
-    }
-    slot.elements = std::max(slot.elements, wanted);
-    slot.storage.resize(std::max<size_t>(slot.elements * parameter.type.size, 1));
+    slot.elements = std::max(slot.elements, needed);
+    slot.storage.resize(std::max<size_t>(slot.elements * parameter.element.size, 1));
 }
 
 }  // namespace adpsh

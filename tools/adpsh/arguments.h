@@ -1,22 +1,26 @@
 /**
  * @file arguments.h
- * A call's arguments in memory: every parameter gets storage of exactly its extent, filled from the line.
+ * A call's arguments in memory. Every parameter has storage of exactly its extent, filled from the line.
  */
 #pragma once
 
+#include "calls/exported.h"
 #include "tools/adpsh/convert.h"
 #include "tools/adpsh/parser.h"
-#include "tools/adpsh/table.h"
 
 #include <stddef.h>
 #include <deque>
+#include <string>
 #include <vector>
 
 namespace adpsh {
 
-/** One parameter's storage; null when the call is to be handed no address at all. */
+/** How the call is written: its name, inputs in order with inferable counts in brackets, and outputs. */
+std::string usage(const exported::Call &call);
+
+/** One parameter's storage; null when the call gets a null address. */
 struct Slot {
-    const Parameter *parameter = nullptr;
+    const calls::Param *parameter = nullptr;
     Bytes storage;
     size_t elements = 0;
     bool is_null = false;
@@ -24,23 +28,23 @@ struct Slot {
     const Bytes *pointed = nullptr;  ///< that storage, or the frame of a frame record
 };
 
-/** All of a call's arguments. They stay where they are until the object goes. */
+/** All of a call's arguments. Their addresses are valid as long as the object. */
 class Arguments {
   public:
-    /** Reads the line's arguments; a Refusal says what is wrong with them. */
-    Arguments(const Call &call, const Command &command, const Variables &variables);
+    /** Reads the line's arguments; throws a LineError. */
+    Arguments(const exported::Call &call, const Command &command, const Variables &variables);
     Arguments(const Arguments &) = delete;
     Arguments &operator=(const Arguments &) = delete;
 
-    /** Fills what the call only writes, so that a test sees what it left alone. */
+    /** Fills what the call only writes, so that a test sees what was not written. */
     void fill_outputs(uint8_t byte);
 
-    /** Makes the call. */
-    Result invoke();
+    /** Makes the call. @return the result, an address as a number */
+    int64_t invoke();
 
     [[nodiscard]] const std::vector<Slot> &slots() const { return slots_; }
-    /** What the slots' storage holds the addresses of: frames, nodes of lists, words given as lists. */
-    [[nodiscard]] const std::deque<Bytes> &room() const { return room_; }
+    /** Memory whose addresses the slots hold: frames, nodes of lists, words given as lists. */
+    [[nodiscard]] const std::deque<Bytes> &blocks() const { return blocks_; }
 
   private:
     std::vector<const Value *> assign(const Command &command) const;
@@ -52,12 +56,12 @@ class Arguments {
     void fill_list(Slot &slot, const Value &value);
     void fill_frame_record(Slot &slot, const Value &value);
     void infer_counts(const std::vector<const Value *> &values);
-    void make_room(Slot &slot);
-    [[nodiscard]] size_t extent(const Parameter &parameter) const;
+    void extend(Slot &slot);
+    [[nodiscard]] size_t extent(const calls::Param &parameter) const;
 
-    const Call &call_;
+    const exported::Call &call_;
     const Variables &variables_;
-    std::deque<Bytes> room_;
+    std::deque<Bytes> blocks_;
     std::vector<Slot> slots_;
 };
 

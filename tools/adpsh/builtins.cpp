@@ -1,6 +1,8 @@
+// The table of the shell's own commands, and the short ones.
 #include "tools/adpsh/builtins.h"
 
-#include "tools/adpsh/refusal.h"
+#include "calls/describe.h"
+#include "tools/adpsh/line_error.h"
 #include "tools/adpsh/session.h"
 
 #include <adp/adp.h>
@@ -34,14 +36,14 @@ std::chrono::milliseconds seconds_of(const std::string &word) {
     double seconds = 0;
     const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), seconds);
     if (error != std::errc() || end != word.data() + word.size() || !(seconds >= 0 && seconds <= kMaxSeconds)) {
-        throw Refusal(fmt::format("'{}' is not a time between 0 and {} seconds", word, kMaxSeconds));
+        throw LineError(fmt::format("'{}' is not a time between 0 and {} seconds", word, kMaxSeconds));
     }
     return std::chrono::milliseconds(static_cast<long>(seconds * kMillisecondsPerSecond));
 }
 
 void require(adp_status_t status, const char *call) {
     if (status != ADP_OK) {
-        throw Refusal(fmt::format("{} returned {}", call, status));
+        throw LineError(fmt::format("{} returned {}", call, status));
     }
 }
 
@@ -60,7 +62,7 @@ Answer run_map(Session &, const Command &command) {
 Answer run_trace(Session &session, const Command &command) {
     const std::vector<std::string> words = words_of(command, 1);
     if (words.size() != 1 || (words[0] != "on" && words[0] != "off")) {
-        throw Refusal("usage: trace on|off");
+        throw LineError("usage: trace on|off");
     }
     session.trace(words[0] == "on");
     return done();
@@ -68,7 +70,7 @@ Answer run_trace(Session &session, const Command &command) {
 
 Answer run_set(Session &session, const Command &command) {
     if (command.arguments.size() != 1 || command.arguments[0].name.empty()) {
-        throw Refusal("usage: set NAME = HEX");
+        throw LineError("usage: set NAME = HEX");
     }
     const Argument &argument = command.arguments[0];
     session.variables()[argument.name] = bytes_of(argument.value, session.variables());
@@ -93,14 +95,14 @@ Answer run_wait_frame(Session &session, const Command &command) {
         return {fmt::format("no frame within {} ms", time.count()), {{"frame", nullptr}}};
     }
     session.variables()[kFrameVariable] = *frame;
-    const std::string hex = hex_of(frame->data(), frame->size());
+    const std::string hex = calls::hex_text(frame->data(), frame->size());
     return {"frame = " + hex, {{"frame", hex}}};
 }
 
 Answer run_sleep(Session &, const Command &command) {
     const std::vector<std::string> words = words_of(command, 1);
     if (words.size() != 1) {
-        throw Refusal("usage: sleep SECONDS");
+        throw LineError("usage: sleep SECONDS");
     }
     std::this_thread::sleep_for(seconds_of(words[0]));
     return done();
@@ -113,16 +115,17 @@ Answer run_quit(Session &session, const Command &) {
 
 constexpr std::array kBuiltins = {
     Builtin{"help", "[CALL]", "this overview, or a call's description", run_help},
-    Builtin{"calls", "[PATTERN]", "the library's calls; PATTERN is a part of the name, or holds * and ?", run_calls},
+    Builtin{"calls", "[PATTERN]", "the library's calls; PATTERN is a part of the name, or a pattern with * and ?",
+            run_calls},
     Builtin{"show", "[TABLE]", "the library's exported tables, or one of them", run_show},
     Builtin{"map", "", "fills the port map for the default board: 26 ports, user port i at physical port i + 3",
             run_map},
-    Builtin{"trace", "on|off", "shows the driver calls that each call makes", run_trace},
-    Builtin{"set", "NAME = HEX", "keeps a byte string, written $NAME in later lines", run_set},
-    Builtin{"listen", "", "starts to receive on eth0, so that no frame is missed before wait_frame", run_listen},
-    Builtin{"wait_frame", "[SECONDS]", "waits for the next frame on eth0 and keeps it as $frame", run_wait_frame},
-    Builtin{"sleep", "SECONDS", "does nothing for a while, at most a minute", run_sleep},
-    Builtin{"echo", "TEXT", "prints the text as it stands", nullptr},
+    Builtin{"trace", "on|off", "shows the driver calls of each call", run_trace},
+    Builtin{"set", "NAME = HEX", "stores a byte string; later lines can use it as $NAME", run_set},
+    Builtin{"listen", "", "starts to receive on eth0, so that wait_frame misses no frame", run_listen},
+    Builtin{"wait_frame", "[SECONDS]", "waits for the next frame on eth0 and stores it as $frame", run_wait_frame},
+    Builtin{"sleep", "SECONDS", "waits, at most 60 seconds", run_sleep},
+    Builtin{"echo", "TEXT", "prints the text", nullptr},
     Builtin{"quit", "", "ends the shell", run_quit},
     Builtin{"exit", "", "ends the shell", run_quit},
 };
@@ -144,7 +147,7 @@ std::vector<std::string> words_of(const Command &command, size_t most) {
     for (const Argument &argument : command.arguments) {
         const bool plain = argument.name.empty() && argument.value.form == Value::Form::kWord;
         if (!plain || words.size() == most) {
-            throw Refusal(fmt::format("usage: {} {}", command.name, find_builtin(command.name)->arguments));
+            throw LineError(fmt::format("usage: {} {}", command.name, find_builtin(command.name)->arguments));
         }
         words.push_back(argument.value.text);
     }

@@ -29,7 +29,7 @@ Answer run_help(Session &session, const Command &command);
 Answer run_calls(Session &session, const Command &command);
 Answer run_show(Session &session, const Command &command);
 
-/** The words behind a command, which takes at most so many. A Refusal when it is given more, or other things. */
+/** The words after a command, at most so many. Throws a LineError for more, or for anything else. */
 std::vector<std::string> words_of(const Command &command, size_t most);
 
 }  // namespace adpsh

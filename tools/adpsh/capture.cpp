@@ -1,3 +1,4 @@
+// Captures a descriptor in an anonymous file.
 #include "tools/adpsh/capture.h"
 
 #include <stddef.h>
@@ -11,7 +12,7 @@ namespace adpsh {
 
 namespace {
 
-// More is cut: a library that prints without end must not eat the memory.
+// Bounds the memory that endless output can take.
 constexpr size_t kMaxCaptured = size_t{1024} * 1024;
 constexpr size_t kChunk = 4096;
 

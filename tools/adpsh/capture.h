@@ -1,6 +1,6 @@
 /**
  * @file capture.h
- * What the library prints while a call runs, caught at the file descriptors.
+ * Captures what the library prints during a call, at the file descriptors.
  */
 #pragma once
 
@@ -8,7 +8,7 @@
 
 namespace adpsh {
 
-/** Redirects one descriptor into memory from its construction to take(), or to its end. */
+/** Redirects a descriptor into memory until take() or destruction. */
 class Capture {
   public:
     explicit Capture(int descriptor);
@@ -16,7 +16,7 @@ class Capture {
     Capture(const Capture &) = delete;
     Capture &operator=(const Capture &) = delete;
 
-    /** Puts the descriptor back and gives what was written to it. */
+    /** Restores the descriptor. @return what was written to it */
     std::string take();
 
   private:

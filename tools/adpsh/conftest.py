@@ -8,7 +8,7 @@ from json_shell import Shell, can_isolate
 
 @pytest.fixture
 def environment(tmp_path):
-    """No virtual device is where the driver looks for it."""
+    """The driver finds no virtual device."""
     return {**os.environ, "VDEVICE_DIR": str(tmp_path), "HOME": str(tmp_path)}
 
 

@@ -1,6 +1,7 @@
+// Converts words, lists, sets and records into bytes.
 #include "tools/adpsh/convert.h"
 
-#include "tools/adpsh/refusal.h"
+#include "tools/adpsh/line_error.h"
 #include "tools/adpsh/suggest.h"
 
 #include <algorithm>
@@ -9,6 +10,9 @@
 #include <cstring>
 
 namespace adpsh {
+
+using calls::Element;
+using calls::Kind;
 
 namespace {
 
@@ -29,7 +33,7 @@ Bytes hexadecimal(std::string_view text, const Value &value) {
         const std::string_view pair = text.substr(0, 2);
         const auto [end, error] = std::from_chars(pair.data(), pair.data() + pair.size(), byte, kHexadecimal);
         if (pair.size() < 2 || error != std::errc() || end != pair.data() + pair.size()) {
-            throw Refusal("'" + written(value) + "' is not a byte string: pairs of hexadecimal digits are wanted");
+            throw LineError("'" + written(value) + "' is not a byte string: expected pairs of hexadecimal digits");
         }
         result.push_back(byte);
         text.remove_prefix(pair.size());
@@ -37,23 +41,16 @@ Bytes hexadecimal(std::string_view text, const Value &value) {
     return result;
 }
 
-void refuse_beyond(size_t elements, size_t limit) {
-    if (elements > limit) {
-        throw Refusal("there is room for " + std::to_string(limit) + " elements, " + std::to_string(elements) +
-                      " are given");
-    }
-}
-
-/** A bitmap written as the numbers of its bits. */
+/** A bitmap, written as the numbers of its bits. */
 Bytes bit_set(const Value &value, size_t words) {
     std::vector<uint32_t> bits(words);
     for (const Argument &item : value.items) {
         if (!item.name.empty()) {
-            throw Refusal("a set {1, 5} of numbers is wanted, not " + written(value));
+            throw LineError("expected a set {1, 5} of numbers, not " + written(value));
         }
         const int64_t bit = number_of(item.value, Kind::kU32);
         if (bit < 0 || static_cast<size_t>(bit) >= words * kBitsPerWord) {
-            throw Refusal("a set of " + std::to_string(words * kBitsPerWord) + " has no bit " + written(item.value));
+            throw LineError("a set of " + std::to_string(words * kBitsPerWord) + " has no bit " + written(item.value));
         }
         const auto index = static_cast<size_t>(bit);
         bits[index / kBitsPerWord] |= 1U << (index % kBitsPerWord);
@@ -63,68 +60,74 @@ Bytes bit_set(const Value &value, size_t words) {
     return result;
 }
 
-/** A number, null, or the address of a set or of words that are kept for the call. */
+/** A number, null, or the address of a set or of words that live as long as the call. */
 uintptr_t word_of(const Value &value, Context &context) {
     if (is_null(value)) {
         return 0;
     }
     if (value.form == Value::Form::kBraces) {
-        context.room.push_back(bit_set(value, kPortSetWords));
+        context.blocks.push_back(bit_set(value, kPortSetWords));
     } else if (value.form == Value::Form::kList) {
-        Bytes words = array_of(kWord32, value, 0, context);
-        refuse_beyond(words.size() / kWord32.size, kWordListBytes / kWord32.size);
+        Bytes words = array_of(calls::kWord32, value, 0, context);
+        check_count(words.size() / calls::kWord32.size, kWordListBytes / calls::kWord32.size);
         words.resize(kWordListBytes);
-        context.room.push_back(std::move(words));
+        context.blocks.push_back(std::move(words));
     } else {
         return static_cast<uintptr_t>(number_of(value, Kind::kWord));
     }
-    return reinterpret_cast<uintptr_t>(context.room.back().data());
+    return reinterpret_cast<uintptr_t>(context.blocks.back().data());
 }
 
-void store_field(const Field &field, const Value &value, uint8_t *record, Context &context) {
+void store_field(const calls::Field &field, const Value &value, uint8_t *record, Context &context) {
     if (field.is_pointer) {
-        throw Refusal("an address cannot be given");
+        throw LineError("an address cannot be set");
     }
     if (field.count == 1) {
-        return store_element(field.type, value, record + field.offset, context);
+        return store_element(field.element, value, record + field.offset, context);
     }
-    const Bytes bytes = array_of(field.type, value, field.type.kind == Kind::kU32 ? field.count : 0, context);
-    refuse_beyond(bytes.size() / field.type.size, field.count);
+    const Bytes bytes = array_of(field.element, value, field.element.kind == Kind::kU32 ? field.count : 0, context);
+    check_count(bytes.size() / field.element.size, field.count);
     std::copy(bytes.begin(), bytes.end(), record + field.offset);
 }
 
-void store_record(const Record &record, const Value &value, void *to, Context &context) {
+void store_record(const calls::Struct &record, const Value &value, void *to, Context &context) {
     if (value.form != Value::Form::kBraces) {
-        throw Refusal("a record {field=value ...} is wanted, not " + written(value));
+        throw LineError("expected a record {field=value ...}, not " + written(value));
     }
     auto *bytes = static_cast<uint8_t *>(to);
     std::memset(to, 0, record.size);
     const bool plain =
         std::all_of(value.items.begin(), value.items.end(), [](const Argument &item) { return item.name.empty(); });
     if (plain && record.fields.size() == 1 && record.fields.front().count > 1) {
-        return store_field(record.fields.front(), value, bytes, context);  // a set that stands for its record
+        return store_field(record.fields.front(), value, bytes, context);  // the record's only member, written as a set
     }
     for (const Argument &item : value.items) {
         const auto field = std::find_if(record.fields.begin(), record.fields.end(),
-                                        [&item](const Field &each) { return each.name == item.name; });
+                                        [&item](const calls::Field &each) { return each.name == item.name; });
         if (field == record.fields.end()) {
             std::vector<std::string_view> names;
-            for (const Field &each : record.fields) {
+            for (const calls::Field &each : record.fields) {
                 names.emplace_back(each.name);
             }
-            throw Refusal(item.name.empty() ? "'" + written(item.value) + "' needs the name of a field in front"
-                                            : std::string(record.name) + " has no field '" + item.name + "'" +
-                                                  did_you_mean(item.name, names));
+            throw LineError(item.name.empty() ? "'" + written(item.value) + "' has no field name"
+                                              : std::string(record.name) + " has no field '" + item.name + "'" +
+                                                    did_you_mean(item.name, names));
         }
         try {
             store_field(*field, item.value, bytes, context);
-        } catch (const Refusal &refusal) {
-            throw Refusal("field '" + item.name + "': " + refusal.what());
+        } catch (const LineError &error) {
+            throw LineError("field '" + item.name + "': " + error.what());
         }
     }
 }
 
 }  // namespace
+
+void check_count(size_t elements, size_t limit) {
+    if (elements > limit) {
+        throw LineError("expected at most " + std::to_string(limit) + " elements, got " + std::to_string(elements));
+    }
+}
 
 bool is_null(const Value &value) {
     return value.form == Value::Form::kWord && value.text == "null";
@@ -136,50 +139,50 @@ Bytes bytes_of(const Value &value, const Variables &variables) {
         for (const Argument &item : value.items) {
             result.push_back(static_cast<uint8_t>(number_of(item.value, Kind::kU8)));
         }
-        refuse_beyond(result.size(), kMaxElements);
+        check_count(result.size(), kMaxElements);
         return result;
     }
     if (value.form != Value::Form::kWord) {
-        throw Refusal("a byte string like 0180c2000000 is wanted, not " + written(value));
+        throw LineError("expected a byte string like 0180c2000000, not " + written(value));
     }
     if (value.text.substr(0, 1) == "$") {
         const auto variable = variables.find(std::string_view(value.text).substr(1));
         if (variable == variables.end()) {
-            throw Refusal("nothing is called " + written(value) + " (see set, wait_frame)");
+            throw LineError("unknown variable " + written(value) + " (see set, wait_frame)");
         }
         return variable->second;
     }
     Bytes result = hexadecimal(value.text, value);
-    refuse_beyond(result.size(), kMaxElements);
+    check_count(result.size(), kMaxElements);
     return result;
 }
 
-void store_element(const Type &type, const Value &value, void *to, Context &context) {
-    if (type.kind == Kind::kRecord) {
-        return store_record(*type.record, value, to, context);
+void store_element(const Element &element, const Value &value, void *to, Context &context) {
+    if (element.kind == Kind::kStruct) {
+        return store_record(*element.layout, value, to, context);
     }
-    if (type.kind == Kind::kWord) {
+    if (element.kind == Kind::kWord) {
         const uintptr_t word = word_of(value, context);
         std::memcpy(to, &word, sizeof word);
         return;
     }
-    store_number(type, number_of(value, type.kind), to);
+    calls::store(element.kind, to, number_of(value, element.kind));
 }
 
-Bytes array_of(const Type &type, const Value &value, size_t words, Context &context) {
-    if (type.kind == Kind::kU8 || type.kind == Kind::kOpaque) {
+Bytes array_of(const Element &element, const Value &value, size_t words, Context &context) {
+    if (element.kind == Kind::kU8 || element.kind == Kind::kOpaque) {
         return bytes_of(value, context.variables);
     }
     if (words != 0 && value.form == Value::Form::kBraces) {
         return bit_set(value, words);
     }
     if (value.form != Value::Form::kList) {
-        throw Refusal("a list [a, b] is wanted, not " + written(value));
+        throw LineError("expected a list [a, b], not " + written(value));
     }
-    refuse_beyond(value.items.size(), kMaxElements);
-    Bytes result(value.items.size() * type.size);
+    check_count(value.items.size(), kMaxElements);
+    Bytes result(value.items.size() * element.size);
     for (size_t i = 0; i < value.items.size(); ++i) {
-        store_element(type, value.items[i].value, result.data() + i * type.size, context);
+        store_element(element, value.items[i].value, result.data() + i * element.size, context);
     }
     return result;
 }

@@ -1,11 +1,11 @@
 /**
  * @file convert.h
- * Written values turned into the bytes that a call reads. Whatever does not fit is refused with a sentence.
+ * Turns written values into the bytes that a call reads. A value that does not fit is a LineError.
  */
 #pragma once
 
+#include "calls/element.h"
 #include "tools/adpsh/parser.h"
-#include "tools/adpsh/table.h"
 
 #include <stddef.h>
 #include <stdint.h>
@@ -22,33 +22,31 @@ using Variables = std::map<std::string, Bytes, std::less<>>;
 
 /** Elements of an array that a line may give or ask for. */
 constexpr size_t kMaxElements = 64 * 1024;
-/** Storage behind the address of words that a line gives as a list. */
+/** Size of the memory for words that a line gives as a list in place of an address. */
 constexpr size_t kWordListBytes = 256;
 
-/** What conversions need besides the value: the variables, and room that lives as long as the call. */
+/** What conversions need besides the value: the variables, and memory that lives as long as the call. */
 struct Context {
     const Variables &variables;
-    std::deque<Bytes> &room;
+    std::deque<Bytes> &blocks;
 };
+
+/** Throws a LineError for more elements than the limit. */
+void check_count(size_t elements, size_t limit);
 
 /** Whether the word `null` is written: no address. */
 bool is_null(const Value &value);
 
 /** A number, the name of a constant, or an aggregation interface: agg3, ADP_AGG_INTF(3). */
-int64_t number_of(const Value &value, Kind kind);
+int64_t number_of(const Value &value, calls::Kind kind);
 
 /** Bytes as hexadecimal digits, with or without colons, as a list, or as $NAME. */
 Bytes bytes_of(const Value &value, const Variables &variables);
 
-/** One element of a type, written to `to`, which has room for it. */
-void store_element(const Type &type, const Value &value, void *to, Context &context);
+/** Writes one element to `to`. */
+void store_element(const calls::Element &element, const Value &value, void *to, Context &context);
 
 /** An array as its bytes: `[a, b]`, byte strings, sets `{1, 5}` where `words` is the size of the bitmap, else 0. */
-Bytes array_of(const Type &type, const Value &value, size_t words, Context &context);
-
-/** Stores a number with a type's width. */
-void store_number(const Type &type, int64_t number, void *to);
-/** Reads a number of a type; unsigned 64-bit ones beyond the signed range come out negative. */
-int64_t load_number(const Type &type, const void *from);
+Bytes array_of(const calls::Element &element, const Value &value, size_t words, Context &context);
 
 }  // namespace adpsh

@@ -1,3 +1,4 @@
+// Stores events as text, with a limit.
 #include "tools/adpsh/events.h"
 
 #include "tools/adpsh/show.h"
@@ -9,7 +10,7 @@ namespace adpsh {
 
 namespace {
 
-// More than anyone reads; a callback that never stops must not eat the memory.
+// Bounds the memory that a callback without end can take.
 constexpr size_t kMaxEvents = 4096;
 
 std::mutex g_guard;
@@ -17,12 +18,13 @@ std::vector<std::string> g_events;
 
 }  // namespace
 
-int32_t report_event(const Callback &callback, const void *const *arguments) {
+int32_t keep_event(const exported::Callback &callback, const void *const *arguments) {
     std::string text = std::string(callback.name) + "(";
-    for (size_t i = 0; i < callback.parameters.size(); ++i) {
-        const Parameter &parameter = callback.parameters[i];
+    for (size_t i = 0; i < callback.params.size(); ++i) {
+        const calls::Param &parameter = callback.params[i];
+        const void *const from = calls::target(parameter, arguments[i]);
         text += std::string(i == 0 ? "" : ", ") + parameter.name + "=";
-        text += arguments[i] == nullptr ? "null" : text_of(parameter.type, arguments[i], parameter.count);
+        text += from == nullptr ? "null" : text_of(parameter.element, from, parameter.extent);
     }
     const std::lock_guard lock(g_guard);
     if (g_events.size() < kMaxEvents) {

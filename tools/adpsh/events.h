@@ -1,10 +1,10 @@
 /**
  * @file events.h
- * Events: what the library tells the shell through callbacks that a line has registered with `print`.
+ * Events: the calls of callbacks that a line has registered with `print`.
  */
 #pragma once
 
-#include "tools/adpsh/table.h"
+#include "calls/exported.h"
 
 #include <stdint.h>
 #include <string>
@@ -12,8 +12,8 @@
 
 namespace adpsh {
 
-/** Notes an event. Called from whatever thread the library calls back on. @return always 0 */
-int32_t report_event(const Callback &callback, const void *const *arguments);
+/** Keeps an event, see exported::receive_events(). @return always 0 */
+int32_t keep_event(const exported::Callback &callback, const void *const *arguments);
 
 /** The events since the last time, as text. */
 std::vector<std::string> take_events();

@@ -1,5 +1,7 @@
+// Makes a call under guard, with trace and capture.
 #include "tools/adpsh/execute.h"
 
+#include "calls/call_trace.h"
 #include "tools/adpsh/capture.h"
 #include "tools/adpsh/events.h"
 #include "tools/adpsh/guard.h"
@@ -9,52 +11,25 @@
 #include <unistd.h>
 #include <optional>
 
-#ifdef ADPSH_CALL_TRACE
-#include "calls/call_trace.h"
-#endif
-
 namespace adpsh {
 
 namespace {
 
-#ifdef ADPSH_CALL_TRACE
-void enable_trace(bool on) {
-    call_trace::enabled = on;
-}
-std::vector<std::string> take_trace() {
-    return call_trace::take();
-}
-#else
-void enable_trace(bool) {}
-std::vector<std::string> take_trace() {
-    return {};
-}
-#endif
-
 Fault run(Outcome &outcome, ExecuteOptions options) {
-    enable_trace(options.trace);
+    call_trace::enabled = options.trace;
     const Fault fault = run_guarded([&outcome] { outcome.result = outcome.arguments->invoke(); });
-    enable_trace(false);
-    outcome.trace = take_trace();
+    call_trace::enabled = false;
+    outcome.trace = call_trace::take();
     outcome.events = take_events();
     return fault;
 }
 
 }  // namespace
 
-#ifdef ADPSH_CALL_TRACE
-bool can_trace() {
-    return true;
-}
-#else
-bool can_trace() {
-    return false;
-}
-#endif
-
-Outcome execute(const Call &call, const Command &command, const Variables &variables, ExecuteOptions options) {
-    if (!call.is_present) {
-        throw Refusal(std::string("the library that is loaded does not have ") + call.name);
+Outcome execute(const exported::Call &call, const Command &command, const Variables &variables,
+                ExecuteOptions options) {
+    if (call.function == nullptr) {
+        throw LineError(std::string("the loaded library has no ") + call.name);
     }
     Outcome outcome;
     outcome.call = &call;
@@ -70,9 +45,9 @@ Outcome execute(const Call &call, const Command &command, const Variables &varia
         fault = run(outcome, options);
     }
     if (fault.signal != 0) {
-        throw BrokenCall(
-            fmt::format("{} was ended: it used an address that is not valid ({:#x}), as happens to a number "
-                        "where an address is meant",
+        throw CrashedCall(
+            fmt::format("{} crashed: it accessed the invalid address {:#x}; was a number given in place of an "
+                        "address?",
                         call.name, fault.address));
     }
     return outcome;

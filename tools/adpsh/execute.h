@@ -1,13 +1,13 @@
 /**
  * @file execute.h
- * One call of the library, made with a line's arguments, and everything that came of it.
+ * Executes one call of the library with a line's arguments.
  */
 #pragma once
 
+#include "calls/exported.h"
 #include "tools/adpsh/arguments.h"
+#include "tools/adpsh/line_error.h"
 #include "tools/adpsh/parser.h"
-#include "tools/adpsh/refusal.h"
-#include "tools/adpsh/table.h"
 
 #include <memory>
 #include <string>
@@ -16,9 +16,9 @@
 namespace adpsh {
 
 struct Outcome {
-    const Call *call = nullptr;
+    const exported::Call *call = nullptr;
     std::unique_ptr<Arguments> arguments;
-    Result result = {0, nullptr};
+    int64_t result = 0;               ///< an address as a number
     std::vector<std::string> trace;   ///< the driver calls that the call made
     std::vector<std::string> events;  ///< callbacks that the library called
     std::string printed_stdout;       ///< what the library printed, where it is captured
@@ -30,16 +30,13 @@ struct ExecuteOptions {
     bool trace = false;
 };
 
-/** Whether this build can show driver calls. */
-bool can_trace();
-
-/** A call used an address that is not valid and was ended in the middle: what the library holds is unknown now. */
-class BrokenCall : public Refusal {
+/** A call accessed an invalid address and was ended. The state of the library is unknown. */
+class CrashedCall : public LineError {
   public:
-    using Refusal::Refusal;
+    using LineError::LineError;
 };
 
-/** Makes the call; a Refusal says why it could not be made, a BrokenCall how it went wrong. */
-Outcome execute(const Call &call, const Command &command, const Variables &variables, ExecuteOptions options);
+/** Makes the call. Throws a LineError if it cannot be made, a CrashedCall if it crashed. */
+Outcome execute(const exported::Call &call, const Command &command, const Variables &variables, ExecuteOptions options);
 
 }  // namespace adpsh

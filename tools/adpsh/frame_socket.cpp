@@ -1,6 +1,7 @@
+// A packet socket that restores stripped VLAN tags.
 #include "tools/adpsh/frame_socket.h"
 
-#include "tools/adpsh/refusal.h"
+#include "tools/adpsh/line_error.h"
 
 #include <arpa/inet.h>
 #include <linux/if_ether.h>
@@ -24,10 +25,10 @@ constexpr size_t kAddressBytes = 12;
 constexpr int kReceiveBuffer = 1024 * 1024;
 
 [[noreturn]] void fail(const std::string &interface, int error) {
-    throw Refusal("cannot listen on " + interface + ": " + std::strerror(error));
+    throw LineError("cannot listen on " + interface + ": " + std::strerror(error));
 }
 
-/** Puts back the VLAN tag that the kernel reports apart from the frame. */
+/** Restores the VLAN tag that the kernel reports separately. */
 void restore_tag(msghdr &message, Bytes &frame) {
     for (cmsghdr *control = CMSG_FIRSTHDR(&message); control != nullptr; control = CMSG_NXTHDR(&message, control)) {
         if (control->cmsg_level != SOL_PACKET || control->cmsg_type != PACKET_AUXDATA) {
@@ -63,12 +64,12 @@ void FrameSocket::open(const std::string &interface) {
     if (index == 0) {
         fail(interface, errno);
     }
-    // Bound to the interface before it takes any protocol: nothing of another interface slips in.
+    // Protocol 0 until it is bound, so that no frame of another interface is received.
     const int descriptor = ::socket(AF_PACKET, SOCK_RAW | SOCK_CLOEXEC, 0);
     if (descriptor < 0) {
         fail(interface, errno);
     }
-    // Comforts that an emulator may not know; outgoing frames are passed over below as well.
+    // Optional: an emulator may not support them. Outgoing frames are skipped below as well.
     const int on = 1;
     ::setsockopt(descriptor, SOL_PACKET, PACKET_AUXDATA, &on, sizeof on);
     ::setsockopt(descriptor, SOL_PACKET, PACKET_IGNORE_OUTGOING, &on, sizeof on);
@@ -102,7 +103,7 @@ std::optional<Bytes> FrameSocket::receive() {
         if (errno == EAGAIN || errno == EINTR || errno == ENETDOWN) {
             return std::nullopt;
         }
-        throw Refusal(std::string("receiving failed: ") + std::strerror(errno));
+        throw LineError(std::string("receiving failed: ") + std::strerror(errno));
     }
     if (from.sll_pkttype == PACKET_OUTGOING) {
         return std::nullopt;

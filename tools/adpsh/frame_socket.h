@@ -1,6 +1,6 @@
 /**
  * @file frame_socket.h
- * The frames that arrive on the CPU's interface, as a program above the library would read them.
+ * Receives the frames that arrive on the CPU's interface.
  */
 #pragma once
 
@@ -19,10 +19,10 @@ class FrameSocket {
     FrameSocket(const FrameSocket &) = delete;
     FrameSocket &operator=(const FrameSocket &) = delete;
 
-    /** Opens the socket unless it is open. A Refusal says why that fails. */
+    /** Opens the socket unless it is open. Throws a LineError if that fails. */
     void open(const std::string &interface);
 
-    /** The next frame that came in since the socket was opened, nothing when none comes in time. */
+    /** The next frame received since the socket was opened; nothing if there is none in time. */
     std::optional<Bytes> wait(std::chrono::milliseconds time);
 
   private:

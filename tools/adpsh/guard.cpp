@@ -1,3 +1,4 @@
+// Handles signals of invalid memory accesses during a call.
 #include "tools/adpsh/guard.h"
 
 #include <stddef.h>
@@ -17,14 +18,14 @@ thread_local Fault t_fault;
 
 void on_fault(int signal, siginfo_t *info, void *) {
     if (t_guarding == 0) {
-        std::signal(signal, SIG_DFL);  // not in a call: fail as ever when the instruction runs again
+        std::signal(signal, SIG_DFL);  // not in a call: the default action when the instruction runs again
         return;
     }
     t_fault = {signal, reinterpret_cast<uintptr_t>(info->si_addr)};
     siglongjmp(t_return, 1);
 }
 
-/** Installs the handler for a run and puts back what was there. */
+/** Installs the handlers and restores the previous ones. */
 class Handlers {
   public:
     Handlers() {

@@ -1,6 +1,6 @@
 /**
  * @file guard.h
- * A net under each call: a wrong address on a line must not take the shell down.
+ * Survives calls that access invalid memory: a wrong address on a line must not end the shell.
  */
 #pragma once
 
@@ -9,15 +9,15 @@
 
 namespace adpsh {
 
-/** How a guarded run ended. */
+/** The invalid memory access that ended a run. */
 struct Fault {
-    int signal = 0;  ///< 0 when all went well
+    int signal = 0;  ///< 0 if there was none
     uintptr_t address = 0;
 };
 
 /**
- * Runs a function; an invalid memory access in it ends the run and is reported instead of ending the process. What the
- * function had in hand is lost: locks stay taken, memory stays allocated.
+ * Runs a function. An invalid memory access ends the run, not the process. The function's locks stay locked and its
+ * memory stays allocated.
  */
 Fault run_guarded(const std::function<void()> &function);
 

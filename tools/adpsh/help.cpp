@@ -1,8 +1,8 @@
-// help and calls: what there is and what it does.
+// The commands help and calls.
+#include "calls/exported.h"
 #include "tools/adpsh/builtins.h"
-#include "tools/adpsh/refusal.h"
+#include "tools/adpsh/line_error.h"
 #include "tools/adpsh/suggest.h"
-#include "tools/adpsh/table.h"
 
 #include <fmt/format.h>
 
@@ -15,7 +15,7 @@ namespace {
 constexpr std::string_view kSyntax =
     R"(A line is the name of a call and its inputs in order: adp_vlan_port_set 100 {1,2} {2}
     number         10, 0x1f, -1, a constant of the headers, agg2 for aggregation interface 2
-    bytes          0180c2000000 or 01:80:c2:00:00:00, or $NAME for kept ones
+    bytes          0180c2000000 or 01:80:c2:00:00:00, or $NAME for stored ones
     array          [1, 2, agg1]; a bitmap also as the set of its bits {1, 5, 26}
     record         {field=value field=value}, fields left out are 0
     text           word or "some text"
@@ -33,7 +33,7 @@ std::string overview() {
     return text;
 }
 
-Answer about_call(const Call &call) {
+Answer about_call(const exported::Call &call) {
     return {fmt::format("{};\n{}\n\nusage: {}", call.declaration, call.doc, usage(call)),
             {{"help", call.name}, {"declaration", call.declaration}, {"usage", usage(call)}, {"doc", call.doc}}};
 }
@@ -52,28 +52,28 @@ Answer run_help(Session &, const Command &command) {
     if (words.empty()) {
         return {overview(), {{"help", overview()}}};
     }
-    if (const Call *const call = find_call(words[0])) {
+    if (const exported::Call *const call = exported::find_call(words[0])) {
         return about_call(*call);
     }
     if (const Builtin *const builtin = find_builtin(words[0])) {
         const std::string text = fmt::format("{} {}\n{}", builtin->name, builtin->arguments, builtin->help);
         return {text, {{"help", text}}};
     }
-    if (const Table *const table = find_table(words[0])) {
+    if (const exported::Table *const table = exported::find_table(words[0])) {
         return {fmt::format("{}\n{}", table->name, table->doc), {{"help", table->name}, {"doc", table->doc}}};
     }
     std::vector<std::string_view> names;
-    for (const Call &call : calls()) {
+    for (const exported::Call &call : exported::calls()) {
         names.emplace_back(call.name);
     }
-    throw Refusal("there is no call '" + words[0] + "'" + did_you_mean(words[0], names));
+    throw LineError("unknown call '" + words[0] + "'" + did_you_mean(words[0], names));
 }
 
 Answer run_calls(Session &, const Command &command) {
     const std::vector<std::string> words = words_of(command, 1);
     Answer answer;
     answer.object["calls"] = Json::array();
-    for (const Call &call : calls()) {
+    for (const exported::Call &call : exported::calls()) {
         if (words.empty() || matches(words[0], call.name)) {
             answer.text += (answer.text.empty() ? "" : "\n") + usage(call);
             answer.object["calls"].push_back(call.name);

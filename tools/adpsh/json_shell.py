@@ -10,7 +10,7 @@ NAMESPACE = ["unshare", "-n"] if os.geteuid() == 0 else ["unshare", "-Urn"]
 
 
 def command():
-    """The shell of the build under test, with its emulator if it needs one."""
+    """The shell of the build under test, with its emulator if there is one."""
     return shlex.split(os.environ["ADPSH"])
 
 

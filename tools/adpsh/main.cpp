@@ -20,13 +20,13 @@ struct Options {
 
 void describe(CLI::App &app, Options &options) {
     app.add_flag("--json", options.session.json, "One JSON object for every executed line");
-    app.add_flag("--trace", options.session.trace, "Show the driver calls that each call makes");
-    app.add_flag("--keep-going", options.keep_going, "Go on behind a line that cannot be executed");
+    app.add_flag("--trace", options.session.trace, "Show the driver calls of each call");
+    app.add_flag("--keep-going", options.keep_going, "Continue after a line that cannot be executed");
     app.add_option("--script", options.script, "Read the lines from a file")->option_text("FILE");
     app.add_option("--command", options.commands, "Execute these lines")->option_text("LINE ...");
     app.footer(
         "Without --script and --command the lines come from standard input. A script ends with status 1 at the\n"
-        "first line that cannot be executed; a call's own status is not looked at. Try the line: help");
+        "first line that cannot be executed, whatever status the calls return. Try the line: help");
 }
 
 bool run(adpsh::Session &session, adpsh::Reader &reader, bool keep_going) {
@@ -50,11 +50,7 @@ int start(const Options &options) {
     const bool at_terminal = options.script.empty() && options.commands.empty() && ::isatty(STDIN_FILENO) == 1;
     adpsh::SessionOptions session_options = options.session;
     session_options.numbered = !at_terminal;
-    session_options.trace = false;
     adpsh::Session session(session_options);
-    if (options.session.trace) {
-        session.trace(true);
-    }
     bool good = true;
     if (!options.commands.empty()) {
         good = run(session, *adpsh::list_reader(options.commands), options.keep_going);

@@ -1,16 +1,18 @@
-// Numbers and the names that stand for them.
+// Numbers, constants and names of interfaces.
+#include "calls/exported.h"
 #include "tools/adpsh/convert.h"
-#include "tools/adpsh/refusal.h"
+#include "tools/adpsh/line_error.h"
 #include "tools/adpsh/suggest.h"
 
 #include <adp/adp.h>
 
 #include <charconv>
-#include <cstring>
 #include <limits>
 #include <optional>
 
 namespace adpsh {
+
+using calls::Kind;
 
 namespace {
 
@@ -19,7 +21,7 @@ constexpr int kHexadecimal = 16;
 constexpr std::string_view kAggPrefix = "agg";
 constexpr std::string_view kAggMacro = "ADP_AGG_INTF(";
 
-/** A number as written: its sign apart from its size, so that all of 64 bits can be said. */
+/** A number as written: sign and magnitude, so that all 64-bit numbers fit. */
 struct Written {
     bool negative;
     uint64_t size;
@@ -57,7 +59,7 @@ std::optional<uint64_t> aggregation_interface(std::string_view text) {
 }
 
 std::optional<Written> read(std::string_view text) {
-    if (const Constant *constant = find_constant(text)) {
+    if (const exported::Constant *constant = exported::find_constant(text)) {
         const bool negative = constant->value < 0;
         return Written{negative, static_cast<uint64_t>(negative ? -constant->value : constant->value)};
     }
@@ -69,7 +71,7 @@ std::optional<Written> read(std::string_view text) {
     return size ? std::optional(Written{negative, *size}) : std::nullopt;
 }
 
-/** The widest positive number of a kind: signed kinds take all ones too, so that 0xFFFFFFFF is -1. */
+/** The largest number of a kind. Signed kinds take the unsigned range too, so that 0xFFFFFFFF is -1. */
 uint64_t limit_of(Kind kind) {
     switch (kind) {
         case Kind::kU8:
@@ -86,74 +88,26 @@ uint64_t limit_of(Kind kind) {
     }
 }
 
-template <typename T>
-void put(int64_t number, void *to) {
-    const auto narrow = static_cast<T>(number);
-    std::memcpy(to, &narrow, sizeof narrow);
-}
-
-template <typename T>
-int64_t take(const void *from) {
-    T number;
-    std::memcpy(&number, from, sizeof number);
-    return static_cast<int64_t>(number);
-}
-
 }  // namespace
 
 int64_t number_of(const Value &value, Kind kind) {
     if (value.form != Value::Form::kWord) {
-        throw Refusal("a number is wanted, not " + written(value));
+        throw LineError("expected a number, not " + written(value));
     }
     const auto number = read(value.text);
     if (!number) {
         std::vector<std::string_view> names;
-        for (const Constant &constant : constants()) {
+        for (const exported::Constant &constant : exported::constants()) {
             names.emplace_back(constant.name);
         }
-        throw Refusal("'" + written(value) + "' is neither a number nor the name of one" +
-                      did_you_mean(value.text, names));
+        throw LineError("'" + written(value) + "' is neither a number nor a constant" +
+                        did_you_mean(value.text, names));
     }
     const uint64_t limit = limit_of(kind);
     if (number->size > limit || (number->negative && number->size > limit / 2 + 1)) {
-        throw Refusal("'" + written(value) + "' is out of range");
+        throw LineError("'" + written(value) + "' is out of range");
     }
     return static_cast<int64_t>(number->negative ? uint64_t{0} - number->size : number->size);
-}
-
-void store_number(const Type &type, int64_t number, void *to) {
-    switch (type.kind) {
-        case Kind::kU8:
-            return put<uint8_t>(number, to);
-        case Kind::kU16:
-        case Kind::kI16:
-            return put<uint16_t>(number, to);
-        case Kind::kU64:
-            return put<int64_t>(number, to);
-        case Kind::kWord:
-            return put<uintptr_t>(number, to);
-        default:
-            return put<uint32_t>(number, to);
-    }
-}
-
-int64_t load_number(const Type &type, const void *from) {
-    switch (type.kind) {
-        case Kind::kU8:
-            return take<uint8_t>(from);
-        case Kind::kU16:
-            return take<uint16_t>(from);
-        case Kind::kI16:
-            return take<int16_t>(from);
-        case Kind::kU64:
-            return take<int64_t>(from);
-        case Kind::kWord:
-            return take<uintptr_t>(from);
-        case Kind::kI32:
-            return take<int32_t>(from);
-        default:
-            return take<uint32_t>(from);
-    }
 }
 
 }  // namespace adpsh

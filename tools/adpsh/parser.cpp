@@ -1,3 +1,4 @@
+// A recursive-descent parser for lines of the shell.
 #include "tools/adpsh/parser.h"
 
 #include <utility>
@@ -54,7 +55,7 @@ class Parser {
     [[nodiscard]] bool at_end() const { return position_ == line_.size(); }
     [[nodiscard]] char peek() const { return line_[position_]; }
 
-    /** Passes blanks, and a comment, which reaches to the line's end. */
+    /** Skips blanks, and a comment, which extends to the end of the line. */
     void skip_blanks() {
         while (!at_end() && is_blank(peek())) {
             ++position_;
@@ -80,13 +81,13 @@ class Parser {
             return result;
         }
         if (result.value.form != Value::Form::kWord) {
-            fail("only a name can stand in front of '='");
+            fail("only a name can precede '='");
         }
         ++position_;
         skip_blanks();
         result.name = std::exchange(result.value.text, {});
         if (at_end()) {
-            fail("there is no value behind '" + result.name + "='");
+            fail("no value after '" + result.name + "='");
         }
         result.value = value(depth);
         return result;
@@ -104,7 +105,7 @@ class Parser {
                 break;
         }
         if (is_special(peek())) {
-            fail(std::string("'") + peek() + "' is out of place");
+            fail(std::string("unexpected '") + peek() + "'");
         }
         return {Value::Form::kWord, word(), {}};
     }
@@ -138,7 +139,7 @@ class Parser {
             case '"':
                 return peek();
             default:
-                fail(R"(in a text only \\, \", \n, \r and \t follow a backslash)");
+                fail(R"(unknown escape: only \\, \", \n, \r and \t can follow a backslash)");
         }
     }
 
@@ -154,7 +155,7 @@ class Parser {
                 ++position_;
                 skip_blanks();
                 if (!at_end() && peek() == closing) {
-                    fail("an item is missing behind the comma");
+                    fail("an item is missing after the comma");
                 }
             }
             if (at_end()) {
@@ -166,7 +167,7 @@ class Parser {
             }
             result.items.push_back(argument(depth + 1));
             if (form == Value::Form::kList && !result.items.back().name.empty()) {
-                fail("a list holds plain items; names stand inside { }");
+                fail("a list cannot hold named items; use { }");
             }
         }
     }
@@ -210,7 +211,7 @@ std::variant<Command, Error> parse_line(std::string_view line) {
     }
     for (size_t i = 0; i < line.size(); ++i) {
         if (is_control(line[i])) {
-            return Error{"the line holds a control character", i + 1};
+            return Error{"the line contains a control character", i + 1};
         }
     }
     try {

@@ -1,6 +1,6 @@
 /**
  * @file parser.h
- * One line of the shell's language, taken apart. Nothing here knows of calls, does I/O or depends on state.
+ * Parses one line of the shell's language: a function without state, I/O and knowledge of calls.
  *
  *     CALL argument...            argument = [NAME =] value
  *     value = WORD | "text" | [ value, ... ] | { argument, ... }
@@ -19,7 +19,7 @@ namespace adpsh {
 
 struct Argument;
 
-/** A value as written; what it means is decided by the parameter that takes it. */
+/** A value as written; its meaning depends on the parameter. */
 struct Value {
     enum class Form { kWord, kText, kList, kBraces };
     Form form = Form::kWord;
@@ -39,7 +39,7 @@ struct Command {
     std::vector<Argument> arguments;
 };
 
-/** Why a line was refused, as a sentence, and where. */
+/** Why and where a line cannot be parsed. */
 struct Error {
     std::string text;
     size_t column = 0;  ///< counts from 1
@@ -50,7 +50,7 @@ constexpr size_t kMaxDepth = 16;
 
 std::variant<Command, Error> parse_line(std::string_view line);
 
-/** A value as it would be typed, for messages; long ones are cut. */
+/** A value as it would be typed, for messages; long values are cut. */
 std::string written(const Value &value);
 
 }  // namespace adpsh

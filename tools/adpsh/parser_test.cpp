@@ -1,4 +1,4 @@
-// The shell's language: what a line is taken apart into, and what is refused with which sentence.
+// The shell's language: what lines are parsed into, and the error messages.
 #include "tools/adpsh/parser.h"
 
 #include <gtest/gtest.h>
@@ -17,16 +17,16 @@ Command parsed(std::string_view line) {
     return std::get<Command>(result);
 }
 
-Error refused(std::string_view line) {
+Error rejected(std::string_view line) {
     const auto result = parse_line(line);
     if (const Error *error = std::get_if<Error>(&result)) {
         return *error;
     }
-    ADD_FAILURE() << "was taken: " << line;
+    ADD_FAILURE() << "was accepted: " << line;
     return {};
 }
 
-/** A command written out with its structure visible. */
+/** A command with its structure visible. */
 std::string shape(std::string_view line) {
     const Command command = parsed(line);
     std::string text = command.name;
@@ -54,62 +54,62 @@ TEST(ParseLine, EndsAtACommentThatOpensAWord) {
     EXPECT_EQ(shape("call \"# no\""), "call|\"# no\"");
 }
 
-TEST(ParseLine, TakesNamesInFrontOfValues) {
+TEST(ParseLine, ReadsNamesBeforeValues) {
     EXPECT_EQ(shape("call vid=100 list = [1]"), "call|vid:100|list:[1]");
     EXPECT_EQ(shape("set NAME = 0102"), "set|NAME:0102");
 }
 
-TEST(ParseLine, TakesListsAndSetsWithCommasOrBlanks) {
+TEST(ParseLine, ReadsListsAndSetsWithCommasOrBlanks) {
     EXPECT_EQ(shape("call [1,2 0x3] {4, 5} [] {}"), "call|[1, 2, 0x3]|{4, 5}|[]|{}");
 }
 
-TEST(ParseLine, TakesRecordsThatHoldOthers) {
+TEST(ParseLine, ReadsNestedRecords) {
     EXPECT_EQ(shape("call {flags=8 mac=0102 ports={1,2}}"), "call|{flags=8, mac=0102, ports={1, 2}}");
 }
 
-TEST(ParseLine, KeepsWhatATextHolds) {
+TEST(ParseLine, KeepsTheContentOfText) {
     const Command command = parsed(R"(call "a \"b\" \\ \n c")");
     ASSERT_EQ(command.arguments.size(), 1U);
     EXPECT_EQ(command.arguments[0].value.form, Value::Form::kText);
     EXPECT_EQ(command.arguments[0].value.text, "a \"b\" \\ \n c");
 }
 
-TEST(ParseLine, NamesTheColumnOfWhatItRefuses) {
-    EXPECT_EQ(refused("call 1, 2").column, 7U);
-    EXPECT_EQ(refused("call {1").column, 8U);
-    EXPECT_EQ(refused("call ]").column, 6U);
+TEST(ParseLine, ReportsTheColumnOfAnError) {
+    EXPECT_EQ(rejected("call 1, 2").column, 7U);
+    EXPECT_EQ(rejected("call {1").column, 8U);
+    EXPECT_EQ(rejected("call ]").column, 6U);
 }
 
-TEST(ParseLine, RefusesWithASentence) {
-    EXPECT_EQ(refused("[1]").text, "a line begins with the name of a call");
-    EXPECT_EQ(refused("call {1").text, "a closing '}' is missing");
-    EXPECT_EQ(refused("call [1").text, "a closing ']' is missing");
-    EXPECT_EQ(refused("call [1,").text, "a closing ']' is missing");
-    EXPECT_EQ(refused("call [1,]").text, "an item is missing behind the comma");
-    EXPECT_EQ(refused("call [,1]").text, "',' is out of place");
-    EXPECT_EQ(refused("call ]").text, "']' is out of place");
-    EXPECT_EQ(refused("call [1}").text, "'}' is out of place");
-    EXPECT_EQ(refused("call a=").text, "there is no value behind 'a='");
-    EXPECT_EQ(refused("call =1").text, "'=' is out of place");
-    EXPECT_EQ(refused("call \"a\"=1").text, "only a name can stand in front of '='");
-    EXPECT_EQ(refused("call [a=1]").text, "a list holds plain items; names stand inside { }");
-    EXPECT_EQ(refused("call \"abc").text, "the text has no closing quote");
-    EXPECT_EQ(refused("call \"abc\\").text, R"(in a text only \\, \", \n, \r and \t follow a backslash)");
-    EXPECT_EQ(refused("call 1, 2").text,
+TEST(ParseLine, ReportsErrors) {
+    EXPECT_EQ(rejected("[1]").text, "a line begins with the name of a call");
+    EXPECT_EQ(rejected("call {1").text, "a closing '}' is missing");
+    EXPECT_EQ(rejected("call [1").text, "a closing ']' is missing");
+    EXPECT_EQ(rejected("call [1,").text, "a closing ']' is missing");
+    EXPECT_EQ(rejected("call [1,]").text, "an item is missing after the comma");
+    EXPECT_EQ(rejected("call [,1]").text, "unexpected ','");
+    EXPECT_EQ(rejected("call ]").text, "unexpected ']'");
+    EXPECT_EQ(rejected("call [1}").text, "unexpected '}'");
+    EXPECT_EQ(rejected("call a=").text, "no value after 'a='");
+    EXPECT_EQ(rejected("call =1").text, "unexpected '='");
+    EXPECT_EQ(rejected("call \"a\"=1").text, "only a name can precede '='");
+    EXPECT_EQ(rejected("call [a=1]").text, "a list cannot hold named items; use { }");
+    EXPECT_EQ(rejected("call \"abc").text, "the text has no closing quote");
+    EXPECT_EQ(rejected("call \"abc\\").text, R"(unknown escape: only \\, \", \n, \r and \t can follow a backslash)");
+    EXPECT_EQ(rejected("call 1, 2").text,
               "commas separate the items inside brackets; arguments are separated by blanks");
 }
 
-TEST(ParseLine, RefusesControlCharacters) {
-    EXPECT_EQ(refused(std::string_view("call \0", 6)).column, 6U);
-    EXPECT_EQ(refused("call \x1b[A").text, "the line holds a control character");
+TEST(ParseLine, RejectsControlCharacters) {
+    EXPECT_EQ(rejected(std::string_view("call \0", 6)).column, 6U);
+    EXPECT_EQ(rejected("call \x1b[A").text, "the line contains a control character");
 }
 
 TEST(ParseLine, LimitsDepthAndLength) {
     const std::string deepest = "call " + std::string(kMaxDepth, '[') + std::string(kMaxDepth, ']');
     EXPECT_EQ(parsed(deepest).arguments.size(), 1U);
-    EXPECT_EQ(refused("call " + std::string(kMaxDepth + 1, '[')).text, "brackets are nested too deeply");
+    EXPECT_EQ(rejected("call " + std::string(kMaxDepth + 1, '[')).text, "brackets are nested too deeply");
     EXPECT_EQ(parsed(std::string(kMaxLine, 'a')).name.size(), kMaxLine);
-    EXPECT_EQ(refused(std::string(kMaxLine + 1, 'a')).text, "the line is too long");
+    EXPECT_EQ(rejected(std::string(kMaxLine + 1, 'a')).text, "the line is too long");
 }
 
 TEST(ParseLine, PlacesEveryErrorInsideTheLine) {

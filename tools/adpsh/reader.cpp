@@ -1,3 +1,4 @@
+// Lines from a stream or a list.
 #include "tools/adpsh/reader.h"
 
 #include <stddef.h>

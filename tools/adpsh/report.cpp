@@ -1,3 +1,4 @@
+// The two forms of report: text and JSON.
 #include "tools/adpsh/report.h"
 
 #include <fmt/format.h>
@@ -40,8 +41,8 @@ class TextReport : public Report {
         }
     }
 
-    void refusal(size_t line, const std::string &sentence) override {
-        print(stderr, numbered_ ? fmt::format("line {}: {}\n", line, sentence) : sentence + "\n");
+    void error(size_t line, const std::string &message) override {
+        print(stderr, numbered_ ? fmt::format("line {}: {}\n", line, message) : message + "\n");
     }
 
   private:
@@ -71,11 +72,11 @@ class JsonReport : public Report {
         write(object);
     }
 
-    void refusal(size_t line, const std::string &sentence) override { write({{"line", line}, {"error", sentence}}); }
+    void error(size_t line, const std::string &message) override { write({{"line", line}, {"error", message}}); }
 
   private:
     static void write(const Json &object) {
-        // Texts may come from anywhere, and need not be UTF-8.
+        // Texts need not be UTF-8.
         print(stdout, object.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n");
     }
 };

@@ -1,6 +1,6 @@
 /**
  * @file report.h
- * What the shell says about each line, to people or to programs.
+ * Reports on each line, as text for people or as JSON for programs.
  */
 #pragma once
 
@@ -13,7 +13,7 @@
 
 namespace adpsh {
 
-/** What one of the shell's own commands answers: a text for people, an object for programs. */
+/** The answer of one of the shell's own commands: text for people, an object for programs. */
 struct Answer {
     std::string text;
     Json object = Json::object();
@@ -28,10 +28,10 @@ class Report {
 
     virtual void call(size_t line, const Outcome &outcome) = 0;
     virtual void answer(size_t line, const Answer &answer) = 0;
-    virtual void refusal(size_t line, const std::string &sentence) = 0;
+    virtual void error(size_t line, const std::string &message) = 0;
 };
 
-/** Text on standard output; refusals on standard error, with the line's number when `numbered`. */
+/** Text on standard output; errors on standard error, with the line's number when `numbered`. */
 std::unique_ptr<Report> text_report(bool numbered);
 /** One JSON object a line on standard output. */
 std::unique_ptr<Report> json_report();

@@ -17,7 +17,7 @@ namespace adpsh {
 struct SessionOptions {
     bool json = false;
     bool trace = false;
-    bool numbered = false;  ///< refusals name their line: nobody sees the line above them
+    bool numbered = false;  ///< errors name their line, because it is not on the screen above them
 };
 
 class Session {
@@ -31,7 +31,7 @@ class Session {
 
     // For the shell's own commands.
     void end() { is_over_ = true; }
-    void trace(bool on);
+    void trace(bool on) { options_.trace = on; }
     [[nodiscard]] Variables &variables() { return variables_; }
     [[nodiscard]] FrameSocket &frames() { return frames_; }
 
@@ -42,7 +42,7 @@ class Session {
     std::unique_ptr<Report> report_;
     size_t line_ = 0;
     bool is_over_ = false;
-    bool is_broken_ = false;
+    bool is_crashed_ = false;
     Variables variables_;
     FrameSocket frames_;
 };

@@ -1,11 +1,11 @@
 /**
  * @file show.h
- * Memory shown to people, as text, and to programs, as JSON.
+ * Shows memory as text for people and as JSON for programs.
  */
 #pragma once
 
+#include "calls/exported.h"
 #include "tools/adpsh/arguments.h"
-#include "tools/adpsh/table.h"
 
 #include <nlohmann/json.hpp>
 
@@ -16,18 +16,18 @@ namespace adpsh {
 
 using Json = nlohmann::ordered_json;
 
-/** Bytes as hexadecimal digits without separators. */
-std::string hex_of(const uint8_t *bytes, size_t count);
+/** A block of which only the driver knows the layout is shown as a counter if it has the size of one. */
+constexpr calls::Element kCounter = {calls::Kind::kU64, sizeof(uint64_t)};
 
-std::string text_of(const Type &type, const void *from, size_t count);
-Json json_of(const Type &type, const void *from, size_t count);
+std::string text_of(const calls::Element &element, const void *from, size_t count);
+Json json_of(const calls::Element &element, const void *from, size_t count);
 
-/** Whether a slot has something to show after the call: an output, or a set behind a word that the call changed. */
+/** Whether a slot is shown after the call: an output, or a set addressed by a word if the call changed it. */
 bool is_shown(const Slot &slot);
 std::string text_of(const Slot &slot, const Arguments &arguments);
 Json json_of(const Slot &slot, const Arguments &arguments);
 
-std::string text_of(const Call &call, const Result &result);
-Json json_of(const Call &call, const Result &result);
+std::string text_of(const exported::Call &call, int64_t result);
+Json json_of(const exported::Call &call, int64_t result);
 
 }  // namespace adpsh

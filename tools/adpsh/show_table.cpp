@@ -1,9 +1,11 @@
-// show: the library's exported tables, read where the library keeps them.
+// The command show: the library's exported tables, read in place.
 #include "tools/adpsh/builtins.h"
-#include "tools/adpsh/refusal.h"
+#include "tools/adpsh/line_error.h"
 #include "tools/adpsh/show.h"
+
+#include "calls/describe.h"
+#include "calls/exported.h"
 #include "tools/adpsh/suggest.h"
-#include "tools/adpsh/table.h"
 
 #include <adp/adp.h>
 
@@ -21,13 +23,13 @@ constexpr size_t kMaxRows = 65536;
 constexpr size_t kShortTable = 32;
 constexpr size_t kMaxNodes = 65536;
 
-/** Where a table stands and how long it is: tables behind a pointer have a row for every row of the port map. */
+/** Address and length of a table. A table addressed by a pointer has as many rows as the port map. */
 struct Extent {
     const uint8_t *begin;
     size_t rows;
 };
 
-Extent extent_of(const Table &table) {
+Extent extent_of(const exported::Table &table) {
     if (!table.is_pointer) {
         return {static_cast<const uint8_t *>(table.address), table.rows};
     }
@@ -36,12 +38,12 @@ Extent extent_of(const Table &table) {
     return {begin, std::min<size_t>(size_t{adp_max_phy_port_num} + 1, kMaxRows)};
 }
 
-bool is_list_head(const Table &table) {
-    return table.type.record != nullptr && table.type.size == sizeof(adp_list_link_t) &&
-           std::string_view(table.type.record->name) == "adp_list_link_t";
+bool is_list_head(const exported::Table &table) {
+    return table.element.layout != nullptr && table.element.size == sizeof(adp_list_link_t) &&
+           std::string_view(table.element.layout->name) == "adp_list_link_t";
 }
 
-size_t nodes_of(const Table &table) {
+size_t nodes_of(const exported::Table &table) {
     const auto *const head = static_cast<const adp_list_link_t *>(table.address);
     size_t nodes = 0;
     for (const adp_list_link_t *link = head->next; link != head && link != nullptr && nodes < kMaxNodes;
@@ -51,8 +53,8 @@ size_t nodes_of(const Table &table) {
     return nodes;
 }
 
-std::string rows_text(const Table &table, const Extent &extent) {
-    const size_t size = table.type.size * table.columns;
+std::string rows_text(const exported::Table &table, const Extent &extent) {
+    const size_t size = table.element.size * table.columns;
     std::string text;
     size_t passed_over = 0;
     for (size_t i = 0; i < extent.rows; ++i) {
@@ -61,7 +63,7 @@ std::string rows_text(const Table &table, const Extent &extent) {
             ++passed_over;
             continue;
         }
-        text += fmt::format("{}  [{}] {}", text.empty() ? "" : "\n", i, text_of(table.type, row, table.columns));
+        text += fmt::format("{}  [{}] {}", text.empty() ? "" : "\n", i, text_of(table.element, row, table.columns));
     }
     if (passed_over != 0) {
         text += fmt::format("{}  ({} rows are 0)", text.empty() ? "" : "\n", passed_over);
@@ -69,7 +71,7 @@ std::string rows_text(const Table &table, const Extent &extent) {
     return text;
 }
 
-std::string table_text(const Table &table, const Extent &extent) {
+std::string table_text(const exported::Table &table, const Extent &extent) {
     if (extent.begin == nullptr) {
         return fmt::format("{} = null", table.name);
     }
@@ -77,15 +79,15 @@ std::string table_text(const Table &table, const Extent &extent) {
         return fmt::format("{} = a list of {}", table.name, nodes_of(table));
     }
     if (extent.rows == 1 && !table.is_pointer) {
-        return fmt::format("{} = {}", table.name, text_of(table.type, extent.begin, table.columns));
+        return fmt::format("{} = {}", table.name, text_of(table.element, extent.begin, table.columns));
     }
-    if (table.type.kind == Kind::kU8 && table.columns == 1) {
-        return fmt::format("{} = {}", table.name, hex_of(extent.begin, extent.rows));
+    if (table.element.kind == calls::Kind::kU8 && table.columns == 1) {
+        return fmt::format("{} = {}", table.name, calls::hex_text(extent.begin, extent.rows));
     }
     return fmt::format("{}:\n{}", table.name, rows_text(table, extent));
 }
 
-Json table_json(const Table &table, const Extent &extent) {
+Json table_json(const exported::Table &table, const Extent &extent) {
     if (extent.begin == nullptr) {
         return nullptr;
     }
@@ -93,21 +95,21 @@ Json table_json(const Table &table, const Extent &extent) {
         return nodes_of(table);
     }
     if (extent.rows == 1 && !table.is_pointer) {
-        return json_of(table.type, extent.begin, table.columns);
+        return json_of(table.element, extent.begin, table.columns);
     }
-    if (table.type.kind == Kind::kU8 && table.columns == 1) {
-        return hex_of(extent.begin, extent.rows);
+    if (table.element.kind == calls::Kind::kU8 && table.columns == 1) {
+        return calls::hex_text(extent.begin, extent.rows);
     }
     Json rows = Json::array();
     for (size_t i = 0; i < extent.rows; ++i) {
-        rows.push_back(json_of(table.type, extent.begin + i * table.type.size * table.columns, table.columns));
+        rows.push_back(json_of(table.element, extent.begin + i * table.element.size * table.columns, table.columns));
     }
     return rows;
 }
 
 Answer list_tables() {
     Answer answer{"", {{"tables", Json::array()}}};
-    for (const Table &table : tables()) {
+    for (const exported::Table &table : exported::tables()) {
         answer.text += std::string(answer.text.empty() ? "" : "\n") + table.name;
         answer.object["tables"].push_back(table.name);
     }
@@ -121,16 +123,16 @@ Answer run_show(Session &, const Command &command) {
     if (words.empty()) {
         return list_tables();
     }
-    const Table *const table = find_table(words[0]);
+    const exported::Table *const table = exported::find_table(words[0]);
     if (table == nullptr) {
         std::vector<std::string_view> names;
-        for (const Table &each : tables()) {
+        for (const exported::Table &each : exported::tables()) {
             names.emplace_back(each.name);
         }
-        throw Refusal("there is no table '" + words[0] + "'" + did_you_mean(words[0], names));
+        throw LineError("unknown table '" + words[0] + "'" + did_you_mean(words[0], names));
     }
     if (table->address == nullptr) {
-        throw Refusal("the library that is loaded does not have " + words[0]);
+        throw LineError("the loaded library has no " + words[0]);
     }
     const Extent extent = extent_of(*table);
     return {table_text(*table, extent), {{"show", table->name}, {"value", table_json(*table, extent)}}};

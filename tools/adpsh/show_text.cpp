@@ -1,20 +1,25 @@
 // Memory as text for people.
 #include "tools/adpsh/show.h"
 
+#include "calls/describe.h"
+
 #include <adp/adp.h>
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cstring>
 #include <limits>
 
 namespace adpsh {
 
+using calls::Element;
+using calls::Kind;
+
 namespace {
 
-constexpr size_t kBitsPerWord = 32;
 constexpr size_t kMinTrailingZeros = 4;
-// From here on a word reads better in hexadecimal: it is an address or a pattern.
+// Larger words are shown in hexadecimal: they are addresses or patterns.
 constexpr int64_t kLargeWord = 0x10000;
 
 std::string interface_text(int64_t number) {
@@ -24,64 +29,57 @@ std::string interface_text(int64_t number) {
     return std::to_string(number);
 }
 
-std::string number_text(const Type &type, const void *from) {
-    const int64_t number = load_number(type, from);
-    if (type.kind == Kind::kU64) {
+std::string number_text(const Element &element, const void *from) {
+    const int64_t number = calls::load(element.kind, from);
+    if (element.kind == Kind::kU64) {
         return std::to_string(static_cast<uint64_t>(number));
     }
-    if (type.kind == Kind::kU32 && number == std::numeric_limits<uint32_t>::max()) {
+    if (element.kind == Kind::kU32 && number == std::numeric_limits<uint32_t>::max()) {
         return fmt::format("{:#x} (all ones)", number);
     }
-    if (type.kind == Kind::kWord && number >= kLargeWord) {
+    if (element.kind == Kind::kWord && number >= kLargeWord) {
         return fmt::format("{:#x}", static_cast<uintptr_t>(number));
     }
-    return type.is_interface ? interface_text(number) : std::to_string(number);
+    return element.is_interface ? interface_text(number) : std::to_string(number);
 }
 
-std::string callback_text(const Type &type, const void *from) {
+std::string callback_text(const Element &element, const void *from) {
     void (*function)();
     std::memcpy(&function, from, sizeof function);
-    return function == nullptr ? "none" : function == type.callback->print ? "print" : "set";
+    return function == nullptr ? "none" : function == element.callback->report ? "print" : "set";
 }
 
-std::string record_text(const Record &record, const uint8_t *from) {
+std::string record_text(const calls::Struct &record, const uint8_t *from) {
     std::string text = "{";
-    for (const Field &field : record.fields) {
+    for (const calls::Field &field : record.fields) {
         const void *address = nullptr;
         if (field.is_pointer) {
             std::memcpy(&address, from + field.offset, sizeof address);
         }
         text += std::string(text.size() == 1 ? "" : " ") + field.name + "=";
         text += field.is_pointer ? (address == nullptr ? "null" : "set")
-                                 : text_of(field.type, from + field.offset, field.count);
+                                 : text_of(field.element, from + field.offset, field.count);
     }
     return text + "}";
 }
 
-bool is_bitmap(const Type &type, size_t count) {
-    return type.kind == Kind::kU32 && !type.is_interface && (count == 2 || count == 8);
+bool is_bitmap(const Element &element, size_t count) {
+    return element.kind == Kind::kU32 && !element.is_interface && (count == 2 || count == 8);
 }
 
 std::string bitmap_text(const uint8_t *from, size_t words) {
-    std::string bits;
     std::string plain;
     for (size_t i = 0; i < words; ++i) {
-        uint32_t word;
-        std::memcpy(&word, from + i * sizeof word, sizeof word);
-        plain += fmt::format("{}{:#010x}", i == 0 ? "" : ", ", word);
-        for (size_t bit = 0; bit < kBitsPerWord; ++bit) {
-            if ((word >> bit & 1U) != 0) {
-                bits += (bits.empty() ? "" : ",") + std::to_string(i * kBitsPerWord + bit);
-            }
-        }
+        plain += fmt::format("{}{:#010x}", i == 0 ? "" : ", ", calls::load(Kind::kU32, from + i * sizeof(uint32_t)));
     }
-    return "{" + bits + "} = [" + plain + "]";
+    return calls::ports_text(from, words) + " = [" + plain + "]";
 }
 
-/** Elements in brackets; a long tail of zeros is only counted. */
-std::string list_text(const Type &type, const uint8_t *from, size_t count) {
+/** Elements in brackets; of many trailing zeros only the number. */
+std::string list_text(const Element &element, const uint8_t *from, size_t count) {
     size_t shown = count;
-    while (shown > 0 && type.kind != Kind::kRecord && load_number(type, from + (shown - 1) * type.size) == 0) {
+    while (shown > 0 && element.kind != Kind::kStruct &&
+           calls::load(element.kind, from + (shown - 1) * element.size) == 0) {
         --shown;
     }
     if (count - shown < kMinTrailingZeros) {
@@ -89,7 +87,7 @@ std::string list_text(const Type &type, const uint8_t *from, size_t count) {
     }
     std::string text = "[";
     for (size_t i = 0; i < shown; ++i) {
-        text += (i == 0 ? "" : ", ") + text_of(type, from + i * type.size, 1);
+        text += (i == 0 ? "" : ", ") + text_of(element, from + i * element.size, 1);
     }
     if (shown < count) {
         text += fmt::format("{}0 x {}", shown == 0 ? "" : ", ", count - shown);
@@ -97,15 +95,16 @@ std::string list_text(const Type &type, const uint8_t *from, size_t count) {
     return text + "]";
 }
 
-/** A block that only the driver knows: as the 64-bit counter or the words that it most likely holds. */
+/** A block of which only the driver knows the layout: a 64-bit counter if it has that size, else words. */
 std::string opaque_text(const uint8_t *from, size_t count) {
     if (count == kCounter.size) {
         return number_text(kCounter, from);
     }
-    return count % kWord32.size == 0 ? list_text(kWord32, from, count / kWord32.size) : hex_of(from, count);
+    return count % calls::kWord32.size == 0 ? list_text(calls::kWord32, from, count / calls::kWord32.size)
+                                            : calls::hex_text(from, count);
 }
 
-/** The address that a call handed out, told as the place in an argument's memory that it points at. */
+/** An address that a call returned, as an offset into the memory of another argument. */
 std::string pointer_text(const Slot &slot, const Arguments &arguments) {
     const uint8_t *address = nullptr;
     std::memcpy(&address, slot.storage.data(), sizeof address);
@@ -120,11 +119,11 @@ std::string pointer_text(const Slot &slot, const Arguments &arguments) {
 
 std::string frame_record_text(const Slot &slot) {
     std::string text = "{";
-    for (const Field &field : slot.parameter->type.record->fields) {
+    for (const calls::Field &field : slot.parameter->element.layout->fields) {
         const uint8_t *const at = slot.storage.data() + field.offset;
         text += std::string(text.size() == 1 ? "" : " ") + field.name + "=";
         if (!field.is_pointer) {
-            text += text_of(field.type, at, field.count);
+            text += text_of(field.element, at, field.count);
             continue;
         }
         const uint8_t *address = nullptr;
@@ -132,7 +131,7 @@ std::string frame_record_text(const Slot &slot) {
         if (address == nullptr || slot.pointed == nullptr) {
             text += address == nullptr ? "null" : "set";
         } else if (std::string_view(field.name) == "frame") {
-            text += hex_of(slot.pointed->data(), slot.pointed->size());
+            text += calls::hex_text(slot.pointed->data(), slot.pointed->size());
         } else {
             text += fmt::format("frame+{}", address - slot.pointed->data());
         }
@@ -140,93 +139,93 @@ std::string frame_record_text(const Slot &slot) {
     return text + "}";
 }
 
-}  // namespace
-
-std::string hex_of(const uint8_t *bytes, size_t count) {
-    constexpr std::string_view kDigits = "0123456789abcdef";
-    std::string text;
-    text.reserve(count * 2);
-    for (size_t i = 0; i < count; ++i) {
-        text += kDigits[bytes[i] >> 4U];
-        text += kDigits[bytes[i] & 0xFU];
-    }
-    return text;
+/** The constant that names a status, or null. */
+const exported::Constant *find_status(int64_t status) {
+    const auto is_name = [status](const exported::Constant &constant) {
+        const std::string_view name = constant.name;
+        return constant.value == status && (name == "ADP_OK" || name == "ADP_FAIL" || name.substr(0, 6) == "ADP_E_");
+    };
+    const auto rows = exported::constants();
+    const auto found = std::find_if(rows.begin(), rows.end(), is_name);
+    return found == rows.end() ? nullptr : &*found;
 }
 
-std::string text_of(const Type &type, const void *from, size_t count) {
+}  // namespace
+
+std::string text_of(const Element &element, const void *from, size_t count) {
     const auto *const bytes = static_cast<const uint8_t *>(from);
-    if (type.kind == Kind::kText) {
+    if (element.kind == Kind::kChar) {
         return '"' + std::string(static_cast<const char *>(from)) + '"';
     }
-    if (type.kind == Kind::kOpaque) {
+    if (element.kind == Kind::kOpaque) {
         return opaque_text(bytes, count);
     }
-    if (type.kind == Kind::kU8 && count != 1) {
-        return hex_of(bytes, count);
+    if (element.kind == Kind::kU8 && count != 1) {
+        return calls::hex_text(bytes, count);
     }
-    if (is_bitmap(type, count)) {
+    if (is_bitmap(element, count)) {
         return bitmap_text(bytes, count);
     }
     if (count != 1) {
-        return list_text(type, bytes, count);
+        return list_text(element, bytes, count);
     }
-    if (type.kind == Kind::kRecord) {
-        return record_text(*type.record, bytes);
+    if (element.kind == Kind::kStruct) {
+        return record_text(*element.layout, bytes);
     }
-    return type.kind == Kind::kCallback ? callback_text(type, from) : number_text(type, from);
+    return element.kind == Kind::kCallback ? callback_text(element, from) : number_text(element, from);
 }
 
 bool is_shown(const Slot &slot) {
-    return (is_output(*slot.parameter) && !slot.is_null) ||
+    return (slot.parameter->is_written() && !slot.is_null) ||
            (!slot.before.empty() && slot.pointed != nullptr && *slot.pointed != slot.before);
 }
 
 std::string text_of(const Slot &slot, const Arguments &arguments) {
-    const Parameter &parameter = *slot.parameter;
+    const calls::Param &parameter = *slot.parameter;
     if (!slot.before.empty()) {
-        return text_of(kWord32, slot.pointed->data(), slot.pointed->size() / kWord32.size);
+        return text_of(calls::kWord32, slot.pointed->data(), slot.pointed->size() / calls::kWord32.size);
     }
     switch (parameter.shape) {
-        case Shape::kOutPointer:
+        case calls::Shape::kOutPointer:
             return pointer_text(slot, arguments);
-        case Shape::kFrameRecord:
+        case calls::Shape::kFrameRecord:
             return frame_record_text(slot);
         default:
             break;
     }
-    if (parameter.counter == kNoCounter || parameter.type.kind == Kind::kOpaque) {
-        return text_of(parameter.type, slot.storage.data(), slot.elements);
+    if (parameter.counted_by == calls::kNotCounted || parameter.element.kind == Kind::kOpaque) {
+        return text_of(parameter.element, slot.storage.data(), slot.elements);
     }
     // A counted array is a list even if it holds one element, or as many as a bitmap has.
-    return parameter.type.kind == Kind::kU8 ? hex_of(slot.storage.data(), slot.elements)
-                                            : list_text(parameter.type, slot.storage.data(), slot.elements);
+    return parameter.element.kind == Kind::kU8 ? calls::hex_text(slot.storage.data(), slot.elements)
+                                               : list_text(parameter.element, slot.storage.data(), slot.elements);
 }
 
-std::string text_of(const Call &call, const Result &result) {
+std::string text_of(const exported::Call &call, int64_t result) {
     switch (call.result) {
-        case ResultKind::kNone:
+        case calls::Result::kNothing:
             return "done";
-        case ResultKind::kRecord:
-            return result.address == nullptr ? "null"
-                                             : record_text(*call.record, static_cast<const uint8_t *>(result.address));
-        case ResultKind::kText:
-            return result.address == nullptr ? "null" : text_of({Kind::kText, 1}, result.address, 1);
-        case ResultKind::kInterface:
-            return interface_text(result.number);
+        case calls::Result::kStruct:
+            return result == 0 ? "null"
+                               : record_text(*call.layout, static_cast<const uint8_t *>(calls::address_of(result)));
+        case calls::Result::kText:
+            return result == 0 ? "null" : text_of({Kind::kChar, 1}, calls::address_of(result), 1);
+        case calls::Result::kInterface:
+            return interface_text(result);
         default:
             break;
     }
-    std::string number = std::to_string(result.number);
-    if (call.result != ResultKind::kStatus) {
+    std::string number = std::to_string(result);
+    if (call.result != calls::Result::kStatus) {
         return number;
     }
-    const Constant *const status = find_status(result.number);
+    const exported::Constant *const status = find_status(result);
     if (status == nullptr) {
         return number;
     }
     const std::string_view remark = status->doc;
-    return result.number == 0 ? number + " (" + std::string(remark) + ")"
-                              : fmt::format("{} ({}: {})", number, status->name, remark);
+    return result == 0 ? number + " (" + std::string(remark) + ")"
+                       : fmt::format("{} ({}: {})", number, status->name, remark);
 }
 
 }  // namespace adpsh

@@ -1,3 +1,4 @@
+// Finds close names by their edit distance.
 #include "tools/adpsh/suggest.h"
 
 #include <stddef.h>
@@ -11,14 +12,14 @@ namespace {
 
 constexpr size_t kMaxSuggestions = 3;
 constexpr size_t kMaxName = 64;
-// One slip for every so many characters is still taken for a slip.
-constexpr size_t kCharactersPerSlip = 4;
+// One typing error is accepted for so many characters.
+constexpr size_t kCharactersPerError = 4;
 
 bool same(char a, char b) {
     return std::tolower(static_cast<unsigned char>(a)) == std::tolower(static_cast<unsigned char>(b));
 }
 
-/** Insertions, deletions and replacements that turn one name into the other, whatever the case. */
+/** The edit distance of two names, ignoring case. */
 size_t distance(std::string_view a, std::string_view b) {
     std::vector<size_t> row(b.size() + 1);
     for (size_t j = 0; j <= b.size(); ++j) {
@@ -43,9 +44,9 @@ std::string did_you_mean(std::string_view name, const std::vector<std::string_vi
     }
     std::vector<std::pair<size_t, std::string_view>> close;
     for (const std::string_view candidate : names) {
-        const size_t slips = distance(name, candidate);
-        if (slips <= std::max<size_t>(2, name.size() / kCharactersPerSlip) && slips < name.size()) {
-            close.emplace_back(slips, candidate);
+        const size_t errors = distance(name, candidate);
+        if (errors <= std::max<size_t>(2, name.size() / kCharactersPerError) && errors < name.size()) {
+            close.emplace_back(errors, candidate);
         }
     }
     std::sort(close.begin(), close.end());

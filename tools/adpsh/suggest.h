@@ -1,6 +1,6 @@
 /**
  * @file suggest.h
- * Guesses which name was meant.
+ * Suggests names close to an unknown one.
  */
 #pragma once
 
@@ -10,7 +10,7 @@
 
 namespace adpsh {
 
-/** "; did you mean 'a' or 'b'?" for the closest of the names, or nothing when none is close. */
+/** "; did you mean 'a' or 'b'?" for the closest names; empty if none is close. */
 std::string did_you_mean(std::string_view name, const std::vector<std::string_view> &names);
 
 }  // namespace adpsh

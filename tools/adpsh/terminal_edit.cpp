@@ -1,7 +1,7 @@
 // The terminal with libedit: history, and completion of calls, commands, tables and constants.
+#include "calls/exported.h"
 #include "tools/adpsh/builtins.h"
 #include "tools/adpsh/reader.h"
-#include "tools/adpsh/table.h"
 
 #include <editline/readline.h>
 
@@ -29,18 +29,18 @@ void add_names(const Rows &rows, const std::string &beginning, std::vector<std::
     }
 }
 
-/** The names that could stand at a place of the line. */
+/** The names that can complete a word of the line. */
 std::vector<std::string> candidates(const std::string &beginning, bool first, const std::string &command) {
     std::vector<std::string> names;
     if (first || command == "help" || command == "calls") {
         add_names(builtins(), beginning, names);
-        add_names(calls(), beginning, names);
+        add_names(exported::calls(), beginning, names);
     }
     if (!first && (command == "show" || command == "help")) {
-        add_names(tables(), beginning, names);
+        add_names(exported::tables(), beginning, names);
     }
     if (!first && find_builtin(command) == nullptr && !beginning.empty()) {
-        add_names(constants(), beginning, names);
+        add_names(exported::constants(), beginning, names);
     }
     return names;
 }
@@ -61,7 +61,7 @@ char *next_candidate(const char *text, int state) {
 }
 
 char **complete(const char *text, int, int) {
-    rl_attempted_completion_over = 1;  // file names are never meant
+    rl_attempted_completion_over = 1;  // no file names
     return rl_completion_matches(text, next_candidate);
 }
 

@@ -54,7 +54,7 @@ def test_what_the_library_prints_is_caught(shell):
     assert answer["printed"] == {"stdout": " ioctl failed: \r\nNo such device\r\n\r\n", "stderr": ""}
 
 
-def test_bytes_are_kept_under_a_name(mapped):
+def test_bytes_are_stored_under_a_name(mapped):
     assert mapped.result("set TAG = 98:00:00:02:00:00:00:00") == 0
     assert mapped("adp_bcmtag_dest_port_intf_2_phy $TAG")["outputs"] == {"tag": "9800001000000000"}
 

@@ -1,4 +1,4 @@
-"""Lines that cannot be executed, the shell's own commands, and how the program ends."""
+"""Lines with errors, the shell's own commands, and the exit status."""
 import os
 import pty
 import random
@@ -9,58 +9,58 @@ import pytest
 
 from json_shell import NAMESPACE, command
 
-REFUSED = {
-    "adp_vlan_creat 1": "there is no call 'adp_vlan_creat'; did you mean 'adp_vlan_create'",
+REJECTED = {
+    "adp_vlan_creat 1": "unknown call 'adp_vlan_creat'; did you mean 'adp_vlan_create'",
     "adp_intf_2_phy_id": "too few arguments; usage: adp_intf_2_phy_id intf",
     "adp_intf_2_phy_id 1 2": "too many arguments; usage: adp_intf_2_phy_id intf",
     "adp_intf_2_phy_id port=1": "adp_intf_2_phy_id has no argument 'port'",
     "adp_intf_2_phy_id intf=1 intf=2": "'intf' is given twice",
-    "adp_intf_2_phy_id one": "'intf': 'one' is neither a number nor the name of one",
+    "adp_intf_2_phy_id one": "'intf': 'one' is neither a number nor a constant",
     "adp_intf_2_phy_id ADP_NO_VLN": "did you mean 'ADP_NO_VLAN'?",
     "adp_intf_2_phy_id 0x": "'0x' is neither a number",
     "adp_intf_2_phy_id 4294967296": "'4294967296' is out of range",
     "adp_intf_2_phy_id -2147483649": "'-2147483649' is out of range",
-    "adp_intf_2_phy_id {1}": "a number is wanted, not {1}",
+    "adp_intf_2_phy_id {1}": "expected a number, not {1}",
     "adp_intf_2_phy_id 1, 2": "commas separate the items inside brackets",
     "adp_intf_2_phy_id [": "a closing ']' is missing (column 20)",
-    "adp_get_agg_group agg1 -1": "a count of 4294967295 is more than the 65536 elements that the shell provides",
-    "adp_get_agg_group agg1 65537": "a count of 65537 is more than the 65536",
-    "adp_get_agg_group agg1 2 members=[1,2,3]": "'members': there is room for 2 elements, 3 are given",
-    "adp_get_agg_group agg1 2 members=null": "an output needs an address",
+    "adp_get_agg_group agg1 -1": "the count 4294967295 exceeds the 65536 elements that the shell provides",
+    "adp_get_agg_group agg1 65537": "the count 65537 exceeds the 65536",
+    "adp_get_agg_group agg1 2 members=[1,2,3]": "'members': expected at most 2 elements, got 3",
+    "adp_get_agg_group agg1 2 members=null": "an output cannot be null",
     "adp_api_xlate_port_pbmp_a2p {64}": "a set of 64 has no bit 64",
-    "adp_api_xlate_port_pbmp_a2p [1,2,3]": "there is room for 2 elements, 3 are given",
-    "adp_api_xlate_port_pbmp_a2p {a=1}": "a set {1, 5} of numbers is wanted",
-    "adp_bcmtag_dest_port_intf_2_phy 98000002000000": "8 bytes are wanted, 7 are given",
-    "adp_bcmtag_dest_port_intf_2_phy 9800000200000": "pairs of hexadecimal digits are wanted",
-    "adp_bcmtag_dest_port_intf_2_phy 98:00:00:0g": "pairs of hexadecimal digits are wanted",
-    "adp_bcmtag_dest_port_intf_2_phy $NONE": "nothing is called $NONE",
-    "adp_dump_packet t 010203 4": "'data': the count says 4, but 3 elements are given",
-    "adp_receive_frame 010203 0x7fffffff": "'frame': a count of 2147483647 is more",
+    "adp_api_xlate_port_pbmp_a2p [1,2,3]": "expected at most 2 elements, got 3",
+    "adp_api_xlate_port_pbmp_a2p {a=1}": "expected a set {1, 5} of numbers",
+    "adp_bcmtag_dest_port_intf_2_phy 98000002000000": "expected 8 bytes, got 7",
+    "adp_bcmtag_dest_port_intf_2_phy 9800000200000": "expected pairs of hexadecimal digits",
+    "adp_bcmtag_dest_port_intf_2_phy 98:00:00:0g": "expected pairs of hexadecimal digits",
+    "adp_bcmtag_dest_port_intf_2_phy $NONE": "unknown variable $NONE",
+    "adp_dump_packet t 010203 4": "'data': expected 4 elements by the count, got 3",
+    "adp_receive_frame 010203 0x7fffffff": "'frame': the count 2147483647 exceeds",
     "adp_receive_frame 010203 out_frame=0": "'out_frame': the call sets this address",
     "adp_linkscan_register 0x1234": "a callback is 'print' or 'none', not 0x1234",
     "__adp_transmit_frame {frame=0102 length=3} null 0 0": "the length exceeds the 2 bytes of the frame",
     "__adp_transmit_frame {frame=0102 sorce=3} null 0 0":
         "adp_tx_frame_t has no field 'sorce'; did you mean 'source'?",
-    "__adp_transmit_frame {3} null 0 0": "'3' needs the name of a field in front",
-    "__adp_transmit_frame {frame=0102} {1} 0 0": "a list [1, 2, agg1] or null is wanted, not {1}",
+    "__adp_transmit_frame {3} null 0 0": "'3' has no field name",
+    "__adp_transmit_frame {frame=0102} {1} 0 0": "expected a list [1, 2, agg1] or null, not {1}",
     "__adp_transmit_frame {frame=0102} [one] 0 0": "'one' is neither a number",
-    "__adp_receive_frame {frame=010203040506 vlan_tag=3} 1": "field 'vlan_tag': the offset 3 lies outside the frame",
-    "__adp_receive_frame {vlan_tag=0} 1": "field 'vlan_tag': the offset 0 lies outside the frame",
+    "__adp_receive_frame {frame=010203040506 vlan_tag=3} 1": "field 'vlan_tag': offset 3 is outside the frame",
+    "__adp_receive_frame {vlan_tag=0} 1": "field 'vlan_tag': offset 0 is outside the frame",
     "trace maybe": "usage: trace on|off",
     "set 0102": "usage: set NAME = HEX",
     "sleep 61": "'61' is not a time between 0 and 60 seconds",
     "sleep -1": "is not a time",
     "sleep nan": "is not a time",
     "wait_frame x": "'x' is not a time",
-    "show agg_inf": "there is no table 'agg_inf'; did you mean 'agg_info'?",
-    "help adp_nothing_like_it": "there is no call 'adp_nothing_like_it'",
+    "show agg_inf": "unknown table 'agg_inf'; did you mean 'agg_info'?",
+    "help adp_nothing_like_it": "unknown call 'adp_nothing_like_it'",
     "map 3": "usage: map",
 }
 
 
-@pytest.mark.parametrize("line", REFUSED)
-def test_a_malformed_line_gets_a_sentence(shell, line):
-    assert REFUSED[line] in shell.error(line)
+@pytest.mark.parametrize("line", REJECTED)
+def test_a_malformed_line_gets_a_message(shell, line):
+    assert REJECTED[line] in shell.error(line)
     assert shell.result("adp_intf_2_slot_id 1") == 0
 
 
@@ -68,13 +68,13 @@ def test_no_interface_to_listen_on(shell):
     assert shell.error("listen") == "cannot listen on eth0: No such device"
 
 
-def test_a_wild_address_ends_the_call_and_not_the_shell(environment, start):
-    environment["ASAN_OPTIONS"] = "detect_leaks=0"  # what the call had in hand is lost
+def test_an_invalid_address_ends_the_call_and_not_the_shell(environment, start):
+    environment["ASAN_OPTIONS"] = "detect_leaks=0"  # the memory of the crashed call is lost
     shell = start()
     assert shell.error("adp_vlan_port_add 100 0x1230 null") == (
-        "adp_vlan_port_add was ended: it used an address that is not valid (0x1230), as happens to a number where an "
-        "address is meant")
-    assert "start again" in shell.error("adp_vlan_create 100")
+        "adp_vlan_port_add crashed: it accessed the invalid address 0x1230; was a number given in place of an "
+        "address?")
+    assert "start adpsh again" in shell.error("adp_vlan_create 100")
     assert shell("echo still here") == {"echo": "still here"}
 
 
@@ -84,14 +84,14 @@ def enter(shell):
     return ["nsenter", "-t", str(shell.process.pid), *user, "-n"]
 
 
-def test_a_frame_that_arrives_is_kept(start):
+def test_a_received_frame_is_stored(start):
     shell = start(prologue="ip link add eth0 type veth peer name far && ip link set eth0 up && ip link set far up;")
     assert shell.result("listen") == 0
     frame = "0180c2000000" "aabbccddeeff" "887400000004" "81000064" "0800" + "5a" * 60
     subprocess.run(enter(shell) + [
         "python3", "-c", "import socket; s = socket.socket(socket.AF_PACKET, socket.SOCK_RAW); s.bind(('far', 0)); "
         f"s.send(bytes.fromhex('{frame}'))"], check=True)
-    for _ in range(20):  # the kernel's own frames come in too
+    for _ in range(20):  # the kernel sends frames too
         answer = shell("wait_frame 5")
         if answer == {"frame": frame}:
             break
@@ -100,7 +100,7 @@ def test_a_frame_that_arrives_is_kept(start):
     assert shell.outputs("adp_receive_frame $frame")["out_intf"] == 1
     while shell("wait_frame 0.1")["frame"] is not None:
         pass
-    assert "nothing is called $frame" in shell.error("adp_receive_frame $frame")
+    assert "unknown variable $frame" in shell.error("adp_receive_frame $frame")
 
 
 def test_help_is_the_header_text(shell):
@@ -111,8 +111,8 @@ def test_help_is_the_header_text(shell):
     assert "agg_info" in shell("show")["tables"]
 
 
-def test_random_lines_neither_end_nor_confuse_the_shell(mapped):
-    # None of these calls takes a word, which may be an address that the shell cannot judge.
+def test_the_shell_survives_random_lines(mapped):
+    # None of these calls takes a word: the shell cannot check an address.
     lines = ["adp_get_agg_group agg1 4 members=[1,2]", "adp_dump_packet \"t\" 01:80:c2 3", "adp_vlan_port_set 1 {1} {2}",
              "__adp_receive_frame {frame=0180c2000000aabbccddeeff88740000000481000064080045 vlan_tag=18} 1",
              "__adp_transmit_frame {frame=0180c2000000aabbccddeeff0800 source=3} [1,agg2] 5 2",
@@ -134,7 +134,7 @@ def test_random_lines_neither_end_nor_confuse_the_shell(mapped):
 
 
 def at_terminal(environment, typed):
-    """What the shell shows to someone who types."""
+    """What the shell prints at a terminal."""
     ours, theirs = pty.openpty()
     process = subprocess.Popen(NAMESPACE + command(), env={**environment, "TERM": "vt100"}, stdin=theirs,
                                stdout=theirs, stderr=theirs)
@@ -151,11 +151,11 @@ def at_terminal(environment, typed):
     return seen.decode()
 
 
-def test_someone_at_a_terminal(environment):
+def test_a_terminal_session(environment):
     seen = at_terminal(environment, "map\nadp_intf_2_phy_id 1\nadp_nothing_like_it\nadp_intf_2_phy_id 2\nquit\n")
     assert "adp> " in seen and "= 4\r\n" in seen
-    assert "there is no call 'adp_nothing_like_it'\r\n" in seen and "line 3" not in seen
-    assert "= 5\r\n" in seen  # the terminal goes on behind a malformed line
+    assert "unknown call 'adp_nothing_like_it'\r\n" in seen and "line 3" not in seen
+    assert "= 5\r\n" in seen  # the session continues after a malformed line
 
 
 @pytest.mark.skipif(len(command()) > 1, reason="there is no line editor on the target")
@@ -176,12 +176,12 @@ def test_a_script_stops_at_the_first_malformed_line(environment):
     assert "= 4" not in ended.stdout
 
 
-def test_keep_going_passes_over_malformed_lines(environment):
+def test_keep_going_skips_malformed_lines(environment):
     ended = run(environment, "--keep-going", text="map\nadp_intf_2_phy_id\nadp_intf_2_phy_id 1\n")
     assert (ended.returncode, ended.stdout.splitlines()[-1]) == (0, "= 4")
 
 
-def test_a_failed_call_is_no_malformed_line(environment):
+def test_a_failed_call_is_not_a_malformed_line(environment):
     ended = run(environment, "--command", "adp_vlan_create 1", "adp_get_agg_group agg9 2")
     assert ended.returncode == 0
     assert ended.stdout.splitlines() == ["= -1 (ADP_FAIL: map, socket or frame-path failure, or a list too short: "

@@ -1,3 +1,4 @@
+// Adding lines to the log.
 #include "vdevice/driver/journal.h"
 
 #include <utility>

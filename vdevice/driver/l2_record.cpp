@@ -1,3 +1,4 @@
+// The records of the L2 calls, as the chip's entries and back.
 #include "vdevice/driver/l2_record.h"
 
 namespace vdevice::driver {

@@ -1,3 +1,4 @@
+// MAC addresses as text, and back.
 #include "vdevice/driver/mac_text.h"
 
 namespace vdevice::driver {

@@ -8,7 +8,6 @@ namespace vdevice::remote {
 using calls::Call;
 using calls::CallId;
 using calls::Element;
-using calls::element_size;
 using calls::extent;
 using calls::Kind;
 using calls::Param;
@@ -16,7 +15,6 @@ using calls::Param;
 namespace {
 
 constexpr unsigned kHalfBits = 32;
-constexpr Element kRecordNumber{Kind::U16, false, nullptr};
 
 const uint8_t *byte_at(const void *base, size_t offset) {
     return static_cast<const uint8_t *>(base) + offset;
@@ -26,7 +24,7 @@ uint8_t *byte_at(void *base, size_t offset) {
 }
 
 bool is_packed(const Element &element) {
-    return element.kind == Kind::U8 || element.kind == Kind::Char;
+    return element.kind == Kind::kU8 || element.kind == Kind::kChar;
 }
 
 /** Bytes that a block takes in a message. */
@@ -34,8 +32,8 @@ size_t wire_size(const Element &element, size_t count) {
     if (is_packed(element)) {
         return padded(count);
     }
-    if (element.kind != Kind::Struct) {
-        return count * kWordBytes * (element.kind == Kind::U64 ? 2 : 1);
+    if (element.kind != Kind::kStruct) {
+        return count * kWordBytes * (element.kind == Kind::kU64 ? 2 : 1);
     }
     size_t size = 0;
     for (const auto &field : element.layout->fields) {
@@ -49,17 +47,17 @@ void encode_block(Writer &writer, const Element &element, const void *from, size
         writer.bytes(from, count);
         return;
     }
-    const size_t size = element_size(element);
+    const size_t size = element.size;
     for (size_t index = 0; index < count; ++index) {
         const void *at = byte_at(from, index * size);
-        if (element.kind == Kind::Struct) {
+        if (element.kind == Kind::kStruct) {
             for (const auto &field : element.layout->fields) {
                 encode_block(writer, field.element, byte_at(at, field.offset), field.count);
             }
             continue;
         }
         const auto value = static_cast<uint64_t>(load(element.kind, at));
-        if (element.kind == Kind::U64) {
+        if (element.kind == Kind::kU64) {
             writer.word(static_cast<uint32_t>(value >> kHalfBits));
         }
         writer.word(static_cast<uint32_t>(value));
@@ -71,17 +69,17 @@ void decode_block(Reader &reader, const Element &element, void *to, size_t count
         reader.bytes(to, count);
         return;
     }
-    const size_t size = element_size(element);
+    const size_t size = element.size;
     for (size_t index = 0; index < count; ++index) {
         void *at = byte_at(to, index * size);
-        if (element.kind == Kind::Struct) {
+        if (element.kind == Kind::kStruct) {
             for (const auto &field : element.layout->fields) {
                 decode_block(reader, field.element, byte_at(at, field.offset), field.count);
             }
             continue;
         }
         uint64_t value = reader.word();
-        if (element.kind == Kind::U64) {
+        if (element.kind == Kind::kU64) {
             value = value << kHalfBits | reader.word();
         }
         store(element.kind, at, static_cast<int64_t>(value));
@@ -93,7 +91,8 @@ void encode_event_message(Writer &writer, const Element &element, const void *me
     const auto address = static_cast<uintptr_t>(load(element.kind, byte_at(message, (words - 1) * sizeof(uintptr_t))));
     writer.word(address == 0 ? 0 : 1);
     if (address != 0) {
-        encode_block(writer, kRecordNumber, reinterpret_cast<const void *>(address), calls::kEventRecordNumbers);
+        encode_block(writer, calls::kEventRecordNumber, reinterpret_cast<const void *>(address),
+                     calls::kEventRecordNumbers);
     }
 }
 
@@ -104,7 +103,7 @@ bool encode_pointer(Writer &writer, const Call &call, size_t index, const void *
         writer.word(0);
         return true;
     }
-    if (param.is_text) {
+    if (param.is_text()) {
         const size_t length = strnlen(static_cast<const char *>(from), kMaxMessageBytes);
         writer.word(static_cast<uint32_t>(length + 1));
         writer.bytes(from, length);
@@ -206,11 +205,11 @@ bool Received::decode_text(Reader &reader, size_t index, size_t size) {
 }
 
 void Received::decode_event_message(Reader &reader, void *words, size_t count) {
-    constexpr Element kWord{Kind::Word, false, nullptr};
+    constexpr Element kWord = {Kind::kWord, sizeof(uintptr_t)};
     decode_block(reader, kWord, words, count - 1);
     if (reader.word() != 0) {
         void *record = allocate(calls::kEventRecordNumbers * sizeof(uint16_t));
-        decode_block(reader, kRecordNumber, record, calls::kEventRecordNumbers);
+        decode_block(reader, calls::kEventRecordNumber, record, calls::kEventRecordNumbers);
         static_cast<uintptr_t *>(words)[count - 1] = reinterpret_cast<uintptr_t>(record);
     }
 }
@@ -222,7 +221,7 @@ bool Received::decode_pointer(Reader &reader, const Call &call, size_t index) {
         set_pointer(index, nullptr);
         return reader.is_good();
     }
-    if (param.is_text) {
+    if (param.is_text()) {
         return decode_text(reader, index, present - 1);
     }
     const size_t count = extent(call, index, arguments_.data());
@@ -230,7 +229,7 @@ bool Received::decode_pointer(Reader &reader, const Call &call, size_t index) {
     if (present != 1 || count > kMaxMessageBytes || wire_size(param.element, count) > kMaxMessageBytes) {
         return false;
     }
-    void *block = allocate(count * element_size(param.element));
+    void *block = allocate(count * param.element.size);
     set_pointer(index, block);
     if (is_event_message(call, param)) {
         decode_event_message(reader, block, count);
@@ -246,7 +245,7 @@ bool Received::decode(Reader &reader, CallId id) {
     for (size_t index = 0; index < call.params.size(); ++index) {
         const Param &param = call.params[index];
         if (!param.is_pointer()) {
-            void *value = allocate(element_size(param.element));
+            void *value = allocate(param.element.size);
             decode_block(reader, param.element, value, 1);
             arguments_[index] = value;
         }

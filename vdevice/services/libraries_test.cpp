@@ -21,6 +21,7 @@
 #include "vdevice/remote/protocol.h"
 #include "vdevice/remote/server.h"
 #include "vdevice/remote/vdev_linkscan.h"
+#include "vdevice/services/testing/device.h"
 #include "vdevice/services/testing/link_changes.h"
 #include "vdevice/services/vdev_equeue.h"
 
@@ -29,67 +30,10 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using vdevice::chip::Status;
+using vdevice::services::Device;
 
-constexpr uint32_t kVid = 100;
+constexpr uint32_t kVid = Device::kVid;
 constexpr int kPollMilliseconds = 20;
-
-class Device : public vdevice::DriverCalls {
-  public:
-    Device() {
-        sections_.vlans = std::make_unique<Vlans>();
-        sections_.ports = std::make_unique<Ports>(*this);
-        sections_.services = std::make_unique<Services>(*this);
-    }
-
-    std::function<void(int32_t port, uint32_t link)> link_changed;
-
-    std::string logged;
-    std::vector<int32_t> event;
-
-  private:
-    struct Vlans : vdevice::VlansCalls {
-        Status user_vlan_port_get(uint32_t vid, uint32_t *members, uint32_t *untagged) override {
-            if (vid != kVid) {
-                return Status::kVlanMissing;
-            }
-            members[0] = 1u << 4;
-            members[7] = 1u << 31;
-            untagged[1] = 2;
-            return Status::kOk;
-        }
-    };
-
-    struct Ports : vdevice::PortsCalls {
-        explicit Ports(Device &owner) : device{owner} {}
-        Status user_port_enable_set(int32_t port, uint32_t enable) override {
-            device.link_changed(port, enable);
-            return Status::kOk;
-        }
-        Device &device;
-    };
-
-    struct Services : vdevice::ServicesCalls {
-        explicit Services(Device &owner) : device{owner} {}
-        int32_t get_vlan_info(uint32_t vid, uint8_t *record) override {
-            const uint32_t words[] = {vid, 0, 1, 0x80000002};
-            std::memcpy(record, words, sizeof words);
-            return 0;
-        }
-        int32_t log_line(int32_t, int32_t, const char *word, const char *text) override {
-            device.logged = std::string(word) + ": " + text;
-            return 0;
-        }
-        int32_t equeue_send_ucast(uintptr_t queue, const uintptr_t *message, int32_t timeout) override {
-            device.event = {static_cast<int32_t>(queue), static_cast<int32_t>(message[0]), timeout};
-            uint16_t record[4];
-            std::memcpy(record, reinterpret_cast<const void *>(message[7]), sizeof record);
-            device.event.insert(device.event.end(), std::begin(record), std::end(record));
-            return 1;
-        }
-        int32_t sys_trace_get() override { return 1; }
-        Device &device;
-    };
-};
 
 /** One daemon for all tests: the libraries read the path of its socket at their first call and keep it. */
 class Libraries : public testing::Test {

@@ -1,3 +1,4 @@
+// Blocks of memory as C buffers.
 #include "bench/calls/record/blocks.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Cases out of the rows of fault injection, and of rows of the benchmark.
 #include "bench/calls/record/cases.h"
 
 #include <algorithm>
@@ -6,8 +7,8 @@
 #include <set>
 #include <stdexcept>
 
+#include "calls/exported.h"
 #include "tests/fault_injection/row.h"
-#include "tools/adpsh/table.h"
 
 namespace record {
 namespace {
@@ -57,7 +58,7 @@ Case make_case(const fault_injection::Row &row, const std::string &name, const s
 bool is_prepared_by_calls(const fault_injection::Row &row) {
     const std::vector<std::string> pieces = fault_injection::split(row.clause("before"), ';');
     return std::all_of(pieces.begin(), pieces.end(), [](const std::string &piece) {
-        return adpsh::find_call(piece.substr(0, piece.find(' '))) != nullptr;
+        return exported::find_call(piece.substr(0, piece.find(' '))) != nullptr;
     });
 }
 

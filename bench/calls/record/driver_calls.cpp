@@ -1,3 +1,4 @@
+// Driver and services calls as C expressions, and their answers.
 #include "bench/calls/record/driver_calls.h"
 
 #include <cstring>
@@ -31,12 +32,12 @@ std::string message(std::span<const uint8_t> bytes) {
 }
 
 std::string value(const calls::Param &param, const recording::Arguments &arguments) {
-    if (param.element.kind == calls::Kind::Struct) {
+    if (param.element.kind == calls::Kind::kStruct) {
         return "*(const " + std::string(param.element.layout->name) + " *)" +
                blocks_under_way->add(arguments.bytes(param.name));
     }
     const auto address =
-        param.element.kind == calls::Kind::Word ? blocks_under_way->find(arguments.word(param.name)) : std::nullopt;
+        param.element.kind == calls::Kind::kWord ? blocks_under_way->find(arguments.word(param.name)) : std::nullopt;
     return address ? "(uintptr_t)" + *address : std::to_string(arguments.number(param.name)) + "LL";
 }
 
@@ -47,7 +48,7 @@ std::string argument(const calls::Call &call, const calls::Param &param, const r
     if (arguments.pointer(param.name) == nullptr) {
         return "0";
     }
-    if (param.is_text) {
+    if (param.is_text()) {
         return literal(arguments.text(param.name));
     }
     return calls::is_event_message(call, param) ? message(arguments.bytes(param.name))
@@ -79,7 +80,7 @@ void write_down(const calls::Call &call, const recording::Arguments &arguments) 
 
 void clear_outputs(const calls::Call &call, const recording::Arguments &arguments) {
     for (const calls::Param &param : call.params) {
-        if (param.direction == calls::Direction::Out) {
+        if (param.direction == calls::Direction::kOut) {
             std::memset(arguments.pointer(param.name), 0, arguments.bytes(param.name).size());
         }
     }

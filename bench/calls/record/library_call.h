@@ -16,17 +16,17 @@ class LibraryCall {
     /** Throws std::runtime_error when the line is no call. The memory of its arguments is added to the blocks. */
     LibraryCall(const std::string &line, Blocks &blocks);
 
-    adpsh::Result invoke() { return arguments_.invoke(); }
+    int64_t invoke() { return arguments_.invoke(); }
     /** The call as a C expression. */
     [[nodiscard]] std::string text() const { return text_; }
-    [[nodiscard]] adpsh::ResultKind result_kind() const { return call_.result; }
+    [[nodiscard]] calls::Result result_kind() const { return call_.result; }
 
   private:
     std::string argument(const adpsh::Slot &slot, const std::string &buffer, const Blocks &blocks) const;
 
     adpsh::Variables variables_;
     adpsh::Command command_;
-    const adpsh::Call &call_;
+    const exported::Call &call_;
     adpsh::Arguments arguments_;
     std::string text_;
 };

@@ -1,3 +1,4 @@
+// One case, run with the recording driver.
 #include "bench/calls/record/recording.h"
 
 #include <adp/types.h>
@@ -13,18 +14,18 @@ namespace record {
 
 std::string Recording::expected() const {
     switch (kind) {
-        case adpsh::ResultKind::kNone:
+        case calls::Result::kNothing:
             return "ANY_RESULT";
-        case adpsh::ResultKind::kRecord:
-        case adpsh::ResultKind::kText:
-            return result.address != nullptr ? "SOME_ADDRESS" : "0";
+        case calls::Result::kStruct:
+        case calls::Result::kText:
+            return result != 0 ? "SOME_ADDRESS" : "0";
         default:
-            return std::to_string(static_cast<int32_t>(result.number)) + "L";
+            return std::to_string(static_cast<int32_t>(result)) + "L";
     }
 }
 
 bool Recording::is_refused() const {
-    return kind == adpsh::ResultKind::kStatus && result.number != ADP_OK && driver_calls.empty();
+    return kind == calls::Result::kStatus && result != ADP_OK && driver_calls.empty();
 }
 
 Recording run(const Case &one, Blocks &blocks) {

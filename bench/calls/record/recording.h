@@ -10,7 +10,7 @@
 
 #include "bench/calls/record/blocks.h"
 #include "bench/calls/record/cases.h"
-#include "tools/adpsh/table.h"
+#include "calls/exported.h"
 
 namespace record {
 
@@ -20,8 +20,8 @@ struct Recording {
     std::vector<std::string> driver_calls;
     size_t remote = 0;        /**< of these, calls that leave the process */
     size_t remote_in_all = 0; /**< with those made before */
-    adpsh::ResultKind kind = adpsh::ResultKind::kNone;
-    adpsh::Result result{};
+    calls::Result kind = calls::Result::kNothing;
+    int64_t result = 0; /**< an address as a number */
 
     /** The expected result, as C. */
     [[nodiscard]] std::string expected() const;

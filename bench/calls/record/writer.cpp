@@ -1,3 +1,4 @@
+// The C program and its description.
 #include "bench/calls/record/writer.h"
 
 #include <fmt/format.h>
@@ -5,7 +6,7 @@
 #include <fstream>
 #include <stdexcept>
 
-#include "tools/adpsh/table.h"
+#include "calls/exported.h"
 
 namespace record {
 namespace {
@@ -77,13 +78,13 @@ void Writer::add_functions(const Recording &recording, const Blocks &blocks) {
     functions_ += fmt::format("static void prepare_{}(void) {{\n{}}}\n", count_, blocks.preparation());
     functions_ += fmt::format("static void before_{}(void) {{\n{}}}\n", count_, statements_of(recording.before));
     functions_ +=
-        function_of(fmt::format("call_{}", count_), {recording.call}, recording.kind != adpsh::ResultKind::kNone);
+        function_of(fmt::format("call_{}", count_), {recording.call}, recording.kind != calls::Result::kNothing);
     functions_ += function_of(fmt::format("floor_{}", count_), recording.driver_calls, true);
 }
 
 void Writer::require_all() const {
     std::string missing;
-    for (const adpsh::Call &call : adpsh::calls()) {
+    for (const exported::Call &call : exported::calls()) {
         missing += functions_recorded_.count(call.name) == 0 ? std::string(" ") + call.name : "";
     }
     if (!missing.empty()) {

@@ -1,6 +1,6 @@
 /**
- * @file refusal.h
- * A line that cannot be executed, and the sentence that says why.
+ * @file line_error.h
+ * The error of a line that cannot be executed.
  */
 #pragma once
 
@@ -8,7 +8,7 @@
 
 namespace adpsh {
 
-class Refusal : public std::runtime_error {
+class LineError : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
 };
