@@ -19,7 +19,7 @@ struct Candidates {
     Ports active;                 /**< physical ports */
     uint32_t configured[2];       /**< bits of interfaces */
     std::map<int, uint32_t> link; /**< attribute 14 of the ports that do not read 0 */
-    Ports read;                   /**< ports that are asked, in order */
+    Ports read;                   /**< ports that are read, in order */
     uint32_t winner;              /**< an interface */
 };
 
@@ -54,7 +54,7 @@ const Candidates kCases[] = {
     {"TheSmallestThatIsUp", {7, 5, 10}, {0, 0}, {{7, 1}, {10, 1}}, {7, 5, 10}, 4},
     {"TheOnlyOneThatIsUpThoughALargerJoinedFirst", {29, 5, 10}, {0, 0}, {{5, 1}}, {29, 5, 10}, 2},
     {"UpAtTheEndOfTheList", {29, 5, 10}, {0, 0}, {{29, 1}, {10, 1}}, {29, 5, 10}, 7},
-    {"NobodyWithoutMembers", {}, {0, 0}, {}, {}, 0},
+    {"NoneWithoutMembers", {}, {0, 0}, {}, {}, 0},
     {"OneMember", {29}, {0, 0}, {}, {29}, 26},
     {"EightMembersAllDown", {4, 5, 6, 7, 8, 9, 10, 11}, {0, 0}, {}, {4, 5, 6, 7, 8, 9, 10, 11}, 8},
     {"EightMembersAllUp",
@@ -68,11 +68,11 @@ const Candidates kCases[] = {
     {"ConfiguredAllDownTheLargest", {}, {1u << 5 | 1u << 3, 0}, {}, {6, 8}, 5},
     {"ActiveBeforeConfigured", {7}, {1u << 5 | 1u << 3, 0}, {{6, 1}, {8, 1}}, {7}, 4},
     {"ConfiguredBitZeroIsTheCpuRow", {}, {1u << 0 | 1u << 5, 0}, {}, {0, 8}, 5},
-    {"ConfiguredBitsAbove26AreNobody", {}, {0xF8000000, 0}, {}, {}, 0},
-    {"ASecondWordAloneIsNobody", {}, {0, 0xFFFFFFFF}, {}, {}, 0},
-    {"TwentySevenConfiguredAreNobody", {}, {kAll27, 0}, {{4, 1}}, {}, 0},
+    {"ConfiguredBitsAbove26AreNone", {}, {0xF8000000, 0}, {}, {}, 0},
+    {"ASecondWordAloneIsNone", {}, {0, 0xFFFFFFFF}, {}, {}, 0},
+    {"TwentySevenConfiguredAreNone", {}, {kAll27, 0}, {{4, 1}}, {}, 0},
     {"AnEmptySlotStandsForElection", {7, 0}, {0, 0}, {}, {7, 0}, 4},
-    {"ALinkedEmptySlotCountsAsNobodyUp", {0, 7, 5}, {0, 0}, {{0, 1}}, {0, 7, 5}, 4},
+    {"ALinkedEmptySlotCountsAsNoneUp", {0, 7, 5}, {0, 0}, {{0, 1}}, {0, 7, 5}, 4},
     {"ALinkedEmptySlotForgetsTheSmallestBeforeIt", {8, 0, 10}, {0, 0}, {{8, 1}, {0, 1}, {10, 1}}, {8, 0, 10}, 7},
     {"ALinkedEmptySlotAtTheEndLeavesTheLargest", {8, 10, 0}, {0, 0}, {{8, 1}, {10, 1}, {0, 1}}, {8, 10, 0}, 7},
     {"AnUnmappedMemberIsTheLargestAndNotRead", {200, 7}, {0, 0}, {}, {7}, kUnmapped},
@@ -123,7 +123,7 @@ TEST_F(ElectionReads, EveryReadFailingElectsTheLargest) {
     EXPECT_EQ(agg_manage_intf[kGroup - 1], 7u);
 }
 
-TEST_F(ElectionReads, TheStatusOfAReadIsNotLookedAt) {
+TEST_F(ElectionReads, IgnoresTheStatusOfARead) {
     driver().on("user_fiberport_link_status_get").does([](recording::Arguments &arguments) {
         *static_cast<uint32_t *>(arguments.pointer("status")) = arguments.i32("port") == 7 ? 1 : 0;
         return -1;
@@ -132,7 +132,7 @@ TEST_F(ElectionReads, TheStatusOfAReadIsNotLookedAt) {
     EXPECT_EQ(agg_manage_intf[kGroup - 1], 4u);
 }
 
-// A member that leaves its link unsaid must not inherit the one before it.
+// A read that writes nothing must not inherit the link of the member before.
 TEST_F(ElectionReads, EachReadStartsFromZero) {
     driver().on("user_fiberport_link_status_get").returns(0);
     driver().once("user_fiberport_link_status_get").sets("status", 1u);
@@ -141,7 +141,7 @@ TEST_F(ElectionReads, EachReadStartsFromZero) {
     EXPECT_EQ(agg_manage_intf[kGroup - 1], 4u);
 }
 
-TEST_F(ElectionReads, TheOtherLinkAttributeDoesNotCount) {
+TEST_F(ElectionReads, IgnoresTheOtherLinkAttribute) {
     set_links({5});
     EXPECT_EQ(ANEW_SELECT_MANAGE_INTF(kAgg), 0);
     EXPECT_EQ(agg_manage_intf[kGroup - 1], 7u);

@@ -56,7 +56,7 @@ TEST_P(Group, ClearsTheGroupAndNoOther) {
     }
 }
 
-TEST_P(Group, KeepsTheStateThatWasAnnouncedAndTheCpuRow) {
+TEST_P(Group, KeepsTheAnnouncedStateAndTheCpuRow) {
     intf_map_trunk[0] = ADP_AGG_INTF(3);
     EXPECT_EQ(GetParam().run(ADP_AGG_INTF(3)), 0);
     EXPECT_EQ(adp::agg_link_status[3], 1);
@@ -102,7 +102,7 @@ INSTANTIATE_TEST_SUITE_P(Operations, Group, ::testing::Values(kCreate, kDelete),
 
 class ConfiguredMembers : public agg_test::AggTest {};
 
-TEST_F(ConfiguredMembers, AreAddedAndTakenAwayAsBitsOfTheirGroupOnly) {
+TEST_F(ConfiguredMembers, AreAddedAndRemovedAsBitsOfTheirGroupOnly) {
     fill_tables();
     EXPECT_EQ(adp_add_agg_standby_member(ADP_AGG_INTF(2), 0x80000028, 0xC0000000), 0);
     EXPECT_EQ(agg_standby_members[1][0], 0x8000002Cu);
@@ -129,7 +129,7 @@ TEST_F(ConfiguredMembers, OneWordAloneIsEnough) {
     EXPECT_EQ(agg_standby_members[0][0], 4u);
 }
 
-TEST_F(ConfiguredMembers, DoNotElect) {
+TEST_F(ConfiguredMembers, DoNotTriggerAnElection) {
     agg_manage_intf[1] = 9;
     EXPECT_EQ(adp_add_agg_standby_member(ADP_AGG_INTF(2), 1u << 3, 0), 0);
     EXPECT_EQ(adp_del_agg_standby_member(ADP_AGG_INTF(2), 1u << 3, 0), 0);
@@ -165,7 +165,7 @@ class LoadBalance : public agg_test::AggTest, public ::testing::WithParamInterfa
     }
 };
 
-TEST_P(LoadBalance, SelectsTheHashAndHandsTheModeOn) {
+TEST_P(LoadBalance, SelectsTheHashAndPassesTheModeOn) {
     const std::string before = table_bytes();
     const auto [mode, hash] = GetParam();
     for (const uint32_t group : {1u, 8u}) {
@@ -175,7 +175,7 @@ TEST_P(LoadBalance, SelectsTheHashAndHandsTheModeOn) {
     EXPECT_EQ(table_bytes(), before);
 }
 
-TEST_P(LoadBalance, GoesOnAfterAFailedHashSelection) {
+TEST_P(LoadBalance, ContinuesAfterAFailedHashSelection) {
     const auto [mode, hash] = GetParam();
     for (const int32_t result : kDriverResults) {
         driver().fail_every("user_switch_control_set", result);
@@ -193,8 +193,8 @@ TEST_P(LoadBalance, ReturnsTheResultOfTheTrunkCall) {
     }
 }
 
-// No table is read, so there is nothing to protect: the trunk id is plain arithmetic.
-TEST_P(LoadBalance, RefusesNoGroup) {
+// The trunk id is plain arithmetic: no table is read, so no group needs to be refused.
+TEST_P(LoadBalance, AcceptsAnyGroup) {
     const auto [mode, hash] = GetParam();
     const std::pair<uint32_t, int64_t> trunks[] = {{ADP_AGG_INTF(0), -1}, {ADP_AGG_INTF(9), 8},    {0, -1}, {3, 2},
                                                    {0x70000003, 2},       {0x1FFFFFFF, 0x0FFFFFFE}};

@@ -1,4 +1,4 @@
-// Members' link changes: the hardware trunk follows, the record stays, the management interface moves when it must.
+// Link changes of members: the hardware trunk follows, the record stays, the management interface moves when needed.
 #include "core/testing/group.h"
 
 namespace {
@@ -16,7 +16,6 @@ using agg_test::trunk_create;
 using agg_test::trunk_destroy;
 using agg_test::trunk_set;
 using ::testing::ElementsAreArray;
-using ::testing::IsEmpty;
 
 constexpr uint32_t kGroup = 2;
 constexpr uint32_t kNotWritten = 0xAAAAAAAA;
@@ -71,8 +70,8 @@ TEST_F(LinkScan, UpInAGroupThatIsUpSendsTheEventOnly) {
     EXPECT_EQ(table_bytes(), before);
 }
 
-// The link is read again: what the caller says only chooses the worker.
-TEST_F(LinkScan, UpWithoutALinkThatReadsOneTellsNobody) {
+// The link is read again: the caller's value only selects the worker.
+TEST_F(LinkScan, UpIsNotAnnouncedUnlessALinkReadsOne) {
     set_up_group(0, 1);
     const std::string before = table_bytes();
     set_link(4, 2);
@@ -102,7 +101,7 @@ TEST_F(LinkScan, DownOfTheLastLinkedMemberAnnouncesTheGroupAndKeepsTheRecord) {
 TEST_F(LinkScan, DownWhileAnotherMemberIsLinkedProgramsThatOneSilently) {
     set_up_group(1, 2);
     const std::string before = table_bytes();
-    set_links({4, 5});  // that the leaving port still reads 1 does not keep it
+    set_links({4, 5});  // the leaving port is removed although its link still reads 1
     EXPECT_EQ(adp_agg_linkscan_handle(1, 0, &changed_), 0);
     EXPECT_THAT(driver().take(), ElementsAreArray(calls(link_reads({5}), trunk_set(kGroup, {5}))));
     EXPECT_EQ(changed_, kNotWritten);
@@ -201,70 +200,6 @@ INSTANTIATE_TEST_SUITE_P(Of, LinkScanManager,
                                            Manager{"AnUnmappedOne", 0xFFFFFFFF, 3, 0xFFFFFFFF}),
                          [](const auto &row) { return std::string(row.param.name); });
 
-TEST_F(LinkScan, APortInNoGroupChangesNothing) {
-    fill_tables();
-    set_record(1, 1, {255});
-    const std::string before = table_bytes();
-    // 25 and 26 are in no group, 27 and more and other types translate to -1, which is not the member byte 255.
-    for (const uint32_t intf : {25u, 26u, 27u, 0xFFFFFFFFu, ADP_AGG_INTF(2), 0x20000001u}) {
-        for (const uint32_t up : {0u, 1u}) {
-            EXPECT_EQ(adp_agg_linkscan_handle(intf, up, &changed_), 0) << intf;
-        }
-    }
-    EXPECT_THAT(driver().trace(), IsEmpty());
-    EXPECT_EQ(table_bytes(), before);
-    EXPECT_EQ(changed_, kNotWritten);
-}
-
-TEST_F(LinkScan, TheFirstGroupWithThePortDecides) {
-    set_record(1, 1, {9});
-    set_record(5, 1, {5, 4});
-    set_record(8, 1, {4});
-    EXPECT_EQ(adp_agg_linkscan_handle(1, 1, nullptr), 0);
-    EXPECT_THAT(driver().take(), ElementsAreArray(calls(link_reads({4, 5}), trunk_set(kGroup, {4, 5}))));
-    set_record(kGroup, 1, {5});
-    EXPECT_EQ(adp_agg_linkscan_handle(1, 1, nullptr), 0);
-    EXPECT_THAT(driver().take(), ElementsAreArray(calls(link_reads({5, 4}), trunk_set(5, {5, 4}))));
-    set_record(5, 1, {});
-    EXPECT_EQ(adp_agg_linkscan_handle(1, 1, nullptr), 0);
-    EXPECT_THAT(driver().take(), ElementsAreArray(calls(link_reads({4}), trunk_set(8, {4}))));
-}
-
-// The record decides; the map of ports to groups is not asked, and bytes behind the count are no members.
-TEST_F(LinkScan, OnlyTheRecordsMembersCount) {
-    intf_map_trunk[9] = ADP_AGG_INTF(kGroup);
-    agg_info[0].ports[0] = 12;
-    EXPECT_EQ(adp_agg_linkscan_handle(9, 1, nullptr), 0);
-    EXPECT_THAT(driver().trace(), IsEmpty());
-}
-
-TEST_F(LinkScan, ElevenMembersAreAllLookedAt) {
-    const Ports ports = agg_test::first_ports(11);
-    set_record(kGroup, 1, ports);
-    EXPECT_EQ(adp_agg_linkscan_handle(11, 1, nullptr), 0);
-    EXPECT_THAT(driver().take(), ElementsAreArray(calls(link_reads(ports), trunk_set(kGroup, ports))));
-    set_links(ports);
-    EXPECT_EQ(adp_agg_linkscan_handle(11, 0, nullptr), 0);
-    const Ports kept = agg_test::first_ports(10);
-    EXPECT_THAT(driver().take(), ElementsAreArray(calls(link_reads(kept), trunk_set(kGroup, kept))));
-}
-
-// The table is open to every process that loads the library: a count that no record has room for reads no further.
-TEST_F(LinkScan, ACountBeyondTheRecordEndsWithTheRecord) {
-    set_record(kGroup, 1, agg_test::first_ports(ADP_AGG_MEMBER_BYTES));
-    agg_info[kGroup - 1].count = ADP_AGG_MEMBER_BYTES + 1;
-    EXPECT_EQ(adp_agg_linkscan_handle(20, 1, nullptr), 0);
-    EXPECT_THAT(driver().trace(), IsEmpty());
-}
-
-TEST_F(LinkScan, DownOfAPortThatIsAMemberTwiceRemovesBothCopiesFromTheTrunk) {
-    set_record(kGroup, 1, {4, 5, 4});
-    set_links({4, 5});
-    EXPECT_EQ(adp_agg_linkscan_handle(1, 0, nullptr), 0);
-    EXPECT_THAT(driver().take(), ElementsAreArray(calls(link_reads({5}), trunk_set(kGroup, {5}))));
-    EXPECT_EQ(record_ports(kGroup), (Ports{4, 5, 4}));
-}
-
 TEST_F(LinkScan, UpWithEachCallFailingInTurn) {
     const Trace whole = calls(link_reads({4, 5}), trunk_set(kGroup, {4, 5}), announced(kGroup, "up"), event(1));
     Trace traced = whole;
@@ -314,13 +249,6 @@ TEST_F(LinkScan, DownWithEachCallFailingInTurn) {
         EXPECT_EQ(table_bytes(), expected) << k;
         EXPECT_EQ(changed_, 1u);
     }
-}
-
-TEST_F(LinkScan, WithoutAMapNothingIsFound) {
-    library_test::drop_map();
-    EXPECT_EQ(adp_agg_linkscan_handle(1, 1, nullptr), 0);
-    EXPECT_EQ(adp_agg_linkscan_handle(0, 0, nullptr), 0);
-    EXPECT_THAT(driver().trace(), IsEmpty());
 }
 
 }  // namespace

@@ -44,7 +44,7 @@ TEST_F(AggEvent, RegisteringStoresTheReceiver) {
     EXPECT_EQ(agg_event_handle, nullptr);
 }
 
-TEST_F(AggEvent, HandsOnTheRecordItselfAndDropsTheName) {
+TEST_F(AggEvent, PassesOnTheRecordItselfAndDropsTheName) {
     adp_agg_event_t event = {};
     for (uint32_t i = 0; i < std::size(event.word); ++i) {
         event.word[i] = 0x1000 + i;

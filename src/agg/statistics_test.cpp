@@ -56,7 +56,7 @@ TEST_F(PortStatistics, OfAPortIsTheDriversCounter) {
     EXPECT_THAT(driver().trace(), ElementsAre("user_port_packetstat_get(unit=0, zero=0, port=4, type=4294967295)"));
 }
 
-TEST_F(PortStatistics, OfTheCpuRowAndOfAnUnmappedPortAreAskedForToo) {
+TEST_F(PortStatistics, OfTheCpuRowAndOfAnUnmappedPortAreReadToo) {
     EXPECT_EQ(adp_get_port_stat(0, kType, &value_), 0);
     EXPECT_EQ(adp_get_port_stat(27, kType, &value_), 0);
     EXPECT_THAT(driver().take(), ElementsAreArray(gets({0, -1})));
@@ -193,7 +193,7 @@ TEST_F(PortStatistics, OtherTypesAre201AndOtherGroupsRefused) {
     EXPECT_THAT(driver().trace(), IsEmpty());
 }
 
-TEST_F(PortStatistics, TrapsHandTheFirstAndTheFourthArgumentOn) {
+TEST_F(PortStatistics, TrapsPassOnTheFirstAndTheFourthArgument) {
     std::vector<uintptr_t> options;
     for (const char *call : {"user_trunk_trap_lacp", "user_eoam_trap_set"}) {
         driver().on(call).does([&options](recording::Arguments &arguments) {
@@ -207,7 +207,7 @@ TEST_F(PortStatistics, TrapsHandTheFirstAndTheFourthArgumentOn) {
                                               "user_eoam_trap_set(unit=0, zero=0, enable=4294967295, option=8)"));
     EXPECT_EQ(adp_set_trap_lacp_packet(1, 2, 3, UINTPTR_MAX), 0);
     EXPECT_EQ(adp_set_trap_eoam_packet(1, 6, 7, UINTPTR_MAX - 1), 0);
-    EXPECT_THAT(options, ElementsAre(4, 8, UINTPTR_MAX, UINTPTR_MAX - 1));  // not cut: it may be an address
+    EXPECT_THAT(options, ElementsAre(4, 8, UINTPTR_MAX, UINTPTR_MAX - 1));  // not cut to 32 bits: it may be an address
 }
 
 TEST_F(PortStatistics, TrapsReturnTheDriversResult) {

@@ -79,7 +79,7 @@ class StateMachine : public agg_test::AggTest, public ::testing::WithParamInterf
         return calls(link_reads({5}), row().link == 1 ? Trace{trunk_set(kGroup, {5})} : emptied);
     }
 
-    static Trace told() {
+    static Trace announcement() {
         const char *place = is_add() ? kAdd : kDel;
         Trace lines;
         if (row().word != nullptr) {
@@ -103,7 +103,7 @@ class StateMachine : public agg_test::AggTest, public ::testing::WithParamInterf
 
 TEST_P(StateMachine, FollowsItsRow) {
     EXPECT_EQ(run(), 0);
-    EXPECT_THAT(driver().trace(), ElementsAreArray(calls(programmed(), told(), committed())));
+    EXPECT_THAT(driver().trace(), ElementsAreArray(calls(programmed(), announcement(), committed())));
     EXPECT_EQ(adp::agg_link_status[kGroup], row().next);
     EXPECT_EQ(changed_, wants_changed() && row().word != nullptr ? 1u : kNotWritten);
 }
@@ -126,15 +126,15 @@ TEST_P(StateMachine, AFailingDriverStopsTheCommitButNotTheAnnouncement) {
     const std::string expected = table_bytes();
     adp::agg_link_status[kGroup] = row().state;
     EXPECT_EQ(run(), -44);
-    EXPECT_THAT(driver().trace(), ElementsAreArray(calls(programmed(), told())));
+    EXPECT_THAT(driver().trace(), ElementsAreArray(calls(programmed(), announcement())));
     EXPECT_EQ(changed_, wants_changed() && row().word != nullptr ? 1u : kNotWritten);
     EXPECT_EQ(table_bytes(), expected);
 }
 
-TEST_P(StateMachine, WithoutAReceiverOfEventsIsTheSame) {
+TEST_P(StateMachine, IsTheSameWithoutAReceiverOfEvents) {
     adp_register_agg_event_cb(nullptr);
     EXPECT_EQ(run(), 0);
-    Trace expected = calls(programmed(), told(), committed());
+    Trace expected = calls(programmed(), announcement(), committed());
     expected.erase(std::remove(expected.begin(), expected.end(), event(row().next)), expected.end());
     EXPECT_THAT(driver().trace(), ElementsAreArray(expected));
     EXPECT_EQ(adp::agg_link_status[kGroup], row().next);

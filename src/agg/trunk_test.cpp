@@ -40,7 +40,7 @@ class Trunk : public agg_test::AggTest {
     uint32_t changed_ = kNotWritten;
 };
 
-/** The lines are spelt out once, so that a mistake in the helpers that build them shows. */
+/** The lines are written out once, to find mistakes in the helpers that build them. */
 TEST_F(Trunk, AddMakesTheseCallsInThisOrder) {
     set_record(kGroup, 1, {7});
     set_links({7});
@@ -103,7 +103,7 @@ TEST_F(Trunk, AddProgramsDownMembersTooAndDelOnlyLinkedOnes) {
     }
 }
 
-TEST_F(Trunk, AddToAnEmptyRecordWithoutAListDoesNothingAtAll) {
+TEST_F(Trunk, AddToAnEmptyRecordWithoutAListDoesNothing) {
     adp::agg_link_status[kGroup] = 1;
     agg_info[kGroup - 1].in_use = 1;
     const std::string before = table_bytes();
@@ -145,7 +145,7 @@ TEST_F(Trunk, AnUnmappedInterfaceRemovesNothing) {
     EXPECT_EQ(record_ports(kGroup), (Ports{255, 4}));
 }
 
-TEST_F(Trunk, DelTakesEveryCopyOfAPortAndKeepsTheOrder) {
+TEST_F(Trunk, DelRemovesEveryCopyOfAPortAndKeepsTheOrder) {
     set_record(kGroup, 1, {9, 4, 8, 4, 7});
     set_links({9, 7});
     EXPECT_EQ(del({1, 1}), 0);
@@ -197,7 +197,7 @@ TEST_F(Trunk, ATwelfthMemberIsRefusedBeforeTheDriverIsCalled) {
     }
 }
 
-TEST_F(Trunk, AFullRecordTakesItsOwnMembersAgain) {
+TEST_F(Trunk, AFullRecordAcceptsItsOwnMembersAgain) {
     const Ports ports = agg_test::first_ports(11);
     set_record(kGroup, 1, ports);
     EXPECT_EQ(add({11, 1}), 0);
@@ -205,7 +205,7 @@ TEST_F(Trunk, AFullRecordTakesItsOwnMembersAgain) {
                 ElementsAreArray(calls(link_reads(ports), trunk_set(kGroup, ports), to_kernel(kGroup, 1, ports))));
 }
 
-TEST_F(Trunk, CountsThatNoRecordCanHoldAreNotFollowed) {
+TEST_F(Trunk, CountsAboveTheRecordsSizeAreNotFollowed) {
     for (const int32_t count : {12, -1, INT32_MAX, INT32_MIN}) {
         agg_info[kGroup - 1].count = count;
         EXPECT_EQ(add({1}), -1) << count;
@@ -226,7 +226,7 @@ TEST_F(Trunk, AMemberWhoseLinkCannotBeReadCountsAsDown) {
     EXPECT_THAT(driver().take(), ElementsAreArray(calls(link_reads({4, 5}), trunk_set(kGroup, {4, 5}))));
 }
 
-TEST_F(Trunk, TheStatusOfALinkReadIsNotLookedAt) {
+TEST_F(Trunk, TheStatusOfALinkReadIsIgnored) {
     set_record(kGroup, 1, {4});
     driver().on("user_port_link_status_get").does([](recording::Arguments &arguments) {
         *static_cast<uint32_t *>(arguments.pointer("status")) = 1;

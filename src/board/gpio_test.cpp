@@ -18,7 +18,7 @@ constexpr uint32_t kPatterns[] = {0, 0xFFFFFFFF, 0xA5A5A5A5, 0x5A5A5A5A};
 constexpr int32_t kResults[] = {0, 1, 77, -1, -33, INT32_MIN};
 constexpr uint32_t kOtherValues[] = {2, 5, 0x80000000, 0x80000001, 0xFFFFFFFF};
 
-/** The calls of one of the two families, which do the same. */
+/** The calls of one of the two families; both behave alike. */
 struct Family {
     const char *name;
     adp_status_t (*init)();
@@ -37,7 +37,7 @@ void PrintTo(const Family &family, std::ostream *out) {
     *out << family.name;
 }
 
-/** A pin number, and the bit that it means to the calls that write. */
+/** A pin number, and the bit that the writing calls use for it. */
 struct Pin {
     uint32_t number;
     uint32_t mask;
@@ -48,7 +48,7 @@ std::vector<Pin> pins() {
     for (uint32_t pin = 0; pin < 32; ++pin) {
         pins.push_back({pin, 1u << pin});
     }
-    // Numbers beyond the register begin again at its bit 0.
+    // Numbers beyond the register wrap around to its bit 0.
     const Pin beyond[] = {{32, 1}, {33, 2}, {63, 0x80000000}, {64, 1}, {0x80000003, 8}, {0xFFFFFFFF, 0x80000000}};
     pins.insert(pins.end(), std::begin(beyond), std::end(beyond));
     return pins;
@@ -77,7 +77,7 @@ class Gpio : public library_test::LibraryTest, public ::testing::WithParamInterf
         });
     }
 
-    /** Runs a call on a register that holds @p before: it reads it, writes @p after and gives the write's result. */
+    /** Runs a call on a register that holds @p before: it reads it, writes @p after and returns the write's result. */
     template <typename Call>
     void expect_rewritten(uint32_t address, uint32_t before, uint32_t after, Call call) {
         registers_.at(address) = before;
@@ -148,7 +148,7 @@ TEST_P(Gpio, ReversingTwiceRestoresTheRegisters) {
     }
 }
 
-TEST_P(Gpio, GetTellsThePinsLevelFromTheInputRegister) {
+TEST_P(Gpio, GetReadsThePinsLevelFromTheInputRegister) {
     for (uint32_t levels = 0; levels < 16; ++levels) {
         registers_.at(kInput) = 0xFFFFFFF0 | levels;
         for (uint32_t pin = 0; pin < 4; ++pin) {
@@ -168,7 +168,7 @@ TEST_P(Gpio, GetIsZeroForPinsFromFourOn) {
     }
 }
 
-TEST_P(Gpio, FailedReadsCountAsZeroAndTheWriteGoesAhead) {
+TEST_P(Gpio, FailedReadsCountAsZeroAndTheWriteIsStillMade) {
     for (const int32_t failure : {-1, 1, INT32_MIN}) {
         driver().fail_every("user_pci_read", failure);
         expect_rewritten(kDirection, 0xFFFFFFFF, 4, [] { return GetParam().direct(2, 1); });
@@ -183,7 +183,7 @@ TEST_P(Gpio, FailedReadsCountAsZeroAndTheWriteGoesAhead) {
     }
 }
 
-/** Of a read only the value is looked at: one that the driver gave in spite of its result is used. */
+/** Only the value of a read counts: it is used even when the driver's result is a failure. */
 TEST_P(Gpio, ResultsOfReadsAreIgnored) {
     for (const int32_t result : {-1, 77}) {
         read_result_ = result;

@@ -14,7 +14,7 @@ TEST_F(IgmpStart, SendsIgmpToTheCpu) {
     EXPECT_EQ(driver().trace(), igmp_lines());
 }
 
-/** One of the calls giving something else than 0: how many calls are made, and what is given and printed. */
+/** One of the calls returns something other than 0: how many calls are made, and what is returned and printed. */
 struct OneFailure {
     const char *name;
     size_t number;
@@ -79,7 +79,7 @@ TEST_F(IgmpStart, PrintsAllFourWhenAllControlsFail) {
     EXPECT_EQ(driver().trace(), igmp_lines());
 }
 
-TEST_F(IgmpStart, ShowsWhatFailedReadsLeftInTheBuffer) {
+TEST_F(IgmpStart, PrintsWhatFailedReadsLeftInTheBuffer) {
     driver().on("user_switch_control_get").once().sets("value", 3u).returns(-5);
     driver().on("user_switch_control_get").once().sets("value", 0xFFFFFFFFu).returns(-7);
     EXPECT_EQ(outcome_of(adp_igmp_init),
@@ -87,13 +87,13 @@ TEST_F(IgmpStart, ShowsWhatFailedReadsLeftInTheBuffer) {
 }
 
 // Both reads share one buffer.
-TEST_F(IgmpStart, LastReadThatWritesNothingShowsTheFirstOnesValue) {
+TEST_F(IgmpStart, LastReadThatWritesNothingPrintsTheFirstReadsValue) {
     driver().on("user_switch_control_get").once().sets("value", 1u);
     driver().on("user_switch_control_get").once().returns(-7);
     EXPECT_EQ(outcome_of(adp_igmp_init), (Outcome{-7, " ret:-7 enable:1\n", ""}));
 }
 
-// Whether IGMP really is on is not looked at: the read has to succeed, that is all.
+// The value is not checked: it is enough that the read succeeds.
 TEST_F(IgmpStart, ValueReadDoesNotMatter) {
     for (const uint32_t value : {0u, 1u, 0xFFFFFFFFu}) {
         driver().on("user_switch_control_get").sets("value", value);

@@ -10,7 +10,7 @@ using ::testing::StartsWith;
 
 constexpr int32_t kResults[] = {0, 1, 77, INT32_MAX, -1, -33, INT32_MIN};
 
-/** The driver's calls of a start-up that finds the table of reserved addresses empty, all of which succeed. */
+/** The driver's calls of a start-up that finds the table of reserved addresses empty; all of them succeed. */
 Lines all_lines() {
     Lines lines;
     for (uint32_t index = 0; index < kEntries; ++index) {
@@ -25,12 +25,12 @@ Lines all_lines() {
            igmp_lines() + Lines{turn_on_line(89), line_of("user_dos_attack_prevent_init")};
 }
 
-/** Those lines up to and with the last one that is @p last. */
+/** The lines up to and including the last one that equals @p last. */
 Lines lines_to(const std::string &last) {
     const Lines lines = all_lines();
-    const auto behind = std::find(lines.rbegin(), lines.rend(), last).base();
-    EXPECT_NE(behind, lines.begin()) << last;
-    return {lines.begin(), behind};
+    const auto end = std::find(lines.rbegin(), lines.rend(), last).base();
+    EXPECT_NE(end, lines.begin()) << last;
+    return {lines.begin(), end};
 }
 
 class StartUp : public library_test::LibraryTest {
@@ -50,7 +50,7 @@ TEST_F(StartUp, BringsTheFeaturesUpInOrder) {
     EXPECT_EQ(library_test::table_bytes(), tables);
 }
 
-TEST_F(StartUp, ResultIsTheLastSteps) {
+TEST_F(StartUp, ReturnsTheLastStepsResult) {
     for (const int32_t result : {0, 1, 102, INT32_MAX}) {
         start_with_empty_table();
         driver().on("user_dos_attack_prevent_init").returns(result);
@@ -59,7 +59,7 @@ TEST_F(StartUp, ResultIsTheLastSteps) {
     }
 }
 
-/** The IGMP step prints about its own calls; that the start-up itself prints nothing shows in the last line. */
+/** The IGMP step prints about its own calls; the last line shows that start-up itself prints nothing. */
 TEST_F(StartUp, PositiveResultStopsNoStep) {
     constexpr int32_t kPositive = 7;
     const Lines lines = all_lines();
@@ -110,7 +110,7 @@ TEST_F(StartUp, StopsWhenTheFieldProcessorFailsThreeTimes) {
     EXPECT_EQ(driver().trace(), lines_to(line) + Lines(2, line));
 }
 
-TEST_F(StartUp, GoesOnWhenTheFieldProcessorsThirdTrySucceeds) {
+TEST_F(StartUp, ContinuesWhenTheFieldProcessorsThirdTrySucceeds) {
     for (const int32_t third : {0, 3}) {
         start_with_empty_table();
         driver().on("user_field_init").once().returns(-5);
@@ -124,7 +124,7 @@ TEST_F(StartUp, GoesOnWhenTheFieldProcessorsThirdTrySucceeds) {
     }
 }
 
-TEST_F(StartUp, IgnoresThatControlsCannotBeTurnedOn) {
+TEST_F(StartUp, IgnoresFailuresToTurnControlsOn) {
     driver().fail_every("user_switch_control_set", -5);
     EXPECT_EQ(outcome_of(adp_modules_init), (Outcome{0,
                                                      "ret:-5 bcmSwitchIgmpReservedMcastEnable:215 \n"
@@ -169,7 +169,7 @@ TEST_P(StartUpStop, PrintsItsMessageAndMakesNoLaterCall) {
     EXPECT_EQ(driver().trace(), lines_to(GetParam().last));
 }
 
-TEST_P(StartUpStop, GivesTheStepsResult) {
+TEST_P(StartUpStop, ReturnsTheStepsResult) {
     for (const int32_t result : {-1, -102, INT32_MIN}) {
         start_with_empty_table();
         driver().fail_every(GetParam().call, result);
@@ -181,12 +181,12 @@ TEST_P(StartUpStop, GivesTheStepsResult) {
 INSTANTIATE_TEST_SUITE_P(Steps, StartUpStop, ::testing::ValuesIn(kStops),
                          [](const auto &stop) { return stop.param.name; });
 
-/** A step that hands its driver call's result on. */
+/** A step that returns its driver call's result. */
 struct SimpleStep {
     const char *name;
     adp_status_t (*run)();
     const char *call;
-    Lines behind;  // calls made after it, whatever the result
+    Lines after;  // later calls, made whatever the result
     const char *err_if_negative;
 };
 
@@ -208,12 +208,12 @@ void PrintTo(const SimpleStep &step, std::ostream *out) {
 
 class StartUpStep : public library_test::LibraryTest, public ::testing::WithParamInterface<SimpleStep> {};
 
-TEST_P(StartUpStep, GivesTheDriversResult) {
+TEST_P(StartUpStep, ReturnsTheDriversResult) {
     const SimpleStep &step = GetParam();
     for (const int32_t result : kResults) {
         driver().on(step.call).returns(result);
         EXPECT_EQ(outcome_of(step.run), (Outcome{result, "", result < 0 ? step.err_if_negative : ""}));
-        EXPECT_EQ(driver().take(), Lines{line_of(step.call)} + step.behind);
+        EXPECT_EQ(driver().take(), Lines{line_of(step.call)} + step.after);
     }
 }
 

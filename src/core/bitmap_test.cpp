@@ -37,7 +37,7 @@ TEST_F(BitmapTranslation, A2pTurnsPortsIntoInterfaces) {
     EXPECT_EQ(to_intfs({{0, 0}}), (Bitmap{{0, 0}}));
 }
 
-TEST_F(BitmapTranslation, A2pLetsUnknownPortsPass) {
+TEST_F(BitmapTranslation, A2pKeepsTheBitsOfUnknownPorts) {
     EXPECT_EQ(to_intfs(bits({1, 2, 3})), bits({1, 2, 3}));
 }
 
@@ -56,12 +56,12 @@ TEST_F(BitmapTranslation, P2aBitZeroIsTheCpuPort) {
     EXPECT_EQ(to_ports(bits({0})), bits({31}));
 }
 
-TEST_F(BitmapTranslation, P2aLetsInterfacesAboveTheMaximumPass) {
+TEST_F(BitmapTranslation, P2aKeepsTheBitsOfInterfacesAboveTheMaximum) {
     library_test::make_default_map(4);
     EXPECT_EQ(to_ports(bits({4, 5, 26})), bits({7, 5, 26}));
 }
 
-TEST_F(BitmapTranslation, P2aUsesTheZeroOfARowThatWasNeverFilled) {
+TEST_F(BitmapTranslation, P2aMapsARowThatWasNeverFilledToPortZero) {
     library_test::drop_map();
     ASSERT_EQ(adp_set_max_phy_port_num(8), 0);
     EXPECT_EQ(to_ports(bits({5})), bits({0}));
@@ -89,7 +89,7 @@ TEST_F(BitmapTranslation, SmallNegativePortsLandInTheFirstWord) {
     EXPECT_EQ(to_ports(bits({1})), (Bitmap{{0, 0}}));
 }
 
-TEST_F(BitmapTranslation, BeforeTheMapExistsEveryBitPasses) {
+TEST_F(BitmapTranslation, BeforeTheMapExistsEveryBitIsKept) {
     library_test::drop_map();
     EXPECT_EQ(to_ports(bits({0, 5, 26})), bits({0, 5, 26}));
     EXPECT_EQ(to_intfs(bits({0, 5, 26})), bits({0, 5, 26}));

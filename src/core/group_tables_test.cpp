@@ -63,7 +63,7 @@ TEST_F(AggTables, LowestConfiguredMember) {
     EXPECT_EQ(intf, 26u);
 }
 
-TEST_F(AggTables, LowestConfiguredMemberLooksAtBits0To26OfTheFirstWord) {
+TEST_F(AggTables, LowestConfiguredMemberUsesBits0To26OfTheFirstWord) {
     uint32_t intf = 99;
     set_configured(4, 1u << 27 | 1u << 31, 0xFFFFFFFF);
     EXPECT_EQ(GET_AGG_CONFIG_MIN_INTF(ADP_AGG_INTF(4), &intf), 0);

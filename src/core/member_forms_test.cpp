@@ -32,7 +32,7 @@ adp_status_t del_list(uint32_t agg, const Intfs &list) {
 
 class MemberList : public agg_test::AggTest {};
 
-TEST_F(MemberList, AddingNobodyIsDoneAtOnceWhateverTheGroup) {
+TEST_F(MemberList, AddingNoMembersSucceedsForAnyGroup) {
     fill_tables();
     const std::string before = table_bytes();
     EXPECT_EQ(adp_add_agg_member(kAgg, 0, nullptr), 0);
@@ -43,7 +43,7 @@ TEST_F(MemberList, AddingNobodyIsDoneAtOnceWhateverTheGroup) {
     EXPECT_EQ(table_bytes(), before);
 }
 
-TEST_F(MemberList, RemovingNobodyCommitsButDoesNotElect) {
+TEST_F(MemberList, RemovingNoMembersCommitsButDoesNotElect) {
     set_record(kGroup, 0, {4, 5});
     agg_manage_intf[kGroup - 1] = 9;
     const std::string expected = table_bytes();
@@ -56,7 +56,7 @@ TEST_F(MemberList, RemovingNobodyCommitsButDoesNotElect) {
     EXPECT_EQ(table_bytes(), expected);  // the in-use byte is cleared
 }
 
-TEST_F(MemberList, RemovingNobodyReturnsTheDriversResult) {
+TEST_F(MemberList, RemovingNoMembersReturnsTheDriversResult) {
     set_record(kGroup, 1, {4});
     const std::string before = table_bytes();
     driver().fail_every("user_trunk_create_id", 7);
@@ -88,8 +88,8 @@ TEST_F(MemberList, InterfacesBeyondTheMapAreRefusedWhateverTheirType) {
     EXPECT_THAT(driver().trace(), IsEmpty());
 }
 
-// Its index is a row of the map, its translation is none: such an interface never equals a member.
-TEST_F(MemberList, AnInterfaceThatDoesNotTranslateIsAppendedEachTime) {
+// Its index is a row of the map, but it has no port, so it never equals a member.
+TEST_F(MemberList, AnInterfaceWithoutAPortIsAppendedEachTime) {
     constexpr uint32_t kOfNoPort = 0x20000003;
     const Ports expected[] = {{255}, {255, 255}};
     for (const Ports &ports : expected) {
@@ -106,7 +106,7 @@ TEST_F(MemberList, AnInterfaceThatDoesNotTranslateIsAppendedEachTime) {
 
 class MemberBitmap : public agg_test::AggTest {};
 
-TEST_F(MemberBitmap, BothWordsZeroAreDoneAtOnceWhateverTheGroup) {
+TEST_F(MemberBitmap, BothWordsZeroSucceedForAnyGroup) {
     fill_tables();
     const std::string before = table_bytes();
     EXPECT_EQ(adp_add_agg_member_by_map(kAgg, 0, 0), 0);

@@ -58,7 +58,7 @@ TEST_F(MemberLists, ElevenMembersAreListedWhereThereIsRoom) {
     EXPECT_EQ(adp_get_agg_group(kAgg, 10, &list.count, list.slots.data()), -1);
 }
 
-TEST_F(MemberLists, CountsThatNoRecordCanHoldAreNotFollowed) {
+TEST_F(MemberLists, CountsAboveTheRecordsSizeAreNotFollowed) {
     for (const int32_t count : {12, 26, -1, INT32_MAX, INT32_MIN}) {
         agg_info[kGroup - 1].count = count;
         List list;
@@ -88,7 +88,7 @@ TEST_F(MemberLists, ConfiguredMembersComeFromTheBitmapWhateverTheActiveOnesAre) 
     EXPECT_TRUE(list.is_untouched_from(2));
 }
 
-TEST_F(MemberLists, WithAnEmptyBitmapTheActiveMembersAnswer) {
+TEST_F(MemberLists, WithAnEmptyBitmapTheActiveMembersAreListed) {
     set_active(kGroup, {20, 21});
     List list;
     EXPECT_EQ(GET_AGG_CONFIG_GROUP(kAgg, &list.count, list.slots.data()), 0);
@@ -104,7 +104,7 @@ TEST_F(MemberLists, WithAnEmptyBitmapNineToElevenActiveMembersFitTheConfiguredLi
     EXPECT_EQ(list.slots[8], 9u);
 }
 
-TEST_F(MemberLists, ASecondWordAloneAnswersAnEmptyListEvenWithActiveMembers) {
+TEST_F(MemberLists, ASecondWordAloneGivesAnEmptyListEvenWithActiveMembers) {
     set_active(kGroup, {20, 21});
     set_configured(kGroup, 0, 1);
     List list;
@@ -139,7 +139,7 @@ TEST_F(MemberLists, TwentySixConfiguredMembersFit) {
     EXPECT_EQ(list.slots[25], 26u);
 }
 
-TEST_F(MemberLists, ConfiguredListHoldsTheActiveCountAgainstItsRoomFirst) {
+TEST_F(MemberLists, ConfiguredListChecksTheActiveCountAgainstItsRoomFirst) {
     set_active(kGroup, {4, 5, 6});
     set_configured(kGroup, 1u << 5);
     List list;
@@ -153,7 +153,7 @@ TEST_F(MemberLists, ConfiguredListHoldsTheActiveCountAgainstItsRoomFirst) {
 TEST_F(MemberLists, ConfiguredListWithImpossibleActiveCounts) {
     agg_info[kGroup - 1].count = 12;
     List list;
-    EXPECT_EQ(GET_AGG_CONFIG_GROUP(kAgg, &list.count, list.slots.data()), -1);  // answers like the active list
+    EXPECT_EQ(GET_AGG_CONFIG_GROUP(kAgg, &list.count, list.slots.data()), -1);  // as for the active list
     EXPECT_EQ(list.count, 12u);
     agg_info[kGroup - 1].count = -1;
     list = {};
@@ -169,7 +169,7 @@ TEST_F(MemberLists, ByMapSetsTheBitOfEachActiveInterface) {
     EXPECT_EQ(bitmap[1], 0u);
 }
 
-TEST_F(MemberLists, ByMapReachesTheSecondWordAndDropsWhatHasNoBit) {
+TEST_F(MemberLists, ByMapReachesTheSecondWordAndDropsInterfacesWithoutABit) {
     library_test::make_default_map(70);
     set_active(kGroup, {43, 68, 0, 200});
     uint32_t bitmap[2] = {kUntouched, kUntouched};
@@ -178,7 +178,7 @@ TEST_F(MemberLists, ByMapReachesTheSecondWordAndDropsWhatHasNoBit) {
     EXPECT_EQ(bitmap[1], 1u << (40 - 32));  // interface 65 and the unmapped port have no bit, slot 0 is empty
 }
 
-TEST_F(MemberLists, ByMapRefusesNineMembersWithNothingWritten) {
+TEST_F(MemberLists, ByMapRefusesNineMembersAndWritesNothing) {
     set_active(kGroup, {4, 5, 6, 7, 8, 9, 10, 11, 12});
     uint32_t bitmap[2] = {kUntouched, kUntouched};
     EXPECT_EQ(adp_get_agg_group_by_map(kAgg, bitmap), -1);
@@ -218,7 +218,7 @@ TEST_F(MemberLists, TypeBitsDoNotMatter) {
     EXPECT_EQ(list.slots[0], 1u);
 }
 
-// The walk, with a step that writes down what it sees.
+// The walk, with a step that records the members it visits.
 struct Walk {
     std::vector<uint32_t> seen;
     uint32_t failing = 0;
@@ -263,7 +263,7 @@ TEST(FirstFailure, VisitsNothingWithoutMembers) {
     EXPECT_TRUE(walk.seen.empty());
 }
 
-TEST(FirstFailure, NeverLeavesTheList) {
+TEST(FirstFailure, NeverGoesBeyondTheList) {
     Walk walk;
     EXPECT_EQ(walk.run(members(0xFFFFFFFF, Numbers(26, 4))), ADP_OK);
     EXPECT_EQ(walk.seen.size(), 26u);

@@ -25,7 +25,7 @@ TEST_F(Messages, ComplainGoesToStandardError) {
     EXPECT_EQ(outcome_of([] { return adp::complain(kPlain); }), (Outcome{8, "", "here 12\n"}));
 }
 
-TEST_F(Messages, NumbersThatTheFormatDoesNotAskForAreIgnored) {
+TEST_F(Messages, NumbersThatTheFormatDoesNotUseAreIgnored) {
     EXPECT_EQ(outcome_of([] { return adp::print(kPlain, 3, 4); }), (Outcome{8, "here 12\n", ""}));
 }
 
@@ -51,7 +51,7 @@ TEST_F(Messages, LogGoesToTheLogAloneWhileTracingIsOff) {
                                              "format=\"%s:[%05d] %d %d\\n\", text=\"here:[00012] 3 4\\n\")"));
 }
 
-TEST_F(Messages, TracingIsAskedOfTheDevice) {
+TEST_F(Messages, TracingIsReadFromTheDevice) {
     EXPECT_FALSE(adp::is_tracing());
     driver().on("sys_trace_get").returns(1);
     EXPECT_TRUE(adp::is_tracing());

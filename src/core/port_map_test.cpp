@@ -51,7 +51,7 @@ TEST_F(PortMap, SecondCallReplacesTablesWithoutReleasingTheOldOnes) {
     free(old_trunks);
 }
 
-TEST_F(PortMap, TellsTheMaximum) {
+TEST_F(PortMap, ReturnsTheMaximum) {
     uint32_t n = 0;
     EXPECT_EQ(adp_get_max_phy_port_num(&n), 0);
     EXPECT_EQ(n, 26u);
@@ -73,7 +73,7 @@ TEST_F(PortMap, RefusesEveryTypeButUserPort) {
 }
 
 TEST_F(PortMap, TypeBitsAreRefusedEvenWithinTheMaximum) {
-    // The maximum is an exported word: raised past the type bits, the type test still stands between it and the table.
+    // The maximum is an exported variable. Raised past the type bits, it leaves only the type check before the table.
     adp_max_phy_port_num = 0xFFFFFFFF;
     EXPECT_EQ(adp_intf_2_phy_id(0x10000001), -1);
     adp_max_phy_port_num = 26;
@@ -93,7 +93,7 @@ TEST_F(PortMap, UnmappedPortHasNoInterface) {
     EXPECT_EQ(adp_phy_2_intf_id(0xFFFFFFFF), -1);
 }
 
-TEST_F(PortMap, NegativePortNumbersAreOrdinaryContents) {
+TEST_F(PortMap, NegativePortNumbersAreOrdinaryValues) {
     ASSERT_EQ(adp_add_phy_port(5, 0, 0, 0xFFFFFFFE, 0), 0);
     EXPECT_EQ(adp_intf_2_phy_id(5), -2);
     EXPECT_EQ(adp_phy_2_intf_id(0xFFFFFFFE), 5);
@@ -106,7 +106,7 @@ TEST_F(PortMap, AttributesComeBackUnchanged) {
     EXPECT_EQ(adp_intf_port_attributes(0x10000001), 0u);
 }
 
-TEST_F(PortMap, RowBeyondTheMapIsRefusedWithNothingChanged) {
+TEST_F(PortMap, RowBeyondTheMapIsRefusedAndChangesNothing) {
     const std::string before = table_bytes();
     EXPECT_EQ(adp_add_phy_port(27, 1, 2, 3, 4), -1);
     EXPECT_EQ(adp_add_phy_port(0x10000001, 1, 2, 3, 4), -1);
@@ -125,7 +125,7 @@ TEST_F(PortMap, BeforeTheMapExistsLookUpsFindNothing) {
     EXPECT_EQ(GET_INTF_MAPPING_AGGINTF(0), 0u);
 }
 
-TEST_F(PortMap, StubsAndSlotAnswerZeroWhateverTheState) {
+TEST_F(PortMap, StubsAndSlotReturnZeroInAnyState) {
     EXPECT_EQ(adp_get_phy_port(), 0);
     EXPECT_EQ(adp_del_phy_port(), 0);
     EXPECT_EQ(adp_intf_2_slot_id(3), 0);
@@ -155,7 +155,7 @@ struct FailedAllocation : PortMap {
     uint32_t *old_trunks = nullptr;
 };
 
-TEST_F(FailedAllocation, OfThePortMapLeavesItNullAndTheMaximumStanding) {
+TEST_F(FailedAllocation, OfThePortMapLeavesItNullAndKeepsTheMaximum) {
     fake_system::Session session;
     session.system().fail_allocation(0);
     EXPECT_EQ(set_max(8), -1);
@@ -179,7 +179,7 @@ TEST_F(FailedAllocation, OfTheTrunkMapLeavesItNullAndThePortMapInPlace) {
     EXPECT_EQ(GET_INTF_MAPPING_AGGINTF(1), 0u);
 }
 
-TEST_F(FailedAllocation, IsWhatASizeThatOverflowsCountsAs) {
+TEST_F(FailedAllocation, IsTheResultOfASizeThatOverflows) {
     EXPECT_EQ(set_max(0xFFFFFFFF), -1);
     EXPECT_EQ(adp_max_phy_port_num, 0xFFFFFFFFu);
     EXPECT_EQ(intf_to_phy_port, nullptr);
@@ -188,7 +188,7 @@ TEST_F(FailedAllocation, IsWhatASizeThatOverflowsCountsAs) {
     EXPECT_EQ(adp_phy_2_intf_id(1), -1);
 }
 
-TEST_F(FailedAllocation, SizesThatOverflowAskForNoMemory) {
+TEST_F(FailedAllocation, SizesThatOverflowAllocateNothing) {
     fake_system::Session session;
     EXPECT_EQ(set_max(0x40000000), -1);
     EXPECT_EQ(session.system().allocations(), 0u);

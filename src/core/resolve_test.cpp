@@ -19,7 +19,7 @@ constexpr int32_t kPhyOfPort = 10;  // of the default map: three more than the i
 constexpr uint32_t kOtherGroups[] = {0, 9, 15, 0x0FFFFFFF};
 constexpr uint32_t kOtherTypes[] = {0x20000001, 0x80000003, 0xF0000000};
 
-// The driver call of the statements that take one: it notes its port and answers as it is told.
+// The driver call of the statements that take one: it records its port and returns the scripted result.
 std::vector<int32_t> asked;
 int32_t failing = 0;  // the port that fails; 0 for none
 constexpr int32_t kOwnResult = -7;
@@ -57,7 +57,7 @@ class Resolve : public library_test::LibraryTest {
     }
 };
 
-/** Interfaces that no statement serves, and what all but on_port_only() answer. */
+/** Unknown interfaces, and the status that all statements but on_port_only() give for them. */
 template <typename Call>
 void expect_refused(Call call) {
     for (const uint32_t group : kOtherGroups) {
@@ -90,7 +90,7 @@ TEST_F(Resolve, OnPortOrMembersStopsAtTheFirstFailure) {
     EXPECT_THAT(asked, ElementsAre(4));
 }
 
-/** A failure policy, and what a failing port and a failing member become. */
+/** A failure policy, and what the caller gets for a failing port and for a failing member. */
 struct Policy {
     Failure failure;
     adp_status_t on_port;
@@ -116,11 +116,11 @@ TEST_F(Resolve, OnPortOrMembersSucceedsWithoutMembers) {
     EXPECT_THAT(asked, IsEmpty());
 }
 
-TEST_F(Resolve, OnPortOrMembersRefusesWhatIsNoInterface) {
+TEST_F(Resolve, OnPortOrMembersRefusesUnknownInterfaces) {
     expect_refused([](Intf intf) { return on_members(intf, Members::kActive | Failure::kOwnResult); });
 }
 
-TEST_F(Resolve, OnPortOrManagerAsksTheManagerOfAGroup) {
+TEST_F(Resolve, OnPortOrManagerReadsTheManagerOfAGroup) {
     make_group();
     uint32_t value = 0;
     EXPECT_EQ(adp::on_port_or_manager(kPort, Failure::kOwnResult, get_value, &value), ADP_OK);
@@ -129,14 +129,14 @@ TEST_F(Resolve, OnPortOrManagerAsksTheManagerOfAGroup) {
     EXPECT_EQ(value, kRead);
 }
 
-TEST_F(Resolve, OnPortOrManagerAsksTheCpuPortWithoutAManager) {
+TEST_F(Resolve, OnPortOrManagerReadsTheCpuPortWithoutAManager) {
     adp_add_cpu_port(0, 0, 0, 33, 0);
     uint32_t value = 0;
     EXPECT_EQ(adp::on_port_or_manager(kAgg, Failure::kDriverError, get_value, &value), ADP_OK);
     EXPECT_THAT(asked, ElementsAre(33));
 }
 
-TEST_F(Resolve, OnPortOrManagerGivesTheOwnResultOrDriverError) {
+TEST_F(Resolve, OnPortOrManagerReturnsTheOwnResultOrDriverError) {
     make_group();
     uint32_t value = 0;
     failing = 5;
@@ -144,7 +144,7 @@ TEST_F(Resolve, OnPortOrManagerGivesTheOwnResultOrDriverError) {
     EXPECT_EQ(adp::on_port_or_manager(kAgg, Failure::kDriverError, get_value, &value), ADP_E_DRIVER);
 }
 
-TEST_F(Resolve, OnPortOrManagerRefusesWhatIsNoInterface) {
+TEST_F(Resolve, OnPortOrManagerRefusesUnknownInterfaces) {
     expect_refused([](Intf intf) {
         uint32_t value = 0;
         return adp::on_port_or_manager(intf, Failure::kOwnResult, get_value, &value);
@@ -168,7 +168,7 @@ TEST_F(Resolve, OnPortOrAnsweringMemberNeedsAMember) {
     EXPECT_THAT(asked, IsEmpty());
 }
 
-TEST_F(Resolve, OnPortOrAnsweringMemberAnswersAFailureWithDriverError) {
+TEST_F(Resolve, OnPortOrAnsweringMemberReportsAFailureAsDriverError) {
     make_group();
     uint32_t value = 0;
     for (const auto &[intf, port] : {std::pair{kPort, kPhyOfPort}, std::pair{kAgg, 5}}) {
@@ -177,14 +177,14 @@ TEST_F(Resolve, OnPortOrAnsweringMemberAnswersAFailureWithDriverError) {
     }
 }
 
-TEST_F(Resolve, OnPortOrAnsweringMemberRefusesWhatIsNoInterface) {
+TEST_F(Resolve, OnPortOrAnsweringMemberRefusesUnknownInterfaces) {
     expect_refused([](Intf intf) {
         uint32_t value = 0;
         return adp::on_port_or_answering_member(intf, get_value, &value);
     });
 }
 
-TEST_F(Resolve, OnPortOnlyServesUserPortsAlone) {
+TEST_F(Resolve, OnPortOnlyAcceptsUserPortsOnly) {
     make_group();
     uint32_t value = 0;
     EXPECT_EQ(adp::on_port_only(kAgg, get_value, &value), ADP_E_DRIVER);

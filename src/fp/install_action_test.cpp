@@ -50,7 +50,7 @@ class InstallAction : public fp_test::FpTest {
     }
 };
 
-TEST_F(InstallAction, AMeterOfRate0TakesTheSubmodulesRate) {
+TEST_F(InstallAction, AMeterOfRate0GetsTheSubmodulesRate) {
     FpEntity rule = make_rule(3, 5);
     add_action(&rule, kMeterAction, {0}, {2});
     EXPECT_EQ(install(rule), 0);
@@ -104,7 +104,7 @@ TEST_F(InstallAction, ThePortOfTheFirstActionIsTranslated) {
     EXPECT_EQ(word_of(recorded(0).actions[0].param), 29u);
 }
 
-TEST_F(InstallAction, WhatIsNoPortBecomesMinus1) {
+TEST_F(InstallAction, AnUnknownPortBecomesMinus1) {
     for (const uint32_t intf : {27u, ADP_AGG_INTF(1), 0x20000001u, 0xFFFFFFFFu}) {
         FpEntity rule = make_rule(kOfGroup3, 0);
         add_action(&rule, kPortAction, {intf});
@@ -230,7 +230,7 @@ TEST_F(InstallAction, PortsOfSubmodule16StayAsTheyAre) {
     EXPECT_THAT(additions(), ElementsAre(addition(947, kPortAction, {7})));
 }
 
-TEST_F(InstallAction, PortsOfAnotherUnitAreNone) {
+TEST_F(InstallAction, PortsOfAnotherUnitBecomeAnEmptySet) {
     FpEntity rule = make_rule(kOfGroup3, 0);
     rule.unit = 1;
     add_action(&rule, kPortsAction, std::vector<uint32_t>(9, 0xFFFFFFFF));

@@ -13,7 +13,7 @@ using ::testing::ElementsAreArray;
 
 constexpr char kInstall[] = "adp_fp_add_entity_rule";
 
-/** One line as it is written to the log: its format, and what is in it behind the place. */
+/** One line as it is written to the log: its format, and its text after the place. */
 struct Line {
     const char *function;
     int line;
@@ -134,7 +134,7 @@ INSTANTIATE_TEST_SUITE_P(With, InstallLog, ::testing::Bool(),
 
 class Log : public fp_test::FpTest {};
 
-TEST_F(Log, EveryLineAsksAnewWhetherTracingIsOn) {
+TEST_F(Log, EveryLineChecksAgainWhetherTracingIsOn) {
     bool is_on = false;
     driver().on("sys_trace_get").does([&](recording::Arguments &) {
         is_on = !is_on;

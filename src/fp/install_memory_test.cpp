@@ -1,4 +1,4 @@
-// What installed rules take of memory and list, and that all of it comes back.
+// Memory and list nodes of installed rules, and that all of them are released.
 #include <array>
 
 #include "fp/testing/support.h"
@@ -54,18 +54,20 @@ TEST_F(InstallMemory, WithoutMemoryTheRuleIsInstalledButNotRecorded) {
         fail_every("user_field_entry_install", failure);
         EXPECT_EQ(both(install_without_memory, [&] { return model().install(rule); }), failure);
         EXPECT_EQ(last_printed(), "adp_fp_add_entity_rule:[01295] malloc failed!~\n");
-        EXPECT_THAT(installed_rules(), IsEmpty());  // the old rule has left all the same
+        EXPECT_THAT(installed_rules(), IsEmpty());  // the old rule has been removed
     }
     EXPECT_EQ(driver().count("user_field_entry_install"), 6u);
     EXPECT_EQ(remove(kOfGroup1, 4), 0);
     EXPECT_THAT(last_trace(), IsEmpty());
 }
 
-TEST_F(InstallMemory, NineHundredRulesComeAndGoWithoutATrace) {
-    struct Key {
-        uint32_t submodule_type, entity_id;
-    };
-    // The last submodule of each group has the rest of the slice, so that no two rules share an entry.
+struct Key {
+    uint32_t submodule_type, entity_id;
+};
+
+/** Rules of different entries: the last submodule of each group gets the rest of the slice. */
+std::vector<Key> distinct_keys() {
+    constexpr size_t kRules = 900;
     std::vector<Key> keys;
     for (const auto &[type, first, count] : {std::array{1u, 0u, 128u},
                                              {8u, 0u, 128u},
@@ -75,10 +77,15 @@ TEST_F(InstallMemory, NineHundredRulesComeAndGoWithoutATrace) {
                                              {40u, 0u, 128u},
                                              {42u, 9u, 128u},
                                              {43u, 9u, 128u}}) {
-        for (uint32_t entity = first; entity < first + count && keys.size() < 900; ++entity) {
+        for (uint32_t entity = first; entity < first + count && keys.size() < kRules; ++entity) {
             keys.push_back({type, entity});
         }
     }
+    return keys;
+}
+
+TEST_F(InstallMemory, NineHundredRulesAreInstalledAndRemovedWithoutALeak) {
+    const std::vector<Key> keys = distinct_keys();
     ASSERT_EQ(keys.size(), 900u);
     driver().record(false);
     std::map<uint32_t, int> created;

@@ -14,7 +14,7 @@ using library_test::installed_rules;
 using ::testing::Contains;
 using ::testing::SizeIs;
 
-/** A rule with qualifiers on both halves, an unknown one, and every action that the library looks at. */
+/** A rule with qualifiers on both halves, an unknown one, and every action that the library treats specially. */
 FpEntity busy_rule(uint32_t submodule_type) {
     FpEntity rule = fp_test::with_qualifiers(make_rule(submodule_type, 4, 6), {13, 6, 2, 10, 27, 30});
     add_action(&rule, 30, {5});
@@ -133,7 +133,7 @@ TEST_F(InstallStatus, IngressPortsAddToTheTemplateCallsResultOnly) {
     EXPECT_EQ(install(rule), 3);
 }
 
-TEST_F(InstallStatus, AFailedRuleIsRecordedAllTheSame) {
+TEST_F(InstallStatus, AFailedRuleIsStillRecorded) {
     for (const int32_t failure : kFailures) {
         fail_every("user_field_entry_install", failure);
         EXPECT_EQ(install(make_rule(kOfGroup3, 1)), failure);

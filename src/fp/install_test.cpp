@@ -20,7 +20,7 @@ using ::testing::IsEmpty;
 
 constexpr char kBegin[] = "  =========================== begin to add fp entity rule ======================== ";
 
-/** What a rule without qualifiers and actions needs. */
+/** The driver calls of a rule without qualifiers and actions. */
 Trace installed_single(int group, const std::string &entry, const std::string &priority) {
     const std::string at = "(handle=0, unit=0, entry=" + entry;
     return {"user_field_entry_create_id(handle=0, unit=0, group=" + std::to_string(group) + ", entry=" + entry + ")",
@@ -34,7 +34,7 @@ Trace destroyed(uint32_t entry) {
 
 class Install : public fp_test::FpTest {
   protected:
-    /** Refused without a driver call or a change, with nothing but the first log line. */
+    /** Refused without a driver call or a change, after the first log line. */
     void expect_refused(const FpEntity &rule, int32_t status) {
         const size_t listed = installed_rules().size();
         EXPECT_EQ(install(rule), status);
@@ -85,7 +85,7 @@ TEST_F(Install, EverySubmoduleInstallsReplacesAndDeletes) {
     }
 }
 
-TEST_F(Install, EntityAndPriorityAreCountedIn32Bits) {
+TEST_F(Install, EntityAndPriorityAreAddedIn32Bits) {
     EXPECT_EQ(install(make_rule(43, 0, 0)), 0);
     EXPECT_THAT(last_driver_calls(), ElementsAreArray(installed_single(9, "4294967287", "-9")));
     EXPECT_EQ(install(make_rule(42, 0, 8)), 0);
@@ -153,11 +153,11 @@ TEST_F(Install, ReplacingAMeteredRuleByOneWithoutLeavesTheMeter) {
     ASSERT_EQ(install(rule), 0);
     EXPECT_EQ(install(make_rule(kOfGroup3, 0)), 0);
     EXPECT_EQ(driver().count("user_field_meter_destroy"), 0u);
-    EXPECT_EQ(install(rule), 0);  // and one is destroyed that was never set
+    EXPECT_EQ(install(rule), 0);  // a meter that was never set is destroyed
     EXPECT_EQ(driver().count("user_field_meter_destroy"), 1u);
 }
 
-TEST_F(Install, AnEntityFarUpIsInstalledDoubleAndDeletedSingly) {
+TEST_F(Install, AHighEntityIsInstalledDoubleAndDeletedSingly) {
     EXPECT_EQ(install(make_rule(1, 128)), 0);
     EXPECT_EQ(recorded(0).true_entry, 1536u);
     EXPECT_EQ(driver().count("user_field_entry_install"), 2u);
@@ -192,7 +192,7 @@ TEST_F(Install, ASubmoduleWithoutAGroupIs101) {
     EXPECT_THAT(installed_rules(), IsEmpty());
 }
 
-TEST_F(Install, RecordsThatClaimMoreThanTheyHoldAreRefused) {
+TEST_F(Install, RecordsWithCountsAboveTheirSizeAreRefused) {
     ASSERT_EQ(install(make_rule(kOfGroup3, 0)), 0);
     for (const int32_t count : {17, 18, INT32_MAX}) {
         FpEntity rule = make_rule(kOfGroup3, 0);
@@ -226,7 +226,7 @@ TEST_F(Install, TheWholeRecordIsRecordedWithItsEntry) {
     EXPECT_TRUE(bytes_of(recorded(0)) == bytes_of(rule));
 }
 
-TEST_F(Install, TheCallersRecordStaysAsItWas) {
+TEST_F(Install, TheCallersRecordIsUnchanged) {
     FpEntity rule = fp_test::full_record(kOfGroup1, 4);
     rule.action_num = 8;
     for (FpAction &action : rule.actions) {
@@ -238,7 +238,7 @@ TEST_F(Install, TheCallersRecordStaysAsItWas) {
 }
 
 TEST_F(Install, AnotherRulesEntryIsCreatedAndReprogrammedWhenTheDriverRefuses) {
-    // Submodule 24's entity 11 and submodule 26's entity 0 are one entry; nothing but the driver knows.
+    // Submodule 24's entity 11 and submodule 26's entity 0 are one entry; only the driver knows.
     ASSERT_EQ(install(make_rule(24, 11)), 0);
     driver().on("user_field_entry_create_id").returns(-4);
     fail_every("user_field_entry_create_id", -4);

@@ -1,4 +1,4 @@
-// The qualifiers of a rule: the call of each type, what it takes, on which entry, and its log line.
+// The qualifiers of a rule: the call of each type, its arguments, its entry, and its log line.
 #include "fp/testing/support.h"
 
 namespace {
@@ -30,12 +30,12 @@ std::string select_template(uint32_t entry) {
     return on_entry("user_field_set_select_tempate_idx", entry, ", index=0");
 }
 
-/** The lines from the first qualifier's on, up to those of the actions. */
+/** The lines from the first qualifier's up to those of the actions. */
 Trace qualifier_lines(const Trace &trace) {
     const auto has = [](const char *what) {
         return [=](const std::string &line) { return line.find(what) != std::string::npos; };
     };
-    // Behind the lines of the priority, in front of those of the installation.
+    // After the lines of the priority, before those of the installation.
     auto first = std::find_if(trace.begin(), trace.end(), has("set entry [%d] priority"));
     const auto last = std::find_if(trace.begin(), trace.end(), has("add action ret"));
     return first == trace.end() || last == trace.end() ? Trace{} : Trace(first + 1, last - 1);
@@ -55,7 +55,7 @@ class EachQualifier : public fp_test::FpTest, public ::testing::WithParamInterfa
         return fp_test::is_on_second_half(fp_test::submodule(GetParam().submodule_type)->group, GetParam().row.type);
     }
 
-    /** Data and mask as the call takes them. */
+    /** Data and mask as the call gets them. */
     static std::string taken() {
         FpQualify q = {};
         fp_test::set_condition(q.data, GetParam().row.type, {kData, 7});
@@ -78,7 +78,7 @@ class EachQualifier : public fp_test::FpTest, public ::testing::WithParamInterfa
         return ", data={6,7,8,9,12,13,15,17,21,23,24,28}, mask={0,7,8,9,10,12,13,14,15,17,18,21,22,23,24,26,28}";
     }
 
-    static std::string text_behind(const char *message) {
+    static std::string text_after(const char *message) {
         const std::string whole = message;
         return whole.substr(std::string("%s:[%05d]").size(), whole.size() - std::string("%s:[%05d]\n").size());
     }
@@ -98,7 +98,7 @@ TEST_P(EachQualifier, IsOneCallOnItsEntryBetweenItsTwoLogLines) {
     const uint32_t first = recorded(0).true_entry;
     const uint32_t target = is_second() ? first + 1 : first;
     const std::string type_text = "  ---------i=[0] type=[" + std::to_string(row.type) + "] ret=[0]-------";
-    const std::string message = text_behind(row.message);
+    const std::string message = text_after(row.message);
     EXPECT_THAT(qualifier_lines(last_trace()),
                 ElementsAreArray(joined(
                     {is_second() ? Trace{} : Trace{select_template(first)},
@@ -107,7 +107,7 @@ TEST_P(EachQualifier, IsOneCallOnItsEntryBetweenItsTwoLogLines) {
                      logged(kInstall, row.line, message, replaced(message, {"0", "0", std::to_string(target)}))})));
 }
 
-TEST_P(EachQualifier, ShowsItsPlaceAndTheStatusItLeaves) {
+TEST_P(EachQualifier, LogsItsIndexAndTheNewStatus) {
     const QualifierRow &row = GetParam().row;
     FpEntity rule = make_rule(GetParam().submodule_type, 1);
     add_qualifier(&rule, 29, {1}, {2});
@@ -116,7 +116,7 @@ TEST_P(EachQualifier, ShowsItsPlaceAndTheStatusItLeaves) {
     trace_on();
     EXPECT_EQ(install(rule), 12);
     const std::string target = std::to_string(recorded(0).true_entry + (is_second() ? 1 : 0));
-    const std::string message = text_behind(row.message);
+    const std::string message = text_after(row.message);
     const Trace shown = logged(kInstall, row.line, message, replaced(message, {"1", "12", target}), true);
     EXPECT_THAT(last_trace(), Contains(shown[1]));
     EXPECT_THAT(last_trace(), Contains(shown[2]));
@@ -130,7 +130,7 @@ TEST_P(EachQualifier, ReplacesTheStatusExceptTheIngressPorts) {
     fail_every("user_field_set_double_entry", 4);
     fail_every("user_field_set_select_tempate_idx", 16);
     fail_every(row.call, 2);
-    // Type 13 is the only one whose result is added: to the template call's, which has replaced all before it.
+    // Only type 13 adds its result: to the template call's, which has replaced all results before it.
     EXPECT_EQ(install(rule), row.type == 13 ? 18 : 2);
 }
 
@@ -175,7 +175,7 @@ TEST_F(Qualifiers, ThereAreTwentyTypes) {
     }
 }
 
-TEST_F(Qualifiers, AnUnknownTypeIsPrintedAndPassedOver) {
+TEST_F(Qualifiers, AnUnknownTypeIsPrintedAndSkipped) {
     FpEntity rule = make_rule(kOfGroup1, 5);
     add_qualifier(&rule, 2, {1}, {1});
     add_qualifier(&rule, 0xFFFFFFFF, {1}, {1});
@@ -272,7 +272,7 @@ TEST_F(Qualifiers, IngressPortsComeFromTheWholeMap) {
     map(9, INT32_MAX);
     map(10, 256);
     map(11, 255);
-    map(12, 4);  // the same as interface 1
+    map(12, 4);  // the same port as interface 1
     FpEntity rule = make_rule(kOfGroup3, 1);
     add_qualifier(&rule, 13, std::vector<uint32_t>(8, 0xFFFFFFFF), {0x1F82, 0, 0, 0, 0, 0, 0, 0x90000000});
     EXPECT_EQ(install(rule), 0);

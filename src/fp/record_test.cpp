@@ -1,4 +1,4 @@
-// Rule records: qualifiers and actions are appended, and refused when the record cannot take them.
+// Rule records: qualifiers and actions are appended, and refused when they do not fit.
 #include <numeric>
 
 #include "fp/testing/support.h"
@@ -29,7 +29,7 @@ class Record : public fp_test::FpTest {
         return adp_fp_add_entity_action(&record_, 53, bytes_, param_len, bytes_ + 1, param2_len);
     }
 
-    /** Runs the call, which must give -1, print this and leave the record alone. */
+    /** Runs the call, which must return -1, print this and leave the record unchanged. */
     void expect_refused(const std::function<int32_t()> &call, const std::string &printed = "") {
         const std::string before = bytes_of(record_);
         ::testing::internal::CaptureStdout();
@@ -39,7 +39,7 @@ class Record : public fp_test::FpTest {
         EXPECT_TRUE(bytes_of(record_) == before);
     }
 
-    /** The field holds these first bytes of ours, from @p first on, and the filler behind them. */
+    /** The field holds @p length test bytes from @p first on, and the filler after them. */
     template <size_t kSize>
     void expect_field(const uint8_t (&field)[kSize], const uint8_t *first, size_t length) {
         EXPECT_EQ(std::memcmp(field, first, length), 0);
@@ -86,7 +86,7 @@ TEST_F(Record, TwoBytesAreANumberExtendedToTheFirstWord) {
     EXPECT_EQ(record_.qualifies[0].mask[4], kFiller);
 }
 
-TEST_F(Record, DataAndMaskAreTakenEachByItsOwnLength) {
+TEST_F(Record, DataAndMaskAreCopiedEachByItsOwnLength) {
     const uint16_t number = 0x8123;
     EXPECT_EQ(adp_fp_add_entity_qualify(&record_, 29, &number, 2, bytes_, 4), 0);
     EXPECT_EQ(word_of(record_.qualifies[0].data), 0x8123u);
@@ -120,13 +120,13 @@ TEST_F(Record, AFullRecordRefusesAQualifierWithItsCount) {
         const std::string printed =
             "adp_fp_add_entity_qualify:[00674] Fp qualify number=[" + std::to_string(count) + "] was full!~\n";
         expect_refused([&] { return add_qualifier(4, 4); }, printed);
-        // That the record is full is found before the lengths are looked at.
+        // The count is checked before the lengths.
         expect_refused([&] { return add_qualifier(65, 4); }, printed);
         expect_refused([&] { return add_qualifier(4, -1); }, printed);
     }
 }
 
-TEST_F(Record, NegativeCountsTakeNothing) {
+TEST_F(Record, NegativeCountsAppendNothing) {
     for (const int32_t count : kNegatives) {
         record_.qualify_num = count;
         record_.action_num = count;

@@ -1,76 +1,22 @@
-// Remark rules: the rule that each request becomes, and what its caller is told.
+// Remark rules: the rule that each request becomes, and what its caller gets.
 #include <stddef.h>
 
-#include "fp/testing/support.h"
+#include "fp/testing/remark.h"
 
 namespace {
 
-using fp_test::add_action;
 using fp_test::add_qualifier;
-using fp_test::bytes_of;
-using fp_test::kFailures;
-using fp_test::make_rule;
-using fp_test::set_word;
+using fp_test::kOneField;
+using fp_test::kPortsOnly;
+using fp_test::ports_rule;
+using fp_test::RemarkTest;
 using fp_test::word_of;
 using library_test::installed_rules;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
 
-constexpr uint8_t kPortsOnly = 7;
-constexpr uint8_t kOneField = 1;
-constexpr uint8_t kFiller = 0xA5;
-constexpr uint8_t kMac[] = {0x02, 0x11, 0x22, 0x33, 0x44, 0x55};
-const std::vector<uint32_t> kAllPorts(8, 0xFFFFFFFF);
-
-/** What request @p rule asks for when it is right: ports, and one action. */
-FpEntity ports_rule(const RemarkRule &rule, uint32_t word0, uint32_t word1) {
-    FpEntity entity = make_rule(1, rule.rule_id, rule.rule_id);
-    add_qualifier(&entity, 13, {word0, word1}, kAllPorts);
-    add_action(&entity, rule.remark_kind == 1 ? 11 : 1, {rule.remark_value});
-    return entity;
-}
-
-class Remark : public fp_test::FpTest {
-  protected:
-    /** A request for the interfaces 1 and 33; what is not read holds something else. */
-    static RemarkRule request(uint8_t form = kPortsOnly, uint8_t field = 0, uint32_t value = 0) {
-        RemarkRule rule;
-        std::memset(&rule, kFiller, sizeof rule);
-        rule.rule_id = 5;
-        rule.port_bitmap[0] = 1;
-        rule.port_bitmap[1] = 1;
-        rule.remark_kind = 1;
-        rule.remark_value = 46;
-        rule.rule_form = form;
-        rule.match_field = field;
-        set_word(rule.match_value, value);
-        return rule;
-    }
-    static RemarkRule mac_request(uint8_t field) {
-        RemarkRule rule = request(kOneField, field);
-        std::memcpy(rule.match_value, kMac, sizeof kMac);
-        return rule;
-    }
-
-    /** The library's call; the model installs @p expected, and the caller is told @p status. */
-    void expect_added(RemarkRule rule, const FpEntity &expected, int32_t status = 0) {
-        both([&] { return adp_add_remark_rule(&rule); },
-             [&] {
-                 const int32_t installed = model().install(expected);
-                 return installed < 0 ? 102 : status;
-             });
-    }
-    /** Nothing but the shift of the bitmap happens. */
-    void expect_refused(RemarkRule rule, int32_t status) {
-        RemarkRule expected = rule;
-        expected.port_bitmap[0] = 2;
-        expected.port_bitmap[1] = 2;
-        EXPECT_EQ(both([&] { return adp_add_remark_rule(&rule); }, [&] { return status; }), status);
-        EXPECT_EQ(std::memcmp(&rule, &expected, sizeof rule), 0);
-    }
-    static FpEntity expected_ports(const RemarkRule &rule) { return ports_rule(rule, 2, 2); }
-};
+class Remark : public RemarkTest {};
 
 TEST_F(Remark, RequestsHaveAFixedLayout) {
     EXPECT_EQ(sizeof(RemarkRule), 32u);
@@ -108,7 +54,7 @@ TEST_F(Remark, PortsAreOneQualifierAndOneActionOnBothEntries) {
     EXPECT_EQ(word_of(recorded(0).actions[0].param), 46u);
 }
 
-TEST_F(Remark, TheRecordIsFilledAsAskedAndEmptyElsewhere) {
+TEST_F(Remark, TheRecordHoldsTheRequestAndIsEmptyElsewhere) {
     const RemarkRule rule = request();
     expect_added(rule, expected_ports(rule));
 }
@@ -166,7 +112,7 @@ TEST_F(Remark, OtherFormsAreRefusedAfterTheShift) {
     }
 }
 
-TEST_F(Remark, WithoutItsSubmoduleARequestIs504BeforeItsFormIsLookedAt) {
+TEST_F(Remark, WithoutItsSubmoduleARequestIs504BeforeItsFormIsChecked) {
     g_stFpInfo[0].submodule_type = 0;
     for (const uint8_t form : {kPortsOnly, kOneField, uint8_t{3}}) {
         expect_refused(request(form), 504);
@@ -183,7 +129,7 @@ TEST_F(Remark, TheIdIsEntityAndPriorityUnchecked) {
     }
 }
 
-TEST_F(Remark, EveryKindAndValue) {
+TEST_F(Remark, EveryKindAndValueIsInstalledAndUnknownKindsAre102) {
     for (int kind = 0; kind <= 255; ++kind) {
         RemarkRule rule = request();
         rule.remark_kind = static_cast<uint8_t>(kind);
@@ -192,84 +138,6 @@ TEST_F(Remark, EveryKindAndValue) {
         EXPECT_EQ(recorded(0).actions[0].type, kind == 1 ? 11u : 1u);
         EXPECT_EQ(word_of(recorded(0).actions[0].param), static_cast<uint32_t>(255 - kind));
     }
-}
-
-TEST_F(Remark, MacAddressesAreSixBytesUnderAFullMask) {
-    for (const auto &[field, type] : {std::pair<uint8_t, uint32_t>{0, 7}, {1, 6}}) {
-        const RemarkRule rule = mac_request(field);
-        FpEntity expected = expected_ports(rule);
-        add_qualifier(&expected, type, {}, {});
-        std::memcpy(expected.qualifies[1].data, kMac, sizeof kMac);
-        std::memset(expected.qualifies[1].mask, 0xFF, sizeof kMac);
-        expect_added(rule, expected);
-    }
-}
-
-/** A field of one word: its qualifiers behind that of the ports, of which only the last has the request's value. */
-struct WordField {
-    uint8_t field;
-    uint32_t type;
-    uint32_t ip_type;  // 0: none
-    uint32_t shift;
-};
-
-class RemarkField : public Remark, public ::testing::WithParamInterface<WordField> {};
-
-TEST_P(RemarkField, IsMatchedUnderAFullMask) {
-    const WordField &row = GetParam();
-    for (const uint32_t value : {0u, 1u, 46u, 0x8123u, 0x40000001u, 0xFFFFFFFFu}) {
-        const RemarkRule rule = request(kOneField, row.field, value);
-        FpEntity expected = expected_ports(rule);
-        if (row.ip_type != 0) {
-            add_qualifier(&expected, 61, {row.ip_type}, {0xFFFFFFFF});
-        }
-        add_qualifier(&expected, row.type, {value << row.shift}, {0xFFFFFFFF});
-        expect_added(rule, expected);
-    }
-}
-
-TEST_P(RemarkField, IsIgnoredByTheFormOfPortsOnly) {
-    const RemarkRule rule = request(kPortsOnly, GetParam().field, 46);
-    expect_added(rule, expected_ports(rule));
-}
-
-TEST_P(RemarkField, WithAnyFailureIs102OnlyWhenTheStatusIsNegative) {
-    const WordField &row = GetParam();
-    for (const int32_t failure : kFailures) {
-        RemarkRule rule = request(kOneField, row.field, 46);
-        fail_every("user_field_entry_install", failure);
-        EXPECT_EQ(adp_add_remark_rule(&rule), failure < 0 ? 102 : 0);
-        EXPECT_THAT(installed_rules(), SizeIs(1));
-    }
-}
-
-INSTANTIATE_TEST_SUITE_P(OfOneWord, RemarkField,
-                         ::testing::Values(WordField{2, 23, 0, 0}, WordField{3, 22, 0, 0}, WordField{4, 29, 0, 0},
-                                           WordField{5, 10, 0, 0}, WordField{6, 9, 0, 0}, WordField{7, 30, 0, 0},
-                                           WordField{8, 31, 5, 2}, WordField{9, 332, 10, 2}, WordField{10, 27, 0, 0},
-                                           WordField{11, 28, 0, 0}),
-                         [](const auto &row) { return "Number" + std::to_string(row.param.field); });
-
-TEST_F(Remark, TheDscpReachesTheDriverAtItsPlaceInTheByte) {
-    RemarkRule rule = request(kOneField, 8, 46);
-    EXPECT_EQ(adp_add_remark_rule(&rule), 0);
-    const fp_test::Trace calls = fp_test::driver_calls(driver().trace());
-    EXPECT_THAT(calls,
-                ::testing::IsSupersetOf({"user_field_qualify_iptype(handle=0, unit=0, entry=1291, data=5)",
-                                         "user_field_qualify_DSCP(handle=0, unit=0, entry=1291, data=184, mask=255)"}));
-}
-
-TEST_F(Remark, UnknownFieldsAreInstalledWithoutOneAndReported) {
-    for (int field = 12; field <= 255; ++field) {
-        for (const int kind : {1, 2, 3}) {
-            RemarkRule rule = request(kOneField, static_cast<uint8_t>(field), 46);
-            rule.remark_kind = static_cast<uint8_t>(kind);
-            expect_added(rule, expected_ports(rule), 102);
-        }
-        RemarkRule ports = request(kPortsOnly, static_cast<uint8_t>(field), 46);
-        expect_added(ports, expected_ports(ports));
-    }
-    EXPECT_THAT(installed_rules(), SizeIs(1));
 }
 
 TEST_F(Remark, InstallingWithEachCallFailingInTurn) {
@@ -315,7 +183,7 @@ TEST_F(Remark, DeletingTakesTheLow16BitsAndNoMeter) {
     EXPECT_EQ(driver().count("user_field_meter_destroy"), 0u);
 }
 
-TEST_F(Remark, DeletingWhatIsNotThereIsFine) {
+TEST_F(Remark, DeletingAnUnknownRuleSucceeds) {
     RemarkRule rule = request();
     expect_added(rule, expected_ports(rule));
     for (const uint32_t id : {0u, 6u, 0x50005u + 1u}) {

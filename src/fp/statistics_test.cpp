@@ -82,7 +82,7 @@ TEST_F(FpStatistics, TheMissActionGoesToThePhysicalPort) {
                 ElementsAreArray(miss_trace(0, "2", " unit=[0] intfId=[0] phyId=[0], Missaction=[0x2]", true)));
 }
 
-TEST_F(FpStatistics, TheMissActionOfWhatDoesNotTranslateGoesToPortMinus1) {
+TEST_F(FpStatistics, TheMissActionOfAnUnknownInterfaceGoesToPortMinus1) {
     for (const int32_t intf : {27, -1, INT32_MAX, INT32_MIN, 0x10000001, 0x20000001}) {
         EXPECT_EQ(adp_fp_lookupMissAct_set(intf, 1), 0);
         const std::string text = " unit=[0] intfId=[" + std::to_string(intf) + "] phyId=[-1], Missaction=[0x1]";
@@ -108,7 +108,7 @@ TEST_F(FpStatistics, TheMissActionReturnsTheDriversStatus) {
     }
 }
 
-TEST_F(FpStatistics, ABitmapIsWorkedThroughFromTheLowestInterface) {
+TEST_F(FpStatistics, ABitmapIsVisitedFromTheLowestInterface) {
     EXPECT_EQ(adp_fp_lookupMissAct_pbmp_set({{1u << 3 | 1u << 1, 0}}, 9), 0);
     EXPECT_THAT(driver().take(),
                 ElementsAreArray(joined({miss_trace(4, "9", " unit=[0] intfId=[1] phyId=[4], Missaction=[0x9]"),
@@ -130,7 +130,7 @@ TEST_F(FpStatistics, ABitmapNamesTheInterfaces0To26Only) {
     EXPECT_THAT(driver().take(), IsEmpty());
 }
 
-TEST_F(FpStatistics, ABitmapsResultIsTheLastInterfacesOne) {
+TEST_F(FpStatistics, ABitmapsResultIsThatOfTheLastInterface) {
     for (const int32_t failure : kFailures) {
         driver().once("user_field_lookupMissAct_set").returns(failure);
         driver().once("user_field_lookupMissAct_set").returns(5);

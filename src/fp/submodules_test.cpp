@@ -1,4 +1,4 @@
-// The table of submodules, and the way from an entity to its hardware entry.
+// The table of submodules, and how an entity number becomes a hardware entry.
 #include <stddef.h>
 
 #include "fp/testing/support.h"
@@ -42,7 +42,7 @@ TEST_F(Submodules, RecordsHaveNoPadding) {
     EXPECT_EQ(offsetof(FpListNode, entity), 2 * sizeof(void *));
 }
 
-TEST_F(Submodules, EveryRowIsAsTheLayoutHasIt) {
+TEST_F(Submodules, EveryRowMatchesTheLayout) {
     ASSERT_EQ(std::size(kSubmodules), std::size(g_stFpInfo));
     for (size_t i = 0; i < std::size(kSubmodules); ++i) {
         SCOPED_TRACE(i);
@@ -93,7 +93,7 @@ TEST_F(Submodules, EntriesFollowTheGroup) {
     }
 }
 
-TEST_F(Submodules, EntriesAreCountedIn32Bits) {
+TEST_F(Submodules, EntriesAreComputedIn32Bits) {
     EXPECT_EQ(entry(9, -9, 0), 0xFFFFFFF7u);
     EXPECT_EQ(entry(9, -9, 9), 0u);
     EXPECT_EQ(entry(7, -9, 0), 375u);

@@ -103,7 +103,7 @@ TEST_F(Dot1x, AGroupIsLearnedByItsMembersAndFlushedByItsOwnNumber) {
     EXPECT_THAT(driver().take(), ElementsAre(flush(ADP_AGG_INTF(3))));
 }
 
-TEST_F(Dot1x, WhereNothingCanLearnTheModeFails) {
+TEST_F(Dot1x, FailsOnUnknownInterfaces) {
     for (const uint32_t intf : {kOtherTypes[0], kOtherTypes[2], kBadGroups[0], kBadGroups[1], kBadGroups[2]}) {
         for (const uint32_t mode : {0u, 1u, 2u}) {
             EXPECT_EQ(adp_set_port_dot1x_mode(static_cast<int32_t>(intf), mode, 0, 0), 401);
@@ -151,13 +151,13 @@ TEST_F(Dot1x, ADeauthorisedAddressIsOnlyDeleted) {
 }
 
 TEST_F(Dot1x, TheTargetIsTheGroupsSmallestActiveMember) {
-    set_configured(kGroup, 1u << 1);  // not looked at
+    set_configured(kGroup, 1u << 1);  // not used
     expect_target({9, 5, 7}, 2);      // 6, 2 and 4
     expect_target({5, 7, 9}, 2);
     expect_target({9, 7, 5}, 2);
     expect_target({29}, 26);
     expect_target({11, 10, 9, 8, 7, 6, 5, 4}, 1);
-    expect_target({9, 0, 7}, 4);  // later empty slots are passed over
+    expect_target({9, 0, 7}, 4);  // later empty slots are skipped
 }
 
 TEST_F(Dot1x, AnEmptyFirstSlotLeavesThePortItself) {
@@ -166,12 +166,12 @@ TEST_F(Dot1x, AnEmptyFirstSlotLeavesThePortItself) {
     expect_target({4, 5, 6, 7, 8, 9, 10, 11, 12}, 5);  // nine are as many empty slots
 }
 
-TEST_F(Dot1x, AMemberWithoutAnInterfaceIsHandedOnOnlyWhenItIsAlone) {
+TEST_F(Dot1x, AMemberWithoutAnInterfaceIsPassedOnOnlyWhenItIsAlone) {
     expect_target({200, 7}, 4);
     expect_target({200}, 0xFFFFFFFF);
 }
 
-TEST_F(Dot1x, AGroupThatThereIsNotLeavesThePortItself) {
+TEST_F(Dot1x, AnUnknownGroupLeavesThePortItself) {
     for (const uint32_t group : kBadGroups) {
         put_ports_in(group);
         EXPECT_EQ(authorise(5), 0);

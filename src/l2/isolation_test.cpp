@@ -15,7 +15,7 @@ constexpr int32_t kFailures[] = {-1, 1, 77, INT32_MIN};
 constexpr uint32_t kOtherTypes[] = {0x20000001, 0x70000002, 0xFFFFFFFF};
 constexpr uint32_t kBadGroups[] = {0x10000000, 0x10000009, 0x1FFFFFFF};
 
-/** The two names of each call; they do the same. */
+/** The two names of each call; both behave alike. */
 struct Names {
     const char *name;
     adp_status_t (*set)(adp_intf_t, uint32_t, uint32_t);
@@ -44,8 +44,8 @@ class Isolation : public library_test::LibraryTest, public ::testing::WithParamI
         return "user_port_egress_get(unit=0, zero=0, port=" + std::to_string(port) + ", module=0)";
     }
 
-    /** What the driver answers as egress set. */
-    static void answer(std::initializer_list<uint32_t> words) {
+    /** The egress set that the driver reads. */
+    static void script_read(std::initializer_list<uint32_t> words) {
         driver().on("user_port_egress_get").sets("egress", words);
     }
 
@@ -67,7 +67,7 @@ TEST_P(Isolation, BitZeroIsTheCpuPort) {
     EXPECT_THAT(driver().take(), ElementsAreArray(writes({6}, "0")));
 }
 
-TEST_P(Isolation, PortsBeyondTheMapAreDroppedFromTheSetButHandedOnAsThePort) {
+TEST_P(Isolation, PortsBeyondTheMapAreDroppedFromTheSetButPassedOnAsThePort) {
     EXPECT_EQ(set(3, 0xF8000000 | 1u << 26, 0xFFFFFFFF), 0);
     EXPECT_THAT(driver().take(), ElementsAreArray(writes({6}, "29")));
     EXPECT_EQ(set(27, 1u << 26), 0);
@@ -94,9 +94,9 @@ TEST_P(Isolation, TwoRowsOfOnePortAreOneBit) {
     ASSERT_EQ(adp_add_phy_port(7, 0, 0, 4, 0), 0);
     EXPECT_EQ(set(3, 1u << 1 | 1u << 7), 0);
     EXPECT_THAT(driver().take(), ElementsAreArray(writes({6}, "4")));
-    answer({1u << 4});
+    script_read({1u << 4});
     EXPECT_EQ(get(3), 0);
-    EXPECT_THAT(map_, ElementsAre(1u << 1, 0u));  // the lower row answers
+    EXPECT_THAT(map_, ElementsAre(1u << 1, 0u));  // the lower row is found
 }
 
 TEST_P(Isolation, AnyFailureOnAPortIs102) {
@@ -161,7 +161,7 @@ TEST_P(Isolation, OfAGroupStopsAtTheFirstFailure) {
 }
 
 TEST_P(Isolation, OfAPortIsReadAsUserPorts) {
-    answer({1u << 4 | 1u << 29 | 1u << 30 | 1u << 1, 1, 0, 0, 0, 0, 0, 1u << 31});
+    script_read({1u << 4 | 1u << 29 | 1u << 30 | 1u << 1, 1, 0, 0, 0, 0, 0, 1u << 31});
     EXPECT_EQ(get(3), 0);
     EXPECT_THAT(map_, ElementsAre(1u << 1 | 1u << 26, 0u));
     EXPECT_THAT(driver().take(), ElementsAre(read_of(6)));
@@ -170,21 +170,21 @@ TEST_P(Isolation, OfAPortIsReadAsUserPorts) {
 }
 
 TEST_P(Isolation, TheCpuPortIsReadAsBitZero) {
-    answer({1});
+    script_read({1});
     EXPECT_EQ(get(1), 0);
     EXPECT_THAT(map_, ElementsAre(1u, 0u));
 }
 
 TEST_P(Isolation, PortsFrom32AreReadIntoTheSecondWord) {
     make_large_map();
-    answer({0, 1u << 2 | 1u << 3 | 1u << 31});
+    script_read({0, 1u << 2 | 1u << 3 | 1u << 31});
     EXPECT_EQ(get(60), 0);
     EXPECT_THAT(map_, ElementsAre(1u << 31, 1u << 0 | 1u << 28));
 }
 
 TEST_P(Isolation, InterfacesFrom64AreNotReported) {
     library_test::make_default_map(70);
-    answer({0, 0, 1u << 2 | 1u << 3});
+    script_read({0, 0, 1u << 2 | 1u << 3});
     EXPECT_EQ(get(1), 0);
     EXPECT_THAT(map_, ElementsAre(0u, 1u << 31));
 }
@@ -193,7 +193,7 @@ TEST_P(Isolation, OfAGroupIsReadFromItsManagementInterfaceAlone) {
     set_active(kGroup, {20});
     set_configured(kGroup, 1u << 8);
     agg_manage_intf[kGroup - 1] = 26;
-    answer({1u << 5});
+    script_read({1u << 5});
     EXPECT_EQ(get(kAgg), 0);
     EXPECT_THAT(map_, ElementsAre(1u << 2, 0u));
     EXPECT_THAT(driver().take(), ElementsAre(read_of(29)));
@@ -204,7 +204,7 @@ TEST_P(Isolation, OfAGroupIsReadFromItsManagementInterfaceAlone) {
     EXPECT_THAT(driver().take(), ElementsAre(read_of(0), read_of(-1)));
 }
 
-TEST_P(Isolation, IsReadOutEvenWhenTheDriverFails) {
+TEST_P(Isolation, IsTranslatedEvenWhenTheDriverFails) {
     agg_manage_intf[kGroup - 1] = 3;
     for (const int32_t failure : kFailures) {
         driver().on("user_port_egress_get").sets("egress", {1u << 5, 0}).returns(failure);
@@ -215,7 +215,7 @@ TEST_P(Isolation, IsReadOutEvenWhenTheDriverFails) {
     }
 }
 
-TEST_P(Isolation, ReadsAsEmptyWhenAFailingDriverSaysNothing) {
+TEST_P(Isolation, ReadsAsEmptyWhenAFailingDriverWritesNothing) {
     driver().fail_every("user_port_egress_get");
     EXPECT_EQ(get(3), 102);
     EXPECT_THAT(map_, ElementsAre(0u, 0u));
@@ -243,7 +243,7 @@ TEST_P(Isolation, WithoutAMapEverySetIsEmpty) {
     library_test::drop_map();
     EXPECT_EQ(set(1, 0xFFFFFFFF, 0xFFFFFFFF), 0);
     EXPECT_THAT(driver().take(), ElementsAreArray(writes({-1}, "")));
-    answer({0xFFFFFFFF});
+    script_read({0xFFFFFFFF});
     EXPECT_EQ(get(1), 0);
     EXPECT_THAT(map_, ElementsAre(0u, 0u));
 }

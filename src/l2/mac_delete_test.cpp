@@ -135,13 +135,13 @@ TEST_F(MacDelete, WithoutAModeIsOneCall) {
 }
 
 TEST_F(MacDelete, WithoutAModeReturnsTheDriversResult) {
-    expect_results_handed_on("user_mac_addr_delete", [] { return adp_del_mac_addr(kMac, 1, 0, 0); });
-    expect_results_handed_on("user_mac_mcast_addr_delete", [] { return adp_del_mac_mcast_addr(kMac, 1, 0, 0); });
-    expect_results_handed_on("user_l2_addr_del_all_addr_by_lrntype", [] { return adp_del_mac_by_lrntype(1); });
-    expect_results_handed_on("user_mac_violate_del_by_port", [] { return adp_del_port_violate_mac_addr_by_intf(1); });
+    expect_results_passed_on("user_mac_addr_delete", [] { return adp_del_mac_addr(kMac, 1, 0, 0); });
+    expect_results_passed_on("user_mac_mcast_addr_delete", [] { return adp_del_mac_mcast_addr(kMac, 1, 0, 0); });
+    expect_results_passed_on("user_l2_addr_del_all_addr_by_lrntype", [] { return adp_del_mac_by_lrntype(1); });
+    expect_results_passed_on("user_mac_violate_del_by_port", [] { return adp_del_port_violate_mac_addr_by_intf(1); });
 }
 
-TEST_F(MacDelete, TheLastArgumentIsHandedOnWhole) {
+TEST_F(MacDelete, TheLastArgumentIsPassedOnWhole) {
     for (const char *call : {"user_mac_addr_delete", "user_mac_mcast_addr_delete",
                              "user_l2_addr_delete_dynaic_by_mac_port", "user_l2_addr_delete_static_by_mac_port"}) {
         expect_words(call, {{"option", kWholeWord}});
@@ -157,7 +157,7 @@ TEST_F(MacDelete, AnInterfaceBeyondTheMapIsPortMinusOne) {
     EXPECT_EQ(adp_del_mac_addr_by_intf(27, 0), 0);
     EXPECT_EQ(adp_del_mac_addr_by_vlan_intf(100, 27, 1), 0);
     EXPECT_EQ(adp_del_mac_addr_by_intf_mac(27, kMac, 2, 0), 0);
-    EXPECT_EQ(adp_del_mac_addr_by_trunkid_mac_vlan(kAgg, kMac, 0, 100), 0);  // read as a user port all the same
+    EXPECT_EQ(adp_del_mac_addr_by_trunkid_mac_vlan(kAgg, kMac, 0, 100), 0);  // read as a user port
     EXPECT_EQ(adp_del_mac_addr_by_trunkid_mac_vlan(0x20000001, kMac, 1, 100), 0);
     EXPECT_EQ(adp_del_port_violate_mac_addr_by_intf(kAgg), 0);
     EXPECT_THAT(
@@ -181,7 +181,7 @@ TEST_F(MacDelete, OtherTypesAreRefusedBeforeTheMode) {
 }
 
 TEST_F(MacDelete, ByGroupVisitsItsActiveMembersInListOrder) {
-    set_configured(kGroup, 1u << 9 | 1u << 10);  // not looked at
+    set_configured(kGroup, 1u << 9 | 1u << 10);  // not used
     for (const std::vector<int> &ports : {std::vector<int>{5, 8}, {8, 5}, {29}, {11, 10, 9, 8, 7, 6, 5, 4}}) {
         set_active(kGroup, {ports.begin(), ports.end()});
         for (const uint32_t mode : {0u, 1u, 2u, 0x101u}) {
@@ -232,7 +232,7 @@ TEST_F(MacDelete, ByGroupWithoutMembersIsMinusOneInEveryMode) {
     EXPECT_THAT(driver().trace(), IsEmpty());
 }
 
-TEST_F(MacDelete, GroupsThatThereAreNotAreRefused) {
+TEST_F(MacDelete, UnknownGroupsAreRefused) {
     for (const uint32_t group : kBadGroups) {
         for (const uint32_t mode : {0u, 1u, 2u, 3u}) {
             EXPECT_EQ(adp_del_mac_addr_by_intf(group, mode), -1);

@@ -1,4 +1,4 @@
-// Entries of the MAC table: records added byte by byte, and readers that answer even when the driver fails.
+// Entries of the MAC table: records added byte by byte, and readers that write their output even when the driver fails.
 #include "l2/testing/support.h"
 
 namespace {
@@ -19,7 +19,7 @@ class MacEntry : public L2Test {
     static std::string get_call(const char *name = "user_mac_addr_get") {
         return std::string(name) + "(unit=0, key=" + kKey + ", vid=100)";
     }
-    static void answer(uint32_t flags, int32_t port, int32_t trunk, int32_t result = 0) {
+    static void script_read(uint32_t flags, int32_t port, int32_t trunk, int32_t result = 0) {
         const Block block = Block().fill().put(0, flags).put(12, port).put(20, trunk);
         driver().on("user_mac_addr_get").sets_bytes("entry", block.bytes()).returns(result);
     }
@@ -55,7 +55,7 @@ TEST_F(MacEntry, AddIsStaticOnlyForOneInTheLowByte) {
     }
 }
 
-TEST_F(MacEntry, AddOnAGroupSendsItsTrunkAndItsManagementPortWhoeverTheMembersAre) {
+TEST_F(MacEntry, AddOnAGroupSendsItsTrunkAndItsManagementPortWhateverItsMembers) {
     keep("user_mac_addr_add", "entry");
     for (const std::vector<uint8_t> &members : {std::vector<uint8_t>{}, {4, 0, 6}, {4, 5, 6, 7, 8, 9, 10, 11, 12}}) {
         set_active(kGroup, members);
@@ -70,7 +70,7 @@ TEST_F(MacEntry, AddOnAGroupSendsItsTrunkAndItsManagementPortWhoeverTheMembersAr
     EXPECT_THAT(kept(), ElementsAre(record(1, 29, 7)));
 }
 
-TEST_F(MacEntry, AddRefusesGroupsThatThereAreNot) {
+TEST_F(MacEntry, AddRefusesUnknownGroups) {
     for (const uint32_t group : kBadGroups) {
         EXPECT_EQ(adp_add_mac_addr(kMac, group, 100, 1), -1) << group;
     }
@@ -79,7 +79,7 @@ TEST_F(MacEntry, AddRefusesGroupsThatThereAreNot) {
 
 TEST_F(MacEntry, FilterSendsTheLowByteOfTheFlags) {
     keep("user_mac_addr_add", "entry");
-    agg_manage_intf[kGroup - 1] = 5;  // not looked at: the trunk says enough
+    agg_manage_intf[kGroup - 1] = 5;  // not used: the trunk is enough
     EXPECT_EQ(adp_filter_mac_addr(3, kMac, 0x10064, 0xFFFFFF30), 0);
     EXPECT_EQ(adp_filter_mac_addr(kAgg, kMac, 100, 0x130), 0);
     EXPECT_EQ(adp_filter_mac_addr(kAgg, kMac, 100, 0x81), 0);
@@ -107,10 +107,10 @@ TEST_F(MacEntry, AddAndFilterReturnTheDriversResultAndKeepNoState) {
     agg_manage_intf[kGroup - 1] = 5;
     const std::string before = table_bytes();
     for (const uint32_t intf : {3u, kAgg}) {
-        expect_results_handed_on("user_mac_addr_add", [=] { return adp_add_mac_addr(kMac, intf, 100, 1); });
-        expect_results_handed_on("user_mac_addr_add", [=] { return adp_filter_mac_addr(intf, kMac, 100, 1); });
+        expect_results_passed_on("user_mac_addr_add", [=] { return adp_add_mac_addr(kMac, intf, 100, 1); });
+        expect_results_passed_on("user_mac_addr_add", [=] { return adp_filter_mac_addr(intf, kMac, 100, 1); });
     }
-    expect_results_handed_on("user_mac_mcast_addr_add", [] { return adp_add_mac_mcast_addr(kMac, 2, 100, 1); });
+    expect_results_passed_on("user_mac_mcast_addr_add", [] { return adp_add_mac_mcast_addr(kMac, 2, 100, 1); });
     EXPECT_EQ(table_bytes(), before);
 }
 
@@ -126,7 +126,7 @@ Bytes mcast_record(const std::vector<uint32_t> &words, uint16_t vid = 100) {
 TEST_F(MacEntry, MulticastAddSendsPhysicalPorts) {
     keep("user_mac_mcast_addr_add", "entry");
     EXPECT_EQ(adp_add_mac_mcast_addr(kMac, 1u << 1 | 1u << 26, 0x70064, 1), 0);
-    EXPECT_EQ(adp_add_mac_mcast_addr(kMac, ~uint64_t{0} << 27 | 1, 0, 0x101), 0);  // rows 27 and up there are not
+    EXPECT_EQ(adp_add_mac_mcast_addr(kMac, ~uint64_t{0} << 27 | 1, 0, 0x101), 0);  // rows 27 and up do not exist
     EXPECT_THAT(kept(), ElementsAre(mcast_record({1u << 4 | 1u << 29}), mcast_record({1}, 0)));
     EXPECT_THAT(driver().trace().front(), ::testing::StartsWith("user_mac_mcast_addr_add(unit=0, entry="));
 }
@@ -152,7 +152,7 @@ TEST_F(MacEntry, MulticastAddActsOnKindOneOnly) {
 TEST_F(MacEntry, GetCopiesTheRecordWithItsUserPort) {
     for (const auto &[port, intf] : {std::pair{29, 26}, {0, 0}, {4, 1}, {30, -1}, {-7, -1}}) {
         for (const int32_t result : {0, -1, 77}) {
-            answer(0x88, port, 3, result);  // the port is translated on a trunk's entry too
+            script_read(0x88, port, 3, result);  // the port is translated on a trunk's entry too
             adp_l2_entry_t entry = {};
             EXPECT_EQ(adp_get_mac_addr(kMac, 0xFFFF0064, &entry), result);
             EXPECT_EQ(bytes_of(entry), Block().fill().put(0, 0x88u).put(12, intf).put(20, 3).bytes());
@@ -164,7 +164,7 @@ TEST_F(MacEntry, GetCopiesTheRecordWithItsUserPort) {
 TEST_F(MacEntry, GetMayReadTheAddressInsideTheCallersOwnEntry) {
     adp_l2_entry_t entry = {};
     std::memcpy(entry.mac, kMac, sizeof kMac);
-    answer(0, 6, 0);
+    script_read(0, 6, 0);
     EXPECT_EQ(adp_get_mac_addr(entry.mac, 100, &entry), 0);
     EXPECT_THAT(driver().take(), ElementsAre(get_call()));
     EXPECT_EQ(entry.port, 3);
@@ -173,7 +173,7 @@ TEST_F(MacEntry, GetMayReadTheAddressInsideTheCallersOwnEntry) {
     EXPECT_THAT(driver().take(), ElementsAre(get_call("user_mac_mcast_addr_get")));
 }
 
-TEST_F(MacEntry, ReadersHandTheDriverAZeroedRecord) {
+TEST_F(MacEntry, ReadersPassTheDriverAZeroedRecord) {
     for (const char *call : {"user_mac_addr_get", "user_mac_mcast_addr_get"}) {
         driver().on(call).does([](recording::Arguments &arguments) {
             const auto bytes = arguments.bytes("entry");
@@ -193,7 +193,7 @@ TEST_F(MacEntry, ReadersHandTheDriverAZeroedRecord) {
     EXPECT_EQ(driver().count(), 5u);
 }
 
-TEST_F(MacEntry, ReadersWriteTheZeroedRecordWhenAFailingDriverSaysNothing) {
+TEST_F(MacEntry, ReadersReturnTheZeroedRecordWhenAFailingDriverWritesNothing) {
     move_port_zero_to_row_five();
     for (const char *call : {"user_mac_addr_get", "user_mac_mcast_addr_get"}) {
         driver().fail_every(call, -9);
@@ -249,7 +249,7 @@ TEST_F(MacEntry, InterfaceIsTheTrunksGroupOrThePort) {
                                {0x9, 29, 1, 26},
                                {0x100, 31, 1, 0xFFFFFFFF}}) {
         for (const int32_t result : {0, -1, 77}) {
-            answer(found.flags, found.port, found.trunk, result);
+            script_read(found.flags, found.port, found.trunk, result);
             uint32_t intf = kNotWritten;
             EXPECT_EQ(adp_get_intf_by_addr(kMac, 0x30064, &intf), result);
             EXPECT_EQ(intf, found.intf);
@@ -276,7 +276,7 @@ TEST_F(MacEntry, IndexIsTheWordAt32) {
     }
 }
 
-TEST_F(MacEntry, NextValidHandsItsWordsOnWhole) {
+TEST_F(MacEntry, NextValidPassesItsWordsOnWhole) {
     adp_l2_entry_t entry = {};
     driver().on("user_netlink_mac_nextValidAddr_get").does([&](recording::Arguments &arguments) {
         EXPECT_EQ(arguments.word("index"), kWholeWord);
@@ -286,7 +286,7 @@ TEST_F(MacEntry, NextValidHandsItsWordsOnWhole) {
     });
     EXPECT_EQ(adp_get_nextvalid_mac_addr(kWholeWord, &entry, 5, kWholeWord - 1), 0);
     EXPECT_EQ(driver().count(), 1u);
-    expect_results_handed_on("user_netlink_mac_nextValidAddr_get",
+    expect_results_passed_on("user_netlink_mac_nextValidAddr_get",
                              [&] { return adp_get_nextvalid_mac_addr(1, &entry, 0, 2); });
 }
 

@@ -10,7 +10,7 @@ using ::testing::IsEmpty;
 constexpr size_t kLimitSize = 24;
 constexpr uint32_t kBadScopes[] = {3, 0x100, 0x101, 0xFFFFFFFF};
 
-/** What a limit holds for, and how the driver's record says so. */
+/** The scope of a limit, and its words in the driver's record. */
 struct Scope {
     uint32_t subject;
     uint32_t scope;
@@ -67,10 +67,10 @@ TEST_F(MacLimit, GetSendsTheSameRecordWithoutALimit) {
     EXPECT_EQ(driver().count(), std::size(kScopes));
 }
 
-TEST_F(MacLimit, GetWritesTheLimitWhateverTheDriverSaid) {
+TEST_F(MacLimit, GetReturnsTheLimitWhateverTheDriversResult) {
     for (const int32_t result : {0, -1, 77}) {
-        const Bytes answer = record(kScopes[0], 0xFEDCBA98);
-        driver().on("user_mac_learn_limit_get").sets_bytes("limit", answer).returns(result);
+        const Bytes read = record(kScopes[0], 0xFEDCBA98);
+        driver().on("user_mac_learn_limit_get").sets_bytes("limit", read).returns(result);
         value_ = kNotWritten;
         EXPECT_EQ(adp_get_mac_limit(&value_, 100, 0), result);
         EXPECT_EQ(value_, 0xFEDCBA98);
@@ -94,20 +94,20 @@ TEST_F(MacLimit, OtherScopesAreRefused) {
 
 TEST_F(MacLimit, SetReturnsTheDriversResult) {
     for (const Scope &scope : kScopes) {
-        expect_results_handed_on("user_mac_learn_limit_set",
+        expect_results_passed_on("user_mac_learn_limit_set",
                                  [&] { return adp_set_mac_limit(5, scope.subject, scope.scope); });
     }
 }
 
-TEST_F(MacLimit, AgeingTimeIsHandedOn) {
+TEST_F(MacLimit, AgeingTimeIsPassedOn) {
     EXPECT_EQ(adp_set_mac_age_time(0xFFFFFFFF), 0);
     driver().on("user_mac_age_time_get").sets("seconds", 0xFFFFFFFEu);
     EXPECT_EQ(adp_get_mac_age_time(&value_), 0);
     EXPECT_EQ(value_, 0xFFFFFFFEu);
     EXPECT_THAT(driver().trace(),
                 ElementsAre("user_mac_age_time_set(unit=0, seconds=4294967295)", "user_mac_age_time_get(unit=0)"));
-    expect_results_handed_on("user_mac_age_time_set", [] { return adp_set_mac_age_time(1); });
-    expect_results_handed_on("user_mac_age_time_get", [&] { return adp_get_mac_age_time(&value_); });
+    expect_results_passed_on("user_mac_age_time_set", [] { return adp_set_mac_age_time(1); });
+    expect_results_passed_on("user_mac_age_time_get", [&] { return adp_get_mac_age_time(&value_); });
 }
 
 TEST_F(MacLimit, CountsTakeThePortAlone) {
@@ -126,9 +126,9 @@ TEST_F(MacLimit, CountsTakeThePortAlone) {
 }
 
 TEST_F(MacLimit, CountsReturnTheDriversResultAndLeaveTheOutputToIt) {
-    expect_results_handed_on("user_mac_learn_count_get_by_port",
+    expect_results_passed_on("user_mac_learn_count_get_by_port",
                              [&] { return adp_get_mac_learn_count_by_intf(1, &value_); });
-    expect_results_handed_on("user_mac_violate_count_get_by_port",
+    expect_results_passed_on("user_mac_violate_count_get_by_port",
                              [&] { return adp_get_mac_violate_count_by_intf(1, &value_); });
     EXPECT_EQ(value_, kNotWritten);
 }

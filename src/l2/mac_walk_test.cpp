@@ -1,4 +1,4 @@
-// The walks of the MAC table: words that belong to the driver go through whole, the unused one does not go at all.
+// The walks of the MAC table: the driver's own words are passed on whole, the unused one is not passed on.
 #include "l2/testing/support.h"
 
 namespace {
@@ -11,7 +11,7 @@ constexpr adp_word_t kB = kWholeWord - 1;
 constexpr adp_word_t kC = kWholeWord - 2;
 constexpr adp_word_t kD = kWholeWord - 3;
 
-/** A walk: its call with words a to d, and the driver call with the words that it sees. */
+/** A walk: its call with words a to d, and the driver call with the words that it gets. */
 struct Walk {
     const char *name;
     adp_status_t (*run)(adp_word_t a, adp_word_t b, adp_word_t c, adp_word_t d);
@@ -27,14 +27,14 @@ TEST_P(MacWalk, IsOneDriverCall) {
     EXPECT_THAT(driver().trace(), ElementsAre(std::string(GetParam().driver_call) + GetParam().trace_of_1_to_4));
 }
 
-TEST_P(MacWalk, HandsItsWordsOnWhole) {
+TEST_P(MacWalk, PassesItsWordsOnWhole) {
     expect_words(GetParam().driver_call, GetParam().words);
     EXPECT_EQ(GetParam().run(kA, kB, kC, kD), 0);
     EXPECT_EQ(driver().count(GetParam().driver_call), 1u);
 }
 
 TEST_P(MacWalk, ReturnsTheDriversResult) {
-    expect_results_handed_on(GetParam().driver_call, [] { return GetParam().run(1, 2, 3, 4); });
+    expect_results_passed_on(GetParam().driver_call, [] { return GetParam().run(1, 2, 3, 4); });
 }
 
 INSTANTIATE_TEST_SUITE_P(Walks, MacWalk,

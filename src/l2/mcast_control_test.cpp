@@ -1,4 +1,4 @@
-// Switches of IGMP handling and multicast forwarding: thin calls, and two walks that nothing stops.
+// Switches of IGMP handling and multicast forwarding: thin calls, and two walks that no failure stops.
 #include "l2/testing/support.h"
 
 namespace {
@@ -42,7 +42,7 @@ TEST_P(McastControl, IsOneDriverCall) {
 }
 
 TEST_P(McastControl, ReturnsTheDriversResult) {
-    expect_results_handed_on(GetParam().driver_call, [] { return GetParam().run(1); });
+    expect_results_passed_on(GetParam().driver_call, [] { return GetParam().run(1); });
     EXPECT_EQ(output, kNotWritten);
 }
 

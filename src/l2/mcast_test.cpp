@@ -1,4 +1,4 @@
-// Multicast groups: which ports each call names and in which numbering, and what of the driver's record survives.
+// Multicast groups: which ports each call names and in which numbering, and what of the driver's record is kept.
 #include "l2/testing/support.h"
 
 namespace {
@@ -29,7 +29,7 @@ adp_status_t del(const Intfs &list) {
     return adp_del_igmpsn_member(kMac, kVid, static_cast<uint32_t>(list.size()), list.data());
 }
 
-/** A record as the driver answers it, with these first two words of ports. */
+/** A record as the driver reads it, with these first two words of ports. */
 Block record(uint32_t word0, uint32_t word1) {
     return Block().fill().put(kPortsAt, word0).put(kPortsAt + 4, word1);
 }
@@ -42,7 +42,7 @@ class Mcast : public L2Test {
         keep("User_mcast_port_add", "entry");
         keep("User_mcast_port_remove", "entry");
     }
-    static void answer(const Block &block, int32_t result = 0) {
+    static void script_read(const Block &block, int32_t result = 0) {
         driver().on("User_mcast_port_get").sets_bytes("entry", block.bytes()).returns(result);
     }
     /** The words of ports that create() and del() send for a list. */
@@ -74,7 +74,7 @@ TEST_F(Mcast, CreateKeepsThePreparedRecordButForItsPorts) {
         auto *entry = static_cast<uint8_t *>(arguments.pointer("entry"));
         EXPECT_EQ(Bytes(entry, entry + kEntrySize), Bytes(kEntrySize));
         std::memcpy(entry, Block().fill().bytes().data(), kEntrySize);
-        return -1;  // not looked at
+        return -1;  // ignored
     });
     for (const Intfs &list : {Intfs{}, {3}, {0x20000001}}) {
         Block expected = Block().fill();
@@ -105,7 +105,7 @@ TEST_F(Mcast, CreateAndDeleteNameAGroupsConfiguredMembers) {
 TEST_F(Mcast, CreateAndDeleteNameActiveMembersWhenNoneAreConfigured) {
     set_active(kGroup, {4, 29});
     expect_front_ports({kAgg}, 1u << 1 | 1u << 26);
-    set_active(kGroup, {4, 0, 200, 6});  // the CPU port's row reads as an empty slot, port 200 as no interface
+    set_active(kGroup, {4, 0, 200, 6});  // the CPU port's row reads as an empty slot, port 200 as unmapped
     expect_front_ports({kAgg}, 1u << 1 | 1u << 3);
     set_active(kGroup, {4, 5, 6, 7, 8, 9, 10, 11, 12});  // nine fit a list of configured members
     expect_front_ports({kAgg}, 0x3FE);
@@ -120,7 +120,7 @@ TEST_F(Mcast, CreateAndDeleteNameNothingForAGroupWithoutAList) {
     expect_front_ports({kAgg, 3}, 1u << 3);
 }
 
-TEST_F(Mcast, CreateAndDeletePassOverOtherTypes) {
+TEST_F(Mcast, CreateAndDeleteSkipOtherTypes) {
     for (const uint32_t intf : kOtherTypes) {
         expect_front_ports({intf}, 0);
         expect_front_ports({3, intf, 4}, 1u << 3 | 1u << 4);
@@ -143,13 +143,13 @@ TEST_F(Mcast, DeleteGroupIsOneCall) {
     EXPECT_EQ(adp_delete_igmpsn_group(kMac, kVid), 0);
     EXPECT_THAT(driver().trace(),
                 ElementsAre(std::string("User_mcast_addr_remove(unit=0, zero=0, key=") + kKey + ", vid=100)"));
-    expect_results_handed_on("User_mcast_addr_remove", [] { return adp_delete_igmpsn_group(kMac, kVid); });
+    expect_results_passed_on("User_mcast_addr_remove", [] { return adp_delete_igmpsn_group(kMac, kVid); });
 }
 
-TEST_F(Mcast, IndexIsWrittenWhateverTheDriverSaid) {
+TEST_F(Mcast, IndexIsWrittenWhateverTheDriversResult) {
     uint32_t index = kNotWritten;
     for (const int32_t result : {0, -1, 77}) {
-        answer(record(0, 0).put(kIndexAt, 0x12345678u), result);
+        script_read(record(0, 0).put(kIndexAt, 0x12345678u), result);
         index = kNotWritten;
         EXPECT_EQ(adp_get_igmpsn_group(kMac, kVid, &index), result);
         EXPECT_EQ(index, 0x12345678u);
@@ -160,8 +160,8 @@ TEST_F(Mcast, IndexIsWrittenWhateverTheDriverSaid) {
     EXPECT_EQ(index, 0u);
 }
 
-TEST_F(Mcast, AddPutsPhysicalPortsOnTopOfWhatIsThere) {
-    answer(record(1u << 9, 1u << 1));
+TEST_F(Mcast, AddAppendsPhysicalPortsToTheExistingOnes) {
+    script_read(record(1u << 9, 1u << 1));
     EXPECT_EQ(add({3, 26, 0}), 0);
     EXPECT_THAT(kept(), ElementsAre(record(1u << 9 | 1u << 6 | 1u << 29 | 1u << 0, 1u << 1).bytes()));
     const Trace trace = driver().trace();
@@ -178,12 +178,12 @@ TEST_F(Mcast, AddReachesEveryWordAndDropsWhatIsOutside) {
     EXPECT_THAT(kept(), ElementsAre(Block().put(kPortsAt, 1u << 6).put(kPortsAt + 28, 1u << 31).bytes()));
 }
 
-TEST_F(Mcast, AddTakesNothingFromAGroup) {
+TEST_F(Mcast, AddIgnoresGroups) {
     set_configured(kGroup, 1u << 5 | 1u << 6);
     for (const std::vector<uint8_t> &members :
          {std::vector<uint8_t>{}, {8, 9}, {8, 0, 9}, {4, 5, 6, 7, 8, 9, 10, 11, 12}}) {
         set_active(kGroup, members);
-        answer(record(1u << 9, 0));
+        script_read(record(1u << 9, 0));
         EXPECT_EQ(add({3, kAgg}), 0);
         EXPECT_EQ(add({kAgg}), 0);
         EXPECT_EQ(add({}), 0);
@@ -206,7 +206,7 @@ TEST_F(Mcast, AddRefusesOtherTypesAfterTheFetchAndBeforeTheUpdate) {
     }
 }
 
-TEST_F(Mcast, AddWithVlanZeroSaysSoAndStillReturnsTheDriversResult) {
+TEST_F(Mcast, AddWithVlanZeroPrintsAMessageAndStillReturnsTheDriversResult) {
     const uint16_t shown = kShownVid;
     for (const uint32_t vid : {0u, 0x10000u, 0xFFFF0000u}) {
         for (const int32_t result : {0, -1, 77}) {
@@ -219,7 +219,7 @@ TEST_F(Mcast, AddWithVlanZeroSaysSoAndStillReturnsTheDriversResult) {
     }
 }
 
-TEST_F(Mcast, AddWithAVlanSaysNothingAndReadsNoLastArgument) {
+TEST_F(Mcast, AddWithAVlanPrintsNothingAndIgnoresTheLastArgument) {
     ::testing::internal::CaptureStderr();
     EXPECT_EQ(add({3}, 0x10001, nullptr), 0);
     EXPECT_EQ(::testing::internal::GetCapturedStderr(), "");
@@ -235,14 +235,14 @@ TEST_F(Mcast, AddAndDeleteStartFromZeroWhenTheFetchFails) {
 }
 
 TEST_F(Mcast, AddAndDeleteUseWhatAFailingFetchWrote) {
-    answer(record(1u << 9, 0), -9);
+    script_read(record(1u << 9, 0), -9);
     EXPECT_EQ(add({3}), 0);
     EXPECT_EQ(del({3}), 0);
     EXPECT_THAT(kept(), ElementsAre(record(1u << 9 | 1u << 6, 0).bytes(), record(1u << 3, 0).bytes()));
 }
 
 TEST_F(Mcast, DeleteNamesThePortsThatLeave) {
-    answer(record(1u << 4 | 1u << 9, 1u << 7));
+    script_read(record(1u << 4 | 1u << 9, 1u << 7));
     EXPECT_EQ(del({4}), 0);
     EXPECT_EQ(del({0x20000001}), 0);
     EXPECT_EQ(del({}), 0);  // nothing is copied: the ports stay as they were read
@@ -256,12 +256,12 @@ TEST_F(Mcast, DeleteNamesThePortsThatLeave) {
 
 TEST_F(Mcast, AddAndDeleteReturnTheUpdatesResult) {
     const std::string before = table_bytes();
-    expect_results_handed_on("User_mcast_port_add", [] { return add({3}); });
-    expect_results_handed_on("User_mcast_port_remove", [] { return del({3}); });
+    expect_results_passed_on("User_mcast_port_add", [] { return add({3}); });
+    expect_results_passed_on("User_mcast_port_remove", [] { return del({3}); });
     EXPECT_EQ(table_bytes(), before);
 }
 
-TEST_F(Mcast, ListsWithAGroupThatThereIsNotAreRefusedUpFront) {
+TEST_F(Mcast, ListsWithAnUnknownGroupAreRefusedUpFront) {
     const uint16_t shown = kShownVid;
     for (const uint32_t group : kBadGroups) {
         for (const Intfs &list : {Intfs{group}, {3, group}, {kAgg, group, 3}}) {

@@ -18,7 +18,7 @@ class SwitchControl : public library_test::LibraryTest {
     uint32_t value_ = kNotWritten;
 };
 
-TEST_F(SwitchControl, SetHandsBothNumbersOn) {
+TEST_F(SwitchControl, SetPassesBothNumbersOn) {
     EXPECT_EQ(adp_switch_control_set(136, 0x70), 0);
     EXPECT_EQ(adp_switch_control_set(0xFFFFFFFF, 0x80000000), 0);
     EXPECT_THAT(driver().trace(),
@@ -46,7 +46,7 @@ TEST_F(SwitchControl, GetReturnsTheDriversResult) {
     }
 }
 
-TEST_F(SwitchControl, SelfMacTrapHandsTheFirstAndTheFourthArgumentOn) {
+TEST_F(SwitchControl, SelfMacTrapPassesOnTheFirstAndTheFourthArgument) {
     EXPECT_EQ(adp_selfmac_trap_tocpu(0xFFFFFFFF, 2, 3, 4), 0);
     EXPECT_THAT(driver().trace(), ElementsAre("user_selfmac_trap_to_cpu(unit=0, zero=0, enable=4294967295, option=4)"));
     uintptr_t option = 0;
@@ -55,7 +55,7 @@ TEST_F(SwitchControl, SelfMacTrapHandsTheFirstAndTheFourthArgumentOn) {
         return 0;
     });
     EXPECT_EQ(adp_selfmac_trap_tocpu(1, 0, 0, UINTPTR_MAX - 1), 0);
-    EXPECT_EQ(option, UINTPTR_MAX - 1);  // not cut: it may be an address
+    EXPECT_EQ(option, UINTPTR_MAX - 1);  // not cut to 32 bits: it may be an address
 }
 
 TEST_F(SwitchControl, SelfMacTrapReturnsTheDriversResult) {

@@ -28,7 +28,7 @@ TEST(DumpPacket, PrintsRowsOfSixteenWithAGapInTheMiddle) {
     EXPECT_EQ(result, 2);
 }
 
-TEST(DumpPacket, PutsTheGapBehindTheEighthByteEvenWhenItIsTheLast) {
+TEST(DumpPacket, PutsTheGapAfterTheEighthByteEvenWhenItIsTheLast) {
     int32_t result = 0;
     EXPECT_EQ(dump(counting(8), 8, &result),
               kRule + "title:8(0x8)\r\n    " + kColumns + "\r\n000 A0 A1 A2 A3 A4 A5 A6 A7   \r\n");

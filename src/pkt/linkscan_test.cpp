@@ -34,7 +34,7 @@ TEST_F(LinkScan, ForwardsTheFourthWordAndReturnsTheHandlersResult) {
     EXPECT_EQ(seen, (std::vector<uint32_t>{1, 2, 13}));
 }
 
-TEST_F(LinkScan, HandlerCanBeTakenBack) {
+TEST_F(LinkScan, HandlerCanBeRemoved) {
     adp_linkscan_register(note);
     EXPECT_EQ(adp_linkscan_register(nullptr), 0);
     EXPECT_EQ(linkscan_handle_cb(1, 2, info), 0);

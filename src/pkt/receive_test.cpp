@@ -61,7 +61,7 @@ TEST_F(ReceiveFrame, CpuRowCountsAndAnUnmappedPortIsAllOnes) {
     EXPECT_EQ(out.intf, 0xFFFFFFFFu);
 }
 
-TEST_F(ReceiveFrame, DoesNotLookForTheGroup) {
+TEST_F(ReceiveFrame, DoesNotLookUpTheGroup) {
     intf_map_trunk[1] = ADP_AGG_INTF(3);
     Bytes bytes = received(4, {});
     EXPECT_EQ(receive(bytes), 0);

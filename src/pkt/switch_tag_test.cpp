@@ -20,7 +20,7 @@ Bytes bytes_of(const adp::TxTag &tag) {
     return bytes;
 }
 
-TEST(TagFields, StandAtTheirPlacesInBigEndianBytes) {
+TEST(TagFields, AreAtTheirPlacesInBigEndianBytes) {
     const uint32_t word = adp::kTxDestination.put(adp::kTxFlags.put(adp::kTxOpcode.put(0, 4), 0xC), 0x1000002);
     const Bytes expected = {0x99, 0x00, 0x00, 0x02, 0x80, 0x00, 0x00, 0x01};
     EXPECT_EQ(tag_of(word, 0x80000001), expected);
@@ -45,7 +45,7 @@ TEST(TagFields, IngressPortIsTheLowSixBitsOfTheReceiveWord) {
     EXPECT_EQ(adp::kRxIngressPort.get(0xFFFFFFC0 | 29), 29u);
 }
 
-TEST(TxTag, PortsBelow25StandInWord1AndOthersInWord2) {
+TEST(TxTag, PortsBelow25AreInWord1AndOthersInWord2) {
     adp::TxTag tag(4, 0xC);
     for (const int32_t port : {0, 24, 25, 56}) {
         EXPECT_TRUE(tag.add(adp::PhyPort(port))) << port;
@@ -109,7 +109,7 @@ TEST_F(TagTranslation, BitmapOfWord2KeepsOnlyHighPorts) {
     EXPECT_EQ(translated(0x98000000, 3), tag_of(0x98000000, 1u << 3));
 }
 
-TEST_F(TagTranslation, BitmapDropsWhatDoesNotTranslateOrLiesAbove56) {
+TEST_F(TagTranslation, BitmapDropsUnmappedPortsAndPortsAbove56) {
     ASSERT_EQ(adp_add_phy_port(1, 0, 0, 57, 0), 0);
     ASSERT_EQ(adp_add_phy_port(2, 0, 0, 56, 0), 0);
     ASSERT_EQ(adp_add_phy_port(26, 0, 0, 90, 0), 0);

@@ -67,12 +67,12 @@ TEST_F(TransmitOne, InterfaceZeroIsTheCpuPort) {
     expect_sent(0x60000000 | 30);
 }
 
-TEST_F(TransmitOne, WhatDoesNotTranslateFillsTheDestination) {
+TEST_F(TransmitOne, AnUnmappedInterfaceFillsTheDestination) {
     EXPECT_EQ(send(27, 3), 0);
     expect_sent(0x60000000 | 0x1FFFFFF);
 }
 
-TEST_F(TransmitOne, OtherTypesAreUsedAsTheyAre) {
+TEST_F(TransmitOne, OtherTypesAreTreatedAsUnmappedPorts) {
     EXPECT_EQ(send(0x20000001, 6), 0);
     expect_sent(0xC0000000 | 0x1FFFFFF);
 }
@@ -100,7 +100,7 @@ TEST_F(TransmitOne, RefusesANullFrameAndFramesWithoutRoomForTheTag) {
     EXPECT_EQ(allocations(), 0u);
 }
 
-TEST_F(TransmitOne, RefusedSocketOrMemoryIsAFailure) {
+TEST_F(TransmitOne, RefusedSocketOrMemoryFails) {
     system().fail("socket", EPERM);
     EXPECT_EQ(send(1, 3), -1);
     expect_refused();
@@ -124,7 +124,7 @@ TEST_F(TransmitOne, TriesFourTimes) {
     expect_nothing_held();
 }
 
-TEST_F(TransmitOne, ShortSendIsAFailure) {
+TEST_F(TransmitOne, ShortSendFails) {
     system().send_only(10);
     EXPECT_EQ(send(1, 3), -1);
     expect_nothing_held();

@@ -1,4 +1,4 @@
-// __adp_transmit_frame(): the five modes, their refusals, and the send.
+// __adp_transmit_frame(): the frame as it is sent, refusals, the mode without a destination, and the send.
 #include <algorithm>
 #include <cerrno>
 
@@ -6,44 +6,9 @@
 
 namespace {
 
-using ::testing::ElementsAre;
-using transmit_test::Bytes;
-using transmit_test::Destinations;
-using transmit_test::make_frame;
-using transmit_test::with_tag;
+using namespace transmit_test;
 
-constexpr uint32_t kAgg1 = ADP_AGG_INTF(1);
-constexpr uint32_t kAgg2 = ADP_AGG_INTF(2);
-constexpr uint64_t bit(uint32_t n) {
-    return 1ull << n;
-}
-constexpr uint32_t kEmptyDestination = 0;
-
-class Transmit : public transmit_test::TransmitTest {
-  protected:
-    void SetUp() override {
-        transmit_test::TransmitTest::SetUp();
-        ASSERT_GT(adp_pkt_init(), 0);
-    }
-
-    adp_status_t send(uint32_t mode, const Destinations *list, uint32_t vid = ADP_NO_VLAN, uint32_t source = 0) {
-        const adp_tx_frame_t desc = {frame.data(), static_cast<uint32_t>(frame.size()), source};
-        return __adp_transmit_frame(&desc, list == nullptr ? nullptr : list->head(), vid, mode);
-    }
-
-    void expect_sent(uint32_t word1, uint32_t word2 = 0) {
-        ASSERT_FALSE(system().sent().empty());
-        EXPECT_EQ(system().sent().back().bytes, with_tag(frame, word1, word2));
-        EXPECT_EQ(held(), 0u);
-    }
-
-    void expect_nothing_sent() {
-        EXPECT_TRUE(system().sent().empty());
-        EXPECT_EQ(held(), 0u);
-    }
-
-    Bytes frame = make_frame(60);
-};
+class Transmit : public TransmitModeTest {};
 
 TEST_F(Transmit, TaggedFrameIsTenBytesLongerAndGoesToEth0) {
     EXPECT_EQ(send(ADP_TX_SWITCH, nullptr), 0);
@@ -109,174 +74,11 @@ TEST_F(Transmit, LengthThatOverflowsIsRefused) {
     expect_nothing_sent();
 }
 
-// Mode 1.
-
 TEST_F(Transmit, SwitchModeIgnoresListAndVlan) {
     const Destinations list{3};
     EXPECT_EQ(send(ADP_TX_SWITCH, &list, 100), 0);
     expect_sent(0x38000000);
     EXPECT_EQ(driver().count(), 0u);
-}
-
-// Mode 3.
-
-TEST_F(Transmit, OnePortModeNeedsAList) {
-    EXPECT_EQ(send(ADP_TX_ONE_PORT, nullptr, 100), -1);
-    EXPECT_EQ(driver().count(), 0u);
-    expect_nothing_sent();
-}
-
-TEST_F(Transmit, OnePortModeSendsToTheLastNode) {
-    const Destinations list{1, 26};
-    EXPECT_EQ(send(ADP_TX_ONE_PORT, &list), 0);
-    expect_sent(0xDA000000 | 29);
-    EXPECT_EQ(driver().count(), 0u);  // no VLAN, no record
-}
-
-TEST_F(Transmit, OnePortModeWithAnEmptyListLeavesTheDestinationZero) {
-    const Destinations list{};
-    EXPECT_EQ(send(ADP_TX_ONE_PORT, &list), 0);
-    expect_sent(0xDA000000 | kEmptyDestination);
-}
-
-TEST_F(Transmit, OnePortModeChecksEveryNodeAgainstTheVlan) {
-    set_vlan_members(bit(1) | bit(2));
-    const Destinations members{2, 1};
-    EXPECT_EQ(send(ADP_TX_ONE_PORT, &members, 100), 0);
-    expect_sent(0xDA000000 | 4);
-    EXPECT_THAT(driver().take(), ElementsAre("get_vlan_info(vid=100)"));
-    const Destinations stranger{1, 3};
-    EXPECT_EQ(send(ADP_TX_ONE_PORT, &stranger, 100), -1);
-    const Destinations stranger_first{3, 1};
-    EXPECT_EQ(send(ADP_TX_ONE_PORT, &stranger_first, 100), -1);
-    EXPECT_EQ(system().sent().size(), 1u);
-}
-
-TEST_F(Transmit, OnePortModeReachesAGroupThroughItsManagementInterface) {
-    agg_manage_intf[0] = 7;
-    const Destinations list{1, kAgg1};
-    EXPECT_EQ(send(ADP_TX_ONE_PORT, &list), 0);
-    expect_sent(0xDA000000 | 10);
-    set_vlan_members(bit(1) | bit(27));
-    EXPECT_EQ(send(ADP_TX_ONE_PORT, &list, 5), 0);
-    expect_sent(0xDA000000 | 10);
-    set_vlan_members(bit(1) | bit(7));  // the group itself must be a member, not its port
-    EXPECT_EQ(send(ADP_TX_ONE_PORT, &list, 5), -1);
-}
-
-TEST_F(Transmit, OnePortModeKeepsTheDestinationWhenAGroupHasNoManagementInterface) {
-    const Destinations list{2, kAgg2};
-    EXPECT_EQ(send(ADP_TX_ONE_PORT, &list), 0);
-    expect_sent(0xDA000000 | 5);
-}
-
-TEST_F(Transmit, OnePortModePassesOverIndexZeroEvenWhenItIsNoMember) {
-    set_vlan_members(bit(2));
-    const Destinations list{2, 0};
-    EXPECT_EQ(send(ADP_TX_ONE_PORT, &list, 5), 0);
-    expect_sent(0xDA000000 | 5);
-}
-
-TEST_F(Transmit, OnePortModeRefusesOtherTypes) {
-    const Destinations list{2, 0x20000002};
-    EXPECT_EQ(send(ADP_TX_ONE_PORT, &list), -1);
-    expect_nothing_sent();
-}
-
-TEST_F(Transmit, OnePortModeDoesNotPassOverTheSource) {
-    const Destinations list{2, 3};
-    EXPECT_EQ(send(ADP_TX_ONE_PORT, &list, ADP_NO_VLAN, 3), 0);
-    expect_sent(0xDA000000 | 6);
-}
-
-TEST_F(Transmit, UnmappedPortFillsTheDestinationField) {
-    const Destinations list{60};
-    EXPECT_EQ(send(ADP_TX_ONE_PORT, &list), 0);
-    expect_sent(0xDA000000 | 0x1FFFFFF);
-}
-
-TEST_F(Transmit, OnePortModeReportsAFailingVlanService) {
-    driver().fail_every("get_vlan_info");
-    const Destinations list{1};
-    EXPECT_EQ(send(ADP_TX_ONE_PORT, &list, 100), -1);
-    expect_nothing_sent();
-}
-
-// Modes 2 and 4.
-
-TEST_F(Transmit, VlanPortModesNeedAListBeforeTheyAskForTheVlan) {
-    for (const uint32_t mode : {ADP_TX_VLAN_PORT, ADP_TX_VLAN_NOT_SOURCE}) {
-        EXPECT_EQ(send(mode, nullptr, 100), -1);
-    }
-    EXPECT_EQ(driver().count(), 0u);
-}
-
-TEST_F(Transmit, VlanPortModesFetchTheRecordEvenWithoutAVlan) {
-    set_vlan_members(bit(2));
-    const Destinations list{2};
-    for (const uint32_t mode : {ADP_TX_VLAN_PORT, ADP_TX_VLAN_NOT_SOURCE}) {
-        EXPECT_EQ(send(mode, &list), 0);
-        expect_sent(0x78000000 | 5);
-        EXPECT_THAT(driver().take(), ElementsAre("get_vlan_info(vid=4294967295)"));
-        driver().fail_every("get_vlan_info", 1);
-        EXPECT_EQ(send(mode, &list), -1);
-        driver().fail_nothing();
-        EXPECT_EQ(driver().take().size(), 1u);
-    }
-}
-
-TEST_F(Transmit, VlanPortModesCheckMembershipInTheFetchedRecord) {
-    set_vlan_members(bit(2));
-    const Destinations list{2, 3};
-    for (const uint32_t mode : {ADP_TX_VLAN_PORT, ADP_TX_VLAN_NOT_SOURCE}) {
-        EXPECT_EQ(send(mode, &list, 9), -1);
-        EXPECT_EQ(send(mode, &list), -1);
-    }
-    expect_nothing_sent();
-}
-
-TEST_F(Transmit, OnlyTheLastModePassesOverTheSource) {
-    set_vlan_members(bit(2) | bit(3));
-    const Destinations list{2, 3};
-    EXPECT_EQ(send(ADP_TX_VLAN_PORT, &list, 9, 3), 0);
-    expect_sent(0x78000000 | 6);
-    EXPECT_EQ(send(ADP_TX_VLAN_NOT_SOURCE, &list, 9, 3), 0);
-    expect_sent(0x78000000 | 5);
-}
-
-TEST_F(Transmit, ASourceThatIsNoMemberIsPassedOverUnchecked) {
-    set_vlan_members(bit(2));
-    const Destinations list{kAgg2, 2};
-    EXPECT_EQ(send(ADP_TX_VLAN_NOT_SOURCE, &list, 9, kAgg2), 0);
-    expect_sent(0x78000000 | 5);
-    EXPECT_EQ(send(ADP_TX_VLAN_PORT, &list, 9, kAgg2), -1);
-}
-
-TEST_F(Transmit, ASourceOfAnotherTypeIsPassedOverToo) {
-    set_vlan_members(bit(2));
-    const Destinations list{2, 0x30000001};
-    EXPECT_EQ(send(ADP_TX_VLAN_NOT_SOURCE, &list, 9, 0x30000001), 0);
-    expect_sent(0x78000000 | 5);
-    EXPECT_EQ(send(ADP_TX_VLAN_PORT, &list, 9, 0x30000001), -1);
-}
-
-TEST_F(Transmit, VlanPortModesPassOverIndexZeroAndRefuseOtherTypes) {
-    set_vlan_members(bit(2));
-    const Destinations other{2, 0x20000002};
-    for (const uint32_t mode : {ADP_TX_VLAN_PORT, ADP_TX_VLAN_NOT_SOURCE}) {
-        for (const uint32_t without_index : {0u, ADP_AGG_INTF(0)}) {
-            const Destinations zero{2, without_index};
-            EXPECT_EQ(send(mode, &zero, 9), 0);
-            expect_sent(0x78000000 | 5);
-        }
-        EXPECT_EQ(send(mode, &other, 9), -1);
-    }
-}
-
-TEST_F(Transmit, AListThatHoldsOnlyTheSourceLeavesTheDestinationZeroInTheLastMode) {
-    const Destinations list{3};
-    EXPECT_EQ(send(ADP_TX_VLAN_NOT_SOURCE, &list, 9, 3), 0);
-    expect_sent(0x78000000 | kEmptyDestination);
 }
 
 TEST_F(Transmit, GroupsOutsideOneToEightHaveNoManagementInterface) {
@@ -286,117 +88,6 @@ TEST_F(Transmit, GroupsOutsideOneToEightHaveNoManagementInterface) {
     EXPECT_EQ(send(ADP_TX_PORTS, &list), 0);
     expect_sent(0x98000000 | 1u << 5);
 }
-
-// Mode 0 with a list.
-
-TEST_F(Transmit, ListedPortsStandInBothWordsOfTheBitmap) {
-    const Destinations list{1, 21, 22, 26};
-    EXPECT_EQ(send(ADP_TX_PORTS, &list), 0);
-    expect_sent(0x98000000 | 1u << 4 | 1u << 24, 1u << 0 | 1u << 4);
-    EXPECT_EQ(driver().count(), 0u);
-}
-
-TEST_F(Transmit, ListedPortsPassOverSourceStrangersAndOtherTypes) {
-    agg_manage_intf[0] = 9;
-    set_vlan_members(bit(1) | bit(2) | bit(27));
-    const Destinations list{0, 1, 2, 3, kAgg1, kAgg2, 0x20000001};
-    EXPECT_EQ(send(ADP_TX_PORTS, &list, 9, 2), 0);
-    expect_sent(0x98000000 | 1u << 4 | 1u << 12);
-    EXPECT_THAT(driver().trace(), ElementsAre("get_vlan_info(vid=9)"));
-}
-
-TEST_F(Transmit, AListWithoutAReachablePortIsRefused) {
-    const Destinations empty{};
-    const Destinations source{3};
-    const Destinations unmapped{60};
-    EXPECT_EQ(send(ADP_TX_PORTS, &empty), -1);
-    EXPECT_EQ(send(ADP_TX_PORTS, &source, ADP_NO_VLAN, 3), -1);
-    EXPECT_EQ(send(ADP_TX_PORTS, &unmapped), -1);
-    expect_nothing_sent();
-}
-
-TEST_F(Transmit, AnEmptyListIsRefusedOnlyAfterTheVlanWasAskedFor) {
-    const Destinations empty{};
-    EXPECT_EQ(send(ADP_TX_PORTS, &empty, 9), -1);
-    EXPECT_EQ(driver().count("get_vlan_info"), 1u);
-}
-
-TEST_F(Transmit, PortsAbove56AreNotAdded) {
-    ASSERT_EQ(adp_add_phy_port(1, 0, 0, 57, 0), 0);
-    ASSERT_EQ(adp_add_phy_port(2, 0, 0, 56, 0), 0);
-    const Destinations only_high{1};
-    EXPECT_EQ(send(ADP_TX_PORTS, &only_high), -1);
-    const Destinations both{1, 2};
-    EXPECT_EQ(send(ADP_TX_PORTS, &both), 0);
-    expect_sent(0x98000000, 1u << 31);
-}
-
-// Mode 0 without a list.
-
-constexpr uint32_t kAllLowPorts = 0x1FFFFF0;  // physical ports 4..24
-constexpr uint32_t kAllHighPorts = 0x1F;      // physical ports 25..29
-
-TEST_F(Transmit, FloodWithoutVlanTakesEveryUserPortButTheSource) {
-    EXPECT_EQ(send(ADP_TX_PORTS, nullptr), 0);
-    expect_sent(0xF8000000 | kAllLowPorts, kAllHighPorts);
-    EXPECT_EQ(send(ADP_TX_PORTS, nullptr, ADP_NO_VLAN, 1), 0);
-    expect_sent(0xF8000000 | (kAllLowPorts & ~(1u << 4)), kAllHighPorts);
-    EXPECT_EQ(send(ADP_TX_PORTS, nullptr, ADP_NO_VLAN, 26), 0);
-    expect_sent(0xF8000000 | kAllLowPorts, kAllHighPorts & ~(1u << 4));
-    EXPECT_EQ(driver().count(), 0u);
-}
-
-TEST_F(Transmit, FloodWithoutVlanNeverAddsAggregationInterfaces) {
-    library_test::make_default_map(2);
-    ASSERT_EQ(adp_add_cpu_port(0, 0, 0, 20, 0), 0);
-    agg_manage_intf[0] = 0;
-    agg_manage_intf[1] = 60;  // would translate to nothing
-    EXPECT_EQ(send(ADP_TX_PORTS, nullptr), 0);
-    expect_sent(0xF8000000 | 1u << 4 | 1u << 5);
-}
-
-TEST_F(Transmit, FloodPassesOverPortsThatAreNotMapped) {
-    library_test::make_default_map(3);
-    EXPECT_EQ(send(ADP_TX_PORTS, nullptr), 0);
-    expect_sent(0xF8000000 | 1u << 4 | 1u << 5 | 1u << 6);
-    ASSERT_EQ(adp_add_phy_port(2, 0, 0, 0xFFFFFFFF, 0), 0);
-    EXPECT_EQ(send(ADP_TX_PORTS, nullptr), 0);
-    expect_sent(0xF8000000 | 1u << 4 | 1u << 6);
-}
-
-TEST_F(Transmit, FloodWithoutAnyPortIsRefused) {
-    library_test::drop_map();
-    EXPECT_EQ(send(ADP_TX_PORTS, nullptr), -1);
-    EXPECT_TRUE(system().sent().empty());
-}
-
-TEST_F(Transmit, FloodInAVlanTakesItsMembers) {
-    set_vlan_members(bit(1) | bit(22) | bit(23));
-    EXPECT_EQ(send(ADP_TX_PORTS, nullptr, 9, 22), 0);
-    expect_sent(0x98000000 | 1u << 4, 1u << 1);
-    EXPECT_THAT(driver().trace(), ElementsAre("get_vlan_info(vid=9)"));
-}
-
-TEST_F(Transmit, FloodInAVlanAddsGroupsThatAreMembers) {
-    agg_manage_intf[0] = 3;
-    agg_manage_intf[1] = 4;
-    agg_manage_intf[7] = 26;
-    set_vlan_members(bit(27) | bit(29) | bit(34));  // groups 1, 3 and 8; group 3 has no management interface
-    EXPECT_EQ(send(ADP_TX_PORTS, nullptr, 9), 0);
-    expect_sent(0x98000000 | 1u << 6, 1u << 4);
-    EXPECT_EQ(send(ADP_TX_PORTS, nullptr, 9, ADP_AGG_INTF(8)), 0);
-    expect_sent(0x98000000 | 1u << 6);
-}
-
-TEST_F(Transmit, FloodInAVlanWithoutMembersIsRefused) {
-    set_vlan_members(0);
-    EXPECT_EQ(send(ADP_TX_PORTS, nullptr, 9), -1);
-    driver().fail_every("get_vlan_info", 5);
-    EXPECT_EQ(send(ADP_TX_PORTS, nullptr, 9), -1);
-    expect_nothing_sent();
-}
-
-// The send.
 
 TEST_F(Transmit, TriesFourTimesAndThenGivesUp) {
     system().fail("sendto", ENOBUFS);
@@ -413,7 +104,7 @@ TEST_F(Transmit, SucceedsWhenALaterAttemptDoes) {
     expect_sent(0x38000000);
 }
 
-TEST_F(Transmit, AShortSendIsAFailureWithoutAnotherAttempt) {
+TEST_F(Transmit, AShortSendFailsWithoutAnotherAttempt) {
     system().send_only(69);
     EXPECT_EQ(send(ADP_TX_SWITCH, nullptr), -1);
     EXPECT_EQ(system().sent().size(), 1u);

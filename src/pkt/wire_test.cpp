@@ -57,7 +57,7 @@ TEST_F(Wire, PktInitOpensARawPacketSocketAndKeepsIt) {
     EXPECT_EQ(system().open_descriptors(), 1u);
 }
 
-TEST_F(Wire, PktInitAnswersWithTheLengthOfItsMessageWhenRefused) {
+TEST_F(Wire, PktInitReturnsTheLengthOfItsMessageWhenRefused) {
     system().fail("socket", EPERM);
     CaptureStdout();
     const int32_t result = adp_pkt_init();

@@ -1,4 +1,4 @@
-// adp_get_phy_port_attr(): which port answers, with which driver call.
+// adp_get_phy_port_attr(): which port is read, and by which driver call.
 #include "port/hold.h"
 #include "port/testing/attribute.h"
 
@@ -9,16 +9,11 @@ using adp::HoldState;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-constexpr uint32_t kAnswer = 0xC0FFEE01;
+constexpr uint32_t kRead = 0xC0FFEE01;
 
-class GetAttribute : public AttributeTest {
-  protected:
-    adp_status_t get(uint32_t intf, uint32_t selector) { return adp_get_phy_port_attr(intf, selector, &value); }
+class GetAttribute : public GetAttributeTest {};
 
-    uint32_t value = kUnwritten;
-};
-
-/** A selector that one port answers. */
+/** A selector that is read from one port. */
 struct GetCase {
     const char *name;
     uint32_t selector;
@@ -49,24 +44,24 @@ void PrintTo(const GetCase &get, std::ostream *out) {
     *out << get.name;
 }
 
-class GetOfOnePort : public GetAttribute, public ::testing::WithParamInterface<GetCase> {
+class GetOfOnePort : public GetAttributeTest, public ::testing::WithParamInterface<GetCase> {
   protected:
-    using GetAttribute::get;
+    using GetAttributeTest::get;
     adp_status_t get(uint32_t intf) { return get(intf, GetParam().selector); }
 
     static void script() {
-        driver().on(GetParam().group_call).sets(GetParam().group_output, kAnswer + 1);
-        driver().on(GetParam().call).sets(GetParam().output, kAnswer);
+        driver().on(GetParam().group_call).sets(GetParam().group_output, kRead + 1);
+        driver().on(GetParam().call).sets(GetParam().output, kRead);
     }
-    static uint32_t group_answer() {
-        return std::strcmp(GetParam().call, GetParam().group_call) == 0 ? kAnswer : kAnswer + 1;
+    static uint32_t group_value() {
+        return std::strcmp(GetParam().call, GetParam().group_call) == 0 ? kRead : kRead + 1;
     }
 
     void expect_on_group(int32_t port) {
         script();
         value = kUnwritten;
         EXPECT_EQ(get(kAgg), 0);
-        EXPECT_EQ(value, group_answer());
+        EXPECT_EQ(value, group_value());
         EXPECT_THAT(driver().take(), ElementsAre(line_of({GetParam().group_call, ""}, port)));
     }
 
@@ -74,22 +69,22 @@ class GetOfOnePort : public GetAttribute, public ::testing::WithParamInterface<G
         script();
         value = kUnwritten;
         EXPECT_EQ(get(intf), 0);
-        EXPECT_EQ(value, kAnswer);
+        EXPECT_EQ(value, kRead);
         EXPECT_THAT(driver().take(), ElementsAre(line_of({GetParam().call, ""}, port)));
     }
 };
 
-TEST_P(GetOfOnePort, UserPortAnswersForItself) {
+TEST_P(GetOfOnePort, UserPortIsReadItself) {
     expect_on_port(1, 4);
     expect_on_port(26, 29);
     expect_on_port(0, 0);
 }
 
-TEST_P(GetOfOnePort, UnmappedPortIsHandedOn) {
+TEST_P(GetOfOnePort, UnmappedPortIsPassedOn) {
     expect_on_port(27, -1);
 }
 
-TEST_P(GetOfOnePort, ManagementInterfaceAnswersForItsGroup) {
+TEST_P(GetOfOnePort, GroupIsReadFromItsManagementInterface) {
     agg_manage_intf[kGroup - 1] = 9;
     set_configured(kGroup, 1u << 3);
     set_active(kGroup, {20});
@@ -98,7 +93,7 @@ TEST_P(GetOfOnePort, ManagementInterfaceAnswersForItsGroup) {
     expect_on_group(-1);
 }
 
-TEST_P(GetOfOnePort, LowestConfiguredMemberAnswersWithoutAManagementInterface) {
+TEST_P(GetOfOnePort, WithoutAManagementInterfaceTheLowestConfiguredMemberIsRead) {
     set_configured(kGroup, 1u << 26 | 1u << 5);
     set_active(kGroup, {20});
     agg_manage_intf[kGroup] = 9;  // another group's
@@ -141,179 +136,10 @@ TEST_P(GetOfOnePort, ReadsChangeNoTable) {
 
 INSTANTIATE_TEST_SUITE_P(Selectors, GetOfOnePort, ::testing::ValuesIn(kOnePortCases), name_of<GetCase>);
 
-/** The two link states, which of a group the active members answer. */
-class GetLink : public GetAttribute, public ::testing::WithParamInterface<GetCase> {
-  protected:
-    using GetAttribute::get;
-    adp_status_t get(uint32_t intf) { return get(intf, GetParam().selector); }
-
-    static Lines asked(const std::vector<int32_t> &ports) { return lines_of({{GetParam().call, ""}}, ports); }
-
-    static void script_status(const std::function<uint32_t(int32_t port)> &status) {
-        driver().on(GetParam().call).does([=](recording::Arguments &call) {
-            *static_cast<uint32_t *>(call.pointer("status")) = status(call.i32("port"));
-            return 0;
-        });
-    }
-
-    void expect_on_group(uint32_t status, const std::vector<int32_t> &ports) {
-        value = kUnwritten;
-        EXPECT_EQ(get(kAgg), 0);
-        EXPECT_EQ(value, status);
-        EXPECT_EQ(driver().take(), asked(ports));
-    }
-};
-
-TEST_P(GetLink, UserPortAnswersForItself) {
-    driver().on(GetParam().call).sets("status", 2);
-    EXPECT_EQ(get(3), 0);
-    EXPECT_EQ(value, 2u);
-    EXPECT_EQ(driver().take(), asked({6}));
-    driver().fail_every(GetParam().call);
-    value = kUnwritten;
-    EXPECT_EQ(get(3), 102);
-    EXPECT_EQ(value, kUnwritten);
-}
-
-TEST_P(GetLink, FirstActiveMemberWithAStatusAnswersAndTheOthersAreNotAsked) {
-    script_status([](int32_t port) { return port == 10 ? 5u : port == 11 ? 1u : 0u; });
-    set_active(kGroup, {4, 0, 10, 11});
-    set_configured(kGroup, 1u << 20);
-    agg_manage_intf[kGroup - 1] = 21;
-    expect_on_group(5, {4, 10});
-    set_active(kGroup, {11, 10, 4});
-    expect_on_group(1, {11});
-}
-
-TEST_P(GetLink, GroupWhoseMembersAreAllDownIsDown) {
-    script_status([](int32_t) { return 0u; });
-    set_active(kGroup, {4});
-    expect_on_group(0, {4});
-    set_active(kGroup, {11, 10, 9, 8, 7, 6, 5, 4});
-    expect_on_group(0, {11, 10, 9, 8, 7, 6, 5, 4});
-    set_active(kGroup, {200, 4});
-    expect_on_group(0, {-1, 4});
-}
-
-TEST_P(GetLink, GroupWithoutActiveMembersIsDownWhateverIsConfigured) {
-    script_status([](int32_t) { return 1u; });
-    expect_on_group(0, {});
-    set_configured(kGroup, 1u << 3);
-    agg_manage_intf[kGroup - 1] = 3;
-    expect_on_group(0, {});
-}
-
-TEST_P(GetLink, NineActiveMembersAreNotAsked) {
-    script_status([](int32_t) { return 1u; });
-    set_active(kGroup, {12, 11, 10, 9, 8, 7, 6, 5, 4});
-    expect_on_group(0, {});
-}
-
-TEST_P(GetLink, FirstFailureOnAGroupIs102AndTheOutputIsCleared) {
-    for (size_t failing = 0; failing < 3; ++failing) {
-        start_over();
-        script_status([](int32_t) { return 0u; });
-        set_active(kGroup, {4, 5, 6});
-        driver().fail_call(failing, kDriverError);
-        value = kUnwritten;
-        EXPECT_EQ(get(kAgg), 102);
-        EXPECT_EQ(value, 0u);
-        EXPECT_EQ(driver().take(), up_to_call(asked({4, 5, 6}), failing));
-    }
-}
-
-TEST_P(GetLink, GroupThatDoesNotExistIsRefusedWithTheOutputCleared) {
-    for (const uint32_t intf : kNoGroups) {
-        value = kUnwritten;
-        EXPECT_EQ(get(intf), -1);
-        EXPECT_EQ(value, 0u);
-    }
-    EXPECT_THAT(driver().trace(), IsEmpty());
-}
-
-INSTANTIATE_TEST_SUITE_P(Selectors, GetLink,
-                         ::testing::Values(same("Link", 11, "user_port_link_status_get", "status"),
-                                           same("FibreLink", 14, "user_fiberport_link_status_get", "status")),
-                         name_of<GetCase>);
-
-class GetMaximumSpeed : public GetAttribute {
-  protected:
-    adp_status_t get(uint32_t intf) { return GetAttribute::get(intf, ADP_ATTR_MAX_SPEED); }
-
-    static Lines asked(const std::vector<int32_t> &ports) { return lines_of({{"user_port_speed_max", ""}}, ports); }
-
-    /** Port 4 is a port of 10 Mb/s, port 5 of 20 ... */
-    static void script() {
-        driver().on("user_port_speed_max").does([](recording::Arguments &call) {
-            constexpr uint32_t kStep = 10;
-            *static_cast<uint32_t *>(call.pointer("speed")) = (call.u32("port") - library_test::kPortOffset) * kStep;
-            return 0;
-        });
-    }
-
-    void expect(uint32_t intf, uint32_t speed, const std::vector<int32_t> &ports) {
-        value = kUnwritten;
-        EXPECT_EQ(get(intf), 0);
-        EXPECT_EQ(value, speed);
-        EXPECT_EQ(driver().take(), asked(ports));
-    }
-};
-
-TEST_F(GetMaximumSpeed, OfAUserPort) {
-    script();
-    expect(1, 10, {4});
-    expect(26, 260, {29});
-}
-
-TEST_F(GetMaximumSpeed, OfAGroupIsTheLargestOfItsConfiguredMembers) {
-    script();
-    set_configured(kGroup, 1u << 1 | 1u << 3);
-    set_active(kGroup, {29});
-    agg_manage_intf[kGroup - 1] = 25;
-    expect(kAgg, 30, {4, 6});
-}
-
-TEST_F(GetMaximumSpeed, OfAGroupIsTheLargestWhereverItStands) {
-    script();
-    set_active(kGroup, {6, 0, 4});
-    expect(kAgg, 30, {6, 4});
-    set_active(kGroup, {4, 29, 5});
-    expect(kAgg, 260, {4, 29, 5});
-    set_active(kGroup, {12, 11, 10, 9, 8, 7, 6, 5, 4});
-    expect(kAgg, 90, {12, 11, 10, 9, 8, 7, 6, 5, 4});
-}
-
-TEST_F(GetMaximumSpeed, ComparesWithoutSign) {
-    driver().on("user_port_speed_max").sets("speed", 1000);
-    driver().once("user_port_speed_max").sets("speed", 0x80000000);
-    set_active(kGroup, {4, 5});
-    expect(kAgg, 0x80000000, {4, 5});
-}
-
-TEST_F(GetMaximumSpeed, OfAGroupWithoutMembersIsZero) {
-    agg_manage_intf[kGroup - 1] = 25;
-    expect(kAgg, 0, {});
-}
-
-TEST_F(GetMaximumSpeed, FailureIs102AndLeavesTheOutputAlone) {
-    for (size_t failing = 0; failing < 3; ++failing) {
-        start_over();
-        script();
-        set_configured(kGroup, 1u << 1 | 1u << 3 | 1u << 26);
-        driver().fail_call(failing, kDriverError);
-        EXPECT_EQ(get(kAgg), 102);
-        EXPECT_EQ(value, kUnwritten);
-        EXPECT_EQ(driver().take(), up_to_call(asked({4, 6, 29}), failing));
-    }
-    driver().fail_call(0, 1);
-    EXPECT_EQ(get(3), 102);
-    EXPECT_EQ(value, kUnwritten);
-}
-
-TEST_F(GetAttribute, HeldInterfaceReadsAsEnabledWithoutAskingTheDriver) {
+TEST_F(GetAttribute, HeldInterfaceReadsAsEnabledWithoutADriverCall) {
     adp::port_hold_state[3 - 1] = HoldState::kHeld;
     adp::port_hold_state[ADP_USER_PORTS + kGroup - 1] = HoldState::kHeld;
-    // The group has no member at all that could answer.
+    // The group has no member that could be read.
     for (const uint32_t intf : {3u, kAgg}) {
         value = kUnwritten;
         EXPECT_EQ(get(intf, ADP_ATTR_ADMIN_STATE), 0);
@@ -322,12 +148,12 @@ TEST_F(GetAttribute, HeldInterfaceReadsAsEnabledWithoutAskingTheDriver) {
     EXPECT_THAT(driver().trace(), IsEmpty());
 }
 
-TEST_F(GetAttribute, StateOfAGroupAndOfItsMembersAreApart) {
+TEST_F(GetAttribute, StateOfAGroupAndOfItsMembersAreSeparate) {
     driver().on("user_port_enable_get").sets("enable", 0);
     agg_manage_intf[kGroup - 1] = 3;
     adp::port_hold_state[3 - 1] = HoldState::kHeld;
     EXPECT_EQ(get(kAgg, ADP_ATTR_ADMIN_STATE), 0);
-    EXPECT_EQ(value, 0u) << "the held member is asked, not its state";
+    EXPECT_EQ(value, 0u) << "the held member is read, not its state";
     adp::port_hold_state[3 - 1] = HoldState::kFree;
     adp::port_hold_state[ADP_USER_PORTS + kGroup - 1] = HoldState::kHeld;
     EXPECT_EQ(get(3, ADP_ATTR_ADMIN_STATE), 0);
@@ -335,7 +161,7 @@ TEST_F(GetAttribute, StateOfAGroupAndOfItsMembersAreApart) {
     EXPECT_EQ(driver().count(), 2u);
 }
 
-TEST_F(GetAttribute, DisabledInterfaceIsWhatTheDriverSays) {
+TEST_F(GetAttribute, DisabledInterfaceReadsAsTheDriverReports) {
     driver().on("user_port_enable_get").sets("enable", 7);
     adp::port_hold_state[3 - 1] = HoldState::kDisabled;
     EXPECT_EQ(get(3, ADP_ATTR_ADMIN_STATE), 0);
@@ -352,7 +178,7 @@ TEST_F(GetAttribute, SelectorsWithoutAGetLeaveTheOutputAlone) {
     EXPECT_THAT(driver().trace(), IsEmpty());
 }
 
-TEST_F(GetAttribute, UnknownSelectorIsToldBeforeTheInterfaceIsLookedAt) {
+TEST_F(GetAttribute, UnknownSelectorIsReportedBeforeTheInterfaceIsChecked) {
     for (const uint32_t selector : {15u, 16u, 0x100u, 0x80000000u, 0xFFFFFFFFu}) {
         for (const uint32_t intf : {1u, kAgg, ADP_AGG_INTF(9), 0x20000001u, 0xFFFFFFFFu}) {
             EXPECT_EQ(get(intf, selector), 101);
@@ -372,7 +198,7 @@ TEST_F(GetAttribute, OtherInterfaceTypesAreRefusedUnderEverySelector) {
     EXPECT_THAT(driver().trace(), IsEmpty());
 }
 
-TEST_F(GetAttribute, GroupsThatDoNotExistAreRefusedUnderEverySelectorThatAsksForMembers) {
+TEST_F(GetAttribute, UnknownGroupsAreRefusedUnderEverySelectorThatNeedsMembers) {
     for (const uint32_t intf : kNoGroups) {
         for (const uint32_t selector : {0u, 1u, 2u, 3u, 4u, 5u, 6u, 9u, 10u, 11u, 12u, 13u, 14u}) {
             EXPECT_EQ(get(intf, selector), -1) << intf << " " << selector;

@@ -1,4 +1,4 @@
-// The administrative state and the protocol's hold: what each may change, and the state that stands between them.
+// The administrative state and the protocol's hold: what each changes, and the state that combines them.
 #include "port/hold.h"
 #include "port/testing/attribute.h"
 
@@ -30,7 +30,7 @@ Lines member_lines(const std::vector<int32_t> &ports, uint32_t value) {
     return lines;
 }
 
-/** One of the two selectors with a value, from a state, and what becomes of it. */
+/** One of the two selectors set to a value in a state, and the outcome. */
 struct Transition {
     const char *name;
     uint32_t selector;
@@ -67,7 +67,7 @@ class HoldTransition : public AttributeTest, public ::testing::WithParamInterfac
         return adp_set_phy_port_attr(intf, GetParam().selector, GetParam().value, 0);
     }
 
-    /** The states as the transition leaves them, with nothing else changed. */
+    /** The tables after the transition: only the state has changed. */
     static std::string tables_after(uint32_t index) {
         const HoldState old = state(index);
         state(index) = GetParam().after;
@@ -113,7 +113,7 @@ TEST_P(HoldTransition, OfAMemberLeavesItsGroupsStateAlone) {
     }
 }
 
-TEST_P(HoldTransition, OfAGroupWithoutMembersIsDone) {
+TEST_P(HoldTransition, OfAGroupWithoutMembersSucceeds) {
     state(kAggStateIndex) = GetParam().before;
     const std::string after = tables_after(kAggStateIndex);
     EXPECT_EQ(set(kAgg), 0);
@@ -125,8 +125,8 @@ TEST_P(HoldTransition, HasHappenedWhenTheDriverFailsOnAUserPort) {
     state(kPort) = GetParam().before;
     const std::string after = tables_after(kPort);
     driver().fail_every("user_port_enable_set", kDriverError);
-    const bool is_looked_at = GetParam().selector == ADP_ATTR_ADMIN_STATE && GetParam().reaches_the_port;
-    EXPECT_EQ(set(kPort), is_looked_at ? 102 : 0);
+    const bool is_reported = GetParam().selector == ADP_ATTR_ADMIN_STATE && GetParam().reaches_the_port;
+    EXPECT_EQ(set(kPort), is_reported ? 102 : 0);
     EXPECT_EQ(library_test::table_bytes(), after);
     EXPECT_EQ(driver().count(), GetParam().reaches_the_port ? 1u : 0u);
 }
@@ -145,7 +145,7 @@ TEST_P(HoldTransition, HasHappenedWhenAMemberFailsAndNoPauseFollows) {
 
 INSTANTIATE_TEST_SUITE_P(Selectors, HoldTransition, ::testing::ValuesIn(kTransitions), name_of<Transition>);
 
-/** Both selectors; 0 is off under either, and with a free interface always reaches the driver. */
+/** Both selectors. The value 0 is off for either, and on a free interface it always reaches the driver. */
 class Hold : public AttributeTest, public ::testing::WithParamInterface<uint32_t> {
   protected:
     static adp_status_t turn_off(uint32_t intf) { return adp_set_phy_port_attr(intf, GetParam(), 0, 0); }
@@ -180,7 +180,7 @@ TEST_P(Hold, InterfaceWithoutAStateIsAlwaysFree) {
     EXPECT_EQ(library_test::table_bytes(), tables);
 }
 
-TEST_P(Hold, GroupsThatDoNotExistAreRefused) {
+TEST_P(Hold, UnknownGroupsAreRefused) {
     for (const uint32_t intf : {ADP_AGG_INTF(9), 0x1FFFFFFFu}) {
         const std::string tables = library_test::table_bytes();
         EXPECT_EQ(turn_off(intf), -1);
@@ -195,7 +195,7 @@ TEST_P(Hold, ActiveMembersFollowWhenNoneIsConfigured) {
     EXPECT_EQ(driver().take(), member_lines({29, -1, 4}, 0));
 }
 
-TEST_P(Hold, EachMemberCostsHalfASecond) {
+TEST_P(Hold, EachMemberTakesHalfASecond) {
     for (const size_t members : {1u, 3u, 8u, 9u}) {
         std::vector<uint8_t> ports;
         for (size_t member = 0; member < members; ++member) {
@@ -237,7 +237,7 @@ TEST_F(HoldStory, HeldPortStaysDownWhenEnabledAndReadsAsEnabled) {
     EXPECT_THAT(driver().take(), ElementsAre(enable_line(6, 0)));
     EXPECT_EQ(adp_set_phy_port_attr(kPort, ADP_ATTR_HOLD, 1, 0), 0);
     EXPECT_THAT(driver().take(), ElementsAre(enable_line(6, 1)));
-    EXPECT_EQ(admin_state(kPort), 0u) << "what the driver says, now that nothing holds the port";
+    EXPECT_EQ(admin_state(kPort), 0u) << "the driver's own state, now that the hold is gone";
 }
 
 TEST_F(HoldStory, DisabledPortStaysDownWhenReleased) {

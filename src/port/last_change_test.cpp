@@ -1,4 +1,4 @@
-// When a link changed last: which entries a stamp reaches, and which entry answers.
+// The time of a link's last change: which entries a stamp writes, and which entry is read.
 #include "port/testing/attribute.h"
 
 namespace {
@@ -10,7 +10,7 @@ constexpr time_t kNow = 1700000000;
 constexpr uint32_t kStamp = 1700000000;
 constexpr uint32_t kMaxIndex = 0x0FFFFFFF;
 
-/** The sum of all entries before anything ran: no test can have stamped one yet. */
+/** The sum of all entries at load, before any test can stamp one. */
 uint64_t sum_at_load() {
     uint64_t sum = 0;
     for (int32_t port = 1; port <= static_cast<int32_t>(ADP_USER_PORTS); ++port) {
@@ -44,7 +44,7 @@ class LastChange : public AttributeTest {
         return stamp;
     }
 
-    /** The ports with a stamp, each of which is that of now. */
+    /** The ports with a stamp; each stamp must be the current time. */
     static std::vector<uint32_t> stamped() {
         std::vector<uint32_t> ports;
         for (uint32_t port = 1; port <= ADP_USER_PORTS; ++port) {
@@ -80,7 +80,7 @@ TEST_F(LastChange, TimesAreCutTo32Bits) {
     EXPECT_EQ(last_change(3), 0xFFFFFFFFu);
 }
 
-TEST_F(LastChange, IndexOutsideThePortsIsNeitherStampedNorTold) {
+TEST_F(LastChange, IndexOutsideThePortsIsNeitherStampedNorReported) {
     const std::string tables = library_test::table_bytes();
     for (const uint32_t intf : {0u, 27u, 34u, kMaxIndex}) {
         EXPECT_EQ(adp_set_port_last_change(intf), 0);
@@ -107,7 +107,7 @@ TEST_F(LastChange, StampOnAGroupReachesItsConfiguredMembersOnly) {
 }
 
 TEST_F(LastChange, StampOnAGroupReachesItsActiveMembersWhenNoneIsConfigured) {
-    // Port 0 is the CPU port and port 200 is nobody's: neither has an entry.
+    // Port 0 is the CPU port and port 200 is not mapped: neither has an entry.
     set_active(kGroup, {29, 0, 200, 4});
     EXPECT_EQ(adp_set_port_last_change(kAgg), 0);
     EXPECT_EQ(stamped(), (Ports{1, 26}));
@@ -128,13 +128,13 @@ TEST_F(LastChange, StampOnAGroupOfOneEightNineAndAll) {
     EXPECT_EQ(stamped().size(), 26u);
 }
 
-TEST_F(LastChange, StampOnAGroupPassesInterfaceZeroOver) {
+TEST_F(LastChange, StampOnAGroupSkipsInterfaceZero) {
     set_configured(kGroup, 1u << 0 | 1u << 2);
     EXPECT_EQ(adp_set_port_last_change(kAgg), 0);
     EXPECT_EQ(stamped(), Ports{2});
 }
 
-TEST_F(LastChange, StampOnAGroupWithoutMembersIsDone) {
+TEST_F(LastChange, StampOnAGroupWithoutMembersSucceeds) {
     agg_manage_intf[kGroup - 1] = 9;
     EXPECT_EQ(adp_set_port_last_change(kAgg), 0);
     EXPECT_EQ(stamped(), Ports{});
@@ -186,7 +186,7 @@ TEST_F(LastChange, OtherTypesAreRefusedAndRead0) {
     EXPECT_EQ(library_test::table_bytes(), tables);
 }
 
-TEST_F(LastChange, GroupsThatDoNotExistAreRefusedAndRead0) {
+TEST_F(LastChange, UnknownGroupsAreRefusedAndRead0) {
     for (const uint32_t intf : kNoGroups) {
         uint32_t stamp = kUnwritten;
         EXPECT_EQ(adp_set_port_last_change(intf), -1);

@@ -1,4 +1,4 @@
-// Link changes on their way out: to the device's sink, and as a message to the ring-protection queue.
+// Link changes are forwarded to the device's sink, and as a message to the ring-protection queue.
 #include <device_services.h>
 #include <pthread.h>
 
@@ -13,7 +13,7 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-constexpr uint32_t kUnit = 3;  // never looked at
+constexpr uint32_t kUnit = 3;  // never used
 constexpr uintptr_t kQueue = 0x1234;
 const std::string kSendFailed = "[adp_link_event_fast_send_unicast_msg:113]Send link event message to ERPS FAILED!\n";
 
@@ -67,13 +67,13 @@ TEST_F(LinkEvent, CountsAsDisabledWhenTheStateCannotBeRead) {
     EXPECT_THAT(driver().take(), ElementsAre(state_line(28), state_line(29), state_line(27), sink_line(24, 1)));
 }
 
-TEST_F(LinkEvent, LooksAtTheStateAndNotAtTheResultOfReadingIt) {
+TEST_F(LinkEvent, UsesTheStateAndIgnoresTheResultOfReadingIt) {
     script_admin_state(2);
     driver().on("user_port_enable_get").returns(-1);
     EXPECT_EQ(adp_link_event_handle_cb(kUnit, 28, 1), 55);
 }
 
-TEST_F(LinkEvent, OfAHeldUplinkIsForwardedWithoutAskingTheDriver) {
+TEST_F(LinkEvent, OfAHeldUplinkIsForwardedWithoutADriverCall) {
     adp::port_hold_state[25 - 1] = adp::HoldState::kHeld;
     EXPECT_EQ(adp_link_event_handle_cb(kUnit, 28, 0), 55);
     EXPECT_THAT(driver().take(), ElementsAre(sink_line(25, 0)));
@@ -105,7 +105,7 @@ class LinkMessage : public library_test::LibraryTest {
     void SetUp() override {
         LibraryTest::SetUp();
         erps_event_queue = kQueue;
-        answer_with(1);
+        script_queue(1);
     }
 
     void TearDown() override {
@@ -113,8 +113,8 @@ class LinkMessage : public library_test::LibraryTest {
         LibraryTest::TearDown();
     }
 
-    /** Keeps the message and what its last word points at, as they are when the queue gets them. */
-    void answer_with(int32_t result) {
+    /** Keeps the message and the record that its last word points at, as they are when the queue gets them. */
+    void script_queue(int32_t result) {
         driver().on("equeue_send_ucast").does([this, result](recording::Arguments &call) {
             EXPECT_EQ(call.word("queue"), kQueue);
             EXPECT_EQ(call.i32("timeout"), -1);
@@ -149,7 +149,7 @@ TEST_F(LinkMessage, RecordsAreFour16BitNumbersEach) {
     static_assert(sizeof g_intf_link_data == 27 * 8);
     for (uint32_t intf = 0; intf <= ADP_USER_PORTS; ++intf) {
         start_over();
-        answer_with(1);
+        script_queue(1);
         const uint32_t port = intf == 0 ? 0 : intf + library_test::kPortOffset;
         EXPECT_EQ(adp_link_event_fast_send_unicast_msg(7, port, 2), 1);
         std::array<uint16_t, 27 * 4> words;
@@ -187,9 +187,9 @@ TEST_F(LinkMessage, NamesTheSendingThread) {
     EXPECT_NE(message[1], static_cast<uintptr_t>(pthread_self()));
 }
 
-TEST_F(LinkMessage, PositiveResultOfTheQueueIsHandedOnSilently) {
+TEST_F(LinkMessage, PositiveResultOfTheQueueIsReturnedSilently) {
     for (const int32_t result : {1, 2, INT32_MAX}) {
-        answer_with(result);
+        script_queue(result);
         ::testing::internal::CaptureStderr();
         EXPECT_EQ(adp_link_event_fast_send_unicast_msg(0, 4, 1), result);
         EXPECT_EQ(::testing::internal::GetCapturedStderr(), "");
@@ -199,7 +199,7 @@ TEST_F(LinkMessage, PositiveResultOfTheQueueIsHandedOnSilently) {
 TEST_F(LinkMessage, AnyOtherResultIsPrintedAndTheChangeStaysRecorded) {
     for (const int32_t result : {0, -1, INT32_MIN}) {
         start_over();
-        answer_with(result);
+        script_queue(result);
         ::testing::internal::CaptureStderr();
         EXPECT_EQ(adp_link_event_fast_send_unicast_msg(0, 4, 1), static_cast<int32_t>(kSendFailed.size()));
         EXPECT_EQ(::testing::internal::GetCapturedStderr(), kSendFailed);

@@ -1,4 +1,4 @@
-// Mirror sessions: the translation of flags, sessions and interfaces, and what is handed through.
+// Mirror sessions: the translation of flags, sessions and interfaces, and arguments that are passed on unchanged.
 #include "tests/support/library_test.h"
 
 namespace {
@@ -15,7 +15,7 @@ constexpr uint32_t kNoPorts[] = {
 
 class Mirror : public library_test::LibraryTest {
   protected:
-    /** The first group has members of every kind, so that an expansion would show. */
+    /** The first group has members of every kind, to show that calls on a group do not visit its members. */
     void SetUp() override {
         library_test::LibraryTest::SetUp();
         set_configured(1, 1u << 2 | 1u << 3);
@@ -108,7 +108,7 @@ TEST_F(Mirror, SourceAndDestinationAreTranslatedEachForItself) {
                 ElementsAre(port_line(29, 0, 4, 2), port_line(0, 0, 0, 2), port_line(6, 0, 6, 0), flow_line(0, 0)));
 }
 
-TEST_F(Mirror, InterfacesWithoutAPortAreHandedOnAsMinusOne) {
+TEST_F(Mirror, InterfacesWithoutAPortArePassedOnAsMinusOne) {
     for (const uint32_t intf : kNoPorts) {
         EXPECT_EQ(adp_add_port_mirror(intf, kDestination, 1, 1), 0);
         EXPECT_EQ(adp_add_port_mirror(kSource, intf, 2, 1), 0);
@@ -144,8 +144,8 @@ TEST_F(Mirror, ResultsAreTheDrivers) {
     }
 }
 
-/** The two calls that hand a word through, which may be an address. */
-TEST_F(Mirror, DisableValuesAreHandedThroughUncut) {
+/** The two calls that pass on a word, which may be an address. */
+TEST_F(Mirror, DisableValuesArePassedOnWhole) {
     for (const char *name : {"user_set_mirror_disable", "user_check_set_mirror_disable"}) {
         uintptr_t seen = 0;
         driver().on(name).does([&seen](recording::Arguments &arguments) {

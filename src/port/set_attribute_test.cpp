@@ -1,5 +1,5 @@
 // adp_set_phy_port_attr(): refusals, and the selectors that set the port or each configured member. Speed has its own
-// cases in speed_test.cpp, the administrative state and the protocol's hold in hold_test.cpp.
+// cases in speed_test.cpp and uplink_speed_test.cpp, the administrative state and the protocol's hold in hold_test.cpp.
 #include "port/testing/attribute.h"
 
 namespace {
@@ -16,7 +16,7 @@ TEST_P(SetOnConfigured, UserPortGetsTheCallsInOrder) {
     expect_set(26, {29});
 }
 
-TEST_P(SetOnConfigured, UnmappedPortIsHandedOn) {
+TEST_P(SetOnConfigured, UnmappedPortIsPassedOn) {
     script();
     expect_set(27, {-1});
 }
@@ -35,7 +35,7 @@ TEST_P(SetOnConfigured, WithoutConfiguredMembersTheActiveOnesFollowInJoiningOrde
     expect_set(kAgg, {29, 4, 10});
 }
 
-TEST_P(SetOnConfigured, EmptySlotsArePassedOverAndCounted) {
+TEST_P(SetOnConfigured, EmptySlotsAreSkippedAndCounted) {
     script();
     set_active(kGroup, {0, 29, 0, 4});
     expect_set(kAgg, {29, 4});
@@ -63,7 +63,7 @@ TEST_P(SetOnConfigured, EveryUserPortConfigured) {
     expect_set(kAgg, ports);
 }
 
-TEST_P(SetOnConfigured, UnmappedMemberIsHandedOn) {
+TEST_P(SetOnConfigured, UnmappedMemberIsPassedOn) {
     script();
     set_active(kGroup, {200, 4});
     expect_set(kAgg, {-1, 4});
@@ -77,7 +77,7 @@ TEST_P(SetOnConfigured, FirstAndLastGroupHaveTheirOwnMembers) {
     expect_set(ADP_AGG_INTF(8), {12});
 }
 
-TEST_P(SetOnConfigured, GroupWithoutMembersIsDone) {
+TEST_P(SetOnConfigured, GroupWithoutMembersSucceeds) {
     script();
     agg_manage_intf[kGroup - 1] = 9;
     expect_set(kAgg, {});
@@ -245,7 +245,7 @@ TEST_F(SetAttribute, SelectorsWithoutASetDoNothing) {
     EXPECT_THAT(driver().trace(), IsEmpty());
 }
 
-TEST_F(SetAttribute, UnknownSelectorIsToldBeforeTheInterfaceIsLookedAt) {
+TEST_F(SetAttribute, UnknownSelectorIsReportedBeforeTheInterfaceIsChecked) {
     const std::string tables = library_test::table_bytes();
     for (const uint32_t selector : {13u, 14u, 0x100u, 0x80000000u, 0xFFFFFFFFu}) {
         for (const uint32_t intf : {1u, kAgg, ADP_AGG_INTF(9), 0x20000001u, 0xFFFFFFFFu}) {
@@ -268,7 +268,7 @@ TEST_F(SetAttribute, OtherInterfaceTypesAreRefusedUnderEverySelector) {
     EXPECT_EQ(library_test::table_bytes(), tables);
 }
 
-TEST_F(SetAttribute, GroupsThatDoNotExistAreRefusedUnderEverySelectorThatAsksForMembers) {
+TEST_F(SetAttribute, UnknownGroupsAreRefusedUnderEverySelectorThatNeedsMembers) {
     for (const uint32_t intf : kNoGroups) {
         for (const uint32_t selector : {0u, 1u, 2u, 3u, 4u, 5u, 6u, 7u, 8u, 9u, 11u}) {
             EXPECT_EQ(adp_set_phy_port_attr(intf, selector, 0, 0), -1) << intf << " " << selector;
@@ -277,7 +277,7 @@ TEST_F(SetAttribute, GroupsThatDoNotExistAreRefusedUnderEverySelectorThatAsksFor
     EXPECT_THAT(driver().trace(), IsEmpty());
 }
 
-TEST_F(SetAttribute, BeforeTheMapExistsNoPortIsHandedOn) {
+TEST_F(SetAttribute, BeforeTheMapExistsPortMinusOneIsPassedOn) {
     library_test::drop_map();
     EXPECT_EQ(adp_set_phy_port_attr(1, ADP_ATTR_JUMBO, 1, 0), 0);
     EXPECT_THAT(driver().trace(), ElementsAre("user_port_jumboframe_set(unit=0, zero=0, port=-1, enable=1)"));

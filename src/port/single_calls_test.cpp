@@ -16,7 +16,7 @@ class Learning : public AttributeTest {
     }
 };
 
-TEST_F(Learning, SetOnAUserPortGivesTheDriversResult) {
+TEST_F(Learning, SetOnAUserPortReturnsTheDriversResult) {
     EXPECT_EQ(adp_intf_learn_set(26, -2), 0);
     EXPECT_EQ(driver().take(), lines({29}, "-2"));
     for (const int32_t result : {-33, 1}) {
@@ -35,7 +35,7 @@ TEST_F(Learning, SetOnAGroupGoesToTheConfiguredMembers) {
     EXPECT_EQ(library_test::table_bytes(), tables);
 }
 
-TEST_F(Learning, SetOnAGroupPassesEmptySlotsOver) {
+TEST_F(Learning, SetOnAGroupSkipsEmptySlots) {
     set_active(kGroup, {0, 29, 0, 200, 4});
     EXPECT_EQ(adp_intf_learn_set(kAgg, 0), 0);
     EXPECT_EQ(driver().take(), lines({29, -1, 4}, "0"));
@@ -44,7 +44,7 @@ TEST_F(Learning, SetOnAGroupPassesEmptySlotsOver) {
     EXPECT_EQ(driver().take(), lines({12, 11, 10, 9, 8, 7, 6, 5, 4}, "0"));
 }
 
-TEST_F(Learning, SetOnAGroupWithoutMembersIsDone) {
+TEST_F(Learning, SetOnAGroupWithoutMembersSucceeds) {
     agg_manage_intf[kGroup - 1] = 9;
     EXPECT_EQ(adp_intf_learn_set(kAgg, 1), 0);
     EXPECT_THAT(driver().trace(), IsEmpty());
@@ -55,7 +55,7 @@ TEST_F(Learning, SetOnAGroupIs102AtTheFirstFailure) {
     expect_each_failure(prepare, [] { return adp_intf_learn_set(kAgg, 1); });
 }
 
-/** A call that one port answers: of a group its management interface, without fallback. */
+/** A call that reads one port: on a group its management interface, without fallback. */
 struct OnePortCase {
     const char *name;
     PortCall call;
@@ -91,20 +91,20 @@ class ServiceOfOnePort : public AttributeTest, public ::testing::WithParamInterf
     }
 };
 
-TEST_P(ServiceOfOnePort, UserPortAnswersForItself) {
+TEST_P(ServiceOfOnePort, UserPortIsReadItself) {
     expect(1, 4);
     expect(26, 29);
     expect(27, -1);
 }
 
-TEST_P(ServiceOfOnePort, ManagementInterfaceAnswersForItsGroup) {
+TEST_P(ServiceOfOnePort, GroupIsReadFromItsManagementInterface) {
     set_configured(kGroup, 1u << 3);
     set_active(kGroup, {20});
     agg_manage_intf[kGroup - 1] = 9;
     expect(kAgg, 12);
 }
 
-TEST_P(ServiceOfOnePort, WithoutAManagementInterfaceTheCpuPortIsNamed) {
+TEST_P(ServiceOfOnePort, WithoutAManagementInterfaceTheCpuPortIsRead) {
     set_configured(kGroup, 1u << 3);
     set_active(kGroup, {20});
     ASSERT_EQ(adp_add_cpu_port(0, 0, 0, 30, 0), ADP_OK);
@@ -148,7 +148,7 @@ TEST_F(Services, OutputsComeFromTheDriver) {
     EXPECT_EQ(std::memcmp(&result, &measured, sizeof result), 0);
 }
 
-TEST_F(Services, OtherTypesAndGroupsThatDoNotExistAreRefusedWithoutADriverCall) {
+TEST_F(Services, OtherTypesAndUnknownGroupsAreRefusedWithoutADriverCall) {
     const std::string tables = library_test::table_bytes();
     uint32_t value = kUnwritten;
     const auto expect_status = [&](uint32_t intf, adp_status_t status) {
@@ -180,7 +180,7 @@ TEST_F(Services, CounterOfAPortIsA64BitNumber) {
     EXPECT_THAT(driver().take(), ElementsAre("user_stat_port_get(unit=0, zero=0, port=6, selector=77)"));
 }
 
-TEST_F(Services, CounterOfAnythingElseIsAskedOfNoPort) {
+TEST_F(Services, CounterOfAnythingElseIsReadFromPortMinusOne) {
     uint64_t counter = 0;
     agg_manage_intf[kGroup - 1] = 9;
     set_configured(kGroup, 1u << 3);
@@ -222,13 +222,13 @@ TEST_F(CopperOrFibre, NoneOfTheseIsFibre) {
     }
 }
 
-TEST_F(CopperOrFibre, WithoutAutonegotiationItIsFibreAndNothingElseIsAsked) {
+TEST_F(CopperOrFibre, WithoutAutonegotiationItIsFibreAndNothingElseIsRead) {
     script(0, 0xFFFFFFFF);
     EXPECT_EQ(adp_intf_combo_port_copper_or_fiber_check(3), -1);
     EXPECT_EQ(driver().take(), lines_of({{"user_port_autoneg_get", ""}}, {6}));
 }
 
-TEST_F(CopperOrFibre, ResultsOfTheReadsAreNotLookedAt) {
+TEST_F(CopperOrFibre, ResultsOfTheReadsAreIgnored) {
     script(1, 0x10000000);
     driver().on("user_port_autoneg_get").returns(kDriverError);
     driver().on("user_port_ability_advert_get").returns(kDriverError);

@@ -1,4 +1,4 @@
-// A port's own part in priorities: trust, the priority of untagged frames under its several names, queues, controls.
+// Priority settings of a port: trust, the priority of untagged frames under its several names, queues, controls.
 #include "qos/untagged_priority.h"
 #include "tests/support/port_calls.h"
 
@@ -29,7 +29,7 @@ adp_status_t unassign(uint32_t type, uint32_t intf) {
     return adp_del_dot1p_assign(type, intf, 0xFFFFFFFC, 0xFFFFFFFD, 0xFFFFFFFE, 0xFFFFFFFF);
 }
 
-// Only the two calls of the cos map take a group for a wrong type.
+// Only the two calls of the cos map report a group as a wrong type.
 const std::vector<PortCall> kPortCalls = {
     {"TrustModeSet", [](uint32_t intf) { return adp_set_port_pri_trust_mode(intf, 0xFFFFFFFF); },
      "user_port_dscp_map_mode_set", ", mode=4294967295"},
@@ -75,7 +75,7 @@ INSTANTIATE_TEST_SUITE_P(Priority, ReadOfUserPort, ValuesIn(port_calls::reads_of
 
 class Assignment : public library_test::LibraryTest {
   protected:
-    /** A user port and everything that calls refuse. */
+    /** A user port, and every kind of interface that the calls refuse. */
     static std::vector<uint32_t> any_intfs() {
         std::vector<uint32_t> intfs = {1, 27, ADP_AGG_INTF(1)};
         intfs.insert(intfs.end(), std::begin(kBadGroups), std::end(kBadGroups));
@@ -93,7 +93,7 @@ TEST_F(Assignment, TakesTheLowByteOfThePriority) {
     }
 }
 
-TEST_F(Assignment, OfTypesZeroAndOneNeedsNothingWhateverTheInterface) {
+TEST_F(Assignment, OfTypesZeroAndOneMakesNoCallForAnyInterface) {
     for (const uint32_t intf : any_intfs()) {
         for (const uint32_t type : {0u, 1u}) {
             EXPECT_EQ(assign(type, intf, 7), 0) << intf;
@@ -141,7 +141,7 @@ TEST_F(PortCosMap, GoesToThePhysicalPortWithoutAUnit) {
     }
 }
 
-TEST_F(PortCosMap, HandsOnThatAnInterfaceHasNoPort) {
+TEST_F(PortCosMap, PassesMinusOneForAnInterfaceWithoutAPort) {
     set_active(1, {4});
     set_configured(1, 1u << 1);
     agg_manage_intf[0] = 1;

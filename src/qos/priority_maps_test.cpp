@@ -1,4 +1,4 @@
-// The chip's maps of 802.1p priorities and DSCPs, row by row, and the calls that pass their arguments through.
+// The chip's maps of 802.1p priorities and DSCPs, row by row.
 #include "tests/support/port_calls.h"
 
 namespace {
@@ -20,7 +20,7 @@ constexpr uint32_t kNone = 2;
 constexpr uint32_t kUnknownTypes[] = {3, 7, 0x100, 0x101, 0x80000000, 0xFFFFFFFF};
 constexpr uint32_t kDefaultQueues[] = {0, 0, 1, 1, 2, 2, 3, 3};
 
-/** What callers hand in, with something in every byte. */
+/** The callers' maps, with a value in every byte. */
 struct Maps {
     adp_dot1p_map_entry_t dot1p[ADP_PRIORITIES];
     adp_dscp_map_entry_t dscp[ADP_DSCP_COUNT];
@@ -104,7 +104,7 @@ TEST_P(PriorityMap, OfItsOwnTypeMakesACallForEachRowInAscendingOrder) {
     EXPECT_EQ(map_bytes(), before);
 }
 
-TEST_P(PriorityMap, OfTypeTwoIsAcceptedAndNeedsNothing) {
+TEST_P(PriorityMap, OfTypeTwoIsAcceptedAndMakesNoCall) {
     const std::string before = map_bytes();
     EXPECT_EQ(GetParam().run(kNone), 0);
     EXPECT_THAT(driver().trace(), IsEmpty());
@@ -159,7 +159,7 @@ class MapRead : public library_test::LibraryTest {
     static uint8_t read_mapped(uint32_t dscp) { return static_cast<uint8_t>(dscp + 1); }
     static uint8_t read_priority(uint32_t dscp) { return static_cast<uint8_t>(0xC0 - dscp); }
 
-    /** The maps as handed in, the first rows replaced by what the driver reads. */
+    /** The maps as passed in, the first rows replaced by what the driver reads. */
     static std::string expected_bytes(uint32_t priorities, uint32_t dscps) {
         fill_maps();
         for (uint32_t priority = 0; priority < priorities; ++priority) {
@@ -204,7 +204,7 @@ TEST_F(MapRead, LeavesTheRowsFromTheFailingOneOnAlone) {
 
 class MapWrite : public library_test::LibraryTest {};
 
-TEST_F(MapWrite, OfAnArrayAsCallersHaveItIsEightPairsOfWordsOrSixtyFourTriplesOfBytes) {
+TEST_F(MapWrite, ReadsEightPairsOfWordsOrSixtyFourTriplesOfBytes) {
     const uint32_t pairs[2 * ADP_PRIORITIES] = {7, 99, 6, 99, 5, 99, 4, 99, 3, 99, 2, 99, 1, 99, 0, 99};
     adp_dot1p_map_entry_t dot1p[ADP_PRIORITIES];
     static_assert(sizeof dot1p == sizeof pairs);
@@ -275,93 +275,6 @@ TEST_F(DscpRow, ReturnsTheDriversResult) {
     }
     EXPECT_EQ(mapped, 1);
     EXPECT_EQ(priority, 2);
-}
-
-/** Words that would change if they were cut to 32 bits on a machine with longer ones. */
-constexpr uintptr_t word(uintptr_t number) {
-    return UINTPTR_MAX - number;
-}
-
-class PassedThrough : public library_test::LibraryTest {
-  protected:
-    /** Notes the words that a driver call gets under these names. */
-    void watch(const char *call, const std::vector<const char *> &names) {
-        driver().on(call).does([this, names](recording::Arguments &arguments) {
-            words_.clear();
-            for (const char *name : names) {
-                words_.push_back(arguments.word(name));
-            }
-            return 0;
-        });
-    }
-
-    std::vector<uintptr_t> words_;
-    uint32_t output_ = port_calls::kNotWritten;
-};
-
-TEST_F(PassedThrough, WordsOfTheQueueMapArriveWhole) {
-    watch("user_qos_pri_queue_map_set", {"unit", "zero", "priority", "queue"});
-    EXPECT_EQ(adp_cosq_mapping_set(word(1), word(2), word(3), word(4)), 0);
-    EXPECT_THAT(words_, ElementsAre(word(1), word(2), word(3), word(4)));
-    watch("user_qos_pri_queue_map_get", {"unit", "zero", "priority"});
-    EXPECT_EQ(adp_cosq_mapping_get(word(5), word(6), word(7), &output_), 0);
-    EXPECT_THAT(words_, ElementsAre(word(5), word(6), word(7)));
-}
-
-TEST_F(PassedThrough, WordsOfTheDscpMapArriveWhole) {
-    watch("user_qos_dscp_map_set", {"unit", "zero", "dscp", "priority"});
-    EXPECT_EQ(adp_dscp_map_set(word(1), word(2), word(3), word(4)), 0);
-    EXPECT_THAT(words_, ElementsAre(word(1), word(2), word(3), word(4)));
-    watch("user_qos_dscp_map_get", {"unit", "zero", "dscp"});
-    EXPECT_EQ(adp_dscp_map_get(word(5), word(6), word(7), &output_), 0);
-    EXPECT_THAT(words_, ElementsAre(word(5), word(6), word(7)));
-}
-
-TEST_F(PassedThrough, WordsOfTheRemapArriveWholeBehindASingleZero) {
-    watch("user_qos_pri_remap_set",
-          {"unit", "port", "priority", "new_priority", "option", "option2", "option3", "option4"});
-    EXPECT_EQ(adp_set_dot1p_pri_remap(word(1), word(2), word(3), word(4), word(5), word(6), word(7), word(8)), 0);
-    EXPECT_THAT(words_, ElementsAre(0u, word(1), word(2), word(4), word(5), word(6), word(7), word(8)));
-}
-
-TEST_F(PassedThrough, NoCallIsAddedAndNoUnit) {
-    EXPECT_EQ(adp_cosq_mapping_set(1, 2, 3, 4), 0);
-    EXPECT_EQ(adp_cosq_mapping_get(1, 2, 3, &output_), 0);
-    EXPECT_EQ(adp_dscp_map_set(1, 2, 3, 4), 0);
-    EXPECT_EQ(adp_dscp_map_get(1, 2, 3, &output_), 0);
-    EXPECT_EQ(adp_set_dot1p_pri_remap(1, 2, 3, 4, 5, 6, 7, 8), 0);
-    EXPECT_THAT(driver().trace(),
-                ElementsAre("user_qos_pri_queue_map_set(unit=1, zero=2, priority=3, queue=4)",
-                            "user_qos_pri_queue_map_get(unit=1, zero=2, priority=3)",
-                            "user_qos_dscp_map_set(unit=1, zero=2, dscp=3, priority=4)",
-                            "user_qos_dscp_map_get(unit=1, zero=2, dscp=3)",
-                            "user_qos_pri_remap_set(unit=0, port=1, priority=2, new_priority=4, option=5, option2=6, "
-                            "option3=7, option4=8)"));
-    EXPECT_EQ(output_, port_calls::kNotWritten);
-}
-
-TEST_F(PassedThrough, OutputsAreTheDriversAndSoAreTheResults) {
-    driver().on("user_qos_pri_queue_map_get").sets("queue", 0xFFFFFFFEu);
-    driver().on("user_qos_dscp_map_get").sets("priority", 0x80000001u).returns(-5);
-    EXPECT_EQ(adp_cosq_mapping_get(0, 0, 1, &output_), 0);
-    EXPECT_EQ(output_, 0xFFFFFFFEu);
-    EXPECT_EQ(adp_dscp_map_get(0, 0, 1, &output_), -5);
-    EXPECT_EQ(output_, 0x80000001u);
-}
-
-TEST_F(PassedThrough, ReturnsTheDriversResult) {
-    for (const int32_t failure : kFailures) {
-        for (const char *call : {"user_qos_pri_queue_map_set", "user_qos_pri_queue_map_get", "user_qos_dscp_map_set",
-                                 "user_qos_dscp_map_get", "user_qos_pri_remap_set"}) {
-            driver().fail_every(call, failure);
-        }
-        EXPECT_EQ(adp_cosq_mapping_set(1, 2, 3, 4), failure);
-        EXPECT_EQ(adp_cosq_mapping_get(1, 2, 3, &output_), failure);
-        EXPECT_EQ(adp_dscp_map_set(1, 2, 3, 4), failure);
-        EXPECT_EQ(adp_dscp_map_get(1, 2, 3, &output_), failure);
-        EXPECT_EQ(adp_set_dot1p_pri_remap(1, 2, 3, 4, 5, 6, 7, 8), failure);
-    }
-    EXPECT_EQ(output_, port_calls::kNotWritten);
 }
 
 }  // namespace

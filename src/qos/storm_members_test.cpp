@@ -1,4 +1,4 @@
-// Storm control of groups: the limit walks the counted slots, the reset of the exceeded flags always eight of them.
+// Storm control of groups: the limit visits the counted slots, the reset of the exceeded flags always eight slots.
 #include "tests/support/port_calls.h"
 
 namespace {
@@ -95,11 +95,11 @@ TEST_F(StormOfGroup, SkipsEmptySlotsAndCountsThem) {
     expect_walks(ports_between(4, 12), ports_between(4, 10));
 }
 
-TEST_F(StormOfGroup, WithoutMembersIsDoneAtOnce) {
+TEST_F(StormOfGroup, WithoutMembersSucceedsWithoutACall) {
     agg_manage_intf[kGroup - 1] = 5;
     expect_walks({}, {});
     set_active(kGroup, {4});
-    set_configured(kGroup, 0, 1);  // the second word is not looked at, and yet the bitmap is not empty
+    set_configured(kGroup, 0, 1);  // the second word is ignored, and yet the bitmap is not empty
     expect_walks({}, {});
     set_configured(kGroup, 0xF8000000);  // bits beyond the last user port
     expect_walks({}, {});
@@ -110,7 +110,7 @@ TEST_F(StormOfGroup, WithMoreMembersThanAListHoldsCountsNoneButResetsThoseListed
     expect_walks({}, ports_between(4, 10));
 }
 
-TEST_F(StormOfGroup, WithACountThatNoRecordHoldsWalksNothing) {
+TEST_F(StormOfGroup, WithACountAboveTheRecordsSizeVisitsNothing) {
     for (const int32_t count : {12, 26, 27, INT32_MAX, -1, INT32_MIN}) {
         set_active(kGroup, {4, 5});
         agg_info[kGroup - 1].count = count;

@@ -1,4 +1,4 @@
-// Storm control and the ingress limit of user ports, storm codes, and the device for which there is nothing to do.
+// Storm control and the ingress limit of user ports, storm codes, and the device that needs no call.
 #include "tests/support/port_calls.h"
 
 namespace {
@@ -116,7 +116,7 @@ class Storm : public library_test::LibraryTest {
 
 class StormDevice : public Storm {};
 
-TEST_F(StormDevice, OneHasNothingToDoWhateverTheInterface) {
+TEST_F(StormDevice, OneMakesNoCallForAnyInterface) {
     set_active(2, {4, 5});
     set_configured(2, 1u << 1);
     agg_manage_intf[1] = 1;
@@ -162,7 +162,7 @@ class StormCode : public Storm {
     }
 };
 
-// The code of the exceeded flag arrives as it is, cut to a byte; PortCall's line says so.
+// Only the exceeded flag gets the code itself, cut to a byte.
 TEST_F(StormCode, IsTheLowByteAndBecomesTheDriversTypeExceptForTheExceededFlag) {
     for (const uint32_t code : all_codes()) {
         for (const PortCall &call : calls_with_code(kDevice, code)) {

@@ -138,7 +138,7 @@ TEST_F(AllMembers, OfAGroupThatWasCutAreFoundUnderTheStoredNumberOnly) {
     EXPECT_EQ(driver().take(), calls(vlan_remove(5, 100), releases(5)));
 }
 
-TEST_F(AllMembers, GoWhateverTheDriverAnswers) {
+TEST_F(AllMembers, AreRemovedWhateverTheDriversResult) {
     for (const int32_t failure : stg_test::kFailures) {
         start_over();
         set_map({{1, 7}, {3, 7}});
@@ -150,7 +150,7 @@ TEST_F(AllMembers, GoWhateverTheDriverAnswers) {
     }
 }
 
-TEST_F(AllMembers, LeaveThroughPortMinusOneWithoutAMap) {
+TEST_F(AllMembers, ReleasePortMinusOneWithoutAMap) {
     library_test::drop_map();
     EXPECT_EQ(adp_del_msti_all_member(7), 0);
     EXPECT_EQ(driver().trace(), stg_test::state_sets(7, std::vector<int>(library_test::kUserPorts, -1), 4));

@@ -1,4 +1,4 @@
-// What the chip's counts and lists are answered with: constants, and the driver's own numbers and lists.
+// Counts and lists of the chip: some are constants, the others are the driver's own.
 #include "stg/testing/support.h"
 
 namespace {
@@ -11,7 +11,7 @@ class StgNumber : public stg_test::StgTest {
     uint32_t value_ = kNotWritten;
 };
 
-TEST_F(StgNumber, OfSupportedGroupsIsSixteenWhateverTheChipSays) {
+TEST_F(StgNumber, OfSupportedGroupsIsSixteenWhateverTheChipReports) {
     for (const uint32_t chip : {0u, 4u, 16u, 256u, 0xFFFFFFFFu}) {
         value_ = kNotWritten;
         driver().on("user_stg_max_support_count_get").sets("count", chip);
@@ -24,7 +24,7 @@ TEST_F(StgNumber, OfSupportedGroupsIsSixteenWhateverTheChipSays) {
     EXPECT_EQ(value_, 16u);
 }
 
-TEST_F(StgNumber, OfL2EntriesIs8192WhateverTheChipSays) {
+TEST_F(StgNumber, OfL2EntriesIs8192WhateverTheChipReports) {
     for (const uint32_t chip : {0u, 8192u, 16384u, 0xFFFFFFFFu}) {
         value_ = kNotWritten;
         driver().on("user_l2_cache_size_get").sets("size", chip);
@@ -33,7 +33,7 @@ TEST_F(StgNumber, OfL2EntriesIs8192WhateverTheChipSays) {
     }
 }
 
-TEST_F(StgNumber, OfTheDefaultGroupIsZeroWhateverTheChipSays) {
+TEST_F(StgNumber, OfTheDefaultGroupIsZeroWhateverTheChipReports) {
     for (const uint32_t chip : {0u, 1u, 0xFFFFFFFFu}) {
         value_ = kNotWritten;
         driver().on("user_stg_default_get").sets("stg", chip);
@@ -42,7 +42,7 @@ TEST_F(StgNumber, OfTheDefaultGroupIsZeroWhateverTheChipSays) {
     }
 }
 
-TEST_F(StgNumber, ThatAFailingDriverLeavesReachesTheCallerOnlyWhereTheDriverWritesItself) {
+TEST_F(StgNumber, OfAFailingDriverReachesTheCallerOnlyWhereTheDriverWritesTheOutput) {
     driver().on("user_stg_max_support_count_get").sets("count", 9u).returns(-1);
     driver().on("user_l2_cache_size_get").sets("size", 9u).returns(1);
     driver().on("user_stg_default_get").sets("stg", 9u).returns(1);
@@ -67,14 +67,14 @@ TEST_F(StgNumber, OfGroupsAndOfAGroupsVlansIsTheChips) {
     }
 }
 
-TEST_F(StgNumber, ThatNobodyWritesIsZero) {
+TEST_F(StgNumber, ThatTheDriverDoesNotWriteIsZero) {
     EXPECT_EQ(adp_get_max_stg(), 0);
     EXPECT_EQ(adp_get_stg_max_vlan(1), 0);
 }
 
 class StgLists : public stg_test::StgTest {};
 
-TEST_F(StgLists, HandTheDriversHandleOnWhole) {
+TEST_F(StgLists, PassTheDriversHandleOnWhole) {
     constexpr adp_word_t kHandle = UINTPTR_MAX - 1;
     for (const char *call : {"user_stg_vlan_list", "user_stg_list"}) {
         driver().on(call).sets("count", -3).does([](recording::Arguments &arguments) {

@@ -16,7 +16,7 @@ constexpr uint32_t kNoSuchVlans[] = {4096, 4097, 0x8000, 0xFFFF, 0x11000, 0xFFFF
 
 class MstiMember : public stg_test::StgTest {};
 
-TEST_F(MstiMember, OfNoGroupIsJustAdded) {
+TEST_F(MstiMember, OfNoGroupIsOnlyAdded) {
     for (const uint32_t vlan : {0u, 1u, 100u, 4094u, 4095u}) {
         start_over();
         EXPECT_EQ(adp_add_msti_member(2, vlan), 0);
@@ -92,7 +92,7 @@ TEST_F(MstiMember, RemovedIsInNoGroupWhicheverItWasIn) {
     EXPECT_EQ(map(), map_with({{101, 5}}));
 }
 
-TEST_F(MstiMember, RemovedFromAnyGroupNumberTellsTheDriver) {
+TEST_F(MstiMember, RemovedFromAnyGroupNumberCallsTheDriver) {
     for (const int32_t stg : {0, -1, 0x10005, INT32_MIN}) {
         EXPECT_EQ(adp_del_msti_member(stg, 4095), 0);
         EXPECT_EQ(driver().take(), calls(releases(stg), vlan_remove(stg, 4095)));
@@ -120,7 +120,7 @@ TEST_F(MstiMember, IsStoredEvenWhenTheDriverFails) {
     }
 }
 
-TEST_F(MstiMember, MoveGoesOnWhicheverCallFails) {
+TEST_F(MstiMember, MoveContinuesWhicheverCallFails) {
     const agg_test::Trace whole = calls(releases(2), vlan_remove(2, 100), vlan_add(3, 100));
     for (size_t failing = 0; failing < whole.size(); ++failing) {
         for (const int32_t failure : stg_test::kFailures) {
@@ -134,7 +134,7 @@ TEST_F(MstiMember, MoveGoesOnWhicheverCallFails) {
     }
 }
 
-TEST_F(MstiMember, RemovalGoesOnWhicheverCallFails) {
+TEST_F(MstiMember, RemovalContinuesWhicheverCallFails) {
     const agg_test::Trace whole = calls(releases(2), vlan_remove(2, 100));
     for (size_t failing = 0; failing < whole.size(); ++failing) {
         start_over();

@@ -6,7 +6,7 @@
 
 namespace {
 
-/** The map as its description has it, and how many calls it says the driver gets. */
+/** A naive model of the map, which also counts the driver calls that each operation makes. */
 class Model {
   public:
     struct Counts {
@@ -124,7 +124,7 @@ class RandomMembers : public stg_test::StgTest {
     bool is_refused_ = false;
 };
 
-TEST_F(RandomMembers, AreWhereANaiveModelHasThem) {
+TEST_F(RandomMembers, MatchANaiveModel) {
     for (uint32_t done = 0; done < kOperations; ++done) {
         operate();
         if (done % kBetweenWholeComparisons == 0) {

@@ -36,8 +36,8 @@ struct Reporting {
     /** RESULT stands for the driver's result, LINE for the source line. */
     const char *report;
     bool is_positive_a_failure = false;
-    /** For the calls that answer with the driver's count rather than with its result. */
-    bool answers_count = false;
+    /** For the calls that return the driver's count rather than its result. */
+    bool returns_count = false;
 };
 
 void PrintTo(const Reporting &call, std::ostream *out) {
@@ -89,11 +89,11 @@ TEST_P(StgReport, IsNotPrintedOtherwise) {
     const std::string before = table_bytes();
     for (const int32_t result : results(false)) {
         driver().on(driver_call_name()).returns(result);
-        if (GetParam().answers_count) {
+        if (GetParam().returns_count) {
             driver().on(driver_call_name()).sets("count", kChipCount);
         }
-        const int32_t answer = GetParam().answers_count ? static_cast<int32_t>(kChipCount) : result;
-        EXPECT_EQ(library_test::outcome_of(GetParam().run), (Outcome{answer, "", ""}));
+        const int32_t expected = GetParam().returns_count ? static_cast<int32_t>(kChipCount) : result;
+        EXPECT_EQ(library_test::outcome_of(GetParam().run), (Outcome{expected, "", ""}));
         EXPECT_THAT(driver().take(), ElementsAre(GetParam().driver_call));
     }
     EXPECT_EQ(table_bytes(), before);

@@ -69,7 +69,7 @@ TEST_F(RingPort, AsAGroupWithoutMembersSetsNothing) {
     EXPECT_THAT(driver().trace(), IsEmpty());
 }
 
-TEST_F(RingPort, AsAGroupOfNineOrMoreWalksSlotsThatWereNotFilled) {
+TEST_F(RingPort, AsAGroupOfNineOrMoreVisitsSlotsThatWereNotFilled) {
     for (const size_t count : {9u, 11u}) {
         set_active(kGroup, agg_test::first_ports(count));
         EXPECT_EQ(set(kAgg), Outcome{});

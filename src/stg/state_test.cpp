@@ -26,7 +26,7 @@ class MstpState : public stg_test::StgTest {
     }
 };
 
-TEST_F(MstpState, OfAPortIsHandedOnUnchanged) {
+TEST_F(MstpState, OfAPortIsPassedOnUnchanged) {
     EXPECT_EQ(set(1, 5, 0), Outcome{});
     EXPECT_EQ(set(26, 0x10005, 0xFFFFFFFF), Outcome{});
     EXPECT_EQ(set(3, INT32_MIN, 0x10001), Outcome{});
@@ -93,7 +93,7 @@ TEST_F(MstpState, OfAGroupStopsAtTheFirstFailureAndReportsTheMember) {
     EXPECT_EQ(table_bytes(), before);
 }
 
-TEST_F(MstpState, ReportShowsAnEmptySlotAndAnUnmappedMemberAsTheyAre) {
+TEST_F(MstpState, ReportShowsAnEmptySlotAndAnUnmappedMemberUnchanged) {
     set_active(kGroup, {0, 200});
     driver().fail_call(0, -7);
     EXPECT_EQ(set(kAgg, -3), (Outcome{-7, report(0, 0, -3), ""}));

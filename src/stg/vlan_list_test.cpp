@@ -15,7 +15,7 @@ constexpr uint32_t kGroupChunk = 64;
 constexpr uint32_t kVlanChunk = 1024;
 constexpr uint16_t kUntouchedVlan = 0xAAAA;
 
-/** A chip with groups 1, 2, 3 ..., of which one has VLANs. */
+/** A chip with groups 1, 2, 3 ..., one of which has VLANs. */
 class StgVlans : public stg_test::StgTest {
   protected:
     void SetUp() override { start(); }
@@ -33,10 +33,10 @@ class StgVlans : public stg_test::StgTest {
         });
     }
 
-    /** The VLAN at a place of the list: no two alike, none zero, not in order. */
+    /** The VLAN at a place of the list: all differ, none is zero, and they are not in order. */
     static uint16_t vlan_at(uint32_t place) { return static_cast<uint16_t>(place * 7 + 3); }
 
-    /** A chip with so many groups and so many VLANs in each. */
+    /** A chip with this many groups, and this many VLANs in each. */
     void chip(uint32_t groups, uint32_t vlans) {
         groups_ = groups;
         vlans_ = vlans;
@@ -47,15 +47,15 @@ class StgVlans : public stg_test::StgTest {
         return stg_test::reported_by([&] { return adp_get_stg_vlan_list(stg, out_.data()); });
     }
 
-    /** Writes all places of the chunk, those behind the last number as 0x7777. */
+    /** Writes all places of the chunk, those after the last number as 0x7777. */
     template <typename T, typename Number>
     static int32_t fill_chunk(recording::Arguments &arguments, const char *name, uint32_t count, Number number) {
-        constexpr T kBehindTheLast = 0x7777;
+        constexpr T kAfterTheLast = 0x7777;
         const uint32_t size = arguments.u32("chunk_size");
         auto *to = static_cast<T *>(arguments.pointer(name));
         for (uint32_t place = 0; place < size; ++place) {
             const uint32_t n = arguments.u32("chunk_index") * size + place;
-            to[place] = n < count ? static_cast<T>(number(n)) : kBehindTheLast;
+            to[place] = n < count ? static_cast<T>(number(n)) : kAfterTheLast;
         }
         return 0;
     }
@@ -98,7 +98,7 @@ class StgVlans : public stg_test::StgTest {
     std::vector<uint16_t> out_;
 };
 
-TEST_F(StgVlans, AreNotThereWithoutGroups) {
+TEST_F(StgVlans, AreNotFoundWithoutGroups) {
     const struct {
         uint32_t chip;
         const char *shown;
@@ -112,7 +112,7 @@ TEST_F(StgVlans, AreNotThereWithoutGroups) {
     }
 }
 
-TEST_F(StgVlans, AreNotThereWhenTheGroupsCannotBeCounted) {
+TEST_F(StgVlans, AreNotFoundWhenTheGroupsCannotBeCounted) {
     driver().fail_every("user_stg_stg_count_get", -7);
     EXPECT_EQ(list(1), (Outcome{0, "adp_get_max_stg LINE fail.ret=-7\n",
                                 "adp_get_stg_vlan_list LINE: get STG count failed! STG count=-7\n"}));
@@ -131,7 +131,7 @@ TEST_F(StgVlans, AreFoundForTheFirstAndTheLastGroup) {
     }
 }
 
-TEST_F(StgVlans, AreNotThereForAGroupThatTheChipDoesNotHave) {
+TEST_F(StgVlans, AreNotFoundForAGroupUnknownToTheChip) {
     for (const uint32_t groups : {1u, 63u, 64u}) {
         for (const int32_t stg : {0, -1, 65, 0x10001, 0x7777}) {
             chip(groups, 2);
@@ -178,7 +178,7 @@ TEST_F(StgVlans, OfAnEmptyGroupAreNotRead) {
     EXPECT_EQ(out_, written(0));
 }
 
-TEST_F(StgVlans, AreNotReadWhenTheyAreMoreThanThereAre) {
+TEST_F(StgVlans, AreNotReadWhenTheirCountExceedsAllVlans) {
     for (const uint32_t vlans : {4097u, 5120u, 0x7FFFFFFFu}) {
         chip(3, vlans);
         EXPECT_EQ(list(2), Outcome{}) << vlans;
@@ -187,7 +187,7 @@ TEST_F(StgVlans, AreNotReadWhenTheyAreMoreThanThereAre) {
     }
 }
 
-TEST_F(StgVlans, OfANegativeNumberAreThatNumberAndAskForTheChunksUpToItsQuotient) {
+TEST_F(StgVlans, OfANegativeCountReturnTheCountAndReadTheChunksUpToItsQuotient) {
     const struct {
         int32_t count;
         uint32_t chunks;
@@ -219,14 +219,14 @@ TEST_F(StgVlans, OfAGroupWhoseChunkCannotBeReadAreNotFound) {
     EXPECT_EQ(out_, written(0));
 }
 
-TEST_F(StgVlans, AreFoundWhenOnlyTheChunkBehindTheLastGroupFails) {
+TEST_F(StgVlans, AreFoundWhenOnlyTheChunkAfterTheLastGroupFails) {
     chip(64, 2);
     driver().fail_call(2, -3);
     EXPECT_EQ(list(64), (Outcome{2, "adp_get_stg_each_time_list LINE fail.ret=-3\n", ""}));
     EXPECT_EQ(out_, written(2));
 }
 
-TEST_F(StgVlans, OfAChunkThatFailsAreZerosAndTheOthersAreReadAllTheSame) {
+TEST_F(StgVlans, OfAChunkThatFailsAreZerosAndTheOthersAreStillRead) {
     constexpr size_t kCallsBefore = 3;
     const std::string report = "adp_get_stg_vlan_each_time_list LINE fail.stg 2 ret=-3\n";
     for (const uint32_t failing : {0u, 1u, 3u, 4u}) {

@@ -16,7 +16,7 @@ constexpr int32_t kFailures[] = {-1, 1, 77, INT32_MIN};
 constexpr uint32_t kOtherTypes[] = {0x20000001, 0x30000000, 0x70000002, 0xFFFFFFFF};
 constexpr uint32_t kNoGroups[] = {ADP_AGG_INTF(0), ADP_AGG_INTF(9), 0x1FFFFFFF};
 
-// Arguments that are not cut have bits above the low 16; those that are keep bit 15, which is no sign.
+// Arguments that are not cut have bits above the low 16; those that are cut keep bit 15, which is not a sign.
 constexpr adp_word_t kA = 0xA1110001;
 constexpr adp_word_t kB = 0xB2220002;
 constexpr adp_word_t kE = 0xE4440004;
@@ -59,7 +59,7 @@ TEST_P(DoubleTagSet, OnAPortCutsWhatIsMarkedAndNothingElse) {
     EXPECT_EQ(driver().trace(), on_ports({4, 29}));
 }
 
-TEST_P(DoubleTagSet, OnTheCpuRowAndAnUnmappedPortIsHandedOn) {
+TEST_P(DoubleTagSet, OnTheCpuRowAndAnUnmappedPortIsPassedOn) {
     EXPECT_EQ(run(0), 0);
     EXPECT_EQ(run(27), 0);
     EXPECT_EQ(driver().trace(), on_ports({0, -1}));
@@ -224,7 +224,7 @@ class DoubleTagOutput : public library_test::LibraryTest {
     uint32_t second_ = kNotWritten;
 };
 
-TEST_F(DoubleTagOutput, IsWhatTheDriverWritesUncut) {
+TEST_F(DoubleTagOutput, IsWhatTheDriverWrites) {
     driver().on("user_vlan_dtag_get").sets("outer_vid", 0x12345678u).sets("priority", 0xFFFFFFFFu);
     EXPECT_EQ(adp_vlan_dtag_get(1, 2, &first_, &second_), 0);
     EXPECT_EQ(first_, 0x12345678u);

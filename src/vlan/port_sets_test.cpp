@@ -38,7 +38,7 @@ TEST_F(VlanPortSets, SetBitZeroIsTheCpuPortOnceItsRowExists) {
     EXPECT_EQ(set_trace(Set{0, 1}, Set{}), "user_vlan_port_set(unit=0, zero=0, vid=100, members={4,30}, untagged={})");
 }
 
-TEST_F(VlanPortSets, SetDropsWhatDoesNotTranslate) {
+TEST_F(VlanPortSets, SetDropsInterfacesWithoutAPort) {
     ASSERT_EQ(adp_add_phy_port(3, 0, 0, 256, 0), 0);
     ASSERT_EQ(adp_add_phy_port(4, 0, 0, 0xFFFFFFFF, 0), 0);
     ASSERT_EQ(adp_add_phy_port(5, 0, 0, 255, 0), 0);
@@ -76,7 +76,7 @@ TEST_F(VlanPortSets, GetDropsPortsThatNoRowNames) {
     Set untagged{9};
     EXPECT_EQ(adp_vlan_port_get(7, members.word, untagged.word), 0);
     EXPECT_EQ(members, (Set{1}));
-    EXPECT_EQ(untagged, (Set{6}));  // the driver left it alone: what stood there is translated
+    EXPECT_EQ(untagged, (Set{6}));  // the driver has not written it: the previous content is translated
 }
 
 TEST_F(VlanPortSets, GetTranslatesEvenWhenTheDriverFails) {

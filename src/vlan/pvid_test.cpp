@@ -21,7 +21,7 @@ TEST_F(Pvid, SetOnAUserPortReturnsTheDriversResult) {
     EXPECT_EQ(adp_intf_pivd_set(1, 100), -33);
 }
 
-TEST_F(Pvid, SetHandsAnUnmappedPortOn) {
+TEST_F(Pvid, SetPassesAnUnmappedPortOn) {
     EXPECT_EQ(adp_intf_pivd_set(27, 100), 0);
     EXPECT_THAT(driver().trace(), ElementsAre(kSetOnNoPort));
 }
@@ -55,7 +55,7 @@ TEST_F(Pvid, SetOnAnEmptyGroupDoesNothing) {
     EXPECT_THAT(driver().trace(), IsEmpty());
 }
 
-TEST_F(Pvid, SetOnAGroupOfNineWalksTheSlotsThatWereNotFilled) {
+TEST_F(Pvid, SetOnAGroupOfNineVisitsTheSlotsThatWereNotFilled) {
     set_active(2, {4, 5, 6, 7, 8, 9, 10, 11, 12});
     EXPECT_EQ(adp_intf_pivd_set(kAgg2, 100), 0);
     EXPECT_THAT(driver().trace(), IsEmpty());

@@ -1,4 +1,4 @@
-// Translation and subnet entries: one driver call each, with VLAN ids cut to 16 bits and everything else handed on.
+// Translation and subnet entries: one driver call each, with VLAN ids cut to 16 bits and everything else passed on.
 #include "vlan/testing/plain_calls.h"
 
 namespace {
@@ -6,7 +6,7 @@ namespace {
 using ::testing::ElementsAre;
 using vlan_test::PlainCall;
 
-// Arguments that are not cut have bits above the low 16; those that are keep bit 15, which is no sign.
+// Arguments that are not cut have bits above the low 16; those that are cut keep bit 15, which is not a sign.
 constexpr adp_word_t kA = 0xA1110001;
 constexpr adp_word_t kB = 0xB2220002;
 constexpr adp_word_t kC = 0xC3330003;
@@ -52,7 +52,7 @@ INSTANTIATE_TEST_SUITE_P(
         PlainCall{"DoubleTagDeleteAll", adp_vlan_dtag_delete_all, "user_vlan_dtag_delete_all(unit=0, zero=0)"}),
     vlan_test::name_of);
 
-/** A call whose driver's-own arguments may be addresses: as wide as the machine's, which the trace does not show. */
+/** A call whose driver-specific arguments may be addresses: as wide as a pointer; the trace shows only 32 bits. */
 struct WideCall {
     const char *name;
     adp_status_t (*run)(const adp_word_t *words);
@@ -66,7 +66,7 @@ void PrintTo(const WideCall &call, std::ostream *out) {
 
 class WideArguments : public library_test::LibraryTest, public ::testing::WithParamInterface<WideCall> {};
 
-TEST_P(WideArguments, AreHandedOnWhole) {
+TEST_P(WideArguments, ArePassedOnWhole) {
     constexpr adp_word_t kWords[] = {UINTPTR_MAX - 1, UINTPTR_MAX - 2, UINTPTR_MAX - 3, UINTPTR_MAX - 4,
                                      UINTPTR_MAX - 5};
     std::vector<adp_word_t> seen;
@@ -129,7 +129,7 @@ INSTANTIATE_TEST_SUITE_P(
                  {"option"}}),
     [](const auto &row) { return std::string(row.param.name); });
 
-/** The two reads, which differ in nothing but the table. */
+/** The two reads, which differ only in the table. */
 struct Read {
     const char *name;
     adp_status_t (*get)(adp_word_t, uint32_t, uint32_t *, uint32_t *);
@@ -138,7 +138,7 @@ struct Read {
 
 class TranslationRead : public library_test::LibraryTest, public ::testing::WithParamInterface<Read> {};
 
-TEST_P(TranslationRead, AnswersUncutInTheCallersOutputs) {
+TEST_P(TranslationRead, ReturnsWholeValuesInTheCallersOutputs) {
     driver().on(GetParam().driver_call).sets("new_vid", 0x12345678u).sets("priority", 0xFFFFFFFFu);
     uint32_t vid = 0;
     uint32_t priority = 0;

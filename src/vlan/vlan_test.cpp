@@ -7,7 +7,7 @@ using ::testing::ElementsAre;
 using vlan_test::PlainCall;
 using vlan_test::PlainVlanCall;
 
-// Port sets that the plain membership calls hand through by address.
+// Port sets that the plain membership calls pass on by address.
 const adp_ports_t kPorts = {1u << 4 | 1u << 5, 0, 0, 0, 0, 0, 0, 1u << 31};
 const adp_ports_t kUntagged = {1u << 5};
 const adp_word_t kPortsWord = reinterpret_cast<adp_word_t>(kPorts);
@@ -47,7 +47,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 class VlanDefault : public library_test::LibraryTest {};
 
-TEST_F(VlanDefault, ComesFromTheDriverUncut) {
+TEST_F(VlanDefault, ComesFromTheDriverWhole) {
     driver().on("user_vlan_default_get").sets("vid", 0x12345678u);
     uint32_t vlan = 0;
     EXPECT_EQ(adp_vlan_default_get(&vlan), 0);

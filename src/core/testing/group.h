@@ -1,4 +1,4 @@
-// What the tests of groups share: links of ports, an event receiver that writes to the driver's trace, and the calls
+// Shared by the tests of groups: links of ports, an event receiver that writes to the driver's trace, and the calls
 // that are expected there. Ports are physical ones; on the default board interface i is port i + 3.
 #pragma once
 
@@ -71,17 +71,17 @@ inline Trace reads(const std::string &call, const Ports &ports) {
     return lines;
 }
 
-/** What the workers read. */
+/** The links that the workers read. */
 inline Trace link_reads(const Ports &ports) {
     return reads("user_port_link_status_get", ports);
 }
 
-/** What the election reads. */
+/** The links that the election reads. */
 inline Trace fibre_reads(const Ports &ports) {
     return reads("user_fiberport_link_status_get", ports);
 }
 
-/** An announcement with the trace off, or with @p place given, on. */
+/** An announcement with tracing off; with @p place given, tracing is on. */
 inline Trace announced(uint32_t group, const std::string &word, const std::string &place = "") {
     const std::string text = "interface aggregateport " + std::to_string(group) + ", changed state to " + word;
     Trace lines = {"sys_trace_get()"};
@@ -154,14 +154,14 @@ class AggTest : public library_test::LibraryTest {
         LibraryTest::SetUp();
         links_.clear();
         fibre_links_.clear();
-        answer_with(&links_, "user_port_link_status_get");
-        answer_with(&fibre_links_, "user_fiberport_link_status_get");
+        script_links(&links_, "user_port_link_status_get");
+        script_links(&fibre_links_, "user_fiberport_link_status_get");
         adp_register_agg_event_cb(note_event);
     }
 
-    /** What link attribute 11 reads on a physical port. */
+    /** The value that link attribute 11 reads on a physical port. */
     void set_link(int port, uint32_t status) { links_[port] = status; }
-    /** What link attribute 14 reads. */
+    /** The value that link attribute 14 reads. */
     void set_fibre_link(int port, uint32_t status) { fibre_links_[port] = status; }
     void set_links(const Ports &ports) {
         for (const uint8_t port : ports) {
@@ -175,7 +175,7 @@ class AggTest : public library_test::LibraryTest {
         set_active(group, ports);
     }
 
-    /** Every table holds something, for each group something else. */
+    /** Every table holds values, different ones for each group. */
     static void fill_tables() {
         for (uint32_t group = 1; group <= ADP_AGG_GROUPS; ++group) {
             const auto port = static_cast<uint8_t>(group + 3);
@@ -195,7 +195,7 @@ class AggTest : public library_test::LibraryTest {
     }
 
   private:
-    static void answer_with(const std::map<int, uint32_t> *links, const char *call) {
+    static void script_links(const std::map<int, uint32_t> *links, const char *call) {
         driver().on(call).does([links](recording::Arguments &arguments) {
             const auto link = links->find(arguments.i32("port"));
             *static_cast<uint32_t *>(arguments.pointer("status")) = link == links->end() ? 0 : link->second;

@@ -1,4 +1,4 @@
-// What the tests of the field processor share: rule records, and calls made to the library and to the model alike,
+// Shared by the tests of the field processor: rule records, and calls made to both the library and the model,
 // whose results, traces, printed texts and lists of rules are then compared.
 #pragma once
 
@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "fp/testing/model.h"
+#include "fp/testing/model_install.h"
 #include "tests/support/fake_system.h"
 #include "tests/support/library_test.h"
 
@@ -34,7 +34,7 @@ inline void set_words(uint8_t *field, const std::vector<uint32_t> &words) {
     }
 }
 
-/** A qualifier's field: addresses are bytes, the most significant first, everything else words. */
+/** A qualifier's field: addresses are bytes, most significant first; everything else is words. */
 inline void set_condition(uint8_t *field, uint32_t type, const std::vector<uint32_t> &words) {
     constexpr uint32_t kLastAddress = ADP_FP_QUALIFY_DST_MAC;
     if (type > kLastAddress) {
@@ -70,7 +70,7 @@ inline FpEntity with_qualifiers(FpEntity rule, std::initializer_list<uint32_t> t
     return rule;
 }
 
-/** A record with something of everything, also where nothing is used: what is overrun shows. */
+/** A record with a value in every byte, used or not, so that an overrun is found. */
 inline FpEntity full_record(uint32_t submodule_type, uint32_t entity_id) {
     FpEntity rule = {};
     auto *bytes = reinterpret_cast<uint8_t *>(&rule);
@@ -90,7 +90,7 @@ inline std::string bytes_of(const FpEntity &rule) {
     return {reinterpret_cast<const char *>(&rule), sizeof rule};
 }
 
-/** Without the lines of log and trace. */
+/** The trace without the lines of log and trace. */
 inline Trace driver_calls(const Trace &trace) {
     Trace calls;
     for (const std::string &line : trace) {
@@ -101,7 +101,7 @@ inline Trace driver_calls(const Trace &trace) {
     return calls;
 }
 
-/** What goes to the log and to the trace. */
+/** The lines of log and trace alone. */
 inline Trace log_calls(const Trace &trace) {
     Trace calls;
     for (const std::string &line : trace) {
@@ -134,7 +134,7 @@ inline Trace joined(std::initializer_list<Trace> parts) {
     return all;
 }
 
-/** Shows the first line that differs only: traces are long. */
+/** Shows only the first line that differs: traces are long. */
 inline void expect_same(const Trace &trace, const Trace &expected) {
     const auto [line, expected_line] = std::mismatch(trace.begin(), trace.end(), expected.begin(), expected.end());
     EXPECT_EQ(line == trace.end() ? "the end" : *line, expected_line == expected.end() ? "the end" : *expected_line)
@@ -159,7 +159,7 @@ class FpTest : public library_test::LibraryTest {
         model_ = Model();
     }
 
-    /** @name A call to library and model; everything about it must agree. The library's result. */
+    /** @name A call to library and model, which must agree in everything; returns the library's result. */
     /** @{ */
     int32_t install(const FpEntity &rule) {
         return both([&] { return adp_fp_add_entity_rule(rule); }, [&] { return model_.install(rule); });
@@ -199,8 +199,7 @@ class FpTest : public library_test::LibraryTest {
     /** Every log line goes to the trace as well. */
     void trace_on() { fail_every("sys_trace_get", 1); }
 
-    /** Runs @p operation, behind @p prepare, once for each call that it makes and each failure, with that call failing.
-     */
+    /** Runs @p operation after @p prepare, once for each of its calls and each failure, with that call failing. */
     void fail_each_call(const std::function<void()> &prepare, const std::function<void()> &operation) {
         start();
         prepare();
@@ -219,7 +218,17 @@ class FpTest : public library_test::LibraryTest {
         }
     }
 
-    /** What the last call of library and model made. */
+    /** A node that the test puts into the list, without an installation. */
+    static FpListNode *put(const FpEntity &rule) {
+        auto *node = static_cast<FpListNode *>(calloc(1, sizeof(FpListNode)));
+        node->entity = rule;
+        node->link = {&acl_fp_list_head, acl_fp_list_head.prev};
+        acl_fp_list_head.prev->next = &node->link;
+        acl_fp_list_head.prev = &node->link;
+        return node;
+    }
+
+    /** The trace and output of the last call. */
     [[nodiscard]] const Trace &last_trace() const { return last_trace_; }
     [[nodiscard]] Trace last_driver_calls() const { return driver_calls(last_trace_); }
     [[nodiscard]] const std::string &last_printed() const { return last_printed_; }

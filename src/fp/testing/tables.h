@@ -1,4 +1,4 @@
-// The tables of the field processor, written down a second time for the tests: rows are compared with the library's,
+// The tables of the field processor, written a second time for the tests: rows are compared with the library's,
 // and expected calls and log lines are made from these.
 #pragma once
 
@@ -70,7 +70,7 @@ inline const Submodule *submodule(uint32_t type) {
     return found == std::rend(kSubmodules) ? nullptr : &*found;
 }
 
-/** How a call takes data and mask. */
+/** How a call is given data and mask. */
 enum class Takes : uint8_t { kBytes, kWord, kLow16, kLow8, kWordAlone, kPorts };
 
 struct QualifierRow {

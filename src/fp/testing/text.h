@@ -1,4 +1,4 @@
-// Traces as the tests of the field processor write them: numbers, blocks of bytes and sets of ports as text.
+// Traces of the field processor's tests: numbers, blocks of bytes and sets of ports as text.
 #pragma once
 
 #include <adp/fp.h>
@@ -14,12 +14,12 @@ namespace fp_test {
 
 using Trace = std::vector<std::string>;
 
-/** What printf makes of the format; no text of the field processor is longer. */
+/** The text that printf makes of the format; every text of the field processor fits. */
 inline std::string text_of(const char *format, ...) {
     char text[512];
     va_list values;
     va_start(values, format);
-    // The formats come out of tables; to the compiler they are no literals.
+    // The formats come from tables, so the compiler does not see literals.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
     std::vsnprintf(text, sizeof text, format, values);

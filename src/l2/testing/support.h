@@ -1,4 +1,4 @@
-// What the tests of the L2 tables share: an address, the blocks of 88 bytes that go to the driver, and a fixture that
+// Shared by the tests of the L2 tables: an address, the blocks of 88 bytes that go to the driver, and a fixture that
 // keeps the bytes of such blocks.
 #pragma once
 
@@ -36,7 +36,7 @@ class Block {
         std::memcpy(&bytes_.at(offset), kMac, sizeof kMac);
         return *this;
     }
-    /** Every word something else. The bytes of each are alike, so that the numbers in it are too on every machine. */
+    /** Every word differs. The bytes of a word are equal, so that it is the same number on every machine. */
     Block &fill() {
         for (size_t at = 0; at < bytes_.size(); ++at) {
             bytes_[at] = static_cast<uint8_t>(at / sizeof(uint32_t) + 0x11);
@@ -57,7 +57,7 @@ Bytes bytes_of(const T &object) {
 
 class L2Test : public library_test::LibraryTest {
   protected:
-    /** Keeps the bytes of @p argument of every such call, which answers with @p result. */
+    /** Keeps the bytes of @p argument of every such call, which returns @p result. */
     void keep(const char *call, const char *argument, int32_t result = 0) {
         driver().on(call).does([this, argument, result](recording::Arguments &arguments) {
             const auto bytes = arguments.bytes(argument);
@@ -71,7 +71,7 @@ class L2Test : public library_test::LibraryTest {
     /** The blocks kept since the last time. */
     std::vector<Bytes> kept() { return std::exchange(kept_, {}); }
 
-    /** The driver sees these words whole in the named arguments, although a trace shows 32 bits of them. */
+    /** The driver gets these words whole in the named arguments; a trace shows only 32 bits of them. */
     static void expect_words(const char *call, const std::vector<std::pair<std::string, adp_word_t>> &words) {
         driver().on(call).does([words](recording::Arguments &arguments) {
             for (const auto &[name, value] : words) {
@@ -85,9 +85,9 @@ class L2Test : public library_test::LibraryTest {
     std::vector<Bytes> kept_;
 };
 
-/** The call hands on whatever the driver answers. */
+/** The call returns the driver's result, whatever it is. */
 template <typename Run>
-void expect_results_handed_on(const std::string &call, Run run) {
+void expect_results_passed_on(const std::string &call, Run run) {
     for (const int32_t failure : kFailures) {
         recording::driver().fail_every(call, failure);
         EXPECT_EQ(run(), failure) << call;

@@ -1,4 +1,4 @@
-// Shared by the transmit tests: the fake system, a frame, destination lists and scripted VLAN records.
+// Shared by the transmit tests: the fake system, a frame and the form in which it is sent, destination lists.
 #pragma once
 
 #include <deque>
@@ -10,6 +10,13 @@ namespace transmit_test {
 
 using Bytes = std::vector<uint8_t>;
 
+inline constexpr uint32_t kAgg1 = ADP_AGG_INTF(1);
+inline constexpr uint32_t kAgg2 = ADP_AGG_INTF(2);
+
+constexpr uint64_t bit(uint32_t n) {
+    return 1ull << n;
+}
+
 inline Bytes make_frame(size_t length) {
     Bytes frame(length);
     for (size_t i = 0; i < length; ++i) {
@@ -18,7 +25,7 @@ inline Bytes make_frame(size_t length) {
     return frame;
 }
 
-/** The frame as it must leave: the tag behind the source address. */
+/** The frame as it must be sent: the tag after the source address. */
 inline Bytes with_tag(const Bytes &frame, uint32_t word1, uint32_t word2 = 0) {
     Bytes tagged(frame.begin(), frame.begin() + 12);
     for (const uint32_t value : {0x88740000u | word1 >> 16, (word1 & 0xFFFF) << 16 | word2 >> 16}) {
@@ -57,14 +64,7 @@ class Destinations {
 
 class TransmitTest : public library_test::LibraryTest {
   protected:
-    static void set_vlan_members(uint64_t members) {
-        uint32_t record[16] = {};
-        record[2] = static_cast<uint32_t>(members >> 32);
-        record[3] = static_cast<uint32_t>(members);
-        driver().on("get_vlan_info").sets_object("record", record);
-    }
-
-    /** The port map's tables are allocated while the fake is on: they count as held from the start. */
+    /** The port map's tables are allocated while the fake is on, so they count as held from the start. */
     void SetUp() override {
         library_test::LibraryTest::SetUp();
         tables_ = system().outstanding_allocations();
@@ -77,7 +77,7 @@ class TransmitTest : public library_test::LibraryTest {
     size_t allocations() { return system().allocations() - allocations_before_; }
     size_t held() { return system().outstanding_allocations() - tables_; }
 
-    /** Nothing that a call took is still held. */
+    /** A call has released everything that it allocated or opened. */
     void expect_nothing_held() {
         EXPECT_EQ(held(), 0u);
         EXPECT_EQ(system().open_descriptors(), 0u);
@@ -87,6 +87,33 @@ class TransmitTest : public library_test::LibraryTest {
     fake_system::Session session_;
     size_t tables_ = 0;
     size_t allocations_before_ = 0;
+};
+
+/** A frame for __adp_transmit_frame(), after a successful adp_pkt_init(). */
+class TransmitModeTest : public TransmitTest {
+  protected:
+    void SetUp() override {
+        TransmitTest::SetUp();
+        ASSERT_GT(adp_pkt_init(), 0);
+    }
+
+    adp_status_t send(uint32_t mode, const Destinations *list, uint32_t vid = ADP_NO_VLAN, uint32_t source = 0) {
+        const adp_tx_frame_t desc = {frame.data(), static_cast<uint32_t>(frame.size()), source};
+        return __adp_transmit_frame(&desc, list == nullptr ? nullptr : list->head(), vid, mode);
+    }
+
+    void expect_sent(uint32_t word1, uint32_t word2 = 0) {
+        ASSERT_FALSE(system().sent().empty());
+        EXPECT_EQ(system().sent().back().bytes, with_tag(frame, word1, word2));
+        EXPECT_EQ(held(), 0u);
+    }
+
+    void expect_nothing_sent() {
+        EXPECT_TRUE(system().sent().empty());
+        EXPECT_EQ(held(), 0u);
+    }
+
+    Bytes frame = make_frame(60);
 };
 
 }  // namespace transmit_test

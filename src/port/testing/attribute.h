@@ -1,4 +1,4 @@
-// Shared by the attribute tests: the calls that a port gets, written once and expanded over ports, and the run that
+// Shared by the attribute tests: the calls that a port gets, written once and expanded over ports, and a run that
 // lets each driver call fail in turn. Sleeping shows in the trace between the driver calls, and takes no time.
 #pragma once
 
@@ -20,7 +20,7 @@ constexpr int32_t kPositiveError = 77;
 inline const std::vector<uint32_t> kNoGroups = {ADP_AGG_INTF(0), ADP_AGG_INTF(9), 0x1FFFFFFFu};
 inline const std::vector<uint32_t> kOtherTypes = {0x20000001u, 0x30000000u, 0x80000001u, 0xFFFFFFFFu};
 
-/** A driver call on a port, as the trace shows it but for the port; without a name a sleep. */
+/** A driver call on a port, as the trace shows it, without the port. */
 struct PortCall {
     std::string name;
     std::string values;
@@ -50,6 +50,19 @@ inline Lines operator+(Lines first, const Lines &second) {
 
 inline std::string value_of(const char *name, uint32_t value) {
     return std::string(name) + "=" + std::to_string(value);
+}
+
+constexpr uint32_t kGigabit = 1000;
+constexpr uint32_t kTenGigabit = 10000;
+inline const PortCall kReadAbilities = {"user_port_ability_advert_get", ""};
+inline const PortCall kStartAutoneg = {"user_port_autoneg_set", "enable=1"};
+
+inline PortCall write_abilities(uint32_t abilities) {
+    return {"user_port_ability_advert_set", value_of("abilities", abilities)};
+}
+
+inline Lines maximum_reads(const std::vector<int32_t> &ports) {
+    return lines_of({{"user_port_speed_max", ""}}, ports);
 }
 
 inline const std::string kPause = "usleep(500000)";
@@ -87,9 +100,9 @@ class AttributeTest : public library_test::LibraryTest {
     }
 
     /**
-     * Runs an operation whose calls all succeed, then once for each of its driver calls with that one failing, below
-     * zero and above: it gives 102 or the driver's own result, makes no further call, and the tables are as after the
-     * success.
+     * Runs an operation whose calls all succeed. Then runs it again with each of its driver calls failing in turn, with
+     * a negative and a positive result: it returns 102 or the driver's own result, makes no further call, and the
+     * tables are the same as after the success.
      */
     static void expect_each_failure(const std::function<void()> &prepare,
                                     const std::function<adp_status_t()> &operation, bool own_result = false) {
@@ -116,6 +129,14 @@ class AttributeTest : public library_test::LibraryTest {
     fake_system::Session session_;
 };
 
+/** Reads of one attribute. */
+class GetAttributeTest : public AttributeTest {
+  protected:
+    adp_status_t get(uint32_t intf, uint32_t selector) { return adp_get_phy_port_attr(intf, selector, &value); }
+
+    uint32_t value = kUnwritten;
+};
+
 /** A set whose calls on each port are these. */
 struct SetCase {
     const char *name;
@@ -125,7 +146,7 @@ struct SetCase {
     Calls calls;
     uint32_t read_abilities = 0; /**< the advertisement as the driver gives it */
     uint32_t read_autoneg = 0;
-    uint32_t maximum = 0; /**< non-zero where the maximum speed is asked for first */
+    uint32_t maximum = 0; /**< non-zero where the maximum speed is read first */
     bool own_result = false;
 };
 
@@ -148,8 +169,8 @@ class SetOnConfigured : public AttributeTest, public ::testing::WithParamInterfa
 
     /** What the set does on these ports. */
     static Lines lines_on(const std::vector<int32_t> &ports) {
-        const Lines asked = GetParam().maximum == 0 ? Lines{} : lines_of({{"user_port_speed_max", ""}}, ports);
-        return asked + lines_of(GetParam().calls, ports);
+        const Lines reads = GetParam().maximum == 0 ? Lines{} : maximum_reads(ports);
+        return reads + lines_of(GetParam().calls, ports);
     }
 
     /** The set succeeds and does exactly this. */

@@ -1,4 +1,4 @@
-// What the tests of spanning-tree groups share: expected lines of the trace, and reports whose source line is not
+// Shared by the tests of spanning-tree groups: expected lines of the trace, and reports whose source line is not
 // compared, as it moves with every change above it.
 #pragma once
 
@@ -56,14 +56,14 @@ inline std::string state_get(int32_t stg, int port) {
     return on_group("user_stg_stp_get", stg, ", port=" + std::to_string(port));
 }
 
-/** All user ports of the default board, in a group that VLANs left. */
+/** All user ports of the default board, in a group that VLANs have left. */
 inline Trace releases(int32_t stg) {
     const agg_test::Ports ports = agg_test::first_ports(library_test::kUserPorts);
     return state_sets(stg, {ports.begin(), ports.end()}, kReleased);
 }
 /** @} */
 
-/** The report with LINE for the digits behind the function's name and a blank; as it stands if there are none. */
+/** The report with LINE for the digits after the function's name and a blank; unchanged if there are none. */
 inline std::string without_line(std::string report) {
     const size_t blank = report.find(' ');
     if (blank == std::string::npos) {
@@ -76,7 +76,7 @@ inline std::string without_line(std::string report) {
     return report.replace(blank + 1, end - blank - 1, "LINE");
 }
 
-/** What comes back and is printed, without the source line: on each stream of every line. */
+/** The result and what is printed, without the source lines. */
 template <typename Call>
 Outcome reported_by(Call call) {
     Outcome outcome = library_test::outcome_of(call);
