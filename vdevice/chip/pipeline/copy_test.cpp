@@ -129,6 +129,14 @@ class Copies : public testing::TestWithParam<unsigned> {
   protected:
     Copies() {
         random_.live(1000);
+        for (int port = 0; port < Switch::kPorts; ++port) {
+            random_.chip().set_enabled(port, true);
+            random_.chip().set_link(port, true);
+            random_.chip().change_port(port, [](Port &settings) {
+                settings.loopback = 0;
+                return Status::kOk;
+            });
+        }
         random_.sink().take();
     }
 

@@ -50,7 +50,8 @@ std::optional<Unsent> why_unsent(const Tables &tables, const Passage &p, int por
     if (!p.wanted.has(port)) {
         return Unsent::kNotWanted;
     }
-    for (const EgressLimit &limit : egress_limits(tables, p).list()) {
+    const EgressLimits limits = egress_limits(tables, p);
+    for (const EgressLimit &limit : limits.list()) {
         if (!limit.ports.has(port)) {
             return limit.reason;
         }

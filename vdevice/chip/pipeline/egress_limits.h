@@ -36,7 +36,8 @@ struct EgressLimit {
 class EgressLimits {
   public:
     void add(const PortSet &ports, Unsent reason, Drop drop) { limits_[size_++] = {ports, reason, drop}; }
-    std::span<const EgressLimit> list() const { return std::span{limits_}.first(size_); }
+    std::span<const EgressLimit> list() const & { return std::span{limits_}.first(size_); }
+    std::span<const EgressLimit> list() const && = delete; /**< would refer to limits that are gone */
     /** The ports that all limits leave. */
     PortSet left_of(PortSet ports) const {
         for (const EgressLimit &limit : list()) {
