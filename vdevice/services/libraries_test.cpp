@@ -1,7 +1,6 @@
 // The two shared libraries as a management program meets them: linked, calling a daemon.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <poll.h>
 #include <stdlib.h>
 
 #include <array>
@@ -19,7 +18,7 @@
 #include "platform/device_services.h"
 #include "platform/netlink_api.h"
 #include "vdevice/remote/protocol.h"
-#include "vdevice/remote/server.h"
+#include "vdevice/remote/testing/device.h"
 #include "vdevice/remote/vdev_linkscan.h"
 #include "vdevice/services/testing/device.h"
 #include "vdevice/services/testing/link_changes.h"
@@ -63,35 +62,22 @@ class Libraries : public testing::Test {
                 answer = {1, 2, 3, 4, 5, 6, 7, 0, 0, 29, 26, 1};
                 return 1;
             });
-        stopping = false;
-        thread = std::thread([] {
-            while (!stopping) {
-                pollfd ready{server->poll_fd(), POLLIN, 0};
-                if (poll(&ready, 1, kPollMilliseconds) > 0) {
-                    server->serve_ready();
-                }
-            }
-        });
+        loop = std::make_unique<vdevice::remote::Loop>(*server);
     }
     static void stop() {
-        if (thread.joinable()) {
-            stopping = true;
-            thread.join();
-        }
+        loop.reset();
         server.reset();
     }
 
     static Device device;
     static std::unique_ptr<vdevice::remote::Server> server;
-    static std::thread thread;
-    static std::atomic<bool> stopping;
+    static std::unique_ptr<vdevice::remote::Loop> loop;
     static std::atomic<int> looks; /**< how often the event queue is found empty */
 };
 
 Device Libraries::device;
 std::unique_ptr<vdevice::remote::Server> Libraries::server;
-std::thread Libraries::thread;
-std::atomic<bool> Libraries::stopping{false};
+std::unique_ptr<vdevice::remote::Loop> Libraries::loop;
 std::atomic<int> Libraries::looks{0};
 
 vdevice::LinkChanges changes;
