@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "src/pkt/testing/transmit.h"
+#include "src/pkt/testing/vlan_record.h"
 
 namespace fault_injection {
 
@@ -67,7 +68,7 @@ class SendingTest : public transmit_test::TransmitTest {
     void SetUp() override {
         TransmitTest::SetUp();
         agg_manage_intf[0] = 3;
-        set_vlan_members(~uint64_t{0});
+        pkt_test::set_vlan_members(~uint64_t{0});
         ASSERT_GT(adp_pkt_init(), 0);
         open_ = system().open_descriptors();
     }
