@@ -2,6 +2,7 @@
 // returns.
 #include <adp/stg.h>
 #include <netlink_api.h>
+#include <stddef.h>
 
 #include "core/messages.h"
 
@@ -23,7 +24,7 @@ bool has_group(int32_t stg, int32_t count) {
     int32_t groups[kMaxGroups + kGroupChunk] = {};
     for (int32_t chunk = 0; chunk <= last_chunk(count, kGroupChunk); ++chunk) {
         const auto n = static_cast<uint32_t>(chunk);
-        adp_get_stg_each_time_list(groups + kGroupChunk * n, n, kGroupChunk);
+        adp_get_stg_each_time_list(groups + size_t{kGroupChunk} * n, n, kGroupChunk);
     }
     for (int32_t i = 0; i < count; ++i) {
         if (groups[i] == stg) {
