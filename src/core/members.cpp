@@ -28,6 +28,18 @@ int32_t first_failure_of_active(const adp_agg_record_t &record, PortStep step) {
     return 0;
 }
 
+// A template, so that the step for ports is called directly.
+template <typename Step>
+int32_t walk(const MemberList &members, Step step) {
+    for (uint32_t slot = 0; slot < members.counted_slots(); ++slot) {
+        const int32_t result = members.slots[slot] == 0 ? 0 : step(Intf(members.slots[slot]));
+        if (result != 0) {
+            return result;
+        }
+    }
+    return 0;
+}
+
 }  // namespace
 
 adp_status_t list_active(Intf agg, uint32_t max, uint32_t *count, uint32_t *list) {
@@ -84,23 +96,14 @@ MemberList members_of(Intf agg, Members which) {
 }
 
 int32_t first_failure(const MemberList &members, MemberStep step) {
-    for (uint32_t slot = 0; slot < members.counted_slots(); ++slot) {
-        if (members.slots[slot] == 0) {
-            continue;
-        }
-        const int32_t result = step(Intf(members.slots[slot]));
-        if (result != 0) {
-            return result;
-        }
-    }
-    return 0;
+    return walk(members, step);
 }
 
 int32_t first_failure(Intf agg, Members which, PortStep step) {
     if (which == Members::kActive) {
         return first_failure_of_active(agg_info[number(trunk_of(agg))], step);
     }
-    return first_failure(members_of(agg, which), [=](Intf member) { return step(phy_of(member)); });
+    return walk(members_of(agg, which), [=](Intf member) { return step(phy_of(member)); });
 }
 
 }  // namespace adp
