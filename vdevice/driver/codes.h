@@ -1,4 +1,4 @@
-// Results of driver calls: 0, or the negative number of the chip's refusal (vdevice/chip/status.h has the table).
+// Results of driver calls: 0, or the negative number of the chip's refusal (vdevice/chip/frame/status.h has the table).
 #pragma once
 
 #include <stdint.h>

@@ -1,4 +1,5 @@
-// Random lives of the field processor's table against a plain model of it: after every call the same rules win.
+// Random sequences of calls on the field processor's table against a plain model of it: after every call the same rules
+// win.
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -32,7 +33,7 @@ struct ModelEntry {
 
 using Model = std::map<uint32_t, ModelEntry>;
 
-/** The few entries that the lives are about, so that they meet often: a wide group, a plain one, and their ends. */
+/** The few entries that the sequences use, so that they collide often: a wide group, a plain one, and their ends. */
 constexpr std::pair<int, uint32_t> kPlaces[] = {{1, 1280}, {1, 1281}, {1, 1282}, {1, 1283}, {1, 1534},
                                                 {1, 1535}, {2, 896},  {2, 897},  {2, 898},  {9, 0}};
 

@@ -1,5 +1,5 @@
-// Random lives of the MAC table against a naive map: ten thousand stations come, move, fall silent and are deleted, and
-// after every step both hold the same numbers of entries and have refused and moved as many.
+// Random sequences on the MAC table against a naive map: ten thousand stations come, move, fall silent and are deleted,
+// and after every step both hold the same numbers of entries and have refused and moved as many.
 #include <gtest/gtest.h>
 
 #include <array>

@@ -1,4 +1,4 @@
-// Random lives of the chip against a plain model.
+// Random sequences of settings and frames against a plain model.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -21,7 +21,7 @@ class Lives : public testing::TestWithParam<unsigned> {
   protected:
     int pick(int from, int to) { return std::uniform_int_distribution<int>{from, to}(random_); }
 
-    /** A few VLANs and ports only, so that lives meet. */
+    /** A few VLANs and ports only, so that settings collide. */
     int some_vid() {
         constexpr int kVids[] = {0, 1, 2, 3, 100, 4094, 4095};
         return kVids[pick(0, 6)];
@@ -121,7 +121,7 @@ void Lives::change_vlans() {
     }
 }
 
-/** The groups 1 and 2 are always there, so that lives need only move VLANs and set states. */
+/** The groups 1 and 2 are always there, so that a sequence need only move VLANs and set states. */
 void Lives::change_groups() {
     const int group = pick(0, 2);
     const int vid = some_vid();

@@ -1,5 +1,5 @@
-// Random lives of the egress queues: whatever is set and in whatever order, no frame is lost, invented or overtaken in
-// its queue, the memory is accounted for, and no port sends more than its rate.
+// Random sequences on the egress queues: whatever is set and in whatever order, no frame is lost, invented or overtaken
+// in its queue, the memory is accounted for, and no port sends more than its rate.
 #include <algorithm>
 #include <deque>
 #include <random>
