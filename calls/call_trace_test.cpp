@@ -9,7 +9,7 @@
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-namespace {
+namespace call_trace_test {
 
 class CallTrace : public testing::Test {
   protected:
@@ -20,7 +20,7 @@ class CallTrace : public testing::Test {
     }
 };
 
-}  // namespace
+}  // namespace call_trace_test
 
 TEST_F(CallTrace, ShowsALibrarysCallsWithResultsAndOutputs) {
     EXPECT_EQ(library_makes_calls(), 5);

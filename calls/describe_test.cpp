@@ -12,7 +12,7 @@ using calls::CallId;
 using calls::describe_call;
 using calls::describe_result;
 
-namespace {
+namespace describe_test {
 
 /** The addresses of some arguments, as a stub collects them. */
 template <typename... T>
@@ -25,7 +25,7 @@ constexpr uint32_t kUnit = 0;
 constexpr uint32_t kZero = 0;
 constexpr uint32_t kVid = 100;
 
-}  // namespace
+}  // namespace describe_test
 
 TEST(Describe, ShowsPortSetsAsPortNumbers) {
     const adp_ports_t member_words = {(1u << 4) | (1u << 5), 1u, 0, 0, 0, 0, 0, 1u << 31};

@@ -22,7 +22,7 @@
 #include <sanitizer/allocator_interface.h>
 #endif
 
-namespace {
+namespace random_calls_test {
 
 using calls::CallId;
 using random_call::LikelyNumbers;
@@ -130,7 +130,7 @@ void make_calls(Client &client, LikelyNumbers &numbers, uint64_t count) {
     }
 }
 
-}  // namespace
+}  // namespace random_calls_test
 
 TEST(Isolation, EveryCallWithAnyArgumentsIsAnsweredAndNothingGrows) {
     // Room for all tables: the journal's lines, rules, addresses.

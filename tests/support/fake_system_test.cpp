@@ -19,7 +19,7 @@ using fake_system::Session;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-namespace {
+namespace fake_system_test {
 
 // The compiler may remove an unused allocation.
 void *volatile kept = nullptr;
@@ -29,7 +29,7 @@ void *allocate(size_t size) {
     return kept;
 }
 
-}  // namespace
+}  // namespace fake_system_test
 
 TEST(FakeSystem, ForwardsToTheSystemWhileItIsOff) {
     const int descriptor = socket(AF_UNIX, SOCK_DGRAM, 0);

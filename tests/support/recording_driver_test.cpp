@@ -14,7 +14,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::StrEq;
 
-namespace {
+namespace recording_driver_test {
 
 constexpr uint32_t kVid = 100;
 
@@ -23,7 +23,7 @@ class RecordingDriver : public testing::Test {
     void SetUp() override { driver().reset(); }
 };
 
-}  // namespace
+}  // namespace recording_driver_test
 
 TEST_F(RecordingDriver, WritesCallsDownInOrder) {
     EXPECT_EQ(user_vlan_create(0, 0, kVid), 0);

@@ -15,7 +15,7 @@ using random_call::RandomCall;
 using recording::driver;
 using testing::ElementsAre;
 
-namespace {
+namespace stubs_test {
 
 constexpr uint64_t kRounds = 4;
 
@@ -23,7 +23,7 @@ constexpr uint64_t kRounds = 4;
 const auto volatile kTakesNetlinkApi = &user_vlan_create;
 const auto volatile kTakesDeviceServices = &sys_trace_get;
 
-}  // namespace
+}  // namespace stubs_test
 
 TEST(Stubs, HandOnEveryArgumentOfEveryCall) {
     ASSERT_TRUE(kTakesNetlinkApi != nullptr && kTakesDeviceServices != nullptr);

@@ -9,7 +9,7 @@
 #include "vdevice/driver/testing/driver_fixture.h"
 
 namespace vdevice::driver {
-namespace {
+namespace driver_test {
 
 class DriverAsAWhole : public test::DriverTest {
   protected:
@@ -33,5 +33,5 @@ TEST_F(DriverAsAWhole, CarriesOutEveryCallButTheDocumentedOne) {
     }
 }
 
-}  // namespace
+}  // namespace driver_test
 }  // namespace vdevice::driver

@@ -7,14 +7,10 @@
 #include "vdevice/driver/testing/driver_fixture.h"
 
 namespace vdevice::driver {
-namespace {
+namespace statistics_test {
 
 using chip::Status;
-using chip::test::kBroadcast;
-using chip::test::kPayload;
-using chip::test::Octets;
-using chip::test::operator+;
-using chip::test::station;
+using namespace chip::test;
 
 constexpr int32_t kA = 4;
 constexpr int32_t kB = 5;
@@ -108,5 +104,5 @@ TEST(Statistics, AreToldInTheDocument) {
     }
 }
 
-}  // namespace
+}  // namespace statistics_test
 }  // namespace vdevice::driver

@@ -11,7 +11,7 @@
 #include "tests/support/random_call.h"
 
 namespace vdevice::remote {
-namespace {
+namespace message_test {
 
 using calls::CallId;
 using calls::describe_call;
@@ -43,7 +43,7 @@ std::vector<uint8_t> inputs(CallId id, const RandomCall &call) {
     return writer.take();
 }
 
-}  // namespace
+}  // namespace message_test
 
 TEST(Message, CarriesTheInputsOfEveryCallUnchanged) {
     for_every_call([](CallId id, uint64_t seed) {

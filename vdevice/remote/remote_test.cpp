@@ -15,7 +15,7 @@
 #include "vdevice/remote/testing/device.h"
 
 namespace vdevice::remote {
-namespace {
+namespace remote_test {
 
 using calls::CallId;
 using calls::describe_call;
@@ -74,7 +74,7 @@ class FalseDaemon {
     std::thread thread_;
 };
 
-}  // namespace
+}  // namespace remote_test
 
 TEST(Remote, CarriesEveryCallThereAndBack) {
     const Folder folder;

@@ -24,7 +24,7 @@
 #include "vdevice/services/testing/link_changes.h"
 #include "vdevice/services/vdev_equeue.h"
 
-namespace {
+namespace libraries_test {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -87,7 +87,7 @@ int32_t note_change(uint32_t unit, uint32_t port, const uint32_t info[4]) {
     return sys_trace_get();  // the callback may call the device
 }
 
-}  // namespace
+}  // namespace libraries_test
 
 TEST_F(Libraries, ReadPortSetsFromTheDevice) {
     adp_ports_t members = {};

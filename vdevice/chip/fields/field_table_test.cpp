@@ -9,9 +9,9 @@
 #include "vdevice/chip/testing/frame_builder.h"
 
 namespace vdevice::chip {
-namespace {
+namespace field_table_test {
 
-using test::operator+;
+using namespace test;
 
 constexpr uint32_t kAll = 0xFFFFFFFF;
 constexpr uint32_t kMark = 205;  // an action that carries a number
@@ -273,5 +273,5 @@ TEST_F(FieldTableTest, SlicesFieldsAndActionsAreToldInTheDocument) {
     }
 }
 
-}  // namespace
+}  // namespace field_table_test
 }  // namespace vdevice::chip

@@ -9,7 +9,7 @@
 #include "vdevice/chip/testing/document.h"
 
 namespace vdevice::chip {
-namespace {
+namespace status_test {
 
 TEST(StatusTable, NumbersAndNamesAreDistinct) {
     std::set<int32_t> numbers;
@@ -36,5 +36,5 @@ TEST(StatusTable, IsToldInTheDocument) {
     }
 }
 
-}  // namespace
+}  // namespace status_test
 }  // namespace vdevice::chip
