@@ -29,8 +29,6 @@ void *allocate(size_t size) {
     return kept;
 }
 
-}  // namespace fake_system_test
-
 TEST(FakeSystem, ForwardsToTheSystemWhileItIsOff) {
     const int descriptor = socket(AF_UNIX, SOCK_DGRAM, 0);
     ASSERT_GE(descriptor, 0);
@@ -200,3 +198,5 @@ TEST(FakeSystem, IsOneAtATimeAndStartsAnew) {
     Session session;
     EXPECT_THAT(session.system().trace(), IsEmpty());
 }
+
+}  // namespace fake_system_test

@@ -23,8 +23,6 @@ class RecordingDriver : public testing::Test {
     void SetUp() override { driver().reset(); }
 };
 
-}  // namespace recording_driver_test
-
 TEST_F(RecordingDriver, WritesCallsDownInOrder) {
     EXPECT_EQ(user_vlan_create(0, 0, kVid), 0);
     const adp_ports_t members = {1u << 4};
@@ -224,3 +222,5 @@ TEST_F(RecordingDriver, RefusesScriptsThatNoCallCouldPlay) {
     EXPECT_THROW(driver().on("user_port_enable_get").sets("port", 1), std::logic_error) << "only read";
     EXPECT_THROW(driver().on("user_port_enable_get").sets("enable", {1, 2}), std::logic_error) << "one word";
 }
+
+}  // namespace recording_driver_test

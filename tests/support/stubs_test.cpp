@@ -23,8 +23,6 @@ constexpr uint64_t kRounds = 4;
 const auto volatile kTakesNetlinkApi = &user_vlan_create;
 const auto volatile kTakesDeviceServices = &sys_trace_get;
 
-}  // namespace stubs_test
-
 TEST(Stubs, HandOnEveryArgumentOfEveryCall) {
     ASSERT_TRUE(kTakesNetlinkApi != nullptr && kTakesDeviceServices != nullptr);
     for (size_t number = 0; number < calls::kCallCount; ++number) {
@@ -47,3 +45,5 @@ TEST(Stubs, HandOnEveryArgumentOfEveryCall) {
         }
     }
 }
+
+}  // namespace stubs_test

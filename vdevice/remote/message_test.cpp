@@ -43,8 +43,6 @@ std::vector<uint8_t> inputs(CallId id, const RandomCall &call) {
     return writer.take();
 }
 
-}  // namespace message_test
-
 TEST(Message, CarriesTheInputsOfEveryCallUnchanged) {
     for_every_call([](CallId id, uint64_t seed) {
         const RandomCall sent(id, seed);
@@ -181,5 +179,7 @@ TEST(MessageBytes, AreNotWrittenForMoreThanAMessageHolds) {
     }
     FAIL() << "no call counts a block by a parameter";
 }
+
+}  // namespace message_test
 
 }  // namespace vdevice::remote

@@ -74,8 +74,6 @@ class FalseDaemon {
     std::thread thread_;
 };
 
-}  // namespace remote_test
-
 TEST(Remote, CarriesEveryCallThereAndBack) {
     const Folder folder;
     Echo echo;
@@ -283,5 +281,7 @@ TEST(Remote, GivesAChildOfAForkItsOwnConnection) {
     EXPECT_EQ(WEXITSTATUS(status), 0);
     EXPECT_EQ(server.counters().connected, 2u);
 }
+
+}  // namespace remote_test
 
 }  // namespace vdevice::remote

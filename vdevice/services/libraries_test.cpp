@@ -87,8 +87,6 @@ int32_t note_change(uint32_t unit, uint32_t port, const uint32_t info[4]) {
     return sys_trace_get();  // the callback may call the device
 }
 
-}  // namespace libraries_test
-
 TEST_F(Libraries, ReadPortSetsFromTheDevice) {
     adp_ports_t members = {};
     adp_ports_t untagged = {};
@@ -232,3 +230,5 @@ TEST_F(Libraries, OutliveTheirDaemon) {
     start();
     EXPECT_EQ(sys_trace_get(), 1);
 }
+
+}  // namespace libraries_test
