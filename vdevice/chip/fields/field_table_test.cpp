@@ -262,14 +262,15 @@ TEST_F(FieldTableTest, OnlyNeighboursOfAWideGroupAreJoined) {
 
 TEST_F(FieldTableTest, SlicesFieldsAndActionsAreToldInTheDocument) {
     for (const auto &group : kGroups) {
-        test::expect_row("| " + std::to_string(group.group) + " | " + std::to_string(group.first) + " to " +
-                         std::to_string(group.last) + " |");
+        test::expect_row("field-processor.md", "| " + std::to_string(group.group) + " | " +
+                                                   std::to_string(group.first) + " to " + std::to_string(group.last) +
+                                                   " |");
     }
     for (const FieldInfo &field : field_table()) {
-        test::expect_row("| " + std::to_string(field.code) + " | `" + field.name + "` | ");
+        test::expect_row("field-processor.md", "| " + std::to_string(field.code) + " | `" + field.name + "` | ");
     }
     for (const ActionInfo &action : action_table()) {
-        test::expect_row("| " + std::to_string(action.code) + " | `" + action.name + "` |");
+        test::expect_row("field-processor.md", "| " + std::to_string(action.code) + " | `" + action.name + "` |");
     }
 }
 
