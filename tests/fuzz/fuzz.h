@@ -1,6 +1,6 @@
 /**
  * @file fuzz.h
- * What fuzz targets share. A target defines LLVMFuzzerTestOneInput(); it is linked with the fuzzer in the build `fuzz`
+ * What fuzz targets share. A target defines LLVMFuzzerTestOneInput(); it is linked with the fuzzer in the build `asan`
  * and with replay_main.cpp everywhere else, where it runs the stored inputs.
  */
 #pragma once
