@@ -5,7 +5,7 @@
  *
  * VLAN ids are cut to their low 16 bits before they reach the driver, which checks their range. The library keeps no
  * VLAN table of its own. Every driver call is made with unit 0 and a second argument 0; "the driver's result" is its
- * result unchanged, 0 for success. A call on an aggregation group outside 1..8 returns -1 and makes no driver call.
+ * result unchanged, 0 for success.
  */
 #pragma once
 
@@ -168,13 +168,13 @@ adp_status_t adp_intf_pivd_set(adp_intf_t intf, uint32_t vid);
 /**
  * Reads an interface's port VLAN id (PVID).
  *
- * An aggregation interface answers with its management interface, without one with its lowest configured member. Driver
- * call: user_port_untagged_vlan_get(0, 0, port, vid).
+ * Driver call: user_port_untagged_vlan_get(0, 0, port, vid), on a group for its management interface, without one for
+ * its lowest configured member.
  *
  * @param intf      user port or aggregation interface
  * @param[out] vid  written by the driver
- * @return 0; 102 when the driver call failed; without a driver call 203 for an aggregation interface with neither a
- *         management interface nor a configured member, -1 for a group outside 1..8, 201 for another type
+ * @return 0; 102 when the driver call failed; 203 for a group with neither; 201 for another type, -1 for a group
+ *         outside 1..8
  */
 adp_status_t adp_intf_pivd_get(adp_intf_t intf, uint32_t *vid);
 

@@ -153,7 +153,6 @@ const Difference &Comparison::difference() const {
 
 bool Comparison::run(const Step &step) {
     const exported::Call &call = exported::calls()[step.call];
-    const Model &reference = models()[step.call];
     State &state = *state_;
     const bool is_described = state.describes || state.trace != nullptr;
     const Arguments library_arguments(call, step.seed, step.values);
@@ -162,7 +161,7 @@ bool Comparison::run(const Step &step) {
     driver().describe(is_described);
     ++state.number;
     const Effects model = state.run(state.model_system, step, [&] {
-        return exported::invoke(call, reference.function, model_arguments.pointers());
+        return exported::invoke(call, models()[step.call], model_arguments.pointers());
     });
     Effects library = state.run(state.library_system, step,
                                 [&] { return exported::invoke(call, call.function, library_arguments.pointers()); });

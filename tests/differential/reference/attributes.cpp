@@ -23,15 +23,10 @@ void set_hold(uint32_t intf, int state) {
 /** Loopback and MDI/MDIX hand on the driver's own result. */
 template <typename Step>
 adp_status_t with_own_result(uint32_t intf, Step step) {
-    if (is_user_port(intf)) {
-        return step(adp_intf_2_phy_id(intf));
-    }
-    if (!is_group(intf)) {
-        return -1;
-    }
     int32_t result = 0;
-    each_member(configured_members(intf), [&](int32_t port) { return result = step(port); });
-    return result;
+    const adp_status_t status =
+        on_port_or_members(intf, configured_members, [&](int32_t port) { return result = step(port); });
+    return result != 0 ? result : status;
 }
 
 adp_status_t set_enable(uint32_t intf, uint32_t value, bool is_hold) {
@@ -40,19 +35,12 @@ adp_status_t set_enable(uint32_t intf, uint32_t value, bool is_hold) {
         return 0;
     }
     set_hold(intf, value != 0 ? 0 : is_hold ? 1 : 2);
-    if (is_user_port(intf)) {
-        const int32_t result = user_port_enable_set(0, 0, adp_intf_2_phy_id(intf), value);
-        return is_hold ? 0 : or_102(result);
-    }
-    if (!is_group(intf)) {
-        return -1;
-    }
-    return each_member(configured_members(intf), [&](int32_t port) {
+    return on_port_or_members(intf, configured_members, [&](int32_t port) {
         const int32_t result = user_port_enable_set(0, 0, port, value);
-        if (result == 0) {
+        if (is_agg(intf) && result == 0) {
             usleep(500000);
         }
-        return result;
+        return is_user_port(intf) && is_hold ? 0 : or_102(result);
     });
 }
 
@@ -71,18 +59,18 @@ adp_status_t adp_set_phy_port_attr(adp_intf_t intf, uint32_t selector, uint32_t 
         case 8:
             return set_by_max_speed(intf, selector, value, mode);
         case 1:
-            return on_port_or_configured(intf, [&](int32_t port) { return set_duplex(port, value, mode); });
+            return on_port_or_members(intf, configured_members, [&](int32_t port) { return set_duplex(port, value, mode); });
         case 2:
-            return on_port_or_configured(intf, [&](int32_t port) { return set_autoneg(port, value); });
+            return on_port_or_members(intf, configured_members, [&](int32_t port) { return set_autoneg(port, value); });
         case 3:
             return set_enable(intf, value, false);
         case 4:
             return with_own_result(intf, [&](int32_t port) { return user_port_loopback_set(0, 0, port, value); });
         case 5:
-            return on_port_or_configured(intf, [&](int32_t port) { return set_pause(port, value); });
+            return on_port_or_members(intf, configured_members, [&](int32_t port) { return set_pause(port, value); });
         case 6:
-            return on_port_or_configured(
-                intf, [&](int32_t port) { return or_102(user_port_jumboframe_set(0, 0, port, value)); });
+            return on_port_or_members(
+                intf, configured_members, [&](int32_t port) { return or_102(user_port_jumboframe_set(0, 0, port, value)); });
         case 9:
             return with_own_result(intf, [&](int32_t port) { return user_port_mdix_set(0, 0, port, value); });
         case 11:
@@ -147,23 +135,6 @@ adp_status_t group_link(uint32_t intf, Get get, uint32_t *value) {
     return 0;
 }
 
-adp_status_t group_attribute(uint32_t intf, uint32_t selector, uint32_t *value) {
-    if (selector == 11 || selector == 14) {
-        return group_link(intf, getter(selector), value);
-    }
-    if (!is_group(intf)) {
-        return -1;
-    }
-    uint32_t member = manager_of(intf);
-    if (member == 0) {
-        GET_AGG_CONFIG_MIN_INTF(intf, &member);
-    }
-    if (member == 0) {
-        return 203;
-    }
-    return or_102(getter(selector == 13 ? 5 : selector)(0, 0, adp_intf_2_phy_id(member), value));
-}
-
 }  // namespace
 
 adp_status_t adp_get_phy_port_attr(adp_intf_t intf, uint32_t selector, uint32_t *value) {
@@ -183,10 +154,11 @@ adp_status_t adp_get_phy_port_attr(adp_intf_t intf, uint32_t selector, uint32_t 
     if (selector == 12) {
         return is_agg(intf) && !is_group(intf) ? -1 : max_speed(intf, value);
     }
-    if (is_agg(intf)) {
-        return group_attribute(intf, selector, value);
+    if (is_agg(intf) && (selector == 11 || selector == 14)) {
+        return group_link(intf, getter(selector), value);
     }
-    return or_102(getter(selector)(0, 0, adp_intf_2_phy_id(intf), value));
+    const Get get = getter(is_agg(intf) && selector == 13 ? 5 : selector);
+    return on_port_or_answering_member(intf, [&](int32_t port) { return or_102(get(0, 0, port, value)); });
 }
 
 }  // namespace reference

@@ -40,6 +40,14 @@ uint32_t manager_of(uint32_t agg) {
     return intf;
 }
 
+uint32_t answering_member_of(uint32_t agg) {
+    uint32_t intf = manager_of(agg);
+    if (intf == 0) {
+        GET_AGG_CONFIG_MIN_INTF(agg, &intf);
+    }
+    return intf;
+}
+
 adp_status_t SET_AGG_MANAGE_INTF(adp_intf_t agg_intf, adp_intf_t intf) {
     if (!is_group(agg_intf)) {
         return -1;
@@ -54,10 +62,6 @@ adp_status_t adp_get_agg_link_staus(uint32_t group, uint32_t *state) {
     }
     *state = static_cast<uint32_t>(tables.is_up[group]);
     return 0;
-}
-
-adp_status_t GET_AGG_LINK_STATUS(uint32_t group, uint32_t *state) {
-    return adp_get_agg_link_staus(group, state);
 }
 
 namespace {

@@ -39,14 +39,10 @@ adp_status_t adp_get_port_last_change(int32_t intf, uint32_t *out) {
         return 201;
     }
     if (is_agg(port)) {
-        const uint32_t agg = port;
-        if (!is_group(agg)) {
+        if (!is_group(port)) {
             return -1;
         }
-        port = manager_of(agg);
-        if (port == 0) {
-            GET_AGG_CONFIG_MIN_INTF(agg, &port);
-        }
+        port = answering_member_of(port);
         if (port == 0) {
             return 203;
         }

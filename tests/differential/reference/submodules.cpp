@@ -33,10 +33,6 @@ FpInfo *adp_fp_find_data_by_submodetype(uint32_t type) {
     return nullptr;
 }
 
-FpInfo *fp_find_data_by_submodetype(uint32_t type) {
-    return adp_fp_find_data_by_submodetype(type);
-}
-
 uint32_t adp_fp_get_true_entity_id(FpInfo row, uint32_t entity_id) {
     const uint32_t n = static_cast<uint32_t>(row.prio_base) + entity_id;
     const uint32_t base[] = {0, 1280, 896, 768, 640, 1024, 512, 384, 256};

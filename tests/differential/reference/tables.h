@@ -4,6 +4,7 @@
  *
  * The model is a second library, written from the contract alone and as plainly as that allows: it makes the same
  * driver, service and system calls, so that these can be compared one by one. It uses nothing of the library's code.
+ * Where the public header says all of it, the model of a call is generated from the header.
  * In a text that it prints, kAnyNumber stands for a number that the contract leaves open.
  */
 #pragma once
@@ -74,6 +75,11 @@ Members active_members(uint32_t agg);
 Members configured_members(uint32_t agg);
 /** The management interface, 0 for none. */
 uint32_t manager_of(uint32_t agg);
+/** The management interface, without one the lowest configured member, 0 for neither. */
+uint32_t answering_member_of(uint32_t agg);
+
+/** The driver's type of frames for a storm code. */
+uint32_t storm_type(uint32_t code);
 
 /** 0 stays 0, everything else is a driver failure. */
 inline adp_status_t or_102(int32_t result) {
@@ -101,6 +107,31 @@ adp_status_t on_port_or_manager(uint32_t intf, Step step) {
         return step(adp_intf_2_phy_id(intf));
     }
     return is_group(intf) ? step(adp_intf_2_phy_id(manager_of(intf))) : -1;
+}
+
+/** On a group: for each listed member until one fails. */
+template <typename Step>
+adp_status_t on_port_or_members(uint32_t intf, Members (*members_of)(uint32_t), Step step) {
+    if (type_of(intf) > 1) {
+        return 201;
+    }
+    if (is_user_port(intf)) {
+        return step(adp_intf_2_phy_id(intf));
+    }
+    return is_group(intf) ? each_member(members_of(intf), step) : -1;
+}
+
+/** The rule of reads that do without a management interface. */
+template <typename Step>
+adp_status_t on_port_or_answering_member(uint32_t intf, Step step) {
+    if (type_of(intf) > 1) {
+        return 201;
+    }
+    if (is_agg(intf) && !is_group(intf)) {
+        return -1;
+    }
+    const uint32_t answering = is_agg(intf) ? answering_member_of(intf) : intf;
+    return is_agg(intf) && answering == 0 ? 203 : step(adp_intf_2_phy_id(answering));
 }
 
 /** The rule of calls that do not fan out. */
