@@ -59,7 +59,8 @@ adp_status_t adp_set_phy_port_attr(adp_intf_t intf, uint32_t selector, uint32_t 
         case 8:
             return set_by_max_speed(intf, selector, value, mode);
         case 1:
-            return on_port_or_members(intf, configured_members, [&](int32_t port) { return set_duplex(port, value, mode); });
+            return on_port_or_members(intf, configured_members,
+                                      [&](int32_t port) { return set_duplex(port, value, mode); });
         case 2:
             return on_port_or_members(intf, configured_members, [&](int32_t port) { return set_autoneg(port, value); });
         case 3:
@@ -69,8 +70,9 @@ adp_status_t adp_set_phy_port_attr(adp_intf_t intf, uint32_t selector, uint32_t 
         case 5:
             return on_port_or_members(intf, configured_members, [&](int32_t port) { return set_pause(port, value); });
         case 6:
-            return on_port_or_members(
-                intf, configured_members, [&](int32_t port) { return or_102(user_port_jumboframe_set(0, 0, port, value)); });
+            return on_port_or_members(intf, configured_members, [&](int32_t port) {
+                return or_102(user_port_jumboframe_set(0, 0, port, value));
+            });
         case 9:
             return with_own_result(intf, [&](int32_t port) { return user_port_mdix_set(0, 0, port, value); });
         case 11:

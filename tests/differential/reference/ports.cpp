@@ -13,9 +13,8 @@ adp_status_t hal_set_port_isolate(adp_intf_t intf, uint32_t word0, uint32_t word
     const PortSet physical = to_physical(interfaces);
     adp_port_set_t egress{};
     std::memcpy(egress.word, physical.word.data(), sizeof egress.word);
-    return on_port_or_members(intf, configured_members, [&](int32_t port) {
-        return or_102(user_port_egress_set(0, 0, port, 0, egress));
-    });
+    return on_port_or_members(intf, configured_members,
+                              [&](int32_t port) { return or_102(user_port_egress_set(0, 0, port, 0, egress)); });
 }
 
 adp_status_t hal_get_port_isolate(adp_intf_t intf, uint32_t *map) {

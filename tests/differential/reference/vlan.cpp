@@ -22,9 +22,8 @@ adp_status_t adp_vlan_port_get(uint32_t vlan, uint32_t *members, uint32_t *untag
 
 adp_status_t adp_intf_pivd_set(adp_intf_t intf, uint32_t vlan) {
     const int32_t port = adp_intf_2_phy_id(intf);
-    return on_port_or_members(intf, active_members, [&](int32_t /*member*/) {
-        return user_port_untagged_vlan_set(0, 0, port, low16(vlan));
-    });
+    return on_port_or_members(intf, active_members,
+                              [&](int32_t /*member*/) { return user_port_untagged_vlan_set(0, 0, port, low16(vlan)); });
 }
 
 adp_status_t adp_double_tag_get(adp_intf_t intf, uint32_t *mode) {
