@@ -7,17 +7,10 @@
 namespace reference {
 namespace {
 
-uint32_t hold_index(uint32_t intf) {
-    return is_agg(intf) ? index_of(intf) + 26 : index_of(intf);
-}
-int hold_of(uint32_t intf) {
-    const auto found = tables.hold.find(hold_index(intf));
-    return found == tables.hold.end() ? 0 : found->second;
-}
-void set_hold(uint32_t intf, int state) {
-    if (hold_index(intf) >= 1 && hold_index(intf) <= 34) {
-        tables.hold[hold_index(intf)] = state;
-    }
+/** Null for an interface without a state. */
+uint8_t *hold_of(uint32_t intf) {
+    const uint32_t row = (is_agg(intf) ? index_of(intf) + 26 : index_of(intf)) - 1;
+    return row < tables.hold.size() ? &tables.hold[row] : nullptr;
 }
 
 /** Loopback and MDI/MDIX hand on the driver's own result. */
@@ -30,11 +23,14 @@ adp_status_t with_own_result(uint32_t intf, Step step) {
 }
 
 adp_status_t set_enable(uint32_t intf, uint32_t value, bool is_hold) {
-    const int state = hold_of(intf);
-    if (value != 0 && (is_hold ? state != 1 : state == 1)) {
+    uint8_t *const hold = hold_of(intf);
+    const bool is_held = hold != nullptr && *hold == 1;
+    if (value != 0 && is_held != is_hold) {
         return 0;
     }
-    set_hold(intf, value != 0 ? 0 : is_hold ? 1 : 2);
+    if (hold != nullptr) {
+        *hold = value != 0 ? 0 : is_hold ? 1 : 2;
+    }
     return on_port_or_members(intf, configured_members, [&](int32_t port) {
         const int32_t result = user_port_enable_set(0, 0, port, value);
         if (is_agg(intf) && result == 0) {
@@ -58,27 +54,24 @@ adp_status_t adp_set_phy_port_attr(adp_intf_t intf, uint32_t selector, uint32_t 
         case 7:
         case 8:
             return set_by_max_speed(intf, selector, value, mode);
-        case 1:
-            return on_port_or_members(intf, configured_members,
-                                      [&](int32_t port) { return set_duplex(port, value, mode); });
-        case 2:
-            return on_port_or_members(intf, configured_members, [&](int32_t port) { return set_autoneg(port, value); });
         case 3:
             return set_enable(intf, value, false);
         case 4:
             return with_own_result(intf, [&](int32_t port) { return user_port_loopback_set(0, 0, port, value); });
-        case 5:
-            return on_port_or_members(intf, configured_members, [&](int32_t port) { return set_pause(port, value); });
-        case 6:
-            return on_port_or_members(intf, configured_members, [&](int32_t port) {
-                return or_102(user_port_jumboframe_set(0, 0, port, value));
-            });
         case 9:
             return with_own_result(intf, [&](int32_t port) { return user_port_mdix_set(0, 0, port, value); });
         case 11:
             return set_enable(intf, value, true);
-        default:
+        case 10:
+        case 12:
             return 0;
+        default:
+            return on_port_or_members(intf, configured_members, [&](int32_t port) {
+                return selector == 1   ? set_duplex(port, value, mode)
+                       : selector == 2 ? set_autoneg(port, value)
+                       : selector == 5 ? set_pause(port, value)
+                                       : or_102(user_port_jumboframe_set(0, 0, port, value));
+            });
     }
 }
 
@@ -86,34 +79,21 @@ namespace {
 
 using Get = int32_t (*)(uint32_t, uint32_t, int32_t, uint32_t *);
 
-Get getter(uint32_t selector) {
-    switch (selector) {
-        case 0:
-            return user_port_speed_get;
-        case 1:
-            return user_port_duplex_get;
-        case 2:
-            return user_port_autoneg_get;
-        case 3:
-            return user_port_enable_get;
-        case 4:
-            return user_port_loopback_get;
-        case 5:
-            return user_port_pause_get;
-        case 6:
-            return user_port_jumboframe_get;
-        case 9:
-            return user_port_mdix_get;
-        case 10:
-            return user_port_link_medium_get;
-        case 11:
-            return user_port_link_status_get;
-        case 13:
-            return user_port_pause_get_stat;
-        default:
-            return user_fiberport_link_status_get;
-    }
-}
+constexpr Get kGets[] = {user_port_speed_get,
+                         user_port_duplex_get,
+                         user_port_autoneg_get,
+                         user_port_enable_get,
+                         user_port_loopback_get,
+                         user_port_pause_get,
+                         user_port_jumboframe_get,
+                         nullptr,
+                         nullptr,
+                         user_port_mdix_get,
+                         user_port_link_medium_get,
+                         user_port_link_status_get,
+                         nullptr,
+                         user_port_pause_get_stat,
+                         user_fiberport_link_status_get};
 
 adp_status_t group_link(uint32_t intf, Get get, uint32_t *value) {
     *value = 0;
@@ -149,7 +129,7 @@ adp_status_t adp_get_phy_port_attr(adp_intf_t intf, uint32_t selector, uint32_t 
     if (selector == 7 || selector == 8) {
         return 0;
     }
-    if (selector == 3 && hold_of(intf) == 1) {
+    if (selector == 3 && hold_of(intf) != nullptr && *hold_of(intf) == 1) {
         *value = 1;
         return 0;
     }
@@ -157,9 +137,9 @@ adp_status_t adp_get_phy_port_attr(adp_intf_t intf, uint32_t selector, uint32_t 
         return is_agg(intf) && !is_group(intf) ? -1 : max_speed(intf, value);
     }
     if (is_agg(intf) && (selector == 11 || selector == 14)) {
-        return group_link(intf, getter(selector), value);
+        return group_link(intf, kGets[selector], value);
     }
-    const Get get = getter(is_agg(intf) && selector == 13 ? 5 : selector);
+    const Get get = kGets[is_agg(intf) && selector == 13 ? 5 : selector];
     return on_port_or_answering_member(intf, [&](int32_t port) { return or_102(get(0, 0, port, value)); });
 }
 

@@ -11,7 +11,7 @@ namespace reference {
 
 adp_status_t adp_set_port_last_change(adp_intf_t intf) {
     const auto stamp = [](uint32_t port) {
-        if (port >= 1 && port <= 26) {
+        if (port >= 1 && port < tables.last_change.size()) {
             tables.last_change[port] = static_cast<uint32_t>(time(nullptr));
         }
     };
@@ -47,8 +47,7 @@ adp_status_t adp_get_port_last_change(int32_t intf, uint32_t *out) {
             return 203;
         }
     }
-    const auto found = tables.last_change.find(port);
-    *out = found == tables.last_change.end() ? 0 : found->second;
+    *out = port < tables.last_change.size() ? tables.last_change[port] : 0;
     return 0;
 }
 

@@ -78,18 +78,7 @@ adp_status_t adp_add_port_mirror(adp_intf_t source, adp_intf_t destination, uint
 }
 
 uint32_t storm_type(uint32_t code) {
-    switch (code) {
-        case 1:
-            return 3;
-        case 2:
-            return 2;
-        case 4:
-            return 4;
-        case 8:
-            return 1;
-        default:
-            return 0;
-    }
+    return code == 1 ? 3 : code == 2 ? 2 : code == 4 ? 4 : code == 8 ? 1 : 0;
 }
 
 adp_status_t adp_reset_storm_exceed_flag(uint32_t dev_id, adp_intf_t intf) {

@@ -7,12 +7,6 @@
 namespace reference {
 namespace {
 
-/** The VLAN's group, compared and stored with 16 bits and a sign. */
-int16_t group_of(uint32_t vlan) {
-    const auto found = tables.vlan_stg.find(vlan);
-    return found == tables.vlan_stg.end() ? int16_t{0} : found->second;
-}
-
 void release_ports(int32_t stg) {
     for (uint32_t n = 1; n <= 26; ++n) {
         user_stg_stp_set(0, 0, stg, adp_intf_2_phy_id(n), 4);
@@ -50,8 +44,8 @@ adp_status_t adp_add_msti_member(int32_t stg, uint32_t vlan) {
     if (vlan >= 4096) {
         return -1;
     }
-    if (group_of(vlan) > 0) {
-        adp_del_msti_member(group_of(vlan), vlan);
+    if (tables.vlan_stg[vlan] > 0) {
+        adp_del_msti_member(tables.vlan_stg[vlan], vlan);
     }
     tables.vlan_stg[vlan] = static_cast<int16_t>(stg);
     return user_stg_vlan_add(0, 0, stg, vlan);
@@ -62,21 +56,17 @@ adp_status_t adp_del_msti_member(int32_t stg, uint32_t vlan) {
     if (vlan >= 4096) {
         return -1;
     }
-    tables.vlan_stg.erase(vlan);
+    tables.vlan_stg[vlan] = 0;
     release_ports(stg);
     return user_stg_vlan_remove(0, 0, stg, vlan);
 }
 
 adp_status_t adp_del_msti_all_member(int32_t stg) {
-    std::vector<uint32_t> members;
-    for (const auto &[vlan, group] : tables.vlan_stg) {
-        if (group != 0 && group == stg) {
-            members.push_back(vlan);
+    for (uint32_t vlan = 0; vlan < tables.vlan_stg.size(); ++vlan) {
+        if (stg != 0 && tables.vlan_stg[vlan] == stg) {
+            tables.vlan_stg[vlan] = 0;
+            user_stg_vlan_remove(0, 0, stg, vlan);
         }
-    }
-    for (const uint32_t vlan : members) {
-        tables.vlan_stg.erase(vlan);
-        user_stg_vlan_remove(0, 0, stg, vlan);
     }
     release_ports(stg);
     return 0;
@@ -103,12 +93,6 @@ adp_status_t adp_set_port_mstp_state(int32_t stg, adp_intf_t intf, uint32_t stat
     }
     return 0;
 }
-
-namespace {
-
-constexpr char kSupportFailed[] = ": get max support stg number failed. ret=";
-
-}  // namespace
 
 adp_status_t adp_get_max_support_stg(uint32_t *count) {
     uint32_t driver_count = 0;

@@ -14,7 +14,6 @@
 #include <stddef.h>
 #include <stdint.h>
 #include <array>
-#include <map>
 #include <vector>
 
 #include "generated/reference.h"
@@ -29,18 +28,18 @@ struct Tables {
     std::vector<adp_port_row_t> map;
     bool has_trunk_map = false;
     std::vector<uint32_t> trunk_map;
-    std::map<uint32_t, int> hold; /**< by combined index 1..34: 1 held, 2 disabled */
+    std::array<uint8_t, 34> hold{}; /**< by combined index, from 1 on: 1 held, 2 disabled */
     std::array<adp_link_data_t, ADP_USER_PORTS + 1> link_data{};
-    std::map<uint32_t, uint32_t> last_change; /**< by user port */
+    std::array<uint32_t, ADP_USER_PORTS + 1> last_change{}; /**< by user port */
     adp_link_event_cb_t link_handler = nullptr;
     int32_t socket = -1;
     std::array<adp_agg_record_t, ADP_AGG_GROUPS> groups{};
     std::array<std::array<uint32_t, 2>, ADP_AGG_GROUPS> standby{};
     std::array<uint32_t, ADP_AGG_GROUPS> manager{};
-    std::map<uint32_t, int> is_up; /**< by group number */
+    std::array<int8_t, ADP_AGG_GROUPS + 1> is_up{}; /**< by group number */
     adp_agg_event_cb_t agg_handler = nullptr;
     std::vector<FpListNode *> rules;
-    std::map<uint32_t, int16_t> vlan_stg;
+    std::array<int16_t, ADP_VLANS> vlan_stg{};
 };
 
 extern Tables tables;
