@@ -134,7 +134,7 @@ adp_status_t adp_get_phy_port_attr(adp_intf_t intf, uint32_t selector, uint32_t 
         return 0;
     }
     if (selector == 12) {
-        return is_agg(intf) && !is_group(intf) ? -1 : max_speed(intf, value);
+        return max_speed(intf, value);
     }
     if (is_agg(intf) && (selector == 11 || selector == 14)) {
         return group_link(intf, kGets[selector], value);
