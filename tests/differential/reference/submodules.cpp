@@ -1,7 +1,7 @@
 // The submodules of the field processor, and where in the chip their rules stand.
 #include <algorithm>
 
-#include "tests/differential/reference/fp.h"
+#include "tests/differential/reference/log.h"
 
 namespace reference {
 namespace {
