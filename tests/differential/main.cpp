@@ -84,27 +84,6 @@ int count_missed(uint64_t calls) {
     return missed;
 }
 
-class Progress {
-  public:
-    void show(uint64_t calls) {
-        constexpr std::chrono::seconds kStep(5);
-        const auto now = std::chrono::steady_clock::now();
-        if (now - shown_ >= kStep) {
-            shown_ = now;
-            std::printf("%llu calls, %.0f a second\n", static_cast<unsigned long long>(calls),
-                        static_cast<double>(calls) / seconds());
-            std::fflush(stdout);
-        }
-    }
-    [[nodiscard]] double seconds() const {
-        return std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
-    }
-
-  private:
-    std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
-    std::chrono::steady_clock::time_point shown_ = start_;
-};
-
 int report_failure(const differential::Sequence &sequence, const Outcome &outcome, uint64_t seed, uint64_t number) {
     const bool crashed = outcome.end == Outcome::End::kCrashed;
     std::printf("\ndifferential: FAILED: %s in %s, call %zu of sequence %llu of seed %llu\n",
@@ -134,7 +113,11 @@ void print_script(const Options &options) {
 }
 
 int run(const Options &options, std::FILE *trace) {
-    Progress progress;
+    using std::chrono::steady_clock;
+    constexpr std::chrono::seconds kShownEvery(5);
+    const auto start = steady_clock::now();
+    const auto seconds = [&start] { return std::chrono::duration<double>(steady_clock::now() - start).count(); };
+    auto shown = start;
     uint64_t made = 0;
     for (uint64_t number = 0; options.calls == 0 || made < options.calls; ++number) {
         const uint64_t left = options.calls == 0 ? kSequenceCalls : options.calls - made;
@@ -148,7 +131,12 @@ int run(const Options &options, std::FILE *trace) {
             return report_failure(sequence, outcome, options.seed, number);
         }
         made += size;
-        progress.show(made);
+        if (steady_clock::now() - shown >= kShownEvery) {
+            shown = steady_clock::now();
+            std::printf("%llu calls, %.0f a second\n", static_cast<unsigned long long>(made),
+                        static_cast<double>(made) / seconds());
+            std::fflush(stdout);
+        }
     }
     if (count_missed(made) != 0) {
         return 1;
@@ -156,7 +144,7 @@ int run(const Options &options, std::FILE *trace) {
     std::printf("differential: %llu calls of %zu functions agree, and %llu calls that they made (seed %llu, %.1f s)\n",
                 static_cast<unsigned long long>(made), exported::calls().size(),
                 static_cast<unsigned long long>(differential::counts().imported_calls),
-                static_cast<unsigned long long>(options.seed), progress.seconds());
+                static_cast<unsigned long long>(options.seed), seconds());
     return 0;
 }
 
