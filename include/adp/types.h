@@ -62,8 +62,9 @@ typedef int32_t adp_status_t;
  * The calls say what they do on a group, an aggregation interface:
  *
  * - "for each active member": for each non-empty slot of the list of GET_AGG_GROUP(), in list order; for each
- *   configured member: of the list of GET_AGG_CONFIG_GROUP(). The first failure ends the call with 102: the members
- *   before it stay changed, those after it are left alone. Without members the result is 0.
+ *   configured member: of the list of GET_AGG_CONFIG_GROUP(). A list that its call refuses counts as empty. The first
+ *   failure ends the call with 102: the members before it stay changed, those after it are left alone. Without members
+ *   the result is 0.
  * - "for its management interface": without one for interface 0, the CPU port.
  *
  * A call that returns 201 or, for a group outside 1..8, -1 has made no driver call.

@@ -154,14 +154,13 @@ adp_status_t adp_vlan_port_get(uint32_t vid, ADP_INOUT adp_ports_t members, ADP_
 /**
  * Sets an interface's port VLAN id (PVID).
  *
- * Driver call for a user port: user_port_untagged_vlan_set(0, 0, port, vid). For an aggregation interface it is made
- * once for each non-empty slot among the first count slots of the active members, but the port is the translation of
- * the aggregation interface itself, -1: a driver that checks its ports refuses the call.
+ * Driver call for a user port: user_port_untagged_vlan_set(0, 0, port, vid). On a group it is made for each active
+ * member, but the port is the translation of the group itself, -1: a driver that checks its ports refuses the call.
  *
  * @param intf  user port or aggregation interface
  * @param vid   VLAN id, low 16 bits used
- * @return user port: the driver's result; aggregation interface: 0 without active members, 102 at the first failing
- *         driver call, otherwise 0, -1 for a group outside 1..8; another type: 201 and no driver call
+ * @return user port: the driver's result; group: 0, 102 at the first failure; 201 for another type, -1 for a group
+ *         outside 1..8
  */
 adp_status_t adp_intf_pivd_set(adp_intf_t intf, uint32_t vid);
 
