@@ -19,13 +19,10 @@ adp_l2_entry_t entry_for(const uint8_t *mac, uint32_t vid) {
 adp_status_t adp_add_mac_addr(const uint8_t *mac, adp_intf_t intf, uint32_t vid, uint32_t is_static) {
     adp_l2_entry_t entry = entry_for(mac, vid);
     entry.flags = low8(is_static) == 1 ? 8 : 0;
-    if (type_of(intf) > 1) {
-        return 201;
+    if (refusal_of(intf) != 0) {
+        return refusal_of(intf);
     }
     if (is_agg(intf)) {
-        if (!is_group(intf)) {
-            return -1;
-        }
         entry.flags |= 1;
         entry.trunk = static_cast<int32_t>(trunk_of(intf));
     }

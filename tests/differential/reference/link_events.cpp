@@ -15,15 +15,12 @@ adp_status_t adp_set_port_last_change(adp_intf_t intf) {
             tables.last_change[port] = static_cast<uint32_t>(time(nullptr));
         }
     };
+    if (refusal_of(intf) != 0) {
+        return refusal_of(intf);
+    }
     if (is_user_port(intf)) {
         stamp(intf);
         return 0;
-    }
-    if (!is_agg(intf)) {
-        return 201;
-    }
-    if (!is_group(intf)) {
-        return -1;
     }
     const Members members = configured_members(intf);
     for (uint32_t n = 0; n < members.count; ++n) {
@@ -35,13 +32,10 @@ adp_status_t adp_set_port_last_change(adp_intf_t intf) {
 adp_status_t adp_get_port_last_change(int32_t intf, uint32_t *out) {
     *out = 0;
     auto port = static_cast<uint32_t>(intf);
-    if (type_of(port) > 1) {
-        return 201;
+    if (refusal_of(port) != 0) {
+        return refusal_of(port);
     }
     if (is_agg(port)) {
-        if (!is_group(port)) {
-            return -1;
-        }
         port = answering_member_of(port);
         if (port == 0) {
             return 203;

@@ -35,14 +35,8 @@ adp_status_t adp_get_port_stat(adp_intf_t intf, uint32_t type, uint64_t *out) {
     if (is_user_port(intf)) {
         return or_102(user_port_packetstat_get(0, 0, adp_intf_2_phy_id(intf), type, out));
     }
-    if (!is_agg(intf)) {
-        return 201;
-    }
-    if (!is_group(intf)) {
-        return -1;
-    }
     uint64_t sum = 0;
-    const adp_status_t status = each_member(active_members(intf), [&](int32_t port) {
+    const adp_status_t status = on_port_or_members(intf, active_members, [&](int32_t port) {
         uint64_t one = 0;
         const int32_t result = user_port_packetstat_get(0, 0, port, type, &one);
         sum += one;

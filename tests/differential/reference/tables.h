@@ -96,41 +96,37 @@ adp_status_t each_member(const Members &members, Step step) {
     return 0;
 }
 
+/** 201 for another type, -1 for a group outside 1..8, else 0. */
+inline adp_status_t refusal_of(uint32_t intf) {
+    return type_of(intf) > 1 ? 201 : is_agg(intf) && !is_group(intf) ? -1 : 0;
+}
+
 /** The rule of most reads: a user port itself, a group's management interface. */
 template <typename Step>
 adp_status_t on_port_or_manager(uint32_t intf, Step step) {
-    if (type_of(intf) > 1) {
-        return 201;
-    }
-    if (is_user_port(intf)) {
-        return step(adp_intf_2_phy_id(intf));
-    }
-    return is_group(intf) ? step(adp_intf_2_phy_id(manager_of(intf))) : -1;
-}
-
-/** On a group: for each listed member until one fails. */
-template <typename Step>
-adp_status_t on_port_or_members(uint32_t intf, Members (*members_of)(uint32_t), Step step) {
-    if (type_of(intf) > 1) {
-        return 201;
-    }
-    if (is_user_port(intf)) {
-        return step(adp_intf_2_phy_id(intf));
-    }
-    return is_group(intf) ? each_member(members_of(intf), step) : -1;
+    const adp_status_t refusal = refusal_of(intf);
+    return refusal != 0 ? refusal : step(adp_intf_2_phy_id(is_agg(intf) ? manager_of(intf) : intf));
 }
 
 /** The rule of reads that do without a management interface. */
 template <typename Step>
 adp_status_t on_port_or_answering_member(uint32_t intf, Step step) {
-    if (type_of(intf) > 1) {
-        return 201;
-    }
-    if (is_agg(intf) && !is_group(intf)) {
-        return -1;
+    const adp_status_t refusal = refusal_of(intf);
+    if (refusal != 0) {
+        return refusal;
     }
     const uint32_t answering = is_agg(intf) ? answering_member_of(intf) : intf;
     return is_agg(intf) && answering == 0 ? 203 : step(adp_intf_2_phy_id(answering));
+}
+
+/** On a group: for each listed member until one fails. */
+template <typename Step>
+adp_status_t on_port_or_members(uint32_t intf, Members (*members_of)(uint32_t), Step step) {
+    const adp_status_t refusal = refusal_of(intf);
+    if (refusal != 0) {
+        return refusal;
+    }
+    return is_agg(intf) ? each_member(members_of(intf), step) : step(adp_intf_2_phy_id(intf));
 }
 
 /** The rule of calls that do not fan out. */
