@@ -35,8 +35,8 @@ FORMS = {
         f"return is_agg({{intf}}) ? 201 : on_port_only({{intf}}, {STEP});",
     (ON_MANAGER, "the driver's result" + REFUSED): f"return on_port_or_manager({{intf}}, {STEP});",
     (ON_MANAGER, FAILED + REFUSED): f"return on_port_or_manager({{intf}}, {STEP_102});",
-    (ON_MANAGER + ", without one for its lowest configured member", FAILED + "; 203 for a group with neither" + REFUSED):
-        f"return on_port_or_answering_member({{intf}}, {STEP_102});",
+    (ON_MANAGER + ", without one for its lowest configured member",
+     FAILED + "; 203 for a group with neither" + REFUSED): f"return on_port_or_answering_member({{intf}}, {STEP_102});",
 }
 for kind in ("active", "configured"):
     clause, policy = f", on a group for each {kind} member", f"return on_port_or_members({{intf}}, {kind}_members, "
@@ -78,7 +78,8 @@ class Contract:
 
     def after_purpose(self):
         purpose, _, rest = self.comment.partition("\n\n")
-        return " ".join((purpose[purpose.find("Driver call"):] + " " + rest if "Driver call" in purpose else rest).split())
+        start = purpose.find("Driver call")
+        return " ".join((purpose[start:] + " " + rest if start >= 0 else rest).split())
 
     def on_driver(self):
         match = CONTRACT.fullmatch(self.after_purpose())
@@ -107,7 +108,8 @@ class Contract:
             elif param.direction in ("out", "inout") and "written by the driver" not in said:
                 self.refuse(f"'@param {name} {said}' does not say 'written by the driver'")
             elif (said == "not used") == (name in self.used):
-                self.refuse(f"'{name}' is {'' if name in self.used else 'not '}in the driver call, and '@param {name} {said}'")
+                where = "in" if name in self.used else "not in"
+                self.refuse(f"'{name}' is {where} the driver call, and '@param {name} {said}'")
         return lines
 
     def reported(self, body, match):
@@ -116,8 +118,8 @@ class Contract:
         if not body.startswith("return user_") or report.count("%") != 3:
             self.refuse(f"a report that is not understood: '{match['report']}'")
         failed = "result < 0" if match["failure"] == "negative result" else "result != 0"
-        return (f"{body.replace('return', 'const int32_t result =')}\n    if ({failed}) {{\n        printf(\"{report}\", "
-                f"\"{self.function.name}\", kAnyNumber, result);\n    }}\n    return result;")
+        return (f"{body.replace('return', 'const int32_t result =')}\n    if ({failed}) {{\n"
+                f'        printf("{report}", "{self.function.name}", kAnyNumber, result);\n    }}\n    return result;')
 
     def call(self, text, has_port):
         name, arguments = re.fullmatch(r"(\w+)\((.*)\)", text).groups()
@@ -167,7 +169,3 @@ class Contract:
 def model(function, driver):
     """The definition of the model; HeaderError when none follows from the comment."""
     return f"{emit_exported.declaration(function)} {{\n    {Contract(function, driver).body()}\n}}\n"
-
-
-def names_driver_call(function):
-    return "Driver call" in function.doc
