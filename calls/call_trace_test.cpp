@@ -9,7 +9,7 @@
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-namespace {
+namespace call_trace_test {
 
 class CallTrace : public testing::Test {
   protected:
@@ -19,8 +19,6 @@ class CallTrace : public testing::Test {
         call_trace::take();
     }
 };
-
-}  // namespace
 
 TEST_F(CallTrace, ShowsALibrarysCallsWithResultsAndOutputs) {
     EXPECT_EQ(library_makes_calls(), 5);
@@ -51,3 +49,5 @@ TEST_F(CallTrace, FailsACallThatNoLibraryDefines) {
               "call trace: no library defines user_vlan_destroy, so it fails.\n");
     EXPECT_THAT(call_trace::take(), ElementsAre("user_vlan_destroy(unit=0, zero=0, vid=100) -> -1"));
 }
+
+}  // namespace call_trace_test

@@ -12,7 +12,7 @@ using calls::CallId;
 using calls::describe_call;
 using calls::describe_result;
 
-namespace {
+namespace describe_test {
 
 /** The addresses of some arguments, as a stub collects them. */
 template <typename... T>
@@ -24,8 +24,6 @@ struct Collected {
 constexpr uint32_t kUnit = 0;
 constexpr uint32_t kZero = 0;
 constexpr uint32_t kVid = 100;
-
-}  // namespace
 
 TEST(Describe, ShowsPortSetsAsPortNumbers) {
     const adp_ports_t member_words = {(1u << 4) | (1u << 5), 1u, 0, 0, 0, 0, 0, 1u << 31};
@@ -155,3 +153,5 @@ TEST(Describe, ShowsATextResultInQuotes) {
     EXPECT_EQ(describe_result(CallId::onu_mac2str, call.addresses, reinterpret_cast<intptr_t>(text)), "\"01:02\"");
     EXPECT_EQ(describe_result(CallId::onu_mac2str, call.addresses, 0), "null");
 }
+
+}  // namespace describe_test

@@ -35,9 +35,9 @@ function(adp_add_test name)
     endif()
 endfunction()
 
-# adp_unit_tests(SUBSYSTEM source...)
-# Unit tests of a subsystem of libadp against the recording driver.
-function(adp_unit_tests subsystem)
-    adp_add_test(test_${subsystem} SOURCES ${ARGN} LIBS adp_static recording_driver fake_system trace_listener)
-    set_property(GLOBAL APPEND PROPERTY ADP_TRACED_TESTS test_${subsystem})
+# adp_unit_tests(source...)
+# Unit tests of a subsystem of libadp, in this folder.
+function(adp_unit_tests)
+    list(TRANSFORM ARGN PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
+    set_property(GLOBAL APPEND PROPERTY ADP_LIBRARY_TESTS ${ARGN})
 endfunction()

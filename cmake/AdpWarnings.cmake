@@ -4,6 +4,8 @@ target_compile_options(adp_warnings INTERFACE
     -Wall -Wextra -Wpedantic -Werror -Wshadow -Wconversion -Wsign-conversion -Wcast-align -Wcast-qual -Wundef
     -Wformat=2 -Wnull-dereference -Wvla -Wdouble-promotion
     $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast -Wnon-virtual-dtor -Woverloaded-virtual -Wextra-semi>
+    # Where files are compiled together, their unnamed namespaces are of a file that is included.
+    $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-subobject-linkage>
     $<$<COMPILE_LANGUAGE:C>:-Wstrict-prototypes -Wmissing-prototypes>)
 
 if(ADP_SANITIZE)

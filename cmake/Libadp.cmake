@@ -1,6 +1,7 @@
 # libadp, as a shared library (the product) and as an archive of the same objects (for the unit tests).
 # Each subsystem's folder adds its sources to the target adp_objects.
 add_library(adp_objects OBJECT)
+set_target_properties(adp_objects PROPERTIES UNITY_BUILD OFF)  # the product is compiled file by file
 target_link_libraries(adp_objects PRIVATE adp_warnings adp_headers)
 # Nothing of the C++ run-time library is wanted in the product: no exceptions, no RTTI, no guarded statics.
 target_compile_options(adp_objects PRIVATE -fno-exceptions -fno-rtti -fno-threadsafe-statics -fvisibility=hidden

@@ -1,90 +1,119 @@
-// Members joining and leaving: the groups and interfaces that are accepted, and failures of the hardware trunk.
-#include "agg/testing/membership.h"
+// Members of a group: an example of each direction, and records that are full or damaged.
+#include <numeric>
 
-namespace {
+#include "agg/trunk.h"
+#include "tests/support/library_test.h"
 
-using namespace membership_test;
-using agg_test::calls;
-using agg_test::fibre_reads;
-using agg_test::kBadGroups;
-using agg_test::link_reads;
-using agg_test::to_kernel;
-using agg_test::trunk_set;
-using ::testing::ElementsAreArray;
+namespace membership_test {
+
+using adp::Commit;
+using adp::Intf;
+using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-constexpr int32_t kDriverResults[] = {-1, 1, 102, -33, INT32_MIN};
+using Intfs = std::vector<uint32_t>;
 
-class Membership : public MembershipTest {};
+constexpr uint32_t kGroup = 2;
+constexpr uint32_t kNotWritten = 0xAAAAAAAA;
 
-TEST_P(Membership, AnInterfaceBeyondTheMapRefusesTheWholeCall) {
-    library_test::make_default_map(10);
-    set_group(1, {4, 5}, 1, {1, 2});
-    const std::string before = table_bytes();
-    for (const Intfs &list : {Intfs{11}, Intfs{1, 2, 26}, Intfs{3, 11}}) {
-        EXPECT_EQ(add(list), -1);
-        EXPECT_EQ(del(list), -1);
+class Trunk : public library_test::LibraryTest {
+  protected:
+    adp_status_t add(const Intfs &list) {
+        return adp::hal_add_agg_member_ex(trunk(), static_cast<uint32_t>(list.size()), list.data(), Commit::kYes,
+                                          &changed_);
     }
-    EXPECT_EQ(table_bytes(), before);
+    adp_status_t del(const Intfs &list) {
+        return adp::hal_del_agg_member_ex(trunk(), static_cast<uint32_t>(list.size()), list.data(), Commit::kYes,
+                                          &changed_);
+    }
+    static adp::TrunkId trunk() { return adp::trunk_of(Intf(ADP_AGG_INTF(kGroup))); }
+    static adp_agg_record_t &record() { return agg_info[kGroup - 1]; }
+
+    static std::vector<uint8_t> eleven_ports() {
+        std::vector<uint8_t> ports(ADP_AGG_MEMBER_BYTES);
+        std::iota(ports.begin(), ports.end(), uint8_t{4});
+        return ports;
+    }
+    /** This physical port alone has link. */
+    static void link_up(int port) {
+        driver().on("user_port_link_status_get").does([port](recording::Arguments &arguments) {
+            *static_cast<uint32_t *>(arguments.pointer("status")) = arguments.i32("port") == port ? 1 : 0;
+            return 0;
+        });
+    }
+
+    uint32_t changed_ = kNotWritten;
+};
+
+TEST_F(Trunk, AddMakesTheseCallsInThisOrder) {
+    set_active(kGroup, {7});
+    record().in_use = 1;
+    link_up(7);
+    driver().on("sys_trace_get").returns(1);
+    EXPECT_EQ(add({26}), 0);
+    EXPECT_THAT(
+        driver().trace(),
+        ElementsAre(
+            "user_port_link_status_get(unit=0, zero=0, port=7)", "user_port_link_status_get(unit=0, zero=0, port=29)",
+            "user_trunk_set(unit=0, zero=0, trunk=1, record={count=2, in_use=0, "
+            "ports=07:1d:00:00:00:00:00:00:00:00:00})",
+            "sys_trace_get()",
+            "sys_trace_add_log(prefix=\"hal_add_agg_member_ex():393\", message=\"interface aggregateport 2, changed "
+            "state to up\")",
+            "Log_logging_func(level=5, module=5, word=\"UPDOWN\", format=\"interface %s %d, changed state to %s\", "
+            "text=\"interface aggregateport 2, changed state to up\")",
+            "user_trunk_send_data_to_kernel(unit=0, zero=0, trunk=1, record={count=2, in_use=1, "
+            "ports=07:1d:00:00:00:00:00:00:00:00:00})"));
+    EXPECT_EQ(changed_, 1u);
+}
+
+TEST_F(Trunk, DelMakesTheseCallsInThisOrder) {
+    set_active(kGroup, {7, 29});
+    link_up(7);
+    EXPECT_EQ(del({4}), 0);
+    EXPECT_THAT(
+        driver().trace(),
+        ElementsAre("user_port_link_status_get(unit=0, zero=0, port=29)", "user_trunk_destroy(unit=0, zero=0, trunk=1)",
+                    "user_trunk_create_id(unit=0, zero=0, trunk=1)",
+                    "user_trunk_send_data_to_kernel(unit=0, zero=0, trunk=1, record={count=1, in_use=0, "
+                    "ports=1d:00:00:00:00:00:00:00:00:00:00})"));
+}
+
+TEST_F(Trunk, ATwelfthMemberIsRefusedBeforeTheDriverIsCalled) {
+    set_active(kGroup, eleven_ports());
+    const std::string before = library_test::table_bytes();
+    EXPECT_EQ(add({12}), -1);
     EXPECT_THAT(driver().trace(), IsEmpty());
-    EXPECT_EQ(add({10}), 0);
-    EXPECT_EQ(record_ports(kGroup), (Ports{4, 5, 13}));
+    EXPECT_EQ(library_test::table_bytes(), before);
+    EXPECT_EQ(changed_, kNotWritten);
 }
 
-TEST_P(Membership, WithoutAMapEveryInterfaceIsRefused) {
-    library_test::drop_map();
-    set_record(kGroup, 1, {4, 5});
-    for (const uint32_t intf : {0u, 1u}) {
-        EXPECT_EQ(add({intf}), -1);
-        EXPECT_EQ(del({intf}), -1);
+TEST_F(Trunk, CountsAboveTheRecordsSizeAreNotFollowed) {
+    for (const int32_t count : {12, -1, INT32_MAX, INT32_MIN}) {
+        record().count = count;
+        EXPECT_EQ(add({1}), -1) << count;
+        EXPECT_EQ(del({1}), -1) << count;
+        EXPECT_EQ(record().count, count);
     }
     EXPECT_THAT(driver().trace(), IsEmpty());
 }
 
-TEST_P(Membership, TheCpuRowIsAMemberLikeAnyOther) {
-    EXPECT_EQ(add({0}), 0);
-    EXPECT_THAT(driver().take(), ElementsAreArray(calls(link_reads({0}), trunk_set(kGroup, {0}),
-                                                        to_kernel(kGroup, 0, {0}), fibre_reads({0}))));
-    EXPECT_EQ(intf_map_trunk[0], kAgg);
-    EXPECT_EQ(del({0}), 0);
-    EXPECT_EQ(intf_map_trunk[0], 0u);
-    EXPECT_EQ(agg_info[kGroup - 1].count, 0);
+class LinkScan : public library_test::LibraryTest {};
+
+TEST_F(LinkScan, TheFirstGroupWithThePortDecides) {
+    set_active(8, {4});
+    EXPECT_EQ(adp_agg_linkscan_handle(1, 1, nullptr), 0);
+    EXPECT_THAT(driver().take(), ::testing::Contains(::testing::StartsWith("user_trunk_set(unit=0, zero=0, trunk=7")));
+    set_active(5, {5, 4});
+    EXPECT_EQ(adp_agg_linkscan_handle(1, 1, nullptr), 0);
+    EXPECT_THAT(driver().take(), ::testing::Contains(::testing::StartsWith("user_trunk_set(unit=0, zero=0, trunk=4")));
 }
 
-TEST_P(Membership, AFailedTrunkSetIsReturnedAndChangesNothing) {
-    for (const int32_t result : kDriverResults) {
-        start();
-        set_group(1, {4, 5}, 9, {1, 2});
-        set_all_links({5});
-        adp::agg_link_status[kGroup] = 1;
-        const std::string before = table_bytes();
-        driver().fail_every("user_trunk_set", result);
-        EXPECT_EQ(add({3}), result);
-        EXPECT_THAT(driver().take(),
-                    ElementsAreArray(calls(link_reads({4, 5, 6}), trunk_set(kGroup, {4, 5, 6}), event(1))));
-        EXPECT_EQ(del({1}), result);
-        EXPECT_THAT(driver().take(), ElementsAreArray(calls(link_reads({5}), trunk_set(kGroup, {5}))));
-        EXPECT_EQ(table_bytes(), before);
-    }
-}
-
-TEST_P(Membership, GroupsOutsideOneToEightAreRefused) {
-    fill_tables();
-    const std::string before = table_bytes();
-    for (const uint32_t group : kBadGroups) {
-        EXPECT_EQ(GetParam().add(group, {1}), -1) << group;
-        EXPECT_EQ(GetParam().del(group, {1}), -1) << group;
-    }
-    EXPECT_EQ(table_bytes(), before);
+// The table is exported and anyone can write to it: a count above the record's size must not be followed.
+TEST_F(LinkScan, ACountAboveTheRecordsSizeStopsAtItsEnd) {
+    agg_info[kGroup - 1].count = ADP_AGG_MEMBER_BYTES + 1;
+    EXPECT_EQ(adp_agg_linkscan_handle(20, 1, nullptr), 0);
     EXPECT_THAT(driver().trace(), IsEmpty());
 }
 
-TEST_P(Membership, OnlyTheIndexBitsNameTheGroup) {
-    EXPECT_EQ(GetParam().add(0x70000003, {1}), 0);
-    EXPECT_EQ(record_ports(3), Ports{4});
-    EXPECT_EQ(intf_map_trunk[1], 0x70000003u);  // stored as it was given
-}
-
-INSTANTIATE_TEST_SUITE_P(Forms, Membership, kForms, form_name);
-
-}  // namespace
+}  // namespace membership_test

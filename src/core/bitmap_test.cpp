@@ -1,7 +1,7 @@
 // Two-word bitmap translation between interface numbers and physical ports.
 #include "tests/support/library_test.h"
 
-namespace {
+namespace bitmap_test {
 
 struct Bitmap {
     uint32_t word[2];
@@ -95,4 +95,4 @@ TEST_F(BitmapTranslation, BeforeTheMapExistsEveryBitIsKept) {
     EXPECT_EQ(to_intfs(bits({0, 5, 26})), bits({0, 5, 26}));
 }
 
-}  // namespace
+}  // namespace bitmap_test

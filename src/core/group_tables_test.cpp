@@ -1,7 +1,7 @@
 // Accessors of one row of the aggregation tables.
 #include "tests/support/library_test.h"
 
-namespace {
+namespace group_tables_test {
 
 using library_test::table_bytes;
 
@@ -114,4 +114,4 @@ TEST_F(AggTables, GroupsOutsideOneToEightAreRefusedWithZeroedOutputs) {
     EXPECT_EQ(table_bytes(), before);
 }
 
-}  // namespace
+}  // namespace group_tables_test

@@ -3,7 +3,7 @@
 
 #include "tests/support/library_test.h"
 
-namespace {
+namespace members_test {
 
 using library_test::table_bytes;
 
@@ -269,4 +269,4 @@ TEST(FirstFailure, NeverGoesBeyondTheList) {
     EXPECT_EQ(walk.seen.size(), 26u);
 }
 
-}  // namespace
+}  // namespace members_test

@@ -4,7 +4,7 @@
 #include "tests/support/library_test.h"
 #include "tests/support/outcome.h"
 
-namespace {
+namespace messages_test {
 
 using adp::Message;
 using library_test::Outcome;
@@ -79,4 +79,4 @@ TEST_F(Messages, TheLogItselfIsNotCut) {
                                 name + ":[00012] 34\")"));
 }
 
-}  // namespace
+}  // namespace messages_test

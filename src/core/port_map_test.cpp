@@ -4,7 +4,7 @@
 #include "tests/support/fake_system.h"
 #include "tests/support/library_test.h"
 
-namespace {
+namespace port_map_test {
 
 using library_test::drop_map;
 using library_test::table_bytes;
@@ -194,4 +194,4 @@ TEST_F(FailedAllocation, SizesThatOverflowAllocateNothing) {
     EXPECT_EQ(session.system().allocations(), 0u);
 }
 
-}  // namespace
+}  // namespace port_map_test

@@ -3,7 +3,7 @@
 
 #include "tests/support/library_test.h"
 
-namespace {
+namespace resolve_test {
 
 using adp::Failure;
 using adp::Intf;
@@ -209,4 +209,4 @@ TEST_F(Resolve, RepresentativeOfAGroupIsItsManager) {
     EXPECT_EQ(adp::representative_of(Intf(kOtherTypes[0])), Intf(kOtherTypes[0]));
 }
 
-}  // namespace
+}  // namespace resolve_test

@@ -1,19 +1,28 @@
 // Rule records: qualifiers and actions are appended, and refused when they do not fit.
+#include <functional>
 #include <numeric>
 
-#include "fp/testing/support.h"
+#include "tests/support/library_test.h"
 
-namespace {
+namespace record_test {
 
-using fp_test::bytes_of;
-using fp_test::word_of;
 using ::testing::Each;
 using ::testing::IsEmpty;
 
 constexpr uint8_t kFiller = 0xA5;
 constexpr int32_t kNegatives[] = {-1, -17, INT32_MIN};
 
-class Record : public fp_test::FpTest {
+uint32_t word_of(const uint8_t *field) {
+    uint32_t word;
+    std::memcpy(&word, field, sizeof word);
+    return word;
+}
+
+std::string bytes_of(const FpEntity &rule) {
+    return {reinterpret_cast<const char *>(&rule), sizeof rule};
+}
+
+class Record : public library_test::LibraryTest {
   protected:
     Record() {
         std::iota(std::begin(bytes_), std::end(bytes_), uint8_t{1});
@@ -195,4 +204,4 @@ TEST_F(Record, AFullRecordRefusesAnActionWithTheCountOfQualifiers) {
     }
 }
 
-}  // namespace
+}  // namespace record_test

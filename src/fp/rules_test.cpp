@@ -1,91 +1,147 @@
-// The list of installed rules: its start and look-up.
-#include "fp/testing/support.h"
+// Rules: records with damaged counts, nodes that are freed, and remark requests.
+#include <stddef.h>
 
-namespace {
+#include "tests/support/fake_system.h"
+#include "tests/support/library_test.h"
 
-using fp_test::make_rule;
+namespace rules_test {
+
 using library_test::installed_rules;
+using ::testing::Each;
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
+using ::testing::StartsWith;
 
-constexpr char kInitCall[] = "user_field_init(unit=0, zero=0)";
+constexpr uint32_t kSubmodule = 22;  // one entry each, the first is 820
+constexpr uint32_t kEntity = 4;
+constexpr uint32_t kMeterAction = 53;
 
-class Rules : public fp_test::FpTest {
+FpEntity make_rule() {
+    FpEntity rule = {};
+    rule.submodule_type = kSubmodule;
+    rule.entity_id = kEntity;
+    return rule;
+}
+
+std::string bytes_of(const FpEntity &rule) {
+    return {reinterpret_cast<const char *>(&rule), sizeof rule};
+}
+
+class Rules : public library_test::LibraryTest {
   protected:
-    int32_t init() {
-        ::testing::internal::CaptureStdout();
-        const int32_t status = adp_fp_init();
-        printed_ = ::testing::internal::GetCapturedStdout();
-        return status;
-    }
+    Rules() { std::copy(std::begin(g_stFpInfo), std::end(g_stFpInfo), submodules_); }
+    ~Rules() override { std::copy(std::begin(submodules_), std::end(submodules_), g_stFpInfo); }
+    Rules(const Rules &) = delete;
+    Rules &operator=(const Rules &) = delete;
 
-    std::string printed_;
+  private:
+    FpInfo submodules_[ADP_FP_SUBMODULES] = {};
 };
 
-TEST_F(Rules, InitCallsTheDriverOnceWhenItSucceeds) {
-    for (const int32_t result : {0, 1, 77, INT32_MAX}) {
-        driver().on("user_field_init").returns(result);
-        EXPECT_EQ(init(), 0);
-        EXPECT_THAT(driver().take(), ElementsAre(kInitCall));
-        EXPECT_EQ(printed_, "");
-    }
-}
-
-TEST_F(Rules, InitPrintsTheSecondResultAndReturnsTheThird) {
-    const struct {
-        int32_t first, second, third;
-    } rows[] = {{-1, -2, -3}, {-1, 0, 0}, {-1, -1, 0}, {-5, 0, -6}, {INT32_MIN, INT32_MIN, INT32_MIN}, {-1, 4, 9}};
-    for (const auto &row : rows) {
-        for (const int32_t result : {row.first, row.second, row.third}) {
-            driver().once("user_field_init").returns(result);
+// The status numbers the action that a port is translated into; it can be any number.
+TEST_F(Rules, OutsideTheActionsNoPortIsWritten) {
+    for (const uint32_t type : {30u, 33u}) {
+        for (const int32_t status : {8, 9, 255, -1, -8, INT32_MIN, INT32_MAX}) {
+            start_over();
+            FpEntity rule;
+            std::memset(&rule, 0x5A, sizeof rule);
+            rule.submodule_type = kSubmodule;
+            rule.entity_id = 0;
+            rule.unit = 0;
+            rule.qualify_num = 0;
+            rule.action_num = 1;
+            rule.actions[0].type = type;
+            std::memset(rule.actions[0].param, 0, sizeof rule.actions[0].param);
+            driver().fail_every("user_field_entry_create_id", status);
+            EXPECT_EQ(adp_fp_add_entity_rule(rule), status);
+            rule.true_entry = 820;
+            EXPECT_TRUE(bytes_of(installed_rules().at(0)->entity) == bytes_of(rule)) << status;
         }
-        EXPECT_EQ(init(), row.third);
-        EXPECT_THAT(driver().take(), ElementsAre(kInitCall, kInitCall, kInitCall));
-        EXPECT_EQ(printed_, "adp_fp_init:[00428]  error funtion ret=" + std::to_string(row.second) + " \n");
     }
 }
 
-TEST_F(Rules, InitDropsTheNodesWithoutFreeingThem) {
-    FpListNode *node = put(make_rule(1, 2));
-    FpListNode *other = put(make_rule(1, 3));
-    {
-        fake_system::Session session;
-        EXPECT_EQ(adp_fp_init(), 0);
-        EXPECT_EQ(acl_fp_list_head.next, &acl_fp_list_head);
-        EXPECT_EQ(acl_fp_list_head.prev, &acl_fp_list_head);
-        EXPECT_EQ(session.system().allocations(), 0u);
+TEST_F(Rules, RemovalByRecordUsesItsOwnActionsAndNoneOutsideIt) {
+    const struct {
+        int32_t actions;
+        size_t meters;
+    } cases[] = {{0, 0}, {-1, 0}, {INT32_MIN, 0}, {1, 0}, {2, 1}, {8, 7}, {9, 7}, {INT32_MAX, 7}};
+    for (const auto &[actions, meters] : cases) {
+        FpEntity installed = make_rule();
+        installed.action_num = 1;
+        installed.actions[0].type = kMeterAction;
+        EXPECT_EQ(adp_fp_add_entity_rule(installed), 0);
+        FpEntity rule = make_rule();
+        for (FpAction &action : rule.actions) {
+            action.type = &action == rule.actions ? 1 : kMeterAction;
+        }
+        rule.action_num = actions;
+        driver().reset();
+        EXPECT_EQ(adp_fp_delete_entity_rule_ex(rule), 0);
+        EXPECT_EQ(driver().count("user_field_meter_destroy"), meters) << actions;
+        EXPECT_TRUE(installed_rules().empty());
     }
-    EXPECT_EQ(node->entity.entity_id, 2u);
-    EXPECT_EQ(node->link.next, &other->link);
-    EXPECT_EQ(other->link.prev, &node->link);
-    free(node);
-    free(other);
 }
 
-TEST_F(Rules, InitEmptiesTheListBeforeTheDriverIsCalled) {
-    FpListNode *node = put(make_rule(1, 2));
-    driver().on("user_field_init").does([](recording::Arguments &) { return installed_rules().empty() ? 0 : -9; });
-    EXPECT_EQ(init(), 0);
-    free(node);
+TEST_F(Rules, RemovalFreesTheNodeOnceWithItsLinksPoisoned) {
+    fake_system::Session session;
+    adp_fp_add_entity_rule(make_rule());
+    const FpListNode *node = adp_fp_find_list_node_by_entity(kSubmodule, kEntity);
+    std::vector<const void *> freed;
+    std::vector<uintptr_t> links;
+    session.system().on_free([&](const void *memory) {
+        freed.push_back(memory);
+        const auto *link = static_cast<const adp_list_link_t *>(memory);
+        links.push_back(reinterpret_cast<uintptr_t>(link->next));
+        links.push_back(reinterpret_cast<uintptr_t>(link->prev));
+    });
+    EXPECT_EQ(adp_fp_delete_entity_rule(kSubmodule, kEntity, 0), 0);
+    EXPECT_THAT(freed, ElementsAre(static_cast<const void *>(node)));
+    EXPECT_THAT(links, ElementsAre(0x00100100u, 0x00200200u));
 }
 
-TEST_F(Rules, AreFoundByBothNumbersAndTheFirstMatchIsReturned) {
-    FpListNode *of_1 = put(make_rule(1, 7));
-    FpListNode *of_2 = put(make_rule(2, 7));
-    FpListNode *second_of_1 = put(make_rule(1, 8));
-    put(make_rule(1, 7));
-    EXPECT_EQ(adp_fp_find_list_node_by_entity(1, 7), of_1);
-    EXPECT_EQ(adp_fp_find_list_node_by_entity(2, 7), of_2);
-    EXPECT_EQ(adp_fp_find_list_node_by_entity(1, 8), second_of_1);
-    EXPECT_EQ(adp_fp_find_list_node_by_entity(2, 8), nullptr);
-    EXPECT_EQ(adp_fp_find_list_node_by_entity(0, 0), nullptr);
-    EXPECT_EQ(adp_fp_find_list_node_by_entity(0x10001, 7), nullptr);
-    EXPECT_THAT(driver().trace(), IsEmpty());
+class Remark : public Rules {
+  protected:
+    static RemarkRule request(uint8_t form) {
+        RemarkRule rule = {};
+        rule.rule_id = 5;
+        rule.remark_kind = 1;
+        rule.rule_form = form;
+        return rule;
+    }
+};
+
+TEST_F(Remark, RequestsHaveAFixedLayout) {
+    EXPECT_EQ(sizeof(RemarkRule), 32u);
+    EXPECT_EQ(offsetof(RemarkRule, rule_id), 0u);
+    EXPECT_EQ(offsetof(RemarkRule, port_bitmap), 8u);
+    EXPECT_EQ(offsetof(RemarkRule, remark_kind), 16u);
+    EXPECT_EQ(offsetof(RemarkRule, remark_value), 18u);
+    EXPECT_EQ(offsetof(RemarkRule, rule_form), 20u);
+    EXPECT_EQ(offsetof(RemarkRule, match_field), 21u);
+    EXPECT_EQ(offsetof(RemarkRule, match_value), 24u);
 }
 
-TEST_F(Rules, AreNotFoundInAnEmptyList) {
-    EXPECT_EQ(adp_fp_find_list_node_by_entity(0, 0), nullptr);
-    EXPECT_EQ(adp_fp_find_list_node_by_entity(1, 0), nullptr);
+// Bit k of the request is interface k + 1: a bit is carried from word to word, and the last one is lost.
+TEST_F(Remark, ThePortsOfARequestAreShifted) {
+    const struct {
+        uint32_t high, low;
+        uint32_t shifted_high, shifted_low;
+    } rows[] = {{0, 1, 0, 2}, {0, 0x80000000, 1, 0}, {0x80000000, 0, 0, 0}, {1, 0x80000001, 3, 2}};
+    for (const auto &row : rows) {
+        RemarkRule rule = request(7);
+        rule.port_bitmap[0] = row.high;
+        rule.port_bitmap[1] = row.low;
+        EXPECT_EQ(adp_add_remark_rule(&rule), 0);
+        EXPECT_THAT(rule.port_bitmap, ElementsAre(row.shifted_high, row.shifted_low));
+    }
 }
 
-}  // namespace
+TEST_F(Remark, WithoutItsSubmoduleARequestIs504BeforeItsFormIsChecked) {
+    g_stFpInfo[0].submodule_type = 0;
+    for (const uint8_t form : {uint8_t{7}, uint8_t{1}, uint8_t{3}}) {
+        RemarkRule rule = request(form);
+        EXPECT_EQ(adp_add_remark_rule(&rule), 504);
+        EXPECT_THAT(driver().trace(), Each(::testing::Not(StartsWith("user_"))));
+    }
+}
+
+}  // namespace rules_test

@@ -3,7 +3,7 @@
 
 #include "tests/support/library_test.h"
 
-namespace {
+namespace dump_test {
 
 const std::string kRule = "--------------------------------------\r\n";
 const std::string kColumns = "00 01 02 03 04 05 06 07   08 09 0A 0B 0C 0D 0E 0F ";
@@ -41,4 +41,4 @@ TEST(DumpPacket, LengthBelowOnePrintsTheHeadOnly) {
     EXPECT_EQ(dump(counting(4), -1, &result), kRule + "title:-1(0xFFFFFFFF)\r\n    " + kColumns + "\r\n");
 }
 
-}  // namespace
+}  // namespace dump_test

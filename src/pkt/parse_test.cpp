@@ -1,7 +1,7 @@
 // __adp_receive_frame(): ingress interface, tags and headers, and truncated frames.
 #include "pkt/testing/receive.h"
 
-namespace {
+namespace parse_test {
 
 using namespace receive_test;
 
@@ -203,4 +203,4 @@ TEST_F(Parse, LengthFieldWrapsIn16BitsForTheShortestFrame) {
     EXPECT_EQ(desc.length, 8u);
 }
 
-}  // namespace
+}  // namespace parse_test

@@ -3,7 +3,7 @@
 
 #include "tests/support/library_test.h"
 
-namespace {
+namespace switch_tag_test {
 
 using Bytes = std::vector<uint8_t>;
 
@@ -120,4 +120,4 @@ TEST_F(TagTranslation, BitmapKeepsTheUpperBitsOfWord1) {
     EXPECT_EQ(translated(0x9E000000, 0), tag_of(0x9E000000, 0));
 }
 
-}  // namespace
+}  // namespace switch_tag_test

@@ -2,7 +2,7 @@
 #include "pkt/testing/receive.h"
 #include "pkt/testing/vlan_record.h"
 
-namespace {
+namespace vlan_check_test {
 
 using namespace receive_test;
 using pkt_test::set_vlan_members;
@@ -93,4 +93,4 @@ TEST_F(VlanCheck, RefusesATagThatTheFrameCutsOff) {
     }
 }
 
-}  // namespace
+}  // namespace vlan_check_test

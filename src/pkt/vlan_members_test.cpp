@@ -2,7 +2,7 @@
 #include "pkt/testing/vlan_record.h"
 #include "tests/support/library_test.h"
 
-namespace {
+namespace vlan_members_test {
 
 using pkt_test::set_vlan_members;
 using ::testing::ElementsAre;
@@ -63,4 +63,4 @@ TEST_F(PortVlanAbility, PassesTheWholeVlanIdOn) {
     EXPECT_THAT(driver().trace(), ElementsAre("get_vlan_info(vid=4294967295)", "get_vlan_info(vid=69637)"));
 }
 
-}  // namespace
+}  // namespace vlan_members_test

@@ -6,7 +6,7 @@
 #include "tests/support/fake_system.h"
 #include "tests/support/library_test.h"
 
-namespace {
+namespace wire_test {
 
 using ::testing::Contains;
 using ::testing::ElementsAre;
@@ -66,4 +66,4 @@ TEST_F(Wire, PktInitReturnsTheLengthOfItsMessageWhenRefused) {
     EXPECT_EQ(result, static_cast<int32_t>(printed.size()));
 }
 
-}  // namespace
+}  // namespace wire_test

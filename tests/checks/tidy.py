@@ -1,7 +1,9 @@
 #!/usr/bin/env python3
 """Runs clang-tidy over the library, the virtual device and the tools (not over tests and generated code).
 
-tidy.py SOURCE_DIR BUILD_DIR
+tidy.py SOURCE_DIR BUILD_DIR [--changed]
+
+With --changed only the files that differ from the last commit, and those whose header does.
 
 Nearly all of clang-tidy's time goes into the standard library's headers, so the files of a folder are looked at
 together, in one translation unit that includes them all. Where that has findings, or where the files cannot stand
@@ -9,15 +11,15 @@ together because two of them name a thing of their own alike, each half is looke
 which alone decides.
 """
 
-import json
 import os
-import shlex
 import subprocess
 import sys
 import tempfile
 from concurrent.futures import ThreadPoolExecutor
 from itertools import groupby
 from pathlib import Path
+
+from compile_commands import commands_of, flags_of
 
 LIBRARY = ("src",)
 REST = ("vdevice", "calls", "tools", "bench")
@@ -32,18 +34,17 @@ def sources(root, folder):
     return sorted(str(path) for path in (root / folder).rglob("*.cpp") if not path.name.endswith("_test.cpp") and path.parent.name != "testing")
 
 
-def flags_of(command):
-    """What a file is compiled with, without the compiler, the output and the file itself."""
-    words = shlex.split(command["command"])
-    return tuple(words[1:words.index("-o")])
+def changed(root):
+    """The files that differ from the last commit; of a header the source beside it."""
+    listed = [subprocess.run(["git", "-C", str(root), *words], stdout=subprocess.PIPE, text=True, check=True).stdout
+              for words in (["diff", "--name-only", "HEAD"], ["ls-files", "--others", "--exclude-standard"])]
+    return {str((root / name).with_suffix(".cpp")) for name in "".join(listed).splitlines() if name.endswith((".cpp", ".h"))}
 
 
 class Tidy:
     def __init__(self, root, build):
         self.root = root
-        self.build = build
-        commands = json.loads((build / "compile_commands.json").read_text())
-        self.flags = {command["file"]: flags_of(command) for command in commands}
+        self.flags = {file: flags_of(words) for file, words in commands_of(build).items()}
 
     def run(self, arguments):
         done = subprocess.run(["clang-tidy-14", "--quiet", "--warnings-as-errors=*", *arguments], cwd=self.root,
@@ -51,7 +52,7 @@ class Tidy:
         return done.returncode == 0, done.stdout
 
     def one(self, file, checks):
-        clean, words = self.run(["-p", str(self.build), checks, file])
+        clean, words = self.run([checks, file, "--", *self.flags[file]])
         return [] if clean else [words or f"clang-tidy fails on {file}\n"]
 
     def together(self, files, checks):
@@ -78,14 +79,16 @@ class Tidy:
         return [list(batch) for _, batch in groupby(sorted(files, key=key), key=key)]
 
 
-def main(root, build):
+def main(root, build, only_changed):
     tidy = Tidy(root, build)
+    wanted = changed(root) if only_changed else None
     work = []
     count = 0
     for folders, checks in ((LIBRARY, "--checks="), (REST, NO_ANALYZER)):
         files = [file for folder in folders for file in sources(root, folder)]
         if not files:
             sys.exit("no sources found")
+        files = [file for file in files if wanted is None or file in wanted]
         count += len(files)
         work += [(batch, checks) for batch in tidy.batches(files)]
     work.sort(key=lambda item: -len(item[0]))
@@ -97,4 +100,4 @@ def main(root, build):
 
 
 if __name__ == "__main__":
-    main(Path(sys.argv[1]).resolve(), Path(sys.argv[2]).resolve())
+    main(Path(sys.argv[1]).resolve(), Path(sys.argv[2]).resolve(), "--changed" in sys.argv[3:])

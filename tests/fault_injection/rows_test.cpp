@@ -9,7 +9,7 @@
 #include "calls/exported.h"
 
 namespace fault_injection {
-namespace {
+namespace rows_test {
 
 /** More would hide the first ones. */
 constexpr size_t kComplaintsShown = 20;
@@ -78,5 +78,5 @@ TEST(Rows, MakeEveryImportedCallFail) {
     }
 }
 
-}  // namespace
+}  // namespace rows_test
 }  // namespace fault_injection

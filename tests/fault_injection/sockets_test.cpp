@@ -5,7 +5,7 @@
 
 #include "tests/fault_injection/senders.h"
 
-namespace {
+namespace sockets_test {
 
 using fault_injection::frame;
 using fault_injection::Sender;
@@ -113,4 +113,4 @@ TEST_P(SocketCall, TheCommonSocketCannotBeMade) {
 INSTANTIATE_TEST_SUITE_P(FaultInjection, SocketCall, ValuesIn(kErrors),
                          [](const auto &error) { return std::string(strerrorname_np(error.param)); });
 
-}  // namespace
+}  // namespace sockets_test

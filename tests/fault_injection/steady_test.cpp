@@ -7,7 +7,7 @@
 
 #include "tests/fault_injection/senders.h"
 
-namespace {
+namespace steady_test {
 
 using fault_injection::Sender;
 using fault_injection::senders;
@@ -106,4 +106,4 @@ TEST_F(ManyFrames, ReceivedHoldNothing) {
     EXPECT_LT(parsed, kFrames);
 }
 
-}  // namespace
+}  // namespace steady_test

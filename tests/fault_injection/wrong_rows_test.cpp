@@ -7,7 +7,7 @@
 #include "tests/fault_injection/report.h"
 
 namespace fault_injection {
-namespace {
+namespace wrong_rows_test {
 
 using ::testing::Contains;
 using ::testing::HasSubstr;
@@ -87,5 +87,5 @@ TEST(RightRow, GivesNoComplaint) {
     EXPECT_EQ(report.counts.failed_calls, 4U);
 }
 
-}  // namespace
+}  // namespace wrong_rows_test
 }  // namespace fault_injection

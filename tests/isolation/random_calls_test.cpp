@@ -22,7 +22,7 @@
 #include <sanitizer/allocator_interface.h>
 #endif
 
-namespace {
+namespace random_calls_test {
 
 using calls::CallId;
 using random_call::LikelyNumbers;
@@ -130,8 +130,6 @@ void make_calls(Client &client, LikelyNumbers &numbers, uint64_t count) {
     }
 }
 
-}  // namespace
-
 TEST(Isolation, EveryCallWithAnyArgumentsIsAnsweredAndNothingGrows) {
     // Room for all tables: the journal's lines, rules, addresses.
     constexpr size_t kMostGrowth = 64u << 20;
@@ -184,3 +182,5 @@ TEST(Isolation, ManyLongLogLinesAreCutAndForgotten) {
     EXPECT_LT(allocated(), before + kMostGrowth);
     EXPECT_EQ(device.driver().journal().total(), kLines);
 }
+
+}  // namespace random_calls_test

@@ -6,6 +6,8 @@ import shlex
 import subprocess
 from pathlib import Path
 
+from tests.checks.compile_commands import commands_of
+
 # Whatever a fault makes of the code must not end the compilation by a warning; -g0 lets objects be compared.
 COMPILE = ("-w", "-g0")
 LINK = ("-Wl,--allow-multiple-definition", "-fuse-ld=gold")
@@ -14,8 +16,7 @@ LINK = ("-Wl,--allow-multiple-definition", "-fuse-ld=gold")
 class Build:
     def __init__(self, folder):
         self.folder = folder
-        commands = json.loads((folder / "compile_commands.json").read_text())
-        self.commands = {command["file"]: shlex.split(command["command"]) for command in commands}
+        self.commands = commands_of(folder)
         self.links = {}
         self.tests = None
 
@@ -50,7 +51,7 @@ class Build:
         for test in tests:
             program, *arguments = test.get("command", [""])
             expected = any(p["name"] in ("PASS_REGULAR_EXPRESSION", "WILL_FAIL") for p in test.get("properties", []))
-            if Path(program).parent == self.folder and not expected:
+            if Path(program).parent == self.folder and Path(program).exists() and not expected:
                 together = any(a.startswith("--gtest_filter") for a in arguments)
                 found[(Path(program).name, *(["--gtest_fail_fast"] if together else arguments))] = True
         return sorted(found)

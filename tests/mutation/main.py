@@ -158,7 +158,7 @@ def main():
     parser.add_argument("--killers", action="store_true", help="run every test, and tell in --json which ones found a fault")
     parser.add_argument("--faults", metavar="FILE", help="plant what survived in this earlier --json")
     parser.add_argument("--json", metavar="FILE", help="write the result of each fault")
-    parser.add_argument("--build", default=ROOT / "build/host", type=Path)
+    parser.add_argument("--build", default=ROOT / "build/mutate", type=Path)
     parser.add_argument("--jobs", type=int, default=os.cpu_count())
     options = parser.parse_args()
     trials = Trials(Build(options.build.resolve()), options)

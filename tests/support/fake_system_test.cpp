@@ -19,7 +19,7 @@ using fake_system::Session;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-namespace {
+namespace fake_system_test {
 
 // The compiler may remove an unused allocation.
 void *volatile kept = nullptr;
@@ -28,8 +28,6 @@ void *allocate(size_t size) {
     kept = std::malloc(size);
     return kept;
 }
-
-}  // namespace
 
 TEST(FakeSystem, ForwardsToTheSystemWhileItIsOff) {
     const int descriptor = socket(AF_UNIX, SOCK_DGRAM, 0);
@@ -200,3 +198,5 @@ TEST(FakeSystem, IsOneAtATimeAndStartsAnew) {
     Session session;
     EXPECT_THAT(session.system().trace(), IsEmpty());
 }
+
+}  // namespace fake_system_test

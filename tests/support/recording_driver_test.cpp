@@ -14,7 +14,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::StrEq;
 
-namespace {
+namespace recording_driver_test {
 
 constexpr uint32_t kVid = 100;
 
@@ -22,8 +22,6 @@ class RecordingDriver : public testing::Test {
   protected:
     void SetUp() override { driver().reset(); }
 };
-
-}  // namespace
 
 TEST_F(RecordingDriver, WritesCallsDownInOrder) {
     EXPECT_EQ(user_vlan_create(0, 0, kVid), 0);
@@ -224,3 +222,5 @@ TEST_F(RecordingDriver, RefusesScriptsThatNoCallCouldPlay) {
     EXPECT_THROW(driver().on("user_port_enable_get").sets("port", 1), std::logic_error) << "only read";
     EXPECT_THROW(driver().on("user_port_enable_get").sets("enable", {1, 2}), std::logic_error) << "one word";
 }
+
+}  // namespace recording_driver_test

@@ -15,15 +15,13 @@ using random_call::RandomCall;
 using recording::driver;
 using testing::ElementsAre;
 
-namespace {
+namespace stubs_test {
 
 constexpr uint64_t kRounds = 4;
 
 // A reference that the compiler keeps: without one the linker does not take the stubs from their archive.
 const auto volatile kTakesNetlinkApi = &user_vlan_create;
 const auto volatile kTakesDeviceServices = &sys_trace_get;
-
-}  // namespace
 
 TEST(Stubs, HandOnEveryArgumentOfEveryCall) {
     ASSERT_TRUE(kTakesNetlinkApi != nullptr && kTakesDeviceServices != nullptr);
@@ -47,3 +45,5 @@ TEST(Stubs, HandOnEveryArgumentOfEveryCall) {
         }
     }
 }
+
+}  // namespace stubs_test

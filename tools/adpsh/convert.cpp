@@ -16,7 +16,7 @@ using calls::Kind;
 
 namespace {
 
-constexpr int kHexadecimal = 16;
+constexpr int kHexadecimalBase = 16;
 constexpr size_t kBitsPerWord = 32;
 constexpr size_t kPortSetWords = 8;
 
@@ -31,7 +31,7 @@ Bytes hexadecimal(std::string_view text, const Value &value) {
         }
         uint8_t byte = 0;
         const std::string_view pair = text.substr(0, 2);
-        const auto [end, error] = std::from_chars(pair.data(), pair.data() + pair.size(), byte, kHexadecimal);
+        const auto [end, error] = std::from_chars(pair.data(), pair.data() + pair.size(), byte, kHexadecimalBase);
         if (pair.size() < 2 || error != std::errc() || end != pair.data() + pair.size()) {
             throw LineError("'" + written(value) + "' is not a byte string: expected pairs of hexadecimal digits");
         }

@@ -6,7 +6,7 @@
 #include <random>
 
 namespace adpsh {
-namespace {
+namespace parser_test {
 
 Command parsed(std::string_view line) {
     const auto result = parse_line(line);
@@ -141,5 +141,5 @@ TEST(Written, CutsLongValues) {
     EXPECT_EQ(written({Value::Form::kWord, std::string(1000, 'x'), {}}), std::string(40, 'x') + "...");
 }
 
-}  // namespace
+}  // namespace parser_test
 }  // namespace adpsh

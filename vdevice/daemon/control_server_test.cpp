@@ -9,7 +9,7 @@
 #include "vdevice/remote/testing/device.h"
 
 namespace vdevice {
-namespace {
+namespace control_server_test {
 
 using remote::RawClient;
 
@@ -118,5 +118,5 @@ TEST_F(Control, OneClientTooManyIsTurnedAway) {
     EXPECT_GT(next.waiting_bytes(), 0u) << "a client that left makes room";
 }
 
-}  // namespace
+}  // namespace control_server_test
 }  // namespace vdevice

@@ -60,7 +60,7 @@ def test_the_help_says_when_no_device_runs(run_dir):
 
 
 def test_the_document_lists_the_devices_commands(device):
-    document = Path(__file__).parents[2].joinpath("docs", "virtual-device.md").read_text(encoding="utf-8")
+    document = Path(__file__).parents[2].joinpath("docs", "reference", "vdevctl.md").read_text(encoding="utf-8")
     table = document.split("| command | answer |\n")[1].split("\n\n")[0]
     rows = re.findall(r"^\| (`.*?) \|", table, re.MULTILINE)
     documented = {usage.split()[0] for row in rows for usage in re.findall("`(.*?)`", row)}

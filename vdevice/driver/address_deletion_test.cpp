@@ -8,14 +8,12 @@
 #include "vdevice/driver/testing/address_fixture.h"
 
 namespace vdevice::driver {
-namespace {
+namespace address_deletion_test {
 
 using namespace std::chrono_literals;
 using chip::MacEntry;
 using chip::Status;
-using test::Key;
-using test::key_of;
-using test::station;
+using namespace test;
 
 constexpr int kPort = 4;
 constexpr int kOtherPort = 5;
@@ -264,5 +262,5 @@ TEST_F(DriverMacDelete, ImpossibleKeysAreRefusedAndDeleteNothing) {
     EXPECT_EQ(chip_.macs().size(), 2 * kStations + 1);
 }
 
-}  // namespace
+}  // namespace address_deletion_test
 }  // namespace vdevice::driver

@@ -7,17 +7,14 @@
 #include "vdevice/driver/testing/address_fixture.h"
 
 namespace vdevice::driver {
-namespace {
+namespace addresses_test {
 
 using namespace std::chrono_literals;
 using chip::MacEntry;
 using chip::MacTable;
 using chip::Status;
-using chip::test::kBroadcast;
-using chip::test::kPayload;
-using chip::test::operator+;
-using test::key_of;
-using test::station;
+using namespace chip::test;
+using namespace test;
 
 constexpr int kPort = 4;
 constexpr int32_t kMacNotUnicast = chip::code(Status::kMacNotUnicast);
@@ -286,5 +283,5 @@ TEST_F(DriverMac, TheServicesWorkOnTheSameTable) {
     EXPECT_NE(chip_.macs().find(station(3), kVid), nullptr);
 }
 
-}  // namespace
+}  // namespace addresses_test
 }  // namespace vdevice::driver

@@ -5,16 +5,13 @@
 #include "vdevice/driver/testing/driver_fixture.h"
 
 namespace vdevice::driver {
-namespace {
+namespace fields_test {
 
 using namespace std::chrono_literals;
 using chip::Field;
 using chip::Qualifier;
 using chip::Status;
-using chip::test::kBroadcast;
-using chip::test::Octets;
-using chip::test::operator+;
-using chip::test::station;
+using namespace chip::test;
 
 constexpr int32_t kA = 4;
 constexpr int32_t kB = 5;
@@ -273,5 +270,5 @@ TEST_F(DriverField, MissActionsAndTheEndOfAllRules) {
     EXPECT_EQ(chip_.fields().table().find(kEntry), nullptr);
 }
 
-}  // namespace
+}  // namespace fields_test
 }  // namespace vdevice::driver

@@ -6,14 +6,12 @@
 #include "vdevice/driver/testing/address_fixture.h"
 
 namespace vdevice::driver {
-namespace {
+namespace groups_test {
 
 using chip::MacEntry;
 using chip::PortSet;
 using chip::Status;
-using test::key_of;
-using test::kGroup;
-using test::ports;
+using namespace test;
 
 constexpr int32_t kGroupMissing = chip::code(Status::kGroupMissing);
 constexpr int32_t kMacNotGroup = chip::code(Status::kMacNotGroup);
@@ -188,5 +186,5 @@ TEST_F(DriverGroup, MissActionsAreOfAPortAndAProtocol) {
     EXPECT_EQ(driver_.User_switch_ipmc_set(0, 1, 1), kBadUnit);
 }
 
-}  // namespace
+}  // namespace groups_test
 }  // namespace vdevice::driver

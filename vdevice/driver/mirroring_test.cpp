@@ -2,7 +2,7 @@
 #include "vdevice/driver/testing/driver_fixture.h"
 
 namespace vdevice::driver {
-namespace {
+namespace mirroring_test {
 
 using chip::Mirror;
 using chip::Status;
@@ -119,5 +119,5 @@ TEST_F(DriverMirror, OtherRegistersAreNotThere) {
     EXPECT_EQ(read(kOutput), 0U);
 }
 
-}  // namespace
+}  // namespace mirroring_test
 }  // namespace vdevice::driver

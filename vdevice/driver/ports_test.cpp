@@ -4,11 +4,11 @@
 #include "vdevice/driver/testing/driver_fixture.h"
 
 namespace vdevice::driver {
-namespace {
+namespace ports_test {
 
 using chip::PortSet;
 using chip::Status;
-using test::ports;
+using namespace test;
 
 constexpr int32_t kBadUnit = chip::code(Status::kBadUnit);
 constexpr int32_t kNoPort = chip::code(Status::kNoPort);
@@ -268,5 +268,5 @@ TEST_F(DriverPort, VlanControlsAreKept) {
     EXPECT_EQ(driver_.user_vlan_control_port_set(0, 0, -1, 0, 1), kNoPort);
 }
 
-}  // namespace
+}  // namespace ports_test
 }  // namespace vdevice::driver

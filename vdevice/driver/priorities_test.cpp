@@ -2,7 +2,7 @@
 #include "vdevice/driver/testing/driver_fixture.h"
 
 namespace vdevice::driver {
-namespace {
+namespace priorities_test {
 
 using chip::Status;
 
@@ -244,5 +244,5 @@ TEST_F(DriverPriority, OtherUnitsAreRefused) {
     EXPECT_EQ(chip_.port(4).trust, chip::Trust::kDot1p);
 }
 
-}  // namespace
+}  // namespace priorities_test
 }  // namespace vdevice::driver

@@ -4,7 +4,7 @@
 #include "vdevice/driver/testing/driver_fixture.h"
 
 namespace vdevice::driver {
-namespace {
+namespace queues_test {
 
 using namespace std::chrono_literals;
 using chip::QueueWeights;
@@ -198,5 +198,5 @@ TEST_F(DriverQueues, ShapersOfOtherPortsAndRatesAreRefused) {
     EXPECT_FALSE(chip_.queues().holds(4));
 }
 
-}  // namespace
+}  // namespace queues_test
 }  // namespace vdevice::driver

@@ -5,15 +5,12 @@
 #include "vdevice/driver/testing/driver_fixture.h"
 
 namespace vdevice::driver {
-namespace {
+namespace rates_test {
 
 using namespace std::chrono_literals;
 
 using chip::Status;
-using chip::test::kBroadcast;
-using chip::test::Octets;
-using chip::test::operator+;
-using chip::test::station;
+using namespace chip::test;
 
 constexpr int32_t kBadUnit = chip::code(Status::kBadUnit);
 constexpr int32_t kNoPort = chip::code(Status::kNoPort);
@@ -289,5 +286,5 @@ TEST_F(DriverLimits, RefuseAnotherUnitAndAnOutputWithoutAnAddress) {
     EXPECT_EQ(word, kUntouched);
 }
 
-}  // namespace
+}  // namespace rates_test
 }  // namespace vdevice::driver

@@ -7,13 +7,13 @@
 #include "vdevice/driver/testing/driver_fixture.h"
 
 namespace vdevice::driver {
-namespace {
+namespace services_test {
 
 using namespace std::chrono_literals;
 using chip::Mac;
 using chip::PortSet;
 using chip::Status;
-using test::ports;
+using namespace test;
 
 constexpr int32_t kNotFrontPort = chip::code(Status::kNotFrontPort);
 constexpr int32_t kMacSyntax = chip::code(Status::kMacSyntax);
@@ -249,5 +249,5 @@ TEST_F(DriverServices, EventsAreTakenInOrderFromTheirQueue) {
     EXPECT_EQ(driver_.events().take(9)->words[0], 2U);
 }
 
-}  // namespace
+}  // namespace services_test
 }  // namespace vdevice::driver

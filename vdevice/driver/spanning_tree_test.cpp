@@ -3,7 +3,7 @@
 #include "vdevice/driver/testing/driver_fixture.h"
 
 namespace vdevice::driver {
-namespace {
+namespace spanning_tree_test {
 
 using chip::Status;
 using chip::StpState;
@@ -199,5 +199,5 @@ TEST_F(DriverStg, OtherUnitsAreRefused) {
     EXPECT_EQ(chip_.stp().state(2, 4), StpState::kForwarding);
 }
 
-}  // namespace
+}  // namespace spanning_tree_test
 }  // namespace vdevice::driver

@@ -1,4 +1,4 @@
-// The numbers by which the counter calls choose a counter. docs/virtual-device.md shows the same rows; a
+// The numbers by which the counter calls choose a counter. docs/reference/counters.md shows the same rows; a
 // test compares the two.
 #pragma once
 

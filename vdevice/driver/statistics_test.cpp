@@ -7,14 +7,10 @@
 #include "vdevice/driver/testing/driver_fixture.h"
 
 namespace vdevice::driver {
-namespace {
+namespace statistics_test {
 
 using chip::Status;
-using chip::test::kBroadcast;
-using chip::test::kPayload;
-using chip::test::Octets;
-using chip::test::operator+;
-using chip::test::station;
+using namespace chip::test;
 
 constexpr int32_t kA = 4;
 constexpr int32_t kB = 5;
@@ -104,9 +100,10 @@ TEST_F(DriverStatistics, WhatIsUnknownIsRefused) {
 
 TEST(Statistics, AreToldInTheDocument) {
     for (const Statistic &statistic : statistic_table()) {
-        chip::test::expect_row("| " + std::to_string(statistic.selector) + " | " + statistic.name + " |");
+        chip::test::expect_row("counters.md",
+                               "| " + std::to_string(statistic.selector) + " | " + statistic.name + " |");
     }
 }
 
-}  // namespace
+}  // namespace statistics_test
 }  // namespace vdevice::driver

@@ -2,7 +2,7 @@
 #include "vdevice/driver/testing/driver_fixture.h"
 
 namespace vdevice::driver {
-namespace {
+namespace switch_controls_test {
 
 using chip::Mac;
 using chip::Status;
@@ -121,5 +121,5 @@ TEST_F(DriverStart, SnoopingBeginsAnew) {
     EXPECT_EQ(control(kMldToCpu), 1U);
 }
 
-}  // namespace
+}  // namespace switch_controls_test
 }  // namespace vdevice::driver

@@ -2,7 +2,7 @@
 #include "vdevice/driver/testing/driver_fixture.h"
 
 namespace vdevice::driver {
-namespace {
+namespace tags_test {
 
 using chip::DoubleTag;
 using chip::Status;
@@ -172,5 +172,5 @@ TEST_F(DriverTags, OtherUnitsAreRefused) {
     EXPECT_EQ(chip_.port(4).tags.mode, DoubleTag::kOff);
 }
 
-}  // namespace
+}  // namespace tags_test
 }  // namespace vdevice::driver

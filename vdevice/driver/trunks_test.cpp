@@ -8,13 +8,10 @@
 #include "vdevice/driver/testing/driver_fixture.h"
 
 namespace vdevice::driver {
-namespace {
+namespace trunks_test {
 
 using chip::Status;
-using chip::test::kBroadcast;
-using chip::test::kPayload;
-using chip::test::operator+;
-using chip::test::station;
+using namespace chip::test;
 
 constexpr int32_t kBadUnit = chip::code(Status::kBadUnit);
 constexpr int32_t kBadArgument = chip::code(Status::kBadArgument);
@@ -156,5 +153,5 @@ TEST_F(DriverTrunk, TrapsAreSetEachByItsCall) {
     EXPECT_TRUE(chip_.traps().oam);
 }
 
-}  // namespace
+}  // namespace trunks_test
 }  // namespace vdevice::driver

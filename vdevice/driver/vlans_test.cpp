@@ -4,13 +4,11 @@
 #include "vdevice/driver/testing/driver_fixture.h"
 
 namespace vdevice::driver {
-namespace {
+namespace vlans_test {
 
 using chip::PortSet;
 using chip::Status;
-using test::ports;
-using test::Words;
-using test::words_of;
+using namespace test;
 
 constexpr int32_t kVlanRange = chip::code(Status::kVlanRange);
 constexpr int32_t kVlanMissing = chip::code(Status::kVlanMissing);
@@ -194,5 +192,5 @@ TEST_F(DriverVlan, WhatIsNotCarriedOutSaysSo) {
     EXPECT_EQ(kNotSupported, -100);
 }
 
-}  // namespace
+}  // namespace vlans_test
 }  // namespace vdevice::driver

@@ -8,7 +8,7 @@
 #include <set>
 
 namespace vdevice::inspect {
-namespace {
+namespace arguments_test {
 
 using nlohmann::json;
 
@@ -67,5 +67,5 @@ TEST(Subjects, HaveNamesOfTheirOwnAndAreFoundByThem) {
     EXPECT_EQ(find(""), nullptr);
 }
 
-}  // namespace
+}  // namespace arguments_test
 }  // namespace vdevice::inspect

@@ -8,7 +8,7 @@
 #include "vdevice/inspect/port_names.h"
 
 namespace vdevice::inspect {
-namespace {
+namespace text_test {
 
 using nlohmann::json;
 
@@ -26,5 +26,5 @@ TEST(Text, JoinsParts) {
     EXPECT_EQ(numbers({1, 18446744073709551615U, -3}), "1 18446744073709551615 -3");
 }
 
-}  // namespace
+}  // namespace text_test
 }  // namespace vdevice::inspect

@@ -24,7 +24,7 @@ namespace vdevice::io {
 namespace {
 
 constexpr size_t kBufferBytes = 65536;
-constexpr int kSocketBufferBytes = 1024 * 1024;
+constexpr int kNetlinkBufferBytes = 1024 * 1024;
 
 using Message = std::span<const char>;
 
@@ -101,7 +101,7 @@ LinkMonitor::LinkMonitor(Handler handler)
     if (!socket_ || bind(socket_.get(), reinterpret_cast<const sockaddr *>(&address), sizeof(address)) != 0) {
         throw error_from_errno("listen for link changes");
     }
-    setsockopt(socket_.get(), SOL_SOCKET, SO_RCVBUF, &kSocketBufferBytes, sizeof(kSocketBufferBytes));
+    setsockopt(socket_.get(), SOL_SOCKET, SO_RCVBUF, &kNetlinkBufferBytes, sizeof(kNetlinkBufferBytes));
     request_all();
 }
 

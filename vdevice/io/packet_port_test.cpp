@@ -11,7 +11,7 @@
 #include "vdevice/io/interfaces.h"
 
 namespace vdevice::io {
-namespace {
+namespace packet_port_test {
 
 using chip::test::Octets;
 using Frames = std::vector<Octets>;
@@ -232,5 +232,5 @@ TEST_P(SmallRingTest, WhatTheSocketHasNoRoomForIsLostAlone) {
 
 INSTANTIATE_TEST_SUITE_P(Rings, SmallRingTest, testing::Values(kSmallRing));
 
-}  // namespace
+}  // namespace packet_port_test
 }  // namespace vdevice::io

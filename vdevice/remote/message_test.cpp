@@ -11,7 +11,7 @@
 #include "tests/support/random_call.h"
 
 namespace vdevice::remote {
-namespace {
+namespace message_test {
 
 using calls::CallId;
 using calls::describe_call;
@@ -42,8 +42,6 @@ std::vector<uint8_t> inputs(CallId id, const RandomCall &call) {
     EXPECT_EQ(writer.buffer().size() % kWordBytes, 0u);
     return writer.take();
 }
-
-}  // namespace
 
 TEST(Message, CarriesTheInputsOfEveryCallUnchanged) {
     for_every_call([](CallId id, uint64_t seed) {
@@ -181,5 +179,7 @@ TEST(MessageBytes, AreNotWrittenForMoreThanAMessageHolds) {
     }
     FAIL() << "no call counts a block by a parameter";
 }
+
+}  // namespace message_test
 
 }  // namespace vdevice::remote

@@ -15,7 +15,7 @@
 #include "vdevice/remote/testing/device.h"
 
 namespace vdevice::remote {
-namespace {
+namespace remote_test {
 
 using calls::CallId;
 using calls::describe_call;
@@ -73,8 +73,6 @@ class FalseDaemon {
     int listener_;
     std::thread thread_;
 };
-
-}  // namespace
 
 TEST(Remote, CarriesEveryCallThereAndBack) {
     const Folder folder;
@@ -283,5 +281,7 @@ TEST(Remote, GivesAChildOfAForkItsOwnConnection) {
     EXPECT_EQ(WEXITSTATUS(status), 0);
     EXPECT_EQ(server.counters().connected, 2u);
 }
+
+}  // namespace remote_test
 
 }  // namespace vdevice::remote

@@ -24,7 +24,7 @@
 #include "vdevice/services/testing/link_changes.h"
 #include "vdevice/services/vdev_equeue.h"
 
-namespace {
+namespace libraries_test {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -86,8 +86,6 @@ int32_t note_change(uint32_t unit, uint32_t port, const uint32_t info[4]) {
     changes.add({unit, port, info[0], info[1], info[2], info[3]});
     return sys_trace_get();  // the callback may call the device
 }
-
-}  // namespace
 
 TEST_F(Libraries, ReadPortSetsFromTheDevice) {
     adp_ports_t members = {};
@@ -232,3 +230,5 @@ TEST_F(Libraries, OutliveTheirDaemon) {
     start();
     EXPECT_EQ(sys_trace_get(), 1);
 }
+
+}  // namespace libraries_test

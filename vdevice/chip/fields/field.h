@@ -1,5 +1,5 @@
 // What the field processor can match: the fields of a frame, by their numbers, and one condition on one of them.
-// docs/virtual-device.md shows the same rows; a test compares the two.
+// docs/reference/field-processor.md shows the same rows; a test compares the two.
 #pragma once
 
 #include <stddef.h>

@@ -1,5 +1,5 @@
-// What a rule of the field processor does with the frames that meet it. docs/virtual-device.md shows the same rows; a
-// test compares the two.
+// What a rule of the field processor does with the frames that meet it. docs/reference/field-processor.md shows the
+// same rows; a test compares the two.
 #pragma once
 
 #include <stddef.h>

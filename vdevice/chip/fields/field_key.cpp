@@ -9,7 +9,7 @@ namespace vdevice::chip {
 namespace {
 
 constexpr uint16_t kTypeArp = 0x0806;
-constexpr unsigned kWordBits = 32;
+constexpr unsigned kLowMacBits = 32;
 
 TagFormat format_of(std::optional<uint16_t> tci) {
     if (!tci) {
@@ -71,7 +71,7 @@ void FieldKey::set(Field field, uint32_t value) {
 
 void FieldKey::set(Field field, Mac mac) {
     uint32_t *words = add(field);
-    words[0] = static_cast<uint32_t>(mac.value() >> kWordBits);
+    words[0] = static_cast<uint32_t>(mac.value() >> kLowMacBits);
     words[1] = static_cast<uint32_t>(mac.value());
 }
 

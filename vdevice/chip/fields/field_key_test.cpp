@@ -9,16 +9,9 @@
 #include "vdevice/chip/testing/packet_builder.h"
 
 namespace vdevice::chip {
-namespace {
+namespace field_key_test {
 
-using test::Ipv4;
-using test::ipv4;
-using test::Ipv6;
-using test::ipv6;
-using test::Octets;
-using test::octets16;
-using test::operator+;
-using test::station;
+using namespace test;
 
 constexpr uint32_t kAll = 0xFFFFFFFF;
 constexpr int kIngress = 5;
@@ -280,5 +273,5 @@ TEST_F(FieldKeyTest, GarbageIsReadToItsEnd) {
     EXPECT_GT(packets, 0) << "some of the garbage looks like a packet";
 }
 
-}  // namespace
+}  // namespace field_key_test
 }  // namespace vdevice::chip

@@ -11,9 +11,9 @@
 #include "vdevice/chip/testing/frame_builder.h"
 
 namespace vdevice::chip {
-namespace {
+namespace field_model_test {
 
-using test::operator+;
+using namespace test;
 
 constexpr int kCalls = 3000;
 constexpr uint32_t kAll = 0xFFFFFFFF;
@@ -171,5 +171,5 @@ TEST_P(FieldLives, TheSameRulesWin) {
 
 INSTANTIATE_TEST_SUITE_P(Seeds, FieldLives, testing::Range(1U, 9U));
 
-}  // namespace
+}  // namespace field_model_test
 }  // namespace vdevice::chip

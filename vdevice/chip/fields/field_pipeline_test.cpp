@@ -4,7 +4,7 @@
 #include "vdevice/chip/testing/field_fixture.h"
 
 namespace vdevice::chip {
-namespace {
+namespace field_pipeline_test {
 
 using namespace std::chrono_literals;
 using namespace test;
@@ -284,5 +284,5 @@ TEST(FieldActions, ParametersOutOfRangeAreRefused) {
     EXPECT_EQ(make_action(kRedirectPorts, {{0, 1}, 0}, action), Status::kNoPort);
 }
 
-}  // namespace
+}  // namespace field_pipeline_test
 }  // namespace vdevice::chip

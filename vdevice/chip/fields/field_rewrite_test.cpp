@@ -4,7 +4,7 @@
 #include "vdevice/chip/testing/field_fixture.h"
 
 namespace vdevice::chip {
-namespace {
+namespace field_rewrite_test {
 
 using namespace std::chrono_literals;
 using namespace test;
@@ -92,5 +92,5 @@ TEST_F(FieldRewrite, ARuleChoosesTheVlan) {
     EXPECT_NE(chip_.macs().find(Mac{0x020000000001}, 100), nullptr) << "learned there";
 }
 
-}  // namespace
+}  // namespace field_rewrite_test
 }  // namespace vdevice::chip

@@ -9,9 +9,9 @@
 #include "vdevice/chip/testing/frame_builder.h"
 
 namespace vdevice::chip {
-namespace {
+namespace field_table_test {
 
-using test::operator+;
+using namespace test;
 
 constexpr uint32_t kAll = 0xFFFFFFFF;
 constexpr uint32_t kMark = 205;  // an action that carries a number
@@ -262,16 +262,17 @@ TEST_F(FieldTableTest, OnlyNeighboursOfAWideGroupAreJoined) {
 
 TEST_F(FieldTableTest, SlicesFieldsAndActionsAreToldInTheDocument) {
     for (const auto &group : kGroups) {
-        test::expect_row("| " + std::to_string(group.group) + " | " + std::to_string(group.first) + " to " +
-                         std::to_string(group.last) + " |");
+        test::expect_row("field-processor.md", "| " + std::to_string(group.group) + " | " +
+                                                   std::to_string(group.first) + " to " + std::to_string(group.last) +
+                                                   " |");
     }
     for (const FieldInfo &field : field_table()) {
-        test::expect_row("| " + std::to_string(field.code) + " | `" + field.name + "` | ");
+        test::expect_row("field-processor.md", "| " + std::to_string(field.code) + " | `" + field.name + "` | ");
     }
     for (const ActionInfo &action : action_table()) {
-        test::expect_row("| " + std::to_string(action.code) + " | `" + action.name + "` |");
+        test::expect_row("field-processor.md", "| " + std::to_string(action.code) + " | `" + action.name + "` |");
     }
 }
 
-}  // namespace
+}  // namespace field_table_test
 }  // namespace vdevice::chip

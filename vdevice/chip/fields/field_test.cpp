@@ -6,7 +6,7 @@
 #include <string>
 
 namespace vdevice::chip {
-namespace {
+namespace field_test {
 
 constexpr uint32_t kAll = 0xFFFFFFFF;
 
@@ -29,5 +29,5 @@ TEST(Fields, KindsAreTheOnesThatThereAre) {
     EXPECT_FALSE(is_frame_kind(4));
 }
 
-}  // namespace
+}  // namespace field_test
 }  // namespace vdevice::chip

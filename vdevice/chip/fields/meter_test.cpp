@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 namespace vdevice::chip {
-namespace {
+namespace meter_test {
 
 using namespace std::chrono_literals;
 
@@ -122,5 +122,5 @@ TEST(MeterTable, CountsCheckSequenceAndGapUntilTheGapIsExcluded) {
     EXPECT_FALSE(table.counts_gap()) << "what is counted is no meter's own";
 }
 
-}  // namespace
+}  // namespace meter_test
 }  // namespace vdevice::chip

@@ -10,11 +10,9 @@
 #include "vdevice/chip/testing/packet_builder.h"
 
 namespace vdevice::chip {
-namespace {
+namespace rule_index_test {
 
-using test::Octets;
-using test::octets16;
-using test::operator+;
+using namespace test;
 
 constexpr uint32_t kAll = 0xFFFFFFFF;
 constexpr int kRules = 60;
@@ -158,5 +156,5 @@ TEST(RuleTerms, HalvesWithoutACommonPortAreNoRule) {
     EXPECT_TRUE(make_terms(here, &here));
 }
 
-}  // namespace
+}  // namespace rule_index_test
 }  // namespace vdevice::chip

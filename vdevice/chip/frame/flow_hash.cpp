@@ -27,7 +27,7 @@ Ends ports_of(Bytes transport, uint8_t protocol) {
     return has_ports ? pair_at(transport, 0, kPortBytes) : Ends{};
 }
 
-std::optional<IpFlow> read_ipv4(Bytes packet) {
+std::optional<IpFlow> ipv4_flow(Bytes packet) {
     if (!is_ipv4(packet)) {
         return std::nullopt;
     }
@@ -40,7 +40,7 @@ std::optional<IpFlow> read_ipv4(Bytes packet) {
     return flow;
 }
 
-std::optional<IpFlow> read_ipv6(Bytes packet) {
+std::optional<IpFlow> ipv6_flow(Bytes packet) {
     if (!is_ipv6(packet)) {
         return std::nullopt;
     }
@@ -51,9 +51,9 @@ std::optional<IpFlow> read_ipv6(Bytes packet) {
 std::optional<IpFlow> read_ip(const Header &header) {
     switch (read16(header.payload, 0)) {
         case kTypeIpv4:
-            return read_ipv4(header.payload.subspan(kTypeBytes));
+            return ipv4_flow(header.payload.subspan(kTypeBytes));
         case kTypeIpv6:
-            return read_ipv6(header.payload.subspan(kTypeBytes));
+            return ipv6_flow(header.payload.subspan(kTypeBytes));
         default:
             return std::nullopt;
     }

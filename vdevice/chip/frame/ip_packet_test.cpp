@@ -10,13 +10,9 @@
 #include "vdevice/chip/testing/packet_builder.h"
 
 namespace vdevice::chip {
-namespace {
+namespace ip_packet_test {
 
-using test::kMoreFragments;
-using test::Octets;
-using test::operator+;
-using test::router_alert;
-using test::station;
+using namespace test;
 
 constexpr uint8_t kTcp = 6;
 const Octets kData = {1, 2, 3, 4, 5, 6, 7, 8};
@@ -141,5 +137,5 @@ TEST(IpPacket, DamagedFramesNeverLeadOutOfTheFrame) {
     EXPECT_GT(packets, 1000) << "most of the damage must leave something to read";
 }
 
-}  // namespace
+}  // namespace ip_packet_test
 }  // namespace vdevice::chip

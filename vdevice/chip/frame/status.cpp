@@ -1,4 +1,4 @@
-// The table of refusals. docs/virtual-device.md shows the same rows; a test compares the two.
+// The table of refusals. docs/reference/results.md shows the same rows; a test compares the two.
 #include "vdevice/chip/frame/status.h"
 
 namespace vdevice::chip {

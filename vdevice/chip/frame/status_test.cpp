@@ -9,7 +9,7 @@
 #include "vdevice/chip/testing/document.h"
 
 namespace vdevice::chip {
-namespace {
+namespace status_test {
 
 TEST(StatusTable, NumbersAndNamesAreDistinct) {
     std::set<int32_t> numbers;
@@ -31,10 +31,10 @@ TEST(StatusTable, RefusalsAreNegative) {
 
 TEST(StatusTable, IsToldInTheDocument) {
     for (const StatusEntry &entry : status_table()) {
-        test::expect_row("| " + std::to_string(code(entry.status)) + " | `" + entry.name + "` | " + entry.meaning +
-                         " |");
+        test::expect_row("results.md", "| " + std::to_string(code(entry.status)) + " | `" + entry.name + "` | " +
+                                           entry.meaning + " |");
     }
 }
 
-}  // namespace
+}  // namespace status_test
 }  // namespace vdevice::chip

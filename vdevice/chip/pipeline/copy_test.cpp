@@ -8,12 +8,9 @@
 #include "vdevice/chip/testing/random_chip.h"
 
 namespace vdevice::chip {
-namespace {
+namespace copy_test {
 
-using test::Arrival;
-using test::RandomChip;
-using test::RecordingSink;
-using test::Sent;
+using namespace test;
 
 void write(std::ostream &out, const PortSet &ports) {
     out << '{';
@@ -206,5 +203,5 @@ TEST_P(Copies, StayAsTheyAreWhateverBecomesOfTheChip) {
 
 INSTANTIATE_TEST_SUITE_P(Seeds, Copies, testing::Range(1U, 9U));
 
-}  // namespace
+}  // namespace copy_test
 }  // namespace vdevice::chip

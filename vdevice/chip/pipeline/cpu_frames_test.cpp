@@ -5,15 +5,10 @@
 #include "vdevice/chip/testing/frame_builder.h"
 
 namespace vdevice::chip {
-namespace {
+namespace cpu_frames_test {
 
 using namespace std::chrono_literals;
-using test::kBroadcast;
-using test::kPayload;
-using test::Octets;
-using test::operator+;
-using test::Sent;
-using test::station;
+using namespace test;
 
 constexpr int kLow = 4;
 constexpr int kLast = 24;   // the last port of word 1
@@ -171,5 +166,5 @@ TEST_F(CpuFramesTest, EveryOpcodeIsAccountedFor) {
     }
 }
 
-}  // namespace
+}  // namespace cpu_frames_test
 }  // namespace vdevice::chip

@@ -5,16 +5,9 @@
 #include "vdevice/chip/testing/packet_builder.h"
 
 namespace vdevice::chip {
-namespace {
+namespace dos_filter_test {
 
-using test::kA;
-using test::kBroadcast;
-using test::kCpu;
-using test::kMoreFragments;
-using test::Octets;
-using test::operator+;
-using test::station;
-using test::tcp;
+using namespace test;
 
 constexpr uint8_t kTcp = 6;
 constexpr uint8_t kUdp = 17;
@@ -121,5 +114,5 @@ TEST_F(DosFilterTest, HonestFramesPass) {
     }
 }
 
-}  // namespace
+}  // namespace dos_filter_test
 }  // namespace vdevice::chip

@@ -10,7 +10,7 @@
 #include "vdevice/chip/testing/random_chip.h"
 
 namespace vdevice::chip {
-namespace {
+namespace egress_limits_test {
 
 /** Looks at each frame when it has passed, while the tables are as they were for it. */
 class LimitsWatcher final : public Watcher {
@@ -121,5 +121,5 @@ TEST_P(Limits, EveryPortWithoutACopyHasATrueReason) {
 
 INSTANTIATE_TEST_SUITE_P(Seeds, Limits, testing::Range(1U, 9U));
 
-}  // namespace
+}  // namespace egress_limits_test
 }  // namespace vdevice::chip

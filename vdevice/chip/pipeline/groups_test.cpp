@@ -6,17 +6,9 @@
 #include "vdevice/chip/testing/chip_fixture.h"
 
 namespace vdevice::chip {
-namespace {
+namespace groups_test {
 
-using test::kA;
-using test::kB;
-using test::kBroadcast;
-using test::kC;
-using test::kCpu;
-using test::kPayload;
-using test::Octets;
-using test::operator+;
-using test::station;
+using namespace test;
 
 constexpr int kTrunk = 3;
 constexpr uint32_t kVid = 1;
@@ -191,5 +183,5 @@ TEST_F(GroupsTest, ChangesAreRefusedForAReason) {
     EXPECT_EQ(chip_.macs().ports_of(*chip_.find_group(group, kVid)), PortSet::of(kB));
 }
 
-}  // namespace
+}  // namespace groups_test
 }  // namespace vdevice::chip

@@ -4,19 +4,10 @@
 #include "vdevice/chip/testing/chip_fixture.h"
 
 namespace vdevice::chip {
-namespace {
+namespace learning_test {
 
 using namespace std::chrono_literals;
-using test::kA;
-using test::kB;
-using test::kBroadcast;
-using test::kC;
-using test::kCpu;
-using test::kPayload;
-using test::Octets;
-using test::operator+;
-using test::station;
-using test::transmit_tag;
+using namespace test;
 
 constexpr int kTrunk = 2;
 constexpr Vid kVid = 1;
@@ -214,5 +205,5 @@ TEST_F(LearningTest, ViolationsAreRememberedUpToABound) {
     EXPECT_EQ(violations.count(), 0U);
 }
 
-}  // namespace
+}  // namespace learning_test
 }  // namespace vdevice::chip

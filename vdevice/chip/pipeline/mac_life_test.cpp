@@ -9,7 +9,7 @@
 #include "vdevice/chip/tables/mac_table.h"
 
 namespace vdevice::chip {
-namespace {
+namespace mac_life_test {
 
 constexpr int kStations = 10000;
 constexpr int kPorts = 30;
@@ -237,5 +237,5 @@ TEST_P(TableLives, AreTheNaiveMaps) {
 
 INSTANTIATE_TEST_SUITE_P(Seeds, TableLives, testing::Range(1U, 5U));
 
-}  // namespace
+}  // namespace mac_life_test
 }  // namespace vdevice::chip

@@ -4,18 +4,9 @@
 #include "vdevice/chip/testing/chip_fixture.h"
 
 namespace vdevice::chip {
-namespace {
+namespace mirror_test {
 
-using test::kA;
-using test::kB;
-using test::kBroadcast;
-using test::kC;
-using test::kCpu;
-using test::kPayload;
-using test::Octets;
-using test::operator+;
-using test::Sent;
-using test::station;
+using namespace test;
 
 constexpr uint32_t kStop = 0;
 constexpr uint32_t kIngress = 2;
@@ -199,5 +190,5 @@ TEST_F(MirrorTest, CopiesTooLongForTheirPortAreCounted) {
     EXPECT_EQ(chip_.port(kSpy).counters.tx_too_long, 1U);
 }
 
-}  // namespace
+}  // namespace mirror_test
 }  // namespace vdevice::chip

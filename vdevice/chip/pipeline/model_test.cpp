@@ -10,12 +10,9 @@
 #include "vdevice/chip/testing/plain_model.h"
 
 namespace vdevice::chip {
-namespace {
+namespace model_test {
 
-using test::Octets;
-using test::operator+;
-using test::PlainModel;
-using test::Sent;
+using namespace test;
 
 class Lives : public testing::TestWithParam<unsigned> {
   protected:
@@ -215,5 +212,5 @@ TEST_P(Lives, AreTheModels) {
 
 INSTANTIATE_TEST_SUITE_P(Seeds, Lives, testing::Range(1U, 9U));
 
-}  // namespace
+}  // namespace model_test
 }  // namespace vdevice::chip

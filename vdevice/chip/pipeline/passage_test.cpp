@@ -6,20 +6,10 @@
 #include "vdevice/chip/testing/passage_fixture.h"
 
 namespace vdevice::chip {
-namespace {
+namespace passage_test {
 
 using namespace std::chrono_literals;
-using test::kA;
-using test::kAddresses;
-using test::kB;
-using test::kBroadcast;
-using test::kC;
-using test::kCpu;
-using test::kPayload;
-using test::Octets;
-using test::operator+;
-using test::station;
-using test::vlan_tag;
+using namespace test;
 
 constexpr uint16_t kPriority5InVlan1 = 0xA001;
 constexpr Vid kCustomer = 10;
@@ -150,5 +140,5 @@ TEST_F(Decisions, ADroppedFrameTellsWhy) {
     EXPECT_EQ(passage(kB, station(1) + station(1) + kPayload).drop, Drop::kSamePort);
 }
 
-}  // namespace
+}  // namespace passage_test
 }  // namespace vdevice::chip

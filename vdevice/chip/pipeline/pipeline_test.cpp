@@ -4,19 +4,10 @@
 #include "vdevice/chip/testing/chip_fixture.h"
 
 namespace vdevice::chip {
-namespace {
+namespace pipeline_test {
 
 using namespace std::chrono_literals;
-using test::kA;
-using test::kB;
-using test::kBroadcast;
-using test::kC;
-using test::kCpu;
-using test::kPayload;
-using test::Octets;
-using test::operator+;
-using test::Sent;
-using test::station;
+using namespace test;
 
 class PipelineTest : public test::ChipTest {
   protected:
@@ -266,5 +257,5 @@ TEST_F(PipelineTest, SurvivesHostileBytes) {
     EXPECT_EQ(chip_.port(kA).counters.rx_frames + chip_.port(kCpu).counters.rx_frames, 20000U);
 }
 
-}  // namespace
+}  // namespace pipeline_test
 }  // namespace vdevice::chip

@@ -4,18 +4,9 @@
 #include "vdevice/chip/testing/chip_fixture.h"
 
 namespace vdevice::chip {
-namespace {
+namespace port_rules_test {
 
-using test::kA;
-using test::kB;
-using test::kBroadcast;
-using test::kC;
-using test::kCpu;
-using test::kPayload;
-using test::Octets;
-using test::operator+;
-using test::Sent;
-using test::station;
+using namespace test;
 
 const Octets kEapolAddress = {0x01, 0x80, 0xC2, 0, 0, 0x03};
 
@@ -169,5 +160,5 @@ TEST_F(PortRules, FramesAreCountedByTheirDestinations) {
     EXPECT_EQ(chip_.port(kB).counters.tx_casts, (Casts{0, 2, 1}));
 }
 
-}  // namespace
+}  // namespace port_rules_test
 }  // namespace vdevice::chip

@@ -4,19 +4,9 @@
 #include "vdevice/chip/testing/priority_fixture.h"
 
 namespace vdevice::chip {
-namespace {
+namespace priorities_test {
 
-using test::kA;
-using test::kAddresses;
-using test::kB;
-using test::kC;
-using test::kCpu;
-using test::kPayload;
-using test::Octets;
-using test::one_in;
-using test::operator+;
-using test::Queues;
-using test::vlan_tag;
+using namespace test;
 
 class Priorities : public test::PriorityTest {};
 
@@ -139,5 +129,5 @@ TEST_F(Priorities, AreNotSentToQueuesThatAreNotThere) {
     EXPECT_EQ(map.queue_of(kB, 7), 7U) << "what is refused changes nothing";
 }
 
-}  // namespace
+}  // namespace priorities_test
 }  // namespace vdevice::chip

@@ -9,15 +9,9 @@
 #include "vdevice/chip/testing/priority_fixture.h"
 
 namespace vdevice::chip {
-namespace {
+namespace priority_model_test {
 
-using test::kA;
-using test::kAddresses;
-using test::kB;
-using test::kDatagram;
-using test::Octets;
-using test::one_in;
-using test::operator+;
+using namespace test;
 
 constexpr int kSteps = 3000;
 
@@ -155,5 +149,5 @@ TEST_P(PriorityLives, FramesLeaveAsTheModelSays) {
 
 INSTANTIATE_TEST_SUITE_P(Seeds, PriorityLives, testing::Range(1U, 5U));
 
-}  // namespace
+}  // namespace priority_model_test
 }  // namespace vdevice::chip

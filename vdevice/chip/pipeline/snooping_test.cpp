@@ -9,17 +9,9 @@
 #include "vdevice/chip/testing/packet_builder.h"
 
 namespace vdevice::chip {
-namespace {
+namespace snooping_test {
 
-using test::kA;
-using test::kB;
-using test::kC;
-using test::kCpu;
-using test::Octets;
-using test::operator+;
-using test::router_alert;
-using test::Sent;
-using test::station;
+using namespace test;
 
 constexpr uint8_t kIgmp = 2;
 constexpr uint8_t kUdp = 17;
@@ -111,5 +103,5 @@ TEST_F(SnoopingTest, ControlGroupsReachTheCpuInAnyCase) {
     EXPECT_EQ(ways(kControl), (std::set<int>{kB, kC}));
 }
 
-}  // namespace
+}  // namespace snooping_test
 }  // namespace vdevice::chip

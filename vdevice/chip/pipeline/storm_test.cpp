@@ -4,18 +4,11 @@
 #include "vdevice/chip/testing/chip_fixture.h"
 
 namespace vdevice::chip {
-namespace {
+namespace storm_test {
 
 using namespace std::chrono_literals;
 
-using test::kA;
-using test::kB;
-using test::kBroadcast;
-using test::kC;
-using test::kCpu;
-using test::Octets;
-using test::operator+;
-using test::station;
+using namespace test;
 
 constexpr uint32_t kRate = 1000;            // kbit/s: 125 octets a millisecond
 constexpr RateLimit kFourFrames{kRate, 4};  // 500 octets
@@ -269,5 +262,5 @@ TEST_F(StormTest, TypesAreFoundByTheirNumbersAndCodes) {
     }
 }
 
-}  // namespace
+}  // namespace storm_test
 }  // namespace vdevice::chip

@@ -6,18 +6,9 @@
 #include "vdevice/chip/testing/chip_fixture.h"
 
 namespace vdevice::chip {
-namespace {
+namespace stp_test {
 
-using test::kA;
-using test::kB;
-using test::kBroadcast;
-using test::kC;
-using test::kCpu;
-using test::kPayload;
-using test::Octets;
-using test::operator+;
-using test::Sent;
-using test::station;
+using namespace test;
 
 constexpr uint32_t kBlocking = 1;
 constexpr uint32_t kLearning = 3;
@@ -132,5 +123,5 @@ TEST_F(StpTest, TrunksAreServedByMembersThatForward) {
     EXPECT_EQ(dropped(kB, Drop::kStpBlocked), 1U);
 }
 
-}  // namespace
+}  // namespace stp_test
 }  // namespace vdevice::chip

@@ -4,14 +4,9 @@
 #include "vdevice/chip/testing/chip_fixture.h"
 
 namespace vdevice::chip {
-namespace {
+namespace traps_test {
 
-using test::kA;
-using test::kCpu;
-using test::Octets;
-using test::operator+;
-using test::Sent;
-using test::station;
+using namespace test;
 
 constexpr uint8_t kLacp = 1;
 constexpr uint8_t kMarker = 2;
@@ -106,5 +101,5 @@ TEST_F(TrapsTest, MembersOfATrunkAreToldApart) {
     }
 }
 
-}  // namespace
+}  // namespace traps_test
 }  // namespace vdevice::chip

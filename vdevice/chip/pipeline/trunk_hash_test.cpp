@@ -8,17 +8,9 @@
 #include "vdevice/chip/testing/trunk_fixture.h"
 
 namespace vdevice::chip {
-namespace {
+namespace trunk_hash_test {
 
-using test::ip_packet;
-using test::kBroadcast;
-using test::kMembers;
-using test::kPayload;
-using test::kTrunk;
-using test::Octets;
-using test::station;
-using test::operator+;
-using test::TrunkTest;
+using namespace test;
 
 TEST_F(TrunkTest, AFlowKeepsItsMember) {
     make_trunk();
@@ -138,5 +130,5 @@ TEST_F(HashFields, CutPacketsAreHashedByWhatIsThere) {
     }
 }
 
-}  // namespace
+}  // namespace trunk_hash_test
 }  // namespace vdevice::chip

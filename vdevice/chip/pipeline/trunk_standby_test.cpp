@@ -8,19 +8,10 @@
 #include "vdevice/chip/testing/trunk_fixture.h"
 
 namespace vdevice::chip {
-namespace {
+namespace trunk_standby_test {
 
 using namespace std::chrono_literals;
-using test::kA;
-using test::kB;
-using test::kBroadcast;
-using test::kC;
-using test::kCpu;
-using test::kMembers;
-using test::kPayload;
-using test::kTrunk;
-using test::station;
-using test::operator+;
+using namespace test;
 
 class Standby : public test::TrunkTest {
   protected:
@@ -104,5 +95,5 @@ TEST_F(Standby, APortThatLeavesTakesItsAddressesAlong) {
     EXPECT_EQ(outputs(13, kBroadcast + station(3) + kPayload).size(), 5U) << "a port of its own again";
 }
 
-}  // namespace
+}  // namespace trunk_standby_test
 }  // namespace vdevice::chip

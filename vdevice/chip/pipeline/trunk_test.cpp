@@ -7,20 +7,9 @@
 #include "vdevice/chip/testing/trunk_fixture.h"
 
 namespace vdevice::chip {
-namespace {
+namespace trunk_test {
 
-using test::kA;
-using test::kB;
-using test::kBroadcast;
-using test::kC;
-using test::kCpu;
-using test::kMembers;
-using test::kMemberSet;
-using test::kPayload;
-using test::kTrunk;
-using test::station;
-using test::operator+;
-using test::TrunkTest;
+using namespace test;
 
 TEST_F(TrunkTest, AreCreatedOnceAndDestroyedOnce) {
     for (const int64_t missing : {-1, 8, 255}) {
@@ -139,5 +128,5 @@ TEST_F(TrunkTest, EgressSetsAndVlansChooseAmongMembers) {
     EXPECT_EQ(dropped(kA, Drop::kIsolated), 1U);
 }
 
-}  // namespace
+}  // namespace trunk_test
 }  // namespace vdevice::chip

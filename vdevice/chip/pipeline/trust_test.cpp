@@ -4,19 +4,9 @@
 #include "vdevice/chip/testing/priority_fixture.h"
 
 namespace vdevice::chip {
-namespace {
+namespace trust_test {
 
-using test::ipv4;
-using test::ipv6;
-using test::kA;
-using test::kAddresses;
-using test::kB;
-using test::kC;
-using test::kCpu;
-using test::kDatagram;
-using test::Octets;
-using test::one_in;
-using test::operator+;
+using namespace test;
 
 constexpr uint8_t kCongestion = 0x03;  // the bits beside the DSCP
 
@@ -195,5 +185,5 @@ TEST_F(TrustTest, RowsOfTheDscpMapAreNumbersInRange) {
     EXPECT_EQ(DscpMap::check(0, 0, 8), Status::kBadArgument);
 }
 
-}  // namespace
+}  // namespace trust_test
 }  // namespace vdevice::chip

@@ -6,17 +6,10 @@
 #include "vdevice/chip/testing/passage_fixture.h"
 
 namespace vdevice::chip {
-namespace {
+namespace watcher_test {
 
 using namespace std::chrono_literals;
-using test::kA;
-using test::kB;
-using test::kBroadcast;
-using test::kC;
-using test::kCpu;
-using test::Octets;
-using test::operator+;
-using test::station;
+using namespace test;
 using LostCopies = std::vector<test::RecordingWatcher::LostCopy>;
 using LeftCopies = std::vector<std::pair<int, Origin>>;
 
@@ -108,5 +101,5 @@ TEST_F(WatcherTest, NobodyIsAskedWhenItHasGone) {
     EXPECT_TRUE(watcher_.take_left().empty());
 }
 
-}  // namespace
+}  // namespace watcher_test
 }  // namespace vdevice::chip

@@ -6,13 +6,10 @@
 #include "vdevice/chip/testing/queue_fixture.h"
 
 namespace vdevice::chip {
-namespace {
+namespace egress_queues_test {
 
 using namespace std::chrono_literals;
-using test::kFrame;
-using test::kFrameBurst;
-using test::kRate;
-using test::Left;
+using namespace test;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
@@ -245,5 +242,5 @@ TEST_F(EgressQueuesTest, WhatCannotBeIsRefusedAndChangesNothing) {
     EXPECT_EQ(queues_.set_shaper(0s, kPort, {TokenBucket::kMaxRate, TokenBucket::kMaxDepth}), Status::kOk);
 }
 
-}  // namespace
+}  // namespace egress_queues_test
 }  // namespace vdevice::chip

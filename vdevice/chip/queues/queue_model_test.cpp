@@ -7,7 +7,7 @@
 #include "vdevice/chip/testing/queue_fixture.h"
 
 namespace vdevice::chip {
-namespace {
+namespace queue_model_test {
 
 using namespace std::chrono_literals;
 
@@ -224,5 +224,5 @@ TEST_F(QueueLife, KeepsToTheRateOverEveryStretchOfTime) {
     }
 }
 
-}  // namespace
+}  // namespace queue_model_test
 }  // namespace vdevice::chip

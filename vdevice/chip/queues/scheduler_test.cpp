@@ -7,7 +7,7 @@
 #include <vector>
 
 namespace vdevice::chip {
-namespace {
+namespace scheduler_test {
 
 using ::testing::ElementsAre;
 
@@ -145,5 +145,5 @@ TEST(SchedulerSettings, OnlyTheModesAndWeightsThatThereAreAreGood) {
     EXPECT_EQ((SchedulerSettings{SchedulerMode::kWeighted, {0, 0, 0, 0, 0, 0, 0, 128}}.check()), Status::kBadArgument);
 }
 
-}  // namespace
+}  // namespace scheduler_test
 }  // namespace vdevice::chip

@@ -6,21 +6,10 @@
 #include "vdevice/chip/testing/queue_fixture.h"
 
 namespace vdevice::chip {
-namespace {
+namespace shaping_test {
 
 using namespace std::chrono_literals;
-using test::kA;
-using test::kB;
-using test::kBroadcast;
-using test::kC;
-using test::kCpu;
-using test::kFrame;
-using test::kFrameBurst;
-using test::kRate;
-using test::Octets;
-using test::operator+;
-using test::Sent;
-using test::station;
+using namespace test;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
@@ -262,5 +251,5 @@ TEST_F(Shaping, PortsThatTheChipHasNotAreRefused) {
     }
 }
 
-}  // namespace
+}  // namespace shaping_test
 }  // namespace vdevice::chip

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 namespace vdevice::chip {
-namespace {
+namespace token_bucket_test {
 
 using namespace std::chrono_literals;
 
@@ -117,5 +117,5 @@ TEST(TokenBucket, ATimeBeyondAllTimesIsTheLastOne) {
     EXPECT_EQ(bucket.ready_at(124), Time::max() - 8ms);
 }
 
-}  // namespace
+}  // namespace token_bucket_test
 }  // namespace vdevice::chip

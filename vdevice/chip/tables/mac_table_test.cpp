@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 namespace vdevice::chip {
-namespace {
+namespace mac_table_test {
 
 using namespace std::chrono_literals;
 
@@ -285,5 +285,5 @@ TEST_F(MacTableTest, AGroupWithoutASlotGivesItsPortSetBack) {
     EXPECT_EQ(table_.group_count(), MacTable::kBucketSlots);
 }
 
-}  // namespace
+}  // namespace mac_table_test
 }  // namespace vdevice::chip

@@ -6,15 +6,9 @@
 #include "vdevice/chip/testing/chip_fixture.h"
 
 namespace vdevice::chip {
-namespace {
+namespace reserved_macs_test {
 
-using test::kA;
-using test::kCpu;
-using test::kPayload;
-using test::Octets;
-using test::operator+;
-using test::Sent;
-using test::station;
+using namespace test;
 
 constexpr size_t kFlooded = 3;
 const Octets kListed = {0x01, 0x80, 0xC2, 0, 0, 0x00};
@@ -89,5 +83,5 @@ TEST_F(ReservedMacsTest, OtherEntriesAreNotThere) {
     EXPECT_EQ(copies(kListed), kFlooded);
 }
 
-}  // namespace
+}  // namespace reserved_macs_test
 }  // namespace vdevice::chip

@@ -10,7 +10,7 @@
 #include "vdevice/chip/switch.h"
 
 namespace vdevice::chip {
-namespace {
+namespace stp_groups_test {
 
 constexpr size_t kVids = 4094;
 constexpr int kForwarding = 4;
@@ -224,5 +224,5 @@ TEST_P(StpLife, IsTheModels) {
 
 INSTANTIATE_TEST_SUITE_P(Seeds, StpLife, testing::Range(1U, 5U));
 
-}  // namespace
+}  // namespace stp_groups_test
 }  // namespace vdevice::chip

@@ -12,10 +12,9 @@
 #include "vdevice/chip/testing/frame_builder.h"
 
 namespace vdevice::chip {
-namespace {
+namespace tables_test {
 
-using test::Octets;
-using test::operator+;
+using namespace test;
 
 std::vector<int> ports_of(const PortSet &set) {
     std::vector<int> ports;
@@ -235,5 +234,5 @@ TEST(DropReasons, EachHasANameOfItsOwn) {
     EXPECT_EQ(names.size(), kDropReasons);
 }
 
-}  // namespace
+}  // namespace tables_test
 }  // namespace vdevice::chip

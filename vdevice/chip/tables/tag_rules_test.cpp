@@ -5,19 +5,9 @@
 #include "vdevice/chip/testing/packet_builder.h"
 
 namespace vdevice::chip {
-namespace {
+namespace tag_rules_test {
 
-using test::kA;
-using test::kB;
-using test::kBroadcast;
-using test::kC;
-using test::kCpu;
-using test::kPayload;
-using test::Octets;
-using test::operator+;
-using test::Sent;
-using test::station;
-using test::vlan_tag;
+using namespace test;
 
 constexpr uint32_t kKeep = TagChange::kKeepPriority;
 constexpr uint16_t kServiceTpid = 0x88A8;
@@ -202,5 +192,5 @@ TEST_F(TagRulesTest, SurvivesHostileBytesInEveryMode) {
     EXPECT_EQ(chip_.port(kA).counters.rx_frames, static_cast<uint64_t>(kRounds));
 }
 
-}  // namespace
+}  // namespace tag_rules_test
 }  // namespace vdevice::chip

@@ -8,7 +8,7 @@
 #include "vdevice/chip/testing/packet_builder.h"
 
 namespace vdevice::chip {
-namespace {
+namespace vid_map_test {
 
 constexpr uint32_t kKeep = TagChange::kKeepPriority;
 constexpr uint32_t kMask24 = 0xFFFFFF00;
@@ -124,5 +124,5 @@ TEST_F(SubnetTableTest, IsFullAtItsCapacity) {
     EXPECT_EQ(table_.add({4, 0, 0, {100, kKeep}}), Status::kOk);
 }
 
-}  // namespace
+}  // namespace vid_map_test
 }  // namespace vdevice::chip

@@ -1,4 +1,4 @@
-// For tests: what docs/virtual-device.md says.
+// For tests: what the pages of docs/reference say.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -9,13 +9,13 @@
 
 namespace vdevice::chip::test {
 
-/** The document has a line that begins so. */
-inline void expect_row(const std::string &row) {
-    std::ifstream file{VDEVICE_DOCUMENT};
-    ASSERT_TRUE(file) << VDEVICE_DOCUMENT;
+/** The page has a line that begins so. */
+inline void expect_row(const std::string &page, const std::string &row) {
+    std::ifstream file{VDEVICE_REFERENCE "/" + page};
+    ASSERT_TRUE(file) << page;
     std::stringstream text;
     text << '\n' << file.rdbuf();
-    EXPECT_NE(text.str().find('\n' + row), std::string::npos) << "missing: " << row;
+    EXPECT_NE(text.str().find('\n' + row), std::string::npos) << page << " lacks: " << row;
 }
 
 }  // namespace vdevice::chip::test
