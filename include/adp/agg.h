@@ -90,11 +90,11 @@ adp_status_t SET_AGG_MANAGE_INTF(adp_intf_t agg_intf, adp_intf_t intf);
 adp_status_t adp_get_agg_link_staus(uint32_t group, uint32_t *state);
 
 /**
- * Reads whether a group is up; the same as adp_get_agg_link_staus().
+ * The same as adp_get_agg_link_staus().
  *
  * @param group       group number, 1..8
  * @param[out] state  0 down, 1 up
- * @return 0; -1 for another number, with nothing written
+ * @return as adp_get_agg_link_staus()
  */
 adp_status_t GET_AGG_LINK_STATUS(uint32_t group, uint32_t *state);
 
@@ -339,13 +339,12 @@ adp_status_t adp_agg_linkscan_handle(adp_intf_t intf, uint32_t is_up, uint32_t *
 adp_status_t adp_get_port_stat(adp_intf_t intf, uint32_t type, uint64_t *value);
 
 /**
- * Clears all counters of a user port, or of a group's active members in list order.
+ * Clears all counters of a user port or of a group's members.
  *
- * Driver call: user_port_packetstat_clear(port).
+ * Driver call: user_port_packetstat_clear(port), on a group for each active member.
  *
  * @param intf  user port or aggregation interface
- * @return 0; 102 at the first failure, members after it are not cleared; 201 for another type, -1 for a group outside
- *         1..8
+ * @return 0; 102 at the first failure; 201 for another type, -1 for a group outside 1..8
  */
 adp_status_t adp_clr_port_stat(adp_intf_t intf);
 

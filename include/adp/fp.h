@@ -182,7 +182,7 @@ FpInfo *adp_fp_find_data_by_submodetype(uint32_t submodule_type);
  * The same as adp_fp_find_data_by_submodetype().
  *
  * @param submodule_type  submodule type
- * @return the last row of this type; null when there is none
+ * @return as adp_fp_find_data_by_submodetype()
  */
 FpInfo *fp_find_data_by_submodetype(uint32_t submodule_type);
 
@@ -329,9 +329,9 @@ adp_status_t adp_fp_delete_entity_rule_ex(FpEntity entity);
 adp_status_t adp_fp_add_entity_rule(FpEntity entity);
 
 /**
- * Reads a counter of the field processor, and logs it (line 1311).
+ * Reads a counter of the field processor.
  *
- * Driver call: user_field_get_statistics(counter, type), its result ignored.
+ * Driver call: user_field_get_statistics(counter, type), its result ignored, then logged (line 1311).
  *
  * @param counter  the driver's counter number; 0..255 on the virtual device
  * @param type     the driver's code of the value; on the virtual device 0 frames, 1 octets
@@ -340,10 +340,9 @@ adp_status_t adp_fp_add_entity_rule(FpEntity entity);
 int32_t adp_fp_get_statistics(int32_t counter, int32_t type);
 
 /**
- * Clears a counter of the field processor, and logs it (line 1335). The order of the arguments differs from
- * adp_fp_get_statistics().
+ * Clears a counter of the field processor. The order of the arguments differs from adp_fp_get_statistics().
  *
- * Driver call: user_field_clear_statistics(counter, type).
+ * Driver call: user_field_clear_statistics(counter, type), then logged (line 1335).
  *
  * @param unused1  not used
  * @param unused2  not used
@@ -354,12 +353,11 @@ int32_t adp_fp_get_statistics(int32_t counter, int32_t type);
 adp_status_t adp_fp_clear_statistics(uint32_t unused1, uint32_t unused2, int32_t counter, int32_t type);
 
 /**
- * Sets what happens to a port's packets that match no rule, and logs it (line 1349).
+ * Sets what happens to a port's packets that match no rule.
  *
- * An interface that does not translate, such as an aggregation interface, is passed on as physical port -1. Driver
- * call: user_field_lookupMissAct_set(port, miss_action).
+ * Driver call: user_field_lookupMissAct_set(port, miss_action), then logged (line 1349).
  *
- * @param intf         user port
+ * @param intf         user port; any other interface is passed on as physical port -1
  * @param miss_action  the driver's code; 0..3 on the virtual device
  * @return the driver's result
  */

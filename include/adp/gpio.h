@@ -57,7 +57,7 @@ adp_status_t hal_reverse_gpio(uint32_t pin);
 /**
  * The same as hal_gpio_register_init().
  *
- * @return the write's result
+ * @return as hal_gpio_register_init()
  */
 adp_status_t adp_gpio_register_init(void);
 
@@ -66,7 +66,7 @@ adp_status_t adp_gpio_register_init(void);
  *
  * @param pin    pin number modulo 32
  * @param value  1 sets the bit, 0 clears it, any other value leaves it as read
- * @return the write's result
+ * @return as hal_set_gpio_direct()
  */
 adp_status_t adp_set_gpio_direct(uint32_t pin, uint32_t value);
 
@@ -75,7 +75,7 @@ adp_status_t adp_set_gpio_direct(uint32_t pin, uint32_t value);
  *
  * @param pin    pin number modulo 32
  * @param value  1 sets the bit, 0 clears it, any other value leaves it as read
- * @return the write's result
+ * @return as hal_set_gpio_write_bit()
  */
 adp_status_t adp_set_gpio_write_bit(uint32_t pin, uint32_t value);
 
@@ -83,7 +83,7 @@ adp_status_t adp_set_gpio_write_bit(uint32_t pin, uint32_t value);
  * The same as hal_get_gpio_val().
  *
  * @param pin  pin number, not taken modulo 32
- * @return 0 or 1
+ * @return as hal_get_gpio_val()
  */
 int32_t adp_get_gpio_val(uint32_t pin);
 
@@ -91,7 +91,7 @@ int32_t adp_get_gpio_val(uint32_t pin);
  * The same as hal_reverse_gpio().
  *
  * @param pin  pin number modulo 32
- * @return the write's result
+ * @return as hal_reverse_gpio()
  */
 adp_status_t adp_reverse_gpio(uint32_t pin);
 

@@ -4,8 +4,7 @@
  * which this one includes.
  *
  * Every driver call is made with unit 0 and a second argument 0, which the descriptions leave out; 0 is its success.
- * Nothing takes a lock. A call on an aggregation group outside 1..8 returns -1 and makes no driver call, except where a
- * call returns 102 for every group.
+ * Nothing takes a lock.
  */
 #pragma once
 
@@ -20,22 +19,19 @@ ADP_BEGIN_DECLS
  * Sets the user ports that an interface may send to.
  *
  * The bitmap is translated to physical ports; interfaces that do not translate are dropped. Driver call:
- * user_port_egress_set(port, 0, ports), on a group for each configured member in list order.
+ * user_port_egress_set(port, 0, ports), on a group for each configured member.
  *
  * @param intf   user port or aggregation interface
  * @param word0  bit n for user port n
  * @param word1  bit n for user port 32 + n
- * @return 0; 102 at the first failing driver call, members after it are not written; 201 for another type, -1 for a
- *         group outside 1..8
+ * @return 0; 102 at the first failure; 201 for another type, -1 for a group outside 1..8
  */
 adp_status_t hal_set_port_isolate(adp_intf_t intf, uint32_t word0, uint32_t word1);
 
 /**
  * Reads the user ports that an interface may send to.
  *
- * A group answers with its management interface; without one with interface 0, the CPU port.
- *
- * Driver call: user_port_egress_get(port, 0, ports).
+ * Driver call: user_port_egress_get(port, 0, ports), on a group for its management interface.
  *
  * @param intf         user port or aggregation interface
  * @param[out] bitmap  two words, bit n of word n / 32 for user port n; written even after a failure of the driver call,

@@ -157,7 +157,7 @@ adp_status_t adp_get_l2_index_by_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t
 adp_status_t adp_get_nextvalid_mac_addr(adp_word_t index, adp_l2_entry_t *entry, adp_word_t unused, adp_word_t option);
 
 /**
- * Deletes an address's entry from a VLAN. Driver call: user_mac_addr_delete(0, key, vid, last).
+ * Deletes an address's entry from a VLAN. Driver call: user_mac_addr_delete(0, key, vid, option).
  *
  * @param mac     MAC address
  * @param vid     VLAN id, low 16 bits used
@@ -168,7 +168,7 @@ adp_status_t adp_get_nextvalid_mac_addr(adp_word_t index, adp_l2_entry_t *entry,
 adp_status_t adp_del_mac_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t vid, uint32_t unused, adp_word_t option);
 
 /**
- * Deletes a multicast entry from a VLAN. Driver call: user_mac_mcast_addr_delete(0, key, vid, last).
+ * Deletes a multicast entry from a VLAN. Driver call: user_mac_mcast_addr_delete(0, key, vid, option).
  *
  * @param mac     group MAC address
  * @param vid     VLAN id, low 16 bits used
@@ -179,7 +179,7 @@ adp_status_t adp_del_mac_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t vid, ui
 adp_status_t adp_del_mac_mcast_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t vid, uint32_t unused, adp_word_t option);
 
 /**
- * Deletes the entries of a learn type. Driver call: user_l2_addr_del_all_addr_by_lrntype(0, 0, type).
+ * Deletes the entries of a learn type. Driver call: user_l2_addr_del_all_addr_by_lrntype(0, 0, learn_type).
  *
  * @param learn_type  the driver's learn type, low byte used; on the virtual device 0 dynamic, 1 static, 2 both
  * @return the driver's result
@@ -242,8 +242,9 @@ adp_status_t adp_del_mac_addr_by_vlan_intf(uint32_t vid, adp_intf_t intf, uint32
 /**
  * Deletes an address's entries on a user port.
  *
- * Driver call by mode: user_l2_addr_delete_dynaic_by_mac_port(0, 0, key, port, last);
- * user_l2_addr_delete_static_by_mac_port(0, 0, key, port, last); user_l2_addr_delete_all_by_mac_port(0, 0, key, port).
+ * Driver call by mode: user_l2_addr_delete_dynaic_by_mac_port(0, 0, key, port, option);
+ * user_l2_addr_delete_static_by_mac_port(0, 0, key, port, option); user_l2_addr_delete_all_by_mac_port(0, 0, key,
+ * port).
  *
  * @param intf    user port
  * @param mac     MAC address
@@ -366,9 +367,9 @@ adp_status_t adp_get_mac_learn_count_by_intf(adp_intf_t intf, uint32_t *count);
 adp_status_t adp_get_mac_violate_count_by_intf(adp_intf_t intf, uint32_t *count);
 
 /**
- * Reads the L2 table in bulk. Driver call: user_l2_mactable_fread(first, second, third, fourth).
+ * Reads the L2 table in bulk. The driver alone knows what the four words are; the virtual device refuses the call.
  *
- * The driver alone knows what the four words are; the virtual device refuses the call.
+ * Driver call: user_l2_mactable_fread(first, second, third, fourth).
  *
  * @param first   passed through
  * @param second  passed through

@@ -91,11 +91,13 @@ adp_status_t adp_del_igmpsn_member(const uint8_t mac[6], uint32_t vid, uint32_t 
                                    ADP_COUNT(count) const adp_intf_t *members);
 
 /**
- * Sets a control of the handling of IGMP packets. Driver call: user_switch_control_set(0, 0, control, value).
+ * Sets a control of the handling of IGMP packets. Unlike adp_switch_control_set(), it gives the driver's own result.
+ *
+ * Driver call: user_switch_control_set(0, 0, control, value).
  *
  * @param control  the driver's control number
  * @param value    its new value
- * @return the driver's result, unlike adp_switch_control_set()
+ * @return the driver's result
  */
 adp_status_t adp_set_vlan_igmp_pkt_action(uint32_t control, uint32_t value);
 

@@ -132,10 +132,10 @@ int32_t adp_intf_2_slot_id(adp_intf_t intf);
  */
 uint32_t adp_intf_port_attributes(adp_intf_t intf);
 
-/** Does nothing. @return always 0 */
+/** Does nothing. @return 0 */
 adp_status_t adp_get_phy_port(void);
 
-/** Does nothing: rows are never removed. @return always 0 */
+/** Does nothing: rows are never removed. @return 0 */
 adp_status_t adp_del_phy_port(void);
 
 /**
@@ -259,23 +259,22 @@ adp_status_t adp_get_phy_port_attr(adp_intf_t intf, uint32_t selector, uint32_t 
 /**
  * Sets an interface's address learning.
  *
- * Driver call: user_port_learn_set(port, mode), on a group for each configured member in list order.
+ * Driver call: user_port_learn_set(port, mode), on a group for each configured member.
  *
  * @param intf  user port or aggregation interface
  * @param mode  the driver's learning mode; on the virtual device 0 closed, 4 off, 1 and 5 normal, 8 pending
- * @return user port: the driver's result; group: 0, or 102 at the first failure (earlier members stay changed); 201 for
- *         another type, -1 for a group outside 1..8
+ * @return user port: the driver's result; group: 0, 102 at the first failure; 201 for another type, -1 for a group
+ *         outside 1..8
  */
 adp_status_t adp_intf_learn_set(adp_intf_t intf, int32_t mode);
 
 /**
  * Reads an interface's address learning.
  *
- * A group answers with its management interface; without one with interface 0, the CPU port. Driver call:
- * user_port_learn_get(port, mode).
+ * Driver call: user_port_learn_get(port, mode), on a group for its management interface.
  *
  * @param intf       user port or aggregation interface
- * @param[out] mode  the driver's learning mode; on the virtual device 0 closed, 4 off, 1 and 5 normal, 8 pending
+ * @param[out] mode  written by the driver: its learning mode, as in adp_intf_learn_set()
  * @return the driver's result; 201 for another type, -1 for a group outside 1..8
  */
 adp_status_t adp_intf_learn_get(adp_intf_t intf, uint32_t *mode);
@@ -283,11 +282,10 @@ adp_status_t adp_intf_learn_get(adp_intf_t intf, uint32_t *mode);
 /**
  * Runs the cable diagnosis of an interface.
  *
- * A group answers with its management interface; without one with interface 0, the CPU port. Driver call:
- * User_port_cablediag(port, result).
+ * Driver call: User_port_cablediag(port, result), on a group for its management interface.
  *
  * @param intf         user port or aggregation interface
- * @param[out] result  the driver's record, 32 bytes
+ * @param[out] result  written by the driver: its record, 32 bytes
  * @return the driver's result; 201 for another type, -1 for a group outside 1..8
  */
 adp_status_t adp_intf_cablediag(adp_intf_t intf, ADP_COUNT(32) void *result);
@@ -295,8 +293,7 @@ adp_status_t adp_intf_cablediag(adp_intf_t intf, ADP_COUNT(32) void *result);
 /**
  * Sets energy-efficient Ethernet (IEEE 802.3az).
  *
- * On a group the call sets the management interface only; without one interface 0, the CPU port. Driver call:
- * user_eee_portEnable_set(port, enable).
+ * Driver call: user_eee_portEnable_set(port, enable), on a group for its management interface.
  *
  * @param intf    user port or aggregation interface
  * @param enable  0 off, non-zero on
@@ -307,12 +304,10 @@ adp_status_t adp_intf_eee_set(adp_intf_t intf, uint32_t enable);
 /**
  * Reads energy-efficient Ethernet (IEEE 802.3az).
  *
- * A group answers with its management interface; without one with interface 0, the CPU port.
- *
- * Driver call: user_eee_portEnable_get(port, enable).
+ * Driver call: user_eee_portEnable_get(port, enable), on a group for its management interface.
  *
  * @param intf         user port or aggregation interface
- * @param[out] enable  0 off, non-zero on
+ * @param[out] enable  written by the driver: 0 off, non-zero on
  * @return the driver's result; 201 for another type, -1 for a group outside 1..8
  */
 adp_status_t adp_intf_eee_get(adp_intf_t intf, uint32_t *enable);
@@ -320,12 +315,11 @@ adp_status_t adp_intf_eee_get(adp_intf_t intf, uint32_t *enable);
 /**
  * Reads a counter of a port.
  *
- * The interface type is not checked: an aggregation interface reaches the driver as port -1. Driver call:
- * user_stat_port_get(port, selector, value).
+ * Driver call: user_stat_port_get(port, selector, value).
  *
- * @param intf        user port
+ * @param intf        user port; any other interface is passed on as physical port -1
  * @param selector    the driver's counter selector
- * @param[out] value  the counter, 64 bits
+ * @param[out] value  written by the driver: the counter, 64 bits
  * @return the driver's result
  */
 adp_status_t adp_intf_stat_get(adp_intf_t intf, uint32_t selector, ADP_COUNT(8) void *value);

@@ -6,8 +6,7 @@
  * Driver calls are made with unit 0 and a second argument 0, which the descriptions leave out, except where they say
  * "no unit". A call that writes or reads a map stops at the first failing driver call; entries before it stay written.
  * "The driver's result" is its result unchanged. "Passed through" marks an argument whose meaning is the driver's, and
- * so is its name. An interface type other than user port and aggregation interface gives 201, an aggregation interface
- * what the descriptions say, both without a driver call.
+ * so is its name.
  */
 #pragma once
 
@@ -104,7 +103,7 @@ adp_status_t adp_delete_dscp_map(uint32_t map_type);
  * @param unused5   not used
  * @param priority  0..7, low byte used
  * @return 0, for types 0 and 1 without a driver call; 101 for a type above 2; for type 2 102 when the driver call
- *         failed, and without one for an aggregation interface; 201
+ *         failed, and without one for an aggregation interface; 201 for another type
  */
 adp_status_t adp_add_dot1p_assign(uint32_t map_type, adp_intf_t intf, uint32_t unused3, uint32_t unused4,
                                   uint32_t unused5, uint32_t priority);
@@ -130,7 +129,7 @@ adp_status_t adp_del_dot1p_assign(uint32_t map_type, adp_intf_t intf, uint32_t u
  *
  * @param intf  user port
  * @param mode  the driver's code; on the virtual device 0 the port's own, 1 the tag's, 2 the DSCP's, 3 DSCP or tag
- * @return 0; 102 when the driver call failed, and without one for an aggregation interface; 201
+ * @return 0; 102 when the driver call failed, and without one for an aggregation interface; 201 for another type
  */
 adp_status_t adp_set_port_pri_trust_mode(adp_intf_t intf, uint32_t mode);
 
@@ -139,7 +138,7 @@ adp_status_t adp_set_port_pri_trust_mode(adp_intf_t intf, uint32_t mode);
  *
  * @param intf       user port
  * @param[out] mode  written by the driver
- * @return 0; 102 when the driver call failed, and without one for an aggregation interface; 201
+ * @return 0; 102 when the driver call failed, and without one for an aggregation interface; 201 for another type
  */
 adp_status_t adp_get_port_pri_trust_mode(adp_intf_t intf, uint32_t *mode);
 
@@ -148,7 +147,7 @@ adp_status_t adp_get_port_pri_trust_mode(adp_intf_t intf, uint32_t *mode);
  *
  * @param intf      user port
  * @param priority  0..7
- * @return 0; 102 when the driver call failed; 201, for an aggregation interface too
+ * @return 0; 102 when the driver call failed; 201 for an aggregation interface and for another type
  */
 adp_status_t adp_set_port_cos_map(adp_intf_t intf, uint32_t priority);
 
@@ -157,7 +156,7 @@ adp_status_t adp_set_port_cos_map(adp_intf_t intf, uint32_t priority);
  *
  * @param intf           user port
  * @param[out] priority  written by the driver
- * @return 0; 102 when the driver call failed; 201, for an aggregation interface too
+ * @return 0; 102 when the driver call failed; 201 for an aggregation interface and for another type
  */
 adp_status_t adp_get_port_cos_map(adp_intf_t intf, uint32_t *priority);
 
@@ -167,7 +166,7 @@ adp_status_t adp_get_port_cos_map(adp_intf_t intf, uint32_t *priority);
  * @param intf      user port
  * @param priority  passed through; 0..7 on the virtual device
  * @param queue     passed through; on the virtual device a queue, or all ones to follow the chip's map again
- * @return 0; 102 when the driver call failed, and without one for an aggregation interface; 201
+ * @return 0; 102 when the driver call failed, and without one for an aggregation interface; 201 for another type
  */
 adp_status_t adp_cosq_port_mapping_set(adp_intf_t intf, uint32_t priority, uint32_t queue);
 
@@ -177,7 +176,7 @@ adp_status_t adp_cosq_port_mapping_set(adp_intf_t intf, uint32_t priority, uint3
  * @param intf        user port
  * @param priority    passed through; 0..7 on the virtual device
  * @param[out] queue  written by the driver
- * @return 0; 102 when the driver call failed, and without one for an aggregation interface; 201
+ * @return 0; 102 when the driver call failed, and without one for an aggregation interface; 201 for another type
  */
 adp_status_t adp_cosq_port_mapping_get(adp_intf_t intf, uint32_t priority, uint32_t *queue);
 
@@ -204,8 +203,9 @@ adp_status_t adp_port_dscp_map_set(uint32_t unused, int32_t dscp, int32_t mapped
 adp_status_t adp_port_dscp_map_get(uint32_t unused, int32_t dscp, uint8_t *mapped, uint8_t *priority);
 
 /**
- * Sets the queue of a priority. Driver call: user_qos_pri_queue_map_set(unit, zero, priority, queue), which gets the
- * caller's four arguments.
+ * Sets the queue of a priority. The driver gets the caller's unit and zero.
+ *
+ * Driver call: user_qos_pri_queue_map_set(unit, zero, priority, queue).
  *
  * @param unit      passed through; 0 on the virtual device
  * @param zero      passed through; 0 on the virtual device
@@ -216,8 +216,9 @@ adp_status_t adp_port_dscp_map_get(uint32_t unused, int32_t dscp, uint8_t *mappe
 adp_status_t adp_cosq_mapping_set(adp_word_t unit, adp_word_t zero, adp_word_t priority, adp_word_t queue);
 
 /**
- * Reads the queue of a priority. Driver call: user_qos_pri_queue_map_get(unit, zero, priority, queue), which gets the
- * caller's four arguments.
+ * Reads the queue of a priority. The driver gets the caller's unit and zero.
+ *
+ * Driver call: user_qos_pri_queue_map_get(unit, zero, priority, queue).
  *
  * @param unit        passed through; 0 on the virtual device
  * @param zero        passed through; 0 on the virtual device
@@ -228,8 +229,9 @@ adp_status_t adp_cosq_mapping_set(adp_word_t unit, adp_word_t zero, adp_word_t p
 adp_status_t adp_cosq_mapping_get(adp_word_t unit, adp_word_t zero, adp_word_t priority, uint32_t *queue);
 
 /**
- * Sets the priority of a DSCP. Driver call: user_qos_dscp_map_set(unit, zero, dscp, priority), which gets the caller's
- * four arguments.
+ * Sets the priority of a DSCP. The driver gets the caller's unit and zero.
+ *
+ * Driver call: user_qos_dscp_map_set(unit, zero, dscp, priority).
  *
  * @param unit      passed through; 0 on the virtual device
  * @param zero      passed through; 0 on the virtual device
@@ -240,8 +242,9 @@ adp_status_t adp_cosq_mapping_get(adp_word_t unit, adp_word_t zero, adp_word_t p
 adp_status_t adp_dscp_map_set(adp_word_t unit, adp_word_t zero, adp_word_t dscp, adp_word_t priority);
 
 /**
- * Reads the priority of a DSCP. Driver call: user_qos_dscp_map_get(unit, zero, dscp, priority), which gets the caller's
- * four arguments.
+ * Reads the priority of a DSCP. The driver gets the caller's unit and zero.
+ *
+ * Driver call: user_qos_dscp_map_get(unit, zero, dscp, priority).
  *
  * @param unit           passed through; 0 on the virtual device
  * @param zero           passed through; 0 on the virtual device
@@ -252,10 +255,9 @@ adp_status_t adp_dscp_map_set(adp_word_t unit, adp_word_t zero, adp_word_t dscp,
 adp_status_t adp_dscp_map_get(adp_word_t unit, adp_word_t zero, adp_word_t dscp, uint32_t *priority);
 
 /**
- * Remaps a priority in the tags of received frames.
+ * Remaps a priority in the tags of received frames. The driver call begins with a single 0.
  *
- * Driver call: user_qos_pri_remap_set(0, port, priority, new_priority, option, option2, option3, option4), with a
- * single 0 in front.
+ * Driver call: user_qos_pri_remap_set(0, port, priority, new_priority, option, option2, option3, option4).
  *
  * @param port          passed through; the physical port on the virtual device
  * @param priority      passed through; the tag's priority, 0..7, on the virtual device

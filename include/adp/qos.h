@@ -4,8 +4,7 @@
  * their own, which this one includes.
  *
  * Every driver call is made with unit 0 and a second argument 0, which the descriptions leave out, except where they
- * say "no unit". No call here reaches a group's members: an aggregation interface gives 102, an interface type other
- * than user port and aggregation interface 201, both without a driver call.
+ * say "no unit". No call here reaches a group's members.
  */
 #pragma once
 
@@ -42,7 +41,7 @@ adp_status_t adp_qos_init(void);
  * @param intf  user port
  * @param mode  the driver's code; 3 is refused; on the virtual device 0 strict, 1 round robin, 2 weighted
  * @return 501 for mode 3, whatever the interface; 0; 102 when the driver call failed, and without one for an
- *         aggregation interface; 201
+ *         aggregation interface; 201 for another type
  */
 adp_status_t adp_set_port_queue_sch_mode(adp_intf_t intf, uint32_t mode);
 
@@ -59,7 +58,7 @@ adp_status_t adp_set_port_queue_sch_mode(adp_intf_t intf, uint32_t mode);
  * @param is_mapping  low byte used: 0 writes the weights, otherwise the call maps a priority
  * @param weights     a weight for each queue; of a mapping the first one is the priority
  * @return 0; 102 when a driver call failed (nothing is written after a failed read), and without one for an aggregation
- *         interface; 201
+ *         interface; 201 for another type
  */
 adp_status_t adp_set_queue_weight_pri(adp_intf_t intf, uint32_t queue, uint32_t is_mapping,
                                       adp_queue_weights_t weights);
@@ -96,7 +95,7 @@ adp_status_t adp_cosq_sched_get(uint32_t port, uint32_t queue, uint32_t *weight,
  * @param intf   user port
  * @param rate   in the driver's unit; kilobits per second on the virtual device, where 0 is no limit
  * @param burst  in the driver's unit; kilobits on the virtual device, which chooses for 0
- * @return 0; 102 when the driver call failed, and without one for an aggregation interface; 201
+ * @return 0; 102 when the driver call failed, and without one for an aggregation interface; 201 for another type
  */
 adp_status_t adp_set_port_egress_shaper(adp_intf_t intf, uint32_t rate, uint32_t burst);
 
@@ -106,7 +105,7 @@ adp_status_t adp_set_port_egress_shaper(adp_intf_t intf, uint32_t rate, uint32_t
  * @param intf        user port
  * @param[out] rate   written by the driver
  * @param[out] burst  written by the driver
- * @return 0; 102 when the driver call failed, and without one for an aggregation interface; 201
+ * @return 0; 102 when the driver call failed, and without one for an aggregation interface; 201 for another type
  */
 adp_status_t adp_get_port_egress_shaper(adp_intf_t intf, uint32_t *rate, uint32_t *burst);
 

@@ -155,7 +155,7 @@ int32_t adp_get_max_stg(void);
  * Driver call: user_stg_each_time_list(groups, chunk_index, chunk_size). A negative result is reported: "%s %d
  * fail.ret=%d\n".
  *
- * @param[out] groups  group numbers from place chunk_index * chunk_size on
+ * @param[out] groups  written by the driver: group numbers from place chunk_index * chunk_size on
  * @param chunk_index  which chunk, from 0
  * @param chunk_size   group numbers in a chunk
  * @return the driver's result
@@ -209,8 +209,8 @@ int32_t adp_get_stg_vlan_list(int32_t stg, uint16_t vids[ADP_VLANS]);
  * Driver call: user_stg_vlan_list(stg, list, count). A failure is reported: "%s %d: stg vlan list failed. ret=%d\n".
  *
  * @param stg         group number
- * @param[out] list   the driver's handle, to be given to adp_stg_vlan_list_destroy()
- * @param[out] count  VLANs in the list
+ * @param[out] list   written by the driver: its handle, to be given to adp_stg_vlan_list_destroy()
+ * @param[out] count  written by the driver: VLANs in the list
  * @return the driver's result
  */
 adp_status_t adp_stg_vlan_list(int32_t stg, adp_word_t *list, int32_t *count);
@@ -232,8 +232,8 @@ adp_status_t adp_stg_vlan_list_destroy(adp_word_t list, int32_t count);
  *
  * Driver call: user_stg_list(list, count). A failure is reported: "%s %d: stg vlan list destroy failed. ret=%d\n".
  *
- * @param[out] list   the driver's handle, to be given to adp_stg_list_destroy()
- * @param[out] count  groups in the list
+ * @param[out] list   written by the driver: its handle, to be given to adp_stg_list_destroy()
+ * @param[out] count  written by the driver: groups in the list
  * @return the driver's result
  */
 adp_status_t adp_stg_list(adp_word_t *list, int32_t *count);
@@ -253,14 +253,13 @@ adp_status_t adp_stg_list_destroy(adp_word_t list, int32_t count);
 /**
  * Sets a ring port's state: its state in group 0, and so for every VLAN that is in no other group.
  *
- * Driver call: user_stg_stp_set(0, port, state), on an aggregation interface for each non-empty slot among the first
- * count slots of the active members.
+ * Driver call: user_stg_stp_set(0, port, state), on an aggregation interface for each active member.
  *
  * @param intf   user port or aggregation interface
  * @param state  the driver's port state; on the virtual device 0 disabled, 1 blocking, 2 listening, 3 learning, 4
  *               forwarding
- * @return user port: the driver's result; aggregation interface: 0, 102 at the first failing member (members before it
- *         keep the new state), -1 for a group outside 1..8; another type: 201
+ * @return user port: the driver's result; aggregation interface: 0, 102 at the first failure; 201 for another type, -1
+ *         for a group outside 1..8
  */
 adp_status_t adp_set_port_erps_state(adp_intf_t intf, uint32_t state);
 

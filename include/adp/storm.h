@@ -16,9 +16,7 @@
  * Rates and bursts have the driver's unit: on the virtual device kilobits per second and kilobits, or frames per second
  * and frames, see adp_set_storm_counting_mode().
  *
- * Every driver call is made with unit 0 and a second argument 0, which the descriptions leave out. Without a driver
- * call an interface type other than user port and aggregation interface gives 201, and a group outside 1..8 whose
- * tables are needed -1.
+ * Every driver call is made with unit 0 and a second argument 0, which the descriptions leave out.
  */
 #pragma once
 
@@ -31,15 +29,14 @@ ADP_BEGIN_DECLS
 /**
  * Limits an interface's frames of a storm type.
  *
- * Driver call: user_rate_bandwidth_set(port, type, rate, burst), on a group for each non-empty slot among the first
- * count slots of the configured members.
+ * Driver call: user_rate_bandwidth_set(port, type, rate, burst), on a group for each configured member.
  *
  * @param dev_id      1 for nothing
  * @param intf        user port or aggregation interface
  * @param storm_code  storm code, low byte used
  * @param rate        in the driver's unit; 0 is no limit on the virtual device
  * @param burst       in the driver's unit; 0 lets the virtual device choose
- * @return 0; 102 at the first failing driver call, members before it keep the new limit; 201, -1
+ * @return 0; 102 at the first failure; 201 for another type, -1 for a group outside 1..8
  */
 adp_status_t adp_set_storm_control(uint32_t dev_id, adp_intf_t intf, uint32_t storm_code, uint32_t rate,
                                    uint32_t burst);
@@ -47,15 +44,14 @@ adp_status_t adp_set_storm_control(uint32_t dev_id, adp_intf_t intf, uint32_t st
 /**
  * Reads an interface's limit of a storm type.
  *
- * A group answers with its management interface; without one with interface 0, the CPU port. Driver call:
- * user_rate_bandwidth_get(port, type, rate, burst).
+ * Driver call: user_rate_bandwidth_get(port, type, rate, burst), on a group for its management interface.
  *
  * @param dev_id      1 for nothing
  * @param intf        user port or aggregation interface
  * @param storm_code  storm code, low byte used
  * @param[out] rate   written by the driver
  * @param[out] burst  written by the driver
- * @return 0; 102 when the driver call failed; 201, -1
+ * @return 0; 102 when the driver call failed; 201 for another type, -1 for a group outside 1..8
  */
 adp_status_t adp_get_storm_control(uint32_t dev_id, adp_intf_t intf, uint32_t storm_code, uint32_t *rate,
                                    uint32_t *burst);
@@ -69,7 +65,7 @@ adp_status_t adp_get_storm_control(uint32_t dev_id, adp_intf_t intf, uint32_t st
  * @param intf        user port
  * @param storm_code  storm code, low byte used
  * @param selected    passed through; on the virtual device 1 counted, 0 not
- * @return 0; 102 when the driver call failed, and without one for an aggregation interface; 201
+ * @return 0; 102 when the driver call failed, and without one for an aggregation interface; 201 for another type
  */
 adp_status_t adp_set_storm_seltype(uint32_t dev_id, adp_intf_t intf, uint32_t storm_code, uint32_t selected);
 
@@ -82,7 +78,7 @@ adp_status_t adp_set_storm_seltype(uint32_t dev_id, adp_intf_t intf, uint32_t st
  * @param intf           user port
  * @param storm_code     storm code, low byte used
  * @param[out] selected  written by the driver
- * @return 0; 102 when the driver call failed, and without one for an aggregation interface; 201
+ * @return 0; 102 when the driver call failed, and without one for an aggregation interface; 201 for another type
  */
 adp_status_t adp_get_storm_seltype(uint32_t dev_id, adp_intf_t intf, uint32_t storm_code, uint32_t *selected);
 
@@ -95,20 +91,20 @@ adp_status_t adp_get_storm_seltype(uint32_t dev_id, adp_intf_t intf, uint32_t st
  * @param intf        user port
  * @param storm_code  storm code, low byte used
  * @param enable      0 off, otherwise on
- * @return 0; 102 when the driver call failed, and without one for an aggregation interface; 201
+ * @return 0; 102 when the driver call failed, and without one for an aggregation interface; 201 for another type
  */
 adp_status_t adp_set_stormcontrol_enable(uint32_t dev_id, adp_intf_t intf, uint32_t storm_code, uint32_t enable);
 
 /**
- * Reads whether a user port's limit was exceeded.
+ * Reads whether a user port's limit was exceeded. The driver gets the code of the caller, not its own type.
  *
- * Driver call: user_rate_stormExceedFlag_get(port, code, flag), with the caller's code untranslated.
+ * Driver call: user_rate_stormExceedFlag_get(port, storm_code, flag).
  *
  * @param dev_id      1 for nothing
  * @param intf        user port
  * @param storm_code  storm code, low byte used
  * @param[out] flag   written by the driver; 1 exceeded on the virtual device
- * @return 0; 102 when the driver call failed, and without one for an aggregation interface; 201
+ * @return 0; 102 when the driver call failed, and without one for an aggregation interface; 201 for another type
  */
 adp_status_t adp_get_storm_exceed_flag(uint32_t dev_id, adp_intf_t intf, uint32_t storm_code, uint32_t *flag);
 
@@ -120,7 +116,7 @@ adp_status_t adp_get_storm_exceed_flag(uint32_t dev_id, adp_intf_t intf, uint32_
  *
  * @param dev_id  1 for nothing
  * @param intf    user port or aggregation interface
- * @return 0; 102 at the first failing driver call, members after it keep their flags; 201, -1
+ * @return 0; 102 at the first failure; 201 for another type, -1 for a group outside 1..8
  */
 adp_status_t adp_reset_storm_exceed_flag(uint32_t dev_id, adp_intf_t intf);
 
@@ -153,7 +149,7 @@ adp_status_t adp_get_storm_counting_mode(uint32_t dev_id, uint32_t storm_code, u
  * @param intf    user port
  * @param rate    in the driver's unit; kilobits per second on the virtual device, where 0 is no limit
  * @param burst   in the driver's unit; kilobits on the virtual device, which chooses for 0
- * @return 0; 102 when the driver call failed, and without one for an aggregation interface; 201
+ * @return 0; 102 when the driver call failed, and without one for an aggregation interface; 201 for another type
  */
 adp_status_t adp_set_ingress_limit(uint32_t dev_id, adp_intf_t intf, uint32_t rate, uint32_t burst);
 
@@ -164,7 +160,7 @@ adp_status_t adp_set_ingress_limit(uint32_t dev_id, adp_intf_t intf, uint32_t ra
  * @param intf        user port
  * @param[out] rate   written by the driver
  * @param[out] burst  written by the driver
- * @return 0; 102 when the driver call failed, and without one for an aggregation interface; 201
+ * @return 0; 102 when the driver call failed, and without one for an aggregation interface; 201 for another type
  */
 adp_status_t adp_get_ingress_limit(uint32_t dev_id, adp_intf_t intf, uint32_t *rate, uint32_t *burst);
 

@@ -58,6 +58,16 @@ typedef int32_t adp_status_t;
  *
  * Type 0 is a user port (1..adp_max_phy_port_num; index 0 is the CPU port's map row), type 1 an aggregation interface,
  * ADP_AGG_INTF(g) for group g = 1..8. Other types are refused.
+ *
+ * The calls say what they do on a group, an aggregation interface:
+ *
+ * - "for each active member": for each non-empty slot of the list of GET_AGG_GROUP(), in list order; for each
+ *   configured member: of the list of GET_AGG_CONFIG_GROUP(). A list that its call refuses counts as empty. The first
+ *   failure ends the call with 102: the members before it stay changed, those after it are left alone. Without members
+ *   the result is 0.
+ * - "for its management interface": without one for interface 0, the CPU port.
+ *
+ * A call that returns 201 or, for a group outside 1..8, -1 has made no driver call.
  */
 typedef uint32_t adp_intf_t;
 

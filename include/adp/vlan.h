@@ -5,7 +5,7 @@
  *
  * VLAN ids are cut to their low 16 bits before they reach the driver, which checks their range. The library keeps no
  * VLAN table of its own. Every driver call is made with unit 0 and a second argument 0; "the driver's result" is its
- * result unchanged, 0 for success. A call on an aggregation group outside 1..8 returns -1 and makes no driver call.
+ * result unchanged, 0 for success.
  */
 #pragma once
 
@@ -154,27 +154,26 @@ adp_status_t adp_vlan_port_get(uint32_t vid, ADP_INOUT adp_ports_t members, ADP_
 /**
  * Sets an interface's port VLAN id (PVID).
  *
- * Driver call for a user port: user_port_untagged_vlan_set(0, 0, port, vid). For an aggregation interface it is made
- * once for each non-empty slot among the first count slots of the active members, but the port is the translation of
- * the aggregation interface itself, -1: a driver that checks its ports refuses the call.
+ * Driver call for a user port: user_port_untagged_vlan_set(0, 0, port, vid). On a group it is made for each active
+ * member, but the port is the translation of the group itself, -1: a driver that checks its ports refuses the call.
  *
  * @param intf  user port or aggregation interface
  * @param vid   VLAN id, low 16 bits used
- * @return user port: the driver's result; aggregation interface: 0 without active members, 102 at the first failing
- *         driver call, otherwise 0, -1 for a group outside 1..8; another type: 201 and no driver call
+ * @return user port: the driver's result; group: 0, 102 at the first failure; 201 for another type, -1 for a group
+ *         outside 1..8
  */
 adp_status_t adp_intf_pivd_set(adp_intf_t intf, uint32_t vid);
 
 /**
  * Reads an interface's port VLAN id (PVID).
  *
- * An aggregation interface answers with its management interface, without one with its lowest configured member. Driver
- * call: user_port_untagged_vlan_get(0, 0, port, vid).
+ * Driver call: user_port_untagged_vlan_get(0, 0, port, vid), on a group for its management interface, without one for
+ * its lowest configured member.
  *
  * @param intf      user port or aggregation interface
  * @param[out] vid  written by the driver
- * @return 0; 102 when the driver call failed; without a driver call 203 for an aggregation interface with neither a
- *         management interface nor a configured member, -1 for a group outside 1..8, 201 for another type
+ * @return 0; 102 when the driver call failed; 203 for a group with neither; 201 for another type, -1 for a group
+ *         outside 1..8
  */
 adp_status_t adp_intf_pivd_get(adp_intf_t intf, uint32_t *vid);
 

@@ -10,12 +10,6 @@
  *
  * Every driver call is made with unit 0 and a second argument 0, which the descriptions leave out. "The driver's
  * result" is its result unchanged.
- *
- * A set call on an aggregation interface makes the driver call for each non-empty slot among the first count slots of
- * the active members. The first failure ends the walk with 102; members before it stay changed. Without members the
- * result is 0. A read on an aggregation interface is answered by the management interface; without one by interface 0,
- * which translates to the CPU port. A group outside 1..8 gives -1 and any other interface type 201, both without a
- * driver call.
  */
 #pragma once
 
@@ -146,7 +140,8 @@ adp_status_t adp_vlan_ip4_delete_all(void);
 /**
  * Adds a double-tag entry to an interface: frames with a customer's VLAN id get the service's tag in front.
  *
- * Driver call: user_vlan_dtag_add(kind, port, action, inner_vid, outer_vid, priority).
+ * Driver call: user_vlan_dtag_add(kind, port, action, inner_vid, outer_vid, priority), on a group for each active
+ * member.
  *
  * @param kind       passed through: how the entry is found
  * @param intf       user port or aggregation interface
@@ -154,18 +149,22 @@ adp_status_t adp_vlan_ip4_delete_all(void);
  * @param inner_vid  the customer's VLAN id, low 16 bits used
  * @param outer_vid  the service's VLAN id, low 16 bits used
  * @param priority   passed through: 802.1p priority of the service's tag
- * @return user port: the driver's result; aggregation interface: 0, 102 or -1; another type: 201
+ * @return user port: the driver's result; group: 0, 102 at the first failure; 201 for another type, -1 for a group
+ *         outside 1..8
  */
 adp_status_t adp_vlan_dtag_add(adp_word_t kind, adp_intf_t intf, adp_word_t action, uint32_t inner_vid,
                                uint32_t outer_vid, adp_word_t priority);
 
 /**
- * Deletes a double-tag entry from an interface. Driver call: user_vlan_dtag_delete(kind, port, inner_vid).
+ * Deletes a double-tag entry from an interface.
+ *
+ * Driver call: user_vlan_dtag_delete(kind, port, inner_vid), on a group for each active member.
  *
  * @param kind       passed through: how the entry is found
  * @param intf       user port or aggregation interface
  * @param inner_vid  the customer's VLAN id, low 16 bits used
- * @return user port: the driver's result; aggregation interface: 0, 102 or -1; another type: 201
+ * @return user port: the driver's result; group: 0, 102 at the first failure; 201 for another type, -1 for a group
+ *         outside 1..8
  */
 adp_status_t adp_vlan_dtag_delete(adp_word_t kind, adp_intf_t intf, uint32_t inner_vid);
 
@@ -177,54 +176,64 @@ adp_status_t adp_vlan_dtag_delete(adp_word_t kind, adp_intf_t intf, uint32_t inn
 adp_status_t adp_vlan_dtag_delete_all(void);
 
 /**
- * Reads a double-tag entry of an interface. Driver call: user_vlan_dtag_get(port, inner_vid, outer_vid, priority).
+ * Reads a double-tag entry of an interface.
+ *
+ * Driver call: user_vlan_dtag_get(port, inner_vid, outer_vid, priority), on a group for its management interface.
  *
  * @param intf            user port or aggregation interface
  * @param inner_vid       the customer's VLAN id, low 16 bits used
  * @param[out] outer_vid  the service's VLAN id, written by the driver
  * @param[out] priority   written by the driver
- * @return 0; 102 when the driver call failed; without a driver call -1 for a group outside 1..8, 201 for another type
+ * @return 0; 102 when the driver call failed; 201 for another type, -1 for a group outside 1..8
  */
 adp_status_t adp_vlan_dtag_get(adp_intf_t intf, uint32_t inner_vid, uint32_t *outer_vid, uint32_t *priority);
 
 /**
- * Sets an interface's double-tag mode. Driver call: user_port_dtag_mode_set(port, mode).
+ * Sets an interface's double-tag mode.
+ *
+ * Driver call: user_port_dtag_mode_set(port, mode), on a group for each active member.
  *
  * @param intf  user port or aggregation interface
  * @param mode  the driver's code, low 16 bits used; on the virtual device 0 off, 1 towards the provider, 2 towards the
  *              customer
- * @return user port: the driver's result; aggregation interface: 0, 102 or -1; another type: 201
+ * @return user port: the driver's result; group: 0, 102 at the first failure; 201 for another type, -1 for a group
+ *         outside 1..8
  */
 adp_status_t adp_double_tag_set(adp_intf_t intf, uint32_t mode);
 
 /**
- * Reads an interface's double-tag mode. Driver call: user_port_dtag_mode_get(port, mode).
+ * Reads an interface's double-tag mode.
  *
- * A group without a management interface is not read, unlike in the other calls here: the result is 0 and the output
- * stays as it was.
+ * Driver call: user_port_dtag_mode_get(port, mode), on a group for its management interface. Without one, unlike in the
+ * other calls, nothing is read: the result is 0 and the output stays as it was.
  *
  * @param intf       user port or aggregation interface
  * @param[out] mode  written by the driver
- * @return 0; 102 when the driver call failed; without a driver call -1 for a group outside 1..8, 201 for another type
+ * @return 0; 102 when the driver call failed; 201 for another type, -1 for a group outside 1..8
  */
 adp_status_t adp_double_tag_get(adp_intf_t intf, uint32_t *mode);
 
 /**
- * Sets an interface's tag protocol identifier (TPID). Driver call: user_port_tpid_set(port, tpid, option).
+ * Sets an interface's tag protocol identifier (TPID).
+ *
+ * Driver call: user_port_tpid_set(port, tpid, option), on a group for each active member.
  *
  * @param intf    user port or aggregation interface
  * @param tpid    EtherType of the outer tag, low 16 bits used
  * @param option  passed through
- * @return user port: the driver's result; aggregation interface: 0, 102 or -1; another type: 201
+ * @return user port: the driver's result; group: 0, 102 at the first failure; 201 for another type, -1 for a group
+ *         outside 1..8
  */
 adp_status_t adp_double_tag_tipd_set(adp_intf_t intf, uint32_t tpid, adp_word_t option);
 
 /**
- * Reads an interface's tag protocol identifier (TPID). Driver call: user_port_tpid_get(port, tpid).
+ * Reads an interface's tag protocol identifier (TPID).
+ *
+ * Driver call: user_port_tpid_get(port, tpid), on a group for its management interface.
  *
  * @param intf       user port or aggregation interface
  * @param[out] tpid  EtherType of the outer tag, written by the driver
- * @return 0; 102 when the driver call failed; without a driver call -1 for a group outside 1..8, 201 for another type
+ * @return 0; 102 when the driver call failed; 201 for another type, -1 for a group outside 1..8
  */
 adp_status_t adp_double_tag_tpid_get(adp_intf_t intf, uint32_t *tpid);
 

@@ -4,14 +4,11 @@
 #include <string_view>
 
 #include "calls/exported.h"
-#include "tests/differential/arguments.h"
 #include "tests/differential/call_text.h"
 #include "tests/differential/driver.h"
-#include "tests/differential/effects.h"
 #include "tests/differential/reference_table.h"
 #include "tests/differential/system_faults.h"
 #include "tests/differential/table_compare.h"
-#include "tests/support/fake_system.h"
 #include "tests/support/trace_file.h"
 #include "tests/support/trace_text.h"
 
@@ -36,51 +33,34 @@ void falsify(const char *call) {
     falsified = call;
 }
 
-struct Comparison::State {
-    explicit State(std::FILE *to) : trace(to) {
-        for (fake_system::System *system : {&library_system, &model_system}) {
-            system->on_call([system](const std::string &line) { note_system_call(*system, line); });
-            clear_faults(*system);
-        }
+Comparison::Comparison(std::FILE *trace, bool describes) : trace_(trace), describes_(describes || trace != nullptr) {
+    exported::receive_events(answer_event);
+    for (fake_system::System *system : {&library_system_, &model_system_}) {
+        system->on_call([system](const std::string &line) { note_system_call(*system, line); });
+        clear_faults(*system);
     }
+}
 
-    template <typename Invoke>
-    Effects run(fake_system::System &system, const Step &step, Invoke invoke) {
-        Effects effects;
-        driver().start(step.seed);
-        if (step.values.empty()) {
-            set_faults(system, step.seed, number);
-        }
-        fake_system::active = &system;
-        effects.result = invoke();
-        fake_system::active = nullptr;
-        clear_faults(system);
-        effects.notes = driver().notes();
-        effects.lines = driver().lines();
-        effects.out = out.take();
-        effects.err = err.take();
-        return effects;
+Effects Comparison::run_side(fake_system::System &system, const Step &step, void *function,
+                             const Arguments &arguments) {
+    Effects effects;
+    driver().start(step.seed);
+    if (step.values.empty()) {
+        set_faults(system, step.seed, number_);
     }
+    fake_system::active = &system;
+    effects.result = exported::invoke(arguments.call(), function, arguments.pointers());
+    fake_system::active = nullptr;
+    clear_faults(system);
+    effects.notes = driver().notes();
+    effects.lines = driver().lines();
+    effects.out = out_.take();
+    effects.err = err_.take();
+    return effects;
+}
 
-    [[nodiscard]] std::string compare(const Arguments &library_arguments, const Arguments &model_arguments,
-                                      const Effects &library, const Effects &model) const;
-    [[nodiscard]] std::string compare_resources() const;
-    void write_trace(const std::string &line, const Arguments &arguments, const Effects &effects) const;
-
-    std::FILE *trace;
-    Capture out{&stdout};
-    Capture err{&stderr};
-    fake_system::System library_system;
-    fake_system::System model_system;
-    uint32_t number = 0;
-    bool describes = false;
-    uint64_t imported_calls = 0;
-    std::vector<std::string> lines;
-    Difference difference;
-};
-
-std::string Comparison::State::compare(const Arguments &library_arguments, const Arguments &model_arguments,
-                                       const Effects &library, const Effects &model) const {
+std::string Comparison::compare(const Arguments &library_arguments, const Arguments &model_arguments,
+                                const Effects &library, const Effects &model) const {
     if (library.notes != model.notes) {
         return "the calls they made";
     }
@@ -101,84 +81,56 @@ std::string Comparison::State::compare(const Arguments &library_arguments, const
     return resources.empty() ? table_difference() : resources;
 }
 
-std::string Comparison::State::compare_resources() const {
-    if (library_system.outstanding_allocations() == model_system.outstanding_allocations() &&
-        library_system.open_descriptors() == model_system.open_descriptors()) {
+std::string Comparison::compare_resources() const {
+    if (library_system_.outstanding_allocations() == model_system_.outstanding_allocations() &&
+        library_system_.open_descriptors() == model_system_.open_descriptors()) {
         return "";
     }
     const auto text_of = [](const fake_system::System &system) {
         return std::to_string(system.outstanding_allocations()) + " allocations and " +
                std::to_string(system.open_descriptors()) + " descriptors";
     };
-    return "the resources they hold: library " + text_of(library_system) + ", model " + text_of(model_system);
+    return "the resources they hold: library " + text_of(library_system_) + ", model " + text_of(model_system_);
 }
 
-void Comparison::State::write_trace(const std::string &line, const Arguments &arguments, const Effects &effects) const {
-    std::fprintf(trace, "%s\n", line.c_str());
+void Comparison::write_trace(const std::string &line, const Arguments &arguments, const Effects &effects) const {
+    std::fprintf(trace_, "%s\n", line.c_str());
     for (const std::string &each : effects.lines) {
-        std::fprintf(trace, "    %s\n", trace_file::portable(each).c_str());
+        std::fprintf(trace_, "    %s\n", trace_file::portable(each).c_str());
     }
     const bool is_address = arguments.call().result == calls::Result::kStruct;
     const std::string result = is_address ? (effects.result != 0 ? "an address" : "null")
                                           : std::to_string(static_cast<int32_t>(effects.result));
-    std::fprintf(trace, "= %s%s\n", result.c_str(), outputs_text(arguments).c_str());
+    std::fprintf(trace_, "= %s%s\n", result.c_str(), outputs_text(arguments).c_str());
     for (const std::string &text : {effects.out, effects.err}) {
         if (!text.empty()) {
-            std::fprintf(trace, "> %s\n", text.c_str());
+            std::fprintf(trace_, "> %s\n", text.c_str());
         }
     }
 }
 
-Comparison::Comparison(std::FILE *trace) : state_(std::make_unique<State>(trace)) {
-    exported::receive_events(answer_event);
-}
-
-Comparison::~Comparison() = default;
-
-void Comparison::describe() {
-    state_->describes = true;
-}
-
-const std::vector<std::string> &Comparison::lines() const {
-    return state_->lines;
-}
-
-uint64_t Comparison::imported_calls() const {
-    return state_->imported_calls;
-}
-
-const Difference &Comparison::difference() const {
-    return state_->difference;
-}
-
 bool Comparison::run(const Step &step) {
     const exported::Call &call = exported::calls()[step.call];
-    const Model &reference = models()[step.call];
-    State &state = *state_;
-    const bool is_described = state.describes || state.trace != nullptr;
     const Arguments library_arguments(call, step.seed, step.values);
     const Arguments model_arguments(call, step.seed, step.values);
-    const std::string line = is_described ? trace_line(library_arguments) : "";
-    driver().describe(is_described);
-    ++state.number;
-    const Effects model = state.run(state.model_system, step, [&] {
-        return exported::invoke(call, reference.function, model_arguments.pointers());
-    });
-    Effects library = state.run(state.library_system, step,
-                                [&] { return exported::invoke(call, call.function, library_arguments.pointers()); });
-    state.imported_calls += driver().count();
+    const std::string line = describes_ ? trace_line(library_arguments) : "";
+    driver().describe(describes_);
+    ++number_;
+    const Effects model = run_side(model_system_, step, models()[step.call], model_arguments);
+    Effects library = run_side(library_system_, step, call.function, library_arguments);
+    imported_calls_ += driver().count();
     if (falsified == call.name) {
         library.result ^= 1;
     }
-    state.lines = library.lines;
-    if (state.trace != nullptr) {
-        state.write_trace(line, library_arguments, library);
+    lines_ = library.lines;
+    if (trace_ != nullptr) {
+        write_trace(line, library_arguments, library);
     }
-    const std::string what = state.compare(library_arguments, model_arguments, library, model);
+    const std::string what = compare(library_arguments, model_arguments, library, model);
     if (what.empty()) {
         return true;
     }
-    state.difference = {what, library.lines, model.lines};
+    difference_ = {what, library.lines, model.lines};
     return false;
 }
 

@@ -33,30 +33,13 @@ void Driver::start(uint64_t seed) {
     count_ = 0;
     notes_.clear();
     lines_.clear();
-    switch (random.below(kChoices)) {
-        case 0:
-        case 1:
-        case 2:
-        case 3:
-            answers_ = Answers::kFailOnce;
-            failing_ = random.below(kEarlyCall);
-            break;
-        case 4:
-            answers_ = Answers::kFailOnce;
-            failing_ = random.below(kLateCall);
-            break;
-        case 5:
-            answers_ = Answers::kFailOften;
-            break;
-        case 6:
-            answers_ = Answers::kFailAlways;
-            break;
-        case 7:
-            answers_ = Answers::kWriteNothing;
-            break;
-        default:
-            answers_ = Answers::kSucceed;
-    }
+    const uint32_t choice = random.below(kChoices);
+    answers_ = choice < 5    ? Answers::kFailOnce
+               : choice == 5 ? Answers::kFailOften
+               : choice == 6 ? Answers::kFailAlways
+               : choice == 7 ? Answers::kWriteNothing
+                             : Answers::kSucceed;
+    failing_ = random.below(choice < 4 ? kEarlyCall : kLateCall);
 }
 
 void Driver::add(const void *data, size_t size) {

@@ -1,6 +1,6 @@
 /**
  * @file reference_table.h
- * The reference model's functions by name, in the order of the library's table of calls.
+ * The reference model's functions, in the order of the library's table of calls.
  */
 #pragma once
 
@@ -8,11 +8,6 @@
 
 namespace differential {
 
-struct Model {
-    const char *name;
-    void *function;
-};
-
-std::span<const Model> models();
+std::span<void *const> models();
 
 }  // namespace differential

@@ -62,7 +62,7 @@ Outcome outcome_of(int status) {
 Outcome run(const Sequence &sequence, std::FILE *trace) {
     counts().step = 0;
     const int status = run_child([&] {
-        Comparison comparison(trace);
+        Comparison comparison(trace, false);
         for (size_t n = 0; n < sequence.size(); ++n) {
             counts().step = n;
             ++counts().calls[sequence[n].call];
@@ -110,8 +110,7 @@ void print_side(const char *name, const std::vector<std::string> &lines) {
 void report(const Sequence &sequence) {
     print("\n# As a script for adpsh. Each line is followed by the driver's answers other than 0.");
     const int status = run_child([&] {
-        Comparison comparison(nullptr);
-        comparison.describe();
+        Comparison comparison(nullptr, true);
         for (const Step &step : sequence) {
             print(Comparison::script(step));
             const bool agrees = comparison.run(step);

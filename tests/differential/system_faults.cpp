@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <ctime>
 
+#include "calls/describe.h"
 #include "tests/differential/driver.h"
 #include "tests/differential/random.h"
 
@@ -50,16 +51,6 @@ void clear_faults(fake_system::System &system) {
 
 namespace {
 
-std::string hex(const std::vector<uint8_t> &bytes) {
-    constexpr char kDigits[] = "0123456789abcdef";
-    std::string text;
-    for (const uint8_t byte : bytes) {
-        text += kDigits[byte >> 4];
-        text += kDigits[byte & 15];
-    }
-    return text;
-}
-
 std::string text_of(const fake_system::SentFrame &frame) {
     std::string text = "  to";
     for (const int64_t number :
@@ -67,7 +58,8 @@ std::string text_of(const fake_system::SentFrame &frame) {
           int64_t{frame.hardware_type}, int64_t{frame.packet_type}, int64_t{frame.hardware_length}}) {
         text += " " + std::to_string(number);
     }
-    return text + ": " + hex(frame.hardware_address) + " " + hex(frame.bytes);
+    return text + ": " + calls::hex_text(frame.hardware_address.data(), frame.hardware_address.size()) + " " +
+           calls::hex_text(frame.bytes.data(), frame.bytes.size());
 }
 
 }  // namespace

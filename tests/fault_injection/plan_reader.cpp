@@ -1,9 +1,12 @@
 // Items, failure rules and loops of plans.
 #include "tests/fault_injection/plan_reader.h"
 
+#include <adp/adp.h>
+
 #include <algorithm>
 #include <charconv>
 #include <iterator>
+#include <numeric>
 #include <optional>
 #include <sstream>
 #include <stdexcept>
@@ -128,16 +131,12 @@ class Reader {
         const size_t open = text.find('(');
         const std::string head = text.substr(0, open);
         const std::string body = text.substr(open + 1, text.size() - open - 2);
-        if (head == "active") {
-            return each(body, state_.active_members());
-        }
-        if (head == "configured") {
-            return each(body, state_.configured_members());
+        if (head == "active" || head == "configured") {
+            return each(body, head == "active" ? state_.active_members() : state_.configured_members());
         }
         if (head == "ports") {
-            constexpr uint32_t kPorts = 26;
-            std::vector<uint32_t> all(kPorts);
-            std::generate(all.begin(), all.end(), [next = 1U]() mutable { return next++; });
+            std::vector<uint32_t> all(ADP_USER_PORTS);
+            std::iota(all.begin(), all.end(), 1);
             return each(body, all);
         }
         if (head.back() == '*') {
@@ -173,14 +172,12 @@ class Reader {
         if (const auto status = number_in(text)) {
             return numbered(Item::Kind::kReturns, *status);
         }
-        if (words.front() == "returns") {
-            return numbered(Item::Kind::kReturns, require_number(rest));
-        }
-        if (words.front() == "keeps") {
-            return numbered(Item::Kind::kKeeps, require_number(rest));
-        }
-        if (words.front() == "opens") {
-            return numbered(Item::Kind::kOpens, require_number(rest));
+        for (const auto &[word, kind] : {std::pair("returns", Item::Kind::kReturns),
+                                         {"keeps", Item::Kind::kKeeps},
+                                         {"opens", Item::Kind::kOpens}}) {
+            if (words.front() == word) {
+                return numbered(kind, require_number(rest));
+            }
         }
         Item item;
         if (words.front() == "writes") {

@@ -116,26 +116,6 @@ void prepare(const Row &row, const State &state) {
     recording::driver().reset();
 }
 
-/** The map's tables from before a call that may replace them. */
-class OldMap {
-  public:
-    OldMap() : ports_(intf_to_phy_port), trunks_(intf_map_trunk) {}
-    ~OldMap() {
-        if (ports_ != intf_to_phy_port) {
-            std::free(ports_);
-        }
-        if (trunks_ != intf_map_trunk) {
-            std::free(trunks_);
-        }
-    }
-    OldMap(const OldMap &) = delete;
-    OldMap &operator=(const OldMap &) = delete;
-
-  private:
-    void *ports_;
-    void *trunks_;
-};
-
 void fail_every_call(int32_t value) {
     for (const calls::Call &call : calls::calls()) {
         recording::driver().fail_every(call.name, failing_result(call.name, value));
@@ -188,10 +168,12 @@ Observed run(const Row &row, const State &state, const Failure &failure) {
     prepare(row, state);
     give(in_state(row.clause("given"), state));
     Subject subject(in_state(row.call, state));
-    {
-        const OldMap old;
-        observe(subject, failure, session.system(), observed);
-    }
+    void *const ports = intf_to_phy_port;
+    void *const trunks = intf_map_trunk;
+    observe(subject, failure, session.system(), observed);
+    // A call that makes a new map leaves the old one to the caller.
+    std::free(ports != intf_to_phy_port ? ports : nullptr);
+    std::free(trunks != intf_map_trunk ? trunks : nullptr);
     observed.memory = memory_of(subject);
     take_down();
     return observed;

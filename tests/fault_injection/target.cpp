@@ -75,30 +75,20 @@ void store_field(const std::string &text, const calls::Element &type, uint8_t *r
 
 /** Tables of the library's own that a program does not see. */
 bool assign_hidden(const Target &target, const std::string &value) {
-    constexpr calls::Element kByte = {calls::Kind::kU8, 1};
-    if (target.name == "agg_link_status") {
-        store(target, kByte, sizeof adp::agg_link_status, adp::agg_link_status, value);
-        return true;
+    const bool is_link = target.name == "agg_link_status";
+    if (!is_link && target.name != "port_hold_state") {
+        return false;
     }
-    if (target.name == "port_hold_state") {
-        store(target, kByte, sizeof adp::port_hold_state, adp::port_hold_state, value);
-        return true;
-    }
-    return false;
+    store(target, {calls::Kind::kU8, 1}, is_link ? sizeof adp::agg_link_status : sizeof adp::port_hold_state,
+          is_link ? static_cast<void *>(adp::agg_link_status) : adp::port_hold_state, value);
+    return true;
 }
 
 /** Replaces a table of the map by a cleared one, or by none. */
-void replace_map(const std::string &name, const std::string &value) {
-    const size_t rows = value == "none" ? 0 : adp_max_phy_port_num + 1;
-    if (name == "intf_to_phy_port") {
-        std::free(intf_to_phy_port);
-        intf_to_phy_port =
-            rows == 0 ? nullptr : static_cast<decltype(intf_to_phy_port)>(std::calloc(rows, sizeof *intf_to_phy_port));
-    } else {
-        std::free(intf_map_trunk);
-        intf_map_trunk =
-            rows == 0 ? nullptr : static_cast<decltype(intf_map_trunk)>(std::calloc(rows, sizeof *intf_map_trunk));
-    }
+template <typename T>
+void replace(T *&table, const std::string &value) {
+    std::free(table);
+    table = value == "none" ? nullptr : static_cast<T *>(std::calloc(adp_max_phy_port_num + 1, sizeof(T)));
 }
 
 void give_struct(const calls::Param &param, const std::string &value, std::vector<uint8_t> &bytes) {
@@ -183,7 +173,8 @@ void assign_table(const Assignment &assignment) {
     size_t rows = table->rows;
     if (table->is_pointer) {
         if (target.indexes.empty() && target.part.empty()) {
-            return replace_map(target.name, assignment.value);
+            return target.name == "intf_to_phy_port" ? replace(intf_to_phy_port, assignment.value)
+                                                     : replace(intf_map_trunk, assignment.value);
         }
         address = *static_cast<void **>(address);
         rows = adp_max_phy_port_num + 1;

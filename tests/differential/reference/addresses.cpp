@@ -1,4 +1,4 @@
-// The MAC address table: entries are added, found and counted; limits and age.
+// The MAC address table: entries are added, found and deleted; limits.
 #include <cstring>
 
 #include "platform/netlink_api.h"
@@ -19,13 +19,10 @@ adp_l2_entry_t entry_for(const uint8_t *mac, uint32_t vid) {
 adp_status_t adp_add_mac_addr(const uint8_t *mac, adp_intf_t intf, uint32_t vid, uint32_t is_static) {
     adp_l2_entry_t entry = entry_for(mac, vid);
     entry.flags = low8(is_static) == 1 ? 8 : 0;
-    if (type_of(intf) > 1) {
-        return 201;
+    if (refusal_of(intf) != 0) {
+        return refusal_of(intf);
     }
     if (is_agg(intf)) {
-        if (!is_group(intf)) {
-            return -1;
-        }
         entry.flags |= 1;
         entry.trunk = static_cast<int32_t>(trunk_of(intf));
     }
@@ -112,11 +109,6 @@ adp_status_t adp_get_l2_index_by_addr(const uint8_t *mac, uint32_t vid, uint32_t
     return found.result;
 }
 
-adp_status_t adp_get_nextvalid_mac_addr(adp_word_t first, adp_l2_entry_t *second, adp_word_t /*unused*/,
-                                        adp_word_t fourth) {
-    return user_netlink_mac_nextValidAddr_get(0, first, second, fourth);
-}
-
 namespace {
 
 netlink_learn_limit_t limit_record(uint32_t subject, uint32_t scope) {
@@ -157,42 +149,78 @@ adp_status_t adp_get_mac_limit(uint32_t *limit, uint32_t subject, uint32_t scope
     return result;
 }
 
-adp_status_t adp_set_mac_age_time(uint32_t age) {
-    return user_mac_age_time_set(0, age);
+namespace {
+
+adp_status_t delete_by_port(int32_t port, uint32_t mode) {
+    switch (low8(mode)) {
+        case 0:
+            return user_l2_addr_delete_by_port(0, 0, -1, port, 0);
+        case 1:
+            return user_l2_addr_delete_static_by_port(0, 0, -1, port);
+        case 2:
+            return user_l2_addr_delete_by_port(0, 0, -1, port, 1);
+        default:
+            return 101;
+    }
 }
 
-adp_status_t adp_get_mac_age_time(uint32_t *age) {
-    return user_mac_age_time_get(0, age);
+}  // namespace
+
+adp_status_t adp_del_mac_addr_by_intf(adp_intf_t intf, uint32_t mode) {
+    if (is_user_port(intf)) {
+        return delete_by_port(adp_intf_2_phy_id(intf), mode);
+    }
+    if (!is_agg(intf)) {
+        return 201;
+    }
+    adp_status_t result = -1;
+    for (const uint32_t member : active_members(intf).slots) {
+        if (member != 0) {
+            result = delete_by_port(adp_intf_2_phy_id(member), mode);
+        }
+    }
+    return result;
 }
 
-adp_status_t adp_traverse_mac_table(adp_word_t first, adp_word_t /*unused*/, adp_word_t third, adp_word_t fourth) {
-    return user_mac_table_show(0, first, third, fourth);
+adp_status_t adp_del_mac_addr_by_vlan_intf(uint32_t vid, adp_intf_t intf, uint32_t mode) {
+    const int32_t port = adp_intf_2_phy_id(intf);
+    const auto trunk = static_cast<int32_t>(trunk_of(intf));
+    vid = low16(vid);
+    mode = low8(mode);
+    if (type_of(intf) > 1) {
+        return 201;
+    }
+    if (mode > 2) {
+        return 101;
+    }
+    if (is_agg(intf)) {
+        const int32_t result = user_l2_addr_delete_by_vlan_trunk(0, 0, vid, trunk, mode == 0 ? 0 : 1);
+        return mode == 1 ? -1 : result;
+    }
+    if (mode == 1) {
+        return user_l2_addr_delete_static_by_vlan_port(0, 0, vid, port);
+    }
+    return user_l2_addr_delete_by_vlan_port(0, 0, vid, -1, port, mode == 0 ? 0 : 1);
 }
 
-adp_status_t adp_traverse_mac_mcast_table(adp_word_t first, adp_word_t /*unused*/, adp_word_t third,
-                                          adp_word_t fourth) {
-    return user_mac_mcast_table_show(0, first, third, fourth);
-}
-
-adp_status_t adp_get_mac_learn_count_by_intf(adp_intf_t intf, uint32_t *count) {
-    return user_mac_learn_count_get_by_port(adp_intf_2_phy_id(intf), count);
-}
-
-adp_status_t adp_get_mac_violate_count_by_intf(adp_intf_t intf, uint32_t *count) {
-    return user_mac_violate_count_get_by_port(adp_intf_2_phy_id(intf), count);
-}
-
-adp_status_t adp_l2_mactable_fread(adp_word_t first, adp_word_t second, adp_word_t third, adp_word_t fourth) {
-    return user_l2_mactable_fread(first, second, third, fourth);
-}
-
-adp_status_t adp_is_mcast_addr_exist_by_vlan(uint32_t vid, uint32_t second, adp_word_t /*unused*/, adp_word_t fourth) {
-    return user_is_mcast_addr_exist_by_vlan(0, low16(vid), low16(second), fourth);
-}
-
-adp_status_t adp_is_mcast_addr_exist_by_vlan_ex(adp_word_t first, adp_word_t /*unused*/, adp_word_t third,
-                                                adp_word_t fourth) {
-    return user_is_mcast_addr_exist_vlan_is(0, first, third, fourth);
+adp_status_t adp_del_mac_addr_by_intf_mac(adp_intf_t intf, const uint8_t *mac, uint32_t mode, adp_word_t last) {
+    if (type_of(intf) > 1) {
+        return 201;
+    }
+    if (is_agg(intf)) {
+        return -1;
+    }
+    const int32_t port = adp_intf_2_phy_id(intf);
+    switch (low8(mode)) {
+        case 0:
+            return user_l2_addr_delete_dynaic_by_mac_port(0, 0, key_of(mac).data(), port, last);
+        case 1:
+            return user_l2_addr_delete_static_by_mac_port(0, 0, key_of(mac).data(), port, last);
+        case 2:
+            return user_l2_addr_delete_all_by_mac_port(0, 0, key_of(mac).data(), port);
+        default:
+            return 101;
+    }
 }
 
 }  // namespace reference

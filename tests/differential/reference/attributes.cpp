@@ -7,52 +7,36 @@
 namespace reference {
 namespace {
 
-uint32_t hold_index(uint32_t intf) {
-    return is_agg(intf) ? index_of(intf) + 26 : index_of(intf);
-}
-int hold_of(uint32_t intf) {
-    const auto found = tables.hold.find(hold_index(intf));
-    return found == tables.hold.end() ? 0 : found->second;
-}
-void set_hold(uint32_t intf, int state) {
-    if (hold_index(intf) >= 1 && hold_index(intf) <= 34) {
-        tables.hold[hold_index(intf)] = state;
-    }
+/** Null for an interface without a state. */
+uint8_t *hold_of(uint32_t intf) {
+    const uint32_t row = (is_agg(intf) ? index_of(intf) + 26 : index_of(intf)) - 1;
+    return row < tables.hold.size() ? &tables.hold[row] : nullptr;
 }
 
 /** Loopback and MDI/MDIX hand on the driver's own result. */
 template <typename Step>
 adp_status_t with_own_result(uint32_t intf, Step step) {
-    if (is_user_port(intf)) {
-        return step(adp_intf_2_phy_id(intf));
-    }
-    if (!is_group(intf)) {
-        return -1;
-    }
     int32_t result = 0;
-    each_member(configured_members(intf), [&](int32_t port) { return result = step(port); });
-    return result;
+    const adp_status_t status =
+        on_port_or_members(intf, configured_members, [&](int32_t port) { return result = step(port); });
+    return result != 0 ? result : status;
 }
 
 adp_status_t set_enable(uint32_t intf, uint32_t value, bool is_hold) {
-    const int state = hold_of(intf);
-    if (value != 0 && (is_hold ? state != 1 : state == 1)) {
+    uint8_t *const hold = hold_of(intf);
+    const bool is_held = hold != nullptr && *hold == 1;
+    if (value != 0 && is_held != is_hold) {
         return 0;
     }
-    set_hold(intf, value != 0 ? 0 : is_hold ? 1 : 2);
-    if (is_user_port(intf)) {
-        const int32_t result = user_port_enable_set(0, 0, adp_intf_2_phy_id(intf), value);
-        return is_hold ? 0 : or_102(result);
+    if (hold != nullptr) {
+        *hold = value != 0 ? 0 : is_hold ? 1 : 2;
     }
-    if (!is_group(intf)) {
-        return -1;
-    }
-    return each_member(configured_members(intf), [&](int32_t port) {
+    return on_port_or_members(intf, configured_members, [&](int32_t port) {
         const int32_t result = user_port_enable_set(0, 0, port, value);
-        if (result == 0) {
+        if (is_agg(intf) && result == 0) {
             usleep(500000);
         }
-        return result;
+        return is_user_port(intf) && is_hold ? 0 : or_102(result);
     });
 }
 
@@ -70,25 +54,24 @@ adp_status_t adp_set_phy_port_attr(adp_intf_t intf, uint32_t selector, uint32_t 
         case 7:
         case 8:
             return set_by_max_speed(intf, selector, value, mode);
-        case 1:
-            return on_port_or_configured(intf, [&](int32_t port) { return set_duplex(port, value, mode); });
-        case 2:
-            return on_port_or_configured(intf, [&](int32_t port) { return set_autoneg(port, value); });
         case 3:
             return set_enable(intf, value, false);
         case 4:
             return with_own_result(intf, [&](int32_t port) { return user_port_loopback_set(0, 0, port, value); });
-        case 5:
-            return on_port_or_configured(intf, [&](int32_t port) { return set_pause(port, value); });
-        case 6:
-            return on_port_or_configured(
-                intf, [&](int32_t port) { return or_102(user_port_jumboframe_set(0, 0, port, value)); });
         case 9:
             return with_own_result(intf, [&](int32_t port) { return user_port_mdix_set(0, 0, port, value); });
         case 11:
             return set_enable(intf, value, true);
-        default:
+        case 10:
+        case 12:
             return 0;
+        default:
+            return on_port_or_members(intf, configured_members, [&](int32_t port) {
+                return selector == 1   ? set_duplex(port, value, mode)
+                       : selector == 2 ? set_autoneg(port, value)
+                       : selector == 5 ? set_pause(port, value)
+                                       : or_102(user_port_jumboframe_set(0, 0, port, value));
+            });
     }
 }
 
@@ -96,34 +79,21 @@ namespace {
 
 using Get = int32_t (*)(uint32_t, uint32_t, int32_t, uint32_t *);
 
-Get getter(uint32_t selector) {
-    switch (selector) {
-        case 0:
-            return user_port_speed_get;
-        case 1:
-            return user_port_duplex_get;
-        case 2:
-            return user_port_autoneg_get;
-        case 3:
-            return user_port_enable_get;
-        case 4:
-            return user_port_loopback_get;
-        case 5:
-            return user_port_pause_get;
-        case 6:
-            return user_port_jumboframe_get;
-        case 9:
-            return user_port_mdix_get;
-        case 10:
-            return user_port_link_medium_get;
-        case 11:
-            return user_port_link_status_get;
-        case 13:
-            return user_port_pause_get_stat;
-        default:
-            return user_fiberport_link_status_get;
-    }
-}
+constexpr Get kGets[] = {user_port_speed_get,
+                         user_port_duplex_get,
+                         user_port_autoneg_get,
+                         user_port_enable_get,
+                         user_port_loopback_get,
+                         user_port_pause_get,
+                         user_port_jumboframe_get,
+                         nullptr,
+                         nullptr,
+                         user_port_mdix_get,
+                         user_port_link_medium_get,
+                         user_port_link_status_get,
+                         nullptr,
+                         user_port_pause_get_stat,
+                         user_fiberport_link_status_get};
 
 adp_status_t group_link(uint32_t intf, Get get, uint32_t *value) {
     *value = 0;
@@ -147,23 +117,6 @@ adp_status_t group_link(uint32_t intf, Get get, uint32_t *value) {
     return 0;
 }
 
-adp_status_t group_attribute(uint32_t intf, uint32_t selector, uint32_t *value) {
-    if (selector == 11 || selector == 14) {
-        return group_link(intf, getter(selector), value);
-    }
-    if (!is_group(intf)) {
-        return -1;
-    }
-    uint32_t member = manager_of(intf);
-    if (member == 0) {
-        GET_AGG_CONFIG_MIN_INTF(intf, &member);
-    }
-    if (member == 0) {
-        return 203;
-    }
-    return or_102(getter(selector == 13 ? 5 : selector)(0, 0, adp_intf_2_phy_id(member), value));
-}
-
 }  // namespace
 
 adp_status_t adp_get_phy_port_attr(adp_intf_t intf, uint32_t selector, uint32_t *value) {
@@ -176,17 +129,18 @@ adp_status_t adp_get_phy_port_attr(adp_intf_t intf, uint32_t selector, uint32_t 
     if (selector == 7 || selector == 8) {
         return 0;
     }
-    if (selector == 3 && hold_of(intf) == 1) {
+    if (selector == 3 && hold_of(intf) != nullptr && *hold_of(intf) == 1) {
         *value = 1;
         return 0;
     }
     if (selector == 12) {
-        return is_agg(intf) && !is_group(intf) ? -1 : max_speed(intf, value);
+        return max_speed(intf, value);
     }
-    if (is_agg(intf)) {
-        return group_attribute(intf, selector, value);
+    if (is_agg(intf) && (selector == 11 || selector == 14)) {
+        return group_link(intf, kGets[selector], value);
     }
-    return or_102(getter(selector)(0, 0, adp_intf_2_phy_id(intf), value));
+    const Get get = kGets[is_agg(intf) && selector == 13 ? 5 : selector];
+    return on_port_or_answering_member(intf, [&](int32_t port) { return or_102(get(0, 0, port, value)); });
 }
 
 }  // namespace reference

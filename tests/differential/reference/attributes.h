@@ -20,13 +20,4 @@ adp_status_t max_speed(uint32_t intf, uint32_t *speed);
 /** Speed, advertised duplex and advertised speed: the method follows the maximum speed. */
 adp_status_t set_by_max_speed(uint32_t intf, uint32_t selector, uint32_t value, uint32_t mode);
 
-/** On a group: for each configured member until one fails. */
-template <typename Step>
-adp_status_t on_port_or_configured(uint32_t intf, Step step) {
-    if (is_user_port(intf)) {
-        return step(adp_intf_2_phy_id(intf));
-    }
-    return is_group(intf) ? each_member(configured_members(intf), step) : -1;
-}
-
 }  // namespace reference

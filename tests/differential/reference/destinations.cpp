@@ -23,7 +23,8 @@ std::optional<uint64_t> members_of(uint32_t vid) {
     return uint64_t{words[0]} << 32 | words[1];
 }
 
-bool has_bit(uint64_t members, uint32_t bit) {
+bool has(uint64_t members, uint32_t intf) {
+    const uint32_t bit = is_agg(intf) ? 26 + index_of(intf) : intf;
     return bit < 64 && (members >> bit & 1) != 0;
 }
 
@@ -45,13 +46,9 @@ Answer one_port(uint32_t mode, uint32_t source, const adp_list_link_t *list, uin
         return std::nullopt;
     }
     const bool checks = mode != 3 || vid != 0xFFFFFFFF;
-    uint64_t members = 0;
-    if (checks) {
-        const auto fetched = members_of(vid);
-        if (!fetched) {
-            return std::nullopt;
-        }
-        members = *fetched;
+    const auto members = checks ? members_of(vid) : 0;
+    if (!members) {
+        return std::nullopt;
     }
     for (const uint32_t intf : nodes_of(list)) {
         const bool passes_source = mode == 4 && intf == source;
@@ -61,7 +58,7 @@ Answer one_port(uint32_t mode, uint32_t source, const adp_list_link_t *list, uin
             }
             continue;
         }
-        if (type_of(intf) > 1 || (checks && !has_bit(members, is_agg(intf) ? 26 + index_of(intf) : intf))) {
+        if (type_of(intf) > 1 || (checks && !has(*members, intf))) {
             return std::nullopt;
         }
         const uint32_t port_intf = is_agg(intf) ? manager_of(intf) : intf;
@@ -75,20 +72,13 @@ Answer one_port(uint32_t mode, uint32_t source, const adp_list_link_t *list, uin
 Answer listed_ports(uint32_t source, const adp_list_link_t *list, uint32_t vid) {
     Destination to;
     to.word1 = 0x98000000;
-    uint64_t members = ~uint64_t{0};
     const bool checks = vid != 0xFFFFFFFF;
-    if (checks) {
-        const auto fetched = members_of(vid);
-        if (!fetched) {
-            return std::nullopt;
-        }
-        members = *fetched;
+    const auto members = checks ? members_of(vid) : 0;
+    if (!members) {
+        return std::nullopt;
     }
     for (const uint32_t intf : nodes_of(list)) {
-        if (intf == source || index_of(intf) == 0 || type_of(intf) > 1) {
-            continue;
-        }
-        if (checks && !has_bit(members, is_agg(intf) ? 26 + index_of(intf) : intf)) {
+        if (intf == source || index_of(intf) == 0 || type_of(intf) > 1 || (checks && !has(*members, intf))) {
             continue;
         }
         const uint32_t port_intf = is_agg(intf) ? manager_of(intf) : intf;
@@ -103,22 +93,18 @@ Answer flooded_ports(uint32_t source, uint32_t vid) {
     Destination to;
     const bool checks = vid != 0xFFFFFFFF;
     to.word1 = checks ? 0x98000000 : 0xF8000000;
-    uint64_t members = ~uint64_t{0};
-    if (checks) {
-        const auto fetched = members_of(vid);
-        if (!fetched) {
-            return std::nullopt;
-        }
-        members = *fetched;
+    const auto members = checks ? members_of(vid) : ~uint64_t{0};
+    if (!members) {
+        return std::nullopt;
     }
     for (uint32_t n = 1; n <= 26; ++n) {
-        if (n != source && has_bit(members, n)) {
+        if (n != source && has(*members, n)) {
             to.add(adp_intf_2_phy_id(n));
         }
     }
     for (uint32_t g = 1; checks && g <= 8; ++g) {
         const uint32_t agg = 0x10000000u + g;
-        if (agg != source && has_bit(members, 26 + g) && manager_of(agg) != 0) {
+        if (agg != source && has(*members, agg) && manager_of(agg) != 0) {
             to.add(adp_intf_2_phy_id(manager_of(agg)));
         }
     }
@@ -176,7 +162,7 @@ adp_status_t check_port_vlan_ability(adp_intf_t intf, int32_t vid) {
     if (!members || type_of(intf) > 1) {
         return -1;
     }
-    return has_bit(*members, is_agg(intf) ? 26 + index_of(intf) : intf) ? 0 : -1;
+    return has(*members, intf) ? 0 : -1;
 }
 
 }  // namespace reference

@@ -40,6 +40,14 @@ uint32_t manager_of(uint32_t agg) {
     return intf;
 }
 
+uint32_t answering_member_of(uint32_t agg) {
+    uint32_t intf = manager_of(agg);
+    if (intf == 0) {
+        GET_AGG_CONFIG_MIN_INTF(agg, &intf);
+    }
+    return intf;
+}
+
 adp_status_t SET_AGG_MANAGE_INTF(adp_intf_t agg_intf, adp_intf_t intf) {
     if (!is_group(agg_intf)) {
         return -1;
@@ -54,10 +62,6 @@ adp_status_t adp_get_agg_link_staus(uint32_t group, uint32_t *state) {
     }
     *state = static_cast<uint32_t>(tables.is_up[group]);
     return 0;
-}
-
-adp_status_t GET_AGG_LINK_STATUS(uint32_t group, uint32_t *state) {
-    return adp_get_agg_link_staus(group, state);
 }
 
 namespace {
@@ -170,52 +174,47 @@ void reset_group(uint32_t agg, uint8_t in_use) {
     }
 }
 
+adp_status_t on_trunk(uint32_t agg, int32_t (*driver_call)(uint32_t, uint32_t, int32_t), uint8_t in_use) {
+    if (!is_group(agg)) {
+        return -1;
+    }
+    const int32_t result = driver_call(0, 0, static_cast<int32_t>(trunk_of(agg)));
+    if (result == 0) {
+        reset_group(agg, in_use);
+    }
+    return result;
+}
+
+adp_status_t change_standby(uint32_t agg, std::array<uint32_t, 2> words, bool adds) {
+    if ((words[0] | words[1]) == 0) {
+        return 0;
+    }
+    if (!is_group(agg)) {
+        return -1;
+    }
+    for (size_t n = 0; n < words.size(); ++n) {
+        uint32_t &word = tables.standby[trunk_of(agg)][n];
+        word = adds ? word | words[n] : word & ~words[n];
+    }
+    return 0;
+}
+
 }  // namespace
 
 adp_status_t adp_create_agg_group(adp_intf_t agg_intf) {
-    if (!is_group(agg_intf)) {
-        return -1;
-    }
-    const int32_t result = user_trunk_create_id(0, 0, static_cast<int32_t>(trunk_of(agg_intf)));
-    if (result == 0) {
-        reset_group(agg_intf, 1);
-    }
-    return result;
+    return on_trunk(agg_intf, user_trunk_create_id, 1);
 }
 
 adp_status_t adp_delete_agg_group(adp_intf_t agg_intf) {
-    if (!is_group(agg_intf)) {
-        return -1;
-    }
-    const int32_t result = user_trunk_destroy(0, 0, static_cast<int32_t>(trunk_of(agg_intf)));
-    if (result == 0) {
-        reset_group(agg_intf, 0);
-    }
-    return result;
+    return on_trunk(agg_intf, user_trunk_destroy, 0);
 }
 
 adp_status_t adp_add_agg_standby_member(adp_intf_t agg_intf, uint32_t word0, uint32_t word1) {
-    if ((word0 | word1) == 0) {
-        return 0;
-    }
-    if (!is_group(agg_intf)) {
-        return -1;
-    }
-    tables.standby[trunk_of(agg_intf)][0] |= word0;
-    tables.standby[trunk_of(agg_intf)][1] |= word1;
-    return 0;
+    return change_standby(agg_intf, {word0, word1}, true);
 }
 
 adp_status_t adp_del_agg_standby_member(adp_intf_t agg_intf, uint32_t word0, uint32_t word1) {
-    if ((word0 | word1) == 0) {
-        return 0;
-    }
-    if (!is_group(agg_intf)) {
-        return -1;
-    }
-    tables.standby[trunk_of(agg_intf)][0] &= ~word0;
-    tables.standby[trunk_of(agg_intf)][1] &= ~word1;
-    return 0;
+    return change_standby(agg_intf, {word0, word1}, false);
 }
 
 }  // namespace reference

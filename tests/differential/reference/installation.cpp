@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "platform/netlink_api.h"
-#include "tests/differential/reference/fp.h"
+#include "tests/differential/reference/log.h"
 
 namespace reference {
 namespace {
@@ -71,13 +71,19 @@ struct Installation {
     bool is_double = false;
     int32_t status = 0;
 
+    /** Does @p step for the entry, and for the second one of a pair; both count. */
+    template <typename Step>
+    void each_entry(Step step) {
+        status |= step(fent);
+        if (is_double) {
+            status |= step(fent + 1);
+        }
+    }
+
     void create() {
         const int32_t priority = static_cast<int32_t>(static_cast<uint32_t>(row.prio_base) + rule.priority);
         log_step("%s:[%05d] unit=[%d] fg=[%d] fent=[%d]------------\n", 954, rule.unit, row.group, fent);
-        status = user_field_entry_create_id(0, rule.unit, row.group, fent);
-        if (is_double) {
-            status |= user_field_entry_create_id(0, rule.unit, row.group, fent + 1);
-        }
+        each_entry([&](uint32_t entry) { return user_field_entry_create_id(0, rule.unit, row.group, entry); });
         log_step("%s:[%05d] create entry [%d] ret=[%d] ------------\n", 960, fent, status);
         status |= user_field_entry_prio_set(0, rule.unit, fent, priority);
         if (is_double) {
@@ -156,9 +162,10 @@ struct Installation {
                  i, rule.action_num, action.type);
         prepare_action(action);
         log_step("%s:[%05d]  ---------ret=[%d] fent=[%d] type=[%d]-------\n", 1260, status, fent, action.type);
-        status |= user_field_action_add(0, rule.unit, fent, action.type, action.param, action.param2);
+        each_entry([&](uint32_t entry) {
+            return user_field_action_add(0, rule.unit, entry, action.type, action.param, action.param2);
+        });
         if (is_double) {
-            status |= user_field_action_add(0, rule.unit, fent + 1, action.type, action.param, action.param2);
             log_step(kEntryLog, 1267, status, fent, fent + 1);
         }
     }

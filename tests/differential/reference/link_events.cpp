@@ -11,19 +11,16 @@ namespace reference {
 
 adp_status_t adp_set_port_last_change(adp_intf_t intf) {
     const auto stamp = [](uint32_t port) {
-        if (port >= 1 && port <= 26) {
+        if (port >= 1 && port < tables.last_change.size()) {
             tables.last_change[port] = static_cast<uint32_t>(time(nullptr));
         }
     };
+    if (refusal_of(intf) != 0) {
+        return refusal_of(intf);
+    }
     if (is_user_port(intf)) {
         stamp(intf);
         return 0;
-    }
-    if (!is_agg(intf)) {
-        return 201;
-    }
-    if (!is_group(intf)) {
-        return -1;
     }
     const Members members = configured_members(intf);
     for (uint32_t n = 0; n < members.count; ++n) {
@@ -35,24 +32,16 @@ adp_status_t adp_set_port_last_change(adp_intf_t intf) {
 adp_status_t adp_get_port_last_change(int32_t intf, uint32_t *out) {
     *out = 0;
     auto port = static_cast<uint32_t>(intf);
-    if (type_of(port) > 1) {
-        return 201;
+    if (refusal_of(port) != 0) {
+        return refusal_of(port);
     }
     if (is_agg(port)) {
-        const uint32_t agg = port;
-        if (!is_group(agg)) {
-            return -1;
-        }
-        port = manager_of(agg);
-        if (port == 0) {
-            GET_AGG_CONFIG_MIN_INTF(agg, &port);
-        }
+        port = answering_member_of(port);
         if (port == 0) {
             return 203;
         }
     }
-    const auto found = tables.last_change.find(port);
-    *out = found == tables.last_change.end() ? 0 : found->second;
+    *out = port < tables.last_change.size() ? tables.last_change[port] : 0;
     return 0;
 }
 

@@ -66,14 +66,6 @@ uint32_t adp_intf_port_attributes(adp_intf_t intf) {
     return intf > tables.max_port || !tables.has_map ? 0 : tables.map[intf].attributes;
 }
 
-adp_status_t adp_get_phy_port() {
-    return 0;
-}
-
-adp_status_t adp_del_phy_port() {
-    return 0;
-}
-
 namespace {
 
 template <typename LookUp>

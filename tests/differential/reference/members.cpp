@@ -1,10 +1,8 @@
 // Members of aggregation groups: added, removed, elected as manager, and their links.
 #include <algorithm>
-#include <cstdio>
 
-#include "platform/device_services.h"
 #include "platform/netlink_api.h"
-#include "tests/differential/reference/tables.h"
+#include "tests/differential/reference/log.h"
 
 namespace reference {
 namespace {
@@ -12,16 +10,8 @@ namespace {
 using List = std::vector<uint32_t>;
 
 void announce(const char *worker, int line, uint32_t trunk, const char *word) {
-    const auto group = static_cast<int>(trunk + 1);
-    const char *format = "interface %s %d, changed state to %s";
-    if (sys_trace_get() != 0) {
-        char prefix[256] = "";
-        char message[256] = "";
-        snprintf(prefix, sizeof prefix, "%s():%d", worker, line);
-        snprintf(message, sizeof message, "interface %s %d, changed state to %s", "aggregateport", group, word);
-        sys_trace_add_log(prefix, message);
-    }
-    Log_logging_func(5, 5, "UPDOWN", format, "aggregateport", group, word);
+    log(5, 5, "UPDOWN", worker, line, "interface %s %d, changed state to %s", "aggregateport",
+        static_cast<int>(trunk + 1), word);
 }
 
 void send_event(const char *worker, uint32_t trunk) {

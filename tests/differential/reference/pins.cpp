@@ -48,24 +48,4 @@ adp_status_t hal_reverse_gpio(uint32_t pin) {
     return user_pci_write(0, 0, kOutput, &word);
 }
 
-adp_status_t adp_gpio_register_init() {
-    return hal_gpio_register_init();
-}
-
-adp_status_t adp_set_gpio_direct(uint32_t pin, uint32_t value) {
-    return hal_set_gpio_direct(pin, value);
-}
-
-adp_status_t adp_set_gpio_write_bit(uint32_t pin, uint32_t value) {
-    return hal_set_gpio_write_bit(pin, value);
-}
-
-int32_t adp_get_gpio_val(uint32_t pin) {
-    return hal_get_gpio_val(pin);
-}
-
-adp_status_t adp_reverse_gpio(uint32_t pin) {
-    return hal_reverse_gpio(pin);
-}
-
 }  // namespace reference

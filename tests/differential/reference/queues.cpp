@@ -43,39 +43,4 @@ adp_status_t adp_set_queue_weight_pri(adp_intf_t intf, uint32_t value, uint32_t 
     });
 }
 
-adp_status_t adp_cosq_sched_set(uint32_t a, uint32_t b, uint32_t c, uint32_t d) {
-    user_qos_schedule_set(a, b, c, d);
-    return 0;
-}
-
-adp_status_t adp_cosq_sched_get(uint32_t a, uint32_t b, uint32_t *out, uint32_t d) {
-    *out = 0;
-    user_qos_schedule_get(a, b, out, d);
-    return 0;
-}
-
-adp_status_t adp_set_port_egress_shaper(adp_intf_t intf, uint32_t rate, uint32_t burst) {
-    return on_port_only(intf, [&](int32_t port) { return user_port_egress_rate_set(0, 0, port, rate, burst); });
-}
-
-adp_status_t adp_get_port_egress_shaper(adp_intf_t intf, uint32_t *rate, uint32_t *burst) {
-    return on_port_only(intf, [&](int32_t port) { return user_port_egress_rate_get(0, 0, port, rate, burst); });
-}
-
-adp_status_t adp_set_queue_drop_method() {
-    return 0;
-}
-
-adp_status_t adp_set_queue_wred_drop_probability() {
-    return 0;
-}
-
-adp_status_t adp_set_queue_shaper() {
-    return 0;
-}
-
-adp_status_t adp_get_queue_shaper() {
-    return 0;
-}
-
 }  // namespace reference

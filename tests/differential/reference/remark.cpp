@@ -2,7 +2,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "tests/differential/reference/fp.h"
+#include "tests/differential/reference/log.h"
 
 namespace reference {
 namespace {

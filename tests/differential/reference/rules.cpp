@@ -4,7 +4,7 @@
 #include <cstdlib>
 
 #include "platform/netlink_api.h"
-#include "tests/differential/reference/fp.h"
+#include "tests/differential/reference/log.h"
 
 namespace reference {
 

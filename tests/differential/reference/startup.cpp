@@ -85,10 +85,6 @@ adp_status_t l2_user_entry_add_all_bpdu() {
     return 0;
 }
 
-adp_status_t adp_trunk_init() {
-    return user_trunk_init(0, 0);
-}
-
 adp_status_t adp_stg_init() {
     const int32_t result = user_stg_init(0, 0);
     if (result < 0) {
@@ -138,15 +134,6 @@ adp_status_t adp_igmp_init() {
         printf(" ret:%d enable:%d\n", result, static_cast<int>(value));
     }
     return result;
-}
-
-adp_status_t ipv6_user_init() {
-    user_switch_control_set(0, 0, 89, 1);
-    return 0;
-}
-
-adp_status_t adp_dos_attack_init() {
-    return user_dos_attack_prevent_init(0, 0);
 }
 
 }  // namespace reference

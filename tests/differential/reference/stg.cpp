@@ -7,12 +7,6 @@
 namespace reference {
 namespace {
 
-/** The VLAN's group, compared and stored with 16 bits and a sign. */
-int16_t group_of(uint32_t vlan) {
-    const auto found = tables.vlan_stg.find(vlan);
-    return found == tables.vlan_stg.end() ? int16_t{0} : found->second;
-}
-
 void release_ports(int32_t stg) {
     for (uint32_t n = 1; n <= 26; ++n) {
         user_stg_stp_set(0, 0, stg, adp_intf_2_phy_id(n), 4);
@@ -34,10 +28,6 @@ int32_t reported(int32_t result, bool is_failure, const char *name, const char *
 
 }  // namespace
 
-adp_status_t adp_create_mstp_instance(int32_t stg) {
-    return user_stg_create_id(0, 0, stg);
-}
-
 adp_status_t adp_delete_mstp_instance(int32_t stg) {
     if (stg == 0) {
         return 0;
@@ -54,8 +44,8 @@ adp_status_t adp_add_msti_member(int32_t stg, uint32_t vlan) {
     if (vlan >= 4096) {
         return -1;
     }
-    if (group_of(vlan) > 0) {
-        adp_del_msti_member(group_of(vlan), vlan);
+    if (tables.vlan_stg[vlan] > 0) {
+        adp_del_msti_member(tables.vlan_stg[vlan], vlan);
     }
     tables.vlan_stg[vlan] = static_cast<int16_t>(stg);
     return user_stg_vlan_add(0, 0, stg, vlan);
@@ -66,21 +56,17 @@ adp_status_t adp_del_msti_member(int32_t stg, uint32_t vlan) {
     if (vlan >= 4096) {
         return -1;
     }
-    tables.vlan_stg.erase(vlan);
+    tables.vlan_stg[vlan] = 0;
     release_ports(stg);
     return user_stg_vlan_remove(0, 0, stg, vlan);
 }
 
 adp_status_t adp_del_msti_all_member(int32_t stg) {
-    std::vector<uint32_t> members;
-    for (const auto &[vlan, group] : tables.vlan_stg) {
-        if (group != 0 && group == stg) {
-            members.push_back(vlan);
+    for (uint32_t vlan = 0; vlan < tables.vlan_stg.size(); ++vlan) {
+        if (stg != 0 && tables.vlan_stg[vlan] == stg) {
+            tables.vlan_stg[vlan] = 0;
+            user_stg_vlan_remove(0, 0, stg, vlan);
         }
-    }
-    for (const uint32_t vlan : members) {
-        tables.vlan_stg.erase(vlan);
-        user_stg_vlan_remove(0, 0, stg, vlan);
     }
     release_ports(stg);
     return 0;
@@ -106,17 +92,6 @@ adp_status_t adp_set_port_mstp_state(int32_t stg, adp_intf_t intf, uint32_t stat
         }
     }
     return 0;
-}
-
-namespace {
-
-constexpr char kSupportFailed[] = ": get max support stg number failed. ret=";
-
-}  // namespace
-
-adp_status_t adp_stg_stp_get(int32_t stg, adp_intf_t intf, uint32_t *state) {
-    const int32_t result = user_stg_stp_get(0, 0, stg, adp_intf_2_phy_id(intf), state);
-    return reported(result, result < 0, "adp_stg_stp_get", kSupportFailed);
 }
 
 adp_status_t adp_get_max_support_stg(uint32_t *count) {
@@ -152,11 +127,6 @@ int32_t adp_get_max_stg() {
     const int32_t result = user_stg_stg_count_get(0, 0, &count);
     reported(result, result < 0, "adp_get_max_stg", " fail.ret=");
     return result < 0 ? result : static_cast<int32_t>(count);
-}
-
-adp_status_t adp_get_stg_each_time_list(int32_t *ids, uint32_t chunk_index, uint32_t chunk_size) {
-    const int32_t result = user_stg_each_time_list(0, 0, ids, chunk_index, chunk_size);
-    return reported(result, result < 0, "adp_get_stg_each_time_list", " fail.ret=");
 }
 
 adp_status_t adp_get_stg_vlan_each_time_list(int32_t stg, uint16_t *vlans, uint32_t chunk_index, uint32_t chunk_size) {
@@ -219,42 +189,6 @@ adp_status_t adp_get_stg_vlan_list(int32_t stg, uint16_t *vlans) {
         }
     }
     return 0;
-}
-
-adp_status_t adp_stg_vlan_list(int32_t stg, adp_word_t *list, int32_t *count) {
-    const int32_t result = user_stg_vlan_list(0, 0, stg, list, count);
-    return reported(result, result != 0, "adp_stg_vlan_list", ": stg vlan list failed. ret=");
-}
-
-adp_status_t adp_stg_vlan_list_destroy(adp_word_t list, int32_t count) {
-    const int32_t result = user_stg_vlan_list_destroy(0, 0, list, count);
-    return reported(result, result != 0, "adp_stg_vlan_list_destroy", ": stg vlan list destroy failed. ret=");
-}
-
-adp_status_t adp_stg_list(adp_word_t *list, int32_t *count) {
-    const int32_t result = user_stg_list(0, 0, list, count);
-    return reported(result, result != 0, "adp_stg_list", ": stg vlan list destroy failed. ret=");
-}
-
-adp_status_t adp_stg_list_destroy(adp_word_t list, int32_t count) {
-    const int32_t result = user_stg_list_destroy(0, 0, list, count);
-    return reported(result, result != 0, "adp_stg_list_destroy", ": stg vlan list destroy failed. ret=");
-}
-
-adp_status_t adp_set_port_erps_state(adp_intf_t intf, uint32_t state) {
-    const auto set = [&](int32_t port) { return user_stg_stp_set(0, 0, 0, port, state); };
-    if (is_user_port(intf)) {
-        return set(adp_intf_2_phy_id(intf));
-    }
-    if (!is_agg(intf)) {
-        return 201;
-    }
-    return is_group(intf) ? each_member(active_members(intf), set) : -1;
-}
-
-adp_status_t adp_get_port_erps_state(adp_intf_t intf, uint32_t *state) {
-    const int32_t result = user_stg_stp_get(0, 0, 0, adp_intf_2_phy_id(intf), state);
-    return reported(result, result < 0, "adp_get_port_erps_state", kSupportFailed);
 }
 
 }  // namespace reference

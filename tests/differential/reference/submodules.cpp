@@ -1,7 +1,7 @@
 // The submodules of the field processor, and where in the chip their rules stand.
 #include <algorithm>
 
-#include "tests/differential/reference/fp.h"
+#include "tests/differential/reference/log.h"
 
 namespace reference {
 namespace {
@@ -31,10 +31,6 @@ FpInfo *adp_fp_find_data_by_submodetype(uint32_t type) {
         }
     }
     return nullptr;
-}
-
-FpInfo *fp_find_data_by_submodetype(uint32_t type) {
-    return adp_fp_find_data_by_submodetype(type);
 }
 
 uint32_t adp_fp_get_true_entity_id(FpInfo row, uint32_t entity_id) {

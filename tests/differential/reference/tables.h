@@ -4,6 +4,7 @@
  *
  * The model is a second library, written from the contract alone and as plainly as that allows: it makes the same
  * driver, service and system calls, so that these can be compared one by one. It uses nothing of the library's code.
+ * Where the public header says all of it, the model of a call is generated from the header.
  * In a text that it prints, kAnyNumber stands for a number that the contract leaves open.
  */
 #pragma once
@@ -13,7 +14,6 @@
 #include <stddef.h>
 #include <stdint.h>
 #include <array>
-#include <map>
 #include <vector>
 
 #include "generated/reference.h"
@@ -28,18 +28,18 @@ struct Tables {
     std::vector<adp_port_row_t> map;
     bool has_trunk_map = false;
     std::vector<uint32_t> trunk_map;
-    std::map<uint32_t, int> hold; /**< by combined index 1..34: 1 held, 2 disabled */
+    std::array<uint8_t, 34> hold{}; /**< by combined index, from 1 on: 1 held, 2 disabled */
     std::array<adp_link_data_t, ADP_USER_PORTS + 1> link_data{};
-    std::map<uint32_t, uint32_t> last_change; /**< by user port */
+    std::array<uint32_t, ADP_USER_PORTS + 1> last_change{}; /**< by user port */
     adp_link_event_cb_t link_handler = nullptr;
     int32_t socket = -1;
     std::array<adp_agg_record_t, ADP_AGG_GROUPS> groups{};
     std::array<std::array<uint32_t, 2>, ADP_AGG_GROUPS> standby{};
     std::array<uint32_t, ADP_AGG_GROUPS> manager{};
-    std::map<uint32_t, int> is_up; /**< by group number */
+    std::array<int8_t, ADP_AGG_GROUPS + 1> is_up{}; /**< by group number */
     adp_agg_event_cb_t agg_handler = nullptr;
     std::vector<FpListNode *> rules;
-    std::map<uint32_t, int16_t> vlan_stg;
+    std::array<int16_t, ADP_VLANS> vlan_stg{};
 };
 
 extern Tables tables;
@@ -74,6 +74,11 @@ Members active_members(uint32_t agg);
 Members configured_members(uint32_t agg);
 /** The management interface, 0 for none. */
 uint32_t manager_of(uint32_t agg);
+/** The management interface, without one the lowest configured member, 0 for neither. */
+uint32_t answering_member_of(uint32_t agg);
+
+/** The driver's type of frames for a storm code. */
+uint32_t storm_type(uint32_t code);
 
 /** 0 stays 0, everything else is a driver failure. */
 inline adp_status_t or_102(int32_t result) {
@@ -91,16 +96,37 @@ adp_status_t each_member(const Members &members, Step step) {
     return 0;
 }
 
+/** 201 for another type, -1 for a group outside 1..8, else 0. */
+inline adp_status_t refusal_of(uint32_t intf) {
+    return type_of(intf) > 1 ? 201 : is_agg(intf) && !is_group(intf) ? -1 : 0;
+}
+
 /** The rule of most reads: a user port itself, a group's management interface. */
 template <typename Step>
 adp_status_t on_port_or_manager(uint32_t intf, Step step) {
-    if (type_of(intf) > 1) {
-        return 201;
+    const adp_status_t refusal = refusal_of(intf);
+    return refusal != 0 ? refusal : step(adp_intf_2_phy_id(is_agg(intf) ? manager_of(intf) : intf));
+}
+
+/** The rule of reads that do without a management interface. */
+template <typename Step>
+adp_status_t on_port_or_answering_member(uint32_t intf, Step step) {
+    const adp_status_t refusal = refusal_of(intf);
+    if (refusal != 0) {
+        return refusal;
     }
-    if (is_user_port(intf)) {
-        return step(adp_intf_2_phy_id(intf));
+    const uint32_t answering = is_agg(intf) ? answering_member_of(intf) : intf;
+    return is_agg(intf) && answering == 0 ? 203 : step(adp_intf_2_phy_id(answering));
+}
+
+/** On a group: for each listed member until one fails. */
+template <typename Step>
+adp_status_t on_port_or_members(uint32_t intf, Members (*members_of)(uint32_t), Step step) {
+    const adp_status_t refusal = refusal_of(intf);
+    if (refusal != 0) {
+        return refusal;
     }
-    return is_group(intf) ? step(adp_intf_2_phy_id(manager_of(intf))) : -1;
+    return is_agg(intf) ? each_member(members_of(intf), step) : step(adp_intf_2_phy_id(intf));
 }
 
 /** The rule of calls that do not fan out. */

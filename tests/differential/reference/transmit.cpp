@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 
 #include "tests/differential/reference/destinations.h"
 
@@ -47,22 +48,10 @@ bool send_bytes(int socket, const Bytes &bytes) {
     return sent == static_cast<ssize_t>(bytes.size());
 }
 
-/** The one buffer that a frame takes, given back at the end. */
-class Buffer {
-  public:
-    Buffer() : memory_(std::malloc(1)) {}
-    ~Buffer() {
-        if (memory_ != nullptr) {
-            std::free(memory_);
-        }
-    }
-    Buffer(const Buffer &) = delete;
-    Buffer &operator=(const Buffer &) = delete;
-    [[nodiscard]] bool is_there() const { return memory_ != nullptr; }
-
-  private:
-    void *memory_;
-};
+/** The one buffer that a frame takes, given back at the end; null without memory. */
+auto take_buffer() {
+    return std::unique_ptr<void, decltype(&std::free)>(std::malloc(1), &std::free);
+}
 
 int open_raw() {
     return socket(17, 3, 0x0800);
@@ -122,8 +111,8 @@ adp_status_t adp_transmit_frame(const uint8_t *frame, uint32_t length, uint32_t 
     if (frame == nullptr || length < 12) {
         return -1;
     }
-    const Buffer buffer;
-    if (!buffer.is_there()) {
+    const auto buffer = take_buffer();
+    if (buffer == nullptr) {
         return -1;
     }
     if (is_agg(intf)) {
@@ -153,8 +142,8 @@ adp_status_t __adp_transmit_frame(const adp_tx_frame_t *desc, const adp_list_lin
     if (!to) {
         return -1;
     }
-    const Buffer buffer;
-    if (!buffer.is_there()) {
+    const auto buffer = take_buffer();
+    if (buffer == nullptr) {
         return -1;
     }
     return send_bytes(tables.socket, tagged(desc->frame, desc->length, to->word1, to->word2)) ? 0 : -1;

@@ -1,6 +1,6 @@
 /**
- * @file fp.h
- * What the field processor's calls share: log lines, and words in the records' blocks of bytes.
+ * @file log.h
+ * Log lines, and words in the blocks of bytes of rule records.
  */
 #pragma once
 
@@ -13,20 +13,25 @@
 
 namespace reference {
 
-// The format is a parameter so that every log point stands in one line; all values are numbers.
+// The format is a parameter so that every log point stands in one line.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
 #pragma GCC diagnostic ignored "-Wformat-security"
 template <typename... Values>
-void log(const char *format, const char *name, int line, Values... values) {
+void log(int level, int module, const char *word, const char *name, int line, const char *format, Values... values) {
     if (sys_trace_get() != 0) {
         char prefix[256] = "";
         char message[256] = "";
         snprintf(prefix, sizeof prefix, "%s():%d", name, line);
-        snprintf(message, sizeof message, format, name, line, static_cast<int>(values)...);
+        snprintf(message, sizeof message, format, values...);
         sys_trace_add_log(prefix, message);
     }
-    Log_logging_func(7, 18, "ACL", format, name, line, static_cast<int>(values)...);
+    Log_logging_func(level, module, word, format, values...);
+}
+
+template <typename... Values>
+void log(const char *format, const char *name, int line, Values... values) {
+    log(7, 18, "ACL", name, line, format, name, line, static_cast<int>(values)...);
 }
 #pragma GCC diagnostic pop
 
