@@ -7,9 +7,6 @@ add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM
 # Tests are compiled without optimisation, which takes half the time; what they test is compiled as it is delivered.
 # GoogleTest's headers are compiled once for all of them.
 set(ADP_TEST_OPTIONS "$<$<CONFIG:RelWithDebInfo>:-O0;${ADP_UNCHECKED_CALLS}>")
-if(ADP_SANITIZE)
-    list(APPEND ADP_TEST_OPTIONS -fno-sanitize=fuzzer-no-link)
-endif()
 file(WRITE ${CMAKE_BINARY_DIR}/generated/test_headers.cpp "int main() {}\n")
 add_executable(test_headers EXCLUDE_FROM_ALL ${CMAKE_BINARY_DIR}/generated/test_headers.cpp)
 target_link_libraries(test_headers PRIVATE adp_warnings adp_headers gmock)

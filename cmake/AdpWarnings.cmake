@@ -9,10 +9,9 @@ target_compile_options(adp_warnings INTERFACE
     $<$<COMPILE_LANGUAGE:C>:-Wstrict-prototypes -Wmissing-prototypes>)
 
 if(ADP_SANITIZE)
-    # The checks of virtual tables and of function types need clang's C++ run-time, which a C program does not link. The
-    # fuzzer needs to see which branches are taken.
-    add_compile_options(-O1 -fsanitize=address,undefined,fuzzer-no-link -fno-sanitize=vptr,function
-                        -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    # The checks of virtual tables and of function types need clang's C++ run-time, which a C program does not link.
+    add_compile_options(-fsanitize=address,undefined -fno-sanitize=vptr,function -fno-sanitize-recover=all
+                        -fno-omit-frame-pointer -g1)
     add_link_options(-fsanitize=address,undefined)
 endif()
 if(ADP_COVERAGE)

@@ -1,8 +1,8 @@
-# Header-only libraries of the build machine (CLI11, {fmt}, nlohmann-json), offered alone: the folder they stand in must
+# Header-only libraries of the build machine ({fmt}, nlohmann-json), offered alone: the folder they stand in must
 # not be seen by a cross compiler, for it holds this machine's system headers too.
 set(ADP_HEADER_ONLY_DIR ${CMAKE_BINARY_DIR}/header-only)
 file(MAKE_DIRECTORY ${ADP_HEADER_ONLY_DIR})
-foreach(library CLI fmt nlohmann)
+foreach(library fmt nlohmann)
     find_path(ADP_${library}_DIR NAMES ${library} PATHS /usr/include NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH)
     if(NOT ADP_${library}_DIR)
         message(FATAL_ERROR "The headers of '${library}' are missing: run script/setup")

@@ -1,8 +1,10 @@
 // bench_traffic: stations that introduce themselves, and a stream of frames that is faster than the device.
-#include <CLI/CLI.hpp>
+#include <argp.h>
 #include <algorithm>
+#include <charconv>
 #include <chrono>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <span>
 #include <string>
@@ -24,6 +26,7 @@ constexpr double kLongestSeconds = 60;
 
 struct Options {
     std::string interface_name;
+    std::string command;
     Station first = 0;
     Station other = 0;
     size_t stations = 1;
@@ -74,22 +77,68 @@ uint64_t stream(const Options &options) {
     return sent;
 }
 
+enum Key : int { kFirst = 1, kStations, kTo, kFlows, kTrain, kSize, kSeconds };
+
+const argp_option kOptions[] = {{"first", kFirst, "N", 0, "number of the first station that sends", 0},
+                                {"stations", kStations, "N", 0, "number of stations that send, or that are sent to", 0},
+                                {"to", kTo, "N", 0, "introduce: number of the station that they send to", 0},
+                                {"flows", kFlows, "N", 0, "stream: flows, with an UDP port each", 0},
+                                {"train", kTrain, "N", 0, "stream: frames of a flow at a time", 0},
+                                {"size", kSize, "BYTES", 0, "stream: bytes of a frame", 0},
+                                {"seconds", kSeconds, "S", 0, "stream: duration", 0},
+                                {}};
+
+error_t take_option(int key, char *argument, argp_state *state) {
+    auto &options = *static_cast<Options *>(state->input);
+    const auto read = [&](auto &number) {
+        const char *end = argument + std::strlen(argument);
+        if (const auto [last, error] = std::from_chars(argument, end, number); error != std::errc{} || last != end) {
+            argp_error(state, "'%s' is not a number", argument);
+        }
+        return 0;
+    };
+    switch (key) {
+        case kFirst:
+            return read(options.first);
+        case kStations:
+            return read(options.stations);
+        case kTo:
+            return read(options.other);
+        case kFlows:
+            return read(options.flows);
+        case kTrain:
+            return read(options.train);
+        case kSize:
+            return read(options.size);
+        case kSeconds:
+            return read(options.seconds);
+        case ARGP_KEY_ARG:
+            (state->arg_num == 0 ? options.interface_name : options.command) = argument;
+            return state->arg_num < 2 ? 0 : ARGP_ERR_UNKNOWN;
+        case ARGP_KEY_END:
+            if (options.command != "introduce" && options.command != "stream") {
+                argp_error(state, "the command is introduce or stream");
+            }
+            return 0;
+        default:
+            return ARGP_ERR_UNKNOWN;
+    }
+}
+
 int run(int argc, char **argv) {
+    const argp parser = {kOptions,
+                         take_option,
+                         "INTERFACE introduce|stream",
+                         "bench_traffic: sends frames, and prints how many the interface has taken.",
+                         nullptr,
+                         nullptr,
+                         nullptr};
     Options options;
-    CLI::App app{"bench_traffic: sends frames, and prints how many the interface has taken."};
-    app.require_subcommand(1);
-    app.add_option("interface", options.interface_name, "where the frames go out")->required();
-    app.add_option("--first", options.first, "number of the first station that sends");
-    app.add_option("--stations", options.stations, "number of stations that send, or that are sent to");
-    CLI::App *introduction = app.add_subcommand("introduce", "one frame from each station");
-    introduction->add_option("--to", options.other, "number of the station that they send to");
-    CLI::App *streaming = app.add_subcommand("stream", "frames to the stations 0, 1, ...");
-    streaming->add_option("--flows", options.flows, "flows, with an UDP port each");
-    streaming->add_option("--train", options.train, "frames of a flow at a time");
-    streaming->add_option("--size", options.size, "bytes");
-    streaming->add_option("--seconds", options.seconds, "duration");
-    CLI11_PARSE(app, argc, argv);
-    std::printf("%llu\n", static_cast<unsigned long long>(*introduction ? introduce(options) : stream(options)));
+    if (argp_parse(&parser, argc, argv, 0, nullptr, &options) != 0) {
+        return 1;
+    }
+    const uint64_t sent = options.command == "introduce" ? introduce(options) : stream(options);
+    std::printf("%llu\n", static_cast<unsigned long long>(sent));
     return 0;
 }
 

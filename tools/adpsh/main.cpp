@@ -2,8 +2,7 @@
 #include "tools/adpsh/reader.h"
 #include "tools/adpsh/session.h"
 
-#include <CLI/CLI.hpp>
-
+#include <argp.h>
 #include <unistd.h>
 #include <cstdio>
 #include <fstream>
@@ -18,15 +17,47 @@ struct Options {
     std::vector<std::string> commands;
 };
 
-void describe(CLI::App &app, Options &options) {
-    app.add_flag("--json", options.session.json, "One JSON object for every executed line");
-    app.add_flag("--trace", options.session.trace, "Show the driver calls of each call");
-    app.add_flag("--keep-going", options.keep_going, "Continue after a line that cannot be executed");
-    app.add_option("--script", options.script, "Read the lines from a file")->option_text("FILE");
-    app.add_option("--command", options.commands, "Execute these lines")->option_text("LINE ...");
-    app.footer(
-        "Without --script and --command the lines come from standard input. A script ends with status 1 at the\n"
-        "first line that cannot be executed, whatever status the calls return. Try the line: help");
+enum Key : int { kJson = 1, kTrace, kKeepGoing, kScript, kCommand };
+
+const argp_option kOptions[] = {
+    {"json", kJson, nullptr, 0, "One JSON object for every executed line", 0},
+    {"trace", kTrace, nullptr, 0, "Show the driver calls of each call", 0},
+    {"keep-going", kKeepGoing, nullptr, 0, "Continue after a line that cannot be executed", 0},
+    {"script", kScript, "FILE", 0, "Read the lines from a file", 0},
+    {"command", kCommand, "LINE", 0, "Execute this line and those that follow it", 0},
+    {}};
+
+constexpr char kHelp[] =
+    "A shell for the switch adaptation layer: executes the library's calls by name.\v"
+    "Without --script and --command the lines come from standard input. A script ends with status 1 at the first line "
+    "that cannot be executed, whatever status the calls return. Try the line: help";
+
+error_t take_option(int key, char *argument, argp_state *state) {
+    auto &options = *static_cast<Options *>(state->input);
+    switch (key) {
+        case kJson:
+            options.session.json = true;
+            return 0;
+        case kTrace:
+            options.session.trace = true;
+            return 0;
+        case kKeepGoing:
+            options.keep_going = true;
+            return 0;
+        case kScript:
+            options.script = argument;
+            return 0;
+        case ARGP_KEY_ARG:
+            if (options.commands.empty()) {
+                argp_error(state, "unknown argument '%s'", argument);
+            }
+            [[fallthrough]];
+        case kCommand:
+            options.commands.emplace_back(argument);
+            return 0;
+        default:
+            return ARGP_ERR_UNKNOWN;
+    }
 }
 
 bool run(adpsh::Session &session, adpsh::Reader &reader, bool keep_going) {
@@ -73,11 +104,13 @@ int start(const Options &options) {
 }  // namespace
 
 int main(int argc, char **argv) {
+    argp_err_exit_status = 1;
     try {
-        CLI::App app{"A shell for the switch adaptation layer: executes the library's calls by name."};
+        const argp parser = {kOptions, take_option, "[LINE...]", kHelp, nullptr, nullptr, nullptr};
         Options options;
-        describe(app, options);
-        CLI11_PARSE(app, argc, argv);
+        if (argp_parse(&parser, argc, argv, 0, nullptr, &options) != 0) {
+            return 1;
+        }
         return start(options);
     } catch (const std::exception &error) {
         std::fprintf(stderr, "adpsh: %s\n", error.what());

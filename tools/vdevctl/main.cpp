@@ -1,6 +1,7 @@
 // vdevctl: sends a command to a running virtual device and prints its answer. Which commands there are is the device's
 // matter: it reads their arguments, makes their text and lists them for the help.
-#include <CLI/CLI.hpp>
+#include <argp.h>
+
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
@@ -42,22 +43,50 @@ std::string commands(const std::string &run_dir) {
     }
 }
 
+enum Key : int { kRunDir = 1, kJson };
+
+const argp_option kOptions[] = {{"run-dir", kRunDir, "DIR", 0,
+                                 "folder of the device's sockets; by default $VDEVICE_DIR, else /tmp/vdevice-<uid>", 0},
+                                {"json", kJson, nullptr, 0, "answer in JSON", 0},
+                                {}};
+
+error_t take_option(int key, char *argument, argp_state *state) {
+    auto &options = *static_cast<Options *>(state->input);
+    switch (key) {
+        case kRunDir:
+            options.run_dir = argument;
+            return 0;
+        case kJson:
+            options.json = true;
+            return 0;
+        case ARGP_KEY_ARG:
+            options.words.emplace_back(argument);
+            return 0;
+        case ARGP_KEY_NO_ARGS:
+            argp_error(state, "a command is missing");
+            return 0;
+        default:
+            return ARGP_ERR_UNKNOWN;
+    }
+}
+
+/** After the options: the commands of the device, if it answers. */
+char *add_commands(int key, const char *text, void *input) {
+    const auto *options = static_cast<const Options *>(input);
+    return key == ARGP_KEY_HELP_POST_DOC ? strdup(commands(options->run_dir).c_str()) : const_cast<char *>(text);
+}
+
 int run_program(int argc, char **argv) {
+    const argp parser = {kOptions,
+                         take_option,
+                         "COMMAND [ARGUMENT...]",
+                         "vdevctl: looks into a running virtual device and moves its cables.",
+                         nullptr,
+                         add_commands,
+                         nullptr};
     Options options;
-    CLI::App app{"vdevctl: looks into a running virtual device and moves its cables."};
-    app.add_option("--run-dir", options.run_dir, "folder of the device's sockets (VDEVICE_DIR)")->capture_default_str();
-    app.add_flag("--json", options.json, "answer in JSON");
-    app.add_option("COMMAND", options.words, "a command of the device, and its arguments")->required();
-    app.failure_message([](const CLI::App *, const CLI::Error &error) {
-        return "vdevctl: " + std::string{error.what()} + ". Run it with --help to see what it takes.\n";
-    });
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::CallForHelp &) {
-        std::cout << app.help() << commands(options.run_dir);
-        return EXIT_SUCCESS;
-    } catch (const CLI::ParseError &error) {
-        return app.exit(error) == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+    if (argp_parse(&parser, argc, argv, 0, nullptr, &options) != 0) {
+        return EXIT_FAILURE;
     }
     const nlohmann::json answer = ask(options.run_dir, options.words, options.json ? "json" : "text");
     std::cout << (options.json ? answer.dump(2) + "\n" : text_of(answer));
@@ -67,6 +96,7 @@ int run_program(int argc, char **argv) {
 }  // namespace
 
 int main(int argc, char **argv) {
+    argp_err_exit_status = EXIT_FAILURE;
     try {
         return run_program(argc, argv);
     } catch (const std::exception &error) {

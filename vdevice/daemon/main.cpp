@@ -1,15 +1,17 @@
 // vdeviced: a virtual switch device as a process.
+#include <argp.h>
 #include <sys/epoll.h>
 #include <sys/signalfd.h>
 #include <sys/stat.h>
 
-#include <CLI/CLI.hpp>
+#include <charconv>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <string_view>
 
 #include "vdevice/daemon/control_server.h"
 #include "vdevice/daemon/extra.h"
@@ -72,23 +74,57 @@ void run(const Options &options) {
     loop.run();
 }
 
+enum Key : int { kRunDir = 1, kCreateInterfaces, kUserPorts, kFirstPort };
+
+const argp_option kOptions[] = {{"run-dir", kRunDir, "DIR", 0,
+                                 "folder of the device's sockets; by default $VDEVICE_DIR, else /tmp/vdevice-<uid>", 0},
+                                {"create-interfaces", kCreateInterfaces, nullptr, 0,
+                                 "make the interface pairs cpu0/eth0, port1/host1, ... and remove them at the end", 0},
+                                {"user-ports", kUserPorts, "N", 0, "number of user ports, 26 by default", 0},
+                                {"first-port", kFirstPort, "P", 0, "chip port of user port 1, 4 by default", 0},
+                                {}};
+
+template <typename Number>
+void read_number(const argp_state *state, std::string_view text, Number &number) {
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc{} || end != text.data() + text.size()) {
+        argp_error(state, "'%s' is not a number", std::string{text}.c_str());
+    }
+}
+
+error_t take_option(int key, char *argument, argp_state *state) {
+    auto &options = *static_cast<Options *>(state->input);
+    switch (key) {
+        case kRunDir:
+            options.run_dir = argument;
+            return 0;
+        case kCreateInterfaces:
+            options.create_interfaces = true;
+            return 0;
+        case kUserPorts:
+            read_number(state, argument, options.board.user_ports);
+            return 0;
+        case kFirstPort:
+            read_number(state, argument, options.board.first_port);
+            return 0;
+        default:
+            return ARGP_ERR_UNKNOWN;
+    }
+}
+
 int run_program(int argc, char **argv) {
+    const argp parser = {
+        kOptions,
+        take_option,
+        nullptr,
+        "vdeviced: a virtual switch device. Its user ports are the network interfaces port1, port2, ..., "
+        "its CPU port is cpu0, and programs reach its driver through a socket in the run folder.",
+        nullptr,
+        nullptr,
+        nullptr};
     Options options;
-    CLI::App app{
-        "vdeviced: a virtual switch device. Its user ports are the network interfaces port1, port2, ..., its\n"
-        "CPU port is cpu0, and programs reach its driver through a socket in the run folder."};
-    app.add_option("--run-dir", options.run_dir, "folder of the device's sockets (VDEVICE_DIR)")->capture_default_str();
-    app.add_flag("--create-interfaces", options.create_interfaces,
-                 "make the interface pairs cpu0/eth0, port1/host1, ... and remove them at the end");
-    app.add_option("--user-ports", options.board.user_ports, "number of user ports")->capture_default_str();
-    app.add_option("--first-port", options.board.first_port, "chip port of user port 1")->capture_default_str();
-    app.failure_message([](const CLI::App *, const CLI::Error &error) {
-        return "vdeviced: " + std::string{error.what()} + ". Run it with --help to see what it takes.\n";
-    });
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::ParseError &error) {
-        return app.exit(error) == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+    if (argp_parse(&parser, argc, argv, 0, nullptr, &options) != 0) {
+        return EXIT_FAILURE;
     }
     run(options);
     return EXIT_SUCCESS;
@@ -97,6 +133,7 @@ int run_program(int argc, char **argv) {
 }  // namespace
 
 int main(int argc, char **argv) {
+    argp_err_exit_status = EXIT_FAILURE;
     try {
         return run_program(argc, argv);
     } catch (const std::exception &error) {
