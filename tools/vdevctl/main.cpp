@@ -19,6 +19,7 @@ using Words = std::vector<std::string>;
 struct Options {
     std::string run_dir = vdevice::default_run_dir();
     bool json = false;
+    bool help = false;
     Words words;
 };
 
@@ -43,12 +44,21 @@ std::string commands(const std::string &run_dir) {
     }
 }
 
-enum Key : int { kRunDir = 1, kJson };
+enum Key : int { kRunDir = 1, kJson, kHelp };
 
 const argp_option kOptions[] = {{"run-dir", kRunDir, "DIR", 0,
                                  "folder of the device's sockets; by default $VDEVICE_DIR, else /tmp/vdevice-<uid>", 0},
                                 {"json", kJson, nullptr, 0, "answer in JSON", 0},
+                                {"help", kHelp, nullptr, 0, "this text, and the commands of the device", 0},
                                 {}};
+
+void take_word(Options &options, const std::string &word) {
+    if (word == "--json") {
+        options.json = true;
+    } else {
+        options.words.push_back(word);
+    }
+}
 
 error_t take_option(int key, char *argument, argp_state *state) {
     auto &options = *static_cast<Options *>(state->input);
@@ -59,21 +69,25 @@ error_t take_option(int key, char *argument, argp_state *state) {
         case kJson:
             options.json = true;
             return 0;
-        case ARGP_KEY_ARG:
-            options.words.emplace_back(argument);
+        case kHelp:
+            options.help = true;
             return 0;
-        case ARGP_KEY_NO_ARGS:
-            argp_error(state, "a command is missing");
+        case ARGP_KEY_ARG:  // the command; what follows is its own, also a negative number
+            options.words.emplace_back(argument);
+            for (; state->next < state->argc; ++state->next) {
+                take_word(options, state->argv[state->next]);
+            }
+            return 0;
+        case ARGP_KEY_END:
+            if (options.help) {  // only now is the run folder known
+                argp_state_help(state, stdout, ARGP_HELP_LONG | ARGP_HELP_USAGE | ARGP_HELP_DOC);
+            } else if (options.words.empty()) {
+                argp_error(state, "a command is missing");
+            }
             return 0;
         default:
             return ARGP_ERR_UNKNOWN;
     }
-}
-
-/** After the options: the commands of the device, if it answers. */
-char *add_commands(int key, const char *text, void *input) {
-    const auto *options = static_cast<const Options *>(input);
-    return key == ARGP_KEY_HELP_POST_DOC ? strdup(commands(options->run_dir).c_str()) : const_cast<char *>(text);
 }
 
 int run_program(int argc, char **argv) {
@@ -82,11 +96,15 @@ int run_program(int argc, char **argv) {
                          "COMMAND [ARGUMENT...]",
                          "vdevctl: looks into a running virtual device and moves its cables.",
                          nullptr,
-                         add_commands,
+                         nullptr,
                          nullptr};
     Options options;
-    if (argp_parse(&parser, argc, argv, 0, nullptr, &options) != 0) {
+    if (argp_parse(&parser, argc, argv, ARGP_NO_HELP | ARGP_IN_ORDER, nullptr, &options) != 0) {
         return EXIT_FAILURE;
+    }
+    if (options.help) {
+        std::cout << commands(options.run_dir);
+        return EXIT_SUCCESS;
     }
     const nlohmann::json answer = ask(options.run_dir, options.words, options.json ? "json" : "text");
     std::cout << (options.json ? answer.dump(2) + "\n" : text_of(answer));
