@@ -6,21 +6,22 @@ import shlex
 from pathlib import Path
 
 
+def units_of(build):
+    """The words of each compilation, by its sources: one, or those that are compiled together."""
+    units = {}
+    for command in json.loads((build / "compile_commands.json").read_text()):
+        file = Path(command["file"])
+        together = re.findall(r'^#include "(.*)"$', file.read_text(), re.M) if file.parent.name == "Unity" else []
+        units.setdefault(tuple(together or [str(file)]), shlex.split(command["command"]))
+    return units
+
+
 def commands_of(build):
     """The words of each source's compilation, by its path. Sources that are compiled together share one command."""
-    found = {}
-    for command in json.loads((build / "compile_commands.json").read_text()):
-        words = shlex.split(command["command"])
-        together = Path(command["file"])
-        files = [command["file"]]
-        if together.parent.name == "Unity":
-            files = re.findall(r'^#include "(.*)"$', together.read_text(), re.M)
-        for file in files:
-            found.setdefault(file, words)
-    return found
+    return {source: words for sources, words in reversed(units_of(build).items()) for source in sources}
 
 
 def flags_of(words):
-    """What a source is compiled with, without the compiler, the output and the source itself."""
+    """What a source is compiled with, as clang takes it: without the compiler, the output and the source itself."""
     start = 2 if Path(words[0]).name == "ccache" else 1
-    return tuple(words[start:words.index("-o")])
+    return tuple(word for word in words[start:words.index("-o")] if word != "-Wno-subobject-linkage")

@@ -5,8 +5,8 @@ tidy.py SOURCE_DIR BUILD_DIR [--changed]
 
 With --changed only the files that differ from the last commit, and those whose header does.
 
-Nearly all of clang-tidy's time goes into the standard library's headers, so the files of a folder are looked at
-together, in one translation unit that includes them all. Where that has findings, or where the files cannot stand
+Nearly all of clang-tidy's time goes into the standard library's headers, so the files that are compiled together, or of one
+folder, are looked at together, in one translation unit that includes them all. Where that has findings, or where the files cannot stand
 together because two of them name a thing of their own alike, each half is looked at again, down to the single file,
 which alone decides.
 """
@@ -19,7 +19,7 @@ from concurrent.futures import ThreadPoolExecutor
 from itertools import groupby
 from pathlib import Path
 
-from compile_commands import commands_of, flags_of
+from compile_commands import flags_of, units_of
 
 LIBRARY = ("src",)
 REST = ("vdevice", "calls", "tools", "bench")
@@ -27,7 +27,8 @@ REST = ("vdevice", "calls", "tools", "bench")
 NO_ANALYZER = "--checks=-clang-analyzer-*"
 # The analyzer passes over what is included, and here everything is; including sources is what is done here.
 TOGETHER = ("--header-filter=.*[.]cpp$", "--extra-arg=-Xclang", "--extra-arg=-analyzer-opt-analyze-headers")
-TOGETHER_CHECKS = "-bugprone-suspicious-include"
+# A name that one source declares and another defines is no finding.
+TOGETHER_CHECKS = "-bugprone-suspicious-include,-readability-redundant-declaration"
 
 
 def sources(root, folder):
@@ -44,15 +45,22 @@ def changed(root):
 class Tidy:
     def __init__(self, root, build):
         self.root = root
-        self.flags = {file: flags_of(words) for file, words in commands_of(build).items()}
+        units = units_of(build)
+        self.flags = {file: flags_of(words) for files, words in units.items() for file in files}
+        self.together_with = {file: files for files in units if len(files) > 1 for file in files}
 
     def run(self, arguments):
         done = subprocess.run(["clang-tidy-14", "--quiet", "--warnings-as-errors=*", *arguments], cwd=self.root,
                               stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True, check=False)
         return done.returncode == 0, done.stdout
 
+    def flags_for(self, file):
+        """A source that this build leaves out is looked at with the flags of one beside it."""
+        beside = (flags for other, flags in self.flags.items() if Path(other).parent == Path(file).parent)
+        return self.flags.get(file) or next(beside, ())
+
     def one(self, file, checks):
-        clean, words = self.run([checks, file, "--", *self.flags[file]])
+        clean, words = self.run([checks, file, "--", *self.flags_for(file)])
         return [] if clean else [words or f"clang-tidy fails on {file}\n"]
 
     def together(self, files, checks):
@@ -60,7 +68,7 @@ class Tidy:
             unit = Path(folder, "together.cpp")
             unit.write_text("".join(f'#include "{file}"\n' for file in files))
             clean, _ = self.run([*TOGETHER, f"{checks},{TOGETHER_CHECKS}", "--config-file=.clang-tidy", str(unit), "--",
-                                 *self.flags[files[0]]])
+                                 *self.flags_for(files[0])])
         return clean
 
     def findings(self, files, checks):
@@ -72,9 +80,9 @@ class Tidy:
         return self.findings(files[:half], checks) + self.findings(files[half:], checks)
 
     def batches(self, files):
-        """The files of one folder that are compiled alike."""
+        """The files that are compiled together, and those of one folder that are compiled alike."""
         def key(file):
-            return str(Path(file).parent), self.flags.get(file, ())
+            return self.together_with.get(file, ()), str(Path(file).parent), self.flags_for(file)
 
         return [list(batch) for _, batch in groupby(sorted(files, key=key), key=key)]
 
