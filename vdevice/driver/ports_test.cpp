@@ -90,9 +90,6 @@ TEST_F(DriverPort, RefusesAndChangesNothing) {
             EXPECT_EQ((driver_.*attribute.set)(0, 0, missing, 1), kNoPort) << attribute.name;
             EXPECT_EQ((driver_.*attribute.get)(0, 0, missing, &value), kNoPort) << attribute.name;
         }
-        EXPECT_EQ((driver_.*attribute.set)(1, 0, kCopper, 1), kBadUnit) << attribute.name;
-        EXPECT_EQ((driver_.*attribute.get)(0, 1, kCopper, &value), kBadUnit) << attribute.name;
-        EXPECT_EQ((driver_.*attribute.get)(0, 0, kCopper, nullptr), kBadArgument) << attribute.name;
         EXPECT_EQ(value, kUntouched) << attribute.name;
         EXPECT_EQ(read(attribute.get, kCopper), attribute.at_power_on) << attribute.name;
     }
@@ -216,7 +213,6 @@ TEST_F(DriverPort, CableDiagnosisTellsWhetherACableIsIn) {
         EXPECT_EQ(result.length[pair], 2U);
     }
     EXPECT_EQ(driver_.User_port_cablediag(0, 0, -1, &result), kNoPort);
-    EXPECT_EQ(driver_.User_port_cablediag(0, 0, kCopper, nullptr), kBadArgument);
 }
 
 TEST_F(DriverPort, TheCpuPortIsNotLooped) {

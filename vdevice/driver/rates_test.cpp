@@ -262,29 +262,5 @@ TEST_F(DriverLimits, RefusePortsWithoutThem) {
     }
 }
 
-TEST_F(DriverLimits, RefuseAnotherUnitAndAnOutputWithoutAnAddress) {
-    uint32_t word = kUntouched;
-    for (const auto &[unit, zero] : {std::pair{1U, 0U}, std::pair{0U, 1U}}) {
-        EXPECT_EQ(driver_.user_rate_bandwidth_set(unit, zero, kPort, 3, 1, 1), kBadUnit);
-        EXPECT_EQ(driver_.user_rate_bandwidth_get(unit, zero, kPort, 3, &word, &word), kBadUnit);
-        EXPECT_EQ(driver_.user_rate_stormsel_set(unit, zero, kPort, 3, 1), kBadUnit);
-        EXPECT_EQ(driver_.user_rate_stormsel_get(unit, zero, kPort, 3, &word), kBadUnit);
-        EXPECT_EQ(driver_.user_rate_stormControlEnable_set(unit, zero, kPort, 3, 1), kBadUnit);
-        EXPECT_EQ(driver_.user_rate_stormExceedFlag_get(unit, zero, kPort, 1, &word), kBadUnit);
-        EXPECT_EQ(driver_.user_rate_stormExceedFlag_reset(unit, zero, kPort), kBadUnit);
-        EXPECT_EQ(driver_.user_rate_stormCountMode_set(unit, zero, 0, 1), kBadUnit);
-        EXPECT_EQ(driver_.user_rate_stormCountMode_get(unit, zero, 0, &word), kBadUnit);
-        EXPECT_EQ(driver_.user_port_ingress_rate_set(unit, zero, kPort, 1, 1), kBadUnit);
-        EXPECT_EQ(driver_.user_port_ingress_rate_get(unit, zero, kPort, &word, &word), kBadUnit);
-    }
-    EXPECT_EQ(driver_.user_rate_bandwidth_get(0, 0, kPort, 3, nullptr, &word), kBadArgument);
-    EXPECT_EQ(driver_.user_rate_bandwidth_get(0, 0, kPort, 3, &word, nullptr), kBadArgument);
-    EXPECT_EQ(driver_.user_rate_stormsel_get(0, 0, kPort, 3, nullptr), kBadArgument);
-    EXPECT_EQ(driver_.user_rate_stormExceedFlag_get(0, 0, kPort, 1, nullptr), kBadArgument);
-    EXPECT_EQ(driver_.user_rate_stormCountMode_get(0, 0, 1, nullptr), kBadArgument);
-    EXPECT_EQ(driver_.user_port_ingress_rate_get(0, 0, kPort, &word, nullptr), kBadArgument);
-    EXPECT_EQ(word, kUntouched);
-}
-
 }  // namespace rates_test
 }  // namespace vdevice::driver

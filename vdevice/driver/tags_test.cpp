@@ -72,8 +72,6 @@ TEST_F(DriverTags, TranslationsRefuseWhatHasNoMeaning) {
     EXPECT_EQ(driver_.user_vlan_translate_delete(0, 0, 1, 4, 100), kBadArgument);
     EXPECT_EQ(driver_.user_vlan_translate_egress_add(0, 0, 1, 4, 100, 200, 0), kBadArgument);
     EXPECT_EQ(driver_.user_vlan_translate_egress_delete(0, 0, 1, 4, 100), kBadArgument);
-    EXPECT_EQ(driver_.user_vlan_translate_get(0, 0, 4, 100, nullptr, &read.priority), kBadArgument);
-    EXPECT_EQ(driver_.user_vlan_translate_get(0, 0, 4, 100, &read.vid, nullptr), kBadArgument);
     EXPECT_TRUE(chip_.tag_rules().ingress.entries().empty());
     EXPECT_TRUE(chip_.tag_rules().egress.entries().empty());
 }
@@ -145,31 +143,6 @@ TEST_F(DriverTags, TheCpuPortsTagsAreReadButNotChanged) {
     EXPECT_EQ(driver_.user_port_tpid_set(0, 0, 32, 0x88A8, 0), kNoPort);
     EXPECT_EQ(driver_.user_port_dtag_mode_set(0, 0, -1, 1), kNoPort);
     EXPECT_EQ(driver_.user_port_tpid_get(0, 0, -1, &value), kNoPort);
-    EXPECT_EQ(driver_.user_port_tpid_get(0, 0, 4, nullptr), kBadArgument);
-}
-
-TEST_F(DriverTags, OtherUnitsAreRefused) {
-    ASSERT_EQ(driver_.user_vlan_translate_add(0, 0, 0, 4, 0, 100, 200, 0), kOk);
-    ASSERT_EQ(driver_.user_vlan_translate_egress_add(0, 0, 0, 4, 100, 200, 0), kOk);
-    ASSERT_EQ(driver_.user_vlan_dtag_add(0, 0, 0, 4, 0, 100, 200, 0), kOk);
-    ASSERT_EQ(driver_.user_vlan_ip4_add(0, 0, 4, kNet, kMask, 100, 3, 0), kOk);
-    Read read;
-    for (const auto &[unit, zero] : {std::pair{1U, 0U}, std::pair{0U, 1U}}) {
-        EXPECT_EQ(driver_.user_vlan_translate_add(unit, zero, 0, 4, 0, 101, 200, 0), kBadUnit);
-        EXPECT_EQ(driver_.user_vlan_translate_get(unit, zero, 4, 100, &read.vid, &read.priority), kBadUnit);
-        EXPECT_EQ(driver_.user_vlan_translate_delete_all(unit, zero), kBadUnit);
-        EXPECT_EQ(driver_.user_vlan_translate_egress_delete_all(unit, zero), kBadUnit);
-        EXPECT_EQ(driver_.user_vlan_dtag_delete_all(unit, zero), kBadUnit);
-        EXPECT_EQ(driver_.user_vlan_ip4_delete_all(unit, zero), kBadUnit);
-        EXPECT_EQ(driver_.user_port_dtag_mode_set(unit, zero, 4, 1), kBadUnit);
-        EXPECT_EQ(driver_.user_port_tpid_set(unit, zero, 4, 0x9100, 0), kBadUnit);
-    }
-    EXPECT_EQ(read, Read{});
-    EXPECT_EQ(chip_.tag_rules().ingress.entries().size(), 1U);
-    EXPECT_EQ(chip_.tag_rules().egress.entries().size(), 1U);
-    EXPECT_EQ(chip_.tag_rules().double_tags.entries().size(), 1U);
-    EXPECT_EQ(chip_.tag_rules().subnets.list().size(), 1U);
-    EXPECT_EQ(chip_.port(4).tags.mode, DoubleTag::kOff);
 }
 
 }  // namespace tags_test
