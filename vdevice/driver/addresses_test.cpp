@@ -10,7 +10,6 @@ namespace vdevice::driver {
 namespace addresses_test {
 
 using namespace std::chrono_literals;
-using chip::MacEntry;
 using chip::MacTable;
 using chip::Status;
 using namespace chip::test;

@@ -8,7 +8,6 @@
 namespace vdevice::driver {
 namespace groups_test {
 
-using chip::MacEntry;
 using chip::PortSet;
 using chip::Status;
 using namespace test;

@@ -6,7 +6,6 @@ namespace vdevice::driver {
 namespace spanning_tree_test {
 
 using chip::Status;
-using chip::StpState;
 
 constexpr int32_t kBadUnit = chip::code(Status::kBadUnit);
 constexpr int32_t kBadArgument = chip::code(Status::kBadArgument);

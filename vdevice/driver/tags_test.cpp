@@ -4,7 +4,6 @@
 namespace vdevice::driver {
 namespace tags_test {
 
-using chip::DoubleTag;
 using chip::Status;
 
 constexpr int32_t kBadUnit = chip::code(Status::kBadUnit);

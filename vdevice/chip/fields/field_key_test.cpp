@@ -49,37 +49,6 @@ class FieldKeyTest : public testing::Test {
     static bool has(const Octets &rest, Field field) { return meets(rest, field, 0, 1) || meets(rest, field, 1, 1); }
 };
 
-TEST_F(FieldKeyTest, MacAddresses) {
-    const FieldKey key = key_of(kAddresses + test::kPayload);
-    EXPECT_TRUE(key.meets({Field::kDestinationMac, {0x0200, 2}, {0xFFFF, kAll}}));
-    EXPECT_TRUE(key.meets({Field::kSourceMac, {0x0200, 1}, {0xFFFF, kAll}}));
-    EXPECT_FALSE(key.meets({Field::kSourceMac, {0x0200, 2}, {0xFFFF, kAll}}));
-    EXPECT_FALSE(key.meets({Field::kSourceMac, {0x0300, 1}, {0xFFFF, kAll}}));
-    EXPECT_TRUE(key.meets({Field::kSourceMac, {0x0200, 99}, {0xFFFF, 0xFFFFFF00}}));
-}
-
-TEST_F(FieldKeyTest, IngressPortsAreAskedForMembership) {
-    const FieldKey key = key_of(kAddresses + test::kPayload);
-    const auto in_ports = [&](uint32_t data, uint32_t mask) {
-        return key.meets(qualifier(Field::kInPorts, data, mask));
-    };
-    EXPECT_TRUE(in_ports(1U << kIngress, kAll));
-    EXPECT_TRUE(in_ports(kAll, kAll));
-    EXPECT_FALSE(in_ports(kAll, ~(1U << kIngress)));
-    EXPECT_FALSE(in_ports(~(1U << kIngress), kAll));
-    EXPECT_FALSE(in_ports(0, 0)) << "a set without ports has no member";
-}
-
-TEST_F(FieldKeyTest, TheOuterVlanIsTheOneInWhichTheFrameIsSwitched) {
-    EXPECT_TRUE(meets(test::kPayload, Field::kOuterVid, 100));
-    EXPECT_TRUE(meets(test::kPayload, Field::kOuterPriority, 3));
-    EXPECT_FALSE(meets(test::kPayload, Field::kOuterVid, 101));
-    EXPECT_TRUE(meets(test::kPayload, Field::kOuterVid, 101, 0xFFE));
-    EXPECT_FALSE(meets(test::kPayload, Field::kOuterPriority, 2));
-    EXPECT_TRUE(key_of(kAddresses + test::kPayload, 0x7001).meets(qualifier(Field::kOuterPriority, 3, kAll)))
-        << "the drop-eligible bit is no part of the priority";
-}
-
 TEST_F(FieldKeyTest, TheInnerVlanIsThatOfTheInnermostTag) {
     const Octets one = test::vlan_tag(0xA00A) + test::kPayload;
     EXPECT_TRUE(meets(one, Field::kInnerVid, 10));
@@ -92,12 +61,6 @@ TEST_F(FieldKeyTest, TheInnerVlanIsThatOfTheInnermostTag) {
         EXPECT_TRUE(meets(outer + test::kPayload, Field::kInnerVid, 20)) << tpid;
         EXPECT_TRUE(meets(outer + one, Field::kEtherType, 0x0800)) << tpid;
     }
-}
-
-TEST_F(FieldKeyTest, AFrameWithoutATagHasNoInnerVlan) {
-    EXPECT_FALSE(meets(test::kPayload, Field::kInnerVid, 0));
-    EXPECT_FALSE(meets(test::kPayload, Field::kInnerPriority, 0));
-    EXPECT_TRUE(meets(test::kPayload, Field::kInnerVid, 10, 0)) << "a mask of 0 asks for nothing";
 }
 
 TEST_F(FieldKeyTest, TheInnerFormatIsNonePriorityOrVlan) {
@@ -154,14 +117,6 @@ TEST_F(FieldKeyTest, Ipv4) {
     EXPECT_FALSE(has(rest, Field::kSourceIpv6));
 }
 
-TEST_F(FieldKeyTest, TheWholeOctetOfTheDscpIsCompared) {
-    Ipv4 header{kUdp};
-    header.tos = 185;  // congestion bits set
-    const Octets packet = ipv4(header, kDatagram);
-    EXPECT_FALSE(meets(packet, Field::kDscp, 184));
-    EXPECT_TRUE(meets(packet, Field::kDscp, 184, 0xFC));
-}
-
 TEST_F(FieldKeyTest, Ipv6) {
     Ipv6 packet{kUdp};
     packet.traffic_class = 184;
@@ -192,32 +147,6 @@ TEST_F(FieldKeyTest, PortsOfTheProtocolsThatHaveThem) {
     packet.options = Octets(8, 1);
     EXPECT_TRUE(has_ports(ipv4(packet, kDatagram))) << "behind the options";
     EXPECT_FALSE(has_ports(ipv4({kUdp}, {}) + kDatagram)) << "padding is no port";
-}
-
-TEST_F(FieldKeyTest, OnlyFirstFragmentsHavePorts) {
-    constexpr uint16_t kDoNotFragment = 0x4000;
-    constexpr uint8_t kFragment = 44;
-    Ipv4 v4{kUdp};
-    for (const uint16_t first : {test::kMoreFragments, kDoNotFragment}) {
-        v4.fragment = first;
-        EXPECT_TRUE(has_ports(ipv4(v4, kDatagram)));
-    }
-    v4.fragment = 1;
-    EXPECT_FALSE(has_ports(ipv4(v4, kDatagram)));
-    EXPECT_TRUE(meets(ipv4(v4, kDatagram), Field::kProtocol, kUdp));
-    EXPECT_TRUE(has_ports(ipv6({kFragment}, test::fragment_header(kUdp, 0, true) + kDatagram)));
-    const Octets later = ipv6({kFragment}, test::fragment_header(kUdp, 5, true) + kDatagram);
-    EXPECT_FALSE(has_ports(later));
-    EXPECT_TRUE(meets(later, Field::kProtocol, kUdp));
-}
-
-TEST_F(FieldKeyTest, ExtensionHeadersArePassedOver) {
-    constexpr uint8_t kDestinationOptions = 60;
-    constexpr uint8_t kRouting = 43;
-    const Octets packet =
-        ipv6({kRouting}, test::extension(kDestinationOptions, 2) + test::extension(kTcp, 1) + kDatagram);
-    EXPECT_TRUE(meets(packet, Field::kProtocol, kTcp));
-    EXPECT_TRUE(has_ports(packet));
 }
 
 TEST_F(FieldKeyTest, ABrokenHeaderIsNoPacket) {
@@ -256,7 +185,7 @@ TEST_F(FieldKeyTest, FramesCutAnywhereAreReadToTheirEnd) {
 }
 
 TEST_F(FieldKeyTest, GarbageIsReadToItsEnd) {
-    constexpr int kRounds = 20000;
+    constexpr int kRounds = 5000;
     constexpr uint8_t kLikely[] = {0x81, 0x00, 0x88, 0xA8, 0x08, 0x86, 0xDD, 0x45, 0x60, 44, 0, 60, 0xAA, 3};
     std::mt19937 random{1};
     int packets = 0;

@@ -13,13 +13,6 @@ class FieldPipeline : public FieldRulesTest {};
 
 using Ports = std::vector<int>;
 
-TEST_F(FieldPipeline, RedirectionLeavesByTheOnePort) {
-    rule({{kRedirectPort, kC}});
-    EXPECT_EQ(send(kA, kFlooded), (std::vector<Sent>{{kC, kFlooded}}));
-    EXPECT_NE(chip_.macs().find(Mac{0x020000000001}, 1), nullptr) << "its source is learned";
-    EXPECT_EQ(outputs(kB, station(9) + station(2) + kPayload), (Ports{kCpu, kA, kC})) << "others are switched";
-}
-
 TEST_F(FieldPipeline, RedirectionToASetSkipsTheIngressPortAndPortsThatAreDown) {
     rule({{kRedirectPorts, 1U << kA | 1U << kB | 1U << 10 | 1U << kCpu}});
     EXPECT_EQ(outputs(kA, kFlooded), (Ports{kCpu, kB}));
@@ -27,27 +20,6 @@ TEST_F(FieldPipeline, RedirectionToASetSkipsTheIngressPortAndPortsThatAreDown) {
     chip_.set_link(kCpu, false);
     EXPECT_TRUE(outputs(kA, kFlooded).empty());
     EXPECT_EQ(dropped(kA, Drop::kNoDestination), 1U);
-}
-
-TEST_F(FieldPipeline, RedirectionDoesNotCloseALoopThatSpanningTreeHasCut) {
-    constexpr uint32_t kBlocking = 1;
-    rule({{kRedirectPorts, 1U << kB | 1U << kC}});
-    ASSERT_EQ(chip_.stp().set_state(StpGroups::kDefault, kB, kBlocking), Status::kOk);
-    EXPECT_EQ(outputs(kA, kFlooded), (Ports{kC}));
-    ASSERT_EQ(chip_.stp().set_state(StpGroups::kDefault, kA, kBlocking), Status::kOk);
-    EXPECT_TRUE(outputs(kA, kFlooded).empty());
-    EXPECT_EQ(dropped(kA, Drop::kStpBlocked), 1U);
-}
-
-TEST_F(FieldPipeline, RedirectionKeepsToTheVlansTags) {
-    rule({{kRedirectPorts, 1U << kB | 1U << kC}});
-    ASSERT_EQ(chip_.vlans().create({100, 100}), Status::kOk);
-    ASSERT_EQ(chip_.vlans().set_ports(100, PortSet::of(kA).add(kB), PortSet::of(kB)), Status::kOk);
-    ASSERT_EQ(chip_.set_egress(kA, PortSet{}), Status::kOk);
-    const Octets tagged = kAddresses + test::vlan_tag(100) + kPayload;
-    EXPECT_EQ(send(kA, tagged), (std::vector<Sent>{{kB, kFlooded}, {kC, tagged}}))
-        << "neither membership nor the egress set are asked";
-    EXPECT_TRUE(send(kA, kAddresses + test::vlan_tag(101) + kPayload).empty()) << "but the VLAN must be the port's";
 }
 
 TEST_F(FieldPipeline, ADropBeatsEverything) {
@@ -63,24 +35,6 @@ TEST_F(FieldPipeline, ADropBeatsEverything) {
     EXPECT_EQ(count(9, CounterType::kFrames), 2U) << "a rule counts what meets it";
 }
 
-TEST_F(FieldPipeline, TrapsBeatRedirections) {
-    rule({{kRedirectPort, kC}, {kCopyToCpu}});
-    chip_.traps().lacp = true;
-    const Octets lacp = Octets{0x01, 0x80, 0xC2, 0, 0, 2} + station(1) + test::octets16(0x8809) + Octets(46, 1);
-    EXPECT_EQ(outputs(kA, lacp), Ports{kCpu});
-    ASSERT_EQ(chip_.reserved_macs().set(63, Mac{0x020000000009}), Status::kOk);
-    EXPECT_EQ(outputs(kA, station(9) + station(1) + kPayload), Ports{kCpu});
-    chip_.snooping().igmp = true;
-    EXPECT_EQ(outputs(kA, kAddresses + ipv4({2}, kDatagram)), Ports{kCpu}) << "and once, though a copy was asked for";
-}
-
-TEST_F(FieldPipeline, ToTheCpuMeansToNobodyElse) {
-    rule({{kToCpu}, {kCopyToCpu}, {kRedirectPort, kC}});
-    EXPECT_EQ(send(kA, kFlooded),
-              (std::vector<Sent>{{kCpu, kAddresses + test::receive_tag(kA) + test::vlan_tag(1) + kPayload}}));
-    EXPECT_EQ(chip_.macs().size(), 0U);
-}
-
 TEST_F(FieldPipeline, ACopyGoesToTheCpuOnce) {
     rule({{kCopyToCpu}});
     EXPECT_EQ(outputs(kA, kFlooded), (Ports{kCpu, kB, kC}));
@@ -90,18 +44,6 @@ TEST_F(FieldPipeline, ACopyGoesToTheCpuOnce) {
     EXPECT_EQ(outputs(kA, kBroadcast + station(7) + kPayload), Ports{kCpu});
     chip_.set_link(kCpu, false);
     EXPECT_EQ(outputs(kB, station(1) + station(2) + kPayload), Ports{kA});
-}
-
-TEST_F(FieldPipeline, CountersCountFramesAndOctetsOfWhatMatches) {
-    rule({{kCount, 255}});
-    send(kA, kFlooded);
-    send(kA, kAddresses + test::vlan_tag(1) + kPayload);
-    send(kB, kFlooded);
-    EXPECT_EQ(count(255, CounterType::kFrames), 2U);
-    EXPECT_EQ(count(255, CounterType::kOctets), 60U + 64U);
-    chip_.fields().counters().clear(255, CounterType::kFrames);
-    EXPECT_EQ(count(255, CounterType::kFrames), 0U);
-    EXPECT_EQ(count(255, CounterType::kOctets), 124U);
 }
 
 TEST_F(FieldPipeline, AMeterHoldsAFlowToItsRate) {
@@ -143,16 +85,6 @@ TEST_F(FieldPipeline, APairCountsMetersAndCopiesOnce) {
     EXPECT_EQ(outputs(kA, kFlooded), (Ports{kCpu, kB, kC}));
     EXPECT_EQ(count(3, CounterType::kFrames), 1U);
     EXPECT_EQ(chip_.fields().meters().find(0)->passed(), 1U);
-}
-
-TEST_F(FieldPipeline, APermitKeepsTheGroupsOtherRulesAway) {
-    rule({{kDropIt}});
-    ASSERT_EQ(table().create(3, 769), Status::kOk);
-    ASSERT_EQ(table().set_priority(769, 1), Status::kOk);
-    ASSERT_EQ(table().qualify(769, {Field::kSourceMac, {0x0200, 1}, {0xFFFF, kAll}}), Status::kOk);
-    add_actions(769, {{kPermit}});
-    EXPECT_EQ(outputs(kA, kFlooded).size(), 3U);
-    EXPECT_TRUE(outputs(kA, kBroadcast + station(2) + kPayload).empty());
 }
 
 TEST_F(FieldPipeline, WhatTheCpuSwitchesMeetsRulesAndWhatItDirectsDoesNot) {
@@ -197,14 +129,6 @@ TEST_F(FieldPipeline, MissActionsAreForFramesThatMeetNoRule) {
     EXPECT_EQ(outputs(kB, station(1) + station(2) + kPayload), Ports{kA});
 }
 
-TEST_F(FieldPipeline, RulesSeeLoopedFramesToo) {
-    ASSERT_EQ(change(kC, [](Port &port) { port.loopback = 1; }), Status::kOk);
-    rule_for_all({{kSetDscp, 46}, {kCount, 0}});
-    const auto sent = send(kA, kAddresses + ipv4({kUdp}, kDatagram));
-    EXPECT_EQ(count(0, CounterType::kFrames), 2U);
-    EXPECT_EQ(sent.back().second[kHeaderBytes + 1], 46 << 2);
-}
-
 TEST_F(FieldPipeline, AMirrorGetsTheFrameAsItCameIn) {
     rule({{kMirror, 2}, {kSetDscp, 46}, {kRedirectPort, kB}});
     chip_.mirrors().set_enabled(true);
@@ -217,21 +141,6 @@ TEST_F(FieldPipeline, AMirrorGetsTheFrameAsItCameIn) {
     EXPECT_EQ(sent[1].first, kB);
     add_actions(768, {{kDropIt}});
     EXPECT_TRUE(outputs(kA, frame).empty()) << "what is dropped is not copied";
-}
-
-TEST_F(FieldPipeline, AResetForgetsEverything) {
-    rule({{kDropIt}, {kCount, 1}});
-    ASSERT_EQ(chip_.fields().meters().set(1, 100, 0s), Status::kOk);
-    chip_.fields().meters().exclude_gap();
-    ASSERT_EQ(chip_.set_miss_action(kB, MissAction::kDrop), Status::kOk);
-    send(kA, kFlooded);
-    chip_.fields().reset();
-    EXPECT_EQ(outputs(kA, kFlooded).size(), 3U);
-    EXPECT_EQ(outputs(kB, kFlooded).size(), 3U);
-    EXPECT_EQ(count(1, CounterType::kFrames), 0U);
-    EXPECT_FALSE(chip_.fields().meters().find(1));
-    EXPECT_EQ(table().find(768), nullptr);
-    EXPECT_FALSE(chip_.fields().meters().counts_gap());
 }
 
 TEST_F(FieldPipeline, TheMeterThatAnEntryNamesIsTakenAway) {

@@ -8,6 +8,7 @@
 #include <set>
 
 #include "vdevice/chip/testing/packet_builder.h"
+#include "vdevice/chip/testing/seeds.h"
 
 namespace vdevice::chip {
 namespace rule_index_test {
@@ -127,7 +128,7 @@ TEST_P(RuleIndexLives, TheSameRuleIsTheFirstThatIsMet) {
     EXPECT_GT(missed, kFrames / 10);
 }
 
-INSTANTIATE_TEST_SUITE_P(Seeds, RuleIndexLives, testing::Range(1U, 41U));
+INSTANTIATE_TEST_SUITE_P(Seeds, RuleIndexLives, test::seeds());
 
 TEST(RuleTerms, TheFieldsOfAKeyHaveTheWordsOfTheirRows) {
     constexpr unsigned kWordBits = 32;

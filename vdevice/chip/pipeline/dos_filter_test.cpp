@@ -59,12 +59,6 @@ const Attack kAttacks[] = {
 
 class AttackTest : public test::ChipTest, public testing::WithParamInterface<Attack> {};
 
-TEST_P(AttackTest, PassesAtPowerOn) {
-    send(kA, GetParam().octets);
-    EXPECT_EQ(dropped(kA, GetParam().reason), 0U);
-    EXPECT_EQ(chip_.macs().size(), 1U);
-}
-
 TEST_P(AttackTest, IsDroppedForItsReasonAndTeachesNothing) {
     chip_.set_attack_filter(true);
     EXPECT_TRUE(send(kA, GetParam().octets).empty());

@@ -8,7 +8,6 @@ namespace port_rules_test {
 
 using namespace test;
 
-const Octets kEapolAddress = {0x01, 0x80, 0xC2, 0, 0, 0x03};
 
 class PortRules : public test::ChipTest {
   protected:
@@ -76,21 +75,6 @@ TEST_F(PortRules, TwoLoopedPortsDoNotLoopForEver) {
     EXPECT_EQ(send(kA, kBroadcast + station(1) + kPayload).size(), 5U) << "the limit is each frame's own";
 }
 
-TEST_F(PortRules, WithoutJumboFramesLongOnesAreDroppedBothWays) {
-    ASSERT_EQ(change(kB, [](Port &port) { port.jumbo = false; }), Status::kOk);
-    const auto frame_of = [](size_t size) {
-        return kBroadcast + station(1) + test::octets16(0x0800) + Octets(size - kHeaderBytes, 0x11);
-    };
-    EXPECT_EQ(outputs(kA, frame_of(1518)), (std::vector<int>{kCpu, kB, kC}));
-    EXPECT_EQ(outputs(kA, frame_of(1519)), (std::vector<int>{kCpu, kC}));
-    EXPECT_EQ(chip_.port(kB).counters.tx_too_long, 1U);
-    EXPECT_EQ(chip_.port(kB).counters.tx_frames, 1U);
-    EXPECT_EQ(outputs(kB, frame_of(1518)), (std::vector<int>{kCpu, kA, kC}));
-    EXPECT_TRUE(send(kB, frame_of(1519)).empty());
-    EXPECT_EQ(dropped(kB, Drop::kOversize), 1U);
-    EXPECT_EQ(outputs(kA, frame_of(9600)), (std::vector<int>{kCpu, kC}));
-}
-
 TEST_F(PortRules, AClosedPortPassesKnownSourcesOnly) {
     for (const int64_t mode : {0, 8}) {
         chip_.macs().remove_if([](const MacEntry &) { return true; });
@@ -107,26 +91,6 @@ TEST_F(PortRules, AClosedPortPassesKnownSourcesOnly) {
     EXPECT_EQ(dropped(kA, Drop::kUnknownSource), 2U);
 }
 
-TEST_F(PortRules, AClosedPortLetsNeighboursAskTheCpu) {
-    set_mode(kA, 0);
-    const auto sent = send(kA, kEapolAddress + station(1) + test::octets16(0x888E) + Octets(46, 0));
-    ASSERT_EQ(sent.size(), 1U);
-    EXPECT_EQ(sent[0].first, kCpu);
-    EXPECT_EQ(sent[0].second[17], kA);
-    chip_.set_link(kCpu, false);
-    EXPECT_TRUE(send(kA, kEapolAddress + station(1) + kPayload).empty());
-    EXPECT_EQ(dropped(kA, Drop::kEgressDown), 1U);
-}
-
-TEST_F(PortRules, LearningCanBeOffWithoutClosingThePort) {
-    set_mode(kA, 4);
-    EXPECT_EQ(outputs(kA, kBroadcast + station(1) + kPayload), (std::vector<int>{kCpu, kB, kC}));
-    EXPECT_EQ(chip_.macs().size(), 0U);
-    set_mode(kA, 5);
-    send(kA, kBroadcast + station(1) + kPayload);
-    EXPECT_EQ(chip_.macs().size(), 1U);
-}
-
 TEST_F(PortRules, EgressSetsHoldForFloodingAndForKnownAddresses) {
     send(kC, kBroadcast + station(3) + kPayload);
     ASSERT_EQ(chip_.set_egress(kA, PortSet::of(kB)), Status::kOk);
@@ -136,28 +100,6 @@ TEST_F(PortRules, EgressSetsHoldForFloodingAndForKnownAddresses) {
     EXPECT_EQ(outputs(kC, station(1) + station(3) + kPayload), (std::vector<int>{kA})) << "the other way is free";
     EXPECT_EQ(chip_.set_egress(kA, PortSet::of(32)), Status::kNoPort);
     EXPECT_EQ(chip_.set_egress(32, PortSet::of(kB)), Status::kNoPort);
-}
-
-TEST_F(PortRules, UntaggedFramesGetThePortsPriority) {
-    ASSERT_EQ(change(kA, [](Port &port) { port.untagged_priority = 5; }), Status::kOk);
-    const auto tci = [&](const Octets &frame) {
-        const auto sent = send(kA, frame);
-        return sent.empty() ? -1 : sent[0].second[20] * 256 + sent[0].second[21];
-    };
-    EXPECT_EQ(tci(kBroadcast + station(1) + kPayload), 0xA001);
-    EXPECT_EQ(tci(kBroadcast + station(1) + test::vlan_tag(0x2000) + kPayload), 0x2001) << "tagged: its own";
-}
-
-TEST_F(PortRules, FramesAreCountedByTheirDestinations) {
-    send(kA, kBroadcast + station(1) + kPayload);
-    send(kA, kEapolAddress + station(1) + kPayload);
-    send(kA, kEapolAddress + station(1) + kPayload);
-    send(kB, station(1) + station(2) + kPayload);
-    using Casts = std::array<uint64_t, kCasts>;
-    EXPECT_EQ(chip_.port(kA).counters.rx_casts, (Casts{0, 2, 1}));
-    EXPECT_EQ(chip_.port(kA).counters.tx_casts, (Casts{1, 0, 0}));
-    EXPECT_EQ(chip_.port(kB).counters.rx_casts, (Casts{1, 0, 0}));
-    EXPECT_EQ(chip_.port(kB).counters.tx_casts, (Casts{0, 2, 1}));
 }
 
 }  // namespace port_rules_test
