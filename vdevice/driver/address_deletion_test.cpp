@@ -69,18 +69,6 @@ class DriverMacDelete : public test::MacTest {
     const Key static_trunk_key_ = key_of(station(5));
 };
 
-TEST_F(DriverMacDelete, ByVlan) {
-    const auto in_vlan = [](const MacEntry &e) { return e.vid == kVid; };
-    expect(
-        "dynamic", [&] { return driver_.user_l2_addr_delete_by_vlan(0, 0, kVid, 0); },
-        [&](const MacEntry &e) { return in_vlan(e) && !e.is_static; });
-    expect(
-        "static", [&] { return driver_.user_l2_addr_delete_static_by_vlan(0, 0, kVid, 0); },
-        [&](const MacEntry &e) { return in_vlan(e) && e.is_static; });
-    expect(
-        "all", [&] { return driver_.user_l2_addr_delete_by_vlan(0, 0, kVid, 1); }, in_vlan);
-}
-
 TEST_F(DriverMacDelete, ByMac) {
     expect(
         "dynamic", [&] { return driver_.user_l2_addr_delete_by_mac(0, 0, key_.data(), 0); },

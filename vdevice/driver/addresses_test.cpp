@@ -71,22 +71,6 @@ TEST_F(DriverMac, ATrunksAddressIsToldByItsFlag) {
     EXPECT_EQ(driver_.user_mac_addr_add(0, entry(station(4), kVid, to_trunk, -1, 8)), chip::code(Status::kTrunkRange));
 }
 
-TEST_F(DriverMac, AddressesAreRefusedForAReason) {
-    for (const uint32_t flags : {0x2U, 0x4U, 0x40U, 0x80U, 0x100U, 0xFFU}) {
-        EXPECT_EQ(driver_.user_mac_addr_add(0, entry(station(1), kVid, flags, kPort)), kBadArgument) << flags;
-    }
-    EXPECT_EQ(driver_.user_mac_addr_add(0, entry(station(1), kVid, 0, -1)), kNoPort);
-    EXPECT_EQ(driver_.user_mac_addr_add(0, entry(station(1), 30, 0, kPort)), chip::code(Status::kVlanMissing));
-    EXPECT_EQ(driver_.user_mac_addr_add(0, entry(station(1), 0xFFFF, 0, kPort)), kVlanRange);
-    EXPECT_EQ(driver_.user_mac_addr_add(0, entry(test::kGroup, kVid, 0, kPort)), kMacNotUnicast);
-    EXPECT_EQ(chip_.macs().size(), 0U);
-    for (uint64_t i = 0; i < MacTable::kBucketSlots; ++i) {
-        ASSERT_EQ(driver_.user_mac_addr_add(0, entry(station(i * MacTable::kBuckets), kVid, 0, kPort)), kOk);
-    }
-    EXPECT_EQ(driver_.user_mac_addr_add(0, entry(station(MacTable::kCapacity), kVid, 0, kPort)),
-              chip::code(Status::kMacBucketFull));
-}
-
 TEST_F(DriverMac, WhatIsNotThereLeavesTheOutputAlone) {
     adp_l2_entry_t record;
     std::memset(&record, 0xEE, sizeof(record));

@@ -36,16 +36,6 @@ class DriverGroup : public test::MacTest {
     }
 };
 
-TEST_F(DriverGroup, AnEntryIsPreparedFromItsKey) {
-    netlink_mcast_entry_t entry;
-    std::memset(&entry, 0xEE, sizeof(entry));
-    EXPECT_EQ(driver_.User_mcast_addr_t_init(0, &entry, key_of(kGroup).data(), kVid), kOk);
-    netlink_mcast_entry_t expected = {};
-    std::memcpy(expected.mac, key_of(kGroup).data(), sizeof(expected.mac));
-    expected.vid = kVid;
-    EXPECT_EQ(std::memcmp(&entry, &expected, sizeof(entry)), 0);
-}
-
 TEST_F(DriverGroup, CreatingAndRemovingNameFrontPortsAddingNamesChipPorts) {
     ASSERT_EQ(create(ports({0, 1, 26})), kOk);
     EXPECT_EQ(members(), ports({0, 4, 29}));
@@ -58,44 +48,6 @@ TEST_F(DriverGroup, CreatingAndRemovingNameFrontPortsAddingNamesChipPorts) {
     const netlink_mcast_entry_t leaving = record(ports({1, 2}));
     EXPECT_EQ(driver_.User_mcast_port_remove(0, 0, &leaving), kOk);
     EXPECT_EQ(members(), ports({0, 9, 29})) << "front port 1 is chip port 4";
-}
-
-TEST_F(DriverGroup, CreatingAnewReplacesTheMembers) {
-    ASSERT_EQ(create(ports({1, 2})), kOk);
-    ASSERT_EQ(create(ports({3})), kOk);
-    EXPECT_EQ(members(), ports({6}));
-    EXPECT_EQ(chip_.macs().group_count(), 1U);
-}
-
-TEST_F(DriverGroup, ImpossibleGroupsAreRefused) {
-    EXPECT_EQ(create(ports({27})), chip::code(Status::kNotFrontPort));
-    EXPECT_EQ(create(ports({1}), 30), chip::code(Status::kVlanMissing));
-    EXPECT_EQ(create(ports({1}), 0), kVlanRange);
-    netlink_mcast_entry_t entry = record(ports({1}));
-    entry.mac[0] = 2;
-    EXPECT_EQ(driver_.User_mcast_addr_add(0, 0, &entry), kMacNotGroup);
-    EXPECT_EQ(chip_.macs().size(), 0U);
-}
-
-TEST_F(DriverGroup, AMissingGroupIsRefusedAndLeavesTheOutputAlone) {
-    netlink_mcast_entry_t entry = record(ports({1}));
-    const netlink_mcast_entry_t before = entry;
-    EXPECT_EQ(driver_.User_mcast_port_get(0, 0, key_of(kGroup).data(), kVid, &entry), kGroupMissing);
-    EXPECT_EQ(std::memcmp(&entry, &before, sizeof(entry)), 0);
-    EXPECT_EQ(driver_.User_mcast_port_add(0, 0, &entry), kGroupMissing);
-    EXPECT_EQ(driver_.User_mcast_port_remove(0, 0, &entry), kGroupMissing);
-    EXPECT_EQ(driver_.User_mcast_addr_remove(0, 0, key_of(kGroup).data(), kVid), kGroupMissing);
-    const netlink_mcast_entry_t empty = {};
-    EXPECT_EQ(driver_.User_mcast_port_add(0, 0, &empty), kGroupMissing) << "what a failed look-up leaves its caller";
-}
-
-TEST_F(DriverGroup, PortsThatTheChipHasNotAreRefusedAndNothingIsAdded) {
-    ASSERT_EQ(create(ports({1})), kOk);
-    const netlink_mcast_entry_t entry = record(ports({5, 32}));
-    EXPECT_EQ(driver_.User_mcast_port_add(0, 0, &entry), kNoPort);
-    EXPECT_EQ(members(), ports({4}));
-    EXPECT_EQ(driver_.User_mcast_port_remove(0, 0, &entry), chip::code(Status::kNotFrontPort));
-    EXPECT_EQ(members(), ports({4}));
 }
 
 TEST_F(DriverGroup, TheL2CallsWorkOnTheSameGroups) {

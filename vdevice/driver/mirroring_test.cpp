@@ -6,9 +6,8 @@ namespace mirroring_test {
 
 using chip::Mirror;
 using chip::Status;
+using namespace test;
 
-constexpr int32_t kBadUnit = chip::code(Status::kBadUnit);
-constexpr int32_t kBadArgument = chip::code(Status::kBadArgument);
 constexpr int32_t kMirrorSession = chip::code(Status::kMirrorSession);
 constexpr int32_t kMirrorMissing = chip::code(Status::kMirrorMissing);
 constexpr uint32_t kInput = 0x2000;

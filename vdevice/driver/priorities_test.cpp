@@ -5,11 +5,8 @@ namespace vdevice::driver {
 namespace priorities_test {
 
 using chip::Status;
+using namespace test;
 
-constexpr int32_t kBadUnit = chip::code(Status::kBadUnit);
-constexpr int32_t kBadArgument = chip::code(Status::kBadArgument);
-constexpr int32_t kNoPort = chip::code(Status::kNoPort);
-constexpr int32_t kQueueRange = chip::code(Status::kQueueRange);
 constexpr adp_word_t kMinusOne = ~adp_word_t{0};
 
 /** What a read writes, or what stood there before. */

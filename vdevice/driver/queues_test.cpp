@@ -13,12 +13,8 @@ using chip::SchedulerSettings;
 using chip::Status;
 using ::testing::Each;
 using ::testing::ElementsAre;
+using namespace test;
 
-constexpr int32_t kBadUnit = chip::code(Status::kBadUnit);
-constexpr int32_t kBadArgument = chip::code(Status::kBadArgument);
-constexpr int32_t kNotFrontPort = chip::code(Status::kNotFrontPort);
-constexpr int32_t kNoPort = chip::code(Status::kNoPort);
-constexpr int32_t kQueueRange = chip::code(Status::kQueueRange);
 constexpr uint32_t kWeighted = 2;
 constexpr uint32_t kUnwritten = 99;
 constexpr QueueWeights kZeros{};
@@ -171,19 +167,6 @@ TEST_F(DriverQueues, WhatCannotBeIsRefusedAndChangesNothing) {
     EXPECT_EQ(read.mode, kUnwritten);
     EXPECT_EQ(scheduler(4).mode, SchedulerMode::kStrict);
     EXPECT_THAT(scheduler(4).weights, Each(1));
-}
-
-TEST_F(DriverQueues, ShapersOfOtherPortsAndRatesAreRefused) {
-    uint32_t rate = kUnwritten;
-    uint32_t burst = kUnwritten;
-    for (const int32_t port : {-1, 32}) {
-        EXPECT_EQ(driver_.user_port_egress_rate_set(0, 0, port, 64, 16), kNoPort);
-        EXPECT_EQ(driver_.user_port_egress_rate_get(0, 0, port, &rate, &burst), kNoPort);
-    }
-    EXPECT_EQ(driver_.user_port_egress_rate_set(0, 0, 4, 100'000'001, 16), kBadArgument);
-    EXPECT_EQ(rate, kUnwritten);
-    EXPECT_EQ(burst, kUnwritten);
-    EXPECT_FALSE(chip_.queues().holds(4));
 }
 
 }  // namespace queues_test

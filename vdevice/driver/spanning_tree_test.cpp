@@ -6,9 +6,8 @@ namespace vdevice::driver {
 namespace spanning_tree_test {
 
 using chip::Status;
+using namespace test;
 
-constexpr int32_t kBadUnit = chip::code(Status::kBadUnit);
-constexpr int32_t kBadArgument = chip::code(Status::kBadArgument);
 constexpr int32_t kStgMissing = chip::code(Status::kStgMissing);
 constexpr int32_t kListUnknown = chip::code(Status::kListUnknown);
 constexpr int32_t kVids = 4094;

@@ -5,14 +5,10 @@ namespace vdevice::driver {
 namespace tags_test {
 
 using chip::Status;
+using namespace test;
 
-constexpr int32_t kBadUnit = chip::code(Status::kBadUnit);
-constexpr int32_t kBadArgument = chip::code(Status::kBadArgument);
 constexpr int32_t kMissing = chip::code(Status::kTagEntryMissing);
 constexpr int32_t kExists = chip::code(Status::kTagEntryExists);
-constexpr int32_t kNoPort = chip::code(Status::kNoPort);
-constexpr int32_t kCpuPort = chip::code(Status::kCpuPort);
-constexpr int32_t kVlanRange = chip::code(Status::kVlanRange);
 constexpr adp_word_t kKeep = ~adp_word_t{0};
 constexpr adp_word_t kNet = 0xC0000200;
 constexpr adp_word_t kMask = 0xFFFFFF00;
@@ -129,19 +125,6 @@ TEST_F(DriverTags, ModesAndTpidsOfPorts) {
     }
     EXPECT_EQ(chip_.port(4).tags.tpid, 0xFFFF);
     EXPECT_EQ(chip_.port(5).tags.tpid, 0x8100);
-}
-
-TEST_F(DriverTags, TheCpuPortsTagsAreReadButNotChanged) {
-    uint32_t value = 99;
-    EXPECT_EQ(driver_.user_port_dtag_mode_set(0, 0, 0, 2), kCpuPort);
-    EXPECT_EQ(driver_.user_port_tpid_set(0, 0, 0, 0x88A8, 0), kCpuPort);
-    EXPECT_EQ(driver_.user_port_dtag_mode_get(0, 0, 0, &value), kOk);
-    EXPECT_EQ(value, 0U);
-    EXPECT_EQ(driver_.user_port_tpid_get(0, 0, 0, &value), kOk);
-    EXPECT_EQ(value, 0x8100U);
-    EXPECT_EQ(driver_.user_port_tpid_set(0, 0, 32, 0x88A8, 0), kNoPort);
-    EXPECT_EQ(driver_.user_port_dtag_mode_set(0, 0, -1, 1), kNoPort);
-    EXPECT_EQ(driver_.user_port_tpid_get(0, 0, -1, &value), kNoPort);
 }
 
 }  // namespace tags_test

@@ -12,9 +12,8 @@ namespace trunks_test {
 
 using chip::Status;
 using namespace chip::test;
+using namespace test;
 
-constexpr int32_t kBadUnit = chip::code(Status::kBadUnit);
-constexpr int32_t kBadArgument = chip::code(Status::kBadArgument);
 constexpr int32_t kTrunkMissing = chip::code(Status::kTrunkMissing);
 
 adp_agg_record_t record_of(std::initializer_list<uint8_t> ports) {

@@ -5,8 +5,8 @@
 
 namespace vdevice::chip::test {
 
-inline auto seeds() {
-    return testing::Range(1U, 1U + VDEVICE_SEEDS);
+inline auto seeds(unsigned times = 1) {
+    return testing::Range(1U, 1U + times * VDEVICE_SEEDS);
 }
 
 }  // namespace vdevice::chip::test
