@@ -49,6 +49,15 @@ class FieldKeyTest : public testing::Test {
     static bool has(const Octets &rest, Field field) { return meets(rest, field, 0, 1) || meets(rest, field, 1, 1); }
 };
 
+TEST_F(FieldKeyTest, MacAddresses) {
+    const FieldKey key = key_of(kAddresses + test::kPayload);
+    EXPECT_TRUE(key.meets({Field::kDestinationMac, {0x0200, 2}, {0xFFFF, kAll}}));
+    EXPECT_TRUE(key.meets({Field::kSourceMac, {0x0200, 1}, {0xFFFF, kAll}}));
+    EXPECT_FALSE(key.meets({Field::kSourceMac, {0x0200, 2}, {0xFFFF, kAll}}));
+    EXPECT_FALSE(key.meets({Field::kSourceMac, {0x0300, 1}, {0xFFFF, kAll}}));
+    EXPECT_TRUE(key.meets({Field::kSourceMac, {0x0200, 99}, {0xFFFF, 0xFFFFFF00}}));
+}
+
 TEST_F(FieldKeyTest, TheInnerVlanIsThatOfTheInnermostTag) {
     const Octets one = test::vlan_tag(0xA00A) + test::kPayload;
     EXPECT_TRUE(meets(one, Field::kInnerVid, 10));

@@ -22,6 +22,16 @@ TEST_F(FieldPipeline, RedirectionToASetSkipsTheIngressPortAndPortsThatAreDown) {
     EXPECT_EQ(dropped(kA, Drop::kNoDestination), 1U);
 }
 
+TEST_F(FieldPipeline, RedirectionDoesNotCloseALoopThatSpanningTreeHasCut) {
+    constexpr uint32_t kBlocking = 1;
+    rule({{kRedirectPorts, 1U << kB | 1U << kC}});
+    ASSERT_EQ(chip_.stp().set_state(StpGroups::kDefault, kB, kBlocking), Status::kOk);
+    EXPECT_EQ(outputs(kA, kFlooded), (Ports{kC}));
+    ASSERT_EQ(chip_.stp().set_state(StpGroups::kDefault, kA, kBlocking), Status::kOk);
+    EXPECT_TRUE(outputs(kA, kFlooded).empty());
+    EXPECT_EQ(dropped(kA, Drop::kStpBlocked), 1U);
+}
+
 TEST_F(FieldPipeline, ADropBeatsEverything) {
     add_rule(3, 768, {{kRedirectPort, kC}, {kCopyToCpu}, {kToCpu}, {kPermit}, {kCount, 9}});
     add_rule(9, 0, {{kDropIt}});
@@ -141,6 +151,21 @@ TEST_F(FieldPipeline, AMirrorGetsTheFrameAsItCameIn) {
     EXPECT_EQ(sent[1].first, kB);
     add_actions(768, {{kDropIt}});
     EXPECT_TRUE(outputs(kA, frame).empty()) << "what is dropped is not copied";
+}
+
+TEST_F(FieldPipeline, AResetForgetsEverything) {
+    rule({{kDropIt}, {kCount, 1}});
+    ASSERT_EQ(chip_.fields().meters().set(1, 100, 0s), Status::kOk);
+    chip_.fields().meters().exclude_gap();
+    ASSERT_EQ(chip_.set_miss_action(kB, MissAction::kDrop), Status::kOk);
+    send(kA, kFlooded);
+    chip_.fields().reset();
+    EXPECT_EQ(outputs(kA, kFlooded).size(), 3U);
+    EXPECT_EQ(outputs(kB, kFlooded).size(), 3U);
+    EXPECT_EQ(count(1, CounterType::kFrames), 0U);
+    EXPECT_FALSE(chip_.fields().meters().find(1));
+    EXPECT_EQ(table().find(768), nullptr);
+    EXPECT_FALSE(chip_.fields().meters().counts_gap());
 }
 
 TEST_F(FieldPipeline, TheMeterThatAnEntryNamesIsTakenAway) {

@@ -179,6 +179,21 @@ TEST_F(FieldTableTest, ABrokenPairNeverMatches) {
     }
 }
 
+TEST_F(FieldTableTest, OnlyNeighboursOfAWideGroupAreJoined) {
+    create(1, 1290);
+    EXPECT_EQ(table_.join(1290), Status::kFieldMissing) << "no second half";
+    create(1, 1291);
+    create(1, 1292);
+    EXPECT_EQ(table_.join(1291), Status::kFieldPair);
+    EXPECT_EQ(table_.join(1290), Status::kOk);
+    EXPECT_EQ(table_.join(1290), Status::kOk) << "again changes nothing";
+    create(2, 900);
+    create(2, 901);
+    EXPECT_EQ(table_.join(900), Status::kFieldPair);
+    create(1, 1535);
+    EXPECT_EQ(table_.join(1535), Status::kFieldPair);
+}
+
 TEST_F(FieldTableTest, SlicesFieldsAndActionsAreToldInTheDocument) {
     for (const auto &group : kGroups) {
         test::expect_row("field-processor.md", "| " + std::to_string(group.group) + " | " +

@@ -65,5 +65,20 @@ TEST(MeterTable, MakesChangesAndTakesAway) {
     EXPECT_FALSE(table.find(0));
 }
 
+TEST(MeterTable, CountsCheckSequenceAndGapUntilTheGapIsExcluded) {
+    MeterTable table;
+    ASSERT_EQ(table.set(0, kMegabit, 0s), Status::kOk);
+    ASSERT_EQ(table.set(1, kMegabit, 0s), Status::kOk);
+    EXPECT_TRUE(table.passes(0, 3084 - 24, 0s));
+    EXPECT_FALSE(table.passes(0, 0, 0s)) << "nothing left, not for the gap alone";
+    table.exclude_gap();
+    EXPECT_TRUE(table.passes(1, 3084 - 4 - 4, 0s));
+    EXPECT_TRUE(table.passes(1, 0, 0s)) << "four octets left for a check sequence";
+    EXPECT_FALSE(table.passes(1, 0, 0s));
+    table.clear();
+    EXPECT_FALSE(table.find(0));
+    EXPECT_FALSE(table.counts_gap()) << "what is counted is no meter's own";
+}
+
 }  // namespace meter_test
 }  // namespace vdevice::chip

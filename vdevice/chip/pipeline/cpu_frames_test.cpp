@@ -58,6 +58,18 @@ TEST_F(CpuFramesTest, Opcodes3And4ApplyTheEgressRule) {
               (std::vector<Sent>{{kLow, kAddresses + kPayload}, {kHigh, kAddresses + tagged}}));
 }
 
+TEST_F(CpuFramesTest, Opcodes0And2AreDropped) {
+    EXPECT_TRUE(send(test::transmit_tag(0, kLow), kPayload).empty());
+    EXPECT_TRUE(send(test::transmit_tag(2, kLow), kPayload).empty());
+    EXPECT_EQ(dropped(Drop::kBadOpcode), 2U);
+}
+
+TEST_F(CpuFramesTest, FramesToTheCpuPortItselfAreDropped) {
+    EXPECT_TRUE(send(test::transmit_tag(6, kCpu), kPayload).empty());
+    EXPECT_EQ(send(test::transmit_tag(7, 1U << kCpu | 1U << kLow), kPayload).size(), 1U);
+    EXPECT_EQ(dropped(Drop::kDirectedToCpu), 2U);
+}
+
 TEST_F(CpuFramesTest, UnknownAndDownPortsSendNothing) {
     EXPECT_TRUE(send(test::transmit_tag(6, 32), kPayload).empty());
     EXPECT_TRUE(send(test::transmit_tag(6, 0x1FFFFFF), kPayload).empty());
@@ -66,6 +78,17 @@ TEST_F(CpuFramesTest, UnknownAndDownPortsSendNothing) {
     EXPECT_TRUE(send(test::transmit_tag(6, 10), kPayload).empty());
     EXPECT_EQ(send(test::transmit_tag(7, 1U << 10 | 1U << kLow), kPayload).size(), 1U);
     EXPECT_EQ(dropped(Drop::kEgressDown), 2U);
+}
+
+TEST_F(CpuFramesTest, FramesWithoutAWholeTagAreDropped) {
+    EXPECT_TRUE(send({}, kPayload).empty());
+    EXPECT_EQ(dropped(Drop::kNoSwitchTag), 1U);
+    const Octets whole = kAddresses + test::transmit_tag(6, kLow) + kPayload;
+    for (size_t length = kHeaderBytes; length < kHeaderBytes + kTransmitTagBytes; ++length) {
+        chip_.receive(1s, kCpu, Bytes{whole}.first(length));
+        EXPECT_TRUE(sink_.take().empty());
+    }
+    EXPECT_EQ(dropped(Drop::kNoSwitchTag), 1U + kTransmitTagBytes);
 }
 
 }  // namespace cpu_frames_test

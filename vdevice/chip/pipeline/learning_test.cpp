@@ -62,6 +62,16 @@ TEST_F(LearningTest, FramesFromAFilteredAddressAreDropped) {
     EXPECT_EQ(outputs(kA, 1, 9), std::vector<int>{kB}) << "frames to it are not";
 }
 
+TEST_F(LearningTest, AFilterHoldsWhateverThePortLearns) {
+    filter(9, true, true);
+    for (const LearnMode &mode : kLearnModes) {
+        ASSERT_EQ(change(kB, [&](Port &port) { port.learning = mode; }), Status::kOk);
+        EXPECT_EQ(hears_of(kB, 9), 0U) << mode.number;
+    }
+    chip_.tick(1000000s);
+    EXPECT_TRUE(knows(9)) << "it neither ages nor moves";
+}
+
 TEST_F(LearningTest, EntriesNeedTheirVlanPortAndTrunk) {
     MacEntry entry;
     entry.mac = mac(1);

@@ -62,6 +62,18 @@ TEST_F(MirrorTest, BothDirectionsAndTheCpu) {
     EXPECT_EQ(copies(kCpu, directed), Copies{directed});
 }
 
+TEST_F(MirrorTest, OnlyWhatIsUsedCanBeDisabled) {
+    MirrorTable &mirrors = chip_.mirrors();
+    EXPECT_EQ(mirrors.check_disabled(0, true), Status::kMirrorMissing);
+    EXPECT_EQ(mirrors.set_disabled(0, true), Status::kMirrorMissing);
+    EXPECT_EQ(mirrors.set_disabled(0, false), Status::kOk);
+    ASSERT_EQ(mirrors.set_flow_destination(0, kSpy), Status::kOk);
+    EXPECT_EQ(mirrors.check_disabled(0, true), Status::kOk);
+    EXPECT_FALSE(mirrors.session(0).disabled) << "a question changes nothing";
+    EXPECT_EQ(mirrors.check_disabled(4, false), Status::kMirrorSession);
+    EXPECT_EQ(mirrors.set_disabled(4, false), Status::kMirrorSession);
+}
+
 TEST_F(MirrorTest, TheSessionIsForgottenWithItsLastUse) {
     ASSERT_EQ(mirror(0, kA, kSpy, kIngress), Status::kOk);
     ASSERT_EQ(chip_.mirrors().set_disabled(0, true), Status::kOk);

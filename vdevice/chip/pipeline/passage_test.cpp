@@ -33,6 +33,12 @@ class Decisions : public test::PassageTest {
     static std::pair<ChosenBy, ChosenBy> both(ChosenBy by) { return {by, by}; }
 };
 
+TEST_F(Decisions, VlanAndPriorityComeFromTheTagOrThePort) {
+    EXPECT_EQ(chosen_by(kPayload), both(ChosenBy::kPort));
+    EXPECT_EQ(chosen_by(vlan_tag(kPriority5InVlan1) + kPayload), both(ChosenBy::kTag));
+    EXPECT_EQ(chosen_by(vlan_tag(0xA000) + kPayload), std::pair(ChosenBy::kPort, ChosenBy::kTag));
+}
+
 TEST_F(Decisions, TablesOfTagsChooseTheVlanAndIfTheyHaveOneThePriority) {
     ASSERT_EQ(chip_.tag_rules().ingress.add(kA, 1, {1}), Status::kOk);
     EXPECT_EQ(chosen_by(vlan_tag(kPriority5InVlan1) + kPayload), std::pair(ChosenBy::kTranslation, ChosenBy::kTag));
@@ -78,6 +84,17 @@ TEST_F(Decisions, WhatBecameOfTheSource) {
     EXPECT_EQ(learned(kA, 4), Learned::kNot);
 }
 
+TEST_F(Decisions, AFullBucketHasNoRoomForASource) {
+    const Mac source = Mac::at(station(1), 0);
+    for (uint32_t number = 1; chip_.macs().size() < MacTable::kBucketSlots; ++number) {
+        const Mac other{uint64_t{0x040000000000} + number};
+        if (MacTable::bucket_of(other, 1) == MacTable::bucket_of(source, 1)) {
+            chip_.macs().learn(other, 1, kC, 1s);
+        }
+    }
+    EXPECT_EQ(learned(kA, 1), Learned::kNoRoom);
+}
+
 TEST_F(Decisions, WhyAFrameIsForTheCpuAlone) {
     const Octets source = station(1);
     chip_.traps().lldp = true;
@@ -111,6 +128,16 @@ TEST_F(Decisions, WhichWayAFrameGoes) {
               PortSet::of(kA).add(kB));
     rule({{test::kRedirectPort, kC}});
     EXPECT_EQ(way_of(test::kFlooded), std::pair(Way::kRedirected, none));
+}
+
+TEST_F(Decisions, ADroppedFrameTellsWhy) {
+    chip_.set_link(kA, false);
+    EXPECT_EQ(passage(kA, test::kFlooded).drop, Drop::kPortDown);
+    change(kA, [](Port &port) { port.loopback = 1; });
+    EXPECT_EQ(passage(kA, test::kFlooded).drop, Drop::kLoopback);
+    EXPECT_EQ(passage(kB, kAddresses).drop, Drop::kRunt);
+    EXPECT_EQ(passage(kB, station(7) + station(1) + vlan_tag(9) + kPayload).drop, Drop::kVlanMissing);
+    EXPECT_EQ(passage(kB, station(1) + station(1) + kPayload).drop, Drop::kSamePort);
 }
 
 }  // namespace passage_test

@@ -47,6 +47,16 @@ TEST_F(PipelineTest, AFloodWithoutAnyOtherPortIsCounted) {
     EXPECT_EQ(dropped(kA, Drop::kNoDestination), 1U);
 }
 
+TEST_F(PipelineTest, RuntsOfEveryLengthAreDropped) {
+    const Octets tagged = kBroadcast + station(1) + test::vlan_tag(1) + kPayload;
+    const size_t shortest = kHeaderBytes + kVlanTagBytes;
+    for (size_t length = 0; length < shortest; ++length) {
+        EXPECT_TRUE(send(kA, Octets(tagged.begin(), tagged.begin() + static_cast<ptrdiff_t>(length))).empty());
+    }
+    EXPECT_EQ(dropped(kA, Drop::kRunt), shortest);
+    EXPECT_EQ(send(kA, kBroadcast + station(1) + test::octets16(0x0800)).size(), 3U);
+}
+
 TEST_F(PipelineTest, RefusesPortsThatTheChipHasNot) {
     for (const int port : {-1, 32, 255, 1000}) {
         EXPECT_EQ(chip_.set_link(port, true), Status::kNoPort);
@@ -55,6 +65,16 @@ TEST_F(PipelineTest, RefusesPortsThatTheChipHasNot) {
         EXPECT_EQ(chip_.add_static_mac(Mac{0x020000000001}, 1, port), Status::kNoPort);
         EXPECT_TRUE(send(port, kBroadcast + station(1) + kPayload).empty());
     }
+}
+
+TEST_F(PipelineTest, PortVlansAndStaticAddressesNeedTheirVlan) {
+    EXPECT_EQ(chip_.set_pvid(kA, 10), Status::kVlanMissing);
+    EXPECT_EQ(chip_.set_pvid(kA, 0), Status::kVlanRange);
+    EXPECT_EQ(chip_.set_pvid(kA, 4095), Status::kVlanRange);
+    EXPECT_EQ(chip_.port(kA).pvid, 1);
+    EXPECT_EQ(chip_.add_static_mac(Mac{0x020000000001}, 10, kA), Status::kVlanMissing);
+    EXPECT_EQ(chip_.add_static_mac(Mac{0x020000000001}, 0x10001, kA), Status::kVlanRange);
+    EXPECT_EQ(chip_.add_static_mac(Mac{0x020000000001}, 1, kA), Status::kOk);
 }
 
 }  // namespace pipeline_test

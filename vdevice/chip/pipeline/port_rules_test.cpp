@@ -8,7 +8,6 @@ namespace port_rules_test {
 
 using namespace test;
 
-
 class PortRules : public test::ChipTest {
   protected:
     void set_mode(int port, int64_t number) {
@@ -73,6 +72,21 @@ TEST_F(PortRules, TwoLoopedPortsDoNotLoopForEver) {
     EXPECT_GT(dropped(kB, Drop::kLoopback) + dropped(kC, Drop::kLoopback), 0U);
     set_loopback(kC, 0);
     EXPECT_EQ(send(kA, kBroadcast + station(1) + kPayload).size(), 5U) << "the limit is each frame's own";
+}
+
+TEST_F(PortRules, WithoutJumboFramesLongOnesAreDroppedBothWays) {
+    ASSERT_EQ(change(kB, [](Port &port) { port.jumbo = false; }), Status::kOk);
+    const auto frame_of = [](size_t size) {
+        return kBroadcast + station(1) + test::octets16(0x0800) + Octets(size - kHeaderBytes, 0x11);
+    };
+    EXPECT_EQ(outputs(kA, frame_of(1518)), (std::vector<int>{kCpu, kB, kC}));
+    EXPECT_EQ(outputs(kA, frame_of(1519)), (std::vector<int>{kCpu, kC}));
+    EXPECT_EQ(chip_.port(kB).counters.tx_too_long, 1U);
+    EXPECT_EQ(chip_.port(kB).counters.tx_frames, 1U);
+    EXPECT_EQ(outputs(kB, frame_of(1518)), (std::vector<int>{kCpu, kA, kC}));
+    EXPECT_TRUE(send(kB, frame_of(1519)).empty());
+    EXPECT_EQ(dropped(kB, Drop::kOversize), 1U);
+    EXPECT_EQ(outputs(kA, frame_of(9600)), (std::vector<int>{kCpu, kC}));
 }
 
 TEST_F(PortRules, AClosedPortPassesKnownSourcesOnly) {

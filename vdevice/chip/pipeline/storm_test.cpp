@@ -62,6 +62,18 @@ TEST_F(StormTest, ALimitHoldsItsTypeOnItsPortAndNothingElse) {
     EXPECT_EQ(dropped(kA, Drop::kStorm), 3 * 6U);
 }
 
+TEST_F(StormTest, KeepsToTheRateExactly) {
+    limit(StormType::kBroadcast, kFourFrames);
+    EXPECT_EQ(pass(kBroadcast, 10, 1s), kFour);
+    EXPECT_EQ(pass(kBroadcast, 1, 1s + 999'999ns), 0U) << "a frame a millisecond";
+    EXPECT_EQ(pass(kBroadcast, 2, 1s + 1ms), 1U);
+    EXPECT_EQ(pass(kBroadcast, 10, 1s + 4ms), 3U);
+    EXPECT_EQ(pass(kBroadcast, 10, 10s), kFour);
+    EXPECT_EQ(kind(StormType::kBroadcast).limiter.passed(), 2 * kFour + 4);
+    EXPECT_EQ(kind(StormType::kBroadcast).limiter.dropped(), 6U + 1 + 1 + 7 + 6);
+    EXPECT_EQ(dropped(kA, Drop::kStorm), kind(StormType::kBroadcast).limiter.dropped());
+}
+
 TEST_F(StormTest, CountsTheTagAndTheCheckSequence) {
     limit(StormType::kBroadcast, kFourFrames);
     const Octets tagged = kBroadcast + station(1) + test::vlan_tag(1) + kBody;
@@ -109,6 +121,26 @@ TEST_F(StormTest, TheJointLimitLeavesATypeAloneThatIsNotSelected) {
     EXPECT_EQ(pass(kBroadcast, 10, 1s), kFour);
     change(kA, [](Port &port) { port.storm.set_in_joint(StormType::kJoint, true); });
     EXPECT_EQ(pass(kGroup, 10, 1s), 0U);
+}
+
+TEST_F(StormTest, RefusesRatesAndDepthsThatTheChipHasNot) {
+    Limiter limiter;
+    EXPECT_EQ(limiter.set({TokenBucket::kMaxRate, TokenBucket::kMaxDepth}, 1s), Status::kOk);
+    EXPECT_EQ(limiter.set({TokenBucket::kMaxRate + 1, 1}, 1s), Status::kBadArgument);
+    EXPECT_EQ(limiter.set({1, TokenBucket::kMaxDepth + 1}, 1s), Status::kBadArgument);
+    EXPECT_EQ(limiter.limit(), (RateLimit{TokenBucket::kMaxRate, TokenBucket::kMaxDepth}));
+}
+
+TEST_F(StormTest, AChangedLimitIsNoFreshOne) {
+    limit(StormType::kBroadcast, kFourFrames);
+    EXPECT_EQ(pass(kBroadcast, 10, 1s), kFour);
+    limit(StormType::kBroadcast, {kRate, 8});
+    EXPECT_EQ(pass(kBroadcast, 10, 1s), 0U);
+    limit(StormType::kBroadcast, {0, 8});
+    EXPECT_EQ(pass(kBroadcast, 10, 1s), 10U);
+    EXPECT_EQ(kind(StormType::kBroadcast).limiter.dropped(), 0U) << "what was counted went with the limit";
+    limit(StormType::kBroadcast, kFourFrames);
+    EXPECT_EQ(pass(kBroadcast, 10, 1s), kFour);
 }
 
 TEST_F(StormTest, ThePolicerIsOnAllThatComesIn) {

@@ -56,6 +56,30 @@ TEST_F(TrapsTest, LldpToItsThreeAddressesGoesToTheCpuOnly) {
     EXPECT_EQ(copies(test::kBroadcast + station(1) + lldp), 3U);
 }
 
+TEST_F(TrapsTest, BpdusGoToTheCpuOnly) {
+    const Octets bridges = {0x01, 0x80, 0xC2, 0, 0, 0x00};
+    const Octets bpdu = test::octets16(38) + Octets{0x42, 0x42, 3} + Octets(43, 0);
+    EXPECT_EQ(copies(bridges + station(1) + bpdu), 3U);
+    chip_.traps().bpdu = true;
+    EXPECT_EQ(copies(bridges + station(1) + bpdu), 1U);
+    EXPECT_EQ(copies(Octets{0x01, 0x80, 0xC2, 0, 0, 0x08} + station(1) + bpdu), 3U) << "another address";
+    EXPECT_EQ(copies(bridges + station(1) + test::octets16(38) + Octets{0xAA, 0xAA, 3} + Octets(43, 0)), 3U);
+    EXPECT_EQ(copies(bridges + station(1) + test::octets16(0x8809) + Octets{0x42, 0x42, 3} + Octets(43, 0)), 3U)
+        << "a type is no length";
+    EXPECT_EQ(copies(bridges + station(1) + test::octets16(1) + Octets{0x42}), 3U) << "cut short";
+}
+
+TEST_F(TrapsTest, NeitherVlanNorLearningModeNorIsolationHoldThemUp) {
+    chip_.traps().lacp = true;
+    ASSERT_EQ(chip_.vlans().set_ports(1, PortSet{}, PortSet{}), Status::kOk);
+    ASSERT_EQ(chip_.set_egress(kA, PortSet{}), Status::kOk);
+    ASSERT_EQ(change(kA, [](Port &port) { port.learning = *find_learn_mode(0); }), Status::kOk);
+    EXPECT_EQ(copies(kSlow + station(1) + body(kLacp)), 1U);
+    chip_.set_link(kCpu, false);
+    EXPECT_EQ(copies(kSlow + station(1) + body(kLacp)), 0U);
+    EXPECT_EQ(dropped(kA, Drop::kEgressDown), 1U);
+}
+
 TEST_F(TrapsTest, MembersOfATrunkAreToldApart) {
     chip_.traps().lacp = true;
     ASSERT_EQ(chip_.create_trunk(0), Status::kOk);

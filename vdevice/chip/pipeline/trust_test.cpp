@@ -19,7 +19,6 @@ Octets packet6(uint32_t dscp) {
     return ipv6({.next_header = kUdp, .traffic_class = traffic_class}, kDatagram);
 }
 
-
 class TrustTest : public test::PriorityTest {
   protected:
     /** The port's own priority is 6. */

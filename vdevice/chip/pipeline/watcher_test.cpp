@@ -33,6 +33,18 @@ class WatcherTest : public test::PassageTest {
     }
 };
 
+TEST_F(WatcherTest, CopiesLeaveMirrorsCopiesToo) {
+    send(kA, frame());
+    EXPECT_EQ(watcher_.take_left(), (LeftCopies{{kB, Origin::kSwitched}}));
+    ASSERT_EQ(chip_.mirrors().set_port(0, kA, kC, 2), Status::kOk);
+    send(kA, frame());
+    EXPECT_EQ(watcher_.take_left(), (LeftCopies{{kC, Origin::kMirror}, {kB, Origin::kSwitched}}));
+    chip_.set_link(kC, false);
+    send(kA, frame());
+    EXPECT_EQ(watcher_.take_left(), (LeftCopies{{kB, Origin::kSwitched}}));
+    EXPECT_EQ(watcher_.take_lost(), (LostCopies{{kC, Lost::kMirrorDown, Origin::kMirror}}));
+}
+
 TEST_F(WatcherTest, AQueuedCopyLeavesAfterItsFrameHasPassed) {
     shape_b();
     const Passage p = passage(kA, frame());
@@ -41,6 +53,31 @@ TEST_F(WatcherTest, AQueuedCopyLeavesAfterItsFrameHasPassed) {
     chip_.depart(3s);
     EXPECT_EQ(watcher_.take_left(), (LeftCopies{{kB, Origin::kSwitched}}));
     EXPECT_TRUE(watcher_.take_lost().empty());
+}
+
+TEST_F(WatcherTest, ACopyIsLostForWantOfRoom) {
+    shape_b();
+    for (size_t i = 0; i < PortQueues::kQueueOctets / kOctets; ++i) {
+        send(kA, frame());
+    }
+    EXPECT_TRUE(watcher_.take_lost().empty());
+    send(kA, frame());
+    EXPECT_EQ(watcher_.take_lost(), (LostCopies{{kB, Lost::kNoRoom, Origin::kSwitched}}));
+}
+
+TEST_F(WatcherTest, WhatWaitsIsLostWithItsPort) {
+    shape_b();
+    send(kA, frame());
+    send(kA, frame());
+    chip_.set_link(kB, false);
+    const test::RecordingWatcher::LostCopy flushed{kB, Lost::kFlushed, Origin::kSwitched};
+    EXPECT_EQ(watcher_.take_lost(), (LostCopies{flushed, flushed}));
+}
+
+TEST_F(WatcherTest, ACopyIsTooLongForItsPort) {
+    change(kB, [](Port &port) { port.jumbo = false; });
+    send(kA, frame(kMaxPlainFrameBytes + 1));
+    EXPECT_EQ(watcher_.take_lost(), (LostCopies{{kB, Lost::kTooLong, Origin::kSwitched}}));
 }
 
 TEST_F(WatcherTest, ALoopedFramePassesAgainUntilItIsLoopedTooOften) {

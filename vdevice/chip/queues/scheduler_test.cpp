@@ -101,5 +101,14 @@ TEST_F(SchedulerTest, WeightsShareOctetsOfFramesOfAnyLength) {
     }
 }
 
+TEST(SchedulerSettings, OnlyTheModesAndWeightsThatThereAreAreGood) {
+    EXPECT_EQ(SchedulerSettings{}.check(), Status::kOk);
+    for (const uint32_t mode : {3U, 4U, 0xFFFFFFFFU}) {
+        EXPECT_EQ((SchedulerSettings{static_cast<SchedulerMode>(mode)}.check()), Status::kBadArgument) << mode;
+    }
+    EXPECT_EQ((SchedulerSettings{SchedulerMode::kWeighted, {127, 0, 0, 0, 0, 0, 0, 127}}.check()), Status::kOk);
+    EXPECT_EQ((SchedulerSettings{SchedulerMode::kWeighted, {0, 0, 0, 0, 0, 0, 0, 128}}.check()), Status::kBadArgument);
+}
+
 }  // namespace scheduler_test
 }  // namespace vdevice::chip

@@ -131,5 +131,12 @@ TEST_F(Shaping, DirectedFramesWaitLikeOthers) {
     EXPECT_EQ(chip_.queues().port(kB).waiting_frames(0), 1U);
 }
 
+TEST_F(Shaping, PortsThatTheChipHasNotAreRefused) {
+    for (const int port : {-1, Switch::kPorts}) {
+        EXPECT_EQ(chip_.set_shaper(0s, port, {kRate, 0}), Status::kNoPort);
+        EXPECT_EQ(chip_.set_scheduler(0s, port, {}), Status::kNoPort);
+    }
+}
+
 }  // namespace shaping_test
 }  // namespace vdevice::chip

@@ -52,5 +52,14 @@ TEST(TokenBucket, ANewLimitHoldsFromNowOnAndLeavesWhatIsIn) {
     EXPECT_EQ(bucket.ready_at(64), 600ms) << "half a frame is in";
 }
 
+TEST(TokenBucket, ATimeBeyondAllTimesIsTheLastOne) {
+    constexpr size_t kAll = 125'000'000;
+    TokenBucket bucket{kOctets, {1, TokenBucket::kMaxDepth}, Time::max() - 1s};
+    ASSERT_TRUE(bucket.charge(kAll, Time::max() - 1s));
+    EXPECT_EQ(bucket.ready_at(125), Time::max()) << "in a second, to the nanosecond";
+    EXPECT_EQ(bucket.ready_at(126), Time::max());
+    EXPECT_EQ(bucket.ready_at(124), Time::max() - 8ms);
+}
+
 }  // namespace token_bucket_test
 }  // namespace vdevice::chip

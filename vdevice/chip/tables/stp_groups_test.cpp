@@ -21,6 +21,20 @@ class StpGroupsTest : public testing::Test {
     StpGroups groups_{Switch::chip_ports()};
 };
 
+TEST_F(StpGroupsTest, GroupsAreMadeAndDestroyedOnce) {
+    for (const int group : {1, 15}) {
+        EXPECT_EQ(groups_.destroy(group), Status::kStgMissing);
+        EXPECT_EQ(groups_.create(group), Status::kOk);
+        EXPECT_EQ(groups_.create(group), Status::kStgExists);
+    }
+    EXPECT_EQ(groups_.list(), (std::vector<int>{0, 1, 15}));
+    EXPECT_EQ(groups_.destroy(15), Status::kOk);
+    EXPECT_EQ(groups_.check(15), Status::kStgMissing);
+    EXPECT_EQ(groups_.create(0), Status::kStgExists);
+    EXPECT_EQ(groups_.destroy(0), Status::kStgIsDefault);
+    EXPECT_EQ(groups_.list(), (std::vector<int>{0, 1}));
+}
+
 TEST_F(StpGroupsTest, NumbersOutsideTheTableAreRefusedEverywhere) {
     for (const int64_t group : {int64_t{-1}, int64_t{16}, int64_t{0x100000000}}) {
         EXPECT_EQ(groups_.create(group), Status::kStgRange);

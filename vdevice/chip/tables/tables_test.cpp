@@ -91,6 +91,18 @@ class VlanTableTest : public testing::Test {
     VlanTable table_{existing_, Vlan{existing_, existing_}};
 };
 
+TEST_F(VlanTableTest, RefusesVlansOutsideTheRange) {
+    for (const uint32_t vid : {0U, 4095U, 4096U, 0x10005U, 0xFFFFFFFFU}) {
+        EXPECT_EQ(table_.create({vid, vid}), Status::kVlanRange);
+        EXPECT_EQ(table_.destroy({vid, vid}), Status::kVlanRange);
+        EXPECT_EQ(table_.set_ports(vid, {}, {}), Status::kVlanRange);
+        EXPECT_EQ(table_.set_default(vid), Status::kVlanRange);
+        EXPECT_EQ(table_.find(vid), nullptr);
+    }
+    EXPECT_EQ(table_.create({4094, 4094}), Status::kOk);
+    EXPECT_EQ(table_.create({20, 10}), Status::kVlanRange);
+}
+
 TEST_F(VlanTableTest, CreatesAWholeRangeOrNothing) {
     ASSERT_EQ(table_.create({15, 15}), Status::kOk);
     EXPECT_EQ(table_.create({10, 20}), Status::kVlanExists);

@@ -45,6 +45,32 @@ TEST_F(VidMapTest, HoldsWhatWasAddedUntilItIsRemoved) {
     EXPECT_EQ(table_.get(4, 100, change), Status::kTagEntryMissing);
 }
 
+TEST_F(VidMapTest, RefusesWhatCannotBe) {
+    for (const int64_t port : {-1, 32, 256}) {
+        EXPECT_EQ(table_.add(port, 100, {200, kKeep}), Status::kNoPort);
+        EXPECT_EQ(table_.remove(port, 100), Status::kNoPort);
+    }
+    EXPECT_EQ(table_.add(Switch::kCpuPort, 100, {200, kKeep}), Status::kCpuPort);
+    for (const uint32_t vid : {0U, 4095U, 0x10001U}) {
+        EXPECT_EQ(table_.add(4, vid, {200, kKeep}), Status::kVlanRange);
+        EXPECT_EQ(table_.add(4, 100, {vid, kKeep}), Status::kVlanRange);
+        EXPECT_EQ(table_.remove(4, vid), Status::kVlanRange);
+    }
+    EXPECT_TRUE(table_.entries().empty());
+}
+
+TEST_F(VidMapTest, IsFullAtItsCapacity) {
+    for (uint32_t vid = 1; vid <= VidMap::kCapacity; ++vid) {
+        ASSERT_EQ(table_.add(4, vid, {200, kKeep}), Status::kOk);
+    }
+    EXPECT_EQ(table_.add(5, 1, {200, kKeep}), Status::kTagTableFull);
+    EXPECT_EQ(table_.add(4, 1, {200, kKeep}), Status::kTagEntryExists);
+    EXPECT_EQ(table_.remove(4, 77), Status::kOk);
+    EXPECT_EQ(table_.add(5, 1, {200, kKeep}), Status::kOk);
+    table_.clear();
+    EXPECT_EQ(table_.add(4, 1, {200, kKeep}), Status::kOk);
+}
+
 class SubnetTableTest : public testing::Test {
   protected:
     uint32_t vid_of(int port, uint8_t host) const {
