@@ -84,6 +84,8 @@ TEST_F(FieldKeyTest, EtherTypeAndEncapsulation) {
     EXPECT_TRUE(meets(arp, Field::kEtherType, 0x0806));
     EXPECT_TRUE(is_frame_kind(arp, FrameKind::kEthernet));
     EXPECT_TRUE(is_ip_kind(arp, IpKind::kArp));
+    EXPECT_TRUE(has(octets16(1501) + Octets(46, 0), Field::kEtherType));
+    EXPECT_FALSE(has(octets16(1500) + Octets(46, 0), Field::kEtherType));
     const Octets llc = octets16(38) + Octets{0x42, 0x42, 0x03} + Octets(35, 0);
     EXPECT_FALSE(has(llc, Field::kEtherType));
     EXPECT_TRUE(is_frame_kind(llc, FrameKind::kLlc));

@@ -203,6 +203,7 @@ TEST(FieldActions, ParametersOutOfRangeAreRefused) {
     EXPECT_EQ(refusal(kRedirectPort, kAll), Status::kNoPort);
     EXPECT_EQ(refusal(kMeter, 12345, 63), Status::kOk);
     EXPECT_EQ(refusal(kMeter, 12345, 64), Status::kMeterRange);
+    EXPECT_EQ(refusal(kSetVlan, 1), Status::kOk);
     EXPECT_EQ(refusal(kSetVlan, 4094), Status::kOk);
     EXPECT_EQ(refusal(kSetVlan, 4095), Status::kVlanRange);
     EXPECT_EQ(refusal(kSetVlan, 0), Status::kVlanRange);

@@ -123,6 +123,7 @@ TEST_F(FieldTableTest, WhatWasNeverCreatedIsRefused) {
         EXPECT_EQ(table_.install(entry), refusal);
         EXPECT_EQ(table_.join(entry), refusal);
         EXPECT_EQ(table_.destroy(entry), refusal);
+        EXPECT_EQ(table_.find(entry), nullptr);
     }
 }
 
@@ -187,9 +188,13 @@ TEST_F(FieldTableTest, OnlyNeighboursOfAWideGroupAreJoined) {
     EXPECT_EQ(table_.join(1291), Status::kFieldPair);
     EXPECT_EQ(table_.join(1290), Status::kOk);
     EXPECT_EQ(table_.join(1290), Status::kOk) << "again changes nothing";
-    create(2, 900);
-    create(2, 901);
-    EXPECT_EQ(table_.join(900), Status::kFieldPair);
+    for (const auto &[group, first, last] : kGroups) {
+        if (group != 1 && group != 5) {
+            create(group, first);
+            create(group, first + 1);
+            EXPECT_EQ(table_.join(first), Status::kFieldPair) << group;
+        }
+    }
     create(1, 1535);
     EXPECT_EQ(table_.join(1535), Status::kFieldPair);
 }

@@ -10,7 +10,7 @@ namespace groups_test {
 
 using namespace test;
 
-constexpr int kTrunk = 3;
+constexpr int kTrunk = 0;
 constexpr uint32_t kVid = 1;
 const Octets kGroup4 = {0x01, 0, 0x5E, 1, 2, 3};
 const Octets kGroup6 = {0x33, 0x33, 0, 1, 2, 3};

@@ -136,6 +136,7 @@ TEST_F(StormTest, AChangedLimitIsNoFreshOne) {
     EXPECT_EQ(pass(kBroadcast, 10, 1s), kFour);
     limit(StormType::kBroadcast, {kRate, 8});
     EXPECT_EQ(pass(kBroadcast, 10, 1s), 0U);
+    EXPECT_EQ(pass(kBroadcast, 10, 1s + 8ms), 8U);
     limit(StormType::kBroadcast, {0, 8});
     EXPECT_EQ(pass(kBroadcast, 10, 1s), 10U);
     EXPECT_EQ(kind(StormType::kBroadcast).limiter.dropped(), 0U) << "what was counted went with the limit";

@@ -66,6 +66,8 @@ TEST_F(TrapsTest, BpdusGoToTheCpuOnly) {
     EXPECT_EQ(copies(bridges + station(1) + test::octets16(38) + Octets{0xAA, 0xAA, 3} + Octets(43, 0)), 3U);
     EXPECT_EQ(copies(bridges + station(1) + test::octets16(0x8809) + Octets{0x42, 0x42, 3} + Octets(43, 0)), 3U)
         << "a type is no length";
+    EXPECT_EQ(copies(bridges + station(1) + test::octets16(1500) + Octets{0x42, 0x42}), 1U);
+    EXPECT_EQ(copies(bridges + station(1) + test::octets16(1501) + Octets{0x42, 0x42}), 3U);
     EXPECT_EQ(copies(bridges + station(1) + test::octets16(1) + Octets{0x42}), 3U) << "cut short";
 }
 
