@@ -1,8 +1,6 @@
 // The calls on multicast groups and on what ports do with them. What they do to frames is tested on the chip.
 #include <gtest/gtest.h>
 
-#include <cstring>
-
 #include "vdevice/driver/testing/address_fixture.h"
 
 namespace vdevice::driver {

@@ -4,7 +4,6 @@
 namespace vdevice::driver {
 namespace priorities_test {
 
-using chip::Status;
 using namespace test;
 
 constexpr adp_word_t kMinusOne = ~adp_word_t{0};

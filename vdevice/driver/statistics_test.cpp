@@ -9,7 +9,6 @@
 namespace vdevice::driver {
 namespace statistics_test {
 
-using chip::Status;
 using namespace chip::test;
 
 constexpr int32_t kA = 4;

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <map>
-#include <set>
 
 #include "vdevice/chip/testing/random_chip.h"
 #include "vdevice/chip/testing/seeds.h"

@@ -1,8 +1,6 @@
 // Ports that the software counts among a trunk's members, and that wait to be some.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <set>
 #include <vector>
 
 #include "vdevice/chip/testing/trunk_fixture.h"
