@@ -18,6 +18,11 @@ using fuzz::expect;
 constexpr int kMostCalls = 64;
 constexpr int32_t kLongest = 256; /**< the longest block that a call reads; of others only the length is given */
 
+int32_t read_signed_byte(fuzz::Input *input) {
+    constexpr int32_t kSign = 0x80;
+    return (input->u8() ^ kSign) - kSign;
+}
+
 struct Block {
     Bytes bytes;
     int32_t length = 0;
@@ -86,7 +91,7 @@ void script_failures(fuzz::Input *input) {
                                  "user_field_qualify_InPorts", "user_field_action_add",
                                  "user_field_entry_install",   "user_field_entry_destroy"};
     if (const size_t chosen = input->u8(); chosen < std::size(names)) {
-        recording::driver().fail_every(names[chosen], static_cast<int8_t>(input->u8()));
+        recording::driver().fail_every(names[chosen], read_signed_byte(input));
     }
 }
 
@@ -103,8 +108,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     // On the heap, so that the sanitizer finds accesses beyond the record.
     const auto entity = std::make_unique<FpEntity>();
     std::memset(entity.get(), 0, sizeof *entity);
-    entity->qualify_num = static_cast<int8_t>(input.u8());
-    entity->action_num = static_cast<int8_t>(input.u8());
+    entity->qualify_num = read_signed_byte(&input);
+    entity->action_num = read_signed_byte(&input);
     std::set<uint32_t> installed;
     for (int call = 0; call < kMostCalls && !input.is_empty(); ++call) {
         switch (input.u8() % 4) {

@@ -167,7 +167,7 @@ class VlanOnly : public DriverCalls {
 /** A server that carries out those calls. */
 class RemoteVlans : public testing::Test {
   protected:
-    const Folder folder_;
+    Folder folder_;
     VlanOnly device_;
     Server server_{device_, folder_.socket()};
 };
