@@ -44,73 +44,55 @@ FRAMES = {
 }
 
 
-def receive():
+def frames():
+    head = bytes([1, 4])  # a map row and its port
     for name, frame in FRAMES.items():
-        yield name, bytes([1, 4, 0, 0, 0]) + frame
-    yield "port_of_two_rows", bytes([9, 4, 3, 0, 7]) + FRAMES["ipv4"]
-
-
-def receive_parse():
-    for name, frame in FRAMES.items():
-        yield name, bytes([0, 0, 0, 0]) + u32(0, 0) + bytes([0, 0, 0]) + frame
-    for name, group, members in (("member", 0, 2), ("no_member", 0, 4), ("group_member", 3, 1 << 29)):
-        yield name, bytes([1, 1, 0, group]) + u32(members >> 32, members) + bytes([18, 0, 0]) + FRAMES["ipv4"]
-    yield "tag_at_the_end", bytes([1, 1, 0, 0]) + u32(0, 0xFFFFFFFF) + bytes([17, 0, 0]) + FRAMES["tag_alone"] + b"\1\2"
-    yield "no_service", bytes([1, 1, 1, 0]) + u32(0, 2) + bytes([18, 0, 0]) + FRAMES["ipv4"]
-
-
-def tag_rewrite():
+        yield f"received_{name}", b"\0" + head + bytes(3) + frame
+        yield f"parsed_{name}", b"\1" + head + bytes(5) + frame
+        yield f"checked_{name}", b"\1" + head + bytes([1, 1, 18, 0, 0]) + frame
+    yield "received_hidden", b"\0\1\4" + bytes([3, 0, 7]) + FRAMES["ipv4"]
+    yield "tag_at_the_end", b"\1" + head + bytes([1, 1, 17, 0, 0]) + FRAMES["tag_alone"] + b"\1\2"
     for opcode in range(8):
-        yield f"opcode_{opcode}", u32(opcode << 29 | 0x1800003, 0x80000001)
-    yield "other_ports", u32(0x99FFFFFF, 0xFFFFFFFF) + bytes([0, 57, 1, 56, 2, 25, 30, 24, 31, 255, 40, 200])
-    yield "no_such_interface", u32(0xA1FFFFFF, 0)
-
-
-def transmit():
-    members = u32(0xFFFFFFFF, 0xFFFFFFFF) + bytes(range(1, 9))
+        yield f"opcode_{opcode}", b"\2" + head + u32(opcode << 29 | 0x1800003, 0x80000001)
+    managers = bytes(range(1, 9))
     frame = ADDRESSES + VLAN_7 + ARP
     for mode in range(6):
-        yield f"mode_{mode}", b"\0" + members + u16(mode) + b"\0" + u16(100) + b"\2\0" + b"\1\3\1\2\x83" + frame
-        yield f"flood_{mode}", b"\0" + members + u16(mode) + b"\1" + b"\0\0" + b"\0\0" + frame
-    yield "empty_list", b"\0" + members + u16(0) + b"\1" + b"\0\0" + b"\1\0" + frame
-    yield "other_type", b"\0" + members + u16(3) + b"\1" + b"\0\0" + b"\1\2\1\x42" + frame
-    yield "short", b"\0" + members + u16(1) + b"\1" + b"\0\0" + b"\0\0" + frame[:11]
-    for bit in range(5):
-        yield f"failing_{bit}", b"\0" + members + u16(0) + b"\0" + u16(100) + bytes([0, 1 << bit]) + b"\0\0" + frame
-        yield f"one_failing_{bit}", b"\1" + members + b"\6\5" + u16(0) + bytes([1 << bit]) + frame
+        for failing in (0, 1, 2, 4, 8, 16):
+            call = head + bytes([failing]) + managers + u16(mode)
+            yield f"list_{mode}_{failing}", b"\3" + call + b"\2\0" + u16(100) + b"\1\3\1\2\x83" + frame
+            yield f"flood_{mode}_{failing}", b"\3" + call + b"\2\1" + b"\0\0" + frame
+            yield f"one_{mode}_{failing}", b"\4" + call + b"\5" + u16(7) + frame
+    yield "short", b"\3" + head + b"\0" + managers + u16(1) + b"\2\1\0\0" + frame[:11]
     for interface in (1, 26, 0x83, 0x41, 0x90, 60):
-        yield f"one_{interface}", b"\1" + members + bytes([6, interface]) + u16(7) + b"\0" + frame
+        yield f"one_{interface}", b"\4" + head + b"\0" + managers + u16(6) + bytes([interface]) + u16(7) + frame
 
 
-def append():
+def rules():
+    def block(data):
+        return bytes([(len(data) + 1) // 2, len(data) % 2]) + data
+
     def qualifier(kind, data, mask):
-        return b"\1" + u16(kind) + bytes([(len(data) + 1) // 2, len(data) % 2]) + data + \
-            bytes([(len(mask) + 1) // 2, len(mask) % 2]) + mask
+        return b"\0\1" + u16(kind) + block(data) + block(mask)
 
-    def action(kind, param, nulls=b"\0\0"):
-        return b"\0" + u16(kind) + bytes([(len(param) + 1) // 2, len(param) % 2]) + param + b"\0\0" + nulls
+    def action(kind, param, is_null=b"\0"):
+        return b"\0\0" + u16(kind) + block(param) + block(b"") + is_null
 
-    yield "one_of_each", b"\0\0" + qualifier(7, ADDRESSES[:6], b"\xff" * 6) + action(11, b"\0\0\0\5")
-    yield "short_number", b"\0\0" + qualifier(29, b"\x08\0", b"\xff\xff")
-    yield "whole_field", b"\0\0" + qualifier(13, bytes(range(64)), b"\xff" * 64) + action(30, bytes(256), b"\0\1")
-    yield "too_long", b"\0\0" + qualifier(13, bytes(66), b"") + action(30, bytes(258)) + qualifier(1, b"a", b"b")
-    yield "full", b"\x0f\x07" + qualifier(1, b"a", b"b") * 3 + action(1, b"c") * 3
-    yield "negative", b"\xff\xff" + qualifier(1, b"a", b"b") + action(1, b"c")
-    yield "any_length", b"\0\0" + b"\1" + u16(1) + b"\xff" + u32(-1) + b"\xff" + u32(0x80000000)
-
-
-def remark():
     def request(number, form, field=0, kind=1, value=bytes([46] * 4)):
-        return b"\0" + bytes([number]) + u16(0) + u32(0x80000000, 0x80000001) + bytes([kind, 9, form, field]) + \
-            value.ljust(8, b"\0")
+        return b"\2" + bytes([number]) + u32(0x80000000, 0x80000001) + bytes([kind, 9, form, field]) + value.ljust(8, b"\0")
 
+    head = b"\xff\0\0"  # no call fails, an empty record
+    yield "one_of_each", head + qualifier(7, ADDRESSES[:6], b"\xff" * 6) + action(11, b"\0\0\0\5")
+    yield "whole_field", head + qualifier(13, bytes(range(64)), b"\xff" * 64) + action(30, bytes(256), b"\1")
+    yield "too_long", head + qualifier(13, bytes(66), b"") + action(30, bytes(258)) + qualifier(1, b"a", b"b")
+    yield "full", b"\xff\x0f\x07" + qualifier(1, b"a", b"b") * 3 + action(1, b"c") * 3
+    yield "negative", b"\xff\xff\xff" + qualifier(1, b"a", b"b") + action(1, b"c")
+    yield "any_length", head + b"\0\1" + u16(1) + b"\xff" + u32(-1) + b"\xff" + u32(0x80000000)
     for field in range(13):
-        yield f"field_{field}", b"\xff" + request(5, 1, field, value=ADDRESSES[:6])
-    yield "ports", b"\xff" + request(1, 7) + request(1, 7, kind=2) + request(2, 3) + b"\1" + u32(0x10001)
-    yield "wrong_kind", b"\xff" + request(3, 7, kind=0) + request(4, 1, 12)
+        yield f"field_{field}", head + request(5, 1, field, value=ADDRESSES[:6])
+    yield "ports", head + request(1, 7) + request(1, 7, kind=2) + request(2, 3) + b"\1\1"
+    yield "wrong_kind", head + request(3, 7, kind=0) + request(4, 1, 12)
     for call in range(6):
-        yield f"failing_{call}", bytes([call, 0xFF]) + request(5, 1, 8) + request(5, 7) + b"\1" + u32(5)
-        yield f"positive_{call}", bytes([call, 3]) + request(6, 1, 9)
+        yield f"failing_{call}", bytes([call, 0xFF, 0, 0]) + request(5, 1, 8) + request(5, 7) + b"\1\5"
 
 
 def shell_line():
@@ -193,8 +175,7 @@ def control_line():
     yield "without_end", u16(3) + b'{"command": "version"}'
 
 
-TARGETS = (receive, receive_parse, tag_rewrite, transmit, append, remark, shell_line, remote_server, remote_client, driver_calls,
-           control_line)
+TARGETS = (frames, rules, shell_line, remote_server, remote_client, driver_calls, control_line)
 
 
 def main():

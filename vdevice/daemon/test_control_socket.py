@@ -6,6 +6,11 @@ import pytest
 from testing.daemon import BROADCAST, PAYLOAD, Control, station
 
 
+@pytest.fixture(name="device", scope="module")
+def share_device(standing_device):
+    return standing_device
+
+
 @pytest.mark.parametrize("line", [b"", b"{", b"[]", b"7", b"\xff\xfe", b'{"command": 3}', b'{"command": "none"}',
                                   b'{"command": "pull", "port": "x"}', b'{"command": "pull", "port": 1e99}',
                                   b'{"command": "pull"}', b'{"command": "trace"}',

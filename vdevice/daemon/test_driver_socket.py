@@ -7,6 +7,11 @@ import pytest
 from testing.daemon import DEADLINE
 
 
+@pytest.fixture(name="device", scope="module")
+def share_device(standing_device):
+    return standing_device
+
+
 class Driver:
     """A client of the driver socket that sends what it likes."""
 

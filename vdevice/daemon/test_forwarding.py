@@ -2,8 +2,6 @@
 import signal
 import struct
 
-import pytest
-
 from testing.daemon import BROADCAST, PAYLOAD, count_frames, station, tag, wait_until
 
 
@@ -19,11 +17,11 @@ def test_hosts_reach_each_other_and_the_cpu(device):
                                                                                 ("02:00:00:00:00:02", 2)}
 
 
-@pytest.mark.parametrize("tags", [tag(0x88A8, 5), tag(0x9100, 5), tag(0x88A8, 5) + tag(0x8100, 7)])
-def test_foreign_tags_pass_unchanged(device, tags):
+def test_foreign_tags_pass_unchanged(device):
     one, two = device.nics("host1", "host2")
-    one.send(BROADCAST + station(1) + tags + PAYLOAD)
-    assert two.receive() == BROADCAST + station(1) + tags + PAYLOAD
+    for tags in (tag(0x88A8, 5), tag(0x9100, 5), tag(0x88A8, 5) + tag(0x8100, 7)):
+        one.send(BROADCAST + station(1) + tags + PAYLOAD)
+        assert two.receive() == BROADCAST + station(1) + tags + PAYLOAD
 
 
 def test_outer_tags_are_seen_by_the_chip(device):
@@ -112,7 +110,7 @@ def test_a_trunk_spreads_flows_over_the_cables_that_are_left(device):
         for number in range(40):
             one.send(BROADCAST + station(number) + PAYLOAD)
         assert [four.receive()[11] for number in range(40)] == list(range(40))
-        arrived = [count_frames(nic) for nic in (two, three)]
+        arrived = count_frames(two, three)
         assert sum(arrived) == 40
         return arrived
 

@@ -3,7 +3,7 @@ import select
 import subprocess
 import time
 
-from testing.daemon import BROADCAST, DEADLINE, PAYLOAD, Control, carrier, station, wait_until
+from testing.daemon import BOARD, BROADCAST, DEADLINE, PAYLOAD, Control, carrier, station, wait_until
 
 
 def test_a_pulled_cable_passes_nothing_until_it_is_plugged(device):
@@ -41,7 +41,9 @@ def test_a_host_going_down_takes_its_link_along(device):
     assert device.port(3)["present"]
 
 
-def test_an_interface_that_vanishes_may_come_back(device):
+def test_an_interface_that_vanishes_may_come_back(start):
+    device = start("--create-interfaces", *BOARD)
+    device.wait_ready()
     device.nics("host3")
     subprocess.run(["ip", "link", "del", "host3"], check=True)
     wait_until(lambda: not device.port(3)["present"], "the interface to be missed")

@@ -1,4 +1,12 @@
 """Pins and the event queue, as the software on the device uses them."""
+import pytest
+
+
+@pytest.fixture(name="device", scope="module")
+def share_device(standing_device):
+    return standing_device
+
+
 def test_pins_are_driven_by_hand_and_read_by_software(device):
     assert device.ask("gpio") == {"input": 0, "output": 0, "direction": 0}
     assert device.ask("gpio", "3", "1")["input"] == 8

@@ -8,6 +8,11 @@ import pytest
 from testing.daemon import DEADLINE, PROGRAMS
 
 
+@pytest.fixture(name="device", scope="module")
+def share_device(standing_device):
+    return standing_device
+
+
 @pytest.mark.parametrize("words", [("pull", "5"), ("pull", "0"), ("plug", "-1"), ("gpio", "32", "1"),
                                    ("gpio", "3", "2")])
 def test_impossible_commands_are_refused_with_a_sentence(device, words):

@@ -69,18 +69,6 @@ class DriverMacDelete : public test::MacTest {
     const Key static_trunk_key_ = key_of(station(5));
 };
 
-TEST_F(DriverMacDelete, ByVlan) {
-    const auto in_vlan = [](const MacEntry &e) { return e.vid == kVid; };
-    expect(
-        "dynamic", [&] { return driver_.user_l2_addr_delete_by_vlan(0, 0, kVid, 0); },
-        [&](const MacEntry &e) { return in_vlan(e) && !e.is_static; });
-    expect(
-        "static", [&] { return driver_.user_l2_addr_delete_static_by_vlan(0, 0, kVid, 0); },
-        [&](const MacEntry &e) { return in_vlan(e) && e.is_static; });
-    expect(
-        "all", [&] { return driver_.user_l2_addr_delete_by_vlan(0, 0, kVid, 1); }, in_vlan);
-}
-
 TEST_F(DriverMacDelete, ByMac) {
     expect(
         "dynamic", [&] { return driver_.user_l2_addr_delete_by_mac(0, 0, key_.data(), 0); },
@@ -254,11 +242,8 @@ TEST_F(DriverMacDelete, ImpossibleKeysAreRefusedAndDeleteNothing) {
     EXPECT_EQ(driver_.user_l2_addr_delete_by_vlan(0, 0, kVid, 2), kBadArgument);
     EXPECT_EQ(driver_.user_l2_addr_delete_static_by_vlan(0, 0, kVid, 1), kBadArgument);
     EXPECT_EQ(driver_.user_l2_addr_delete_by_port(0, 0, 1, kPort, 1), kBadArgument) << "another module";
-    EXPECT_EQ(driver_.user_l2_addr_delete_by_mac(0, 0, nullptr, 1), kBadArgument);
     EXPECT_EQ(driver_.user_l2_addr_delete_by_mac(0, 0, key_of(test::kGroup).data(), 1),
               chip::code(Status::kMacNotUnicast));
-    EXPECT_EQ(driver_.user_l2_addr_delete_by_vlan(1, 0, kVid, 1), kBadUnit);
-    EXPECT_EQ(driver_.user_l2_addr_delete_by_vlan(0, 1, kVid, 1), kBadUnit);
     EXPECT_EQ(chip_.macs().size(), 2 * kStations + 1);
 }
 

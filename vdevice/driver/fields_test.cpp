@@ -84,8 +84,6 @@ TEST_F(DriverField, ConditionsOfOneWord) {
             EXPECT_EQ((driver_.*row.call)(0, 0, kEntry, row.most + 1, kAll), chip::code(Status::kBadArgument));
         }
         EXPECT_EQ((driver_.*row.call)(0, 0, kEntry, 0, 0), kOk);
-        EXPECT_EQ((driver_.*row.call)(1, 0, kEntry, 1, 1), chip::code(Status::kBadUnit)) << "a handle";
-        EXPECT_EQ((driver_.*row.call)(0, 1, kEntry, 1, 1), chip::code(Status::kBadUnit));
         EXPECT_EQ((driver_.*row.call)(0, 0, kEntry + 1, 1, 1), chip::code(Status::kFieldMissing));
         EXPECT_EQ(last().mask[0], 0U) << "refusals change nothing";
     }
@@ -109,14 +107,12 @@ TEST_F(DriverField, ConditionsOfBytes) {
         EXPECT_EQ(last().field, field);
         EXPECT_EQ(last().data, (chip::FieldWords{0x0102, 0x03040506}));
         EXPECT_EQ(last().mask, (chip::FieldWords{0xF0F1, 0xF2F3F4F5}));
-        EXPECT_EQ((driver_.*call)(0, 0, kEntry, nullptr, mask.data()), chip::code(Status::kBadArgument));
     }
     for (const auto &[field, call] : addresses) {
         EXPECT_EQ((driver_.*call)(0, 0, kEntry, data.data(), mask.data()), kOk);
         EXPECT_EQ(last().field, field);
         EXPECT_EQ(last().data, (chip::FieldWords{0x01020304, 0x05060708, 0x090A0B0C, 0x0D0E0F10}));
         EXPECT_EQ(last().mask, (chip::FieldWords{0xF0F1F2F3, 0xF4F5F6F7, 0xF8F9FAFB, 0xFCFDFEFF}));
-        EXPECT_EQ((driver_.*call)(0, 0, kEntry, data.data(), nullptr), chip::code(Status::kBadArgument));
     }
 }
 
@@ -142,7 +138,6 @@ TEST_F(DriverField, EntriesComeAndGo) {
     EXPECT_EQ(driver_.user_field_entry_create_id(0, 0, 3, kEntry + 1), chip::code(Status::kFieldSlice));
     EXPECT_EQ(driver_.user_field_entry_create_id(0, 0, 0, kEntry + 1), chip::code(Status::kFieldGroup));
     EXPECT_EQ(driver_.user_field_entry_create_id(0, 0, 9, kAll), chip::code(Status::kFieldRange));
-    EXPECT_EQ(driver_.user_field_entry_create_id(1, 0, 2, kEntry + 1), chip::code(Status::kBadUnit));
     EXPECT_EQ(driver_.user_field_entry_prio_set(0, 0, kEntry, -5), kOk);
     EXPECT_EQ(entry().staged.priority, -5);
     EXPECT_EQ(driver_.user_field_set_select_tempate_idx(0, 0, kEntry, 0), kOk);
@@ -190,8 +185,6 @@ TEST_F(DriverField, ActionsThatMakeNoSenseAreRefused) {
     EXPECT_EQ(add(33, block_of({0, 0, 0, 0, 0, 0, 0, 1})), chip::code(Status::kNoPort));
     EXPECT_EQ(add(kMeterAction, none, block_of({64})), chip::code(Status::kMeterRange));
     EXPECT_EQ(add(kCountAction, block_of({256})), chip::code(Status::kCounterRange));
-    EXPECT_EQ(driver_.user_field_action_add(0, 0, kEntry, 201, nullptr, none.data()), chip::code(Status::kBadArgument));
-    EXPECT_EQ(driver_.user_field_action_add(0, 0, kEntry, 201, none.data(), nullptr), chip::code(Status::kBadArgument));
     EXPECT_EQ(driver_.user_field_action_add(0, 0, 1, 201, none.data(), none.data()), chip::code(Status::kFieldMissing));
     EXPECT_TRUE(entry().staged.actions.empty());
 }
@@ -218,7 +211,6 @@ TEST_F(DriverField, MetersRunOnTheDevicesClock) {
     EXPECT_EQ(sink_.take().size(), 1U);
     EXPECT_EQ(driver_.user_field_meter_destroy(0, 0, kEntry), chip::code(Status::kMeterMissing));
     EXPECT_EQ(driver_.user_field_meter_destroy(0, 0, 1), chip::code(Status::kFieldMissing));
-    EXPECT_EQ(driver_.user_field_meter_entry_set(1, kRate, 7), chip::code(Status::kBadUnit));
     EXPECT_EQ(driver_.user_field_meter_entry_set(0, kRate, 64), chip::code(Status::kMeterRange));
     EXPECT_EQ(driver_.user_field_meter_entry_set(0, 0, 1), chip::code(Status::kBadArgument));
     EXPECT_EQ(driver_.user_field_meter_entry_set(0, kAll, 1), chip::code(Status::kBadArgument));
@@ -250,8 +242,6 @@ TEST_F(DriverField, CountersAndTypesThatThereAreNotAreRefused) {
         EXPECT_EQ(driver_.user_field_get_statistics(0, 0, 0, type, &value), chip::code(Status::kBadArgument));
         EXPECT_EQ(driver_.user_field_clear_statistics(0, 0, 0, type), chip::code(Status::kBadArgument));
     }
-    EXPECT_EQ(driver_.user_field_get_statistics(0, 0, 0, 0, nullptr), chip::code(Status::kBadArgument));
-    EXPECT_EQ(driver_.user_field_get_statistics(0, 1, 0, 0, &value), chip::code(Status::kBadUnit));
     EXPECT_EQ(value, 5);
 }
 
@@ -262,7 +252,6 @@ TEST_F(DriverField, MissActionsAndTheEndOfAllRules) {
     EXPECT_EQ(driver_.user_field_lookupMissAct_set(0, 0, kA, 4), chip::code(Status::kBadArgument));
     EXPECT_EQ(driver_.user_field_lookupMissAct_set(0, 0, -1, 1), chip::code(Status::kNoPort));
     EXPECT_EQ(driver_.user_field_lookupMissAct_set(0, 0, 32, 1), chip::code(Status::kNoPort));
-    EXPECT_EQ(driver_.user_field_init(0, 1), chip::code(Status::kBadUnit));
     EXPECT_EQ(chip_.fields().miss_action(kA), chip::MissAction::kDrop);
     EXPECT_EQ(driver_.user_field_init(0, 0), kOk);
     send(kA);

@@ -6,9 +6,8 @@ namespace mirroring_test {
 
 using chip::Mirror;
 using chip::Status;
+using namespace test;
 
-constexpr int32_t kBadUnit = chip::code(Status::kBadUnit);
-constexpr int32_t kBadArgument = chip::code(Status::kBadArgument);
 constexpr int32_t kMirrorSession = chip::code(Status::kMirrorSession);
 constexpr int32_t kMirrorMissing = chip::code(Status::kMirrorMissing);
 constexpr uint32_t kInput = 0x2000;
@@ -56,7 +55,6 @@ TEST_F(DriverMirror, SessionsAreDisabledAndAskedFor) {
 TEST_F(DriverMirror, InitialisingForgetsAllSessions) {
     ASSERT_EQ(driver_.user_mirror_port_set(0, 0, 4, 0, 9, 6), kOk);
     ASSERT_EQ(driver_.user_set_flow_mirror(0, 0, 3, 9), kOk);
-    EXPECT_EQ(driver_.user_mirror_init(1, 0), kBadUnit);
     EXPECT_TRUE(session(0).is_used() && session(3).is_used());
     EXPECT_EQ(driver_.user_mirror_init(0, 0), kOk);
     EXPECT_FALSE(session(0).is_used() || session(3).is_used());
@@ -74,10 +72,6 @@ TEST_F(DriverMirror, WhatCannotBeIsRefused) {
         EXPECT_EQ(driver_.user_set_mirror_disable(0, 0, unknown, 0), kMirrorSession);
         EXPECT_EQ(driver_.user_check_set_mirror_disable(0, 0, unknown, 0), kMirrorSession);
     }
-    EXPECT_EQ(driver_.user_mirror_port_set(1, 0, 4, 0, 9, 6), kBadUnit);
-    EXPECT_EQ(driver_.user_set_flow_mirror(0, 1, 0, 9), kBadUnit);
-    EXPECT_EQ(driver_.user_set_mirror_disable(1, 0, 0, 0), kBadUnit);
-    EXPECT_EQ(driver_.user_check_set_mirror_disable(1, 0, 0, 0), kBadUnit);
     EXPECT_FALSE(session(0).is_used());
 }
 
@@ -111,10 +105,6 @@ TEST_F(DriverMirror, OtherRegistersAreNotThere) {
         EXPECT_EQ(driver_.user_pci_read(0, 0, address, &value), kMissing);
         EXPECT_EQ(write(address, 1), kMissing);
     }
-    EXPECT_EQ(driver_.user_pci_read(0, 0, kInput, nullptr), kBadArgument);
-    EXPECT_EQ(driver_.user_pci_write(0, 0, kOutput, nullptr), kBadArgument);
-    EXPECT_EQ(driver_.user_pci_read(1, 0, kInput, &value), kBadUnit);
-    EXPECT_EQ(driver_.user_pci_write(0, 1, kOutput, &value), kBadUnit);
     EXPECT_EQ(value, 99U);
     EXPECT_EQ(read(kOutput), 0U);
 }

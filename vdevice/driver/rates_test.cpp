@@ -11,11 +11,9 @@ using namespace std::chrono_literals;
 
 using chip::Status;
 using namespace chip::test;
+using chip::test::station;
+using namespace test;
 
-constexpr int32_t kBadUnit = chip::code(Status::kBadUnit);
-constexpr int32_t kNoPort = chip::code(Status::kNoPort);
-constexpr int32_t kCpuPort = chip::code(Status::kCpuPort);
-constexpr int32_t kBadArgument = chip::code(Status::kBadArgument);
 constexpr int32_t kStormType = chip::code(Status::kStormType);
 
 constexpr int32_t kPort = 4;
@@ -95,20 +93,6 @@ class DriverLimits : public test::DriverTest {
         return mode;
     }
 };
-
-TEST_F(DriverLimits, KeepsTheLimitOfEachTypeAndPort) {
-    for (const uint32_t type : {1U, 2U, 3U, 4U}) {
-        EXPECT_EQ(storm_limit(type), (Limit{0, 0}));
-        EXPECT_EQ(driver_.user_rate_bandwidth_set(0, 0, kPort, type, 1000 + type, 60 + type), kOk);
-    }
-    for (const uint32_t type : {1U, 2U, 3U, 4U}) {
-        EXPECT_EQ(storm_limit(type), (Limit{1000 + type, 60 + type}));
-        EXPECT_EQ(storm_limit(type, kOther), (Limit{0, 0}));
-    }
-    EXPECT_EQ(driver_.user_port_ingress_rate_set(0, 0, kPort, 500, 7), kOk);
-    EXPECT_EQ(ingress_limit(), (Limit{500, 7}));
-    EXPECT_EQ(ingress_limit(kOther), (Limit{0, 0}));
-}
 
 TEST_F(DriverLimits, HoldsBackFramesOfItsTypeAndTellsByTheCallersCode) {
     for (const Type &type : kSingle) {
@@ -240,50 +224,6 @@ TEST_F(DriverLimits, RefusesWhatHasNoMeaning) {
     EXPECT_EQ(word, kUntouched);
     EXPECT_EQ(storm_limit(3), (Limit{0, 0}));
     EXPECT_EQ(ingress_limit(), (Limit{0, 0}));
-}
-
-TEST_F(DriverLimits, RefusePortsWithoutThem) {
-    uint32_t word = kUntouched;
-    const struct {
-        int32_t port;
-        int32_t set;
-        int32_t get;
-    } ports[] = {{0, kCpuPort, kOk}, {32, kNoPort, kNoPort}, {-1, kNoPort, kNoPort}};
-    for (const auto &[port, set, get] : ports) {
-        EXPECT_EQ(driver_.user_rate_bandwidth_set(0, 0, port, 3, 1, 1), set);
-        EXPECT_EQ(driver_.user_rate_stormsel_set(0, 0, port, 3, 1), set);
-        EXPECT_EQ(driver_.user_rate_stormControlEnable_set(0, 0, port, 3, 1), set);
-        EXPECT_EQ(driver_.user_rate_stormExceedFlag_reset(0, 0, port), set);
-        EXPECT_EQ(driver_.user_port_ingress_rate_set(0, 0, port, 1, 1), set);
-        EXPECT_EQ(driver_.user_rate_bandwidth_get(0, 0, port, 3, &word, &word), get);
-        EXPECT_EQ(driver_.user_rate_stormsel_get(0, 0, port, 3, &word), get);
-        EXPECT_EQ(driver_.user_rate_stormExceedFlag_get(0, 0, port, 1, &word), get);
-        EXPECT_EQ(driver_.user_port_ingress_rate_get(0, 0, port, &word, &word), get);
-    }
-}
-
-TEST_F(DriverLimits, RefuseAnotherUnitAndAnOutputWithoutAnAddress) {
-    uint32_t word = kUntouched;
-    for (const auto &[unit, zero] : {std::pair{1U, 0U}, std::pair{0U, 1U}}) {
-        EXPECT_EQ(driver_.user_rate_bandwidth_set(unit, zero, kPort, 3, 1, 1), kBadUnit);
-        EXPECT_EQ(driver_.user_rate_bandwidth_get(unit, zero, kPort, 3, &word, &word), kBadUnit);
-        EXPECT_EQ(driver_.user_rate_stormsel_set(unit, zero, kPort, 3, 1), kBadUnit);
-        EXPECT_EQ(driver_.user_rate_stormsel_get(unit, zero, kPort, 3, &word), kBadUnit);
-        EXPECT_EQ(driver_.user_rate_stormControlEnable_set(unit, zero, kPort, 3, 1), kBadUnit);
-        EXPECT_EQ(driver_.user_rate_stormExceedFlag_get(unit, zero, kPort, 1, &word), kBadUnit);
-        EXPECT_EQ(driver_.user_rate_stormExceedFlag_reset(unit, zero, kPort), kBadUnit);
-        EXPECT_EQ(driver_.user_rate_stormCountMode_set(unit, zero, 0, 1), kBadUnit);
-        EXPECT_EQ(driver_.user_rate_stormCountMode_get(unit, zero, 0, &word), kBadUnit);
-        EXPECT_EQ(driver_.user_port_ingress_rate_set(unit, zero, kPort, 1, 1), kBadUnit);
-        EXPECT_EQ(driver_.user_port_ingress_rate_get(unit, zero, kPort, &word, &word), kBadUnit);
-    }
-    EXPECT_EQ(driver_.user_rate_bandwidth_get(0, 0, kPort, 3, nullptr, &word), kBadArgument);
-    EXPECT_EQ(driver_.user_rate_bandwidth_get(0, 0, kPort, 3, &word, nullptr), kBadArgument);
-    EXPECT_EQ(driver_.user_rate_stormsel_get(0, 0, kPort, 3, nullptr), kBadArgument);
-    EXPECT_EQ(driver_.user_rate_stormExceedFlag_get(0, 0, kPort, 1, nullptr), kBadArgument);
-    EXPECT_EQ(driver_.user_rate_stormCountMode_get(0, 0, 1, nullptr), kBadArgument);
-    EXPECT_EQ(driver_.user_port_ingress_rate_get(0, 0, kPort, &word, nullptr), kBadArgument);
-    EXPECT_EQ(word, kUntouched);
 }
 
 }  // namespace rates_test

@@ -9,7 +9,6 @@
 namespace vdevice::driver {
 namespace statistics_test {
 
-using chip::Status;
 using namespace chip::test;
 
 constexpr int32_t kA = 4;
@@ -82,20 +81,6 @@ TEST_F(DriverStatistics, ClearingClearsOnePort) {
     EXPECT_EQ(all(kA), Values{});
     EXPECT_EQ(all(kB), before);
     EXPECT_TRUE(chip_.port(kA).is_up());
-}
-
-TEST_F(DriverStatistics, WhatIsUnknownIsRefused) {
-    uint64_t value = kUntouched;
-    for (const uint32_t selector : {14U, 255U, 0xFFFFFFFFU}) {
-        EXPECT_EQ(driver_.user_port_packetstat_get(0, 0, kA, selector, &value), chip::code(Status::kBadArgument));
-        EXPECT_EQ(driver_.user_stat_port_get(0, 0, kA, selector, &value), chip::code(Status::kBadArgument));
-    }
-    EXPECT_EQ(driver_.user_port_packetstat_get(0, 0, 32, 0, &value), chip::code(Status::kNoPort));
-    EXPECT_EQ(driver_.user_stat_port_get(0, 0, -1, 0, &value), chip::code(Status::kNoPort));
-    EXPECT_EQ(driver_.user_port_packetstat_clear(0, 0, -1), chip::code(Status::kNoPort));
-    EXPECT_EQ(driver_.user_port_packetstat_get(1, 0, kA, 0, &value), chip::code(Status::kBadUnit));
-    EXPECT_EQ(driver_.user_port_packetstat_get(0, 0, kA, 0, nullptr), chip::code(Status::kBadArgument));
-    EXPECT_EQ(value, kUntouched);
 }
 
 TEST(Statistics, AreToldInTheDocument) {

@@ -6,9 +6,8 @@ namespace switch_controls_test {
 
 using chip::Mac;
 using chip::Status;
+using namespace test;
 
-constexpr int32_t kBadUnit = chip::code(Status::kBadUnit);
-constexpr int32_t kBadArgument = chip::code(Status::kBadArgument);
 constexpr int32_t kReservedIndex = chip::code(Status::kReservedIndex);
 
 using Octets6 = std::array<uint8_t, chip::kMacBytes>;
@@ -48,20 +47,6 @@ TEST_F(DriverStart, ReservedAddressesAreReadAndWritten) {
     EXPECT_FALSE(chip_.reserved_macs().has(Mac::from_bytes(kBridges.data())));
 }
 
-TEST_F(DriverStart, ReservedAddressesAreRefusedBeyondTheTable) {
-    Octets6 mac = kUntouched;
-    for (const uint32_t index : {64U, 0xFFFFFFFFU}) {
-        EXPECT_EQ(driver_.user_l2_bpdu_get(0, 0, index, mac.data()), kReservedIndex);
-        EXPECT_EQ(driver_.user_l2_bpdu_set(0, 0, index, mac.data()), kReservedIndex);
-    }
-    EXPECT_EQ(driver_.user_l2_bpdu_get(0, 0, 0, nullptr), kBadArgument);
-    EXPECT_EQ(driver_.user_l2_bpdu_set(0, 0, 0, nullptr), kBadArgument);
-    EXPECT_EQ(driver_.user_l2_bpdu_get(1, 0, 0, mac.data()), kBadUnit);
-    EXPECT_EQ(driver_.user_l2_bpdu_set(0, 1, 0, mac.data()), kBadUnit);
-    EXPECT_EQ(mac, kUntouched);
-    EXPECT_EQ(entry(0)[5], 0x10);
-}
-
 TEST_F(DriverStart, EachCallTurnsItsOwnOn) {
     EXPECT_FALSE(chip_.traps().lldp || chip_.traps().bpdu || chip_.filters_attacks()) << "off at power-on";
     EXPECT_EQ(driver_.user_lldp_init(0, 0), kOk);
@@ -73,18 +58,6 @@ TEST_F(DriverStart, EachCallTurnsItsOwnOn) {
     EXPECT_EQ(driver_.user_dos_attack_prevent_init(0, 0), kOk);
     EXPECT_TRUE(chip_.filters_attacks());
     EXPECT_EQ(driver_.user_lldp_init(0, 0), kOk) << "once more is no error";
-}
-
-TEST_F(DriverStart, AnotherUnitIsRefusedAndNothingTurnedOn) {
-    set_control(kIgmpToCpu, 1);
-    set_control(kReservedMulticast, 1);
-    EXPECT_EQ(driver_.user_lldp_init(1, 0), kBadUnit);
-    EXPECT_EQ(driver_.user_stg_init(0, 1), kBadUnit);
-    EXPECT_EQ(driver_.user_dos_attack_prevent_init(1, 0), kBadUnit);
-    EXPECT_EQ(driver_.user_igmp_snooping_init(1, 0), kBadUnit);
-    EXPECT_EQ(driver_.User_mcast_init(0, 1), kBadUnit);
-    EXPECT_FALSE(chip_.traps().lldp || chip_.traps().bpdu || chip_.filters_attacks());
-    EXPECT_TRUE(chip_.snooping().igmp && chip_.snooping().reserved_multicast);
 }
 
 TEST_F(DriverStart, ControlsActOnTheChipAndReadBackAsSet) {

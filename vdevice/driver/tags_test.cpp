@@ -4,16 +4,11 @@
 namespace vdevice::driver {
 namespace tags_test {
 
-using chip::DoubleTag;
 using chip::Status;
+using namespace test;
 
-constexpr int32_t kBadUnit = chip::code(Status::kBadUnit);
-constexpr int32_t kBadArgument = chip::code(Status::kBadArgument);
 constexpr int32_t kMissing = chip::code(Status::kTagEntryMissing);
 constexpr int32_t kExists = chip::code(Status::kTagEntryExists);
-constexpr int32_t kNoPort = chip::code(Status::kNoPort);
-constexpr int32_t kCpuPort = chip::code(Status::kCpuPort);
-constexpr int32_t kVlanRange = chip::code(Status::kVlanRange);
 constexpr adp_word_t kKeep = ~adp_word_t{0};
 constexpr adp_word_t kNet = 0xC0000200;
 constexpr adp_word_t kMask = 0xFFFFFF00;
@@ -72,8 +67,6 @@ TEST_F(DriverTags, TranslationsRefuseWhatHasNoMeaning) {
     EXPECT_EQ(driver_.user_vlan_translate_delete(0, 0, 1, 4, 100), kBadArgument);
     EXPECT_EQ(driver_.user_vlan_translate_egress_add(0, 0, 1, 4, 100, 200, 0), kBadArgument);
     EXPECT_EQ(driver_.user_vlan_translate_egress_delete(0, 0, 1, 4, 100), kBadArgument);
-    EXPECT_EQ(driver_.user_vlan_translate_get(0, 0, 4, 100, nullptr, &read.priority), kBadArgument);
-    EXPECT_EQ(driver_.user_vlan_translate_get(0, 0, 4, 100, &read.vid, nullptr), kBadArgument);
     EXPECT_TRUE(chip_.tag_rules().ingress.entries().empty());
     EXPECT_TRUE(chip_.tag_rules().egress.entries().empty());
 }
@@ -132,44 +125,6 @@ TEST_F(DriverTags, ModesAndTpidsOfPorts) {
     }
     EXPECT_EQ(chip_.port(4).tags.tpid, 0xFFFF);
     EXPECT_EQ(chip_.port(5).tags.tpid, 0x8100);
-}
-
-TEST_F(DriverTags, TheCpuPortsTagsAreReadButNotChanged) {
-    uint32_t value = 99;
-    EXPECT_EQ(driver_.user_port_dtag_mode_set(0, 0, 0, 2), kCpuPort);
-    EXPECT_EQ(driver_.user_port_tpid_set(0, 0, 0, 0x88A8, 0), kCpuPort);
-    EXPECT_EQ(driver_.user_port_dtag_mode_get(0, 0, 0, &value), kOk);
-    EXPECT_EQ(value, 0U);
-    EXPECT_EQ(driver_.user_port_tpid_get(0, 0, 0, &value), kOk);
-    EXPECT_EQ(value, 0x8100U);
-    EXPECT_EQ(driver_.user_port_tpid_set(0, 0, 32, 0x88A8, 0), kNoPort);
-    EXPECT_EQ(driver_.user_port_dtag_mode_set(0, 0, -1, 1), kNoPort);
-    EXPECT_EQ(driver_.user_port_tpid_get(0, 0, -1, &value), kNoPort);
-    EXPECT_EQ(driver_.user_port_tpid_get(0, 0, 4, nullptr), kBadArgument);
-}
-
-TEST_F(DriverTags, OtherUnitsAreRefused) {
-    ASSERT_EQ(driver_.user_vlan_translate_add(0, 0, 0, 4, 0, 100, 200, 0), kOk);
-    ASSERT_EQ(driver_.user_vlan_translate_egress_add(0, 0, 0, 4, 100, 200, 0), kOk);
-    ASSERT_EQ(driver_.user_vlan_dtag_add(0, 0, 0, 4, 0, 100, 200, 0), kOk);
-    ASSERT_EQ(driver_.user_vlan_ip4_add(0, 0, 4, kNet, kMask, 100, 3, 0), kOk);
-    Read read;
-    for (const auto &[unit, zero] : {std::pair{1U, 0U}, std::pair{0U, 1U}}) {
-        EXPECT_EQ(driver_.user_vlan_translate_add(unit, zero, 0, 4, 0, 101, 200, 0), kBadUnit);
-        EXPECT_EQ(driver_.user_vlan_translate_get(unit, zero, 4, 100, &read.vid, &read.priority), kBadUnit);
-        EXPECT_EQ(driver_.user_vlan_translate_delete_all(unit, zero), kBadUnit);
-        EXPECT_EQ(driver_.user_vlan_translate_egress_delete_all(unit, zero), kBadUnit);
-        EXPECT_EQ(driver_.user_vlan_dtag_delete_all(unit, zero), kBadUnit);
-        EXPECT_EQ(driver_.user_vlan_ip4_delete_all(unit, zero), kBadUnit);
-        EXPECT_EQ(driver_.user_port_dtag_mode_set(unit, zero, 4, 1), kBadUnit);
-        EXPECT_EQ(driver_.user_port_tpid_set(unit, zero, 4, 0x9100, 0), kBadUnit);
-    }
-    EXPECT_EQ(read, Read{});
-    EXPECT_EQ(chip_.tag_rules().ingress.entries().size(), 1U);
-    EXPECT_EQ(chip_.tag_rules().egress.entries().size(), 1U);
-    EXPECT_EQ(chip_.tag_rules().double_tags.entries().size(), 1U);
-    EXPECT_EQ(chip_.tag_rules().subnets.list().size(), 1U);
-    EXPECT_EQ(chip_.port(4).tags.mode, DoubleTag::kOff);
 }
 
 }  // namespace tags_test

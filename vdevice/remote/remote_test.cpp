@@ -104,19 +104,16 @@ TEST(Remote, CarriesEveryCallThereAndBack) {
     EXPECT_EQ(server.counters().connected, 1u);
 }
 
-TEST(Remote, DispatchesToTheMethodOfTheCall) {
-    const Folder folder;
-    VlanOnly device;
-    Server server(device, folder.socket());
-    Client client("test", folder.socket());
-    const Loop loop(server);
+TEST_F(RemoteVlans, DispatchesToTheMethodOfTheCall) {
+    Client client("test", folder_.socket());
+    const Loop loop(server_);
     EXPECT_EQ(create_vlan(client, 100), 100);
     const int32_t level = 5;
     const char *word = "UPDOWN";
     const char *text = "up";
     const void *const arguments[] = {&level, &level, &word, &text};
     EXPECT_EQ(client.call(CallId::Log_logging_func, arguments), 5);
-    EXPECT_EQ(device.logged, "UPDOWN: up");
+    EXPECT_EQ(device_.logged, "UPDOWN: up");
 }
 
 TEST(Remote, AnswersNotSupportedForWhatADeviceDoesNotOverride) {
@@ -190,18 +187,15 @@ TEST(Remote, FailsTheCallDuringWhichTheDaemonIsLost) {
     EXPECT_FALSE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "the daemon did not die in the call";
 }
 
-TEST(Remote, FailsACallThatTheDaemonDoesNotAnswerInTime) {
-    const Folder folder;
-    VlanOnly device;
-    Server server(device, folder.socket());
-    Client client("libtest", folder.socket(), kShortDeadline);
+TEST_F(RemoteVlans, FailsACallThatTheDaemonDoesNotAnswerInTime) {
+    Client client("libtest", folder_.socket(), kShortDeadline);
     testing::internal::CaptureStderr();
     const auto start = std::chrono::steady_clock::now();
     EXPECT_EQ(create_vlan(client, 1), kCallLost);  // no server runs
     EXPECT_GE(std::chrono::steady_clock::now() - start, kShortDeadline);
     EXPECT_LT(std::chrono::steady_clock::now() - start, 10 * kShortDeadline);
     EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("gave no answer within 300 ms"));
-    const Loop loop(server);
+    const Loop loop(server_);
     EXPECT_EQ(create_vlan(client, 9), 9);
 }
 
@@ -233,12 +227,9 @@ TEST(Remote, RefusesAnAnswerWhoseOutputsDoNotGoWithItsResult) {
     }
 }
 
-TEST(Remote, ServesThreadsThatShareAClient) {
-    const Folder folder;
-    VlanOnly device;
-    Server server(device, folder.socket());
-    Client client("libtest", folder.socket());
-    const Loop loop(server);
+TEST_F(RemoteVlans, ServesThreadsThatShareAClient) {
+    Client client("libtest", folder_.socket());
+    const Loop loop(server_);
     constexpr uint32_t kThreads = 4;
     constexpr uint32_t kCalls = 100;
     std::atomic<uint32_t> right{0};
@@ -257,12 +248,9 @@ TEST(Remote, ServesThreadsThatShareAClient) {
     EXPECT_EQ(right, kThreads * kCalls);
 }
 
-TEST(Remote, GivesAChildOfAForkItsOwnConnection) {
-    const Folder folder;
-    VlanOnly device;
-    Server server(device, folder.socket());
-    Client client("libtest", folder.socket());
-    const Loop loop(server);
+TEST_F(RemoteVlans, GivesAChildOfAForkItsOwnConnection) {
+    Client client("libtest", folder_.socket());
+    const Loop loop(server_);
     EXPECT_EQ(create_vlan(client, 1), 1);
     const pid_t child = fork();
     if (child == 0) {
@@ -279,7 +267,7 @@ TEST(Remote, GivesAChildOfAForkItsOwnConnection) {
     ASSERT_EQ(waitpid(child, &status, 0), child);
     EXPECT_TRUE(WIFEXITED(status));
     EXPECT_EQ(WEXITSTATUS(status), 0);
-    EXPECT_EQ(server.counters().connected, 2u);
+    EXPECT_EQ(server_.counters().connected, 2u);
 }
 
 }  // namespace remote_test

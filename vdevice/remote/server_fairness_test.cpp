@@ -11,13 +11,10 @@ namespace vdevice::remote {
 
 using calls::CallId;
 
-TEST(Remote, WaitsForTheRestOfAMessageAndForgetsAClientThatLeavesWithinOne) {
-    const Folder folder;
-    VlanOnly device;
-    Server server(device, folder.socket());
-    const Loop loop(server);
+TEST_F(RemoteVlans, WaitsForTheRestOfAMessageAndForgetsAClientThatLeavesWithinOne) {
+    const Loop loop(server_);
     {
-        const RawClient slow(folder.socket());
+        const RawClient slow(folder_.socket());
         slow.send_words({kMagic});
         slow.send_words({calls::kInterfaceChecksum, 4});
         slow.send_words({static_cast<uint32_t>(CallId::user_vlan_create), 0, 0});
@@ -27,27 +24,24 @@ TEST(Remote, WaitsForTheRestOfAMessageAndForgetsAClientThatLeavesWithinOne) {
         EXPECT_EQ(answer[sizeof answer - kWordBytes - 1], 55);
         slow.send_words({4, static_cast<uint32_t>(CallId::user_vlan_create)});
     }
-    Client client("libtest", folder.socket());
+    Client client("libtest", folder_.socket());
     EXPECT_EQ(create_vlan(client, 3), 3);
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(2);
-    while (server.clients() > 1 && std::chrono::steady_clock::now() < end) {
+    while (server_.clients() > 1 && std::chrono::steady_clock::now() < end) {
         EXPECT_EQ(create_vlan(client, 3), 3);
     }
-    EXPECT_EQ(server.clients(), 1u);
-    EXPECT_EQ(server.counters().malformed, 0u);
+    EXPECT_EQ(server_.clients(), 1u);
+    EXPECT_EQ(server_.counters().malformed, 0u);
 }
 
 // A client that asks and never reads must not grow the server: it is not read from until it takes its answers.
-TEST(Remote, StopsReadingFromAClientThatDoesNotTakeItsAnswers) {
-    const Folder folder;
-    VlanOnly device;
-    Server server(device, folder.socket());
+TEST_F(RemoteVlans, StopsReadingFromAClientThatDoesNotTakeItsAnswers) {
     constexpr uint64_t kRequests = 100000;
     // The kernel's buffers hold far fewer answers.
     constexpr uint64_t kMostAnswered = kRequests / 4;
-    const RawClient greedy(folder.socket());
+    const RawClient greedy(folder_.socket());
     {
-        const Loop loop(server);
+        const Loop loop(server_);
         greedy.send_words({kMagic, calls::kInterfaceChecksum});
         Writer writer;
         for (uint64_t request = 0; request < kRequests; ++request) {
@@ -56,22 +50,19 @@ TEST(Remote, StopsReadingFromAClientThatDoesNotTakeItsAnswers) {
             }
         }
         EXPECT_LT(greedy.send_without_reading(writer.buffer()), writer.buffer().size());
-        Client other("libtest", folder.socket());
+        Client other("libtest", folder_.socket());
         EXPECT_EQ(create_vlan(other, 4), 4);
     }
-    EXPECT_LT(server.counters().calls, kMostAnswered);
+    EXPECT_LT(server_.counters().calls, kMostAnswered);
 }
 
 // The kernel holds fewer answers than these, so the server stops answering and goes on when the client reads.
-TEST(Remote, AnswersEveryRequestThatWasSentAhead) {
+TEST_F(RemoteVlans, AnswersEveryRequestThatWasSentAhead) {
     constexpr uint32_t kRequests = 4000;
     constexpr size_t kAnswerWords = 3;
     constexpr int kPauseMilliseconds = 100;
-    const Folder folder;
-    VlanOnly device;
-    Server server(device, folder.socket());
-    const RawClient eager(folder.socket());
-    const Loop loop(server);
+    const RawClient eager(folder_.socket());
+    const Loop loop(server_);
     eager.send_words({kMagic, calls::kInterfaceChecksum});
     std::thread sender([&eager] {
         for (uint32_t request = 0; request < kRequests; ++request) {
@@ -93,15 +84,12 @@ TEST(Remote, AnswersEveryRequestThatWasSentAhead) {
 }
 
 // A client that sends many requests at once lets the others have their turn.
-TEST(Remote, ServesOthersBetweenTheRequestsOfAnEagerClient) {
+TEST_F(RemoteVlans, ServesOthersBetweenTheRequestsOfAnEagerClient) {
     constexpr uint32_t kRequests = 2000;
     constexpr uint64_t kMostCalls = 200;
     constexpr size_t kAnswerBytes = (kHandshakeWords + 3) * kWordBytes;
-    const Folder folder;
-    VlanOnly device;
-    Server server(device, folder.socket());
-    const RawClient eager(folder.socket());
-    const RawClient other(folder.socket());
+    const RawClient eager(folder_.socket());
+    const RawClient other(folder_.socket());
     eager.send_words({kMagic, calls::kInterfaceChecksum});
     Writer requests;
     for (uint32_t request = 0; request < kRequests; ++request) {
@@ -112,45 +100,39 @@ TEST(Remote, ServesOthersBetweenTheRequestsOfAnEagerClient) {
     EXPECT_EQ(eager.send_without_reading(requests.buffer()), requests.buffer().size());
     other.send_words({kMagic, calls::kInterfaceChecksum, 4, static_cast<uint32_t>(CallId::user_vlan_create), 0, 0, 7});
     for (int turn = 0; other.waiting_bytes() < kAnswerBytes && turn < static_cast<int>(kRequests); ++turn) {
-        server.serve_ready();
+        server_.serve_ready();
     }
     EXPECT_EQ(other.waiting_bytes(), kAnswerBytes);
-    EXPECT_LT(server.counters().calls, kMostCalls);
-    while (server.counters().calls < kRequests + 1 && eager.waiting_bytes() > 0) {
+    EXPECT_LT(server_.counters().calls, kMostCalls);
+    while (server_.counters().calls < kRequests + 1 && eager.waiting_bytes() > 0) {
         eager.skip_waiting();
-        server.serve_ready();
+        server_.serve_ready();
     }
-    EXPECT_EQ(server.counters().calls, kRequests + 1) << "what came early is answered without anything more coming";
+    EXPECT_EQ(server_.counters().calls, kRequests + 1) << "what came early is answered without anything more coming";
 }
 
-TEST(Remote, HalfMessagesDoNotKeepAnybodyWaiting) {
-    const Folder folder;
-    VlanOnly device;
-    Server server(device, folder.socket());
-    const Loop loop(server);
+TEST_F(RemoteVlans, HalfMessagesDoNotKeepAnybodyWaiting) {
+    const Loop loop(server_);
     std::deque<RawClient> silent;
     for (size_t count = 0; count + 1 < Server::kMaxClients; ++count) {
-        silent.emplace_back(folder.socket());
+        silent.emplace_back(folder_.socket());
         // The first word of a message of the greatest length.
         silent.back().send_words({kMagic, calls::kInterfaceChecksum, kMaxMessageWords, 0});
     }
-    Client client("libtest", folder.socket());
+    Client client("libtest", folder_.socket());
     EXPECT_EQ(create_vlan(client, 5), 5);
-    EXPECT_EQ(server.counters().malformed, 0u);
+    EXPECT_EQ(server_.counters().malformed, 0u);
 }
 
-TEST(Remote, TurnsAwayMoreClientsThanItServes) {
-    const Folder folder;
-    VlanOnly device;
-    Server server(device, folder.socket());
-    const Loop loop(server);
+TEST_F(RemoteVlans, TurnsAwayMoreClientsThanItServes) {
+    const Loop loop(server_);
     std::deque<RawClient> clients;
     for (size_t count = 0; count < Server::kMaxClients; ++count) {
-        clients.emplace_back(folder.socket());
+        clients.emplace_back(folder_.socket());
     }
-    const RawClient one_too_many(folder.socket());
+    const RawClient one_too_many(folder_.socket());
     EXPECT_TRUE(one_too_many.is_closed());
-    EXPECT_EQ(server.counters().refused, 1u);
+    EXPECT_EQ(server_.counters().refused, 1u);
 }
 
 }  // namespace vdevice::remote

@@ -15,12 +15,9 @@ using calls::CallId;
 using calls::describe_call;
 using calls::describe_result;
 
-TEST(Remote, TellsAClientThatItWasBuiltFromOtherHeaders) {
-    const Folder folder;
-    VlanOnly device;
-    Server server(device, folder.socket());
-    const Loop loop(server);
-    const RawClient other(folder.socket());
+TEST_F(RemoteVlans, TellsAClientThatItWasBuiltFromOtherHeaders) {
+    const Loop loop(server_);
+    const RawClient other(folder_.socket());
     other.send_words({kMagic, calls::kInterfaceChecksum + 1});
     uint8_t answer[kHandshakeWords * kWordBytes] = {};
     ASSERT_EQ(other.receive(answer, sizeof answer), sizeof answer);
@@ -28,8 +25,8 @@ TEST(Remote, TellsAClientThatItWasBuiltFromOtherHeaders) {
     EXPECT_EQ(reader.word(), kMagic);
     EXPECT_EQ(reader.word(), calls::kInterfaceChecksum);
     EXPECT_TRUE(other.is_closed());
-    EXPECT_EQ(server.counters().mismatched, 1u);
-    EXPECT_EQ(server.counters().connected, 0u);
+    EXPECT_EQ(server_.counters().mismatched, 1u);
+    EXPECT_EQ(server_.counters().connected, 0u);
 }
 
 TEST(Remote, TellsThoseWhoWatchAndClosesThoseWhoDoNotListen) {
@@ -91,24 +88,18 @@ TEST(Remote, AClientMayWatchAndCall) {
     }
 }
 
-TEST(Remote, RefusesExtraRequestsThatItDoesNotKnow) {
-    const Folder folder;
-    VlanOnly device;
-    Server server(device, folder.socket());
-    const Loop loop(server);
+TEST_F(RemoteVlans, RefusesExtraRequestsThatItDoesNotKnow) {
+    const Loop loop(server_);
     for (const uint32_t id : {static_cast<uint32_t>(Extra::kTakeEvent), kFirstExtra + 2}) {
-        const RawClient client(folder.socket());
+        const RawClient client(folder_.socket());
         client.send_words({kMagic, calls::kInterfaceChecksum, 1, id});
         EXPECT_TRUE(client.is_closed()) << "nobody answers it here";
     }
 }
 
-TEST(Remote, ClosesAClientThatSendsNonsenseAndServesTheOthers) {
-    const Folder folder;
-    VlanOnly device;
-    Server server(device, folder.socket());
-    Client good("libtest", folder.socket());
-    const Loop loop(server);
+TEST_F(RemoteVlans, ClosesAClientThatSendsNonsenseAndServesTheOthers) {
+    Client good("libtest", folder_.socket());
+    const Loop loop(server_);
     EXPECT_EQ(create_vlan(good, 1), 1);
     constexpr uint32_t kCreate = static_cast<uint32_t>(CallId::user_vlan_create);
     constexpr uint32_t kSum = calls::kInterfaceChecksum;
@@ -125,41 +116,35 @@ TEST(Remote, ClosesAClientThatSendsNonsenseAndServesTheOthers) {
         {kMagic, kSum, 4, static_cast<uint32_t>(CallId::sys_trace_add_log), 0x7FFFFFFF, 0, 0},  // a text without end
     };
     for (const auto &words : nonsense) {
-        const RawClient bad(folder.socket());
+        const RawClient bad(folder_.socket());
         bad.send_words(words);
         EXPECT_TRUE(bad.is_closed());
         EXPECT_EQ(create_vlan(good, 2), 2);
     }
-    EXPECT_EQ(server.counters().malformed, std::size(nonsense));
+    EXPECT_EQ(server_.counters().malformed, std::size(nonsense));
 }
 
-TEST(Remote, ShowsEachCallToAnObserver) {
-    const Folder folder;
-    VlanOnly device;
-    Server server(device, folder.socket());
+TEST_F(RemoteVlans, ShowsEachCallToAnObserver) {
     std::vector<std::string> seen;
-    server.set_observer([&](CallId id, const void *const *arguments, int64_t result) {
+    server_.set_observer([&](CallId id, const void *const *arguments, int64_t result) {
         seen.push_back(describe_call(id, arguments) + " -> " + describe_result(id, arguments, result));
     });
-    Client client("libtest", folder.socket());
+    Client client("libtest", folder_.socket());
     {
-        const Loop loop(server);
+        const Loop loop(server_);
         EXPECT_EQ(create_vlan(client, 3), 3);
     }
     EXPECT_THAT(seen, testing::ElementsAre("user_vlan_create(unit=0, zero=0, vid=3) -> 3"));
 }
 
-TEST(RemoteServer, RefusesAPathThatAnotherServes) {
-    const Folder folder;
-    VlanOnly device;
-    const Server server(device, folder.socket());
+TEST_F(RemoteVlans, RefusesAPathThatAnotherServes) {
     try {
-        const Server second(device, folder.socket());
+        const Server second(device_, folder_.socket());
         FAIL() << "two servers on one path";
     } catch (const std::runtime_error &error) {
-        EXPECT_EQ(error.what(), "another virtual device already serves " + folder.socket());
+        EXPECT_EQ(error.what(), "another virtual device already serves " + folder_.socket());
     }
-    EXPECT_TRUE(std::filesystem::exists(folder.socket())) << "the refused one must not remove the other's socket";
+    EXPECT_TRUE(std::filesystem::exists(folder_.socket())) << "the refused one must not remove the other's socket";
 }
 
 TEST(RemoteServer, TakesOverTheSocketOfADeadDaemon) {

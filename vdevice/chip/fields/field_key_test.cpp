@@ -58,28 +58,6 @@ TEST_F(FieldKeyTest, MacAddresses) {
     EXPECT_TRUE(key.meets({Field::kSourceMac, {0x0200, 99}, {0xFFFF, 0xFFFFFF00}}));
 }
 
-TEST_F(FieldKeyTest, IngressPortsAreAskedForMembership) {
-    const FieldKey key = key_of(kAddresses + test::kPayload);
-    const auto in_ports = [&](uint32_t data, uint32_t mask) {
-        return key.meets(qualifier(Field::kInPorts, data, mask));
-    };
-    EXPECT_TRUE(in_ports(1U << kIngress, kAll));
-    EXPECT_TRUE(in_ports(kAll, kAll));
-    EXPECT_FALSE(in_ports(kAll, ~(1U << kIngress)));
-    EXPECT_FALSE(in_ports(~(1U << kIngress), kAll));
-    EXPECT_FALSE(in_ports(0, 0)) << "a set without ports has no member";
-}
-
-TEST_F(FieldKeyTest, TheOuterVlanIsTheOneInWhichTheFrameIsSwitched) {
-    EXPECT_TRUE(meets(test::kPayload, Field::kOuterVid, 100));
-    EXPECT_TRUE(meets(test::kPayload, Field::kOuterPriority, 3));
-    EXPECT_FALSE(meets(test::kPayload, Field::kOuterVid, 101));
-    EXPECT_TRUE(meets(test::kPayload, Field::kOuterVid, 101, 0xFFE));
-    EXPECT_FALSE(meets(test::kPayload, Field::kOuterPriority, 2));
-    EXPECT_TRUE(key_of(kAddresses + test::kPayload, 0x7001).meets(qualifier(Field::kOuterPriority, 3, kAll)))
-        << "the drop-eligible bit is no part of the priority";
-}
-
 TEST_F(FieldKeyTest, TheInnerVlanIsThatOfTheInnermostTag) {
     const Octets one = test::vlan_tag(0xA00A) + test::kPayload;
     EXPECT_TRUE(meets(one, Field::kInnerVid, 10));
@@ -94,12 +72,6 @@ TEST_F(FieldKeyTest, TheInnerVlanIsThatOfTheInnermostTag) {
     }
 }
 
-TEST_F(FieldKeyTest, AFrameWithoutATagHasNoInnerVlan) {
-    EXPECT_FALSE(meets(test::kPayload, Field::kInnerVid, 0));
-    EXPECT_FALSE(meets(test::kPayload, Field::kInnerPriority, 0));
-    EXPECT_TRUE(meets(test::kPayload, Field::kInnerVid, 10, 0)) << "a mask of 0 asks for nothing";
-}
-
 TEST_F(FieldKeyTest, TheInnerFormatIsNonePriorityOrVlan) {
     EXPECT_TRUE(meets(test::kPayload, Field::kInnerFormat, 0));
     EXPECT_TRUE(meets(test::vlan_tag(0xE000) + test::kPayload, Field::kInnerFormat, 1));
@@ -112,6 +84,8 @@ TEST_F(FieldKeyTest, EtherTypeAndEncapsulation) {
     EXPECT_TRUE(meets(arp, Field::kEtherType, 0x0806));
     EXPECT_TRUE(is_frame_kind(arp, FrameKind::kEthernet));
     EXPECT_TRUE(is_ip_kind(arp, IpKind::kArp));
+    EXPECT_TRUE(has(octets16(1501) + Octets(46, 0), Field::kEtherType));
+    EXPECT_FALSE(has(octets16(1500) + Octets(46, 0), Field::kEtherType));
     const Octets llc = octets16(38) + Octets{0x42, 0x42, 0x03} + Octets(35, 0);
     EXPECT_FALSE(has(llc, Field::kEtherType));
     EXPECT_TRUE(is_frame_kind(llc, FrameKind::kLlc));
@@ -154,14 +128,6 @@ TEST_F(FieldKeyTest, Ipv4) {
     EXPECT_FALSE(has(rest, Field::kSourceIpv6));
 }
 
-TEST_F(FieldKeyTest, TheWholeOctetOfTheDscpIsCompared) {
-    Ipv4 header{kUdp};
-    header.tos = 185;  // congestion bits set
-    const Octets packet = ipv4(header, kDatagram);
-    EXPECT_FALSE(meets(packet, Field::kDscp, 184));
-    EXPECT_TRUE(meets(packet, Field::kDscp, 184, 0xFC));
-}
-
 TEST_F(FieldKeyTest, Ipv6) {
     Ipv6 packet{kUdp};
     packet.traffic_class = 184;
@@ -192,32 +158,6 @@ TEST_F(FieldKeyTest, PortsOfTheProtocolsThatHaveThem) {
     packet.options = Octets(8, 1);
     EXPECT_TRUE(has_ports(ipv4(packet, kDatagram))) << "behind the options";
     EXPECT_FALSE(has_ports(ipv4({kUdp}, {}) + kDatagram)) << "padding is no port";
-}
-
-TEST_F(FieldKeyTest, OnlyFirstFragmentsHavePorts) {
-    constexpr uint16_t kDoNotFragment = 0x4000;
-    constexpr uint8_t kFragment = 44;
-    Ipv4 v4{kUdp};
-    for (const uint16_t first : {test::kMoreFragments, kDoNotFragment}) {
-        v4.fragment = first;
-        EXPECT_TRUE(has_ports(ipv4(v4, kDatagram)));
-    }
-    v4.fragment = 1;
-    EXPECT_FALSE(has_ports(ipv4(v4, kDatagram)));
-    EXPECT_TRUE(meets(ipv4(v4, kDatagram), Field::kProtocol, kUdp));
-    EXPECT_TRUE(has_ports(ipv6({kFragment}, test::fragment_header(kUdp, 0, true) + kDatagram)));
-    const Octets later = ipv6({kFragment}, test::fragment_header(kUdp, 5, true) + kDatagram);
-    EXPECT_FALSE(has_ports(later));
-    EXPECT_TRUE(meets(later, Field::kProtocol, kUdp));
-}
-
-TEST_F(FieldKeyTest, ExtensionHeadersArePassedOver) {
-    constexpr uint8_t kDestinationOptions = 60;
-    constexpr uint8_t kRouting = 43;
-    const Octets packet =
-        ipv6({kRouting}, test::extension(kDestinationOptions, 2) + test::extension(kTcp, 1) + kDatagram);
-    EXPECT_TRUE(meets(packet, Field::kProtocol, kTcp));
-    EXPECT_TRUE(has_ports(packet));
 }
 
 TEST_F(FieldKeyTest, ABrokenHeaderIsNoPacket) {
@@ -256,7 +196,7 @@ TEST_F(FieldKeyTest, FramesCutAnywhereAreReadToTheirEnd) {
 }
 
 TEST_F(FieldKeyTest, GarbageIsReadToItsEnd) {
-    constexpr int kRounds = 20000;
+    constexpr int kRounds = 5000;
     constexpr uint8_t kLikely[] = {0x81, 0x00, 0x88, 0xA8, 0x08, 0x86, 0xDD, 0x45, 0x60, 44, 0, 60, 0xAA, 3};
     std::mt19937 random{1};
     int packets = 0;

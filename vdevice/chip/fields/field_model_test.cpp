@@ -9,6 +9,7 @@
 
 #include "vdevice/chip/fields/field_table.h"
 #include "vdevice/chip/testing/frame_builder.h"
+#include "vdevice/chip/testing/seeds.h"
 
 namespace vdevice::chip {
 namespace field_model_test {
@@ -169,7 +170,7 @@ TEST_P(FieldLives, TheSameRulesWin) {
     EXPECT_GT(wins, size_t{kCalls}) << "a life in which something happens";
 }
 
-INSTANTIATE_TEST_SUITE_P(Seeds, FieldLives, testing::Range(1U, 9U));
+INSTANTIATE_TEST_SUITE_P(Seeds, FieldLives, test::seeds());
 
 }  // namespace field_model_test
 }  // namespace vdevice::chip

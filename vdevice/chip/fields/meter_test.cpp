@@ -20,19 +20,6 @@ uint64_t run(Meter &meter, Time from, Time step, int frames) {
     return passed;
 }
 
-TEST(Meter, ItsDepthIsTenMillisecondsOfItsRateButTwoFramesAtLeast) {
-    EXPECT_EQ(Meter(100, 0s).depth(), 3084U);
-    EXPECT_EQ(Meter(100 * kMegabit, 0s).depth(), 125000U);
-    EXPECT_EQ(Meter(Meter::kMaxRate, 0s).depth(), 125000000U);
-}
-
-TEST(Meter, BeginsFullAndLetsABurstPass) {
-    Meter meter{100 * kMegabit, 5s};
-    EXPECT_EQ(run(meter, 5s, 0s, 1000), 125000U);
-    EXPECT_EQ(meter.passed(), 125U);
-    EXPECT_EQ(meter.dropped(), 875U);
-}
-
 // A million seconds of a flow of twice the rate: not an octet more or less than the rate and the first bucketful.
 TEST(Meter, IsExactOverALongTime) {
     constexpr uint32_t kRate = 997;  // kbit/s, no divisor of anything here
@@ -45,35 +32,6 @@ TEST(Meter, IsExactOverALongTime) {
     EXPECT_LE(passed, let_in + meter.depth());
     EXPECT_GT(passed + kFrame, let_in);
     EXPECT_GE(passed, let_in + meter.depth() - kFrame) << "the bucket was never full again";
-}
-
-TEST(Meter, AFlowWithinItsRateLosesNothing) {
-    Meter meter{kMegabit, 0s};
-    EXPECT_EQ(run(meter, 0s, 8ms, 10000), 10000U * kFrame) << "exactly at the rate";
-    EXPECT_EQ(meter.dropped(), 0U);
-}
-
-TEST(Meter, ARestLongerThanAnyLifeFillsItAndOverflowsNothing) {
-    Meter meter{Meter::kMaxRate, 0s};
-    run(meter, 0s, 0s, 200000);
-    constexpr Time kAges{INT64_MAX};
-    EXPECT_EQ(run(meter, kAges, 0s, 200000), 125000U * kFrame);
-}
-
-TEST(Meter, TimeThatGoesBackLetsNothingIn) {
-    Meter meter{kMegabit, 10s};
-    run(meter, 10s, 0s, 100);
-    EXPECT_FALSE(meter.charge(kFrame, 1s));
-    EXPECT_FALSE(meter.charge(kFrame, 10s));
-    EXPECT_TRUE(meter.charge(kFrame, 11s));
-}
-
-TEST(Meter, AFrameLongerThanTheBucketPassesWhenItIsFull) {
-    Meter meter{kMegabit, 0s};
-    constexpr size_t kJumbo = 9600;
-    EXPECT_TRUE(meter.charge(kJumbo, 0s));
-    EXPECT_FALSE(meter.charge(kJumbo, 76ms)) << "125 octets a millisecond: in debt until 52 ms, full at 76.8";
-    EXPECT_TRUE(meter.charge(kJumbo, 77ms));
 }
 
 TEST(Meter, ANewRateHoldsFromNowOn) {

@@ -6,6 +6,7 @@
 
 #include "vdevice/chip/pipeline/pipeline.h"
 #include "vdevice/chip/testing/random_chip.h"
+#include "vdevice/chip/testing/seeds.h"
 
 namespace vdevice::chip {
 namespace copy_test {
@@ -201,7 +202,7 @@ TEST_P(Copies, StayAsTheyAreWhateverBecomesOfTheChip) {
     EXPECT_EQ(run(copy, then, frames), expected);
 }
 
-INSTANTIATE_TEST_SUITE_P(Seeds, Copies, testing::Range(1U, 9U));
+INSTANTIATE_TEST_SUITE_P(Seeds, Copies, test::seeds());
 
 }  // namespace copy_test
 }  // namespace vdevice::chip

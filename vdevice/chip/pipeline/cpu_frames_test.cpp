@@ -15,7 +15,6 @@ constexpr int kLast = 24;   // the last port of word 1
 constexpr int kFirst = 25;  // the first port of word 2
 constexpr int kHigh = 29;
 constexpr int kCpu = Switch::kCpuPort;
-constexpr unsigned kOpcodeCount = 8;
 
 const Octets kAddresses = kBroadcast + station(0xCC);
 
@@ -49,40 +48,6 @@ TEST_F(CpuFramesTest, SwitchedLikeAPortsFrame) {
     EXPECT_EQ(chip_.macs().find(Mac{0x0200000000CC}, 100)->port, kCpu);
 }
 
-TEST_F(CpuFramesTest, SwitchedUntaggedTakesTheCpuPortsVlan) {
-    EXPECT_EQ(send(test::transmit_tag(1, 0), kPayload).size(), 4U) << "VLAN 1 at power-on: every port that is up";
-    ASSERT_EQ(chip_.set_pvid(kCpu, 100), Status::kOk);
-    EXPECT_EQ(send(test::transmit_tag(1, 0), kPayload).size(), 2U);
-}
-
-TEST_F(CpuFramesTest, AnAnswerFindsTheCpu) {
-    send(test::transmit_tag(1, 0), kPayload);
-    const Octets frame = station(0xCC) + station(1) + kPayload;
-    chip_.receive(1s, kHigh, frame);
-    EXPECT_EQ(sink_.take(), (std::vector<Sent>{{kCpu, station(0xCC) + station(1) + test::receive_tag(kHigh) +
-                                                          test::vlan_tag(1) + kPayload}}));
-}
-
-TEST_F(CpuFramesTest, OnePortOnBothSidesOfTheWordBoundary) {
-    for (const unsigned opcode : {3U, 5U, 6U}) {
-        for (const int port : {kLow, kLast, kFirst, kHigh}) {
-            EXPECT_EQ(send(test::transmit_tag(opcode, static_cast<uint32_t>(port)), kPayload),
-                      (std::vector<Sent>{{port, kAddresses + kPayload}}));
-        }
-    }
-    EXPECT_EQ(chip_.macs().size(), 0U) << "directed frames teach the chip nothing";
-}
-
-TEST_F(CpuFramesTest, ABitmapOnBothSidesOfTheWordBoundary) {
-    const uint32_t word1 = 1U << kLow | 1U << kLast;
-    const uint32_t word2 = 1U << (kFirst - 25) | 1U << (kHigh - 25);
-    const Octets frame = kAddresses + kPayload;
-    for (const unsigned opcode : {4U, 7U}) {
-        EXPECT_EQ(send(test::transmit_tag(opcode, word1, word2), kPayload),
-                  (std::vector<Sent>{{kLow, frame}, {kLast, frame}, {kFirst, frame}, {kHigh, frame}}));
-    }
-}
-
 TEST_F(CpuFramesTest, Opcodes3And4ApplyTheEgressRule) {
     const Octets tagged = test::vlan_tag(0xA064) + kPayload;
     const Octets ports[] = {test::transmit_tag(3, kLow), test::transmit_tag(3, kHigh), test::transmit_tag(3, kLast)};
@@ -91,29 +56,6 @@ TEST_F(CpuFramesTest, Opcodes3And4ApplyTheEgressRule) {
     EXPECT_EQ(send(ports[2], tagged), (std::vector<Sent>{{kLast, kAddresses + tagged}})) << "not a member: as given";
     EXPECT_EQ(send(test::transmit_tag(4, 1U << kLow, 1U << (kHigh - 25)), tagged),
               (std::vector<Sent>{{kLow, kAddresses + kPayload}, {kHigh, kAddresses + tagged}}));
-}
-
-TEST_F(CpuFramesTest, Opcodes5To7LeaveTheTagAlone) {
-    const Octets tagged = test::vlan_tag(100) + kPayload;
-    for (const Octets &tag :
-         {test::transmit_tag(5, kLow), test::transmit_tag(6, kLow), test::transmit_tag(7, 1U << kLow)}) {
-        EXPECT_EQ(send(tag, tagged), (std::vector<Sent>{{kLow, kAddresses + tagged}}));
-    }
-}
-
-TEST_F(CpuFramesTest, ATagOfAMissingVlanIsLeftAlone) {
-    constexpr Vid kMissing[] = {0, 200, 4095};
-    for (const Vid vid : kMissing) {
-        const Octets tagged = test::vlan_tag(vid) + kPayload;
-        EXPECT_EQ(send(test::transmit_tag(3, kLow), tagged), (std::vector<Sent>{{kLow, kAddresses + tagged}}));
-    }
-}
-
-TEST_F(CpuFramesTest, ABrokenVlanTagIsSentAsGiven) {
-    const Octets cut = test::octets16(kVlanTpid) + Octets{0};
-    EXPECT_EQ(send(test::transmit_tag(3, kLow), cut), (std::vector<Sent>{{kLow, kAddresses + cut}}));
-    EXPECT_TRUE(send(test::transmit_tag(1, 0), cut).empty());
-    EXPECT_EQ(dropped(Drop::kRunt), 1U);
 }
 
 TEST_F(CpuFramesTest, Opcodes0And2AreDropped) {
@@ -147,23 +89,6 @@ TEST_F(CpuFramesTest, FramesWithoutAWholeTagAreDropped) {
         EXPECT_TRUE(sink_.take().empty());
     }
     EXPECT_EQ(dropped(Drop::kNoSwitchTag), 1U + kTransmitTagBytes);
-}
-
-TEST_F(CpuFramesTest, ASilentCpuPortHearsAndSaysNothing) {
-    chip_.set_link(kCpu, false);
-    EXPECT_TRUE(send(test::transmit_tag(6, kLow), kPayload).empty());
-    chip_.receive(1s, kLow, kBroadcast + station(1) + kPayload);
-    for (const Sent &sent : sink_.take()) {
-        EXPECT_NE(sent.first, kCpu);
-    }
-}
-
-TEST_F(CpuFramesTest, EveryOpcodeIsAccountedFor) {
-    for (unsigned opcode = 0; opcode < kOpcodeCount; ++opcode) {
-        const bool bitmap = opcode == 4 || opcode == 7;
-        const size_t sent = send(test::transmit_tag(opcode, bitmap ? 1U << kLow : kLow), kPayload).size();
-        EXPECT_EQ(sent == 0, opcode == 0 || opcode == 2) << opcode;
-    }
 }
 
 }  // namespace cpu_frames_test

@@ -59,12 +59,6 @@ const Attack kAttacks[] = {
 
 class AttackTest : public test::ChipTest, public testing::WithParamInterface<Attack> {};
 
-TEST_P(AttackTest, PassesAtPowerOn) {
-    send(kA, GetParam().octets);
-    EXPECT_EQ(dropped(kA, GetParam().reason), 0U);
-    EXPECT_EQ(chip_.macs().size(), 1U);
-}
-
 TEST_P(AttackTest, IsDroppedForItsReasonAndTeachesNothing) {
     chip_.set_attack_filter(true);
     EXPECT_TRUE(send(kA, GetParam().octets).empty());
@@ -105,7 +99,7 @@ TEST_F(DosFilterTest, HonestFramesPass) {
         fragment4(2, 12),
         fragment4(185, 8),
         fragment4(185, 32),  // no header, whatever stands where its flags would be
-        frame(test::ipv4({.protocol = kTcp, .fragment = kMoreFragments}, tcp(kAckFlag) + Octets(4, 0))),
+        frame(test::ipv4({.protocol = kTcp, .fragment = kMoreFragments}, tcp(kAckFlag))),
         frame(test::ipv6({44}, test::fragment_header(kTcp, 0, true) + tcp(kAckFlag) + Octets(4, 0))),
         frame(test::ipv6({44}, test::fragment_header(kTcp, 2, false) + Octets(12, 0))),
     };

@@ -5,9 +5,9 @@
 #include <gtest/gtest.h>
 
 #include <map>
-#include <set>
 
 #include "vdevice/chip/testing/random_chip.h"
+#include "vdevice/chip/testing/seeds.h"
 
 namespace vdevice::chip {
 namespace egress_limits_test {
@@ -119,7 +119,7 @@ TEST_P(Limits, EveryPortWithoutACopyHasATrueReason) {
     EXPECT_GT(watcher.answers[false], 100);
 }
 
-INSTANTIATE_TEST_SUITE_P(Seeds, Limits, testing::Range(1U, 9U));
+INSTANTIATE_TEST_SUITE_P(Seeds, Limits, test::seeds());
 
 }  // namespace egress_limits_test
 }  // namespace vdevice::chip

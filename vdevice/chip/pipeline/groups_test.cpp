@@ -10,7 +10,7 @@ namespace groups_test {
 
 using namespace test;
 
-constexpr int kTrunk = 3;
+constexpr int kTrunk = 0;
 constexpr uint32_t kVid = 1;
 const Octets kGroup4 = {0x01, 0, 0x5E, 1, 2, 3};
 const Octets kGroup6 = {0x33, 0x33, 0, 1, 2, 3};
@@ -59,19 +59,6 @@ TEST_F(GroupsTest, OnlyTheListedPortsGetTheFrames) {
     EXPECT_EQ(dropped(kA, Drop::kNoDestination), 3U);
 }
 
-TEST_F(GroupsTest, AListedPortMustBeUpInTheVlanAndInTheEgressSet) {
-    ASSERT_EQ(chip_.vlans().create({10, 10}), Status::kOk);
-    ASSERT_EQ(chip_.vlans().set_ports(10, PortSet::range(kA, kB), PortSet::range(kA, kB)), Status::kOk);
-    ASSERT_EQ(chip_.set_pvid(kA, 10), Status::kOk);
-    add(kGroup4, {kB, kC}, 10);
-    EXPECT_EQ(outputs(kA, kGroup4), std::set<int>{kB}) << "the other is in another VLAN";
-    ASSERT_EQ(chip_.set_egress(kA, PortSet::of(kC)), Status::kOk);
-    EXPECT_EQ(outputs(kA, kGroup4), std::set<int>{});
-    ASSERT_EQ(chip_.set_egress(kA, Switch::all_ports()), Status::kOk);
-    ASSERT_EQ(chip_.set_link(kB, false), Status::kOk);
-    EXPECT_EQ(outputs(kA, kGroup4), std::set<int>{});
-}
-
 TEST_F(GroupsTest, AGroupIsOfItsVlan) {
     ASSERT_EQ(chip_.vlans().create({10, 10}), Status::kOk);
     ASSERT_EQ(chip_.vlans().set_ports(10, Switch::all_ports(), {}), Status::kOk);
@@ -110,38 +97,6 @@ TEST_F(GroupsTest, ATrunksGroupSurvivesTheLossOfTheListedMember) {
     EXPECT_EQ(outputs(kA, kGroup4), std::set<int>{11}) << "on standby";
 }
 
-TEST_F(GroupsTest, ControlGroupsAreFloodedWhateverTheirEntries) {
-    ASSERT_EQ(change(kA,
-                     [](Port &port) {
-                         port.groups.ipv4_miss = GroupMiss::kDrop;
-                         port.groups.ipv6_miss = GroupMiss::kDrop;
-                     }),
-              Status::kOk);
-    const Octets always[] = {kBroadcast,
-                             {0x01, 0x80, 0xC2, 0, 0, 0x0E},
-                             {0x01, 0, 0x5E, 0, 0, 0},
-                             {0x01, 0, 0x5E, 0, 0, 251},
-                             {0x33, 0x33, 0, 0, 0, 1}};
-    for (const Octets &group : always) {
-        EXPECT_EQ(outputs(kA, group), kAllOthers);
-        add(group, {kB});
-        EXPECT_EQ(outputs(kA, group), kAllOthers);
-    }
-}
-
-TEST_F(GroupsTest, TheMissActionIsOfThePortAndTheProtocol) {
-    ASSERT_EQ(change(kA, [](Port &port) { port.groups.ipv4_miss = GroupMiss::kDrop; }), Status::kOk);
-    EXPECT_EQ(outputs(kA, kGroup4), std::set<int>{});
-    EXPECT_EQ(dropped(kA, Drop::kUnknownGroup), 1U);
-    EXPECT_EQ(outputs(kA, kGroup6), kAllOthers);
-    EXPECT_EQ(outputs(kA, kOtherGroup), kAllOthers);
-    EXPECT_EQ(outputs(kB, kGroup4), (std::set<int>{kCpu, kA, kC}));
-    ASSERT_EQ(change(kA, [](Port &port) { port.groups.ipv6_miss = GroupMiss::kToCpu; }), Status::kOk);
-    EXPECT_EQ(outputs(kA, kGroup6), std::set<int>{kCpu});
-    add(kGroup4, {kC});
-    EXPECT_EQ(outputs(kA, kGroup4), std::set<int>{kC}) << "it is known now";
-}
-
 TEST_F(GroupsTest, WithoutIpMulticastUnknownGroupsAreFlooded) {
     const auto drop_all = [](Port &port) {
         port.groups.ipv4_miss = GroupMiss::kDrop;
@@ -156,13 +111,6 @@ TEST_F(GroupsTest, WithoutIpMulticastUnknownGroupsAreFlooded) {
     EXPECT_EQ(outputs(kA, kGroup6), kAllOthers);
     ASSERT_EQ(change(kA, [](Port &port) { port.groups.knows_ipv4 = false; }), Status::kOk);
     EXPECT_EQ(outputs(kA, kGroup4), kAllOthers);
-}
-
-TEST_F(GroupsTest, APortMayIgnoreEntries) {
-    add(kGroup4, {kB});
-    ASSERT_EQ(change(kA, [](Port &port) { port.groups.uses_entries = false; }), Status::kOk);
-    EXPECT_EQ(outputs(kA, kGroup4), kAllOthers);
-    EXPECT_EQ(outputs(kC, kGroup4), std::set<int>{kB}) << "the others do not";
 }
 
 TEST_F(GroupsTest, ChangesAreRefusedForAReason) {

@@ -62,13 +62,6 @@ TEST_F(LearningTest, FramesFromAFilteredAddressAreDropped) {
     EXPECT_EQ(outputs(kA, 1, 9), std::vector<int>{kB}) << "frames to it are not";
 }
 
-TEST_F(LearningTest, FramesToAFilteredAddressAreDropped) {
-    filter(9, false, true);
-    EXPECT_EQ(outputs(kA, 1, 9), std::vector<int>{});
-    EXPECT_EQ(dropped(kA, Drop::kFiltered), 1U);
-    EXPECT_EQ(hears_of(kB, 9), 3U) << "frames from it are not";
-}
-
 TEST_F(LearningTest, AFilterHoldsWhateverThePortLearns) {
     filter(9, true, true);
     for (const LearnMode &mode : kLearnModes) {
@@ -77,12 +70,6 @@ TEST_F(LearningTest, AFilterHoldsWhateverThePortLearns) {
     }
     chip_.tick(1000000s);
     EXPECT_TRUE(knows(9)) << "it neither ages nor moves";
-}
-
-TEST_F(LearningTest, AStaticStationIsHeardElsewhereButStays) {
-    ASSERT_EQ(chip_.add_static_mac(mac(1), kVid, kB), Status::kOk);
-    EXPECT_EQ(hears_of(kA, 1), 3U);
-    EXPECT_EQ(chip_.macs().find(mac(1), kVid)->port, kB);
 }
 
 TEST_F(LearningTest, EntriesNeedTheirVlanPortAndTrunk) {
@@ -99,13 +86,6 @@ TEST_F(LearningTest, EntriesNeedTheirVlanPortAndTrunk) {
     EXPECT_EQ(chip_.macs().size(), 0U);
 }
 
-TEST_F(LearningTest, AStaticEntryOnATrunksPortIsBehindTheTrunk) {
-    make_trunk({kB, kC});
-    ASSERT_EQ(chip_.add_static_mac(mac(1), kVid, kB), Status::kOk);
-    ASSERT_EQ(chip_.set_link(kB, false), Status::kOk);
-    EXPECT_EQ(outputs(kA, 2, 1), std::vector<int>{kC});
-}
-
 TEST_F(LearningTest, AnEntryGivenToATrunkWaitsForIt) {
     make_trunk({kB, kC});
     ASSERT_EQ(give_to_trunk(1, kTrunk), Status::kOk);
@@ -116,16 +96,6 @@ TEST_F(LearningTest, AnEntryGivenToATrunkWaitsForIt) {
     EXPECT_FALSE(knows(3)) << "a dynamic one is forgotten";
     make_trunk({kC});
     EXPECT_EQ(outputs(kA, 2, 1), std::vector<int>{kC});
-}
-
-TEST_F(LearningTest, AnEntryGivenToATrunkSurvivesTheLossOfMembers) {
-    make_trunk({kB, kC});
-    ASSERT_EQ(give_to_trunk(1, kTrunk), Status::kOk);
-    ASSERT_EQ(give_to_trunk(3, kTrunk, false), Status::kOk);
-    ASSERT_EQ(chip_.set_trunk_configured(kTrunk, {kC}), Status::kOk);
-    ASSERT_EQ(chip_.set_trunk(kTrunk, {kC}), Status::kOk);
-    EXPECT_EQ(outputs(kA, 2, 1), std::vector<int>{kC});
-    EXPECT_EQ(outputs(kA, 2, 3), std::vector<int>{kC});
 }
 
 TEST_F(LearningTest, ALimitDropsAndRemembersWhatIsBeyondIt) {
@@ -160,39 +130,6 @@ TEST_F(LearningTest, EveryScopeLimits) {
     }
     chip_.limits().of_port(kB) = 0;
     EXPECT_FALSE(send(kB, kBroadcast + station(1) + kPayload).empty()) << "the trunk's limit holds for its ports";
-}
-
-TEST_F(LearningTest, ALimitOfZeroLetsNothingBeLearned) {
-    chip_.limits().of_vlan(kVid) = 0;
-    EXPECT_EQ(hears_of(kA, 1), 0U);
-    EXPECT_EQ(chip_.macs().size(), 0U);
-}
-
-TEST_F(LearningTest, AnAddressCannotMoveToAFullPort) {
-    chip_.limits().of_port(kB) = 1;
-    hears_of(kA, 1);
-    hears_of(kB, 2);
-    EXPECT_EQ(hears_of(kB, 1), 0U);
-    EXPECT_EQ(chip_.macs().find(mac(1), kVid)->port, kA);
-    EXPECT_EQ(hears_of(kA, 2), 3U) << "it can move away";
-    EXPECT_EQ(hears_of(kB, 1), 3U);
-    chip_.limits().system() = 2;
-    EXPECT_EQ(hears_of(kA, 1), 3U) << "moving adds no address to the chip";
-}
-
-TEST_F(LearningTest, StaticStationsAndTheCpuAreNotLimited) {
-    chip_.limits().system() = 0;
-    ASSERT_EQ(chip_.add_static_mac(mac(1), kVid, kA), Status::kOk);
-    EXPECT_EQ(hears_of(kA, 1), 3U);
-    EXPECT_EQ(send(kCpu, kBroadcast + station(7) + transmit_tag(1, 0) + kPayload).size(), 3U);
-    EXPECT_TRUE(knows(7));
-}
-
-TEST_F(LearningTest, APortThatLearnsNothingHasNoLimit) {
-    chip_.limits().of_port(kA) = 0;
-    ASSERT_EQ(change(kA, [](Port &port) { port.learning = *find_learn_mode(4); }), Status::kOk);
-    EXPECT_EQ(hears_of(kA, 1), 3U);
-    EXPECT_EQ(chip_.port(kA).violations.count(), 0U);
 }
 
 TEST_F(LearningTest, ViolationsAreRememberedUpToABound) {

@@ -10,7 +10,6 @@ using namespace test;
 
 constexpr uint32_t kStop = 0;
 constexpr uint32_t kIngress = 2;
-constexpr uint32_t kEgress = 4;
 constexpr uint32_t kBoth = 6;
 constexpr int kSpy = 20;
 const Octets kFrame = kBroadcast + station(1) + kPayload;
@@ -51,22 +50,6 @@ TEST_F(MirrorTest, IngressCopiesAreTheFrameAsReceived) {
     EXPECT_EQ(chip_.port(kSpy).counters.tx_octets, 2 * kTagged.size());
 }
 
-TEST_F(MirrorTest, IngressCopiesShowWhatIsDroppedLater) {
-    ASSERT_EQ(mirror(0, kA, kSpy, kIngress), Status::kOk);
-    const Octets foreign = kBroadcast + station(1) + test::vlan_tag(99) + kPayload;
-    EXPECT_EQ(copies(kA, foreign), Copies{foreign});
-    EXPECT_EQ(copies(kA, Octets(13, 0)), Copies{}) << "a runt is no frame";
-}
-
-TEST_F(MirrorTest, EgressCopiesAreTheFrameAsSent) {
-    ASSERT_EQ(chip_.vlans().set_ports(1, Switch::all_ports() - PortSet::of(kSpy), PortSet::of(kA)), Status::kOk);
-    ASSERT_EQ(mirror(0, kB, kSpy, kEgress), Status::kOk);
-    EXPECT_EQ(copies(kA, kFrame), Copies{kBroadcast + station(1) + test::vlan_tag(1) + kPayload});
-    EXPECT_EQ(copies(kB, kFrame), Copies{}) << "what comes in is not asked for";
-    chip_.set_link(kB, false);
-    EXPECT_EQ(copies(kA, kFrame), Copies{});
-}
-
 TEST_F(MirrorTest, BothDirectionsAndTheCpu) {
     ASSERT_EQ(mirror(3, kA, kSpy, kBoth), Status::kOk);
     EXPECT_EQ(copies(kA, kTagged), Copies{kTagged});
@@ -79,48 +62,6 @@ TEST_F(MirrorTest, BothDirectionsAndTheCpu) {
     EXPECT_EQ(copies(kCpu, directed), Copies{directed});
 }
 
-TEST_F(MirrorTest, ASessionHasManySourcesAndSetsEachAnew) {
-    ASSERT_EQ(mirror(0, kA, kSpy, kIngress), Status::kOk);
-    ASSERT_EQ(mirror(0, kB, kSpy, kEgress), Status::kOk);
-    EXPECT_EQ(copies(kA, kFrame), (Copies{kFrame, kFrame})) << "as it came in, and as it left";
-    ASSERT_EQ(mirror(0, kA, kSpy, kEgress), Status::kOk);
-    EXPECT_EQ(copies(kA, kFrame), Copies{kFrame});
-    EXPECT_EQ(copies(kC, kFrame), (Copies{kFrame, kFrame}));
-    ASSERT_EQ(mirror(0, kB, kSpy, kStop), Status::kOk);
-    EXPECT_EQ(copies(kA, kFrame), Copies{});
-    EXPECT_EQ(copies(kC, kFrame), Copies{kFrame});
-}
-
-TEST_F(MirrorTest, CopiesAreNotMirroredAgain) {
-    ASSERT_EQ(mirror(0, kA, kB, kIngress), Status::kOk);
-    ASSERT_EQ(mirror(1, kB, kSpy, kEgress), Status::kOk);
-    ASSERT_EQ(chip_.set_egress(kA, PortSet::of(kC)), Status::kOk);
-    EXPECT_EQ(send(kA, kFrame), (std::vector<Sent>{{kB, kFrame}, {kC, kFrame}}));
-}
-
-TEST_F(MirrorTest, NothingIsCopiedWhileMirroringIsOff) {
-    ASSERT_EQ(mirror(0, kA, kSpy, kBoth), Status::kOk);
-    ASSERT_EQ(chip_.mirrors().set_flow_destination(0, kSpy), Status::kOk);
-    chip_.mirrors().set_enabled(false);
-    EXPECT_EQ(copies(kA, kFrame), Copies{});
-    chip_.copy_to_flow_mirror(0, split_frame(kFrame));
-    EXPECT_TRUE(sink_.take().empty());
-    EXPECT_FALSE((MirrorTable{Switch::all_ports(), kCpu}.enabled())) << "off at power-on";
-}
-
-TEST_F(MirrorTest, ADisabledSessionCopiesNothingAndTheOthersDo) {
-    ASSERT_EQ(mirror(0, kA, kSpy, kIngress), Status::kOk);
-    ASSERT_EQ(chip_.mirrors().set_flow_destination(0, kSpy), Status::kOk);
-    ASSERT_EQ(mirror(1, kB, kSpy, kIngress), Status::kOk);
-    ASSERT_EQ(chip_.mirrors().set_disabled(0, true), Status::kOk);
-    EXPECT_EQ(copies(kA, kFrame), Copies{});
-    EXPECT_EQ(copies(kB, kFrame), Copies{kFrame});
-    chip_.copy_to_flow_mirror(0, split_frame(kFrame));
-    EXPECT_TRUE(sink_.take().empty());
-    ASSERT_EQ(chip_.mirrors().set_disabled(0, false), Status::kOk);
-    EXPECT_EQ(copies(kA, kFrame), Copies{kFrame});
-}
-
 TEST_F(MirrorTest, OnlyWhatIsUsedCanBeDisabled) {
     MirrorTable &mirrors = chip_.mirrors();
     EXPECT_EQ(mirrors.check_disabled(0, true), Status::kMirrorMissing);
@@ -131,19 +72,6 @@ TEST_F(MirrorTest, OnlyWhatIsUsedCanBeDisabled) {
     EXPECT_FALSE(mirrors.session(0).disabled) << "a question changes nothing";
     EXPECT_EQ(mirrors.check_disabled(4, false), Status::kMirrorSession);
     EXPECT_EQ(mirrors.set_disabled(4, false), Status::kMirrorSession);
-}
-
-TEST_F(MirrorTest, FlowMirrorsCopyWhatARuleSelects) {
-    chip_.copy_to_flow_mirror(2, split_frame(kFrame));
-    chip_.copy_to_flow_mirror(99, split_frame(kFrame));
-    EXPECT_TRUE(sink_.take().empty());
-    ASSERT_EQ(chip_.mirrors().set_flow_destination(2, kSpy), Status::kOk);
-    chip_.copy_to_flow_mirror(2, split_frame(kTagged));
-    EXPECT_EQ(sink_.take(), (std::vector<Sent>{{kSpy, kTagged}}));
-    chip_.copy_to_flow_mirror(1, split_frame(kFrame));
-    chip_.set_link(kSpy, false);
-    chip_.copy_to_flow_mirror(2, split_frame(kFrame));
-    EXPECT_TRUE(sink_.take().empty()) << "another session; no link";
 }
 
 TEST_F(MirrorTest, TheSessionIsForgottenWithItsLastUse) {
@@ -181,13 +109,6 @@ TEST_F(MirrorTest, WhatCannotBeIsRefused) {
     EXPECT_EQ(mirror(0, kA, kC, kStop), Status::kMirrorMissing);
     EXPECT_EQ(mirror(0, kB, kSpy, kStop), Status::kMirrorMissing);
     EXPECT_EQ(copies(kA, kFrame), Copies{kFrame}) << "refusals change nothing";
-}
-
-TEST_F(MirrorTest, CopiesTooLongForTheirPortAreCounted) {
-    ASSERT_EQ(mirror(0, kA, kSpy, kIngress), Status::kOk);
-    ASSERT_EQ(change(kSpy, [](Port &port) { port.jumbo = false; }), Status::kOk);
-    EXPECT_EQ(copies(kA, kFrame + Octets(2000, 0)), Copies{});
-    EXPECT_EQ(chip_.port(kSpy).counters.tx_too_long, 1U);
 }
 
 }  // namespace mirror_test

@@ -8,6 +8,7 @@
 
 #include "vdevice/chip/switch.h"
 #include "vdevice/chip/testing/plain_model.h"
+#include "vdevice/chip/testing/seeds.h"
 
 namespace vdevice::chip {
 namespace model_test {
@@ -210,7 +211,7 @@ TEST_P(Lives, AreTheModels) {
     EXPECT_EQ(chip_.vlans().list().size(), model_.vlans.size());
 }
 
-INSTANTIATE_TEST_SUITE_P(Seeds, Lives, testing::Range(1U, 9U));
+INSTANTIATE_TEST_SUITE_P(Seeds, Lives, test::seeds());
 
 }  // namespace model_test
 }  // namespace vdevice::chip

@@ -8,8 +8,6 @@ namespace port_rules_test {
 
 using namespace test;
 
-const Octets kEapolAddress = {0x01, 0x80, 0xC2, 0, 0, 0x03};
-
 class PortRules : public test::ChipTest {
   protected:
     void set_mode(int port, int64_t number) {
@@ -107,26 +105,6 @@ TEST_F(PortRules, AClosedPortPassesKnownSourcesOnly) {
     EXPECT_EQ(dropped(kA, Drop::kUnknownSource), 2U);
 }
 
-TEST_F(PortRules, AClosedPortLetsNeighboursAskTheCpu) {
-    set_mode(kA, 0);
-    const auto sent = send(kA, kEapolAddress + station(1) + test::octets16(0x888E) + Octets(46, 0));
-    ASSERT_EQ(sent.size(), 1U);
-    EXPECT_EQ(sent[0].first, kCpu);
-    EXPECT_EQ(sent[0].second[17], kA);
-    chip_.set_link(kCpu, false);
-    EXPECT_TRUE(send(kA, kEapolAddress + station(1) + kPayload).empty());
-    EXPECT_EQ(dropped(kA, Drop::kEgressDown), 1U);
-}
-
-TEST_F(PortRules, LearningCanBeOffWithoutClosingThePort) {
-    set_mode(kA, 4);
-    EXPECT_EQ(outputs(kA, kBroadcast + station(1) + kPayload), (std::vector<int>{kCpu, kB, kC}));
-    EXPECT_EQ(chip_.macs().size(), 0U);
-    set_mode(kA, 5);
-    send(kA, kBroadcast + station(1) + kPayload);
-    EXPECT_EQ(chip_.macs().size(), 1U);
-}
-
 TEST_F(PortRules, EgressSetsHoldForFloodingAndForKnownAddresses) {
     send(kC, kBroadcast + station(3) + kPayload);
     ASSERT_EQ(chip_.set_egress(kA, PortSet::of(kB)), Status::kOk);
@@ -136,28 +114,6 @@ TEST_F(PortRules, EgressSetsHoldForFloodingAndForKnownAddresses) {
     EXPECT_EQ(outputs(kC, station(1) + station(3) + kPayload), (std::vector<int>{kA})) << "the other way is free";
     EXPECT_EQ(chip_.set_egress(kA, PortSet::of(32)), Status::kNoPort);
     EXPECT_EQ(chip_.set_egress(32, PortSet::of(kB)), Status::kNoPort);
-}
-
-TEST_F(PortRules, UntaggedFramesGetThePortsPriority) {
-    ASSERT_EQ(change(kA, [](Port &port) { port.untagged_priority = 5; }), Status::kOk);
-    const auto tci = [&](const Octets &frame) {
-        const auto sent = send(kA, frame);
-        return sent.empty() ? -1 : sent[0].second[20] * 256 + sent[0].second[21];
-    };
-    EXPECT_EQ(tci(kBroadcast + station(1) + kPayload), 0xA001);
-    EXPECT_EQ(tci(kBroadcast + station(1) + test::vlan_tag(0x2000) + kPayload), 0x2001) << "tagged: its own";
-}
-
-TEST_F(PortRules, FramesAreCountedByTheirDestinations) {
-    send(kA, kBroadcast + station(1) + kPayload);
-    send(kA, kEapolAddress + station(1) + kPayload);
-    send(kA, kEapolAddress + station(1) + kPayload);
-    send(kB, station(1) + station(2) + kPayload);
-    using Casts = std::array<uint64_t, kCasts>;
-    EXPECT_EQ(chip_.port(kA).counters.rx_casts, (Casts{0, 2, 1}));
-    EXPECT_EQ(chip_.port(kA).counters.tx_casts, (Casts{1, 0, 0}));
-    EXPECT_EQ(chip_.port(kB).counters.rx_casts, (Casts{1, 0, 0}));
-    EXPECT_EQ(chip_.port(kB).counters.tx_casts, (Casts{0, 2, 1}));
 }
 
 }  // namespace port_rules_test

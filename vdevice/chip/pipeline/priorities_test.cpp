@@ -10,33 +10,6 @@ using namespace test;
 
 class Priorities : public test::PriorityTest {};
 
-TEST_F(Priorities, EachHasAQueueOfItsOwnAtPowerOn) {
-    for (uint32_t priority = 0; priority < kPriorities; ++priority) {
-        send(kA, tagged(priority));
-        for (const int port : {kB, kC, kCpu}) {
-            EXPECT_EQ(sent(port), one_in(priority)) << port;
-        }
-    }
-}
-
-TEST_F(Priorities, OfARuleChoosesTheQueue) {
-    rule({{test::kSetPriority, 6}});
-    EXPECT_EQ(queues_of(tagged(2)), one_in(6));
-}
-
-TEST_F(Priorities, OfFramesThatGoToTheCpuAloneChooseTheQueueToo) {
-    rule({{test::kToCpu}});
-    send(kA, tagged(3));
-    EXPECT_EQ(sent(kCpu), one_in(3));
-    EXPECT_EQ(sent(kB), Queues{});
-}
-
-TEST_F(Priorities, OfCopiesForTheCpuChooseTheQueueToo) {
-    rule({{test::kCopyToCpu}, {test::kRedirectPort, kB}});
-    EXPECT_EQ(queues_of(tagged(4)), one_in(4));
-    EXPECT_EQ(sent(kCpu), one_in(4));
-}
-
 TEST_F(Priorities, OfFramesFromTheCpuAreWhatPort0MakesOfThem) {
     const auto from_cpu = [&](uint32_t opcode, uint32_t destination, const Octets &rest) {
         return queues_of(kAddresses + test::transmit_tag(opcode, destination) + rest, kCpu);
@@ -55,20 +28,6 @@ TEST_F(Priorities, OfFramesFromTheCpuAreWhatPort0MakesOfThem) {
     EXPECT_EQ(from_cpu(3, kB, vlan_tag(0xA001) + kPayload), one_in(2));
 }
 
-TEST_F(Priorities, OfMirrorCopiesAreTheFramesOnTheWayOutAndNoneOnTheWayIn) {
-    constexpr uint32_t kIngress = 2;
-    constexpr uint32_t kEgress = 4;
-    chip_.mirrors().set_enabled(true);
-    ASSERT_EQ(chip_.set_egress(kA, PortSet::of(kB)), Status::kOk);
-    ASSERT_EQ(chip_.mirrors().set_port(0, kB, kC, kEgress), Status::kOk);
-    EXPECT_EQ(queues_of(tagged(5)), one_in(5));
-    EXPECT_EQ(sent(kC), one_in(5));
-    chip_.mirrors().clear();
-    ASSERT_EQ(chip_.mirrors().set_port(0, kA, kC, kIngress), Status::kOk);
-    EXPECT_EQ(queues_of(tagged(5)), one_in(5));
-    EXPECT_EQ(sent(kC), one_in(0));
-}
-
 TEST_F(Priorities, OfFramesThatARuleMirrorsAreNone) {
     chip_.mirrors().set_enabled(true);
     ASSERT_EQ(chip_.set_egress(kA, PortSet::of(kB)), Status::kOk);
@@ -76,41 +35,6 @@ TEST_F(Priorities, OfFramesThatARuleMirrorsAreNone) {
     rule({{test::kMirror, 0}, {test::kSetPriority, 7}});
     EXPECT_EQ(queues_of(tagged(5)), one_in(7));
     EXPECT_EQ(sent(kC), one_in(0));
-}
-
-TEST_F(Priorities, GoToTheQueuesOfTheMap) {
-    for (uint32_t priority = 0; priority < kPriorities; ++priority) {
-        ASSERT_EQ(chip_.queue_map().set(priority, priority / 2), Status::kOk);
-    }
-    for (uint32_t priority = 0; priority < kPriorities; ++priority) {
-        EXPECT_EQ(queues_of(tagged(priority)), one_in(priority / 2));
-    }
-}
-
-TEST_F(Priorities, GoToThePortsOwnQueuesBeforeTheChips) {
-    ASSERT_EQ(chip_.queue_map().set(kB, 3, 7), Status::kOk);
-    EXPECT_TRUE(chip_.queue_map().has_own(kB, 3));
-    EXPECT_FALSE(chip_.queue_map().has_own(kB, 4));
-    for (const uint32_t of_the_chip : {3U, 1U}) {
-        ASSERT_EQ(chip_.queue_map().set(3, of_the_chip), Status::kOk);
-        EXPECT_EQ(queues_of(tagged(3)), one_in(7));
-        EXPECT_EQ(sent(kC), one_in(of_the_chip));
-    }
-    EXPECT_EQ(queues_of(tagged(4)), one_in(4)) << "other priorities go where the chip says";
-    chip_.queue_map().clear(kB, 3);
-    EXPECT_EQ(queues_of(tagged(3)), one_in(1));
-}
-
-TEST_F(Priorities, OfQueuesThatAreGoneGoToTheLastOne) {
-    ASSERT_EQ(chip_.queue_map().set(kB, 0, 6), Status::kOk);
-    ASSERT_EQ(chip_.queue_map().set_queues(4), Status::kOk);
-    for (uint32_t priority = 1; priority < kPriorities; ++priority) {
-        EXPECT_EQ(queues_of(tagged(priority)), one_in(std::min(priority, 3U)));
-        EXPECT_EQ(chip_.queue_map().queue_of(priority), std::min(priority, 3U));
-    }
-    EXPECT_EQ(queues_of(tagged(0)), one_in(3)) << "the port's own row as well";
-    ASSERT_EQ(chip_.queue_map().set_queues(8), Status::kOk);
-    EXPECT_EQ(queues_of(tagged(0)), one_in(6));
 }
 
 TEST_F(Priorities, AreNotSentToQueuesThatAreNotThere) {

@@ -7,6 +7,7 @@
 #include <random>
 
 #include "vdevice/chip/testing/priority_fixture.h"
+#include "vdevice/chip/testing/seeds.h"
 
 namespace vdevice::chip {
 namespace priority_model_test {
@@ -147,7 +148,7 @@ TEST_P(PriorityLives, FramesLeaveAsTheModelSays) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Seeds, PriorityLives, testing::Range(1U, 5U));
+INSTANTIATE_TEST_SUITE_P(Seeds, PriorityLives, test::seeds());
 
 }  // namespace priority_model_test
 }  // namespace vdevice::chip

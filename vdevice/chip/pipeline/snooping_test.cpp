@@ -43,12 +43,6 @@ class SnoopingTest : public test::ChipTest {
     }
 };
 
-TEST_F(SnoopingTest, NothingIsTakenAtPowerOn) {
-    EXPECT_EQ(copies(kQuery), kFlooded);
-    EXPECT_EQ(copies(kReport), kFlooded);
-    EXPECT_EQ(copies(mld(130), kAllHosts6), kFlooded);
-}
-
 TEST_F(SnoopingTest, IgmpGoesToTheCpuOnly) {
     chip_.snooping().igmp = true;
     for (const Octets &packet : {kQuery, kReport}) {
@@ -75,19 +69,6 @@ TEST_F(SnoopingTest, MldGoesToTheCpuOnly) {
     EXPECT_EQ(copies(test::ipv6({0}, router_alert(kIcmpv6)), kAllHosts6), kFlooded) << "nothing behind the header";
     EXPECT_EQ(copies(test::ipv6({0}, router_alert(kUdp) + Octets(20, 131)), kAllHosts6), kFlooded);
     EXPECT_EQ(copies(kQuery), kFlooded);
-}
-
-TEST_F(SnoopingTest, VlanAndLearningStillApply) {
-    chip_.snooping().igmp = true;
-    EXPECT_EQ(copies(test::vlan_tag(7) + kQuery), 0U);
-    EXPECT_EQ(dropped(kA, Drop::kVlanMissing), 1U);
-    EXPECT_EQ(copies(kQuery), 1U);
-    EXPECT_EQ(chip_.macs().size(), 1U) << "members are stations like any other";
-}
-
-TEST_F(SnoopingTest, TheCpusOwnAreSwitched) {
-    chip_.snooping() = {true, true, true};
-    EXPECT_EQ(send(kCpu, kAllHosts + station(1) + test::transmit_tag(1, 0) + kQuery).size(), kFlooded);
 }
 
 TEST_F(SnoopingTest, ControlGroupsReachTheCpuInAnyCase) {

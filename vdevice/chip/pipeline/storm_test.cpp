@@ -47,13 +47,6 @@ struct Storm {
 const Storm kStorms[] = {
     {StormType::kBroadcast, kBroadcast}, {StormType::kMulticast, kGroup}, {StormType::kUnknownUnicast, kUnknown}};
 
-TEST_F(StormTest, NothingIsLimitedAtPowerOn) {
-    for (const Storm &storm : kStorms) {
-        EXPECT_EQ(pass(storm.destination, 1000, 1s), 1000U);
-        EXPECT_FALSE(kind(storm.type).exceeded);
-    }
-}
-
 TEST_F(StormTest, ALimitHoldsItsTypeOnItsPortAndNothingElse) {
     for (const Storm &limited : kStorms) {
         limit(limited.type, kFourFrames);
@@ -67,12 +60,6 @@ TEST_F(StormTest, ALimitHoldsItsTypeOnItsPortAndNothingElse) {
         change(kA, [&](Port &port) { port.storm.of(limited.type).exceeded = false; });
     }
     EXPECT_EQ(dropped(kA, Drop::kStorm), 3 * 6U);
-}
-
-TEST_F(StormTest, AKnownGroupIsMulticastToo) {
-    ASSERT_EQ(chip_.add_group(Mac::at(kGroup, 0), 1, PortSet::of(kB)), Status::kOk);
-    limit(StormType::kMulticast, kFourFrames);
-    EXPECT_EQ(pass(kGroup, 10, 1s), kFour);
 }
 
 TEST_F(StormTest, KeepsToTheRateExactly) {
@@ -136,50 +123,6 @@ TEST_F(StormTest, TheJointLimitLeavesATypeAloneThatIsNotSelected) {
     EXPECT_EQ(pass(kGroup, 10, 1s), 0U);
 }
 
-TEST_F(StormTest, AFrameOverOneLimitTakesNothingFromTheOther) {
-    limit(StormType::kBroadcast, {kRate, 2});
-    limit(StormType::kJoint, kFourFrames);
-    EXPECT_EQ(pass(kBroadcast, 10, 1s), 2U);
-    EXPECT_FALSE(kind(StormType::kJoint).exceeded);
-    EXPECT_EQ(kind(StormType::kJoint).limiter.bucket_at(1s)->level(), 250);
-    EXPECT_EQ(pass(kGroup, 10, 1s), 2U);
-    limit(StormType::kMulticast, kFourFrames);
-    EXPECT_EQ(pass(kGroup, 10, 1s), 0U);
-    EXPECT_EQ(kind(StormType::kMulticast).limiter.bucket_at(1s)->level(), 500);
-    EXPECT_FALSE(kind(StormType::kMulticast).exceeded);
-    EXPECT_EQ(dropped(kA, Drop::kStorm), 8U + 8 + 10);
-}
-
-TEST_F(StormTest, ALimitThatIsOffLimitsNothing) {
-    for (const StormType type : {StormType::kBroadcast, StormType::kJoint}) {
-        limit(type, kFourFrames);
-        change(kA, [&](Port &port) { port.storm.of(type).enabled = false; });
-        EXPECT_EQ(pass(kBroadcast, 10, 1s), 10U);
-        EXPECT_FALSE(kind(type).exceeded);
-        change(kA, [&](Port &port) { port.storm.of(type).enabled = true; });
-        EXPECT_EQ(pass(kBroadcast, 10, 1s), kFour);
-        EXPECT_EQ(kind(type).limiter.limit(), kFourFrames);
-        limit(type, {});
-    }
-}
-
-TEST_F(StormTest, TheSourceOfAFrameOverTheLimitIsLearned) {
-    limit(StormType::kBroadcast, {kRate, 1});
-    EXPECT_EQ(pass(kBroadcast, 1, 1s), 1U);
-    EXPECT_TRUE(send(kA, kBroadcast + station(7) + kBody).empty());
-    ASSERT_NE(chip_.macs().find(Mac::at(station(7), 0), 1), nullptr);
-}
-
-TEST_F(StormTest, WhatIsForTheCpuAloneIsNoStorm) {
-    chip_.traps().lacp = true;
-    const Octets lacp = Octets{0x01, 0x80, 0xC2, 0, 0, 2} + station(1) + test::octets16(0x8809) + Octets(46, 1);
-    limit(StormType::kMulticast, {1, 1});
-    for (int i = 0; i < 10; ++i) {
-        EXPECT_EQ(send(kA, lacp).size(), 1U);
-    }
-    EXPECT_FALSE(kind(StormType::kMulticast).exceeded);
-}
-
 TEST_F(StormTest, RefusesRatesAndDepthsThatTheChipHasNot) {
     Limiter limiter;
     EXPECT_EQ(limiter.set({TokenBucket::kMaxRate, TokenBucket::kMaxDepth}, 1s), Status::kOk);
@@ -193,6 +136,7 @@ TEST_F(StormTest, AChangedLimitIsNoFreshOne) {
     EXPECT_EQ(pass(kBroadcast, 10, 1s), kFour);
     limit(StormType::kBroadcast, {kRate, 8});
     EXPECT_EQ(pass(kBroadcast, 10, 1s), 0U);
+    EXPECT_EQ(pass(kBroadcast, 10, 1s + 8ms), 8U);
     limit(StormType::kBroadcast, {0, 8});
     EXPECT_EQ(pass(kBroadcast, 10, 1s), 10U);
     EXPECT_EQ(kind(StormType::kBroadcast).limiter.dropped(), 0U) << "what was counted went with the limit";
@@ -217,32 +161,13 @@ TEST_F(StormTest, ThePolicerIsOnAllThatComesIn) {
 TEST_F(StormTest, ThePolicerKeepsToTheRateExactly) {
     police({997, 2});
     uint64_t passed = 0;
-    constexpr int kFrames = 100'000;
+    constexpr int kFrames = 10'000;
     for (int i = 0; i < kFrames; ++i) {
         passed += pass(station(2), 1, 1s + i * 500us);  // twice as many as there is room for
     }
-    // A frame is a kilobit: two to begin with, and 997 in each of 49.9995 seconds.
-    EXPECT_EQ(passed, 2U + 49'849);
+    // A frame is a kilobit: two to begin with, and 997 in each of 4.9995 seconds.
+    EXPECT_EQ(passed, 2U + 4'984);
     EXPECT_EQ(chip_.port(kA).policer.passed() + dropped(kA, Drop::kPoliced), static_cast<uint64_t>(kFrames));
-}
-
-TEST_F(StormTest, AFrameOverTheIngressLimitTeachesNothingAndTakesNothingElse) {
-    police({kRate, 1});
-    limit(StormType::kBroadcast, kFourFrames);
-    EXPECT_EQ(pass(kBroadcast, 1, 1s), 1U);
-    EXPECT_TRUE(send(kA, kBroadcast + station(7) + kBody).empty());
-    EXPECT_EQ(chip_.macs().find(Mac::at(station(7), 0), 1), nullptr);
-    EXPECT_EQ(kind(StormType::kBroadcast).limiter.bucket_at(1s)->level(), 375);
-    EXPECT_EQ(dropped(kA, Drop::kPoliced), 1U);
-    EXPECT_EQ(dropped(kA, Drop::kStorm), 0U);
-}
-
-TEST_F(StormTest, RuntsAndOverlongFramesTakeNothing) {
-    police({kRate, 1});
-    change(kA, [](Port &port) { port.jumbo = false; });
-    send(kA, Octets(kHeaderBytes - 1, 0));
-    send(kA, kBroadcast + station(1) + Octets(kMaxPlainFrameBytes, 0));
-    EXPECT_EQ(pass(kBroadcast, 2, 1s), 1U);
 }
 
 TEST_F(StormTest, TypesAreFoundByTheirNumbersAndCodes) {

@@ -14,8 +14,6 @@ constexpr uint32_t kBlocking = 1;
 constexpr uint32_t kLearning = 3;
 constexpr uint32_t kForwarding = 4;
 const Octets kGroup = {0x01, 0, 0x5E, 1, 2, 3};
-const Octets kBpdu =
-    Octets{0x01, 0x80, 0xC2, 0, 0, 0} + station(1) + test::octets16(38) + Octets{0x42, 0x42} + Octets(36, 0);
 
 class StpTest : public test::ChipTest {
   protected:
@@ -31,15 +29,6 @@ class StpTest : public test::ChipTest {
     }
     Octets from(uint8_t number, const Octets &to = kBroadcast) { return to + station(number) + kPayload; }
 };
-
-TEST_F(StpTest, StatesBelowLearningLetNothingIn) {
-    for (uint32_t state = 0; state < kLearning; ++state) {
-        set_state(kA, state);
-        EXPECT_TRUE(ways(kA, from(1)).empty()) << state;
-        EXPECT_EQ(chip_.macs().size(), 0U) << state;
-        EXPECT_EQ(dropped(kA, Drop::kStpBlocked), state + 1);
-    }
-}
 
 TEST_F(StpTest, ALearningPortLearnsAndDrops) {
     set_state(kA, kLearning);
@@ -69,42 +58,6 @@ TEST_F(StpTest, KnownGroupsAvoidBlockedPorts) {
     ASSERT_EQ(chip_.add_group(Mac{0x01005E010203}, 1, PortSet::of(kB).add(kC)), Status::kOk);
     set_state(kB, kBlocking);
     EXPECT_EQ(ways(kA, from(1, kGroup)), std::set<int>{kC});
-}
-
-TEST_F(StpTest, EachGroupHasStatesOfItsOwn) {
-    constexpr uint32_t kOther = 100;
-    ASSERT_EQ(chip_.vlans().create({kOther, kOther}), Status::kOk);
-    ASSERT_EQ(chip_.vlans().set_ports(kOther, PortSet::of(kA).add(kB).add(kC), {}), Status::kOk);
-    ASSERT_EQ(chip_.stp().create(2), Status::kOk);
-    ASSERT_EQ(chip_.stp().add_vlan(2, kOther), Status::kOk);
-    set_state(kB, kBlocking, 2);
-    set_state(kC, kBlocking);
-    const Octets tagged = kBroadcast + station(1) + test::vlan_tag(kOther) + kPayload;
-    EXPECT_EQ(ways(kA, tagged), std::set<int>{kC});
-    EXPECT_EQ(ways(kA, from(1)), (std::set<int>{kCpu, kB}));
-    ASSERT_EQ(chip_.stp().destroy(2), Status::kOk);
-    EXPECT_EQ(ways(kA, tagged), std::set<int>{kB});
-}
-
-TEST_F(StpTest, BpdusReachTheCpuFromABlockedPort) {
-    chip_.traps().bpdu = true;
-    set_state(kA, 0);
-    EXPECT_EQ(ways(kA, kBpdu), std::set<int>{kCpu});
-    const Octets reserved = Octets{0x01, 0x80, 0xC2, 0, 0, 0x20} + station(1) + kPayload;
-    EXPECT_EQ(ways(kA, reserved), std::set<int>{kCpu});
-    EXPECT_EQ(chip_.macs().size(), 0U);
-}
-
-TEST_F(StpTest, DirectedFramesLeaveABlockedPortAndSwitchedOnesDoNot) {
-    set_state(kA, 0);
-    const Octets addresses = kBroadcast + station(0xCC);
-    for (const unsigned opcode : {3U, 5U, 6U}) {
-        EXPECT_EQ(ways(kCpu, addresses + test::transmit_tag(opcode, kA) + kPayload), std::set<int>{kA}) << opcode;
-    }
-    for (const unsigned opcode : {4U, 7U}) {
-        EXPECT_EQ(ways(kCpu, addresses + test::transmit_tag(opcode, 1U << kA) + kPayload), std::set<int>{kA}) << opcode;
-    }
-    EXPECT_EQ(ways(kCpu, addresses + test::transmit_tag(1, 0) + kPayload), (std::set<int>{kB, kC}));
 }
 
 TEST_F(StpTest, TrunksAreServedByMembersThatForward) {

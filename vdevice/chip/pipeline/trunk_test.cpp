@@ -65,27 +65,6 @@ TEST_F(TrunkTest, AFloodedFrameLeavesOnce) {
     }
 }
 
-TEST_F(TrunkTest, NothingReturnsToTheTrunkThatItCameFrom) {
-    make_trunk();
-    EXPECT_EQ(outputs(11, kBroadcast + station(1) + kPayload), (std::vector<int>{kCpu, kA, kB, kC}));
-    EXPECT_TRUE(send(12, station(1) + station(2) + kPayload).empty()) << "known behind the same trunk";
-    EXPECT_EQ(dropped(12, Drop::kSamePort), 1U);
-}
-
-TEST_F(TrunkTest, AddressesBelongToTheTrunk) {
-    make_trunk();
-    send(11, kBroadcast + station(1) + kPayload);
-    send(12, kBroadcast + station(1) + kPayload);
-    EXPECT_EQ(chip_.macs().counters().moved, 0U) << "from one member to another is no move";
-    ASSERT_EQ(find(1)->trunk, kTrunk);
-    chip_.set_link(11, false);
-    chip_.set_link(12, false);
-    EXPECT_NE(way_of(station(1) + station(9) + kPayload), -1);
-    send(kB, kBroadcast + station(1) + kPayload);
-    EXPECT_EQ(chip_.macs().counters().moved, 1U);
-    EXPECT_EQ(way_of(station(1) + station(9) + kPayload), kB);
-}
-
 TEST_F(TrunkTest, AddressesComeAndGoWithTheTrunk) {
     for (const int port : kMembers) {
         chip_.set_link(port, true);
@@ -116,16 +95,6 @@ TEST_F(TrunkTest, MembersWithoutLinkAreSkipped) {
     }
     EXPECT_TRUE(send(kA, station(1) + station(9) + kPayload).empty());
     EXPECT_EQ(dropped(kA, Drop::kEgressDown), 1U);
-}
-
-TEST_F(TrunkTest, EgressSetsAndVlansChooseAmongMembers) {
-    make_trunk();
-    send(10, kBroadcast + station(1) + kPayload);
-    ASSERT_EQ(chip_.set_egress(kA, PortSet::of(12)), Status::kOk);
-    EXPECT_EQ(way_of(station(1) + station(9) + kPayload), 12);
-    ASSERT_EQ(chip_.set_egress(kA, PortSet::of(kB)), Status::kOk);
-    EXPECT_EQ(way_of(station(1) + station(9) + kPayload), -1);
-    EXPECT_EQ(dropped(kA, Drop::kIsolated), 1U);
 }
 
 }  // namespace trunk_test

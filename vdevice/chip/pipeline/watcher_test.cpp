@@ -94,12 +94,5 @@ TEST_F(WatcherTest, ALoopedFramePassesAgainUntilItIsLoopedTooOften) {
     EXPECT_EQ(watcher_.take_lost(), (LostCopies{{kB, Lost::kLoopback, Origin::kSwitched}}));
 }
 
-TEST_F(WatcherTest, NobodyIsAskedWhenItHasGone) {
-    chip_.set_watcher(nullptr);
-    send(kA, frame());
-    EXPECT_TRUE(watcher_.take_passages().empty());
-    EXPECT_TRUE(watcher_.take_left().empty());
-}
-
 }  // namespace watcher_test
 }  // namespace vdevice::chip

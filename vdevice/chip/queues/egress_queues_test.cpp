@@ -11,7 +11,6 @@ namespace egress_queues_test {
 using namespace std::chrono_literals;
 using namespace test;
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 using ::testing::SizeIs;
 
 constexpr int kPort = 5;
@@ -29,19 +28,6 @@ std::vector<uint32_t> numbers(const std::vector<Left> &left) {
     return list;
 }
 
-TEST_F(EgressQueuesTest, APortWithoutAShaperHoldsNothing) {
-    EXPECT_FALSE(queues_.holds(kPort));
-    queues_.pass(kPort, 3, 100);
-    EXPECT_EQ(counters(kPort, 3).frames, 1U);
-    EXPECT_EQ(counters(kPort, 3).octets, 100U);
-    shape(kPort);
-    EXPECT_TRUE(queues_.holds(kPort));
-    EXPECT_FALSE(queues_.holds(kOther));
-    shape(kPort, 0, 0);
-    EXPECT_FALSE(queues_.holds(kPort));
-    EXPECT_EQ(queues_.port(kPort).shaper(), nullptr);
-}
-
 TEST_F(EgressQueuesTest, FramesLeaveAtTheRate) {
     shape(kPort);
     fill(10ms, kPort, 0, 3);
@@ -49,76 +35,6 @@ TEST_F(EgressQueuesTest, FramesLeaveAtTheRate) {
     EXPECT_FALSE(queues_.next());
     EXPECT_EQ(counters(kPort, 0).frames, 3U);
     EXPECT_EQ(counters(kPort, 0).octets, 3 * kFrame);
-}
-
-TEST_F(EgressQueuesTest, ABurstLeavesAtOnce) {
-    shape(kPort, 3 * kFrameBurst);
-    fill(0ms, kPort, 0, 5);
-    EXPECT_THAT(leave(1h), ElementsAre(Left{0ms, kPort, 0}, Left{0ms, kPort, 1}, Left{0ms, kPort, 2},
-                                       Left{1ms, kPort, 3}, Left{2ms, kPort, 4}));
-    // Half a burst has come together since.
-    fill(3500us, kPort, 0, 3);
-    EXPECT_THAT(leave(1h), ElementsAre(Left{3500us, kPort, 5}, Left{4ms, kPort, 6}, Left{5ms, kPort, 7}));
-}
-
-TEST_F(EgressQueuesTest, ABurstOfNoneIsTheBucketsOwn) {
-    shape(kPort, 0);
-    fill(0ms, kPort, 0, 12);
-    const std::vector<Left> left = leave(1h);
-    ASSERT_THAT(left, SizeIs(12));
-    EXPECT_EQ(left[9].time, 0ms) << "ten milliseconds of the rate";
-    EXPECT_EQ(left[10].time, 1ms);
-    EXPECT_EQ(left[11].time, 2ms);
-}
-
-// The times are those of a rate that divides nothing; each is the first nanosecond that is late enough, and none is
-// late because an earlier one was rounded.
-TEST_F(EgressQueuesTest, TheRateIsExactOverAnyTime) {
-    constexpr int64_t kOddRate = 997;
-    constexpr int kFrames = 60;
-    shape(kPort, 2 * kFrameBurst, static_cast<uint32_t>(kOddRate));
-    fill(0s, kPort, 0, kFrames);
-    const std::vector<Left> left = leave(1h);
-    ASSERT_THAT(left, SizeIs(kFrames));
-    for (int64_t i = 2; i < kFrames; ++i) {
-        const Time exact{((i - 1) * kFrameBurst * 1'000'000'000 + kOddRate - 1) / kOddRate};
-        EXPECT_EQ(left[static_cast<size_t>(i)].time, exact) << i;
-    }
-}
-
-TEST_F(EgressQueuesTest, AFrameLongerThanTheBurstWaitsForAFullBucketAndIsPaidForAfterwards) {
-    shape(kPort);
-    put(0ms, kPort, 0, 4 * (kFrame + kCheckSequenceBytes) - kCheckSequenceBytes);
-    fill(0ms, kPort, 0, 2);
-    EXPECT_THAT(leave(1h), ElementsAre(Left{0ms, kPort, 0}, Left{4ms, kPort, 1}, Left{5ms, kPort, 2}));
-}
-
-TEST_F(EgressQueuesTest, StrictModeStarvesTheLowerQueue) {
-    shape(kPort);
-    fill(0ms, kPort, 1, 5);
-    EXPECT_THAT(numbers(leave(1ms)), ElementsAre(0, 1));
-    fill(1ms, kPort, 6, 4);
-    EXPECT_THAT(numbers(leave(5ms)), ElementsAre(5, 6, 7, 8));
-    EXPECT_EQ(counters(kPort, 1).frames, 2U);
-    EXPECT_THAT(numbers(leave(1h)), ElementsAre(2, 3, 4));
-}
-
-TEST_F(EgressQueuesTest, AFrameThatComesWhileOthersWaitIsJudgedAtTheDeparture) {
-    shape(kPort);
-    fill(0ms, kPort, 0, 3);
-    EXPECT_THAT(leave(0ms), ElementsAre(Left{0ms, kPort, 0}));
-    put(400us, kPort, 7, kFrame / 2 - kCheckSequenceBytes / 2);  // half as long
-    EXPECT_THAT(leave(1h), ElementsAre(Left{500us, kPort, 3}, Left{1500us, kPort, 1}, Left{2500us, kPort, 2}));
-}
-
-TEST_F(EgressQueuesTest, RoundRobinTakesFramesInTurn) {
-    shape(kPort);
-    schedule(kPort, SchedulerMode::kRoundRobin);
-    for (const size_t queue : {2U, 4U, 7U}) {
-        fill(0ms, kPort, queue, 2);
-    }
-    EXPECT_THAT(leave(1h), ElementsAre(Left{0ms, kPort, 0}, Left{1ms, kPort, 2}, Left{2ms, kPort, 4},
-                                       Left{3ms, kPort, 1}, Left{4ms, kPort, 3}, Left{5ms, kPort, 5}));
 }
 
 TEST_F(EgressQueuesTest, WeightsShareTheRateExactly) {
@@ -138,15 +54,6 @@ TEST_F(EgressQueuesTest, WeightsShareTheRateExactly) {
         EXPECT_EQ(counters(kPort, queue).drops, 0U);
     }
     EXPECT_EQ(queues_.next()->time, kLast + 64us);
-}
-
-TEST_F(EgressQueuesTest, FramesOfAllPortsLeaveInTheOrderOfTheirTimes) {
-    shape(kPort);
-    shape(kOther, kFrameBurst, 2 * kRate);
-    fill(0ms, kPort, 0, 3);
-    fill(0ms, kOther, 0, 3);
-    EXPECT_THAT(leave(1h), ElementsAre(Left{0ms, kPort, 0}, Left{0ms, kOther, 3}, Left{500us, kOther, 4},
-                                       Left{1ms, kPort, 1}, Left{1ms, kOther, 5}, Left{2ms, kPort, 2}));
 }
 
 TEST_F(EgressQueuesTest, AQueueHoldsWhatItHasRoomFor) {
@@ -201,34 +108,6 @@ TEST_F(EgressQueuesTest, FlushingLosesWhatWaitsAndCountsIt) {
     EXPECT_THAT(leave(1h), ElementsAre(Left{0ms, kOther, 5}));
     queues_.flush(kPort);
     EXPECT_EQ(counters(kPort, 5).flushed, 3U);
-}
-
-TEST_F(EgressQueuesTest, WithoutItsShaperAPortSendsWhatWaitsAtOnce) {
-    shape(kPort);
-    fill(0ms, kPort, 0, 3);
-    leave(0ms);
-    shape(kPort, 0, 0, 300us);
-    EXPECT_TRUE(queues_.holds(kPort)) << "or what comes next would overtake what waits";
-    EXPECT_THAT(leave(300us), ElementsAre(Left{300us, kPort, 1}, Left{300us, kPort, 2}));
-    EXPECT_FALSE(queues_.holds(kPort));
-}
-
-TEST_F(EgressQueuesTest, AnotherRateHoldsFromThenOn) {
-    shape(kPort);
-    fill(0ms, kPort, 0, 4);
-    EXPECT_THAT(numbers(leave(1ms)), ElementsAre(0, 1));
-    shape(kPort, kFrameBurst, kRate / 4, 1500us);  // half of the next frame has come together
-    EXPECT_THAT(leave(1h), ElementsAre(Left{3500us, kPort, 2}, Left{7500us, kPort, 3}));
-    EXPECT_EQ(*queues_.port(kPort).shaper(), (RateLimit{kRate / 4, kFrameBurst}));
-}
-
-TEST_F(EgressQueuesTest, OtherSchedulingHoldsFromThenOn) {
-    shape(kPort);
-    fill(0ms, kPort, 1, 2);
-    fill(0ms, kPort, 4, 2);
-    EXPECT_THAT(numbers(leave(0ms)), ElementsAre(2));
-    schedule(kPort, SchedulerMode::kRoundRobin);
-    EXPECT_THAT(numbers(leave(1h)), ElementsAre(0, 3, 1));
 }
 
 TEST_F(EgressQueuesTest, WhatCannotBeIsRefusedAndChangesNothing) {

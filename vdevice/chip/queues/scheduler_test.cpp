@@ -48,13 +48,6 @@ QueueHeads all_of(size_t octets) {
     return heads;
 }
 
-TEST_F(SchedulerTest, IsStrictAtPowerOn) {
-    EXPECT_EQ(scheduler_.settings().mode, SchedulerMode::kStrict);
-    EXPECT_THAT(serve({kShort, 0, kLong, 0, 0, kShort, 0, 0}, 3), ElementsAre(5, 5, 5));
-    EXPECT_THAT(serve({kShort, 0, kLong, 0, 0, 0, 0, 0}, 2), ElementsAre(2, 2));
-    EXPECT_THAT(serve(all_of(kShort), 2), ElementsAre(7, 7));
-}
-
 TEST_F(SchedulerTest, RoundRobinTakesAFrameOfEachQueueThatHasOne) {
     set(SchedulerMode::kRoundRobin);
     EXPECT_THAT(serve(all_of(kShort), 10), ElementsAre(0, 1, 2, 3, 4, 5, 6, 7, 0, 1));
@@ -73,44 +66,16 @@ TEST_F(SchedulerTest, WeightsShareExactlyOverARound) {
     }
 }
 
-TEST_F(SchedulerTest, AQueueSendsItsWholeShareAtItsTurn) {
-    set(SchedulerMode::kWeighted, {1, 2, 1, 1, 1, 1, 1, 1});
-    constexpr size_t kHalf = Scheduler::kQuantum / 2;
-    EXPECT_THAT(serve({kHalf, kHalf}, 8), ElementsAre(0, 0, 1, 1, 1, 1, 0, 0));
-}
-
 TEST_F(SchedulerTest, WhatIsTooShortForAFrameIsKeptForTheNextTurn) {
     set(SchedulerMode::kWeighted);
     // Three turns of a quantum are four frames of three quarters of it.
     EXPECT_THAT(serve({kPart, Scheduler::kQuantum}, 9), ElementsAre(0, 1, 0, 1, 0, 0, 1, 0, 1));
 }
 
-TEST_F(SchedulerTest, AQueueThatRunsEmptyKeepsNothing) {
-    set(SchedulerMode::kWeighted);
-    EXPECT_THAT(serve({kPart, Scheduler::kQuantum}, 4), ElementsAre(0, 1, 0, 1));
-    EXPECT_THAT(serve({0, Scheduler::kQuantum}, 2), ElementsAre(1, 1));
-    EXPECT_THAT(serve({kPart, Scheduler::kQuantum}, 4), ElementsAre(0, 1, 0, 1))
-        << "it had saved enough for a second frame";
-}
-
 TEST_F(SchedulerTest, AFrameOfManyQuantaIsWaitedForByNobodyElse) {
     set(SchedulerMode::kWeighted);
     EXPECT_THAT(serve({4 * Scheduler::kQuantum, Scheduler::kQuantum}, 5), ElementsAre(1, 1, 1, 0, 1));
     EXPECT_THAT(serve({5 * Scheduler::kQuantum}, 2), ElementsAre(0, 0));
-}
-
-TEST_F(SchedulerTest, QueuesOfWeightNoneAreServedAheadAndStrictly) {
-    set(SchedulerMode::kWeighted, {1, 0, 1, 1, 0, 1, 1, 1});
-    EXPECT_THAT(serve(all_of(kLong), 2), ElementsAre(4, 4));
-    EXPECT_THAT(serve({kLong, kLong, kLong}, 2), ElementsAre(1, 1));
-    EXPECT_THAT(serve({Scheduler::kQuantum, 0, Scheduler::kQuantum}, 4), ElementsAre(0, 2, 0, 2));
-}
-
-TEST_F(SchedulerTest, NewSettingsBeginANewRound) {
-    set(SchedulerMode::kRoundRobin);
-    EXPECT_THAT(serve(all_of(kShort), 3), ElementsAre(0, 1, 2));
-    set(SchedulerMode::kRoundRobin);
-    EXPECT_THAT(serve(all_of(kShort), 2), ElementsAre(0, 1));
 }
 
 // Whatever the frames' lengths: no queue is ever ahead of its share by more than a turn's quanta and a frame.

@@ -12,30 +12,6 @@ constexpr Counting kOctets = Counting::kOctets;
 constexpr Counting kFrames = Counting::kFrames;
 constexpr size_t kLength = 1000;
 
-TEST(TokenBucket, IsAsDeepAsItIsTold) {
-    EXPECT_EQ(TokenBucket(kOctets, {1000, 1}, 0s).depth(), 125U);
-    EXPECT_EQ(TokenBucket(kOctets, {1000, 64}, 0s).depth(), 8000U);
-    EXPECT_EQ(TokenBucket(kFrames, {1000, 7}, 0s).depth(), 7U);
-    EXPECT_EQ(TokenBucket(kOctets, {1, TokenBucket::kMaxDepth}, 0s).depth(), 125'000'000U);
-}
-
-TEST(TokenBucket, ChoosesTenMillisecondsOrTwoFrames) {
-    EXPECT_EQ(TokenBucket(kOctets, {1, 0}, 0s).depth(), 3084U);
-    EXPECT_EQ(TokenBucket(kOctets, {100'000, 0}, 0s).depth(), 125'000U);
-    EXPECT_EQ(TokenBucket(kFrames, {1, 0}, 0s).depth(), 2U);
-    EXPECT_EQ(TokenBucket(kFrames, {12'345, 0}, 0s).depth(), 123U);
-}
-
-TEST(TokenBucket, CountsFramesHoweverLongTheyAre) {
-    TokenBucket bucket{kFrames, {10, 3}, 0s};
-    EXPECT_TRUE(bucket.charge(9600, 0s));
-    EXPECT_TRUE(bucket.charge(0, 0s));
-    EXPECT_TRUE(bucket.charge(64, 0s));
-    EXPECT_FALSE(bucket.charge(0, 99'999'999ns));
-    EXPECT_TRUE(bucket.charge(9600, 100ms));
-    EXPECT_FALSE(bucket.charge(0, 100ms));
-}
-
 TEST(TokenBucket, TheNextFramePassesWhenItSaysAndNotANanosecondBefore) {
     for (const uint32_t rate : {1U, 7U, 997U, 1000U, 99'999'989U}) {
         TokenBucket bucket{kOctets, {rate, 8}, 5s};
@@ -47,15 +23,6 @@ TEST(TokenBucket, TheNextFramePassesWhenItSaysAndNotANanosecondBefore) {
         EXPECT_EQ(bucket.ready_at(kLength), ready) << "what was filled in between changes nothing";
         EXPECT_TRUE(bucket.charge(kLength, ready)) << rate;
     }
-}
-
-TEST(TokenBucket, WhatPassesAlreadyIsReadySinceTheLastFilling) {
-    TokenBucket bucket{kOctets, {1000, 8}, 5s};
-    EXPECT_EQ(bucket.ready_at(kLength), 5s);
-    bucket.fill(6s);
-    EXPECT_EQ(bucket.ready_at(kLength), 6s);
-    bucket.fill(4s);
-    EXPECT_EQ(bucket.ready_at(kLength), 6s);
 }
 
 // A shaper's life: every frame leaves at the moment that was named for it. The last one leaves when the rate has let
@@ -70,29 +37,6 @@ TEST(TokenBucket, WaitingForEveryFrameKeepsToTheRateExactly) {
         ASSERT_TRUE(bucket.charge(kLength, now)) << i;
     }
     EXPECT_EQ(now.count(), ((kCount * 8 - 9) * 1'000'000'000 + kRate - 1) / kRate);
-}
-
-TEST(TokenBucket, AFrameLargerThanTheBucketIsReadyWhenItIsFull) {
-    TokenBucket bucket{kOctets, {1000, 1}, 0s};
-    ASSERT_TRUE(bucket.charge(kLength, 0s));
-    EXPECT_EQ(bucket.level(), 125 - 1000);
-    EXPECT_EQ(bucket.ready_at(kLength), 8ms) << "125 octets a millisecond: 7 ms of debt, and one to be full";
-    EXPECT_EQ(bucket.ready_at(1), 7'008'000ns);
-}
-
-TEST(TokenBucket, TheLevelIsOfWholeOctetsAndFrames) {
-    TokenBucket bucket{kOctets, {1, 1}, 0s};
-    ASSERT_TRUE(bucket.charge(125, 0s));
-    bucket.fill(7'999'999ns);
-    EXPECT_EQ(bucket.level(), 0);
-    bucket.fill(8ms);
-    EXPECT_EQ(bucket.level(), 1);
-    TokenBucket frames{kFrames, {1, 2}, 0s};
-    ASSERT_TRUE(frames.charge(64, 0s));
-    frames.fill(999'999'999ns);
-    EXPECT_EQ(frames.level(), 1);
-    frames.fill(1s);
-    EXPECT_EQ(frames.level(), 2);
 }
 
 TEST(TokenBucket, ANewLimitHoldsFromNowOnAndLeavesWhatIsIn) {

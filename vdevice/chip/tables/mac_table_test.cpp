@@ -15,20 +15,6 @@ class MacTableTest : public testing::Test {
     MacTable table_;
 };
 
-TEST_F(MacTableTest, LearnsPerVlanAndMoves) {
-    table_.learn(mac(1), 10, 4, 1s);
-    table_.learn(mac(1), 20, 5, 1s);
-    ASSERT_NE(table_.find(mac(1), 10), nullptr);
-    EXPECT_EQ(table_.find(mac(1), 10)->port, 4);
-    EXPECT_EQ(table_.find(mac(1), 20)->port, 5);
-    table_.learn(mac(1), 10, 6, 2s);
-    EXPECT_EQ(table_.find(mac(1), 10)->port, 6);
-    EXPECT_EQ(table_.counters().learned, 2U);
-    EXPECT_EQ(table_.counters().moved, 1U);
-    EXPECT_EQ(table_.size(), 2U);
-    EXPECT_EQ(table_.find(mac(2), 10), nullptr);
-}
-
 // What refresh() leaves to learn() makes a difference, and what it does itself makes the same.
 TEST_F(MacTableTest, RefreshingDoesWhatLearningWould) {
     constexpr MacEntry kPlain{Mac{}, 10, 4, false, 1s, MacEntry::kNoTrunk};
@@ -71,85 +57,6 @@ TEST_F(MacTableTest, RefreshingDoesWhatLearningWould) {
     }
 }
 
-TEST_F(MacTableTest, AgesExactlyAtTheAgeTime) {
-    table_.set_age_time(300s);
-    table_.learn(mac(1), 10, 4, 10s);
-    table_.learn(mac(2), 10, 4, 20s);
-    table_.learn(mac(1), 10, 4, 30s);
-    table_.age(320s - 1ns);
-    EXPECT_EQ(table_.size(), 2U);
-    table_.age(320s);
-    EXPECT_EQ(table_.find(mac(2), 10), nullptr);
-    EXPECT_NE(table_.find(mac(1), 10), nullptr);
-    table_.age(330s);
-    EXPECT_EQ(table_.size(), 0U);
-    EXPECT_EQ(table_.counters().aged, 2U);
-}
-
-TEST_F(MacTableTest, AgeTimeZeroKeepsEverything) {
-    table_.set_age_time(0s);
-    table_.learn(mac(1), 10, 4, 0s);
-    table_.age(1000000s);
-    EXPECT_EQ(table_.size(), 1U);
-}
-
-TEST_F(MacTableTest, AStaticEntryNeitherMovesNorAges) {
-    table_.learn(mac(1), 10, 4, 0s);
-    EXPECT_EQ(table_.add_static(mac(1), 10, 7), Status::kOk);
-    table_.learn(mac(1), 10, 4, 1s);
-    table_.age(1000000s);
-    ASSERT_NE(table_.find(mac(1), 10), nullptr);
-    EXPECT_EQ(table_.find(mac(1), 10)->port, 7);
-    EXPECT_TRUE(table_.find(mac(1), 10)->is_static);
-    EXPECT_EQ(table_.counters().moved, 0U);
-}
-
-TEST_F(MacTableTest, RefusesGroupAddressesAndMissingEntries) {
-    EXPECT_EQ(table_.add_static(Mac{0x01005E000001}, 10, 4), Status::kMacNotUnicast);
-    EXPECT_EQ(table_.remove(mac(1), 10), Status::kMacMissing);
-    table_.learn(mac(1), 10, 4, 0s);
-    EXPECT_EQ(table_.remove(mac(1), 11), Status::kMacMissing);
-    EXPECT_EQ(table_.remove(mac(1), 10), Status::kOk);
-    EXPECT_EQ(table_.size(), 0U);
-}
-
-TEST_F(MacTableTest, AFullTableRefusesAndCounts) {
-    for (uint64_t i = 0; i < MacTable::kCapacity; ++i) {
-        table_.learn(mac(i), 10, 4, 0s);
-    }
-    EXPECT_EQ(table_.size(), MacTable::kCapacity);
-    EXPECT_EQ(table_.counters().refused, 0U);
-    table_.learn(mac(MacTable::kCapacity), 10, 4, 0s);
-    EXPECT_EQ(table_.size(), MacTable::kCapacity);
-    EXPECT_EQ(table_.counters().refused, 1U);
-    EXPECT_EQ(table_.add_static(mac(MacTable::kCapacity), 10, 4), Status::kMacTableFull);
-    EXPECT_EQ(table_.add_static(mac(0), 10, 5), Status::kOk) << "an address that has an entry needs no room";
-    table_.learn(mac(1), 10, 9, 0s);
-    EXPECT_EQ(table_.find(mac(1), 10)->port, 9) << "a full table still moves";
-    EXPECT_EQ(table_.remove(mac(MacTable::kBuckets), 10), Status::kOk) << "one of the same bucket";
-    table_.learn(mac(MacTable::kCapacity), 10, 4, 0s);
-    EXPECT_NE(table_.find(mac(MacTable::kCapacity), 10), nullptr);
-}
-
-TEST_F(MacTableTest, ListsByVlanAndAddress) {
-    table_.learn(mac(2), 20, 4, 0s);
-    table_.learn(mac(9), 10, 4, 0s);
-    table_.learn(mac(1), 20, 4, 0s);
-    const auto entries = table_.list();
-    ASSERT_EQ(entries.size(), 3U);
-    EXPECT_EQ(entries[0].mac, mac(9));
-    EXPECT_EQ(entries[1].mac, mac(1));
-    EXPECT_EQ(entries[2].mac, mac(2));
-}
-
-TEST_F(MacTableTest, AddressesInARowFillEveryBucket) {
-    std::vector<size_t> filled(MacTable::kBuckets);
-    for (uint64_t i = 0; i < MacTable::kCapacity; ++i) {
-        ++filled[MacTable::bucket_of(Mac{0x0010A4001234 + i}, 100)];
-    }
-    EXPECT_EQ(filled, std::vector<size_t>(MacTable::kBuckets, MacTable::kBucketSlots));
-}
-
 TEST_F(MacTableTest, TheBucketIsTheSumOfTheWords) {
     EXPECT_EQ(MacTable::bucket_of(Mac{0x000100020003}, 4), 10U);
     EXPECT_EQ(MacTable::bucket_of(Mac{0xFFFFFFFFFFFF}, 4094), (3U * 0xFFFF + 4094U) % 1024U);
@@ -168,15 +75,6 @@ TEST_F(MacTableTest, AFullBucketRefusesWhileTheTableHasRoom) {
     EXPECT_EQ(table_.add_static(one_more, 11, 4), Status::kOk) << "in another VLAN it has another bucket";
     EXPECT_EQ(table_.remove(mac(0), 10), Status::kOk);
     EXPECT_EQ(table_.add_static(one_more, 10, 4), Status::kOk);
-}
-
-TEST_F(MacTableTest, TheIndexIsTheBucketsSlot) {
-    for (uint64_t i = 0; i < MacTable::kBucketSlots; ++i) {
-        const Mac same_bucket = mac(5 + i * MacTable::kBuckets);
-        table_.learn(same_bucket, 10, 4, 0s);
-        const size_t bucket = MacTable::bucket_of(same_bucket, 10);
-        EXPECT_EQ(table_.find(same_bucket, 10)->index, bucket * MacTable::kBucketSlots + i);
-    }
 }
 
 TEST_F(MacTableTest, TheWalkMeetsEveryEntryOnce) {
@@ -274,15 +172,6 @@ TEST_F(MacTableTest, ThePortSetsOfGroupsRunOut) {
     EXPECT_EQ(table_.find(Mac{0x01005E200000}, 10)->group, 8U) << "the number that was given back";
     table_.remove_all_groups();
     EXPECT_EQ(table_.group_count(), 0U);
-}
-
-TEST_F(MacTableTest, AGroupWithoutASlotGivesItsPortSetBack) {
-    constexpr uint64_t kGroup = 0x01005E100000;
-    for (uint64_t i = 0; i < MacTable::kBucketSlots; ++i) {
-        ASSERT_EQ(table_.add_group(Mac{kGroup + i * MacTable::kBuckets}, 10, {}), Status::kOk);
-    }
-    EXPECT_EQ(table_.add_group(Mac{kGroup + MacTable::kCapacity}, 10, {}), Status::kMacBucketFull);
-    EXPECT_EQ(table_.group_count(), MacTable::kBucketSlots);
 }
 
 }  // namespace mac_table_test

@@ -31,10 +31,6 @@ class MacTest : public DriverTest {
     static constexpr int kTrunk = 2;
     static constexpr int kMember = 6;
     static constexpr int kOtherMember = 7;
-    static constexpr int32_t kBadUnit = chip::code(chip::Status::kBadUnit);
-    static constexpr int32_t kBadArgument = chip::code(chip::Status::kBadArgument);
-    static constexpr int32_t kNoPort = chip::code(chip::Status::kNoPort);
-    static constexpr int32_t kVlanRange = chip::code(chip::Status::kVlanRange);
     static constexpr int32_t kMacMissing = chip::code(chip::Status::kMacMissing);
 
     MacTest() {

@@ -10,6 +10,14 @@
 
 namespace vdevice::driver::test {
 
+// What tests compare results with.
+constexpr int32_t kBadArgument = chip::code(chip::Status::kBadArgument);
+constexpr int32_t kNoPort = chip::code(chip::Status::kNoPort);
+constexpr int32_t kCpuPort = chip::code(chip::Status::kCpuPort);
+constexpr int32_t kNotFrontPort = chip::code(chip::Status::kNotFrontPort);
+constexpr int32_t kVlanRange = chip::code(chip::Status::kVlanRange);
+constexpr int32_t kQueueRange = chip::code(chip::Status::kQueueRange);
+
 using Words = std::array<uint32_t, chip::PortSet::kWords>;
 
 inline Words words_of(const chip::PortSet &set) {

@@ -164,4 +164,12 @@ class VlanOnly : public DriverCalls {
     };
 };
 
+/** A server that carries out those calls. */
+class RemoteVlans : public testing::Test {
+  protected:
+    Folder folder_;
+    VlanOnly device_;
+    Server server_{device_, folder_.socket()};
+};
+
 }  // namespace vdevice::remote
