@@ -59,6 +59,14 @@ TEST_F(Rules, OutsideTheActionsNoPortIsWritten) {
     }
 }
 
+TEST_F(Rules, ASubmoduleWithoutAGroupIsRefused) {
+    for (FpInfo &row : g_stFpInfo) {
+        row.group = 0;
+    }
+    EXPECT_EQ(adp_fp_add_entity_rule(make_rule()), 101);
+    EXPECT_TRUE(installed_rules().empty());
+}
+
 TEST_F(Rules, RemovalByRecordUsesItsOwnActionsAndNoneOutsideIt) {
     const struct {
         int32_t actions;
