@@ -55,7 +55,6 @@ TEST_F(DriverTags, EgressTranslationsAreATableOfTheirOwn) {
 }
 
 TEST_F(DriverTags, TranslationsRefuseWhatHasNoMeaning) {
-    Read read;
     EXPECT_EQ(driver_.user_vlan_translate_add(0, 0, 1, 4, 0, 100, 200, 0), kBadArgument);
     EXPECT_EQ(driver_.user_vlan_translate_add(0, 0, 0, 4, 1, 100, 200, 0), kBadArgument);
     EXPECT_EQ(driver_.user_vlan_translate_add(0, 0, 0, 4, 0, 100, 200, 8), kBadArgument);
