@@ -175,8 +175,6 @@ def main():
             if len(rows) % max(1, len(faults) // 20) == 0:
                 survived = sum(row["result"] == "survived" for row in rows)
                 print(f"  {len(rows)}/{len(faults)}, {survived} survived, {time.monotonic() - began:.0f} s", flush=True)
-            if options.json:
-                Path(options.json).write_text(json.dumps(rows, indent=0)) if len(rows) % 100 == 0 else None
     if options.json:
         Path(options.json).write_text(json.dumps(rows, indent=0))
     report(rows)

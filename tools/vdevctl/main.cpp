@@ -46,8 +46,7 @@ std::string commands(const std::string &run_dir) {
 
 enum Key : int { kRunDir = 1, kJson, kHelp };
 
-const argp_option kOptions[] = {{"run-dir", kRunDir, "DIR", 0,
-                                 "folder of the device's sockets; by default $VDEVICE_DIR, else /tmp/vdevice-<uid>", 0},
+const argp_option kOptions[] = {{"run-dir", kRunDir, "DIR", 0, vdevice::kRunDirHelp, 0},
                                 {"json", kJson, nullptr, 0, "answer in JSON", 0},
                                 {"help", kHelp, nullptr, 0, "this text, and the commands of the device", 0},
                                 {}};

@@ -76,8 +76,7 @@ void run(const Options &options) {
 
 enum Key : int { kRunDir = 1, kCreateInterfaces, kUserPorts, kFirstPort };
 
-const argp_option kOptions[] = {{"run-dir", kRunDir, "DIR", 0,
-                                 "folder of the device's sockets; by default $VDEVICE_DIR, else /tmp/vdevice-<uid>", 0},
+const argp_option kOptions[] = {{"run-dir", kRunDir, "DIR", 0, vdevice::kRunDirHelp, 0},
                                 {"create-interfaces", kCreateInterfaces, nullptr, 0,
                                  "make the interface pairs cpu0/eth0, port1/host1, ... and remove them at the end", 0},
                                 {"user-ports", kUserPorts, "N", 0, "number of user ports, 26 by default", 0},

@@ -13,6 +13,10 @@ inline std::string default_run_dir() {
     return given != nullptr && *given != '\0' ? given : "/tmp/vdevice-" + std::to_string(getuid());
 }
 
+/** For the help of programs with an option for it. */
+inline constexpr char kRunDirHelp[] =
+    "folder of the device's sockets; by default $VDEVICE_DIR, else /tmp/vdevice-<uid>";
+
 inline std::string driver_socket(const std::string &run_dir) {
     return run_dir + "/driver";
 }
