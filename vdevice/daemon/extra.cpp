@@ -45,7 +45,7 @@ int32_t take_event(driver::EventQueue &events, std::span<const uint32_t> words, 
 }  // namespace
 
 void serve_extra(remote::Server &server, Device &device) {
-    device.set_link_listener([&](int port) { publish(server, device, port); });
+    device.add_link_listener([&](int port) { publish(server, device, port); });
     server.set_extra_handler([&](Extra, std::span<const uint32_t> words, std::vector<uint32_t> &answer) {
         return take_event(device.events(), words, answer);
     });

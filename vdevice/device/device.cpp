@@ -217,8 +217,8 @@ void Device::announce_link(int port) {
     } else {
         announced_up_.remove(port);
     }
-    if (link_listener_) {
-        link_listener_(port);
+    for (const auto &listener : link_listeners_) {
+        listener(port);
     }
 }
 

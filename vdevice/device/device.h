@@ -56,7 +56,11 @@ class Device final : private chip::Sink {
     void catch_up();
 
     /** Called with each port whose link changes: by its cable, its host or its administrative state. */
-    void set_link_listener(std::function<void(int chip_port)> listener) { link_listener_ = std::move(listener); }
+    void add_link_listener(std::function<void(int chip_port)> listener) {
+        link_listeners_.push_back(std::move(listener));
+    }
+    /** Shows a watcher every frame from now on; null for none. */
+    void set_watcher(chip::Watcher *watcher) { chip_.set_watcher(watcher); }
 
   private:
     void create_cables();
@@ -84,7 +88,7 @@ class Device final : private chip::Sink {
     io::EventLoop &loop_;
     std::chrono::steady_clock::time_point started_ = std::chrono::steady_clock::now();
     chip::PortSet announced_up_; /**< ports whose link was last announced as up */
-    std::function<void(int)> link_listener_;
+    std::vector<std::function<void(int)>> link_listeners_;
     chip::Switch chip_;
     driver::Driver driver_;
     std::optional<io::Cables> created_cables_;

@@ -21,6 +21,11 @@ constexpr std::string_view kOption = "--";
 struct Usage {
     std::vector<std::string> names;
     size_t required;
+    bool repeats; /**< the last one, whose words become a list */
+
+    bool accepts(size_t count) const {
+        return count == names.size() || count == required || (repeats && count > required);
+    }
 };
 
 /** An argument that stands for a filter's value is named as the filter. */
@@ -36,12 +41,12 @@ std::string member_named(std::string word, const Subject &subject) {
 }
 
 Usage usage_of(const Subject &subject) {
-    Usage usage{{}, 0};
+    Usage usage{{}, 0, std::string_view{subject.arguments}.ends_with("...]")};
     bool is_required = true;
     std::istringstream words(subject.arguments);
     for (std::string word; words >> word;) {
         is_required = is_required && word.front() != '[';
-        std::erase_if(word, [](char letter) { return letter == '[' || letter == ']'; });
+        std::erase_if(word, [](char letter) { return letter == '[' || letter == ']' || letter == '.'; });
         usage.names.push_back(member_named(word, subject));
         usage.required += is_required ? 1 : 0;
     }
@@ -97,6 +102,17 @@ size_t take_option(json &request, const json &words, size_t at, const Subject &s
     return has_value ? 2 : 1;
 }
 
+/** Those that are too many are counted by the caller. */
+void take_argument(json &request, const Usage &usage, size_t number, const json &word) {
+    if (usage.repeats && number + 1 >= usage.names.size()) {
+        json &list = request[usage.names.back()];
+        list = number + 1 == usage.names.size() ? json::array() : list;
+        list.push_back(value_of(word));
+    } else if (number < usage.names.size()) {
+        request[usage.names[number]] = value_of(word);
+    }
+}
+
 }  // namespace
 
 json with_named_arguments(json request, const Subject &subject) {
@@ -114,14 +130,12 @@ json with_named_arguments(json request, const Subject &subject) {
         if (is_option(words[at])) {
             at += take_option(request, words, at, subject);
         } else {
-            if (count < usage.names.size()) {
-                request[usage.names[count]] = value_of(words[at]);
-            }
+            take_argument(request, usage, count, words[at]);
             ++count;
             ++at;
         }
     }
-    if (count != usage.names.size() && count != usage.required) {
+    if (!usage.accepts(count)) {
         throw Refusal{usage.names.empty()
                           ? std::string{"The command '"} + subject.name + "' has no arguments."
                           : std::string{"The command is used as '"} + subject.name + " " + subject.arguments + "'."};

@@ -59,6 +59,12 @@ TEST(Arguments, OfFiltersHaveTheirName) {
     EXPECT_EQ(named("clear", {"counters", "3"})["port"], 3);
 }
 
+TEST(Arguments, ThatAreRepeatedBecomeAList) {
+    EXPECT_EQ(named("watch", {"links", "drops"})["kind"], (json{"links", "drops"}));
+    EXPECT_EQ(named("watch", {"links"})["kind"], json::array({"links"}));
+    EXPECT_FALSE(named("watch", json::array()).contains("kind"));
+}
+
 TEST(Options, BecomeMembersAmongTheArguments) {
     const json request = named("counters", {"--nonzero", "1-4"});
     EXPECT_EQ(request["nonzero"], true);

@@ -13,7 +13,7 @@ using nlohmann::json;
 
 extern const Subject kPorts, kVlans, kMacs, kMcast, kLimits, kTrunks, kCounters, kLog, kEvents, kReserved, kMirrors,
     kGroups, kTranslations, kPriorities, kFields, kStorm, kMeters, kQueues, kGpio, kVersion, kMetrics, kPull, kPlug,
-    kTrace, kClear;
+    kTrace, kClear, kWatch;
 
 namespace {
 
@@ -77,7 +77,7 @@ constexpr Subject kHelp{"help", "[SUBJECT]", "the commands with their arguments;
 constexpr const Subject *kSubjects[] = {
     &kPorts,    &kVlans,   &kMacs,    &kMcast,        &kLimits,     &kTrunks, &kCounters, &kLog,    &kEvents,
     &kReserved, &kMirrors, &kGroups,  &kTranslations, &kPriorities, &kFields, &kStorm,    &kMeters, &kQueues,
-    &kGpio,     &kVersion, &kMetrics, &kPull,         &kPlug,       &kTrace,  &kClear,    &kHelp,
+    &kGpio,     &kVersion, &kMetrics, &kPull,         &kPlug,       &kTrace,  &kClear,    &kWatch,  &kHelp,
 };
 
 }  // namespace

@@ -1,0 +1,68 @@
+// What happens on the device, as it is told to those who watch, and the queue of one of them.
+#pragma once
+
+#include <stdint.h>
+#include <array>
+#include <deque>
+#include <functional>
+#include <nlohmann/json_fwd.hpp>
+#include <optional>
+
+#include "vdevice/chip/frame/frame.h"
+#include "vdevice/chip/frame/time.h"
+
+namespace vdevice::inspect {
+
+enum class HappeningKind : uint8_t {
+    kLinks,    /**< a port's link has come or gone */
+    kLearning, /**< an address was learned or has moved; of very many in a second, how many more */
+    kAgeing,   /**< addresses were removed because they were not seen: how many in a second */
+    kDrops,    /**< frames were dropped: how many in a second, by port and reason */
+    kFull,     /**< addresses were not learned for lack of room: how many in a second, by port */
+    kMissed,   /**< the watcher was too slow: how many of these it did not get */
+};
+
+/** The names of the kinds that can be asked for, in their order. */
+constexpr std::array<const char *, 5> kHappeningNames = {"links", "learning", "ageing", "drops", "full"};
+
+/** A set of kinds, bit by bit. */
+using HappeningKinds = uint32_t;
+
+constexpr HappeningKinds bit_of(HappeningKind kind) {
+    return 1U << static_cast<unsigned>(kind);
+}
+
+struct Happening {
+    chip::Time time{};
+    HappeningKind kind{};
+    const char *what = ""; /**< "up", "learned", or the reason of a drop */
+    int port = 0;          /**< a user port, or 0 */
+    chip::Vid vid = 0;
+    chip::Mac mac{};
+    uint64_t count = 0;
+};
+
+nlohmann::json to_json(const Happening &happening);
+std::string to_text(const Happening &happening);
+
+/** What one watcher has not taken yet. It is bounded: who is too slow is told how much it missed. */
+class HappeningQueue {
+  public:
+    static constexpr size_t kMost = 1024;
+
+    /** @p wake is called when the queue is no longer empty. */
+    HappeningQueue(HappeningKinds kinds, std::function<void()> wake) : kinds_{kinds}, wake_{std::move(wake)} {}
+
+    /** Drops what the watcher has not asked for. */
+    void put(const Happening &happening);
+    std::optional<Happening> take();
+
+  private:
+    HappeningKinds kinds_;
+    std::function<void()> wake_;
+    std::deque<Happening> waiting_;
+    uint64_t missed_ = 0; /**< behind those that wait */
+    chip::Time last_{};
+};
+
+}  // namespace vdevice::inspect

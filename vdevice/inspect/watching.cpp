@@ -1,0 +1,167 @@
+// Sums up what comes frame by frame, and tells it once a second.
+#include "vdevice/inspect/watching.h"
+
+#include <sys/epoll.h>
+#include <sys/timerfd.h>
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+#include "text/suggest.h"
+#include "vdevice/inspect/port_names.h"
+#include "vdevice/inspect/subject.h"
+#include "vdevice/inspect/text.h"
+#include "vdevice/io/error.h"
+
+namespace vdevice::inspect {
+namespace {
+
+using nlohmann::json;
+
+constexpr itimerspec kEverySecond{{1, 0}, {1, 0}};
+constexpr itimerspec kNever{};
+
+const char *name(chip::Lost reason) {
+    constexpr const char *kNames[] = {"too_long", "queue_full", "flushed", "loopback", "mirror_down"};
+    return kNames[static_cast<size_t>(reason)];
+}
+
+HappeningKinds kind_named(const std::string &word) {
+    for (size_t i = 0; i < kHappeningNames.size(); ++i) {
+        if (word == kHappeningNames[i]) {
+            return 1U << i;
+        }
+    }
+    const std::string question = text::did_you_mean(word, {kHappeningNames.begin(), kHappeningNames.end()}, ", ");
+    throw Refusal{"there is nothing to watch named '" + word + "'" +
+                  (question.empty()
+                       ? "; the kinds are " + joined({kHappeningNames.begin(), kHappeningNames.end()}, ", ") + "."
+                       : question)};
+}
+
+/** Whoever can be told line after line is served before the subjects are asked. */
+json refuse_watch(Device & /*device*/, const json & /*request*/) {
+    throw Refusal{"Who asks for other things at once cannot watch."};
+}
+
+}  // namespace
+
+extern constexpr Subject kWatch{"watch", "[KIND...]",
+                                "what happens, line by line: links, learning, ageing, drops, full", refuse_watch,
+                                show_nothing};
+
+Watching::Watching(io::EventLoop &loop, Device &device)
+    : loop_{loop}, device_{device}, timer_{timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC)} {
+    if (!timer_) {
+        throw io::error_from_errno("make the timer of those who watch");
+    }
+    loop_.add(timer_.get(), EPOLLIN, [this](uint32_t) {
+        uint64_t expirations = 0;
+        if (read(timer_.get(), &expirations, sizeof(expirations)) == sizeof(expirations)) {
+            tell_sums();
+            end_if_alone();
+        }
+    });
+    device_.add_link_listener([this](int port) { tell_link(port); });
+}
+
+std::shared_ptr<HappeningQueue> Watching::begin(HappeningKinds kinds, std::function<void()> wake) {
+    if (queues_.empty()) {
+        sums_ = {};
+        addresses_ = 0;
+        aged_ = device_.chip().macs().counters().aged;
+        timerfd_settime(timer_.get(), 0, &kEverySecond, nullptr);
+        device_.set_watcher(this);
+    }
+    auto queue = std::make_shared<HappeningQueue>(kinds, std::move(wake));
+    queues_.push_back(queue);
+    return queue;
+}
+
+void Watching::end_if_alone() {
+    std::erase_if(queues_, [](const auto &queue) { return queue.expired(); });
+    if (queues_.empty()) {
+        device_.set_watcher(nullptr);
+        timerfd_settime(timer_.get(), 0, &kNever, nullptr);
+    }
+}
+
+HappeningKinds Watching::kinds_of(const json &request) {
+    HappeningKinds kinds = 0;
+    for (const json &word : request.value("kind", json::array())) {
+        kinds |= kind_named(word.get<std::string>());
+    }
+    const HappeningKinds all = (1U << kHappeningNames.size()) - 1;
+    return (kinds == 0 ? all : kinds) | bit_of(HappeningKind::kMissed);
+}
+
+void Watching::passed(const chip::Passage &frame) {
+    Sums &sums = sums_[static_cast<size_t>(frame.ingress)];
+    if (frame.drop) {
+        ++sums.drops[static_cast<size_t>(*frame.drop)];
+    }
+    if (frame.learned == chip::Learned::kNoRoom) {
+        ++sums.no_room;
+    } else if (frame.learned == chip::Learned::kNew || frame.learned == chip::Learned::kMoved) {
+        tell_address(frame);
+    }
+}
+
+void Watching::lost(int port, const chip::Frame & /*copy*/, const chip::Dispatch & /*dispatch*/, chip::Lost reason) {
+    ++sums_[static_cast<size_t>(port)].lost[static_cast<size_t>(reason)];
+}
+
+void Watching::tell(const Happening &happening) {
+    for (const auto &queue : queues_) {
+        if (const auto kept = queue.lock()) {
+            kept->put(happening);
+        }
+    }
+}
+
+void Watching::tell_address(const chip::Passage &frame) {
+    if (++addresses_ <= kMaxAddresses) {
+        tell({device_.now(), HappeningKind::kLearning, frame.learned == chip::Learned::kNew ? "learned" : "moved",
+              user_number(device_, frame.ingress), frame.vid(), frame.header.source, 0});
+    }
+}
+
+void Watching::tell_link(int port) {
+    tell({device_.now(),
+          HappeningKind::kLinks,
+          device_.chip().port(port).is_up() ? "up" : "down",
+          user_number(device_, port),
+          0,
+          {},
+          0});
+}
+
+void Watching::tell_count(HappeningKind kind, int port, const char *what, uint64_t count) {
+    if (count != 0) {
+        tell({device_.now(), kind, what, port, 0, {}, count});
+    }
+}
+
+void Watching::tell_sums() {
+    const uint64_t aged = device_.chip().macs().counters().aged;
+    tell_count(HappeningKind::kAgeing, 0, "", aged - std::min(aged, aged_));
+    aged_ = aged;
+    tell_count(HappeningKind::kLearning, 0, "", addresses_ - std::min(addresses_, kMaxAddresses));
+    addresses_ = 0;
+    for (const int port : wired_ports(device_)) {
+        tell_sums_of(user_number(device_, port), sums_[static_cast<size_t>(port)]);
+    }
+    sums_ = {};
+}
+
+void Watching::tell_sums_of(int port, const Sums &sums) {
+    for (size_t reason = 0; reason < sums.drops.size(); ++reason) {
+        tell_count(HappeningKind::kDrops, port, chip::name(static_cast<chip::Drop>(reason)), sums.drops[reason]);
+    }
+    for (size_t reason = 0; reason < sums.lost.size(); ++reason) {
+        tell_count(HappeningKind::kDrops, port, name(static_cast<chip::Lost>(reason)), sums.lost[reason]);
+    }
+    tell_count(HappeningKind::kFull, port, "", sums.no_room);
+}
+
+}  // namespace vdevice::inspect
