@@ -12,25 +12,24 @@ namespace {
 constexpr char kCpuInterface[] = "cpu0";
 constexpr char kCpuPeer[] = "eth0";
 constexpr time_t kTickSeconds = 1;
-constexpr int32_t kNoticeLevel = 5;
+constexpr int kErrorLevel = 3;
+constexpr int kNoticeLevel = 5;
+constexpr int kCpuUserPort = 0;
 
-std::string port_interface(int user_port) {
-    return "port" + std::to_string(user_port);
-}
 std::string host_interface(int user_port) {
     return "host" + std::to_string(user_port);
 }
 
 }  // namespace
 
-Device::Device(io::EventLoop &loop, driver::Board board, bool create_interfaces)
-    : loop_{loop}, chip_{*this}, driver_{chip_, board, [this] { return now(); }} {
+Device::Device(io::EventLoop &loop, driver::Board board, bool create_interfaces, InterfaceNames names)
+    : loop_{loop}, interface_names_{std::move(names)}, chip_{*this}, driver_{chip_, board, [this] { return now(); }} {
     if (create_interfaces) {
         create_cables();
     }
-    add_wire(chip::Switch::kCpuPort, kCpuInterface);
+    add_wire(chip::Switch::kCpuPort, interface_of(kCpuUserPort));
     for (int user_port = 1; user_port <= board.user_ports; ++user_port) {
-        add_wire(*board.chip_port(user_port), port_interface(user_port));
+        add_wire(*board.chip_port(user_port), interface_of(user_port));
     }
     monitor_.emplace([this](const io::LinkChange &change) { on_link_change(change); });
     monitor_->read_changes();
@@ -39,10 +38,18 @@ Device::Device(io::EventLoop &loop, driver::Board board, bool create_interfaces)
     start_departures();
 }
 
+std::string Device::interface_of(int user_port) const {
+    const auto named = interface_names_.find(user_port);
+    if (named != interface_names_.end()) {
+        return named->second;
+    }
+    return user_port == kCpuUserPort ? kCpuInterface : "port" + std::to_string(user_port);
+}
+
 void Device::create_cables() {
-    std::vector<io::CablePair> pairs{{kCpuInterface, kCpuPeer}};
+    std::vector<io::CablePair> pairs{{interface_of(kCpuUserPort), kCpuPeer}};
     for (int user_port = 1; user_port <= board().user_ports; ++user_port) {
-        pairs.push_back({port_interface(user_port), host_interface(user_port)});
+        pairs.push_back({interface_of(user_port), host_interface(user_port)});
     }
     created_cables_.emplace(pairs);
     for (const io::CablePair &pair : pairs) {
@@ -172,7 +179,7 @@ void Device::on_link_change(const io::LinkChange &change) {
             // Its peer's namespace has ended, and the pair with it.
             if (wire->socket.is_open() && wire->socket.interface_index() == change.index) {
                 close_wire(*wire);
-                note(*wire, "the interface is gone");
+                note_wire(*wire, kNoticeLevel, "the interface is gone");
                 set_link(*wire, false);
             }
             return;
@@ -180,9 +187,9 @@ void Device::on_link_change(const io::LinkChange &change) {
         if (!wire->socket.is_open()) {
             try {
                 open_wire(*wire);
-                note(*wire, "the interface is back");
+                note_wire(*wire, kNoticeLevel, "the interface is back");
             } catch (const io::Error &error) {
-                note(*wire, error.what());
+                note_wire(*wire, kErrorLevel, error.what());
             }
             if (!change.link) {
                 return;  // opening has raised it, and may have reported a newer link already
@@ -196,7 +203,7 @@ void Device::on_link_change(const io::LinkChange &change) {
 void Device::set_link(Wire &wire, bool link) {
     if (chip_.port(wire.chip_port).link != link) {
         chip_.set_link(wire.chip_port, link);
-        note(wire, link ? "link up" : "link down");
+        note_wire(wire, kNoticeLevel, link ? "link up" : "link down");
     }
 }
 
@@ -231,7 +238,7 @@ void Device::port_changed(int port) {
     try {
         apply_carrier(*wire);
     } catch (const io::Error &error) {
-        note(*wire, error.what());  // the link monitor will report that the interface is gone
+        note_wire(*wire, kErrorLevel, error.what());  // the link monitor will report that the interface is gone
     }
 }
 
@@ -249,9 +256,20 @@ void Device::apply_carrier(Wire &wire) {
     }
 }
 
-void Device::note(const Wire &wire, const std::string &what) {
-    const std::string text = wire.socket.interface_name() + ": " + what;
-    driver_.log_line(kNoticeLevel, 0, "PORT", text.c_str());
+void Device::note(const Note &note) {
+    driver_.log_line(note.level, 0, note.word, note.text.c_str());
+    if (note_listener_) {
+        note_listener_(note);
+    }
+}
+
+void Device::note_wire(const Wire &wire, int level, const std::string &what) {
+    const std::string &interface = wire.socket.interface_name();
+    note({level,
+          "PORT",
+          interface + ": " + what,
+          {{"PORT", std::to_string(board().user_port(wire.chip_port).value_or(kCpuUserPort))},
+           {"INTERFACE", interface}}});
 }
 
 void Device::pull(int user_port) {

@@ -3,8 +3,11 @@
 
 #include <array>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "vdevice/chip/switch.h"
@@ -17,13 +20,24 @@
 
 namespace vdevice {
 
+/** Something that the device or its daemon says, with data for those who search. Levels are those of syslog. */
+struct Note {
+    int level;
+    const char *word; /**< the part that says it */
+    std::string text;
+    std::vector<std::pair<const char *, std::string>> fields = {};
+};
+
 class Device final : private chip::Sink {
   public:
+    /** By user port, 0 for the CPU port; one that is not here is "port<n>", or "cpu0". */
+    using InterfaceNames = std::map<int, std::string>;
+
     /**
-     * Opens the interfaces "port1", "port2" ... and "cpu0", after making them and their peers "host1", "host2" ...
-     * and "eth0" if asked to. Throws an io::Error if that fails. The loop must outlive the device.
+     * Opens the interfaces of the ports, after making them and their peers "host1", "host2" ... and "eth0" if asked to.
+     * Throws an io::Error if that fails. The loop must outlive the device.
      */
-    Device(io::EventLoop &loop, driver::Board board, bool create_interfaces);
+    Device(io::EventLoop &loop, driver::Board board, bool create_interfaces, InterfaceNames names = {});
 
     const chip::Switch &chip() const { return chip_; }
     const driver::Board &board() const { return driver_.board(); }
@@ -59,11 +73,15 @@ class Device final : private chip::Sink {
     void add_link_listener(std::function<void(int chip_port)> listener) {
         link_listeners_.push_back(std::move(listener));
     }
+    /** Adds to the log, and hands it to the listener. */
+    void note(const Note &note);
+    void set_note_listener(std::function<void(const Note &)> listener) { note_listener_ = std::move(listener); }
     /** Shows a watcher every frame from now on; null for none. */
     void set_watcher(chip::Watcher *watcher) { chip_.set_watcher(watcher); }
 
   private:
     void create_cables();
+    std::string interface_of(int user_port) const;
     void add_wire(int chip_port, const std::string &interface_name);
     void open_wire(Wire &wire);
     void close_wire(Wire &wire);
@@ -73,7 +91,7 @@ class Device final : private chip::Sink {
     void set_cable(const Wire &wire, bool cable);
     void apply_carrier(Wire &wire);
     void announce_link(int port);
-    void note(const Wire &wire, const std::string &what);
+    void note_wire(const Wire &wire, int level, const std::string &what);
     void start_clock();
     void start_departures();
     void arm_departure();
@@ -88,7 +106,9 @@ class Device final : private chip::Sink {
     io::EventLoop &loop_;
     std::chrono::steady_clock::time_point started_ = std::chrono::steady_clock::now();
     chip::PortSet announced_up_; /**< ports whose link was last announced as up */
+    InterfaceNames interface_names_;
     std::vector<std::function<void(int)>> link_listeners_;
+    std::function<void(const Note &)> note_listener_;
     chip::Switch chip_;
     driver::Driver driver_;
     std::optional<io::Cables> created_cables_;

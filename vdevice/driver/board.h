@@ -8,6 +8,10 @@
 
 namespace vdevice::driver {
 
+inline constexpr const char *kImpossibleBoard =
+    "cannot wire such a board: the user ports must lie on the chip's ports 1 to 31.";
+static_assert(chip::Switch::kPorts == 32);
+
 struct Board {
     static constexpr int kDefaultUserPorts = 26;
     static constexpr int kDefaultFirstPort = 4;

@@ -3,13 +3,12 @@
 
 #include <algorithm>
 #include <cctype>
-#include <charconv>
 #include <nlohmann/json.hpp>
-#include <optional>
 #include <string>
 #include <vector>
 
 #include "vdevice/inspect/counts.h"
+#include "vdevice/inspect/number_list.h"
 #include "vdevice/inspect/subject.h"
 
 namespace vdevice::inspect {
@@ -17,43 +16,10 @@ namespace {
 
 using nlohmann::json;
 
-struct NumberRange {
-    int64_t first;
-    int64_t last;
-};
-
 using NumberRanges = std::vector<NumberRange>;
 
 Refusal wrong_value(const Filter &filter) {
     return Refusal{std::string{"The option '"} + filter.name + "' takes " + filter.help + "."};
-}
-
-std::optional<int64_t> port_number_of(std::string_view text) {
-    if (text == "cpu") {
-        return 0;
-    }
-    uint32_t number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    return error == std::errc{} && end == text.data() + text.size() ? std::optional<int64_t>{number} : std::nullopt;
-}
-
-std::optional<NumberRange> range_of(std::string_view text) {
-    const size_t dash = text.find('-');
-    const auto first = port_number_of(text.substr(0, dash));
-    const auto last = dash == std::string_view::npos ? first : port_number_of(text.substr(dash + 1));
-    return first && last && *first <= *last ? std::optional<NumberRange>{{*first, *last}} : std::nullopt;
-}
-
-void add_ranges(NumberRanges &ranges, const Filter &filter, std::string_view text) {
-    for (size_t comma = 0; comma != std::string_view::npos;) {
-        comma = text.find(',');
-        const auto range = range_of(text.substr(0, comma));
-        if (!range) {
-            throw wrong_value(filter);
-        }
-        ranges.push_back(*range);
-        text.remove_prefix(comma == std::string_view::npos ? text.size() : comma + 1);
-    }
 }
 
 /** Of 3, "1-4,7" or [1, 2, "7-9"]. */
@@ -62,11 +28,13 @@ NumberRanges ranges_of(const Filter &filter, const json &value) {
     for (const json &item : value.is_array() ? value : json::array({value})) {
         if (item.is_number_integer()) {
             ranges.push_back({item.get<int64_t>(), item.get<int64_t>()});
-        } else if (item.is_string()) {
-            add_ranges(ranges, filter, item.get<std::string>());
-        } else {
+            continue;
+        }
+        const auto list = item.is_string() ? number_list(item.get<std::string>()) : std::nullopt;
+        if (!list) {
             throw wrong_value(filter);
         }
+        ranges.insert(ranges.end(), list->begin(), list->end());
     }
     return ranges;
 }

@@ -1,0 +1,45 @@
+// Settings of both sources put together, and settings made on a device.
+#include "vdevice/daemon/configuration.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace vdevice {
+
+driver::Board Settings::board() const {
+    driver::Board board;
+    board.user_ports = user_ports.value_or(board.user_ports);
+    board.first_port = first_port.value_or(board.first_port);
+    return board;
+}
+
+Settings Settings::or_else(const Settings &other) const {
+    const auto either = [](const auto &one, const auto &another) { return one ? one : another; };
+    return {either(run_dir, other.run_dir), either(create_interfaces, other.create_interfaces),
+            either(user_ports, other.user_ports), either(first_port, other.first_port),
+            either(log_level, other.log_level)};
+}
+
+std::vector<std::string> apply(const Configuration &configuration, DriverCalls &calls) {
+    std::vector<std::string> refusals;
+    for (const Step &step : configuration.steps) {
+        if (const int32_t result = step.call(calls); result != 0) {
+            refusals.push_back(step.place + ": the device refuses " + step.what + " with " + std::to_string(result) +
+                               ".");
+        }
+    }
+    return refusals;
+}
+
+std::vector<std::string> apply_changes(const Configuration &earlier, const Configuration &configuration,
+                                       DriverCalls &calls) {
+    std::vector<uint32_t> gone;
+    std::set_difference(earlier.vids.begin(), earlier.vids.end(), configuration.vids.begin(), configuration.vids.end(),
+                        std::back_inserter(gone));
+    for (const uint32_t vid : gone) {
+        calls.user_vlan_destroy(0, 0, vid);  // the default VLAN stays, and so does one that is gone already
+    }
+    return apply(configuration, calls);
+}
+
+}  // namespace vdevice

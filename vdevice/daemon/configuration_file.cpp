@@ -1,0 +1,387 @@
+// Reads TOML. The library's header is large, so it is in this file alone.
+#include <sys/stat.h>
+
+#include <toml++/toml.h>
+#include <algorithm>
+#include <fstream>
+
+#include "text/printable.h"
+#include "text/suggest.h"
+#include "vdevice/chip/tables/stp_groups.h"
+#include "vdevice/daemon/configuration.h"
+#include "vdevice/driver/driver.h"
+#include "vdevice/inspect/number_list.h"
+#include "vdevice/io/error.h"
+
+namespace vdevice {
+namespace {
+
+constexpr size_t kMaxFileBytes = 1 << 20;
+constexpr int kCpuPort = 0;
+constexpr uint32_t kUnit = 0;
+
+/** What is known while a file is read. */
+struct File {
+    std::string path;
+    Settings given;
+    Configuration configuration;
+    std::vector<Step> port_steps; /**< after those of VLANs, which must be there */
+    driver::Board board;          /**< known when the tables of ports and VLANs are read */
+
+    std::string place(const toml::source_region &where) const { return path + ":" + std::to_string(where.begin.line); }
+    [[noreturn]] void fail(const toml::source_region &where, const std::string &what) const {
+        throw io::Error{place(where) + ": " + what};
+    }
+};
+
+template <typename Target>
+struct Key {
+    std::string_view name;
+    void (*read)(File &file, const toml::node &value, Target &target);
+};
+
+/** Hands each value to its key's function. */
+template <typename Target, size_t kCount>
+void read_table(File &file, const toml::table &table, const Key<Target> (&keys)[kCount], Target &target) {
+    for (const auto &[key, value] : table) {
+        const auto *const known =
+            std::find_if(std::begin(keys), std::end(keys), [&](const auto &row) { return row.name == key.str(); });
+        if (known == std::end(keys)) {
+            std::vector<std::string_view> names;
+            std::transform(std::begin(keys), std::end(keys), std::back_inserter(names),
+                           [](const auto &row) { return row.name; });
+            const std::string question = text::did_you_mean(key.str(), names, ", ");
+            file.fail(key.source(), "there is no key '" + text::on_one_line(key.str().substr(0, 64)) + "'" +
+                                        (question.empty() ? "." : question));
+        }
+        known->read(file, value, target);
+    }
+}
+
+/** @p name is the value's in messages. */
+template <typename Type>
+Type value_of(const File &file, const toml::node &value, const char *name, const char *type) {
+    const auto found = value.value_exact<Type>();
+    if (!found) {
+        file.fail(value.source(), std::string{name} + " must be " + type + ".");
+    }
+    return *found;
+}
+
+std::string text_of(const File &file, const toml::node &value, const char *name) {
+    return value_of<std::string>(file, value, name, "a text in quotes");
+}
+
+bool switch_of(const File &file, const toml::node &value, const char *name) {
+    return value_of<bool>(file, value, name, "true or false");
+}
+
+uint32_t number_of(const File &file, const toml::node &value, const char *name, int64_t least, int64_t most) {
+    const auto number = value_of<int64_t>(file, value, name, "a whole number");
+    if (number < least || number > most) {
+        file.fail(value.source(), std::string{name} + " " + std::to_string(number) + " is not in " +
+                                      std::to_string(least) + " to " + std::to_string(most) + ".");
+    }
+    return static_cast<uint32_t>(number);
+}
+
+uint32_t vid_of(const File &file, const toml::node &value) {
+    return number_of(file, value, "VLAN", chip::kMinVid, chip::kMaxVid);
+}
+
+/** The number of a word in a list of them. */
+template <size_t kCount>
+uint32_t choice_of(const File &file, const toml::node &value, const char *name, const char *const (&words)[kCount]) {
+    const std::string word = text_of(file, value, name);
+    for (uint32_t i = 0; i < kCount; ++i) {
+        if (word == words[i]) {
+            return i;
+        }
+    }
+    std::string all = std::string{name} + " must be one of";
+    for (const char *const known : words) {
+        all += std::string{known == words[0] ? " " : ", "} + "\"" + known + "\"";
+    }
+    file.fail(value.source(), all + ".");
+}
+
+/** User ports of 3, "3", "1-4,7" or "cpu", each of which the board has. */
+std::vector<int> ports_of(const File &file, const toml::node &value, const char *name) {
+    const auto number = value.value_exact<int64_t>();
+    const auto list = number ? std::vector<inspect::NumberRange>{{*number, *number}}
+                             : inspect::number_list(value.value_exact<std::string>().value_or("?"));
+    if (!list) {
+        file.fail(value.source(), std::string{name} + " must be ports as 3, \"1-4,7\" or \"cpu\".");
+    }
+    std::vector<int> ports;
+    for (const inspect::NumberRange &range : *list) {
+        if (range.first < kCpuPort || range.last > file.board.user_ports) {
+            file.fail(value.source(), "the board has no port " +
+                                          std::to_string(range.first < kCpuPort ? range.first : range.last) +
+                                          ", its user ports are 1 to " + std::to_string(file.board.user_ports) + ".");
+        }
+        for (int64_t port = range.first; port <= range.last; ++port) {
+            ports.push_back(static_cast<int>(port));
+        }
+    }
+    return ports;
+}
+
+int chip_port_of(const File &file, int port) {
+    return port == kCpuPort ? chip::Switch::kCpuPort : *file.board.chip_port(port);
+}
+
+std::string port_text(int port) {
+    return port == kCpuPort ? "the CPU port" : "port " + std::to_string(port);
+}
+
+// The keys of [[vlan]].
+
+struct VlanEntry {
+    std::optional<uint32_t> vid;
+    chip::PortSet members;
+    chip::PortSet untagged;
+};
+
+chip::PortSet port_set_of(const File &file, const toml::node &value, const char *name) {
+    chip::PortSet set;
+    for (const int port : ports_of(file, value, name)) {
+        set.add(chip_port_of(file, port));
+    }
+    return set;
+}
+
+constexpr Key<VlanEntry> kVlanKeys[] = {
+    {"vid", [](File &file, const toml::node &value, VlanEntry &vlan) { vlan.vid = vid_of(file, value); }},
+    {"members",
+     [](File &file, const toml::node &value, VlanEntry &vlan) { vlan.members = port_set_of(file, value, "members"); }},
+    {"untagged", [](File &file, const toml::node &value,
+                    VlanEntry &vlan) { vlan.untagged = port_set_of(file, value, "untagged"); }},
+};
+
+int32_t make_vlan(DriverCalls &calls, const VlanEntry &vlan) {
+    uint32_t members[chip::PortSet::kWords];
+    uint32_t untagged[chip::PortSet::kWords];
+    vlan.members.to_words(members);
+    vlan.untagged.to_words(untagged);
+    calls.user_vlan_create(kUnit, 0, *vlan.vid);  // it may be there already
+    return calls.user_vlan_port_set(kUnit, 0, *vlan.vid, members, untagged);
+}
+
+void read_vlan(File &file, const toml::table &table) {
+    VlanEntry vlan;
+    read_table(file, table, kVlanKeys, vlan);
+    if (!vlan.vid) {
+        file.fail(table.source(), "a VLAN needs its 'vid'.");
+    }
+    if (!((vlan.untagged & vlan.members) == vlan.untagged)) {
+        file.fail(table.source(), "a port of 'untagged' is not in 'members'.");
+    }
+    if (!file.configuration.vids.insert(*vlan.vid).second) {
+        file.fail(table.source(), "VLAN " + std::to_string(*vlan.vid) + " is there twice.");
+    }
+    file.configuration.steps.push_back({file.place(table.source()), "VLAN " + std::to_string(*vlan.vid),
+                                        [vlan](DriverCalls &calls) { return make_vlan(calls, vlan); }});
+}
+
+// The keys of [[port]].
+
+struct PortEntry {
+    std::vector<int> ports;
+};
+
+using PortCall = int32_t (*)(DriverCalls &calls, int32_t port, uint32_t value);
+
+void add_port_steps(File &file, const toml::node &at, const PortEntry &entry, const char *what, uint32_t value,
+                    PortCall call) {
+    for (const int port : entry.ports) {
+        const int chip_port = chip_port_of(file, port);
+        file.port_steps.push_back({file.place(at.source()), std::string{what} + " of " + port_text(port),
+                                   [=](DriverCalls &calls) { return call(calls, chip_port, value); }});
+    }
+}
+
+void read_interface(File &file, const toml::node &value, PortEntry &entry) {
+    constexpr size_t kMaxName = 15;
+    const std::string name = text_of(file, value, "interface");
+    const bool is_name = !name.empty() && name.size() <= kMaxName && name.find_first_of("/: \t\n") == std::string::npos;
+    if (!is_name || text::on_one_line(name) != name) {
+        file.fail(value.source(), "an interface has a name of 1 to 15 letters without blanks, '/' and ':'.");
+    }
+    if (entry.ports.size() != 1) {
+        file.fail(value.source(), "an interface is of one port alone.");
+    }
+    auto &interfaces = file.configuration.interfaces;
+    const bool is_taken =
+        std::any_of(interfaces.begin(), interfaces.end(), [&](const auto &row) { return row.second == name; });
+    if (is_taken || !interfaces.emplace(entry.ports.front(), name).second) {
+        file.fail(value.source(), "a port has one interface, and an interface one port.");
+    }
+}
+
+constexpr const char *kDuplexes[] = {"half", "full", "auto"};
+constexpr const char *kStates[] = {"disabled", "blocking", "listening", "learning", "forwarding"};
+static_assert(std::size(kStates) == chip::kStpStates);
+
+constexpr Key<PortEntry> kPortKeys[] = {
+    {"ports", [](File &, const toml::node &, PortEntry &) {}},  // read first
+    {"interface", read_interface},
+    {"enabled",
+     [](File &file, const toml::node &value, PortEntry &entry) {
+         add_port_steps(file, value, entry, "the state", switch_of(file, value, "enabled") ? 1 : 0,
+                        [](DriverCalls &calls, int32_t port, uint32_t on) {
+                            return calls.user_port_enable_set(kUnit, 0, port, on);
+                        });
+     }},
+    {"speed",
+     [](File &file, const toml::node &value, PortEntry &entry) {
+         add_port_steps(file, value, entry, "the speed", number_of(file, value, "speed", 0, chip::kTenGigabit),
+                        [](DriverCalls &calls, int32_t port, uint32_t speed) {
+                            return calls.user_port_speed_set(kUnit, 0, port, speed, 0);
+                        });
+     }},
+    {"duplex",
+     [](File &file, const toml::node &value, PortEntry &entry) {
+         add_port_steps(file, value, entry, "the duplex mode", choice_of(file, value, "duplex", kDuplexes),
+                        [](DriverCalls &calls, int32_t port, uint32_t duplex) {
+                            return calls.user_port_duplex_set(kUnit, 0, port, duplex, 0);
+                        });
+     }},
+    {"pvid",
+     [](File &file, const toml::node &value, PortEntry &entry) {
+         add_port_steps(file, value, entry, "the PVID", vid_of(file, value),
+                        [](DriverCalls &calls, int32_t port, uint32_t vid) {
+                            return calls.user_port_untagged_vlan_set(kUnit, 0, port, vid);
+                        });
+     }},
+    {"spanning-tree",
+     [](File &file, const toml::node &value, PortEntry &entry) {
+         add_port_steps(file, value, entry, "the spanning-tree state", choice_of(file, value, "spanning-tree", kStates),
+                        [](DriverCalls &calls, int32_t port, uint32_t code) {
+                            return calls.user_stg_stp_set(kUnit, 0, chip::StpGroups::kDefault, port, code);
+                        });
+     }},
+};
+
+void read_port(File &file, const toml::table &table) {
+    PortEntry entry;
+    const toml::node *ports = table.get("ports");
+    if (ports == nullptr) {
+        file.fail(table.source(), "settings of ports need their 'ports'.");
+    }
+    entry.ports = ports_of(file, *ports, "ports");
+    read_table(file, table, kPortKeys, entry);
+}
+
+// The keys of the file.
+
+template <typename Read>
+void read_list(File &file, const toml::node &value, const char *name, Read read) {
+    const toml::array *list = value.as_array();
+    if (list == nullptr || !list->is_homogeneous(toml::node_type::table)) {
+        file.fail(value.source(), std::string{name} + " is written as [[" + name + "]].");
+    }
+    for (const toml::node &entry : *list) {
+        read(file, *entry.as_table());
+    }
+}
+
+void read_log_level(File &file, const toml::node &value, Settings &settings) {
+    settings.log_level = log_level_named(text_of(file, value, "log-level"));
+    if (!settings.log_level) {
+        file.fail(value.source(), std::string{"log-level must be "} + kLogLevelHelp + ".");
+    }
+}
+
+constexpr Key<Settings> kFileKeys[] = {
+    {"run-dir", [](File &file, const toml::node &value,
+                   Settings &settings) { settings.run_dir = text_of(file, value, "run-dir"); }},
+    {"create-interfaces",
+     [](File &file, const toml::node &value, Settings &settings) {
+         settings.create_interfaces = switch_of(file, value, "create-interfaces");
+     }},
+    {"user-ports",
+     [](File &file, const toml::node &value, Settings &settings) {
+         settings.user_ports = static_cast<int>(number_of(file, value, "user-ports", 1, chip::Switch::kPorts - 1));
+     }},
+    {"first-port",
+     [](File &file, const toml::node &value, Settings &settings) {
+         settings.first_port = static_cast<int>(number_of(file, value, "first-port", 1, chip::Switch::kPorts - 1));
+     }},
+    {"log-level", read_log_level},
+    {"ageing-time",
+     [](File &file, const toml::node &value, Settings &) {
+         const uint32_t time = number_of(file, value, "ageing-time", 0, chip::MacTable::kMaxAgeTime.count());
+         file.configuration.steps.push_back({file.place(value.source()), "the ageing time", [time](DriverCalls &calls) {
+                                                 return calls.user_mac_age_time_set(kUnit, time);
+                                             }});
+     }},
+    {"port", [](File &, const toml::node &, Settings &) {}},  // read when the board is known
+    {"vlan", [](File &, const toml::node &, Settings &) {}},
+};
+
+std::string contents_of(const std::string &path) {
+    struct stat found {};
+    if (stat(path.c_str(), &found) != 0) {
+        throw io::error_from_errno("read " + path);
+    }
+    std::ifstream stream(path, std::ios::binary);
+    if (!S_ISREG(found.st_mode) || !stream) {
+        throw io::Error{"cannot read " + path + ": it is not a file."};
+    }
+    std::string text(kMaxFileBytes + 1, '\0');
+    stream.read(text.data(), static_cast<std::streamsize>(text.size()));
+    text.resize(static_cast<size_t>(stream.gcount()));
+    if (text.size() > kMaxFileBytes) {
+        throw io::Error{"cannot read " + path + ": it has more than " + std::to_string(kMaxFileBytes) + " octets."};
+    }
+    return text;
+}
+
+toml::table parse(const File &file) {
+    const std::string text = contents_of(file.path);
+    try {
+        return toml::parse(text, file.path);
+    } catch (const toml::parse_error &error) {
+        file.fail(error.source(), text::on_one_line(error.description()));
+    }
+}
+
+/** Makes the settings on a chip of its own: what the driver refuses there it would refuse on the device. */
+void rehearse(const File &file) {
+    class NoPorts final : public chip::Sink {
+        void transmit(int, const chip::Frame &) override {}
+        void port_changed(int) override {}
+        void departure_changed() override {}
+    };
+    NoPorts sink;
+    chip::Switch chip{sink};
+    driver::Driver driver{chip, file.board, [] { return chip::Time{}; }};
+    const std::vector<std::string> refusals = apply(file.configuration, driver);
+    if (!refusals.empty()) {
+        throw io::Error{refusals.front()};
+    }
+}
+
+}  // namespace
+
+Configuration read_configuration(const std::string &path, const Settings &given) {
+    File file{path, given, {}, {}, {}};
+    const toml::table table = parse(file);
+    read_table(file, table, kFileKeys, file.configuration.settings);
+    file.board = given.or_else(file.configuration.settings).board();
+    if (!file.board.is_possible()) {
+        throw io::Error{path + ": " + driver::kImpossibleBoard};
+    }
+    if (const toml::node *vlans = table.get("vlan")) {
+        read_list(file, *vlans, "vlan", read_vlan);
+    }
+    if (const toml::node *ports = table.get("port")) {
+        read_list(file, *ports, "port", read_port);
+    }
+    std::move(file.port_steps.begin(), file.port_steps.end(), std::back_inserter(file.configuration.steps));
+    rehearse(file);
+    return std::move(file.configuration);
+}
+
+}  // namespace vdevice

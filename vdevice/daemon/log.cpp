@@ -1,0 +1,54 @@
+// Structured entries for the journal, lines for standard error.
+#include "vdevice/daemon/log.h"
+
+#include <sys/stat.h>
+#include <sys/uio.h>
+
+#include <systemd/sd-journal.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "text/printable.h"
+
+namespace vdevice {
+namespace {
+
+/** Whether standard error is the stream to the journal that the variable names by device and inode. */
+bool is_journal_stream() {
+    const char *named = std::getenv("JOURNAL_STREAM");
+    struct stat found {};
+    return named != nullptr && fstat(STDERR_FILENO, &found) == 0 &&
+           named == std::to_string(found.st_dev) + ":" + std::to_string(found.st_ino);
+}
+
+bool send_to_journal(const Note &note) {
+    std::vector<std::string> entries = {"MESSAGE=" + note.text, "PRIORITY=" + std::to_string(note.level),
+                                        "SYSLOG_IDENTIFIER=vdeviced", std::string{"VDEVICE_PART="} + note.word};
+    for (const auto &[name, value] : note.fields) {
+        entries.push_back(std::string{"VDEVICE_"} + name + "=" + value);
+    }
+    std::vector<iovec> parts;
+    for (std::string &entry : entries) {
+        parts.push_back({entry.data(), entry.size()});
+    }
+    return sd_journal_sendv(parts.data(), static_cast<int>(parts.size())) == 0;
+}
+
+}  // namespace
+
+Log::Log(std::optional<LogLevel> level) : to_journal_{is_journal_stream()}, level_{level.value_or(default_level())} {}
+
+void Log::write(const Note &note) const {
+    if (note.level > static_cast<int>(level_) || (to_journal_ && send_to_journal(note))) {
+        return;
+    }
+    std::string line = "vdeviced: " + text::on_one_line(note.text);
+    for (const auto &[name, value] : note.fields) {
+        line += std::string{" "} + name + "=" + text::on_one_line(value);
+    }
+    std::fprintf(stderr, "%s\n", line.c_str());
+}
+
+}  // namespace vdevice
