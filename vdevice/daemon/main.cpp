@@ -1,6 +1,7 @@
 // vdeviced: a virtual switch device as a process.
 #include <argp.h>
 #include <sys/epoll.h>
+#include <sys/resource.h>
 #include <sys/signalfd.h>
 #include <sys/stat.h>
 
@@ -15,7 +16,7 @@
 
 #include "vdevice/daemon/control_server.h"
 #include "vdevice/daemon/extra.h"
-#include "vdevice/daemon/private_folder.h"
+#include "vdevice/daemon/run_folder.h"
 #include "vdevice/device/device.h"
 #include "vdevice/inspect/answer.h"
 #include "vdevice/io/error.h"
@@ -40,8 +41,9 @@ struct Options {
 UniqueFd end_signals() {
     sigset_t signals;
     sigemptyset(&signals);
-    sigaddset(&signals, SIGTERM);
-    sigaddset(&signals, SIGINT);
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP, SIGQUIT}) {
+        sigaddset(&signals, signal);
+    }
     UniqueFd fd{signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK)};
     if (!fd || sigprocmask(SIG_BLOCK, &signals, nullptr) != 0) {
         throw vdevice::io::error_from_errno("set up signals");
@@ -50,25 +52,37 @@ UniqueFd end_signals() {
     return fd;
 }
 
+/** Each client, port and timer needs a descriptor. */
+void allow_many_descriptors() {
+    rlimit limit{};
+    if (getrlimit(RLIMIT_NOFILE, &limit) == 0) {
+        limit.rlim_cur = limit.rlim_max;
+        setrlimit(RLIMIT_NOFILE, &limit);
+    }
+}
+
 void run(const Options &options) {
     if (!options.board.is_possible()) {
         throw Error{"cannot wire such a board: the user ports must lie on the chip's ports 1 to " +
                     std::to_string(vdevice::chip::Switch::kPorts - 1) + "."};
     }
     umask(S_IRWXG | S_IRWXO);  // the sockets are for their owner only, from the moment they exist
+    allow_many_descriptors();
     EventLoop loop;
     const UniqueFd signals = end_signals();
-    vdevice::make_private_folder(options.run_dir);
-    // Created first: a second daemon sees by it that the folder is taken.
-    vdevice::Device *running = nullptr;
-    vdevice::ControlServer control{loop, vdevice::control_socket(options.run_dir), [&](const nlohmann::json &request) {
-                                       return vdevice::inspect::answer(*running, request);
-                                   }};
+    const vdevice::RunFolder folder{options.run_dir};
     vdevice::Device device{loop, options.board, options.create_interfaces};
-    running = &device;
+    vdevice::ControlServer control{
+        loop, vdevice::control_socket(options.run_dir),
+        [&](const nlohmann::json &request) { return vdevice::inspect::answer(device, request); },
+        vdevice::inspect::is_long};
     vdevice::remote::Server server{device.calls(), vdevice::driver_socket(options.run_dir)};
     vdevice::serve_extra(server, device);
     loop.add(server.poll_fd(), EPOLLIN, [&](uint32_t) { server.serve_ready(); });
+    const UniqueFd clock = loop.every_second([&] {
+        server.tick();
+        control.tick();
+    });
     loop.add(signals.get(), EPOLLIN, [&](uint32_t) { loop.stop(); });
     std::cout << "vdeviced: ready" << std::endl;
     loop.run();

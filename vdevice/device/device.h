@@ -65,7 +65,6 @@ class Device final : private chip::Sink {
     void apply_carrier(Wire &wire);
     void announce_link(int port);
     void note(const Wire &wire, const std::string &what);
-    void start_clock();
     void start_departures();
     void arm_departure();
 

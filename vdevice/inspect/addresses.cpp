@@ -83,6 +83,6 @@ std::string show_macs(const json &answer) {
 
 }  // namespace
 
-extern constexpr Subject kMacs{"macs", "", "the MAC table", read_macs, show_macs};
+extern constexpr Subject kMacs{"macs", "", "the MAC table", read_macs, show_macs, kLong};
 
 }  // namespace vdevice::inspect

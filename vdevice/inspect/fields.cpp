@@ -213,7 +213,7 @@ std::string show_fields(const json &answer) {
 
 }  // namespace
 
-extern constexpr Subject kFields{"fields", "", "the field processor's entries, counters and miss actions", read_fields,
-                                 show_fields};
+extern constexpr Subject kFields{"fields",    "",          "the field processor's entries, counters and miss actions",
+                                 read_fields, show_fields, kLong};
 
 }  // namespace vdevice::inspect

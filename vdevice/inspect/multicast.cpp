@@ -82,7 +82,7 @@ std::string show_mcast(const json &answer) {
 
 }  // namespace
 
-extern constexpr Subject kMcast{"mcast", "", "the multicast groups, and how ports forward to unknown ones", read_mcast,
-                                show_mcast};
+extern constexpr Subject kMcast{"mcast",    "",         "the multicast groups, and how ports forward to unknown ones",
+                                read_mcast, show_mcast, kLong};
 
 }  // namespace vdevice::inspect

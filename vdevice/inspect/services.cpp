@@ -70,8 +70,8 @@ json set_trace(Device &device, const json &request) {
 
 }  // namespace
 
-extern constexpr Subject kLog{"log", "", "what the device and its software logged", read_log, show_log};
-extern constexpr Subject kEvents{"events", "", "messages waiting in the event queue", read_events, show_events};
+extern constexpr Subject kLog{"log", "", "what the device and its software logged", read_log, show_log, kLong};
+extern constexpr Subject kEvents{"events", "", "messages waiting in the event queue", read_events, show_events, kLong};
 extern constexpr Subject kTrace{"trace", "VALUE", "set what sys_trace_get() answers: 0 off, other numbers on",
                                 set_trace, show_nothing};
 

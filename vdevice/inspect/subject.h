@@ -27,7 +27,11 @@ struct Subject {
     nlohmann::json (*read)(Device &device, const nlohmann::json &request);
     /** The answer as text. */
     std::string (*show)(const nlohmann::json &answer);
+    /** It reads a large table, which takes long when the table is full, and changes nothing. */
+    bool is_long = false;
 };
+
+inline constexpr bool kLong = true;
 
 /** All subjects, in the order of the help. */
 std::span<const Subject *const> subjects();

@@ -35,6 +35,6 @@ std::string show_vlans(const json &answer) {
 
 }  // namespace
 
-extern constexpr Subject kVlans{"vlans", "", "the VLAN table", read_vlans, show_vlans};
+extern constexpr Subject kVlans{"vlans", "", "the VLAN table", read_vlans, show_vlans, kLong};
 
 }  // namespace vdevice::inspect
