@@ -2,10 +2,15 @@
 #include "vdevice/daemon/control_server.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
+#include <algorithm>
 #include <deque>
+#include <memory>
+#include <new>
 #include <nlohmann/json.hpp>
 
+#include "tests/support/full_epoll.h"
 #include "vdevice/remote/testing/device.h"
 
 namespace vdevice {
@@ -33,16 +38,44 @@ class Control : public testing::Test {
         return all;
     }
 
+    static std::string received(const RawClient &client) {
+        std::string text(client.waiting_bytes(), 0);
+        if (!text.empty()) {
+            client.receive(reinterpret_cast<uint8_t *>(text.data()), text.size());
+        }
+        return text;
+    }
+    /** Reads until so many answers are whole, as the server goes on. */
+    std::string whole_answers(const RawClient &client, int64_t count) {
+        constexpr int kMilliseconds = 10000;
+        std::string text = received(client);
+        while (std::count(text.begin(), text.end(), '\n') < count && loop_.run_once(kMilliseconds)) {
+            text += received(client);
+        }
+        return text;
+    }
+
+    std::string whole_answer(const RawClient &client) { return whole_answers(client, 1); }
+
     int asked_ = 0;
     size_t answer_size_ = 1;
+    bool is_out_of_memory_ = false;
+    io::EventLoop loop_;
 
   private:
+    nlohmann::json answer() {
+        if (is_out_of_memory_) {
+            throw std::bad_alloc{};
+        }
+        ++asked_;
+        return {{"answer", std::string(answer_size_, 'x')}};
+    }
+
     TemporaryFolder folder_;
-    io::EventLoop loop_;
-    ControlServer server_{loop_, path(), [this](const nlohmann::json &) {
-                              ++asked_;
-                              return nlohmann::json{{"answer", std::string(answer_size_, 'x')}};
-                          }};
+
+  protected:
+    ControlServer server_{loop_, path(), [this](const nlohmann::json &) { return answer(); },
+                          [](const nlohmann::json &request) { return request.contains("long"); }};
 };
 
 TEST_F(Control, AnEagerClientWaitsForTheOthersBetweenItsRequests) {
@@ -78,14 +111,14 @@ TEST_F(Control, AnswersThatNobodyTakesAreNotMadeInAdvance) {
 }
 
 TEST_F(Control, AnOverlongLineClosesItsClientAlone) {
-    constexpr size_t kTooLong = 70000;
+    constexpr size_t kPiece = 1000;
     for (const bool has_end : {false, true}) {
         const RawClient greedy(path());
         const RawClient other(path());
         run(kRounds);
-        const std::string line = std::string(kTooLong, ' ') + (has_end ? "\n" : "");
-        for (size_t sent = 0; sent < line.size(); sent += kTooLong / 10) {
-            send(greedy, line.substr(sent, kTooLong / 10));
+        const std::string line = std::string(ControlServer::kMaxRequest + 1, ' ') + (has_end ? "\n" : "");
+        for (size_t sent = 0; sent < line.size(); sent += kPiece) {
+            send(greedy, line.substr(sent, kPiece));
             run(kRounds);
         }
         EXPECT_TRUE(greedy.is_closed());
@@ -95,27 +128,143 @@ TEST_F(Control, AnOverlongLineClosesItsClientAlone) {
     }
 }
 
-TEST_F(Control, OneClientTooManyIsTurnedAway) {
-    constexpr size_t kMostClients = 32;
+TEST_F(Control, InATurnOneClientIsAnswered) {
+    constexpr size_t kClients = 20;
     std::deque<RawClient> clients;
-    for (size_t count = 0; count < kMostClients; ++count) {
+    for (size_t count = 0; count < kClients; ++count) {
         clients.emplace_back(path());
         run(kRounds);
     }
-    const RawClient one_too_many(path());
-    run(kRounds);
-    EXPECT_TRUE(one_too_many.is_closed());
     for (const RawClient &client : clients) {
         send(client, "{}\n");
-        run(kRounds);
+    }
+    for (int turn = 1; turn <= static_cast<int>(kClients); ++turn) {
+        run(1);
+        EXPECT_EQ(asked_, turn);
+    }
+    for (const RawClient &client : clients) {
         EXPECT_GT(client.waiting_bytes(), 0u);
     }
-    clients.pop_back();
+}
+
+TEST_F(Control, InATurnAPieceOfAnAnswerIsSent) {
+    constexpr size_t kPiece = 65536;
+    answer_size_ = 2 * kPiece;
+    const RawClient client(path());
     run(kRounds);
+    send(client, "{}\n");
+    run(1);
+    EXPECT_EQ(client.waiting_bytes(), kPiece);
+    EXPECT_EQ(whole_answer(client).size(), answer_size_ + std::string("{\"answer\":\"\"}\n").size());
+}
+
+TEST_F(Control, ALongAnswerIsMadeBesideTheOthers) {
+    answer_size_ = 3000000;
+    const RawClient first(path());
+    const RawClient second(path());
+    const RawClient other(path());
+    run(kRounds);
+    send(first, "{\"long\":1}\n");
+    send(second, "{\"long\":1}\n{}\n");
+    run(2);
+    answer_size_ = 1;
+    send(other, "{}\n");
+    run(1);
+    EXPECT_GT(other.waiting_bytes(), 0u);
+    EXPECT_EQ(asked_, 1) << "the long ones are made by another process";
+    EXPECT_GT(whole_answer(first).size(), 3000000u) << "and tell of the moment at which that started";
+    const std::string answer = "{\"answer\":\"x\"}\n";
+    EXPECT_EQ(whole_answers(second, 2), answer + answer) << "its turn comes after the first one";
+}
+
+TEST_F(Control, WhoWaitsForALongAnswerMayLeave) {
+    auto first = std::make_unique<RawClient>(path());
+    auto second = std::make_unique<RawClient>(path());
+    const RawClient third(path());
+    run(kRounds);
+    for (const RawClient *client : std::initializer_list<const RawClient *>{first.get(), second.get(), &third}) {
+        send(*client, "{\"long\":1}\n");
+        run(1);
+    }
+    first.reset();
+    second.reset();
+    EXPECT_EQ(whole_answer(third), "{\"answer\":\"x\"}\n");
+}
+
+TEST_F(Control, AnAnswerForWhichThereIsNoMemoryEndsItsClientOrIsTold) {
+    is_out_of_memory_ = true;
+    const RawClient greedy(path());
+    const RawClient other(path());
+    run(kRounds);
+    send(greedy, "{}\n");
+    run(kRounds);
+    EXPECT_TRUE(greedy.is_closed());
+    send(other, "{\"long\":1}\n");
+    EXPECT_EQ(whole_answer(other), "{\"error\":\"The device could not make the answer. It may be out of memory.\"}\n");
+    is_out_of_memory_ = false;
+    send(other, "{}\n");
+    EXPECT_EQ(whole_answer(other), "{\"answer\":\"x\"}\n");
+}
+
+TEST_F(Control, OneClientTooManyIsToldUnlessAnotherOneIsIdle) {
+    std::deque<RawClient> clients;
+    for (size_t count = 0; count < ControlServer::kMaxClients; ++count) {
+        clients.emplace_back(path());
+        run(kRounds);
+    }
+    for (int tick = 0; tick < ControlServer::kIdleTicks; ++tick) {
+        server_.tick();
+    }
+    {
+        const RawClient one_too_many(path());
+        run(kRounds);
+        EXPECT_EQ(received(one_too_many),
+                  "{\"error\":\"The device serves 256 control clients already. Try again later.\"}\n");
+        EXPECT_TRUE(one_too_many.is_closed());
+    }
+    const RawClient &idle = clients.back();
+    for (const RawClient &client : clients) {
+        if (&client != &idle) {
+            send(client, "{}\n");
+            run(kRounds);
+            EXPECT_GT(client.waiting_bytes(), 0u);
+        }
+    }
+    server_.tick();
     const RawClient next(path());
     send(next, "{}\n");
     run(kRounds);
-    EXPECT_GT(next.waiting_bytes(), 0u) << "a client that left makes room";
+    EXPECT_GT(next.waiting_bytes(), 0u);
+    EXPECT_TRUE(idle.is_closed());
+}
+
+TEST_F(Control, WithoutDescriptorsItWaitsForATick) {
+    const RawClient client(path());
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
+    const rlimit none{1, before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+    EXPECT_TRUE(loop_.run_once(0));
+    EXPECT_FALSE(loop_.run_once(0)) << "it would be asked to accept again and again";
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &before), 0);
+    server_.tick();
+    send(client, "{}\n");
+    run(kRounds);
+    EXPECT_GT(client.waiting_bytes(), 0u);
+}
+
+TEST_F(Control, AClientThatTheKernelDoesNotWatchIsClosedAlone) {
+    const RawClient first(path());
+    run(kRounds);
+    const RawClient second(path());
+    {
+        const FullEpoll full;
+        run(1);
+    }
+    EXPECT_TRUE(second.is_closed());
+    send(first, "{}\n");
+    run(kRounds);
+    EXPECT_GT(first.waiting_bytes(), 0u);
 }
 
 }  // namespace control_server_test

@@ -1,47 +1,35 @@
 // vdeviced: a virtual switch device as a process.
 #include <argp.h>
 #include <sys/epoll.h>
+#include <sys/resource.h>
 #include <sys/signalfd.h>
 #include <sys/stat.h>
 
-#include <charconv>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
-#include <nlohmann/json.hpp>
-#include <string>
-#include <string_view>
 
-#include "vdevice/daemon/control_server.h"
-#include "vdevice/daemon/extra.h"
-#include "vdevice/daemon/private_folder.h"
-#include "vdevice/device/device.h"
-#include "vdevice/inspect/answer.h"
+#include "text/printable.h"
+#include "vdevice/daemon/daemon.h"
+#include "vdevice/daemon/options.h"
+#include "vdevice/daemon/service.h"
 #include "vdevice/io/error.h"
 #include "vdevice/io/event_loop.h"
-#include "vdevice/remote/server.h"
-#include "vdevice/sockets/run_dir.h"
 #include "vdevice/sockets/unique_fd.h"
 
 namespace {
 
 using vdevice::UniqueFd;
-using vdevice::io::Error;
 using vdevice::io::EventLoop;
 
-struct Options {
-    std::string run_dir = vdevice::default_run_dir();
-    bool create_interfaces = false;
-    vdevice::driver::Board board;
-};
-
-/** Makes the signals that end the daemon arrive as events, and ignores the signal of broken sockets. */
-UniqueFd end_signals() {
+/** Makes the signals for the daemon arrive as events, and ignores the signal of broken sockets. */
+UniqueFd open_signals() {
     sigset_t signals;
     sigemptyset(&signals);
-    sigaddset(&signals, SIGTERM);
-    sigaddset(&signals, SIGINT);
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP, SIGQUIT}) {
+        sigaddset(&signals, signal);
+    }
     UniqueFd fd{signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK)};
     if (!fd || sigprocmask(SIG_BLOCK, &signals, nullptr) != 0) {
         throw vdevice::io::error_from_errno("set up signals");
@@ -50,83 +38,46 @@ UniqueFd end_signals() {
     return fd;
 }
 
-void run(const Options &options) {
-    if (!options.board.is_possible()) {
-        throw Error{"cannot wire such a board: the user ports must lie on the chip's ports 1 to " +
-                    std::to_string(vdevice::chip::Switch::kPorts - 1) + "."};
+/** Each client, port and timer needs a descriptor. */
+void allow_many_descriptors() {
+    rlimit limit{};
+    if (getrlimit(RLIMIT_NOFILE, &limit) == 0) {
+        limit.rlim_cur = limit.rlim_max;
+        setrlimit(RLIMIT_NOFILE, &limit);
     }
+}
+
+/** SIGHUP lets a daemon with a file read it again, and ends one without, as the other signals do. */
+void take_signals(const UniqueFd &signals, EventLoop &loop, vdevice::Daemon &daemon) {
+    signalfd_siginfo signal{};
+    while (read(signals.get(), &signal, sizeof(signal)) == sizeof(signal)) {
+        if (signal.ssi_signo == SIGHUP && daemon.has_file()) {
+            daemon.reload();
+        } else {
+            loop.stop();
+        }
+    }
+}
+
+void run(const vdevice::Options &options) {
     umask(S_IRWXG | S_IRWXO);  // the sockets are for their owner only, from the moment they exist
+    allow_many_descriptors();
     EventLoop loop;
-    const UniqueFd signals = end_signals();
-    vdevice::make_private_folder(options.run_dir);
-    // Created first: a second daemon sees by it that the folder is taken.
-    vdevice::Device *running = nullptr;
-    vdevice::ControlServer control{loop, vdevice::control_socket(options.run_dir), [&](const nlohmann::json &request) {
-                                       return vdevice::inspect::answer(*running, request);
-                                   }};
-    vdevice::Device device{loop, options.board, options.create_interfaces};
-    running = &device;
-    vdevice::remote::Server server{device.calls(), vdevice::driver_socket(options.run_dir)};
-    vdevice::serve_extra(server, device);
-    loop.add(server.poll_fd(), EPOLLIN, [&](uint32_t) { server.serve_ready(); });
-    loop.add(signals.get(), EPOLLIN, [&](uint32_t) { loop.stop(); });
+    const UniqueFd signals = open_signals();
+    vdevice::Configuration configuration;
+    if (!options.file.empty()) {
+        configuration = vdevice::read_configuration(options.file, options.settings);
+    }
+    if (options.check) {
+        std::cout << options.file << ": no mistakes\n";
+        return;
+    }
+    vdevice::Daemon daemon{loop, options.settings, options.file, std::move(configuration)};
+    loop.add(signals.get(), EPOLLIN, [&](uint32_t) { take_signals(signals, loop, daemon); });
     std::cout << "vdeviced: ready" << std::endl;
+    vdevice::service::tell_ready();
     loop.run();
-}
-
-enum Key : int { kRunDir = 1, kCreateInterfaces, kUserPorts, kFirstPort };
-
-const argp_option kOptions[] = {{"run-dir", kRunDir, "DIR", 0, vdevice::kRunDirHelp, 0},
-                                {"create-interfaces", kCreateInterfaces, nullptr, 0,
-                                 "make the interface pairs cpu0/eth0, port1/host1, ... and remove them at the end", 0},
-                                {"user-ports", kUserPorts, "N", 0, "number of user ports, 26 by default", 0},
-                                {"first-port", kFirstPort, "P", 0, "chip port of user port 1, 4 by default", 0},
-                                {}};
-
-template <typename Number>
-void read_number(const argp_state *state, std::string_view text, Number &number) {
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc{} || end != text.data() + text.size()) {
-        argp_error(state, "'%s' is not a number", std::string{text}.c_str());
-    }
-}
-
-error_t take_option(int key, char *argument, argp_state *state) {
-    auto &options = *static_cast<Options *>(state->input);
-    switch (key) {
-        case kRunDir:
-            options.run_dir = argument;
-            return 0;
-        case kCreateInterfaces:
-            options.create_interfaces = true;
-            return 0;
-        case kUserPorts:
-            read_number(state, argument, options.board.user_ports);
-            return 0;
-        case kFirstPort:
-            read_number(state, argument, options.board.first_port);
-            return 0;
-        default:
-            return ARGP_ERR_UNKNOWN;
-    }
-}
-
-int run_program(int argc, char **argv) {
-    const argp parser = {
-        kOptions,
-        take_option,
-        nullptr,
-        "vdeviced: a virtual switch device. Its user ports are the network interfaces port1, port2, ..., "
-        "its CPU port is cpu0, and programs reach its driver through a socket in the run folder.",
-        nullptr,
-        nullptr,
-        nullptr};
-    Options options;
-    if (argp_parse(&parser, argc, argv, 0, nullptr, &options) != 0) {
-        return EXIT_FAILURE;
-    }
-    run(options);
-    return EXIT_SUCCESS;
+    vdevice::service::tell_stopping();
 }
 
 }  // namespace
@@ -134,9 +85,10 @@ int run_program(int argc, char **argv) {
 int main(int argc, char **argv) {
     argp_err_exit_status = EXIT_FAILURE;
     try {
-        return run_program(argc, argv);
+        run(vdevice::parse_options(argc, argv));
+        return EXIT_SUCCESS;
     } catch (const std::exception &error) {
-        std::fprintf(stderr, "vdeviced: %s\n", error.what());
+        std::fprintf(stderr, "vdeviced: %s\n", text::on_one_line(error.what()).c_str());
     } catch (...) {
         std::fputs("vdeviced: an unknown failure.\n", stderr);
     }

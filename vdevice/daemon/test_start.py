@@ -1,8 +1,13 @@
 """The daemon starts, refuses to start and ends."""
 import os
+import shutil
+import signal
+import socket
 import stat
 
-from testing.daemon import DEADLINE, interfaces
+import pytest
+
+from testing.daemon import BOARD, DEADLINE, interfaces
 
 
 def test_start_and_end_leave_nothing_behind(start, run_dir):
@@ -51,8 +56,84 @@ def test_a_second_device_is_refused_and_the_first_stays(device, start):
     second = start("--user-ports", "4")
     _, errors = second.process.communicate(timeout=DEADLINE)
     assert second.process.returncode == 1
-    assert errors.startswith("vdeviced: cannot listen on") and "another vdeviced" in errors
+    assert errors == f"vdeviced: cannot use {device.run_dir}: another vdeviced is running there.\n"
     assert device.ask("version")["user_ports"] == 4
+
+
+def test_a_device_that_is_too_busy_to_answer_is_not_replaced(device, start):
+    device.process.send_signal(signal.SIGSTOP)
+    waiting = []
+    try:
+        while True:
+            client = socket.socket(socket.AF_UNIX)
+            client.setblocking(False)
+            client.connect(device.run_dir + "/control")
+            waiting.append(client)
+    except BlockingIOError:
+        client.close()
+    second = start(*BOARD)
+    _, errors = second.process.communicate(timeout=DEADLINE)
+    assert second.process.returncode == 1
+    assert "another vdeviced is running there" in errors
+    device.process.send_signal(signal.SIGCONT)
+    for client in waiting:
+        client.close()
+    assert device.ask("version")["user_ports"] == 4
+
+
+def test_of_several_devices_started_at_once_one_runs(cables, start, run_dir):
+    for _ in range(5):
+        devices = [start(*BOARD) for _ in range(3)]
+        lines = [device.process.stdout.readline() for device in devices]
+        assert sorted(lines) == ["", "", "vdeviced: ready\n"]
+        device = devices.pop(lines.index("vdeviced: ready\n"))
+        for other in devices:
+            _, errors = other.process.communicate(timeout=DEADLINE)
+            assert errors == f"vdeviced: cannot use {run_dir}: another vdeviced is running there.\n"
+        assert device.ask("version")["user_ports"] == 4
+        assert device.call("enable", 24, 1) == "0"
+        assert device.stop() == 0
+        assert os.listdir(run_dir) == []
+
+
+def test_a_device_whose_folder_was_removed_leaves_its_successor_alone(cables, start, run_dir):
+    first = start(*BOARD)
+    first.wait_ready()
+    shutil.rmtree(run_dir)
+    second = start(*BOARD)
+    second.wait_ready()
+    assert first.stop() == 0
+    assert sorted(os.listdir(run_dir)) == ["control", "driver"]
+    assert second.ask("version")["user_ports"] == 4
+    assert second.call("enable", 24, 1) == "0"
+
+
+@pytest.mark.parametrize("name", ["control", "driver"])
+def test_a_file_in_place_of_a_socket_is_refused_and_kept(cables, start, run_dir, name):
+    os.mkdir(run_dir, mode=0o700)
+    path = f"{run_dir}/{name}"
+    with open(path, "w", encoding="ascii") as file:
+        file.write("notes")
+    device = start(*BOARD)
+    _, errors = device.process.communicate(timeout=DEADLINE)
+    assert device.process.returncode == 1
+    assert errors == (f"vdeviced: cannot listen on {path}: a file of that name is there, and it is no socket. "
+                      "Move it away.\n")  # fmt: skip
+    with open(path, encoding="ascii") as file:
+        assert file.read() == "notes"
+    assert os.listdir(run_dir) == [name]
+
+
+@pytest.mark.parametrize("number", [signal.SIGTERM, signal.SIGINT, signal.SIGHUP, signal.SIGQUIT])
+def test_signals_end_it_cleanly(start, run_dir, number):
+    before = interfaces()
+    device = start("--create-interfaces", "--user-ports", "1")
+    device.wait_ready()
+    device.process.send_signal(number)
+    assert device.process.communicate(timeout=DEADLINE) == ("", "")
+    assert device.process.returncode == 0
+    assert interfaces() == before
+    assert os.listdir(run_dir) == []
 
 
 def test_what_a_killed_device_left_does_not_hinder_the_next(start):

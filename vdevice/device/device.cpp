@@ -11,7 +11,6 @@ namespace {
 
 constexpr char kCpuInterface[] = "cpu0";
 constexpr char kCpuPeer[] = "eth0";
-constexpr time_t kTickSeconds = 1;
 constexpr int kErrorLevel = 3;
 constexpr int kNoticeLevel = 5;
 constexpr int kCpuUserPort = 0;
@@ -34,7 +33,7 @@ Device::Device(io::EventLoop &loop, driver::Board board, bool create_interfaces,
     monitor_.emplace([this](const io::LinkChange &change) { on_link_change(change); });
     monitor_->read_changes();
     loop_.add(monitor_->fd(), EPOLLIN, [this](uint32_t) { monitor_->read_changes(); });
-    start_clock();
+    timer_ = loop_.every_second([this] { chip_.tick(now()); });
     start_departures();
 }
 
@@ -61,20 +60,6 @@ void Device::create_cables() {
 
 chip::Time Device::now() const {
     return std::chrono::steady_clock::now() - started_;
-}
-
-void Device::start_clock() {
-    timer_.reset(timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC));
-    const itimerspec every_tick{{kTickSeconds, 0}, {kTickSeconds, 0}};
-    if (!timer_ || timerfd_settime(timer_.get(), 0, &every_tick, nullptr) != 0) {
-        throw io::error_from_errno("start the device's clock");
-    }
-    loop_.add(timer_.get(), EPOLLIN, [this](uint32_t) {
-        uint64_t expirations = 0;
-        if (read(timer_.get(), &expirations, sizeof(expirations)) == sizeof(expirations)) {
-            chip_.tick(now());
-        }
-    });
 }
 
 /** A timer for frames that wait for a port's shaper; without such frames it is not set. */

@@ -28,6 +28,16 @@ struct Note {
     std::vector<std::pair<const char *, std::string>> fields = {};
 };
 
+/** Programs at the daemon's sockets. */
+struct Clients {
+    struct Socket {
+        const char *name;
+        size_t connected;
+        uint64_t rejected;
+    };
+    std::array<Socket, 2> sockets;
+};
+
 class Device final : private chip::Sink {
   public:
     /** By user port, 0 for the CPU port; one that is not here is "port<n>", or "cpu0". */
@@ -76,6 +86,9 @@ class Device final : private chip::Sink {
     /** Adds to the log, and hands it to the listener. */
     void note(const Note &note);
     void set_note_listener(std::function<void(const Note &)> listener) { note_listener_ = std::move(listener); }
+    /** What only the daemon knows, for who looks at the device. */
+    void set_clients_reader(std::function<Clients()> reader) { clients_reader_ = std::move(reader); }
+    std::optional<Clients> clients() const { return clients_reader_ ? std::optional{clients_reader_()} : std::nullopt; }
     /** Shows a watcher every frame from now on; null for none. */
     void set_watcher(chip::Watcher *watcher) { chip_.set_watcher(watcher); }
 
@@ -92,7 +105,6 @@ class Device final : private chip::Sink {
     void apply_carrier(Wire &wire);
     void announce_link(int port);
     void note_wire(const Wire &wire, int level, const std::string &what);
-    void start_clock();
     void start_departures();
     void arm_departure();
 
@@ -109,6 +121,7 @@ class Device final : private chip::Sink {
     InterfaceNames interface_names_;
     std::vector<std::function<void(int)>> link_listeners_;
     std::function<void(const Note &)> note_listener_;
+    std::function<Clients()> clients_reader_;
     chip::Switch chip_;
     driver::Driver driver_;
     std::optional<io::Cables> created_cables_;

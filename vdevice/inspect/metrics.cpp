@@ -144,6 +144,22 @@ void add_tables(json &families, const Switch &chip) {
     }
 }
 
+void add_clients(json &families, const Device &device) {
+    const auto clients = device.clients();
+    if (!clients) {
+        return;
+    }
+    json connected = json::array();
+    json rejected = json::array();
+    for (const Clients::Socket &socket : clients->sockets) {
+        connected.push_back(sample({{"socket", socket.name}}, socket.connected));
+        rejected.push_back(sample({{"socket", socket.name}}, socket.rejected));
+    }
+    families.push_back(family("adp_clients", kGaugeType, "Programs that are connected.", std::move(connected)));
+    families.push_back(family("adp_clients_rejected_total", kCounterType,
+                              "Programs that were turned away because there were too many.", std::move(rejected)));
+}
+
 void add_process(json &families) {
     const Process process = read_process();
     families.push_back(single("process_resident_memory_bytes", kGaugeType, "Memory in use.", process.resident_bytes));
@@ -164,6 +180,7 @@ json read_metrics(Device &device, const json & /*request*/) {
     add_tables(families, device.chip());
     families.push_back(
         single("adp_log_lines_total", kCounterType, "Lines that were logged.", device.journal().total()));
+    add_clients(families, device);
     add_process(families);
     return {{"metrics", families}};
 }

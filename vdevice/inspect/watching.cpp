@@ -1,25 +1,19 @@
 // Sums up what comes frame by frame, and tells it once a second.
 #include "vdevice/inspect/watching.h"
 
-#include <sys/epoll.h>
-#include <sys/timerfd.h>
-
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
 #include "text/suggest.h"
+#include "vdevice/inspect/arguments.h"
 #include "vdevice/inspect/port_names.h"
 #include "vdevice/inspect/subject.h"
 #include "vdevice/inspect/text.h"
-#include "vdevice/io/error.h"
 
 namespace vdevice::inspect {
 namespace {
 
 using nlohmann::json;
-
-constexpr itimerspec kEverySecond{{1, 0}, {1, 0}};
-constexpr itimerspec kNever{};
 
 const char *name(chip::Lost reason) {
     constexpr const char *kNames[] = {"too_long", "queue_full", "flushed", "loopback", "mirror_down"};
@@ -39,9 +33,20 @@ HappeningKinds kind_named(const std::string &word) {
                        : question)};
 }
 
-/** Whoever can be told line after line is served before the subjects are asked. */
-json refuse_watch(Device & /*device*/, const json & /*request*/) {
-    throw Refusal{"Who asks for other things at once cannot watch."};
+/** The kinds of a request, all of them if it names none. */
+HappeningKinds kinds_of(const json &request) {
+    HappeningKinds kinds = 0;
+    for (const json &word : request.value("kind", json::array())) {
+        kinds |= kind_named(word.get<std::string>());
+    }
+    const HappeningKinds all = (1U << kHappeningNames.size()) - 1;
+    return (kinds == 0 ? all : kinds) | bit_of(HappeningKind::kMissed);
+}
+
+/** Says what is wrong with a request that could not be opened. */
+json refuse_watch(Device & /*device*/, const json &request) {
+    kinds_of(request);
+    throw Refusal{"The device cannot be watched here."};
 }
 
 }  // namespace
@@ -50,18 +55,21 @@ extern constexpr Subject kWatch{"watch", "[KIND...]",
                                 "what happens, line by line: links, learning, ageing, drops, full", refuse_watch,
                                 show_nothing};
 
-Watching::Watching(io::EventLoop &loop, Device &device)
-    : loop_{loop}, device_{device}, timer_{timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC)} {
-    if (!timer_) {
-        throw io::error_from_errno("make the timer of those who watch");
+namespace {
+
+std::optional<HappeningKinds> asked_kinds(const json &request) {
+    try {
+        return kinds_of(with_named_arguments(request, kWatch));
+    } catch (const Refusal &) {
+        return std::nullopt;
+    } catch (const json::exception &) {
+        return std::nullopt;
     }
-    loop_.add(timer_.get(), EPOLLIN, [this](uint32_t) {
-        uint64_t expirations = 0;
-        if (read(timer_.get(), &expirations, sizeof(expirations)) == sizeof(expirations)) {
-            tell_sums();
-            end_if_alone();
-        }
-    });
+}
+
+}  // namespace
+
+Watching::Watching(Device &device) : device_{device} {
     device_.add_link_listener([this](int port) { tell_link(port); });
 }
 
@@ -70,7 +78,6 @@ std::shared_ptr<HappeningQueue> Watching::begin(HappeningKinds kinds, std::funct
         sums_ = {};
         addresses_ = 0;
         aged_ = device_.chip().macs().counters().aged;
-        timerfd_settime(timer_.get(), 0, &kEverySecond, nullptr);
         device_.set_watcher(this);
     }
     auto queue = std::make_shared<HappeningQueue>(kinds, std::move(wake));
@@ -78,21 +85,37 @@ std::shared_ptr<HappeningQueue> Watching::begin(HappeningKinds kinds, std::funct
     return queue;
 }
 
-void Watching::end_if_alone() {
+void Watching::tick() {
+    if (queues_.empty()) {
+        return;
+    }
+    tell_sums();
     std::erase_if(queues_, [](const auto &queue) { return queue.expired(); });
     if (queues_.empty()) {
         device_.set_watcher(nullptr);
-        timerfd_settime(timer_.get(), 0, &kNever, nullptr);
     }
 }
 
-HappeningKinds Watching::kinds_of(const json &request) {
-    HappeningKinds kinds = 0;
-    for (const json &word : request.value("kind", json::array())) {
-        kinds |= kind_named(word.get<std::string>());
+Watching::Lines Watching::open(const json &request, const std::function<void()> &wake) {
+    const auto name = request.find("command");
+    if (name == request.end() || *name != kWatch.name) {
+        return nullptr;
     }
-    const HappeningKinds all = (1U << kHappeningNames.size()) - 1;
-    return (kinds == 0 ? all : kinds) | bit_of(HappeningKind::kMissed);
+    const auto kinds = asked_kinds(request);
+    if (!kinds) {
+        return nullptr;  // the subject says what is wrong
+    }
+    const bool as_text = request.value("form", json("json")) == "text";
+    const auto line_of = [as_text](const Happening &happening) {
+        return (as_text ? json{{"text", to_text(happening)}} : to_json(happening)).dump();
+    };
+    return [line_of, queue = begin(*kinds, wake), has_begun = false]() mutable -> std::optional<std::string> {
+        if (!std::exchange(has_begun, true)) {
+            return json{{"watching", true}}.dump();
+        }
+        const auto happening = queue->take();
+        return happening ? std::optional{line_of(*happening)} : std::nullopt;
+    };
 }
 
 void Watching::passed(const chip::Passage &frame) {

@@ -3,25 +3,32 @@
 
 #include <array>
 #include <memory>
+#include <nlohmann/json_fwd.hpp>
+#include <optional>
+#include <string>
 #include <vector>
 
 #include "vdevice/chip/pipeline/watcher.h"
 #include "vdevice/device/device.h"
 #include "vdevice/inspect/happening.h"
-#include "vdevice/io/event_loop.h"
 
 namespace vdevice::inspect {
 
 class Watching final : private chip::Watcher {
   public:
-    /** Loop and device must outlive it. */
-    Watching(io::EventLoop &loop, Device &device);
+    /** Gives the next line, in JSON, or nothing until something happens. */
+    using Lines = std::function<std::optional<std::string>()>;
 
-    /** What happens from now on comes into the queue, for as long as somebody keeps it. */
-    std::shared_ptr<HappeningQueue> begin(HappeningKinds kinds, std::function<void()> wake);
+    /** The device must outlive it. */
+    explicit Watching(Device &device);
 
-    /** The kinds of a request, all of them if it names none; throws a Refusal for another word. */
-    static HappeningKinds kinds_of(const nlohmann::json &request);
+    /**
+     * What the request asks for, from now on and for as long as somebody keeps it; null if the request is another one
+     * or wrong. @p wake is called when there is a line after there was none.
+     */
+    Lines open(const nlohmann::json &request, const std::function<void()> &wake);
+    /** To be called once a second. */
+    void tick();
 
   private:
     static constexpr size_t kLostReasons = 5;
@@ -34,6 +41,7 @@ class Watching final : private chip::Watcher {
         uint64_t no_room = 0;
     };
 
+    std::shared_ptr<HappeningQueue> begin(HappeningKinds kinds, std::function<void()> wake);
     void passed(const chip::Passage &frame) override;
     void lost(int port, const chip::Frame &copy, const chip::Dispatch &dispatch, chip::Lost reason) override;
     void tell(const Happening &happening);
@@ -42,11 +50,8 @@ class Watching final : private chip::Watcher {
     void tell_sums();
     void tell_sums_of(int port, const Sums &sums);
     void tell_count(HappeningKind kind, int port, const char *what, uint64_t count);
-    void end_if_alone();
 
-    io::EventLoop &loop_;
     Device &device_;
-    UniqueFd timer_;
     std::vector<std::weak_ptr<HappeningQueue>> queues_;
     std::array<Sums, chip::kChipPorts> sums_{};
     uint64_t addresses_ = 0; /**< in this second */

@@ -1,9 +1,10 @@
 // How driver calls travel over a Unix stream socket: big-endian 32-bit words.
 //
 // On connecting, the client sends kMagic and its interface checksum, and the server answers with its own two; if they
-// differ, both close. Then each request is its length in words, the call's id and the encoded inputs, and each reply
-// its length in words, the result, whether outputs follow (1) or not (0), and the encoded outputs. One request is under
-// way at a time. message.h says how arguments are encoded.
+// differ, both close. A server with too many clients answers kFull and its limit instead, and closes. Then each request
+// is its length in words, the call's id and the encoded inputs, and each reply its length in words, the result, whether
+// outputs follow (1) or not (0), and the encoded outputs. One request is under way at a time. message.h says how
+// arguments are encoded.
 //
 // A few requests are no driver calls (Extra). What follows their id, and the result in their reply, are plain words. A
 // client that has asked for kWatchLinks gets a message, of length and words, for every link change.
@@ -16,6 +17,7 @@
 namespace vdevice::remote {
 
 inline constexpr uint32_t kMagic = 0x61647001;  // "adp" and the protocol's version
+inline constexpr uint32_t kFull = 0x61647046;   // in place of kMagic: too many clients; the limit follows
 inline constexpr size_t kWordBytes = 4;
 inline constexpr size_t kHandshakeWords = 2;
 

@@ -1,0 +1,77 @@
+// A copy of the process writes the text to a file in memory.
+#include "vdevice/daemon/background_text.h"
+
+#include <sys/mman.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <exception>
+
+#include "vdevice/io/error.h"
+
+namespace vdevice {
+namespace {
+
+constexpr int kNiceness = 5;
+
+bool write_all(int fd, const std::string &text) {
+    for (size_t done = 0; done < text.size();) {
+        const ssize_t length = write(fd, text.data() + done, text.size() - done);
+        if (length < 0) {
+            return false;
+        }
+        done += static_cast<size_t>(length);
+    }
+    return true;
+}
+
+/** The process that makes the text. It ends without the destructors of what belongs to the other one. */
+[[noreturn]] void run(int fd, const std::function<std::string()> &make) {
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    setpriority(PRIO_PROCESS, 0, kNiceness);
+    try {
+        _exit(write_all(fd, make()) ? EXIT_SUCCESS : EXIT_FAILURE);
+    } catch (const std::exception &) {
+        _exit(EXIT_FAILURE);
+    }
+}
+
+}  // namespace
+
+BackgroundText::BackgroundText(const std::function<std::string()> &make)
+    : text_{memfd_create("answer", MFD_CLOEXEC)}, pid_{text_ ? fork() : -1} {
+    if (pid_ == 0) {
+        run(text_.get(), make);
+    }
+    if (pid_ < 0) {
+        throw io::error_from_errno("make a long answer");
+    }
+    process_.reset(static_cast<int>(syscall(SYS_pidfd_open, pid_, 0)));
+    if (!process_) {
+        const io::Error error = io::error_from_errno("wait for a long answer");
+        kill(pid_, SIGKILL);
+        waitpid(pid_, nullptr, 0);
+        throw error;
+    }
+}
+
+BackgroundText::~BackgroundText() {
+    if (pid_ > 0) {
+        kill(pid_, SIGKILL);
+        waitpid(pid_, nullptr, 0);
+    }
+}
+
+UniqueFd BackgroundText::take() {
+    int status = 0;
+    const bool is_made = waitpid(pid_, &status, 0) == pid_ && WIFEXITED(status) && WEXITSTATUS(status) == EXIT_SUCCESS;
+    pid_ = 0;
+    lseek(text_.get(), 0, SEEK_SET);  // the processes share the place that the writing has come to
+    return is_made ? std::move(text_) : UniqueFd{};
+}
+
+}  // namespace vdevice
