@@ -6,6 +6,7 @@
 #include "vdevice/driver/mac_text.h"
 #include "vdevice/inspect/port_names.h"
 #include "vdevice/inspect/subject.h"
+#include "vdevice/inspect/text.h"
 
 namespace vdevice::inspect {
 namespace {
@@ -47,7 +48,6 @@ json read_macs(Device &device, const json & /*request*/) {
     }
     return {{"macs", rows},
             {"groups", table.group_count()},
-            {"entries", table.size()},
             {"capacity", MacTable::kCapacity},
             {"time", seconds(device.now())},
             {"age_time", table.age_time().count()},
@@ -78,7 +78,7 @@ std::string show_macs(const json &answer) {
     }
     const auto groups = answer["groups"].get<size_t>();
     return text + fmt::format("{} of {} entries, {} of them groups; learned {}, moved {}, aged out {}, refused {}\n",
-                              answer["entries"].get<uint64_t>(), answer["capacity"].get<uint64_t>(), groups,
+                              all_rows(answer, "macs") + groups, answer["capacity"].get<uint64_t>(), groups,
                               answer["learned"].get<uint64_t>(), answer["moved"].get<uint64_t>(),
                               answer["aged"].get<uint64_t>(), answer["refused"].get<uint64_t>());
 }

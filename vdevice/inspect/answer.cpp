@@ -42,7 +42,11 @@ json answer_of(Device &device, const Subject &subject, const json &request) {
         remark += fmt::format("{} over {:.1f} s\n", is_rate ? "counts per second," : "counts", passed);
     }
     if (is_filtered(request, subject)) {
+        const json sizes = table_sizes(values);
         const RowCount rows = filter(values, request, subject);
+        if (as_text) {
+            values[kSizes] = sizes;
+        }
         remark += fmt::format("{} of {} rows\n", rows.shown, rows.all);
     }
     return as_text ? json{{"text", subject.show(values) + remark}} : values;

@@ -141,7 +141,6 @@ json read_fields(Device &device, const json & /*request*/) {
     fields.table().for_each(
         [&](uint32_t number, const FieldEntry &entry) { rows.push_back(read_entry(device, number, entry)); });
     return {{"fields", rows},
-            {"entries", rows.size()},
             {"time", seconds(device.now())},
             {"capacity", chip::FieldTable::kEntries},
             {"counters", read_field_counters(fields.counters())},
@@ -202,7 +201,7 @@ std::string show_fields(const json &answer) {
                             entry["group"].get<int>(), entry["part"].get<std::string>(), entry["priority"].get<int>(),
                             state_text(entry), entry["matches"].get<uint64_t>(), rule_text(entry));
     }
-    text += fmt::format("{} of {} entries\n", answer["entries"].get<size_t>(), answer["capacity"].get<int>());
+    text += fmt::format("{} of {} entries\n", all_rows(answer, "fields"), answer["capacity"].get<int>());
     for (const json &row : answer["counters"]) {
         text += fmt::format("counter {}: {} frames, {} octets\n", row["counter"].get<int>(),
                             row["frames"].get<uint64_t>(), row["octets"].get<uint64_t>());

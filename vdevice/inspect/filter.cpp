@@ -137,6 +137,16 @@ bool is_filtered(const json &request, const Subject &subject) {
                        [&](const Filter &filter) { return request.contains(filter.name); });
 }
 
+json table_sizes(const json &answer) {
+    json sizes = json::object();
+    for (const auto &[name, member] : answer.items()) {
+        if (is_table(member)) {
+            sizes[name] = member.size();
+        }
+    }
+    return sizes;
+}
+
 RowCount filter(json &answer, const json &request, const Subject &subject) {
     const size_t all = count_rows(answer);
     for (const Filter &filter : subject.filters) {

@@ -37,11 +37,16 @@ struct RowCount {
     size_t all = 0;
 };
 
+/** The member of an answer that is to become text, with how many rows each table had. */
+constexpr const char *kSizes = "sizes";
+
 /** Whether the request asks for this port, a user port or 0, by its member "port"; without one it does. */
 bool asks_for_port(const nlohmann::json &request, int port);
 
 /** Whether the request has a filter of the subject. */
 bool is_filtered(const nlohmann::json &request, const Subject &subject);
+/** How many rows each table has. */
+nlohmann::json table_sizes(const nlohmann::json &answer);
 /** Takes the rows out of the answer that the request does not ask for. Throws a Refusal for a value of no meaning. */
 RowCount filter(nlohmann::json &answer, const nlohmann::json &request, const Subject &subject);
 

@@ -38,7 +38,6 @@ json read_meters(Device &device, const json & /*request*/) {
     }
     // The time, so that two readings give a rate even when the second is late.
     return {{"meters", rows},
-            {"entries", rows.size()},
             {"capacity", MeterTable::kMeters},
             {"counts_gap", fields.meters().counts_gap()},
             {"time", seconds(device.now())}};
@@ -54,7 +53,7 @@ std::string show_meters(const json &answer) {
                         meter["rate"].get<uint32_t>(), meter["depth"].get<uint64_t>(), meter["passed"].get<uint64_t>(),
                         meter["dropped"].get<uint64_t>(), entries.empty() ? "-" : numbers(entries));
     }
-    return text + fmt::format("{} of {} meters; preamble and gap {}\n", answer["entries"].get<size_t>(),
+    return text + fmt::format("{} of {} meters; preamble and gap {}\n", all_rows(answer, "meters"),
                               answer["capacity"].get<int>(),
                               answer["counts_gap"].get<bool>() ? "counted" : "not counted");
 }

@@ -6,6 +6,7 @@
 #include "vdevice/driver/mac_text.h"
 #include "vdevice/inspect/port_names.h"
 #include "vdevice/inspect/subject.h"
+#include "vdevice/inspect/text.h"
 
 namespace vdevice::inspect {
 namespace {
@@ -52,7 +53,6 @@ json read_mcast(Device &device, const json & /*request*/) {
     }
     const chip::GroupRules &rules = device.chip().group_rules();
     return {{"mcast", rows},
-            {"entries", table.group_count()},
             {"capacity", chip::PortSetPool::kCapacity},
             {"ipv4", rules.knows_ipv4},
             {"ipv6", rules.knows_ipv6},
@@ -70,7 +70,7 @@ std::string show_mcast(const json &answer) {
             fmt::format("{:>4}  {:<17}  {:>5}  {:>5}  {}\n", entry["vid"].get<int>(), entry["mac"].get<std::string>(),
                         entry["group"].get<int>(), entry["index"].get<int>(), port_list(entry["ports"]));
     }
-    text += fmt::format("{} of {} groups; IPv4 groups {}, IPv6 groups {}\n", answer["entries"].get<size_t>(),
+    text += fmt::format("{} of {} groups; IPv4 groups {}, IPv6 groups {}\n", all_rows(answer, "mcast"),
                         answer["capacity"].get<int>(), known_or_not(answer["ipv4"]), known_or_not(answer["ipv6"]));
     text += fmt::format("{:>4}  {:<7}  {:<7}  {:<9}  {}\n", "PORT", "ENTRIES", "IPV4", "IPV4 MISS", "IPV6 MISS");
     for (const json &port : answer["ports"]) {

@@ -3,6 +3,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "vdevice/inspect/filter.h"
+
 namespace vdevice::inspect {
 
 std::string joined(const std::vector<std::string> &parts, const char *separator) {
@@ -25,6 +27,11 @@ std::string numbers(const nlohmann::json &list) {
 
 std::string on_or_off(const nlohmann::json &value) {
     return value.get<bool>() ? "on" : "off";
+}
+
+size_t all_rows(const nlohmann::json &answer, const char *table) {
+    const auto sizes = answer.find(kSizes);
+    return sizes == answer.end() ? answer[table].size() : (*sizes)[table].get<size_t>();
 }
 
 std::string show_nothing(const nlohmann::json & /*answer*/) {

@@ -34,6 +34,11 @@ TEST(Log, KeepsTextsOnTheirLineAndFromTheTerminal) {
               "    1.500000  5/2 A\\x1b[2J a\\n  1.0  5/0 PORT b\\xff\n");
 }
 
+TEST(Text, TellsTheSizeOfATableThatWasFiltered) {
+    EXPECT_EQ(all_rows({{"macs", {1, 2, 3}}}, "macs"), 3U);
+    EXPECT_EQ(all_rows({{"macs", {1, 2, 3}}, {"sizes", {{"macs", 9}}}}, "macs"), 9U);
+}
+
 TEST(Metrics, AreShownWithEscapedLabels) {
     const json family = {
         {"name", "adp_x_total"},
