@@ -10,9 +10,11 @@
 #include <thread>
 
 #include "text/printable.h"
+#include "tools/vdevctl/answer_text.h"
 #include "tools/vdevctl/client.h"
 #include "tools/vdevctl/options.h"
 #include "tools/vdevctl/output.h"
+#include "tools/vdevctl/watch.h"
 
 namespace {
 
@@ -20,22 +22,17 @@ using nlohmann::json;
 using vdevctl::Options;
 using vdevctl::Words;
 
+/** The one command that has no end. */
+constexpr const char *kWatch = "watch";
+
 json request_for(const Words &words, bool as_json) {
     return {{"command", words.front()},
             {"arguments", Words(words.begin() + 1, words.end())},
             {"form", as_json ? "json" : "text"}};
 }
 
-std::string text_of(const json &answer) {
-    const auto text = answer.find("text");
-    if (text == answer.end() || !text->is_string()) {
-        throw std::runtime_error{"the device gave an answer without a text. Is it of another version?"};
-    }
-    return text::printable_lines(text->get<std::string>());
-}
-
 std::string text_for(const std::string &run_dir, const Words &words) {
-    return text_of(vdevice::ask_device(run_dir, request_for(words, false)));
+    return vdevctl::text_of(vdevice::ask_device(run_dir, request_for(words, false)));
 }
 
 std::string commands(const std::string &run_dir) {
@@ -78,8 +75,6 @@ json answer_to(const Options &options) {
 }
 
 std::string output(const Options &options) {
-    constexpr int kIndent = 2;
-    constexpr bool kOnlyAscii = true;  // what a terminal obeys is written as a number
     if (options.help) {
         return commands(options.run_dir);
     }
@@ -87,7 +82,7 @@ std::string output(const Options &options) {
         return versions(options.run_dir);
     }
     const json answer = answer_to(options);
-    return options.json ? answer.dump(kIndent, ' ', kOnlyAscii) + "\n" : text_of(answer);
+    return options.json ? vdevctl::json_text(answer) : vdevctl::text_of(answer);
 }
 
 }  // namespace
@@ -95,7 +90,12 @@ std::string output(const Options &options) {
 int main(int argc, char **argv) {
     argp_err_exit_status = EXIT_FAILURE;
     try {
-        vdevctl::print(output(vdevctl::parse_options(argc, argv)));
+        const Options options = vdevctl::parse_options(argc, argv);
+        if (!options.words.empty() && options.words.front() == kWatch) {
+            vdevctl::watch(options.run_dir, request_for(options.words, options.json), options.limits);
+        } else {
+            vdevctl::print(output(options));
+        }
         return EXIT_SUCCESS;
     } catch (const std::exception &error) {
         std::fprintf(stderr, "vdevctl: %s\n", text::on_one_line(error.what()).c_str());

@@ -13,13 +13,15 @@ const char *const kVersion = VDEVCTL_VERSION;
 
 namespace {
 
-enum Key : int { kRunDir = 1, kJson, kHelp, kVersionKey, kRate, kSince };
+enum Key : int { kRunDir = 1, kJson, kHelp, kVersionKey, kRate, kSince, kCount, kFor };
 
 const argp_option kOptions[] = {
     {"run-dir", kRunDir, "DIR", 0, vdevice::kRunDirHelp, 0},
     {"json", kJson, nullptr, 0, "answer in JSON", 0},
     {"rate", kRate, "TIME", 0, "the counts per second, from two readings so far apart: 1s, 500ms, 2m", 0},
     {"since", kSince, "FILE", 0, "the counts since an earlier reading, which --json printed to FILE", 0},
+    {"count", kCount, "N", 0, "watch: end after so many lines", 0},
+    {"for", kFor, "TIME", 0, "watch: end after so long: 10s, 500ms, 2m", 0},
     {"help", kHelp, nullptr, 0, "this text, and the commands of the device", 0},
     {"version", kVersionKey, nullptr, 0, "the versions of vdevctl and of the device, if one runs", 0},
     {}};
@@ -44,6 +46,23 @@ std::optional<std::chrono::milliseconds> time_of(std::string_view text) {
     return std::nullopt;
 }
 
+std::chrono::milliseconds read_time(const argp_state *state, const char *option, const char *text) {
+    const auto time = time_of(text);
+    if (!time) {
+        argp_error(state, "--%s takes a time from 1ms to 60m, not '%s'", option, text);
+    }
+    return *time;
+}
+
+uint64_t read_count(const argp_state *state, std::string_view text) {
+    uint64_t count = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), count);
+    if (error != std::errc{} || end != text.data() + text.size()) {
+        argp_error(state, "--count takes a number, not '%s'", text.data());
+    }
+    return count;
+}
+
 void set_option(Options &options, int key, const char *argument, const argp_state *state) {
     switch (key) {
         case kRunDir:
@@ -62,10 +81,13 @@ void set_option(Options &options, int key, const char *argument, const argp_stat
             options.since = argument;
             break;
         case kRate:
-            options.rate = time_of(argument);
-            if (!options.rate) {
-                argp_error(state, "--rate takes a time from 1ms to 60m, not '%s'", argument);
-            }
+            options.rate = read_time(state, "rate", argument);
+            break;
+        case kFor:
+            options.limits.time = read_time(state, "for", argument);
+            break;
+        case kCount:
+            options.limits.count = read_count(state, argument);
             break;
         default:
             break;
@@ -114,6 +136,8 @@ error_t take_option(int key, char *argument, argp_state *state) {
         case kVersionKey:
         case kRate:
         case kSince:
+        case kCount:
+        case kFor:
             set_option(options, key, argument, state);
             return 0;
         case ARGP_KEY_ARG:

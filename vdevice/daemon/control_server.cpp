@@ -160,12 +160,11 @@ bool ControlServer::send_lines(Client &client, uint32_t events) {
             return false;
         }
     }
-    while (client.output.size() < kPieceBytes) {
+    client.has_lines = true;
+    while (client.has_lines && client.output.size() < kPieceBytes) {
         const std::optional<std::string> line = client.lines();
-        if (!line) {
-            break;
-        }
-        client.output += *line + '\n';
+        client.has_lines = line.has_value();
+        client.output += line ? *line + '\n' : "";
     }
     return true;
 }

@@ -57,11 +57,12 @@ class ControlServer {
         UniqueFd rest;           /**< a file that follows the output */
         bool is_waiting = false; /**< for an answer that is made in the background */
         Lines lines;             /**< that it is sent until it leaves */
+        bool has_lines = false;  /**< there are more than its output has room for */
         int idle_ticks = 0;
 
         bool has_output() const { return sent < output.size() || rest; }
         /** An answer waits to be sent, or a whole request to be answered. */
-        bool has_work() const { return has_output() || input.find('\n') != std::string::npos; }
+        bool has_work() const { return has_output() || has_lines || input.find('\n') != std::string::npos; }
     };
 
     /** A client whose answer is made in the background, one after the other. */

@@ -48,6 +48,7 @@ Daemon::Daemon(io::EventLoop &loop, const Settings &given, std::string file, Con
     }
     serve_sockets();
     clock_ = loop_.every_second([this] { tick(); });
+    note(LogLevel::kNotice, "a device with user ports 1 to " + std::to_string(device_.board().user_ports) + " runs");
 }
 
 void Daemon::serve_sockets() {
@@ -81,7 +82,11 @@ void Daemon::note_rejected(const char *socket, uint64_t rejected, uint64_t &told
 }
 
 void Daemon::note(LogLevel level, const std::string &text) {
-    device_.note({static_cast<int>(level), kPart, text, {{"FILE", file_}}});
+    Note note{static_cast<int>(level), kPart, text};
+    if (has_file()) {
+        note.fields.emplace_back("FILE", file_);
+    }
+    device_.note(note);
 }
 
 void Daemon::note_unchangeable(const Configuration &changed) {
