@@ -75,76 +75,8 @@ class Control : public testing::Test {
 
   protected:
     ControlServer server_{loop_, path(), [this](const nlohmann::json &) { return answer(); },
-                          [](const nlohmann::json &request) { return request.contains("long"); },
-                          [this](const nlohmann::json &request, const std::function<void()> &wake) {
-                              return request.contains("lines") ? lines(wake) : nullptr;
-                          }};
-
-    /** Lines for a client that is sent some until it leaves, and how to tell the server that there are new ones. */
-    std::deque<std::string> lines_;
-    std::function<void()> wake_;
-    std::weak_ptr<int> kept_; /**< by the server, as long as the client is there */
-
-  private:
-    ControlServer::Lines lines(const std::function<void()> &wake) {
-        wake_ = wake;
-        auto kept = std::make_shared<int>();
-        kept_ = kept;
-        return [this, kept]() -> std::optional<std::string> {
-            if (lines_.empty()) {
-                return std::nullopt;
-            }
-            const std::string line = lines_.front();
-            lines_.pop_front();
-            return line;
-        };
-    }
+                          [](const nlohmann::json &request) { return request.contains("long"); }};
 };
-
-TEST_F(Control, ALineIsSentWhenThereIsOne) {
-    const RawClient watching(path());
-    lines_ = {"first", "second"};
-    send(watching, "{\"lines\": true}\n{}\n");
-    run(kRounds);
-    EXPECT_EQ(received(watching), "first\nsecond\n") << "other requests of such a client are not heard";
-    EXPECT_EQ(asked_, 0);
-    run(kRounds);
-    EXPECT_EQ(received(watching), "");
-    lines_ = {"third"};
-    wake_();
-    run(kRounds);
-    EXPECT_EQ(received(watching), "third\n");
-    EXPECT_FALSE(loop_.run_once(0)) << "then nothing is to be done";
-}
-
-TEST_F(Control, LinesOfASlowReaderAreLeftWhereTheyAre) {
-    constexpr size_t kLines = 100000;
-    const RawClient slow(path());
-    const RawClient other(path());
-    lines_.assign(kLines, std::string(100, 'x'));
-    send(slow, "{\"lines\": true}\n");
-    run(kRounds);
-    EXPECT_GT(lines_.size(), kLines / 2) << "they are not collected for it";
-    send(other, "{}\n");
-    EXPECT_NE(whole_answer(other), "");
-    size_t octets = 0;
-    for (size_t round = 0; octets < kLines * 101 && round < kLines; ++round) {
-        octets += received(slow).size();
-        run(1);
-    }
-    EXPECT_EQ(octets, kLines * 101) << "all come when it reads";
-}
-
-TEST_F(Control, LinesEndWithTheirClient) {
-    {
-        const RawClient watching(path());
-        send(watching, "{\"lines\": true}\n");
-        run(kRounds);
-        EXPECT_FALSE(kept_.expired());
-    }
-    run(kRounds);
-    EXPECT_TRUE(kept_.expired());
-}
 
 TEST_F(Control, AnEagerClientWaitsForTheOthersBetweenItsRequests) {
     constexpr int kRequests = 1000;

@@ -1,0 +1,129 @@
+// Values of a TOML file, read with the line of each mistake. Included by configuration_file.cpp alone: the library's
+// header takes long to compile.
+#pragma once
+
+#include <sys/stat.h>
+
+#include <toml++/toml.h>
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+
+#include "text/printable.h"
+#include "text/suggest.h"
+#include "vdevice/daemon/configuration.h"
+#include "vdevice/io/error.h"
+
+namespace vdevice::toml_file {
+
+constexpr size_t kMaxFileBytes = 1 << 20;
+
+/** What is known while a file is read. */
+struct File {
+    std::string path;
+    Settings given;
+    Configuration configuration;
+    std::vector<Step> port_steps; /**< after those of VLANs, which must be there */
+    driver::Board board;          /**< known when the tables of ports and VLANs are read */
+
+    std::string place(const toml::source_region &where) const { return path + ":" + std::to_string(where.begin.line); }
+    [[noreturn]] void fail(const toml::source_region &where, const std::string &what) const {
+        throw io::Error{place(where) + ": " + what};
+    }
+};
+
+template <typename Target>
+struct Key {
+    std::string_view name;
+    void (*read)(File &file, const toml::node &value, Target &target);
+};
+
+/** Hands each value to its key's function. */
+template <typename Target, size_t kCount>
+void read_table(File &file, const toml::table &table, const Key<Target> (&keys)[kCount], Target &target) {
+    for (const auto &[key, value] : table) {
+        const auto *const known =
+            std::find_if(std::begin(keys), std::end(keys), [&](const auto &row) { return row.name == key.str(); });
+        if (known == std::end(keys)) {
+            std::vector<std::string_view> names;
+            std::transform(std::begin(keys), std::end(keys), std::back_inserter(names),
+                           [](const auto &row) { return row.name; });
+            const std::string question = text::did_you_mean(key.str(), names, ", ");
+            file.fail(key.source(), "there is no key '" + text::on_one_line(key.str().substr(0, 64)) + "'" +
+                                        (question.empty() ? "." : question));
+        }
+        known->read(file, value, target);
+    }
+}
+
+/** @p name is the value's in messages. */
+template <typename Type>
+Type value_of(const File &file, const toml::node &value, const char *name, const char *type) {
+    const auto found = value.value_exact<Type>();
+    if (!found) {
+        file.fail(value.source(), std::string{name} + " must be " + type + ".");
+    }
+    return *found;
+}
+
+inline std::string text_of(const File &file, const toml::node &value, const char *name) {
+    return value_of<std::string>(file, value, name, "a text in quotes");
+}
+
+inline bool switch_of(const File &file, const toml::node &value, const char *name) {
+    return value_of<bool>(file, value, name, "true or false");
+}
+
+inline uint32_t number_of(const File &file, const toml::node &value, const char *name, int64_t least, int64_t most) {
+    const auto number = value_of<int64_t>(file, value, name, "a whole number");
+    if (number < least || number > most) {
+        file.fail(value.source(), std::string{name} + " " + std::to_string(number) + " is not in " +
+                                      std::to_string(least) + " to " + std::to_string(most) + ".");
+    }
+    return static_cast<uint32_t>(number);
+}
+
+/** The number of a word in a list of them. */
+template <size_t kCount>
+uint32_t choice_of(const File &file, const toml::node &value, const char *name, const char *const (&words)[kCount]) {
+    const std::string word = text_of(file, value, name);
+    for (uint32_t i = 0; i < kCount; ++i) {
+        if (word == words[i]) {
+            return i;
+        }
+    }
+    std::string all = std::string{name} + " must be one of";
+    for (const char *const known : words) {
+        all += std::string{known == words[0] ? " " : ", "} + "\"" + known + "\"";
+    }
+    file.fail(value.source(), all + ".");
+}
+
+inline std::string contents_of(const std::string &path) {
+    struct stat found {};
+    if (stat(path.c_str(), &found) != 0) {
+        throw io::error_from_errno("read " + path);
+    }
+    std::ifstream stream(path, std::ios::binary);
+    if (!S_ISREG(found.st_mode) || !stream) {
+        throw io::Error{"cannot read " + path + ": it is not a file."};
+    }
+    std::string text(kMaxFileBytes + 1, '\0');
+    stream.read(text.data(), static_cast<std::streamsize>(text.size()));
+    text.resize(static_cast<size_t>(stream.gcount()));
+    if (text.size() > kMaxFileBytes) {
+        throw io::Error{"cannot read " + path + ": it has more than " + std::to_string(kMaxFileBytes) + " octets."};
+    }
+    return text;
+}
+
+inline toml::table parse(const File &file) {
+    const std::string text = contents_of(file.path);
+    try {
+        return toml::parse(text, file.path);
+    } catch (const toml::parse_error &error) {
+        file.fail(error.source(), text::on_one_line(error.description()));
+    }
+}
+
+}  // namespace vdevice::toml_file
