@@ -31,10 +31,10 @@ Device::Device(io::EventLoop &loop, driver::Board board, bool create_interfaces)
     for (int user_port = 1; user_port <= board.user_ports; ++user_port) {
         add_wire(*board.chip_port(user_port), port_interface(user_port));
     }
-    monitor_.emplace([this](const io::LinkChange &change) { on_link_change(change); });
+    monitor_.emplace([this](const io::LinkChange &change) { on_link_change(change); }, [this] { on_links_complete(); });
     monitor_->read_changes();
     loop_.add(monitor_->fd(), EPOLLIN, [this](uint32_t) { monitor_->read_changes(); });
-    timer_ = loop_.every_second([this] { chip_.tick(now()); });
+    timer_ = loop_.every_second([this] { tick(); });
     start_departures();
 }
 
@@ -148,34 +148,73 @@ void Device::flush_queues() {
     waiting_.clear();
 }
 
+void Device::tick() {
+    chip_.tick(now());
+    for (const auto &wire : wires_) {
+        if (wire != nullptr && !wire->problem.empty()) {
+            reopen(*wire);
+            monitor_->refresh();  // the interface may have its link already, and then reports no change
+        }
+    }
+    monitor_->tick();
+}
+
+// A wire is on the interface that has its name now. A report may be older than that, and others may have been lost.
 void Device::on_link_change(const io::LinkChange &change) {
     for (const auto &wire : wires_) {
-        if (wire == nullptr || wire->socket.interface_name() != change.name) {
-            continue;
-        }
-        if (!change.exists) {
-            // Its peer's namespace has ended, and the pair with it.
-            if (wire->socket.is_open() && wire->socket.interface_index() == change.index) {
-                close_wire(*wire);
-                note(*wire, "the interface is gone");
-                set_link(*wire, false);
-            }
-            return;
-        }
-        if (!wire->socket.is_open()) {
-            try {
-                open_wire(*wire);
-                note(*wire, "the interface is back");
-            } catch (const io::Error &error) {
-                note(*wire, error.what());
-            }
-            if (!change.link) {
-                return;  // opening has raised it, and may have reported a newer link already
+        const bool has_name = wire != nullptr && wire->socket.interface_name() == change.name;
+        if (has_name || (wire != nullptr && wire->socket.interface_index() == change.index)) {
+            update(*wire, change.exists && has_name);
+            if (has_name && wire->socket.interface_index() == change.index) {
+                set_link(*wire, change.link && !wire->pulled);
             }
         }
-        set_link(*wire, change.link && wire->socket.is_open() && !wire->pulled);
-        return;
     }
+}
+
+/** Takes up an interface that has come, and lets go of one that is no longer the wire's. */
+void Device::update(Wire &wire, bool exists) {
+    if (wire.socket.is_open() && !wire.socket.is_current()) {
+        lose(wire);
+    }
+    if (exists && !wire.socket.is_open()) {
+        reopen(wire);
+    }
+}
+
+void Device::on_links_complete() {
+    for (const auto &wire : wires_) {
+        if (wire != nullptr) {
+            update(*wire, false);
+        }
+    }
+    if (known_losses_ != monitor_->losses()) {
+        known_losses_ = monitor_->losses();
+        log("the kernel had to drop reports of links, " + std::to_string(known_losses_) +
+            " times up to now; all links were read again");
+    }
+}
+
+void Device::reopen(Wire &wire) {
+    std::string problem;
+    try {
+        open_wire(wire);
+        note(wire, "the interface is back");
+    } catch (const io::Error &error) {
+        wire.socket.close();
+        problem = error.what();
+    }
+    if (wire.problem != problem && !problem.empty()) {
+        note(wire, problem);
+    }
+    wire.problem = problem;
+}
+
+void Device::lose(Wire &wire) {
+    wire.problem.clear();
+    close_wire(wire);
+    note(wire, "the interface is gone");
+    set_link(wire, false);
 }
 
 void Device::set_link(Wire &wire, bool link) {
@@ -235,7 +274,10 @@ void Device::apply_carrier(Wire &wire) {
 }
 
 void Device::note(const Wire &wire, const std::string &what) {
-    const std::string text = wire.socket.interface_name() + ": " + what;
+    log(wire.socket.interface_name() + ": " + what);
+}
+
+void Device::log(const std::string &text) {
     driver_.log_line(kNoticeLevel, 0, "PORT", text.c_str());
 }
 

@@ -60,11 +60,17 @@ class Device final : private chip::Sink {
     void close_wire(Wire &wire);
     void receive_from(Wire &wire);
     void on_link_change(const io::LinkChange &change);
+    void on_links_complete();
+    void update(Wire &wire, bool exists);
+    void reopen(Wire &wire);
+    void lose(Wire &wire);
+    void tick();
     void set_link(Wire &wire, bool link);
     void set_cable(const Wire &wire, bool cable);
     void apply_carrier(Wire &wire);
     void announce_link(int port);
     void note(const Wire &wire, const std::string &what);
+    void log(const std::string &text);
     void start_departures();
     void arm_departure();
 
@@ -89,6 +95,7 @@ class Device final : private chip::Sink {
     UniqueFd timer_;
     UniqueFd departure_timer_;
     std::optional<io::LinkMonitor> monitor_;
+    uint64_t known_losses_ = 0; /**< of the monitor */
 };
 
 }  // namespace vdevice
