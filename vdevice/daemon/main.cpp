@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <iostream>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -71,7 +72,8 @@ void run(const Options &options) {
     EventLoop loop;
     const UniqueFd signals = end_signals();
     const vdevice::RunFolder folder{options.run_dir};
-    vdevice::Device device{loop, options.board, options.create_interfaces};
+    vdevice::Device device{loop, options.board,
+                           options.create_interfaces ? std::optional{folder.mark()} : std::nullopt};
     vdevice::ControlServer control{
         loop, vdevice::control_socket(options.run_dir),
         [&](const nlohmann::json &request) { return vdevice::inspect::answer(device, request); },

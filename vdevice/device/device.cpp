@@ -22,10 +22,10 @@ std::string host_interface(int user_port) {
 
 }  // namespace
 
-Device::Device(io::EventLoop &loop, driver::Board board, bool create_interfaces)
+Device::Device(io::EventLoop &loop, driver::Board board, std::optional<uint32_t> cable_mark)
     : loop_{loop}, chip_{*this}, driver_{chip_, board, [this] { return now(); }} {
-    if (create_interfaces) {
-        create_cables();
+    if (cable_mark) {
+        create_cables(*cable_mark);
     }
     add_wire(chip::Switch::kCpuPort, kCpuInterface);
     for (int user_port = 1; user_port <= board.user_ports; ++user_port) {
@@ -38,17 +38,21 @@ Device::Device(io::EventLoop &loop, driver::Board board, bool create_interfaces)
     start_departures();
 }
 
-void Device::create_cables() {
+void Device::create_cables(uint32_t mark) {
     std::vector<io::CablePair> pairs{{kCpuInterface, kCpuPeer}};
     for (int user_port = 1; user_port <= board().user_ports; ++user_port) {
         pairs.push_back({port_interface(user_port), host_interface(user_port)});
     }
-    created_cables_.emplace(pairs);
+    created_cables_.emplace(pairs, mark);
     for (const io::CablePair &pair : pairs) {
-        // Hosts must send whole checksums and real lengths too. The settings stay when the interface moves.
-        io::make_transparent(pair.peer_side);
+        if (created_cables_->has_peer(pair)) {
+            // Hosts must send whole checksums and real lengths too. The settings stay when the interface moves.
+            io::make_transparent(pair.peer_side);
+        }
     }
-    io::set_interface_up(kCpuPeer, true);
+    if (created_cables_->has_peer(pairs.front())) {
+        io::set_interface_up(kCpuPeer, true);
+    }
 }
 
 chip::Time Device::now() const {

@@ -21,9 +21,9 @@ class Device final : private chip::Sink {
   public:
     /**
      * Opens the interfaces "port1", "port2" ... and "cpu0", after making them and their peers "host1", "host2" ...
-     * and "eth0" if asked to. Throws an io::Error if that fails. The loop must outlive the device.
+     * and "eth0" if it gets a mark for them. Throws an io::Error if that fails. The loop must outlive the device.
      */
-    Device(io::EventLoop &loop, driver::Board board, bool create_interfaces);
+    Device(io::EventLoop &loop, driver::Board board, std::optional<uint32_t> cable_mark);
 
     const chip::Switch &chip() const { return chip_; }
     const driver::Board &board() const { return driver_.board(); }
@@ -54,7 +54,7 @@ class Device final : private chip::Sink {
     void set_link_listener(std::function<void(int chip_port)> listener) { link_listener_ = std::move(listener); }
 
   private:
-    void create_cables();
+    void create_cables(uint32_t mark);
     void add_wire(int chip_port, const std::string &interface_name);
     void open_wire(Wire &wire);
     void close_wire(Wire &wire);
