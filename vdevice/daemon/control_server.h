@@ -26,7 +26,7 @@ class ControlServer {
     using IsLong = std::function<bool(const nlohmann::json &request)>;
 
     static constexpr size_t kMaxClients = 256;
-    static constexpr size_t kMaxRequest = 4096;
+    static constexpr size_t kMaxRequest = 65536;
     /** A client that was neither heard nor heard us for so many ticks makes room for another one, if there is none. */
     static constexpr int kIdleTicks = 30;
 
