@@ -21,7 +21,7 @@ def make_starter(run_dir):
     """Starts devices; whatever a failed test left running or standing is cleared away."""
     started = []
 
-    def start(*options):
+    def start(*options, run_dir=run_dir):
         started.append(Device(run_dir, *options))
         return started[-1]
 

@@ -34,6 +34,25 @@ std::string refusal(const std::string &sentence) {
     return line_of({{"error", sentence}});
 }
 
+/** Nothing, with a sentence in @p problem, if it is no request. */
+json request_in(const std::string &line, const char *&problem) {
+    // Values are copied and dumped by functions that call themselves, so their depth is limited.
+    constexpr int kMostLevels = 16;
+    bool is_too_deep = false;
+    const auto check_depth = [&](int depth, json::parse_event_t event, json & /*parsed*/) {
+        const bool is_start = event == json::parse_event_t::object_start || event == json::parse_event_t::array_start;
+        is_too_deep = is_too_deep || (is_start && depth >= kMostLevels);
+        return !is_too_deep;
+    };
+    json request = json::parse(line, check_depth, false);
+    if (is_too_deep) {
+        problem = "The request has too many levels of lists and objects.";
+    } else if (!request.is_object()) {
+        problem = "The request is not a JSON object.";
+    }
+    return request;
+}
+
 ssize_t send_some(const UniqueFd &client, const char *bytes, size_t size) {
     return send(client.get(), bytes, size, MSG_DONTWAIT | MSG_NOSIGNAL);
 }
@@ -141,7 +160,7 @@ bool ControlServer::take_turn(Client &client, uint32_t events) {
 }
 
 bool ControlServer::read_requests(Client &client) {
-    std::array<char, kMaxRequest> buffer;
+    std::array<char, 4096> buffer;
     const ssize_t length = recv(client.fd.get(), buffer.data(), buffer.size(), MSG_DONTWAIT);
     if (length <= 0) {
         return length < 0 && (errno == EAGAIN || errno == EINTR);
@@ -217,9 +236,10 @@ bool ControlServer::refill(Client &client) {
 }
 
 void ControlServer::answer(Client &client, const std::string &line) {
-    const auto request = json::parse(line, nullptr, false);
-    if (!request.is_object()) {
-        client.output = refusal("The request is not a JSON object.");
+    const char *problem = nullptr;
+    const json request = request_in(line, problem);
+    if (problem != nullptr) {
+        client.output = refusal(problem);
     } else if (open_ && (client.lines = open_(request, wake_of(client)))) {
         client.input = {};
         send_lines(client, 0);

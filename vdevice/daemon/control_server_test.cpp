@@ -111,7 +111,7 @@ TEST_F(Control, AnswersThatNobodyTakesAreNotMadeInAdvance) {
 }
 
 TEST_F(Control, AnOverlongLineClosesItsClientAlone) {
-    constexpr size_t kPiece = 1000;
+    constexpr size_t kPiece = 10000;
     for (const bool has_end : {false, true}) {
         const RawClient greedy(path());
         const RawClient other(path());
@@ -125,6 +125,17 @@ TEST_F(Control, AnOverlongLineClosesItsClientAlone) {
         send(other, "{}\n");
         run(kRounds);
         EXPECT_GT(other.waiting_bytes(), 0u);
+    }
+}
+
+TEST_F(Control, RefusesARequestOfTooManyLevels) {
+    constexpr int kMostLevels = 16;
+    constexpr int kMany = 30000;
+    const RawClient client(path());
+    run(kRounds);
+    for (const int levels : {kMostLevels, kMostLevels + 1, kMany}) {
+        send(client, "{\"x\":" + repeated(levels - 1, "[") + repeated(levels - 1, "]") + "}\n");
+        EXPECT_EQ(whole_answer(client).find("error") != std::string::npos, levels > kMostLevels) << levels;
     }
 }
 

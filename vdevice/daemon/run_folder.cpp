@@ -7,6 +7,9 @@
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <chrono>
+#include <functional>
+#include <thread>
 
 #include "vdevice/daemon/private_folder.h"
 #include "vdevice/io/error.h"
@@ -14,13 +17,30 @@
 namespace vdevice {
 namespace {
 
+/** Long enough for the processes that a killed daemon has started: they end by themselves, and hold the lock so long.
+ */
+constexpr std::chrono::seconds kPatience{1};
+constexpr std::chrono::milliseconds kPause{10};
+
+bool lock(const UniqueFd &folder) {
+    const auto end = std::chrono::steady_clock::now() + kPatience;
+    while (flock(folder.get(), LOCK_EX | LOCK_NB) != 0) {
+        if (errno != EWOULDBLOCK || std::chrono::steady_clock::now() >= end) {
+            return false;
+        }
+        std::this_thread::sleep_for(kPause);
+    }
+    return true;
+}
+
 UniqueFd locked_folder(const std::string &path) {
     make_private_folder(path);
-    UniqueFd folder{open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC)};
+    // Processes that this one starts inherit the descriptor, so that nobody else makes interfaces at the same time.
+    UniqueFd folder{open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW)};
     if (!folder) {
         throw io::error_from_errno("open the folder " + path);
     }
-    if (flock(folder.get(), LOCK_EX | LOCK_NB) != 0) {
+    if (!lock(folder)) {
         if (errno == EWOULDBLOCK) {
             throw io::Error{"cannot use " + path + ": another vdeviced is running there."};
         }
@@ -43,6 +63,16 @@ RunFolder::RunFolder(const std::string &path) {
     do {
         folder_ = locked_folder(path);
     } while (!is_at(path, folder_));
+}
+
+// From the inode, which no other folder has while this one is open. Groups of interfaces are numbers from 1 to 2^31
+// - 1.
+uint32_t RunFolder::mark() const {
+    constexpr uint32_t kLargest = 0x7FFFFFFF;
+    struct stat own {};
+    fstat(folder_.get(), &own);
+    const std::string identity = std::to_string(own.st_dev) + ":" + std::to_string(own.st_ino);
+    return static_cast<uint32_t>(std::hash<std::string>{}(identity)) % kLargest + 1;
 }
 
 }  // namespace vdevice

@@ -4,10 +4,12 @@ import shutil
 import signal
 import socket
 import stat
+import subprocess
+import time
 
 import pytest
 
-from testing.daemon import BOARD, DEADLINE, interfaces
+from testing.daemon import BOARD, BROADCAST, DEADLINE, PAYLOAD, Nic, carrier, interfaces, station, wait_until
 
 
 def test_start_and_end_leave_nothing_behind(start, run_dir):
@@ -134,6 +136,95 @@ def test_signals_end_it_cleanly(start, run_dir, number):
     assert device.process.returncode == 0
     assert interfaces() == before
     assert os.listdir(run_dir) == []
+
+
+CREATING = ("--create-interfaces", *BOARD)
+
+
+def kill(device):
+    device.process.kill()
+    device.process.communicate()
+
+
+def forwards(device):
+    one, two = device.nics("host1", "host2")
+    one.send(BROADCAST + station(1) + PAYLOAD)
+    return two.receive() == BROADCAST + station(1) + PAYLOAD
+
+
+def test_the_interfaces_of_a_killed_device_are_taken_up_with_their_hosts(start):
+    before = interfaces()
+    first = start(*CREATING)
+    first.wait_ready()
+    hosts = {name: socket.if_nametoindex(name) for name in ("host1", "host2", "eth0")}
+    kill(first)
+    subprocess.run(["ip", "link", "del", "port3"], check=True)
+    second = start(*CREATING)
+    second.wait_ready()
+    assert {name: socket.if_nametoindex(name) for name in hosts} == hosts
+    assert forwards(second)
+    assert "host3" in interfaces()
+    kill(second)
+    third = start("--create-interfaces", "--user-ports", "2", "--first-port", "23")
+    third.wait_ready()
+    assert interfaces() - before == {"cpu0", "eth0", "port1", "host1", "port2", "host2"}
+    assert forwards(third)
+    assert third.stop() == 0
+    assert interfaces() == before
+
+
+def test_a_host_that_has_moved_keeps_its_cable(start):
+    first = start(*CREATING)
+    first.wait_ready()
+    with subprocess.Popen(["unshare", "-n", "sh", "-c", "echo; read line"], text=True, stdin=subprocess.PIPE,
+                          stdout=subprocess.PIPE) as host:  # fmt: skip
+        host.stdout.readline()
+        for name in ("host1", "eth0"):
+            subprocess.run(["ip", "link", "set", name, "netns", str(host.pid)], check=True)
+        kill(first)
+        second = start(*CREATING)
+        second.wait_ready()
+        subprocess.run(["nsenter", "-n", "-t", str(host.pid), "ip", "link", "set", "host1", "up"], check=True)
+        wait_until(lambda: second.port(1)["up"], "the link of the host that has moved")
+        assert second.stop() == 0
+
+
+def test_killed_at_any_moment_of_its_start_it_starts_again(start):
+    before = interfaces()
+    for round_number in range(16):
+        device = start("--create-interfaces")
+        time.sleep(0.01 * round_number)
+        kill(device)
+    device = start("--create-interfaces")
+    device.wait_ready()
+    assert len(interfaces() - before) == 54
+    assert device.stop() == 0
+    assert interfaces() == before
+
+
+def test_interfaces_of_others_are_refused_and_kept(start, run_dir):
+    subprocess.run(["ip", "link", "add", "host2", "type", "veth", "peer", "name", "other2"], check=True)
+    before = interfaces()
+    device = start(*CREATING)
+    _, errors = device.process.communicate(timeout=DEADLINE)
+    assert device.process.returncode == 1
+    assert errors.startswith("vdeviced: cannot create interface host2: there is one of that name already.")
+    assert interfaces() == before
+    subprocess.run(["ip", "link", "del", "host2"], check=True)
+    device = start(*CREATING)
+    device.wait_ready()
+    shutil.rmtree(run_dir)
+    for folder in (run_dir + "-other", run_dir):
+        other = start(*CREATING, run_dir=folder)
+        _, errors = other.process.communicate(timeout=DEADLINE)
+        assert other.process.returncode == 1
+        assert "cannot create interface" in errors
+        shutil.rmtree(folder)
+    one, two = Nic.of("host1"), Nic.of("host2")
+    wait_until(lambda: carrier("host1") and carrier("host2"), "the links")
+    one.send(BROADCAST + station(1) + PAYLOAD)
+    assert two.receive() == BROADCAST + station(1) + PAYLOAD
+    assert device.stop() == 0
 
 
 def test_what_a_killed_device_left_does_not_hinder_the_next(start):

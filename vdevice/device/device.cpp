@@ -21,19 +21,19 @@ std::string host_interface(int user_port) {
 
 }  // namespace
 
-Device::Device(io::EventLoop &loop, driver::Board board, bool create_interfaces, InterfaceNames names)
+Device::Device(io::EventLoop &loop, driver::Board board, std::optional<uint32_t> cable_mark, InterfaceNames names)
     : loop_{loop}, interface_names_{std::move(names)}, chip_{*this}, driver_{chip_, board, [this] { return now(); }} {
-    if (create_interfaces) {
-        create_cables();
+    if (cable_mark) {
+        create_cables(*cable_mark);
     }
     add_wire(chip::Switch::kCpuPort, interface_of(kCpuUserPort));
     for (int user_port = 1; user_port <= board.user_ports; ++user_port) {
         add_wire(*board.chip_port(user_port), interface_of(user_port));
     }
-    monitor_.emplace([this](const io::LinkChange &change) { on_link_change(change); });
+    monitor_.emplace([this](const io::LinkChange &change) { on_link_change(change); }, [this] { on_links_complete(); });
     monitor_->read_changes();
     loop_.add(monitor_->fd(), EPOLLIN, [this](uint32_t) { monitor_->read_changes(); });
-    timer_ = loop_.every_second([this] { chip_.tick(now()); });
+    timer_ = loop_.every_second([this] { tick(); });
     start_departures();
 }
 
@@ -45,17 +45,21 @@ std::string Device::interface_of(int user_port) const {
     return user_port == kCpuUserPort ? kCpuInterface : "port" + std::to_string(user_port);
 }
 
-void Device::create_cables() {
+void Device::create_cables(uint32_t mark) {
     std::vector<io::CablePair> pairs{{interface_of(kCpuUserPort), kCpuPeer}};
     for (int user_port = 1; user_port <= board().user_ports; ++user_port) {
         pairs.push_back({interface_of(user_port), host_interface(user_port)});
     }
-    created_cables_.emplace(pairs);
+    created_cables_.emplace(pairs, mark);
     for (const io::CablePair &pair : pairs) {
-        // Hosts must send whole checksums and real lengths too. The settings stay when the interface moves.
-        io::make_transparent(pair.peer_side);
+        if (created_cables_->has_peer(pair)) {
+            // Hosts must send whole checksums and real lengths too. The settings stay when the interface moves.
+            io::make_transparent(pair.peer_side);
+        }
     }
-    io::set_interface_up(kCpuPeer, true);
+    if (created_cables_->has_peer(pairs.front())) {
+        io::set_interface_up(kCpuPeer, true);
+    }
 }
 
 chip::Time Device::now() const {
@@ -155,34 +159,74 @@ void Device::flush_queues() {
     waiting_.clear();
 }
 
+void Device::tick() {
+    chip_.tick(now());
+    for (const auto &wire : wires_) {
+        if (wire != nullptr && !wire->problem.empty()) {
+            reopen(*wire);
+            monitor_->refresh();  // the interface may have its link already, and then reports no change
+        }
+    }
+    monitor_->tick();
+}
+
+// A wire is on the interface that has its name now. A report may be older than that, and others may have been lost.
 void Device::on_link_change(const io::LinkChange &change) {
     for (const auto &wire : wires_) {
-        if (wire == nullptr || wire->socket.interface_name() != change.name) {
-            continue;
-        }
-        if (!change.exists) {
-            // Its peer's namespace has ended, and the pair with it.
-            if (wire->socket.is_open() && wire->socket.interface_index() == change.index) {
-                close_wire(*wire);
-                note_wire(*wire, kNoticeLevel, "the interface is gone");
-                set_link(*wire, false);
-            }
-            return;
-        }
-        if (!wire->socket.is_open()) {
-            try {
-                open_wire(*wire);
-                note_wire(*wire, kNoticeLevel, "the interface is back");
-            } catch (const io::Error &error) {
-                note_wire(*wire, kErrorLevel, error.what());
-            }
-            if (!change.link) {
-                return;  // opening has raised it, and may have reported a newer link already
+        const bool has_name = wire != nullptr && wire->socket.interface_name() == change.name;
+        if (has_name || (wire != nullptr && wire->socket.interface_index() == change.index)) {
+            update(*wire, change.exists && has_name);
+            if (has_name && wire->socket.interface_index() == change.index) {
+                set_link(*wire, change.link && !wire->pulled);
             }
         }
-        set_link(*wire, change.link && wire->socket.is_open() && !wire->pulled);
-        return;
     }
+}
+
+/** Takes up an interface that has come, and lets go of one that is no longer the wire's. */
+void Device::update(Wire &wire, bool exists) {
+    if (wire.socket.is_open() && !wire.socket.is_current()) {
+        lose(wire);
+    }
+    if (exists && !wire.socket.is_open()) {
+        reopen(wire);
+    }
+}
+
+void Device::on_links_complete() {
+    for (const auto &wire : wires_) {
+        if (wire != nullptr) {
+            update(*wire, false);
+        }
+    }
+    if (known_losses_ != monitor_->losses()) {
+        known_losses_ = monitor_->losses();
+        note({kNoticeLevel, "PORT",
+              "the kernel had to drop reports of links, " + std::to_string(known_losses_) +
+                  " times up to now; all links were read again"});
+    }
+}
+
+void Device::reopen(Wire &wire) {
+    std::string problem;
+    try {
+        open_wire(wire);
+        note_wire(wire, kNoticeLevel, "the interface is back");
+    } catch (const io::Error &error) {
+        wire.socket.close();
+        problem = error.what();
+    }
+    if (wire.problem != problem && !problem.empty()) {
+        note_wire(wire, kErrorLevel, problem);
+    }
+    wire.problem = problem;
+}
+
+void Device::lose(Wire &wire) {
+    wire.problem.clear();
+    close_wire(wire);
+    note_wire(wire, kNoticeLevel, "the interface is gone");
+    set_link(wire, false);
 }
 
 void Device::set_link(Wire &wire, bool link) {

@@ -44,10 +44,10 @@ class Device final : private chip::Sink {
     using InterfaceNames = std::map<int, std::string>;
 
     /**
-     * Opens the interfaces of the ports, after making them and their peers "host1", "host2" ... and "eth0" if asked to.
-     * Throws an io::Error if that fails. The loop must outlive the device.
+     * Opens the interfaces of the ports, after making them and their peers "host1", "host2" ... and "eth0" if it
+     * gets a mark for them. Throws an io::Error if that fails. The loop must outlive the device.
      */
-    Device(io::EventLoop &loop, driver::Board board, bool create_interfaces, InterfaceNames names = {});
+    Device(io::EventLoop &loop, driver::Board board, std::optional<uint32_t> cable_mark, InterfaceNames names = {});
 
     const chip::Switch &chip() const { return chip_; }
     const driver::Board &board() const { return driver_.board(); }
@@ -93,13 +93,18 @@ class Device final : private chip::Sink {
     void set_watcher(chip::Watcher *watcher) { chip_.set_watcher(watcher); }
 
   private:
-    void create_cables();
+    void create_cables(uint32_t mark);
     std::string interface_of(int user_port) const;
     void add_wire(int chip_port, const std::string &interface_name);
     void open_wire(Wire &wire);
     void close_wire(Wire &wire);
     void receive_from(Wire &wire);
     void on_link_change(const io::LinkChange &change);
+    void on_links_complete();
+    void update(Wire &wire, bool exists);
+    void reopen(Wire &wire);
+    void lose(Wire &wire);
+    void tick();
     void set_link(Wire &wire, bool link);
     void set_cable(const Wire &wire, bool cable);
     void apply_carrier(Wire &wire);
@@ -132,6 +137,7 @@ class Device final : private chip::Sink {
     UniqueFd timer_;
     UniqueFd departure_timer_;
     std::optional<io::LinkMonitor> monitor_;
+    uint64_t known_losses_ = 0; /**< of the monitor */
 };
 
 }  // namespace vdevice

@@ -14,6 +14,7 @@ struct Wire {
     int chip_port;
     io::PacketPort socket;
     bool pulled = false; /**< the cable is out, until it is plugged again */
+    std::string problem; /**< why its interface could not be opened; that is tried again each second */
     bool raised = false; /**< the interface is up, so the host has a carrier */
 };
 
