@@ -20,12 +20,14 @@ class PacketPort {
 
     const std::string &interface_name() const { return interface_name_; }
     int interface_index() const { return index_; }
+    /** The socket that frames come in by. */
     int fd() const { return socket_.get(); }
     bool is_open() const { return static_cast<bool>(socket_); }
     bool has_ring() const { return ring_.is_open(); }
 
     /** Throws an Error if there is no such interface or no privilege. Opens without a ring if the kernel gives none. */
     void open();
+    /** Frames that wait in either direction are lost, and counted. */
     void close();
 
     /**
@@ -59,7 +61,7 @@ class PacketPort {
     void flush();
     /** Frames that the interface did not take. */
     uint64_t send_failures() const { return send_failures_; }
-    /** Frames that were lost because neither ring nor socket had room. */
+    /** Frames that were lost because neither ring nor socket had room, or because the port was closed. */
     uint64_t receive_losses() const;
 
   private:
@@ -73,11 +75,15 @@ class PacketPort {
         }
     }
     void forget_error() const;
+    UniqueFd open_for_sending(int index) const;
+    UniqueFd open_for_receiving(int index);
+    uint64_t discard_unread();
 
     std::string interface_name_;
     size_t ring_slots_;
     int index_ = 0;
     UniqueFd socket_;
+    UniqueFd send_socket_;
     ReceiveRing ring_;
     SendQueue queue_;
     uint64_t send_failures_ = 0;

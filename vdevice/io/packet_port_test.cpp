@@ -172,6 +172,29 @@ TEST_P(PacketPortTest, AnInterfaceThatGoesDownIsHeardOnce) {
     expect_passes(frame(1));
 }
 
+TEST_P(PacketPortTest, AnInterfaceThatWasDownTakesTheFirstFrameAgain) {
+    set_interface_up(kFar, false);
+    send(frame(1));
+    EXPECT_EQ(far_.send_failures(), 1U);
+    set_interface_up(kFar, true);
+    expect_link();
+    const uint64_t before = far_.send_failures();
+    EXPECT_LE(before, 1U) << "of an interface that is up";
+    expect_passes(frame(2));
+    EXPECT_EQ(far_.send_failures(), before);
+}
+
+TEST_P(PacketPortTest, FramesFromBeforeTheInterfaceWentDownKeepTheirPlace) {
+    const Octets before = frame(1, 9000);
+    const Octets after = frame(2, 9000);
+    send(before);
+    set_interface_up(kNear, false);
+    EXPECT_EQ(receive(), Frames{before});
+    set_interface_up(kNear, true);
+    expect_link();
+    expect_passes(after);
+}
+
 TEST_P(PacketPortTest, ARefusedFrameDoesNotHoldUpTheOthers) {
     const Octets before = frame(1);
     const Octets too_long = frame(2, 9500);
@@ -191,6 +214,23 @@ TEST_P(PacketPortTest, AClosedPortOpensAgain) {
     EXPECT_EQ(near_.has_ring(), GetParam() != kNoRing);
     expect_passes(frame(2));
     EXPECT_EQ(near_.receive_losses(), 0U);
+}
+
+TEST_P(PacketPortTest, WhatWaitsWhenThePortIsClosedIsLostAndCounted) {
+    for (const size_t octets : std::initializer_list<size_t>{64, 9000, 64}) {
+        send(frame(1, octets));
+    }
+    for (const uint32_t number : std::initializer_list<uint32_t>{1, 2}) {
+        near_.queue(chip::split_frame(frame(number)));
+    }
+    near_.close();
+    EXPECT_EQ(near_.receive_losses(), 3U);
+    EXPECT_EQ(near_.send_failures(), 2U);
+    near_.close();
+    near_.open();
+    expect_passes(frame(2));
+    EXPECT_EQ(near_.receive_losses(), 3U);
+    EXPECT_EQ(near_.send_failures(), 2U);
 }
 
 INSTANTIATE_TEST_SUITE_P(Rings, PacketPortTest, testing::Values(ReceiveRing::kSlots, kSmallRing, kNoRing));
