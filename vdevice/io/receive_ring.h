@@ -48,6 +48,7 @@ class ReceiveRing {
 
   private:
     tpacket2_hdr &head() const;
+    void fetch_ahead() const;
     size_t bytes() const { return slots_ * kSlotBytes; }
 
     uint8_t *memory_ = nullptr;
