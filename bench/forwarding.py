@@ -2,6 +2,7 @@
 
 import contextlib
 import math
+import re
 import statistics
 import subprocess
 import time
@@ -27,12 +28,17 @@ SENDER, RECEIVER = 1, 2
 SIZE = 64
 WARM_SECONDS, SECONDS, SPARE_SECONDS = 0.1, 0.3, 2.0
 ROUNDS, QUICK_ROUNDS = 20, 3
+# Long enough for some ten thousand frames under the profiler.
+PROFILED_SECONDS = (0.3, 1.3)
+DRAIN_SECONDS, DRAIN_PAUSE = 20.0, 0.3
+LINE_CLASS = 4
 READY_SECONDS = 20.0
 NOTES = [
     "Frames that arrive for each second of processor time, of the process and of the kernel on its behalf; both have the "
     "same core, one after the other, and a sender on another core. A ratio is that of two measurements in a row; 'from' "
     "and 'to' are its quartiles. 'cache line' is what a line takes between the two cores just before, in nanoseconds, "
-    "by powers of 2: it changes by itself on virtual machines, so only ratios of one class are put together.",
+    "by powers of 4: it changes by itself on virtual machines, so only ratios of one class are put together.",
+    "The instructions are those of the process itself, under the profiler; the kernel's are not counted.",
 ]
 
 
@@ -84,7 +90,7 @@ class Side:
         self.train = self._usable_train()
 
     def _usable_train(self):
-        done = self._run(SENDER, "stream", "--train", TRAIN, "--seconds", TRIAL_SECONDS)
+        done = self._run(SENDER, "--first", SENDING_STATION, "stream", "--train", TRAIN, "--seconds", TRIAL_SECONDS)
         return TRAIN if done.returncode == 0 and int(done.stdout) > 0 else 1
 
     def _command(self, port, *words):
@@ -101,11 +107,14 @@ class Side:
             if done.returncode != 0:
                 raise BenchError(f"A station could not send its first frame: {done.stderr}")
 
+    def _stream(self, case, seconds):
+        return self._command(SENDER, "--first", SENDING_STATION, "stream", "--size", SIZE, "--train", self.train,
+                             "--seconds", seconds, *case.options)  # fmt: skip
+
     def measure(self, case):
         """Frames that arrive for each second of processor time."""
-        words = self._command(SENDER, "--first", SENDING_STATION, "stream", "--size", SIZE, "--train", self.train,
-                              "--seconds", WARM_SECONDS + SECONDS + SPARE_SECONDS, *case.options)  # fmt: skip
         with self._hosts.entered(), self._cores.starting_on(self._cores.sender):
+            words = self._stream(case, WARM_SECONDS + SECONDS + SPARE_SECONDS)
             stream = subprocess.Popen(words, stdout=subprocess.DEVNULL)
         try:
             time.sleep(WARM_SECONDS)
@@ -115,6 +124,22 @@ class Side:
         finally:
             stop(stream)
         return frames_a_second(before, after, case)
+
+    def pass_all(self, case, seconds):
+        """The number of frames that have arrived when the last one has."""
+        counts = [self._arrived()]
+        with self._hosts.entered(), self._cores.starting_on(self._cores.sender):
+            subprocess.run(self._stream(case, seconds), check=True, stdout=subprocess.DEVNULL, timeout=PROGRAM_SECONDS)
+
+        def is_quiet():
+            counts.append(self._arrived())
+            return counts[-1] == counts[-2]
+
+        poll_until(is_quiet, DRAIN_SECONDS, "The end of the stream", DRAIN_PAUSE)
+        return counts[-1] - counts[0]
+
+    def _arrived(self):
+        return self._sample()[0][host_interface(RECEIVER)][RECEIVED_FRAMES]
 
     def _sample(self):
         with self._hosts.entered():
@@ -136,6 +161,47 @@ def frames_a_second(before, after, case):
     return sum(counts) / len(counts) / (after[1] - before[1])
 
 
+class Profiled(Build):
+    """A build whose daemon runs under the profiler."""
+
+    def command(self, program, *arguments):
+        profiler = ["/usr/bin/valgrind", "--tool=callgrind", "--callgrind-out-file=/dev/null"]
+        return [*(profiler if program == "vdeviced" else []), *super().command(program, *arguments)]
+
+
+def start(stack, cores, make):
+    """A side that knows the stations."""
+    side = Side(stack, cores, make)
+    side.introduce()
+    return side
+
+
+def start_device(stack, cores, build):
+    side = start(stack, cores, lambda _, user_ports: Device(build, user_ports))
+    poll_until(lambda: len(side.switch.control("macs")["macs"]) == 2, LEARN_SECONDS, "The learning of two addresses")
+    return side
+
+
+def profiled(cores, case, seconds):
+    """(instructions of the daemon in its whole life, frames that it has passed)"""
+    with contextlib.ExitStack() as stack:
+        side = start_device(stack, cores, Profiled("host"))
+        frames = side.pass_all(case, seconds)
+        side.switch.end()
+        collected = re.search(r"Collected : (\d+)", side.switch.errors())
+    if not collected:
+        raise BenchError("The profiler does not say what the device has cost.")
+    return int(collected[1]), frames
+
+
+def own_instructions(cores, case):
+    """For a frame; what the daemon needs besides is the same in a short and in a long life."""
+    (few, few_frames), (many, many_frames) = (profiled(cores, case, seconds) for seconds in PROFILED_SECONDS)
+    if many_frames <= few_frames:
+        raise BenchError("The profiled device passes too few frames.")
+    return round((many - few) / (many_frames - few_frames))
+
+
 def cache_line(cores):
     """Nanoseconds for a cache line from the sender's core to the device's."""
     words = Build("host").command("bench_cache_line", cores.sender, cores.device)
@@ -143,8 +209,8 @@ def cache_line(cores):
 
 
 def class_of(nanoseconds):
-    """The power of 2 that is not above it."""
-    return 2 ** int(math.log2(max(nanoseconds, 1)))
+    """The power of 4 that is not above it."""
+    return LINE_CLASS ** int(math.log(max(nanoseconds, 1), LINE_CLASS))
 
 
 class Pair(NamedTuple):
@@ -163,8 +229,15 @@ def rows_of(case, pairs):
         ratios = [pair.device / pair.bare for pair in alike]
         low, _, high = statistics.quantiles(ratios, n=4) if len(ratios) > 1 else ratios * 3
         thousands = (round(statistics.median(rates) / 1000) for rates in zip(*((p.device, p.bare) for p in alike)))
-        rows.append([case.name, f"{line} to {2 * line}", len(alike), *thousands, statistics.median(ratios), low, high])
+        rows.append([case.name, f"{line} to {LINE_CLASS * line}", len(alike), *thousands, statistics.median(ratios), low, high])
     return rows
+
+
+def measure_pair(cores, case, device, bare, bare_first):
+    line = class_of(cache_line(cores))
+    order = (bare, device) if bare_first else (device, bare)
+    rates = {side: side.measure(case) for side in order}
+    return Pair(line, rates[device], rates[bare])
 
 
 def measure(options):
@@ -174,15 +247,12 @@ def measure(options):
 def measure_inside(options):
     cores, rows = Cores(), []
     with contextlib.ExitStack() as stack:
-        device, bare = (Side(stack, cores, make) for make in (Device, Forwarder))
-        device.switch.await_links(range(1, USER_PORTS + 1))
-        for side in (device, bare):
-            side.introduce()
-        poll_until(lambda: len(device.switch.control("macs")["macs"]) == 2, LEARN_SECONDS, "The learning")
+        device, bare = start_device(stack, cores, Build("host")), start(stack, cores, Forwarder)
         for case in CASES:
-            pairs = []
-            for _ in range(QUICK_ROUNDS if options.quick else ROUNDS):
-                pairs.append(Pair(class_of(cache_line(cores)), device.measure(case), bare.measure(case)))
-            rows += rows_of(case, pairs)
+            rounds = range(QUICK_ROUNDS if options.quick else ROUNDS)
+            rows += rows_of(case, [measure_pair(cores, case, device, bare, number % 2) for number in rounds])
     columns = ["frames of 64 octets", "cache line", "pairs", "device", "bare", "ratio", "from", "to"]
-    return {"tables": [{"title": "Thousands of frames", "columns": columns, "rows": rows}], "notes": NOTES}
+    rates = {"title": "Thousands of frames", "columns": columns, "rows": rows}
+    own = [[CASES[0].name, own_instructions(cores, CASES[0])]]
+    counts = {"title": "The device's own instructions for a frame", "columns": ["frames", "instructions"], "rows": own}
+    return {"tables": [rates, counts], "notes": NOTES}
