@@ -51,6 +51,8 @@ class Switch {
     /** Limits what a port sends; a rate of 0 is no limit. */
     Status set_shaper(Time now, int port, const RateLimit &limit);
     Status set_scheduler(Time now, int port, const SchedulerSettings &settings);
+    /** From now on every port but the CPU's sends as fast as its speed lets it. */
+    void keep_to_speeds();
 
     const VlanTable &vlans() const { return tables_.vlans; }
     VlanTable &vlans() { return tables_.vlans; }
@@ -134,6 +136,7 @@ class Switch {
   private:
     Port &at(int port) { return tables_.port(port); }
     void update_up_set(int port);
+    void update_line_speed(int port) { tables_.queues.set_line_speed(port, at(port).phy.speed()); }
     void refresh_trunks();
     void release_addresses(int64_t trunk, const PortSet &kept);
 

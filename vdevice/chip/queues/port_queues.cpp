@@ -34,6 +34,9 @@ QueuedFrame PortQueues::take() {
     if (shaper_) {
         shaper_->charge(frame.octets.size() + kCheckSequenceBytes, now);
     }
+    if (line_) {
+        line_->send(frame.octets.size(), now);
+    }
     count(number, frame.octets.size());
     update_departure(now);
     return frame;
@@ -66,6 +69,15 @@ void PortQueues::set_scheduler(Time now, const SchedulerSettings &settings) {
     update_departure(now);
 }
 
+// A frame that waits keeps its departure: what is on the line goes on as before.
+void PortQueues::set_line_speed(uint32_t speed) {
+    if (line_) {
+        line_->set_speed(speed);
+    } else {
+        line_.emplace(speed);
+    }
+}
+
 QueueHeads PortQueues::heads() const {
     QueueHeads heads{};
     for (size_t number = 0; number < kQueues; ++number) {
@@ -82,11 +94,12 @@ void PortQueues::update_departure(Time now) {
     const QueueHeads firsts = heads();
     if (firsts == QueueHeads{}) {
         departure_.reset();
-    } else if (!shaper_) {
-        departure_ = now;
-    } else {
+        return;
+    }
+    departure_ = line_ ? std::max(now, line_->free_at()) : now;
+    if (shaper_) {
         Scheduler scheduler = scheduler_;
-        departure_ = std::max(now, shaper_->ready_at(firsts[scheduler.next(firsts)]));
+        departure_ = std::max(*departure_, shaper_->ready_at(firsts[scheduler.next(firsts)]));
     }
 }
 
