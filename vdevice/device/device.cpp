@@ -23,14 +23,17 @@ std::string host_interface(int user_port) {
 
 }  // namespace
 
-Device::Device(io::EventLoop &loop, driver::Board board, bool create_interfaces)
+Device::Device(io::EventLoop &loop, driver::Board board, const DeviceOptions &options)
     : loop_{loop}, chip_{*this}, driver_{chip_, board, [this] { return now(); }} {
-    if (create_interfaces) {
+    if (options.create_interfaces) {
         create_cables();
     }
-    add_wire(chip::Switch::kCpuPort, kCpuInterface);
+    if (options.line_rate) {
+        chip_.keep_to_speeds();
+    }
+    add_wire(chip::Switch::kCpuPort, kCpuInterface, options.ring_slots);
     for (int user_port = 1; user_port <= board.user_ports; ++user_port) {
-        add_wire(*board.chip_port(user_port), port_interface(user_port));
+        add_wire(*board.chip_port(user_port), port_interface(user_port), options.ring_slots);
     }
     monitor_.emplace([this](const io::LinkChange &change) { on_link_change(change); });
     monitor_->read_changes();
@@ -98,6 +101,15 @@ void Device::arm_departure() {
         at.it_value.tv_nsec = static_cast<long>(std::chrono::nanoseconds{since_boot - whole}.count());
     }
     timerfd_settime(departure_timer_.get(), TFD_TIMER_ABSTIME, &at, nullptr);
+    is_timer_late_ = false;
+}
+
+// On a busy line each frame changes the next departure; the last change of a batch counts.
+void Device::departure_changed() {
+    is_timer_late_ = true;
+    if (!is_batching_) {
+        arm_departure();
+    }
 }
 
 uint32_t Device::hash_selection() {
@@ -110,9 +122,9 @@ const Wire *Device::wire(int chip_port) const {
     return chip::Switch::has_port(chip_port) ? wires_[static_cast<size_t>(chip_port)].get() : nullptr;
 }
 
-void Device::add_wire(int chip_port, const std::string &interface_name) {
+void Device::add_wire(int chip_port, const std::string &interface_name, size_t ring_slots) {
     auto &wire = wires_[static_cast<size_t>(chip_port)];
-    wire = std::make_unique<Wire>(chip_port, interface_name);
+    wire = std::make_unique<Wire>(chip_port, interface_name, ring_slots);
     open_wire(*wire);
 }
 
@@ -144,6 +156,9 @@ void Device::send_together(Work work) {
     work();
     is_batching_ = false;
     flush_queues();
+    if (is_timer_late_) {
+        arm_departure();
+    }
 }
 
 void Device::transmit(int port, const chip::Frame &frame) {

@@ -9,7 +9,8 @@
 namespace vdevice {
 
 struct Wire {
-    Wire(int port, std::string interface_name) : chip_port{port}, socket{std::move(interface_name)} {}
+    Wire(int port, std::string interface_name, size_t ring_slots)
+        : chip_port{port}, socket{std::move(interface_name), ring_slots} {}
 
     int chip_port;
     io::PacketPort socket;

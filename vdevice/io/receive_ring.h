@@ -25,16 +25,17 @@ class ReceiveRing {
     static constexpr size_t kSlotBytes = 2048;
     static constexpr size_t kSlots = 2048;
     static constexpr size_t kSlotsInBlock = 16;
+    static constexpr size_t kMostSlots = 65536;
+    static constexpr bool may_have(size_t slots) {
+        return slots != 0 && slots <= kMostSlots && slots % kSlotsInBlock == 0;
+    }
 
     ReceiveRing() = default;
     ~ReceiveRing() { close(); }
     ReceiveRing(const ReceiveRing &) = delete;
     ReceiveRing &operator=(const ReceiveRing &) = delete;
 
-    /**
-     * Gives a ring to a packet socket that does not receive yet; false if the kernel refuses. The number of slots must
-     * be a multiple of kSlotsInBlock.
-     */
+    /** Gives a ring to a packet socket that does not receive yet; false if the kernel refuses. */
     bool open(int fd, size_t slots = kSlots);
     void close();
     bool is_open() const { return memory_ != nullptr; }

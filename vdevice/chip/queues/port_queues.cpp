@@ -1,6 +1,7 @@
 // When the next frame of a port leaves, and from which queue.
 #include "vdevice/chip/queues/port_queues.h"
 
+#include <numeric>
 #include <utility>
 
 namespace vdevice::chip {
@@ -76,6 +77,11 @@ void PortQueues::set_line_speed(uint32_t speed) {
     } else {
         line_.emplace(speed);
     }
+}
+
+uint64_t PortQueues::sum(uint64_t QueueCounters::*count) const {
+    return std::accumulate(queues_.begin(), queues_.end(), uint64_t{0},
+                           [&](uint64_t all, const Queue &queue) { return all + queue.counters.*count; });
 }
 
 QueueHeads PortQueues::heads() const {

@@ -48,6 +48,9 @@ class PortQueues {
     /** Null when the port is not shaped. */
     const RateLimit *shaper() const { return shaper_ ? &shaper_->limit() : nullptr; }
     const QueueCounters &counters(size_t queue) const { return queues_[queue].counters; }
+    /** Of all queues. */
+    uint64_t drops() const { return sum(&QueueCounters::drops); }
+    uint64_t flushed() const { return sum(&QueueCounters::flushed); }
     size_t waiting_frames(size_t queue) const { return queues_[queue].frames.size(); }
     size_t waiting_octets(size_t queue) const { return queues_[queue].octets; }
 
@@ -90,6 +93,7 @@ class PortQueues {
         QueueCounters counters;
     };
 
+    uint64_t sum(uint64_t QueueCounters::*count) const;
     QueueHeads heads() const;
     void update_departure(Time now);
 
