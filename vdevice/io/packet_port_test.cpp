@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 
+#include <cstdlib>
 #include <random>
 
 #include "vdevice/chip/testing/frame_builder.h"
@@ -205,6 +206,29 @@ TEST_P(PacketPortTest, ARefusedFrameDoesNotHoldUpTheOthers) {
     far_.flush();
     EXPECT_EQ(far_.send_failures(), 1U);
     EXPECT_EQ(receive(2), (Frames{before, behind}));
+}
+
+// A queue of the kernel that holds some hundred frames and passes them on slowly.
+TEST_P(PacketPortTest, WhatAFullQueueOfTheInterfaceRefusesIsCounted) {
+    if (std::system("tc qdisc add dev far0 root tbf rate 80kbit burst 1600 limit 6400") != 0) {
+        GTEST_SKIP() << "this kernel has no such queue";
+    }
+    constexpr size_t kFrames = 500;
+    for (uint32_t number = 0; number < kFrames; ++number) {
+        far_.queue(chip::split_frame(frame(number)));
+    }
+    far_.flush();
+    const size_t taken = kFrames - far_.send_failures();
+    EXPECT_LT(taken, kFrames / 2);
+    EXPECT_GT(taken, kFrames / 10);
+    Frames received;
+    while (received.size() < taken && is_readable(near_, kPatience)) {
+        for (Octets &each : receive()) {
+            received.push_back(std::move(each));
+        }
+    }
+    EXPECT_EQ(received.size() + near_.receive_losses(), taken);
+    EXPECT_FALSE(is_readable(near_, kPatience / 100));
 }
 
 TEST_P(PacketPortTest, AClosedPortOpensAgain) {
