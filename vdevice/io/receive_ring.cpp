@@ -80,8 +80,8 @@ chip::Bytes ReceiveRing::take() const {
     return with_tag_of(reinterpret_cast<uint8_t *>(&slot) + slot.tp_mac, slot.tp_snaplen, slot);
 }
 
-// The kernel has written a frame on another processor. To get it from there takes as long as a good part of the chip's work
-// on the frame before.
+// The kernel has written a frame on another processor. To get it from there takes as long as a good part of the chip's
+// work on the frame before.
 void ReceiveRing::fetch_ahead() const {
     const size_t ahead = next_ + kSlotsAhead;
     const uint8_t *slot = memory_ + (ahead < slots_ ? ahead : ahead - slots_) * kSlotBytes;
