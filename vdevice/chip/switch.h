@@ -18,7 +18,10 @@ class Switch {
 
     explicit Switch(Sink &sink) : sink_{sink} {}
 
-    /** A frame from the wire, or on the CPU port one from the CPU, with the transmit tag. */
+    /**
+     * A frame from the wire, or on the CPU port one from the CPU, with the transmit tag. The time of a port never goes
+     * back; the frames of another port may be earlier ones.
+     */
     void receive(Time now, int port, Bytes frame);
     /** Lets the time-driven work happen, about once a second: ageing. */
     void tick(Time now);

@@ -1,8 +1,10 @@
 """Each frame that was sent has arrived, or is counted where it was lost. And what limits how many arrive: the rings,
 and the speed of a port."""
+import contextlib
 import json
 import signal
 import subprocess
+import time
 
 import pytest
 
@@ -31,11 +33,18 @@ def arrived(interface):
     return link["stats64"]["rx"]["packets"]
 
 
-def send_while_it_stands_still(device, nic, frames):
+@contextlib.contextmanager
+def standing_still(device):
     device.process.send_signal(signal.SIGSTOP)
-    for frame in frames:
-        nic.send(frame)
-    device.process.send_signal(signal.SIGCONT)
+    try:
+        yield
+    finally:
+        device.process.send_signal(signal.SIGCONT)
+
+
+def send_while_it_stands_still(device, nic, frames):
+    with standing_still(device):
+        send(device, nic, frames)
 
 
 class Account:
@@ -98,6 +107,17 @@ def test_a_slow_port_drops_what_its_queue_has_no_room_for(start_with):
     assert 65536 // 1514 + 1 <= places["arrived"] <= 90
     assert places["tx_no_room"] == 100 - places["arrived"]
     assert f"tx_no_room {places['tx_no_room']}" in device.control("counters").stdout
+
+
+def test_a_device_that_was_held_up_drops_nothing_that_came_in_slowly(start_with):
+    device, one, _ = start_with("--line-rate")
+    assert device.call("speed", OUT_PORT, 100) == "0"
+    account, frames = Account(device), 150
+    with standing_still(device):
+        for _ in range(frames):
+            one.send(station(2) + station(1) + datagram(1500))
+            time.sleep(0.0002)  # and the line needs 0.000123 s
+    assert account.close(frames) == {"arrived": frames}
 
 
 def test_frames_are_accounted_for_whatever_happens_to_the_port(start_with):

@@ -4,6 +4,8 @@
 #include <sys/epoll.h>
 #include <sys/timerfd.h>
 
+#include <algorithm>
+
 #include "vdevice/io/error.h"
 
 namespace vdevice {
@@ -143,10 +145,19 @@ void Device::close_wire(Wire &wire) {
     set_cable(wire, false);
 }
 
+// The chip is told when each frame came in, however long it has waited: so the daemon may be late, and the chip's rates
+// and queues do the same. Frames of different ports may go back in time by little.
 void Device::receive_from(Wire &wire) {
     const chip::Time received = now();
+    const io::WallTime wall_now = std::chrono::system_clock::now();
     send_together([&] {
-        wire.socket.receive(batch_, [&](chip::Bytes frame) { chip_.receive(received, wire.chip_port, frame); });
+        wire.socket.receive(batch_, [&](chip::Bytes frame, io::WallTime arrival) {
+            // The wall's clock may be set at any time.
+            const chip::Time time = received - (wall_now - arrival);
+            wire.last_arrival = std::clamp(time, wire.last_arrival, received);
+            chip_.receive(wire.last_arrival, wire.chip_port, frame);
+        });
+        chip_.depart(received);
     });
 }
 

@@ -4,6 +4,7 @@
 #include <string>
 #include <utility>
 
+#include "vdevice/chip/frame/time.h"
 #include "vdevice/io/packet_port.h"
 
 namespace vdevice {
@@ -14,8 +15,9 @@ struct Wire {
 
     int chip_port;
     io::PacketPort socket;
-    bool pulled = false; /**< the cable is out, until it is plugged again */
-    bool raised = false; /**< the interface is up, so the host has a carrier */
+    chip::Time last_arrival{}; /**< of a frame; the chip sees a port's frames in the order of time */
+    bool pulled = false;       /**< the cable is out, until it is plugged again */
+    bool raised = false;       /**< the interface is up, so the host has a carrier */
 };
 
 }  // namespace vdevice

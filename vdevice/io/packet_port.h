@@ -31,21 +31,22 @@ class PacketPort {
     void close();
 
     /**
-     * Hands waiting frames to take(frame), in order, and at most so many that the other ports have their turn. The
-     * frame's bytes are valid during the call only. Frames that are not in a ring come through the batch.
+     * Hands waiting frames to take(frame, arrival), in order, and at most so many that the other ports have their turn.
+     * The frame's bytes are valid during the call only. Frames that are not in a ring come through the batch; without a
+     * ring they are taken to have come in just now.
      */
     template <typename Take>
     void receive(ReceiveBatch &batch, Take take) {
         if (!has_ring()) {
-            receive_batch(batch, ReceiveBatch::kFrames, take);
+            receive_batch(batch, ReceiveBatch::kFrames, std::chrono::system_clock::now(), take);
             return;
         }
         size_t count = 0;
         for (std::optional<Arrival> arrival; count < kFramesAtOnce && (arrival = ring_.front()); ++count) {
             if (arrival == Arrival::kInRing) {
-                take(ring_.take());
+                take(ring_.take(), ring_.arrival());
             } else if (arrival == Arrival::kInSocket) {
-                receive_batch(batch, 1, take);
+                receive_batch(batch, 1, ring_.arrival(), take);
             } else {
                 ++receive_losses_;
             }
@@ -68,10 +69,10 @@ class PacketPort {
     static constexpr size_t kFramesAtOnce = 128;
 
     template <typename Take>
-    void receive_batch(ReceiveBatch &batch, size_t limit, Take take) {
+    void receive_batch(ReceiveBatch &batch, size_t limit, WallTime arrival, Take take) {
         batch.receive(fd(), limit);
         for (size_t i = 0; i < batch.size(); ++i) {
-            take(batch.frame(i));
+            take(batch.frame(i), arrival);
         }
     }
     void forget_error() const;

@@ -7,6 +7,7 @@
 
 #include <cstdlib>
 #include <random>
+#include <thread>
 
 #include "vdevice/chip/testing/frame_builder.h"
 #include "vdevice/io/interfaces.h"
@@ -58,7 +59,10 @@ class PacketPortTest : public testing::TestWithParam<size_t> {
     /** The frames of one call of receive(). */
     Frames receive() {
         Frames frames;
-        near_.receive(batch_, [&](chip::Bytes frame) { frames.emplace_back(frame.begin(), frame.end()); });
+        near_.receive(batch_, [&](chip::Bytes frame, WallTime arrival) {
+            frames.emplace_back(frame.begin(), frame.end());
+            arrivals_.push_back(arrival);
+        });
         return frames;
     }
     /** So many frames, or fewer if no more come. */
@@ -91,6 +95,7 @@ class PacketPortTest : public testing::TestWithParam<size_t> {
     PacketPort near_{kNear, GetParam()};
     PacketPort far_{kFar, kNoRing};
     ReceiveBatch batch_;
+    std::vector<WallTime> arrivals_; /**< of all frames */
 };
 
 TEST_P(PacketPortTest, FramesComeInOrderRoundTheRing) {
@@ -161,6 +166,26 @@ TEST_P(PacketPortTest, OneCallLeavesTimeForOtherPorts) {
     }
     EXPECT_EQ(received, sent);
     EXPECT_FALSE(is_readable(near_, 0));
+}
+
+TEST_P(PacketPortTest, FramesTellWhenTheyCameIn) {
+    if (GetParam() == kNoRing) {
+        GTEST_SKIP() << "only a ring tells";
+    }
+    arrivals_.clear();
+    std::vector<WallTime> sent;
+    for (const size_t octets : std::initializer_list<size_t>{64, 9000, 64}) {
+        sent.emplace_back(std::chrono::system_clock::now());
+        send(frame(1, octets));
+        std::this_thread::sleep_for(std::chrono::milliseconds{20});
+    }
+    sent.emplace_back(std::chrono::system_clock::now());
+    receive(3);
+    ASSERT_EQ(arrivals_.size(), 3U);
+    for (size_t i = 0; i < arrivals_.size(); ++i) {
+        EXPECT_LE(sent[i], arrivals_[i]);
+        EXPECT_LE(arrivals_[i], sent[i + 1]);
+    }
 }
 
 TEST_P(PacketPortTest, AnInterfaceThatGoesDownIsHeardOnce) {

@@ -80,6 +80,11 @@ chip::Bytes ReceiveRing::take() const {
     return with_tag_of(reinterpret_cast<uint8_t *>(&slot) + slot.tp_mac, slot.tp_snaplen, slot);
 }
 
+WallTime ReceiveRing::arrival() const {
+    const tpacket2_hdr &slot = head();
+    return WallTime{std::chrono::seconds{slot.tp_sec} + std::chrono::nanoseconds{slot.tp_nsec}};
+}
+
 // The kernel has written a frame on another processor. To get it from there takes as long as a good part of the chip's
 // work on the frame before.
 void ReceiveRing::fetch_ahead() const {

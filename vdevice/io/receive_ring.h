@@ -6,11 +6,15 @@
 
 #include <stddef.h>
 #include <stdint.h>
+#include <chrono>
 #include <optional>
 
 #include "vdevice/chip/frame/frame.h"
 
 namespace vdevice::io {
+
+/** The kernel tells by this clock when a frame came in. */
+using WallTime = std::chrono::time_point<std::chrono::system_clock, std::chrono::nanoseconds>;
 
 /** Where a received frame is. */
 enum class Arrival : uint8_t {
@@ -44,6 +48,8 @@ class ReceiveRing {
     std::optional<Arrival> front() const;
     /** The first frame, with its VLAN tag back in place. It must be in the ring; call it once for each frame. */
     chip::Bytes take() const;
+    /** When the first frame came in. */
+    WallTime arrival() const;
     /** Gives the first frame's slot back to the kernel. */
     void release();
 
