@@ -4,6 +4,9 @@
 #include <algorithm>
 #include <iterator>
 
+#include "vdevice/io/error.h"
+#include "vdevice/io/receive_ring.h"
+
 namespace vdevice {
 
 driver::Board Settings::board() const {
@@ -13,10 +16,24 @@ driver::Board Settings::board() const {
     return board;
 }
 
+void Settings::check() const {
+    using io::ReceiveRing;
+    if (!board().is_possible()) {
+        throw io::Error{driver::kImpossibleBoard};
+    }
+    if (ring_slots && !ReceiveRing::may_have(*ring_slots)) {
+        throw io::Error{"cannot make such rings: the number of slots must be a multiple of " +
+                        std::to_string(ReceiveRing::kSlotsInBlock) + " from " +
+                        std::to_string(ReceiveRing::kSlotsInBlock) + " to " + std::to_string(ReceiveRing::kMostSlots) +
+                        "."};
+    }
+}
+
 Settings Settings::or_else(const Settings &other) const {
     const auto either = [](const auto &one, const auto &another) { return one ? one : another; };
-    return {either(run_dir, other.run_dir), either(create_interfaces, other.create_interfaces),
+    return {either(run_dir, other.run_dir),       either(create_interfaces, other.create_interfaces),
             either(user_ports, other.user_ports), either(first_port, other.first_port),
+            either(ring_slots, other.ring_slots), either(line_rate, other.line_rate),
             either(log_level, other.log_level)};
 }
 

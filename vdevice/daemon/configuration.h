@@ -21,9 +21,13 @@ struct Settings {
     std::optional<bool> create_interfaces;
     std::optional<int> user_ports;
     std::optional<int> first_port;
+    std::optional<uint32_t> ring_slots;
+    std::optional<bool> line_rate;
     std::optional<LogLevel> log_level;
 
     driver::Board board() const;
+    /** Throws an io::Error if no device can be like this. */
+    void check() const;
     /** These settings; where they say nothing, those of the other. */
     Settings or_else(const Settings &other) const;
 };

@@ -8,6 +8,7 @@
 #include "vdevice/driver/driver.h"
 #include "vdevice/inspect/number_list.h"
 #include "vdevice/io/error.h"
+#include "vdevice/io/receive_ring.h"
 
 namespace vdevice {
 namespace {
@@ -224,6 +225,13 @@ constexpr Key<Settings> kFileKeys[] = {
      [](File &file, const toml::node &value, Settings &settings) {
          settings.first_port = static_cast<int>(number_of(file, value, "first-port", 1, chip::Switch::kPorts - 1));
      }},
+    {"ring-slots",
+     [](File &file, const toml::node &value, Settings &settings) {
+         settings.ring_slots =
+             number_of(file, value, "ring-slots", io::ReceiveRing::kSlotsInBlock, io::ReceiveRing::kMostSlots);
+     }},
+    {"line-rate", [](File &file, const toml::node &value,
+                     Settings &settings) { settings.line_rate = switch_of(file, value, "line-rate"); }},
     {"log-level", read_log_level},
     {"ageing-time",
      [](File &file, const toml::node &value, Settings &) {
@@ -258,10 +266,13 @@ Configuration read_configuration(const std::string &path, const Settings &given)
     File file{path, given, {}, {}, {}};
     const toml::table table = parse(file);
     read_table(file, table, kFileKeys, file.configuration.settings);
-    file.board = given.or_else(file.configuration.settings).board();
-    if (!file.board.is_possible()) {
-        throw io::Error{path + ": " + driver::kImpossibleBoard};
+    const Settings settings = given.or_else(file.configuration.settings);
+    try {
+        settings.check();
+    } catch (const io::Error &error) {
+        throw io::Error{path + ": " + error.what()};
     }
+    file.board = settings.board();
     if (const toml::node *vlans = table.get("vlan")) {
         read_list(file, *vlans, "vlan", read_vlan);
     }

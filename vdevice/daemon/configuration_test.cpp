@@ -2,6 +2,7 @@
 #include "vdevice/daemon/configuration.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <filesystem>
 #include <fstream>
@@ -150,6 +151,8 @@ constexpr Fault kFaults[] = {
     {"user-ports = 32\n", ":1: user-ports 32 is not in 1 to 31."},
     {"user-ports = 30\nfirst-port = 4\n",
      ": cannot wire such a board: the user ports must lie on the chip's ports 1 to 31."},
+    {"ring-slots = 8\n", ":1: ring-slots 8 is not in 16 to 65536."},
+    {"ring-slots = 17\n", ": cannot make such rings: the number of slots must be a multiple of 16 from 16 to 65536."},
     {"log-level = \"loud\"\n", ":1: log-level must be error, warning, notice or info."},
     {"create-interfaces = 1\n", ":1: create-interfaces must be true or false."},
     {"run-dir = 1\n", ":1: run-dir must be a text in quotes."},
@@ -181,18 +184,26 @@ TEST_F(ConfigurationFile, IsRefusedWhenItIsHostile) {
     EXPECT_PRED2(starts, fault("a = \n"), "vdeviced.toml:1: ");
     EXPECT_PRED2(starts, fault("user-ports = 1\nuser-ports = 2\n"), "vdeviced.toml:2: ");
     EXPECT_PRED2(starts, fault(std::string("a\0\xff\x1b", 4)), "vdeviced.toml:1: ");
-    EXPECT_PRED2(starts, fault("a = " + std::string(100000, '[')), "vdeviced.toml:1: ");
-    EXPECT_PRED2(starts, fault("a = " + std::string(100000, '{')), "vdeviced.toml:1: ");
-    std::string dotted = "a";
+    std::string deep_values = "a = ";
+    std::string deep_keys = "a";
     for (int depth = 0; depth < 100000; ++depth) {
-        dotted += ".a";
+        deep_values += "[\n";
+        deep_keys += ".a";
     }
-    EXPECT_PRED2(starts, fault(dotted + " = 1\n"), "vdeviced.toml:1: ");
-    EXPECT_PRED2(starts, fault("[" + dotted + "]\n"), "vdeviced.toml:1: ");
+    EXPECT_PRED2(starts, fault(deep_values), "vdeviced.toml:");
+    EXPECT_PRED2(starts, fault("a = " + std::string(900, '{')), "vdeviced.toml:1: ");
+    const char *const overlong = "vdeviced.toml:2: the line has more than 1000 octets.";
+    EXPECT_EQ(fault("\n" + deep_keys + " = 1\n"), overlong);
+    EXPECT_EQ(fault("\n[" + deep_keys + "]\n"), overlong);
+    EXPECT_PRED2(starts, fault(deep_keys.substr(0, 999)), "vdeviced.toml:1: ");
+    EXPECT_PRED2(starts, fault("[" + deep_keys.substr(0, 997) + "]\n" + deep_keys.substr(0, 995) + " = 1\n"),
+                 "vdeviced.toml:1: there is no key 'a'");
     EXPECT_EQ(fault(std::string((1 << 20) + 1, '#')), "cannot read vdeviced.toml: it has more than 1048576 octets.");
     EXPECT_NE(fault("a = \"\x1b[2J\"\n").find("vdeviced.toml:1: "), std::string::npos);
     EXPECT_THROW(read_configuration("/dev/zero", {}), io::Error);
     EXPECT_THROW(read_configuration("/", {}), io::Error);
+    ASSERT_EQ(mkfifo((path() + ".pipe").c_str(), S_IRUSR | S_IWUSR), 0);
+    EXPECT_THROW(read_configuration(path() + ".pipe", {}), io::Error) << "and is not waited for";
     EXPECT_THROW(read_configuration(path() + ".none", {}), io::Error);
 }
 

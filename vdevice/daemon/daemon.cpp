@@ -16,11 +16,20 @@ namespace {
 
 constexpr const char *kPart = "DAEMON";
 
-driver::Board possible_board(const Settings &settings) {
-    if (!settings.board().is_possible()) {
-        throw io::Error{driver::kImpossibleBoard};
+Settings checked(const Settings &settings) {
+    settings.check();
+    return settings;
+}
+
+DeviceOptions options_of(const Settings &settings, const Configuration &configuration, const RunFolder &folder) {
+    DeviceOptions options;
+    if (settings.create_interfaces.value_or(false)) {
+        options.cable_mark = folder.mark();
     }
-    return settings.board();
+    options.interfaces = configuration.interfaces;
+    options.ring_slots = settings.ring_slots.value_or(static_cast<uint32_t>(options.ring_slots));
+    options.line_rate = settings.line_rate.value_or(false);
+    return options;
 }
 
 }  // namespace
@@ -30,12 +39,10 @@ Daemon::Daemon(io::EventLoop &loop, const Settings &given, std::string file, Con
       given_{given},
       file_{std::move(file)},
       configuration_{std::move(configuration)},
-      settings_{given_.or_else(configuration_.settings)},
+      settings_{checked(given_.or_else(configuration_.settings))},
       log_{settings_.log_level},
       folder_{settings_.run_dir.value_or(default_run_dir())},
-      device_{loop_, possible_board(settings_),
-              settings_.create_interfaces.value_or(false) ? std::optional{folder_.mark()} : std::nullopt,
-              configuration_.interfaces},
+      device_{loop_, settings_.board(), options_of(settings_, configuration_, folder_)},
       watching_{device_},
       control_{loop_, control_socket(settings_.run_dir.value_or(default_run_dir())),
                [this](const nlohmann::json &request) { return inspect::answer(device_, request); }, inspect::is_long,
@@ -99,6 +106,8 @@ void Daemon::note_unchangeable(const Configuration &changed) {
         {"create-interfaces", now.create_interfaces != then.create_interfaces},
         {"user-ports", now.user_ports != then.user_ports},
         {"first-port", now.first_port != then.first_port},
+        {"ring-slots", now.ring_slots != then.ring_slots},
+        {"line-rate", now.line_rate != then.line_rate},
         {"interface", configuration_.interfaces != changed.interfaces},
     };
     for (const auto &[name, is_changed] : changes) {

@@ -12,7 +12,17 @@
 namespace vdevice {
 namespace {
 
-enum Key : int { kRunDir = 1, kCreateInterfaces, kUserPorts, kFirstPort, kConfig, kCheck, kLogLevel };
+enum Key : int {
+    kRunDir = 1,
+    kCreateInterfaces,
+    kUserPorts,
+    kFirstPort,
+    kRingSlots,
+    kLineRate,
+    kConfig,
+    kCheck,
+    kLogLevel
+};
 
 const argp_option kOptions[] = {
     {"run-dir", kRunDir, "DIR", 0, kRunDirHelp, 0},
@@ -20,14 +30,21 @@ const argp_option kOptions[] = {
      "make the interface pairs cpu0/eth0, port1/host1, ... and remove them at the end", 0},
     {"user-ports", kUserPorts, "N", 0, "number of user ports, 26 by default", 0},
     {"first-port", kFirstPort, "P", 0, "chip port of user port 1, 4 by default", 0},
+    {"ring-slots", kRingSlots, "N", 0,
+     "slots of each port's receive ring, a multiple of 16, 2048 by default: 2 KiB each, "
+     "108 MiB for the rings of 26 user ports and the CPU port",
+     0},
+    {"line-rate", kLineRate, nullptr, 0,
+     "user ports send no faster than their speed; by default as fast as the machine can", 0},
     {"config", kConfig, "FILE", 0, "configuration file, read again on SIGHUP; the other options win over it", 0},
     {"check", kCheck, nullptr, 0, "check the configuration file and end", 0},
     {"log-level", kLogLevel, "LEVEL", 0, "error, warning, notice or info; by default info in the journal, else warning",
      0},
     {}};
 
-int read_number(const argp_state *state, std::string_view text) {
-    int number = 0;
+template <typename Number>
+Number read_number(const argp_state *state, std::string_view text) {
+    Number number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     if (error != std::errc{} || end != text.data() + text.size()) {
         argp_error(state, "'%s' is not a number", std::string{text}.c_str());
@@ -54,10 +71,16 @@ error_t take_option(int key, char *argument, argp_state *state) {
             settings.create_interfaces = true;
             return 0;
         case kUserPorts:
-            settings.user_ports = read_number(state, argument);
+            settings.user_ports = read_number<int>(state, argument);
             return 0;
         case kFirstPort:
-            settings.first_port = read_number(state, argument);
+            settings.first_port = read_number<int>(state, argument);
+            return 0;
+        case kRingSlots:
+            settings.ring_slots = read_number<uint32_t>(state, argument);
+            return 0;
+        case kLineRate:
+            settings.line_rate = true;
             return 0;
         case kConfig:
             options.file = argument;

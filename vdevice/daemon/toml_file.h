@@ -17,6 +17,7 @@
 namespace vdevice::toml_file {
 
 constexpr size_t kMaxFileBytes = 1 << 20;
+constexpr size_t kMaxLineBytes = 1000;
 
 /** What is known while a file is read. */
 struct File {
@@ -104,9 +105,12 @@ inline std::string contents_of(const std::string &path) {
     if (stat(path.c_str(), &found) != 0) {
         throw io::error_from_errno("read " + path);
     }
-    std::ifstream stream(path, std::ios::binary);
-    if (!S_ISREG(found.st_mode) || !stream) {
+    if (!S_ISREG(found.st_mode)) {
         throw io::Error{"cannot read " + path + ": it is not a file."};
+    }
+    std::ifstream stream(path, std::ios::binary);
+    if (!stream) {
+        throw io::error_from_errno("read " + path);
     }
     std::string text(kMaxFileBytes + 1, '\0');
     stream.read(text.data(), static_cast<std::streamsize>(text.size()));
@@ -117,8 +121,21 @@ inline std::string contents_of(const std::string &path) {
     return text;
 }
 
+/** The library bounds how deep values nest, but not keys, and takes them apart one inside the other. */
+inline void check_lines(const std::string &path, std::string_view text) {
+    for (size_t number = 1; !text.empty(); ++number) {
+        const size_t length = std::min(text.find('\n'), text.size());
+        if (length > kMaxLineBytes) {
+            throw io::Error{path + ":" + std::to_string(number) + ": the line has more than " +
+                            std::to_string(kMaxLineBytes) + " octets."};
+        }
+        text.remove_prefix(std::min(length + 1, text.size()));
+    }
+}
+
 inline toml::table parse(const File &file) {
     const std::string text = contents_of(file.path);
+    check_lines(file.path, text);
     try {
         return toml::parse(text, file.path);
     } catch (const toml::parse_error &error) {

@@ -38,16 +38,24 @@ struct Clients {
     std::array<Socket, 2> sockets;
 };
 
-class Device final : private chip::Sink {
-  public:
+/** What whoever starts a device chooses, besides its board. */
+struct DeviceOptions {
     /** By user port, 0 for the CPU port; one that is not here is "port<n>", or "cpu0". */
     using InterfaceNames = std::map<int, std::string>;
 
+    std::optional<uint32_t> cable_mark = {}; /**< of the interfaces that it makes, if it makes them */
+    InterfaceNames interfaces = {};
+    size_t ring_slots = io::ReceiveRing::kSlots;
+    bool line_rate = false; /**< ports send no faster than their speed */
+};
+
+class Device final : private chip::Sink {
+  public:
     /**
      * Opens the interfaces of the ports, after making them and their peers "host1", "host2" ... and "eth0" if it
      * gets a mark for them. Throws an io::Error if that fails. The loop must outlive the device.
      */
-    Device(io::EventLoop &loop, driver::Board board, std::optional<uint32_t> cable_mark, InterfaceNames names = {});
+    Device(io::EventLoop &loop, driver::Board board, DeviceOptions options);
 
     const chip::Switch &chip() const { return chip_; }
     const driver::Board &board() const { return driver_.board(); }
@@ -95,7 +103,7 @@ class Device final : private chip::Sink {
   private:
     void create_cables(uint32_t mark);
     std::string interface_of(int user_port) const;
-    void add_wire(int chip_port, const std::string &interface_name);
+    void add_wire(int chip_port, int user_port);
     void open_wire(Wire &wire);
     void close_wire(Wire &wire);
     void receive_from(Wire &wire);
@@ -115,15 +123,15 @@ class Device final : private chip::Sink {
 
     void transmit(int port, const chip::Frame &frame) override;
     void port_changed(int port) override;
-    void departure_changed() override { arm_departure(); }
+    void departure_changed() override;
     void flush_queues();
     template <typename Work>
     void send_together(Work work);
 
     io::EventLoop &loop_;
+    const DeviceOptions options_;
     std::chrono::steady_clock::time_point started_ = std::chrono::steady_clock::now();
     chip::PortSet announced_up_; /**< ports whose link was last announced as up */
-    InterfaceNames interface_names_;
     std::vector<std::function<void(int)>> link_listeners_;
     std::function<void(const Note &)> note_listener_;
     std::function<Clients()> clients_reader_;
@@ -133,6 +141,7 @@ class Device final : private chip::Sink {
     std::array<std::unique_ptr<Wire>, chip::Switch::kPorts> wires_;
     std::vector<Wire *> waiting_; /**< wires with queued frames */
     bool is_batching_ = false;    /**< frames are collected and sent together at the end */
+    bool is_timer_late_ = false;  /**< the next departure has changed since its timer was set */
     io::ReceiveBatch batch_;
     UniqueFd timer_;
     UniqueFd departure_timer_;
