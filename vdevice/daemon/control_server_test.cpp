@@ -244,6 +244,14 @@ TEST_F(Control, AnAnswerForWhichThereIsNoMemoryEndsItsClientOrIsTold) {
     EXPECT_EQ(whole_answer(other), "{\"answer\":\"x\"}\n");
 }
 
+TEST_F(Control, ALongAnswerThatCannotBeStartedIsTold) {
+    const RawClient client(path());
+    run(kRounds);
+    send(client, "{\"long\":1}\n");
+    const FullEpoll full;
+    EXPECT_EQ(whole_answer(client), "{\"error\":\"The device could not make the answer. It may be out of memory.\"}\n");
+}
+
 TEST_F(Control, OneClientTooManyIsToldUnlessAnotherOneIsIdle) {
     std::deque<RawClient> clients;
     for (size_t count = 0; count < ControlServer::kMaxClients; ++count) {
