@@ -1,12 +1,13 @@
 // A copy of the process writes the text to a file in memory.
 #include "vdevice/daemon/background_text.h"
 
+#include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
-#include <sys/syscall.h>
 #include <sys/wait.h>
 
+#include <array>
 #include <csignal>
 #include <cstdlib>
 #include <exception>
@@ -42,20 +43,20 @@ bool write_all(int fd, const std::string &text) {
 
 }  // namespace
 
-BackgroundText::BackgroundText(const std::function<std::string()> &make)
-    : text_{memfd_create("answer", MFD_CLOEXEC)}, pid_{text_ ? fork() : -1} {
+BackgroundText::BackgroundText(const std::function<std::string()> &make) : text_{memfd_create("answer", MFD_CLOEXEC)} {
+    std::array<int, 2> ends{};
+    if (!text_ || pipe2(ends.data(), O_CLOEXEC) != 0) {
+        throw io::error_from_errno("make a long answer");
+    }
+    // The process has the other end open for as long as it runs.
+    running_.reset(ends[0]);
+    const UniqueFd other_end{ends[1]};
+    pid_ = fork();
     if (pid_ == 0) {
         run(text_.get(), make);
     }
     if (pid_ < 0) {
         throw io::error_from_errno("make a long answer");
-    }
-    process_.reset(static_cast<int>(syscall(SYS_pidfd_open, pid_, 0)));
-    if (!process_) {
-        const io::Error error = io::error_from_errno("wait for a long answer");
-        kill(pid_, SIGKILL);
-        waitpid(pid_, nullptr, 0);
-        throw error;
     }
 }
 

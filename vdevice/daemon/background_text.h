@@ -23,15 +23,15 @@ class BackgroundText {
     BackgroundText(const BackgroundText &) = delete;
     BackgroundText &operator=(const BackgroundText &) = delete;
 
-    /** Readable when the process has ended. */
-    int fd() const { return process_.get(); }
+    /** Reports an end of file when the process has ended. */
+    int fd() const { return running_.get(); }
     /** Waits for the end of the process. Gives a file with the text, or none if it could not be made. */
     UniqueFd take();
 
   private:
     UniqueFd text_;
     pid_t pid_ = 0;
-    UniqueFd process_;
+    UniqueFd running_;
 };
 
 }  // namespace vdevice

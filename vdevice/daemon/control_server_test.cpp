@@ -2,6 +2,7 @@
 #include "vdevice/daemon/control_server.h"
 
 #include <gtest/gtest.h>
+#include <sys/epoll.h>
 #include <sys/resource.h>
 
 #include <algorithm>
@@ -40,9 +41,7 @@ class Control : public testing::Test {
 
     static std::string received(const RawClient &client) {
         std::string text(client.waiting_bytes(), 0);
-        if (!text.empty()) {
-            client.receive(reinterpret_cast<uint8_t *>(text.data()), text.size());
-        }
+        client.receive(reinterpret_cast<uint8_t *>(text.data()), text.size());
         return text;
     }
     /** Reads until so many answers are whole, as the server goes on. */
@@ -158,6 +157,34 @@ TEST_F(Control, InATurnOneClientIsAnswered) {
     }
 }
 
+TEST_F(Control, DriverCallsAreAnsweredBetweenTwoControlAnswers) {
+    constexpr size_t kClients = 20;
+    constexpr size_t kReplyBytes = 3 * remote::kWordBytes;
+    const remote::Folder folder;
+    remote::VlanOnly device;
+    remote::Server driver(device, folder.socket());
+    loop_.add(driver.poll_fd(), EPOLLIN, [&](uint32_t) { driver.serve_ready(); });
+    const RawClient caller(folder.socket());
+    caller.send_words({remote::kMagic, calls::kInterfaceChecksum});
+    std::deque<RawClient> clients;
+    for (size_t count = 0; count < kClients; ++count) {
+        clients.emplace_back(path());
+        run(kRounds);
+        caller.skip_waiting();
+    }
+    for (const RawClient &client : clients) {
+        send(client, "{}\n");
+    }
+    for (int turn = 1; turn <= static_cast<int>(kClients); ++turn) {
+        caller.send_words({4, static_cast<uint32_t>(calls::CallId::user_vlan_create), 0, 0, 7});
+        run(1);
+        EXPECT_EQ(asked_, turn);
+        EXPECT_EQ(caller.waiting_bytes(), kReplyBytes);
+        caller.skip_waiting();
+    }
+    loop_.remove(driver.poll_fd());
+}
+
 TEST_F(Control, InATurnAPieceOfAnAnswerIsSent) {
     constexpr size_t kPiece = 65536;
     answer_size_ = 2 * kPiece;
@@ -215,6 +242,14 @@ TEST_F(Control, AnAnswerForWhichThereIsNoMemoryEndsItsClientOrIsTold) {
     is_out_of_memory_ = false;
     send(other, "{}\n");
     EXPECT_EQ(whole_answer(other), "{\"answer\":\"x\"}\n");
+}
+
+TEST_F(Control, ALongAnswerThatCannotBeStartedIsTold) {
+    const RawClient client(path());
+    run(kRounds);
+    send(client, "{\"long\":1}\n");
+    const FullEpoll full;
+    EXPECT_EQ(whole_answer(client), "{\"error\":\"The device could not make the answer. It may be out of memory.\"}\n");
 }
 
 TEST_F(Control, OneClientTooManyIsToldUnlessAnotherOneIsIdle) {
