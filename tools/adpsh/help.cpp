@@ -1,8 +1,8 @@
 // The commands help and calls.
 #include "calls/exported.h"
+#include "text/suggest.h"
 #include "tools/adpsh/builtins.h"
 #include "tools/adpsh/line_error.h"
-#include "tools/adpsh/suggest.h"
 
 #include <fmt/format.h>
 
@@ -66,7 +66,7 @@ Answer run_help(Session &, const Command &command) {
     for (const exported::Call &call : exported::calls()) {
         names.emplace_back(call.name);
     }
-    throw LineError("unknown call '" + words[0] + "'" + did_you_mean(words[0], names));
+    throw LineError("unknown call '" + words[0] + "'" + text::did_you_mean(words[0], names));
 }
 
 Answer run_calls(Session &, const Command &command) {

@@ -1,11 +1,11 @@
 // Executes lines: commands of the shell and calls of the library.
 #include "tools/adpsh/session.h"
 
+#include "text/suggest.h"
 #include "tools/adpsh/builtins.h"
 #include "tools/adpsh/events.h"
 #include "tools/adpsh/execute.h"
 #include "tools/adpsh/line_error.h"
-#include "tools/adpsh/suggest.h"
 
 #include <algorithm>
 #include <new>
@@ -26,7 +26,7 @@ constexpr std::string_view kBlanks = " \t\r";
     for (const exported::Call &call : exported::calls()) {
         names.emplace_back(call.name);
     }
-    throw LineError("unknown call '" + written({Value::Form::kWord, name, {}}) + "'" + did_you_mean(name, names));
+    throw LineError("unknown call '" + written({Value::Form::kWord, name, {}}) + "'" + text::did_you_mean(name, names));
 }
 
 /** The rest of a line whose first word is the given one. */

@@ -1,0 +1,14 @@
+// Suggests names close to an unknown one.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace text {
+
+/** "; did you mean 'a' or 'b'?" for the closest names; empty if none is close. */
+std::string did_you_mean(std::string_view name, const std::vector<std::string_view> &names,
+                         std::string_view separator = "; ");
+
+}  // namespace text
