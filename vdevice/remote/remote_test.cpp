@@ -43,7 +43,7 @@ struct Echo {
 TEST(Remote, CarriesEveryCallThereAndBack) {
     const Folder folder;
     Echo echo;
-    Server server(std::ref(echo), folder.socket());
+    ObservedServer server(std::ref(echo), folder.socket());
     Client client("test", folder.socket());
     const Loop loop(server);
     uint64_t calls = 0;

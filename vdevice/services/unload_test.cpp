@@ -55,7 +55,7 @@ TEST(Unload, LeavesNothingBehindAndTheLinkScanAtWork) {
     const vdevice::remote::Folder folder;
     setenv("VDEVICE_DIR", folder.path().c_str(), 1);
     Server *running = nullptr;
-    Server server(
+    vdevice::remote::ObservedServer server(
         [&](calls::CallId id, const void *const *) {
             running->publish_link_change(Server::LinkChange{0, 4, 1000, 1, 0, 1});
             return id == calls::CallId::sys_trace_get ? 7 : 1;
