@@ -23,6 +23,7 @@ using Clock = std::chrono::steady_clock;
 constexpr std::chrono::seconds kDeadline{5};
 /** Far more than any answer of a device; a stranger's could fill the memory. */
 constexpr size_t kMaxAnswer = size_t{16} << 20;
+constexpr int kMaxDepth = 32;
 
 /** One request, its answer and the time for both. */
 class Exchange {
@@ -45,7 +46,7 @@ class Exchange {
             const ssize_t sent = send(socket_.get(), request.data(), request.size(), MSG_NOSIGNAL);
             if (sent >= 0) {
                 request.remove_prefix(static_cast<size_t>(sent));
-            } else if (errno == EPIPE) {
+            } else if (errno == EPIPE || errno == ECONNRESET) {
                 return;  // a device that takes no more has perhaps said why
             } else {
                 wait_after_failure("cannot ask", POLLOUT);
@@ -59,7 +60,7 @@ class Exchange {
         std::array<char, 65536> buffer;
         while (answer.empty() || answer.back() != '\n') {
             const ssize_t length = recv(socket_.get(), buffer.data(), buffer.size(), 0);
-            if (length == 0) {
+            if (length == 0 || (length < 0 && errno == ECONNRESET)) {
                 fail("", " closed the connection without an answer.");
             }
             if (length < 0) {
@@ -104,7 +105,11 @@ nlohmann::json ask_device(const std::string &run_dir, const nlohmann::json &requ
     Exchange exchange{path};
     exchange.reach();
     exchange.send_all(request.dump() + "\n");
-    nlohmann::json answer = nlohmann::json::parse(exchange.receive(), nullptr, false);
+    // What is nested deeper than any answer is not kept: each level takes far more memory than its letter.
+    const auto is_kept = [](int depth, nlohmann::json::parse_event_t, const nlohmann::json &) {
+        return depth < kMaxDepth;
+    };
+    nlohmann::json answer = nlohmann::json::parse(exchange.receive(), is_kept, false);
     if (!answer.is_object()) {
         exchange.fail("", " gave an answer that cannot be read.");
     }
