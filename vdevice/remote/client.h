@@ -1,9 +1,6 @@
 // The calling end: sends each call to the daemon and waits for the answer.
 #pragma once
 
-#include <pthread.h>
-#include <sys/types.h>
-
 #include <stdint.h>
 #include <atomic>
 #include <chrono>
@@ -13,8 +10,8 @@
 #include <vector>
 
 #include "calls/call_table.h"
+#include "vdevice/remote/channel.h"
 #include "vdevice/remote/protocol.h"
-#include "vdevice/sockets/unique_fd.h"
 
 namespace vdevice::remote {
 
@@ -31,7 +28,7 @@ namespace vdevice::remote {
  */
 class Client {
   public:
-    using Clock = std::chrono::steady_clock;
+    using Clock = Channel::Clock;
     static constexpr std::chrono::milliseconds kDeadline{5000};
 
     /** @p name is the library's, for messages; @p path the daemon's socket. */
@@ -66,31 +63,16 @@ class Client {
     /** What begins anew in the child of a fork. */
     struct State {
         std::timed_mutex mutex;
-        UniqueFd socket;
-        std::vector<uint8_t> input;               /**< received after the last answer */
-        pid_t owner = 0;                          /**< the process that opened the socket */
-        std::string reason;                       /**< why the exchange failed */
-        int cancel_state = PTHREAD_CANCEL_ENABLE; /**< the calling thread's */
+        Channel channel;
     };
     class Exchange;
 
     template <typename Receive>
     bool exchange(const char *name, std::span<const uint8_t> request, Clock::time_point end, Receive receive);
     bool send_request(std::span<const uint8_t> request, Clock::time_point end);
-    bool is_connected();
-    bool connect_until(Clock::time_point end);
-    bool shake_hands(Clock::time_point end);
     bool receive_reply(calls::CallId id, const void *const *arguments, Clock::time_point end, int32_t &result);
-    bool receive_body(Clock::time_point end, std::vector<uint8_t> &body);
     bool receive_words(Clock::time_point end, std::vector<uint32_t> &words);
-    size_t send_all(std::span<const uint8_t> data, Clock::time_point end);
-    bool receive_all(std::span<uint8_t> data, Clock::time_point end);
-    bool receive_some(Clock::time_point end);
-    bool wait_for(short events, Clock::time_point end);
-    void drop();
-    /** Remembers why the call fails. */
-    bool lost(const std::string &reason);
-    [[nodiscard]] std::string no_answer() const;
+    /** Without a reason the time was over. */
     void complain(const char *request, const std::string &reason);
 
     const std::string name_;

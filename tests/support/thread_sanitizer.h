@@ -2,6 +2,6 @@
 // the standard library's timed mutexes then use a call that it does know.
 #pragma once
 
-#include <cstddef>
+#include <version>
 
 #undef _GLIBCXX_USE_PTHREAD_MUTEX_CLOCKLOCK
