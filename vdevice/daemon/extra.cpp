@@ -32,9 +32,9 @@ remote::Server::LinkChange link_of(const Device &device, int chip_port) {
 }
 
 std::vector<remote::Server::LinkChange> links_of(const Device &device) {
-    std::vector<remote::Server::LinkChange> links;
+    std::vector<remote::Server::LinkChange> links(chip::Switch::kPorts);
     for (int port = 0; port < chip::Switch::kPorts; ++port) {
-        links.push_back(link_of(device, port));
+        links[static_cast<size_t>(port)] = link_of(device, port);
     }
     return links;
 }
