@@ -9,14 +9,13 @@
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <string_view>
-#include <system_error>
 
 #include "tools/vdevctl/answer_text.h"
 #include "tools/vdevctl/client.h"
 #include "tools/vdevctl/output.h"
+#include "vdevice/sockets/device_socket.h"
 #include "vdevice/sockets/run_dir.h"
 #include "vdevice/sockets/unique_fd.h"
-#include "vdevice/sockets/unix_address.h"
 
 namespace vdevctl {
 namespace {
@@ -29,16 +28,16 @@ constexpr size_t kMaxLine = 1 << 20;
 constexpr std::chrono::seconds kDeadline{5};
 
 std::runtime_error failure(const std::string &action) {
-    return std::runtime_error{"cannot " + action + " the device: " + std::generic_category().message(errno) + "."};
+    return std::runtime_error{"cannot " + action + " the device: " + vdevice::connect_problem(errno) + "."};
 }
 
 class Lines {
   public:
-    Lines(const std::string &run_dir, const json &request) : fd_{socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)} {
-        const auto address = vdevice::unix_address(vdevice::control_socket(run_dir));
+    Lines(const std::string &run_dir, const json &request) {
+        const std::string path = vdevice::control_socket(run_dir);
         const std::string line = request.dump() + "\n";
-        if (!fd_ || !address ||
-            connect(fd_.get(), reinterpret_cast<const sockaddr *>(&*address), sizeof(*address)) != 0 ||
+        errno = vdevice::connect_to_device(fd_, path, Clock::now() + kDeadline);
+        if (errno != 0 ||
             send(fd_.get(), line.data(), line.size(), MSG_NOSIGNAL) != static_cast<ssize_t>(line.size())) {
             throw failure("ask");
         }
@@ -65,15 +64,15 @@ class Lines {
 
   private:
     bool receive(const std::optional<Clock::time_point> &end) {
-        constexpr int kForEver = -1;
-        const auto left = end ? std::chrono::ceil<std::chrono::milliseconds>(*end - Clock::now()).count() : kForEver;
+        constexpr int64_t kForEver = -1;
+        const int64_t left = end ? std::chrono::ceil<std::chrono::milliseconds>(*end - Clock::now()).count() : kForEver;
         pollfd waiting{fd_.get(), POLLIN, 0};
-        if (end && (left <= 0 || poll(&waiting, 1, static_cast<int>(left)) == 0)) {
+        if ((end && left <= 0) || poll(&waiting, 1, static_cast<int>(left)) == 0) {
             return false;
         }
         std::array<char, 65536> buffer;
         const ssize_t length = recv(fd_.get(), buffer.data(), buffer.size(), 0);
-        if (length < 0 && errno != EINTR) {
+        if (length < 0 && errno != EINTR && errno != EAGAIN) {
             throw failure("hear from");
         }
         if (length == 0 || received_.size() > kMaxLine) {
