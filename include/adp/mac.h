@@ -181,7 +181,7 @@ adp_status_t adp_del_mac_mcast_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t v
 /**
  * Deletes the entries of a learn type. Driver call: user_l2_addr_del_all_addr_by_lrntype(0, 0, learn_type).
  *
- * @param learn_type  the driver's learn type, low byte used; on the virtual device 0 dynamic, 1 static, 2 both
+ * @param learn_type  the driver's learn type, low byte used; enum adp_mac_mode on the virtual device
  * @return the driver's result
  */
 adp_status_t adp_del_mac_by_lrntype(uint32_t learn_type);

@@ -73,7 +73,7 @@ std::string rows_text(const exported::Table &table, const Extent &extent) {
 
 std::string table_text(const exported::Table &table, const Extent &extent) {
     if (extent.begin == nullptr) {
-        return fmt::format("{} = null", table.name);
+        return fmt::format("{} = null: the table is made when the port map is, see map", table.name);
     }
     if (is_list_head(table)) {
         return fmt::format("{} = a list of {}", table.name, nodes_of(table));
