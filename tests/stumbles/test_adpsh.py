@@ -64,8 +64,8 @@ BESIDE_A_DEVICE = [
     ("adp_vlan_port_set 300 {1,40} {1}", ["'members': port 40 is beyond the map, which has user ports 1 to 26", "= 0"]),
     ("adp_vlan_port_set 300 {1,30-31} {1}", ["ports 30, 31 are beyond the map"]),
     ("adp_set_port_pri_trust_mode 7 44",
-     ["= 102 (ADP_E_DRIVER: a driver call failed: user_port_dscp_map_mode_set on user port 7 (physical port 10) gave -3 "
-      "(bad_argument of the virtual device: "]),
+     ["= 102 (ADP_E_DRIVER: a driver call failed: user_port_dscp_map_mode_set on user port 7 (physical port 10) gave -3, "
+      "bad_argument of the virtual device: "]),
     ("adp_set_port_mstp_state 0 3 ADP_STG_STATE_BLOCKING", ["= 0"]),
     ("adp_stg_stp_get 0 3", ["state = 1 (ADP_STG_STATE_BLOCKING)"]),
     ("adp_get_port_stat 1 ADP_COUNTER_RX_FRAMES", ["= 0", "value = 0"]),
@@ -166,6 +166,7 @@ COMPLETED = {
     "adp_set_port_mstp_state 0 1 ADP_STG_STATE_FO\t": "= 0 (success)",
     "adp_add_port_mirror 1 2 ADP_MIRROR_IN\t 1": "= 0 (success)",
     "adp_create_agg_group ag\t4": "= 0 (success)",
+    "adp_add_port_mirror 1 2 ADP_MIRROR_INGRESS|ADP_MIRROR_EG\t 1": "= 0 (success)",
     "help adp_l2_ent\t": "MAC address, network order",
     "help spanning\t": "adp_create_mstp_instance 1",
     "device vla\t": "* default VLAN",

@@ -105,6 +105,9 @@ Names behind(const Command &command, bool has_beginning) {
 }  // namespace
 
 std::vector<std::string> completions(std::string_view before, std::string_view beginning) {
+    if (!before.empty() && before.back() == '|') {  // another flag of the same argument
+        before = before.substr(0, before.find_last_of(" \t") + 1);
+    }
     const auto parsed = parse_line(before);
     const Command *const command = std::get_if<Command>(&parsed);
     Names names;

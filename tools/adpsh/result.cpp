@@ -51,7 +51,7 @@ std::string port_text(int64_t port) {
                       : fmt::format("physical port {}", port);
 }
 
-/** What a driver call gave: `user_port_learn_set on user port 7 (physical port 10) gave -3 (...)`. */
+/** What a driver call gave: `user_port_learn_set on user port 7 (physical port 10) gave -3, bad_argument ...`. */
 std::string failure_text(const Failure &failure) {
     const std::string text = fmt::format("{}{} gave {}", failure.call,
                                          failure.port ? " on " + port_text(*failure.port) : "", failure.result);
@@ -59,8 +59,7 @@ std::string failure_text(const Failure &failure) {
         return text + ": the call did not reach the device";
     }
     const StatusEntry *const known = find_device_result(failure.result);
-    return known == nullptr ? text
-                            : fmt::format("{} ({} of the virtual device: {})", text, known->name, known->meaning);
+    return known == nullptr ? text : fmt::format("{}, {} of the virtual device: {}", text, known->name, known->meaning);
 }
 
 /** The meaning of one of the library's codes; a driver call that failed explains it. */
