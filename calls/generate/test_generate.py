@@ -1,10 +1,12 @@
 """The generator on small headers: what it writes, what it rejects, and that equal files are not written again."""
 import os
+import re
 
 import pytest
 
 import emit_calls
 import emit_driver
+import emit_status
 import emit_table
 import generate
 import interface

@@ -6,10 +6,10 @@ from adp.lab import LabError
 from adp.lab.process import poll_until
 
 KIBIBYTE, MEBIBYTE = 1 << 10, 1 << 20
-# A device keeps a log of 4096 lines of up to 1024 characters, which fills slowly, 1024 events, and tables whose entries
-# come and go; the allocator keeps some of the memory that they free. A leak of 100 octets with each call, or of 10 with
-# each frame, exceeds this within minutes. A manager needs less.
-MOST_GROWTH = 8 * MEBIBYTE
+# A device keeps a log of 4096 lines, which fills slowly, 1024 events, and tables whose entries come and go; the allocator
+# keeps some of the memory that they free. A leak of 100 octets with each call, or of 10 with each frame, exceeds this within
+# minutes. A manager needs less.
+MOST_GROWTH = 2 * MEBIBYTE
 STEADY_READINGS, SETTLE_SECONDS = 10, 10.0
 
 

@@ -1,13 +1,16 @@
 """The course of a run: what disturbs the two devices, when, and what is checked."""
 
+import collections
 import contextlib
 import itertools
 import time
 from random import Random
 
+from accounts import Accounts, Reading
 from adp.lab import LabError
 from adp.lab.process import poll_until
 from fabric import CABLES, SIDES
+from faults import FAULTS, killed_in_start
 from final_checks import check_descriptors, check_forwarding
 from health import KIBIBYTE, Holdings
 from manager import Manager
@@ -19,18 +22,23 @@ MANAGED_PORTS = ((15, 16, 17, 18), (19, 20, 21, 22), (23, 24, 25, 26))
 FIRST_GROUP = 2
 FIRST_VLAN, VLANS_EACH = 1000, 6
 ADDRESSES_EACH = 8
-WARM_SHARE = 0.15
+# A device is warm after a minute, or in a short run after this share of it.
+WARM_SECONDS, WARM_SHARE = 60, 0.15
 # Devices are switched off in the first part only, so that both run for a long time afterwards.
 CYCLES_SHARE = 0.6
 SECONDS_PER_CYCLE = 25
 SECONDS_PER_PROGRAM = 12
+SECONDS_PER_OVERLOAD = 60
+SECONDS_PER_FAULT = 5
 CABLE_SECONDS = (0.1, 0.8)
 PLUG_SHARE = 0.4
 FAILED_CALLS_WHILE_OFF = 20
 OFF_SECONDS = 30.0
+# More than the receive rings of a device that stands still hold.
+OVERLOAD_FRAMES, STILL_SECONDS = 10_000, 0.5
 # Counts that are not 0 after a run.
 NEVER_ZERO = ("frames received", "values read back", "calls without a device", "managers killed in a call",
-              "programs killed", "cables moved", "power cycles")  # fmt: skip
+              "programs killed", "cables moved", "power cycles", "frames of overloads")  # fmt: skip
 
 
 class Soak:
@@ -45,7 +53,9 @@ class Soak:
         self._warm_at = [0.0, 0.0]
         self._sides = itertools.cycle(SIDES)
         self.cable_changes = self.separations = self.program_kills = self.power_cycles = 0
-        self.growth = 0
+        self.growth = self.overload_frames = 0
+        self.overload_losses, self.faults = collections.Counter(), collections.Counter()
+        self._faults = []
 
     def _make_managers(self, side):
         lab = self._fabric.labs[side]
@@ -93,29 +103,34 @@ class Soak:
         began = time.monotonic()
         for side in SIDES:
             self._begin_warming(side)
-        cycles = self._times(began + WARM_SHARE * seconds, began + CYCLES_SHARE * seconds, SECONDS_PER_CYCLE)
-        programs = self._times(began, began + seconds, SECONDS_PER_PROGRAM)
+        plan = self._plan(began, seconds)
         while (now := time.monotonic()) < began + seconds:
-            if cycles and now >= cycles[0]:
-                cycles.pop(0)
-                self._switch_off_and_on(next(self._sides))
-            elif programs and now >= programs[0]:
-                programs.pop(0)
-                self._replace_program(self._random.choice(SIDES))
+            if plan and now >= plan[0][0]:
+                plan.pop(0)[1]()
             else:
                 self._move_a_cable()
             self._note_holdings()
             self._check()
             time.sleep(self._random.uniform(*CABLE_SECONDS))
 
-    def _times(self, first, last, seconds_each):
-        """Random moments in this stretch, as many as the length of the run allows."""
+    def _plan(self, began, seconds):
+        """What happens besides cables that are moved: pairs of a moment and what is done then, in order."""
+        warm, cool, end = (began + share * seconds for share in (WARM_SHARE, CYCLES_SHARE, 1.0))
+        plan = []
+        plan += self._times(warm, cool, SECONDS_PER_CYCLE, lambda: self._switch_off_and_on(next(self._sides)))
+        plan += self._times(began, end, SECONDS_PER_PROGRAM, lambda: self._replace_program(self._random.choice(SIDES)))
+        plan += self._times(began, end, SECONDS_PER_OVERLOAD, self._overload)
+        plan += self._times(began, end, SECONDS_PER_FAULT, self._cause_a_fault)
+        return sorted(plan, key=lambda each: each[0])
+
+    def _times(self, first, last, seconds_each, action):
+        """The action at random moments in this stretch, as often as the length of the run allows."""
         count = max(1, round(self._options.seconds / seconds_each))
-        return sorted(self._random.uniform(first, last) for _ in range(count))
+        return [(self._random.uniform(first, last), action) for _ in range(count)]
 
     def _begin_warming(self, side):
         self._holdings[side] = None
-        self._warm_at[side] = time.monotonic() + WARM_SHARE * self._options.seconds
+        self._warm_at[side] = time.monotonic() + min(WARM_SECONDS, WARM_SHARE * self._options.seconds)
 
     def _note_holdings(self):
         for side, warm_at in enumerate(self._warm_at):
@@ -169,6 +184,7 @@ class Soak:
         self._fabric.check_is_off(side)
         power.advance()
         power.await_earlier_calls()
+        killed_in_start(device, self._random)
         device.restart()
         power.advance()
         self._begin_warming(side)
@@ -178,6 +194,33 @@ class Soak:
         self._fabric.await_cables()
         self.power_cycles += 1
         self._fabric.stations.await_flow(f"After the {device.name} was switched off and on")
+
+    def _cause_a_fault(self):
+        """The next fault of a random order, so that each has its turn."""
+        if not self._faults:
+            self._faults = self._random.sample(FAULTS, len(FAULTS))
+        fault, side = self._faults.pop(), self._random.choice(SIDES)
+        self._fabric.plug_all()
+        fault(self._fabric, side, self._random)
+        self.faults[fault.__name__] += 1
+        self._fabric.stations.await_flow(f"After {fault.__name__} on the {self._fabric.device(side).name}")
+
+    def _overload(self):
+        """Floods both devices, one of which stands still meanwhile, and accounts for every frame."""
+        stations, device = self._fabric.stations, self._fabric.device(next(self._sides))
+        self._fabric.plug_all()
+        stations.await_flow("Before an overload")
+        stations.pause()
+        before = Reading(self._fabric)
+        with device.standing_still():
+            stations.flood(OVERLOAD_FRAMES)
+            time.sleep(STILL_SECONDS)
+        stations.await_end_of_flood()
+        accounts = Accounts(self._fabric, before, Reading(self._fabric))
+        accounts.check()
+        self.overload_frames += accounts.sent
+        self.overload_losses.update(accounts.losses)
+        stations.go_on()
 
     # Its end
 
@@ -191,7 +234,7 @@ class Soak:
         for manager in self.managers:
             manager.await_end()
         self._check()
-        self._fabric.stations.stop_sending()
+        self._overload()
 
     def _judge_memory(self, side):
         if self._holdings[side] and self._options.judges_memory:
@@ -220,5 +263,8 @@ class Soak:
             ("cables moved", self.cable_changes),
             ("times without a cable", self.separations),
             ("power cycles", self.power_cycles),
+            *((f"fault: {fault.__name__}", self.faults[fault.__name__]) for fault in FAULTS),
+            ("frames of overloads", self.overload_frames),
+            *((f"  {name}", count) for name, count in self.overload_losses.items()),
             ("most growth of a device", f"{self.growth // KIBIBYTE} KiB"),
         ]

@@ -13,6 +13,8 @@ TALKER = pathlib.Path(__file__).parent / "talker.py"
 ANSWER_SECONDS = 20.0
 FLOW_SECONDS = 30.0
 FLOW_PAUSE = 0.2
+# No frame is under way any more when so many readings are equal.
+STEADY_READINGS = 3
 # A talker ends by itself this long after the test.
 SPARE_SECONDS = 300
 # An intruder sends this share of the other hosts' rate.
@@ -42,7 +44,7 @@ class Station:
         self._lines = LineReader(self._process.stdout)
 
     def ask(self, word="counts"):
-        """The counts so far; the word "quiet" ends the sending."""
+        """The counts so far, after the talker has done what the word says."""
         try:
             self._process.stdin.write(word.encode() + b"\n")
             self._process.stdin.flush()
@@ -107,15 +109,33 @@ class Stations:
         except LabError:
             raise LabError(f"{when}, nothing arrives from these hosts: {', '.join(silent())}.") from None
 
-    def stop_sending(self):
+    def pause(self):
         """Stops all talkers, and waits until no more frames arrive."""
-        self.ask("quiet")
-        counted = [-1]
+        self.ask("pause")
+        self._settle()
+
+    def go_on(self):
+        self.ask("go")
+
+    def flood(self, frames):
+        """Each talker sends so many frames as fast as it can."""
+        self.ask(f"flood {frames}")
+
+    def await_end_of_flood(self):
+        poll_until(lambda: not self._flooding(), FLOW_SECONDS, "The end of the flood", FLOW_PAUSE)
+        self._settle()
+
+    def _flooding(self):
+        self.ask()
+        return self.total("to_flood")
+
+    def _settle(self):
+        counted = list(range(-STEADY_READINGS, 0))
 
         def settled():
             self.ask()
-            counted.append(self.received())
-            return counted[-1] == counted[-2]
+            counted.append(self.total("taken"))
+            return len(set(counted[-STEADY_READINGS:])) == 1
 
         poll_until(settled, FLOW_SECONDS, "The end of all frames", FLOW_PAUSE)
 

@@ -2,8 +2,8 @@
 
     talker.py INTERFACE SETTINGS        SETTINGS is JSON, see `Talker`
 
-Each line on standard input is answered by a line of JSON with the counts so far; a line "quiet" ends the sending, and
-the end of the input ends the program.
+Each line on standard input is answered by a line of JSON with the counts so far. A line "pause" stops the sending and
+"go" begins it again; "flood N" sends N frames to partners alone, as fast as it can. The end of the input ends the program.
 """
 
 import contextlib
@@ -59,13 +59,14 @@ class Talker:
         self._random = random.Random(settings["seed"])
         self._latest = {number: [-1] * WINDOW for number in self._partners}
         self._bodies = [self._random.randbytes(LARGEST) for _ in range(8)]
-        self.sent = self.unsent = self.flooded = self.misplaced = self.repeated = self.spoilt = 0
+        self.sent = self.unsent = self.taken = self.flooded = self.misplaced = self.repeated = self.spoilt = 0
+        self._is_paused, self._still_to_flood = False, 0
         self.received = dict.fromkeys(self._partners, 0)
         self.complaints = []
 
     def counts(self):
-        names = ("sent", "unsent", "received", "flooded", "misplaced", "repeated", "spoilt", "complaints")
-        return {name: getattr(self, name) for name in names}
+        names = ("sent", "unsent", "taken", "received", "flooded", "misplaced", "repeated", "spoilt", "complaints")
+        return {**{name: getattr(self, name) for name in names}, "overrun": self._nic.overrun()}
 
     def send_one(self):
         vid = self._random.choice(self._speaks)
@@ -75,7 +76,9 @@ class Talker:
             destination = BROADCAST
         elif chance < BROADCAST_SHARE + UNKNOWN_SHARE:
             destination = UNKNOWN
-        size = self._random.randrange(SMALLEST, LARGEST - STAMP.size - CHECK.size)
+        self._send_to(destination, vid, self._random.randrange(SMALLEST, LARGEST - STAMP.size - CHECK.size))
+
+    def _send_to(self, destination, vid, size):
         body = STAMP.pack(MARK, self._number, vid, self.sent) + self._random.choice(self._bodies)[:size]
         body += CHECK.pack(zlib.crc32(body))
         try:
@@ -88,6 +91,7 @@ class Talker:
 
     def take(self):
         for frame in self._nic.waiting():
+            self.taken += 1
             why = self._judge(frame)
             if why and len(self.complaints) < COMPLAINTS:
                 self.complaints.append(f"host {self._number}: {why} ({describe(frame)}): {frame[:48].hex()}")
@@ -123,23 +127,39 @@ class Talker:
     def run(self, seconds):
         """Runs until the input ends, but no longer than this."""
         began = previous = time.monotonic()
-        credit, quiet = 0.0, False
+        credit = 0.0
         while (now := time.monotonic()) < began + seconds:
             credit = min(BURST_FRAMES, credit + (now - previous) * self._rate if self._rate else BURST_FRAMES)
             previous = now
-            while credit >= 1 and not quiet:
-                self.send_one()
-                credit -= 1
-            waiting = 0.0 if not self._rate and not quiet else WAIT_SECONDS
-            ready, _, _ = select.select([self._nic, sys.stdin], [], [], waiting)
+            credit = self._send(credit)
+            is_busy = self._still_to_flood or not (self._rate or self._is_paused)
+            ready, _, _ = select.select([self._nic, sys.stdin], [], [], 0.0 if is_busy else WAIT_SECONDS)
             if self._nic in ready:
                 self.take()
-            if sys.stdin in ready:
-                line = os.read(sys.stdin.fileno(), 64)
-                if not line:
-                    return
-                quiet = quiet or b"quiet" in line
-                print(json.dumps(self.counts()), flush=True)
+            if sys.stdin in ready and not self._obey():
+                return
+
+    def _send(self, credit):
+        """Sends what the credit allows, and the next burst of a flood; gives what is left of the credit."""
+        while credit >= 1 and not self._is_paused:
+            self.send_one()
+            credit -= 1
+        for _ in range(min(BURST_FRAMES, self._still_to_flood)):
+            self._send_to(self._random.choice(self._destinations), self._random.choice(self._speaks), SMALLEST)
+            self._still_to_flood -= 1
+        return credit
+
+    def _obey(self):
+        """Carries out what has been asked for; false at the end of the input."""
+        words = os.read(sys.stdin.fileno(), 64).split()
+        if not words:
+            return False
+        if words[0] in (b"pause", b"go"):
+            self._is_paused = words[0] == b"pause"
+        elif words[0] == b"flood":
+            self._still_to_flood = int(words[1])
+        print(json.dumps({**self.counts(), "to_flood": self._still_to_flood}), flush=True)
+        return True
 
 
 if __name__ == "__main__":

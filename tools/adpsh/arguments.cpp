@@ -1,9 +1,9 @@
 // Assigns a line's arguments to parameters and fills their storage.
 #include "tools/adpsh/arguments.h"
 
+#include "text/suggest.h"
 #include "tools/adpsh/line_error.h"
 #include "tools/adpsh/parameter.h"
-#include "tools/adpsh/suggest.h"
 #include "tools/adpsh/usage.h"
 
 #include <algorithm>
@@ -108,7 +108,7 @@ size_t Arguments::parameter_named(const std::string &name) const {
         }
         names.emplace_back(call_.params[i].name);
     }
-    throw LineError(std::string(call_.name) + " has no argument '" + name + "'" + did_you_mean(name, names));
+    throw LineError(std::string(call_.name) + " has no argument '" + name + "'" + text::did_you_mean(name, names));
 }
 
 /** The value for each parameter, null for none. An output's initial content is only given by name. */

@@ -1,8 +1,8 @@
 // Converts words, lists, sets and records into bytes.
 #include "tools/adpsh/convert.h"
 
+#include "text/suggest.h"
 #include "tools/adpsh/line_error.h"
-#include "tools/adpsh/suggest.h"
 
 #include <algorithm>
 #include <cctype>
@@ -134,7 +134,7 @@ void store_record(const calls::Struct &record, const Value &value, void *to, Con
             }
             throw LineError(item.name.empty() ? "'" + written(item.value) + "' has no field name"
                                               : std::string(record.name) + " has no field '" + item.name + "'" +
-                                                    did_you_mean(item.name, names));
+                                                    text::did_you_mean(item.name, names));
         }
         try {
             store_field(*field, item.value, bytes, context);

@@ -1,11 +1,11 @@
 // The commands help and calls.
 #include "calls/exported.h"
+#include "text/suggest.h"
 #include "tools/adpsh/builtins.h"
 #include "tools/adpsh/describe.h"
 #include "tools/adpsh/line_error.h"
 #include "tools/adpsh/result.h"
 #include "tools/adpsh/search.h"
-#include "tools/adpsh/suggest.h"
 #include "tools/adpsh/topics.h"
 #include "tools/adpsh/usage.h"
 
@@ -138,7 +138,7 @@ Answer search(const std::string &word) {
         names.push_back(topic.name);
     }
     throw LineError("unknown call '" + word + "': nothing has this word in its name or description" +
-                    did_you_mean(word, names));
+                    text::did_you_mean(word, names));
 }
 
 }  // namespace

@@ -1,8 +1,8 @@
 // Numbers, constants and names of interfaces.
 #include "calls/exported.h"
+#include "text/suggest.h"
 #include "tools/adpsh/convert.h"
 #include "tools/adpsh/line_error.h"
-#include "tools/adpsh/suggest.h"
 
 #include <adp/adp.h>
 
@@ -118,7 +118,7 @@ int64_t number_of(const Value &value, Kind kind) {
             names.emplace_back(constant.name);
         }
         throw LineError("'" + written(value) + "' is neither a number nor a constant" +
-                        did_you_mean(value.text, names));
+                        text::did_you_mean(value.text, names));
     }
     const uint64_t limit = limit_of(kind);
     if (number->size > limit || (number->negative && number->size > limit / 2 + 1)) {

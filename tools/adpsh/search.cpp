@@ -1,8 +1,8 @@
 // Search by words: in names, in the purposes of calls, and in the constants that calls take.
 #include "tools/adpsh/search.h"
 
+#include "text/suggest.h"
 #include "tools/adpsh/parameter.h"
-#include "tools/adpsh/suggest.h"
 
 #include <algorithm>
 #include <cctype>
@@ -64,7 +64,7 @@ bool is_like(std::string_view word, std::string_view name) {
     while (word.size() >= kShortestMisspelt && !name.empty()) {
         const size_t end = std::min(name.find('_'), name.size());
         const std::string_view part = name.substr(0, end);
-        if (part.size() >= kShortestMisspelt && has_one_error(word, part)) {
+        if (part.size() >= kShortestMisspelt && text::has_one_error(word, part)) {
             return true;
         }
         name.remove_prefix(std::min(end + 1, name.size()));

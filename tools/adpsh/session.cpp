@@ -1,12 +1,12 @@
 // Executes lines: commands of the shell and calls of the library.
 #include "tools/adpsh/session.h"
 
+#include "text/suggest.h"
 #include "tools/adpsh/builtins.h"
 #include "tools/adpsh/device.h"
 #include "tools/adpsh/events.h"
 #include "tools/adpsh/execute.h"
 #include "tools/adpsh/line_error.h"
-#include "tools/adpsh/suggest.h"
 
 #include <algorithm>
 #include <new>
@@ -33,7 +33,7 @@ bool may_be_subject(const std::string &name) {
         names.emplace_back(call.name);
     }
     const std::string word = written({Value::Form::kWord, name, {}});
-    std::string hint = did_you_mean(name, names);
+    std::string hint = text::did_you_mean(name, names);
     if (hint.empty() && may_be_subject(name)) {
         hint = "; 'help " + word + "' searches for it, and 'device " + word + "' asks the device";
     }

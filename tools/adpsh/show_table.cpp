@@ -1,11 +1,10 @@
 // The command show: the library's exported tables, read in place.
+#include "calls/describe.h"
+#include "calls/exported.h"
+#include "text/suggest.h"
 #include "tools/adpsh/builtins.h"
 #include "tools/adpsh/line_error.h"
 #include "tools/adpsh/show.h"
-
-#include "calls/describe.h"
-#include "calls/exported.h"
-#include "tools/adpsh/suggest.h"
 
 #include <adp/adp.h>
 
@@ -129,7 +128,7 @@ Answer run_show(Session &, const Command &command) {
         for (const exported::Table &each : exported::tables()) {
             names.emplace_back(each.name);
         }
-        throw LineError("unknown table '" + words[0] + "'" + did_you_mean(words[0], names));
+        throw LineError("unknown table '" + words[0] + "'" + text::did_you_mean(words[0], names));
     }
     if (table->address == nullptr) {
         throw LineError("the loaded library has no " + words[0]);

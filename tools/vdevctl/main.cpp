@@ -1,113 +1,93 @@
 // vdevctl: sends a command to a running virtual device and prints its answer. Which commands there are is the device's
-// matter: it reads their arguments, makes their text and lists them for the help.
+// matter: it reads their arguments and options, makes their text and lists them for the help.
 #include <argp.h>
 
 #include <cstdio>
 #include <cstdlib>
-#include <iostream>
+#include <fstream>
 #include <nlohmann/json.hpp>
 #include <string>
-#include <vector>
+#include <thread>
 
+#include "text/printable.h"
 #include "tools/vdevctl/client.h"
-#include "vdevice/sockets/run_dir.h"
+#include "tools/vdevctl/options.h"
+#include "tools/vdevctl/output.h"
 
 namespace {
 
-using Words = std::vector<std::string>;
+using nlohmann::json;
+using vdevctl::Options;
+using vdevctl::Words;
 
-struct Options {
-    std::string run_dir = vdevice::default_run_dir();
-    bool json = false;
-    bool help = false;
-    Words words;
-};
-
-nlohmann::json ask(const std::string &run_dir, const Words &words, const char *form) {
-    return vdevice::ask_device(
-        run_dir, {{"command", words.front()}, {"arguments", Words(words.begin() + 1, words.end())}, {"form", form}});
+json request_for(const Words &words, bool as_json) {
+    return {{"command", words.front()},
+            {"arguments", Words(words.begin() + 1, words.end())},
+            {"form", as_json ? "json" : "text"}};
 }
 
-std::string text_of(const nlohmann::json &answer) {
+std::string text_of(const json &answer) {
     const auto text = answer.find("text");
     if (text == answer.end() || !text->is_string()) {
         throw std::runtime_error{"the device gave an answer without a text. Is it of another version?"};
     }
-    return text->get<std::string>();
+    return text::printable_lines(text->get<std::string>());
+}
+
+std::string text_for(const std::string &run_dir, const Words &words) {
+    return text_of(vdevice::ask_device(run_dir, request_for(words, false)));
 }
 
 std::string commands(const std::string &run_dir) {
     try {
-        return "Commands:\n" + text_of(ask(run_dir, {"help"}, "text"));
+        return "Commands:\n" + text_for(run_dir, {"help"});
     } catch (const std::runtime_error &error) {
-        return std::string{"The device lists its commands, but vdevctl "} + error.what() + "\n";
+        return "The device lists its commands, but vdevctl " + text::on_one_line(error.what()) + "\n";
     }
 }
 
-enum Key : int { kRunDir = 1, kJson, kHelp };
-
-const argp_option kOptions[] = {{"run-dir", kRunDir, "DIR", 0, vdevice::kRunDirHelp, 0},
-                                {"json", kJson, nullptr, 0, "answer in JSON", 0},
-                                {"help", kHelp, nullptr, 0, "this text, and the commands of the device", 0},
-                                {}};
-
-void take_word(Options &options, const std::string &word) {
-    if (word == "--json") {
-        options.json = true;
-    } else {
-        options.words.push_back(word);
+std::string versions(const std::string &run_dir) {
+    std::string text = std::string{"vdevctl "} + vdevctl::kVersion + "\n";
+    try {
+        text += text_for(run_dir, {"version"});
+    } catch (const std::runtime_error &) {
+        text += "no device is running\n";
     }
+    return text;
 }
 
-error_t take_option(int key, char *argument, argp_state *state) {
-    auto &options = *static_cast<Options *>(state->input);
-    switch (key) {
-        case kRunDir:
-            options.run_dir = argument;
-            return 0;
-        case kJson:
-            options.json = true;
-            return 0;
-        case kHelp:
-            options.help = true;
-            return 0;
-        case ARGP_KEY_ARG:  // the command; what follows is its own, also a negative number
-            options.words.emplace_back(argument);
-            for (; state->next < state->argc; ++state->next) {
-                take_word(options, state->argv[state->next]);
-            }
-            return 0;
-        case ARGP_KEY_END:
-            if (options.help) {  // only now is the run folder known
-                argp_state_help(state, stdout, ARGP_HELP_LONG | ARGP_HELP_USAGE | ARGP_HELP_DOC);
-            } else if (options.words.empty()) {
-                argp_error(state, "a command is missing");
-            }
-            return 0;
-        default:
-            return ARGP_ERR_UNKNOWN;
+json reading_in(const std::string &file) {
+    std::ifstream stream(file);
+    json reading = json::parse(stream, nullptr, false);
+    if (!reading.is_object()) {
+        throw std::runtime_error{"cannot compare with " + file + ": it is not a reading that --json printed."};
     }
+    return reading;
 }
 
-int run_program(int argc, char **argv) {
-    const argp parser = {kOptions,
-                         take_option,
-                         "COMMAND [ARGUMENT...]",
-                         "vdevctl: looks into a running virtual device and moves its cables.",
-                         nullptr,
-                         nullptr,
-                         nullptr};
-    Options options;
-    if (argp_parse(&parser, argc, argv, ARGP_NO_HELP | ARGP_IN_ORDER, nullptr, &options) != 0) {
-        return EXIT_FAILURE;
+json answer_to(const Options &options) {
+    json request = request_for(options.words, options.json);
+    if (options.rate) {
+        request["since"] = vdevice::ask_device(options.run_dir, {{"command", options.words.front()}});
+        request["per_second"] = true;
+        std::this_thread::sleep_for(*options.rate);
+    } else if (!options.since.empty()) {
+        request["since"] = reading_in(options.since);
     }
+    return vdevice::ask_device(options.run_dir, request);
+}
+
+std::string output(const Options &options) {
+    constexpr int kIndent = 2;
+    constexpr bool kOnlyAscii = true;  // what a terminal obeys is written as a number
     if (options.help) {
-        std::cout << commands(options.run_dir);
-        return EXIT_SUCCESS;
+        return commands(options.run_dir);
     }
-    const nlohmann::json answer = ask(options.run_dir, options.words, options.json ? "json" : "text");
-    std::cout << (options.json ? answer.dump(2) + "\n" : text_of(answer));
-    return EXIT_SUCCESS;
+    if (options.version) {
+        return versions(options.run_dir);
+    }
+    const json answer = answer_to(options);
+    return options.json ? answer.dump(kIndent, ' ', kOnlyAscii) + "\n" : text_of(answer);
 }
 
 }  // namespace
@@ -115,9 +95,10 @@ int run_program(int argc, char **argv) {
 int main(int argc, char **argv) {
     argp_err_exit_status = EXIT_FAILURE;
     try {
-        return run_program(argc, argv);
+        vdevctl::print(output(vdevctl::parse_options(argc, argv)));
+        return EXIT_SUCCESS;
     } catch (const std::exception &error) {
-        std::fprintf(stderr, "vdevctl: %s\n", error.what());
+        std::fprintf(stderr, "vdevctl: %s\n", text::on_one_line(error.what()).c_str());
     } catch (...) {
         std::fputs("vdevctl: an unknown failure.\n", stderr);
     }

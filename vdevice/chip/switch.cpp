@@ -97,6 +97,21 @@ std::optional<Time> Switch::next_departure() const {
     return next ? std::optional{next->time} : std::nullopt;
 }
 
+void Switch::clear_counts(int port) {
+    Port &state = at(port);
+    state.counters = {};
+    state.policer.clear_counts();
+    for (PortStorm::Kind &kind : state.storm.kinds()) {
+        kind.limiter.clear_counts();
+    }
+    tables_.queues.clear_counters(port);
+}
+
+void Switch::clear_table_counts() {
+    tables_.macs.clear_counters();
+    tables_.fields.clear_counts();
+}
+
 Status Switch::set_shaper(Time now, int port, const RateLimit &limit) {
     if (!has_port(port)) {
         return Status::kNoPort;

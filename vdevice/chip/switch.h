@@ -47,6 +47,11 @@ class Switch {
     /** The VLAN must exist when it is made a port's VLAN; destroyed later, the port's untagged frames are dropped. */
     Status set_pvid(int port, uint32_t vid);
 
+    /** Clears the counts of an existing port: frames, drops, queues, and what its limits passed and dropped. */
+    void clear_counts(int port);
+    /** Clears the counts of the MAC table, the rules and the meters. */
+    void clear_table_counts();
+
     const EgressQueues &queues() const { return tables_.queues; }
     /** Limits what a port sends; a rate of 0 is no limit. */
     Status set_shaper(Time now, int port, const RateLimit &limit);

@@ -20,7 +20,11 @@ def share_device(standing_device):
                                   b'{"command": "ports", "form": "table"}', b'{"command": "ports", "form": 7}',
                                   b'{"command": "pull", "arguments": "1"}', b'{"command": "pull", "arguments": [[]]}',
                                   b'{"command": "pull", "arguments": [{"port": 1}]}',
-                                  b'{"command": "ports", "arguments": [1]}', b'{"command": "trace", "value": 2147483648}',
+                                  b'{"command": "version", "arguments": [1]}', b'{"command": "ports", "port": "x"}',
+                                  b'{"command": "counters", "since": []}', b'{"command": "vlans", "since": {"time": 0}}',
+                                  b'{"command": "counters", "since": {"time": 0}, "per_second": 7}',
+                                  b'{"command": "clear"}', b'{"command": "clear", "what": 1}',
+                                  b'{"command": "clear", "what": "counters", "port": 31}', b'{"command": "trace", "value": 2147483648}',
                                   b'{"command": "trace", "arguments": ["\\u0000"]}'])
 def test_malformed_requests_get_an_error_and_the_line_stays_open(device, line):
     client = Control(device)

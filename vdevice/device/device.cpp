@@ -269,4 +269,9 @@ void Device::plug(int user_port) {
     apply_carrier(wire);
 }
 
+void Device::clear_counts(int chip_port) {
+    chip_.clear_counts(chip_port);
+    wires_[static_cast<size_t>(chip_port)]->socket.clear_counts();
+}
+
 }  // namespace vdevice

@@ -43,6 +43,11 @@ class Device final : private chip::Sink {
     void pull(int user_port);
     void plug(int user_port);
 
+    /** Clears the counts of a wired port, those of its interface included. */
+    void clear_counts(int chip_port);
+    /** Clears the counts of the chip's tables. */
+    void clear_table_counts() { chip_.clear_table_counts(); }
+
     /** Drives an input pin of the chip, as the board does. */
     chip::Status drive_pin(int64_t pin, bool level) { return chip_.gpio().drive(pin, level); }
 

@@ -47,7 +47,9 @@ json read_macs(Device &device, const json & /*request*/) {
     }
     return {{"macs", rows},
             {"groups", table.group_count()},
+            {"entries", table.size()},
             {"capacity", MacTable::kCapacity},
+            {"time", seconds(device.now())},
             {"age_time", table.age_time().count()},
             {"learned", table.counters().learned},
             {"moved", table.counters().moved},
@@ -76,13 +78,21 @@ std::string show_macs(const json &answer) {
     }
     const auto groups = answer["groups"].get<size_t>();
     return text + fmt::format("{} of {} entries, {} of them groups; learned {}, moved {}, aged out {}, refused {}\n",
-                              answer["macs"].size() + groups, answer["capacity"].get<uint64_t>(), groups,
+                              answer["entries"].get<uint64_t>(), answer["capacity"].get<uint64_t>(), groups,
                               answer["learned"].get<uint64_t>(), answer["moved"].get<uint64_t>(),
                               answer["aged"].get<uint64_t>(), answer["refused"].get<uint64_t>());
 }
 
+constexpr Filter kMacFilters[] = {
+    kByVlan,
+    kByPort,
+    {"mac", "ADDRESS", "the rows of this address", FilterKind::kWord, {"mac"}},
+    {"kind", "KIND", "rows of this kind: dynamic, static or filter", FilterKind::kWord, {"kind"}},
+    kLast};
+constexpr const char *kMacCounts[] = {"learned", "moved", "aged", "refused"};
+
 }  // namespace
 
-extern constexpr Subject kMacs{"macs", "", "the MAC table", read_macs, show_macs};
+extern constexpr Subject kMacs{"macs", "", "the MAC table", read_macs, show_macs, kMacFilters, kMacCounts};
 
 }  // namespace vdevice::inspect

@@ -41,7 +41,9 @@ TEST(Arguments, ThatAreNumbersBecomeOnes) {
 }
 
 TEST(Arguments, AreTheSubjectsNumber) {
-    EXPECT_EQ(refusal("ports", {"1"}), "The command 'ports' has no arguments.");
+    EXPECT_EQ(refusal("version", {"1"}), "The command 'version' has no arguments.");
+    EXPECT_EQ(refusal("ports", {"1", "2"}), "The command is used as 'ports [PORTS]'.");
+    EXPECT_EQ(refusal("clear", json::array()), "The command is used as 'clear WHAT [PORT]'.");
     EXPECT_EQ(refusal("pull", json::array()), "The command is used as 'pull PORT'.");
     EXPECT_EQ(refusal("pull", {"1", "2"}), "The command is used as 'pull PORT'.");
     EXPECT_EQ(refusal("gpio", {"3"}), "The command is used as 'gpio [PIN LEVEL]'.");
@@ -49,6 +51,28 @@ TEST(Arguments, AreTheSubjectsNumber) {
     EXPECT_EQ(refusal("gpio", "3"), "The arguments must be a list.");
     const json none = named("gpio", json::array());
     EXPECT_FALSE(none.contains("pin") || none.contains("level"));
+}
+
+TEST(Arguments, OfFiltersHaveTheirName) {
+    EXPECT_EQ(named("ports", {"1-4"})["port"], "1-4");
+    EXPECT_EQ(named("vlans", {"10"})["vlan"], 10);
+    EXPECT_EQ(named("clear", {"counters", "3"})["port"], 3);
+}
+
+TEST(Options, BecomeMembersAmongTheArguments) {
+    const json request = named("counters", {"--nonzero", "1-4"});
+    EXPECT_EQ(request["nonzero"], true);
+    EXPECT_EQ(request["port"], "1-4");
+    EXPECT_EQ(named("macs", {"--vlan", "100", "--port=3,5"})["vlan"], 100);
+    EXPECT_EQ(named("macs", {"--vlan", "100", "--port=3,5"})["port"], "3,5");
+}
+
+TEST(Options, AreTheSubjectsOwn) {
+    EXPECT_EQ(refusal("macs", {"--vlna", "1"}), "The command 'macs' has no option '--vlna', did you mean '--vlan'?");
+    EXPECT_EQ(refusal("version", {"--port", "1"}), "The command 'version' has no option '--port'.");
+    EXPECT_EQ(refusal("macs", {"--vlan"}), "The option is used as '--vlan VLANS'.");
+    EXPECT_EQ(refusal("counters", {"--nonzero=1"}), "The option is used as '--nonzero'.");
+    EXPECT_EQ(refusal("macs", {"--"}), "The command 'macs' has no option '--'.");
 }
 
 TEST(Arguments, MayBeMembersFromTheStart) {
@@ -64,7 +88,20 @@ TEST(Subjects, HaveNamesOfTheirOwnAndAreFoundByThem) {
         EXPECT_STRNE(subject->help, "");
     }
     EXPECT_EQ(find("none"), nullptr);
+    EXPECT_EQ(&get("ports"), find("ports"));
     EXPECT_EQ(find(""), nullptr);
+}
+
+TEST(Subjects, ThatAreUnknownAreToldWithTheClosest) {
+    const auto refusal_of = [](const char *name) -> std::string {
+        try {
+            return get(name).name;
+        } catch (const Refusal &refused) {
+            return refused.what();
+        }
+    };
+    EXPECT_EQ(refusal_of("portz"), "unknown command 'portz', did you mean 'ports'?");
+    EXPECT_EQ(refusal_of("something"), "unknown command 'something'. The command 'help' lists them.");
 }
 
 }  // namespace arguments_test

@@ -34,7 +34,7 @@ json read_counters(Device &device, const json & /*request*/) {
     for (const int port : wired_ports(device)) {
         rows.push_back(read_counters_of(device, *device.wire(port)));
     }
-    return {{"counters", rows}};
+    return {{"counters", rows}, {"time", seconds(device.now())}};
 }
 
 /** The counts that are not 0. */
@@ -65,9 +65,15 @@ std::string show_counters(const json &answer) {
     return text;
 }
 
+constexpr Filter kCounterFilters[] = {kByPort, kNonzero};
+constexpr const char *kCounterCounts[] = {"rx_frames",   "rx_octets", "tx_frames", "tx_octets",
+                                          "tx_too_long", "rx_lost",   "tx_lost",   "drops"};
+
 }  // namespace
 
-extern constexpr Subject kCounters{"counters", "", "frames and octets of each port, and why frames were dropped",
-                                   read_counters, show_counters};
+extern constexpr Subject kCounters{
+    "counters",    "[PORTS]",     "frames and octets of each port, and why frames were dropped",
+    read_counters, show_counters, kCounterFilters,
+    kCounterCounts};
 
 }  // namespace vdevice::inspect

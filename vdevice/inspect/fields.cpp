@@ -141,6 +141,8 @@ json read_fields(Device &device, const json & /*request*/) {
     fields.table().for_each(
         [&](uint32_t number, const FieldEntry &entry) { rows.push_back(read_entry(device, number, entry)); });
     return {{"fields", rows},
+            {"entries", rows.size()},
+            {"time", seconds(device.now())},
             {"capacity", chip::FieldTable::kEntries},
             {"counters", read_field_counters(fields.counters())},
             {"miss_actions", read_miss_actions(device)}};
@@ -200,7 +202,7 @@ std::string show_fields(const json &answer) {
                             entry["group"].get<int>(), entry["part"].get<std::string>(), entry["priority"].get<int>(),
                             state_text(entry), entry["matches"].get<uint64_t>(), rule_text(entry));
     }
-    text += fmt::format("{} of {} entries\n", answer["fields"].size(), answer["capacity"].get<int>());
+    text += fmt::format("{} of {} entries\n", answer["entries"].get<size_t>(), answer["capacity"].get<int>());
     for (const json &row : answer["counters"]) {
         text += fmt::format("counter {}: {} frames, {} octets\n", row["counter"].get<int>(),
                             row["frames"].get<uint64_t>(), row["octets"].get<uint64_t>());
@@ -211,9 +213,16 @@ std::string show_fields(const json &answer) {
     return text;
 }
 
+constexpr Filter kFieldFilters[] = {
+    {"entry", "ENTRIES", "these entries: 5 or 0-9,20", FilterKind::kNumbers, {"entry"}},
+    {"group", "GROUPS", "the entries of these groups: 2 or 1-3,8", FilterKind::kNumbers, {"group"}},
+    kNonzero};
+constexpr const char *kFieldCounts[] = {"matches", "frames", "octets"};
+
 }  // namespace
 
-extern constexpr Subject kFields{"fields", "", "the field processor's entries, counters and miss actions", read_fields,
-                                 show_fields};
+extern constexpr Subject kFields{"fields",    "",          "the field processor's entries, counters and miss actions",
+                                 read_fields, show_fields, kFieldFilters,
+                                 kFieldCounts};
 
 }  // namespace vdevice::inspect

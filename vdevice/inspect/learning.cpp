@@ -90,9 +90,11 @@ std::string show_limits(const json &answer) {
     return text;
 }
 
+constexpr Filter kLimitFilters[] = {kByPort, kByVlan};
+
 }  // namespace
 
-extern constexpr Subject kLimits{"limits", "", "limits on learning, and the addresses that they refused", read_limits,
-                                 show_limits};
+extern constexpr Subject kLimits{"limits",    "",          "limits on learning, and the addresses that they refused",
+                                 read_limits, show_limits, kLimitFilters};
 
 }  // namespace vdevice::inspect

@@ -38,6 +38,7 @@ json read_meters(Device &device, const json & /*request*/) {
     }
     // The time, so that two readings give a rate even when the second is late.
     return {{"meters", rows},
+            {"entries", rows.size()},
             {"capacity", MeterTable::kMeters},
             {"counts_gap", fields.meters().counts_gap()},
             {"time", seconds(device.now())}};
@@ -53,13 +54,18 @@ std::string show_meters(const json &answer) {
                         meter["rate"].get<uint32_t>(), meter["depth"].get<uint64_t>(), meter["passed"].get<uint64_t>(),
                         meter["dropped"].get<uint64_t>(), entries.empty() ? "-" : numbers(entries));
     }
-    return text + fmt::format("{} of {} meters; preamble and gap {}\n", answer["meters"].size(),
+    return text + fmt::format("{} of {} meters; preamble and gap {}\n", answer["entries"].get<size_t>(),
                               answer["capacity"].get<int>(),
                               answer["counts_gap"].get<bool>() ? "counted" : "not counted");
 }
 
+constexpr Filter kMeterFilters[] = {{"meter", "METERS", "these meters: 5 or 0-9,20", FilterKind::kNumbers, {"meter"}},
+                                    kNonzero};
+constexpr const char *kMeterCounts[] = {"passed", "dropped"};
+
 }  // namespace
 
-extern constexpr Subject kMeters{"meters", "", "the field processor's meters", read_meters, show_meters};
+extern constexpr Subject kMeters{"meters",      "[METERS]",  "the field processor's meters", read_meters, show_meters,
+                                 kMeterFilters, kMeterCounts};
 
 }  // namespace vdevice::inspect

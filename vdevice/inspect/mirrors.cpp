@@ -50,8 +50,15 @@ std::string show_mirrors(const json &answer) {
     return text + fmt::format("mirroring {}\n", on_or_off(answer["enabled"]));
 }
 
+constexpr Filter kMirrorFilters[] = {{"port",
+                                      kPortList,
+                                      "sessions that mirror one of these ports, or to one of them",
+                                      FilterKind::kNumbers,
+                                      {"ingress", "egress", "destination"}}};
+
 }  // namespace
 
-extern constexpr Subject kMirrors{"mirrors", "", "the mirror sessions with their ports", read_mirrors, show_mirrors};
+extern constexpr Subject kMirrors{"mirrors",    "",           "the mirror sessions with their ports",
+                                  read_mirrors, show_mirrors, kMirrorFilters};
 
 }  // namespace vdevice::inspect

@@ -52,6 +52,7 @@ json read_mcast(Device &device, const json & /*request*/) {
     }
     const chip::GroupRules &rules = device.chip().group_rules();
     return {{"mcast", rows},
+            {"entries", table.group_count()},
             {"capacity", chip::PortSetPool::kCapacity},
             {"ipv4", rules.knows_ipv4},
             {"ipv6", rules.knows_ipv6},
@@ -69,7 +70,7 @@ std::string show_mcast(const json &answer) {
             fmt::format("{:>4}  {:<17}  {:>5}  {:>5}  {}\n", entry["vid"].get<int>(), entry["mac"].get<std::string>(),
                         entry["group"].get<int>(), entry["index"].get<int>(), port_list(entry["ports"]));
     }
-    text += fmt::format("{} of {} groups; IPv4 groups {}, IPv6 groups {}\n", answer["mcast"].size(),
+    text += fmt::format("{} of {} groups; IPv4 groups {}, IPv6 groups {}\n", answer["entries"].get<size_t>(),
                         answer["capacity"].get<int>(), known_or_not(answer["ipv4"]), known_or_not(answer["ipv6"]));
     text += fmt::format("{:>4}  {:<7}  {:<7}  {:<9}  {}\n", "PORT", "ENTRIES", "IPV4", "IPV4 MISS", "IPV6 MISS");
     for (const json &port : answer["ports"]) {
@@ -80,9 +81,14 @@ std::string show_mcast(const json &answer) {
     return text;
 }
 
+constexpr Filter kMcastFilters[] = {
+    kByVlan,
+    {"port", kPortList, "rows of these ports: 3 or 1-4,7 or cpu", FilterKind::kNumbers, {"port", "ports"}},
+    {"mac", "ADDRESS", "the rows of this address", FilterKind::kWord, {"mac"}}};
+
 }  // namespace
 
-extern constexpr Subject kMcast{"mcast", "", "the multicast groups, and how ports forward to unknown ones", read_mcast,
-                                show_mcast};
+extern constexpr Subject kMcast{"mcast",    "",         "the multicast groups, and how ports forward to unknown ones",
+                                read_mcast, show_mcast, kMcastFilters};
 
 }  // namespace vdevice::inspect

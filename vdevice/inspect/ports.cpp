@@ -39,7 +39,7 @@ json read_ports(Device &device, const json & /*request*/) {
     for (const int port : wired_ports(device)) {
         rows.push_back(read_port(device, *device.wire(port)));
     }
-    return {{"ports", rows}};
+    return {{"ports", rows}, {"time", seconds(device.now())}};
 }
 
 std::string port_state(const json &port) {
@@ -82,8 +82,12 @@ std::string show_ports(const json &answer) {
     return text;
 }
 
+constexpr Filter kPortFilters[] = {kByPort};
+constexpr const char *kPortCounts[] = {"rx_frames", "tx_frames"};
+
 }  // namespace
 
-extern constexpr Subject kPorts{"ports", "", "the ports with their state", read_ports, show_ports};
+extern constexpr Subject kPorts{"ports",      "[PORTS]",  "the ports with their state", read_ports, show_ports,
+                                kPortFilters, kPortCounts};
 
 }  // namespace vdevice::inspect

@@ -82,7 +82,8 @@ json read_priorities(Device &device, const json & /*request*/) {
     return {{"queues", queues(device.chip().queue_map())},
             {"dscps", all_dscps(rules.dscps)},
             {"default", rules.defaults_to_port ? "port" : "802.1p"},
-            {"ports", ports}};
+            {"ports", ports},
+            {"time", seconds(device.now())}};
 }
 
 bool is_mapped(const json &row) {
@@ -115,10 +116,14 @@ std::string show_priorities(const json &answer) {
     return text + dscps;
 }
 
+constexpr Filter kPriorityFilters[] = {kByPort, kNonzero};
+constexpr const char *kPriorityCounts[] = {"tx_queues"};
+
 }  // namespace
 
-extern constexpr Subject kPriorities{"priorities", "",
-                                     "how frames get priorities and queues, and what the queues have sent",
-                                     read_priorities, show_priorities};
+extern constexpr Subject kPriorities{
+    "priorities",    "[PORTS]",       "how frames get priorities and queues, and what the queues have sent",
+    read_priorities, show_priorities, kPriorityFilters,
+    kPriorityCounts};
 
 }  // namespace vdevice::inspect

@@ -100,9 +100,13 @@ std::string show_queues(const json &answer) {
                               answer["waiting_octets"].get<uint64_t>(), answer["capacity"].get<uint64_t>());
 }
 
+constexpr Filter kQueueFilters[] = {kByPort, kNonzero};
+constexpr const char *kQueueCounts[] = {"frames", "octets", "dropped", "flushed"};
+
 }  // namespace
 
-extern constexpr Subject kQueues{"queues", "", "the ports' egress queues, how they are scheduled and shaped",
-                                 read_queues, show_queues};
+extern constexpr Subject kQueues{
+    "queues",      "[PORTS]",   "the ports' egress queues, how they are scheduled and shaped", read_queues, show_queues,
+    kQueueFilters, kQueueCounts};
 
 }  // namespace vdevice::inspect

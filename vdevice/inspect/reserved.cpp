@@ -27,6 +27,7 @@ json read_reserved(Device &device, const json & /*request*/) {
         }
     }
     return {{"reserved", rows},
+            {"entries", rows.size()},
             {"capacity", ReservedMacs::kEntries},
             {"traps", read_traps(chip)},
             {"reserved_multicast", chip.snooping().reserved_multicast},
@@ -48,15 +49,18 @@ std::string show_reserved(const json &answer) {
     for (const json &entry : answer["reserved"]) {
         text += fmt::format("{:>5}  {}\n", entry["index"].get<int>(), entry["mac"].get<std::string>());
     }
-    text += fmt::format("{} of {} entries\n", answer["reserved"].size(), answer["capacity"].get<int>());
+    text += fmt::format("{} of {} entries\n", answer["entries"].get<size_t>(), answer["capacity"].get<int>());
     text += fmt::format("trapped: {}\n", traps_that_are_on(answer["traps"]));
     return text + fmt::format("reserved multicast to the CPU {}, attack filter {}\n",
                               on_or_off(answer["reserved_multicast"]), on_or_off(answer["attack_filter"]));
 }
 
+constexpr Filter kReservedFilters[] = {{"mac", "ADDRESS", "the rows of this address", FilterKind::kWord, {"mac"}}};
+
 }  // namespace
 
-extern constexpr Subject kReserved{"reserved", "", "addresses and protocols whose frames go to the CPU alone",
-                                   read_reserved, show_reserved};
+extern constexpr Subject kReserved{
+    "reserved",      "", "addresses and protocols whose frames go to the CPU alone", read_reserved, show_reserved,
+    kReservedFilters};
 
 }  // namespace vdevice::inspect

@@ -4,6 +4,7 @@
 #include <limits>
 #include <nlohmann/json.hpp>
 
+#include "text/printable.h"
 #include "vdevice/inspect/subject.h"
 #include "vdevice/inspect/text.h"
 
@@ -12,32 +13,26 @@ namespace {
 
 using nlohmann::json;
 
-/** Programs may log any bytes; those that are not UTF-8 are replaced. */
-json valid_text(const std::string &text) {
-    constexpr int kCompact = -1;
-    return json::parse(json(text).dump(kCompact, ' ', false, json::error_handler_t::replace));
-}
-
 json read_log(Device &device, const json & /*request*/) {
     json rows = json::array();
     for (const driver::LogLine &line : device.journal().lines()) {
         rows.push_back({{"time", seconds(line.time)},
                         {"level", line.level},
                         {"module", line.module},
-                        {"word", valid_text(line.word)},
-                        {"text", valid_text(line.text)}});
+                        {"word", line.word},
+                        {"text", line.text}});
     }
     return {{"log", rows}, {"total", device.journal().total()}};
 }
 
 std::string show_log(const json &answer) {
-    std::string text;
+    std::string lines;
     for (const json &line : answer["log"]) {
-        text +=
-            fmt::format("{:>12.6f}  {}/{} {:<7} {}\n", line["time"].get<double>(), line["level"].get<int>(),
-                        line["module"].get<int>(), line["word"].get<std::string>(), line["text"].get<std::string>());
+        lines += fmt::format("{:>12.6f}  {}/{} {:<7} {}\n", line["time"].get<double>(), line["level"].get<int>(),
+                             line["module"].get<int>(), text::on_one_line(line["word"].get<std::string>()),
+                             text::on_one_line(line["text"].get<std::string>()));
     }
-    return text;
+    return lines;
 }
 
 json read_events(Device &device, const json & /*request*/) {
@@ -68,10 +63,18 @@ json set_trace(Device &device, const json &request) {
     return json::object();
 }
 
+constexpr Filter kLogFilters[] = {
+    kLast,
+    {"level", "LEVELS", "lines of these levels: 3 or 0-4", FilterKind::kNumbers, {"level"}},
+    {"word", "WORD", "lines of the module with this name", FilterKind::kWord, {"word"}}};
+constexpr Filter kEventFilters[] = {
+    kLast, {"queue", "QUEUES", "messages of these queues: 1 or 1-4", FilterKind::kNumbers, {"queue"}}};
+
 }  // namespace
 
-extern constexpr Subject kLog{"log", "", "what the device and its software logged", read_log, show_log};
-extern constexpr Subject kEvents{"events", "", "messages waiting in the event queue", read_events, show_events};
+extern constexpr Subject kLog{"log", "", "what the device and its software logged", read_log, show_log, kLogFilters};
+extern constexpr Subject kEvents{"events",    "",          "messages waiting in the event queue",
+                                 read_events, show_events, kEventFilters};
 extern constexpr Subject kTrace{"trace", "VALUE", "set what sys_trace_get() answers: 0 off, other numbers on",
                                 set_trace, show_nothing};
 

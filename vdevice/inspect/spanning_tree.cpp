@@ -77,9 +77,14 @@ std::string show_groups(const json &answer) {
     return text + "* default group\n";
 }
 
+constexpr Filter kGroupFilters[] = {
+    {"group", "GROUPS", "rows of these groups: 2 or 1-3,8", FilterKind::kNumbers, {"group"}},
+    {"vlan", "VLANS", "groups with one of these VLANs", FilterKind::kNumbers, {"vlans"}}};
+
 }  // namespace
 
-extern constexpr Subject kGroups{"groups", "", "the spanning-tree groups with their VLANs and the ports' states",
-                                 read_groups, show_groups};
+extern constexpr Subject kGroups{
+    "groups",    "",          "the spanning-tree groups with their VLANs and the ports' states",
+    read_groups, show_groups, kGroupFilters};
 
 }  // namespace vdevice::inspect

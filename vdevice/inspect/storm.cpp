@@ -132,9 +132,14 @@ std::string show_storm(const json &answer) {
     return text + fmt::format("counted: {}\n", joined(modes, ", "));
 }
 
+constexpr Filter kStormFilters[] = {kByPort, kNonzero};
+constexpr const char *kLimiterCounts[] = {"passed", "dropped"};
+
 }  // namespace
 
 extern constexpr Subject kStorm{
-    "storm", "", "storm limits and ingress limits, what passed them, and the exceeded flags", read_storm, show_storm};
+    "storm",       "[PORTS]",  "storm limits and ingress limits, what passed them, and the exceeded flags",
+    read_storm,    show_storm, kStormFilters,
+    kLimiterCounts};
 
 }  // namespace vdevice::inspect

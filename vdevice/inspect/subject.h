@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "vdevice/device/device.h"
+#include "vdevice/inspect/filter.h"
 
 namespace vdevice::inspect {
 
@@ -27,12 +28,21 @@ struct Subject {
     nlohmann::json (*read)(Device &device, const nlohmann::json &request);
     /** The answer as text. */
     std::string (*show)(const nlohmann::json &answer);
+    /** Which rows of the answer's tables can be asked for. */
+    std::span<const Filter> filters = {};
+    /** The members of the answer that count: two readings of them have a difference. */
+    std::span<const char *const> counts = {};
 };
 
 /** All subjects, in the order of the help. */
 std::span<const Subject *const> subjects();
 /** The subject of that name, or null. */
 const Subject *find(std::string_view name);
+/** The subject of that name; throws a Refusal that suggests names close to it. */
+const Subject &get(std::string_view name);
+
+/** The version of the device. */
+extern const char *const kVersionText;
 
 /** A time as answers give it. */
 inline double seconds(chip::Time time) {

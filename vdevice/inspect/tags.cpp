@@ -112,9 +112,16 @@ std::string show_translations(const json &answer) {
     return text + show_subnets(answer["subnets"]) + show_port_tags(answer["ports"]);
 }
 
+constexpr Filter kTranslationFilters[] = {
+    kByPort, {"vlan", "VLANS", "rows that match or give one of these VLANs", FilterKind::kNumbers, {"vid", "new_vid"}}};
+
 }  // namespace
 
-extern constexpr Subject kTranslations{"translations", "", "VLAN translations, double tags, subnets and tag types",
-                                       read_translations, show_translations};
+extern constexpr Subject kTranslations{"translations",
+                                       "",
+                                       "VLAN translations, double tags, subnets and tag types",
+                                       read_translations,
+                                       show_translations,
+                                       kTranslationFilters};
 
 }  // namespace vdevice::inspect

@@ -48,8 +48,13 @@ std::string show_trunks(const json &answer) {
     return text + fmt::format("hash selection {:#x}\n", answer["hash"].get<int>());
 }
 
+constexpr Filter kTrunkFilters[] = {
+    {"group", "GROUPS", "rows of these groups: 2 or 1-3,8", FilterKind::kNumbers, {"group"}},
+    {"port", kPortList, "trunks with one of these members", FilterKind::kNumbers, {"members"}}};
+
 }  // namespace
 
-extern constexpr Subject kTrunks{"trunks", "", "the trunks with their members", read_trunks, show_trunks};
+extern constexpr Subject kTrunks{"trunks",    "",          "the trunks with their members",
+                                 read_trunks, show_trunks, kTrunkFilters};
 
 }  // namespace vdevice::inspect

@@ -6,12 +6,15 @@
 #include "vdevice/inspect/subject.h"
 
 namespace vdevice::inspect {
+
+const char *const kVersionText = VDEVICE_VERSION;
+
 namespace {
 
 using nlohmann::json;
 
 json read_version(Device &device, const json & /*request*/) {
-    return {{"version", VDEVICE_VERSION},
+    return {{"version", kVersionText},
             {"user_ports", device.board().user_ports},
             {"first_port", device.board().first_port},
             {"uptime", seconds(device.now())}};

@@ -33,8 +33,11 @@ std::string show_vlans(const json &answer) {
     return text + "* default VLAN\n";
 }
 
+constexpr Filter kVlanFilters[] = {
+    kByVlan, {"port", kPortList, "VLANs with one of these members", FilterKind::kNumbers, {"members"}}};
+
 }  // namespace
 
-extern constexpr Subject kVlans{"vlans", "", "the VLAN table", read_vlans, show_vlans};
+extern constexpr Subject kVlans{"vlans", "[VLANS]", "the VLAN table", read_vlans, show_vlans, kVlanFilters};
 
 }  // namespace vdevice::inspect

@@ -94,6 +94,12 @@ uint64_t PacketPort::receive_losses() const {
     return receive_losses_;
 }
 
+void PacketPort::clear_counts() {
+    receive_losses();  // takes the kernel's count, too
+    receive_losses_ = 0;
+    send_failures_ = 0;
+}
+
 bool PacketPort::queue(const chip::Frame &frame) {
     if (!is_open()) {
         ++send_failures_;

@@ -61,6 +61,7 @@ class PacketPort {
     uint64_t send_failures() const { return send_failures_; }
     /** Frames that were lost because neither ring nor socket had room. */
     uint64_t receive_losses() const;
+    void clear_counts();
 
   private:
     static constexpr size_t kFramesAtOnce = 128;

@@ -1,5 +1,6 @@
 """One virtual device: its daemon, its control program, and the CPU's side of it, in a namespace of its own."""
 
+import contextlib
 import json
 import os
 import shutil
@@ -93,6 +94,15 @@ class Device:
         """Stops the daemon with SIGSTOP. Only crash() can follow."""
         self._daemon.send_signal(signal.SIGSTOP)
 
+    @contextlib.contextmanager
+    def standing_still(self):
+        """The daemon is stopped, and goes on afterwards."""
+        self._daemon.send_signal(signal.SIGSTOP)
+        try:
+            yield
+        finally:
+            self._daemon.send_signal(signal.SIGCONT)
+
     def crash(self):
         """Kills the daemon as a power failure would, leaving the cables where they are."""
         self._daemon.kill()
@@ -125,10 +135,13 @@ class Device:
             self.namespace.close()
         shutil.rmtree(self.run_dir, ignore_errors=True)
 
+    def command(self, *options):
+        """The daemon's command line."""
+        return self._build.command("vdeviced", "--run-dir", self.run_dir, "--user-ports", self.user_ports, *options)
+
     def _start(self, *options):
-        command = self._build.command("vdeviced", "--run-dir", self.run_dir, "--user-ports", self.user_ports, *options)
         with open(os.path.join(self.run_dir, "vdeviced.err"), "ab") as errors:
-            self._daemon = self.popen(command, stdout=subprocess.PIPE, stderr=errors)
+            self._daemon = self.popen(self.command(*options), stdout=subprocess.PIPE, stderr=errors)
         try:
             line = LineReader(self._daemon.stdout).line(READY_SECONDS, "vdeviced")
         except LabError as problem:

@@ -14,9 +14,11 @@ from .offload import disable_offloads
 
 ETH_P_ALL = 0x0003
 SOL_PACKET = 263
+PACKET_STATISTICS = 6
 PACKET_AUXDATA = 8
 PACKET_IGNORE_OUTGOING = 23
 AUXDATA = struct.Struct("=IIIHHHH")
+STATISTICS = struct.Struct("=II")  # packets, drops
 TP_STATUS_VLAN_VALID = 0x10
 TP_STATUS_VLAN_TPID_VALID = 0x40
 DEFAULT_TPID = 0x8100
@@ -57,6 +59,7 @@ class Nic:
             self._socket.setsockopt(socket.SOL_SOCKET, socket.SO_RCVBUF, RECEIVE_BUFFER_BYTES)
             self._socket.bind((interface, ETH_P_ALL))
         self._socket.setblocking(False)
+        self._overrun = 0
 
     def fileno(self):
         return self._socket.fileno()
@@ -83,6 +86,11 @@ class Nic:
             if remaining <= 0:
                 return None
             select.select([self._socket], [], [], remaining)
+
+    def overrun(self):
+        """How many frames were lost because too many waited. Reading the kernel's counter sets it to 0."""
+        self._overrun += STATISTICS.unpack(self._socket.getsockopt(SOL_PACKET, PACKET_STATISTICS, STATISTICS.size))[1]
+        return self._overrun
 
     def _take(self):
         while True:

@@ -21,6 +21,7 @@ class FieldCounters {
         at(counter, CounterType::kOctets) += octets;
     }
     void clear(uint32_t counter, CounterType type) { at(counter, type) = 0; }
+    void clear() { values_ = {}; }
     uint64_t get(uint32_t counter, CounterType type) const { return values_[counter][static_cast<size_t>(type)]; }
 
   private:

@@ -21,6 +21,12 @@ void FieldProcessor::reset() {
     miss_actions_ = {};
 }
 
+void FieldProcessor::clear_counts() {
+    table_.clear_matches();
+    meters_.clear_counts();
+    counters_.clear();
+}
+
 Status FieldProcessor::remove_meter_of(uint32_t entry) {
     const FieldEntry *found = table_.find(entry);
     if (found == nullptr) {

@@ -32,6 +32,8 @@ class FieldProcessor {
   public:
     /** Removes all rules, meters, counts and miss actions; counts_gap() of the meters is kept. */
     void reset();
+    /** Of rules, meters and counters; nothing else changes. */
+    void clear_counts();
 
     const FieldTable &table() const { return table_; }
     FieldTable &table() { return table_; }

@@ -139,6 +139,14 @@ const FieldEntry *FieldTable::find(uint32_t entry) const {
     return entry < kEntries && entries_[entry] ? &*entries_[entry] : nullptr;
 }
 
+void FieldTable::clear_matches() {
+    for (std::optional<FieldEntry> &entry : entries_) {
+        if (entry) {
+            entry->matches = 0;
+        }
+    }
+}
+
 void FieldTable::for_each(const std::function<void(uint32_t, const FieldEntry &)> &visit) const {
     for (uint32_t entry = 0; entry < kEntries; ++entry) {
         if (entries_[entry]) {

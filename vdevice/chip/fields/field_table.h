@@ -98,6 +98,8 @@ class FieldTable {
     /** Whether there is an installed rule. */
     bool has_rules() const { return rule_count_ != 0; }
 
+    void clear_matches();
+
     /** Each group's best rule, the lowest group's first; nothing if no rule matches. */
     std::optional<FieldMatch> match(const FieldKey &key);
 

@@ -28,6 +28,8 @@ class Meter {
     size_t depth() const { return bucket_.depth(); }
     uint64_t passed() const { return passed_; }
     uint64_t dropped() const { return dropped_; }
+    /** The bucket keeps its level. */
+    void clear_counts() { passed_ = dropped_ = 0; }
 
   private:
     TokenBucket bucket_;
@@ -44,6 +46,13 @@ class MeterTable {
     /** False if it was not there. */
     bool remove(uint32_t meter);
     void clear() { meters_ = {}; }
+    void clear_counts() {
+        for (std::optional<Meter> &meter : meters_) {
+            if (meter) {
+                meter->clear_counts();
+            }
+        }
+    }
     /** The meter, or nothing. */
     const std::optional<Meter> &find(uint32_t meter) const { return meters_[meter]; }
 

@@ -36,6 +36,7 @@ class EgressQueues {
     const std::optional<Departure> &next() const { return next_; }
     QueuedFrame take_next();
     void flush(int port);
+    void clear_counters(int port) { at(port).clear_counters(); }
 
     /** The port must exist. A rate of 0 is none. */
     Status set_shaper(Time now, int port, const RateLimit &limit);

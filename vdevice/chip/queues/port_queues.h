@@ -58,6 +58,11 @@ class PortQueues {
     /** A frame leaves without having waited. */
     void count(size_t queue, size_t octets);
     void count_drop(size_t queue) { ++queues_[queue].counters.drops; }
+    void clear_counters() {
+        for (Queue &queue : queues_) {
+            queue.counters = {};
+        }
+    }
 
     /** When the next frame leaves, if any waits. Frames that leave before must be taken before the calls below. */
     const std::optional<Time> &departure() const { return departure_; }

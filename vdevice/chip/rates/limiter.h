@@ -34,6 +34,8 @@ class Limiter {
     std::optional<TokenBucket> bucket_at(Time now) const;
     uint64_t passed() const { return passed_; }
     uint64_t dropped() const { return dropped_; }
+    /** The bucket keeps its level. */
+    void clear_counts() { passed_ = dropped_ = 0; }
 
   private:
     bool charge_bucket(size_t octets, Time now);

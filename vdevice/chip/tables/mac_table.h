@@ -89,6 +89,7 @@ class MacTable {
 
     size_t size() const { return size_; }
     const Counters &counters() const { return counters_; }
+    void clear_counters() { counters_ = {}; }
     /** How many dynamic entries there are. */
     const LearnCounts &counts() const { return counts_; }
     /** All entries, ordered by VLAN and address. */

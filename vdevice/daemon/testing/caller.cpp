@@ -183,6 +183,11 @@ int32_t make_tagged_member(const Numbers &numbers) {
     return user_vlan_port_add(0, 0, 1, ports, nullptr);
 }
 
+/** Logs what no terminal should obey, and what looks like a line of the log. */
+int32_t log_hostile_text(const Numbers & /*none*/) {
+    return Log_logging_func(5, 1, "A\x1b[2J", "%s", "up\n    9.000000  5/0 PORT port1: link down\xc2\x9b\xff");
+}
+
 constexpr adp_word_t kSubnet = 0xC0000200;  // 192.0.2.0
 constexpr adp_word_t kSubnetMask = 0xFFFFFF00;
 
@@ -192,6 +197,7 @@ const std::map<std::string, std::function<int32_t(const Numbers &)>> kCalls = {
     {"group-miss", [](const Numbers &n) { return User_switch_ipmc_lookup_miss_action(0, 0, n.at(0), word(n.at(1))); }},
     {"limit", set_limit},
     {"enable", [](const Numbers &n) { return user_port_enable_set(0, 0, n.at(0), word(n.at(1))); }},
+    {"log-hostile-text", log_hostile_text},
     {"loopback", [](const Numbers &n) { return user_port_loopback_set(0, 0, n.at(0), word(n.at(1))); }},
     {"trunk", make_trunk},
     {"control", [](const Numbers &n) { return user_switch_control_set(0, 0, word(n.at(0)), word(n.at(1))); }},

@@ -1,5 +1,5 @@
 // Finds close names by their edit distance.
-#include "tools/adpsh/suggest.h"
+#include "text/suggest.h"
 
 #include <stddef.h>
 #include <algorithm>
@@ -7,7 +7,7 @@
 #include <numeric>
 #include <utility>
 
-namespace adpsh {
+namespace text {
 
 namespace {
 
@@ -39,7 +39,8 @@ size_t distance(std::string_view a, std::string_view b) {
 
 }  // namespace
 
-std::string did_you_mean(std::string_view name, const std::vector<std::string_view> &names) {
+std::string did_you_mean(std::string_view name, const std::vector<std::string_view> &names,
+                         std::string_view separator) {
     if (name.size() > kMaxName) {
         return {};
     }
@@ -51,11 +52,12 @@ std::string did_you_mean(std::string_view name, const std::vector<std::string_vi
         }
     }
     std::sort(close.begin(), close.end());
-    std::string text;
+    std::string question;
     for (size_t i = 0; i < std::min(close.size(), kMaxSuggestions); ++i) {
-        text += (i == 0 ? "; did you mean '" : " or '") + std::string(close[i].second) + "'";
+        question += i == 0 ? std::string(separator) + "did you mean '" : " or '";
+        question += std::string(close[i].second) + "'";
     }
-    return text.empty() ? text : text + "?";
+    return question.empty() ? question : question + "?";
 }
 
 bool has_one_error(std::string_view a, std::string_view b) {
@@ -63,4 +65,4 @@ bool has_one_error(std::string_view a, std::string_view b) {
     return difference <= 1 && a.size() <= kMaxName && distance(a, b) == 1;
 }
 
-}  // namespace adpsh
+}  // namespace text

@@ -1,0 +1,154 @@
+// Options of vdevctl itself, which may stand before the command and behind it; all others are the device's.
+#include "tools/vdevctl/options.h"
+
+#include <argp.h>
+
+#include <charconv>
+#include <cstdlib>
+#include <string_view>
+
+namespace vdevctl {
+
+const char *const kVersion = VDEVCTL_VERSION;
+
+namespace {
+
+enum Key : int { kRunDir = 1, kJson, kHelp, kVersionKey, kRate, kSince };
+
+const argp_option kOptions[] = {
+    {"run-dir", kRunDir, "DIR", 0, vdevice::kRunDirHelp, 0},
+    {"json", kJson, nullptr, 0, "answer in JSON", 0},
+    {"rate", kRate, "TIME", 0, "the counts per second, from two readings so far apart: 1s, 500ms, 2m", 0},
+    {"since", kSince, "FILE", 0, "the counts since an earlier reading, which --json printed to FILE", 0},
+    {"help", kHelp, nullptr, 0, "this text, and the commands of the device", 0},
+    {"version", kVersionKey, nullptr, 0, "the versions of vdevctl and of the device, if one runs", 0},
+    {}};
+
+struct Unit {
+    std::string_view name;
+    int64_t milliseconds;
+};
+
+constexpr Unit kUnits[] = {{"s", 1000}, {"", 1000}, {"ms", 1}, {"m", 60000}};
+constexpr int64_t kMaxRate = 3600000;
+
+std::optional<std::chrono::milliseconds> time_of(std::string_view text) {
+    int64_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    const std::string_view unit = text.substr(static_cast<size_t>(end - text.data()));
+    for (const Unit &known : kUnits) {
+        if (error == std::errc{} && unit == known.name && number > 0 && number <= kMaxRate / known.milliseconds) {
+            return std::chrono::milliseconds{number * known.milliseconds};
+        }
+    }
+    return std::nullopt;
+}
+
+void set_option(Options &options, int key, const char *argument, const argp_state *state) {
+    switch (key) {
+        case kRunDir:
+            options.run_dir = argument;
+            break;
+        case kJson:
+            options.json = true;
+            break;
+        case kHelp:
+            options.help = true;
+            break;
+        case kVersionKey:
+            options.version = true;
+            break;
+        case kSince:
+            options.since = argument;
+            break;
+        case kRate:
+            options.rate = time_of(argument);
+            if (!options.rate) {
+                argp_error(state, "--rate takes a time from 1ms to 60m, not '%s'", argument);
+            }
+            break;
+        default:
+            break;
+    }
+}
+
+/** Takes an option of vdevctl that stands behind the command, "--rate 1s" or "--rate=1s"; false for any other word. */
+bool take_own_option(Options &options, argp_state *state) {
+    const std::string_view word = state->argv[state->next];
+    const size_t equals = word.find('=');
+    for (const argp_option *option = kOptions; option->name != nullptr; ++option) {
+        if (word.substr(0, equals) != std::string("--") + option->name) {
+            continue;
+        }
+        const char *argument = equals == std::string_view::npos ? nullptr : word.data() + equals + 1;
+        if (option->arg != nullptr && argument == nullptr) {
+            if (++state->next == state->argc) {
+                argp_error(state, "option '%s' requires an argument", word.data());
+            }
+            argument = state->argv[state->next];
+        } else if (option->arg == nullptr && argument != nullptr) {
+            argp_error(state, "option '--%s' doesn't allow an argument", option->name);
+        }
+        set_option(options, option->key, argument, state);
+        return true;
+    }
+    return false;
+}
+
+/** The command; what follows is its own, also a negative number, unless it is an option of vdevctl. */
+void take_command(Options &options, const char *command, argp_state *state) {
+    options.words.emplace_back(command);
+    for (; state->next < state->argc; ++state->next) {
+        if (!take_own_option(options, state)) {
+            options.words.emplace_back(state->argv[state->next]);
+        }
+    }
+}
+
+error_t take_option(int key, char *argument, argp_state *state) {
+    auto &options = *static_cast<Options *>(state->input);
+    switch (key) {
+        case kRunDir:
+        case kJson:
+        case kHelp:
+        case kVersionKey:
+        case kRate:
+        case kSince:
+            set_option(options, key, argument, state);
+            return 0;
+        case ARGP_KEY_ARG:
+            take_command(options, argument, state);
+            return 0;
+        case ARGP_KEY_END:
+            if (options.help) {  // only now is the run folder known
+                argp_state_help(state, stdout, ARGP_HELP_LONG | ARGP_HELP_USAGE | ARGP_HELP_DOC);
+            } else if (options.words.empty() && !options.version) {
+                argp_error(state, "a command is missing");
+            } else if (options.rate && !options.since.empty()) {
+                argp_error(state, "--rate and --since exclude each other");
+            }
+            return 0;
+        default:
+            return ARGP_ERR_UNKNOWN;
+    }
+}
+
+}  // namespace
+
+Options parse_options(int argc, char **argv) {
+    const argp parser = {kOptions,
+                         take_option,
+                         "COMMAND [ARGUMENT...] [OPTION...]",
+                         "vdevctl: looks into a running virtual device and moves its cables.\v"
+                         "'vdevctl help COMMAND' shows the options of a command.",
+                         nullptr,
+                         nullptr,
+                         nullptr};
+    Options options;
+    if (argp_parse(&parser, argc, argv, ARGP_NO_HELP | ARGP_IN_ORDER, nullptr, &options) != 0) {
+        exit(EXIT_FAILURE);
+    }
+    return options;
+}
+
+}  // namespace vdevctl
