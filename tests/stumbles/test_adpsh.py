@@ -38,7 +38,8 @@ ALONE = {
     "vlans": ["unknown call 'vlans'", "device vlans"],
     "show intf_to_phy_port": ["null", "map"],
     "{1-4}": ["a line begins with the name of a call", "help"],
-    "adp_vlan_create 100": ["= -1", "user_vlan_create gave -1: the call did not reach the device"],
+    "adp_vlan_create 100": ["= -1", "user_vlan_create gave -1: the call did not reach the device; "
+                            "start vdeviced, or name its folder with --run-dir"],
     "adp_intf_2_phy_id agg1": ["= -1"],
     "adp_vlan_port_set 100 {1} {}": ["the port map of this process is empty", "'map'"],
     "adp_set_port_mstp_state 0 1 forwarding": ["is neither a number nor a constant", "ADP_STG_STATE_FORWARDING"],
@@ -73,8 +74,9 @@ BESIDE_A_DEVICE = [
     ("vlans", ["300"]),
     ("ports", ["port"]),
     ("device", ["vlans", "macs"]),
-    ("device portz", ["There is no command 'portz'"]),
-    ("portz", ["unknown call 'portz'"]),
+    ("device portz", ["unknown command 'portz'", "did you mean 'ports'?"]),
+    ("portz", ["unknown call 'portz'; did you mean 'ports'?"]),
+    ("status", ["'device status' asks the device"]),
     ("adp_set_port_mstp_state 3 1 ADP_STG_STATE_BLOCKING", ["stg_missing of the virtual device"]),
 ]
 

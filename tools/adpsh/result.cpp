@@ -56,7 +56,7 @@ std::string failure_text(const Failure &failure) {
     const std::string text = fmt::format("{}{} gave {}", failure.call,
                                          failure.port ? " on " + port_text(*failure.port) : "", failure.result);
     if (failure.result == kUnreached) {
-        return text + ": the call did not reach the device";
+        return text + ": the call did not reach the device; start vdeviced, or name its folder with --run-dir";
     }
     const StatusEntry *const known = find_device_result(failure.result);
     return known == nullptr ? text : fmt::format("{}, {} of the virtual device: {}", text, known->name, known->meaning);

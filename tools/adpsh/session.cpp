@@ -24,8 +24,8 @@ bool may_be_subject(const std::string &name) {
     return name.find('_') == std::string::npos;
 }
 
-[[noreturn]] void reject_unknown(const std::string &name) {
-    std::vector<std::string_view> names;
+[[noreturn]] void reject_unknown(const std::string &name, const std::vector<std::string> &subjects) {
+    std::vector<std::string_view> names(subjects.begin(), subjects.end());
     for (const Builtin &builtin : builtins()) {
         names.push_back(builtin.name);
     }
@@ -109,7 +109,7 @@ void Session::execute_unknown(const Command &command) {
     const std::vector<std::string> subjects =
         may_be_subject(command.name) ? device_subjects() : std::vector<std::string>();
     if (std::find(subjects.begin(), subjects.end(), command.name) == subjects.end()) {
-        reject_unknown(command.name);
+        reject_unknown(command.name, subjects);
     }
     Command asked{"device", {{{}, {Value::Form::kWord, command.name, {}}}}};
     asked.arguments.insert(asked.arguments.end(), command.arguments.begin(), command.arguments.end());

@@ -192,7 +192,8 @@ def test_a_failed_call_is_not_a_malformed_line(environment):
     ended = run(environment, "--command", "adp_vlan_create 1", "adp_get_agg_group agg9 2")
     assert ended.returncode == 0
     assert ended.stdout.splitlines() == [
-        "= -1 (ADP_FAIL: a driver call failed: user_vlan_create gave -1: the call did not reach the device)",
+        "= -1 (ADP_FAIL: a driver call failed: user_vlan_create gave -1: the call did not reach the device; "
+        "start vdeviced, or name its folder with --run-dir)",
         "= -1 (ADP_FAIL: map, socket or frame-path failure, or a list too short: all bits set)",
         "  count = 0", "  members = [0, 0]"]
 
@@ -215,7 +216,8 @@ def test_text_for_people(environment):
         "= 0 (success)",
         "    user_port_untagged_vlan_get(unit=0, zero=0, port=12) -> -1 {vid=0}",
         "= 102 (ADP_E_DRIVER: a driver call failed: user_port_untagged_vlan_get on user port 9 (physical port 12) gave -1: "
-        "the call did not reach the device)",
+        "the call did not reach the device; "
+        "start vdeviced, or name its folder with --run-dir)",
         "  vid = 0",
         "= 0 (success)",
         "  bitmap = {4,29} = [0x20000010, 0x00000000]"]
