@@ -28,6 +28,7 @@ ALONE = {
     "calls speed": ["adp_set_phy_port_attr intf selector value mode"],
     "calls pvid": ["adp_intf_pivd_set intf vid"],
     "calls tpid": ["adp_double_tag_tipd_set", "adp_double_tag_tpid_get"],
+    "calls spanning": ["adp_set_port_mstp_state stg intf state"],
     "calls xyzzy": ["no call matches", "help"],
     "adp_vlan_crate 5": ["did you mean 'adp_vlan_create'"],
     "adp_vlan_port_get": ["usage: adp_vlan_port_get vid [members] [untagged] -> members untagged"],

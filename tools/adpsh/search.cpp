@@ -1,8 +1,9 @@
-// Search by words: in names, in the purposes of calls, and in the constants that calls take.
+// Search by words: in names, in the purposes of calls, in the constants that calls take, and in topics.
 #include "tools/adpsh/search.h"
 
 #include "text/suggest.h"
 #include "tools/adpsh/parameter.h"
+#include "tools/adpsh/topics.h"
 
 #include <algorithm>
 #include <cctype>
@@ -44,6 +45,14 @@ bool has_field(const exported::Structure &structure, std::string_view word) {
                        [word](const calls::Field &field) { return is_like(word, field.name); });
 }
 
+bool is_of_topic(const exported::Call &call, std::string_view word) {
+    return std::any_of(topics().begin(), topics().end(), [&](const Topic &topic) {
+        const std::vector<std::string> names =
+            contains(topic.name, word) ? calls_of(topic) : std::vector<std::string>();
+        return std::find(names.begin(), names.end(), call.name) != names.end();
+    });
+}
+
 template <typename Rows, typename Test>
 auto matching(const Rows &rows, Test is_wanted) {
     std::vector<const typename Rows::element_type *> found;
@@ -77,7 +86,7 @@ std::vector<const exported::Call *> calls_about(std::string_view word) {
     auto named = matching(exported::calls(), [word](const exported::Call &call) { return is_like(word, call.name); });
     const auto described = matching(exported::calls(), [&](const exported::Call &call) {
         return !is_like(word, call.name) &&
-               (has_word(purpose_of(call.doc), word) ||
+               (has_word(purpose_of(call.doc), word) || is_of_topic(call, word) ||
                 std::any_of(constants.begin(), constants.end(),
                             [&call](const exported::Constant *each) { return takes_constant(call, *each); }));
     });

@@ -15,7 +15,8 @@ namespace adpsh {
 /** Whether the name contains the word, or has a part that is the word but for one typing error. */
 bool is_like(std::string_view word, std::string_view name);
 
-/** Calls whose name is like the word; then those whose purpose has it, or that take a constant that it names. */
+/** Calls whose name is like the word; then those whose purpose or topic has it, or that take a constant that it names.
+ */
 std::vector<const exported::Call *> calls_about(std::string_view word);
 /** Constants with the word in name or remark. */
 std::vector<const exported::Constant *> constants_about(std::string_view word);

@@ -70,7 +70,7 @@ constexpr std::array kTopics = {
           "adp_get_dot1p_map ADP_MAP_DOT1P"},
     Topic{"queue", "Says in which order the queues of a port send, and how fast.",
           "adp_qos_init adp_set_port_queue_sch_mode adp_set_queue_weight_pri adp_cosq_sched_set adp_cosq_sched_get "
-          "adp_set_port_egress_shaper adp_get_port_egress_shaper adp_set_queue_shaper adp_get_queue_shaper",
+          "adp_set_port_egress_shaper adp_get_port_egress_shaper",
           "adp_set_port_egress_shaper 1 10000 0\n"
           "adp_get_port_egress_shaper 1"},
     Topic{"storm", "Limits broadcast, multicast and unknown unicast frames, and what a port receives.",
