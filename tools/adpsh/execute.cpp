@@ -24,8 +24,8 @@ Fault run(Outcome &outcome, ExecuteOptions options) {
     const Fault fault = run_guarded([&outcome] { outcome.result = outcome.arguments->invoke(); });
     call_trace::enabled = false;
     outcome.trace = call_trace::take();
-    if (std::optional<call_trace::Failure> failure = call_trace::take_failure(); outcome.result != 0) {
-        outcome.failure = std::move(failure);
+    if (const auto failure = call_trace::take_failure(); outcome.result != 0) {
+        outcome.failure = failure;
     }
     outcome.events = take_events();
     return fault;
