@@ -141,6 +141,14 @@ def test_a_full_disk_is_no_success(nowhere, form, line):
     assert "cannot write the answers to standard output: No space left on device" in ended.stderr
 
 
+@pytest.mark.parametrize("option", ["--help", "--version"])
+def test_a_full_disk_is_no_success_for_help_either(nowhere, option):
+    with open("/dev/full", "w", encoding="utf-8") as full:
+        ended = run(nowhere, option, stdout=full)
+    assert ended.returncode == 1
+    assert ended.stderr == "adpsh: cannot write to standard output: No space left on device\n"
+
+
 def at_terminal(environment, typed):
     """What stands on the terminal at the end."""
     ours, theirs = pty.openpty()

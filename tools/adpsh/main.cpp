@@ -6,8 +6,10 @@
 
 #include <argp.h>
 #include <unistd.h>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <iostream>
 
@@ -117,9 +119,18 @@ int start(const Options &options) {
     return good ? 0 : 1;
 }
 
+/** What the options' parser prints before it ends the program must have arrived, too. */
+void check_output() {
+    if (std::ferror(stdout) == 0 && std::fflush(stdout) != 0) {
+        std::fprintf(stderr, "adpsh: cannot write to standard output: %s\n", std::strerror(errno));
+        std::_Exit(1);
+    }
+}
+
 }  // namespace
 
 int main(int argc, char **argv) {
+    std::atexit(check_output);
     argp_err_exit_status = 1;
     argp_program_version = "adpsh " ADPSH_VERSION;
     try {
