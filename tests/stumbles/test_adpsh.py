@@ -125,6 +125,24 @@ def test_the_warning_about_the_map_is_given_once(nowhere):
     assert ended.stderr.count("warning: the port map") == 1
 
 
+# Arguments of the program without the quotes that make them a line.
+UNQUOTED = [
+    (["adp_intf_2_phy_id", "2"], ["= 5"]),
+    (["adp_api_xlate_port_pbmp_p2a", "{1, 2}"], ["bitmap = {4,5}"]),
+    (["help", "vlan"], ["adp_vlan_create"]),
+    (["help", "adp_vlan_create"], ["usage: adp_vlan_create vid"]),
+    (["map", "adp_intf_2_phy_id", "2", "adp_intf_2_phy_id 3"], ["= 5", "= 6"]),
+    (["device", "vlans"], ["no vdeviced is running there"]),
+]
+
+
+def test_lines_without_quotes(nowhere):
+    for words, texts in UNQUOTED:
+        ended = run(nowhere, "--map", *words)
+        for text in texts:
+            assert text in ended.stdout + ended.stderr, (words, ended)
+
+
 def test_a_line_as_an_argument_and_options(nowhere):
     assert "= 4" in run(nowhere, "--map", "adp_intf_2_phy_id 1").stdout
     assert run(nowhere, "--version").stdout.startswith("adpsh ")
@@ -178,6 +196,7 @@ COMPLETED = {
     "adp_add_port_mirror 1 2 ADP_MIRROR_IN\t 1": "= 0 (success)",
     "adp_create_agg_group ag\t4": "= 0 (success)",
     "adp_add_port_mirror 1 2 ADP_MIRROR_INGRESS|ADP_MIRROR_EG\t 1": "= 0 (success)",
+    "adp_set_port_mstp_state 0 state=ADP_STG_STATE_FO\t 1": "= 0 (success)",
     "help adp_l2_ent\t": "MAC address, network order",
     "help spanning\t": "adp_create_mstp_instance 1",
     "device vla\t": "* default VLAN",

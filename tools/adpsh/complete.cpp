@@ -102,22 +102,46 @@ Names behind(const Command &command, bool has_beginning) {
     return call == nullptr ? names : behind_call(*call, command, has_beginning);
 }
 
+/** Behind NAME=. */
+Names behind_name(const Command &command, std::string_view name) {
+    const exported::Call *const call = exported::find_call(command.name);
+    if (call != nullptr) {
+        for (const calls::Param &parameter : call->params) {
+            if (name == parameter.name) {
+                return values_for(*call, parameter);
+            }
+        }
+    }
+    return {};
+}
+
+/** NAME, if the text ends with NAME=. */
+std::string_view name_before(std::string_view text) {
+    if (text.empty() || text.back() != '=') {
+        return {};
+    }
+    text.remove_suffix(1);
+    return text.substr(text.find_last_of(" \t") + 1);
+}
+
 }  // namespace
 
 std::vector<std::string> completions(std::string_view before, std::string_view beginning) {
     if (!before.empty() && before.back() == '|') {  // another flag of the same argument
         before = before.substr(0, before.find_last_of(" \t") + 1);
     }
+    const std::string_view named = name_before(before);
+    before.remove_suffix(named.empty() ? 0 : named.size() + 1);
     const auto parsed = parse_line(before);
     const Command *const command = std::get_if<Command>(&parsed);
     Names names;
     if (command == nullptr) {
-        add_names(exported::constants(), names);  // inside brackets, or behind NAME=
+        add_names(exported::constants(), names);  // inside brackets
     } else if (command->name.empty()) {
         add_names(builtins(), names);
         add_names(exported::calls(), names);
     } else {
-        names = behind(*command, !beginning.empty());
+        names = named.empty() ? behind(*command, !beginning.empty()) : behind_name(*command, named);
     }
     Names fitting;
     for (std::string &name : names) {

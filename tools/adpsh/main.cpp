@@ -1,4 +1,5 @@
 // adpsh: a shell for the switch adaptation layer. It executes the library's calls by name.
+#include "calls/exported.h"
 #include "tools/adpsh/builtins.h"
 #include "tools/adpsh/reader.h"
 #include "tools/adpsh/session.h"
@@ -6,6 +7,7 @@
 
 #include <argp.h>
 #include <unistd.h>
+#include <cctype>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -21,6 +23,7 @@ struct Options {
     bool map = false;
     std::string script;
     std::vector<std::string> commands;
+    bool is_unquoted = false;  ///< the last of them was given in single words
 };
 
 enum Key : int { kJson = 1, kTrace, kKeepGoing, kScript, kCommand, kMap, kRunDir };
@@ -41,6 +44,33 @@ constexpr char kHelp[] =
     "A "
     "script ends with status 1 at the first line "
     "that cannot be executed, whatever status the calls return. Try the line: help";
+
+/**
+ * Whether an argument is not a line of its own but belongs to the line before, whose quotes somebody forgot: what no
+ * line begins with, a word that is no command, and a word behind a command that takes one.
+ */
+bool continues(const std::string &line, const std::string &argument) {
+    const bool is_name = !argument.empty() && (std::isalpha(static_cast<unsigned char>(argument[0])) != 0 ||
+                                               argument[0] == '_' || argument[0] == '#' || argument[0] == '?');
+    if (!is_name) {
+        return true;
+    }
+    if (argument.find_first_of(" \t") != std::string::npos) {
+        return false;
+    }
+    const adpsh::Builtin *const before = adpsh::find_builtin(line);
+    const bool is_command = adpsh::find_builtin(argument) != nullptr || exported::find_call(argument) != nullptr;
+    return !is_command || (before != nullptr && !before->arguments.empty());
+}
+
+void take_line(Options &options, const std::string &argument) {
+    if (options.is_unquoted && continues(options.commands.back(), argument)) {
+        options.commands.back() += " " + argument;
+    } else {
+        options.commands.push_back(argument);
+        options.is_unquoted = argument.find_first_of(" \t") == std::string::npos;
+    }
+}
 
 error_t take_option(int key, char *argument, argp_state *state) {
     auto &options = *static_cast<Options *>(state->input);
@@ -64,7 +94,10 @@ error_t take_option(int key, char *argument, argp_state *state) {
             ::setenv("VDEVICE_DIR", argument, 1);  // where the driver library looks, too
             return 0;
         case ARGP_KEY_ARG:
+            take_line(options, argument);
+            return 0;
         case kCommand:
+            options.is_unquoted = false;
             options.commands.emplace_back(argument);
             return 0;
         default:
