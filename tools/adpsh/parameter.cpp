@@ -83,9 +83,13 @@ std::vector<const exported::Constant *> constants_of(const exported::Call &call,
     return found;
 }
 
-bool takes_constant(const exported::Call &call, const exported::Constant &constant) {
-    return std::any_of(call.params.begin(), call.params.end(),
-                       [&](const calls::Param &parameter) { return names(description_of(call, parameter), constant); });
+bool takes_one(const exported::Call &call, const std::vector<const exported::Constant *> &constants) {
+    return std::any_of(call.params.begin(), call.params.end(), [&](const calls::Param &parameter) {
+        const std::string description = description_of(call, parameter);
+        return std::any_of(constants.begin(), constants.end(), [&description](const exported::Constant *constant) {
+            return names(description, *constant);
+        });
+    });
 }
 
 }  // namespace adpsh

@@ -17,7 +17,7 @@ std::string description_of(const exported::Call &call, const calls::Param &param
 /** The constants that the description names: those of `enum TAG`, or those that begin as `ADP_PREFIX_...` does. */
 std::vector<const exported::Constant *> constants_of(const exported::Call &call, const calls::Param &parameter);
 
-/** Whether the call has a parameter with this constant. */
-bool takes_constant(const exported::Call &call, const exported::Constant &constant);
+/** Whether the call has a parameter with one of these constants. */
+bool takes_one(const exported::Call &call, const std::vector<const exported::Constant *> &constants);
 
 }  // namespace adpsh

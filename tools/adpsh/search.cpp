@@ -86,9 +86,7 @@ std::vector<const exported::Call *> calls_about(std::string_view word) {
     auto named = matching(exported::calls(), [word](const exported::Call &call) { return is_like(word, call.name); });
     const auto described = matching(exported::calls(), [&](const exported::Call &call) {
         return !is_like(word, call.name) &&
-               (has_word(purpose_of(call.doc), word) || is_of_topic(call, word) ||
-                std::any_of(constants.begin(), constants.end(),
-                            [&call](const exported::Constant *each) { return takes_constant(call, *each); }));
+               (has_word(purpose_of(call.doc), word) || is_of_topic(call, word) || takes_one(call, constants));
     });
     named.insert(named.end(), described.begin(), described.end());
     return named;
