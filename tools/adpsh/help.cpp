@@ -83,6 +83,9 @@ std::optional<Answer> about_name(const std::string &word) {
     if (const std::string text = device_result_text(word); !text.empty()) {
         return Answer{text, {{"help", word}, {"doc", text}}};
     }
+    if (const exported::Constant *const result = library_result(word)) {
+        return describe(*result);
+    }
     return describe_enumeration(word);
 }
 

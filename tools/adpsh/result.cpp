@@ -45,6 +45,9 @@ const exported::Constant *find_status(int64_t status) {
 }
 
 std::string port_text(int64_t port) {
+    if (port < 0) {
+        return fmt::format("port {} (no port)", port);
+    }
     const int32_t intf = adp_phy_2_intf_id(static_cast<uint32_t>(port));
     return intf == 0  ? fmt::format("the CPU port ({})", port)
            : intf > 0 ? fmt::format("user port {} (physical port {})", intf, port)
@@ -109,14 +112,24 @@ std::string_view device_name_of(int64_t result) {
     return known == nullptr ? std::string_view() : known->name;
 }
 
-std::string device_result_text(std::string_view name) {
+std::string device_result_text(std::string_view word) {
     for (const StatusEntry &row : vdevice::chip::status_table()) {
-        if (row.name == name && row.status != vdevice::chip::Status::kOk) {
+        const bool is_meant = row.name == word || std::to_string(vdevice::chip::code(row.status)) == word;
+        if (is_meant && row.status != vdevice::chip::Status::kOk) {
             return fmt::format("{} = {}\na result of the virtual device: {}", row.name, vdevice::chip::code(row.status),
                                row.meaning);
         }
     }
     return {};
+}
+
+const exported::Constant *library_result(std::string_view number) {
+    for (const exported::Constant &constant : exported::constants()) {
+        if (std::to_string(constant.value) == number && find_status(constant.value) == &constant) {
+            return &constant;
+        }
+    }
+    return nullptr;
 }
 
 std::string result_text(const Outcome &outcome) {

@@ -16,8 +16,11 @@ namespace adpsh {
 /** The virtual device's name for a driver call's result; empty if it has none. */
 std::string_view device_name_of(int64_t result);
 
-/** A name that the virtual device gives a result, as help; empty if it gives none of this name. */
-std::string device_result_text(std::string_view name);
+/** What the virtual device means by a result, given by its name or as a number; empty if it means nothing. */
+std::string device_result_text(std::string_view word);
+
+/** The library's code with this number; null if there is none. */
+const exported::Constant *library_result(std::string_view number);
 
 /** `-11 (vlan_exists of the virtual device: the VLAN exists already)`, or the result alone. */
 std::string result_text(const Outcome &outcome);

@@ -34,7 +34,10 @@ bool may_be_subject(const std::string &name) {
     }
     const std::string word = written({Value::Form::kWord, name, {}});
     std::string hint = text::did_you_mean(name, names);
-    if (hint.empty() && may_be_subject(name)) {
+    if (exported::find_constant(name) != nullptr || exported::find_structure(name) != nullptr ||
+        exported::find_table(name) != nullptr) {
+        hint = "; 'help " + word + "' describes it";
+    } else if (hint.empty() && may_be_subject(name)) {
         hint = "; 'help " + word + "' searches for it, and 'device " + word + "' asks the device";
     }
     throw LineError("unknown call '" + word + "'" + hint);

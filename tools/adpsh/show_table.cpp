@@ -128,7 +128,10 @@ Answer run_show(Session &, const Command &command) {
         for (const exported::Table &each : exported::tables()) {
             names.emplace_back(each.name);
         }
-        throw LineError("unknown table '" + words[0] + "'" + text::did_you_mean(words[0], names));
+        const std::string hint = text::did_you_mean(words[0], names);
+        throw LineError(
+            "unknown table '" + words[0] + "'" +
+            (hint.empty() ? "; 'show' lists the library's tables, 'device' what the device can be asked" : hint));
     }
     if (table->address == nullptr) {
         throw LineError("the loaded library has no " + words[0]);

@@ -62,6 +62,8 @@ REJECTED = {
     "show agg_inf": "unknown table 'agg_inf'; did you mean 'agg_info'?",
     "help adp_nothing_like_it": "unknown call 'adp_nothing_like_it'",
     "map 3": "usage: map",
+    "device ports": "no vdeviced is running there",
+    "device {1}": "usage: device [SUBJECT]",
 }
 
 

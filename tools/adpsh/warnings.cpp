@@ -38,6 +38,20 @@ std::string beyond_map(const Slot &slot) {
                        adp_max_phy_port_num, count == 1 ? "it" : "them");
 }
 
+/** About a user port that a call rejected. */
+std::string no_such_port(const Outcome &outcome, const Slot &slot) {
+    const calls::Param &parameter = *slot.parameter;
+    if (outcome.result == 0 || !parameter.element.is_interface || parameter.direction != calls::Direction::kValue) {
+        return {};
+    }
+    const int64_t intf = calls::load(parameter.element.kind, slot.storage.data());
+    if (intf >> ADP_INTF_TYPE_SHIFT != ADP_INTF_TYPE_USER_PORT || intf <= adp_max_phy_port_num) {
+        return {};
+    }
+    return fmt::format("'{}': port {} is beyond the map, which has user ports 1 to {}", parameter.name, intf,
+                       adp_max_phy_port_num);
+}
+
 bool takes_interfaces(const Outcome &outcome) {
     const auto &slots = outcome.arguments->slots();
     return std::any_of(slots.begin(), slots.end(), [](const Slot &slot) {
@@ -67,7 +81,7 @@ std::vector<std::string> warnings_of(const Outcome &outcome) {
         return warnings;
     }
     for (const Slot &slot : outcome.arguments->slots()) {
-        std::string warning = is_interface_set(slot) ? beyond_map(slot) : std::string();
+        std::string warning = is_interface_set(slot) ? beyond_map(slot) : no_such_port(outcome, slot);
         if (!warning.empty()) {
             warnings.push_back(std::move(warning));
         }
