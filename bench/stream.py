@@ -50,6 +50,13 @@ def conditions_of(number):
     return [(IN_PORTS, {SENDER}), *kinds[number % len(kinds)]]
 
 
+def counts_of_interfaces():
+    """{interface: the numbers of its row in /proc/net/dev} of the namespace that the thread is in."""
+    _, _, *lines = pathlib.Path("/proc/thread-self/net/dev").read_text(encoding="ascii").splitlines()
+    rows = (line.split(":") for line in lines)
+    return {name.strip(): [int(number) for number in numbers.split()] for name, numbers in rows}
+
+
 class Bed:
     """The device and its hosts. The hosts' kernels answer nothing, and no socket listens at the receiver."""
 
@@ -86,11 +93,9 @@ class Bed:
 
     def frames(self, port):
         """(sent, received) by a port's host so far."""
-        name = host_interface(port)
         with self._hosts[port].entered():
-            lines = pathlib.Path("/proc/thread-self/net/dev").read_text(encoding="ascii").splitlines()
-        counts = next(line for line in lines if line.strip().startswith(f"{name}:")).split(":")[1].split()
-        return int(counts[SENT_FRAMES]), int(counts[RECEIVED_FRAMES])
+            counts = counts_of_interfaces()[host_interface(port)]
+        return counts[SENT_FRAMES], counts[RECEIVED_FRAMES]
 
     def learn(self, addresses):
         """Has the device learn that many addresses at the receiver, and the sender's."""

@@ -22,6 +22,7 @@ constexpr uint16_t kTypeIpv4 = 0x0800;
 constexpr uint16_t kVersionAndLength = 0x4500;
 constexpr uint16_t kTimeToLiveAndUdp = 0x4011;
 constexpr uint16_t kFirstPort = 10000;
+constexpr uint8_t kBroadcastOctet = 0xFF;
 constexpr uint16_t kMacPrefix = 0x02BE;
 constexpr uint32_t kNetwork = 0x0A000000;
 
@@ -68,6 +69,9 @@ constexpr uint8_t kUdpSegments = 5;
 Frame frame_of(const Flow &flow, size_t size) {
     Frame frame(size);
     put_mac(frame, 0, flow.destination);
+    if (flow.to_all) {
+        std::fill_n(frame.begin(), kMacBytes, kBroadcastOctet);
+    }
     put_mac(frame, kMacBytes, flow.source);
     put16(frame, kTypeAt, kTypeIpv4);
     put16(frame, kIpAt, kVersionAndLength);
@@ -97,11 +101,11 @@ Frame train_of(const Flow &flow, size_t size, size_t frames) {
     return train;
 }
 
-std::vector<Flow> flows_to_stations(Station source, size_t flows, size_t stations) {
+std::vector<Flow> flows_to_stations(Station source, size_t flows, size_t stations, bool to_all) {
     std::vector<Flow> made;
     for (size_t i = 0; i < flows; ++i) {
         const auto destination = static_cast<Station>(i * stations / flows);
-        made.push_back({source, destination, static_cast<uint16_t>(kFirstPort + i)});
+        made.push_back({source, destination, static_cast<uint16_t>(kFirstPort + i), to_all});
     }
     return made;
 }

@@ -19,6 +19,7 @@ struct Flow {
     Station source;
     Station destination;
     uint16_t source_port;
+    bool to_all = false; /**< to the broadcast MAC address */
 };
 
 /** An IPv4 packet with UDP inside, of this length with its Ethernet header. */
@@ -31,6 +32,6 @@ Frame frame_of(const Flow &flow, size_t size);
 Frame train_of(const Flow &flow, size_t size, size_t frames);
 
 /** That many flows from one station to that many others, spread evenly over the flows. */
-std::vector<Flow> flows_to_stations(Station source, size_t flows, size_t stations);
+std::vector<Flow> flows_to_stations(Station source, size_t flows, size_t stations, bool to_all);
 
 }  // namespace bench

@@ -34,6 +34,7 @@ struct Options {
     size_t size = kSmallestFrame;
     size_t train = 1;
     double seconds = 1;
+    bool to_all = false;
 };
 
 /** Every station sends one frame to the other side. */
@@ -62,7 +63,7 @@ uint64_t stream(const Options &options) {
     using Kind = PacketSender::Kind;
     PacketSender sender{options.interface_name, options.train > 1 ? Kind::kTrains : Kind::kFrames};
     std::vector<Frame> turns;
-    for (const Flow &flow : flows_to_stations(options.first, options.flows, options.stations)) {
+    for (const Flow &flow : flows_to_stations(options.first, options.flows, options.stations, options.to_all)) {
         turns.push_back(turn_of(flow, options));
     }
     while (turns.size() % kBatch != 0) {
@@ -77,7 +78,7 @@ uint64_t stream(const Options &options) {
     return sent;
 }
 
-enum Key : int { kFirst = 1, kStations, kTo, kFlows, kTrain, kSize, kSeconds };
+enum Key : int { kFirst = 1, kStations, kTo, kFlows, kTrain, kSize, kSeconds, kToAll };
 
 const argp_option kOptions[] = {{"first", kFirst, "N", 0, "number of the first station that sends", 0},
                                 {"stations", kStations, "N", 0, "number of stations that send, or that are sent to", 0},
@@ -86,6 +87,7 @@ const argp_option kOptions[] = {{"first", kFirst, "N", 0, "number of the first s
                                 {"train", kTrain, "N", 0, "stream: frames of a flow at a time", 0},
                                 {"size", kSize, "BYTES", 0, "stream: bytes of a frame", 0},
                                 {"seconds", kSeconds, "S", 0, "stream: duration", 0},
+                                {"to-all", kToAll, nullptr, 0, "stream: to the broadcast address", 0},
                                 {}};
 
 error_t take_option(int key, char *argument, argp_state *state) {
@@ -112,6 +114,9 @@ error_t take_option(int key, char *argument, argp_state *state) {
             return read(options.size);
         case kSeconds:
             return read(options.seconds);
+        case kToAll:
+            options.to_all = true;
+            return 0;
         case ARGP_KEY_ARG:
             (state->arg_num == 0 ? options.interface_name : options.command) = argument;
             return state->arg_num < 2 ? 0 : ARGP_ERR_UNKNOWN;

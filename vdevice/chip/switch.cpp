@@ -31,6 +31,9 @@ Status Switch::change_port(int port, const std::function<Status(Port &)> &change
     }
     const bool was_up = at(port).is_up();
     const Status status = change(at(port));
+    if (queues().port(port).has_line()) {
+        update_line_speed(port);
+    }
     if (at(port).is_up() != was_up) {
         update_up_set(port);
     } else {
@@ -130,6 +133,10 @@ Status Switch::set_scheduler(Time now, int port, const SchedulerSettings &settin
     const Status status = tables_.queues.set_scheduler(now, port, settings);
     pipeline_.egress().announce_departure();
     return status;
+}
+
+void Switch::keep_to_speeds() {
+    (all_ports() - PortSet::of(kCpuPort)).for_each([&](int port) { update_line_speed(port); });
 }
 
 void Switch::set_storm_counting(StormType type, Counting counting, Time now) {

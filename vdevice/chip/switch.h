@@ -18,7 +18,10 @@ class Switch {
 
     explicit Switch(Sink &sink) : sink_{sink} {}
 
-    /** A frame from the wire, or on the CPU port one from the CPU, with the transmit tag. */
+    /**
+     * A frame from the wire, or on the CPU port one from the CPU, with the transmit tag. The time of a port never goes
+     * back; the frames of another port may be earlier ones.
+     */
     void receive(Time now, int port, Bytes frame);
     /** Lets the time-driven work happen, about once a second: ageing. */
     void tick(Time now);
@@ -56,6 +59,8 @@ class Switch {
     /** Limits what a port sends; a rate of 0 is no limit. */
     Status set_shaper(Time now, int port, const RateLimit &limit);
     Status set_scheduler(Time now, int port, const SchedulerSettings &settings);
+    /** From now on every port but the CPU's sends as fast as its speed lets it. */
+    void keep_to_speeds();
 
     const VlanTable &vlans() const { return tables_.vlans; }
     VlanTable &vlans() { return tables_.vlans; }
@@ -139,6 +144,7 @@ class Switch {
   private:
     Port &at(int port) { return tables_.port(port); }
     void update_up_set(int port);
+    void update_line_speed(int port) { tables_.queues.set_line_speed(port, at(port).phy.speed()); }
     void refresh_trunks();
     void release_addresses(int64_t trunk, const PortSet &kept);
 

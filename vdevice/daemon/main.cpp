@@ -20,6 +20,7 @@
 #include "vdevice/inspect/answer.h"
 #include "vdevice/io/error.h"
 #include "vdevice/io/event_loop.h"
+#include "vdevice/io/receive_ring.h"
 #include "vdevice/remote/server.h"
 #include "vdevice/sockets/run_dir.h"
 #include "vdevice/sockets/unique_fd.h"
@@ -29,11 +30,12 @@ namespace {
 using vdevice::UniqueFd;
 using vdevice::io::Error;
 using vdevice::io::EventLoop;
+using vdevice::io::ReceiveRing;
 
 struct Options {
     std::string run_dir = vdevice::default_run_dir();
-    bool create_interfaces = false;
     vdevice::driver::Board board;
+    vdevice::DeviceOptions device;
 };
 
 /** Makes the signals that end the daemon arrive as events, and ignores the signal of broken sockets. */
@@ -55,6 +57,11 @@ void run(const Options &options) {
         throw Error{"cannot wire such a board: the user ports must lie on the chip's ports 1 to " +
                     std::to_string(vdevice::chip::Switch::kPorts - 1) + "."};
     }
+    if (!ReceiveRing::may_have(options.device.ring_slots)) {
+        throw Error{"cannot make such rings: the number of slots must be a multiple of " +
+                    std::to_string(ReceiveRing::kSlotsInBlock) + " from " + std::to_string(ReceiveRing::kSlotsInBlock) +
+                    " to " + std::to_string(ReceiveRing::kMostSlots) + "."};
+    }
     umask(S_IRWXG | S_IRWXO);  // the sockets are for their owner only, from the moment they exist
     EventLoop loop;
     const UniqueFd signals = end_signals();
@@ -64,7 +71,7 @@ void run(const Options &options) {
     vdevice::ControlServer control{loop, vdevice::control_socket(options.run_dir), [&](const nlohmann::json &request) {
                                        return vdevice::inspect::answer(*running, request);
                                    }};
-    vdevice::Device device{loop, options.board, options.create_interfaces};
+    vdevice::Device device{loop, options.board, options.device};
     running = &device;
     vdevice::remote::Server server{device.calls(), vdevice::driver_socket(options.run_dir)};
     vdevice::serve_extra(server, device);
@@ -74,14 +81,21 @@ void run(const Options &options) {
     loop.run();
 }
 
-enum Key : int { kRunDir = 1, kCreateInterfaces, kUserPorts, kFirstPort };
+enum Key : int { kRunDir = 1, kCreateInterfaces, kUserPorts, kFirstPort, kRingSlots, kLineRate };
 
-const argp_option kOptions[] = {{"run-dir", kRunDir, "DIR", 0, vdevice::kRunDirHelp, 0},
-                                {"create-interfaces", kCreateInterfaces, nullptr, 0,
-                                 "make the interface pairs cpu0/eth0, port1/host1, ... and remove them at the end", 0},
-                                {"user-ports", kUserPorts, "N", 0, "number of user ports, 26 by default", 0},
-                                {"first-port", kFirstPort, "P", 0, "chip port of user port 1, 4 by default", 0},
-                                {}};
+const argp_option kOptions[] = {
+    {"run-dir", kRunDir, "DIR", 0, vdevice::kRunDirHelp, 0},
+    {"create-interfaces", kCreateInterfaces, nullptr, 0,
+     "make the interface pairs cpu0/eth0, port1/host1, ... and remove them at the end", 0},
+    {"user-ports", kUserPorts, "N", 0, "number of user ports, 26 by default", 0},
+    {"first-port", kFirstPort, "P", 0, "chip port of user port 1, 4 by default", 0},
+    {"ring-slots", kRingSlots, "N", 0,
+     "slots of each port's receive ring, a multiple of 16, 2048 by default: 2 KiB each, "
+     "108 MiB for the rings of 26 user ports and the CPU port",
+     0},
+    {"line-rate", kLineRate, nullptr, 0,
+     "user ports send no faster than their speed; by default as fast as the machine can", 0},
+    {}};
 
 template <typename Number>
 void read_number(const argp_state *state, std::string_view text, Number &number) {
@@ -98,13 +112,19 @@ error_t take_option(int key, char *argument, argp_state *state) {
             options.run_dir = argument;
             return 0;
         case kCreateInterfaces:
-            options.create_interfaces = true;
+            options.device.create_interfaces = true;
             return 0;
         case kUserPorts:
             read_number(state, argument, options.board.user_ports);
             return 0;
         case kFirstPort:
             read_number(state, argument, options.board.first_port);
+            return 0;
+        case kRingSlots:
+            read_number(state, argument, options.device.ring_slots);
+            return 0;
+        case kLineRate:
+            options.device.line_rate = true;
             return 0;
         default:
             return ARGP_ERR_UNKNOWN;

@@ -2,6 +2,8 @@
 import os
 import stat
 
+import pytest
+
 from testing.daemon import DEADLINE, interfaces
 
 
@@ -72,6 +74,15 @@ def test_missing_interfaces_are_told(start, run_dir):
     assert device.process.returncode == 1
     assert errors.startswith("vdeviced: cannot find interface cpu0.")
     assert os.listdir(run_dir) == []
+
+
+@pytest.mark.parametrize("slots", ["0", "15", "100", "65552"])
+def test_impossible_rings_are_told(start, slots):
+    device = start("--ring-slots", slots)
+    _, errors = device.process.communicate(timeout=DEADLINE)
+    assert device.process.returncode == 1
+    assert errors == ("vdeviced: cannot make such rings: the number of slots must be a multiple of 16 from 16 to "
+                      "65536.\n")
 
 
 def test_impossible_boards_are_told(start):

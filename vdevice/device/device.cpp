@@ -4,6 +4,8 @@
 #include <sys/epoll.h>
 #include <sys/timerfd.h>
 
+#include <algorithm>
+
 #include "vdevice/io/error.h"
 
 namespace vdevice {
@@ -23,14 +25,17 @@ std::string host_interface(int user_port) {
 
 }  // namespace
 
-Device::Device(io::EventLoop &loop, driver::Board board, bool create_interfaces)
+Device::Device(io::EventLoop &loop, driver::Board board, const DeviceOptions &options)
     : loop_{loop}, chip_{*this}, driver_{chip_, board, [this] { return now(); }} {
-    if (create_interfaces) {
+    if (options.create_interfaces) {
         create_cables();
     }
-    add_wire(chip::Switch::kCpuPort, kCpuInterface);
+    if (options.line_rate) {
+        chip_.keep_to_speeds();
+    }
+    add_wire(chip::Switch::kCpuPort, kCpuInterface, options.ring_slots);
     for (int user_port = 1; user_port <= board.user_ports; ++user_port) {
-        add_wire(*board.chip_port(user_port), port_interface(user_port));
+        add_wire(*board.chip_port(user_port), port_interface(user_port), options.ring_slots);
     }
     monitor_.emplace([this](const io::LinkChange &change) { on_link_change(change); });
     monitor_->read_changes();
@@ -98,6 +103,15 @@ void Device::arm_departure() {
         at.it_value.tv_nsec = static_cast<long>(std::chrono::nanoseconds{since_boot - whole}.count());
     }
     timerfd_settime(departure_timer_.get(), TFD_TIMER_ABSTIME, &at, nullptr);
+    is_timer_late_ = false;
+}
+
+// On a busy line each frame changes the next departure; the last change of a batch counts.
+void Device::departure_changed() {
+    is_timer_late_ = true;
+    if (!is_batching_) {
+        arm_departure();
+    }
 }
 
 uint32_t Device::hash_selection() {
@@ -110,9 +124,9 @@ const Wire *Device::wire(int chip_port) const {
     return chip::Switch::has_port(chip_port) ? wires_[static_cast<size_t>(chip_port)].get() : nullptr;
 }
 
-void Device::add_wire(int chip_port, const std::string &interface_name) {
+void Device::add_wire(int chip_port, const std::string &interface_name, size_t ring_slots) {
     auto &wire = wires_[static_cast<size_t>(chip_port)];
-    wire = std::make_unique<Wire>(chip_port, interface_name);
+    wire = std::make_unique<Wire>(chip_port, interface_name, ring_slots);
     open_wire(*wire);
 }
 
@@ -131,10 +145,19 @@ void Device::close_wire(Wire &wire) {
     set_cable(wire, false);
 }
 
+// The chip is told when each frame came in, however long it has waited: so the daemon may be late, and the chip's rates
+// and queues do the same. Frames of different ports may go back in time by little.
 void Device::receive_from(Wire &wire) {
     const chip::Time received = now();
+    const io::WallTime wall_now = std::chrono::system_clock::now();
     send_together([&] {
-        wire.socket.receive(batch_, [&](chip::Bytes frame) { chip_.receive(received, wire.chip_port, frame); });
+        wire.socket.receive(batch_, [&](chip::Bytes frame, io::WallTime arrival) {
+            // The wall's clock may be set at any time.
+            const chip::Time time = received - (wall_now - arrival);
+            wire.last_arrival = std::clamp(time, wire.last_arrival, received);
+            chip_.receive(wire.last_arrival, wire.chip_port, frame);
+        });
+        chip_.depart(received);
     });
 }
 
@@ -144,6 +167,9 @@ void Device::send_together(Work work) {
     work();
     is_batching_ = false;
     flush_queues();
+    if (is_timer_late_) {
+        arm_departure();
+    }
 }
 
 void Device::transmit(int port, const chip::Frame &frame) {

@@ -17,13 +17,20 @@
 
 namespace vdevice {
 
+/** What whoever starts a device chooses, besides its board. */
+struct DeviceOptions {
+    bool create_interfaces = false;
+    size_t ring_slots = io::ReceiveRing::kSlots;
+    bool line_rate = false; /**< ports send no faster than their speed */
+};
+
 class Device final : private chip::Sink {
   public:
     /**
      * Opens the interfaces "port1", "port2" ... and "cpu0", after making them and their peers "host1", "host2" ...
      * and "eth0" if asked to. Throws an io::Error if that fails. The loop must outlive the device.
      */
-    Device(io::EventLoop &loop, driver::Board board, bool create_interfaces);
+    Device(io::EventLoop &loop, driver::Board board, const DeviceOptions &options);
 
     const chip::Switch &chip() const { return chip_; }
     const driver::Board &board() const { return driver_.board(); }
@@ -60,7 +67,7 @@ class Device final : private chip::Sink {
 
   private:
     void create_cables();
-    void add_wire(int chip_port, const std::string &interface_name);
+    void add_wire(int chip_port, const std::string &interface_name, size_t ring_slots);
     void open_wire(Wire &wire);
     void close_wire(Wire &wire);
     void receive_from(Wire &wire);
@@ -76,7 +83,7 @@ class Device final : private chip::Sink {
 
     void transmit(int port, const chip::Frame &frame) override;
     void port_changed(int port) override;
-    void departure_changed() override { arm_departure(); }
+    void departure_changed() override;
     void flush_queues();
     template <typename Work>
     void send_together(Work work);
@@ -91,6 +98,7 @@ class Device final : private chip::Sink {
     std::array<std::unique_ptr<Wire>, chip::Switch::kPorts> wires_;
     std::vector<Wire *> waiting_; /**< wires with queued frames */
     bool is_batching_ = false;    /**< frames are collected and sent together at the end */
+    bool is_timer_late_ = false;  /**< the next departure has changed since its timer was set */
     io::ReceiveBatch batch_;
     UniqueFd timer_;
     UniqueFd departure_timer_;

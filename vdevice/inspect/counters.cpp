@@ -14,6 +14,7 @@ using nlohmann::json;
 
 json read_counters_of(const Device &device, const Wire &wire) {
     const auto &counters = device.chip().port(wire.chip_port).counters;
+    const chip::PortQueues &queues = device.chip().queues().port(wire.chip_port);
     json drops = json::object();
     for (size_t reason = 0; reason < chip::kDropReasons; ++reason) {
         drops[chip::name(static_cast<chip::Drop>(reason))] = counters.drops[reason];
@@ -24,6 +25,9 @@ json read_counters_of(const Device &device, const Wire &wire) {
             {"tx_frames", counters.tx_frames},
             {"tx_octets", counters.tx_octets},
             {"tx_too_long", counters.tx_too_long},
+            {"tx_no_room", queues.drops()},
+            {"tx_flushed", queues.flushed()},
+            {"tx_mirror_down", counters.tx_mirror_down},
             {"rx_lost", wire.socket.receive_losses()},
             {"tx_lost", wire.socket.send_failures()},
             {"drops", drops}};
@@ -48,7 +52,7 @@ std::string drops_text(const json &row) {
     for (const auto &[reason, count] : row["drops"].items()) {
         add(reason, count.get<uint64_t>());
     }
-    for (const char *name : {"tx_too_long", "rx_lost", "tx_lost"}) {
+    for (const char *name : {"tx_too_long", "tx_no_room", "tx_flushed", "tx_mirror_down", "rx_lost", "tx_lost"}) {
         add(name, row[name].get<uint64_t>());
     }
     return joined(parts, ", ");

@@ -44,6 +44,7 @@ json read_queues_of(int number, const PortQueues &port) {
             {"delay", port.scheduler().delay},
             {"rate", shaper == nullptr ? 0 : shaper->rate},
             {"burst", shaper == nullptr ? 0 : shaper->depth},
+            {"line_rate", port.has_line()},
             {"queues", rows}};
 }
 

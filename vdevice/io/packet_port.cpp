@@ -1,4 +1,4 @@
-// The packet socket of a port: its options, and its errors.
+// The packet sockets of a port: their options, and their errors.
 #include "vdevice/io/packet_port.h"
 
 #include <arpa/inet.h>
@@ -16,6 +16,7 @@ namespace vdevice::io {
 namespace {
 
 constexpr int kSocketBufferBytes = 4 * 1024 * 1024;
+constexpr uint16_t kNoProtocol = 0;
 
 template <typename Value>
 void set_option(int fd, int level, int option, const Value &value, const std::string &interface_name) {
@@ -24,56 +25,99 @@ void set_option(int fd, int level, int option, const Value &value, const std::st
     }
 }
 
-/** With the privilege beyond the system's limit, otherwise up to it. */
-void enlarge_buffers(int fd) {
-    if (setsockopt(fd, SOL_SOCKET, SO_RCVBUFFORCE, &kSocketBufferBytes, sizeof(kSocketBufferBytes)) != 0) {
-        setsockopt(fd, SOL_SOCKET, SO_RCVBUF, &kSocketBufferBytes, sizeof(kSocketBufferBytes));
+/** With the privilege (the option @p forced) beyond the system's limit, otherwise up to it. */
+void enlarge_buffer(int fd, int forced, int option) {
+    if (setsockopt(fd, SOL_SOCKET, forced, &kSocketBufferBytes, sizeof(kSocketBufferBytes)) != 0) {
+        setsockopt(fd, SOL_SOCKET, option, &kSocketBufferBytes, sizeof(kSocketBufferBytes));
     }
-    if (setsockopt(fd, SOL_SOCKET, SO_SNDBUFFORCE, &kSocketBufferBytes, sizeof(kSocketBufferBytes)) != 0) {
-        setsockopt(fd, SOL_SOCKET, SO_SNDBUF, &kSocketBufferBytes, sizeof(kSocketBufferBytes));
+}
+
+/** It receives nothing until it is bound with a protocol: no frame slips in before the options are set. */
+UniqueFd packet_socket(const std::string &interface_name) {
+    UniqueFd fd{socket(AF_PACKET, SOCK_RAW | SOCK_NONBLOCK | SOCK_CLOEXEC, kNoProtocol)};
+    if (!fd) {
+        throw error_from_errno("open packet socket on " + interface_name);
+    }
+    return fd;
+}
+
+void bind_to(int fd, int index, uint16_t protocol, const std::string &interface_name) {
+    sockaddr_ll address{};
+    address.sll_family = AF_PACKET;
+    address.sll_protocol = htons(protocol);
+    address.sll_ifindex = index;
+    if (bind(fd, reinterpret_cast<const sockaddr *>(&address), sizeof(address)) != 0) {
+        throw error_from_errno("bind packet socket to " + interface_name);
     }
 }
 
 }  // namespace
 
 void PacketPort::open() {
-    const unsigned index = if_nametoindex(interface_name_.c_str());
+    const auto index = static_cast<int>(if_nametoindex(interface_name_.c_str()));
     if (index == 0) {
         throw Error{"cannot find interface " + interface_name_ + ". Make it before the device is started, or let the " +
                     "device make all of them with --create-interfaces."};
     }
-    // Protocol 0 receives nothing yet: no frame slips in before the options are set.
-    UniqueFd fd{socket(AF_PACKET, SOCK_RAW | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)};
-    if (!fd) {
-        throw error_from_errno("open packet socket on " + interface_name_);
-    }
+    UniqueFd sending = open_for_sending(index);
+    socket_ = open_for_receiving(index);
+    send_socket_ = std::move(sending);
+    index_ = index;
+}
+
+// A socket of its own, which receives nothing and which nobody watches: whenever the kernel frees a frame that was
+// sent, it looks for those who wait for the socket. It has no pending errors either, so an interface that was down
+// takes the first frame again.
+UniqueFd PacketPort::open_for_sending(int index) const {
+    UniqueFd fd = packet_socket(interface_name_);
+    enlarge_buffer(fd.get(), SO_SNDBUFFORCE, SO_SNDBUF);
+    bind_to(fd.get(), index, kNoProtocol, interface_name_);
+    return fd;
+}
+
+UniqueFd PacketPort::open_for_receiving(int index) {
+    UniqueFd fd = packet_socket(interface_name_);
     set_option(fd.get(), SOL_PACKET, PACKET_AUXDATA, int{1}, interface_name_);
     set_option(fd.get(), SOL_PACKET, PACKET_IGNORE_OUTGOING, int{1}, interface_name_);
-    enlarge_buffers(fd.get());
+    enlarge_buffer(fd.get(), SO_RCVBUFFORCE, SO_RCVBUF);
     if (ring_slots_ != 0) {
         ring_.open(fd.get(), ring_slots_);
     }
     packet_mreq promiscuous{};
-    promiscuous.mr_ifindex = static_cast<int>(index);
+    promiscuous.mr_ifindex = index;
     promiscuous.mr_type = PACKET_MR_PROMISC;
     set_option(fd.get(), SOL_PACKET, PACKET_ADD_MEMBERSHIP, promiscuous, interface_name_);
-    sockaddr_ll address{};
-    address.sll_family = AF_PACKET;
-    address.sll_protocol = htons(ETH_P_ALL);
-    address.sll_ifindex = static_cast<int>(index);
-    if (bind(fd.get(), reinterpret_cast<const sockaddr *>(&address), sizeof(address)) != 0) {
-        throw error_from_errno("bind packet socket to " + interface_name_);
-    }
-    index_ = static_cast<int>(index);
-    socket_ = std::move(fd);
+    bind_to(fd.get(), index, ETH_P_ALL, interface_name_);
+    return fd;
 }
 
 void PacketPort::close() {
+    if (!is_open()) {
+        return;
+    }
     receive_losses();
+    receive_losses_ += discard_unread();
+    send_failures_ += queue_.clear();
     ring_.close();
     socket_.reset();
+    send_socket_.reset();
     index_ = 0;
-    queue_.clear();
+}
+
+/** Takes out what the device has not read, and counts it. */
+uint64_t PacketPort::discard_unread() {
+    uint64_t frames = 0;
+    if (has_ring()) {
+        for (; ring_.front(); ring_.release()) {
+            ++frames;
+        }
+        return frames;
+    }
+    forget_error();
+    while (recv(fd(), nullptr, 0, MSG_DONTWAIT) >= 0) {
+        ++frames;
+    }
+    return frames;
 }
 
 // A socket keeps waking the loop until the error of an interface that went down is read. The link monitor reports the
@@ -114,7 +158,7 @@ bool PacketPort::queue(const chip::Frame &frame) {
 }
 
 void PacketPort::flush() {
-    send_failures_ += queue_.send(fd());
+    send_failures_ += queue_.send(send_socket_.get());
 }
 
 }  // namespace vdevice::io

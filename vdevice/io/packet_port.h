@@ -20,30 +20,33 @@ class PacketPort {
 
     const std::string &interface_name() const { return interface_name_; }
     int interface_index() const { return index_; }
+    /** The socket that frames come in by. */
     int fd() const { return socket_.get(); }
     bool is_open() const { return static_cast<bool>(socket_); }
     bool has_ring() const { return ring_.is_open(); }
 
     /** Throws an Error if there is no such interface or no privilege. Opens without a ring if the kernel gives none. */
     void open();
+    /** Frames that wait in either direction are lost, and counted. */
     void close();
 
     /**
-     * Hands waiting frames to take(frame), in order, and at most so many that the other ports have their turn. The
-     * frame's bytes are valid during the call only. Frames that are not in a ring come through the batch.
+     * Hands waiting frames to take(frame, arrival), in order, and at most so many that the other ports have their turn.
+     * The frame's bytes are valid during the call only. Frames that are not in a ring come through the batch; without a
+     * ring they are taken to have come in just now.
      */
     template <typename Take>
     void receive(ReceiveBatch &batch, Take take) {
         if (!has_ring()) {
-            receive_batch(batch, ReceiveBatch::kFrames, take);
+            receive_batch(batch, ReceiveBatch::kFrames, std::chrono::system_clock::now(), take);
             return;
         }
         size_t count = 0;
         for (std::optional<Arrival> arrival; count < kFramesAtOnce && (arrival = ring_.front()); ++count) {
             if (arrival == Arrival::kInRing) {
-                take(ring_.take());
+                take(ring_.take(), ring_.arrival());
             } else if (arrival == Arrival::kInSocket) {
-                receive_batch(batch, 1, take);
+                receive_batch(batch, 1, ring_.arrival(), take);
             } else {
                 ++receive_losses_;
             }
@@ -59,7 +62,7 @@ class PacketPort {
     void flush();
     /** Frames that the interface did not take. */
     uint64_t send_failures() const { return send_failures_; }
-    /** Frames that were lost because neither ring nor socket had room. */
+    /** Frames that were lost because neither ring nor socket had room, or because the port was closed. */
     uint64_t receive_losses() const;
     void clear_counts();
 
@@ -67,18 +70,22 @@ class PacketPort {
     static constexpr size_t kFramesAtOnce = 128;
 
     template <typename Take>
-    void receive_batch(ReceiveBatch &batch, size_t limit, Take take) {
+    void receive_batch(ReceiveBatch &batch, size_t limit, WallTime arrival, Take take) {
         batch.receive(fd(), limit);
         for (size_t i = 0; i < batch.size(); ++i) {
-            take(batch.frame(i));
+            take(batch.frame(i), arrival);
         }
     }
     void forget_error() const;
+    UniqueFd open_for_sending(int index) const;
+    UniqueFd open_for_receiving(int index);
+    uint64_t discard_unread();
 
     std::string interface_name_;
     size_t ring_slots_;
     int index_ = 0;
     UniqueFd socket_;
+    UniqueFd send_socket_;
     ReceiveRing ring_;
     SendQueue queue_;
     uint64_t send_failures_ = 0;

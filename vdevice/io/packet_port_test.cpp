@@ -5,7 +5,9 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 
+#include <cstdlib>
 #include <random>
+#include <thread>
 
 #include "vdevice/chip/testing/frame_builder.h"
 #include "vdevice/io/interfaces.h"
@@ -57,7 +59,10 @@ class PacketPortTest : public testing::TestWithParam<size_t> {
     /** The frames of one call of receive(). */
     Frames receive() {
         Frames frames;
-        near_.receive(batch_, [&](chip::Bytes frame) { frames.emplace_back(frame.begin(), frame.end()); });
+        near_.receive(batch_, [&](chip::Bytes frame, WallTime arrival) {
+            frames.emplace_back(frame.begin(), frame.end());
+            arrivals_.push_back(arrival);
+        });
         return frames;
     }
     /** So many frames, or fewer if no more come. */
@@ -90,6 +95,7 @@ class PacketPortTest : public testing::TestWithParam<size_t> {
     PacketPort near_{kNear, GetParam()};
     PacketPort far_{kFar, kNoRing};
     ReceiveBatch batch_;
+    std::vector<WallTime> arrivals_; /**< of all frames */
 };
 
 TEST_P(PacketPortTest, FramesComeInOrderRoundTheRing) {
@@ -162,6 +168,26 @@ TEST_P(PacketPortTest, OneCallLeavesTimeForOtherPorts) {
     EXPECT_FALSE(is_readable(near_, 0));
 }
 
+TEST_P(PacketPortTest, FramesTellWhenTheyCameIn) {
+    if (GetParam() == kNoRing) {
+        GTEST_SKIP() << "only a ring tells";
+    }
+    arrivals_.clear();
+    std::vector<WallTime> sent;
+    for (const size_t octets : std::initializer_list<size_t>{64, 9000, 64}) {
+        sent.emplace_back(std::chrono::system_clock::now());
+        send(frame(1, octets));
+        std::this_thread::sleep_for(std::chrono::milliseconds{20});
+    }
+    sent.emplace_back(std::chrono::system_clock::now());
+    receive(3);
+    ASSERT_EQ(arrivals_.size(), 3U);
+    for (size_t i = 0; i < arrivals_.size(); ++i) {
+        EXPECT_LE(sent[i], arrivals_[i]);
+        EXPECT_LE(arrivals_[i], sent[i + 1]);
+    }
+}
+
 TEST_P(PacketPortTest, AnInterfaceThatGoesDownIsHeardOnce) {
     set_interface_up(kNear, false);
     EXPECT_TRUE(is_readable(near_, kPatience));
@@ -170,6 +196,29 @@ TEST_P(PacketPortTest, AnInterfaceThatGoesDownIsHeardOnce) {
     set_interface_up(kNear, true);
     expect_link();
     expect_passes(frame(1));
+}
+
+TEST_P(PacketPortTest, AnInterfaceThatWasDownTakesTheFirstFrameAgain) {
+    set_interface_up(kFar, false);
+    send(frame(1));
+    EXPECT_EQ(far_.send_failures(), 1U);
+    set_interface_up(kFar, true);
+    expect_link();
+    const uint64_t before = far_.send_failures();
+    EXPECT_LE(before, 1U) << "of an interface that is up";
+    expect_passes(frame(2));
+    EXPECT_EQ(far_.send_failures(), before);
+}
+
+TEST_P(PacketPortTest, FramesFromBeforeTheInterfaceWentDownKeepTheirPlace) {
+    const Octets before = frame(1, 9000);
+    const Octets after = frame(2, 9000);
+    send(before);
+    set_interface_up(kNear, false);
+    EXPECT_EQ(receive(), Frames{before});
+    set_interface_up(kNear, true);
+    expect_link();
+    expect_passes(after);
 }
 
 TEST_P(PacketPortTest, ARefusedFrameDoesNotHoldUpTheOthers) {
@@ -184,6 +233,29 @@ TEST_P(PacketPortTest, ARefusedFrameDoesNotHoldUpTheOthers) {
     EXPECT_EQ(receive(2), (Frames{before, behind}));
 }
 
+// A queue of the kernel that holds some hundred frames and passes them on slowly.
+TEST_P(PacketPortTest, WhatAFullQueueOfTheInterfaceRefusesIsCounted) {
+    if (std::system("tc qdisc add dev far0 root tbf rate 80kbit burst 1600 limit 6400") != 0) {
+        GTEST_SKIP() << "this kernel has no such queue";
+    }
+    constexpr size_t kFrames = 500;
+    for (uint32_t number = 0; number < kFrames; ++number) {
+        far_.queue(chip::split_frame(frame(number)));
+    }
+    far_.flush();
+    const size_t taken = kFrames - far_.send_failures();
+    EXPECT_LT(taken, kFrames / 2);
+    EXPECT_GT(taken, kFrames / 10);
+    Frames received;
+    while (received.size() < taken && is_readable(near_, kPatience)) {
+        for (Octets &each : receive()) {
+            received.push_back(std::move(each));
+        }
+    }
+    EXPECT_EQ(received.size() + near_.receive_losses(), taken);
+    EXPECT_FALSE(is_readable(near_, kPatience / 100));
+}
+
 TEST_P(PacketPortTest, AClosedPortOpensAgain) {
     near_.close();
     send(frame(1));
@@ -191,6 +263,23 @@ TEST_P(PacketPortTest, AClosedPortOpensAgain) {
     EXPECT_EQ(near_.has_ring(), GetParam() != kNoRing);
     expect_passes(frame(2));
     EXPECT_EQ(near_.receive_losses(), 0U);
+}
+
+TEST_P(PacketPortTest, WhatWaitsWhenThePortIsClosedIsLostAndCounted) {
+    for (const size_t octets : std::initializer_list<size_t>{64, 9000, 64}) {
+        send(frame(1, octets));
+    }
+    for (const uint32_t number : std::initializer_list<uint32_t>{1, 2}) {
+        near_.queue(chip::split_frame(frame(number)));
+    }
+    near_.close();
+    EXPECT_EQ(near_.receive_losses(), 3U);
+    EXPECT_EQ(near_.send_failures(), 2U);
+    near_.close();
+    near_.open();
+    expect_passes(frame(2));
+    EXPECT_EQ(near_.receive_losses(), 3U);
+    EXPECT_EQ(near_.send_failures(), 2U);
 }
 
 INSTANTIATE_TEST_SUITE_P(Rings, PacketPortTest, testing::Values(ReceiveRing::kSlots, kSmallRing, kNoRing));

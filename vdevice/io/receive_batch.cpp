@@ -2,6 +2,7 @@
 #include "vdevice/io/receive_batch.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 
 namespace vdevice::io {
@@ -20,8 +21,15 @@ void ReceiveBatch::receive(int fd, size_t limit) {
     for (size_t i = 0; i < limit; ++i) {
         messages_[i].msg_hdr.msg_controllen = sizeof(Control);
     }
-    const int count = recvmmsg(fd, messages_.data(), static_cast<unsigned>(limit), MSG_DONTWAIT, nullptr);
-    // An interface that went down reports ENETDOWN once; the link monitor reports the link.
+    const auto read = [&] {
+        return recvmmsg(fd, messages_.data(), static_cast<unsigned>(limit), MSG_DONTWAIT, nullptr);
+    };
+    int count = read();
+    if (count < 0 && errno == ENETDOWN) {
+        // An interface that went down reports that once, before the frames that wait; the link monitor reports the
+        // link.
+        count = read();
+    }
     count_ = count < 0 ? 0 : static_cast<size_t>(count);
     for (size_t i = 0; i < count_; ++i) {
         restore_tag(i);

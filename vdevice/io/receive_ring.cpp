@@ -11,6 +11,10 @@
 namespace vdevice::io {
 namespace {
 
+constexpr size_t kSlotsAhead = 2;
+constexpr size_t kLineBytes = 64;
+constexpr size_t kLinesOfShortFrame = 3;  // header of the slot, headers and payload of a frame of 64 octets
+
 bool set_option(int fd, int option, const auto &value) {
     return setsockopt(fd, SOL_PACKET, option, &value, sizeof(value)) == 0;
 }
@@ -72,7 +76,23 @@ std::optional<Arrival> ReceiveRing::front() const {
 
 chip::Bytes ReceiveRing::take() const {
     tpacket2_hdr &slot = head();
+    fetch_ahead();
     return with_tag_of(reinterpret_cast<uint8_t *>(&slot) + slot.tp_mac, slot.tp_snaplen, slot);
+}
+
+WallTime ReceiveRing::arrival() const {
+    const tpacket2_hdr &slot = head();
+    return WallTime{std::chrono::seconds{slot.tp_sec} + std::chrono::nanoseconds{slot.tp_nsec}};
+}
+
+// The kernel has written a frame on another processor. To get it from there takes as long as a good part of the chip's
+// work on the frame before.
+void ReceiveRing::fetch_ahead() const {
+    const size_t ahead = next_ + kSlotsAhead;
+    const uint8_t *slot = memory_ + (ahead < slots_ ? ahead : ahead - slots_) * kSlotBytes;
+    for (size_t line = 0; line < kLinesOfShortFrame; ++line) {
+        __builtin_prefetch(slot + line * kLineBytes);
+    }
 }
 
 void ReceiveRing::release() {

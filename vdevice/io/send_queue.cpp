@@ -2,6 +2,7 @@
 #include "vdevice/io/send_queue.h"
 
 #include <cerrno>
+#include <utility>
 
 namespace vdevice::io {
 
@@ -36,9 +37,9 @@ size_t SendQueue::send(int fd) {
     return refused;
 }
 
-void SendQueue::clear() {
-    count_ = 0;
+size_t SendQueue::clear() {
     used_ = 0;
+    return std::exchange(count_, 0);
 }
 
 }  // namespace vdevice::io

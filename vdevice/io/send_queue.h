@@ -22,7 +22,8 @@ class SendQueue {
     void add(const chip::Frame &frame);
     /** Gives all frames to the packet socket. Returns how many of them it did not take. */
     size_t send(int fd);
-    void clear();
+    /** Forgets the frames. Returns how many there were. */
+    size_t clear();
 
   private:
     static constexpr size_t kFrames = 64;

@@ -82,6 +82,7 @@ void Egress::send_to_mirror(int port, const Frame &frame, uint32_t priority) {
     if (tables_.up.has(port)) {
         transmit(port, frame, dispatch);
     } else {
+        ++tables_.port(port).counters.tx_mirror_down;
         tell_lost(port, frame, dispatch, Lost::kMirrorDown);
     }
 }

@@ -43,6 +43,7 @@ TEST_F(WatcherTest, CopiesLeaveMirrorsCopiesToo) {
     send(kA, frame());
     EXPECT_EQ(watcher_.take_left(), (LeftCopies{{kB, Origin::kSwitched}}));
     EXPECT_EQ(watcher_.take_lost(), (LostCopies{{kC, Lost::kMirrorDown, Origin::kMirror}}));
+    EXPECT_EQ(chip_.port(kC).counters.tx_mirror_down, 1U);
 }
 
 TEST_F(WatcherTest, AQueuedCopyLeavesAfterItsFrameHasPassed) {

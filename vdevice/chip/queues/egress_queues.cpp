@@ -48,6 +48,11 @@ Status EgressQueues::set_scheduler(Time now, int port, const SchedulerSettings &
     return status;
 }
 
+void EgressQueues::set_line_speed(int port, uint32_t speed) {
+    at(port).set_line_speed(speed);
+    update(port);
+}
+
 void EgressQueues::update(int port) {
     held_.put(port, at(port).holds());
     waiting_.put(port, at(port).is_waiting());

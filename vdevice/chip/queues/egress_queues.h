@@ -1,5 +1,5 @@
-// The egress queues of all ports. A port whose rate is not limited sends at once and uses none of them; behind a shaper
-// frames wait, in memory that all ports share, and are dropped when there is no room.
+// The egress queues of all ports. A port whose rate is not limited sends at once and uses none of them; behind a
+// shaper, or a line with a speed, frames wait, in memory that all ports share, and are dropped when there is no room.
 #pragma once
 
 #include <stddef.h>
@@ -42,6 +42,8 @@ class EgressQueues {
     Status set_shaper(Time now, int port, const RateLimit &limit);
     /** The port must exist. */
     Status set_scheduler(Time now, int port, const SchedulerSettings &settings);
+    /** The port must exist. Mbit/s. */
+    void set_line_speed(int port, uint32_t speed);
 
   private:
     PortQueues &at(int port) { return ports_[static_cast<size_t>(port)]; }

@@ -37,6 +37,77 @@ TEST_F(EgressQueuesTest, FramesLeaveAtTheRate) {
     EXPECT_EQ(counters(kPort, 0).octets, 3 * kFrame);
 }
 
+constexpr size_t kShortest = 60;  // octets; with check sequence, preamble and gap 84 on the line
+constexpr size_t kLongest = 1514;
+
+/** So many frames wait for the line; how many have left until then. */
+size_t left_within(EgressQueues &queues, Time time) {
+    size_t left = 0;
+    for (; queues.next() && queues.next()->time <= time; ++left) {
+        queues.take_next();
+    }
+    return left;
+}
+
+TEST_F(EgressQueuesTest, ALineSendsAsManyFramesAsItsSpeedAllows) {
+    const struct {
+        uint32_t speed;
+        size_t octets;
+        size_t in_a_millisecond;  // the first one leaves at once
+    } kLines[] = {{10, kShortest, 15},    {100, kShortest, 149}, {1000, kShortest, 1489}, {10000, kShortest, 14881},
+                  {10000, kLongest, 813}, {1000, kLongest, 82},  {1000, 1, 1489},         {1000, kMaxFrameBytes, 13}};
+    int port = 0;
+    for (const auto &line : kLines) {
+        queues_.set_line_speed(++port, line.speed);
+        size_t left = 0;
+        for (Time now{}; now <= 1ms; now += 1us) {
+            left += left_within(queues_, now);
+            while (queues_.port(port).waiting_frames(0) < 20 && queues_.port(port).has_room(0, line.octets)) {
+                put(now, port, 0, std::max(line.octets, kNumberAt + 4));
+            }
+            left += left_within(queues_, now);
+        }
+        EXPECT_EQ(left, line.in_a_millisecond) << line.speed << " Mbit/s, " << line.octets << " octets";
+        queues_.flush(port);
+    }
+}
+
+TEST_F(EgressQueuesTest, FramesFollowEachOtherOnALineWithoutRounding) {
+    queues_.set_line_speed(kPort, 10000);
+    fill(1us, kPort, 0, 6, kShortest);
+    // 67.2 ns each.
+    EXPECT_THAT(leave(1h), ElementsAre(Left{1000ns, kPort, 0}, Left{1068ns, kPort, 1}, Left{1135ns, kPort, 2},
+                                       Left{1202ns, kPort, 3}, Left{1269ns, kPort, 4}, Left{1336ns, kPort, 5}));
+    fill(2us, kPort, 0, 1, kShortest);
+    EXPECT_THAT(leave(1h), ElementsAre(Left{2us, kPort, 6})) << "an idle line saves nothing up";
+}
+
+TEST_F(EgressQueuesTest, ABusyLineFillsTheQueueAndThenFramesAreDropped) {
+    constexpr size_t kWaiting = PortQueues::kQueueOctets / kLongest;
+    queues_.set_line_speed(kPort, 1000);
+    fill(0s, kPort, 0, kWaiting + 3, kLongest);
+    EXPECT_EQ(counters(kPort, 0).drops, 3U);
+    EXPECT_THAT(leave(1h), SizeIs(kWaiting));
+}
+
+TEST_F(EgressQueuesTest, AnotherSpeedIsForTheFramesAfterTheOneOnTheLine) {
+    queues_.set_line_speed(kPort, 10);
+    fill(0s, kPort, 0, 4, kShortest);
+    EXPECT_THAT(leave(1us), SizeIs(1));
+    queues_.set_line_speed(kPort, 1000);
+    EXPECT_THAT(leave(1h), ElementsAre(Left{67200ns, kPort, 1}, Left{67872ns, kPort, 2}, Left{68544ns, kPort, 3}));
+}
+
+TEST_F(EgressQueuesTest, AShaperSlowerThanTheLineSetsThePace) {
+    queues_.set_line_speed(kPort, 10);
+    shape(kPort);
+    fill(0s, kPort, 0, 3);
+    EXPECT_THAT(leave(1h), ElementsAre(Left{0ms, kPort, 0}, Left{1ms, kPort, 1}, Left{2ms, kPort, 2}));
+    shape(kPort, 0, 100'000, 10ms);
+    fill(10ms, kPort, 0, 2);
+    EXPECT_THAT(leave(1h), ElementsAre(Left{10ms, kPort, 3}, Left{10816us, kPort, 4}));
+}
+
 TEST_F(EgressQueuesTest, WeightsShareTheRateExactly) {
     constexpr size_t kShort = 64;  // on the wire
     constexpr uint32_t kQuantumFrames = Scheduler::kQuantum / kShort;

@@ -1,6 +1,7 @@
 // When the next frame of a port leaves, and from which queue.
 #include "vdevice/chip/queues/port_queues.h"
 
+#include <numeric>
 #include <utility>
 
 namespace vdevice::chip {
@@ -34,6 +35,9 @@ QueuedFrame PortQueues::take() {
     if (shaper_) {
         shaper_->charge(frame.octets.size() + kCheckSequenceBytes, now);
     }
+    if (line_) {
+        line_->send(frame.octets.size(), now);
+    }
     count(number, frame.octets.size());
     update_departure(now);
     return frame;
@@ -66,6 +70,20 @@ void PortQueues::set_scheduler(Time now, const SchedulerSettings &settings) {
     update_departure(now);
 }
 
+// A frame that waits keeps its departure: what is on the line goes on as before.
+void PortQueues::set_line_speed(uint32_t speed) {
+    if (line_) {
+        line_->set_speed(speed);
+    } else {
+        line_.emplace(speed);
+    }
+}
+
+uint64_t PortQueues::sum(uint64_t QueueCounters::*count) const {
+    return std::accumulate(queues_.begin(), queues_.end(), uint64_t{0},
+                           [&](uint64_t all, const Queue &queue) { return all + queue.counters.*count; });
+}
+
 QueueHeads PortQueues::heads() const {
     QueueHeads heads{};
     for (size_t number = 0; number < kQueues; ++number) {
@@ -82,11 +100,12 @@ void PortQueues::update_departure(Time now) {
     const QueueHeads firsts = heads();
     if (firsts == QueueHeads{}) {
         departure_.reset();
-    } else if (!shaper_) {
-        departure_ = now;
-    } else {
+        return;
+    }
+    departure_ = line_ ? std::max(now, line_->free_at()) : now;
+    if (shaper_) {
         Scheduler scheduler = scheduler_;
-        departure_ = std::max(now, shaper_->ready_at(firsts[scheduler.next(firsts)]));
+        departure_ = std::max(*departure_, shaper_->ready_at(firsts[scheduler.next(firsts)]));
     }
 }
 

@@ -1,5 +1,5 @@
-// The egress queues of one port: frames that wait for its shaper, and what became of them and of those that did not
-// have to wait.
+// The egress queues of one port: frames that wait for its shaper or its line, and what became of them and of those that
+// did not have to wait.
 #pragma once
 
 #include <stddef.h>
@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "vdevice/chip/frame/frame.h"
+#include "vdevice/chip/queues/line.h"
 #include "vdevice/chip/queues/scheduler.h"
 #include "vdevice/chip/rates/token_bucket.h"
 
@@ -47,11 +48,14 @@ class PortQueues {
     /** Null when the port is not shaped. */
     const RateLimit *shaper() const { return shaper_ ? &shaper_->limit() : nullptr; }
     const QueueCounters &counters(size_t queue) const { return queues_[queue].counters; }
+    /** Of all queues. */
+    uint64_t drops() const { return sum(&QueueCounters::drops); }
+    uint64_t flushed() const { return sum(&QueueCounters::flushed); }
     size_t waiting_frames(size_t queue) const { return queues_[queue].frames.size(); }
     size_t waiting_octets(size_t queue) const { return queues_[queue].octets; }
 
     /** Whether frames must go through the queues. */
-    bool holds() const { return shaper_.has_value() || is_waiting(); }
+    bool holds() const { return shaper_.has_value() || line_.has_value() || is_waiting(); }
     bool is_waiting() const { return departure_.has_value(); }
     bool has_room(size_t queue, size_t octets) const { return octets <= kQueueOctets - queues_[queue].octets; }
 
@@ -83,6 +87,9 @@ class PortQueues {
     /** A rate of 0 ends the shaping: what waits leaves at once. */
     void set_shaper(Time now, const RateLimit &limit);
     void set_scheduler(Time now, const SchedulerSettings &settings);
+    /** From now on, or until another speed is set, frames leave as fast as the line takes them. */
+    void set_line_speed(uint32_t speed);
+    bool has_line() const { return line_.has_value(); }
 
   private:
     struct Queue {
@@ -91,12 +98,14 @@ class PortQueues {
         QueueCounters counters;
     };
 
+    uint64_t sum(uint64_t QueueCounters::*count) const;
     QueueHeads heads() const;
     void update_departure(Time now);
 
     std::array<Queue, kQueues> queues_;
     Scheduler scheduler_;
     std::optional<TokenBucket> shaper_;
+    std::optional<Line> line_;
     std::optional<Time> departure_;
 };
 

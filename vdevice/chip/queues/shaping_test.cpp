@@ -131,6 +131,26 @@ TEST_F(Shaping, DirectedFramesWaitLikeOthers) {
     EXPECT_EQ(chip_.queues().port(kB).waiting_frames(0), 1U);
 }
 
+/** Octets of a frame on the line, as a time at 1000 Mbit/s. */
+constexpr Time kOnLine{(kFrame + kCheckSequenceBytes + Line::kAroundOctets) * 8};
+
+TEST_F(Shaping, PortsKeepToTheirSpeed) {
+    shape(kB, 0);
+    chip_.keep_to_speeds();
+    load(1s, 3);
+    const std::vector<Sent> sent = sink_.take();
+    EXPECT_THAT(at(kB, sent), ElementsAre(1));
+    EXPECT_EQ(std::count_if(sent.begin(), sent.end(), [](const Sent &each) { return each.first == kCpu; }), 3)
+        << "the CPU's port has no line";
+    EXPECT_EQ(chip_.next_departure(), 1s + kOnLine);
+    EXPECT_THAT(after(1s + kOnLine), ElementsAre(2));
+    EXPECT_EQ(change(kB, [](Port &port) { EXPECT_EQ(port.phy.set_speed(10), Status::kOk); }), Status::kOk);
+    EXPECT_THAT(after(1s + 2 * kOnLine), ElementsAre(3)) << "the frame before it was on the line already";
+    load(1s + 2 * kOnLine, 1);
+    EXPECT_THAT(after(1s + 101 * kOnLine), IsEmpty());
+    EXPECT_THAT(after(1s + 102 * kOnLine), ElementsAre(4));
+}
+
 TEST_F(Shaping, PortsThatTheChipHasNotAreRefused) {
     for (const int port : {-1, Switch::kPorts}) {
         EXPECT_EQ(chip_.set_shaper(0s, port, {kRate, 0}), Status::kNoPort);

@@ -80,7 +80,8 @@ struct PortCounters {
     uint64_t rx_octets = 0;
     uint64_t tx_frames = 0;
     uint64_t tx_octets = 0;
-    uint64_t tx_too_long = 0; /**< frames that were not sent because they are longer than the port takes */
+    uint64_t tx_too_long = 0;    /**< frames that were not sent because they are longer than the port takes */
+    uint64_t tx_mirror_down = 0; /**< copies of mirrors that were not sent because the port was down */
     std::array<uint64_t, kCasts> rx_casts{};
     std::array<uint64_t, kCasts> tx_casts{};
     std::array<uint64_t, kDropReasons> drops{};

@@ -220,6 +220,7 @@ const std::map<std::string, std::function<int32_t(const Numbers &)>> kCalls = {
     {"filter-attacks", [](const Numbers & /*none*/) { return user_dos_attack_prevent_init(0, 0); }},
     {"rule", make_rule},
     {"destroy-rule", [](const Numbers &n) { return user_field_entry_destroy(0, 0, word(n.at(0))); }},
+    {"speed", [](const Numbers &n) { return user_port_speed_set(0, 0, n.at(0), word(n.at(1)), 0); }},
     {"shape", [](const Numbers &n) { return user_port_egress_rate_set(0, 0, n.at(0), word(n.at(1)), word(n.at(2))); }},
     {"meter", [](const Numbers &n) { return user_field_meter_entry_set(0, word(n.at(0)), word(n.at(1))); }},
     {"storm-limit",
