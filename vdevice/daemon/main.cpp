@@ -44,8 +44,12 @@ struct Options {
 UniqueFd end_signals() {
     sigset_t signals;
     sigemptyset(&signals);
-    for (const int signal : {SIGTERM, SIGINT, SIGHUP, SIGQUIT}) {
+    for (const int signal : {SIGTERM, SIGINT, SIGQUIT}) {
         sigaddset(&signals, signal);
+    }
+    struct sigaction before {};
+    if (sigaction(SIGHUP, nullptr, &before) == 0 && before.sa_handler != SIG_IGN) {
+        sigaddset(&signals, SIGHUP);  // 'nohup' ignores it, so that the daemon outlives its terminal
     }
     UniqueFd fd{signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK)};
     if (!fd || sigprocmask(SIG_BLOCK, &signals, nullptr) != 0) {
