@@ -11,8 +11,8 @@
 #include <functional>
 #include <thread>
 
-#include "vdevice/daemon/private_folder.h"
 #include "vdevice/io/error.h"
+#include "vdevice/sockets/private_folder.h"
 
 namespace vdevice {
 namespace {
@@ -33,8 +33,20 @@ bool lock(const UniqueFd &folder) {
     return true;
 }
 
+void make_folder(const std::string &path) {
+    errno = make_private_folder(path);
+    if (errno == EPERM) {
+        throw io::Error{"cannot use " + path +
+                        ": it is not a folder that belongs to this user alone. Name another one " +
+                        "with --run-dir or in VDEVICE_DIR."};
+    }
+    if (errno != 0) {
+        throw io::error_from_errno("make the folder " + path);
+    }
+}
+
 UniqueFd locked_folder(const std::string &path) {
-    make_private_folder(path);
+    make_folder(path);
     // Processes that this one starts inherit the descriptor, so that nobody else makes interfaces at the same time.
     UniqueFd folder{open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW)};
     if (!folder) {
