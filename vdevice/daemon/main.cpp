@@ -23,12 +23,20 @@ namespace {
 using vdevice::UniqueFd;
 using vdevice::io::EventLoop;
 
-/** Makes the signals for the daemon arrive as events, and ignores the signal of broken sockets. */
-UniqueFd open_signals() {
+/**
+ * Makes the signals for the daemon arrive as events, and ignores the signal of broken sockets. Under 'nohup' a daemon
+ * outlives its terminal, as one with a file does anyway.
+ */
+UniqueFd open_signals(bool has_file) {
     sigset_t signals;
     sigemptyset(&signals);
-    for (const int signal : {SIGTERM, SIGINT, SIGHUP, SIGQUIT}) {
+    for (const int signal : {SIGTERM, SIGINT, SIGQUIT}) {
         sigaddset(&signals, signal);
+    }
+    struct sigaction before {};
+    if (has_file || (sigaction(SIGHUP, nullptr, &before) == 0 && before.sa_handler != SIG_IGN)) {
+        std::signal(SIGHUP, SIG_DFL);
+        sigaddset(&signals, SIGHUP);
     }
     UniqueFd fd{signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK)};
     if (!fd || sigprocmask(SIG_BLOCK, &signals, nullptr) != 0) {
@@ -63,7 +71,7 @@ void run(const vdevice::Options &options) {
     umask(S_IRWXG | S_IRWXO);  // the sockets are for their owner only, from the moment they exist
     allow_many_descriptors();
     EventLoop loop;
-    const UniqueFd signals = open_signals();
+    const UniqueFd signals = open_signals(!options.file.empty());
     vdevice::Configuration configuration;
     if (!options.file.empty()) {
         configuration = vdevice::read_configuration(options.file, options.settings);

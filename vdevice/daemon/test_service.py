@@ -186,6 +186,18 @@ def test_a_journal_gets_fields(run_dir):
     assert told["errors"] == ""
 
 
+def test_a_file_is_read_again_under_nohup_too(cables, start, file):
+    before = signal.signal(signal.SIGHUP, signal.SIG_IGN)
+    try:
+        device = start("--config", str(file))
+        device.wait_ready()
+    finally:
+        signal.signal(signal.SIGHUP, before)
+    reload(device, file, FILE.replace("vid = 10", "vid = 11").replace("pvid = 10", "pvid = 11"))
+    assert len(vid(device, 11)) == 1
+    assert device.stop() == 0
+
+
 def test_hangup_ends_a_device_without_a_file(device):
     device.process.send_signal(signal.SIGHUP)
     assert device.process.wait(timeout=DEADLINE) == 0

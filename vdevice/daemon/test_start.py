@@ -138,6 +138,16 @@ def test_signals_end_it_cleanly(start, run_dir, number):
     assert os.listdir(run_dir) == []
 
 
+def test_it_outlives_its_terminal_under_nohup(cables, start):
+    device = start(*BOARD, under=["nohup"])
+    device.wait_ready()
+    device.process.send_signal(signal.SIGHUP)
+    assert device.ask("version")["user_ports"] == 4
+    device.process.terminate()
+    device.process.communicate(timeout=DEADLINE)
+    assert device.process.returncode == 0
+
+
 CREATING = ("--create-interfaces", *BOARD)
 
 

@@ -59,9 +59,9 @@ int main(int argc, char **argv) {
     const int first = std::atoi(argv[1]);
     const auto calls = static_cast<uint32_t>(std::atoi(argv[3]));
     std::atomic<uint32_t> right{0};
-    std::vector<std::thread> threads;
-    for (int number = 0; number < std::atoi(argv[2]); ++number) {
-        threads.emplace_back([&, number] { right += right_calls(first + number, calls); });
+    std::vector<std::thread> threads(static_cast<size_t>(std::atoi(argv[2])));
+    for (size_t number = 0; number < threads.size(); ++number) {
+        threads[number] = std::thread([&, number] { right += right_calls(first + static_cast<int>(number), calls); });
     }
     int children = 0;
     for (int number = 0; number < kChildren; ++number) {
