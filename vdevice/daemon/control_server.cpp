@@ -170,9 +170,9 @@ bool ControlServer::read_requests(Client &client) {
     return client.has_work() || client.input.size() <= kMaxRequest;
 }
 
-/** What such a client says is not listened to. */
+// What such a client says is not listened to.
 bool ControlServer::send_lines(Client &client, uint32_t events) {
-    std::array<char, kPieceBytes> ignored;
+    std::array<char, 4096> ignored;
     if ((events & (EPOLLIN | EPOLLHUP | EPOLLERR)) != 0) {
         const ssize_t length = recv(client.fd.get(), ignored.data(), ignored.size(), MSG_DONTWAIT);
         if (length == 0 || (length < 0 && errno != EAGAIN && errno != EINTR)) {
@@ -181,9 +181,9 @@ bool ControlServer::send_lines(Client &client, uint32_t events) {
     }
     client.has_lines = true;
     while (client.has_lines && client.output.size() < kPieceBytes) {
-        const std::optional<std::string> line = client.lines();
-        client.has_lines = line.has_value();
+        const auto line = client.lines();
         client.output += line ? *line + '\n' : "";
+        client.has_lines = line.has_value();
     }
     return true;
 }
@@ -240,7 +240,8 @@ void ControlServer::answer(Client &client, const std::string &line) {
     const json request = request_in(line, problem);
     if (problem != nullptr) {
         client.output = refusal(problem);
-    } else if (open_ && (client.lines = open_(request, wake_of(client)))) {
+    } else if (open_ &&
+               (client.lines = open_(request, [this, fd = client.fd.get()] { turns_.change(fd, EPOLLOUT); }))) {
         client.input = {};
         send_lines(client, 0);
     } else if (is_long_ && is_long_(request)) {
@@ -250,11 +251,6 @@ void ControlServer::answer(Client &client, const std::string &line) {
     } else {
         client.output = line_of(handler_(request));
     }
-}
-
-/** Lets a client whose lines had come to an end have its next turn. */
-std::function<void()> ControlServer::wake_of(const Client &client) {
-    return [this, fd = client.fd.get()] { turns_.change(fd, EPOLLOUT); };
 }
 
 /** Makes the text that the first one waits for. */

@@ -84,7 +84,6 @@ class ControlServer {
     bool write_answers(Client &client);
     bool refill(Client &client);
     void answer(Client &client, const std::string &line);
-    std::function<void()> wake_of(const Client &client);
     void make_next();
     void take_text();
     void hand_over(UniqueFd text);

@@ -43,14 +43,15 @@ struct Key {
 template <typename Target, size_t kCount>
 void read_table(File &file, const toml::table &table, const Key<Target> (&keys)[kCount], Target &target) {
     for (const auto &[key, value] : table) {
+        const std::string_view name = key.str();
         const auto *const known =
-            std::find_if(std::begin(keys), std::end(keys), [&](const auto &row) { return row.name == key.str(); });
+            std::find_if(std::begin(keys), std::end(keys), [&](const auto &row) { return row.name == name; });
         if (known == std::end(keys)) {
             std::vector<std::string_view> names;
             std::transform(std::begin(keys), std::end(keys), std::back_inserter(names),
                            [](const auto &row) { return row.name; });
-            const std::string question = text::did_you_mean(key.str(), names, ", ");
-            file.fail(key.source(), "there is no key '" + text::on_one_line(key.str().substr(0, 64)) + "'" +
+            const std::string question = text::did_you_mean(name, names, ", ");
+            file.fail(key.source(), "there is no key '" + text::on_one_line(name.substr(0, 64)) + "'" +
                                         (question.empty() ? "." : question));
         }
         known->read(file, value, target);
