@@ -22,6 +22,7 @@
 namespace call_trace {
 
 bool enabled = false;
+std::string_view (*name_of)(int64_t result) = nullptr;
 
 namespace {
 
@@ -30,6 +31,7 @@ constexpr int32_t kNoSuchFunction = -1;
 
 std::mutex mutex;
 std::vector<std::string> lines;
+std::optional<Failure> last_failure;
 
 void add(std::string line) {
     const std::lock_guard guard(mutex);
@@ -58,6 +60,28 @@ int64_t hand_on(CallId id, const void *const *arguments) {
     return calls::call_function(function, id, arguments);
 }
 
+void remember_failure(CallId id, const void *const *arguments, int64_t result) {
+    const calls::Call &call = calls::call(id);
+    Failure failure{call.name, std::nullopt, result};
+    if (const auto port = calls::find_param(call, "port"); port && !call.params[*port].is_pointer()) {
+        failure.port = calls::load(call.params[*port].element.kind, arguments[*port]);
+    }
+    const std::lock_guard guard(mutex);
+    last_failure = failure;
+}
+
+int64_t make_call(CallId id, const void *const *arguments) {
+    const int64_t result = hand_on(id, arguments);
+    if (result != 0 && calls::call(id).result == calls::Result::kI32) {
+        remember_failure(id, arguments, result);
+    }
+    return result;
+}
+
+std::string_view known_name(CallId id, int64_t result) {
+    return name_of == nullptr || calls::call(id).result != calls::Result::kI32 ? std::string_view() : name_of(result);
+}
+
 }  // namespace
 
 std::vector<std::string> take() {
@@ -65,16 +89,22 @@ std::vector<std::string> take() {
     return std::exchange(lines, {});
 }
 
+std::optional<Failure> take_failure() {
+    const std::lock_guard guard(mutex);
+    return std::exchange(last_failure, std::nullopt);
+}
+
 }  // namespace call_trace
 
 int64_t calls::forward_call(CallId id, const void *const *arguments) {
     if (!call_trace::enabled) {
-        return call_trace::hand_on(id, arguments);
+        return call_trace::make_call(id, arguments);
     }
     // The arguments are described before the call, which may overwrite them.
     std::string line = describe_call(id, arguments);
-    const int64_t result = call_trace::hand_on(id, arguments);
-    call_trace::add(std::move(line) + " -> " + describe_result(id, arguments, result));
+    const int64_t result = call_trace::make_call(id, arguments);
+    call_trace::add(std::move(line) + " -> " +
+                    describe_result(id, arguments, result, call_trace::known_name(id, result)));
     return result;
 }
 

@@ -6,6 +6,7 @@
 
 #include "calls/testing/libraries.h"
 
+using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -17,6 +18,7 @@ class CallTrace : public testing::Test {
     void TearDown() override {
         call_trace::enabled = false;
         call_trace::take();
+        call_trace::take_failure();
     }
 };
 
@@ -26,6 +28,28 @@ TEST_F(CallTrace, ShowsALibrarysCallsWithResultsAndOutputs) {
                                                 "user_vlan_create(unit=0, zero=0, vid=4095) -> -4",
                                                 "user_port_enable_get(unit=0, zero=0, port=5) -> 0 {enable=5}"));
     EXPECT_THAT(call_trace::take(), IsEmpty());
+}
+
+std::string_view name_of_result(int64_t result) {
+    return result == -4 ? "refused" : "";
+}
+
+TEST_F(CallTrace, NamesResultsWhenItIsToldHow) {
+    call_trace::name_of = name_of_result;
+    library_makes_calls();
+    call_trace::name_of = nullptr;
+    EXPECT_THAT(call_trace::take(), Contains("user_vlan_create(unit=0, zero=0, vid=4095) -> -4 (refused)"));
+}
+
+TEST_F(CallTrace, RemembersTheLastFailureWhileItIsOffToo) {
+    call_trace::enabled = false;
+    library_makes_calls();
+    const auto failure = call_trace::take_failure();
+    ASSERT_TRUE(failure);
+    EXPECT_STREQ(failure->call, "user_vlan_create");
+    EXPECT_EQ(failure->result, -4);
+    EXPECT_FALSE(failure->port);
+    EXPECT_FALSE(call_trace::take_failure());
 }
 
 TEST_F(CallTrace, HandsLogMessagesOnFormatted) {

@@ -10,6 +10,7 @@ namespace {
 
 constexpr size_t kLongBlock = 16;  // longer blocks do not show their trailing zeros
 constexpr size_t kWordBits = 32;
+constexpr size_t kShortestRange = 3;  // 4,5 is as short as 4-5
 constexpr unsigned kNibbleBits = 4;
 constexpr unsigned kNibbleMask = 0xF;
 constexpr char kHexDigits[] = "0123456789abcdef";
@@ -159,6 +160,18 @@ std::string result_text(Result kind, int64_t result) {
     }
 }
 
+/** One past the last port of those from @p port on that are all in the set. */
+size_t end_of_run(const void *at, size_t port, size_t ports) {
+    const auto is_in = [at](size_t each) {
+        const int64_t word = load(Kind::kU32, byte_at(at, each / kWordBits * sizeof(uint32_t)));
+        return (word >> (each % kWordBits) & 1) != 0;
+    };
+    while (port < ports && is_in(port)) {
+        ++port;
+    }
+    return port;
+}
+
 }  // namespace
 
 std::string number_text(Kind kind, const void *at) {
@@ -176,10 +189,16 @@ std::string number_text(Kind kind, const void *at) {
 
 std::string ports_text(const void *at, size_t words) {
     std::string text;
-    for (size_t port = 0; port < words * kWordBits; ++port) {
-        const int64_t word = load(Kind::kU32, byte_at(at, port / kWordBits * sizeof(uint32_t)));
-        if ((word >> (port % kWordBits) & 1) != 0) {
-            text += (text.empty() ? "" : ",") + std::to_string(port);
+    const size_t ports = words * kWordBits;
+    for (size_t port = 0; port < ports; ++port) {
+        const size_t end = end_of_run(at, port, ports);
+        if (end == port) {
+            continue;
+        }
+        text += (text.empty() ? "" : ",") + std::to_string(port);
+        if (end - port >= kShortestRange) {
+            text += "-" + std::to_string(end - 1);
+            port = end - 1;
         }
     }
     return "{" + text + "}";
@@ -221,10 +240,11 @@ std::string describe_call(CallId id, const void *const *arguments) {
            ")";
 }
 
-std::string describe_result(CallId id, const void *const *arguments, int64_t result) {
+std::string describe_result(CallId id, const void *const *arguments, int64_t result, std::string_view name) {
     const Call &described = call(id);
     const std::string outputs = join_arguments(described, arguments, [](const Param &p) { return p.is_written(); });
-    return result_text(described.result, result) + (outputs.empty() ? "" : " {" + outputs + "}");
+    return result_text(described.result, result) + (name.empty() ? "" : " (" + std::string(name) + ")") +
+           (outputs.empty() ? "" : " {" + outputs + "}");
 }
 
 std::string describe_log(int32_t level, int32_t module, const char *word, const char *format, const char *text) {

@@ -35,6 +35,14 @@ TEST(Describe, ShowsPortSetsAsPortNumbers) {
               "user_vlan_port_set(unit=0, zero=0, vid=100, members={4,5,32,255}, untagged={})");
 }
 
+TEST(Describe, ShowsThreePortsInARowAsARange) {
+    const adp_ports_t words = {0x0000009E, 0, 0, 0, 0, 0, 0, 0xE0000000};
+    EXPECT_EQ(calls::ports_text(words, 1), "{1-4,7}");
+    EXPECT_EQ(calls::ports_text(words, 8), "{1-4,7,253-255}");
+    const adp_ports_t all = {~0U, ~0U, ~0U, ~0U, ~0U, ~0U, ~0U, ~0U};
+    EXPECT_EQ(calls::ports_text(all, 8), "{0-255}");
+}
+
 TEST(Describe, ShowsANullAddressAsNull) {
     const uint32_t *none = nullptr;
     const Collected call(kUnit, kZero, kVid, none, none);

@@ -27,6 +27,13 @@ const Table *find_table(std::string_view name) {
     return find(tables(), name);
 }
 
+const Structure *find_structure(std::string_view name) {
+    const auto rows = structures();
+    const auto found =
+        std::find_if(rows.begin(), rows.end(), [name](const Structure &row) { return row.layout->name == name; });
+    return found == rows.end() ? nullptr : &*found;
+}
+
 const Constant *find_constant(std::string_view name) {
     return find(constants(), name);
 }

@@ -44,20 +44,30 @@ struct Table {
     const char *doc;
 };
 
+/** A struct of the headers, with the remark after each member. */
+struct Structure {
+    const calls::Struct *layout;
+    const char *doc;
+    const char *const *remarks; /**< as many as the layout has fields */
+};
+
 /** A constant of the headers, with the remark after it. */
 struct Constant {
     const char *name;
     int64_t value;
     const char *doc;
+    const char *enumeration; /**< the tag of its enumeration, empty for a macro */
 };
 
 std::span<const Call> calls();
 std::span<const Table> tables();
+std::span<const Structure> structures();
 std::span<const Constant> constants();
 
 /** Null if there is none of this name. */
 const Call *find_call(std::string_view name);
 const Table *find_table(std::string_view name);
+const Structure *find_structure(std::string_view name);
 const Constant *find_constant(std::string_view name);
 
 /**

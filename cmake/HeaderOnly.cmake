@@ -1,5 +1,6 @@
 # Header-only libraries of the build machine ({fmt}, nlohmann-json), offered alone: the folder they stand in must
 # not be seen by a cross compiler, for it holds this machine's system headers too.
+include_guard(GLOBAL)
 set(ADP_HEADER_ONLY_DIR ${CMAKE_BINARY_DIR}/header-only)
 file(MAKE_DIRECTORY ${ADP_HEADER_ONLY_DIR})
 foreach(library fmt nlohmann)

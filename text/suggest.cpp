@@ -4,6 +4,7 @@
 #include <stddef.h>
 #include <algorithm>
 #include <cctype>
+#include <numeric>
 #include <utility>
 
 namespace text {
@@ -19,21 +20,21 @@ bool same(char a, char b) {
     return std::tolower(static_cast<unsigned char>(a)) == std::tolower(static_cast<unsigned char>(b));
 }
 
-/** The edit distance of two names, ignoring case. */
+/** The edit distance of two names, ignoring case; neighbours that changed places are one error. */
 size_t distance(std::string_view a, std::string_view b) {
-    std::vector<size_t> row(b.size() + 1);
-    for (size_t j = 0; j <= b.size(); ++j) {
-        row[j] = j;
-    }
+    std::vector<std::vector<size_t>> rows(a.size() + 1, std::vector<size_t>(b.size() + 1));
+    std::iota(rows[0].begin(), rows[0].end(), size_t{0});
     for (size_t i = 1; i <= a.size(); ++i) {
-        size_t diagonal = std::exchange(row[0], i);
+        rows[i][0] = i;
         for (size_t j = 1; j <= b.size(); ++j) {
-            const size_t replaced = diagonal + (same(a[i - 1], b[j - 1]) ? 0U : 1U);
-            diagonal = row[j];
-            row[j] = std::min({replaced, row[j] + 1, row[j - 1] + 1});
+            const size_t replaced = rows[i - 1][j - 1] + (same(a[i - 1], b[j - 1]) ? 0U : 1U);
+            rows[i][j] = std::min({replaced, rows[i - 1][j] + 1, rows[i][j - 1] + 1});
+            if (i > 1 && j > 1 && same(a[i - 1], b[j - 2]) && same(a[i - 2], b[j - 1])) {
+                rows[i][j] = std::min(rows[i][j], rows[i - 2][j - 2] + 1);
+            }
         }
     }
-    return row[b.size()];
+    return rows[a.size()][b.size()];
 }
 
 }  // namespace
@@ -57,6 +58,11 @@ std::string did_you_mean(std::string_view name, const std::vector<std::string_vi
         question += std::string(close[i].second) + "'";
     }
     return question.empty() ? question : question + "?";
+}
+
+bool has_one_error(std::string_view a, std::string_view b) {
+    const size_t difference = a.size() > b.size() ? a.size() - b.size() : b.size() - a.size();
+    return difference <= 1 && a.size() <= kMaxName && distance(a, b) == 1;
 }
 
 }  // namespace text

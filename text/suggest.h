@@ -11,4 +11,7 @@ namespace text {
 std::string did_you_mean(std::string_view name, const std::vector<std::string_view> &names,
                          std::string_view separator = "; ");
 
+/** Whether two words differ by one letter, or by two neighbours that changed places. */
+bool has_one_error(std::string_view a, std::string_view b);
+
 }  // namespace text

@@ -36,11 +36,14 @@ namespace {{
 {params}
 {table("Call", (call_row(library, function) for function in library.functions))}
 {table("Table", (table_row(library, data) for data in sorted(library.headers.data, key=lambda each: each.name)))}
+{"".join(remark_rows(library, struct) for struct in library.headers.structs.values())}
+{table("Structure", (structure_row(struct) for struct in library.headers.structs.values()))}
 {table("Constant", (constant_row(library, name) for name in sorted(library.headers.constants)))}
 }}  // namespace
 
 std::span<const Call> calls() {{ return kCalls; }}
 std::span<const Table> tables() {{ return kTables; }}
+std::span<const Structure> structures() {{ return kStructures; }}
 std::span<const Constant> constants() {{ return kConstants; }}
 
 }}  // namespace exported
@@ -112,4 +115,15 @@ def table_row(library, data):
 
 
 def constant_row(library, name):
-    return f"    {{{quote(name)}, {library.headers.constants[name]}, {quote(library.remarks.get(name, ''))}}},\n"
+    return (f"    {{{quote(name)}, {library.headers.constants[name]}, {quote(library.remarks.get(name, ''))}, "
+            f"{quote(library.headers.enums.get(name, ''))}}},\n")
+
+
+def remark_rows(library, struct):
+    rows = "".join(f"    {quote(library.field_remarks.get((struct.name, member.name), ''))},\n"
+                   for member in struct.fields)
+    return f"const char *const kRemarks_{struct.name}[] = {{\n{rows}}};\n"
+
+
+def structure_row(struct):
+    return f"    {{&kStruct_{struct.name}, {quote(struct.doc)}, kRemarks_{struct.name}}},\n"

@@ -21,6 +21,7 @@ NUMBERS = {"i32": "kI32", "u32": "kU32"}
 class Exported:
     headers: Interface
     remarks: dict  # constant -> remark
+    field_remarks: dict  # (struct, member) -> remark
 
     @property
     def functions(self):
@@ -112,7 +113,7 @@ class Exported:
 def read(include):
     """The headers that adp.h includes: a new header, call or table is in the table by itself."""
     paths = headers.included_by("adp/adp.h", include)
-    exported = Exported(headers.read(paths), headers.remarks_of(paths))
+    exported = Exported(headers.read(paths), headers.remarks_of(paths), headers.field_remarks_of(paths))
     for function in exported.functions:
         if function.variadic:
             raise HeaderError(f"{function.name}: takes a variable number of arguments")

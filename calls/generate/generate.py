@@ -2,6 +2,7 @@
 """Writes what follows from the headers: the tables of imported and exported calls, stubs, driver calls, export maps.
 
     generate.py --output DIR --include DIR --library netlink_api netlink_api.h --library device_services services.h
+                --status status.h
 
 It writes tables and one-line definitions only. Describing, encoding and dispatching are hand-written C++ that walks
 these tables.
@@ -15,6 +16,7 @@ sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 import emit_calls     # noqa: E402  (the path has to be set first)
 import emit_driver    # noqa: E402
 import emit_exported  # noqa: E402
+import emit_status    # noqa: E402
 import emit_table     # noqa: E402
 import exported       # noqa: E402
 import interface      # noqa: E402
@@ -58,10 +60,13 @@ def main(arguments):
     parser.add_argument("--include", required=True, help="folder that holds adp/adp.h and adp/types.h")
     parser.add_argument("--library", required=True, action="append", nargs=2, metavar=("NAME", "HEADER"),
                         help="an imported library and its header")
+    parser.add_argument("--status", required=True, metavar="HEADER", help="the results of the virtual chip")
     options = parser.parse_args(arguments)
     try:
         calls = model.read(os.path.join(options.include, "adp", "types.h"), options.library)
         files = outputs(calls, exported.read(options.include))
+        with open(options.status, encoding="utf-8") as header:
+            files["status_table.cpp"] = emit_status.table(header.read())
     except interface.HeaderError as error:
         print(f"generate.py: {error}", file=sys.stderr)
         return 1

@@ -55,6 +55,18 @@ def remarks_of(paths):
     return remarks
 
 
+def field_remarks_of(paths):
+    """The remark after each member of a struct, by the names of struct and member."""
+    remarks = {}
+    for path in paths:
+        with open(path, encoding="utf-8") as source:
+            text = source.read()
+        for body, name in re.findall(r"^typedef struct \w*\s*\{\n(.*?)^\} (\w+);", text, flags=re.M | re.S):
+            for member, remark in re.findall(r"(\w+)(?:\[\w+\])?; */\*\*< *([^\n]*?) *\*/$", body, flags=re.M):
+                remarks[name, member] = remark
+    return remarks
+
+
 def clean_doc(comment):
     """A doc comment's text without its stars."""
     body = re.sub(r"^/\*\*<?|\*/$", "", comment.strip())
@@ -109,6 +121,7 @@ class Reader:
         elif text.startswith("enum"):
             for name, value in re.findall(r"(\w+)\s*=\s*(\w+)", text):
                 self.interface.constants[name] = self.number(value)
+                self.interface.enums[name] = text.split()[1]
         elif text.startswith("struct"):
             pass  # a forward declaration
         elif text.startswith("extern"):

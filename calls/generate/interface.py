@@ -72,7 +72,8 @@ class Interface:
     aliases: dict = field(default_factory=dict)    # typedef name -> scalar or struct name
     arrays: dict = field(default_factory=dict)     # typedef name -> (element type, count)
     callbacks: dict = field(default_factory=dict)  # typedef name -> Function
-    constants: dict = field(default_factory=dict)  # #define name -> number
+    constants: dict = field(default_factory=dict)  # name of a #define or an enumerator -> number
+    enums: dict = field(default_factory=dict)      # enumerator -> tag of its enumeration
 
     def unaliased(self, type_name):
         while type_name in self.aliases:

@@ -47,6 +47,18 @@ def test_a_parameters_shape_follows_its_type(source):
     assert '{"block", {Kind::kOpaque, 1}, Direction::kOut, Shape::kPlain, 1024, kNotCounted}' in text
 
 
+def test_a_constant_names_its_enumeration(source):
+    text = source("enum adp_kind {\n    ADP_KIND_ONE = 1, /**< the first */\n};\n#define ADP_LONE 7 /**< alone */\n")
+    assert '{"ADP_KIND_ONE", 1, "the first", "adp_kind"},' in text
+    assert '{"ADP_LONE", 7, "alone", ""},' in text
+
+
+def test_a_structs_fields_have_their_remarks(source):
+    text = source("/** A pair. */\ntypedef struct {\n    uint32_t one; /**< the first */\n    uint32_t two[2];\n} pair_t;\n")
+    assert 'const char *const kRemarks_pair_t[] = {\n    "the first",\n    "",\n};' in text
+    assert '{&kStruct_pair_t, "A pair.", kRemarks_pair_t},' in text
+
+
 def test_a_callback_reports_its_events(source):
     text = source("typedef int32_t (*notice_t)(uint32_t port, const uint8_t mac[6]); int32_t adp_new(notice_t notice);")
     assert "int32_t report_notice_t(uint32_t port, const uint8_t mac[6]) {" in text
@@ -61,7 +73,7 @@ def test_a_table_has_rows_and_columns(source):
 
 
 def test_a_constant_has_the_remark_after_it(source):
-    assert '{"ADP_OK", 0, "all is well"}' in source("#define ADP_OK 0 /**< all is well */\n")
+    assert '{"ADP_OK", 0, "all is well", ""}' in source("#define ADP_OK 0 /**< all is well */\n")
 
 
 @pytest.mark.parametrize("declaration, reason", {

@@ -1,10 +1,12 @@
 """The generator on small headers: what it writes, what it rejects, and that equal files are not written again."""
 import os
+import re
 
 import pytest
 
 import emit_calls
 import emit_driver
+import emit_status
 import emit_table
 import generate
 import interface
@@ -27,6 +29,13 @@ int32_t user_create(uint32_t unit, const adp_ports_t ports, const outer_t *outer
 /** Lists. */
 int32_t user_list(uint32_t unit, int32_t size, ADP_COUNT(size) uint16_t *list);
 """
+STATUS = """
+enum class Status : int32_t {
+    kOk = 0,           ///< done
+    kNoRoom = -2,      ///< there is no "room"
+    kLongerName = -30  ///< the last
+};
+"""
 SERVICES = """
 extern uintptr_t queue;
 /** Logs. */
@@ -41,7 +50,7 @@ def fixture_headers(tmp_path):
     def write(driver=DRIVER, services=SERVICES, types=TYPES):
         (tmp_path / "adp").mkdir(exist_ok=True)
         for name, text in (("adp/types.h", types), ("adp/adp.h", "#include <adp/types.h>\n"), ("driver.h", driver),
-                           ("services.h", services)):
+                           ("services.h", services), ("status.h", STATUS)):
             (tmp_path / name).write_text(text, encoding="utf-8")
         return str(tmp_path / "adp/types.h"), [["driver", str(tmp_path / "driver.h")],
                                                ["services", str(tmp_path / "services.h")]]
@@ -132,7 +141,19 @@ def run(headers, folder, **texts):
     arguments = ["--output", str(folder), "--include", os.path.dirname(os.path.dirname(types))]
     for name, header in libraries:
         arguments += ["--library", name, header]
-    return generate.main(arguments)
+    return generate.main(arguments + ["--status", os.path.join(os.path.dirname(libraries[0][1]), "status.h")])
+
+
+def test_the_table_of_results_has_every_enumerator_with_its_remark():
+    text = emit_status.table(STATUS)
+    assert re.findall(r"\{Status::.*\}", text) == [
+        '{Status::kOk, "ok", "done"}', '{Status::kNoRoom, "no_room", "there is no \\"room\\""}',
+        '{Status::kLongerName, "longer_name", "the last"}']
+
+
+def test_a_result_without_a_remark_is_rejected():
+    with pytest.raises(interface.HeaderError, match="kNoRoom has no remark"):
+        emit_status.table(STATUS.replace('///< there is no "room"', ""))
 
 
 def test_equal_files_are_not_written_again(headers, tmp_path):
@@ -140,7 +161,8 @@ def test_equal_files_are_not_written_again(headers, tmp_path):
     assert run(headers, folder) == 0
     names = sorted(os.listdir(folder))
     assert names == ["call_id.h", "call_table.cpp", "driver.map", "driver_calls.cpp", "driver_calls.h",
-                     "driver_stubs.cpp", "exported_calls.cpp", "forward.cpp", "services.map", "services_stubs.cpp"]
+                     "driver_stubs.cpp", "exported_calls.cpp", "forward.cpp", "services.map", "services_stubs.cpp",
+                     "status_table.cpp"]
     for name in names:
         os.utime(folder / name, (1, 1))
     assert run(headers, folder) == 0

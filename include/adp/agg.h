@@ -15,6 +15,16 @@
 
 ADP_BEGIN_DECLS
 
+/** By what a group's port for a frame is chosen: the driver's codes, as the virtual device has them. */
+enum adp_balance_mode {
+    ADP_BALANCE_DST_MAC = 1,     /**< the destination MAC address */
+    ADP_BALANCE_SRC_MAC = 2,     /**< the source MAC address */
+    ADP_BALANCE_SRC_DST_MAC = 3, /**< both MAC addresses */
+    ADP_BALANCE_DST_IP = 4,      /**< the destination IP address and port */
+    ADP_BALANCE_SRC_IP = 5,      /**< the source IP address and port */
+    ADP_BALANCE_SRC_DST_IP = 6   /**< both IP addresses and ports */
+};
+
 /** Aggregation event: all words are 0 but word 16 + trunk id, which holds the aggregation interface. */
 typedef struct {
     uint32_t word[24];
@@ -292,7 +302,7 @@ adp_status_t ANEW_SELECT_MANAGE_INTF(adp_intf_t agg_intf);
  * modes 2 and 5, 0x70 for others; user_trunk_loadbalance_set(trunk id, mode). No table is used and no group is refused.
  *
  * @param agg_intf  aggregation interface
- * @param mode      the driver's balancing mode; 1..6 on the virtual device
+ * @param mode      enum adp_balance_mode
  * @return the second driver call's result
  */
 adp_status_t adp_set_agg_loadbalance(adp_intf_t agg_intf, uint32_t mode);
@@ -332,7 +342,7 @@ adp_status_t adp_agg_linkscan_handle(adp_intf_t intf, uint32_t is_up, uint32_t *
  * Driver call: user_port_packetstat_get(port, type, value) for each port in list order.
  *
  * @param intf        user port or aggregation interface
- * @param type        the driver's counter type
+ * @param type        enum adp_counter
  * @param[out] value  the counter; for a group untouched after a failure, and 0 without members
  * @return 0; 102 at the first failure; 201 for another type, -1 for a group outside 1..8
  */

@@ -68,6 +68,20 @@ ADP_BEGIN_DECLS
 #define ADP_FP_ACTION_METER 53 /**< meter: parameter the rate, second parameter the index in the submodule */
 /** @} */
 
+/** What a counter of the field processor is read in: the driver's codes, as the virtual device has them. */
+enum adp_fp_value {
+    ADP_FP_VALUE_FRAMES = 0, /**< frames */
+    ADP_FP_VALUE_OCTETS = 1  /**< octets */
+};
+
+/** What happens to packets that match no rule: the driver's codes, as the virtual device has them. */
+enum adp_fp_miss {
+    ADP_FP_MISS_NONE = 0,        /**< nothing */
+    ADP_FP_MISS_DROP = 1,        /**< they are dropped */
+    ADP_FP_MISS_COPY_TO_CPU = 2, /**< the CPU gets them as well */
+    ADP_FP_MISS_TO_CPU = 3       /**< the CPU gets them alone */
+};
+
 /** A submodule: which slice of the field processor a feature owns. 24 bytes. */
 typedef struct {
     int32_t submodule_type; /**< the row's key */
@@ -334,7 +348,7 @@ adp_status_t adp_fp_add_entity_rule(FpEntity entity);
  * Driver call: user_field_get_statistics(counter, type), its result ignored, then logged (line 1311).
  *
  * @param counter  the driver's counter number; 0..255 on the virtual device
- * @param type     the driver's code of the value; on the virtual device 0 frames, 1 octets
+ * @param type     enum adp_fp_value
  * @return the count; 0 also when the driver wrote none
  */
 int32_t adp_fp_get_statistics(int32_t counter, int32_t type);
@@ -347,7 +361,7 @@ int32_t adp_fp_get_statistics(int32_t counter, int32_t type);
  * @param unused1  not used
  * @param unused2  not used
  * @param counter  the driver's counter number; 0..255 on the virtual device
- * @param type     the driver's code of the value; on the virtual device 0 frames, 1 octets
+ * @param type     enum adp_fp_value
  * @return the driver's result
  */
 adp_status_t adp_fp_clear_statistics(uint32_t unused1, uint32_t unused2, int32_t counter, int32_t type);
@@ -358,7 +372,7 @@ adp_status_t adp_fp_clear_statistics(uint32_t unused1, uint32_t unused2, int32_t
  * Driver call: user_field_lookupMissAct_set(port, miss_action), then logged (line 1349).
  *
  * @param intf         user port; any other interface is passed on as physical port -1
- * @param miss_action  the driver's code; 0..3 on the virtual device
+ * @param miss_action  enum adp_fp_miss
  * @return the driver's result
  */
 adp_status_t adp_fp_lookupMissAct_set(int32_t intf, uint32_t miss_action);
@@ -368,7 +382,7 @@ adp_status_t adp_fp_lookupMissAct_set(int32_t intf, uint32_t miss_action);
  * adp_fp_lookupMissAct_set(). Higher bits are ignored.
  *
  * @param ports        the interfaces
- * @param miss_action  the driver's code; 0..3 on the virtual device
+ * @param miss_action  enum adp_fp_miss
  * @return the last interface's result, which hides earlier failures; 0 when the bitmap is empty
  */
 adp_status_t adp_fp_lookupMissAct_pbmp_set(FpPortBitmap ports, uint32_t miss_action);

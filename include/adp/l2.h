@@ -15,6 +15,15 @@
 
 ADP_BEGIN_DECLS
 
+/** Switch controls that have an effect: the driver's numbers, as the virtual device has them. It keeps 0 to 255. */
+enum adp_switch_control {
+    ADP_CONTROL_MLD = 89,      /**< MLD messages go to the CPU: 0 off, otherwise on */
+    ADP_CONTROL_IGMP = 92,     /**< IGMP messages go to the CPU: 0 off, otherwise on */
+    ADP_CONTROL_MIRRORS = 125, /**< frames are mirrored: 0 off, otherwise on */
+    ADP_CONTROL_HASH = 136, /**< which end of a flow chooses a group's port: 0x50 source, 0x60 destination, 0x70 both */
+    ADP_CONTROL_LOCAL_GROUPS = 215 /**< frames to 224.0.0.0/24 go to the CPU: 0 off, otherwise on */
+};
+
 /**
  * Sets the user ports that an interface may send to.
  *
@@ -65,7 +74,7 @@ adp_status_t adp_get_port_isolatestatus(adp_intf_t intf, uint32_t bitmap[2]);
  *
  * Driver call: user_switch_control_set(control, value).
  *
- * @param control  the driver's control number
+ * @param control  enum adp_switch_control, or another number of the driver
  * @param value    its new value
  * @return 0; 102 when the driver call failed
  */
@@ -76,7 +85,7 @@ adp_status_t adp_switch_control_set(uint32_t control, uint32_t value);
  *
  * Driver call: user_switch_control_get(control, value).
  *
- * @param control     the driver's control number
+ * @param control     enum adp_switch_control, or another number of the driver
  * @param[out] value  written by the driver
  * @return the driver's result
  */

@@ -19,6 +19,10 @@ ADP_BEGIN_DECLS
 
 #define ADP_MAC_BYTES 6 /**< a MAC address, in network order */
 
+#define ADP_MAC_FLAG_STATIC 0x8     /**< the entry is static; on the virtual device */
+#define ADP_MAC_FLAG_DROP_TO 0x10   /**< frames to the address are dropped; on the virtual device */
+#define ADP_MAC_FLAG_DROP_FROM 0x20 /**< frames from the address are dropped; on the virtual device */
+
 /** Which entries a delete call deletes: the low byte of its mode. Any other mode is refused with 101. */
 enum adp_mac_mode {
     ADP_MAC_DYNAMIC = 0, /**< learned entries */
@@ -59,8 +63,7 @@ adp_status_t adp_add_mac_addr(const uint8_t mac[ADP_MAC_BYTES], adp_intf_t intf,
  * @param intf   user port or aggregation interface; the group's number is not checked
  * @param mac    MAC address
  * @param vid    VLAN id, low 16 bits used
- * @param flags  the driver's flags, low byte used; on the virtual device 0x8 static, 0x10 drops frames to the address,
- *               0x20 frames from it
+ * @param flags  the driver's flags, low byte used: ADP_MAC_FLAG_...
  * @return the driver's result; 201 without a driver call for another type
  */
 adp_status_t adp_filter_mac_addr(adp_intf_t intf, const uint8_t mac[ADP_MAC_BYTES], uint32_t vid, uint32_t flags);
@@ -181,7 +184,7 @@ adp_status_t adp_del_mac_mcast_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t v
 /**
  * Deletes the entries of a learn type. Driver call: user_l2_addr_del_all_addr_by_lrntype(0, 0, learn_type).
  *
- * @param learn_type  the driver's learn type, low byte used; on the virtual device 0 dynamic, 1 static, 2 both
+ * @param learn_type  the driver's learn type, low byte used; enum adp_mac_mode on the virtual device
  * @return the driver's result
  */
 adp_status_t adp_del_mac_by_lrntype(uint32_t learn_type);

@@ -17,6 +17,13 @@
 
 ADP_BEGIN_DECLS
 
+/** What happens to multicast frames of unknown groups: the driver's codes, as the virtual device has them. */
+enum adp_mcast_miss {
+    ADP_MCAST_MISS_FLOOD = 0, /**< they are flooded */
+    ADP_MCAST_MISS_DROP = 1,  /**< they are dropped */
+    ADP_MCAST_MISS_TO_CPU = 2 /**< the CPU gets them */
+};
+
 /**
  * Creates a group.
  *
@@ -95,7 +102,7 @@ adp_status_t adp_del_igmpsn_member(const uint8_t mac[6], uint32_t vid, uint32_t 
  *
  * Driver call: user_switch_control_set(0, 0, control, value).
  *
- * @param control  the driver's control number
+ * @param control  enum adp_switch_control, or another number of the driver
  * @param value    its new value
  * @return the driver's result
  */
@@ -104,7 +111,7 @@ adp_status_t adp_set_vlan_igmp_pkt_action(uint32_t control, uint32_t value);
 /**
  * Reads a control of the handling of IGMP packets. Driver call: user_switch_control_get(0, 0, control, value).
  *
- * @param control     the driver's control number
+ * @param control     enum adp_switch_control, or another number of the driver
  * @param[out] value  written by the driver
  * @return the driver's result
  */
@@ -178,7 +185,7 @@ adp_status_t adp_control_ip6mc_mode_enable(uint32_t mode);
  * Driver call for each of user ports 1 to 26, whatever the number of ports in the map:
  * User_switch_ipmc_lookup_miss_action(0, 0, port, action), its result ignored.
  *
- * @param action  the driver's code; on the virtual device 0 flood, 1 drop, 2 to the CPU
+ * @param action  enum adp_mcast_miss
  * @return 0
  */
 adp_status_t adp_control_ipmc_lookup_miss_action(uint32_t action);
@@ -189,7 +196,7 @@ adp_status_t adp_control_ipmc_lookup_miss_action(uint32_t action);
  * Driver call for each of user ports 1 to 26, whatever the number of ports in the map:
  * User_switch_ip6mc_lookup_miss_action(0, 0, port, action), its result ignored.
  *
- * @param action  the driver's code; on the virtual device 0 flood, 1 drop, 2 to the CPU
+ * @param action  enum adp_mcast_miss
  * @return 0
  */
 adp_status_t adp_control_ip6mc_lookup_miss_action(uint32_t action);

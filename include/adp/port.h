@@ -160,6 +160,33 @@ adp_status_t adp_api_xlate_port_pbmp_a2p(ADP_INOUT uint32_t bitmap[2]);
  */
 adp_status_t adp_api_xlate_port_pbmp_p2a(ADP_INOUT uint32_t bitmap[2]);
 
+/** A port's modes of address learning: the driver's codes, as the virtual device has them. */
+enum adp_learn_mode {
+    ADP_LEARN_CLOSED = 0, /**< frames from unknown addresses are dropped */
+    ADP_LEARN_NORMAL = 1, /**< addresses are learned */
+    ADP_LEARN_OFF = 4,    /**< addresses are not learned, frames go on */
+    ADP_LEARN_OPEN = 5,   /**< as normal, for a port that 802.1X has opened */
+    ADP_LEARN_PENDING = 8 /**< frames from unknown addresses go to the CPU alone */
+};
+
+/** A port's counters: the driver's selectors, as the virtual device has them. */
+enum adp_counter {
+    ADP_COUNTER_RX_OCTETS = 0,     /**< octets received */
+    ADP_COUNTER_RX_FRAMES = 1,     /**< frames received */
+    ADP_COUNTER_RX_UNICAST = 2,    /**< unicast frames received */
+    ADP_COUNTER_RX_MULTICAST = 3,  /**< multicast frames received */
+    ADP_COUNTER_RX_BROADCAST = 4,  /**< broadcast frames received */
+    ADP_COUNTER_RX_DROPPED = 5,    /**< received frames dropped, for whatever reason */
+    ADP_COUNTER_RX_TOO_LONG = 6,   /**< received frames dropped as too long */
+    ADP_COUNTER_RX_RUNTS = 7,      /**< received frames dropped as runts */
+    ADP_COUNTER_TX_OCTETS = 8,     /**< octets sent */
+    ADP_COUNTER_TX_FRAMES = 9,     /**< frames sent */
+    ADP_COUNTER_TX_UNICAST = 10,   /**< unicast frames sent */
+    ADP_COUNTER_TX_MULTICAST = 11, /**< multicast frames sent */
+    ADP_COUNTER_TX_BROADCAST = 12, /**< broadcast frames sent */
+    ADP_COUNTER_TX_TOO_LONG = 13   /**< frames not sent as too long for the port */
+};
+
 /** Selectors of adp_set_phy_port_attr() and adp_get_phy_port_attr(). */
 enum adp_port_attr {
     ADP_ATTR_SPEED = 0,         /**< Mb/s: 10, 100, 1000, 10000 */
@@ -262,7 +289,7 @@ adp_status_t adp_get_phy_port_attr(adp_intf_t intf, uint32_t selector, uint32_t 
  * Driver call: user_port_learn_set(port, mode), on a group for each configured member.
  *
  * @param intf  user port or aggregation interface
- * @param mode  the driver's learning mode; on the virtual device 0 closed, 4 off, 1 and 5 normal, 8 pending
+ * @param mode  enum adp_learn_mode
  * @return user port: the driver's result; group: 0, 102 at the first failure; 201 for another type, -1 for a group
  *         outside 1..8
  */
@@ -274,7 +301,7 @@ adp_status_t adp_intf_learn_set(adp_intf_t intf, int32_t mode);
  * Driver call: user_port_learn_get(port, mode), on a group for its management interface.
  *
  * @param intf       user port or aggregation interface
- * @param[out] mode  written by the driver: its learning mode, as in adp_intf_learn_set()
+ * @param[out] mode  written by the driver, enum adp_learn_mode
  * @return the driver's result; 201 for another type, -1 for a group outside 1..8
  */
 adp_status_t adp_intf_learn_get(adp_intf_t intf, uint32_t *mode);
@@ -318,7 +345,7 @@ adp_status_t adp_intf_eee_get(adp_intf_t intf, uint32_t *enable);
  * Driver call: user_stat_port_get(port, selector, value).
  *
  * @param intf        user port; any other interface is passed on as physical port -1
- * @param selector    the driver's counter selector
+ * @param selector    enum adp_counter
  * @param[out] value  written by the driver: the counter, 64 bits
  * @return the driver's result
  */

@@ -24,6 +24,14 @@ enum adp_map_type {
     ADP_MAP_NONE = 2   /**< accepted, needs nothing on this chip */
 };
 
+/** Which priority of its frames a port trusts: the driver's codes, as the virtual device has them. */
+enum adp_trust_mode {
+    ADP_TRUST_PORT = 0,       /**< none: the port's own priority */
+    ADP_TRUST_TAG = 1,        /**< the tag's */
+    ADP_TRUST_DSCP = 2,       /**< the DSCP's */
+    ADP_TRUST_DSCP_OR_TAG = 3 /**< the DSCP's, for other frames than IP packets the tag's */
+};
+
 /** A row of an 802.1p map, by priority. */
 typedef struct {
     uint32_t queue;  /**< queue of the priority */
@@ -128,7 +136,7 @@ adp_status_t adp_del_dot1p_assign(uint32_t map_type, adp_intf_t intf, uint32_t u
  * Sets which priority of its frames a user port trusts. Driver call: user_port_dscp_map_mode_set(port, mode).
  *
  * @param intf  user port
- * @param mode  the driver's code; on the virtual device 0 the port's own, 1 the tag's, 2 the DSCP's, 3 DSCP or tag
+ * @param mode  enum adp_trust_mode
  * @return 0; 102 when the driver call failed, and without one for an aggregation interface; 201 for another type
  */
 adp_status_t adp_set_port_pri_trust_mode(adp_intf_t intf, uint32_t mode);
@@ -137,7 +145,7 @@ adp_status_t adp_set_port_pri_trust_mode(adp_intf_t intf, uint32_t mode);
  * Reads which priority of its frames a user port trusts. Driver call: user_port_dscp_map_mode_get(port, mode).
  *
  * @param intf       user port
- * @param[out] mode  written by the driver
+ * @param[out] mode  written by the driver, enum adp_trust_mode
  * @return 0; 102 when the driver call failed, and without one for an aggregation interface; 201 for another type
  */
 adp_status_t adp_get_port_pri_trust_mode(adp_intf_t intf, uint32_t *mode);

@@ -16,6 +16,13 @@ ADP_BEGIN_DECLS
 
 #define ADP_QUEUES 8 /**< egress queues of a port */
 
+/** A port's scheduling modes: the driver's codes, as the virtual device has them. 3 is refused by the library. */
+enum adp_scheduling_mode {
+    ADP_SCHEDULING_STRICT = 0,      /**< the highest queue that has a frame */
+    ADP_SCHEDULING_ROUND_ROBIN = 1, /**< a frame of each queue in turn */
+    ADP_SCHEDULING_WEIGHTED = 2     /**< each queue in turn, by its weight */
+};
+
 /** A weight for each queue, from queue 0 on. Passed by value. */
 typedef struct {
     uint32_t weight[ADP_QUEUES];
@@ -39,7 +46,7 @@ adp_status_t adp_qos_init(void);
  * number, not of the physical port, and none for interface 32 and above.
  *
  * @param intf  user port
- * @param mode  the driver's code; 3 is refused; on the virtual device 0 strict, 1 round robin, 2 weighted
+ * @param mode  enum adp_scheduling_mode; 3 is refused
  * @return 501 for mode 3, whatever the interface; 0; 102 when the driver call failed, and without one for an
  *         aggregation interface; 201 for another type
  */

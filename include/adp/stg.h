@@ -21,6 +21,15 @@ ADP_BEGIN_DECLS
 #define ADP_L2_CACHE_SIZE 8192   /**< size that adp_get_l2_cache_size() reports */
 #define ADP_STG_STATE_RELEASED 4 /**< the port state that the library sets when VLANs leave a group */
 
+/** A port's states in a group: the driver's codes, as the virtual device has them. */
+enum adp_stg_state {
+    ADP_STG_STATE_DISABLED = 0,  /**< frames are neither learned nor forwarded */
+    ADP_STG_STATE_BLOCKING = 1,  /**< as disabled */
+    ADP_STG_STATE_LISTENING = 2, /**< as disabled */
+    ADP_STG_STATE_LEARNING = 3,  /**< frames are learned, not forwarded */
+    ADP_STG_STATE_FORWARDING = 4 /**< frames are learned and forwarded */
+};
+
 /**
  * The group that each VLAN was last added to, 0 for none: what the three member calls did, not what the chip has. The
  * device's programs read it.
@@ -89,8 +98,7 @@ adp_status_t adp_del_msti_all_member(int32_t stg);
  *
  * @param stg    MST instance number
  * @param intf   user port or aggregation interface
- * @param state  the driver's port state; on the virtual device 0 disabled, 1 blocking, 2 listening, 3 learning, 4
- *               forwarding
+ * @param state  enum adp_stg_state
  * @return the driver's result, for a group that of the first member that failed (members before it keep the new state);
  *         0 for a group without members; -1 for a group of nine members or more or outside 1..8; -1 for another type
  */
@@ -104,7 +112,7 @@ adp_status_t adp_set_port_mstp_state(int32_t stg, adp_intf_t intf, uint32_t stat
  *
  * @param stg         MST instance number
  * @param intf        user port; any other interface is passed on as physical port -1
- * @param[out] state  written by the driver
+ * @param[out] state  written by the driver, enum adp_stg_state
  * @return the driver's result
  */
 adp_status_t adp_stg_stp_get(int32_t stg, adp_intf_t intf, uint32_t *state);
@@ -256,8 +264,7 @@ adp_status_t adp_stg_list_destroy(adp_word_t list, int32_t count);
  * Driver call: user_stg_stp_set(0, port, state), on an aggregation interface for each active member.
  *
  * @param intf   user port or aggregation interface
- * @param state  the driver's port state; on the virtual device 0 disabled, 1 blocking, 2 listening, 3 learning, 4
- *               forwarding
+ * @param state  enum adp_stg_state
  * @return user port: the driver's result; aggregation interface: 0, 102 at the first failure; 201 for another type, -1
  *         for a group outside 1..8
  */
@@ -270,7 +277,7 @@ adp_status_t adp_set_port_erps_state(adp_intf_t intf, uint32_t state);
  * failed. ret=%d\n".
  *
  * @param intf        user port; any other interface is passed on as physical port -1
- * @param[out] state  written by the driver
+ * @param[out] state  written by the driver, enum adp_stg_state
  * @return the driver's result
  */
 adp_status_t adp_get_port_erps_state(adp_intf_t intf, uint32_t *state);

@@ -3,15 +3,8 @@
  * Storm control (limits on a port's broadcast, multicast and unknown unicast frames) and the ingress limit.
  *
  * Every call begins with a device id: with 1 it returns 0 at once and does nothing, whatever its other arguments; every
- * other id is accepted and ignored. The low byte of a storm code names the type of frames:
- *
- * | code | driver's type | frames (as the virtual device has it) |
- * |---|---|---|
- * | 1 | 3 | broadcast |
- * | 2 | 2 | multicast |
- * | 4 | 4 | unknown unicast |
- * | 8 | 1 | the three together |
- * | any other | 0 | the driver's |
+ * other id is accepted and ignored. The low byte of a storm code, enum adp_storm_code, names the type of frames. The
+ * driver gets its own number of the type; for any other code it gets 0.
  *
  * Rates and bursts have the driver's unit: on the virtual device kilobits per second and kilobits, or frames per second
  * and frames, see adp_set_storm_counting_mode().
@@ -26,6 +19,20 @@ ADP_BEGIN_DECLS
 
 #define ADP_STORM_NO_DEVICE 1u /**< device id for which nothing is done */
 
+/** The types of frames that are limited, as the virtual device has them. */
+enum adp_storm_code {
+    ADP_STORM_BROADCAST = 1,       /**< broadcast frames; the driver's type 3 */
+    ADP_STORM_MULTICAST = 2,       /**< multicast frames; the driver's type 2 */
+    ADP_STORM_UNKNOWN_UNICAST = 4, /**< unicast frames to unknown addresses; the driver's type 4 */
+    ADP_STORM_TOGETHER = 8         /**< the three together; the driver's type 1 */
+};
+
+/** What storm limits count, as the virtual device has it. */
+enum adp_storm_counting {
+    ADP_STORM_COUNT_OCTETS = 0, /**< octets: rates are kilobits per second, bursts kilobits */
+    ADP_STORM_COUNT_FRAMES = 1  /**< frames: rates are frames per second, bursts frames */
+};
+
 /**
  * Limits an interface's frames of a storm type.
  *
@@ -33,7 +40,7 @@ ADP_BEGIN_DECLS
  *
  * @param dev_id      1 for nothing
  * @param intf        user port or aggregation interface
- * @param storm_code  storm code, low byte used
+ * @param storm_code  enum adp_storm_code, low byte used
  * @param rate        in the driver's unit; 0 is no limit on the virtual device
  * @param burst       in the driver's unit; 0 lets the virtual device choose
  * @return 0; 102 at the first failure; 201 for another type, -1 for a group outside 1..8
@@ -48,7 +55,7 @@ adp_status_t adp_set_storm_control(uint32_t dev_id, adp_intf_t intf, uint32_t st
  *
  * @param dev_id      1 for nothing
  * @param intf        user port or aggregation interface
- * @param storm_code  storm code, low byte used
+ * @param storm_code  enum adp_storm_code, low byte used
  * @param[out] rate   written by the driver
  * @param[out] burst  written by the driver
  * @return 0; 102 when the driver call failed; 201 for another type, -1 for a group outside 1..8
@@ -63,7 +70,7 @@ adp_status_t adp_get_storm_control(uint32_t dev_id, adp_intf_t intf, uint32_t st
  *
  * @param dev_id      1 for nothing
  * @param intf        user port
- * @param storm_code  storm code, low byte used
+ * @param storm_code  enum adp_storm_code, low byte used
  * @param selected    passed through; on the virtual device 1 counted, 0 not
  * @return 0; 102 when the driver call failed, and without one for an aggregation interface; 201 for another type
  */
@@ -76,7 +83,7 @@ adp_status_t adp_set_storm_seltype(uint32_t dev_id, adp_intf_t intf, uint32_t st
  *
  * @param dev_id         1 for nothing
  * @param intf           user port
- * @param storm_code     storm code, low byte used
+ * @param storm_code     enum adp_storm_code, low byte used
  * @param[out] selected  written by the driver
  * @return 0; 102 when the driver call failed, and without one for an aggregation interface; 201 for another type
  */
@@ -89,7 +96,7 @@ adp_status_t adp_get_storm_seltype(uint32_t dev_id, adp_intf_t intf, uint32_t st
  *
  * @param dev_id      1 for nothing
  * @param intf        user port
- * @param storm_code  storm code, low byte used
+ * @param storm_code  enum adp_storm_code, low byte used
  * @param enable      0 off, otherwise on
  * @return 0; 102 when the driver call failed, and without one for an aggregation interface; 201 for another type
  */
@@ -102,7 +109,7 @@ adp_status_t adp_set_stormcontrol_enable(uint32_t dev_id, adp_intf_t intf, uint3
  *
  * @param dev_id      1 for nothing
  * @param intf        user port
- * @param storm_code  storm code, low byte used
+ * @param storm_code  enum adp_storm_code, low byte used
  * @param[out] flag   written by the driver; 1 exceeded on the virtual device
  * @return 0; 102 when the driver call failed, and without one for an aggregation interface; 201 for another type
  */
@@ -124,9 +131,9 @@ adp_status_t adp_reset_storm_exceed_flag(uint32_t dev_id, adp_intf_t intf);
  * Sets how storm limits count, for all ports. Driver call: user_rate_stormCountMode_set(storm_code, mode).
  *
  * @param dev_id      1 for nothing
- * @param storm_code  passed through, low byte used; on the virtual device a storm code, or 0 for all types
+ * @param storm_code  passed through, low byte used; enum adp_storm_code, or 0 for all types on the virtual device
  * @param unused      not used
- * @param mode        passed through; on the virtual device 0 octets, 1 frames
+ * @param mode        passed through; enum adp_storm_counting
  * @return 0; 102 when the driver call failed
  */
 adp_status_t adp_set_storm_counting_mode(uint32_t dev_id, uint32_t storm_code, uint32_t unused, uint32_t mode);
@@ -135,9 +142,9 @@ adp_status_t adp_set_storm_counting_mode(uint32_t dev_id, uint32_t storm_code, u
  * Reads how storm limits count. Driver call: user_rate_stormCountMode_get(storm_code, mode).
  *
  * @param dev_id      1 for nothing
- * @param storm_code  passed through whole
+ * @param storm_code  passed through whole; enum adp_storm_code, or 0 for all types on the virtual device
  * @param unused      not used
- * @param[out] mode   written by the driver
+ * @param[out] mode   written by the driver, enum adp_storm_counting
  * @return 0; 102 when the driver call failed
  */
 adp_status_t adp_get_storm_counting_mode(uint32_t dev_id, uint32_t storm_code, uint32_t unused, uint32_t *mode);

@@ -17,6 +17,13 @@
 
 ADP_BEGIN_DECLS
 
+/** An interface's double-tag modes: the driver's codes, as the virtual device has them. */
+enum adp_double_tag_mode {
+    ADP_DOUBLE_TAG_OFF = 0,      /**< one tag, which names the VLAN */
+    ADP_DOUBLE_TAG_PROVIDER = 1, /**< towards the provider: the outer tag is the service's */
+    ADP_DOUBLE_TAG_CUSTOMER = 2  /**< towards the customer: all tags are payload */
+};
+
 /**
  * Adds an ingress translation: frames that a port receives in one VLAN enter another.
  *
@@ -194,8 +201,7 @@ adp_status_t adp_vlan_dtag_get(adp_intf_t intf, uint32_t inner_vid, uint32_t *ou
  * Driver call: user_port_dtag_mode_set(port, mode), on a group for each active member.
  *
  * @param intf  user port or aggregation interface
- * @param mode  the driver's code, low 16 bits used; on the virtual device 0 off, 1 towards the provider, 2 towards the
- *              customer
+ * @param mode  enum adp_double_tag_mode, low 16 bits used
  * @return user port: the driver's result; group: 0, 102 at the first failure; 201 for another type, -1 for a group
  *         outside 1..8
  */
@@ -208,7 +214,7 @@ adp_status_t adp_double_tag_set(adp_intf_t intf, uint32_t mode);
  * other calls, nothing is read: the result is 0 and the output stays as it was.
  *
  * @param intf       user port or aggregation interface
- * @param[out] mode  written by the driver
+ * @param[out] mode  written by the driver, enum adp_double_tag_mode
  * @return 0; 102 when the driver call failed; 201 for another type, -1 for a group outside 1..8
  */
 adp_status_t adp_double_tag_get(adp_intf_t intf, uint32_t *mode);

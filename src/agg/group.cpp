@@ -9,8 +9,6 @@
 namespace adp {
 namespace {
 
-constexpr uint32_t kHashSelectionControl = 136;  // the driver's switch control of the trunk hash
-
 void clear_group(TrunkId trunk, Intf agg, uint8_t in_use) {
     agg_info[number(trunk)] = {0, in_use, {}};
     agg_standby_members[number(trunk)][0] = 0;
@@ -25,11 +23,11 @@ void clear_group(TrunkId trunk, Intf agg, uint8_t in_use) {
 
 constexpr uint32_t hash_selection(uint32_t mode) {
     switch (mode) {
-        case 1:
-        case 4:
+        case ADP_BALANCE_DST_MAC:
+        case ADP_BALANCE_DST_IP:
             return 0x60;
-        case 2:
-        case 5:
+        case ADP_BALANCE_SRC_MAC:
+        case ADP_BALANCE_SRC_IP:
             return 0x50;
         default:
             return 0x70;
@@ -93,6 +91,6 @@ adp_status_t adp_del_agg_standby_member(adp_intf_t agg_intf, uint32_t word0, uin
 
 adp_status_t adp_set_agg_loadbalance(adp_intf_t agg_intf, uint32_t mode) {
     // Contract: the group is not checked, and a failed control does not stop the trunk call.
-    adp_switch_control_set(kHashSelectionControl, hash_selection(mode));
+    adp_switch_control_set(ADP_CONTROL_HASH, hash_selection(mode));
     return user_trunk_loadbalance_set(0, 0, driver_number(trunk_of(Intf(agg_intf))), mode);
 }

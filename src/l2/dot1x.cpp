@@ -9,11 +9,6 @@
 namespace adp {
 namespace {
 
-// Learning modes.
-constexpr int32_t kLearnClosed = 0;
-constexpr int32_t kLearnNormal = 5;
-constexpr int32_t kLearnPending = 8;
-
 // Numbers of the MAC-table service.
 constexpr uint32_t kFlushScope = 7;
 constexpr uint32_t kFlushKind = 3;
@@ -60,11 +55,11 @@ adp_status_t adp_set_port_dot1x_mode(int32_t intf, uint32_t mode, uint32_t, uint
     const auto number = static_cast<adp_intf_t>(intf);
     switch (low8(mode)) {
         case ADP_DOT1X_AUTHORIZED:
-            return set_learning(number, learn != 0 ? kLearnPending : kLearnNormal);
+            return set_learning(number, learn != 0 ? ADP_LEARN_PENDING : ADP_LEARN_OPEN);
         case ADP_DOT1X_UNAUTHORIZED:
-            return close_port(number, kLearnPending);
+            return close_port(number, ADP_LEARN_PENDING);
         case ADP_DOT1X_BLOCKED:
-            return close_port(number, kLearnClosed);
+            return close_port(number, ADP_LEARN_CLOSED);
         default:
             return ADP_E_DOT1X_MODE;
     }

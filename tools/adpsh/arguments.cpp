@@ -3,6 +3,8 @@
 
 #include "text/suggest.h"
 #include "tools/adpsh/line_error.h"
+#include "tools/adpsh/parameter.h"
+#include "tools/adpsh/usage.h"
 
 #include <algorithm>
 #include <cstring>
@@ -28,13 +30,6 @@ bool is_bitmap(const Param &parameter) {
            (parameter.extent == kPairOfWords || parameter.extent == kPortSetWords);
 }
 
-/** Whether the count follows from an array that the line gives. */
-bool is_inferable_count(const exported::Call &call, size_t index) {
-    return std::any_of(call.params.begin(), call.params.end(), [index](const Param &parameter) {
-        return parameter.is_read() && parameter.counted_by == static_cast<int32_t>(index);
-    });
-}
-
 /** Throws a LineError if a call with this extent would access more or less than the line gives. */
 void check_elements(const Param &parameter, size_t given, size_t extent) {
     const std::string got = ", got " + std::to_string(given);
@@ -57,18 +52,15 @@ void check_elements(const Param &parameter, size_t given, size_t extent) {
 
 }  // namespace
 
-std::string usage(const exported::Call &call) {
-    std::string text = call.name;
-    std::string outputs;
-    for (size_t i = 0; i < call.params.size(); ++i) {
-        const Param &parameter = call.params[i];
-        if (parameter.is_read()) {
-            const bool optional = is_inferable_count(call, i);
-            text += std::string(optional ? " [" : " ") + parameter.name + (optional ? "]" : "");
+/** "; one of A, B" for a parameter whose constants the header lists. */
+std::string one_of(const exported::Call &call, const Param &parameter, const Value &value) {
+    std::string names;
+    if (value.form == Value::Form::kWord && parameter.direction == Direction::kValue) {
+        for (const exported::Constant *const constant : constants_of(call, parameter)) {
+            names += (names.empty() ? "; one of " : ", ") + std::string(constant->name);
         }
-        outputs += parameter.is_written() ? std::string(" ") + parameter.name : "";
     }
-    return outputs.empty() ? text : text + " ->" + outputs;
+    return names;
 }
 
 Arguments::Arguments(const exported::Call &call, const Command &command, const Variables &variables)
@@ -82,7 +74,7 @@ Arguments::Arguments(const exported::Call &call, const Command &command, const V
             try {
                 fill(i, *values[i]);
             } catch (const LineError &error) {
-                throw LineError(about(call.params[i], error.what()));
+                throw LineError(about(call.params[i], error.what()) + one_of(call, call.params[i], *values[i]));
             }
         }
     }
@@ -145,11 +137,15 @@ std::vector<const Value *> Arguments::assign(const Command &command) const {
 std::vector<size_t> Arguments::positions(size_t given, const std::vector<const Value *> &named) const {
     std::vector<size_t> all;
     std::vector<size_t> needed;
+    std::vector<size_t> inputs;
     for (size_t i = 0; i < slots_.size(); ++i) {
         if (named[i] == nullptr && call_.params[i].is_read()) {
             all.push_back(i);
             if (!is_inferable_count(call_, i)) {
                 needed.push_back(i);
+            }
+            if (!is_inferable_count(call_, i) && !is_optional_output(call_, i)) {
+                inputs.push_back(i);
             }
         }
     }
@@ -158,6 +154,9 @@ std::vector<size_t> Arguments::positions(size_t given, const std::vector<const V
     }
     if (given == needed.size()) {
         return needed;
+    }
+    if (given == inputs.size()) {
+        return inputs;
     }
     throw LineError(std::string(given < needed.size() ? "too few"
                                 : given > all.size()  ? "too many"

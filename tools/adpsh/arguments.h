@@ -15,9 +15,6 @@
 
 namespace adpsh {
 
-/** How the call is written: its name, inputs in order with inferable counts in brackets, and outputs. */
-std::string usage(const exported::Call &call);
-
 /** One parameter's storage; null when the call gets a null address. */
 struct Slot {
     const calls::Param *parameter = nullptr;

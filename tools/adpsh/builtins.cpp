@@ -2,6 +2,7 @@
 #include "tools/adpsh/builtins.h"
 
 #include "calls/describe.h"
+#include "tools/adpsh/device.h"
 #include "tools/adpsh/line_error.h"
 #include "tools/adpsh/session.h"
 
@@ -25,6 +26,7 @@ constexpr double kMillisecondsPerSecond = 1000;
 constexpr double kDefaultWait = 5;
 constexpr const char *kCpuInterface = "eth0";
 constexpr const char *kFrameVariable = "frame";
+constexpr size_t kMostDeviceWords = 16;
 // The default board: user port i is the chip's port i + 3, the CPU its port 0.
 constexpr uint32_t kFirstPhysicalPort = 3;
 
@@ -49,11 +51,7 @@ void require(adp_status_t status, const char *call) {
 
 Answer run_map(Session &, const Command &command) {
     words_of(command, 0);
-    require(adp_set_max_phy_port_num(ADP_USER_PORTS), "adp_set_max_phy_port_num");
-    require(adp_add_cpu_port(0, 0, 0, 0, 0), "adp_add_cpu_port");
-    for (uint32_t i = 1; i <= ADP_USER_PORTS; ++i) {
-        require(adp_add_phy_port(i, 0, 0, i + kFirstPhysicalPort, 0), "adp_add_phy_port");
-    }
+    fill_map();
     return {fmt::format("user ports 1..{} are the physical ports {}..{}, the CPU port is 0", ADP_USER_PORTS,
                         1 + kFirstPhysicalPort, ADP_USER_PORTS + kFirstPhysicalPort),
             {{"result", 0}}};
@@ -114,9 +112,12 @@ Answer run_quit(Session &session, const Command &) {
 }
 
 constexpr std::array kBuiltins = {
-    Builtin{"help", "[CALL]", "this overview, or a call's description", run_help},
-    Builtin{"calls", "[PATTERN]", "the library's calls; PATTERN is a part of the name, or a pattern with * and ?",
-            run_calls},
+    Builtin{"help", "[WORD]", "this overview; a call, constant, struct, table or topic; or all that has the word",
+            run_help},
+    Builtin{"?", "[WORD]", "the same", run_help},
+    Builtin{"calls", "[WORD]", "the library's calls, or those about a word; also a pattern with * and ?", run_calls},
+    Builtin{"device", "[SUBJECT]", "asks the running device: device ports, device macs; alone lists the subjects",
+            run_device},
     Builtin{"show", "[TABLE]", "the library's exported tables, or one of them", run_show},
     Builtin{"map", "", "fills the port map for the default board: 26 ports, user port i at physical port i + 3",
             run_map},
@@ -131,6 +132,22 @@ constexpr std::array kBuiltins = {
 };
 
 }  // namespace
+
+void fill_map() {
+    require(adp_set_max_phy_port_num(ADP_USER_PORTS), "adp_set_max_phy_port_num");
+    require(adp_add_cpu_port(0, 0, 0, 0, 0), "adp_add_cpu_port");
+    for (uint32_t i = 1; i <= ADP_USER_PORTS; ++i) {
+        require(adp_add_phy_port(i, 0, 0, i + kFirstPhysicalPort, 0), "adp_add_phy_port");
+    }
+}
+
+Answer run_device(Session &session, const Command &command) {
+    std::vector<std::string> words = words_of(command, kMostDeviceWords);
+    if (words.empty()) {
+        words.emplace_back("help");
+    }
+    return ask_device(words, session.is_json());
+}
 
 std::span<const Builtin> builtins() {
     return kBuiltins;

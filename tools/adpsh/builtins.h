@@ -28,6 +28,10 @@ const Builtin *find_builtin(std::string_view name);
 Answer run_help(Session &session, const Command &command);
 Answer run_calls(Session &session, const Command &command);
 Answer run_show(Session &session, const Command &command);
+Answer run_device(Session &session, const Command &command);
+
+/** Fills the port map for the default board. Throws a LineError. */
+void fill_map();
 
 /** The words after a command, at most so many. Throws a LineError for more, or for anything else. */
 std::vector<std::string> words_of(const Command &command, size_t most);

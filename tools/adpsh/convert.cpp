@@ -8,6 +8,7 @@
 #include <cctype>
 #include <charconv>
 #include <cstring>
+#include <utility>
 
 namespace adpsh {
 
@@ -41,19 +42,41 @@ Bytes hexadecimal(std::string_view text, const Value &value) {
     return result;
 }
 
+size_t bit_of(const Value &value, size_t bits) {
+    const int64_t bit = number_of(value, Kind::kU32);
+    if (bit < 0 || static_cast<size_t>(bit) >= bits) {
+        throw LineError("a set of " + std::to_string(bits) + " has no bit " + written(value));
+    }
+    return static_cast<size_t>(bit);
+}
+
+/** First and last bit of an item of a set: 5, or 5-8. */
+std::pair<size_t, size_t> range_of(const Value &value, size_t bits) {
+    // A minus at the start is a sign.
+    const size_t dash = value.form == Value::Form::kWord ? value.text.find('-', 1) : std::string::npos;
+    if (dash == std::string::npos) {
+        const size_t bit = bit_of(value, bits);
+        return {bit, bit};
+    }
+    const size_t first = bit_of({Value::Form::kWord, value.text.substr(0, dash), {}}, bits);
+    const size_t last = bit_of({Value::Form::kWord, value.text.substr(dash + 1), {}}, bits);
+    if (last < first) {
+        throw LineError("the range " + written(value) + " ends before it begins");
+    }
+    return {first, last};
+}
+
 /** A bitmap, written as the numbers of its bits. */
 Bytes bit_set(const Value &value, size_t words) {
     std::vector<uint32_t> bits(words);
     for (const Argument &item : value.items) {
         if (!item.name.empty()) {
-            throw LineError("expected a set {1, 5} of numbers, not " + written(value));
+            throw LineError("expected a set {1, 5-8} of numbers, not " + written(value));
         }
-        const int64_t bit = number_of(item.value, Kind::kU32);
-        if (bit < 0 || static_cast<size_t>(bit) >= words * kBitsPerWord) {
-            throw LineError("a set of " + std::to_string(words * kBitsPerWord) + " has no bit " + written(item.value));
+        const auto [first, last] = range_of(item.value, words * kBitsPerWord);
+        for (size_t bit = first; bit <= last; ++bit) {
+            bits[bit / kBitsPerWord] |= 1U << (bit % kBitsPerWord);
         }
-        const auto index = static_cast<size_t>(bit);
-        bits[index / kBitsPerWord] |= 1U << (index % kBitsPerWord);
     }
     Bytes result(words * sizeof(uint32_t));
     std::memcpy(result.data(), bits.data(), result.size());

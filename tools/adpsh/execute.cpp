@@ -5,6 +5,8 @@
 #include "tools/adpsh/capture.h"
 #include "tools/adpsh/events.h"
 #include "tools/adpsh/guard.h"
+#include "tools/adpsh/result.h"
+#include "tools/adpsh/warnings.h"
 
 #include <fmt/format.h>
 
@@ -17,9 +19,14 @@ namespace {
 
 Fault run(Outcome &outcome, ExecuteOptions options) {
     call_trace::enabled = options.trace;
+    call_trace::name_of = device_name_of;
+    call_trace::take_failure();
     const Fault fault = run_guarded([&outcome] { outcome.result = outcome.arguments->invoke(); });
     call_trace::enabled = false;
     outcome.trace = call_trace::take();
+    if (const auto failure = call_trace::take_failure(); outcome.result != 0) {
+        outcome.failure = failure;
+    }
     outcome.events = take_events();
     return fault;
 }
@@ -44,6 +51,7 @@ Outcome execute(const exported::Call &call, const Command &command, const Variab
     } else {
         fault = run(outcome, options);
     }
+    outcome.warnings = warnings_of(outcome);
     if (fault.signal != 0) {
         throw CrashedCall(
             fmt::format("{} crashed: it accessed the invalid address {:#x}; was a number given in place of an "

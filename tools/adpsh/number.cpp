@@ -6,6 +6,7 @@
 
 #include <adp/adp.h>
 
+#include <algorithm>
 #include <charconv>
 #include <limits>
 #include <optional>
@@ -58,7 +59,7 @@ std::optional<uint64_t> aggregation_interface(std::string_view text) {
     return (ADP_INTF_TYPE_AGG << ADP_INTF_TYPE_SHIFT) | *group;
 }
 
-std::optional<Written> read(std::string_view text) {
+std::optional<Written> read_one(std::string_view text) {
     if (const exported::Constant *constant = exported::find_constant(text)) {
         const bool negative = constant->value < 0;
         return Written{negative, static_cast<uint64_t>(negative ? -constant->value : constant->value)};
@@ -69,6 +70,22 @@ std::optional<Written> read(std::string_view text) {
     const bool negative = text.substr(0, 1) == "-";
     const auto size = digits(text.substr(negative ? 1 : 0));
     return size ? std::optional(Written{negative, *size}) : std::nullopt;
+}
+
+/** Flags joined by |, or a single number. */
+std::optional<Written> read(std::string_view text) {
+    const size_t bar = text.find('|');
+    std::optional<Written> number = read_one(text.substr(0, bar));
+    if (bar == std::string_view::npos || !number) {
+        return number;
+    }
+    for (text.remove_prefix(bar); number && !text.empty();
+         text.remove_prefix(std::min(text.find('|', 1), text.size()))) {
+        const auto flags = read_one(text.substr(1, text.find('|', 1) - 1));
+        const bool are_flags = flags && !flags->negative && !number->negative;
+        number = are_flags ? std::optional(Written{false, number->size | flags->size}) : std::nullopt;
+    }
+    return number;
 }
 
 /** The largest number of a kind. Signed kinds take the unsigned range too, so that 0xFFFFFFFF is -1. */

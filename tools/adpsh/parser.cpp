@@ -35,7 +35,7 @@ class Parser {
             return result;
         }
         if (is_special(peek())) {
-            fail("a line begins with the name of a call");
+            fail("a line begins with the name of a call or a command: try help");
         }
         result.name = word();
         for (skip_blanks(); !at_end(); skip_blanks()) {

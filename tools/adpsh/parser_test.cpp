@@ -81,7 +81,7 @@ TEST(ParseLine, ReportsTheColumnOfAnError) {
 }
 
 TEST(ParseLine, ReportsErrors) {
-    EXPECT_EQ(rejected("[1]").text, "a line begins with the name of a call");
+    EXPECT_EQ(rejected("[1]").text, "a line begins with the name of a call or a command: try help");
     EXPECT_EQ(rejected("call {1").text, "a closing '}' is missing");
     EXPECT_EQ(rejected("call [1").text, "a closing ']' is missing");
     EXPECT_EQ(rejected("call [1,").text, "a closing ']' is missing");

@@ -3,6 +3,7 @@
 
 #include "text/suggest.h"
 #include "tools/adpsh/builtins.h"
+#include "tools/adpsh/device.h"
 #include "tools/adpsh/events.h"
 #include "tools/adpsh/execute.h"
 #include "tools/adpsh/line_error.h"
@@ -18,15 +19,29 @@ namespace {
 constexpr std::string_view kEcho = "echo";
 constexpr std::string_view kBlanks = " \t\r";
 
-[[noreturn]] void reject_unknown(const std::string &name) {
-    std::vector<std::string_view> names;
+/** Words that the device may know: a name with an underscore is a call's. */
+bool may_be_subject(const std::string &name) {
+    return name.find('_') == std::string::npos;
+}
+
+[[noreturn]] void reject_unknown(const std::string &name, const std::vector<std::string> &subjects) {
+    std::vector<std::string_view> names(subjects.begin(), subjects.end());
     for (const Builtin &builtin : builtins()) {
         names.push_back(builtin.name);
     }
     for (const exported::Call &call : exported::calls()) {
         names.emplace_back(call.name);
     }
-    throw LineError("unknown call '" + written({Value::Form::kWord, name, {}}) + "'" + text::did_you_mean(name, names));
+    const std::string word = written({Value::Form::kWord, name, {}});
+    std::string hint = text::did_you_mean(name, names);
+    if (exported::find_constant(name) != nullptr || exported::find_structure(name) != nullptr ||
+        exported::find_table(name) != nullptr) {
+        hint = "; 'help " + word + "' describes it";
+    } else if (hint.empty() && may_be_subject(name)) {
+        hint = "; 'help " + word + "' searches for it, and ";
+        hint += subjects.empty() ? "'device " + word + "' asks the device" : "'device' lists what the device answers";
+    }
+    throw LineError("unknown call '" + word + "'" + hint);
 }
 
 /** The rest of a line whose first word is the given one. */
@@ -46,7 +61,7 @@ std::optional<std::string_view> rest_after(std::string_view word, std::string_vi
 }  // namespace
 
 Session::Session(SessionOptions options)
-    : options_(options), report_(options.json ? json_report() : text_report(options.numbered)) {
+    : options_(options), report_(options.json ? json_report() : text_report(!options.at_terminal)) {
     exported::receive_events(keep_event);
 }
 
@@ -77,8 +92,9 @@ void Session::execute_line(std::string_view line) {
     }
     const Command &command = std::get<Command>(parsed);
     if (command.name.empty()) {
-        return;
+        return hint();
     }
+    was_used_ = true;
     if (const Builtin *builtin = find_builtin(command.name)) {
         report_->answer(line_, builtin->run(*this, command));
     } else if (const exported::Call *call = exported::find_call(command.name)) {
@@ -88,7 +104,26 @@ void Session::execute_line(std::string_view line) {
         }
         report_->call(line_, execute(*call, command, variables_, {options_.json, options_.trace}));
     } else {
-        reject_unknown(command.name);
+        execute_unknown(command);
+    }
+}
+
+/** A subject of the device is asked for as if the line began with `device`. */
+void Session::execute_unknown(const Command &command) {
+    const std::vector<std::string> subjects =
+        may_be_subject(command.name) ? device_subjects() : std::vector<std::string>();
+    if (std::find(subjects.begin(), subjects.end(), command.name) == subjects.end()) {
+        reject_unknown(command.name, subjects);
+    }
+    Command asked{"device", {{{}, {Value::Form::kWord, command.name, {}}}}};
+    asked.arguments.insert(asked.arguments.end(), command.arguments.begin(), command.arguments.end());
+    report_->answer(line_, run_device(*this, asked));
+}
+
+void Session::hint() {
+    if (options_.at_terminal && !was_used_) {
+        was_used_ = true;
+        report_->answer(line_, {std::string(kHint), {}});
     }
 }
 

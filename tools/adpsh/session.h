@@ -17,8 +17,13 @@ namespace adpsh {
 struct SessionOptions {
     bool json = false;
     bool trace = false;
-    bool numbered = false;  ///< errors name their line, because it is not on the screen above them
+    bool at_terminal =
+        false;  ///< somebody types the lines: errors need not name them, and a first empty line is a question
 };
+
+/** How to begin, for somebody at a terminal. */
+constexpr std::string_view kHint =
+    "'map' fills the port map, 'help' lists commands and topics, 'help vlan' is a topic, 'help WORD' searches.";
 
 class Session {
   public:
@@ -32,17 +37,21 @@ class Session {
     // For the shell's own commands.
     void end() { is_over_ = true; }
     void trace(bool on) { options_.trace = on; }
+    [[nodiscard]] bool is_json() const { return options_.json; }
     [[nodiscard]] Variables &variables() { return variables_; }
     [[nodiscard]] FrameSocket &frames() { return frames_; }
 
   private:
     void execute_line(std::string_view line);
+    void execute_unknown(const Command &command);
+    void hint();
 
     SessionOptions options_;
     std::unique_ptr<Report> report_;
     size_t line_ = 0;
     bool is_over_ = false;
     bool is_crashed_ = false;
+    bool was_used_ = false;
     Variables variables_;
     FrameSocket frames_;
 };

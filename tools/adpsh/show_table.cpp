@@ -72,7 +72,7 @@ std::string rows_text(const exported::Table &table, const Extent &extent) {
 
 std::string table_text(const exported::Table &table, const Extent &extent) {
     if (extent.begin == nullptr) {
-        return fmt::format("{} = null", table.name);
+        return fmt::format("{} = null: the table is made when the port map is, see map", table.name);
     }
     if (is_list_head(table)) {
         return fmt::format("{} = a list of {}", table.name, nodes_of(table));
@@ -128,7 +128,10 @@ Answer run_show(Session &, const Command &command) {
         for (const exported::Table &each : exported::tables()) {
             names.emplace_back(each.name);
         }
-        throw LineError("unknown table '" + words[0] + "'" + text::did_you_mean(words[0], names));
+        const std::string hint = text::did_you_mean(words[0], names);
+        throw LineError(
+            "unknown table '" + words[0] + "'" +
+            (hint.empty() ? "; 'show' lists the library's tables, 'device' what the device can be asked" : hint));
     }
     if (table->address == nullptr) {
         throw LineError("the loaded library has no " + words[0]);

@@ -139,17 +139,6 @@ std::string frame_record_text(const Slot &slot) {
     return text + "}";
 }
 
-/** The constant that names a status, or null. */
-const exported::Constant *find_status(int64_t status) {
-    const auto is_name = [status](const exported::Constant &constant) {
-        const std::string_view name = constant.name;
-        return constant.value == status && (name == "ADP_OK" || name == "ADP_FAIL" || name.substr(0, 6) == "ADP_E_");
-    };
-    const auto rows = exported::constants();
-    const auto found = std::find_if(rows.begin(), rows.end(), is_name);
-    return found == rows.end() ? nullptr : &*found;
-}
-
 }  // namespace
 
 std::string text_of(const Element &element, const void *from, size_t count) {
@@ -215,17 +204,7 @@ std::string text_of(const exported::Call &call, int64_t result) {
         default:
             break;
     }
-    std::string number = std::to_string(result);
-    if (call.result != calls::Result::kStatus) {
-        return number;
-    }
-    const exported::Constant *const status = find_status(result);
-    if (status == nullptr) {
-        return number;
-    }
-    const std::string_view remark = status->doc;
-    return result == 0 ? number + " (" + std::string(remark) + ")"
-                       : fmt::format("{} ({}: {})", number, status->name, remark);
+    return std::to_string(result);
 }
 
 }  // namespace adpsh

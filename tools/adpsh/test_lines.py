@@ -29,7 +29,14 @@ REJECTED = {
     "adp_get_agg_group agg1 2 members=null": "an output cannot be null",
     "adp_api_xlate_port_pbmp_a2p {64}": "a set of 64 has no bit 64",
     "adp_api_xlate_port_pbmp_a2p [1,2,3]": "expected at most 2 elements, got 3",
-    "adp_api_xlate_port_pbmp_a2p {a=1}": "expected a set {1, 5} of numbers",
+    "adp_api_xlate_port_pbmp_a2p {a=1}": "expected a set {1, 5-8} of numbers",
+    "adp_api_xlate_port_pbmp_a2p {1-64}": "a set of 64 has no bit 64",
+    "adp_api_xlate_port_pbmp_a2p {1-4000000000}": "a set of 64 has no bit 4000000000",
+    "adp_api_xlate_port_pbmp_a2p {1-99999999999999999999}": "'99999999999999999999' is neither a number",
+    "adp_api_xlate_port_pbmp_a2p {7-3}": "the range 7-3 ends before it begins",
+    "adp_api_xlate_port_pbmp_a2p {1-}": "'' is neither a number",
+    "adp_api_xlate_port_pbmp_a2p {-1}": "a set of 64 has no bit -1",
+    "adp_api_xlate_port_pbmp_a2p {1--2}": "a set of 64 has no bit -2",
     "adp_bcmtag_dest_port_intf_2_phy 98000002000000": "expected 8 bytes, got 7",
     "adp_bcmtag_dest_port_intf_2_phy 9800000200000": "expected pairs of hexadecimal digits",
     "adp_bcmtag_dest_port_intf_2_phy 98:00:00:0g": "expected pairs of hexadecimal digits",
@@ -55,6 +62,8 @@ REJECTED = {
     "show agg_inf": "unknown table 'agg_inf'; did you mean 'agg_info'?",
     "help adp_nothing_like_it": "unknown call 'adp_nothing_like_it'",
     "map 3": "usage: map",
+    "device ports": "no vdeviced is running there",
+    "device {1}": "usage: device [SUBJECT]",
 }
 
 
@@ -184,8 +193,11 @@ def test_keep_going_skips_malformed_lines(environment):
 def test_a_failed_call_is_not_a_malformed_line(environment):
     ended = run(environment, "--command", "adp_vlan_create 1", "adp_get_agg_group agg9 2")
     assert ended.returncode == 0
-    assert ended.stdout.splitlines() == ["= -1 (ADP_FAIL: map, socket or frame-path failure, or a list too short: "
-                                         "all bits set)"] * 2 + ["  count = 0", "  members = [0, 0]"]
+    assert ended.stdout.splitlines() == [
+        "= -1 (ADP_FAIL: a driver call failed: user_vlan_create gave -1: the call did not reach the device; "
+        "start vdeviced, or name its folder with --run-dir)",
+        "= -1 (ADP_FAIL: map, socket or frame-path failure, or a list too short: all bits set)",
+        "  count = 0", "  members = [0, 0]"]
 
 
 def test_a_script_file(environment, tmp_path):
@@ -205,7 +217,9 @@ def test_text_for_people(environment):
         "user ports 1..26 are the physical ports 4..29, the CPU port is 0",
         "= 0 (success)",
         "    user_port_untagged_vlan_get(unit=0, zero=0, port=12) -> -1 {vid=0}",
-        "= 102 (ADP_E_DRIVER: a driver call failed, or the call does not fan out over a group)",
+        "= 102 (ADP_E_DRIVER: a driver call failed: user_port_untagged_vlan_get on user port 9 (physical port 12) gave -1: "
+        "the call did not reach the device; "
+        "start vdeviced, or name its folder with --run-dir)",
         "  vid = 0",
         "= 0 (success)",
         "  bitmap = {4,29} = [0x20000010, 0x00000000]"]

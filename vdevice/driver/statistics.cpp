@@ -1,4 +1,6 @@
 // Port counters. Both ways to read a counter have the same selectors, and clearing clears for both.
+#include <adp/port.h>
+
 #include <algorithm>
 #include <iterator>
 #include <numeric>
@@ -20,21 +22,30 @@ constexpr size_t index(Cast cast) {
 }
 
 constexpr Statistic kStatistics[] = {
-    {0, "octets received", [](const PortCounters &port) { return port.rx_octets; }},
-    {1, "frames received", [](const PortCounters &port) { return port.rx_frames; }},
-    {2, "unicast frames received", [](const PortCounters &port) { return port.rx_casts[index(Cast::kUnicast)]; }},
-    {3, "multicast frames received", [](const PortCounters &port) { return port.rx_casts[index(Cast::kMulticast)]; }},
-    {4, "broadcast frames received", [](const PortCounters &port) { return port.rx_casts[index(Cast::kBroadcast)]; }},
-    {5, "received frames dropped, for whatever reason",
+    {ADP_COUNTER_RX_OCTETS, "octets received", [](const PortCounters &port) { return port.rx_octets; }},
+    {ADP_COUNTER_RX_FRAMES, "frames received", [](const PortCounters &port) { return port.rx_frames; }},
+    {ADP_COUNTER_RX_UNICAST, "unicast frames received",
+     [](const PortCounters &port) { return port.rx_casts[index(Cast::kUnicast)]; }},
+    {ADP_COUNTER_RX_MULTICAST, "multicast frames received",
+     [](const PortCounters &port) { return port.rx_casts[index(Cast::kMulticast)]; }},
+    {ADP_COUNTER_RX_BROADCAST, "broadcast frames received",
+     [](const PortCounters &port) { return port.rx_casts[index(Cast::kBroadcast)]; }},
+    {ADP_COUNTER_RX_DROPPED, "received frames dropped, for whatever reason",
      [](const PortCounters &port) { return std::accumulate(port.drops.begin(), port.drops.end(), uint64_t{0}); }},
-    {6, "received frames dropped as too long", [](const PortCounters &port) { return port.dropped(Drop::kOversize); }},
-    {7, "received frames dropped as runts", [](const PortCounters &port) { return port.dropped(Drop::kRunt); }},
-    {8, "octets sent", [](const PortCounters &port) { return port.tx_octets; }},
-    {9, "frames sent", [](const PortCounters &port) { return port.tx_frames; }},
-    {10, "unicast frames sent", [](const PortCounters &port) { return port.tx_casts[index(Cast::kUnicast)]; }},
-    {11, "multicast frames sent", [](const PortCounters &port) { return port.tx_casts[index(Cast::kMulticast)]; }},
-    {12, "broadcast frames sent", [](const PortCounters &port) { return port.tx_casts[index(Cast::kBroadcast)]; }},
-    {13, "frames not sent as too long for the port", [](const PortCounters &port) { return port.tx_too_long; }},
+    {ADP_COUNTER_RX_TOO_LONG, "received frames dropped as too long",
+     [](const PortCounters &port) { return port.dropped(Drop::kOversize); }},
+    {ADP_COUNTER_RX_RUNTS, "received frames dropped as runts",
+     [](const PortCounters &port) { return port.dropped(Drop::kRunt); }},
+    {ADP_COUNTER_TX_OCTETS, "octets sent", [](const PortCounters &port) { return port.tx_octets; }},
+    {ADP_COUNTER_TX_FRAMES, "frames sent", [](const PortCounters &port) { return port.tx_frames; }},
+    {ADP_COUNTER_TX_UNICAST, "unicast frames sent",
+     [](const PortCounters &port) { return port.tx_casts[index(Cast::kUnicast)]; }},
+    {ADP_COUNTER_TX_MULTICAST, "multicast frames sent",
+     [](const PortCounters &port) { return port.tx_casts[index(Cast::kMulticast)]; }},
+    {ADP_COUNTER_TX_BROADCAST, "broadcast frames sent",
+     [](const PortCounters &port) { return port.tx_casts[index(Cast::kBroadcast)]; }},
+    {ADP_COUNTER_TX_TOO_LONG, "frames not sent as too long for the port",
+     [](const PortCounters &port) { return port.tx_too_long; }},
 };
 
 const Statistic *find_statistic(uint32_t selector) {

@@ -1,6 +1,8 @@
 // The chip-wide controls: a small table of words, a few of which have an effect on the chip.
 #pragma once
 
+#include <adp/l2.h>
+
 #include <stdint.h>
 #include <array>
 
@@ -9,11 +11,11 @@
 namespace vdevice::driver {
 
 // Numbers of controls.
-constexpr uint32_t kMldToCpu = 89;
-constexpr uint32_t kIgmpToCpu = 92;
-constexpr uint32_t kMirroring = 125;
-constexpr uint32_t kHashSelection = 136; /**< which ends of a flow the hash of trunks looks at */
-constexpr uint32_t kReservedMulticast = 215;
+constexpr uint32_t kMldToCpu = ADP_CONTROL_MLD;
+constexpr uint32_t kIgmpToCpu = ADP_CONTROL_IGMP;
+constexpr uint32_t kMirroring = ADP_CONTROL_MIRRORS;
+constexpr uint32_t kHashSelection = ADP_CONTROL_HASH; /**< which ends of a flow the hash of trunks looks at */
+constexpr uint32_t kReservedMulticast = ADP_CONTROL_LOCAL_GROUPS;
 
 class SwitchControls {
   public:
