@@ -46,6 +46,7 @@ struct link_change {
 static int change_pipe[2] = {-1, -1};
 static volatile sig_atomic_t asked_to_end;
 static bool group_was_up;
+static enum { kUntold, kToldDown, kToldUp } last_told[ADP_USER_PORTS + 1];
 
 static bool succeeded(const char *what, adp_status_t status) {
     if (status == ADP_OK)
@@ -131,12 +132,25 @@ static void print_group(void) {
         printf("management port %u\n", (unsigned)port);
 }
 
+/*
+ * The link scan also tells what is: when it begins, and when it has missed changes. What it tells first was before the
+ * group was made, and the group has read its links itself.
+ */
+static bool is_change(int32_t intf, bool is_up) {
+    const bool is_first = last_told[intf] == kUntold;
+    const bool was_up = last_told[intf] == kToldUp;
+    last_told[intf] = is_up ? kToldUp : kToldDown;
+    return !is_first && was_up != is_up;
+}
+
 static void handle_change(const struct link_change *change) {
     const int32_t intf = adp_phy_2_intf_id(change->port);
     const bool is_up = change->status == 1;
     uint32_t changed = 0;
 
-    if (intf < 1) /* the CPU's own port, or one that the board does not use */
+    if (intf < 1 || intf > ADP_USER_PORTS) /* the CPU's own port, or one that the board does not use */
+        return;
+    if (!is_change(intf, is_up))
         return;
     adp_link_event_handle_cb(change->unit, change->port, (int32_t)change->status);
     succeeded("note the time of the change", adp_set_port_last_change((adp_intf_t)intf));

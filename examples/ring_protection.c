@@ -37,8 +37,7 @@
 enum { kBlocking = 1, kForwarding = 4 }; /* the chip's port states */
 enum { kFirst = 0, kSecond = 1, kRingPorts = 2 };
 enum { kRecordPort = 2, kRecordStatus = 3 }; /* fields of a link event's record */
-enum { kLookAroundMs = 50, kMostStaleMessages = 4096, kMostReadings = 100 };
-enum { kUnknown = 2 }; /* no state of a link */
+enum { kLookAroundMs = 50, kMostStaleMessages = 4096 };
 
 struct ring {
     adp_intf_t port[kRingPorts];
@@ -68,39 +67,17 @@ static void end_on_signal(int number) {
 
 /* The link watcher. */
 
-/* On the link scan's thread. The queue's positive result is success. */
+/* On the link scan's thread, first for what each port is. The queue's positive result is success. */
 static int32_t post_change(uint32_t unit, uint32_t port, uint32_t status) {
     return adp_link_event_fast_send_unicast_msg(unit, port, (int32_t)status) > 0 ? 0 : -1;
 }
 
-/*
- * What a port is now is posted as if it had just become so, for a change from before the scan is never told. One that
- * the scan tells between the reading and the posting would be undone by it, so the port is read until it is what was
- * posted.
- */
-static bool post_present_state(adp_intf_t port) {
-    uint32_t posted = kUnknown;
-    for (int attempt = 0; attempt < kMostReadings; attempt++) {
-        uint32_t is_up = 0;
-        if (!succeeded("read a ring port's link", adp_get_phy_port_attr(port, ADP_ATTR_LINK, &is_up)))
-            return false;
-        if (is_up == posted)
-            return true;
-        const int32_t result = adp_link_event_fast_send_unicast_msg_ex((int32_t)port, (int32_t)is_up);
-        if (!succeeded("post a ring port's link", result > 0 ? ADP_OK : ADP_FAIL))
-            return false;
-        posted = is_up;
-    }
-    return true; /* a link that changes is reported by the scan */
-}
-
 /* Runs until the other end of the pipe is closed, which happens however the agent ends. */
-static int watch_links(const struct ring *ring, int pipe_end) {
+static int watch_links(int pipe_end) {
     char ignored = 0;
     if (!succeeded("set up the watcher's port map", set_up_board()) ||
         !succeeded("register the handler of link changes", adp_linkscan_register(post_change)) ||
-        !succeeded("register with the driver's link scan", vdev_linkscan_register(linkscan_handle_cb)) ||
-        !post_present_state(ring->port[kFirst]) || !post_present_state(ring->port[kSecond]))
+        !succeeded("register with the driver's link scan", vdev_linkscan_register(linkscan_handle_cb)))
         return 1;
     while (read(pipe_end, &ignored, 1) < 0 && errno == EINTR)
         continue;
@@ -108,7 +85,7 @@ static int watch_links(const struct ring *ring, int pipe_end) {
 }
 
 /* Made before the agent fills the library's tables: each process has its own. */
-static pid_t start_watcher(const struct ring *ring, int *pipe_end) {
+static pid_t start_watcher(int *pipe_end) {
     int ends[2];
     if (pipe(ends) != 0)
         return -1;
@@ -116,7 +93,7 @@ static pid_t start_watcher(const struct ring *ring, int *pipe_end) {
     if (watcher == 0) {
         close(ends[1]);
         signal(SIGINT, SIG_IGN); /* a terminal sends it to both; the pipe ends the watcher */
-        _exit(watch_links(ring, ends[0]));
+        _exit(watch_links(ends[0]));
     }
     close(ends[0]);
     *pipe_end = ends[1];
@@ -280,7 +257,7 @@ int main(int argc, char **argv) {
     setvbuf(stdout, NULL, _IOLBF, 0);
     if (!drop_stale_messages())
         return 1;
-    const pid_t watcher = start_watcher(&ring, &pipe_end);
+    const pid_t watcher = start_watcher(&pipe_end);
     if (watcher < 0 || !take_signals())
         return system_failed("start the link watcher") ? 0 : 1;
     bool good = protect(&ring, watcher);

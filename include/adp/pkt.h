@@ -15,6 +15,11 @@
  *
  * No call of this header makes a driver call; some call the device's VLAN service, get_vlan_info(). Nothing takes a
  * lock: all threads share the socket of __adp_transmit_frame(), and each send is a single system call.
+ *
+ * Packet sockets are opened for the protocol 0x0800 in host byte order. On the target that is IPv4: the kernel puts a
+ * copy of each IPv4 packet that comes in on any interface into the socket of adp_pkt_init() until its receive buffer is
+ * full, and nothing reads them. Packet sockets stay open in the programs that the process starts, unless it closes them
+ * there.
  */
 #pragma once
 

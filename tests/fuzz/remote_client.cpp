@@ -7,6 +7,7 @@
 
 #include <poll.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -74,6 +75,8 @@ ssize_t __real_send(int descriptor, const void *data, size_t size, int flags);
 ssize_t __real_recv(int descriptor, void *data, size_t size, int flags);
 int __real_poll(pollfd *descriptors, nfds_t count, int timeout);
 int __real_close(int descriptor);
+int __real_lstat(const char *path, struct stat *found);
+int __real_getsockopt(int descriptor, int level, int option, void *value, socklen_t *size);
 
 int __wrap_socket(int domain, int type, int protocol);
 int __wrap_connect(int descriptor, const sockaddr *address, socklen_t length);
@@ -81,6 +84,8 @@ ssize_t __wrap_send(int descriptor, const void *data, size_t size, int flags);
 ssize_t __wrap_recv(int descriptor, void *data, size_t size, int flags);
 int __wrap_poll(pollfd *descriptors, nfds_t count, int timeout);
 int __wrap_close(int descriptor);
+int __wrap_lstat(const char *path, struct stat *found);
+int __wrap_getsockopt(int descriptor, int level, int option, void *value, socklen_t *size);
 
 int __wrap_socket(int domain, int type, int protocol) {
     if (peer == nullptr) {
@@ -113,6 +118,25 @@ int __wrap_close(int descriptor) {
     }
     expect(peer->open, "what is closed was open");
     peer->open = false;
+    return 0;
+}
+
+// Folder and peer are this user's.
+int __wrap_lstat(const char *path, struct stat *found) {
+    if (peer == nullptr) {
+        return __real_lstat(path, found);
+    }
+    *found = {};
+    found->st_mode = S_IFDIR;
+    found->st_uid = geteuid();
+    return 0;
+}
+
+int __wrap_getsockopt(int descriptor, int level, int option, void *value, socklen_t *size) {
+    if (peer == nullptr) {
+        return __real_getsockopt(descriptor, level, option, value, size);
+    }
+    *static_cast<ucred *>(value) = {0, geteuid(), 0};
     return 0;
 }
 
@@ -159,7 +183,7 @@ void make_call(Client &client, Peer &other, fuzz::Input *seeds) {
 
 void make_request(Client &client, Peer &other) {
     std::vector<uint32_t> words;
-    if (client.request(Extra::kWatchLinks, {}, words) < 0) {
+    if (client.request(Extra::kWatchLinks, {}, words, client.deadline()) < 0) {
         return;
     }
     size_t messages = 0;

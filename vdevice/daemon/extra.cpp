@@ -1,7 +1,6 @@
 // Link changes are sent to the clients that watch; messages of the event queue are taken on request.
 #include "vdevice/daemon/extra.h"
 
-#include <array>
 #include <vector>
 
 #include "vdevice/remote/vdev_linkscan.h"
@@ -21,15 +20,23 @@ uint32_t fault_of(const chip::Port &port) {
     return port.cable ? VDEV_FAULT_NO_SIGNAL : VDEV_FAULT_NO_CABLE;
 }
 
-void publish(remote::Server &server, const Device &device, int chip_port) {
+remote::Server::LinkChange link_of(const Device &device, int chip_port) {
     const chip::Port &port = device.chip().port(chip_port);
-    std::array<uint32_t, remote::kLinkChangeWords> words{};
+    remote::Server::LinkChange words{};
     words[remote::kLinkChangePort] = static_cast<uint32_t>(chip_port);
     words[remote::kLinkChangeInfo + VDEV_LINKSCAN_SPEED] = port.phy.speed();
     words[remote::kLinkChangeInfo + VDEV_LINKSCAN_DUPLEX] = port.phy.full_duplex() ? 1 : 0;
     words[remote::kLinkChangeInfo + VDEV_LINKSCAN_FAULT] = fault_of(port);
     words[remote::kLinkChangeInfo + VDEV_LINKSCAN_LINK] = port.is_up() ? 1 : 0;
-    server.publish_link_change(words);
+    return words;
+}
+
+std::vector<remote::Server::LinkChange> links_of(const Device &device) {
+    std::vector<remote::Server::LinkChange> links(chip::Switch::kPorts);
+    for (int port = 0; port < chip::Switch::kPorts; ++port) {
+        links[static_cast<size_t>(port)] = link_of(device, port);
+    }
+    return links;
 }
 
 int32_t take_event(driver::EventQueue &events, std::span<const uint32_t> words, std::vector<uint32_t> &answer) {
@@ -45,7 +52,8 @@ int32_t take_event(driver::EventQueue &events, std::span<const uint32_t> words, 
 }  // namespace
 
 void serve_extra(remote::Server &server, Device &device) {
-    device.set_link_listener([&](int port) { publish(server, device, port); });
+    device.set_link_listener([&](int port) { server.publish_link_change(link_of(device, port)); });
+    server.set_link_states([&] { return links_of(device); });
     server.set_extra_handler([&](Extra, std::span<const uint32_t> words, std::vector<uint32_t> &answer) {
         return take_event(device.events(), words, answer);
     });

@@ -4,6 +4,7 @@
 #include <sys/signalfd.h>
 #include <sys/stat.h>
 
+#include <cerrno>
 #include <charconv>
 #include <csignal>
 #include <cstdio>
@@ -15,13 +16,13 @@
 
 #include "vdevice/daemon/control_server.h"
 #include "vdevice/daemon/extra.h"
-#include "vdevice/daemon/private_folder.h"
 #include "vdevice/device/device.h"
 #include "vdevice/inspect/answer.h"
 #include "vdevice/io/error.h"
 #include "vdevice/io/event_loop.h"
 #include "vdevice/io/receive_ring.h"
 #include "vdevice/remote/server.h"
+#include "vdevice/sockets/private_folder.h"
 #include "vdevice/sockets/run_dir.h"
 #include "vdevice/sockets/unique_fd.h"
 
@@ -52,6 +53,17 @@ UniqueFd end_signals() {
     return fd;
 }
 
+void make_run_dir(const std::string &path) {
+    errno = vdevice::make_private_folder(path);
+    if (errno == EPERM) {
+        throw Error{"cannot use " + path + ": it is not a folder that belongs to this user alone. Name another one " +
+                    "with --run-dir or in VDEVICE_DIR."};
+    }
+    if (errno != 0) {
+        throw vdevice::io::error_from_errno("make the folder " + path);
+    }
+}
+
 void run(const Options &options) {
     if (!options.board.is_possible()) {
         throw Error{"cannot wire such a board: the user ports must lie on the chip's ports 1 to " +
@@ -65,7 +77,7 @@ void run(const Options &options) {
     umask(S_IRWXG | S_IRWXO);  // the sockets are for their owner only, from the moment they exist
     EventLoop loop;
     const UniqueFd signals = end_signals();
-    vdevice::make_private_folder(options.run_dir);
+    make_run_dir(options.run_dir);
     // Created first: a second daemon sees by it that the folder is taken.
     vdevice::Device *running = nullptr;
     vdevice::ControlServer control{loop, vdevice::control_socket(options.run_dir), [&](const nlohmann::json &request) {

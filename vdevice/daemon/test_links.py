@@ -5,6 +5,9 @@ import time
 
 from testing.daemon import BOARD, BROADCAST, DEADLINE, PAYLOAD, Control, carrier, station, wait_until
 
+CHIP_PORTS = 32
+DOWN, UP = [24, 1000, 1, 2, 0], [24, 1000, 1, 0, 1]  # port 2, without and with its cable
+
 
 def test_a_pulled_cable_passes_nothing_until_it_is_plugged(device):
     one, two = device.nics("host1", "host2")
@@ -57,22 +60,37 @@ class Watcher:
     """A process that has registered with the link scan."""
 
     def __init__(self, device):
-        self.process = subprocess.Popen(**device.calling("watch"), stdin=subprocess.PIPE, stdout=subprocess.PIPE)
-        assert self.process.stdout.readline() == "0\n"
+        self.process = subprocess.Popen(**{**device.calling("watch"), "text": False}, bufsize=0, stdin=subprocess.PIPE,
+                                        stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+        self.early = []  # told before the call that registers has returned
+        while (line := self.line()) != b"0\n":
+            self.early.append(line)
+
+    def line(self):
+        assert select.select([self.process.stdout], [], [], DEADLINE)[0]
+        return self.process.stdout.readline()
+
+    def links(self):
+        """The links of all ports, which are told together; what is told before them is skipped."""
+        told = [self.next_change()[1]]
+        while [words[0] for words in told[-CHIP_PORTS:]] != [*range(CHIP_PORTS)]:
+            told.append(self.next_change()[1])
+        return told[-CHIP_PORTS:]
 
     def next_change(self):
         """When it was told, and what: port, speed, duplex, fault, link."""
-        assert select.select([self.process.stdout], [], [], DEADLINE)[0]
-        words = self.process.stdout.readline().split()
+        words = (self.early.pop(0) if self.early else self.line()).split()
         return float(words[0]), [int(word) for word in words[2:]]
 
     def stop(self):
-        self.process.communicate("", timeout=DEADLINE)
+        self.process.communicate(b"", timeout=DEADLINE)
 
 
 def test_link_changes_are_told_within_a_tenth_of_a_second(device):
     device.nics("host2")
+    wait_until(lambda: device.port(2)["up"], "the link")
     watcher, control = Watcher(device), Control(device)
+    assert UP in watcher.links()
 
     def after(action, *changes):
         """The slowest of the changes that follow an action, in seconds."""
@@ -86,15 +104,33 @@ def test_link_changes_are_told_within_a_tenth_of_a_second(device):
         control.say(line)
         assert control.hear() == {}
 
-    down, up = [24, 1000, 1, 2, 0], [24, 1000, 1, 0, 1]
     times = []
     for _ in range(5):
-        times.append(after(lambda: say(b'{"command": "pull", "port": 2}\n'), down))
-        times.append(after(lambda: say(b'{"command": "plug", "port": 2}\n'), up))
+        times.append(after(lambda: say(b'{"command": "pull", "port": 2}\n'), DOWN))
+        times.append(after(lambda: say(b'{"command": "plug", "port": 2}\n'), UP))
     assert sorted(times)[len(times) // 2] < 0.1, times
     host = ["ip", "link", "set", "host2"]
     after(lambda: subprocess.run([*host, "down"], check=True), [24, 1000, 1, 1, 0])
-    after(lambda: subprocess.run([*host, "up"], check=True), up)
+    after(lambda: subprocess.run([*host, "up"], check=True), UP)
     after(lambda: device.call("enable", 24, 0), [24, 1000, 1, 3, 0])
-    after(lambda: device.call("enable", 24, 1), up)
+    after(lambda: device.call("enable", 24, 1), UP)
     watcher.stop()
+
+
+def test_a_watcher_is_told_what_is_when_the_device_is_back(cables, start):
+    first = start(*BOARD)
+    first.wait_ready()
+    first.nics("host2")
+    wait_until(lambda: first.port(2)["up"], "the link")
+    watcher = Watcher(first)
+    assert UP in watcher.links()
+    assert first.stop() == 0
+    subprocess.run(["ip", "link", "set", "host2", "down"], check=True)
+    second = start(*BOARD)
+    second.wait_ready()
+    assert [24, 1000, 1, 1, 0] in watcher.links()
+    second.nics("host2")
+    wait_until(lambda: watcher.next_change()[1] == UP, "the link to be told")
+    watcher.stop()
+    assert second.stop() == 0
+

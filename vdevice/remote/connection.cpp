@@ -137,6 +137,11 @@ bool Connection::answer_extra(Extra id, Reader &reader) {
         writer.word(word);
     }
     put_out(writer);
+    if (id == Extra::kWatchLinks && server_.link_states_) {
+        for (const Server::LinkChange &state : server_.link_states_()) {
+            push(state);
+        }
+    }
     return true;
 }
 

@@ -3,25 +3,31 @@
 
 #include <pthread.h>
 
-#include "vdevice/remote/protocol.h"
+#include "vdevice/sockets/run_dir.h"
 
 namespace vdevice::remote {
 namespace {
 
-Client *make_client() {
-    auto *client = new Client(vdevice_library_name(), driver_socket());
-    // A fork while another thread is in a call would leave the child with a lock that nobody releases.
-    pthread_atfork([] { library_client().lock(); }, [] { library_client().unlock(); },
-                   [] { library_client().unlock(); });
-    return client;
+// Other libraries may still call while the process ends.
+std::atomic<Client *> the_client{nullptr};
+
+void start_client_anew_in_child() {
+    if (Client *const client = the_client) {
+        client->start_anew_in_child();
+    }
 }
+
+// Registered before there is a client, so that no fork misses it.
+[[maybe_unused]] const int kClientSeesForks = pthread_atfork(nullptr, nullptr, start_client_anew_in_child);
 
 }  // namespace
 
+std::unique_ptr<Client> make_client() {
+    return std::make_unique<Client>(vdevice_library_name(), driver_socket(default_run_dir()));
+}
+
 Client &library_client() {
-    // Never destroyed: other libraries may still call while the process ends.
-    static Client *const client = make_client();
-    return *client;
+    return object_of_process(the_client, make_client);
 }
 
 }  // namespace vdevice::remote

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <stdint.h>
+#include <array>
 #include <functional>
 #include <map>
 #include <memory>
@@ -30,6 +31,10 @@ class Server {
     /** Answers a request that is no driver call: gives its result and fills in the words after it. */
     using ExtraHandler = std::function<int32_t(Extra, std::span<const uint32_t> words, std::vector<uint32_t> &answer)>;
 
+    using LinkChange = std::array<uint32_t, kLinkChangeWords>;
+    /** Gives each port's present state, as if it had just changed. */
+    using LinkStates = std::function<std::vector<LinkChange>()>;
+
     struct Counters {
         uint64_t connected = 0;  /**< clients that shook hands */
         uint64_t calls = 0;      /**< calls answered */
@@ -52,6 +57,8 @@ class Server {
 
     void set_observer(Observer observer) { observer_ = std::move(observer); }
     void set_extra_handler(ExtraHandler handler) { extra_handler_ = std::move(handler); }
+    /** A client is told them when it begins to watch, so also after it has missed changes. */
+    void set_link_states(LinkStates link_states) { link_states_ = std::move(link_states); }
     /** Sends a link change to the clients that watch. May be called while a call is being answered. */
     void publish_link_change(std::span<const uint32_t, kLinkChangeWords> words);
     [[nodiscard]] const Counters &counters() const { return counters_; }
@@ -68,6 +75,7 @@ class Server {
     Handler handler_;
     Observer observer_;
     ExtraHandler extra_handler_;
+    LinkStates link_states_;
     std::string path_;
     int epoll_ = -1;
     int listener_ = -1;

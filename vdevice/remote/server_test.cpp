@@ -49,7 +49,7 @@ TEST(Remote, TellsThoseWhoWatchAndClosesThoseWhoDoNotListen) {
     const RawClient deaf(folder.socket());
     const Loop loop(server);
     std::vector<uint32_t> words;
-    ASSERT_EQ(watcher.request(Extra::kWatchLinks, {}, words), 0);
+    ASSERT_EQ(watcher.request(Extra::kWatchLinks, {}, words, watcher.deadline()), 0);
     EXPECT_TRUE(words.empty());
     deaf.send_words({kMagic, calls::kInterfaceChecksum, 1, static_cast<uint32_t>(Extra::kWatchLinks)});
     for (uint32_t call = 0; call < kCalls; ++call) {
@@ -61,6 +61,25 @@ TEST(Remote, TellsThoseWhoWatchAndClosesThoseWhoDoNotListen) {
     }
     EXPECT_TRUE(deaf.is_closed());
     EXPECT_EQ(create_vlan(caller, 1), 1);
+}
+
+TEST_F(RemoteVlans, TellsThoseWhoBeginToWatchWhatIs) {
+    server_.set_link_states([] { return std::vector<Server::LinkChange>{{0, 4, 1000, 1, 0, 1}, {0, 5, 10, 0, 2, 0}}; });
+    Client watcher("libtest", folder_.socket());
+    const Loop loop(server_);
+    std::vector<uint32_t> words;
+    ASSERT_EQ(watcher.request(Extra::kWatchLinks, {}, words, watcher.deadline()), 0);
+    const auto is_told = [&] {
+        ASSERT_TRUE(watcher.wait_for_message(words));
+        EXPECT_EQ(words, (std::vector<uint32_t>{0, 4, 1000, 1, 0, 1}));
+        ASSERT_TRUE(watcher.wait_for_message(words));
+        EXPECT_EQ(words, (std::vector<uint32_t>{0, 5, 10, 0, 2, 0}));
+    };
+    is_told();
+    watcher.ask_again(Extra::kWatchLinks);
+    ASSERT_TRUE(watcher.wait_for_message(words));
+    EXPECT_EQ(words, std::vector<uint32_t>{0}) << "the reply";
+    is_told();
 }
 
 TEST(Remote, AClientMayWatchAndCall) {

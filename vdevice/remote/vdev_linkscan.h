@@ -20,16 +20,20 @@ extern "C" {
 #define VDEV_FAULT_NO_CABLE 2  /**< no cable is in */
 #define VDEV_FAULT_DISABLED 3  /**< the port is disabled */
 
-/** Called for each link change; @p port is a physical port. The result is ignored. */
+/** Called with a port's link; @p port is a physical port. The result is ignored. */
 typedef int32_t (*vdev_linkscan_callback_t)(uint32_t unit, uint32_t port, const uint32_t info[VDEV_LINKSCAN_WORDS]);
 
 /**
- * Registers a function that is called, on a thread of the library's own, whenever a port's link comes or goes. It gets
- * every change after this call has returned, in order, until the connection to the device is lost; the thread then
- * connects again. The function may make driver calls. It replaces the one before; a null address ends the calls. After
- * a fork the child must register again.
+ * Registers a function that is called, on a thread of the library's own, first with each port's present link and then
+ * whenever a port's link comes or goes, with every change in order. If the connection to the device is lost, or the
+ * function falls so far behind that changes are, the thread connects again, and the function is again called first with
+ * each port's present link. So it is also told of links that it knows.
  *
- * @return 0; -1 if the device cannot be reached, and then nothing is called
+ * The function may make driver calls. It replaces the one before; a null address ends the calls. After a fork the child
+ * must register again.
+ *
+ * @return 0; -1 if the device cannot be reached, and then nothing is called. Once the thread runs the result is 0, and
+ *         the function is called when the device is reached
  */
 int32_t vdev_linkscan_register(vdev_linkscan_callback_t callback);
 

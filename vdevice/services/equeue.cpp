@@ -26,9 +26,9 @@ extern "C" int32_t vdev_equeue_receive(uintptr_t queue, uint32_t message[VDEV_EQ
     const Clock::time_point end = Clock::now() + std::chrono::milliseconds(timeout_ms);
     const uint32_t asked[] = {static_cast<uint32_t>(queue)};
     std::vector<uint32_t> answer;
+    vdevice::remote::Client &client = vdevice::remote::library_client();
     for (;;) {
-        const int32_t result =
-            vdevice::remote::library_client().request(vdevice::remote::Extra::kTakeEvent, asked, answer);
+        const int32_t result = client.request(vdevice::remote::Extra::kTakeEvent, asked, answer, client.deadline());
         if (result < 0) {
             return result;
         }

@@ -3,25 +3,14 @@
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
-#include <array>
-#include <atomic>
-#include <chrono>
+#include <algorithm>
 #include <cstring>
-#include <filesystem>
-#include <functional>
-#include <memory>
-#include <span>
 #include <string>
 #include <thread>
-#include <vector>
 
 #include "platform/device_services.h"
 #include "platform/netlink_api.h"
-#include "vdevice/remote/protocol.h"
-#include "vdevice/remote/testing/device.h"
-#include "vdevice/remote/vdev_linkscan.h"
-#include "vdevice/services/testing/device.h"
-#include "vdevice/services/testing/link_changes.h"
+#include "vdevice/services/testing/libraries.h"
 #include "vdevice/services/vdev_equeue.h"
 
 namespace libraries_test {
@@ -29,63 +18,9 @@ namespace libraries_test {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using vdevice::chip::Status;
-using vdevice::services::Device;
+using vdevice::services::Libraries;
 
-constexpr uint32_t kVid = Device::kVid;
-constexpr int kPollMilliseconds = 20;
-
-/** One daemon for all tests: the libraries read the path of its socket at their first call and keep it. */
-class Libraries : public testing::Test {
-  protected:
-    static void SetUpTestSuite() {
-        char name[] = "/tmp/vdevice-test-XXXXXX";
-        ASSERT_NE(mkdtemp(name), nullptr);
-        setenv("VDEVICE_DIR", name, 1);
-        ASSERT_EQ(vdevice::remote::driver_socket(), std::string(name) + "/driver");
-        start();
-    }
-    static void TearDownTestSuite() {
-        stop();
-        std::filesystem::remove_all(vdevice::remote::run_directory());
-    }
-    static void start() {
-        server = std::make_unique<vdevice::remote::Server>(device, vdevice::remote::driver_socket());
-        device.link_changed = [](int32_t port, uint32_t link) {
-            const std::array<uint32_t, 6> words = {0, static_cast<uint32_t>(port), 1000, 1, 3 * (1 - link), link};
-            server->publish_link_change(words);
-        };
-        server->set_extra_handler(
-            [](vdevice::remote::Extra, std::span<const uint32_t> words, std::vector<uint32_t> &answer) {
-                if (words.size() != 1 || words[0] != erps_event_queue || looks-- > 0) {
-                    return 0;
-                }
-                answer = {1, 2, 3, 4, 5, 6, 7, 0, 0, 29, 26, 1};
-                return 1;
-            });
-        loop = std::make_unique<vdevice::remote::Loop>(*server);
-    }
-    static void stop() {
-        loop.reset();
-        server.reset();
-    }
-
-    static Device device;
-    static std::unique_ptr<vdevice::remote::Server> server;
-    static std::unique_ptr<vdevice::remote::Loop> loop;
-    static std::atomic<int> looks; /**< how often the event queue is found empty */
-};
-
-Device Libraries::device;
-std::unique_ptr<vdevice::remote::Server> Libraries::server;
-std::unique_ptr<vdevice::remote::Loop> Libraries::loop;
-std::atomic<int> Libraries::looks{0};
-
-vdevice::LinkChanges changes;
-
-int32_t note_change(uint32_t unit, uint32_t port, const uint32_t info[4]) {
-    changes.add({unit, port, info[0], info[1], info[2], info[3]});
-    return sys_trace_get();  // the callback may call the device
-}
+constexpr uint32_t kVid = vdevice::services::Device::kVid;
 
 TEST_F(Libraries, ReadPortSetsFromTheDevice) {
     adp_ports_t members = {};
@@ -141,45 +76,6 @@ TEST_F(Libraries, MakeTheTextOfAnAddressThemselves) {
     EXPECT_STREQ(here, "02:00:00:00:0a:ff") << "each thread has a text of its own";
 }
 
-TEST_F(Libraries, TellOfLinkChangesOnAThreadOfTheirOwn) {
-    ASSERT_EQ(vdev_linkscan_register(note_change), 0);
-    EXPECT_EQ(user_port_enable_set(0, 0, 29, 0), 0);
-    EXPECT_EQ(user_port_enable_set(0, 0, 29, 1), 0);
-    EXPECT_THAT(changes.wait_for(2), ElementsAre(ElementsAre(0, 29, 1000, 1, 3, 0), ElementsAre(0, 29, 1000, 1, 0, 1)));
-    EXPECT_NE(changes.thread(), std::this_thread::get_id());
-    // A burst far beyond what the socket holds arrives whole and in order.
-    constexpr uint32_t kBurst = 500;
-    for (uint32_t number = 0; number < kBurst; ++number) {
-        EXPECT_EQ(user_port_enable_set(0, 0, static_cast<int32_t>(number), 1), 0);
-    }
-    const auto burst = changes.wait_for(kBurst);
-    ASSERT_EQ(burst.size(), kBurst);
-    for (uint32_t number = 0; number < kBurst; ++number) {
-        EXPECT_EQ(burst[number][1], number);
-    }
-}
-
-// A change from before the registration may still arrive after it; the next round waits longer.
-TEST_F(Libraries, StopTellingWhenNobodyIsRegistered) {
-    constexpr std::chrono::milliseconds kLongest{1024};
-    std::vector<uint32_t> ports;
-    for (std::chrono::milliseconds wait{1}; ports.size() != 1 && wait <= kLongest; wait *= 2) {
-        ASSERT_EQ(vdev_linkscan_register(nullptr), 0);
-        EXPECT_EQ(user_port_enable_set(0, 0, 4, 1), 0);
-        std::this_thread::sleep_for(wait);
-        ASSERT_EQ(vdev_linkscan_register(note_change), 0);
-        EXPECT_EQ(user_port_enable_set(0, 0, 5, 1), 0);
-        ports.clear();
-        while (ports.empty() || ports.back() != 5) {
-            const auto told = changes.wait_for(1);
-            ASSERT_FALSE(told.empty());
-            std::transform(told.begin(), told.end(), std::back_inserter(ports),
-                           [](const std::vector<uint32_t> &change) { return change[1]; });
-        }
-    }
-    EXPECT_THAT(ports, ElementsAre(5));
-}
-
 TEST_F(Libraries, ReadTheEventQueue) {
     uint32_t message[VDEV_EQUEUE_WORDS] = {};
     uint16_t record[VDEV_EQUEUE_RECORD_FIELDS] = {};
@@ -193,26 +89,6 @@ TEST_F(Libraries, ReadTheEventQueue) {
     EXPECT_EQ(vdev_equeue_receive(erps_event_queue + 1, message, record, 20), 0);
     EXPECT_EQ(vdev_equeue_receive(erps_event_queue, nullptr, record, 0), -1);
     EXPECT_EQ(vdev_equeue_receive(erps_event_queue, message, nullptr, 0), -1);
-}
-
-// Last, since they take the daemon away.
-TEST_F(Libraries, FindTheLinkScanAgainWhenTheDaemonIsBack) {
-    ASSERT_EQ(vdev_linkscan_register(note_change), 0);
-    stop();
-    testing::internal::CaptureStderr();
-    start();
-    constexpr auto kPatience = std::chrono::seconds{10};
-    const auto end = std::chrono::steady_clock::now() + kPatience;
-    std::vector<std::vector<uint32_t>> told;
-    while (told.empty() && std::chrono::steady_clock::now() < end) {
-        user_port_enable_set(0, 0, 7, 1);  // the first call meets the old connection and fails
-        std::this_thread::sleep_for(std::chrono::milliseconds{kPollMilliseconds});
-        told = changes.wait_for(0);
-    }
-    testing::internal::GetCapturedStderr();
-    ASSERT_FALSE(told.empty());
-    EXPECT_EQ(told.front()[1], 7u);
-    EXPECT_EQ(vdev_linkscan_register(nullptr), 0);
 }
 
 TEST_F(Libraries, OutliveTheirDaemon) {

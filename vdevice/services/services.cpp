@@ -49,7 +49,7 @@ __attribute__((format(printf, 4, 5))) int32_t Log_logging_func(int32_t level, in
     va_start(values, format);
     std::vsnprintf(buffer, sizeof buffer, format, values);
     va_end(values);
-    if (std::getenv("VDEVICE_LOG_STDERR") != nullptr) {
+    if (secure_getenv("VDEVICE_LOG_STDERR") != nullptr) {
         std::fprintf(stderr, "%d %s: %s\n", level, word == nullptr ? "" : word, buffer);
     }
     const char *text = buffer;

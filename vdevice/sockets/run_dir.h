@@ -8,9 +8,10 @@
 
 namespace vdevice {
 
+/** A program that runs with another user's rights takes that user's folder, whatever its caller's environment says. */
 inline std::string default_run_dir() {
-    const char *given = std::getenv("VDEVICE_DIR");
-    return given != nullptr && *given != '\0' ? given : "/tmp/vdevice-" + std::to_string(getuid());
+    const char *given = secure_getenv("VDEVICE_DIR");
+    return given != nullptr && *given != '\0' ? given : "/tmp/vdevice-" + std::to_string(geteuid());
 }
 
 /** For the help of programs with an option for it. */

@@ -13,6 +13,7 @@
 #include <atomic>
 #include <cstring>
 #include <initializer_list>
+#include <mutex>
 #include <span>
 #include <string>
 #include <thread>
@@ -40,6 +41,24 @@ class Folder : public TemporaryFolder {
     std::string socket() const { return path() + "/driver"; }
 };
 
+/** Held by a loop while it serves. */
+inline std::mutex serving;
+
+/** A server whose figures a test reads while its loop runs. */
+class ObservedServer : public Server {
+  public:
+    using Server::Server;
+
+    [[nodiscard]] Counters counters() const {
+        const std::lock_guard guard(serving);
+        return Server::counters();
+    }
+    [[nodiscard]] size_t clients() const {
+        const std::lock_guard guard(serving);
+        return Server::clients();
+    }
+};
+
 /** Runs a server's loop in a thread for as long as it lives. */
 class Loop {
   public:
@@ -56,6 +75,7 @@ class Loop {
         while (!stop_) {
             pollfd ready{server.poll_fd(), POLLIN, 0};
             if (poll(&ready, 1, kPollMilliseconds) > 0) {
+                const std::lock_guard guard(serving);
                 server.serve_ready();
             }
         }
@@ -169,7 +189,7 @@ class RemoteVlans : public testing::Test {
   protected:
     Folder folder_;
     VlanOnly device_;
-    Server server_{device_, folder_.socket()};
+    ObservedServer server_{device_, folder_.socket()};
 };
 
 }  // namespace vdevice::remote

@@ -1,0 +1,7 @@
+// Included first in every file of the build with the thread sanitizer, which does not know pthread_mutex_clocklock():
+// the standard library's timed mutexes then use a call that it does know.
+#pragma once
+
+#include <version>
+
+#undef _GLIBCXX_USE_PTHREAD_MUTEX_CLOCKLOCK
