@@ -38,7 +38,8 @@ bool may_be_subject(const std::string &name) {
         exported::find_table(name) != nullptr) {
         hint = "; 'help " + word + "' describes it";
     } else if (hint.empty() && may_be_subject(name)) {
-        hint = "; 'help " + word + "' searches for it, and 'device " + word + "' asks the device";
+        hint = "; 'help " + word + "' searches for it, and ";
+        hint += subjects.empty() ? "'device " + word + "' asks the device" : "'device' lists what the device answers";
     }
     throw LineError("unknown call '" + word + "'" + hint);
 }
