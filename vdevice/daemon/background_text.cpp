@@ -11,6 +11,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <exception>
+#include <string_view>
 
 #include "vdevice/io/error.h"
 
@@ -18,8 +19,9 @@ namespace vdevice {
 namespace {
 
 constexpr int kNiceness = 5;
+constexpr std::string_view kMade = "!";
 
-bool write_all(int fd, const std::string &text) {
+bool write_all(int fd, std::string_view text) {
     for (size_t done = 0; done < text.size();) {
         const ssize_t length = write(fd, text.data() + done, text.size() - done);
         if (length < 0) {
@@ -31,11 +33,11 @@ bool write_all(int fd, const std::string &text) {
 }
 
 /** The process that makes the text. It ends without the destructors of what belongs to the other one. */
-[[noreturn]] void run(int fd, const std::function<std::string()> &make) {
+[[noreturn]] void run(int fd, int result, const std::function<std::string()> &make) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     setpriority(PRIO_PROCESS, 0, kNiceness);
     try {
-        _exit(write_all(fd, make()) ? EXIT_SUCCESS : EXIT_FAILURE);
+        _exit(write_all(fd, make()) && write_all(result, kMade) ? EXIT_SUCCESS : EXIT_FAILURE);
     } catch (const std::exception &) {
         _exit(EXIT_FAILURE);
     }
@@ -48,12 +50,12 @@ BackgroundText::BackgroundText(const std::function<std::string()> &make) : text_
     if (!text_ || pipe2(ends.data(), O_CLOEXEC) != 0) {
         throw io::error_from_errno("make a long answer");
     }
-    // The process has the other end open for as long as it runs.
-    running_.reset(ends[0]);
+    // At its end, whatever that is, the process has closed the other end.
+    result_.reset(ends[0]);
     const UniqueFd other_end{ends[1]};
     pid_ = fork();
     if (pid_ == 0) {
-        run(text_.get(), make);
+        run(text_.get(), other_end.get(), make);
     }
     if (pid_ < 0) {
         throw io::error_from_errno("make a long answer");
@@ -68,11 +70,12 @@ BackgroundText::~BackgroundText() {
 }
 
 UniqueFd BackgroundText::take() {
-    int status = 0;
-    const bool is_made = waitpid(pid_, &status, 0) == pid_ && WIFEXITED(status) && WEXITSTATUS(status) == EXIT_SUCCESS;
-    pid_ = 0;
+    std::string result(kMade.size(), 0);
+    if (read(result_.get(), result.data(), result.size()) <= 0 || result != kMade) {
+        return UniqueFd{};
+    }
     lseek(text_.get(), 0, SEEK_SET);  // the processes share the place that the writing has come to
-    return is_made ? std::move(text_) : UniqueFd{};
+    return std::move(text_);
 }
 
 }  // namespace vdevice

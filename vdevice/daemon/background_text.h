@@ -23,15 +23,15 @@ class BackgroundText {
     BackgroundText(const BackgroundText &) = delete;
     BackgroundText &operator=(const BackgroundText &) = delete;
 
-    /** Reports an end of file when the process has ended. */
-    int fd() const { return running_.get(); }
-    /** Waits for the end of the process. Gives a file with the text, or none if it could not be made. */
+    /** Readable when the text is made, or the process has ended without it. */
+    int fd() const { return result_.get(); }
+    /** Waits for the text. Gives a file with it, or none if it could not be made. */
     UniqueFd take();
 
   private:
     UniqueFd text_;
     pid_t pid_ = 0;
-    UniqueFd running_;
+    UniqueFd result_;
 };
 
 }  // namespace vdevice

@@ -4,8 +4,6 @@
 #include <sys/epoll.h>
 #include <sys/timerfd.h>
 
-#include <algorithm>
-
 #include "vdevice/io/error.h"
 
 namespace vdevice {
@@ -145,10 +143,7 @@ void Device::receive_from(Wire &wire) {
     const io::WallTime wall_now = std::chrono::system_clock::now();
     send_together([&] {
         wire.socket.receive(batch_, [&](chip::Bytes frame, io::WallTime arrival) {
-            // The wall's clock may be set at any time.
-            const chip::Time time = received - (wall_now - arrival);
-            wire.last_arrival = std::clamp(time, wire.last_arrival, received);
-            chip_.receive(wire.last_arrival, wire.chip_port, frame);
+            chip_.receive(wire.in_order(received - (wall_now - arrival), received), wire.chip_port, frame);
         });
         chip_.depart(received);
     });
@@ -193,7 +188,6 @@ void Device::tick() {
     monitor_->tick();
 }
 
-// A wire is on the interface that has its name now. A report may be older than that, and others may have been lost.
 void Device::clear_counts(int chip_port) {
     chip_.clear_counts(chip_port);
     wires_[static_cast<size_t>(chip_port)]->socket.clear_counts();

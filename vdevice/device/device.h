@@ -117,7 +117,7 @@ class Device final : private chip::Sink {
     void set_cable(const Wire &wire, bool cable);
     void apply_carrier(Wire &wire);
     void announce_link(int port);
-    void note_wire(const Wire &wire, int level, const std::string &what);
+    void note_wire(const Wire &wire, const std::string &what);
     void start_departures();
     void arm_departure();
 

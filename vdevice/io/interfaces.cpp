@@ -77,9 +77,10 @@ void remove_marked(uint32_t mark) {
 
 void remove_all_but(const std::vector<CablePair> &pairs, const std::map<std::string, std::string> &found) {
     std::string commands;
-    for (const auto &[name, peer] : found) {
+    for (const auto &pair : found) {
+        const std::string &name = pair.first;
         const bool is_wanted = std::any_of(pairs.begin(), pairs.end(),
-                                           [&own = name](const CablePair &pair) { return pair.device_side == own; });
+                                           [&](const CablePair &wanted) { return wanted.device_side == name; });
         commands += is_wanted ? "" : "link del " + name + "\n";
     }
     feed("exec ip -force -batch - 2>/dev/null", commands);

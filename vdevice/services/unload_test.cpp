@@ -16,7 +16,7 @@ namespace unload_test {
 
 using vdevice::remote::Server;
 
-std::atomic<uint64_t> told{0};
+std::atomic<uint32_t> told{0};
 
 int32_t count_change(uint32_t /*unit*/, uint32_t /*port*/, const uint32_t * /*info*/) {
     ++told;
@@ -51,7 +51,7 @@ void load_and_unload() {
 
 TEST(Unload, LeavesNothingBehindAndTheLinkScanAtWork) {
     constexpr int kTimes = 1000;
-    constexpr uint64_t kLeast = 100;
+    constexpr uint32_t kLeast = 100;
     const vdevice::remote::Folder folder;
     setenv("VDEVICE_DIR", folder.path().c_str(), 1);
     Server *running = nullptr;

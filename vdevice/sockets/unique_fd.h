@@ -22,10 +22,10 @@ class UniqueFd {
     explicit operator bool() const { return fd_ >= 0; }
 
     void reset(int fd = kNone) {
-        if (fd_ >= 0) {
-            ::close(fd_);
+        // Forgotten first: the child of a fork in between must not take the next descriptor of this number for it.
+        if (const int before = std::exchange(fd_, fd); before >= 0) {
+            ::close(before);
         }
-        fd_ = fd;
     }
 
   private:

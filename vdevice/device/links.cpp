@@ -1,15 +1,16 @@
-// Links in both directions: what the kernel reports of interfaces, what ports and cables do to them, and notes of it.
+// Links of the wires, in both directions: what the kernel reports of interfaces, what ports and cables do to them, and
+// notes of it.
 #include "vdevice/device/device.h"
 #include "vdevice/io/error.h"
 
 namespace vdevice {
 namespace {
 
-constexpr int kErrorLevel = 3;
 constexpr int kNoticeLevel = 5;
 
 }  // namespace
 
+// A wire is on the interface that has its name now. A report may be older than that, and others may have been lost.
 void Device::on_link_change(const io::LinkChange &change) {
     for (const auto &wire : wires_) {
         const bool has_name = wire != nullptr && wire->socket.interface_name() == change.name;
@@ -50,13 +51,13 @@ void Device::reopen(Wire &wire) {
     std::string problem;
     try {
         open_wire(wire);
-        note_wire(wire, kNoticeLevel, "the interface is back");
+        note_wire(wire, "the interface is back");
     } catch (const io::Error &error) {
         wire.socket.close();
         problem = error.what();
     }
     if (wire.problem != problem && !problem.empty()) {
-        note_wire(wire, kErrorLevel, problem);
+        note_wire(wire, problem);
     }
     wire.problem = problem;
 }
@@ -64,14 +65,14 @@ void Device::reopen(Wire &wire) {
 void Device::lose(Wire &wire) {
     wire.problem.clear();
     close_wire(wire);
-    note_wire(wire, kNoticeLevel, "the interface is gone");
+    note_wire(wire, "the interface is gone");
     set_link(wire, false);
 }
 
 void Device::set_link(Wire &wire, bool link) {
     if (chip_.port(wire.chip_port).link != link) {
         chip_.set_link(wire.chip_port, link);
-        note_wire(wire, kNoticeLevel, link ? "link up" : "link down");
+        note_wire(wire, link ? "link up" : "link down");
     }
 }
 
@@ -106,7 +107,7 @@ void Device::port_changed(int port) {
     try {
         apply_carrier(*wire);
     } catch (const io::Error &error) {
-        note_wire(*wire, kErrorLevel, error.what());  // the link monitor will report that the interface is gone
+        note_wire(*wire, error.what());  // the link monitor will report that the interface is gone
     }
 }
 
@@ -131,9 +132,9 @@ void Device::note(const Note &note) {
     }
 }
 
-void Device::note_wire(const Wire &wire, int level, const std::string &what) {
+void Device::note_wire(const Wire &wire, const std::string &what) {
     const std::string &interface = wire.socket.interface_name();
-    note({level,
+    note({kNoticeLevel,
           "PORT",
           interface + ": " + what,
           {{"PORT", std::to_string(board().user_port(wire.chip_port).value_or(driver::Board::kCpuFrontPort))},

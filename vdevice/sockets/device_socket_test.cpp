@@ -14,7 +14,7 @@
 #include "vdevice/sockets/unix_address.h"
 
 namespace vdevice {
-namespace sockets_test {
+namespace device_socket_test {
 
 constexpr uid_t kStranger = 12345;
 constexpr char kNeedsRoot[] = "only root can be another user";
@@ -143,5 +143,5 @@ TEST(RunDir, IsTheOneOfTheUserWhoseRightsTheProgramHas) {
     unsetenv("VDEVICE_DIR");
 }
 
-}  // namespace sockets_test
+}  // namespace device_socket_test
 }  // namespace vdevice
