@@ -21,8 +21,8 @@ def make_starter(run_dir):
     """Starts devices; whatever a failed test left running or standing is cleared away."""
     started = []
 
-    def start(*options):
-        started.append(Device(run_dir, *options))
+    def start(*options, run_dir=run_dir, under=()):
+        started.append(Device(run_dir, *options, under=under))
         return started[-1]
 
     before = interfaces()

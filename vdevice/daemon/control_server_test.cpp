@@ -1,49 +1,18 @@
-// The control socket and clients that send too much or read too little: the others have their turn.
-#include "vdevice/daemon/control_server.h"
-
-#include <gtest/gtest.h>
+// The control socket and clients that send much or read little: the others have their turn.
+#include <sys/epoll.h>
 
 #include <deque>
-#include <nlohmann/json.hpp>
+#include <initializer_list>
+#include <memory>
 
-#include "vdevice/remote/testing/device.h"
+#include "vdevice/daemon/testing/control.h"
 
 namespace vdevice {
 namespace control_server_test {
 
-using remote::RawClient;
-
-constexpr int kRounds = 50;
-
-class Control : public testing::Test {
-  protected:
-    [[nodiscard]] std::string path() const { return folder_.path() + "/control"; }
-    void run(int rounds) {
-        for (int round = 0; round < rounds && loop_.run_once(0); ++round) {
-        }
-    }
-    static void send(const RawClient &client, const std::string &text) {
-        client.send_bytes(std::span(reinterpret_cast<const uint8_t *>(text.data()), text.size()));
-    }
-    static std::string repeated(int times, const std::string &text) {
-        std::string all;
-        for (int count = 0; count < times; ++count) {
-            all += text;
-        }
-        return all;
-    }
-
-    int asked_ = 0;
-    size_t answer_size_ = 1;
-
-  private:
-    TemporaryFolder folder_;
-    io::EventLoop loop_;
-    ControlServer server_{loop_, path(), [this](const nlohmann::json &) {
-                              ++asked_;
-                              return nlohmann::json{{"answer", std::string(answer_size_, 'x')}};
-                          }};
-};
+using control_testing::Control;
+using control_testing::kRounds;
+using control_testing::RawClient;
 
 TEST_F(Control, AnEagerClientWaitsForTheOthersBetweenItsRequests) {
     constexpr int kRequests = 1000;
@@ -77,45 +46,95 @@ TEST_F(Control, AnswersThatNobodyTakesAreNotMadeInAdvance) {
     EXPECT_EQ(asked_, 2) << "it goes on when the client has read";
 }
 
-TEST_F(Control, AnOverlongLineClosesItsClientAlone) {
-    constexpr size_t kTooLong = 70000;
-    for (const bool has_end : {false, true}) {
-        const RawClient greedy(path());
-        const RawClient other(path());
-        run(kRounds);
-        const std::string line = std::string(kTooLong, ' ') + (has_end ? "\n" : "");
-        for (size_t sent = 0; sent < line.size(); sent += kTooLong / 10) {
-            send(greedy, line.substr(sent, kTooLong / 10));
-            run(kRounds);
-        }
-        EXPECT_TRUE(greedy.is_closed());
-        send(other, "{}\n");
-        run(kRounds);
-        EXPECT_GT(other.waiting_bytes(), 0u);
-    }
-}
-
-TEST_F(Control, OneClientTooManyIsTurnedAway) {
-    constexpr size_t kMostClients = 32;
+TEST_F(Control, InATurnOneClientIsAnswered) {
+    constexpr size_t kClients = 20;
     std::deque<RawClient> clients;
-    for (size_t count = 0; count < kMostClients; ++count) {
+    for (size_t count = 0; count < kClients; ++count) {
         clients.emplace_back(path());
         run(kRounds);
     }
-    const RawClient one_too_many(path());
-    run(kRounds);
-    EXPECT_TRUE(one_too_many.is_closed());
     for (const RawClient &client : clients) {
         send(client, "{}\n");
-        run(kRounds);
+    }
+    for (int turn = 1; turn <= static_cast<int>(kClients); ++turn) {
+        run(1);
+        EXPECT_EQ(asked_, turn);
+    }
+    for (const RawClient &client : clients) {
         EXPECT_GT(client.waiting_bytes(), 0u);
     }
-    clients.pop_back();
+}
+
+TEST_F(Control, DriverCallsAreAnsweredBetweenTwoControlAnswers) {
+    constexpr size_t kClients = 20;
+    constexpr size_t kReplyBytes = 3 * remote::kWordBytes;
+    const remote::Folder folder;
+    remote::VlanOnly device;
+    remote::Server driver(device, folder.socket());
+    loop_.add(driver.poll_fd(), EPOLLIN, [&](uint32_t) { driver.serve_ready(); });
+    const RawClient caller(folder.socket());
+    caller.send_words({remote::kMagic, calls::kInterfaceChecksum});
+    std::deque<RawClient> clients;
+    for (size_t count = 0; count < kClients; ++count) {
+        clients.emplace_back(path());
+        run(kRounds);
+        caller.skip_waiting();
+    }
+    for (const RawClient &client : clients) {
+        send(client, "{}\n");
+    }
+    for (int turn = 1; turn <= static_cast<int>(kClients); ++turn) {
+        caller.send_words({4, static_cast<uint32_t>(calls::CallId::user_vlan_create), 0, 0, 7});
+        run(1);
+        EXPECT_EQ(asked_, turn);
+        EXPECT_EQ(caller.waiting_bytes(), kReplyBytes);
+        caller.skip_waiting();
+    }
+    loop_.remove(driver.poll_fd());
+}
+
+TEST_F(Control, InATurnAPieceOfAnAnswerIsSent) {
+    constexpr size_t kPiece = 65536;
+    answer_size_ = 2 * kPiece;
+    const RawClient client(path());
     run(kRounds);
-    const RawClient next(path());
-    send(next, "{}\n");
+    send(client, "{}\n");
+    run(1);
+    EXPECT_EQ(client.waiting_bytes(), kPiece);
+    EXPECT_EQ(whole_answer(client).size(), answer_size_ + std::string("{\"answer\":\"\"}\n").size());
+}
+
+TEST_F(Control, ALongAnswerIsMadeBesideTheOthers) {
+    answer_size_ = 3000000;
+    const RawClient first(path());
+    const RawClient second(path());
+    const RawClient other(path());
     run(kRounds);
-    EXPECT_GT(next.waiting_bytes(), 0u) << "a client that left makes room";
+    send(first, "{\"long\":1}\n");
+    send(second, "{\"long\":1}\n{}\n");
+    run(2);
+    answer_size_ = 1;
+    send(other, "{}\n");
+    run(1);
+    EXPECT_GT(other.waiting_bytes(), 0u);
+    EXPECT_EQ(asked_, 1) << "the long ones are made by another process";
+    EXPECT_GT(whole_answer(first).size(), 3000000u) << "and tell of the moment at which that started";
+    const std::string answer = "{\"answer\":\"x\"}\n";
+    EXPECT_EQ(whole_answers(second, 2), answer + answer) << "its turn comes after the first one";
+}
+
+TEST_F(Control, WhoWaitsForALongAnswerMayLeave) {
+    auto first = std::make_unique<RawClient>(path());
+    auto second = std::make_unique<RawClient>(path());
+    const RawClient third(path());
+    run(kRounds);
+    for (const RawClient *client : std::initializer_list<const RawClient *>{first.get(), second.get(), &third}) {
+        send(*client, "{\"long\":1}\n");
+        run(1);
+    }
+    first.reset();
+    second.reset();
+    EXPECT_EQ(whole_answer(third), "{\"answer\":\"x\"}\n");
 }
 
 }  // namespace control_server_test

@@ -1,10 +1,10 @@
 // vdeviced: a virtual switch device as a process.
 #include <argp.h>
 #include <sys/epoll.h>
+#include <sys/resource.h>
 #include <sys/signalfd.h>
 #include <sys/stat.h>
 
-#include <cerrno>
 #include <charconv>
 #include <csignal>
 #include <cstdio>
@@ -16,13 +16,13 @@
 
 #include "vdevice/daemon/control_server.h"
 #include "vdevice/daemon/extra.h"
+#include "vdevice/daemon/run_folder.h"
 #include "vdevice/device/device.h"
 #include "vdevice/inspect/answer.h"
 #include "vdevice/io/error.h"
 #include "vdevice/io/event_loop.h"
 #include "vdevice/io/receive_ring.h"
 #include "vdevice/remote/server.h"
-#include "vdevice/sockets/private_folder.h"
 #include "vdevice/sockets/run_dir.h"
 #include "vdevice/sockets/unique_fd.h"
 
@@ -35,6 +35,7 @@ using vdevice::io::ReceiveRing;
 
 struct Options {
     std::string run_dir = vdevice::default_run_dir();
+    bool create_interfaces = false;
     vdevice::driver::Board board;
     vdevice::DeviceOptions device;
 };
@@ -43,8 +44,13 @@ struct Options {
 UniqueFd end_signals() {
     sigset_t signals;
     sigemptyset(&signals);
-    sigaddset(&signals, SIGTERM);
-    sigaddset(&signals, SIGINT);
+    for (const int signal : {SIGTERM, SIGINT, SIGQUIT}) {
+        sigaddset(&signals, signal);
+    }
+    struct sigaction before {};
+    if (sigaction(SIGHUP, nullptr, &before) == 0 && before.sa_handler != SIG_IGN) {
+        sigaddset(&signals, SIGHUP);  // 'nohup' ignores it, so that the daemon outlives its terminal
+    }
     UniqueFd fd{signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK)};
     if (!fd || sigprocmask(SIG_BLOCK, &signals, nullptr) != 0) {
         throw vdevice::io::error_from_errno("set up signals");
@@ -53,14 +59,12 @@ UniqueFd end_signals() {
     return fd;
 }
 
-void make_run_dir(const std::string &path) {
-    errno = vdevice::make_private_folder(path);
-    if (errno == EPERM) {
-        throw Error{"cannot use " + path + ": it is not a folder that belongs to this user alone. Name another one " +
-                    "with --run-dir or in VDEVICE_DIR."};
-    }
-    if (errno != 0) {
-        throw vdevice::io::error_from_errno("make the folder " + path);
+/** Each client, port and timer needs a descriptor. */
+void allow_many_descriptors() {
+    rlimit limit{};
+    if (getrlimit(RLIMIT_NOFILE, &limit) == 0) {
+        limit.rlim_cur = limit.rlim_max;
+        setrlimit(RLIMIT_NOFILE, &limit);
     }
 }
 
@@ -75,19 +79,26 @@ void run(const Options &options) {
                     " to " + std::to_string(ReceiveRing::kMostSlots) + "."};
     }
     umask(S_IRWXG | S_IRWXO);  // the sockets are for their owner only, from the moment they exist
+    allow_many_descriptors();
     EventLoop loop;
     const UniqueFd signals = end_signals();
-    make_run_dir(options.run_dir);
-    // Created first: a second daemon sees by it that the folder is taken.
-    vdevice::Device *running = nullptr;
-    vdevice::ControlServer control{loop, vdevice::control_socket(options.run_dir), [&](const nlohmann::json &request) {
-                                       return vdevice::inspect::answer(*running, request);
-                                   }};
-    vdevice::Device device{loop, options.board, options.device};
-    running = &device;
+    const vdevice::RunFolder folder{options.run_dir};
+    vdevice::DeviceOptions device_options = options.device;
+    if (options.create_interfaces) {
+        device_options.cable_mark = folder.mark();
+    }
+    vdevice::Device device{loop, options.board, device_options};
+    vdevice::ControlServer control{
+        loop, vdevice::control_socket(options.run_dir),
+        [&](const nlohmann::json &request) { return vdevice::inspect::answer(device, request); },
+        vdevice::inspect::is_long};
     vdevice::remote::Server server{device.calls(), vdevice::driver_socket(options.run_dir)};
     vdevice::serve_extra(server, device);
     loop.add(server.poll_fd(), EPOLLIN, [&](uint32_t) { server.serve_ready(); });
+    const UniqueFd clock = loop.every_second([&] {
+        server.tick();
+        control.tick();
+    });
     loop.add(signals.get(), EPOLLIN, [&](uint32_t) { loop.stop(); });
     std::cout << "vdeviced: ready" << std::endl;
     loop.run();
@@ -124,7 +135,7 @@ error_t take_option(int key, char *argument, argp_state *state) {
             options.run_dir = argument;
             return 0;
         case kCreateInterfaces:
-            options.device.create_interfaces = true;
+            options.create_interfaces = true;
             return 0;
         case kUserPorts:
             read_number(state, argument, options.board.user_ports);

@@ -1,7 +1,12 @@
 """The ports' links: cables, hosts, interfaces, and those who watch them."""
+import os
+import resource
 import select
+import signal
 import subprocess
 import time
+
+import pytest
 
 from testing.daemon import BOARD, BROADCAST, DEADLINE, PAYLOAD, Control, carrier, station, wait_until
 
@@ -54,6 +59,124 @@ def test_an_interface_that_vanishes_may_come_back(start):
     one, three = device.nics("host1", "host3")
     one.send(BROADCAST + station(1) + PAYLOAD)
     assert three.receive() == BROADCAST + station(1) + PAYLOAD
+
+
+def ip(*words):
+    subprocess.run(["ip", *words], check=True)
+
+
+def make_port_3():
+    ip("link", "add", "port3", "type", "veth", "peer", "name", "host3")
+
+
+def delete_port_3():
+    ip("link", "del", "port3")
+
+
+def make_it_anew():
+    delete_port_3()
+    make_port_3()
+
+
+def let_another_take_its_name():
+    ip("link", "set", "port3", "down")
+    ip("link", "set", "port3", "name", "other3")
+    ip("link", "set", "host3", "name", "old3")
+    make_port_3()
+
+
+def swap_the_names_of_two():
+    """With their peers, so that host3 stays on port3's cable; the frames must follow the names."""
+    for side in ("port", "host"):
+        for number in (2, 3):
+            ip("link", "set", f"{side}{number}", "down")
+        ip("link", "set", f"{side}3", "name", "other3")
+        ip("link", "set", f"{side}2", "name", f"{side}3")
+        ip("link", "set", "other3", "name", f"{side}2")
+
+
+def send_it_round():
+    """Through another namespace: index and name are the same as before, but the kernel has let go of it."""
+    with subprocess.Popen(["unshare", "-n", "sh", "-c", "echo; read line"], text=True, stdin=subprocess.PIPE,
+                          stdout=subprocess.PIPE) as other:  # fmt: skip
+        other.stdout.readline()
+        ip("link", "set", "port3", "netns", str(other.pid))
+        subprocess.run(["nsenter", "-n", "-t", str(other.pid), "ip", "link", "set", "port3", "netns", str(os.getpid())],
+                       check=True)  # fmt: skip
+
+
+def nothing():
+    pass
+
+
+def flood():
+    """More reports of links than the kernel keeps for a process that does not read them."""
+    lines = "".join(f"link set dev eth0 alias {number}\n" for number in range(2000))
+    subprocess.run(["ip", "-batch", "-"], input=lines, text=True, check=True)
+
+
+def losses(device):
+    return sum("had to drop reports" in line["text"] for line in device.ask("log")["log"])
+
+
+def frames_pass(device):
+    one, three = device.nics("host1", "host3")
+    one.send(BROADCAST + station(1) + PAYLOAD)
+    return three.receive() == BROADCAST + station(1) + PAYLOAD
+
+
+@pytest.mark.parametrize("is_flooded", [False, True])
+@pytest.mark.parametrize("change", [make_it_anew, let_another_take_its_name, swap_the_names_of_two, send_it_round, nothing])
+def test_a_port_is_on_the_interface_that_has_its_name(start, change, is_flooded):
+    device = start("--create-interfaces", *BOARD)
+    device.wait_ready()
+    assert frames_pass(device)
+    device.process.send_signal(signal.SIGSTOP)
+    if is_flooded:
+        flood()
+    change()
+    device.process.send_signal(signal.SIGCONT)
+    if is_flooded:
+        wait_until(lambda: losses(device), "the overrun to be noticed")
+    assert frames_pass(device)
+    assert losses(device) == is_flooded
+
+
+def test_a_deleted_interface_is_missed_when_its_report_is_lost(start):
+    device = start("--create-interfaces", *BOARD)
+    device.wait_ready()
+    assert frames_pass(device)
+    device.process.send_signal(signal.SIGSTOP)
+    flood()
+    delete_port_3()
+    device.process.send_signal(signal.SIGCONT)
+    wait_until(lambda: not device.port(3)["present"] and not device.port(3)["up"], "the interface to be missed")
+    assert losses(device)
+    make_port_3()
+    assert frames_pass(device)
+
+
+def test_a_port_that_leaves_a_bridge_stays(device):
+    assert frames_pass(device)
+    ip("link", "add", "bridge0", "type", "bridge")
+    ip("link", "set", "port3", "master", "bridge0")
+    ip("link", "set", "port3", "nomaster")
+    ip("link", "del", "bridge0")
+    assert frames_pass(device)
+    assert not any("gone" in line["text"] for line in device.ask("log")["log"])
+
+
+def test_an_interface_that_cannot_be_opened_is_tried_again(start):
+    device = start("--create-interfaces", *BOARD)
+    device.wait_ready()
+    delete_port_3()
+    wait_until(lambda: not device.port(3)["present"], "the interface to be missed")
+    _, hard = resource.prlimit(device.process.pid, resource.RLIMIT_NOFILE)
+    resource.prlimit(device.process.pid, resource.RLIMIT_NOFILE, (4, hard))
+    make_port_3()
+    time.sleep(1.5)
+    resource.prlimit(device.process.pid, resource.RLIMIT_NOFILE, (hard, hard))
+    assert frames_pass(device)
 
 
 class Watcher:

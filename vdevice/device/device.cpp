@@ -1,4 +1,4 @@
-// Frames between wires and chip, links in both directions, and the timers.
+// Frames between wires and chip, and the timers.
 #include "vdevice/device/device.h"
 
 #include <sys/epoll.h>
@@ -13,8 +13,6 @@ namespace {
 
 constexpr char kCpuInterface[] = "cpu0";
 constexpr char kCpuPeer[] = "eth0";
-constexpr time_t kTickSeconds = 1;
-constexpr int32_t kNoticeLevel = 5;
 
 std::string port_interface(int user_port) {
     return "port" + std::to_string(user_port);
@@ -27,8 +25,8 @@ std::string host_interface(int user_port) {
 
 Device::Device(io::EventLoop &loop, driver::Board board, const DeviceOptions &options)
     : loop_{loop}, chip_{*this}, driver_{chip_, board, [this] { return now(); }} {
-    if (options.create_interfaces) {
-        create_cables();
+    if (options.cable_mark) {
+        create_cables(*options.cable_mark);
     }
     if (options.line_rate) {
         chip_.keep_to_speeds();
@@ -37,42 +35,32 @@ Device::Device(io::EventLoop &loop, driver::Board board, const DeviceOptions &op
     for (int user_port = 1; user_port <= board.user_ports; ++user_port) {
         add_wire(*board.chip_port(user_port), port_interface(user_port), options.ring_slots);
     }
-    monitor_.emplace([this](const io::LinkChange &change) { on_link_change(change); });
+    monitor_.emplace([this](const io::LinkChange &change) { on_link_change(change); }, [this] { on_links_complete(); });
     monitor_->read_changes();
     loop_.add(monitor_->fd(), EPOLLIN, [this](uint32_t) { monitor_->read_changes(); });
-    start_clock();
+    timer_ = loop_.every_second([this] { tick(); });
     start_departures();
 }
 
-void Device::create_cables() {
+void Device::create_cables(uint32_t mark) {
     std::vector<io::CablePair> pairs{{kCpuInterface, kCpuPeer}};
     for (int user_port = 1; user_port <= board().user_ports; ++user_port) {
         pairs.push_back({port_interface(user_port), host_interface(user_port)});
     }
-    created_cables_.emplace(pairs);
+    created_cables_.emplace(pairs, mark);
     for (const io::CablePair &pair : pairs) {
-        // Hosts must send whole checksums and real lengths too. The settings stay when the interface moves.
-        io::make_transparent(pair.peer_side);
+        if (created_cables_->has_peer(pair)) {
+            // Hosts must send whole checksums and real lengths too. The settings stay when the interface moves.
+            io::make_transparent(pair.peer_side);
+        }
     }
-    io::set_interface_up(kCpuPeer, true);
+    if (created_cables_->has_peer(pairs.front())) {
+        io::set_interface_up(kCpuPeer, true);
+    }
 }
 
 chip::Time Device::now() const {
     return std::chrono::steady_clock::now() - started_;
-}
-
-void Device::start_clock() {
-    timer_.reset(timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC));
-    const itimerspec every_tick{{kTickSeconds, 0}, {kTickSeconds, 0}};
-    if (!timer_ || timerfd_settime(timer_.get(), 0, &every_tick, nullptr) != 0) {
-        throw io::error_from_errno("start the device's clock");
-    }
-    loop_.add(timer_.get(), EPOLLIN, [this](uint32_t) {
-        uint64_t expirations = 0;
-        if (read(timer_.get(), &expirations, sizeof(expirations)) == sizeof(expirations)) {
-            chip_.tick(now());
-        }
-    });
 }
 
 /** A timer for frames that wait for a port's shaper; without such frames it is not set. */
@@ -189,115 +177,15 @@ void Device::flush_queues() {
     waiting_.clear();
 }
 
-void Device::on_link_change(const io::LinkChange &change) {
+void Device::tick() {
+    chip_.tick(now());
     for (const auto &wire : wires_) {
-        if (wire == nullptr || wire->socket.interface_name() != change.name) {
-            continue;
+        if (wire != nullptr && !wire->problem.empty()) {
+            reopen(*wire);
+            monitor_->refresh();  // the interface may have its link already, and then reports no change
         }
-        if (!change.exists) {
-            // Its peer's namespace has ended, and the pair with it.
-            if (wire->socket.is_open() && wire->socket.interface_index() == change.index) {
-                close_wire(*wire);
-                note(*wire, "the interface is gone");
-                set_link(*wire, false);
-            }
-            return;
-        }
-        if (!wire->socket.is_open()) {
-            try {
-                open_wire(*wire);
-                note(*wire, "the interface is back");
-            } catch (const io::Error &error) {
-                note(*wire, error.what());
-            }
-            if (!change.link) {
-                return;  // opening has raised it, and may have reported a newer link already
-            }
-        }
-        set_link(*wire, change.link && wire->socket.is_open() && !wire->pulled);
-        return;
     }
-}
-
-void Device::set_link(Wire &wire, bool link) {
-    if (chip_.port(wire.chip_port).link != link) {
-        chip_.set_link(wire.chip_port, link);
-        note(wire, link ? "link up" : "link down");
-    }
-}
-
-void Device::set_cable(const Wire &wire, bool cable) {
-    chip_.change_port(wire.chip_port, [&](chip::Port &port) {
-        port.cable = cable;
-        return chip::Status::kOk;
-    });
-}
-
-void Device::announce_link(int port) {
-    const bool up = chip_.port(port).is_up();
-    if (announced_up_.has(port) == up) {
-        return;
-    }
-    if (up) {
-        announced_up_.add(port);
-    } else {
-        announced_up_.remove(port);
-    }
-    if (link_listener_) {
-        link_listener_(port);
-    }
-}
-
-void Device::port_changed(int port) {
-    announce_link(port);
-    const auto &wire = wires_[static_cast<size_t>(port)];
-    if (wire == nullptr) {
-        return;
-    }
-    try {
-        apply_carrier(*wire);
-    } catch (const io::Error &error) {
-        note(*wire, error.what());  // the link monitor will report that the interface is gone
-    }
-}
-
-// The host at the other end has a carrier while the cable is in and the port enabled.
-void Device::apply_carrier(Wire &wire) {
-    const bool raised = !wire.pulled && chip_.port(wire.chip_port).enabled;
-    if (!wire.socket.is_open() || wire.raised == raised) {
-        return;
-    }
-    io::set_interface_up(wire.socket.interface_name(), raised);
-    wire.raised = raised;
-    if (monitor_) {
-        // The carrier may be there already; then the kernel reported it before it answered the request.
-        monitor_->read_changes();
-    }
-}
-
-void Device::note(const Wire &wire, const std::string &what) {
-    const std::string text = wire.socket.interface_name() + ": " + what;
-    driver_.log_line(kNoticeLevel, 0, "PORT", text.c_str());
-}
-
-void Device::pull(int user_port) {
-    Wire &wire = *wires_[static_cast<size_t>(*board().chip_port(user_port))];
-    wire.pulled = true;
-    set_cable(wire, false);
-    set_link(wire, false);
-    apply_carrier(wire);
-}
-
-void Device::plug(int user_port) {
-    Wire &wire = *wires_[static_cast<size_t>(*board().chip_port(user_port))];
-    wire.pulled = false;
-    set_cable(wire, wire.socket.is_open());
-    apply_carrier(wire);
-}
-
-void Device::clear_counts(int chip_port) {
-    chip_.clear_counts(chip_port);
-    wires_[static_cast<size_t>(chip_port)]->socket.clear_counts();
+    monitor_->tick();
 }
 
 }  // namespace vdevice

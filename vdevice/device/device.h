@@ -19,7 +19,7 @@ namespace vdevice {
 
 /** What whoever starts a device chooses, besides its board. */
 struct DeviceOptions {
-    bool create_interfaces = false;
+    std::optional<uint32_t> cable_mark; /**< the device makes its interfaces, with this mark */
     size_t ring_slots = io::ReceiveRing::kSlots;
     bool line_rate = false; /**< ports send no faster than their speed */
 };
@@ -28,7 +28,7 @@ class Device final : private chip::Sink {
   public:
     /**
      * Opens the interfaces "port1", "port2" ... and "cpu0", after making them and their peers "host1", "host2" ...
-     * and "eth0" if asked to. Throws an io::Error if that fails. The loop must outlive the device.
+     * and "eth0" if there is a mark for them. Throws an io::Error if that fails. The loop must outlive the device.
      */
     Device(io::EventLoop &loop, driver::Board board, const DeviceOptions &options);
 
@@ -66,18 +66,23 @@ class Device final : private chip::Sink {
     void set_link_listener(std::function<void(int chip_port)> listener) { link_listener_ = std::move(listener); }
 
   private:
-    void create_cables();
+    void create_cables(uint32_t mark);
     void add_wire(int chip_port, const std::string &interface_name, size_t ring_slots);
     void open_wire(Wire &wire);
     void close_wire(Wire &wire);
     void receive_from(Wire &wire);
     void on_link_change(const io::LinkChange &change);
+    void on_links_complete();
+    void update(Wire &wire, bool exists);
+    void reopen(Wire &wire);
+    void lose(Wire &wire);
+    void tick();
     void set_link(Wire &wire, bool link);
     void set_cable(const Wire &wire, bool cable);
     void apply_carrier(Wire &wire);
     void announce_link(int port);
     void note(const Wire &wire, const std::string &what);
-    void start_clock();
+    void log(const std::string &text);
     void start_departures();
     void arm_departure();
 
@@ -103,6 +108,7 @@ class Device final : private chip::Sink {
     UniqueFd timer_;
     UniqueFd departure_timer_;
     std::optional<io::LinkMonitor> monitor_;
+    uint64_t known_losses_ = 0; /**< of the monitor */
 };
 
 }  // namespace vdevice

@@ -17,6 +17,7 @@ struct Wire {
     io::PacketPort socket;
     chip::Time last_arrival{}; /**< of a frame; the chip sees a port's frames in the order of time */
     bool pulled = false;       /**< the cable is out, until it is plugged again */
+    std::string problem;       /**< why its interface could not be opened; that is tried again each second */
     bool raised = false;       /**< the interface is up, so the host has a carrier */
 };
 

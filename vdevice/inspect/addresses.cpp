@@ -93,6 +93,6 @@ constexpr const char *kMacCounts[] = {"learned", "moved", "aged", "refused"};
 
 }  // namespace
 
-extern constexpr Subject kMacs{"macs", "", "the MAC table", read_macs, show_macs, kMacFilters, kMacCounts};
+extern constexpr Subject kMacs{"macs", "", "the MAC table", read_macs, show_macs, kMacFilters, kMacCounts, kLong};
 
 }  // namespace vdevice::inspect

@@ -63,4 +63,10 @@ json answer(Device &device, const json &request) {
     }
 }
 
+bool is_long(const json &request) {
+    const auto name = request.find("command");
+    const Subject *subject = name != request.end() && name->is_string() ? find(name->get<std::string>()) : nullptr;
+    return subject != nullptr && subject->is_long;
+}
+
 }  // namespace vdevice::inspect

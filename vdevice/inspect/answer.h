@@ -14,4 +14,7 @@ namespace vdevice::inspect {
  */
 nlohmann::json answer(Device &device, const nlohmann::json &request);
 
+/** Whether the request asks for a table so large that making the answer takes long. It then changes nothing. */
+bool is_long(const nlohmann::json &request);
+
 }  // namespace vdevice::inspect

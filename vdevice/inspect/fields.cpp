@@ -221,8 +221,8 @@ constexpr const char *kFieldCounts[] = {"matches", "frames", "octets"};
 
 }  // namespace
 
-extern constexpr Subject kFields{"fields",    "",          "the field processor's entries, counters and miss actions",
-                                 read_fields, show_fields, kFieldFilters,
-                                 kFieldCounts};
+extern constexpr Subject kFields{"fields",     "",          "the field processor's entries, counters and miss actions",
+                                 read_fields,  show_fields, kFieldFilters,
+                                 kFieldCounts, kLong};
 
 }  // namespace vdevice::inspect

@@ -89,6 +89,7 @@ constexpr Filter kMcastFilters[] = {
 }  // namespace
 
 extern constexpr Subject kMcast{"mcast",    "",         "the multicast groups, and how ports forward to unknown ones",
-                                read_mcast, show_mcast, kMcastFilters};
+                                read_mcast, show_mcast, kMcastFilters,
+                                {},         kLong};
 
 }  // namespace vdevice::inspect

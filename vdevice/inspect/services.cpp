@@ -72,9 +72,10 @@ constexpr Filter kEventFilters[] = {
 
 }  // namespace
 
-extern constexpr Subject kLog{"log", "", "what the device and its software logged", read_log, show_log, kLogFilters};
-extern constexpr Subject kEvents{"events",    "",          "messages waiting in the event queue",
-                                 read_events, show_events, kEventFilters};
+extern constexpr Subject kLog{"log", "",   "what the device and its software logged", read_log, show_log, kLogFilters,
+                              {},    kLong};
+extern constexpr Subject kEvents{
+    "events", "", "messages waiting in the event queue", read_events, show_events, kEventFilters, {}, kLong};
 extern constexpr Subject kTrace{"trace", "VALUE", "set what sys_trace_get() answers: 0 off, other numbers on",
                                 set_trace, show_nothing};
 

@@ -32,7 +32,11 @@ struct Subject {
     std::span<const Filter> filters = {};
     /** The members of the answer that count: two readings of them have a difference. */
     std::span<const char *const> counts = {};
+    /** It reads a large table, which takes long when the table is full, and changes nothing. */
+    bool is_long = false;
 };
+
+inline constexpr bool kLong = true;
 
 /** All subjects, in the order of the help. */
 std::span<const Subject *const> subjects();

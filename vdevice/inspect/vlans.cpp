@@ -38,6 +38,6 @@ constexpr Filter kVlanFilters[] = {
 
 }  // namespace
 
-extern constexpr Subject kVlans{"vlans", "[VLANS]", "the VLAN table", read_vlans, show_vlans, kVlanFilters};
+extern constexpr Subject kVlans{"vlans", "[VLANS]", "the VLAN table", read_vlans, show_vlans, kVlanFilters, {}, kLong};
 
 }  // namespace vdevice::inspect

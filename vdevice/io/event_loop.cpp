@@ -2,7 +2,9 @@
 #include "vdevice/io/event_loop.h"
 
 #include <sys/epoll.h>
+#include <sys/timerfd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <utility>
@@ -12,7 +14,6 @@
 namespace vdevice::io {
 namespace {
 
-constexpr int kEventsAtOnce = 64;
 constexpr int kNoTimeout = -1;
 
 epoll_event event_for(int fd, uint32_t events) {
@@ -55,9 +56,9 @@ void EventLoop::run() {
     }
 }
 
-bool EventLoop::run_once(int timeout_milliseconds) {
+bool EventLoop::run_once(int timeout_milliseconds, int most) {
     std::array<epoll_event, kEventsAtOnce> events;
-    const int count = epoll_wait(epoll_.get(), events.data(), kEventsAtOnce, timeout_milliseconds);
+    const int count = epoll_wait(epoll_.get(), events.data(), std::min(most, kEventsAtOnce), timeout_milliseconds);
     if (count < 0 && errno != EINTR) {
         throw error_from_errno("wait for events");
     }
@@ -71,6 +72,21 @@ bool EventLoop::run_once(int timeout_milliseconds) {
         }
     }
     return count > 0;
+}
+
+UniqueFd EventLoop::every_second(std::function<void()> work) {
+    UniqueFd timer{timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC)};
+    const itimerspec every_tick{{1, 0}, {1, 0}};
+    if (!timer || timerfd_settime(timer.get(), 0, &every_tick, nullptr) != 0) {
+        throw error_from_errno("start a clock");
+    }
+    add(timer.get(), EPOLLIN, [fd = timer.get(), work = std::move(work)](uint32_t) {
+        uint64_t expirations = 0;
+        if (read(fd, &expirations, sizeof(expirations)) == sizeof(expirations)) {
+            work();
+        }
+    });
+    return timer;
 }
 
 }  // namespace vdevice::io

@@ -7,9 +7,13 @@
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 
+#include <algorithm>
+#include <array>
 #include <cstdio>
 #include <cstring>
 #include <fstream>
+#include <iterator>
+#include <memory>
 #include <utility>
 
 #include "vdevice/io/error.h"
@@ -32,10 +36,6 @@ ifreq request_for(const std::string &name) {
     return request;
 }
 
-bool interface_exists(const std::string &name) {
-    return if_nametoindex(name.c_str()) != 0;
-}
-
 /** Feeds the commands to @p program, a fixed shell command line: no input of a user gets into it. */
 bool feed(const char *program, const std::string &commands) {
     FILE *pipe = popen(program, "we");
@@ -56,33 +56,59 @@ void set_offload(int fd, const std::string &name, int command) {
     ioctl(fd, SIOCETHTOOL, &request);
 }
 
-void remove_pairs(const std::vector<CablePair> &pairs) {
-    std::string commands;
-    for (const CablePair &pair : pairs) {
-        if (interface_exists(pair.device_side)) {
-            commands += "link del " + pair.device_side + "\n";
-        }
+/** The marked interfaces and their peers: "port1@host1", or "port1@if7" if the peer is in another namespace. */
+std::map<std::string, std::string> marked_pairs(uint32_t mark) {
+    std::map<std::string, std::string> pairs;
+    const std::string command = "exec ip -br link show group " + std::to_string(mark);
+    const std::unique_ptr<FILE, int (*)(FILE *)> pipe{popen(command.c_str(), "re"), pclose};
+    std::array<char, 1024> line;
+    while (pipe != nullptr && std::fgets(line.data(), line.size(), pipe.get()) != nullptr) {
+        const std::string name{line.data(), std::strcspn(line.data(), " ")};
+        const size_t at = name.find('@');
+        pairs[name.substr(0, at)] = at == std::string::npos ? "" : name.substr(at + 1);
     }
-    // A namespace of a host may end at the same time and take its pair along: a missing pair is no error.
-    feed("ip -force -batch - 2>/dev/null", commands);
+    return pairs;
 }
 
-void create_pairs(const std::vector<CablePair> &pairs) {
+void remove_marked(uint32_t mark) {
+    // A namespace of a host may have ended and taken the last pair along: that is no error.
+    feed(("exec ip link del group " + std::to_string(mark) + " 2>/dev/null").c_str(), "");
+}
+
+void remove_all_but(const std::vector<CablePair> &pairs, const std::map<std::string, std::string> &found) {
+    std::string commands;
+    for (const auto &pair : found) {
+        const std::string &name = pair.first;
+        const bool is_wanted = std::any_of(pairs.begin(), pairs.end(),
+                                           [&](const CablePair &wanted) { return wanted.device_side == name; });
+        commands += is_wanted ? "" : "link del " + name + "\n";
+    }
+    feed("exec ip -force -batch - 2>/dev/null", commands);
+}
+
+void check_is_free(const std::string &name) {
+    if (if_nametoindex(name.c_str()) != 0) {
+        throw Error{"cannot create interface " + name + ": there is one of that name already. Use a network " +
+                    "namespace of the device's own ('unshare -Urn'), or leave out --create-interfaces."};
+    }
+}
+
+void create_pairs(const std::vector<CablePair> &pairs, uint32_t mark) {
     std::string commands;
     const std::string mtu = " mtu " + std::to_string(kMtu);
     for (const CablePair &pair : pairs) {
-        for (const std::string &name : {pair.device_side, pair.peer_side}) {
-            if (interface_exists(name)) {
-                throw Error{"cannot create interface " + name + ": there is one of that name already. Use a network " +
-                            "namespace of the device's own ('unshare -Urn'), or leave out --create-interfaces."};
-            }
-        }
-        commands.append("link add ").append(pair.device_side).append(mtu);
+        check_is_free(pair.device_side);
+        check_is_free(pair.peer_side);
+        commands.append("link add ")
+            .append(pair.device_side)
+            .append(mtu)
+            .append(" group ")
+            .append(std::to_string(mark));
         commands.append(" type veth peer name ").append(pair.peer_side).append(mtu).append("\n");
     }
     // Only what 'ip' prints says why the kernel refused, so it goes to the terminal.
-    if (!feed("ip -batch -", commands)) {
-        remove_pairs(pairs);
+    if (!feed("exec ip -batch -", commands)) {
+        remove_marked(mark);
         throw Error{
             "cannot create the interfaces: the 'ip' command failed. Run it as root or inside 'unshare -Urn', "
             "with iproute2 installed."};
@@ -91,12 +117,26 @@ void create_pairs(const std::vector<CablePair> &pairs) {
 
 }  // namespace
 
-Cables::Cables(std::vector<CablePair> pairs) : pairs_{std::move(pairs)} {
-    create_pairs(pairs_);
+Cables::Cables(const std::vector<CablePair> &pairs, uint32_t mark) : pairs_{marked_pairs(mark)}, mark_{mark} {
+    remove_all_but(pairs, pairs_);
+    std::vector<CablePair> missing;
+    std::copy_if(pairs.begin(), pairs.end(), std::back_inserter(missing),
+                 [this](const CablePair &pair) { return !pairs_.contains(pair.device_side); });
+    create_pairs(missing, mark_);
+    for (const CablePair &pair : missing) {
+        pairs_[pair.device_side] = pair.peer_side;
+    }
 }
 
 Cables::~Cables() {
-    remove_pairs(pairs_);
+    if (mark_ != 0) {
+        remove_marked(mark_);
+    }
+}
+
+bool Cables::has_peer(const CablePair &pair) const {
+    const auto found = pairs_.find(pair.device_side);
+    return found != pairs_.end() && found->second == pair.peer_side;
 }
 
 void make_transparent(const std::string &name) {

@@ -1,6 +1,8 @@
 // Network interfaces as cables of the device: pairs are made, and set up to carry frames unchanged.
 #pragma once
 
+#include <stdint.h>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -15,18 +17,30 @@ struct CablePair {
     std::string peer_side;
 };
 
-/** Pairs of interfaces, removed with this object. */
+/**
+ * Pairs of interfaces, removed with this object. They are marked: the group of their device's side, which the kernel
+ * sets when it makes an interface, is a number of their owner's.
+ */
 class Cables {
   public:
     Cables() = default;
-    /** Makes all pairs; throws an Error, and leaves none, if one cannot be made. */
-    explicit Cables(std::vector<CablePair> pairs);
+    /**
+     * Takes up the pairs with this mark that are there, hosts on their other ends included, makes the missing ones and
+     * removes the others: the caller makes sure that no other owner of the mark lives. Throws an Error, and leaves
+     * none, if one cannot be made; above all if an interface without the mark has its name.
+     */
+    Cables(const std::vector<CablePair> &pairs, uint32_t mark);
     ~Cables();
     Cables(const Cables &) = delete;
     Cables &operator=(const Cables &) = delete;
 
+    /** Whether the pair's other end is in this namespace, under its name. */
+    bool has_peer(const CablePair &pair) const;
+
   private:
-    std::vector<CablePair> pairs_;
+    /** Names of the device's sides with those of their peers, as far as these are in this namespace. */
+    std::map<std::string, std::string> pairs_;
+    uint32_t mark_ = 0;
 };
 
 /**

@@ -24,6 +24,8 @@ namespace vdevice::io {
 namespace {
 
 constexpr size_t kBufferBytes = 65536;
+/** Read in one turn of the loop, so that a flood of reports does not keep frames waiting. */
+constexpr int kReportsAtOnce = 256;
 constexpr int kNetlinkBufferBytes = 1024 * 1024;
 
 using Message = std::span<const char>;
@@ -67,7 +69,8 @@ std::string find_name(Message attributes) {
 
 bool read_change(Message payload, bool exists, LinkChange &change) {
     ifinfomsg info{};
-    if (!read_header(payload, info)) {
+    // Bridges report their ports as a family of their own: leaving a bridge is no end of an interface.
+    if (!read_header(payload, info) || info.ifi_family != AF_UNSPEC) {
         return false;
     }
     change.index = info.ifi_index;
@@ -77,23 +80,17 @@ bool read_change(Message payload, bool exists, LinkChange &change) {
     return true;
 }
 
-void read_messages(Message bytes, const LinkMonitor::Handler &handler) {
-    nlmsghdr header{};
-    while (read_header(bytes, header) && header.nlmsg_len >= sizeof(header) && header.nlmsg_len <= bytes.size()) {
-        const bool exists = header.nlmsg_type == RTM_NEWLINK;
-        LinkChange change;
-        if ((exists || header.nlmsg_type == RTM_DELLINK) &&
-            read_change(bytes.first(header.nlmsg_len).subspan(sizeof(header)), exists, change)) {
-            handler(change);
-        }
-        bytes = behind(bytes, header.nlmsg_len);
-    }
+/** The error that ends a request, 0 for none. Both kinds of last message begin with it. */
+bool is_failure(Message payload) {
+    int error = 0;
+    return !read_header(payload, error) || error != 0;
 }
 
 }  // namespace
 
-LinkMonitor::LinkMonitor(Handler handler)
-    : handler_{std::move(handler)},
+LinkMonitor::LinkMonitor(Handler on_change, std::function<void()> on_complete)
+    : on_change_{std::move(on_change)},
+      on_complete_{std::move(on_complete)},
       socket_{socket(AF_NETLINK, SOCK_RAW | SOCK_NONBLOCK | SOCK_CLOEXEC, NETLINK_ROUTE)} {
     sockaddr_nl address{};
     address.nl_family = AF_NETLINK;
@@ -113,24 +110,63 @@ void LinkMonitor::request_all() {
     request.header.nlmsg_len = sizeof(request);
     request.header.nlmsg_type = RTM_GETLINK;
     request.header.nlmsg_flags = NLM_F_REQUEST | NLM_F_DUMP;
+    request.header.nlmsg_seq = ++sequence_;
     request.info.ifi_family = AF_UNSPEC;
-    if (send(socket_.get(), &request, sizeof(request), 0) < 0) {
-        throw error_from_errno("ask for the links' state");
+    stale_ = send(socket_.get(), &request, sizeof(request), 0) < 0;
+}
+
+void LinkMonitor::handle(Message reports) {
+    nlmsghdr header{};
+    while (read_header(reports, header) && header.nlmsg_len >= sizeof(header) && header.nlmsg_len <= reports.size()) {
+        const Message payload = reports.first(header.nlmsg_len).subspan(sizeof(header));
+        // Interfaces came or went while the kernel listed them.
+        stale_ = stale_ || (header.nlmsg_flags & NLM_F_DUMP_INTR) != 0;
+        LinkChange change;
+        if (header.nlmsg_type == NLMSG_ERROR || header.nlmsg_type == NLMSG_DONE) {
+            // It may refuse, since it is still busy with the request before: then tick() asks again.
+            stale_ = stale_ || is_failure(payload);
+            if (header.nlmsg_seq == sequence_ && !stale_) {
+                on_complete_();
+            }
+        } else if (const bool exists = header.nlmsg_type == RTM_NEWLINK;
+                   (exists || header.nlmsg_type == RTM_DELLINK) && read_change(payload, exists, change)) {
+            on_change_(change);
+        }
+        reports = behind(reports, header.nlmsg_len);
     }
 }
 
-void LinkMonitor::read_changes() {
+LinkMonitor::Received LinkMonitor::receive() {
     std::array<char, kBufferBytes> buffer;
-    for (;;) {
-        const ssize_t length = recv(socket_.get(), buffer.data(), buffer.size(), MSG_DONTWAIT);
-        if (length < 0 && errno == ENOBUFS) {
-            request_all();  // changes were lost: get the whole state again
-            continue;
-        }
-        if (length <= 0) {
-            return;
-        }
-        read_messages(Message{buffer.data(), static_cast<size_t>(length)}, handler_);
+    const ssize_t length = recv(socket_.get(), buffer.data(), buffer.size(), MSG_DONTWAIT);
+    if (length > 0) {
+        handle(Message{buffer.data(), static_cast<size_t>(length)});
+        return Received::kReports;
+    }
+    if (length == 0 || errno == EAGAIN || errno == EINTR) {
+        return Received::kNothing;
+    }
+    ++losses_;
+    stale_ = true;
+    return Received::kLoss;
+}
+
+bool LinkMonitor::read_changes() {
+    if (reading_) {
+        return false;
+    }
+    reading_ = true;
+    Received received = Received::kReports;
+    for (int count = 0; count < kReportsAtOnce && received != Received::kNothing; ++count) {
+        received = receive();
+    }
+    reading_ = false;
+    return received == Received::kNothing;
+}
+
+void LinkMonitor::tick() {
+    if (read_changes() && stale_) {
+        request_all();
     }
 }
 

@@ -91,6 +91,14 @@ UniqueFd PacketPort::open_for_receiving(int index) {
     return fd;
 }
 
+// The kernel takes a socket off an interface that is removed, even if one of the same index and name follows.
+bool PacketPort::is_current() const {
+    sockaddr_ll bound{};
+    socklen_t size = sizeof(bound);
+    return getsockname(fd(), reinterpret_cast<sockaddr *>(&bound), &size) == 0 &&
+           bound.sll_ifindex == static_cast<int>(if_nametoindex(interface_name_.c_str()));
+}
+
 void PacketPort::close() {
     if (!is_open()) {
         return;

@@ -22,6 +22,8 @@ class PacketPort {
     int interface_index() const { return index_; }
     /** The socket that frames come in by. */
     int fd() const { return socket_.get(); }
+    /** The open port is still on the interface that has its name: none was removed, renamed or put in its place. */
+    bool is_current() const;
     bool is_open() const { return static_cast<bool>(socket_); }
     bool has_ring() const { return ring_.is_open(); }
 

@@ -21,6 +21,7 @@ using chip::test::octets16;
 using chip::test::octets32;
 using chip::test::operator+;
 
+constexpr uint32_t kMark = 77;
 constexpr char kNear[] = "near0";
 constexpr char kFar[] = "far0";
 constexpr size_t kNoRing = 0;
@@ -91,7 +92,7 @@ class PacketPortTest : public testing::TestWithParam<size_t> {
         receive();
     }
 
-    Cables cables_{{{kNear, kFar}}};
+    Cables cables_{{{kNear, kFar}}, kMark};
     PacketPort near_{kNear, GetParam()};
     PacketPort far_{kFar, kNoRing};
     ReceiveBatch batch_;

@@ -45,6 +45,9 @@ bool ReceiveRing::open(int fd, size_t slots) {
         set_option(fd, PACKET_RX_RING, tpacket_req{});
         return false;
     }
+    // Copies of the process, which make long answers, need no frames; without the rings they are made ten times as
+    // fast.
+    madvise(memory, slots * kSlotBytes, MADV_DONTFORK);
     memory_ = static_cast<uint8_t *>(memory);
     slots_ = slots;
     next_ = 0;

@@ -2,7 +2,6 @@
 #include "vdevice/remote/connection.h"
 
 #include <sys/socket.h>
-#include <unistd.h>
 
 #include <array>
 #include <cerrno>
@@ -24,10 +23,6 @@ constexpr size_t kHandshakeBytes = kHandshakeWords * kWordBytes;
 
 }  // namespace
 
-Connection::~Connection() {
-    close(socket_);
-}
-
 bool Connection::malformed() {
     ++server_.counters_.malformed;
     return false;
@@ -35,7 +30,7 @@ bool Connection::malformed() {
 
 bool Connection::receive() {
     std::array<uint8_t, kReadBytes> bytes;
-    const ssize_t got = recv(socket_, bytes.data(), bytes.size(), 0);
+    const ssize_t got = recv(socket_.get(), bytes.data(), bytes.size(), 0);
     if (got > 0) {
         input_.insert(input_.end(), bytes.begin(), bytes.begin() + got);
     }
@@ -44,7 +39,7 @@ bool Connection::receive() {
 
 bool Connection::flush() {
     while (!output_.empty()) {
-        const ssize_t sent = send(socket_, output_.data(), output_.size(), MSG_NOSIGNAL);
+        const ssize_t sent = send(socket_.get(), output_.data(), output_.size(), MSG_NOSIGNAL);
         if (sent < 0) {
             return errno == EAGAIN || errno == EINTR;
         }

@@ -3,19 +3,18 @@
 
 #include <stdint.h>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "vdevice/remote/server.h"
 #include "vdevice/remote/wire.h"
+#include "vdevice/sockets/unique_fd.h"
 
 namespace vdevice::remote {
 
 class Connection {
   public:
-    Connection(Server &server, int descriptor) : server_(server), socket_(descriptor) {}
-    ~Connection();
-    Connection(const Connection &) = delete;
-    Connection &operator=(const Connection &) = delete;
+    Connection(Server &server, UniqueFd socket) : server_(server), socket_(std::move(socket)) {}
 
     /** Reads, answers and writes without waiting; false if the client is to be closed. */
     bool serve();
@@ -23,6 +22,9 @@ class Connection {
     [[nodiscard]] bool is_blocked() const { return !output_.empty(); }
     /** There is work as soon as the client can be written to, even if it sends nothing more. */
     [[nodiscard]] bool has_work() const { return is_blocked() || has_more_; }
+
+    /** How many ticks the handshake has taken up to now; 0 once it is over. */
+    int count_tick() { return greeted_ && !closing_ ? 0 : ++ticks_; }
 
     /** The events that the server waits for on the socket; the server sets them. */
     [[nodiscard]] uint32_t awaited() const { return awaited_; }
@@ -45,7 +47,8 @@ class Connection {
     bool malformed();
 
     Server &server_;
-    int socket_;
+    UniqueFd socket_;
+    int ticks_ = 0;
     uint32_t awaited_ = 0;
     bool greeted_ = false;
     bool watching_ = false;

@@ -3,12 +3,11 @@
 
 #include <sys/epoll.h>
 #include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
 
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <new>
 #include <stdexcept>
 #include <utility>
 
@@ -17,45 +16,21 @@
 namespace vdevice::remote {
 namespace {
 
-constexpr int kBacklog = 16;
 constexpr size_t kEventsAtOnce = 16;
 
-[[noreturn]] void fail(const std::string &what, const std::string &path) {
-    throw std::runtime_error("cannot " + what + " " + path + ": " + std::strerror(errno));
-}
-
-sockaddr_un address_of(const std::string &path) {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    if (path.size() >= sizeof address.sun_path) {
-        throw std::runtime_error("the path of the driver socket is too long: " + path);
-    }
-    std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
-    return address;
-}
-
-/** Removes the socket of a dead daemon; a socket that answers belongs to another daemon. */
-void remove_stale(const std::string &path, const sockaddr_un &address) {
-    const int probe = socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
-    if (probe < 0) {
-        fail("open a socket for", path);
-    }
-    const int status = connect(probe, reinterpret_cast<const sockaddr *>(&address), sizeof address);
-    const int error = status == 0 ? 0 : errno;
-    close(probe);
-    if (error == 0 || error == EAGAIN) {
-        throw std::runtime_error("another virtual device already serves " + path);
-    }
-    if (error == ECONNREFUSED) {
-        unlink(path.c_str());
-    }
-}
-
-void watch(int epoll, int operation, int descriptor, uint32_t events) {
+bool watch(const UniqueFd &epoll, int operation, int descriptor, uint32_t events) {
     epoll_event event{};
     event.events = events;
     event.data.fd = descriptor;
-    epoll_ctl(epoll, operation, descriptor, &event);
+    return epoll_ctl(epoll.get(), operation, descriptor, &event) == 0;
+}
+
+/** Tells a client that cannot be served, if it takes an answer at once. */
+void turn_away(const UniqueFd &client) {
+    Writer writer;
+    writer.word(kFull);
+    writer.word(Server::kMaxClients);
+    send(client.get(), writer.buffer().data(), writer.buffer().size(), MSG_NOSIGNAL | MSG_DONTWAIT);
 }
 
 }  // namespace
@@ -64,58 +39,49 @@ Server::Server(DriverCalls &calls, const std::string &path)
     : Server([&calls](calls::CallId id, const void *const *arguments) { return dispatch(calls, id, arguments); },
              path) {}
 
-Server::Server(Handler handler, const std::string &path) : handler_(std::move(handler)), path_(path) {
-    epoll_ = epoll_create1(EPOLL_CLOEXEC);
-    if (epoll_ < 0) {
-        fail("wait for clients of", path);
+Server::Server(Handler handler, const std::string &path)
+    : handler_(std::move(handler)), epoll_(epoll_create1(EPOLL_CLOEXEC)), listener_(path) {
+    if (!epoll_ || !watch(epoll_, EPOLL_CTL_ADD, listener_.fd(), 0)) {
+        throw std::runtime_error("cannot wait for clients of " + path + ": " + std::strerror(errno) + ".");
     }
-    try {
-        listen_on(path);
-    } catch (...) {
-        close(epoll_);
-        if (listener_ >= 0) {
-            close(listener_);
-        }
-        throw;
+    listen(true);
+}
+
+Server::~Server() = default;
+
+void Server::listen(bool wanted) {
+    if (is_listening_ != wanted) {
+        is_listening_ = wanted;
+        watch(epoll_, EPOLL_CTL_MOD, listener_.fd(), wanted ? uint32_t{EPOLLIN} : 0);
     }
 }
 
-Server::~Server() {
-    connections_.clear();
-    close(listener_);
-    close(epoll_);
-    unlink(path_.c_str());
-}
-
-void Server::listen_on(const std::string &path) {
-    const sockaddr_un address = address_of(path);
-    remove_stale(path, address);
-    listener_ = socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
-    if (listener_ < 0) {
-        fail("open a socket for", path);
-    }
-    if (bind(listener_, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0) {
-        fail("bind", path);
-    }
-    if (listen(listener_, kBacklog) != 0) {
-        fail("listen on", path);
-    }
-    watch(epoll_, EPOLL_CTL_ADD, listener_, EPOLLIN);
-}
-
-void Server::accept_clients() {
-    const int descriptor = accept4(listener_, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
-    if (descriptor < 0) {
+void Server::accept_client() {
+    UniqueFd client = listener_.accept();
+    if (!client) {
+        listen(!listener_.is_exhausted());
         return;
     }
     if (connections_.size() >= kMaxClients) {
         ++counters_.refused;
-        close(descriptor);
+        turn_away(client);
         return;
     }
-    const auto &connection = connections_[descriptor] = std::make_unique<Connection>(*this, descriptor);
-    connection->set_awaited(EPOLLIN);
-    watch(epoll_, EPOLL_CTL_ADD, descriptor, EPOLLIN);
+    const int descriptor = client.get();
+    auto connection = std::make_unique<Connection>(*this, std::move(client));
+    if (watch(epoll_, EPOLL_CTL_ADD, descriptor, EPOLLIN)) {
+        connection->set_awaited(EPOLLIN);
+        connections_[descriptor] = std::move(connection);
+    }
+}
+
+void Server::tick() {
+    listen(true);
+    std::erase_if(connections_, [this](const auto &entry) {
+        const bool is_late = entry.second->count_tick() > kHandshakeTicks;
+        counters_.late += is_late ? 1 : 0;
+        return is_late;
+    });
 }
 
 // The messages are sent in serve_ready(): a connection that is being served must not be closed.
@@ -138,25 +104,32 @@ void Server::await(int descriptor, Connection &connection, uint32_t events) {
 
 void Server::close_client(int descriptor) {
     connections_.erase(descriptor);
+    listen(true);
+}
+
+void Server::serve(int descriptor, Connection &connection) {
+    bool stays = false;
+    try {
+        stays = connection.serve();
+    } catch (const std::bad_alloc &) {
+        // Its request was too much for the memory there is: it ends, and the others go on.
+    }
+    if (stays) {
+        await(descriptor, connection, connection.has_work() ? EPOLLOUT : EPOLLIN);
+    } else {
+        close_client(descriptor);
+    }
 }
 
 void Server::serve_ready() {
     std::array<epoll_event, kEventsAtOnce> events{};
-    const int ready = epoll_wait(epoll_, events.data(), static_cast<int>(events.size()), 0);
+    const int ready = epoll_wait(epoll_.get(), events.data(), static_cast<int>(events.size()), 0);
     for (int index = 0; index < ready; ++index) {
         const int descriptor = events[static_cast<size_t>(index)].data.fd;
-        if (descriptor == listener_) {
-            accept_clients();
-            continue;
-        }
-        const auto found = connections_.find(descriptor);
-        if (found == connections_.end()) {
-            continue;
-        }
-        if (found->second->serve()) {
-            await(descriptor, *found->second, found->second->has_work() ? EPOLLOUT : EPOLLIN);
-        } else {
-            close_client(descriptor);
+        if (descriptor == listener_.fd()) {
+            accept_client();
+        } else if (const auto found = connections_.find(descriptor); found != connections_.end()) {
+            serve(descriptor, *found->second);
         }
     }
 }

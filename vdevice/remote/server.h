@@ -12,6 +12,7 @@
 
 #include "generated/driver_calls.h"
 #include "vdevice/remote/protocol.h"
+#include "vdevice/sockets/listening_socket.h"
 
 namespace vdevice::remote {
 
@@ -19,7 +20,8 @@ class Connection;
 
 /**
  * Serves driver calls on a Unix socket. Nothing in here waits: the daemon polls poll_fd() for reading and calls
- * serve_ready() when it is ready. A client that sends malformed messages is closed; the others do not notice.
+ * serve_ready() when it is ready, and tick() once a second. A client that sends malformed messages is closed; the
+ * others do not notice.
  */
 class Server {
   public:
@@ -41,19 +43,23 @@ class Server {
         uint64_t mismatched = 0; /**< clients built from other headers */
         uint64_t malformed = 0;  /**< clients closed for a malformed message */
         uint64_t refused = 0;    /**< clients turned away because there were too many */
+        uint64_t late = 0;       /**< clients closed since they did not finish the handshake in time */
     };
 
-    static constexpr size_t kMaxClients = 64;
+    static constexpr size_t kMaxClients = 1024;
+    /** Within so many ticks a client has to finish the handshake. */
+    static constexpr int kHandshakeTicks = 5;
 
-    /** Throws std::runtime_error with a sentence if the socket cannot be opened or another daemon serves it. */
+    /** As ListeningSocket: the caller makes sure that no other server uses the path. */
     Server(DriverCalls &calls, const std::string &path);
     Server(Handler handler, const std::string &path);
-    ~Server();
+    ~Server();  // the connections' class is known in server.cpp only
     Server(const Server &) = delete;
     Server &operator=(const Server &) = delete;
 
-    [[nodiscard]] int poll_fd() const { return epoll_; }
+    [[nodiscard]] int poll_fd() const { return epoll_.get(); }
     void serve_ready();
+    void tick();
 
     void set_observer(Observer observer) { observer_ = std::move(observer); }
     void set_extra_handler(ExtraHandler handler) { extra_handler_ = std::move(handler); }
@@ -67,8 +73,9 @@ class Server {
   private:
     friend class Connection;
 
-    void listen_on(const std::string &path);
-    void accept_clients();
+    void accept_client();
+    void listen(bool wanted);
+    void serve(int descriptor, Connection &connection);
     void close_client(int descriptor);
     void await(int descriptor, Connection &connection, uint32_t events);
 
@@ -76,9 +83,9 @@ class Server {
     Observer observer_;
     ExtraHandler extra_handler_;
     LinkStates link_states_;
-    std::string path_;
-    int epoll_ = -1;
-    int listener_ = -1;
+    UniqueFd epoll_;
+    ListeningSocket listener_;
+    bool is_listening_ = false;
     std::map<int, std::unique_ptr<Connection>> connections_;
     Counters counters_;
 };

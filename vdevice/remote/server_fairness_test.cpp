@@ -1,10 +1,14 @@
-// Clients that send too much, read too little or are too many: the others have their turn.
+// Clients that send too much, read too little, are too slow or too many: the others have their turn.
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
+#include <array>
 #include <chrono>
 #include <deque>
+#include <memory>
 #include <vector>
 
+#include "tests/support/full_epoll.h"
 #include "vdevice/remote/testing/device.h"
 
 namespace vdevice::remote {
@@ -111,7 +115,16 @@ TEST_F(RemoteVlans, ServesOthersBetweenTheRequestsOfAnEagerClient) {
     EXPECT_EQ(server_.counters().calls, kRequests + 1) << "what came early is answered without anything more coming";
 }
 
+/** Room for the server's and the clients' ends, which are all in this process. */
+void allow_many_descriptors() {
+    rlimit limit{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
+    limit.rlim_cur = limit.rlim_max;
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &limit), 0);
+}
+
 TEST_F(RemoteVlans, HalfMessagesDoNotKeepAnybodyWaiting) {
+    allow_many_descriptors();
     const Loop loop(server_);
     std::deque<RawClient> silent;
     for (size_t count = 0; count + 1 < Server::kMaxClients; ++count) {
@@ -124,15 +137,96 @@ TEST_F(RemoteVlans, HalfMessagesDoNotKeepAnybodyWaiting) {
     EXPECT_EQ(server_.counters().malformed, 0u);
 }
 
-TEST_F(RemoteVlans, TurnsAwayMoreClientsThanItServes) {
+TEST_F(RemoteVlans, TellsAClientThatIsOneTooMany) {
+    allow_many_descriptors();
     const Loop loop(server_);
     std::deque<RawClient> clients;
     for (size_t count = 0; count < Server::kMaxClients; ++count) {
         clients.emplace_back(folder_.socket());
     }
     const RawClient one_too_many(folder_.socket());
+    std::array<uint8_t, kHandshakeWords * kWordBytes> answer{};
+    ASSERT_EQ(one_too_many.receive(answer.data(), answer.size()), answer.size());
+    Reader reader(answer);
+    EXPECT_EQ(reader.word(), kFull);
+    EXPECT_EQ(reader.word(), Server::kMaxClients);
     EXPECT_TRUE(one_too_many.is_closed());
     EXPECT_EQ(server_.counters().refused, 1u);
+}
+
+/** The tests below serve by hand, so that nothing happens between two turns. */
+class Turns : public RemoteVlans {
+  protected:
+    [[nodiscard]] bool is_ready() const {
+        pollfd waiting{server_.poll_fd(), POLLIN, 0};
+        return poll(&waiting, 1, 0) > 0;
+    }
+    void serve() {
+        constexpr int kMostTurns = 100;
+        for (int turn = 0; is_ready() && turn < kMostTurns; ++turn) {
+            server_.serve_ready();
+        }
+    }
+};
+
+TEST_F(Turns, AHandshakeHasToBeFinishedInTime) {
+    const RawClient silent(folder_.socket());
+    const RawClient half(folder_.socket());
+    const RawClient whole(folder_.socket());
+    half.send_words({kMagic});
+    whole.send_words({kMagic, calls::kInterfaceChecksum});
+    for (int tick = 0; tick < Server::kHandshakeTicks; ++tick) {
+        serve();
+        server_.tick();
+    }
+    EXPECT_EQ(server_.clients(), 3u);
+    server_.tick();
+    EXPECT_EQ(server_.clients(), 1u);
+    EXPECT_EQ(server_.counters().late, 2u);
+    EXPECT_TRUE(silent.is_closed());
+    EXPECT_TRUE(half.is_closed());
+    whole.send_words({4, static_cast<uint32_t>(CallId::user_vlan_create), 0, 0, 9});
+    serve();
+    EXPECT_EQ(whole.waiting_bytes(), (kHandshakeWords + 3) * kWordBytes);
+}
+
+TEST_F(Turns, WithoutDescriptorsItWaitsForATickOrForAClientToLeave) {
+    auto first = std::make_unique<RawClient>(folder_.socket());
+    serve();
+    const RawClient second(folder_.socket());
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
+    const rlimit none{1, before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+    for (int tick = 0; tick < 3; ++tick) {
+        EXPECT_TRUE(is_ready()) << "it tries again";
+        serve();
+        EXPECT_FALSE(is_ready()) << "it would be asked to serve again and again";
+        server_.tick();
+    }
+    serve();
+    EXPECT_EQ(server_.clients(), 1u);
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &before), 0);
+    first.reset();
+    serve();
+    EXPECT_EQ(server_.clients(), 1u);
+    second.send_words({kMagic, calls::kInterfaceChecksum});
+    serve();
+    EXPECT_EQ(server_.counters().connected, 1u);
+}
+
+TEST_F(Turns, AClientThatTheKernelDoesNotWatchIsClosedAlone) {
+    const RawClient first(folder_.socket());
+    serve();
+    const RawClient second(folder_.socket());
+    {
+        const FullEpoll full;
+        serve();
+    }
+    EXPECT_TRUE(second.is_closed());
+    first.send_words({kMagic, calls::kInterfaceChecksum});
+    serve();
+    EXPECT_EQ(server_.counters().connected, 1u);
 }
 
 }  // namespace vdevice::remote

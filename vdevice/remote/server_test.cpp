@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <stdexcept>
+#include <new>
 #include <vector>
 
 #include "calls/describe.h"
@@ -156,41 +156,23 @@ TEST_F(RemoteVlans, ShowsEachCallToAnObserver) {
     EXPECT_THAT(seen, testing::ElementsAre("user_vlan_create(unit=0, zero=0, vid=3) -> 3"));
 }
 
-TEST_F(RemoteVlans, RefusesAPathThatAnotherServes) {
-    try {
-        const Server second(device_, folder_.socket());
-        FAIL() << "two servers on one path";
-    } catch (const std::runtime_error &error) {
-        EXPECT_EQ(error.what(), "another virtual device already serves " + folder_.socket());
-    }
-    EXPECT_TRUE(std::filesystem::exists(folder_.socket())) << "the refused one must not remove the other's socket";
-}
-
-TEST(RemoteServer, TakesOverTheSocketOfADeadDaemon) {
+TEST_F(RemoteVlans, ARequestThatRunsOutOfMemoryEndsItsClientAlone) {
     const Folder folder;
-    {
-        const int listener = socket(AF_UNIX, SOCK_STREAM, 0);
-        const sockaddr_un address = address_of(folder.socket());
-        ASSERT_EQ(bind(listener, reinterpret_cast<const sockaddr *>(&address), sizeof address), 0);
-        close(listener);
-    }
-    VlanOnly device;
-    {
-        const Server server(device, folder.socket());
-        EXPECT_GE(server.poll_fd(), 0);
-    }
-    EXPECT_FALSE(std::filesystem::exists(folder.socket()));
-}
-
-TEST(RemoteServer, SaysWhyItCannotOpenItsSocket) {
-    VlanOnly device;
-    try {
-        const Server server(device, "/nowhere/driver");
-        FAIL() << "opened a socket in a folder that does not exist";
-    } catch (const std::runtime_error &error) {
-        EXPECT_STREQ(error.what(), "cannot bind /nowhere/driver: No such file or directory");
-    }
-    EXPECT_THROW(Server(device, "/" + std::string(200, 'x')), std::runtime_error);
+    Server server(
+        [](CallId, const void *const *arguments) -> int64_t {
+            if (*static_cast<const uint32_t *>(arguments[2]) == 0) {
+                throw std::bad_alloc{};
+            }
+            return 5;
+        },
+        folder.socket());
+    const Loop loop(server);
+    Client client("libtest", folder.socket());
+    EXPECT_EQ(create_vlan(client, 1), 5);
+    const RawClient greedy(folder.socket());
+    greedy.send_words({kMagic, calls::kInterfaceChecksum, 4, static_cast<uint32_t>(CallId::user_vlan_create), 0, 0, 0});
+    EXPECT_TRUE(greedy.is_closed());
+    EXPECT_EQ(create_vlan(client, 1), 5);
 }
 
 }  // namespace vdevice::remote

@@ -107,9 +107,10 @@ def count_frames(*nics):
 
 
 class Device:
-    def __init__(self, run_dir, *options):
+    def __init__(self, run_dir, *options, under=()):
+        """Under is the command line of a program that runs the daemon."""
         self.run_dir = run_dir
-        self.process = subprocess.Popen([f"{PROGRAMS}/vdeviced", "--run-dir", run_dir, *options],
+        self.process = subprocess.Popen([*under, f"{PROGRAMS}/vdeviced", "--run-dir", run_dir, *options],
                                         stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
 
     def wait_ready(self):

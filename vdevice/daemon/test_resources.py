@@ -1,0 +1,53 @@
+"""Descriptors and memory run out, and come back."""
+import contextlib
+import os
+import resource
+import socket
+import time
+
+from testing.daemon import BROADCAST, PAYLOAD, Control, station
+
+CLIENTS = 40
+
+
+def processor_seconds(device):
+    with open(f"/proc/{device.process.pid}/stat", encoding="ascii") as stat:
+        fields = stat.read().rpartition(")")[2].split()
+    return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
+
+
+def limit_descriptors(device, spare):
+    """Lets the device open so many descriptors more."""
+    opened = [int(name) for name in os.listdir(f"/proc/{device.process.pid}/fd")]
+    _, hard = resource.prlimit(device.process.pid, resource.RLIMIT_NOFILE)
+    resource.prlimit(device.process.pid, resource.RLIMIT_NOFILE, (max(opened) + 1 + spare, hard))
+
+
+def restore_descriptors(device):
+    _, hard = resource.prlimit(device.process.pid, resource.RLIMIT_NOFILE)
+    resource.prlimit(device.process.pid, resource.RLIMIT_NOFILE, (hard, hard))
+
+
+def test_it_may_open_as_many_descriptors_as_the_system_lets_it(device):
+    soft, hard = resource.prlimit(device.process.pid, resource.RLIMIT_NOFILE)
+    assert soft == hard
+
+
+def test_without_descriptors_it_waits_and_forwards(device):
+    one, two = device.nics("host1", "host2")
+    for name in ("control", "driver"):
+        with contextlib.ExitStack() as clients:
+            limit_descriptors(device, CLIENTS // 4)
+            for _ in range(CLIENTS):
+                client = clients.enter_context(socket.socket(socket.AF_UNIX))
+                client.connect(f"{device.run_dir}/{name}")
+            time.sleep(0.2)
+            before, begin = processor_seconds(device), time.monotonic()
+            time.sleep(1.5)
+            spent = processor_seconds(device) - before
+            assert spent < (time.monotonic() - begin) / 4, "it goes round and round"
+            one.send(BROADCAST + station(1) + PAYLOAD)
+            assert two.receive() == BROADCAST + station(1) + PAYLOAD
+        restore_descriptors(device)
+        assert device.ask("version")["user_ports"] == 4
+        assert device.call("enable", 24, 1) == "0"
