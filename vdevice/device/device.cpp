@@ -4,8 +4,6 @@
 #include <sys/epoll.h>
 #include <sys/timerfd.h>
 
-#include <algorithm>
-
 #include "vdevice/io/error.h"
 
 namespace vdevice {
@@ -140,10 +138,7 @@ void Device::receive_from(Wire &wire) {
     const io::WallTime wall_now = std::chrono::system_clock::now();
     send_together([&] {
         wire.socket.receive(batch_, [&](chip::Bytes frame, io::WallTime arrival) {
-            // The wall's clock may be set at any time.
-            const chip::Time time = received - (wall_now - arrival);
-            wire.last_arrival = std::clamp(time, wire.last_arrival, received);
-            chip_.receive(wire.last_arrival, wire.chip_port, frame);
+            chip_.receive(wire.in_order(received - (wall_now - arrival), received), wire.chip_port, frame);
         });
         chip_.depart(received);
     });

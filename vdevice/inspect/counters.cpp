@@ -70,8 +70,9 @@ std::string show_counters(const json &answer) {
 }
 
 constexpr Filter kCounterFilters[] = {kByPort, kNonzero};
-constexpr const char *kCounterCounts[] = {"rx_frames",   "rx_octets", "tx_frames", "tx_octets",
-                                          "tx_too_long", "rx_lost",   "tx_lost",   "drops"};
+constexpr const char *kCounterCounts[] = {"rx_frames",   "rx_octets",  "tx_frames",  "tx_octets",
+                                          "tx_too_long", "tx_no_room", "tx_flushed", "tx_mirror_down",
+                                          "rx_lost",     "tx_lost",    "drops"};
 
 }  // namespace
 

@@ -37,6 +37,9 @@ constexpr PortMetric kPortMetrics[] = {
      [](const chip::Port &port, const Wire &) { return port.counters.tx_octets; }},
     {"adp_port_transmit_too_long_frames_total", kCounterType, "Frames not sent because they are too long for the port.",
      [](const chip::Port &port, const Wire &) { return port.counters.tx_too_long; }},
+    {"adp_port_transmit_mirror_down_frames_total", kCounterType,
+     "Copies of a mirror not sent because the port is down.",
+     [](const chip::Port &port, const Wire &) { return port.counters.tx_mirror_down; }},
     {"adp_port_receive_lost_frames_total", kCounterType, "Frames lost before the chip, for lack of room.",
      [](const chip::Port &, const Wire &wire) { return wire.socket.receive_losses(); }},
     {"adp_port_transmit_lost_frames_total", kCounterType, "Frames that the interface did not take.",
@@ -112,21 +115,26 @@ void add_ports(json &families, const Device &device) {
 void add_drops(json &families, const Device &device) {
     json drops = json::array();
     json queue_drops = json::array();
+    json flushed = json::array();
     for (const int port : wired_ports(device)) {
         const std::string name = port_name(user_number(device, port));
         for (size_t reason = 0; reason < chip::kDropReasons; ++reason) {
             drops.push_back(sample({{"port", name}, {"reason", chip::name(static_cast<chip::Drop>(reason))}},
                                    device.chip().port(port).counters.drops[reason]));
         }
+        const chip::PortQueues &queues = device.chip().queues().port(port);
+        flushed.push_back(sample({{"port", name}}, queues.flushed()));
         for (size_t queue = 0; queue < chip::kQueues; ++queue) {
-            queue_drops.push_back(sample({{"port", name}, {"queue", std::to_string(queue)}},
-                                         device.chip().queues().port(port).counters(queue).drops));
+            queue_drops.push_back(
+                sample({{"port", name}, {"queue", std::to_string(queue)}}, queues.counters(queue).drops));
         }
     }
     families.push_back(family("adp_port_dropped_frames_total", kCounterType,
                               "Frames dropped, by the port that they came in on.", std::move(drops)));
     families.push_back(family("adp_port_queue_dropped_frames_total", kCounterType,
                               "Frames dropped for lack of room in an egress queue.", std::move(queue_drops)));
+    families.push_back(family("adp_port_flushed_frames_total", kCounterType,
+                              "Frames that waited in the egress queues when the port went down.", std::move(flushed)));
 }
 
 void add_tables(json &families, const Switch &chip) {

@@ -34,11 +34,10 @@ void Egress::transmit(int port, const Frame &frame, Dispatch dispatch) {
     const size_t queue = tables_.queue_map.queue_of(port, dispatch.priority);
     // The chip's own tags may make a frame of full length longer; only the limit without jumbo frames is a port's own.
     if (!settings.jumbo && frame.size() > kMaxPlainFrameBytes) {
-        ++settings.counters.tx_too_long;
-        tell_lost(port, frame, dispatch, Lost::kTooLong);
+        lose(port, frame, dispatch, Lost::kTooLong);
     } else if (tables_.queues.holds(port) && settings.loopback == 0) {
         if (!tables_.queues.put(now_, port, queue, frame, dispatch)) {
-            tell_lost(port, frame, dispatch, Lost::kNoRoom);
+            lose(port, frame, dispatch, Lost::kNoRoom);
         }
     } else {
         tables_.queues.pass(port, queue, frame.size());
@@ -68,7 +67,7 @@ void Egress::leave(int port, const Frame &frame, Dispatch dispatch) {
 void Egress::loop_back(int port, const Frame &frame, Dispatch dispatch) {
     if (looped_.size() >= kMaxLooped) {
         tables_.count_drop(port, Drop::kLoopback);
-        return tell_lost(port, frame, dispatch, Lost::kLoopback);
+        return lose(port, frame, dispatch, Lost::kLoopback);
     }
     std::vector<uint8_t> octets(frame.size());
     frame.copy_to(octets.data());
@@ -82,8 +81,7 @@ void Egress::send_to_mirror(int port, const Frame &frame, uint32_t priority) {
     if (tables_.up.has(port)) {
         transmit(port, frame, dispatch);
     } else {
-        ++tables_.port(port).counters.tx_mirror_down;
-        tell_lost(port, frame, dispatch, Lost::kMirrorDown);
+        lose(port, frame, dispatch, Lost::kMirrorDown);
     }
 }
 
@@ -110,12 +108,19 @@ void Egress::flush_unsent(int port) {
         return;
     }
     tables_.queues.port(port).for_each_waiting(
-        [&](const QueuedFrame &frame) { tell_lost(port, split_frame(frame.octets), frame.dispatch, Lost::kFlushed); });
+        [&](const QueuedFrame &frame) { lose(port, split_frame(frame.octets), frame.dispatch, Lost::kFlushed); });
     tables_.queues.flush(port);
     announce_departure();
 }
 
-void Egress::tell_lost(int port, const Frame &frame, Dispatch dispatch, Lost reason) {
+/** The other reasons are counted where they arise. */
+void Egress::lose(int port, const Frame &frame, Dispatch dispatch, Lost reason) {
+    PortCounters &counters = tables_.port(port).counters;
+    if (reason == Lost::kTooLong) {
+        ++counters.tx_too_long;
+    } else if (reason == Lost::kMirrorDown) {
+        ++counters.tx_mirror_down;
+    }
     if (watcher_ != nullptr) {
         watcher_->lost(port, frame, dispatch, reason);
     }

@@ -69,7 +69,7 @@ class Egress {
     void leave(int port, const Frame &frame, Dispatch dispatch);
     void loop_back(int port, const Frame &frame, Dispatch dispatch);
     void send_to_mirror(int port, const Frame &frame, uint32_t priority);
-    void tell_lost(int port, const Frame &frame, Dispatch dispatch, Lost reason);
+    void lose(int port, const Frame &frame, Dispatch dispatch, Lost reason);
 
     Tables &tables_;
     Sink &sink_;

@@ -68,11 +68,11 @@ class Phy {
 
     uint32_t max_speed_;
     uint32_t speed_;
+    uint32_t abilities_;
+    Crossover crossover_ = Crossover::kAutomatic;
     bool full_duplex_ = true;
     bool autoneg_ = true;
-    uint32_t abilities_;
     bool pause_ = false;
-    Crossover crossover_ = Crossover::kAutomatic;
 };
 
 }  // namespace vdevice::chip

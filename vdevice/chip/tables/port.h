@@ -89,6 +89,7 @@ struct PortCounters {
     uint64_t dropped(Drop reason) const { return drops[static_cast<size_t>(reason)]; }
 };
 
+/** On the host it has 1024 octets, so that it is found by a shift: that happens several times for each frame. */
 struct Port {
     static constexpr uint32_t kLoopbackModes = 3; /**< none, in the port's MAC, at its line side */
     static constexpr size_t kVlanControls = 32;
@@ -96,10 +97,10 @@ struct Port {
     bool enabled = true;   /**< administrative state */
     bool link = false;     /**< the far end is there, whatever the administrative state */
     bool cable = false;    /**< a cable is plugged in */
-    uint32_t loopback = 0; /**< not 0: frames that would leave are received again */
     bool jumbo = true;     /**< takes and sends frames of more than kMaxPlainFrameBytes */
-    bool eee = false;      /**< energy-efficient Ethernet */
+    uint32_t loopback = 0; /**< not 0: frames that would leave are received again */
     Phy phy;
+    bool eee = false; /**< energy-efficient Ethernet */
     LearnMode learning = kNormalLearning;
     PortSet egress = kAllPorts;     /**< where frames from this port may go */
     Vid pvid = kMinVid;             /**< VLAN of untagged and priority-tagged frames */
