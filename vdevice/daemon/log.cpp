@@ -30,6 +30,7 @@ bool send_to_journal(const Note &note) {
         entries.push_back(std::string{"VDEVICE_"} + name + "=" + value);
     }
     std::vector<iovec> parts;
+    parts.reserve(entries.size());
     for (std::string &entry : entries) {
         parts.push_back({entry.data(), entry.size()});
     }

@@ -11,10 +11,11 @@ ERRORS = 99
 VALGRIND = ("valgrind", "--leak-check=full", "--errors-for-leak-kinds=definite", "--show-leak-kinds=definite",
             f"--error-exitcode={ERRORS}", "--child-silent-after-fork=yes")  # fmt: skip
 SLOWDOWN = 6
-CALLS = [("add-address", 5, 24), ("enable", 24, 1), ("meter", 1, 5), ("rule", 768, 23, 53, 0, 5), ("destroy-rule", 768),
-         ("group-vlan", 7), ("storm-limit", 23, 1, 100), ("send-event", 3, 1), ("receive-event", 3), ("trunk", 1)]  # fmt: skip
-ODD_REQUESTS = (b"\n", b"{\n", b'{"command": 3}\n', b'{"command": "none"}\n', b'{"x":' + b"[" * 5000 + b"\n", b"\xff\xfe\n",
-                b'{"command": "pull", "port": "x"}\n')  # fmt: skip
+CALLS = [("add-address", 5, 24), ("enable", 24, 1), ("meter", 1, 5), ("rule", 768, 23, 53, 0, 5),
+         ("destroy-rule", 768), ("group-vlan", 7), ("storm-limit", 23, 1, 100), ("send-event", 3, 1),
+         ("receive-event", 3), ("trunk", 1)]  # fmt: skip
+ODD_REQUESTS = (b"\n", b"{\n", b'{"command": 3}\n', b'{"command": "none"}\n', b'{"x":' + b"[" * 5000 + b"\n",
+                b"\xff\xfe\n", b'{"command": "pull", "port": "x"}\n')  # fmt: skip
 
 
 def send_frames(device):

@@ -126,7 +126,8 @@ def frames_pass(device):
 
 
 @pytest.mark.parametrize("is_flooded", [False, True])
-@pytest.mark.parametrize("change", [make_it_anew, let_another_take_its_name, swap_the_names_of_two, send_it_round, nothing])
+@pytest.mark.parametrize(
+    "change", [make_it_anew, let_another_take_its_name, swap_the_names_of_two, send_it_round, nothing])  # fmt: skip
 def test_a_port_is_on_the_interface_that_has_its_name(start, change, is_flooded):
     device = start("--create-interfaces", *BOARD)
     device.wait_ready()

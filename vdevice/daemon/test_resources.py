@@ -3,6 +3,7 @@ import contextlib
 import os
 import resource
 import socket
+import subprocess
 import time
 
 from testing.daemon import BROADCAST, PAYLOAD, Control, station
@@ -51,3 +52,20 @@ def test_without_descriptors_it_waits_and_forwards(device):
         restore_descriptors(device)
         assert device.ask("version")["user_ports"] == 4
         assert device.call("enable", 24, 1) == "0"
+
+
+def test_a_program_that_is_one_too_many_is_told_the_limit(device):
+    most_clients = 1024
+    soft, hard = resource.getrlimit(resource.RLIMIT_NOFILE)
+    resource.setrlimit(resource.RLIMIT_NOFILE, (hard, hard))
+    try:
+        with contextlib.ExitStack() as clients:
+            for _ in range(most_clients):
+                client = clients.enter_context(socket.socket(socket.AF_UNIX))
+                client.connect(f"{device.run_dir}/driver")
+            said = subprocess.run(**device.calling("enable", 24, 1), capture_output=True, check=False)
+            assert said.stdout.strip() == "-1"
+            assert str(most_clients) in said.stderr
+    finally:
+        resource.setrlimit(resource.RLIMIT_NOFILE, (soft, hard))
+    assert device.call("enable", 24, 1) == "0"
