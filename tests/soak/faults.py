@@ -13,7 +13,7 @@ import time
 
 from adp.lab import LabError
 from adp.lab.device import host_interface
-from adp.lab.frames import ETHERTYPE_EXPERIMENT, ethernet
+from adp.lab.frames import ETHERTYPE_EXPERIMENT, ethernet, vlan_tag
 from adp.lab.nic import Nic
 from adp.lab.process import poll_until
 from health import descriptors
@@ -27,6 +27,7 @@ MOST_LOAD = 0.5
 SPARE_PORT = 24
 FLAPS = 300
 STATION, NOBODY = bytes.fromhex("02adfffffff0"), bytes.fromhex("02adfffffff1")
+MISSING_VLAN = 4000  # or the frame would reach hosts of a device that has just been switched on
 KILL_SECONDS = 0.05
 
 
@@ -125,7 +126,7 @@ def unseen_links(fabric, side, _random):
     with contextlib.closing(Nic(device.namespace, host)) as nic:
 
         def has_passed():
-            nic.send(ethernet(NOBODY, STATION, ETHERTYPE_EXPERIMENT, b"".ljust(46, b".")))
+            nic.send(ethernet(NOBODY, STATION, ETHERTYPE_EXPERIMENT, b"".ljust(46, b"."), vlan_tag(MISSING_VLAN)))
             row = next(row for row in device.ask("counters")["counters"] if row["port"] == SPARE_PORT)
             return row["rx_frames"] > spare.setdefault("before", row["rx_frames"])
 
