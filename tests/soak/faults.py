@@ -20,11 +20,12 @@ from health import descriptors
 
 SECONDS = 1.0
 CLIENTS = 40
-LARGE_ANSWERS = ("macs", "log", "fields", "queues")
+ANSWERS = ("macs", "log", "fields", "queues", "watch")
 REFUSAL_SECONDS = 10.0
 # Of a processor, while a device without descriptors waits.
 MOST_LOAD = 0.5
-SPARE_PORT = 24
+# Of each device: without a host, a cable to the other device or a manager.
+SPARE_PORTS = (14, 4)
 FLAPS = 300
 STATION, NOBODY = bytes.fromhex("02adfffffff0"), bytes.fromhex("02adfffffff1")
 MISSING_VLAN = 4000  # or the frame would reach hosts of a device that has just been switched on
@@ -66,7 +67,7 @@ def control_storm(fabric, side, random):
     with connections(device, "control", CLIENTS) as clients:
         until = time.monotonic() + SECONDS
         while time.monotonic() < until:
-            send_all(clients, json.dumps({"command": random.choice(LARGE_ANSWERS)}).encode() + b"\n")
+            send_all(clients, json.dumps({"command": random.choice(ANSWERS)}).encode() + b"\n")
             time.sleep(SECONDS / 100)
 
 
@@ -116,19 +117,20 @@ def no_descriptors(fabric, side, _random):
 def unseen_links(fabric, side, _random):
     """While the daemon stands still, more links change than it is told of, and a port's interface is made anew."""
     device = fabric.device(side)
-    port, host = f"port{SPARE_PORT}", host_interface(SPARE_PORT)
+    spare = SPARE_PORTS[side]
+    port, host = f"port{spare}", host_interface(spare)
     flap = [f"link set {host} {state}" for _ in range(FLAPS) for state in ("up", "down")]
     with device.standing_still():
         device.namespace.ip(*flap, f"link delete {port}", f"link add {port} type veth peer name {host}",
                             f"link set {host} up", *flap, f"link set {host} up")  # fmt: skip
-    spare = {}
-    poll_until(lambda: device.links() >= {SPARE_PORT}, REFUSAL_SECONDS, f"A link on {port} of the {device.name}")
+    before = {}
+    poll_until(lambda: device.links() >= {spare}, REFUSAL_SECONDS, f"A link on {port} of the {device.name}")
     with contextlib.closing(Nic(device.namespace, host)) as nic:
 
         def has_passed():
             nic.send(ethernet(NOBODY, STATION, ETHERTYPE_EXPERIMENT, b"".ljust(46, b"."), vlan_tag(MISSING_VLAN)))
-            row = next(row for row in device.ask("counters")["counters"] if row["port"] == SPARE_PORT)
-            return row["rx_frames"] > spare.setdefault("before", row["rx_frames"])
+            row = next(row for row in device.ask("counters")["counters"] if row["port"] == spare)
+            return row["rx_frames"] > before.setdefault("frames", row["rx_frames"])
 
         poll_until(has_passed, REFUSAL_SECONDS, f"A frame through {port} of the {device.name}, which was made anew")
 
