@@ -37,6 +37,7 @@ constexpr size_t kTurn = 128;
 constexpr size_t kBatch = 64;
 constexpr int kBufferBytes = 4 * 1024 * 1024;
 constexpr int kEventsAtOnce = 64;
+constexpr uint32_t kCableMark = 1;  // the namespace is the program's own
 
 void check(bool done, const std::string &what) {
     if (!done) {
@@ -201,7 +202,7 @@ void run(size_t user_ports) {
     for (size_t port = 1; port <= user_ports; ++port) {
         pairs.push_back({"port" + std::to_string(port), "host" + std::to_string(port)});
     }
-    const vdevice::io::Cables cables{pairs};
+    const vdevice::io::Cables cables{pairs, kCableMark};
     const UniqueFd loop{epoll_create1(EPOLL_CLOEXEC)};
     const UniqueFd end = end_signal();
     Ports ports;

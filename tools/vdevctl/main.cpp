@@ -2,11 +2,13 @@
 // matter: it reads their arguments and options, makes their text and lists them for the help.
 #include <argp.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <system_error>
 #include <thread>
 
 #include "text/printable.h"
@@ -55,6 +57,9 @@ std::string versions(const std::string &run_dir) {
 
 json reading_in(const std::string &file) {
     std::ifstream stream(file);
+    if (!stream) {
+        throw std::runtime_error{"cannot read " + file + ": " + std::generic_category().message(errno) + "."};
+    }
     json reading = json::parse(stream, nullptr, false);
     if (!reading.is_object()) {
         throw std::runtime_error{"cannot compare with " + file + ": it is not a reading that --json printed."};

@@ -126,6 +126,7 @@ def test_counts_have_rates_and_differences(device, tmp_path):
     for time in ("0", "x", "1h", "-1s"):
         assert "--rate takes a time" in device.control("counters", "--rate", time).stderr
     assert "cannot compare with" in device.control("counters", "--since", "/dev/null").stderr
+    assert "cannot read /nowhere: No such file" in device.control("counters", "--since", "/nowhere").stderr
 
 
 def test_counts_are_cleared(device):
