@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "vdevice/chip/frame/status.h"
 #include "vdevice/io/error.h"
 #include "vdevice/io/receive_ring.h"
 
@@ -41,8 +42,9 @@ std::vector<std::string> apply(const Configuration &configuration, DriverCalls &
     std::vector<std::string> refusals;
     for (const Step &step : configuration.steps) {
         if (const int32_t result = step.call(calls); result != 0) {
-            refusals.push_back(step.place + ": the device refuses " + step.what + " with " + std::to_string(result) +
-                               ".");
+            const chip::StatusEntry &why = chip::describe(static_cast<chip::Status>(result));
+            refusals.push_back(step.place + ": the device refuses " + step.what + ": " + why.meaning + " (" + why.name +
+                               ").");
         }
     }
     return refusals;

@@ -158,9 +158,14 @@ constexpr Fault kFaults[] = {
     {"run-dir = 1\n", ":1: run-dir must be a text in quotes."},
     {"ageing-time = -1\n", ":1: ageing-time -1 is not in 0 to 1000000."},
     {"[[port]]\nspeed = 10\n", ":1: settings of ports need their 'ports'."},
-    {"[[port]]\nports = 1\nspeed = 99\n", ":3: the device refuses the speed of port 1 with -3."},
-    {"[[port]]\nports = 25\nduplex = \"half\"\n", ":3: the device refuses the duplex mode of port 25 with -3."},
-    {"[[port]]\nports = 1\npvid = 2\n", ":3: the device refuses the PVID of port 1 with -12."},
+    {"[[port]]\nports = 1\nspeed = 99\n",
+     ":3: the device refuses the speed of port 1: an argument has a value that the call gives no meaning "
+     "(bad_argument)."},
+    {"[[port]]\nports = 25\nduplex = \"half\"\n",
+     ":3: the device refuses the duplex mode of port 25: an argument has a value that the call gives no meaning "
+     "(bad_argument)."},
+    {"[[port]]\nports = 1\npvid = 2\n",
+     ":3: the device refuses the PVID of port 1: the VLAN does not exist (vlan_missing)."},
     {"[[port]]\nports = 1\nduplex = \"both\"\n", ":3: duplex must be one of \"half\", \"full\", \"auto\"."},
     {"[[port]]\nports = 1\ninterface = \"a/b\"\n",
      ":3: an interface has a name of 1 to 15 letters without blanks, '/' and ':'."},
