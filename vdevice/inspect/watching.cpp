@@ -20,27 +20,27 @@ const char *name(chip::Lost reason) {
     return kNames[static_cast<size_t>(reason)];
 }
 
-HappeningKinds kind_named(const std::string &word) {
-    for (size_t i = 0; i < kHappeningNames.size(); ++i) {
-        if (word == kHappeningNames[i]) {
+NotificationKinds kind_named(const std::string &word) {
+    for (size_t i = 0; i < kNotificationNames.size(); ++i) {
+        if (word == kNotificationNames[i]) {
             return 1U << i;
         }
     }
-    const std::string question = text::did_you_mean(word, {kHappeningNames.begin(), kHappeningNames.end()}, ", ");
+    const std::string question = text::did_you_mean(word, {kNotificationNames.begin(), kNotificationNames.end()}, ", ");
     throw Refusal{"there is nothing to watch named '" + word + "'" +
                   (question.empty()
-                       ? "; the kinds are " + joined({kHappeningNames.begin(), kHappeningNames.end()}, ", ") + "."
+                       ? "; the kinds are " + joined({kNotificationNames.begin(), kNotificationNames.end()}, ", ") + "."
                        : question)};
 }
 
 /** The kinds of a request, all of them if it names none. */
-HappeningKinds kinds_of(const json &request) {
-    HappeningKinds kinds = 0;
+NotificationKinds kinds_of(const json &request) {
+    NotificationKinds kinds = 0;
     for (const json &word : request.value("kind", json::array())) {
         kinds |= kind_named(word.get<std::string>());
     }
-    const HappeningKinds all = (1U << kHappeningNames.size()) - 1;
-    return (kinds == 0 ? all : kinds) | bit_of(HappeningKind::kMissed);
+    const NotificationKinds all = (1U << kNotificationNames.size()) - 1;
+    return (kinds == 0 ? all : kinds) | bit_of(NotificationKind::kMissed);
 }
 
 /** Says what is wrong with a request that could not be opened. */
@@ -57,7 +57,7 @@ extern constexpr Subject kWatch{"watch", "[KIND...]",
 
 namespace {
 
-std::optional<HappeningKinds> asked_kinds(const json &request) {
+std::optional<NotificationKinds> asked_kinds(const json &request) {
     try {
         return kinds_of(with_named_arguments(request, kWatch));
     } catch (const Refusal &) {
@@ -73,14 +73,14 @@ Watching::Watching(Device &device) : device_{device} {
     device_.add_link_listener([this](int port) { tell_link(port); });
 }
 
-std::shared_ptr<HappeningQueue> Watching::begin(HappeningKinds kinds, std::function<void()> wake) {
+std::shared_ptr<NotificationQueue> Watching::begin(NotificationKinds kinds, std::function<void()> wake) {
     if (queues_.empty()) {
         sums_ = {};
         addresses_ = 0;
         aged_ = device_.chip().macs().counters().aged;
         device_.set_watcher(this);
     }
-    auto queue = std::make_shared<HappeningQueue>(kinds, std::move(wake));
+    auto queue = std::make_shared<NotificationQueue>(kinds, std::move(wake));
     queues_.push_back(queue);
     return queue;
 }
@@ -106,15 +106,15 @@ Watching::Lines Watching::open(const json &request, const std::function<void()> 
         return nullptr;  // the subject says what is wrong
     }
     const bool as_text = request.value("form", json("json")) == "text";
-    const auto line_of = [as_text](const Happening &happening) {
-        return (as_text ? json{{"text", to_text(happening)}} : to_json(happening)).dump();
+    const auto line_of = [as_text](const Notification &notification) {
+        return (as_text ? json{{"text", to_text(notification)}} : to_json(notification)).dump();
     };
     return [line_of, queue = begin(*kinds, wake), has_begun = false]() mutable -> std::optional<std::string> {
         if (!std::exchange(has_begun, true)) {
             return json{{"watching", true}}.dump();
         }
-        const auto happening = queue->take();
-        return happening ? std::optional{line_of(*happening)} : std::nullopt;
+        const auto notification = queue->take();
+        return notification ? std::optional{line_of(*notification)} : std::nullopt;
     };
 }
 
@@ -134,24 +134,24 @@ void Watching::lost(int port, const chip::Frame & /*copy*/, const chip::Dispatch
     ++sums_[static_cast<size_t>(port)].lost[static_cast<size_t>(reason)];
 }
 
-void Watching::tell(const Happening &happening) {
+void Watching::tell(const Notification &notification) {
     for (const auto &queue : queues_) {
         if (const auto kept = queue.lock()) {
-            kept->put(happening);
+            kept->put(notification);
         }
     }
 }
 
 void Watching::tell_address(const chip::Passage &frame) {
     if (++addresses_ <= kMaxAddresses) {
-        tell({device_.now(), HappeningKind::kLearning, frame.learned == chip::Learned::kNew ? "learned" : "moved",
+        tell({device_.now(), NotificationKind::kLearning, frame.learned == chip::Learned::kNew ? "learned" : "moved",
               user_number(device_, frame.ingress), frame.vid(), frame.header.source, 0});
     }
 }
 
 void Watching::tell_link(int port) {
     tell({device_.now(),
-          HappeningKind::kLinks,
+          NotificationKind::kLinks,
           device_.chip().port(port).is_up() ? "up" : "down",
           user_number(device_, port),
           0,
@@ -159,7 +159,7 @@ void Watching::tell_link(int port) {
           0});
 }
 
-void Watching::tell_count(HappeningKind kind, int port, const char *what, uint64_t count) {
+void Watching::tell_count(NotificationKind kind, int port, const char *what, uint64_t count) {
     if (count != 0) {
         tell({device_.now(), kind, what, port, 0, {}, count});
     }
@@ -167,9 +167,9 @@ void Watching::tell_count(HappeningKind kind, int port, const char *what, uint64
 
 void Watching::tell_sums() {
     const uint64_t aged = device_.chip().macs().counters().aged;
-    tell_count(HappeningKind::kAgeing, 0, "", aged - std::min(aged, aged_));
+    tell_count(NotificationKind::kAgeing, 0, "", aged - std::min(aged, aged_));
     aged_ = aged;
-    tell_count(HappeningKind::kLearning, 0, "", addresses_ - std::min(addresses_, kMaxAddresses));
+    tell_count(NotificationKind::kLearning, 0, "", addresses_ - std::min(addresses_, kMaxAddresses));
     addresses_ = 0;
     for (const int port : wired_ports(device_)) {
         tell_sums_of(user_number(device_, port), sums_[static_cast<size_t>(port)]);
@@ -179,12 +179,12 @@ void Watching::tell_sums() {
 
 void Watching::tell_sums_of(int port, const Sums &sums) {
     for (size_t reason = 0; reason < sums.drops.size(); ++reason) {
-        tell_count(HappeningKind::kDrops, port, chip::name(static_cast<chip::Drop>(reason)), sums.drops[reason]);
+        tell_count(NotificationKind::kDrops, port, chip::name(static_cast<chip::Drop>(reason)), sums.drops[reason]);
     }
     for (size_t reason = 0; reason < sums.lost.size(); ++reason) {
-        tell_count(HappeningKind::kDrops, port, name(static_cast<chip::Lost>(reason)), sums.lost[reason]);
+        tell_count(NotificationKind::kDrops, port, name(static_cast<chip::Lost>(reason)), sums.lost[reason]);
     }
-    tell_count(HappeningKind::kFull, port, "", sums.no_room);
+    tell_count(NotificationKind::kFull, port, "", sums.no_room);
 }
 
 }  // namespace vdevice::inspect

@@ -10,7 +10,7 @@
 
 #include "vdevice/chip/pipeline/watcher.h"
 #include "vdevice/device/device.h"
-#include "vdevice/inspect/happening.h"
+#include "vdevice/inspect/notification.h"
 
 namespace vdevice::inspect {
 
@@ -41,18 +41,18 @@ class Watching final : private chip::Watcher {
         uint64_t no_room = 0;
     };
 
-    std::shared_ptr<HappeningQueue> begin(HappeningKinds kinds, std::function<void()> wake);
+    std::shared_ptr<NotificationQueue> begin(NotificationKinds kinds, std::function<void()> wake);
     void passed(const chip::Passage &frame) override;
     void lost(int port, const chip::Frame &copy, const chip::Dispatch &dispatch, chip::Lost reason) override;
-    void tell(const Happening &happening);
+    void tell(const Notification &notification);
     void tell_address(const chip::Passage &frame);
     void tell_link(int port);
     void tell_sums();
     void tell_sums_of(int port, const Sums &sums);
-    void tell_count(HappeningKind kind, int port, const char *what, uint64_t count);
+    void tell_count(NotificationKind kind, int port, const char *what, uint64_t count);
 
     Device &device_;
-    std::vector<std::weak_ptr<HappeningQueue>> queues_;
+    std::vector<std::weak_ptr<NotificationQueue>> queues_;
     std::array<Sums, chip::kChipPorts> sums_{};
     uint64_t addresses_ = 0; /**< in this second */
     uint64_t aged_ = 0;      /**< up to the last second */

@@ -13,7 +13,7 @@
 
 namespace vdevice::inspect {
 
-enum class HappeningKind : uint8_t {
+enum class NotificationKind : uint8_t {
     kLinks,    /**< a port's link has come or gone */
     kLearning, /**< an address was learned or has moved; of very many in a second, how many more */
     kAgeing,   /**< addresses were removed because they were not seen: how many in a second */
@@ -23,18 +23,18 @@ enum class HappeningKind : uint8_t {
 };
 
 /** The names of the kinds that can be asked for, in their order. */
-constexpr std::array<const char *, 5> kHappeningNames = {"links", "learning", "ageing", "drops", "full"};
+constexpr std::array<const char *, 5> kNotificationNames = {"links", "learning", "ageing", "drops", "full"};
 
 /** A set of kinds, bit by bit. */
-using HappeningKinds = uint32_t;
+using NotificationKinds = uint32_t;
 
-constexpr HappeningKinds bit_of(HappeningKind kind) {
+constexpr NotificationKinds bit_of(NotificationKind kind) {
     return 1U << static_cast<unsigned>(kind);
 }
 
-struct Happening {
+struct Notification {
     chip::Time time{};
-    HappeningKind kind{};
+    NotificationKind kind{};
     const char *what = ""; /**< "up", "learned", or the reason of a drop */
     int port = 0;          /**< a user port, or 0 */
     chip::Vid vid = 0;
@@ -42,25 +42,25 @@ struct Happening {
     uint64_t count = 0;
 };
 
-nlohmann::json to_json(const Happening &happening);
-std::string to_text(const Happening &happening);
+nlohmann::json to_json(const Notification &notification);
+std::string to_text(const Notification &notification);
 
 /** What one watcher has not taken yet. It is bounded: who is too slow is told how much it missed. */
-class HappeningQueue {
+class NotificationQueue {
   public:
     static constexpr size_t kMost = 1024;
 
     /** @p wake is called when the queue is no longer empty. */
-    HappeningQueue(HappeningKinds kinds, std::function<void()> wake) : kinds_{kinds}, wake_{std::move(wake)} {}
+    NotificationQueue(NotificationKinds kinds, std::function<void()> wake) : kinds_{kinds}, wake_{std::move(wake)} {}
 
     /** Drops what the watcher has not asked for. */
-    void put(const Happening &happening);
-    std::optional<Happening> take();
+    void put(const Notification &notification);
+    std::optional<Notification> take();
 
   private:
-    HappeningKinds kinds_;
+    NotificationKinds kinds_;
     std::function<void()> wake_;
-    std::deque<Happening> waiting_;
+    std::deque<Notification> waiting_;
     uint64_t missed_ = 0; /**< behind those that wait */
     chip::Time last_{};
 };
