@@ -14,7 +14,7 @@ from health import Holdings
 from adp.lab import Build, LabError
 from adp.lab.shell import Shell
 from power import DOWN, RISING, UP, cycle, phase
-from settings import OK, check
+from settings import OK, check, failure
 
 # Between two calls, so that managers leave processor time for the frames.
 PAUSE_SECONDS = 0.002

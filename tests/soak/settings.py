@@ -31,6 +31,11 @@ def listed(ports):
     return "{" + ",".join(map(str, sorted(ports))) + "}"
 
 
+def failure(answer):
+    """What a call that failed has said."""
+    return f"status {answer['result']} {answer['meaning'] or ''} {answer['printed']['stderr']}".strip()
+
+
 class Step:
     """A call that changes a setting: its expected result, and the new value."""
 
@@ -102,7 +107,7 @@ class Register(Setting):
 
     def value_of(self, answer):
         if answer["result"] != OK:
-            return f"status {answer['result']}"
+            return failure(answer)
         return tuple(answer["outputs"][name] for name in self._outputs)
 
     def step(self, random):
@@ -115,7 +120,7 @@ class PortSet(Register):
 
     def value_of(self, answer):
         if answer["result"] != OK:
-            return f"status {answer['result']}"
+            return failure(answer)
         return (word(bits(answer["outputs"][self._outputs[0]])),)
 
 
@@ -131,7 +136,7 @@ class Vlan(Setting):
         if answer["result"] == VLAN_MISSING:
             return None
         if answer["result"] != OK:
-            return f"status {answer['result']}"
+            return failure(answer)
         return tuple(bits(answer["outputs"][name]) for name in ("members", "untagged"))
 
     def step(self, random):
@@ -155,7 +160,7 @@ class Address(Setting):
     def value_of(self, answer):
         if answer["result"] == MAC_MISSING:
             return None
-        return answer["outputs"]["entry"]["port"] if answer["result"] == OK else f"status {answer['result']}"
+        return answer["outputs"]["entry"]["port"] if answer["result"] == OK else failure(answer)
 
     def step(self, random):
         if self.value() is not None and random.random() < 0.4:

@@ -212,7 +212,7 @@ class Soak:
         stations.await_flow("Before an overload")
         stations.pause()
         before = Reading(self._fabric)
-        with device.standing_still():
+        with device.standing_still(STILL_SECONDS):
             stations.flood(OVERLOAD_FRAMES)
             time.sleep(STILL_SECONDS)
         stations.await_end_of_flood()

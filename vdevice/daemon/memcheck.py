@@ -34,12 +34,21 @@ def make_calls(device):
     assert device.call("enable", 24, 1) == "0"
 
 
+def watch(device):
+    """A client that is told what happens, and leaves in the middle of it."""
+    control = Control(device)
+    control.say(b'{"command": "watch"}\n')
+    assert control.hear() == {"watching": True}
+    send_frames(device)
+    assert control.hear()["kind"] in ("learning", "links", "drops")
+
+
 def ask_everything(device):
     control = Control(device)
     for form in ("json", "text"):
         control.say(b'{"command": "help"}\n')
         for subject in control.hear()["subjects"]:
-            if not subject["arguments"] or subject["arguments"].startswith("["):
+            if subject["name"] != "watch" and (not subject["arguments"] or subject["arguments"].startswith("[")):
                 control.say(f'{{"command": "{subject["name"]}", "form": "{form}"}}\n'.encode())
                 answer = control.hear()
                 assert "error" not in answer, answer
@@ -79,7 +88,7 @@ def test_no_error_and_no_leak_from_start_to_end(start, tmp_path):
     report = tmp_path / "report"
     device = start("--create-interfaces", *BOARD, under=[*VALGRIND, f"--log-file={report}"])
     device.wait_ready()
-    for work in (send_frames, make_calls, ask_everything, storm, flap, send_frames):
+    for work in (send_frames, make_calls, ask_everything, storm, flap, watch, send_frames):
         work(device)
     device.process.send_signal(signal.SIGTERM)
     _, errors = device.process.communicate(timeout=SLOWDOWN * DEADLINE)

@@ -8,6 +8,7 @@ import signal
 import socket
 import subprocess
 import tempfile
+import threading
 
 from .builds import ROOT
 from .netns import NetNamespace
@@ -95,12 +96,16 @@ class Device:
         self._daemon.send_signal(signal.SIGSTOP)
 
     @contextlib.contextmanager
-    def standing_still(self):
-        """The daemon is stopped, and goes on afterwards."""
+    def standing_still(self, seconds):
+        """The daemon is stopped, for no longer than so many seconds."""
         self._daemon.send_signal(signal.SIGSTOP)
+        end = threading.Timer(seconds, self._daemon.send_signal, [signal.SIGCONT])
+        end.start()
         try:
             yield
         finally:
+            end.cancel()
+            end.join()
             self._daemon.send_signal(signal.SIGCONT)
 
     def crash(self):
