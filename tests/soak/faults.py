@@ -26,7 +26,8 @@ REFUSAL_SECONDS = 10.0
 MOST_LOAD = 0.5
 # Of each device: without a host, a cable to the other device or a manager.
 SPARE_PORTS = (14, 4)
-FLAPS = 300
+# Calls wait no longer than five seconds.
+FLAPS, STILL_SECONDS = 25, 2.0
 STATION, NOBODY = bytes.fromhex("02adfffffff0"), bytes.fromhex("02adfffffff1")
 MISSING_VLAN = 4000  # or the frame would reach hosts of a device that has just been switched on
 KILL_SECONDS = 0.05
@@ -121,8 +122,11 @@ def unseen_links(fabric, side, _random):
     port, host = f"port{spare}", host_interface(spare)
     flap = [f"link set {host} {state}" for _ in range(FLAPS) for state in ("up", "down")]
     with device.standing_still():
-        device.namespace.ip(*flap, f"link delete {port}", f"link add {port} type veth peer name {host}",
-                            f"link set {host} up", *flap, f"link set {host} up")  # fmt: skip
+        until = time.monotonic() + STILL_SECONDS
+        device.namespace.ip(f"link delete {port}", f"link add {port} type veth peer name {host}")
+        while time.monotonic() < until:
+            device.namespace.ip(*flap)
+        device.namespace.ip(f"link set {host} up")
     before = {}
     poll_until(lambda: device.links() >= {spare}, REFUSAL_SECONDS, f"A link on {port} of the {device.name}")
     with contextlib.closing(Nic(device.namespace, host)) as nic:

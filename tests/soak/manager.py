@@ -163,7 +163,7 @@ class Manager(threading.Thread):
             self._check_lost(step.line, answer, setting.lost_write)
         if steady and answer["result"] != step.result:
             raise LabError(f"'{step.line}' answers {answer['result']}, and not {step.result}; {setting.name} was "
-                           f"{setting.value()!r}.")  # fmt: skip
+                           f"{setting.value()!r}. {answer['printed']['stderr']}")  # fmt: skip
         if steady:
             setting.settle(step.value)
 
