@@ -121,8 +121,8 @@ def unseen_links(fabric, side, _random):
     spare = SPARE_PORTS[side]
     port, host = f"port{spare}", host_interface(spare)
     flap = [f"link set {host} {state}" for _ in range(FLAPS) for state in ("up", "down")]
-    with device.standing_still():
-        until = time.monotonic() + STILL_SECONDS
+    with device.standing_still(STILL_SECONDS):
+        until = time.monotonic() + STILL_SECONDS / 2
         device.namespace.ip(f"link delete {port}", f"link add {port} type veth peer name {host}")
         while time.monotonic() < until:
             device.namespace.ip(*flap)

@@ -162,8 +162,8 @@ class Manager(threading.Thread):
         if off:
             self._check_lost(step.line, answer, setting.lost_write)
         if steady and answer["result"] != step.result:
-            raise LabError(f"'{step.line}' answers {answer['result']}, and not {step.result}; {setting.name} was "
-                           f"{setting.value()!r}. {answer['printed']['stderr']}")  # fmt: skip
+            raise LabError(f"'{step.line}' answers {failure(answer)}, and not {step.result}; {setting.name} was "
+                           f"{setting.value()!r}.")  # fmt: skip
         if steady:
             setting.settle(step.value)
 
