@@ -11,7 +11,7 @@ from adp.lab.device import host_interface
 from fabric import CABLES, SIDES, hosts_of
 
 NET_DEVICES = "/proc/thread-self/net/dev"
-RECEIVED, SENT, SEND_DROPS = 1, 9, 11  # columns of that file: packets received, packets sent, dropped when sent
+RECEIVED, SENT, SEND_DROPS = 2, 10, 12  # columns: packets received, packets sent, dropped when sent
 
 
 class Carried(NamedTuple):
@@ -26,7 +26,7 @@ def read_carried(namespace):
     """The interfaces of a namespace by name."""
     with namespace.entered(), open(NET_DEVICES, encoding="ascii") as lines:
         rows = [line.replace(":", " ").split() for line in lines][2:]
-    return {row[0]: Carried(int(row[RECEIVED + 1]), int(row[SENT + 1]), int(row[SEND_DROPS + 1])) for row in rows}
+    return {row[0]: Carried(int(row[RECEIVED]), int(row[SENT]), int(row[SEND_DROPS])) for row in rows}
 
 
 def flat(values, path=""):
