@@ -16,7 +16,11 @@ namespace {
 
 using nlohmann::json;
 
-constexpr size_t kRecordOctets = 64;  // about what a waiting frame takes besides its octets
+/** About what a waiting frame takes. */
+constexpr size_t size_of(size_t octets) {
+    constexpr size_t kRecord = 64;
+    return kRecord + octets;
+}
 
 constexpr Filter kPort{"port", kPortList, "frames of these ports: 3 or 1-4,7 or cpu", FilterKind::kOwn, {}};
 constexpr Filter kDirection{
@@ -70,7 +74,7 @@ Lines Capturing::open(const json &request, const std::function<void()> &wake) {
         device_.add_watcher(*this);
     }
     return [this, has_begun = false,
-            capture = audience_.add({wanted, {kMostWaiting, wake}})]() mutable -> std::optional<std::string> {
+            capture = audience_.add({wanted, {kMostWaiting, wake}, {}})]() mutable -> std::optional<std::string> {
         if (!std::exchange(has_begun, true)) {
             return first_line();
         }
@@ -115,24 +119,45 @@ std::string Capturing::line_of(const Captured &captured) const {
     return object.dump();
 }
 
+void Capturing::put(Capture &capture, Captured captured) {
+    const size_t size = size_of(captured.octets.size());
+    capture.queue.put(std::move(captured), size);
+}
+
 void Capturing::tell(chip::Time time, int port, bool is_in, const char *comment, const chip::Frame &frame) {
     audience_.for_each([&](Capture &capture) {
         const Wanted &wanted = capture.wanted;
         if (!wanted.ports.has(port) || !(is_in ? wanted.in : wanted.out) || (comment != nullptr && !wanted.dropped)) {
             return;
         }
-        const size_t size = kRecordOctets + frame.size();
-        if (!capture.queue.has_room(size)) {
+        if (!capture.queue.has_room(size_of(frame.size()))) {
             return capture.queue.miss();
         }
-        std::vector<uint8_t> octets(frame.size());
-        frame.copy_to(octets.data());
-        capture.queue.put({time, port, is_in, comment, std::move(octets)}, size);
+        Captured captured{time, port, is_in, comment, std::vector<uint8_t>(frame.size())};
+        frame.copy_to(captured.octets.data());
+        if (is_on_way_) {
+            capture.copies.push_back(std::move(captured));
+        } else {
+            put(capture, std::move(captured));
+        }
     });
 }
 
+// A frame comes before its copies, though whether it is dropped is known after they were made.
+void Capturing::begun() {
+    is_on_way_ = true;
+    audience_.for_each([](Capture &capture) { capture.copies.clear(); });
+}
+
 void Capturing::passed(const chip::Passage &frame) {
+    is_on_way_ = false;
     tell(frame.now, frame.ingress, true, frame.drop ? chip::name(*frame.drop) : nullptr, {frame.received, {}});
+    audience_.for_each([](Capture &capture) {
+        for (Captured &copy : capture.copies) {
+            put(capture, std::move(copy));
+        }
+        capture.copies.clear();
+    });
 }
 
 void Capturing::left(int port, const chip::Frame &copy, const chip::Dispatch & /*dispatch*/) {

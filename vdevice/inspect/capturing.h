@@ -47,17 +47,21 @@ class Capturing final : private chip::Watcher {
     struct Capture {
         Wanted wanted;
         BoundedQueue<Captured> queue;
+        std::vector<Captured> copies; /**< of the frame on its way */
     };
 
+    void begun() override;
     void passed(const chip::Passage &frame) override;
     void left(int port, const chip::Frame &copy, const chip::Dispatch &dispatch) override;
     void lost(int port, const chip::Frame &copy, const chip::Dispatch &dispatch, chip::Lost reason) override;
     void tell(chip::Time time, int port, bool is_in, const char *comment, const chip::Frame &frame);
+    static void put(Capture &capture, Captured captured);
     std::string line_of(const Captured &captured) const;
     std::string first_line() const;
 
     Device &device_;
     Audience<Capture> audience_;
+    bool is_on_way_ = false; /**< a frame is on its way through the chip */
 };
 
 }  // namespace vdevice::inspect
