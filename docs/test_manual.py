@@ -82,6 +82,8 @@ def test_a_program_says_its_version(name):
     (["vdevctl", "--run-dir", "=", "docs", "--json", "macs", "--vl"], ["--vlan"]),
     (["vdevctl", "macs", "--non"], [""]),
     (["vdevctl", "--run-dir", "plat"], ["platform"]),
+    (["vdevctl", "capture", "CMakeL"], ["CMakeLists.txt"]),
+    (["vdevctl", "ports", "CMakeL"], [""]),
     (["adpsh", "--map", "adp_vlan_createE"], ["adp_vlan_createEx"]),
     (["adpsh", "wait"], ["wait_frame"]),
 ])

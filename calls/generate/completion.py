@@ -11,8 +11,8 @@ _{name}() {{
     {files}) mapfile -t COMPREPLY < <(compgen -f -- "$word"); return ;;
     {values}) return ;;
     esac
-    local words="{options}"
-{commands}    mapfile -t COMPREPLY < <(compgen -W "$words" -- "$word")
+    local words="{options}" files=()
+{commands}    mapfile -t COMPREPLY < <(compgen "${{files[@]}}" -W "$words" -- "$word")
 }}
 complete -o filenames -F _{name} {name}
 """
@@ -33,6 +33,15 @@ def pattern(options):
     return " | ".join(sorted(option.name for option in options)) or NOTHING
 
 
+def takes_file(command):
+    return "FILE" in command.usage
+
+
+def row(command):
+    words = " ".join(["$words", *(option.name for option in command.options)])
+    return f"    {command.name}) words=\"{words}\"{' files=(-f)' if takes_file(command) else ''} ;;\n"
+
+
 def script(program):
     options = program.options + [option for command in program.commands for option in command.options]
     valued = [option for option in options if option.argument]
@@ -41,8 +50,7 @@ def script(program):
     others = {option.name: option for option in valued if option not in folders + files}
     commands = ""
     if program.commands:
-        rows = [f"    {command.name}) words=\"$words {' '.join(option.name for option in command.options)}\" ;;\n"
-                for command in program.commands if command.options]
+        rows = [row(command) for command in program.commands if command.options or takes_file(command)]
         names = " ".join(command.name for command in program.commands if command.name[0].isalpha())
         commands = COMMANDS.format(values=pattern([*folders, *files, *others.values()]) + " | =", commands=names,
                                    rows="".join(rows))
