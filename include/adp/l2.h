@@ -75,7 +75,7 @@ adp_status_t adp_get_port_isolatestatus(adp_intf_t intf, uint32_t bitmap[2]);
  * Driver call: user_switch_control_set(control, value).
  *
  * @param control  enum adp_switch_control, or another number of the driver
- * @param value    its new value, see enum adp_switch_control
+ * @param value    its new value, see the control
  * @return 0; 102 when the driver call failed
  */
 adp_status_t adp_switch_control_set(uint32_t control, uint32_t value);
@@ -86,7 +86,7 @@ adp_status_t adp_switch_control_set(uint32_t control, uint32_t value);
  * Driver call: user_switch_control_get(control, value).
  *
  * @param control     enum adp_switch_control, or another number of the driver
- * @param[out] value  written by the driver: see enum adp_switch_control
+ * @param[out] value  written by the driver: see the control
  * @return the driver's result
  */
 adp_status_t adp_switch_control_get(uint32_t control, uint32_t *value);

@@ -287,7 +287,7 @@ enum adp_port_attr {
  *
  * @param intf      user port or aggregation interface
  * @param selector  enum adp_port_attr, 0..12
- * @param value     the attribute, see enum adp_port_attr
+ * @param value     the attribute, see the selector
  * @param mode      passed through by selector 0 with a maximum of 1000 and by selector 1: 0, or another mode of the
  *                  driver; with selector 1 mode 2 turns auto-negotiation on
  * @return 0; 101 for a selector of 13 or more, which is checked first; 201 for another interface type; 102 when a
@@ -309,7 +309,7 @@ adp_status_t adp_set_phy_port_attr(adp_intf_t intf, uint32_t selector, uint32_t 
  *
  * @param intf        user port or aggregation interface
  * @param selector    enum adp_port_attr, 0..14; 7 and 8 return 0 and leave the output as it was
- * @param[out] value  the attribute, see enum adp_port_attr; on a group selectors 11 and 14 clear it first
+ * @param[out] value  the attribute, see the selector; on a group selectors 11 and 14 clear it first
  * @return 0; 101 for a selector of 15 or more, which is checked first; 201 for another interface type; 203 for an
  *         aggregation interface with neither a management interface nor a configured member; 102 when a driver call
  *         failed; -1 for a group outside 1..8
