@@ -38,7 +38,11 @@ std::string line_of(const chip::Account &account, const Device &device, bool as_
     if (!as_text) {
         return object.dump();
     }
-    return json{{"text", with_steps ? account_text(object) : account_line(object)}}.dump();
+    // With the time and port a client finds the frame in a capture.
+    return json{{"text", with_steps ? account_text(object) : account_line(object)},
+                {"time", object["time"]},
+                {"port", object["port"]}}
+        .dump();
 }
 
 std::string line_of(const Missed &missed, bool as_text) {
@@ -49,28 +53,31 @@ std::string line_of(const Missed &missed, bool as_text) {
 }  // namespace
 
 Lines Following::open(const json &request, const std::function<void()> &wake) {
+    FrameFilter filter{device_, request};  // a request that it refuses changes nothing
+    const bool is_watching = !audience_.empty();
+    audience_.forget_absent();
     if (audience_.size() >= kMostFollowers) {
         return nullptr;
     }
-    if (audience_.empty()) {
+    if (!is_watching) {
         device_.add_watcher(*this);
     }
     const bool as_text = request.value("form", json("json")) == "text";
     const bool with_steps = request.value(kSteps.name, false);
-    return [this, as_text, with_steps, has_begun = false,
-            follower = audience_.add(
-                {FrameFilter{device_, request}, {kMostWaiting, wake}})]() mutable -> std::optional<std::string> {
-        if (!std::exchange(has_begun, true)) {
-            return json{{"following", true}}.dump();
-        }
-        const auto taken = follower->queue.take();
-        if (!taken) {
-            return std::nullopt;
-        }
-        const auto *account = std::get_if<AccountPtr>(&*taken);
-        return account == nullptr ? line_of(std::get<Missed>(*taken), as_text)
-                                  : line_of(**account, device_, as_text, with_steps);
-    };
+    return
+        [this, as_text, with_steps, has_begun = false,
+         follower = audience_.add({std::move(filter), {kMostWaiting, wake}})]() mutable -> std::optional<std::string> {
+            if (!std::exchange(has_begun, true)) {
+                return json{{"following", true}}.dump();
+            }
+            const auto taken = follower->queue.take();
+            if (!taken) {
+                return std::nullopt;
+            }
+            const auto *account = std::get_if<AccountPtr>(&*taken);
+            return account == nullptr ? line_of(std::get<Missed>(*taken), as_text)
+                                      : line_of(**account, device_, as_text, with_steps);
+        };
 }
 
 void Following::tick() {

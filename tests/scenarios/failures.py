@@ -1,0 +1,103 @@
+"""What a failed scenario tells: expected and received side by side, what became of the frames, the drops, a capture."""
+
+import re
+
+from adp.lab import Lab, LabError
+from adp.lab.builds import ROOT
+from adp.lab.recording import Recording
+from comparison import are_arrivals, comparison, differing, port_comparison
+import pytest
+
+FOLDER = ROOT / "build" / "failures"
+
+
+class Failures:
+    """A pytest plugin. Each device that runs is recorded from the beginning of each scenario."""
+
+    def __init__(self):
+        self._recordings = {}
+        self._forget()
+
+    def _forget(self):
+        self._comparison, self._astray = [], set()
+
+    @pytest.hookimpl(tryfirst=True)
+    def pytest_runtest_setup(self):
+        self._forget()
+        for lab in set(self._recordings) - set(Lab.running):
+            self._recordings.pop(lab).close()
+        for lab, recording in self._recordings.items():
+            lab.forget()
+            recording.begin()
+        self._record()
+
+    @pytest.hookimpl(tryfirst=True)
+    def pytest_runtest_call(self):
+        self._record()
+
+    def _record(self):
+        """Begins with devices that are new."""
+        for lab in Lab.running:
+            if lab not in self._recordings:
+                self._recordings[lab] = Recording(lab)
+
+    def pytest_assertrepr_compare(self, op, left, right):
+        """Both sides of an assertion about arrivals: what a helper received stands on the left."""
+        if op != "==":
+            return None
+        self._forget()
+        if is_set(left) and is_set(right) and left == last_ports():
+            self._comparison = port_comparison(set(right), set(left))
+        elif are_arrivals(left) and are_arrivals(right):
+            self._compare(right, left, "port")
+        elif is_series(left) and is_series(right) and len(left) == len(right):
+            for at, (received, expected) in enumerate(zip(left, right), 1):
+                self._compare(expected, received, f"device {at} port")
+        # The rest is a section of the report, since pytest cuts this short.
+        return ["The frames did not arrive as expected."] if self._comparison else None
+
+    def _compare(self, expected, received, place):
+        if received != expected:
+            self._comparison += comparison(expected, received, place)
+            self._astray |= {frame for _, *pair in differing(expected, received) for frame in pair if frame}
+
+    @pytest.hookimpl(hookwrapper=True)
+    def pytest_runtest_makereport(self, item):
+        outcome = yield
+        report = outcome.get_result()
+        if report.failed:
+            if self._comparison:
+                report.sections.append(("expected and received", "\n".join(self._comparison)))
+            report.sections += [
+                (f"what became of the frames: {recording.lab.device.name}", "\n".join(self._tell(recording, item.name)))
+                for recording in self._recordings.values()
+                if recording.has_frames() or len(self._recordings) == 1
+            ]
+
+    def _tell(self, recording, name):
+        markers = {lab.latest_marker for lab in self._recordings if lab.latest_marker}
+        yield from recording.report(sorted(markers), self._astray)
+        path = FOLDER / (re.sub(r"[^\w.-]+", "-", f"{name} {recording.lab.device.name}") + ".pcapng")
+        try:
+            FOLDER.mkdir(parents=True, exist_ok=True)
+            yield f"All frames: {path.relative_to(ROOT)} ({recording.save(path)})"
+        except (LabError, OSError) as problem:
+            yield f"There is no capture: {problem}"
+
+    def pytest_sessionfinish(self):
+        for recording in self._recordings.values():
+            recording.close()
+
+
+def last_ports():
+    """The ports where the frames arrived that were asked for last, if one device alone was asked."""
+    asked = [lab.latest_arrivals for lab in Lab.running if lab.latest_arrivals is not None]
+    return set(asked[0]) if len(asked) == 1 else None
+
+
+def is_set(value):
+    return isinstance(value, (set, frozenset))
+
+
+def is_series(value):
+    return isinstance(value, (list, tuple)) and value and all(map(are_arrivals, value))
