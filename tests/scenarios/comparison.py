@@ -72,8 +72,9 @@ def comparison(expected, received, place="port"):
     if len(pairs) > MOST_PAIRS:
         yield f"... and {len(pairs) - MOST_PAIRS} more frames"
     alike = sorted({*expected, *received} - {port for port, _, _ in pairs})
-    yield from (_row(f"{place} {port}", *("as received" if expected[port] == received[port] else "in another order",) * 2)
-                for port in alike)
+    for port in alike:
+        order = "as expected" if expected.get(port) == received.get(port) else "in another order"
+        yield _row(f"{place} {port}", order, order)
 
 
 def port_comparison(expected, received):

@@ -4,12 +4,14 @@ import pytest
 from adp.lab import Lab
 from adp.lab.frames import BROADCAST, ETHERTYPE_EXPERIMENT, ethernet, vlan_tag
 from packets import Packet
-from segment import VLAN, Segment
+from segment import VLAN, Segment, in_a_row
 
 from conftest import DEVICE_BUILD
 
 FROM, MEMBER, OUTSIDE = 1, 5, 7
 EMPTY_VLAN = 200
+# More frames than the device keeps accounts of.
+CROWD = 2000
 
 
 @pytest.fixture(scope="session")
@@ -52,3 +54,8 @@ def test_a_frame_arrives_with_another_field(lab, segment):
 def test_nothing_is_sent(lab, segment):
     marker = lab.marker()
     assert lab.arrivals(marker) == {MEMBER: [segment.frame(lab.mac(FROM), marker=marker)]}
+
+
+def test_a_crowd_speaks_first(lab, segment):
+    segment.crowd(MEMBER, in_a_row(CROWD))
+    assert segment.say(FROM, lab.mac(FROM)) == set()

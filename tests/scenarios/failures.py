@@ -56,6 +56,10 @@ class Failures:
         # The rest is a section of the report, since pytest cuts this short.
         return ["The frames did not arrive as expected."] if self._comparison else None
 
+    def expected_and_received(self):
+        """The latest assertion about arrivals that failed."""
+        return "\n".join(self._comparison)
+
     def _compare(self, expected, received, place):
         if received != expected:
             self._comparison += comparison(expected, received, place)
@@ -67,7 +71,7 @@ class Failures:
         report = outcome.get_result()
         if report.failed:
             if self._comparison:
-                report.sections.append(("expected and received", "\n".join(self._comparison)))
+                report.sections.append(("expected and received", self.expected_and_received()))
             report.sections += [
                 (f"what became of the frames: {recording.lab.device.name}", "\n".join(self._tell(recording, item.name)))
                 for recording in self._recordings.values()

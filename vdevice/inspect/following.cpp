@@ -46,8 +46,11 @@ std::string line_of(const chip::Account &account, const Device &device, bool as_
 }
 
 std::string line_of(const Missed &missed, bool as_text) {
-    return (as_text ? json{{"text", fmt::format("{} frames missed\n", missed.count)}} : json{{"missed", missed.count}})
-        .dump();
+    json object = {{"missed", missed.count}};
+    if (as_text) {
+        object["text"] = fmt::format("{} frames missed\n", missed.count);
+    }
+    return object.dump();
 }
 
 }  // namespace
