@@ -17,14 +17,20 @@ def are_arrivals(value):
     )
 
 
+def decoded(frame):
+    try:
+        return Ether(frame)
+    except Exception:  # a header that is cut short, or an option that is none, ends scapy in many ways
+        return Raw(frame)
+
+
 def fields_of(frame):
     """{(layer, field): (text, whether it is the usual value)} of a frame, in its order. No frame has no fields."""
     if frame is None:
         return {}
-    layers = list(Ether(frame).iterpayloads())
     names = Counter()
     fields = {}
-    for layer in layers:
+    for layer in decoded(frame).iterpayloads():
         names[layer.name] += 1
         name = layer.name + (f" {names[layer.name]}" if names[layer.name] > 1 else "")
         for field in layer.fields_desc:

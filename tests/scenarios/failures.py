@@ -2,7 +2,7 @@
 
 import re
 
-from adp.lab import Lab, LabError
+from adp.lab import Lab
 from adp.lab.builds import ROOT
 from adp.lab.recording import Recording
 from comparison import are_arrivals, comparison, differing, port_comparison
@@ -69,24 +69,28 @@ class Failures:
     def pytest_runtest_makereport(self, item):
         outcome = yield
         report = outcome.get_result()
-        if report.failed:
-            if self._comparison:
-                report.sections.append(("expected and received", self.expected_and_received()))
-            report.sections += [
-                (f"what became of the frames: {recording.lab.device.name}", "\n".join(self._tell(recording, item.name)))
-                for recording in self._recordings.values()
-                if recording.has_frames() or len(self._recordings) == 1
-            ]
+        if not report.failed:
+            return
+        if self._comparison:
+            report.sections.append(("expected and received", self.expected_and_received()))
+        busy = [recording for recording in self._recordings.values() if recording.has_frames()]
+        for at, recording in enumerate(busy, 1):
+            device = recording.lab.device.name
+            name = f"{item.name} {device}" if len(busy) == 1 else f"{item.name} {at} {device}"
+            report.sections.append((f"what became of the frames: {device}", self._tell(recording, name)))
+        self._forget()  # what fails while the test is cleared away has another reason
 
     def _tell(self, recording, name):
         markers = {lab.latest_marker for lab in self._recordings if lab.latest_marker}
-        yield from recording.report(sorted(markers), self._astray)
-        path = FOLDER / (re.sub(r"[^\w.-]+", "-", f"{name} {recording.lab.device.name}") + ".pcapng")
+        path = FOLDER / (re.sub(r"[^\w.-]+", "-", name) + ".pcapng")
+        lines = []
         try:
+            lines += recording.report(sorted(markers), self._astray)
             FOLDER.mkdir(parents=True, exist_ok=True)
-            yield f"All frames: {path.relative_to(ROOT)} ({recording.save(path)})"
-        except (LabError, OSError) as problem:
-            yield f"There is no capture: {problem}"
+            lines.append(f"All frames: {path.relative_to(ROOT)} ({recording.save(path)})")
+        except Exception as problem:  # whatever it is, the other scenarios go on
+            lines.append(f"The rest cannot be told: {problem!r}")
+        return "\n".join(lines)
 
     def pytest_sessionfinish(self):
         for recording in self._recordings.values():

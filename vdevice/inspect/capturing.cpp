@@ -66,13 +66,12 @@ extern constexpr Subject kCapture{"capture",      "",           "the frames of p
                                   refuse_capture, show_nothing, kCaptureOptions};
 
 Lines Capturing::open(const json &request, const std::function<void()> &wake) {
-    const Wanted wanted = wanted_of(device_, request);
-    const bool is_watching = !audience_.empty();
-    audience_.forget_absent();
+    tick();  // those who have left make room
     if (audience_.size() >= kMostCaptures) {
         return nullptr;
     }
-    if (!is_watching) {
+    const Wanted wanted = wanted_of(device_, request);
+    if (audience_.empty()) {
         device_.add_watcher(*this);
     }
     return [this, has_begun = false,

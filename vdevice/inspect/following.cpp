@@ -56,31 +56,29 @@ std::string line_of(const Missed &missed, bool as_text) {
 }  // namespace
 
 Lines Following::open(const json &request, const std::function<void()> &wake) {
-    FrameFilter filter{device_, request};  // a request that it refuses changes nothing
-    const bool is_watching = !audience_.empty();
-    audience_.forget_absent();
+    FrameFilter filter{device_, request};  // a request that it refuses leaves no watcher behind
+    tick();                                // those who have left make room
     if (audience_.size() >= kMostFollowers) {
         return nullptr;
     }
-    if (!is_watching) {
+    if (audience_.empty()) {
         device_.add_watcher(*this);
     }
     const bool as_text = request.value("form", json("json")) == "text";
     const bool with_steps = request.value(kSteps.name, false);
-    return
-        [this, as_text, with_steps, has_begun = false,
-         follower = audience_.add({std::move(filter), {kMostWaiting, wake}})]() mutable -> std::optional<std::string> {
-            if (!std::exchange(has_begun, true)) {
-                return json{{"following", true}}.dump();
-            }
-            const auto taken = follower->queue.take();
-            if (!taken) {
-                return std::nullopt;
-            }
-            const auto *account = std::get_if<AccountPtr>(&*taken);
-            return account == nullptr ? line_of(std::get<Missed>(*taken), as_text)
-                                      : line_of(**account, device_, as_text, with_steps);
-        };
+    const auto queue = audience_.add({std::move(filter), {kMostWaiting, wake}});
+    return [this, as_text, with_steps, has_begun = false, follower = queue]() mutable -> std::optional<std::string> {
+        if (!std::exchange(has_begun, true)) {
+            return json{{"following", true}}.dump();
+        }
+        const auto taken = follower->queue.take();
+        if (!taken) {
+            return std::nullopt;
+        }
+        const auto *account = std::get_if<AccountPtr>(&*taken);
+        return account == nullptr ? line_of(std::get<Missed>(*taken), as_text)
+                                  : line_of(**account, device_, as_text, with_steps);
+    };
 }
 
 void Following::tick() {
