@@ -22,7 +22,7 @@ constexpr Filter kFollowOptions[] = {kFramePort,    kFrameVlan,   kFrameMac, kFr
 
 /** Says why a request could not be opened. */
 json refuse_follow(Device &device, const json &request) {
-    FrameFilter{device, request};
+    [[maybe_unused]] const FrameFilter filter{device, request};
     throw Refusal{fmt::format("{} clients follow frames already.", Following::kMostFollowers)};
 }
 
