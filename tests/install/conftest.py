@@ -12,7 +12,7 @@ BUILD = pathlib.Path(os.environ["ADP_BUILD"])
 DEVICE_BUILD = ROOT / "build" / "host"
 TOOLCHAIN = os.environ.get("ADP_TOOLCHAIN", "")
 COMPILER = os.environ["ADP_COMPILER"]
-EMULATOR = os.environ.get("ADP_EMULATOR", "").split(";") if TOOLCHAIN else []
+EMULATOR = os.environ.get("ADP_EMULATOR", "").split()
 COMPONENTS = ("runtime", "dev", "vdevice", "tools", "examples", "doc")
 EXAMPLES = {
     "frame_path": ("frame_path.c", "frame_reception.c"),

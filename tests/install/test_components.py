@@ -4,8 +4,7 @@ from fnmatch import fnmatchcase
 import pytest
 from conftest import BUILD, COMPILER, COMPONENTS, EMULATOR, ROOT, TOOLCHAIN, files_of, install, run, succeed
 
-LIB = "lib*"  # or lib/x86_64-linux-gnu, as the build was configured
-PACKAGE = f"{LIB}/cmake/adp/adp"
+PACKAGE = "lib/cmake/adp/adp"
 
 
 def of_source(folder, installed, *patterns):
@@ -15,12 +14,12 @@ def of_source(folder, installed, *patterns):
 
 NATIVE = {"bin/vdeviced", "bin/vdevctl", "lib/systemd/system/vdeviced.service"}
 CONTENTS = {
-    "runtime": {f"{LIB}/libadp.so"},
-    "dev": {f"{LIB}/pkgconfig/adp.pc", f"{PACKAGE}-config.cmake", f"{PACKAGE}-config-version.cmake",
+    "runtime": {"lib/libadp.so"},
+    "dev": {"lib/pkgconfig/adp.pc", f"{PACKAGE}-config.cmake", f"{PACKAGE}-config-version.cmake",
             f"{PACKAGE}-targets.cmake", f"{PACKAGE}-targets-*.cmake"}
            | of_source("include", "include", "*.h") | of_source("platform", "include/adp/platform", "*.h"),
-    "vdevice": {f"{LIB}/adp/virtual-device/libnetlink_api.so", f"{LIB}/adp/virtual-device/libdevice_services.so",
-                f"{LIB}/pkgconfig/adp-virtual-device.pc", f"{PACKAGE}-virtual-device-targets.cmake",
+    "vdevice": {"lib/adp/virtual-device/libnetlink_api.so", "lib/adp/virtual-device/libdevice_services.so",
+                "lib/pkgconfig/adp-virtual-device.pc", f"{PACKAGE}-virtual-device-targets.cmake",
                 f"{PACKAGE}-virtual-device-targets-*.cmake", "include/adp/vdevice/vdev_linkscan.h",
                 "include/adp/vdevice/vdev_equeue.h"} | (set() if TOOLCHAIN else NATIVE),
     "tools": {"bin/adpsh"},

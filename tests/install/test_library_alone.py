@@ -49,16 +49,20 @@ def bare_machine(tmp_path_factory):
     return ["unshare", "--mount", "sh", "-c", script, "sh"]
 
 
-def build_with(bare, source, build, *options):
+def configuration(bare, source, build, *options):
     toolchain = ["--toolchain", TOOLCHAIN] if TOOLCHAIN else ["-DCMAKE_C_COMPILER=gcc", "-DCMAKE_CXX_COMPILER=g++"]
-    succeed([*bare, "cmake", "-S", source, "-B", build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=RelWithDebInfo", *toolchain,
-             *options])
+    return [*bare, "cmake", "-S", source, "-B", build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=RelWithDebInfo", *toolchain,
+            *options]
+
+
+def build_with(bare, source, build, *options):
+    succeed(configuration(bare, source, build, *options))
     succeed([*bare, "cmake", "--build", build])
 
 
 def test_bare_machine_has_not_what_everything_needs(bare, tmp_path):
     assert run([*bare, "python3", "--version"]).returncode != 0
-    done = run([*bare, "cmake", "-S", ROOT, "-B", tmp_path, "-G", "Ninja", "-DADP_BUILD_TESTS=OFF"])
+    done = run(configuration(bare, ROOT, tmp_path, "-DADP_BUILD_TESTS=OFF"))
     assert done.returncode != 0 and "ADP_PYTHON" in done.stderr
 
 

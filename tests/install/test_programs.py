@@ -1,6 +1,6 @@
 """Programs outside the project, built in each way, run with the virtual device and with a board's own libraries."""
 import pytest
-from conftest import COMPILER, EMULATOR, EXAMPLES, ROOT, TOOLCHAIN, configure, install, run, succeed
+from conftest import BUILD, COMPILER, EMULATOR, EXAMPLES, ROOT, TOOLCHAIN, configure, install, run, succeed
 
 STRICT = ("-Wall", "-Wextra", "-Werror")
 RUNS = {  # a program's arguments, and what it says when its work is done
@@ -32,8 +32,8 @@ def source_files(examples, vlan_program):
 
 
 def found_in(prefix):
-    """Options of CMake; the second, too, since the target's packages are looked for in its own folders alone."""
-    return (f"-DCMAKE_PREFIX_PATH={prefix}", *([f"-DCMAKE_FIND_ROOT_PATH={prefix}"] if TOOLCHAIN else []))
+    """The option of CMake; for the target, packages are looked for in the folders of its toolchain file alone."""
+    return f"-Dadp_DIR={prefix}/lib/cmake/adp" if TOOLCHAIN else f"-DCMAKE_PREFIX_PATH={prefix}"
 
 
 def build_by_hand(folder, sources, prefix, libdir):
@@ -57,7 +57,7 @@ def build_by_cmake(folder, sources, prefix, libdir):
     make_project(folder / "project", sources["vlan"][0], "adp::virtual_device", " COMPONENTS virtual_device")
     for source in (sources["acl"][0].parent, folder / "project"):
         build = folder / f"build-{source.name}"
-        configure(source, build, *found_in(prefix), f"-DCMAKE_RUNTIME_OUTPUT_DIRECTORY={folder}",
+        configure(source, build, found_in(prefix), f"-DCMAKE_RUNTIME_OUTPUT_DIRECTORY={folder}",
                   f"-DCMAKE_C_FLAGS={' '.join(STRICT)}")
         succeed(["cmake", "--build", build])
 
@@ -102,7 +102,7 @@ def test_board_takes_the_place_of_the_virtual_device(way, vlan_program, prefix, 
     program.parent.mkdir()
     if way == "cmake":
         make_project(tmp_path / "project", vlan_program, "adp::virtual_device")
-        configure(tmp_path / "project", program.parent, *found_in(prefix),
+        configure(tmp_path / "project", program.parent, found_in(prefix),
                   f"-DDEVICE_LIBRARIES=-Wl,--no-as-needed;{board}/libnetlink_api.so;{board}/libboard.so")
         succeed(["cmake", "--build", program.parent])
     else:
@@ -126,6 +126,35 @@ def test_services_can_be_the_program_s_own(vlan_program, prefix, libdir, board, 
     assert run([*EMULATOR, tmp_path / "vlan"]).stdout == "board: a VLAN is created\n"
 
 
+LOADER = """#include <dlfcn.h>
+#include <stdio.h>
+int main(int argc, char **argv) {
+    void *library = dlopen(argv[argc - 1], RTLD_NOW);
+    if (library == NULL)
+        return puts(dlerror()) < 0;
+    return ((int (*)(unsigned))dlsym(library, "adp_vlan_create"))(100);
+}
+"""
+
+
+@pytest.mark.parametrize("options, said", (([], "undefined symbol"), (["-rdynamic"], "board: a VLAN is created\n")),
+                         ids=("not exported", "exported"))
+def test_program_with_services_loads_the_library(options, said, libdir, board, tmp_path):
+    (tmp_path / "loader.c").write_text(LOADER, encoding="utf-8")
+    succeed([COMPILER, tmp_path / "loader.c", board / "board.c", "-o", tmp_path / "loader", "-ldl", *options])
+    assert said in run([*EMULATOR, tmp_path / "loader", libdir / "libadp.so"], LD_LIBRARY_PATH=str(board)).stdout
+
+
+def test_pkg_config_for_an_image_of_a_file_system(vlan_program, board, tmp_path):
+    for component in ("runtime", "dev"):
+        succeed(["cmake", "--install", BUILD, "--prefix", "/usr", "--component", component], DESTDIR=str(tmp_path / "image"))
+    words = succeed(["pkg-config", "--cflags", "--libs", "adp"], PKG_CONFIG_SYSROOT_DIR=str(tmp_path / "image"),
+                    PKG_CONFIG_LIBDIR=str(tmp_path / "image/usr/lib/pkgconfig")).split()
+    succeed([COMPILER, vlan_program, "-o", tmp_path / "vlan", *words, f"-L{board}", *BOARD_LIBRARIES[1:]])
+    done = run([*EMULATOR, tmp_path / "vlan"], LD_LIBRARY_PATH=f"{tmp_path}/image/usr/lib:{board}")
+    assert done.stdout == "board: a VLAN is created\n", done.stderr
+
+
 def test_program_without_a_device_says_what_to_do(sources, prefix, libdir, tmp_path):
     build_by_hand(tmp_path, {"vlan": sources["vlan"]}, prefix, libdir)
     done = run([*EMULATOR, tmp_path / "vlan"], VDEVICE_DIR=str(tmp_path))
@@ -143,4 +172,4 @@ def test_package_says_that_the_virtual_device_is_not_installed(vlan_program, tmp
         install(component, tmp_path / "prefix")
     make_project(tmp_path / "project", vlan_program, "adp::virtual_device", " COMPONENTS virtual_device")
     with pytest.raises(AssertionError, match="The virtual device is not installed"):
-        configure(tmp_path / "project", tmp_path / "build", *found_in(tmp_path / "prefix"))
+        configure(tmp_path / "project", tmp_path / "build", found_in(tmp_path / "prefix"))
