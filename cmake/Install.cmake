@@ -55,9 +55,11 @@ if(TARGET vdeviced)
     install(FILES ${PROJECT_BINARY_DIR}/vdeviced.service DESTINATION lib/systemd/system COMPONENT vdevice)
 endif()
 
-# tools: they are linked with the virtual device's libraries
+# tools: the shell is linked with the virtual device's libraries
 if(ADP_BUILD_TOOLS)
     file(RELATIVE_PATH libraries ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
     set_target_properties(adpsh PROPERTIES INSTALL_RPATH "$ORIGIN/${libraries};$ORIGIN/${libraries}/adp/virtual-device")
     install(TARGETS adpsh DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+    install(FILES ${PROJECT_SOURCE_DIR}/tools/wireshark/adp_switch_tag.lua DESTINATION ${CMAKE_INSTALL_DATADIR}/adp
+            COMPONENT tools)
 endif()

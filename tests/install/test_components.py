@@ -22,7 +22,7 @@ CONTENTS = {
                 "lib/pkgconfig/adp-virtual-device.pc", f"{PACKAGE}-virtual-device-targets.cmake",
                 f"{PACKAGE}-virtual-device-targets-*.cmake", "include/adp/vdevice/vdev_linkscan.h",
                 "include/adp/vdevice/vdev_equeue.h"} | (set() if TOOLCHAIN else NATIVE),
-    "tools": {"bin/adpsh"},
+    "tools": {"bin/adpsh", "share/adp/adp_switch_tag.lua"},
     "examples": of_source("examples", "share/doc/adp/examples", "*.c", "*.h", "CMakeLists.txt"),
     "doc": of_source("docs", "share/doc/adp/docs", "*.md", "*.svg") | {"share/doc/adp/README.md"},
 }
