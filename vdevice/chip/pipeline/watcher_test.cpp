@@ -38,11 +38,11 @@ TEST_F(WatcherTest, CopiesLeaveMirrorsCopiesToo) {
     EXPECT_EQ(watcher_.take_left(), (LeftCopies{{kB, Origin::kSwitched}}));
     ASSERT_EQ(chip_.mirrors().set_port(0, kA, kC, 2), Status::kOk);
     send(kA, frame());
-    EXPECT_EQ(watcher_.take_left(), (LeftCopies{{kC, Origin::kMirror}, {kB, Origin::kSwitched}}));
+    EXPECT_EQ(watcher_.take_left(), (LeftCopies{{kC, Origin::kIngressMirror}, {kB, Origin::kSwitched}}));
     chip_.set_link(kC, false);
     send(kA, frame());
     EXPECT_EQ(watcher_.take_left(), (LeftCopies{{kB, Origin::kSwitched}}));
-    EXPECT_EQ(watcher_.take_lost(), (LostCopies{{kC, Lost::kMirrorDown, Origin::kMirror}}));
+    EXPECT_EQ(watcher_.take_lost(), (LostCopies{{kC, Lost::kMirrorDown, Origin::kIngressMirror}}));
     EXPECT_EQ(chip_.port(kC).counters.tx_mirror_down, 1U);
 }
 
@@ -93,6 +93,19 @@ TEST_F(WatcherTest, ALoopedFramePassesAgainUntilItIsLoopedTooOften) {
     watcher_.take_left();
     send(kA, frame());
     EXPECT_EQ(watcher_.take_lost(), (LostCopies{{kB, Lost::kLoopback, Origin::kSwitched}}));
+}
+
+TEST_F(WatcherTest, AMirrorsCopyOfAQueuedFrameComesBackAsItLeaves) {
+    ASSERT_EQ(chip_.mirrors().set_port(0, kB, kC, 4), Status::kOk);
+    change(kC, [](Port &port) { port.loopback = 1; });
+    shape_b();
+    send(kA, frame());
+    watcher_.take_passages();
+    chip_.depart(3s);
+    const std::vector<Passage> passages = watcher_.take_passages();
+    ASSERT_EQ(passages.size(), 1U) << "not only with the next frame";
+    EXPECT_EQ(passages[0].ingress, kC);
+    EXPECT_TRUE(passages[0].is_looped);
 }
 
 }  // namespace watcher_test
