@@ -12,7 +12,7 @@ if(ADP_SANITIZE)
     # The checks of virtual tables and of function types need clang's C++ run-time, which a C program does not link.
     add_compile_options(-fsanitize=${ADP_SANITIZE} $<$<CXX_COMPILER_ID:Clang>:-fno-sanitize=vptr,function> -fno-sanitize-recover=all
                         -fno-omit-frame-pointer -g1)
-    add_link_options(-fsanitize=${ADP_SANITIZE} -fuse-ld=gold)  # it takes half the time of the usual one
+    add_link_options(-fsanitize=${ADP_SANITIZE})
 endif()
 if(ADP_SANITIZE STREQUAL thread)
     add_compile_options("$<$<COMPILE_LANGUAGE:CXX>:SHELL:-include ${CMAKE_SOURCE_DIR}/tests/support/thread_sanitizer.h>")
