@@ -1,6 +1,7 @@
 // Lines in, lines out: clients are served in turn and never waited for.
 #include "vdevice/daemon/control_server.h"
 
+#include <malloc.h>
 #include <sys/epoll.h>
 #include <sys/socket.h>
 
@@ -72,8 +73,16 @@ void ControlServer::listen(bool wanted) {
     }
 }
 
+// What many clients have left behind is in pieces between what stays, and would be kept for ever.
+void ControlServer::give_memory_back() {
+    if (clients_.size() <= kFewClients && std::exchange(had_many_clients_, false)) {
+        malloc_trim(0);
+    }
+}
+
 void ControlServer::tick() {
     listen(true);
+    give_memory_back();
     for (auto &[fd, client] : clients_) {
         ++client.idle_ticks;
     }
@@ -108,6 +117,7 @@ void ControlServer::accept_client() {
     try {
         turns_.add(number, EPOLLIN, [this, number](uint32_t events) { serve(number, events); });
         clients_[number].fd = std::move(fd);
+        had_many_clients_ = had_many_clients_ || clients_.size() > kFewClients;
     } catch (const io::Error &) {
         // The kernel watches no more descriptors: this client is closed, the others stay.
     } catch (const std::bad_alloc &) {
