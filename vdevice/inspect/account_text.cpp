@@ -38,7 +38,7 @@ std::string tag_text(const json &tag) {
 }
 
 std::string end_text(const json &packet, const char *end, size_t which) {
-    const std::string address = string_of(packet, end);
+    std::string address = string_of(packet, end);
     if (!packet.contains("ports")) {
         return address;
     }
