@@ -12,6 +12,7 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
+#include "vdevice/daemon/request.h"
 #include "vdevice/io/error.h"
 
 namespace vdevice {
@@ -33,25 +34,6 @@ std::string line_of(const json &answer) {
 
 std::string refusal(const std::string &sentence) {
     return line_of({{"error", sentence}});
-}
-
-/** Nothing, with a sentence in @p problem, if it is no request. */
-json request_in(const std::string &line, const char *&problem) {
-    // Values are copied and dumped by functions that call themselves, so their depth is limited.
-    constexpr int kMostLevels = 16;
-    bool is_too_deep = false;
-    const auto check_depth = [&](int depth, json::parse_event_t event, json & /*parsed*/) {
-        const bool is_start = event == json::parse_event_t::object_start || event == json::parse_event_t::array_start;
-        is_too_deep = is_too_deep || (is_start && depth >= kMostLevels);
-        return !is_too_deep;
-    };
-    json request = json::parse(line, check_depth, false);
-    if (is_too_deep) {
-        problem = "The request has too many levels of lists and objects.";
-    } else if (!request.is_object()) {
-        problem = "The request is not a JSON object.";
-    }
-    return request;
 }
 
 ssize_t send_some(const UniqueFd &client, const char *bytes, size_t size) {

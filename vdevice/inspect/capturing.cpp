@@ -62,7 +62,7 @@ std::string hex_of(const std::vector<uint8_t> &octets) {
 
 }  // namespace
 
-extern constexpr Subject kCapture{"capture",      "",           "the frames of ports, into a file for Wireshark",
+extern constexpr Subject kCapture{"capture",      "[FILE]",     "the frames of ports, into a file for Wireshark",
                                   refuse_capture, show_nothing, kCaptureOptions};
 
 Lines Capturing::open(const json &request, const std::function<void()> &wake) {
