@@ -6,14 +6,15 @@ import subprocess
 import sys
 
 import pytest
-from adp.lab import LabError
+from adp.lab import Lab, LabError
 from adp.lab.builds import ROOT
 from adp.lab.process import kill, stop
+from adp.lab.recording import Recording
 from comparison import MOST_PAIRS, comparison
 from failures import Failures
 from packets import Packet
 
-from conftest import BUILDS
+from conftest import BUILDS, DEVICE_BUILD
 
 SCENARIOS = "tests/scenarios/failing.py"
 SECONDS = 120
@@ -102,6 +103,17 @@ def test_answers_of_several_devices_are_compared_one_by_one():
     assert failures.pytest_assertrepr_compare("==", ({}, {7: [frame]}), ({}, {}))
     assert "device 2 port 7" in failures.expected_and_received()
     assert "device 1" not in failures.expected_and_received()
+
+
+def test_a_device_that_is_off_is_said_to_be(tmp_path):
+    with Lab(DEVICE_BUILD, (), user_ports=1) as lab:
+        lab.device.end()
+        with Recording(lab) as recording:
+            assert recording.has_frames(), "nobody knows"
+            (line,) = recording.report([b"<marker>"])
+            assert line.startswith("The device could not be recorded: ")
+            with pytest.raises(LabError):
+                recording.save(tmp_path / "none.pcapng")
 
 
 def test_other_assertions_are_left_alone():

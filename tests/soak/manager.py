@@ -25,7 +25,6 @@ KILL_SECONDS = 0.002
 END_SECONDS = 60.0
 # The resources of a process that is never killed are compared at the end with those after this many calls.
 WARM_CALLS = 1000
-DEVICE_LOST = (LabError, ConnectionError, TimeoutError, ValueError)
 
 
 class Manager(threading.Thread):
@@ -143,7 +142,7 @@ class Manager(threading.Thread):
         with self._power.call() as began:
             try:
                 value = setting.look()
-            except DEVICE_LOST as problem:
+            except LabError as problem:
                 if self._is_steady(began):
                     raise LabError(f"The device shows no {setting.name}: {problem}.") from None
                 return

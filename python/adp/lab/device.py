@@ -85,15 +85,18 @@ class Device:
             connection.settimeout(CONTROL_SECONDS)
             connection.connect(os.path.join(self.run_dir, "control"))
             connection.sendall(json.dumps({"command": command, **options}).encode() + b"\n")
-        except OSError as problem:
+        except OSError:
             connection.close()
-            raise LabError(f"{self.name} cannot be asked: {problem}") from None
+            raise
         return connection
 
     def ask(self, command, **options):
         """The device's answer, without the delay of starting vdevctl."""
-        with self.connect(command, **options) as connection:
-            return json.loads(LineReader(connection).line(CONTROL_SECONDS, self.name))
+        try:
+            with self.connect(command, **options) as connection:
+                return json.loads(LineReader(connection).line(CONTROL_SECONDS, self.name))
+        except OSError as problem:
+            raise LabError(f"{self.name} cannot be asked '{command}': {problem}") from None
 
     def links(self):
         """The ports whose link is up; the CPU port is number 0."""

@@ -25,7 +25,7 @@ from .frames import describe
 from .problem import LabError
 from .process import LineReader
 
-QUIET_SECONDS = 0.5
+QUIET_SECONDS = 0.3
 # A bound if frames pass on and on.
 MOST_LINES = 200_000
 MOST_FRAMES = 4
@@ -115,8 +115,8 @@ class Recording:
             opened.pop_all()
 
     def has_frames(self):
-        """Whether any frame has passed."""
-        return self._lines is not None or any(stream.has_lines() for stream in self._streams)
+        """Whether any frame has passed, as far as is known."""
+        return bool(self._problem) or self._lines is not None or any(stream.has_lines() for stream in self._streams)
 
     def _read(self):
         """(lines of frames, lines of accounts); they are read once."""
@@ -184,6 +184,8 @@ class Recording:
 
     def save(self, path):
         """Writes the frames in both directions as a capture file; gives what vdevctl says of it."""
+        if self._problem:
+            raise LabError(self._problem)
         frames = [line for line in self._read()[0] if "frame" in line or "missed" in line]
         return write_capture(self.lab.device, [self._streams[0].first, *frames], path)
 
