@@ -65,7 +65,8 @@ void Daemon::serve_sockets() {
     loop_.add(server_.poll_fd(), EPOLLIN, [this](uint32_t) { server_.serve_ready(); });
     device_.set_clients_reader([this] {
         return Clients{{{{"driver", server_.clients(), server_.counters().refused},
-                         {"control", control_.clients(), control_.rejected()}}}};
+                         {"control", control_.clients(), control_.rejected()}}},
+                       streams_.readers()};
     });
 }
 

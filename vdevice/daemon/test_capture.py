@@ -3,11 +3,12 @@ import json
 import os
 import signal
 import subprocess
+import time
 
 import pytest
 
-from test_explain import LOST, UNTRANSLATED, Reader
-from testing.daemon import BROADCAST, PAYLOAD, Control, station
+from test_explain import LOST, UNTRANSLATED
+from testing.daemon import BROADCAST, PAYLOAD, Control, Reader, station
 
 FRAME = BROADCAST + station(1) + PAYLOAD
 FIELDS = ("frame.interface_name", "frame.packet_flags_direction", "frame.comment", "frame.len", "eth.src")
@@ -57,13 +58,13 @@ def test_the_cpu_port_has_the_switch_tag_and_a_pipe_is_read_as_it_fills(standing
 
 def test_every_interface_is_there_and_the_time_is_the_wall_clock(standing_device, tmp_path):
     one, = standing_device.nics("host1")
-    begin = os.stat("/proc/self").st_ctime
+    begin = time.time()
     capture = Reader(standing_device, "capture", str(tmp_path / "one"), "--count", "1")
     one.send(FRAME)
     capture.process.communicate(timeout=10)
     output = subprocess.check_output(["tshark", "-r", tmp_path / "one", "-T", "fields", "-e", "frame.time_epoch"], text=True,
                                      stderr=subprocess.DEVNULL)
-    assert begin - 1 <= float(output) <= begin + 60
+    assert begin - 1 <= float(output) <= time.time() + 1
     listed = subprocess.check_output(["capinfos", "-I", tmp_path / "one"], text=True)
     assert "Number of interfaces in file: 5" in listed
     assert [f"Name = {name}" in listed for name in ("cpu", "port1", "port4")] == [True] * 3

@@ -1,31 +1,14 @@
 """What happens on the device is told to who watches, and never waits for them."""
 import json
 import signal
-import subprocess
 import time
 
 import pytest
 
-from testing.daemon import BROADCAST, DEADLINE, PAYLOAD, PROGRAMS, Control, station
+from testing.daemon import BROADCAST, DEADLINE, PAYLOAD, Control, Reader, station
 
 
 CHANGES = 2000
-
-
-class Watcher:
-    def __init__(self, device, *words):
-        self.process = subprocess.Popen([f"{PROGRAMS}/vdevctl", "--run-dir", device.run_dir, *words],
-                                        stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
-        time.sleep(0.3)
-
-    def end(self):
-        self.process.send_signal(signal.SIGINT)
-        return self.process.communicate(timeout=DEADLINE)[0]
-
-    def wait(self):
-        output, errors = self.process.communicate(timeout=DEADLINE)
-        assert (self.process.returncode, errors) == (0, "")
-        return output
 
 
 def events(output):
@@ -34,7 +17,7 @@ def events(output):
 
 def test_links_and_addresses_are_told_as_they_come(device):
     one, _ = device.nics("host1", "host2")
-    watcher = Watcher(device, "--json", "watch", "links", "learning", "--for", "2s")
+    watcher = Reader(device, "--json", "watch", "links", "learning", "--for", "2s")
     device.control("pull", "2")
     device.control("plug", "2")
     one.send(BROADCAST + station(77) + PAYLOAD)
@@ -49,7 +32,7 @@ def test_links_and_addresses_are_told_as_they_come(device):
 
 def test_text_has_a_line_an_event_and_ends_after_so_many(device):
     device.nics("host1", "host2")
-    watcher = Watcher(device, "watch", "links", "--count", "1")
+    watcher = Reader(device, "watch", "links", "--count", "1")
     device.control("pull", "2")
     line, = watcher.wait().splitlines()
     assert line.split()[1:] == ["links", "port", "2", "down"]
@@ -57,12 +40,12 @@ def test_text_has_a_line_an_event_and_ends_after_so_many(device):
 
 def test_a_flood_is_summed_by_second_and_reason(device):
     one, = device.nics("host1")
-    watcher = Watcher(device, "--json", "watch", "drops")
+    watcher = Reader(device, "--json", "watch", "drops")
     before = device.counters(1)["drops"]["same_port"]
     for _ in range(3000):
         one.send(station(1) + station(1) + PAYLOAD)  # to the port that it comes from
     time.sleep(1.5)
-    told = [event for event in events(watcher.end()) if event["port"] == 1 and event["what"] == "same_port"]
+    told = [event for event in events(watcher.interrupt()[0]) if event["port"] == 1 and event["what"] == "same_port"]
     dropped = device.counters(1)["drops"]["same_port"] - before
     assert sum(event["count"] for event in told) == dropped > 1000
     assert len(told) <= 10
@@ -70,13 +53,13 @@ def test_a_flood_is_summed_by_second_and_reason(device):
 
 def test_very_many_addresses_are_counted(device):
     one, = device.nics("host1")
-    watcher = Watcher(device, "--json", "watch", "learning", "full", "ageing")
+    watcher = Reader(device, "--json", "watch", "learning", "full", "ageing")
     before = device.ask("macs", "--last", "0")
     for number in range(1500):
         one.send(BROADCAST + bytes([2, 9, 9]) + number.to_bytes(3, "big") + PAYLOAD)
     time.sleep(1.5)
     after = device.ask("macs", "--last", "0")
-    told = events(watcher.end())
+    told = events(watcher.interrupt()[0])
     single = [event for event in told if "mac" in event and event["mac"].startswith("02:09:09")]
     more = sum(event["count"] for event in told if event["kind"] == "learning" and "count" in event)
     refused = sum(event["count"] for event in told if event["kind"] == "full")
@@ -115,8 +98,8 @@ def test_wrong_requests_get_an_error_and_the_line_stays_open(device, line):
 def test_unknown_kinds_and_the_devices_end_are_told(device, start):
     refused = device.control("watch", "linkz")
     assert (refused.returncode, refused.stdout) == (1, "") and "did you mean 'links'?" in refused.stderr
-    watcher = Watcher(device, "watch")
+    watcher = Reader(device, "watch")
     device.process.send_signal(signal.SIGTERM)
     device.process.wait(timeout=DEADLINE)
     _, errors = watcher.process.communicate(timeout=DEADLINE)
-    assert watcher.process.returncode == 1 and errors == "vdevctl: the device has ended.\n"
+    assert watcher.process.returncode == 1 and errors == b"vdevctl: the device has ended.\n"

@@ -36,7 +36,12 @@ struct Clients {
         size_t connected;
         uint64_t rejected;
     };
+    struct Stream {
+        const char *command;
+        size_t readers;
+    };
     std::array<Socket, 2> sockets;
+    std::array<Stream, 3> streams;
 };
 
 /** What whoever starts a device chooses, besides its board. */

@@ -14,6 +14,11 @@ class Audience {
   public:
     bool empty() const { return queues_.empty(); }
     size_t size() const { return queues_.size(); }
+    /** Without those who have left. */
+    size_t present() const {
+        return static_cast<size_t>(
+            std::count_if(queues_.begin(), queues_.end(), [](const auto &queue) { return !queue.expired(); }));
+    }
 
     std::shared_ptr<Queue> add(Queue queue) {
         auto kept = std::make_shared<Queue>(std::move(queue));

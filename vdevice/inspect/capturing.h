@@ -34,6 +34,7 @@ class Capturing final : private chip::Watcher {
     Lines open(const nlohmann::json &request, const std::function<void()> &wake);
     /** To be called once a second. */
     void tick();
+    size_t readers() const { return audience_.present(); }
 
   private:
     struct Captured {

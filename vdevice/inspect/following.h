@@ -27,6 +27,7 @@ class Following final : private chip::Recorder {
     Lines open(const nlohmann::json &request, const std::function<void()> &wake);
     /** To be called once a second. */
     void tick();
+    size_t readers() const { return audience_.present(); }
 
   private:
     using AccountPtr = std::shared_ptr<const chip::Account>;

@@ -166,6 +166,12 @@ void add_clients(json &families, const Device &device) {
     families.push_back(family("adp_clients", kGaugeType, "Programs that are connected.", std::move(connected)));
     families.push_back(family("adp_clients_rejected_total", kCounterType,
                               "Programs that were turned away because there were too many.", std::move(rejected)));
+    json readers = json::array();
+    for (const Clients::Stream &stream : clients->streams) {
+        readers.push_back(sample({{"command", stream.command}}, stream.readers));
+    }
+    families.push_back(
+        family("adp_stream_readers", kGaugeType, "Programs that are told line by line.", std::move(readers)));
 }
 
 void add_process(json &families) {

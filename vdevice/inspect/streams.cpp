@@ -32,6 +32,12 @@ Lines Streams::open(const json &request, const std::function<void()> &wake) {
     return nullptr;
 }
 
+std::array<Clients::Stream, 3> Streams::readers() const {
+    return {{{kWatch.name, watching_.readers()},
+             {kFollow.name, following_.readers()},
+             {kCapture.name, capturing_.readers()}}};
+}
+
 void Streams::tick() {
     watching_.tick();
     following_.tick();

@@ -1,6 +1,7 @@
 // What a client can be told line by line until it leaves: what happens, what becomes of frames, the frames themselves.
 #pragma once
 
+#include <array>
 #include <functional>
 #include <nlohmann/json_fwd.hpp>
 
@@ -22,6 +23,8 @@ class Streams {
     Lines open(const nlohmann::json &request, const std::function<void()> &wake);
     /** To be called once a second. */
     void tick();
+    /** How many clients read which. */
+    std::array<Clients::Stream, 3> readers() const;
 
   private:
     Watching watching_;

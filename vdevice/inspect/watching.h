@@ -25,6 +25,7 @@ class Watching final : private chip::Watcher {
     Lines open(const nlohmann::json &request, const std::function<void()> &wake);
     /** To be called once a second. */
     void tick();
+    size_t readers() const { return audience_.present(); }
 
   private:
     static constexpr size_t kLostReasons = 5;

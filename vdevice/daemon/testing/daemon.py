@@ -153,6 +153,37 @@ class Device:
         return nics
 
 
+class Reader:
+    """A vdevctl that is told line by line. It has begun, unless it was refused."""
+
+    started = []
+
+    def __init__(self, device, *words, output=subprocess.PIPE):
+        self.place = device.run_dir, next(word for word in words if word in ("watch", "follow", "capture"))
+        self.process = subprocess.Popen([f"{PROGRAMS}/vdevctl", "--run-dir", device.run_dir, *words],
+                                        stdout=output, stderr=subprocess.PIPE)
+        self.started.append(self)
+        wait_until(lambda: self._has_begun(device) or self.process.poll() is not None, f"{words} to begin")
+
+    def _has_begun(self, device):
+        """As many read as there are of these; the device forgets at once who has left."""
+        control = Control(device)
+        control.say(b'{"command": "metrics"}\n')
+        families = {family["name"]: family["samples"] for family in control.hear()["metrics"]}
+        readers = {sample["labels"]["command"]: sample["value"] for sample in families["adp_stream_readers"]}
+        return readers[self.place[1]] == sum(other.place == self.place and other.process.poll() is None
+                                             for other in self.started)
+
+    def interrupt(self):
+        self.process.send_signal(signal.SIGINT)
+        return self.process.communicate(timeout=DEADLINE)
+
+    def wait(self):
+        output, errors = self.process.communicate(timeout=DEADLINE)
+        assert (self.process.returncode, errors) == (0, b"")
+        return output.decode()
+
+
 class Control:
     """A client of the control socket that sends what it likes."""
 
