@@ -2,13 +2,13 @@
 # instrumented like everything else.
 set(INSTALL_GTEST OFF CACHE INTERNAL "")
 set(BUILD_GMOCK ON CACHE INTERNAL "")
-add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
+add_subdirectory(/usr/src/googletest ${PROJECT_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
 
 # Tests are compiled without optimisation, which takes half the time; what they test is compiled as it is delivered.
 # GoogleTest's headers are compiled once for all of them.
 set(ADP_TEST_OPTIONS "$<$<CONFIG:RelWithDebInfo>:-O0;${ADP_UNCHECKED_CALLS}>")
-file(WRITE ${CMAKE_BINARY_DIR}/generated/test_headers.cpp "int main() {}\n")
-add_executable(test_headers EXCLUDE_FROM_ALL ${CMAKE_BINARY_DIR}/generated/test_headers.cpp)
+file(WRITE ${PROJECT_BINARY_DIR}/generated/test_headers.cpp "int main() {}\n")
+add_executable(test_headers EXCLUDE_FROM_ALL ${PROJECT_BINARY_DIR}/generated/test_headers.cpp)
 target_link_libraries(test_headers PRIVATE adp_warnings adp_headers gmock)
 target_compile_options(test_headers PRIVATE ${ADP_TEST_OPTIONS})
 target_precompile_headers(test_headers PRIVATE <gmock/gmock.h> <gtest/gtest.h>)
@@ -18,16 +18,6 @@ target_precompile_headers(test_headers PRIVATE <gmock/gmock.h> <gtest/gtest.h>)
 if(CMAKE_CROSSCOMPILING OR ADP_SANITIZE OR ADP_COVERAGE)
     set(ADP_TESTS_TOGETHER ON)
 endif()
-
-# adp_quickly_compiled(TARGET...)
-# What asks a device or a library and prints the answer spends its time waiting: these targets are compiled for a short
-# compilation, as few pieces of much the same headers.
-function(adp_quickly_compiled)
-    foreach(target ${ARGN})
-        set_target_properties(${target} PROPERTIES UNITY_BUILD_BATCH_SIZE 13)
-        target_compile_options(${target} PRIVATE $<$<CONFIG:RelWithDebInfo>:-O1>)
-    endforeach()
-endfunction()
 
 # adp_add_test(NAME SOURCES source... [LIBS library...])
 # One test program, run under the emulator on the target.
@@ -43,11 +33,4 @@ function(adp_add_test name)
     else()
         gtest_discover_tests(${name} NO_PRETTY_VALUES DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120)
     endif()
-endfunction()
-
-# adp_unit_tests(source...)
-# Unit tests of a subsystem of libadp, in this folder.
-function(adp_unit_tests)
-    list(TRANSFORM ARGN PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
-    set_property(GLOBAL APPEND PROPERTY ADP_LIBRARY_TESTS ${ARGN})
 endfunction()

@@ -1,7 +1,7 @@
 # Header-only libraries of the build machine ({fmt}, nlohmann-json), offered alone: the folder they stand in must
 # not be seen by a cross compiler, for it holds this machine's system headers too.
 include_guard(GLOBAL)
-set(ADP_HEADER_ONLY_DIR ${CMAKE_BINARY_DIR}/header-only)
+set(ADP_HEADER_ONLY_DIR ${PROJECT_BINARY_DIR}/header-only)
 file(MAKE_DIRECTORY ${ADP_HEADER_ONLY_DIR})
 foreach(library fmt nlohmann)
     find_path(ADP_${library}_DIR NAMES ${library} PATHS /usr/include NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH)

@@ -22,8 +22,8 @@
 
 #include <adp/adp.h>
 
+#include <adp/vdevice/vdev_linkscan.h>
 #include "board.h"
-#include "vdevice/remote/vdev_linkscan.h"
 
 enum {
     kVlan = 100,

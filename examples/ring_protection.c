@@ -29,10 +29,10 @@
 
 #include <adp/adp.h>
 
+#include <adp/platform/device_services.h>
+#include <adp/vdevice/vdev_equeue.h>
+#include <adp/vdevice/vdev_linkscan.h>
 #include "board.h"
-#include "platform/device_services.h"
-#include "vdevice/remote/vdev_linkscan.h"
-#include "vdevice/services/vdev_equeue.h"
 
 enum { kBlocking = 1, kForwarding = 4 }; /* the chip's port states */
 enum { kFirst = 0, kSecond = 1, kRingPorts = 2 };

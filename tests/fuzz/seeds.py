@@ -175,7 +175,43 @@ def control_line():
     yield "without_end", u16(3) + b'{"command": "version"}'
 
 
-TARGETS = (frames, rules, shell_line, remote_server, remote_client, driver_calls, control_line)
+def frame_input():
+    frame = ADDRESSES + ARP
+    first, second = u16(0), u16(1)
+
+    def pcap(order, magic=0xA1B2C3D4, link_type=1, kept=len(frame)):
+        head = struct.pack(order + "IHHiIII", magic, 2, 4, 0, 0, 65535, link_type)
+        return head + (struct.pack(order + "IIII", 1, 2, kept, len(frame)) + frame) * 2
+
+    def block(order, kind, body, options=b""):
+        body += bytes(-len(body) % 4) + options
+        length = struct.pack(order + "I", len(body) + 12)
+        return struct.pack(order + "I", kind) + length + body + length
+
+    def pcapng(order):
+        comment = struct.pack(order + "HH4sHH", 1, 4, b"lost", 0, 0)
+        section = block(order, 0x0A0D0D0A, struct.pack(order + "IHHq", 0x1A2B3C4D, 1, 0, -1))
+        nanoseconds = struct.pack(order + "HHB3xHH", 9, 1, 9, 0, 0)
+        interface = block(order, 1, struct.pack(order + "HHI", 1, 0, 0), nanoseconds)
+        head = struct.pack(order + "IIIII", 0, 1, 2, len(frame), len(frame))
+        return section + interface + block(order, 6, head + frame, comment) + block(order, 3, u32(1) + frame)
+
+    for name, order in (("little", "<"), ("big", ">")):
+        yield f"pcap_{name}", first + pcap(order)
+        yield f"pcapng_{name}", second + pcapng(order)
+    yield "pcap_of_nanoseconds", second + pcap("<", magic=0xA1B23C4D)
+    yield "pcap_of_another_link", first + pcap("<", link_type=113)
+    yield "pcap_of_pieces", first + pcap("<", kept=len(frame) - 1)
+    yield "pcap_of_a_huge_frame", first + pcap("<", kept=0x7FFFFFFF)
+    yield "pcap_cut", second + pcap(">")[:-1]
+    yield "pcapng_cut", first + pcapng("<")[:-50]
+    yield "beyond_the_end", u16(2) + pcap("<")
+    for name, text in {"colons": frame.hex(":"), "lines": frame.hex() + "\n" + frame.hex(" "), "half": "ff f",
+                       "lost": "ff::ff", "words": "frame", "blank": " \n"}.items():
+        yield name, first + text.encode()
+
+
+TARGETS = (frames, rules, shell_line, remote_server, remote_client, driver_calls, control_line, frame_input)
 
 
 def main():

@@ -14,9 +14,10 @@
 #include "text/printable.h"
 #include "tools/vdevctl/answer_text.h"
 #include "tools/vdevctl/client.h"
+#include "tools/vdevctl/explain.h"
 #include "tools/vdevctl/options.h"
 #include "tools/vdevctl/output.h"
-#include "tools/vdevctl/watch.h"
+#include "tools/vdevctl/stream.h"
 
 namespace {
 
@@ -24,8 +25,13 @@ using nlohmann::json;
 using vdevctl::Options;
 using vdevctl::Words;
 
-/** The one command that has no end. */
-constexpr const char *kWatch = "watch";
+constexpr const char *kCapture = "capture";
+constexpr const char *kExplain = "explain";
+
+/** Commands that print lines until they are interrupted. */
+bool is_endless(const std::string &command) {
+    return command == "watch" || command == "follow";
+}
 
 json request_for(const Words &words, bool as_json) {
     return {{"command", words.front()},
@@ -69,6 +75,9 @@ json reading_in(const std::string &file) {
 
 json answer_to(const Options &options) {
     json request = request_for(options.words, options.json);
+    if (options.words.front() == kExplain) {
+        request = vdevctl::with_frame(options.run_dir, std::move(request));
+    }
     if (options.rate) {
         request["since"] = vdevice::ask_device(options.run_dir, {{"command", options.words.front()}});
         request["per_second"] = true;
@@ -90,14 +99,26 @@ std::string output(const Options &options) {
     return options.json ? vdevctl::json_text(answer) : vdevctl::text_of(answer);
 }
 
+void capture(const Options &options) {
+    json request = request_for(options.words, true);
+    const std::string file = vdevctl::take_operand(options.run_dir, request);
+    if (file.empty()) {
+        throw std::runtime_error{"a file is missing: 'vdevctl capture FILE', or - for standard output."};
+    }
+    vdevctl::capture(options.run_dir, request, options.limits, file);
+}
+
 }  // namespace
 
 int main(int argc, char **argv) {
     argp_err_exit_status = EXIT_FAILURE;
     try {
         const Options options = vdevctl::parse_options(argc, argv);
-        if (!options.words.empty() && options.words.front() == kWatch) {
-            vdevctl::watch(options.run_dir, request_for(options.words, options.json), options.limits);
+        const std::string command = options.words.empty() ? "" : options.words.front();
+        if (is_endless(command)) {
+            vdevctl::print_stream(options.run_dir, request_for(options.words, options.json), options.limits);
+        } else if (command == kCapture) {
+            capture(options);
         } else {
             vdevctl::print(output(options));
         }

@@ -20,8 +20,8 @@ const argp_option kOptions[] = {
     {"json", kJson, nullptr, 0, "answer in JSON", 0},
     {"rate", kRate, "TIME", 0, "the counts per second, from two readings so far apart: 1s, 500ms, 2m", 0},
     {"since", kSince, "FILE", 0, "the counts since an earlier reading, which --json printed to FILE", 0},
-    {"count", kCount, "N", 0, "watch: end after so many lines", 0},
-    {"for", kFor, "TIME", 0, "watch: end after so long: 10s, 500ms, 2m", 0},
+    {"count", kCount, "N", 0, "watch, follow, capture: end after so many lines or frames", 0},
+    {"for", kFor, "TIME", 0, "watch, follow, capture: end after so long: 10s, 500ms, 2m", 0},
     {"help", kHelp, nullptr, 0, "this text, and the commands of the device", 0},
     {"version", kVersionKey, nullptr, 0, "the versions of vdevctl and of the device, if one runs", 0},
     {}};

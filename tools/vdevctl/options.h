@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/vdevctl/watch.h"
+#include "tools/vdevctl/stream.h"
 #include "vdevice/sockets/run_dir.h"
 
 namespace vdevctl {
@@ -20,7 +20,7 @@ struct Options {
     bool version = false;
     std::optional<std::chrono::milliseconds> rate; /**< the time between two readings */
     std::string since;                             /**< the file of an earlier reading */
-    WatchLimits limits;                            /**< of the command watch */
+    StreamLimits limits;                           /**< of commands without an end */
     Words words;                                   /**< the command, its arguments and options */
 };
 

@@ -27,7 +27,7 @@ class ControlServer {
     using IsLong = std::function<bool(const nlohmann::json &request)>;
 
     static constexpr size_t kMaxClients = 256;
-    static constexpr size_t kMaxRequest = 65536;  // room for an earlier reading of all counters
+    static constexpr size_t kMaxRequest = 262144;  // room for an earlier reading of all rules, or a frame
     /** A client that was neither heard nor heard us for so many ticks makes room for another one, if there is none. */
     static constexpr int kIdleTicks = 30;
 

@@ -43,11 +43,11 @@ Daemon::Daemon(io::EventLoop &loop, const Settings &given, std::string file, Con
       log_{settings_.log_level},
       folder_{settings_.run_dir.value_or(default_run_dir())},
       device_{loop_, settings_.board(), options_of(settings_, configuration_, folder_)},
-      watching_{device_},
+      streams_{device_},
       control_{loop_, control_socket(settings_.run_dir.value_or(default_run_dir())),
                [this](const nlohmann::json &request) { return inspect::answer(device_, request); }, inspect::is_long,
                [this](const nlohmann::json &request, const std::function<void()> &wake) {
-                   return watching_.open(request, wake);
+                   return streams_.open(request, wake);
                }},
       server_{device_.calls(), driver_socket(settings_.run_dir.value_or(default_run_dir()))} {
     device_.set_note_listener([this](const Note &note) { log_.write(note); });
@@ -72,7 +72,7 @@ void Daemon::serve_sockets() {
 void Daemon::tick() {
     server_.tick();
     control_.tick();
-    watching_.tick();
+    streams_.tick();
     note_rejected("driver", server_.counters().refused, driver_rejected_);
     note_rejected("control", control_.rejected(), control_rejected_);
     service::tell_alive();

@@ -8,7 +8,7 @@
 #include "vdevice/daemon/log.h"
 #include "vdevice/daemon/run_folder.h"
 #include "vdevice/device/device.h"
-#include "vdevice/inspect/watching.h"
+#include "vdevice/inspect/streams.h"
 #include "vdevice/io/event_loop.h"
 #include "vdevice/remote/server.h"
 #include "vdevice/sockets/unique_fd.h"
@@ -39,7 +39,7 @@ class Daemon {
     Log log_;
     RunFolder folder_;
     Device device_;
-    inspect::Watching watching_;
+    inspect::Streams streams_;
     ControlServer control_;
     remote::Server server_;
     UniqueFd clock_;

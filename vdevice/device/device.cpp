@@ -62,6 +62,17 @@ void Device::create_cables(uint32_t mark) {
     }
 }
 
+void Device::add_watcher(chip::Watcher &watcher) {
+    watchers_.add(watcher);
+    chip_.set_watcher(&watchers_);
+}
+
+// Without a watcher the chip asks nobody.
+void Device::remove_watcher(chip::Watcher &watcher) {
+    watchers_.remove(watcher);
+    chip_.set_watcher(watchers_.empty() ? nullptr : &watchers_);
+}
+
 chip::Time Device::now() const {
     return std::chrono::steady_clock::now() - started_;
 }

@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "vdevice/chip/pipeline/watchers.h"
 #include "vdevice/chip/switch.h"
 #include "vdevice/device/wire.h"
 #include "vdevice/driver/driver.h"
@@ -97,8 +98,9 @@ class Device final : private chip::Sink {
     /** What only the daemon knows, for who looks at the device. */
     void set_clients_reader(std::function<Clients()> reader) { clients_reader_ = std::move(reader); }
     std::optional<Clients> clients() const { return clients_reader_ ? std::optional{clients_reader_()} : std::nullopt; }
-    /** Shows a watcher every frame from now on; null for none. */
-    void set_watcher(chip::Watcher *watcher) { chip_.set_watcher(watcher); }
+    /** Shows the watcher every frame from now on, until it is removed; it must outlive that. */
+    void add_watcher(chip::Watcher &watcher);
+    void remove_watcher(chip::Watcher &watcher);
 
   private:
     void create_cables(uint32_t mark);
@@ -136,6 +138,7 @@ class Device final : private chip::Sink {
     std::function<void(const Note &)> note_listener_;
     std::function<Clients()> clients_reader_;
     chip::Switch chip_;
+    chip::Watchers watchers_;
     driver::Driver driver_;
     std::optional<io::Cables> created_cables_;
     std::array<std::unique_ptr<Wire>, chip::Switch::kPorts> wires_;

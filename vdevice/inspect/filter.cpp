@@ -110,6 +110,8 @@ void apply(const Filter &filter, const json &value, json &table, const Subject &
         case FilterKind::kLast:
             keep_last(table, filter, value);
             break;
+        case FilterKind::kOwn:
+            break;
     }
 }
 
@@ -127,14 +129,15 @@ size_t count_rows(const json &answer) {
 
 }  // namespace
 
-bool asks_for_port(const json &request, int port) {
-    const auto value = request.find(kByPort.name);
-    return value == request.end() || has_one_of(port, ranges_of(kByPort, *value));
+bool asks_for(const json &request, const Filter &filter, int number) {
+    const auto value = request.find(filter.name);
+    return value == request.end() || has_one_of(number, ranges_of(filter, *value));
 }
 
 bool is_filtered(const json &request, const Subject &subject) {
-    return std::any_of(subject.filters.begin(), subject.filters.end(),
-                       [&](const Filter &filter) { return request.contains(filter.name); });
+    return std::any_of(subject.filters.begin(), subject.filters.end(), [&](const Filter &filter) {
+        return filter.kind != FilterKind::kOwn && request.contains(filter.name);
+    });
 }
 
 json table_sizes(const json &answer) {

@@ -15,6 +15,7 @@ enum class FilterKind : uint8_t {
     kWord,    /**< rows in which one of the columns is the word, whatever its case */
     kNonzero, /**< rows with a count that is not 0 */
     kLast,    /**< the last rows of each table, so many */
+    kOwn,     /**< no filter of rows: the subject reads it itself */
 };
 
 struct Filter {
@@ -40,8 +41,12 @@ struct RowCount {
 /** The member of an answer that is to become text, with how many rows each table had. */
 constexpr const char *kSizes = "sizes";
 
-/** Whether the request asks for this port, a user port or 0, by its member "port"; without one it does. */
-bool asks_for_port(const nlohmann::json &request, int port);
+/** Whether the request asks for the number by a filter of numbers; without that member it does. */
+bool asks_for(const nlohmann::json &request, const Filter &filter, int number);
+/** The same of a user port, or 0. */
+inline bool asks_for_port(const nlohmann::json &request, int port) {
+    return asks_for(request, kByPort, port);
+}
 
 /** Whether the request has a filter of the subject. */
 bool is_filtered(const nlohmann::json &request, const Subject &subject);

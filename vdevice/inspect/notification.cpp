@@ -70,33 +70,21 @@ std::string to_text(const Notification &notification) {
 }
 
 void NotificationQueue::put(const Notification &notification) {
-    if ((kinds_ & bit_of(notification.kind)) == 0) {
-        return;
-    }
-    last_ = notification.time;
-    if (waiting_.size() >= kMost) {
-        ++missed_;
-        return;
-    }
-    const bool was_empty = waiting_.empty() && missed_ == 0;
-    if (missed_ != 0) {
-        waiting_.push_back({notification.time, NotificationKind::kMissed, "", 0, 0, {}, std::exchange(missed_, 0)});
-    }
-    waiting_.push_back(notification);
-    if (was_empty) {
-        wake_();
+    if ((kinds_ & bit_of(notification.kind)) != 0) {
+        last_ = notification.time;
+        queue_.put(notification);
     }
 }
 
 std::optional<Notification> NotificationQueue::take() {
-    if (waiting_.empty()) {
-        const uint64_t missed = std::exchange(missed_, 0);
-        return missed == 0 ? std::nullopt
-                           : std::optional<Notification>{{last_, NotificationKind::kMissed, "", 0, 0, {}, missed}};
+    const auto taken = queue_.take();
+    if (!taken) {
+        return std::nullopt;
     }
-    const Notification first = waiting_.front();
-    waiting_.pop_front();
-    return first;
+    if (const auto *missed = std::get_if<Missed>(&*taken)) {
+        return Notification{last_, NotificationKind::kMissed, "", 0, 0, {}, missed->count};
+    }
+    return std::get<Notification>(*taken);
 }
 
 }  // namespace vdevice::inspect

@@ -3,13 +3,13 @@
 
 #include <stdint.h>
 #include <array>
-#include <deque>
 #include <functional>
 #include <nlohmann/json_fwd.hpp>
 #include <optional>
 
 #include "vdevice/chip/frame/frame.h"
 #include "vdevice/chip/frame/time.h"
+#include "vdevice/inspect/bounded_queue.h"
 
 namespace vdevice::inspect {
 
@@ -45,13 +45,13 @@ struct Notification {
 nlohmann::json to_json(const Notification &notification);
 std::string to_text(const Notification &notification);
 
-/** What one watcher has not taken yet. It is bounded: who is too slow is told how much it missed. */
+/** What one watcher has not taken yet of what it asked for. */
 class NotificationQueue {
   public:
     static constexpr size_t kMost = 1024;
 
-    /** @p wake is called when the queue is no longer empty. */
-    NotificationQueue(NotificationKinds kinds, std::function<void()> wake) : kinds_{kinds}, wake_{std::move(wake)} {}
+    NotificationQueue(NotificationKinds kinds, std::function<void()> wake)
+        : kinds_{kinds}, queue_{kMost, std::move(wake)} {}
 
     /** Drops what the watcher has not asked for. */
     void put(const Notification &notification);
@@ -59,9 +59,7 @@ class NotificationQueue {
 
   private:
     NotificationKinds kinds_;
-    std::function<void()> wake_;
-    std::deque<Notification> waiting_;
-    uint64_t missed_ = 0; /**< behind those that wait */
+    BoundedQueue<Notification> queue_;
     chip::Time last_{};
 };
 

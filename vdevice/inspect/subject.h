@@ -3,7 +3,9 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <nlohmann/json_fwd.hpp>
+#include <optional>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -37,6 +39,9 @@ struct Subject {
 };
 
 inline constexpr bool kLong = true;
+
+/** Gives the next line for a client that is told what happens, in JSON, or nothing until something happens. */
+using Lines = std::function<std::optional<std::string>()>;
 
 /** All subjects, in the order of the help. */
 std::span<const Subject *const> subjects();

@@ -13,7 +13,7 @@ using nlohmann::json;
 
 extern const Subject kPorts, kVlans, kMacs, kMcast, kLimits, kTrunks, kCounters, kLog, kEvents, kReserved, kMirrors,
     kGroups, kTranslations, kPriorities, kFields, kStorm, kMeters, kQueues, kGpio, kVersion, kMetrics, kPull, kPlug,
-    kTrace, kClear, kWatch;
+    kTrace, kClear, kWatch, kExplain, kFollow, kCapture;
 
 namespace {
 
@@ -75,9 +75,9 @@ constexpr Subject kHelp{"help", "[SUBJECT]", "the commands with their arguments;
                         read_help, show_help};
 
 constexpr const Subject *kSubjects[] = {
-    &kPorts,    &kVlans,   &kMacs,    &kMcast,        &kLimits,     &kTrunks, &kCounters, &kLog,    &kEvents,
-    &kReserved, &kMirrors, &kGroups,  &kTranslations, &kPriorities, &kFields, &kStorm,    &kMeters, &kQueues,
-    &kGpio,     &kVersion, &kMetrics, &kPull,         &kPlug,       &kTrace,  &kClear,    &kWatch,  &kHelp,
+    &kPorts,   &kVlans,  &kMacs,         &kMcast,      &kLimits, &kTrunks, &kCounters, &kLog,    &kEvents,  &kReserved,
+    &kMirrors, &kGroups, &kTranslations, &kPriorities, &kFields, &kStorm,  &kMeters,   &kQueues, &kGpio,    &kVersion,
+    &kMetrics, &kPull,   &kPlug,         &kTrace,      &kClear,  &kWatch,  &kExplain,  &kFollow, &kCapture, &kHelp,
 };
 
 }  // namespace

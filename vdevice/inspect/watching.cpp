@@ -5,7 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "text/suggest.h"
-#include "vdevice/inspect/arguments.h"
+#include "vdevice/chip/account/names.h"
 #include "vdevice/inspect/port_names.h"
 #include "vdevice/inspect/subject.h"
 #include "vdevice/inspect/text.h"
@@ -14,11 +14,6 @@ namespace vdevice::inspect {
 namespace {
 
 using nlohmann::json;
-
-const char *name(chip::Lost reason) {
-    constexpr const char *kNames[] = {"too_long", "queue_full", "flushed", "loopback", "mirror_down"};
-    return kNames[static_cast<size_t>(reason)];
-}
 
 NotificationKinds kind_named(const std::string &word) {
     for (size_t i = 0; i < kNotificationNames.size(); ++i) {
@@ -55,67 +50,44 @@ extern constexpr Subject kWatch{"watch", "[KIND...]",
                                 "what happens, line by line: links, learning, ageing, drops, full", refuse_watch,
                                 show_nothing};
 
-namespace {
-
-std::optional<NotificationKinds> asked_kinds(const json &request) {
-    try {
-        return kinds_of(with_named_arguments(request, kWatch));
-    } catch (const Refusal &) {
-        return std::nullopt;
-    } catch (const json::exception &) {
-        return std::nullopt;
-    }
-}
-
-}  // namespace
-
 Watching::Watching(Device &device) : device_{device} {
     device_.add_link_listener([this](int port) { tell_link(port); });
 }
 
 std::shared_ptr<NotificationQueue> Watching::begin(NotificationKinds kinds, std::function<void()> wake) {
-    if (queues_.empty()) {
+    if (audience_.empty()) {
         sums_ = {};
         addresses_ = 0;
         aged_ = device_.chip().macs().counters().aged;
-        device_.set_watcher(this);
+        device_.add_watcher(*this);
     }
-    auto queue = std::make_shared<NotificationQueue>(kinds, std::move(wake));
-    queues_.push_back(queue);
-    return queue;
+    return audience_.add({kinds, std::move(wake)});
 }
 
 void Watching::tick() {
-    if (queues_.empty()) {
+    if (audience_.empty()) {
         return;
     }
     tell_sums();
-    std::erase_if(queues_, [](const auto &queue) { return queue.expired(); });
-    if (queues_.empty()) {
-        device_.set_watcher(nullptr);
+    audience_.forget_absent();
+    if (audience_.empty()) {
+        device_.remove_watcher(*this);
     }
 }
 
-Watching::Lines Watching::open(const json &request, const std::function<void()> &wake) {
-    const auto name = request.find("command");
-    if (name == request.end() || *name != kWatch.name) {
-        return nullptr;
-    }
-    const auto kinds = asked_kinds(request);
-    if (!kinds) {
-        return nullptr;  // the subject says what is wrong
-    }
+Lines Watching::open(const json &request, const std::function<void()> &wake) {
     const bool as_text = request.value("form", json("json")) == "text";
     const auto line_of = [as_text](const Notification &notification) {
         return (as_text ? json{{"text", to_text(notification)}} : to_json(notification)).dump();
     };
-    return [line_of, queue = begin(*kinds, wake), has_begun = false]() mutable -> std::optional<std::string> {
-        if (!std::exchange(has_begun, true)) {
-            return json{{"watching", true}}.dump();
-        }
-        const auto notification = queue->take();
-        return notification ? std::optional{line_of(*notification)} : std::nullopt;
-    };
+    return
+        [line_of, queue = begin(kinds_of(request), wake), has_begun = false]() mutable -> std::optional<std::string> {
+            if (!std::exchange(has_begun, true)) {
+                return json{{"watching", true}}.dump();
+            }
+            const auto notification = queue->take();
+            return notification ? std::optional{line_of(*notification)} : std::nullopt;
+        };
 }
 
 void Watching::passed(const chip::Passage &frame) {
@@ -135,11 +107,7 @@ void Watching::lost(int port, const chip::Frame & /*copy*/, const chip::Dispatch
 }
 
 void Watching::tell(const Notification &notification) {
-    for (const auto &queue : queues_) {
-        if (const auto kept = queue.lock()) {
-            kept->put(notification);
-        }
-    }
+    audience_.for_each([&](NotificationQueue &queue) { queue.put(notification); });
 }
 
 void Watching::tell_address(const chip::Passage &frame) {
@@ -182,7 +150,8 @@ void Watching::tell_sums_of(int port, const Sums &sums) {
         tell_count(NotificationKind::kDrops, port, chip::name(static_cast<chip::Drop>(reason)), sums.drops[reason]);
     }
     for (size_t reason = 0; reason < sums.lost.size(); ++reason) {
-        tell_count(NotificationKind::kDrops, port, name(static_cast<chip::Lost>(reason)), sums.lost[reason]);
+        tell_count(NotificationKind::kDrops, port, chip::wording(static_cast<chip::Lost>(reason)).word,
+                   sums.lost[reason]);
     }
     tell_count(NotificationKind::kFull, port, "", sums.no_room);
 }

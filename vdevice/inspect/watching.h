@@ -10,22 +10,18 @@
 
 #include "vdevice/chip/pipeline/watcher.h"
 #include "vdevice/device/device.h"
+#include "vdevice/inspect/audience.h"
 #include "vdevice/inspect/notification.h"
+#include "vdevice/inspect/subject.h"
 
 namespace vdevice::inspect {
 
 class Watching final : private chip::Watcher {
   public:
-    /** Gives the next line, in JSON, or nothing until something happens. */
-    using Lines = std::function<std::optional<std::string>()>;
-
     /** The device must outlive it. */
     explicit Watching(Device &device);
 
-    /**
-     * What the request asks for, from now on and for as long as somebody keeps it; null if the request is another one
-     * or wrong. @p wake is called when there is a line after there was none.
-     */
+    /** As Streams::open(). */
     Lines open(const nlohmann::json &request, const std::function<void()> &wake);
     /** To be called once a second. */
     void tick();
@@ -52,7 +48,7 @@ class Watching final : private chip::Watcher {
     void tell_count(NotificationKind kind, int port, const char *what, uint64_t count);
 
     Device &device_;
-    std::vector<std::weak_ptr<NotificationQueue>> queues_;
+    Audience<NotificationQueue> audience_;
     std::array<Sums, chip::kChipPorts> sums_{};
     uint64_t addresses_ = 0; /**< in this second */
     uint64_t aged_ = 0;      /**< up to the last second */

@@ -19,6 +19,8 @@ from .process import LineReader, poll_until, stop, tied
 READY_SECONDS = 20.0
 READY_LINE = "vdeviced: ready"
 CONTROL_SECONDS = 10.0
+# Ending a process with many packet sockets is the kernel's work, and waits for all processors more than once a socket.
+KILLED_SECONDS = 60.0
 FIRST_PHYSICAL_PORT = 4
 CPU_PORT = 0
 CPU_INTERFACE = "eth0"
@@ -111,7 +113,7 @@ class Device:
     def crash(self):
         """Kills the daemon as a power failure would, leaving the cables where they are."""
         self._daemon.kill()
-        self._daemon.wait(CONTROL_SECONDS)
+        self._daemon.wait(KILLED_SECONDS)
 
     def is_on(self):
         """Whether the daemon runs."""

@@ -205,12 +205,7 @@ void FieldTable::make_index() {
 void FieldTable::collect(uint32_t entry, FieldMatch &match) {
     match.rules.add(entry);
     ++entries_[entry]->matches;
-    for (const FieldRule *half : {static_cast<const FieldRule *>(&*entries_[entry]->installed), second_half(entry)}) {
-        if (half != nullptr) {
-            std::for_each(half->actions.begin(), half->actions.end(),
-                          [&](const Action &each) { match.actions.add(each); });
-        }
-    }
+    for_each_action(entry, [&](const Action &each) { match.actions.add(each); });
 }
 
 std::optional<FieldMatch> FieldTable::match(const FieldKey &key) {

@@ -4,6 +4,7 @@
 
 #include <stddef.h>
 #include <stdint.h>
+#include <algorithm>
 #include <array>
 #include <functional>
 #include <optional>
@@ -95,6 +96,15 @@ class FieldTable {
     /** The entry, or nothing. */
     const FieldEntry *find(uint32_t entry) const;
     void for_each(const std::function<void(uint32_t, const FieldEntry &)> &visit) const;
+    /** Calls visit(action) for each action of a rule, in the order in which they count; it must be installed. */
+    template <typename Visit>
+    void for_each_action(uint32_t entry, Visit visit) const {
+        for (const FieldRule *half : {&*get(entry).installed, second_half(entry)}) {
+            if (half != nullptr) {
+                std::for_each(half->actions.begin(), half->actions.end(), visit);
+            }
+        }
+    }
     /** Whether there is an installed rule. */
     bool has_rules() const { return rule_count_ != 0; }
 

@@ -38,6 +38,8 @@ void Egress::transmit(int port, const Frame &frame, Dispatch dispatch) {
     } else if (tables_.queues.holds(port) && settings.loopback == 0) {
         if (!tables_.queues.put(now_, port, queue, frame, dispatch)) {
             lose(port, frame, dispatch, Lost::kNoRoom);
+        } else if (watcher_ != nullptr) {
+            watcher_->queued(port, frame, dispatch);
         }
     } else {
         tables_.queues.pass(port, queue, frame.size());
@@ -59,8 +61,9 @@ void Egress::leave(int port, const Frame &frame, Dispatch dispatch) {
         sink_.transmit(port, frame);
     }
     if (dispatch.origin == Origin::kSwitched) {
-        tables_.mirrors.for_each_egress_copy(
-            port, [&](int destination) { send_to_mirror(destination, frame, dispatch.priority); });
+        tables_.mirrors.for_each_egress_copy(port, [&](int destination) {
+            send_to_mirror(destination, frame, {dispatch.priority, Origin::kEgressMirror});
+        });
     }
 }
 
@@ -76,8 +79,7 @@ void Egress::loop_back(int port, const Frame &frame, Dispatch dispatch) {
 
 // A copy goes out as it is, whatever the VLANs of its port, and is not mirrored again. A mirror port that is down loses
 // its copies; the frames themselves go their way.
-void Egress::send_to_mirror(int port, const Frame &frame, uint32_t priority) {
-    const Dispatch dispatch{priority, Origin::kMirror};
+void Egress::send_to_mirror(int port, const Frame &frame, Dispatch dispatch) {
     if (tables_.up.has(port)) {
         transmit(port, frame, dispatch);
     } else {
@@ -87,7 +89,7 @@ void Egress::send_to_mirror(int port, const Frame &frame, uint32_t priority) {
 
 void Egress::copy_to_flow_mirror(uint32_t session, const Frame &frame) {
     if (const int destination = tables_.mirrors.flow_destination(session); destination != Mirror::kNone) {
-        send_to_mirror(destination, frame, kUnknownPriority);
+        send_to_mirror(destination, frame, {kUnknownPriority, Origin::kFlowMirror});
     }
 }
 

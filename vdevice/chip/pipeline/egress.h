@@ -34,8 +34,9 @@ class Egress {
     void send_as_is(const Passage &p, int port);
     /** Sends a copy to the mirrors of what comes in on the port. */
     void mirror_ingress(int port, Bytes frame) {
-        tables_.mirrors.for_each_ingress_copy(
-            port, [&](int destination) { send_to_mirror(destination, split_frame(frame), kUnknownPriority); });
+        tables_.mirrors.for_each_ingress_copy(port, [&](int destination) {
+            send_to_mirror(destination, split_frame(frame), {kUnknownPriority, Origin::kIngressMirror});
+        });
     }
     /** Sends a copy of a frame that a rule has selected to where the session's flow mirror goes, if anywhere. */
     void copy_to_flow_mirror(uint32_t session, const Frame &frame);
@@ -68,7 +69,7 @@ class Egress {
     void transmit(int port, const Frame &frame, Dispatch dispatch);
     void leave(int port, const Frame &frame, Dispatch dispatch);
     void loop_back(int port, const Frame &frame, Dispatch dispatch);
-    void send_to_mirror(int port, const Frame &frame, uint32_t priority);
+    void send_to_mirror(int port, const Frame &frame, Dispatch dispatch);
     void lose(int port, const Frame &frame, Dispatch dispatch, Lost reason);
 
     Tables &tables_;

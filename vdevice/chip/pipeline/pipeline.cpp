@@ -17,6 +17,10 @@ void Pipeline::receive(Time now, int port, Bytes frame) {
 
 /** The steps of a frame's way, in their order. A step that ends the way is false. */
 void Pipeline::process(Passage &p) {
+    Watcher *watcher = egress_.watcher();
+    if (watcher != nullptr) {
+        watcher->begun();
+    }
     [[maybe_unused]] const bool is_forwarded = ingress_.accept(p)            // 1 the port takes it
                                                && ingress_.unwrap(p)         // 2 from the CPU: what it wants
                                                && ingress_.read(p)           // 3 header, no attack
@@ -30,7 +34,7 @@ void Pipeline::process(Passage &p) {
     if (p.drop) {
         tables_.count_drop(p.ingress, *p.drop);
     }
-    if (Watcher *watcher = egress_.watcher()) {
+    if (watcher != nullptr) {
         watcher->passed(p);
     }
 }

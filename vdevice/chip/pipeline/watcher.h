@@ -18,10 +18,14 @@ enum class Lost : uint8_t {
 class Watcher {
   public:
     virtual ~Watcher() = default;
+    /** A frame begins its way. What is told until it has passed is about it. */
+    virtual void begun() {}
     /** A frame has passed, or was dropped. Its octets and pointers hold during the call only. */
     virtual void passed(const Passage & /*frame*/) {}
     /** A copy leaves by the port, to the wire or back into the port. A queued one leaves after its frame has passed. */
     virtual void left(int /*port*/, const Frame & /*copy*/, const Dispatch & /*dispatch*/) {}
+    /** A copy waits in its queue. */
+    virtual void queued(int /*port*/, const Frame & /*copy*/, const Dispatch & /*dispatch*/) {}
     virtual void lost(int /*port*/, const Frame & /*copy*/, const Dispatch & /*dispatch*/, Lost /*reason*/) {}
 
   protected:

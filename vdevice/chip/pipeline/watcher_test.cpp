@@ -38,11 +38,11 @@ TEST_F(WatcherTest, CopiesLeaveMirrorsCopiesToo) {
     EXPECT_EQ(watcher_.take_left(), (LeftCopies{{kB, Origin::kSwitched}}));
     ASSERT_EQ(chip_.mirrors().set_port(0, kA, kC, 2), Status::kOk);
     send(kA, frame());
-    EXPECT_EQ(watcher_.take_left(), (LeftCopies{{kC, Origin::kMirror}, {kB, Origin::kSwitched}}));
+    EXPECT_EQ(watcher_.take_left(), (LeftCopies{{kC, Origin::kIngressMirror}, {kB, Origin::kSwitched}}));
     chip_.set_link(kC, false);
     send(kA, frame());
     EXPECT_EQ(watcher_.take_left(), (LeftCopies{{kB, Origin::kSwitched}}));
-    EXPECT_EQ(watcher_.take_lost(), (LostCopies{{kC, Lost::kMirrorDown, Origin::kMirror}}));
+    EXPECT_EQ(watcher_.take_lost(), (LostCopies{{kC, Lost::kMirrorDown, Origin::kIngressMirror}}));
     EXPECT_EQ(chip_.port(kC).counters.tx_mirror_down, 1U);
 }
 

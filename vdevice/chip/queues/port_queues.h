@@ -18,7 +18,12 @@
 namespace vdevice::chip {
 
 /** Whether a frame was switched or is a mirror's copy, which is not mirrored again. */
-enum class Origin : uint8_t { kSwitched, kMirror };
+enum class Origin : uint8_t {
+    kSwitched,
+    kIngressMirror, /**< of what comes in on a port */
+    kEgressMirror,  /**< of what leaves by a port */
+    kFlowMirror,    /**< of what a rule has selected */
+};
 
 /** Data of a frame on its way out, besides its octets. */
 struct Dispatch {

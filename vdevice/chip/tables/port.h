@@ -7,6 +7,7 @@
 
 #include "vdevice/chip/frame/chip_ports.h"
 #include "vdevice/chip/frame/frame.h"
+#include "vdevice/chip/frame/wording.h"
 #include "vdevice/chip/rates/limiter.h"
 #include "vdevice/chip/rates/storm_control.h"
 #include "vdevice/chip/tables/group_rules.h"
@@ -18,46 +19,49 @@
 
 namespace vdevice::chip {
 
-/** Why a frame was not forwarded. Counted on the ingress port. */
+/** Why a frame was not forwarded, as wording() says. Counted on the ingress port. */
 enum class Drop : uint8_t {
-    kPortDown,          /**< came in on a port that is disabled or has no link */
-    kRunt,              /**< no whole Ethernet header */
-    kOversize,          /**< longer than the port takes */
-    kVlanMissing,       /**< its VLAN does not exist */
-    kNotMember,         /**< the ingress port is not a member of its VLAN */
-    kSamePort,          /**< its destination is behind the port it came in on */
-    kEgressNotMember,   /**< its destination's port is not a member of its VLAN */
-    kEgressDown,        /**< its destination's port is disabled or has no link */
-    kNoDestination,     /**< flooded or redirected, but no other such port is up */
-    kNoSwitchTag,       /**< from the CPU without a whole switch tag */
-    kBadOpcode,         /**< from the CPU with an unknown opcode */
-    kDirectedToCpu,     /**< from the CPU, directed to the CPU port itself */
-    kDirectedToUnknown, /**< from the CPU, directed to a port that the chip does not have */
-    kUnknownSource,     /**< from an address that the port's learning mode does not let pass */
-    kIsolated,          /**< its destination's port is not in the ingress port's egress set */
-    kRule,              /**< by a rule of the field processor, or because the port's frames must meet one */
-    kMeter,             /**< over the rate of a rule's meter */
-    kLoopback,          /**< from the wire of a port in loopback, or looped back too often */
-    kFiltered,          /**< from or to an address that is filtered */
-    kLearnLimit,        /**< from an address that a limit does not let be learned */
-    kUnknownGroup,      /**< to an IP multicast group without an entry */
-    kDosSameMac,        /**< its source address is its destination address */
-    kDosLand,           /**< an IP packet from its own destination */
-    kDosNullScan,       /**< a TCP segment without a flag */
-    kDosSynFin,         /**< a TCP segment that opens and closes at once */
-    kDosXmasScan,       /**< a TCP segment with FIN, PSH and URG alone */
-    kDosFragment,       /**< a TCP fragment made to hide the segment's flags */
-    kStpBlocked,        /**< the port does not forward in the spanning-tree group of its VLAN */
-    kStpEgress,         /**< its destination's port does not forward in that group */
-    kPoliced,           /**< over the port's ingress limit */
-    kStorm,             /**< over one of the port's storm limits */
+    kPortDown,
+    kRunt,
+    kOversize,
+    kVlanMissing,
+    kNotMember,
+    kSamePort,
+    kEgressNotMember,
+    kEgressDown,
+    kNoDestination,
+    kNoSwitchTag,
+    kBadOpcode,
+    kDirectedToCpu,
+    kDirectedToUnknown,
+    kUnknownSource,
+    kIsolated,
+    kRule,
+    kMeter,
+    kLoopback,
+    kFiltered,
+    kLearnLimit,
+    kUnknownGroup,
+    kDosSameMac,
+    kDosLand,
+    kDosNullScan,
+    kDosSynFin,
+    kDosXmasScan,
+    kDosFragment,
+    kStpBlocked,
+    kStpEgress,
+    kPoliced,
+    kStorm,
     kCount,
 };
 
 constexpr size_t kDropReasons = static_cast<size_t>(Drop::kCount);
 
+const Wording &wording(Drop reason);
 /** The short name of the reason, for tables and logs. */
-const char *name(Drop reason);
+inline const char *name(Drop reason) {
+    return wording(reason).word;
+}
 
 /** The kind of a destination address. */
 enum class Cast : uint8_t { kUnicast, kMulticast, kBroadcast, kCount };

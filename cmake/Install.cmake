@@ -1,0 +1,62 @@
+# What is installed, in components: cmake --install FOLDER --component NAME. The rules of each thing are here, so that it
+# is seen what a component is made of.
+install(TARGETS adp EXPORT adp LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime)
+if(NOT PROJECT_IS_TOP_LEVEL)  # the other project's package has the library, and what else is for that project to say
+    return()
+endif()
+include(CMakePackageConfigHelpers)
+
+# adp_install_package(NAME COMPONENT): the targets of an export and the file for pkg-config.
+set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/adp)
+function(adp_install_package name component)
+    install(EXPORT ${name} NAMESPACE adp:: FILE ${name}-targets.cmake DESTINATION ${package_folder}
+            COMPONENT ${component})
+    # The prefix is known when it is installed: cmake --install FOLDER --prefix PREFIX.
+    set(prefix @prefix@)
+    configure_file(${PROJECT_SOURCE_DIR}/cmake/${name}.pc.in ${PROJECT_BINARY_DIR}/package/${name}.pc.in @ONLY)
+    install(CODE "set(prefix \${CMAKE_INSTALL_PREFIX})
+                  configure_file(${PROJECT_BINARY_DIR}/package/${name}.pc.in ${PROJECT_BINARY_DIR}/package/${name}.pc @ONLY)"
+            COMPONENT ${component})
+    install(FILES ${PROJECT_BINARY_DIR}/package/${name}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
+            COMPONENT ${component})
+endfunction()
+
+# dev: to compile and link programs
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT dev
+        FILES_MATCHING PATTERN *.h)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/platform/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/adp/platform COMPONENT dev
+        FILES_MATCHING PATTERN *.h PATTERN symbols EXCLUDE)
+configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/adp-config.cmake.in ${PROJECT_BINARY_DIR}/package/adp-config.cmake
+                              INSTALL_DESTINATION ${package_folder})
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/package/adp-config-version.cmake COMPATIBILITY SameMinorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/package/adp-config.cmake ${PROJECT_BINARY_DIR}/package/adp-config-version.cmake
+        DESTINATION ${package_folder} COMPONENT dev)
+adp_install_package(adp dev)
+
+# examples and doc: as they stand in the project, so that the links between pages lead somewhere
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT examples
+        FILES_MATCHING PATTERN *.c PATTERN *.h PATTERN CMakeLists.txt)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT doc
+        FILES_MATCHING PATTERN *.md PATTERN *.svg)
+install(FILES ${PROJECT_SOURCE_DIR}/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT doc)
+
+# vdevice: in a folder of its own, so that nobody takes its driver library for a board's
+set(vdevice_folder ${CMAKE_INSTALL_LIBDIR}/adp/virtual-device)
+if(ADP_BUILD_VDEVICE)
+    install(TARGETS netlink_api device_services virtual_device EXPORT adp-virtual-device
+            LIBRARY DESTINATION ${vdevice_folder} COMPONENT vdevice)
+    adp_install_package(adp-virtual-device vdevice)
+    install(FILES ${PROJECT_SOURCE_DIR}/vdevice/remote/vdev_linkscan.h ${PROJECT_SOURCE_DIR}/vdevice/services/vdev_equeue.h
+            DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/adp/vdevice COMPONENT vdevice)
+endif()
+if(TARGET vdeviced)
+    install(TARGETS vdeviced vdevctl DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT vdevice)
+    install(FILES ${PROJECT_BINARY_DIR}/vdeviced.service DESTINATION lib/systemd/system COMPONENT vdevice)
+endif()
+
+# tools: they are linked with the virtual device's libraries
+if(ADP_BUILD_TOOLS)
+    file(RELATIVE_PATH libraries ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+    set_target_properties(adpsh PROPERTIES INSTALL_RPATH "$ORIGIN/${libraries};$ORIGIN/${libraries}/adp/virtual-device")
+    install(TARGETS adpsh DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+endif()
