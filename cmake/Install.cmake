@@ -1,12 +1,12 @@
-# What is installed, in components: cmake --install FOLDER --component NAME. The rules of each thing are here, so that it
-# is seen what a component is made of.
+# What is installed, in components: cmake --install FOLDER --component NAME.
 install(TARGETS adp EXPORT adp LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime)
 if(NOT PROJECT_IS_TOP_LEVEL)  # the other project's package has the library, and what else is for that project to say
     return()
 endif()
 include(CMakePackageConfigHelpers)
 
-# adp_install_package(NAME COMPONENT): the targets of an export and the file for pkg-config.
+# adp_install_package(NAME COMPONENT)
+# The targets of an export, for CMake and for pkg-config.
 set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/adp)
 function(adp_install_package name component)
     install(EXPORT ${name} NAMESPACE adp:: FILE ${name}-targets.cmake DESTINATION ${package_folder}
@@ -14,10 +14,11 @@ function(adp_install_package name component)
     # The prefix is known when it is installed: cmake --install FOLDER --prefix PREFIX.
     set(prefix @prefix@)
     configure_file(${PROJECT_SOURCE_DIR}/cmake/${name}.pc.in ${PROJECT_BINARY_DIR}/package/${name}.pc.in @ONLY)
-    install(CODE "set(prefix \${CMAKE_INSTALL_PREFIX})
-                  configure_file(${PROJECT_BINARY_DIR}/package/${name}.pc.in ${PROJECT_BINARY_DIR}/package/${name}.pc @ONLY)"
-            COMPONENT ${component})
-    install(FILES ${PROJECT_BINARY_DIR}/package/${name}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
+    install(CODE "set(prefix \"\${CMAKE_INSTALL_PREFIX}\")
+                  set(file \"\${prefix}/${CMAKE_INSTALL_LIBDIR}/pkgconfig/${name}.pc\")
+                  message(STATUS \"Installing: \$ENV{DESTDIR}\${file}\")
+                  configure_file(\"${PROJECT_BINARY_DIR}/package/${name}.pc.in\" \"\$ENV{DESTDIR}\${file}\" @ONLY)
+                  list(APPEND CMAKE_INSTALL_MANIFEST_FILES \"\${file}\")"
             COMPONENT ${component})
 endfunction()
 
@@ -54,9 +55,11 @@ if(TARGET vdeviced)
     install(FILES ${PROJECT_BINARY_DIR}/vdeviced.service DESTINATION lib/systemd/system COMPONENT vdevice)
 endif()
 
-# tools: they are linked with the virtual device's libraries
+# tools: the shell is linked with the virtual device's libraries
 if(ADP_BUILD_TOOLS)
     file(RELATIVE_PATH libraries ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
     set_target_properties(adpsh PROPERTIES INSTALL_RPATH "$ORIGIN/${libraries};$ORIGIN/${libraries}/adp/virtual-device")
     install(TARGETS adpsh DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+    install(FILES ${PROJECT_SOURCE_DIR}/tools/wireshark/adp_switch_tag.lua DESTINATION ${CMAKE_INSTALL_DATADIR}/adp
+            COMPONENT tools)
 endif()

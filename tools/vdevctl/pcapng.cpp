@@ -1,7 +1,6 @@
 // The blocks of pcapng. Numbers are little-endian on every machine; the section header tells readers so.
 #include "tools/vdevctl/pcapng.h"
 
-#include <sys/utsname.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -72,11 +71,6 @@ class Block {
     std::string octets_;
 };
 
-std::string running_system() {
-    utsname system{};
-    return uname(&system) == 0 ? std::string{system.sysname} + " " + system.release : "";
-}
-
 std::string section(std::string_view application) {
     constexpr uint16_t kMajor = 1;
     constexpr uint16_t kMinor = 0;
@@ -85,7 +79,7 @@ std::string section(std::string_view application) {
     block.number(kMajor);
     block.number(kMinor);
     block.number(std::numeric_limits<uint64_t>::max());  // up to the end of the file
-    block.option(kSystem, running_system());
+    block.option(kSystem, "Linux");
     block.option(kApplication, application);
     return block.finished();
 }

@@ -58,7 +58,7 @@ def test_what_stands_in_front_of_the_frames(capture):
     lines = [line.strip() for line in output(capture.parent, "capinfos", str(capture)).decode().splitlines()]
     wanted = ["File type:           Wireshark/... - pcapng", "Number of packets:   5", "File encapsulation:  Ethernet",
               "File timestamp precision:  nanoseconds (9)", "Capture application: write_capture 1.0",
-              f"Capture oper-sys:    {os.uname().sysname} {os.uname().release}", "Number of interfaces in file: 3"]
+              "Capture oper-sys:    Linux", "Number of interfaces in file: 3"]
     assert [line for line in wanted if line not in lines] == []
     assert [line for line in lines if line.startswith("Name =")] == [f"Name = {name}" for name in INTERFACES]
     assert lines.count("Encapsulation = Ethernet (1 - ether)") == 3

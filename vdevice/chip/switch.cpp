@@ -91,8 +91,7 @@ void Switch::receive(Time now, int port, Bytes frame) {
 }
 
 void Switch::depart(Time now) {
-    pipeline_.egress().send_until(now);
-    pipeline_.egress().announce_departure();
+    pipeline_.depart(now);
 }
 
 std::optional<Time> Switch::next_departure() const {
@@ -119,7 +118,7 @@ Status Switch::set_shaper(Time now, int port, const RateLimit &limit) {
     if (!has_port(port)) {
         return Status::kNoPort;
     }
-    pipeline_.egress().send_until(now);
+    pipeline_.depart(now);
     const Status status = tables_.queues.set_shaper(now, port, limit);
     pipeline_.egress().announce_departure();
     return status;
@@ -129,7 +128,7 @@ Status Switch::set_scheduler(Time now, int port, const SchedulerSettings &settin
     if (!has_port(port)) {
         return Status::kNoPort;
     }
-    pipeline_.egress().send_until(now);
+    pipeline_.depart(now);
     const Status status = tables_.queues.set_scheduler(now, port, settings);
     pipeline_.egress().announce_departure();
     return status;

@@ -68,7 +68,7 @@ json explain(Device &device, const json &request) {
     const int port = ingress_port(device, request);
     const std::vector<uint8_t> frame = requested_frame(request);
     json frames = json::array();
-    for (const chip::Account &account : chip::explain(device.chip().tables(), device.now(), port, frame)) {
+    for (const chip::Account &account : chip::Explainer{}.explain(device.chip().tables(), device.now(), port, frame)) {
         frames.push_back(to_json(account, device.board()));
     }
     return {{"frames", frames}};

@@ -63,7 +63,8 @@ std::optional<Value> option(const json &request, const Filter &filter, Read read
 }  // namespace
 
 FrameFilter::FrameFilter(const Device &device, const json &request)
-    : mac_{option<chip::Mac>(request, kFrameMac, mac_of)},
+    : tables_{&device.chip().tables()},
+      mac_{option<chip::Mac>(request, kFrameMac, mac_of)},
       type_{option<uint16_t>(request, kFrameType, type_of)},
       dropped_{request.value(kFrameDropped.name, false)},
       reason_{option<std::string>(request, kFrameReason, reason_of).value_or("")} {
@@ -97,7 +98,10 @@ bool FrameFilter::fits_reason(const chip::Passage &frame, const std::vector<chip
         return true;
     }
     const auto fits_word = [&](const char *word) { return reason_.empty() || reason_ == word; };
+    const std::vector<chip::Drop> directed = directed_drops(*tables_, frame);
     return (frame.drop && fits_word(chip::name(*frame.drop))) ||
+           std::any_of(directed.begin(), directed.end(),
+                       [&](chip::Drop drop) { return fits_word(chip::name(drop)); }) ||
            std::any_of(copies.begin(), copies.end(), [&](const chip::Copy &copy) {
                return copy.fate == chip::Fate::kLost && fits_word(chip::wording(copy.lost).word);
            });

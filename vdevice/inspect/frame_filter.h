@@ -36,6 +36,7 @@ class FrameFilter {
     bool fits_port(const chip::Passage &frame) const;
     bool fits_reason(const chip::Passage &frame, const std::vector<chip::Copy> &copies) const;
 
+    const chip::Tables *tables_;
     std::optional<chip::PortSet> ports_; /**< the frame came in or was to leave there */
     std::vector<bool> vids_;             /**< empty: all */
     std::optional<chip::Mac> mac_;       /**< of either end */

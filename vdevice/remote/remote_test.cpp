@@ -102,7 +102,8 @@ TEST(Remote, FailsACallWithoutADaemonAndSaysWhyOnce) {
     EXPECT_EQ(create_vlan(client, 1), kCallLost);
     const std::string said = testing::internal::GetCapturedStderr();
     EXPECT_EQ(said, "libtest: user_vlan_create failed: the virtual device at " + folder.socket() +
-                        " cannot be reached: No such file or directory.\n");
+                        " cannot be reached: no vdeviced is running there. Start it, or name its folder in "
+                        "VDEVICE_DIR.\n");
 }
 
 TEST(Remote, FindsADaemonThatComesLater) {

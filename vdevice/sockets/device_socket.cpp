@@ -63,6 +63,9 @@ int connect_to_device(UniqueFd &socket, const std::string &path, std::chrono::st
 
 std::string connect_problem(int error) {
     switch (error) {
+        case ENOENT:
+        case ECONNREFUSED:
+            return "no vdeviced is running there. Start it, or name its folder in VDEVICE_DIR";
         case EPERM:
             return "it is another user's, or others may write to its folder";
         case ENAMETOOLONG:

@@ -67,8 +67,7 @@ Copy copy_of(const Tables &tables, int port, const Frame &copy, const Dispatch &
 }
 
 Account account_of(const Tables &tables, const Passage &p, std::vector<Copy> copies) {
-    Account account{p.now, p.ingress, {}, p.header, steps_of(tables, p), std::move(copies), {}, p.drop};
-    account.header.payload = {};
+    Account account{p.now, p.ingress, {}, steps_of(tables, p), std::move(copies), {}, p.drop};
     if (p.vlan != nullptr || p.tci != 0) {
         account.vid = p.vid();
     }

@@ -54,7 +54,6 @@ struct Account {
     Time time{};
     int ingress = 0;
     std::optional<Vid> vid; /**< in which it goes on, if it came so far */
-    Header header;          /**< without the payload; of a frame without a whole one as constructed */
     std::vector<Step> steps;
     std::vector<Copy> copies;
     std::vector<std::pair<int, Unsent>> unsent; /**< of each port of the chip without a copy */
@@ -64,6 +63,8 @@ struct Account {
     bool is_loss() const;
 };
 
+/** Of a frame that the CPU directed to ports: why each of them cannot have it. */
+std::vector<Drop> directed_drops(const Tables &tables, const Passage &p);
 /** The steps up to where its way ended. To be called when the frame passes. */
 std::vector<Step> steps_of(const Tables &tables, const Passage &p);
 /** A copy of the frame, on its way through the port. */

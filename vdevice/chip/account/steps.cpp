@@ -79,6 +79,9 @@ class Steps {
         if (is_directed) {
             add_header(read_header(p_.frame, kVlanTpid));
             add_way();
+            for (const Drop drop : directed_drops(tables_, p_)) {
+                add(Dropped{drop});
+            }
         }
         return !is_directed;
     }
@@ -237,6 +240,18 @@ class Steps {
 };
 
 }  // namespace
+
+std::vector<Drop> directed_drops(const Tables &tables, const Passage &p) {
+    std::vector<Drop> drops;
+    if (p.way == Way::kDirected) {
+        (p.wanted - p.chosen).for_each([&](int port) {
+            if (const auto drop = why_not_directed(tables, port)) {
+                drops.push_back(*drop);
+            }
+        });
+    }
+    return drops;
+}
 
 std::vector<Step> steps_of(const Tables &tables, const Passage &p) {
     return Steps{tables, p}.take();

@@ -43,6 +43,16 @@ EgressLimits egress_limits(const Tables &tables, const Passage &p) {
     return limits;
 }
 
+std::optional<Drop> why_not_directed(const Tables &tables, int port) {
+    if (port == kCpuPort) {
+        return Drop::kDirectedToCpu;
+    }
+    if (!is_chip_port(port)) {
+        return Drop::kDirectedToUnknown;
+    }
+    return tables.up.has(port) ? std::nullopt : std::optional{Drop::kEgressDown};
+}
+
 std::optional<Unsent> why_unsent(const Tables &tables, const Passage &p, int port) {
     if (p.chosen.has(port)) {
         return std::nullopt;

@@ -67,6 +67,9 @@ inline bool may_leave(const Tables &tables, const Passage &p, int port) {
            !p.entry->is_behind(p.ingress, tables.trunk_of(p.ingress));
 }
 
+/** Why the CPU cannot direct a frame to the port, whatever its number; nothing if it can. */
+std::optional<Drop> why_not_directed(const Tables &tables, int port);
+
 /** Why the frame, which has passed, was not sent to the port; nothing if it was. */
 std::optional<Unsent> why_unsent(const Tables &tables, const Passage &p, int port);
 

@@ -2,6 +2,7 @@
 #include "vdevice/chip/pipeline/ingress.h"
 
 #include "vdevice/chip/frame/remark.h"
+#include "vdevice/chip/pipeline/egress_limits.h"
 #include "vdevice/chip/tables/dos_filter.h"
 
 namespace vdevice::chip {
@@ -102,12 +103,8 @@ void Ingress::send_directed(Passage &p, const TransmitTag &tag) {
 
 // Each of several ports that cannot have the frame is counted.
 void Ingress::send_directed_to(Passage &p, int port) {
-    if (port == kCpuPort) {
-        tables_.count_drop(kCpuPort, Drop::kDirectedToCpu);
-    } else if (!is_chip_port(port)) {
-        tables_.count_drop(kCpuPort, Drop::kDirectedToUnknown);
-    } else if (!tables_.up.has(port)) {
-        tables_.count_drop(kCpuPort, Drop::kEgressDown);
+    if (const auto reason = why_not_directed(tables_, port)) {
+        tables_.count_drop(kCpuPort, *reason);
     } else {
         p.chosen.add(port);
         if (p.vlan != nullptr) {

@@ -4,15 +4,36 @@
 namespace vdevice::chip {
 
 void Pipeline::receive(Time now, int port, Bytes frame) {
-    egress_.send_until(now);
+    settle(now);
     Passage passage{now, port, frame};
     process(passage);
-    if (!egress_.looped().empty()) {
-        process_looped(now);
-    }
     // What is within its port's rate leaves at once.
-    egress_.send_until(now);
+    settle(now);
     egress_.announce_departure();
+}
+
+void Pipeline::depart(Time now) {
+    settle(now);
+    egress_.announce_departure();
+}
+
+/**
+ * Afterwards nothing is under way: frames have left or wait in queues. A looped frame may be looped again, by another
+ * port and endlessly, and a mirror's copy of a queued frame may come back, too: the list grows while it is worked off,
+ * but only up to its limit.
+ */
+void Pipeline::settle(Time now) {
+    std::vector<LoopedFrame> &looped = egress_.looped();
+    size_t next = 0;
+    do {
+        while (next < looped.size()) {
+            const LoopedFrame frame = std::move(looped[next++]);
+            Passage passage{now, frame.port, frame.octets, true};
+            process(passage);
+        }
+        egress_.send_until(now);
+    } while (next < looped.size());
+    looped.clear();
 }
 
 /** The steps of a frame's way, in their order. A step that ends the way is false. */
@@ -37,19 +58,6 @@ void Pipeline::process(Passage &p) {
     if (watcher != nullptr) {
         watcher->passed(p);
     }
-}
-
-// A looped frame may be looped again, by another port and endlessly: the list grows while it is worked off, but only up
-// to its limit.
-void Pipeline::process_looped(Time now) {
-    std::vector<LoopedFrame> &looped = egress_.looped();
-    size_t next = 0;
-    while (next < looped.size()) {
-        const LoopedFrame frame = std::move(looped[next++]);
-        Passage passage{now, frame.port, frame.octets, true};
-        process(passage);
-    }
-    looped.clear();
 }
 
 }  // namespace vdevice::chip

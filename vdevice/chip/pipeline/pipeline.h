@@ -13,11 +13,13 @@ class Pipeline {
 
     /** The port must exist. */
     void receive(Time now, int port, Bytes frame);
+    /** Sends the queued frames that leave until now. */
+    void depart(Time now);
     Egress &egress() { return egress_; }
 
   private:
     void process(Passage &p);
-    void process_looped(Time now);
+    void settle(Time now);
 
     Tables &tables_;
     Egress egress_;

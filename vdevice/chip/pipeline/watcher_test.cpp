@@ -95,5 +95,18 @@ TEST_F(WatcherTest, ALoopedFramePassesAgainUntilItIsLoopedTooOften) {
     EXPECT_EQ(watcher_.take_lost(), (LostCopies{{kB, Lost::kLoopback, Origin::kSwitched}}));
 }
 
+TEST_F(WatcherTest, AMirrorsCopyOfAQueuedFrameComesBackAsItLeaves) {
+    ASSERT_EQ(chip_.mirrors().set_port(0, kB, kC, 4), Status::kOk);
+    change(kC, [](Port &port) { port.loopback = 1; });
+    shape_b();
+    send(kA, frame());
+    watcher_.take_passages();
+    chip_.depart(3s);
+    const std::vector<Passage> passages = watcher_.take_passages();
+    ASSERT_EQ(passages.size(), 1U) << "not only with the next frame";
+    EXPECT_EQ(passages[0].ingress, kC);
+    EXPECT_TRUE(passages[0].is_looped);
+}
+
 }  // namespace watcher_test
 }  // namespace vdevice::chip

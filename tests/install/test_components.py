@@ -1,0 +1,71 @@
+"""What each component contains: all of it, and nothing else."""
+from fnmatch import fnmatchcase
+
+import pytest
+from conftest import BUILD, COMPILER, COMPONENTS, EMULATOR, ROOT, TOOLCHAIN, files_of, install, run, succeed
+
+PACKAGE = "lib/cmake/adp/adp"
+
+
+def of_source(folder, installed, *patterns):
+    return {f"{installed}/{path.relative_to(ROOT / folder)}" for pattern in patterns
+            for path in (ROOT / folder).rglob(pattern)}
+
+
+NATIVE = {"bin/vdeviced", "bin/vdevctl", "lib/systemd/system/vdeviced.service"}
+CONTENTS = {
+    "runtime": {"lib/libadp.so"},
+    "dev": {"lib/pkgconfig/adp.pc", f"{PACKAGE}-config.cmake", f"{PACKAGE}-config-version.cmake",
+            f"{PACKAGE}-targets.cmake", f"{PACKAGE}-targets-*.cmake"}
+           | of_source("include", "include", "*.h") | of_source("platform", "include/adp/platform", "*.h"),
+    "vdevice": {"lib/adp/virtual-device/libnetlink_api.so", "lib/adp/virtual-device/libdevice_services.so",
+                "lib/pkgconfig/adp-virtual-device.pc", f"{PACKAGE}-virtual-device-targets.cmake",
+                f"{PACKAGE}-virtual-device-targets-*.cmake", "include/adp/vdevice/vdev_linkscan.h",
+                "include/adp/vdevice/vdev_equeue.h"} | (set() if TOOLCHAIN else NATIVE),
+    "tools": {"bin/adpsh", "share/adp/adp_switch_tag.lua"},
+    "examples": of_source("examples", "share/doc/adp/examples", "*.c", "*.h", "CMakeLists.txt"),
+    "doc": of_source("docs", "share/doc/adp/docs", "*.md", "*.svg") | {"share/doc/adp/README.md"},
+}
+
+
+def unlike(files, patterns):
+    """Files that no pattern stands for, and patterns without a file."""
+    return ({file for file in files if not any(fnmatchcase(file, pattern) for pattern in patterns)},
+            {pattern for pattern in patterns if not any(fnmatchcase(file, pattern) for file in files)})
+
+
+@pytest.mark.parametrize("component", COMPONENTS)
+def test_component(component, tmp_path):
+    assert unlike(install(component, tmp_path), CONTENTS[component]) == (set(), set())
+
+
+def test_everything_is_in_a_component(prefix, tmp_path):
+    assert install(None, tmp_path) == files_of(prefix)
+
+
+def delivered(path, folder):
+    """What a file contains, without debugging data, which names the sources."""
+    if path.open("rb").read(4) != b"\x7fELF":
+        return path.read_bytes()
+    succeed([f"{COMPILER.removesuffix('gcc')}strip", "-g", "-o", folder / path.name, path])
+    return (folder / path.name).read_bytes()
+
+
+def test_nothing_installed_names_the_project_s_folder(prefix, tmp_path):
+    assert [name for name in files_of(prefix) if str(ROOT).encode() in delivered(prefix / name, tmp_path)] == []
+
+
+def test_library_is_the_product(prefix, libdir):
+    checked = succeed(["/usr/bin/python3", "-B", ROOT / "tests/checks/library.py", libdir / "libadp.so",
+                       ROOT / "platform/symbols", *(["--target"] if TOOLCHAIN else [])])
+    assert "RUNPATH is $ORIGIN: []" in checked
+
+
+def test_shell_finds_its_libraries(prefix):
+    assert run([*EMULATOR, prefix / "bin/adpsh", "--version"]).stdout.startswith("adpsh ")
+
+
+@pytest.mark.skipif(bool(TOOLCHAIN), reason="the device is a program of this machine")
+def test_unit_names_the_installed_daemon():
+    unit = (BUILD / "vdeviced.service").read_text(encoding="utf-8")
+    assert "@" not in unit.split("[Service]")[1] and "/bin/vdeviced --config" in unit
