@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
+#include <vector>
 
 #include "tools/vdevctl/client.h"
 #include "tools/vdevctl/frame_input.h"
@@ -21,7 +22,8 @@ constexpr std::string_view kOption = "--";
 /** Whether the word is an option whose value is the next word. */
 bool has_value_behind(const json &options, const std::string &word) {
     return word.find('=') == std::string::npos && std::any_of(options.begin(), options.end(), [&](const json &option) {
-               return word == std::string{kOption} + option.at("name").get<std::string>() && option.at("value") != "";
+               return word == std::string{kOption} + option.at("name").get<std::string>() &&
+                      !option.at("value").get_ref<const std::string &>().empty();
            });
 }
 
@@ -40,16 +42,22 @@ std::string hex_of(const Octets &octets) {
 std::string take_operand(const std::string &run_dir, json &request) {
     const json help = vdevice::ask_device(run_dir, {{"command", "help"}, {"subject", request.at("command")}});
     const json &options = help.at("subjects").at(0).at("options");
-    json &words = request.at("arguments");
-    for (size_t at = 0; at < words.size(); ++at) {
-        const auto word = words[at].get<std::string>();
-        if (!word.starts_with(kOption)) {
-            words.erase(at);
-            return word;
+    std::vector<std::string> operands;
+    json others = json::array();
+    bool is_value = false;
+    for (const std::string word : request.at("arguments")) {
+        if (is_value || word.starts_with(kOption)) {
+            others.push_back(word);
+            is_value = !is_value && has_value_behind(options, word);
+        } else {
+            operands.push_back(word);
         }
-        at += has_value_behind(options, word) ? 1U : 0U;
     }
-    return "";
+    if (operands.size() > 1) {
+        throw std::runtime_error{"there is one argument too many: '" + operands.back() + "'."};
+    }
+    request["arguments"] = others;
+    return operands.empty() ? "" : operands.front();
 }
 
 json with_frame(const std::string &run_dir, json request) {

@@ -66,6 +66,7 @@ extern constexpr Subject kCapture{"capture",      "",           "the frames of p
                                   refuse_capture, show_nothing, kCaptureOptions};
 
 Lines Capturing::open(const json &request, const std::function<void()> &wake) {
+    tick();  // those who have left make room
     if (audience_.size() >= kMostCaptures) {
         return nullptr;
     }

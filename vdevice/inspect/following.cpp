@@ -49,6 +49,7 @@ std::string line_of(const Missed &missed, bool as_text) {
 }  // namespace
 
 Lines Following::open(const json &request, const std::function<void()> &wake) {
+    tick();  // those who have left make room
     if (audience_.size() >= kMostFollowers) {
         return nullptr;
     }
