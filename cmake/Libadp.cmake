@@ -15,10 +15,10 @@ target_compile_options(adp_objects PRIVATE $<$<CONFIG:RelWithDebInfo>:-g>
 # The target's flash and memory are small, and what a call costs is what it costs in the driver. On the target, what the
 # compiler computes ahead of time needs more saved registers than it spares instructions, and without -mno-memcpy it
 # would copy what is handed over by value byte by byte.
-target_compile_options(adp_objects PRIVATE $<$<CONFIG:RelWithDebInfo>:-Os>)
+target_compile_options(adp_objects PRIVATE $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-Os>)
 if(CMAKE_SYSTEM_PROCESSOR STREQUAL mips)
     target_compile_options(adp_objects PRIVATE
-        $<$<CONFIG:RelWithDebInfo>:-fno-move-loop-invariants;-fno-gcse;-fno-expensive-optimizations;-mno-memcpy>)
+        $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-fno-move-loop-invariants;-fno-gcse;-fno-expensive-optimizations;-mno-memcpy>)
 endif()
 
 # adp_unit_tests(source...)

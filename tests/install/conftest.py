@@ -22,8 +22,9 @@ EXAMPLES = {
     "ring_protection": ("ring_protection.c",),
 }
 SECONDS = 120
-# What only the project's own builds set.
-OWN_SETTINGS = ("CC", "CXX", "CFLAGS", "CXXFLAGS", "LDFLAGS", "LD_LIBRARY_PATH", "PKG_CONFIG_PATH")
+# What a developer's shell may have set for the project's own builds.
+OWN_SETTINGS = ("CC", "CXX", "CFLAGS", "CXXFLAGS", "LDFLAGS", "LD_LIBRARY_PATH", "PKG_CONFIG_PATH",
+                "CMAKE_C_COMPILER_LAUNCHER", "CMAKE_CXX_COMPILER_LAUNCHER")
 
 
 def run(command, folder=None, **environment):

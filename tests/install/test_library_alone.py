@@ -51,8 +51,7 @@ def bare_machine(tmp_path_factory):
 
 def configuration(bare, source, build, *options):
     toolchain = ["--toolchain", TOOLCHAIN] if TOOLCHAIN else ["-DCMAKE_C_COMPILER=gcc", "-DCMAKE_CXX_COMPILER=g++"]
-    return [*bare, "cmake", "-S", source, "-B", build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=RelWithDebInfo", *toolchain,
-            *options]
+    return [*bare, "cmake", "-S", source, "-B", build, "-G", "Ninja", *toolchain, *options]
 
 
 def build_with(bare, source, build, *options):
