@@ -3,6 +3,7 @@
 import contextlib
 import math
 import re
+import signal
 import statistics
 import subprocess
 import time
@@ -240,19 +241,50 @@ def measure_pair(cores, case, device, bare, bare_first):
     return Pair(line, rates[device], rates[bare])
 
 
+@contextlib.contextmanager
+def stopped_follower(device, seconds=0.3):
+    """A client follows the device's frames and reads nothing."""
+    follower = device.switch.popen([device.switch.control_program, "follow"], stdout=subprocess.DEVNULL)
+    time.sleep(seconds)
+    follower.send_signal(signal.SIGSTOP)
+    try:
+        yield
+    finally:
+        follower.send_signal(signal.SIGCONT)
+        stop(follower)
+
+
+def followed_row(cores, case, device, rounds):
+    """The device beside such a client and without."""
+    ratios = []
+    for _ in rounds:
+        line = class_of(cache_line(cores))
+        alone = device.measure(case)
+        with stopped_follower(device):
+            followed = device.measure(case)
+        ratios += [followed / alone] if class_of(cache_line(cores)) == line else []
+    if len(ratios) < 2:
+        raise BenchError("The cost of a cache line changes too often.")
+    low, middle, high = statistics.quantiles(ratios, n=4)
+    return [case.name, len(ratios), middle, low, high]
+
+
 def measure(options):
     return measure_in_namespaces(__name__, options)
 
 
 def measure_inside(options):
-    cores, rows = Cores(), []
+    cores, rows, followed = Cores(), [], []
     with contextlib.ExitStack() as stack:
         device, bare = start_device(stack, cores, Build("host")), start(stack, cores, Forwarder)
         for case in CASES:
             rounds = range(QUICK_ROUNDS if options.quick else ROUNDS)
             rows += rows_of(case, [measure_pair(cores, case, device, bare, number % 2) for number in rounds])
+            followed.append(followed_row(cores, case, device, rounds))
     columns = ["frames of 64 octets", "cache line", "pairs", "device", "bare", "ratio", "from", "to"]
     rates = {"title": "Thousands of frames", "columns": columns, "rows": rows}
     own = [[CASES[0].name, own_instructions(cores, CASES[0])]]
     counts = {"title": "The device's own instructions for a frame", "columns": ["frames", "instructions"], "rows": own}
-    return {"tables": [rates, counts], "notes": NOTES}
+    beside = {"title": "Beside a client that follows frames and reads nothing", "rows": followed,
+              "columns": ["frames of 64 octets", "pairs", "ratio to without it", "from", "to"]}  # fmt: skip
+    return {"tables": [rates, beside, counts], "notes": NOTES}

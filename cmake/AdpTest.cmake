@@ -1,12 +1,21 @@
-# GoogleTest is built from Debian's sources: the target has no library packages, and the sanitized build wants it
-# instrumented like everything else.
-set(INSTALL_GTEST OFF CACHE INTERNAL "")
-set(BUILD_GMOCK ON CACHE INTERNAL "")
-add_subdirectory(/usr/src/googletest ${PROJECT_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
-
 # Tests are compiled without optimisation, which takes half the time; what they test is compiled as it is delivered.
-# GoogleTest's headers are compiled once for all of them.
 set(ADP_TEST_OPTIONS "$<$<CONFIG:RelWithDebInfo>:-O0;${ADP_UNCHECKED_CALLS}>")
+
+# GoogleTest is Debian's; the target has no library packages, and compiles its sources.
+if(CMAKE_CROSSCOMPILING)
+    set(INSTALL_GTEST OFF CACHE INTERNAL "")
+    set(BUILD_GMOCK ON CACHE INTERNAL "")
+    add_subdirectory(/usr/src/googletest ${PROJECT_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
+    target_compile_options(gtest PRIVATE ${ADP_TEST_OPTIONS})
+    target_compile_options(gmock PRIVATE ${ADP_TEST_OPTIONS})
+else()
+    find_package(GTest REQUIRED GLOBAL)
+    foreach(library gtest gtest_main gmock)
+        add_library(${library} ALIAS GTest::${library})
+    endforeach()
+endif()
+
+# GoogleTest's headers are compiled once for all tests.
 file(WRITE ${PROJECT_BINARY_DIR}/generated/test_headers.cpp "int main() {}\n")
 add_executable(test_headers EXCLUDE_FROM_ALL ${PROJECT_BINARY_DIR}/generated/test_headers.cpp)
 target_link_libraries(test_headers PRIVATE adp_warnings adp_headers gmock)

@@ -13,7 +13,7 @@ target_compile_options(adp_warnings INTERFACE
 # compilation, as few pieces of much the same headers.
 function(adp_quickly_compiled)
     foreach(target ${ARGN})
-        set_target_properties(${target} PROPERTIES UNITY_BUILD_BATCH_SIZE 13)
+        set_target_properties(${target} PROPERTIES UNITY_BUILD_BATCH_SIZE 20)
         target_compile_options(${target} PRIVATE $<$<CONFIG:RelWithDebInfo>:-O1>)
     endforeach()
 endfunction()

@@ -32,6 +32,9 @@ configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/adp-config.cmake.in ${
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/package/adp-config-version.cmake COMPATIBILITY SameMinorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/package/adp-config.cmake ${PROJECT_BINARY_DIR}/package/adp-config-version.cmake
         DESTINATION ${package_folder} COMPONENT dev)
+if(TARGET adp_status)
+    install(TARGETS adp_status EXPORT adp ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT dev)
+endif()
 adp_install_package(adp dev)
 
 # examples and doc: as they stand in the project, so that the links between pages lead somewhere

@@ -18,10 +18,6 @@
 
 enum { kGuestPort = 5, kMirrorPort = 26, kMirrorSession = 1, kMaxConditions = 3, kLineRoom = 64 };
 
-/* Numbers of actions depend on the driver; these are the virtual device's. */
-enum { kPermit = 200, kDrop = 201, kMeter = ADP_FP_ACTION_METER, kMirror = 206, kCount = 205 };
-enum { kCountedFrames = 0, kCountedOctets = 1 };
-
 /* Submodules with room for rules like these. In each group one rule acts on a packet, the one with the highest
  * priority; groups act in parallel. So the watched station is mirrored in addition to the other rules, unless one of
  * them drops the packet. The group of kWatch comes first, so its rule counts such a packet. Rules of kMeters have a
@@ -62,11 +58,11 @@ struct rule {
     { ADP_FP_QUALIFY_L4_DST_PORT, (port) }
 
 static const struct rule kRules[] = {
-    {"administrator", kGuards, 0, 2, {FROM(kAdministrator), OVER(kTcp), TO(kSsh)}, {kPermit, 0, 0}},
-    {"ssh", kGuards, 1, 1, {OVER(kTcp), TO(kSsh)}, {kDrop, 0, 0}},
-    {"telnet", kGuards, 2, 1, {OVER(kTcp), TO(kTelnet)}, {kDrop, 0, 0}},
-    {"bulk", kMeters, 0, 0, {OVER(kUdp), TO(kBulk)}, {kMeter, kBulkRate, 0}},
-    {"watched", kWatch, 0, 0, {FROM(kWatched)}, {kMirror, kMirrorSession - 1, 0}},
+    {"administrator", kGuards, 0, 2, {FROM(kAdministrator), OVER(kTcp), TO(kSsh)}, {ADP_FP_ACTION_PERMIT, 0, 0}},
+    {"ssh", kGuards, 1, 1, {OVER(kTcp), TO(kSsh)}, {ADP_FP_ACTION_DROP, 0, 0}},
+    {"telnet", kGuards, 2, 1, {OVER(kTcp), TO(kTelnet)}, {ADP_FP_ACTION_DROP, 0, 0}},
+    {"bulk", kMeters, 0, 0, {OVER(kUdp), TO(kBulk)}, {ADP_FP_ACTION_METER, kBulkRate, 0}},
+    {"watched", kWatch, 0, 0, {FROM(kWatched)}, {ADP_FP_ACTION_MIRROR, kMirrorSession - 1, 0}},
 };
 
 #define RULES (sizeof kRules / sizeof *kRules)
@@ -112,7 +108,7 @@ static bool add_action(FpEntity *record, const struct action *action) {
 }
 
 static bool build_record(FpEntity *record, const struct rule *rule, adp_intf_t port) {
-    const struct action count = {kCount, counter_of(rule), 0};
+    const struct action count = {ADP_FP_ACTION_COUNT, counter_of(rule), 0};
 
     memset(record, 0, sizeof *record);
     record->submodule_type = rule->submodule;
@@ -177,8 +173,8 @@ static bool delete_all(void) {
 static void print_counts(void) {
     for (size_t i = 0; i < RULES; i++) {
         const int32_t counter = (int32_t)counter_of(&kRules[i]);
-        printf("%s: %d frames, %d octets\n", kRules[i].name, (int)adp_fp_get_statistics(counter, kCountedFrames),
-               (int)adp_fp_get_statistics(counter, kCountedOctets));
+        printf("%s: %d frames, %d octets\n", kRules[i].name, (int)adp_fp_get_statistics(counter, ADP_FP_VALUE_FRAMES),
+               (int)adp_fp_get_statistics(counter, ADP_FP_VALUE_OCTETS));
     }
 }
 

@@ -1,11 +1,12 @@
-"""Emits the table of the virtual chip's results, from the enumeration with its remarks."""
+"""Emits the table of results: the library's codes, then the virtual device's, from the remarks in both headers."""
 import json
 import re
 
 import emit_table
+import headers
 from interface import HeaderError
 
-ENUMERATOR = re.compile(r"^    k(\w+) = -?\d+,? *(?:///< (.+))?$", re.M)
+ENUMERATOR = re.compile(r"^    k(\w+) = (-?\d+),? *(?:///< (.+))?$", re.M)
 
 
 def snake(name):
@@ -13,26 +14,44 @@ def snake(name):
     return re.sub(r"(?<!^)(?=[A-Z])", "_", name).lower()
 
 
-def table(header):
-    """The whole file, for the text of the header."""
-    rows = ""
-    for name, remark in ENUMERATOR.findall(header):
-        if not remark:
-            raise HeaderError(f"status k{name} has no remark")
-        rows += f'    {{Status::k{name}, "{snake(name)}", {json.dumps(remark)}}},\n'
-    if not rows:
+def library_results(types):
+    """(number, name, text) of each of the library's codes."""
+    codes, remarks = headers.read([types]).constants, headers.remarks_of([types])
+    return [(codes[name], name, remarks.get(name)) for name in codes
+            if name in ("ADP_OK", "ADP_FAIL") or name.startswith("ADP_E_")]
+
+
+def device_results(status):
+    """(number, name, text) of each of the virtual device's refusals."""
+    with open(status, encoding="utf-8") as header:
+        rows = ENUMERATOR.findall(header.read())
+    return [(int(number), snake(name), remark) for name, number, remark in rows if int(number)]
+
+
+def results(types, status):
+    """All results; each has a number, a name and a text of its own."""
+    rows = library_results(types) + device_results(status)
+    for place, (number, name, text) in enumerate(rows):
+        if not text:
+            raise HeaderError(f"result {name} has no remark")
+        if any(number == other[0] or name == other[1] for other in rows[:place]):
+            raise HeaderError(f"result {name} = {number}: there is another one of this name or number")
+    if len(rows) == len(library_results(types)):
         raise HeaderError("the header of the chip's results has no enumerators")
-    return f"""{emit_table.BANNER}#include "vdevice/chip/frame/status.h"
+    return rows
 
-namespace vdevice::chip {{
-namespace {{
 
-constexpr StatusEntry kStatusTable[] = {{
+def table(types, status):
+    """The whole file."""
+    rows = "".join(f"    {{{number}, {json.dumps(name)}, {json.dumps(text)}}},\n"
+                   for number, name, text in results(types, status))
+    return f"""{emit_table.BANNER}#include <adp/status.h>
+
+static const adp_status_entry_t kEntries[] = {{
 {rows}}};
 
-}}  // namespace
-
-std::span<const StatusEntry> status_table() {{ return kStatusTable; }}
-
-}}  // namespace vdevice::chip
+const adp_status_entry_t *adp_status_entries(uint32_t *count) {{
+    *count = sizeof kEntries / sizeof *kEntries;
+    return kEntries;
+}}
 """

@@ -65,8 +65,7 @@ def main(arguments):
     try:
         calls = model.read(os.path.join(options.include, "adp", "types.h"), options.library)
         files = outputs(calls, exported.read(options.include))
-        with open(options.status, encoding="utf-8") as header:
-            files["status_table.cpp"] = emit_status.table(header.read())
+        files["status_table.c"] = emit_status.table(os.path.join(options.include, "adp", "types.h"), options.status)
     except interface.HeaderError as error:
         print(f"generate.py: {error}", file=sys.stderr)
         return 1

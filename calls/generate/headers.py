@@ -21,11 +21,14 @@ def read(paths):
     """Parses the headers in order into one Interface; later headers may use the types of earlier ones."""
     interface = Interface()
     for path in paths:
+        known = len(interface.functions)
         with open(path, encoding="utf-8") as source:
             try:
                 Reader(interface, source.read()).run()
             except HeaderError as error:
                 raise HeaderError(f"{path}: {error}") from None
+        for function in interface.functions[known:]:
+            function.header = os.path.join(*os.path.normpath(path).split(os.sep)[-2:])
     return interface
 
 

@@ -54,6 +54,7 @@ class Function:
     variadic: bool = False
     doc: str = ""
     heading: str = ""  # the section that it stands in
+    header: str = ""   # the file with its folder, as programs include it
 
 
 @dataclass

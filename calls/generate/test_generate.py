@@ -144,16 +144,37 @@ def run(headers, folder, **texts):
     return generate.main(arguments + ["--status", os.path.join(os.path.dirname(libraries[0][1]), "status.h")])
 
 
-def test_the_table_of_results_has_every_enumerator_with_its_remark():
-    text = emit_status.table(STATUS)
-    assert re.findall(r"\{Status::.*\}", text) == [
-        '{Status::kOk, "ok", "done"}', '{Status::kNoRoom, "no_room", "there is no \\"room\\""}',
-        '{Status::kLongerName, "longer_name", "the last"}']
+RESULTS = """
+#define ADP_OK 0 /**< success */
+#define ADP_E_FIRST 101 /**< the first */
+#define ADP_OTHER 7 /**< no result */
+"""
 
 
-def test_a_result_without_a_remark_is_rejected():
-    with pytest.raises(interface.HeaderError, match="kNoRoom has no remark"):
-        emit_status.table(STATUS.replace('///< there is no "room"', ""))
+@pytest.fixture(name="results")
+def fixture_results(tmp_path):
+    def write(library=RESULTS, device=STATUS):
+        (tmp_path / "types.h").write_text(library, encoding="utf-8")
+        (tmp_path / "status.h").write_text(device, encoding="utf-8")
+        return str(tmp_path / "types.h"), str(tmp_path / "status.h")
+    return write
+
+
+def test_the_table_of_results_has_the_librarys_codes_and_the_devices_refusals(results):
+    assert re.findall(r"^    (\{.*\}),$", emit_status.table(*results()), flags=re.M) == [
+        '{0, "ADP_OK", "success"}', '{101, "ADP_E_FIRST", "the first"}',
+        '{-2, "no_room", "there is no \\"room\\""}', '{-30, "longer_name", "the last"}']
+
+
+@pytest.mark.parametrize("wrong, sentence", [
+    ({"device": STATUS.replace('///< there is no "room"', "")}, "no_room has no remark"),
+    ({"library": RESULTS.replace("/**< the first */", "")}, "ADP_E_FIRST has no remark"),
+    ({"device": STATUS.replace("-30", "-2")}, "longer_name = -2: there is another one"),
+    ({"device": ""}, "no enumerators"),
+])
+def test_a_result_without_a_text_or_a_number_of_its_own_is_rejected(results, wrong, sentence):
+    with pytest.raises(interface.HeaderError, match=sentence):
+        emit_status.table(*results(**wrong))
 
 
 def test_equal_files_are_not_written_again(headers, tmp_path):
@@ -162,7 +183,7 @@ def test_equal_files_are_not_written_again(headers, tmp_path):
     names = sorted(os.listdir(folder))
     assert names == ["call_id.h", "call_table.cpp", "driver.map", "driver_calls.cpp", "driver_calls.h",
                      "driver_stubs.cpp", "exported_calls.cpp", "forward.cpp", "services.map", "services_stubs.cpp",
-                     "status_table.cpp"]
+                     "status_table.c"]
     for name in names:
         os.utime(folder / name, (1, 1))
     assert run(headers, folder) == 0

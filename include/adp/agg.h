@@ -27,7 +27,7 @@ enum adp_balance_mode {
 
 /** Aggregation event: all words are 0 but word 16 + trunk id, which holds the aggregation interface. */
 typedef struct {
-    uint32_t word[24];
+    uint32_t word[24]; /**< all words of the event */
 } adp_agg_event_t;
 
 /** Receiver of aggregation events. Its result is ignored. */
@@ -57,7 +57,7 @@ adp_intf_t GET_INTF_MAPPING_AGGINTF(adp_intf_t intf);
  * Computes a group's trunk id, (agg_intf & 0x0FFFFFFF) - 1. Plain arithmetic: nothing is refused.
  *
  * @param agg_intf       aggregation interface
- * @param[out] trunk_id  the driver's trunk number
+ * @param[out] trunk_id  the driver's trunk number, 0..7 for a group 1..8
  * @return 0
  */
 adp_status_t adp_get_agg_group_drvid(adp_intf_t agg_intf, uint32_t *trunk_id);
@@ -113,7 +113,7 @@ adp_status_t GET_AGG_LINK_STATUS(uint32_t group, uint32_t *state);
  *
  * @param agg_intf      aggregation interface
  * @param max           entries that members has room for
- * @param[out] count    the record's member count, written before max is compared
+ * @param[out] count    the record's member count, 0..11, written before max is compared
  * @param[out] members  user port of each member port; all ones for a port without a map row
  * @return 0; -1 when max is smaller than the count, or the count is one that no record can hold (negative, or above
  *         ADP_AGG_MEMBER_BYTES): members is untouched; -1 for a group outside 1..8: count is 0, and so are the first
@@ -125,7 +125,7 @@ adp_status_t adp_get_agg_group(adp_intf_t agg_intf, uint32_t max, uint32_t *coun
  * Lists a group's active members; adp_get_agg_group() with room for ADP_AGG_ACTIVE_MAX.
  *
  * @param agg_intf      aggregation interface
- * @param[out] count    the record's member count
+ * @param[out] count    the record's member count, 0..11
  * @param[out] members  user ports
  * @return as adp_get_agg_group(): a group with nine or more members gives -1, with count written and members untouched
  */
@@ -230,7 +230,7 @@ adp_status_t adp_add_agg_member(adp_intf_t agg_intf, uint32_t count, ADP_COUNT(c
  *
  * @param agg_intf  aggregation interface
  * @param word0     bits 0..26 name the interfaces
- * @param word1     only compared with 0: both words 0 return 0 at once
+ * @param word1     names no interface: its bits are only compared with 0, and both words 0 return 0 at once
  * @return as adp_add_agg_member()
  */
 adp_status_t adp_add_agg_member_by_map(adp_intf_t agg_intf, uint32_t word0, uint32_t word1);
@@ -258,7 +258,7 @@ adp_status_t adp_del_agg_member(adp_intf_t agg_intf, uint32_t count, ADP_COUNT(c
  *
  * @param agg_intf  aggregation interface
  * @param word0     bits 0..26 name the interfaces
- * @param word1     only compared with 0: both words 0 return 0 at once
+ * @param word1     names no interface: its bits are only compared with 0, and both words 0 return 0 at once
  * @return as adp_del_agg_member()
  */
 adp_status_t adp_del_agg_member_by_map(adp_intf_t agg_intf, uint32_t word0, uint32_t word1);
@@ -366,7 +366,7 @@ adp_status_t adp_clr_port_stat(adp_intf_t intf);
  * @param enable   passed through; 0 off, otherwise on
  * @param unused   not used
  * @param unused2  not used
- * @param option   passed through
+ * @param option   passed through; ignored by the virtual device
  * @return the driver's result
  */
 adp_status_t adp_set_trap_lacp_packet(uint32_t enable, uint32_t unused, uint32_t unused2, adp_word_t option);
@@ -379,7 +379,7 @@ adp_status_t adp_set_trap_lacp_packet(uint32_t enable, uint32_t unused, uint32_t
  * @param enable   passed through; 0 off, otherwise on
  * @param unused   not used
  * @param unused2  not used
- * @param option   passed through
+ * @param option   passed through; ignored by the virtual device
  * @return the driver's result
  */
 adp_status_t adp_set_trap_eoam_packet(uint32_t enable, uint32_t unused, uint32_t unused2, adp_word_t option);

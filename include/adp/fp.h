@@ -28,45 +28,79 @@ ADP_BEGIN_DECLS
 #define ADP_FP_QUALIFIER_BYTES 64 /**< bytes of a qualifier's data, and of its mask */
 #define ADP_FP_ACTION_BYTES 256   /**< bytes of an action's parameter, and of its second one */
 
-/**
- * @name Qualifier types
- * A scalar is the first 32-bit word of data and mask, in host byte order. An address is bytes in network order from the
- * start. A bitmap of interfaces is eight words.
- * @{
- */
-#define ADP_FP_QUALIFY_SRC_IP6 0   /**< IPv6 source address, 16 bytes (RFC 8200) */
-#define ADP_FP_QUALIFY_DST_IP6 1   /**< IPv6 destination address, 16 bytes */
-#define ADP_FP_QUALIFY_SRC_MAC 6   /**< source MAC address, 6 bytes */
-#define ADP_FP_QUALIFY_DST_MAC 7   /**< destination MAC address, 6 bytes */
-#define ADP_FP_QUALIFY_SRC_IP 9    /**< IPv4 source address, a word (RFC 791) */
-#define ADP_FP_QUALIFY_DST_IP 10   /**< IPv4 destination address, a word */
-#define ADP_FP_QUALIFY_IN_PORTS 13 /**< ingress ports: a 256-bit bitmap of interfaces, translated on installation */
-#define ADP_FP_QUALIFY_OUTER_VLAN_ID 18      /**< outer VLAN id (IEEE 802.1Q), low 16 bits used */
-#define ADP_FP_QUALIFY_OUTER_VLAN_PRI 19     /**< outer tag's priority, low 8 bits used */
-#define ADP_FP_QUALIFY_INNER_VLAN 21         /**< inner tag's format, low 16 bits used */
-#define ADP_FP_QUALIFY_INNER_VLAN_ID 22      /**< inner VLAN id, low 16 bits used */
-#define ADP_FP_QUALIFY_INNER_VLAN_PRI 23     /**< inner tag's priority, low 8 bits used */
-#define ADP_FP_QUALIFY_L4_SRC_PORT 27        /**< TCP or UDP source port */
-#define ADP_FP_QUALIFY_L4_DST_PORT 28        /**< TCP or UDP destination port */
-#define ADP_FP_QUALIFY_ETHER_TYPE 29         /**< EtherType, low 16 bits used */
-#define ADP_FP_QUALIFY_IP_PROTOCOL 30        /**< IP protocol number, low 8 bits used */
-#define ADP_FP_QUALIFY_DSCP 31               /**< the IPv4 header's byte with the DSCP (RFC 2474), low 8 bits used */
-#define ADP_FP_QUALIFY_IP_TYPE 61            /**< kind of IP packet, no mask: 5 and 10 are used by remark rules */
-#define ADP_FP_QUALIFY_FRAME_TYPE 89         /**< the frame's encapsulation, no mask */
-#define ADP_FP_QUALIFY_IP6_TRAFFIC_CLASS 332 /**< IPv6 traffic class byte (RFC 8200), low 8 bits used */
-/** @} */
+#define ADP_FP_SUBMODULE_REMARK 1    /**< the submodule of remark rules */
+#define ADP_FP_SUBMODULE_PHYSICAL 16 /**< the submodule whose bitmaps are physical ports already */
 
 /**
- * @name Action types that the library looks at
- * Every other code, and the effect of each, is the driver's.
- * @{
+ * Qualifier types. A scalar is the first 32-bit word of data and mask, in host byte order. An address is bytes in
+ * network order from the start. A bitmap of interfaces is eight words.
  */
-#define ADP_FP_ACTION_REMARK_KIND_2 1  /**< what remark rules of kind 2 use; parameter: the new value */
-#define ADP_FP_ACTION_REMARK_KIND_1 11 /**< what remark rules of kind 1 use; parameter: the new value */
-#define ADP_FP_ACTION_PORT 30          /**< one port: parameter the interface, translated on installation */
-#define ADP_FP_ACTION_PORTS 33 /**< ports: parameter a 256-bit bitmap of interfaces, translated on installation */
-#define ADP_FP_ACTION_METER 53 /**< meter: parameter the rate, second parameter the index in the submodule */
-/** @} */
+enum adp_fp_qualifier {
+    ADP_FP_QUALIFY_SRC_IP6 = 0,        /**< IPv6 source address, 16 bytes (RFC 8200) */
+    ADP_FP_QUALIFY_DST_IP6 = 1,        /**< IPv6 destination address, 16 bytes */
+    ADP_FP_QUALIFY_SRC_MAC = 6,        /**< source MAC address, 6 bytes */
+    ADP_FP_QUALIFY_DST_MAC = 7,        /**< destination MAC address, 6 bytes */
+    ADP_FP_QUALIFY_SRC_IP = 9,         /**< IPv4 source address, a word (RFC 791) */
+    ADP_FP_QUALIFY_DST_IP = 10,        /**< IPv4 destination address, a word */
+    ADP_FP_QUALIFY_IN_PORTS = 13,      /**< ingress ports: a 256-bit bitmap of interfaces, translated on installation */
+    ADP_FP_QUALIFY_OUTER_VLAN_ID = 18, /**< outer VLAN id (IEEE 802.1Q), low 16 bits used */
+    ADP_FP_QUALIFY_OUTER_VLAN_PRI = 19,    /**< outer tag's priority, low 8 bits used */
+    ADP_FP_QUALIFY_INNER_VLAN = 21,        /**< inner tag's format, enum adp_fp_inner_tag, low 16 bits used */
+    ADP_FP_QUALIFY_INNER_VLAN_ID = 22,     /**< inner VLAN id, low 16 bits used */
+    ADP_FP_QUALIFY_INNER_VLAN_PRI = 23,    /**< inner tag's priority, low 8 bits used */
+    ADP_FP_QUALIFY_L4_SRC_PORT = 27,       /**< TCP or UDP source port */
+    ADP_FP_QUALIFY_L4_DST_PORT = 28,       /**< TCP or UDP destination port */
+    ADP_FP_QUALIFY_ETHER_TYPE = 29,        /**< EtherType, low 16 bits used */
+    ADP_FP_QUALIFY_IP_PROTOCOL = 30,       /**< IP protocol number, low 8 bits used */
+    ADP_FP_QUALIFY_DSCP = 31,              /**< the IPv4 header's byte with the DSCP (RFC 2474), low 8 bits used */
+    ADP_FP_QUALIFY_IP_TYPE = 61,           /**< kind of IP packet, enum adp_fp_ip_type, no mask */
+    ADP_FP_QUALIFY_FRAME_TYPE = 89,        /**< the frame's encapsulation, enum adp_fp_frame_type, no mask */
+    ADP_FP_QUALIFY_IP6_TRAFFIC_CLASS = 332 /**< IPv6 traffic class byte (RFC 8200), low 8 bits used */
+};
+
+/** Values of the qualifier of the inner tag's format: the driver's codes, as the virtual device has them. */
+enum adp_fp_inner_tag {
+    ADP_FP_INNER_TAG_NONE = 0,     /**< there is no inner tag */
+    ADP_FP_INNER_TAG_PRIORITY = 1, /**< a tag with VLAN id 0 */
+    ADP_FP_INNER_TAG_VLAN = 2      /**< a tag with another VLAN id */
+};
+
+/** Values of the qualifier of the kind of IP packet: the driver's codes, as the virtual device has them. */
+enum adp_fp_ip_type {
+    ADP_FP_IP_TYPE_ANY = 0,    /**< every frame */
+    ADP_FP_IP_TYPE_NOT_IP = 1, /**< neither IPv4 nor IPv6 */
+    ADP_FP_IP_TYPE_IP = 2,     /**< IPv4 or IPv6 */
+    ADP_FP_IP_TYPE_ARP = 3,    /**< ARP */
+    ADP_FP_IP_TYPE_IP4 = 5,    /**< IPv4; remark rules use it */
+    ADP_FP_IP_TYPE_IP6 = 10    /**< IPv6; remark rules use it */
+};
+
+/** Values of the qualifier of the encapsulation: the driver's codes, as the virtual device has them. */
+enum adp_fp_frame_type {
+    ADP_FP_FRAME_TYPE_ANY = 0,         /**< every frame */
+    ADP_FP_FRAME_TYPE_ETHERNET_II = 1, /**< Ethernet II */
+    ADP_FP_FRAME_TYPE_LLC = 2,         /**< IEEE 802.3 with LLC */
+    ADP_FP_FRAME_TYPE_SNAP = 3         /**< IEEE 802.3 with LLC and SNAP */
+};
+
+/**
+ * Action types: the driver's codes, as the virtual device has them. The library looks at PORT, PORTS and METER only. A
+ * parameter is one word unless stated otherwise.
+ */
+enum adp_fp_action {
+    ADP_FP_ACTION_SET_DSCP = 1,      /**< parameter: the DSCP, 0..63, that IP packets get; remark rules use it */
+    ADP_FP_ACTION_SET_PRIORITY = 11, /**< parameter: the priority, 0..7, that frames get; remark rules use it */
+    ADP_FP_ACTION_PORT = 30,         /**< to one port alone: parameter the interface, translated on installation */
+    ADP_FP_ACTION_PORTS = 33,   /**< to these alone: parameter a 256-bit bitmap of interfaces, translated likewise */
+    ADP_FP_ACTION_METER = 53,   /**< meter: parameter the rate, second parameter the index in the submodule */
+    ADP_FP_ACTION_PERMIT = 200, /**< nothing, but other rules of the group do not act; no parameter */
+    ADP_FP_ACTION_DROP = 201,   /**< frames are dropped; no parameter */
+    ADP_FP_ACTION_COPY_TO_CPU = 202, /**< the CPU gets frames as well; no parameter */
+    ADP_FP_ACTION_TO_CPU = 203,      /**< the CPU gets frames alone; no parameter */
+    ADP_FP_ACTION_SET_VLAN = 204,    /**< parameter: the VLAN, 1..4094, in which frames go on */
+    ADP_FP_ACTION_COUNT = 205,       /**< parameter: the counter, 0..255 */
+    ADP_FP_ACTION_MIRROR = 206       /**< parameter: the mirror session, 0..3, whose flow mirror gets a copy */
+};
 
 /** What a counter of the field processor is read in: the driver's codes, as the virtual device has them. */
 enum adp_fp_value {
@@ -94,75 +128,84 @@ typedef struct {
 
 /** One condition of a rule. */
 typedef struct {
-    uint32_t type;                        /**< ADP_FP_QUALIFY_... */
+    uint32_t type;                        /**< enum adp_fp_qualifier */
     uint8_t data[ADP_FP_QUALIFIER_BYTES]; /**< what is matched */
     uint8_t mask[ADP_FP_QUALIFIER_BYTES]; /**< the bits that count */
 } FpQualify;
 
 /** One action of a rule. */
 typedef struct {
-    uint32_t type;                       /**< ADP_FP_ACTION_... or another code of the driver */
+    uint32_t type;                       /**< enum adp_fp_action, or another code of the driver */
     uint8_t param[ADP_FP_ACTION_BYTES];  /**< a scalar is its first 32-bit word in host byte order */
     uint8_t param2[ADP_FP_ACTION_BYTES]; /**< likewise */
 } FpAction;
 
 /** A rule record. The caller clears the whole record before filling it. */
 typedef struct {
-    uint32_t submodule_type; /**< key into g_stFpInfo */
-    uint32_t unit;           /**< unit of the driver calls of installation, 0 */
-    uint32_t entity_id;      /**< number inside the submodule */
-    uint32_t true_entry;     /**< hardware entry number; filled in by installation */
-    uint32_t priority;       /**< added to the submodule's prio_base */
-    int32_t qualify_num;     /**< used qualifiers */
-    int32_t action_num;      /**< used actions */
-    FpQualify qualifies[ADP_FP_QUALIFIERS];
-    FpAction actions[ADP_FP_ACTIONS];
+    uint32_t submodule_type;                /**< key into g_stFpInfo */
+    uint32_t unit;                          /**< unit of the driver calls of installation, 0 */
+    uint32_t entity_id;                     /**< number inside the submodule */
+    uint32_t true_entry;                    /**< hardware entry number; filled in by installation */
+    uint32_t priority;                      /**< added to the submodule's prio_base */
+    int32_t qualify_num;                    /**< used qualifiers */
+    int32_t action_num;                     /**< used actions */
+    FpQualify qualifies[ADP_FP_QUALIFIERS]; /**< the first qualify_num are used */
+    FpAction actions[ADP_FP_ACTIONS];       /**< the first action_num are used */
 } FpEntity;
 
 /** An installed rule in acl_fp_list_head: its link and its record as installed. */
 typedef struct {
-    adp_list_link_t link;
-    FpEntity entity;
+    adp_list_link_t link; /**< next and previous node, or the head */
+    FpEntity entity;      /**< the rule, with its hardware entry number */
 } FpListNode;
 
 /** A bitmap of interfaces 0..63, passed by value: bit n of word n / 32 stands for interface n. */
 typedef struct {
-    uint32_t word[2];
+    uint32_t word[2]; /**< bit n of word n / 32 for interface n */
 } FpPortBitmap;
 
 /** What a remark rule's match_field selects. */
 enum adp_remark_field {
-    ADP_REMARK_DST_MAC = 0,
-    ADP_REMARK_SRC_MAC = 1,
-    ADP_REMARK_INNER_VLAN_PRI = 2,
-    ADP_REMARK_INNER_VLAN_ID = 3,
-    ADP_REMARK_ETHER_TYPE = 4,
-    ADP_REMARK_DST_IP = 5,
-    ADP_REMARK_SRC_IP = 6,
-    ADP_REMARK_IP_PROTOCOL = 7,
-    ADP_REMARK_DSCP = 8,          /**< 0..63: shifted to its place in the header's byte */
-    ADP_REMARK_TRAFFIC_CLASS = 9, /**< 0..63: shifted likewise */
-    ADP_REMARK_L4_SRC_PORT = 10,
-    ADP_REMARK_L4_DST_PORT = 11
+    ADP_REMARK_DST_MAC = 0,        /**< destination MAC address */
+    ADP_REMARK_SRC_MAC = 1,        /**< source MAC address */
+    ADP_REMARK_INNER_VLAN_PRI = 2, /**< inner tag's priority */
+    ADP_REMARK_INNER_VLAN_ID = 3,  /**< inner VLAN id */
+    ADP_REMARK_ETHER_TYPE = 4,     /**< EtherType */
+    ADP_REMARK_DST_IP = 5,         /**< IPv4 destination address */
+    ADP_REMARK_SRC_IP = 6,         /**< IPv4 source address */
+    ADP_REMARK_IP_PROTOCOL = 7,    /**< IP protocol number */
+    ADP_REMARK_DSCP = 8,           /**< DSCP of IPv4 packets, 0..63: shifted to its place in the header's byte */
+    ADP_REMARK_TRAFFIC_CLASS = 9,  /**< DSCP of IPv6 packets, 0..63: shifted likewise */
+    ADP_REMARK_L4_SRC_PORT = 10,   /**< TCP or UDP source port */
+    ADP_REMARK_L4_DST_PORT = 11    /**< TCP or UDP destination port */
 };
 
-#define ADP_REMARK_FORM_FIELD 1 /**< rule_form: ports and one field */
-#define ADP_REMARK_FORM_PORTS 7 /**< rule_form: ports only */
+/** What a remark rule's rule_form asks for. */
+enum adp_remark_form {
+    ADP_REMARK_FORM_FIELD = 1, /**< ports and one field */
+    ADP_REMARK_FORM_PORTS = 7  /**< ports only */
+};
 
-/** A request for a remark rule, 32 bytes. Fields named unused are not read. */
+/** What a remark rule's remark_kind rewrites: the driver's meaning of the actions, as the virtual device has it. */
+enum adp_remark_kind {
+    ADP_REMARK_KIND_PRIORITY = 1, /**< the priority, by ADP_FP_ACTION_SET_PRIORITY */
+    ADP_REMARK_KIND_DSCP = 2      /**< the DSCP, by ADP_FP_ACTION_SET_DSCP */
+};
+
+/** A request for a remark rule, 32 bytes. */
 typedef struct {
-    uint16_t rule_id; /**< entity number and priority of the rule */
-    uint16_t unused2;
-    uint32_t unused4;
+    uint16_t rule_id;        /**< entity number and priority of the rule */
+    uint16_t unused2;        /**< not read */
+    uint32_t unused4;        /**< not read */
     uint32_t port_bitmap[2]; /**< a 64-bit number, the more significant word first: bit k stands for interface k + 1 */
-    uint8_t remark_kind;     /**< 1 or 2 */
-    uint8_t unused17;
-    uint8_t remark_value; /**< the value that matching packets get */
-    uint8_t unused19;
-    uint8_t rule_form;   /**< ADP_REMARK_FORM_... */
-    uint8_t match_field; /**< enum adp_remark_field, read in form 1 */
-    uint8_t unused22[2];
-    uint8_t match_value[8]; /**< 6 bytes of a MAC address, or the bytes of one 32-bit word in host byte order */
+    uint8_t remark_kind;     /**< enum adp_remark_kind */
+    uint8_t unused17;        /**< not read */
+    uint8_t remark_value;    /**< the value that matching packets get */
+    uint8_t unused19;        /**< not read */
+    uint8_t rule_form;       /**< enum adp_remark_form */
+    uint8_t match_field;     /**< enum adp_remark_field, read in form 1 */
+    uint8_t unused22[2];     /**< not read */
+    uint8_t match_value[8];  /**< 6 bytes of a MAC address, or the bytes of one 32-bit word in host byte order */
 } RemarkRule;
 
 /**
@@ -187,7 +230,7 @@ adp_status_t adp_fp_init(void);
 /**
  * Finds a submodule.
  *
- * @param submodule_type  submodule type
+ * @param submodule_type  submodule type, 1..43
  * @return the last row of this type; null when there is none
  */
 FpInfo *adp_fp_find_data_by_submodetype(uint32_t submodule_type);
@@ -195,7 +238,7 @@ FpInfo *adp_fp_find_data_by_submodetype(uint32_t submodule_type);
 /**
  * The same as adp_fp_find_data_by_submodetype().
  *
- * @param submodule_type  submodule type
+ * @param submodule_type  submodule type, 1..43
  * @return as adp_fp_find_data_by_submodetype()
  */
 FpInfo *fp_find_data_by_submodetype(uint32_t submodule_type);
@@ -207,7 +250,7 @@ FpInfo *fp_find_data_by_submodetype(uint32_t submodule_type);
  * n + 512, 7: n + 384, 8: n + 256, any other: n. Nothing is checked.
  *
  * @param submodule  the submodule
- * @param entity_id  number inside the submodule
+ * @param entity_id  its number in the submodule, from 0; in submodules 42 and 43 from 9
  * @return the hardware entry number; for groups 1 and 5 that of the first entry of the pair
  */
 uint32_t adp_fp_get_true_entity_id(FpInfo submodule, uint32_t entity_id);
@@ -223,7 +266,7 @@ int32_t adp_fp_is_double_entity(FpInfo submodule);
 /**
  * Whether a hardware entry belongs to the groups whose rules take a pair of entries.
  *
- * @param true_entry  hardware entry number
+ * @param true_entry  hardware entry number, 0..1535
  * @return 1 for 1024..1535, else 0
  */
 int32_t adp_fp_is_double_entity_2(uint32_t true_entry);
@@ -232,7 +275,7 @@ int32_t adp_fp_is_double_entity_2(uint32_t true_entry);
  * Whether a qualifier belongs on the second entry of a pair.
  *
  * @param submodule     the submodule
- * @param qualify_type  ADP_FP_QUALIFY_...
+ * @param qualify_type  enum adp_fp_qualifier
  * @return 1 in group 1 for types 9, 10, 27, 28, 31, 61 and 332, in group 5 for types 1, 27, 28 and 30; else 0
  */
 int32_t adp_fp_is_need_set_next_entity_id(FpInfo submodule, uint32_t qualify_type);
@@ -240,8 +283,8 @@ int32_t adp_fp_is_need_set_next_entity_id(FpInfo submodule, uint32_t qualify_typ
 /**
  * Finds an installed rule.
  *
- * @param submodule_type  the rule's submodule
- * @param entity_id       its number in the submodule
+ * @param submodule_type  the rule's submodule, 1..43
+ * @param entity_id       its number in the submodule, from 0; in submodules 42 and 43 from 9
  * @return the first node with this pair of numbers; null when there is none
  */
 FpListNode *adp_fp_find_list_node_by_entity(uint32_t submodule_type, uint32_t entity_id);
@@ -253,7 +296,7 @@ FpListNode *adp_fp_find_list_node_by_entity(uint32_t submodule_type, uint32_t en
  * is a mask of 2 bytes. Otherwise the bytes are copied to the start of the field.
  *
  * @param[in,out] entity  the record
- * @param type            ADP_FP_QUALIFY_...
+ * @param type            enum adp_fp_qualifier
  * @param data            what is matched
  * @param data_len        its length, 0..64
  * @param mask            the bits that count
@@ -269,7 +312,7 @@ int32_t adp_fp_add_entity_qualify(ADP_INOUT FpEntity *entity, uint32_t type, ADP
  * Appends an action to a rule record.
  *
  * @param[in,out] entity  the record
- * @param type            ADP_FP_ACTION_... or another code of the driver
+ * @param type            enum adp_fp_action, or another code of the driver
  * @param param           parameter, or null for none
  * @param param_len       its length, up to 256; 0 or less copies nothing
  * @param param2          second parameter, or null for none
@@ -289,9 +332,9 @@ int32_t adp_fp_add_entity_action(ADP_INOUT FpEntity *entity, uint32_t type, ADP_
  * user_field_entry_destroy(t). If t is one of 1024..1535, logs (line 567), then the last three calls for t + 1. No
  * failure stops the sequence. The node then leaves the list and is freed.
  *
- * @param submodule_type  the rule's submodule
- * @param entity_id       its number in the submodule
- * @param action_type     53 destroys the rule's meter too, any other number does not
+ * @param submodule_type  the rule's submodule, 1..43
+ * @param entity_id       its number in the submodule, from 0; in submodules 42 and 43 from 9
+ * @param action_type     ADP_FP_ACTION_METER destroys the rule's meter too, any other number does not
  * @return the results of all driver calls ORed together; 0 without a log line or driver call when there is no such rule
  */
 adp_status_t adp_fp_delete_entity_rule(uint32_t submodule_type, uint32_t entity_id, uint32_t action_type);

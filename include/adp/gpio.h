@@ -23,7 +23,7 @@ adp_status_t hal_gpio_register_init(void);
 /**
  * Sets a pin's bit in the direction register: reads the register, changes the bit, writes it.
  *
- * @param pin    pin number modulo 32
+ * @param pin    pin number, 0..31; others are taken modulo 32
  * @param value  1 sets the bit, 0 clears it, any other value leaves it as read
  * @return the write's result
  */
@@ -32,7 +32,7 @@ adp_status_t hal_set_gpio_direct(uint32_t pin, uint32_t value);
 /**
  * Sets a pin's bit in the output register: reads the register, changes the bit, writes it.
  *
- * @param pin    pin number modulo 32
+ * @param pin    pin number, 0..31; others are taken modulo 32
  * @param value  1 sets the bit, 0 clears it, any other value leaves it as read
  * @return the write's result
  */
@@ -41,7 +41,7 @@ adp_status_t hal_set_gpio_write_bit(uint32_t pin, uint32_t value);
 /**
  * Reads a pin's level from the input register, of which only bits 3..0 are used.
  *
- * @param pin  pin number, not taken modulo 32
+ * @param pin  pin number, not taken modulo 32; 0..3 can be read
  * @return 0 or 1; always 0 for pins 4 and up, and when the register cannot be read
  */
 int32_t hal_get_gpio_val(uint32_t pin);
@@ -49,7 +49,7 @@ int32_t hal_get_gpio_val(uint32_t pin);
 /**
  * Inverts a pin's bit in the output register: reads the register, inverts the bit, writes it.
  *
- * @param pin  pin number modulo 32
+ * @param pin  pin number, 0..31; others are taken modulo 32
  * @return the write's result
  */
 adp_status_t hal_reverse_gpio(uint32_t pin);
@@ -64,7 +64,7 @@ adp_status_t adp_gpio_register_init(void);
 /**
  * The same as hal_set_gpio_direct().
  *
- * @param pin    pin number modulo 32
+ * @param pin    pin number, 0..31; others are taken modulo 32
  * @param value  1 sets the bit, 0 clears it, any other value leaves it as read
  * @return as hal_set_gpio_direct()
  */
@@ -73,7 +73,7 @@ adp_status_t adp_set_gpio_direct(uint32_t pin, uint32_t value);
 /**
  * The same as hal_set_gpio_write_bit().
  *
- * @param pin    pin number modulo 32
+ * @param pin    pin number, 0..31; others are taken modulo 32
  * @param value  1 sets the bit, 0 clears it, any other value leaves it as read
  * @return as hal_set_gpio_write_bit()
  */
@@ -82,7 +82,7 @@ adp_status_t adp_set_gpio_write_bit(uint32_t pin, uint32_t value);
 /**
  * The same as hal_get_gpio_val().
  *
- * @param pin  pin number, not taken modulo 32
+ * @param pin  pin number, not taken modulo 32; 0..3 can be read
  * @return as hal_get_gpio_val()
  */
 int32_t adp_get_gpio_val(uint32_t pin);
@@ -90,7 +90,7 @@ int32_t adp_get_gpio_val(uint32_t pin);
 /**
  * The same as hal_reverse_gpio().
  *
- * @param pin  pin number modulo 32
+ * @param pin  pin number, 0..31; others are taken modulo 32
  * @return as hal_reverse_gpio()
  */
 adp_status_t adp_reverse_gpio(uint32_t pin);

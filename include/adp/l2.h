@@ -75,7 +75,7 @@ adp_status_t adp_get_port_isolatestatus(adp_intf_t intf, uint32_t bitmap[2]);
  * Driver call: user_switch_control_set(control, value).
  *
  * @param control  enum adp_switch_control, or another number of the driver
- * @param value    its new value
+ * @param value    its new value, see the control
  * @return 0; 102 when the driver call failed
  */
 adp_status_t adp_switch_control_set(uint32_t control, uint32_t value);
@@ -86,7 +86,7 @@ adp_status_t adp_switch_control_set(uint32_t control, uint32_t value);
  * Driver call: user_switch_control_get(control, value).
  *
  * @param control     enum adp_switch_control, or another number of the driver
- * @param[out] value  written by the driver
+ * @param[out] value  written by the driver: see the control
  * @return the driver's result
  */
 adp_status_t adp_switch_control_get(uint32_t control, uint32_t *value);
@@ -99,7 +99,7 @@ adp_status_t adp_switch_control_get(uint32_t control, uint32_t *value);
  * @param enable   passed through; 0 off, otherwise on
  * @param unused   not used
  * @param unused2  not used
- * @param option   passed through
+ * @param option   passed through; ignored by the virtual device
  * @return the driver's result
  */
 adp_status_t adp_selfmac_trap_tocpu(uint32_t enable, uint32_t unused, uint32_t unused2, adp_word_t option);
@@ -110,8 +110,8 @@ adp_status_t adp_selfmac_trap_tocpu(uint32_t enable, uint32_t unused, uint32_t u
  * Driver call: user_vlan_control_port_set(port, control, value).
  *
  * @param intf     user port
- * @param control  the driver's control number
- * @param value    its new value
+ * @param control  the driver's control number; 0..31 on the virtual device
+ * @param value    its new value, passed through; any number on the virtual device
  * @return 0; 102 when the driver call failed, and without one for an aggregation interface; 201 for another type
  */
 adp_status_t hal_vlan_control_port_set(adp_intf_t intf, uint32_t control, int32_t value);
@@ -122,8 +122,8 @@ adp_status_t hal_vlan_control_port_set(adp_intf_t intf, uint32_t control, int32_
  * Driver call: user_vlan_control_port_get(port, control, value).
  *
  * @param intf        user port
- * @param control     the driver's control number
- * @param[out] value  written by the driver
+ * @param control     the driver's control number; 0..31 on the virtual device
+ * @param[out] value  written by the driver; 0 at power-on on the virtual device
  * @return 0; 102 when the driver call failed, and without one for an aggregation interface; 201 for another type
  */
 adp_status_t hal_vlan_control_port_get(adp_intf_t intf, uint32_t control, uint32_t *value);

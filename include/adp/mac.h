@@ -23,6 +23,9 @@ ADP_BEGIN_DECLS
 #define ADP_MAC_FLAG_DROP_TO 0x10   /**< frames to the address are dropped; on the virtual device */
 #define ADP_MAC_FLAG_DROP_FROM 0x20 /**< frames from the address are dropped; on the virtual device */
 
+#define ADP_MAC_FOUND_TRUNK 0x80     /**< flag of an entry that was looked up: it points to a trunk */
+#define ADP_MAC_NO_LIMIT 0xFFFFFFFFu /**< limit on learned addresses: none; on the virtual device */
+
 /** Which entries a delete call deletes: the low byte of its mode. Any other mode is refused with 101. */
 enum adp_mac_mode {
     ADP_MAC_DYNAMIC = 0, /**< learned entries */
@@ -128,7 +131,7 @@ adp_status_t adp_get_intf_by_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t vid
  * @param mac         MAC address
  * @param vid         VLAN id, low 16 bits used
  * @param[out] intf   the trunk's aggregation interface, or the user port
- * @param[out] flags  the entry's flags
+ * @param[out] flags  the entry's flags: bits of ADP_MAC_FLAG_..., and ADP_MAC_FOUND_TRUNK
  * @return the driver's result
  */
 adp_status_t adp_get_intf_flags_by_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t vid, adp_intf_t *intf,
@@ -151,10 +154,10 @@ adp_status_t adp_get_l2_index_by_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t
  *
  * Driver call: user_netlink_mac_nextValidAddr_get(0, index, entry, option).
  *
- * @param index       passed through; on the virtual device the table index at which the search starts
+ * @param index       passed through; on the virtual device the table index at which the search starts, 0..8191
  * @param[out] entry  written by the driver; on the virtual device the first valid entry at or after the index
  * @param unused      not used
- * @param option      passed through
+ * @param option      passed through; ignored by the virtual device
  * @return the driver's result
  */
 adp_status_t adp_get_nextvalid_mac_addr(adp_word_t index, adp_l2_entry_t *entry, adp_word_t unused, adp_word_t option);
@@ -165,7 +168,7 @@ adp_status_t adp_get_nextvalid_mac_addr(adp_word_t index, adp_l2_entry_t *entry,
  * @param mac     MAC address
  * @param vid     VLAN id, low 16 bits used
  * @param unused  not used
- * @param option  passed through
+ * @param option  passed through; ignored by the virtual device
  * @return the driver's result
  */
 adp_status_t adp_del_mac_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t vid, uint32_t unused, adp_word_t option);
@@ -176,7 +179,7 @@ adp_status_t adp_del_mac_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t vid, ui
  * @param mac     group MAC address
  * @param vid     VLAN id, low 16 bits used
  * @param unused  not used
- * @param option  passed through
+ * @param option  passed through; ignored by the virtual device
  * @return the driver's result
  */
 adp_status_t adp_del_mac_mcast_addr(const uint8_t mac[ADP_MAC_BYTES], uint32_t vid, uint32_t unused, adp_word_t option);
@@ -252,7 +255,7 @@ adp_status_t adp_del_mac_addr_by_vlan_intf(uint32_t vid, adp_intf_t intf, uint32
  * @param intf    user port
  * @param mac     MAC address
  * @param mode    enum adp_mac_mode, low byte used
- * @param option  passed through
+ * @param option  passed through; ignored by the virtual device
  * @return the driver's result; without a driver call -1 for an aggregation interface, 201 for another type, 101 for
  *         another mode
  */
@@ -291,7 +294,7 @@ adp_status_t adp_del_port_violate_mac_addr_by_intf(adp_intf_t intf);
  * flags 0x2 and the VLAN id; for a user port 0x4 and the physical port, for an aggregation interface 0x8 and the trunk
  * id, for another type no flag; for the system 0x1.
  *
- * @param limit        number of addresses
+ * @param limit        number of addresses; ADP_MAC_NO_LIMIT is none on the virtual device
  * @param vid_or_intf  for scope 0 a VLAN id, low 16 bits used; for scope 1 an interface; for scope 2 not used
  * @param scope        enum adp_mac_scope
  * @return the driver's result; 101 without a driver call for another scope
@@ -304,7 +307,7 @@ adp_status_t adp_set_mac_limit(uint32_t limit, uint32_t vid_or_intf, uint32_t sc
  * Driver call: user_mac_learn_limit_get(0, record), the record as in adp_set_mac_limit() with limit 0. The output is
  * written whatever the driver's result.
  *
- * @param[out] limit   number of addresses
+ * @param[out] limit   number of addresses; ADP_MAC_NO_LIMIT is none on the virtual device
  * @param vid_or_intf  as in adp_set_mac_limit()
  * @param scope        enum adp_mac_scope
  * @return the driver's result; 101 without a driver call or output for another scope
@@ -333,8 +336,8 @@ adp_status_t adp_get_mac_age_time(uint32_t *seconds);
  *
  * @param vid      passed through, whole; on the virtual device a VLAN id, or 0 for all VLANs
  * @param unused   not used
- * @param option   passed through
- * @param option2  passed through
+ * @param option   passed through; ignored by the virtual device
+ * @param option2  passed through; ignored by the virtual device
  * @return the driver's result
  */
 adp_status_t adp_traverse_mac_table(adp_word_t vid, adp_word_t unused, adp_word_t option, adp_word_t option2);
@@ -344,8 +347,8 @@ adp_status_t adp_traverse_mac_table(adp_word_t vid, adp_word_t unused, adp_word_
  *
  * @param vid      passed through, whole; on the virtual device a VLAN id, or 0 for all VLANs
  * @param unused   not used
- * @param option   passed through
- * @param option2  passed through
+ * @param option   passed through; ignored by the virtual device
+ * @param option2  passed through; ignored by the virtual device
  * @return the driver's result
  */
 adp_status_t adp_traverse_mac_mcast_table(adp_word_t vid, adp_word_t unused, adp_word_t option, adp_word_t option2);
@@ -354,7 +357,7 @@ adp_status_t adp_traverse_mac_mcast_table(adp_word_t vid, adp_word_t unused, adp
  * Reads how many addresses are learned on a user port. Driver call: user_mac_learn_count_get_by_port(port, count).
  *
  * @param intf        user port
- * @param[out] count  written by the driver
+ * @param[out] count  written by the driver: number of addresses
  * @return the driver's result
  */
 adp_status_t adp_get_mac_learn_count_by_intf(adp_intf_t intf, uint32_t *count);
@@ -364,7 +367,7 @@ adp_status_t adp_get_mac_learn_count_by_intf(adp_intf_t intf, uint32_t *count);
  * count).
  *
  * @param intf        user port
- * @param[out] count  written by the driver
+ * @param[out] count  written by the driver: number of addresses
  * @return the driver's result
  */
 adp_status_t adp_get_mac_violate_count_by_intf(adp_intf_t intf, uint32_t *count);
@@ -374,10 +377,10 @@ adp_status_t adp_get_mac_violate_count_by_intf(adp_intf_t intf, uint32_t *count)
  *
  * Driver call: user_l2_mactable_fread(first, second, third, fourth).
  *
- * @param first   passed through
- * @param second  passed through
- * @param third   passed through
- * @param fourth  passed through
+ * @param first   passed through; the virtual device refuses the call
+ * @param second  passed through; the virtual device refuses the call
+ * @param third   passed through; the virtual device refuses the call
+ * @param fourth  passed through; the virtual device refuses the call
  * @return the driver's result
  */
 adp_status_t adp_l2_mactable_fread(adp_word_t first, adp_word_t second, adp_word_t third, adp_word_t fourth);
@@ -391,18 +394,18 @@ adp_status_t adp_l2_mactable_fread(adp_word_t first, adp_word_t second, adp_word
  * @param last_vid  passed through, low 16 bits used; on the virtual device the last VLAN id of a range, or 0 for one
  *                  VLAN
  * @param unused    not used
- * @param option    passed through
+ * @param option    passed through; ignored by the virtual device
  * @return the driver's result
  */
 adp_status_t adp_is_mcast_addr_exist_by_vlan(uint32_t vid, uint32_t last_vid, adp_word_t unused, adp_word_t option);
 
 /**
- * Asks whether there are multicast entries. Driver call: user_is_mcast_addr_exist_vlan_is(0, vid, option, option2).
+ * Asks whether a VLAN has multicast entries. Driver call: user_is_mcast_addr_exist_vlan_is(0, vid, option, option2).
  *
- * @param vid      passed through, whole; on the virtual device a VLAN id, or 0 for all VLANs
+ * @param vid      passed through, whole; on the virtual device a VLAN id, 0 is refused
  * @param unused   not used
- * @param option   passed through
- * @param option2  passed through
+ * @param option   passed through; ignored by the virtual device
+ * @param option2  passed through; ignored by the virtual device
  * @return the driver's result
  */
 adp_status_t adp_is_mcast_addr_exist_by_vlan_ex(adp_word_t vid, adp_word_t unused, adp_word_t option,

@@ -103,7 +103,7 @@ adp_status_t adp_del_igmpsn_member(const uint8_t mac[6], uint32_t vid, uint32_t 
  * Driver call: user_switch_control_set(0, 0, control, value).
  *
  * @param control  enum adp_switch_control, or another number of the driver
- * @param value    its new value
+ * @param value    its new value, see the control
  * @return the driver's result
  */
 adp_status_t adp_set_vlan_igmp_pkt_action(uint32_t control, uint32_t value);
@@ -112,7 +112,7 @@ adp_status_t adp_set_vlan_igmp_pkt_action(uint32_t control, uint32_t value);
  * Reads a control of the handling of IGMP packets. Driver call: user_switch_control_get(0, 0, control, value).
  *
  * @param control     enum adp_switch_control, or another number of the driver
- * @param[out] value  written by the driver
+ * @param[out] value  written by the driver: see the control
  * @return the driver's result
  */
 adp_status_t adp_get_vlan_igmp_pkt_action(uint32_t control, uint32_t *value);
@@ -132,7 +132,7 @@ adp_status_t adp_control_port_l2mc_enable(adp_intf_t intf, uint32_t enable);
  * enable).
  *
  * @param intf         user port; any other interface is passed on as physical port -1
- * @param[out] enable  written by the driver
+ * @param[out] enable  written by the driver: 0 off, otherwise on
  * @return the driver's result
  */
 adp_status_t adp_control_port_l2mc_get_status(adp_intf_t intf, uint32_t *enable);
@@ -142,7 +142,7 @@ adp_status_t adp_control_port_l2mc_get_status(adp_intf_t intf, uint32_t *enable)
  * enable).
  *
  * @param intf         user port; any other interface is passed on as physical port -1
- * @param[out] enable  written by the driver
+ * @param[out] enable  written by the driver: 0 off, otherwise on
  * @return the driver's result
  */
 adp_status_t adp_control_port_ipmc_get_status(adp_intf_t intf, uint32_t *enable);

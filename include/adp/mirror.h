@@ -24,7 +24,7 @@ ADP_BEGIN_DECLS
  * @param source       user port whose frames are copied
  * @param destination  user port that sends the copies
  * @param directions   ADP_MIRROR_... flags; other bits are ignored
- * @param session      mirror session from 1
+ * @param session      mirror session, from 1; 1..4 on the virtual device
  * @return the driver's result; 0 without a driver call when there is no direction flag
  */
 adp_status_t adp_add_port_mirror(adp_intf_t source, adp_intf_t destination, uint32_t directions, uint32_t session);
@@ -37,7 +37,7 @@ adp_status_t adp_add_port_mirror(adp_intf_t source, adp_intf_t destination, uint
  * @param source       user port whose frames are copied
  * @param destination  user port that sends the copies
  * @param unused       not used
- * @param session      mirror session from 1
+ * @param session      mirror session, from 1; 1..4 on the virtual device
  * @return the driver's result
  */
 adp_status_t adp_del_port_mirror(adp_intf_t source, adp_intf_t destination, uint32_t unused, uint32_t session);
@@ -48,7 +48,7 @@ adp_status_t adp_del_port_mirror(adp_intf_t source, adp_intf_t destination, uint
  * Driver call: user_set_flow_mirror(session - 1, port).
  *
  * @param intf     user port that sends the copies
- * @param session  mirror session from 1
+ * @param session  mirror session, from 1; 1..4 on the virtual device
  * @return the driver's result
  */
 adp_status_t adp_set_flow_mirror(adp_intf_t intf, uint32_t session);
@@ -56,7 +56,7 @@ adp_status_t adp_set_flow_mirror(adp_intf_t intf, uint32_t session);
 /**
  * Disables or enables a session. Driver call: user_set_mirror_disable(session - 1, disable).
  *
- * @param session  mirror session from 1
+ * @param session  mirror session, from 1; 1..4 on the virtual device
  * @param unused2  not used
  * @param unused3  not used
  * @param disable  passed through; on the virtual device 0 enables, any other value disables
@@ -68,7 +68,7 @@ adp_status_t adp_set_mirror_disable(uint32_t session, uint32_t unused2, uint32_t
  * Asks whether adp_set_mirror_disable() with the same arguments would succeed. Driver call:
  * user_check_set_mirror_disable(session - 1, disable).
  *
- * @param session  mirror session from 1
+ * @param session  mirror session, from 1; 1..4 on the virtual device
  * @param unused2  not used
  * @param unused3  not used
  * @param disable  passed through; on the virtual device 0 enables, any other value disables

@@ -36,6 +36,16 @@ enum adp_tx_mode {
     ADP_TX_VLAN_NOT_SOURCE = 4 /**< as 2, passing over the source interface */
 };
 
+/** Opcodes of the switch tag of a sent frame: the switch's codes, as the virtual device has them. */
+enum adp_tag_opcode {
+    ADP_OPCODE_SWITCH = 1,     /**< the switch forwards the frame; the destination is not used */
+    ADP_OPCODE_PORT = 3,       /**< out of one port, its VLAN tag removed where the VLAN leaves untagged */
+    ADP_OPCODE_PORTS = 4,      /**< likewise out of the ports of a bitmap */
+    ADP_OPCODE_PORT_AS_IS = 5, /**< out of one port as given */
+    ADP_OPCODE_PORT_RAW = 6,   /**< the same */
+    ADP_OPCODE_PORTS_RAW = 7   /**< out of the ports of a bitmap as given */
+};
+
 /** A frame to send. */
 typedef struct {
     const uint8_t *frame; /**< the frame from its destination MAC address on, without a switch tag */
@@ -114,7 +124,7 @@ int32_t adp_dump_packet(const char *title, ADP_COUNT(length) const uint8_t *data
  * @param unused  not used
  * @param intf    destination: the low 25 bits of its physical port fill the destination field, all ones for an
  *                interface that does not translate
- * @param opcode  the switch tag's opcode, low three bits used
+ * @param opcode  the switch tag's opcode, enum adp_tag_opcode, low three bits used
  * @return 0; -1 for a null frame, a length below 12, no management interface, no memory, no socket, or an incomplete
  *         send
  */
@@ -168,10 +178,10 @@ void adp_bcmtag_dest_port_intf_2_phy(ADP_INOUT uint8_t tag[8]);
  * @param[in,out] frame    the frame as received; the bytes after the tag are moved over it
  * @param[out] out_frame   the frame start
  * @param length           its length in bytes, low 16 bits used
- * @param[out] out_length  six less
+ * @param[out] out_length  its length in bytes, six less
  * @param[out] out_flag    0
- * @param[out] out_intf    the interface of the ingress port (0 for the CPU port's row); all ones for a port without a
- *                         map row
+ * @param[out] out_intf    user port of the ingress port, 0 for the CPU port's row; all ones for a port without a map
+ *                         row
  * @return 0; -1 for a null frame or one shorter than 18 bytes, with nothing changed
  */
 adp_status_t adp_receive_frame(ADP_COUNT(length) ADP_INOUT uint8_t *frame, uint8_t **out_frame, uint32_t length,
@@ -217,9 +227,10 @@ adp_status_t adp_linkscan_register(adp_link_event_cb_t handler);
 /**
  * The callback for the driver's link scan: forwards a change to link_event_handle. It runs on the link scan's thread.
  *
- * @param unit  passed through
+ * @param unit  passed through; 0 on the virtual device
  * @param port  physical port, passed through
- * @param info  the driver's port-information record; its fourth word is the link status
+ * @param info  the driver's port-information record; its fourth word is the link status, 0 down, 1 up on the virtual
+ *              device
  * @return the receiver's result; 0 when none is registered
  */
 int32_t linkscan_handle_cb(uint32_t unit, uint32_t port, const uint32_t info[4]);

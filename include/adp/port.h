@@ -57,7 +57,7 @@ adp_status_t adp_set_max_phy_port_num(uint32_t port_count);
 /**
  * Reads the number of user ports.
  *
- * @param[out] port_count  adp_max_phy_port_num
+ * @param[out] port_count  number of user ports, adp_max_phy_port_num
  * @return 0
  */
 adp_status_t adp_get_max_phy_port_num(uint32_t *port_count);
@@ -187,24 +187,57 @@ enum adp_counter {
     ADP_COUNTER_TX_TOO_LONG = 13   /**< frames not sent as too long for the port */
 };
 
+/** A port's duplex. */
+enum adp_duplex {
+    ADP_DUPLEX_HALF = 0, /**< half duplex */
+    ADP_DUPLEX_FULL = 1, /**< full duplex */
+    ADP_DUPLEX_AUTO = 2  /**< as negotiated; so is every other number */
+};
+
+/** A port's loopback modes: the driver's codes, as the virtual device has them. */
+enum adp_loopback {
+    ADP_LOOPBACK_OFF = 0, /**< frames leave the port */
+    ADP_LOOPBACK_MAC = 1, /**< what would leave comes in again, in the port's MAC */
+    ADP_LOOPBACK_PHY = 2  /**< the same, at its line side */
+};
+
+/** A copper port's crossover: the driver's codes, as the virtual device has them. */
+enum adp_mdix {
+    ADP_MDIX_AUTO = 0, /**< chosen by the port */
+    ADP_MDIX_MDI = 1,  /**< straight */
+    ADP_MDIX_MDIX = 2  /**< crossed */
+};
+
+/** A port's medium: the driver's codes, as the virtual device has them. */
+enum adp_medium {
+    ADP_MEDIUM_COPPER = 1, /**< copper */
+    ADP_MEDIUM_FIBRE = 2   /**< fibre */
+};
+
+/** The condition of a wire pair: the driver's codes, as the virtual device has them. */
+enum adp_cable_pair {
+    ADP_CABLE_PAIR_GOOD = 0, /**< without a fault */
+    ADP_CABLE_PAIR_OPEN = 1  /**< open: no cable */
+};
+
 /** Selectors of adp_set_phy_port_attr() and adp_get_phy_port_attr(). */
 enum adp_port_attr {
     ADP_ATTR_SPEED = 0,         /**< Mb/s: 10, 100, 1000, 10000 */
-    ADP_ATTR_DUPLEX = 1,        /**< 0 half, 1 full, any other value automatic */
+    ADP_ATTR_DUPLEX = 1,        /**< enum adp_duplex */
     ADP_ATTR_AUTONEG = 2,       /**< auto-negotiation (IEEE 802.3 clause 28): 0 off, non-zero on */
     ADP_ATTR_ADMIN_STATE = 3,   /**< administrative state: 0 off, non-zero on */
-    ADP_ATTR_LOOPBACK = 4,      /**< the driver's loopback mode */
+    ADP_ATTR_LOOPBACK = 4,      /**< enum adp_loopback */
     ADP_ATTR_PAUSE = 5,         /**< flow control (IEEE 802.3 annex 31B): 0 off, non-zero on */
-    ADP_ATTR_JUMBO = 6,         /**< jumbo frames, the driver's value */
-    ADP_ATTR_ADVERT_DUPLEX = 7, /**< set only: advertised duplex */
+    ADP_ATTR_JUMBO = 6,         /**< jumbo frames, the driver's value; on the virtual device 0 off, non-zero on */
+    ADP_ATTR_ADVERT_DUPLEX = 7, /**< set only: advertised duplex, enum adp_duplex */
     ADP_ATTR_ADVERT_SPEED = 8,  /**< set only: advertised speed, Mb/s */
-    ADP_ATTR_MDIX = 9,          /**< MDI/MDIX, the driver's value */
-    ADP_ATTR_MEDIUM = 10,       /**< get only: medium, the driver's value */
-    ADP_ATTR_LINK = 11,         /**< get: link status; set: the protocol hold */
+    ADP_ATTR_MDIX = 9,          /**< MDI/MDIX, enum adp_mdix */
+    ADP_ATTR_MEDIUM = 10,       /**< get only: enum adp_medium */
+    ADP_ATTR_LINK = 11,         /**< get: link status, 0 down, non-zero up; set: the protocol hold */
     ADP_ATTR_HOLD = 11,         /**< set only: protocol hold, 0 holds the port down, non-zero releases it */
     ADP_ATTR_MAX_SPEED = 12,    /**< get only: maximum speed, Mb/s */
-    ADP_ATTR_PAUSE_STATUS = 13, /**< get only: flow-control status */
-    ADP_ATTR_FIBRE_LINK = 14    /**< get only: fibre link status */
+    ADP_ATTR_PAUSE_STATUS = 13, /**< get only: flow control in force, 0 no, non-zero yes */
+    ADP_ATTR_FIBRE_LINK = 14    /**< get only: fibre link status, 0 down, non-zero up */
 };
 
 /**
@@ -254,9 +287,9 @@ enum adp_port_attr {
  *
  * @param intf      user port or aggregation interface
  * @param selector  enum adp_port_attr, 0..12
- * @param value     see the selector
- * @param mode      passed through by selector 0 with a maximum of 1000 and by selector 1; with selector 1 a mode of 2
- *                  turns auto-negotiation on
+ * @param value     the attribute, see the selector
+ * @param mode      passed through by selector 0 with a maximum of 1000 and by selector 1: 0, or another mode of the
+ *                  driver; with selector 1 mode 2 turns auto-negotiation on
  * @return 0; 101 for a selector of 13 or more, which is checked first; 201 for another interface type; 102 when a
  *         driver call failed; the driver's own result for selectors 4 and 9; -1 for a group outside 1..8 when its
  *         members are needed
@@ -276,7 +309,7 @@ adp_status_t adp_set_phy_port_attr(adp_intf_t intf, uint32_t selector, uint32_t 
  *
  * @param intf        user port or aggregation interface
  * @param selector    enum adp_port_attr, 0..14; 7 and 8 return 0 and leave the output as it was
- * @param[out] value  the attribute; on a group selectors 11 and 14 clear it first
+ * @param[out] value  the attribute, see the selector; on a group selectors 11 and 14 clear it first
  * @return 0; 101 for a selector of 15 or more, which is checked first; 201 for another interface type; 203 for an
  *         aggregation interface with neither a management interface nor a configured member; 102 when a driver call
  *         failed; -1 for a group outside 1..8
@@ -312,7 +345,8 @@ adp_status_t adp_intf_learn_get(adp_intf_t intf, uint32_t *mode);
  * Driver call: User_port_cablediag(port, result), on a group for its management interface.
  *
  * @param intf         user port or aggregation interface
- * @param[out] result  written by the driver: its record, 32 bytes
+ * @param[out] result  written by the driver: its record, 32 bytes; the condition of each wire pair in four words, enum
+ *                     adp_cable_pair, then its length in metres in four
  * @return the driver's result; 201 for another type, -1 for a group outside 1..8
  */
 adp_status_t adp_intf_cablediag(adp_intf_t intf, ADP_COUNT(32) void *result);
@@ -367,7 +401,7 @@ adp_status_t adp_intf_combo_port_copper_or_fiber_check(adp_intf_t intf);
  * An interface's last link change as adp_link_event_fast_send_unicast_msg() recorded it, each number cut to 16 bits.
  */
 typedef struct {
-    uint16_t unit;
+    uint16_t unit;   /**< unit of the driver */
     uint16_t port;   /**< physical port */
     uint16_t intf;   /**< interface number */
     uint16_t status; /**< link status */
@@ -409,7 +443,7 @@ adp_status_t adp_get_port_last_change(int32_t intf, uint32_t *seconds);
  *
  * @param unit    not used
  * @param port    physical port
- * @param status  link status
+ * @param status  link status, passed on: 0 down, 1 up
  * @return the sink's result, or 0 for a dropped change
  */
 int32_t adp_link_event_handle_cb(uint32_t unit, uint32_t port, int32_t status);
@@ -421,9 +455,9 @@ int32_t adp_link_event_handle_cb(uint32_t unit, uint32_t port, int32_t status);
  * id, 1, four zeros, and the address of the interface's record, which a later change of the same interface overwrites.
  * A port without a row among 0..26 is refused.
  *
- * @param unit    recorded
+ * @param unit    recorded, low 16 bits used
  * @param port    physical port
- * @param status  link status
+ * @param status  link status, low 16 bits used: 0 down, 1 up
  * @return the queue's positive result; after a failure, which is printed on standard error, the number of characters
  *         printed; -1 with nothing recorded or sent for a port without a record
  */
@@ -433,7 +467,7 @@ int32_t adp_link_event_fast_send_unicast_msg(uint32_t unit, uint32_t port, int32
  * adp_link_event_fast_send_unicast_msg() for an interface: unit 0 and its physical port.
  *
  * @param intf    user port
- * @param status  link status
+ * @param status  link status, low 16 bits used: 0 down, 1 up
  * @return as adp_link_event_fast_send_unicast_msg()
  */
 int32_t adp_link_event_fast_send_unicast_msg_ex(int32_t intf, int32_t status);

@@ -17,6 +17,10 @@ ADP_BEGIN_DECLS
 #define ADP_PRIORITIES 8  /**< 802.1p priorities 0..7 */
 #define ADP_DSCP_COUNT 64 /**< DSCP values 0..63 */
 
+#define ADP_QUEUE_OF_CHIP 0xFFFFFFFFu /**< queue: the chip's map holds for the port again; on the virtual device */
+#define ADP_DSCP_ALL (-1)             /**< dscp: every row; on the virtual device */
+#define ADP_DSCP_POWER_ON (-1)        /**< mapped: the row as at power-on; on the virtual device */
+
 /** The types of map. Each call acts on its own type only. */
 enum adp_map_type {
     ADP_MAP_DOT1P = 0, /**< from the 802.1p priority */
@@ -163,7 +167,7 @@ adp_status_t adp_set_port_cos_map(adp_intf_t intf, uint32_t priority);
  * Reads the priority of a user port's untagged frames. Driver call: user_port_untagged_priority_get(port, priority).
  *
  * @param intf           user port
- * @param[out] priority  written by the driver
+ * @param[out] priority  written by the driver, 0..7
  * @return 0; 102 when the driver call failed; 201 for an aggregation interface and for another type
  */
 adp_status_t adp_get_port_cos_map(adp_intf_t intf, uint32_t *priority);
@@ -173,7 +177,7 @@ adp_status_t adp_get_port_cos_map(adp_intf_t intf, uint32_t *priority);
  *
  * @param intf      user port
  * @param priority  passed through; 0..7 on the virtual device
- * @param queue     passed through; on the virtual device a queue, or all ones to follow the chip's map again
+ * @param queue     passed through; on the virtual device 0..7, or ADP_QUEUE_OF_CHIP to follow the chip's map again
  * @return 0; 102 when the driver call failed, and without one for an aggregation interface; 201 for another type
  */
 adp_status_t adp_cosq_port_mapping_set(adp_intf_t intf, uint32_t priority, uint32_t queue);
@@ -183,7 +187,7 @@ adp_status_t adp_cosq_port_mapping_set(adp_intf_t intf, uint32_t priority, uint3
  *
  * @param intf        user port
  * @param priority    passed through; 0..7 on the virtual device
- * @param[out] queue  written by the driver
+ * @param[out] queue  written by the driver; 0..7 on the virtual device
  * @return 0; 102 when the driver call failed, and without one for an aggregation interface; 201 for another type
  */
 adp_status_t adp_cosq_port_mapping_get(adp_intf_t intf, uint32_t priority, uint32_t *queue);
@@ -192,8 +196,9 @@ adp_status_t adp_cosq_port_mapping_get(adp_intf_t intf, uint32_t priority, uint3
  * Sets a row of the DSCP map of all ports. Driver call: user_port_dscp_map_set(-1, dscp, mapped, priority).
  *
  * @param unused    not used
- * @param dscp      passed through; on the virtual device 0..63, or -1 for every row
- * @param mapped    passed through: DSCP that the frame leaves with; -1 for the power-on row on the virtual device
+ * @param dscp      passed through; on the virtual device 0..63, or ADP_DSCP_ALL for every row
+ * @param mapped    passed through: DSCP that the frame leaves with, 0..63; ADP_DSCP_POWER_ON for the power-on row on
+ *                  the virtual device
  * @param priority  passed through; 0..7 on the virtual device
  * @return the driver's result
  */
@@ -204,8 +209,8 @@ adp_status_t adp_port_dscp_map_set(uint32_t unused, int32_t dscp, int32_t mapped
  *
  * @param unused         not used
  * @param dscp           passed through; 0..63 on the virtual device
- * @param[out] mapped    written by the driver
- * @param[out] priority  written by the driver
+ * @param[out] mapped    written by the driver: DSCP that the frame leaves with, 0..63
+ * @param[out] priority  written by the driver, 0..7
  * @return the driver's result
  */
 adp_status_t adp_port_dscp_map_get(uint32_t unused, int32_t dscp, uint8_t *mapped, uint8_t *priority);
@@ -218,7 +223,7 @@ adp_status_t adp_port_dscp_map_get(uint32_t unused, int32_t dscp, uint8_t *mappe
  * @param unit      passed through; 0 on the virtual device
  * @param zero      passed through; 0 on the virtual device
  * @param priority  passed through; 0..7 on the virtual device
- * @param queue     passed through
+ * @param queue     passed through; 0..7 on the virtual device
  * @return the driver's result
  */
 adp_status_t adp_cosq_mapping_set(adp_word_t unit, adp_word_t zero, adp_word_t priority, adp_word_t queue);
@@ -231,7 +236,7 @@ adp_status_t adp_cosq_mapping_set(adp_word_t unit, adp_word_t zero, adp_word_t p
  * @param unit        passed through; 0 on the virtual device
  * @param zero        passed through; 0 on the virtual device
  * @param priority    passed through; 0..7 on the virtual device
- * @param[out] queue  written by the driver
+ * @param[out] queue  written by the driver; 0..7 on the virtual device
  * @return the driver's result
  */
 adp_status_t adp_cosq_mapping_get(adp_word_t unit, adp_word_t zero, adp_word_t priority, uint32_t *queue);
@@ -257,7 +262,7 @@ adp_status_t adp_dscp_map_set(adp_word_t unit, adp_word_t zero, adp_word_t dscp,
  * @param unit           passed through; 0 on the virtual device
  * @param zero           passed through; 0 on the virtual device
  * @param dscp           passed through; 0..63 on the virtual device
- * @param[out] priority  written by the driver
+ * @param[out] priority  written by the driver, 0..7
  * @return the driver's result
  */
 adp_status_t adp_dscp_map_get(adp_word_t unit, adp_word_t zero, adp_word_t dscp, uint32_t *priority);
@@ -271,10 +276,10 @@ adp_status_t adp_dscp_map_get(adp_word_t unit, adp_word_t zero, adp_word_t dscp,
  * @param priority      passed through; the tag's priority, 0..7, on the virtual device
  * @param unused        not used
  * @param new_priority  passed through; 0..7 on the virtual device
- * @param option        passed through
- * @param option2       passed through
- * @param option3       passed through
- * @param option4       passed through
+ * @param option        passed through; ignored by the virtual device
+ * @param option2       passed through; ignored by the virtual device
+ * @param option3       passed through; ignored by the virtual device
+ * @param option4       passed through; ignored by the virtual device
  * @return the driver's result
  */
 adp_status_t adp_set_dot1p_pri_remap(adp_word_t port, adp_word_t priority, adp_word_t unused, adp_word_t new_priority,
@@ -293,7 +298,7 @@ adp_status_t adp_port_cos_map_set(adp_intf_t intf, uint32_t cos);
  * Reads a port's class of service. Driver call: user_qos_port_cos_get(port, cos), no unit.
  *
  * @param intf      user port; any other interface is passed on as physical port -1
- * @param[out] cos  written by the driver
+ * @param[out] cos  written by the driver; on the virtual device the priority of untagged frames, 0..7
  * @return the driver's result
  */
 adp_status_t adp_port_cos_map_get(adp_intf_t intf, uint32_t *cos);
@@ -302,8 +307,8 @@ adp_status_t adp_port_cos_map_get(adp_intf_t intf, uint32_t *cos);
  * The same as hal_vlan_control_port_set().
  *
  * @param intf     user port
- * @param control  the driver's control number
- * @param value    its new value
+ * @param control  the driver's control number; 0..31 on the virtual device
+ * @param value    its new value, passed through; any number on the virtual device
  * @return as hal_vlan_control_port_set()
  */
 adp_status_t adp_vlan_control_port_set(adp_intf_t intf, uint32_t control, int32_t value);
@@ -312,8 +317,8 @@ adp_status_t adp_vlan_control_port_set(adp_intf_t intf, uint32_t control, int32_
  * The same as hal_vlan_control_port_get().
  *
  * @param intf        user port
- * @param control     the driver's control number
- * @param[out] value  written by the driver
+ * @param control     the driver's control number; 0..31 on the virtual device
+ * @param[out] value  written by the driver; 0 at power-on on the virtual device
  * @return as hal_vlan_control_port_get()
  */
 adp_status_t adp_vlan_control_port_get(adp_intf_t intf, uint32_t control, uint32_t *value);

@@ -25,7 +25,7 @@ enum adp_scheduling_mode {
 
 /** A weight for each queue, from queue 0 on. Passed by value. */
 typedef struct {
-    uint32_t weight[ADP_QUEUES];
+    uint32_t weight[ADP_QUEUES]; /**< 0..127 on the virtual device */
 } adp_queue_weights_t;
 
 /**
@@ -61,7 +61,7 @@ adp_status_t adp_set_port_queue_sch_mode(adp_intf_t intf, uint32_t mode);
  * weights again. The mask is that of adp_set_port_queue_sch_mode().
  *
  * @param intf        user port
- * @param queue       queue of a mapping, otherwise not used
+ * @param queue       queue of a mapping, 0..7; otherwise not used
  * @param is_mapping  low byte used: 0 writes the weights, otherwise the call maps a priority
  * @param weights     a weight for each queue; of a mapping the first one is the priority
  * @return 0; 102 when a driver call failed (nothing is written after a failed read), and without one for an aggregation
@@ -78,7 +78,7 @@ adp_status_t adp_set_queue_weight_pri(adp_intf_t intf, uint32_t queue, uint32_t 
  * @param port    passed through; the physical port on the virtual device
  * @param queue   passed through; 0..7 on the virtual device
  * @param weight  passed through; 0..127 on the virtual device
- * @param flags   passed through
+ * @param flags   passed through; ignored by the virtual device
  * @return 0
  */
 adp_status_t adp_cosq_sched_set(uint32_t port, uint32_t queue, uint32_t weight, uint32_t flags);
@@ -90,8 +90,8 @@ adp_status_t adp_cosq_sched_set(uint32_t port, uint32_t queue, uint32_t weight, 
  *
  * @param port         passed through; the physical port on the virtual device
  * @param queue        passed through; 0..7 on the virtual device
- * @param[out] weight  set to 0, then written by the driver
- * @param flags        passed through
+ * @param[out] weight  set to 0, then written by the driver; 0..127 on the virtual device
+ * @param flags        passed through; ignored by the virtual device
  * @return 0
  */
 adp_status_t adp_cosq_sched_get(uint32_t port, uint32_t queue, uint32_t *weight, uint32_t flags);
@@ -110,8 +110,8 @@ adp_status_t adp_set_port_egress_shaper(adp_intf_t intf, uint32_t rate, uint32_t
  * Reads a user port's shaper. Driver call: user_port_egress_rate_get(port, rate, burst).
  *
  * @param intf        user port
- * @param[out] rate   written by the driver
- * @param[out] burst  written by the driver
+ * @param[out] rate   written by the driver, in its unit; kilobits per second on the virtual device, where 0 is no limit
+ * @param[out] burst  written by the driver, in its unit; kilobits on the virtual device
  * @return 0; 102 when the driver call failed, and without one for an aggregation interface; 201 for another type
  */
 adp_status_t adp_get_port_egress_shaper(adp_intf_t intf, uint32_t *rate, uint32_t *burst);

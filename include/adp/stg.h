@@ -39,7 +39,7 @@ extern int16_t aiVlanStg[ADP_VLANS];
 /**
  * Creates the group of an MST instance. Driver call: user_stg_create_id(stg).
  *
- * @param stg  MST instance number
+ * @param stg  MST instance number; 0..15 on the virtual device
  * @return the driver's result
  */
 adp_status_t adp_create_mstp_instance(int32_t stg);
@@ -49,7 +49,7 @@ adp_status_t adp_create_mstp_instance(int32_t stg);
  *
  * Driver calls: user_stg_destroy(stg) and, unless that is negative, those of adp_del_msti_all_member().
  *
- * @param stg  MST instance number; 0 does nothing
+ * @param stg  MST instance number, 0 does nothing; 1..15 on the virtual device
  * @return user_stg_destroy()'s result; 0 for instance 0
  */
 adp_status_t adp_delete_mstp_instance(int32_t stg);
@@ -60,7 +60,7 @@ adp_status_t adp_delete_mstp_instance(int32_t stg);
  * When the table has the VLAN in a group above 0, even the same one, adp_del_msti_member() for that group is called
  * first. Then the table gets the group, cut to 16 bits. Driver call: user_stg_vlan_add(stg, vid).
  *
- * @param stg  MST instance number
+ * @param stg  MST instance number; 0..15 on the virtual device
  * @param vid  VLAN id, low 16 bits used
  * @return user_stg_vlan_add()'s result; -1 without a driver call for a VLAN of 4096 or above
  */
@@ -72,7 +72,7 @@ adp_status_t adp_add_msti_member(int32_t stg, uint32_t vid);
  * The VLAN's table entry becomes 0, whichever group it held. Driver calls: user_stg_stp_set(stg, port, 4) for each of
  * user ports 1 to 26, results ignored; user_stg_vlan_remove(stg, vid).
  *
- * @param stg  MST instance number
+ * @param stg  MST instance number; 0..15 on the virtual device
  * @param vid  VLAN id, low 16 bits used
  * @return user_stg_vlan_remove()'s result; -1 without a driver call for a VLAN of 4096 or above
  */
@@ -96,7 +96,7 @@ adp_status_t adp_del_msti_all_member(int32_t stg);
  * The first failure there prints "%s set tMstId %d tIntfId %d atMemList[%d] %d fail. \n" with instance, interface, the
  * member's place and the member.
  *
- * @param stg    MST instance number
+ * @param stg    MST instance number; 0..15 on the virtual device
  * @param intf   user port or aggregation interface
  * @param state  enum adp_stg_state
  * @return the driver's result, for a group that of the first member that failed (members before it keep the new state);
@@ -110,7 +110,7 @@ adp_status_t adp_set_port_mstp_state(int32_t stg, adp_intf_t intf, uint32_t stat
  * Driver call: user_stg_stp_get(stg, port, state). A negative result is reported: "%s %d: get max support stg number
  * failed. ret=%d\n".
  *
- * @param stg         MST instance number
+ * @param stg         MST instance number; 0..15 on the virtual device
  * @param intf        user port; any other interface is passed on as physical port -1
  * @param[out] state  written by the driver, enum adp_stg_state
  * @return the driver's result
@@ -163,9 +163,10 @@ int32_t adp_get_max_stg(void);
  * Driver call: user_stg_each_time_list(groups, chunk_index, chunk_size). A negative result is reported: "%s %d
  * fail.ret=%d\n".
  *
- * @param[out] groups  written by the driver: group numbers from place chunk_index * chunk_size on
- * @param chunk_index  which chunk, from 0
- * @param chunk_size   group numbers in a chunk
+ * @param[out] groups  written by the driver: group numbers, 0..15 on the virtual device, from place chunk_index *
+ *                     chunk_size on
+ * @param chunk_index  which chunk, 0 for the first
+ * @param chunk_size   number of group numbers in a chunk
  * @return the driver's result
  */
 adp_status_t adp_get_stg_each_time_list(ADP_COUNT(chunk_size) int32_t *groups, uint32_t chunk_index,
@@ -177,10 +178,10 @@ adp_status_t adp_get_stg_each_time_list(ADP_COUNT(chunk_size) int32_t *groups, u
  * Driver call: user_stg_vlan_each_time_list(stg, vids, chunk_index, chunk_size). A negative result is reported: "%s %d
  * fail.stg %d ret=%d\n".
  *
- * @param stg          group number
+ * @param stg          group number; 0..15 on the virtual device
  * @param[out] vids    VLAN ids from place chunk_index * chunk_size on
- * @param chunk_index  which chunk, from 0
- * @param chunk_size   VLAN ids in a chunk
+ * @param chunk_index  which chunk, 0 for the first
+ * @param chunk_size   number of VLAN ids in a chunk
  * @return the driver's result
  */
 adp_status_t adp_get_stg_vlan_each_time_list(int32_t stg, ADP_COUNT(chunk_size) uint16_t *vids, uint32_t chunk_index,
@@ -191,7 +192,7 @@ adp_status_t adp_get_stg_vlan_each_time_list(int32_t stg, ADP_COUNT(chunk_size) 
  *
  * Driver call: user_stg_vlan_count_get(stg, count). A negative result is reported: "%s %d fail.stg:%d ret=%d\n".
  *
- * @param stg  group number
+ * @param stg  group number; 0..15 on the virtual device
  * @return the count, or the driver's negative result
  */
 int32_t adp_get_stg_max_vlan(int32_t stg);
@@ -204,7 +205,7 @@ int32_t adp_get_stg_max_vlan(int32_t stg);
  * more than the full ones. Each of these is copied to the caller before the next is read. A failed chunk counts as
  * zeros. Without groups "%s %d: get STG count failed! STG count=%d\n" is printed on standard error.
  *
- * @param stg        group number
+ * @param stg        group number; 0..15 on the virtual device
  * @param[out] vids  VLAN ids, as many as the result says
  * @return the number of VLAN ids; 0 without groups, for a number that no group has, and when the chip reports more than
  *         64 groups or 4096 VLANs; the driver's negative result when the number of VLANs could not be read
@@ -216,9 +217,9 @@ int32_t adp_get_stg_vlan_list(int32_t stg, uint16_t vids[ADP_VLANS]);
  *
  * Driver call: user_stg_vlan_list(stg, list, count). A failure is reported: "%s %d: stg vlan list failed. ret=%d\n".
  *
- * @param stg         group number
+ * @param stg         group number; 0..15 on the virtual device
  * @param[out] list   written by the driver: its handle, to be given to adp_stg_vlan_list_destroy()
- * @param[out] count  written by the driver: VLANs in the list
+ * @param[out] count  written by the driver: number of VLANs in the list
  * @return the driver's result
  */
 adp_status_t adp_stg_vlan_list(int32_t stg, adp_word_t *list, int32_t *count);
@@ -241,7 +242,7 @@ adp_status_t adp_stg_vlan_list_destroy(adp_word_t list, int32_t count);
  * Driver call: user_stg_list(list, count). A failure is reported: "%s %d: stg vlan list destroy failed. ret=%d\n".
  *
  * @param[out] list   written by the driver: its handle, to be given to adp_stg_list_destroy()
- * @param[out] count  written by the driver: groups in the list
+ * @param[out] count  written by the driver: number of groups in the list
  * @return the driver's result
  */
 adp_status_t adp_stg_list(adp_word_t *list, int32_t *count);

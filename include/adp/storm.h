@@ -56,8 +56,8 @@ adp_status_t adp_set_storm_control(uint32_t dev_id, adp_intf_t intf, uint32_t st
  * @param dev_id      1 for nothing
  * @param intf        user port or aggregation interface
  * @param storm_code  enum adp_storm_code, low byte used
- * @param[out] rate   written by the driver
- * @param[out] burst  written by the driver
+ * @param[out] rate   written by the driver, in the driver's unit; 0 is no limit on the virtual device
+ * @param[out] burst  written by the driver, in the driver's unit
  * @return 0; 102 when the driver call failed; 201 for another type, -1 for a group outside 1..8
  */
 adp_status_t adp_get_storm_control(uint32_t dev_id, adp_intf_t intf, uint32_t storm_code, uint32_t *rate,
@@ -84,7 +84,7 @@ adp_status_t adp_set_storm_seltype(uint32_t dev_id, adp_intf_t intf, uint32_t st
  * @param dev_id         1 for nothing
  * @param intf           user port
  * @param storm_code     enum adp_storm_code, low byte used
- * @param[out] selected  written by the driver
+ * @param[out] selected  written by the driver; on the virtual device 1 counted, 0 not
  * @return 0; 102 when the driver call failed, and without one for an aggregation interface; 201 for another type
  */
 adp_status_t adp_get_storm_seltype(uint32_t dev_id, adp_intf_t intf, uint32_t storm_code, uint32_t *selected);
@@ -165,8 +165,8 @@ adp_status_t adp_set_ingress_limit(uint32_t dev_id, adp_intf_t intf, uint32_t ra
  *
  * @param dev_id      1 for nothing
  * @param intf        user port
- * @param[out] rate   written by the driver
- * @param[out] burst  written by the driver
+ * @param[out] rate   written by the driver, in its unit; kilobits per second on the virtual device, where 0 is no limit
+ * @param[out] burst  written by the driver, in its unit; kilobits on the virtual device
  * @return 0; 102 when the driver call failed, and without one for an aggregation interface; 201 for another type
  */
 adp_status_t adp_get_ingress_limit(uint32_t dev_id, adp_intf_t intf, uint32_t *rate, uint32_t *burst);

@@ -8,9 +8,11 @@
 
 /* C linkage, and visible outside the library that defines them although its own code is hidden by default. */
 #ifdef __cplusplus
+/** Opens declarations. */
 #define ADP_BEGIN_DECLS \
     extern "C" {        \
     _Pragma("GCC visibility push(default)")
+/** Closes declarations. */
 #define ADP_END_DECLS             \
     _Pragma("GCC visibility pop") \
     }
@@ -71,10 +73,10 @@ typedef int32_t adp_status_t;
  */
 typedef uint32_t adp_intf_t;
 
-#define ADP_INTF_TYPE_SHIFT 28
-#define ADP_INTF_INDEX_MASK 0x0FFFFFFFu
-#define ADP_INTF_TYPE_USER_PORT 0u
-#define ADP_INTF_TYPE_AGG 1u
+#define ADP_INTF_TYPE_SHIFT 28          /**< place of the type */
+#define ADP_INTF_INDEX_MASK 0x0FFFFFFFu /**< bits of the index */
+#define ADP_INTF_TYPE_USER_PORT 0u      /**< type of a user port */
+#define ADP_INTF_TYPE_AGG 1u            /**< type of an aggregation interface */
 /** The aggregation interface of group @p group (1..8). */
 #define ADP_AGG_INTF(group) (0x10000000u | (group))
 
@@ -95,13 +97,13 @@ typedef uint32_t adp_ports_t[8];
 
 /** The same set as a block that is passed by value. */
 typedef struct {
-    adp_ports_t word;
+    adp_ports_t word; /**< bit n of word n / 32 for number n */
 } adp_port_set_t;
 
 /** A link of a circular doubly linked list; the head is a link of its own and an empty list points to itself. */
 typedef struct adp_list_link {
-    struct adp_list_link *next;
-    struct adp_list_link *prev;
+    struct adp_list_link *next; /**< the next link, from the last one the head */
+    struct adp_list_link *prev; /**< the one before, from the head the last one */
 } adp_list_link_t;
 
 /** One group's record: the trunk record that the driver takes by value, and the rows of agg_info. 16 bytes. */
@@ -113,16 +115,16 @@ typedef struct {
 
 /** The driver's L2 (MAC address) table entry, 88 bytes, passed by value on an add. */
 typedef struct {
-    uint32_t flags;     /**< 0x8 static, 0x1 to a trunk (on add); 0x80 to a trunk (on look-up) */
-    uint8_t mac[6];     /**< MAC address, network order */
-    uint16_t vid;       /**< VLAN id, IEEE 802.1Q */
-    int32_t port;       /**< physical port */
-    int32_t reserved16; /**< 0 on add */
-    int32_t trunk;      /**< trunk id, valid when the entry points at a trunk */
-    uint32_t reserved24[2];
-    uint32_t index;    /**< L2 table index, from look-ups */
-    adp_ports_t ports; /**< multicast entries: physical ports */
-    uint32_t reserved68[5];
+    uint32_t flags;         /**< 0x8 static, 0x1 to a trunk (on add); 0x80 to a trunk (on look-up) */
+    uint8_t mac[6];         /**< MAC address, network order */
+    uint16_t vid;           /**< VLAN id, IEEE 802.1Q */
+    int32_t port;           /**< physical port */
+    int32_t reserved16;     /**< 0 on add */
+    int32_t trunk;          /**< trunk id, valid when the entry points at a trunk */
+    uint32_t reserved24[2]; /**< 0 on add */
+    uint32_t index;         /**< L2 table index, from look-ups */
+    adp_ports_t ports;      /**< multicast entries: physical ports */
+    uint32_t reserved68[5]; /**< 0 on add */
 } adp_l2_entry_t;
 
 ADP_END_DECLS

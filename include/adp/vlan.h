@@ -63,7 +63,7 @@ adp_status_t adp_vlan_destroyEx(uint32_t first_vid, uint32_t last_vid);
  *
  * @param vid       VLAN id, low 16 bits used
  * @param ports     address of a 256-bit set of physical ports, 0 for the empty set
- * @param untagged  the ports among these that send the VLAN untagged, in the same form
+ * @param untagged  the ports among these that send the VLAN untagged, address of a set in the same form
  * @return the driver's result
  */
 adp_status_t adp_vlan_port_add(uint32_t vid, adp_word_t ports, adp_word_t untagged);
@@ -119,7 +119,7 @@ adp_status_t adp_vlan_default_set(uint32_t vid);
  *
  * Driver call: user_vlan_default_get(0, 0, vid).
  *
- * @param[out] vid  written by the driver
+ * @param[out] vid  written by the driver: VLAN id
  * @return the driver's result
  */
 adp_status_t adp_vlan_default_get(uint32_t *vid);
@@ -171,7 +171,7 @@ adp_status_t adp_intf_pivd_set(adp_intf_t intf, uint32_t vid);
  * its lowest configured member.
  *
  * @param intf      user port or aggregation interface
- * @param[out] vid  written by the driver
+ * @param[out] vid  written by the driver: VLAN id
  * @return 0; 102 when the driver call failed; 203 for a group with neither; 201 for another type, -1 for a group
  *         outside 1..8
  */

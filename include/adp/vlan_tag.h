@@ -24,17 +24,19 @@ enum adp_double_tag_mode {
     ADP_DOUBLE_TAG_CUSTOMER = 2  /**< towards the customer: all tags are payload */
 };
 
+#define ADP_KEEP_PRIORITY 0xFFFFFFFFu /**< priority of an entry on the virtual device: the frame's stays */
+
 /**
  * Adds an ingress translation: frames that a port receives in one VLAN enter another.
  *
  * Driver call: user_vlan_translate_add(kind, port, action, old_vid, new_vid, priority).
  *
- * @param kind      passed through: how the entry is found
- * @param port      passed through
- * @param action    passed through: what becomes of the tag
+ * @param kind      passed through: how the entry is found; 0 on the virtual device
+ * @param port      passed through; the physical port on the virtual device
+ * @param action    passed through: what becomes of the tag; 0 on the virtual device
  * @param old_vid   VLAN id of the received tag, low 16 bits used
  * @param new_vid   VLAN id that the frame gets, low 16 bits used
- * @param priority  passed through: 802.1p priority that the frame gets
+ * @param priority  passed through: 802.1p priority that the frame gets, 0..7 or ADP_KEEP_PRIORITY on the virtual device
  * @return the driver's result
  */
 adp_status_t adp_vlan_translate_add(adp_word_t kind, adp_word_t port, adp_word_t action, uint32_t old_vid,
@@ -43,8 +45,8 @@ adp_status_t adp_vlan_translate_add(adp_word_t kind, adp_word_t port, adp_word_t
 /**
  * Deletes an ingress translation. Driver call: user_vlan_translate_delete(kind, port, old_vid).
  *
- * @param kind     passed through: how the entry is found
- * @param port     passed through
+ * @param kind     passed through: how the entry is found; 0 on the virtual device
+ * @param port     passed through; the physical port on the virtual device
  * @param old_vid  VLAN id of the received tag, low 16 bits used
  * @return the driver's result
  */
@@ -60,10 +62,10 @@ adp_status_t adp_vlan_translate_delete_all(void);
 /**
  * Reads an ingress translation. Driver call: user_vlan_translate_get(port, old_vid, new_vid, priority).
  *
- * @param port           passed through
+ * @param port           passed through; the physical port on the virtual device
  * @param old_vid        VLAN id of the received tag, low 16 bits used
- * @param[out] new_vid   written by the driver
- * @param[out] priority  written by the driver
+ * @param[out] new_vid   written by the driver: VLAN id that the frame gets
+ * @param[out] priority  written by the driver: 0..7, or ADP_KEEP_PRIORITY on the virtual device
  * @return the driver's result
  */
 adp_status_t adp_vlan_translate_get(adp_word_t port, uint32_t old_vid, uint32_t *new_vid, uint32_t *priority);
@@ -73,11 +75,11 @@ adp_status_t adp_vlan_translate_get(adp_word_t port, uint32_t old_vid, uint32_t 
  *
  * Driver call: user_vlan_translate_egress_add(kind, port, old_vid, new_vid, priority).
  *
- * @param kind      passed through: how the entry is found
- * @param port      passed through
+ * @param kind      passed through: how the entry is found; 0 on the virtual device
+ * @param port      passed through; the physical port on the virtual device
  * @param old_vid   VLAN id inside the switch, low 16 bits used
  * @param new_vid   VLAN id of the sent tag, low 16 bits used
- * @param priority  passed through: 802.1p priority of the sent tag
+ * @param priority  passed through: 802.1p priority of the sent tag, 0..7 or ADP_KEEP_PRIORITY on the virtual device
  * @return the driver's result
  */
 adp_status_t adp_vlan_translate_egress_add(adp_word_t kind, adp_word_t port, uint32_t old_vid, uint32_t new_vid,
@@ -86,8 +88,8 @@ adp_status_t adp_vlan_translate_egress_add(adp_word_t kind, adp_word_t port, uin
 /**
  * Deletes an egress translation. Driver call: user_vlan_translate_egress_delete(kind, port, old_vid).
  *
- * @param kind     passed through: how the entry is found
- * @param port     passed through
+ * @param kind     passed through: how the entry is found; 0 on the virtual device
+ * @param port     passed through; the physical port on the virtual device
  * @param old_vid  VLAN id inside the switch, low 16 bits used
  * @return the driver's result
  */
@@ -103,10 +105,10 @@ adp_status_t adp_vlan_translate_egress_delete_all(void);
 /**
  * Reads an egress translation. Driver call: user_vlan_translate_egress_get(port, old_vid, new_vid, priority).
  *
- * @param port           passed through
+ * @param port           passed through; the physical port on the virtual device
  * @param old_vid        VLAN id inside the switch, low 16 bits used
- * @param[out] new_vid   written by the driver
- * @param[out] priority  written by the driver
+ * @param[out] new_vid   written by the driver: VLAN id of the sent tag
+ * @param[out] priority  written by the driver: 0..7, or ADP_KEEP_PRIORITY on the virtual device
  * @return the driver's result
  */
 adp_status_t adp_vlan_translate_egress_get(adp_word_t port, uint32_t old_vid, uint32_t *new_vid, uint32_t *priority);
@@ -116,11 +118,11 @@ adp_status_t adp_vlan_translate_egress_get(adp_word_t port, uint32_t old_vid, ui
  *
  * Driver call: user_vlan_ip4_add(port, address, mask, vid, priority, flags).
  *
- * @param port      passed through
- * @param address   passed through: the subnet's address
- * @param mask      passed through: the subnet's mask
+ * @param port      passed through; the physical port on the virtual device
+ * @param address   passed through: the subnet's IPv4 address, a number on the virtual device: 0xC0000200 for 192.0.2.0
+ * @param mask      passed through: the subnet's mask, in the same form: 0xFFFFFF00 for 24 bits
  * @param vid       VLAN id, low 16 bits used
- * @param priority  passed through: 802.1p priority that the frame gets
+ * @param priority  passed through: 802.1p priority that the frame gets, 0..7 or ADP_KEEP_PRIORITY on the virtual device
  * @param flags     passed through; 0 on the virtual device
  * @return the driver's result
  */
@@ -130,9 +132,9 @@ adp_status_t adp_vlan_ip4_add(adp_word_t port, adp_word_t address, adp_word_t ma
 /**
  * Deletes a subnet's entry. Driver call: user_vlan_ip4_delete(port, address, mask).
  *
- * @param port     passed through
- * @param address  passed through: the subnet's address
- * @param mask     passed through: the subnet's mask
+ * @param port     passed through; the physical port on the virtual device
+ * @param address  passed through: the subnet's IPv4 address, a number on the virtual device: 0xC0000200 for 192.0.2.0
+ * @param mask     passed through: the subnet's mask, in the same form: 0xFFFFFF00 for 24 bits
  * @return the driver's result
  */
 adp_status_t adp_vlan_ip4_delete(adp_word_t port, adp_word_t address, adp_word_t mask);
@@ -150,12 +152,13 @@ adp_status_t adp_vlan_ip4_delete_all(void);
  * Driver call: user_vlan_dtag_add(kind, port, action, inner_vid, outer_vid, priority), on a group for each active
  * member.
  *
- * @param kind       passed through: how the entry is found
+ * @param kind       passed through: how the entry is found; 0 on the virtual device
  * @param intf       user port or aggregation interface
- * @param action     passed through: what becomes of the tags
+ * @param action     passed through: what becomes of the tags; 0 on the virtual device
  * @param inner_vid  the customer's VLAN id, low 16 bits used
  * @param outer_vid  the service's VLAN id, low 16 bits used
- * @param priority   passed through: 802.1p priority of the service's tag
+ * @param priority   passed through: 802.1p priority of the service's tag, 0..7 or ADP_KEEP_PRIORITY on the virtual
+ *                   device
  * @return user port: the driver's result; group: 0, 102 at the first failure; 201 for another type, -1 for a group
  *         outside 1..8
  */
@@ -167,7 +170,7 @@ adp_status_t adp_vlan_dtag_add(adp_word_t kind, adp_intf_t intf, adp_word_t acti
  *
  * Driver call: user_vlan_dtag_delete(kind, port, inner_vid), on a group for each active member.
  *
- * @param kind       passed through: how the entry is found
+ * @param kind       passed through: how the entry is found; 0 on the virtual device
  * @param intf       user port or aggregation interface
  * @param inner_vid  the customer's VLAN id, low 16 bits used
  * @return user port: the driver's result; group: 0, 102 at the first failure; 201 for another type, -1 for a group
@@ -190,7 +193,7 @@ adp_status_t adp_vlan_dtag_delete_all(void);
  * @param intf            user port or aggregation interface
  * @param inner_vid       the customer's VLAN id, low 16 bits used
  * @param[out] outer_vid  the service's VLAN id, written by the driver
- * @param[out] priority   written by the driver
+ * @param[out] priority   written by the driver: 0..7, or ADP_KEEP_PRIORITY on the virtual device
  * @return 0; 102 when the driver call failed; 201 for another type, -1 for a group outside 1..8
  */
 adp_status_t adp_vlan_dtag_get(adp_intf_t intf, uint32_t inner_vid, uint32_t *outer_vid, uint32_t *priority);
@@ -226,7 +229,7 @@ adp_status_t adp_double_tag_get(adp_intf_t intf, uint32_t *mode);
  *
  * @param intf    user port or aggregation interface
  * @param tpid    EtherType of the outer tag, low 16 bits used
- * @param option  passed through
+ * @param option  passed through; ignored by the virtual device
  * @return user port: the driver's result; group: 0, 102 at the first failure; 201 for another type, -1 for a group
  *         outside 1..8
  */

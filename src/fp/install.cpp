@@ -38,7 +38,6 @@ constexpr Message kUnknownQualifier{{kFunction, 1135}, "%s:[%05d] set unknow qua
 constexpr Message kNoMemory{{kFunction, 1295}, "%s:[%05d] malloc failed!~\n"};
 
 /** Its bitmaps hold physical ports already. */
-constexpr uint32_t kUntranslatedSubmodule = 16;
 
 class Installation {
   public:
@@ -177,7 +176,7 @@ void Installation::translate_port(const FpAction &action) {
 }
 
 void Installation::translate_ports(const FpAction &action) {
-    if (rule_.submodule_type == kUntranslatedSubmodule) {
+    if (rule_.submodule_type == ADP_FP_SUBMODULE_PHYSICAL) {
         return;
     }
     const adp_port_set_t ports = phy_ports_of(action.param, rule_.unit);

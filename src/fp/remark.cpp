@@ -13,14 +13,9 @@ static_assert(sizeof(RemarkRule) == 32 && offsetof(RemarkRule, port_bitmap) == 8
 namespace adp {
 namespace {
 
-constexpr uint32_t kRemarkSubmodule = 1;
-constexpr uint8_t kKind1 = 1;
-constexpr uint8_t kKind2 = 2;
 constexpr uint32_t kMacBytes = 6;
-constexpr uint32_t kIpv4Packet = 5;
-constexpr uint32_t kIpv6Packet = 10;
 constexpr uint32_t kDscpShift = 2;  // the DSCP's place in its byte, above the two ECN bits (RFC 2474, RFC 3168)
-constexpr uint32_t kNoIpType = 0;
+constexpr uint32_t kNoIpType = ADP_FP_IP_TYPE_ANY;
 
 /** What a match field becomes: the qualifier, its length, the shift of its value, the kind of packet asked for first.
  */
@@ -42,8 +37,8 @@ constexpr Field kFields[] = {
     {ADP_FP_QUALIFY_DST_IP, kWord, 0, kNoIpType},
     {ADP_FP_QUALIFY_SRC_IP, kWord, 0, kNoIpType},
     {ADP_FP_QUALIFY_IP_PROTOCOL, kWord, 0, kNoIpType},
-    {ADP_FP_QUALIFY_DSCP, kWord, kDscpShift, kIpv4Packet},
-    {ADP_FP_QUALIFY_IP6_TRAFFIC_CLASS, kWord, kDscpShift, kIpv6Packet},
+    {ADP_FP_QUALIFY_DSCP, kWord, kDscpShift, ADP_FP_IP_TYPE_IP4},
+    {ADP_FP_QUALIFY_IP6_TRAFFIC_CLASS, kWord, kDscpShift, ADP_FP_IP_TYPE_IP6},
     {ADP_FP_QUALIFY_L4_SRC_PORT, kWord, 0, kNoIpType},
     {ADP_FP_QUALIFY_L4_DST_PORT, kWord, 0, kNoIpType},
 };
@@ -51,7 +46,7 @@ constexpr uint32_t kFieldCount = sizeof kFields / sizeof *kFields;
 static_assert(kFieldCount == ADP_REMARK_L4_DST_PORT + 1);
 
 constexpr adp_status_t check_kind(uint8_t kind) {
-    return kind == kKind1 || kind == kKind2 ? ADP_OK : ADP_E_REMARK_KIND;
+    return kind == ADP_REMARK_KIND_PRIORITY || kind == ADP_REMARK_KIND_DSCP ? ADP_OK : ADP_E_REMARK_KIND;
 }
 
 /** A rule's entity has the caller's number. */
@@ -92,7 +87,8 @@ void append_field(FpEntity &entity, const RemarkRule &rule) {
 }
 
 void append_action(FpEntity &entity, const RemarkRule &rule) {
-    const uint32_t type = rule.remark_kind == kKind1 ? ADP_FP_ACTION_REMARK_KIND_1 : ADP_FP_ACTION_REMARK_KIND_2;
+    const uint32_t type =
+        rule.remark_kind == ADP_REMARK_KIND_PRIORITY ? ADP_FP_ACTION_SET_PRIORITY : ADP_FP_ACTION_SET_DSCP;
     const uint32_t value = rule.remark_value;
     adp_fp_add_entity_action(&entity, type, &value, sizeof value, nullptr, 0);
 }
@@ -100,7 +96,7 @@ void append_action(FpEntity &entity, const RemarkRule &rule) {
 /** Contract: the rule is installed even if the check of the request failed. @p check is its result. */
 adp_status_t install_remark(const RemarkRule &rule, adp_status_t check) {
     FpEntity entity = {};
-    entity.submodule_type = kRemarkSubmodule;
+    entity.submodule_type = ADP_FP_SUBMODULE_REMARK;
     entity.entity_id = entity_of_rule(rule.rule_id);
     entity.priority = rule.rule_id;
     append_ports(entity, rule);
@@ -125,7 +121,7 @@ adp_status_t adp_add_remark_rule(RemarkRule *rule) {
         return ADP_E_SELECTOR;
     }
     shift_to_interfaces(rule->port_bitmap);
-    if (fp_find_data_by_submodetype(kRemarkSubmodule) == nullptr) {
+    if (fp_find_data_by_submodetype(ADP_FP_SUBMODULE_REMARK) == nullptr) {
         return ADP_E_REMARK_NO_SUBMODULE;
     }
     if (rule->rule_form != ADP_REMARK_FORM_PORTS && rule->rule_form != ADP_REMARK_FORM_FIELD) {
@@ -136,5 +132,5 @@ adp_status_t adp_add_remark_rule(RemarkRule *rule) {
 
 adp_status_t adp_del_remark_rule(uint32_t rule_id) {
     const uint32_t entity = entity_of_rule(low16(rule_id));
-    return adp_fp_delete_entity_rule(kRemarkSubmodule, entity, 0) < 0 ? ADP_E_DRIVER : ADP_OK;
+    return adp_fp_delete_entity_rule(ADP_FP_SUBMODULE_REMARK, entity, 0) < 0 ? ADP_E_DRIVER : ADP_OK;
 }

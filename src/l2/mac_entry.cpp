@@ -27,7 +27,7 @@ adp_status_t add_entry(const uint8_t *mac, uint32_t vid, uint32_t flags, int32_t
     return user_mac_addr_add(0, entry);
 }
 
-constexpr int32_t kNoPort = 0;
+constexpr int32_t kPortOfTrunk = 0;
 constexpr int32_t kNoTrunk = 0;
 
 using LookUp = int32_t (*)(uint32_t, const uint8_t *, uint32_t, adp_l2_entry_t *);
@@ -71,7 +71,7 @@ adp_status_t adp_filter_mac_addr(adp_intf_t intf, const uint8_t mac[ADP_MAC_BYTE
         case IntfKind::kUserPort:
             return add_entry(mac, vid, asked, number(phy_of(target)), kNoTrunk);
         case IntfKind::kAggregation:
-            return add_entry(mac, vid, asked | NETLINK_L2_TO_TRUNK, kNoPort, get_chip_tgid(target));
+            return add_entry(mac, vid, asked | NETLINK_L2_TO_TRUNK, kPortOfTrunk, get_chip_tgid(target));
         default:
             return ADP_E_INTF_TYPE;
     }

@@ -15,7 +15,7 @@ def of_source(folder, installed, *patterns):
 NATIVE = {"bin/vdeviced", "bin/vdevctl", "lib/systemd/system/vdeviced.service"}
 CONTENTS = {
     "runtime": {"lib/libadp.so"},
-    "dev": {"lib/pkgconfig/adp.pc", f"{PACKAGE}-config.cmake", f"{PACKAGE}-config-version.cmake",
+    "dev": {"lib/libadp_status.a", "lib/pkgconfig/adp.pc", f"{PACKAGE}-config.cmake", f"{PACKAGE}-config-version.cmake",
             f"{PACKAGE}-targets.cmake", f"{PACKAGE}-targets-*.cmake"}
            | of_source("include", "include", "*.h") | of_source("platform", "include/adp/platform", "*.h"),
     "vdevice": {"lib/adp/virtual-device/libnetlink_api.so", "lib/adp/virtual-device/libdevice_services.so",

@@ -14,6 +14,7 @@ from acl import Acl  # noqa: E402
 from cpu import Cpu  # noqa: E402
 from crossing import PORTS as CROSSING_PORTS  # noqa: E402
 from crossing import Crossing  # noqa: E402
+from failures import Failures  # noqa: E402
 from limits import Limits  # noqa: E402
 from priorities import Priorities  # noqa: E402
 from stage import MEMBERS, Stage, theatre  # noqa: E402
@@ -21,6 +22,10 @@ from tagging import Tagging  # noqa: E402
 
 BUILDS = os.environ.get("ADP_SCENARIO_BUILDS", "host,mips").split(",")
 DEVICE_BUILD = os.environ.get("ADP_SCENARIO_DEVICE", "host")
+
+
+def pytest_configure(config):
+    config.pluginmanager.register(Failures())
 
 
 def pytest_sessionstart():

@@ -5,3 +5,8 @@
 #include <version>
 
 #undef _GLIBCXX_USE_PTHREAD_MUTEX_CLOCKLOCK
+
+// gcc's name for this build; clang has none.
+#ifndef __SANITIZE_THREAD__
+#define __SANITIZE_THREAD__ 1
+#endif

@@ -25,7 +25,6 @@ std::string about(const Param &parameter, const std::string &text) {
 
 bool is_bitmap(const Param &parameter) {
     constexpr size_t kPairOfWords = 2;
-    constexpr size_t kPortSetWords = 8;
     return parameter.element.kind == Kind::kU32 && parameter.counted_by == calls::kNotCounted &&
            (parameter.extent == kPairOfWords || parameter.extent == kPortSetWords);
 }

@@ -19,7 +19,6 @@ namespace {
 
 constexpr int kHexadecimalBase = 16;
 constexpr size_t kBitsPerWord = 32;
-constexpr size_t kPortSetWords = 8;
 
 Bytes hexadecimal(std::string_view text, const Value &value) {
     if (text.substr(0, 2) == "0x") {

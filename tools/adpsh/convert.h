@@ -24,6 +24,8 @@ using Variables = std::map<std::string, Bytes, std::less<>>;
 constexpr size_t kMaxElements = 64 * 1024;
 /** Size of the memory for words that a line gives as a list in place of an address. */
 constexpr size_t kWordListBytes = 256;
+/** Words of a set of ports. */
+constexpr size_t kPortSetWords = 8;
 
 /** What conversions need besides the value: the variables, and memory that lives as long as the call. */
 struct Context {

@@ -1,20 +1,18 @@
 // Names of results. A driver's own number is looked up among those of the virtual device.
 #include "tools/adpsh/result.h"
 
-#include "vdevice/chip/frame/status.h"
-
 #include <adp/adp.h>
+#include <adp/status.h>
 
 #include <fmt/format.h>
 
-#include <algorithm>
+#include <span>
 
 namespace adpsh {
 
 namespace {
 
 using call_trace::Failure;
-using vdevice::chip::StatusEntry;
 
 // Also the result of a driver call that does not reach the device.
 constexpr int64_t kUnreached = ADP_FAIL;
@@ -25,23 +23,25 @@ struct Meaning {
     bool is_the_devices = false;
 };
 
-const StatusEntry *find_device_result(int64_t result) {
-    const auto rows = vdevice::chip::status_table();
-    const auto found = std::find_if(rows.begin(), rows.end(), [result](const StatusEntry &row) {
-        return row.status != vdevice::chip::Status::kOk && vdevice::chip::code(row.status) == result;
-    });
-    return found == rows.end() ? nullptr : &*found;
+bool is_the_devices(const adp_status_entry_t &entry) {
+    return entry.status < ADP_FAIL;
 }
 
-/** The constant that names a status, or null. */
-const exported::Constant *find_status(int64_t status) {
-    const auto is_name = [status](const exported::Constant &constant) {
-        const std::string_view name = constant.name;
-        return constant.value == status && (name == "ADP_OK" || name == "ADP_FAIL" || name.substr(0, 6) == "ADP_E_");
-    };
-    const auto rows = exported::constants();
-    const auto found = std::find_if(rows.begin(), rows.end(), is_name);
-    return found == rows.end() ? nullptr : &*found;
+/** The entry of a result of the library or of the device, or null. */
+const adp_status_entry_t *find_result(int64_t result, bool of_the_device) {
+    const adp_status_entry_t *const found =
+        result == static_cast<int32_t>(result) ? adp_status_find(static_cast<int32_t>(result)) : nullptr;
+    return found != nullptr && is_the_devices(*found) == of_the_device ? found : nullptr;
+}
+
+const adp_status_entry_t *find_device_result(int64_t result) {
+    return find_result(result, true);
+}
+
+std::span<const adp_status_entry_t> all_results() {
+    uint32_t count = 0;
+    const adp_status_entry_t *const first = adp_status_entries(&count);
+    return {first, count};
 }
 
 std::string port_text(int64_t port) {
@@ -61,22 +61,22 @@ std::string failure_text(const Failure &failure) {
     if (failure.result == kUnreached) {
         return text + ": the call did not reach the device; start vdeviced, or name its folder with --run-dir";
     }
-    const StatusEntry *const known = find_device_result(failure.result);
-    return known == nullptr ? text : fmt::format("{}, {} of the virtual device: {}", text, known->name, known->meaning);
+    const adp_status_entry_t *const known = find_device_result(failure.result);
+    return known == nullptr ? text : fmt::format("{}, {} of the virtual device: {}", text, known->name, known->text);
 }
 
 /** The meaning of one of the library's codes; a driver call that failed explains it. */
 Meaning library_meaning(int64_t result, const std::optional<Failure> &failure) {
-    const exported::Constant *const status = find_status(result);
+    const adp_status_entry_t *const status = find_result(result, false);
     if (status == nullptr) {
         return {{}, failure ? failure_text(*failure) : std::string()};
     }
     if (result == ADP_OK || !failure) {
-        return {status->name, status->doc};
+        return {status->name, status->text};
     }
     const bool says_nothing_more = result == ADP_E_DRIVER || result == failure->result;
     return {status->name,
-            (says_nothing_more ? std::string("a driver call failed") : status->doc) + ": " + failure_text(*failure)};
+            (says_nothing_more ? std::string("a driver call failed") : status->text) + ": " + failure_text(*failure)};
 }
 
 Meaning meaning_of(const Outcome &outcome) {
@@ -84,8 +84,8 @@ Meaning meaning_of(const Outcome &outcome) {
     if (!is_status && (outcome.call->result != calls::Result::kI32 || outcome.result >= 0)) {
         return {};
     }
-    if (const StatusEntry *const known = find_device_result(outcome.result)) {
-        return {known->name, known->meaning, true};
+    if (const adp_status_entry_t *const known = find_device_result(outcome.result)) {
+        return {known->name, known->text, true};
     }
     if (!is_status && !outcome.failure) {
         return {};  // a number of which the call's header says what it is
@@ -108,25 +108,23 @@ Json text_or_null(const std::string &text) {
 }  // namespace
 
 std::string_view device_name_of(int64_t result) {
-    const StatusEntry *const known = find_device_result(result);
+    const adp_status_entry_t *const known = find_device_result(result);
     return known == nullptr ? std::string_view() : known->name;
 }
 
 std::string device_result_text(std::string_view word) {
-    for (const StatusEntry &row : vdevice::chip::status_table()) {
-        const bool is_meant = row.name == word || std::to_string(vdevice::chip::code(row.status)) == word;
-        if (is_meant && row.status != vdevice::chip::Status::kOk) {
-            return fmt::format("{} = {}\na result of the virtual device: {}", row.name, vdevice::chip::code(row.status),
-                               row.meaning);
+    for (const adp_status_entry_t &row : all_results()) {
+        if (is_the_devices(row) && (row.name == word || std::to_string(row.status) == word)) {
+            return fmt::format("{} = {}\na result of the virtual device: {}", row.name, row.status, row.text);
         }
     }
     return {};
 }
 
 const exported::Constant *library_result(std::string_view number) {
-    for (const exported::Constant &constant : exported::constants()) {
-        if (std::to_string(constant.value) == number && find_status(constant.value) == &constant) {
-            return &constant;
+    for (const adp_status_entry_t &row : all_results()) {
+        if (!is_the_devices(row) && std::to_string(row.status) == number) {
+            return exported::find_constant(row.name);
         }
     }
     return nullptr;

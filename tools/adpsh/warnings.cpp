@@ -1,6 +1,8 @@
 // Warnings about the port map: ports that it does not have, and a map that was never filled.
 #include "tools/adpsh/warnings.h"
 
+#include "tools/adpsh/convert.h"
+
 #include <adp/adp.h>
 
 #include <fmt/format.h>
@@ -12,7 +14,6 @@ namespace adpsh {
 namespace {
 
 constexpr size_t kWordBits = 32;
-constexpr size_t kPortSetWords = 8;
 
 /** A set of interfaces that the library translates. Sets of physical ports are passed by address. */
 bool is_interface_set(const Slot &slot) {

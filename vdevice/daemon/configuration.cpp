@@ -1,10 +1,11 @@
 // Settings of both sources put together, and settings made on a device.
 #include "vdevice/daemon/configuration.h"
 
+#include <adp/status.h>
+
 #include <algorithm>
 #include <iterator>
 
-#include "vdevice/chip/frame/status.h"
 #include "vdevice/io/error.h"
 #include "vdevice/io/receive_ring.h"
 
@@ -42,9 +43,9 @@ std::vector<std::string> apply(const Configuration &configuration, DriverCalls &
     std::vector<std::string> refusals;
     for (const Step &step : configuration.steps) {
         if (const int32_t result = step.call(calls); result != 0) {
-            const chip::StatusEntry &why = chip::describe(static_cast<chip::Status>(result));
-            refusals.push_back(step.place + ": the device refuses " + step.what + ": " + why.meaning + " (" + why.name +
-                               ").");
+            const adp_status_entry_t *why = adp_status_find(result);
+            refusals.push_back(step.place + ": the device refuses " + step.what + ": " + adp_status_text(result) +
+                               " (" + (why == nullptr ? std::to_string(result) : why->name) + ").");
         }
     }
     return refusals;

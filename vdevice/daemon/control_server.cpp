@@ -1,6 +1,7 @@
 // Lines in, lines out: clients are served in turn and never waited for.
 #include "vdevice/daemon/control_server.h"
 
+#include <malloc.h>
 #include <sys/epoll.h>
 #include <sys/socket.h>
 
@@ -11,6 +12,7 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
+#include "vdevice/daemon/request.h"
 #include "vdevice/io/error.h"
 
 namespace vdevice {
@@ -34,25 +36,6 @@ std::string refusal(const std::string &sentence) {
     return line_of({{"error", sentence}});
 }
 
-/** Nothing, with a sentence in @p problem, if it is no request. */
-json request_in(const std::string &line, const char *&problem) {
-    // Values are copied and dumped by functions that call themselves, so their depth is limited.
-    constexpr int kMostLevels = 16;
-    bool is_too_deep = false;
-    const auto check_depth = [&](int depth, json::parse_event_t event, json & /*parsed*/) {
-        const bool is_start = event == json::parse_event_t::object_start || event == json::parse_event_t::array_start;
-        is_too_deep = is_too_deep || (is_start && depth >= kMostLevels);
-        return !is_too_deep;
-    };
-    json request = json::parse(line, check_depth, false);
-    if (is_too_deep) {
-        problem = "The request has too many levels of lists and objects.";
-    } else if (!request.is_object()) {
-        problem = "The request is not a JSON object.";
-    }
-    return request;
-}
-
 ssize_t send_some(const UniqueFd &client, const char *bytes, size_t size) {
     return send(client.get(), bytes, size, MSG_DONTWAIT | MSG_NOSIGNAL);
 }
@@ -72,8 +55,16 @@ void ControlServer::listen(bool wanted) {
     }
 }
 
+// What many clients have left behind is in pieces between what stays, and would be kept for ever.
+void ControlServer::give_memory_back() {
+    if (clients_.size() <= kFewClients && std::exchange(had_many_clients_, false)) {
+        malloc_trim(0);
+    }
+}
+
 void ControlServer::tick() {
     listen(true);
+    give_memory_back();
     for (auto &[fd, client] : clients_) {
         ++client.idle_ticks;
     }
@@ -108,6 +99,7 @@ void ControlServer::accept_client() {
     try {
         turns_.add(number, EPOLLIN, [this, number](uint32_t events) { serve(number, events); });
         clients_[number].fd = std::move(fd);
+        had_many_clients_ = had_many_clients_ || clients_.size() > kFewClients;
     } catch (const io::Error &) {
         // The kernel watches no more descriptors: this client is closed, the others stay.
     } catch (const std::bad_alloc &) {

@@ -71,8 +71,12 @@ class ControlServer {
         std::function<std::string()> make;
     };
 
+    /** Memory is given back to the system when there are so few again. */
+    static constexpr size_t kFewClients = 4;
+
     void accept_client();
     bool make_room();
+    void give_memory_back();
     void listen(bool wanted);
     void serve(int fd, uint32_t events);
     void close_client(int fd);
@@ -96,6 +100,7 @@ class ControlServer {
     bool is_listening_ = true;
     io::EventLoop turns_; /**< the descriptors of this server; the daemon's loop handles one event of them in a turn */
     std::map<int, Client> clients_;
+    bool had_many_clients_ = false;
     uint64_t rejected_ = 0;
     std::deque<Waiting> waiting_; /**< the text of the first one is being made */
     std::unique_ptr<BackgroundText> background_;

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <string_view>
 
+#include "vdevice/inspect/subject.h"
 #include "vdevice/sockets/run_dir.h"
 
 namespace vdevice {
@@ -104,6 +105,8 @@ error_t take_option(int key, char *argument, argp_state *state) {
 }  // namespace
 
 Options parse_options(int argc, char **argv) {
+    const std::string version = std::string{"vdeviced "} + inspect::kVersionText;
+    argp_program_version = version.c_str();
     const argp parser = {
         kOptions,
         take_option,

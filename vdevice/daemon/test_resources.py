@@ -6,7 +6,7 @@ import socket
 import subprocess
 import time
 
-from testing.daemon import BROADCAST, PAYLOAD, Control, station
+from testing.daemon import BROADCAST, PAYLOAD, Control, station, wait_until
 
 CLIENTS = 40
 
@@ -69,3 +69,30 @@ def test_a_program_that_is_one_too_many_is_told_the_limit(device):
     finally:
         resource.setrlimit(resource.RLIMIT_NOFILE, (soft, hard))
     assert device.call("enable", 24, 1) == "0"
+
+
+def heap_bytes(device):
+    """What the heap of the daemon has in use of the machine's memory."""
+    with open(f"/proc/{device.process.pid}/smaps", encoding="ascii") as maps:
+        lines = iter(maps)
+        for line in lines:
+            if line.endswith("[heap]\n"):
+                return next(1024 * int(each.split()[1]) for each in lines if each.startswith("Rss:"))
+    return 0
+
+
+def test_what_many_clients_took_is_given_back(device):
+    """Every other client stays a little longer, so that the memory of the others is in pieces."""
+    before = heap_bytes(device)
+    clients = [Control(device) for _ in range(200)]
+    for client in clients:
+        client.say(b'{"command": "' + b"x" * 50000)
+    wait_until(lambda: heap_bytes(device) - before > 8 << 20, "the clients' requests")
+    stay = [Control(device), Control(device)]
+    for client in stay:
+        client.say(b'{"command": "watch"}\n')
+        assert client.hear() == {"watching": True}
+    for client in clients:
+        client.reader.close()
+        client.socket.close()
+    wait_until(lambda: heap_bytes(device) - before < 1 << 20, "the memory to be given back")

@@ -2,11 +2,18 @@
 #include <adp/adp.h>
 #include <gtest/gtest.h>
 
+#include <map>
+
+#include "vdevice/chip/fields/field.h"
+#include "vdevice/chip/fields/field_action.h"
 #include "vdevice/chip/fields/field_processor.h"
+#include "vdevice/chip/frame/switch_tag.h"
 #include "vdevice/chip/queues/scheduler.h"
 #include "vdevice/chip/rates/storm_control.h"
 #include "vdevice/chip/tables/group_rules.h"
 #include "vdevice/chip/tables/learn_mode.h"
+#include "vdevice/chip/tables/phy.h"
+#include "vdevice/chip/tables/port.h"
 #include "vdevice/chip/tables/port_priorities.h"
 #include "vdevice/chip/tables/port_tags.h"
 #include "vdevice/chip/tables/stp_groups.h"
@@ -70,6 +77,53 @@ TEST(Codes, OfFramesThatNothingMatches) {
     EXPECT_EQ(code(MissAction::kDrop), ADP_FP_MISS_DROP);
     EXPECT_EQ(code(MissAction::kCopyToCpu), ADP_FP_MISS_COPY_TO_CPU);
     EXPECT_EQ(code(MissAction::kToCpu), ADP_FP_MISS_TO_CPU);
+}
+
+TEST(Codes, OfThePhysicalPort) {
+    EXPECT_EQ(code(chip::Crossover::kAutomatic), ADP_MDIX_AUTO);
+    EXPECT_EQ(code(chip::Crossover::kMdi), ADP_MDIX_MDI);
+    EXPECT_EQ(code(chip::Crossover::kMdix), ADP_MDIX_MDIX);
+    EXPECT_EQ(code(chip::Medium::kCopper), ADP_MEDIUM_COPPER);
+    EXPECT_EQ(code(chip::Medium::kFibre), ADP_MEDIUM_FIBRE);
+    EXPECT_EQ(code(chip::Phy::kHalfDuplex), ADP_DUPLEX_HALF);
+    EXPECT_EQ(code(chip::Phy::kFullDuplex), ADP_DUPLEX_FULL);
+    EXPECT_EQ(code(chip::Port::kLoopbackModes), ADP_LOOPBACK_PHY + 1);
+}
+
+TEST(Codes, OfTheSwitchTag) {
+    EXPECT_EQ(code(chip::Opcode::kSwitched), ADP_OPCODE_SWITCH);
+    EXPECT_EQ(code(chip::Opcode::kOnePort), ADP_OPCODE_PORT);
+    EXPECT_EQ(code(chip::Opcode::kPorts), ADP_OPCODE_PORTS);
+    EXPECT_EQ(code(chip::Opcode::kOnePortAsIs), ADP_OPCODE_PORT_AS_IS);
+    EXPECT_EQ(code(chip::Opcode::kOnePortRaw), ADP_OPCODE_PORT_RAW);
+    EXPECT_EQ(code(chip::Opcode::kPortsRaw), ADP_OPCODE_PORTS_RAW);
+}
+
+TEST(Codes, OfFieldActions) {
+    const std::map<uint32_t, std::string_view> names = {
+        {ADP_FP_ACTION_SET_DSCP, "set_dscp"},  {ADP_FP_ACTION_SET_PRIORITY, "set_priority"},
+        {ADP_FP_ACTION_PORT, "redirect_port"}, {ADP_FP_ACTION_PORTS, "redirect_ports"},
+        {ADP_FP_ACTION_METER, "meter"},        {ADP_FP_ACTION_PERMIT, "permit"},
+        {ADP_FP_ACTION_DROP, "drop"},          {ADP_FP_ACTION_COPY_TO_CPU, "copy_to_cpu"},
+        {ADP_FP_ACTION_TO_CPU, "to_cpu"},      {ADP_FP_ACTION_SET_VLAN, "set_vlan"},
+        {ADP_FP_ACTION_COUNT, "count"},        {ADP_FP_ACTION_MIRROR, "mirror"}};
+    std::map<uint32_t, std::string_view> actions;
+    for (const chip::ActionInfo &action : chip::action_table()) {
+        actions[action.code] = action.name;
+    }
+    EXPECT_EQ(actions, names);
+}
+
+TEST(Codes, OfFieldConditions) {
+    EXPECT_EQ(code(chip::TagFormat::kNone), ADP_FP_INNER_TAG_NONE);
+    EXPECT_EQ(code(chip::TagFormat::kPriority), ADP_FP_INNER_TAG_PRIORITY);
+    EXPECT_EQ(code(chip::TagFormat::kVlan), ADP_FP_INNER_TAG_VLAN);
+    EXPECT_EQ(code(chip::IpKind::kAny), ADP_FP_IP_TYPE_ANY);
+    EXPECT_EQ(code(chip::IpKind::kNotIp), ADP_FP_IP_TYPE_NOT_IP);
+    EXPECT_EQ(code(chip::IpKind::kIp), ADP_FP_IP_TYPE_IP);
+    EXPECT_EQ(code(chip::IpKind::kArp), ADP_FP_IP_TYPE_ARP);
+    EXPECT_EQ(code(chip::IpKind::kIpv4), ADP_FP_IP_TYPE_IP4);
+    EXPECT_EQ(code(chip::IpKind::kIpv6), ADP_FP_IP_TYPE_IP6);
 }
 
 TEST(Codes, OfStormsAndBalancing) {

@@ -76,6 +76,8 @@ TEST_F(DriverGroup, GroupsAreFoundByTheirVlan) {
     EXPECT_EQ(driver_.user_is_mcast_addr_exist_by_vlan(0, 0, 0, 0), kVlanRange);
     EXPECT_EQ(driver_.user_is_mcast_addr_exist_vlan_is(0, kOtherVid, 5, 6), kOk);
     EXPECT_EQ(driver_.user_is_mcast_addr_exist_vlan_is(0, kVid, 5, 6), kGroupMissing);
+    EXPECT_EQ(driver_.user_is_mcast_addr_exist_vlan_is(0, 0, 5, 6), kVlanRange)
+        << "0 is no VLAN, and does not stand for all";
 }
 
 TEST_F(DriverGroup, InitialisingForgetsThemAll) {

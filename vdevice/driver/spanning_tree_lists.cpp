@@ -10,7 +10,7 @@ namespace vdevice::driver {
 namespace {
 
 using chip::Status;
-using Kind = ListHandles::Kind;
+using ListKind = ListHandles::Kind;
 
 /** Writes the elements of one chunk; a chunk beyond the last element has none. */
 template <typename Element, typename Out>
@@ -39,24 +39,24 @@ class SpanningTreeLists : public SpanningTreeListsCalls {
     }
 
     Status user_stg_list(adp_word_t &list, int32_t &count) override {
-        return open(Kind::kGroups, chip_.stp().list().size(), list, count);
+        return open(ListKind::kGroups, chip_.stp().list().size(), list, count);
     }
 
     Status user_stg_list_destroy(uint32_t list, int32_t count) override {
-        return lists_.close({Kind::kGroups, list, count});
+        return lists_.close({ListKind::kGroups, list, count});
     }
 
     Status user_stg_vlan_list(int32_t stg, adp_word_t &list, int32_t &count) override {
         const Status status = chip_.stp().check(stg);
-        return status == Status::kOk ? open(Kind::kVlans, chip_.stp().vlans(stg).size(), list, count) : status;
+        return status == Status::kOk ? open(ListKind::kVlans, chip_.stp().vlans(stg).size(), list, count) : status;
     }
 
     Status user_stg_vlan_list_destroy(uint32_t list, int32_t count) override {
-        return lists_.close({Kind::kVlans, list, count});
+        return lists_.close({ListKind::kVlans, list, count});
     }
 
   private:
-    Status open(Kind kind, size_t size, adp_word_t &list, int32_t &count) {
+    Status open(ListKind kind, size_t size, adp_word_t &list, int32_t &count) {
         if (!lists_.has_room()) {
             return Status::kTooManyLists;
         }

@@ -38,7 +38,7 @@ std::string tag_text(const json &tag) {
 }
 
 std::string end_text(const json &packet, const char *end, size_t which) {
-    const std::string address = string_of(packet, end);
+    std::string address = string_of(packet, end);
     if (!packet.contains("ports")) {
         return address;
     }
@@ -224,7 +224,7 @@ std::string show_groups(const char *title, const std::vector<Group> &groups) {
     return text;
 }
 
-std::string show_mirrors(const json &rows) {
+std::string show_copies(const json &rows) {
     std::string text;
     for (const json &row : rows) {
         text += fmt::format("  {:<8}  port {}: {}, {}\n", text.empty() ? "mirror" : "", port_name(row),
@@ -263,7 +263,7 @@ std::string account_text(const json &account) {
     for (const json &step : account["steps"]) {
         text += (text.empty() ? "" : "  ") + step_text(step) + "\n";
     }
-    return text + show_groups("sent", groups_of(account, true)) + show_mirrors(account["mirrors"]) +
+    return text + show_groups("sent", groups_of(account, true)) + show_copies(account["mirrors"]) +
            show_groups("not sent", groups_of(account, false));
 }
 

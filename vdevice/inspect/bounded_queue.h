@@ -41,6 +41,15 @@ class BoundedQueue {
     }
     /** Counts one that was not put. */
     void miss() { ++missed_; }
+    /** Discards the oldest items until there is room, and counts them as missed. */
+    void make_room(size_t size) {
+        while (!has_room(size) && !waiting_.empty()) {
+            const uint64_t missed = waiting_.front().missed_before + 1;
+            used_ -= waiting_.front().size;
+            waiting_.pop_front();
+            (waiting_.empty() ? missed_ : waiting_.front().missed_before) += missed;
+        }
+    }
 
     /** The next item, or how many are missing before it or behind the last one. */
     std::optional<Taken> take() {

@@ -62,7 +62,7 @@ std::string hex_of(const std::vector<uint8_t> &octets) {
 
 }  // namespace
 
-extern constexpr Subject kCapture{"capture",      "",           "the frames of ports, into a file for Wireshark",
+extern constexpr Subject kCapture{"capture",      "[FILE]",     "the frames of ports, into a file for Wireshark",
                                   refuse_capture, show_nothing, kCaptureOptions};
 
 Lines Capturing::open(const json &request, const std::function<void()> &wake) {
@@ -121,7 +121,9 @@ std::string Capturing::line_of(const Captured &captured) const {
 }
 
 void Capturing::put(Capture &capture, Captured captured) {
+    // The newest frames are kept: who reads only after something went wrong wants those just before it.
     const size_t size = size_of(captured.octets.size());
+    capture.queue.make_room(size);
     capture.queue.put(std::move(captured), size);
 }
 
@@ -130,9 +132,6 @@ void Capturing::tell(chip::Time time, int port, bool is_in, const char *comment,
         const Wanted &wanted = capture.wanted;
         if (!wanted.ports.has(port) || !(is_in ? wanted.in : wanted.out) || (comment != nullptr && !wanted.dropped)) {
             return;
-        }
-        if (!capture.queue.has_room(size_of(frame.size()))) {
-            return capture.queue.miss();
         }
         Captured captured{time, port, is_in, comment, std::vector<uint8_t>(frame.size())};
         frame.copy_to(captured.octets.data());

@@ -22,7 +22,7 @@ constexpr Filter kFollowOptions[] = {kFramePort,    kFrameVlan,   kFrameMac, kFr
 
 /** Says why a request could not be opened. */
 json refuse_follow(Device &device, const json &request) {
-    FrameFilter{device, request};
+    [[maybe_unused]] const FrameFilter filter{device, request};
     throw Refusal{fmt::format("{} clients follow frames already.", Following::kMostFollowers)};
 }
 
@@ -38,18 +38,26 @@ std::string line_of(const chip::Account &account, const Device &device, bool as_
     if (!as_text) {
         return object.dump();
     }
-    return json{{"text", with_steps ? account_text(object) : account_line(object)}}.dump();
+    // With the time and port a client finds the frame in a capture.
+    return json{{"text", with_steps ? account_text(object) : account_line(object)},
+                {"time", object["time"]},
+                {"port", object["port"]}}
+        .dump();
 }
 
 std::string line_of(const Missed &missed, bool as_text) {
-    return (as_text ? json{{"text", fmt::format("{} frames missed\n", missed.count)}} : json{{"missed", missed.count}})
-        .dump();
+    json object = {{"missed", missed.count}};
+    if (as_text) {
+        object["text"] = fmt::format("{} frames missed\n", missed.count);
+    }
+    return object.dump();
 }
 
 }  // namespace
 
 Lines Following::open(const json &request, const std::function<void()> &wake) {
-    tick();  // those who have left make room
+    FrameFilter filter{device_, request};  // a request that it refuses leaves no watcher behind
+    tick();                                // those who have left make room
     if (audience_.size() >= kMostFollowers) {
         return nullptr;
     }
@@ -58,9 +66,8 @@ Lines Following::open(const json &request, const std::function<void()> &wake) {
     }
     const bool as_text = request.value("form", json("json")) == "text";
     const bool with_steps = request.value(kSteps.name, false);
-    return [this, as_text, with_steps, has_begun = false,
-            follower = audience_.add(
-                {FrameFilter{device_, request}, {kMostWaiting, wake}})]() mutable -> std::optional<std::string> {
+    const auto queue = audience_.add({std::move(filter), {kMostWaiting, wake}});
+    return [this, as_text, with_steps, has_begun = false, follower = queue]() mutable -> std::optional<std::string> {
         if (!std::exchange(has_begun, true)) {
             return json{{"following", true}}.dump();
         }

@@ -45,7 +45,7 @@ uint16_t type_of(const json &value) {
 
 std::string reason_of(const json &value) {
     const std::vector<std::string_view> words = reasons();
-    const std::string word = value.is_string() ? value.get<std::string>() : value.dump();
+    std::string word = value.is_string() ? value.get<std::string>() : value.dump();
     if (std::find(words.begin(), words.end(), word) == words.end()) {
         const std::string question = text::did_you_mean(word, words, ", ");
         throw Refusal{"There is no reason '" + word + "'" +

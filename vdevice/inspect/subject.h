@@ -45,6 +45,8 @@ using Lines = std::function<std::optional<std::string>()>;
 
 /** All subjects, in the order of the help. */
 std::span<const Subject *const> subjects();
+/** All subjects with their options, as the help answers. */
+nlohmann::json list_subjects();
 /** The subject of that name, or null. */
 const Subject *find(std::string_view name);
 /** The subject of that name; throws a Refusal that suggests names close to it. */

@@ -34,15 +34,10 @@ json row_of(const Subject &subject) {
 }
 
 json read_help(Device & /*device*/, const json &request) {
-    json rows = json::array();
     if (const auto name = request.find("subject"); name != request.end()) {
-        rows.push_back(row_of(get(name->get<std::string>())));
-        return {{"subjects", rows}, {"of", *name}};
+        return {{"subjects", json::array({row_of(get(name->get<std::string>()))})}, {"of", *name}};
     }
-    for (const Subject *subject : subjects()) {
-        rows.push_back(row_of(*subject));
-    }
-    return {{"subjects", rows}};
+    return list_subjects();
 }
 
 std::string show_row(const json &row) {
@@ -84,6 +79,14 @@ constexpr const Subject *kSubjects[] = {
 
 std::span<const Subject *const> subjects() {
     return kSubjects;
+}
+
+json list_subjects() {
+    json rows = json::array();
+    for (const Subject *subject : subjects()) {
+        rows.push_back(row_of(*subject));
+    }
+    return {{"subjects", rows}};
 }
 
 const Subject *find(std::string_view name) {

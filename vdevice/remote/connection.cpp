@@ -15,7 +15,7 @@ using calls::CallId;
 
 namespace {
 
-constexpr size_t kReadBytes = 16384;
+constexpr size_t kBytesAtOnce = 16384;
 constexpr size_t kMaxUnreadBytes = 65536;
 /** Requests answered in one turn of a client. */
 constexpr size_t kMessagesAtOnce = 16;
@@ -29,7 +29,7 @@ bool Connection::malformed() {
 }
 
 bool Connection::receive() {
-    std::array<uint8_t, kReadBytes> bytes;
+    std::array<uint8_t, kBytesAtOnce> bytes;
     const ssize_t got = recv(socket_.get(), bytes.data(), bytes.size(), 0);
     if (got > 0) {
         input_.insert(input_.end(), bytes.begin(), bytes.begin() + got);

@@ -15,12 +15,12 @@ Root needs nothing else. An ordinary user enters a user namespace first, which `
 
 Only the standard library is used. The modules, each using those before it: `netns` (namespaces), `process` (bounded
 start and stop), `nic` (interfaces and frames on them), `frames` (building and describing frames), `builds` (programs
-of a build and the emulator), `device`, `host`, `shell` (adpsh as a function call), `bench` (the Lab itself), `cable`
-(between two labs), `pair` (two, joined by cables), `ring` (three in a ring, and its example program), `load` (many
-flows from one side to the other), `rules` (records for adpsh, and their places in the chip), `ip` (IPv4 packets),
-`listener` (multicast groups that a host's kernel joins), `acl`, `snooping` and `aggregation` (the example programs of
-an access list, of multicast snooping and of an aggregation group), `failover` (the latter on both devices of a pair,
-under load).
+of a build and the emulator), `device`, `host`, `shell` (adpsh as a function call), `bench` (the Lab itself),
+`recording` (what became of a lab's frames), `cable` (between two labs), `pair` (two, joined by cables), `ring` (three in
+a ring, and its example program), `load` (many flows from one side to the other), `rules` (records for adpsh, and their
+places in the chip), `ip` (IPv4 packets), `listener` (multicast groups that a host's kernel joins), `acl`, `snooping` and
+`aggregation` (the example programs of an access list, of multicast snooping and of an aggregation group), `failover`
+(the latter on both devices of a pair, under load).
 """
 
 from .bench import Lab

@@ -4,6 +4,7 @@ import contextlib
 import itertools
 import select
 import time
+from typing import ClassVar
 
 from .builds import Build
 from .device import Device
@@ -23,12 +24,15 @@ BARRIERS = 2
 class Lab:
     """A device with hosts on some of its user ports. Use it in a `with` statement; leaving it ends everything."""
 
+    running: ClassVar[list] = []  # for those who look at every device, such as after a failure
+
     def __init__(self, device_build="host", hosts=range(1, 27), user_ports=26, name="device"):
         self._name = name
         self._device_build = Build(device_build)
         self._ports = tuple(hosts)
         self._user_ports = user_ports
         self._numbers = itertools.count(1)
+        self.forget()
         self._stack = contextlib.ExitStack()
         self.hosts = {}
 
@@ -38,6 +42,8 @@ class Lab:
             for port in self._ports:
                 self.hosts[port] = stack.enter_context(contextlib.closing(Host(self.device, port)))
             self.await_links()
+            Lab.running.append(self)
+            stack.callback(Lab.running.remove, self)
             self._stack = stack.pop_all()
         return self
 
@@ -63,7 +69,15 @@ class Lab:
 
     def marker(self):
         """Bytes that no other frame of this bench contains, nor one of a bench with another name."""
+        self.latest_marker = self._unique_bytes()
+        return self.latest_marker
+
+    def _unique_bytes(self):
         return b"<%s %06d>" % (self._name.encode(), next(self._numbers))
+
+    def forget(self):
+        """Forgets which marker was the latest, and what arrived with it."""
+        self.latest_marker = self.latest_arrivals = None
 
     def mac(self, port=0):
         """A unicast address that no other frame of this bench has used. `port` only makes it readable."""
@@ -76,16 +90,18 @@ class Lab:
         port delivers in order. So an empty answer means that nothing arrived, without a timeout. Hosts without a link
         get no barrier; nor do those in `without`, which the caller knows to be out of reach.
         """
+        self.latest_marker = marker or self.latest_marker
         links = self.device.links()
         linked = [host for port, host in self.hosts.items() if port in links and port not in without]
         seen = {host.port: [] for host in self.hosts.values()}
         for _ in range(BARRIERS):
             self._pass_barrier(linked, seen)
         found = {port: [frame for frame in frames if marker in frame] for port, frames in seen.items()}
-        return {port: frames for port, frames in found.items() if frames}
+        self.latest_arrivals = {port: frames for port, frames in found.items() if frames}
+        return dict(self.latest_arrivals)
 
     def _pass_barrier(self, hosts, seen):
-        barrier = self.marker()
+        barrier = self._unique_bytes()
         frame = ethernet(BARRIER_DESTINATION, BARRIER_SOURCE, ETHERTYPE_EXPERIMENT, barrier.ljust(46, b"\0"))
         ports = [self.device.physical(host.port) for host in hosts]
         self.device.cpu.send(directed_by_cpu(frame, ports))

@@ -14,13 +14,11 @@ from .builds import ROOT
 from .netns import NetNamespace
 from .nic import Nic
 from .problem import LabError
-from .process import LineReader, poll_until, stop, tied
+from .process import LineReader, kill, poll_until, stop, tied
 
 READY_SECONDS = 20.0
 READY_LINE = "vdeviced: ready"
 CONTROL_SECONDS = 10.0
-# Ending a process with many packet sockets is the kernel's work, and waits for all processors more than once a socket.
-KILLED_SECONDS = 60.0
 FIRST_PHYSICAL_PORT = 4
 CPU_PORT = 0
 CPU_INTERFACE = "eth0"
@@ -69,24 +67,37 @@ class Device:
 
     def control(self, *words):
         """What `vdevctl` answers, as JSON."""
-        command = self._build.command("vdevctl", "--run-dir", self.run_dir, "--json", *words)
+        said = self.run_control("--run-dir", self.run_dir, "--json", *words).stdout
+        return json.loads(said) if said.strip() else None
+
+    def run_control(self, *words):
+        """Runs `vdevctl`, which must succeed."""
+        command = self._build.command("vdevctl", *words)
         done = subprocess.run(command, capture_output=True, text=True, timeout=CONTROL_SECONDS)
         if done.returncode != 0:
             raise LabError(f"'vdevctl {' '.join(map(str, words))}' failed: {done.stderr.strip()}")
-        return json.loads(done.stdout) if done.stdout.strip() else None
+        return done
 
-    def ask(self, command):
-        """The device's answer to a command without arguments, without the delay of starting vdevctl."""
-        with socket.socket(socket.AF_UNIX) as connection:
+    def connect(self, command, **options):
+        """A connection to the control socket on which this was asked."""
+        connection = socket.socket(socket.AF_UNIX)
+        try:
             connection.settimeout(CONTROL_SECONDS)
             connection.connect(os.path.join(self.run_dir, "control"))
-            connection.sendall(json.dumps({"command": command}).encode() + b"\n")
-            with connection.makefile() as answers:
-                return json.loads(answers.readline())
+            connection.sendall(json.dumps({"command": command, **options}).encode() + b"\n")
+        except OSError as problem:
+            connection.close()
+            raise LabError(f"{self.name} cannot be asked: {problem}") from None
+        return connection
+
+    def ask(self, command, **options):
+        """The device's answer, without the delay of starting vdevctl."""
+        with self.connect(command, **options) as connection:
+            return json.loads(LineReader(connection).line(CONTROL_SECONDS, self.name))
 
     def links(self):
         """The ports whose link is up; the CPU port is number 0."""
-        return {port["port"] for port in self.control("ports")["ports"] if port["link"]}
+        return {port["port"] for port in self.ask("ports")["ports"] if port["link"]}
 
     def await_links(self, ports, seconds=READY_SECONDS):
         """Waits until the CPU port and exactly these user ports have a link."""
@@ -112,8 +123,7 @@ class Device:
 
     def crash(self):
         """Kills the daemon as a power failure would, leaving the cables where they are."""
-        self._daemon.kill()
-        self._daemon.wait(KILLED_SECONDS)
+        kill(self._daemon)
 
     def is_on(self):
         """Whether the daemon runs."""

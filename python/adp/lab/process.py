@@ -8,6 +8,8 @@ import time
 from .problem import LabError
 
 GRACE_SECONDS = 5.0
+# Ending a process with many packet sockets is the kernel's work, and waits for all processors more than once a socket.
+KILLED_SECONDS = 60.0
 
 
 def tied(command):
@@ -27,12 +29,21 @@ def stop(process, grace=GRACE_SECONDS):
     try:
         process.wait(grace)
     except subprocess.TimeoutExpired:
-        process.kill()
-        process.wait(grace)
+        kill(process)
     for stream in (process.stdout, process.stderr):
         if stream:
             stream.close()
     return process.returncode
+
+
+def kill(process, seconds=KILLED_SECONDS):
+    """Ends a process by SIGKILL, and waits until the kernel has done so."""
+    process.kill()
+    try:
+        process.wait(seconds)
+    except subprocess.TimeoutExpired:
+        command = " ".join(map(str, process.args))
+        raise LabError(f"{seconds:g} seconds after it was killed, there still is a process of: {command}") from None
 
 
 class LineReader:

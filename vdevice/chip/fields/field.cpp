@@ -6,7 +6,7 @@
 namespace vdevice::chip {
 namespace {
 
-constexpr unsigned kWordBits = 32;
+constexpr unsigned kDataWordBits = 32;
 constexpr unsigned kIpv6Bits = 128;
 constexpr unsigned kMacBits = 48;
 
@@ -67,7 +67,7 @@ bool is_frame_kind(uint32_t code) {
 
 bool is_possible(const Qualifier &qualifier) {
     const unsigned bits = describe(qualifier.field).bits;
-    return bits >= kWordBits || ((qualifier.data[0] & qualifier.mask[0]) >> bits) == 0;
+    return bits >= kDataWordBits || ((qualifier.data[0] & qualifier.mask[0]) >> bits) == 0;
 }
 
 }  // namespace vdevice::chip

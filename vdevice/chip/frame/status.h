@@ -1,10 +1,9 @@
 // The chip's answer to a request. Each refusal has a number and a name of its own, so that a caller's log tells
-// which rule was broken. The table of refusals is generated from the enumeration: kVlanExists is vlan_exists, and the
-// remark is its meaning. docs/reference/results.md shows the same rows; a test compares the two.
+// which rule was broken. The table of adp/status.h is generated from the enumeration: kVlanExists is vlan_exists, and
+// the remark is its meaning. docs/reference/results.md shows the same rows; a test compares the two.
 #pragma once
 
 #include <stdint.h>
-#include <span>
 
 namespace vdevice::chip {
 
@@ -68,18 +67,6 @@ enum class Status : int32_t {
     kNotSupported = -100,      ///< the virtual device does not carry out this call
     kQueueRange = -110,        ///< not an egress queue that is configured, or not a number of them of 1 to 8
 };
-
-struct StatusEntry {
-    Status status;
-    const char *name;
-    const char *meaning;
-};
-
-/** All refusals, and success. */
-std::span<const StatusEntry> status_table();
-
-/** The status's row of the table, or a row named "unknown". */
-const StatusEntry &describe(Status status);
 
 constexpr int32_t code(Status status) {
     return static_cast<int32_t>(status);

@@ -6,7 +6,7 @@
 namespace vdevice::chip {
 namespace {
 
-constexpr bool is_in_order() {
+constexpr bool types_are_in_order() {
     for (size_t i = 0; i < kStormTypes; ++i) {
         if (index_of(kStormTypeTable[i].type) != i) {
             return false;
@@ -14,7 +14,7 @@ constexpr bool is_in_order() {
     }
     return true;
 }
-static_assert(is_in_order(), "a type's row and its kind are found by its number");
+static_assert(types_are_in_order(), "a type's row and its kind are found by its number");
 
 constexpr StormType kSingleTypes[] = {StormType::kMulticast, StormType::kBroadcast, StormType::kUnknownUnicast};
 

@@ -32,10 +32,10 @@ bool is_lldp(const Header &header) {
 
 /** A BPDU has a length where others have their type, and both ends are the bridge protocol's (IEEE 802.1D, LLC). */
 bool is_bpdu(const Header &header) {
-    constexpr uint16_t kMaxLength = 1500;
+    constexpr uint16_t kMaxLengthField = 1500;
     constexpr uint16_t kBridgeSaps = 0x4242;
     return header.destination == kBridges && header.payload.size() >= 2 * kTypeBytes &&
-           read16(header.payload, 0) <= kMaxLength && read16(header.payload, kTypeBytes) == kBridgeSaps;
+           read16(header.payload, 0) <= kMaxLengthField && read16(header.payload, kTypeBytes) == kBridgeSaps;
 }
 
 }  // namespace

@@ -117,6 +117,11 @@ std::vector<Case> copy_cases() {
          kA,
          kFlooded,
          {"mirror 26: flow_mirror"}},
+    };
+}
+
+std::vector<Case> lost_cases() {
+    return {
         {"a mirror that is down",
          [](Chip &chip) {
              mirror(chip, kA, 2);
@@ -154,7 +159,7 @@ std::vector<Case> copy_cases() {
 
 std::vector<Case> egress_cases() {
     std::vector<Case> all = flood_cases();
-    for (const auto &part : {unicast_cases(), copy_cases()}) {
+    for (const auto &part : {unicast_cases(), copy_cases(), lost_cases()}) {
         all.insert(all.end(), part.begin(), part.end());
     }
     return all;

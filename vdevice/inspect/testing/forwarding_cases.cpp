@@ -138,9 +138,6 @@ std::vector<Case> cpu_alone_cases() {
 }
 
 std::vector<Case> destination_cases() {
-    const auto limit_storm = [](Chip &chip) {
-        chip.change(kA, [](Port &port) { return port.storm.of(StormType::kBroadcast).limiter.set({8, 1}, 1s); });
-    };
     return {
         {"unknown", nothing, kA, kToTwo, {"destination.found=nothing", "way.way=flooded"}},
         {"known",
@@ -173,6 +170,14 @@ std::vector<Case> destination_cases() {
          kA,
          kFlooded,
          {"way.way=redirected", "port 26: sent"}},
+    };
+}
+
+std::vector<Case> storm_cases() {
+    const auto limit_storm = [](Chip &chip) {
+        chip.change(kA, [](Port &port) { return port.storm.of(StormType::kBroadcast).limiter.set({8, 1}, 1s); });
+    };
+    return {
         {"within a storm limit", limit_storm, kA, kFlooded, {"storm_limit.type=broadcast", "storm_limit.within=true"}},
         {"over a storm limit",
          [limit_storm](Chip &chip) {
@@ -189,7 +194,7 @@ std::vector<Case> destination_cases() {
 
 std::vector<Case> forwarding_cases() {
     std::vector<Case> all = vlan_cases();
-    for (const auto &part : {source_cases(), cpu_alone_cases(), destination_cases()}) {
+    for (const auto &part : {source_cases(), cpu_alone_cases(), destination_cases(), storm_cases()}) {
         all.insert(all.end(), part.begin(), part.end());
     }
     return all;

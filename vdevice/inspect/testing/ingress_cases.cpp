@@ -116,8 +116,6 @@ void miss(Chip &chip, MissAction action) {
 }
 
 std::vector<Case> rule_cases() {
-    const Octets from_b = kBroadcast + station(2) + kPayload;
-    const auto missed = [](MissAction action) { return [action](Chip &chip) { miss(chip, action); }; };
     return {
         {"a rule drops",
          [](Chip &chip) { chip.rule({{kDropIt}}); },
@@ -150,6 +148,13 @@ std::vector<Case> rule_cases() {
          kA,
          kFlooded + Octets(900, 0),
          {"meter.within=false", "dropped.reason=meter"}},
+    };
+}
+
+std::vector<Case> no_rule_cases() {
+    const Octets from_b = kBroadcast + station(2) + kPayload;
+    const auto missed = [](MissAction action) { return [action](Chip &chip) { miss(chip, action); }; };
+    return {
         {"no rule, none", missed(MissAction::kNone), kB, from_b, {"no_rule.action=none"}},
         {"no rule, drop", missed(MissAction::kDrop), kB, from_b, {"no_rule.action=drop", "dropped.reason=rule"}},
         {"no rule, copy", missed(MissAction::kCopyToCpu), kB, from_b, {"no_rule.action=copy_to_cpu"}},
@@ -165,7 +170,7 @@ std::vector<Case> rule_cases() {
 
 std::vector<Case> ingress_cases() {
     std::vector<Case> all = port_cases();
-    for (const auto &part : {cpu_cases(), attack_cases(), tag_cases(), rule_cases()}) {
+    for (const auto &part : {cpu_cases(), attack_cases(), tag_cases(), rule_cases(), no_rule_cases()}) {
         all.insert(all.end(), part.begin(), part.end());
     }
     return all;
