@@ -25,7 +25,7 @@ KILL_SECONDS = 0.002
 END_SECONDS = 60.0
 # The resources of a process that is never killed are compared at the end with those after this many calls.
 WARM_CALLS = 1000
-DEVICE_LOST = (ConnectionError, FileNotFoundError, TimeoutError, ValueError)
+DEVICE_LOST = (LabError, ConnectionError, TimeoutError, ValueError)
 
 
 class Manager(threading.Thread):
