@@ -7,6 +7,11 @@ target_link_libraries(adp_objects PRIVATE adp_warnings adp_headers)
 target_compile_options(adp_objects PRIVATE -fno-exceptions -fno-rtti -fno-threadsafe-statics -fvisibility=hidden
                                            -fno-semantic-interposition -ffunction-sections -fdata-sections)
 
+# The library's interface is described from its debugging data (script/abi), which costs a tenth of these files' time. A
+# function that is merged with another one has none.
+target_compile_options(adp_objects PRIVATE $<$<CONFIG:RelWithDebInfo>:-g>
+                                           $<$<CXX_COMPILER_ID:GNU>:-fno-ipa-icf-functions>)
+
 # The target's flash and memory are small, and what a call costs is what it costs in the driver. On the target, what the
 # compiler computes ahead of time needs more saved registers than it spares instructions, and without -mno-memcpy it
 # would copy what is handed over by value byte by byte.

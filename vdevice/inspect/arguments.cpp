@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <nlohmann/json.hpp>
 #include <sstream>
+#include <string_view>
 
 #include "text/suggest.h"
 
@@ -70,7 +71,7 @@ bool is_option(const json &word) {
     return word.is_string() && word.get_ref<const std::string &>().starts_with(kOption);
 }
 
-const Filter &filter_of(const std::string &option, const Subject &subject) {
+const Filter &filter_of(std::string_view option, const Subject &subject) {
     std::vector<std::string> names;
     for (const Filter &filter : subject.filters) {
         if (option == filter.name) {
@@ -78,7 +79,7 @@ const Filter &filter_of(const std::string &option, const Subject &subject) {
         }
         names.emplace_back(std::string{kOption} + filter.name);
     }
-    const std::string whole = std::string{kOption} + option;
+    const std::string whole = std::string{kOption}.append(option);
     const std::string question = text::did_you_mean(whole, {names.begin(), names.end()}, ", ");
     throw Refusal{std::string{"The command '"} + subject.name + "' has no option '" + whole + "'" +
                   (question.empty() ? "." : question)};
@@ -88,7 +89,7 @@ const Filter &filter_of(const std::string &option, const Subject &subject) {
 size_t take_option(json &request, const json &words, size_t at, const Subject &subject) {
     const auto word = words[at].get<std::string>().substr(kOption.size());
     const size_t equals = word.find('=');
-    const Filter &filter = filter_of(word.substr(0, equals), subject);
+    const Filter &filter = filter_of(std::string_view{word}.substr(0, equals), subject);
     const bool has_value = filter.value[0] != '\0';
     if (equals != std::string::npos && has_value) {
         request[filter.name] = value_of(word.substr(equals + 1));
