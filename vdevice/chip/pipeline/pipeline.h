@@ -20,6 +20,7 @@ class Pipeline {
   private:
     void process(Passage &p);
     void settle(Time now);
+    void work_off_looped(Time now);
 
     Tables &tables_;
     Egress egress_;
