@@ -50,6 +50,8 @@ class Reading:
             self._add_interfaces(f"device {side}", device.namespace)
             for row in device.ask("counters")["counters"]:
                 self._add(f"device {side} port {row['port']}", row)
+            addresses = device.ask("macs", last=0)
+            self._add(f"device {side} addresses", {name: addresses[name] for name in ("learned", "moved", "aged", "refused")})
             for row in device.ask("queues")["ports"]:
                 lost = {name: sum(queue[name] for queue in row["queues"]) for name in ("dropped", "flushed")}
                 self._add(f"device {side} port {row['port']} queues", lost)
@@ -131,8 +133,10 @@ class Accounts:
                 self._lose(counter, count)
                 reasons += count
         if total["rx_frames"] != total["tx_frames"] + reasons:
+            changes = ", ".join(f"{name.removeprefix(start)} {count}" for name, count in sorted(self._change.items())
+                                if count and name.startswith(f"device {side} "))  # fmt: skip
             raise LabError(f"Under overload the {self._fabric.device(side).name} received {total['rx_frames']} frames, "
-                           f"sent {total['tx_frames']} and dropped {reasons}.")  # fmt: skip
+                           f"sent {total['tx_frames']} and dropped {reasons}. Its counts: {changes}.")  # fmt: skip
 
     def _check_host(self, station):
         place = f"host {station.number}"

@@ -209,8 +209,6 @@ class Soak:
         """Floods both devices, one of which stands still meanwhile, and accounts for every frame."""
         stations, device = self._fabric.stations, self._fabric.device(next(self._sides))
         self._fabric.plug_all()
-        # The programs still move the group's addresses when a cable comes back, and frames to unknown ones are flooded.
-        self._fabric.await_cables()
         stations.await_flow("Before an overload")
         stations.pause()
         before = Reading(self._fabric)
