@@ -17,16 +17,6 @@ void Pipeline::depart(Time now) {
     egress_.announce_departure();
 }
 
-/** Afterwards nothing is under way: frames have left or wait in queues. Of most frames none has come back. */
-void Pipeline::settle(Time now) {
-    if (egress_.looped().empty()) {
-        egress_.send_until(now);
-    }
-    if (!egress_.looped().empty()) {
-        work_off_looped(now);
-    }
-}
-
 // A looped frame may be looped again, by another port and endlessly, and a mirror's copy of a queued frame may come
 // back, too: the list grows while it is worked off, but only up to its limit.
 void Pipeline::work_off_looped(Time now) {

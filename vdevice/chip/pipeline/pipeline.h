@@ -19,7 +19,15 @@ class Pipeline {
 
   private:
     void process(Passage &p);
-    void settle(Time now);
+    /** Afterwards nothing is under way: frames have left or wait in queues. Of most frames none has come back. */
+    void settle(Time now) {
+        if (egress_.looped().empty()) {
+            egress_.send_until(now);
+        }
+        if (!egress_.looped().empty()) {
+            work_off_looped(now);
+        }
+    }
     void work_off_looped(Time now);
 
     Tables &tables_;
