@@ -103,9 +103,8 @@ TEST_F(Words, OfStepsAreMet) {
 
 /** How many frames each random chip gets; more by the environment, for a run of its own. */
 int cases() {
-    constexpr int kCases = 12500;
     const char *given = std::getenv("VDEVICE_EXPLAINED_FRAMES");
-    return given == nullptr ? kCases : std::atoi(given);
+    return given == nullptr ? VDEVICE_FRAMES : std::atoi(given);
 }
 
 class RandomFrames : public testing::TestWithParam<unsigned> {
