@@ -5,6 +5,8 @@ import re
 import shlex
 from pathlib import Path
 
+GCC_ONLY = ("-Wno-subobject-linkage", "-fno-ipa-icf-functions")
+
 
 def units_of(build):
     """The words of each compilation, by its sources: one, or those that are compiled together."""
@@ -22,6 +24,7 @@ def commands_of(build):
 
 
 def flags_of(words):
-    """What a source is compiled with, as clang takes it: without the compiler, the output and the source itself."""
+    """What a source is compiled with, as clang takes it: without the compiler, the output, the source itself, and what
+    only gcc knows."""
     start = 2 if Path(words[0]).name == "ccache" else 1
-    return tuple(word for word in words[start:words.index("-o")] if word != "-Wno-subobject-linkage")
+    return tuple(word for word in words[start:words.index("-o")] if word not in GCC_ONLY)

@@ -8,10 +8,12 @@ from typing import NamedTuple
 
 from adp.lab import LabError
 from adp.lab.device import host_interface
+from adp.lab.process import poll_until
 from fabric import CABLES, SIDES, hosts_of
 
 NET_DEVICES = "/proc/thread-self/net/dev"
 RECEIVED, SENT, SEND_DROPS = 2, 10, 12  # columns: packets received, packets sent, dropped when sent
+SETTLE_SECONDS, SETTLE_PAUSE = 30.0, 0.2
 
 
 class Carried(NamedTuple):
@@ -27,6 +29,7 @@ def read_carried(namespace):
     with namespace.entered(), open(NET_DEVICES, encoding="ascii") as lines:
         rows = [line.replace(":", " ").split() for line in lines][2:]
     return {row[0]: Carried(int(row[RECEIVED]), int(row[SENT]), int(row[SEND_DROPS])) for row in rows}
+
 
 
 def flat(values, path=""):
@@ -65,6 +68,18 @@ class Reading:
 
     def since(self, earlier):
         return {name: number - earlier.numbers[name] for name, number in self.numbers.items()}
+
+
+def settled_reading(fabric):
+    """A reading after which nothing moves: the devices have taken all frames out of their rings."""
+    readings = [Reading(fabric)]
+
+    def is_settled():
+        readings.append(Reading(fabric))
+        return readings[-1].numbers == readings[-2].numbers
+
+    poll_until(is_settled, SETTLE_SECONDS, "The end of all counts", SETTLE_PAUSE)
+    return readings[-1]
 
 
 class Accounts:

@@ -5,6 +5,7 @@ again, and an operator, an adpsh that runs as long as the test, also while the d
 """
 
 import contextlib
+import time
 
 from health import settled_descriptors
 from adp.lab import LabError, Pair
@@ -23,6 +24,7 @@ GROUP = "agg1"
 SIDES = (0, 1)
 KEPT_COMMANDS = ("trunks", "vlans")
 LINK_SECONDS = 20.0
+SILENCE_SECONDS = 0.5
 # The driver's link scan looks for a lost device five times a second.
 SCAN_PAUSE = 0.3
 
@@ -158,6 +160,18 @@ class Fabric:
             poll_until(
                 lambda side=side, wanted=wanted: self._members(side) == wanted, LINK_SECONDS, "The group's return"
             )
+
+    def await_silence(self):
+        """Waits until the programs have said nothing for a while: they forget addresses when a cable has returned."""
+        begin = time.monotonic()
+
+        def is_silent():
+            nonlocal begin
+            if any(program.take_events() for program in self.programs if program):
+                begin = time.monotonic()
+            return time.monotonic() - begin >= SILENCE_SECONDS
+
+        poll_until(is_silent, LINK_SECONDS, "The programs' silence")
 
     def _members(self, side):
         for program in filter(None, self.programs):

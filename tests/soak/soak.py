@@ -6,7 +6,7 @@ import itertools
 import time
 from random import Random
 
-from accounts import Accounts, Reading
+from accounts import Accounts, settled_reading
 from adp.lab import LabError
 from adp.lab.process import poll_until
 from fabric import CABLES, SIDES
@@ -209,14 +209,15 @@ class Soak:
         """Floods both devices, one of which stands still meanwhile, and accounts for every frame."""
         stations, device = self._fabric.stations, self._fabric.device(next(self._sides))
         self._fabric.plug_all()
+        self._fabric.await_silence()
         stations.await_flow("Before an overload")
         stations.pause()
-        before = Reading(self._fabric)
+        before = settled_reading(self._fabric)
         with device.standing_still(STILL_SECONDS):
             stations.flood(OVERLOAD_FRAMES)
             time.sleep(STILL_SECONDS)
         stations.await_end_of_flood()
-        accounts = Accounts(self._fabric, before, Reading(self._fabric))
+        accounts = Accounts(self._fabric, before, settled_reading(self._fabric))
         accounts.check()
         self.overload_frames += accounts.sent
         self.overload_losses.update(accounts.losses)

@@ -189,8 +189,8 @@ class Control:
 
     def __init__(self, device):
         self.socket = socket.socket(socket.AF_UNIX)
+        self.socket.connect(device.run_dir + "/control")  # waits for its turn, unlike with a timeout
         self.socket.settimeout(DEADLINE)
-        self.socket.connect(device.run_dir + "/control")
         self.reader = self.socket.makefile("r")
 
     def say(self, octets):
