@@ -1,5 +1,6 @@
 // Frames from the device into a capture file.
 #include <fcntl.h>
+#include <poll.h>
 #include <signal.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
@@ -83,10 +84,21 @@ class CaptureFile {
     uint64_t missed_ = 0;
 };
 
+bool is_readable(int descriptor) {
+    pollfd waiting{descriptor, POLLIN, 0};
+    return poll(&waiting, 1, 0) > 0;
+}
+
 void take_frames(Lines &lines, CaptureFile &file, const StreamLimits &limits, int ending) {
-    const auto end = limits.time ? std::optional{Lines::Clock::now() + *limits.time} : std::nullopt;
+    constexpr std::chrono::milliseconds kRest{200};
+    auto end = limits.time ? std::optional{Lines::Clock::now() + *limits.time} : std::nullopt;
     while (!limits.count || file.frames() < *limits.count) {
         const auto line = lines.next(end, ending);
+        if (!line && is_readable(ending)) {  // what the device has told until now still belongs to the capture
+            end = Lines::Clock::now() + kRest;
+            ending = -1;
+            continue;
+        }
         if (!line) {
             return;
         }
