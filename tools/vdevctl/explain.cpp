@@ -9,6 +9,7 @@
 #include <stdexcept>
 #include <vector>
 
+#include "text/hex.h"
 #include "tools/vdevctl/client.h"
 #include "tools/vdevctl/frame_input.h"
 
@@ -25,16 +26,6 @@ bool has_value_behind(const json &options, const std::string &word) {
                return word == std::string{kOption} + option.at("name").get<std::string>() &&
                       !option.at("value").get_ref<const std::string &>().empty();
            });
-}
-
-std::string hex_of(const Octets &octets) {
-    constexpr std::string_view kDigits = "0123456789abcdef";
-    std::string text;
-    for (const uint8_t octet : octets) {
-        text += kDigits[octet >> 4];
-        text += kDigits[octet & 0xFU];
-    }
-    return text;
 }
 
 }  // namespace
@@ -65,7 +56,7 @@ json with_frame(const std::string &run_dir, json request) {
     if (word.empty() && isatty(STDIN_FILENO) != 0) {
         throw std::runtime_error{"a frame is missing: hexadecimal digits, FILE.pcap[:K], or - for standard input."};
     }
-    request["frame"] = hex_of(read_frame(word.empty() ? "-" : word, stdin));
+    request["frame"] = text::hex(read_frame(word.empty() ? "-" : word, stdin));
     return request;
 }
 

@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
+#include "text/hex.h"
 #include "vdevice/chip/account/names.h"
 #include "vdevice/inspect/filter.h"
 #include "vdevice/inspect/port_names.h"
@@ -47,17 +48,6 @@ Capturing::Wanted wanted_of(const Device &device, const json &request) {
 json refuse_capture(Device &device, const json &request) {
     wanted_of(device, request);
     throw Refusal{fmt::format("{} clients capture already.", Capturing::kMostCaptures)};
-}
-
-std::string hex_of(const std::vector<uint8_t> &octets) {
-    constexpr std::string_view kDigits = "0123456789abcdef";
-    std::string text;
-    text.reserve(2 * octets.size());
-    for (const uint8_t octet : octets) {
-        text += kDigits[octet >> 4];
-        text += kDigits[octet & 0xFU];
-    }
-    return text;
 }
 
 }  // namespace
@@ -113,7 +103,7 @@ std::string Capturing::line_of(const Captured &captured) const {
     json object = {{"time", captured.time.count()},
                    {"port", user_number(device_, captured.port)},
                    {"direction", captured.is_in ? "in" : "out"},
-                   {"frame", hex_of(captured.octets)}};
+                   {"frame", text::hex(captured.octets)}};
     if (captured.comment != nullptr) {
         object["comment"] = captured.comment;
     }
