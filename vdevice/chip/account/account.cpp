@@ -1,7 +1,6 @@
 // Puts steps, copies and the ports without a copy together.
 #include "vdevice/chip/account/account.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "vdevice/chip/frame/flow_hash.h"
@@ -41,10 +40,6 @@ Form form_of(int port, const Frame &copy, Origin origin) {
 }
 
 }  // namespace
-
-bool Account::is_loss() const {
-    return drop || std::any_of(copies.begin(), copies.end(), [](const Copy &copy) { return copy.fate == Fate::kLost; });
-}
 
 Copy copy_of(const Tables &tables, int port, const Frame &copy, const Dispatch &dispatch, Fate fate) {
     Copy made{port,

@@ -58,9 +58,6 @@ struct Account {
     std::vector<Copy> copies;
     std::vector<std::pair<int, Unsent>> unsent; /**< of each port of the chip without a copy */
     std::optional<Drop> drop;
-
-    /** Dropped, or one of its copies was lost. */
-    bool is_loss() const;
 };
 
 /** Of a frame that the CPU directed to ports: why each of them cannot have it. */

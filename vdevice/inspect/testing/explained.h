@@ -21,7 +21,6 @@ class Chip : public chip::test::FieldRulesTest {
     using FieldRulesTest::rule;
     using FieldRulesTest::send;
 
-    chip::Switch &operator*() { return chip_; }
     chip::Switch *operator->() { return &chip_; }
     void make_trunk(const std::vector<int> &members);
 
