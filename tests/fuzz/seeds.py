@@ -5,6 +5,8 @@ import pathlib
 import struct
 import sys
 
+from netlink_seeds import Kernel
+
 ADDRESSES = bytes.fromhex("020000000001" "020000000002")
 
 
@@ -211,7 +213,18 @@ def frame_input():
         yield name, first + text.encode()
 
 
-TARGETS = (frames, rules, shell_line, remote_server, remote_client, driver_calls, control_line, frame_input)
+def netlink_messages():
+    for order, suffix in (("<", "little"), (">", "big")):
+        everything = b""
+        for name, octets in Kernel(order).messages():
+            datagram = u16(len(octets)) + octets
+            everything += datagram
+            yield f"{name}_{suffix}", datagram
+        yield f"everything_{suffix}", everything
+        yield f"cut_{suffix}", everything[:-7]
+
+
+TARGETS = (frames, rules, shell_line, remote_server, remote_client, driver_calls, control_line, frame_input, netlink_messages)
 
 
 def main():
