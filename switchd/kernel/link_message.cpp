@@ -63,9 +63,12 @@ std::optional<BridgePort> port_of(const Attributes &data) {
         uint16_t type;
         bool BridgePort::*setting;
     } kSettings[] = {
-        {IFLA_BRPORT_LEARNING, &BridgePort::learning},         {IFLA_BRPORT_UNICAST_FLOOD, &BridgePort::unicast_flood},
-        {IFLA_BRPORT_MCAST_FLOOD, &BridgePort::multicast_flood}, {IFLA_BRPORT_BCAST_FLOOD, &BridgePort::broadcast_flood},
-        {IFLA_BRPORT_ISOLATED, &BridgePort::isolated},         {IFLA_BRPORT_LOCKED, &BridgePort::locked},
+        {IFLA_BRPORT_LEARNING, &BridgePort::learning},
+        {IFLA_BRPORT_UNICAST_FLOOD, &BridgePort::unicast_flood},
+        {IFLA_BRPORT_MCAST_FLOOD, &BridgePort::multicast_flood},
+        {IFLA_BRPORT_BCAST_FLOOD, &BridgePort::broadcast_flood},
+        {IFLA_BRPORT_ISOLATED, &BridgePort::isolated},
+        {IFLA_BRPORT_LOCKED, &BridgePort::locked},
         {IFLA_BRPORT_MODE, &BridgePort::hairpin},
     };
     const auto state = data.number<uint8_t>(IFLA_BRPORT_STATE);
@@ -152,8 +155,7 @@ std::optional<Link> link_of(const ifinfomsg &info, const Attributes &attributes)
 
 std::optional<BridgeMember> bridge_member_of(const Attributes &attributes) {
     const Attributes vlans = attributes.nested(IFLA_AF_SPEC);
-    const bool is_hardware =
-        (vlans.number<uint16_t>(IFLA_BRIDGE_FLAGS).value_or(0) & BRIDGE_FLAGS_SELF) != 0;
+    const bool is_hardware = (vlans.number<uint16_t>(IFLA_BRIDGE_FLAGS).value_or(0) & BRIDGE_FLAGS_SELF) != 0;
     const int bridge = index_in(attributes, IFLA_MASTER);
     if (is_hardware || bridge <= 0) {
         return std::nullopt;

@@ -109,7 +109,8 @@ TEST(LinkMessageTest, ABridge) {
 
 TEST(LinkMessageTest, AgesAreRoundedUp) {
     const auto ageing = [](uint32_t ticks) {
-        return read_bridge([=](MessageWriter &writer) { writer.put_number(IFLA_BR_AGEING_TIME, ticks); }).ageing_seconds;
+        return read_bridge([=](MessageWriter &writer) { writer.put_number(IFLA_BR_AGEING_TIME, ticks); })
+            .ageing_seconds;
     };
     EXPECT_EQ(ageing(0), 0U);
     EXPECT_EQ(ageing(1), 1U);
@@ -213,7 +214,8 @@ TEST(LinkMessageTest, VlansThatCannotBe) {
     EXPECT_TRUE(read_vlans(vlan(4095)).empty());
     EXPECT_TRUE(read_vlans(vlan(0xFFFF)).empty());
     EXPECT_TRUE(read_vlans(vlan(5, BRIDGE_VLAN_INFO_RANGE_BEGIN)).empty()) << "a range without its end";
-    EXPECT_TRUE(read_vlans([](MessageWriter &writer) { writer.put_number(IFLA_BRIDGE_VLAN_INFO, uint16_t{7}); }).empty());
+    EXPECT_TRUE(
+        read_vlans([](MessageWriter &writer) { writer.put_number(IFLA_BRIDGE_VLAN_INFO, uint16_t{7}); }).empty());
 }
 
 TEST(LinkMessageTest, WhatADriverSaysOfItsHardwareIsNoBridge) {

@@ -1,5 +1,6 @@
-// Dumps and notifications. A dump is read while notifications wait; afterwards they are applied to what it gave. That makes
-// nothing wrong: an object's last notification says all of it, and what was changed before the dump has none that waits.
+// Dumps and notifications. A dump is read while notifications wait; afterwards they are applied to what it gave. That
+// makes nothing wrong: an object's last notification says all of it, and what was changed before the dump has none that
+// waits.
 #include "switchd/kernel/monitor.h"
 
 #include <linux/if_bridge.h>

@@ -24,7 +24,8 @@ class KernelMonitor {
 
     /** Readable when notifications wait. */
     int fd() const { return notifications_.fd(); }
-    /** Reads everything anew; true if the state has changed. Throws a vdevice::io::Error; then the state is as before. */
+    /** Reads everything anew; true if the state has changed. Throws a vdevice::io::Error; then the state is as before.
+     */
     bool resync();
     /**
      * Reads notifications that wait, so many at most that other work is not kept waiting; after a loss everything. True
@@ -32,8 +33,8 @@ class KernelMonitor {
      */
     bool receive();
     /**
-     * To be called once a second: reads of bridges what the kernel does not announce, and everything if that is due. True
-     * if the state has changed.
+     * To be called once a second: reads of bridges what the kernel does not announce, and everything if that is due.
+     * True if the state has changed.
      */
     bool refresh_bridges();
 
@@ -61,8 +62,8 @@ class KernelMonitor {
     netlink::MessageWriter writer_;
     uint32_t sequence_ = 0;
     Reader reader_;
-    bool due_ = true;       /**< the state may lack something: it must be read anew */
-    Counters counters_;     /**< without those of the reader */
+    bool due_ = true;   /**< the state may lack something: it must be read anew */
+    Counters counters_; /**< without those of the reader */
 };
 
 }  // namespace switchd

@@ -62,7 +62,8 @@ class OtherNamespace {
 
 TEST_F(MonitorTest, BridgesAndTheSettingsOfTheirPorts) {
     KernelMonitor monitor;
-    make_bridge("br100", 2, "stp_state 0 ageing_time 6000 mcast_snooping 1 mcast_querier 1 mcast_query_response_interval 500");
+    make_bridge("br100", 2,
+                "stp_state 0 ageing_time 6000 mcast_snooping 1 mcast_querier 1 mcast_query_response_interval 500");
     run("bridge", "link set dev p1 isolated on learning off flood off mcast_flood off bcast_flood off hairpin on\n");
     read_notifications(monitor);
 
@@ -167,7 +168,7 @@ TEST_F(MonitorTest, GroupsAndRouterPorts) {
         "mdb add dev br1 port p2 grp 239.1.1.2 src 192.0.2.1 permanent\n"
         "mdb add dev br1 port p2 grp ff12::5 permanent\n"
         "mdb add dev br1 port p3 grp 01:02:03:04:05:06 permanent\n"
-        "mdb add dev br1 port br1 grp 239.1.1.3 permanent\n"
+        "mdb add dev br1 port br1 grp 239.1.1.3 temp\n"
         "mdb del dev br1 port p1 grp 239.1.1.1\n");
     run("ip", "link set p3 type bridge_slave mcast_router 2\n");
     read_notifications(monitor);
@@ -204,15 +205,16 @@ TEST_F(MonitorTest, SnoopingThatEndsAndBeginsAgain) {
 
 /** An IGMP general query of 192.0.2.9, sent on the interface. */
 void send_query(int interface) {
-    const std::vector<uint8_t> frame = {0x01, 0x00, 0x5E, 0,    0,    1,    2,    0, 0,   0,    0, 9,   0x08, 0x00, 0x46, 0xC0,
-                                        0,    0x20, 0,    0,    0,    0,    1,    2, 0x82, 0x0D, 192, 0, 2,    9,    224,  0,
-                                        0,    1,    0x94, 0x04, 0,    0,    0x11, 100, 0xEE, 0x9B, 0, 0, 0,    0};
+    const std::vector<uint8_t> frame = {
+        0x01, 0x00, 0x5E, 0,   0, 1, 2, 0,   0, 0, 0, 9,    0x08, 0x00, 0x46, 0xC0, 0,   0x20, 0,    0, 0, 0, 1,
+        2,    0x82, 0x0D, 192, 0, 2, 9, 224, 0, 0, 1, 0x94, 0x04, 0,    0,    0x11, 100, 0xEE, 0x9B, 0, 0, 0, 0};
     const vdevice::UniqueFd fd{socket(AF_PACKET, SOCK_RAW | SOCK_CLOEXEC, 0)};
     sockaddr_ll place{};
     place.sll_family = AF_PACKET;
     place.sll_ifindex = interface;
-    ASSERT_EQ(sendto(fd.get(), frame.data(), frame.size(), 0, reinterpret_cast<const sockaddr *>(&place), sizeof(place)),
-              static_cast<ssize_t>(frame.size()));
+    ASSERT_EQ(
+        sendto(fd.get(), frame.data(), frame.size(), 0, reinterpret_cast<const sockaddr *>(&place), sizeof(place)),
+        static_cast<ssize_t>(frame.size()));
 }
 
 TEST_F(MonitorTest, AQuerierThatIsHeardMakesARouterPort) {

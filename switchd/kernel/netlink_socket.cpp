@@ -47,8 +47,8 @@ Socket::Socket(int buffer_octets, std::initializer_list<int> groups)
 int Socket::send(Octets octets) {
     sockaddr_nl kernel{};
     kernel.nl_family = AF_NETLINK;
-    const ssize_t sent = sendto(fd_.get(), octets.data(), octets.size(), 0, reinterpret_cast<const sockaddr *>(&kernel),
-                                sizeof(kernel));
+    const ssize_t sent =
+        sendto(fd_.get(), octets.data(), octets.size(), 0, reinterpret_cast<const sockaddr *>(&kernel), sizeof(kernel));
     return sent < 0 ? errno : 0;
 }
 

@@ -51,6 +51,7 @@ bool Reader::apply(const netlink::Message &message) {
             ++removals_;
             return apply_address(message.payload, false);
         case RTM_NEWMDB:
+        case RTM_GETMDB:  // so the kernel calls what it dumps
             return apply_groups(message.payload, true);
         case RTM_DELMDB:
             ++removals_;
@@ -115,8 +116,8 @@ bool Reader::set_link(const ifinfomsg &info, const Attributes &attributes) {
     Link &known = found->second;
     const bool has_left = known.master != link->master && leave_bridge(info.ifi_index);
     link->vlans = known.vlans;
-    stale_ = stale_ || (known.bridge && link->bridge &&
-                        known.bridge->multicast_snooping != link->bridge->multicast_snooping);
+    stale_ = stale_ ||
+             (known.bridge && link->bridge && known.bridge->multicast_snooping != link->bridge->multicast_snooping);
     if (known == *link) {
         return has_left;
     }

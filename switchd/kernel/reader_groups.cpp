@@ -61,22 +61,21 @@ void erase_interface(Ports &ports_by_bridge, int index, const BridgeOf &bridge_o
 bool Reader::apply_groups(Octets body, bool is_new) {
     const auto header = netlink::take<br_port_msg>(body);
     const int bridge = header ? index_of(header->ifindex) : 0;
-    if (bridge == 0 || header->family != AF_BRIDGE) {
+    // A dump has no family.
+    if (bridge == 0 || (header->family != AF_BRIDGE && header->family != AF_UNSPEC)) {
         return false;
     }
     bool changed = false;
     const Attributes attributes{body};
     attributes.each(MDBA_MDB, [&](Octets groups) {
         Attributes{groups}.each(MDBA_MDB_ENTRY, [&](Octets group) {
-            Attributes{group}.each(MDBA_MDB_ENTRY_INFO, [&](Octets entry) {
-                changed = apply_membership(bridge, entry, is_new) || changed;
-            });
+            Attributes{group}.each(MDBA_MDB_ENTRY_INFO,
+                                   [&](Octets entry) { changed = apply_membership(bridge, entry, is_new) || changed; });
         });
     });
     attributes.each(MDBA_ROUTER, [&](Octets ports) {
-        Attributes{ports}.each(MDBA_ROUTER_PORT, [&](Octets entry) {
-            changed = apply_router_port(bridge, entry, is_new) || changed;
-        });
+        Attributes{ports}.each(MDBA_ROUTER_PORT,
+                               [&](Octets entry) { changed = apply_router_port(bridge, entry, is_new) || changed; });
     });
     return changed;
 }
@@ -94,8 +93,7 @@ bool Reader::apply_membership(int bridge, Octets entry, bool is_new) {
         return false;
     }
     Membership membership;
-    membership.group = {bridge, info->vid, protocol,
-                        address_in(whole.subspan(offsetof(br_mdb_entry, addr)), length)};
+    membership.group = {bridge, info->vid, protocol, address_in(whole.subspan(offsetof(br_mdb_entry, addr)), length)};
     membership.interface = interface;
     membership.source = address_in(Attributes{entry}.payload(MDBA_MDB_EATTR_SOURCE), length);
     const bool is_wanted = is_new && (info->flags & MDB_FLAGS_BLOCKED) == 0;

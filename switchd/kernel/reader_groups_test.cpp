@@ -101,14 +101,22 @@ TEST_F(ReaderGroupsTest, WhatCannotBeIsIgnored) {
     EXPECT_FALSE(reader_.apply(router_port(kBridge, -1)));
     EXPECT_FALSE(reader_.apply(router_port(0, 1)));
     EXPECT_FALSE(reader_.apply(router_port(kBridge, 1, RTM_DELMDB)));
+    br_port_msg header = bridge_header(kBridge);
+    header.family = AF_INET;
+    EXPECT_FALSE(reader_.apply(message(RTM_NEWMDB, header, [](MessageWriter &writer) {
+        const Nested ports{writer, MDBA_ROUTER};
+        writer.put_number(MDBA_ROUTER_PORT, 1);
+    })));
     EXPECT_EQ(reader_.state(), KernelState{});
 }
 
 TEST_F(ReaderGroupsTest, ADumpHasManyGroupsAndRouterPortsInAMessage) {
-    EXPECT_TRUE(reader_.apply(message(RTM_NEWMDB, bridge_header(kBridge), [](MessageWriter &writer) {
+    br_port_msg header = bridge_header(kBridge);
+    header.family = AF_UNSPEC;
+    EXPECT_TRUE(reader_.apply(message(RTM_GETMDB, header, [](MessageWriter &writer) {
         {
             const Nested groups{writer, MDBA_MDB};
-            for (const uint8_t last : {1, 2}) {
+            for (const uint8_t last : {uint8_t{1}, uint8_t{2}}) {
                 const Nested entry{writer, MDBA_MDB_ENTRY};
                 put_group(writer, {ipv4_group(kBridge, last), 1});
                 put_group(writer, {ipv4_group(kBridge, last), kBridge});

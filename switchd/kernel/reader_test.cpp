@@ -343,7 +343,7 @@ TEST(BrokenMessageTest, CutAtEveryOctet) {
 TEST(BrokenMessageTest, EachOctetOverwritten) {
     const Bytes whole = one_of_each();
     for (size_t place = 0; place < whole.size(); ++place) {
-        for (const uint8_t other : {0x00, 0x01, 0x03, 0x10, 0x7F, 0x80, 0xFF}) {
+        for (const uint8_t other : Bytes{0x00, 0x01, 0x03, 0x10, 0x7F, 0x80, 0xFF}) {
             Bytes octets = whole;
             octets[place] = other;
             apply_and_remove(octets);

@@ -71,9 +71,8 @@ int KernelRequests::exchange() {
     if (result != 0) {
         return result;
     }
-    const bool is_answered = await_answers([&](uint32_t sequence, int error) {
-        result = sequence == sequence_ ? error : result;
-    });
+    const bool is_answered =
+        await_answers([&](uint32_t sequence, int error) { result = sequence == sequence_ ? error : result; });
     return is_answered ? result : ETIMEDOUT;
 }
 
@@ -89,8 +88,8 @@ int KernelRequests::set_link(int interface, const LinkSettings &settings) {
         writer_.put_text(IFLA_IFNAME, *settings.name);
     }
     if (settings.alias) {
-        writer_.put(IFLA_IFALIAS, netlink::Octets{reinterpret_cast<const uint8_t *>(settings.alias->data()),
-                                                  settings.alias->size()});
+        writer_.put(IFLA_IFALIAS,
+                    netlink::Octets{reinterpret_cast<const uint8_t *>(settings.alias->data()), settings.alias->size()});
     }
     if (settings.mtu) {
         writer_.put_number(IFLA_MTU, *settings.mtu);
@@ -130,7 +129,8 @@ std::vector<int> KernelRequests::change_some(std::span<const LearnedAddress> add
     for (const LearnedAddress &address : addresses) {
         // A refusal is reported in any case, so that one acknowledgement is enough.
         const bool is_last = sequence_ - before + 1 == addresses.size();
-        const int flags = NLM_F_REQUEST | (is_last ? NLM_F_ACK : 0) | (address.learned ? NLM_F_CREATE | NLM_F_REPLACE : 0);
+        const int flags =
+            NLM_F_REQUEST | (is_last ? NLM_F_ACK : 0) | (address.learned ? NLM_F_CREATE | NLM_F_REPLACE : 0);
         begin(address.learned ? RTM_NEWNEIGH : RTM_DELNEIGH, static_cast<uint16_t>(flags));
         write_address(writer_, address);
     }
@@ -138,10 +138,10 @@ std::vector<int> KernelRequests::change_some(std::span<const LearnedAddress> add
     const int failure = socket_.send(writer_.octets());
     writer_.clear();
     const bool is_answered = failure == 0 && await_answers([&](uint32_t sequence, int error) {
-        if (const size_t index = sequence - before - 1; index < results.size()) {
-            results[index] = error;
-        }
-    });
+                                 if (const size_t index = sequence - before - 1; index < results.size()) {
+                                     results[index] = error;
+                                 }
+                             });
     if (!is_answered) {
         std::fill(results.begin(), results.end(), failure != 0 ? failure : ETIMEDOUT);
     }

@@ -17,12 +17,12 @@ namespace switchd {
 
 /** Settings of an interface; what is not given stays. */
 struct LinkSettings {
-    std::optional<bool> up;
-    std::optional<bool> carrier; /**< of a TUN or TAP device; others refuse it with EOPNOTSUPP, a veth too */
-    std::optional<uint32_t> mtu;
-    std::optional<Mac> mac;
-    std::optional<std::string> name;
-    std::optional<std::string> alias; /**< an empty one takes it away */
+    std::optional<bool> up = {};
+    std::optional<bool> carrier = {}; /**< of a TUN or TAP device; others refuse it with EOPNOTSUPP, a veth too */
+    std::optional<uint32_t> mtu = {};
+    std::optional<Mac> mac = {};
+    std::optional<std::string> name = {};
+    std::optional<std::string> alias = {}; /**< an empty one takes it away */
 };
 
 /** An address that the switch has learned, or forgotten, at the interface of a port that is in a bridge. */
@@ -61,7 +61,8 @@ class KernelRequests {
     int exchange();
     /** The result for each. */
     std::vector<int> change_some(std::span<const LearnedAddress> addresses);
-    /** Hands on the sequence number and result of each answer, to that of the last message; false if it does not come. */
+    /** Hands on the sequence number and result of each answer, to that of the last message; false if it does not come.
+     */
     template <typename OnAnswer>
     bool await_answers(const OnAnswer &on_answer);
 

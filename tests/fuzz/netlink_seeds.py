@@ -1,7 +1,7 @@
 """Netlink messages as the kernel sends them, for the seeds of the fuzz target netlink_messages."""
 import struct
 
-NEW_LINK, GONE_LINK, NEW_ADDRESS, GONE_ADDRESS, NEW_GROUP, GONE_GROUP = 16, 17, 28, 29, 84, 85
+NEW_LINK, GONE_LINK, NEW_ADDRESS, GONE_ADDRESS, NEW_GROUP, GONE_GROUP, LISTED_GROUP = 16, 17, 28, 29, 84, 85, 86
 AF_BRIDGE = 7
 MAC = bytes.fromhex("020000000001")
 IPV4_GROUP, IPV6_GROUP = bytes([239, 1, 1, 1]), bytes.fromhex("ff02" + 13 * "00" + "05")
@@ -75,7 +75,7 @@ class Kernel:
         yield "members", self.member(1, (6, 1), (8, 100), (16, 110)) + self.member(2, (0, 4094))
         yield "addresses", b"".join(self.address(NEW_ADDRESS, *known) for known in (
             (1, 2, 0), (2, 0x40, 0, 7), (2, 2, 16, 7), (BRIDGE, 128, 0)))
-        yield "groups", self.groups(NEW_GROUP, ipv4, self.entry(BRIDGE, IPV6_GROUP, 0x86DD)) + self.groups(
+        yield "groups", self.groups(LISTED_GROUP, ipv4, self.entry(BRIDGE, IPV6_GROUP, 0x86DD)) + self.groups(
             NEW_GROUP, self.entry(2, IPV4_GROUP, 0x800, self.attribute(4, bytes([192, 0, 2, 1]))), self.entry(2, MAC, 0))
         yield "routers", self.groups(NEW_GROUP, self.router(1), self.router(2, self.number(2, "B", 1)))
         yield "address_gone", self.address(GONE_ADDRESS, 1, 2, 0)

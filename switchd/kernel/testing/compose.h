@@ -1,6 +1,7 @@
 // For tests: messages as the kernel composes them.
 #pragma once
 
+#include <endian.h>
 #include <linux/if_bridge.h>
 #include <linux/if_ether.h>
 #include <linux/neighbour.h>
@@ -8,6 +9,7 @@
 #include <net/if.h>
 #include <sys/socket.h>
 
+#include <cstring>
 #include <functional>
 #include <string>
 #include <vector>

@@ -26,8 +26,12 @@ void list_differences(const Map &left, const Map &right, const Print &print, std
 }
 inline std::string differences(const KernelState &left, const KernelState &right) {
     const auto number = [](int index) { return std::to_string(index); };
-    const auto address = [](const AddressKey &key) { return std::to_string(key.bridge) + ":" + std::to_string(key.mac[5]); };
-    const auto group = [](const GroupKey &key) { return std::to_string(key.bridge) + "/" + std::to_string(key.address[3]); };
+    const auto address = [](const AddressKey &key) {
+        return std::to_string(key.bridge) + ":" + std::to_string(key.mac[5]);
+    };
+    const auto group = [](const GroupKey &key) {
+        return std::to_string(key.bridge) + "/" + std::to_string(key.address[3]);
+    };
     std::string text;
     for (const auto &[one, other] : {std::pair{&left, &right}, std::pair{&right, &left}}) {
         text += "\nlinks: ";
@@ -45,7 +49,8 @@ inline std::string differences(const KernelState &left, const KernelState &right
 class LiveTest : public testing::Test {
   protected:
     ~LiveTest() override {
-        for (const auto &[index, link] : KernelMonitor{}.state().links) {
+        const KernelMonitor monitor;
+        for (const auto &[index, link] : monitor.state().links) {
             if (link.name != "lo") {
                 requests_.remove_link(index);  // an end of a pair is gone with the other one
             }
@@ -104,8 +109,10 @@ class LiveTest : public testing::Test {
         constexpr size_t kOctet = 256;
         std::vector<LearnedAddress> made;
         for (size_t number = 0; number < count; ++number) {
-            made.push_back({interface, 0,
-                            {2, 0, 0, 1, static_cast<uint8_t>(number / kOctet), static_cast<uint8_t>(number % kOctet)}});
+            made.push_back(
+                {interface,
+                 0,
+                 {2, 0, 0, 1, static_cast<uint8_t>(number / kOctet), static_cast<uint8_t>(number % kOctet)}});
         }
         return made;
     }
