@@ -9,14 +9,13 @@
 
 #include "switchd/daemon/dot1x_control.h"
 #include "switchd/kernel/kernel_state.h"
+#include "switchd/ports/interface.h"
 #include "switchd/ports/port_name.h"
 #include "vdevice/process/log_level.h"
 
 namespace switchd {
 
 struct Configuration {
-    enum class InterfacesKind : uint8_t { kAuto, kTap, kVeth };
-
     struct Group {
         std::vector<uint32_t> members; /**< user ports, in the file's order */
         bool lacp = true;              /**< or without a protocol */
@@ -44,8 +43,8 @@ struct Configuration {
     uint32_t cpu_physical_port = 0;
     std::vector<uint32_t> physical_ports; /**< of user port 1 and the following ones */
     uint16_t first_internal_vid = 4000;
-    std::optional<Mac> mac; /**< of the CPU port; user port n has the one that is n higher */
-    InterfacesKind interfaces_kind = InterfacesKind::kAuto;
+    std::optional<Mac> mac;                       /**< of the CPU port; user port n has the one that is n higher */
+    std::optional<InterfaceKind> interfaces_kind; /**< the best one, unless it is given */
 
     std::vector<PortName> interfaces; /**< with tags, besides those of the ports */
     uint32_t flood_limit = 10'000;    /**< flooded frames a second from each port to the CPU; 0 for no limit */

@@ -87,8 +87,15 @@ void complete_physical_ports(const File &file, Configuration &configuration) {
     }
 }
 
+/** Behind the first one, in the order of InterfaceKind. */
 constexpr const char *kInterfacesKinds[] = {"auto", "tap", "veth"};
-static_assert(std::size(kInterfacesKinds) == static_cast<size_t>(Configuration::InterfacesKind::kVeth) + 1);
+static_assert(std::size(kInterfacesKinds) == static_cast<size_t>(InterfaceKind::kVeth) + 2);
+
+void read_interfaces_kind(File &file, const toml::node &value, Configuration &configuration) {
+    if (const uint32_t word = choice_of(file, value, "interfaces_kind", kInterfacesKinds); word != 0) {
+        configuration.interfaces_kind = static_cast<InterfaceKind>(word - 1);
+    }
+}
 
 void read_mac(File &file, const toml::node &value, Configuration &configuration) {
     configuration.mac = mac_of_text(text_of(file, value, "mac"));
@@ -137,11 +144,7 @@ constexpr Key<Configuration> kFileKeys[] = {
              static_cast<uint16_t>(number_of(file, value, "first_internal_vid", 2, kMost));
      }},
     {"mac", read_mac},
-    {"interfaces_kind",
-     [](File &file, const toml::node &value, Configuration &configuration) {
-         configuration.interfaces_kind =
-             static_cast<Configuration::InterfacesKind>(choice_of(file, value, "interfaces_kind", kInterfacesKinds));
-     }},
+    {"interfaces_kind", read_interfaces_kind},
     {"flood_limit",
      [](File &file, const toml::node &value, Configuration &configuration) {
          constexpr uint32_t kMost = 1000000;

@@ -85,7 +85,7 @@ TEST_F(ConfigurationFile, SetsWhatItSays) {
     EXPECT_EQ(configuration.physical_ports, (std::vector<uint32_t>{9, 7, 5, 3}));
     EXPECT_EQ(configuration.cpu_physical_port, 1U);
     EXPECT_EQ(configuration.mac, (Mac{2, 0, 0, 0, 0, 0x10}));
-    EXPECT_EQ(configuration.interfaces_kind, Configuration::InterfacesKind::kVeth);
+    EXPECT_EQ(configuration.interfaces_kind, InterfaceKind::kVeth);
     EXPECT_EQ(configuration.interfaces, (std::vector<PortName>{{3, 100}, {ADP_AGG_INTF(2), 200}}));
     EXPECT_EQ(configuration.flood_limit, 500U);
     EXPECT_EQ(configuration.learned_seconds, 5U);
