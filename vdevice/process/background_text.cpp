@@ -1,5 +1,5 @@
 // A copy of the process writes the text to a file in memory.
-#include "vdevice/daemon/background_text.h"
+#include "vdevice/process/background_text.h"
 
 #include <fcntl.h>
 #include <sys/mman.h>

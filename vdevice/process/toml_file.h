@@ -1,17 +1,20 @@
-// Values of a TOML file, read with the line of each mistake. Included by configuration_file.cpp alone: the library's
-// header takes long to compile.
+// Values of a TOML file, read with the line of each mistake. Included by the files that read a configuration alone: the
+// library's header takes long to compile.
 #pragma once
 
+#include <stdint.h>
 #include <sys/stat.h>
 
 #include <toml++/toml.h>
 #include <algorithm>
 #include <fstream>
 #include <iterator>
+#include <string>
+#include <string_view>
+#include <vector>
 
 #include "text/printable.h"
 #include "text/suggest.h"
-#include "vdevice/daemon/configuration.h"
 #include "vdevice/io/error.h"
 
 namespace vdevice::toml_file {
@@ -19,13 +22,9 @@ namespace vdevice::toml_file {
 constexpr size_t kMaxFileBytes = 1 << 20;
 constexpr size_t kMaxLineBytes = 1000;
 
-/** What is known while a file is read. */
+/** A file that is being read; what else its keys need is added by a class of its own. */
 struct File {
     std::string path;
-    Settings given;
-    Configuration configuration;
-    std::vector<Step> port_steps; /**< after those of VLANs, which must be there */
-    driver::Board board;          /**< known when the tables of ports and VLANs are read */
 
     std::string place(const toml::source_region &where) const { return path + ":" + std::to_string(where.begin.line); }
     [[noreturn]] void fail(const toml::source_region &where, const std::string &what) const {
@@ -33,15 +32,16 @@ struct File {
     }
 };
 
-template <typename Target>
+/** What a file may say: the reader stores it in the target. */
+template <typename Reading, typename Target>
 struct Key {
     std::string_view name;
-    void (*read)(File &file, const toml::node &value, Target &target);
+    void (*read)(Reading &file, const toml::node &value, Target &target);
 };
 
 /** Hands each value to its key's function. */
-template <typename Target, size_t kCount>
-void read_table(File &file, const toml::table &table, const Key<Target> (&keys)[kCount], Target &target) {
+template <typename Reading, typename Target, size_t kCount>
+void read_table(Reading &file, const toml::table &table, const Key<Reading, Target> (&keys)[kCount], Target &target) {
     for (const auto &[key, value] : table) {
         const std::string_view name = key.str();
         const auto *const known =

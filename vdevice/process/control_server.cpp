@@ -1,5 +1,5 @@
 // Lines in, lines out: clients are served in turn and never waited for.
-#include "vdevice/daemon/control_server.h"
+#include "vdevice/process/control_server.h"
 
 #include <malloc.h>
 #include <sys/epoll.h>
@@ -12,8 +12,8 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
-#include "vdevice/daemon/request.h"
 #include "vdevice/io/error.h"
+#include "vdevice/process/request.h"
 
 namespace vdevice {
 namespace {

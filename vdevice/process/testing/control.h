@@ -8,7 +8,7 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include "vdevice/daemon/control_server.h"
+#include "vdevice/process/control_server.h"
 #include "vdevice/remote/testing/device.h"
 
 namespace vdevice::control_testing {

@@ -1,5 +1,5 @@
 // Texts that another process makes: whole, of the moment they were asked for, or none.
-#include "vdevice/daemon/background_text.h"
+#include "vdevice/process/background_text.h"
 
 #include <gtest/gtest.h>
 #include <poll.h>

@@ -9,8 +9,8 @@
 #include <optional>
 #include <string>
 
-#include "vdevice/daemon/background_text.h"
 #include "vdevice/io/event_loop.h"
+#include "vdevice/process/background_text.h"
 #include "vdevice/sockets/listening_socket.h"
 #include "vdevice/sockets/unique_fd.h"
 

@@ -12,9 +12,10 @@ class RunFolder {
   public:
     /**
      * Makes the folder if there is none, and holds it for as long as this lives. Throws an io::Error if it is not this
-     * user's alone, or if another daemon holds it.
+     * user's alone, or if another daemon holds it. The sentence names the program, and the variable that names its
+     * folder.
      */
-    explicit RunFolder(const std::string &path);
+    RunFolder(const std::string &path, const char *program, const char *variable);
 
     /**
      * A number for what this daemon makes outside the folder. The next daemon of the same folder has the same one; no

@@ -1,6 +1,6 @@
 // The lock is on the folder itself: no file needs to be left there, and the system's cleaners of /tmp leave a locked
 // folder alone.
-#include "vdevice/daemon/run_folder.h"
+#include "vdevice/process/run_folder.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -33,20 +33,19 @@ bool lock(const UniqueFd &folder) {
     return true;
 }
 
-void make_folder(const std::string &path) {
+void make_folder(const std::string &path, const std::string &variable) {
     errno = make_private_folder(path);
     if (errno == EPERM) {
         throw io::Error{"cannot use " + path +
                         ": it is not a folder that belongs to this user alone. Name another one " +
-                        "with --run-dir or in VDEVICE_DIR."};
+                        "with --run-dir or in " + variable + "."};
     }
     if (errno != 0) {
         throw io::error_from_errno("make the folder " + path);
     }
 }
 
-UniqueFd locked_folder(const std::string &path) {
-    make_folder(path);
+UniqueFd locked_folder(const std::string &path, const std::string &program) {
     // Processes that this one starts inherit the descriptor, so that nobody else makes interfaces at the same time.
     UniqueFd folder{open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW)};
     if (!folder) {
@@ -54,7 +53,7 @@ UniqueFd locked_folder(const std::string &path) {
     }
     if (!lock(folder)) {
         if (errno == EWOULDBLOCK) {
-            throw io::Error{"cannot use " + path + ": another vdeviced is running there."};
+            throw io::Error{"cannot use " + path + ": another " + program + " is running there."};
         }
         throw io::error_from_errno("lock the folder " + path);
     }
@@ -71,9 +70,10 @@ bool is_at(const std::string &path, const UniqueFd &folder) {
 
 }  // namespace
 
-RunFolder::RunFolder(const std::string &path) {
+RunFolder::RunFolder(const std::string &path, const char *program, const char *variable) {
     do {
-        folder_ = locked_folder(path);
+        make_folder(path, variable);
+        folder_ = locked_folder(path, program);
     } while (!is_at(path, folder_));
 }
 

@@ -5,7 +5,7 @@
 #include <initializer_list>
 #include <memory>
 
-#include "vdevice/daemon/testing/control.h"
+#include "vdevice/process/testing/control.h"
 
 namespace vdevice {
 namespace control_server_test {

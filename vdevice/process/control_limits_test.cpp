@@ -4,7 +4,7 @@
 #include <deque>
 
 #include "tests/support/full_epoll.h"
-#include "vdevice/daemon/testing/control.h"
+#include "vdevice/process/testing/control.h"
 
 namespace vdevice {
 namespace control_limits_test {

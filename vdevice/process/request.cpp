@@ -1,5 +1,5 @@
 // Parses requests, which may be anything.
-#include "vdevice/daemon/request.h"
+#include "vdevice/process/request.h"
 
 #include <nlohmann/json.hpp>
 

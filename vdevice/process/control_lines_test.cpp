@@ -5,7 +5,7 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 
-#include "vdevice/daemon/control_server.h"
+#include "vdevice/process/control_server.h"
 #include "vdevice/remote/testing/device.h"
 
 namespace vdevice {
