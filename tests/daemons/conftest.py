@@ -4,7 +4,7 @@ import contextlib
 import os
 
 import pytest
-from adp.lab import Lab
+from adp.lab import Lab, lldp, openvswitch
 from adp.lab.program import Program, path_of
 from adp.lab.switch import Switch
 
@@ -24,6 +24,13 @@ PACKAGES = {
 }
 
 
+# What an ordinary user may lack.
+RIGHTS = {
+    "lldpd": (lldp.is_usable, "This user may not run lldpcli."),
+    "ovs-vswitchd": (openvswitch.is_usable, "This user may not open /dev/net/tun, which Open vSwitch's bridges need."),
+}
+
+
 def pytest_addoption(parser):
     parser.addoption("--without-switch", action="store_true", help="daemons on bare cables: is it they, or the switch?")
 
@@ -37,9 +44,11 @@ def pytest_runtest_setup(item):
     Program.said.clear()
     programs = [program for mark in item.iter_markers("needs") for program in mark.args]
     missing = [PACKAGES[program] for program in programs if not path_of(program)]
+    reasons = [sentence for name, (is_usable, sentence) in RIGHTS.items() if name in programs and not is_usable()]
     if missing:
-        sentence = f"These packages are missing, which 'script/setup daemons' installs: {' '.join(missing)}"
-        (pytest.fail if os.environ.get("CI") == "true" else pytest.skip)(sentence)
+        reasons = [f"These packages are missing, which 'script/setup daemons' installs: {' '.join(missing)}"]
+    if reasons:
+        (pytest.fail if os.environ.get("CI") == "true" else pytest.skip)(" ".join(reasons))
     if item.config.getoption("--without-switch") and item.get_closest_marker("needs_chip"):
         pytest.skip("It needs a switch.")
 

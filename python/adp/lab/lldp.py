@@ -3,10 +3,15 @@
 import json
 import os
 
-from .program import Program
+from .program import Program, path_of
 
 TX_INTERVAL_SECONDS = 1
 TX_HOLD = 3
+
+
+def is_usable():
+    """Whether this user may run lldpcli, which Debian gives to root and some others."""
+    return path_of("lldpcli") is not None
 
 
 def _first(values, key="value"):

@@ -1,7 +1,6 @@
 """IEEE 802.1X by wire: hostapd lets a host in, and wpa_supplicant asks to be let in."""
 
-import shlex
-
+from .builds import ROOT
 from .program import Program
 
 HOSTAPD = """\
@@ -31,14 +30,7 @@ network={{
 """
 
 
-# hostapd_cli calls it with the interface, the event and the station.
-ACTION = """\
-#!/bin/sh
-case $2 in
-    AP-STA-CONNECTED) exec {authorize} "$1" "$3" ;;
-    AP-STA-DISCONNECTED) exec {unauthorize} "$1" "$3" ;;
-esac
-"""
+ACTION = ROOT / "switchd" / "daemon" / "adp-switchd-dot1x"
 
 
 class Hostapd(Program):
@@ -55,8 +47,9 @@ class Hostapd(Program):
             self.start("hostapd", self.write("hostapd.conf", HOSTAPD.format(interface=interface, **files)))
             self.await_start(lambda: self.answers(*self._control("ping")))
             if switchd:
-                words = {verb: shlex.join(map(str, switchd.command(verb))) for verb in ("authorize", "unauthorize")}
-                self.start(*self._control("-a", self.write("action", ACTION.format(**words), 0o700)))
+                self._environment["ADP_SWITCHD_DIR"] = switchd.folder
+                self._environment["PATH"] += f":{switchd.programs}"
+                self.start(*self._control("-a", ACTION))
         except BaseException:
             self.close()
             raise
@@ -102,6 +95,8 @@ class Supplicant(Program):
 
     def log_on(self):
         self.run(*self._control("logon"))
+        # Otherwise it waits for half a minute before it begins.
+        self.run(*self._control("reassociate"))
 
     def _control(self, *words):
         return ("wpa_cli", "-p", self.path("control"), "-i", self._interface, *words)

@@ -7,12 +7,14 @@ from .program import Program
 INTERFACE = """\
 interface {name}
  ip ospf hello-interval 1
- ip ospf dead-interval 5
+ ip ospf dead-interval 4
 """
 ROUTER = """\
 router ospf
  ospf router-id {router_id}
  timers throttle spf 0 50 200
+ timers throttle lsa all 0
+ timers lsa min-arrival 0
  network 0.0.0.0/0 area 0
 """
 

@@ -23,6 +23,11 @@ class Switchd(Program):
             self.close()
             raise
 
+    @property
+    def programs(self):
+        """The folder with the program."""
+        return self._build.folder
+
     def command(self, *words):
         """The command line of the program with some words, for this daemon."""
         return self._build.command(PROGRAM, "--run-dir", self.folder, *words)
@@ -41,7 +46,7 @@ class Switchd(Program):
 
     def _is_synced(self):
         done = self.try_to_run(*self.command("status", "--json"))
-        return done.returncode == 0 and json.loads(done.stdout).get("synced", False)
+        return done.returncode == 0 and json.loads(done.stdout)["state"]["synced"]
 
     def kill(self):
         """Kills the daemon, so that it cannot clean up."""
