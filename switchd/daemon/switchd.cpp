@@ -67,7 +67,6 @@ Switchd::Switchd(vdevice::io::EventLoop &loop, const Configuration &configuratio
                                      [this](uint32_t port, bool is_up) { link_changed(port, is_up); });
     open_groups();
     open_interfaces();
-    monitor_.resync();
     loop_.add(monitor_.fd(), EPOLLIN, [this](uint32_t) {
         if (monitor_.receive()) {
             reconcile_soon();
@@ -111,7 +110,6 @@ void Switchd::configure(const Configuration &configuration) {
 }
 
 std::string Switchd::resync() {
-    monitor_.resync();
     applier_ = std::make_unique<Applier>(plan());
     reconcile();
     return "The kernel and the switch were read again.";
