@@ -50,8 +50,8 @@ TEST_F(StormTest, AStormThatTheBufferIsTooSmallFor) {
 }
 
 /** Reads everything again and again until the addresses are gone. */
-void resync_while_removing(KernelMonitor &monitor, std::vector<LearnedAddress> addresses) {
-    for (LearnedAddress &address : addresses) {
+void resync_while_removing(KernelMonitor &monitor, std::vector<AddressChange> addresses) {
+    for (AddressChange &address : addresses) {
         address.learned = false;
     }
     // The kernel lists the newest first: what is removed at the front makes it leave out others.
@@ -71,7 +71,7 @@ TEST_F(StormTest, AddressesThatGoWhileEverythingIsRead) {
     constexpr size_t kAddresses = 5000;
     constexpr int kRounds = 5;
     make_bridge("br1", 2);
-    const std::vector<LearnedAddress> all = addresses(index_of("p1"), kAddresses);
+    const std::vector<AddressChange> all = addresses(index_of("p1"), kAddresses);
     for (const int buffer : {4096, 8 * 1024 * 1024}) {
         KernelMonitor monitor{buffer};
         for (int round = 0; round < kRounds; ++round) {
@@ -94,9 +94,9 @@ TEST_F(StormTest, MoreThanTheTablesHoldIsSaidUntilThereIsRoom) {
     EXPECT_EQ(monitor.state().addresses.size(), Reader::Limits{}.addresses);
     monitor.refresh_bridges();
     EXPECT_FALSE(monitor.is_complete());
-    std::vector<LearnedAddress> gone = addresses(index_of("p1"), kAddresses);
+    std::vector<AddressChange> gone = addresses(index_of("p1"), kAddresses);
     gone.resize(kAddresses - 10);
-    for (LearnedAddress &address : gone) {
+    for (AddressChange &address : gone) {
         address.learned = false;
     }
     requests_.change_addresses(gone);
