@@ -126,6 +126,24 @@ TEST_F(ApplierFailures, OneSentenceTellsOfAllGroupsThatFoundNoRoom) {
     EXPECT_EQ(read_switch(k.plan).groups, state.groups);
 }
 
+TEST_F(ApplierFailures, AnEntryWithRoomIsNotKeptOutByOthersWithout) {
+    constexpr uint16_t kSum = 1000;  // addresses whose words have the same sum share a few places in the chip
+    SwitchState state = wanted().state;
+    for (uint16_t i = 0; i < 80; ++i) {
+        const auto rest = static_cast<uint16_t>(kSum - i);
+        state.addresses[{
+            4001, {2, 0, 0, static_cast<uint8_t>(i), static_cast<uint8_t>(rest >> 8), static_cast<uint8_t>(rest)}}] = 1;
+    }
+    const VlanMac last{4001, {2, 1, 0, 0, 0, 0}};
+    state.addresses[last] = 1;
+    Applier applier{k.plan};
+    EXPECT_THAT(fail_every("user_mac_addr_add", applier, state), SizeIs(1));
+    applier.apply(state);
+    EXPECT_THAT(applier.apply(state),
+                ElementsAre(testing::Field(&Remark::sentence, HasSubstr("72 are not in hardware"))));
+    EXPECT_TRUE(read_switch(k.plan).addresses.contains(last));
+}
+
 TEST_F(ApplierFailures, AnEntryThatSomebodyElseHasRemovedIsGone) {
     SwitchState state = wanted().state;
     state.vlans[5].members = set_of(0);

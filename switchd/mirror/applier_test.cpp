@@ -208,6 +208,27 @@ TEST_F(ApplierTest, ALockedPortIsClosedUntilItIsNot) {
     EXPECT_EQ(present().ports.at(1).learning, Learning::kOn);
 }
 
+TEST_F(ApplierTest, AddressesGoWithTheirVlan) {
+    const SwitchState alone = wanted().state;
+    make_bridge();
+    Applier applier{k.plan};
+    applier.apply(wanted().state);
+    chip.record();
+    applier.apply(alone);
+    EXPECT_THAT(chip.take_trace(), testing::Not(testing::Contains(HasSubstr("addr_delete"))));
+    EXPECT_EQ(present(), alone);
+}
+
+TEST_F(ApplierTest, VlansWithoutPortsAreThere) {
+    for (const uint32_t vid : {5U, 6U}) {
+        ASSERT_EQ(adp_vlan_create(vid), ADP_OK);
+    }
+    k.port({1, 0}, k.bridge("br5"));
+    Applier applier{k.plan};
+    EXPECT_THAT(applier.apply(wanted().state), IsEmpty());
+    EXPECT_EQ(present(), wanted().state);
+}
+
 TEST_F(ApplierTest, FiltersAreSomebodyElses) {
     k.port({1, 0}, k.bridge("br5"));
     Applier{k.plan}.apply(wanted().state);
