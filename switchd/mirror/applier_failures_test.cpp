@@ -100,9 +100,9 @@ TEST_F(ApplierFailures, OneSentenceTellsOfAllGroupsThatFoundNoRoom) {
     }
     Applier applier{k.plan};
     const auto all_but = [](const char *count) {
-        return ElementsAre(Remark{
-            "multicast groups",
-            std::string(count) + " are not in hardware: there are as many multicast groups as the chip has room for"});
+        return ElementsAre(
+            Remark{"switch", std::string("does not take ") + count +
+                                 " multicast groups: there are as many multicast groups as the chip has room for"});
     };
     EXPECT_THAT(applier.apply(state), all_but("200"));
     chip.take_count();
@@ -140,7 +140,7 @@ TEST_F(ApplierFailures, AnEntryWithRoomIsNotKeptOutByOthersWithout) {
     EXPECT_THAT(fail_every("user_mac_addr_add", applier, state), SizeIs(1));
     applier.apply(state);
     EXPECT_THAT(applier.apply(state),
-                ElementsAre(testing::Field(&Remark::sentence, HasSubstr("72 are not in hardware"))));
+                ElementsAre(testing::Field(&Remark::sentence, HasSubstr("does not take 72 static addresses"))));
     EXPECT_TRUE(read_switch(k.plan).addresses.contains(last));
 }
 
@@ -160,7 +160,7 @@ TEST_F(ApplierFailures, AnEntryThatSomebodyElseHasRemovedIsGone) {
     applier.apply(state);
     state.addresses.clear();
     EXPECT_THAT(fail_every("user_mac_addr_delete", applier, state),
-                ElementsAre(testing::Field(&Remark::sentence, HasSubstr("1 cannot be removed"))));
+                ElementsAre(testing::Field(&Remark::sentence, HasSubstr("keeps 1 static addresses"))));
     EXPECT_THAT(applier.apply(state), IsEmpty());
     EXPECT_THAT(read_switch(k.plan).addresses, IsEmpty());
 }

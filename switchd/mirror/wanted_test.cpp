@@ -115,9 +115,8 @@ TEST_F(WantedOf, AVlanAwareBridgeHasTheVlansOfItsPorts) {
     EXPECT_EQ(vlan(4002).members, ports({0})) << "its untagged frames are nobody's";
     EXPECT_EQ(wanted().places.at({20, 2}), (BridgePlace{swp2, bridge, 20, false}));
     EXPECT_FALSE(wanted().bridges.contains(bridge));
-    EXPECT_THAT(remarks_on("br0"), ElementsAre("is not in hardware: VLAN 4001 is kept for swp1"));
-    EXPECT_THAT(remarks_on("swp3.30"),
-                ElementsAre("is not in hardware: its bridge is aware of VLANs and looks at tags"));
+    EXPECT_THAT(remarks_on("br0"), ElementsAre("gets no frames of a VLAN: VLAN 4001 is kept for swp1"));
+    EXPECT_THAT(remarks_on("swp3.30"), ElementsAre(HasSubstr("is left to the kernel")));
     EXPECT_EQ(vlan(30).members, ports({0, 3}));
 }
 
@@ -156,7 +155,8 @@ TEST_F(WantedOf, IsolatedPortsDoNotReachEachOther) {
     const int br2 = k.bridge("br2");
     k.port({1, 2}, br2, isolated);
     k.port({3, 2}, br2, isolated);
-    EXPECT_THAT(remarks_on("br1"), ElementsAre(HasSubstr("swp1, swp3 do not reach each other")));
+    EXPECT_THAT(remarks_on("br1"),
+                ElementsAre(HasSubstr("do not reach each other, swp1, swp3: they are isolated in br2")));
     EXPECT_THAT(remarks_on("br2"), IsEmpty());
 }
 
