@@ -155,6 +155,13 @@ TEST_P(CpuPortTest, AnInterfaceThatWasReplacedIsOpenedAgain) {
     EXPECT_TRUE(cpu_port_.is_current());
 }
 
+TEST_P(CpuPortTest, AGroupIsReachedByItsManager) {
+    ASSERT_EQ(SET_AGG_MANAGE_INTF(ADP_AGG_INTF(2), 5), ADP_OK);
+    EXPECT_TRUE(cpu_port_.send(ADP_AGG_INTF(2), 0, kAddresses + kText));
+    EXPECT_TRUE(chip_->receives(to_chip(5, kText)));
+    ASSERT_EQ(SET_AGG_MANAGE_INTF(ADP_AGG_INTF(2), 0), ADP_OK);
+}
+
 INSTANTIATE_TEST_SUITE_P(Kinds, CpuPortTest, testing::Values(InterfaceKind::kVeth), kind_name);
 
 /** Chip, relay and interfaces, as in the daemon. */
