@@ -5,6 +5,7 @@
 
 #include <utility>
 
+#include "switchd/kernel/requests.h"
 #include "switchd/ports/interface_marks.h"
 #include "switchd/ports/tap_interface.h"
 #include "switchd/ports/veth_interface.h"
@@ -38,7 +39,7 @@ std::unique_ptr<Interface> make_veth(const PortName &port, const InterfaceSettin
 /** What a predecessor made of another kind gives way. */
 std::vector<FoundLink> without_other_kind(const PortName &port, const char *kind, std::vector<FoundLink> links) {
     std::erase_if(links, [&](const FoundLink &link) {
-        return marked_port_of(link) == port && link.kind != kind && remove_link(link.index) == 0;
+        return marked_port_of(link) == port && link.kind != kind && KernelRequests{}.remove_link(link.index) == 0;
     });
     return links;
 }
@@ -69,7 +70,7 @@ std::unique_ptr<Interface> make_interface(const PortName &port, const InterfaceS
 
 void Interface::remove() {
     // By its index a TAP goes at once, whoever else has its descriptor.
-    if (index_ == 0 || remove_link(index_) != 0) {
+    if (index_ == 0 || KernelRequests{}.remove_link(index_) != 0) {
         destroy();
     }
 }

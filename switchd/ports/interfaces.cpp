@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "switchd/kernel/requests.h"
 #include "switchd/ports/interface_marks.h"
 #include "switchd/ports/tap_interface.h"
 #include "vdevice/io/error.h"
@@ -105,7 +106,7 @@ void Interfaces::remove_leftovers(const std::set<PortName> &wanted) {
     for (const FoundLink &link : find_links()) {
         const auto port = marked_port_of(link);
         if (port && !wanted.contains(*port)) {
-            remove_link(link.index);  // the second end of a pair has gone with the first
+            KernelRequests{}.remove_link(link.index);  // the second end of a pair has gone with the first
         }
     }
     remove_kept(wanted);
