@@ -36,14 +36,6 @@ std::unique_ptr<Interface> make_veth(const PortName &port, const InterfaceSettin
     return VethInterface::make(port, settings, links);
 }
 
-/** What a predecessor made of another kind gives way. */
-std::vector<FoundLink> without_other_kind(const PortName &port, const char *kind, std::vector<FoundLink> links) {
-    std::erase_if(links, [&](const FoundLink &link) {
-        return marked_port_of(link) == port && link.kind != kind && KernelRequests{}.remove_link(link.index) == 0;
-    });
-    return links;
-}
-
 }  // namespace
 
 InterfaceKind best_interface_kind() {
@@ -63,9 +55,8 @@ Mac mac_of(const PortName &port, const Mac &base) {
 
 std::unique_ptr<Interface> make_interface(const PortName &port, const InterfaceSettings &settings,
                                           const std::vector<FoundLink> &links, vdevice::UniqueFd kept) {
-    const bool is_tap = settings.kind == InterfaceKind::kTap;
-    const std::vector<FoundLink> others = without_other_kind(port, is_tap ? "tun" : "veth", links);
-    return is_tap ? make_tap(port, settings, others, std::move(kept)) : make_veth(port, settings, others);
+    return settings.kind == InterfaceKind::kTap ? make_tap(port, settings, links, std::move(kept))
+                                                : make_veth(port, settings, links);
 }
 
 void Interface::remove() {
