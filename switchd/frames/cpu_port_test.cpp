@@ -231,8 +231,11 @@ TEST_P(RelayTest, LossesAreCounted) {
         EXPECT_TRUE(run_until([&] { return path_.counters(2).of(Drop::kNotTaken) == 1; }));
     }
     vdevice::io::set_interface_up("eth0", false);
-    Program{"swp1"}.send(kAddresses + kText);
-    EXPECT_TRUE(run_until([&] { return path_.counters(1).of(Drop::kNotSent) == 1; }));
+    Program program{"swp1"};
+    EXPECT_TRUE(run_until([&] {
+        program.send(kAddresses + octets16(0x88B5) + Octets(46, 0x66));
+        return path_.counters(1).of(Drop::kNotSent) != 0;
+    }));
 }
 
 INSTANTIATE_TEST_SUITE_P(Kinds, RelayTest, testing::Values(InterfaceKind::kTap, InterfaceKind::kVeth), kind_name);

@@ -5,8 +5,13 @@
 #include <bit>
 #include <cstring>
 
+#include "vdevice/chip/frame/ip_header.h"
+
 namespace switchd {
 namespace {
+
+namespace chip = vdevice::chip;
+using chip::Bytes;
 
 /** SipHash-1-3 (Aumasson, Bernstein): short, and without its key nobody finds two texts of one hash. */
 class SipHash {
@@ -23,7 +28,7 @@ class SipHash {
         v0_ ^= word;
     }
     /** Whole words, then the rest in one; the length keeps texts apart that differ by zeros at their end. */
-    void add(vdevice::chip::Bytes octets) {
+    void add(Bytes octets) {
         const size_t length = octets.size();
         while (octets.size() >= sizeof(uint64_t)) {
             add(word_of(octets.first(sizeof(uint64_t))));
@@ -42,7 +47,7 @@ class SipHash {
 
   private:
     /** In this machine's order: a hash leaves no machine. */
-    static uint64_t word_of(vdevice::chip::Bytes octets) {
+    static uint64_t word_of(Bytes octets) {
         uint64_t word = 0;
         if (!octets.empty()) {
             std::memcpy(&word, octets.data(), octets.size());
@@ -69,13 +74,35 @@ class SipHash {
     uint64_t v3_;
 };
 
+/** As an IP packet says; 0 if it is none, or does not know. */
+size_t packet_bytes(uint16_t type, Bytes packet) {
+    if (type == chip::kTypeIpv4 && chip::is_ipv4(packet)) {
+        return chip::read16(packet, chip::kIpv4LengthAt);
+    }
+    if (type == chip::kTypeIpv6 && chip::is_ipv6(packet)) {
+        const size_t rest = chip::read16(packet, chip::kIpv6LengthAt);
+        return rest == 0 ? 0 : chip::kIpv6Bytes + rest;
+    }
+    return 0;
+}
+
+/** The body begins with the frame's type. A bridge that filters packets cuts what is behind them. */
+Bytes without_padding(Bytes body) {
+    if (body.size() < chip::kTypeBytes) {
+        return body;
+    }
+    const Bytes packet = body.subspan(chip::kTypeBytes);
+    const size_t length = packet_bytes(chip::read16(body, 0), packet);
+    return length == 0 ? body : body.first(chip::kTypeBytes + std::min(length, packet.size()));
+}
+
 }  // namespace
 
-uint64_t hash_of(const HashKey &key, uint16_t vid, const vdevice::chip::Frame &frame) {
+uint64_t hash_of(const HashKey &key, uint16_t vid, const chip::Frame &frame) {
     SipHash hash{key};
     hash.add(uint64_t{vid});
     hash.add(frame.head);
-    hash.add(frame.body);
+    hash.add(without_padding(frame.body));
     return hash.result();
 }
 

@@ -17,7 +17,10 @@ using vdevice::chip::Time;
 /** Chosen at random, so that nobody can make frames that are taken for each other. */
 using HashKey = std::array<uint64_t, 2>;
 
-/** Of a frame without its tag, and its VLAN. The same frame has the same hash on each port. */
+/**
+ * Of a frame without its tag, and its VLAN. The same frame has the same hash on each port, also when the kernel has
+ * taken the padding off a short packet on the way.
+ */
 uint64_t hash_of(const HashKey &key, uint16_t vid, const vdevice::chip::Frame &frame);
 
 /** A table of fixed size. When a row is full the oldest frame in it is forgotten. */

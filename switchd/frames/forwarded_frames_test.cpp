@@ -16,6 +16,8 @@ using namespace std::chrono_literals;
 using vdevice::chip::Bytes;
 using vdevice::chip::split_frame;
 using vdevice::chip::test::Octets;
+using vdevice::chip::test::octets16;
+using vdevice::chip::test::operator+;
 
 constexpr HashKey kKey{0x0706050403020100, 0x0F0E0D0C0B0A0908};
 constexpr uint16_t kVid = 100;
@@ -47,6 +49,40 @@ TEST(ForwardedFrames, ZerosAtTheEndCountToo) {
         hashes.insert(hash(Octets(length, 0)));
     }
     EXPECT_EQ(hashes.size(), 86U);
+}
+
+TEST(ForwardedFrames, PaddingBehindAPacketDoesNotCount) {
+    const Octets addresses = vdevice::chip::test::kBroadcast + vdevice::chip::test::station(1);
+    Octets packet4 = octets16(0x0800) + Octets(32, 0);
+    packet4[2] = 0x45;
+    packet4[5] = 32;
+    Octets packet6 = octets16(0x86DD) + Octets(44, 0);
+    packet6[2] = 0x60;
+    packet6[7] = 4;
+    for (Octets packet : {packet4, packet6}) {
+        const uint64_t plain = hash(addresses + packet);
+        EXPECT_EQ(hash(addresses + packet + Octets(9, 0x55)), plain);
+        packet.back() ^= 1;
+        EXPECT_NE(hash(addresses + packet), plain);
+        packet.back() ^= 1;
+        packet[0] ^= 1;
+        EXPECT_NE(hash(addresses + packet + Octets(9, 0x55)), hash(addresses + packet)) << "not an IP packet";
+    }
+}
+
+TEST(ForwardedFrames, APacketThatLiesAboutItsLengthIsAFrameAllTheSame) {
+    const Octets addresses = vdevice::chip::test::kBroadcast + vdevice::chip::test::station(1);
+    for (const uint16_t type : std::initializer_list<uint16_t>{0x0800, 0x86DD}) {
+        std::set<uint64_t> hashes;
+        for (size_t length = 0; length < 64; ++length) {
+            Octets packet = octets16(type) + Octets(length, 0xFF);
+            if (length != 0) {
+                packet[2] = type == 0x0800 ? 0x4F : 0x6F;
+            }
+            hashes.insert(hash(addresses + packet));
+        }
+        EXPECT_EQ(hashes.size(), 64U);
+    }
 }
 
 TEST(ForwardedFrames, WithoutTheKeyNoHashIsKnown) {

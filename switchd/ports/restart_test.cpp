@@ -30,11 +30,14 @@ class RestartTest : public testing::Test {
             GTEST_SKIP() << "this user may have no TAP interface here";
         }
     }
-    std::unique_ptr<Interfaces> start() {
-        auto interfaces = std::make_unique<Interfaces>(loop_, InterfaceSettings{}, path_, [this](Interface &interface) {
+    std::unique_ptr<Interfaces> start() { return start_on(loop_); }
+    std::unique_ptr<Interfaces> start_on(vdevice::io::EventLoop &loop) {
+        auto interfaces = std::make_unique<Interfaces>(loop, InterfaceSettings{}, path_, [this](Interface &interface) {
             interface.read(room_, [this](vdevice::chip::Bytes frame) { received_.push_back(octets_of(frame)); });
         });
-        EXPECT_TRUE(interfaces->set_wanted(kPorts).empty());
+        for (const std::string &refusal : interfaces->set_wanted(kPorts)) {
+            ADD_FAILURE() << refusal;
+        }
         return interfaces;
     }
     /** A process makes the interfaces, with carrier, and is killed. */
@@ -43,7 +46,8 @@ class RestartTest : public testing::Test {
         ASSERT_EQ(pipe(ready), 0);
         const pid_t daemon = fork();
         if (daemon == 0) {
-            const auto interfaces = start();
+            vdevice::io::EventLoop loop;
+            const auto interfaces = start_on(loop);
             for (const uint32_t port : {1U, 2U}) {
                 interfaces->set_carrier(port, true);
             }
