@@ -8,14 +8,16 @@
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
+#include <memory>
 #include <nlohmann/json.hpp>
 
 #include "switchd/daemon/capabilities.h"
 #include "switchd/daemon/client.h"
 #include "switchd/daemon/configuration.h"
-#include "switchd/daemon/control.h"
+#include "switchd/daemon/handlers.h"
 #include "switchd/daemon/log.h"
 #include "switchd/daemon/options.h"
+#include "switchd/daemon/switchd.h"
 #include "text/printable.h"
 #include "vdevice/io/error.h"
 #include "vdevice/io/event_loop.h"
@@ -47,6 +49,7 @@ struct Running {
     Configuration configuration;
     Log log;
     EventLoop loop;
+    std::unique_ptr<switchd::Switchd> daemon;
 };
 
 /** A file with a mistake changes nothing. */
@@ -59,6 +62,7 @@ void reload(Running &running) {
             log.write(LogLevel::kWarning, key + " has changed in the file: it changes when adp-switchd starts again");
         }
         running.configuration = std::move(changed);
+        running.daemon->configure(running.configuration);
         log.set_level(running.options.log_level ? running.options.log_level : running.configuration.log_level);
         log.write(LogLevel::kNotice, "the configuration was read again");
     } catch (const vdevice::io::Error &error) {
@@ -88,23 +92,27 @@ void run_daemon(const Options &options) {
     vdevice::allow_many_descriptors();
     const UniqueFd signals = vdevice::open_signals(!options.file.empty());
     const Configuration configuration = switchd::read_configuration(options.file);
-    Running running{options, configuration, Log{options.log_level ? options.log_level : configuration.log_level}, {}};
+    Running running{
+        options, configuration, Log{options.log_level ? options.log_level : configuration.log_level}, {}, {}};
     const std::string run_dir = run_dir_of(options, configuration);
     const vdevice::RunFolder folder{run_dir, "adp-switchd", switchd::kRunDirVariable};
     switchd::keep_network_capabilities();
 
-    const switchd::Handlers handlers;
+    running.daemon = std::make_unique<switchd::Switchd>(running.loop, configuration, running.log, run_dir);
+    const switchd::Handlers handlers = switchd::handlers_of(*running.daemon);
     vdevice::ControlServer control{running.loop, vdevice::control_socket(run_dir),
                                    [&](const nlohmann::json &request) { return switchd::answer(handlers, request); }};
     running.loop.add(signals.get(), EPOLLIN, [&](uint32_t) { take_signals(signals, running); });
     const UniqueFd clock = running.loop.every_second([&] {
         control.tick();
+        running.daemon->every_second();
         vdevice::service::tell_alive();
     });
     print("adp-switchd: ready\n");
     vdevice::service::tell_ready();
     running.loop.run();
     vdevice::service::tell_stopping();
+    running.daemon->end();
 }
 
 void check_file(const std::string &file) {

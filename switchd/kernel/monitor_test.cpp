@@ -311,9 +311,9 @@ TEST_F(MonitorTest, AddressesThatComeAndGoWhileEverythingIsRead) {
         std::atomic<bool> done = false;
         std::thread storm{[&] {
             KernelRequests requests;
-            std::vector<LearnedAddress> some = addresses(index_of("p1"), kAddresses);
+            std::vector<AddressChange> some = addresses(index_of("p1"), kAddresses);
             for (int round = 0; round < kRounds; ++round) {
-                for (LearnedAddress &address : some) {
+                for (AddressChange &address : some) {
                     address.learned = true;
                 }
                 requests.change_addresses(some);
@@ -345,9 +345,9 @@ TEST_F(MonitorTest, MoreThanTheTablesHoldIsSaidUntilThereIsRoom) {
     EXPECT_EQ(monitor.state().addresses.size(), Reader::Limits{}.addresses);
     monitor.refresh_bridges();
     EXPECT_FALSE(monitor.is_complete());
-    std::vector<LearnedAddress> gone = addresses(index_of("p1"), kAddresses);
+    std::vector<AddressChange> gone = addresses(index_of("p1"), kAddresses);
     gone.resize(kAddresses - 10);
-    for (LearnedAddress &address : gone) {
+    for (AddressChange &address : gone) {
         address.learned = false;
     }
     requests_.change_addresses(gone);

@@ -28,7 +28,7 @@ ifinfomsg link_header(int interface) {
     return info;
 }
 
-void write_address(MessageWriter &writer, const LearnedAddress &address) {
+void write_address(MessageWriter &writer, const AddressChange &address) {
     ndmsg header{};
     header.ndm_family = AF_BRIDGE;
     header.ndm_ifindex = address.interface;
@@ -124,9 +124,9 @@ int KernelRequests::make_veth_pair(const std::string &name, const std::string &p
     return exchange();
 }
 
-std::vector<int> KernelRequests::change_some(std::span<const LearnedAddress> addresses) {
+std::vector<int> KernelRequests::change_some(std::span<const AddressChange> addresses) {
     const uint32_t before = sequence_;
-    for (const LearnedAddress &address : addresses) {
+    for (const AddressChange &address : addresses) {
         // A refusal is reported in any case, so that one acknowledgement is enough.
         const bool is_last = sequence_ - before + 1 == addresses.size();
         const int flags =
@@ -148,7 +148,7 @@ std::vector<int> KernelRequests::change_some(std::span<const LearnedAddress> add
     return results;
 }
 
-std::vector<KernelRequests::Refusal> KernelRequests::change_addresses(std::span<const LearnedAddress> addresses) {
+std::vector<KernelRequests::Refusal> KernelRequests::change_addresses(std::span<const AddressChange> addresses) {
     std::vector<Refusal> refused;
     for (size_t begun = 0; begun < addresses.size(); begun += kAddressesAtOnce) {
         const auto some = addresses.subspan(begun, std::min(kAddressesAtOnce, addresses.size() - begun));

@@ -26,7 +26,7 @@ struct LinkSettings {
 };
 
 /** An address that the switch has learned, or forgotten, at the interface of a port that is in a bridge. */
-struct LearnedAddress {
+struct AddressChange {
     int interface = 0;
     uint16_t vid = 0; /**< 0 where the bridge is not aware of VLANs */
     Mac mac{};
@@ -53,14 +53,14 @@ class KernelRequests {
      * Adds the addresses to the forwarding databases as extern_learn, or removes them; the refused ones are returned.
      * That one to be removed is not there is no refusal.
      */
-    std::vector<Refusal> change_addresses(std::span<const LearnedAddress> addresses);
+    std::vector<Refusal> change_addresses(std::span<const AddressChange> addresses);
 
   private:
     void begin(uint16_t type, uint16_t flags) { writer_.begin(type, flags, ++sequence_); }
     /** Sends the message that was written, and waits for its acknowledgement. */
     int exchange();
     /** The result for each. */
-    std::vector<int> change_some(std::span<const LearnedAddress> addresses);
+    std::vector<int> change_some(std::span<const AddressChange> addresses);
     /** Hands on the sequence number and result of each answer, to that of the last message; false if it does not come.
      */
     template <typename OnAnswer>

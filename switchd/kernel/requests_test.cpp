@@ -81,9 +81,9 @@ TEST_F(RequestsTest, TheCarrierOfATap) {
 
 TEST_F(RequestsTest, LearnedAddressesComeMoveAndGo) {
     make_bridge("br1", 2);
-    std::vector<LearnedAddress> some = addresses(index_of("p1"), 300);
+    std::vector<AddressChange> some = addresses(index_of("p1"), 300);
     EXPECT_THAT(requests_.change_addresses(some), IsEmpty());
-    const auto at = [&](const LearnedAddress &address) {
+    const auto at = [&](const AddressChange &address) {
         const KernelMonitor monitor;
         const auto found = monitor.state().addresses.find({index_of("br1"), 0, address.mac});
         EXPECT_TRUE(found == monitor.state().addresses.end() || found->second.kind == Address::Kind::kHardware);
@@ -101,7 +101,7 @@ TEST_F(RequestsTest, LearnedAddressesComeMoveAndGo) {
 
 TEST_F(RequestsTest, RefusedAddressesAreNamed) {
     make_bridge("br1", 1);
-    std::vector<LearnedAddress> some = addresses(index_of("p1"), 300);
+    std::vector<AddressChange> some = addresses(index_of("p1"), 300);
     some[5].interface = kNoInterface;
     some[127].mac = {};
     some[128].interface = index_of("h1");
@@ -115,7 +115,7 @@ TEST_F(RequestsTest, RefusedAddressesAreNamed) {
     EXPECT_EQ(refused[2].index, 128U);
     EXPECT_EQ(refused[3].index, 299U);
     EXPECT_THAT(requests_.change_addresses({}), IsEmpty());
-    for (LearnedAddress &address : some) {
+    for (AddressChange &address : some) {
         address.interface = kNoInterface;
     }
     EXPECT_THAT(requests_.change_addresses(some), SizeIs(300)) << "all are refused";
