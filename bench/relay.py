@@ -36,7 +36,8 @@ def measure_inside(options):
     blocks = QUICK_BLOCKS if options.quick else BLOCKS
     rows = [row for size in SIZES for row in rows_of(size, times_of(size, blocks))]
     columns = ["way", "bytes", "rate", "relay us", "bare us"]
-    return {"tables": [{"title": TITLE, "columns": columns, "rows": rows}], "counts": {}, "notes": NOTES}
+    table = {"title": "Rate over that of two system calls a frame (host)", "columns": columns, "rows": rows}
+    return {"tables": [table], "counts": {}, "notes": NOTES}
 
 
 def times_of(size, blocks):

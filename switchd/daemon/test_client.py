@@ -132,12 +132,11 @@ def hook(switchd, *words):
 def test_hostapds_events_open_and_close(switchd, serve):
     daemon = serve(b'{"text": "done"}\n')
     station = "02:00:00:00:00:01"
-    for event in ("AP-STA-CONNECTED", "CTRL-EVENT-EAP-SUCCESS2", "AP-STA-DISCONNECTED", "CTRL-EVENT-EAP-FAILURE2"):
+    for event in ("CTRL-EVENT-EAP-SUCCESS", "AP-STA-CONNECTED", "AP-STA-DISCONNECTED"):
         said = hook(switchd, "swp3", event, station)
-        assert (said.returncode, said.stdout) == (0, "done\n"), said.stderr
-    assert [(row["command"], row["arguments"]) for row in daemon.asked] == [
-        ("authorize", ["swp3", station]), ("authorize", ["swp3", station]),
-        ("unauthorize", ["swp3", station]), ("unauthorize", ["swp3", station])]
+        assert (said.returncode, said.stderr) == (0, "")
+    assert [(row["command"], row["arguments"]) for row in daemon.asked] == [("authorize", ["swp3", station]),
+                                                                            ("unauthorize", ["swp3", station])]
 
 
 def test_other_events_of_hostapd_change_nothing(switchd):
