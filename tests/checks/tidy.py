@@ -22,7 +22,7 @@ from pathlib import Path
 from compile_commands import commands_of, flags_of
 
 LIBRARY = ("src",)
-REST = ("vdevice", "calls", "tools", "bench")
+REST = ("vdevice", "calls", "tools", "switchd", "bench")
 # The static analyzer is for the library alone: what it says of the rest is mostly about libraries.
 NO_ANALYZER = "--checks=-clang-analyzer-*"
 # The analyzer passes over what is included, and here everything is; including sources is what is done here.
