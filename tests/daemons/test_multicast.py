@@ -19,6 +19,8 @@ LISTENERS = {
     4: (6, 1, "ff15::1:2:3"),
     5: (6, 2, "ff15::1:2:4"),
 }
+# These are for every host, joined or not: RFC 4541, sections 2.1.2 and 3.
+EVERYBODYS = ("224.0.0.251", "ff02::1")
 NOBODYS = ("239.1.2.5", "ff15::1:2:5")
 PORTS = (SOURCE, *LISTENERS, WITNESS, ROUTER)
 STREAM_PORT = 5000
@@ -35,6 +37,7 @@ TIMES = {
 QUERIER = "mcast_snooping 1 mcast_querier 1 mcast_query_use_ifaddr 1 mcast_igmp_version 3 mcast_mld_version 2"
 KEPT_SECONDS = 6.0
 CHANGED_SECONDS = 20.0
+QUIET_SECONDS = 0.2
 
 
 @pytest.fixture
@@ -79,6 +82,8 @@ def heard(switch, group):
     else:
         frame = ethernet(group_mac(group), source, ETHERTYPE_IPV4, bytes(IP(src="10.9.0.1", dst=group) / rest))
     switch.hosts[SOURCE].send(frame)
+    # To a router's port the kernel forwards what nobody has joined; that takes longer than the way through the chip.
+    time.sleep(QUIET_SECONDS)
     arrived = switch.lab.arrivals(marker)
     assert arrived == dict.fromkeys(arrived, [frame])
     return set(arrived)
@@ -128,6 +133,8 @@ def test_streams_arrive_at_those_who_asked_and_at_routers(switch):
             await_heard(switch, group, {port}, "after it was joined")
         for group in NOBODYS:
             await_heard(switch, group, set(), "which nobody has joined")
+        for group in EVERYBODYS:
+            await_heard(switch, group, set(PORTS) - {SOURCE}, "which is everybody's")
         check_neighbour_discovery(switch)
 
         with outside_querier(switch.hosts[ROUTER]):
