@@ -16,6 +16,8 @@ BLOCKING, FORWARDING = 1, 4
 EVERY_PORT = 0x7FFFFFF  # bits 0 to 26
 NORMAL = 5
 PIM_JOIN = 0x23
+IPV6_ROUTER_ADVERTISEMENT = 151
+SPANNING_TREE = 1
 SHORT_AGE = 1
 
 
@@ -111,6 +113,12 @@ def test_unknown_messages_go_on_to_all(stage):
         assert judge.carried(OTHER, message) == set(PORTS) - {OTHER}
 
 
+def test_what_the_switch_has_forwarded_does_not_go_on(stage):
+    judge = Judge(stage, DIALECTS["MLD"])
+    message = bytes([IPV6_ROUTER_ADVERTISEMENT, 0, 0, 0]) + bytes(4)
+    assert judge.carried(OTHER, message, dst="ff02::1") == set(PORTS) - {OTHER}
+
+
 def broken(dialect):
     """Frames of routers that are no such thing."""
     query = dialect.general_query()
@@ -157,6 +165,19 @@ def test_messages_pass_no_blocked_port(judge, dialect, theatre_cpu):
         assert judge.carried_frame(OTHER, dialect.query_frame()) == set()
     finally:
         assert theatre_cpu.result("adp_set_port_erps_state", OTHER, FORWARDING) == 0
+
+
+def test_messages_pass_no_port_that_is_blocked_in_their_vlan(judge, dialect, theatre_cpu):
+    theatre_cpu.vlan(TRUNK_VLAN, (ROUTER, ONE, OTHER))
+    assert theatre_cpu.result("adp_create_mstp_instance", SPANNING_TREE) == 0
+    try:
+        assert theatre_cpu.result("adp_add_msti_member", SPANNING_TREE, TRUNK_VLAN) == 0
+        assert theatre_cpu.result("adp_set_port_mstp_state", SPANNING_TREE, OTHER, BLOCKING) == 0
+        tagged = dialect.query_frame(tags=vlan_tag(TRUNK_VLAN))
+        assert judge.carried_frame(ROUTER, tagged) == {ONE}
+        assert judge.carried_frame(ROUTER, dialect.query_frame()) == set(PORTS) - {ROUTER}
+    finally:
+        assert theatre_cpu.result("adp_delete_mstp_instance", SPANNING_TREE) == 0
 
 
 def test_messages_pass_no_isolation(judge, dialect, theatre_cpu):
