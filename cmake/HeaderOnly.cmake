@@ -1,9 +1,9 @@
-# Header-only libraries of the build machine ({fmt}, nlohmann-json), offered alone: the folder they stand in must
+# Header-only libraries of the build machine ({fmt}, nlohmann-json, toml++), offered alone: the folder they stand in must
 # not be seen by a cross compiler, for it holds this machine's system headers too.
 include_guard(GLOBAL)
 set(ADP_HEADER_ONLY_DIR ${PROJECT_BINARY_DIR}/header-only)
 file(MAKE_DIRECTORY ${ADP_HEADER_ONLY_DIR})
-foreach(library fmt nlohmann)
+foreach(library fmt nlohmann toml++)
     find_path(ADP_${library}_DIR NAMES ${library} PATHS /usr/include NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH)
     if(NOT ADP_${library}_DIR)
         message(FATAL_ERROR "The headers of '${library}' are missing: run script/setup")

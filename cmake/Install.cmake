@@ -58,11 +58,18 @@ if(TARGET vdeviced)
     install(FILES ${PROJECT_BINARY_DIR}/vdeviced.service DESTINATION lib/systemd/system COMPONENT vdevice)
 endif()
 
-# tools: the shell is linked with the virtual device's libraries
+# tools and switchd: the programs are linked with the virtual device's libraries
 if(ADP_BUILD_TOOLS)
     file(RELATIVE_PATH libraries ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
-    set_target_properties(adpsh PROPERTIES INSTALL_RPATH "$ORIGIN/${libraries};$ORIGIN/${libraries}/adp/virtual-device")
+    set_target_properties(adpsh adp-switchd PROPERTIES
+        INSTALL_RPATH "$ORIGIN/${libraries};$ORIGIN/${libraries}/adp/virtual-device")
     install(TARGETS adpsh DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
     install(FILES ${PROJECT_SOURCE_DIR}/tools/wireshark/adp_switch_tag.lua DESTINATION ${CMAKE_INSTALL_DATADIR}/adp
             COMPONENT tools)
+    install(TARGETS adp-switchd DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT switchd)
+    install(PROGRAMS ${PROJECT_SOURCE_DIR}/switchd/daemon/adp-switchd-dot1x DESTINATION ${CMAKE_INSTALL_LIBEXECDIR}
+            COMPONENT switchd)
+    install(FILES ${PROJECT_SOURCE_DIR}/switchd/daemon/switchd.toml DESTINATION ${CMAKE_INSTALL_DATADIR}/adp
+            COMPONENT switchd)
+    install(FILES ${PROJECT_BINARY_DIR}/adp-switchd.service DESTINATION lib/systemd/system COMPONENT switchd)
 endif()

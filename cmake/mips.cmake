@@ -8,5 +8,5 @@ set(CMAKE_FIND_ROOT_PATH /usr/mips-linux-gnu)
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
-# Header-only libraries ({fmt}, nlohmann-json) come from the build machine.
+# Header-only libraries ({fmt}, nlohmann-json, toml++) come from the build machine.
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE BOTH)

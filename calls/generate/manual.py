@@ -8,6 +8,7 @@ Everything comes from the headers and from what the programs print.
 import argparse
 import json
 import os
+import re
 import subprocess
 import sys
 
@@ -24,7 +25,7 @@ from generate import write_if_changed  # noqa: E402
 from interface import HeaderError      # noqa: E402
 
 NO_DEVICE = "/nonexistent"  # what is printed must not depend on a device that runs here
-UNREACHED = "\nThe device lists its commands"
+COMMANDS = re.compile("\n(?:The device lists its commands|Commands:\n)")
 
 
 def output_of(programs, name, *arguments):
@@ -35,14 +36,15 @@ def output_of(programs, name, *arguments):
 
 def read_programs(programs):
     """(program, section of the manual) of each."""
-    vdeviced, vdevctl, adpsh = (
-        program_page.read_help(name, output_of(programs, name, "--help").partition(UNREACHED)[0])
-        for name in ("vdeviced", "vdevctl", "adpsh"))
+    vdeviced, switchd, vdevctl, adpsh = (
+        program_page.read_help(name, COMMANDS.split(output_of(programs, name, "--help"))[0])
+        for name in ("vdeviced", "adp-switchd", "vdevctl", "adpsh"))
+    switchd.commands = program_page.rows_of(output_of(programs, "adp-switchd", "--help"), "Commands")
     vdevctl.commands = program_page.commands_of(json.loads(output_of(programs, "vdevice_subjects"))["subjects"])
     text = output_of(programs, "adpsh", "help")
     adpsh.sections = [("LINES", text.partition("Commands:\n")[0].splitlines())]
     adpsh.commands = program_page.rows_of(text, "Commands")
-    return [(vdeviced, 8), (vdevctl, 1), (adpsh, 1)]
+    return [(vdeviced, 8), (switchd, 8), (vdevctl, 1), (adpsh, 1)]
 
 
 def read_calls(include):
@@ -81,7 +83,7 @@ def main(arguments):
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--output", required=True, help="folder that receives the pages")
     parser.add_argument("--include", required=True, help="folder that holds adp/adp.h")
-    parser.add_argument("--programs", required=True, help="folder of vdeviced, vdevctl, adpsh and vdevice_subjects")
+    parser.add_argument("--programs", required=True, help="folder of the programs and of vdevice_subjects")
     parser.add_argument("--version", required=True)
     options = parser.parse_args(arguments)
     try:

@@ -22,8 +22,9 @@ struct Bridge {
     uint16_t default_pvid = 1;
     uint32_t ageing_seconds = 300;
     bool multicast_snooping = false;
-    bool querier = false;       /**< the bridge itself sends queries */
-    bool other_querier = false; /**< one has been heard on a port */
+    bool querier = false;           /**< the bridge itself sends queries */
+    bool other_querier = false;     /**< one of IPv4 (IGMP) has been heard on a port */
+    bool other_mld_querier = false; /**< one of IPv6 */
     uint32_t query_response_seconds = 10;
 
     bool operator==(const Bridge &) const = default;
@@ -58,13 +59,14 @@ struct BridgePort {
 
 struct Link {
     std::string name;
-    std::string kind; /**< of IFLA_INFO_KIND: "bridge", "tun", "veth", "vlan" ... */
+    std::string alias; /**< a text for people; also marks what a program has made */
+    std::string kind;  /**< of IFLA_INFO_KIND: "bridge", "tun", "veth", "vlan" ... */
     Mac mac{};
     uint32_t mtu = 0;
     bool up = false;      /**< IFF_UP: a person or program wants it so */
     bool carrier = false; /**< IFF_LOWER_UP */
     int master = 0;       /**< the bridge's index; 0 for none */
-    int parent = 0;       /**< of a VLAN device */
+    int parent = 0;       /**< of a VLAN device; of a veth its other end; 0 if that is in another namespace */
     uint16_t vid = 0;     /**< of a VLAN device */
     std::optional<Bridge> bridge;
     std::optional<BridgePort> port;
@@ -113,6 +115,8 @@ struct KernelState {
     std::map<AddressKey, Address> addresses;
     std::map<GroupKey, std::set<int>> groups;  /**< the ports' interfaces; the bridge's own index for itself */
     std::map<int, std::set<int>> router_ports; /**< of each bridge: where multicast routers were heard */
+
+    bool operator==(const KernelState &) const = default;
 };
 
 }  // namespace switchd

@@ -10,8 +10,8 @@
 #include "tests/fuzz/fuzz.h"
 #include "tests/fuzz/raw_socket.h"
 #include "tests/support/temporary_folder.h"
-#include "vdevice/daemon/control_server.h"
 #include "vdevice/inspect/arguments.h"
+#include "vdevice/process/control_server.h"
 
 namespace {
 

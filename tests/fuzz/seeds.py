@@ -5,6 +5,8 @@ import pathlib
 import struct
 import sys
 
+from netlink_seeds import Kernel
+
 ADDRESSES = bytes.fromhex("020000000001" "020000000002")
 
 
@@ -211,7 +213,55 @@ def frame_input():
         yield name, first + text.encode()
 
 
-TARGETS = (frames, rules, shell_line, remote_server, remote_client, driver_calls, control_line, frame_input)
+def netlink_messages():
+    for order, suffix in (("<", "little"), (">", "big")):
+        everything = b""
+        for name, octets in Kernel(order).messages():
+            datagram = u16(len(octets)) + octets
+            everything += datagram
+            yield f"{name}_{suffix}", datagram
+        yield f"everything_{suffix}", everything
+        yield f"cut_{suffix}", everything[:-7]
+
+
+def lacpdu():
+    own, partner = 1, 2  # the last octets of the systems' addresses
+
+    def up(port):
+        return bytes([3, port, 0x26]) + bytes([2, port, 1, 1])
+
+    def seconds(count):
+        return bytes([5, 0]) + u16(1000 * count)
+
+    def end(who, port, state):
+        return bytes([who | 0x20, port, state])
+
+    def says(port, state, ours=0x47):
+        return bytes([1, port]) + end(partner, 7, state) + end(own, port + 1, ours)
+
+    def agreed(port):
+        return up(port) + says(port, 0x3F) + seconds(2) + says(port, 0x3F, 0x0F)
+
+    frame = bytes.fromhex("0180c2000002" "020000000002" "8809")
+    info = bytes.fromhex("8000020000000002000700ff0001") + b"\x3f" + bytes(3)
+    pdu = frame + b"\1\1" + b"\1\x14" + info + b"\2\x14" + info + b"\3\x10" + bytes(66)
+    marker = frame + b"\2\1" + b"\1\x10" + bytes(106)
+    for name, octets in {"lacpdu": pdu, "marker": marker, "later_version": pdu.replace(b"\1\1\1", b"\1\2\1") + bytes(99),
+                         "short": pdu[:-1], "wrong_length": pdu.replace(b"\2\x14", b"\2\x15"),
+                         "oam": frame + b"\3" + bytes(109), "illegal": frame + b"\xff"}.items():
+        yield f"frame_{name}", up(0) + bytes([0, 0, len(octets)]) + octets + seconds(3)
+    yield "agreed", agreed(0) + says(0, 0x3F, 0x3F) + seconds(1)
+    yield "group_of_ten", b"".join(agreed(port) for port in range(10)) + seconds(2)
+    yield "silent_partner", agreed(0) + seconds(60)
+    yield "resumed", bytes([3, 0, 0x86]) + end(partner, 7, 0x3F) + bytes([2, 0, 1, 1]) + seconds(10)
+    yield "loop", up(0) + up(1) + bytes([1, 0]) + end(own, 2, 0x3F) + end(own, 1, 0x3F) + seconds(5)
+    yield "half_duplex", up(0) + bytes([2, 0, 1, 0]) + says(0, 0x3F) + seconds(1)
+    yield "storm", up(0) + says(0, 7) * 50 + seconds(1)
+    yield "settings", agreed(0) + bytes([3, 0, 0x03]) + seconds(1) + bytes([4, 0]) + seconds(1)
+
+
+TARGETS = (frames, rules, shell_line, remote_server, remote_client, driver_calls, control_line, frame_input, lacpdu,
+           netlink_messages)
 
 
 def main():

@@ -23,6 +23,8 @@ CONTENTS = {
                 f"{PACKAGE}-virtual-device-targets-*.cmake", "include/adp/vdevice/vdev_linkscan.h",
                 "include/adp/vdevice/vdev_equeue.h"} | (set() if TOOLCHAIN else NATIVE),
     "tools": {"bin/adpsh", "share/adp/adp_switch_tag.lua"},
+    "switchd": {"bin/adp-switchd", "libexec/adp-switchd-dot1x", "share/adp/switchd.toml",
+                "lib/systemd/system/adp-switchd.service"},
     "examples": of_source("examples", "share/doc/adp/examples", "*.c", "*.h", "CMakeLists.txt"),
     "doc": of_source("docs", "share/doc/adp/docs", "*.md", "*.svg") | {"share/doc/adp/README.md"},
 }
@@ -61,11 +63,13 @@ def test_library_is_the_product(prefix, libdir):
     assert "RUNPATH is $ORIGIN: []" in checked
 
 
-def test_shell_finds_its_libraries(prefix):
-    assert run([*EMULATOR, prefix / "bin/adpsh", "--version"]).stdout.startswith("adpsh ")
+@pytest.mark.parametrize("program", ["adpsh", "adp-switchd"])
+def test_programs_find_their_libraries(prefix, program):
+    assert run([*EMULATOR, prefix / "bin" / program, "--version"]).stdout.startswith(f"{program} ")
 
 
 @pytest.mark.skipif(bool(TOOLCHAIN), reason="the device is a program of this machine")
-def test_unit_names_the_installed_daemon():
-    unit = (BUILD / "vdeviced.service").read_text(encoding="utf-8")
-    assert "@" not in unit.split("[Service]")[1] and "/bin/vdeviced --config" in unit
+@pytest.mark.parametrize("program, start", [("vdeviced", "/bin/vdeviced --config"), ("adp-switchd", "/bin/adp-switchd\n")])
+def test_unit_names_the_installed_daemon(program, start):
+    unit = (BUILD / f"{program}.service").read_text(encoding="utf-8")
+    assert "@" not in unit.split("[Service]")[1] and start in unit

@@ -158,7 +158,8 @@ def mutant(dialect, chance):
     """A message that was right until some of its bytes were changed, and then perhaps its end cut off."""
     group = dialect.group(FIRST_BROKEN + chance.randrange(8))
     records = [dialect.record(chance.randrange(1, 7), group, chance.randrange(3)) for _ in range(chance.randrange(4))]
-    message = bytearray(chance.choice((dialect.about(group), dialect.records(*records))))
+    whole = (dialect.about(group), dialect.records(*records), dialect.general_query())
+    message = bytearray(chance.choice(whole))
     if chance.random() < 0.5:
         message[chance.randrange(len(message))] = chance.randrange(256)
         frame = bytearray(dialect.frame(bytes(message)))

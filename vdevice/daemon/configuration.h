@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "generated/driver_calls.h"
-#include "vdevice/daemon/log_level.h"
 #include "vdevice/driver/board.h"
+#include "vdevice/process/log_level.h"
 
 namespace vdevice {
 

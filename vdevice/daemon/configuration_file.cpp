@@ -4,16 +4,27 @@
 
 #include "vdevice/chip/tables/stp_groups.h"
 #include "vdevice/daemon/configuration.h"
-#include "vdevice/daemon/toml_file.h"
 #include "vdevice/driver/driver.h"
 #include "vdevice/inspect/number_list.h"
 #include "vdevice/io/error.h"
 #include "vdevice/io/receive_ring.h"
+#include "vdevice/process/toml_file.h"
 
 namespace vdevice {
 namespace {
 
-using namespace toml_file;
+using toml_file::choice_of, toml_file::number_of, toml_file::switch_of, toml_file::text_of;
+
+/** What is known while a file is read. */
+struct File : toml_file::File {
+    Settings given;
+    Configuration configuration;
+    std::vector<Step> port_steps; /**< after those of VLANs, which must be there */
+    driver::Board board;          /**< known when the tables of ports and VLANs are read */
+};
+
+template <typename Target>
+using Key = toml_file::Key<File, Target>;
 
 constexpr int kCpuPort = 0;
 constexpr uint32_t kUnit = 0;
@@ -263,8 +274,8 @@ void rehearse(const File &file) {
 }  // namespace
 
 Configuration read_configuration(const std::string &path, const Settings &given) {
-    File file{path, given, {}, {}, {}};
-    const toml::table table = parse(file);
+    File file{{path}, given, {}, {}, {}};
+    const toml::table table = toml_file::parse(file);
     read_table(file, table, kFileKeys, file.configuration.settings);
     const Settings settings = given.or_else(file.configuration.settings);
     try {

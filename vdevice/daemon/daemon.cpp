@@ -6,9 +6,9 @@
 #include <nlohmann/json.hpp>
 
 #include "vdevice/daemon/extra.h"
-#include "vdevice/daemon/service.h"
 #include "vdevice/inspect/answer.h"
 #include "vdevice/io/error.h"
+#include "vdevice/process/service.h"
 #include "vdevice/sockets/run_dir.h"
 
 namespace vdevice {
@@ -41,7 +41,7 @@ Daemon::Daemon(io::EventLoop &loop, const Settings &given, std::string file, Con
       configuration_{std::move(configuration)},
       settings_{checked(given_.or_else(configuration_.settings))},
       log_{settings_.log_level},
-      folder_{settings_.run_dir.value_or(default_run_dir())},
+      folder_{settings_.run_dir.value_or(default_run_dir()), "vdeviced", kRunDirVariable},
       device_{loop_, settings_.board(), options_of(settings_, configuration_, folder_)},
       streams_{device_},
       control_{loop_, control_socket(settings_.run_dir.value_or(default_run_dir())),

@@ -4,12 +4,12 @@
 #include <string>
 
 #include "vdevice/daemon/configuration.h"
-#include "vdevice/daemon/control_server.h"
 #include "vdevice/daemon/log.h"
-#include "vdevice/daemon/run_folder.h"
 #include "vdevice/device/device.h"
 #include "vdevice/inspect/streams.h"
 #include "vdevice/io/event_loop.h"
+#include "vdevice/process/control_server.h"
+#include "vdevice/process/run_folder.h"
 #include "vdevice/remote/server.h"
 #include "vdevice/sockets/unique_fd.h"
 

@@ -1,27 +1,17 @@
 // Structured entries for the journal, lines for standard error.
 #include "vdevice/daemon/log.h"
 
-#include <sys/stat.h>
 #include <sys/uio.h>
 
 #include <systemd/sd-journal.h>
-#include <unistd.h>
 
 #include <cstdio>
-#include <cstdlib>
 
 #include "text/printable.h"
+#include "vdevice/process/service.h"
 
 namespace vdevice {
 namespace {
-
-/** Whether standard error is the stream to the journal that the variable names by device and inode. */
-bool is_journal_stream() {
-    const char *named = std::getenv("JOURNAL_STREAM");
-    struct stat found {};
-    return named != nullptr && fstat(STDERR_FILENO, &found) == 0 &&
-           named == std::to_string(found.st_dev) + ":" + std::to_string(found.st_ino);
-}
 
 bool send_to_journal(const Note &note) {
     std::vector<std::string> entries = {"MESSAGE=" + note.text, "PRIORITY=" + std::to_string(note.level),
@@ -39,7 +29,8 @@ bool send_to_journal(const Note &note) {
 
 }  // namespace
 
-Log::Log(std::optional<LogLevel> level) : to_journal_{is_journal_stream()}, level_{level.value_or(default_level())} {}
+Log::Log(std::optional<LogLevel> level)
+    : to_journal_{service::is_logging_to_journal()}, level_{level.value_or(default_level())} {}
 
 void Log::write(const Note &note) const {
     if (note.level > static_cast<int>(level_) || (to_journal_ && send_to_journal(note))) {

@@ -1,8 +1,8 @@
 // Where the notes of device and daemon go besides the log that vdevctl shows: the journal, or standard error.
 #pragma once
 
-#include "vdevice/daemon/log_level.h"
 #include "vdevice/device/device.h"
+#include "vdevice/process/log_level.h"
 
 namespace vdevice {
 

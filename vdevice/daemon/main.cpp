@@ -1,7 +1,6 @@
 // vdeviced: a virtual switch device as a process.
 #include <argp.h>
 #include <sys/epoll.h>
-#include <sys/resource.h>
 #include <sys/signalfd.h>
 #include <sys/stat.h>
 
@@ -13,47 +12,16 @@
 #include "text/printable.h"
 #include "vdevice/daemon/daemon.h"
 #include "vdevice/daemon/options.h"
-#include "vdevice/daemon/service.h"
 #include "vdevice/io/error.h"
 #include "vdevice/io/event_loop.h"
+#include "vdevice/process/service.h"
+#include "vdevice/process/signals.h"
 #include "vdevice/sockets/unique_fd.h"
 
 namespace {
 
 using vdevice::UniqueFd;
 using vdevice::io::EventLoop;
-
-/**
- * Makes the signals for the daemon arrive as events, and ignores the signal of broken sockets. Under 'nohup' a daemon
- * outlives its terminal, as one with a file does anyway.
- */
-UniqueFd open_signals(bool has_file) {
-    sigset_t signals;
-    sigemptyset(&signals);
-    for (const int signal : {SIGTERM, SIGINT, SIGQUIT}) {
-        sigaddset(&signals, signal);
-    }
-    struct sigaction before {};
-    if (has_file || (sigaction(SIGHUP, nullptr, &before) == 0 && before.sa_handler != SIG_IGN)) {
-        std::signal(SIGHUP, SIG_DFL);
-        sigaddset(&signals, SIGHUP);
-    }
-    UniqueFd fd{signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK)};
-    if (!fd || sigprocmask(SIG_BLOCK, &signals, nullptr) != 0) {
-        throw vdevice::io::error_from_errno("set up signals");
-    }
-    std::signal(SIGPIPE, SIG_IGN);
-    return fd;
-}
-
-/** Each client, port and timer needs a descriptor. */
-void allow_many_descriptors() {
-    rlimit limit{};
-    if (getrlimit(RLIMIT_NOFILE, &limit) == 0) {
-        limit.rlim_cur = limit.rlim_max;
-        setrlimit(RLIMIT_NOFILE, &limit);
-    }
-}
 
 /** SIGHUP lets a daemon with a file read it again, and ends one without, as the other signals do. */
 void take_signals(const UniqueFd &signals, EventLoop &loop, vdevice::Daemon &daemon) {
@@ -69,9 +37,9 @@ void take_signals(const UniqueFd &signals, EventLoop &loop, vdevice::Daemon &dae
 
 void run(const vdevice::Options &options) {
     umask(S_IRWXG | S_IRWXO);  // the sockets are for their owner only, from the moment they exist
-    allow_many_descriptors();
+    vdevice::allow_many_descriptors();
     EventLoop loop;
-    const UniqueFd signals = open_signals(!options.file.empty());
+    const UniqueFd signals = vdevice::open_signals(!options.file.empty());
     vdevice::Configuration configuration;
     if (!options.file.empty()) {
         configuration = vdevice::read_configuration(options.file, options.settings);

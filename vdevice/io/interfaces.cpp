@@ -146,11 +146,16 @@ void make_transparent(const std::string &name) {
     if (ioctl(fd.get(), SIOCSIFMTU, &request) != 0) {
         throw error_from_errno("set the MTU of " + name);
     }
+    turn_off_offloads(name);
+    // A kernel without IPv6 has no such file, and nothing to switch off.
+    std::ofstream{"/proc/sys/net/ipv6/conf/" + name + "/disable_ipv6"} << "1";
+}
+
+void turn_off_offloads(const std::string &name) {
+    const UniqueFd fd = control_socket();
     for (const int offload : {ETHTOOL_STXCSUM, ETHTOOL_SRXCSUM, ETHTOOL_STSO, ETHTOOL_SGSO, ETHTOOL_SGRO}) {
         set_offload(fd.get(), name, offload);
     }
-    // A kernel without IPv6 has no such file, and nothing to switch off.
-    std::ofstream{"/proc/sys/net/ipv6/conf/" + name + "/disable_ipv6"} << "1";
 }
 
 void set_interface_up(const std::string &name, bool up) {

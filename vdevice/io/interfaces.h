@@ -49,6 +49,9 @@ class Cables {
  */
 void make_transparent(const std::string &name);
 
+/** The interface's own frames get their checksums before it takes them, and are no longer than its MTU allows. */
+void turn_off_offloads(const std::string &name);
+
 /** Raises or lowers an interface; throws an Error if there is none or no privilege. */
 void set_interface_up(const std::string &name, bool up);
 

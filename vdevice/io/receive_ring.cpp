@@ -62,7 +62,8 @@ void ReceiveRing::close() {
 }
 
 tpacket2_hdr &ReceiveRing::head() const {
-    return *reinterpret_cast<tpacket2_hdr *>(memory_ + next_ * kSlotBytes);
+    void *slot = memory_ + next_ * kSlotBytes;  // slots are aligned for every type
+    return *static_cast<tpacket2_hdr *>(slot);
 }
 
 std::optional<Arrival> ReceiveRing::front() const {

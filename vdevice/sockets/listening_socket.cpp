@@ -60,10 +60,14 @@ ListeningSocket::ListeningSocket(std::string path)
 }
 
 ListeningSocket::~ListeningSocket() {
-    struct stat found {};
-    if (lstat(path_.c_str(), &found) == 0 && found.st_dev == device_ && found.st_ino == inode_) {
+    if (is_in_place()) {
         unlink(path_.c_str());
     }
+}
+
+bool ListeningSocket::is_in_place() const {
+    struct stat found {};
+    return lstat(path_.c_str(), &found) == 0 && found.st_dev == device_ && found.st_ino == inode_;
 }
 
 UniqueFd ListeningSocket::accept() {

@@ -22,6 +22,8 @@ class ListeningSocket {
     ListeningSocket &operator=(const ListeningSocket &) = delete;
 
     int fd() const { return fd_.get(); }
+    /** False if the socket's file was removed, or another one has taken its place. */
+    bool is_in_place() const;
     /** The next client, if one waits and can be accepted. */
     UniqueFd accept();
     /**

@@ -8,9 +8,11 @@
 
 namespace vdevice {
 
+inline constexpr char kRunDirVariable[] = "VDEVICE_DIR";
+
 /** A program that runs with another user's rights takes that user's folder, whatever its caller's environment says. */
 inline std::string default_run_dir() {
-    const char *given = secure_getenv("VDEVICE_DIR");
+    const char *given = secure_getenv(kRunDirVariable);
     return given != nullptr && *given != '\0' ? given : "/tmp/vdevice-" + std::to_string(geteuid());
 }
 

@@ -20,7 +20,9 @@ of a build and the emulator), `device`, `host`, `shell` (adpsh as a function cal
 a ring, and its example program), `load` (many flows from one side to the other), `rules` (records for adpsh, and their
 places in the chip), `ip` (IPv4 packets), `listener` (multicast groups that a host's kernel joins), `acl`, `snooping` and
 `aggregation` (the example programs of an access list, of multicast snooping and of an aggregation group), `failover`
-(the latter on both devices of a pair, under load).
+(the latter on both devices of a pair, under load), `flow` (numbered frames, and which of them were lost), `program` (other
+projects' programs in a namespace), `lldp`, `openvswitch`, `port_access`, `routing`, `dhcp` and `iperf` (each a daemon or
+two), `switchd` (adp-switchd) and `switch` (a device with adp-switchd, bridges and daemons).
 """
 
 from .bench import Lab

@@ -1,4 +1,6 @@
-"""A host at the far end of a cable: raw frames, and the kernel's IP stack."""
+"""Who is at the far end of a cable: a host with raw frames and the kernel's IP stack, or a neighbour with several
+cables.
+"""
 
 import json
 import select
@@ -11,9 +13,12 @@ from .device import host_interface
 from .frames import internet_checksum
 from .netns import NetNamespace
 from .nic import Nic
+from .offload import disable_offloads
 from .process import poll_until
 
 LINK_SECONDS = 10.0
+STATION_INTERFACE = "eth0"
+ECHO_ID = 1
 ECHO_HEADER = struct.Struct("!BBHHH")
 
 
@@ -35,21 +40,16 @@ def without_ip_header(packet, echo):
     return packet if echo is ECHO_IPV6 else packet[(packet[0] & 15) * 4 :]
 
 
-class Host:
-    """A namespace with the far end of one user port's cable, on request with IPv6."""
+class Station:
+    """A namespace with an interface that is up. It takes both, and ends them."""
 
-    def __init__(self, device, port, ipv6=False):
-        self.device = device
-        self.port = port
-        self._ipv6 = ipv6
-        self.namespace = NetNamespace(f"host {port}", ipv6)
+    def __init__(self, namespace, interface):
+        self.namespace = namespace
         try:
-            interface = host_interface(port)
-            device.namespace.ip(f"link set {interface} netns {self.namespace.holder_pid}")
             self.namespace.ip(f"link set {interface} up")
-            self.nic = Nic(self.namespace, interface)
+            self.nic = Nic(namespace, interface)
         except BaseException:
-            self.namespace.close()
+            namespace.close()
             raise
 
     def send(self, frame):
@@ -62,14 +62,14 @@ class Host:
         self.namespace.ip(f"link set {self.nic.interface} up")
 
     def await_link(self, seconds=LINK_SECONDS):
-        """Waits until frames of the host reach the cable: the kernel drops them silently until it has handled the
-        carrier. With IPv6 the host then has an address, too.
+        """Waits until frames of the station reach the cable: the kernel drops them silently until it has handled the
+        carrier. With IPv6 the station then has an address, too.
         """
         interface = self.nic.interface
         poll_until(lambda: self.namespace.is_operational(interface), seconds, f"A link on {self.namespace.name}")
         # The kernel reports the new state just before it acts on it; this waits for the lock that it holds meanwhile.
         self.raise_link()
-        if self._ipv6:
+        if self.namespace.has_ipv6:
             self.link_local()
 
     def lower_link(self):
@@ -82,7 +82,7 @@ class Host:
         self.namespace.ip(f"address flush dev {interface} scope global", f"address add {address} dev {interface}")
 
     def link_local(self, seconds=LINK_SECONDS):
-        """The host's link-local IPv6 address; waits until it can be used."""
+        """The station's link-local IPv6 address; waits until it can be used."""
         return poll_until(self._link_local, seconds, f"An IPv6 address on {self.namespace.name}")
 
     def _link_local(self):
@@ -91,7 +91,7 @@ class Host:
         return next((address["local"] for address in addresses if address.get("family") == "inet6"), None)
 
     def forget_neighbours(self):
-        """Which MAC addresses belong to its neighbours' IP addresses, the host then has to find out anew."""
+        """Which MAC addresses belong to its neighbours' IP addresses, the station then has to find out anew."""
         self.namespace.ip(f"neighbour flush dev {self.nic.interface}")
 
     def ping(self, address, seconds=3.0, attempts=1):
@@ -101,9 +101,9 @@ class Host:
     def _ping_once(self, address, number, seconds):
         echo = ECHO_IPV6 if ":" in address else ECHO_IPV4
         body = struct.pack("!I", id(self) & 0xFFFFFFFF)
-        head = ECHO_HEADER.pack(echo.request, 0, 0, self.port, number)
+        head = ECHO_HEADER.pack(echo.request, 0, 0, ECHO_ID, number)
         # The kernel does this for IPv6, whose checksum includes the addresses.
-        head = ECHO_HEADER.pack(echo.request, 0, internet_checksum(head + body), self.port, number)
+        head = ECHO_HEADER.pack(echo.request, 0, internet_checksum(head + body), ECHO_ID, number)
         with self.namespace.entered():
             wire = socket.socket(echo.family, socket.SOCK_RAW, echo.protocol)
             scope = (0, socket.if_nametoindex(self.nic.interface)) if echo is ECHO_IPV6 else ()
@@ -119,3 +119,67 @@ class Host:
     def close(self):
         self.nic.close()
         self.namespace.close()
+
+
+class Host(Station):
+    """A station with the far end of one user port's cable, on request with IPv6."""
+
+    def __init__(self, device, port, ipv6=False):
+        self.device = device
+        self.port = port
+        namespace = NetNamespace(f"host {port}", ipv6)
+        try:
+            take_cable(device, port, namespace)
+        except BaseException:
+            namespace.close()
+            raise
+        super().__init__(namespace, host_interface(port))
+
+
+class Neighbour:
+    """A namespace with the far ends of several cables, for a switch or a router: `interfaces`, by user port."""
+
+    def __init__(self, device, ports, name):
+        self.namespace = NetNamespace(name)
+        self._stations = []
+        try:
+            self.interfaces = {port: take_cable(device, port, self.namespace) for port in ports}
+        except BaseException:
+            self.close()
+            raise
+
+    def station(self, name):
+        """A station on a cable of its own to the neighbour. There the cable's end has the station's name."""
+        namespace = NetNamespace(name)
+        try:
+            self.join(name, STATION_INTERFACE, namespace)
+        except BaseException:
+            namespace.close()
+            raise
+        self._stations.append(Station(namespace, STATION_INTERFACE))
+        self._stations[-1].await_link()
+        return self._stations[-1]
+
+    def join(self, near, far, namespace=None):
+        """Lays a cable from the neighbour to another namespace, or from the neighbour to itself."""
+        where = f" netns {namespace.holder_pid}" if namespace else ""
+        self.namespace.ip(f"link add {near} type veth peer name {far}{where}", f"link set {near} up")
+        with self.namespace.entered():
+            disable_offloads(near)
+        if not namespace:
+            self.namespace.ip(f"link set {far} up")
+
+    def close(self):
+        for station in self._stations:
+            station.close()
+        self.namespace.close()
+
+
+def take_cable(device, port, namespace):
+    """Takes the far end of a user port's cable into a namespace; gives the interface's name."""
+    interface = host_interface(port)
+    device.namespace.ip(f"link set {interface} netns {namespace.holder_pid}")
+    namespace.ip(f"link set {interface} up")
+    with namespace.entered():
+        disable_offloads(interface)
+    return interface

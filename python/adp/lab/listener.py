@@ -22,9 +22,19 @@ def group_mac(address):
 def set_protocol_version(host, version, protocol_version):
     """Sets the version of IGMP (IPv4) or MLD (IPv6) that the host's kernel uses; 0 is the newest."""
     name = {4: "igmp", 6: "mld"}[version]
-    path = f"/proc/sys/net/ipv{version}/conf/{host.nic.interface}/force_{name}_version"
+    _write_setting(host, version, f"force_{name}_version", protocol_version)
+
+
+def enable_ipv6(host):
+    """Gives the host's interface a link-local address at once, without duplicate address detection."""
+    for name, value in (("accept_dad", 0), ("router_solicitations", 0), ("disable_ipv6", 0)):
+        _write_setting(host, 6, name, value)
+
+
+def _write_setting(host, version, name, value):
+    path = f"/proc/sys/net/ipv{version}/conf/{host.nic.interface}/{name}"
     with host.namespace.entered(), open(path, "w", encoding="ascii") as setting:
-        setting.write(str(protocol_version))
+        setting.write(str(value))
 
 
 class Listener:

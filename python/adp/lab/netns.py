@@ -37,6 +37,7 @@ class NetNamespace:
 
     def __init__(self, name, ipv6=False):
         self.name = name
+        self.has_ipv6 = ipv6
         home = _open_current()
         try:
             _system("unshare", CLONE_NEWNET)
@@ -80,9 +81,21 @@ class NetNamespace:
             raise LabError(f"In {self.name}, 'ip {lines[0]}' and what follows failed: {done.stderr.strip()}")
         return done.stdout
 
+    def run(self, *command):
+        """Runs another tool inside, such as `bridge`, which must succeed. Gives what it printed."""
+        with self.entered():
+            done = subprocess.run(command, capture_output=True, text=True, timeout=30)
+        if done.returncode != 0:
+            raise LabError(f"In {self.name}, '{' '.join(command)}' failed: {done.stderr.strip()}")
+        return done.stdout
+
     def is_operational(self, interface):
         """Whether the kernel passes frames to the interface: it is up, has a carrier, and was told so."""
         return json.loads(self.ip(f"link show dev {interface}"))[0]["operstate"] == "UP"
+
+    def mac_of(self, interface):
+        """The MAC address of an interface, in colon form."""
+        return json.loads(self.ip(f"link show dev {interface}"))[0]["address"]
 
     def close(self):
         stop(self._holder)

@@ -1,0 +1,52 @@
+// The CPU's interface to the chip: frames with a switch tag, in and out through the library.
+#pragma once
+
+#include <stdint.h>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "vdevice/chip/frame/frame.h"
+#include "vdevice/io/packet_port.h"
+#include "vdevice/io/receive_batch.h"
+
+namespace switchd {
+
+class CpuPort {
+  public:
+    /** A frame from the chip, with a VLAN tag but without the switch tag. */
+    using Take = std::function<void(uint32_t port, vdevice::chip::Bytes frame)>;
+
+    /** Frames are received on this interface; the library sends on "eth0". */
+    explicit CpuPort(const std::string &interface_name = "eth0");
+
+    /** Throws an io::Error if the interface or the privilege is missing. May be called again when it is there anew. */
+    void open();
+    bool is_open() const { return port_.is_open(); }
+    /** The interface is still the one that was opened. */
+    bool is_current() const { return port_.is_current(); }
+    int fd() const { return port_.fd(); }
+
+    /** Hands over waiting frames, and at most so many that others have their turn. */
+    void receive(const Take &take);
+    /**
+     * Sends a frame on a user port or a group as it is, with a tag of the VLAN put in unless that is 0. False if it
+     * could not be sent.
+     */
+    bool send(uint32_t intf, uint16_t vid, vdevice::chip::Bytes frame);
+
+    /** Received frames that were not the switch's. */
+    uint64_t foreign_frames() const { return foreign_frames_; }
+    uint64_t lost_frames() const { return port_.receive_losses(); }
+
+  private:
+    void take_frame(vdevice::chip::Bytes frame, const Take &take);
+
+    vdevice::io::PacketPort port_;
+    vdevice::io::ReceiveBatch batch_;
+    std::vector<uint8_t> received_;
+    std::vector<uint8_t> sent_; /**< apart: who gets a frame may send one */
+    uint64_t foreign_frames_ = 0;
+};
+
+}  // namespace switchd

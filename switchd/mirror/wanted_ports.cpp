@@ -1,0 +1,95 @@
+// Of the wanted state: what is set for a whole port, whichever VLAN a frame is in.
+#include <algorithm>
+#include <bit>
+
+#include "switchd/mirror/draft.h"
+
+namespace switchd {
+namespace {
+
+/** A setting of the kernel's that the chip does not have. */
+struct Unsupported {
+    bool BridgePort::*flag;
+    bool usual;
+    const char *sentence;
+};
+
+constexpr Unsupported kUnsupported[] = {
+    {&BridgePort::unicast_flood, true, "unknown unicast is flooded to it: the chip has no such setting of a port"},
+    {&BridgePort::multicast_flood, true, "unknown multicast is flooded to it: the chip has no such setting of a port"},
+    {&BridgePort::broadcast_flood, true, "broadcast is flooded to it: the chip has no such setting of a port"},
+    {&BridgePort::hairpin, false, "no frame returns by it: the chip has no hairpin mode"},
+};
+
+Learning learning_for(const BridgePort &port) {
+    if (port.locked) {
+        return Learning::kClosed;
+    }
+    return port.learning ? Learning::kOn : Learning::kOff;
+}
+
+/** The strictest of the interfaces of a port counts. */
+void add_learning(Draft &draft) {
+    auto &ports = draft.wanted.state.ports;
+    for (const auto &[interface, member] : draft.served) {
+        for_each(member->ports, [&, wanted = learning_for(member->settings())](uint32_t port) {
+            ports[port].learning = std::max(ports[port].learning, wanted);
+        });
+    }
+    for (const auto &[interface, member] : draft.served) {
+        bool differs = false;
+        for_each(member->ports, [&, wanted = learning_for(member->settings())](uint32_t port) {
+            differs = differs || ports[port].learning != wanted;
+        });
+        if (differs) {
+            draft.remark(member->link->name,
+                         "has the learning of another interface of its port: the chip sets it by port");
+        }
+    }
+}
+
+std::string names_of(IntfSet ports) {
+    std::string text;
+    for_each(ports, [&](uint32_t port) { text += (text.empty() ? "" : ", ") + name_of({port, 0}); });
+    return text;
+}
+
+void add_isolation(Draft &draft) {
+    std::map<int, IntfSet> members;
+    std::map<int, IntfSet> isolated;
+    for (const auto &[interface, member] : draft.served) {
+        members[member->bridge] |= member->ports;
+        isolated[member->bridge] |= member->settings().isolated ? member->ports : 0;
+    }
+    for (const auto &[bridge, set] : isolated) {
+        for_each(set, [&, set = set](uint32_t port) {
+            draft.wanted.state.ports[port].may_send_to &= ~(set & ~set_of(port));
+        });
+    }
+    for (const auto &[bridge, ports] : members) {
+        for (const auto &[other, set] : isolated) {
+            const IntfSet both = ports & set;
+            if (std::popcount(both) > 1 && (both & ~isolated[bridge]) != 0) {
+                draft.remark(draft.link(bridge).name,
+                             names_of(both) + " do not reach each other, since they are isolated in " +
+                                 draft.link(other).name + ": the chip isolates ports in all VLANs");
+            }
+        }
+    }
+}
+
+}  // namespace
+
+void add_port_settings(Draft &draft) {
+    for (const auto &[interface, member] : draft.served) {
+        for (const Unsupported &setting : kUnsupported) {
+            if (member->settings().*setting.flag != setting.usual) {
+                draft.remark(member->link->name, setting.sentence);
+            }
+        }
+    }
+    add_learning(draft);
+    add_isolation(draft);
+}
+
+}  // namespace switchd
