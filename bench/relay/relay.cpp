@@ -24,6 +24,7 @@
 #include <vector>
 
 #include "switchd/frames/relay.h"
+#include "vdevice/io/error.h"
 #include "vdevice/io/interfaces.h"
 
 namespace {

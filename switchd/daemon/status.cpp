@@ -89,11 +89,12 @@ json Switchd::bridge_ports(int bridge) const {
         if (place.bridge != bridge || link == monitor_.state().links.end() || !link->second.port) {
             continue;
         }
-        const auto vlan = wanted_.state.vlans.find(at.vid);
-        const bool is_untagged = vlan != wanted_.state.vlans.end() && at.intf <= configuration_.user_ports &&
-                                 has(vlan->second.untagged, at.intf);
+        const auto &interfaces = traffic_.interfaces().all();
+        const bool is_tagged = std::any_of(interfaces.begin(), interfaces.end(), [&](const auto &row) {
+            return row.second->index() == place.interface && row.first.vid != 0;
+        });
         rows.push_back(
-            {{"name", link->second.name}, {"state", name_of(link->second.port->state)}, {"tagged", !is_untagged}});
+            {{"name", link->second.name}, {"state", name_of(link->second.port->state)}, {"tagged", is_tagged}});
     }
     return rows;
 }

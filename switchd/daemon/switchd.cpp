@@ -110,6 +110,7 @@ void Switchd::configure(const Configuration &configuration) {
 }
 
 std::string Switchd::resync() {
+    monitor_.resync();
     applier_ = std::make_unique<Applier>(plan());
     reconcile();
     return "The kernel and the switch were read again.";
@@ -122,11 +123,13 @@ void Switchd::every_second() {
     } catch (const vdevice::io::Error &error) {
         log_.write(LogLevel::kError, error.what());
     }
-    const auto &interfaces = traffic_.interfaces().all();
-    if (std::any_of(interfaces.begin(), interfaces.end(), [](const auto &row) { return row.second->is_gone(); })) {
+    if (traffic_.interfaces().all().size() != interfaces_there_) {  // somebody has removed one
         open_interfaces();
+        reconcile_soon();
     }
-    if (monitor_.refresh_bridges() || seconds_ % kRetrySeconds == 0 || !new_queriers().empty()) {
+    const bool has_changed = monitor_.refresh_bridges();
+    const std::set<int> before = young_queriers_;
+    if (has_changed || seconds_ % kRetrySeconds == 0 || new_queriers() != before) {
         reconcile_soon();
     }
     if (seconds_ % configuration_.learned_seconds == 0) {

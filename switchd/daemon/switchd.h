@@ -1,6 +1,7 @@
 // The daemon's core: joins the kernel's state, the switch, aggregation groups, port authorisation and frames.
 #pragma once
 
+#include <stddef.h>
 #include <stdint.h>
 #include <map>
 #include <memory>
@@ -108,10 +109,12 @@ class Switchd {
     Remarks remarks_;
     std::map<uint32_t, bool> enabled_;   /**< of each user port, as the chip was told */
     std::map<int, Time> querying_since_; /**< of each bridge that sends queries */
+    std::set<int> young_queriers_;       /**< as the plan had them last */
     bool is_due_ = false;
     bool have_groups_changed_ = false;
     Time synced_since_{};
     uint32_t seconds_ = 0;
+    size_t interfaces_there_ = 0; /**< when they were opened */
 };
 
 }  // namespace switchd

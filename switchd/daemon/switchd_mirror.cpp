@@ -88,6 +88,7 @@ std::set<int> Switchd::new_queriers() {
         }
     }
     querying_since_ = std::move(since);
+    young_queriers_ = young;
     return young;
 }
 

@@ -45,6 +45,7 @@ void Switchd::open_interfaces() {
     }
     std::erase_if(wanted, [this](const PortName &port) { return !is_port(port); });
     note_failures(traffic_.interfaces().set_wanted(wanted));
+    interfaces_there_ = traffic_.interfaces().all().size();
 }
 
 std::string Switchd::add(const std::string &name) {

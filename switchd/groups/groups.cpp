@@ -120,6 +120,7 @@ bool Groups::is_linked(uint32_t port) const {
 /** As many as the chip takes: those with a link, then those of the best priority. */
 std::set<uint32_t> Groups::best_of(const std::map<uint32_t, uint16_t> &members) const {
     std::vector<std::tuple<bool, uint16_t, uint32_t>> ranks;
+    ranks.reserve(members.size());
     for (const auto &[port, priority] : members) {
         ranks.emplace_back(!is_linked(port), priority, port);
     }

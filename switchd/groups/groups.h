@@ -37,15 +37,18 @@ struct AggregationStatus {
 
 /**
  * Frames pass a group's members only while these are in the chip's trunk. The chip has no state for a member that is
- * configured and not in use: such a port is one of its own, which would forward, and close a loop with its neighbours
- * in the group. So idle_members() must be kept out of every VLAN, which drops all that comes in but the protocols that
- * go to the CPU alone, LACP among them. A port joins the trunk before it may be put into VLANs, and leaves it only
- * after it was taken out of them:
+ * configured and not in use: such a port is one of its own, which would forward, and close a loop with the others of
+ * the group. So idle_members() must be kept out of every VLAN that has ports besides the CPU's; the protocols that go
+ * to the CPU alone, LACP among them, need no VLAN. A port joins the trunk before it may be put into VLANs, and leaves
+ * it only after it was taken out of them:
  *
  *     if (groups.take_change()) {
  *         mirror the VLANs, without groups.idle_members();
  *         groups.remove_idle(now);  // may make another change
  *     }
+ *
+ * For the same reason a member on which the protocol collects and does not distribute yet is idle: the chip does both
+ * or neither. What a partner sends in these moments is lost.
  *
  * A process that takes over from a killed one is handed what that has saved. It puts the same members into the same
  * trunk and goes on with the protocol where the other one ended, so that neither the chip nor the partner notices; then
@@ -64,7 +67,10 @@ class Groups {
     Groups(const Groups &) = delete;
     Groups &operator=(const Groups &) = delete;
 
-    /** Brings the groups to these settings, which are without fault; what has not changed goes on undisturbed. */
+    /**
+     * Brings the groups 1 to 8 to these settings, in which a port is in one group at most. What has not changed goes on
+     * undisturbed.
+     */
     void configure(const GroupsSettings &settings, Time now, const SavedGroups &predecessor = {});
     /** The link of any user port, as it is now; may be set again and again. */
     void set_link(uint32_t port, bool is_up, bool is_full_duplex, Time now);
@@ -75,7 +81,7 @@ class Groups {
 
     /** Whether idle_members(), is_up() or saved() may have changed since the last call. */
     bool take_change();
-    /** The members that must be in no VLAN. */
+    /** The members that must be in no VLAN with other ports. */
     std::set<uint32_t> idle_members() const;
     /** Takes idle members, and groups that are no longer configured, out of the chip's trunks. */
     void remove_idle(Time now);

@@ -1,9 +1,9 @@
 // The aggregation groups as they are configured.
 #pragma once
 
+#include <adp/agg.h>
 #include <stdint.h>
 #include <map>
-#include <string>
 
 #include "switchd/lacp/pdu.h"
 
@@ -14,21 +14,16 @@ enum class GroupMode : uint8_t {
     kLacp    /**< members are used on which the partner has agreed */
 };
 
-/** By what a group's member for a frame is chosen: enum adp_balance_mode of adp/agg.h. */
-constexpr uint32_t kDefaultBalance = 3;
-
 struct GroupSettings {
     GroupMode mode = GroupMode::kLacp;
-    std::map<uint32_t, uint16_t> members; /**< user ports and their priorities: the lowest ones are used first */
-    bool is_active = true;                /**< LACP: speaks first */
-    bool is_fast = false;                 /**< LACP: the partner is to speak once a second */
-    uint32_t balance = kDefaultBalance;
-    uint32_t minimum_links = 1; /**< with fewer members in use the group counts as down */
+    std::map<uint32_t, uint16_t> members;       /**< user ports and their priorities: the lowest ones are used first */
+    bool is_active = true;                      /**< LACP: speaks first */
+    bool is_fast = false;                       /**< LACP: the partner is to speak once a second */
+    uint32_t balance = ADP_BALANCE_SRC_DST_MAC; /**< enum adp_balance_mode */
+    uint32_t minimum_links = 1;                 /**< with fewer members in use the group counts as down */
 
     bool operator==(const GroupSettings &) const = default;
 };
-
-constexpr uint16_t kDefaultPortPriority = 0x8000;
 
 struct GroupsSettings {
     lacp::SystemId system;                    /**< as partners see it */
@@ -36,8 +31,5 @@ struct GroupsSettings {
 
     bool operator==(const GroupsSettings &) const = default;
 };
-
-/** What is wrong with the settings, in a sentence; empty if nothing is. */
-std::string fault_of(const GroupsSettings &settings, uint32_t user_ports);
 
 }  // namespace switchd

@@ -9,10 +9,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <atomic>
-#include <thread>
-
 #include "switchd/kernel/testing/live_fixture.h"
 
 namespace switchd {
@@ -189,6 +185,28 @@ TEST_F(MonitorTest, GroupsAndRouterPorts) {
     EXPECT_EQ(monitor.counters().resyncs, 1U);
 }
 
+TEST_F(MonitorTest, APortMovesStraightToAnotherBridge) {
+    KernelMonitor monitor;
+    make_bridge("br1", 2);
+    run("bridge",
+        "fdb add 02:00:00:00:00:01 dev p1 master static\n"
+        "mdb add dev br1 port p1 grp 239.1.1.1 permanent\n");
+    run("ip", "link add br2 type bridge\nlink set br2 up\nlink set p1 type bridge_slave mcast_router 2\n");
+    read_notifications(monitor);
+    EXPECT_TRUE(monitor.state().addresses.contains({index_of("br1"), 0, kMac}));
+    run("ip", "link set p1 master br2\n");
+    run("bridge", "fdb add 02:00:00:00:00:01 dev p1 master static\n");
+    read_notifications(monitor);
+    EXPECT_EQ(link_of(monitor, "p1").master, index_of("br2"));
+    EXPECT_EQ(link_of(monitor, "p1").port->state, PortState::kForwarding);
+    EXPECT_FALSE(monitor.state().addresses.contains({index_of("br1"), 0, kMac}));
+    EXPECT_TRUE(monitor.state().addresses.contains({index_of("br2"), 0, kMac}));
+    EXPECT_FALSE(monitor.state().groups.contains({index_of("br1"), 0, ETH_P_IP, {239, 1, 1, 1}}));
+    EXPECT_FALSE(monitor.state().router_ports.contains(index_of("br1")));
+    expect_in_step(monitor);
+    EXPECT_EQ(monitor.counters().resyncs, 1U);
+}
+
 TEST_F(MonitorTest, SnoopingThatEndsAndBeginsAgain) {
     KernelMonitor monitor;
     make_bridge("br1", 1);
@@ -201,6 +219,7 @@ TEST_F(MonitorTest, SnoopingThatEndsAndBeginsAgain) {
     run("ip", "link set br1 type bridge mcast_snooping 1\n");
     expect_in_step(monitor);
     EXPECT_TRUE(monitor.state().groups.contains(group));
+    EXPECT_EQ(monitor.counters().resyncs, 3U) << "some kernels do not list the groups meanwhile";
 }
 
 /** An IGMP general query of 192.0.2.9, sent on the interface. */
@@ -263,96 +282,6 @@ TEST_F(MonitorTest, InterfacesThatAreRenamedMovedAndDeletedInUse) {
     EXPECT_EQ(link_of(monitor, "p3").master, 0);
     expect_in_step(monitor);
     EXPECT_EQ(monitor.counters().resyncs, 1U);
-}
-
-TEST_F(MonitorTest, HundredsOfBridgesComeAndGo) {
-    constexpr int kBridges = 300;
-    KernelMonitor monitor;
-    std::string make;
-    std::string remove;
-    for (int number = 1; number <= kBridges; ++number) {
-        const std::string name = "br" + std::to_string(number);
-        make.append("link add ").append(name).append(" type bridge\n");
-        remove.append("link del ").append(name).append("\n");
-    }
-    run("ip", make);
-    make_bridge("last", 20);
-    expect_in_step(monitor);
-    const auto bridges = [&] {
-        return std::count_if(monitor.state().links.begin(), monitor.state().links.end(),
-                             [](const auto &entry) { return entry.second.bridge.has_value(); });
-    };
-    EXPECT_EQ(bridges(), kBridges + 1);
-    run("ip", remove);
-    expect_in_step(monitor);
-    EXPECT_EQ(bridges(), 1);
-}
-
-TEST_F(MonitorTest, AStormThatTheBufferIsTooSmallFor) {
-    constexpr size_t kAddresses = 10000;
-    constexpr int kSmall = 4096;
-    make_bridge("br1", 2);
-    KernelMonitor monitor{kSmall};
-    EXPECT_THAT(requests_.change_addresses(addresses(index_of("p1"), kAddresses)), testing::IsEmpty());
-    read_notifications(monitor);
-    EXPECT_GE(monitor.counters().losses, 1U);
-    EXPECT_GE(monitor.counters().resyncs, 2U);
-    EXPECT_THAT(monitor.state().addresses, SizeIs(Ge(kAddresses)));
-    EXPECT_TRUE(monitor.is_complete());
-    expect_in_step(monitor);
-}
-
-TEST_F(MonitorTest, AddressesThatComeAndGoWhileEverythingIsRead) {
-    constexpr size_t kAddresses = 5000;
-    constexpr int kRounds = 3;
-    make_bridge("br1", 2);
-    for (const int buffer : {4096, 8 * 1024 * 1024}) {
-        KernelMonitor monitor{buffer};
-        std::atomic<bool> done = false;
-        std::thread storm{[&] {
-            KernelRequests requests;
-            std::vector<AddressChange> some = addresses(index_of("p1"), kAddresses);
-            for (int round = 0; round < kRounds; ++round) {
-                for (AddressChange &address : some) {
-                    address.learned = true;
-                }
-                requests.change_addresses(some);
-                for (size_t index = 0; index < some.size(); ++index) {
-                    some[index].learned = index % 3 == static_cast<size_t>(round);
-                }
-                requests.change_addresses(some);
-            }
-            done = true;
-        }};
-        while (!done) {
-            monitor.resync();
-            monitor.receive();
-        }
-        storm.join();
-        expect_in_step(monitor);
-    }
-}
-
-TEST_F(MonitorTest, MoreThanTheTablesHoldIsSaidUntilThereIsRoom) {
-    constexpr size_t kAddresses = 17000;
-    make_bridge("br1", 2);
-    KernelMonitor monitor;
-    EXPECT_TRUE(monitor.is_complete());
-    requests_.change_addresses(addresses(index_of("p1"), kAddresses));
-    read_notifications(monitor);
-    EXPECT_FALSE(monitor.is_complete());
-    EXPECT_GT(monitor.counters().ignored, 0U);
-    EXPECT_EQ(monitor.state().addresses.size(), Reader::Limits{}.addresses);
-    monitor.refresh_bridges();
-    EXPECT_FALSE(monitor.is_complete());
-    std::vector<AddressChange> gone = addresses(index_of("p1"), kAddresses);
-    gone.resize(kAddresses - 10);
-    for (AddressChange &address : gone) {
-        address.learned = false;
-    }
-    requests_.change_addresses(gone);
-    expect_in_step(monitor);
-    EXPECT_TRUE(monitor.is_complete());
 }
 
 }  // namespace monitor_test

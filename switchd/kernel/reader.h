@@ -36,7 +36,7 @@ class Reader {
     uint64_t ignored() const { return ignored_; }
     /** How often something was said to be gone. */
     uint64_t removals() const { return removals_; }
-    /** A bridge began or ended to look at multicast: what is known of its groups is no longer what the kernel has. */
+    /** A bridge began or ended to look at multicast. Some kernels then list its groups or no longer do, unannounced. */
     bool is_stale() const { return stale_; }
     /** Every table has room again for a quarter. */
     bool has_room() const;

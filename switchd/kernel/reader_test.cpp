@@ -1,10 +1,10 @@
-// Links and addresses as messages about them come in, tables that are full, and messages that are broken.
+// Links and addresses, as messages about them come in.
 #include "switchd/kernel/reader.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <random>
+#include <algorithm>
 
 #include "switchd/kernel/testing/compose.h"
 
@@ -202,61 +202,6 @@ TEST_F(ReaderTest, AddressesThatAreNoneOfABridge) {
     EXPECT_TRUE(reader_.state().addresses.empty());
 }
 
-TEST(ReaderLimitsTest, WhatFindsATableFullIsIgnoredAndCounted) {
-    Reader reader{{.links = 4, .addresses = 4, .groups = 2, .memberships = 3}};
-    reader.apply(bridge(kBridge, "br100") + port(1, "swp1", kBridge) + port(2, "swp2", kBridge) +
-                 port(3, "swp3", kBridge));
-    EXPECT_FALSE(reader.apply(port(4, "swp4", kBridge)));
-    EXPECT_EQ(reader.ignored(), 1U);
-    EXPECT_TRUE(reader.apply(port(3, "uplink", kBridge))) << "one that is known";
-    for (uint8_t last = 1; last <= 5; ++last) {
-        EXPECT_EQ(reader.apply(address({1, kBridge, {2, 0, 0, 0, 0, last}})), last <= 4);
-    }
-    EXPECT_EQ(reader.ignored(), 2U);
-    EXPECT_TRUE(reader.apply(address({2, kBridge, {2, 0, 0, 0, 0, 1}}))) << "one that is known";
-    for (uint8_t last = 1; last <= 3; ++last) {
-        EXPECT_EQ(reader.apply(group({ipv4_group(kBridge, last), 1})), last <= 2);
-    }
-    EXPECT_EQ(reader.ignored(), 3U);
-    EXPECT_TRUE(reader.apply(group({ipv4_group(kBridge, 1), 2})));
-    EXPECT_FALSE(reader.apply(group({ipv4_group(kBridge, 1), 3})));
-    EXPECT_FALSE(reader.apply(group({ipv4_group(kBridge, 1), 2}))) << "known, so not counted";
-    EXPECT_EQ(reader.ignored(), 4U);
-    for (int interface = 1; interface <= 5; ++interface) {
-        EXPECT_EQ(reader.apply(router_port(kBridge, interface)), interface <= 4);
-    }
-    EXPECT_EQ(reader.ignored(), 5U);
-    EXPECT_EQ(reader.state().links.size(), 4U);
-    EXPECT_EQ(reader.state().addresses.size(), 4U);
-    EXPECT_EQ(reader.state().groups.size(), 2U);
-}
-
-TEST(ReaderLimitsTest, ThereIsRoomWhenAQuarterOfEachTableIsFree) {
-    Reader reader{{.links = 100, .addresses = 4, .groups = 4, .memberships = 8}};
-    const auto nth = [](uint8_t last) { return Neighbour{1, kBridge, {2, 0, 0, 0, 0, last}}; };
-    EXPECT_TRUE(reader.has_room());
-    for (uint8_t last = 1; last <= 4; ++last) {
-        reader.apply(address(nth(last)));
-        EXPECT_EQ(reader.has_room(), last <= 3) << int{last};
-    }
-    reader.apply(address(nth(1), RTM_DELNEIGH));
-    EXPECT_TRUE(reader.has_room());
-    for (uint8_t last = 1; last <= 4; ++last) {
-        reader.apply(group({ipv4_group(kBridge, last), 1}));
-    }
-    EXPECT_FALSE(reader.has_room());
-}
-
-TEST(ReaderLimitsTest, RouterPortsThatGoMakeRoom) {
-    Reader reader{{.links = 2, .addresses = 1, .groups = 1, .memberships = 1}};
-    for (int round = 0; round < 5; ++round) {
-        EXPECT_TRUE(reader.apply(router_port(kBridge, 1) + router_port(kBridge, 2)));
-        EXPECT_TRUE(reader.apply(link_gone(1)));
-        EXPECT_TRUE(reader.apply(router_port(kBridge, 2, RTM_DELMDB)));
-    }
-    EXPECT_EQ(reader.ignored(), 0U);
-}
-
 TEST_F(ReaderTest, CountsRemovals) {
     EXPECT_EQ(reader_.removals(), 0U);
     reader_.apply(address({kPort, kBridge, kMac}, RTM_DELNEIGH) + group({ipv4_group(kBridge, 1), kPort}, RTM_DELMDB) +
@@ -290,77 +235,6 @@ TEST_F(ReaderTest, RefreshTakesOverOnlyWhatIsNotAnnounced) {
     EXPECT_EQ(link_at(kBridge).bridge->ageing_seconds, 300U);
     EXPECT_EQ(link_at(kBridge).name, "br100");
     EXPECT_FALSE(reader_.state().links.contains(77));
-}
-
-/** One message of each kind. */
-Bytes one_of_each() {
-    const Put three_vlans = [](MessageWriter &writer) {
-        vlan(1, BRIDGE_VLAN_INFO_PVID)(writer);
-        vlan(2, BRIDGE_VLAN_INFO_RANGE_BEGIN)(writer);
-        vlan(4, BRIDGE_VLAN_INFO_RANGE_END)(writer);
-    };
-    return bridge(kBridge, "br100", octet(IFLA_BR_MCAST_SNOOPING, 1)) + port(kPort, "swp1", kBridge) +
-           member(kPort, kBridge, octet(IFLA_BRPORT_STATE, 3), three_vlans) + address({kPort, kBridge, kMac}) +
-           group({ipv4_group(kBridge, 1), kPort, 0, {192, 0, 2, 1}}) + router_port(kBridge, kPort) +
-           address({kPort, kBridge, kMac}, RTM_DELNEIGH) + member_gone(kPort, kBridge) + link_gone(kBridge);
-}
-
-/** Applied from a block of its own, so that the sanitizer finds every read outside. */
-void apply_and_remove(const Bytes &octets) {
-    Reader reader;
-    const Bytes copy(octets);
-    reader.apply(copy);
-    std::set<int> indices;
-    for (const auto &[index, link] : reader.state().links) {
-        ASSERT_FALSE(link.name.empty());
-        ASSERT_LT(link.name.size(), size_t{IFNAMSIZ});
-        indices.insert(index);
-    }
-    for (const auto &[key, known] : reader.state().addresses) {
-        indices.insert({key.bridge, known.interface});
-    }
-    for (const auto &[key, members] : reader.state().groups) {
-        indices.insert(key.bridge);
-        ASSERT_FALSE(members.empty());
-    }
-    for (const auto &[at, ports] : reader.state().router_ports) {
-        indices.insert(at);
-        ASSERT_FALSE(ports.empty());
-    }
-    for (const int index : indices) {
-        reader.apply(link_gone(index));
-    }
-    ASSERT_EQ(reader.state(), KernelState{});
-}
-
-TEST(BrokenMessageTest, CutAtEveryOctet) {
-    const Bytes whole = one_of_each();
-    for (size_t length = 0; length <= whole.size(); ++length) {
-        apply_and_remove(Bytes(whole.begin(), whole.begin() + static_cast<ptrdiff_t>(length)));
-    }
-}
-
-TEST(BrokenMessageTest, EachOctetOverwritten) {
-    const Bytes whole = one_of_each();
-    for (size_t place = 0; place < whole.size(); ++place) {
-        for (const uint8_t other : Bytes{0x00, 0x01, 0x03, 0x10, 0x7F, 0x80, 0xFF}) {
-            Bytes octets = whole;
-            octets[place] = other;
-            apply_and_remove(octets);
-        }
-    }
-}
-
-TEST(BrokenMessageTest, RandomOctetsInRandomPlaces) {
-    std::mt19937 random{7};
-    const Bytes whole = one_of_each();
-    for (int round = 0; round < 3000; ++round) {
-        Bytes octets = whole;
-        for (size_t count = random() % 16; count > 0; --count) {
-            octets[random() % octets.size()] = static_cast<uint8_t>(random());
-        }
-        apply_and_remove(octets);
-    }
 }
 
 }  // namespace reader_test

@@ -79,7 +79,7 @@ TEST_F(RequestsTest, TheCarrierOfATap) {
     EXPECT_TRUE(KernelMonitor{}.state().links.at(index).carrier);
 }
 
-TEST_F(RequestsTest, LearnedAddressesComeMoveAndGo) {
+TEST_F(RequestsTest, AddressChangeesComeMoveAndGo) {
     make_bridge("br1", 2);
     std::vector<AddressChange> some = addresses(index_of("p1"), 300);
     EXPECT_THAT(requests_.change_addresses(some), IsEmpty());

@@ -42,6 +42,8 @@ constexpr TableCalls<IntfSet> kGroupCalls = {
         },
 };
 
+constexpr const char *kSwitch = "switch";
+
 std::string port_text(uint32_t port) {
     return name_of({port, 0});
 }
@@ -111,7 +113,7 @@ void Applier::open(const SwitchState &wanted) {
     addresses_.add(wanted.addresses, present_.addresses, remarks_);
     groups_.add(wanted.groups, present_.groups, remarks_);
     if (present_.ageing_seconds != wanted.ageing_seconds &&
-        check(adp_set_mac_age_time(wanted.ageing_seconds), "addresses", "their ageing time cannot be set", remarks_)) {
+        check(adp_set_mac_age_time(wanted.ageing_seconds), kSwitch, "does not take the ageing time", remarks_)) {
         present_.ageing_seconds = wanted.ageing_seconds;
     }
     set_control(ADP_CONTROL_IGMP, wanted.igmp_to_cpu, present_.igmp_to_cpu);
@@ -144,8 +146,8 @@ void Applier::remove_entries(const SwitchState &wanted) {
 
 void Applier::create_vlans(const SwitchState &wanted) {
     for (const auto &[vid, vlan] : wanted.vlans) {
-        if (!present_.vlans.contains(vid) && (vid == default_vid_ || check(adp_vlan_create(vid), vlan_text(vid),
-                                                                           "the chip does not make it", remarks_))) {
+        if (!present_.vlans.contains(vid) &&
+            (vid == default_vid_ || check(adp_vlan_create(vid), vlan_text(vid), "cannot be made", remarks_))) {
             present_.vlans[vid] = {};
         }
     }
@@ -161,7 +163,7 @@ void Applier::destroy_vlans(const SwitchState &wanted) {
         if (vid == default_vid_) {
             return set_members(vid, {});
         }
-        if (!check(adp_vlan_destroy(vid), vlan_text(vid), "it cannot be removed", remarks_)) {
+        if (!check(adp_vlan_destroy(vid), vlan_text(vid), "cannot be removed", remarks_)) {
             return false;
         }
         std::erase_if(present_.addresses, is_in(vid));
@@ -177,7 +179,7 @@ bool Applier::set_members(uint16_t vid, const VlanState &wanted) {
     }
     const adp_ports_t members = {wanted.members};
     const adp_ports_t untagged = {wanted.untagged};
-    if (!check(adp_vlan_port_set(vid, members, untagged), vlan_text(vid), "its ports cannot be set", remarks_)) {
+    if (!check(adp_vlan_port_set(vid, members, untagged), vlan_text(vid), "does not take its ports", remarks_)) {
         return false;
     }
     present.members = wanted.members;
@@ -195,24 +197,23 @@ void Applier::join_vlan(uint16_t vid, const VlanState &wanted) {
         std::string names;
         for_each(wanted.members & ~members,
                  [&](uint32_t port) { names += (names.empty() ? "" : ", ") + port_text(port); });
-        remarks_.push_back({vlan_text(vid),
-                            "all spanning-tree groups of the chip are in use, so ports that do not "
-                            "forward are taken out of it: " +
-                                names});
+        remarks_.push_back(
+            {vlan_text(vid),
+             "lacks ports that do not forward, since all spanning-tree groups of the chip are in use: " + names});
     }
 }
 
 void Applier::set_pvid(uint32_t port, uint16_t vid) {
     if (present_.ports[port].pvid != vid &&
         check(adp_intf_pivd_set(port, vid), port_text(port),
-              "its untagged frames cannot be put into VLAN " + std::to_string(vid), remarks_)) {
+              "cannot have its untagged frames in VLAN " + std::to_string(vid), remarks_)) {
         present_.ports[port].pvid = vid;
     }
 }
 
 void Applier::set_may_send_to(uint32_t port, IntfSet may_send_to) {
     if (present_.ports[port].may_send_to != may_send_to &&
-        check(adp_set_port_isolate(port, may_send_to, 0), port_text(port), "its isolation cannot be set", remarks_)) {
+        check(adp_set_port_isolate(port, may_send_to, 0), port_text(port), "does not take its isolation", remarks_)) {
         present_.ports[port].may_send_to = may_send_to;
     }
 }
@@ -227,17 +228,16 @@ void Applier::set_learning(uint32_t port, Learning wanted) {
         return;
     }
     uint32_t mode = ADP_LEARN_NORMAL;
-    if (!check(adp_intf_learn_get(port, &mode), port_text(port), "its learning cannot be read", remarks_)) {
+    if (!check(adp_intf_learn_get(port, &mode), port_text(port), "does not tell its learning", remarks_)) {
         return;
     }
     present = learning_of(mode);
     if (present == Learning::kClosed && wanted != Learning::kClosed && !closed_ports_.contains(port)) {
-        remarks_.push_back({port_text(port), "it is closed in the chip by port authorisation, and stays so"});
         return;
     }
     constexpr adp_learn_mode kModes[] = {ADP_LEARN_NORMAL, ADP_LEARN_OFF, ADP_LEARN_CLOSED};
     if (present != wanted && !check(adp_intf_learn_set(port, kModes[static_cast<size_t>(wanted)]), port_text(port),
-                                    "its learning cannot be set", remarks_)) {
+                                    "does not take its learning", remarks_)) {
         return;
     }
     present = wanted;
@@ -249,8 +249,8 @@ void Applier::set_learning(uint32_t port, Learning wanted) {
 }
 
 void Applier::set_control(adp_switch_control control, bool wanted, bool &present) {
-    if (present != wanted && check(adp_set_vlan_igmp_pkt_action(control, wanted ? 1 : 0), "multicast snooping",
-                                   "its messages cannot be sent to the CPU", remarks_)) {
+    if (present != wanted && check(adp_set_vlan_igmp_pkt_action(control, wanted ? 1 : 0), kSwitch,
+                                   "does not take what becomes of IGMP and MLD messages", remarks_)) {
         present = wanted;
     }
 }

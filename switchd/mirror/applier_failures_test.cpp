@@ -100,9 +100,9 @@ TEST_F(ApplierFailures, OneSentenceTellsOfAllGroupsThatFoundNoRoom) {
     }
     Applier applier{k.plan};
     const auto all_but = [](const char *count) {
-        return ElementsAre(Remark{
-            "multicast groups",
-            std::string(count) + " are not in hardware: there are as many multicast groups as the chip has room for"});
+        return ElementsAre(
+            Remark{"switch", std::string("does not take ") + count +
+                                 " multicast groups: there are as many multicast groups as the chip has room for"});
     };
     EXPECT_THAT(applier.apply(state), all_but("200"));
     chip.take_count();
@@ -126,6 +126,24 @@ TEST_F(ApplierFailures, OneSentenceTellsOfAllGroupsThatFoundNoRoom) {
     EXPECT_EQ(read_switch(k.plan).groups, state.groups);
 }
 
+TEST_F(ApplierFailures, AnEntryWithRoomIsNotKeptOutByOthersWithout) {
+    constexpr uint16_t kSum = 1000;  // addresses whose words have the same sum share a few places in the chip
+    SwitchState state = wanted().state;
+    for (uint16_t i = 0; i < 80; ++i) {
+        const auto rest = static_cast<uint16_t>(kSum - i);
+        state.addresses[{
+            4001, {2, 0, 0, static_cast<uint8_t>(i), static_cast<uint8_t>(rest >> 8), static_cast<uint8_t>(rest)}}] = 1;
+    }
+    const VlanMac last{4001, {2, 1, 0, 0, 0, 0}};
+    state.addresses[last] = 1;
+    Applier applier{k.plan};
+    EXPECT_THAT(fail_every("user_mac_addr_add", applier, state), SizeIs(1));
+    applier.apply(state);
+    EXPECT_THAT(applier.apply(state),
+                ElementsAre(testing::Field(&Remark::sentence, HasSubstr("does not take 72 static addresses"))));
+    EXPECT_TRUE(read_switch(k.plan).addresses.contains(last));
+}
+
 TEST_F(ApplierFailures, AnEntryThatSomebodyElseHasRemovedIsGone) {
     SwitchState state = wanted().state;
     state.vlans[5].members = set_of(0);
@@ -142,7 +160,7 @@ TEST_F(ApplierFailures, AnEntryThatSomebodyElseHasRemovedIsGone) {
     applier.apply(state);
     state.addresses.clear();
     EXPECT_THAT(fail_every("user_mac_addr_delete", applier, state),
-                ElementsAre(testing::Field(&Remark::sentence, HasSubstr("1 cannot be removed"))));
+                ElementsAre(testing::Field(&Remark::sentence, HasSubstr("keeps 1 static addresses"))));
     EXPECT_THAT(applier.apply(state), IsEmpty());
     EXPECT_THAT(read_switch(k.plan).addresses, IsEmpty());
 }

@@ -128,5 +128,45 @@ TEST_F(ApplierOrder, OtherVlansOfAGroupStayBlockedWhenOneLeaves) {
     EXPECT_EQ(present(), wanted().state);
 }
 
+TEST_F(ApplierOrder, AVlanDoesNotMoveToAGroupThatCouldNotBeClosed) {
+    k.port({1, 1}, k.bridge("br1", {.stp = true}), test::in_state(PortState::kBlocking));
+    const int br10 = k.bridge("br10", {.stp = true});
+    k.port({1, 10}, br10, test::in_state(PortState::kBlocking));
+    const int other = k.port({2, 10}, br10);
+    Applier applier{k.plan};
+    applier.apply(wanted().state);
+    ASSERT_EQ(chip.chip().stp().group_of(1), chip.chip().stp().group_of(10));
+    const Passing before = passing();
+    k[other].port = test::in_state(PortState::kBlocking);
+    chip.fail_every("user_stg_stp_set");
+    const auto moments = apply(applier, wanted().state);
+    chip.fail_every({});
+    applier.apply(wanted().state);
+    expect_safe(before, moments, passing());
+    EXPECT_EQ(present(), wanted().state);
+}
+
+TEST_F(ApplierOrder, AVlanThatLosesItsGroupToOthersLosesItsBlockedPortsBefore) {
+    for (uint32_t port = 5; port < 5 + 14; ++port) {
+        const auto vid = static_cast<uint16_t>(100 + port);
+        k.port({port, vid}, k.bridge("br" + std::to_string(vid), {.stp = true}), test::in_state(PortState::kBlocking));
+    }
+    std::vector<int> opening;
+    for (const uint16_t vid : {uint16_t{10}, uint16_t{20}}) {
+        const int bridge = k.bridge("br" + std::to_string(vid), {.stp = true});
+        k.port({1, vid}, bridge, test::in_state(PortState::kBlocking));
+        opening.push_back(k.port({2, vid}, bridge, test::in_state(PortState::kBlocking)));
+    }
+    Applier applier{k.plan};
+    EXPECT_THAT(applier.apply(wanted().state), testing::IsEmpty());
+    k[opening[1]].port = test::kForwards;
+    const Passing before = passing();
+    const auto moments = apply(applier, wanted().state);
+    expect_safe(before, moments, passing());
+    const SwitchState state = present();
+    EXPECT_EQ(state.vlans.at(10), wanted().state.vlans.at(10));
+    EXPECT_EQ(state.vlans.at(20), (VlanState{kCpuAlone | set_of(2), 0, {}})) << "no group is left for it";
+}
+
 }  // namespace applier_order_test
 }  // namespace switchd

@@ -41,21 +41,13 @@ uint16_t tag_of(const Draft &draft, int bridge) {
     return 0;
 }
 
-/** Takes the VLAN for the bridge, or says why not. */
-bool take(Draft &draft, int bridge, uint16_t vid) {
+void take_for_unaware(Draft &draft, int bridge, uint16_t vid) {
     const std::string taken = draft.why_taken(vid);
     if (!taken.empty()) {
-        draft.remark(draft.link(bridge).name, taken);
-        return false;
+        return draft.remark(draft.link(bridge).name, "is left to the kernel: " + taken);
     }
     draft.owners[vid] = bridge;
-    return true;
-}
-
-void take_for_unaware(Draft &draft, int bridge, uint16_t vid) {
-    if (take(draft, bridge, vid)) {
-        draft.wanted.bridges[bridge] = vid;
-    }
+    draft.wanted.bridges[bridge] = vid;
 }
 
 void take_for_aware(Draft &draft, int bridge) {
@@ -68,7 +60,12 @@ void take_for_aware(Draft &draft, int bridge) {
         }
     }
     for (const uint16_t vid : vids) {
-        take(draft, bridge, vid);
+        const std::string taken = draft.why_taken(vid);
+        if (taken.empty()) {
+            draft.owners[vid] = bridge;
+        } else {
+            draft.remark(draft.link(bridge).name, "gets no frames of a VLAN: " + taken);
+        }
     }
 }
 
@@ -82,7 +79,7 @@ void take_any(Draft &draft, int bridge) {
             return take_for_unaware(draft, bridge, vid);
         }
     }
-    draft.remark(draft.link(bridge).name, "is not in hardware: no VLAN is left for it");
+    draft.remark(draft.link(bridge).name, "is left to the kernel: no VLAN is free");
 }
 
 std::set<int> bridges_of(const Draft &draft) {
@@ -112,13 +109,13 @@ void take_chosen(Draft &draft, std::set<int> &bridges, Choose choose) {
 std::string Draft::why_taken(uint16_t vid) const {
     const std::string text = "VLAN " + std::to_string(vid);
     if (!is_vid(vid)) {
-        return "is not in hardware: there is no " + text;
+        return "there is no " + text;
     }
     if (const uint32_t port = internal_port_of(plan, vid); port != 0) {
-        return "is not in hardware: " + text + " is kept for " + name_of({port, 0});
+        return text + " is kept for " + name_of({port, 0});
     }
     const auto owner = owners.find(vid);
-    return owner == owners.end() ? "" : "is not in hardware: " + text + " is that of " + link(owner->second).name;
+    return owner == owners.end() ? "" : text + " is that of " + link(owner->second).name;
 }
 
 std::optional<uint16_t> Draft::chip_vid_of(int bridge, uint16_t vid) const {

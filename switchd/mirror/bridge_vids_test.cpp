@@ -70,7 +70,7 @@ TEST_F(BridgeVids, VlansRunOut) {
     }
     const Wanted all = wanted();
     EXPECT_EQ(all.bridges.size(), 4094U - 4026U);
-    EXPECT_THAT(all.remarks, Contains(Field(&Remark::sentence, HasSubstr("no VLAN is left"))));
+    EXPECT_THAT(all.remarks, Contains(Field(&Remark::sentence, HasSubstr("no VLAN is free"))));
 }
 
 TEST_F(BridgeVids, AVlanServesOneBridge) {
@@ -79,9 +79,9 @@ TEST_F(BridgeVids, AVlanServesOneBridge) {
         k.port({static_cast<uint32_t>(name[0] - 'a' + 1), 0}, k.bridge(name));
     }
     EXPECT_EQ(wanted().bridges.size(), 1U);
-    EXPECT_THAT(remarks_on("b"), ElementsAre("is not in hardware: VLAN 5 is that of a"));
-    EXPECT_THAT(remarks_on("c"), ElementsAre("is not in hardware: VLAN 4001 is kept for swp1"));
-    EXPECT_THAT(remarks_on("d"), ElementsAre("is not in hardware: there is no VLAN 4095"));
+    EXPECT_THAT(remarks_on("b"), ElementsAre("is left to the kernel: VLAN 5 is that of a"));
+    EXPECT_THAT(remarks_on("c"), ElementsAre("is left to the kernel: VLAN 4001 is kept for swp1"));
+    EXPECT_THAT(remarks_on("d"), ElementsAre("is left to the kernel: there is no VLAN 4095"));
     EXPECT_EQ(vlan(4002).members, ports({0, 2})) << "the kernel bridges its frames";
     EXPECT_EQ(port(2).pvid, 4002);
 }
@@ -93,9 +93,9 @@ TEST_F(BridgeVids, OtherTagsThanTheBridgesAreNotInHardware) {
     k.port({3, 0}, bridge);
     k.port({3, 100}, bridge);
     EXPECT_EQ(vlan(100), (VlanState{ports({0, 1, 3}), ports({3}), {}}));
-    EXPECT_THAT(remarks_on("swp2.200"), ElementsAre("is not in hardware: br100 stands for VLAN 100"));
+    EXPECT_THAT(remarks_on("swp2.200"), ElementsAre("is left to the kernel: br100 stands for VLAN 100"));
     EXPECT_EQ(vlan(200), (VlanState{ports({0, 2}), 0, {}})) << "the kernel bridges it";
-    EXPECT_THAT(remarks_on("swp3.100"), ElementsAre("is not in hardware: its port is in VLAN 100 already"));
+    EXPECT_THAT(remarks_on("swp3.100"), ElementsAre("gets no frames: VLAN 100 is that of br100"));
 }
 
 TEST_F(BridgeVids, ATaggedInterfaceAloneHasItsVlanUnlessSomebodyElseHas) {
@@ -104,8 +104,8 @@ TEST_F(BridgeVids, ATaggedInterfaceAloneHasItsVlanUnlessSomebodyElseHas) {
     k.port({4, 300});
     k.port({5, 100});
     EXPECT_EQ(vlan(300), (VlanState{ports({0, 3}), 0, {}}));
-    EXPECT_THAT(remarks_on("swp4.300"), ElementsAre("is not in hardware: VLAN 300 is that of swp3.300"));
-    EXPECT_THAT(remarks_on("swp5.100"), ElementsAre("is not in hardware: VLAN 100 is that of br100"));
+    EXPECT_THAT(remarks_on("swp4.300"), ElementsAre("gets no frames: VLAN 300 is that of swp3.300"));
+    EXPECT_THAT(remarks_on("swp5.100"), ElementsAre("gets no frames: VLAN 100 is that of br100"));
     EXPECT_EQ(vlan(100).members, ports({0, 1}));
 }
 

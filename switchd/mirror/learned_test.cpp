@@ -88,6 +88,20 @@ TEST_F(Learned, ThatTheChipForgetsAreRemovedAfterAWholePass) {
     EXPECT_EQ(walk_and_update(), LearnedChanges{});
 }
 
+TEST_F(Learned, ThatTheKernelKeepsAreRemovedAgain) {
+    chip.learn(kMac, 5, 1);
+    walk_and_update();
+    chip_->macs().remove(vdevice::chip::Mac{kMac}, 5);
+    const LearnedChanges removed{{}, {{swp1_, 0, mac_of(77)}}};
+    int times = 0;
+    for (int i = 0; i < 6; ++i) {
+        times += learned_.walk(kAll) == removed ? 1 : 0;
+        update();
+    }
+    EXPECT_GE(times, 2);
+    EXPECT_LE(times, 3) << "it gets the time of a pass";
+}
+
 TEST_F(Learned, AreWalkedOverAFewAtATime) {
     constexpr uint64_t kStations = 100;
     for (uint64_t i = 0; i < kStations; ++i) {

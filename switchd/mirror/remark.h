@@ -9,7 +9,7 @@ namespace switchd {
 
 struct Remark {
     std::string subject;  /**< an interface, a bridge or a VLAN */
-    std::string sentence; /**< what the hardware does instead */
+    std::string sentence; /**< goes on behind the subject: what becomes of it instead, and why */
 
     auto operator<=>(const Remark &) const = default;
 };

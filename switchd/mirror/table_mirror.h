@@ -49,7 +49,7 @@ class TableMirror {
             status = is_gone ? status : result;
             return is_gone;
         });
-        report(failed, "cannot be removed", status, remarks);
+        report(failed, "keeps ", status, remarks);
     }
 
     void add(const Entries &wanted, Entries &present, Remarks &remarks) {
@@ -69,7 +69,7 @@ class TableMirror {
             const VlanMac &key = again[next_retry_++ % again.size()];
             add_one(key, wanted.at(key), present);
         }
-        report(refused_.size(), "are not in hardware", refusal_, remarks);
+        report(refused_.size(), "does not take ", refusal_, remarks);
     }
 
   private:
@@ -86,7 +86,7 @@ class TableMirror {
 
     void report(size_t count, const char *failure, adp_status_t status, Remarks &remarks) const {
         if (count != 0) {
-            check(status, calls_.entries, std::to_string(count) + " " + failure, remarks);
+            check(status, "switch", failure + std::to_string(count) + " " + calls_.entries, remarks);
         }
     }
 

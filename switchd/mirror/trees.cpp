@@ -12,7 +12,7 @@ namespace switchd {
 
 bool Trees::set_state(int32_t group, uint32_t port, adp_stg_state state, Remarks &remarks) {
     if (!check(adp_set_port_mstp_state(group, port, state), name_of({port, 0}),
-               "its spanning-tree state cannot be set in the chip's group " + std::to_string(group), remarks)) {
+               "does not take its state in spanning-tree group " + std::to_string(group), remarks)) {
         return false;
     }
     TreeStates &states = present_.states[group];
@@ -29,7 +29,7 @@ bool Trees::move(uint16_t vid, int32_t group, Remarks &remarks) {
     // group.
     aiVlanStg[vid] = 0;
     if (!check(adp_add_msti_member(group, vid), vlan_text(vid),
-               "it cannot be moved into the chip's spanning-tree group " + std::to_string(group), remarks)) {
+               "cannot be moved into spanning-tree group " + std::to_string(group), remarks)) {
         return false;
     }
     if (group == 0) {
@@ -43,8 +43,8 @@ bool Trees::move(uint16_t vid, int32_t group, Remarks &remarks) {
 /** Whether every port is at least as closed as wanted. */
 bool Trees::close_group(int32_t group, const TreeStates &states, Remarks &remarks) {
     if (!present_.states.contains(group)) {
-        if (!check(adp_create_mstp_instance(group), "spanning-tree group " + std::to_string(group),
-                   "the chip does not make it", remarks)) {
+        if (!check(adp_create_mstp_instance(group), "spanning-tree group " + std::to_string(group), "cannot be made",
+                   remarks)) {
             return false;
         }
         present_.states[group] = {};  // all ports forward in a new group

@@ -15,10 +15,10 @@ struct Unsupported {
 };
 
 constexpr Unsupported kUnsupported[] = {
-    {&BridgePort::unicast_flood, true, "unknown unicast is flooded to it: the chip has no such setting of a port"},
-    {&BridgePort::multicast_flood, true, "unknown multicast is flooded to it: the chip has no such setting of a port"},
-    {&BridgePort::broadcast_flood, true, "broadcast is flooded to it: the chip has no such setting of a port"},
-    {&BridgePort::hairpin, false, "no frame returns by it: the chip has no hairpin mode"},
+    {&BridgePort::unicast_flood, true, "gets unknown unicast all the same: the chip has no such setting of a port"},
+    {&BridgePort::multicast_flood, true, "gets unknown multicast all the same: the chip has no such setting of a port"},
+    {&BridgePort::broadcast_flood, true, "gets broadcast all the same: the chip has no such setting of a port"},
+    {&BridgePort::hairpin, false, "gets no frame back that came from it: the chip has no hairpin mode"},
 };
 
 Learning learning_for(const BridgePort &port) {
@@ -70,9 +70,9 @@ void add_isolation(Draft &draft) {
         for (const auto &[other, set] : isolated) {
             const IntfSet both = ports & set;
             if (std::popcount(both) > 1 && (both & ~isolated[bridge]) != 0) {
-                draft.remark(draft.link(bridge).name,
-                             names_of(both) + " do not reach each other, since they are isolated in " +
-                                 draft.link(other).name + ": the chip isolates ports in all VLANs");
+                draft.remark(draft.link(bridge).name, "has ports that do not reach each other, " + names_of(both) +
+                                                          ": they are isolated in " + draft.link(other).name +
+                                                          ", and the chip isolates ports in all VLANs");
             }
         }
     }

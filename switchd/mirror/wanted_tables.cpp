@@ -65,9 +65,9 @@ void add_ageing(Draft &draft, const std::set<int> &bridges) {
         least = draft.link(quickest).bridge->ageing_seconds;
         for (const int bridge : bridges) {
             if (draft.link(bridge).bridge->ageing_seconds != least) {
-                draft.remark(draft.link(bridge).name, "addresses age after " + std::to_string(least) + " s as in " +
+                draft.remark(draft.link(bridge).name, "forgets addresses after " + std::to_string(least) + " s as " +
                                                           draft.link(quickest).name +
-                                                          ": the chip has one time for all VLANs");
+                                                          " does: the chip has one time for all VLANs");
             }
         }
     }
@@ -85,8 +85,8 @@ adp_mcast_miss unknown_groups_of(Draft &draft, const std::set<int> &bridges, uin
     const char *const name = protocol == ETH_P_IP ? "IPv4" : "IPv6";
     for (const int bridge : bridges) {
         if (trusts(bridge)) {
-            draft.remark(draft.link(bridge).name, std::string("unknown ") + name +
-                                                      " multicast is flooded: " + draft.link(*first_other).name +
+            draft.remark(draft.link(bridge).name, std::string("floods unknown ") + name +
+                                                      " multicast: " + draft.link(*first_other).name +
                                                       " needs it, and the chip has one setting for all VLANs");
         }
     }

@@ -136,8 +136,8 @@ TEST_F(WantedTables, UnknownGroupsAreFloodedIfABridgeNeedsIt) {
     EXPECT_EQ(all.state.unknown_ipv4_groups, ADP_MCAST_MISS_FLOOD);
     ASSERT_THAT(all.remarks, SizeIs(2));
     EXPECT_EQ(all.remarks[0].subject, "br7");
-    EXPECT_THAT(all.remarks[0].sentence, HasSubstr("unknown IPv4 multicast is flooded: br8 needs it"));
-    EXPECT_THAT(all.remarks[1].sentence, HasSubstr("unknown IPv6"));
+    EXPECT_THAT(all.remarks[0].sentence, HasSubstr("floods unknown IPv4 multicast: br8 needs it"));
+    EXPECT_THAT(all.remarks[1].sentence, HasSubstr("floods unknown IPv6"));
 }
 
 TEST_F(WantedTables, WhatTheCpuAloneHasIsKnown) {
@@ -171,7 +171,7 @@ TEST_F(WantedTables, TheShortestAgeingTimeIsEverybodys) {
     EXPECT_EQ(all.state.ageing_seconds, 40U);
     ASSERT_THAT(all.remarks, SizeIs(1));
     EXPECT_EQ(all.remarks[0].subject, "br7");
-    EXPECT_THAT(all.remarks[0].sentence, HasSubstr("after 40 s as in br8"));
+    EXPECT_THAT(all.remarks[0].sentence, HasSubstr("after 40 s as br8 does"));
     k[br8].bridge->ageing_seconds = 0;
     EXPECT_EQ(wanted().state.ageing_seconds, 1U) << "0 turns ageing off in the chip";
 }

@@ -106,16 +106,17 @@ TEST_F(WantedOf, AVlanAwareBridgeHasTheVlansOfItsPorts) {
     k[swp1].vlans = {{10, true, true}, {20, false, false}};
     k[swp2].vlans = {{20, false, true}, {4001, false, false}};
     k.port({3, 30}, bridge);
+    k.port({4, 0}, k.bridge("br40"));
+    EXPECT_EQ(vlan(40).not_forwarding, TreeStates{});
     EXPECT_EQ(vlan(10), (VlanState{ports({0, 1}), ports({1}), {{2, ADP_STG_STATE_BLOCKING}}}));
     EXPECT_EQ(vlan(20), (VlanState{ports({0, 1, 2}), ports({2}), {{2, ADP_STG_STATE_BLOCKING}}}));
     EXPECT_EQ(port(1).pvid, 10);
     EXPECT_EQ(port(2).pvid, 4002);
     EXPECT_EQ(vlan(4002).members, ports({0})) << "its untagged frames are nobody's";
     EXPECT_EQ(wanted().places.at({20, 2}), (BridgePlace{swp2, bridge, 20, false}));
-    EXPECT_THAT(wanted().bridges, IsEmpty());
-    EXPECT_THAT(remarks_on("br0"), ElementsAre("is not in hardware: VLAN 4001 is kept for swp1"));
-    EXPECT_THAT(remarks_on("swp3.30"),
-                ElementsAre("is not in hardware: its bridge is aware of VLANs and looks at tags"));
+    EXPECT_FALSE(wanted().bridges.contains(bridge));
+    EXPECT_THAT(remarks_on("br0"), ElementsAre("gets no frames of a VLAN: VLAN 4001 is kept for swp1"));
+    EXPECT_THAT(remarks_on("swp3.30"), ElementsAre(HasSubstr("is left to the kernel")));
     EXPECT_EQ(vlan(30).members, ports({0, 3}));
 }
 
@@ -154,7 +155,8 @@ TEST_F(WantedOf, IsolatedPortsDoNotReachEachOther) {
     const int br2 = k.bridge("br2");
     k.port({1, 2}, br2, isolated);
     k.port({3, 2}, br2, isolated);
-    EXPECT_THAT(remarks_on("br1"), ElementsAre(HasSubstr("swp1, swp3 do not reach each other")));
+    EXPECT_THAT(remarks_on("br1"),
+                ElementsAre(HasSubstr("do not reach each other, swp1, swp3: they are isolated in br2")));
     EXPECT_THAT(remarks_on("br2"), IsEmpty());
 }
 

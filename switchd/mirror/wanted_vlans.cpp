@@ -1,6 +1,4 @@
 // Of the wanted state: the VLANs, their members and spanning-tree states, and the ports' own VLANs.
-#include <algorithm>
-
 #include "switchd/mirror/draft.h"
 
 namespace switchd {
@@ -82,7 +80,7 @@ class Vlans {
         }
         const bool is_tagged = member.port.vid != 0;
         if (is_tagged && member.port.vid != bridge->second) {
-            return draft_.remark(member.link->name, "is not in hardware: " + draft_.link(member.bridge).name +
+            return draft_.remark(member.link->name, "is left to the kernel: " + draft_.link(member.bridge).name +
                                                         " stands for VLAN " + std::to_string(bridge->second));
         }
         join(member, {bridge->second, 0, !is_tagged, !is_tagged});
@@ -92,7 +90,7 @@ class Vlans {
     void add_to_aware(const Member &member) {
         if (member.port.vid != 0) {
             return draft_.remark(member.link->name,
-                                 "is not in hardware: its bridge is aware of VLANs and looks at tags");
+                                 "is left to the kernel: its bridge is aware of VLANs, and looks at tags itself");
         }
         for (const BridgeVlan &vlan : member.link->vlans) {
             if (draft_.chip_vid_of(member.bridge, vlan.vid)) {
@@ -111,8 +109,7 @@ class Vlans {
 
     void join(const Member &member, const Membership &how) {
         if ((joined_[how.vid] & member.ports) != 0) {
-            return draft_.remark(member.link->name,
-                                 "is not in hardware: its port is in VLAN " + std::to_string(how.vid) + " already");
+            return;  // what is said of the VLAN of a tagged interface is said of this one, too
         }
         joined_[how.vid] |= member.ports;
         draft_.served[member.interface] = &member;
@@ -140,12 +137,6 @@ class Vlans {
         for_each(member.ports, [&](uint32_t port) { state_.vlans[vid].not_forwarding[port] = *state; });
     }
 
-    /** A remark says already why the interface is not in its bridge's VLAN. */
-    bool is_named(const Member &member) const {
-        return std::any_of(draft_.wanted.remarks.begin(), draft_.wanted.remarks.end(),
-                           [&](const Remark &remark) { return remark.subject == member.link->name; });
-    }
-
     /** Frames with a tag, of an interface that the chip bridges with no other. */
     void add_standalone(const Member &member) {
         if (member.port.vid == 0 || draft_.served.contains(member.interface)) {
@@ -155,8 +146,8 @@ class Vlans {
         if (taken.empty()) {
             draft_.owners[member.port.vid] = member.interface;
             state_.vlans[member.port.vid].members = kCpuAlone | member.ports;
-        } else if (!is_named(member)) {
-            draft_.remark(member.link->name, taken);
+        } else {
+            draft_.remark(member.link->name, "gets no frames: " + taken);
         }
     }
 

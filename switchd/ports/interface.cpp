@@ -5,6 +5,7 @@
 
 #include <utility>
 
+#include "switchd/kernel/requests.h"
 #include "switchd/ports/interface_marks.h"
 #include "switchd/ports/tap_interface.h"
 #include "switchd/ports/veth_interface.h"
@@ -35,14 +36,6 @@ std::unique_ptr<Interface> make_veth(const PortName &port, const InterfaceSettin
     return VethInterface::make(port, settings, links);
 }
 
-/** What a predecessor made of another kind gives way. */
-std::vector<FoundLink> without_other_kind(const PortName &port, const char *kind, std::vector<FoundLink> links) {
-    std::erase_if(links, [&](const FoundLink &link) {
-        return marked_port_of(link) == port && link.kind != kind && remove_link(link.index) == 0;
-    });
-    return links;
-}
-
 }  // namespace
 
 InterfaceKind best_interface_kind() {
@@ -62,14 +55,13 @@ Mac mac_of(const PortName &port, const Mac &base) {
 
 std::unique_ptr<Interface> make_interface(const PortName &port, const InterfaceSettings &settings,
                                           const std::vector<FoundLink> &links, vdevice::UniqueFd kept) {
-    const bool is_tap = settings.kind == InterfaceKind::kTap;
-    const std::vector<FoundLink> others = without_other_kind(port, is_tap ? "tun" : "veth", links);
-    return is_tap ? make_tap(port, settings, others, std::move(kept)) : make_veth(port, settings, others);
+    return settings.kind == InterfaceKind::kTap ? make_tap(port, settings, links, std::move(kept))
+                                                : make_veth(port, settings, links);
 }
 
 void Interface::remove() {
     // By its index a TAP goes at once, whoever else has its descriptor.
-    if (index_ == 0 || remove_link(index_) != 0) {
+    if (index_ == 0 || KernelRequests{}.remove_link(index_) != 0) {
         destroy();
     }
 }

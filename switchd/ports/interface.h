@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "switchd/kernel/kernel_state.h"
-#include "switchd/ports/link_requests.h"
+#include "switchd/ports/found_links.h"
 #include "switchd/ports/port_name.h"
 #include "vdevice/chip/frame/frame.h"
 #include "vdevice/io/receive_batch.h"

@@ -30,6 +30,10 @@ std::string far_mark_of(const PortName &port) {
     return mark_of(port) + std::string{kFar};
 }
 
+LinkSettings first_settings_of(const PortName &port, const InterfaceSettings &settings) {
+    return {.mtu = settings.mtu, .mac = mac_of(port, settings.base_mac), .alias = mark_of(port)};
+}
+
 std::optional<PortName> marked_port_of(const FoundLink &link) {
     std::string_view alias = link.alias;
     if (!alias.starts_with(kMark)) {

@@ -5,7 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "switchd/ports/link_requests.h"
+#include "switchd/kernel/requests.h"
+#include "switchd/ports/found_links.h"
+#include "switchd/ports/interface.h"
 #include "switchd/ports/port_name.h"
 
 namespace switchd {
@@ -13,6 +15,9 @@ namespace switchd {
 std::string mark_of(const PortName &port);
 /** Of the far end of a pair. */
 std::string far_mark_of(const PortName &port);
+
+/** Of an interface that is made: its address, its MTU and its mark. */
+LinkSettings first_settings_of(const PortName &port, const InterfaceSettings &settings);
 
 /** The port of an interface that has such a mark. */
 std::optional<PortName> marked_port_of(const FoundLink &link);

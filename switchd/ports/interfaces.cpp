@@ -2,10 +2,12 @@
 #include "switchd/ports/interfaces.h"
 
 #include <sys/epoll.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <utility>
 
+#include "switchd/kernel/requests.h"
 #include "switchd/ports/interface_marks.h"
 #include "switchd/ports/tap_interface.h"
 #include "vdevice/io/error.h"
@@ -15,9 +17,14 @@ namespace switchd {
 Interfaces::Interfaces(vdevice::io::EventLoop &loop, InterfaceSettings settings, const std::string &keeper_path,
                        Handler on_frames)
     : loop_{loop}, settings_{settings}, on_frames_{std::move(on_frames)} {
-    if (!keeper_path.empty() && settings_.kind == InterfaceKind::kTap) {
+    if (keeper_path.empty()) {
+        return;
+    }
+    if (settings_.kind == InterfaceKind::kTap) {
         keeper_.emplace(keeper_path);
         kept_ = keeper_->held();
+    } else {
+        unlink(keeper_path.c_str());  // a predecessor's keeper ends
     }
 }
 
@@ -102,10 +109,11 @@ void Interfaces::remove_leftovers(const std::set<PortName> &wanted) {
     if (std::exchange(has_looked_for_leftovers_, true)) {
         return;
     }
+    const std::string kind = settings_.kind == InterfaceKind::kTap ? "tun" : "veth";
     for (const FoundLink &link : find_links()) {
         const auto port = marked_port_of(link);
-        if (port && !wanted.contains(*port)) {
-            remove_link(link.index);  // the second end of a pair has gone with the first
+        if (port && (!wanted.contains(*port) || link.kind != kind)) {
+            KernelRequests{}.remove_link(link.index);  // the second end of a pair has gone with the first
         }
     }
     remove_kept(wanted);

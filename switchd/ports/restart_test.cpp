@@ -1,9 +1,11 @@
 // A daemon is killed; the next one takes its TAP interfaces over, and their carrier has never gone.
+#include <adp/types.h>
 #include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdio>
 
 #include "switchd/ports/testing/interface_fixture.h"
 #include "vdevice/io/link_monitor.h"
@@ -152,6 +154,36 @@ TEST_F(RestartTest, ATextInTheMarksPlaceDoesNoHarm) {
     EXPECT_EQ(find_link("swp1")->alias, "to the core");
     interfaces->remove_all();
     EXPECT_FALSE(find_link("swp1"));
+}
+
+TEST_F(RestartTest, PairsTakeThePlaceOfKeptInterfaces) {
+    live_and_be_killed();
+    InterfaceSettings settings;
+    settings.kind = InterfaceKind::kVeth;
+    Interfaces other{loop_, settings, path_, [](Interface &) {}};
+    EXPECT_TRUE(other.set_wanted(kPorts).empty());
+    EXPECT_EQ(find_link("swp1")->kind, "veth");
+    EXPECT_NE(access(path_.c_str(), F_OK), 0) << "the keeper ends";
+    other.remove_all();
+}
+
+TEST_F(RestartTest, ManyInterfacesAreTakenOverInLessThanASecond) {
+    std::set<PortName> many;
+    for (uint32_t port = 1; port <= ADP_USER_PORTS; ++port) {
+        for (uint16_t vid = 0; vid < 10; ++vid) {
+            many.insert({port, vid});
+        }
+    }
+    Interfaces{loop_, {}, path_, [](Interface &) {}}.set_wanted(many);
+    const auto began = std::chrono::steady_clock::now();
+    Interfaces next{loop_, {}, path_, [](Interface &) {}};
+    EXPECT_TRUE(next.set_wanted(many).empty());
+    const auto took = std::chrono::steady_clock::now() - began;
+    EXPECT_LT(took, std::chrono::seconds{1});
+    std::printf("%zu interfaces in %lld ms\n", many.size(),
+                static_cast<long long>(std::chrono::duration_cast<std::chrono::milliseconds>(took).count()));
+    next.remove_all();
+    EXPECT_FALSE(find_link("swp26.9"));
 }
 
 TEST_F(RestartTest, TwoDaemonsAtOnceAreRefused) {

@@ -10,6 +10,7 @@
 
 #include <cerrno>
 
+#include "switchd/kernel/requests.h"
 #include "switchd/ports/interface_marks.h"
 #include "vdevice/io/error.h"
 
@@ -74,11 +75,7 @@ std::unique_ptr<Interface> TapInterface::make(const PortName &port, const Interf
     const auto index = static_cast<int>(if_nametoindex(name.c_str()));
     auto made = std::make_unique<TapInterface>(port, index, std::move(fd));
     made->set_carrier(false);
-    LinkChanges first;
-    first.mac = mac_of(port, settings.base_mac);
-    first.mtu = settings.mtu;
-    first.alias = mark_of(port);
-    check_done(change_link(index, first), "set up interface " + name);
+    check_done(KernelRequests{}.set_link(index, first_settings_of(port, settings)), "set up interface " + name);
     if (ioctl(made->fd(), TUNSETPERSIST, 1) != 0) {
         throw error_from_errno("keep interface " + name);
     }

@@ -5,6 +5,7 @@
 
 #include <array>
 
+#include "switchd/kernel/requests.h"
 #include "switchd/ports/interface_marks.h"
 #include "vdevice/io/error.h"
 #include "vdevice/io/interfaces.h"
@@ -38,14 +39,9 @@ void prepare(const std::string &near_name, const std::string &far_name) {
 
 void mark_pair(const PortName &port, const InterfaceSettings &settings, int near, int far) {
     const std::string action = "set up interface " + name_of(port);
-    LinkChanges of_near;
-    of_near.mac = mac_of(port, settings.base_mac);
-    of_near.mtu = settings.mtu;
-    of_near.alias = mark_of(port);
-    LinkChanges of_far;
-    of_far.alias = far_mark_of(port);
-    check_done(change_link(far, of_far), action);
-    check_done(change_link(near, of_near), action);
+    KernelRequests requests;
+    check_done(requests.set_link(far, {.alias = far_mark_of(port)}), action);
+    check_done(requests.set_link(near, first_settings_of(port, settings)), action);
 }
 
 }  // namespace
@@ -56,7 +52,7 @@ std::unique_ptr<Interface> VethInterface::make(const PortName &port, const Inter
     const std::string far_name = far_name_of(port);
     check_is_free(links, name);
     check_is_free(links, far_name);
-    check_done(make_veth_pair(name, far_name), "make interface " + name);
+    check_done(KernelRequests{}.make_veth_pair(name, far_name), "make interface " + name);
     const int near = index_of(name);
     const int far = index_of(far_name);
     try {
@@ -64,7 +60,7 @@ std::unique_ptr<Interface> VethInterface::make(const PortName &port, const Inter
         prepare(name, far_name);
         return std::make_unique<VethInterface>(port, near, far, far_name);
     } catch (const vdevice::io::Error &) {
-        remove_link(near);
+        KernelRequests{}.remove_link(near);
         throw;
     }
 }
@@ -84,10 +80,8 @@ bool VethInterface::is_gone() const {
 }
 
 void VethInterface::set_carrier(bool on) {
-    LinkChanges changes;
-    changes.up = on;
     // If it fails the interface is gone, which its user learns in another way.
-    change_link(far_index_, changes);
+    KernelRequests{}.set_link(far_index_, {.up = on});
 }
 
 void VethInterface::read(ReadRoom &room, const Take &take) {
@@ -104,7 +98,7 @@ bool VethInterface::write(const vdevice::chip::Frame &frame) {
 
 void VethInterface::destroy() {
     far_.close();
-    remove_link(far_index_);
+    KernelRequests{}.remove_link(far_index_);
 }
 
 }  // namespace switchd

@@ -1,6 +1,7 @@
 """IEEE 802.1X by wire: hostapd lets a host in, and wpa_supplicant asks to be let in."""
 
 from .builds import ROOT
+from .process import poll_until
 from .program import Program
 
 HOSTAPD = """\
@@ -30,6 +31,7 @@ network={{
 """
 
 
+LOG_ON_SECONDS, TRY_SECONDS = 30.0, 3.0
 ACTION = ROOT / "switchd" / "daemon" / "adp-switchd-dot1x"
 
 
@@ -94,9 +96,12 @@ class Supplicant(Program):
         self.run(*self._control("logoff"))
 
     def log_on(self):
+        """Tries again and again to be let in after log_off(): hostapd ignores who comes back at once."""
         self.run(*self._control("logon"))
-        # Otherwise it waits for half a minute before it begins.
-        self.run(*self._control("reassociate"))
+        poll_until(self._try_again, LOG_ON_SECONDS, f"{self.name}: the success", TRY_SECONDS)
+
+    def _try_again(self):
+        return self.is_let_in() or not self.run(*self._control("reassociate"))
 
     def _control(self, *words):
         return ("wpa_cli", "-p", self.path("control"), "-i", self._interface, *words)

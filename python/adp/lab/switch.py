@@ -13,6 +13,7 @@ from .process import poll_until
 from .switchd import Switchd
 
 SETTLE_SECONDS = 20.0
+USUAL_MTU = 1500
 
 
 class Switch:
@@ -23,6 +24,8 @@ class Switch:
         self.namespace = lab.device.namespace
         self.has_chip = has_chip
         self._stack = contextlib.ExitStack()
+        for host in lab.hosts.values():
+            _use_usual_mtu(host.namespace, host.nic.interface)
         if has_chip:
             text = f"user_ports = {lab.device.user_ports}\n{configuration}"
             self.switchd = self.add(Switchd(lab.device, text))
@@ -38,6 +41,8 @@ class Switch:
     def neighbour(self, ports, name):
         """A neighbour with the cables of these ports, which are up."""
         made = self.add(Neighbour(self.lab.device, ports, name))
+        for interface in made.interfaces.values():
+            _use_usual_mtu(made.namespace, interface)
         self.raise_ports(*(f"swp{port}" for port in ports))
         for interface in made.interfaces.values():
             poll_until(lambda i=interface: made.namespace.is_operational(i), SETTLE_SECONDS, f"A link to the {name}")
@@ -78,6 +83,11 @@ class Switch:
 
     def close(self):
         self._stack.close()
+
+
+def _use_usual_mtu(namespace, interface):
+    """The device's cables carry longer frames than the switch forwards as it is set up."""
+    namespace.ip(f"link set {interface} mtu {USUAL_MTU}")
 
 
 def chip_state(device):

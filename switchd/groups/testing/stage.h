@@ -19,6 +19,7 @@ using std::chrono::seconds;
 constexpr lacp::SystemId kOwnSystem = {0x8000, {0x02, 0, 0, 0, 0, 0x01}};
 constexpr lacp::SystemId kPartnerSystem = {0x8000, {0x02, 0, 0, 0, 0, 0x02}};
 constexpr uint16_t kPartnerKey = 50;
+constexpr uint16_t kDefaultPortPriority = 0x8000;
 
 inline GroupSettings lacp_group(const std::vector<uint32_t> &ports) {
     GroupSettings group;

@@ -105,9 +105,9 @@ class LiveTest : public testing::Test {
         EXPECT_EQ(differing, "");
     }
 
-    static std::vector<LearnedAddress> addresses(int interface, size_t count) {
+    static std::vector<AddressChange> addresses(int interface, size_t count) {
         constexpr size_t kOctet = 256;
-        std::vector<LearnedAddress> made;
+        std::vector<AddressChange> made;
         for (size_t number = 0; number < count; ++number) {
             made.push_back(
                 {interface,

@@ -53,7 +53,7 @@ class RandomState {
     uint32_t below(size_t limit) { return static_cast<uint32_t>(random_() % limit); }
     IntfSet some_ports() { return below(IntfSet{1} << (kPorts + 1)) & ~kCpuAlone; }
     uint16_t some_vid(const SwitchState &state) {
-        return std::next(state.vlans.begin(), below(state.vlans.size()))->first;
+        return std::next(state.vlans.begin(), static_cast<ptrdiff_t>(below(state.vlans.size())))->first;
     }
 
     std::mt19937 random_;
