@@ -24,7 +24,6 @@ WAYS = ("kernel to chip", "chip to kernel")
 NOTES = [
     "The bare loop reads a frame from the TAP interface and sends one that is ready on eth0, or the other way. 'rate' is "
     "the relay's over the bare loop's in the processor's time: the median over many short blocks that take turns.",
-    "To the chip the library needs four system calls for each frame.",
 ]
 
 

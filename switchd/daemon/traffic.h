@@ -39,7 +39,10 @@ class Traffic {
     const CpuPort &cpu_port() const { return cpu_port_; }
 
     /** Sends a frame of the daemon's own as it is. */
-    void send(uint32_t intf, std::span<const uint8_t> frame) { cpu_port_.send(intf, 0, frame); }
+    void send(uint32_t intf, std::span<const uint8_t> frame) {
+        cpu_port_.send(intf, 0, frame);
+        cpu_port_.flush();
+    }
     /**
      * To be called once a second: opens the CPU's interface again when another one has taken its place. Throws a
      * vdevice::io::Error while there is none.

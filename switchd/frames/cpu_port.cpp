@@ -1,16 +1,13 @@
-// Uses the library's frame calls; only reading from the socket is done here.
+// The tags are the library's, the socket is this one's own: the library's needs four system calls for a frame.
 #include "switchd/frames/cpu_port.h"
 
+#include <adp/agg.h>
 #include <adp/pkt.h>
-#include <fcntl.h>
-#include <linux/filter.h>
-#include <sys/socket.h>
 
 #include <algorithm>
-#include <cerrno>
+#include <array>
 
 #include "vdevice/chip/frame/switch_tag.h"
-#include "vdevice/io/error.h"
 
 namespace switchd {
 namespace {
@@ -22,37 +19,14 @@ using vdevice::chip::kVlanTagBytes;
 
 constexpr size_t kMostOctets = vdevice::chip::kMaxFrameBytes + kVlanTagBytes;
 
-/** The number may be that of printed characters instead: then it is no packet socket. */
-bool is_packet_socket(int fd) {
-    int family = 0;
-    socklen_t size = sizeof(family);
-    return getsockopt(fd, SOL_SOCKET, SO_DOMAIN, &family, &size) == 0 && family == AF_PACKET;
-}
-
-/** The library's socket for sending. What it would receive is read by nobody, so the kernel keeps none of it. */
-void open_for_sending() {
-    static bool is_done = false;
-    if (is_done) {
-        return;
-    }
-    const int fd = adp_pkt_init();
-    if (!is_packet_socket(fd)) {
-        throw vdevice::io::error_from_errno("open the socket for frames to the switch");
-    }
-    sock_filter nothing{BPF_RET | BPF_K, 0, 0, 0};
-    const sock_fprog filter{1, &nothing};
-    setsockopt(fd, SOL_SOCKET, SO_ATTACH_FILTER, &filter, sizeof(filter));
-    fcntl(fd, F_SETFD, FD_CLOEXEC);
-    is_done = true;
-}
+/** Word 1 of the tag that __adp_transmit_frame() makes for one port. */
+constexpr uint32_t kOnePortAsGiven = 0xDA000000;
 
 }  // namespace
 
-CpuPort::CpuPort(const std::string &interface_name)
-    : port_{interface_name}, received_(kMostOctets), sent_(kMostOctets) {}
+CpuPort::CpuPort(const std::string &interface_name) : port_{interface_name}, received_(kMostOctets) {}
 
 void CpuPort::open() {
-    open_for_sending();
     port_.close();
     port_.open();
 }
@@ -83,21 +57,27 @@ void CpuPort::take_frame(Bytes frame, const Take &take) {
 }
 
 bool CpuPort::send(uint32_t intf, uint16_t vid, Bytes frame) {
-    if (!is_open() || frame.size() < kAddressBytes || frame.size() + kVlanTagBytes > sent_.size()) {
+    adp_intf_t port = intf;
+    const bool is_group = intf >> ADP_INTF_TYPE_SHIFT == ADP_INTF_TYPE_AGG;
+    if (!is_open() || frame.size() < kAddressBytes || frame.size() + kVlanTagBytes > vdevice::chip::kMaxFrameBytes ||
+        (is_group && (GET_AGG_MANAGE_INTF(intf, &port) != ADP_OK || port == 0))) {
         return false;
     }
-    uint8_t *end = std::copy_n(frame.begin(), kAddressBytes, sent_.data());
+    std::array<uint8_t, kAddressBytes + vdevice::chip::kTransmitTagBytes + kVlanTagBytes> head{};
+    uint8_t *end = std::copy_n(frame.begin(), kAddressBytes, head.data());
+    vdevice::chip::write16(end, vdevice::chip::kSwitchTagType);
+    end += kTypeBytes;
+    vdevice::chip::write32(end, kOnePortAsGiven | port);
+    adp_bcmtag_dest_port_intf_2_phy(end);
+    end += 2 * sizeof(uint32_t);
     if (vid != 0) {
         vdevice::chip::write16(end, vdevice::chip::kVlanTpid);
         vdevice::chip::write16(end + kTypeBytes, vid);
         end += kVlanTagBytes;
     }
-    end = std::copy(frame.begin() + kAddressBytes, frame.end(), end);
-    adp_tx_dest_t destination{{nullptr, nullptr}, intf};
-    adp_list_link_t head{&destination.link, &destination.link};
-    destination.link = {&head, &head};
-    const adp_tx_frame_t sent{sent_.data(), static_cast<uint32_t>(end - sent_.data()), 0};
-    return __adp_transmit_frame(&sent, &head, ADP_NO_VLAN, ADP_TX_ONE_PORT) == ADP_OK;
+    const auto used = static_cast<size_t>(end - head.data());
+    port_.queue({Bytes{head}.first(used), frame.subspan(kAddressBytes)});
+    return true;
 }
 
 }  // namespace switchd

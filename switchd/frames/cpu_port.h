@@ -17,7 +17,6 @@ class CpuPort {
     /** A frame from the chip, with a VLAN tag but without the switch tag. */
     using Take = std::function<void(uint32_t port, vdevice::chip::Bytes frame)>;
 
-    /** Frames are received on this interface; the library sends on "eth0". */
     explicit CpuPort(const std::string &interface_name = "eth0");
 
     /** Throws an io::Error if the interface or the privilege is missing. May be called again when it is there anew. */
@@ -30,14 +29,17 @@ class CpuPort {
     /** Hands over waiting frames, and at most so many that others have their turn. */
     void receive(const Take &take);
     /**
-     * Sends a frame on a user port or a group as it is, with a tag of the VLAN put in unless that is 0. False if it
-     * could not be sent.
+     * Sends a frame on a user port or a group as it is, with a tag of the VLAN put in unless that is 0. It waits for
+     * flush(). False if the frame or the interface is none that can be sent on.
      */
     bool send(uint32_t intf, uint16_t vid, vdevice::chip::Bytes frame);
+    void flush() { port_.flush(); }
 
     /** Received frames that were not the switch's. */
     uint64_t foreign_frames() const { return foreign_frames_; }
     uint64_t lost_frames() const { return port_.receive_losses(); }
+    /** Frames that the interface did not take. */
+    uint64_t unsent_frames() const { return port_.send_failures(); }
 
   private:
     void take_frame(vdevice::chip::Bytes frame, const Take &take);
@@ -45,7 +47,6 @@ class CpuPort {
     vdevice::io::PacketPort port_;
     vdevice::io::ReceiveBatch batch_;
     std::vector<uint8_t> received_;
-    std::vector<uint8_t> sent_; /**< apart: who gets a frame may send one */
     uint64_t foreign_frames_ = 0;
 };
 

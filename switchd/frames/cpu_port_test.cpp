@@ -127,10 +127,13 @@ TEST_P(CpuPortTest, AnUnknownChipPortIsNoUserPort) {
 
 TEST_P(CpuPortTest, FramesAreSentAsGivenOrWithATag) {
     EXPECT_TRUE(cpu_port_.send(3, 0, kAddresses + kText));
+    cpu_port_.flush();
     EXPECT_TRUE(chip_->receives(to_chip(3, kText)));
     EXPECT_TRUE(cpu_port_.send(26, 4094, kAddresses + kText));
+    cpu_port_.flush();
     EXPECT_TRUE(chip_->receives(to_chip(26, vlan_tag(4094) + kText)));
     EXPECT_TRUE(cpu_port_.send(1, kVid, kAddresses + vlan_tag(7) + kText));
+    cpu_port_.flush();
     EXPECT_TRUE(chip_->receives(to_chip(1, vlan_tag(kVid) + vlan_tag(7) + kText)));
 }
 
@@ -156,8 +159,10 @@ TEST_P(CpuPortTest, AnInterfaceThatWasReplacedIsOpenedAgain) {
 }
 
 TEST_P(CpuPortTest, AGroupIsReachedByItsManager) {
+    EXPECT_FALSE(cpu_port_.send(ADP_AGG_INTF(2), 0, kAddresses + kText)) << "it has none";
     ASSERT_EQ(SET_AGG_MANAGE_INTF(ADP_AGG_INTF(2), 5), ADP_OK);
     EXPECT_TRUE(cpu_port_.send(ADP_AGG_INTF(2), 0, kAddresses + kText));
+    cpu_port_.flush();
     EXPECT_TRUE(chip_->receives(to_chip(5, kText)));
     ASSERT_EQ(SET_AGG_MANAGE_INTF(ADP_AGG_INTF(2), 0), ADP_OK);
 }
@@ -247,7 +252,7 @@ TEST_P(RelayTest, LossesAreCounted) {
     Program program{"swp1"};
     EXPECT_TRUE(run_until([&] {
         program.send(kAddresses + octets16(0x88B5) + Octets(46, 0x66));
-        return path_.counters(1).of(Drop::kNotSent) != 0;
+        return cpu_port_.unsent_frames() != 0;
     }));
 }
 

@@ -44,6 +44,7 @@ void Relay::from_interface(Interface &interface, Time now) {
             path_.count_drop(name.intf, Drop::kNotSent);
         }
     });
+    cpu_port_.flush();
 }
 
 }  // namespace switchd

@@ -14,6 +14,9 @@ TEST_F(TakeoverTest, WhatTheChipRefusesIsSaidAndTriedAgain) {
     stage_.plug({1});
     driver().fail_every("user_trunk_set", -5);
     stage_.configure({{1, static_group({1})}});
+    EXPECT_THAT(calls(),
+                ElementsAre("trap", "create 0", "balance 0 3", "set 0 04", "create 0", "balance 0 3", "mirror"))
+        << "the chip may have lost the trunk";
     EXPECT_EQ(groups().idle_members(), Ports{1}) << "a port that is in no trunk must not forward";
     EXPECT_FALSE(groups().is_up(1));
     EXPECT_EQ(groups().status()[1].fault, "The chip does not add members to the group (-5).");
@@ -46,6 +49,10 @@ TEST_F(TakeoverTest, ASuccessorGoesOnWithTheSameMembers) {
     const SavedGroups saved = groups().saved();
     EXPECT_EQ(saved.groups, Ports{1});
     EXPECT_THAT(saved.members, ::testing::SizeIs(2));
+    using namespace lacp::state;
+    EXPECT_EQ(saved.members.at(1).partner.state,
+              kActive | kShortTimeout | kAggregation | kSynchronization | kCollecting)
+        << "whether the partner distributes already does not matter";
     start_over_library();
     stage_.restart(saved);
     stage_.configure({{1, lacp_group({1, 2, 3})}});

@@ -124,6 +124,33 @@ TEST_F(LacpReceive, APartnerOfAnotherIdentityStartsAgain) {
     }
 }
 
+TEST_F(LacpReceive, APartnerThatCannotAggregateNeedNotKnowUs) {
+    add(1);
+    Lacpdu pdu = words(1, kInUse & ~state::kAggregation);
+    pdu.partner = {};
+    hear(1, pdu);
+    EXPECT_TRUE(status(1).partner.has(state::kSynchronization));
+}
+
+TEST_F(LacpReceive, APassivePartnerIsInSyncOnlyWithAnActiveEnd) {
+    for (const bool is_active : {true, false}) {
+        add(1, {.key = kKey, .is_active = is_active, .is_fast = true});
+        Lacpdu pdu = words(1, kInUse & ~state::kActive);
+        pdu.partner.set(state::kActive, true);
+        hear(1, pdu);
+        EXPECT_EQ(status(1).partner.has(state::kSynchronization), is_active);
+    }
+}
+
+TEST_F(LacpReceive, APartnerFromBeforeTheLinkWasUpIsNotSelected) {
+    use(1);
+    system_.set_link(1, false, false, now_);
+    system_.set_link(1, true, true, now_);
+    EXPECT_EQ(status(1).receive, ReceiveState::kExpired);
+    EXPECT_EQ(status(1).partner.system, kPartner);
+    EXPECT_EQ(status(1).selected, Selected::kUnselected);
+}
+
 TEST_F(LacpMux, APortComesIntoUseStepByStep) {
     add(1);
     EXPECT_EQ(status(1).mux, MuxState::kDetached);

@@ -25,6 +25,33 @@ TEST_F(LacpPeriodic, ThePartnerChoosesThePeriod) {
     EXPECT_EQ(sent(1).size(), 1U) << "at once when the partner wants to hear more";
 }
 
+TEST_F(LacpPeriodic, APartnerThatIsLateIsAskedOftener) {
+    use(1, kSlow);
+    hear(1, words(1, kInUse & ~state::kShortTimeout));
+    pass(seconds(90));
+    ASSERT_EQ(status(1).receive, ReceiveState::kExpired);
+    sent(1);
+    pass(milliseconds(2999));
+    EXPECT_EQ(sent(1).size(), 2U);
+}
+
+TEST_F(LacpPeriodic, AMistakenPartnerIsReminded) {
+    constexpr uint8_t kSlowly = kInUse & ~state::kShortTimeout;
+    use(1);
+    pass_hearing(seconds(2), 1, kSlowly);
+    sent(1);
+    Lacpdu late = words(1, kSlowly);
+    late.partner.set(state::kSynchronization, false);
+    hear(1, late);
+    EXPECT_EQ(sent(1).size(), 1U);
+    hear(1, late);
+    EXPECT_EQ(sent(1).size(), 0U) << "not twice in a second";
+    Lacpdu wrong = words(1, kSlowly);
+    wrong.partner.set(state::kShortTimeout, false);
+    hear(1, wrong);
+    EXPECT_EQ(sent(1).size(), 1U) << "it would time out";
+}
+
 TEST_F(LacpPeriodic, WithoutPartnerAPortSendsAsOftenAsItWantsToHear) {
     add(1);
     add(2, kSlow);

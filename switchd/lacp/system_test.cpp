@@ -150,6 +150,14 @@ TEST_F(LacpSystem, APortThatIsResumedDistributesAtOnce) {
     EXPECT_EQ(status(1).mux, MuxState::kDistributing);
 }
 
+TEST_F(LacpSystem, APortWhoseLinkIsKnownIsNotResumed) {
+    add(1);
+    system_.resume_port(1, kFast, words_of_use(1), now_);
+    system_.set_link(1, true, true, now_);
+    EXPECT_EQ(status(1).receive, ReceiveState::kExpired);
+    EXPECT_EQ(status(1).mux, MuxState::kDetached);
+}
+
 TEST_F(LacpSystem, APortThatIsResumedInVainIsNotUsed) {
     system_.resume_port(1, kFast, words_of_use(1), now_);
     system_.set_link(1, true, true, now_);

@@ -72,8 +72,13 @@ TEST_P(InterfacesTest, TheNextDaemonAdoptsThemAsTheyAre) {
     const int index = at(kOne).index();
     ip("link set swp1 name uplink");
     ip("link set uplink mtu 1400 address 02:00:00:00:07:07 up");
+    interfaces_->set_carrier(1, true);
+    EXPECT_TRUE(comes_true([] { return find_link("uplink")->carrier; }));
     kill();
     start();
+    if (GetParam() == InterfaceKind::kVeth) {
+        EXPECT_TRUE(find_link("uplink")->carrier) << "the far end is still up; a TAP interface needs the keeper";
+    }
     want({kOne, kTwo});
     EXPECT_EQ(at(kOne).index(), index);
     EXPECT_FALSE(find_link("swp1"));
