@@ -65,7 +65,8 @@ def test_a_ring_never_loops_and_its_cut_moves(make_switch, tell):
     switch = ring.switch
     host, at_root, at_other = ring.stations
     lab = switch.lab
-    with Flow(host, [at_root, at_other], lab.marker(), [lab.mac(HOST)], interval=0.004) as flow:
+    back = Flow(at_other, [host], lab.marker(), [lab.mac()], interval=0.004)
+    with Flow(host, [at_root, at_other], lab.marker(), [lab.mac(HOST)], interval=0.004) as flow, back:
         ring.await_states("forwarding", "blocking")
         poll_until(lambda: flow.count(at_other), MOVED_SECONDS, "A frame around the ring")
         time.sleep(STEADY_SECONDS)
@@ -83,3 +84,4 @@ def test_a_ring_never_loops_and_its_cut_moves(make_switch, tell):
         tell(f"at the {name}: a gap of {gaps[0]:.1f} s when the cable was pulled, {gaps[1]:.1f} s when it was back")
         assert flow.repeated(station) == [], "no frame is seen twice at any time"
         assert max(gaps) < LONGEST_GAP_SECONDS
+    assert (back.count(host) > 0, back.repeated(host)) == (True, []), "nor on the way back"

@@ -24,7 +24,6 @@ interfaces = ["agg1.10", "agg1.20"]
 [groups.agg1]
 members = ["swp7", "swp8"]
 mode = "lacp"
-rate = "fast"
 """
 ACCESS = """
 [ports.swp3]
@@ -37,7 +36,6 @@ SNOOPING = (
 )
 GROUP = "239.1.2.3"
 READY_SECONDS, STEADY_SECONDS, DOWN_SECONDS = 40.0, 1.0, 1.0
-# A trunk's members and a tree's states are the chip's; nothing of them may change while nobody tells it anything.
 MOST_SYNC_SECONDS = 3.0
 
 pytestmark = [
