@@ -65,14 +65,15 @@ class Bed:
             nic.close()  # each gets a copy of every frame
         namespace = self.switch.namespace
         self.switch.bridge(BRIDGE, [MEMBER], addresses=[f"{NETWORK}.1/24"])
-        # Else it would change with the members.
-        namespace.ip(f"link set {BRIDGE} address {namespace.mac_of(BRIDGE)}")
         self._host.set_address(f"{NETWORK}.2/24")
         self._lay_cable(namespace, self._host.namespace)
+        for bridge in (BRIDGE, DIRECT_BRIDGE):  # whose addresses would change with their members
+            namespace.ip(f"link set {bridge} address {namespace.mac_of(bridge)}")
 
     @staticmethod
     def _lay_cable(near, far):
-        near.ip(f"link add {DIRECT} type veth peer name {HOST_DIRECT} netns {far.holder_pid}", f"link set {DIRECT} up",
+        # The relay's end of the cable must not answer for the bridge's address.
+        near.ip(f"link add {DIRECT} type veth peer name {HOST_DIRECT} netns {far.holder_pid}", f"link set {DIRECT} arp off up",
                 f"link add {DIRECT_BRIDGE} type bridge", f"link set {DIRECT_BRIDGE} up",
                 f"address add {DIRECT_NETWORK}.1/24 dev {DIRECT_BRIDGE}")  # fmt: skip
         far.ip(f"link set {HOST_DIRECT} up", f"address add {DIRECT_NETWORK}.2/24 dev {HOST_DIRECT}")

@@ -22,6 +22,7 @@
 #include <cstdlib>
 #include <exception>
 #include <string>
+#include <utility>
 
 #include "vdevice/io/error.h"
 #include "vdevice/io/interfaces.h"
@@ -38,16 +39,28 @@ constexpr size_t kLongest = 2048;
 /** Moved in one direction before the other one has its turn. */
 constexpr int kFramesInARow = 64;
 constexpr long kMostPorts = 64;
+constexpr int kBufferBytes = 4 * 1024 * 1024;
 
-UniqueFd open_interface(const std::string &name) {
+/** Buffers like those of adp-switchd's sockets; without the privilege as far as the system allows. */
+void enlarge_buffers(int fd) {
+    for (const auto &[forced, option] : {std::pair{SO_RCVBUFFORCE, SO_RCVBUF}, std::pair{SO_SNDBUFFORCE, SO_SNDBUF}}) {
+        if (setsockopt(fd, SOL_SOCKET, forced, &kBufferBytes, sizeof(kBufferBytes)) != 0) {
+            setsockopt(fd, SOL_SOCKET, option, &kBufferBytes, sizeof(kBufferBytes));
+        }
+    }
+}
+
+/** One that only sends is for itself: the kernel wakes those who wait for a socket whenever a frame was sent. */
+UniqueFd open_interface(const std::string &name, bool receives) {
     UniqueFd fd{socket(AF_PACKET, SOCK_RAW | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)};
+    enlarge_buffers(fd.get());
     sockaddr_ll address{};
     address.sll_family = AF_PACKET;
-    address.sll_protocol = htons(ETH_P_ALL);
+    address.sll_protocol = receives ? htons(ETH_P_ALL) : uint16_t{0};
     address.sll_ifindex = static_cast<int>(if_nametoindex(name.c_str()));
     const int on = 1;
-    if (!fd || address.sll_ifindex == 0 ||
-        setsockopt(fd.get(), SOL_PACKET, PACKET_IGNORE_OUTGOING, &on, sizeof(on)) != 0 ||
+    setsockopt(fd.get(), SOL_PACKET, PACKET_IGNORE_OUTGOING, &on, sizeof(on));
+    if (address.sll_ifindex == 0 ||
         bind(fd.get(), reinterpret_cast<const sockaddr *>(&address), sizeof(address)) != 0) {
         throw error_from_errno("open " + name);
     }
@@ -97,20 +110,21 @@ class Frame {
 };
 
 struct End {
-    int fd;
+    int receiving;
+    int sending;
     size_t tags;
 };
 
 void move_frames(Frame &frame, const End &from, const End &to) {
-    for (int i = 0; i < kFramesInARow && frame.read_from(from.fd, from.tags); ++i) {
-        frame.write_to(to.fd, to.tags);
+    for (int i = 0; i < kFramesInARow && frame.read_from(from.receiving, from.tags); ++i) {
+        frame.write_to(to.sending, to.tags);
     }
 }
 
 [[noreturn]] void run(const End &interface, const End &tap, uint8_t port) {
     Frame in{port};
     Frame out{port};
-    std::array<pollfd, 2> waiting{{{interface.fd, POLLIN, 0}, {tap.fd, POLLIN, 0}}};
+    std::array<pollfd, 2> waiting{{{interface.receiving, POLLIN, 0}, {tap.receiving, POLLIN, 0}}};
     while (poll(waiting.data(), waiting.size(), -1) >= 0) {
         if (waiting[0].revents != 0) {
             move_frames(in, interface, tap);
@@ -131,11 +145,13 @@ int main(int argc, char **argv) {
         return 2;
     }
     try {
-        const UniqueFd interface = open_interface(argv[1]);
+        const UniqueFd receiving = open_interface(argv[1], true);
+        const UniqueFd sending = open_interface(argv[1], false);
         const UniqueFd tap = make_tap(argv[2]);
         std::puts("bench_bare_relay: ready");
         std::fflush(stdout);
-        run({interface.get(), argc == 4 ? kTags : 0}, {tap.get(), 0}, static_cast<uint8_t>(port));
+        run({receiving.get(), sending.get(), argc == 4 ? kTags : 0}, {tap.get(), tap.get(), 0},
+            static_cast<uint8_t>(port));
     } catch (const std::exception &error) {
         std::fprintf(stderr, "bench_bare_relay: %s\n", error.what());
         return 1;
