@@ -61,5 +61,5 @@ def switchd_beside_a_device(tmp_path, device):
     yield switchd
     for process in switchd.processes:
         if process.poll() is None:
-            process.kill()
-        process.communicate()
+            process.terminate()  # a killed one leaves its interfaces standing
+        process.communicate(timeout=SECONDS)

@@ -60,9 +60,7 @@ void Dot1x::save() const {
     }
     Dot1xRecords records;
     for (const auto &[intf, port] : ports_) {
-        if (port.has_anybody()) {
-            records[intf] = port.who;
-        }
+        records[intf] = port.who;
     }
     write_records(file_, records);
 }
@@ -93,6 +91,11 @@ void Dot1x::forget_all(uint32_t intf, Port &port) {
 
 /** Opens what is no longer controlled so. A port that cannot be opened waits for the next time. */
 void Dot1x::release(const std::map<uint32_t, Dot1xControl> &ports, Sentences &failures) {
+    for (const auto &[intf, who] : adopted_) {
+        if (control_of(ports, intf) == Dot1xControl::kNone) {
+            add(failures, dot1x_calls::open_port(intf));  // the killed daemon had closed it
+        }
+    }
     for (auto row = ports_.begin(); row != ports_.end();) {
         auto &[intf, port] = *row;
         const Dot1xControl control = control_of(ports, intf);

@@ -28,7 +28,8 @@ class Dot1x {
 
     static constexpr size_t kMaxStations = 64; /**< of a port */
 
-    /** The file tells the next daemon who was let in, in case this one is killed; "" for none. */
+    /** The file tells the next daemon what is controlled and who was let in, in case this one is killed; "" for none.
+     */
     explicit Dot1x(std::string file);
 
     /**

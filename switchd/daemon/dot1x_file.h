@@ -1,4 +1,4 @@
-// Who is let in, in a file for the next daemon.
+// Which ports are under control and who is let in, in a file for the next daemon.
 #pragma once
 
 #include <stdint.h>
@@ -17,7 +17,7 @@ struct Dot1xRecord {
     bool operator==(const Dot1xRecord &) const = default;
 };
 
-/** By interface number. */
+/** Of all ports under control, by interface number. */
 using Dot1xRecords = std::map<uint32_t, Dot1xRecord>;
 
 /** Replaces the file; one that cannot be written is removed, so that the next daemon lets nobody in whom it should not.

@@ -16,6 +16,7 @@ namespace switchd {
 namespace dot1x_test {
 
 using nlohmann::json;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -226,6 +227,10 @@ TEST_F(Dot1xPorts, OfAKilledDaemonStayAsTheyAre) {
     for (const std::string &line : changes()) {
         EXPECT_EQ(line.find("port=8,"), std::string::npos) << "a port that is open is not touched: " << line;
     }
+    Dot1x without{file()};
+    without.adopt();
+    without.configure({{6, Dot1xControl::kStations}});
+    EXPECT_THAT(changes(), Contains(kOpened)) << "what is no longer controlled";
     Dot1x fresh{file()};
     fresh.configure({{kPort, Dot1xControl::kPort}});
     EXPECT_TRUE(fresh.is_closed(kPort)) << "after a start of the switch";

@@ -80,6 +80,16 @@ std::string ports_text(const json &status) {
     return table({"PORT", "UP", "LINK", "MB/S", "DUPLEX", "BRIDGE", "VLAN", "RX FRAMES", "TX FRAMES", "802.1X"}, rows);
 }
 
+/** What the switch refuses of a group. */
+std::string group_faults(const json &status) {
+    std::string lines;
+    for (const json &group : rows_in(status, "groups")) {
+        const std::string fault = word_in(group, "fault");
+        lines += fault == "-" ? "" : word_in(group, "name") + ": " + fault + "\n";
+    }
+    return lines;
+}
+
 std::string groups_text(const json &status) {
     std::vector<Row> rows;
     for (const json &group : rows_in(status, "groups")) {
@@ -91,7 +101,8 @@ std::string groups_text(const json &status) {
             rows.back().insert(rows.back().end(), words.begin(), words.end());
         }
     }
-    return table({"GROUP", "MODE", "UP", "PARTNER", "MEMBER", "STATE", "ACTOR", "PARTNER"}, rows);
+    return table({"GROUP", "MODE", "UP", "PARTNER", "MEMBER", "STATE", "ACTOR", "PARTNER"}, rows) +
+           group_faults(status);
 }
 
 std::string remarks_text(const json &status) {
@@ -178,6 +189,7 @@ void check_subject(const std::vector<std::string> &words) {
 }
 
 json subject_of(const json &status, const std::string &subject) {
+    check_subject({"status", subject});
     return {{subject, status.value(subject, json())}};
 }
 

@@ -61,6 +61,8 @@ TEST(StatusText, OfOneSubjectIsThatTable) {
     EXPECT_EQ(text_of_answer(subject_of(status, "not_in_hardware")),
               "NOT IN HARDWARE  WHY\nbr300            VLAN 300 is another bridge's.\n");
     EXPECT_EQ(text_of_answer(json::parse(R"({"groups": []})")), "none\n");
+    EXPECT_EQ(text_of_answer(json::parse(R"({"groups": [{"name": "agg1", "mode": "lacp", "fault": "no room."}]})")),
+              "GROUP  MODE  UP  PARTNER  MEMBER  STATE  ACTOR  PARTNER\nagg1   lacp  -   -\nagg1: no room.\n");
 }
 
 TEST(StatusText, HasAllCountersOfOnePortAndSomeOfMany) {
@@ -105,6 +107,7 @@ TEST(StatusText, IsOfSubjectsThatThereAre) {
         EXPECT_STREQ(error.what(), "there is no status of 'goups', did you mean 'groups'?");
     }
     EXPECT_THROW(check_subject({"status", "statistics"}), vdevice::io::Error);
+    EXPECT_THROW(subject_of(json::object(), "goups"), vdevice::io::Error);
 }
 
 }  // namespace status_text_test

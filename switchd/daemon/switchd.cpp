@@ -141,6 +141,7 @@ void Switchd::end() {
     Plan alone = plan();
     alone.interfaces.clear();
     note_remarks(applier_->apply(wanted_of({}, alone).state));
+    note_failures(dot1x_.configure({}));  // nobody else would open them
     groups_.configure({lacp_system(), {}}, now());
     groups_.remove_idle(now());
     traffic_.interfaces().remove_all();

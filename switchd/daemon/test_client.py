@@ -55,7 +55,8 @@ class FalseDaemon:
         self.listener = socket.socket(socket.AF_UNIX)
         self.listener.bind(str(switchd.run_dir / "control"))
         self.listener.listen()
-        threading.Thread(target=self.serve, daemon=True).start()
+        self.thread = threading.Thread(target=self.serve)
+        self.thread.start()
 
     def serve(self):
         while True:
@@ -66,6 +67,11 @@ class FalseDaemon:
             with client:
                 self.asked.append(json.loads(client.makefile().readline()))
                 client.sendall(self.answer)
+
+    def end(self):
+        self.listener.shutdown(socket.SHUT_RDWR)  # wakes the thread
+        self.thread.join(SECONDS)
+        self.listener.close()
 
 
 @pytest.fixture(name="serve")
@@ -78,7 +84,7 @@ def false_daemons(switchd):
 
     yield serve
     for daemon in daemons:
-        daemon.listener.close()
+        daemon.end()
 
 
 def test_an_answer_is_printed_as_text_or_as_json(switchd, serve):
@@ -118,7 +124,7 @@ def test_a_running_daemon_is_asked(switchd):
         client.connect(str(switchd.run_dir / "control"))
         client.settimeout(SECONDS)
         lines = client.makefile()
-        for request in (b"x", b"[]", b"{}", b'{"command": "none"}', b'{"command": "add", "arguments": 7}', b"\xff"):
+        for request in (b"x", b"[]", b"{}", b'{"command": "status", "arguments": ["goups"]}', b'{"command": "none"}', b'{"command": "add", "arguments": 7}', b"\xff"):
             client.sendall(request + b"\n")
             assert "error" in json.loads(lines.readline()), request
     assert switchd.stop(process)[0] == 0
