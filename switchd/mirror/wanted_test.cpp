@@ -74,7 +74,7 @@ TEST_F(WantedOf, SpanningTreeStatesAreTheKernels) {
     EXPECT_EQ(vlan(7).not_forwarding, (TreeStates{{2, ADP_STG_STATE_LEARNING},
                                                   {3, ADP_STG_STATE_LISTENING},
                                                   {4, ADP_STG_STATE_BLOCKING},
-                                                  {5, ADP_STG_STATE_DISABLED}}));
+                                                  {5, ADP_STG_STATE_BLOCKING}}));
     EXPECT_TRUE(wanted().places.at({7, 1}).forwards);
     EXPECT_FALSE(wanted().places.at({7, 2}).forwards);
 }

@@ -14,7 +14,7 @@ struct Membership {
 
 /**
  * The spanning-tree state that a port of a bridge gets; nothing if it is to be out of the VLAN. A port without carrier
- * is disabled. Where a spanning tree runs it is so in the chip, too, and still when the cable comes. Elsewhere it may
+ * is disabled. Where a spanning tree runs it is blocked then, so that it is when the cable comes. Elsewhere it may
  * forward, as the kernel lets it at once.
  */
 std::optional<adp_stg_state> tree_state_of(const Link &port, const Link &bridge) {
@@ -29,10 +29,10 @@ std::optional<adp_stg_state> tree_state_of(const Link &port, const Link &bridge)
         case PortState::kListening:
             return ADP_STG_STATE_LISTENING;
         case PortState::kDisabled:
-            if (bridge.bridge->stp) {
-                return ADP_STG_STATE_DISABLED;
+            if (!bridge.bridge->stp) {
+                return port.carrier ? std::nullopt : std::optional{ADP_STG_STATE_FORWARDING};
             }
-            return port.carrier ? std::nullopt : std::optional{ADP_STG_STATE_FORWARDING};
+            break;
         case PortState::kBlocking:
             break;
     }
