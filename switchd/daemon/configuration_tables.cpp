@@ -35,9 +35,6 @@ void read_members(File &file, const toml::node &value, Group &group) {
         }
         group.members.push_back(port.intf);
     }
-    if (group.members.size() > ADP_AGG_ACTIVE_MAX) {
-        file.fail(value.source(), "a group has at most " + std::to_string(ADP_AGG_ACTIVE_MAX) + " members.");
-    }
 }
 
 constexpr Key<Group> kGroupKeys[] = {

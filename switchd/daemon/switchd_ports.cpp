@@ -6,6 +6,7 @@
 
 #include "switchd/daemon/small_file.h"
 #include "switchd/daemon/switchd.h"
+#include "switchd/ports/link_mode.h"
 #include "text/printable.h"
 #include "vdevice/io/error.h"
 
@@ -46,6 +47,12 @@ void Switchd::open_interfaces() {
     std::erase_if(wanted, [this](const PortName &port) { return !is_port(port); });
     note_failures(traffic_.interfaces().set_wanted(wanted));
     interfaces_there_ = traffic_.interfaces().all().size();
+    for (const auto &[intf, port] : configuration_.ports) {
+        const Interface *interface = traffic_.interfaces().find({intf, 0});
+        if (port.mtu && interface != nullptr) {
+            requests_.set_link(interface->index(), {.mtu = port.mtu});
+        }
+    }
 }
 
 std::string Switchd::add(const std::string &name) {
@@ -76,8 +83,13 @@ std::string Switchd::remove(const std::string &name) {
 
 void Switchd::link_changed(uint32_t port, bool is_up) {
     uint32_t duplex = ADP_DUPLEX_HALF;
+    uint32_t speed = 0;
     adp_get_phy_port_attr(port, ADP_ATTR_DUPLEX, &duplex);
+    adp_get_phy_port_attr(port, ADP_ATTR_SPEED, &speed);
     groups_.set_link(port, is_up, duplex == ADP_DUPLEX_FULL, now());
+    if (const Interface *interface = traffic_.interfaces().find({port, 0})) {
+        show_link_mode(interface->index(), speed, duplex == ADP_DUPLEX_FULL);
+    }
     traffic_.interfaces().set_carrier(port, is_up);
     if (!is_up) {
         note_failures(dot1x_.link_went_down(port));
