@@ -117,18 +117,18 @@ class Demonstration:
         self.say("hostapd on the switch, wpa_supplicant", seen, (before, inside) == (False, True))
 
     def show_lacp(self):
-        poll_until(lambda: self.ovs.bundled("bond0") == {"host7", "host8"}, SECONDS, "Both members of the bond")
+        poll_until(lambda: self.ovs.bundled() == {"host7", "host8"}, SECONDS, "Both members of the bond")
         with self._flow() as flow:
             time.sleep(STEADY_SECONDS)
             self.switch.pull(MEMBERS[0])
-            poll_until(lambda: self.ovs.bundled("bond0") == {"host8"}, SECONDS, "One member of the bond")
+            poll_until(lambda: self.ovs.bundled() == {"host8"}, SECONDS, "One member of the bond")
             time.sleep(STEADY_SECONDS)
         lost, gap = len(flow.lost(self.station)), flow.gap(self.station)
         seen = f"a cable is pulled: {lost} of {flow.sent} frames lost, at most {1000 * gap:.0f} ms"
         self.say("Open vSwitch bond, LACP of adp-switchd", seen, gap < 1 and not flow.repeated(self.station))
 
     def show_kill(self):
-        poll_until(lambda: self.ovs.bundled("bond0") == {"host8"}, SECONDS, "One member of the bond")
+        poll_until(lambda: self.ovs.bundled() == {"host8"}, SECONDS, "One member of the bond")
         before = chip_state(self.lab.device)
         with self._flow() as flow:
             time.sleep(STEADY_SECONDS)

@@ -101,7 +101,8 @@ static bool give_management_port(void) {
 }
 
 static bool open_send_socket(void) {
-    /* On failure the call returns the length of its message, so only the frames sent later show a failure. */
+    /* On failure the call returns the length of its message, so only the frames sent later show a failure: without the
+     * socket __adp_transmit_frame() answers -1, and prints nothing. */
     printf("    adp_pkt_init: descriptor %d\n", (int)adp_pkt_init());
     return true;
 }

@@ -4,6 +4,11 @@
  *
  * A port is authorised by its learning mode, an address by a static entry. The library keeps no state and undoes
  * nothing after a failure. It reaches the MAC table through the device's own services.
+ *
+ * In learning mode 8 the switch hands frames from unknown sources to the CPU, where every program that receives frames
+ * gets them. Such a program has to look at the port's mode, adp_intf_learn_get(): in this mode it must not act on the
+ * frame of a station without an entry on the port, see adp_get_intf_by_addr(), except to let the station in. Otherwise
+ * a station that was not let in reaches the CPU's services, and through a program that passes frames on, other hosts.
  */
 #pragma once
 

@@ -11,7 +11,8 @@
  * the ports 0..24 in word 1 and of the ports 25..56 in word 2 (bit p - 25).
  *
  * Tag of a received frame, 6 bytes at offset 12: a type that is ignored, and a word whose low six bits are the ingress
- * physical port.
+ * physical port. The switch puts a VLAN tag behind it in every frame, with the VLAN and the priority that it chose: a
+ * received frame does not show whether it came in with a VLAN tag or without.
  *
  * No call of this header makes a driver call; some call the device's VLAN service, get_vlan_info(). Nothing takes a
  * lock: all threads share the socket of __adp_transmit_frame(), and each send is a single system call.
@@ -133,6 +134,8 @@ adp_status_t adp_transmit_frame(ADP_COUNT(length) const uint8_t *frame, uint32_t
 
 /**
  * Sends one frame to the ports that the mode, the list and the VLAN choose, on the socket of adp_pkt_init().
+ *
+ * Without that socket, before adp_pkt_init() or after it has failed, the result is -1 and nothing is printed.
  *
  * - Mode 1, tag word 1 0x38000000: the switch forwards the frame; list and VLAN are not used.
  * - Mode 2, 0x78000000: to the list's last port. The VLAN record is fetched whatever vid is.

@@ -19,6 +19,8 @@ ADP_BEGIN_DECLS
 /**
  * Initialises all features, once, before other calls.
  *
+ * From then on the CPU's programs alone get BPDUs, IGMP and MLD: see adp_stg_init() for what happens without one.
+ *
  * In this order: l2_user_entry_init(), adp_fp_init(), adp_trunk_init(), adp_stg_init(), adp_lldp_init(),
  * adp_mirror_init(), adp_igmp_init(), ipv6_user_init(), adp_dos_attack_init(). The first negative result ends the call
  * with a message: "%s ERROR\n" with the function's name for the first step; as a line each for the others "switch fp
@@ -69,6 +71,9 @@ adp_status_t adp_trunk_init(void);
 
 /**
  * Initialises spanning tree. Driver call: user_stg_init().
+ *
+ * From then on the switch hands BPDUs to the CPU alone. Without a program there that runs spanning tree nobody breaks
+ * loops any more: before, the switch passed the BPDUs of its neighbours on, and they broke loops through it.
  *
  * @return the driver's result; a negative one prints "%s %d: MSTP set bcmSwitchCpuProtoBpduPriority failed!\n" on
  *         standard error

@@ -118,12 +118,20 @@ PathTable Switchd::path_table() const {
             }
         }
     }
+    std::set<int> ours;
     for (const auto &[port, interface] : traffic_.interfaces().all()) {
         table.interfaces.insert(port);
+        ours.insert(interface->index());
+    }
+    const SwitchState &chip = applier_->state();
+    table.has_unknown_ipv4 = chip.unknown_ipv4_groups == ADP_MCAST_MISS_TO_CPU;
+    table.has_unknown_ipv6 = chip.unknown_ipv6_groups == ADP_MCAST_MISS_TO_CPU;
+    for (const auto &[group, ports] : chip.groups) {
+        table.groups.insert({group.vid, group.mac});
     }
     const KernelState &kernel = monitor_.state();
     for (const auto &[index, link] : kernel.links) {
-        if (link.bridge || link.port) {
+        if (link.bridge || link.port || ours.contains(index)) {
             table.own_addresses.insert(link.mac);
         }
     }

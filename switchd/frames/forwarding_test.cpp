@@ -79,5 +79,29 @@ TEST_F(ForwardingTest, AFloodedFrameOfTheSwitchItselfHasComeBack) {
     EXPECT_EQ(drops(1, Drop::kLooped), 1U);
 }
 
+TEST_F(FramePathTest, AnUnknownGroupIsForwardedByTheKernel) {
+    const Octets ipv4 = {0x01, 0x00, 0x5E, 1, 2, 3};
+    const Octets local = {0x01, 0x00, 0x5E, 0, 0, 5};
+    const Octets ipv6 = {0x33, 0x33, 0, 0, 0, 5};
+    const Octets all_nodes = {0x33, 0x33, 0, 0, 0, 1};
+    const auto is_forwarded = [&](const Octets &group) {
+        from_chip(1, from_host(group, kOffice));
+        return from_kernel({2, 0}, untagged(group));
+    };
+    table_.has_unknown_ipv4 = true;
+    path_.set_table(table_);
+    EXPECT_EQ(is_forwarded(ipv4), "swp2");
+    EXPECT_EQ(is_forwarded(ipv6), "forwarded");
+    EXPECT_EQ(is_forwarded(local), "forwarded");
+    table_.has_unknown_ipv6 = true;
+    table_.groups = {{kOffice, {0x01, 0x00, 0x5E, 1, 2, 3}}};
+    path_.set_table(table_);
+    EXPECT_EQ(is_forwarded(ipv4), "forwarded");
+    EXPECT_EQ(is_forwarded(all_nodes), "forwarded");
+    const Octets other = {0x33, 0x33, 0, 0, 0, 6};
+    EXPECT_EQ(is_forwarded(other), "swp2");
+    EXPECT_EQ(from_chip(1, ipv4 + kOwn + vlan_tag(kVoice) + kText), "looped");
+}
+
 }  // namespace forwarding_test
 }  // namespace switchd

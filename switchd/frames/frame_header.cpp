@@ -70,6 +70,16 @@ bool is_link_local(const Mac &destination) {
     return vdevice::chip::Mac::from_bytes(destination.data()).is_reserved();
 }
 
+bool is_ipv4_group(const Mac &destination) {
+    const auto &[a, b, c, d, e, f] = destination;
+    return a == 0x01 && b == 0x00 && c == 0x5E && d < 0x80 && (d != 0 || e != 0);
+}
+
+bool is_ipv6_group(const Mac &destination) {
+    constexpr Mac kAllNodes{0x33, 0x33, 0, 0, 0, 1};
+    return destination[0] == 0x33 && destination[1] == 0x33 && destination != kAllNodes;
+}
+
 bool is_trapped(const FrameHeader &header) {
     if (!header.is_to_group()) {
         return false;

@@ -26,6 +26,10 @@ std::optional<FrameHeader> read_frame(vdevice::chip::Bytes octets);
 
 /** 01:80:c2:00:00:00 to 0f: protocols between neighbours, such as LLDP, which no bridge passes on (IEEE 802.1Q). */
 bool is_link_local(const Mac &destination);
+/** Groups of IPv4 that stations ask for: all but 224.0.0.0 to 224.0.0.255 (RFC 4541). */
+bool is_ipv4_group(const Mac &destination);
+/** The same of IPv6: all but ff02::1. */
+bool is_ipv6_group(const Mac &destination);
 /** Frames that the chip gives to the CPU alone: those between neighbours and bridges, IGMP and MLD. */
 bool is_trapped(const FrameHeader &header);
 /** The port access entities' own frames (IEEE 802.1X). */

@@ -50,6 +50,9 @@ void FramePath::set_table(const PathTable &table) {
     }
     interfaces_ = table.interfaces;
     own_addresses_ = table.own_addresses;
+    has_unknown_ipv4_ = table.has_unknown_ipv4;
+    has_unknown_ipv6_ = table.has_unknown_ipv6;
+    groups_ = table.groups;
 }
 
 FramePath::FromChip FramePath::from_chip(uint32_t port, Bytes frame, Time now) {
@@ -86,7 +89,16 @@ FramePath::Kind FramePath::kind_of(const FrameHeader &header) const {
     if (is_trapped(header)) {
         return Kind::kTrapped;
     }
-    return own_addresses_.contains(header.destination) ? Kind::kToSwitch : Kind::kFlooded;
+    if (own_addresses_.contains(header.destination)) {
+        return Kind::kToSwitch;
+    }
+    return is_unknown_group(header) ? Kind::kUnknownGroup : Kind::kFlooded;
+}
+
+bool FramePath::is_unknown_group(const FrameHeader &header) const {
+    return ((has_unknown_ipv4_ && is_ipv4_group(header.destination)) ||
+            (has_unknown_ipv6_ && is_ipv6_group(header.destination))) &&
+           !groups_.contains({*header.vid, header.destination});
 }
 
 std::optional<Drop> FramePath::check(uint32_t port, const FrameHeader &header, Kind kind, Time now) {
@@ -94,11 +106,12 @@ std::optional<Drop> FramePath::check(uint32_t port, const FrameHeader &header, K
     if (settings.is_closed && !is_eapol(header) && !settings.stations.contains(header.source)) {
         return Drop::kClosed;
     }
-    if (kind == Kind::kFlooded && own_addresses_.contains(header.source)) {
+    const bool is_for_many = kind == Kind::kFlooded || kind == Kind::kUnknownGroup;
+    if (is_for_many && own_addresses_.contains(header.source)) {
         return Drop::kLooped;
     }
     const auto is_over = [&](Bucket &bucket) { return bucket && !bucket->charge(header.whole.size(), now); };
-    if (kind == Kind::kFlooded && is_over(flooded_[path_slot_of(port)])) {
+    if (is_for_many && is_over(flooded_[path_slot_of(port)])) {
         return Drop::kFloodLimit;
     }
     if (kind == Kind::kTrapped && is_over(trapped_[path_slot_of(port)])) {

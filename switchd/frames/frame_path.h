@@ -62,13 +62,15 @@ class FramePath {
   private:
     /** How a frame has come to the CPU. */
     enum class Kind : uint8_t {
-        kTrapped, /**< the CPU alone has it */
-        kFlooded, /**< other ports may have it, too */
+        kTrapped,      /**< the CPU alone has it */
+        kFlooded,      /**< other ports may have it, too */
+        kUnknownGroup, /**< the CPU alone has it, since the chip has no such group */
         kToSwitch
     };
     using Bucket = std::optional<vdevice::chip::TokenBucket>;
 
     Kind kind_of(const FrameHeader &header) const;
+    bool is_unknown_group(const FrameHeader &header) const;
     std::optional<Drop> check(uint32_t port, const FrameHeader &header, Kind kind, Time now);
     FromChip destination_of(uint32_t port, const FrameHeader &header) const;
     FromKernel decide(const PortName &interface, vdevice::chip::Bytes frame, Time now) const;
@@ -80,6 +82,9 @@ class FramePath {
     std::array<PathPort, kPathSlots> ports_;
     std::set<PortName> interfaces_;
     std::set<Mac> own_addresses_;
+    bool has_unknown_ipv4_ = false;
+    bool has_unknown_ipv6_ = false;
+    std::set<std::pair<uint16_t, Mac>> groups_;
     std::array<Bucket, kPathSlots> flooded_;
     std::array<Bucket, kPathSlots> trapped_;
     ForwardedFrames forwarded_;

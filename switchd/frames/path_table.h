@@ -4,6 +4,7 @@
 #include <stdint.h>
 #include <map>
 #include <set>
+#include <utility>
 
 #include "switchd/kernel/kernel_state.h"
 #include "switchd/ports/port_name.h"
@@ -23,6 +24,10 @@ struct PathTable {
     std::map<uint32_t, PathPort> ports;
     std::set<PortName> interfaces; /**< those there are, with and without a tag */
     std::set<Mac> own_addresses;   /**< of the switch: of its ports' interfaces and of its bridges */
+    /** Multicast frames for a group that the chip does not have come to the CPU alone. */
+    bool has_unknown_ipv4 = false;
+    bool has_unknown_ipv6 = false;
+    std::set<std::pair<uint16_t, Mac>> groups; /**< those that the chip has, by VLAN */
 };
 
 }  // namespace switchd

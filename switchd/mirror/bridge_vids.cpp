@@ -10,12 +10,6 @@ bool is_vid(uint32_t vid) {
     return vid >= kFirstVid && vid <= kLastVid;
 }
 
-/** The user port whose own VLAN this is; 0 for none. */
-uint32_t internal_port_of(const Plan &plan, uint16_t vid) {
-    const uint32_t port = vid - uint32_t{plan.first_internal_vid};
-    return port >= 1 && port <= plan.user_ports ? port : 0;
-}
-
 /** The number at the end of the name, 0 if there is none or it is no VLAN id. */
 uint16_t number_at_end_of(const std::string &name) {
     constexpr uint32_t kTen = 10;
@@ -71,7 +65,7 @@ void take_for_aware(Draft &draft, int bridge) {
 
 /** Depends on the bridge's index, so that it stays when other bridges come and go, and after a restart. */
 void take_any(Draft &draft, int bridge) {
-    const auto first = static_cast<uint32_t>(draft.plan.first_internal_vid + draft.plan.user_ports + 1);
+    const uint32_t first = draft.plan.first_free_internal_vid();
     const uint32_t count = first <= kLastVid ? kLastVid + 1 - first : 0;
     for (uint32_t i = 0; i < count; ++i) {
         const auto vid = static_cast<uint16_t>(first + (static_cast<uint32_t>(bridge) + i) % count);
@@ -111,8 +105,8 @@ std::string Draft::why_taken(uint16_t vid) const {
     if (!is_vid(vid)) {
         return "there is no " + text;
     }
-    if (const uint32_t port = internal_port_of(plan, vid); port != 0) {
-        return text + " is kept for " + name_of({port, 0});
+    if (const uint32_t intf = plan.owner_of_internal(vid); intf != 0) {
+        return text + " is kept for " + name_of({intf, 0});
     }
     const auto owner = owners.find(vid);
     return owner == owners.end() ? "" : text + " is that of " + link(owner->second).name;

@@ -30,18 +30,18 @@ TEST_F(BridgeVids, TheVlanIsConfiguredOrTheTagOrInTheName) {
     EXPECT_EQ(all.bridges.at(configured), 7);
     EXPECT_EQ(all.bridges.at(by_tag), 200);
     EXPECT_EQ(all.bridges.at(by_name), 9);
-    EXPECT_GT(all.bridges.at(any), 4026);
+    EXPECT_GT(all.bridges.at(any), 4034);
     EXPECT_LE(all.bridges.at(any), 4094);
     EXPECT_EQ(all.state.ports.at(5).pvid, all.bridges.at(any));
     EXPECT_THAT(all.remarks, IsEmpty());
 }
 
 TEST_F(BridgeVids, NamesWithoutAVlanIdGetAnyVlan) {
-    for (const char *name : {"br0", "br4095", "br99999999999999999999", "br4003"}) {
+    for (const char *name : {"br0", "br4095", "br99999999999999999999", "br4003", "br4027"}) {
         test::KernelBuilder other;
         const int bridge = other.bridge(name);
         other.port({1, 0}, bridge);
-        EXPECT_GT(wanted_of(other.kernel, other.plan).bridges.at(bridge), 4026) << name;
+        EXPECT_GT(wanted_of(other.kernel, other.plan).bridges.at(bridge), 4034) << name;
     }
     const std::pair<const char *, int> named[] = {{"br1", 1}, {"br4094", 4094}, {"br0042", 42}};
     for (const auto &[name, vid] : named) {
@@ -69,18 +69,19 @@ TEST_F(BridgeVids, VlansRunOut) {
         k.port({1 + i % ADP_USER_PORTS, 0}, k.bridge("office" + std::string(i, 'x')));
     }
     const Wanted all = wanted();
-    EXPECT_EQ(all.bridges.size(), 4094U - 4026U);
+    EXPECT_EQ(all.bridges.size(), 4094U - 4034U);
     EXPECT_THAT(all.remarks, Contains(Field(&Remark::sentence, HasSubstr("no VLAN is free"))));
 }
 
 TEST_F(BridgeVids, AVlanServesOneBridge) {
-    k.plan.bridge_vids = {{"a", 5}, {"b", 5}, {"c", 4001}, {"d", 4095}};
-    for (const char *name : {"a", "b", "c", "d"}) {
+    k.plan.bridge_vids = {{"a", 5}, {"b", 5}, {"c", 4001}, {"d", 4095}, {"e", 4034}};
+    for (const char *name : {"a", "b", "c", "d", "e"}) {
         k.port({static_cast<uint32_t>(name[0] - 'a' + 1), 0}, k.bridge(name));
     }
     EXPECT_EQ(wanted().bridges.size(), 1U);
     EXPECT_THAT(remarks_on("b"), ElementsAre("is left to the kernel: VLAN 5 is that of a"));
     EXPECT_THAT(remarks_on("c"), ElementsAre("is left to the kernel: VLAN 4001 is kept for swp1"));
+    EXPECT_THAT(remarks_on("e"), ElementsAre("is left to the kernel: VLAN 4034 is kept for agg8"));
     EXPECT_THAT(remarks_on("d"), ElementsAre("is left to the kernel: there is no VLAN 4095"));
     EXPECT_EQ(vlan(4002).members, ports({0, 2})) << "the kernel bridges its frames";
     EXPECT_EQ(port(2).pvid, 4002);

@@ -54,7 +54,17 @@ std::string names_of(IntfSet ports) {
     return text;
 }
 
+/** Keeps ports from sending to each other. */
+void separate(Draft &draft, IntfSet ports) {
+    for_each(ports & draft.plan.all() & ~kCpuAlone,
+             [&](uint32_t port) { draft.wanted.state.ports[port].may_send_to &= ~(ports & ~set_of(port)); });
+}
+
 void add_isolation(Draft &draft) {
+    // So that they are no loop before the chip, or the neighbour, has them as a group.
+    for (const auto &[intf, ports] : draft.plan.groups) {
+        separate(draft, ports);
+    }
     std::map<int, IntfSet> members;
     std::map<int, IntfSet> isolated;
     for (const auto &[interface, member] : draft.served) {
@@ -62,9 +72,7 @@ void add_isolation(Draft &draft) {
         isolated[member->bridge] |= member->settings().isolated ? member->ports : 0;
     }
     for (const auto &[bridge, set] : isolated) {
-        for_each(set, [&, set = set](uint32_t port) {
-            draft.wanted.state.ports[port].may_send_to &= ~(set & ~set_of(port));
-        });
+        separate(draft, set);
     }
     for (const auto &[bridge, ports] : members) {
         for (const auto &[other, set] : isolated) {

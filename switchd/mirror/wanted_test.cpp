@@ -54,8 +54,13 @@ TEST_F(WantedOf, AGroupIsAllItsPorts) {
     EXPECT_EQ(port(6).pvid, 100);
     EXPECT_EQ(wanted().places.at({100, ADP_AGG_INTF(1)}).interface, agg1);
     EXPECT_THAT(remarks_on("swp5"), ElementsAre("is a port of agg1, whose bridge counts"));
+    EXPECT_EQ(port(5).may_send_to, all_up_to(26) & ~ports({6}));
+    EXPECT_EQ(vlan(4027).members, ports({0}));
     k.links.erase(agg1);
-    EXPECT_EQ(vlan(4005).members, ports({0, 5})) << "its ports are alone, each in a VLAN of its own";
+    EXPECT_EQ(vlan(4027), (VlanState{ports({0, 5, 6}), ports({5, 6}), {}}));
+    EXPECT_EQ(port(5).pvid, 4027);
+    EXPECT_EQ(port(6).pvid, 4027);
+    EXPECT_EQ(vlan(4006).members, ports({0}));
 }
 
 TEST_F(WantedOf, SpanningTreeStatesAreTheKernels) {

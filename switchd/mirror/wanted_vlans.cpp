@@ -151,14 +151,20 @@ class Vlans {
         }
     }
 
+    /** The ports of a group are one place to the frames' way to its interface, so they have one VLAN. */
     void set_aside_standalone() {
-        for (uint32_t port = 1; port <= draft_.plan.user_ports; ++port) {
-            if (!has(bridged_, port)) {
-                VlanState &vlan = state_.vlans[draft_.plan.internal_vid_of(port)];
-                vlan.members |= set_of(port);
-                vlan.untagged = set_of(port);
-            }
+        IntfSet alone = draft_.plan.all() & ~kCpuAlone & ~bridged_;
+        for (const auto &[intf, ports] : draft_.plan.groups) {
+            set_aside(intf, ports & alone);
+            alone &= ~ports;
         }
+        for_each(alone, [&](uint32_t port) { set_aside(port, set_of(port)); });
+    }
+
+    void set_aside(uint32_t intf, IntfSet ports) {
+        const uint16_t vid = draft_.plan.internal_vid_of(intf);
+        state_.vlans[vid] = {kCpuAlone | ports, ports, {}};
+        for_each(ports, [&](uint32_t port) { state_.ports[port].pvid = vid; });
     }
 
     Draft &draft_;

@@ -1,52 +1,53 @@
 """An Open vSwitch bond, in user space, as the partner of the switch's LACP."""
 
+import time
+
 import pytest
 from adp.lab.flow import Flow
-from adp.lab.openvswitch import OpenVSwitch
+from adp.lab.openvswitch import BUNDLED, OpenVSwitch
 from adp.lab.process import poll_until
 from bench import await_equal
 
-HOST, MEMBERS = 1, (3, 4)
-FAR = {3: "host3", 4: "host4"}
+HOST, MEMBERS, OTHERS = 1, (3, 4), (5, 6)
+ALL = (*MEMBERS, *OTHERS)
+FAR = {port: f"host{port}" for port in ALL}
 GROUP = """
 [groups.agg1]
-members = ["swp3", "swp4"]
+members = [{names}]
 mode = "lacp"
 rate = "fast"
 """
 FLOWS = 8
-OTHER_KEY = 77
+KEY, OTHER_KEY = 5, 77
+REFUSED_SECONDS = 5.0
 BUNDLED_SECONDS, STEADY_SECONDS = 20.0, 0.5
 LONGEST_GAP_SECONDS = 2.0
 
 pytestmark = [pytest.mark.needs("ovs-vswitchd"), pytest.mark.needs_chip]
 
 
-@pytest.fixture
-def switch(make_switch):
-    made = make_switch({HOST}, GROUP)
+def make_switch_with(make_switch, members):
+    """A switch with a host and a group in one VLAN."""
+    names = ", ".join(f'"swp{port}"' for port in members)
+    made = make_switch({HOST}, GROUP.format(names=names))
     made.bridge("br10", ["swp1", "agg1"])
     return made
 
 
-@pytest.fixture
-def partner(switch):
-    return Partner(switch)
-
-
 class Partner:
-    """The switch's neighbour, with a station behind its bond."""
+    """The switch's neighbour, with a station."""
 
-    def __init__(self, switch):
-        self.neighbour = switch.neighbour(MEMBERS, "partner")
+    def __init__(self, switch, ports):
+        self.neighbour = switch.neighbour(ports, "partner")
         self.station = self.neighbour.station("station")
         self.ovs = switch.add(OpenVSwitch(self.neighbour.namespace))
         self.ovs.add_bridge("br0")
-        self.ovs.add_bond("br0", "bond0", FAR.values())
         self.ovs.add_port("br0", "station")
 
-    def bundled(self):
-        return self.ovs.bundled("bond0")
+    def said(self, ports):
+        """What Open vSwitch says of each port's LACP."""
+        parts = self.ovs.appctl("lacp/show").split("member: ")
+        return [part for part in parts if part.partition(":")[0] in {FAR[port] for port in ports}]
 
 
 def active_members(control):
@@ -58,7 +59,7 @@ def active_members(control):
 
 
 def await_members(switch, partner, ports):
-    await_equal(partner.bundled, {FAR[port] for port in ports}, "Open vSwitch collects and distributes", BUNDLED_SECONDS)
+    await_equal(partner.ovs.bundled, {FAR[port] for port in ports}, "Open vSwitch collects and distributes", BUNDLED_SECONDS)
     switch.await_chip(f"the group's members are {ports}", lambda control: active_members(control) == set(ports))
 
 
@@ -72,7 +73,10 @@ def flow_to_station(switch, partner):
     return Flow(switch.hosts[HOST], [partner.station], lab.marker(), [lab.mac(HOST) for _ in range(FLOWS)], address)
 
 
-def test_both_members_carry_frames_and_one_goes_on_alone(switch, partner, tell):
+def test_both_members_carry_frames_and_one_goes_on_alone(make_switch, tell):
+    switch = make_switch_with(make_switch, MEMBERS)
+    partner = Partner(switch, MEMBERS)
+    partner.ovs.add_bond("br0", "bond0", [FAR[port] for port in MEMBERS])
     await_members(switch, partner, MEMBERS)
     for pulled in MEMBERS:
         (left,) = set(MEMBERS) - {pulled}
@@ -94,10 +98,17 @@ def test_both_members_carry_frames_and_one_goes_on_alone(switch, partner, tell):
         await_members(switch, partner, MEMBERS)
 
 
-def test_a_member_whose_partner_has_another_key_is_not_aggregated(switch, partner):
+def test_members_whose_partner_has_another_key_are_not_aggregated(make_switch):
+    switch = make_switch_with(make_switch, ALL)
+    partner = Partner(switch, ALL)
+    partner.ovs.add_bond("br0", "bond0", [FAR[port] for port in MEMBERS], KEY)
     await_members(switch, partner, MEMBERS)
-    partner.ovs.set_key("host4", OTHER_KEY)
-    await_members(switch, partner, {3})
-    with flow_to_station(switch, partner) as flow:
-        poll_until(lambda: flow.count(partner.station) > 100, BUNDLED_SECONDS, "A hundred frames")
-    assert flow.repeated(partner.station) == []
+    partner.ovs.add_bond("br0", "bond1", [FAR[port] for port in OTHERS], OTHER_KEY)
+    heard = [True] * len(OTHERS)
+    await_equal(lambda: ["current" in said for said in partner.said(OTHERS)], heard, "The others hear the switch's LACP")
+    with Flow(switch.hosts[HOST], [partner.station], switch.lab.marker(), [switch.lab.mac(HOST)]) as flow:
+        time.sleep(REFUSED_SECONDS)
+    await_members(switch, partner, MEMBERS)
+    states = partner.ovs.bundle_states("bond1")
+    assert [BUNDLED & states[FAR[port]]["partner"] for port in OTHERS] == [set(), set()]
+    assert (flow.lost(partner.station), flow.repeated(partner.station)) == ([], [])

@@ -31,7 +31,10 @@ ACCESS = """
 dot1x = "port"
 """
 TREE = "stp_state 1 forward_delay 200 hello_time 100 max_age 600"
-SNOOPING = "mcast_snooping 1 mcast_querier {querier} mcast_query_interval 300 mcast_query_response_interval 100"
+SNOOPING = (
+    "mcast_snooping 1 mcast_querier {querier} mcast_query_use_ifaddr 1 "
+    "mcast_query_interval 300 mcast_query_response_interval 100 mcast_startup_query_interval 100"
+)
 GROUP = "239.1.2.3"
 READY_SECONDS, STEADY_SECONDS, DOWN_SECONDS = 40.0, 1.0, 1.0
 # A trunk's members and a tree's states are the chip's; nothing of them may change while nobody tells it anything.

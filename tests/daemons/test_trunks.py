@@ -17,19 +17,19 @@ pytestmark = [pytest.mark.needs("ovs-vswitchd"), pytest.mark.needs_chip]
 
 
 class Network:
-    """Hosts 1 and 2 in their VLANs, host 4 in both; behind the trunk "a100", "a200" without tags and "t" with them."""
+    """Hosts 1 and 2 in their VLANs, host 4 in both; behind the trunk "a100", "a200" without tags and "both" with them."""
 
     def __init__(self, switch):
         self.switch = switch
         switch.bridge("br100", ["swp1", "swp3.100", "swp4"])
         switch.bridge("br200", ["swp2", "swp3.200", "swp4.200"])
         neighbour = switch.neighbour({TRUNK}, "access switch")
-        self.stations = {name: neighbour.station(name) for name in ("a100", "a200", "t")}
+        self.stations = {name: neighbour.station(name) for name in ("a100", "a200", "both")}
         self.stations.update({f"host {port}": host for port, host in switch.hosts.items()})
         self.cable = switch.add(Nic(neighbour.namespace, "host3"))
         ovs = switch.add(OpenVSwitch(neighbour.namespace))
         ovs.add_bridge("br0")
-        for port in ("host3", "t"):
+        for port in ("host3", "both"):
             ovs.add_port("br0", port, "trunks=100,200")
         ovs.add_port("br0", "a100", "tag=100")
         ovs.add_port("br0", "a200", "tag=200")
@@ -65,14 +65,14 @@ def network(make_switch):
 
 # Sender, the tag that it sends; who hears it, with which tag.
 WAYS = [
-    ("host 1", 0, {"a100": 0, "t": 100, "host 4": 0, "cable": 100}),
-    ("host 2", 0, {"a200": 0, "t": 200, "host 4": 200, "cable": 200}),
-    ("host 4", 0, {"host 1": 0, "a100": 0, "t": 100, "cable": 100}),
-    ("host 4", 200, {"host 2": 0, "a200": 0, "t": 200, "cable": 200}),
-    ("a100", 0, {"host 1": 0, "host 4": 0, "t": 100}),
-    ("a200", 0, {"host 2": 0, "host 4": 200, "t": 200}),
-    ("t", 100, {"host 1": 0, "host 4": 0, "a100": 0}),
-    ("t", 200, {"host 2": 0, "host 4": 200, "a200": 0}),
+    ("host 1", 0, {"a100": 0, "both": 100, "host 4": 0, "cable": 100}),
+    ("host 2", 0, {"a200": 0, "both": 200, "host 4": 200, "cable": 200}),
+    ("host 4", 0, {"host 1": 0, "a100": 0, "both": 100, "cable": 100}),
+    ("host 4", 200, {"host 2": 0, "a200": 0, "both": 200, "cable": 200}),
+    ("a100", 0, {"host 1": 0, "host 4": 0, "both": 100}),
+    ("a200", 0, {"host 2": 0, "host 4": 200, "both": 200}),
+    ("both", 100, {"host 1": 0, "host 4": 0, "a100": 0}),
+    ("both", 200, {"host 2": 0, "host 4": 200, "a200": 0}),
     ("host 1", 200, {}),
     ("host 2", 100, {}),
     ("host 4", 300, {}),

@@ -17,7 +17,8 @@ COMPONENTS = ("runtime", "dev", "vdevice", "tools", "switchd", "examples", "doc"
 EXAMPLES = {
     "frame_path": ("frame_path.c", "frame_reception.c"),
     "acl": ("acl.c",),
-    "igmp_snooping": ("igmp_snooping.c", "multicast_messages.c"),
+    "igmp_snooping": ("igmp_snooping.c", "multicast_groups.c", "multicast_messages.c", "multicast_queries.c",
+                      "multicast_relay.c", "multicast_routers.c"),
     "link_aggregation": ("link_aggregation.c",),
     "ring_protection": ("ring_protection.c",),
 }

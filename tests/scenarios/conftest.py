@@ -9,7 +9,7 @@ import os
 import pytest
 from adp.lab import Build, Lab, LabError
 
-pytest.register_assert_rewrite("acl", "crossing", "limits", "priorities", "ringside", "segment", "stage", "tagging")
+pytest.register_assert_rewrite("acl", "crossing", "judge", "limits", "priorities", "ringside", "segment", "stage", "tagging")
 from acl import Acl  # noqa: E402
 from cpu import Cpu  # noqa: E402
 from crossing import PORTS as CROSSING_PORTS  # noqa: E402
@@ -17,7 +17,9 @@ from crossing import Crossing  # noqa: E402
 from failures import Failures  # noqa: E402
 from limits import Limits  # noqa: E402
 from priorities import Priorities  # noqa: E402
-from stage import MEMBERS, Stage, theatre  # noqa: E402
+from judge import Judge  # noqa: E402
+from reports import DIALECTS  # noqa: E402
+from stage import MEMBERS, performance, theatre  # noqa: E402
 from tagging import Tagging  # noqa: E402
 
 BUILDS = os.environ.get("ADP_SCENARIO_BUILDS", "host,mips").split(",")
@@ -132,15 +134,26 @@ def open_theatre():
 
 @pytest.fixture
 def stage(theatre, build):
-    """The snooping program, which must end without an error."""
-    with contextlib.closing(Stage(theatre, build)) as made:
+    """The snooping program, which drops groups without listeners."""
+    with performance(theatre, build) as made:
+        made.agent.await_dropping()
         yield made
-        assert made.end() == 0
 
 
 @pytest.fixture
 def group_stage(theatre, build):
     """The same with an aggregation group of two ports."""
-    with contextlib.closing(Stage(theatre, build, MEMBERS)) as made:
+    with performance(theatre, build, MEMBERS) as made:
+        made.agent.await_dropping()
         yield made
-        assert made.end() == 0
+
+
+@pytest.fixture(params=DIALECTS)
+def dialect(request):
+    """IGMP and MLD."""
+    return DIALECTS[request.param]
+
+
+@pytest.fixture
+def judge(stage, dialect):
+    return Judge(stage, dialect)

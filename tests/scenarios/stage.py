@@ -5,7 +5,7 @@ from typing import NamedTuple
 
 from adp.lab import Lab
 from adp.lab.frames import ETHERTYPE_IPV4, ETHERTYPE_IPV6, ethernet
-from adp.lab.listener import Listener, enable_ipv6, group_mac
+from adp.lab.listener import Listener, group_mac
 from adp.lab.snooping import SnoopingProgram
 from scapy.all import IP, UDP, IPv6, Raw
 
@@ -39,10 +39,9 @@ PROTOCOLS = {
 @contextlib.contextmanager
 def theatre(device_build):
     """A device whose hosts have IP addresses of both kinds."""
-    with Lab(device_build, PORTS, name="snooping") as lab:
+    with Lab(device_build, PORTS, name="snooping", ipv6=True) as lab:
         for port, host in lab.hosts.items():
             host.set_address(f"10.9.0.{port}/24")
-            enable_ipv6(host)
         yield lab
 
 
@@ -53,9 +52,9 @@ def name_of(port):
 class Stage:
     """The program, with the ports of its aggregation group, and the listeners; it waits for each change."""
 
-    def __init__(self, bench, build, members=()):
+    def __init__(self, bench, build, members=(), **times):
         self.bench = bench
-        self.agent = SnoopingProgram(bench.device, build, members)
+        self.agent = SnoopingProgram(bench.device, build, members, **times)
         self._listeners = contextlib.ExitStack()
 
     def end(self):
@@ -103,3 +102,11 @@ class Stage:
     def say(self, port, frame):
         """A host sends a frame that is not from its kernel."""
         self.bench.hosts[port].send(frame)
+
+
+@contextlib.contextmanager
+def performance(bench, build, members=(), **times):
+    """A stage whose program has just started, and must end without an error."""
+    with contextlib.closing(Stage(bench, build, members, **times)) as stage:
+        yield stage
+        assert stage.end() == 0

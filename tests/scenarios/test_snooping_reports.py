@@ -10,7 +10,6 @@ from adp.lab.listener import group_mac
 from reports import (
     ALLOW_SOURCES,
     BLOCK_SOURCES,
-    DIALECTS,
     MODE_IS_EXCLUDE,
     MODE_IS_INCLUDE,
     TO_EXCLUDE,
@@ -19,50 +18,16 @@ from reports import (
 from segment import ALL, BUCKET_FULL, CAPACITY, bucket, colon_form, in_a_row
 from stage import ONE, OTHER, SOURCE, VLAN
 
-SENTINEL, SUBJECT, FIRST_BROKEN = 1, 2, 10
+SUBJECT, FIRST_BROKEN = 2, 10
 OTHER_VLAN = 100
 MUTANTS, BATCH = 1000, 50
 SEED = 7
 UNCHANGED_BYTES = 14
-SOLICITED_NODES = "33:33:ff"
-
-
-@pytest.fixture(params=DIALECTS)
-def dialect(request):
-    return DIALECTS[request.param]
 
 
 def key(address, vid=VLAN):
     """How the switch's table of groups names a group."""
     return vid, colon_form(group_mac(address))
-
-
-class Judge:
-    """Sends raw messages of one protocol and asks what has become of the groups when the program has read them."""
-
-    def __init__(self, stage, dialect):
-        self.stage, self.dialect = stage, dialect
-        self.sentinel = dialect.group(SENTINEL)
-
-    def say(self, *messages):
-        for message in messages:
-            self.stage.say(ONE, self.dialect.frame(message))
-
-    def wait(self):
-        """Whatever was sent before has been read when a port has joined and left another group after it."""
-        for kind, joins in ((self.dialect.join, True), (self.dialect.leave, False)):
-            self.say(self.dialect.about(self.sentinel, kind))
-            self.stage.agent.await_change(VLAN, self.sentinel, f"port {ONE}", joins)
-
-    def groups(self):
-        """The groups besides those that hosts' kernels join on their own, to find their neighbours."""
-        self.wait()
-        return {(vid, mac): ports for (vid, mac), ports in self.stage.entries().items() if mac[:8] != SOLICITED_NODES}
-
-
-@pytest.fixture
-def judge(stage, dialect):
-    return Judge(stage, dialect)
 
 
 # Kind of record, number of its sources, and whether a listener is there afterwards: of none before, of one before.
@@ -193,7 +158,8 @@ def mutant(dialect, chance):
     """A message that was right until some of its bytes were changed, and then perhaps its end cut off."""
     group = dialect.group(FIRST_BROKEN + chance.randrange(8))
     records = [dialect.record(chance.randrange(1, 7), group, chance.randrange(3)) for _ in range(chance.randrange(4))]
-    message = bytearray(chance.choice((dialect.about(group), dialect.records(*records))))
+    whole = (dialect.about(group), dialect.records(*records), dialect.general_query())
+    message = bytearray(chance.choice(whole))
     if chance.random() < 0.5:
         message[chance.randrange(len(message))] = chance.randrange(256)
         frame = bytearray(dialect.frame(bytes(message)))

@@ -22,12 +22,15 @@ BARRIERS = 2
 
 
 class Lab:
-    """A device with hosts on some of its user ports. Use it in a `with` statement; leaving it ends everything."""
+    """A device with hosts on some of its user ports, on request with IPv6. Use it in a `with` statement; leaving it
+    ends everything.
+    """
 
     running: ClassVar[list] = []  # for those who look at every device, such as after a failure
 
-    def __init__(self, device_build="host", hosts=range(1, 27), user_ports=26, name="device"):
+    def __init__(self, device_build="host", hosts=range(1, 27), user_ports=26, name="device", ipv6=False):
         self._name = name
+        self._ipv6 = ipv6
         self._device_build = Build(device_build)
         self._ports = tuple(hosts)
         self._user_ports = user_ports
@@ -40,7 +43,7 @@ class Lab:
         with self._stack as stack:
             self.device = stack.enter_context(contextlib.closing(self._make_device()))
             for port in self._ports:
-                self.hosts[port] = stack.enter_context(contextlib.closing(Host(self.device, port)))
+                self.hosts[port] = stack.enter_context(contextlib.closing(Host(self.device, port, self._ipv6)))
             self.await_links()
             Lab.running.append(self)
             stack.callback(Lab.running.remove, self)

@@ -31,10 +31,13 @@ def _open_current():
 
 
 class NetNamespace:
-    """One network namespace with its loopback up and IPv6 off (router solicitations would disturb measurements)."""
+    """One network namespace with its loopback up. IPv6 is off, since what hosts say on their own would disturb
+    measurements; with `ipv6` it is on, without router solicitations and with addresses that can be used at once.
+    """
 
-    def __init__(self, name):
+    def __init__(self, name, ipv6=False):
         self.name = name
+        self.has_ipv6 = ipv6
         home = _open_current()
         try:
             _system("unshare", CLONE_NEWNET)
@@ -45,7 +48,9 @@ class NetNamespace:
         finally:
             os.close(home)
         with self.entered():
-            self._disable_ipv6()
+            self._set_ipv6("disable_ipv6", int(not ipv6))
+            for setting in ("accept_dad", "router_solicitations"):
+                self._set_ipv6(setting, 0)
             self._holder = subprocess.Popen(["cat"], stdin=subprocess.PIPE, stdout=subprocess.DEVNULL)
         self.ip("link set lo up")
 
@@ -97,8 +102,8 @@ class NetNamespace:
         os.close(self._fd)
 
     @staticmethod
-    def _disable_ipv6():
+    def _set_ipv6(name, value):
         for scope in ("all", "default"):
-            path = f"/proc/sys/net/ipv6/conf/{scope}/disable_ipv6"
+            path = f"/proc/sys/net/ipv6/conf/{scope}/{name}"
             with contextlib.suppress(FileNotFoundError), open(path, "w", encoding="ascii") as setting:
-                setting.write("1")
+                setting.write(str(value))

@@ -61,27 +61,26 @@ class OpenVSwitch(Program):
         """`settings` are columns of the port, as "tag=100" or "trunks=100,200"."""
         self.vsctl("add-port", bridge, interface, *settings)
 
-    def add_bond(self, bridge, name, interfaces):
-        """A bond that speaks LACP with fast timeouts."""
+    def add_bond(self, bridge, name, interfaces, key=0):
+        """A bond that speaks LACP with fast timeouts; by default Open vSwitch chooses the aggregation key."""
         lacp = ("lacp=active", "other_config:lacp-time=fast", "bond_mode=balance-slb")
-        self.vsctl("add-bond", bridge, name, *interfaces, *lacp)
+        words = ["add-bond", bridge, name, *interfaces, *lacp]
+        for interface in interfaces if key else ():
+            words += ["--", "set", "interface", interface, f"other_config:lacp-aggregation-key={key}"]
+        self.vsctl(*words)
 
-    def set_key(self, interface, key):
-        """The aggregation key of a bond's member."""
-        self.vsctl("set", "interface", interface, f"other_config:lacp-aggregation-key={key}")
-
-    def bundle_states(self, bond):
-        """{member: {"actor": words, "partner": words}} of LACP's states."""
-        answer = self.appctl("lacp/show", bond)
+    def bundle_states(self, *port):
+        """{member: {"actor": words, "partner": words}} of LACP's states, on one port or on all."""
+        answer = self.appctl("lacp/show", *port)
         parts = MEMBER.split(answer)[1:]
         return {
             name: {side: set(words.split()) for side, words in STATE.findall(text)}
             for name, _, text in zip(parts[::3], parts[1::3], parts[2::3], strict=True)
         }
 
-    def bundled(self, bond):
+    def bundled(self):
         """The members on which both sides collect and distribute."""
-        states = self.bundle_states(bond)
+        states = self.bundle_states()
         return {name for name, sides in states.items() if all(BUNDLED <= words for words in sides.values()) and sides}
 
     def rstp_states(self, interfaces):

@@ -11,18 +11,27 @@ LINE_SECONDS = 10.0
 MOST_LINES = 1000
 
 
+# Hosts have so long to answer each query of the start, and a router is known as long: seconds.
+RESPONSE_TIME, ROUTER_AGE = 0.1, 255
+
+
 class SnoopingProgram:
     """A running igmp_snooping; the ports, if any, are aggregation group 1."""
 
-    def __init__(self, device, build, ports=()):
+    def __init__(self, device, build, ports=(), response_time=RESPONSE_TIME, router_age=ROUTER_AGE):
+        options = ("--response-time", response_time, "--router-age", router_age)
         self._process = device.popen(
-            Build(build).command("igmp_snooping", *ports),
+            Build(build).command("igmp_snooping", *options, *ports),
             stdin=subprocess.PIPE,
             stdout=subprocess.PIPE,
             stderr=subprocess.STDOUT,
         )
         self._lines = LineReader(self._process.stdout)
         self.await_line("ready")
+
+    def await_dropping(self):
+        """Waits until all hosts had their time to answer; from then on groups without listeners are dropped."""
+        self.await_line("groups without listeners are dropped")
 
     def await_line(self, wanted):
         """Skips the lines before this one."""
@@ -39,6 +48,10 @@ class SnoopingProgram:
     def await_change(self, vid, address, listener, joins):
         """Waits until "port 5" or "group 1" has joined a group, or has left it."""
         self.await_line(f"VLAN {vid}, {address}: {listener} {'joined' if joins else 'left'}")
+
+    def await_router(self, vid, ip_version, place, is_there=True):
+        """Waits until a router was heard behind "port 5" or "group 1", or was not heard for its age."""
+        self.await_line(f"VLAN {vid}, IPv{ip_version} router: {place} {'found' if is_there else 'aged out'}")
 
     def is_alive(self):
         return self._process.poll() is None

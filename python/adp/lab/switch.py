@@ -97,6 +97,7 @@ def chip_state(device):
     return {
         "ports": [{name: row[name] for name in settings} for row in ask("ports")["ports"]],
         "vlans": ask("vlans")["vlans"],
+        "ageing time": ask("macs")["age_time"],
         "addresses": [row for row in ask("macs")["macs"] if row["static"]],
         "groups of addresses": [{name: row[name] for name in ("vid", "mac", "ports")} for row in ask("mcast")["mcast"]],
         "rules for groups": ask("mcast")["ports"],
