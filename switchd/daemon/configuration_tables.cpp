@@ -34,9 +34,6 @@ void read_members(File &file, const toml::node &value, GroupSettings &group) {
             file.fail(entry.source(), quoted(name) + " is in a group already.");
         }
     }
-    if (group.members.size() > ADP_AGG_ACTIVE_MAX) {
-        file.fail(value.source(), "a group has at most " + std::to_string(ADP_AGG_ACTIVE_MAX) + " members.");
-    }
 }
 
 constexpr Key<GroupSettings> kGroupKeys[] = {

@@ -177,8 +177,6 @@ constexpr Fault kFaults[] = {
     {"[groups.agg1]\nmembers = [\"swp1\", \"swp1\"]\n", ":2: 'swp1' is in a group already."},
     {"[groups.agg1]\nmembers = [\"swp1\"]\n[groups.agg2]\nmembers = [\"swp1\"]\n", ":4: 'swp1' is in a group already."},
     {"[groups.agg1]\nmembers = [\"swp1.5\"]\n", ":2: 'swp1.5' has a tag: these settings are for all of 'swp1'."},
-    {"[groups.agg1]\nmembers = [\"swp1\",\"swp2\",\"swp3\",\"swp4\",\"swp5\",\"swp6\",\"swp7\",\"swp8\",\"swp9\"]\n",
-     ":2: a group has at most 8 members."},
     {"[groups.agg1]\nmembers = [\"swp1\"]\nminimum_links = 2\n", ":1: the group has fewer members than minimum_links."},
     {"[groups.agg1]\nmode = \"lacp\"\n", ":1: a group needs its 'members'."},
     {"[groups.agg1]\nmembers = 3\n", ":2: members must be a list in brackets."},

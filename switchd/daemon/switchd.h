@@ -77,6 +77,8 @@ class Switchd {
     std::set<int> new_queriers();
     void follow_admin_states();
     void follow_vlans();
+    void add_path_ports(PathTable &table) const;
+    void add_path_groups(PathTable &table) const;
     PathTable path_table() const;
     void tell_kernel(const LearnedChanges &changes);
     void note_remarks(Remarks remarks);

@@ -99,8 +99,7 @@ void Switchd::follow_vlans() {
     }
 }
 
-PathTable Switchd::path_table() const {
-    PathTable table;
+void Switchd::add_path_ports(PathTable &table) const {
     const std::set<uint32_t> idle = groups_.idle_members();
     for (const auto &[port, settings] : wanted_.state.ports) {
         PathPort &row = table.ports[port];
@@ -118,16 +117,25 @@ PathTable Switchd::path_table() const {
             }
         }
     }
-    std::set<int> ours;
-    for (const auto &[port, interface] : traffic_.interfaces().all()) {
-        table.interfaces.insert(port);
-        ours.insert(interface->index());
-    }
+}
+
+void Switchd::add_path_groups(PathTable &table) const {
     const SwitchState &chip = applier_->state();
     table.has_unknown_ipv4 = chip.unknown_ipv4_groups == ADP_MCAST_MISS_TO_CPU;
     table.has_unknown_ipv6 = chip.unknown_ipv6_groups == ADP_MCAST_MISS_TO_CPU;
     for (const auto &[group, ports] : chip.groups) {
         table.groups.insert({group.vid, group.mac});
+    }
+}
+
+PathTable Switchd::path_table() const {
+    PathTable table;
+    add_path_ports(table);
+    add_path_groups(table);
+    std::set<int> ours;
+    for (const auto &[port, interface] : traffic_.interfaces().all()) {
+        table.interfaces.insert(port);
+        ours.insert(interface->index());
     }
     const KernelState &kernel = monitor_.state();
     for (const auto &[index, link] : kernel.links) {

@@ -7,6 +7,7 @@
 
 #include "switchd/daemon/small_file.h"
 #include "switchd/daemon/switchd.h"
+#include "switchd/ports/link_mode.h"
 #include "text/printable.h"
 #include "vdevice/io/error.h"
 
@@ -90,8 +91,13 @@ std::string Switchd::remove(const std::string &name) {
 
 void Switchd::link_changed(uint32_t port, bool is_up) {
     uint32_t duplex = ADP_DUPLEX_HALF;
+    uint32_t speed = 0;
     adp_get_phy_port_attr(port, ADP_ATTR_DUPLEX, &duplex);
+    adp_get_phy_port_attr(port, ADP_ATTR_SPEED, &speed);
     groups_.set_link(port, is_up, duplex == ADP_DUPLEX_FULL, now());
+    if (const Interface *interface = traffic_.interfaces().find({port, 0})) {
+        show_link_mode(interface->index(), speed, duplex == ADP_DUPLEX_FULL);
+    }
     traffic_.interfaces().set_carrier(port, is_up);
     if (!is_up) {
         note_failures(dot1x_.link_went_down(port));
@@ -163,7 +169,7 @@ std::map<uint32_t, Dot1xControl> Switchd::dot1x_ports() const {
 
 std::string Switchd::authorize(const std::string &name, const std::optional<Mac> &station, bool is_let_in) {
     const uint32_t intf = port_named(name, false).intf;
-    const std::string text = is_let_in ? dot1x_.authorize(intf, station) : dot1x_.unauthorize(intf, station);
+    std::string text = is_let_in ? dot1x_.authorize(intf, station) : dot1x_.unauthorize(intf, station);
     reconcile_soon();
     return text;
 }

@@ -146,7 +146,7 @@ class Vlans {
         if (taken.empty()) {
             draft_.owners[member.port.vid] = member.interface;
             state_.vlans[member.port.vid].members = kCpuAlone | member.ports;
-        } else {
+        } else if (member.link->up) {  // nobody misses its frames before
             draft_.remark(member.link->name, "gets no frames: " + taken);
         }
     }
