@@ -38,9 +38,10 @@ class Ring:
         self.ovs = switch.add(OpenVSwitch(neighbour.namespace))
         self.ovs.add_rstp_bridge("root", ROOT_PRIORITY)
         self.ovs.add_rstp_bridge("other", OTHER_PRIORITY)
-        for bridge, ports in {"root": ("to-other", "at-root", "host2"), "other": ("to-root", "at-other", "host3")}.items():
-            for port in ports:
-                self.ovs.add_port(bridge, port)
+        for port in ("to-other", "at-root", "host2"):
+            self.ovs.add_port("root", port)
+        for port in ("to-root", "at-other", "host3"):
+            self.ovs.add_port("other", port)
 
     def states(self):
         """The spanning tree's states of the switch's ports in the ring."""
@@ -77,7 +78,7 @@ def test_a_ring_never_loops_and_its_cut_moves(make_switch, tell):
         moved = flow.sent
         switch.plug(TO_ROOT)
         ring.await_states("forwarding", "blocking")
-        poll_until(lambda: flow.has_arrived_since(at_other, flow.sent - 10), MOVED_SECONDS, "A frame the first way again")
+        poll_until(lambda: flow.has_arrived_since(at_other, flow.sent - 10), MOVED_SECONDS, "A frame the first way")
         time.sleep(STEADY_SECONDS)
     for name, station in (("root", at_root), ("other bridge", at_other)):
         gaps = flow.gap(station, before), flow.gap(station, moved)
