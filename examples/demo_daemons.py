@@ -1,4 +1,4 @@
-"""The demonstration with other projects' daemons: one switch with adp-switchd, and unmodified daemons on it and around it.
+"""The demonstration with other projects' daemons: a switch with adp-switchd, and unmodified daemons on it and around it.
 
 Each line says what ran, what was seen, and whether it was as expected; the exit status is 0 only if all was.
 script/demo daemons starts it.
@@ -13,6 +13,8 @@ import time
 from adp.lab import Lab, LabError
 from adp.lab.dhcp import Dnsmasq, Udhcpc
 from adp.lab.flow import Flow
+from adp.lab.ip import UDP, Ipv4Packet
+from adp.lab.listener import Listener, group_mac
 from adp.lab.lldp import Lldpd
 from adp.lab.openvswitch import OpenVSwitch
 from adp.lab.port_access import Hostapd, Supplicant
@@ -21,6 +23,7 @@ from adp.lab.routing import OspfRouter
 from adp.lab.switch import Switch, chip_state
 
 USER_PORTS = 8
+VLAN = 10
 ONE, TWO, GUEST = 1, 2, 3
 ROUTER, MEMBERS = 5, (7, 8)
 CONFIGURATION = """
@@ -31,6 +34,12 @@ rate = "fast"
 [ports.swp3]
 dot1x = "port"
 """
+# Times are hundredths of a second.
+SNOOPING = (
+    "mcast_snooping 1 mcast_querier 1 mcast_query_use_ifaddr 1 "
+    "mcast_query_interval 300 mcast_query_response_interval 100 mcast_startup_query_interval 100"
+)
+GROUP, STREAM_PORT = "239.1.2.3", 5000
 SECONDS = 30.0
 PING_SECONDS = 0.5
 STEADY_SECONDS = 0.5
@@ -66,7 +75,7 @@ class Demonstration:
         self.router.namespace.ip("address add 10.20.0.5/24 dev host5", "address add 10.30.0.1/24 dev lan")
         lan.set_address("10.30.0.2/24")
         lan.namespace.ip("route add default via 10.30.0.1")
-        switch.bridge("br10", ["swp1", "swp2", "swp3", "agg1"], addresses=["10.10.0.1/24"])
+        switch.bridge("br10", ["swp1", "swp2", "swp3", "agg1"], SNOOPING, addresses=["10.10.0.1/24"])
         switch.bridge("br20", ["swp5"], addresses=["10.20.0.1/24"])
         self.hosts[GUEST].set_address("10.10.0.3/24")
         self.routers = [
@@ -81,6 +90,16 @@ class Demonstration:
         self.ovs.add_bridge("br0")
         self.ovs.add_bond("br0", "bond0", ["host7", "host8"])
         self.ovs.add_port("br0", "station")
+
+    def show(self):
+        """One after the other; each waits for what was started."""
+        self.show_lldp()
+        self.show_dhcp()
+        self.show_ospf()
+        self.show_multicast()
+        self.show_access()
+        self.show_lacp()
+        self.show_kill()
 
     def show_lldp(self):
         poll_until(lambda: self.lldp.neighbours().get("swp5"), SECONDS, "A neighbour by LLDP")
@@ -104,6 +123,18 @@ class Demonstration:
         poll_until(lambda: "10.10.0.0/24" in self.routers[1].routes(), SECONDS, "A route back")
         reached = self.hosts[ONE].ping("10.30.0.2", SECONDS, 10)
         self.say("FRR on the switch and on the router", "OSPF is Full; host 1 pings 10.30.0.2 behind it", reached)
+
+    def show_multicast(self):
+        self.switch.add(Listener(self.hosts[TWO], GROUP, STREAM_PORT))
+        self.switch.await_chip(f"a group for {GROUP}", lambda control: control("mcast", "--vlan", VLAN)["mcast"])
+        marker = self.lab.marker()
+        packet = Ipv4Packet("10.10.0.9", GROUP, UDP, STREAM_PORT, length=40)
+        self.hosts[ONE].send(packet.build(group_mac(GROUP), self.lab.mac(ONE), marker))
+        arrived = {f"host {port}" for port in self.lab.arrivals(marker)}
+        if any(marker in frame for frame in self.station.nic.waiting()):
+            arrived.add("the station")
+        seen = f"host 2 has joined {GROUP}; its stream arrives at {', '.join(sorted(arrived))}"
+        self.say("the kernel bridge's multicast snooping", seen, arrived == {"host 2"})
 
     def show_access(self):
         guest = self.hosts[GUEST]
@@ -139,7 +170,8 @@ class Demonstration:
             seconds = time.monotonic() - begin
             time.sleep(STEADY_SECONDS)
         lost, same = len(flow.lost(self.station)), chip_state(self.lab.device) == before
-        seen = f"{lost} of {flow.sent} frames lost, in sync after {seconds:.1f} s, chip {'as before' if same else 'DIFFERS'}"
+        chip = "as before" if same else "DIFFERS"
+        seen = f"{lost} of {flow.sent} frames lost, in sync after {seconds:.1f} s, chip {chip}"
         self.say("adp-switchd is killed and started again", seen, same and lost == 0)
 
     def _flow(self):
@@ -156,18 +188,18 @@ def main():
     arguments = parser.parse_args()
     sys.stdout.reconfigure(line_buffering=True)
     begin = time.monotonic()
-    print(paint("A switch with adp-switchd; unmodified daemons on it, on hosts, on a router and on another switch", "bold"))
+    print(paint("A switch with adp-switchd, and unmodified daemons on it, on hosts, a router and another switch", "bold"))
     try:
         with Lab(arguments.device, (ONE, TWO, GUEST), USER_PORTS) as lab, contextlib.ExitStack() as stack:
             shown = Demonstration(lab, stack)
             shown.set_up()
-            for show in (shown.show_lldp, shown.show_dhcp, shown.show_ospf, shown.show_access, shown.show_lacp, shown.show_kill):
-                show()
+            shown.show()
     except KeyboardInterrupt:
         sys.exit("\ndemo: interrupted. Everything is switched off.")
     except LabError as problem:
         sys.exit(f"\ndemo: {problem}")
-    print(f"{'All was as expected' if shown.good else 'Not all was as expected'}, after {time.monotonic() - begin:.0f} s.")
+    result = "All was as expected" if shown.good else "Not all was as expected"
+    print(f"{result}, after {time.monotonic() - begin:.0f} s.")
     sys.exit(0 if shown.good else 1)
 
 

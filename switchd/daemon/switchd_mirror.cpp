@@ -65,7 +65,7 @@ Plan Switchd::plan() {
     const std::set<uint32_t> idle = groups_.idle_members();
     for (const auto &[number, group] : configuration_.groups) {
         IntfSet &members = plan.groups[ADP_AGG_INTF(number)];
-        for (const uint32_t port : group.members) {
+        for (const auto &[port, priority] : group.members) {
             members |= idle.contains(port) ? 0 : set_of(port);
         }
     }
@@ -99,8 +99,7 @@ void Switchd::follow_vlans() {
     }
 }
 
-PathTable Switchd::path_table() const {
-    PathTable table;
+void Switchd::add_path_ports(PathTable &table) const {
     const std::set<uint32_t> idle = groups_.idle_members();
     for (const auto &[port, settings] : wanted_.state.ports) {
         PathPort &row = table.ports[port];
@@ -109,25 +108,34 @@ PathTable Switchd::path_table() const {
         row.stations = dot1x_.stations(port);
     }
     for (const auto &[number, group] : configuration_.groups) {
-        for (const uint32_t port : group.members) {
+        for (const auto &[port, priority] : group.members) {
             PathPort &row = table.ports[port];
-            row.runs_lacp = group.lacp;
+            row.runs_lacp = group.mode == GroupMode::kLacp;
             if (!idle.contains(port)) {
                 row.group = ADP_AGG_INTF(number);
                 table.ports[row.group].untagged_vid = row.untagged_vid;
             }
         }
     }
-    std::set<int> ours;
-    for (const auto &[port, interface] : traffic_.interfaces().all()) {
-        table.interfaces.insert(port);
-        ours.insert(interface->index());
-    }
+}
+
+void Switchd::add_path_groups(PathTable &table) const {
     const SwitchState &chip = applier_->state();
     table.has_unknown_ipv4 = chip.unknown_ipv4_groups == ADP_MCAST_MISS_TO_CPU;
     table.has_unknown_ipv6 = chip.unknown_ipv6_groups == ADP_MCAST_MISS_TO_CPU;
     for (const auto &[group, ports] : chip.groups) {
         table.groups.insert({group.vid, group.mac});
+    }
+}
+
+PathTable Switchd::path_table() const {
+    PathTable table;
+    add_path_ports(table);
+    add_path_groups(table);
+    std::set<int> ours;
+    for (const auto &[port, interface] : traffic_.interfaces().all()) {
+        table.interfaces.insert(port);
+        ours.insert(interface->index());
     }
     const KernelState &kernel = monitor_.state();
     for (const auto &[index, link] : kernel.links) {

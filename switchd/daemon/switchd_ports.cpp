@@ -2,10 +2,12 @@
 #include <adp/adp.h>
 
 #include <algorithm>
+#include <system_error>
 #include <utility>
 
 #include "switchd/daemon/small_file.h"
 #include "switchd/daemon/switchd.h"
+#include "switchd/ports/link_mode.h"
 #include "text/printable.h"
 #include "vdevice/io/error.h"
 
@@ -46,6 +48,19 @@ void Switchd::open_interfaces() {
     std::erase_if(wanted, [this](const PortName &port) { return !is_port(port); });
     note_failures(traffic_.interfaces().set_wanted(wanted));
     interfaces_there_ = traffic_.interfaces().all().size();
+    set_mtus();
+}
+
+/** Those that the file has: of a port's interface and of all with its tags. */
+void Switchd::set_mtus() {
+    for (const auto &[port, interface] : traffic_.interfaces().all()) {
+        const auto mtu = configuration_.port(port.intf).mtu;
+        const int error = mtu ? requests_.set_link(interface->index(), {.mtu = mtu}) : 0;
+        if (error != 0) {
+            note_failures(
+                {"cannot set the MTU of " + name_of(port) + ": " + std::generic_category().message(error) + "."});
+        }
+    }
 }
 
 std::string Switchd::add(const std::string &name) {
@@ -76,8 +91,13 @@ std::string Switchd::remove(const std::string &name) {
 
 void Switchd::link_changed(uint32_t port, bool is_up) {
     uint32_t duplex = ADP_DUPLEX_HALF;
+    uint32_t speed = 0;
     adp_get_phy_port_attr(port, ADP_ATTR_DUPLEX, &duplex);
+    adp_get_phy_port_attr(port, ADP_ATTR_SPEED, &speed);
     groups_.set_link(port, is_up, duplex == ADP_DUPLEX_FULL, now());
+    if (const Interface *interface = traffic_.interfaces().find({port, 0})) {
+        show_link_mode(interface->index(), speed, duplex == ADP_DUPLEX_FULL);
+    }
     traffic_.interfaces().set_carrier(port, is_up);
     if (!is_up) {
         note_failures(dot1x_.link_went_down(port));
@@ -108,18 +128,7 @@ lacp::SystemId Switchd::lacp_system() const {
 }
 
 void Switchd::open_groups() {
-    GroupsSettings settings{lacp_system(), {}};
-    for (const auto &[number, configured] : configuration_.groups) {
-        GroupSettings &group = settings.groups[number];
-        group.mode = configured.lacp ? GroupMode::kLacp : GroupMode::kStatic;
-        group.is_active = configured.active;
-        group.is_fast = configured.fast;
-        group.balance = configured.balance;
-        group.minimum_links = configured.minimum_links;
-        for (const uint32_t port : configured.members) {
-            group.members[port] = configuration_.port(port).priority;
-        }
-    }
+    const GroupsSettings settings{lacp_system(), configuration_.groups};
     const bool is_first = applier_ == nullptr;
     SavedGroups saved;
     if (is_first && was_in_use_) {
@@ -160,7 +169,7 @@ std::map<uint32_t, Dot1xControl> Switchd::dot1x_ports() const {
 
 std::string Switchd::authorize(const std::string &name, const std::optional<Mac> &station, bool is_let_in) {
     const uint32_t intf = port_named(name, false).intf;
-    const std::string text = is_let_in ? dot1x_.authorize(intf, station) : dot1x_.unauthorize(intf, station);
+    std::string text = is_let_in ? dot1x_.authorize(intf, station) : dot1x_.unauthorize(intf, station);
     reconcile_soon();
     return text;
 }

@@ -139,14 +139,14 @@ class Vlans {
 
     /** Frames with a tag, of an interface that the chip bridges with no other. */
     void add_standalone(const Member &member) {
-        if (member.port.vid == 0 || draft_.served.contains(member.interface)) {
+        if (member.port.vid == 0 || !member.link->up || draft_.served.contains(member.interface)) {
             return;
         }
         const std::string taken = draft_.why_taken(member.port.vid);
         if (taken.empty()) {
             draft_.owners[member.port.vid] = member.interface;
             state_.vlans[member.port.vid].members = kCpuAlone | member.ports;
-        } else {
+        } else if (member.link->up) {  // nobody misses its frames before
             draft_.remark(member.link->name, "gets no frames: " + taken);
         }
     }

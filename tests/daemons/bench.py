@@ -1,7 +1,7 @@
 """What the scenarios of daemons share: waiting for an answer, datagrams between hosts, and cables without a switch.
 
-With `--without-switch` the bridges join the cables themselves, so that what a daemon does wrong of its own accord is told
-from what the switch does to it; the chip is not looked at then.
+With `--without-switch` the bridges join the cables themselves, so that what a daemon does wrong of its own accord is
+told from what the switch does to it; the chip is not looked at then.
 """
 
 import contextlib

@@ -21,6 +21,7 @@ PACKAGES = {
     "dnsmasq": "dnsmasq-base",
     "udhcpc": "udhcpc",
     "iperf3": "iperf3",
+    "ethtool": "ethtool",
 }
 
 

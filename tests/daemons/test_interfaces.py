@@ -1,10 +1,13 @@
 """Interfaces that people rename, move and remove, and very many things at once."""
 
+import contextlib
 import json
 import subprocess
 
 import pytest
+from adp.lab.frames import ethernet
 from adp.lab.netns import NetNamespace
+from adp.lab.nic import Nic
 from adp.lab.process import poll_until
 
 pytestmark = pytest.mark.needs_chip
@@ -33,6 +36,23 @@ def synced(switch):
 
 def vids(switch):
     return {row["vid"] for row in switch.lab.device.control("vlans")["vlans"]}
+
+
+@pytest.mark.needs("ethtool")
+def test_speed_and_duplex_are_shown_as_the_kernel_lets_them(switch):
+    switch.raise_ports("swp1")
+    facts = switch.namespace.run("ethtool", "swp1")
+    assert "Speed: 1000Mb/s" in facts
+    assert "Duplex: Full" in facts
+
+
+def test_a_long_lldp_frame_reaches_its_ports_interface_alone(switch):
+    switch.bridge("br10", ["swp1", "swp2"])
+    frame = ethernet(bytes.fromhex("0180c200000e"), switch.lab.mac(1), 0x88CC, bytes(1500))
+    with contextlib.closing(Nic(switch.namespace, "swp1")) as one, contextlib.closing(Nic(switch.namespace, "swp2")) as two:
+        switch.hosts[1].send(frame)
+        poll_until(lambda: frame in one.waiting(), 5, "The frame on swp1")
+        assert frame not in two.waiting()
 
 
 def test_a_renamed_interface_stays_its_port(switch):

@@ -59,7 +59,8 @@ def active_members(control):
 
 
 def await_members(switch, partner, ports):
-    await_equal(partner.ovs.bundled, {FAR[port] for port in ports}, "Open vSwitch collects and distributes", BUNDLED_SECONDS)
+    far = {FAR[port] for port in ports}
+    await_equal(partner.ovs.bundled, far, "Open vSwitch collects and distributes", BUNDLED_SECONDS)
     switch.await_chip(f"the group's members are {ports}", lambda control: active_members(control) == set(ports))
 
 
@@ -104,8 +105,8 @@ def test_members_whose_partner_has_another_key_are_not_aggregated(make_switch):
     partner.ovs.add_bond("br0", "bond0", [FAR[port] for port in MEMBERS], KEY)
     await_members(switch, partner, MEMBERS)
     partner.ovs.add_bond("br0", "bond1", [FAR[port] for port in OTHERS], OTHER_KEY)
-    heard = [True] * len(OTHERS)
-    await_equal(lambda: ["current" in said for said in partner.said(OTHERS)], heard, "The others hear the switch's LACP")
+    wanted = [True] * len(OTHERS)
+    await_equal(lambda: ["current" in said for said in partner.said(OTHERS)], wanted, "The others hear LACP")
     with Flow(switch.hosts[HOST], [partner.station], switch.lab.marker(), [switch.lab.mac(HOST)]) as flow:
         time.sleep(REFUSED_SECONDS)
     await_members(switch, partner, MEMBERS)

@@ -115,7 +115,11 @@ def outside_querier(host):
         "link set querier addrgenmode none",
     )
     enable_on(host.namespace, "querier")
-    host.namespace.ip("address add fe80::1/64 dev querier nodad", f"link set {interface} master querier", "link set querier up")
+    host.namespace.ip(
+        "address add fe80::1/64 dev querier nodad",
+        f"link set {interface} master querier",
+        "link set querier up",
+    )
     try:
         yield
     finally:

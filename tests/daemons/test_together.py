@@ -24,7 +24,6 @@ interfaces = ["agg1.10", "agg1.20"]
 [groups.agg1]
 members = ["swp7", "swp8"]
 mode = "lacp"
-rate = "fast"
 """
 ACCESS = """
 [ports.swp3]
@@ -37,7 +36,6 @@ SNOOPING = (
 )
 GROUP = "239.1.2.3"
 READY_SECONDS, STEADY_SECONDS, DOWN_SECONDS = 40.0, 1.0, 1.0
-# A trunk's members and a tree's states are the chip's; nothing of them may change while nobody tells it anything.
 MOST_SYNC_SECONDS = 3.0
 
 pytestmark = [
@@ -84,9 +82,10 @@ class Network:
         ]
         self.server = near.add(Dnsmasq(near.namespace, {"br10": ("10.10.0.50", "10.10.0.59")}))
         near.add(Hostapd(near.namespace, "swp3", {"guest": "secret"}, near.switchd))
-        self.clients = [
-            switch.add(Udhcpc(switch.hosts[CLIENT].namespace, switch.hosts[CLIENT].nic.interface)) for switch in (near, far)
-        ]
+        self.clients = []
+        for switch in (near, far):
+            host = switch.hosts[CLIENT]
+            self.clients.append(switch.add(Udhcpc(host.namespace, host.nic.interface)))
         guest = near.hosts[GUEST]
         self.supplicant = near.add(Supplicant(guest.namespace, guest.nic.interface, "guest", "secret"))
         self.listener = far.add(Listener(far.hosts[CLIENT], GROUP, 5000))
@@ -162,7 +161,7 @@ def test_a_killed_daemon_comes_back_to_the_same_switch(network, load, tell):
         time.sleep(STEADY_SECONDS)
     lost = [len(flow.lost(receiver, number)) for flow, receiver, number in zip(made, receivers, first, strict=True)]
     sent = [flow.sent - number for flow, number in zip(made, first, strict=True)]
-    tell(f"killed for {DOWN_SECONDS:g} s and back after {seconds:.2f} s: {lost} of {sent} frames lost, {load.summary()}")
+    tell(f"killed for {DOWN_SECONDS:g} s, back after {seconds:.2f} s: {lost} of {sent} frames lost, {load.summary()}")
     assert while_down == before["near"], "nothing changes in the chip while the daemon is away"
     assert chip_state(network.near.lab.device) == before["near"], "nor when it is back"
     assert chip_state(network.far.lab.device) == before["far"], "nor at the other switch"

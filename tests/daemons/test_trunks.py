@@ -17,7 +17,7 @@ pytestmark = [pytest.mark.needs("ovs-vswitchd"), pytest.mark.needs_chip]
 
 
 class Network:
-    """Hosts 1 and 2 in their VLANs, host 4 in both; behind the trunk "a100", "a200" without tags and "both" with them."""
+    """Hosts 1 and 2 in their VLANs, host 4 in both; behind the trunk "a100", "a200" without tags, "both" with them."""
 
     def __init__(self, switch):
         self.switch = switch
@@ -59,7 +59,8 @@ def _vid_of(frame):
 def network(make_switch):
     made = Network(make_switch((ONE, TWO, HYBRID), CONFIGURATION))
     for sender, receiver in (("a100", "host 1"), ("host 2", "a200")):
-        poll_until(lambda s=sender, r=receiver: r in made.heard(s), LINK_SECONDS, f"A frame from {sender} to {receiver}")
+        what = f"A frame from {sender} to {receiver}"
+        poll_until(lambda s=sender, r=receiver: r in made.heard(s), LINK_SECONDS, what)
     return made
 
 

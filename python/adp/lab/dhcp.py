@@ -29,8 +29,8 @@ class Dnsmasq(Program):
                 words += [f"--interface={interface}", f"--dhcp-range={first},{last},2m"]
             leases, pid = self.path("leases"), self.path("pid")
             self.start(
-                *("dnsmasq", "--no-daemon", "--conf-file=/dev/null", "--port=0", "--no-ping", "--dhcp-authoritative", "--bind-interfaces"),
-                *(f"--dhcp-leasefile={leases}", f"--pid-file={pid}", *words),
+                *("dnsmasq", "--no-daemon", "--conf-file=/dev/null", "--port=0", "--no-ping", "--dhcp-authoritative"),
+                *("--bind-interfaces", f"--dhcp-leasefile={leases}", f"--pid-file={pid}", *words),
             )
             self.await_start(lambda: "DHCP, IP range" in self.log())
         except BaseException:

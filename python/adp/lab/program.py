@@ -16,8 +16,8 @@ ANSWER_SECONDS = 20.0
 START_SECONDS = 20.0
 SYSTEM_PATH = "/usr/sbin:/usr/bin:/sbin:/bin:/usr/lib/frr"
 LOG_CHARACTERS = 6000
-# Daemons expect folders of theirs in /run, which must exist, and two of a kind must not meet there. FRR's are run as root,
-# since an ordinary user's namespace has no other users; root must be in a group for that.
+# Daemons expect folders of theirs in /run, which must exist, and two of a kind must not meet there. FRR's are run as
+# root, since an ordinary user's namespace has no other users; root must be in a group for that.
 OWN_RUN = """\
 mount -t tmpfs tmpfs /run && mkdir -p /run/lldpd /run/frr /run/openvswitch &&
 sed 's/^frrvty:x:[0-9]*:/&root,/' /etc/group >/run/group && mount --bind /run/group /etc/group &&
