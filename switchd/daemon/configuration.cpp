@@ -1,8 +1,6 @@
 // What follows from a configuration.
 #include "switchd/daemon/configuration.h"
 
-#include <adp/agg.h>
-
 namespace switchd {
 namespace {
 
@@ -15,8 +13,6 @@ void keep(std::vector<std::string> &changed, const char *key, Value &read, const
 }
 
 }  // namespace
-
-Configuration::Group::Group() : balance{ADP_BALANCE_SRC_DST_MAC} {}
 
 Configuration::Port Configuration::port(uint32_t intf) const {
     const auto found = ports.find(intf);

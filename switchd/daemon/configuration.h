@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "switchd/daemon/dot1x_control.h"
+#include "switchd/groups/settings.h"
 #include "switchd/kernel/kernel_state.h"
 #include "switchd/ports/interface.h"
 #include "switchd/ports/port_name.h"
@@ -16,22 +17,11 @@
 namespace switchd {
 
 struct Configuration {
-    struct Group {
-        std::vector<uint32_t> members; /**< user ports, in the file's order */
-        bool lacp = true;              /**< or without a protocol */
-        bool active = true;            /**< LACP: speaks first */
-        bool fast = false;             /**< LACP: asks the partner for a LACPDU a second, not one in 30 */
-        uint32_t balance = 0;          /**< enum adp_balance_mode; the default is that of both MAC addresses */
-        uint32_t minimum_links = 1;
-
-        Group();
-        bool operator==(const Group &) const = default;
-    };
+    static constexpr uint16_t kDefaultPriority = 0x8000; /**< of a port in LACP */
 
     struct Port {
         Dot1xControl dot1x = Dot1xControl::kNone;
         std::optional<uint32_t> mtu;
-        uint16_t priority = 0x8000; /**< LACP's port priority */
 
         bool operator==(const Port &) const = default;
     };
@@ -50,8 +40,8 @@ struct Configuration {
     uint32_t flood_limit = 10'000;    /**< flooded frames a second from each port to the CPU; 0 for no limit */
     uint32_t learned_seconds = 1;     /**< between two looks at what the switch has learned */
     std::map<std::string, uint16_t> bridges;
-    std::map<uint32_t, Group> groups; /**< by the group's number, 1 to 8 */
-    std::map<uint32_t, Port> ports;   /**< by interface number, user ports and groups */
+    std::map<uint32_t, GroupSettings> groups; /**< by the group's number, 1 to 8 */
+    std::map<uint32_t, Port> ports;           /**< by interface number, user ports and groups */
     std::optional<vdevice::LogLevel> log_level;
 
     /** The port's settings, or the defaults. */

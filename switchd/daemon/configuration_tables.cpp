@@ -14,41 +14,40 @@ using toml_file::choice_of, toml_file::number_of, toml_file::switch_of, toml_fil
 
 // The keys of [groups.agg1].
 
+/** In the order of GroupMode. */
 constexpr const char *kModes[] = {"static", "lacp"};
 constexpr const char *kRates[] = {"slow", "fast"};
 /** In the order of enum adp_balance_mode. */
 constexpr const char *kBalances[] = {"destination_mac", "source_mac", "mac", "destination_ip", "source_ip", "ip"};
+static_assert(std::size(kModes) == static_cast<size_t>(GroupMode::kLacp) + 1);
 static_assert(std::size(kBalances) == ADP_BALANCE_SRC_DST_IP);
 
-using Group = Configuration::Group;
-
-void read_members(File &file, const toml::node &value, Group &group) {
+void read_members(File &file, const toml::node &value, GroupSettings &group) {
     for (const toml::node &entry : list_of(file, value, "members")) {
         const std::string name = text_of(file, entry, "a member");
         const PortName port = whole_port_named(file, entry.source(), name);
         if (is_group(port)) {
             file.fail(entry.source(), quoted(name) + " is a group, and no member of one.");
         }
-        const bool is_here = std::find(group.members.begin(), group.members.end(), port.intf) != group.members.end();
-        if (is_here || is_in_a_group(file.configuration, port.intf)) {
+        const bool is_elsewhere = is_in_a_group(file.configuration, port.intf);
+        if (is_elsewhere || !group.members.emplace(port.intf, Configuration::kDefaultPriority).second) {
             file.fail(entry.source(), quoted(name) + " is in a group already.");
         }
-        group.members.push_back(port.intf);
     }
 }
 
-constexpr Key<Group> kGroupKeys[] = {
+constexpr Key<GroupSettings> kGroupKeys[] = {
     {"members", read_members},
     {"mode", [](File &file, const toml::node &value,
-                Group &group) { group.lacp = choice_of(file, value, "mode", kModes) != 0; }},
-    {"active",
-     [](File &file, const toml::node &value, Group &group) { group.active = switch_of(file, value, "active"); }},
+                GroupSettings &group) { group.mode = static_cast<GroupMode>(choice_of(file, value, "mode", kModes)); }},
+    {"active", [](File &file, const toml::node &value,
+                  GroupSettings &group) { group.is_active = switch_of(file, value, "active"); }},
     {"rate", [](File &file, const toml::node &value,
-                Group &group) { group.fast = choice_of(file, value, "rate", kRates) != 0; }},
+                GroupSettings &group) { group.is_fast = choice_of(file, value, "rate", kRates) != 0; }},
     {"balance", [](File &file, const toml::node &value,
-                   Group &group) { group.balance = choice_of(file, value, "balance", kBalances) + 1; }},
+                   GroupSettings &group) { group.balance = choice_of(file, value, "balance", kBalances) + 1; }},
     {"minimum_links",
-     [](File &file, const toml::node &value, Group &group) {
+     [](File &file, const toml::node &value, GroupSettings &group) {
          group.minimum_links = number_of(file, value, "minimum_links", 1, ADP_AGG_ACTIVE_MAX);
      }},
 };
@@ -58,22 +57,35 @@ constexpr Key<Group> kGroupKeys[] = {
 constexpr const char *kDot1x[] = {"none", "port", "stations"};
 static_assert(std::size(kDot1x) == static_cast<size_t>(Dot1xControl::kStations) + 1);
 
-using Port = Configuration::Port;
+struct PortEntry : Configuration::Port {
+    std::optional<uint16_t> priority; /**< of a group's member */
+};
 
-constexpr Key<Port> kPortKeys[] = {
+constexpr Key<PortEntry> kPortKeys[] = {
     {"dot1x", [](File &file, const toml::node &value,
-                 Port &port) { port.dot1x = static_cast<Dot1xControl>(choice_of(file, value, "dot1x", kDot1x)); }},
+                 PortEntry &port) { port.dot1x = static_cast<Dot1xControl>(choice_of(file, value, "dot1x", kDot1x)); }},
     {"mtu",
-     [](File &file, const toml::node &value, Port &port) {
+     [](File &file, const toml::node &value, PortEntry &port) {
          constexpr uint32_t kLeast = 68;   // RFC 791
          constexpr uint32_t kMost = 9000;  // with tags still within the longest frame of the switch
          port.mtu = number_of(file, value, "mtu", kLeast, kMost);
      }},
     {"priority",
-     [](File &file, const toml::node &value, Port &port) {
+     [](File &file, const toml::node &value, PortEntry &port) {
          port.priority = static_cast<uint16_t>(number_of(file, value, "priority", 0, UINT16_MAX));
      }},
 };
+
+/** Settings that only ports outside groups have, or only members of groups. */
+void check_place(const File &file, const toml::source_region &where, const PortName &name, const PortEntry &port) {
+    const bool is_member = is_in_a_group(file.configuration, name.intf);
+    if (port.dot1x != Dot1xControl::kNone && (is_group(name) || is_member)) {
+        file.fail(where, "802.1X is for user ports outside groups.");
+    }
+    if (port.priority && !is_member) {
+        file.fail(where, "priority is LACP's, for members of groups.");
+    }
+}
 
 }  // namespace
 
@@ -97,9 +109,6 @@ PortName port_named(const File &file, const toml::source_region &where, std::str
         file.fail(where, "there is no " + quoted(name) + ": the user ports are 1 to " +
                              std::to_string(file.configuration.user_ports) + ".");
     }
-    if (is_group(*port) && (port->intf & ADP_INTF_INDEX_MASK) > ADP_AGG_GROUPS) {
-        file.fail(where, "there is no " + quoted(name) + ": groups are agg1 to agg8.");
-    }
     return *port;
 }
 
@@ -113,10 +122,8 @@ PortName whole_port_named(const File &file, const toml::source_region &where, st
 }
 
 bool is_in_a_group(const Configuration &configuration, uint32_t port) {
-    return std::any_of(configuration.groups.begin(), configuration.groups.end(), [&](const auto &row) {
-        const auto &members = row.second.members;
-        return std::find(members.begin(), members.end(), port) != members.end();
-    });
+    return std::any_of(configuration.groups.begin(), configuration.groups.end(),
+                       [&](const auto &row) { return row.second.members.count(port) != 0; });
 }
 
 const toml::table &table_of(const File &file, const toml::node &value, const std::string &name) {
@@ -141,7 +148,7 @@ void read_groups(File &file, const toml::node &value) {
         if (!is_group(port)) {
             file.fail(key.source(), quoted(key.str()) + " is no group; these are agg1 to agg8.");
         }
-        Group group;
+        GroupSettings group;
         read_table(file, table_of(file, settings, "groups." + std::string{key.str()}), kGroupKeys, group);
         if (group.members.empty()) {
             file.fail(key.source(), "a group needs its 'members'.");
@@ -156,13 +163,15 @@ void read_groups(File &file, const toml::node &value) {
 void read_ports(File &file, const toml::node &value) {
     for (const auto &[key, settings] : table_of(file, value, "ports")) {
         const PortName name = whole_port_named(file, key.source(), key.str());
-        Port port;
+        PortEntry port;
         read_table(file, table_of(file, settings, "ports." + std::string{key.str()}), kPortKeys, port);
-        const bool is_controlled = port.dot1x != Dot1xControl::kNone;
-        if (is_controlled && (is_group(name) || is_in_a_group(file.configuration, name.intf))) {
-            file.fail(key.source(), "802.1X is for user ports outside groups.");
-        }
+        check_place(file, key.source(), name, port);
         file.configuration.ports[name.intf] = port;
+        for (auto &[number, group] : file.configuration.groups) {
+            if (const auto member = group.members.find(name.intf); member != group.members.end()) {
+                member->second = port.priority.value_or(member->second);
+            }
+        }
     }
 }
 

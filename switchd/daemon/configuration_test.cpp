@@ -92,15 +92,14 @@ TEST_F(ConfigurationFile, SetsWhatItSays) {
     EXPECT_EQ(configuration.log_level, vdevice::LogLevel::kInfo);
     EXPECT_EQ(configuration.bridges, (std::map<std::string, uint16_t>{{"guests", 300}}));
     ASSERT_EQ(configuration.groups.size(), 2U);
-    const Configuration::Group &group = configuration.groups.at(2);
-    EXPECT_EQ(group.members, (std::vector<uint32_t>{3, 4}));
-    EXPECT_TRUE(group.lacp && !group.active && group.fast);
+    const GroupSettings &group = configuration.groups.at(2);
+    EXPECT_EQ(group.members, (std::map<uint32_t, uint16_t>{{3, 7}, {4, Configuration::kDefaultPriority}}));
+    EXPECT_TRUE(group.mode == GroupMode::kLacp && !group.is_active && group.is_fast);
     EXPECT_EQ(group.balance, uint32_t{ADP_BALANCE_SRC_DST_IP});
     EXPECT_EQ(group.minimum_links, 2U);
-    EXPECT_FALSE(configuration.groups.at(1).lacp);
+    EXPECT_EQ(configuration.groups.at(1).mode, GroupMode::kStatic);
     EXPECT_EQ(configuration.port(1).dot1x, Dot1xControl::kStations);
     EXPECT_EQ(configuration.port(1).mtu, 1400U);
-    EXPECT_EQ(configuration.port(3).priority, 7U);
     EXPECT_EQ(configuration.port(2), Configuration::Port{});
 }
 
@@ -111,10 +110,9 @@ TEST_F(ConfigurationFile, MayBeEmptyOrMissing) {
     EXPECT_EQ(empty.physical_ports.front(), 4U);
     EXPECT_EQ(empty.physical_ports.back(), 29U);
     EXPECT_EQ(empty.port(5).dot1x, Dot1xControl::kNone);
-    Configuration::Group group = read("[groups.agg8]\nmembers = [\"swp1\"]\n").groups.at(8);
-    EXPECT_EQ(std::exchange(group.members, {}), std::vector<uint32_t>{1});
-    EXPECT_EQ(group, Configuration::Group{});
-    EXPECT_EQ(Configuration::Group{}.balance, uint32_t{ADP_BALANCE_SRC_DST_MAC});
+    GroupSettings group = read("[groups.agg8]\nmembers = [\"swp1\"]\n").groups.at(8);
+    EXPECT_EQ(std::exchange(group.members, {}), (std::map<uint32_t, uint16_t>{{1, Configuration::kDefaultPriority}}));
+    EXPECT_EQ(group, GroupSettings{});
 }
 
 TEST_F(ConfigurationFile, HasInternalVlans) {
@@ -185,6 +183,7 @@ constexpr Fault kFaults[] = {
     {"[groups.agg1]\nmode = \"on\"\n", ":2: mode must be one of \"static\", \"lacp\"."},
     {"[ports.swp1]\ndot1x = true\n", ":2: dot1x must be a text in quotes."},
     {"[ports.swp1]\nmtu = 67\n", ":2: mtu 67 is not in 68 to 9000."},
+    {"[ports.swp1]\npriority = 7\n", ":1: priority is LACP's, for members of groups."},
     {"[ports.agg1]\ndot1x = \"port\"\n", ":1: 802.1X is for user ports outside groups."},
     {"[groups.agg1]\nmembers = [\"swp1\"]\n[ports.swp1]\ndot1x = \"port\"\n",
      ":3: 802.1X is for user ports outside groups."},
@@ -215,10 +214,10 @@ TEST_F(ConfigurationFile, OfTheExampleHasTheDefaults) {
     EXPECT_TRUE(keep_fixed(example, defaults).empty());
     EXPECT_EQ(example.flood_limit, defaults.flood_limit);
     EXPECT_EQ(example.learned_seconds, defaults.learned_seconds);
-    Configuration::Group group;
-    group.members = {3, 4};
-    group.fast = true;
-    EXPECT_EQ(example.groups, (std::map<uint32_t, Configuration::Group>{{1, group}}));
+    GroupSettings group;
+    group.members = {{3, Configuration::kDefaultPriority}, {4, Configuration::kDefaultPriority}};
+    group.is_fast = true;
+    EXPECT_EQ(example.groups, (std::map<uint32_t, GroupSettings>{{1, group}}));
 }
 
 }  // namespace configuration_test

@@ -90,9 +90,9 @@ json Switchd::bridge_ports(int bridge) const {
             continue;
         }
         const auto &interfaces = traffic_.interfaces().all();
-        const bool is_tagged = std::any_of(interfaces.begin(), interfaces.end(), [&](const auto &row) {
-            return row.second->index() == place.interface && row.first.vid != 0;
-        });
+        const bool is_tagged = std::any_of(
+            interfaces.begin(), interfaces.end(),
+            [index = place.interface](const auto &row) { return row.second->index() == index && row.first.vid != 0; });
         rows.push_back(
             {{"name", link->second.name}, {"state", name_of(link->second.port->state)}, {"tagged", is_tagged}});
     }

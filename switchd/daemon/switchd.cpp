@@ -103,6 +103,7 @@ void Switchd::note_failures(const std::vector<std::string> &sentences) const {
 
 void Switchd::configure(const Configuration &configuration) {
     configuration_ = configuration;
+    traffic_.configure(configuration_);
     note_failures(dot1x_.configure(dot1x_ports()));
     open_groups();
     open_interfaces();

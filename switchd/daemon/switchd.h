@@ -60,6 +60,7 @@ class Switchd {
     std::string group_file() const { return run_dir_ + "/groups"; }
     void open_groups();
     void open_interfaces();
+    void set_mtus();
     std::map<uint32_t, Dot1xControl> dot1x_ports() const;
     bool is_port(const PortName &port) const;
     /** Throws a vdevice::io::Error with a sentence if there is no such port, or it has a tag where none is wanted. */

@@ -65,7 +65,7 @@ Plan Switchd::plan() {
     const std::set<uint32_t> idle = groups_.idle_members();
     for (const auto &[number, group] : configuration_.groups) {
         IntfSet &members = plan.groups[ADP_AGG_INTF(number)];
-        for (const uint32_t port : group.members) {
+        for (const auto &[port, priority] : group.members) {
             members |= idle.contains(port) ? 0 : set_of(port);
         }
     }
@@ -108,9 +108,9 @@ void Switchd::add_path_ports(PathTable &table) const {
         row.stations = dot1x_.stations(port);
     }
     for (const auto &[number, group] : configuration_.groups) {
-        for (const uint32_t port : group.members) {
+        for (const auto &[port, priority] : group.members) {
             PathPort &row = table.ports[port];
-            row.runs_lacp = group.lacp;
+            row.runs_lacp = group.mode == GroupMode::kLacp;
             if (!idle.contains(port)) {
                 row.group = ADP_AGG_INTF(number);
                 table.ports[row.group].untagged_vid = row.untagged_vid;

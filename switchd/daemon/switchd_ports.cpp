@@ -2,6 +2,7 @@
 #include <adp/adp.h>
 
 #include <algorithm>
+#include <system_error>
 #include <utility>
 
 #include "switchd/daemon/small_file.h"
@@ -47,10 +48,17 @@ void Switchd::open_interfaces() {
     std::erase_if(wanted, [this](const PortName &port) { return !is_port(port); });
     note_failures(traffic_.interfaces().set_wanted(wanted));
     interfaces_there_ = traffic_.interfaces().all().size();
-    for (const auto &[intf, port] : configuration_.ports) {
-        const Interface *interface = traffic_.interfaces().find({intf, 0});
-        if (port.mtu && interface != nullptr) {
-            requests_.set_link(interface->index(), {.mtu = port.mtu});
+    set_mtus();
+}
+
+/** Those that the file has: of a port's interface and of all with its tags. */
+void Switchd::set_mtus() {
+    for (const auto &[port, interface] : traffic_.interfaces().all()) {
+        const auto mtu = configuration_.port(port.intf).mtu;
+        const int error = mtu ? requests_.set_link(interface->index(), {.mtu = mtu}) : 0;
+        if (error != 0) {
+            note_failures(
+                {"cannot set the MTU of " + name_of(port) + ": " + std::generic_category().message(error) + "."});
         }
     }
 }
@@ -120,18 +128,7 @@ lacp::SystemId Switchd::lacp_system() const {
 }
 
 void Switchd::open_groups() {
-    GroupsSettings settings{lacp_system(), {}};
-    for (const auto &[number, configured] : configuration_.groups) {
-        GroupSettings &group = settings.groups[number];
-        group.mode = configured.lacp ? GroupMode::kLacp : GroupMode::kStatic;
-        group.is_active = configured.active;
-        group.is_fast = configured.fast;
-        group.balance = configured.balance;
-        group.minimum_links = configured.minimum_links;
-        for (const uint32_t port : configured.members) {
-            group.members[port] = configuration_.port(port).priority;
-        }
-    }
+    const GroupsSettings settings{lacp_system(), configuration_.groups};
     const bool is_first = applier_ == nullptr;
     SavedGroups saved;
     if (is_first && was_in_use_) {
@@ -172,7 +169,7 @@ std::map<uint32_t, Dot1xControl> Switchd::dot1x_ports() const {
 
 std::string Switchd::authorize(const std::string &name, const std::optional<Mac> &station, bool is_let_in) {
     const uint32_t intf = port_named(name, false).intf;
-    const std::string text = is_let_in ? dot1x_.authorize(intf, station) : dot1x_.unauthorize(intf, station);
+    std::string text = is_let_in ? dot1x_.authorize(intf, station) : dot1x_.unauthorize(intf, station);
     reconcile_soon();
     return text;
 }

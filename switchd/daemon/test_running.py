@@ -204,6 +204,20 @@ def test_interfaces_with_tags_come_and_go_by_command(switchd, bridge):
     assert switchd.stop(process)[0] == 0
 
 
+def mtu(name):
+    link, = json.loads(subprocess.check_output(["ip", "-j", "link", "show", name]))
+    return link["mtu"]
+
+
+def test_the_mtu_is_the_file_s(switchd, bridge):
+    process = bridge('interfaces = ["swp1.200"]\n[ports.swp1]\nmtu = 1400\n')
+    assert (mtu("swp1"), mtu("swp1.200"), mtu("swp2")) == (1400, 1400, 1500)
+    switchd.file.write_text(BOARD + "[ports.swp2]\nmtu = 2000\n", encoding="utf-8")
+    process.send_signal(signal.SIGHUP)
+    wait_until(lambda: mtu("swp2") == 2000, "the MTU")
+    assert switchd.stop(process)[0] == 0
+
+
 def test_counters_are_those_of_the_hardware(switchd, bridge):
     process = bridge()
     guest, other = Host("host1"), Host("host2")

@@ -75,6 +75,10 @@ Traffic::~Traffic() {
     }
 }
 
+void Traffic::configure(const Configuration &configuration) {
+    path_.set_limits(limits_of(configuration), now());
+}
+
 void Traffic::reopen() {
     if (watched_ >= 0 && cpu_port_.is_current()) {
         return;

@@ -32,6 +32,8 @@ class Traffic {
     Traffic(const Traffic &) = delete;
     Traffic &operator=(const Traffic &) = delete;
 
+    void configure(const Configuration &configuration);
+
     Interfaces &interfaces() { return interfaces_; }
     const Interfaces &interfaces() const { return interfaces_; }
     FramePath &path() { return path_; }

@@ -101,13 +101,16 @@ TEST_F(BridgeVids, OtherTagsThanTheBridgesAreNotInHardware) {
 
 TEST_F(BridgeVids, ATaggedInterfaceAloneHasItsVlanUnlessSomebodyElseHas) {
     k.port({1, 0}, k.bridge("br100"));
-    k.port({3, 300});
+    const int swp3 = k.port({3, 300});
     k.port({4, 300});
     k.port({5, 100});
     EXPECT_EQ(vlan(300), (VlanState{ports({0, 3}), 0, {}}));
     EXPECT_THAT(remarks_on("swp4.300"), ElementsAre("gets no frames: VLAN 300 is that of swp3.300"));
     EXPECT_THAT(remarks_on("swp5.100"), ElementsAre("gets no frames: VLAN 100 is that of br100"));
     EXPECT_EQ(vlan(100).members, ports({0, 1}));
+    k[swp3].up = false;
+    EXPECT_THAT(remarks_on("swp4.300"), IsEmpty());
+    EXPECT_EQ(vlan(300).members, ports({0, 4}));
 }
 
 TEST_F(BridgeVids, VlanDevicesOfTheKernelAreTaggedInterfaces) {

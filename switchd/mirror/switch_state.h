@@ -92,13 +92,4 @@ struct SwitchState {
     bool operator==(const SwitchState &) const = default;
 };
 
-/** Groups that the chip floods whatever its table says: 224.0.0.0/24 and ff02::1. */
-bool is_always_flooded(const Mac &mac);
-
-/**
- * Whether a frame to this address in the VLAN, if the CPU gets it, has gone to no other port: there is none, or it is
- * to an unknown group. What is trapped for its kind, as IGMP messages are, is not looked at.
- */
-bool is_for_cpu_alone(const SwitchState &state, uint16_t vid, const Mac &destination);
-
 }  // namespace switchd

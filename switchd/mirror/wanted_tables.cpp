@@ -15,6 +15,12 @@ bool is_station(const Mac &mac) {
     return (mac[0] & 1) == 0 && mac != Mac{};
 }
 
+/** The chip floods these groups whatever its table says: 224.0.0.0/24 and ff02::1. */
+bool is_always_flooded(const Mac &mac) {
+    constexpr Mac kAllNodes{0x33, 0x33, 0, 0, 0, 1};
+    return mac == kAllNodes || (mac[0] == 0x01 && mac[1] == 0 && mac[2] == 0x5E && mac[3] == 0 && mac[4] == 0);
+}
+
 /** The bridges that have ports in hardware. */
 std::set<int> served_bridges(const Draft &draft) {
     std::set<int> bridges;

@@ -140,27 +140,6 @@ TEST_F(WantedTables, UnknownGroupsAreFloodedIfABridgeNeedsIt) {
     EXPECT_THAT(all.remarks[1].sentence, HasSubstr("floods unknown IPv6"));
 }
 
-TEST_F(WantedTables, WhatTheCpuAloneHasIsKnown) {
-    group(br7_, {239, 1, 2, 3}, {swp2_});
-    SwitchState state = wanted().state;
-    const auto is_alone = [&](uint16_t vid, Mac mac) { return is_for_cpu_alone(state, vid, mac); };
-    EXPECT_TRUE(is_alone(4003, kStation)) << "no other port is there";
-    EXPECT_TRUE(is_alone(99, kStation)) << "nor in a VLAN that the chip has not";
-    EXPECT_FALSE(is_alone(7, kStation));
-    EXPECT_FALSE(is_alone(7, {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF}));
-    EXPECT_FALSE(is_alone(7, {0x01, 0, 0x5E, 1, 2, 3})) << "a known group";
-    EXPECT_TRUE(is_alone(7, {0x01, 0, 0x5E, 1, 2, 4}));
-    EXPECT_FALSE(is_alone(7, {0x01, 0, 0x5E, 0, 0, 5}));
-    EXPECT_FALSE(is_alone(7, {0x01, 0, 0x5E, 0x80, 0, 1})) << "no address of IPv4";
-    EXPECT_TRUE(is_alone(7, {0x33, 0x33, 0, 0, 0, 2}));
-    EXPECT_FALSE(is_alone(7, {0x33, 0x33, 0, 0, 0, 1}));
-    state.unknown_ipv4_groups = ADP_MCAST_MISS_FLOOD;
-    EXPECT_FALSE(is_alone(7, {0x01, 0, 0x5E, 1, 2, 4}));
-    EXPECT_TRUE(is_alone(7, {0x33, 0x33, 0, 0, 0, 2}));
-    state.unknown_ipv6_groups = ADP_MCAST_MISS_FLOOD;
-    EXPECT_FALSE(is_alone(7, {0x33, 0x33, 0, 0, 0, 2}));
-}
-
 TEST_F(WantedTables, TheShortestAgeingTimeIsEverybodys) {
     k[br7_].bridge->ageing_seconds = 100;
     EXPECT_EQ(wanted().state.ageing_seconds, 100U);

@@ -139,7 +139,7 @@ class Vlans {
 
     /** Frames with a tag, of an interface that the chip bridges with no other. */
     void add_standalone(const Member &member) {
-        if (member.port.vid == 0 || draft_.served.contains(member.interface)) {
+        if (member.port.vid == 0 || !member.link->up || draft_.served.contains(member.interface)) {
             return;
         }
         const std::string taken = draft_.why_taken(member.port.vid);

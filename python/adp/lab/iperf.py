@@ -1,12 +1,42 @@
-"""iperf3: TCP between two namespaces as a steady load."""
+"""iperf3: TCP between two namespaces, as a steady load or as fast as it can."""
 
+import contextlib
+import json
 import re
 
+from .problem import LabError
 from .process import poll_until
 from .program import Program
 
 LISTEN_SECONDS = 10.0
 INTERVAL = re.compile(r"([\d.]+) Mbits/sec")
+
+
+def listening(namespace, address):
+    """A server for one client."""
+    server = Program(namespace, f"iperf3 on {address}")
+    try:
+        server.start("iperf3", "--server", "--one-off", "--forceflush")
+        server.await_start(lambda: "listening" in server.log())
+    except BaseException:
+        server.close()
+        raise
+    return server
+
+
+def tcp_megabits(client, server, address, seconds, *options):
+    """Mbit/s that arrive of TCP from the client's namespace to the server's; with "--reverse" the other way."""
+    words = ("iperf3", "--client", address, "--json", "--time", seconds, *options)
+    with contextlib.closing(listening(server, address)), contextlib.closing(Program(client, "iperf3")) as program:
+        return megabits_of(program.run(*words))
+
+
+def megabits_of(result):
+    """Mbit/s that arrived, of a client's result in JSON."""
+    try:
+        return json.loads(result)["end"]["sum_received"]["bits_per_second"] / 1e6
+    except (ValueError, KeyError):
+        raise LabError(f"iperf3 has no result: {result[:200]}") from None
 
 
 class Iperf(Program):
@@ -15,9 +45,7 @@ class Iperf(Program):
     def __init__(self, client, server, address, megabits=20):
         super().__init__(client, f"iperf3 to {address}")
         try:
-            self._server = Program(server, f"iperf3 on {address}")
-            self._server.start("iperf3", "--server", "--one-off", "--forceflush")
-            self._server.await_start(lambda: "listening" in self._server.log())
+            self._server = listening(server, address)
             words = ("--bitrate", f"{megabits}M", "--time", "0", "--format", "m", "--forceflush")
             self.start("iperf3", "--client", address, *words)
             poll_until(self._rates, LISTEN_SECONDS, "A first result of iperf3")
