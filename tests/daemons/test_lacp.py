@@ -149,3 +149,14 @@ def test_members_whose_partner_has_another_key_are_not_aggregated(make_switch):
     states = partner.ovs.bundle_states("bond1")
     assert [BUNDLED & states[FAR[port]]["partner"] for port in OTHERS] == [set(), set()]
     assert flow.repeated(partner.station) == []
+
+
+def test_a_silent_partner_is_taken_out_though_its_links_are_up(make_switch):
+    switch = make_switch_with(make_switch, MEMBERS)
+    partner = Partner(switch, MEMBERS)
+    partner.ovs.add_bond("br0", "bond0", [FAR[port] for port in MEMBERS])
+    await_members(switch, partner, MEMBERS)
+    with partner.ovs.standing_still():
+        switch.await_chip("the group has no members", lambda control: active_members(control) == set())
+        assert set(MEMBERS) <= switch.lab.device.links()
+    await_members(switch, partner, MEMBERS)

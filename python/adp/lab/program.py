@@ -3,8 +3,10 @@
 What it says goes into a file, which is kept after its end for those who explain a failure.
 """
 
+import contextlib
 import os
 import shutil
+import signal
 import subprocess
 import tempfile
 from typing import ClassVar
@@ -110,10 +112,15 @@ class Program:
     def is_alive(self):
         return all(process.poll() is None for process in self._processes)
 
-    @property
-    def pid(self):
-        """Process id of the program that was started last."""
-        return self._processes[-1].pid
+    @contextlib.contextmanager
+    def standing_still(self):
+        """The process that was started last is stopped, and goes on afterwards."""
+        process = self._processes[-1]
+        process.send_signal(signal.SIGSTOP)
+        try:
+            yield
+        finally:
+            process.send_signal(signal.SIGCONT)
 
     def log(self):
         """The end of what the program has written."""
