@@ -151,7 +151,7 @@ TEST_P(LacpFaults, AreNoticedByBothEndsIfNothingIsLost) {
     expect_all_in_use();
 }
 
-INSTANTIATE_TEST_SUITE_P(Seeds, LacpFaults, testing::Range(1U, 21U));
+INSTANTIATE_TEST_SUITE_P(Seeds, LacpFaults, testing::Range(1U, 1U + SWITCHD_SEEDS));
 
 }  // namespace faults_test
 }  // namespace switchd::lacp

@@ -49,7 +49,7 @@ class ApplierOrder : public test::SwitchTest {
 };
 
 TEST_F(ApplierOrder, NothingIsOpenInBetween) {
-    for (uint32_t seed = 0; seed < 30; ++seed) {
+    for (uint32_t seed = 0; seed < SWITCHD_SEEDS; ++seed) {
         SCOPED_TRACE(seed);
         test::RandomState random{seed};
         Applier applier{k.plan};

@@ -73,7 +73,7 @@ TEST_F(ApplierTest, TakesEverythingBack) {
 }
 
 TEST_F(ApplierTest, RandomStatesOneAfterTheOther) {
-    for (uint32_t seed = 0; seed < 20; ++seed) {
+    for (uint32_t seed = 0; seed < SWITCHD_SEEDS; ++seed) {
         test::VirtualSwitch fresh;
         test::RandomState random{seed};
         Applier applier{k.plan};

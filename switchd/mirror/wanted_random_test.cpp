@@ -85,7 +85,7 @@ class WantedRandom : public test::SwitchTest {};
 TEST_F(WantedRandom, IsAlwaysWhatTheChipTakes) {
     RandomKernel random{5};
     Applier applier{k.plan};
-    for (int i = 0; i < 400; ++i) {
+    for (uint32_t i = 0; i < 20 * SWITCHD_SEEDS; ++i) {
         SCOPED_TRACE(i);
         k.kernel = random(k.plan);
         SwitchState state = wanted().state;
