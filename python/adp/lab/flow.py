@@ -17,7 +17,7 @@ INTERVAL_SECONDS = 0.002
 NUMBER = struct.Struct("!I")
 HEADER_BYTES = 14
 FRAME_BYTES = 64
-LATE_SECONDS = 0.5
+LATE_SECONDS, LATEST_SECONDS = 0.5, 5.0
 
 
 class Flow:
@@ -57,6 +57,10 @@ class Flow:
         """Whether a frame with this number or a later one has arrived."""
         return max(self._arrived[receiver], default=-1) >= number
 
+    def sources_since(self, receiver, number):
+        """How many of the source addresses have a frame with this number or a later one that has arrived."""
+        return len({at % len(self._heads) for at in list(self._arrived[receiver]) if at >= number})
+
     def lost(self, receiver, first=0):
         """Numbers of the frames, from `first`, that have not arrived."""
         return [number for number in range(first, self.sent) if number not in self._arrived[receiver]]
@@ -84,12 +88,19 @@ class Flow:
                 head = self._heads[number % len(self._heads)]
                 self._sender.send((head + NUMBER.pack(number)).ljust(FRAME_BYTES, b"."))
                 self._collect()
-            end = time.monotonic() + LATE_SECONDS
-            while time.monotonic() < end:
-                time.sleep(self._interval)
-                self._collect()
+            self._await_last()
         except OSError as problem:
             self._problem = problem
+
+    def _await_last(self):
+        """Waits for the last frame, and then for those behind it that should not come."""
+        now = time.monotonic()
+        latest, end = now + LATEST_SECONDS, now + LATE_SECONDS
+        while time.monotonic() < min(end, latest):
+            time.sleep(self._interval)
+            self._collect()
+            if any(self.sent - 1 not in arrived for arrived in self._arrived.values()):
+                end = time.monotonic() + LATE_SECONDS
 
     def _collect(self):
         at = HEADER_BYTES + len(self._marker)

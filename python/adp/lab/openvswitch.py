@@ -69,6 +69,11 @@ class OpenVSwitch(Program):
             words += ["--", "set", "interface", interface, f"other_config:lacp-aggregation-key={key}"]
         self.vsctl(*words)
 
+    def stalls(self):
+        """How often the switch daemon has found that it stood still for a second or more, waiting for the machine."""
+        with open(self.path("log"), encoding="utf-8", errors="replace") as log:
+            return log.read().count("Unreasonably long")
+
     def bundle_states(self, *port):
         """{member: {"actor": words, "partner": words}} of LACP's states, on one port or on all."""
         answer = self.appctl("lacp/show", *port)
