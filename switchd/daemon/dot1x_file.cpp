@@ -1,14 +1,10 @@
 // JSON, by the names of the ports: {"swp5": {"by_hand": false, "stations": ["02:00:00:00:00:01"]}}.
 #include "switchd/daemon/dot1x_file.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <cstdio>
-#include <fstream>
 #include <nlohmann/json.hpp>
 
 #include "switchd/daemon/mac_text.h"
+#include "switchd/daemon/small_file.h"
 #include "switchd/ports/port_name.h"
 
 namespace switchd {
@@ -16,7 +12,6 @@ namespace {
 
 using nlohmann::json;
 
-constexpr size_t kMostBytes = 1 << 20;
 constexpr int kMostLevels = 4;
 
 json json_of(const Dot1xRecord &record) {
@@ -45,23 +40,12 @@ void write_records(const std::string &path, const Dot1xRecords &records) {
     for (const auto &[intf, record] : records) {
         all[name_of({intf, 0})] = json_of(record);
     }
-    const std::string written = path + ".new";
-    std::ofstream stream(written, std::ios::binary | std::ios::trunc);
-    stream << all.dump() << '\n' << std::flush;
-    if (!stream || std::rename(written.c_str(), path.c_str()) != 0) {
-        unlink(written.c_str());
-        unlink(path.c_str());
-    }
+    write_text(path, all.dump() + '\n');
 }
 
 Dot1xRecords read_records(const std::string &path) {
-    struct stat found {};
-    if (stat(path.c_str(), &found) != 0 || !S_ISREG(found.st_mode) || static_cast<size_t>(found.st_size) > kMostBytes) {
-        return {};
-    }
-    std::ifstream stream(path, std::ios::binary);
     const auto is_kept = [](int depth, json::parse_event_t, const json &) { return depth < kMostLevels; };
-    const json all = json::parse(stream, is_kept, false);
+    const json all = json::parse(text_in(path), is_kept, false);
     Dot1xRecords records;
     if (!all.is_object()) {
         return records;
