@@ -135,6 +135,11 @@ void Switchd::every_second() {
     }
     if (seconds_ % configuration_.learned_seconds == 0) {
         tell_kernel(learned_.walk(kEntriesAtOnce));
+        // The kernel has announced these by now: one that goes from now on was flushed by somebody.
+        if (monitor_.receive()) {
+            reconcile_soon();
+        }
+        tell_kernel(learned_.follow(monitor_.state(), wanted_));
     }
 }
 
