@@ -27,8 +27,8 @@ PACKAGES = {
 
 # What an ordinary user may lack.
 RIGHTS = {
-    "lldpd": (lldp.is_usable, "This user may not run lldpcli."),
-    "ovs-vswitchd": (openvswitch.is_usable, "This user may not open /dev/net/tun, which Open vSwitch's bridges need."),
+    "lldpd": (lldp.is_usable, lldp.NOT_USABLE),
+    "ovs-vswitchd": (openvswitch.is_usable, openvswitch.NOT_USABLE),
 }
 
 

@@ -9,6 +9,9 @@ TX_INTERVAL_SECONDS = 1
 TX_HOLD = 3
 
 
+NOT_USABLE = "This user may not run lldpcli."
+
+
 def is_usable():
     """Whether this user may run lldpcli, which Debian gives to root and some others."""
     return path_of("lldpcli") is not None

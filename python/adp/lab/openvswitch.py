@@ -14,6 +14,9 @@ BUNDLED = {"synchronized", "collecting", "distributing"}
 SHORTEST_RSTP = {"rstp-forward-delay": 4, "rstp-max-age": 6}
 
 
+NOT_USABLE = "This user may not open /dev/net/tun, which Open vSwitch's bridges need."
+
+
 def is_usable():
     """Whether bridges can be made: each has an interface of its own, a TAP."""
     return os.access("/dev/net/tun", os.R_OK | os.W_OK)
