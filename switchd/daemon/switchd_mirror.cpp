@@ -33,14 +33,14 @@ void Switchd::reconcile() {
         }
         groups_.remove_idle(now());
     }
-    if (synced_since_ == Time{}) {
-        synced_since_ = now();
-    }
 }
 
 void Switchd::mirror() {
     wanted_ = wanted_of(monitor_.state(), plan());
     Remarks remarks = wanted_.remarks;
+    if (synced_since_ == Time{} || applier_->state() != wanted_.state) {
+        synced_since_ = now();
+    }
     const Remarks refused = applier_->apply(wanted_.state);
     remarks.insert(remarks.end(), refused.begin(), refused.end());
     if (!monitor_.is_complete()) {

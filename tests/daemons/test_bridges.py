@@ -50,6 +50,10 @@ def remarks(switch):
     return {row["subject"]: row["text"] for row in switch.switchd.status()["not_in_hardware"]}
 
 
+def since_ms(switch):
+    return switch.switchd.status()["state"]["since_ms"]
+
+
 def test_members_reach_each_other_and_nobody_else(switch):
     assert say(switch, ONE) == {TWO, THREE}
     assert say(switch, ALONE) == set()
@@ -57,7 +61,11 @@ def test_members_reach_each_other_and_nobody_else(switch):
 
 
 def test_a_port_leaves_the_bridge_and_comes_back(switch):
+    time.sleep(1)
+    before = since_ms(switch)
+    assert before > 900
     switch.namespace.run("ip", "link", "set", "swp2", "nomaster")
+    poll_until(lambda: since_ms(switch) < before, 5, "A later time of being in sync")
     switch.await_chip("one member less", lambda ask: members_of(ask, VID) == {0, ONE, THREE})
     assert say(switch, ONE) == {THREE}
     switch.namespace.run("ip", "link", "set", "swp2", "master", "br100")
