@@ -2,14 +2,12 @@
 #include "tools/adptrace/recording/recording.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
+#include <cctype>
 #include <limits>
 #include <map>
 #include <nlohmann/json.hpp>
 
-#include "tools/adptrace/recording/call_names.h"
+#include "tools/adptrace/recording/known_calls.h"
 #include "tools/adptrace/recording/line.h"
 
 namespace adptrace {
@@ -22,7 +20,7 @@ constexpr uint64_t kMostNumber = std::numeric_limits<uint64_t>::max();
 constexpr uint64_t kMostStatus = 255;
 constexpr uint64_t kMostSignal = 64;
 constexpr uint64_t kWordBits[] = {32, 64};
-constexpr size_t kReadAtOnce = size_t{1} << 16;
+constexpr size_t kLongestName = 128;
 
 int64_t time_of(const Line &line) {
     return static_cast<int64_t>(line.integer("at", 0, kMostTime));
@@ -34,6 +32,22 @@ bool is_octets(std::string_view text) {
 
 std::string number_text(uint64_t number) {
     return std::to_string(number);
+}
+
+bool is_name(std::string_view text) {
+    return !text.empty() && text.size() <= kLongestName &&
+           std::all_of(text.begin(), text.end(), [](unsigned char c) { return std::isalnum(c) != 0 || c == '_'; });
+}
+
+/** The name of a call of another version of the library, as a part of the text: the parsed one is gone with its line.
+ */
+std::string_view unknown_name(const Line &line, std::string_view text) {
+    const std::string &name = line.text("call");
+    const size_t place = is_name(name) ? text.find(name) : std::string_view::npos;
+    if (place == std::string_view::npos) {
+        line.refuse("needs the name of a call as 'call'");
+    }
+    return text.substr(place, name.size());
 }
 
 }  // namespace
@@ -173,12 +187,9 @@ void Reader::read_begin(const Line &line, std::string_view text) {
     if (call.depth > kMaxDepth) {
         line.refuse("is within more than " + number_text(kMaxDepth) + " other calls");
     }
-    const CallName name = call_name(line.text("call"), text);
-    if (name.name.empty()) {
-        line.refuse("needs the name of a call as 'call'");
-    }
-    call.name = name.name;
-    call.kind = name.kind;
+    const KnownCall *const known = known_call(line.text("call"));
+    call.name = known != nullptr ? known->name : unknown_name(line, text);
+    call.kind = known != nullptr ? known->kind : Call::Kind::kUnknown;
     line.expect_object("arguments");
     call.line = line.number();
     call.began = time_in(progress, call.thread, line);
@@ -289,41 +300,6 @@ size_t Reader::around(Progress &progress, uint32_t thread, const Line &line) {
 
 Recording::Recording(std::string text) : text_(std::make_unique<const std::string>(std::move(text))) {
     Reader(*this).read(*text_);
-}
-
-namespace {
-
-std::string contents_of(std::FILE *file) {
-    std::string text;
-    std::string block(kReadAtOnce, '\0');
-    for (size_t count = 0; (count = std::fread(block.data(), 1, block.size(), file)) > 0;) {
-        text.append(block, 0, count);
-    }
-    if (std::ferror(file) != 0) {
-        throw BadRecording(std::string("cannot be read: ") + std::strerror(errno) + ".");
-    }
-    return text;
-}
-
-std::string contents_of_file(const std::string &name) {
-    if (name == "-") {
-        return contents_of(stdin);
-    }
-    const std::unique_ptr<std::FILE, int (*)(std::FILE *)> file(std::fopen(name.c_str(), "re"), &std::fclose);
-    if (file == nullptr) {
-        throw BadRecording(std::string("cannot be opened: ") + std::strerror(errno) + ".");
-    }
-    return contents_of(file.get());
-}
-
-}  // namespace
-
-Recording Recording::of_file(const std::string &name) {
-    try {
-        return Recording(contents_of_file(name));
-    } catch (const BadRecording &error) {
-        throw BadRecording((name == "-" ? "standard input" : name) + ": " + error.what());
-    }
 }
 
 }  // namespace adptrace

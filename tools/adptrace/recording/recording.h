@@ -128,6 +128,8 @@ nlohmann::json outputs_of(const Call &call);
 nlohmann::json result_of(const Call &call);
 /** Whether the call says that it failed: by its result, and what the header says of it. */
 bool has_failed(const Call &call);
+/** Likewise, for one that has returned this. */
+bool has_failed(const Call &call, const nlohmann::json &result);
 /** @} */
 
 }  // namespace adptrace
