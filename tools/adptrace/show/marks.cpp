@@ -1,5 +1,5 @@
-// The calls of a thread at one depth follow each other, so a mark is either wider than a few pixels or apart from the
-// next one: a row has a bounded number of marks.
+// The calls of a thread at one depth follow each other. Those that are narrow are joined up to some width, so a row has
+// a bounded number of marks.
 #include "tools/adptrace/show/marks.h"
 
 #include <algorithm>
@@ -12,7 +12,7 @@ namespace {
 constexpr size_t kMostLanes = 12;
 constexpr size_t kMostRows = 4;
 constexpr double kNarrow = 3;  // pixels
-constexpr double kGap = 1;
+constexpr double kJoined = 6;
 
 class Layout {
   public:
@@ -79,9 +79,9 @@ std::optional<size_t> Layout::lane_of(const Call &call) {
 void Layout::append(std::vector<Mark> &row, const Mark &mark) {
     if (!row.empty()) {
         Mark &last = row.back();
-        const bool is_narrow = last.right - last.left < kNarrow || mark.right - mark.left < kNarrow;
-        if (is_narrow && mark.left < std::max(last.left + kNarrow, last.right + kGap)) {
+        if (mark.right - mark.left < kNarrow && mark.right <= last.left + kJoined) {
             last.right = std::max(last.right, mark.right);
+            last.busy += mark.busy;
             last.count += mark.count;
             last.failed += mark.failed;
             last.unreturned += mark.unreturned;
@@ -103,7 +103,9 @@ void Layout::add(size_t index) {
     auto &rows = marks_.lanes[*lane].rows;
     rows.resize(std::max<size_t>(rows.size(), call.depth + 1));
     const int64_t end = end_of(call);
-    append(rows[call.depth], {place_of(call.began), place_of(end), index, 1, has_failed(call) ? size_t{1} : 0,
+    const double left = place_of(call.began);
+    const double right = place_of(end);
+    append(rows[call.depth], {left, right, right - left, index, 1, has_failed(call) ? size_t{1} : 0,
                               call.has_returned ? size_t{0} : 1, end});
     ++marks_.calls;
 }

@@ -18,6 +18,7 @@ namespace adptrace {
 struct Mark {
     double left = 0; /**< pixels */
     double right = 0;
+    double busy = 0;  /**< of its width, with calls */
     size_t first = 0; /**< index of the call, or of the first one */
     size_t count = 0;
     size_t failed = 0;

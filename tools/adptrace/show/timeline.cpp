@@ -25,6 +25,8 @@ constexpr double kCharacter = 6.7;
 constexpr double kMostTicks = 11;
 constexpr double kCross = 3;
 constexpr double kLeastWidth = 1;
+constexpr double kLeastHeight = 5;
+constexpr double kLeastPart = 2;
 constexpr size_t kLongestTitle = 400;
 
 constexpr const char *kStyle =
@@ -83,6 +85,8 @@ class Picture {
     void add_legend();
     void add_lane(const Lane &lane, double top);
     void add_mark(const Mark &mark, double top);
+    void add_rect(const char *kind, double x, double y, double width, double height);
+    void add_cross(double x, double y);
     [[nodiscard]] std::string title_of(const Mark &mark) const;
     [[nodiscard]] std::string lane_name(const Lane &lane) const;
     [[nodiscard]] std::string summary() const;
@@ -94,6 +98,7 @@ class Picture {
     const Recording &recording_;
     Marks marks_;
     std::string svg_;
+    double last_cross_ = 0; /**< in this row; crosses that touch say no more than one */
 };
 
 std::string Picture::title_of(const Mark &mark) const {
@@ -107,22 +112,41 @@ std::string Picture::title_of(const Mark &mark) const {
                        mark.unreturned == 0 ? "" : fmt::format("; {} did not return", mark.unreturned));
 }
 
+/** How high a mark is: of calls drawn as one it says how much of the time they take. */
+double height_of(const Mark &mark) {
+    const double width = mark.right - mark.left;
+    return mark.count == 1 || width <= 0 ? kRow : std::clamp(kRow * mark.busy / width, kLeastHeight, kRow);
+}
+
+void Picture::add_rect(const char *kind, double x, double y, double width, double height) {
+    svg_ += fmt::format("<rect class=\"{}\" x=\"{:.1f}\" y=\"{:.1f}\" width=\"{:.1f}\" height=\"{:.1f}\"/>", kind, x, y,
+                        width, height);
+}
+
+void Picture::add_cross(double x, double y) {
+    svg_ += fmt::format("<path class=\"x\" d=\"M{:.1f} {:.1f}l6 6m0 -6l-6 6\"/>", x - kCross, y - 2 * kCross - 1);
+}
+
 void Picture::add_mark(const Mark &mark, double top) {
     const Call &call = recording_.calls()[mark.first];
     const double x = kLeft + mark.left;
     const double width = std::max(mark.right - mark.left, kLeastWidth);
-    const char *const kind = mark.failed > 0 ? "f" : mark.unreturned > 0 ? "u" : is_of_library(call) ? "l" : "d";
-    svg_ +=
-        fmt::format("<g><title>{}</title><rect class=\"{}\" x=\"{:.1f}\" y=\"{:.1f}\" width=\"{:.1f}\" height=\"{}\"/>",
-                    escaped(title_of(mark)), kind, x, top, width, kRow);
+    const double height = height_of(mark);
+    const double y = top + kRow - height;
+    const bool is_unreturned = mark.unreturned == mark.count;
+    svg_ += "<g><title>" + escaped(title_of(mark)) + "</title>";
+    add_rect(is_unreturned ? "u" : is_of_library(call) ? "l" : "d", x, y, width, height);
     if (mark.failed > 0) {
-        const double y = top - kCross - 2;
-        const double middle = x + std::min(width / 2, kCross);
-        svg_ += fmt::format("<path class=\"x\" d=\"M{:.1f} {:.1f}l6 6m0 -6l-6 6\"/>", middle - kCross, y - kCross);
+        const double part = static_cast<double>(mark.failed) / static_cast<double>(mark.count);
+        add_rect("f", x, y, width, std::max(part * height, kLeastPart));
+        if (x >= last_cross_ + 4 * kCross) {
+            add_cross(x + std::min(width / 2, kCross), top);
+            last_cross_ = x;
+        }
     }
     const std::string label = mark.count == 1 ? std::string(call.name) : fmt::format("{} calls", mark.count);
     if (static_cast<double>(label.size() + 1) * kCharacter < width) {
-        svg_ += fmt::format("<text class=\"{}\" x=\"{:.1f}\" y=\"{:.1f}\">{}</text>", *kind == 'u' ? "m" : "n", x + 3,
+        svg_ += fmt::format("<text class=\"{}\" x=\"{:.1f}\" y=\"{:.1f}\">{}</text>", is_unreturned ? "m" : "n", x + 3,
                             top + kRow - 5, escaped(label));
     }
     svg_ += "</g>\n";
@@ -137,6 +161,7 @@ std::string Picture::lane_name(const Lane &lane) const {
 void Picture::add_lane(const Lane &lane, double top) {
     add_text(8, top + kRow - 4, lane_name(lane));
     for (size_t row = 0; row < lane.rows.size(); ++row) {
+        last_cross_ = 0;
         for (const Mark &mark : lane.rows[row]) {
             add_mark(mark, top + static_cast<double>(row) * kRowStep);
         }
@@ -167,9 +192,9 @@ void Picture::add_legend() {
                              {"u", "did not return"}};
     double x = kLeft;
     for (const Row &row : kRows) {
-        svg_ += fmt::format("<rect class=\"{}\" x=\"{}\" y=\"46\" width=\"14\" height=\"12\"/>\n", row.kind, x);
+        add_rect(row.kind, x, 46, 14, 12);
         if (*row.kind == 'f') {
-            svg_ += fmt::format("<path class=\"x\" d=\"M{} 37l6 6m0 -6l-6 6\"/>\n", x + 4);
+            add_cross(x + 7, 46);
         }
         add_text(x + 20, 56, row.text);
         x += 230;
@@ -187,8 +212,10 @@ std::string Picture::summary() const {
 std::string Picture::left_out() const {
     std::string text;
     if (marks_.marks < marks_.calls) {
-        text += fmt::format(" Calls that are too close are drawn as one: {} marks; --since and --until show a part.",
-                            marks_.marks);
+        text += fmt::format(
+            " Calls that are too close are drawn as one, as high as their share of the time: {} marks; --since and "
+            "--until show a part.",
+            marks_.marks);
     }
     if (marks_.threads > 0) {
         text += fmt::format(" Left out: {} call{} of {} more thread{}.", marks_.other_calls, plural(marks_.other_calls),

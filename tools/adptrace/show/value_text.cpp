@@ -48,6 +48,7 @@ class ValueText {
     void append_octets(const std::string &digits, size_t count);
     void append_quoted(std::string_view value);
     void append_field(const Field &field, const json &value);
+    void append_members(const json &value, const char *separator);
     template <typename Append>
     void append_list(const json &value, size_t count, Append append);
     /** How many of so many are shown. */
@@ -139,7 +140,8 @@ void ValueText::append_list(const json &value, size_t count, Append append) {
 }
 
 void ValueText::append_array(const Element &element, const json &value, size_t count) {
-    const bool has_zeros = element.kind != Kind::kStruct;
+    // An array in place of octets is one of words; they are not counted.
+    const bool has_zeros = element.kind != Kind::kStruct && element.kind != Kind::kU8 && element.kind != Kind::kOpaque;
     append_list(value, has_zeros ? count : 0, [&](const json &each) { append_element(element, each); });
 }
 
@@ -156,6 +158,8 @@ void ValueText::append_block(const Element &element, const json &value, size_t c
         append_ports(value);
     } else if ((element.kind == Kind::kU8 || element.kind == Kind::kOpaque) && are_octets(value)) {
         append_octets(value.get_ref<const std::string &>(), count);
+    } else if (element.kind == Kind::kWord && count == 1 && are_numbers(value)) {
+        append_ports(value);  // the word is the address of a set
     } else if (value.is_array()) {
         append_array(element, value, count);
     } else {
@@ -192,15 +196,26 @@ void ValueText::append_struct(const calls::Struct &layout, const json &value) {
     if (layout.fields.size() == 1 && layout.fields[0].element.is_ports && value.contains(layout.fields[0].name)) {
         return append_field(layout.fields[0], value[layout.fields[0].name]);
     }
+    json others = value;
     const char *separator = "{";
     for (const Field &field : layout.fields) {
         if (value.contains(field.name)) {
             text += fmt::format("{}{}=", separator, field.name);
             append_field(field, value[field.name]);
+            others.erase(field.name);
             separator = ", ";
         }
     }
-    text += *separator == '{' ? "{}" : "}";
+    append_members(others, separator);
+    text += *separator == '{' && others.empty() ? "{}" : "}";
+}
+
+void ValueText::append_members(const json &value, const char *separator) {
+    for (const auto &[name, each] : value.items()) {
+        text += separator + text::on_one_line(name) + "=";
+        append_any(each);
+        separator = ", ";
+    }
 }
 
 void ValueText::append_any(const json &value) {
@@ -209,12 +224,7 @@ void ValueText::append_any(const json &value) {
     } else if (value.is_array()) {
         append_list(value, 0, [&](const json &each) { append_any(each); });
     } else if (value.is_object()) {
-        const char *separator = "{";
-        for (const auto &[name, each] : value.items()) {
-            text += separator + text::on_one_line(name) + "=";
-            append_any(each);
-            separator = ", ";
-        }
+        append_members(value, "{");
         text += value.empty() ? "{}" : "}";
     } else {
         text += value.dump();
