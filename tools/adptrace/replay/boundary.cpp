@@ -80,7 +80,7 @@ __attribute__((format(printf, 4, 5))) int32_t Log_logging_func(int32_t level, in
     std::vsnprintf(buffer, sizeof buffer, format, values);
     va_end(values);
     const char *text = buffer;
-    const void *const arguments[] = {&level, &module, &word, &text};
+    const void *const arguments[] = {&level, &module, &word, &format, &text};
     return static_cast<int32_t>(calls::forward_call(CallId::Log_logging_func, arguments));
 }
 

@@ -110,7 +110,8 @@ std::string sentence(const Outcome &outcome, const CommandLine &line) {
     if ((line.until_line || line.until_call) && outcome.last != nullptr) {
         text += ", the last " + std::string(outcome.last->name) + " of line " + std::to_string(outcome.last->line);
     }
-    return text + ": " + (outcome.differences == 0 ? "no difference" : counted(outcome.differences, "difference")) + ".";
+    return text + ": " + (outcome.differences == 0 ? "no difference" : counted(outcome.differences, "difference")) +
+           ".";
 }
 
 Outcome play(const Recording &recording, const CommandLine &line, const Reporter &reporter) {

@@ -28,9 +28,9 @@ const char *text_at(const void *argument) {
 
 /** The logger takes a format, and here its text. */
 int64_t log(void *function, const void *const *arguments) {
-    return reinterpret_cast<decltype(&Log_logging_func)>(function)(
-        *static_cast<const int32_t *>(arguments[0]), *static_cast<const int32_t *>(arguments[1]), text_at(arguments[2]),
-        "%s", text_at(arguments[4]));
+    return reinterpret_cast<decltype(&Log_logging_func)>(function)(*static_cast<const int32_t *>(arguments[0]),
+                                                                   *static_cast<const int32_t *>(arguments[1]),
+                                                                   text_at(arguments[2]), "%s", text_at(arguments[4]));
 }
 
 /** The port map as an argument, so that it is written and read as one. */
@@ -108,7 +108,8 @@ json LoadedLibrary::board() const {
 
 void LoadedLibrary::set_board(const json &rows) {
     const size_t count = rows.is_array() ? std::min(rows.size(), kMostRows) : 0;
-    auto *const resize = reinterpret_cast<decltype(&adp_set_max_phy_port_num)>(library_.find("adp_set_max_phy_port_num"));
+    auto *const resize =
+        reinterpret_cast<decltype(&adp_set_max_phy_port_num)>(library_.find("adp_set_max_phy_port_num"));
     if (map().count < count && resize != nullptr) {
         resize(static_cast<uint32_t>(count - 1));
     }

@@ -13,7 +13,8 @@ const char *const kHelp =
     "      --library=FILE         This libadp, instead of the one that is found by its name\n"
     "      --driver=FILE          This driver, instead of the virtual device's; again for the services\n"
     "      --driver=recorded      No driver: the recording gives its answers\n"
-    "      --driver-only          Makes the calls of driver and services, and none of the library: a new device comes to\n"
+    "      --driver-only          Makes the calls of driver and services, and none of the library: a new device comes "
+    "to\n"
     "                             the state of the recorded one. It goes on at differences, and shows the first\n"
     "      --keep-going           Goes on at differences, and shows all\n"
     "      --crash                Makes a call that had not returned, too\n"
@@ -21,7 +22,8 @@ const char *const kHelp =
     "      --process=ID           Of this process, instead of the first\n"
     "      --until=LINE           Calls that began up to this line of the recording\n"
     "      --until-call=NUMBER    Up to this call\n"
-    "\nFILE is - for standard input. The exit status is 0 if nothing differs, 1 if something does, 2 for other trouble.\n";
+    "\nFILE is - for standard input. The exit status is 0 if nothing differs, 1 if something does, 2 for other "
+    "trouble.\n";
 
 namespace {
 

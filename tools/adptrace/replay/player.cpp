@@ -42,8 +42,8 @@ Outcome Player::run(const Progress &progress) {
         if (is_to_be_left(call)) {
             return outcome_;
         }
-        outcome_.last = &call;
         play(index);
+        outcome_.last = &call;
         progress(index + 1, calls.size());
     }
     if (!is_stopped_) {

@@ -149,7 +149,8 @@ int64_t Replay::answer(CallId id, const void *const *arguments) {
     const json recorded = arguments_of(*call);
     json expected = recorded;
     words().replace(params, expected);
-    if (const auto found = difference_of_arguments(call->name, params, expected, now, narrower_word(recording().header()))) {
+    if (const auto found =
+            difference_of_arguments(call->name, params, expected, now, narrower_word(recording().header()))) {
         differ(*call, "the argument " + found->where, found->recorded, found->now);
     }
     prepare(params, blocks, recorded);

@@ -1,6 +1,9 @@
 // Replays of small recordings, with a library and a driver that do what a test says.
 #include "tools/adptrace/replay/replay.h"
 
+#include <adp/agg.h>
+#include <adp/pkt.h>
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <linux/if_packet.h>
 #include <net/if.h>
@@ -82,7 +85,8 @@ TEST(Replay, NeedsNoDriverWhereTheRecordingAnswers) {
 TEST(Replay, ShowsBothSidesOfAnArgumentThatDiffersAndAsksTheDriverNoMore) {
     VlanLibrary library;
     FakeDriver driver;
-    const Played played = replay(with(vlan_recording(), R"("zero":0,"vid":100)", R"("zero":0,"vid":101)"), library, &driver);
+    const Played played =
+        replay(with(vlan_recording(), R"("zero":0,"vid":100)", R"("zero":0,"vid":101)"), library, &driver);
     EXPECT_EQ(played.said,
               "line 4: call 2, user_vlan_create, within call 1, adp_vlan_create: the argument vid differs\n"
               "  recorded: 101\n  replayed: 100\n");
@@ -168,10 +172,12 @@ TEST(Replay, FindsACallTooFew) {
     text.end(text.begin("sys_trace_get", "{}", outer)).end(outer);
     const Played played = replay(text.recording(), library, &driver, {.is_to_keep_going = true});
     EXPECT_EQ(played.outcome.differences, 2U);
-    EXPECT_THAT(played.said, HasSubstr("line 4: call 2, sys_trace_get, within call 1, adp_vlan_create: the call differs\n"
-                                       "  recorded: sys_trace_get {}\n  replayed: user_vlan_create {"));
-    EXPECT_THAT(played.said, HasSubstr("line 8: call 4, sys_trace_get, within call 1, adp_vlan_create: the call differs\n"
-                                       "  recorded: sys_trace_get {}\n  replayed: no call\n"));
+    EXPECT_THAT(played.said,
+                HasSubstr("line 4: call 2, sys_trace_get, within call 1, adp_vlan_create: the call differs\n"
+                          "  recorded: sys_trace_get {}\n  replayed: user_vlan_create {"));
+    EXPECT_THAT(played.said,
+                HasSubstr("line 8: call 4, sys_trace_get, within call 1, adp_vlan_create: the call differs\n"
+                          "  recorded: sys_trace_get {}\n  replayed: no call\n"));
 }
 
 TEST(Replay, StopsAtTheFirstDifferenceOrGoesOnAndCounts) {
@@ -222,7 +228,7 @@ TEST(Replay, CallsWithinACallbackAreMadeInIt) {
     };
     Text text;
     text.end(text.begin("adp_register_agg_event_cb", R"({"callback":"set"})"));
-    const uint64_t outer = text.begin("adp_agg_linkscan_handle", R"({"unit":0,"port":4,"status":1})");
+    const uint64_t outer = text.begin("adp_agg_linkscan_handle", R"({"intf":4,"is_up":1})");
     text.end(text.begin("user_vlan_create", R"({"unit":0,"zero":0,"vid":1})", outer));
     const uint64_t inner = text.begin("adp_vlan_create", R"({"vid":2})", outer);
     text.end(text.begin("user_vlan_create", R"({"unit":0,"zero":0,"vid":2})", inner)).end(inner);
@@ -336,8 +342,8 @@ struct SendingLibrary : FakeLibrary {
             index = ioctl(descriptor, SIOCGIFINDEX, &request) == 0 ? request.ifr_ifindex : -1;
             const char frame[64] = {};
             const sockaddr_ll address{};
-            const ssize_t sent = sendto(descriptor, frame, sizeof frame, 0, reinterpret_cast<const sockaddr *>(&address),
-                                        sizeof address);
+            const ssize_t sent = sendto(descriptor, frame, sizeof frame, 0,
+                                        reinterpret_cast<const sockaddr *>(&address), sizeof address);
             close(descriptor);
             return sent == sizeof frame ? 0 : -1;
         };
@@ -347,7 +353,8 @@ struct SendingLibrary : FakeLibrary {
 Text sending_recording(const std::string &result) {
     Text text;
     text.end(text.begin("adp_transmit_frame",
-                        R"({"frame":"0180c2000001020304050607","length":12,"unused":0,"intf":1,"opcode":3})"), result);
+                        R"({"frame":"0180c2000001020304050607","length":12,"unused":0,"intf":1,"opcode":3})"),
+             result);
     return text;
 }
 

@@ -53,7 +53,8 @@ nlohmann::json outputs_now(std::span<const calls::Param> params, const calls::Bl
 /** A result as recordings have it. */
 nlohmann::json result_now(calls::Result kind, const calls::Struct *layout, int64_t result);
 
-/** The first difference of what a call is given, if there is one; words have the @p word_bits of the narrower machine. */
+/** The first difference of what a call is given, if there is one; words have the @p word_bits of the narrower machine.
+ */
 std::optional<Difference> difference_of_arguments(std::string_view call, std::span<const calls::Param> params,
                                                   const nlohmann::json &recorded, const nlohmann::json &now,
                                                   uint32_t word_bits);
