@@ -6,6 +6,7 @@
 
 #include <stddef.h>
 #include <stdint.h>
+#include <memory>
 #include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <stdexcept>
@@ -32,15 +33,22 @@ struct Header {
     std::vector<std::string> command;
 };
 
+/** A process, as long as it runs one program: after exec it is another one with the same id. */
 struct Process {
     int64_t id = 0;
     int64_t parent = 0;
     int64_t at = 0;
     std::string program;
     std::string library; /**< the build id, empty if unknown */
+    size_t line = 0;
     std::optional<int32_t> status;
     std::optional<int32_t> signal;
+    int64_t ended = 0;    /**< if there is a status or a signal */
+    size_t exit_line = 0; /**< likewise */
 };
+
+/** The most calls that may be within each other. */
+inline constexpr uint32_t kMaxDepth = 200;
 
 /** One call of either boundary. */
 struct Call {
@@ -52,6 +60,7 @@ struct Call {
     uint64_t number = 0;   /**< in its process */
     uint32_t thread = 0;   /**< in its process */
     size_t within = kNone; /**< index in calls(), below the call's own */
+    uint32_t depth = 0;    /**< the calls around it */
     size_t line = 0;       /**< of the beginning, from 1 */
     int64_t began = 0;     /**< nanoseconds since the header */
     int64_t ended = 0;
@@ -67,6 +76,7 @@ struct Frame {
     size_t within = kNone;
     size_t before = 0; /**< index of the call that begins next */
     int64_t at = 0;
+    size_t line = 0;
     std::string interface;
     std::string octets; /**< hexadecimal text */
 };
@@ -75,6 +85,8 @@ struct Frame {
 struct Board {
     size_t process = 0;
     size_t before = 0; /**< index of the call that begins next */
+    int64_t at = 0;
+    size_t line = 0;
     std::string_view text;
 };
 
@@ -82,7 +94,7 @@ class Recording {
   public:
     /** Throws BadRecording. */
     explicit Recording(std::string text);
-    /** Of a file, with its name in the sentence. Throws BadRecording. */
+    /** Of a file, "-" for standard input, with its name in the sentence. Throws BadRecording. */
     static Recording of_file(const std::string &name);
     Recording(Recording &&) = default;
     Recording &operator=(Recording &&) = default;
@@ -97,7 +109,9 @@ class Recording {
     [[nodiscard]] bool is_cut() const { return is_cut_; }
 
   private:
-    std::vector<char> text_; /**< the views are into it, also after a move */
+    friend class Reader;
+
+    std::unique_ptr<const std::string> text_; /**< the views are into it, also after a move */
     Header header_;
     std::vector<Process> processes_;
     std::vector<Call> calls_;
@@ -114,6 +128,8 @@ nlohmann::json outputs_of(const Call &call);
 nlohmann::json result_of(const Call &call);
 /** Whether the call says that it failed: by its result, and what the header says of it. */
 bool has_failed(const Call &call);
+/** Likewise, for one that has returned this. */
+bool has_failed(const Call &call, const nlohmann::json &result);
 /** @} */
 
 }  // namespace adptrace
