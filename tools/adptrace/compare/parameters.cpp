@@ -1,12 +1,11 @@
 // Looks up calls of both boundaries.
 #include "tools/adptrace/compare/parameters.h"
 
-#include <algorithm>
-#include <map>
 #include <set>
 
 #include "calls/call_table.h"
 #include "calls/exported.h"
+#include "tools/adptrace/recording/known_calls.h"
 
 namespace adptrace {
 namespace {
@@ -14,30 +13,21 @@ namespace {
 using calls::Kind;
 using calls::Param;
 
-std::map<std::string_view, Params> all_params() {
-    std::map<std::string_view, Params> all;
-    for (const exported::Call &call : exported::calls()) {
-        all.emplace(call.name, call.params);
+void add_handles(Params params, std::set<std::string_view> &names) {
+    for (const Param &param : params) {
+        if (param.element.kind == Kind::kWord && param.is_written()) {
+            names.insert(param.name);
+        }
     }
-    for (const calls::Call &call : calls::calls()) {
-        all.emplace(call.name, call.params);
-    }
-    return all;
-}
-
-const std::map<std::string_view, Params> &params_by_name() {
-    static const std::map<std::string_view, Params> kAll = all_params();
-    return kAll;
 }
 
 std::set<std::string_view> all_handles() {
     std::set<std::string_view> names;
-    for (const auto &[name, params] : params_by_name()) {
-        for (const Param &param : params) {
-            if (param.element.kind == Kind::kWord && param.is_written()) {
-                names.insert(param.name);
-            }
-        }
+    for (const exported::Call &call : exported::calls()) {
+        add_handles(call.params, names);
+    }
+    for (const calls::Call &call : calls::calls()) {
+        add_handles(call.params, names);
     }
     return names;
 }
@@ -45,8 +35,8 @@ std::set<std::string_view> all_handles() {
 }  // namespace
 
 std::optional<Params> params_of(std::string_view name) {
-    const auto found = params_by_name().find(name);
-    return found == params_by_name().end() ? std::nullopt : std::optional(found->second);
+    const KnownCall *const known = known_call(name);
+    return known == nullptr ? std::nullopt : std::optional(known->params);
 }
 
 bool is_handle(const Param &param) {

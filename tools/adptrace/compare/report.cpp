@@ -26,7 +26,7 @@ std::vector<bool> shown(const std::vector<Row> &rows) {
         for (size_t at = index - std::min(index, kEqualRowsBefore); rows[index].differs() && at <= index; ++at) {
             shown[at] = shown[at] || count < kMostRows;
         }
-        count += rows[index].differs() ? 1 : 0;
+        count += rows[index].differs() ? 1U : 0U;
     }
     return shown;
 }
@@ -63,7 +63,7 @@ void Report::show(size_t process, size_t thread, const std::vector<Row> &before,
     const std::vector<bool> is_shown = shown(rows);
     size_t left_out = 0;
     for (size_t index = 0; index < rows.size(); ++index) {
-        left_out += is_shown[index] ? 0 : 1;
+        left_out += is_shown[index] ? 0U : 1U;
         const bool is_next_shown = index + 1 == rows.size() || is_shown[index + 1];
         if (is_shown[index]) {
             show_row(rows[index], true);
@@ -75,21 +75,21 @@ void Report::show(size_t process, size_t thread, const std::vector<Row> &before,
 }
 
 void Report::show_row(const Row &row, bool with_differences) {
-    const auto show = [this](char mark, bool of_a, bool of_b, const Row &row) {
-        const Call &call = of_a ? a_.calls()[row.calls.a] : b_.calls()[row.calls.b];
-        text_ += mark + number_of(of_a ? a_.calls()[row.calls.a].line : 0) +
-                 number_of(of_b ? b_.calls()[row.calls.b].line : 0) + std::string(2 + 2 * call.depth, ' ') +
+    const auto show = [this, &row](char mark, bool is_of_a, bool is_of_b) {
+        const Call &call = is_of_a ? a_.calls()[row.calls.a] : b_.calls()[row.calls.b];
+        text_ += mark + number_of(is_of_a ? a_.calls()[row.calls.a].line : 0) +
+                 number_of(is_of_b ? b_.calls()[row.calls.b].line : 0) + std::string(2 + 2 * call.depth, ' ') +
                  text_of(call) + "\n";
     };
     const bool is_equal = row.calls.is_pair() && (row.differences.empty() || !with_differences);
     if (is_equal) {
-        return show(' ', true, true, row);
+        return show(' ', true, true);
     }
     if (row.calls.a != Step::kAbsent) {
-        show('-', true, false, row);
+        show('-', true, false);
     }
     if (row.calls.b != Step::kAbsent) {
-        show('+', false, true, row);
+        show('+', false, true);
     }
     for (const Difference &difference : row.differences) {
         text_ +=
