@@ -49,6 +49,10 @@ json result_of(const Call &call) {
     return call.has_returned ? member_of(call.end_text, "result") : json();
 }
 
+json end_of(const Call &call) {
+    return json::parse(call.end_text);
+}
+
 bool has_failed(const Call &call) {
     return call.has_returned && has_failed(call, result_of(call));
 }

@@ -65,14 +65,22 @@ class Reader {
         std::map<uint32_t, int64_t> latest; /**< time by thread */
     };
 
+    /** Lines of other kinds are ignored. */
+    struct Kind {
+        std::string_view name;
+        void (Reader::*read)(const Line &line, std::string_view text);
+    };
+    static const Kind kKinds[];
+
     void read_line(std::string_view text, bool is_last);
     void read_header(const Line &line, std::string_view text);
-    void read_process(const Line &line);
+    void refuse_header(const Line &line, std::string_view /*text*/) { line.refuse("is another header"); }
+    void read_process(const Line &line, std::string_view text);
     void read_board(const Line &line, std::string_view text);
     void read_begin(const Line &line, std::string_view text);
     void read_end(const Line &line, std::string_view text);
-    void read_frame(const Line &line);
-    void read_exit(const Line &line);
+    void read_frame(const Line &line, std::string_view text);
+    void read_exit(const Line &line, std::string_view text);
 
     Progress &progress_of(const Line &line);
     Progress &progress_of(const Line &line, int64_t id);
@@ -85,6 +93,11 @@ class Reader {
     int64_t first_ = 0;                     /**< id of the process whose lines have no `of` */
     size_t number_ = 0;
 };
+
+constexpr Reader::Kind Reader::kKinds[] = {{"begin", &Reader::read_begin},      {"end", &Reader::read_end},
+                                           {"frame", &Reader::read_frame},      {"board", &Reader::read_board},
+                                           {"process", &Reader::read_process},  {"exit", &Reader::read_exit},
+                                           {"adptrace", &Reader::refuse_header}};
 
 void Reader::read(std::string_view text) {
     if (text.empty()) {
@@ -107,24 +120,13 @@ void Reader::read_line(std::string_view text, bool is_last) {
     if (!line) {
         throw BadRecording("line " + number_text(number_) + " is no JSON object.");
     }
-    const std::string_view kind = line->kind();
     if (number_ == 1) {
         return read_header(*line, text);
     }
-    if (kind == "begin") {
-        read_begin(*line, text);
-    } else if (kind == "end") {
-        read_end(*line, text);
-    } else if (kind == "frame") {
-        read_frame(*line);
-    } else if (kind == "process") {
-        read_process(*line);
-    } else if (kind == "board") {
-        read_board(*line, text);
-    } else if (kind == "exit") {
-        read_exit(*line);
-    } else if (kind == "adptrace") {
-        line->refuse("is another header");
+    for (const Kind &kind : kKinds) {
+        if (line->kind() == kind.name) {
+            return (this->*kind.read)(*line, text);
+        }
     }
 }
 
@@ -157,7 +159,7 @@ void Reader::read_header(const Line &line, std::string_view text) {
     }
 }
 
-void Reader::read_process(const Line &line) {
+void Reader::read_process(const Line &line, std::string_view /*text*/) {
     Process process;
     process.id = static_cast<int64_t>(line.integer("process", 1, kMostId));
     process.parent = static_cast<int64_t>(line.integer("parent", 0, kMostId));
@@ -218,7 +220,7 @@ void Reader::read_end(const Line &line, std::string_view text) {
     call.end_text = text;
 }
 
-void Reader::read_frame(const Line &line) {
+void Reader::read_frame(const Line &line, std::string_view /*text*/) {
     Progress &progress = progress_of(line);
     Frame frame;
     frame.is_sent = line.text("frame") == "sent";
@@ -239,7 +241,7 @@ void Reader::read_frame(const Line &line) {
     recording_.frames_.push_back(std::move(frame));
 }
 
-void Reader::read_exit(const Line &line) {
+void Reader::read_exit(const Line &line, std::string_view /*text*/) {
     Progress &progress = progress_of(line, static_cast<int64_t>(line.integer("exit", 1, kMostId)));
     Process &process = recording_.processes_[progress.process];
     if (process.exit_line != 0) {
