@@ -109,10 +109,10 @@ TEST(Comparison, ShowsAnArgumentThatDiffers) {
     EXPECT_EQ(comparison.text, R"(--- A
 +++ B
 @@ thread 1 @@
-       3      3  adp_vlan_create(vid=100) -> 0
--      7         adp_vlan_port_add(vid=100, ports=[4,5], untagged=[]) -> 0
-+             7  adp_vlan_port_add(vid=100, ports=[4], untagged=[]) -> 0
-                   argument ports: [4,5] | [4]
+       3      3  adp_vlan_create(vid=100) = 0
+-      7         adp_vlan_port_add(vid=100, ports={4,5}, untagged={}) = 0
++             7  adp_vlan_port_add(vid=100, ports={4}, untagged={}) = 0
+                   argument ports: {4,5} | {4}
 1 call differs: 1 in both, 0 only in A, 0 only in B
 )");
 }

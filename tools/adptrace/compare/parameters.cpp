@@ -1,11 +1,11 @@
-// Looks up calls of both boundaries.
+// Goes through the tables of both boundaries once.
 #include "tools/adptrace/compare/parameters.h"
 
 #include <set>
+#include <span>
 
 #include "calls/call_table.h"
 #include "calls/exported.h"
-#include "tools/adptrace/recording/known_calls.h"
 
 namespace adptrace {
 namespace {
@@ -13,7 +13,7 @@ namespace {
 using calls::Kind;
 using calls::Param;
 
-void add_handles(Params params, std::set<std::string_view> &names) {
+void add_handles(std::span<const Param> params, std::set<std::string_view> &names) {
     for (const Param &param : params) {
         if (param.element.kind == Kind::kWord && param.is_written()) {
             names.insert(param.name);
@@ -33,11 +33,6 @@ std::set<std::string_view> all_handles() {
 }
 
 }  // namespace
-
-std::optional<Params> params_of(std::string_view name) {
-    const KnownCall *const known = known_call(name);
-    return known == nullptr ? std::nullopt : std::optional(known->params);
-}
 
 bool is_handle(const Param &param) {
     static const std::set<std::string_view> kNames = all_handles();

@@ -4,18 +4,11 @@
  */
 #pragma once
 
-#include <optional>
-#include <span>
 #include <string_view>
 
 #include "calls/element.h"
 
 namespace adptrace {
-
-using Params = std::span<const calls::Param>;
-
-/** None for a call that the headers do not have. */
-std::optional<Params> params_of(std::string_view name);
 
 /** Whether the word is a handle: an output of some call has its name. */
 bool is_handle(const calls::Param &param);

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "tools/adptrace/compare/remarks.h"
+#include "tools/adptrace/show/call_text.h"
 
 namespace adptrace {
 namespace {
@@ -11,6 +12,7 @@ namespace {
 constexpr size_t kMostRows = 60;        // of one difference
 constexpr size_t kEqualRowsBefore = 2;  // a row that differs
 constexpr size_t kColumn = 7;
+constexpr Style kStyle = {.length = Length::kShort, .has_colours = false, .has_duration = false};
 
 std::string number_of(size_t line) {
     const std::string number = line == 0 ? "" : std::to_string(line);
@@ -79,7 +81,7 @@ void Report::show_row(const Row &row, bool with_differences) {
         const Call &call = is_of_a ? a_.calls()[row.calls.a] : b_.calls()[row.calls.b];
         text_ += mark + number_of(is_of_a ? a_.calls()[row.calls.a].line : 0) +
                  number_of(is_of_b ? b_.calls()[row.calls.b].line : 0) + std::string(2 + 2 * call.depth, ' ') +
-                 text_of(call) + "\n";
+                 call_text(call, kStyle) + "\n";
     };
     const bool is_equal = row.calls.is_pair() && (row.differences.empty() || !with_differences);
     if (is_equal) {

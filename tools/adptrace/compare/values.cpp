@@ -4,10 +4,10 @@
 #include <algorithm>
 #include <functional>
 #include <nlohmann/json.hpp>
-#include <optional>
 
+#include "text/printable.h"
 #include "tools/adptrace/compare/parameters.h"
-#include "tools/adptrace/compare/value_text.h"
+#include "tools/adptrace/show/value_text.h"
 
 namespace adptrace {
 namespace {
@@ -96,44 +96,84 @@ json elements_of(const calls::Param &param, const json &value) {
     return octets;
 }
 
+/** Two texts that differ, cut to the part where they do. */
+Difference difference_of(std::string what, const std::string &a, const std::string &b) {
+    constexpr size_t kMostCharacters = 72;
+    constexpr size_t kShownBefore = 24;
+    const auto end = std::mismatch(a.begin(), a.end(), b.begin(), b.end()).first;
+    const auto equal = static_cast<size_t>(end - a.begin());
+    const bool is_long = std::max(a.size(), b.size()) > kMostCharacters && equal > kShownBefore;
+    const size_t from = is_long ? equal - kShownBefore : 0;
+    const auto cut = [from](const std::string &text) {
+        const std::string rest = text.substr(from);
+        return (from > 0 ? ".." : "") + rest.substr(0, kMostCharacters) + (rest.size() > kMostCharacters ? ".." : "");
+    };
+    return {std::move(what), cut(a), cut(b)};
+}
+
 /** One pair of calls. */
 class Pair {
   public:
     Pair(const Call &a, const Call &b, Handles &handles, uint64_t unit)
-        : a_(a), b_(b), handles_(handles), unit_(unit), arguments_a_(arguments_of(a)), arguments_b_(arguments_of(b)) {}
+        : a_(a),
+          b_(b),
+          handles_(handles),
+          unit_(unit),
+          known_(known_call(a.name)),
+          arguments_a_(arguments_of(a)),
+          arguments_b_(arguments_of(b)) {}
 
     std::vector<Difference> differences() {
-        const auto params = params_of(a_.name);
         if (a_.name != b_.name) {
             found_.push_back({"call", std::string(a_.name), std::string(b_.name)});
-        } else if (params) {
-            std::for_each(params->begin(), params->end(), [this](const auto &param) { compare_argument(param); });
         } else {
-            compare("arguments", arguments_a_, arguments_b_);
+            compare_arguments();
         }
         if (a_.has_returned != b_.has_returned) {
-            const auto end_of = [](const Call &call) { return call.has_returned ? "there" : "missing"; };
-            found_.push_back({"return", end_of(a_), end_of(b_)});
+            const auto text_of = [](const Call &call) { return call.has_returned ? "yes" : "no"; };
+            found_.push_back({"returned", text_of(a_), text_of(b_)});
         } else if (a_.has_returned) {
             compare_results();
-            compare_outputs(params);
+            compare_outputs();
         }
         return std::move(found_);
     }
 
   private:
-    void compare(const std::string &what, const json &a, const json &b) {
-        if (a != b) {
-            found_.push_back(difference_of(what, a, b));
+    /** A difference in the named member of two objects. */
+    void add(const std::string &kind, const std::string &name, const json &a, const json &b) {
+        const auto text_of = [&](const json &values, const json &arguments) -> std::string {
+            if (!values.contains(name)) {
+                return kind == "output" ? "unchanged" : "missing";
+            }
+            const std::string text = values_text(known_, {{name, values[name]}}, arguments, Length::kFull);
+            return text.substr(std::min(text.size(), text.find('=') + 1));
+        };
+        found_.push_back(
+            difference_of(kind + " " + text::on_one_line(name), text_of(a, arguments_a_), text_of(b, arguments_b_)));
+    }
+
+    void compare_whole(const std::string &kind, const json &a, const json &b) {
+        json names = a;
+        names.update(b);
+        for (const auto &item : names.items()) {
+            if (member_of(a, item.key()) != member_of(b, item.key())) {
+                add(kind, item.key(), a, b);
+            }
         }
     }
 
-    void compare_argument(const calls::Param &param) {
-        const json &a = member_of(arguments_a_, param.name);
-        const json &b = member_of(arguments_b_, param.name);
-        const bool is_pair = is_handle(param) && handles_.are_pair(word_of(a), word_of(b));
-        if (param.is_read() && !is_pair) {
-            compare(std::string("argument ") + param.name, a, b);
+    void compare_arguments() {
+        if (known_ == nullptr) {
+            return compare_whole("argument", arguments_a_, arguments_b_);
+        }
+        for (const calls::Param &param : known_->params) {
+            const json &a = member_of(arguments_a_, param.name);
+            const json &b = member_of(arguments_b_, param.name);
+            const bool is_equal = is_handle(param) ? handles_.are_pair(word_of(a), word_of(b)) : a == b;
+            if (param.is_read() && !is_equal) {
+                add("argument", param.name, arguments_a_, arguments_b_);
+            }
         }
     }
 
@@ -142,25 +182,26 @@ class Pair {
         const json b = result_of(b_);
         const bool are_numbers = a.is_number_integer() && b.is_number_integer();
         const bool are_of_machine = is_result_of_machine(a_.name) && are_numbers && (a < 0) == (b < 0);
-        if (!are_of_machine) {
-            compare("result", a, b);
+        if (!are_of_machine && a != b) {
+            found_.push_back(
+                difference_of("result", result_text(known_, a, Length::kFull), result_text(known_, b, Length::kFull)));
         }
     }
 
-    void compare_outputs(const std::optional<Params> &params) {
+    void compare_outputs() {
         const json a = outputs_of(a_);
         const json b = outputs_of(b_);
-        if (!params) {
-            return compare("outputs", a, b);
+        if (known_ == nullptr) {
+            return compare_whole("output", a, b);
         }
-        for (const calls::Param &param : *params) {
-            if (param.is_written()) {
-                compare_output(param, a, b);
+        for (const calls::Param &param : known_->params) {
+            if (param.is_written() && !is_same_output(param, a, b)) {
+                add("output", param.name, a, b);
             }
         }
     }
 
-    void compare_output(const calls::Param &param, const json &outputs_a, const json &outputs_b) {
+    bool is_same_output(const calls::Param &param, const json &outputs_a, const json &outputs_b) {
         const auto memory_of = [&param](const json &arguments, const json &outputs) {
             const json before = elements_of(param, member_of(arguments, param.name));
             return std::pair(before, outputs.contains(param.name) ? elements_of(param, outputs[param.name]) : before);
@@ -169,23 +210,15 @@ class Pair {
         const auto [before_b, after_b] = memory_of(arguments_b_, outputs_b);
         const uint64_t handle_a = word_of(after_a);
         const uint64_t handle_b = word_of(after_b);
-        const bool are_handles = is_handle(param) && handle_a != 0 && handle_b != 0;
-        if (are_handles ? !handles_.give(handle_a, handle_b, unit_)
-                        : !is_same({before_a, after_a}, {before_b, after_b})) {
-            found_.push_back(difference_of(std::string("output ") + param.name, member_of(outputs_a, param.name),
-                                           member_of(outputs_b, param.name)));
-            const auto mark_unchanged = [&param](const json &outputs, std::string &text) {
-                text = outputs.contains(param.name) ? text : "unchanged";
-            };
-            mark_unchanged(outputs_a, found_.back().a);
-            mark_unchanged(outputs_b, found_.back().b);
-        }
+        return is_handle(param) && handle_a != 0 && handle_b != 0 ? handles_.give(handle_a, handle_b, unit_)
+                                                                  : is_same({before_a, after_a}, {before_b, after_b});
     }
 
     const Call &a_;
     const Call &b_;
     Handles &handles_;
     uint64_t unit_;
+    const KnownCall *known_;
     json arguments_a_;
     json arguments_b_;
     std::vector<Difference> found_;
@@ -219,8 +252,8 @@ bool Handles::give(uint64_t a, uint64_t b, uint64_t unit) {
 
 uint64_t key_of(const Call &call) {
     json arguments = arguments_of(call);
-    if (const auto params = params_of(call.name)) {
-        for (const calls::Param &param : *params) {
+    if (const KnownCall *const known = known_call(call.name)) {
+        for (const calls::Param &param : known->params) {
             if (!param.is_read() || is_handle(param)) {
                 arguments.erase(param.name);
             }

@@ -45,7 +45,4 @@ struct Difference {
 /** Two calls of one name. @p unit: the number of the unit that they are in. */
 std::vector<Difference> differences_of(const Call &a, const Call &b, Handles &handles, uint64_t unit);
 
-/** The call on one line: `adp_vlan_create(vid=100) -> 0`. Long values are cut. */
-std::string text_of(const Call &call);
-
 }  // namespace adptrace

@@ -166,7 +166,9 @@ bool Reduction::fails(const Parts &parts) {
 }
 
 std::string Reduction::counts() const {
-    const auto number = [](size_t count, const char *one) { return std::to_string(count) + one + (count == 1 ? "" : "s"); };
+    const auto number = [](size_t count, const char *one) {
+        return std::to_string(count) + one + (count == 1 ? "" : "s");
+    };
     return std::to_string(pieces_.calls(smallest_)) + " of " + number(pieces_.calls(all()), " call") + " left after " +
            number(runs_, " run") + (undecided_ == 0 ? "" : ", " + std::to_string(undecided_) + " undecided");
 }

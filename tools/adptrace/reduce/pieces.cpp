@@ -48,7 +48,8 @@ void Pieces::mark(std::string_view line, size_t piece) {
 }
 
 size_t Pieces::calls(const Parts &parts) const {
-    return static_cast<size_t>(std::count_if(parts.begin(), parts.end(), [this](size_t part) { return is_call_[part]; }));
+    return static_cast<size_t>(
+        std::count_if(parts.begin(), parts.end(), [this](size_t part) { return is_call_[part]; }));
 }
 
 std::string Pieces::text(const Parts &parts) const {

@@ -28,7 +28,8 @@ const std::string kBoard = R"({"board":[1,2],"at":6}
 )";
 const std::string kFrame = R"({"frame":"received","thread":2,"at":6,"interface":"eth0","octets":"0102"}
 )";
-const std::string kDriverCall = R"({"begin":3,"thread":2,"at":7,"call":"user_vlan_destroy","arguments":{"unit":0,"zero":0,"vid":5}}
+const std::string kDriverCall =
+    R"({"begin":3,"thread":2,"at":7,"call":"user_vlan_destroy","arguments":{"unit":0,"zero":0,"vid":5}}
 )";
 const std::string kLast = R"({"begin":4,"thread":1,"at":7,"call":"adp_vlan_create","arguments":{"vid":101}}
 )";
@@ -78,7 +79,8 @@ TEST(Pieces, AreRecordingsWhicheverAreLeft) {
                 R"(,"call":"adp_vlan_create","arguments":{"vid":1}})" + "\n";
         open.push_back(number);
         while (!open.empty() && random() % 2 == 0) {
-            text += R"({"end":)" + std::to_string(open.back()) + R"(,"at":)" + at + R"(,"result":0,"outputs":{}})" + "\n";
+            text +=
+                R"({"end":)" + std::to_string(open.back()) + R"(,"at":)" + at + R"(,"result":0,"outputs":{}})" + "\n";
             open.pop_back();
         }
     }

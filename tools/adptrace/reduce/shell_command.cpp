@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -20,6 +21,7 @@ using std::chrono::steady_clock;
 
 constexpr int kAwaited[] = {SIGCHLD, SIGINT, SIGTERM, SIGHUP};
 constexpr const char *kPlaceholder = "{}";
+constexpr steady_clock::time_point kNever = steady_clock::time_point::max();
 
 /** A name as a word of the shell. */
 std::string quoted(const std::string &name) {
@@ -45,14 +47,13 @@ int end_group(pid_t process) {
     return status;
 }
 
-/** Waits for a signal, at most until @p deadline. @return the signal, -1 when time is up */
-int await(const sigset_t &signals, const std::optional<steady_clock::time_point> &deadline) {
+/** Waits for a signal, at most until @p deadline if that is ever. @return the signal, -1 when time is up */
+int await(const sigset_t &signals, steady_clock::time_point deadline) {
     for (;;) {
-        const nanoseconds left =
-            deadline ? std::max(nanoseconds(0), nanoseconds(*deadline - steady_clock::now())) : nanoseconds(0);
+        const nanoseconds left = std::max(nanoseconds(0), nanoseconds(deadline - steady_clock::now()));
         const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(left);
         const timespec time = {static_cast<time_t>(seconds.count()), static_cast<long>((left - seconds).count())};
-        const int signal = ::sigtimedwait(&signals, nullptr, deadline ? &time : nullptr);
+        const int signal = ::sigtimedwait(&signals, nullptr, deadline == kNever ? nullptr : &time);
         if (signal >= 0 || errno != EINTR) {
             return signal;
         }
@@ -110,7 +111,7 @@ pid_t ShellCommand::start(const std::string &file) const {
 }
 
 std::optional<int> ShellCommand::run(const std::string &file) const {
-    const auto deadline = limit_ ? std::optional(steady_clock::now() + *limit_) : std::nullopt;
+    const auto deadline = limit_ ? steady_clock::now() + *limit_ : kNever;
     const pid_t process = start(file);
     while (!has_ended(process)) {
         const int signal = await(awaited_, deadline);
