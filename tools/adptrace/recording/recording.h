@@ -107,6 +107,8 @@ class Recording {
     [[nodiscard]] const std::vector<Board> &boards() const { return boards_; }
     /** Whether the last line is cut. */
     [[nodiscard]] bool is_cut() const { return is_cut_; }
+    /** The whole text, which the views are parts of. */
+    [[nodiscard]] std::string_view text() const { return *text_; }
 
   private:
     friend class Reader;

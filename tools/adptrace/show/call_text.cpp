@@ -61,9 +61,9 @@ std::string call_text(const Call &call, const Style &style) {
     const std::string outputs = values_text(known, end["outputs"], arguments, style.length);
     const std::string result = result_text(known, end["result"], style.length);
     const bool is_red = style.has_colours && has_failed(call, end["result"]);
-    return fmt::format("{} = {}{}{}{}  ({})", text, is_red ? kRed : "", result, is_red ? kPlain : "",
-                       outputs.empty() ? "" : " {" + outputs + "}",
-                       duration_text(time_between(call.began, call.ended)));
+    const std::string duration = "  (" + duration_text(time_between(call.began, call.ended)) + ")";
+    return fmt::format("{} = {}{}{}{}{}", text, is_red ? kRed : "", result, is_red ? kPlain : "",
+                       outputs.empty() ? "" : " {" + outputs + "}", style.has_duration ? duration : "");
 }
 
 std::string frame_text(const Frame &frame, const Style &style) {

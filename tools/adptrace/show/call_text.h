@@ -14,6 +14,7 @@ namespace adptrace {
 struct Style {
     Length length = Length::kShort;
     bool has_colours = false;
+    bool has_duration = true;
 };
 
 /** `adp_vlan_create(vid=100) = 0  (12 us)` */
