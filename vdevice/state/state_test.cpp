@@ -1,24 +1,20 @@
 // The state as a whole: nothing that a driver call sets is missing, and nothing else makes a difference.
-#include "vdevice/state/state.h"
-
 #include <gmock/gmock.h>
 
-#include <nlohmann/json.hpp>
 #include <set>
 #include <string_view>
 
-#include "calls/call_table.h"
 #include "tests/support/likely_numbers.h"
-#include "tests/support/trace_file.h"
-#include "vdevice/state/testing/prepared_device.h"
+#include "vdevice/state/testing/changes.h"
 
 namespace vdevice::state {
 namespace state_test {
 
 using calls::CallId;
-using nlohmann::json;
 using test::Change;
 using test::FreshDevice;
+using test::has_outputs;
+using test::other_calls;
 using test::PreparedDevice;
 
 struct Stateless {
@@ -42,45 +38,11 @@ constexpr Stateless kStateless[] = {
     {"link_event_handle_cb", "it writes into the log"},
 };
 
-std::vector<Change> all_changes() {
-    std::vector<Change> changes = test::port_changes();
-    for (const auto &others : {test::table_changes(), test::rule_changes()}) {
-        changes.insert(changes.end(), others.begin(), others.end());
-    }
-    return changes;
-}
-
-std::set<std::string_view> changing_calls() {
-    std::set<std::string_view> names;
-    for (const Change &change : all_changes()) {
-        names.insert(change.call);
-    }
-    return names;
-}
-
-bool has_outputs(CallId id) {
-    const auto &params = calls::call(id).params;
-    return std::any_of(params.begin(), params.end(), [](const calls::Param &param) { return param.is_written(); });
-}
-
-/** The calls that a device answers and that set nothing. */
-std::vector<CallId> other_calls() {
-    const std::set<std::string_view> changing = changing_calls();
-    std::vector<CallId> ids;
-    for (size_t number = 0; number < calls::kCallCount; ++number) {
-        const auto id = static_cast<CallId>(number);
-        if (is_answered(id) && !changing.contains(calls::call(id).name)) {
-            ids.push_back(id);
-        }
-    }
-    return ids;
-}
-
 TEST(State, DiffersAfterEveryCallThatSetsSomething) {
-    for (const Change &change : all_changes()) {
+    const std::string before = PreparedDevice{}.text();
+    for (const Change &change : test::all_changes()) {
         SCOPED_TRACE(change.call);
         PreparedDevice device;
-        const std::string before = device.text();
         EXPECT_GE(change.make(device), driver::kOk);
         EXPECT_NE(device.text(), before);
     }
@@ -147,10 +109,7 @@ TEST(State, OfQualifiersDoesNotDependOnTheirOrder) {
 }
 
 TEST(State, AfterPowerOnIsThatOfAFreshDevice) {
-    PreparedDevice prepared;
-    FreshDevice fresh;
-    const json state = state_of(prepared.chip(), prepared.driver());
-    EXPECT_EQ(power_on_state(state).dump(1), fresh.text());
+    EXPECT_EQ(PreparedDevice{}.power_on_text(), FreshDevice{}.text());
 }
 
 }  // namespace state_test

@@ -1,5 +1,5 @@
 // Changes of ports, rates, queues and priorities.
-#include "vdevice/state/testing/prepared_device.h"
+#include "vdevice/state/testing/changes.h"
 
 namespace vdevice::state::test {
 namespace {

@@ -62,6 +62,10 @@ std::string FreshDevice::text() const {
     return state_of(chip_, driver_).dump(1);
 }
 
+std::string FreshDevice::power_on_text() const {
+    return power_on_state(state_of(chip_, driver_)).dump(1);
+}
+
 void PreparedDevice::expect(int32_t result) {
     EXPECT_EQ(result, driver::kOk);
 }

@@ -53,7 +53,9 @@ class FreshDevice {
 
     chip::Switch &chip() { return chip_; }
     driver::Driver &driver() { return driver_; }
+    /** Its state, and the one that it had after power-on. */
     std::string text() const;
+    std::string power_on_text() const;
 
   private:
     chip::test::RecordingSink sink_;
@@ -81,21 +83,5 @@ class PreparedDevice : public FreshDevice {
     void pass_frames();
     static void expect(int32_t result);
 };
-
-/** A driver call that changes a prepared device. */
-struct Change {
-    const char *call;
-    int32_t (*make)(PreparedDevice &device);
-};
-
-// NOLINTNEXTLINE(cppcoreguidelines-macro-usage): the name of a call is needed as a text, too.
-#define VDEVICE_CHANGE(call, ...)                                                        \
-    {                                                                                    \
-#call, [](PreparedDevice & device) { return device.driver().call(__VA_ARGS__); } \
-    }
-
-std::vector<Change> port_changes();
-std::vector<Change> table_changes();
-std::vector<Change> rule_changes();
 
 }  // namespace vdevice::state::test

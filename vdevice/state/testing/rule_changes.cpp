@@ -1,5 +1,5 @@
 // Changes of the field processor.
-#include "vdevice/state/testing/prepared_device.h"
+#include "vdevice/state/testing/changes.h"
 
 namespace vdevice::state::test {
 namespace {

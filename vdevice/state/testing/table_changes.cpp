@@ -1,5 +1,5 @@
 // Changes of trunks, addresses, groups, VLANs, spanning trees, tags, mirrors and the whole chip; and the services'.
-#include "vdevice/state/testing/prepared_device.h"
+#include "vdevice/state/testing/changes.h"
 
 namespace vdevice::state::test {
 namespace {
