@@ -77,6 +77,11 @@ size_t run_length(const json &list, size_t first) {
     return length;
 }
 
+std::string element_text(const json &value) {
+    const bool has_members = value.is_object() && !value.empty();
+    return has_members ? "(" + value_text(&value) + ")" : value_text(&value);
+}
+
 /** "{1,2,5-9,cpu}" */
 std::string list_text(const json &list) {
     constexpr size_t kRun = 4;
@@ -84,7 +89,7 @@ std::string list_text(const json &list) {
     for (size_t at = 0; at < list.size();) {
         const size_t length = run_length(list, at);
         const bool is_run = length >= kRun;
-        text += (at == 0 ? "" : ",") + value_text(&list[at]);
+        text += (at == 0 ? "" : ",") + element_text(list[at]);
         text += is_run ? "-" + value_text(&list[at + length - 1]) : "";
         at += is_run ? length : 1;
     }
@@ -95,9 +100,7 @@ std::string list_text(const json &list) {
 std::string members_text(const json &object) {
     std::string text;
     for (const auto &[name, value] : object.items()) {
-        const bool is_nested = value.is_object() && !value.empty();
-        text += (text.empty() ? "" : ", ") + on_one_line(name) + " ";
-        text += is_nested ? "(" + value_text(&value) + ")" : value_text(&value);
+        text += (text.empty() ? "" : ", ") + on_one_line(name) + " " + element_text(value);
     }
     return text.empty() ? "empty" : text;
 }
@@ -122,10 +125,10 @@ std::string value_text(const json *value) {
     }
 }
 
-/** A row that is there once is one line; a table of rows is a line for each. */
+/** What is missing on one side is a line; of a table, whose members are rows, a line for each. */
 bool is_table(const json *value) {
-    return value != nullptr && value->is_object() &&
-           std::any_of(value->begin(), value->end(), [](const json &row) { return row.is_object(); });
+    return value != nullptr && value->is_object() && !value->empty() &&
+           std::all_of(value->begin(), value->end(), [](const json &row) { return row.is_object(); });
 }
 
 void compare(std::vector<std::string> &lines, const std::string &place, const json *first, const json *second) {

@@ -41,6 +41,9 @@ TEST(Differences, ShortenRunsOfNumbers) {
 TEST(Differences, OfAMissingRowAreOneLineAndOfAMissingTableOneForEachRow) {
     EXPECT_THAT(lines(R"({"vlans": {}})", R"({"vlans": {"9": {"members": [1], "untagged": []}}})"),
                 ElementsAre("vlans 9: - / members {1}, untagged {}"));
+    EXPECT_THAT(
+        lines(R"({})", R"({"fields": {"3": {"priority": 1, "is": {"dscp": {"data": 8}}, "do": [{"drop": 1}]}}})"),
+        ElementsAre("fields 3: - / do {(drop 1)}, is (dscp (data 8)), priority 1"));
     EXPECT_THAT(lines(R"({"vlans": {"10": {"members": [1]}, "9": {"members": []}}})", R"({})"),
                 ElementsAre("vlans 9: members {} / -", "vlans 10: members {1} / -"));
 }

@@ -18,11 +18,11 @@ using nlohmann::json;
 /** The order of the actions counts, that of the qualifiers does not. */
 json rule_of(const Source &source, const FieldRule &rule) {
     const PortNames names = [&](const chip::PortSet &ports) { return source.ports(ports); };
-    std::vector<chip::Qualifier> sorted = rule.qualifiers;
-    std::sort(sorted.begin(), sorted.end(), [](const auto &a, const auto &b) { return a.field < b.field; });
-    json qualifiers = json::array();
-    for (const chip::Qualifier &qualifier : sorted) {
-        qualifiers.push_back(qualifier_json(qualifier, names));
+    json qualifiers = json::object();
+    for (const chip::Qualifier &qualifier : rule.qualifiers) {
+        json row = qualifier_json(qualifier, names);
+        row.erase("field");
+        qualifiers[describe(qualifier.field).name] = std::move(row);
     }
     json actions = json::array();
     for (const chip::Action &action : rule.actions) {
@@ -33,12 +33,14 @@ json rule_of(const Source &source, const FieldRule &rule) {
 
 /** The installed rule, and the one that is being written where it is another. */
 json entry_of(const Source &source, const chip::FieldEntry &entry) {
-    json row = {{"group", entry.group}, {"part", word(entry.part)}};
-    const json staged = rule_of(source, entry.staged);
-    row["rule"] = entry.installed ? rule_of(source, *entry.installed) : json(nullptr);
-    if (row["rule"] != staged) {
-        row["staged"] = staged;
+    json staged = rule_of(source, entry.staged);
+    json row = entry.installed ? rule_of(source, *entry.installed) : staged;
+    if (row != staged) {
+        row["staged"] = std::move(staged);
     }
+    row["group"] = entry.group;
+    row["part"] = word(entry.part);
+    row["installed"] = entry.installed.has_value();
     return row;
 }
 

@@ -108,6 +108,15 @@ TEST(State, OfQualifiersDoesNotDependOnTheirOrder) {
     EXPECT_EQ(one.text(), other.text());
 }
 
+TEST(State, OfAFullDeviceIsNoLongerThanAnAnswer) {
+    constexpr size_t kLongestAnswer = size_t{16} << 20;
+    FreshDevice device;
+    test::fill(device);
+    const size_t length = device.compact_text().size();
+    EXPECT_GT(length, kLongestAnswer / 8);
+    EXPECT_LT(length, kLongestAnswer);
+}
+
 TEST(State, AfterPowerOnIsThatOfAFreshDevice) {
     EXPECT_EQ(PreparedDevice{}.power_on_text(), FreshDevice{}.text());
 }

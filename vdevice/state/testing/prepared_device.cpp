@@ -66,6 +66,40 @@ std::string FreshDevice::power_on_text() const {
     return power_on_state(state_of(chip_, driver_)).dump(1);
 }
 
+std::string FreshDevice::compact_text() const {
+    return state_of(chip_, driver_).dump();
+}
+
+void fill(FreshDevice &device) {
+    const Words all = ports(0xFFFFFFFF);
+    driver::Driver &driver = device.driver();
+    driver.user_vlan_createEx(0, 0, 2, chip::kMaxVid);
+    driver.user_vlan_port_addEx(0, 0, chip::kMinVid, chip::kMaxVid, all.data(), all.data());
+    for (uint64_t number = 0; number < chip::MacTable::kCapacity; ++number) {
+        device.chip().macs().learn(chip::Mac{0x020000000000 + number}, chip::kMinVid, kPort, {});
+    }
+    const QualifierBytes ones = [] {
+        QualifierBytes bytes{};
+        bytes.fill(0xFF);
+        return bytes;
+    }();
+    for (uint32_t entry = 0; entry < chip::FieldTable::kEntries; ++entry) {
+        for (int group = 1; group <= static_cast<int>(chip::FieldTable::kGroups); ++group) {
+            driver.user_field_entry_create_id(0, 0, group, entry);  // one of them has it
+        }
+        driver.user_field_qualify_SrcIp6(0, 0, entry, ones.data(), ones.data());
+        driver.user_field_qualify_DstIp6(0, 0, entry, ones.data(), ones.data());
+        driver.user_field_qualify_SrcMac(0, 0, entry, ones.data(), ones.data());
+        driver.user_field_qualify_DstMac(0, 0, entry, ones.data(), ones.data());
+        driver.user_field_qualify_SrcIp(0, 0, entry, ~0U, ~0U);
+        driver.user_field_qualify_DstIp(0, 0, entry, ~0U, ~0U);
+        driver.user_field_qualify_L4SrcPort(0, 0, entry, 0xFFFF, 0xFFFF);
+        driver.user_field_qualify_L4DstPort(0, 0, entry, 0xFFFF, 0xFFFF);
+        driver.user_field_entry_install(0, 0, entry);
+        driver.user_field_entry_prio_set(0, 0, entry, -1);
+    }
+}
+
 void PreparedDevice::expect(int32_t result) {
     EXPECT_EQ(result, driver::kOk);
 }

@@ -56,6 +56,8 @@ class FreshDevice {
     /** Its state, and the one that it had after power-on. */
     std::string text() const;
     std::string power_on_text() const;
+    /** As it is sent. */
+    std::string compact_text() const;
 
   private:
     chip::test::RecordingSink sink_;
@@ -63,6 +65,9 @@ class FreshDevice {
     chip::Time now_;
     driver::Driver driver_{chip_, driver::Board{}, [this] { return now_; }};
 };
+
+/** Fills VLANs, addresses and rules; the addresses are learned ones. */
+void fill(FreshDevice &device);
 
 class PreparedDevice : public FreshDevice {
   public:
