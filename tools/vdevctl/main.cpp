@@ -2,12 +2,14 @@
 // matter: it reads their arguments and options, makes their text and lists them for the help.
 #include <argp.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <string_view>
 #include <system_error>
 #include <thread>
 
@@ -17,6 +19,7 @@
 #include "tools/vdevctl/explain.h"
 #include "tools/vdevctl/options.h"
 #include "tools/vdevctl/output.h"
+#include "tools/vdevctl/state_diff.h"
 #include "tools/vdevctl/stream.h"
 
 namespace {
@@ -27,6 +30,12 @@ using vdevctl::Words;
 
 constexpr const char *kCapture = "capture";
 constexpr const char *kExplain = "explain";
+constexpr const char *kDiff = "--diff";
+
+/** Whether the words ask for a comparison, whose exit status says more; also where they are wrong otherwise. */
+bool is_comparison(int argc, char **argv) {
+    return std::any_of(argv, argv + argc, [](const char *word) { return std::string_view{word}.starts_with(kDiff); });
+}
 
 /** Commands that print lines until they are interrupted. */
 bool is_endless(const std::string &command) {
@@ -111,9 +120,13 @@ void capture(const Options &options) {
 }  // namespace
 
 int main(int argc, char **argv) {
-    argp_err_exit_status = EXIT_FAILURE;
+    const int failure = is_comparison(argc, argv) ? vdevctl::kCannotCompare : EXIT_FAILURE;
+    argp_err_exit_status = failure;
     try {
         const Options options = vdevctl::parse_options(argc, argv);
+        if (options.diff) {
+            return vdevctl::compare_states(options);
+        }
         const std::string command = options.words.empty() ? "" : options.words.front();
         if (is_endless(command)) {
             vdevctl::print_stream(options.run_dir, request_for(options.words, options.json), options.limits);
@@ -128,5 +141,5 @@ int main(int argc, char **argv) {
     } catch (...) {
         std::fputs("vdevctl: an unknown failure.\n", stderr);
     }
-    return EXIT_FAILURE;
+    return failure;
 }

@@ -13,13 +13,15 @@ const char *const kVersion = VDEVCTL_VERSION;
 
 namespace {
 
-enum Key : int { kRunDir = 1, kJson, kHelp, kVersionKey, kRate, kSince, kCount, kFor };
+enum Key : int { kRunDir = 1, kJson, kHelp, kVersionKey, kRate, kSince, kDiff, kCount, kFor };
 
 const argp_option kOptions[] = {
     {"run-dir", kRunDir, "DIR", 0, vdevice::kRunDirHelp, 0},
     {"json", kJson, nullptr, 0, "answer in JSON", 0},
     {"rate", kRate, "TIME", 0, "the counts per second, from two readings so far apart: 1s, 500ms, 2m", 0},
     {"since", kSince, "FILE", 0, "the counts since an earlier reading, which --json printed to FILE", 0},
+    {"diff", kDiff, "FILE", 0,
+     "state: what differs between the state that --json printed to FILE and the device, or a second FILE", 0},
     {"count", kCount, "N", 0, "watch, follow, capture: end after so many lines or frames", 0},
     {"for", kFor, "TIME", 0, "watch, follow, capture: end after so long: 10s, 500ms, 2m", 0},
     {"help", kHelp, nullptr, 0, "this text, and the commands of the device", 0},
@@ -80,6 +82,9 @@ void set_option(Options &options, int key, const char *argument, const argp_stat
         case kSince:
             options.since = argument;
             break;
+        case kDiff:
+            options.diff = argument;
+            break;
         case kRate:
             options.rate = read_time(state, "rate", argument);
             break;
@@ -136,6 +141,7 @@ error_t take_option(int key, char *argument, argp_state *state) {
         case kVersionKey:
         case kRate:
         case kSince:
+        case kDiff:
         case kCount:
         case kFor:
             set_option(options, key, argument, state);

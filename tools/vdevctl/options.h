@@ -20,6 +20,7 @@ struct Options {
     bool version = false;
     std::optional<std::chrono::milliseconds> rate; /**< the time between two readings */
     std::string since;                             /**< the file of an earlier reading */
+    std::optional<std::string> diff;               /**< the file of an earlier state */
     StreamLimits limits;                           /**< of commands without an end */
     Words words;                                   /**< the command, its arguments and options */
 };

@@ -68,6 +68,7 @@ class Device final : private chip::Sink {
     /** The wire of a chip port, or null. */
     const Wire *wire(int chip_port) const;
 
+    const driver::Driver &driver() const { return driver_; }
     /** The calls of the software that runs on the device. */
     DriverCalls &calls() { return driver_; }
     const driver::Journal &journal() const { return driver_.journal(); }

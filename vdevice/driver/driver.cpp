@@ -27,7 +27,7 @@ Driver::Driver(chip::Switch &chip, const Board &board, const Clock &clock) : boa
                  .queues = queues(chip, board, clock),
                  .priorities = priorities(chip),
                  .spanning_tree = spanning_tree(chip),
-                 .spanning_tree_lists = spanning_tree_lists(chip),
+                 .spanning_tree_lists = spanning_tree_lists(chip, lists_),
                  .vlans = vlans(chip),
                  .translations = translations(chip),
                  .double_tags = double_tags(chip),

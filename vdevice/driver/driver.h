@@ -12,6 +12,7 @@
 #include "vdevice/driver/codes.h"
 #include "vdevice/driver/event_queue.h"
 #include "vdevice/driver/journal.h"
+#include "vdevice/driver/list_handles.h"
 #include "vdevice/driver/switch_controls.h"
 
 namespace vdevice::driver {
@@ -43,7 +44,7 @@ std::unique_ptr<RatesCalls> rates(chip::Switch &, Clock);
 std::unique_ptr<QueuesCalls> queues(chip::Switch &, const Board &, Clock);
 std::unique_ptr<PrioritiesCalls> priorities(chip::Switch &);
 std::unique_ptr<SpanningTreeCalls> spanning_tree(chip::Switch &);
-std::unique_ptr<SpanningTreeListsCalls> spanning_tree_lists(chip::Switch &);
+std::unique_ptr<SpanningTreeListsCalls> spanning_tree_lists(chip::Switch &, ListHandles &);
 std::unique_ptr<VlansCalls> vlans(chip::Switch &);
 std::unique_ptr<TranslationsCalls> translations(chip::Switch &);
 std::unique_ptr<DoubleTagsCalls> double_tags(chip::Switch &);
@@ -61,12 +62,16 @@ class Driver : public DriverCalls {
     const Journal &journal() const { return records_.journal; }
     const EventQueue &events() const { return records_.events; }
     EventQueue &events() { return records_.events; }
+    const SwitchControls &controls() const { return controls_; }
+    const ListHandles &lists() const { return lists_; }
     /** What sys_trace_get() answers. */
+    int32_t trace() const { return records_.trace; }
     void set_trace(int32_t trace) { records_.trace = trace; }
 
   private:
     Board board_;
     SwitchControls controls_;
+    ListHandles lists_;
     ServiceRecords records_;
 };
 

@@ -23,6 +23,8 @@ class ListHandles {
         friend bool operator==(const List &, const List &) = default;
     };
 
+    /** Those that have not been given back, in the order of asking. */
+    const std::vector<List> &open_lists() const { return lists_; }
     bool has_room() const { return lists_.size() < kLists; }
 
     /** The handle of a new list, never 0. There must be room. */

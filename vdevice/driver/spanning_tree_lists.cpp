@@ -26,7 +26,7 @@ Status copy_chunk(const std::vector<Element> &elements, Out *out, uint32_t index
 
 class SpanningTreeLists : public SpanningTreeListsCalls {
   public:
-    explicit SpanningTreeLists(chip::Switch &chip) : chip_{chip} {}
+    SpanningTreeLists(chip::Switch &chip, ListHandles &lists) : chip_{chip}, lists_{lists} {}
 
     Status user_stg_each_time_list(int32_t *groups, uint32_t chunk_index, uint32_t chunk_size) override {
         return copy_chunk(chip_.stp().list(), groups, chunk_index, chunk_size);
@@ -66,13 +66,13 @@ class SpanningTreeLists : public SpanningTreeListsCalls {
     }
 
     chip::Switch &chip_;
-    ListHandles lists_;
+    ListHandles &lists_;
 };
 
 }  // namespace
 
-std::unique_ptr<SpanningTreeListsCalls> spanning_tree_lists(chip::Switch &chip) {
-    return std::make_unique<SpanningTreeLists>(chip);
+std::unique_ptr<SpanningTreeListsCalls> spanning_tree_lists(chip::Switch &chip, ListHandles &lists) {
+    return std::make_unique<SpanningTreeLists>(chip, lists);
 }
 
 }  // namespace vdevice::driver

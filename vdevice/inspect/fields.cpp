@@ -1,110 +1,37 @@
 // The field processor: entries, counters and miss actions.
-#include <arpa/inet.h>
 #include <fmt/core.h>
 
-#include <bit>
 #include <nlohmann/json.hpp>
 
-#include "vdevice/driver/mac_text.h"
 #include "vdevice/inspect/port_names.h"
 #include "vdevice/inspect/subject.h"
 #include "vdevice/inspect/text.h"
+#include "vdevice/state/rule_json.h"
 
 namespace vdevice::inspect {
 namespace {
 
-using chip::Action;
-using chip::ActionKind;
 using chip::CounterType;
-using chip::EntryPart;
-using chip::Field;
 using chip::FieldCounters;
 using chip::FieldEntry;
 using chip::FieldRule;
-using chip::FieldWords;
-using chip::Qualifier;
 using nlohmann::json;
-
-std::string address_text(int family, const FieldWords &words) {
-    FieldWords network{};
-    for (size_t i = 0; i < words.size(); ++i) {
-        network[i] = htonl(words[i]);
-    }
-    char text[INET6_ADDRSTRLEN] = {};
-    return inet_ntop(family, network.data(), text, sizeof(text));
-}
-
-json value_of(Field field, const FieldWords &words) {
-    constexpr unsigned kWordBits = 32;
-    switch (field) {
-        case Field::kSourceMac:
-        case Field::kDestinationMac:
-            return driver::to_text(chip::Mac{uint64_t{words[0]} << kWordBits | words[1]});
-        case Field::kSourceIpv4:
-        case Field::kDestinationIpv4:
-            return address_text(AF_INET, words);
-        case Field::kSourceIpv6:
-        case Field::kDestinationIpv6:
-            return address_text(AF_INET6, words);
-        default:
-            return words[0];
-    }
-}
-
-json read_qualifier(const Device &device, const Qualifier &qualifier) {
-    json row = {{"field", describe(qualifier.field).name}};
-    if (qualifier.field == Field::kInPorts) {
-        row["ports"] = user_numbers(device, chip::PortSet::from_words(qualifier.data.data()) &
-                                                chip::PortSet::from_words(qualifier.mask.data()));
-    } else if (qualifier.field == Field::kIpKind || qualifier.field == Field::kFrameKind) {
-        row["data"] = std::countr_zero(qualifier.data[0]);
-    } else {
-        row["data"] = value_of(qualifier.field, qualifier.data);
-        row["mask"] = value_of(qualifier.field, qualifier.mask);
-    }
-    return row;
-}
-
-bool has_value(ActionKind kind) {
-    return kind != ActionKind::kPermit && kind != ActionKind::kDrop && kind != ActionKind::kCopyToCpu &&
-           kind != ActionKind::kToCpu;
-}
-
-json read_action(const Device &device, const Action &action) {
-    json row = {{"action", name(action)}};
-    if (action.kind == ActionKind::kRedirect) {
-        row["ports"] = user_numbers(device, action.ports);
-    } else if (has_value(action.kind)) {
-        row["value"] = action.value;
-    }
-    return row;
-}
-
-const char *part_name(EntryPart part) {
-    switch (part) {
-        case EntryPart::kFirstHalf:
-            return "first";
-        case EntryPart::kSecondHalf:
-            return "second";
-        default:
-            return "whole";
-    }
-}
 
 /** The installed rule; for an entry without one, the rule that the next installation takes. */
 json read_entry(const Device &device, uint32_t number, const FieldEntry &entry) {
     const FieldRule &rule = entry.installed ? *entry.installed : entry.staged;
+    const state::PortNames names = [&](const chip::PortSet &ports) { return user_numbers(device, ports); };
     json qualifiers = json::array();
-    for (const Qualifier &qualifier : rule.qualifiers) {
-        qualifiers.push_back(read_qualifier(device, qualifier));
+    for (const chip::Qualifier &qualifier : rule.qualifiers) {
+        qualifiers.push_back(state::qualifier_json(qualifier, names));
     }
     json actions = json::array();
-    for (const Action &action : rule.actions) {
-        actions.push_back(read_action(device, action));
+    for (const chip::Action &action : rule.actions) {
+        actions.push_back(state::action_json(action, names));
     }
     return {{"entry", number},
             {"group", entry.group},
-            {"part", part_name(entry.part)},
+            {"part", state::word(entry.part)},
             {"installed", entry.installed.has_value()},
             {"changed", !entry.installed || !(*entry.installed == entry.staged)},
             {"priority", rule.priority},

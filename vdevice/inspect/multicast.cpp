@@ -7,24 +7,13 @@
 #include "vdevice/inspect/port_names.h"
 #include "vdevice/inspect/subject.h"
 #include "vdevice/inspect/text.h"
+#include "vdevice/state/words.h"
 
 namespace vdevice::inspect {
 namespace {
 
 using chip::MacEntry;
 using nlohmann::json;
-
-const char *name(chip::GroupMiss miss) {
-    switch (miss) {
-        case chip::GroupMiss::kDrop:
-            return "drop";
-        case chip::GroupMiss::kToCpu:
-            return "cpu";
-        case chip::GroupMiss::kFlood:
-            break;
-    }
-    return "flood";
-}
 
 json group_rules_of(const Device &device) {
     json rows = json::array();
@@ -33,8 +22,8 @@ json group_rules_of(const Device &device) {
         rows.push_back({{"port", user_number(device, number)},
                         {"entries", rules.uses_entries},
                         {"ipv4", rules.knows_ipv4},
-                        {"ipv4_miss", name(rules.ipv4_miss)},
-                        {"ipv6_miss", name(rules.ipv6_miss)}});
+                        {"ipv4_miss", state::word(rules.ipv4_miss)},
+                        {"ipv6_miss", state::word(rules.ipv6_miss)}});
     }
     return rows;
 }

@@ -6,6 +6,7 @@
 #include "vdevice/inspect/port_names.h"
 #include "vdevice/inspect/subject.h"
 #include "vdevice/inspect/text.h"
+#include "vdevice/state/words.h"
 
 namespace vdevice::inspect {
 namespace {
@@ -62,10 +63,9 @@ json frames_sent(const chip::PortQueues &port) {
 }
 
 json read_priorities_of(const Device &device, int number) {
-    constexpr const char *kTrusts[] = {"port", "802.1p", "dscp", "both"};
     const chip::Port &port = device.chip().port(number);
     return {{"port", user_number(device, number)},
-            {"trust", kTrusts[static_cast<size_t>(port.trust)]},
+            {"trust", state::word(port.trust)},
             {"priority", port.untagged_priority},
             {"remap", port.remap.to},
             {"queues", queues(device.chip().queue_map(), number)},

@@ -6,24 +6,13 @@
 #include "vdevice/inspect/port_names.h"
 #include "vdevice/inspect/subject.h"
 #include "vdevice/inspect/text.h"
+#include "vdevice/state/words.h"
 
 namespace vdevice::inspect {
 namespace {
 
 using chip::PortQueues;
-using chip::SchedulerMode;
 using nlohmann::json;
-
-const char *mode_name(SchedulerMode mode) {
-    switch (mode) {
-        case SchedulerMode::kRoundRobin:
-            return "round_robin";
-        case SchedulerMode::kWeighted:
-            return "weighted";
-        default:
-            return "strict";
-    }
-}
 
 json read_queues_of(int number, const PortQueues &port) {
     json rows = json::array();
@@ -40,7 +29,7 @@ json read_queues_of(int number, const PortQueues &port) {
     }
     const chip::RateLimit *shaper = port.shaper();
     return {{"port", number},
-            {"mode", mode_name(port.scheduler().mode)},
+            {"mode", state::word(port.scheduler().mode)},
             {"delay", port.scheduler().delay},
             {"rate", shaper == nullptr ? 0 : shaper->rate},
             {"burst", shaper == nullptr ? 0 : shaper->depth},

@@ -8,6 +8,7 @@
 #include "vdevice/inspect/port_names.h"
 #include "vdevice/inspect/subject.h"
 #include "vdevice/inspect/text.h"
+#include "vdevice/state/words.h"
 
 namespace vdevice::inspect {
 namespace {
@@ -18,14 +19,10 @@ using chip::StormType;
 using chip::StormTypeEntry;
 using nlohmann::json;
 
-const char *name(chip::Counting counting) {
-    return counting == chip::Counting::kFrames ? "frames" : "octets";
-}
-
 void add_limiter(json &row, const Limiter &limiter, chip::Time now) {
     row["rate"] = limiter.limit().rate;
     row["burst"] = limiter.limit().depth;
-    row["counts"] = name(limiter.counting());
+    row["counts"] = state::word(limiter.counting());
     row["passed"] = limiter.passed();
     row["dropped"] = limiter.dropped();
     if (const auto bucket = limiter.bucket_at(now)) {
@@ -69,7 +66,7 @@ void add_ingress_row(json &rows, const Device &device, int number) {
 json counting_of(const Device &device) {
     json modes = json::object();
     for (const StormTypeEntry &entry : chip::kStormTypeTable) {
-        modes[entry.name] = name(device.chip().storm_counting(entry.type));
+        modes[entry.name] = state::word(device.chip().storm_counting(entry.type));
     }
     return modes;
 }

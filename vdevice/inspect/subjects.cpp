@@ -13,7 +13,7 @@ using nlohmann::json;
 
 extern const Subject kPorts, kVlans, kMacs, kMcast, kLimits, kTrunks, kCounters, kLog, kEvents, kReserved, kMirrors,
     kGroups, kTranslations, kPriorities, kFields, kStorm, kMeters, kQueues, kGpio, kVersion, kMetrics, kPull, kPlug,
-    kTrace, kClear, kWatch, kExplain, kFollow, kCapture;
+    kTrace, kClear, kWatch, kExplain, kFollow, kCapture, kState;
 
 namespace {
 
@@ -70,9 +70,10 @@ constexpr Subject kHelp{"help", "[SUBJECT]", "the commands with their arguments;
                         read_help, show_help};
 
 constexpr const Subject *kSubjects[] = {
-    &kPorts,   &kVlans,  &kMacs,         &kMcast,      &kLimits, &kTrunks, &kCounters, &kLog,    &kEvents,  &kReserved,
-    &kMirrors, &kGroups, &kTranslations, &kPriorities, &kFields, &kStorm,  &kMeters,   &kQueues, &kGpio,    &kVersion,
-    &kMetrics, &kPull,   &kPlug,         &kTrace,      &kClear,  &kWatch,  &kExplain,  &kFollow, &kCapture, &kHelp,
+    &kPorts,  &kVlans,    &kMacs,    &kMcast,   &kLimits,       &kTrunks,     &kCounters, &kLog,
+    &kEvents, &kReserved, &kMirrors, &kGroups,  &kTranslations, &kPriorities, &kFields,   &kStorm,
+    &kMeters, &kQueues,   &kGpio,    &kState,   &kVersion,      &kMetrics,    &kPull,     &kPlug,
+    &kTrace,  &kClear,    &kWatch,   &kExplain, &kFollow,       &kCapture,    &kHelp,
 };
 
 }  // namespace

@@ -5,6 +5,7 @@
 
 #include "vdevice/inspect/port_names.h"
 #include "vdevice/inspect/subject.h"
+#include "vdevice/state/words.h"
 
 namespace vdevice::inspect {
 namespace {
@@ -41,13 +42,10 @@ json read_subnets(const Device &device) {
 }
 
 json read_port_tags(const Device &device) {
-    constexpr const char *kModes[] = {"off", "internal", "external"};
     json rows = json::array();
     for (const int port : wired_ports(device)) {
         const chip::PortTags &tags = device.chip().port(port).tags;
-        rows.push_back({{"port", user_number(device, port)},
-                        {"mode", kModes[static_cast<size_t>(tags.mode)]},
-                        {"tpid", tags.tpid}});
+        rows.push_back({{"port", user_number(device, port)}, {"mode", state::word(tags.mode)}, {"tpid", tags.tpid}});
     }
     return rows;
 }

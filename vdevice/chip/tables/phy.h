@@ -40,6 +40,13 @@ class Phy {
     bool pause() const;
     /** @} */
 
+    /** @name As set: in effect while nothing is negotiated */
+    /** @{ */
+    uint32_t fixed_speed() const { return speed_; }
+    bool fixed_full_duplex() const { return full_duplex_; }
+    bool fixed_pause() const { return pause_; }
+    /** @} */
+
     /** A fixed speed or duplex turns negotiation off, an automatic one turns it on. */
     Status set_speed(uint32_t speed);
     Status set_duplex(uint32_t duplex);

@@ -33,6 +33,13 @@ class QueueMap {
         return own ? std::min<uint32_t>(*own, queues_ - 1) : queue_of(priority);
     }
 
+    /** The chip's row as it was set, also beyond the last queue. */
+    uint32_t row(uint32_t priority) const { return rows_[priority]; }
+    /** The port's own row as it was set. */
+    std::optional<uint8_t> own_row(int port, uint32_t priority) const {
+        return own_[static_cast<size_t>(port)][priority];
+    }
+
     Status set(uint32_t priority, uint32_t queue) {
         const Status status = check(priority, queue);
         if (status == Status::kOk) {
@@ -50,7 +57,6 @@ class QueueMap {
     }
     /** Removes the port's row: the chip's applies again. Both must exist. */
     void clear(int port, uint32_t priority) { own_[static_cast<size_t>(port)][priority].reset(); }
-    bool has_own(int port, uint32_t priority) const { return own_[static_cast<size_t>(port)][priority].has_value(); }
 
   private:
     Status check(uint32_t priority, uint32_t queue) const {

@@ -44,6 +44,8 @@ class TrunkTable {
 
     /** The trunk's row, or null. */
     const Trunk *find(int64_t trunk) const { return is_trunk(trunk) && row(trunk).exists ? &row(trunk) : nullptr; }
+    /** The row of a trunk's number, which is_trunk(); of one that does not exist, too. */
+    const Trunk &row(int64_t trunk) const { return rows_[static_cast<size_t>(trunk)]; }
     /** The trunk that the port belongs to as a member or on standby, or kNone. */
     int trunk_of(int port) const;
     /**
@@ -67,7 +69,6 @@ class TrunkTable {
 
   private:
     Trunk &row(int64_t trunk) { return rows_[static_cast<size_t>(trunk)]; }
-    const Trunk &row(int64_t trunk) const { return rows_[static_cast<size_t>(trunk)]; }
     int member_of(int port) const;
     Status check_exists(int64_t trunk) const;
     Status check_ports(int64_t trunk, const std::vector<int> &ports) const;
