@@ -63,10 +63,12 @@ const FpInfo *Rules::submodule() const {
 }
 
 void Rules::compare_entries(uint32_t width) {
-    for (uint32_t entry = node_.entity.true_entry; entry < node_.entity.true_entry + width; ++entry) {
+    for (uint32_t i = 0; i < width; ++i) {
+        const uint32_t entry = node_.entity.true_entry + i;
         const auto [other, is_new] = rule_of_entry_.emplace(entry, rule_text());
         if (!is_new) {
             audit_.difference(rule_text(), fmt::format("has entry {}, as {} has", entry, other->second));
+            return;
         }
     }
 }
