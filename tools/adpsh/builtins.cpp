@@ -119,6 +119,8 @@ constexpr std::array kBuiltins = {
     Builtin{"device", "[SUBJECT]", "asks the running device: device ports, device macs; alone lists the subjects",
             run_device},
     Builtin{"show", "[TABLE]", "the library's exported tables, or one of them", run_show},
+    Builtin{"audit", "", "what the library's tables say against what the driver reads back; changes nothing",
+            run_audit},
     Builtin{"map", "", "fills the port map for the default board: 26 ports, user port i at physical port i + 3",
             run_map},
     Builtin{"trace", "on|off", "shows the driver calls of each call", run_trace},

@@ -28,6 +28,7 @@ const Builtin *find_builtin(std::string_view name);
 Answer run_help(Session &session, const Command &command);
 Answer run_calls(Session &session, const Command &command);
 Answer run_show(Session &session, const Command &command);
+Answer run_audit(Session &session, const Command &command);
 Answer run_device(Session &session, const Command &command);
 
 /** Fills the port map for the default board. Throws a LineError. */

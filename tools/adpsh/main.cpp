@@ -149,7 +149,7 @@ int start(const Options &options) {
         const auto reader = at_terminal ? adpsh::terminal_reader() : adpsh::stream_reader(std::cin);
         good = run(session, *reader, options.keep_going || at_terminal);
     }
-    return good ? 0 : 1;
+    return good && !session.has_failed() ? 0 : 1;
 }
 
 /** What the options' parser prints before it ends the program must have arrived, too. */

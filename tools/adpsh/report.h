@@ -17,6 +17,7 @@ namespace adpsh {
 struct Answer {
     std::string text;
     Json object = Json::object();
+    bool is_failure = false;  ///< the program ends with status 1, after all of its lines
 };
 
 class Report {

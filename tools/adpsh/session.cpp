@@ -96,15 +96,23 @@ void Session::execute_line(std::string_view line) {
     }
     was_used_ = true;
     if (const Builtin *builtin = find_builtin(command.name)) {
-        report_->answer(line_, builtin->run(*this, command));
+        const Answer answer = builtin->run(*this, command);
+        has_failed_ |= answer.is_failure;
+        report_->answer(line_, answer);
     } else if (const exported::Call *call = exported::find_call(command.name)) {
-        if (is_crashed_) {
-            // The crashed call may hold a lock for which the next call would wait forever.
-            throw LineError("an earlier call crashed and left the library in an unknown state: start adpsh again");
-        }
-        report_->call(line_, execute(*call, command, variables_, {options_.json, options_.trace}));
+        check_library();
+        const Outcome outcome = execute(*call, command, variables_, {options_.json, options_.trace});
+        multicast_groups_.follow(outcome);
+        report_->call(line_, outcome);
     } else {
         execute_unknown(command);
+    }
+}
+
+void Session::check_library() const {
+    if (is_crashed_) {
+        // The crashed call may hold a lock for which the next call would wait forever.
+        throw LineError("an earlier call crashed and left the library in an unknown state: start adpsh again");
     }
 }
 

@@ -6,6 +6,7 @@
 
 #include "tools/adpsh/convert.h"
 #include "tools/adpsh/frame_socket.h"
+#include "tools/adpsh/multicast_groups.h"
 #include "tools/adpsh/parser.h"
 #include "tools/adpsh/report.h"
 
@@ -33,6 +34,8 @@ class Session {
     bool run(std::string_view line);
 
     [[nodiscard]] bool is_over() const { return is_over_; }
+    /** Whether an answer was a failure: a difference that an audit found. */
+    [[nodiscard]] bool has_failed() const { return has_failed_; }
 
     // For the shell's own commands.
     void end() { is_over_ = true; }
@@ -40,6 +43,9 @@ class Session {
     [[nodiscard]] bool is_json() const { return options_.json; }
     [[nodiscard]] Variables &variables() { return variables_; }
     [[nodiscard]] FrameSocket &frames() { return frames_; }
+    [[nodiscard]] const MulticastGroups &multicast_groups() const { return multicast_groups_; }
+    /** Throws a LineError when the library is in an unknown state. */
+    void check_library() const;
 
   private:
     void execute_line(std::string_view line);
@@ -50,10 +56,12 @@ class Session {
     std::unique_ptr<Report> report_;
     size_t line_ = 0;
     bool is_over_ = false;
+    bool has_failed_ = false;
     bool is_crashed_ = false;
     bool was_used_ = false;
     Variables variables_;
     FrameSocket frames_;
+    MulticastGroups multicast_groups_;
 };
 
 }  // namespace adpsh
