@@ -60,6 +60,6 @@ int main(int argc, char **argv) {
         std::fprintf(stderr, "random_life: the board could not be set up.\n");
         return EXIT_FAILURE;
     }
-    live(std::strtoull(argv[1], nullptr, 10), std::strtoull(argv[2], nullptr, 10));
+    live(std::strtoull(argv[1], nullptr, 10), std::strtoul(argv[2], nullptr, 10));
     return EXIT_SUCCESS;
 }
