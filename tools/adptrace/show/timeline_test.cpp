@@ -50,6 +50,14 @@ TEST(Marks, ArePlacedByTime) {
     EXPECT_EQ(under_way.unreturned, 1U);
 }
 
+TEST(Marks, LastUntilTheProcessEnds) {
+    const std::string exit = R"({"exit":40,"at":9000,"signal":9})"
+                             "\n";
+    const Marks marks = marks_of(Recording(kStart + kShort + exit), {}, kWidth);
+    EXPECT_EQ(marks.until, 9000);
+    EXPECT_EQ(marks.lanes[1].rows[0].at(0).until, 9000);
+}
+
 /** So many calls of 10 ns each, one every 20 ns, of which every second one is within the one before it. */
 std::string many(uint64_t count, uint32_t threads = 1) {
     std::string text = kStart;
@@ -87,7 +95,7 @@ TEST(Marks, AreThoseOfTheChosenPart) {
     filter.until = 4'000;
     const Marks marks = marks_of(Recording(many(1'000)), filter, kWidth);
     EXPECT_EQ(marks.from, 2'000);
-    EXPECT_EQ(marks.until, 4'010);
+    EXPECT_EQ(marks.until, 4'000);
     EXPECT_EQ(marks.calls, 101U + 100U);
 }
 
@@ -97,7 +105,7 @@ TEST(Timeline, SaysWhatItShowsAndWhatNot) {
               "4 calls of 3 threads, from 0.000001 s to 0.000005 s of the recording.");
     const std::string summary = timeline_of(Recording(many(3'000, 30)), {}).summary;
     EXPECT_NE(summary.find("2400 calls of 12 threads"), std::string::npos) << summary;
-    EXPECT_NE(summary.find("Left out: 3600 calls of 18 more threads."), std::string::npos) << summary;
+    EXPECT_NE(summary.find("Left out: 3600 calls of 18 more threads;"), std::string::npos) << summary;
     std::string deep = kStart + begin({});
     for (uint64_t number = 2; number <= 6; ++number) {
         deep += begin({number, number - 1, "adp_vlan_create", "{}", 10, 1, 0});
