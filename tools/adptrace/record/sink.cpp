@@ -7,10 +7,11 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+
+#include "tools/adptrace/record/whole_line.h"
 
 namespace adptrace {
 namespace {
@@ -102,34 +103,25 @@ void Sink::write_line(const char *text, size_t size) {
     if (!is_recording(fd)) {
         fd = open_again();
         if (fd < 0) {
-            return stop(fd, 0, std::strerror(errno));
+            return stop(errno);
         }
     }
     if (!has_room(fd, size)) {
-        return stop(fd, 0, std::strerror(EFBIG));
+        return stop(EFBIG);
     }
-    const auto written = syscall(SYS_write, fd, text, size);
-    if (written != static_cast<long>(size)) {
-        stop(fd, static_cast<size_t>(std::max(written, 0L)), std::strerror(written < 0 ? errno : ENOSPC));
+    if (const int error = append_whole(fd, text, size); error != 0) {
+        stop(error);
     }
 }
 
-void Sink::stop(int fd, size_t written, const char *reason) {
+void Sink::stop(int error) {
     if (is_stopped_.exchange(true)) {
         return;
-    }
-    // A line that is cut would be followed by whole ones of other processes once there is room again.
-    if (written > 0) {
-        const auto end = static_cast<uint64_t>(lseek(fd, 0, SEEK_CUR));
-        struct stat status = {};
-        if (fstat(fd, &status) == 0 && static_cast<uint64_t>(status.st_size) == end) {
-            [[maybe_unused]] const int result = ftruncate(fd, static_cast<off_t>(end - written));
-        }
     }
     if (!is_file(STDERR_FILENO, errors_device_, errors_inode_)) {
         return;  // the program has made something else of it
     }
-    const std::string sentence = "adptrace: the recording stops, and the program goes on: " + path_ + ": " + reason + ".\n";
+    const std::string sentence = "adptrace: the recording stops, and the program goes on: " + path_ + ": " + std::strerror(error) + ".\n";
     [[maybe_unused]] const auto result = syscall(SYS_write, STDERR_FILENO, sentence.data(), sentence.size());
 }
 

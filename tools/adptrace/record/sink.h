@@ -29,7 +29,7 @@ class Sink {
     [[nodiscard]] bool is_recording(int fd) const;
     int open_again();
     [[nodiscard]] bool has_room(int fd, size_t size) const;
-    void stop(int fd, size_t written, const char *reason);
+    void stop(int error);
 
     std::string path_;
     uint64_t device_ = 0;

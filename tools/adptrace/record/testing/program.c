@@ -59,7 +59,7 @@ int count_beyond(void) {
     uint32_t *last = (void *)(pages + page - 2 * sizeof *last);
     last[0] = 1;
     last[1] = 2;
-    return adp_add_agg_member(ADP_AGG_INTF(1), kManyMembers, last) == -1 ? 0 : 2;
+    return adp_add_agg_member(ADP_AGG_INTF(9), kManyMembers, last) == -1 ? 0 : 2;
 }
 
 int log_values(void) {
