@@ -7,6 +7,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
@@ -62,7 +63,7 @@ bool Sink::open(const char *path, uint64_t device, uint64_t inode) {
 void Sink::read_limit() {
     struct rlimit limit = {};
     const bool is_limited = getrlimit(RLIMIT_FSIZE, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY;
-    limit_ = is_limited ? static_cast<uint64_t>(limit.rlim_cur) : UINT64_MAX;
+    limit_ = is_limited ? static_cast<size_t>(std::min<uint64_t>(limit.rlim_cur, SIZE_MAX - 1)) : SIZE_MAX;
 }
 
 bool Sink::is_recording(int fd) const {
@@ -90,9 +91,9 @@ int Sink::open_again() {
 
 /** A file that has reached the process's limit must not be written to: the signal would end the program. */
 bool Sink::has_room(int fd, size_t size) const {
-    const uint64_t limit = limit_.load(std::memory_order_relaxed);
+    const size_t limit = limit_.load(std::memory_order_relaxed);
     struct stat status = {};
-    return limit == UINT64_MAX || (fstat(fd, &status) == 0 && static_cast<uint64_t>(status.st_size) + size <= limit);
+    return limit == SIZE_MAX || (fstat(fd, &status) == 0 && static_cast<uint64_t>(status.st_size) + size <= limit);
 }
 
 void Sink::write_line(const char *text, size_t size) {

@@ -36,7 +36,7 @@ class Sink {
     uint64_t inode_ = 0;
     std::atomic<int> fd_{-1};
     int mark_ = 0; /**< the signal that marks the descriptor, 0 where it cannot be marked */
-    std::atomic<uint64_t> limit_{UINT64_MAX};
+    std::atomic<size_t> limit_{SIZE_MAX}; /**< octets; SIZE_MAX: none */
     std::atomic<bool> is_stopped_{true};
     dev_t errors_device_ = 0; /**< standard error, as it was at the start */
     ino_t errors_inode_ = 0;

@@ -9,6 +9,7 @@ from conftest import BUILD, SECONDS, command_of
 from test_calls import BOARD, DRIVER_GET, DRIVER_SET, GET, SET
 
 CALLS = [*BOARD, SET, DRIVER_SET, GET, DRIVER_GET]
+OTHER = os.environ | {"OTHER_PROGRAM": " ".join(command_of("adptrace_test_program", "calls"))}
 
 
 def of_others(run):
@@ -28,27 +29,23 @@ def test_a_child_is_recorded_with_f_only(recorder):
 
 
 def test_a_program_that_becomes_another_one_is_recorded_on(recorder):
-    run = recorder.program("exec")
+    run = recorder.program("exec", env=OTHER)
     assert run.status == 0
-    first, second = run.of_kind("process")
-    assert first["process"] == second["process"] and of_others(run) == []
+    processes = run.of_kind("process")
+    assert len(processes) > 1 and {line["process"] for line in processes} == {run.lines[-1]["exit"]}
+    assert of_others(run) == []
     begun = [line["begin"] for line in run.of_kind("begin")]
     assert begun == [1, 2, 3, 1, 2, 3, 4, 5, 6, 7] and run.calls == BOARD + CALLS
 
 
 def test_a_program_that_is_started_is_recorded_with_f_only(recorder):
-    if os.environ.get("ADP_EMULATOR"):
-        command = ["sh", "-c", " ".join(command_of("adptrace_test_program", "calls")) + "; true"]
-        assert recorder.command(*command).of_kind("begin") == []
-        run = recorder.command(*command, options=["-f"])
-        assert run.calls == CALLS and len(of_others(run)) > 0
-        return
-    assert recorder.program("spawn").calls == [*BOARD, SET, DRIVER_SET]
-    run = recorder.program("spawn", "-f")
+    assert recorder.program("spawn", env=OTHER).calls == [*BOARD, SET, DRIVER_SET]
+    run = recorder.program("spawn", "-f", env=OTHER)
     assert run.calls == [*BOARD, *CALLS, SET, DRIVER_SET]
-    first, second = run.of_kind("process")
+    first, second = run.of_kind("process")[0], run.of_kind("process")[-1]
     assert second["parent"] == first["process"]
-    assert [line["call"] for line in of_others(run) if "begin" in line] == CALLS
+    begun = [line for line in of_others(run) if "begin" in line]
+    assert [line["call"] for line in begun] == CALLS and {line["of"] for line in begun} == {second["process"]}
 
 
 def test_a_daemon_is_recorded_in_the_background(recorder):
