@@ -5,7 +5,7 @@
 #include <pthread.h>
 
 #include <algorithm>
-#include <array>
+#include <atomic>
 #include <cstring>
 #include <vector>
 
@@ -26,8 +26,9 @@ struct Map {
     bool operator==(const Map &) const = default;
 };
 
-Map seen;                                /**< the map that was there the last time */
-std::vector<adp_port_row_t> written;     /**< what its rows were */
+Map seen;                            /**< the map that was there the last time */
+std::vector<adp_port_row_t> written; /**< what its rows were */
+std::atomic<bool> is_written;        /**< whether one was */
 pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;
 
 Map map_now() {
@@ -50,13 +51,17 @@ bool keep_if_changed(Map map) {
     map.count = std::min(map.count, readable_octets(map.rows, map.count * sizeof *map.rows) / sizeof *map.rows);
     written.assign(map.rows, map.rows + map.count);
     seen = map;
+    is_written = true;
     return true;
 }
 
 void append_board(std::string &line) {
     static const exported::Table *table = exported::find_table("intf_to_phy_port");
-    const calls::Param param = {.name = "board", .element = table->element, .direction = calls::Direction::kIn,
-                                .shape = calls::Shape::kPlain, .extent = static_cast<uint32_t>(kMostRows),
+    const calls::Param param = {.name = "board",
+                                .element = table->element,
+                                .direction = calls::Direction::kIn,
+                                .shape = calls::Shape::kPlain,
+                                .extent = static_cast<uint32_t>(kMostRows),
                                 .counted_by = calls::kNotCounted};
     calls::Blocks blocks{};
     blocks[0] = {written.data(), written.size()};
@@ -80,7 +85,8 @@ void write_if_changed(Process &process, std::string &line, const Map &map) {
 
 void write_changed_board(Process &process, std::string &line) {
     const Map map = map_now();
-    // Another thread that looks at it will write what has changed; and one that has left in the middle keeps none waiting.
+    // Another thread that looks at it will write what has changed; and one that has left in the middle keeps none
+    // waiting.
     if (map.rows == nullptr || pthread_mutex_trylock(&mutex) != 0) {
         return;
     }
@@ -88,7 +94,14 @@ void write_changed_board(Process &process, std::string &line) {
     pthread_mutex_unlock(&mutex);
 }
 
+void write_first_board(Process &process, std::string &line) {
+    if (!is_written.load(std::memory_order_relaxed)) {
+        write_changed_board(process, line);
+    }
+}
+
 void forget_board() {
+    is_written = false;
     pthread_mutex_init(&mutex, nullptr);
     seen = {};
 }

@@ -10,7 +10,9 @@ namespace {
 
 template <typename Result>
 Result then_read_limit(Result result) {
-    process().sink.read_limit();
+    if (Process *process = process_so_far(); process != nullptr) {
+        process->sink.read_limit();
+    }
     return result;
 }
 
@@ -26,11 +28,13 @@ int adptrace_prlimit(pid_t process, int resource, const void *limit, void *befor
 int adptrace_prlimit64(pid_t process, int resource, const void *limit, void *before) __asm__("prlimit64");
 
 int adptrace_setrlimit(int resource, const void *limit) {
-    return adptrace::then_read_limit(adptrace::next_function<decltype(&adptrace_setrlimit)>("setrlimit")(resource, limit));
+    return adptrace::then_read_limit(
+        adptrace::next_function<decltype(&adptrace_setrlimit)>("setrlimit")(resource, limit));
 }
 
 int adptrace_setrlimit64(int resource, const void *limit) {
-    return adptrace::then_read_limit(adptrace::next_function<decltype(&adptrace_setrlimit64)>("setrlimit64")(resource, limit));
+    return adptrace::then_read_limit(
+        adptrace::next_function<decltype(&adptrace_setrlimit64)>("setrlimit64")(resource, limit));
 }
 
 int adptrace_prlimit(pid_t process, int resource, const void *limit, void *before) {

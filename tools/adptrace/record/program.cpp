@@ -25,7 +25,7 @@ constexpr char kLibrary[] = "libadptrace.so";
 constexpr char kPreload[] = "LD_PRELOAD";
 constexpr int kNotStarted = 127;
 constexpr std::array kForwarded = {SIGTERM, SIGHUP};
-constexpr std::array kTerminals = {SIGINT, SIGQUIT}; /**< which the terminal sends to the program itself */
+constexpr std::array kIgnored = {SIGINT, SIGQUIT, SIGXFSZ}; /**< the terminal sends the program its own */
 
 volatile pid_t child = 0;
 
@@ -40,7 +40,7 @@ sigset_t set_of_signals() {
     for (const int signal : kForwarded) {
         sigaddset(&set, signal);
     }
-    for (const int signal : kTerminals) {
+    for (const int signal : kIgnored) {
         sigaddset(&set, signal);
     }
     return set;
@@ -56,7 +56,7 @@ void take_signals() {
             sigaction(signal, &action, nullptr);
         }
     }
-    for (const int signal : kTerminals) {
+    for (const int signal : kIgnored) {
         std::signal(signal, SIG_IGN);
     }
 }
@@ -68,8 +68,8 @@ void set_environment(const std::string &library, const std::string &recording, c
     setenv(kPreload, before == nullptr || *before == '\0' ? library.c_str() : (before + (':' + library)).c_str(), 1);
     setenv(kFileVariable, recording.c_str(), 1);
     std::array<char, 128> text{};
-    std::snprintf(text.data(), text.size(), kSessionFormat, session.process, session.began, session.device, session.inode,
-                  session.follows, session.frames);
+    std::snprintf(text.data(), text.size(), kSessionFormat, session.process, session.began, session.device,
+                  session.inode, session.follows, session.frames);
     setenv(kSessionVariable, text.data(), 1);
 }
 

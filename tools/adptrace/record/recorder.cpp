@@ -13,8 +13,8 @@
 namespace adptrace {
 namespace {
 
-constexpr size_t kMostDepth = 64;              /**< of calls within calls that are recorded */
-constexpr size_t kMostLine = size_t{1} << 20;  /**< of a recording */
+constexpr size_t kMostDepth = 64;               /**< of calls within calls that are recorded */
+constexpr size_t kMostLine = size_t{1} << 20;   /**< of a recording */
 constexpr size_t kMostOctets = size_t{1} << 16; /**< that are read where a number says how many there are */
 
 void append_start(const Process &process, std::string &line, const char *what, uint64_t number) {
@@ -116,7 +116,7 @@ bool begin(Span &span, const RecordedCall &call, const void *const *arguments) n
         span.before = calls::copies_of(call.params, span.blocks, copies_at(*thread.buffers, span.depth));
     }
     if (call.is_library) {
-        write_changed_board(process, thread.buffers->line);
+        write_first_board(process, thread.buffers->line);
     }
     span.number = ++process.calls;
     write_begin(process, thread, span, call);

@@ -14,8 +14,6 @@
 
 enum { kPhysicalPort = 9, kErrno = 55, kManyMembers = 1000000, kLevel = 5, kModule = 6 };
 
-const char *own_path;
-
 int set_up(void) {
     const int failed = adp_set_max_phy_port_num(2) != 0 || adp_add_phy_port(1, 0, 0, kPhysicalPort, 0) != 0;
     return failed || adp_add_phy_port(2, 0, 0, kPhysicalPort + 1, 0) != 0;
@@ -59,13 +57,13 @@ int count_beyond(void) {
     uint32_t *last = (void *)(pages + page - 2 * sizeof *last);
     last[0] = 1;
     last[1] = 2;
-    return adp_add_agg_member(ADP_AGG_INTF(1), kManyMembers, last) == -1 ? 0 : 2;
+    return adp_add_agg_member(ADP_AGG_INTF(9), kManyMembers, last) == -1 ? 0 : 2;
 }
 
 int log_values(void) {
     static const char expected[] = "1 two 3.5 4 5 6 7 8 9.25 -1";
-    const int32_t result = Log_logging_func(kLevel, kModule, "WORD", "%d %s %.1f %d %d %d %d %d %.2f %lld", 1, "two", 3.5,
-                                            4, 5, 6, 7, 8, 9.25, -1LL);
+    const int32_t result = Log_logging_func(kLevel, kModule, "WORD", "%d %s %.1f %d %d %d %d %d %.2f %lld", 1, "two",
+                                            3.5, 4, 5, 6, 7, 8, 9.25, -1LL);
     printf("%s\n", driver_logged());
     return result == kLevel + kModule && strcmp(driver_logged(), expected) == 0 ? 0 : 1;
 }
@@ -74,15 +72,28 @@ static const struct {
     const char *name;
     int (*run)(void);
 } kCommands[] = {
-    {"calls", make_calls},     {"callback", call_back}, {"threads", use_threads}, {"cancel", cancel_thread},
-    {"signals", interrupt_calls}, {"jump", jump_out},   {"crash", crash},         {"kill", kill_self},
-    {"fork", fork_child},      {"exec", execute_other}, {"spawn", spawn_other},   {"daemon", become_daemon},
-    {"close", close_all},      {"errno", keep_errno},   {"limit", reach_limit},   {"lower", lower_limit},
-    {"count", count_beyond},   {"log", log_values},     {"frames", transfer_frames},
+    {"calls", make_calls},
+    {"callback", call_back},
+    {"threads", use_threads},
+    {"cancel", cancel_thread},
+    {"signals", interrupt_calls},
+    {"jump", jump_out},
+    {"crash", crash},
+    {"kill", kill_self},
+    {"fork", fork_child},
+    {"exec", execute_other},
+    {"spawn", spawn_other},
+    {"daemon", become_daemon},
+    {"close", close_all},
+    {"errno", keep_errno},
+    {"limit", reach_limit},
+    {"lower", lower_limit},
+    {"count", count_beyond},
+    {"log", log_values},
+    {"frames", transfer_frames},
 };
 
 int main(int argc, char **argv) {
-    own_path = argv[0];
     for (size_t i = 0; argc > 1 && i < sizeof kCommands / sizeof *kCommands; i++) {
         if (strcmp(argv[1], kCommands[i].name) == 0)
             return kCommands[i].run();
