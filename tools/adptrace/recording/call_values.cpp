@@ -3,8 +3,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "calls/call_table.h"
-#include "calls/exported.h"
+#include "tools/adptrace/recording/known_calls.h"
 #include "tools/adptrace/recording/recording.h"
 
 namespace adptrace {
@@ -17,8 +16,8 @@ json member_of(std::string_view line, const char *name) {
     return std::move(whole[name]);
 }
 
-/** Services whose header says that success is another number than 0. */
-bool is_failure_of_service(std::string_view name, int64_t result) {
+/** 0 is success, except for services whose header says something else. */
+bool is_failure_of_import(std::string_view name, int64_t result) {
     if (name == "equeue_send_ucast") {
         return result <= 0;
     }
@@ -50,20 +49,25 @@ json result_of(const Call &call) {
     return call.has_returned ? member_of(call.end_text, "result") : json();
 }
 
+json end_of(const Call &call) {
+    return json::parse(call.end_text);
+}
+
 bool has_failed(const Call &call) {
-    const json result = result_of(call);
-    const auto id = calls::find_call(call.name);
-    const exported::Call *const known = exported::find_call(call.name);
-    const calls::Result kind = known != nullptr ? known->result : id ? calls::call(*id).result : calls::Result::kI32;
+    return call.has_returned && has_failed(call, result_of(call));
+}
+
+bool has_failed(const Call &call, const json &result) {
+    const KnownCall *const known = known_call(call.name);
+    const calls::Result kind = known != nullptr ? known->result : calls::Result::kI32;
     if (result.is_null()) {
-        const bool is_address = kind == calls::Result::kText || kind == calls::Result::kStruct;
-        return call.has_returned && is_address;
+        return kind == calls::Result::kText || kind == calls::Result::kStruct;
     }
     if (!result.is_number_integer()) {
         return false;
     }
     const auto number = result.get<int64_t>();
-    return call.kind == Call::Kind::kImported && kind == calls::Result::kI32 ? is_failure_of_service(call.name, number)
+    return call.kind == Call::Kind::kImported && kind == calls::Result::kI32 ? is_failure_of_import(call.name, number)
                                                                              : is_failure(kind, number);
 }
 

@@ -2,14 +2,12 @@
 #include "tools/adptrace/recording/recording.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
+#include <cctype>
 #include <limits>
 #include <map>
 #include <nlohmann/json.hpp>
 
-#include "tools/adptrace/recording/call_names.h"
+#include "tools/adptrace/recording/known_calls.h"
 #include "tools/adptrace/recording/line.h"
 
 namespace adptrace {
@@ -22,7 +20,7 @@ constexpr uint64_t kMostNumber = std::numeric_limits<uint64_t>::max();
 constexpr uint64_t kMostStatus = 255;
 constexpr uint64_t kMostSignal = 64;
 constexpr uint64_t kWordBits[] = {32, 64};
-constexpr size_t kReadAtOnce = size_t{1} << 16;
+constexpr size_t kLongestName = 128;
 
 int64_t time_of(const Line &line) {
     return static_cast<int64_t>(line.integer("at", 0, kMostTime));
@@ -34,6 +32,22 @@ bool is_octets(std::string_view text) {
 
 std::string number_text(uint64_t number) {
     return std::to_string(number);
+}
+
+bool is_name(std::string_view text) {
+    return !text.empty() && text.size() <= kLongestName &&
+           std::all_of(text.begin(), text.end(), [](unsigned char c) { return std::isalnum(c) != 0 || c == '_'; });
+}
+
+/** The name of a call of another version of the library, as a part of the text: the parsed one is gone with its line.
+ */
+std::string_view unknown_name(const Line &line, std::string_view text) {
+    const std::string &name = line.text("call");
+    const size_t place = is_name(name) ? text.find(name) : std::string_view::npos;
+    if (place == std::string_view::npos) {
+        line.refuse("needs the name of a call as 'call'");
+    }
+    return text.substr(place, name.size());
 }
 
 }  // namespace
@@ -51,14 +65,22 @@ class Reader {
         std::map<uint32_t, int64_t> latest; /**< time by thread */
     };
 
+    /** Lines of other kinds are ignored. */
+    struct Kind {
+        std::string_view name;
+        void (Reader::*read)(const Line &line, std::string_view text);
+    };
+    static const Kind kKinds[];
+
     void read_line(std::string_view text, bool is_last);
     void read_header(const Line &line, std::string_view text);
-    void read_process(const Line &line);
+    void refuse_header(const Line &line, std::string_view /*text*/) { line.refuse("is another header"); }
+    void read_process(const Line &line, std::string_view text);
     void read_board(const Line &line, std::string_view text);
     void read_begin(const Line &line, std::string_view text);
     void read_end(const Line &line, std::string_view text);
-    void read_frame(const Line &line);
-    void read_exit(const Line &line);
+    void read_frame(const Line &line, std::string_view text);
+    void read_exit(const Line &line, std::string_view text);
 
     Progress &progress_of(const Line &line);
     Progress &progress_of(const Line &line, int64_t id);
@@ -71,6 +93,11 @@ class Reader {
     int64_t first_ = 0;                     /**< id of the process whose lines have no `of` */
     size_t number_ = 0;
 };
+
+constexpr Reader::Kind Reader::kKinds[] = {{"begin", &Reader::read_begin},      {"end", &Reader::read_end},
+                                           {"frame", &Reader::read_frame},      {"board", &Reader::read_board},
+                                           {"process", &Reader::read_process},  {"exit", &Reader::read_exit},
+                                           {"adptrace", &Reader::refuse_header}};
 
 void Reader::read(std::string_view text) {
     if (text.empty()) {
@@ -93,24 +120,13 @@ void Reader::read_line(std::string_view text, bool is_last) {
     if (!line) {
         throw BadRecording("line " + number_text(number_) + " is no JSON object.");
     }
-    const std::string_view kind = line->kind();
     if (number_ == 1) {
         return read_header(*line, text);
     }
-    if (kind == "begin") {
-        read_begin(*line, text);
-    } else if (kind == "end") {
-        read_end(*line, text);
-    } else if (kind == "frame") {
-        read_frame(*line);
-    } else if (kind == "process") {
-        read_process(*line);
-    } else if (kind == "board") {
-        read_board(*line, text);
-    } else if (kind == "exit") {
-        read_exit(*line);
-    } else if (kind == "adptrace") {
-        line->refuse("is another header");
+    for (const Kind &kind : kKinds) {
+        if (line->kind() == kind.name) {
+            return (this->*kind.read)(*line, text);
+        }
     }
 }
 
@@ -143,7 +159,7 @@ void Reader::read_header(const Line &line, std::string_view text) {
     }
 }
 
-void Reader::read_process(const Line &line) {
+void Reader::read_process(const Line &line, std::string_view /*text*/) {
     Process process;
     process.id = static_cast<int64_t>(line.integer("process", 1, kMostId));
     process.parent = static_cast<int64_t>(line.integer("parent", 0, kMostId));
@@ -173,12 +189,9 @@ void Reader::read_begin(const Line &line, std::string_view text) {
     if (call.depth > kMaxDepth) {
         line.refuse("is within more than " + number_text(kMaxDepth) + " other calls");
     }
-    const CallName name = call_name(line.text("call"), text);
-    if (name.name.empty()) {
-        line.refuse("needs the name of a call as 'call'");
-    }
-    call.name = name.name;
-    call.kind = name.kind;
+    const KnownCall *const known = known_call(line.text("call"));
+    call.name = known != nullptr ? known->name : unknown_name(line, text);
+    call.kind = known != nullptr ? known->kind : Call::Kind::kUnknown;
     line.expect_object("arguments");
     call.line = line.number();
     call.began = time_in(progress, call.thread, line);
@@ -207,7 +220,7 @@ void Reader::read_end(const Line &line, std::string_view text) {
     call.end_text = text;
 }
 
-void Reader::read_frame(const Line &line) {
+void Reader::read_frame(const Line &line, std::string_view /*text*/) {
     Progress &progress = progress_of(line);
     Frame frame;
     frame.is_sent = line.text("frame") == "sent";
@@ -228,7 +241,7 @@ void Reader::read_frame(const Line &line) {
     recording_.frames_.push_back(std::move(frame));
 }
 
-void Reader::read_exit(const Line &line) {
+void Reader::read_exit(const Line &line, std::string_view /*text*/) {
     Progress &progress = progress_of(line, static_cast<int64_t>(line.integer("exit", 1, kMostId)));
     Process &process = recording_.processes_[progress.process];
     if (process.exit_line != 0) {
@@ -289,41 +302,6 @@ size_t Reader::around(Progress &progress, uint32_t thread, const Line &line) {
 
 Recording::Recording(std::string text) : text_(std::make_unique<const std::string>(std::move(text))) {
     Reader(*this).read(*text_);
-}
-
-namespace {
-
-std::string contents_of(std::FILE *file) {
-    std::string text;
-    std::string block(kReadAtOnce, '\0');
-    for (size_t count = 0; (count = std::fread(block.data(), 1, block.size(), file)) > 0;) {
-        text.append(block, 0, count);
-    }
-    if (std::ferror(file) != 0) {
-        throw BadRecording(std::string("cannot be read: ") + std::strerror(errno) + ".");
-    }
-    return text;
-}
-
-std::string contents_of_file(const std::string &name) {
-    if (name == "-") {
-        return contents_of(stdin);
-    }
-    const std::unique_ptr<std::FILE, int (*)(std::FILE *)> file(std::fopen(name.c_str(), "re"), &std::fclose);
-    if (file == nullptr) {
-        throw BadRecording(std::string("cannot be opened: ") + std::strerror(errno) + ".");
-    }
-    return contents_of(file.get());
-}
-
-}  // namespace
-
-Recording Recording::of_file(const std::string &name) {
-    try {
-        return Recording(contents_of_file(name));
-    } catch (const BadRecording &error) {
-        throw BadRecording((name == "-" ? "standard input" : name) + ": " + error.what());
-    }
 }
 
 }  // namespace adptrace

@@ -126,8 +126,12 @@ nlohmann::json arguments_of(const Call &call);
 /** An empty object for a call that has not returned. */
 nlohmann::json outputs_of(const Call &call);
 nlohmann::json result_of(const Call &call);
+/** The whole line of the end; of a call that has returned. */
+nlohmann::json end_of(const Call &call);
 /** Whether the call says that it failed: by its result, and what the header says of it. */
 bool has_failed(const Call &call);
+/** Likewise, for one that has returned this. */
+bool has_failed(const Call &call, const nlohmann::json &result);
 /** @} */
 
 }  // namespace adptrace
