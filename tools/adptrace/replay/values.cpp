@@ -13,7 +13,7 @@ using calls::Param;
 using nlohmann::json;
 
 constexpr size_t kMostText = 400;
-constexpr size_t kShortArray = 32;  // which is shown whole
+constexpr size_t kShortArray = 32;      // which is shown whole
 constexpr size_t kThreadOfMessage = 1;  // the word of an event that is the sender's thread
 constexpr uint32_t kNarrow = 32;
 constexpr char kUnchanged[] = "unchanged";
