@@ -21,7 +21,7 @@ struct Process {
     std::string library;      /**< the build id, as JSON text or null */
     char of[sizeof R"("of":-9223372036854775808,)"] = ""; /**< in every line, after its first member; empty in the first */
     std::atomic<bool> is_recorded{false};
-    std::atomic<uint64_t> calls{0};
+    std::atomic<size_t> calls{0};
     std::atomic<uint32_t> threads{0};
     std::atomic<uint32_t> generation{1}; /**< another one in the child of a fork, whose calls and threads are others */
 };
