@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "calls/json_memory.h"
+#include "tools/adptrace/replay/faults.h"
 
 namespace adptrace::replay {
 
@@ -112,6 +113,7 @@ void Replay::make_known(size_t index, const exported::Call &known) {
 
 int64_t Replay::make_in_library(size_t index, const exported::Call &known, const void *const *arguments) {
     const Call &call = recording().calls()[index];
+    const UnderWay under_way(call);
     levels_.push_back({&call, &inner_[index]});
     int64_t result = 0;
     {

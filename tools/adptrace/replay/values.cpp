@@ -1,4 +1,4 @@
-// Compares what calls were given and gave. An element that is left out at the end of an array is zero.
+// Compares what calls were given and gave.
 #include "tools/adptrace/replay/values.h"
 
 #include <algorithm>
@@ -13,6 +13,7 @@ using calls::Param;
 using nlohmann::json;
 
 constexpr size_t kMostText = 400;
+constexpr size_t kShortArray = 32;      // which is shown whole
 constexpr size_t kThreadOfMessage = 1;  // the word of an event that is the sender's thread
 constexpr uint32_t kNarrow = 32;
 constexpr char kUnchanged[] = "unchanged";
@@ -36,17 +37,18 @@ const json &member_of(const json &object, std::string_view name) {
     return found == object.end() ? none : *found;
 }
 
-const json &element_of(const json &array, size_t index) {
-    static const json zero = 0;
-    return index < array.size() ? array[index] : zero;
+bool has_only_simple(const json &array) {
+    return std::none_of(array.begin(), array.end(), [](const json &element) { return element.is_structured(); });
 }
 
 std::optional<Difference> difference_of(const std::string &where, const json &recorded, const json &now);
 
 std::optional<Difference> difference_of_arrays(const std::string &where, const json &recorded, const json &now) {
-    for (size_t index = 0; index < std::max(recorded.size(), now.size()); ++index) {
-        if (auto found = difference_of(where + "[" + std::to_string(index) + "]", element_of(recorded, index),
-                                       element_of(now, index))) {
+    if (recorded.size() != now.size() || (now.size() <= kShortArray && has_only_simple(now))) {
+        return recorded == now ? std::nullopt : std::optional(Difference{where, text_of(recorded), text_of(now)});
+    }
+    for (size_t index = 0; index < now.size(); ++index) {
+        if (auto found = difference_of(where + "[" + std::to_string(index) + "]", recorded[index], now[index])) {
             return found;
         }
     }
