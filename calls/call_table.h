@@ -34,13 +34,13 @@ std::optional<CallId> find_call(std::string_view name);
 std::optional<size_t> find_param(const Call &call, std::string_view name);
 
 /** Elements that parameter @p index addresses in a call with these arguments; a negative count is none. */
-size_t extent(const Call &call, size_t index, const void *const *arguments);
+size_t extent(std::span<const Param> params, size_t index, const void *const *arguments);
+
+/** The parameters of the variadic logger, with the text that it formats in the place of its values. */
+std::span<const Param> log_params();
 
 /** The record that an event-queue message addresses with its last word. */
 inline constexpr size_t kEventRecordNumbers = 4;
 inline constexpr Element kEventRecordNumber = {Kind::kU16, sizeof(uint16_t)};
-
-/** True for the event-queue message, whose last word is the address of a record. */
-bool is_event_message(const Call &call, const Param &param);
 
 }  // namespace calls

@@ -68,7 +68,7 @@ TEST(CallTable, TakesABlocksExtentFromTheParameterThatCountsIt) {
                     continue;
                 }
                 arguments[counter] = &number;
-                EXPECT_EQ(calls::extent(call, index, arguments.data()), expected) << call.name;
+                EXPECT_EQ(calls::extent(call.params, index, arguments.data()), expected) << call.name;
             }
         }
     }

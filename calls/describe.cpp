@@ -123,14 +123,14 @@ void append_argument(std::string &text, const Call &call, size_t index, const vo
     const Param &param = call.params[index];
     const void *at = target(param, arguments[index]);
     text += std::string(param.name) + "=";
-    if (at != nullptr && is_event_message(call, param)) {
+    if (at != nullptr && param.shape == Shape::kMessage) {
         append_message(text, param.element, at, param.extent);
     } else if (at == nullptr) {
         text += "null";
     } else if (param.is_text()) {
         text += quoted(static_cast<const char *>(at));
     } else {
-        append_block(text, param.element, at, extent(call, index, arguments));
+        append_block(text, param.element, at, extent(call.params, index, arguments));
     }
 }
 

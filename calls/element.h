@@ -19,6 +19,14 @@ enum class Kind : uint8_t { kU8, kU16, kU32, kU64, kI16, kI32, kChar, kWord, kSt
 
 struct Struct;
 
+/** What octets mean where their type does not say it. */
+enum class Octets : uint8_t {
+    kPlain,
+    kWords,     /**< words of 32 bits */
+    kCondition, /**< what a rule's condition of the type beside it matches */
+    kRemark     /**< what a remark rule's field beside it matches */
+};
+
 /** One element of an argument or of a struct member. */
 struct Element {
     Kind kind;
@@ -27,6 +35,8 @@ struct Element {
     bool is_interface = false; /**< a logical interface number */
     const Struct *layout = nullptr;
     const exported::Callback *callback = nullptr;
+    Octets octets = Octets::kPlain;
+    uint8_t beside = 0; /**< index of the parameter or member that says what octets mean */
 };
 
 inline constexpr Element kWord32 = {Kind::kU32, sizeof(uint32_t)};
@@ -53,18 +63,25 @@ enum class Shape : uint8_t {
     kText,        /**< the address of text that ends with a NUL */
     kFrameRecord, /**< the address of a struct that holds a frame's address and length */
     kList,        /**< the head of a linked list of interface numbers */
-    kOutPointer   /**< the address of a pointer that the call sets */
+    kOutPointer,  /**< the address of a pointer that the call sets */
+    kPortsWord,   /**< a word that is the address of a set of ports, or null */
+    kMessage      /**< the address of words, the last of which is the address of an event's record, or null */
 };
 
+inline constexpr size_t kPortsWords = 8; /**< words of the set of ports whose address is in a word */
+
 inline constexpr int32_t kNotCounted = -1;
+inline constexpr uint32_t kNoLimit = UINT32_MAX;
 
 struct Param {
     const char *name;
     Element element;
     Direction direction;
     Shape shape;
-    uint32_t extent;    /**< elements that a pointer addresses, unless another parameter counts them */
-    int32_t counted_by; /**< index of the parameter that counts them, or kNotCounted */
+    uint32_t extent;             /**< elements that a pointer addresses, unless another parameter counts them */
+    int32_t counted_by;          /**< index of the parameter that counts them, or kNotCounted */
+    bool counts_16_bits = false; /**< its low 16 bits are the count */
+    uint32_t most = kNoLimit;    /**< with a greater count the call reads none */
 
     [[nodiscard]] bool is_pointer() const { return direction != Direction::kValue; }
     [[nodiscard]] bool is_read() const { return direction != Direction::kOut; }

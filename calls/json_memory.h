@@ -17,7 +17,7 @@
 
 namespace calls {
 
-/** JSON that is not the arguments of the call; what() is a sentence. */
+/** JSON that is not the arguments of the call; what() is a sentence that names the argument. */
 class BadValue : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
@@ -36,6 +36,8 @@ class Memory {
     [[nodiscard]] Blocks blocks() const;
 
   private:
+    class Maker;
+
     void *allocate(size_t size);
 
     std::span<const Param> params_;

@@ -10,6 +10,7 @@
 #include <array>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "calls/element.h"
 
@@ -27,8 +28,17 @@ struct Block {
 /** A block for each parameter of a call. */
 using Blocks = std::array<Block, kMostParams>;
 
+/** The most elements of a block; a greater count is this one. */
+inline constexpr size_t kMostElements = size_t{1} << 20;
+
 /** @p arguments holds the address of each argument, as stubs collect them. */
 Blocks blocks_of(std::span<const Param> params, const void *const *arguments);
+
+/**
+ * Copies of what the call may write, valid as long as @p storage is left alone. The copy of a frame's record is
+ * followed by one of the frame.
+ */
+Blocks copies_of(std::span<const Param> params, const Blocks &blocks, std::vector<uint8_t> &storage);
 
 /** Appends the member of an object for each argument, between braces: what stands in memory before the call. */
 void append_arguments(std::string &text, std::span<const Param> params, const Blocks &blocks);
@@ -36,7 +46,7 @@ void append_arguments(std::string &text, std::span<const Param> params, const Bl
 /**
  * Appends those that the call has changed, likewise.
  *
- * @param before  copies of the memory before the call, of what the call may write; the other blocks are not read
+ * @param before  the copies_of() the memory before the call
  */
 void append_outputs(std::string &text, std::span<const Param> params, const Blocks &blocks, const Blocks &before);
 

@@ -5,6 +5,7 @@
  */
 #pragma once
 
+#include <stddef.h>
 #include <stdint.h>
 #include <type_traits>
 
@@ -21,9 +22,9 @@ namespace calls {
  */
 int64_t forward_call(CallId id, const void *const *arguments);
 
+/** The result as a stub returns it. */
 template <typename R>
-R forward(CallId id, const void *const *arguments) {
-    const int64_t result = forward_call(id, arguments);
+R returned([[maybe_unused]] int64_t result) {
     if constexpr (std::is_pointer_v<R>) {
         return reinterpret_cast<R>(static_cast<intptr_t>(result));
     } else if constexpr (!std::is_void_v<R>) {
@@ -31,4 +32,21 @@ R forward(CallId id, const void *const *arguments) {
     }
 }
 
+template <typename R>
+R forward(CallId id, const void *const *arguments) {
+    return returned<R>(forward_call(id, arguments));
+}
+
 }  // namespace calls
+
+namespace exported {
+
+/** Likewise for an exported call; @p index is its place in calls(). A struct result is the address of the struct. */
+int64_t forward_call(size_t index, const void *const *arguments);
+
+template <typename R>
+R forward(size_t index, const void *const *arguments) {
+    return calls::returned<R>(forward_call(index, arguments));
+}
+
+}  // namespace exported

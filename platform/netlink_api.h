@@ -27,7 +27,6 @@ ADP_BEGIN_DECLS
 #define NETLINK_QUEUES 8               /**< egress queues of a port, hence weights of its scheduler */
 #define NETLINK_QUALIFIER_BYTES 64     /**< data or mask of a field qualifier that is passed by address */
 #define NETLINK_ACTION_PARAM_BYTES 256 /**< parameter of a field action */
-#define NETLINK_CABLE_PAIRS 4          /**< wire pairs of a copper port */
 
 #define NETLINK_L2_STATIC 0x8u       /**< adp_l2_entry_t flag on add: the entry is static */
 #define NETLINK_L2_TO_TRUNK 0x1u     /**< adp_l2_entry_t flag on add: the destination is a trunk */
@@ -59,12 +58,6 @@ typedef struct {
     uint32_t index;                 /**< multicast group index, from look-ups */
     uint32_t reserved80[2];         /**< the driver's */
 } netlink_mcast_entry_t;
-
-/** Result of a cable diagnosis, one element per wire pair, 32 bytes. */
-typedef struct {
-    uint32_t state[NETLINK_CABLE_PAIRS];  /**< the pair's condition, a code of the driver */
-    uint32_t length[NETLINK_CABLE_PAIRS]; /**< length up to the far end or the fault, in metres */
-} netlink_cable_diag_t;
 
 /*
  * Ports
@@ -152,7 +145,7 @@ int32_t user_eee_portEnable_set(uint32_t unit, uint32_t zero, int32_t port, uint
 int32_t user_eee_portEnable_get(uint32_t unit, uint32_t zero, int32_t port, uint32_t *enable);
 
 /** Diagnoses the cable on a copper port, pair by pair. */
-int32_t User_port_cablediag(uint32_t unit, uint32_t zero, int32_t port, netlink_cable_diag_t *result);
+int32_t User_port_cablediag(uint32_t unit, uint32_t zero, int32_t port, adp_cable_diag_t *result);
 
 /** Sets the physical ports to which a port may forward: a set, by value; module is 0. */
 int32_t user_port_egress_set(uint32_t unit, uint32_t zero, int32_t port, uint32_t module, adp_port_set_t egress);

@@ -9,7 +9,8 @@ def declare(param, named=True):
         return f"{param.type} {param.name}" if named else param.type
     if isinstance(param.extent, int) and param.extent > 1 and param.kind != "void":
         return f"{const}{param.type} {param.name}[{param.extent}]" if named else f"{const}{param.type} *"
-    return f"{const}{param.type} *{param.name}" if named else f"{const}{param.type} *"
+    stars = "*" * param.pointer_depth
+    return f"{const}{param.type} {stars}{param.name}" if named else f"{const}{param.type} {stars}"
 
 
 def parameters(function, named=True):
@@ -36,13 +37,30 @@ extern "C" {{
 """
 
 
-def stub(function):
+def exported_stubs(library):
+    bodies = "".join(stub(function, index) for index, function in enumerate(library.functions))
+    return f"""{BANNER}// Each stub passes the addresses of its arguments to the program's own exported::forward_call().
+#include <adp/adp.h>
+
+#include "calls/stub.h"
+
+using exported::forward;
+
+extern "C" {{
+
+{bodies}}}  // extern "C"
+"""
+
+
+def stub(function, number=None):
+    """number: the call's place in the table of exported calls, or None for an imported one."""
+    number = f"CallId::{function.name}" if number is None else number
     names = [f"&{param.name}" for param in function.params]
     head = f"{spaced(function.returns)}{function.name}({parameters(function)}) {{\n"
     if not names:
-        return f"{head}    return forward<{function.returns}>(CallId::{function.name}, nullptr);\n}}\n\n"
+        return f"{head}    return forward<{function.returns}>({number}, nullptr);\n}}\n\n"
     return (f"{head}    const void *const arguments[] = {{{', '.join(names)}}};\n"
-            f"    return forward<{function.returns}>(CallId::{function.name}, arguments);\n}}\n\n")
+            f"    return forward<{function.returns}>({number}, arguments);\n}}\n\n")
 
 
 def forward_source(calls):

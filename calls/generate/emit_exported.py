@@ -7,7 +7,7 @@ import exported
 from interface import HeaderError
 
 
-NAMES = ("Direction", "Field", "invoke_function", "Kind", "kNotCounted", "Param", "Result", "Shape", "Struct")
+NAMES = ("Direction", "Field", "invoke_function", "Kind", "kNoLimit", "kNotCounted", "Octets", "Param", "Result", "Shape", "Struct")
 
 
 def source(library):
@@ -61,7 +61,7 @@ def table(what, rows):
 
 def struct_rows(library, struct):
     kinds = [library.kind_of_member(struct, member) for member in struct.fields]
-    return emit_table.struct_rows(library.headers, struct, kinds)
+    return emit_table.struct_rows(library.headers, struct, kinds, library.meaning_of)
 
 
 def param_rows(library, function):
@@ -72,7 +72,8 @@ def param_rows(library, function):
             raise HeaderError(f"{where} is of type {param.type}")
         extent, counter = library.extent_of(where, function, param)
         rows.append(emit_table.param_row(library.headers, param, exported.KIND_NAMES[param.kind],
-                                         library.shape_of(where, param), extent, counter))
+                                         library.shape_of(where, param), extent, counter,
+                                         library.meaning_of(function, param.name)))
     return emit_table.params(function.name, rows)
 
 

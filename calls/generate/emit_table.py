@@ -61,21 +61,24 @@ def boolean(value):
     return "true" if value else "false"
 
 
-def element(headers, type_name, kind, is_ports=False, is_pointed=False):
-    """is_pointed: the element is only pointed at, and its layout does not matter."""
+def element(headers, type_name, kind, is_ports=False, is_pointed=False, meaning=("kPlain", 0)):
+    """is_pointed: the element is only pointed at, and its layout does not matter. meaning: see exported.MEANINGS."""
     known = headers.unaliased(type_name)
     size = SIZES.get(kind, f"sizeof({known})")
     layout = f"&kStruct_{known}" if kind == "kStruct" and not is_pointed else "nullptr"
     callback = f"&kCallback_{known}" if kind == "kCallback" else "nullptr"
-    parts = [f"Kind::{kind}", size, boolean(is_ports), boolean(type_name == INTERFACE), layout, callback]
-    while parts[-1] in ("false", "nullptr"):
+    octets, beside = meaning
+    parts = [f"Kind::{kind}", size, boolean(is_ports), boolean(type_name == INTERFACE), layout, callback,
+             f"Octets::{octets}", str(beside)]
+    while parts[-1] in ("false", "nullptr", "Octets::kPlain", "0"):
         parts.pop()
     return f"{{{', '.join(parts)}}}"
 
 
-def struct_rows(headers, struct, kinds):
+def struct_rows(headers, struct, kinds, meaning_of=lambda owner, name: ("kPlain", 0)):
     rows = "".join(
-        f'    {{"{member.name}", {element(headers, member.type, kind, member.is_ports, member.pointer)}, '
+        f'    {{"{member.name}", '
+        f"{element(headers, member.type, kind, member.is_ports, member.pointer, meaning_of(struct, member.name))}, "
         f"{member.count}, offsetof({struct.name}, {member.name}), {boolean(member.pointer)}}},\n"
         for member, kind in zip(struct.fields, kinds, strict=True))
     return (f"[[maybe_unused]] constexpr Field kFields_{struct.name}[] = {{\n{rows}}};\n"
@@ -83,10 +86,15 @@ def struct_rows(headers, struct, kinds):
             f"kFields_{struct.name}}};\n")
 
 
-def param_row(headers, param, kind, shape, extent, counter):
+def param_row(headers, param, kind, shape, extent, counter, meaning=("kPlain", 0)):
+    # What most parameters do not have is left out.
+    rest = "" if counter is None else str(counter)
+    if param.most or param.counts_16_bits:
+        rest += f", {boolean(param.counts_16_bits)}, {param.most or 'kNoLimit'}"
     direction = {"value": "kValue", "in": "kIn", "out": "kOut", "inout": "kInOut"}[param.direction]
-    return (f'    {{"{param.name}", {element(headers, param.type, kind, param.is_ports)}, Direction::{direction}, '
-            f"Shape::{shape}, {extent}, {'kNotCounted' if counter is None else counter}}},\n")
+    row = element(headers, param.pointed or param.type, kind, param.is_ports, meaning=meaning)
+    return (f'    {{"{param.name}", {row}, Direction::{direction}, '
+            f"Shape::{shape}, {extent}, {rest or 'kNotCounted'}}},\n")
 
 
 def param_rows(calls, function):
@@ -95,8 +103,8 @@ def param_rows(calls, function):
     for param in function.params:
         extent = model.table_extent(function, param)
         extent, counter = (0, names.index(extent)) if isinstance(extent, str) else (extent, None)
-        rows.append(param_row(calls.headers, param, model.table_kind(function, param),
-                              "kText" if param.is_text else "kPlain", extent, counter))
+        rows.append(param_row(calls.headers, param, model.table_kind(function, param), model.shape_of(function, param),
+                              extent, counter))
     return params(function.name, rows)
 
 

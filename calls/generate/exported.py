@@ -12,6 +12,15 @@ from interface import SCALARS, HeaderError, Interface
 KIND_NAMES = {**model.KIND_NAMES, "i16": "kI16", "void": "kOpaque", "callback": "kCallback"}
 # The extent of a block of which only the driver knows the layout.
 OPAQUE_BYTES = 1024
+# Octets that stand for something else, see calls::Octets; which number beside them says what, or None.
+MEANINGS = {
+    ("FpQualify", "data"): ("kCondition", "type"), ("FpQualify", "mask"): ("kCondition", "type"),
+    ("adp_fp_add_entity_qualify", "data"): ("kCondition", "type"),
+    ("adp_fp_add_entity_qualify", "mask"): ("kCondition", "type"),
+    ("FpAction", "param"): ("kWords", None), ("FpAction", "param2"): ("kWords", None),
+    ("adp_fp_add_entity_action", "param"): ("kWords", None), ("adp_fp_add_entity_action", "param2"): ("kWords", None),
+    ("RemarkRule", "match_value"): ("kRemark", "match_field"),
+}
 LIST_LINK = "adp_list_link_t"
 RESULTS = {"void": "kNothing", "const char *": "kText", "adp_status_t": "kStatus", "adp_intf_t": "kInterface"}
 NUMBERS = {"i32": "kI32", "u32": "kU32"}
@@ -42,7 +51,16 @@ class Exported:
         return any(member.pointer or (member.type in self.headers.structs and self.holds_address(member.type))
                    for member in self.headers.structs[struct_name].fields)
 
+    @staticmethod
+    def meaning_of(owner, name):
+        """Of a parameter of a function or a member of a struct."""
+        octets, beside = MEANINGS.get((owner.name, name), ("kPlain", None))
+        named = owner.params if hasattr(owner, "params") else owner.fields
+        return octets, [one.name for one in named].index(beside) if beside else 0
+
     def shape_of(self, where, param):
+        if param.is_ports_word:
+            return "kPortsWord"
         if param.pointer_depth > 1:
             if param.pointer_depth > 2 or param.kind != "u8" or param.direction != "out":
                 raise HeaderError(f"{where} is a pointer to a pointer")
@@ -51,7 +69,7 @@ class Exported:
             if not param.is_text:
                 raise HeaderError(f"{where} is text that the call writes")
             return "kText"
-        if param.kind != "struct" or not self.holds_address(param.type):
+        if param.kind != "struct" or not self.holds_address(param.pointed or param.type):
             return "kPlain"
         if param.type == LIST_LINK and param.direction == "in":
             return "kList"

@@ -47,6 +47,7 @@ def outputs(calls, library):
         "driver_calls.cpp": emit_driver.source(calls, driver),
         "forward.cpp": emit_calls.forward_source(calls),
         "exported_calls.cpp": emit_exported.source(library),
+        "exported_stubs.cpp": emit_calls.exported_stubs(library),
     }
     for library in calls.libraries:
         files[f"{library}_stubs.cpp"] = emit_calls.stubs(calls, library)

@@ -2,8 +2,8 @@
 
 The headers under include/adp and platform keep to a small subset of C: typedefs of scalars, arrays, structs and
 function pointers, extern data, and prototypes whose parameters all have names. A pointer to const is read, any
-other pointer is written, ADP_INOUT marks both; `T x[n]` and ADP_COUNT(parameter) give a pointer's extent.
-Anything else is an error, so that a header and what is generated from it cannot differ.
+other pointer is written, ADP_INOUT marks both; `T x[n]` and the marks ADP_COUNT.. give a pointer's extent, ADP_IS what
+a pointer to void is the address of, ADP_PORTS which words are addresses of sets of ports. Anything else is an error, so that a header and what is generated from it cannot differ.
 """
 import os
 import re
@@ -222,8 +222,10 @@ class Reader:
 
     def parameter(self, text, function):
         inout = bool(re.search(r"\bADP_INOUT\b", text))
-        count = re.search(r"\bADP_COUNT\((\w+)\)", text)
-        plain = re.sub(r"\bADP_INOUT\b|\bADP_COUNT\(\w+\)", "", text).strip()
+        count = re.search(r"\bADP_COUNT(16|_UP_TO)?\((?:(\w+), )?(\w+)\)", text)
+        pointed = re.search(r"\bADP_IS\((\w+)\)", text)
+        ports = re.search(r"\bADP_PORTS\b", text)
+        plain = re.sub(r"\bADP_(?:INOUT\b|PORTS\b|(?:COUNT|COUNT16|COUNT_UP_TO|IS)\([\w, ]+\))", "", text).strip()
         match = re.fullmatch(r"(const )?(?:struct )?(\w+) ?((?:\* ?(?:const )?)*)(?<!\w)(\w+)(?:\[(\w+)\])?", plain)
         if not match:
             raise HeaderError(f"{function}: cannot read parameter '{text}'")
@@ -237,7 +239,9 @@ class Reader:
         elif bound is not None:
             result.extent, result.pointer_depth = self.number(bound), result.pointer_depth + 1
         if count:
-            name = count.group(1)
+            name = count.group(3)
+            result.counts_16_bits = count.group(1) == "16"
+            result.most = self.number(count.group(2) or "0")
             result.extent = self.interface.constants.get(name, int(name) if name.isdigit() else name)
         result.pointer = result.pointer_depth > 0
         if (inout or count) and not result.pointer:
@@ -250,6 +254,14 @@ class Reader:
             result.kind = self.interface.kind_of(result.type)
         except HeaderError as error:
             raise HeaderError(f"{function}: {error}") from None
+        if pointed:
+            if result.kind != "void" or result.pointer_depth != 1:
+                raise HeaderError(f"{function}: not a pointer to void: '{text}'")
+            result.pointed, result.kind = pointed.group(1), self.interface.kind_of(pointed.group(1))
+        if ports:
+            if result.kind != "word" or result.pointer:
+                raise HeaderError(f"{function}: not a word: '{text}'")
+            result.is_ports_word = True
         if result.pointer:
             result.direction = "inout" if inout else "in" if result.const else "out"
         return result

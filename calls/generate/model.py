@@ -19,6 +19,9 @@ WORD_BLOCKS = {
     ("user_field_action_add", "param"), ("user_field_action_add", "param2"), ("get_vlan_info", "record"),
 }
 
+# Blocks of words whose last one is the address of a record.
+MESSAGES = {("equeue_send_ucast", "message")}
+
 RESULT_KINDS = {"int32_t": "kI32", "int": "kI32", "uint32_t": "kU32", "void": "kNothing", "const char *": "kText"}
 KIND_NAMES = {"u8": "kU8", "u16": "kU16", "u32": "kU32", "u64": "kU64", "i32": "kI32", "char": "kChar", "word": "kWord",
               "struct": "kStruct", "void": "kU8"}
@@ -53,6 +56,12 @@ def describe_function(function):
 
 def is_word_block(function, param):
     return (function.name, param.name) in WORD_BLOCKS and param.kind in ("u8", "void")
+
+
+def shape_of(function, param):
+    if (function.name, param.name) in MESSAGES:
+        return "kMessage"
+    return "kText" if param.is_text else "kPlain"
 
 
 def table_kind(function, param):

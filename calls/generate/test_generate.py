@@ -182,8 +182,8 @@ def test_equal_files_are_not_written_again(headers, tmp_path):
     assert run(headers, folder) == 0
     names = sorted(os.listdir(folder))
     assert names == ["call_id.h", "call_table.cpp", "driver.map", "driver_calls.cpp", "driver_calls.h",
-                     "driver_stubs.cpp", "exported_calls.cpp", "forward.cpp", "services.map", "services_stubs.cpp",
-                     "status_table.c"]
+                     "driver_stubs.cpp", "exported_calls.cpp", "exported_stubs.cpp", "forward.cpp", "services.map",
+                     "services_stubs.cpp", "status_table.c"]
     for name in names:
         os.utime(folder / name, (1, 1))
     assert run(headers, folder) == 0

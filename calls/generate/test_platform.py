@@ -181,7 +181,7 @@ CHECK(sizeof(adp_agg_record_t) == 16 && offsetof(adp_agg_record_t, ports) == 5);
 CHECK(sizeof(netlink_learn_limit_t) == 24);
 CHECK(offsetof(netlink_learn_limit_t, vid) == 4 && offsetof(netlink_learn_limit_t, port) == 8);
 CHECK(offsetof(netlink_learn_limit_t, trunk) == 12 && offsetof(netlink_learn_limit_t, limit) == 20);
-CHECK(sizeof(netlink_cable_diag_t) == 32);
+CHECK(sizeof(adp_cable_diag_t) == 32);
 CHECK(sizeof(adp_port_set_t) == 32);
 """
 

@@ -305,8 +305,9 @@ FpListNode *adp_fp_find_list_node_by_entity(uint32_t submodule_type, uint32_t en
  *         "%s:[%05d] Fp qualify number=[%d] was full!~\n", when a length is out of range, and when the count is
  *         negative.
  */
-int32_t adp_fp_add_entity_qualify(ADP_INOUT FpEntity *entity, uint32_t type, ADP_COUNT(data_len) const void *data,
-                                  uint32_t data_len, ADP_COUNT(mask_len) const void *mask, int32_t mask_len);
+int32_t adp_fp_add_entity_qualify(ADP_INOUT FpEntity *entity, uint32_t type,
+                                  ADP_COUNT_UP_TO(ADP_FP_QUALIFIER_BYTES, data_len) const void *data, uint32_t data_len,
+                                  ADP_COUNT_UP_TO(ADP_FP_QUALIFIER_BYTES, mask_len) const void *mask, int32_t mask_len);
 
 /**
  * Appends an action to a rule record.
@@ -321,8 +322,10 @@ int32_t adp_fp_add_entity_qualify(ADP_INOUT FpEntity *entity, uint32_t type, ADP
  *         qualify number=[%d] was full!~\n" with the record's number of qualifiers, when a parameter that is not null
  *         is too long, and when the count is negative.
  */
-int32_t adp_fp_add_entity_action(ADP_INOUT FpEntity *entity, uint32_t type, ADP_COUNT(param_len) const void *param,
-                                 int32_t param_len, ADP_COUNT(param2_len) const void *param2, int32_t param2_len);
+int32_t adp_fp_add_entity_action(ADP_INOUT FpEntity *entity, uint32_t type,
+                                 ADP_COUNT_UP_TO(ADP_FP_ACTION_BYTES, param_len) const void *param, int32_t param_len,
+                                 ADP_COUNT_UP_TO(ADP_FP_ACTION_BYTES, param2_len) const void *param2,
+                                 int32_t param2_len);
 
 /**
  * Removes an installed rule.

@@ -129,7 +129,7 @@ int32_t adp_dump_packet(const char *title, ADP_COUNT(length) const uint8_t *data
  * @return 0; -1 for a null frame, a length below 12, no management interface, no memory, no socket, or an incomplete
  *         send
  */
-adp_status_t adp_transmit_frame(ADP_COUNT(length) const uint8_t *frame, uint32_t length, uint32_t unused,
+adp_status_t adp_transmit_frame(ADP_COUNT16(length) const uint8_t *frame, uint32_t length, uint32_t unused,
                                 adp_intf_t intf, uint32_t opcode);
 
 /**
@@ -187,7 +187,7 @@ void adp_bcmtag_dest_port_intf_2_phy(ADP_INOUT uint8_t tag[8]);
  *                         row
  * @return 0; -1 for a null frame or one shorter than 18 bytes, with nothing changed
  */
-adp_status_t adp_receive_frame(ADP_COUNT(length) ADP_INOUT uint8_t *frame, uint8_t **out_frame, uint32_t length,
+adp_status_t adp_receive_frame(ADP_COUNT16(length) ADP_INOUT uint8_t *frame, uint8_t **out_frame, uint32_t length,
                                uint16_t *out_length, uint8_t *out_flag, adp_intf_t *out_intf);
 
 /**

@@ -33,6 +33,14 @@
 #define ADP_INOUT
 /** The pointer extends over as many elements as the named parameter of the same call says. */
 #define ADP_COUNT(parameter)
+/** Likewise, by the low 16 bits of the parameter. */
+#define ADP_COUNT16(parameter)
+/** Likewise; with a number above most the call reads no element. */
+#define ADP_COUNT_UP_TO(most, parameter)
+/** The pointer to void extends over one element of this type. */
+#define ADP_IS(type)
+/** The word is the address of a set of ports (adp_ports_t), or null. */
+#define ADP_PORTS
 /** @} */
 
 ADP_BEGIN_DECLS
@@ -126,5 +134,13 @@ typedef struct {
     adp_ports_t ports;      /**< multicast entries: physical ports */
     uint32_t reserved68[5]; /**< 0 on add */
 } adp_l2_entry_t;
+
+#define ADP_CABLE_PAIRS 4 /**< wire pairs of a copper port */
+
+/** The driver's result of a cable diagnosis, an element for each wire pair. 32 bytes. */
+typedef struct {
+    uint32_t state[ADP_CABLE_PAIRS];  /**< the pair's condition, enum adp_cable_pair */
+    uint32_t length[ADP_CABLE_PAIRS]; /**< length up to the far end or the fault, in metres */
+} adp_cable_diag_t;
 
 ADP_END_DECLS

@@ -66,7 +66,7 @@ adp_status_t adp_vlan_destroyEx(uint32_t first_vid, uint32_t last_vid);
  * @param untagged  the ports among these that send the VLAN untagged, address of a set in the same form
  * @return the driver's result
  */
-adp_status_t adp_vlan_port_add(uint32_t vid, adp_word_t ports, adp_word_t untagged);
+adp_status_t adp_vlan_port_add(uint32_t vid, ADP_PORTS adp_word_t ports, ADP_PORTS adp_word_t untagged);
 
 /**
  * Adds ports to the VLANs that a pair of ids names. Otherwise as adp_vlan_port_add().
@@ -79,7 +79,8 @@ adp_status_t adp_vlan_port_add(uint32_t vid, adp_word_t ports, adp_word_t untagg
  * @param untagged   as in adp_vlan_port_add()
  * @return the driver's result
  */
-adp_status_t adp_vlan_port_addEx(uint32_t first_vid, uint32_t last_vid, adp_word_t ports, adp_word_t untagged);
+adp_status_t adp_vlan_port_addEx(uint32_t first_vid, uint32_t last_vid, ADP_PORTS adp_word_t ports,
+                                 ADP_PORTS adp_word_t untagged);
 
 /**
  * Removes ports from a VLAN. The port argument is passed through untranslated.
@@ -90,7 +91,7 @@ adp_status_t adp_vlan_port_addEx(uint32_t first_vid, uint32_t last_vid, adp_word
  * @param ports  as in adp_vlan_port_add()
  * @return the driver's result
  */
-adp_status_t adp_vlan_port_remove(uint32_t vid, adp_word_t ports);
+adp_status_t adp_vlan_port_remove(uint32_t vid, ADP_PORTS adp_word_t ports);
 
 /**
  * Removes ports from the VLANs that a pair of ids names.
@@ -102,7 +103,7 @@ adp_status_t adp_vlan_port_remove(uint32_t vid, adp_word_t ports);
  * @param ports      as in adp_vlan_port_add()
  * @return the driver's result
  */
-adp_status_t adp_vlan_port_removeEx(uint32_t first_vid, uint32_t last_vid, adp_word_t ports);
+adp_status_t adp_vlan_port_removeEx(uint32_t first_vid, uint32_t last_vid, ADP_PORTS adp_word_t ports);
 
 /**
  * Sets the system's default VLAN.

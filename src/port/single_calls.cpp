@@ -25,7 +25,7 @@ adp_status_t adp_intf_learn_get(adp_intf_t intf, uint32_t *mode) {
 
 adp_status_t adp_intf_cablediag(adp_intf_t intf, void *result) {
     return on_port_or_manager(Intf(intf), Failure::kOwnResult, User_port_cablediag,
-                              static_cast<netlink_cable_diag_t *>(result));
+                              static_cast<adp_cable_diag_t *>(result));
 }
 
 adp_status_t adp_intf_eee_set(adp_intf_t intf, uint32_t enable) {

@@ -67,13 +67,13 @@ void Driver::note_arguments(CallId id, const void *const *arguments) {
         }
         if (param.is_text()) {
             add(at, std::strlen(static_cast<const char *>(at)));
-        } else if (calls::is_event_message(call, param)) {
+        } else if (param.shape == calls::Shape::kMessage) {
             const auto *message = static_cast<const uintptr_t *>(at);
             add(message, (DEVICE_MESSAGE_WORDS - 1) * sizeof *message);
             add(reinterpret_cast<const void *>(message[DEVICE_MESSAGE_WORDS - 1]),
                 calls::kEventRecordNumbers * sizeof(uint16_t));
         } else {
-            add(at, calls::extent(call, index, arguments) * param.element.size);
+            add(at, calls::extent(call.params, index, arguments) * param.element.size);
         }
     }
 }
@@ -116,7 +116,7 @@ void Driver::write_outputs(CallId id, Random &random, const void *const *argumen
             continue;
         }
         if (void *to = *static_cast<void *const *>(arguments[index])) {
-            fill_output(random, id, param, to, calls::extent(call, index, arguments));
+            fill_output(random, id, param, to, calls::extent(call.params, index, arguments));
         }
     }
 }

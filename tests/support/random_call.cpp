@@ -1,16 +1,21 @@
 // Random arguments and outputs, made by the call table.
 #include "tests/support/random_call.h"
 
+#include <adp/pkt.h>
+
 #include <algorithm>
 #include <cstring>
+#include <string_view>
+
+#include "calls/exported.h"
 
 namespace random_call {
 
-using calls::Call;
 using calls::CallId;
 using calls::Element;
 using calls::Kind;
 using calls::Param;
+using calls::Shape;
 
 namespace {
 
@@ -30,8 +35,15 @@ void fill_random(Source &random, const Element &element, void *at, size_t count)
         auto *to = static_cast<uint8_t *>(at) + index * size;
         if (element.kind == Kind::kStruct) {
             for (const auto &field : element.layout->fields) {
-                fill_random(random, field.element, to + field.offset, field.count);
+                if (!field.is_pointer) {
+                    fill_random(random, field.element, to + field.offset, field.count);
+                }
             }
+            continue;
+        }
+        if (element.kind == Kind::kCallback) {
+            void (*const function)() = random.below(2) == 0 ? nullptr : element.callback->report;
+            std::memcpy(to, &function, sizeof function);
             continue;
         }
         uint64_t value = random.next();
@@ -42,35 +54,48 @@ void fill_random(Source &random, const Element &element, void *at, size_t count)
     }
 }
 
-RandomCall::RandomCall(CallId id, uint64_t seed) : call_(calls::call(id)), arguments_(call_.params.size(), nullptr) {
+RandomCall::RandomCall(std::span<const Param> params, Source &random) : params_(params), arguments_(params.size()) {
+    fill(random);
+}
+
+RandomCall::RandomCall(CallId id, Source &random) : RandomCall(calls::call(id).params, random) {}
+
+RandomCall::RandomCall(CallId id, uint64_t seed)
+    : params_(calls::call(id).params), arguments_(params_.size(), nullptr) {
     Random random(seed);
     fill(random);
 }
 
-RandomCall::RandomCall(CallId id, Source &random) : call_(calls::call(id)), arguments_(call_.params.size(), nullptr) {
-    fill(random);
-}
-
 void RandomCall::fill(Source &random) {
-    const auto is_counter = [&](size_t index) {
-        return std::any_of(call_.params.begin(), call_.params.end(),
-                           [&](const Param &param) { return param.counted_by == static_cast<int32_t>(index); });
-    };
-    for (size_t index = 0; index < call_.params.size(); ++index) {
-        const Param &param = call_.params[index];
-        if (!param.is_pointer()) {
-            void *value = allocate(param.element.size);
-            fill_random(random, param.element, value, 1);
-            if (is_counter(index)) {
-                calls::store(param.element.kind, value, random.below(kLongestCount));
-            }
-            arguments_[index] = value;
+    for (size_t index = 0; index < params_.size(); ++index) {
+        if (!params_[index].is_pointer()) {
+            add_value(index, random);
         }
     }
-    for (size_t index = 0; index < call_.params.size(); ++index) {
-        if (call_.params[index].is_pointer()) {
-            add_pointer(index, random);
+    for (const bool is_set_by_call : {false, true}) {
+        for (size_t index = 0; index < params_.size(); ++index) {
+            if (params_[index].is_pointer() && (params_[index].shape == Shape::kOutPointer) == is_set_by_call) {
+                add_pointer(index, random);
+            }
         }
+    }
+}
+
+void RandomCall::add_value(size_t index, Source &random) {
+    const Param &param = params_[index];
+    void *value = allocate(param.element.size);
+    arguments_[index] = value;
+    if (param.shape == Shape::kPortsWord) {
+        auto *words = static_cast<uint32_t *>(allocate(calls::kPortsWords * sizeof(uint32_t)));
+        fill_random(random, calls::kWord32, words, calls::kPortsWords);
+        *static_cast<uintptr_t *>(value) = random.below(kNullOneIn) == 0 ? 0 : reinterpret_cast<uintptr_t>(words);
+        return;
+    }
+    fill_random(random, param.element, value, 1);
+    const auto is_counted = [&](const Param &each) { return each.counted_by == static_cast<int32_t>(index); };
+    if (std::any_of(params_.begin(), params_.end(), is_counted)) {
+        constexpr uint32_t kLongestCount = 9;
+        calls::store(param.element.kind, value, random.below(kLongestCount));
     }
 }
 
@@ -79,41 +104,105 @@ void *RandomCall::allocate(size_t size) {
 }
 
 void RandomCall::add_pointer(size_t index, Source &random) {
-    const Param &param = call_.params[index];
     auto *slot = static_cast<void **>(allocate(sizeof(void *)));
     arguments_[index] = slot;
-    if (random.below(kNullOneIn) == 0) {
-        return;
+    if (random.below(kNullOneIn) != 0) {
+        *slot = pointed(index, random);
     }
-    if (param.is_text()) {
-        constexpr uint32_t kFirstPrintable = ' ';
-        constexpr uint32_t kPrintable = 95;
-        constexpr uint32_t kLongestText = 40;
-        const uint32_t length = random.below(kLongestText);
-        auto *text = static_cast<char *>(allocate(length + 1));
-        std::generate_n(text, length, [&] { return static_cast<char>(kFirstPrintable + random.below(kPrintable)); });
-        *slot = text;
-        return;
+}
+
+void *RandomCall::pointed(size_t index, Source &random) {
+    const Param &param = params_[index];
+    switch (param.shape) {
+        case Shape::kText:
+            return text(random);
+        case Shape::kList:
+            return list(random);
+        case Shape::kFrameRecord:
+            return frame_record(*param.element.layout, random);
+        case Shape::kOutPointer:
+            return allocate(sizeof(void *));
+        default:
+            return plain(index, random);
     }
-    const size_t count = calls::extent(call_, index, arguments_.data());
-    *slot = allocate(count * param.element.size);
-    fill_random(random, param.element, *slot, count);
-    if (calls::is_event_message(call_, param)) {
+}
+
+void *RandomCall::text(Source &random) {
+    constexpr uint32_t kFirstPrintable = ' ';
+    constexpr uint32_t kPrintable = 95;
+    constexpr uint32_t kLongestText = 40;
+    const uint32_t length = random.below(kLongestText);
+    auto *text = static_cast<char *>(allocate(length + 1));
+    std::generate_n(text, length, [&] { return static_cast<char>(kFirstPrintable + random.below(kPrintable)); });
+    return text;
+}
+
+void *RandomCall::list(Source &random) {
+    constexpr uint32_t kMostNodes = 4;
+    auto *head = static_cast<adp_list_link_t *>(allocate(sizeof(adp_list_link_t)));
+    *head = {head, head};
+    for (uint32_t nodes = random.below(kMostNodes); nodes > 0; --nodes) {
+        auto *node = static_cast<adp_tx_dest_t *>(allocate(sizeof(adp_tx_dest_t)));
+        *node = {{head->next, head}, random.next()};
+        head->next->prev = &node->link;
+        head->next = &node->link;
+    }
+    return head;
+}
+
+void *RandomCall::frame_record(const calls::Struct &layout, Source &random) {
+    constexpr uint32_t kLongestFrame = 80;
+    void *record = allocate(layout.size);
+    fill_random(random, {Kind::kStruct, layout.size, false, false, &layout}, record, 1);
+    const uint32_t length = random.below(kLongestFrame);
+    auto *frame = static_cast<uint8_t *>(allocate(length));
+    fill_random(random, {Kind::kU8, 1}, frame, length);
+    for (const calls::Field &field : layout.fields) {
+        auto *to = static_cast<uint8_t *>(record) + field.offset;
+        if (std::string_view(field.name) == "length") {
+            calls::store(field.element.kind, to, length);
+        } else if (field.is_pointer) {
+            const bool is_frame = std::string_view(field.name) == "frame";
+            const uint8_t *address = is_frame               ? frame
+                                     : random.below(2) == 0 ? nullptr
+                                                            : frame + random.below(length + 1);
+            std::memcpy(to, &address, sizeof address);
+        }
+    }
+    return record;
+}
+
+void *RandomCall::plain(size_t index, Source &random) {
+    const Param &param = params_[index];
+    const size_t count = calls::extent(params_, index, arguments_.data());
+    void *block = allocate(count * param.element.size);
+    fill_random(random, param.element, block, count);
+    if (param.shape == Shape::kMessage) {
         void *record = allocate(calls::kEventRecordNumbers * sizeof(uint16_t));
         fill_random(random, calls::kEventRecordNumber, record, calls::kEventRecordNumbers);
-        static_cast<uintptr_t *>(*slot)[count - 1] = random.below(2) == 0 ? 0 : reinterpret_cast<uintptr_t>(record);
+        static_cast<uintptr_t *>(block)[count - 1] = random.below(2) == 0 ? 0 : reinterpret_cast<uintptr_t>(record);
+    }
+    return block;
+}
+
+void write_outputs(std::span<const Param> params, const void *const *arguments, uint64_t seed) {
+    Random random(seed);
+    for (size_t index = 0; index < params.size(); ++index) {
+        const Param &param = params[index];
+        void *to = param.is_written() ? *static_cast<void *const *>(arguments[index]) : nullptr;
+        if (to == nullptr) {
+            continue;
+        }
+        if (param.shape == Shape::kOutPointer) {
+            std::memset(to, 0, sizeof(void *));
+        } else {
+            fill_random(random, param.element, to, calls::extent(params, index, arguments));
+        }
     }
 }
 
 void write_outputs(CallId id, const void *const *arguments, uint64_t seed) {
-    const Call &call = calls::call(id);
-    Random random(seed);
-    for (size_t index = 0; index < call.params.size(); ++index) {
-        void *to = call.params[index].is_written() ? *static_cast<void *const *>(arguments[index]) : nullptr;
-        if (to != nullptr) {
-            fill_random(random, call.params[index].element, to, calls::extent(call, index, arguments));
-        }
-    }
+    write_outputs(calls::call(id).params, arguments, seed);
 }
 
 int32_t random_result(CallId id, uint64_t seed) {

@@ -7,6 +7,7 @@
 #include <stddef.h>
 #include <stdint.h>
 #include <deque>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -45,6 +46,7 @@ void fill_random(Source &random, const calls::Element &element, void *at, size_t
 /** Arguments of one call: every block has its own memory; some pointers are null. */
 class RandomCall {
   public:
+    RandomCall(std::span<const calls::Param> params, Source &random);
     RandomCall(calls::CallId id, uint64_t seed);
     RandomCall(calls::CallId id, Source &random);
     RandomCall(const RandomCall &) = delete;
@@ -54,17 +56,22 @@ class RandomCall {
 
   private:
     void fill(Source &random);
+    void add_value(size_t index, Source &random);
     void add_pointer(size_t index, Source &random);
+    void *pointed(size_t index, Source &random);
+    void *text(Source &random);
+    void *list(Source &random);
+    void *frame_record(const calls::Struct &layout, Source &random);
+    void *plain(size_t index, Source &random);
     void *allocate(size_t size);
 
-    static constexpr uint32_t kLongestCount = 9;
-
-    const calls::Call &call_;
+    std::span<const calls::Param> params_;
     std::deque<std::vector<uint64_t>> memory_;
     std::vector<const void *> arguments_;
 };
 
-/** Fills everything that the call writes, as a driver would. */
+/** Fills everything that the call writes, as a driver would. An address that the call sets is null after it. */
+void write_outputs(std::span<const calls::Param> params, const void *const *arguments, uint64_t seed);
 void write_outputs(calls::CallId id, const void *const *arguments, uint64_t seed);
 
 /** A result for the call: mostly 0, sometimes positive or negative. */

@@ -54,7 +54,8 @@ std::span<const uint8_t> Arguments::bytes(std::string_view name) const {
     if (at == nullptr) {
         return {};
     }
-    return {static_cast<const uint8_t *>(at), calls::extent(call, index, arguments_) * call.params[index].element.size};
+    return {static_cast<const uint8_t *>(at),
+            calls::extent(call.params, index, arguments_) * call.params[index].element.size};
 }
 
 void *Arguments::pointer(std::string_view name) const {
@@ -138,7 +139,7 @@ void Script::write_outputs(const void *const *arguments) const {
     const Call &call = calls::call(id_);
     for (const auto &[index, bytes] : outputs_) {
         void *to = *static_cast<void *const *>(arguments[index]);
-        const size_t room = extent(call, index, arguments) * call.params[index].element.size;
+        const size_t room = extent(call.params, index, arguments) * call.params[index].element.size;
         if (to != nullptr && !bytes.empty()) {
             std::memcpy(to, bytes.data(), std::min(bytes.size(), room));
         }

@@ -144,9 +144,9 @@ class Ports : public PortsCalls {
         return read_port(chip_, port, enable, [](const Port &state) { return state.eee; });
     }
 
-    Status User_port_cablediag(int32_t port, netlink_cable_diag_t &result) override {
+    Status User_port_cablediag(int32_t port, adp_cable_diag_t &result) override {
         return with_copper_port(port, [&](const Port &state) {
-            for (size_t pair = 0; pair < NETLINK_CABLE_PAIRS; ++pair) {
+            for (size_t pair = 0; pair < ADP_CABLE_PAIRS; ++pair) {
                 result.state[pair] = state.cable ? kPairGood : kPairOpen;
                 result.length[pair] = state.cable ? kCableMetres : 0;
             }

@@ -173,7 +173,7 @@ TEST_F(DriverPort, PauseIsNegotiatedOrSet) {
 
 TEST_F(DriverPort, FibreHasNoPairs) {
     uint32_t value = kUntouched;
-    netlink_cable_diag_t result = {};
+    adp_cable_diag_t result = {};
     EXPECT_EQ(driver_.user_port_mdix_set(0, 0, kFibre, 1), kWrongMedium);
     EXPECT_EQ(driver_.user_port_mdix_get(0, 0, kFibre, &value), kWrongMedium);
     EXPECT_EQ(driver_.User_port_cablediag(0, 0, kFibre, &result), kWrongMedium);
@@ -181,9 +181,9 @@ TEST_F(DriverPort, FibreHasNoPairs) {
 }
 
 TEST_F(DriverPort, CableDiagnosisTellsWhetherACableIsIn) {
-    netlink_cable_diag_t result = {};
+    adp_cable_diag_t result = {};
     EXPECT_EQ(driver_.User_port_cablediag(0, 0, kCopper, &result), kOk);
-    for (int pair = 0; pair < NETLINK_CABLE_PAIRS; ++pair) {
+    for (int pair = 0; pair < ADP_CABLE_PAIRS; ++pair) {
         EXPECT_EQ(result.state[pair], 1U);
         EXPECT_EQ(result.length[pair], 0U);
     }
@@ -192,7 +192,7 @@ TEST_F(DriverPort, CableDiagnosisTellsWhetherACableIsIn) {
         return Status::kOk;
     });
     EXPECT_EQ(driver_.User_port_cablediag(0, 0, kCopper, &result), kOk);
-    for (int pair = 0; pair < NETLINK_CABLE_PAIRS; ++pair) {
+    for (int pair = 0; pair < ADP_CABLE_PAIRS; ++pair) {
         EXPECT_EQ(result.state[pair], 0U);
         EXPECT_EQ(result.length[pair], 2U);
     }

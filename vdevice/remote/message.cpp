@@ -109,12 +109,12 @@ bool encode_pointer(Writer &writer, const Call &call, size_t index, const void *
         writer.bytes(from, length);
         return true;
     }
-    const size_t count = extent(call, index, arguments);
+    const size_t count = extent(call.params, index, arguments);
     if (count > kMaxMessageBytes) {
         return false;
     }
     writer.word(1);
-    if (is_event_message(call, param)) {
+    if (param.shape == calls::Shape::kMessage) {
         encode_event_message(writer, param.element, from, count);
     } else if (param.is_read()) {
         encode_block(writer, param.element, from, count);
@@ -145,7 +145,7 @@ bool encode_inputs(Writer &writer, CallId id, const void *const *arguments) {
             return false;
         }
         if (is_returned(call.params[index], arguments[index])) {
-            reply_size += wire_size(call.params[index].element, extent(call, index, arguments));
+            reply_size += wire_size(call.params[index].element, extent(call.params, index, arguments));
         }
     }
     constexpr size_t kLongestHead = 4 * kWordBytes;
@@ -157,7 +157,7 @@ void encode_outputs(Writer &writer, CallId id, const void *const *arguments) {
     for (size_t index = 0; index < call.params.size(); ++index) {
         const Param &param = call.params[index];
         if (is_returned(param, arguments[index])) {
-            encode_block(writer, param.element, target(param, arguments[index]), extent(call, index, arguments));
+            encode_block(writer, param.element, target(param, arguments[index]), extent(call.params, index, arguments));
         }
     }
 }
@@ -167,7 +167,7 @@ bool decode_outputs(Reader &reader, CallId id, const void *const *arguments) {
     size_t expected = 0;
     for (size_t index = 0; index < call.params.size(); ++index) {
         if (is_returned(call.params[index], arguments[index])) {
-            expected += wire_size(call.params[index].element, extent(call, index, arguments));
+            expected += wire_size(call.params[index].element, extent(call.params, index, arguments));
         }
     }
     if (reader.left() != expected) {
@@ -177,7 +177,7 @@ bool decode_outputs(Reader &reader, CallId id, const void *const *arguments) {
         const Param &param = call.params[index];
         if (is_returned(param, arguments[index])) {
             void *to = *static_cast<void *const *>(arguments[index]);
-            decode_block(reader, param.element, to, extent(call, index, arguments));
+            decode_block(reader, param.element, to, extent(call.params, index, arguments));
         }
     }
     return reader.is_finished();
@@ -224,14 +224,14 @@ bool Received::decode_pointer(Reader &reader, const Call &call, size_t index) {
     if (param.is_text()) {
         return decode_text(reader, index, present - 1);
     }
-    const size_t count = extent(call, index, arguments_.data());
+    const size_t count = extent(call.params, index, arguments_.data());
     // The sizes are checked before anything is allocated: a hostile count must not cost memory.
     if (present != 1 || count > kMaxMessageBytes || wire_size(param.element, count) > kMaxMessageBytes) {
         return false;
     }
     void *block = allocate(count * param.element.size);
     set_pointer(index, block);
-    if (is_event_message(call, param)) {
+    if (param.shape == calls::Shape::kMessage) {
         decode_event_message(reader, block, count);
     } else if (param.is_read()) {
         decode_block(reader, param.element, block, count);

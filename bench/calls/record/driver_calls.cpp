@@ -51,7 +51,7 @@ std::string argument(const calls::Call &call, const calls::Param &param, const r
     if (param.is_text()) {
         return literal(arguments.text(param.name));
     }
-    return calls::is_event_message(call, param) ? message(arguments.bytes(param.name))
+    return param.shape == calls::Shape::kMessage ? message(arguments.bytes(param.name))
                                                 : blocks_under_way->add(arguments.bytes(param.name));
 }
 

@@ -6,6 +6,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "tools/adptrace/recording/testing/lines.h"
+
 namespace recording_test {
 namespace {
 
@@ -13,23 +15,16 @@ using adptrace::BadRecording;
 using adptrace::Call;
 using adptrace::kNone;
 using adptrace::Recording;
+using adptrace::testing::kHeader;
+using adptrace::testing::kStart;
 
-const std::string kHeader =
-    R"({"adptrace":1,"byte_order":"big","word_bits":32,"started":"2024-05-06T07:08:09Z","command":["agent","-v"]})"
-    "\n";
-const std::string kProcess = R"({"process":40,"parent":0,"at":0,"program":"/usr/bin/agent","library":"a1b2"})"
-                             "\n";
-const std::string kStart = kHeader + kProcess;
-
-std::string begin(int number, const std::string &more = "", const std::string &call = "adp_vlan_create",
-                  int64_t at = 10) {
-    return R"({"begin":)" + std::to_string(number) + more + R"(,"thread":1,"at":)" + std::to_string(at) +
-           R"(,"call":")" + call + R"(","arguments":{"vid":100}})" + "\n";
+std::string begin(uint64_t number, uint64_t within = 0, const std::string &call = "adp_vlan_create", int64_t at = 10,
+                  int64_t process = 0) {
+    return adptrace::testing::begin({number, within, call, R"({"vid":100})", at, 1, process});
 }
 
-std::string end(int number, const std::string &result = "0", int64_t at = 20) {
-    return R"({"end":)" + std::to_string(number) + R"(,"at":)" + std::to_string(at) + R"(,"result":)" + result +
-           R"(,"outputs":{}})" + "\n";
+std::string end(uint64_t number, const std::string &result = "0", int64_t at = 20) {
+    return adptrace::testing::end({number, result, at, "{}", 0});
 }
 
 std::string reason(const std::string &text) {
@@ -63,8 +58,8 @@ TEST(Recording, HasHeaderAndProcesses) {
 }
 
 TEST(Recording, JoinsBeginAndEnd) {
-    const Recording recording(kStart + begin(1) + begin(2, R"(,"within":1)", "user_vlan_create", 11) +
-                              end(2, "-9", 12) + end(1, "102", 13) + begin(3, "", "adp_of_tomorrow", 14));
+    const Recording recording(kStart + begin(1) + begin(2, 1, "user_vlan_create", 11) + end(2, "-9", 12) +
+                              end(1, "102", 13) + begin(3, 0, "adp_of_tomorrow", 14));
     const auto &calls = recording.calls();
     ASSERT_EQ(calls.size(), 3U);
     EXPECT_EQ(calls[0].name, "adp_vlan_create");
@@ -85,7 +80,7 @@ TEST(Recording, JoinsBeginAndEnd) {
 }
 
 TEST(Recording, IsTheSameAfterAMove) {
-    Recording recording(kStart + begin(1, "", "adp_of_tomorrow"));
+    Recording recording(kStart + begin(1, 0, "adp_of_tomorrow"));
     const Recording moved = std::move(recording);
     EXPECT_EQ(moved.calls()[0].name, "adp_of_tomorrow");
     EXPECT_EQ(arguments_of(moved.calls()[0])["vid"], 100);
@@ -114,8 +109,8 @@ TEST(Recording, NumbersCallsInEachProcess) {
                               "\n";
     const std::string again = R"({"process":41,"parent":40,"at":6,"program":"/bin/true","library":null})"
                               "\n";
-    const Recording recording(kStart + begin(1) + other + begin(1, R"(,"of":41)") + again +
-                              begin(1, R"(,"of":41)", "adp_vlan_create", 3) + end(1));
+    const Recording recording(kStart + begin(1) + other + begin(1, 0, "adp_vlan_create", 10, 41) + again +
+                              begin(1, 0, "adp_vlan_create", 3, 41) + end(1));
     EXPECT_EQ(recording.calls()[0].process, 0U);
     EXPECT_TRUE(recording.calls()[0].has_returned);
     EXPECT_EQ(recording.calls()[1].process, 1U);
@@ -124,10 +119,13 @@ TEST(Recording, NumbersCallsInEachProcess) {
 }
 
 TEST(Recording, IgnoresUnknownMembersAndLines) {
-    const Recording recording(kStart +
-                              R"({"weather":"fine","at":"noon"})"
-                              "\n{}\n" +
-                              begin(1, R"(,"mood":{"deep":[1,2]},"mood":7)") + end(1));
+    const Recording recording(
+        kStart +
+        R"({"weather":"fine","at":"noon"})"
+        "\n{}\n" +
+        R"({"begin":1,"mood":{"deep":[1]},"mood":7,"thread":1,"at":1,"call":"adp_x","arguments":{}})"
+        "\n" +
+        end(1));
     EXPECT_EQ(recording.calls().size(), 1U);
 }
 
@@ -223,7 +221,7 @@ const BadLine kBadLines[] = {
 };
 
 TEST(Recording, RefusesBadLines) {
-    const std::string before = kStart + begin(1) + begin(2, R"(,"within":1)") + end(2);
+    const std::string before = kStart + begin(1) + begin(2, 1) + end(2);
     for (const BadLine &bad : kBadLines) {
         EXPECT_EQ(reason(before + bad.line + "\n"), "line 6 " + std::string(bad.reason)) << bad.line.substr(0, 100);
     }
@@ -234,11 +232,11 @@ TEST(Recording, RefusesBadLines) {
 
 TEST(Recording, LimitsHowDeepCallsAreNested) {
     std::string text = kStart + begin(1);
-    for (int number = 2; number <= 201; ++number) {
-        text += begin(number, R"(,"within":)" + std::to_string(number - 1));
+    for (uint64_t number = 2; number <= 201; ++number) {
+        text += begin(number, number - 1);
     }
     EXPECT_EQ(Recording(text).calls().back().depth, adptrace::kMaxDepth);
-    EXPECT_EQ(reason(text + begin(202, R"(,"within":201)")), "line 204 is within more than 200 other calls.");
+    EXPECT_EQ(reason(text + begin(202, 201)), "line 204 is within more than 200 other calls.");
 }
 
 TEST(Recording, NamesTheFile) {
@@ -284,10 +282,10 @@ constexpr Outcome kOutcomes[] = {
 
 TEST(Recording, KnowsWhichCallsFailed) {
     for (const Outcome &outcome : kOutcomes) {
-        const Recording recording(kStart + begin(1, "", outcome.call) + end(1, outcome.result));
+        const Recording recording(kStart + begin(1, 0, outcome.call) + end(1, outcome.result));
         EXPECT_EQ(has_failed(recording.calls()[0]), outcome.has_failed) << outcome.call << " " << outcome.result;
     }
-    EXPECT_FALSE(has_failed(Recording(kStart + begin(1, "", "onu_mac2str")).calls()[0])) << "it has not returned";
+    EXPECT_FALSE(has_failed(Recording(kStart + begin(1, 0, "onu_mac2str")).calls()[0])) << "it has not returned";
 }
 
 }  // namespace

@@ -100,7 +100,7 @@ std::string header_text(const Header &header) {
     for (const std::string &word : header.command) {
         command += (command.empty() ? "" : " ") + word;
     }
-    return fmt::format("--- {}, started {}, {} bits, {}-endian", text::on_one_line(command),
+    return fmt::format("{}, started {}, {} bits, {}-endian", text::on_one_line(command),
                        text::on_one_line(header.started), header.word_bits, header.is_big_endian ? "big" : "little");
 }
 

@@ -160,9 +160,9 @@ std::string stat_text(const Recording &recording, const Filter &filter, Order or
     text += driver_row(total_of(counts.driver));
     const std::string unreturned = unreturned_text(counts.library) + unreturned_text(counts.driver);
     text += counts.by_program == 0 && unreturned.empty() ? "" : "\n";
-    text += counts.by_program == 0
-                ? ""
-                : fmt::format("{} of the driver's calls were made by the program itself.\n", counts.by_program);
+    text += counts.by_program == 0 ? ""
+                                   : fmt::format("{} of the driver's calls {} made by the program itself.\n",
+                                                 counts.by_program, counts.by_program == 1 ? "was" : "were");
     return text + unreturned;
 }
 

@@ -1,0 +1,19 @@
+// What the recording does between a program and its calls leaves errno alone.
+#pragma once
+
+#include <cerrno>
+
+namespace adptrace {
+
+class ErrnoGuard {
+  public:
+    ErrnoGuard() : value_{errno} {}
+    ~ErrnoGuard() { errno = value_; }
+    ErrnoGuard(const ErrnoGuard &) = delete;
+    ErrnoGuard &operator=(const ErrnoGuard &) = delete;
+
+  private:
+    int value_;
+};
+
+}  // namespace adptrace

@@ -1,0 +1,4 @@
+// A program without a loader.
+int main(void) {
+    return 0;
+}
