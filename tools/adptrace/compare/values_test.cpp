@@ -69,6 +69,11 @@ TEST(Values, ThatACallLeavesAreNotCompared) {
     EXPECT_THAT(compared(read_mode("3", "0"), read_mode("", "")), IsEmpty());
 }
 
+TEST(Values, ThatWouldBeWrittenNowhereAreCompared) {
+    EXPECT_THAT(compared(read_mode("null", ""), read_mode("null", "")), IsEmpty());
+    EXPECT_THAT(compared(read_mode("null", ""), read_mode("", "")), ElementsAre("argument mode: null | an address"));
+}
+
 TEST(Values, OfPartsThatACallLeavesAreNotCompared) {
     const auto group = [](const std::string &before, const std::string &after) {
         return Example{"adp_get_agg_group", R"({"agg_intf":268435458,"max":4,"members":)" + before + "}", "0",

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 #include <numeric>
-#include <set>
+#include <unordered_set>
 
 namespace adptrace {
 namespace {
@@ -23,7 +23,7 @@ class Memory {
   private:
     size_t count_;
     const std::function<bool(const Parts &)> &fails_;
-    std::set<std::vector<bool>> passed_;  // libstdc++ hashes such a vector wrongly on big-endian machines
+    std::unordered_set<std::vector<bool>> passed_;
 };
 
 Parts without(const Parts &parts, size_t at, size_t piece) {

@@ -10,7 +10,7 @@ import xml.etree.ElementTree
 import pytest
 
 ADPTRACE = os.environ["ADPTRACE"].split()
-SAMPLE = pathlib.Path(__file__).parents[1] / "recording/samples/version-1-big-endian.adptrace"
+SAMPLE = pathlib.Path(__file__).parents[1] / "recording/samples/version-1-every-kind.adptrace"
 
 
 def run(*arguments, **more):

@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cctype>
 #include <nlohmann/json.hpp>
 
 #include "text/printable.h"
@@ -26,7 +27,7 @@ constexpr size_t kMostOctets = 32;
 constexpr size_t kMostCharacters = 100;
 constexpr uint64_t kLargeWord = 0x10000;  // larger words are addresses or patterns
 constexpr uint64_t kAllOnes = 0xFFFFFFFF;
-constexpr uint64_t kShortestRange = 3;  // 4,5 is as short as 4-5
+constexpr size_t kShortestRange = 3;  // 4,5 is as short as 4-5
 
 class ValueText {
   public:
@@ -86,10 +87,7 @@ void ValueText::append_octets(const std::string &digits, size_t count) {
     const size_t given = digits.size() / 2;
     const size_t all = std::max<size_t>(padded(given, count), 1);
     const size_t visible = shown(all, kMostOctets);
-    for (size_t i = 0; i < visible; ++i) {
-        text += i == 0 ? "" : ":";
-        text += i < given ? digits.substr(2 * i, 2) : "00";
-    }
+    text += octets_text(digits, visible);
     text += visible < all ? fmt::format("..({} octets)", std::max(given, count)) : all < count ? ".." : "";
 }
 
@@ -97,7 +95,7 @@ void ValueText::append_ports(const json &value) {
     std::string ports;
     for (size_t i = 0; i < value.size();) {
         const auto first = value[i].get<uint64_t>();
-        uint64_t length = 1;
+        size_t length = 1;
         while (i + length < value.size() && value[i + length].get<uint64_t>() == first + length) {
             ++length;
         }
@@ -270,6 +268,15 @@ const adp_status_entry_t *status_of(const KnownCall &call, int64_t result) {
 }
 
 }  // namespace
+
+std::string octets_text(std::string_view digits, size_t count) {
+    std::string text;
+    for (size_t i = 0; i < 2 * count; ++i) {
+        text += i > 0 && i % 2 == 0 ? ":" : "";
+        text += i < digits.size() ? static_cast<char>(std::tolower(static_cast<unsigned char>(digits[i]))) : '0';
+    }
+    return text;
+}
 
 std::string values_text(const KnownCall *known, const json &values, const json &arguments, Length length) {
     ValueText result(length);
