@@ -3,10 +3,12 @@
 // it wrong.
 #include "tools/adptrace/recording/recording.h"
 
+#include <algorithm>
 #include <functional>
 #include <string>
 
 #include "tests/fuzz/fuzz.h"
+#include "tools/adptrace/compare/compare.h"
 #include "tools/adptrace/show/show.h"
 #include "tools/adptrace/show/stat.h"
 #include "tools/adptrace/show/timeline.h"
@@ -42,6 +44,14 @@ std::string shown_failures(const Recording &recording) {
     return text;
 }
 
+/** The differences from a recording of the first calls alone. */
+std::string differences_from_less(const Recording &recording) {
+    const std::string_view text = recording.text();
+    const size_t header = std::min(text.find('\n'), text.size() - 1) + 1;
+    const Recording less{std::string(text.substr(0, header + (text.size() - header) / 2))};
+    return compare(recording, less, {.shows_all = true}).text + compare(less, recording, {.most_differences = 3}).text;
+}
+
 /** What commands make of a recording; a command that reads recordings has a row here. */
 const std::function<std::string(const Recording &)> kCommands[] = {
     [](const Recording &recording) { return shown(recording, false); },
@@ -49,7 +59,8 @@ const std::function<std::string(const Recording &)> kCommands[] = {
     shown_failures,
     [](const Recording &recording) { return stat_text(recording, {}, adptrace::Order::kTime); },
     [](const Recording &recording) { return stat_json(recording, {}, adptrace::Order::kName); },
-    [](const Recording &recording) { return timeline_of(recording, {}).svg; }};
+    [](const Recording &recording) { return timeline_of(recording, {}).svg; },
+    differences_from_less};
 
 bool is_shown(char c) {
     return c == '\n' || (static_cast<unsigned char>(c) >= ' ' && c != '\x7f');
@@ -64,6 +75,10 @@ void expect_order(const Recording &recording) {
         expect(call.depth == (call.within == kNone ? 0 : recording.calls()[call.within].depth + 1),
                "depths are counted");
     }
+}
+
+void expect_equal_to_itself(const Recording &recording) {
+    expect(compare(recording, recording, {}).differences == 0, "a recording has no difference from itself");
 }
 
 void expect_answers(const Recording &recording, size_t size) {
@@ -91,6 +106,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
         const Recording recording{std::string(text)};
         expect_order(recording);
         expect_answers(recording, size);
+        expect_equal_to_itself(recording);
     } catch (const BadRecording &error) {
         const std::string_view reason = error.what();
         expect(reason.starts_with("line ") || reason == "the recording is empty.", "a refusal names the line");

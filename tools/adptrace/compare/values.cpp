@@ -170,10 +170,24 @@ class Pair {
         for (const calls::Param &param : known_->params) {
             const json &a = member_of(arguments_a_, param.name);
             const json &b = member_of(arguments_b_, param.name);
-            const bool is_equal = is_handle(param) ? handles_.are_pair(word_of(a), word_of(b)) : a == b;
-            if (param.is_read() && !is_equal) {
+            if (!param.is_read()) {
+                compare_addresses(param);
+            } else if (is_handle(param) ? !handles_.are_pair(word_of(a), word_of(b)) : a != b) {
                 add("argument", param.name, arguments_a_, arguments_b_);
             }
+        }
+    }
+
+    /** Where the call writes: somewhere or nowhere. */
+    void compare_addresses(const calls::Param &param) {
+        const auto text_of = [&param](const json &arguments) {
+            const bool is_null = arguments.contains(param.name) && arguments[param.name].is_null();
+            return is_null ? "null" : "an address";
+        };
+        const std::string a = text_of(arguments_a_);
+        const std::string b = text_of(arguments_b_);
+        if (a != b) {
+            found_.push_back({std::string("argument ") + param.name, a, b});
         }
     }
 

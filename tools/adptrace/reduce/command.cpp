@@ -29,13 +29,12 @@ struct Task {
 
 milliseconds time_of(const std::string &word) {
     constexpr double kMostSeconds = 86400;
-    constexpr double kMillisecondsPerSecond = 1000;
     double seconds = 0;
     const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), seconds);
     if (error != std::errc() || end != word.data() + word.size() || !(seconds > 0 && seconds <= kMostSeconds)) {
         throw Refusal("--time needs a number of seconds up to 86400, not '" + word + "'.");
     }
-    return milliseconds(static_cast<int64_t>(seconds * kMillisecondsPerSecond) + 1);
+    return std::chrono::ceil<milliseconds>(std::chrono::duration<double>(seconds));
 }
 
 bool is_same_file(const std::string &a, const std::string &b) {
@@ -101,6 +100,8 @@ class Reduction {
 
   private:
     void check_whole();
+    void write_candidate(const Parts &parts) const;
+    void keep_candidate();
     std::optional<int> try_parts(const Parts &parts);
     bool fails(const Parts &parts);
     [[nodiscard]] std::string counts() const;
@@ -115,6 +116,7 @@ class Reduction {
     Parts smallest_;
     size_t runs_ = 0;
     size_t undecided_ = 0;
+    bool is_kept_ = false; /**< whether there is a result */
 };
 
 Parts Reduction::all() const {
@@ -123,18 +125,32 @@ Parts Reduction::all() const {
     return parts;
 }
 
-std::optional<int> Reduction::try_parts(const Parts &parts) {
+void Reduction::write_candidate(const Parts &parts) const {
     std::ofstream file(candidate_, std::ios::binary | std::ios::trunc);
     file << pieces_.text(parts);
     file.close();
     if (!file) {
         throw Refusal(candidate_ + " cannot be written.");
     }
+}
+
+void Reduction::keep_candidate() {
+    if (std::rename(candidate_.c_str(), task_.out.c_str()) != 0) {
+        throw Refusal(task_.out + " cannot be written.");
+    }
+    is_kept_ = true;
+}
+
+std::optional<int> Reduction::try_parts(const Parts &parts) {
+    write_candidate(parts);
     ++runs_;
     return command_.run(candidate_);
 }
 
 void Reduction::check_whole() {
+    if (pieces_.count() == 0) {
+        throw Refusal(task_.file + " has no calls.");
+    }
     const std::optional<int> status = try_parts(all());
     if (!status) {
         throw Refusal("the command did not end in time on the whole recording.");
@@ -158,9 +174,7 @@ bool Reduction::fails(const Parts &parts) {
     if (parts.empty()) {
         throw Refusal("the command fails on a recording without calls, too: it does not depend on them.");
     }
-    if (std::rename(candidate_.c_str(), task_.out.c_str()) != 0) {
-        throw Refusal(task_.out + " cannot be written.");
-    }
+    keep_candidate();
     smallest_ = parts;
     return true;
 }
@@ -177,15 +191,19 @@ int Reduction::run() {
     int status = EXIT_SUCCESS;
     try {
         check_whole();
-        std::filesystem::rename(candidate_, task_.out);
         minimize(pieces_.count(), [this](const Parts &parts) { return fails(parts); });
     } catch (const Interrupted &interrupted) {
         status = ShellCommand::kSignalled + interrupted.signal();
     }
     std::fputs(progress_.finish().c_str(), stderr);
-    if (!smallest_.empty()) {
-        std::printf("%s: %s%s\n", task_.out.c_str(), counts().c_str(), status == EXIT_SUCCESS ? "" : ", interrupted");
+    if (smallest_.empty()) {
+        throw Refusal("interrupted before anything was known.");
     }
+    if (!is_kept_) {
+        write_candidate(smallest_);
+        keep_candidate();
+    }
+    std::printf("%s: %s%s\n", task_.out.c_str(), counts().c_str(), status == EXIT_SUCCESS ? "" : ", interrupted");
     return status;
 }
 
