@@ -70,8 +70,8 @@ TEST(State, CallsThatReadChangeNothing) {
             const random_call::RandomCall call(id, numbers);
             done += dispatch(device.driver(), id, call.arguments()) == driver::kOk ? 1 : 0;
         }
-        ASSERT_EQ(device.text(), before) << calls::call(id).name;
     }
+    EXPECT_EQ(device.text(), before);
     EXPECT_GT(done, 100);
 }
 

@@ -2,6 +2,7 @@
 #include "vdevice/chip/tables/phy.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace vdevice::chip {
 namespace {
