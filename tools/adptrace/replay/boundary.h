@@ -7,6 +7,7 @@
 
 #include <stdint.h>
 #include <optional>
+#include <span>
 
 #include "calls/call_table.h"
 #include "calls/exported.h"
@@ -22,6 +23,8 @@ class Boundary {
 
     virtual int64_t imported_call(calls::CallId id, const void *const *arguments) = 0;
     virtual int32_t callback() = 0;
+    /** A frame is about to be sent. */
+    virtual void sends(std::span<const uint8_t> octets) = 0;
     /** Whether a frame is said to be sent, and an interface to be there; none: it is sent. */
     [[nodiscard]] virtual std::optional<bool> frames_succeed() const = 0;
 

@@ -8,8 +8,10 @@
 #include <stddef.h>
 #include <stdint.h>
 #include <deque>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -43,9 +45,11 @@ class Replay final : public Player, private Boundary {
     /** A library call under way. */
     struct Level {
         const Call *call;
-        const std::vector<size_t> *inner; /**< the calls within it */
-        size_t next = 0;                  /**< the first of them that is not made yet */
-        size_t surplus = 0;               /**< calls that the recording does not have, made in the place of that one */
+        const std::vector<size_t> *inner;  /**< the calls within it */
+        size_t next = 0;                   /**< the first of them that is not made yet */
+        const std::vector<size_t> *frames; /**< the frames that were sent within it, if frames are recorded */
+        size_t frame = 0;                  /**< the first of them that is not sent yet */
+        size_t surplus = 0;                /**< calls that the recording does not have, made in the place of that one */
     };
 
     [[nodiscard]] bool is_played(const Call &call) const override;
@@ -54,6 +58,7 @@ class Replay final : public Player, private Boundary {
 
     int64_t imported_call(calls::CallId id, const void *const *arguments) override;
     int32_t callback() override;
+    void sends(std::span<const uint8_t> octets) override;
     [[nodiscard]] std::optional<bool> frames_succeed() const override;
 
     void update_board(size_t index);
@@ -66,14 +71,21 @@ class Replay final : public Player, private Boundary {
     /** The call of this name among those that are left in the library call, else null. */
     const Call *take_next(std::string_view name, const std::string &now);
     void report_missing(Level &level, size_t end, const std::string &now);
+    void report_missing_frames(const Level &level);
 
     Library &library_;
-    std::vector<std::vector<size_t>> inner_; /**< by the index of the outer call */
+    std::vector<std::vector<size_t>> inner_;       /**< by the index of the outer call */
+    std::map<size_t, std::vector<size_t>> frames_; /**< likewise; empty if none are recorded */
     std::vector<Level> levels_;
     Threads threads_;
     std::deque<std::string> texts_; /**< results that the library may still look at */
     size_t next_board_ = 0;
     nlohmann::json known_board_;
 };
+
+inline constexpr char kNoCall[] = "no call";
+
+/** The number that a result is, 0 if it is none. */
+int64_t number_of(const nlohmann::json &result);
 
 }  // namespace adptrace::replay

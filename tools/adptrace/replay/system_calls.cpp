@@ -70,6 +70,9 @@ int ioctl(int descriptor, unsigned long request, ...) noexcept {
 
 ssize_t sendto(int descriptor, const void *data, size_t size, int flags, const sockaddr *address, socklen_t length) {
     static auto *const function = real<decltype(::sendto)>("sendto");
+    if (Boundary *const boundary = boundary_of_thread(); boundary != nullptr) {
+        boundary->sends({static_cast<const uint8_t *>(data), size});
+    }
     const auto answer = answer_to_library();
     if (!answer) {
         return function(descriptor, data, size, flags, address, length);

@@ -55,6 +55,18 @@ class FakeLibrary : public Library {
     void set_board(const nlohmann::json &wanted) override { rows = wanted; }
 };
 
+/** Its adp_vlan_create() creates the VLAN in the driver and logs a failure, its adp_stg_default_get() asks the driver.
+ */
+struct VlanLibrary : FakeLibrary {
+    VlanLibrary();
+};
+
+/** A call of adp_vlan_create() in the lines 3 to 6. */
+Text vlan_recording();
+
+/** With the last occurrence of a text replaced. */
+Recording with(const Text &text, const std::string &from, const std::string &to);
+
 /** Calls without a function give 0. */
 class FakeDriver : public Driver {
   public:
