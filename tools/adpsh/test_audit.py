@@ -2,6 +2,8 @@
 import os
 import random
 import subprocess
+import time
+from types import SimpleNamespace
 
 import pytest
 
@@ -19,7 +21,7 @@ def run(environment, *arguments):
 
 @pytest.fixture(name="device", scope="module")
 def make_device(tmp_path_factory):
-    """The run folder of a device; it is the host's for the target's shell, too. Its interfaces go with its namespace,
+    """The run folder and the process of a device; it is the host's for the target's shell, too. Its interfaces go with its namespace,
     faster than it could remove them."""
     if not can_isolate():
         pytest.skip("network namespaces are not permitted here")
@@ -28,14 +30,14 @@ def make_device(tmp_path_factory):
                            "--create-interfaces"], stdout=subprocess.PIPE, stderr=subprocess.PIPE,
                           text=True) as process:
         assert process.stdout.readline() == "vdeviced: ready\n", process.stderr.read()
-        yield folder
+        yield SimpleNamespace(folder=folder, pid=process.pid)
         process.kill()
 
 
 @pytest.fixture(name="environment")
 def make_environment(device, tmp_path):
     """The device as after its start, but for VLANs."""
-    environment = {**os.environ, "VDEVICE_DIR": device, "HOME": str(tmp_path)}
+    environment = {**os.environ, "VDEVICE_DIR": device.folder, "HOME": str(tmp_path)}
     assert run(environment, "adp_modules_init", "adp_del_mac_addr_by_vlan 1 2").returncode == 0
     return environment
 
@@ -106,6 +108,19 @@ def test_addresses_tell_of_trunks_that_another_program_changes(mapped, other):
     made(mapped, "SET_AGG_MANAGE_INTF agg1 9")
     made(other, "adp_del_mac_addr_by_vlan 1 2")
     assert lines_of(mapped) == ["trunks: agg1: agg_manage_intf has interface 0x9, which is no member"]
+
+
+def test_addresses_that_a_member_learns_without_its_trunk_are_found(device, mapped, other):
+    user = [] if os.geteuid() == 0 else ["-U", "--preserve-credentials"]
+    subprocess.run(["nsenter", "-t", str(device.pid), *user, "-n", "ip", "link", "set", "host5", "up"], check=True)
+    end = time.monotonic() + 10
+    while other.outputs("adp_get_phy_port_attr 5 ADP_ATTR_LINK")["value"] != 1:
+        assert time.monotonic() < end
+    made(mapped, "adp_create_agg_group agg1", "adp_add_agg_member agg1 [5,6]", "adp_add_mac_addr 020000000005 5 1 0")
+    assert lines_of(mapped) == []
+    made(other, "adp_delete_agg_group agg1", "adp_add_mac_addr 020000000005 5 1 0")
+    assert lines_of(mapped) == [
+        "trunks: agg1: agg_info has physical port 8, the driver has 1 dynamic address on it and not on trunk 0"]
 
 
 def test_rows_of_the_port_map_that_the_device_does_not_have_are_found(mapped):
