@@ -46,8 +46,7 @@ class Rules {
 
 /** The list is in memory that anything may have overwritten. */
 bool Rules::read(const adp_list_link_t *link) {
-    const Fault fault = run_guarded([this, link] { std::memcpy(&node_, link, sizeof node_); });
-    return fault.signal == 0;
+    return link != nullptr && run_guarded([this, link] { std::memcpy(&node_, link, sizeof node_); }).signal == 0;
 }
 
 const FpInfo *Rules::submodule() const {

@@ -164,11 +164,22 @@ TEST_F(AuditedTables, OfTrunksDisagreeWithTheDriversAddresses) {
     make_group(1, {5, 6});
     has_addresses({address(3, NETLINK_L2_FOUND_TRUNK, 8, 0), address(4, NETLINK_L2_FOUND_TRUNK, 0, 5),
                    address(5, NETLINK_L2_FOUND_TRUNK, 0, 9), address(6, 0, 9, 0), address(7, 0, 20, 0),
-                   address(8, NETLINK_L2_STATIC, 8, 0), address(9, 0, 9, 0)});
+                   address(8, NETLINK_L2_STATIC, 8, 0), address(9, 0, 9, 0), address(10, 0, 8, 0)});
+    driver().on("user_port_link_status_get").does([](recording::Arguments &arguments) {
+        *static_cast<uint32_t *>(arguments.pointer("status")) = arguments.i32("port") == 9 ? 1 : 0;
+        return 0;
+    });
     EXPECT_THAT(found(), ElementsAre("trunks: trunk 5: agg_info has no group, the driver has 1 address behind it",
                                      "trunks: trunk 9: agg_info has no group, the driver has 1 address behind it",
                                      "trunks: agg1: agg_info has physical port 9, the driver has 2 dynamic addresses "
                                      "on it and not on trunk 0"));
+}
+
+TEST_F(AuditedTables, OfTrunksHaveAMemberWhoseLinkCannotBeRead) {
+    make_group(1, {5});
+    has_addresses({address(10, 0, 8, 0)});
+    driver().fail_every("user_port_link_status_get", -3);
+    EXPECT_THAT(found(), ElementsAre("trunks: agg1: user_port_link_status_get on physical port 8 gave -3"));
 }
 
 TEST_F(AuditedTables, OfRulesAgreeAfterCalls) {

@@ -34,6 +34,7 @@ class Trunks {
     void compare_configured(size_t trunk);
     void compare_manager(size_t trunk);
     void compare_port_groups();
+    void compare_learned(size_t trunk, uint32_t phy, size_t count);
     void compare_addresses(const std::vector<adp_l2_entry_t> &addresses);
     [[nodiscard]] bool is_used(size_t trunk) const {
         return !members_[trunk].empty() || tables_.records[trunk].count != 0 || tables_.records[trunk].in_use != 0;
@@ -150,12 +151,23 @@ void Trunks::compare_addresses(const std::vector<adp_l2_entry_t> &addresses) {
         }
     }
     for (const auto &[phy, count] : on_port) {
-        if (const auto trunk = trunk_of_.find(phy); trunk != trunk_of_.end()) {
-            audit_.difference(group_text(trunk->second),
-                              fmt::format("agg_info has physical port {}, the driver has {} dynamic address{} on it "
-                                          "and not on trunk {}",
-                                          phy, count, count == 1 ? "" : "es", trunk->second));
+        if (const auto member = trunk_of_.find(phy); member != trunk_of_.end()) {
+            compare_learned(member->second, phy, count);
         }
+    }
+}
+
+/** The library takes members without link out of the driver's trunk, and keeps them in the table. */
+void Trunks::compare_learned(size_t trunk, uint32_t phy, size_t count) {
+    uint32_t link = 0;
+    const int32_t result = user_port_link_status_get(0, 0, static_cast<int32_t>(phy), &link);
+    if (audit_.check(group_text(trunk), fmt::format("user_port_link_status_get on physical port {}", phy), result) &&
+        link != 0) {
+        audit_.difference(
+            group_text(trunk),
+            fmt::format("agg_info has physical port {}, the driver has {} dynamic address{} on it and not "
+                        "on trunk {}",
+                        phy, count, count == 1 ? "" : "es", trunk));
     }
 }
 

@@ -43,7 +43,9 @@ constexpr char kHelp[] =
     "Lines that stand on the command line are executed; without them and --script the lines come from standard input. "
     "A "
     "script ends with status 1 at the first line "
-    "that cannot be executed, whatever status the calls return. Try the line: help";
+    "that cannot be executed, whatever status the calls return, and at its end if an audit has found something. Try "
+    "the "
+    "line: help";
 
 /**
  * Whether an argument is not a line of its own but belongs to the line before, whose quotes somebody forgot: what no
