@@ -17,7 +17,7 @@ def recording(path):
 
     def command(build, program, *arguments):
         words = plain(build, program, *arguments)
-        return words if program in NOT_RECORDED else plain(build, "adptrace", "record", "-o", path, "--", *words)
+        return words if program in NOT_RECORDED else plain(build, "adptrace", "record", "-f", "-o", path, "--", *words)
 
     Build.command = command
     try:

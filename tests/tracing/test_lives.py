@@ -33,8 +33,10 @@ def test_a_replay_brings_a_fresh_device_to_the_recorded_state(recorded, replayed
     assert reached != at_power_on
     assert sum(calls_of(path).values()) > CALLS
     with Lab("host", (), name="replayed") as lab:
-        assert replay(lab.device, replayed, path)[0] == 0
+        status, said = replay(lab.device, replayed, path)
+        assert status == 0, said
         assert state(lab.device) == reached
     with Lab("host", (), name="driver only") as lab:
-        assert replay(lab.device, replayed, path, "--driver-only")[0] == 0
+        status, said = replay(lab.device, replayed, path, "--driver-only")
+        assert status == 0, said
         assert state(lab.device) == reached
