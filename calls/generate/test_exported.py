@@ -29,6 +29,13 @@ def source_fixture(tmp_path):
     return source
 
 
+def test_a_stub_is_declared_as_its_call(source, tmp_path):
+    source("int32_t adp_b(uint8_t **out, ADP_TYPE(uint64_t) void *value); void adp_a(void);")
+    assert ("void adp_a(void) {\n    return forward<void>(0, nullptr);\n}\n\n"
+            "int32_t adp_b(uint8_t **out, void *value) {\n    const void *const arguments[] = {&out, &value};\n"
+            "    return forward<int32_t>(1, arguments);\n}\n") in emit_calls.exported_stubs(exported.read(str(tmp_path)))
+
+
 def test_a_new_call_appears_with_its_text(source):
     text = source("/** Does something new. */\nadp_status_t adp_new(adp_intf_t intf, ADP_COUNT(4) uint32_t *n);")
     assert '{"adp_new", Result::kStatus, nullptr, kParams_adp_new,' in text

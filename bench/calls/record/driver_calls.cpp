@@ -52,7 +52,7 @@ std::string argument(const calls::Call &call, const calls::Param &param, const r
         return literal(arguments.text(param.name));
     }
     return param.shape == calls::Shape::kMessage ? message(arguments.bytes(param.name))
-                                                : blocks_under_way->add(arguments.bytes(param.name));
+                                                 : blocks_under_way->add(arguments.bytes(param.name));
 }
 
 /** What a format asks for besides: empty texts and zeros. */
