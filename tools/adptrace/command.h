@@ -20,7 +20,9 @@ struct Command {
     const char *name;
     const char *arguments; /**< as the help shows them */
     const char *help;      /**< one line */
-    const char *options;   /**< one line each, as the command's own help shows them */
+    /** As the command's own help shows them: `  -o, --output=FILE          What it does` or `      --keep-going  ...`,
+     * a line each. */
+    const char *options;
     /** Without the name. @return the exit status. It may throw a Refusal. */
     int (*run)(std::span<const std::string> arguments);
 };

@@ -20,17 +20,20 @@ constexpr const Command *kCommands[] = {&adptrace::kRecord, &adptrace::kShow, &a
 
 int usage() {
     std::printf(
-        "usage: adptrace COMMAND ...\n\nRecords which calls a program makes of libadp, and which libadp makes of the "
-        "driver; shows, replays and compares recordings.\n\n");
+        "Usage: adptrace COMMAND [ARGUMENT...]\n"
+        "adptrace: Records which calls a program makes of libadp, and which libadp makes of the driver; shows, "
+        "replays and compares recordings.\n\n"
+        "  -h, --help                 Print this, or with a command its options\n"
+        "      --version              Print the version\n\n"
+        "Commands:\n");
     for (const Command *command : kCommands) {
-        std::printf("  %-8s %s\n           %s\n", command->name, command->arguments, command->help);
+        std::printf("    %-8s  %s\n", command->name, command->help);
     }
-    std::printf("\nadptrace COMMAND --help lists the options of a command, adptrace --version says the version.\n");
     return EXIT_SUCCESS;
 }
 
 int help_of(const Command &command) {
-    std::printf("usage: adptrace %s %s\n\n%s\n\n%s", command.name, command.arguments, command.help, command.options);
+    std::printf("Usage: adptrace %s %s\n%s\n\n%s", command.name, command.arguments, command.help, command.options);
     return EXIT_SUCCESS;
 }
 
