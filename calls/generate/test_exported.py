@@ -6,7 +6,8 @@ import pytest
 
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 
-import emit_exported  # noqa: E402  (the path has to be set first)
+import emit_calls     # noqa: E402  (the path has to be set first)
+import emit_exported  # noqa: E402
 import exported       # noqa: E402
 import interface      # noqa: E402
 
