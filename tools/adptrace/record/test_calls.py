@@ -102,8 +102,13 @@ def test_a_count_beyond_the_memory_is_not_followed(recorder):
     assert run.status == 0
     arguments = run.of_kind("begin")[-1]["arguments"]
     assert arguments["count"] == 1000000
-    # Where the emulator does not say what can be read, the program's own mistake would be ours.
-    assert arguments["members"][:2] == [1, 2]
+    assert arguments["members"] == [1, 2]
+
+
+def test_an_address_of_nothing_is_not_followed(recorder):
+    run = recorder.program("nowhere")
+    assert run.status == 0
+    assert [line["arguments"] for line in run.of_kind("begin") if line["call"] == GET][0]["mode"] is None
 
 
 def test_the_loggers_values_arrive_and_its_text_is_recorded(recorder):

@@ -20,6 +20,7 @@ int keep_errno(void);
 int reach_limit(void);
 int lower_limit(void);
 int count_beyond(void);
+int address_nothing(void);
 int log_values(void);
 int transfer_frames(void);
 
