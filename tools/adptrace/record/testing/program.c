@@ -85,6 +85,7 @@ static const struct {
     {"fork", fork_child},         {"exec", execute_other}, {"spawn", spawn_other},   {"daemon", become_daemon},
     {"close", close_all},         {"errno", keep_errno},   {"limit", reach_limit},   {"lower", lower_limit},
     {"nowhere", address_nothing}, {"count", count_beyond}, {"log", log_values},      {"frames", transfer_frames},
+    {"transmit", transmit_frame},
 };
 
 int main(int argc, char **argv) {
