@@ -28,6 +28,8 @@ struct Process {
 
 /** Set up by the first call, or as the library is loaded, whichever comes first. */
 Process &process();
+/** Null before that. */
+Process *process_so_far();
 
 inline bool is_recording(Process &each) {
     return each.is_recorded.load(std::memory_order_relaxed) && !each.sink.is_stopped();

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "text/printable.h"
+#include "tools/adptrace/show/literals.h"
 #include "tools/adptrace/show/times.h"
 
 namespace adptrace {
@@ -40,6 +41,38 @@ json inputs_of(const KnownCall *known, const json &arguments) {
     return inputs;
 }
 
+/** What a parameter says that the call has left zero. */
+json zero_of(const calls::Param &param) {
+    const bool is_one = param.counted_by == calls::kNotCounted && param.extent == 1;
+    if (param.shape == calls::Shape::kOutPointer) {
+        return nullptr;
+    }
+    if (param.element.kind == calls::Kind::kStruct && is_one) {
+        return json::object();
+    }
+    const calls::Kind kind = param.element.kind;
+    if (!is_one && (kind == calls::Kind::kU8 || kind == calls::Kind::kOpaque || kind == calls::Kind::kChar)) {
+        return "";
+    }
+    if (!is_one) {
+        return json::array();
+    }
+    return 0U;
+}
+
+/** The outputs, with those that the call wrote as they were before: a recording has only changes. */
+json all_outputs(const KnownCall *known, const json &arguments, const json &end, bool is_failure) {
+    json outputs = end["outputs"];
+    for (const calls::Param &param : known == nullptr ? std::span<const calls::Param>() : known->params) {
+        const auto before = arguments.find(param.name);
+        const bool is_null = before != arguments.end() && before->is_null();
+        if (!is_failure && !param.is_read() && !is_null && !outputs.contains(param.name)) {
+            outputs[param.name] = before != arguments.end() ? *before : zero_of(param);
+        }
+    }
+    return outputs;
+}
+
 std::string signal_text(int32_t number) {
     const auto *const found = std::find_if(std::begin(kSignals), std::end(kSignals),
                                            [number](const Signal &each) { return each.number == number; });
@@ -58,9 +91,11 @@ std::string call_text(const Call &call, const Style &style) {
         return text + " = ?  (did not return)";
     }
     const json end = end_of(call);
-    const std::string outputs = values_text(known, end["outputs"], arguments, style.length);
+    const bool is_failure = has_failed(call, end["result"]);
+    const std::string outputs =
+        values_text(known, all_outputs(known, arguments, end, is_failure), arguments, style.length);
     const std::string result = result_text(known, end["result"], style.length);
-    const bool is_red = style.has_colours && has_failed(call, end["result"]);
+    const bool is_red = style.has_colours && is_failure;
     return fmt::format("{} = {}{}{}{}  ({})", text, is_red ? kRed : "", result, is_red ? kPlain : "",
                        outputs.empty() ? "" : " {" + outputs + "}",
                        duration_text(time_between(call.began, call.ended)));
@@ -69,18 +104,18 @@ std::string call_text(const Call &call, const Style &style) {
 std::string frame_text(const Frame &frame, const Style &style) {
     const size_t count = frame.octets.size() / 2;
     const size_t shown = style.length == Length::kShort ? std::min(count, kShownOctets) : count;
-    std::string octets;
-    for (size_t i = 0; i < shown; ++i) {
-        octets += (i == 0 ? "" : ":") + frame.octets.substr(2 * i, 2);
-    }
     return fmt::format("{} {} {} octets {}{}", text::on_one_line(frame.interface), frame.is_sent ? "sent" : "received",
-                       count, octets, shown < count ? ".." : "");
+                       count, octets_text(frame.octets, shown), shown < count ? ".." : "");
 }
 
 std::string board_text(const Board &board) {
-    const json rows = json::parse(board.text);
-    return fmt::format("--- port map of {} rows: {}", rows["board"].size(),
-                       values_text(nullptr, {{"ports", rows["board"]}}, json::object(), Length::kFull));
+    const json rows = std::move(json::parse(board.text)["board"]);
+    json ports = json::array();
+    for (const json &row : rows) {
+        ports.push_back(row.is_object() && row.contains("phy") ? row["phy"] : json());
+    }
+    return fmt::format("--- port map of {} rows: {}", rows.size(),
+                       values_text(nullptr, {{"phy", std::move(ports)}}, json::object(), Length::kFull));
 }
 
 std::string start_text(const Process &process) {
@@ -100,7 +135,7 @@ std::string header_text(const Header &header) {
     for (const std::string &word : header.command) {
         command += (command.empty() ? "" : " ") + word;
     }
-    return fmt::format("--- {}, started {}, {} bits, {}-endian", text::on_one_line(command),
+    return fmt::format("{}, started {}, {} bits, {}-endian", text::on_one_line(command),
                        text::on_one_line(header.started), header.word_bits, header.is_big_endian ? "big" : "little");
 }
 

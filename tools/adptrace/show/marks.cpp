@@ -36,13 +36,15 @@ class Layout {
     Marks marks_;
 };
 
-/** A call that has not returned lasts as long as the one around it, or is still under way at the end. */
+/** A call that has not returned lasts as long as the one around it, or until its process ended. */
 int64_t Layout::end_of(const Call &call) const {
     const Call *each = &call;
     while (!each->has_returned && each->within != kNone) {
         each = &recording_.calls()[each->within];
     }
-    return each->has_returned ? std::max(each->ended, call.began) : std::max(marks_.until, call.began);
+    const Process &process = recording_.processes()[call.process];
+    const int64_t latest = process.exit_line != 0 ? process.ended : marks_.until;
+    return std::max(each->has_returned ? each->ended : latest, call.began);
 }
 
 void Layout::choose() {
@@ -53,7 +55,7 @@ void Layout::choose() {
         is_chosen_[i] = filter_.has(recording_, call);
         if (is_chosen_[i]) {
             marks_.from = is_first ? call.began : std::min(marks_.from, call.began);
-            marks_.until = std::max(marks_.until, call.has_returned ? call.ended : call.began);
+            marks_.until = std::max(marks_.until, std::min(end_of(call), filter_.until));
             is_first = false;
         }
     }

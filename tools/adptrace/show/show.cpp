@@ -122,7 +122,7 @@ void Shower::show_tree() {
 
 void Shower::show() {
     if (!options_.filter.is_about_calls()) {
-        sink_(header_text(recording_.header()) + "\n");
+        sink_("--- " + header_text(recording_.header()) + "\n");
     }
     options_.is_tree ? show_tree() : show_list();
     if (recording_.is_cut()) {

@@ -187,6 +187,30 @@ TEST(Show, EscapesWhatATerminalWouldObey) {
     }
 }
 
+TEST(Show, ShowsWhatACallReadAlsoIfItWasThereBefore) {
+    const auto line = [](const char *arguments, const char *result, const char *outputs) {
+        const std::string text = calls_of(begin({1, 0, "user_port_link_status_get", arguments, 10, 1, 0}) +
+                                          end({1, result, 20, outputs, 0}));
+        return text.substr(text.find(") ="));
+    };
+    EXPECT_EQ(line("{}", "0", R"({"status":1})"), ") = 0 {status=1}  (10 ns)\n");
+    EXPECT_EQ(line("{}", "0", "{}"), ") = 0 {status=0}  (10 ns)\n") << "it has read a zero";
+    EXPECT_EQ(line(R"({"status":7})", "0", "{}"), ") = 0 {status=7}  (10 ns)\n");
+    EXPECT_EQ(line(R"({"status":null})", "0", "{}"), ") = 0  (10 ns)\n");
+    EXPECT_EQ(line(R"({"status":7})", "-11", "{}"), ") = -11 (vlan_exists)  (10 ns)\n") << "it has read nothing";
+}
+
+TEST(Show, ShowsZerosByTheirType) {
+    const auto outputs = [](const char *call) {
+        const std::string text = calls_of(begin({1, 0, call, "{}", 10, 1, 0}) + end({}));
+        return text.substr(text.find(") =") + 6);
+    };
+    EXPECT_EQ(outputs("adp_intf_stat_get"), "{value=0}  (10 ns)\n");
+    EXPECT_EQ(outputs("GET_AGG_GROUP"), "{count=0, members=[0, 0, 0, 0, 0, 0, 0, 0]}  (10 ns)\n");
+    EXPECT_EQ(outputs("User_mcast_port_get"), "{entry={}}  (10 ns)\n");
+    EXPECT_EQ(outputs("adp_receive_frame"), "{out_frame=null, out_length=0, out_flag=0, out_intf=0}  (10 ns)\n");
+}
+
 TEST(Show, ColoursTheResultsOfFailuresOnly) {
     ShowOptions options;
     options.style.has_colours = true;

@@ -20,7 +20,8 @@ constexpr double kTop = 84;
 constexpr double kRow = 18;
 constexpr double kRowStep = 28;  // with room for the cross of a failure
 constexpr double kLaneGap = 14;
-constexpr double kBottom = 84;
+constexpr double kLine = 19;
+constexpr double kBottom = 60;
 constexpr double kCharacter = 6.7;
 constexpr double kMostTicks = 11;
 constexpr double kCross = 3;
@@ -28,6 +29,7 @@ constexpr double kLeastWidth = 1;
 constexpr double kLeastHeight = 5;
 constexpr double kLeastPart = 2;
 constexpr size_t kLongestTitle = 400;
+constexpr size_t kLongestHeading = 140;
 
 constexpr const char *kStyle =
     "<style>\n"
@@ -89,8 +91,8 @@ class Picture {
     void add_cross(double x, double y);
     [[nodiscard]] std::string title_of(const Mark &mark) const;
     [[nodiscard]] std::string lane_name(const Lane &lane) const;
-    [[nodiscard]] std::string summary() const;
-    [[nodiscard]] std::string left_out() const;
+    /** What the picture shows, and what it leaves out. */
+    [[nodiscard]] std::vector<std::string> sentences() const;
     void add_text(double x, double y, std::string_view text, const char *more = "") {
         svg_ += fmt::format("<text x=\"{:.1f}\" y=\"{:.1f}\"{}>{}</text>\n", x, y, more, escaped(text));
     }
@@ -201,45 +203,45 @@ void Picture::add_legend() {
     }
 }
 
-std::string Picture::summary() const {
+std::vector<std::string> Picture::sentences() const {
     const size_t lanes = marks_.lanes.size();
-    return marks_.calls == 0 ? "No call is chosen."
-                             : fmt::format("{} call{} of {} thread{}, from {} s to {} s of the recording.",
-                                           marks_.calls, plural(marks_.calls), lanes, plural(lanes),
-                                           time_text(marks_.from), time_text(marks_.until));
-}
-
-std::string Picture::left_out() const {
-    std::string text;
+    if (marks_.calls == 0) {
+        return {"No call is chosen."};
+    }
+    std::vector<std::string> result = {fmt::format("{} call{} of {} thread{}, from {} s to {} s of the recording.",
+                                                   marks_.calls, plural(marks_.calls), lanes, plural(lanes),
+                                                   time_text(marks_.from), time_text(marks_.until))};
     if (marks_.marks < marks_.calls) {
-        text += fmt::format(
-            " Calls that are too close are drawn as one, as high as their share of the time: {} marks; --since and "
-            "--until show a part.",
-            marks_.marks);
+        result.push_back(
+            fmt::format("Calls that are too close are drawn as one, as high as their share of the time: {} marks; "
+                        "--since and --until show a part.",
+                        marks_.marks));
     }
     if (marks_.threads > 0) {
-        text += fmt::format(" Left out: {} call{} of {} more thread{}.", marks_.other_calls, plural(marks_.other_calls),
-                            marks_.threads, plural(marks_.threads));
+        result.push_back(fmt::format("Left out: {} call{} of {} more thread{}; --thread and --process show them.",
+                                     marks_.other_calls, plural(marks_.other_calls), marks_.threads,
+                                     plural(marks_.threads)));
     }
     if (marks_.inner_calls > 0) {
-        text += fmt::format(" Left out: {} call{} deep within others.", marks_.inner_calls, plural(marks_.inner_calls));
+        result.push_back(
+            fmt::format("Left out: {} call{} deep within others.", marks_.inner_calls, plural(marks_.inner_calls)));
     }
-    return text;
+    return result;
 }
 
 Timeline Picture::timeline() {
+    const std::vector<std::string> below = sentences();
     double bottom = kTop;
     for (const Lane &lane : marks_.lanes) {
         bottom += static_cast<double>(lane.rows.size()) * kRowStep + kLaneGap;
     }
-    const double height = bottom + kBottom;
+    const double height = bottom + kBottom + static_cast<double>(below.size()) * kLine;
     svg_ =
         fmt::format("<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 {0} {1}\" width=\"{0}\" height=\"{1}\">\n",
                     kWidth, height);
     svg_ += kStyle;
     svg_ += fmt::format("<rect class=\"p\" width=\"{}\" height=\"{}\"/>\n", kWidth, height);
-    std::string heading = header_text(recording_.header()).substr(4);
-    add_text(8, 22, heading.substr(0, 140), " class=\"h\"");
+    add_text(8, 22, header_text(recording_.header()).substr(0, kLongestHeading), " class=\"h\"");
     add_legend();
     add_axis(bottom);
     double top = kTop;
@@ -247,10 +249,13 @@ Timeline Picture::timeline() {
         add_lane(lane, top);
         top += static_cast<double>(lane.rows.size()) * kRowStep + kLaneGap;
     }
-    add_text(kLeft, bottom + 40, fmt::format("time from {} s of the recording on", time_text(marks_.from)));
-    add_text(8, bottom + 66, summary() + left_out());
-    svg_ += "</svg>\n";
-    return {std::move(svg_), summary() + left_out()};
+    add_text(kLeft, bottom + 2 * kLine, fmt::format("time from {} s of the recording on", time_text(marks_.from)));
+    std::string summary;
+    for (size_t i = 0; i < below.size(); ++i) {
+        add_text(8, bottom + (static_cast<double>(i) + 3.5) * kLine, below[i]);
+        summary += (i == 0 ? "" : " ") + below[i];
+    }
+    return {svg_ + "</svg>\n", summary};
 }
 
 }  // namespace

@@ -1,0 +1,90 @@
+"""The commands `adptrace show` and `adptrace stat` as a user has them: files, pipes, terminals, refusals."""
+import json
+import os
+import pathlib
+import pty
+import signal
+import subprocess
+import xml.etree.ElementTree
+
+import pytest
+
+ADPTRACE = os.environ["ADPTRACE"].split()
+SAMPLE = pathlib.Path(__file__).parents[1] / "recording/samples/version-1-every-kind.adptrace"
+
+
+def run(*arguments, **more):
+    return subprocess.run([*ADPTRACE, *arguments], capture_output=True, text=True, timeout=60, **more)
+
+
+def test_standard_input_is_read_like_a_file():
+    from_file = run("show", SAMPLE)
+    assert from_file.returncode == 0 and from_file.stderr == "" and "adp_vlan_create(vid=100) = 0" in from_file.stdout
+    assert run("show", "-", input=SAMPLE.read_text()).stdout == from_file.stdout
+    assert json.loads(run("stat", "--json", "-", input=SAMPLE.read_text()).stdout)["driver_calls_by_program"] == 3
+
+
+@pytest.mark.parametrize("command", ["show", "stat"])
+def test_a_refusal_is_a_sentence(command, tmp_path):
+    bad = tmp_path / "bad.adptrace"
+    bad.write_text(SAMPLE.read_text() + "{}]\n{}\n")
+    lines = len(SAMPLE.read_text().splitlines())
+    for arguments, reason in (([bad], f"{bad}: line {lines + 1} is no JSON object."),
+                              ([tmp_path / "none"], f"{tmp_path}/none: cannot be opened: No such file or directory."),
+                              ([tmp_path], f"{tmp_path}: cannot be read: Is a directory."),
+                              ([], "it needs the FILE of a recording, or - for standard input.")):
+        result = run(command, *arguments)
+        assert (result.returncode, result.stdout, result.stderr) == (2, "", f"adptrace: {reason}\n")
+
+
+def test_a_reader_that_has_seen_enough_ends_it_quietly(tmp_path):
+    # More than fits in a pipe.
+    long = tmp_path / "long.adptrace"
+    start = SAMPLE.read_text().splitlines(keepends=True)[:2]
+    call = '{"begin":%d,"thread":1,"at":9,"call":"adp_vlan_create","arguments":{"vid":1}}\n'
+    long.write_text("".join(start + [call % number for number in range(1, 5000)]))
+    shell = f'{{ {" ".join(ADPTRACE)} show {long}; echo "ended with $?" >&2; }} | head -1'
+    result = subprocess.run(shell, shell=True, capture_output=True, text=True, timeout=60, restore_signals=True)
+    assert result.stdout.count("\n") == 1
+    assert result.stderr == f"ended with {128 + signal.SIGPIPE}\n"
+
+
+def test_a_full_disk_is_told():
+    with open("/dev/full", "w") as full:
+        for command in ("show", "stat"):
+            result = subprocess.run([*ADPTRACE, command, SAMPLE], stdout=full, stderr=subprocess.PIPE, text=True, timeout=60)
+            assert result.returncode == 2
+            assert result.stderr == "adptrace: the output cannot be written: No space left on device.\n"
+
+
+def shown_on_a_terminal(**environment):
+    master, slave = pty.openpty()
+    with os.fdopen(slave, "wb") as terminal:
+        subprocess.run([*ADPTRACE, "show", "--failed", SAMPLE], stdout=terminal, timeout=60, check=True,
+                       env={**os.environ, "TERM": "xterm", **environment})
+    with os.fdopen(master, "rb") as output:
+        return output.read1(65536)
+
+
+def test_colours_are_for_terminals():
+    assert b"\x1b[31m-11 (vlan_exists)\x1b[0m" in shown_on_a_terminal()
+    for plain in ({"NO_COLOR": "1"}, {"TERM": "dumb"}):
+        shown = shown_on_a_terminal(**plain)
+        assert b"-11 (vlan_exists)" in shown and b"\x1b" not in shown
+
+
+def test_a_timeline_is_a_picture_with_titles(tmp_path):
+    picture = tmp_path / "calls.svg"
+    result = run("show", "--timeline", picture, SAMPLE)
+    assert result.stdout == f"{picture}: 25 calls of 2 threads, from 0.001204 s to 0.003507 s of the recording.\n"
+    root = xml.etree.ElementTree.parse(picture).getroot()
+    space = "{http://www.w3.org/2000/svg}"
+    titles = [title.text for title in root.iter(f"{space}title")]
+    assert len(titles) == 25 and "0.001230 s: adp_vlan_create(vid=100) = -11 (vlan_exists)  (35 us)" in titles
+    assert not list(root.iter(f"{space}script"))
+    width, height = (float(root.get(name)) for name in ("width", "height"))
+    for mark in root.iter(f"{space}rect"):
+        x, y, w, h = (float(mark.get(name, 0)) for name in ("x", "y", "width", "height"))
+        assert 0 <= x and 0 <= y and x + w <= width and y + h <= height
+    refused = run("show", "--timeline", tmp_path / "none" / "calls.svg", SAMPLE)
+    assert refused.returncode == 2 and "cannot be written: No such file or directory." in refused.stderr
