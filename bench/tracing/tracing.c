@@ -72,9 +72,9 @@ static const struct {
     const char *name;
     void (*make)(void);
 } kKinds[] = {
-    {"set", set_attribute},   {"read", read_attribute}, {"group", set_group_attribute},
-    {"list", list_group},     {"vlan", set_vlan},       {"address", add_address},
-    {"counter", read_counter}, {"rule", add_qualifier}, {"frame", receive_frame},
+    {"set", set_attribute},    {"read", read_attribute}, {"group", set_group_attribute},
+    {"list", list_group},      {"vlan", set_vlan},       {"address", add_address},
+    {"counter", read_counter}, {"rule", add_qualifier},  {"frame", receive_frame},
 };
 
 static long long now(void) {

@@ -26,9 +26,9 @@ struct Map {
     bool operator==(const Map &) const = default;
 };
 
-Map seen;                                /**< the map that was there the last time */
-std::vector<adp_port_row_t> written;     /**< what its rows were */
-std::atomic<bool> is_written;            /**< whether one was */
+Map seen;                            /**< the map that was there the last time */
+std::vector<adp_port_row_t> written; /**< what its rows were */
+std::atomic<bool> is_written;        /**< whether one was */
 pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;
 
 Map map_now() {
@@ -57,8 +57,11 @@ bool keep_if_changed(Map map) {
 
 void append_board(std::string &line) {
     static const exported::Table *table = exported::find_table("intf_to_phy_port");
-    const calls::Param param = {.name = "board", .element = table->element, .direction = calls::Direction::kIn,
-                                .shape = calls::Shape::kPlain, .extent = static_cast<uint32_t>(kMostRows),
+    const calls::Param param = {.name = "board",
+                                .element = table->element,
+                                .direction = calls::Direction::kIn,
+                                .shape = calls::Shape::kPlain,
+                                .extent = static_cast<uint32_t>(kMostRows),
                                 .counted_by = calls::kNotCounted};
     calls::Blocks blocks{};
     blocks[0] = {written.data(), written.size()};
@@ -82,7 +85,8 @@ void write_if_changed(Process &process, std::string &line, const Map &map) {
 
 void write_changed_board(Process &process, std::string &line) {
     const Map map = map_now();
-    // Another thread that looks at it will write what has changed; and one that has left in the middle keeps none waiting.
+    // Another thread that looks at it will write what has changed; and one that has left in the middle keeps none
+    // waiting.
     if (map.rows == nullptr || pthread_mutex_trylock(&mutex) != 0) {
         return;
     }

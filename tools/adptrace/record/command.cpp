@@ -25,7 +25,8 @@ struct Options {
 
 [[noreturn]] void refuse_running() {
     throw Refusal(
-        "a running program cannot be recorded: what it has called so far is unknown, and no library can be put in front of "
+        "a running program cannot be recorded: what it has called so far is unknown, and no library can be put in "
+        "front of "
         "its calls any more. Start it again, with 'adptrace record -- PROGRAM' in its place.");
 }
 
@@ -83,8 +84,8 @@ std::string size_text(uint64_t octets) {
 
 /** One line on standard error, whatever the program has written there. */
 void say(const Options &options, const std::string &program, const Contents &contents) {
-    std::string text = options.file + ": " + std::to_string(contents.calls) + (contents.calls == 1 ? " call, " : " calls, ") +
-                       size_text(contents.octets) + ".";
+    std::string text = options.file + ": " + std::to_string(contents.calls) +
+                       (contents.calls == 1 ? " call, " : " calls, ") + size_text(contents.octets) + ".";
     if (contents.processes == 0) {
         text = "nothing was recorded: " + why_silent(program, options.follows);
     } else if (contents.calls == 0) {
@@ -120,16 +121,17 @@ int run(std::span<const std::string> arguments) {
 }  // namespace
 
 extern const Command kRecord = {
-    "record",
-    "[-o FILE] [-f] [--frames] -- PROGRAM [ARGUMENT...]",
+    "record", "[-o FILE] [-f] [--frames] -- PROGRAM [ARGUMENT...]",
     "Runs a program and records its calls of the library, the driver and the services",
-    "  -o, --output=FILE          The recording; by default the name of the program with '.adptrace', in this folder. An\n"
+    "  -o, --output=FILE          The recording; by default the name of the program with '.adptrace', in this folder. "
+    "An\n"
     "                             older recording is replaced, another file is not\n"
     "  -f, --follow               Record the processes that it starts, too, and those that go on in the background\n"
     "      --frames               Record the frames that it sends and receives on packet sockets; those of rings in\n"
     "                             memory are not seen\n"
     "  -p, --pid=PID              Say why a running program cannot be recorded\n\n"
-    "A line is in the file before the call goes on, so a crash loses nothing. When the disk is full the recording stops\n"
+    "A line is in the file before the call goes on, so a crash loses nothing. When the disk is full the recording "
+    "stops\n"
     "with a sentence, and the program goes on. The status is the program's, or 128 and the signal that ended it.\n"
     "What is linked statically, is setuid, or is found by the program's own dlsym() cannot be recorded.\n",
     run};

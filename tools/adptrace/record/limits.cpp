@@ -28,11 +28,13 @@ int adptrace_prlimit(pid_t process, int resource, const void *limit, void *befor
 int adptrace_prlimit64(pid_t process, int resource, const void *limit, void *before) __asm__("prlimit64");
 
 int adptrace_setrlimit(int resource, const void *limit) {
-    return adptrace::then_read_limit(adptrace::next_function<decltype(&adptrace_setrlimit)>("setrlimit")(resource, limit));
+    return adptrace::then_read_limit(
+        adptrace::next_function<decltype(&adptrace_setrlimit)>("setrlimit")(resource, limit));
 }
 
 int adptrace_setrlimit64(int resource, const void *limit) {
-    return adptrace::then_read_limit(adptrace::next_function<decltype(&adptrace_setrlimit64)>("setrlimit64")(resource, limit));
+    return adptrace::then_read_limit(
+        adptrace::next_function<decltype(&adptrace_setrlimit64)>("setrlimit64")(resource, limit));
 }
 
 int adptrace_prlimit(pid_t process, int resource, const void *limit, void *before) {

@@ -21,7 +21,8 @@ const char kOwn = 0; /**< an address in this library */
 template <typename F>
 void each_object(F function) {
     dl_iterate_phdr(
-        [](struct dl_phdr_info *info, size_t, void *data) { return (*static_cast<F *>(data))(*info) ? 1 : 0; }, &function);
+        [](struct dl_phdr_info *info, size_t, void *data) { return (*static_cast<F *>(data))(*info) ? 1 : 0; },
+        &function);
 }
 
 bool has_address(const struct dl_phdr_info &object, const void *address) {
@@ -120,7 +121,8 @@ std::string build_id_of_libadp() {
         for (size_t index = 0; index < object.dlpi_phnum && id.empty(); ++index) {
             const ElfW(Phdr) &segment = object.dlpi_phdr[index];
             if (segment.p_type == PT_NOTE) {
-                id = build_id(reinterpret_cast<const unsigned char *>(object.dlpi_addr + segment.p_vaddr), segment.p_memsz);
+                id = build_id(reinterpret_cast<const unsigned char *>(object.dlpi_addr + segment.p_vaddr),
+                              segment.p_memsz);
             }
         }
         return true;

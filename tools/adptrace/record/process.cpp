@@ -25,9 +25,8 @@ std::atomic<Process *> the_process{nullptr};
 pthread_once_t once = PTHREAD_ONCE_INIT;
 
 bool read_session(Session &session, const char *text) {
-    return text != nullptr &&
-           std::sscanf(text, kSessionFormat, &session.process, &session.began, &session.device, &session.inode,
-                       &session.follows, &session.frames) == kSessionNumbers;
+    return text != nullptr && std::sscanf(text, kSessionFormat, &session.process, &session.began, &session.device,
+                                          &session.inode, &session.follows, &session.frames) == kSessionNumbers;
 }
 
 void write_process_line(Process &each, pid_t parent) {
@@ -89,8 +88,7 @@ void set_up() noexcept try {
         return;
     }
     const bool is_first = getpid() == each.session.process;
-    if ((!is_first && each.session.follows == 0) ||
-        !each.sink.open(file, each.session.device, each.session.inode)) {
+    if ((!is_first && each.session.follows == 0) || !each.sink.open(file, each.session.device, each.session.inode)) {
         return;
     }
     each.is_recorded = true;

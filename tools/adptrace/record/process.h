@@ -17,9 +17,10 @@ namespace adptrace {
 struct Process {
     Session session;
     Sink sink;
-    std::string program;      /**< as JSON text */
-    std::string library;      /**< the build id, as JSON text or null */
-    char of[sizeof R"("of":-9223372036854775808,)"] = ""; /**< in every line, after its first member; empty in the first */
+    std::string program; /**< as JSON text */
+    std::string library; /**< the build id, as JSON text or null */
+    char of[sizeof R"("of":-9223372036854775808,)"] =
+        ""; /**< in every line, after its first member; empty in the first */
     std::atomic<bool> is_recorded{false};
     std::atomic<size_t> calls{0};
     std::atomic<uint32_t> threads{0};

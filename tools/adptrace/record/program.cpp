@@ -68,8 +68,8 @@ void set_environment(const std::string &library, const std::string &recording, c
     setenv(kPreload, before == nullptr || *before == '\0' ? library.c_str() : (before + (':' + library)).c_str(), 1);
     setenv(kFileVariable, recording.c_str(), 1);
     std::array<char, 128> text{};
-    std::snprintf(text.data(), text.size(), kSessionFormat, session.process, session.began, session.device, session.inode,
-                  session.follows, session.frames);
+    std::snprintf(text.data(), text.size(), kSessionFormat, session.process, session.began, session.device,
+                  session.inode, session.follows, session.frames);
     setenv(kSessionVariable, text.data(), 1);
 }
 

@@ -13,8 +13,8 @@
 namespace adptrace {
 namespace {
 
-constexpr size_t kMostDepth = 64;              /**< of calls within calls that are recorded */
-constexpr size_t kMostLine = size_t{1} << 20;  /**< of a recording */
+constexpr size_t kMostDepth = 64;               /**< of calls within calls that are recorded */
+constexpr size_t kMostLine = size_t{1} << 20;   /**< of a recording */
 constexpr size_t kMostOctets = size_t{1} << 16; /**< that are read where a number says how many there are */
 
 void append_start(const Process &process, std::string &line, const char *what, uint64_t number) {

@@ -116,8 +116,12 @@ void RecordingFile::remove() {
 Session RecordingFile::session(bool follows, bool frames) const {
     struct stat status = {};
     fstat(fd_.get(), &status);
-    return {.process = 0, .began = began_, .device = status.st_dev, .inode = status.st_ino,
-            .follows = follows ? 1U : 0U, .frames = frames ? 1U : 0U};
+    return {.process = 0,
+            .began = began_,
+            .device = status.st_dev,
+            .inode = status.st_ino,
+            .follows = follows ? 1U : 0U,
+            .frames = frames ? 1U : 0U};
 }
 
 Contents RecordingFile::contents(int64_t process) const {

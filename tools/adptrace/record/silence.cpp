@@ -85,8 +85,9 @@ std::string why_silent(const std::string &file, bool follows) {
         }
     }
     if (is_privileged(file)) {
-        return name + " is setuid or has capabilities, and the loader then takes no library from the environment; record as "
-                      "the user it becomes, from a copy without them.";
+        return name +
+               " is setuid or has capabilities, and the loader then takes no library from the environment; record as "
+               "the user it becomes, from a copy without them.";
     }
     return name + " ended before its libraries were loaded, or runs without the environment that adptrace has set" +
            (follows ? "." : "; a program that it starts is recorded with -f.");

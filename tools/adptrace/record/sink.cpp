@@ -122,7 +122,8 @@ void Sink::stop(int error) {
     if (!is_file(STDERR_FILENO, errors_device_, errors_inode_)) {
         return;  // the program has made something else of it
     }
-    const std::string sentence = "adptrace: the recording stops, and the program goes on: " + path_ + ": " + std::strerror(error) + ".\n";
+    const std::string sentence =
+        "adptrace: the recording stops, and the program goes on: " + path_ + ": " + std::strerror(error) + ".\n";
     [[maybe_unused]] const auto result = syscall(SYS_write, STDERR_FILENO, sentence.data(), sentence.size());
 }
 

@@ -32,8 +32,8 @@ bool is_on_signal_stack() {
 }
 
 /**
- * Whether a call is gone from the stack without having returned, as when a handler jumps out of it (siglongjmp). The stack
- * grows downwards, so the place of a call within it is below its own.
+ * Whether a call is gone from the stack without having returned, as when a handler jumps out of it (siglongjmp). The
+ * stack grows downwards, so the place of a call within it is below its own.
  */
 bool is_left(const Span *call, const Span *within) {
     return call < within + 1 && !is_on_signal_stack();

@@ -146,9 +146,11 @@ ssize_t adptrace_recv_chk(int fd, void *block, size_t size, size_t room, int fla
     return is_no_receipt(flags) ? result : after_block(false, fd, block, size, nullptr, 0, result);
 }
 
-ssize_t adptrace_sendto(int fd, const void *block, size_t size, int flags, const void *address, socklen_t address_size) {
+ssize_t adptrace_sendto(int fd, const void *block, size_t size, int flags, const void *address,
+                        socklen_t address_size) {
     static Next<decltype(&adptrace_sendto)> next("sendto");
-    return after_block(true, fd, block, size, address, address_size, next(fd, block, size, flags, address, address_size));
+    return after_block(true, fd, block, size, address, address_size,
+                       next(fd, block, size, flags, address, address_size));
 }
 
 ssize_t adptrace_recvfrom(int fd, void *block, size_t size, int flags, void *address, socklen_t *address_size) {

@@ -62,8 +62,8 @@ int count_beyond(void) {
 
 int log_values(void) {
     static const char expected[] = "1 two 3.5 4 5 6 7 8 9.25 -1";
-    const int32_t result = Log_logging_func(kLevel, kModule, "WORD", "%d %s %.1f %d %d %d %d %d %.2f %lld", 1, "two", 3.5,
-                                            4, 5, 6, 7, 8, 9.25, -1LL);
+    const int32_t result = Log_logging_func(kLevel, kModule, "WORD", "%d %s %.1f %d %d %d %d %d %.2f %lld", 1, "two",
+                                            3.5, 4, 5, 6, 7, 8, 9.25, -1LL);
     printf("%s\n", driver_logged());
     return result == kLevel + kModule && strcmp(driver_logged(), expected) == 0 ? 0 : 1;
 }
@@ -72,11 +72,25 @@ static const struct {
     const char *name;
     int (*run)(void);
 } kCommands[] = {
-    {"calls", make_calls},     {"callback", call_back}, {"threads", use_threads}, {"cancel", cancel_thread},
-    {"signals", interrupt_calls}, {"jump", jump_out},   {"crash", crash},         {"kill", kill_self},
-    {"fork", fork_child},      {"exec", execute_other}, {"spawn", spawn_other},   {"daemon", become_daemon},
-    {"close", close_all},      {"errno", keep_errno},   {"limit", reach_limit},   {"lower", lower_limit},
-    {"count", count_beyond},   {"log", log_values},     {"frames", transfer_frames},
+    {"calls", make_calls},
+    {"callback", call_back},
+    {"threads", use_threads},
+    {"cancel", cancel_thread},
+    {"signals", interrupt_calls},
+    {"jump", jump_out},
+    {"crash", crash},
+    {"kill", kill_self},
+    {"fork", fork_child},
+    {"exec", execute_other},
+    {"spawn", spawn_other},
+    {"daemon", become_daemon},
+    {"close", close_all},
+    {"errno", keep_errno},
+    {"limit", reach_limit},
+    {"lower", lower_limit},
+    {"count", count_beyond},
+    {"log", log_values},
+    {"frames", transfer_frames},
 };
 
 int main(int argc, char **argv) {
