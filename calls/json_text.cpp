@@ -113,7 +113,7 @@ size_t octets_of(const Param &param, const Block &block) {
 }
 
 size_t size_of(const Param &param, const Block &block) {
-    return block.count * param.element.size;
+    return param.shape == Shape::kOutPointer ? sizeof(void *) : block.count * param.element.size;
 }
 
 /** Whether the memory says nothing: that a call only writes and that is zero, or an address into no argument. */
