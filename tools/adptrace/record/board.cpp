@@ -26,9 +26,9 @@ struct Map {
     bool operator==(const Map &) const = default;
 };
 
-Map seen;                            /**< the map that was there the last time */
-std::vector<adp_port_row_t> written; /**< what its rows were */
-std::atomic<bool> is_written;        /**< whether one was */
+Map map_seen;                             /**< the map that was there the last time */
+std::vector<adp_port_row_t> rows_written; /**< what its rows were */
+std::atomic<bool> is_written;             /**< whether one was */
 pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;
 
 Map map_now() {
@@ -44,13 +44,13 @@ Map map_now() {
 
 /** Whether the map differs from what was written; if so it is kept. */
 bool keep_if_changed(Map map) {
-    if (map == seen && std::memcmp(map.rows, written.data(), map.count * sizeof *map.rows) == 0) {
+    if (map == map_seen && std::memcmp(map.rows, rows_written.data(), map.count * sizeof *map.rows) == 0) {
         return false;
     }
     // While another thread makes a map its number of rows may be that of the next one.
     map.count = std::min(map.count, readable_octets(map.rows, map.count * sizeof *map.rows) / sizeof *map.rows);
-    written.assign(map.rows, map.rows + map.count);
-    seen = map;
+    rows_written.assign(map.rows, map.rows + map.count);
+    map_seen = map;
     is_written = true;
     return true;
 }
@@ -64,7 +64,7 @@ void append_board(std::string &line) {
                                 .extent = static_cast<uint32_t>(kMostRows),
                                 .counted_by = calls::kNotCounted};
     calls::Blocks blocks{};
-    blocks[0] = {written.data(), written.size()};
+    blocks[0] = {rows_written.data(), rows_written.size()};
     calls::append_arguments(line, {&param, 1}, blocks);
 }
 
@@ -103,7 +103,7 @@ void write_first_board(Process &process, std::string &line) {
 void forget_board() {
     is_written = false;
     pthread_mutex_init(&mutex, nullptr);
-    seen = {};
+    map_seen = {};
 }
 
 }  // namespace adptrace

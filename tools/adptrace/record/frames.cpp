@@ -17,7 +17,7 @@
 namespace adptrace {
 namespace {
 
-constexpr size_t kMostOctets = size_t{1} << 16;
+constexpr size_t kMostFrameOctets = size_t{1} << 16;
 
 int option_of(int fd, int option) {
     int value = -1;
@@ -44,16 +44,16 @@ std::string interface_of(const Transfer &transfer) {
 }
 
 void append_octets(std::string &line, const Transfer &transfer) {
-    static constexpr char kDigits[] = "0123456789ABCDEF";
+    static constexpr char kHexDigits[] = "0123456789ABCDEF";
     constexpr unsigned kNibble = 4;
     constexpr unsigned kMask = 0xF;
-    size_t left = std::min(transfer.octets, kMostOctets);
+    size_t left = std::min(transfer.octets, kMostFrameOctets);
     for (size_t part = 0; part < transfer.part_count && left > 0; ++part) {
         const auto *octets = static_cast<const unsigned char *>(transfer.parts[part].iov_base);
         const size_t count = std::min(left, transfer.parts[part].iov_len);
         for (size_t index = 0; index < count; ++index) {
-            line += kDigits[octets[index] >> kNibble];
-            line += kDigits[octets[index] & kMask];
+            line += kHexDigits[octets[index] >> kNibble];
+            line += kHexDigits[octets[index] & kMask];
         }
         left -= count;
     }

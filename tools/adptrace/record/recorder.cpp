@@ -13,9 +13,8 @@
 namespace adptrace {
 namespace {
 
-constexpr size_t kMostDepth = 64;               /**< of calls within calls that are recorded */
-constexpr size_t kMostLine = size_t{1} << 20;   /**< of a recording */
-constexpr size_t kMostOctets = size_t{1} << 16; /**< that are read where a number says how many there are */
+constexpr size_t kMostDepth = 64;             /**< of calls within calls that are recorded */
+constexpr size_t kMostLine = size_t{1} << 20; /**< of a recording */
 
 void append_start(const Process &process, std::string &line, const char *what, uint64_t number) {
     line.clear();
@@ -35,19 +34,7 @@ void write(Process &process, std::string &line, size_t kept) {
     process.sink.write_line(line.data(), line.size());
 }
 
-/** A number that the call would refuse may count more than there is. */
-void limit_to_readable(std::span<const calls::Param> params, calls::Blocks &blocks) {
-    for (size_t index = 0; index < params.size(); ++index) {
-        calls::Block &block = blocks[index];
-        const calls::Param &param = params[index];
-        if (param.counted_by != calls::kNotCounted && block.at != nullptr && block.count > 0) {
-            const size_t octets = std::min(block.count, kMostOctets / param.element.size) * param.element.size;
-            block.count = readable_octets(block.at, octets) / param.element.size;
-        }
-    }
-}
-
-bool is_written(std::span<const calls::Param> params) {
+bool has_outputs(std::span<const calls::Param> params) {
     return std::any_of(params.begin(), params.end(), [](const calls::Param &param) { return param.is_written(); });
 }
 
@@ -111,8 +98,8 @@ bool begin(Span &span, const RecordedCall &call, const void *const *arguments) n
     }
     span.generation = thread.generation;
     span.blocks = calls::blocks_of(call.params, arguments);
-    limit_to_readable(call.params, span.blocks);
-    if (is_written(call.params)) {
+    limit_to_readable(call.params, arguments, span.blocks);
+    if (has_outputs(call.params)) {
         span.before = calls::copies_of(call.params, span.blocks, copies_at(*thread.buffers, span.depth));
     }
     if (call.is_library) {

@@ -27,3 +27,15 @@ def test_frames_are_recorded_when_asked_for(recorder):
 def test_frames_are_left_out_otherwise(recorder):
     run = recorder.program("frames")
     assert run.status == 0 and run.of_kind("frame") == []
+
+
+def test_a_frame_of_the_library_is_within_its_call(recorder):
+    subprocess.run(["ip", "link", "add", "eth0", "type", "veth", "peer", "far0"], check=True)
+    for name in ("eth0", "far0"):
+        subprocess.run(["ip", "link", "set", name, "up"], check=True)
+    run = recorder.program("transmit", "--frames")
+    assert run.status == 0
+    [frame] = run.of_kind("frame")
+    assert (frame["frame"], frame["interface"]) == ("sent", "eth0")
+    assert run.of_kind("begin")[frame["within"] - 1]["call"] == "adp_transmit_frame"
+    assert frame["octets"].startswith("020000000001020000000002")

@@ -17,7 +17,7 @@ constexpr size_t kMostKept = size_t{1} << 16; /**< octets that a thread keeps fo
 [[gnu::tls_model("initial-exec")]] constinit thread_local Thread t_thread{};
 
 pthread_key_t key;
-pthread_once_t once = PTHREAD_ONCE_INIT;
+pthread_once_t key_once = PTHREAD_ONCE_INIT;
 
 void make_key() {
     pthread_key_create(&key, [](void *buffers) {
@@ -59,7 +59,7 @@ void enter(Thread &thread, const Span &span) {
         thread.innermost = thread.innermost->outer;
     }
     if (thread.buffers == nullptr) {
-        pthread_once(&once, make_key);
+        pthread_once(&key_once, make_key);
         thread.buffers = new Buffers;
         pthread_setspecific(key, thread.buffers);
     }

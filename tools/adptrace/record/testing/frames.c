@@ -1,4 +1,5 @@
 // Frames of the program that the tests record, on the interface "lo".
+#include <adp/adp.h>
 #include <arpa/inet.h>
 #include <linux/if_ether.h>
 #include <linux/if_packet.h>
@@ -16,6 +17,12 @@ static int open_socket(void) {
     address.sll_ifindex = (int)if_nametoindex("lo");
     const int fd = socket(AF_PACKET, SOCK_RAW, htons(kType));
     return fd >= 0 && bind(fd, (struct sockaddr *)&address, sizeof address) == 0 ? fd : -1;
+}
+
+/* Sends a frame through the library, to "eth0". */
+int transmit_frame(void) {
+    static const unsigned char frame[kOctets] = {2, 0, 0, 0, 0, 1, 2, 0, 0, 0, 0, 2};
+    return set_up() != 0 ? 1 : adp_transmit_frame(frame, sizeof frame, 0, 1, 0);
 }
 
 /* Sends a frame in each way and receives what comes back. */

@@ -60,6 +60,14 @@ int count_beyond(void) {
     return adp_add_agg_member(ADP_AGG_INTF(9), kManyMembers, last) == -1 ? 0 : 2;
 }
 
+/* A call that refuses the interface leaves the address alone, and so must whoever looks on. */
+int address_nothing(void) {
+    static const uintptr_t kNowhere = 16;
+    if (set_up() != 0 || adp_double_tag_get(ADP_AGG_INTF(9), (uint32_t *)kNowhere) == 0)
+        return 1;
+    return adp_double_tag_set(1, kMode);
+}
+
 int log_values(void) {
     static const char expected[] = "1 two 3.5 4 5 6 7 8 9.25 -1";
     const int32_t result = Log_logging_func(kLevel, kModule, "WORD", "%d %s %.1f %d %d %d %d %d %.2f %lld", 1, "two",
@@ -72,25 +80,12 @@ static const struct {
     const char *name;
     int (*run)(void);
 } kCommands[] = {
-    {"calls", make_calls},
-    {"callback", call_back},
-    {"threads", use_threads},
-    {"cancel", cancel_thread},
-    {"signals", interrupt_calls},
-    {"jump", jump_out},
-    {"crash", crash},
-    {"kill", kill_self},
-    {"fork", fork_child},
-    {"exec", execute_other},
-    {"spawn", spawn_other},
-    {"daemon", become_daemon},
-    {"close", close_all},
-    {"errno", keep_errno},
-    {"limit", reach_limit},
-    {"lower", lower_limit},
-    {"count", count_beyond},
-    {"log", log_values},
-    {"frames", transfer_frames},
+    {"calls", make_calls},        {"callback", call_back}, {"threads", use_threads}, {"cancel", cancel_thread},
+    {"signals", interrupt_calls}, {"jump", jump_out},      {"crash", crash},         {"kill", kill_self},
+    {"fork", fork_child},         {"exec", execute_other}, {"spawn", spawn_other},   {"daemon", become_daemon},
+    {"close", close_all},         {"errno", keep_errno},   {"limit", reach_limit},   {"lower", lower_limit},
+    {"nowhere", address_nothing}, {"count", count_beyond}, {"log", log_values},      {"frames", transfer_frames},
+    {"transmit", transmit_frame},
 };
 
 int main(int argc, char **argv) {

@@ -20,8 +20,10 @@ int keep_errno(void);
 int reach_limit(void);
 int lower_limit(void);
 int count_beyond(void);
+int address_nothing(void);
 int log_values(void);
 int transfer_frames(void);
+int transmit_frame(void);
 
 /* A port map of two ports, and a mode. 0 if all is well. */
 int set_up(void);
