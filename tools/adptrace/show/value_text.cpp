@@ -47,6 +47,7 @@ class ValueText {
     void append_interfaces(const json &value);
     void append_octets(const std::string &digits, size_t count);
     void append_field(const Field &field, const json &value);
+    void append_address(const json &value);
     void append_members(const json &value, const char *separator);
     template <typename Append>
     void append_list(const json &value, size_t count, Append append);
@@ -141,8 +142,8 @@ void ValueText::append_block(const Element &element, const json &value, size_t c
 void ValueText::append_element(const Element &element, const json &value) {
     if (element.kind == Kind::kStruct && element.layout != nullptr && value.is_object()) {
         append_struct(*element.layout, value);
-    } else if (element.kind == Kind::kCallback && value == "set") {
-        text += "set";
+    } else if (element.kind == Kind::kCallback) {
+        append_address(value);
     } else if (value.is_number()) {
         append_number(element, value);
     } else {
@@ -157,6 +158,14 @@ void ValueText::append_field(const Field &field, const json &value) {
         append_octets(value.get_ref<const std::string &>(), 0);
     } else if (value.is_number()) {
         text += "frame+" + value.dump();
+    } else {
+        append_address(value);
+    }
+}
+
+void ValueText::append_address(const json &value) {
+    if (value == "set") {
+        text += "set";
     } else {
         append_any(value);
     }
