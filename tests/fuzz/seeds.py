@@ -278,8 +278,19 @@ def recording():
     yield "times", (header + process + first + '{"end":1,"at":9223372036854775807,"result":0,"outputs":{}}').encode()
 
 
+def replay():
+    """The same recordings, and what replays of small ones are tested with."""
+    yield from recording()
+    sys.path.insert(0, str(pathlib.Path(__file__).parents[2] / "tools/adptrace/replay/testing"))
+    from recordings import small_life
+    life = small_life()
+    yield "life", life.text().encode()
+    life.lines[4]["arguments"]["vid"] = 1 << 40
+    yield "large_number", life.text().encode()
+
+
 TARGETS = (frames, rules, shell_line, remote_server, remote_client, driver_calls, control_line, frame_input, lacpdu,
-           netlink_messages, recording)
+           netlink_messages, recording, replay)
 
 
 def main():

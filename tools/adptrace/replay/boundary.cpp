@@ -70,7 +70,8 @@ int64_t calls::forward_call(CallId id, const void *const *arguments) {
 
 extern "C" {
 
-uintptr_t erps_event_queue = 0;
+// The services have one, too. Weak, since the address sanitizer takes two definitions of a number for a mistake.
+__attribute__((weak)) uintptr_t erps_event_queue = 0;
 
 __attribute__((format(printf, 4, 5))) int32_t Log_logging_func(int32_t level, int32_t module, const char *word,
                                                                const char *format, ...) {

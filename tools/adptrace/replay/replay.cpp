@@ -102,7 +102,7 @@ void Replay::make_known(size_t index, const exported::Call &known) {
 
 int64_t Replay::make_in_library(size_t index, const exported::Call &known, const void *const *arguments) {
     const Call &call = recording().calls()[index];
-    const UnderWay under_way(call);
+    const UnderWay watched(call);
     levels_.push_back({&call, &inner_[index], 0, frames_.empty() ? nullptr : &frames_[index]});
     int64_t result = 0;
     {

@@ -32,8 +32,11 @@ class Recording:
             self.end(self.begin(driver, {"unit": 0, "zero": 0, **driver_arguments}, within=number), result, outputs)
         self.end(number, result, outputs)
 
+    def text(self):
+        return "".join(json.dumps(line) + "\n" for line in self.lines)
+
     def write(self, path):
-        path.write_text("".join(json.dumps(line) + "\n" for line in self.lines), encoding="ascii")
+        path.write_text(self.text(), encoding="ascii")
         return str(path)
 
 
