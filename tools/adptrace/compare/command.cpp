@@ -37,7 +37,7 @@ Request request_of(std::span<const std::string> arguments) {
     return request;
 }
 
-int run(std::span<const std::string> arguments) {
+int run_diff(std::span<const std::string> arguments) {
     Request request = request_of(arguments);
     request.options.name_a = request.files[0];
     request.options.name_b = request.files[1];

@@ -33,17 +33,17 @@ bool is_zero(const json &value) {
     if (value.is_structured()) {
         return std::all_of(value.begin(), value.end(), is_zero);
     }
-    return value.is_null() || value == 0 || value == "";
+    return value.is_null() || value == 0 || (value.is_string() && value.get_ref<const std::string &>().empty());
 }
 
-struct Memory {
+struct Written {
     const json &before;
     const json &after;
 };
 
-bool is_same(const Memory &a, const Memory &b);
+bool is_same(const Written &a, const Written &b);
 
-bool has_same_elements(const Memory &a, const Memory &b) {
+bool has_same_elements(const Written &a, const Written &b) {
     static const json kAbsent;
     const auto element = [](const json &array, size_t index) -> const json & {
         return index < array.size() ? array[index] : kAbsent;
@@ -57,7 +57,7 @@ bool has_same_elements(const Memory &a, const Memory &b) {
     return true;
 }
 
-bool has_same_members(const Memory &a, const Memory &b) {
+bool has_same_members(const Written &a, const Written &b) {
     json names = a.after;
     names.update(b.after);
     for (const auto &item : names.items()) {
@@ -71,7 +71,7 @@ bool has_same_members(const Memory &a, const Memory &b) {
 }
 
 /** Whether the calls have written the same. What neither has changed may have been anything. */
-bool is_same(const Memory &a, const Memory &b) {
+bool is_same(const Written &a, const Written &b) {
     if (a.after == b.after || (is_zero(a.after) && is_zero(b.after)) || (a.before == a.after && b.before == b.after)) {
         return true;
     }
