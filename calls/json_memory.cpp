@@ -169,6 +169,7 @@ class Memory::Maker {
 };
 
 Memory::Memory(std::span<const Param> params, const Json &arguments) : params_(params) {
+    check_arguments(arguments);
     for (const Param &param : params) {
         arguments_.push_back(allocate(std::max(param.element.size, sizeof(void *))));
     }

@@ -89,7 +89,23 @@ void read_chars(const Json &value, uint8_t *to, size_t count) {
     text.copy(reinterpret_cast<char *>(to), text.size());
 }
 
+/** Does something with a member; a BadValue names it. */
+template <typename Action>
+void naming(const Field &field, Action action) {
+    try {
+        action();
+    } catch (const BadValue &bad) {
+        throw BadValue(std::string("has a bad member '") + field.name + "': it " + bad.what());
+    }
+}
+
 }  // namespace
+
+void check_arguments(const Json &arguments) {
+    if (!arguments.is_object()) {
+        throw BadValue("The arguments are not an object.");
+    }
+}
 
 uint64_t read_unsigned(const Json &value, uint64_t most) {
     const bool fits = value.is_number_integer() && (value.is_number_unsigned() || value.get<int64_t>() >= 0);
@@ -169,11 +185,7 @@ void read_struct(const Json &value, const Struct &layout, uint8_t *to) {
         // What decides on the form of a member stands before it.
         const Json *member = field.is_pointer ? nullptr : find_member(value, field.name);
         if (member != nullptr) {
-            try {
-                read_block(*member, form_of(layout, field, to), to + field.offset);
-            } catch (const BadValue &bad) {
-                throw BadValue(std::string("has a bad member '") + field.name + "': it " + bad.what());
-            }
+            naming(field, [&] { read_block(*member, form_of(layout, field, to), to + field.offset); });
         }
     }
 }
@@ -183,7 +195,7 @@ void read_offsets(const Json &value, const Struct &layout, uint8_t *to, uint8_t 
         const Json *member = field.is_pointer && !is_frame(field) ? find_member(value, field.name) : nullptr;
         uint8_t *address = is_frame(field) ? frame : nullptr;
         if (member != nullptr) {
-            address = read_offset(*member, frame, kMostFrameOffset);
+            naming(field, [&] { address = read_offset(*member, frame, kMostFrameOffset); });
         }
         if (field.is_pointer) {
             std::memcpy(to + field.offset, &address, sizeof address);

@@ -33,6 +33,9 @@ const nlohmann::json &array_of(const nlohmann::json &value, size_t most);
 /** The member of an object, or null. Throws if @p value is no object. */
 const nlohmann::json *find_member(const nlohmann::json &value, const char *name);
 
+/** Throws if the arguments are no object. */
+void check_arguments(const nlohmann::json &arguments);
+
 /** Does something with an argument; a BadValue becomes a sentence that names it. */
 template <typename Action>
 void naming(const Param &param, Action action) {

@@ -111,7 +111,7 @@ TEST(JsonRoundTrip, GivesTheOutputsOfEveryCallBack) {
     });
 }
 
-/** A text that differs on another machine, or after a change of the headers, gives another number. */
+/** The number is that of these headers: a text that differs on another machine gives another one. */
 TEST(JsonRoundTrip, TheTextIsTheSameOnEveryMachine) {
     constexpr uint64_t kBasis = 14695981039346656037U;
     constexpr uint64_t kPrime = 1099511628211U;

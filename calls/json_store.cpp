@@ -63,6 +63,7 @@ void read_argument(std::span<const Param> params, const Blocks &blocks, size_t i
 }  // namespace
 
 void store(std::span<const Param> params, const Blocks &blocks, const Json &values) {
+    check_arguments(values);
     std::vector<Write> writes;
     for (size_t index = 0; index < params.size(); ++index) {
         if (params[index].is_written()) {

@@ -61,9 +61,10 @@ endif()
 # tools and switchd: the programs are linked with the virtual device's libraries
 if(ADP_BUILD_TOOLS)
     file(RELATIVE_PATH libraries ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
-    set_target_properties(adpsh adp-switchd PROPERTIES
+    set_target_properties(adpsh adptrace adp-switchd PROPERTIES
         INSTALL_RPATH "$ORIGIN/${libraries};$ORIGIN/${libraries}/adp/virtual-device")
-    install(TARGETS adpsh DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+    install(TARGETS adpsh adptrace DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+    install(TARGETS adptrace_library LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/adp COMPONENT tools)
     install(FILES ${PROJECT_SOURCE_DIR}/tools/wireshark/adp_switch_tag.lua DESTINATION ${CMAKE_INSTALL_DATADIR}/adp
             COMPONENT tools)
     install(TARGETS adp-switchd DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT switchd)

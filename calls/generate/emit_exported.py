@@ -7,7 +7,8 @@ import exported
 from interface import HeaderError
 
 
-NAMES = ("Direction", "Field", "invoke_function", "Kind", "kNoLimit", "kNotCounted", "Octets", "Param", "Result", "Shape", "Struct")
+NAMES = ("Direction", "Field", "invoke_function", "Kind", "kNoLimit", "kNotCounted", "Octets", "Param",
+         "Result", "Shape", "Struct")
 
 
 def source(library):

@@ -2,8 +2,9 @@
 
 The headers under include/adp and platform keep to a small subset of C: typedefs of scalars, arrays, structs and
 function pointers, extern data, and prototypes whose parameters all have names. A pointer to const is read, any
-other pointer is written, ADP_INOUT marks both; `T x[n]` and the marks ADP_COUNT.. give a pointer's extent, ADP_IS what
-a pointer to void is the address of, ADP_PORTS which words are addresses of sets of ports. Anything else is an error, so that a header and what is generated from it cannot differ.
+other pointer is written, ADP_INOUT marks both; `T x[n]` and the marks ADP_COUNT.. give a pointer's extent, ADP_TYPE
+what a pointer to void is the address of, ADP_PORTS which words are addresses of sets of ports. Anything else is an error,
+so that a header and what is generated from it cannot differ.
 """
 import os
 import re
@@ -13,6 +14,7 @@ from interface import Data, Field, Function, HeaderError, Interface, Param, Stru
 DOC = r"/\*\*(?:[^*]|\*(?!/))*\*/"
 # A heading is a plain comment of several lines; its title ends with its first line or before the first of these marks.
 HEADING = r"^/\*\n \* ([^\n:.,(]+)[^\n]*\n(?: \*(?!/)[^\n]*\n)* \*/$"
+MARK = r"\bADP_(INOUT|PORTS|COUNT|COUNT16|COUNT_UP_TO|TYPE)\b(?:\(([\w, ]+)\))?"
 SECTION = "@section "  # marks a heading for run()
 NOT_A_DECLARATION = ("@file", "@name", "@{", "@}", SECTION)  # docs that describe the file or a group
 
@@ -221,11 +223,8 @@ class Reader:
         return function
 
     def parameter(self, text, function):
-        inout = bool(re.search(r"\bADP_INOUT\b", text))
-        count = re.search(r"\bADP_COUNT(16|_UP_TO)?\((?:(\w+), )?(\w+)\)", text)
-        pointed = re.search(r"\bADP_IS\((\w+)\)", text)
-        ports = re.search(r"\bADP_PORTS\b", text)
-        plain = re.sub(r"\bADP_(?:INOUT\b|PORTS\b|(?:COUNT|COUNT16|COUNT_UP_TO|IS)\([\w, ]+\))", "", text).strip()
+        marks = dict(re.findall(MARK, text))
+        plain = re.sub(MARK, "", text).strip()
         match = re.fullmatch(r"(const )?(?:struct )?(\w+) ?((?:\* ?(?:const )?)*)(?<!\w)(\w+)(?:\[(\w+)\])?", plain)
         if not match:
             raise HeaderError(f"{function}: cannot read parameter '{text}'")
@@ -238,33 +237,34 @@ class Reader:
             result.is_ports, result.pointer_depth = True, 1
         elif bound is not None:
             result.extent, result.pointer_depth = self.number(bound), result.pointer_depth + 1
-        if count:
-            name = count.group(3)
-            result.counts_16_bits = count.group(1) == "16"
-            result.most = self.number(count.group(2) or "0")
-            result.extent = self.interface.constants.get(name, int(name) if name.isdigit() else name)
         result.pointer = result.pointer_depth > 0
-        if (inout or count) and not result.pointer:
-            raise HeaderError(f"{function}: only a pointer has a direction or an extent: '{text}'")
-        if inout and result.const:
-            raise HeaderError(f"{function}: a pointer to const cannot be written: '{text}'")
-        if count and (bound is not None or result.is_ports):
-            raise HeaderError(f"{function}: two extents: '{text}'")
         try:
-            result.kind = self.interface.kind_of(result.type)
+            result.kind = self.interface.kind_of(marks.get("TYPE", result.type))
         except HeaderError as error:
             raise HeaderError(f"{function}: {error}") from None
-        if pointed:
-            if result.kind != "void" or result.pointer_depth != 1:
-                raise HeaderError(f"{function}: not a pointer to void: '{text}'")
-            result.pointed, result.kind = pointed.group(1), self.interface.kind_of(pointed.group(1))
-        if ports:
-            if result.kind != "word" or result.pointer:
-                raise HeaderError(f"{function}: not a word: '{text}'")
-            result.is_ports_word = True
-        if result.pointer:
-            result.direction = "inout" if inout else "in" if result.const else "out"
+        self.mark(result, marks, f"{function}: {{}}: '{text}'", bound is not None or result.is_ports)
         return result
+
+    def mark(self, param, marks, error, has_extent):
+        """What the marks say; error has a place for the reason."""
+        count = next((mark for mark in marks if mark.startswith("COUNT")), None)
+        if ("INOUT" in marks or count) and not param.pointer:
+            raise HeaderError(error.format("only a pointer has a direction or an extent"))
+        if "INOUT" in marks and param.const:
+            raise HeaderError(error.format("a pointer to const cannot be written"))
+        if count and has_extent:
+            raise HeaderError(error.format("two extents"))
+        if "TYPE" in marks and (param.type != "void" or param.pointer_depth != 1):
+            raise HeaderError(error.format("only a pointer to void needs a type"))
+        if "PORTS" in marks and (param.kind != "word" or param.pointer):
+            raise HeaderError(error.format("only a word can be the address of a set of ports"))
+        if count:
+            most, _, name = marks[count].rpartition(", ")
+            param.extent = self.interface.constants.get(name, int(name) if name.isdigit() else name)
+            param.counts_16_bits, param.most = count == "COUNT16", self.number(most or "0")
+        param.pointed, param.is_ports_word = marks.get("TYPE", ""), "PORTS" in marks
+        if param.pointer:
+            param.direction = "inout" if "INOUT" in marks else "in" if param.const else "out"
 
 
 def check_duplicates(owner, named):

@@ -40,8 +40,8 @@ class Param:
     extent: object = 1
     is_ports: bool = False
     kind: str = ""  # u8 u16 u32 u64 i32 word char void struct callback
-    pointed: str = ""        # the type that a pointer to void is the address of
-    most: int = 0            # of a count above this number the call reads no element; 0: no limit
+    pointed: str = ""  # the type that a pointer to void is the address of
+    most: int = 0  # of a count above this number the call reads no element; 0: no limit
     counts_16_bits: bool = False
     is_ports_word: bool = False  # a word that is the address of a set of ports
 

@@ -103,6 +103,8 @@ def check(calls, function):
         where = f"{function.name}: parameter '{param.name}'"
         if param.kind not in KIND_NAMES or param.pointer_depth > 1:
             raise interface.HeaderError(f"{where} is of a type that no message can carry")
+        if param.pointed or param.is_ports_word:
+            raise interface.HeaderError(f"{where} has a mark that only exported calls take")
         if param.kind == "void" and (not param.pointer or param.extent == 1):
             raise interface.HeaderError(f"{where} needs an ADP_COUNT of its bytes")
         if isinstance(param.extent, str):

@@ -47,6 +47,20 @@ def test_a_parameters_shape_follows_its_type(source):
     assert '{"block", {Kind::kOpaque, 1}, Direction::kOut, Shape::kPlain, 1024, kNotCounted}' in text
 
 
+def test_what_the_marks_say_is_in_the_table(source):
+    text = source("int32_t adp_new(ADP_TYPE(uint64_t) void *value, ADP_PORTS uintptr_t ports, ADP_COUNT16(n) const uint8_t "
+                  "*frame, ADP_COUNT_UP_TO(64, n) const void *data, uint32_t n);")
+    assert '{"value", {Kind::kU64, 8}, Direction::kOut, Shape::kPlain, 1, kNotCounted}' in text
+    assert '{"ports", {Kind::kWord, sizeof(uintptr_t)}, Direction::kValue, Shape::kPortsWord, 1, kNotCounted}' in text
+    assert '{"frame", {Kind::kU8, 1}, Direction::kIn, Shape::kPlain, 0, 4, true, kNoLimit}' in text
+    assert '{"data", {Kind::kOpaque, 1}, Direction::kIn, Shape::kPlain, 0, 4, false, 64}' in text
+
+
+def test_octets_name_the_number_that_says_what_they_are(source):
+    text = source("typedef struct { uint32_t other; uint32_t type; uint8_t data[64]; } FpQualify;")
+    assert '{"data", {Kind::kU8, 1, false, false, nullptr, nullptr, Octets::kCondition, 1}, 64,' in text
+
+
 def test_a_constant_names_its_enumeration(source):
     text = source("enum adp_kind {\n    ADP_KIND_ONE = 1, /**< the first */\n};\n#define ADP_LONE 7 /**< alone */\n")
     assert '{"ADP_KIND_ONE", 1, "the first", "adp_kind"},' in text

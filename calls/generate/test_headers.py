@@ -69,6 +69,18 @@ class TestParameters:
             function = only(f"int32_t f({marks} uint32_t *list, uint32_t n);")
             assert shape(function.params[0]) == ("list", "u32", "inout", "n")
 
+    def test_a_count_can_be_cut_or_limited(self, only):
+        function = only("#define N 64\nint32_t f(ADP_COUNT16(n) uint8_t *a, ADP_COUNT_UP_TO(N, n) const void *b, uint32_t n);")
+        assert [(p.extent, p.counts_16_bits, p.most) for p in function.params[:2]] == [("n", True, 0), ("n", False, 64)]
+
+    def test_a_pointer_to_void_can_be_given_a_type(self, only):
+        param = only("int32_t f(ADP_TYPE(uint64_t) void *value);").params[0]
+        assert (param.type, param.pointed, param.kind, param.extent, param.direction) == ("void", "uint64_t", "u64", 1, "out")
+
+    def test_a_word_can_be_the_address_of_ports(self, only):
+        function = only("int32_t f(ADP_PORTS uintptr_t ports, uintptr_t other);")
+        assert [(p.kind, p.is_ports_word) for p in function.params] == [("word", True), ("word", False)]
+
     def test_text(self, only):
         function = only("int32_t f(const char *text, char *buffer, const char *const *list);")
         assert [p.is_text for p in function.params] == [True, False, False]
@@ -192,6 +204,14 @@ REJECTED = {
     "direction of a value": ("int32_t f(ADP_INOUT uint32_t a);", "only a pointer"),
     "const both ways": ("int32_t f(ADP_INOUT const uint32_t *a);", "pointer to const"),
     "two extents": ("int32_t f(ADP_COUNT(2) uint32_t a[3]);", "two extents"),
+    "count and a set": (PORTS + "int32_t f(ADP_COUNT(2) set_t a);", "two extents"),
+    "limit that is no number": ("int32_t f(ADP_COUNT_UP_TO(N, n) void *a, uint32_t n);", "not a number: 'N'"),
+    "type of a type": ("int32_t f(ADP_TYPE(uint64_t) uint32_t *a);", "only a pointer to void"),
+    "type of a value": ("int32_t f(ADP_TYPE(uint64_t) uint32_t a);", "only a pointer to void"),
+    "type that is unknown": ("int32_t f(ADP_TYPE(foo_t) void *a);", "unknown type 'foo_t'"),
+    "ports of a number": ("int32_t f(ADP_PORTS uint32_t a);", "only a word"),
+    "ports of an address": ("int32_t f(ADP_PORTS uintptr_t *a);", "only a word"),
+    "unknown mark": ("int32_t f(ADP_SOMETHING(2) void *a);", "cannot read parameter"),
     "extent that is no number": ("int32_t f(uint32_t a[N]);", "not a number: 'N'"),
     "pointer to a port set": (PORTS + "int32_t f(set_t *a);", "port set"),
     "member of unknown type": ("typedef struct { foo_t a; } s_t;", "unknown type 'foo_t'"),

@@ -345,10 +345,11 @@ adp_status_t adp_intf_learn_get(adp_intf_t intf, uint32_t *mode);
  * Driver call: User_port_cablediag(port, result), on a group for its management interface.
  *
  * @param intf         user port or aggregation interface
- * @param[out] result  written by the driver: adp_cable_diag_t
+ * @param[out] result  written by the driver: adp_cable_diag_t, for each wire pair its condition, enum adp_cable_pair,
+ *                     and its length
  * @return the driver's result; 201 for another type, -1 for a group outside 1..8
  */
-adp_status_t adp_intf_cablediag(adp_intf_t intf, ADP_IS(adp_cable_diag_t) void *result);
+adp_status_t adp_intf_cablediag(adp_intf_t intf, ADP_TYPE(adp_cable_diag_t) void *result);
 
 /**
  * Sets energy-efficient Ethernet (IEEE 802.3az).
@@ -382,7 +383,7 @@ adp_status_t adp_intf_eee_get(adp_intf_t intf, uint32_t *enable);
  * @param[out] value  written by the driver: the counter, 64 bits
  * @return the driver's result
  */
-adp_status_t adp_intf_stat_get(adp_intf_t intf, uint32_t selector, ADP_IS(uint64_t) void *value);
+adp_status_t adp_intf_stat_get(adp_intf_t intf, uint32_t selector, ADP_TYPE(uint64_t) void *value);
 
 /**
  * Checks whether a combo port uses its copper side, by what it advertises.

@@ -38,7 +38,7 @@
 /** Likewise; with a number above most the call reads no element. */
 #define ADP_COUNT_UP_TO(most, parameter)
 /** The pointer to void extends over one element of this type. */
-#define ADP_IS(type)
+#define ADP_TYPE(type)
 /** The word is the address of a set of ports (adp_ports_t), or null. */
 #define ADP_PORTS
 /** @} */

@@ -181,7 +181,6 @@ std::string trace_line(const Arguments &arguments) {
 }
 
 std::string outputs_text(const Arguments &arguments) {
-    constexpr size_t kCounterBytes = 8;
     std::string text;
     for (const Slot &slot : arguments.slots()) {
         if (!slot.parameter->is_written() || slot.is_null) {
@@ -191,9 +190,6 @@ std::string outputs_text(const Arguments &arguments) {
         if (slot.parameter->shape == Shape::kOutPointer) {
             const auto *address = load<const uint8_t *>(slot.data());
             text += address == nullptr ? "null" : std::to_string(address - arguments.slots()[0].data());
-        } else if (slot.parameter->element.kind == Kind::kOpaque) {
-            text += slot.elements == kCounterBytes ? std::to_string(load<uint64_t>(slot.data()))
-                                                   : trace_text::words(slot.data(), slot.elements);
         } else {
             text += memory_text(slot, Style::kTraceAfter);
         }

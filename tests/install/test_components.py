@@ -22,7 +22,7 @@ CONTENTS = {
                 "lib/pkgconfig/adp-virtual-device.pc", f"{PACKAGE}-virtual-device-targets.cmake",
                 f"{PACKAGE}-virtual-device-targets-*.cmake", "include/adp/vdevice/vdev_linkscan.h",
                 "include/adp/vdevice/vdev_equeue.h"} | (set() if TOOLCHAIN else NATIVE),
-    "tools": {"bin/adpsh", "share/adp/adp_switch_tag.lua"},
+    "tools": {"bin/adpsh", "bin/adptrace", "lib/adp/libadptrace.so", "share/adp/adp_switch_tag.lua"},
     "switchd": {"bin/adp-switchd", "libexec/adp-switchd-dot1x", "share/adp/switchd.toml",
                 "lib/systemd/system/adp-switchd.service"},
     "examples": of_source("examples", "share/doc/adp/examples", "*.c", "*.h", "CMakeLists.txt"),
@@ -63,9 +63,15 @@ def test_library_is_the_product(prefix, libdir):
     assert "RUNPATH is $ORIGIN: []" in checked
 
 
-@pytest.mark.parametrize("program", ["adpsh", "adp-switchd"])
+@pytest.mark.parametrize("program", ["adpsh", "adptrace", "adp-switchd"])
 def test_programs_find_their_libraries(prefix, program):
     assert run([*EMULATOR, prefix / "bin" / program, "--version"]).stdout.startswith(f"{program} ")
+
+
+def test_recorder_finds_what_it_puts_in_front_of_a_program(prefix, tmp_path):
+    done = run([*EMULATOR, prefix / "bin/adptrace", "record", "-o", tmp_path / "recording", "--", *EMULATOR,
+                prefix / "bin/adpsh", "--version"])
+    assert ": 0 calls" in done.stderr
 
 
 @pytest.mark.skipif(bool(TOOLCHAIN), reason="the device is a program of this machine")

@@ -29,7 +29,7 @@ void complain(const std::string &text) {
 std::string constant_name(const Outcome &outcome, const Slot &slot) {
     const calls::Kind kind = slot.parameter->element.kind;
     if (outcome.failure || slot.elements != 1 || slot.is_null || kind == calls::Kind::kStruct ||
-        kind == calls::Kind::kOpaque || slot.parameter->shape != calls::Shape::kPlain) {
+        slot.parameter->shape != calls::Shape::kPlain) {
         return {};
     }
     const int64_t value = calls::load(kind, slot.storage.data());

@@ -16,9 +16,6 @@ namespace adpsh {
 
 using Json = nlohmann::ordered_json;
 
-/** A block of which only the driver knows the layout is shown as a counter if it has the size of one. */
-constexpr calls::Element kCounter = {calls::Kind::kU64, sizeof(uint64_t)};
-
 std::string text_of(const calls::Element &element, const void *from, size_t count);
 Json json_of(const calls::Element &element, const void *from, size_t count);
 

@@ -34,21 +34,6 @@ Json number_json(const Element &element, const void *from) {
     return static_cast<uint64_t>(number);
 }
 
-/** A block of which only the driver knows the layout: a 64-bit counter if it has that size, else words. */
-Json opaque_json(const uint8_t *from, size_t count) {
-    if (count == kCounter.size) {
-        return number_json(kCounter, from);
-    }
-    if (count % calls::kWord32.size != 0) {
-        return calls::hex_text(from, count);
-    }
-    Json words = Json::array();
-    for (size_t i = 0; i < count; i += calls::kWord32.size) {
-        words.push_back(number_json(calls::kWord32, from + i));
-    }
-    return words;
-}
-
 /** The offset of an address inside the memory of another argument, or null. */
 Json pointer_json(const Slot &slot, const Arguments &arguments) {
     const uint8_t *address = nullptr;
@@ -86,9 +71,6 @@ Json json_of(const Element &element, const void *from, size_t count) {
     if (element.kind == Kind::kChar) {
         return std::string(static_cast<const char *>(from));
     }
-    if (element.kind == Kind::kOpaque) {
-        return opaque_json(bytes, count);
-    }
     if (element.kind == Kind::kU8 && count != 1) {
         return calls::hex_text(bytes, count);
     }
@@ -121,7 +103,7 @@ Json json_of(const Slot &slot, const Arguments &arguments) {
     if (parameter.counted_by != calls::kNotCounted && parameter.element.kind == Kind::kU8) {
         return calls::hex_text(slot.storage.data(), slot.elements);
     }
-    if (parameter.counted_by != calls::kNotCounted && slot.elements == 1 && parameter.element.kind != Kind::kOpaque) {
+    if (parameter.counted_by != calls::kNotCounted && slot.elements == 1) {
         return Json::array({json_of(parameter.element, slot.storage.data(), 1)});
     }
     return json_of(parameter.element, slot.storage.data(), slot.elements);

@@ -95,15 +95,6 @@ std::string list_text(const Element &element, const uint8_t *from, size_t count)
     return text + "]";
 }
 
-/** A block of which only the driver knows the layout: a 64-bit counter if it has that size, else words. */
-std::string opaque_text(const uint8_t *from, size_t count) {
-    if (count == kCounter.size) {
-        return number_text(kCounter, from);
-    }
-    return count % calls::kWord32.size == 0 ? list_text(calls::kWord32, from, count / calls::kWord32.size)
-                                            : calls::hex_text(from, count);
-}
-
 /** An address that a call returned, as an offset into the memory of another argument. */
 std::string pointer_text(const Slot &slot, const Arguments &arguments) {
     const uint8_t *address = nullptr;
@@ -146,9 +137,6 @@ std::string text_of(const Element &element, const void *from, size_t count) {
     if (element.kind == Kind::kChar) {
         return '"' + std::string(static_cast<const char *>(from)) + '"';
     }
-    if (element.kind == Kind::kOpaque) {
-        return opaque_text(bytes, count);
-    }
     if (element.kind == Kind::kU8 && count != 1) {
         return calls::hex_text(bytes, count);
     }
@@ -182,7 +170,7 @@ std::string text_of(const Slot &slot, const Arguments &arguments) {
         default:
             break;
     }
-    if (parameter.counted_by == calls::kNotCounted || parameter.element.kind == Kind::kOpaque) {
+    if (parameter.counted_by == calls::kNotCounted) {
         return text_of(parameter.element, slot.storage.data(), slot.elements);
     }
     // A counted array is a list even if it holds one element, or as many as a bitmap has.

@@ -5,7 +5,7 @@
 #include <pthread.h>
 
 #include <algorithm>
-#include <array>
+#include <atomic>
 #include <cstring>
 #include <vector>
 
@@ -28,6 +28,7 @@ struct Map {
 
 Map seen;                                /**< the map that was there the last time */
 std::vector<adp_port_row_t> written;     /**< what its rows were */
+std::atomic<bool> is_written;            /**< whether one was */
 pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;
 
 Map map_now() {
@@ -50,6 +51,7 @@ bool keep_if_changed(Map map) {
     map.count = std::min(map.count, readable_octets(map.rows, map.count * sizeof *map.rows) / sizeof *map.rows);
     written.assign(map.rows, map.rows + map.count);
     seen = map;
+    is_written = true;
     return true;
 }
 
@@ -88,7 +90,14 @@ void write_changed_board(Process &process, std::string &line) {
     pthread_mutex_unlock(&mutex);
 }
 
+void write_first_board(Process &process, std::string &line) {
+    if (!is_written.load(std::memory_order_relaxed)) {
+        write_changed_board(process, line);
+    }
+}
+
 void forget_board() {
+    is_written = false;
     pthread_mutex_init(&mutex, nullptr);
     seen = {};
 }

@@ -7,7 +7,10 @@ namespace adptrace {
 
 struct Process;
 
-/** Writes the map if there is one and it is another one than the last that was written. @p line is memory for it. */
+/** Before a call: writes the map if there is one and none was written. @p line is memory for it. */
+void write_first_board(Process &process, std::string &line);
+
+/** After a call: writes the map if it is another one than that which was written last. */
 void write_changed_board(Process &process, std::string &line);
 
 /** In the child of a fork. */

@@ -1,11 +1,10 @@
 // adptrace record: its options, and what it says at the end.
 #include "tools/adptrace/command.h"
 
-#include <sys/wait.h>
-
 #include <cstdio>
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "tools/adptrace/record/program.h"
@@ -30,33 +29,39 @@ struct Options {
         "its calls any more. Start it again, with 'adptrace record -- PROGRAM' in its place.");
 }
 
-const std::string &value_of(std::span<const std::string> arguments, size_t index) {
-    if (index + 1 >= arguments.size()) {
-        throw Refusal("'" + arguments[index] + "' needs a file.");
+constexpr std::string_view kOutput = "--output=";
+
+/** Takes an option. @return how many words it has */
+size_t take(Options &options, std::span<const std::string> words) {
+    const std::string &word = words[0];
+    if (word == "-o" && words.size() < 2) {
+        throw Refusal("'-o' needs a file.");
     }
-    return arguments[index + 1];
+    if (word == "-o" || word.starts_with(kOutput)) {
+        options.file = word == "-o" ? words[1] : word.substr(kOutput.size());
+        return word == "-o" ? 2 : 1;
+    }
+    if (word == "-f" || word == "--follow") {
+        options.follows = true;
+    } else if (word == "--frames") {
+        options.frames = true;
+    } else if (word.starts_with("-p") || word.starts_with("--pid")) {
+        refuse_running();
+    } else {
+        throw Refusal("there is no option '" + word + "'; adptrace record --help lists them.");
+    }
+    return 1;
 }
 
 Options options_of(std::span<const std::string> arguments) {
     Options options;
     size_t index = 0;
-    for (; index < arguments.size() && arguments[index].starts_with('-'); ++index) {
-        const std::string &word = arguments[index];
-        if (word == "--") {
+    while (index < arguments.size() && arguments[index].starts_with('-')) {
+        if (arguments[index] == "--") {
             ++index;
             break;
         }
-        if (word == "-o") {
-            options.file = value_of(arguments, index++);
-        } else if (word == "-f") {
-            options.follows = true;
-        } else if (word == "--frames") {
-            options.frames = true;
-        } else if (word == "-p") {
-            refuse_running();
-        } else {
-            throw Refusal("there is no option '" + word + "'; adptrace record --help lists them.");
-        }
+        index += take(options, arguments.subspan(index));
     }
     options.program.assign(arguments.begin() + static_cast<ptrdiff_t>(index), arguments.end());
     if (options.program.empty()) {
@@ -115,15 +120,18 @@ int run(std::span<const std::string> arguments) {
 }  // namespace
 
 extern const Command kRecord = {
-    "record", "[-o FILE] [-f] [--frames] -- PROGRAM...",
-    "runs a program and records its calls of libadp, the driver and the services",
-    "  -o FILE     the recording; by default the name of the program with '.adptrace'. Another recording is replaced\n"
-    "  -f          records the processes that it starts, too, and those that go on in the background\n"
-    "  --frames    records the frames that are sent and received on packet sockets, but not those of rings in memory\n"
-    "  -p PID      says why a running program cannot be recorded\n\n"
-    "Each line is in the file before the call goes on, so what a crash leaves can be read. A program that is linked\n"
-    "statically or is setuid cannot be recorded, nor can what it calls by dlsym() of its own.\n"
-    "The status is the program's, or 128 and the signal that ended it.\n",
+    "record",
+    "[-o FILE] [-f] [--frames] -- PROGRAM [ARGUMENT...]",
+    "Runs a program and records its calls of the library, the driver and the services",
+    "  -o, --output=FILE          The recording; by default the name of the program with '.adptrace', in this folder. An\n"
+    "                             older recording is replaced, another file is not\n"
+    "  -f, --follow               Record the processes that it starts, too, and those that go on in the background\n"
+    "      --frames               Record the frames that it sends and receives on packet sockets; those of rings in\n"
+    "                             memory are not seen\n"
+    "  -p, --pid=PID              Say why a running program cannot be recorded\n\n"
+    "A line is in the file before the call goes on, so a crash loses nothing. When the disk is full the recording stops\n"
+    "with a sentence, and the program goes on. The status is the program's, or 128 and the signal that ended it.\n"
+    "What is linked statically, is setuid, or is found by the program's own dlsym() cannot be recorded.\n",
     run};
 
 }  // namespace adptrace

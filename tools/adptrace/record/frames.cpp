@@ -84,8 +84,9 @@ void write_frame(Process &process, const Thread &thread, const Transfer &transfe
 }  // namespace
 
 bool records_frames() noexcept {
-    Process &process = adptrace::process();
-    return process.session.frames != 0 && is_recording(process);
+    // The run-time library of a sanitizer reads files before the C library has an environment.
+    Process *process = process_so_far();
+    return process != nullptr && process->session.frames != 0 && is_recording(*process);
 }
 
 void record_frame(const Transfer &transfer) noexcept try {

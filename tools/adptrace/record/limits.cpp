@@ -10,7 +10,9 @@ namespace {
 
 template <typename Result>
 Result then_read_limit(Result result) {
-    process().sink.read_limit();
+    if (Process *process = process_so_far(); process != nullptr) {
+        process->sink.read_limit();
+    }
     return result;
 }
 

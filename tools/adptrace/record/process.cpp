@@ -21,7 +21,7 @@
 namespace adptrace {
 namespace {
 
-Process *the_process = nullptr;
+std::atomic<Process *> the_process{nullptr};
 pthread_once_t once = PTHREAD_ONCE_INIT;
 
 bool read_session(Session &session, const char *text) {
@@ -50,7 +50,7 @@ void name_process(Process &each) {
 /** The child of a fork is another process, which makes its calls anew from the first. */
 void begin_child() noexcept try {
     const ErrnoGuard guard;
-    Process &each = *the_process;
+    Process &each = *process_so_far();
     ++each.generation;
     if (!each.is_recorded) {
         return;
@@ -65,7 +65,7 @@ void begin_child() noexcept try {
     name_process(each);
     write_process_line(each, getppid());
 } catch (const std::exception &) {
-    the_process->is_recorded = false;
+    process_so_far()->is_recorded = false;
 }
 
 void describe_program(Process &each) {
@@ -81,8 +81,9 @@ void describe_program(Process &each) {
 void set_up() noexcept try {
     const ErrnoGuard guard;
     remember_loaded();
-    the_process = new Process;
-    Process &each = *the_process;
+    auto *made = new Process;
+    the_process = made;
+    Process &each = *made;
     const char *file = secure_getenv(kFileVariable);
     if (file == nullptr || !read_session(each.session, secure_getenv(kSessionVariable))) {
         return;
@@ -109,7 +110,11 @@ void set_up() noexcept try {
 
 Process &process() {
     pthread_once(&once, set_up);
-    return *the_process;
+    return *process_so_far();
+}
+
+Process *process_so_far() {
+    return the_process.load(std::memory_order_acquire);
 }
 
 void append_number(std::string &text, uint64_t number) {

@@ -25,7 +25,7 @@ constexpr char kLibrary[] = "libadptrace.so";
 constexpr char kPreload[] = "LD_PRELOAD";
 constexpr int kNotStarted = 127;
 constexpr std::array kForwarded = {SIGTERM, SIGHUP};
-constexpr std::array kTerminals = {SIGINT, SIGQUIT}; /**< which the terminal sends to the program itself */
+constexpr std::array kIgnored = {SIGINT, SIGQUIT, SIGXFSZ}; /**< the terminal sends the program its own */
 
 volatile pid_t child = 0;
 
@@ -40,7 +40,7 @@ sigset_t set_of_signals() {
     for (const int signal : kForwarded) {
         sigaddset(&set, signal);
     }
-    for (const int signal : kTerminals) {
+    for (const int signal : kIgnored) {
         sigaddset(&set, signal);
     }
     return set;
@@ -56,7 +56,7 @@ void take_signals() {
             sigaction(signal, &action, nullptr);
         }
     }
-    for (const int signal : kTerminals) {
+    for (const int signal : kIgnored) {
         std::signal(signal, SIG_IGN);
     }
 }

@@ -116,7 +116,7 @@ bool begin(Span &span, const RecordedCall &call, const void *const *arguments) n
         span.before = calls::copies_of(call.params, span.blocks, copies_at(*thread.buffers, span.depth));
     }
     if (call.is_library) {
-        write_changed_board(process, thread.buffers->line);
+        write_first_board(process, thread.buffers->line);
     }
     span.number = ++process.calls;
     write_begin(process, thread, span, call);

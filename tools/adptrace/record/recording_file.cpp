@@ -18,6 +18,7 @@
 
 #include "calls/json_text.h"
 #include "tools/adptrace/command.h"
+#include "tools/adptrace/record/whole_line.h"
 
 namespace adptrace {
 namespace {
@@ -79,12 +80,6 @@ RecordingFile::RecordingFile(const std::string &name) : name_{name}, path_{path_
     began_ = nanoseconds_now();
 }
 
-void RecordingFile::write(const std::string &line) {
-    if (::write(fd_.get(), line.data(), line.size()) != static_cast<ssize_t>(line.size())) {
-        refuse(name_, std::strerror(errno == 0 ? ENOSPC : errno));
-    }
-}
-
 void RecordingFile::write_header(std::span<const std::string> command) {
     std::string line(kHeaderBegin);
     line += std::to_string(kVersion);
@@ -98,12 +93,9 @@ void RecordingFile::write_header(std::span<const std::string> command) {
         calls::append_text(line, word.c_str());
     }
     line += "]}\n";
-    errno = 0;
-    try {
-        write(line);
-    } catch (const Refusal &) {
+    if (const int error = append_whole(fd_.get(), line.data(), line.size()); error != 0) {
         remove();
-        throw;
+        refuse(name_, std::strerror(error));
     }
 }
 
@@ -112,8 +104,9 @@ void RecordingFile::write_exit(const Ending &ending) {
     line += R"(,"at":)" + std::to_string(nanoseconds_now() - began_);
     line += ending.signal != 0 ? R"(,"signal":)" + std::to_string(ending.signal)
                                : R"(,"status":)" + std::to_string(ending.status);
+    line += "}\n";
     // Where there is no room the recording has stopped before, with a sentence.
-    [[maybe_unused]] const auto result = ::write(fd_.get(), (line + "}\n").c_str(), line.size() + 2);
+    append_whole(fd_.get(), line.data(), line.size());
 }
 
 void RecordingFile::remove() {

@@ -40,8 +40,6 @@ class RecordingFile {
     [[nodiscard]] Contents contents(int64_t process) const;
 
   private:
-    void write(const std::string &line);
-
     std::string name_;
     std::string path_;
     vdevice::UniqueFd fd_;

@@ -12,6 +12,8 @@
 #include <csignal>
 #include <cstring>
 
+#include "tools/adptrace/record/whole_line.h"
+
 namespace adptrace {
 namespace {
 
@@ -61,7 +63,7 @@ bool Sink::open(const char *path, uint64_t device, uint64_t inode) {
 void Sink::read_limit() {
     struct rlimit limit = {};
     const bool is_limited = getrlimit(RLIMIT_FSIZE, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY;
-    limit_ = is_limited ? static_cast<uint64_t>(limit.rlim_cur) : UINT64_MAX;
+    limit_ = is_limited ? static_cast<size_t>(std::min<uint64_t>(limit.rlim_cur, SIZE_MAX - 1)) : SIZE_MAX;
 }
 
 bool Sink::is_recording(int fd) const {
@@ -89,9 +91,9 @@ int Sink::open_again() {
 
 /** A file that has reached the process's limit must not be written to: the signal would end the program. */
 bool Sink::has_room(int fd, size_t size) const {
-    const uint64_t limit = limit_.load(std::memory_order_relaxed);
+    const size_t limit = limit_.load(std::memory_order_relaxed);
     struct stat status = {};
-    return limit == UINT64_MAX || (fstat(fd, &status) == 0 && static_cast<uint64_t>(status.st_size) + size <= limit);
+    return limit == SIZE_MAX || (fstat(fd, &status) == 0 && static_cast<uint64_t>(status.st_size) + size <= limit);
 }
 
 void Sink::write_line(const char *text, size_t size) {
@@ -102,34 +104,25 @@ void Sink::write_line(const char *text, size_t size) {
     if (!is_recording(fd)) {
         fd = open_again();
         if (fd < 0) {
-            return stop(fd, 0, std::strerror(errno));
+            return stop(errno);
         }
     }
     if (!has_room(fd, size)) {
-        return stop(fd, 0, std::strerror(EFBIG));
+        return stop(EFBIG);
     }
-    const auto written = syscall(SYS_write, fd, text, size);
-    if (written != static_cast<long>(size)) {
-        stop(fd, static_cast<size_t>(std::max(written, 0L)), std::strerror(written < 0 ? errno : ENOSPC));
+    if (const int error = append_whole(fd, text, size); error != 0) {
+        stop(error);
     }
 }
 
-void Sink::stop(int fd, size_t written, const char *reason) {
+void Sink::stop(int error) {
     if (is_stopped_.exchange(true)) {
         return;
-    }
-    // A line that is cut would be followed by whole ones of other processes once there is room again.
-    if (written > 0) {
-        const auto end = static_cast<uint64_t>(lseek(fd, 0, SEEK_CUR));
-        struct stat status = {};
-        if (fstat(fd, &status) == 0 && static_cast<uint64_t>(status.st_size) == end) {
-            [[maybe_unused]] const int result = ftruncate(fd, static_cast<off_t>(end - written));
-        }
     }
     if (!is_file(STDERR_FILENO, errors_device_, errors_inode_)) {
         return;  // the program has made something else of it
     }
-    const std::string sentence = "adptrace: the recording stops, and the program goes on: " + path_ + ": " + reason + ".\n";
+    const std::string sentence = "adptrace: the recording stops, and the program goes on: " + path_ + ": " + std::strerror(error) + ".\n";
     [[maybe_unused]] const auto result = syscall(SYS_write, STDERR_FILENO, sentence.data(), sentence.size());
 }
 

@@ -29,14 +29,14 @@ class Sink {
     [[nodiscard]] bool is_recording(int fd) const;
     int open_again();
     [[nodiscard]] bool has_room(int fd, size_t size) const;
-    void stop(int fd, size_t written, const char *reason);
+    void stop(int error);
 
     std::string path_;
     uint64_t device_ = 0;
     uint64_t inode_ = 0;
     std::atomic<int> fd_{-1};
     int mark_ = 0; /**< the signal that marks the descriptor, 0 where it cannot be marked */
-    std::atomic<uint64_t> limit_{UINT64_MAX};
+    std::atomic<size_t> limit_{SIZE_MAX}; /**< octets; SIZE_MAX: none */
     std::atomic<bool> is_stopped_{true};
     dev_t errors_device_ = 0; /**< standard error, as it was at the start */
     ino_t errors_inode_ = 0;

@@ -23,4 +23,7 @@ struct KnownCall {
 /** Null for a call of another version of the library. */
 const KnownCall *known_call(std::string_view name);
 
+/** Whether it can be the name of a call. */
+bool is_call_name(std::string_view text);
+
 }  // namespace adptrace

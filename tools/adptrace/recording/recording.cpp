@@ -2,7 +2,6 @@
 #include "tools/adptrace/recording/recording.h"
 
 #include <algorithm>
-#include <cctype>
 #include <limits>
 #include <map>
 #include <nlohmann/json.hpp>
@@ -20,7 +19,6 @@ constexpr uint64_t kMostNumber = std::numeric_limits<uint64_t>::max();
 constexpr uint64_t kMostStatus = 255;
 constexpr uint64_t kMostSignal = 64;
 constexpr uint64_t kWordBits[] = {32, 64};
-constexpr size_t kLongestName = 128;
 
 int64_t time_of(const Line &line) {
     return static_cast<int64_t>(line.integer("at", 0, kMostTime));
@@ -34,16 +32,11 @@ std::string number_text(uint64_t number) {
     return std::to_string(number);
 }
 
-bool is_name(std::string_view text) {
-    return !text.empty() && text.size() <= kLongestName &&
-           std::all_of(text.begin(), text.end(), [](unsigned char c) { return std::isalnum(c) != 0 || c == '_'; });
-}
-
 /** The name of a call of another version of the library, as a part of the text: the parsed one is gone with its line.
  */
 std::string_view unknown_name(const Line &line, std::string_view text) {
     const std::string &name = line.text("call");
-    const size_t place = is_name(name) ? text.find(name) : std::string_view::npos;
+    const size_t place = is_call_name(name) ? text.find(name) : std::string_view::npos;
     if (place == std::string_view::npos) {
         line.refuse("needs the name of a call as 'call'");
     }

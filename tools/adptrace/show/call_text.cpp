@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "text/printable.h"
+#include "tools/adptrace/show/literals.h"
 #include "tools/adptrace/show/times.h"
 
 namespace adptrace {

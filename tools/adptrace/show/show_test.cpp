@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <regex>
 #include <sstream>
 
 #include "tools/adptrace/recording/testing/lines.h"
@@ -58,7 +59,22 @@ TEST(Show, ReadsTheSamplesOfEachVersion) {
         EXPECT_EQ(stat_text(recording, {}, adptrace::Order::kTime), expected(".stat"));
         EXPECT_EQ(stat_json(recording, {}, adptrace::Order::kName), expected(".stat.json"));
     }
-    EXPECT_EQ(samples, 2U);
+    EXPECT_EQ(samples, 3U);
+}
+
+/** The calls of a sample, and each time and duration as `#`. */
+std::string without_times(const std::string &name) {
+    const Recording recording = Recording::of_file(std::string(ADPTRACE_SAMPLES) + "/" + name);
+    ShowOptions options;
+    options.filter.patterns = {"*"};
+    const std::string text = shown(recording, options);
+    return std::regex_replace(text, std::regex(R"( +\d+\.\d+ \[|  \([0-9.]+ [mun]?s\)\n)"), "#");
+}
+
+TEST(Show, ShowsTheSameForHostAndTarget) {
+    const std::string host = without_times("version-1-host.adptrace");
+    EXPECT_EQ(std::count(host.begin(), host.end(), '#'), 62) << host;
+    EXPECT_EQ(host, without_times("version-1-target.adptrace"));
 }
 
 /** Two threads; the driver call of the first comes after a call of the second has begun. */

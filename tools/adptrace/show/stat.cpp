@@ -50,10 +50,8 @@ Count count_of(const Call &call) {
 }
 
 std::vector<Count> sorted(const std::map<std::string_view, Count> &counts, Order order) {
-    std::vector<Count> rows;
-    for (const auto &[name, count] : counts) {
-        rows.push_back(count);
-    }
+    std::vector<Count> rows(counts.size());
+    std::transform(counts.begin(), counts.end(), rows.begin(), [](const auto &each) { return each.second; });
     const auto key = [order](const Count &row) {
         return order == Order::kTime ? row.nanoseconds : order == Order::kCount ? row.count : row.errors;
     };

@@ -7,10 +7,11 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cctype>
 #include <nlohmann/json.hpp>
+#include <vector>
 
 #include "text/printable.h"
+#include "tools/adptrace/show/literals.h"
 
 namespace adptrace {
 namespace {
@@ -27,7 +28,6 @@ constexpr size_t kMostOctets = 32;
 constexpr size_t kMostCharacters = 100;
 constexpr uint64_t kLargeWord = 0x10000;  // larger words are addresses or patterns
 constexpr uint64_t kAllOnes = 0xFFFFFFFF;
-constexpr size_t kShortestRange = 3;  // 4,5 is as short as 4-5
 
 class ValueText {
   public:
@@ -45,10 +45,9 @@ class ValueText {
     void append_number(const Element &element, const json &value);
     void append_array(const Element &element, const json &value, size_t count);
     void append_interfaces(const json &value);
-    void append_ports(const json &value);
     void append_octets(const std::string &digits, size_t count);
-    void append_quoted(std::string_view value);
     void append_field(const Field &field, const json &value);
+    void append_address(const json &value);
     void append_members(const json &value, const char *separator);
     template <typename Append>
     void append_list(const json &value, size_t count, Append append);
@@ -74,37 +73,12 @@ size_t padded(size_t given, size_t count) {
     return count <= kLongBlock ? std::max(given, count) : given;
 }
 
-void ValueText::append_quoted(std::string_view value) {
-    const size_t visible = shown(value.size(), kMostCharacters);
-    text += '"';
-    for (const char c : text::on_one_line(value.substr(0, visible))) {
-        text += c == '"' ? "\\\"" : std::string(1, c);
-    }
-    text += visible < value.size() ? fmt::format("\"..({} octets)", value.size()) : "\"";
-}
-
 void ValueText::append_octets(const std::string &digits, size_t count) {
     const size_t given = digits.size() / 2;
     const size_t all = std::max<size_t>(padded(given, count), 1);
     const size_t visible = shown(all, kMostOctets);
     text += octets_text(digits, visible);
     text += visible < all ? fmt::format("..({} octets)", std::max(given, count)) : all < count ? ".." : "";
-}
-
-void ValueText::append_ports(const json &value) {
-    std::string ports;
-    for (size_t i = 0; i < value.size();) {
-        const auto first = value[i].get<uint64_t>();
-        size_t length = 1;
-        while (i + length < value.size() && value[i + length].get<uint64_t>() == first + length) {
-            ++length;
-        }
-        length = length < kShortestRange ? 1 : length;
-        ports += (ports.empty() ? "" : ",") + std::to_string(first);
-        ports += length > 1 ? "-" + std::to_string(first + length - 1) : "";
-        i += length;
-    }
-    text += "{" + ports + "}";
 }
 
 void ValueText::append_number(const Element &element, const json &value) {
@@ -152,12 +126,12 @@ void ValueText::append_interfaces(const json &value) {
 }
 
 void ValueText::append_block(const Element &element, const json &value, size_t count) {
-    if (element.is_ports && are_numbers(value)) {
-        append_ports(value);
+    // A word may be the address of a set.
+    const bool may_be_ports = element.is_ports || (element.kind == Kind::kWord && count == 1);
+    if (may_be_ports && are_numbers(value)) {
+        text += ports_text(value.get<std::vector<uint64_t>>());
     } else if ((element.kind == Kind::kU8 || element.kind == Kind::kOpaque) && are_octets(value)) {
         append_octets(value.get_ref<const std::string &>(), count);
-    } else if (element.kind == Kind::kWord && count == 1 && are_numbers(value)) {
-        append_ports(value);  // the word is the address of a set
     } else if (value.is_array()) {
         append_array(element, value, count);
     } else {
@@ -168,8 +142,8 @@ void ValueText::append_block(const Element &element, const json &value, size_t c
 void ValueText::append_element(const Element &element, const json &value) {
     if (element.kind == Kind::kStruct && element.layout != nullptr && value.is_object()) {
         append_struct(*element.layout, value);
-    } else if (element.kind == Kind::kCallback && value == "set") {
-        text += "set";
+    } else if (element.kind == Kind::kCallback) {
+        append_address(value);
     } else if (value.is_number()) {
         append_number(element, value);
     } else {
@@ -184,6 +158,14 @@ void ValueText::append_field(const Field &field, const json &value) {
         append_octets(value.get_ref<const std::string &>(), 0);
     } else if (value.is_number()) {
         text += "frame+" + value.dump();
+    } else {
+        append_address(value);
+    }
+}
+
+void ValueText::append_address(const json &value) {
+    if (value == "set") {
+        text += "set";
     } else {
         append_any(value);
     }
@@ -218,7 +200,8 @@ void ValueText::append_members(const json &value, const char *separator) {
 
 void ValueText::append_any(const json &value) {
     if (value.is_string()) {
-        append_quoted(value.get_ref<const std::string &>());
+        const auto &whole = value.get_ref<const std::string &>();
+        text += quoted_text(whole, shown(whole.size(), kMostCharacters));
     } else if (value.is_array()) {
         append_list(value, 0, [&](const json &each) { append_any(each); });
     } else if (value.is_object()) {
@@ -269,15 +252,6 @@ const adp_status_entry_t *status_of(const KnownCall &call, int64_t result) {
 
 }  // namespace
 
-std::string octets_text(std::string_view digits, size_t count) {
-    std::string text;
-    for (size_t i = 0; i < 2 * count; ++i) {
-        text += i > 0 && i % 2 == 0 ? ":" : "";
-        text += i < digits.size() ? static_cast<char>(std::tolower(static_cast<unsigned char>(digits[i]))) : '0';
-    }
-    return text;
-}
-
 std::string values_text(const KnownCall *known, const json &values, const json &arguments, Length length) {
     ValueText result(length);
     const auto begin = [&result](const std::string &name) {
@@ -300,13 +274,12 @@ std::string values_text(const KnownCall *known, const json &values, const json &
 
 std::string result_text(const KnownCall *known, const json &result, Length length) {
     ValueText value(length);
-    if (known == nullptr) {
-        value.append_any(result);
-    } else if (known->result == calls::Result::kNothing) {
+    const calls::Result kind = known == nullptr ? calls::Result::kI32 : known->result;
+    if (kind == calls::Result::kNothing) {
         value.text = "void";
-    } else if (known->result == calls::Result::kStruct && known->layout != nullptr && result.is_object()) {
+    } else if (kind == calls::Result::kStruct && known->layout != nullptr && result.is_object()) {
         value.append_struct(*known->layout, result);
-    } else if (known->result == calls::Result::kInterface) {
+    } else if (kind == calls::Result::kInterface) {
         value.append_interface(result);
     } else {
         value.append_any(result);

@@ -4,10 +4,8 @@
  */
 #pragma once
 
-#include <stddef.h>
 #include <nlohmann/json_fwd.hpp>
 #include <string>
-#include <string_view>
 
 #include "tools/adptrace/recording/known_calls.h"
 
@@ -25,9 +23,6 @@ enum class Length { kShort, kFull };
  */
 std::string values_text(const KnownCall *known, const nlohmann::json &values, const nlohmann::json &arguments,
                         Length length);
-
-/** So many octets of hexadecimal text, `aa:bb`; those after its end are zero. */
-std::string octets_text(std::string_view digits, size_t count);
 
 /** `102 (ADP_E_DRIVER)`; a driver's result has the name that the virtual device gives it. */
 std::string result_text(const KnownCall *known, const nlohmann::json &result, Length length);

@@ -14,8 +14,6 @@
 
 enum { kPhysicalPort = 9, kErrno = 55, kManyMembers = 1000000, kLevel = 5, kModule = 6 };
 
-const char *own_path;
-
 int set_up(void) {
     const int failed = adp_set_max_phy_port_num(2) != 0 || adp_add_phy_port(1, 0, 0, kPhysicalPort, 0) != 0;
     return failed || adp_add_phy_port(2, 0, 0, kPhysicalPort + 1, 0) != 0;
@@ -59,7 +57,7 @@ int count_beyond(void) {
     uint32_t *last = (void *)(pages + page - 2 * sizeof *last);
     last[0] = 1;
     last[1] = 2;
-    return adp_add_agg_member(ADP_AGG_INTF(1), kManyMembers, last) == -1 ? 0 : 2;
+    return adp_add_agg_member(ADP_AGG_INTF(9), kManyMembers, last) == -1 ? 0 : 2;
 }
 
 int log_values(void) {
@@ -82,7 +80,6 @@ static const struct {
 };
 
 int main(int argc, char **argv) {
-    own_path = argv[0];
     for (size_t i = 0; argc > 1 && i < sizeof kCommands / sizeof *kCommands; i++) {
         if (strcmp(argv[1], kCommands[i].name) == 0)
             return kCommands[i].run();

@@ -25,5 +25,3 @@ int transfer_frames(void);
 
 /* A port map of two ports, and a mode. 0 if all is well. */
 int set_up(void);
-/* The path of this program. */
-extern const char *own_path;
