@@ -60,6 +60,6 @@ extern const Command kDiff = {"diff", "[OPTION...] A B", "the differences of two
                               "  --all            every difference\n"
                               "  --calls PATTERN  only those of the calls that match, as 'adp_vlan_*'\n"
                               "  --library-only   without driver and service calls\n",
-                              run};
+                              run_diff};
 
 }  // namespace adptrace

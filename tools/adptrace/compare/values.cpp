@@ -172,10 +172,17 @@ class Pair {
             const json &b = member_of(arguments_b_, param.name);
             if (!param.is_read()) {
                 compare_addresses(param);
-            } else if (is_handle(param) ? !handles_.are_pair(word_of(a), word_of(b)) : a != b) {
+            } else if (!is_same_argument(param, a, b)) {
                 add("argument", param.name, arguments_a_, arguments_b_);
             }
         }
+    }
+
+    bool is_same_argument(const calls::Param &param, const json &a, const json &b) {
+        if (is_address_of_program(a_.name, param)) {
+            return handles_.meet(word_of(a), word_of(b), unit_);
+        }
+        return is_handle(param) ? handles_.are_pair(word_of(a), word_of(b)) : a == b;
     }
 
     /** Where the call writes: somewhere or nowhere. */
@@ -245,6 +252,11 @@ bool Handles::are_pair(uint64_t a, uint64_t b) const {
     return found != of_a_.end() ? found->second.handle == b : a == b && !of_b_.contains(b);
 }
 
+bool Handles::meet(uint64_t a, uint64_t b, uint64_t unit) {
+    const bool are_new = a != 0 && b != 0 && !of_a_.contains(a) && !of_b_.contains(b);
+    return are_new ? give(a, b, unit) : are_pair(a, b);
+}
+
 bool Handles::give(uint64_t a, uint64_t b, uint64_t unit) {
     const auto stays = [unit](const std::map<uint64_t, Other> &all, uint64_t handle, uint64_t other) {
         const auto found = all.find(handle);
@@ -268,7 +280,7 @@ uint64_t key_of(const Call &call) {
     json arguments = arguments_of(call);
     if (const KnownCall *const known = known_call(call.name)) {
         for (const calls::Param &param : known->params) {
-            if (!param.is_read() || is_handle(param)) {
+            if (!param.is_read() || is_handle(param) || is_address_of_program(call.name, param)) {
                 arguments.erase(param.name);
             }
         }
