@@ -9,10 +9,12 @@
 #include <cstdlib>
 #include <cstring>
 #include <functional>
+#include <iterator>
 #include <new>
 #include <string>
 
 #include "tests/differential/comparison.h"
+#include "tools/adptrace/reduce/minimize.h"
 
 #ifdef ADP_COVERAGE
 extern "C" void __gcov_dump();
@@ -138,28 +140,18 @@ void report(const Sequence &sequence) {
 
 Sequence shrink(Sequence sequence, const Outcome &outcome) {
     sequence.resize(outcome.step + 1);
-    const size_t call = sequence.back().call;
-    const auto still_ends = [&](const Sequence &candidate) {
-        const Outcome now = run(candidate, nullptr);
-        return now.end == outcome.end && now.step + 1 == candidate.size() && candidate.back().call == call;
+    // The last step is the one that differs, and stays.
+    const auto candidate_of = [&sequence](const adptrace::Parts &steps) {
+        Sequence candidate;
+        std::transform(steps.begin(), steps.end(), std::back_inserter(candidate),
+                       [&sequence](size_t step) { return sequence[step]; });
+        candidate.push_back(sequence.back());
+        return candidate;
     };
-    // Removes ever smaller pieces. The last step is the one that differs, and stays.
-    for (size_t piece = sequence.size() / 2; piece >= 1;) {
-        bool was_shortened = false;
-        for (size_t at = 0; at + piece < sequence.size();) {
-            Sequence candidate = sequence;
-            const auto from = candidate.begin() + static_cast<ptrdiff_t>(at);
-            candidate.erase(from, from + static_cast<ptrdiff_t>(piece));
-            if (still_ends(candidate)) {
-                sequence = std::move(candidate);
-                was_shortened = true;
-            } else {
-                at += piece;
-            }
-        }
-        piece = was_shortened && piece == 1 ? 1 : piece / 2;
-    }
-    return sequence;
+    return candidate_of(adptrace::minimize(outcome.step, [&](const adptrace::Parts &steps) {
+        const Outcome now = run(candidate_of(steps), nullptr);
+        return now.end == outcome.end && now.step == steps.size();
+    }));
 }
 
 }  // namespace differential

@@ -37,7 +37,7 @@ Request request_of(std::span<const std::string> arguments) {
     return request;
 }
 
-int run(std::span<const std::string> arguments) {
+int run_diff(std::span<const std::string> arguments) {
     Request request = request_of(arguments);
     request.options.name_a = request.files[0];
     request.options.name_b = request.files[1];
@@ -60,6 +60,6 @@ extern const Command kDiff = {"diff", "[OPTION...] A B", "the differences of two
                               "  --all            every difference\n"
                               "  --calls PATTERN  only those of the calls that match, as 'adp_vlan_*'\n"
                               "  --library-only   without driver and service calls\n",
-                              run};
+                              run_diff};
 
 }  // namespace adptrace

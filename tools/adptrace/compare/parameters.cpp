@@ -39,6 +39,10 @@ bool is_handle(const Param &param) {
     return param.element.kind == Kind::kWord && kNames.contains(param.name);
 }
 
+bool is_address_of_program(std::string_view call, const Param &param) {
+    return call == "equeue_send_ucast" && param.name == std::string_view("queue");
+}
+
 bool is_octets(const Param &param) {
     return param.element.kind == Kind::kU8 || param.element.kind == Kind::kOpaque;
 }

@@ -25,7 +25,7 @@ std::string machine_of(const Recording &recording) {
 }
 
 std::string board_of(const Recording &recording) {
-    return recording.boards().empty() ? "unknown" : json::parse(recording.boards().front().text)["board"].dump();
+    return recording.boards().empty() ? "unknown" : json::parse(recording.boards().back().text)["board"].dump();
 }
 
 std::string end_of(const Recording &recording) {

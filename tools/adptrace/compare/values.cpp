@@ -33,17 +33,17 @@ bool is_zero(const json &value) {
     if (value.is_structured()) {
         return std::all_of(value.begin(), value.end(), is_zero);
     }
-    return value.is_null() || value == 0 || value == "";
+    return value.is_null() || value == 0 || (value.is_string() && value.get_ref<const std::string &>().empty());
 }
 
-struct Memory {
+struct Written {
     const json &before;
     const json &after;
 };
 
-bool is_same(const Memory &a, const Memory &b);
+bool is_same(const Written &a, const Written &b);
 
-bool has_same_elements(const Memory &a, const Memory &b) {
+bool has_same_elements(const Written &a, const Written &b) {
     static const json kAbsent;
     const auto element = [](const json &array, size_t index) -> const json & {
         return index < array.size() ? array[index] : kAbsent;
@@ -57,7 +57,7 @@ bool has_same_elements(const Memory &a, const Memory &b) {
     return true;
 }
 
-bool has_same_members(const Memory &a, const Memory &b) {
+bool has_same_members(const Written &a, const Written &b) {
     json names = a.after;
     names.update(b.after);
     for (const auto &item : names.items()) {
@@ -71,7 +71,7 @@ bool has_same_members(const Memory &a, const Memory &b) {
 }
 
 /** Whether the calls have written the same. What neither has changed may have been anything. */
-bool is_same(const Memory &a, const Memory &b) {
+bool is_same(const Written &a, const Written &b) {
     if (a.after == b.after || (is_zero(a.after) && is_zero(b.after)) || (a.before == a.after && b.before == b.after)) {
         return true;
     }
@@ -172,10 +172,17 @@ class Pair {
             const json &b = member_of(arguments_b_, param.name);
             if (!param.is_read()) {
                 compare_addresses(param);
-            } else if (is_handle(param) ? !handles_.are_pair(word_of(a), word_of(b)) : a != b) {
+            } else if (!is_same_argument(param, a, b)) {
                 add("argument", param.name, arguments_a_, arguments_b_);
             }
         }
+    }
+
+    bool is_same_argument(const calls::Param &param, const json &a, const json &b) {
+        if (is_address_of_program(a_.name, param)) {
+            return handles_.meet(word_of(a), word_of(b), unit_);
+        }
+        return is_handle(param) ? handles_.are_pair(word_of(a), word_of(b)) : a == b;
     }
 
     /** Where the call writes: somewhere or nowhere. */
@@ -245,6 +252,11 @@ bool Handles::are_pair(uint64_t a, uint64_t b) const {
     return found != of_a_.end() ? found->second.handle == b : a == b && !of_b_.contains(b);
 }
 
+bool Handles::meet(uint64_t a, uint64_t b, uint64_t unit) {
+    const bool are_new = a != 0 && b != 0 && !of_a_.contains(a) && !of_b_.contains(b);
+    return are_new ? give(a, b, unit) : are_pair(a, b);
+}
+
 bool Handles::give(uint64_t a, uint64_t b, uint64_t unit) {
     const auto stays = [unit](const std::map<uint64_t, Other> &all, uint64_t handle, uint64_t other) {
         const auto found = all.find(handle);
@@ -268,7 +280,7 @@ uint64_t key_of(const Call &call) {
     json arguments = arguments_of(call);
     if (const KnownCall *const known = known_call(call.name)) {
         for (const calls::Param &param : known->params) {
-            if (!param.is_read() || is_handle(param)) {
+            if (!param.is_read() || is_handle(param) || is_address_of_program(call.name, param)) {
                 arguments.erase(param.name);
             }
         }

@@ -21,6 +21,8 @@ class Handles {
   public:
     /** Whether they stand for each other, or are equal numbers that no call gave. */
     [[nodiscard]] bool are_pair(uint64_t a, uint64_t b) const;
+    /** Likewise; two that are new become a pair. */
+    bool meet(uint64_t a, uint64_t b, uint64_t unit);
     /**
      * Two that calls gave. @return whether they can be a pair: a handle may be given again, but within one @p unit it
      * stays what it is.

@@ -161,6 +161,17 @@ TEST(Handles, StayThroughOneCallOfTheLibrary) {
     EXPECT_THAT(compared(give("1000"), give("2001"), handles, 1), ElementsAre("output list: 1000 | 2001"));
 }
 
+TEST(Handles, OfTheEventQueueBecomeAPairWhenTheyAreUsed) {
+    const auto send = [](const std::string &queue) {
+        return Example{"equeue_send_ucast", R"({"queue":)" + queue + R"(,"message":[1,99,[2,3]],"timeout":-1})", "1"};
+    };
+    Handles handles;
+    EXPECT_THAT(compared(send("1000"), send("2000"), handles, 1), IsEmpty());
+    EXPECT_THAT(compared(send("1000"), send("2000"), handles, 2), IsEmpty());
+    EXPECT_THAT(compared(send("1000"), send("3000"), handles, 3), ElementsAre("argument queue: 1000 | 3000"));
+    EXPECT_THAT(compared(send("0"), send("4000")), ElementsAre("argument queue: 0 | 4000"));
+}
+
 TEST(Handles, ThatNoCallGaveAreNumbers) {
     EXPECT_THAT(compared(take("77"), take("77")), IsEmpty());
     EXPECT_THAT(compared(take("77"), take("78")), ElementsAre("argument list: 77 | 78"));

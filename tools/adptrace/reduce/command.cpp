@@ -207,7 +207,7 @@ int Reduction::run() {
     return status;
 }
 
-int run(std::span<const std::string> arguments) {
+int run_reduce(std::span<const std::string> arguments) {
     const Task task = task_of(arguments);
     return Reduction(task).run();
 }
@@ -222,6 +222,6 @@ extern const Command kReduce = {
     "  --until 'COMMAND'  as 'adptrace replay {}'\n"
     "  -o OUT             the result, by default FILE.reduced; always the smallest so far\n"
     "  --time SECONDS     a run that takes longer is ended and decides nothing\n",
-    run};
+    run_reduce};
 
 }  // namespace adptrace

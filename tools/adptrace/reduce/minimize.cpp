@@ -9,9 +9,9 @@ namespace adptrace {
 namespace {
 
 /** Remembers the parts that do not fail. Those that do are never tried again: the search goes on from them. */
-class Memory {
+class Tries {
   public:
-    Memory(size_t count, const std::function<bool(const Parts &)> &fails) : count_(count), fails_(fails) {}
+    Tries(size_t count, const std::function<bool(const Parts &)> &fails) : count_(count), fails_(fails) {}
 
     bool fails(const Parts &parts) {
         std::vector<bool> set(count_);
@@ -35,17 +35,17 @@ Parts without(const Parts &parts, size_t at, size_t piece) {
 }  // namespace
 
 Parts minimize(size_t count, const std::function<bool(const Parts &)> &fails) {
-    Memory memory(count, fails);
+    Tries tries(count, fails);
     Parts parts(count);
     std::iota(parts.begin(), parts.end(), 0);
-    if (count == 0 || memory.fails({})) {
+    if (count == 0 || tries.fails({})) {
         return {};
     }
     for (size_t piece = (count + 1) / 2; piece >= 1;) {
         bool was_shortened = false;
         for (size_t at = 0; at < parts.size();) {
             Parts candidate = without(parts, at, piece);
-            if (memory.fails(candidate)) {
+            if (tries.fails(candidate)) {
                 parts = std::move(candidate);
                 was_shortened = true;
             } else {
