@@ -32,6 +32,7 @@ def test_a_refusal_is_a_sentence(command, tmp_path):
     for arguments, reason in (([bad], f"{bad}: line {lines + 1} is no JSON object."),
                               ([tmp_path / "none"], f"{tmp_path}/none: cannot be opened: No such file or directory."),
                               ([tmp_path], f"{tmp_path}: cannot be read: Is a directory."),
+                              (["/dev/zero"], "/dev/zero: line 1 is longer than 1 MiB."),
                               ([], "it needs the FILE of a recording, or - for standard input.")):
         result = run(command, *arguments)
         assert (result.returncode, result.stdout, result.stderr) == (2, "", f"adptrace: {reason}\n")
@@ -47,6 +48,11 @@ def test_a_reader_that_has_seen_enough_ends_it_quietly(tmp_path):
     result = subprocess.run(shell, shell=True, capture_output=True, text=True, timeout=60, restore_signals=True)
     assert result.stdout.count("\n") == 1
     assert result.stderr == f"ended with {128 + signal.SIGPIPE}\n"
+
+
+def test_what_is_chosen_in_vain_is_told():
+    result = run("show", "--calls", "adp_vlna_*", SAMPLE)
+    assert (result.returncode, result.stdout, result.stderr) == (0, "--- no call is chosen\n", "")
 
 
 def test_a_full_disk_is_told():
