@@ -63,12 +63,11 @@ size_t process_index(const Recording &recording, std::optional<uint64_t> id) {
     throw Refusal(id ? "the recording has no process " + std::to_string(*id) + "." : "the recording has no process.");
 }
 
-/** The line with which a call begins that is in no other one and has this one in it, or is it. */
+/** The line with which a call begins. */
 size_t line_of_call(const Recording &recording, size_t process, uint64_t number) {
-    const auto &calls = recording.calls();
-    for (size_t index = 0; index < calls.size(); ++index) {
-        if (calls[index].process == process && calls[index].number == number) {
-            return calls[index].line;
+    for (const Call &call : recording.calls()) {
+        if (call.process == process && call.number == number) {
+            return call.line;
         }
     }
     throw Refusal("the process has no call " + std::to_string(number) + ".");

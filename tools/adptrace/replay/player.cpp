@@ -54,7 +54,8 @@ Outcome Player::run(const Progress &progress) {
 
 void Player::check_names() const {
     for (const Call &call : recording_.calls()) {
-        if (call.process == options_.process && call.kind == Call::Kind::kUnknown) {
+        const bool is_wanted = call.process == options_.process && call.line <= options_.last_line;
+        if (is_wanted && call.kind == Call::Kind::kUnknown) {
             throw Refusal("line " + std::to_string(call.line) + ": this adptrace does not know the call '" +
                           std::string(call.name) + "'; a newer one is needed.");
         }

@@ -17,6 +17,7 @@ from testing.recordings import Recording, small_life
 BUILD = Build(pathlib.Path(os.environ["VDEVICE_PROGRAMS"]).name)
 DEVICE_BUILD = Build("host") if BUILD.is_emulated else BUILD
 SECONDS = 60
+SAMPLES = pathlib.Path(__file__).parents[1] / "recording/samples"
 FRAME = "0180c2000001020304050607" + "0800" + "00" * 50
 EQUAL, DIFFERS, TROUBLE = 0, 1, 2
 
@@ -187,6 +188,13 @@ def test_a_call_that_had_not_returned_is_made_if_wanted(device, tmp_path):
     assert lines[0] == "line 22: call 10, adp_vlan_create had not returned, and is not made (--crash makes it)."
     assert replay(device, path, "--driver=recorded", "--crash")[:2] == (
         EQUAL, ["Made 6 library calls and 5 driver calls: no difference."])
+
+
+@pytest.mark.parametrize("sample", ["version-1-host", "version-1-target"])
+def test_a_recording_of_either_byte_order_is_replayed_on_each(device, sample):
+    status, lines, _errors = replay(device, SAMPLES / f"{sample}.adptrace", "--driver=recorded")
+    assert status == EQUAL, lines
+    assert lines[-1] == "Made 19 library calls and 12 driver calls: no difference."
 
 
 def test_a_recorded_program_is_replayed_without_a_difference(device, tmp_path):

@@ -57,7 +57,8 @@ std::optional<Difference> difference_of_arrays(const std::string &where, const j
 
 std::optional<Difference> difference_of_objects(const std::string &where, const json &recorded, const json &now) {
     for (const auto &[name, value] : now.items()) {
-        if (auto found = difference_of(where + "." + name, member_of(recorded, name), value)) {
+        const std::string place = std::string(where).append(".").append(name);
+        if (auto found = difference_of(place, member_of(recorded, name), value)) {
             return found;
         }
     }

@@ -86,7 +86,8 @@ def test_a_timeline_is_a_picture_with_titles(tmp_path):
     root = xml.etree.ElementTree.parse(picture).getroot()
     space = "{http://www.w3.org/2000/svg}"
     titles = [title.text for title in root.iter(f"{space}title")]
-    assert len(titles) == 25 and "0.001230 s: adp_vlan_create(vid=100) = -11 (vlan_exists)  (35 us)" in titles
+    assert len(titles) == 26 and titles[0].startswith("Calls over time: 25 calls")
+    assert "0.001230 s: adp_vlan_create(vid=100) = -11 (vlan_exists)  (35 us)" in titles
     assert not list(root.iter(f"{space}script"))
     width, height = (float(root.get(name)) for name in ("width", "height"))
     for mark in root.iter(f"{space}rect"):
