@@ -3,6 +3,7 @@
 
 #include "tools/adptrace/command.h"
 #include "tools/adptrace/compare/compare.h"
+#include "tools/adptrace/options.h"
 
 namespace adptrace {
 namespace {
@@ -15,24 +16,16 @@ struct Request {
     std::vector<std::string> files;
 };
 
-Request request_of(std::span<const std::string> arguments) {
+Request request_of(std::span<const std::string> words) {
     Request request;
-    for (size_t n = 0; n < arguments.size(); ++n) {
-        const std::string &word = arguments[n];
-        if (word == "--all") {
-            request.options.shows_all = true;
-        } else if (word == "--library-only") {
-            request.options.with_imported = false;
-        } else if (word == "--calls" && n + 1 < arguments.size()) {
-            request.options.calls = arguments[++n];
-        } else if (word.starts_with("-") && word != "-") {
-            throw Refusal(word == "--calls" ? "--calls needs a pattern." : "diff has no option '" + word + "'.");
-        } else {
-            request.files.push_back(word);
-        }
-    }
+    CompareOptions &options = request.options;
+    const Option known[] = {
+        {"--all", "", [&](const std::string &) { options.shows_all = true; }},
+        {"--calls", "PATTERN", [&](const std::string &word) { options.filter.patterns.push_back(word); }},
+        {"--library-only", "", [&](const std::string &) { options.with_imported = false; }}};
+    request.files = read_options(words, known);
     if (request.files.size() != 2) {
-        throw Refusal("diff needs two recordings: adptrace diff A B.");
+        throw Refusal("it needs two recordings, A and B.");
     }
     return request;
 }
@@ -53,13 +46,14 @@ int run_diff(std::span<const std::string> arguments) {
 
 }  // namespace
 
-extern const Command kDiff = {"diff", "[OPTION...] A B", "the differences of two recordings in meaning",
-                              "Without an option: the first difference, and how many there are.\n"
-                              "Addresses, times, durations, and the ids of processes and threads are not compared.\n"
-                              "The exit status is 0 if the recordings are equal, 1 if they differ, 2 for trouble.\n\n"
-                              "  --all            every difference\n"
-                              "  --calls PATTERN  only those of the calls that match, as 'adp_vlan_*'\n"
-                              "  --library-only   without driver and service calls\n",
-                              run_diff};
+extern const Command kDiff = {
+    "diff", "[OPTION...] A B", "Compares two recordings, and shows the first difference in meaning",
+    "      --all                  Every difference\n"
+    "      --calls=PATTERN        Differences of calls of this name; * and ? as in a shell; again for more\n"
+    "      --library-only         Without the calls of the driver and of the services\n"
+    "\nTimes, addresses, and the ids of processes and threads are not compared. The exit status is 0 if nothing "
+    "differs,\n"
+    "1 if something does, 2 for trouble.\n",
+    run_diff};
 
 }  // namespace adptrace

@@ -1,8 +1,6 @@
 // Aligns the threads of two recordings, and goes through what belongs together in the order of the first one.
 #include "tools/adptrace/compare/compare.h"
 
-#include <fnmatch.h>
-
 #include <algorithm>
 #include <functional>
 #include <vector>
@@ -165,13 +163,12 @@ std::vector<Row> Comparer::rows_of(const Unit &a, const Unit &b, size_t process)
     return rows;
 }
 
-/** Whether the pattern matches the call, on either side. */
+/** Whether it is of a chosen call, on either side. */
 bool Comparer::matters(const Row &row) const {
-    const auto matches = [this](const Recording &recording, size_t call) {
-        return call != Step::kAbsent &&
-               ::fnmatch(options_.calls.c_str(), std::string(recording.calls()[call].name).c_str(), 0) == 0;
+    const auto is_chosen = [this](const Recording &recording, size_t call) {
+        return call != Step::kAbsent && options_.filter.has(recording, recording.calls()[call]);
     };
-    return matches(a_, row.calls.a) || matches(b_, row.calls.b);
+    return is_chosen(a_, row.calls.a) || is_chosen(b_, row.calls.b);
 }
 
 std::vector<Row> Comparer::before(const Place &place) const {

@@ -8,13 +8,14 @@
 #include <string>
 
 #include "tools/adptrace/recording/recording.h"
+#include "tools/adptrace/show/filter.h"
 
 namespace adptrace {
 
 struct CompareOptions {
     bool shows_all = false;    /**< else the first difference */
     bool with_imported = true; /**< driver and service calls */
-    std::string calls = "*";   /**< a pattern: of calls that it does not match no difference is shown or counted */
+    Filter filter = {};        /**< no difference of other calls is shown or counted */
     std::string name_a = "A";  /**< as the text calls the recordings */
     std::string name_b = "B";
     size_t most_differences = 1000; /**< of one alignment, see align() */

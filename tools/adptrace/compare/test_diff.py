@@ -49,13 +49,13 @@ def test_options(tmp_path):
     assert "adp_of_a_later_version" not in first and "2 calls differ" in first
     assert "adp_of_a_later_version" in every and "2 calls differ" in every
     assert "1 call differs" in diff("--library-only", SAMPLE, other).stdout
-    assert "1 call differs" in diff("--calls", "adp_vlan_*", SAMPLE, other).stdout
+    assert "1 call differs" in diff("--calls=adp_vlan_*", SAMPLE, other).stdout
     assert diff("--calls", "adp_mirror_*", SAMPLE, other).returncode == 0
 
 
 @pytest.mark.parametrize("words, told", [
     ([], "two recordings"), (["one"], "two recordings"), (["a", "b", "c"], "two recordings"),
-    (["--al", "a", "b"], "--al"), (["a", "b", "--calls"], "--calls needs a pattern"),
+    (["--al", "a", "b"], "did you mean '--all'"), (["a", "b", "--calls"], "--calls needs PATTERN"),
     (["/does/not/exist", "/does/not/exist"], "/does/not/exist"), ([__file__, __file__], "line 1")])
 def test_trouble(words, told):
     done = diff(*words)

@@ -7,6 +7,8 @@
 #include <map>
 #include <utility>
 
+#include "tools/adptrace/show/filter.h"
+
 namespace adptrace {
 
 std::vector<std::vector<Thread>> threads_of(const Recording &recording, bool with_imported) {
@@ -20,7 +22,7 @@ std::vector<std::vector<Thread>> threads_of(const Recording &recording, bool wit
         if (call.within != kNone) {
             units[index] = units[call.within];
         }
-        if (call.kind == Call::Kind::kImported && !with_imported) {
+        if (!with_imported && !is_of_library(call)) {
             continue;
         }
         if (units[index].first == kNone) {

@@ -9,6 +9,7 @@
 #include <fstream>
 #include <numeric>
 
+#include "tools/adptrace/options.h"
 #include "tools/adptrace/recording/recording.h"
 #include "tools/adptrace/reduce/minimize.h"
 #include "tools/adptrace/reduce/pieces.h"
@@ -53,29 +54,16 @@ void check_out(const Task &task) {
     }
 }
 
-Task task_of(std::span<const std::string> arguments) {
+Task task_of(std::span<const std::string> words) {
     Task task;
-    for (size_t n = 0; n < arguments.size(); ++n) {
-        const std::string &word = arguments[n];
-        const bool has_value = word == "--until" || word == "-o" || word == "--time";
-        if (has_value && n + 1 == arguments.size()) {
-            throw Refusal(word + " needs a value.");
-        }
-        if (word == "--until") {
-            task.command = arguments[++n];
-        } else if (word == "-o") {
-            task.out = arguments[++n];
-        } else if (word == "--time") {
-            task.limit = time_of(arguments[++n]);
-        } else if (word.starts_with("-") || !task.file.empty()) {
-            throw Refusal("reduce does not understand '" + word + "'; adptrace reduce --help shows its options.");
-        } else {
-            task.file = word;
-        }
+    const Option known[] = {{"--until", "COMMAND", [&](const std::string &word) { task.command = word; }},
+                            {"--output", "FILE", [&](const std::string &word) { task.out = word; }, "-o"},
+                            {"--time", "SECONDS", [&](const std::string &word) { task.limit = time_of(word); }}};
+    const std::vector<std::string> files = read_options(words, known);
+    if (files.size() != 1 || task.command.empty()) {
+        throw Refusal("it needs the FILE of a recording, and a command: --until='COMMAND'.");
     }
-    if (task.file.empty() || task.command.empty()) {
-        throw Refusal("reduce needs a recording and a command: adptrace reduce FILE --until 'COMMAND'.");
-    }
+    task.file = files[0];
     task.out = task.out.empty() ? task.file + ".reduced" : task.out;
     check_out(task);
     return task;
@@ -215,13 +203,14 @@ int run_reduce(std::span<const std::string> arguments) {
 }  // namespace
 
 extern const Command kReduce = {
-    "reduce", "FILE --until 'COMMAND' [OPTION...]", "the smallest part of a recording for which a command still fails",
-    "The shell runs COMMAND many times, each time on a recording of fewer calls: {} is its file's name, without\n"
-    "{} it is the last argument. The command fails if its exit status is not 0. A call is left out with all that\n"
-    "happened during it.\n\n"
-    "  --until 'COMMAND'  as 'adptrace replay {}'\n"
-    "  -o OUT             the result, by default FILE.reduced; always the smallest so far\n"
-    "  --time SECONDS     a run that takes longer is ended and decides nothing\n",
+    "reduce", "--until='COMMAND' [OPTION...] FILE",
+    "Finds the fewest calls of a recording for which a command still fails",
+    "      --until='COMMAND'      What the shell runs; {} is the name of a recording of fewer calls, which otherwise "
+    "is\n"
+    "                             the last argument. It fails if its status is not 0\n"
+    "  -o, --output=FILE          The result, always the smallest so far; by default FILE.reduced\n"
+    "      --time=SECONDS         A run that takes longer is ended, and decides nothing\n"
+    "\nA call is left out with all that happened during it. An interrupt ends the search.\n",
     run_reduce};
 
 }  // namespace adptrace

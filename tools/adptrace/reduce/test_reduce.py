@@ -76,9 +76,9 @@ def test_everything_is_left_if_everything_is_needed(recording):
 
 
 @pytest.mark.parametrize("words, told", [
-    (["--until", "true"], "succeeds on the whole recording"), (["--until", "exit 1;"], "without calls"),
-    (["--until", "no-such-command"], "cannot run the command"), ([], "needs a recording and a command"),
-    (["--until"], "needs a value"), (["--until", "false", "--time", "0"], "--time"), (["--until", "false", "--time", "1x"], "--time"),
+    (["--until=true"], "succeeds on the whole recording"), (["--until", "exit 1;"], "without calls"),
+    (["--until", "no-such-command"], "cannot run the command"), ([], "a command: --until"),
+    (["--until"], "--until needs COMMAND"), (["--until", "false", "--time", "0"], "--time"), (["--until", "false", "--time", "1x"], "--time"),
     (["--until", "false", "-o", "/dev/null"], "no ordinary file"), (["--until", "false", "-o", "/no/such/out"], "cannot be written"),
     (["--until", "sleep 60;", "--time", "0.2"], "did not end in time")])
 def test_refusals(recording, words, told):
