@@ -213,6 +213,18 @@ def frame_input():
         yield name, first + text.encode()
 
 
+def state_files():
+    def pair(first, second):
+        return u16(len(first)) + first + second
+
+    vlans = b'{"state": 1, "vlans": {"9": {"members": [1, 2, "cpu"]}, "10": {"members": [1, 2, 3, 4]}}}'
+    yield "same", pair(vlans, vlans)
+    yield "other_members", pair(vlans, vlans.replace(b"4]", b"5]"))
+    yield "missing", pair(vlans, b'{"state": 1, "vlans": {"9": {"members": []}}, "09": null, "a": {}}')
+    yield "values", pair(b'{"state": 1, "a": -1, "b": 18446744073709551615, "c": "\\u001b", "d": [{"e": true}]}', vlans)
+    yield "deep", pair(vlans, b'{"state": 1, "a": ' + b"[" * 40 + b"]" * 40 + b"}")
+
+
 def netlink_messages():
     for order, suffix in (("<", "little"), (">", "big")):
         everything = b""
@@ -289,7 +301,7 @@ def replay():
     yield "large_number", life.text().encode()
 
 
-TARGETS = (frames, rules, shell_line, remote_server, remote_client, driver_calls, control_line, frame_input, lacpdu,
+TARGETS = (frames, rules, shell_line, remote_server, remote_client, driver_calls, control_line, frame_input, state_files, lacpdu,
            netlink_messages, recording, replay)
 
 

@@ -7,17 +7,16 @@ import subprocess
 from adp.lab import Build
 
 REPLAY_SECONDS = 300
-NOT_RECORDED = {"vdeviced", "vdevctl", "adptrace"}
 
 
 @contextlib.contextmanager
-def recording(path):
-    """Every program of a build that is started meanwhile is recorded in the file."""
+def recording(path, program):
+    """The program, when it is started meanwhile, is recorded in the file."""
     plain = Build.command
 
-    def command(build, program, *arguments):
-        words = plain(build, program, *arguments)
-        return words if program in NOT_RECORDED else plain(build, "adptrace", "record", "-f", "-o", path, "--", *words)
+    def command(build, name, *arguments):
+        words = plain(build, name, *arguments)
+        return plain(build, "adptrace", "record", "-f", "-o", path, "--", *words) if name == program else words
 
     Build.command = command
     try:

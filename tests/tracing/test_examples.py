@@ -63,7 +63,7 @@ def build(request):
 def path(request, build, tmp_path_factory):
     """A recording of an example."""
     made = tmp_path_factory.mktemp("recording") / request.param
-    with Lab("host", HOSTS, name=request.param) as lab, recording(made):
+    with Lab("host", HOSTS, name=request.param) as lab, recording(made, request.param):
         EXAMPLES[request.param](lab, build)
     return made
 

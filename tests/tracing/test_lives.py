@@ -15,7 +15,7 @@ LIFE_SECONDS = 600
 
 
 def live(device, build, seed, path):
-    with recording(path):
+    with recording(path, "random_life"):
         command = Build(build).command("random_life", seed, CALLS)
     process = device.popen(command, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True)
     _, errors = process.communicate(timeout=LIFE_SECONDS)

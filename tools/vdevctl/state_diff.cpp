@@ -1,4 +1,4 @@
-// Reads states from files, which are anybody's, and prints what differs.
+// Reads files and prints what differs.
 #include "tools/vdevctl/state_diff.h"
 
 #include <cerrno>
@@ -10,13 +10,13 @@
 #include "text/differences.h"
 #include "tools/vdevctl/client.h"
 #include "tools/vdevctl/output.h"
+#include "tools/vdevctl/state_file.h"
 
 namespace vdevctl {
 namespace {
 
 using nlohmann::json;
 
-constexpr const char *kState = "state";
 constexpr const char *kRunning = "running"; /**< its members change by themselves */
 
 std::string content_of(const std::string &file) {
@@ -40,19 +40,8 @@ std::string content_of(const std::string &file) {
     return content;
 }
 
-json state_in(const std::string &file) {
-    constexpr int kMaxDepth = 16;
-    // Comparing goes down by functions that call themselves, so the depth is limited.
-    bool is_too_deep = false;
-    const auto check_depth = [&](int depth, json::parse_event_t, const json &) {
-        is_too_deep = is_too_deep || depth > kMaxDepth;
-        return !is_too_deep;
-    };
-    json state = json::parse(content_of(file), check_depth, false);
-    if (is_too_deep || !state.is_object() || !state.contains(kState) || !state[kState].is_number_integer()) {
-        throw std::runtime_error{file + " is no state that 'vdevctl --json state' printed."};
-    }
-    return state;
+json state_file(const std::string &file) {
+    return state_in(content_of(file), file);
 }
 
 void check_forms(const json &first, const json &second) {
@@ -68,8 +57,8 @@ int compare_states(const Options &options) {
     if (options.words.empty() || options.words.front() != kState || options.words.size() > 2) {
         throw std::runtime_error{"states are compared with 'vdevctl state --diff FILE [FILE]'."};
     }
-    json first = state_in(*options.diff);
-    json second = options.words.size() == 2 ? state_in(options.words[1])
+    json first = state_file(*options.diff);
+    json second = options.words.size() == 2 ? state_file(options.words[1])
                                             : vdevice::ask_device(options.run_dir, {{"command", kState}});
     check_forms(first, second);
     first.erase(kRunning);

@@ -14,7 +14,7 @@ struct Change {
     int32_t (*make)(PreparedDevice &device);
 };
 
-// NOLINTNEXTLINE(cppcoreguidelines-macro-usage): the name of a call is needed as a text, too.
+// The name of a call is needed as a text, too.
 #define VDEVICE_CHANGE(call, ...)                                                        \
     {                                                                                    \
 #call, [](PreparedDevice & device) { return device.driver().call(__VA_ARGS__); } \

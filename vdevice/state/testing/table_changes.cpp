@@ -84,6 +84,7 @@ constexpr Change kOfGroups[] = {
     VDEVICE_CHANGE(user_lldp_init, 0, 0),
     VDEVICE_CHANGE(user_dos_attack_prevent_init, 0, 0),
     VDEVICE_CHANGE(user_mirror_init, 0, 0),
+    VDEVICE_CHANGE(user_mirror_port_set, 0, 0, kMember, 0, kOtherPort, 2),
     VDEVICE_CHANGE(user_mirror_port_set, 0, 0, kMember, 0, kOtherPort, 4),
     VDEVICE_CHANGE(user_set_flow_mirror, 0, 0, 2, kPort),
     VDEVICE_CHANGE(user_set_mirror_disable, 0, 0, 0, 1),
