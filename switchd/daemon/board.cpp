@@ -35,6 +35,11 @@ bool is_chip_in_use(const Configuration &configuration) {
 
 void initialise_chip() {
     check(adp_modules_init(), "initialise the switch; is its driver there");
+    // All ports are in the default VLAN now. The chip is read next, which takes thousands of driver calls.
+    uint32_t vid = 0;
+    const adp_ports_t none{};
+    check(adp_vlan_default_get(&vid), "read the default VLAN");
+    check(adp_vlan_port_set(vid, none, none), "take all ports out of the default VLAN");
 }
 
 }  // namespace switchd

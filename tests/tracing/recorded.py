@@ -10,13 +10,15 @@ REPLAY_SECONDS = 300
 
 
 @contextlib.contextmanager
-def recording(path, program):
-    """The program, when it is started meanwhile, is recorded in the file."""
+def recording(path, program, option=None):
+    """The program, when it is started meanwhile (with this option), is recorded in the file."""
     plain = Build.command
 
     def command(build, name, *arguments):
         words = plain(build, name, *arguments)
-        return plain(build, "adptrace", "record", "-f", "-o", path, "--", *words) if name == program else words
+        if name != program or (option and option not in arguments):
+            return words
+        return plain(build, "adptrace", "record", "-f", "-o", path, "--", *words)
 
     Build.command = command
     try:
@@ -33,14 +35,15 @@ def replay(device, build, path, *options):
     return process.returncode, said
 
 
-def calls_of(path):
-    """How many calls of each name were recorded."""
-    counts = {}
+def calls(path):
+    """The beginning of each call that was recorded."""
     with open(path, encoding="ascii") as lines:
-        for line in map(json.loads, lines):
-            if "call" in line:
-                counts[line["call"]] = counts.get(line["call"], 0) + 1
-    return counts
+        return [line for line in map(json.loads, lines) if "call" in line]
+
+
+def library_calls(path):
+    """(name, arguments) of each call that the program made of the library."""
+    return [(line["call"], line["arguments"]) for line in calls(path) if "within" not in line]
 
 
 def state(device):

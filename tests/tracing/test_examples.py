@@ -11,7 +11,7 @@ from adp.lab.aggregation import AggregationProgram
 from adp.lab.process import poll_until
 from adp.lab.ring import RING_PORTS, RingProgram
 from adp.lab.snooping import SnoopingProgram
-from recorded import calls_of, recording, replay
+from recorded import calls, recording, replay
 
 HOSTS = (1, 2, 3, 4, 5)
 SECONDS = 30.0
@@ -78,7 +78,7 @@ def device():
 def test_an_example_replays_from_the_recording_alone(path, device):
     status, said = replay(device, "host", path, "--driver", "recorded")
     assert status == 0, said
-    assert len(calls_of(path)) > 3
+    assert len(calls(path)) > 3
 
 
 def test_a_changed_number_is_found_at_its_call(path, device, tmp_path):

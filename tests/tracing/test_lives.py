@@ -8,7 +8,7 @@ import subprocess
 
 import pytest
 from adp.lab import Build, Lab
-from recorded import calls_of, recording, replay, state
+from recorded import calls, recording, replay, state
 
 CALLS = int(os.environ.get("ADP_TRACING_CALLS", "2000"))
 LIFE_SECONDS = 600
@@ -31,7 +31,7 @@ def test_a_replay_brings_a_fresh_device_to_the_recorded_state(recorded, replayed
         live(lab.device, recorded, seed, path)
         reached = state(lab.device)
     assert reached != at_power_on
-    assert sum(calls_of(path).values()) > CALLS
+    assert len(calls(path)) > CALLS
     with Lab("host", (), name="replayed") as lab:
         status, said = replay(lab.device, replayed, path)
         assert status == 0, said
