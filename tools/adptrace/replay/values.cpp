@@ -23,7 +23,11 @@ struct Local {
     std::string_view call;
     std::string_view member;
 };
-constexpr Local kLocals[] = {{"equeue_send_ucast", "queue"}, {"adp_get_port_last_change", "seconds"}};
+constexpr Local kLocals[] = {
+    {"equeue_send_ucast", "queue"},
+    {"adp_get_port_last_change", "seconds"},
+    {"Log_logging_func", "format"},  // a program that stands before the logger hands on the text alone
+};
 constexpr std::string_view kLocalResults[] = {"adp_pkt_init", "get_nic_index"};
 
 bool is_local(std::string_view call, std::string_view member) {
