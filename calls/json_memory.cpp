@@ -106,8 +106,8 @@ class Memory::Maker {
 
     const void *list(const Json *value) {
         const size_t count = value == nullptr ? 0 : array_of(*value, kMostElements).size();
-        auto *head = reinterpret_cast<adp_list_link_t *>(allocate(sizeof(adp_list_link_t)));
-        auto *node = reinterpret_cast<adp_tx_dest_t *>(allocate(count * sizeof(adp_tx_dest_t)));
+        auto *head = static_cast<adp_list_link_t *>(memory_.allocate(sizeof(adp_list_link_t)));
+        auto *node = static_cast<adp_tx_dest_t *>(memory_.allocate(count * sizeof(adp_tx_dest_t)));
         *head = {head, head};
         for (size_t index = 0; index < count; ++index, ++node) {
             node->intf = static_cast<adp_intf_t>(read_unsigned((*value)[index], UINT32_MAX));

@@ -113,7 +113,7 @@ size_t octets_of(const Param &param, const Block &block) {
 }
 
 size_t size_of(const Param &param, const Block &block) {
-    return block.count * param.element.size;
+    return param.shape == Shape::kOutPointer ? sizeof(void *) : block.count * param.element.size;
 }
 
 /** Whether the memory says nothing: that a call only writes and that is zero, or an address into no argument. */
@@ -166,7 +166,7 @@ Blocks copies_of(std::span<const Param> params, const Blocks &blocks, std::vecto
             size += size_of(params[index], blocks[index]) + octets_of(params[index], blocks[index]);
         }
     }
-    storage.resize(size);
+    storage.resize(size + 1);  // so that a copy of nothing has an address, too
     Blocks copies;
     uint8_t *to = storage.data();
     for (size_t index = 0; index < params.size(); ++index) {

@@ -12,8 +12,6 @@
 
 namespace json_text_test {
 
-using calls::Result;
-
 std::span<const calls::Param> params_of(const char *name) {
     if (const exported::Call *call = exported::find_call(name)) {
         return call->params;
@@ -48,17 +46,6 @@ std::string outputs_of(const char *name, Action action, const T &...argument) {
     std::string text;
     append_outputs(text, params, blocks, before);
     return text;
-}
-
-std::string result_of(Result kind, int64_t result, const calls::Struct *layout = nullptr) {
-    std::string text;
-    append_result(text, kind, layout, result);
-    return text;
-}
-
-template <typename T>
-int64_t number_of(const T *address) {
-    return static_cast<int64_t>(reinterpret_cast<intptr_t>(address));
 }
 
 constexpr uint32_t kUnit = 0;
@@ -188,12 +175,13 @@ TEST(JsonText, AFrameIsAsLongAsTheLow16BitsOfItsLength) {
 }
 
 TEST(JsonText, AddressesInTheRecordOfAFrameAreOffsets) {
-    uint8_t frame[24] = {1, 2};
+    uint8_t memory[25] = {0, 1, 2};
+    uint8_t *frame = memory + 1;
     adp_rx_frame_t record{};
     record.frame = frame;
-    record.length = sizeof frame;
+    record.length = 24;
     record.vlan_tag = frame + 12;
-    record.l4_header = frame - 1;
+    record.l4_header = memory;
     adp_rx_frame_t *at = &record;
     EXPECT_EQ(arguments_of("__adp_receive_frame", at, int32_t{1}),
               R"({"desc":{"reserved1":0,"reserved2":0,"frame":"0102","length":24,"ethernet_header":null,)"
@@ -278,28 +266,6 @@ TEST(JsonText, TypesOfPointersToVoidAreKnown) {
     value = &result;
     EXPECT_EQ(arguments_of("adp_intf_cablediag", adp_intf_t{1}, value),
               R"({"intf":1,"result":{"state":[1,0,1],"length":[2]}})");
-}
-
-TEST(JsonText, ResultsAreWhatTheirTypeSays) {
-    EXPECT_EQ(result_of(Result::kNothing, 5), "null");
-    EXPECT_EQ(result_of(Result::kStatus, 0xFFFFFFFF), "-1");
-    EXPECT_EQ(result_of(Result::kI32, -7), "-7");
-    EXPECT_EQ(result_of(Result::kU32, -1), "4294967295");
-    EXPECT_EQ(result_of(Result::kInterface, ADP_AGG_INTF(1)), "268435457");
-    EXPECT_EQ(result_of(Result::kText, number_of("a\tb")), R"("a\u0009b")");
-    EXPECT_EQ(result_of(Result::kText, 0), "null");
-}
-
-TEST(JsonText, AStructResultIsAnObject) {
-    const exported::Call *call = exported::find_call("adp_fp_find_list_node_by_entity");
-    ASSERT_NE(call, nullptr);
-    FpListNode node{};
-    node.link.next = &node.link;
-    node.entity.entity_id = 4;
-    EXPECT_EQ(result_of(call->result, number_of(&node), call->layout),
-              R"({"link":{"next":"set","prev":null},"entity":{"submodule_type":0,"unit":0,"entity_id":4,)"
-              R"("true_entry":0,"priority":0,"qualify_num":0,"action_num":0,"qualifies":[],"actions":[]}})");
-    EXPECT_EQ(result_of(call->result, 0, call->layout), "null");
 }
 
 }  // namespace json_text_test

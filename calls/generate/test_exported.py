@@ -6,7 +6,8 @@ import pytest
 
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 
-import emit_exported  # noqa: E402  (the path has to be set first)
+import emit_calls     # noqa: E402  (the path has to be set first)
+import emit_exported  # noqa: E402
 import exported       # noqa: E402
 import interface      # noqa: E402
 
@@ -27,6 +28,13 @@ def source_fixture(tmp_path):
         (tmp_path / "adp" / "more.h").write_text(TYPES + declarations, encoding="utf-8")
         return emit_exported.source(exported.read(str(tmp_path)))
     return source
+
+
+def test_a_stub_is_declared_as_its_call(source, tmp_path):
+    source("int32_t adp_b(uint8_t **out, ADP_TYPE(uint64_t) void *value); void adp_a(void);")
+    assert ("void adp_a(void) {\n    return forward<void>(0, nullptr);\n}\n\n"
+            "int32_t adp_b(uint8_t **out, void *value) {\n    const void *const arguments[] = {&out, &value};\n"
+            "    return forward<int32_t>(1, arguments);\n}\n") in emit_calls.exported_stubs(exported.read(str(tmp_path)))
 
 
 def test_a_new_call_appears_with_its_text(source):

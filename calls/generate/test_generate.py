@@ -8,7 +8,6 @@ import emit_calls
 import emit_driver
 import emit_status
 import emit_table
-import exported
 import generate
 import interface
 import model
@@ -178,17 +177,6 @@ def test_the_table_of_results_has_the_librarys_codes_and_the_devices_refusals(re
 def test_a_result_without_a_text_or_a_number_of_its_own_is_rejected(results, wrong, sentence):
     with pytest.raises(interface.HeaderError, match=sentence):
         emit_status.table(*results(**wrong))
-
-
-def test_a_stub_of_an_exported_call_is_declared_as_the_call(tmp_path):
-    (tmp_path / "adp").mkdir()
-    (tmp_path / "adp" / "adp.h").write_text("#include <adp/more.h>\n", encoding="utf-8")
-    (tmp_path / "adp" / "more.h").write_text(
-        "int32_t adp_b(uint8_t **out, ADP_TYPE(uint64_t) void *value); void adp_a(void);", encoding="utf-8")
-    text = emit_calls.exported_stubs(exported.read(str(tmp_path)))
-    assert ("void adp_a(void) {\n    return forward<void>(0, nullptr);\n}\n\n"
-            "int32_t adp_b(uint8_t **out, void *value) {\n    const void *const arguments[] = {&out, &value};\n"
-            "    return forward<int32_t>(1, arguments);\n}\n") in text
 
 
 def test_equal_files_are_not_written_again(headers, tmp_path):

@@ -41,7 +41,7 @@ std::string value(const calls::Param &param, const recording::Arguments &argumen
     return address ? "(uintptr_t)" + *address : std::to_string(arguments.number(param.name)) + "LL";
 }
 
-std::string argument(const calls::Call &call, const calls::Param &param, const recording::Arguments &arguments) {
+std::string argument(const calls::Param &param, const recording::Arguments &arguments) {
     if (!param.is_pointer()) {
         return value(param, arguments);
     }
@@ -52,7 +52,7 @@ std::string argument(const calls::Call &call, const calls::Param &param, const r
         return literal(arguments.text(param.name));
     }
     return param.shape == calls::Shape::kMessage ? message(arguments.bytes(param.name))
-                                                : blocks_under_way->add(arguments.bytes(param.name));
+                                                 : blocks_under_way->add(arguments.bytes(param.name));
 }
 
 /** What a format asks for besides: empty texts and zeros. */
@@ -71,7 +71,7 @@ void write_down(const calls::Call &call, const recording::Arguments &arguments) 
     std::string text = std::string(call.name) + "(";
     const char *separator = "";
     for (const calls::Param &param : call.params) {
-        text += separator + argument(call, param, arguments);
+        text += separator + argument(param, arguments);
         separator = ", ";
     }
     text += call.name == std::string(kLogger) ? format_arguments(arguments.text("format")) : "";

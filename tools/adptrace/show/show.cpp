@@ -27,7 +27,10 @@ class Shower {
     void show_tree();
     void show_branch(const Tree &tree, size_t node, const std::string &prefix);
     void show_event(const Event &event);
-    void write(int64_t at, const std::string &text) { sink_(fmt::format("{:>12} {}\n", time_text(at), text)); }
+    void write(int64_t at, const std::string &text) {
+        sink_(fmt::format("{:>12} {}\n", time_text(at), text));
+        is_empty_ = false;
+    }
     [[nodiscard]] std::string thread_text(size_t process, uint32_t thread) const {
         return has_processes_ ? fmt::format("[{}/{}]", recording_.processes()[process].id, thread)
                               : fmt::format("[{}]", thread);
@@ -47,6 +50,7 @@ class Shower {
     const ShowOptions &options_;
     const LineSink &sink_;
     bool has_processes_;
+    bool is_empty_ = true;
     std::vector<uint8_t> indents_; /**< of what is within each call */
 };
 
@@ -125,6 +129,9 @@ void Shower::show() {
         sink_("--- " + header_text(recording_.header()) + "\n");
     }
     options_.is_tree ? show_tree() : show_list();
+    if (is_empty_ && options_.filter.is_about_calls()) {
+        sink_("--- no call is chosen\n");
+    }
     if (recording_.is_cut()) {
         sink_("--- the recording is cut: its last line is not whole\n");
     }

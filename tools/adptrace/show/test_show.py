@@ -32,6 +32,7 @@ def test_a_refusal_is_a_sentence(command, tmp_path):
     for arguments, reason in (([bad], f"{bad}: line {lines + 1} is no JSON object."),
                               ([tmp_path / "none"], f"{tmp_path}/none: cannot be opened: No such file or directory."),
                               ([tmp_path], f"{tmp_path}: cannot be read: Is a directory."),
+                              (["/dev/zero"], "/dev/zero: line 1 is longer than 1 MiB."),
                               ([], "it needs the FILE of a recording, or - for standard input.")):
         result = run(command, *arguments)
         assert (result.returncode, result.stdout, result.stderr) == (2, "", f"adptrace: {reason}\n")
@@ -47,6 +48,11 @@ def test_a_reader_that_has_seen_enough_ends_it_quietly(tmp_path):
     result = subprocess.run(shell, shell=True, capture_output=True, text=True, timeout=60, restore_signals=True)
     assert result.stdout.count("\n") == 1
     assert result.stderr == f"ended with {128 + signal.SIGPIPE}\n"
+
+
+def test_what_is_chosen_in_vain_is_told():
+    result = run("show", "--calls", "adp_vlna_*", SAMPLE)
+    assert (result.returncode, result.stdout, result.stderr) == (0, "--- no call is chosen\n", "")
 
 
 def test_a_full_disk_is_told():
@@ -80,7 +86,8 @@ def test_a_timeline_is_a_picture_with_titles(tmp_path):
     root = xml.etree.ElementTree.parse(picture).getroot()
     space = "{http://www.w3.org/2000/svg}"
     titles = [title.text for title in root.iter(f"{space}title")]
-    assert len(titles) == 25 and "0.001230 s: adp_vlan_create(vid=100) = -11 (vlan_exists)  (35 us)" in titles
+    assert len(titles) == 26 and titles[0].startswith("Calls over time: 25 calls")
+    assert "0.001230 s: adp_vlan_create(vid=100) = -11 (vlan_exists)  (35 us)" in titles
     assert not list(root.iter(f"{space}script"))
     width, height = (float(root.get(name)) for name in ("width", "height"))
     for mark in root.iter(f"{space}rect"):

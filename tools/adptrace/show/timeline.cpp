@@ -239,6 +239,7 @@ Timeline Picture::timeline() {
     svg_ =
         fmt::format("<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 {0} {1}\" width=\"{0}\" height=\"{1}\">\n",
                     kWidth, height);
+    svg_ += "<title>Calls over time: " + escaped(below[0]) + "</title>\n";
     svg_ += kStyle;
     svg_ += fmt::format("<rect class=\"p\" width=\"{}\" height=\"{}\"/>\n", kWidth, height);
     add_text(8, 22, header_text(recording_.header()).substr(0, kLongestHeading), " class=\"h\"");
