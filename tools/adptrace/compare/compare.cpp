@@ -22,6 +22,8 @@ struct AlignedThread {
     const Thread &a;
     const Thread &b;
     Alignment alignment;
+    std::vector<bool> differs = {}; /**< by step, of those that were compared */
+    size_t shown = 0;               /**< the steps before this one are shown, or far behind */
 };
 
 /** A step of an aligned thread. */
@@ -171,32 +173,38 @@ bool Comparer::matters(const Row &row) const {
     return is_chosen(a_, row.calls.a) || is_chosen(b_, row.calls.b);
 }
 
+/** What the thread did just before, as far as it is not shown yet. */
 std::vector<Row> Comparer::before(const Place &place) const {
     constexpr size_t kMostBefore = 3;
     const AlignedThread &thread = threads_[place.thread];
     std::vector<Row> rows;
-    for (size_t step = place.step - std::min(place.step, kMostBefore); step < place.step; ++step) {
+    for (size_t step = std::max(thread.shown, place.step - std::min(place.step, kMostBefore)); step < place.step;
+         ++step) {
         rows.push_back({outer_calls(thread, thread.alignment.steps[step]), {}});
+        rows.back().differences.resize(thread.differs[step] ? 1 : 0);
     }
     return rows;
 }
 
 void Comparer::compare_units(const Place &place) {
     static const Unit kNoUnit;
-    const AlignedThread &thread = threads_[place.thread];
+    AlignedThread &thread = threads_[place.thread];
     const Step &step = thread.alignment.steps[place.step];
     ++unit_;
     const std::vector<Row> rows = rows_of(step.a == Step::kAbsent ? kNoUnit : thread.a[step.a],
                                           step.b == Step::kAbsent ? kNoUnit : thread.b[step.b], thread.process);
+    const auto differs = [](const Row &row) { return row.differs(); };
+    thread.differs.push_back(std::any_of(rows.begin(), rows.end(), differs));
     const bool is_whole = matters(rows.front());
-    const bool differs = std::any_of(rows.begin(), rows.end(),
-                                     [&](const Row &row) { return row.differs() && (is_whole || matters(row)); });
-    if (differs && report_.wants_rows()) {
+    const auto counts = [&](const Row &row) { return row.differs() && (is_whole || matters(row)); };
+    if (std::none_of(rows.begin(), rows.end(), counts)) {
+        return;
+    }
+    if (report_.wants_rows()) {
         report_.show(thread.process, thread.number, before(place), rows);
+        thread.shown = place.step + 1;
     }
-    if (differs) {
-        report_.count(step);
-    }
+    report_.count(step);
 }
 
 }  // namespace

@@ -250,6 +250,27 @@ TEST(Comparison, ShowsManyDriverCallsInPart) {
     EXPECT_THAT(comparison.text, Not(HasSubstr("vid=27")));
 }
 
+TEST(Comparison, ShowsWhatCameBeforeOnce) {
+    Script a;
+    Script b;
+    create_vlan(create_vlan(create_vlan(create_vlan(a, 1), 2), 3), 4, "-1");
+    create_vlan(create_vlan(create_vlan(create_vlan(b, 1), 2, "-1"), 3), 4);
+    const std::string third = "      11     11  adp_vlan_create(vid=3) = 0\n";
+    const std::string all = compared(a, b, {.shows_all = true}).text;
+    EXPECT_THAT(all, HasSubstr("vlan_create(unit=0, zero=0, vid=2) = -1\n"
+                               "                   result: 0 | -1\n@@ thread 1 @@\n" +
+                               third + "-     15 "));
+    // A call that is not chosen is shown as what it is.
+    b = Script();
+    create_vlan(b, 1, "-1").call("adp_vlan_dump", "{}");
+    a = Script();
+    create_vlan(a, 1).call("adp_vlan_dump", "{}", "-1");
+    EXPECT_THAT(compared(a, b, chosen({"adp_vlan_dump"})).text,
+                HasSubstr("@@\n-      3         adp_vlan_create(vid=1) = 0\n"
+                          "+             3  adp_vlan_create(vid=1) = 102 (ADP_E_DRIVER)\n"
+                          "-      7         adp_vlan_dump() = -1"));
+}
+
 TEST(Comparison, RemarksWhatIsNotCompared) {
     Script a(40, "a1b2", true);
     Script b(40, "c3d4", false);

@@ -2,6 +2,7 @@
 #include "tools/adptrace/compare/report.h"
 
 #include <algorithm>
+#include <span>
 
 #include "tools/adptrace/compare/remarks.h"
 #include "tools/adptrace/show/call_text.h"
@@ -83,8 +84,7 @@ void Report::show_row(const Row &row, bool with_differences) {
                  number_of(is_of_b ? b_.calls()[row.calls.b].line : 0) + std::string(2 + 2 * call.depth, ' ') +
                  call_text(call, kStyle) + "\n";
     };
-    const bool is_equal = row.calls.is_pair() && (row.differences.empty() || !with_differences);
-    if (is_equal) {
+    if (!row.differs()) {
         return show(' ', true, true);
     }
     if (row.calls.a != Step::kAbsent) {
@@ -93,7 +93,8 @@ void Report::show_row(const Row &row, bool with_differences) {
     if (row.calls.b != Step::kAbsent) {
         show('+', false, true);
     }
-    for (const Difference &difference : row.differences) {
+    for (const Difference &difference :
+         std::span(row.differences).first(with_differences ? row.differences.size() : 0)) {
         text_ +=
             std::string(2 * kColumn + 5, ' ') + difference.what + ": " + difference.a + " | " + difference.b + "\n";
     }
