@@ -4,51 +4,20 @@
 """
 import itertools
 import json
-import os
 import pathlib
-import subprocess
 
 import pytest
-from adp.lab import Build
-from adp.lab.device import Device
 from adp.lab.nic import Nic
+from testing.programs import BUILD, DIFFERS, EQUAL, TROUBLE, record, replay
 from testing.recordings import Recording, small_life
 
-BUILD = Build(pathlib.Path(os.environ["VDEVICE_PROGRAMS"]).name)
-DEVICE_BUILD = Build("host") if BUILD.is_emulated else BUILD
-SECONDS = 60
 SAMPLES = pathlib.Path(__file__).parents[1] / "recording/samples"
 FRAME = "0180c2000001020304050607" + "0800" + "00" * 50
-EQUAL, DIFFERS, TROUBLE = 0, 1, 2
-
-
-@pytest.fixture(name="device", scope="module")
-def make_device():
-    device = Device(DEVICE_BUILD, user_ports=26)
-    yield device
-    device.close()
 
 
 @pytest.fixture(name="vid")
 def next_vid(counter=itertools.count(100)):
     return next(counter)
-
-
-def run(device, *words):
-    """A program on the device's CPU: its status, the lines that it printed, and its errors."""
-    process = device.popen(BUILD.command(*words), stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
-    printed, errors = process.communicate(timeout=SECONDS)
-    return process.returncode, printed.splitlines(), errors
-
-
-def replay(device, path, *options):
-    return run(device, "adptrace", "replay", *options, path)
-
-
-def record(device, path, *command):
-    status, _lines, errors = run(device, "adptrace", "record", "-o", path, "--", *command)
-    assert status == 0, errors
-    return str(path)
 
 
 def members(device, vid):
