@@ -4,72 +4,18 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "tools/adptrace/compare/testing/script.h"
+
 namespace compare_test {
 namespace {
 
 using adptrace::compare;
 using adptrace::CompareOptions;
 using adptrace::Comparison;
-using adptrace::Recording;
+using adptrace::testing::Script;
 using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
-
-/** Writes a recording, with times and numbers of its own. */
-class Script {
-  public:
-    explicit Script(int64_t process = 40, const std::string &library = "a1b2", bool is_big_endian = true)
-        : process_(process), at_(process) {
-        text_ = R"({"adptrace":1,"byte_order":")" + std::string(is_big_endian ? "big" : "little") +
-                R"(","word_bits":32,"started":"2024-05-06T07:08:09Z","command":["agent"]})" + "\n";
-        start(process, 0, library);
-    }
-
-    Script &start(int64_t id, int64_t parent, const std::string &library = "a1b2") {
-        return line(R"({"process":)" + std::to_string(id) + R"(,"parent":)" + std::to_string(parent) + at() +
-                    R"(,"program":"/usr/bin/agent","library":")" + library + "\"}");
-    }
-    Script &of(int64_t process) {
-        of_ = process == process_ ? "" : R"(,"of":)" + std::to_string(process);
-        return *this;
-    }
-    Script &in(int thread) {
-        thread_ = thread;
-        return *this;
-    }
-    Script &begin(const std::string &call, const std::string &arguments) {
-        const std::string within = open_.empty() ? "" : R"(,"within":)" + std::to_string(open_.back());
-        open_.push_back(++number_);
-        return line(R"({"begin":)" + std::to_string(number_) + of_ + within + R"(,"thread":)" +
-                    std::to_string(thread_) + at() + R"(,"call":")" + call + R"(","arguments":)" + arguments + "}");
-    }
-    Script &end(const std::string &result = "0", const std::string &outputs = "{}") {
-        const int number = open_.back();
-        open_.pop_back();
-        return line(R"({"end":)" + std::to_string(number) + of_ + at() + R"(,"result":)" + result + R"(,"outputs":)" +
-                    outputs + "}");
-    }
-    Script &call(const std::string &name, const std::string &arguments, const std::string &result = "0",
-                 const std::string &outputs = "{}") {
-        return begin(name, arguments).end(result, outputs);
-    }
-    Script &line(const std::string &text) {
-        text_ += text + "\n";
-        return *this;
-    }
-    [[nodiscard]] Recording recording() const { return Recording(text_); }
-
-  private:
-    std::string at() { return R"(,"at":)" + std::to_string(at_ += process_); }
-
-    int64_t process_;
-    int64_t at_;
-    int thread_ = 1;
-    int number_ = 0;
-    std::vector<int> open_;
-    std::string of_;
-    std::string text_;
-};
 
 Comparison compared(const Script &a, const Script &b, const CompareOptions &options = {}) {
     return compare(a.recording(), b.recording(), options);
