@@ -111,6 +111,37 @@ TEST(JsonRoundTrip, GivesTheOutputsOfEveryCallBack) {
     });
 }
 
+/** Text with some characters exchanged for others of the format is refused, or memory whose text is read again. */
+TEST(JsonRoundTrip, DamagedTextIsReadOrRefused) {
+    constexpr std::string_view kCharacters = R"({}[]",:-0123456789ABCDEFnul\ )";
+    constexpr uint32_t kMostChanges = 3;
+    size_t read = 0;
+    size_t refused = 0;
+    for_random_calls([&](const Named &call, const RandomCall &random, uint64_t seed) {
+        std::string text = arguments_text(call.params, blocks_of(call.params, random.arguments()));
+        Random changes(seed);
+        for (uint32_t count = 1 + changes.below(kMostChanges); count > 0; --count) {
+            text[changes.below(static_cast<uint32_t>(text.size()))] =
+                kCharacters[changes.below(static_cast<uint32_t>(kCharacters.size()))];
+        }
+        const json damaged = json::parse(text, nullptr, false);
+        if (damaged.is_discarded()) {
+            return;
+        }
+        try {
+            const Memory memory(call.params, damaged);
+            const std::string written = arguments_text(call.params, memory.blocks());
+            const Memory again(call.params, json::parse(written));
+            EXPECT_EQ(arguments_text(call.params, again.blocks()), written) << call.name << text;
+            ++read;
+        } catch (const calls::BadValue &) {
+            ++refused;
+        }
+    });
+    EXPECT_GT(read, 0U);
+    EXPECT_GT(refused, 0U);
+}
+
 /** The number is that of these headers: a text that differs on another machine gives another one. */
 TEST(JsonRoundTrip, TheTextIsTheSameOnEveryMachine) {
     constexpr uint64_t kBasis = 14695981039346656037U;

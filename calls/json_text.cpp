@@ -166,7 +166,7 @@ Blocks copies_of(std::span<const Param> params, const Blocks &blocks, std::vecto
             size += size_of(params[index], blocks[index]) + octets_of(params[index], blocks[index]);
         }
     }
-    storage.resize(size);
+    storage.resize(size + 1);  // so that a copy of nothing has an address, too
     Blocks copies;
     uint8_t *to = storage.data();
     for (size_t index = 0; index < params.size(); ++index) {

@@ -175,12 +175,13 @@ TEST(JsonText, AFrameIsAsLongAsTheLow16BitsOfItsLength) {
 }
 
 TEST(JsonText, AddressesInTheRecordOfAFrameAreOffsets) {
-    uint8_t frame[24] = {1, 2};
+    uint8_t memory[25] = {0, 1, 2};
+    uint8_t *frame = memory + 1;
     adp_rx_frame_t record{};
     record.frame = frame;
-    record.length = sizeof frame;
+    record.length = 24;
     record.vlan_tag = frame + 12;
-    record.l4_header = frame - 1;
+    record.l4_header = memory;
     adp_rx_frame_t *at = &record;
     EXPECT_EQ(arguments_of("__adp_receive_frame", at, int32_t{1}),
               R"({"desc":{"reserved1":0,"reserved2":0,"frame":"0102","length":24,"ethernet_header":null,)"

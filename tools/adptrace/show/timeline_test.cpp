@@ -72,8 +72,8 @@ std::string many(uint64_t count, uint32_t threads = 1) {
 }
 
 TEST(Marks, AreJoinedWhereTheyAreTooClose) {
-    const Marks marks = marks_of(Recording(many(1'000)), {}, kWidth);
-    EXPECT_EQ(marks.calls, 2'000U);
+    const Marks marks = marks_of(Recording(many(500)), {}, kWidth);
+    EXPECT_EQ(marks.calls, 1'000U);
     EXPECT_LT(marks.marks, 400U);
     size_t calls = 0;
     size_t failed = 0;
@@ -85,15 +85,15 @@ TEST(Marks, AreJoinedWhereTheyAreTooClose) {
             EXPECT_LT(mark.busy, mark.right - mark.left);
         }
     }
-    EXPECT_EQ(calls, 2'000U) << "none is forgotten";
-    EXPECT_EQ(failed, 333U);
+    EXPECT_EQ(calls, 1'000U) << "none is forgotten";
+    EXPECT_EQ(failed, 166U);
 }
 
 TEST(Marks, AreThoseOfTheChosenPart) {
     adptrace::Filter filter;
     filter.since = 2'000;
     filter.until = 4'000;
-    const Marks marks = marks_of(Recording(many(1'000)), filter, kWidth);
+    const Marks marks = marks_of(Recording(many(300)), filter, kWidth);
     EXPECT_EQ(marks.from, 2'000);
     EXPECT_EQ(marks.until, 4'000);
     EXPECT_EQ(marks.calls, 101U + 100U);
@@ -103,9 +103,9 @@ TEST(Timeline, SaysWhatItShowsAndWhatNot) {
     EXPECT_EQ(timeline_of(Recording(kStart), {}).summary, "No call is chosen.");
     EXPECT_EQ(timeline_of(Recording(kStart + kShort), {}).summary,
               "4 calls of 3 threads, from 0.000001 s to 0.000005 s of the recording.");
-    const std::string summary = timeline_of(Recording(many(600, 30)), {}).summary;
-    EXPECT_NE(summary.find("480 calls of 12 threads"), std::string::npos) << summary;
-    EXPECT_NE(summary.find("Left out: 720 calls of 18 more threads;"), std::string::npos) << summary;
+    const std::string summary = timeline_of(Recording(many(150, 30)), {}).summary;
+    EXPECT_NE(summary.find("120 calls of 12 threads"), std::string::npos) << summary;
+    EXPECT_NE(summary.find("Left out: 180 calls of 18 more threads;"), std::string::npos) << summary;
     std::string deep = kStart + begin({});
     for (uint64_t number = 2; number <= 6; ++number) {
         deep += begin({number, number - 1, "adp_vlan_create", "{}", 10, 1, 0});
