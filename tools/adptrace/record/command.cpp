@@ -86,7 +86,9 @@ std::string size_text(uint64_t octets) {
 void say(const Options &options, const std::string &program, const Contents &contents) {
     std::string text = options.file + ": " + std::to_string(contents.calls) +
                        (contents.calls == 1 ? " call, " : " calls, ") + size_text(contents.octets) + ".";
-    if (contents.processes == 0) {
+    if (contents.octets == 0) {
+        text = options.file + ": the recording was removed while the program ran.";
+    } else if (contents.processes == 0) {
         text = "nothing was recorded: " + why_silent(program, options.follows);
     } else if (contents.calls == 0) {
         text += " " + options.program[0] + " made none." +

@@ -64,15 +64,7 @@ void write_frame(Process &process, const Thread &thread, const Transfer &transfe
     std::string &line = thread.buffers->line;
     line = transfer.is_sent ? R"({"frame":"sent",)" : R"({"frame":"received",)";
     line += process.of;
-    if (thread.innermost != nullptr) {
-        line += R"("within":)";
-        append_number(line, thread.innermost->number);
-        line += ',';
-    }
-    line += R"("thread":)";
-    append_number(line, thread.number);
-    line += ',';
-    append_time(process, line);
+    append_place(process, thread, line);
     line += R"(,"interface":)";
     calls::append_text(line, interface.c_str());
     line += R"(,"octets":")";

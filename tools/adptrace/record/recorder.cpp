@@ -13,7 +13,6 @@
 namespace adptrace {
 namespace {
 
-constexpr size_t kMostDepth = 64;             /**< of calls within calls that are recorded */
 constexpr size_t kMostLine = size_t{1} << 20; /**< of a recording */
 
 void append_start(const Process &process, std::string &line, const char *what, uint64_t number) {
@@ -38,25 +37,10 @@ bool has_outputs(std::span<const calls::Param> params) {
     return std::any_of(params.begin(), params.end(), [](const calls::Param &param) { return param.is_written(); });
 }
 
-std::vector<uint8_t> &copies_at(Buffers &buffers, size_t depth) {
-    while (buffers.copies.size() <= depth) {
-        buffers.copies.emplace_back();
-    }
-    return buffers.copies[depth];
-}
-
 void write_begin(Process &process, const Thread &thread, const Span &span, const RecordedCall &call) {
     std::string &line = thread.buffers->line;
     append_start(process, line, R"({"begin":)", span.number);
-    if (span.outer != nullptr) {
-        line += R"("within":)";
-        append_number(line, span.outer->number);
-        line += ',';
-    }
-    line += R"("thread":)";
-    append_number(line, thread.number);
-    line += ',';
-    append_time(process, line);
+    append_place(process, thread, line);
     line += R"(,"call":")";
     line += call.name;
     line += R"(","arguments":)";
@@ -91,8 +75,7 @@ bool begin(Span &span, const RecordedCall &call, const void *const *arguments) n
     }
     Thread &thread = writing.thread();
     enter(thread, span);
-    span.outer = thread.innermost;
-    span.depth = span.outer == nullptr ? 0 : span.outer->depth + 1;
+    span.depth = thread.depth;
     if (span.depth >= kMostDepth) {
         return false;
     }
@@ -100,14 +83,14 @@ bool begin(Span &span, const RecordedCall &call, const void *const *arguments) n
     span.blocks = calls::blocks_of(call.params, arguments);
     limit_to_readable(call.params, arguments, span.blocks);
     if (has_outputs(call.params)) {
-        span.before = calls::copies_of(call.params, span.blocks, copies_at(*thread.buffers, span.depth));
+        span.before = calls::copies_of(call.params, span.blocks, thread.buffers->copies[span.depth]);
     }
     if (call.is_library) {
         write_first_board(process, thread.buffers->line);
     }
     span.number = ++process.calls;
     write_begin(process, thread, span, call);
-    thread.innermost = &span;
+    thread.open[thread.depth++] = {&span, span.number};
     return true;
 } catch (const std::exception &) {
     return false;  // no memory for the line
@@ -120,7 +103,7 @@ void end(Span &span, const RecordedCall &call, int64_t result) noexcept try {
     if (thread.generation != span.generation || process.generation != span.generation) {
         return;  // the child of a fork, which has begun no call
     }
-    thread.innermost = span.outer;
+    thread.depth = span.depth;
     const Writing writing(span);
     if (!writing || !is_recording(process)) {
         return;

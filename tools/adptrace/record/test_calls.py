@@ -8,7 +8,6 @@ SET, GET = "adp_double_tag_set", "adp_double_tag_get"
 DRIVER_SET, DRIVER_GET = "user_port_dtag_mode_set", "user_port_dtag_mode_get"
 BOARD = ["adp_set_max_phy_port_num", "adp_add_phy_port", "adp_add_phy_port"]
 PHYSICAL_PORT, MODE = 9, 3
-CRASHES, WAITS, CALLS_BACK = 0x100, 0x101, 0x102
 THREADS, CALLS_OF_THREAD = 4, 50
 
 

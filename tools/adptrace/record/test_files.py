@@ -26,6 +26,13 @@ def test_a_program_that_closes_all_descriptors_gets_no_line_into_its_files(recor
     assert run.calls[-len(CALLS) :] == CALLS
 
 
+def test_a_recording_that_cannot_be_opened_again_ends(recorder):
+    run = recorder.program("close", env=os.environ | {"OWN_FILE": str(recorder.folder / "own"), "REMOVED_FILE": str(recorder.path)})
+    assert run.status == 0
+    assert run.errors == (STOPS.format(path=run.path, reason="No such file or directory")
+                          + f"adptrace: {run.path}: the recording was removed while the program ran.\n")  # fmt: skip
+
+
 def test_a_limit_on_the_size_of_files_ends_the_recording_and_not_the_program(recorder):
     run = recorder.program("limit", preexec_fn=limited)
     assert run.status == 0

@@ -1,13 +1,16 @@
 """Other processes, ends of all kinds, and what cannot be recorded."""
 
 import os
+import shutil
 import signal
 import subprocess
 import time
 
+import pytest
 from conftest import BUILD, SECONDS, command_of
 from test_calls import BOARD, DRIVER_GET, DRIVER_SET, GET, SET
 
+NOBODY = 65534
 CALLS = [*BOARD, SET, DRIVER_SET, GET, DRIVER_GET]
 OTHER = os.environ | {"OTHER_PROGRAM": " ".join(command_of("adptrace_test_program", "calls"))}
 
@@ -94,6 +97,20 @@ def test_a_program_without_a_loader_is_told_apart(recorder):
     reason = "is for another machine than adptrace" if os.environ.get("ADP_EMULATOR") else "is linked statically"
     assert run.errors.startswith("adptrace: nothing was recorded: ") and reason in run.errors
     assert [next(iter(line)) for line in run.lines] == ["adptrace"]
+
+
+@pytest.mark.skipif(bool(os.environ.get("ADP_EMULATOR")), reason="the emulator's own privileges would be meant")
+def test_a_setuid_program_is_told_apart(recorder):
+    program = recorder.folder / "program"
+    shutil.copy("/bin/true", program)
+    try:
+        os.chown(program, NOBODY, -1)
+    except OSError:
+        pytest.skip("there is no other user in this namespace")
+    program.chmod(0o4755)
+    run = recorder.command(program)
+    assert run.status == 0
+    assert run.errors.startswith("adptrace: nothing was recorded: ") and "is setuid or has capabilities" in run.errors
 
 
 def test_a_program_without_calls_says_so(recorder):

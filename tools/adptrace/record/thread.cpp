@@ -41,6 +41,18 @@ bool is_left(const Span *call, const Span *within) {
 
 }  // namespace
 
+void append_place(const Process &process, const Thread &thread, std::string &line) {
+    if (thread.depth > 0) {
+        line += R"("within":)";
+        append_number(line, thread.open[thread.depth - 1].number);
+        line += ',';
+    }
+    line += R"("thread":)";
+    append_number(line, thread.number);
+    line += ',';
+    append_time(process, line);
+}
+
 Thread &thread() {
     return t_thread;
 }
@@ -50,13 +62,13 @@ void enter(Thread &thread, const Span &span) {
     if (thread.generation != process.generation) {
         thread.generation = process.generation;
         thread.number = 0;
-        thread.innermost = nullptr;
+        thread.depth = 0;
     }
     if (thread.number == 0) {
         thread.number = ++process.threads;
     }
-    while (thread.innermost != nullptr && is_left(thread.innermost, &span)) {
-        thread.innermost = thread.innermost->outer;
+    while (thread.depth > 0 && is_left(thread.open[thread.depth - 1].at, &span)) {
+        --thread.depth;
     }
     if (thread.buffers == nullptr) {
         pthread_once(&key_once, make_key);

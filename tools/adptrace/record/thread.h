@@ -6,7 +6,7 @@
 
 #include <stddef.h>
 #include <stdint.h>
-#include <deque>
+#include <array>
 #include <string>
 #include <vector>
 
@@ -14,12 +14,15 @@
 
 namespace adptrace {
 
+struct Process;
+
+inline constexpr size_t kMostDepth = 64; /**< of calls within calls that are recorded */
+
 /** A call under way, on the stack of the thread that makes it. */
 struct Span {
     uint64_t number;
     uint32_t generation; /**< of the process */
-    uint32_t depth;
-    Span *outer;
+    size_t depth;        /**< the calls that it is within */
     calls::Blocks blocks;
     calls::Blocks before;
 };
@@ -27,16 +30,26 @@ struct Span {
 /** Memory that a thread uses again and again. */
 struct Buffers {
     std::string line;
-    std::deque<std::vector<uint8_t>> copies; /**< by the depth of the call; a deque, for what is in use must not move */
+    std::array<std::vector<uint8_t>, kMostDepth> copies; /**< of arguments, by the depth of the call */
+};
+
+/** A call as its thread knows it. The call's own memory may be gone without its having returned. */
+struct Open {
+    const Span *at;
+    uint64_t number;
 };
 
 struct Thread {
     uint32_t generation; /**< of the process that the rest is for */
     uint32_t number;     /**< 0: it has not made a call */
-    Span *innermost;
+    size_t depth;        /**< calls that are open */
+    std::array<Open, kMostDepth> open;
     const Span *writing; /**< of the call whose line is made, or null */
     Buffers *buffers;
 };
+
+/** Appends `"within":NUMBER,"thread":NUMBER,"at":NUMBER`, the first only within a call. */
+void append_place(const Process &process, const Thread &thread, std::string &line);
 
 /** Of the thread that asks. */
 Thread &thread();

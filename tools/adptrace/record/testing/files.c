@@ -12,7 +12,8 @@ enum { kDescriptors = 1024, kFirst = 3, kMany = 2000, kFileMode = 0600 };
 
 /* Closes every descriptor, and opens a file of its own under each of the numbers, as only an unlucky daemon does. */
 int close_all(void) {
-    if (set_up() != 0)
+    const char *removed = getenv("REMOVED_FILE");
+    if (set_up() != 0 || (removed != NULL && unlink(removed) != 0))
         return 1;
     for (int fd = kFirst; fd < kDescriptors; fd++)
         close(fd);

@@ -12,7 +12,7 @@
 #include "tools/adptrace/record/testing/driver.h"
 #include "tools/adptrace/record/testing/program.h"
 
-enum { kThreads = 4, kCallsOfThread = 50, kInterrupted = 2000, kMicroseconds = 200 };
+enum { kThreads = 4, kCallsOfThread = 50, kInterrupted = 2000, kMicroseconds = 200, kStackOctets = 8192 };
 
 extern char **environ;
 
@@ -85,13 +85,21 @@ static void leave_call(int number) {
     siglongjmp(outside, 1);
 }
 
+/* What was on the stack below is nothing any more. */
+static int overwrite_stack(void) {
+    volatile unsigned char octets[kStackOctets];
+    for (size_t i = 0; i < sizeof octets; i++)
+        octets[i] = UINT8_MAX;
+    return octets[0] == UINT8_MAX;
+}
+
 int jump_out(void) {
     if (set_up() != 0)
         return 1;
     signal(SIGSEGV, leave_call);
     if (sigsetjmp(outside, 1) == 0)
         adp_double_tag_set(1, DRIVER_CRASHES);
-    return adp_double_tag_set(2, kMode);
+    return overwrite_stack() ? adp_double_tag_set(2, kMode) : 2;
 }
 
 int crash(void) {
