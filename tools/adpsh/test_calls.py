@@ -35,6 +35,12 @@ def test_an_output_can_be_given_its_content_before_the_call(mapped):
     assert mapped.outputs("adp_get_agg_group agg1 4 count=7 members=[8,9]") == {"count": 0, "members": [8, 9, 0, 0]}
 
 
+def test_a_pointer_to_void_has_the_type_that_its_mark_says(mapped):
+    assert mapped.outputs("adp_intf_stat_get 1 0 value=0x100000007") == {"value": 0x100000007}
+    assert mapped.outputs("adp_intf_cablediag 1 result={state=[1,2] length=[3]}") == {
+        "result": {"state": [1, 2, 0, 0], "length": [3, 0, 0, 0]}}
+
+
 def test_a_count_is_told_from_the_bytes(shell):
     left_out = shell("adp_dump_packet title 0180c2")
     given = shell("adp_dump_packet title 01:80:c2 3")
