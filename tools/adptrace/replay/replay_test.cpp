@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 
+#include "platform/netlink_api.h"
 #include "tools/adptrace/command.h"
 #include "tools/adptrace/replay/testing/fakes.h"
 
@@ -79,6 +80,20 @@ TEST(Replay, CallsOfTheProgramItselfAreMadeAndCompared) {
     text.end(text.begin("user_stg_default_get", R"({"unit":0,"zero":0})"), "0", R"({"stg":4})");
     EXPECT_EQ(replay(text.recording(), library, &driver).outcome.differences, 1U);
     EXPECT_THAT(driver.asked, ElementsAre("user_stg_default_get"));
+}
+
+TEST(Replay, AListOfNoElementsIsNotWritten) {
+    FakeLibrary library;
+    FakeDriver driver;
+    library.functions["adp_get_stg_each_time_list"] = [](const void *const *) -> int64_t {
+        int32_t group = 0;
+        return user_stg_each_time_list(0, 0, &group, 0, 0);
+    };
+    Text text;
+    const std::string arguments = R"("chunk_index":0,"chunk_size":0})";
+    const uint64_t outer = text.begin("adp_get_stg_each_time_list", "{" + arguments);
+    text.end(text.begin("user_stg_each_time_list", R"({"unit":0,"zero":0,)" + arguments, outer)).end(outer);
+    EXPECT_EQ(replay(text.recording(), library, &driver).said, "");
 }
 
 TEST(Replay, TheBoardIsThatOfTheProgramUntilTheLibraryChangesIt) {

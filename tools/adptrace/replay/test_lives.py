@@ -89,7 +89,8 @@ def test_a_life_is_made_again_and_the_device_is_as_the_recorded_one(device, tmp_
     recorded = state(device)
     device.restart()
     start = time.monotonic()
-    status, lines, _errors = replay(device, path, *options, seconds=SECONDS)
+    status, lines, errors = replay(device, path, *options, seconds=SECONDS)
+    assert lines, errors
     print(f"{lines[-1]} {time.monotonic() - start:.1f} s, {os.path.getsize(path) >> 10} KiB")
     assert status == EQUAL, lines[-4:]
     assert not differences(recorded, state(device))
