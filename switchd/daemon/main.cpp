@@ -7,6 +7,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <iostream>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -83,8 +84,10 @@ void take_signals(const UniqueFd &signals, Running &running) {
     }
 }
 
+/** From the root on: the keeper of the interfaces goes there. */
 std::string run_dir_of(const Options &options, const Configuration &configuration) {
-    return options.run_dir.value_or(configuration.run_dir.value_or(switchd::default_run_dir()));
+    return std::filesystem::absolute(
+        options.run_dir.value_or(configuration.run_dir.value_or(switchd::default_run_dir())));
 }
 
 void run_daemon(const Options &options) {

@@ -40,6 +40,12 @@ def test_it_starts_and_ends(switchd):
     assert not (switchd.run_dir / "control").exists()
 
 
+def test_the_run_folder_may_be_relative(switchd, tmp_path):
+    daemon = switchd.start("--run-dir", "run", cwd=tmp_path)
+    assert daemon.first_line == "adp-switchd: ready\n"
+    assert switchd.stop(daemon) == (0, "")
+
+
 def test_a_second_one_is_refused(switchd):
     first = switchd.start()
     second = switchd.start()

@@ -25,15 +25,23 @@ bool has_coloured_terminal() {
            (no_colour == nullptr || *no_colour == '\0');
 }
 
+/** A reader that has seen enough is no failure, also where SIGPIPE is ignored. */
+[[noreturn]] void end_for_want_of_output() {
+    if (errno == EPIPE) {
+        std::_Exit(EXIT_SUCCESS);
+    }
+    throw Refusal(std::string("the output cannot be written: ") + std::strerror(errno) + ".");
+}
+
 void print(const std::string &text) {
     if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size()) {
-        throw Refusal(std::string("the output cannot be written: ") + std::strerror(errno) + ".");
+        end_for_want_of_output();
     }
 }
 
 int finish() {
     if (std::fflush(stdout) != 0) {
-        throw Refusal(std::string("the output cannot be written: ") + std::strerror(errno) + ".");
+        end_for_want_of_output();
     }
     return EXIT_SUCCESS;
 }
