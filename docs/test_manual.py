@@ -54,7 +54,8 @@ def test_a_page_of_a_call_has_what_its_header_says(folder):
         assert text in page
 
 
-@pytest.mark.parametrize("name, section", [("vdeviced", 8), ("adp-switchd", 8), ("vdevctl", 1), ("adpsh", 1)])
+@pytest.mark.parametrize("name, section", [("vdeviced", 8), ("adp-switchd", 8), ("vdevctl", 1), ("adptrace", 1),
+                                           ("adpsh", 1)])
 def test_the_page_of_a_program_has_every_option_of_its_help(folder, name, section):
     page = shown(folder / f"man{section}" / f"{name}.{section}")
     options = re.findall(r"^ {2,8}.*?(--[\w-]+)", manual.output_of(PROGRAMS, name, "--help"), re.M)
@@ -69,7 +70,7 @@ def test_the_page_of_vdevctl_has_the_commands_of_the_device(folder):
     assert "vlans [VLANS] the VLAN table --vlan VLANS rows of these VLANs: 10 or 1-99,200" in page
 
 
-@pytest.mark.parametrize("name", ["vdeviced", "adp-switchd", "vdevctl", "adpsh"])
+@pytest.mark.parametrize("name", ["vdeviced", "adp-switchd", "vdevctl", "adptrace", "adpsh"])
 def test_a_program_says_its_version(name):
     assert manual.output_of(PROGRAMS, name, "--version").startswith(f"{name} {VERSION}\n")
 

@@ -36,15 +36,18 @@ def output_of(programs, name, *arguments):
 
 def read_programs(programs):
     """(program, section of the manual) of each."""
-    vdeviced, switchd, vdevctl, adpsh = (
+    vdeviced, switchd, vdevctl, adptrace, adpsh = (
         program_page.read_help(name, COMMANDS.split(output_of(programs, name, "--help"))[0])
-        for name in ("vdeviced", "adp-switchd", "vdevctl", "adpsh"))
-    switchd.commands = program_page.rows_of(output_of(programs, "adp-switchd", "--help"), "Commands")
+        for name in ("vdeviced", "adp-switchd", "vdevctl", "adptrace", "adpsh"))
+    for program in (switchd, adptrace):
+        program.commands = program_page.rows_of(output_of(programs, program.name, "--help"), "Commands")
     vdevctl.commands = program_page.commands_of(json.loads(output_of(programs, "vdevice_subjects"))["subjects"])
     text = output_of(programs, "adpsh", "help")
     adpsh.sections = [("LINES", text.partition("Commands:\n")[0].splitlines())]
     adpsh.commands = program_page.rows_of(text, "Commands")
-    return [(vdeviced, 8), (switchd, 8), (vdevctl, 1), (adpsh, 1)]
+    adptrace.sections = [(row.name.upper(), output_of(programs, "adptrace", row.name, "--help").splitlines())
+                         for row in adptrace.commands]
+    return [(vdeviced, 8), (switchd, 8), (vdevctl, 1), (adptrace, 1), (adpsh, 1)]
 
 
 def read_calls(include):

@@ -24,6 +24,15 @@ def test_standard_input_is_read_like_a_file():
     assert json.loads(run("stat", "--json", "-", input=SAMPLE.read_text()).stdout)["driver_calls_by_program"] == 3
 
 
+def test_a_reader_that_has_seen_enough_is_no_failure_where_sigpipe_is_ignored():
+    reader, writer = os.pipe()
+    os.close(reader)
+    with os.fdopen(writer, "wb") as output:
+        done = subprocess.run([*ADPTRACE, "show", SAMPLE], stdout=output, stderr=subprocess.PIPE, timeout=60,
+                              restore_signals=False)
+    assert (done.returncode, done.stderr) == (0, b"")
+
+
 @pytest.mark.parametrize("command", ["show", "stat"])
 def test_a_refusal_is_a_sentence(command, tmp_path):
     bad = tmp_path / "bad.adptrace"
