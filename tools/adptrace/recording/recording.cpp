@@ -1,0 +1,2 @@
+// Reads a recording: to be written.
+#include "tools/adptrace/recording/recording.h"
