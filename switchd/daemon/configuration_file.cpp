@@ -42,15 +42,16 @@ void read_interfaces(File &file, const toml::node &value) {
         const std::string name = text_of(file, entry, "an interface");
         const PortName port = port_named(file, entry.source(), name);
         if (port.vid == 0) {
-            file.fail(entry.source(), quoted(name) + " is there anyway; these are for frames with a tag, as swp1.100.");
+            file.fail(entry.source(), configuration_file::quoted(name) +
+                                          " is there anyway; these are for frames with a tag, as swp1.100.");
         }
         vid_of(file, entry, port.vid);
         if (is_group(port) && file.configuration.groups.count(port.intf & ADP_INTF_INDEX_MASK) == 0) {
-            file.fail(entry.source(), quoted(name) + " is of a group that is not in [groups].");
+            file.fail(entry.source(), configuration_file::quoted(name) + " is of a group that is not in [groups].");
         }
         auto &interfaces = file.configuration.interfaces;
         if (std::find(interfaces.begin(), interfaces.end(), port) != interfaces.end()) {
-            file.fail(entry.source(), quoted(name) + " is there twice.");
+            file.fail(entry.source(), configuration_file::quoted(name) + " is there twice.");
         }
         interfaces.push_back(port);
     }

@@ -27,11 +27,11 @@ void read_members(File &file, const toml::node &value, GroupSettings &group) {
         const std::string name = text_of(file, entry, "a member");
         const PortName port = whole_port_named(file, entry.source(), name);
         if (is_group(port)) {
-            file.fail(entry.source(), quoted(name) + " is a group, and no member of one.");
+            file.fail(entry.source(), configuration_file::quoted(name) + " is a group, and no member of one.");
         }
         const bool is_elsewhere = is_in_a_group(file.configuration, port.intf);
         if (is_elsewhere || !group.members.emplace(port.intf, Configuration::kDefaultPriority).second) {
-            file.fail(entry.source(), quoted(name) + " is in a group already.");
+            file.fail(entry.source(), configuration_file::quoted(name) + " is in a group already.");
         }
     }
 }
@@ -102,11 +102,11 @@ bool is_group(const PortName &port) {
 PortName port_named(const File &file, const toml::source_region &where, std::string_view name) {
     const auto port = port_of_name(name);
     if (!port) {
-        file.fail(where,
-                  quoted(name) + " is no interface of the switch; these are swp1, agg1, or swp1.100 with a tag.");
+        file.fail(where, configuration_file::quoted(name) +
+                             " is no interface of the switch; these are swp1, agg1, or swp1.100 with a tag.");
     }
     if (!is_group(*port) && port->intf > file.configuration.user_ports) {
-        file.fail(where, "there is no " + quoted(name) + ": the user ports are 1 to " +
+        file.fail(where, "there is no " + configuration_file::quoted(name) + ": the user ports are 1 to " +
                              std::to_string(file.configuration.user_ports) + ".");
     }
     return *port;
@@ -115,7 +115,7 @@ PortName port_named(const File &file, const toml::source_region &where, std::str
 PortName whole_port_named(const File &file, const toml::source_region &where, std::string_view name) {
     const PortName port = port_named(file, where, name);
     if (port.vid != 0) {
-        file.fail(where, quoted(name) + " has a tag: these settings are for all of " +
+        file.fail(where, configuration_file::quoted(name) + " has a tag: these settings are for all of " +
                              quoted(name.substr(0, name.find('.'))) + ".");
     }
     return port;

@@ -50,7 +50,7 @@ void add_learning(Draft &draft) {
 
 std::string names_of(IntfSet ports) {
     std::string text;
-    for_each(ports, [&](uint32_t port) { text += (text.empty() ? "" : ", ") + name_of({port, 0}); });
+    for_each(ports, [&](uint32_t port) { text += (text.empty() ? "" : ", ") + name_of(PortName{port, 0}); });
     return text;
 }
 

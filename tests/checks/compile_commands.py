@@ -5,7 +5,7 @@ import re
 import shlex
 from pathlib import Path
 
-GCC_ONLY = ("-Wno-subobject-linkage", "-fno-ipa-icf-functions")
+GCC_ONLY = ("-Wno-subobject-linkage", "-fno-ipa-icf-functions", "--param=ggc-min-heapsize=400000")
 
 
 def units_of(build):

@@ -5,10 +5,10 @@ tidy.py SOURCE_DIR BUILD_DIR [--changed]
 
 With --changed only the files that differ from the last commit, and those whose header does.
 
-Nearly all of clang-tidy's time goes into the headers of libraries, so the files of a component are looked at together, in
-one translation unit that includes them all. Where that has findings, or where the files cannot stand together because two
-of them name a thing of their own alike, each half is looked at again, down to the single file, which alone decides. The
-last line says how often that was so: each time costs as much as the component.
+Nearly all of clang-tidy's time goes into the headers of libraries, so many files are looked at together, in one translation
+unit that includes them all. Two files that name a thing of their own alike are in different batches. Where a batch has
+findings, or where its files cannot stand together all the same, each half is looked at again, down to the single file,
+which alone decides. The last line says how often that was so: each time costs as much as the batch.
 """
 
 import os
@@ -24,9 +24,12 @@ from compile_commands import commands_of, flags_of
 LIBRARY = ("src",)
 REST = ("vdevice", "switchd", "calls", "tools", "bench")
 # The static analyzer is for the library alone: what it says of the rest is mostly about libraries.
+MOST_TOGETHER = 60  # more would leave a processor without work at the end
 NO_ANALYZER = "--checks=-clang-analyzer-*"
 # The analyzer passes over what is included, and here everything is; including sources is what is done here.
 TOGETHER = ("--header-filter=.*[.]cpp$", "--extra-arg=-Xclang", "--extra-arg=-analyzer-opt-analyze-headers")
+# Each has a main() of another name, from which no exception may escape either.
+MAINS = "  - key: bugprone-exception-escape.FunctionsThatShouldNotThrow\n    value: '{}'\n"
 # A name that one source declares and another defines is no finding.
 TOGETHER_CHECKS = "-bugprone-suspicious-include,-readability-redundant-declaration"
 
@@ -40,6 +43,34 @@ def changed(root):
     listed = [subprocess.run(["git", "-C", str(root), *words], stdout=subprocess.PIPE, text=True, check=True).stdout
               for words in (["diff", "--name-only", "HEAD"], ["ls-files", "--others", "--exclude-standard"])]
     return {str((root / name).with_suffix(".cpp")) for name in "".join(listed).splitlines() if name.endswith((".cpp", ".h"))}
+
+
+def names_at_the_margin(source):
+    """What a source declares outside of classes and functions: two that declare one name cannot stand together. All of
+    this project's sources are formatted alike, and other namespaces are no help: files use each other's."""
+    names = set()
+    for line in source.splitlines():
+        declared = re.match(r"(?:enum class|enum|struct|class|using(?= \w+ =)) (\w+)|(?!namespace|static_assert|extern|using namespace)\w.*?([\w:~]+) *[({=;[]", line)
+        if declared:
+            names.add(declared[1] or declared[2])
+    return {name for name in names if ":" not in name and name != "main"}
+
+
+class Batch:
+    """Files that are looked at together."""
+
+    def __init__(self, alone):
+        self.files = []
+        self.names = set()
+        self.full = alone
+
+    def takes(self, names):
+        return not self.full and not names & self.names
+
+    def add(self, file, names):
+        self.files.append(file)
+        self.names |= names
+        self.full = self.full or len(self.files) == MOST_TOGETHER
 
 
 class Tidy:
@@ -73,8 +104,10 @@ class Tidy:
     def together(self, files, checks):
         with tempfile.TemporaryDirectory() as folder:
             unit = Path(folder, "together.cpp")
-            unit.write_text("".join(f'#include "{file}"\n' for file in files))
-            clean, _ = self.run([*TOGETHER, f"{checks},{TOGETHER_CHECKS}", "--config-file=.clang-tidy", str(unit), "--",
+            unit.write_text("".join(f'#undef main\n#define main main_{number}\n#include "{file}"\n' for number, file in enumerate(files)))
+            mains = ",".join(f"main_{number}" for number in range(len(files)))
+            config = (self.root / ".clang-tidy").read_text().replace("CheckOptions:\n", "CheckOptions:\n" + MAINS.format(mains))
+            clean, _ = self.run([*TOGETHER, f"{checks},{TOGETHER_CHECKS}", f"--config={config}", str(unit), "--",
                                  *self.flags_for_all(files)])
         return clean
 
@@ -88,17 +121,16 @@ class Tidy:
         return self.findings(files[:half], checks) + self.findings(files[half:], checks)
 
     def batches(self, files):
-        """The files of each component; alone a second one with a main(), and one that this build leaves out."""
-        batches = {}
-        with_main = set()
+        """Files that can stand together, in the order of their paths. One that this build leaves out is alone."""
+        batches = []
         for file in files:
-            batch = Path(file).relative_to(self.root).parent.parts[:2]
-            if re.search(r"^int main\(", Path(file).read_text(), re.M):
-                if batch in with_main:
-                    batch = file
-                with_main.add(batch)
-            batches.setdefault(batch if file in self.flags else file, []).append(file)
-        return list(batches.values())
+            own = names_at_the_margin(Path(file).read_text()) if file in self.flags else None
+            batch = next((batch for batch in batches if own is not None and batch.takes(own)), None)
+            if not batch:
+                batch = Batch(own is None)
+                batches.append(batch)
+            batch.add(file, own or set())
+        return [batch.files for batch in batches]
 
 
 def main(root, build, only_changed):

@@ -134,7 +134,7 @@ class StepJson {
         });
         return list;
     }
-    bool has(int port) const { return port == kCpuPort || board_.user_port(port).has_value(); }
+    bool has(int port) const { return port == chip::kCpuPort || board_.user_port(port).has_value(); }
 
   private:
     static json with_dscp(json object, const std::optional<uint8_t> &dscp) {
@@ -216,7 +216,7 @@ json mirrors_of(const Account &account, const StepJson &numbers) {
 json to_json(const Account &account, const driver::Board &board) {
     const StepJson step_json{board};
     json steps = json::array();
-    for (const Step &step : account.steps) {
+    for (const chip::Step &step : account.steps) {
         steps.push_back(std::visit(step_json, step));
     }
     json object = {{"time", seconds(account.time)},

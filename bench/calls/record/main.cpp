@@ -14,7 +14,7 @@
 namespace {
 
 void record_all(char **arguments) {
-    enum Argument { kProgram, kAnswers, kRows, kCode, kJson };
+    enum Argument { kProgram, kAnswers, kRows, kCode, kJsonFile };
     record::answer_from(arguments[kAnswers]);
     const fake_system::Session session;
     const silence::Silence silence;
@@ -27,7 +27,7 @@ void record_all(char **arguments) {
         }
     }
     writer.require_all();
-    writer.write(arguments[kCode], arguments[kJson]);
+    writer.write(arguments[kCode], arguments[kJsonFile]);
 }
 
 }  // namespace
