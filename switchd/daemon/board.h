@@ -12,8 +12,8 @@ void fill_port_map(const Configuration &configuration);
 bool is_chip_in_use(const Configuration &configuration);
 
 /**
- * Initialises the chip's protocol features, which takes all earlier settings back, and takes all ports out of the default
- * VLAN, so that no frame goes from port to port. Throws a vdevice::io::Error.
+ * Initialises the chip's protocol features, which takes all earlier settings back, and takes all ports out of the
+ * default VLAN, so that no frame goes from port to port. Throws a vdevice::io::Error.
  */
 void initialise_chip();
 
