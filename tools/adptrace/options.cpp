@@ -2,6 +2,7 @@
 #include "tools/adptrace/options.h"
 
 #include <algorithm>
+#include <charconv>
 
 #include "text/suggest.h"
 #include "tools/adptrace/command.h"
@@ -44,6 +45,25 @@ std::vector<std::string> read_options(std::span<const std::string> words, std::s
         option.set(option.value.empty() ? "" : has_value ? word.substr(equals + 1) : words[++n]);
     }
     return rest;
+}
+
+std::string only_file(std::span<const std::string> words) {
+    if (words.empty()) {
+        throw Refusal("it needs the FILE of a recording, or - for standard input.");
+    }
+    if (words.size() > 1) {
+        throw Refusal("it takes one FILE, not '" + words[0] + "' and '" + words[1] + "'.");
+    }
+    return words[0];
+}
+
+uint64_t natural_of(const std::string &word, uint64_t most) {
+    uint64_t number = 0;
+    const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), number);
+    if (error != std::errc{} || end != word.data() + word.size() || number == 0 || number > most) {
+        throw Refusal("'" + word + "' is no number from 1 on.");
+    }
+    return number;
 }
 
 }  // namespace adptrace

@@ -4,6 +4,7 @@
  */
 #pragma once
 
+#include <stdint.h>
 #include <functional>
 #include <span>
 #include <string>
@@ -25,5 +26,11 @@ struct Option {
  * @return the other words
  */
 std::vector<std::string> read_options(std::span<const std::string> words, std::span<const Option> options);
+
+/** The one FILE of a command that takes one. It throws a Refusal. */
+std::string only_file(std::span<const std::string> words);
+
+/** A number from 1 on. It throws a Refusal. */
+uint64_t natural_of(const std::string &word, uint64_t most = UINT64_MAX);
 
 }  // namespace adptrace

@@ -1,11 +1,10 @@
-// Options are rows of a table.
+// What a replay is asked for.
 #include "tools/adptrace/replay/options.h"
 
-#include <charconv>
 #include <string_view>
 
-#include "text/suggest.h"
 #include "tools/adptrace/command.h"
+#include "tools/adptrace/options.h"
 
 namespace adptrace::replay {
 
@@ -29,23 +28,6 @@ namespace {
 
 constexpr std::string_view kRecorded = "recorded";
 
-using Setter = void (*)(CommandLine &, const std::string &);
-
-struct Option {
-    std::string_view name;
-    std::string_view value; /**< what it takes, empty for nothing */
-    Setter set;
-};
-
-uint64_t natural_of(const std::string &word) {
-    uint64_t number = 0;
-    const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), number);
-    if (error != std::errc{} || end != word.data() + word.size() || number == 0) {
-        throw Refusal("'" + word + "' is no number from 1 on.");
-    }
-    return number;
-}
-
 void add_driver(CommandLine &line, const std::string &file) {
     if (file == kRecorded) {
         line.is_driver_recorded = true;
@@ -54,51 +36,7 @@ void add_driver(CommandLine &line, const std::string &file) {
     }
 }
 
-constexpr Option kOptions[] = {
-    {"--library", "FILE", [](CommandLine &line, const std::string &word) { line.library = word; }},
-    {"--driver", "FILE", add_driver},
-    {"--driver-only", "", [](CommandLine &line, const std::string &) { line.is_driver_only = true; }},
-    {"--keep-going", "", [](CommandLine &line, const std::string &) { line.is_to_keep_going = true; }},
-    {"--crash", "", [](CommandLine &line, const std::string &) { line.is_to_crash = true; }},
-    {"--send-frames", "", [](CommandLine &line, const std::string &) { line.is_to_send_frames = true; }},
-    {"--process", "ID", [](CommandLine &line, const std::string &word) { line.process = natural_of(word); }},
-    {"--until", "LINE", [](CommandLine &line, const std::string &word) { line.until_line = natural_of(word); }},
-    {"--until-call", "NUMBER", [](CommandLine &line, const std::string &word) { line.until_call = natural_of(word); }}};
-
-const Option &option_named(const std::string &name) {
-    std::vector<std::string_view> names;
-    for (const Option &option : kOptions) {
-        if (option.name == name) {
-            return option;
-        }
-        names.push_back(option.name);
-    }
-    throw Refusal("there is no option " + name + text::did_you_mean(name, names) + "; --help lists them.");
-}
-
-/** @return how many words it took */
-size_t read_option(CommandLine &line, std::span<const std::string> words) {
-    const size_t equals = words[0].find('=');
-    const Option &option = option_named(words[0].substr(0, equals));
-    const bool has_value = equals != std::string::npos;
-    if (option.value.empty() && has_value) {
-        throw Refusal(std::string(option.name) + " takes no value.");
-    }
-    if (option.value.empty() || has_value) {
-        option.set(line, has_value ? words[0].substr(equals + 1) : std::string());
-        return 1;
-    }
-    if (words.size() == 1) {
-        throw Refusal(std::string(option.name) + " needs " + std::string(option.value) + ".");
-    }
-    option.set(line, words[1]);
-    return 2;
-}
-
 void check(const CommandLine &line) {
-    if (line.file.empty()) {
-        throw Refusal("it needs the FILE of a recording, or - for standard input.");
-    }
     if (line.is_driver_recorded && (line.is_driver_only || !line.drivers.empty())) {
         throw Refusal("--driver=recorded means no driver, so it does not go with --driver-only or another driver.");
     }
@@ -111,18 +49,17 @@ void check(const CommandLine &line) {
 
 CommandLine command_line_of(std::span<const std::string> words) {
     CommandLine line;
-    while (!words.empty()) {
-        const std::string &word = words[0];
-        if (word != "-" && word.starts_with('-')) {
-            words = words.subspan(read_option(line, words));
-            continue;
-        }
-        if (!line.file.empty()) {
-            throw Refusal("it takes one FILE, not '" + line.file + "' and '" + word + "'.");
-        }
-        line.file = word;
-        words = words.subspan(1);
-    }
+    using Word = const std::string &;
+    const Option options[] = {{"--library", "FILE", [&](Word word) { line.library = word; }},
+                              {"--driver", "FILE", [&](Word word) { add_driver(line, word); }},
+                              {"--driver-only", "", [&](Word) { line.is_driver_only = true; }},
+                              {"--keep-going", "", [&](Word) { line.is_to_keep_going = true; }},
+                              {"--crash", "", [&](Word) { line.is_to_crash = true; }},
+                              {"--send-frames", "", [&](Word) { line.is_to_send_frames = true; }},
+                              {"--process", "ID", [&](Word word) { line.process = natural_of(word); }},
+                              {"--until", "LINE", [&](Word word) { line.until_line = natural_of(word); }},
+                              {"--until-call", "NUMBER", [&](Word word) { line.until_call = natural_of(word); }}};
+    line.file = only_file(read_options(words, options));
     check(line);
     return line;
 }

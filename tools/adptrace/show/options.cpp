@@ -1,17 +1,13 @@
-// Options are rows of a table; those that choose calls are the same for both commands.
+// The options that choose calls are the same for both commands.
 #include "tools/adptrace/show/options.h"
-
-#include <fmt/format.h>
 
 #include <algorithm>
 #include <charconv>
-#include <functional>
-#include <optional>
 #include <string_view>
 #include <vector>
 
-#include "text/suggest.h"
 #include "tools/adptrace/command.h"
+#include "tools/adptrace/options.h"
 
 namespace adptrace {
 
@@ -43,12 +39,6 @@ namespace {
 constexpr double kNanoseconds = 1e9;
 constexpr double kMostSeconds = 9e9;
 
-struct Option {
-    std::string_view name;
-    std::string_view value; /**< what it takes, empty for nothing */
-    std::function<void(Options &, const std::string &)> set;
-};
-
 struct OrderName {
     std::string_view name;
     Order order;
@@ -57,28 +47,13 @@ struct OrderName {
 constexpr OrderName kOrders[] = {
     {"time", Order::kTime}, {"count", Order::kCount}, {"errors", Order::kErrors}, {"name", Order::kName}};
 
-template <typename T>
-std::optional<T> number_of(const std::string &word) {
-    T number{};
-    const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), number);
-    return error == std::errc{} && end == word.data() + word.size() ? std::optional(number) : std::nullopt;
-}
-
 int64_t time_of(const std::string &word) {
-    const auto seconds = number_of<double>(word);
-    if (!seconds || !(*seconds >= 0) || *seconds > kMostSeconds) {
+    double seconds = -1;
+    const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), seconds);
+    if (error != std::errc{} || end != word.data() + word.size() || !(seconds >= 0) || seconds > kMostSeconds) {
         throw Refusal("'" + word + "' is no time: it takes seconds, such as 1.5.");
     }
-    return static_cast<int64_t>(*seconds * kNanoseconds);
-}
-
-template <typename T>
-T natural_of(const std::string &word) {
-    const auto number = number_of<T>(word);
-    if (!number || *number < 1) {
-        throw Refusal("'" + word + "' is no number from 1 on.");
-    }
-    return *number;
+    return static_cast<int64_t>(seconds * kNanoseconds);
 }
 
 Order order_of(const std::string &word) {
@@ -92,71 +67,37 @@ Order order_of(const std::string &word) {
 
 using Word = const std::string &;
 
-std::vector<Option> filters() {
-    return {{"--calls", "PATTERN", [](Options &o, Word word) { o.show.filter.patterns.push_back(word); }},
-            {"--failed", "", [](Options &o, Word) { o.show.filter.is_failed = true; }},
-            {"--library", "", [](Options &o, Word) { o.show.filter.is_library = true; }},
-            {"--driver", "", [](Options &o, Word) { o.show.filter.is_driver = true; }},
-            {"--thread", "N", [](Options &o, Word word) { o.show.filter.thread = natural_of<uint32_t>(word); }},
-            {"--process", "ID", [](Options &o, Word word) { o.show.filter.process = natural_of<int64_t>(word); }},
-            {"--since", "SECONDS", [](Options &o, Word word) { o.show.filter.since = time_of(word); }},
-            {"--until", "SECONDS", [](Options &o, Word word) { o.show.filter.until = time_of(word); }}};
-}
-
-const Option &option_named(const std::vector<Option> &known, const std::string &word) {
-    std::vector<std::string_view> names;
-    for (const Option &option : known) {
-        if (option.name == word) {
-            return option;
-        }
-        names.push_back(option.name);
-    }
-    throw Refusal("there is no option " + word + text::did_you_mean(word, names) + "; --help lists them.");
-}
-
-Options options_of(std::span<const std::string> words, const std::vector<Option> &known) {
-    Options options;
-    for (size_t i = 0; i < words.size(); ++i) {
-        const std::string &word = words[i];
-        if (word == "-" || !word.starts_with('-')) {
-            if (!options.file.empty()) {
-                throw Refusal("it takes one FILE, not '" + options.file + "' and '" + word + "'.");
-            }
-            options.file = word;
-            continue;
-        }
-        const size_t equals = word.find('=');
-        const Option &option = option_named(known, word.substr(0, equals));
-        if (option.value.empty() ? equals != std::string::npos : equals == std::string::npos && i + 1 == words.size()) {
-            throw Refusal(option.value.empty() ? fmt::format("{} takes no value.", option.name)
-                                               : fmt::format("{} needs {}.", option.name, option.value));
-        }
-        option.set(options, option.value.empty()          ? std::string()
-                            : equals == std::string::npos ? words[++i]
-                                                          : word.substr(equals + 1));
-    }
-    if (options.file.empty()) {
-        throw Refusal("it needs the FILE of a recording, or - for standard input.");
-    }
-    return options;
+std::vector<Option> filters(Filter &filter) {
+    return {{"--calls", "PATTERN", [&](Word word) { filter.patterns.push_back(word); }},
+            {"--failed", "", [&](Word) { filter.is_failed = true; }},
+            {"--library", "", [&](Word) { filter.is_library = true; }},
+            {"--driver", "", [&](Word) { filter.is_driver = true; }},
+            {"--thread", "N", [&](Word word) { filter.thread = static_cast<uint32_t>(natural_of(word, UINT32_MAX)); }},
+            {"--process", "ID", [&](Word word) { filter.process = static_cast<int64_t>(natural_of(word, INT64_MAX)); }},
+            {"--since", "SECONDS", [&](Word word) { filter.since = time_of(word); }},
+            {"--until", "SECONDS", [&](Word word) { filter.until = time_of(word); }}};
 }
 
 }  // namespace
 
 Options show_options(std::span<const std::string> words) {
-    std::vector<Option> known = filters();
-    known.push_back({"--tree", "", [](Options &o, Word) { o.show.is_tree = true; }});
-    known.push_back({"--frames", "", [](Options &o, Word) { o.show.has_frames = true; }});
-    known.push_back({"--full", "", [](Options &o, Word) { o.show.style.length = Length::kFull; }});
-    known.push_back({"--timeline", "PICTURE", [](Options &o, Word word) { o.timeline = word; }});
-    return options_of(words, known);
+    Options options;
+    std::vector<Option> known = filters(options.show.filter);
+    known.push_back({"--tree", "", [&](Word) { options.show.is_tree = true; }});
+    known.push_back({"--frames", "", [&](Word) { options.show.has_frames = true; }});
+    known.push_back({"--full", "", [&](Word) { options.show.style.length = Length::kFull; }});
+    known.push_back({"--timeline", "PICTURE", [&](Word word) { options.timeline = word; }});
+    options.file = only_file(read_options(words, known));
+    return options;
 }
 
 Options stat_options(std::span<const std::string> words) {
-    std::vector<Option> known = filters();
-    known.push_back({"--sort", "COLUMN", [](Options &o, Word word) { o.order = order_of(word); }});
-    known.push_back({"--json", "", [](Options &o, Word) { o.is_json = true; }});
-    return options_of(words, known);
+    Options options;
+    std::vector<Option> known = filters(options.show.filter);
+    known.push_back({"--sort", "COLUMN", [&](Word word) { options.order = order_of(word); }});
+    known.push_back({"--json", "", [&](Word) { options.is_json = true; }});
+    options.file = only_file(read_options(words, known));
+    return options;
 }
 
 }  // namespace adptrace
