@@ -86,7 +86,7 @@ BESIDE_A_DEVICE = [
     ("device", ["vlans", "macs"]),
     ("device portz", ["unknown command 'portz'", "did you mean 'ports'?"]),
     ("portz", ["unknown call 'portz'; did you mean 'ports'?"]),
-    ("status", ["'help status' searches for it, and 'device' lists what the device answers"]),
+    ("overview", ["'help overview' searches for it, and 'device' lists what the device answers"]),
     ("adp_set_port_mstp_state 3 1 ADP_STG_STATE_BLOCKING", ["stg_missing of the virtual device"]),
 ]
 

@@ -5,7 +5,7 @@ from conftest import run
 BESIDE_A_DEVICE = [
     ("", 1, ["a command is missing", "--help"]),
     ("portz", 1, ["unknown command 'portz', did you mean 'ports'?"]),
-    ("status", 1, ["unknown command 'status'", "'help' lists them"]),
+    ("overview", 1, ["unknown command 'overview'", "'help' lists them"]),
     ("help", 0, ["ports [PORTS]", "the MAC table"]),
     ("--help", 0, ["--run-dir", "Commands:", "ports [PORTS]"]),
     ("help counters", 0, ["counters [PORTS]", "--nonzero", "--rate TIME"]),
