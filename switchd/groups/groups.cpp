@@ -11,7 +11,7 @@ namespace {
 
 constexpr lacp::Time kRetryTime = std::chrono::seconds(5);
 
-std::set<uint32_t> ports_of(const GroupSettings &settings) {
+std::set<uint32_t> group_ports_of(const GroupSettings &settings) {
     std::set<uint32_t> ports;
     for (const auto &[port, priority] : settings.members) {
         ports.insert(port);
@@ -77,7 +77,7 @@ void Groups::set_groups(const GroupsSettings &settings) {
             }
         }
         found->second.settings = wanted;
-        found->second.trunk.configure(ports_of(wanted), wanted.balance);
+        found->second.trunk.configure(group_ports_of(wanted), wanted.balance);
     }
 }
 
@@ -85,7 +85,7 @@ void Groups::set_ports(const GroupsSettings &settings, Time now, const SavedGrou
     std::set<uint32_t> wanted;
     for (const auto &[number, group] : settings.groups) {
         if (group.mode == GroupMode::kLacp) {
-            wanted.merge(ports_of(group));
+            wanted.merge(group_ports_of(group));
         }
     }
     for (const uint32_t port : lacp_ports_) {

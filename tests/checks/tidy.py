@@ -53,6 +53,8 @@ def names_at_the_margin(source):
         declared = re.match(r"(?:enum class|enum|struct|class|using(?= \w+ =)) (\w+)|(?!namespace|static_assert|extern|using namespace)\w.*?([\w:~]+) *[({=;[]", line)
         if declared:
             names.add(declared[1] or declared[2])
+        if qualified := re.match(r"\w[\w ]* (?:[a-z]\w*::)+(\w+)\(", line):  # int calls::forward_call(
+            names.add(qualified[1])
     return {name for name in names if ":" not in name and name != "main"}
 
 

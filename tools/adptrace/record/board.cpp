@@ -15,7 +15,7 @@
 #include "tools/adptrace/record/process.h"
 #include "tools/adptrace/record/readable.h"
 
-namespace adptrace {
+namespace adptrace::record {
 namespace {
 
 constexpr size_t kMostRows = 1024;
@@ -106,4 +106,4 @@ void forget_board() {
     map_seen = {};
 }
 
-}  // namespace adptrace
+}  // namespace adptrace::record

@@ -3,7 +3,7 @@
 
 #include <string>
 
-namespace adptrace {
+namespace adptrace::record {
 
 struct Process;
 
@@ -16,4 +16,4 @@ void write_changed_board(Process &process, std::string &line);
 /** In the child of a fork. */
 void forget_board();
 
-}  // namespace adptrace
+}  // namespace adptrace::record

@@ -11,7 +11,7 @@
 #include "tools/adptrace/record/recording_file.h"
 #include "tools/adptrace/record/silence.h"
 
-namespace adptrace {
+namespace adptrace::record {
 namespace {
 
 constexpr int kSignalStatus = 128; /**< a shell's status of a program that a signal has ended is this and the signal */
@@ -121,6 +121,9 @@ int run(std::span<const std::string> arguments) {
 }
 
 }  // namespace
+}  // namespace adptrace::record
+
+namespace adptrace {
 
 extern const Command kRecord = {
     "record", "[-o FILE] [-f] [--frames] -- PROGRAM [ARGUMENT...]",
@@ -136,6 +139,6 @@ extern const Command kRecord = {
     "stops\n"
     "with a sentence, and the program goes on. The status is the program's, or 128 and the signal that ended it.\n"
     "What is linked statically, is setuid, or is found by the program's own dlsym() cannot be recorded.\n",
-    run};
+    record::run};
 
 }  // namespace adptrace

@@ -3,7 +3,7 @@
 
 #include <cerrno>
 
-namespace adptrace {
+namespace adptrace::record {
 
 class ErrnoGuard {
   public:
@@ -16,4 +16,4 @@ class ErrnoGuard {
     int value_;
 };
 
-}  // namespace adptrace
+}  // namespace adptrace::record

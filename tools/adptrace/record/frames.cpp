@@ -14,7 +14,7 @@
 #include "tools/adptrace/record/process.h"
 #include "tools/adptrace/record/thread.h"
 
-namespace adptrace {
+namespace adptrace::record {
 namespace {
 
 constexpr size_t kMostFrameOctets = size_t{1} << 16;
@@ -96,4 +96,4 @@ void record_frame(const Transfer &transfer) noexcept try {
     return;  // no memory for the line
 }
 
-}  // namespace adptrace
+}  // namespace adptrace::record

@@ -8,7 +8,7 @@
 #include <sys/socket.h>
 #include <sys/uio.h>
 
-namespace adptrace {
+namespace adptrace::record {
 
 /** Whether frames are recorded at all. */
 bool records_frames() noexcept;
@@ -26,4 +26,4 @@ struct Transfer {
 /** Writes a line if it went through a packet socket with whole frames. */
 void record_frame(const Transfer &transfer) noexcept;
 
-}  // namespace adptrace
+}  // namespace adptrace::record

@@ -5,7 +5,7 @@
 #include "tools/adptrace/record/loaded.h"
 #include "tools/adptrace/record/process.h"
 
-namespace adptrace {
+namespace adptrace::record {
 namespace {
 
 template <typename Result>
@@ -17,7 +17,7 @@ Result then_read_limit(Result result) {
 }
 
 }  // namespace
-}  // namespace adptrace
+}  // namespace adptrace::record
 
 // By their names alone: their types are others in each C library.
 extern "C" {
@@ -28,23 +28,23 @@ int adptrace_prlimit(pid_t process, int resource, const void *limit, void *befor
 int adptrace_prlimit64(pid_t process, int resource, const void *limit, void *before) __asm__("prlimit64");
 
 int adptrace_setrlimit(int resource, const void *limit) {
-    return adptrace::then_read_limit(
-        adptrace::next_function<decltype(&adptrace_setrlimit)>("setrlimit")(resource, limit));
+    return adptrace::record::then_read_limit(
+        adptrace::record::next_function<decltype(&adptrace_setrlimit)>("setrlimit")(resource, limit));
 }
 
 int adptrace_setrlimit64(int resource, const void *limit) {
-    return adptrace::then_read_limit(
-        adptrace::next_function<decltype(&adptrace_setrlimit64)>("setrlimit64")(resource, limit));
+    return adptrace::record::then_read_limit(
+        adptrace::record::next_function<decltype(&adptrace_setrlimit64)>("setrlimit64")(resource, limit));
 }
 
 int adptrace_prlimit(pid_t process, int resource, const void *limit, void *before) {
-    return adptrace::then_read_limit(
-        adptrace::next_function<decltype(&adptrace_prlimit)>("prlimit")(process, resource, limit, before));
+    return adptrace::record::then_read_limit(
+        adptrace::record::next_function<decltype(&adptrace_prlimit)>("prlimit")(process, resource, limit, before));
 }
 
 int adptrace_prlimit64(pid_t process, int resource, const void *limit, void *before) {
-    return adptrace::then_read_limit(
-        adptrace::next_function<decltype(&adptrace_prlimit64)>("prlimit64")(process, resource, limit, before));
+    return adptrace::record::then_read_limit(
+        adptrace::record::next_function<decltype(&adptrace_prlimit64)>("prlimit64")(process, resource, limit, before));
 }
 
 }  // extern "C"

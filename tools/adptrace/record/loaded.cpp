@@ -11,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-namespace adptrace {
+namespace adptrace::record {
 namespace {
 
 size_t lasting_objects = 0;
@@ -150,4 +150,4 @@ void *Symbol::table(const char *name) {
     return known != nullptr ? known : keep(dlsym(RTLD_DEFAULT, name));
 }
 
-}  // namespace adptrace
+}  // namespace adptrace::record

@@ -8,7 +8,7 @@
 #include <atomic>
 #include <string>
 
-namespace adptrace {
+namespace adptrace::record {
 
 /** What is loaded by now stays loaded. To be called before anything else here. */
 void remember_loaded();
@@ -36,4 +36,4 @@ Function next_function(const char *name) {
     return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
 }
 
-}  // namespace adptrace
+}  // namespace adptrace::record

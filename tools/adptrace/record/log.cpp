@@ -13,7 +13,7 @@
 #include "tools/adptrace/record/recorder.h"
 #include "tools/adptrace/record/stubs.h"
 
-namespace adptrace {
+namespace adptrace::record {
 namespace {
 
 constexpr size_t kLogTextSize = 4096;
@@ -75,20 +75,20 @@ int32_t log(int32_t level, int32_t module, const char *word, const char *format,
 }
 
 }  // namespace
-}  // namespace adptrace
+}  // namespace adptrace::record
 
 extern "C" __attribute__((format(printf, 4, 5))) int32_t Log_logging_func(int32_t level, int32_t module,
                                                                           const char *word, const char *format, ...) {
-    char text[adptrace::kLogTextSize] = "";
+    char text[adptrace::record::kLogTextSize] = "";
     va_list list;
-    if (is_recording(adptrace::process())) {
-        const adptrace::ErrnoGuard guard;
+    if (adptrace::record::is_recording(adptrace::record::process())) {
+        const adptrace::record::ErrnoGuard guard;
         va_start(list, format);
         std::vsnprintf(text, sizeof text, format, list);
         va_end(list);
     }
     va_start(list, format);
-    const adptrace::Values values(list);
+    const adptrace::record::Values values(list);
     va_end(list);
-    return adptrace::log(level, module, word, format, text, values);
+    return adptrace::record::log(level, module, word, format, text, values);
 }

@@ -18,7 +18,7 @@
 #include "tools/adptrace/record/errno_guard.h"
 #include "tools/adptrace/record/loaded.h"
 
-namespace adptrace {
+namespace adptrace::record {
 namespace {
 
 std::atomic<Process *> the_process{nullptr};
@@ -126,4 +126,4 @@ void append_time(const Process &process, std::string &text) {
     append_number(text, static_cast<uint64_t>(nanoseconds_now() - process.session.began));
 }
 
-}  // namespace adptrace
+}  // namespace adptrace::record

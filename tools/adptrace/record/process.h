@@ -12,7 +12,7 @@
 #include "tools/adptrace/record/session.h"
 #include "tools/adptrace/record/sink.h"
 
-namespace adptrace {
+namespace adptrace::record {
 
 struct Process {
     Session session;
@@ -40,4 +40,4 @@ inline bool is_recording(Process &each) {
 void append_time(const Process &process, std::string &text);
 void append_number(std::string &text, uint64_t number);
 
-}  // namespace adptrace
+}  // namespace adptrace::record

@@ -18,7 +18,7 @@
 
 #include "tools/adptrace/command.h"
 
-namespace adptrace {
+namespace adptrace::record {
 namespace {
 
 constexpr char kLibrary[] = "libadptrace.so";
@@ -165,4 +165,4 @@ Ending run_program(const std::string &file, std::span<const std::string> command
     return ending;
 }
 
-}  // namespace adptrace
+}  // namespace adptrace::record

@@ -10,7 +10,7 @@
 
 #include "tools/adptrace/record/session.h"
 
-namespace adptrace {
+namespace adptrace::record {
 
 /** How the program ended. */
 struct Ending {
@@ -29,4 +29,4 @@ std::string recorder_library();
 Ending run_program(const std::string &file, std::span<const std::string> command, const std::string &library,
                    const std::string &recording, Session session);
 
-}  // namespace adptrace
+}  // namespace adptrace::record

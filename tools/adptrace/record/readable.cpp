@@ -13,7 +13,7 @@
 
 #include "calls/form.h"
 
-namespace adptrace {
+namespace adptrace::record {
 namespace {
 
 constexpr size_t kMostOctets = size_t{1} << 16; /**< that are read of a text, or of what a number counts */
@@ -81,4 +81,4 @@ void limit_to_readable(std::span<const calls::Param> params, const void *const *
     }
 }
 
-}  // namespace adptrace
+}  // namespace adptrace::record

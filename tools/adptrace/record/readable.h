@@ -11,7 +11,7 @@
 #include "calls/element.h"
 #include "calls/json_text.h"
 
-namespace adptrace {
+namespace adptrace::record {
 
 /** The octets from the beginning that are in memory of the process; all of them where the kernel does not say. */
 size_t readable_octets(const void *at, size_t octets);
@@ -19,4 +19,4 @@ size_t readable_octets(const void *at, size_t octets);
 /** Cuts what a number counts to what there is. What cannot be read otherwise becomes an address of nothing. */
 void limit_to_readable(std::span<const calls::Param> params, const void *const *arguments, calls::Blocks &blocks);
 
-}  // namespace adptrace
+}  // namespace adptrace::record

@@ -10,7 +10,7 @@
 #include "tools/adptrace/record/process.h"
 #include "tools/adptrace/record/readable.h"
 
-namespace adptrace {
+namespace adptrace::record {
 namespace {
 
 constexpr size_t kMostLine = size_t{1} << 20; /**< of a recording */
@@ -65,7 +65,7 @@ void write_end(Process &process, const Thread &thread, const Span &span, const R
 
 bool begin(Span &span, const RecordedCall &call, const void *const *arguments) noexcept try {
     const ErrnoGuard guard;
-    Process &process = adptrace::process();
+    Process &process = record::process();
     if (!is_recording(process)) {
         return false;
     }
@@ -98,8 +98,8 @@ bool begin(Span &span, const RecordedCall &call, const void *const *arguments) n
 
 void end(Span &span, const RecordedCall &call, int64_t result) noexcept try {
     const ErrnoGuard guard;
-    Process &process = adptrace::process();
-    Thread &thread = adptrace::thread();
+    Process &process = record::process();
+    Thread &thread = record::thread();
     if (thread.generation != span.generation || process.generation != span.generation) {
         return;  // the child of a fork, which has begun no call
     }
@@ -116,4 +116,4 @@ void end(Span &span, const RecordedCall &call, int64_t result) noexcept try {
     return;
 }
 
-}  // namespace adptrace
+}  // namespace adptrace::record

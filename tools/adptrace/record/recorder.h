@@ -11,7 +11,7 @@
 #include "calls/element.h"
 #include "tools/adptrace/record/thread.h"
 
-namespace adptrace {
+namespace adptrace::record {
 
 struct RecordedCall {
     const char *name;
@@ -30,4 +30,4 @@ struct RecordedCall {
 bool begin(Span &span, const RecordedCall &call, const void *const *arguments) noexcept;
 void end(Span &span, const RecordedCall &call, int64_t result) noexcept;
 
-}  // namespace adptrace
+}  // namespace adptrace::record

@@ -20,7 +20,7 @@
 #include "tools/adptrace/command.h"
 #include "tools/adptrace/record/whole_line.h"
 
-namespace adptrace {
+namespace adptrace::record {
 namespace {
 
 constexpr std::string_view kHeaderBegin = R"({"adptrace":)";
@@ -137,4 +137,4 @@ Contents RecordingFile::contents(int64_t process) const {
     return contents;
 }
 
-}  // namespace adptrace
+}  // namespace adptrace::record

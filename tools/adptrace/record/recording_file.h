@@ -13,7 +13,7 @@
 #include "tools/adptrace/record/session.h"
 #include "vdevice/sockets/unique_fd.h"
 
-namespace adptrace {
+namespace adptrace::record {
 
 /** What is in it. */
 struct Contents {
@@ -46,4 +46,4 @@ class RecordingFile {
     int64_t began_ = 0;
 };
 
-}  // namespace adptrace
+}  // namespace adptrace::record

@@ -3,7 +3,7 @@
 
 #include <time.h>
 
-namespace adptrace {
+namespace adptrace::record {
 
 int64_t nanoseconds_now() {
     constexpr int64_t kSecond = 1000000000;
@@ -12,4 +12,4 @@ int64_t nanoseconds_now() {
     return static_cast<int64_t>(now.tv_sec) * kSecond + now.tv_nsec;
 }
 
-}  // namespace adptrace
+}  // namespace adptrace::record

@@ -7,7 +7,7 @@
 #include <inttypes.h>
 #include <stdint.h>
 
-namespace adptrace {
+namespace adptrace::record {
 
 inline constexpr char kFileVariable[] = "ADPTRACE_FILE"; /**< the recording, an absolute path */
 /** What else there is in struct Session, as numbers in its order, with colons between them. */
@@ -28,4 +28,4 @@ inline constexpr int kSessionNumbers = 6;
 /** Nanoseconds of the monotonic clock, which is the same in all processes. */
 int64_t nanoseconds_now();
 
-}  // namespace adptrace
+}  // namespace adptrace::record

@@ -13,7 +13,7 @@
 #include <string_view>
 #include <vector>
 
-namespace adptrace {
+namespace adptrace::record {
 namespace {
 
 constexpr size_t kMostRead = size_t{1} << 16; /**< of a program: the table of its segments is at the beginning */
@@ -93,4 +93,4 @@ std::string why_silent(const std::string &file, bool follows) {
            (follows ? "." : "; a program that it starts is recorded with -f.");
 }
 
-}  // namespace adptrace
+}  // namespace adptrace::record

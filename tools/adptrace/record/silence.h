@@ -3,9 +3,9 @@
 
 #include <string>
 
-namespace adptrace {
+namespace adptrace::record {
 
 /** A sentence for a program in which the library was never loaded. */
 std::string why_silent(const std::string &file, bool follows);
 
-}  // namespace adptrace
+}  // namespace adptrace::record

@@ -14,7 +14,7 @@
 
 #include "tools/adptrace/record/whole_line.h"
 
-namespace adptrace {
+namespace adptrace::record {
 namespace {
 
 constexpr int kHighest = 1000; /**< of descriptors: select(2) has 1024 */
@@ -127,4 +127,4 @@ void Sink::stop(int error) {
     [[maybe_unused]] const auto result = syscall(SYS_write, STDERR_FILENO, sentence.data(), sentence.size());
 }
 
-}  // namespace adptrace
+}  // namespace adptrace::record

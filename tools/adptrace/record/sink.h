@@ -11,7 +11,7 @@
 #include <atomic>
 #include <string>
 
-namespace adptrace {
+namespace adptrace::record {
 
 class Sink {
   public:
@@ -43,4 +43,4 @@ class Sink {
     ino_t errors_inode_ = 0;
 };
 
-}  // namespace adptrace
+}  // namespace adptrace::record

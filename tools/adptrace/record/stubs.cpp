@@ -15,7 +15,7 @@
 #include "tools/adptrace/record/recorder.h"
 #include "tools/adptrace/record/stubs.h"
 
-namespace adptrace {
+namespace adptrace::record {
 namespace {
 
 constexpr size_t kMostExported = 512;
@@ -32,15 +32,15 @@ void *function_behind(Symbol &symbol, const char *name) {
     return function;
 }
 
-}  // namespace adptrace
+}  // namespace adptrace::record
 
 int64_t calls::forward_call(CallId id, const void *const *arguments) {
-    static std::array<adptrace::Symbol, kCallCount> symbols;
+    static std::array<adptrace::record::Symbol, kCallCount> symbols;
     const Call &call = calls::call(id);
-    const adptrace::RecordedCall recorded = {call.name, call.result, nullptr, call.params, false};
-    adptrace::Span span;
+    const adptrace::record::RecordedCall recorded = {call.name, call.result, nullptr, call.params, false};
+    adptrace::record::Span span;
     const bool is_recorded = begin(span, recorded, arguments);
-    void *function = adptrace::function_behind(symbols[static_cast<size_t>(id)], call.name);
+    void *function = adptrace::record::function_behind(symbols[static_cast<size_t>(id)], call.name);
     const int64_t result = call_function(function, id, arguments);
     if (is_recorded) {
         end(span, recorded, result);
@@ -49,12 +49,12 @@ int64_t calls::forward_call(CallId id, const void *const *arguments) {
 }
 
 int64_t exported::forward_call(size_t index, const void *const *arguments) {
-    static std::array<adptrace::Symbol, adptrace::kMostExported> symbols;
+    static std::array<adptrace::record::Symbol, adptrace::record::kMostExported> symbols;
     const Call &call = calls()[index];
-    const adptrace::RecordedCall recorded = {call.name, call.result, call.layout, call.params, true};
-    adptrace::Span span;
+    const adptrace::record::RecordedCall recorded = {call.name, call.result, call.layout, call.params, true};
+    adptrace::record::Span span;
     const bool is_recorded = begin(span, recorded, arguments);
-    void *function = adptrace::function_behind(symbols[index], call.name);
+    void *function = adptrace::record::function_behind(symbols[index], call.name);
     const int64_t result = call.invoker(function, arguments);
     if (is_recorded) {
         end(span, recorded, result);

@@ -8,7 +8,7 @@
 
 #include "tools/adptrace/record/process.h"
 
-namespace adptrace {
+namespace adptrace::record {
 namespace {
 
 constexpr size_t kMostKept = size_t{1} << 16; /**< octets that a thread keeps for its next line */
@@ -58,7 +58,7 @@ Thread &thread() {
 }
 
 void enter(Thread &thread, const Span &span) {
-    Process &process = adptrace::process();
+    Process &process = record::process();
     if (thread.generation != process.generation) {
         thread.generation = process.generation;
         thread.number = 0;
@@ -94,4 +94,4 @@ Writing::~Writing() {
     }
 }
 
-}  // namespace adptrace
+}  // namespace adptrace::record

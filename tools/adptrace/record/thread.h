@@ -12,7 +12,7 @@
 
 #include "calls/json_text.h"
 
-namespace adptrace {
+namespace adptrace::record {
 
 struct Process;
 
@@ -76,4 +76,4 @@ class Writing {
     bool is_free_;
 };
 
-}  // namespace adptrace
+}  // namespace adptrace::record

@@ -10,7 +10,7 @@
 #include "tools/adptrace/record/frames.h"
 #include "tools/adptrace/record/loaded.h"
 
-namespace adptrace {
+namespace adptrace::record {
 namespace {
 
 /** What a function of the C library is called here; its own name belongs to the system's headers. */
@@ -72,14 +72,14 @@ int after_messages(bool is_sent, int fd, const struct mmsghdr *messages, int res
 }
 
 }  // namespace
-}  // namespace adptrace
+}  // namespace adptrace::record
 
-using adptrace::after_block;
-using adptrace::after_message;
-using adptrace::after_messages;
-using adptrace::after_parts;
-using adptrace::is_no_receipt;
-using adptrace::Next;
+using adptrace::record::after_block;
+using adptrace::record::after_message;
+using adptrace::record::after_messages;
+using adptrace::record::after_parts;
+using adptrace::record::is_no_receipt;
+using adptrace::record::Next;
 
 // Named with the label: the headers have inline functions of these names.
 extern "C" {

@@ -8,7 +8,7 @@
 
 #include <cerrno>
 
-namespace adptrace {
+namespace adptrace::record {
 
 int append_whole(int fd, const char *text, size_t size) {
     const auto written = syscall(SYS_write, fd, text, size);
@@ -26,4 +26,4 @@ int append_whole(int fd, const char *text, size_t size) {
     return ENOSPC;
 }
 
-}  // namespace adptrace
+}  // namespace adptrace::record

@@ -3,7 +3,7 @@
 
 #include <stddef.h>
 
-namespace adptrace {
+namespace adptrace::record {
 
 /**
  * Appends to a file opened with O_APPEND. Where there is no room for all of it what was written is taken back, since
@@ -13,4 +13,4 @@ namespace adptrace {
  */
 int append_whole(int fd, const char *text, size_t size);
 
-}  // namespace adptrace
+}  // namespace adptrace::record
