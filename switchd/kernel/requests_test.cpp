@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <chrono>
+#include <ctime>
 
 #include "switchd/kernel/testing/live_fixture.h"
 
@@ -121,11 +122,20 @@ TEST_F(RequestsTest, RefusedAddressesAreNamed) {
     EXPECT_THAT(requests_.change_addresses(some), SizeIs(300)) << "all are refused";
 }
 
-TEST_F(RequestsTest, TenThousandAddressesTakeLessThanASecond) {
+/** What this thread has used, the kernel's work for it included; unlike the clock's it does not depend on other
+ * programs. */
+double cpu_seconds() {
+    timespec used{};
+    EXPECT_EQ(clock_gettime(CLOCK_THREAD_CPUTIME_ID, &used), 0);
+    return std::chrono::duration<double>(std::chrono::seconds{used.tv_sec} + std::chrono::nanoseconds{used.tv_nsec})
+        .count();
+}
+
+TEST_F(RequestsTest, TenThousandAddressesTakeLessThanASecondOfProcessorTime) {
     make_bridge("br1", 1);
-    const auto begin = std::chrono::steady_clock::now();
+    const double before = cpu_seconds();
     EXPECT_THAT(requests_.change_addresses(addresses(index_of("p1"), 10000)), IsEmpty());
-    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds{1});
+    EXPECT_LT(cpu_seconds() - before, 1.0);
 }
 
 }  // namespace requests_test
