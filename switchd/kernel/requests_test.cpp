@@ -6,10 +6,9 @@
 #include <sys/ioctl.h>
 
 #include <cerrno>
-#include <chrono>
-#include <ctime>
 
 #include "switchd/kernel/testing/live_fixture.h"
+#include "vdevice/io/testing/processor_time.h"
 
 namespace switchd {
 namespace requests_test {
@@ -122,20 +121,11 @@ TEST_F(RequestsTest, RefusedAddressesAreNamed) {
     EXPECT_THAT(requests_.change_addresses(some), SizeIs(300)) << "all are refused";
 }
 
-/** What this thread has used, the kernel's work for it included; unlike the clock's it does not depend on other
- * programs. */
-double cpu_seconds() {
-    timespec used{};
-    EXPECT_EQ(clock_gettime(CLOCK_THREAD_CPUTIME_ID, &used), 0);
-    return std::chrono::duration<double>(std::chrono::seconds{used.tv_sec} + std::chrono::nanoseconds{used.tv_nsec})
-        .count();
-}
-
 TEST_F(RequestsTest, TenThousandAddressesTakeLessThanASecondOfProcessorTime) {
     make_bridge("br1", 1);
-    const double before = cpu_seconds();
+    const double before = vdevice::io::processor_seconds();
     EXPECT_THAT(requests_.change_addresses(addresses(index_of("p1"), 10000)), IsEmpty());
-    EXPECT_LT(cpu_seconds() - before, 1.0);
+    EXPECT_LT(vdevice::io::processor_seconds() - before, 1.0);
 }
 
 }  // namespace requests_test

@@ -12,7 +12,7 @@ import pytest
 
 PROGRAMS = os.environ["VDEVICE_PROGRAMS"]
 BOARD = ("--user-ports", "4", "--first-port", "23")
-DEADLINE = 10.0
+DEADLINE = 60.0  # on a machine with much to do
 ALL_PROTOCOLS = 0x0003
 PACKET_AUXDATA = 8
 PACKET_IGNORE_OUTGOING = 23
@@ -173,6 +173,14 @@ class Reader:
         readers = {sample["labels"]["command"]: sample["value"] for sample in families["adp_stream_readers"]}
         return readers[self.place[1]] == sum(other.place == self.place and other.process.poll() is None
                                              for other in self.started)
+
+    def read_until(self, is_enough):
+        """The lines that it writes until these are enough."""
+        output = b""
+        while not is_enough(lines := output[: output.rfind(b"\n") + 1].splitlines()):
+            assert select.select([self.process.stdout], [], [], DEADLINE)[0], output
+            output += os.read(self.process.stdout.fileno(), 65536)
+        return lines
 
     def interrupt(self):
         self.process.send_signal(signal.SIGINT)
