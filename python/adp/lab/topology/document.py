@@ -25,12 +25,15 @@ class TopologyError(LabError):
 
 @dataclasses.dataclass(frozen=True)
 class Value:
-    """A value of the file. `what` says for sentences what it is: "the key 'exec' of the node 'h1'"."""
+    """A value of the file. `what` says for sentences what it is, "the key 'exec' of the node 'h1'", and `owner` whose
+    keys stand in it: "the node 'h1'".
+    """
 
     file: str
     line: int  # of its key, if it has one: that is where one looks for it
     node: yaml.Node
     what: str
+    owner: str = ""
 
     def fail(self, sentence):
         raise TopologyError(f"{self.file}:{self.line}: {sentence[0].upper()}{sentence[1:]}")
@@ -75,11 +78,13 @@ class Value:
         if not self.is_mapping:
             self.fail(f"{self.what} should be a mapping: keys, each with a colon and a value.")
         self._check_length(most)
-        of = f" of {self.what}" if kind == "key" else ""
-        return {
-            key.value: Value(self.file, _line_of(key), value, f"the {kind} {quoted(key.value)}{of}")
-            for key, value in self.node.value
-        }
+        return {key.value: self._entry(kind, key, value) for key, value in self.node.value}
+
+    def _entry(self, kind, key, value):
+        what = f"the {kind} {quoted(key.value)}"
+        if kind != "key":
+            return Value(self.file, _line_of(key), value, what, what)
+        return Value(self.file, _line_of(key), value, f"{what} of {self.owner}" if self.owner else what, self.owner)
 
     def _check_length(self, most):
         if len(self.node.value) > most:
@@ -141,7 +146,8 @@ def _refuse(place, sentence):
 
 def _compose(text, name):
     try:
-        node = _Composer(text, name).get_single_node()
+        composer = _Composer(text, name)
+        node = composer.get_single_node()
     except yaml.MarkedYAMLError as error:
         line = (error.problem_mark or error.context_mark).line + 1
         problem = re.sub(r"\s+", " ", ", ".join(part for part in (error.problem, error.context) if part))
@@ -149,6 +155,8 @@ def _compose(text, name):
     except yaml.reader.ReaderError as error:
         line = text.count("\n", 0, error.position) + 1
         raise TopologyError(f"{name}:{line}: The character {error.character:#x} is not allowed.") from None
+    except (ValueError, OverflowError) as error:  # of numbers in escapes and directives
+        raise TopologyError(f"{name}:{composer.line + 1}: This is no YAML: {error}.") from None
     if node is None:
         raise TopologyError(f"{name}:1: The file is empty.")
     return node
