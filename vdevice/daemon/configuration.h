@@ -21,6 +21,7 @@ struct Settings {
     std::optional<bool> create_interfaces;
     std::optional<int> user_ports;
     std::optional<int> first_port;
+    std::optional<std::string> port_interfaces; /**< the name of user ports' interfaces before the number */
     std::optional<uint32_t> ring_slots;
     std::optional<bool> line_rate;
     std::optional<LogLevel> log_level;
@@ -45,6 +46,9 @@ struct Configuration {
     std::set<uint32_t> vids;
     std::vector<Step> steps;
 };
+
+/** Whether a network interface can have the name. */
+bool is_interface_name(const std::string &name);
 
 /**
  * Reads the file; what @p given says wins over it. Throws an io::Error, which names the line, if the file cannot be
