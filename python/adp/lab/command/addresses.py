@@ -21,6 +21,7 @@ def _read(record):
             f"{address['local']}/{address['prefixlen']}"
             for interface in shown
             for address in interface.get("addr_info", ())
+            if "local" in address
         ]
     return found
 

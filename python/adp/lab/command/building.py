@@ -97,7 +97,8 @@ def _all_at_once(work, nodes):
 def addresses_of(namespace):
     """The addresses of a node by which others reach it."""
     shown = json.loads(namespace.ip("address show scope global"))
-    return [address["local"] for interface in shown for address in interface.get("addr_info", ())]
+    found = [address for interface in shown for address in interface.get("addr_info", ())]
+    return [address["local"] for address in found if "local" in address]
 
 
 def _await_links(devices, hosts):

@@ -1,5 +1,7 @@
 """A device or host of a lab that stays."""
 
+import subprocess
+
 from ..device import Device
 from ..netns import NetNamespace
 from ..offload import disable_offloads
@@ -17,7 +19,8 @@ class LabDevice(Device):
         self._describe(build, node.user_ports, node.name)
         self.namespace = namespace
         self.run_dir = str(run_dir)
-        self._options = ["--config", str(node.configuration)] if node.configuration else []
+        self._options = ["--port-interfaces", "port"]
+        self._options += ["--config", str(node.configuration)] if node.configuration else []
 
     @property
     def process(self):
@@ -26,6 +29,11 @@ class LabDevice(Device):
 
     def start(self):
         self._start()
+
+    def popen(self, command, namespace=None, **options):
+        """Starts a program in the device's namespace. It ends with the lab, not with the thread that starts it."""
+        with (namespace or self.namespace).entered():
+            return subprocess.Popen(command, env=self.environment, **options)
 
     def _start(self, *options):
         super()._start(*self._options, *options)
