@@ -240,12 +240,6 @@ FAULTS = {
     "mtu": (BASE + "      mtu: 1400\n", 8, "'mtu' has no meaning here: give it with a command of 'exec'"),
     "unknown condition": (BASE + "      vars: {adp: {los: 5%}}\n", 8,
                           "The variable 'adp' cannot have a key 'los'. Did you mean 'loss'?"),
-    "loss without a unit": (BASE + "      vars: {adp: {loss: 5}}\n", 8,
-                            "The key 'loss' of the variable 'adp' should be a share of the frames: 5% or 0.1%."),
-    "too much loss": (BASE + "      vars: {adp: {loss: 100.1%}}\n", 8, "The key 'loss' of the variable 'adp' should"),
-    "delay without a unit": (BASE + "      vars: {adp: {delay: 20}}\n", 8,
-                             "The key 'delay' of the variable 'adp' should be a time: 20ms, 500us or 1s."),
-    "odd seed": (BASE + "      vars: {adp: {seed: -1}}\n", 8, "The key 'seed' of the variable 'adp' should be a num"),
     "conditions as list": (BASE + "      vars: {adp: [loss]}\n", 8, f"The variable 'adp' {NO_KEY}"),
     "bad cable of hosts": ("name: x\ntopology:\n  defaults: {kind: linux}\n  nodes: {a: , b: }\n  links:\n"
                            '    - endpoints: ["a:eth1", "b:eth1"]\n      vars: {adp: {loss: 5%}}\n', 6,
@@ -266,6 +260,36 @@ def test_a_file_that_is_large_missing_or_a_folder_is_refused(read, tmp_path):
     for path, sentence in ((tmp_path / "none.yml", "No such file or directory"), (tmp_path, "Is a directory")):
         with pytest.raises(TopologyError, match=f"{path}: Cannot be read: {sentence}"):
             read_topology(path)
+
+
+SHARE, TIME = "a percentage from 0% to 100%, as 5%", "a time up to 10s, as 20ms"
+RATE, SEED = "a rate up to 100G, as 64k", "a number from 0 to 4294967295"
+
+
+@pytest.mark.parametrize(
+    "name, rights, wrongs, form",
+    (
+        ("loss", ("0%", "0.0001%", "100%", "5.50%"), ("5", "100.0001%", "0.00001%", "-1%", "5 %", "x%"), SHARE),
+        ("delay", ("0us", "0.001us", "1.5ms", "10s"), ("20", "10.1s", "1h", "0.0001us", "1e3ms", "[1]"), TIME),
+        ("rate", ("64k", "2.5G", "100G"), ("64", "0.5k", "100.1G", "1m", "99999999999k"), RATE),
+        ("seed", ("0", "4294967295"), ("4294967296", "-1", "1.5", "x", "{}"), SEED),
+    ),
+)
+def test_a_condition_is_read_as_the_device_reads_it(read, complaint, name, rights, wrongs, form):
+    def given(value):
+        return f"{BASE}      vars: {{adp: {{{name}: {value}, duplicate: 1%}}}}\n"
+
+    for value in rights:
+        assert read(given(value)).cables[0].conditions == {name: value, "duplicate": "1%"}
+    for value in wrongs:
+        beginning = f"The key '{name}' of the variable 'adp' should be "
+        assert complaint(given(value))[1].startswith((beginning + form, beginning + "a text."))
+
+
+def test_conditions_that_do_not_go_together_are_refused(complaint):
+    jitter = complaint(f"{BASE}      vars:\n        adp:\n          delay: 1ms\n          jitter: 1001us\n")
+    assert jitter == (11, "The jitter of a cable is at most its delay.")
+    assert complaint(f"{BASE}      vars: {{adp: {{seed: 7}}}}\n") == (8, "A seed alone makes no cable a bad one.")
 
 
 # Random changes
