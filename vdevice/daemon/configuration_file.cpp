@@ -100,10 +100,8 @@ void add_port_steps(File &file, const toml::node &at, const PortEntry &entry, co
 }
 
 void read_interface(File &file, const toml::node &value, PortEntry &entry) {
-    constexpr size_t kMaxName = 15;
     const std::string name = text_of(file, value, "interface");
-    const bool is_name = !name.empty() && name.size() <= kMaxName && name.find_first_of("/: \t\n") == std::string::npos;
-    if (!is_name || text::on_one_line(name) != name) {
+    if (!is_interface_name(name)) {
         file.fail(value.source(), "an interface has a name of 1 to 15 letters without blanks, '/' and ':'.");
     }
     if (entry.ports.size() != 1) {
@@ -195,6 +193,8 @@ constexpr Key<Settings> kFileKeys[] = {
      [](File &file, const toml::node &value, Settings &settings) {
          settings.first_port = static_cast<int>(number_of(file, value, "first-port", 1, chip::Switch::kPorts - 1));
      }},
+    {"port-interfaces", [](File &file, const toml::node &value,
+                           Settings &settings) { settings.port_interfaces = text_of(file, value, "port-interfaces"); }},
     {"ring-slots",
      [](File &file, const toml::node &value, Settings &settings) {
          settings.ring_slots =

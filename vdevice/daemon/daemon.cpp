@@ -27,6 +27,7 @@ DeviceOptions options_of(const Settings &settings, const Configuration &configur
         options.cable_mark = folder.mark();
     }
     options.interfaces = configuration.interfaces;
+    options.port_interfaces = settings.port_interfaces;
     options.ring_slots = settings.ring_slots.value_or(static_cast<uint32_t>(options.ring_slots));
     options.line_rate = settings.line_rate.value_or(false);
     return options;
@@ -108,6 +109,7 @@ void Daemon::note_unchangeable(const Configuration &changed) {
         {"create-interfaces", now.create_interfaces != then.create_interfaces},
         {"user-ports", now.user_ports != then.user_ports},
         {"first-port", now.first_port != then.first_port},
+        {"port-interfaces", now.port_interfaces != then.port_interfaces},
         {"ring-slots", now.ring_slots != then.ring_slots},
         {"line-rate", now.line_rate != then.line_rate},
         {"interface", configuration_.interfaces != changed.interfaces},

@@ -11,6 +11,7 @@ namespace {
 
 constexpr char kCpuInterface[] = "cpu0";
 constexpr char kCpuPeer[] = "eth0";
+constexpr char kPortInterface[] = "port";
 
 std::string host_interface(int user_port) {
     return "host" + std::to_string(user_port);
@@ -42,7 +43,9 @@ std::string Device::interface_of(int user_port) const {
     if (named != options_.interfaces.end()) {
         return named->second;
     }
-    return user_port == driver::Board::kCpuFrontPort ? kCpuInterface : "port" + std::to_string(user_port);
+    return user_port == driver::Board::kCpuFrontPort
+               ? kCpuInterface
+               : options_.port_interfaces.value_or(kPortInterface) + std::to_string(user_port);
 }
 
 void Device::create_cables(uint32_t mark) {
@@ -136,12 +139,16 @@ const Wire *Device::wire(int chip_port) const {
 void Device::add_wire(int chip_port, int user_port) {
     auto &wire = wires_[static_cast<size_t>(chip_port)];
     wire = std::make_unique<Wire>(chip_port, interface_of(user_port), options_.ring_slots);
-    open_wire(*wire);
+    // Interfaces that come and go are opened when the link monitor reports them, also those that are there.
+    if (!options_.port_interfaces || user_port == driver::Board::kCpuFrontPort) {
+        open_wire(*wire);
+    }
 }
 
 void Device::open_wire(Wire &wire) {
     wire.socket.open();
     io::make_transparent(wire.socket.interface_name());
+    io::keep_from_machine(wire.socket.interface_name());
     wire.raised = false;
     apply_carrier(wire);
     set_cable(wire, !wire.pulled);

@@ -52,6 +52,8 @@ struct DeviceOptions {
 
     std::optional<uint32_t> cable_mark = {}; /**< of the interfaces that it makes, if it makes them */
     InterfaceNames interfaces = {};
+    /** The name of user ports' interfaces before the number, for those that come and go as somebody else makes them. */
+    std::optional<std::string> port_interfaces = {};
     size_t ring_slots = io::ReceiveRing::kSlots;
     bool line_rate = false; /**< ports send no faster than their speed */
 };

@@ -51,7 +51,7 @@ void Device::reopen(Wire &wire) {
     std::string problem;
     try {
         open_wire(wire);
-        note_wire(wire, "the interface is back");
+        note_wire(wire, "the interface is there");
     } catch (const io::Error &error) {
         wire.socket.close();
         problem = error.what();

@@ -1,0 +1,19 @@
+"""Names of labs, nodes and programs."""
+
+import re
+
+from .document import quoted
+
+# They become names of files, and parts of sockets' names, which the kernel bounds.
+_NAME = re.compile(r"[A-Za-z0-9][A-Za-z0-9_.-]{0,31}")
+
+
+def name_of(value, name=None):
+    """A name: the value's text, or the given one, which is the value's key."""
+    name = value.text() if name is None else name
+    if not _NAME.fullmatch(name):
+        value.fail(
+            f"{quoted(name)} cannot be a name: up to 32 letters, digits, hyphens, dots and underlines, "
+            "the first a letter or digit."
+        )
+    return name
