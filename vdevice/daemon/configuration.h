@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "generated/driver_calls.h"
+#include "vdevice/cable/conditions.h"
 #include "vdevice/driver/board.h"
 #include "vdevice/process/log_level.h"
 
@@ -44,6 +45,7 @@ struct Configuration {
     Settings settings;                     /**< the file's */
     std::map<int, std::string> interfaces; /**< the network interfaces of user ports, 0 for the CPU port */
     std::set<uint32_t> vids;
+    std::map<int, cable::Conditions> cables; /**< the bad cables, by user port */
     std::vector<Step> steps;
 };
 
