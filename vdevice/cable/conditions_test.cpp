@@ -95,7 +95,7 @@ TEST(Conditions, CanBeImpossible) {
     conditions.delay = conditions.jitter = 5;
     EXPECT_EQ(fault_of(conditions), nullptr);
     conditions.jitter = 6;
-    EXPECT_STREQ(fault_of(conditions), "The jitter of a cable is at most its delay.");
+    EXPECT_STREQ(fault_of(conditions), "the jitter of a cable is at most its delay.");
 }
 
 TEST(Conditions, AreNoneOnAGoodCable) {
