@@ -10,6 +10,9 @@ from adp.memory import RECORDS, FewPorts, Ports
 NUMBERS = (0, 0, 1, 1, 1, 2, 2, 3, 4, 5, 7, 8, 11, 16, 25, 26, 27, 63, 64, 100, 101, 255, 4094, 4095)
 INTERFACES = (0, 1, 2, 3, 4, 26, 27, adp.agg(1), adp.agg(2), adp.agg(8), 0x10000009, 0x20000001, 0xFFFFFFFF)
 VLANS = (0, 1, 100, 101, 102, 4094, 4095, 70000)
+# What most calls do not refuse.
+PLAIN = {"intf": (1, 2, 3, adp.agg(1)), "vid": (1, 100), "other": (0, 0, 1)}
+ZERO = ("unit", "zero", "handle")
 MACS = (bytes.fromhex("020000000001"), bytes.fromhex("01005e010203"), bytes.fromhex("0180c2000000"))
 TYPES = (bytes.fromhex("81000064"), bytes.fromhex("91000064810000650800"), b"", bytes.fromhex("0800"))
 MOST_ROOM = 40
@@ -22,8 +25,10 @@ class RandomArguments:
 
     def __init__(self, random):
         self._random = random
+        self._is_plain = True
 
     def arguments(self, call):
+        self._is_plain = self._random.random() < 0.6
         return [self.argument(call, each) for each in call.parameters if each.given]
 
     def argument(self, call, parameter):
@@ -72,7 +77,7 @@ class RandomArguments:
             return self.ports(32 * kind._length_)
         if issubclass(kind, ctypes.Array):
             if name == "mac":
-                return self._random.choice(MACS)
+                return MACS[0] if self._is_plain else self._random.choice(MACS)
             if kind._type_ is ctypes.c_uint8:
                 return self.octets(kind._length_)
             return [self.value(name, kind._type_) for _ in range(kind._length_)]
@@ -82,8 +87,11 @@ class RandomArguments:
         return self.number(name, kind)
 
     def number(self, name, kind):
-        pool = INTERFACES if "intf" in name else VLANS if "vid" in name else NUMBERS
-        if kind(-1).value < 0:
+        what = next((each for each in ("intf", "vid") if each in name), "other")
+        pool = PLAIN[what] if self._is_plain else {"intf": INTERFACES, "vid": VLANS, "other": NUMBERS}[what]
+        if self._is_plain and name in ZERO:
+            return 0
+        if kind(-1).value < 0 and not self._is_plain:
             pool += (-1,)
         found = self._random.choice(pool)
         return found if kind(found).value == found else 1

@@ -16,7 +16,7 @@ from adp.lab.device import Device
 from adp.lab.process import stop
 from adp.lab.shell import Shell
 
-ROUNDS = 20
+ROUNDS = 12
 # A descriptor: another number in each process.
 DESCRIPTORS = ("adp_pkt_init",)
 CALLER = [sys.executable, "-B", __file__.replace("test_against_adpsh", "caller")]
