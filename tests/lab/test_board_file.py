@@ -1,8 +1,11 @@
 """A board file that is wrong is told in a sentence with the key's name."""
 
+import re
+
 import pytest
 from adp.lab import LabError
 from adp.lab.board_file import read_board_file
+from adp.lab.builds import ROOT
 
 PORTS = 'interfaces = {1 = "eth1", 5 = "eth2"}\n'
 GOOD = PORTS + 'shell = "ssh -p 22 board \'my adpsh\'"\n'
@@ -23,6 +26,13 @@ def test_a_short_file_has_defaults(read):
     assert board.interfaces == {1: "eth1", 5: "eth2"}
     assert board.command == ("ssh", "-p", "22", "board", "my adpsh", "--json", "--keep-going")
     assert (board.serial, board.settle, board.name, board.build, board.force) == (None, 0.2, "board", "mips", False)
+
+
+def test_the_files_of_the_page_are_right(read):
+    page = (ROOT / "docs" / "how-to" / "test-a-board.md").read_text(encoding="utf-8")
+    first, second = map(read, re.findall("```toml\n(.*?)```", page, re.S))
+    assert first.command[:3] == ("ssh", "board", "adpsh")
+    assert (second.serial, second.settle) == (("/dev/ttyUSB0", 115200), 0.5)
 
 
 def test_a_full_file_is_read(read):

@@ -7,9 +7,9 @@ import time
 
 import pytest
 from adp.lab import LabError, board_shell, process, serial_line
+from adp.lab.board import open_board
 from adp.lab.board_shell import LONGEST_TERMINAL_LINE, BoardShell
 from remote_board import RemoteBoard, served_at_console
-from adp.lab.board import open_board
 
 FALSE_ADPSH = str(pathlib.Path(__file__).with_name("false_adpsh.py"))
 SOON = 5.0
