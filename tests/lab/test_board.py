@@ -119,9 +119,8 @@ def test_a_line_that_adpsh_rejects_does_not_end_it(bench):
     assert bench.shell.call("echo so far")["echo"] == "so far"
 
 
+@pytest.mark.parametrize("bench", PLACES[1:2], indirect=True)
 def test_what_only_the_virtual_device_has_is_named(bench):
-    if isinstance(bench.lab, Lab):
-        pytest.skip("it has it")
     for ask, name in (
         (lambda: bench.lab.device.control("vlans"), "device.control"),
         (lambda: bench.lab.hosts[MEMBER].ping("10.0.0.1"), r"hosts\[port\].ping"),
