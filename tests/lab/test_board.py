@@ -43,7 +43,7 @@ def make_bench(request, board):
         else:
             stack.enter_context(board.tester.entered())
             lab = stack.enter_context(open_board(board.file(**stack.enter_context(way(request.param, board)))))
-        shell = lab.shell("host")
+        shell = lab.shell("host" if request.param == PLACES[0] else "board")
         shell.call("map")
         shell.call("listen")
         shell.result("adp_pkt_init")
@@ -119,9 +119,8 @@ def test_a_line_that_adpsh_rejects_does_not_end_it(bench):
     assert bench.shell.call("echo so far")["echo"] == "so far"
 
 
+@pytest.mark.parametrize("bench", PLACES[1:2], indirect=True)
 def test_what_only_the_virtual_device_has_is_named(bench):
-    if isinstance(bench.lab, Lab):
-        pytest.skip("it has it")
     for ask, name in (
         (lambda: bench.lab.device.control("vlans"), "device.control"),
         (lambda: bench.lab.hosts[MEMBER].ping("10.0.0.1"), r"hosts\[port\].ping"),
@@ -132,7 +131,7 @@ def test_what_only_the_virtual_device_has_is_named(bench):
     assert not hasattr(bench.lab.device, "explain")
     with pytest.raises(LabError, match=r"Port 22 of the board has no cable to this machine; the ports \[1, 5, 7\] have"):
         bench.lab.hosts[22].send(b"")
-    with pytest.raises(LabError, match="The board runs the build 'host', by its file, and not 'mips'"):
+    with pytest.raises(LabError, match="A board runs its own build, which is called 'board' and not 'mips'"):
         bench.lab.shell("mips")
     with pytest.raises(LabError, match="needs a marker"):
         bench.lab.arrivals(b"")

@@ -50,7 +50,9 @@ class BoardNic(Nic):
 
     def is_there(self):
         """Whether the interface is the one that was opened, and not another of its name."""
-        return socket.if_nametoindex(self.interface) == self._index
+        with contextlib.suppress(OSError):
+            return socket.if_nametoindex(self.interface) == self._index
+        return False
 
     def forget(self):
         """Drops what has arrived, and the count of what was lost."""
@@ -93,9 +95,8 @@ class BoardPort:
 
     def check(self):
         """The interface must be there still, and have kept all frames, for what has arrived to be all."""
-        with self._problems_told():
-            if not self.nic.is_there():
-                raise OSError(errno.ENODEV, "")
+        if not self.nic.is_there():
+            raise LabError(f"{self.place} is gone.")
         lost = self.nic.overrun()
         if lost:
             raise LabError(f"{self.place} had more frames than could wait; {lost} were lost on this machine.")

@@ -17,9 +17,9 @@ LINES_SHOWN = 5
 CHARACTERS_SHOWN = 120
 ERROR_CHARACTERS = 1000
 MOST_ERROR_BYTES = 1 << 20
-ATTEMPTS = 5
-ATTEMPT_SECONDS = 4.0
+ATTEMPTS_SECONDS = (1.0, 2.0, 4.0, 8.0)
 QUIT_SECONDS = 2.0
+PAUSE_SECONDS = 0.2
 # A terminal in its usual mode cuts longer lines.
 LONGEST_TERMINAL_LINE = 4095
 
@@ -67,14 +67,15 @@ class BoardShell(Shell):
 
     reader = RecordReader
 
-    def __init__(self, command, opening=(), longest_line=None):
+    def __init__(self, command, start=None, longest_line=None):
+        """`start` is the line that starts adpsh at a console."""
         self._longest_line = longest_line
         self._end = ""
         super().__init__(ThisMachine(), command)
         try:
-            for line in opening:
-                super().begin(line)
-            self._await_adpsh()
+            if start:
+                self._leave_adpsh()
+            self._await_adpsh([start] if start else [])
         except BaseException:
             self.close()
             raise
@@ -108,17 +109,24 @@ class BoardShell(Shell):
         if self._end:
             raise LabError(f"adpsh on the board is no longer asked, since before: {self._end}")
 
-    def _await_adpsh(self):
+    def _leave_adpsh(self):
+        """A console that was left in the middle may have half a line, or be in adpsh still."""
+        for line in ("", "quit"):
+            super().begin(line)
+            time.sleep(PAUSE_SECONDS)  # a program that ends can take the next line with it
+
+    def _await_adpsh(self, start):
         """Input can be lost while adpsh starts, so it is asked again. The answer to the latest question counts."""
-        for attempt in range(ATTEMPTS):
+        for attempt, seconds in enumerate(ATTEMPTS_SECONDS):
             word = f"ready-{attempt}"
-            super().begin(f"echo {word}")
             try:
-                while super().finish(ATTEMPT_SECONDS).get("echo") != word:
+                for line in (*start, f"echo {word}"):
+                    super().begin(line)
+                while super().finish(seconds).get("echo") != word:
                     pass
                 return
             except LabError as problem:
-                if attempt == ATTEMPTS - 1 or not self.is_alive():
+                if seconds == ATTEMPTS_SECONDS[-1] or not self.is_alive():
                     raise LabError(f"adpsh does not start on the board: {problem}") from None
 
 
@@ -127,6 +135,5 @@ def open_board_shell(board):
     if board.command:
         return BoardShell(board.command)
     device, speed = board.serial
-    # A console that was left in the middle may still be in adpsh.
     command = (sys.executable, serial_line.__file__, device, str(speed))
-    return BoardShell(command, ("quit", board.start), LONGEST_TERMINAL_LINE)
+    return BoardShell(command, board.start, LONGEST_TERMINAL_LINE)
