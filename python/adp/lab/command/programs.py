@@ -55,12 +55,10 @@ class Place:
         self.environment = environment
         self.folder = folder
 
-    def popen(self, command, **options):
+    def popen(self, command, stdin=subprocess.DEVNULL, **options):
         try:
             with self.namespace.entered():
-                return subprocess.Popen(
-                    command, env=self.environment, cwd=self.folder, stdin=subprocess.DEVNULL, **options
-                )
+                return subprocess.Popen(command, env=self.environment, cwd=self.folder, stdin=stdin, **options)
         except OSError as problem:
             raise LabError(f"On {self.name}, '{command[0]}' cannot be started: {problem.strerror}.") from None
 
@@ -95,7 +93,9 @@ class Program:
 
     def start(self):
         with open(self.log, "ab") as log:
-            self.process = self._place.popen(self._command, stdout=log, stderr=log, start_new_session=True)
+            # Some programs end with their input, so it stays open as long as the lab is there.
+            pipe = subprocess.PIPE
+            self.process = self._place.popen(self._command, pipe, stdout=log, stderr=log, start_new_session=True)
 
     def restart(self):
         stop(self.process)
