@@ -15,11 +15,10 @@ def drawn(topology, live=None):
     """The picture's texts, and its lines by the nodes at their ends, each with its attributes."""
     picture = xml.etree.ElementTree.fromstring(svg(topology, live))
     texts = [text.text.strip() for text in picture.iter(f"{SVG}text") if text.text and text.text.strip()]
-    lines = {
-        tuple(end.partition(":")[0] for end in group.find(f"{SVG}title").text.split("--")): group.find(f"{SVG}path").attrib
-        for group in picture.iter(f"{SVG}g")
-        if group.get("class") == "edge"
-    }
+    edges = [group for group in picture.iter(f"{SVG}g") if group.get("class") == "edge"]
+    titles = [edge.find(f"{SVG}title").text.split("--") for edge in edges]
+    nodes = [tuple(end.partition(":")[0] for end in title) for title in titles]
+    lines = dict(zip(nodes, (edge.find(f"{SVG}path").attrib for edge in edges), strict=True))
     return texts, lines
 
 
@@ -49,11 +48,11 @@ def test_what_is_not_as_it_should_be_is_told_in_words_and_by_the_line():
 
 
 def test_without_a_lab_the_conditions_of_the_file_are_told(tmp_path):
-    nodes = {name: Node(name, "adp" if name.startswith("sw") else "linux") for name in ("h1", "h2", "sw1", "sw2", "sw3")}
+    kinds = {"h1": "linux", "h2": "linux", "sw1": "adp", "sw2": "adp", "sw3": "adp"}
+    nodes = {name: Node(name, kind) for name, kind in kinds.items()}
     joints = (("h1:eth1", "h2:eth1"), ("h1:eth2", "sw1:eth1"), ("sw2:eth25", "sw1:eth26"), ("sw1:eth2", "sw1:eth3"))
-    cables = tuple(
-        Cable(tuple(End(*end.split(":")) for end in ends), CONDITIONS if at else {}, 1) for at, ends in enumerate(joints)
-    )
+    joints = [tuple(End(*end.split(":")) for end in ends) for ends in joints]
+    cables = tuple(Cable(ends, CONDITIONS if at else {}, 1) for at, ends in enumerate(joints))
     texts, lines = drawn(Topology("x", nodes, cables, tmp_path))
     assert {"1 loss 5%, delay 20ms", "25 loss 5%, delay 20ms", "26", "eth1", "eth2", "sw3"} < set(texts)
     assert set(lines) == {("h1", "h2"), ("sw1", "h1"), ("sw1", "sw2"), ("sw1", "sw1")}

@@ -5,7 +5,7 @@ import random
 import time
 
 import pytest
-from adp.lab.topology import Cable, End, TopologyError, default_topology, read_topology
+from adp.lab.topology import Cable, End, TopologyError, default_topology, keys, read_topology
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 EXAMPLES = sorted((ROOT / "examples" / "topologies").glob("*.clab.yml"))
@@ -197,8 +197,8 @@ FAULTS = {
     "no such configuration": (with_node("{kind: adp, config: {vars: {adp: {configuration: a}}}}"), 4, "There is no "),
     "configured twice": (with_node('{kind: adp, binds: ["x.clab.yml:/etc/adp/vdeviced.toml"], config: {vars: {adp: '
                          "{configuration: x.clab.yml}}}}"), 4, "The node 'sw1' has a file bound to /etc/adp/vdev"),
-    "configured host": (with_host("{kind: linux, config: {vars: {adp: {user-ports: 8}}}}"), 5, "The key 'user-ports' of "
-                        "the variable 'adp' is for devices, and the node 'h1' is a host."),
+    "configured host": (with_host("{kind: linux, config: {vars: {adp: {user-ports: 8}}}}"), 5, "The key 'user-ports' "
+                        "of the variable 'adp' is for devices, and the node 'h1' is a host."),
     "refused key": (with_host("{kind: linux, ports: []}"), 5, "'ports' has no meaning here: a lab has no management"),
     "refused key of a kind": (BASE.replace("  nodes:", "  kinds:\n    linux: {cmd: bash}\n  nodes:", 1), 4,
                               "'cmd' has no meaning here: name a program: config:"),
@@ -207,8 +207,8 @@ FAULTS = {
     "odd program": (with_node("{kind: adp, config: {vars: {adp: {programs: {a/b: c}}}}}"), 4, "'a/b' cannot be a name"),
     "program of nothing": (with_node("{kind: adp, config: {vars: {adp: {programs: {a: }}}}}"), 4,
                            "The program 'a' should be a text."),
-    "too many ports": (with_node("{kind: adp, config: {vars: {adp: {user-ports: 27}}}}"), 4,
-                       "The key 'user-ports' of the variable 'adp' should be a number from 1 to 26."),
+    "too many ports": (with_node("{kind: adp, config: {vars: {adp: {user-ports: 32}}}}"), 4,
+                       "The key 'user-ports' of the variable 'adp' should be a number from 1 to 31."),
     "odd ports": (with_node("{kind: adp, config: {vars: {adp: {user-ports: [1]}}}}"), 4, "The key 'user-ports' of"),
     "links as mapping": (BASE.replace("    -", "     "), 6, "The key 'links' should be a list."),
     "link as text": (with_link("a"), 7, f"Item 1 of the key 'links' {NO_KEY}"),
@@ -240,12 +240,6 @@ FAULTS = {
     "mtu": (BASE + "      mtu: 1400\n", 8, "'mtu' has no meaning here: give it with a command of 'exec'"),
     "unknown condition": (BASE + "      vars: {adp: {los: 5%}}\n", 8,
                           "The variable 'adp' cannot have a key 'los'. Did you mean 'loss'?"),
-    "loss without a unit": (BASE + "      vars: {adp: {loss: 5}}\n", 8,
-                            "The key 'loss' of the variable 'adp' should be a share of the frames: 5% or 0.1%."),
-    "too much loss": (BASE + "      vars: {adp: {loss: 100.1%}}\n", 8, "The key 'loss' of the variable 'adp' should"),
-    "delay without a unit": (BASE + "      vars: {adp: {delay: 20}}\n", 8,
-                             "The key 'delay' of the variable 'adp' should be a time: 20ms, 500us or 1s."),
-    "odd seed": (BASE + "      vars: {adp: {seed: -1}}\n", 8, "The key 'seed' of the variable 'adp' should be a number"),
     "conditions as list": (BASE + "      vars: {adp: [loss]}\n", 8, f"The variable 'adp' {NO_KEY}"),
     "bad cable of hosts": ("name: x\ntopology:\n  defaults: {kind: linux}\n  nodes: {a: , b: }\n  links:\n"
                            '    - endpoints: ["a:eth1", "b:eth1"]\n      vars: {adp: {loss: 5%}}\n', 6,
@@ -268,10 +262,42 @@ def test_a_file_that_is_large_missing_or_a_folder_is_refused(read, tmp_path):
             read_topology(path)
 
 
+SHARE, TIME = "a percentage from 0% to 100%, as 5%", "a time up to 10s, as 20ms"
+RATE, SEED = "a rate up to 100G, as 64k", "a number from 0 to 4294967295"
+
+
+@pytest.mark.parametrize(
+    "name, rights, wrongs, form",
+    (
+        ("loss", ("0%", "0.0001%", "100%", "5.50%"), ("5", "100.0001%", "0.00001%", "-1%", "5 %", "x%"), SHARE),
+        ("delay", ("0us", "0.001us", "1.5ms", "10s"), ("20", "10.1s", "1h", "0.0001us", "1e3ms", "[1]"), TIME),
+        ("rate", ("64k", "2.5G", "100G"), ("64", "0.5k", "100.1G", "1m", "99999999999k"), RATE),
+        ("seed", ("0", "4294967295"), ("4294967296", "-1", "1.5", "x", "{}"), SEED),
+    ),
+)
+def test_a_condition_is_read_as_the_device_reads_it(read, complaint, name, rights, wrongs, form):
+    def given(value):
+        return f"{BASE}      vars: {{adp: {{{name}: {value}, duplicate: 1%}}}}\n"
+
+    for value in rights:
+        assert read(given(value)).cables[0].conditions == {name: value, "duplicate": "1%"}
+    for value in wrongs:
+        beginning = f"The key '{name}' of the variable 'adp' should be "
+        assert complaint(given(value))[1].startswith((beginning + form, beginning + "a text."))
+
+
+def test_conditions_that_do_not_go_together_are_refused(complaint):
+    jitter = complaint(f"{BASE}      vars:\n        adp:\n          delay: 1ms\n          jitter: 1001us\n")
+    assert jitter == (11, "The jitter of a cable is at most its delay.")
+    assert complaint(f"{BASE}      vars: {{adp: {{seed: 7}}}}\n") == (8, "A seed alone makes no cable a bad one.")
+
+
 # Random changes
 
-WORDS = ("", "null", "[]", "{}", "- ", ": ", "'", '"', "&a ", "*a", "!!python/none ", "eth0", "sw1:eth1", "\t", "\\0", "|\n",
-         "99999999999999999999", "~", "%YAML 1.1\n", "---\n", "<<: ", "adp: ", "\x00", "\ufeff", "\U0001f600", "[" * 30)  # fmt: skip
+WORDS = (
+    *("", "null", "[]", "{}", "- ", ": ", "'", '"', "&a ", "*a", "!!python/none ", "eth0", "sw1:eth1", "\t", "\\0",),
+    *("|\n", "99999999999999999999", "~", "%YAML 1.1\n", "---\n", "<<: ", "adp: ", "\x00", "\ufeff", "\U0001f600", "[" * 30),
+)
 
 
 def mutated(octets, chance):
@@ -297,3 +323,27 @@ def test_changed_at_random_a_file_is_read_or_refused(read, path):
             refused += 1
         assert time.monotonic() - begin < READING_SECONDS, text
     assert MUTATIONS / 3 < refused
+
+
+# The table of the reference page
+
+TABLES = {
+    "file": keys.TOP,
+    "topology": keys.TOPOLOGY,
+    "node": keys.NODE,
+    "config of a node": keys.CONFIG,
+    "adp of a node": keys.NODE_VARS,
+    "link": keys.LINK,
+    "end of a link": keys.ENDPOINT,
+    "adp of a link": keys.LINK_VARS,
+}
+
+
+def test_the_page_says_of_every_key_what_becomes_of_it():
+    page = (ROOT / "docs" / "reference" / "topology.md").read_text(encoding="utf-8")
+    told = {place: {} for place in TABLES}
+    for row in page.partition("| in | key | |\n")[2].partition("\n\n")[0].splitlines()[1:]:
+        place, names, meaning = (cell.strip() for cell in row.strip("|").split("|"))
+        verdict = meaning.removeprefix("refused: ") if meaning.startswith(("refused: ", keys.IGNORED)) else keys.READ
+        told[place] |= {name.strip("` "): verdict for name in names.split(",")}
+    assert told == TABLES

@@ -3,7 +3,7 @@
 import re
 
 from . import keys
-from .conditions import condition
+from .conditions import conditions_of
 from .document import or_similar, quoted
 from .layers import check_keys, vars_of
 from .model import Cable, End
@@ -35,7 +35,7 @@ def _cable(link, nodes, used):
     ours = vars_of(entries.get("vars"), keys.LINK_VARS)
     if ours and not any(nodes[end.node].is_device for end in ends):
         link.fail("Only a cable at a device can be a bad one, and this one joins two hosts.")
-    return Cable(ends, {name: condition(name, value) for name, value in ours.items()}, link.line)
+    return Cable(ends, conditions_of(ours), link.line)
 
 
 def _end(value, nodes, used):

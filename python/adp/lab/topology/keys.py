@@ -4,6 +4,8 @@ A key is READ; or IGNORED, since it matters for containers or their management n
 it; or refused, with a sentence that says what to write in its place.
 """
 
+from .conditions import FORMS
+
 READ, IGNORED = "read", "ignored"
 
 _NO_MANAGEMENT = "a lab has no management network"
@@ -73,7 +75,7 @@ CONFIG = {"vars": READ}
 # The key `adp` among a node's vars, and among a link's; the others are the user's own.
 OURS = "adp"
 NODE_VARS = {"programs": READ, "user-ports": READ, "configuration": READ}
-LINK_VARS = dict.fromkeys(("loss", "delay", "jitter", "rate", "corrupt", "duplicate", "seed"), READ)
+LINK_VARS = dict.fromkeys(FORMS, READ)
 
 LINK = {
     "endpoints": READ,

@@ -16,7 +16,7 @@ from .names import name_of
 KINDS = (DEVICE_KIND, HOST_KIND)
 DEVICE_IMAGE = re.compile(r"(?:.*/)?adp(?:[:@].*)?")
 MOST_NODES = 1000
-MOST_USER_PORTS = 26
+MOST_USER_PORTS = 31
 # Where the image looks for its files; to bind a file there means the same here.
 CONFIGURATION, STARTUP = "/etc/adp/vdeviced.toml", "/etc/adp/startup.adpsh"
 VARIABLE = re.compile(r"[A-Za-z_][A-Za-z0-9_]*")
@@ -86,7 +86,7 @@ def _kind(value, layers):
 
 def _user_ports(value):
     if value is None:
-        return MOST_USER_PORTS
+        return Node.user_ports
     text = value.text()
     if not re.fullmatch(r"[0-9]{1,2}", text) or not 1 <= int(text) <= MOST_USER_PORTS:
         value.fail(f"{value.what} should be a number from 1 to {MOST_USER_PORTS}.")
