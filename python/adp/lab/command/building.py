@@ -51,8 +51,8 @@ class LiveLab:
         devices = [node for node in self.nodes.values() if node.node.is_device]
         hosts = [node for node in self.nodes.values() if not node.node.is_device]
         say(counted(len(devices), "device"))
-        build = Build(self._data["build"])
-        _all_at_once(lambda device: device.switch_on(build), devices)
+        builds = [Build(self._data[name]) for name in ("build", "management")]
+        _all_at_once(lambda device: device.switch_on(*builds), devices)
         # Devices come first, so that a program which keeps a loop open is there before hosts speak.
         self._start(devices)
         say(counted(len(hosts), "host"))

@@ -1,5 +1,6 @@
 """Writes the frames of a device's port or a host's interface into a file."""
 
+import shutil
 import sys
 
 from ..builds import Build
@@ -9,6 +10,7 @@ from .ends import end_of
 from .namespaces import run
 
 STANDARD_OUTPUT = "-"
+HOST_PROGRAM = "dumpcap"
 
 
 def _device_command(record, end, options):
@@ -22,18 +24,19 @@ def _device_command(record, end, options):
 
 
 def _host_command(end, options):
-    """pcap. It stays root, who is the only user of an ordinary user's namespace."""
-    command = ["tcpdump", "-Z", "root", "-i", end.interface, "--immediate-mode", "-U", "-w", STANDARD_OUTPUT]
+    """pcapng, too. tcpdump would want to be another user, of whom an ordinary user's namespace has none."""
+    command = [HOST_PROGRAM, "-q", "-i", end.interface, "-w", STANDARD_OUTPUT]
     if options.count is not None:
         command += ["-c", str(options.count)]
-    timed = ["timeout", "--signal=INT", "--preserve-status", str(options.seconds)] if options.seconds else []
-    return timed + command
+    return command + (["-a", f"duration:{options.seconds:g}"] if options.seconds else [])
 
 
 def capture(record, options):
     """Gives the exit status."""
     end = end_of(record, options.end)
     name = options.write or STANDARD_OUTPUT
+    if not record.topology.nodes[end.node].is_device and not shutil.which(HOST_PROGRAM):
+        raise LabError(f"{HOST_PROGRAM} is not installed. It is in Debian's package wireshark-common.")
     if name == STANDARD_OUTPUT and sys.stdout.isatty():
         raise LabError("Frames are not for a terminal. Write them into a file (-w FILE) or a pipe.")
     command = (

@@ -9,10 +9,12 @@ import time
 from .. import topology as topologies
 from ..builds import Build
 from ..problem import LabError
+from ..topology import graph
 from . import record as records
 from . import show
 from .capture import capture
 from .ends import device_end
+from .live import live
 from .logs import show_logs
 from .namespaces import run
 from .options import parse
@@ -121,10 +123,8 @@ def _capture(options):
 
 
 def _graph(options):
-    from ..topology import graph
-
     record = _record(options)
-    text = graph.svg(record.topology, None)
+    text = graph.svg(record.topology, live(record))
     if options.output:
         with open(options.output, "w", encoding="utf-8") as file:
             file.write(text)

@@ -37,6 +37,8 @@ def enter(record, *nodes):
     try:
         lab = _open(record, _kinds(record))
         networks = _open(record, [f"fd/{record.nodes[node]['namespace']}" for node in nodes])
+    except FileNotFoundError:
+        raise LabError(f"The lab '{record.name}' has just ended.") from None
     except OSError as problem:
         raise LabError(f"The lab '{record.name}' cannot be entered: {problem.strerror}.") from None
     for descriptor in lab:

@@ -59,16 +59,21 @@ class LabNode:
             Program(self.place, name, command, folder / f"{name}.log") for name, command in node.programs.items()
         ]
 
-    def switch_on(self, build):
-        """Starts the device, whose cables are there."""
+    def switch_on(self, build, management):
+        """Starts the device, whose cables are there. adpsh of the `management` build reads the start-up lines."""
         self.device = LabDevice(build, self.node, self.namespace, self.folder)
+        self._management = management
         self.device.start()
-        self._apply_conditions()
+        self._set_up()
 
-    def _apply_conditions(self):
+    def _set_up(self):
+        """What the device does not remember when it is switched off."""
         for port, conditions in self.conditions.items():
             options = [word for name, value in conditions.items() for word in (f"--{name}", value)]
             self.device.run_control("--run-dir", self.device.run_dir, "cable", port, *options)
+        if self.node.startup:
+            lines = self.node.startup
+            self.place.run_words(self._management.command("adpsh", "--script", lines), f"adpsh with the lines of {lines}")
 
     def raise_interfaces(self):
         """A host's interfaces carry its frames as they are."""
@@ -91,7 +96,7 @@ class LabNode:
         self.namespace.hold()
         if self.device:
             self.device.restart()
-            self._apply_conditions()
+            self._set_up()
         for program in self.programs:
             program.restart()
 

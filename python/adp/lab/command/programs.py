@@ -58,29 +58,28 @@ class Place:
     def popen(self, command, **options):
         try:
             with self.namespace.entered():
-                return subprocess.Popen(
-                    command, env=self.environment, cwd=self.folder, stdin=subprocess.DEVNULL, **options
-                )
+                return subprocess.Popen(command, env=self.environment, cwd=self.folder, **options)
         except OSError as problem:
             raise LabError(f"On {self.name}, '{command[0]}' cannot be started: {problem.strerror}.") from None
 
     def run(self, command):
         """Runs a command to its end, which must be a success."""
-        process = self.popen(split(command, f"On {self.name}"), stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
+        self.run_words(split(command, f"On {self.name}"), f"the command '{command}'")
+
+    def run_words(self, words, what):
+        process = self.popen(words, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
         try:
             said, _ = process.communicate(timeout=COMMAND_SECONDS)
         except subprocess.TimeoutExpired:
             kill(process)
             raise LabError(
-                f"On {self.name}, the command '{command}' has not ended within {COMMAND_SECONDS:g} seconds. What goes on "
-                "running belongs under 'programs'."
+                f"On {self.name}, {what} has not ended within {COMMAND_SECONDS:g} seconds. What goes on running belongs "
+                "under 'programs'."
             ) from None
         if process.returncode != 0:
-            words = last_line(said.decode(errors="replace"))
-            raise LabError(
-                f"On {self.name}, the command '{command}' {how_it_ended(process.returncode)}"
-                + (f": {words}" if words else " and wrote nothing.")
-            )
+            last = last_line(said.decode(errors="replace"))
+            ending = f": {last}" if last else " and wrote nothing."
+            raise LabError(f"On {self.name}, {what} {how_it_ended(process.returncode)}{ending}")
 
 
 class Program:
@@ -94,8 +93,10 @@ class Program:
         self.process = None
 
     def start(self):
+        # Programs that run until their input ends go on with a pipe.
+        streams = {"stdin": subprocess.PIPE, "stderr": subprocess.STDOUT}
         with open(self.log, "ab") as log:
-            self.process = self._place.popen(self._command, stdout=log, stderr=log, start_new_session=True)
+            self.process = self._place.popen(self._command, stdout=log, start_new_session=True, **streams)
 
     def restart(self):
         stop(self.process)

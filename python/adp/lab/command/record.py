@@ -17,8 +17,8 @@ def topology_as_data(topology):
 
 
 def _node(data):
-    configuration = data["configuration"] and pathlib.Path(data["configuration"])
-    return Node(**{**data, "commands": tuple(data["commands"]), "configuration": configuration})
+    files = {name: data[name] and pathlib.Path(data[name]) for name in ("configuration", "startup")}
+    return Node(**{**data, "commands": tuple(data["commands"]), **files})
 
 
 def _cable(data):

@@ -1,0 +1,102 @@
+"""A device that podman runs as a container, and the podman that does it."""
+
+import contextlib
+import json
+import resource
+import subprocess
+
+from running import SECONDS, Running
+
+NAME = "localhost/adp:latest"
+LOAD_SECONDS = 300.0
+
+
+class Engine:
+    """Podman with a storage of its own, in which there is nothing but the image."""
+
+    def __init__(self, image, folder):
+        self._podman = ["podman", "--root", folder / "root", "--runroot", folder / "run", "--tmpdir", folder / "tmp",
+                        "--cgroup-manager", "cgroupfs", "--events-backend", "file"]
+        self._image = image
+
+    def __enter__(self):
+        self("load", "--quiet", "--input", self._image, seconds=LOAD_SECONDS)
+        return self
+
+    def __exit__(self, *_):
+        self("rm", "--all", "--force", "--time", "0")
+        self("rmi", "--all", "--force")
+
+    def command(self, *words):
+        return [*map(str, (*self._podman, *words))]
+
+    def __call__(self, *words, seconds=3 * SECONDS):
+        """Runs podman, which must succeed; gives what it printed."""
+        done = self.attempt(*words, seconds=seconds)
+        assert done.returncode == 0, f"podman {words}: {done.stdout}{done.stderr}"
+        return done.stdout.strip()
+
+    def attempt(self, *words, seconds=3 * SECONDS):
+        return subprocess.run(self.command(*words), capture_output=True, text=True, timeout=seconds, check=False)
+
+    def labels(self):
+        return json.loads(self("image", "inspect", NAME))[0]["Labels"]
+
+
+def limits():
+    """Podman raises limits, which not every sandbox lets it do: they stay as they are."""
+    for name, number in (("nofile", resource.RLIMIT_NOFILE), ("nproc", resource.RLIMIT_NPROC)):
+        soft, hard = resource.getrlimit(number)
+        yield from ("--ulimit", f"{name}={soft}:{hard}")
+
+
+class Container(Running):
+    def __init__(self, engine, etc):
+        super().__init__()
+        self.etc = "/etc/adp"
+        self._engine = engine
+        binds = [word for file in etc.iterdir() for word in ("--volume", f"{file}:/etc/adp/{file.name}:ro")]
+        self._name = engine("create", "--privileged", "--network=none", "--cgroups=disabled", *limits(), *binds, NAME)
+
+    def _start(self):
+        self._engine("start", self._name)
+
+    def _state(self):
+        return json.loads(self._engine("inspect", self._name))[0]["State"]
+
+    @property
+    def pid(self):
+        """Process id of the container's first process, as it is outside."""
+        return self._state()["Pid"]
+
+    def is_running(self):
+        return self._state()["Running"]
+
+    def inside(self, *command):
+        """The command line that runs a command inside."""
+        return self._engine.command("exec", self._name, *command)
+
+    def log(self):
+        done = self._engine.attempt("logs", self._name)
+        return done.stdout + done.stderr
+
+    def health(self):
+        """Whether the container says that it is healthy."""
+        return self._engine.attempt("healthcheck", "run", self._name).returncode == 0
+
+    def signal(self, name):
+        """Sends a signal to the first process."""
+        self._engine("kill", "--signal", name, self._name)
+
+    def wait(self):
+        """Waits for the end, and gives the status."""
+        return int(self._engine("wait", self._name))
+
+    def stop(self):
+        """Ends it, and gives the status."""
+        self._engine("stop", "--time", "10", self._name)
+        return self.wait()
+
+    def close(self):
+        with contextlib.suppress(AssertionError):
+            self._engine("rm", "--force", "--time", "0", self._name)
