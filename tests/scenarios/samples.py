@@ -4,8 +4,8 @@ The fixtures are for the modules that import them.
 """
 
 import pytest
-from cpu import group
 from adp.lab.frames import BROADCAST, ETHERTYPE_EXPERIMENT, ethernet, vlan_tag
+from adp.testing.cpu import group
 
 VLAN = 100
 MEMBERS = {1, 5, 21, 22, 26}

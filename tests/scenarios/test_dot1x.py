@@ -1,8 +1,8 @@
 """Port authorisation: a port in each of its modes, single addresses, and frames that pass a closed port."""
 
 import pytest
-from cpu import group
 from adp.lab.frames import BROADCAST, ETHERTYPE_EXPERIMENT, ethernet, mac, vlan_tag
+from adp.testing.cpu import group
 from segment import Segment, colon_form
 
 PORT, SENDER, WITNESS = 5, 1, 26

@@ -1,8 +1,8 @@
 """Double tags of an aggregation interface: set on every active member, read from the management port."""
 
 import pytest
-from cpu import group
 from adp.lab.frames import vlan_tag
+from adp.testing.cpu import group
 from tagging import EXTERNAL, INTERNAL, KEEP, OLD_PROVIDER_TPID, ORDINARY_TPID, PROVIDER_TPID, UNTOUCHED
 
 GROUP, EMPTY_GROUP, NO_GROUP = 2, 3, 9

@@ -3,7 +3,7 @@
 import contextlib
 
 import pytest
-from cpu import group
+from adp.testing.cpu import group
 from segment import ALL, DYNAMIC, STATIC, VLAN, Segment
 
 SENDER, ELSEWHERE = 1, 26

@@ -1,7 +1,7 @@
 """Limits: learning stops where one is reached, the whole table included, and what is refused is counted."""
 
 import pytest
-from cpu import group
+from adp.testing.cpu import group
 from segment import (
     ALL,
     BUCKET_FULL,

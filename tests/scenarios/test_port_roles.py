@@ -3,8 +3,8 @@
 import random
 
 import pytest
-from cpu import DEFAULT_VLAN, device_vlans, port_set
 from adp.lab.frames import vlan_tag
+from adp.testing.cpu import DEFAULT_VLAN, device_vlans, port_set
 
 RED, BLUE, NOWHERE = 100, 200, 300
 NATIVE = DEFAULT_VLAN

@@ -2,10 +2,10 @@
 
 import pytest
 from acl import REMARK_DSCP, REMARK_PRIORITY
-from cpu import group
 from crossing import NEIGHBOUR, PORTS, RECEIVER, SENDER, VLAN
 from adp.lab.frames import vlan_tag
-from packets import Packet
+from adp.testing.cpu import group
+from adp.testing.packet import Packet
 from priorities import (
     DOT1P_MAP,
     DSCP_MAP,

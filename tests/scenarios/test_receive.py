@@ -3,8 +3,8 @@
 import struct
 
 import pytest
-from cpu import group
 from adp.lab.frames import BROADCAST, ETHERTYPE_EXPERIMENT, SWITCH_TAG_TYPE, ethernet, vlan_tag
+from adp.testing.cpu import group
 from scapy.all import IP, TCP, UDP, IPv6, IPv6ExtHdrHopByHop, IPOption, PadN, Raw
 
 VLAN = 100

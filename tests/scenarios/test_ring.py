@@ -7,12 +7,11 @@ import subprocess
 import time
 
 import pytest
-from conftest import DEVICE_BUILD
-from cpu import Cpu, group
 from adp.lab import Build
 from adp.lab.frames import BROADCAST, ETHERTYPE_EXPERIMENT, ethernet
 from adp.lab.process import poll_until
 from adp.lab.ring import BEFORE, BEHIND, DEVICES, HOST, RING_PORTS, Ring, RingProgram
+from adp.testing.cpu import Cpu, group
 from ringside import BLOCKING, FORWARDING, LAST, NEXT, OWNER, Protected, Stream
 
 UNKNOWN_TYPE, REFUSED_TYPE = 0x30000001, 201
@@ -24,8 +23,8 @@ ENDED_SECONDS = 20.0
 
 
 @pytest.fixture(scope="module")
-def ring():
-    with Ring(DEVICE_BUILD) as devices:
+def ring(device_build):
+    with Ring(device_build) as devices:
         yield devices
 
 

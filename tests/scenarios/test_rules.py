@@ -15,9 +15,9 @@ from acl import (
     TO_PORT,
     TO_PORTS,
 )
-from cpu import port_set
+from adp.testing.cpu import port_set
+from adp.testing.packet import Packet
 from crossing import NEIGHBOUR, OTHER_VLAN, RECEIVER, SENDER
-from packets import Packet
 
 SUBMODULE, SAME_GROUP, LATER_GROUP, PAIRS, UNTRANSLATED = 20, 21, 31, 2, 16
 ENTITY = 1

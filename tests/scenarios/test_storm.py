@@ -1,7 +1,8 @@
 """Storm control: each type of storm is limited, other frames pass, and flags tell which limit was exceeded."""
 
 import pytest
-from cpu import group
+from adp.testing.cpu import group
+from adp.testing.packet import Packet
 from crossing import NEIGHBOUR, PORTS, RECEIVER, SENDER
 from limits import (
     ALL_CODES,
@@ -19,7 +20,6 @@ from limits import (
     UNKNOWN,
     kilobit_packet,
 )
-from packets import Packet
 from rate import TOLERANCE, frame_rate
 
 FAILED, BAD_TYPE = 102, 201

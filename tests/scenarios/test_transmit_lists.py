@@ -1,7 +1,7 @@
 """Frames from the CPU in transmit mode 0, to a list of ports or flooded: which ports they leave, byte for byte."""
 
 import pytest
-from cpu import group
+from adp.testing.cpu import group
 from samples import (  # noqa: F401  (fixtures among them)
     ALL_PORTS,
     BOTH_SIDES,

@@ -1,8 +1,8 @@
 """Frames from the CPU in the transmit modes 1 to 4: which ports they leave, byte for byte, and which they do not."""
 
 import pytest
-from cpu import NO_VLAN, group
 from adp.lab.frames import BROADCAST, ETHERTYPE_EXPERIMENT, ethernet, vlan_tag
+from adp.testing.cpu import NO_VLAN, group
 from samples import (  # noqa: F401  (fixtures among them)
     ALL_PORTS,
     BOTH_SIDES,

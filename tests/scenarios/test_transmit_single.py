@@ -1,8 +1,8 @@
 """adp_transmit_frame: one frame to one interface, with an opcode of the caller's."""
 
 import pytest
-from cpu import group
 from adp.lab.frames import BROADCAST, ETHERTYPE_EXPERIMENT, ethernet, vlan_tag
+from adp.testing.cpu import group
 
 NOT_USED, SWITCHED, ALSO_NOT_USED, TO_PORT, TO_BITMAP, AS_GIVEN, AS_GIVEN_TOO, BITMAP_AS_GIVEN = range(8)
 ALL_PORTS = range(1, 27)

@@ -1,7 +1,7 @@
 """The library's VLAN calls against the device: what is set is read back, and what a chip refuses is refused."""
 
 import pytest
-from cpu import device_vlans, ports_of
+from adp.testing.cpu import device_vlans, ports_of
 
 VLAN = 100
 LAST = 4094
