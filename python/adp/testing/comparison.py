@@ -49,9 +49,12 @@ def _size(frame):
     return "nothing" if frame is None else f"{len(frame)} octets"
 
 
-def pair_rows(place, expected, received):
-    """Two frames, either of which may be None. What both have, and is usual, is left out."""
+def pair_rows(place, expected, received, shown=()):
+    """Two frames, either of which may be None. What both have, and is usual, is left out; so is what was shown before."""
     yield _row(place, _size(expected), _size(received))
+    if (expected or received) in shown and not (expected and received):
+        yield _row("", "  the frame above" if expected else "", "  the frame above" if received else "")
+        return
     here, there = fields_of(expected), fields_of(received)
     absent = ("", True)
     for key in dict.fromkeys([*here, *there]):
@@ -73,8 +76,10 @@ def comparison(expected, received, place="port"):
     """Lines of text: of each frame that did not arrive as expected, what was expected and what was received."""
     pairs = list(differing(expected, received))
     yield _row("", "expected", "received")
+    shown = set()
     for port, wanted, seen in pairs[:MOST_PAIRS]:
-        yield from pair_rows(f"{place} {port}", wanted, seen)
+        yield from pair_rows(f"{place} {port}", wanted, seen, shown)
+        shown |= {wanted, seen}
     if len(pairs) > MOST_PAIRS:
         yield f"... and {len(pairs) - MOST_PAIRS} more frames"
     alike = sorted({*expected, *received} - {port for port, _, _ in pairs})

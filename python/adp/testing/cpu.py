@@ -1,4 +1,8 @@
-"""The device's CPU: the library's calls through adpsh, undone after each scenario."""
+"""The device's CPU: the library's calls, made by adpsh, and undone after each test."""
+
+import functools
+
+from adp.lab import LabError
 
 NO_VLAN = 0xFFFFFFFF
 DEFAULT_VLAN = 1
@@ -18,12 +22,22 @@ def group(number):
 
 
 class Cpu:
-    """One adpsh session. VLANs, port VLANs, groups and management ports set through it are undone by tidy()."""
+    """One adpsh session. Every call of `adp` is a method of it: `cpu.vlan_port_set(100, {1, 2}, {1})` takes and gives
+    the values that adp.vlan_port_set() does, and raises adp.Error as that does. `result()` and `call()` make a call from
+    words, and give the status or adpsh's whole answer.
+
+    tidy() undoes the VLANs, port VLANs, groups and management ports that were set by methods. If other calls of `adp`
+    have left the virtual device in another state, it is switched off and on.
+    """
 
     def __init__(self, lab, build, **options):
         self.lab = lab
-        self.shell = lab.shell(build, **options)
+        self._open = functools.partial(lab.shell, build, **options)
+        self.shell = self._open()
+        self._before = None  # the device's state before the first call of `adp` since tidy()
+        self._is_touched = False
         self._vlans = set()
+        self._created = set()  # maybe: the call may have failed
         self._pvids = set()
         self._groups = set()
         self._formed = set()
@@ -40,6 +54,43 @@ class Cpu:
 
     def call(self, *words):
         return self.shell.call(" ".join(map(str, words)))
+
+    def __getattr__(self, name):
+        from .calls import remote_call  # only here, since the bindings take a while to load
+
+        __tracebackhide__ = True  # a failed test shows its own line
+        if name.startswith("_"):
+            raise AttributeError(name)
+        return functools.partial(self._make, remote_call(name))
+
+    def _make(self, call, *given, **named):
+        __tracebackhide__ = True
+        values = call.values(*given, **named)
+        self._before = self._before or self._state()
+        is_undone = self._note(call.name, values)
+        self._is_touched |= not is_undone
+        return call.make(self.shell, values)
+
+    def _note(self, name, values):
+        """Whether tidy() undoes the call by another one, and not by a power cycle."""
+        vid = values.get("vid")
+        if name == "vlan_create" and vid != DEFAULT_VLAN:
+            self._created.add(vid)
+        elif name == "intf_pivd_set":
+            self._pvids.add(values["intf"])
+        elif name == "vlan_port_set" and vid == DEFAULT_VLAN:
+            self._default_changed = True
+        else:
+            return name == "vlan_destroy" or name == "vlan_port_set" and vid in self._vlans | self._created
+        return True
+
+    def _state(self):
+        """The device's settings; none of a board."""
+        try:
+            state = self.lab.device.ask("state")
+        except LabError:
+            return None
+        return {name: value for name, value in state.items() if name != "running"}
 
     # Frames out
 
@@ -135,6 +186,8 @@ class Cpu:
             assert self.result("adp_delete_agg_group", group(number)) == 0
         for port in self._pvids:
             assert self.result("adp_intf_pivd_set", port, DEFAULT_VLAN) == 0
+        for vid in self._created - self._vlans:
+            self.result("adp_vlan_destroy", vid)
         for vid in self._vlans:
             assert self.result("adp_vlan_destroy", vid) == 0
         if self._default_changed:
@@ -142,8 +195,21 @@ class Cpu:
             self._default_changed = False
         for number in self._groups:
             assert self.result("SET_AGG_MANAGE_INTF", group(number), 0) == 0
-        for known in (self._pvids, self._vlans, self._groups, self._formed):
+        for known in (self._pvids, self._vlans, self._created, self._groups, self._formed):
             known.clear()
+        self._forget_calls()
+
+    def _forget_calls(self):
+        """What is left of calls of `adp`: in the library, which ends with its adpsh, and on the device."""
+        before, self._before = self._before, None
+        if self._is_touched:
+            self._is_touched = False
+            self.shell.close()
+            if before and before != self._state():
+                self.lab.device.restart()
+                self.lab.await_links()
+            self.shell = self._open()
+            self.set_up()
 
     def close(self):
         self.shell.close()
