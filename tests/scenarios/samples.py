@@ -3,9 +3,9 @@
 The fixtures are for the modules that import them.
 """
 
+import adp
 import pytest
 from adp.lab.frames import BROADCAST, ETHERTYPE_EXPERIMENT, ethernet, vlan_tag
-from adp.testing.cpu import group
 
 VLAN = 100
 MEMBERS = {1, 5, 21, 22, 26}
@@ -52,4 +52,4 @@ def member_group(cpu, vlan):
     """Group 3 with the ports 21 and 22 of the VLAN, managed by 22."""
     cpu.form_group(3, (21, 22))
     cpu.give_management_port(3, 22)
-    return group(3)
+    return adp.agg(3)

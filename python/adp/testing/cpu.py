@@ -2,23 +2,15 @@
 
 import functools
 
+import adp
 from adp.lab import LabError
 
-NO_VLAN = 0xFFFFFFFF
+from .calls import remote_call, text_of
+
 DEFAULT_VLAN = 1
 USER_PORTS = range(1, 27)
 CPU_PORT = 0
 SETTLE_SECONDS = 5.0
-
-
-def port_set(ports):
-    """A set of ports as adpsh writes it."""
-    return "{" + ",".join(map(str, sorted(ports))) + "}"
-
-
-def group(number):
-    """The aggregation interface of a group."""
-    return 0x10000000 | number
 
 
 class Cpu:
@@ -56,8 +48,6 @@ class Cpu:
         return self.shell.call(" ".join(map(str, words)))
 
     def __getattr__(self, name):
-        from .calls import remote_call  # only here, since the bindings take a while to load
-
         __tracebackhide__ = True  # a failed test shows its own line
         if name.startswith("_"):
             raise AttributeError(name)
@@ -94,7 +84,7 @@ class Cpu:
 
     # Frames out
 
-    def transmit(self, frame, ports=None, vlan=NO_VLAN, mode=0, source=0):
+    def transmit(self, frame, ports=None, vlan=adp.NO_VLAN, mode=0, source=0):
         """Status of __adp_transmit_frame; `ports` None gives no list at all."""
         listed = "null" if ports is None else "[" + ",".join(map(str, ports)) + "]"
         return self.result("__adp_transmit_frame", f"{{frame={frame.hex()} source={source}}}", listed, vlan, mode)
@@ -158,12 +148,12 @@ class Cpu:
         self.vlan_ports(DEFAULT_VLAN, members, untagged)
 
     def vlan_ports(self, vid, members, untagged=()):
-        assert self.result("adp_vlan_port_set", vid, port_set(members), port_set(untagged)) == 0
+        assert self.result("adp_vlan_port_set", vid, text_of(set(members)), text_of(set(untagged))) == 0
 
     def read_vlan(self, vid):
         """(status, members, untagged) of adp_vlan_port_get."""
         answer = self.call("adp_vlan_port_get", vid, "{}", "{}")
-        return answer["result"], *(ports_of(answer["outputs"][name]) for name in ("members", "untagged"))
+        return answer["result"], *(adp.PortSet.from_words(answer["outputs"][name]) for name in ("members", "untagged"))
 
     def set_pvid(self, port, vid):
         self._pvids.add(port)
@@ -171,19 +161,19 @@ class Cpu:
 
     def give_management_port(self, number, port):
         self._groups.add(number)
-        assert self.result("SET_AGG_MANAGE_INTF", group(number), port) == 0
+        assert self.result("SET_AGG_MANAGE_INTF", adp.agg(number), port) == 0
 
     def form_group(self, number, ports):
         """Forms a group of these ports, configured and active, so that the device's VLAN records list it."""
-        assert self.result("adp_create_agg_group", group(number)) == 0
+        assert self.result("adp_create_agg_group", adp.agg(number)) == 0
         self._formed.add(number)
         word = sum(1 << port for port in ports)
-        assert self.result("adp_add_agg_standby_member", group(number), word, 0) == 0
-        assert self.result("adp_add_agg_member_by_map", group(number), word, 0) == 0
+        assert self.result("adp_add_agg_standby_member", adp.agg(number), word, 0) == 0
+        assert self.result("adp_add_agg_member_by_map", adp.agg(number), word, 0) == 0
 
     def tidy(self):
         for number in self._formed:
-            assert self.result("adp_delete_agg_group", group(number)) == 0
+            assert self.result("adp_delete_agg_group", adp.agg(number)) == 0
         for port in self._pvids:
             assert self.result("adp_intf_pivd_set", port, DEFAULT_VLAN) == 0
         for vid in self._created - self._vlans:
@@ -194,7 +184,7 @@ class Cpu:
             self.vlan_ports(DEFAULT_VLAN, {CPU_PORT, *USER_PORTS}, USER_PORTS)
             self._default_changed = False
         for number in self._groups:
-            assert self.result("SET_AGG_MANAGE_INTF", group(number), 0) == 0
+            assert self.result("SET_AGG_MANAGE_INTF", adp.agg(number), 0) == 0
         for known in (self._pvids, self._vlans, self._created, self._groups, self._formed):
             known.clear()
         self._forget_calls()
@@ -213,11 +203,6 @@ class Cpu:
 
     def close(self):
         self.shell.close()
-
-
-def ports_of(words):
-    """The set of numbers in eight words."""
-    return {32 * at + bit for at, word in enumerate(words) for bit in range(32) if word >> bit & 1}
 
 
 def device_vlans(lab):

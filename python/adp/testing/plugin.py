@@ -5,7 +5,6 @@ the first test, every device is recorded, and a failed test tells what became of
 """
 
 import contextlib
-import os
 
 import pytest
 from adp.lab import Lab, LabError
