@@ -10,8 +10,8 @@
 
 The modules, each using those before it: `settings` (options), `calls` (calls by name, with values of Python), `cpu` (the
 device's CPU, which undoes what a test sets), `packet` (packets by their fields), `crossing` (hosts in a VLAN),
-`comparison` and `failures` (what a failed test tells), `plugin` (fixtures, markers, options). `packet`, `comparison` and
-`failures` need scapy, so nothing here imports them before a test needs them.
+`comparison` and `failures` (what a failed test tells), `plugin` (fixtures, markers, options). Packets, and the fields of
+frames that did not arrive, need scapy, which is loaded no sooner.
 """
 
 import pytest

@@ -65,6 +65,11 @@ class RemoteCall:
         self._signature = inspect.signature(function)
         self._call = vars(sys.modules[function.__module__])["_" + self.name]
 
+    @property
+    def parameters(self):
+        """The parameters as `adp` knows them."""
+        return self._call.parameters
+
     def values(self, *given, **named):
         """{parameter: value} of what is given, checked."""
         __tracebackhide__ = True  # a failed test shows its own line
@@ -76,7 +81,7 @@ class RemoteCall:
     def _checked(self, bound):
         bound.apply_defaults()
         values = {name: with_port_sets(value) for name, value in bound.arguments.items()}
-        for parameter in self._call.parameters:
+        for parameter in self.parameters:
             if isinstance(parameter, Callback) and values[parameter.name] is not None:
                 raise TypeError(f"{parameter.name}: adpsh cannot call a function of this process")
             parameter.argument(values)  # refuses what the call cannot take
@@ -91,7 +96,7 @@ class RemoteCall:
 
     def _is_told(self, name):
         """Whether None is told: it stands for no address, or for zeros, which adpsh has for what is left out."""
-        return not next(parameter.returned for parameter in self._call.parameters if parameter.name == name)
+        return not next(parameter.returned for parameter in self.parameters if parameter.name == name)
 
     def _outcome(self, answer):
         __tracebackhide__ = True

@@ -3,8 +3,6 @@
 from collections import Counter
 from itertools import zip_longest
 
-from scapy.all import Ether, Raw
-
 NAME_WIDTH, VALUE_WIDTH = 22, 34
 MOST_PAIRS = 4
 
@@ -18,6 +16,8 @@ def are_arrivals(value):
 
 
 def decoded(frame):
+    from scapy.all import Ether, Raw  # only here, since it takes half a second to load and only failures need it
+
     try:
         return Ether(frame)
     except Exception:  # a header that is cut short, or an option that is none, ends scapy in many ways
@@ -35,7 +35,7 @@ def fields_of(frame):
         name = layer.name + (f" {names[layer.name]}" if names[layer.name] > 1 else "")
         for field in layer.fields_desc:
             value = layer.getfieldval(field.name)
-            text = repr(value) if isinstance(layer, Raw) else field.i2repr(layer, value)
+            text = repr(value) if layer.name == "Raw" else field.i2repr(layer, value)
             fields[name, field.name] = (text, value == field.default)
     return fields
 

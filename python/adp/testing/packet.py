@@ -3,7 +3,10 @@
 from typing import NamedTuple
 
 from adp.lab.frames import ETHERTYPE_EXPERIMENT
-from scapy.all import IP, TCP, UDP, Dot1Q, Ether, IPv6, Raw
+from scapy.layers.inet import IP, TCP, UDP
+from scapy.layers.inet6 import IPv6
+from scapy.layers.l2 import Dot1Q, Ether
+from scapy.packet import Raw
 
 DSCP_SHIFT = 2
 TRANSPORTS = {"udp": UDP, "tcp": TCP}

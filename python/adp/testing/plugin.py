@@ -10,6 +10,8 @@ import pytest
 from adp.lab import Lab, LabError
 from adp.lab.isolate import enter
 
+from .crossing import Crossing
+from .failures import Failures
 from .settings import Settings, add_options
 
 MARKERS = (
@@ -62,8 +64,6 @@ def pytest_collection_finish(session):
 
 def begin(config, with_library):
     """Enters the namespaces and records the devices from now on. What is missing ends the run with one sentence."""
-    from .failures import Failures  # only here: it needs scapy, which takes half a second to load
-
     settings = Settings(config)
     try:
         settings.check_programs(with_library)
@@ -121,7 +121,7 @@ def open_lab(settings):
 @pytest.fixture(scope="session")
 def session_cpu(lab, build):
     """The CPU that the tests of a build share; they use `cpu`."""
-    from .cpu import Cpu
+    from .cpu import Cpu  # only here, since it needs the bindings
 
     with contextlib.closing(Cpu(lab, build)) as made:
         made.set_up()
@@ -150,8 +150,6 @@ def device(lab):
 @pytest.fixture
 def crossing(lab, cpu):
     """Three hosts of a tagged VLAN."""
-    from .crossing import Crossing
-
     return Crossing(lab, cpu)
 
 
