@@ -66,7 +66,7 @@ def test_adpsh_understands_every_call(device_build, build):
         answers = {name: answer_of(shell, function) for name, function in calls().items()}
     assert len(answers) > 250
     assert answers["vlan_create"].name == "vlan_exists"
-    assert answers["get_mac_addr"].outputs == adp.L2Entry()
+    assert isinstance(answers["get_mac_addr"].outputs, adp.L2Entry)
 
 
 @pytest.fixture

@@ -23,7 +23,7 @@ class Cpu:
     """
 
     def __init__(self, lab, build, **options):
-        self.lab = lab
+        self.lab, self.build = lab, build
         self._open = functools.partial(lab.shell, build, **options)
         self.shell = self._open()
         self._before = None  # the device's state before the first call of `adp` since tidy()
@@ -34,6 +34,9 @@ class Cpu:
         self._groups = set()
         self._formed = set()
         self._default_changed = False
+
+    def __repr__(self):
+        return f"<Cpu: {self.build} build of the library>"
 
     def set_up(self):
         """Sets up the default board's port map and the send socket, and receives on the CPU port."""
