@@ -1,0 +1,121 @@
+"""The calls of `adp`, made by adpsh in place of this process.
+
+They take and give the same values, check them alike, and raise adp.Error for a status other than 0. A plain set can be
+given for an adp.PortSet.
+"""
+
+import ctypes
+import dataclasses
+import difflib
+import inspect
+import json
+import sys
+
+import adp
+from adp.call import Status
+from adp.memory import RECORDS, FewPorts, Ports
+from adp.parameters import Callback
+
+PORTS = (Ports, FewPorts)
+
+
+def text_of(value):
+    """A value as adpsh reads it."""
+    if value is None:
+        return "null"
+    if isinstance(value, (set, frozenset)):
+        return "{" + ",".join(map(str, sorted(value))) + "}"
+    if isinstance(value, (bytes, bytearray)):
+        return value.hex() or '""'
+    if isinstance(value, str):
+        return json.dumps(value, ensure_ascii=False)
+    if dataclasses.is_dataclass(value):
+        fields = {field.name: getattr(value, field.name) for field in dataclasses.fields(value)}
+        return "{" + " ".join(f"{name}={text_of(each)}" for name, each in fields.items() if each is not None) + "}"
+    if isinstance(value, (list, tuple)):
+        return "[" + ",".join(map(text_of, value)) + "]"
+    return str(int(value))
+
+
+def value_of(answer, kind):
+    """What adpsh answers for this C type, as a value of `adp`."""
+    if not isinstance(kind, type) or answer is None:
+        return answer
+    if issubclass(kind, PORTS):
+        return adp.PortSet.from_words(answer)
+    if issubclass(kind, ctypes.Array):
+        return bytes.fromhex(answer) if isinstance(answer, str) else [value_of(each, kind._type_) for each in answer]
+    if issubclass(kind, ctypes.Structure) and kind in RECORDS:
+        kinds = {name: field for name, field, *_ in kind._fields_}
+        known = {field.name for field in dataclasses.fields(RECORDS[kind])}
+        return RECORDS[kind](**{name: value_of(each, kinds[name]) for name, each in answer.items() if name in known})
+    return answer
+
+
+def with_port_sets(value):
+    """Plain sets become what `adp` takes."""
+    return adp.PortSet(value) if isinstance(value, (set, frozenset)) else value
+
+
+class RemoteCall:
+    """One call, with the parameters that `adp` knows of it."""
+
+    def __init__(self, function):
+        self.name = function.__name__
+        self._signature = inspect.signature(function)
+        self._call = vars(sys.modules[function.__module__])["_" + self.name]
+
+    @property
+    def parameters(self):
+        """The parameters as `adp` knows them."""
+        return self._call.parameters
+
+    def values(self, *given, **named):
+        """{parameter: value} of what is given, checked."""
+        __tracebackhide__ = True  # a failed test shows its own line
+        try:
+            return self._checked(self._signature.bind(*given, **named))
+        except (TypeError, ValueError, OverflowError) as problem:
+            raise type(problem)(f"{self.name}: {problem}") from None
+
+    def _checked(self, bound):
+        bound.apply_defaults()
+        values = {name: with_port_sets(value) for name, value in bound.arguments.items()}
+        for parameter in self.parameters:
+            if isinstance(parameter, Callback) and values[parameter.name] is not None:
+                raise TypeError(f"{parameter.name}: adpsh cannot call a function of this process")
+            parameter.argument(values)  # refuses what the call cannot take
+        return values
+
+    def make(self, shell, values):
+        """Makes the call; gives what it returns."""
+        __tracebackhide__ = True
+        told = [name for name, value in values.items() if value is not None or self._is_told(name)]
+        line = [self._call.name, *(f"{name}={text_of(values[name])}" for name in told)]
+        return self._outcome(shell.call(" ".join(line)))
+
+    def _is_told(self, name):
+        """Whether None is told: it stands for no address, or for zeros, which adpsh has for what is left out."""
+        return not next(parameter.returned for parameter in self.parameters if parameter.name == name)
+
+    def _outcome(self, answer):
+        __tracebackhide__ = True
+        call = self._call
+        outputs = [value_of(answer["outputs"].get(each.name), each.kind) for each in call.parameters if each.returned]
+        if call.result not in (None, Status):
+            outputs.insert(0, value_of(answer["result"], getattr(call.result, "_type_", call.result)))
+        returned = call._several(*outputs) if call._several else outputs[0] if outputs else None
+        if call.result is Status and answer["result"] != 0:
+            raise adp.Error(call.name, answer["result"], returned)
+        return returned
+
+
+def remote_call(name):
+    """The call of this name; an AttributeError names those close to it."""
+    __tracebackhide__ = True
+    function = getattr(adp, name, None)
+    if inspect.isfunction(function) and "_" + name in vars(sys.modules[function.__module__]):
+        return RemoteCall(function)
+    close = difflib.get_close_matches(name, dir(adp), 3)
+    hint = f"; did you mean {' or '.join(close)}?" if close else ""
+    raise AttributeError(f"libadp has no call '{name}'{hint}")

@@ -1,0 +1,72 @@
+"""The options of a run: on pytest's command line, else in its ini file, else the usual."""
+
+from adp.lab.builds import Build
+
+OPTIONS = {
+    "builds": ("NAMES", "host", "builds of the library to test with, such as host,mips"),
+    "device": ("BUILD", "host", "the build whose virtual device is used"),
+    "hosts": ("PORTS", "1-26", "user ports that have a host, such as 1-4,22"),
+    "board": ("FILE", "", "a real board in place of the virtual device; the file says how to reach it"),
+    "failures": ("FOLDER", "adp-failures", "where the frames of failed tests are kept; relative to pytest's root folder"),
+}
+BOARD_BUILD = "board"
+
+
+def add_options(parser):
+    """Tells pytest of the options: --adp-NAME on the command line, adp_NAME in the ini file."""
+    group = parser.getgroup("adp", "packet tests (adp)")
+    for name, (value, usual, text) in OPTIONS.items():
+        group.addoption(f"--adp-{name}", metavar=value, help=f"{text} (adp_{name} in the ini file, else {usual or 'none'})")
+        parser.addini(f"adp_{name}", text, default=usual)
+
+
+def ports_of_text(text):
+    """The ports of "1-4,22", in ascending order."""
+    ports = set()
+    for part in text.replace(" ", "").split(","):
+        first, _, last = part.partition("-")
+        ports.update(range(int(first), int(last or first) + 1))
+    return sorted(ports)
+
+
+class Settings:
+    """The options of a run as values."""
+
+    def __init__(self, config):
+        self._config = config
+
+    def _text(self, name):
+        given = self._config.getoption(f"adp_{name}")
+        return self._config.getini(f"adp_{name}") if given is None else given
+
+    @property
+    def board(self):
+        """The file that says how to reach the board; empty for the virtual device."""
+        return self._text("board")
+
+    @property
+    def builds(self):
+        """Names of the builds of the library; a board has its own."""
+        return [BOARD_BUILD] if self.board else self._text("builds").replace(" ", "").split(",")
+
+    @property
+    def device(self):
+        """Name of the build whose virtual device is used."""
+        return self._text("device")
+
+    @property
+    def hosts(self):
+        """The user ports that have a host."""
+        return ports_of_text(self._text("hosts"))
+
+    @property
+    def failures(self):
+        """The folder for the frames of failed tests."""
+        return self._config.rootpath / self._text("failures")
+
+    def check_programs(self, with_library):
+        """An error with a sentence if a program is missing: of the device, and of the builds if they are used."""
+        if not self.board:
+            Build(self.device).command("vdeviced")
+            for name in self.builds if with_library else ():
+                Build(name).command("adpsh")
