@@ -1,4 +1,5 @@
 """Programs with threads that share a connection, several at once."""
+import os
 import subprocess
 
 from testing.daemon import DEADLINE, PROGRAMS
@@ -22,3 +23,4 @@ def test_threads_that_call_watch_and_fork_get_their_own_answers(device):
         right, told, children = map(int, said.split())
         assert (right, children) == (THREADS * CALLS, 5)
         assert told >= PORTS
+    assert len(os.listdir(f"/proc/{device.process.pid}/task")) == 1, "the thread sanitizer need not look at the daemon"

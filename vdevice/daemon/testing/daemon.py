@@ -11,6 +11,7 @@ import time
 import pytest
 
 PROGRAMS = os.environ["VDEVICE_PROGRAMS"]
+DAEMON = os.environ.get("VDEVICED", f"{PROGRAMS}/vdeviced")
 BOARD = ("--user-ports", "4", "--first-port", "23")
 DEADLINE = 60.0  # on a machine with much to do
 ALL_PROTOCOLS = 0x0003
@@ -110,7 +111,7 @@ class Device:
     def __init__(self, run_dir, *options, under=()):
         """Under is the command line of a program that runs the daemon."""
         self.run_dir = run_dir
-        self.process = subprocess.Popen([*under, f"{PROGRAMS}/vdeviced", "--run-dir", run_dir, *options],
+        self.process = subprocess.Popen([*under, DAEMON, "--run-dir", run_dir, *options],
                                         stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
 
     def wait_ready(self):
