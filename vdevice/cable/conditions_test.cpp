@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 
 namespace vdevice::cable {
@@ -49,6 +50,16 @@ TEST(Conditions, AreReadAndWritten) {
         EXPECT_EQ(value_of(option(row.name), row.text), row.value) << row.text;
         EXPECT_EQ(text_of(option(row.name), row.value), row.shortest);
         EXPECT_EQ(value_of(option(row.name), row.shortest), row.value) << row.text;
+    }
+}
+
+TEST(Conditions, AreReadAsTheyWereWritten) {
+    constexpr uint64_t kStride = 9'999'991;  // a prime, so that all digits have their turn
+    for (const Option &known : kOptions) {
+        const uint64_t step = std::max<uint64_t>(known.most / kStride, 1) * 997;
+        for (uint64_t value = 0; value <= known.most; value += step) {
+            ASSERT_EQ(value_of(known, text_of(known, value)), value) << text_of(known, value);
+        }
     }
 }
 
