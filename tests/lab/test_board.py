@@ -129,6 +129,7 @@ def test_what_only_the_virtual_device_has_is_named(bench):
         with pytest.raises(NotOnBoardError, match=f"^A board has no '{name}'; a test that needs it runs on the virtual"):
             ask()
     assert not hasattr(bench.lab.device, "explain")
+    assert (bench.lab.device.name, bench.lab.device.physical(MEMBER)) == ("board", 4)
     with pytest.raises(LabError, match=r"Port 22 of the board has no cable to this machine; the ports \[1, 5, 7\] have"):
         bench.lab.hosts[22].send(b"")
     with pytest.raises(LabError, match="A board runs its own build, which is called 'board' and not 'mips'"):
