@@ -43,7 +43,7 @@ def make_bench(request, board):
         else:
             stack.enter_context(board.tester.entered())
             lab = stack.enter_context(open_board(board.file(**stack.enter_context(way(request.param, board)))))
-        shell = lab.shell("host" if request.param == PLACES[0] else "board")
+        shell = lab.shell("host")
         shell.call("map")
         shell.call("listen")
         shell.result("adp_pkt_init")
@@ -132,7 +132,7 @@ def test_what_only_the_virtual_device_has_is_named(bench):
     assert (bench.lab.device.name, bench.lab.device.physical(MEMBER)) == ("board", 4)
     with pytest.raises(LabError, match=r"Port 22 of the board has no cable to this machine; the ports \[1, 5, 7\] have"):
         bench.lab.hosts[22].send(b"")
-    with pytest.raises(LabError, match="A board runs its own build, which is called 'board' and not 'mips'"):
+    with pytest.raises(LabError, match="The board runs the build 'host', by its file, and not 'mips'"):
         bench.lab.shell("mips")
     with pytest.raises(LabError, match="needs a marker"):
         bench.lab.arrivals(b"")

@@ -1,7 +1,7 @@
 """A real board in the place of the virtual device: frames by interfaces of this machine, calls by a shell on the board.
 
     with open_board("board.toml") as lab:
-        shell = lab.shell("board")
+        shell = lab.shell(lab.build)
         lab.hosts[1].send(frame)
         lab.arrivals(marker)                 # {5: [frame]}, when nothing came for a while
 
@@ -21,8 +21,6 @@ from .device import FIRST_PHYSICAL_PORT
 from .problem import LabError
 from .process import poll_until
 
-# A board runs its own build of the library, whichever that is.
-BUILD = "board"
 LINK_SECONDS = 10.0
 # Bounds for a loop of cables.
 MOST_SECONDS = 10.0
@@ -77,6 +75,7 @@ class BoardLab(_BoardPart):
     def __init__(self, board):
         self._board = board
         self.device = BoardDevice(board.name)
+        self.build = board.build
         self.hosts = Hosts()
         self._stack = contextlib.ExitStack()
         # The board may still know the addresses of an earlier run.
@@ -106,10 +105,10 @@ class BoardLab(_BoardPart):
             # The kernel reports a link just before it acts on it; this waits for the lock that it holds meanwhile.
             host.raise_link()
 
-    def shell(self, build=BUILD, before=(), namespace=None):
-        """adpsh on the board."""
-        if build != BUILD:
-            raise NotOnBoardError(f"A board runs its own build, which is called {BUILD!r} and not {build!r}.")
+    def shell(self, build, before=(), namespace=None):
+        """adpsh on the board, of the build that its file names."""
+        if build != self.build:
+            raise LabError(f"The {self.device.name} runs the build {self.build!r}, by its file, and not {build!r}.")
         if before or namespace:
             raise NotOnBoardError("On a board adpsh cannot be started by another command, nor in another namespace.")
         return self._stack.enter_context(contextlib.closing(open_board_shell(self._board)))
