@@ -6,7 +6,7 @@ import subprocess
 import sys
 
 import pytest
-from adp.lab import LabError, board, board_port
+from adp.lab import LabError, board, board_port, nic
 from adp.lab.board import open_board
 from adp.lab.board_port import BoardPort
 from adp.lab.netns import NetNamespace
@@ -153,7 +153,8 @@ def test_a_board_that_never_is_quiet_is_told(machine, file, monkeypatch):
 
 
 def test_frames_that_were_lost_here_are_told(machine, file, monkeypatch):
-    monkeypatch.setattr(board_port, "RECEIVE_BUFFER_BYTES", 4096)
+    for module in (nic, board_port):
+        monkeypatch.setattr(module, "RECEIVE_BUFFER_BYTES", 4096)
     with open_board(file) as lab, contextlib.closing(Nic(machine, FAR)) as far:
         for _ in range(2000):
             far.send(FRAME)
