@@ -5,7 +5,7 @@ from typing import NamedTuple
 
 import pytest
 from adp.lab import Lab, LabError
-from adp.lab.board import NotOnBoardError, open_board
+from adp.lab.board import open_board
 from adp.lab.frames import BROADCAST, ETHERTYPE_EXPERIMENT, ethernet, vlan_tag
 from remote_board import PORTS, RemoteBoard, served_at_console, served_at_socket
 
@@ -117,22 +117,3 @@ def test_a_line_that_adpsh_rejects_does_not_end_it(bench):
     with pytest.raises(LabError, match="adpsh refused 'nonsense'"):
         bench.shell.call("nonsense")
     assert bench.shell.call("echo so far")["echo"] == "so far"
-
-
-@pytest.mark.parametrize("bench", PLACES[1:2], indirect=True)
-def test_what_only_the_virtual_device_has_is_named(bench):
-    for ask, name in (
-        (lambda: bench.lab.device.control("vlans"), "device.control"),
-        (lambda: bench.lab.hosts[MEMBER].ping("10.0.0.1"), r"hosts\[port\].ping"),
-        (lambda: bench.lab.running, "running"),
-    ):
-        with pytest.raises(NotOnBoardError, match=f"^A board has no '{name}'; a test that needs it runs on the virtual"):
-            ask()
-    assert not hasattr(bench.lab.device, "explain")
-    assert (bench.lab.device.name, bench.lab.device.physical(MEMBER)) == ("board", 4)
-    with pytest.raises(LabError, match=r"Port 22 of the board has no cable to this machine; the ports \[1, 5, 7\] have"):
-        bench.lab.hosts[22].send(b"")
-    with pytest.raises(LabError, match="The board runs the build 'host', by its file, and not 'mips'"):
-        bench.lab.shell("mips")
-    with pytest.raises(LabError, match="needs a marker"):
-        bench.lab.arrivals(b"")
