@@ -65,7 +65,7 @@ def toml(value):
 @contextlib.contextmanager
 def served_at_socket(board):
     """A command line that runs adpsh on the board."""
-    path = os.path.join(board.folder, "shells")
+    path = os.path.join(board.folder, f"shells-{len(os.listdir(board.folder))}")
     with socket.socket(socket.AF_UNIX) as listener:
         listener.bind(path)
         listener.listen()

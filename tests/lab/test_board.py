@@ -1,11 +1,14 @@
 """The same tests on the virtual device and on a board, whose shell is behind a socket or on a serial line."""
 
 import contextlib
+import re
+import shutil
 from typing import NamedTuple
 
 import pytest
 from adp.lab import Lab, LabError
 from adp.lab.board import open_board
+from adp.lab.builds import ROOT
 from adp.lab.frames import BROADCAST, ETHERTYPE_EXPERIMENT, ethernet, vlan_tag
 from remote_board import PORTS, RemoteBoard, served_at_console, served_at_socket
 
@@ -117,3 +120,12 @@ def test_a_line_that_adpsh_rejects_does_not_end_it(bench):
     with pytest.raises(LabError, match="adpsh refused 'nonsense'"):
         bench.shell.call("nonsense")
     assert bench.shell.call("echo so far")["echo"] == "so far"
+
+
+def test_the_program_of_the_page_runs(board, tmp_path, monkeypatch):
+    page = (ROOT / "docs" / "how-to" / "test-a-board.md").read_text(encoding="utf-8")
+    (program,) = re.findall("```python\n(.*?)```", page, re.S)
+    with served_at_socket(board) as command, board.tester.entered():
+        shutil.copy(board.file(shell=command), tmp_path / "board.toml")
+        monkeypatch.chdir(tmp_path)
+        exec(program, {})
