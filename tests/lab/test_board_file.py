@@ -25,7 +25,7 @@ def test_a_short_file_has_defaults(read):
     board = read(GOOD)
     assert board.interfaces == {1: "eth1", 5: "eth2"}
     assert board.command == ("ssh", "-p", "22", "board", "my adpsh", "--json", "--keep-going")
-    assert (board.serial, board.settle, board.name, board.force) == (None, 0.2, "board", False)
+    assert (board.serial, board.settle, board.name, board.build, board.force) == (None, 0.2, "board", "mips", False)
 
 
 def test_the_files_of_the_page_are_right(read):
@@ -37,9 +37,9 @@ def test_the_files_of_the_page_are_right(read):
 
 def test_a_full_file_is_read(read):
     board = read(PORTS + 'serial = "/dev/ttyUSB0"\nspeed = 9600\nstart = "/opt/adpsh --json"\nsettle = "1.5s"\n'
-                 'name = "rack 3"\nforce = true\n')
+                 'name = "rack 3"\nbuild = "host"\nforce = true\n')
     assert (board.command, board.serial, board.start) == (None, ("/dev/ttyUSB0", 9600), "/opt/adpsh --json")
-    assert (board.settle, board.name, board.force) == (1.5, "rack 3", True)
+    assert (board.settle, board.name, board.build, board.force) == (1.5, "rack 3", "host", True)
 
 
 @pytest.mark.parametrize(

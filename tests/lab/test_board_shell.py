@@ -89,7 +89,7 @@ def test_a_record_without_a_result_is_told():
     "command, words",
     [
         (["true"], ["ended"]),
-        (["no-such-program"], ["No such file or directory"]),
+        (["/no/such/program"], ["No such file or directory"]),
         (["sh", "-c", "echo Host key verification failed. >&2; exit 255"], ["It wrote: Host key verification failed."]),
         ([sys.executable, serial_line.__file__, "/dev/none", "9600"], ["/dev/none cannot be opened: No such file"]),
         ([sys.executable, serial_line.__file__, "/dev/null", "9600"], ["/dev/null is no serial line that can be used"]),
@@ -141,23 +141,23 @@ def make_console():
 def test_adpsh_on_a_console_is_started_again_after_it_was_closed(console):
     lab, _ = console
     for word in ("once", "again"):
-        with contextlib.closing(lab.shell()) as shell:
+        with contextlib.closing(lab.shell("host")) as shell:
             assert shell.call(f"echo {word}") == {"line": 2, "echo": word}
 
 
 def test_an_adpsh_that_was_left_on_the_console_is_ended(console):
     lab, _ = console
-    left = lab.shell()
+    left = lab.shell("host")
     left._process.kill()
     left._process.wait()
-    with contextlib.closing(lab.shell()) as shell:
+    with contextlib.closing(lab.shell("host")) as shell:
         assert shell.call("echo new")["echo"] == "new"
         assert shell.call("show agg_info")
 
 
 def test_a_serial_line_is_used_by_one(console):
     lab, line = console
-    with contextlib.closing(lab.shell()) as shell:
+    with contextlib.closing(lab.shell("host")) as shell:
         with pytest.raises(LabError, match=f"The serial line {line} is in use by another program."):
-            lab.shell()
+            lab.shell("host")
         assert shell.call("echo on")["echo"] == "on"

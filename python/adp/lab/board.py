@@ -1,7 +1,7 @@
 """A real board in the place of the virtual device: frames by interfaces of this machine, calls by a shell on the board.
 
     with open_board("board.toml") as lab:
-        shell = lab.shell("board")
+        shell = lab.shell(lab.build)
         lab.hosts[1].send(frame)
         lab.arrivals(marker)                 # {5: [frame]}, when nothing came for a while
 
@@ -14,14 +14,14 @@ import itertools
 import select
 import time
 
+from .bench import Lab
 from .board_file import read_board_file
 from .board_port import BoardPort
 from .board_shell import open_board_shell
+from .device import FIRST_PHYSICAL_PORT
 from .problem import LabError
 from .process import poll_until
 
-# A board runs its own build of the library, whichever that is.
-BUILD = "board"
 LINK_SECONDS = 10.0
 # Bounds for a loop of cables.
 MOST_SECONDS = 10.0
@@ -43,12 +43,16 @@ class _BoardPart:
 
 
 class BoardDevice(_BoardPart):
-    """The board's name, and nothing that can be asked of it."""
+    """The board's name and its port map, and nothing that can be asked of it."""
 
     _path = "device."
 
     def __init__(self, name):
         self.name = name
+
+    def physical(self, port):
+        """Physical port of a user port by the default board's map, which adpsh's `map` makes the library's."""
+        return port + FIRST_PHYSICAL_PORT - 1
 
 
 class Host(BoardPort, _BoardPart):
@@ -72,6 +76,7 @@ class BoardLab(_BoardPart):
     def __init__(self, board):
         self._board = board
         self.device = BoardDevice(board.name)
+        self.build = board.build
         self.hosts = Hosts()
         self._stack = contextlib.ExitStack()
         # The board may still know the addresses of an earlier run.
@@ -83,6 +88,8 @@ class BoardLab(_BoardPart):
             for port, interface in sorted(self._board.interfaces.items()):
                 self.hosts[port] = stack.enter_context(contextlib.closing(Host(port, interface, self._board.force)))
             self.await_links()
+            Lab.running.append(self)
+            stack.callback(Lab.running.remove, self)
             self._stack = stack.pop_all()
         return self
 
@@ -101,10 +108,10 @@ class BoardLab(_BoardPart):
             # The kernel reports a link just before it acts on it; this waits for the lock that it holds meanwhile.
             host.raise_link()
 
-    def shell(self, build=BUILD, before=(), namespace=None):
-        """adpsh on the board."""
-        if build != BUILD:
-            raise NotOnBoardError(f"A board runs its own build, which is called {BUILD!r} and not {build!r}.")
+    def shell(self, build, before=(), namespace=None):
+        """adpsh on the board, of the build that its file names."""
+        if build != self.build:
+            raise LabError(f"The {self.device.name} runs the build {self.build!r}, by its file, and not {build!r}.")
         if before or namespace:
             raise NotOnBoardError("On a board adpsh cannot be started by another command, nor in another namespace.")
         return self._stack.enter_context(contextlib.closing(open_board_shell(self._board)))

@@ -38,6 +38,7 @@ class BoardFile:
     serial: tuple[str, int] | None
     start: str
     settle: float
+    build: str
     force: bool
 
 
@@ -152,5 +153,6 @@ READERS = {
     "start": (_line, START),
     "settle": (_duration, 0.2),
     "name": (_name, "board"),
+    "build": (_name, "mips"),
     "force": (lambda value: _kind(value, bool), False),
 }
