@@ -3,19 +3,22 @@
 import contextlib
 import json
 import resource
+import shutil
 import subprocess
 
 from running import SECONDS, Running
 
 NAME = "localhost/adp:latest"
 LOAD_SECONDS = 300.0
+PROCESSES = 4096
 
 
 class Engine:
     """Podman with a storage of its own, in which there is nothing but the image."""
 
     def __init__(self, image, folder):
-        self._podman = ["podman", "--root", folder / "root", "--runroot", folder / "run", "--tmpdir", folder / "tmp",
+        folders = [word for name in ("root", "runroot", "tmpdir") for word in (f"--{name}", folder / name)]
+        self._podman = [shutil.which("podman"), *folders, "--storage-driver", "overlay",
                         "--cgroup-manager", "cgroupfs", "--events-backend", "file"]
         self._image = image
 
@@ -43,11 +46,13 @@ class Engine:
         return json.loads(self("image", "inspect", NAME))[0]["Labels"]
 
 
-def limits():
-    """Podman raises limits, which not every sandbox lets it do: they stay as they are."""
-    for name, number in (("nofile", resource.RLIMIT_NOFILE), ("nproc", resource.RLIMIT_NPROC)):
-        soft, hard = resource.getrlimit(number)
-        yield from ("--ulimit", f"{name}={soft}:{hard}")
+def options():
+    """Those of every container: without control groups and timers of systemd. Podman raises limits where nothing else is
+    said, which not every sandbox lets it do.
+    """
+    soft, hard = resource.getrlimit(resource.RLIMIT_NOFILE)
+    return ["--cgroups=disabled", "--health-interval=disable",
+            "--ulimit", f"nofile={soft}:{hard}", "--ulimit", f"nproc={PROCESSES}:{PROCESSES}"]
 
 
 class Container(Running):
@@ -56,7 +61,7 @@ class Container(Running):
         self.etc = "/etc/adp"
         self._engine = engine
         binds = [word for file in etc.iterdir() for word in ("--volume", f"{file}:/etc/adp/{file.name}:ro")]
-        self._name = engine("create", "--privileged", "--network=none", "--cgroups=disabled", *limits(), *binds, NAME)
+        self._name = engine("create", *options(), "--privileged", "--network=none", *binds, NAME)
 
     def _start(self):
         self._engine("start", self._name)
