@@ -19,6 +19,7 @@ from .words import counted
 AT_ONCE = os.cpu_count() or 1
 SETTLE_SECONDS = 3.0
 HOSTS_FILE = "hosts"
+NODES = "nodes"
 ETC_HOSTS = "/etc/hosts"
 
 
@@ -43,7 +44,7 @@ class LiveLab:
         self._mount_hosts()
         say(f"namespaces of {counted(len(self._topology.nodes), 'node')}")
         for node in self._topology.nodes.values():
-            folder = self._folder / node.name
+            folder = self._folder / NODES / node.name
             self.nodes[node.name] = LabNode(node, folder, self._data["path"], self._topology)
         say(counted(len(self._topology.cables), "cable"))
         lay_cables(self.nodes, self._topology.cables, NetNamespace("the lab").ip)

@@ -10,6 +10,7 @@ import json
 import os
 import pathlib
 import select
+import shutil
 import signal
 import sys
 import time
@@ -26,7 +27,11 @@ GRACE_SECONDS = 2.0
 
 
 class Ended(BaseException):
-    """Somebody wants the lab to end."""
+    """Somebody wants the lab to end, and removes its folder."""
+
+
+class Abandoned(BaseException):
+    """Nobody waits for the lab any more."""
 
 
 def _raise_ended(*_):
@@ -38,7 +43,7 @@ def _say(line):
     try:
         print(line, flush=True)
     except BrokenPipeError:
-        raise Ended from None
+        raise Abandoned from None
 
 
 class Keeper:
@@ -106,7 +111,7 @@ class Keeper:
             problem = ""
             try:
                 self._lab.restart(request["restart"])
-            except LabError as error:
+            except (LabError, OSError) as error:
                 problem = str(error)
             self._write()
             record.write(self._path / ANSWER, {"number": request["number"], "problem": problem})
@@ -139,6 +144,8 @@ def main(folder, lock):
         keeper.end_programs()
     except Ended:
         return
+    except Abandoned:
+        shutil.rmtree(folder, ignore_errors=True)
     except LabError as problem:
         _say(f"{FAILED}{' '.join(str(problem).split())}")
     except OSError as problem:

@@ -3,6 +3,7 @@
 import json
 import os
 import shutil
+import signal
 import sys
 import time
 
@@ -40,9 +41,12 @@ def _end_progress():
 def _up(options):
     given = options.topology
     topology = topologies.read_topology(given) if given else topologies.default_topology()
+    name = options.name or options.lab or os.environ.get("ADP_LAB") or topology.name
     started = time.monotonic()
+    for number in (signal.SIGHUP, signal.SIGTERM):
+        signal.signal(number, signal.default_int_handler)
     try:
-        record, was_there = up(topology, options.name or options.lab or topology.name, options.target, _progress)
+        record, was_there = up(topology, name, options.target, _progress)
     finally:
         _end_progress()
     if was_there:
@@ -65,12 +69,18 @@ def _ps(options):
         dead, folders = sweep()
         for name in dead:
             print(death_notice(name))
-    shown = []
-    for folder in folders:
-        record = records.read(folder)
-        shown.append(json.dumps({**record.data, "name": record.name}) if options.json else show.lab_text(record))
-    print("\n\n".join(shown) if shown else f"No lab is running. '{PROGRAM} up' starts one.")
+    if options.json:
+        print(json.dumps([{**records.read(folder).data, "name": folder.name} for folder in folders]))
+    else:
+        print("\n\n".join(map(_shown, folders)) or f"No lab is running. '{PROGRAM} up' starts one.")
     return 0
+
+
+def _shown(folder):
+    try:
+        return show.lab_text(records.read(folder))
+    except LabError as problem:  # it is starting, or has just ended
+        return str(problem)
 
 
 def _record(options):
@@ -178,7 +188,7 @@ def main(words):
     except OSError as problem:
         complaint = f"{problem.filename}: {problem.strerror}." if problem.filename else f"{problem.strerror}."
     except KeyboardInterrupt:
-        print("\nadp-lab: interrupted.", file=sys.stderr)
+        print("adp-lab: interrupted.", file=sys.stderr)
         return INTERRUPTED
     print(f"adp-lab: {complaint}", file=sys.stderr)
     return 1

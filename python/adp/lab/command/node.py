@@ -5,11 +5,12 @@ import subprocess
 from ..device import Device
 from ..netns import NetNamespace
 from ..offload import disable_offloads
+from ..problem import LabError
 from .programs import Place, Program, last_line_of_file
 from .record import environment_of
 
 DAEMON = "vdeviced"
-HOLDER = "holder"
+HOLDER = "(holder)"
 
 
 class LabDevice(Device):
@@ -47,7 +48,7 @@ class LabNode:
         self.node = node
         self.name = node.name
         self.folder = folder
-        folder.mkdir(mode=0o700)
+        folder.mkdir(mode=0o700, parents=True)
         self.namespace = NetNamespace(node.name, ipv6=not node.is_device)
         self.interfaces = [end.interface for cable in topology.cables for end in cable.ends if end.node == node.name]
         own = {"VDEVICE_DIR": str(folder), "ADP_SWITCHD_DIR": str(folder / "switchd")} if node.is_device else {}
@@ -55,9 +56,12 @@ class LabNode:
         self.place = Place(node.name, self.namespace, environment_of(path, self.environment), topology.folder)
         self.device = None
         self.conditions = {}  # {user port: options of `vdevctl cable`}
-        self.programs = [
-            Program(self.place, name, command, folder / f"{name}.log") for name, command in node.programs.items()
-        ]
+        self.programs = [self._program(name, command) for name, command in node.programs.items()]
+
+    def _program(self, name, command):
+        if self.node.is_device and name == DAEMON:
+            raise LabError(f"On {self.name}, a program cannot have the name {DAEMON}: the device itself has it.")
+        return Program(self.place, name, command, self.folder / f"program-{name}.log")
 
     def switch_on(self, build, management):
         """Starts the device, whose cables are there. adpsh of the `management` build reads the start-up lines."""

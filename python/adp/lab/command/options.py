@@ -1,14 +1,18 @@
 """The command line of adp-lab: its commands, and their help."""
 
 import argparse
+import re
 import textwrap
 from typing import NamedTuple
+
+from .words import did_you_mean
 
 ABOUT = (
     "adp-lab: labs of virtual switches, hosts and cables that stay until somebody ends them. They are in namespaces of "
     "their own, from where no interface of the machine can be reached."
 )
 LAB_HELP = "the lab meant; by default $ADP_LAB, or the only one that runs"
+USAGE = 2  # exit status
 WIDTH = 79
 TEXT_COLUMN = 29
 
@@ -154,6 +158,13 @@ def _help_text():
 
 
 class _Parser(argparse.ArgumentParser):
+    def error(self, message):
+        unknown = re.search(r"invalid choice: '(.*?)' ", message)
+        if unknown:  # argparse lists all commands instead
+            message = f"there is no command '{unknown[1]}'.{did_you_mean(unknown[1], [c.name for c in COMMANDS])}"
+        sentence = f"{message[0].upper()}{message[1:]}"
+        self.exit(USAGE, f"adp-lab: {sentence.rstrip('.')}{'' if sentence.endswith('?') else '.'} '{self.prog} --help' shows what there is.\n")
+
     def format_help(self):
         return _help_text() if self.prog == "adp-lab" else super().format_help()
 

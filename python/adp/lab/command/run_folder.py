@@ -12,6 +12,7 @@ import stat
 import time
 
 from ..problem import LabError
+from ..topology.names import WHAT_NAMES_ARE, is_name
 from .words import PROGRAM, did_you_mean, listed
 
 LOCK, RECORD = "lock", "lab.json"
@@ -53,7 +54,17 @@ class RunFolder:
 
     def claim(self):
         """Makes the folder for a lab that starts; gives the lock, and whether a dead lab was there."""
+        if not is_name(self.name):
+            raise LabError(f"'{self.name}' cannot be a lab's name: {WHAT_NAMES_ARE}.")
         _make_base()
+        try:
+            return self._claim()
+        except OSError:
+            with contextlib.suppress(OSError):
+                self.path.rmdir()
+            raise
+
+    def _claim(self):
         deadline = time.monotonic() + CLAIM_SECONDS
         while True:
             self.path.mkdir(mode=0o700, exist_ok=True)

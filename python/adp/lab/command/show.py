@@ -25,8 +25,8 @@ def _cables(record, name):
         for near, far in (cable.ends, cable.ends[::-1]):
             if near.node == name:
                 own = port_of(near) if topology.nodes[name].is_device else near.interface
-                found.append(f"{own}={end_name(far, topology)}")
-    return " ".join(found) or NONE
+                found.append((own, f"{own}={end_name(far, topology)}"))
+    return " ".join(text for _own, text in sorted(found)) or NONE
 
 
 def nodes_table(record):

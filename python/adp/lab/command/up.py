@@ -13,6 +13,7 @@ from ..isolate import isolated
 from ..problem import LabError
 from ..process import LineReader, poll_until
 from . import record
+from .building import NODES
 from .keeper import FAILED, READY
 from .programs import last_line_of_file
 from .run_folder import RECORD, RunFolder
@@ -29,7 +30,7 @@ LONGEST_SOCKET = 107
 
 def _check_lengths(folder, topology):
     for node in topology.nodes.values():
-        if node.is_device and len(os.fsencode(folder.path / node.name / "control")) > LONGEST_SOCKET:
+        if node.is_device and len(os.fsencode(folder.path / NODES / node.name / "control")) > LONGEST_SOCKET:
             raise LabError(f"{folder.path} is too long for the sockets of {node.name}. Set ADP_LAB_DIR to a shorter one.")
 
 
