@@ -38,7 +38,7 @@ def enter(record, *nodes):
         lab = _open(record, _kinds(record))
         networks = _open(record, [f"fd/{record.nodes[node]['namespace']}" for node in nodes])
     except FileNotFoundError:
-        raise LabError(f"The lab '{record.name}' has just ended.") from None
+        raise LabError(record.folder.how_it_ended()) from None
     except OSError as problem:
         raise LabError(f"The lab '{record.name}' cannot be entered: {problem.strerror}.") from None
     for descriptor in lab:

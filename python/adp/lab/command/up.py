@@ -42,7 +42,7 @@ def _programs_path(folder, target):
 
 
 def _start_keeper(folder, lock):
-    python = [sys.executable, "-B", "-m", "adp.lab.command.keeper", str(folder.path), str(lock)]
+    python = [sys.executable, "-m", "adp.lab.command.keeper", str(folder.path), str(lock)]
     paths = [str(PACKAGE_ROOT), *filter(None, os.environ.get("PYTHONPATH", "").split(":"))]
     with open(folder.path / LOG, "ab") as log:
         return subprocess.Popen(
