@@ -91,7 +91,7 @@ def test_ps_tells_of_a_killed_lab(labs):
 def test_a_program_that_ends_is_told(labs):
     labs.do("up", labs.switch(device=", config: {vars: {adp: {programs: {short: sh -c 'echo one; echo two; exit 3'}}}}"))
     said = await_text(labs, "short ended with status 3.")
-    assert "sw1: short ended with status 3. Its last line: two 'adp-lab restart sw1' starts it again." in said
+    assert "sw1: short ended with status 3. Its last line: \"two\". 'adp-lab restart sw1' starts it again." in said
     assert labs.do("logs", "sw1", "short") == "one\ntwo\n"
     assert labs.do("logs", "sw1") == "==> vdeviced <==\n==> short <==\none\ntwo\n"
 

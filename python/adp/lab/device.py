@@ -99,6 +99,12 @@ class Device:
         """The ports whose link is up; the CPU port is number 0."""
         return {port["port"] for port in self.ask("ports")["ports"] if port["link"]}
 
+    def cable(self, port, **conditions):
+        """Makes a user port's cable a bad one, cable(3, loss="5%", seed=7), or without conditions a good one again."""
+        answer = self.ask("cable", port=port, **(conditions or {"clear": True}))
+        if "error" in answer:
+            raise LabError(f"{self.name} does not take this cable: {answer['error']}")
+
     def await_links(self, ports, seconds=READY_SECONDS):
         """Waits until the CPU port and exactly these user ports have a link."""
         wanted = {CPU_PORT, *ports}
