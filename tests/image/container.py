@@ -9,6 +9,7 @@ from running import SECONDS, Running
 
 NAME = "localhost/adp:latest"
 LOAD_SECONDS = 300.0
+PROCESSES = 4096
 
 
 class Engine:
@@ -16,7 +17,7 @@ class Engine:
 
     def __init__(self, image, folder):
         self._podman = ["podman", "--root", folder / "root", "--runroot", folder / "run", "--tmpdir", folder / "tmp",
-                        "--cgroup-manager", "cgroupfs", "--events-backend", "file"]
+                        "--storage-driver", "overlay", "--cgroup-manager", "cgroupfs", "--events-backend", "file"]
         self._image = image
 
     def __enter__(self):
@@ -43,11 +44,13 @@ class Engine:
         return json.loads(self("image", "inspect", NAME))[0]["Labels"]
 
 
-def limits():
-    """Podman raises limits, which not every sandbox lets it do: they stay as they are."""
-    for name, number in (("nofile", resource.RLIMIT_NOFILE), ("nproc", resource.RLIMIT_NPROC)):
-        soft, hard = resource.getrlimit(number)
-        yield from ("--ulimit", f"{name}={soft}:{hard}")
+def options():
+    """How containers are made: without a network, since the tests plug their cables, and without timers of systemd. Podman
+    raises limits where nothing else is said, which not every sandbox lets it do.
+    """
+    soft, hard = resource.getrlimit(resource.RLIMIT_NOFILE)
+    return ["--privileged", "--network=none", "--cgroups=disabled", "--health-interval=disable",
+            "--ulimit", f"nofile={soft}:{hard}", "--ulimit", f"nproc={PROCESSES}:{PROCESSES}"]
 
 
 class Container(Running):
@@ -56,7 +59,7 @@ class Container(Running):
         self.etc = "/etc/adp"
         self._engine = engine
         binds = [word for file in etc.iterdir() for word in ("--volume", f"{file}:/etc/adp/{file.name}:ro")]
-        self._name = engine("create", "--privileged", "--network=none", "--cgroups=disabled", *limits(), *binds, NAME)
+        self._name = engine("create", *options(), *binds, NAME)
 
     def _start(self):
         self._engine("start", self._name)

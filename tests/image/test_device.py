@@ -71,6 +71,17 @@ def test_linux_bridges_the_ports_and_has_an_address_there(make_device, cables):
     assert "run-device: adp-switchd has ended\n" in device.log()
 
 
+def test_the_management_network_is_not_reached_through_the_ports(make_device, cables):
+    device = make_device()
+    operator, host = cables.host(device, 0, "192.0.2.2/24"), cables.host(device, 1, "192.0.2.3/24")
+    device.run("ip", "address", "add", "192.0.2.1/24", "dev", "eth0")
+    device.run("ip", "link", "set", "eth0", "up")
+    for station in (operator, host):
+        station.await_link()
+    assert operator.ping("192.0.2.1", attempts=3)
+    assert not host.ping("192.0.2.1", seconds=1.0)
+
+
 def test_the_shell_works_on_the_devices_cpu(make_device):
     device = make_device()
     assert "= 0 (success)" in device.run("adpsh", "--map", "adp_vlan_create 77")
