@@ -80,6 +80,14 @@ def test_a_device_has_programs_ports_and_files(read, tmp_path):
     assert (second.user_ports, second.line) == (26, 4)
 
 
+def test_what_the_image_starts_and_takes_off_is_meant_here_too(read, tmp_path):
+    (tmp_path / "my switchd.toml").write_text("")
+    given = 'binds: ["my switchd.toml:/etc/adp/switchd.toml:ro"], exec: [on-cpu ip link, "adpsh map"]'
+    node = read(BASE.replace(SW1, f"    sw1: {{kind: adp, {given}}}\n")).nodes["sw1"]
+    assert node.programs == {"adp-switchd": f"adp-switchd --config '{tmp_path}/my switchd.toml'"}
+    assert node.commands == ("ip link", "adpsh map")
+
+
 def test_a_cable_is_read_in_either_form_with_its_conditions(read):
     conditions = {"loss": "5%", "delay": "20ms", "jitter": "2ms", "rate": "100M", "corrupt": "0.1%",
                   "duplicate": "1%", "seed": "7"}

@@ -65,9 +65,12 @@ FAULTS = {
     "odd variable": (with_host("{kind: linux, env: {a=b: c}}"), 5, "'a=b' cannot be the name of a variable."),
     "binds of a host": (with_host('{kind: linux, binds: ["a:/b"]}'), 5,
                         "'binds' has no meaning for a host: hosts see the machine's files."),
-    "another bind": (with_node('{kind: adp, binds: ["a:/etc/adp/startup"]}'), 4, "Only /etc/adp/vdeviced.toml and "
-                     "/etc/adp/startup.adpsh can be bound, not '/etc/adp/startup': everything else on a device is the "
-                     "machine's. Did you mean '/etc/adp/startup.adpsh'?"),
+    "another bind": (with_node('{kind: adp, binds: ["a:/etc/adp/startup"]}'), 4, "No file can be bound to "
+                     "'/etc/adp/startup': a device sees the machine's files, and looks for its own in /etc/adp/"
+                     "vdeviced.toml, /etc/adp/startup.adpsh, /etc/adp/switchd.toml. Did you mean '/etc/adp/startup.adpsh'?"),
+    "program twice": (with_node('{kind: adp, binds: ["x.clab.yml:/etc/adp/switchd.toml"], config: {vars: {adp: '
+                      "{programs: {adp-switchd: x}}}}}"), 4, "The file bound to /etc/adp/switchd.toml has a program "
+                      "'adp-switchd' started already."),
     "no such file": (with_node('{kind: adp, binds: ["a:/etc/adp/startup.adpsh"]}'), 4,
                      "There is no file 'a'; relative paths start in the folder of the topology."),
     "odd file": (with_node('{kind: adp, binds: ["\\0:/etc/adp/startup.adpsh"]}'), 4, "Item 1 of the key 'binds'"),
