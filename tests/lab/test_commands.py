@@ -1,7 +1,9 @@
 """What each command of adp-lab does with a lab that is up."""
 
 import json
+import os
 import re
+import signal
 import subprocess
 import time
 
@@ -103,6 +105,18 @@ def test_capture(lab, tmp_path, end):
     assert any(row.startswith("10.0.0.1\t") and "icmp" in row for row in rows)
 
 
+@pytest.mark.parametrize("end", ["sw1:2", "h2:eth1"])
+def test_an_interrupt_ends_a_capture(lab, tmp_path, end):
+    """As from a terminal, where it reaches all of the capture's processes."""
+    capture = lab.popen("capture", end, "-w", tmp_path / "frames", process_group=0)
+    while not (tmp_path / "frames").exists() or not (tmp_path / "frames").stat().st_size:
+        assert capture.poll() is None
+        time.sleep(0.02)
+    os.killpg(capture.pid, signal.SIGINT)
+    capture.communicate(timeout=20)
+    assert capture.returncode == 0
+
+
 def test_capture_into_a_file_for_a_time(lab, tmp_path):
     began = time.monotonic()
     lab.do("capture", "sw1:1", "-w", "frames", "--for", 0.3, cwd=tmp_path)
@@ -131,7 +145,7 @@ def test_help(labs):
 SENTENCES = [
     (["exec", "hh1", "--", "true"], "The lab 'lab' has no node 'hh1'. Did you mean 'h1'? It has sw1, h1, h2, h3 and h4."),
     (["exec", "h1"], "A command is missing: adp-lab exec h1 -- ip address"),
-    (["exec", "h1", "nonsense"], "On h1, 'nonsense' cannot be started: No such file or directory."),
+    (["exec", "h1", "nonsense"], "On h1, there is no program 'nonsense'."),
     (["vdevctl", "h1", "ports"], "h1 is a host. Devices of the lab 'lab': sw1."),
     (["vdevctl", "sw1"], "A command is missing: adp-lab vdevctl sw1 ports"),
     (["adpsh", "h1"], "h1 is a host. Devices of the lab 'lab': sw1."),

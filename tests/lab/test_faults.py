@@ -103,9 +103,9 @@ REFUSED = [
      "On h1, the command 'ip address add nonsense dev eth1' ended with status 1: Error: any valid prefix is expected "
      'rather than "nonsense".'),
     ({"host": ', "true \'"'}, "On h1, the command 'true '' cannot be read: No closing quotation."),
-    ({"host": ', "nonsense"'}, "On h1, 'nonsense' cannot be started: No such file or directory."),
+    ({"host": ', "nonsense"'}, "On h1, there is no program 'nonsense'."),
     ({"device": ", config: {vars: {adp: {programs: {a: nonsense}}}}"},
-     "On sw1, 'nonsense' cannot be started: No such file or directory."),
+     "On sw1, there is no program 'nonsense'."),
     ({"device": ", config: {vars: {adp: {programs: {vdeviced: sleep 9}}}}"},
      "On sw1, a program cannot have the name vdeviced: the device itself has it."),
 ]

@@ -2,13 +2,16 @@
 
 import json
 import os
+import pathlib
 import pty
 import re
+import shutil
 import subprocess
 import time
 
 import pytest
 
+ROOT = pathlib.Path(__file__).resolve().parents[2]
 SIZE = os.environ.get("ADP_LAB_SIZE", "3x12")
 
 
@@ -87,10 +90,53 @@ def test_management_programs_of_the_target(labs):
             assert (b"qemu" in file.read(4096)) == emulated
 
 
+BRIDGE = """\
+set -e
+until adp-switchd status state 2>/dev/null | grep -q "in sync"; do sleep 0.05; done
+ip link add br0 type bridge
+for port in swp1 swp2; do ip link set $port master br0; ip link set $port up; done
+ip link set br0 up
+ip address add 10.0.0.9/24 dev br0
+"""
+
+
+def test_adp_switchd_is_a_program_of_a_device(labs):
+    """It closes all ports until they are in a bridge; then hosts reach each other, and the switch's own address."""
+    labs.do("up", labs.switch(device=", config: {vars: {adp: {programs: {switchd: adp-switchd}}}}"))
+    labs.do("exec", "sw1", "--", "sh", "-c", BRIDGE)
+    for address in ("h2", "10.0.0.9"):
+        assert labs.try_to("exec", "h1", "ping", "-c1", "-i0.2", "-w10", address).status == 0
+    assert labs.do("logs", "sw1", "switchd") == "adp-switchd: ready\n"
+    assert re.search(r"^sw1 .* 10\.0\.0\.9/24$", labs.do("ps"), re.M)
+
+
+def test_an_installed_lab_has_its_programs_from_the_path(labs):
+    """The package stands in a folder that is no checkout."""
+    package = labs.file("").parent / "package"
+    shutil.copytree(ROOT / "python" / "adp", package / "adp", ignore=shutil.ignore_patterns("__pycache__"))
+    programs = f"{ROOT / 'build' / 'host'}:{os.environ['PATH']}"
+    more = {"PYTHONPATH": str(package), "PATH": programs}
+    for words, wanted in (
+        (["up", labs.switch()], "is up: 3 nodes"),
+        (["exec", "h1", "--", "ping", "-c1", "-W2", "h2"], " 0% packet loss"),
+        (["adpsh", "sw1", "--map", "adp_vlan_create 100"], "= 0 (success)"),
+        (["ps", "--json"], '"build": "installed"'),
+        (["down"], ""),
+    ):
+        process = labs.popen(*words, more=more)
+        said, complaint = process.communicate(timeout=30)
+        assert (process.returncode, complaint) == (0, "") and wanted in said
+    for path, words, sentence in (
+        (os.environ["PATH"], [], "vdeviced is not installed: it is in no folder of $PATH."),
+        (programs, ["--target"], "--target needs a checkout with the target's build; what is installed is this machine's."),
+    ):
+        process = labs.popen("up", *words, more={**more, "PATH": path})
+        assert process.communicate(timeout=30) == ("", f"adp-lab: {sentence}\n")
+
+
 @pytest.mark.parametrize("topology", ["two-switches", "ring"])
 def test_the_examples(labs, topology):
-    root = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
-    labs.do("up", os.path.join(root, "examples", "topologies", f"{topology}.clab.yml"))
+    labs.do("up", ROOT / "examples" / "topologies" / f"{topology}.clab.yml")
     # It goes on until one is answered: a bad cable may lose any of them.
     assert labs.try_to("exec", "h1", "ping", "-c1", "-i0.2", "-w10", "h2").status == 0
     assert "ended" not in labs.do("ps")

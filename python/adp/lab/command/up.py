@@ -37,6 +37,8 @@ def _check_lengths(folder, topology):
 def _programs_path(folder, target):
     """The folders in which programs of a node are looked for first."""
     own = native_build().folder
+    if target and own is None:
+        raise LabError("--target needs a checkout with the target's build; what is installed is this machine's.")
     found = [str(own)] if own else []
     return [str(write_wrappers(folder.path / "bin", Build(TARGET)))] + found if target else found
 
