@@ -10,7 +10,6 @@ import subprocess
 import tempfile
 import threading
 
-from .builds import ROOT
 from .netns import NetNamespace
 from .nic import Nic
 from .problem import LabError
@@ -62,11 +61,6 @@ class Device:
         """Starts a program on the device's CPU, or in another namespace with this device as its own."""
         with (namespace or self.namespace).entered():
             return subprocess.Popen(tied(command), env=self.environment, **options)
-
-    @property
-    def control_program(self):
-        """Path of the vdevctl of the device's build."""
-        return self._build.folder.relative_to(ROOT) / "vdevctl"
 
     def control(self, *words):
         """What `vdevctl` answers, as JSON."""
