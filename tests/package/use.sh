@@ -52,6 +52,15 @@ RUN
 inside unshare --net sh /tmp/adp/run.sh
 grep -E '^ +100 +1-2 +1-2$' "$work/vlans" || { cat "$work/vlans"; fail "the program has not changed the device"; }
 
+# The Python package finds what the others have installed.
+cat >"$work/vlan.py" <<'PYTHON'
+import adp
+adp.map_ports()
+print(len(adp.intf_to_phy_port))
+PYTHON
+[ "$(inside python3 /tmp/adp/vlan.py)" = 27 ] || fail "the Python package does not find the library"
+inside python3 -c 'import adp.programs' || fail "the Python package is not whole"
+
 inside sh -c 'apt-get purge -y --autoremove $(for file in /tmp/adp/packages/*.deb; do dpkg-deb -f "$file" Package; done)'
 files >"$work/after"
 diff "$work/before" "$work/after" || fail "files are left, or gone"
