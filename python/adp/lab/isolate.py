@@ -8,6 +8,8 @@ import os
 import subprocess
 import sys
 
+from .problem import LabError
+
 AS_ROOT = ("--net",)
 AS_USER = ("--user", "--map-root-user", "--net")
 
@@ -18,18 +20,32 @@ def _complaint(flags):
     return done.stderr.strip() if done.returncode != 0 else ""
 
 
-def main(command):
-    if not command:
-        sys.exit(__doc__.strip())
+def _permitted():
+    """The flags of `unshare` that the system lets this user have."""
     kinds = [AS_ROOT, AS_USER] if os.geteuid() == 0 else [AS_USER]
     for flags in kinds:
         complaint = _complaint(flags)
         if not complaint:
-            os.execvp("unshare", ["unshare", *flags, "--", *command])
-    sys.exit(
+            return flags
+    raise LabError(
         f"The system does not let this user make namespaces ({complaint}). "
         "Run it as root, or allow unprivileged user namespaces (sysctl user.max_user_namespaces)."
     )
+
+
+def isolated(command, *flags):
+    """The command line that runs a command in the namespaces, and in those of further flags of `unshare`."""
+    return ["unshare", *_permitted(), *flags, "--", *command]
+
+
+def main(command):
+    if not command:
+        sys.exit(__doc__.strip())
+    try:
+        words = isolated(command)
+    except LabError as problem:
+        sys.exit(str(problem))
+    os.execvp("unshare", words)
 
 
 if __name__ == "__main__":
