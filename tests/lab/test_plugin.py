@@ -9,6 +9,7 @@ import tempfile
 
 import pytest
 from adp.lab.builds import ROOT
+from remote_board import RemoteBoard, served_at_socket
 
 SECONDS = 120
 PYTEST = (sys.executable, "-B", "-m", "pytest", "-p", "no:cacheprovider", "-p", "adp.testing.plugin", "-rs")
@@ -156,14 +157,55 @@ def test_cable(lab):
 def test_inside(device):
     assert False
 
+@pytest.mark.build("host")
 def test_anything(build):
-    assert build == "board"
+    assert build == "mips"
 """
     project.write("test_mine.py", marked)
+    project.write("board.toml", 'interfaces = {1 = "eth1"}\nshell = "true"\n')
     said = project.run("--adp-board", "board.toml")
     assert "1 passed, 2 skipped" in said
     assert "It pulls a cable. The run is on the board of board.toml." in said
     assert "It looks into the virtual device. The run is on the board of board.toml." in said
+
+
+ON_ANY_LAB = """
+from adp.testing.packet import Packet
+
+
+def arrivals(lab, cpu):
+    first, second = sorted(lab.hosts)[:2]
+    cpu.vlan_create(100)
+    cpu.vlan_port_set(100, {first, second}, set())
+    marker = lab.marker()
+    frame = Packet(vlan=100).build(marker)
+    lab.hosts[first].send(frame)
+    return lab.arrivals(marker), second, frame
+
+def test_right(lab, cpu):
+    arrived, second, frame = arrivals(lab, cpu)
+    assert arrived == {second: [frame]}
+
+def test_wrong(lab, cpu):
+    arrived, _, _ = arrivals(lab, cpu)
+    assert set(arrived) == {7}
+"""
+
+
+def test_the_same_tests_run_on_a_board(project):
+    project.write("test_mine.py", ON_ANY_LAB)
+    said = project.run("--adp-hosts", "1,5,7", status=1)
+    with RemoteBoard() as board, served_at_socket(board) as command, board.tester.entered():
+        on_board = project.run("--adp-board", board.file(shell=command), status=1)
+    for text in (said, on_board):
+        assert "1 failed, 1 passed" in text
+        assert re.search(r"^> port 7 +the frame +\| nothing$", text, re.M)
+    assert "what became of the frames" in said and "what became of the frames" not in on_board
+
+
+def test_a_wrong_board_file_is_told(project):
+    project.write("board.toml", "interfaces = {}\n")
+    assert project.run("--adp-board", "board.toml", status=4).startswith("ERROR: board.toml: 'interfaces' is missing.")
 
 
 def test_who_may_not_have_namespaces_is_told(project):

@@ -14,6 +14,7 @@ import itertools
 import select
 import time
 
+from .bench import Lab
 from .board_file import read_board_file
 from .board_port import BoardPort
 from .board_shell import open_board_shell
@@ -82,6 +83,8 @@ class BoardLab(_BoardPart):
             for port, interface in sorted(self._board.interfaces.items()):
                 self.hosts[port] = stack.enter_context(contextlib.closing(Host(port, interface, self._board.force)))
             self.await_links()
+            Lab.running.append(self)
+            stack.callback(Lab.running.remove, self)
             self._stack = stack.pop_all()
         return self
 

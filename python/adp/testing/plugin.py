@@ -8,6 +8,7 @@ import contextlib
 
 import pytest
 from adp.lab import Lab, LabError
+from adp.lab.board import open_board
 from adp.lab.isolate import enter
 
 from .crossing import Crossing
@@ -20,6 +21,7 @@ MARKERS = (
 )
 # A test that uses one of these looks into the virtual device.
 OF_THE_VIRTUAL_DEVICE = {"device"}
+SETTINGS = pytest.StashKey()
 
 
 def pytest_addoption(parser):
@@ -27,44 +29,54 @@ def pytest_addoption(parser):
 
 
 def pytest_configure(config):
+    try:
+        config.stash[SETTINGS] = Settings(config)
+    except LabError as problem:
+        raise pytest.UsageError(str(problem)) from None
     for marker in MARKERS:
         config.addinivalue_line("markers", marker)
 
 
 def pytest_generate_tests(metafunc):
-    if "adp_build" not in metafunc.fixturenames:
-        return
-    builds = Settings(metafunc.config).builds
-    wanted = [name for mark in metafunc.definition.iter_markers("build") for name in mark.args] or builds
-    if Settings(metafunc.config).board:
-        wanted = builds
-    chosen = [name for name in builds if name in wanted]
-    if not chosen:
-        reason = f"It is for the build {' or '.join(wanted)}, and the run has {', '.join(builds)}."
-        chosen = [pytest.param(builds[0], marks=pytest.mark.skip(reason=reason))]
-    metafunc.parametrize("adp_build", chosen, indirect=True, scope="session")
+    if "adp_build" in metafunc.fixturenames:
+        settings, marks = metafunc.config.stash[SETTINGS], metafunc.definition.iter_markers("build")
+        metafunc.parametrize("adp_build", builds_for(settings, marks), indirect=True, scope="session")
+
+
+def builds_for(settings, marks):
+    """The builds that a test is run with. Of a board there is one, whatever its name."""
+    wanted = [name for mark in marks for name in mark.args]
+    chosen = [name for name in settings.builds if settings.board or not wanted or name in wanted]
+    if chosen:
+        return chosen
+    reason = f"It is for the build {' or '.join(wanted)}, and the run has {', '.join(settings.builds)}."
+    return [pytest.param(settings.builds[0], marks=pytest.mark.skip(reason=reason))]
 
 
 def pytest_collection_modifyitems(config, items):
-    board = Settings(config).board
-    if board:
-        for item in items:
-            mark = item.get_closest_marker("virtual_device")
-            if mark or OF_THE_VIRTUAL_DEVICE & set(getattr(item, "fixturenames", ())):
-                reason = " ".join(mark.args) if mark and mark.args else "It looks into the virtual device."
-                item.add_marker(pytest.mark.skip(reason=f"{reason} The run is on the board of {board}."))
+    board = config.stash[SETTINGS].board
+    for item in items if board else ():
+        mark = item.get_closest_marker("virtual_device")
+        if mark or OF_THE_VIRTUAL_DEVICE & set(fixtures_of(item)):
+            reason = " ".join(mark.args) if mark and mark.args else "It looks into the virtual device."
+            item.add_marker(pytest.mark.skip(reason=f"{reason} The run is on the board of {board}."))
+
+
+def fixtures_of(item):
+    """The names of the fixtures that a test uses; a doctest has none."""
+    return getattr(item, "fixturenames", ())
 
 
 def pytest_collection_finish(session):
     """Before the first test, while there are no threads yet."""
-    used = {name for item in session.items for name in getattr(item, "fixturenames", ())}
+    used = {name for item in session.items for name in fixtures_of(item)}
     if "adp_isolated" in used and not session.config.option.collectonly:
         begin(session.config, "adp_build" in used)
 
 
 def begin(config, with_library):
     """Enters the namespaces and records the devices from now on. What is missing ends the run with one sentence."""
-    settings = Settings(config)
+    settings = config.stash[SETTINGS]
     try:
         settings.check_programs(with_library)
         if not settings.board:
@@ -82,7 +94,7 @@ def adp_isolated():
 @pytest.fixture(scope="session")
 def adp_settings(request):
     """The options of the run, as adp.testing.settings.Settings."""
-    return Settings(request.config)
+    return request.config.stash[SETTINGS]
 
 
 @pytest.fixture(scope="session")
@@ -106,16 +118,9 @@ def build(adp_build, adp_isolated):
 @pytest.fixture(scope="session")
 def lab(adp_settings, adp_isolated):
     """A device with hosts at the ports of --adp-hosts, or the board of --adp-board. All tests share it."""
-    with open_lab(adp_settings) as bench:
+    made = open_board(adp_settings.board) if adp_settings.board else Lab(adp_settings.device, adp_settings.hosts)
+    with made as bench:
         yield bench
-
-
-def open_lab(settings):
-    if settings.board:
-        from adp.lab.board import open_board
-
-        return open_board(settings.board)
-    return Lab(settings.device, settings.hosts)
 
 
 @pytest.fixture(scope="session")

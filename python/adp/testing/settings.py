@@ -1,5 +1,6 @@
 """The options of a run: on pytest's command line, else in its ini file, else the usual."""
 
+from adp.lab.board_file import read_board_file
 from adp.lab.builds import Build
 
 OPTIONS = {
@@ -9,7 +10,6 @@ OPTIONS = {
     "board": ("FILE", "", "a real board in place of the virtual device; the file says how to reach it"),
     "failures": ("FOLDER", "adp-failures", "where the frames of failed tests are kept; relative to pytest's root folder"),
 }
-BOARD_BUILD = "board"
 
 
 def add_options(parser):
@@ -30,10 +30,11 @@ def ports_of_text(text):
 
 
 class Settings:
-    """The options of a run as values."""
+    """The options of a run as values. A board's file that is wrong is an error with a sentence."""
 
     def __init__(self, config):
         self._config = config
+        self._board_file = read_board_file(self.board) if self.board else None
 
     def _text(self, name):
         given = self._config.getoption(f"adp_{name}")
@@ -47,7 +48,7 @@ class Settings:
     @property
     def builds(self):
         """Names of the builds of the library; a board has its own."""
-        return [BOARD_BUILD] if self.board else self._text("builds").replace(" ", "").split(",")
+        return [self._board_file.build] if self.board else self._text("builds").replace(" ", "").split(",")
 
     @property
     def device(self):
