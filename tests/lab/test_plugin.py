@@ -1,5 +1,6 @@
 """The plugin in other people's projects: a folder outside the tree, a file of tests, plain pytest."""
 
+import inspect
 import os
 import pathlib
 import re
@@ -9,6 +10,8 @@ import tempfile
 
 import pytest
 from adp.lab.builds import ROOT
+from adp.testing import plugin
+from adp.testing.settings import OPTIONS
 from remote_board import RemoteBoard, served_at_socket
 
 SECONDS = 120
@@ -222,6 +225,23 @@ def test_threads_that_keep_an_ordinary_user_out_are_named(project):
     project.write("test_mine.py", PASSES)
     said = project.run(prefix=AS_NOBODY if can_be_nobody() else (), status=1)
     assert "It has threads already." in said and "adp.lab.isolate" in said
+
+
+def test_the_page_has_every_fixture_option_and_marker():
+    made = {name: getattr(value, "_pytestfixturefunction", None) for name, value in vars(plugin).items()}
+    scopes = {"session": "run", "function": "test"}
+    rows = [(f"`{name}`", scopes[mark.scope], one_line(name)) for name, mark in made.items() if mark]
+    rows += [
+        (f"`--adp-{name}={value}`", f"`{usual}`" if usual else "none", text)
+        for name, (value, usual, text) in OPTIONS.items()
+    ]
+    rows += [(f"`{call}`", text) for call, _, text in (marker.partition(": ") for marker in plugin.MARKERS)]
+    page = (ROOT / "docs" / "reference" / "testing-plugin.md").read_text(encoding="utf-8")
+    assert re.findall(r"^\| `.*$", page, re.M) == [f"| {' | '.join(row)} |" for row in rows]
+
+
+def one_line(name):
+    return " ".join(inspect.getdoc(vars(plugin)[name]).split())
 
 
 def test_a_run_without_the_lab_is_left_alone(project):

@@ -87,26 +87,36 @@ def begin(config, with_library):
 
 
 @pytest.fixture(scope="session")
-def adp_isolated():
-    """The process is in a network namespace of its own. `lab` uses it; so must a fixture that makes a Lab itself."""
+def lab(adp_settings, adp_isolated):
+    """A device with hosts at the ports of --adp-hosts, or the board of --adp-board. All tests share it."""
+    made = open_board(adp_settings.board) if adp_settings.board else Lab(adp_settings.device, adp_settings.hosts)
+    with made as bench:
+        yield bench
 
 
-@pytest.fixture(scope="session")
-def adp_settings(request):
-    """The options of the run, as adp.testing.settings.Settings."""
-    return request.config.stash[SETTINGS]
+@pytest.fixture
+def cpu(session_cpu):
+    """The device's CPU with the library of one build: port map and send socket are ready, and what the test sets is undone."""
+    yield session_cpu
+    session_cpu.tidy()
 
 
-@pytest.fixture(scope="session")
-def device_build(adp_settings, adp_isolated):
-    """Name of the build whose virtual device is used."""
-    return adp_settings.device
+@pytest.fixture
+def hosts(lab):
+    """The hosts by their user ports: `lab.hosts`."""
+    return lab.hosts
 
 
-@pytest.fixture(scope="session")
-def adp_build(request):
-    """The build that pytest_generate_tests has chosen."""
-    return request.param
+@pytest.fixture
+def device(lab):
+    """The virtual device: `lab.device`. A test that uses it is skipped on a board."""
+    return lab.device
+
+
+@pytest.fixture
+def crossing(lab, cpu):
+    """The lab's first three hosts, in a tagged VLAN."""
+    return Crossing(lab, cpu)
 
 
 @pytest.fixture(scope="session")
@@ -116,11 +126,20 @@ def build(adp_build, adp_isolated):
 
 
 @pytest.fixture(scope="session")
-def lab(adp_settings, adp_isolated):
-    """A device with hosts at the ports of --adp-hosts, or the board of --adp-board. All tests share it."""
-    made = open_board(adp_settings.board) if adp_settings.board else Lab(adp_settings.device, adp_settings.hosts)
-    with made as bench:
-        yield bench
+def device_build(adp_settings, adp_isolated):
+    """Name of the build whose virtual device is used."""
+    return adp_settings.device
+
+
+@pytest.fixture
+def tell(capsys):
+    """Prints a line in any run, also without -s."""
+
+    def print_line(text):
+        with capsys.disabled():
+            print(f"\n    {text}", end="")
+
+    return print_line
 
 
 @pytest.fixture(scope="session")
@@ -133,37 +152,18 @@ def session_cpu(lab, build):
         yield made
 
 
-@pytest.fixture
-def cpu(session_cpu):
-    """The device's CPU with the library of one build: port map and send socket ready, no VLANs of its own."""
-    yield session_cpu
-    session_cpu.tidy()
+@pytest.fixture(scope="session")
+def adp_isolated():
+    """The process is in a network namespace of its own. `lab` uses it; so must a fixture that makes a Lab itself."""
 
 
-@pytest.fixture
-def hosts(lab):
-    """The hosts by their user ports."""
-    return lab.hosts
+@pytest.fixture(scope="session")
+def adp_settings(request):
+    """The options of the run, as adp.testing.settings.Settings."""
+    return request.config.stash[SETTINGS]
 
 
-@pytest.fixture
-def device(lab):
-    """The virtual device. A test that uses it is skipped on a board."""
-    return lab.device
-
-
-@pytest.fixture
-def crossing(lab, cpu):
-    """Three hosts of a tagged VLAN."""
-    return Crossing(lab, cpu)
-
-
-@pytest.fixture
-def tell(capsys):
-    """Prints a line in any run, also without -s."""
-
-    def print_line(text):
-        with capsys.disabled():
-            print(f"\n    {text}", end="")
-
-    return print_line
+@pytest.fixture(scope="session")
+def adp_build(request):
+    """What `build` gives, also where a project has another fixture of that name."""
+    return request.param
