@@ -206,9 +206,11 @@ def test_the_same_tests_run_on_a_board(project):
     assert "what became of the frames" in said and "what became of the frames" not in on_board
 
 
-def test_a_wrong_board_file_is_told(project):
+def test_options_that_are_wrong_are_told(project):
     project.write("board.toml", "interfaces = {}\n")
     assert project.run("--adp-board", "board.toml", status=4).startswith("ERROR: board.toml: 'interfaces' is missing.")
+    assert project.run("--adp-hosts", "1;2", status=4).startswith("ERROR: '1;2' are no ports; write them as 1-4,22.")
+    assert project.run("--adp-hosts", "0-3", status=4).startswith("ERROR: '0-3' are not among the user ports, 1 to 26.")
 
 
 def test_who_may_not_have_namespaces_is_told(project):

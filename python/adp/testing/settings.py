@@ -1,7 +1,10 @@
 """The options of a run: on pytest's command line, else in its ini file, else the usual."""
 
-from adp.lab.board_file import read_board_file
+import re
+
+from adp.lab.board_file import USER_PORTS, read_board_file
 from adp.lab.builds import Build
+from adp.lab.problem import LabError
 
 OPTIONS = {
     "builds": ("NAMES", "host", "builds of the library to test with, such as host,mips"),
@@ -22,18 +25,21 @@ def add_options(parser):
 
 def ports_of_text(text):
     """The ports of "1-4,22", in ascending order."""
-    ports = set()
-    for part in text.replace(" ", "").split(","):
-        first, _, last = part.partition("-")
-        ports.update(range(int(first), int(last or first) + 1))
-    return sorted(ports)
+    if not re.fullmatch(r"\d{1,2}(-\d{1,2})?(,\d{1,2}(-\d{1,2})?)*", text, re.ASCII):
+        raise LabError(f"'{text}' are no ports; write them as 1-4,22.")
+    ends = [part.partition("-") for part in text.split(",")]
+    ports = sorted({port for first, _, last in ends for port in range(int(first), int(last or first) + 1)})
+    if not ports or not {*ports} <= {*USER_PORTS}:
+        raise LabError(f"'{text}' are not among the user ports, {USER_PORTS[0]} to {USER_PORTS[-1]}.")
+    return ports
 
 
 class Settings:
-    """The options of a run as values. A board's file that is wrong is an error with a sentence."""
+    """The options of a run as values. What is wrong with them is an error with a sentence."""
 
     def __init__(self, config):
         self._config = config
+        self.hosts = ports_of_text(self._text("hosts").replace(" ", ""))  # user ports
         self._board_file = read_board_file(self.board) if self.board else None
 
     def _text(self, name):
@@ -54,11 +60,6 @@ class Settings:
     def device(self):
         """Name of the build whose virtual device is used."""
         return self._text("device")
-
-    @property
-    def hosts(self):
-        """The user ports that have a host."""
-        return ports_of_text(self._text("hosts"))
 
     @property
     def failures(self):
