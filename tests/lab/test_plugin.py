@@ -263,8 +263,11 @@ def test_something_else():
 def test_a_run_with_the_lab_is_in_a_namespace_of_its_own(project):
     inside = f"""
 import pathlib, socket
+import pytest
 
-def test_inside(adp_isolated):
+@pytest.mark.parametrize("fixture", ["adp_isolated"])
+def test_inside(request, fixture):
+    request.getfixturevalue(fixture)
     assert str(pathlib.Path("/proc/self/ns/net").readlink()) != "{namespace()}"
     assert [name for _, name in socket.if_nameindex()] == ["lo"]
     with socket.create_server(("127.0.0.1", 0)) as server:

@@ -22,6 +22,7 @@ MARKERS = (
 # A test that uses one of these looks into the virtual device.
 OF_THE_VIRTUAL_DEVICE = {"device"}
 SETTINGS = pytest.StashKey()
+FAILURES = "adp-failures"
 
 
 def pytest_addoption(parser):
@@ -37,6 +38,7 @@ def pytest_configure(config):
         config.addinivalue_line("markers", marker)
 
 
+@pytest.hookimpl(tryfirst=True)  # so that the build comes first in the names of tests
 def pytest_generate_tests(metafunc):
     if "adp_build" in metafunc.fixturenames:
         settings, marks = metafunc.config.stash[SETTINGS], metafunc.definition.iter_markers("build")
@@ -83,7 +85,7 @@ def begin(config, with_library):
             enter()
     except LabError as problem:
         pytest.exit(str(problem), returncode=1)
-    config.pluginmanager.register(Failures(settings.failures), "adp-failures")
+    config.pluginmanager.register(Failures(settings.failures), FAILURES)
 
 
 @pytest.fixture(scope="session")
@@ -153,8 +155,10 @@ def session_cpu(lab, build):
 
 
 @pytest.fixture(scope="session")
-def adp_isolated():
+def adp_isolated(request):
     """The process is in a network namespace of its own. `lab` uses it; so must a fixture that makes a Lab itself."""
+    if not request.config.pluginmanager.has_plugin(FAILURES):  # the first test that uses it asks by getfixturevalue()
+        begin(request.config, False)
 
 
 @pytest.fixture(scope="session")
