@@ -6,6 +6,7 @@ The memory has exactly the extent that the header states. Everything is checked 
 from __future__ import annotations
 
 import ctypes
+import threading
 from collections.abc import Mapping
 from typing import Any
 
@@ -175,5 +176,10 @@ class Callback(Value):
         function = self._function
         if function is None:
             return 0
-        result = function(*(loaded(value.contents if hasattr(value, "contents") else value) for value in values))
-        return 0 if result is None else number(f"the result of {function!r}", result, ctypes.c_int32)
+        try:
+            result = function(*(loaded(value.contents if hasattr(value, "contents") else value) for value in values))
+            return 0 if result is None else number(f"the result of {function!r}", result, ctypes.c_int32)
+        except Exception as error:  # there is no caller in Python, and C would get any number
+            hooked = threading.ExceptHookArgs((type(error), error, error.__traceback__, threading.current_thread()))
+            threading.excepthook(hooked)
+            return 0

@@ -25,6 +25,8 @@ CONTENTS = {
     "tools": {"bin/adpsh", "bin/adptrace", "lib/adp/libadptrace.so", "share/adp/adp_switch_tag.lua"},
     "switchd": {"bin/adp-switchd", "libexec/adp-switchd-dot1x", "share/adp/switchd.toml",
                 "lib/systemd/system/adp-switchd.service"},
+    "python": of_source("python/adp", "lib/python3/dist-packages/adp", "*.py", "*.yml", "py.typed")
+              | {"bin/adp-lab", "lib/python3/dist-packages/adp-*.dist-info/*"},
     "examples": of_source("examples", "share/doc/adp/examples", "*.c", "*.h", "CMakeLists.txt"),
     "doc": of_source("docs", "share/doc/adp/docs", "*.md", "*.svg") | {"share/doc/adp/README.md"},
 }

@@ -47,6 +47,7 @@ class ConfigurationFile : public testing::Test {
 
 constexpr const char *kWhole = R"(
 run-dir = "/run/vdevice"
+port-interfaces = "lan"
 log-level = "notice"
 create-interfaces = true
 user-ports = 8
@@ -74,6 +75,7 @@ untagged = "1-2"
 TEST_F(ConfigurationFile, SetsWhatItSays) {
     const Configuration configuration = read(kWhole);
     EXPECT_EQ(configuration.settings.run_dir, "/run/vdevice");
+    EXPECT_EQ(configuration.settings.port_interfaces, "lan");
     EXPECT_EQ(configuration.settings.log_level, LogLevel::kNotice);
     EXPECT_EQ(configuration.settings.create_interfaces, true);
     EXPECT_EQ(configuration.settings.board().user_ports, 8);
@@ -152,6 +154,10 @@ constexpr Fault kFaults[] = {
     {"user-ports = 30\nfirst-port = 4\n",
      ": cannot wire such a board: the user ports must lie on the chip's ports 1 to 31."},
     {"ring-slots = 8\n", ":1: ring-slots 8 is not in 16 to 65536."},
+    {"port-interfaces = \"a port\"\n", ": port-interfaces must be 1 to 13 letters without blanks, '/' and ':'."},
+    {"port-interfaces = \"fourteen-chars\"\n",
+     ": port-interfaces must be 1 to 13 letters without blanks, '/' and ':'."},
+    {"port-interfaces = \"\"\n", ": port-interfaces must be 1 to 13 letters without blanks, '/' and ':'."},
     {"ring-slots = 17\n", ": cannot make such rings: the number of slots must be a multiple of 16 from 16 to 65536."},
     {"log-level = \"loud\"\n", ":1: log-level must be error, warning, notice or info."},
     {"create-interfaces = 1\n", ":1: create-interfaces must be true or false."},

@@ -33,10 +33,7 @@ class Device:
     """A device that is switched on. Its cables' far ends, host1 .. hostN, are in its namespace, for hosts to take."""
 
     def __init__(self, build, user_ports=26, name="device"):
-        self.name = name
-        self.user_ports = user_ports
-        self._build = build
-        self._daemon = None
+        self._describe(build, user_ports, name)
         self.run_dir = tempfile.mkdtemp(prefix="vdevice-")
         try:
             self.namespace = NetNamespace(name)
@@ -45,6 +42,12 @@ class Device:
         except BaseException:
             self.close()
             raise
+
+    def _describe(self, build, user_ports, name):
+        self.name = name
+        self.user_ports = user_ports
+        self._build = build
+        self._daemon = None
 
     @property
     def environment(self):

@@ -37,6 +37,11 @@ def _permitted():
     )
 
 
+def isolated(command, *flags):
+    """The command line that runs a command in the namespaces, and in those of further flags of `unshare`."""
+    return ["unshare", *_permitted(), *flags, "--", *command]
+
+
 def _write(name, text):
     with open(f"/proc/self/{name}", "w", encoding="ascii") as file:
         file.write(text)
@@ -64,10 +69,10 @@ def main(command):
     if not command:
         sys.exit(__doc__.strip())
     try:
-        flags = _permitted()
+        words = isolated(command)
     except LabError as problem:
         sys.exit(str(problem))
-    os.execvp("unshare", ["unshare", *flags, "--", *command])
+    os.execvp("unshare", words)
 
 
 if __name__ == "__main__":
