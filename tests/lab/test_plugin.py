@@ -4,18 +4,21 @@ import inspect
 import os
 import pathlib
 import re
+import shutil
 import subprocess
 import sys
 import tempfile
+import tomllib
 
 import pytest
-from adp.lab.builds import ROOT
+from adp.lab.builds import ROOT, Build
 from adp.testing import plugin
 from adp.testing.settings import OPTIONS
 from remote_board import RemoteBoard, served_at_socket
 
 SECONDS = 120
-PYTEST = (sys.executable, "-B", "-m", "pytest", "-p", "no:cacheprovider", "-p", "adp.testing.plugin", "-rs")
+BY_NAME = ("-p", "adp.testing.plugin")
+PYTEST = (sys.executable, "-B", "-m", "pytest", "-p", "no:cacheprovider", "-rs")
 # An ordinary user's number; who is one already stays the same.
 NOBODY = 65534
 AS_NOBODY = ("setpriv", f"--reuid={NOBODY}", f"--regid={NOBODY}", "--clear-groups")
@@ -44,13 +47,13 @@ class Project:
     def write(self, name, text):
         (self.folder / name).write_text(text, encoding="utf-8")
 
-    def run(self, *options, prefix=(), status=0):
+    def run(self, *options, prefix=(), status=0, loaded=BY_NAME, **variables):
         """What pytest prints."""
-        environment = {**os.environ, "PYTHONPATH": str(ROOT / "python"), "HOME": str(self.folder), "COLUMNS": "120"}
+        environment = {"PYTHONPATH": str(ROOT / "python"), "HOME": str(self.folder), "COLUMNS": "120", **variables}
         done = subprocess.run(
-            [*prefix, *PYTEST, *options],
+            [*prefix, *PYTEST, *loaded, *options],
             cwd=self.folder,
-            env=environment,
+            env={**os.environ, **environment},
             capture_output=True,
             text=True,
             timeout=SECONDS,
@@ -75,10 +78,37 @@ def can_be_nobody():
     return subprocess.run([*AS_NOBODY, "true"], capture_output=True).returncode == 0
 
 
-def test_a_test_of_ten_lines_passes_for_an_ordinary_user(project):
+WHERE = """
+import adp.testing
+
+def test_place(build):
+    assert (build, adp.testing.__path__) == ("installed", ["{}/adp/testing"])
+"""
+
+
+def installed_at(folder):
+    """Installs the package, but for what only pip makes."""
+    shutil.copytree(ROOT / "python" / "adp", folder / "adp", ignore=shutil.ignore_patterns("__pycache__"))
+    entry_points = tomllib.loads((ROOT / "python" / "pyproject.toml").read_text())["project"]["entry-points"]["pytest11"]
+    information = folder / "adp-0.dist-info"
+    information.mkdir()
+    (information / "METADATA").write_text("Metadata-Version: 2.1\nName: adp\nVersion: 0\n")
+    lines = [f"{name} = {place}" for name, place in entry_points.items()]
+    (information / "entry_points.txt").write_text("\n".join(["[pytest11]", *lines, ""]))
+
+
+def test_a_test_of_ten_lines_passes_for_an_ordinary_user_who_has_installed_it(project, device_build):
     project.write("test_mine.py", PASSES)
-    assert "1 passed" in project.run(prefix=AS_NOBODY if can_be_nobody() else ())
-    assert sorted(path.name for path in project.folder.iterdir()) == ["pytest.ini", "test_mine.py"]
+    with tempfile.TemporaryDirectory(prefix="adp-installed-") as name:
+        os.chmod(name, 0o755)
+        installed_at(pathlib.Path(name))
+        programs = f"{Build(device_build).folder}:{os.environ['PATH']}"
+        project.write("test_place.py", WHERE.format(name))
+        environment = {"PYTHONPATH": name, "PATH": programs}
+        said = project.run(prefix=AS_NOBODY if can_be_nobody() else (), loaded=(), **environment)
+        assert "2 passed" in said
+        assert "1 passed" in project.run("test_place.py", **environment), "it is loaded once"
+    assert sorted(path.name for path in project.folder.iterdir()) == ["pytest.ini", "test_mine.py", "test_place.py"]
 
 
 def test_a_failed_test_shows_fields_ways_drops_and_keeps_the_frames(project):

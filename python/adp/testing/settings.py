@@ -3,12 +3,13 @@
 import re
 
 from adp.lab.board_file import USER_PORTS, read_board_file
-from adp.lab.builds import Build
+from adp.lab.builds import Build, native_build
 from adp.lab.problem import LabError
 
+NATIVE = native_build().name
 OPTIONS = {
-    "builds": ("NAMES", "host", "builds of the library to test with, such as host,mips"),
-    "device": ("BUILD", "host", "the build whose virtual device is used"),
+    "builds": ("NAMES", NATIVE, "builds of the library to test with, such as host,mips"),
+    "device": ("BUILD", NATIVE, "the build whose virtual device is used"),
     "hosts": ("PORTS", "1-26", "user ports that have a host, such as 1-4,22"),
     "board": ("FILE", "", "a real board in place of the virtual device; the file says how to reach it"),
     "failures": ("FOLDER", "adp-failures", "where the frames of failed tests are kept; relative to pytest's root folder"),
