@@ -123,10 +123,13 @@ def test_a_failed_test_shows_fields_ways_drops_and_keeps_the_frames(project):
 
 
 def test_a_mistake_is_told_where_it_was_made(project):
-    project.write("test_mine.py", "def test_typing_error(cpu):\n    cpu.vlan_crate(100)\n")
+    tests = "def test_name(cpu):\n    cpu.vlan_crate(100)\n\ndef test_refused(cpu):\n    cpu.vlan_create(1)\n"
+    project.write("test_mine.py", tests)
     said = project.run(status=1)
     assert "libadp has no call 'vlan_crate'; did you mean vlan_create" in said
     assert "test_mine.py:2: AttributeError" in said
+    assert "E       adp.errors.Error: adp_vlan_create gave -11 (vlan_exists of the virtual device: " in said
+    assert "test_mine.py:5: Error" in said
 
 
 @pytest.mark.parametrize("option", ["--adp-builds", "--adp-device"])

@@ -12,7 +12,6 @@ import json
 import sys
 
 import adp
-from adp.call import Status
 from adp.memory import RECORDS, FewPorts, Ports
 from adp.parameters import Callback
 
@@ -102,12 +101,10 @@ class RemoteCall:
         __tracebackhide__ = True
         call = self._call
         outputs = [value_of(answer["outputs"].get(each.name), each.kind) for each in call.parameters if each.returned]
-        if call.result not in (None, Status):
-            outputs.insert(0, value_of(answer["result"], getattr(call.result, "_type_", call.result)))
-        returned = call._several(*outputs) if call._several else outputs[0] if outputs else None
-        if call.result is Status and answer["result"] != 0:
-            raise adp.Error(call.name, answer["result"], returned)
-        return returned
+        try:
+            return call.outcome(value_of(answer["result"], getattr(call.result, "_type_", call.result)), outputs)
+        except adp.Error as error:
+            raise error.with_traceback(None) from None
 
 
 def remote_call(name):
