@@ -4,24 +4,15 @@ import inspect
 import os
 import pathlib
 import re
-import shutil
-import subprocess
-import sys
 import tempfile
-import tomllib
 
 import pytest
 from adp.lab.builds import ROOT, Build
 from adp.testing import plugin
 from adp.testing.settings import OPTIONS
+from project import Project, as_nobody, installed_at
 from remote_board import RemoteBoard, served_at_socket
 
-SECONDS = 120
-BY_NAME = ("-p", "adp.testing.plugin")
-PYTEST = (sys.executable, "-B", "-m", "pytest", "-p", "no:cacheprovider", "-rs")
-# An ordinary user's number; who is one already stays the same.
-NOBODY = 65534
-AS_NOBODY = ("setpriv", f"--reuid={NOBODY}", f"--regid={NOBODY}", "--clear-groups")
 PASSES = """
 from adp.testing.packet import Packet
 
@@ -37,31 +28,6 @@ def test_a_vlan_keeps_its_frames(lab, cpu):
 FAILS = PASSES.replace("{2: [frame]}", "{2: [Packet(vlan=100, dscp=46).build(marker)], 3: [frame]}")
 
 
-class Project:
-    """A folder with tests, three hosts wide."""
-
-    def __init__(self, folder):
-        self.folder = folder
-        self.write("pytest.ini", "[pytest]\nadp_hosts = 1-3\naddopts = --strict-markers\n")
-
-    def write(self, name, text):
-        (self.folder / name).write_text(text, encoding="utf-8")
-
-    def run(self, *options, prefix=(), status=0, loaded=BY_NAME, **variables):
-        """What pytest prints."""
-        environment = {"PYTHONPATH": str(ROOT / "python"), "HOME": str(self.folder), "COLUMNS": "120", **variables}
-        done = subprocess.run(
-            [*prefix, *PYTEST, *loaded, *options],
-            cwd=self.folder,
-            env={**os.environ, **environment},
-            capture_output=True,
-            text=True,
-            timeout=SECONDS,
-        )
-        assert done.returncode == status, done.stdout + done.stderr
-        return done.stdout + done.stderr
-
-
 @pytest.fixture
 def project():
     """In a folder that every user can write to, which those of tmp_path are not."""
@@ -74,27 +40,12 @@ def namespace():
     return pathlib.Path("/proc/self/ns/net").readlink()
 
 
-def can_be_nobody():
-    return subprocess.run([*AS_NOBODY, "true"], capture_output=True).returncode == 0
-
-
 WHERE = """
 import adp.testing
 
 def test_place(build):
     assert (build, adp.testing.__path__) == ("installed", ["{}/adp/testing"])
 """
-
-
-def installed_at(folder):
-    """Installs the package, but for what only pip makes."""
-    shutil.copytree(ROOT / "python" / "adp", folder / "adp", ignore=shutil.ignore_patterns("__pycache__"))
-    entry_points = tomllib.loads((ROOT / "python" / "pyproject.toml").read_text())["project"]["entry-points"]["pytest11"]
-    information = folder / "adp-0.dist-info"
-    information.mkdir()
-    (information / "METADATA").write_text("Metadata-Version: 2.1\nName: adp\nVersion: 0\n")
-    lines = [f"{name} = {place}" for name, place in entry_points.items()]
-    (information / "entry_points.txt").write_text("\n".join(["[pytest11]", *lines, ""]))
 
 
 def test_a_test_of_ten_lines_passes_for_an_ordinary_user_who_has_installed_it(project, device_build):
@@ -105,7 +56,7 @@ def test_a_test_of_ten_lines_passes_for_an_ordinary_user_who_has_installed_it(pr
         programs = f"{Build(device_build).folder}:{os.environ['PATH']}"
         project.write("test_place.py", WHERE.format(name))
         environment = {"PYTHONPATH": name, "PATH": programs}
-        said = project.run(prefix=AS_NOBODY if can_be_nobody() else (), loaded=(), **environment)
+        said = project.run(prefix=as_nobody(), loaded=(), **environment)
         assert "2 passed" in said
         assert "1 passed" in project.run("test_place.py", **environment), "it is loaded once"
     assert sorted(path.name for path in project.folder.iterdir()) == ["pytest.ini", "test_mine.py", "test_place.py"]
@@ -258,7 +209,7 @@ def test_threads_that_keep_an_ordinary_user_out_are_named(project):
     start = "threading.Thread(target=time.sleep, args=(9,), daemon=True).start()"
     project.write("conftest.py", f"import threading, time\n{start}\n")
     project.write("test_mine.py", PASSES)
-    said = project.run(prefix=AS_NOBODY if can_be_nobody() else (), status=1)
+    said = project.run(prefix=as_nobody(), status=1)
     assert "It has threads already." in said and "adp.lab.isolate" in said
 
 
