@@ -116,7 +116,7 @@ def test_wrong_arguments_are_refused_before_the_call(cpu, make, sentence):
 
 def test_text_is_what_adpsh_reads():
     texts = [text_of(value) for value in (None, {2, 1}, b"\x01\xff", b"", 'say "it"', [1, {3}], True, adp.L2Entry(vid=7))]
-    assert texts[:7] == ["null", "{1,2}", "01ff", '""', '"say \\"it\\""', "[1,{3}]", "1"]
+    assert texts[:7] == ["null", "{1,2}", "01ff", "[]", '"say \\"it\\""', "[1,{3}]", "1"]
     assert texts[7].startswith("{flags=0 mac=000000000000 vid=7 ")
 
 

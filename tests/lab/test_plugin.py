@@ -1,20 +1,18 @@
 """The plugin in other people's projects: a folder outside the tree, a file of tests, plain pytest."""
 
+import inspect
 import os
 import pathlib
 import re
-import subprocess
-import sys
 import tempfile
 
 import pytest
-from adp.lab.builds import ROOT
+from adp.lab.builds import ROOT, Build
+from adp.testing import plugin
+from adp.testing.settings import OPTIONS
+from project import Project, as_nobody, installed_at
+from remote_board import RemoteBoard, served_at_socket
 
-SECONDS = 120
-PYTEST = (sys.executable, "-B", "-m", "pytest", "-p", "no:cacheprovider", "-p", "adp.testing.plugin", "-rs")
-# An ordinary user's number; who is one already stays the same.
-NOBODY = 65534
-AS_NOBODY = ("setpriv", f"--reuid={NOBODY}", f"--regid={NOBODY}", "--clear-groups")
 PASSES = """
 from adp.testing.packet import Packet
 
@@ -30,31 +28,6 @@ def test_a_vlan_keeps_its_frames(lab, cpu):
 FAILS = PASSES.replace("{2: [frame]}", "{2: [Packet(vlan=100, dscp=46).build(marker)], 3: [frame]}")
 
 
-class Project:
-    """A folder with tests, three hosts wide."""
-
-    def __init__(self, folder):
-        self.folder = folder
-        self.write("pytest.ini", "[pytest]\nadp_hosts = 1-3\naddopts = --strict-markers\n")
-
-    def write(self, name, text):
-        (self.folder / name).write_text(text, encoding="utf-8")
-
-    def run(self, *options, prefix=(), status=0):
-        """What pytest prints."""
-        environment = {**os.environ, "PYTHONPATH": str(ROOT / "python"), "HOME": str(self.folder), "COLUMNS": "120"}
-        done = subprocess.run(
-            [*prefix, *PYTEST, *options],
-            cwd=self.folder,
-            env=environment,
-            capture_output=True,
-            text=True,
-            timeout=SECONDS,
-        )
-        assert done.returncode == status, done.stdout + done.stderr
-        return done.stdout + done.stderr
-
-
 @pytest.fixture
 def project():
     """In a folder that every user can write to, which those of tmp_path are not."""
@@ -67,14 +40,26 @@ def namespace():
     return pathlib.Path("/proc/self/ns/net").readlink()
 
 
-def can_be_nobody():
-    return subprocess.run([*AS_NOBODY, "true"], capture_output=True).returncode == 0
+WHERE = """
+import adp.testing
+
+def test_place(build):
+    assert (build, adp.testing.__path__) == ("installed", ["{}/adp/testing"])
+"""
 
 
-def test_a_test_of_ten_lines_passes_for_an_ordinary_user(project):
+def test_a_test_of_ten_lines_passes_for_an_ordinary_user_who_has_installed_it(project, device_build):
     project.write("test_mine.py", PASSES)
-    assert "1 passed" in project.run(prefix=AS_NOBODY if can_be_nobody() else ())
-    assert sorted(path.name for path in project.folder.iterdir()) == ["pytest.ini", "test_mine.py"]
+    with tempfile.TemporaryDirectory(prefix="adp-installed-") as name:
+        os.chmod(name, 0o755)
+        installed_at(pathlib.Path(name))
+        programs = f"{Build(device_build).folder}:{os.environ['PATH']}"
+        project.write("test_place.py", WHERE.format(name))
+        environment = {"PYTHONPATH": name, "PATH": programs}
+        said = project.run(prefix=as_nobody(), loaded=(), **environment)
+        assert "2 passed" in said
+        assert "1 passed" in project.run("test_place.py", **environment), "it is loaded once"
+    assert sorted(path.name for path in project.folder.iterdir()) == ["pytest.ini", "test_mine.py", "test_place.py"]
 
 
 def test_a_failed_test_shows_fields_ways_drops_and_keeps_the_frames(project):
@@ -89,10 +74,13 @@ def test_a_failed_test_shows_fields_ways_drops_and_keeps_the_frames(project):
 
 
 def test_a_mistake_is_told_where_it_was_made(project):
-    project.write("test_mine.py", "def test_typing_error(cpu):\n    cpu.vlan_crate(100)\n")
+    tests = "def test_name(cpu):\n    cpu.vlan_crate(100)\n\ndef test_refused(cpu):\n    cpu.vlan_create(1)\n"
+    project.write("test_mine.py", tests)
     said = project.run(status=1)
     assert "libadp has no call 'vlan_crate'; did you mean vlan_create" in said
     assert "test_mine.py:2: AttributeError" in said
+    assert "E       adp.errors.Error: adp_vlan_create gave -11 (vlan_exists of the virtual device: " in said
+    assert "test_mine.py:5: Error" in said
 
 
 @pytest.mark.parametrize("option", ["--adp-builds", "--adp-device"])
@@ -156,14 +144,57 @@ def test_cable(lab):
 def test_inside(device):
     assert False
 
+@pytest.mark.build("host")
 def test_anything(build):
-    assert build == "board"
+    assert build == "mips"
 """
     project.write("test_mine.py", marked)
+    project.write("board.toml", 'interfaces = {1 = "eth1"}\nshell = "true"\n')
     said = project.run("--adp-board", "board.toml")
     assert "1 passed, 2 skipped" in said
     assert "It pulls a cable. The run is on the board of board.toml." in said
     assert "It looks into the virtual device. The run is on the board of board.toml." in said
+
+
+ON_ANY_LAB = """
+from adp.testing.packet import Packet
+
+
+def arrivals(lab, cpu):
+    first, second = sorted(lab.hosts)[:2]
+    cpu.vlan_create(100)
+    cpu.vlan_port_set(100, {first, second}, set())
+    marker = lab.marker()
+    frame = Packet(vlan=100).build(marker)
+    lab.hosts[first].send(frame)
+    return lab.arrivals(marker), second, frame
+
+def test_right(lab, cpu):
+    arrived, second, frame = arrivals(lab, cpu)
+    assert arrived == {second: [frame]}
+
+def test_wrong(lab, cpu):
+    arrived, _, _ = arrivals(lab, cpu)
+    assert set(arrived) == {7}
+"""
+
+
+def test_the_same_tests_run_on_a_board(project):
+    project.write("test_mine.py", ON_ANY_LAB)
+    said = project.run("--adp-hosts", "1,5,7", status=1)
+    with RemoteBoard() as board, served_at_socket(board) as command, board.tester.entered():
+        on_board = project.run("--adp-board", board.file(shell=command), status=1)
+    for text in (said, on_board):
+        assert "1 failed, 1 passed" in text
+        assert re.search(r"^> port 7 +the frame +\| nothing$", text, re.M)
+    assert "what became of the frames" in said and "what became of the frames" not in on_board
+
+
+def test_options_that_are_wrong_are_told(project):
+    project.write("board.toml", "interfaces = {}\n")
+    assert project.run("--adp-board", "board.toml", status=4).startswith("ERROR: board.toml: 'interfaces' is missing.")
+    assert project.run("--adp-hosts", "1;2", status=4).startswith("ERROR: '1;2' are no ports; write them as 1-4,22.")
+    assert project.run("--adp-hosts", "0-3", status=4).startswith("ERROR: '0-3' are not among the user ports, 1 to 26.")
 
 
 def test_who_may_not_have_namespaces_is_told(project):
@@ -178,8 +209,25 @@ def test_threads_that_keep_an_ordinary_user_out_are_named(project):
     start = "threading.Thread(target=time.sleep, args=(9,), daemon=True).start()"
     project.write("conftest.py", f"import threading, time\n{start}\n")
     project.write("test_mine.py", PASSES)
-    said = project.run(prefix=AS_NOBODY if can_be_nobody() else (), status=1)
+    said = project.run(prefix=as_nobody(), status=1)
     assert "It has threads already." in said and "adp.lab.isolate" in said
+
+
+def test_the_page_has_every_fixture_option_and_marker():
+    made = {name: getattr(value, "_pytestfixturefunction", None) for name, value in vars(plugin).items()}
+    scopes = {"session": "run", "function": "test"}
+    rows = [(f"`{name}`", scopes[mark.scope], one_line(name)) for name, mark in made.items() if mark]
+    rows += [
+        (f"`--adp-{name}={value}`", f"`{usual}`" if usual else "none", text)
+        for name, (value, usual, text) in OPTIONS.items()
+    ]
+    rows += [(f"`{call}`", text) for call, _, text in (marker.partition(": ") for marker in plugin.MARKERS)]
+    page = (ROOT / "docs" / "reference" / "testing-plugin.md").read_text(encoding="utf-8")
+    assert re.findall(r"^\| `.*$", page, re.M) == [f"| {' | '.join(row)} |" for row in rows]
+
+
+def one_line(name):
+    return " ".join(inspect.getdoc(vars(plugin)[name]).split())
 
 
 def test_a_run_without_the_lab_is_left_alone(project):
@@ -199,8 +247,11 @@ def test_something_else():
 def test_a_run_with_the_lab_is_in_a_namespace_of_its_own(project):
     inside = f"""
 import pathlib, socket
+import pytest
 
-def test_inside(adp_isolated):
+@pytest.mark.parametrize("fixture", ["adp_isolated"])
+def test_inside(request, fixture):
+    request.getfixturevalue(fixture)
     assert str(pathlib.Path("/proc/self/ns/net").readlink()) != "{namespace()}"
     assert [name for _, name in socket.if_nameindex()] == ["lo"]
     with socket.create_server(("127.0.0.1", 0)) as server:

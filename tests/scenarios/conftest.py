@@ -3,7 +3,7 @@
 import pytest
 from adp.lab import Build, LabError
 from adp.testing.crossing import Crossing
-from adp.testing.settings import Settings
+from adp.testing.plugin import SETTINGS
 
 pytest.register_assert_rewrite("acl", "judge", "limits", "priorities", "ringside", "segment", "stage", "tagging")
 from acl import Acl  # noqa: E402
@@ -21,7 +21,7 @@ EXAMPLES = ("link_aggregation", "acl", "igmp_snooping", "ring_protection")
 def pytest_sessionstart(session):
     """A missing build fails the run with one sentence, not with one for each scenario."""
     try:
-        for name in Settings(session.config).builds:
+        for name in session.config.stash[SETTINGS].builds:
             for program in EXAMPLES:
                 Build(name).command(program)
     except LabError as problem:

@@ -12,7 +12,7 @@ import json
 import sys
 
 import adp
-from adp.call import Status
+from adp.calls import layouts
 from adp.memory import RECORDS, FewPorts, Ports
 from adp.parameters import Callback
 
@@ -26,11 +26,13 @@ def text_of(value):
     if isinstance(value, (set, frozenset)):
         return "{" + ",".join(map(str, sorted(value))) + "}"
     if isinstance(value, (bytes, bytearray)):
-        return value.hex() or '""'
+        return value.hex() or "[]"
     if isinstance(value, str):
         return json.dumps(value, ensure_ascii=False)
     if dataclasses.is_dataclass(value):
         fields = {field.name: getattr(value, field.name) for field in dataclasses.fields(value)}
+        if isinstance(value, adp.RxFrame):
+            del fields["length"]  # which the call writes
         return "{" + " ".join(f"{name}={text_of(each)}" for name, each in fields.items() if each is not None) + "}"
     if isinstance(value, (list, tuple)):
         return "[" + ",".join(map(text_of, value)) + "]"
@@ -39,12 +41,16 @@ def text_of(value):
 
 def value_of(answer, kind):
     """What adpsh answers for this C type, as a value of `adp`."""
+    if isinstance(answer, str):
+        return bytes.fromhex(answer)
     if not isinstance(kind, type) or answer is None:
         return answer
     if issubclass(kind, PORTS):
         return adp.PortSet.from_words(answer)
     if issubclass(kind, ctypes.Array):
-        return bytes.fromhex(answer) if isinstance(answer, str) else [value_of(each, kind._type_) for each in answer]
+        return [value_of(each, kind._type_) for each in answer]
+    if kind is layouts.RxFrame:
+        return adp.RxFrame(**{**answer, "frame": bytes.fromhex(answer["frame"])})
     if issubclass(kind, ctypes.Structure) and kind in RECORDS:
         kinds = {name: field for name, field, *_ in kind._fields_}
         known = {field.name for field in dataclasses.fields(RECORDS[kind])}
@@ -90,24 +96,29 @@ class RemoteCall:
     def make(self, shell, values):
         """Makes the call; gives what it returns."""
         __tracebackhide__ = True
-        told = [name for name, value in values.items() if value is not None or self._is_told(name)]
-        line = [self._call.name, *(f"{name}={text_of(values[name])}" for name in told)]
-        return self._outcome(shell.call(" ".join(line)))
+        return self.outcome(shell.call(self.line(values)))
 
-    def _is_told(self, name):
-        """Whether None is told: it stands for no address, or for zeros, which adpsh has for what is left out."""
-        return not next(parameter.returned for parameter in self.parameters if parameter.name == name)
+    def line(self, values):
+        """The call as adpsh reads it."""
+        words = [argument(parameter, values[parameter.name]) for parameter in self.parameters if parameter.given]
+        return " ".join([self._call.name, *filter(None, words)])
 
-    def _outcome(self, answer):
+    def outcome(self, answer):
+        """What the call returns, from adpsh's answer."""
         __tracebackhide__ = True
         call = self._call
         outputs = [value_of(answer["outputs"].get(each.name), each.kind) for each in call.parameters if each.returned]
-        if call.result not in (None, Status):
-            outputs.insert(0, value_of(answer["result"], getattr(call.result, "_type_", call.result)))
-        returned = call._several(*outputs) if call._several else outputs[0] if outputs else None
-        if call.result is Status and answer["result"] != 0:
-            raise adp.Error(call.name, answer["result"], returned)
-        return returned
+        try:
+            return call.outcome(value_of(answer["result"], getattr(call.result, "_type_", call.result)), outputs)
+        except adp.Error as error:
+            raise error.with_traceback(None) from None
+
+
+def argument(parameter, value):
+    """An argument in a line; nothing for the zeros of what can be left out."""
+    if value is None and parameter.returned:
+        return None
+    return f"{parameter.name}=" + ("none" if value is None and isinstance(parameter, Callback) else text_of(value))
 
 
 def remote_call(name):

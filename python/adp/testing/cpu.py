@@ -45,9 +45,11 @@ class Cpu:
         return self.result("adp_pkt_init")
 
     def result(self, *words):
+        """The status of a call in adpsh's notation."""
         return self.shell.result(" ".join(map(str, words)))
 
     def call(self, *words):
+        """The whole answer to a call in adpsh's notation."""
         return self.shell.call(" ".join(map(str, words)))
 
     def __getattr__(self, name):
@@ -127,19 +129,21 @@ class Cpu:
         self.vlan_ports(vid, members, untagged)
 
     def create_vlan(self, vid):
+        """Creates a VLAN without ports; gives the status."""
         status = self.result("adp_vlan_create", vid)
         if status == 0:
             self._vlans.add(vid)
         return status
 
     def create_vlans(self, first, last):
-        """A range of VLANs, in one call."""
+        """Creates a range of VLANs, in one call; gives the status."""
         status = self.result("adp_vlan_createEx", first, last)
         if status == 0:
             self._vlans.update(range(first, last + 1))
         return status
 
     def destroy_vlans(self, first, last):
+        """Destroys a range of VLANs, in one call; gives the status."""
         status = self.result("adp_vlan_destroyEx", first, last)
         if status == 0:
             self._vlans.difference_update(range(first, last + 1))
@@ -151,6 +155,7 @@ class Cpu:
         self.vlan_ports(DEFAULT_VLAN, members, untagged)
 
     def vlan_ports(self, vid, members, untagged=()):
+        """Gives a VLAN these interfaces."""
         assert self.result("adp_vlan_port_set", vid, text_of(set(members)), text_of(set(untagged))) == 0
 
     def read_vlan(self, vid):
@@ -159,10 +164,12 @@ class Cpu:
         return answer["result"], *(adp.PortSet.from_words(answer["outputs"][name]) for name in ("members", "untagged"))
 
     def set_pvid(self, port, vid):
+        """Sets the VLAN of a port's untagged frames."""
         self._pvids.add(port)
         assert self.result("adp_intf_pivd_set", port, vid) == 0
 
     def give_management_port(self, number, port):
+        """Makes a port the manager of a group."""
         self._groups.add(number)
         assert self.result("SET_AGG_MANAGE_INTF", adp.agg(number), port) == 0
 
@@ -175,6 +182,7 @@ class Cpu:
         assert self.result("adp_add_agg_member_by_map", adp.agg(number), word, 0) == 0
 
     def tidy(self):
+        """Undoes what was set since the last time."""
         for number in self._formed:
             assert self.result("adp_delete_agg_group", adp.agg(number)) == 0
         for port in self._pvids:
@@ -205,6 +213,7 @@ class Cpu:
             self.set_up()
 
     def close(self):
+        """Ends adpsh."""
         self.shell.close()
 
 

@@ -28,8 +28,9 @@ class Failures:
         self._forget()
         for lab in set(self._recordings) - set(Lab.running):
             self._recordings.pop(lab).close()
-        for lab, recording in self._recordings.items():
+        for lab in Lab.running:
             lab.forget()
+        for recording in self._recordings.values():
             recording.begin()
         self._record()
 
@@ -40,7 +41,7 @@ class Failures:
     def _record(self):
         """Begins with devices that are new."""
         for lab in Lab.running:
-            if lab not in self._recordings:
+            if lab not in self._recordings and hasattr(lab.device, "connect"):  # which a board has not
                 self._recordings[lab] = Recording(lab)
 
     def pytest_assertrepr_compare(self, op, left, right):

@@ -8,6 +8,7 @@ import contextlib
 
 import pytest
 from adp.lab import Lab, LabError
+from adp.lab.board import open_board
 from adp.lab.isolate import enter
 
 from .crossing import Crossing
@@ -20,6 +21,8 @@ MARKERS = (
 )
 # A test that uses one of these looks into the virtual device.
 OF_THE_VIRTUAL_DEVICE = {"device"}
+SETTINGS = pytest.StashKey()
+FAILURES = "adp-failures"
 
 
 def pytest_addoption(parser):
@@ -27,74 +30,95 @@ def pytest_addoption(parser):
 
 
 def pytest_configure(config):
+    try:
+        config.stash[SETTINGS] = Settings(config)
+    except LabError as problem:
+        raise pytest.UsageError(str(problem)) from None
     for marker in MARKERS:
         config.addinivalue_line("markers", marker)
 
 
+@pytest.hookimpl(tryfirst=True)  # so that the build comes first in the names of tests
 def pytest_generate_tests(metafunc):
-    if "adp_build" not in metafunc.fixturenames:
-        return
-    builds = Settings(metafunc.config).builds
-    wanted = [name for mark in metafunc.definition.iter_markers("build") for name in mark.args] or builds
-    if Settings(metafunc.config).board:
-        wanted = builds
-    chosen = [name for name in builds if name in wanted]
-    if not chosen:
-        reason = f"It is for the build {' or '.join(wanted)}, and the run has {', '.join(builds)}."
-        chosen = [pytest.param(builds[0], marks=pytest.mark.skip(reason=reason))]
-    metafunc.parametrize("adp_build", chosen, indirect=True, scope="session")
+    if "adp_build" in metafunc.fixturenames:
+        settings, marks = metafunc.config.stash[SETTINGS], metafunc.definition.iter_markers("build")
+        metafunc.parametrize("adp_build", builds_for(settings, marks), indirect=True, scope="session")
+
+
+def builds_for(settings, marks):
+    """The builds that a test is run with. Of a board there is one, whatever its name."""
+    wanted = [name for mark in marks for name in mark.args]
+    chosen = [name for name in settings.builds if settings.board or not wanted or name in wanted]
+    if chosen:
+        return chosen
+    reason = f"It is for the build {' or '.join(wanted)}, and the run has {', '.join(settings.builds)}."
+    return [pytest.param(settings.builds[0], marks=pytest.mark.skip(reason=reason))]
 
 
 def pytest_collection_modifyitems(config, items):
-    board = Settings(config).board
-    if board:
-        for item in items:
-            mark = item.get_closest_marker("virtual_device")
-            if mark or OF_THE_VIRTUAL_DEVICE & set(getattr(item, "fixturenames", ())):
-                reason = " ".join(mark.args) if mark and mark.args else "It looks into the virtual device."
-                item.add_marker(pytest.mark.skip(reason=f"{reason} The run is on the board of {board}."))
+    board = config.stash[SETTINGS].board
+    for item in items if board else ():
+        mark = item.get_closest_marker("virtual_device")
+        if mark or OF_THE_VIRTUAL_DEVICE & set(fixtures_of(item)):
+            reason = " ".join(mark.args) if mark and mark.args else "It looks into the virtual device."
+            item.add_marker(pytest.mark.skip(reason=f"{reason} The run is on the board of {board}."))
+
+
+def fixtures_of(item):
+    """The names of the fixtures that a test uses; a doctest has none."""
+    return getattr(item, "fixturenames", ())
 
 
 def pytest_collection_finish(session):
     """Before the first test, while there are no threads yet."""
-    used = {name for item in session.items for name in getattr(item, "fixturenames", ())}
+    used = {name for item in session.items for name in fixtures_of(item)}
     if "adp_isolated" in used and not session.config.option.collectonly:
         begin(session.config, "adp_build" in used)
 
 
 def begin(config, with_library):
     """Enters the namespaces and records the devices from now on. What is missing ends the run with one sentence."""
-    settings = Settings(config)
+    settings = config.stash[SETTINGS]
     try:
         settings.check_programs(with_library)
         if not settings.board:
             enter()
     except LabError as problem:
         pytest.exit(str(problem), returncode=1)
-    config.pluginmanager.register(Failures(settings.failures), "adp-failures")
+    config.pluginmanager.register(Failures(settings.failures), FAILURES)
 
 
 @pytest.fixture(scope="session")
-def adp_isolated():
-    """The process is in a network namespace of its own. `lab` uses it; so must a fixture that makes a Lab itself."""
+def lab(adp_settings, adp_isolated):
+    """A device with hosts at the ports of --adp-hosts, or the board of --adp-board. All tests share it."""
+    made = open_board(adp_settings.board) if adp_settings.board else Lab(adp_settings.device, adp_settings.hosts)
+    with made as bench:
+        yield bench
 
 
-@pytest.fixture(scope="session")
-def adp_settings(request):
-    """The options of the run, as adp.testing.settings.Settings."""
-    return Settings(request.config)
+@pytest.fixture
+def cpu(session_cpu):
+    """The device's CPU with the library of one build: port map and send socket are ready, and what the test sets is undone."""
+    yield session_cpu
+    session_cpu.tidy()
 
 
-@pytest.fixture(scope="session")
-def device_build(adp_settings, adp_isolated):
-    """Name of the build whose virtual device is used."""
-    return adp_settings.device
+@pytest.fixture
+def hosts(lab):
+    """The hosts by their user ports: `lab.hosts`."""
+    return lab.hosts
 
 
-@pytest.fixture(scope="session")
-def adp_build(request):
-    """The build that pytest_generate_tests has chosen."""
-    return request.param
+@pytest.fixture
+def device(lab):
+    """The virtual device: `lab.device`. A test that uses it is skipped on a board."""
+    return lab.device
+
+
+@pytest.fixture
+def crossing(lab, cpu):
+    """The lab's first three hosts, in a tagged VLAN."""
+    return Crossing(lab, cpu)
 
 
 @pytest.fixture(scope="session")
@@ -104,18 +128,20 @@ def build(adp_build, adp_isolated):
 
 
 @pytest.fixture(scope="session")
-def lab(adp_settings, adp_isolated):
-    """A device with hosts at the ports of --adp-hosts, or the board of --adp-board. All tests share it."""
-    with open_lab(adp_settings) as bench:
-        yield bench
+def device_build(adp_settings, adp_isolated):
+    """Name of the build whose virtual device is used."""
+    return adp_settings.device
 
 
-def open_lab(settings):
-    if settings.board:
-        from adp.lab.board import open_board
+@pytest.fixture
+def tell(capsys):
+    """Prints a line in any run, also without -s."""
 
-        return open_board(settings.board)
-    return Lab(settings.device, settings.hosts)
+    def print_line(text):
+        with capsys.disabled():
+            print(f"\n    {text}", end="")
+
+    return print_line
 
 
 @pytest.fixture(scope="session")
@@ -128,37 +154,20 @@ def session_cpu(lab, build):
         yield made
 
 
-@pytest.fixture
-def cpu(session_cpu):
-    """The device's CPU with the library of one build: port map and send socket ready, no VLANs of its own."""
-    yield session_cpu
-    session_cpu.tidy()
+@pytest.fixture(scope="session")
+def adp_isolated(request):
+    """The process is in a network namespace of its own. `lab` uses it; so must a fixture that makes a Lab itself."""
+    if not request.config.pluginmanager.has_plugin(FAILURES):  # the first test that uses it asks by getfixturevalue()
+        begin(request.config, False)
 
 
-@pytest.fixture
-def hosts(lab):
-    """The hosts by their user ports."""
-    return lab.hosts
+@pytest.fixture(scope="session")
+def adp_settings(request):
+    """The options of the run, as adp.testing.settings.Settings."""
+    return request.config.stash[SETTINGS]
 
 
-@pytest.fixture
-def device(lab):
-    """The virtual device. A test that uses it is skipped on a board."""
-    return lab.device
-
-
-@pytest.fixture
-def crossing(lab, cpu):
-    """Three hosts of a tagged VLAN."""
-    return Crossing(lab, cpu)
-
-
-@pytest.fixture
-def tell(capsys):
-    """Prints a line in any run, also without -s."""
-
-    def print_line(text):
-        with capsys.disabled():
-            print(f"\n    {text}", end="")
-
-    return print_line
+@pytest.fixture(scope="session")
+def adp_build(request):
+    """What `build` gives, also where a project has another fixture of that name."""
+    return request.param
