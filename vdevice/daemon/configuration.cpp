@@ -6,10 +6,16 @@
 #include <algorithm>
 #include <iterator>
 
+#include "text/printable.h"
 #include "vdevice/io/error.h"
 #include "vdevice/io/receive_ring.h"
 
 namespace vdevice {
+namespace {
+
+constexpr char kLongestPort[] = "31";
+
+}  // namespace
 
 driver::Board Settings::board() const {
     driver::Board board;
@@ -23,6 +29,9 @@ void Settings::check() const {
     if (!board().is_possible()) {
         throw io::Error{driver::kImpossibleBoard};
     }
+    if (port_interfaces && (port_interfaces->empty() || !is_interface_name(*port_interfaces + kLongestPort))) {
+        throw io::Error{"port-interfaces must be 1 to 13 letters without blanks, '/' and ':'."};
+    }
     if (ring_slots && !ReceiveRing::may_have(*ring_slots)) {
         throw io::Error{"cannot make such rings: the number of slots must be a multiple of " +
                         std::to_string(ReceiveRing::kSlotsInBlock) + " from " +
@@ -33,10 +42,20 @@ void Settings::check() const {
 
 Settings Settings::or_else(const Settings &other) const {
     const auto either = [](const auto &one, const auto &another) { return one ? one : another; };
-    return {either(run_dir, other.run_dir),       either(create_interfaces, other.create_interfaces),
-            either(user_ports, other.user_ports), either(first_port, other.first_port),
-            either(ring_slots, other.ring_slots), either(line_rate, other.line_rate),
+    return {either(run_dir, other.run_dir),
+            either(create_interfaces, other.create_interfaces),
+            either(user_ports, other.user_ports),
+            either(first_port, other.first_port),
+            either(port_interfaces, other.port_interfaces),
+            either(ring_slots, other.ring_slots),
+            either(line_rate, other.line_rate),
             either(log_level, other.log_level)};
+}
+
+bool is_interface_name(const std::string &name) {
+    constexpr size_t kMaxName = 15;
+    return !name.empty() && name.size() <= kMaxName && name.find_first_of("/: \t\n") == std::string::npos &&
+           text::on_one_line(name) == name;
 }
 
 std::vector<std::string> apply(const Configuration &configuration, DriverCalls &calls) {

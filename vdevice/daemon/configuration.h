@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "generated/driver_calls.h"
+#include "vdevice/cable/conditions.h"
 #include "vdevice/driver/board.h"
 #include "vdevice/process/log_level.h"
 
@@ -21,6 +22,7 @@ struct Settings {
     std::optional<bool> create_interfaces;
     std::optional<int> user_ports;
     std::optional<int> first_port;
+    std::optional<std::string> port_interfaces; /**< the name of user ports' interfaces before the number */
     std::optional<uint32_t> ring_slots;
     std::optional<bool> line_rate;
     std::optional<LogLevel> log_level;
@@ -44,7 +46,11 @@ struct Configuration {
     std::map<int, std::string> interfaces; /**< the network interfaces of user ports, 0 for the CPU port */
     std::set<uint32_t> vids;
     std::vector<Step> steps;
+    std::map<int, cable::Conditions> cables = {}; /**< the bad ones, by user port */
 };
+
+/** Whether a network interface can have the name. */
+bool is_interface_name(const std::string &name);
 
 /**
  * Reads the file; what @p given says wins over it. Throws an io::Error, which names the line, if the file cannot be

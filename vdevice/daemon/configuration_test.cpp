@@ -47,6 +47,7 @@ class ConfigurationFile : public testing::Test {
 
 constexpr const char *kWhole = R"(
 run-dir = "/run/vdevice"
+port-interfaces = "lan"
 log-level = "notice"
 create-interfaces = true
 user-ports = 8
@@ -74,6 +75,7 @@ untagged = "1-2"
 TEST_F(ConfigurationFile, SetsWhatItSays) {
     const Configuration configuration = read(kWhole);
     EXPECT_EQ(configuration.settings.run_dir, "/run/vdevice");
+    EXPECT_EQ(configuration.settings.port_interfaces, "lan");
     EXPECT_EQ(configuration.settings.log_level, LogLevel::kNotice);
     EXPECT_EQ(configuration.settings.create_interfaces, true);
     EXPECT_EQ(configuration.settings.board().user_ports, 8);
@@ -125,6 +127,16 @@ TEST_F(ConfigurationFile, TellsWhatTheDeviceRefuses) {
     EXPECT_TRUE(apply(none, driver_).empty());
 }
 
+TEST_F(ConfigurationFile, MakesCablesBad) {
+    cable::Conditions conditions;
+    conditions.loss = 50'000;
+    conditions.delay = 1'500'000;
+    conditions.seed = 7;
+    const char *const text = "[[cable]]\nports = \"3-4\"\nloss = \"5%\"\ndelay = \"1.5ms\"\nseed = 7\n";
+    EXPECT_EQ(read(text).cables, (std::map<int, cable::Conditions>{{3, conditions}, {4, conditions}}));
+    EXPECT_EQ(read("[[cable]]\nports = 1\n").cables.at(1), cable::Conditions{});
+}
+
 struct Fault {
     const char *text;
     const char *told;
@@ -152,6 +164,10 @@ constexpr Fault kFaults[] = {
     {"user-ports = 30\nfirst-port = 4\n",
      ": cannot wire such a board: the user ports must lie on the chip's ports 1 to 31."},
     {"ring-slots = 8\n", ":1: ring-slots 8 is not in 16 to 65536."},
+    {"port-interfaces = \"a port\"\n", ": port-interfaces must be 1 to 13 letters without blanks, '/' and ':'."},
+    {"port-interfaces = \"fourteen-chars\"\n",
+     ": port-interfaces must be 1 to 13 letters without blanks, '/' and ':'."},
+    {"port-interfaces = \"\"\n", ": port-interfaces must be 1 to 13 letters without blanks, '/' and ':'."},
     {"ring-slots = 17\n", ": cannot make such rings: the number of slots must be a multiple of 16 from 16 to 65536."},
     {"log-level = \"loud\"\n", ":1: log-level must be error, warning, notice or info."},
     {"create-interfaces = 1\n", ":1: create-interfaces must be true or false."},
@@ -174,6 +190,15 @@ constexpr Fault kFaults[] = {
      ":6: a port has one interface, and an interface one port."},
     {"[[port]]\nports = 1\ninterface = \"a\"\n[[port]]\nports = 1\ninterface = \"b\"\n",
      ":6: a port has one interface, and an interface one port."},
+    {"[[cable]]\nloss = \"5%\"\n", ":1: a cable needs its 'ports'."},
+    {"[[cable]]\nports = \"cpu\"\nloss = \"5%\"\n", ":2: the CPU port has no cable."},
+    {"[[cable]]\nports = 3\n[[cable]]\nports = \"1-4\"\n", ":4: the cable of port 3 is there twice."},
+    {"[[cable]]\nports = 3\nlos = \"5%\"\n", ":3: there is no key 'los', did you mean 'loss'?"},
+    {"[[cable]]\nports = 3\nloss = 0.05\n",
+     ":3: loss must be a percentage from 0% to 100%, as 5% or 0.1%, with at most four decimals."},
+    {"[[cable]]\nports = 3\ndelay = 20\n", ":3: delay must be a time up to 10s, as 20ms, 1.5ms or 300us."},
+    {"[[cable]]\nports = 3\njitter = \"20ms\"\n", ":1: the jitter of a cable is at most its delay."},
+    {"cable = 3\n", ":1: cable is written as [[cable]]."},
 };
 
 TEST_F(ConfigurationFile, TellsMistakesWithTheirLine) {

@@ -27,6 +27,7 @@ DeviceOptions options_of(const Settings &settings, const Configuration &configur
         options.cable_mark = folder.mark();
     }
     options.interfaces = configuration.interfaces;
+    options.port_interfaces = settings.port_interfaces;
     options.ring_slots = settings.ring_slots.value_or(static_cast<uint32_t>(options.ring_slots));
     options.line_rate = settings.line_rate.value_or(false);
     return options;
@@ -55,6 +56,7 @@ Daemon::Daemon(io::EventLoop &loop, const Settings &given, std::string file, Con
     if (!refusals.empty()) {
         throw io::Error{refusals.front()};
     }
+    change_cables({});
     serve_sockets();
     clock_ = loop_.every_second([this] { tick(); });
     note(LogLevel::kNotice, "a device with user ports 1 to " + std::to_string(device_.board().user_ports) + " runs");
@@ -107,6 +109,7 @@ void Daemon::note_unchangeable(const Configuration &changed) {
         {"create-interfaces", now.create_interfaces != then.create_interfaces},
         {"user-ports", now.user_ports != then.user_ports},
         {"first-port", now.first_port != then.first_port},
+        {"port-interfaces", now.port_interfaces != then.port_interfaces},
         {"ring-slots", now.ring_slots != then.ring_slots},
         {"line-rate", now.line_rate != then.line_rate},
         {"interface", configuration_.interfaces != changed.interfaces},
@@ -115,6 +118,20 @@ void Daemon::note_unchangeable(const Configuration &changed) {
         if (is_changed) {
             note(LogLevel::kWarning,
                  std::string{name} + " has changed in the file: it changes when vdeviced starts again");
+        }
+    }
+}
+
+/** The file's cables hold, and those that only the earlier file has are good ones. A cable that is right goes on. */
+void Daemon::change_cables(const std::map<int, cable::Conditions> &earlier) {
+    for (const auto &[port, conditions] : earlier) {
+        if (!configuration_.cables.contains(port)) {
+            device_.set_conditions(port, {});
+        }
+    }
+    for (const auto &[port, conditions] : configuration_.cables) {
+        if (device_.conditions(port) != conditions) {
+            device_.set_conditions(port, conditions);
         }
     }
 }
@@ -131,7 +148,8 @@ void Daemon::reload() {
         for (const std::string &refusal : apply_changes(configuration_, changed, device_.calls())) {
             note(LogLevel::kError, refusal);
         }
-        configuration_ = std::move(changed);
+        const std::map<int, cable::Conditions> cables = std::exchange(configuration_, std::move(changed)).cables;
+        change_cables(cables);
         note(LogLevel::kNotice, "the configuration was read again");
     } catch (const io::Error &error) {
         note(LogLevel::kError, std::string{"the configuration stays as it was: "} + error.what());

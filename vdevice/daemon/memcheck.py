@@ -64,6 +64,15 @@ def ask_everything(device):
         assert "error" in control.hear()
 
 
+def use_bad_cables(device):
+    """Frames that pass, that are lost, that come twice, that are cut off, and that wait when the device ends."""
+    for port, words in (("1", ("--duplicate", "50%", "--corrupt", "50%")), ("2", ("--loss", "50%", "--delay", "10s")),
+                        ("2", ("--delay", "10s", "--rate", "1M"))):  # fmt: skip
+        assert device.control("cable", port, *words).returncode == 0
+        send_frames(device)
+    wait_until(lambda: any(row["waiting"] for row in device.ask("cables")["cables"]), "a frame to wait")
+
+
 def storm(device):
     """Clients that come and go, in the middle of what they say."""
     for name, words in (("control", b'{"command": "macs"}\n{"comm'), ("driver", struct.pack(">3I", 0x61647001, 0, 7))):
@@ -95,7 +104,7 @@ def test_no_error_and_no_leak_from_start_to_end(start, tmp_path):
     report = tmp_path / "report"
     device = start("--create-interfaces", *BOARD, under=[*VALGRIND, f"--log-file={report}"])
     device.wait_ready()
-    for work in (send_frames, make_calls, ask_everything, storm, flap, listen, send_frames):
+    for work in (send_frames, make_calls, ask_everything, storm, use_bad_cables, flap, listen, use_bad_cables):
         work(device)
     device.process.send_signal(signal.SIGTERM)
     _, errors = device.process.communicate(timeout=SLOWDOWN * DEADLINE)

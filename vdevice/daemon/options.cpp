@@ -18,6 +18,7 @@ enum Key : int {
     kCreateInterfaces,
     kUserPorts,
     kFirstPort,
+    kPortInterfaces,
     kRingSlots,
     kLineRate,
     kConfig,
@@ -31,6 +32,8 @@ const argp_option kOptions[] = {
      "make the interface pairs cpu0/eth0, port1/host1, ... and remove them at the end", 0},
     {"user-ports", kUserPorts, "N", 0, "number of user ports, 26 by default", 0},
     {"first-port", kFirstPort, "P", 0, "chip port of user port 1, 4 by default", 0},
+    {"port-interfaces", kPortInterfaces, "NAME", 0,
+     "the user ports are the interfaces NAME1, NAME2, ..., each from the moment that it is there", 0},
     {"ring-slots", kRingSlots, "N", 0,
      "slots of each port's receive ring, a multiple of 16, 2048 by default: 2 KiB each, "
      "108 MiB for the rings of 26 user ports and the CPU port",
@@ -61,9 +64,7 @@ LogLevel read_level(const argp_state *state, const char *text) {
     return level.value_or(LogLevel::kInfo);
 }
 
-error_t take_option(int key, char *argument, argp_state *state) {
-    auto &options = *static_cast<Options *>(state->input);
-    Settings &settings = options.settings;
+error_t take_setting(int key, char *argument, const argp_state *state, Settings &settings) {
     switch (key) {
         case kRunDir:
             settings.run_dir = argument;
@@ -77,20 +78,31 @@ error_t take_option(int key, char *argument, argp_state *state) {
         case kFirstPort:
             settings.first_port = read_number<int>(state, argument);
             return 0;
+        case kPortInterfaces:
+            settings.port_interfaces = argument;
+            return 0;
         case kRingSlots:
             settings.ring_slots = read_number<uint32_t>(state, argument);
             return 0;
         case kLineRate:
             settings.line_rate = true;
             return 0;
+        case kLogLevel:
+            settings.log_level = read_level(state, argument);
+            return 0;
+        default:
+            return ARGP_ERR_UNKNOWN;
+    }
+}
+
+error_t take_option(int key, char *argument, argp_state *state) {
+    auto &options = *static_cast<Options *>(state->input);
+    switch (key) {
         case kConfig:
             options.file = argument;
             return 0;
         case kCheck:
             options.check = true;
-            return 0;
-        case kLogLevel:
-            settings.log_level = read_level(state, argument);
             return 0;
         case ARGP_KEY_END:
             if (options.check && options.file.empty()) {
@@ -98,7 +110,7 @@ error_t take_option(int key, char *argument, argp_state *state) {
             }
             return 0;
         default:
-            return ARGP_ERR_UNKNOWN;
+            return take_setting(key, argument, state, options.settings);
     }
 }
 

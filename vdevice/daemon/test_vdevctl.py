@@ -29,7 +29,7 @@ def test_impossible_commands_are_refused_with_a_sentence(device, words):
 
 @pytest.mark.parametrize("command", ["ports", "vlans", "macs", "mcast", "limits", "counters", "log", "events", "trunks", "reserved",
                                      "mirrors", "gpio", "fields", "meters", "storm", "queues", "groups", "translations",
-                                     "priorities", "state", "version"])
+                                     "priorities", "state", "version", "cables"])
 def test_every_table_is_shown(device, command):
     assert device.control(command).returncode == 0
     assert isinstance(device.ask(command), dict)

@@ -56,6 +56,11 @@ void set_offload(int fd, const std::string &name, int command) {
     ioctl(fd, SIOCETHTOOL, &request);
 }
 
+/** A setting that cannot be made, as where /proc/sys is read-only, stays. */
+void set_protocol(const char *protocol, const std::string &name, const char *setting, const char *value) {
+    std::ofstream{std::string{"/proc/sys/net/"} + protocol + "/conf/" + name + "/" + setting} << value;
+}
+
 /** The marked interfaces and their peers: "port1@host1", or "port1@if7" if the peer is in another namespace. */
 std::map<std::string, std::string> marked_pairs(uint32_t mark) {
     std::map<std::string, std::string> pairs;
@@ -148,7 +153,12 @@ void make_transparent(const std::string &name) {
     }
     turn_off_offloads(name);
     // A kernel without IPv6 has no such file, and nothing to switch off.
-    std::ofstream{"/proc/sys/net/ipv6/conf/" + name + "/disable_ipv6"} << "1";
+    set_protocol("ipv6", name, "disable_ipv6", "1");
+}
+
+void keep_from_machine(const std::string &name) {
+    set_protocol("ipv4", name, "arp_ignore", "8");
+    set_protocol("ipv4", name, "forwarding", "0");
 }
 
 void turn_off_offloads(const std::string &name) {

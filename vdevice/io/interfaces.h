@@ -49,6 +49,9 @@ class Cables {
  */
 void make_transparent(const std::string &name);
 
+/** The machine answers nobody on this interface for addresses of its others, and routes nothing from there. */
+void keep_from_machine(const std::string &name);
+
 /** The interface's own frames get their checksums before it takes them, and are no longer than its MTU allows. */
 void turn_off_offloads(const std::string &name);
 
