@@ -67,7 +67,8 @@ FAULTS = {
                         "'binds' has no meaning for a host: hosts see the machine's files."),
     "another bind": (with_node('{kind: adp, binds: ["a:/etc/adp/startup"]}'), 4, "No file can be bound to "
                      "'/etc/adp/startup': a device sees the machine's files, and looks for its own in /etc/adp/"
-                     "vdeviced.toml, /etc/adp/startup.adpsh, /etc/adp/switchd.toml. Did you mean '/etc/adp/startup.adpsh'?"),
+                     "vdeviced.toml, /etc/adp/startup.adpsh, /etc/adp/switchd.toml. Did you mean '/etc/adp/startup."
+                     "adpsh'?"),
     "program twice": (with_node('{kind: adp, binds: ["x.clab.yml:/etc/adp/switchd.toml"], config: {vars: {adp: '
                       "{programs: {adp-switchd: x}}}}}"), 4, "The file bound to /etc/adp/switchd.toml has a program "
                       "'adp-switchd' started already."),
