@@ -57,6 +57,8 @@ FAULTS = {
                        "The key 'nodes' has 1001 entries, and no more than 1000 are read."),
     "no kind": (with_host("{}"), 5, "The node 'h1' has no kind: adp is a device, linux a host."),
     "unknown kind": (with_host("{kind: bridge}"), 5, "There is no kind 'bridge' here: adp is a device, linux a host."),
+    "unknown group": (BASE.replace("  nodes:", "  groups: {red: {}}\n  nodes:", 1).replace("kind: linux", "group: rde"), 6,
+                      "There is no group 'rde'. Did you mean 'red'?"),
     "exec as text": (with_host("{kind: linux, exec: ip link}"), 5, "The key 'exec' of the node 'h1' should be a list."),
     "exec of mappings": (with_host("{kind: linux, exec: [{a: b}]}"), 5, "Item 1 of the key 'exec' of the node 'h1' "),
     "empty command": (with_host('{kind: linux, exec: [" "]}'), 5, "Item 1 of the key 'exec' of the node 'h1' should be"
