@@ -93,6 +93,8 @@ def test_a_program_says_its_version(name):
     (["adpsh", "wait"], ["wait_frame"]),
     (["adp-lab", "--lab", "=", "x", "ca"], ["capture", "cable"]),
     (["adp-lab", "up", "CMakeL"], ["CMakeLists.txt"]),
+    (["adp-lab", "plu"], ["plug"]),
+    (["adp-lab", "--lab", "=", "x", "caba"], [""]),
 ])
 def test_bash_completes_command_lines(folder, words, replies):
     done = subprocess.run(["bash", "-c", COMPLETE, "bash", str(folder / "completions" / words[0]), *words], cwd=ROOT,

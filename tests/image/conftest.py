@@ -1,7 +1,7 @@
 """Devices as image/run-device runs them, the cables between them, and hosts.
 
-They are processes with the programs of build/host, in namespaces as a container has them; with ADP_IMAGE, the path of an
-image, they are containers of it.
+They are processes with the programs of build/host, in namespaces as a container has them; with ADP_IMAGE, the path of
+an image, they are containers of it.
 """
 
 import itertools
@@ -31,7 +31,7 @@ def make_engine(tmp_path_factory):
 
 @pytest.fixture(name="make_device")
 def make_maker(request, tmp_path):
-    """Starts devices: make_device({"startup.adpsh": "..."}) with the files to be bound into it; waits until it is ready."""
+    """Starts devices with files in their /etc/adp: make_device({"startup.adpsh": "..."}); waits until they are ready."""
     made = []
 
     def make(files=None, wait=True):

@@ -3,6 +3,7 @@
 import contextlib
 import json
 import resource
+import shutil
 import subprocess
 
 from running import SECONDS, Running
@@ -16,8 +17,9 @@ class Engine:
     """Podman with a storage of its own, in which there is nothing but the image."""
 
     def __init__(self, image, folder):
-        self._podman = ["podman", "--root", folder / "root", "--runroot", folder / "run", "--tmpdir", folder / "tmp",
-                        "--storage-driver", "overlay", "--cgroup-manager", "cgroupfs", "--events-backend", "file"]
+        folders = [word for name in ("root", "runroot", "tmpdir") for word in (f"--{name}", folder / name)]
+        self._podman = [shutil.which("podman"), *folders, "--storage-driver", "overlay",
+                        "--cgroup-manager", "cgroupfs", "--events-backend", "file"]
         self._image = image
 
     def __enter__(self):
@@ -45,11 +47,11 @@ class Engine:
 
 
 def options():
-    """How containers are made: without a network, since the tests plug their cables, and without timers of systemd. Podman
-    raises limits where nothing else is said, which not every sandbox lets it do.
+    """Those of every container: without control groups and timers of systemd. Podman raises limits where nothing else is
+    said, which not every sandbox lets it do.
     """
     soft, hard = resource.getrlimit(resource.RLIMIT_NOFILE)
-    return ["--privileged", "--network=none", "--cgroups=disabled", "--health-interval=disable",
+    return ["--cgroups=disabled", "--health-interval=disable",
             "--ulimit", f"nofile={soft}:{hard}", "--ulimit", f"nproc={PROCESSES}:{PROCESSES}"]
 
 
@@ -59,7 +61,7 @@ class Container(Running):
         self.etc = "/etc/adp"
         self._engine = engine
         binds = [word for file in etc.iterdir() for word in ("--volume", f"{file}:/etc/adp/{file.name}:ro")]
-        self._name = engine("create", *options(), *binds, NAME)
+        self._name = engine("create", *options(), "--privileged", "--network=none", *binds, NAME)
 
     def _start(self):
         self._engine("start", self._name)

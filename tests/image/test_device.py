@@ -1,5 +1,5 @@
-"""A device as a container runs it: its files, its programs, its ports, its end. In containers with script/image --check, in
-processes otherwise."""
+"""A device as a container runs it: its files, its programs, its ports, its end. In containers with script/image --check,
+in processes otherwise."""
 
 import time
 
@@ -55,9 +55,10 @@ def test_linux_bridges_the_ports_and_has_an_address_there(make_device, cables):
     one, two = cables.host(device, 1, "10.0.0.1/24"), cables.host(device, 2, "10.0.0.2/24")
     outside = cables.host(device, 3, "10.0.0.3/24")
     device.await_output("swp2", "on-cpu", "ip", "link")
-    for line in ("link add br10 type bridge", "link set swp1 master br10", "link set swp2 master br10",
-                 "link set swp1 up", "link set swp2 up", "link set swp3 up", "link set br10 up", "address add 10.0.0.9/24 dev br10"):
-        device.run("on-cpu", "ip", *line.split())
+    for line in ("add br10 type bridge", "set swp1 master br10", "set swp2 master br10",
+                 "set swp1 up", "set swp2 up", "set swp3 up", "set br10 up"):
+        device.run("on-cpu", "ip", "link", *line.split())
+    device.run("on-cpu", "ip", "address", "add", "10.0.0.9/24", "dev", "br10")
     device.await_output('"synced": true', "adp-switchd", "status", "--json")
     device.await_output("   10  cpu,1-2", "vdevctl", "vlans", "10")
     for host in (one, two, outside):

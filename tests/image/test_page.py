@@ -29,5 +29,5 @@ def test_the_commands_of_the_page_work(engine, tmp_path):
     done = subprocess.run(["bash", "-eu", "-c", "\n".join(blocks)], cwd=tmp_path, env=environment, capture_output=True,
                           text=True, timeout=SECONDS, check=False)
     assert done.returncode == 0, done.stdout + done.stderr
-    for text in ("1 received", "members = {1-2}", "run-device: ready"):
+    for text in ("1 received", "untagged = {2}", "run-device: ready"):
         assert text in done.stdout + done.stderr

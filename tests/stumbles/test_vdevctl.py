@@ -17,7 +17,7 @@ BESIDE_A_DEVICE = [
     ("counters --nonzro", 1, ["did you mean '--nonzero'?"]),
     ("counters one", 1, ["1-4,7"]),
     ("counters --rate 1x", 1, ["--rate takes a time from 1ms to 60m, not '1x'"]),
-    ("counters --rate 10ms 1", 0, ["counts per second, over 0.0"]),
+    ("counters --rate 10ms 1", 0, ["counts per second, over ", " s\n1 of 27 rows"]),
     ("macs --vlan 100 --port 3", 0, ["VLAN", "ADDRESS"]),
     ("macs --port", 1, ["'--port PORTS'"]),
     ("pull", 1, ["'pull PORT'"]),

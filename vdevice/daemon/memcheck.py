@@ -11,7 +11,7 @@ from testing.daemon import BOARD, BROADCAST, DEADLINE, PAYLOAD, Control, datagra
 ERRORS = 99
 VALGRIND = ("valgrind", "--leak-check=full", "--errors-for-leak-kinds=definite", "--show-leak-kinds=definite",
             f"--error-exitcode={ERRORS}", "--child-silent-after-fork=yes")  # fmt: skip
-SLOWDOWN = 6
+SLOWDOWN = 2
 CALLS = [("add-address", 5, 24), ("enable", 24, 1), ("meter", 1, 5), ("rule", 768, 23, 53, 0, 5),
          ("destroy-rule", 768), ("group-vlan", 7), ("storm-limit", 23, 1, 100), ("send-event", 3, 1),
          ("receive-event", 3), ("trunk", 1)]  # fmt: skip

@@ -22,8 +22,9 @@ places in the chip), `ip` (IPv4 packets), `listener` (multicast groups that a ho
 `aggregation` (the example programs of an access list, of multicast snooping and of an aggregation group), `failover`
 (the latter on both devices of a pair, under load), `flow` (numbered frames, and which of them were lost), `program` (other
 projects' programs in a namespace), `lldp`, `openvswitch`, `port_access`, `routing`, `dhcp` and `iperf` (each a daemon or
-two), `switchd` (adp-switchd), `switch` (a device with adp-switchd, bridges and daemons), `topology` (topology files) and
-`command` (the program adp-lab and its labs, which stay).
+two), `switchd` (adp-switchd), `switch` (a device with adp-switchd, bridges and daemons), `board` (a real board in the
+place of the virtual device) with `board_file`, `board_port`, `board_shell` and `serial_line`, `topology` (topology files)
+and `command` (the program adp-lab and its labs, which stay).
 """
 
 from .bench import Lab
