@@ -35,11 +35,15 @@ class Call(Generic[Returned]):
         arguments = {parameter.name: parameter.argument(values) for parameter in self.parameters}
         result = self._function(*map(_passed, self.parameters, arguments.values()))
         outputs = [parameter.outcome(arguments) for parameter in self.parameters if parameter.returned]
+        return self.outcome(self._result(result), outputs)
+
+    def outcome(self, result: Any, outputs: list[Any]) -> Returned:
+        """What the call returns, of its result and outputs; an Error for a status other than ADP_OK."""
         if self.result not in (None, Status):
-            outputs.insert(0, self._result(result))
+            outputs = [result, *outputs]
         returned = self._several(*outputs) if self._several else outputs[0] if outputs else None
-        if self.result is Status and result.value != 0:
-            raise Error(self.name, result.value, returned)
+        if self.result is Status and result != 0:
+            raise Error(self.name, result, returned)
         return returned  # type: ignore[no-any-return]  # the generated annotation says it
 
     @functools.cached_property

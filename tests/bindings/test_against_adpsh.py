@@ -6,15 +6,16 @@ import subprocess
 import sys
 
 import pytest
-from lines import line, same
+from caller import HANDLER
 from random_arguments import RandomArguments
 from test_coverage import CALLS
 
-from adp.call import Status
+import adp
 from adp.lab.builds import Build
 from adp.lab.device import Device
 from adp.lab.process import stop
 from adp.lab.shell import Shell
+from adp.testing.calls import RemoteCall, text_of
 
 ROUNDS = 12
 # A descriptor: another number in each process.
@@ -51,22 +52,12 @@ def bindings_and_shell():
         yield caller, shell
 
 
-def differences(call, status, returned, answer):
-    """What the two say differently of one call."""
-    fields = [each.name for each in call.parameters if each.returned]
-    values = list(returned) if call._several else [returned]
-    if call.result is Status:
-        if status != answer["result"]:
-            yield f"status {status}, {answer['result']}"
-    elif call.result is not None:
-        result = values.pop(0)
-        if call.name in DESCRIPTORS:
-            result, answer["result"] = result >= 0, answer["result"] >= 0
-        if not same(result, answer["result"]):
-            yield f"result {result}, {answer['result']}"
-    for name, value in zip(fields, values):
-        if not same(value, answer["outputs"][name]):
-            yield f"{name} {value}, {answer['outputs'][name]}"
+def result_of(remote, answer):
+    """(status, what is returned) of adpsh's answer."""
+    try:
+        return 0, remote.outcome(answer)
+    except adp.Error as error:
+        return error.status, error.outputs
 
 
 def test_same_results_and_outputs(both):
@@ -78,13 +69,18 @@ def test_same_results_and_outputs(both):
         for name in source.sample(sorted(CALLS), len(CALLS)):
             own, call = CALLS[name]
             arguments = arguments_of.arguments(call)
-            asked = line(call, arguments)
+            remote = RemoteCall(getattr(adp, own.removeprefix("_")))
+            given = [each.name for each in call.parameters if each.given]
+            asked = remote.line(dict(zip(given, arguments))).replace(text_of(HANDLER), "print")
             answer = shell.ask(asked)
             if "error" in answer:
                 found.append(f"{asked}: {answer['error']}")
                 continue
             made[name] += 1
-            status, returned = caller.call(own.removeprefix("_"), arguments)
-            found += [f"{asked}: {each}" for each in differences(call, status, returned, answer)]
+            ours, theirs = caller.call(own.removeprefix("_"), arguments), result_of(remote, answer)
+            if name in DESCRIPTORS:
+                ours, theirs = ours[1] >= 0, theirs[1] >= 0
+            if ours != theirs:
+                found.append(f"{asked}: {ours}, {theirs}")
     assert not found, "\n".join(found)
     assert [name for name, count in made.items() if not count] == []
