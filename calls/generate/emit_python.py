@@ -6,7 +6,6 @@ import emit_python_text as text
 import python_names as names
 from interface import HeaderError
 
-COUNT_MARKS = {True: 0xFFFF, False: 0}
 RESULTS = {"adp_status_t": "Status", "void": "None"}
 TUPLE_METHODS = ("count", "index")
 PARAMETERS = ("Callback", "Count", "Counted", "CountedInOut", "In", "InOut", "Out", "PortsWord", "Room", "Text", "Value")
@@ -100,7 +99,7 @@ class Function:
     """A call in Python."""
 
     def __init__(self, library, function):
-        self.function, self.name = function, names.name_of(library, function.name)
+        self.library, self.function, self.name = library, function, names.name_of(library, function.name)
         self.parameters = [Parameter(library, function, param) for param in function.params]
         self.given = [each for each in self.parameters if each.is_given]
         for each in reversed(self.given):  # what is also written can be left out if it comes last
@@ -155,7 +154,11 @@ class Function:
                    if each.is_given or each.is_returned]
         if comment.result:
             entries.append(f"{'status' if self.result == 'Status' else 'result'}: {comment.result}")
-        return text.docstring(comment.purpose, entries=entries)
+        return text.docstring(comment.purpose, entries=[self.with_classes(entry) for entry in entries])
+
+    def with_classes(self, entry):
+        """Enumerations by their names in Python."""
+        return re.sub(r"\benum (adp_\w+)", lambda match: names.enumeration_of(self.library, match[1]), entry)
 
 
 def joined(head, parts, tail):

@@ -4,16 +4,19 @@ import exported
 import python_names as names
 from interface import HeaderError
 
+LONGEST_DECIMAL = 9999
+
+
+def constant(library, name):
+    """A #define."""
+    value = library.headers.constants[name]
+    line = f"{names.checked(name.removeprefix('ADP_'))} = {value if value <= LONGEST_DECIMAL else hex(value)}"
+    return [line, text.docstring(library.remarks[name], "")] if name in library.remarks else [line]
+
 
 def constants(library):
-    lines = []
     plain = [name for name in library.headers.constants if name.startswith("ADP_") and name not in library.headers.enums]
-    for name in plain:
-        lines.append(f"{names.checked(name.removeprefix('ADP_'))} = {library.headers.constants[name]:#x}"
-                     if library.headers.constants[name] > 9999 else
-                     f"{names.checked(name.removeprefix('ADP_'))} = {library.headers.constants[name]}")
-        if name in library.remarks:
-            lines.append(text.docstring(library.remarks[name], ""))
+    lines = [line for name in plain for line in constant(library, name)]
     tags = list(dict.fromkeys(library.headers.enums.values()))
     for tag in tags:
         lines.append(f"\n\nclass {names.enumeration_of(library, tag)}(enum.IntEnum):\n{text.docstring(f'enum {tag}')}\n")

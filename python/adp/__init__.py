@@ -14,10 +14,12 @@
 The library is loaded at the first call: ADP_LIBRARY names it, see adp.library. Each process has its own tables.
 
 Names. A call and a table are called as in the headers without a leading `adp_`: `adp_vlan_createEx` is
-`adp.vlan_createEx`, `SET_AGG_MANAGE_INTF` is `adp.SET_AGG_MANAGE_INTF`. The two calls `__adp_transmit_frame` and
-`__adp_receive_frame`, which take a record, are `adp.transmit_frame_record` and `adp.receive_frame_record`. A constant is
-without `ADP_` (`adp.NO_VLAN`). A struct and an enumeration are classes without `adp_` and `_t` (`adp_l2_entry_t` is
-`adp.L2Entry`, `enum adp_stg_state` is `adp.StgState`); an enumeration's members lose what all of them begin with
+`adp.vlan_createEx`, `SET_AGG_MANAGE_INTF` is `adp.SET_AGG_MANAGE_INTF`. The prefix stays where the rest is the name of
+another call or table: `adp.adp_agg_event_handle()` beside the table `adp.agg_event_handle`. The two calls
+`__adp_transmit_frame` and `__adp_receive_frame`, which take a record, are `adp.transmit_frame_record` and
+`adp.receive_frame_record`. A constant is without `ADP_` (`adp.NO_VLAN`). A struct and an enumeration are classes
+without `adp_` and `_t` (`adp_l2_entry_t` is `adp.L2Entry`, `enum adp_stg_state` is `adp.StgState`, `enum
+adp_fp_action` is `adp.FpActionType` beside the struct); an enumeration's members lose what all of them begin with
 (`adp.StgState.BLOCKING`).
 
 Arguments. What a call only writes is not given but returned: one value as it is, several as a named tuple. What it reads

@@ -20,7 +20,8 @@ from adp.testing.calls import RemoteCall, text_of
 ROUNDS = 12
 # A descriptor: another number in each process.
 DESCRIPTORS = ("adp_pkt_init",)
-CALLER = [sys.executable, "-B", __file__.replace("test_against_adpsh", "caller")]
+# Python looks at the octets around each block when it frees it, and ends where the library has written there.
+CALLER = ["env", "PYTHONMALLOC=debug", sys.executable, "-B", __file__.replace("test_against_adpsh", "caller")]
 
 
 class Caller:

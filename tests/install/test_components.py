@@ -76,6 +76,14 @@ def test_recorder_finds_what_it_puts_in_front_of_a_program(prefix, tmp_path):
     assert ": 0 calls" in done.stderr
 
 
+@pytest.mark.skipif(bool(TOOLCHAIN), reason="the interpreter is of this machine")
+def test_python_package_finds_the_driver_and_the_services(prefix, libdir, device):
+    program = "import adp; adp.map_ports(); adp.vlan_create(100); print(adp.vlan_port_get(100).members)"
+    done = device.run("/usr/bin/python3", "-B", "-c", program, ADP_LIBRARY=str(libdir / "libadp.so"),
+                      PYTHONPATH=str(prefix / "lib/python3/dist-packages"))
+    assert (done.stdout, done.stderr) == ("PortSet()\n", "")
+
+
 @pytest.mark.skipif(bool(TOOLCHAIN), reason="the device is a program of this machine")
 @pytest.mark.parametrize("program, start", [("vdeviced", "/bin/vdeviced --config"), ("adp-switchd", "/bin/adp-switchd\n")])
 def test_unit_names_the_installed_daemon(program, start):

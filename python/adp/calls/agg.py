@@ -472,7 +472,7 @@ def set_agg_loadbalance(agg_intf: int, mode: int) -> None:
     """Sets a group's load balancing.
 
     agg_intf: aggregation interface
-    mode: enum adp_balance_mode
+    mode: BalanceMode
     status: the second driver call's result
     """
     _set_agg_loadbalance(agg_intf, mode)
@@ -524,7 +524,7 @@ def get_port_stat(intf: int, type: int) -> int:
     """Reads a counter of a user port, or the sum over a group's active members (modulo 2^64).
 
     intf: user port or aggregation interface
-    type: enum adp_counter
+    type: Counter
     value: the counter; for a group untouched after a failure, and 0 without members
     status: 0; 102 at the first failure; 201 for another type, -1 for a group outside 1..8
     """

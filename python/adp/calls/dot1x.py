@@ -30,7 +30,7 @@ def set_port_dot1x_mode(intf: int, mode: int, unused: int, learn: int) -> None:
     """Sets a port's mode.
 
     intf: user port or aggregation interface
-    mode: enum adp_dot1x_mode, low byte used
+    mode: Dot1xMode, low byte used
     unused: not used
     learn: in mode 1 non-zero for learning mode 8, 0 for 5
     status: 0; 401 when the learning mode could not be set, and nothing is flushed; 402 when the flush failed: the new

@@ -133,7 +133,7 @@ def fp_is_need_set_next_entity_id(submodule: records.FpInfo, qualify_type: int) 
     """Whether a qualifier belongs on the second entry of a pair.
 
     submodule: the submodule
-    qualify_type: enum adp_fp_qualifier
+    qualify_type: FpQualifier
     result: 1 in group 1 for types 9, 10, 27, 28, 31, 61 and 332, in group 5 for types 1, 27, 28 and 30; else 0
     """
     return _fp_is_need_set_next_entity_id(submodule, qualify_type)
@@ -181,7 +181,7 @@ def fp_add_entity_qualify(entity: records.FpEntity, type: int, data: bytes, mask
     """Appends a qualifier to a rule record.
 
     entity: the record
-    type: enum adp_fp_qualifier
+    type: FpQualifier
     data: what is matched
     mask: the bits that count
     result: the qualifier's index. -1 with the record unchanged when it has 16 qualifiers already, which prints
@@ -214,7 +214,7 @@ def fp_add_entity_action(entity: records.FpEntity, type: int, param: bytes, para
     """Appends an action to a rule record.
 
     entity: the record
-    type: enum adp_fp_action, or another code of the driver
+    type: FpActionType, or another code of the driver
     param: parameter, or null for none
     param2: second parameter, or null for none
     result: the action's index. -1 with the record unchanged when it has 8 actions already, which prints "%s:[%05d] Fp
@@ -282,7 +282,7 @@ def fp_get_statistics(counter: int, type: int) -> int:
     """Reads a counter of the field processor.
 
     counter: the driver's counter number; 0..255 on the virtual device
-    type: enum adp_fp_value
+    type: FpValue
     result: the count; 0 also when the driver wrote none
     """
     return _fp_get_statistics(counter, type)
@@ -304,7 +304,7 @@ def fp_clear_statistics(unused1: int, unused2: int, counter: int, type: int) -> 
     unused1: not used
     unused2: not used
     counter: the driver's counter number; 0..255 on the virtual device
-    type: enum adp_fp_value
+    type: FpValue
     status: the driver's result
     """
     _fp_clear_statistics(unused1, unused2, counter, type)
@@ -322,7 +322,7 @@ def fp_lookupMissAct_set(intf: int, miss_action: int) -> None:
     """Sets what happens to a port's packets that match no rule.
 
     intf: user port; any other interface is passed on as physical port -1
-    miss_action: enum adp_fp_miss
+    miss_action: FpMiss
     status: the driver's result
     """
     _fp_lookupMissAct_set(intf, miss_action)
@@ -341,7 +341,7 @@ def fp_lookupMissAct_pbmp_set(ports: records.FpPortBitmap, miss_action: int) -> 
     adp_fp_lookupMissAct_set().
 
     ports: the interfaces
-    miss_action: enum adp_fp_miss
+    miss_action: FpMiss
     status: the last interface's result, which hides earlier failures; 0 when the bitmap is empty
     """
     _fp_lookupMissAct_pbmp_set(ports, miss_action)

@@ -113,7 +113,7 @@ _switch_control_set: Call[None] = Call(
 def switch_control_set(control: int, value: int) -> None:
     """Writes a switch control.
 
-    control: enum adp_switch_control, or another number of the driver
+    control: SwitchControl, or another number of the driver
     value: its new value, see the control
     status: 0; 102 when the driver call failed
     """
@@ -131,7 +131,7 @@ _switch_control_get: Call[int] = Call(
 def switch_control_get(control: int) -> int:
     """Reads a switch control.
 
-    control: enum adp_switch_control, or another number of the driver
+    control: SwitchControl, or another number of the driver
     value: written by the driver: see the control
     status: the driver's result
     """

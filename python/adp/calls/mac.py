@@ -294,7 +294,7 @@ _del_mac_by_lrntype: Call[None] = Call("adp_del_mac_by_lrntype", Status, Value("
 def del_mac_by_lrntype(learn_type: int) -> None:
     """Deletes the entries of a learn type.
 
-    learn_type: the driver's learn type, low byte used; enum adp_mac_mode on the virtual device
+    learn_type: the driver's learn type, low byte used; MacMode on the virtual device
     status: the driver's result
     """
     _del_mac_by_lrntype(learn_type)
@@ -312,7 +312,7 @@ def del_mac_addr_by_vlan(vid: int, mode: int) -> None:
     """Deletes a VLAN's entries.
 
     vid: VLAN id, low 16 bits used
-    mode: enum adp_mac_mode, low byte used
+    mode: MacMode, low byte used
     status: the driver's result; 101 without a driver call for another mode
     """
     _del_mac_addr_by_vlan(vid, mode)
@@ -330,7 +330,7 @@ def del_mac_addr_by_mac(mac: bytes, mode: int) -> None:
     """Deletes an address's entries in all VLANs.
 
     mac: MAC address
-    mode: enum adp_mac_mode, low byte used
+    mode: MacMode, low byte used
     status: the driver's result; 101 without a driver call for another mode
     """
     _del_mac_addr_by_mac(mac, mode)
@@ -348,7 +348,7 @@ def del_mac_addr_by_intf(intf: int, mode: int) -> None:
     """Deletes an interface's entries.
 
     intf: user port or aggregation interface
-    mode: enum adp_mac_mode, low byte used
+    mode: MacMode, low byte used
     status: the driver's result, for a group that of the last member; 201 for another type, whatever the mode; -1 for a
         group without members or outside 1..8; 101 for another mode. The last three make no driver call.
     """
@@ -369,7 +369,7 @@ def del_mac_addr_by_vlan_intf(vid: int, intf: int, mode: int) -> None:
 
     vid: VLAN id, low 16 bits used
     intf: user port or aggregation interface; the group's number is not checked
-    mode: enum adp_mac_mode, low byte used
+    mode: MacMode, low byte used
     status: the driver's result; -1 for an aggregation interface in mode 1, whatever the driver's result; 201 for
         another type, else 101 for another mode, both without a driver call
     """
@@ -391,7 +391,7 @@ def del_mac_addr_by_intf_mac(intf: int, mac: bytes, mode: int, option: int) -> N
 
     intf: user port
     mac: MAC address
-    mode: enum adp_mac_mode, low byte used
+    mode: MacMode, low byte used
     option: passed through; ignored by the virtual device
     status: the driver's result; without a driver call -1 for an aggregation interface, 201 for another type, 101 for
         another mode
@@ -414,7 +414,7 @@ def del_mac_addr_by_trunkid_mac_vlan(intf: int, mac: bytes, mode: int, vid: int)
 
     intf: user port
     mac: MAC address
-    mode: enum adp_mac_mode, low byte used
+    mode: MacMode, low byte used
     vid: VLAN id, low 16 bits used
     status: the driver's result; 101 without a driver call for another mode
     """
@@ -451,7 +451,7 @@ def set_mac_limit(limit: int, vid_or_intf: int, scope: int) -> None:
 
     limit: number of addresses; ADP_MAC_NO_LIMIT is none on the virtual device
     vid_or_intf: for scope 0 a VLAN id, low 16 bits used; for scope 1 an interface; for scope 2 not used
-    scope: enum adp_mac_scope
+    scope: MacScope
     status: the driver's result; 101 without a driver call for another scope
     """
     _set_mac_limit(limit, vid_or_intf, scope)
@@ -471,7 +471,7 @@ def get_mac_limit(vid_or_intf: int, scope: int) -> int:
 
     limit: number of addresses; ADP_MAC_NO_LIMIT is none on the virtual device
     vid_or_intf: as in adp_set_mac_limit()
-    scope: enum adp_mac_scope
+    scope: MacScope
     status: the driver's result; 101 without a driver call or output for another scope
     """
     return _get_mac_limit(vid_or_intf, scope)

@@ -145,7 +145,7 @@ _set_vlan_igmp_pkt_action: Call[None] = Call(
 def set_vlan_igmp_pkt_action(control: int, value: int) -> None:
     """Sets a control of the handling of IGMP packets.
 
-    control: enum adp_switch_control, or another number of the driver
+    control: SwitchControl, or another number of the driver
     value: its new value, see the control
     status: the driver's result
     """
@@ -163,7 +163,7 @@ _get_vlan_igmp_pkt_action: Call[int] = Call(
 def get_vlan_igmp_pkt_action(control: int) -> int:
     """Reads a control of the handling of IGMP packets.
 
-    control: enum adp_switch_control, or another number of the driver
+    control: SwitchControl, or another number of the driver
     value: written by the driver: see the control
     status: the driver's result
     """
@@ -286,7 +286,7 @@ _control_ipmc_lookup_miss_action: Call[None] = Call(
 def control_ipmc_lookup_miss_action(action: int) -> None:
     """Sets what happens to IPv4 multicast frames of unknown groups, on every user port.
 
-    action: enum adp_mcast_miss
+    action: McastMiss
     status: 0
     """
     _control_ipmc_lookup_miss_action(action)
@@ -302,7 +302,7 @@ _control_ip6mc_lookup_miss_action: Call[None] = Call(
 def control_ip6mc_lookup_miss_action(action: int) -> None:
     """Sets what happens to IPv6 multicast frames of unknown groups, on every user port.
 
-    action: enum adp_mcast_miss
+    action: McastMiss
     status: 0
     """
     _control_ip6mc_lookup_miss_action(action)

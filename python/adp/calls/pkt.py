@@ -90,7 +90,7 @@ def transmit_frame(frame: bytes, unused: int, intf: int, opcode: int) -> None:
     unused: not used
     intf: destination: the low 25 bits of its physical port fill the destination field, all ones for an interface that
         does not translate
-    opcode: the switch tag's opcode, enum adp_tag_opcode, low three bits used
+    opcode: the switch tag's opcode, TagOpcode, low three bits used
     status: 0; -1 for a null frame, a length below 12, no management interface, no memory, no socket, or an incomplete
         send
     """
@@ -113,7 +113,7 @@ def transmit_frame_record(desc: TxFrame, destinations: Sequence[int] | None, vid
     desc: the frame, at least 12 bytes, its length and its source interface
     destinations: head of the list of adp_tx_dest_t nodes, or null
     vid: VLAN id, or ADP_NO_VLAN
-    mode: enum adp_tx_mode, low 16 bits used
+    mode: TxMode, low 16 bits used
     status: 0; -1 for a null frame or one shorter than 12 bytes, a mode of 5 or more, any of the cases above, no memory,
         no socket, or an incomplete send
     """

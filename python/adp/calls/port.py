@@ -240,7 +240,7 @@ def set_phy_port_attr(intf: int, selector: int, value: int, mode: int) -> None:
     """Sets an attribute of an interface.
 
     intf: user port or aggregation interface
-    selector: enum adp_port_attr, 0..12
+    selector: PortAttr, 0..12
     value: the attribute, see the selector
     mode: passed through by selector 0 with a maximum of 1000 and by selector 1: 0, or another mode of the driver; with
         selector 1 mode 2 turns auto-negotiation on
@@ -264,7 +264,7 @@ def get_phy_port_attr(intf: int, selector: int) -> int:
     """Reads an attribute of an interface.
 
     intf: user port or aggregation interface
-    selector: enum adp_port_attr, 0..14; 7 and 8 return 0 and leave the output as it was
+    selector: PortAttr, 0..14; 7 and 8 return 0 and leave the output as it was
     value: the attribute, see the selector; on a group selectors 11 and 14 clear it first
     status: 0; 101 for a selector of 15 or more, which is checked first; 201 for another interface type; 203 for an
         aggregation interface with neither a management interface nor a configured member; 102 when a driver call
@@ -280,7 +280,7 @@ def intf_learn_set(intf: int, mode: int) -> None:
     """Sets an interface's address learning.
 
     intf: user port or aggregation interface
-    mode: enum adp_learn_mode
+    mode: LearnMode
     status: user port: the driver's result; group: 0, 102 at the first failure; 201 for another type, -1 for a group
         outside 1..8
     """
@@ -294,7 +294,7 @@ def intf_learn_get(intf: int) -> int:
     """Reads an interface's address learning.
 
     intf: user port or aggregation interface
-    mode: written by the driver, enum adp_learn_mode
+    mode: written by the driver, LearnMode
     status: the driver's result; 201 for another type, -1 for a group outside 1..8
     """
     return _intf_learn_get(intf)
@@ -312,8 +312,7 @@ def intf_cablediag(intf: int) -> records.CableDiag:
     """Runs the cable diagnosis of an interface.
 
     intf: user port or aggregation interface
-    result: written by the driver: adp_cable_diag_t, for each wire pair its condition, enum adp_cable_pair, and its
-        length
+    result: written by the driver: adp_cable_diag_t, for each wire pair its condition, CablePair, and its length
     status: the driver's result; 201 for another type, -1 for a group outside 1..8
     """
     return _intf_cablediag(intf)
@@ -358,7 +357,7 @@ def intf_stat_get(intf: int, selector: int) -> int:
     """Reads a counter of a port.
 
     intf: user port; any other interface is passed on as physical port -1
-    selector: enum adp_counter
+    selector: Counter
     value: written by the driver: the counter, 64 bits
     status: the driver's result
     """

@@ -53,7 +53,7 @@ _create_dot1p_map: Call[None] = Call(
 def create_dot1p_map(map_type: int, entries: Sequence[records.Dot1pMapEntry]) -> None:
     """Writes the 802.1p map.
 
-    map_type: enum adp_map_type
+    map_type: MapType
     entries: the map
     status: 0, for type 2 without a driver call; 101 for any other type than 0 and 2; 102 when a driver call failed
     """
@@ -71,7 +71,7 @@ _get_dot1p_map: Call[list[records.Dot1pMapEntry]] = Call(
 def get_dot1p_map(map_type: int, entries: Sequence[records.Dot1pMapEntry] | None = None) -> list[records.Dot1pMapEntry]:
     """Reads the 802.1p map.
 
-    map_type: enum adp_map_type
+    map_type: MapType
     entries: the queues are written by the driver, the unused words left alone
     status: 0, for type 2 without a driver call; 101 for any other type than 0 and 2; 102 when a driver call failed
     """
@@ -84,7 +84,7 @@ _delete_dot1p_map: Call[None] = Call("adp_delete_dot1p_map", Status, Value("map_
 def delete_dot1p_map(map_type: int) -> None:
     """Restores the default 802.1p map: priorities 0 and 1 to queue 0, 2 and 3 to 1, 4 and 5 to 2, 6 and 7 to 3.
 
-    map_type: enum adp_map_type
+    map_type: MapType
     status: 0, for type 2 without a driver call; 101 for any other type than 0 and 2; 102 when a driver call failed
     """
     _delete_dot1p_map(map_type)
@@ -101,7 +101,7 @@ _create_dscp_map: Call[None] = Call(
 def create_dscp_map(map_type: int, entries: Sequence[records.DscpMapEntry]) -> None:
     """Writes the DSCP map of all ports.
 
-    map_type: enum adp_map_type
+    map_type: MapType
     entries: the map
     status: 0, for type 2 without a driver call; 101 for any other type than 1 and 2; 102 when a driver call failed
     """
@@ -119,7 +119,7 @@ _get_dscp_map: Call[list[records.DscpMapEntry]] = Call(
 def get_dscp_map(map_type: int, entries: Sequence[records.DscpMapEntry] | None = None) -> list[records.DscpMapEntry]:
     """Reads the DSCP map.
 
-    map_type: enum adp_map_type
+    map_type: MapType
     entries: mapped and priority are written by the driver, the unused bytes left alone
     status: 0, for type 2 without a driver call; 101 for any other type than 1 and 2; 102 when a driver call failed
     """
@@ -132,7 +132,7 @@ _delete_dscp_map: Call[None] = Call("adp_delete_dscp_map", Status, Value("map_ty
 def delete_dscp_map(map_type: int) -> None:
     """Restores the default DSCP map.
 
-    map_type: enum adp_map_type
+    map_type: MapType
     status: 0, for type 2 without a driver call; 101 for any other type than 1 and 2; 102 when a driver call failed
     """
     _delete_dscp_map(map_type)
@@ -153,7 +153,7 @@ _add_dot1p_assign: Call[None] = Call(
 def add_dot1p_assign(map_type: int, intf: int, unused3: int, unused4: int, unused5: int, priority: int) -> None:
     """Assigns a priority to a user port's untagged frames.
 
-    map_type: enum adp_map_type
+    map_type: MapType
     intf: user port
     unused3: not used
     unused4: not used
@@ -180,7 +180,7 @@ _del_dot1p_assign: Call[None] = Call(
 def del_dot1p_assign(map_type: int, intf: int, unused3: int, unused4: int, unused5: int, unused6: int) -> None:
     """Sets the priority of a user port's untagged frames back to 0.
 
-    map_type: enum adp_map_type
+    map_type: MapType
     intf: user port
     unused3: not used
     unused4: not used
@@ -203,7 +203,7 @@ def set_port_pri_trust_mode(intf: int, mode: int) -> None:
     """Sets which priority of its frames a user port trusts.
 
     intf: user port
-    mode: enum adp_trust_mode
+    mode: TrustMode
     status: 0; 102 when the driver call failed, and without one for an aggregation interface; 201 for another type
     """
     _set_port_pri_trust_mode(intf, mode)
@@ -221,7 +221,7 @@ def get_port_pri_trust_mode(intf: int) -> int:
     """Reads which priority of its frames a user port trusts.
 
     intf: user port
-    mode: written by the driver, enum adp_trust_mode
+    mode: written by the driver, TrustMode
     status: 0; 102 when the driver call failed, and without one for an aggregation interface; 201 for another type
     """
     return _get_port_pri_trust_mode(intf)

@@ -50,7 +50,7 @@ def set_port_queue_sch_mode(intf: int, mode: int) -> None:
     """Sets a user port's scheduling mode.
 
     intf: user port
-    mode: enum adp_scheduling_mode; 3 is refused
+    mode: SchedulingMode; 3 is refused
     status: 501 for mode 3, whatever the interface; 0; 102 when the driver call failed, and without one for an
         aggregation interface; 201 for another type
     """

@@ -114,7 +114,7 @@ def set_port_mstp_state(stg: int, intf: int, state: int) -> None:
 
     stg: MST instance number; 0..15 on the virtual device
     intf: user port or aggregation interface
-    state: enum adp_stg_state
+    state: StgState
     status: the driver's result, for a group that of the first member that failed (members before it keep the new
         state); 0 for a group without members; -1 for a group of nine members or more or outside 1..8; -1 for another
         type
@@ -136,7 +136,7 @@ def stg_stp_get(stg: int, intf: int) -> int:
 
     stg: MST instance number; 0..15 on the virtual device
     intf: user port; any other interface is passed on as physical port -1
-    state: written by the driver, enum adp_stg_state
+    state: written by the driver, StgState
     status: the driver's result
     """
     return _stg_stp_get(stg, intf)
@@ -367,7 +367,7 @@ def set_port_erps_state(intf: int, state: int) -> None:
     """Sets a ring port's state: its state in group 0, and so for every VLAN that is in no other group.
 
     intf: user port or aggregation interface
-    state: enum adp_stg_state
+    state: StgState
     status: user port: the driver's result; aggregation interface: 0, 102 at the first failure; 201 for another type, -1
         for a group outside 1..8
     """
@@ -386,7 +386,7 @@ def get_port_erps_state(intf: int) -> int:
     """Reads a ring port's state.
 
     intf: user port; any other interface is passed on as physical port -1
-    state: written by the driver, enum adp_stg_state
+    state: written by the driver, StgState
     status: the driver's result
     """
     return _get_port_erps_state(intf)

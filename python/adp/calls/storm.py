@@ -43,7 +43,7 @@ def set_storm_control(dev_id: int, intf: int, storm_code: int, rate: int, burst:
 
     dev_id: 1 for nothing
     intf: user port or aggregation interface
-    storm_code: enum adp_storm_code, low byte used
+    storm_code: StormCode, low byte used
     rate: in the driver's unit; 0 is no limit on the virtual device
     burst: in the driver's unit; 0 lets the virtual device choose
     status: 0; 102 at the first failure; 201 for another type, -1 for a group outside 1..8
@@ -75,7 +75,7 @@ def get_storm_control(dev_id: int, intf: int, storm_code: int) -> GetStormContro
 
     dev_id: 1 for nothing
     intf: user port or aggregation interface
-    storm_code: enum adp_storm_code, low byte used
+    storm_code: StormCode, low byte used
     rate: written by the driver, in the driver's unit; 0 is no limit on the virtual device
     burst: written by the driver, in the driver's unit
     status: 0; 102 when the driver call failed; 201 for another type, -1 for a group outside 1..8
@@ -98,7 +98,7 @@ def set_storm_seltype(dev_id: int, intf: int, storm_code: int, selected: int) ->
 
     dev_id: 1 for nothing
     intf: user port
-    storm_code: enum adp_storm_code, low byte used
+    storm_code: StormCode, low byte used
     selected: passed through; on the virtual device 1 counted, 0 not
     status: 0; 102 when the driver call failed, and without one for an aggregation interface; 201 for another type
     """
@@ -120,7 +120,7 @@ def get_storm_seltype(dev_id: int, intf: int, storm_code: int) -> int:
 
     dev_id: 1 for nothing
     intf: user port
-    storm_code: enum adp_storm_code, low byte used
+    storm_code: StormCode, low byte used
     selected: written by the driver; on the virtual device 1 counted, 0 not
     status: 0; 102 when the driver call failed, and without one for an aggregation interface; 201 for another type
     """
@@ -142,7 +142,7 @@ def set_stormcontrol_enable(dev_id: int, intf: int, storm_code: int, enable: int
 
     dev_id: 1 for nothing
     intf: user port
-    storm_code: enum adp_storm_code, low byte used
+    storm_code: StormCode, low byte used
     enable: 0 off, otherwise on
     status: 0; 102 when the driver call failed, and without one for an aggregation interface; 201 for another type
     """
@@ -164,7 +164,7 @@ def get_storm_exceed_flag(dev_id: int, intf: int, storm_code: int) -> int:
 
     dev_id: 1 for nothing
     intf: user port
-    storm_code: enum adp_storm_code, low byte used
+    storm_code: StormCode, low byte used
     flag: written by the driver; 1 exceeded on the virtual device
     status: 0; 102 when the driver call failed, and without one for an aggregation interface; 201 for another type
     """
@@ -203,9 +203,9 @@ def set_storm_counting_mode(dev_id: int, storm_code: int, unused: int, mode: int
     """Sets how storm limits count, for all ports.
 
     dev_id: 1 for nothing
-    storm_code: passed through, low byte used; enum adp_storm_code, or 0 for all types on the virtual device
+    storm_code: passed through, low byte used; StormCode, or 0 for all types on the virtual device
     unused: not used
-    mode: passed through; enum adp_storm_counting
+    mode: passed through; StormCounting
     status: 0; 102 when the driver call failed
     """
     _set_storm_counting_mode(dev_id, storm_code, unused, mode)
@@ -225,9 +225,9 @@ def get_storm_counting_mode(dev_id: int, storm_code: int, unused: int) -> int:
     """Reads how storm limits count.
 
     dev_id: 1 for nothing
-    storm_code: passed through whole; enum adp_storm_code, or 0 for all types on the virtual device
+    storm_code: passed through whole; StormCode, or 0 for all types on the virtual device
     unused: not used
-    mode: written by the driver, enum adp_storm_counting
+    mode: written by the driver, StormCounting
     status: 0; 102 when the driver call failed
     """
     return _get_storm_counting_mode(dev_id, storm_code, unused)

@@ -361,7 +361,7 @@ def double_tag_set(intf: int, mode: int) -> None:
     """Sets an interface's double-tag mode.
 
     intf: user port or aggregation interface
-    mode: enum adp_double_tag_mode, low 16 bits used
+    mode: DoubleTagMode, low 16 bits used
     status: user port: the driver's result; group: 0, 102 at the first failure; 201 for another type, -1 for a group
         outside 1..8
     """
@@ -375,7 +375,7 @@ def double_tag_get(intf: int) -> int:
     """Reads an interface's double-tag mode.
 
     intf: user port or aggregation interface
-    mode: written by the driver, enum adp_double_tag_mode
+    mode: written by the driver, DoubleTagMode
     status: 0; 102 when the driver call failed; 201 for another type, -1 for a group outside 1..8
     """
     return _double_tag_get(intf)
