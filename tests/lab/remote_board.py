@@ -42,7 +42,7 @@ class RemoteBoard:
 
     def file(self, **keys):
         """Path of a new board file with these keys."""
-        keys = {"interfaces": {port: f"host{port}" for port in PORTS}, "settle": "200ms", "build": "host", **keys}
+        keys = {"interfaces": {port: f"host{port}" for port in PORTS}, "settle": "100ms", "build": "host", **keys}
         path = os.path.join(self.folder, f"board-{len(os.listdir(self.folder))}.toml")
         with open(path, "w", encoding="utf-8") as file:
             file.write("".join(f"{key} = {toml(value)}\n" for key, value in keys.items() if value is not None))
@@ -65,7 +65,7 @@ def toml(value):
 @contextlib.contextmanager
 def served_at_socket(board):
     """A command line that runs adpsh on the board."""
-    path = os.path.join(board.folder, "shells")
+    path = os.path.join(board.folder, f"shells-{len(os.listdir(board.folder))}")
     with socket.socket(socket.AF_UNIX) as listener:
         listener.bind(path)
         listener.listen()

@@ -1,11 +1,14 @@
 """The same tests on the virtual device and on a board, whose shell is behind a socket or on a serial line."""
 
 import contextlib
+import re
+import shutil
 from typing import NamedTuple
 
 import pytest
 from adp.lab import Lab, LabError
-from adp.lab.board import NotOnBoardError, open_board
+from adp.lab.board import open_board
+from adp.lab.builds import ROOT
 from adp.lab.frames import BROADCAST, ETHERTYPE_EXPERIMENT, ethernet, vlan_tag
 from remote_board import PORTS, RemoteBoard, served_at_console, served_at_socket
 
@@ -119,20 +122,10 @@ def test_a_line_that_adpsh_rejects_does_not_end_it(bench):
     assert bench.shell.call("echo so far")["echo"] == "so far"
 
 
-def test_what_only_the_virtual_device_has_is_named(bench):
-    if isinstance(bench.lab, Lab):
-        pytest.skip("it has it")
-    for ask, name in (
-        (lambda: bench.lab.device.control("vlans"), "device.control"),
-        (lambda: bench.lab.hosts[MEMBER].ping("10.0.0.1"), r"hosts\[port\].ping"),
-        (lambda: bench.lab.running, "running"),
-    ):
-        with pytest.raises(NotOnBoardError, match=f"^A board has no '{name}'; a test that needs it runs on the virtual"):
-            ask()
-    assert not hasattr(bench.lab.device, "explain")
-    with pytest.raises(LabError, match=r"Port 22 of the board has no cable to this machine; the ports \[1, 5, 7\] have"):
-        bench.lab.hosts[22].send(b"")
-    with pytest.raises(LabError, match="The board runs the build 'host', by its file, and not 'mips'"):
-        bench.lab.shell("mips")
-    with pytest.raises(LabError, match="needs a marker"):
-        bench.lab.arrivals(b"")
+def test_the_program_of_the_page_runs(board, tmp_path, monkeypatch):
+    page = (ROOT / "docs" / "how-to" / "test-a-board.md").read_text(encoding="utf-8")
+    (program,) = re.findall("```python\n(.*?)```", page, re.S)
+    with served_at_socket(board) as command, board.tester.entered():
+        shutil.copy(board.file(shell=command), tmp_path / "board.toml")
+        monkeypatch.chdir(tmp_path)
+        exec(program, {})

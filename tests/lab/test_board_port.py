@@ -6,8 +6,8 @@ import subprocess
 import sys
 
 import pytest
-from adp.lab import LabError, board, board_port
-from adp.lab.board import open_board
+from adp.lab import LabError, board, board_port, nic
+from adp.lab.board import NotOnBoardError, open_board
 from adp.lab.board_port import BoardPort
 from adp.lab.netns import NetNamespace
 from adp.lab.nic import Nic
@@ -153,7 +153,8 @@ def test_a_board_that_never_is_quiet_is_told(machine, file, monkeypatch):
 
 
 def test_frames_that_were_lost_here_are_told(machine, file, monkeypatch):
-    monkeypatch.setattr(board_port, "RECEIVE_BUFFER_BYTES", 4096)
+    for module in (nic, board_port):
+        monkeypatch.setattr(module, "RECEIVE_BUFFER_BYTES", 4096)
     with open_board(file) as lab, contextlib.closing(Nic(machine, FAR)) as far:
         for _ in range(2000):
             far.send(FRAME)
@@ -176,3 +177,24 @@ def test_a_user_without_the_right_is_told(machine, file):
     command = ["setpriv", "--bounding-set=-all", "--inh-caps=-all", "--", sys.executable, "-B", "-c", program]
     done = subprocess.run(command, capture_output=True, text=True, timeout=30)
     assert "can be used by root only." in done.stderr
+
+
+def test_what_only_the_virtual_device_has_is_named(machine, file):
+    with open_board(file) as lab:
+        for ask, name in (
+            (lambda: lab.device.control("vlans"), "device.control"),
+            (lambda: lab.hosts[PORT].ping("10.0.0.1"), r"hosts\[port\].ping"),
+            (lambda: lab.lab, "lab"),
+        ):
+            with pytest.raises(NotOnBoardError, match=f"^A board has no '{name}'; a test that needs it runs on the virt"):
+                ask()
+        assert not hasattr(lab.device, "explain")
+        assert (lab.device.name, lab.device.physical(PORT)) == ("board", PORT + 3)
+        with pytest.raises(LabError, match=r"Port 22 of the board has no cable to this machine; the ports \[5\] have"):
+            lab.hosts[22].send(FRAME)
+        with pytest.raises(LabError, match="The board runs the build 'mips', by its file, and not 'host'"):
+            lab.shell("host")
+        with pytest.raises(NotOnBoardError, match="adpsh cannot be started by another command"):
+            lab.shell("mips", before=["strace"])
+        with pytest.raises(LabError, match="needs a marker"):
+            lab.arrivals(b"")

@@ -89,7 +89,7 @@ def test_a_record_without_a_result_is_told():
     "command, words",
     [
         (["true"], ["ended"]),
-        (["no-such-program"], ["No such file or directory"]),
+        (["/no/such/program"], ["No such file or directory"]),
         (["sh", "-c", "echo Host key verification failed. >&2; exit 255"], ["It wrote: Host key verification failed."]),
         ([sys.executable, serial_line.__file__, "/dev/none", "9600"], ["/dev/none cannot be opened: No such file"]),
         ([sys.executable, serial_line.__file__, "/dev/null", "9600"], ["/dev/null is no serial line that can be used"]),

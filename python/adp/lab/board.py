@@ -18,6 +18,7 @@ from .bench import Lab
 from .board_file import read_board_file
 from .board_port import BoardPort
 from .board_shell import open_board_shell
+from .device import FIRST_PHYSICAL_PORT
 from .problem import LabError
 from .process import poll_until
 
@@ -42,12 +43,16 @@ class _BoardPart:
 
 
 class BoardDevice(_BoardPart):
-    """The board's name, and nothing that can be asked of it."""
+    """The board's name and its port map, and nothing that can be asked of it."""
 
     _path = "device."
 
     def __init__(self, name):
         self.name = name
+
+    def physical(self, port):
+        """Physical port of a user port by the default board's map, which adpsh's `map` makes the library's."""
+        return port + FIRST_PHYSICAL_PORT - 1
 
 
 class Host(BoardPort, _BoardPart):

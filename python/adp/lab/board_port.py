@@ -138,8 +138,8 @@ def check_use(interface, force):
     use = f"the address {addresses[0]}" if addresses else f"a place in {shown['master']}" if "master" in shown else ""
     if use and not force:
         raise LabError(
-            f"The interface {interface} has {use}, so it seems to be in use. Frames of tests go only to cables laid for "
-            "them; if this is one, write 'force = true'."
+            f"The interface {interface} has {use}, so it seems to be in use. Frames of tests go only to cables "
+            "laid for them; if this is one, write 'force = true'."
         )
 
 

@@ -83,7 +83,8 @@ class BoardShell(Shell):
     def begin(self, line):
         self._check_running()
         if not line.isprintable() or len(line.encode()) > (self._longest_line or sys.maxsize):
-            raise LabError(f"adpsh on a terminal takes one line of at most {self._longest_line} bytes, not {line[:40]!r}.")
+            most = self._longest_line
+            raise LabError(f"adpsh on a terminal takes one line of at most {most} bytes, not {line[:40]!r}.")
         super().begin(line)
 
     def finish(self, seconds=ANSWER_SECONDS):
