@@ -24,16 +24,20 @@ import roff          # noqa: E402
 from generate import write_if_changed  # noqa: E402
 from interface import HeaderError      # noqa: E402
 
+ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
+LAB = "adp-lab"
+# Its help alone needs nothing but Python.
+LAB_HELP = "import sys; from adp.lab.command.options import parse; parse(sys.argv[1:])"
 NO_DEVICE = "/nonexistent"  # what is printed must not depend on a device that runs here
-PACKAGE = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "python")
 COMMANDS = re.compile("\n(?:The device lists its commands|Commands:\n)")
 
 
 def output_of(programs, name, *arguments):
-    program = [sys.executable, "-B", "-m", "adp.lab.command"] if name == "adp-lab" else [os.path.join(programs, name)]
-    done = subprocess.run([*program, *arguments], capture_output=True, text=True, check=True, timeout=30,
-                          env={**os.environ, "VDEVICE_DIR": NO_DEVICE, "ARGP_HELP_FMT": "", "PYTHONPATH": PACKAGE,
-                               "COLUMNS": "80"})
+    command = [sys.executable, "-B", "-c", LAB_HELP] if name == LAB else [os.path.join(programs, name)]
+    environment = {"VDEVICE_DIR": NO_DEVICE, "ARGP_HELP_FMT": "", "COLUMNS": "80",
+                   "PYTHONPATH": os.path.join(ROOT, "python")}
+    done = subprocess.run([*command, *arguments], capture_output=True, text=True, check=True,
+                          env={**os.environ, **environment}, timeout=30)
     return done.stdout
 
 
@@ -41,7 +45,7 @@ def read_programs(programs):
     """(program, section of the manual) of each."""
     vdeviced, switchd, vdevctl, adptrace, lab, adpsh = (
         program_page.read_help(name, COMMANDS.split(output_of(programs, name, "--help"))[0])
-        for name in ("vdeviced", "adp-switchd", "vdevctl", "adptrace", "adp-lab", "adpsh"))
+        for name in ("vdeviced", "adp-switchd", "vdevctl", "adptrace", LAB, "adpsh"))
     for program in (switchd, adptrace, lab):
         program.commands = program_page.rows_of(output_of(programs, program.name, "--help"), "Commands")
     vdevctl.commands = program_page.commands_of(json.loads(output_of(programs, "vdevice_subjects"))["subjects"])

@@ -73,7 +73,7 @@ std::string text_of(const Option &option, uint64_t value) {
 }
 
 const char *fault_of(const Conditions &conditions) {
-    return conditions.jitter > conditions.delay ? "The jitter of a cable is at most its delay." : nullptr;
+    return conditions.jitter > conditions.delay ? "the jitter of a cable is at most its delay." : nullptr;
 }
 
 }  // namespace vdevice::cable

@@ -80,7 +80,7 @@ std::optional<uint64_t> value_of(const Option &option, std::string_view text);
 /** The shortest text of a value. */
 std::string text_of(const Option &option, uint64_t value);
 
-/** A sentence if no cable can be like this, else null. */
+/** Why no cable can be like this, or null. */
 const char *fault_of(const Conditions &conditions);
 
 }  // namespace vdevice::cable

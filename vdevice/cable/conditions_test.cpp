@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 
 namespace vdevice::cable {
@@ -52,6 +53,16 @@ TEST(Conditions, AreReadAndWritten) {
     }
 }
 
+TEST(Conditions, AreReadAsTheyWereWritten) {
+    constexpr uint64_t kStride = 9'999'991;  // a prime, so that all digits have their turn
+    for (const Option &known : kOptions) {
+        const uint64_t step = std::max<uint64_t>(known.most / kStride, 1) * 997;
+        for (uint64_t value = 0; value <= known.most; value += step) {
+            ASSERT_EQ(value_of(known, text_of(known, value)), value) << text_of(known, value);
+        }
+    }
+}
+
 TEST(Conditions, ThatMeanNothingAreRefused) {
     constexpr std::pair<const char *, const char *> kCases[] = {
         {"loss", ""},
@@ -95,7 +106,7 @@ TEST(Conditions, CanBeImpossible) {
     conditions.delay = conditions.jitter = 5;
     EXPECT_EQ(fault_of(conditions), nullptr);
     conditions.jitter = 6;
-    EXPECT_STREQ(fault_of(conditions), "The jitter of a cable is at most its delay.");
+    EXPECT_STREQ(fault_of(conditions), "the jitter of a cable is at most its delay.");
 }
 
 TEST(Conditions, AreNoneOnAGoodCable) {

@@ -45,8 +45,8 @@ struct Configuration {
     Settings settings;                     /**< the file's */
     std::map<int, std::string> interfaces; /**< the network interfaces of user ports, 0 for the CPU port */
     std::set<uint32_t> vids;
-    std::map<int, cable::Conditions> cables; /**< the bad cables, by user port */
     std::vector<Step> steps;
+    std::map<int, cable::Conditions> cables = {}; /**< the bad ones, by user port */
 };
 
 /** Whether a network interface can have the name. */

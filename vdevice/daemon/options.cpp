@@ -64,9 +64,7 @@ LogLevel read_level(const argp_state *state, const char *text) {
     return level.value_or(LogLevel::kInfo);
 }
 
-error_t take_option(int key, char *argument, argp_state *state) {
-    auto &options = *static_cast<Options *>(state->input);
-    Settings &settings = options.settings;
+error_t take_setting(int key, char *argument, const argp_state *state, Settings &settings) {
     switch (key) {
         case kRunDir:
             settings.run_dir = argument;
@@ -89,14 +87,22 @@ error_t take_option(int key, char *argument, argp_state *state) {
         case kLineRate:
             settings.line_rate = true;
             return 0;
+        case kLogLevel:
+            settings.log_level = read_level(state, argument);
+            return 0;
+        default:
+            return ARGP_ERR_UNKNOWN;
+    }
+}
+
+error_t take_option(int key, char *argument, argp_state *state) {
+    auto &options = *static_cast<Options *>(state->input);
+    switch (key) {
         case kConfig:
             options.file = argument;
             return 0;
         case kCheck:
             options.check = true;
-            return 0;
-        case kLogLevel:
-            settings.log_level = read_level(state, argument);
             return 0;
         case ARGP_KEY_END:
             if (options.check && options.file.empty()) {
@@ -104,7 +110,7 @@ error_t take_option(int key, char *argument, argp_state *state) {
             }
             return 0;
         default:
-            return ARGP_ERR_UNKNOWN;
+            return take_setting(key, argument, state, options.settings);
     }
 }
 

@@ -1,4 +1,6 @@
 """Bad cables: what they do to real frames, in both directions, and what vdevctl says of them."""
+import signal
+
 import pytest
 
 from testing.daemon import BOARD, DEADLINE, PAYLOAD, Control, datagram, station, wait_until
@@ -172,7 +174,7 @@ REFUSED = [
     (["1", "--rate", "100"], "The option --rate takes a rate up to 100G"),
     (["1", "--rate"], "The option is used as '--rate RATE'."),
     (["1", "--seed", "-1", "--loss", "1%"], "The option --seed takes a number from 0 to 4294967295."),
-    (["1", "--jitter", "1ms"], "The jitter of a cable is at most its delay."),
+    (["1", "--jitter", "1ms"], "There is no such cable: the jitter of a cable is at most its delay."),
     (["1", "--los", "1%"], "did you mean '--loss'?"),
 ]
 
@@ -202,3 +204,34 @@ def test_a_restarted_device_has_good_cables(cables, start, run_dir):
     device.wait_ready()
     assert device.ask("cables")["cables"] == []
     assert device.stop() == 0
+
+
+def reload(device, file, text):
+    file.write_text(text, encoding="utf-8")
+    read = len(device.ask("log", "--word", "DAEMON")["log"])
+    device.process.send_signal(signal.SIGHUP)
+    wait_until(lambda: len(device.ask("log", "--word", "DAEMON")["log"]) > read, "the file to be read")
+
+
+def test_the_files_cables_hold_again_after_a_reload(cables, start, tmp_path):
+    file = tmp_path / "vdeviced.toml"
+    text = '[[cable]]\nports = "1-2"\nloss = "100%"\nseed = 7\n'
+    file.write_text(text, encoding="utf-8")
+    device = start("--config", str(file), *BOARD)
+    device.wait_ready()
+    one, = device.nics("host1")
+    one.send(TO_TWO)
+    wait_until(lambda: counts(device, 1, "in") == {"frames": 1, "lost": 1}, "the frame to be lost")
+    make_bad(device, 2, delay="1s")
+    make_bad(device, 3, delay="1s")
+    reload(device, file, text)
+    assert counts(device, 1, "in") == {"frames": 1, "lost": 1}, "a cable that is right goes on"
+    assert way(device, 2, "in")["conditions"] == {"loss": "100%", "seed": 7}
+    assert way(device, 3, "in")["conditions"] == {"delay": "1s", "seed": 1}, "the file does not know of it"
+    reload(device, file, text.replace('"1-2"', "2") + "[[cable]]\nports = 5\n")
+    assert {row["port"] for row in device.ask("cables")["cables"]} == {1, 2, 3}, "a file with a mistake"
+    reload(device, file, text.replace('"1-2"', "2"))
+    assert {row["port"] for row in device.ask("cables")["cables"]} == {2, 3}
+    device.process.send_signal(signal.SIGTERM)
+    _, errors = device.process.communicate(timeout=DEADLINE)
+    assert device.process.returncode == 0 and "the board has no port 5" in errors

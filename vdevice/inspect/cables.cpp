@@ -65,7 +65,7 @@ json set_cable(Device &device, const json &request) {
         throw Refusal{"A cable is given its conditions, at least one besides a seed, or --clear."};
     }
     if (const char *fault = conditions ? cable::fault_of(*conditions) : nullptr) {
-        throw Refusal{fault};
+        throw Refusal{std::string{"There is no such cable: "} + fault};
     }
     device.set_conditions(port, conditions.value_or(Conditions{}));
     return json::object();

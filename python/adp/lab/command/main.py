@@ -179,7 +179,9 @@ ACTIONS = {
 def main(words):
     options = parse(words)
     try:
-        return ACTIONS[options.action](options)
+        status = ACTIONS[options.action](options)
+        sys.stdout.flush()
+        return status
     except LabError as problem:
         complaint = str(problem)
     except BrokenPipeError:

@@ -7,6 +7,7 @@ import signal
 import subprocess
 
 from ..problem import LabError
+from .programs import not_started
 
 _libc = ctypes.CDLL(None, use_errno=True)
 INTERRUPTED = 128
@@ -38,7 +39,7 @@ def enter(record, *nodes):
         lab = _open(record, _kinds(record))
         networks = _open(record, [f"fd/{record.nodes[node]['namespace']}" for node in nodes])
     except FileNotFoundError:
-        raise LabError(f"The lab '{record.name}' has just ended.") from None
+        raise LabError(record.folder.how_it_ended()) from None
     except OSError as problem:
         raise LabError(f"The lab '{record.name}' cannot be entered: {problem.strerror}.") from None
     for descriptor in lab:
@@ -61,7 +62,7 @@ def run(record, node, command, environment=None, **options):
     try:
         status = subprocess.Popen(command, env=environment, **options).wait()
     except OSError as problem:
-        raise LabError(f"On {node}, '{command[0]}' cannot be started: {problem.strerror}.") from None
+        raise not_started(node, command, environment, problem) from None
     return status if status >= 0 else INTERRUPTED - status
 
 

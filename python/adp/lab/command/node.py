@@ -77,7 +77,8 @@ class LabNode:
             self.device.run_control("--run-dir", self.device.run_dir, "cable", port, *options)
         if self.node.startup:
             lines = self.node.startup
-            self.place.run_words(self._management.command("adpsh", "--script", lines), f"adpsh with the lines of {lines}")
+            words = self._management.command("adpsh", "--map", "--script", lines)
+            self.place.run_words(words, f"adpsh with the lines of {lines}")
 
     def raise_interfaces(self):
         """A host's interfaces carry its frames as they are."""

@@ -92,7 +92,7 @@ COMMANDS = (
     Command(
         "capture",
         "capture END [-w FILE]",
-        "writes the frames of a port or interface into a file",
+        "writes a port's or interface's frames into a file",
         (
             _end(),
             Argument(("-w", "--write"), "the file; '-', the default, is standard output", {"metavar": "FILE"}),

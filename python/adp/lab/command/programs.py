@@ -1,6 +1,7 @@
 """Programs on a node that go on running: what they write is kept, and how they ended."""
 
 import shlex
+import shutil
 import signal
 import subprocess
 
@@ -35,6 +36,13 @@ def how_it_ended(status):
         return f"was ended by the signal {-status}"
 
 
+def not_started(node, command, environment, problem):
+    """The error for a program that the system has refused to start."""
+    if shutil.which(command[0], path=environment["PATH"]) is None:
+        return LabError(f"On {node}, there is no program '{command[0]}'.")
+    return LabError(f"On {node}, '{command[0]}' cannot be started: {problem.strerror}.")
+
+
 def split(command, where):
     """The words of a command line. As in containerlab, no shell reads it."""
     try:
@@ -60,7 +68,7 @@ class Place:
             with self.namespace.entered():
                 return subprocess.Popen(command, env=self.environment, cwd=self.folder, **options)
         except OSError as problem:
-            raise LabError(f"On {self.name}, '{command[0]}' cannot be started: {problem.strerror}.") from None
+            raise not_started(self.name, command, self.environment, problem) from None
 
     def run(self, command):
         """Runs a command to its end, which must be a success."""

@@ -103,6 +103,15 @@ class RunFolder:
         os.close(lock)
         return True
 
+    def how_it_ended(self):
+        """A sentence about a lab whose background process was found to be gone."""
+        deadline = time.monotonic() + CLAIM_SECONDS
+        while self.record_path.exists() and time.monotonic() < deadline:
+            if self.remove_if_dead():
+                return death_notice(self.name)
+            time.sleep(0.01)
+        return f"The lab '{self.name}' has just ended."
+
 
 def folders():
     """The run folders of this user."""

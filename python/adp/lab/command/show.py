@@ -61,8 +61,8 @@ def _remark(record, name, program, state):
     restart = f"'{PROGRAM} restart {name}' starts it again."
     if program == HOLDER:
         return f"{name}: the process that stands for it {how_it_ended(state['status'])}. {restart}"
-    last = f" Its last line: {state['last_line']}" if state["last_line"] else ""
-    return f"{name}: {program} {how_it_ended(state['status'])}.{last or ' It wrote nothing.'} {restart}"
+    last = f'Its last line: "{state["last_line"]}".' if state["last_line"] else "It wrote nothing."
+    return f"{name}: {program} {how_it_ended(state['status'])}. {last} {restart}"
 
 
 def remarks(record):

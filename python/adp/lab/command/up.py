@@ -37,12 +37,14 @@ def _check_lengths(folder, topology):
 def _programs_path(folder, target):
     """The folders in which programs of a node are looked for first."""
     own = native_build().folder
+    if target and own is None:
+        raise LabError("--target needs a checkout with the target's build; what is installed is this machine's.")
     found = [str(own)] if own else []
     return [str(write_wrappers(folder.path / "bin", Build(TARGET)))] + found if target else found
 
 
 def _start_keeper(folder, lock):
-    python = [sys.executable, "-B", "-m", "adp.lab.command.keeper", str(folder.path), str(lock)]
+    python = [sys.executable, "-m", "adp.lab.command.keeper", str(folder.path), str(lock)]
     paths = [str(PACKAGE_ROOT), *filter(None, os.environ.get("PYTHONPATH", "").split(":"))]
     with open(folder.path / LOG, "ab") as log:
         return subprocess.Popen(

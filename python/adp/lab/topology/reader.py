@@ -5,6 +5,7 @@ A file is read as a whole or refused with a sentence about the first fault, neve
 
 import pathlib
 import re
+import shlex
 
 from . import keys
 from .cables import cables_of
@@ -18,7 +19,10 @@ DEVICE_IMAGE = re.compile(r"(?:.*/)?adp(?:[:@].*)?")
 MOST_NODES = 1000
 MOST_USER_PORTS = 31
 # Where the image looks for its files; to bind a file there means the same here.
-CONFIGURATION, STARTUP = "/etc/adp/vdeviced.toml", "/etc/adp/startup.adpsh"
+CONFIGURATION, STARTUP, SWITCHD = (f"/etc/adp/{name}" for name in ("vdeviced.toml", "startup.adpsh", "switchd.toml"))
+SWITCHD_PROGRAM = "adp-switchd"
+# With it the image runs a command on the device's CPU, where all commands of a device run here.
+ON_CPU = "on-cpu "
 VARIABLE = re.compile(r"[A-Za-z_][A-Za-z0-9_]*")
 DEFAULT = pathlib.Path(__file__).with_name("default.clab.yml")
 
@@ -62,8 +66,8 @@ def _node(name, value, layers, folder):
     return Node(
         name,
         kind,
-        commands=tuple(command.line_of_text() for command in layers.items("exec")),
-        programs=node.programs(ours.get("programs")),
+        commands=node.commands(),
+        programs=node.programs(ours.get("programs"), files.get(SWITCHD)),
         environment=node.environment(),
         user_ports=_user_ports(ours.get("user-ports")),
         configuration=files.get(CONFIGURATION) or node.file(ours.get("configuration")),
@@ -99,9 +103,19 @@ class _Reader:
     def __init__(self, kind, layers, folder):
         self._kind, self._layers, self._folder = kind, layers, folder
 
-    def programs(self, value):
+    def commands(self):
+        given = (command.line_of_text() for command in self._layers.items("exec"))
+        return tuple(text.removeprefix(ON_CPU) if self._kind == DEVICE_KIND else text for text in given)
+
+    def programs(self, value, switchd):
+        """Those of the file, and adp-switchd if it has a configuration."""
         given = value.entries("program") if value else {}
-        return {name_of(program, name): program.line_of_text() for name, program in given.items()}
+        found = {SWITCHD_PROGRAM: f"{SWITCHD_PROGRAM} --config {shlex.quote(str(switchd))}"} if switchd else {}
+        for name, program in given.items():
+            if name in found:
+                program.fail(f"The file bound to {SWITCHD} has a program {quoted(name)} started already.")
+            found[name_of(program, name)] = program.line_of_text()
+        return found
 
     def environment(self):
         variables = self._layers.merged("env", "variable")
@@ -112,16 +126,16 @@ class _Reader:
 
     def bound_files(self):
         """The files bound to the places where a device looks for its own."""
-        files = {}
+        files, known = {}, (CONFIGURATION, STARTUP, SWITCHD)
         for bind in self._layers.items("binds"):
             if self._kind != DEVICE_KIND:
                 bind.fail("'binds' has no meaning for a host: hosts see the machine's files.")
             source, _, target = bind.line_of_text().partition(":")
             target = target.removesuffix(":ro")
-            if target not in (CONFIGURATION, STARTUP):
+            if target not in known:
                 bind.fail(
-                    f"Only {CONFIGURATION} and {STARTUP} can be bound, not {quoted(target)}: everything else on a "
-                    f"device is the machine's.{or_similar(target, (CONFIGURATION, STARTUP))}"
+                    f"No file can be bound to {quoted(target)}: a device sees the machine's files, and looks for its "
+                    f"own in {', '.join(known)}.{or_similar(target, known)}"
                 )
             files[target] = self._existing(bind, source)
         return files
