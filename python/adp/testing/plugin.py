@@ -111,8 +111,20 @@ def hosts(lab):
 
 @pytest.fixture
 def device(lab):
-    """The virtual device: `lab.device`. A test that uses it is skipped on a board."""
-    return lab.device
+    """The virtual device: `lab.device`. All cables are in and good again after the test, which is skipped on a board."""
+    yield lab.device
+    mend_cables(lab)
+
+
+def mend_cables(lab):
+    """Puts back the cables that are pulled, and makes bad ones good."""
+    for port in {cable["port"] for cable in lab.device.ask("cables")["cables"]}:
+        lab.device.cable(port)
+    pulled = [port["port"] for port in lab.device.ask("ports")["ports"] if port["pulled"]]
+    for port in pulled:
+        lab.device.control("plug", port)
+    if pulled:
+        lab.await_links()
 
 
 @pytest.fixture
