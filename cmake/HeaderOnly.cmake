@@ -15,9 +15,11 @@ endforeach()
 
 add_library(adp_header_only INTERFACE)
 target_include_directories(adp_header_only SYSTEM INTERFACE ${ADP_HEADER_ONLY_DIR})
-# Where there is a {fmt} to link, its bulk need not be compiled with every file that uses it.
+# The bulk of {fmt} is linked, so that it is not compiled with every file that uses it.
 if(CMAKE_CROSSCOMPILING)
-    target_compile_definitions(adp_header_only INTERFACE FMT_HEADER_ONLY)
+    add_library(adp_fmt STATIC ${PROJECT_SOURCE_DIR}/text/fmt.cpp)
+    target_include_directories(adp_fmt SYSTEM PRIVATE ${ADP_HEADER_ONLY_DIR})
+    target_link_libraries(adp_header_only INTERFACE adp_fmt)
 else()
     find_package(fmt REQUIRED)
     target_link_libraries(adp_header_only INTERFACE fmt::fmt)

@@ -74,3 +74,26 @@ if(ADP_BUILD_TOOLS)
             COMPONENT switchd)
     install(FILES ${PROJECT_BINARY_DIR}/adp-switchd.service DESTINATION lib/systemd/system COMPONENT switchd)
 endif()
+
+# python: the wheel's content, where Debian has packages of other projects
+if(ADP_BUILD_TOOLS)
+    execute_process(COMMAND ${ADP_PYTHON} -c "import setuptools, wheel" RESULT_VARIABLE without_setuptools ERROR_QUIET)
+    if(without_setuptools)
+        message(STATUS "The Python package is not built: python3-setuptools or python3-wheel is missing")
+        return()
+    endif()
+    set(python_folder ${PROJECT_BINARY_DIR}/package)
+    set(wheel ${python_folder}/adp-${PROJECT_VERSION}-py3-none-any.whl)
+    file(GLOB_RECURSE python_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/python/adp/*.py
+         ${PROJECT_SOURCE_DIR}/python/adp/*.yml ${PROJECT_SOURCE_DIR}/python/adp/py.typed)
+    add_custom_command(OUTPUT ${wheel}
+        COMMAND ${ADP_PYTHON} -B ${PROJECT_SOURCE_DIR}/cmake/build_wheel.py ${PROJECT_SOURCE_DIR}/python ${python_folder}
+        DEPENDS ${python_sources} ${PROJECT_SOURCE_DIR}/python/pyproject.toml ${PROJECT_SOURCE_DIR}/cmake/build_wheel.py
+        COMMENT "Building the Python package" VERBATIM)
+    add_custom_target(python_package ALL DEPENDS ${wheel})
+    install(CODE "set(folder \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/lib/python3/dist-packages\")
+                  message(STATUS \"Installing: \${folder}/adp\")
+                  file(REMOVE_RECURSE \"\${folder}/adp\")
+                  file(ARCHIVE_EXTRACT INPUT \"${wheel}\" DESTINATION \"\${folder}\")" COMPONENT python)
+    install(PROGRAMS ${PROJECT_SOURCE_DIR}/python/adp-lab DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT python)
+endif()

@@ -56,7 +56,8 @@ def test_a_page_of_a_call_has_what_its_header_says(folder):
 
 @pytest.mark.parametrize("name, section, commands", [
     ("vdeviced", 8, ()), ("adp-switchd", 8, ()), ("vdevctl", 1, ()), ("adpsh", 1, ()),
-    ("adptrace", 1, ("record", "show", "stat", "replay", "diff", "reduce"))])
+    ("adptrace", 1, ("record", "show", "stat", "replay", "diff", "reduce")),
+    ("adp-lab", 1, ("up", "ps", "exec", "capture", "graph", "down"))])
 def test_the_page_of_a_program_has_every_option_of_its_help(folder, name, section, commands):
     page = shown(folder / f"man{section}" / f"{name}.{section}")
     helps = [manual.output_of(PROGRAMS, name, *words, "--help") for words in ((), *((word,) for word in commands))]
@@ -90,6 +91,10 @@ def test_a_program_says_its_version(name):
     (["vdevctl", "ports", "CMakeL"], [""]),
     (["adpsh", "--map", "adp_vlan_createE"], ["adp_vlan_createEx"]),
     (["adpsh", "wait"], ["wait_frame"]),
+    (["adp-lab", "--lab", "=", "x", "ca"], ["capture", "cable"]),
+    (["adp-lab", "up", "CMakeL"], ["CMakeLists.txt"]),
+    (["adp-lab", "plu"], ["plug"]),
+    (["adp-lab", "--lab", "=", "x", "caba"], [""]),
 ])
 def test_bash_completes_command_lines(folder, words, replies):
     done = subprocess.run(["bash", "-c", COMPLETE, "bash", str(folder / "completions" / words[0]), *words], cwd=ROOT,

@@ -11,7 +11,6 @@ import argparse
 import contextlib
 import dataclasses
 import os
-import signal
 import subprocess
 import sys
 
@@ -205,42 +204,18 @@ def run_programs(lab, build):
     return run_acl(lab, build, paint) and good
 
 
-def way_in(pid):
-    """The command that enters a namespace of this bench from another terminal of the same user."""
-    with open("/proc/self/uid_map", encoding="ascii") as mapping:
-        first, _outside, count = mapping.read().split()[:3]
-    own_users = (first, count) != ("0", "4294967295")
-    return f"nsenter --target {pid} {'--user --preserve-credentials ' if own_users else ''}--net"
-
-
-def open_shell(lab, build):
-    """Leaves the device up, with the adpsh prompt."""
-    print("\nThe device is up. From another terminal (append a command, or get a shell):")
-    print(f"  CPU      {way_in(lab.device.namespace.holder_pid)}")
-    for port, host in lab.hosts.items():
-        print(f"  port {port:<3} {way_in(host.namespace.holder_pid)}")
-    print(f"Its tables: VDEVICE_DIR={lab.device.run_dir} {lab.device.control_program} ports")
-    print("This is adpsh on the device's CPU. Begin with 'map'; 'help' lists the commands; 'quit' ends everything.\n")
-    # An interrupt is meant for the shell, which would inherit SIG_IGN but does not inherit a handler.
-    signal.signal(signal.SIGINT, lambda *_: None)
-    lab.device.popen(Build(build).command("adpsh")).wait()
-    return True
-
-
 def main():
     parser = argparse.ArgumentParser(prog="script/demo", description=__doc__.splitlines()[0])
     parser.add_argument("--build", default="host", help="build of the library to show")
     parser.add_argument("--device", default="host", help="build of the virtual device")
-    parser.add_argument("--shell", action="store_true", help="leave the device up, with adpsh at the prompt")
     arguments = parser.parse_args()
     sys.stdout.reconfigure(line_buffering=True)
     print(f"Virtual device with 26 ports; hosts on the ports {ports_text(HOST_PORTS)}.", end=" ", flush=True)
     try:
         with Lab(arguments.device, HOST_PORTS) as lab:
             print("It is up.")
-            good = (open_shell if arguments.shell else run_programs)(lab, arguments.build)
-        if not arguments.shell:
-            good = run_failover(arguments.device, arguments.build, paint) and good
+            good = run_programs(lab, arguments.build)
+        good = run_failover(arguments.device, arguments.build, paint) and good
     except KeyboardInterrupt:
         sys.exit("\ndemo: interrupted. Everything is switched off.")
     except LabError as problem:

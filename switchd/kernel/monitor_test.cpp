@@ -97,22 +97,19 @@ TEST_F(MonitorTest, StatesOfTheSpanningTree) {
     KernelMonitor monitor;
     make_bridge("br1", 1, "stp_state 1 forward_delay 200");
     std::vector<PortState> states;
-    constexpr int kTries = 400;
-    for (int tries = 0; tries < kTries && (states.empty() || states.back() != PortState::kForwarding); ++tries) {
-        if (is_readable(monitor) && monitor.receive()) {
-            const auto found = monitor.state().links.find(index_of("p1"));
-            const bool is_port = found != monitor.state().links.end() && found->second.port.has_value();
-            if (is_port && (states.empty() || states.back() != found->second.port->state)) {
-                states.push_back(found->second.port->state);
-            }
+    read_until(monitor, [&] {
+        const auto found = monitor.state().links.find(index_of("p1"));
+        const bool is_port = found != monitor.state().links.end() && found->second.port.has_value();
+        if (is_port && (states.empty() || states.back() != found->second.port->state)) {
+            states.push_back(found->second.port->state);
         }
-    }
+        return !states.empty() && states.back() == PortState::kForwarding;
+    });
     ASSERT_THAT(states, SizeIs(Ge(3U)));
     EXPECT_THAT((std::vector<PortState>{states.end() - 3, states.end()}),
                 ElementsAre(PortState::kListening, PortState::kLearning, PortState::kForwarding));
     run("ip", "link set h1 down\n");
-    read_notifications(monitor);
-    EXPECT_EQ(link_of(monitor, "p1").port->state, PortState::kDisabled);
+    read_until(monitor, [&] { return link_of(monitor, "p1").port->state == PortState::kDisabled; });
     EXPECT_FALSE(link_of(monitor, "p1").carrier);
     expect_in_step(monitor);
     EXPECT_EQ(monitor.counters().resyncs, 1U);
@@ -242,7 +239,7 @@ TEST_F(MonitorTest, AQuerierThatIsHeardMakesARouterPort) {
     read_notifications(monitor);
     EXPECT_FALSE(link_of(monitor, "br1").bridge->other_querier);
     send_query(index_of("h1"));
-    read_notifications(monitor);
+    read_until(monitor, [&] { return monitor.state().router_ports.contains(index_of("br1")); });
     EXPECT_TRUE(monitor.refresh_bridges());
     EXPECT_FALSE(monitor.refresh_bridges());
     EXPECT_TRUE(link_of(monitor, "br1").bridge->other_querier);
@@ -273,7 +270,8 @@ TEST_F(MonitorTest, InterfacesThatAreRenamedMovedAndDeletedInUse) {
     read_notifications(monitor);
     EXPECT_FALSE(monitor.state().links.contains(moved));
     EXPECT_FALSE(monitor.state().addresses.contains({index_of("br200"), 0, {2, 0, 0, 0, 0, 2}}));
-    EXPECT_EQ(link_of(monitor, "h2").parent, 0) << "the other end is elsewhere";
+    // It is told of with the carrier, which its end has lost.
+    read_until(monitor, [&] { return link_of(monitor, "h2").parent == 0; });
     expect_in_step(monitor);
 
     run("ip", "link del uplink\nlink del br200\n");

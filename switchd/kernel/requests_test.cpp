@@ -6,9 +6,9 @@
 #include <sys/ioctl.h>
 
 #include <cerrno>
-#include <chrono>
 
 #include "switchd/kernel/testing/live_fixture.h"
+#include "vdevice/io/testing/processor_time.h"
 
 namespace switchd {
 namespace requests_test {
@@ -121,11 +121,11 @@ TEST_F(RequestsTest, RefusedAddressesAreNamed) {
     EXPECT_THAT(requests_.change_addresses(some), SizeIs(300)) << "all are refused";
 }
 
-TEST_F(RequestsTest, TenThousandAddressesTakeLessThanASecond) {
+TEST_F(RequestsTest, TenThousandAddressesTakeLessThanASecondOfProcessorTime) {
     make_bridge("br1", 1);
-    const auto begin = std::chrono::steady_clock::now();
+    const double before = vdevice::io::processor_seconds();
     EXPECT_THAT(requests_.change_addresses(addresses(index_of("p1"), 10000)), IsEmpty());
-    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds{1});
+    EXPECT_LT(vdevice::io::processor_seconds() - before, 1.0);
 }
 
 }  // namespace requests_test

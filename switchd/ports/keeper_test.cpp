@@ -20,7 +20,7 @@ namespace keeper_test {
 
 using vdevice::UniqueFd;
 
-constexpr int kPatience = 5000;
+constexpr int kPatience = 60000;
 
 /** What is written into one end comes out of the other one, and is heard to end with the last holder. */
 struct Pipe {

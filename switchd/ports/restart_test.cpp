@@ -9,6 +9,7 @@
 
 #include "switchd/ports/testing/interface_fixture.h"
 #include "vdevice/io/link_monitor.h"
+#include "vdevice/io/testing/processor_time.h"
 
 namespace switchd {
 namespace restart_test {
@@ -167,7 +168,7 @@ TEST_F(RestartTest, PairsTakeThePlaceOfKeptInterfaces) {
     other.remove_all();
 }
 
-TEST_F(RestartTest, ManyInterfacesAreTakenOverInLessThanASecond) {
+TEST_F(RestartTest, ManyInterfacesAreTakenOverInLessThanASecondOfProcessorTime) {
     std::set<PortName> many;
     for (uint32_t port = 1; port <= ADP_USER_PORTS; ++port) {
         for (uint16_t vid = 0; vid < 10; ++vid) {
@@ -175,13 +176,12 @@ TEST_F(RestartTest, ManyInterfacesAreTakenOverInLessThanASecond) {
         }
     }
     Interfaces{loop_, {}, path_, [](Interface &) {}}.set_wanted(many);
-    const auto began = std::chrono::steady_clock::now();
+    const double before = vdevice::io::processor_seconds();
     Interfaces next{loop_, {}, path_, [](Interface &) {}};
     EXPECT_TRUE(next.set_wanted(many).empty());
-    const auto took = std::chrono::steady_clock::now() - began;
-    EXPECT_LT(took, std::chrono::seconds{1});
-    std::printf("%zu interfaces in %lld ms\n", many.size(),
-                static_cast<long long>(std::chrono::duration_cast<std::chrono::milliseconds>(took).count()));
+    const double took = vdevice::io::processor_seconds() - before;
+    EXPECT_LT(took, 1.0);
+    std::printf("%zu interfaces in %.0f ms of processor time\n", many.size(), 1000 * took);
     next.remove_all();
     EXPECT_FALSE(find_link("swp26.9"));
 }

@@ -68,7 +68,7 @@ def run(blocks, folder, root):
     script = PROLOGUE + "".join(block.text + end for block in blocks)
     command = [sys.executable, "-m", "adp.lab.isolate", "timeout", str(SECONDS), "bash", "-c", script]
     environment = {**os.environ, "PYTHONPATH": str(root / "python"), "PYTHONDONTWRITEBYTECODE": "1",
-                   "VDEVICE_DIR": str(folder / "run")}
+                   "VDEVICE_DIR": str(folder / "run"), "ADP_LAB_DIR": str(folder / "labs")}
     done = subprocess.run(command, cwd=folder, env=environment, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
                           stderr=subprocess.STDOUT, text=True, check=False)
     parts = re.split(rf"\n{MARK} (\d+)\n", done.stdout)

@@ -11,7 +11,6 @@ from adp.lab.switch import Switch
 pytest.register_assert_rewrite("bench")
 from bench import USER_PORTS, CablesLab  # noqa: E402
 
-DEVICE_BUILD = os.environ.get("ADP_SCENARIO_DEVICE", "host")
 PACKAGES = {
     "lldpd": "lldpd",
     "ovs-vswitchd": "openvswitch-switch",
@@ -63,12 +62,6 @@ def pytest_runtest_makereport():
         report.sections += [(f"what {name} said", log) for name, log in said.items() if log]
 
 
-@pytest.fixture(scope="session")
-def device_build():
-    """Name of the build whose virtual device is used."""
-    return DEVICE_BUILD
-
-
 @pytest.fixture
 def make_switch(request, device_build):
     """make_switch(hosts, configuration): a switch that is up, with hosts at these ports."""
@@ -81,14 +74,3 @@ def make_switch(request, device_build):
             return stack.enter_context(contextlib.closing(Switch(lab, configuration, not without)))
 
         yield make
-
-
-@pytest.fixture
-def tell(capsys):
-    """Prints a line in any run, also without -s."""
-
-    def print_line(text):
-        with capsys.disabled():
-            print(f"\n    {text}", end="")
-
-    return print_line

@@ -171,6 +171,7 @@ def control_line():
             "deep": '{"a":' + "[" * 200, "text": r'{"command": "\u00e9\ud800 \n"}', "broken": '{"command"',
             "twice": '{"command": {}, "command": []}', "blank": "",
             "arguments": '{"command": "gpio", "arguments": ["3", 1], "form": "text"}',
+            "cable": '{"command": "cable", "arguments": ["3", "--loss=0.1%", "--rate", "100M", "--seed", "7"]}',
             "too_many": '{"command": "pull", "arguments": ["0x1", []]}'}.items():
         yield name, u16(0xFFFF) + text.encode() + b"\n"
     yield "in_two_pieces", u16(9) + b'{"command": "version"}\n{}\n'

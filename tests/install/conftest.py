@@ -13,7 +13,7 @@ DEVICE_BUILD = ROOT / "build" / "host"
 TOOLCHAIN = os.environ.get("ADP_TOOLCHAIN", "")
 COMPILER = os.environ["ADP_COMPILER"]
 EMULATOR = os.environ.get("ADP_EMULATOR", "").split()
-COMPONENTS = ("runtime", "dev", "vdevice", "tools", "switchd", "examples", "doc")
+COMPONENTS = ("runtime", "dev", "vdevice", "tools", "switchd", "python", "examples", "doc")
 EXAMPLES = {
     "frame_path": ("frame_path.c", "frame_reception.c"),
     "acl": ("acl.c",),

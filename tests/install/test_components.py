@@ -25,6 +25,8 @@ CONTENTS = {
     "tools": {"bin/adpsh", "bin/adptrace", "lib/adp/libadptrace.so", "share/adp/adp_switch_tag.lua"},
     "switchd": {"bin/adp-switchd", "libexec/adp-switchd-dot1x", "share/adp/switchd.toml",
                 "lib/systemd/system/adp-switchd.service"},
+    "python": of_source("python/adp", "lib/python3/dist-packages/adp", "*.py", "*.yml", "py.typed")
+              | {"bin/adp-lab", "lib/python3/dist-packages/adp-*.dist-info/*"},
     "examples": of_source("examples", "share/doc/adp/examples", "*.c", "*.h", "CMakeLists.txt"),
     "doc": of_source("docs", "share/doc/adp/docs", "*.md", "*.svg") | {"share/doc/adp/README.md"},
 }
@@ -72,6 +74,14 @@ def test_recorder_finds_what_it_puts_in_front_of_a_program(prefix, tmp_path):
     done = run([*EMULATOR, prefix / "bin/adptrace", "record", "-o", tmp_path / "recording", "--", *EMULATOR,
                 prefix / "bin/adpsh", "--version"])
     assert ": 0 calls" in done.stderr
+
+
+@pytest.mark.skipif(bool(TOOLCHAIN), reason="the interpreter is of this machine")
+def test_python_package_finds_the_driver_and_the_services(prefix, libdir, device):
+    program = "import adp; adp.map_ports(); adp.vlan_create(100); print(adp.vlan_port_get(100).members)"
+    done = device.run("/usr/bin/python3", "-B", "-c", program, ADP_LIBRARY=str(libdir / "libadp.so"),
+                      PYTHONPATH=str(prefix / "lib/python3/dist-packages"))
+    assert (done.stdout, done.stderr) == ("PortSet()\n", "")
 
 
 @pytest.mark.skipif(bool(TOOLCHAIN), reason="the device is a program of this machine")

@@ -22,7 +22,7 @@ rm "$work"/packages/*-dbgsym_*
 inside sh -c 'apt-get install -y --no-install-recommends /tmp/adp/packages/*.deb'
 [ -z "$(inside dpkg --audit)" ] || fail "packages are not whole"
 
-for program in vdeviced vdevctl adpsh adptrace; do
+for program in vdeviced vdevctl adpsh adptrace adp-lab; do
     inside "$program" --help >"$work/help" || fail "$program --help"
     inside sh -c "test -e /usr/share/man/man?/$program.?.gz" || fail "$program has no manual page"
 done
@@ -51,6 +51,14 @@ wait $!
 RUN
 inside unshare --net sh /tmp/adp/run.sh
 grep -E '^ +100 +1-2 +1-2$' "$work/vlans" || { cat "$work/vlans"; fail "the program has not changed the device"; }
+
+# The Python package finds what the others have installed.
+cat >"$work/vlan.py" <<'PYTHON'
+import adp
+adp.map_ports()
+print(len(adp.intf_to_phy_port))
+PYTHON
+[ "$(inside python3 /tmp/adp/vlan.py)" = 27 ] || fail "the Python package does not find the library"
 
 inside sh -c 'apt-get purge -y --autoremove $(for file in /tmp/adp/packages/*.deb; do dpkg-deb -f "$file" Package; done)'
 files >"$work/after"

@@ -1,20 +1,13 @@
-"""The bench that the scenarios share, and adpsh of each build on it.
-
-Every scenario runs against each build of the library that ADP_SCENARIO_BUILDS names. Start them with script/scenario.
-"""
-
-import contextlib
-import os
+"""What the scenarios share besides the plugin's fixtures: helpers about one topic each, and the stage of multicast."""
 
 import pytest
-from adp.lab import Build, Lab, LabError
+from adp.lab import Build, LabError
+from adp.testing.crossing import Crossing
+from adp.testing.plugin import SETTINGS
 
-pytest.register_assert_rewrite("acl", "crossing", "judge", "limits", "priorities", "ringside", "segment", "stage", "tagging")
+pytest.register_assert_rewrite("acl", "judge", "limits", "priorities", "ringside", "segment", "stage", "tagging")
 from acl import Acl  # noqa: E402
-from cpu import Cpu  # noqa: E402
 from crossing import PORTS as CROSSING_PORTS  # noqa: E402
-from crossing import Crossing  # noqa: E402
-from failures import Failures  # noqa: E402
 from limits import Limits  # noqa: E402
 from priorities import Priorities  # noqa: E402
 from judge import Judge  # noqa: E402
@@ -22,61 +15,23 @@ from reports import DIALECTS  # noqa: E402
 from stage import MEMBERS, performance, theatre  # noqa: E402
 from tagging import Tagging  # noqa: E402
 
-BUILDS = os.environ.get("ADP_SCENARIO_BUILDS", "host,mips").split(",")
-DEVICE_BUILD = os.environ.get("ADP_SCENARIO_DEVICE", "host")
+EXAMPLES = ("link_aggregation", "acl", "igmp_snooping", "ring_protection")
 
 
-def pytest_configure(config):
-    config.pluginmanager.register(Failures())
-
-
-def pytest_sessionstart():
+def pytest_sessionstart(session):
     """A missing build fails the run with one sentence, not with one for each scenario."""
     try:
-        Build(DEVICE_BUILD).command("vdeviced")
-        for name in BUILDS:
-            for program in ("adpsh", "link_aggregation", "acl", "igmp_snooping", "ring_protection"):
+        for name in session.config.stash[SETTINGS].builds:
+            for program in EXAMPLES:
                 Build(name).command(program)
     except LabError as problem:
         pytest.exit(str(problem), returncode=1)
 
 
-@pytest.fixture(scope="session")
-def lab():
-    """A device with a host on each of its 26 ports."""
-    with Lab(DEVICE_BUILD) as bench:
-        yield bench
-
-
-@pytest.fixture(scope="session", params=BUILDS)
-def build(request):
-    """Name of a build of the library."""
-    return request.param
-
-
-@pytest.fixture(scope="session")
-def session_cpu(lab, build):
-    with contextlib.closing(Cpu(lab, build)) as cpu:
-        cpu.set_up()
-        yield cpu
-
-
-@pytest.fixture
-def cpu(session_cpu):
-    """The device's CPU with the library of one build: port map and send socket ready, no VLANs of its own."""
-    yield session_cpu
-    session_cpu.tidy()
-
-
-@pytest.fixture
-def hosts(lab):
-    return lab.hosts
-
-
 @pytest.fixture
 def crossing(lab, cpu):
     """Three hosts of a tagged VLAN."""
-    return Crossing(lab, cpu)
+    return Crossing(lab, cpu, CROSSING_PORTS)
 
 
 @pytest.fixture
@@ -111,24 +66,13 @@ def priorities(lab, cpu, crossing):
     maps.tidy()
 
 
-@pytest.fixture
-def tell(capsys):
-    """Prints a line in any run, also without -s."""
-
-    def print_line(text):
-        with capsys.disabled():
-            print(f"\n    {text}", end="")
-
-    return print_line
-
-
 # Multicast snooping
 
 
 @pytest.fixture(name="theatre", scope="session")
-def open_theatre():
+def open_theatre(device_build):
     """A device whose hosts speak IP."""
-    with theatre(DEVICE_BUILD) as bench:
+    with theatre(device_build) as bench:
         yield bench
 
 

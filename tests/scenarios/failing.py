@@ -3,10 +3,9 @@
 import pytest
 from adp.lab import Lab
 from adp.lab.frames import BROADCAST, ETHERTYPE_EXPERIMENT, ethernet, vlan_tag
-from packets import Packet
+from adp.testing.packet import Packet
 from segment import VLAN, Segment, in_a_row
 
-from conftest import DEVICE_BUILD
 
 FROM, MEMBER, OUTSIDE = 1, 5, 7
 EMPTY_VLAN = 200
@@ -15,8 +14,8 @@ CROWD = 2000
 
 
 @pytest.fixture(scope="session")
-def lab():
-    with Lab(DEVICE_BUILD, (FROM, MEMBER, OUTSIDE)) as bench:
+def lab(device_build):
+    with Lab(device_build, (FROM, MEMBER, OUTSIDE)) as bench:
         yield bench
 
 

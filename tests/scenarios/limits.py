@@ -1,6 +1,6 @@
 """Storm control and the ingress limit, by the library's calls, and as the device shows them."""
 
-from packets import Packet
+from adp.testing.packet import Packet
 from rate import reading
 
 NO_DEVICE = 1

@@ -2,10 +2,10 @@
 
 from typing import NamedTuple
 
-from cpu import SETTLE_SECONDS
 from crossing import NEIGHBOUR, RECEIVER, SENDER
 from adp.lab.process import poll_until
-from packets import Packet
+from adp.testing.cpu import SETTLE_SECONDS
+from adp.testing.packet import Packet
 
 STRICT, ROUND_ROBIN, WEIGHTED = 0, 1, 2
 QUEUES = range(8)

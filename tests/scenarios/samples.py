@@ -3,8 +3,8 @@
 The fixtures are for the modules that import them.
 """
 
+import adp
 import pytest
-from cpu import group
 from adp.lab.frames import BROADCAST, ETHERTYPE_EXPERIMENT, ethernet, vlan_tag
 
 VLAN = 100
@@ -52,4 +52,4 @@ def member_group(cpu, vlan):
     """Group 3 with the ports 21 and 22 of the VLAN, managed by 22."""
     cpu.form_group(3, (21, 22))
     cpu.give_management_port(3, 22)
-    return group(3)
+    return adp.agg(3)

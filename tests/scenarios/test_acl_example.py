@@ -7,7 +7,7 @@ import pytest
 from crossing import NEIGHBOUR, RECEIVER, SENDER
 from adp.lab import Build
 from adp.lab.acl import AclProgram
-from packets import Packet
+from adp.testing.packet import Packet
 
 MIRROR_PORT = 26
 USAGE_STATUS = 2

@@ -7,7 +7,6 @@ accounted for.
 import re
 
 import pytest
-from conftest import DEVICE_BUILD
 from adp.lab import Pair
 from adp.lab.aggregation import GroupEvent, Handled
 from adp.lab.failover import (
@@ -34,8 +33,8 @@ WRONG_MEDIUM = -5
 
 
 @pytest.fixture(scope="module")
-def pair():
-    with Pair({NEAR_HOST, NEAR_WITNESS}, {FAR_HOST, FAR_WITNESS}, CABLES, DEVICE_BUILD) as devices:
+def pair(device_build):
+    with Pair({NEAR_HOST, NEAR_WITNESS}, {FAR_HOST, FAR_WITNESS}, CABLES, device_build) as devices:
         yield devices
 
 

@@ -1,7 +1,7 @@
 """Port authorisation: a port in each of its modes, single addresses, and frames that pass a closed port."""
 
+import adp
 import pytest
-from cpu import group
 from adp.lab.frames import BROADCAST, ETHERTYPE_EXPERIMENT, ethernet, mac, vlan_tag
 from segment import Segment, colon_form
 
@@ -173,12 +173,12 @@ def test_an_address_of_a_group_is_installed_on_its_lowest_active_member(segment,
     cpu.form_group(1, MEMBERS)
     active = sorted(set(MEMBERS) - set(lost))
     if lost:
-        assert cpu.result("adp_del_agg_member_by_map", group(1), sum(1 << port for port in lost), 0) == 0
+        assert cpu.result("adp_del_agg_member_by_map", adp.agg(1), sum(1 << port for port in lost), 0) == 0
     for port in MEMBERS:
         set_mode(segment, port, BLOCKED)
     guest = lab.mac(MEMBERS[0])
     assert f" intf={active[0]}, " in authorise_traced(segment, MEMBERS[0], guest)
-    assert segment.interface(guest) == group(1)
+    assert segment.interface(guest) == adp.agg(1)
     (row,) = [row for row in lab.device.control("macs")["macs"] if row["mac"] == colon_form(guest)]
     assert (row["port"], row["kind"]) == (active[0], "static")
     for port in active:

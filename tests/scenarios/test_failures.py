@@ -1,6 +1,5 @@
 """What a scenario tells when it fails, read from a run of those in failing.py."""
 
-import os
 import re
 import subprocess
 import sys
@@ -10,22 +9,21 @@ from adp.lab import Lab, LabError
 from adp.lab.builds import ROOT
 from adp.lab.process import kill, stop
 from adp.lab.recording import Recording
-from comparison import MOST_PAIRS, comparison
-from failures import Failures
-from packets import Packet
-
-from conftest import BUILDS, DEVICE_BUILD
+from adp.testing.comparison import MOST_PAIRS, comparison
+from adp.testing.failures import Failures
+from adp.testing.packet import Packet
 
 SCENARIOS = "tests/scenarios/failing.py"
 SECONDS = 120
+FOLDER = ROOT / "build" / "failures"
 
 
 @pytest.fixture(scope="module")
-def run():
+def run(adp_settings):
     """What the failed run wrote."""
-    environment = {**os.environ, "ADP_SCENARIO_BUILDS": BUILDS[0]}
-    command = [sys.executable, "-B", "-m", "pytest", "-q", "-p", "no:cacheprovider", SCENARIOS]
-    done = subprocess.run(command, cwd=ROOT, env=environment, capture_output=True, text=True, timeout=SECONDS)
+    options = f"--adp-builds={adp_settings.builds[0]}", f"--adp-device={adp_settings.device}"
+    command = [sys.executable, "-B", "-m", "pytest", "-q", "-p", "no:cacheprovider", *options, SCENARIOS]
+    done = subprocess.run(command, cwd=ROOT, capture_output=True, text=True, timeout=SECONDS)
     assert done.returncode == pytest.ExitCode.TESTS_FAILED, done.stdout + done.stderr
     yield done.stdout
     for path in re.findall(r"All frames: (\S+)", done.stdout):
@@ -99,14 +97,14 @@ def test_what_the_device_did_not_keep_is_explained_as_it_is_now(said):
 
 def test_answers_of_several_devices_are_compared_one_by_one():
     frame = Packet().build(b"<marker>")
-    failures = Failures()
+    failures = Failures(FOLDER)
     assert failures.pytest_assertrepr_compare("==", ({}, {7: [frame]}), ({}, {}))
     assert "device 2 port 7" in failures.expected_and_received()
     assert "device 1" not in failures.expected_and_received()
 
 
-def test_a_device_that_is_off_is_said_to_be(tmp_path):
-    with Lab(DEVICE_BUILD, (), user_ports=1) as lab:
+def test_a_device_that_is_off_is_said_to_be(device_build, tmp_path):
+    with Lab(device_build, (), user_ports=1) as lab:
         lab.device.end()
         with Recording(lab) as recording:
             assert recording.has_frames(), "nobody knows"
@@ -117,7 +115,7 @@ def test_a_device_that_is_off_is_said_to_be(tmp_path):
 
 
 def test_other_assertions_are_left_alone():
-    failures = Failures()
+    failures = Failures(FOLDER)
     assert failures.pytest_assertrepr_compare("==", {1: "one"}, {1: "two"}) is None
     assert failures.pytest_assertrepr_compare("!=", {1: [b"one"]}, {1: [b"one"]}) is None
 

@@ -1,6 +1,7 @@
 """Cables: a port without a link passes nothing, in either direction, and works again with one."""
 
 import pytest
+from adp.lab import LabError
 from adp.lab.frames import BROADCAST, ETHERTYPE_EXPERIMENT, ethernet
 
 PORT = 22
@@ -72,3 +73,25 @@ def test_frames_flood_past_a_port_without_link(lab, cpu, unplugged):
 def test_port_is_told_to_be_down(lab, cpu, unplugged):
     states = {port["port"]: port["link"] for port in lab.device.control("ports")["ports"]}
     assert states == {port: port != PORT for port in ALL_PORTS | {CPU_PORT}}
+
+
+@pytest.fixture
+def bad_cable(lab):
+    """Makes the port's cable a bad one; it is a good one again afterwards."""
+    yield lambda **conditions: lab.device.cable(PORT, **conditions)
+    lab.device.cable(PORT)
+
+
+def test_bad_cable_loses_duplicates_and_delays_what_leaves(lab, cpu, bad_cable):
+    frame = broadcast(lab)
+    bad_cable(loss="100%")
+    assert cpu.transmit(frame, (PORT, WITNESS)) == 0
+    assert lab.arrivals(frame[14:], without={PORT}) == {WITNESS: [frame]}
+    bad_cable(delay="100ms", duplicate="100%")
+    assert cpu.transmit(frame, (PORT, WITNESS)) == 0
+    assert lab.arrivals(frame[14:]) == {WITNESS: [frame], PORT: [frame, frame]}
+
+
+def test_impossible_cable_is_refused_with_a_sentence(lab):
+    with pytest.raises(LabError, match="takes a percentage from 0% to 100%"):
+        lab.device.cable(PORT, loss="101%")

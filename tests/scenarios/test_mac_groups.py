@@ -2,13 +2,13 @@
 
 import contextlib
 
+import adp
 import pytest
-from cpu import group
 from segment import ALL, DYNAMIC, STATIC, VLAN, Segment
 
 SENDER, ELSEWHERE = 1, 26
 MEMBERS = (3, 9, 22)
-GROUP = group(1)
+GROUP = adp.agg(1)
 FAIL = -1
 FLAG_STATIC, FLAG_DROP_TO = 0x8, 0x10
 LINK_SECONDS = 10.0

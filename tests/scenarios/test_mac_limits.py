@@ -1,7 +1,7 @@
 """Limits: learning stops where one is reached, the whole table included, and what is refused is counted."""
 
+import adp
 import pytest
-from cpu import group
 from segment import (
     ALL,
     BUCKET_FULL,
@@ -82,7 +82,7 @@ def test_learning_stops_at_a_limit(cpu, segment, limit, scope):
 
 def test_a_groups_limit_holds_for_its_members(cpu, segment, limit):
     cpu.form_group(1, (MEMBER,))
-    limit(LIMIT, group(1), SCOPE_INTERFACE)
+    limit(LIMIT, adp.agg(1), SCOPE_INTERFACE)
     check_limit(segment, MEMBER, in_a_row(LIMIT + 2))
 
 

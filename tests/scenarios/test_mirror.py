@@ -3,7 +3,7 @@
 import pytest
 from acl import DROP, MIRROR, SET_DSCP
 from crossing import NEIGHBOUR, RECEIVER, SENDER
-from packets import Packet
+from adp.testing.packet import Packet
 
 MIRROR_PORT = 26
 SECOND_MIRROR_PORT = 1

@@ -3,8 +3,9 @@
 import random
 
 import pytest
-from cpu import DEFAULT_VLAN, device_vlans, port_set
 from adp.lab.frames import vlan_tag
+from adp.testing.calls import text_of
+from adp.testing.cpu import DEFAULT_VLAN, device_vlans
 
 RED, BLUE, NOWHERE = 100, 200, 300
 NATIVE = DEFAULT_VLAN
@@ -35,7 +36,7 @@ def roles(cpu, tagging):
 
 def physical_set(lab, ports):
     """Ports as the plain membership calls take them: by their physical numbers."""
-    return port_set(map(lab.device.physical, ports))
+    return text_of(set(map(lab.device.physical, ports)))
 
 
 @pytest.mark.parametrize(
@@ -120,7 +121,7 @@ def test_vlans_are_read_back_as_written(lab, cpu):
 
 def test_refused_write_changes_nothing(cpu, roles):
     before = cpu.read_vlan(RED)
-    assert cpu.result("adp_vlan_port_set", RED, port_set({TRUNK}), port_set({HYBRID})) == UNTAGGED_NOT_MEMBER
+    assert cpu.result("adp_vlan_port_set", RED, text_of({TRUNK}), text_of({HYBRID})) == UNTAGGED_NOT_MEMBER
     assert cpu.read_vlan(RED) == before
     assert roles.leaves(ACCESS_RED) == RED_FROM_ACCESS
 

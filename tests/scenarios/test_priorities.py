@@ -1,11 +1,11 @@
 """Priorities from 802.1p, DSCP and the port, and the queues that they choose, by which queue's counter moves."""
 
+import adp
 import pytest
 from acl import REMARK_DSCP, REMARK_PRIORITY
-from cpu import group
 from crossing import NEIGHBOUR, PORTS, RECEIVER, SENDER, VLAN
 from adp.lab.frames import vlan_tag
-from packets import Packet
+from adp.testing.packet import Packet
 from priorities import (
     DOT1P_MAP,
     DSCP_MAP,
@@ -95,7 +95,7 @@ def test_ports_own_row_goes_before_the_chips(priorities):
 
 
 def test_ports_own_row_is_refused_on_other_interfaces(cpu, priorities):
-    for interface, status in ((group(1), DRIVER_FAILED), (FOREIGN, TYPE_REFUSED)):
+    for interface, status in ((adp.agg(1), DRIVER_FAILED), (FOREIGN, TYPE_REFUSED)):
         assert cpu.result("adp_cosq_port_mapping_set", interface, 3, 7) == status
     assert priorities.set_own_queue(RECEIVER, 3, NO_QUEUE) == DRIVER_FAILED
     assert all(row["queues"] == USUAL_QUEUES for row in priorities.shown()["ports"])
@@ -159,8 +159,8 @@ def test_ports_priority_is_refused_where_it_has_no_meaning(cpu, priorities):
     assert cpu.result("adp_set_port_cos_map", SENDER, NO_PRIORITY) == DRIVER_FAILED
     assert cpu.result("adp_port_cos_map_set", SENDER, NO_PRIORITY) == BAD_ARGUMENT
     assert cpu.result("adp_port_cos_map_set", FOREIGN, 1) == NO_PORT
-    assert cpu.result("adp_set_port_cos_map", group(1), 1) == TYPE_REFUSED
-    assert cpu.result("adp_add_dot1p_assign", NO_MAP, group(1), 0, 0, 0, 1) == DRIVER_FAILED
+    assert cpu.result("adp_set_port_cos_map", adp.agg(1), 1) == TYPE_REFUSED
+    assert cpu.result("adp_add_dot1p_assign", NO_MAP, adp.agg(1), 0, 0, 0, 1) == DRIVER_FAILED
     assert {row["priority"] for row in priorities.shown()["ports"]} == {0}
 
 
@@ -181,7 +181,7 @@ def test_trust_is_read_back_and_has_four_modes(cpu, priorities):
         priorities.trust(mode)
         assert priorities.read("adp_get_port_pri_trust_mode", SENDER, output="mode") == (0, mode)
     assert cpu.result("adp_set_port_pri_trust_mode", SENDER, NO_TRUST) == DRIVER_FAILED
-    assert cpu.result("adp_set_port_pri_trust_mode", group(1), TRUST_PORT) == DRIVER_FAILED
+    assert cpu.result("adp_set_port_pri_trust_mode", adp.agg(1), TRUST_PORT) == DRIVER_FAILED
     assert cpu.result("adp_set_port_pri_trust_mode", FOREIGN, TRUST_PORT) == TYPE_REFUSED
     assert {row["trust"] for row in priorities.shown()["ports"]} == {"802.1p"}
 

@@ -7,10 +7,9 @@ the cable.
 import contextlib
 
 import pytest
-from conftest import DEVICE_BUILD
-from cpu import Cpu
 from adp.lab import Pair
 from adp.lab.frames import vlan_tag
+from adp.testing.cpu import Cpu
 from tagging import EXTERNAL, INTERNAL, OLD_PROVIDER_TPID, PROVIDER_TPID, Probe, Tagging
 
 SERVICE_A, SERVICE_B = 500, 600
@@ -67,9 +66,9 @@ class Network:
 
 
 @pytest.fixture(scope="module")
-def pair():
+def pair(device_build):
     near, far = zip(CUSTOMER_A, CUSTOMER_B, WITNESS, strict=True)
-    with Pair(set(near), set(far), [CABLE], DEVICE_BUILD) as devices:
+    with Pair(set(near), set(far), [CABLE], device_build) as devices:
         yield devices
 
 

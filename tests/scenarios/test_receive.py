@@ -2,8 +2,8 @@
 
 import struct
 
+import adp
 import pytest
-from cpu import group
 from adp.lab.frames import BROADCAST, ETHERTYPE_EXPERIMENT, SWITCH_TAG_TYPE, ethernet, vlan_tag
 from scapy.all import IP, TCP, UDP, IPv6, IPv6ExtHdrHopByHop, IPOption, PadN, Raw
 
@@ -189,8 +189,8 @@ def test_vlan_ability_of_a_group_is_its_members(cpu):
     cpu.vlan(100, {5})
     cpu.form_group(3, (5,))
     cpu.form_group(4, (6,))
-    assert cpu.result("check_port_vlan_ability", group(3), 100) == 0
-    assert cpu.result("check_port_vlan_ability", group(4), 100) == -1
+    assert cpu.result("check_port_vlan_ability", adp.agg(3), 100) == 0
+    assert cpu.result("check_port_vlan_ability", adp.agg(4), 100) == -1
 
 
 # Tags that this chip does not give to the CPU by itself: delivered frames with their tag exchanged.

@@ -7,7 +7,7 @@ import pytest
 from acl import REMARK_DSCP, REMARK_PRIORITY
 from crossing import NEIGHBOUR, RECEIVER, SENDER
 from adp.lab.frames import ETHERTYPE_IPV4, mac
-from packets import Packet
+from adp.testing.packet import Packet
 
 RULE, OTHER_RULE = 3, 4
 NEW = {REMARK_PRIORITY: ("priority", 6), REMARK_DSCP: ("dscp", 46)}

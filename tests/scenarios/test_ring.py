@@ -6,13 +6,13 @@ import contextlib
 import subprocess
 import time
 
+import adp
 import pytest
-from conftest import DEVICE_BUILD
-from cpu import Cpu, group
 from adp.lab import Build
 from adp.lab.frames import BROADCAST, ETHERTYPE_EXPERIMENT, ethernet
 from adp.lab.process import poll_until
 from adp.lab.ring import BEFORE, BEHIND, DEVICES, HOST, RING_PORTS, Ring, RingProgram
+from adp.testing.cpu import Cpu
 from ringside import BLOCKING, FORWARDING, LAST, NEXT, OWNER, Protected, Stream
 
 UNKNOWN_TYPE, REFUSED_TYPE = 0x30000001, 201
@@ -24,8 +24,8 @@ ENDED_SECONDS = 20.0
 
 
 @pytest.fixture(scope="module")
-def ring():
-    with Ring(DEVICE_BUILD) as devices:
+def ring(device_build):
+    with Ring(device_build) as devices:
         yield devices
 
 
@@ -181,7 +181,7 @@ def test_a_group_as_ring_port_is_blocked_with_all_its_active_members(lab, cpu):
     cpu.form_group(1, members)
     states = {}
     for state in (BLOCKING, FORWARDING):
-        assert cpu.result("adp_set_port_erps_state", group(1), state) == 0
+        assert cpu.result("adp_set_port_erps_state", adp.agg(1), state) == 0
         answers = [cpu.call("adp_get_port_erps_state", port) for port in (*members, witness)]
         assert [answer["result"] for answer in answers] == [0] * len(answers)
         assert [answer["outputs"]["state"] for answer in answers] == [state] * len(members) + [FORWARDING]

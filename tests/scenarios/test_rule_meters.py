@@ -3,7 +3,7 @@
 import pytest
 from acl import DROP, METER, PERMIT
 from crossing import NEIGHBOUR, SENDER
-from packets import Packet
+from adp.testing.packet import Packet
 from rate import MORE_THAN_A_BUCKET, TOLERANCE, frame_rate, reading
 
 # A submodule whose rules are pairs and one whose are not, with where their meters begin and their usual rate.

@@ -10,7 +10,7 @@ import pytest
 from acl import COUNT, DROP
 from crossing import NEIGHBOUR, OTHER_VLAN, SENDER
 from adp.lab.frames import ETHERTYPE_EXPERIMENT, ETHERTYPE_IPV4, mac
-from packets import Packet
+from adp.testing.packet import Packet
 
 # Entries are single in one submodule and pairs in the others, whose second halves have other conditions.
 SUBMODULES = {"single": 20, "first pair group": 2, "second pair group": 39}

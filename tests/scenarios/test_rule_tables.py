@@ -7,7 +7,7 @@ from acl import DROP, PERMIT, SET_DSCP
 from crossing import NEIGHBOUR, SENDER
 from adp.lab import Build
 from adp.lab.rules import distinct_places
-from packets import Packet
+from adp.testing.packet import Packet
 
 RULES = 900
 L4_SOURCE, L4_DESTINATION = 27, 28

@@ -15,9 +15,9 @@ from acl import (
     TO_PORT,
     TO_PORTS,
 )
-from cpu import port_set
+from adp.testing.calls import text_of
+from adp.testing.packet import Packet
 from crossing import NEIGHBOUR, OTHER_VLAN, RECEIVER, SENDER
-from packets import Packet
 
 SUBMODULE, SAME_GROUP, LATER_GROUP, PAIRS, UNTRANSLATED = 20, 21, 31, 2, 16
 ENTITY = 1
@@ -176,6 +176,6 @@ def test_frames_without_a_rule_go_to_the_cpu(crossing, acl, cpu, action):
 
 
 def test_miss_action_of_a_set_of_ports(crossing, acl, cpu):
-    assert cpu.result("adp_fp_lookupMissAct_pbmp_set", port_set({SENDER, RECEIVER, 40}), MISS_DROP) == 0
+    assert cpu.result("adp_fp_lookupMissAct_pbmp_set", text_of({SENDER, RECEIVER, 40}), MISS_DROP) == 0
     sends = [(port, Packet(source=f"02:00:00:00:a0:{port:02}")) for port in (SENDER, NEIGHBOUR, RECEIVER)]
     crossing.check(sends, crossing.flooded(sends[1]))

@@ -4,9 +4,9 @@ import contextlib
 import random
 
 import pytest
-from cpu import Cpu
 from adp.lab.frames import vlan_tag
 from adp.lab.listener import group_mac
+from adp.testing.cpu import Cpu
 from reports import (
     ALLOW_SOURCES,
     BLOCK_SOURCES,

@@ -3,8 +3,8 @@
 import contextlib
 
 import pytest
-from cpu import Cpu
 from adp.lab.frames import vlan_tag
+from adp.testing.cpu import Cpu
 from judge import Judge
 from reports import DIALECTS, PIM_HELLO, SPEAKER, TO_EXCLUDE, pim_hello, router_advertisement
 from stage import MEMBERS, NEIGHBOUR, ONE, OTHER, PORTS, SOURCE, VLAN, WITNESS, performance

@@ -5,9 +5,9 @@ import ipaddress
 import struct
 
 import pytest
-from cpu import Cpu
 from adp.lab.frames import ETHERTYPE_IPV4, ETHERTYPE_IPV6, VID_MASK, split_tags
 from adp.lab.listener import Listener, set_protocol_version
+from adp.testing.cpu import Cpu
 from reports import ICMPV6, IGMP, IGMP_QUERY, MLD_QUERY
 from scapy.all import IPv6
 from scapy.layers.inet6 import in6_chksum

@@ -3,10 +3,9 @@
 import contextlib
 
 import pytest
-from conftest import DEVICE_BUILD
-from cpu import Cpu
 from adp.lab import Pair
 from adp.lab.frames import BROADCAST, ETHERTYPE_EXPERIMENT, ethernet, mac, vlan_tag
+from adp.testing.cpu import Cpu
 
 # (near port, far port) of link 0 and link 1. The two sides use different ports.
 LINKS = ((2, 4), (3, 5))
@@ -28,8 +27,8 @@ BPDU_BYTES = 60
 
 
 @pytest.fixture(scope="module")
-def pair():
-    with Pair({NEAR_HOST}, {FAR_HOST}, LINKS, DEVICE_BUILD, USER_PORTS) as devices:
+def pair(device_build):
+    with Pair({NEAR_HOST}, {FAR_HOST}, LINKS, device_build, USER_PORTS) as devices:
         yield devices
 
 

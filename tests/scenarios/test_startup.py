@@ -3,10 +3,9 @@
 import contextlib
 
 import pytest
-from conftest import DEVICE_BUILD
-from cpu import Cpu
 from adp.lab import Lab
 from adp.lab.frames import BROADCAST, ETHERTYPE_EXPERIMENT, ethernet, mac, vlan_tag
+from adp.testing.cpu import Cpu
 from scapy.all import IP, TCP, Ether, ICMPv6MLQuery, ICMPv6MLReport2, IPOption_Router_Alert, IPv6, Raw
 from scapy.layers.inet6 import IPv6ExtHdrHopByHop, RouterAlert
 
@@ -26,9 +25,9 @@ MINIMUM_TCP = 20
 
 
 @pytest.fixture(scope="module")
-def fresh_lab(build):
+def fresh_lab(device_build, build):
     """A device of its own for each build: start-up cannot be taken back."""
-    with Lab(DEVICE_BUILD, HOSTS) as bench:
+    with Lab(device_build, HOSTS) as bench:
         yield bench
 
 

@@ -1,7 +1,8 @@
 """Storm control: each type of storm is limited, other frames pass, and flags tell which limit was exceeded."""
 
+import adp
 import pytest
-from cpu import group
+from adp.testing.packet import Packet
 from crossing import NEIGHBOUR, PORTS, RECEIVER, SENDER
 from limits import (
     ALL_CODES,
@@ -19,7 +20,6 @@ from limits import (
     UNKNOWN,
     kilobit_packet,
 )
-from packets import Packet
 from rate import TOLERANCE, frame_rate
 
 FAILED, BAD_TYPE = 102, 201
@@ -154,15 +154,15 @@ def test_flags_stay_until_they_are_reset(lab, crossing, limits):
 
 def test_groups_limit_is_on_each_member(lab, cpu, crossing, limits):
     cpu.form_group(GROUP, MEMBERS)
-    limits.storm(group(GROUP), BROADCAST, CRAWL, BURST)
+    limits.storm(adp.agg(GROUP), BROADCAST, CRAWL, BURST)
     assert [limits.read_storm(port, BROADCAST) for port in PORTS] == [(CRAWL, BURST)] * 2 + [(0, 0)]
-    assert limits.read_storm(group(GROUP), BROADCAST) == (CRAWL, BURST)
+    assert limits.read_storm(adp.agg(GROUP), BROADCAST) == (CRAWL, BURST)
     storms = {port: storm_of(lab, BROADCAST, port) for port in MEMBERS}
     sends = [send for storm in storms.values() for send in storm]
     passed = [packet for storm in storms.values() for _, packet in storm[:BURST]]
     crossing.check(sends, {RECEIVER: passed})
     assert [limits.exceeded(port) for port in PORTS] == [{BROADCAST}, {BROADCAST}, set()]
-    limits.reset(group(GROUP))
+    limits.reset(adp.agg(GROUP))
     assert [limits.exceeded(port) for port in PORTS] == [set()] * 3
 
 
@@ -171,12 +171,12 @@ def test_groups_limit_is_read_from_its_management_interface(cpu, limits):
     for port, burst in ((SENDER, 5), (NEIGHBOUR, 7)):
         limits.storm(port, MULTICAST, 64, burst)
         cpu.give_management_port(GROUP, port)
-        assert limits.read_storm(group(GROUP), MULTICAST) == (64, burst)
+        assert limits.read_storm(adp.agg(GROUP), MULTICAST) == (64, burst)
 
 
 def test_calls_that_know_no_groups_refuse_them(cpu, limits):
     cpu.form_group(GROUP, MEMBERS)
-    agg = group(GROUP)
+    agg = adp.agg(GROUP)
     for words in (
         ("adp_set_storm_seltype", DEVICE, agg, BROADCAST, 0),
         ("adp_get_storm_seltype", DEVICE, agg, BROADCAST),

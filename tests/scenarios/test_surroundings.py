@@ -6,12 +6,11 @@ import contextlib
 import os
 
 import pytest
-from cpu import Cpu
 from adp.lab import Lab
 from adp.lab.frames import BROADCAST, ETHERTYPE_EXPERIMENT, ethernet
 from adp.lab.netns import NetNamespace
+from adp.testing.cpu import Cpu
 
-from conftest import DEVICE_BUILD
 
 PORTS = (1, 5, 22)
 VLAN = 100
@@ -23,9 +22,9 @@ MINIMAL_MAP = ("adp_set_max_phy_port_num 26", "adp_add_cpu_port 0 0 0 0 0", "adp
 
 
 @pytest.fixture(scope="module")
-def small_lab():
+def small_lab(device_build):
     """A device of its own, which is killed."""
-    with Lab(DEVICE_BUILD, PORTS) as bench:
+    with Lab(device_build, PORTS) as bench:
         yield bench
 
 
@@ -154,8 +153,8 @@ def test_malformed_lines_are_refused_and_the_next_one_runs(fresh_cpu):
     assert fresh_cpu.result("adp_intf_2_phy_id", 22) == 25
 
 
-def test_device_ends_when_asked(build):
-    with Lab(DEVICE_BUILD, (1,), user_ports=1) as bench:
+def test_device_ends_when_asked(device_build, build):
+    with Lab(device_build, (1,), user_ports=1) as bench:
         assert bench.device.end() == 0
         assert "driver" not in os.listdir(bench.device.run_dir)
         assert "cpu0" not in bench.device.namespace.ip("link show"), "the device takes its interfaces with it"

@@ -1,7 +1,7 @@
 """Frames from the CPU in transmit mode 0, to a list of ports or flooded: which ports they leave, byte for byte."""
 
+import adp
 import pytest
-from cpu import group
 from samples import (  # noqa: F401  (fixtures among them)
     ALL_PORTS,
     BOTH_SIDES,
@@ -47,24 +47,24 @@ def test_list_of_ports_outside_the_vlan_sends_nothing(lab, cpu, sample, vlan):
 
 def test_list_reaches_a_group_through_its_management_port(lab, cpu, sample):
     cpu.give_management_port(3, 22)
-    assert cpu.transmit(sample.plain, (group(3), 2)) == 0
+    assert cpu.transmit(sample.plain, (adp.agg(3), 2)) == 0
     assert lab.arrivals(sample.marker) == to_each(sample.plain, (2, 22))
 
 
 def test_list_passes_over_a_group_without_management_port(lab, cpu, sample):
-    assert cpu.transmit(sample.plain, (group(4), 2)) == 0
+    assert cpu.transmit(sample.plain, (adp.agg(4), 2)) == 0
     assert lab.arrivals(sample.marker) == to_each(sample.plain, (2,))
 
 
 def test_list_with_a_group_as_source_leaves_it_out(lab, cpu, sample):
     cpu.give_management_port(3, 22)
-    assert cpu.transmit(sample.plain, (group(3), 2), source=group(3)) == 0
+    assert cpu.transmit(sample.plain, (adp.agg(3), 2), source=adp.agg(3)) == 0
     assert lab.arrivals(sample.marker) == to_each(sample.plain, (2,))
 
 
 def test_list_reaches_a_group_of_the_vlan(lab, cpu, sample, vlan, member_group):
     cpu.give_management_port(4, 26)
-    assert cpu.transmit(sample.tagged, (group(4), member_group, 2), vlan) == 0
+    assert cpu.transmit(sample.tagged, (adp.agg(4), member_group, 2), vlan) == 0
     assert lab.arrivals(sample.marker) == sample.by_rule((22,))
 
 

@@ -1,7 +1,7 @@
 """Frames from the CPU in the transmit modes 1 to 4: which ports they leave, byte for byte, and which they do not."""
 
+import adp
 import pytest
-from cpu import NO_VLAN, group
 from adp.lab.frames import BROADCAST, ETHERTYPE_EXPERIMENT, ethernet, vlan_tag
 from samples import (  # noqa: F401  (fixtures among them)
     ALL_PORTS,
@@ -66,7 +66,7 @@ def test_vlan_port_sends_an_untagged_frame_as_it_is(lab, cpu, sample, vlan, mode
 
 
 @pytest.mark.parametrize("mode", [VLAN_PORT, VLAN_NOT_SOURCE])
-@pytest.mark.parametrize("ports", [(2,), (2, 22), (22, 2), (group(1),), (22, OTHER_TYPE), (27,)])
+@pytest.mark.parametrize("ports", [(2,), (2, 22), (22, 2), (adp.agg(1),), (22, OTHER_TYPE), (27,)])
 def test_vlan_port_refuses_a_list_with_a_stranger(lab, cpu, sample, vlan, mode, ports):
     cpu.give_management_port(1, 22)
     assert cpu.transmit(sample.tagged, ports, vlan, mode) == -1
@@ -74,7 +74,7 @@ def test_vlan_port_refuses_a_list_with_a_stranger(lab, cpu, sample, vlan, mode, 
 
 
 @pytest.mark.parametrize("mode", [VLAN_PORT, VLAN_NOT_SOURCE])
-@pytest.mark.parametrize("vid", [NO_VLAN, VLAN + 1])
+@pytest.mark.parametrize("vid", [adp.NO_VLAN, VLAN + 1])
 def test_vlan_port_needs_a_vlan_that_exists(lab, cpu, sample, vlan, mode, vid):
     assert cpu.transmit(sample.tagged, (22,), vid, mode) == -1
     assert lab.arrivals(sample.marker) == {}
@@ -136,16 +136,16 @@ def test_one_port_does_not_leave_out_the_source(lab, cpu, sample):
 
 def test_one_port_reaches_a_group_through_its_management_port(lab, cpu, sample):
     cpu.give_management_port(8, 26)
-    assert cpu.transmit(sample.plain, (5, group(8)), mode=ONE_PORT) == 0
+    assert cpu.transmit(sample.plain, (5, adp.agg(8)), mode=ONE_PORT) == 0
     assert lab.arrivals(sample.marker) == to_each(sample.plain, (26,))
 
 
 def test_one_port_stays_when_a_group_has_no_management_port(lab, cpu, sample):
-    assert cpu.transmit(sample.plain, (5, group(7)), mode=ONE_PORT) == 0
+    assert cpu.transmit(sample.plain, (5, adp.agg(7)), mode=ONE_PORT) == 0
     assert lab.arrivals(sample.marker) == to_each(sample.plain, (5,))
 
 
-@pytest.mark.parametrize("ports", [(2,), (22, 2), (group(1),)])
+@pytest.mark.parametrize("ports", [(2,), (22, 2), (adp.agg(1),)])
 def test_one_port_with_a_vlan_refuses_a_stranger(lab, cpu, sample, vlan, ports):
     cpu.give_management_port(1, 22)
     assert cpu.transmit(sample.tagged, ports, vlan, ONE_PORT) == -1

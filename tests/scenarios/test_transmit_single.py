@@ -1,7 +1,7 @@
 """adp_transmit_frame: one frame to one interface, with an opcode of the caller's."""
 
+import adp
 import pytest
-from cpu import group
 from adp.lab.frames import BROADCAST, ETHERTYPE_EXPERIMENT, ethernet, vlan_tag
 
 NOT_USED, SWITCHED, ALSO_NOT_USED, TO_PORT, TO_BITMAP, AS_GIVEN, AS_GIVEN_TOO, BITMAP_AS_GIVEN = range(8)
@@ -66,12 +66,12 @@ def test_only_three_bits_of_the_opcode_count(lab, cpu, frame, opcode):
 @pytest.mark.parametrize("port", [5, 22])
 def test_group_is_reached_through_its_management_port(lab, cpu, frame, port):
     cpu.give_management_port(2, port)
-    assert cpu.transmit_single(frame, group(2), AS_GIVEN)["result"] == 0
+    assert cpu.transmit_single(frame, adp.agg(2), AS_GIVEN)["result"] == 0
     assert lab.arrivals(frame[14:]) == {port: [frame]}
 
 
 def test_group_without_management_port_is_refused_aloud(lab, cpu, frame):
-    answer = cpu.transmit_single(frame, group(2), AS_GIVEN)
+    answer = cpu.transmit_single(frame, adp.agg(2), AS_GIVEN)
     assert (answer["result"], answer["printed"]["stdout"]) == (-1, NO_MANAGEMENT_PORT)
     assert lab.arrivals(frame[14:]) == {}
 

@@ -1,7 +1,8 @@
 """The library's VLAN calls against the device: what is set is read back, and what a chip refuses is refused."""
 
+import adp
 import pytest
-from cpu import device_vlans, ports_of
+from adp.testing.cpu import device_vlans
 
 VLAN = 100
 LAST = 4094
@@ -63,8 +64,8 @@ def test_unknown_vlan_has_no_ports_to_read(cpu):
     answer = cpu.call("adp_vlan_port_get", VLAN, "{4,5}", "{5}")
     assert answer["result"] < 0
     # What the arrays held is translated all the same: the physical ports 4 and 5 are the ports 1 and 2.
-    assert ports_of(answer["outputs"]["members"]) == {1, 2}
-    assert ports_of(answer["outputs"]["untagged"]) == {2}
+    assert adp.PortSet.from_words(answer["outputs"]["members"]) == {1, 2}
+    assert adp.PortSet.from_words(answer["outputs"]["untagged"]) == {2}
 
 
 def test_range_of_vlans_is_created_and_destroyed_whole(lab, cpu):

@@ -129,7 +129,7 @@ void Session::execute_unknown(const Command &command) {
 }
 
 void Session::hint() {
-    if (options_.at_terminal && !was_used_) {
+    if (options_.at_terminal && !options_.json && !was_used_) {
         was_used_ = true;
         report_->answer(line_, {std::string(kHint), {}});
     }

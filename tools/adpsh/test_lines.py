@@ -142,11 +142,11 @@ def test_the_shell_survives_random_lines(mapped):
     assert mapped.result("adp_intf_2_phy_id 1") == 4
 
 
-def at_terminal(environment, typed):
+def at_terminal(environment, typed, *options):
     """What the shell prints at a terminal."""
     ours, theirs = pty.openpty()
-    process = subprocess.Popen(NAMESPACE + command(), env={**environment, "TERM": "vt100"}, stdin=theirs,
-                               stdout=theirs, stderr=theirs)
+    process = subprocess.Popen(NAMESPACE + command() + list(options), env={**environment, "TERM": "vt100"},
+                               stdin=theirs, stdout=theirs, stderr=theirs)
     os.close(theirs)
     os.write(ours, typed.encode())
     seen = b""
@@ -165,6 +165,11 @@ def test_a_terminal_session(environment):
     assert "adp> " in seen and "= 4\r\n" in seen
     assert "unknown call 'adp_nothing_like_it'\r\n" in seen and "line 3" not in seen
     assert "= 5\r\n" in seen  # the session continues after a malformed line
+
+
+def test_a_terminal_session_of_a_program(environment):
+    seen = at_terminal(environment, "\n# nothing\necho on\nquit\n", "--json")
+    assert '{"line":3,"echo":"on"}\r\n' in seen and "help" not in seen
 
 
 @pytest.mark.skipif(len(command()) > 1, reason="there is no line editor on the target")

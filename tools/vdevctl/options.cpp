@@ -99,12 +99,17 @@ void set_option(Options &options, int key, const char *argument, const argp_stat
     }
 }
 
+/** What a cable lets through is its command's own --rate: there is nothing to read twice. */
+bool is_of_command(const Options &options, int key) {
+    return key == kRate && options.words.front() == "cable";
+}
+
 /** Takes an option of vdevctl that stands behind the command, "--rate 1s" or "--rate=1s"; false for any other word. */
 bool take_own_option(Options &options, argp_state *state) {
     const std::string_view word = state->argv[state->next];
     const size_t equals = word.find('=');
     for (const argp_option *option = kOptions; option->name != nullptr; ++option) {
-        if (word.substr(0, equals) != std::string("--") + option->name) {
+        if (word.substr(0, equals) != std::string("--") + option->name || is_of_command(options, option->key)) {
             continue;
         }
         const char *argument = equals == std::string_view::npos ? nullptr : word.data() + equals + 1;

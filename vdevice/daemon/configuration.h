@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "generated/driver_calls.h"
+#include "vdevice/cable/conditions.h"
 #include "vdevice/driver/board.h"
 #include "vdevice/process/log_level.h"
 
@@ -45,6 +46,7 @@ struct Configuration {
     std::map<int, std::string> interfaces; /**< the network interfaces of user ports, 0 for the CPU port */
     std::set<uint32_t> vids;
     std::vector<Step> steps;
+    std::map<int, cable::Conditions> cables = {}; /**< the bad ones, by user port */
 };
 
 /** Whether a network interface can have the name. */

@@ -4,55 +4,25 @@
 
 #include "vdevice/chip/tables/stp_groups.h"
 #include "vdevice/daemon/configuration.h"
+#include "vdevice/daemon/configuration_tables.h"
 #include "vdevice/driver/driver.h"
-#include "vdevice/inspect/number_list.h"
 #include "vdevice/io/error.h"
 #include "vdevice/io/receive_ring.h"
-#include "vdevice/process/toml_file.h"
 
 namespace vdevice {
 namespace {
 
+using configuration_file::File, configuration_file::kCpuPort, configuration_file::ports_of,
+    configuration_file::read_list;
 using toml_file::choice_of, toml_file::number_of, toml_file::switch_of, toml_file::text_of;
-
-/** What is known while a file is read. */
-struct File : toml_file::File {
-    Settings given;
-    Configuration configuration;
-    std::vector<Step> port_steps; /**< after those of VLANs, which must be there */
-    driver::Board board;          /**< known when the tables of ports and VLANs are read */
-};
 
 template <typename Target>
 using Key = toml_file::Key<File, Target>;
 
-constexpr int kCpuPort = 0;
 constexpr uint32_t kUnit = 0;
 
 uint32_t vid_of(const File &file, const toml::node &value) {
     return number_of(file, value, "VLAN", chip::kMinVid, chip::kMaxVid);
-}
-
-/** User ports of 3, "3", "1-4,7" or "cpu", each of which the board has. */
-std::vector<int> ports_of(const File &file, const toml::node &value, const char *name) {
-    const auto number = value.value_exact<int64_t>();
-    const auto list = number ? std::vector<inspect::NumberRange>{{*number, *number}}
-                             : inspect::number_list(value.value_exact<std::string>().value_or("?"));
-    if (!list) {
-        file.fail(value.source(), std::string{name} + " must be ports as 3, \"1-4,7\" or \"cpu\".");
-    }
-    std::vector<int> ports;
-    for (const inspect::NumberRange &range : *list) {
-        if (range.first < kCpuPort || range.last > file.board.user_ports) {
-            file.fail(value.source(), "the board has no port " +
-                                          std::to_string(range.first < kCpuPort ? range.first : range.last) +
-                                          ", its user ports are 1 to " + std::to_string(file.board.user_ports) + ".");
-        }
-        for (int64_t port = range.first; port <= range.last; ++port) {
-            ports.push_back(static_cast<int>(port));
-        }
-    }
-    return ports;
 }
 
 int chip_port_of(const File &file, int port) {
@@ -201,17 +171,6 @@ void read_port(File &file, const toml::table &table) {
 
 // The keys of the file.
 
-template <typename Read>
-void read_list(File &file, const toml::node &value, const char *name, Read read) {
-    const toml::array *list = value.as_array();
-    if (list == nullptr || !list->is_homogeneous(toml::node_type::table)) {
-        file.fail(value.source(), std::string{name} + " is written as [[" + name + "]].");
-    }
-    for (const toml::node &entry : *list) {
-        read(file, *entry.as_table());
-    }
-}
-
 void read_log_level(File &file, const toml::node &value, Settings &settings) {
     settings.log_level = log_level_named(text_of(file, value, "log-level"));
     if (!settings.log_level) {
@@ -253,6 +212,7 @@ constexpr Key<Settings> kFileKeys[] = {
      }},
     {"port", [](File &, const toml::node &, Settings &) {}},  // read when the board is known
     {"vlan", [](File &, const toml::node &, Settings &) {}},
+    {"cable", [](File &, const toml::node &, Settings &) {}},
 };
 
 /** Makes the settings on a chip of its own: what the driver refuses there it would refuse on the device. */
@@ -289,6 +249,9 @@ Configuration read_configuration(const std::string &path, const Settings &given)
     }
     if (const toml::node *ports = table.get("port")) {
         read_list(file, *ports, "port", read_port);
+    }
+    if (const toml::node *cables = table.get("cable")) {
+        read_list(file, *cables, "cable", configuration_file::read_cable);
     }
     std::move(file.port_steps.begin(), file.port_steps.end(), std::back_inserter(file.configuration.steps));
     rehearse(file);

@@ -127,6 +127,16 @@ TEST_F(ConfigurationFile, TellsWhatTheDeviceRefuses) {
     EXPECT_TRUE(apply(none, driver_).empty());
 }
 
+TEST_F(ConfigurationFile, MakesCablesBad) {
+    cable::Conditions conditions;
+    conditions.loss = 50'000;
+    conditions.delay = 1'500'000;
+    conditions.seed = 7;
+    const char *const text = "[[cable]]\nports = \"3-4\"\nloss = \"5%\"\ndelay = \"1.5ms\"\nseed = 7\n";
+    EXPECT_EQ(read(text).cables, (std::map<int, cable::Conditions>{{3, conditions}, {4, conditions}}));
+    EXPECT_EQ(read("[[cable]]\nports = 1\n").cables.at(1), cable::Conditions{});
+}
+
 struct Fault {
     const char *text;
     const char *told;
@@ -180,6 +190,15 @@ constexpr Fault kFaults[] = {
      ":6: a port has one interface, and an interface one port."},
     {"[[port]]\nports = 1\ninterface = \"a\"\n[[port]]\nports = 1\ninterface = \"b\"\n",
      ":6: a port has one interface, and an interface one port."},
+    {"[[cable]]\nloss = \"5%\"\n", ":1: a cable needs its 'ports'."},
+    {"[[cable]]\nports = \"cpu\"\nloss = \"5%\"\n", ":2: the CPU port has no cable."},
+    {"[[cable]]\nports = 3\n[[cable]]\nports = \"1-4\"\n", ":4: the cable of port 3 is there twice."},
+    {"[[cable]]\nports = 3\nlos = \"5%\"\n", ":3: there is no key 'los', did you mean 'loss'?"},
+    {"[[cable]]\nports = 3\nloss = 0.05\n",
+     ":3: loss must be a percentage from 0% to 100%, as 5% or 0.1%, with at most four decimals."},
+    {"[[cable]]\nports = 3\ndelay = 20\n", ":3: delay must be a time up to 10s, as 20ms, 1.5ms or 300us."},
+    {"[[cable]]\nports = 3\njitter = \"20ms\"\n", ":1: the jitter of a cable is at most its delay."},
+    {"cable = 3\n", ":1: cable is written as [[cable]]."},
 };
 
 TEST_F(ConfigurationFile, TellsMistakesWithTheirLine) {

@@ -56,6 +56,7 @@ Daemon::Daemon(io::EventLoop &loop, const Settings &given, std::string file, Con
     if (!refusals.empty()) {
         throw io::Error{refusals.front()};
     }
+    change_cables({});
     serve_sockets();
     clock_ = loop_.every_second([this] { tick(); });
     note(LogLevel::kNotice, "a device with user ports 1 to " + std::to_string(device_.board().user_ports) + " runs");
@@ -121,6 +122,20 @@ void Daemon::note_unchangeable(const Configuration &changed) {
     }
 }
 
+/** The file's cables hold, and those that only the earlier file has are good ones. A cable that is right goes on. */
+void Daemon::change_cables(const std::map<int, cable::Conditions> &earlier) {
+    for (const auto &[port, conditions] : earlier) {
+        if (!configuration_.cables.contains(port)) {
+            device_.set_conditions(port, {});
+        }
+    }
+    for (const auto &[port, conditions] : configuration_.cables) {
+        if (device_.conditions(port) != conditions) {
+            device_.set_conditions(port, conditions);
+        }
+    }
+}
+
 void Daemon::reload() {
     service::tell_reloading();
     try {
@@ -133,7 +148,8 @@ void Daemon::reload() {
         for (const std::string &refusal : apply_changes(configuration_, changed, device_.calls())) {
             note(LogLevel::kError, refusal);
         }
-        configuration_ = std::move(changed);
+        const std::map<int, cable::Conditions> cables = std::exchange(configuration_, std::move(changed)).cables;
+        change_cables(cables);
         note(LogLevel::kNotice, "the configuration was read again");
     } catch (const io::Error &error) {
         note(LogLevel::kError, std::string{"the configuration stays as it was: "} + error.what());

@@ -1,6 +1,7 @@
 // One device with its sockets, its log and its configuration.
 #pragma once
 
+#include <map>
 #include <string>
 
 #include "vdevice/daemon/configuration.h"
@@ -29,6 +30,7 @@ class Daemon {
     void tick();
     void note_rejected(const char *socket, uint64_t rejected, uint64_t &told);
     void note_unchangeable(const Configuration &changed);
+    void change_cables(const std::map<int, cable::Conditions> &earlier);
     void note(LogLevel level, const std::string &text);
 
     io::EventLoop &loop_;

@@ -11,7 +11,7 @@ from testing.daemon import BOARD, BROADCAST, DEADLINE, PAYLOAD, Control, datagra
 ERRORS = 99
 VALGRIND = ("valgrind", "--leak-check=full", "--errors-for-leak-kinds=definite", "--show-leak-kinds=definite",
             f"--error-exitcode={ERRORS}", "--child-silent-after-fork=yes")  # fmt: skip
-SLOWDOWN = 6
+SLOWDOWN = 2
 CALLS = [("add-address", 5, 24), ("enable", 24, 1), ("meter", 1, 5), ("rule", 768, 23, 53, 0, 5),
          ("destroy-rule", 768), ("group-vlan", 7), ("storm-limit", 23, 1, 100), ("send-event", 3, 1),
          ("receive-event", 3), ("trunk", 1)]  # fmt: skip
@@ -64,6 +64,15 @@ def ask_everything(device):
         assert "error" in control.hear()
 
 
+def use_bad_cables(device):
+    """Frames that pass, that are lost, that come twice, that are cut off, and that wait when the device ends."""
+    for port, words in (("1", ("--duplicate", "50%", "--corrupt", "50%")), ("2", ("--loss", "50%", "--delay", "10s")),
+                        ("2", ("--delay", "10s", "--rate", "1M"))):  # fmt: skip
+        assert device.control("cable", port, *words).returncode == 0
+        send_frames(device)
+    wait_until(lambda: any(row["waiting"] for row in device.ask("cables")["cables"]), "a frame to wait")
+
+
 def storm(device):
     """Clients that come and go, in the middle of what they say."""
     for name, words in (("control", b'{"command": "macs"}\n{"comm'), ("driver", struct.pack(">3I", 0x61647001, 0, 7))):
@@ -95,7 +104,7 @@ def test_no_error_and_no_leak_from_start_to_end(start, tmp_path):
     report = tmp_path / "report"
     device = start("--create-interfaces", *BOARD, under=[*VALGRIND, f"--log-file={report}"])
     device.wait_ready()
-    for work in (send_frames, make_calls, ask_everything, storm, flap, listen, send_frames):
+    for work in (send_frames, make_calls, ask_everything, storm, use_bad_cables, flap, listen, use_bad_cables):
         work(device)
     device.process.send_signal(signal.SIGTERM)
     _, errors = device.process.communicate(timeout=SLOWDOWN * DEADLINE)

@@ -12,6 +12,7 @@ from testing.daemon import BOARD, PAYLOAD, datagram, station, wait_until
 
 FRAME = station(2) + station(1) + PAYLOAD
 OUT_PORT = 24  # user port 2
+SECONDS_ON_A_LINE_OF_10_MBIT = 1538 * 8 / 10_000_000  # a frame of 1500 octets, and the gap behind it
 
 
 @pytest.fixture(name="start_with")
@@ -93,19 +94,19 @@ def test_a_port_keeps_to_its_speed(start_with):
     for _ in range(frames):
         one.send(station(2) + station(1) + datagram(1500))
     assert account.close(frames) == {"arrived": frames}
-    milliseconds_each = 1538 * 8 / 10_000
-    assert device.ask("queues")["time"] - began >= (frames - 1) * milliseconds_each / 1000
+    assert device.ask("queues")["time"] - began >= (frames - 1) * SECONDS_ON_A_LINE_OF_10_MBIT
 
 
 def test_a_slow_port_drops_what_its_queue_has_no_room_for(start_with):
     device, one, _ = start_with("--line-rate")
     assert device.call("speed", OUT_PORT, 10) == "0"
-    account = Account(device)
-    send_while_it_stands_still(device, one, [station(2) + station(1) + datagram(1500)] * 100)
-    places = account.close(100)
+    account, frames, begin = Account(device), 400, time.monotonic()
+    send_while_it_stands_still(device, one, [station(2) + station(1) + datagram(1500)] * frames)
+    on_the_line = (time.monotonic() - begin) / SECONDS_ON_A_LINE_OF_10_MBIT
+    places = account.close(frames)
     # What is in the queue, one on the line, and what has left while the others came.
-    assert 65536 // 1514 + 1 <= places["arrived"] <= 90
-    assert places["tx_no_room"] == 100 - places["arrived"]
+    assert 65536 // 1514 + 1 <= places["arrived"] <= 65536 // 1514 + 2 + on_the_line
+    assert places["tx_no_room"] == frames - places["arrived"]
     assert f"tx_no_room {places['tx_no_room']}" in device.control("counters").stdout
 
 
@@ -126,9 +127,14 @@ def test_frames_are_accounted_for_whatever_happens_to_the_port(start_with):
     account, sent = Account(device), 0
     for step in range(6):
         burst = [station(2) + station(1) + datagram(1500)] * 60
+        is_pulled = step % 3 == 0
+        if is_pulled:
+            assert device.call("shape", OUT_PORT, 1, 8) == "0"  # so that some wait when the cable goes
         (send_while_it_stands_still if step % 2 else send)(device, one, burst)
         sent += len(burst)
-        assert device.control("plug" if step % 3 else "pull", "2").returncode == 0
+        assert device.control("pull" if is_pulled else "plug", "2").returncode == 0
+        if is_pulled:
+            assert device.call("shape", OUT_PORT, 0, 0) == "0"
     places = account.close(sent)
     assert {"arrived", "tx_flushed", "rx_lost", "egress_down"} <= places.keys()
 

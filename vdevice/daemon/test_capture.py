@@ -8,7 +8,7 @@ import time
 import pytest
 
 from test_explain import LOST, UNTRANSLATED
-from testing.daemon import BROADCAST, PAYLOAD, Control, Reader, station
+from testing.daemon import BROADCAST, PAYLOAD, Control, Reader, station, wait_until
 
 FRAME = BROADCAST + station(1) + PAYLOAD
 FIELDS = ("frame.interface_name", "frame.packet_flags_direction", "frame.comment", "frame.len", "eth.src")
@@ -28,6 +28,7 @@ def test_a_capture_has_frames_as_they_come_in_and_leave(standing_device, tmp_pat
     one.send(FRAME)
     one.send(UNTRANSLATED)
     assert two.receive() == FRAME
+    wait_until(lambda: (tmp_path / "all").read_bytes().count(PAYLOAD) == 2, "the frame to be written")
     output, errors = capture.interrupt()
     assert (capture.process.returncode, output, errors) == (0, b"", b"2 frames captured, 0 missed.\n")
     assert read(tmp_path / "all") == [("port1", "in", "", 60), ("port2", "out", "", 60)]

@@ -112,14 +112,16 @@ def test_follow_shows_what_it_is_asked_for(standing_device):
         "mac": ("--mac", "02:00:00:00:00:02"), "type": ("--type", "0x0800")}.items()}
     for nic, frame in ((one, FRAME), (one, UNTRANSLATED), (one, LOST), (two, BROADCAST + station(2) + PAYLOAD)):
         nic.send(frame)
-    time.sleep(0.5)
+    expected = {"dropped": [(1, "vlan_missing"), (1, "same_port")], "reason": [(1, "same_port")],
+                "vlan": [(1, "vlan_missing")], "mac": [(2, None)],
+                "type": [(1, None), (1, "vlan_missing"), (1, "same_port"), (2, None)], "port": []}
+    lines = {name: readers[name].read_until(lambda lines, all_=all_: len(lines) >= len(all_)) for name, all_ in expected.items()}
+    time.sleep(0.5)  # for what must not come
     told = {}
     for name, reader in readers.items():
-        output, _ = reader.interrupt()
-        told[name] = [(line["port"], line.get("drop")) for line in map(json.loads, output.splitlines())]
-    assert told == {"dropped": [(1, "vlan_missing"), (1, "same_port")], "reason": [(1, "same_port")],
-                    "vlan": [(1, "vlan_missing")], "port": [], "mac": [(2, None)],
-                    "type": [(1, None), (1, "vlan_missing"), (1, "same_port"), (2, None)]}
+        lines[name] += reader.interrupt()[0].splitlines()
+        told[name] = [(line["port"], line.get("drop")) for line in map(json.loads, lines[name])]
+    assert told == expected
 
 
 def test_follow_shows_all_steps(standing_device):

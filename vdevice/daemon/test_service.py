@@ -178,7 +178,7 @@ print(json.dumps({"entries": entries, "errors": os.read(reader, 65536).decode()}
 def test_a_journal_gets_fields(run_dir):
     told = json.loads(subprocess.check_output(
         ["unshare", "--mount", sys.executable, "-c", JOURNAL, f"{PROGRAMS}/vdeviced", "--run-dir", run_dir,
-         "--create-interfaces", "--user-ports", "1"], text=True, timeout=3 * DEADLINE))
+         "--create-interfaces", "--user-ports", "1"], text=True, timeout=2 * DEADLINE))
     start, link = (dict(line.split("=", 1) for line in entry.splitlines()) for entry in told["entries"])
     assert start["MESSAGE"] == "a device with user ports 1 to 1 runs" and start["VDEVICE_PART"] == "DAEMON"
     assert link.items() >= {"PRIORITY": "5", "SYSLOG_IDENTIFIER": "vdeviced", "VDEVICE_PART": "PORT",

@@ -80,7 +80,7 @@ chip::Time Device::now() const {
     return std::chrono::steady_clock::now() - started_;
 }
 
-/** A timer for frames that wait for a port's shaper; without such frames it is not set. */
+/** A timer for frames that wait for a port's shaper or on a bad cable; without such frames it is not set. */
 void Device::start_departures() {
     departure_timer_.reset(timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC));
     if (!departure_timer_) {
@@ -95,13 +95,20 @@ void Device::start_departures() {
 }
 
 void Device::catch_up() {
-    send_together([this] { chip_.depart(now()); });
+    send_together([this] {
+        for (const auto &wire : wires_) {
+            if (wire != nullptr && wire->bad != nullptr) {
+                deliver(*wire, now());
+            }
+        }
+        chip_.depart(now());
+    });
 }
 
 // A time in the past lets the timer expire at once, a time of 0 stops it.
 void Device::arm_departure() {
     itimerspec at{};
-    if (const std::optional<chip::Time> departure = chip_.next_departure()) {
+    if (const std::optional<chip::Time> departure = next_departure()) {
         const auto since_boot = (started_ + *departure).time_since_epoch();
         const auto whole = std::chrono::floor<std::chrono::seconds>(since_boot);
         at.it_value.tv_sec = static_cast<time_t>(whole.count());
@@ -160,9 +167,13 @@ void Device::receive_from(Wire &wire) {
     const chip::Time received = now();
     const io::WallTime wall_now = std::chrono::system_clock::now();
     send_together([&] {
-        wire.socket.receive(batch_, [&](chip::Bytes frame, io::WallTime arrival) {
-            chip_.receive(wire.in_order(received - (wall_now - arrival), received), wire.chip_port, frame);
-        });
+        if (wire.bad != nullptr) {
+            receive_by_bad(wire, received, wall_now);
+        } else {
+            wire.socket.receive(batch_, [&](chip::Bytes frame, io::WallTime arrival) {
+                chip_.receive(wire.in_order(received - (wall_now - arrival), received), wire.chip_port, frame);
+            });
+        }
         chip_.depart(received);
     });
 }
@@ -180,11 +191,19 @@ void Device::send_together(Work work) {
 
 void Device::transmit(int port, const chip::Frame &frame) {
     const auto &wire = wires_[static_cast<size_t>(port)];
-    if (wire != nullptr && wire->socket.queue(frame)) {
-        waiting_.push_back(wire.get());
+    if (wire != nullptr && wire->bad != nullptr) {
+        send_by_bad(*wire, frame);
+    } else if (wire != nullptr) {
+        send(*wire, frame);
     }
     if (!is_batching_) {
         flush_queues();
+    }
+}
+
+void Device::send(Wire &wire, const chip::Frame &frame) {
+    if (wire.socket.queue(frame)) {
+        waiting_.push_back(&wire);
     }
 }
 
@@ -208,7 +227,12 @@ void Device::tick() {
 
 void Device::clear_counts(int chip_port) {
     chip_.clear_counts(chip_port);
-    wires_[static_cast<size_t>(chip_port)]->socket.clear_counts();
+    Wire &wire = *wires_[static_cast<size_t>(chip_port)];
+    wire.socket.clear_counts();
+    if (wire.bad != nullptr) {
+        wire.bad->in.clear_counts();
+        wire.bad->out.clear_counts();
+    }
 }
 
 }  // namespace vdevice

@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "vdevice/cable/conditions.h"
 #include "vdevice/chip/pipeline/watchers.h"
 #include "vdevice/chip/switch.h"
 #include "vdevice/device/wire.h"
@@ -83,8 +84,11 @@ class Device final : private chip::Sink {
     /** Takes a user port's cable out, or puts it back in. The host at its other end sees its carrier go and come. */
     void pull(int user_port);
     void plug(int user_port);
+    /** From now on the user port's cable is like this. What waits on it passes at once, all counts begin anew. */
+    void set_conditions(int user_port, const cable::Conditions &conditions);
+    cable::Conditions conditions(int user_port) const;
 
-    /** Clears the counts of a wired port, those of its interface included. */
+    /** Clears the counts of a wired port, those of its interface and its cable included. */
     void clear_counts(int chip_port);
     /** Clears the counts of the chip's tables. */
     void clear_table_counts() { chip_.clear_table_counts(); }
@@ -117,6 +121,11 @@ class Device final : private chip::Sink {
     void open_wire(Wire &wire);
     void close_wire(Wire &wire);
     void receive_from(Wire &wire);
+    void receive_by_bad(Wire &wire, chip::Time received, io::WallTime wall_now);
+    void send_by_bad(Wire &wire, const chip::Frame &frame);
+    void deliver(Wire &wire, chip::Time until);
+    void deliver_out(Wire &wire, chip::Time until);
+    void send(Wire &wire, const chip::Frame &frame);
     void on_link_change(const io::LinkChange &change);
     void on_links_complete();
     void update(Wire &wire, bool exists);
@@ -130,6 +139,7 @@ class Device final : private chip::Sink {
     void note_wire(const Wire &wire, const std::string &what);
     void start_departures();
     void arm_departure();
+    std::optional<chip::Time> next_departure() const;
 
     void transmit(int port, const chip::Frame &frame) override;
     void port_changed(int port) override;

@@ -72,6 +72,10 @@ void Device::lose(Wire &wire) {
 void Device::set_link(Wire &wire, bool link) {
     if (chip_.port(wire.chip_port).link != link) {
         chip_.set_link(wire.chip_port, link);
+        if (!link && wire.bad != nullptr) {
+            wire.bad->in.cut();
+            wire.bad->out.cut();
+        }
         note_wire(wire, link ? "link up" : "link down");
     }
 }

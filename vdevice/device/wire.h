@@ -2,9 +2,11 @@
 #pragma once
 
 #include <algorithm>
+#include <memory>
 #include <string>
 #include <utility>
 
+#include "vdevice/cable/bad_cable.h"
 #include "vdevice/chip/frame/time.h"
 #include "vdevice/io/packet_port.h"
 
@@ -21,6 +23,7 @@ struct Wire {
     }
 
     int chip_port;
+    std::unique_ptr<cable::BadCable> bad; /**< null while the cable is a good one */
     io::PacketPort socket;
     chip::Time last_arrival{};
     bool pulled = false; /**< the cable is out, until it is plugged again */

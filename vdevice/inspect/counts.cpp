@@ -15,7 +15,7 @@ namespace {
 using nlohmann::json;
 
 /** The members by which a row is known. */
-constexpr const char *kIdentity[] = {"port", "type", "queue", "meter", "entry", "counter"};
+constexpr const char *kIdentity[] = {"port", "direction", "type", "queue", "meter", "entry", "counter"};
 
 bool is_count(const std::string &name, CountNames names) {
     return std::find(names.begin(), names.end(), name) != names.end();

@@ -137,6 +137,28 @@ void add_drops(json &families, const Device &device) {
                               "Frames that waited in the egress queues when the port went down.", std::move(flushed)));
 }
 
+void add_cables(json &families, const Device &device) {
+    json frames = json::array();
+    for (const int port : wired_ports(device)) {
+        const Wire &wire = *device.wire(port);
+        for (const cable::CountName &known : cable::kCountNames) {
+            const auto add = [&](const char *direction, const cable::OneWay &way) {
+                frames.push_back(sample(
+                    {{"port", port_name(user_number(device, port))}, {"direction", direction}, {"what", known.name}},
+                    way.counts().*known.count));
+            };
+            if (wire.bad != nullptr) {
+                add("in", wire.bad->in);
+                add("out", wire.bad->out);
+            }
+        }
+    }
+    if (!frames.empty()) {
+        families.push_back(family("adp_cable_frames_total", kCounterType, "What became of the frames on bad cables.",
+                                  std::move(frames)));
+    }
+}
+
 void add_tables(json &families, const Switch &chip) {
     json entries = json::array();
     json capacities = json::array();
@@ -191,6 +213,7 @@ json read_metrics(Device &device, const json & /*request*/) {
         single("adp_uptime_seconds", kGaugeType, "Time since the device started.", seconds(device.now())));
     add_ports(families, device);
     add_drops(families, device);
+    add_cables(families, device);
     add_tables(families, device.chip());
     families.push_back(
         single("adp_log_lines_total", kCounterType, "Lines that were logged.", device.journal().total()));

@@ -12,8 +12,8 @@ namespace vdevice::inspect {
 using nlohmann::json;
 
 extern const Subject kPorts, kVlans, kMacs, kMcast, kLimits, kTrunks, kCounters, kLog, kEvents, kReserved, kMirrors,
-    kGroups, kTranslations, kPriorities, kFields, kStorm, kMeters, kQueues, kGpio, kVersion, kMetrics, kPull, kPlug,
-    kTrace, kClear, kWatch, kExplain, kFollow, kCapture, kState;
+    kGroups, kTranslations, kPriorities, kFields, kStorm, kMeters, kQueues, kGpio, kVersion, kMetrics, kCables, kCable,
+    kPull, kPlug, kTrace, kClear, kWatch, kExplain, kFollow, kCapture, kState;
 
 namespace {
 
@@ -70,10 +70,10 @@ constexpr Subject kHelp{"help", "[SUBJECT]", "the commands with their arguments;
                         read_help, show_help};
 
 constexpr const Subject *kSubjects[] = {
-    &kPorts,  &kVlans,    &kMacs,    &kMcast,   &kLimits,       &kTrunks,     &kCounters, &kLog,
-    &kEvents, &kReserved, &kMirrors, &kGroups,  &kTranslations, &kPriorities, &kFields,   &kStorm,
-    &kMeters, &kQueues,   &kGpio,    &kState,   &kVersion,      &kMetrics,    &kPull,     &kPlug,
-    &kTrace,  &kClear,    &kWatch,   &kExplain, &kFollow,       &kCapture,    &kHelp,
+    &kPorts,    &kVlans,   &kMacs,    &kMcast,        &kLimits,     &kTrunks, &kCounters, &kLog,    &kEvents,
+    &kReserved, &kMirrors, &kGroups,  &kTranslations, &kPriorities, &kFields, &kStorm,    &kMeters, &kQueues,
+    &kGpio,     &kState,   &kVersion, &kMetrics,      &kCables,     &kCable,  &kPull,     &kPlug,   &kTrace,
+    &kClear,    &kWatch,   &kExplain, &kFollow,       &kCapture,    &kHelp,
 };
 
 }  // namespace

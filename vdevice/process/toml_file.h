@@ -39,6 +39,13 @@ struct Key {
     void (*read)(Reading &file, const toml::node &value, Target &target);
 };
 
+[[noreturn]] inline void fail_at_key(const File &file, const toml::key &key,
+                                     const std::vector<std::string_view> &names) {
+    const std::string question = text::did_you_mean(key.str(), names, ", ");
+    file.fail(key.source(), "there is no key '" + text::on_one_line(key.str().substr(0, 64)) + "'" +
+                                (question.empty() ? "." : question));
+}
+
 /** Hands each value to its key's function. */
 template <typename Reading, typename Target, size_t kCount>
 void read_table(Reading &file, const toml::table &table, const Key<Reading, Target> (&keys)[kCount], Target &target) {
@@ -50,9 +57,7 @@ void read_table(Reading &file, const toml::table &table, const Key<Reading, Targ
             std::vector<std::string_view> names;
             std::transform(std::begin(keys), std::end(keys), std::back_inserter(names),
                            [](const auto &row) { return row.name; });
-            const std::string question = text::did_you_mean(name, names, ", ");
-            file.fail(key.source(), "there is no key '" + text::on_one_line(name.substr(0, 64)) + "'" +
-                                        (question.empty() ? "." : question));
+            fail_at_key(file, key, names);
         }
         known->read(file, value, target);
     }

@@ -21,8 +21,9 @@ using testing::HasSubstr;
 using Clock = Client::Clock;
 
 constexpr std::chrono::milliseconds kShortDeadline{300};
-/** Far below the usual deadline of a call. */
-constexpr std::chrono::seconds kAtOnce{1};
+constexpr std::chrono::seconds kLongDeadline{60};
+/** Far below the long deadline, and long enough for a machine with much to do. */
+constexpr std::chrono::seconds kAtOnce{20};
 
 /** A thread that makes a call. C++ has no cancellation, so it is one of the system's. */
 class CallingThread {
@@ -56,7 +57,7 @@ TEST_F(RemoteVlans, NoCallGetsTheAnswerOfACancelledOne) {
 #ifdef __SANITIZE_THREAD__
     GTEST_SKIP() << "the sanitizer misses the locks that a cancelled thread gives back";
 #endif
-    Client client("libtest", folder_.socket());
+    Client client("libtest", folder_.socket(), kLongDeadline);
     {
         const Loop loop(server_);
         ASSERT_EQ(create_vlan(client, 1), 1);
@@ -85,7 +86,7 @@ TEST_F(RemoteVlans, AThreadThatForbidsItIsNotCancelledInACall) {
 }
 
 TEST_F(RemoteVlans, WaitingForAnotherThreadCountsTowardsTheDeadline) {
-    constexpr size_t kThreads = 4;
+    constexpr size_t kThreads = 20;
     Client client("libtest", folder_.socket(), kShortDeadline);
     testing::internal::CaptureStderr();
     std::vector<std::thread> threads;
@@ -102,7 +103,7 @@ TEST_F(RemoteVlans, WaitingForAnotherThreadCountsTowardsTheDeadline) {
     for (auto &thread : threads) {
         thread.join();
     }
-    EXPECT_LT(longest, 2 * kShortDeadline);
+    EXPECT_LT(longest, kThreads / 2 * kShortDeadline) << "one after the other needs twice as long";
     EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("gave no answer within 300 ms"));
 }
 

@@ -157,7 +157,7 @@ TEST_F(RemoteVlans, FailsACallThatTheDaemonDoesNotAnswerInTime) {
     const auto start = std::chrono::steady_clock::now();
     EXPECT_EQ(create_vlan(client, 1), kCallLost);  // no server runs
     EXPECT_GE(std::chrono::steady_clock::now() - start, kShortDeadline);
-    EXPECT_LT(std::chrono::steady_clock::now() - start, 10 * kShortDeadline);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, Client::kDeadline);
     EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("gave no answer within 300 ms"));
     const Loop loop(server_);
     EXPECT_EQ(create_vlan(client, 9), 9);

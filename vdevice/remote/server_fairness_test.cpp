@@ -30,7 +30,7 @@ TEST_F(RemoteVlans, WaitsForTheRestOfAMessageAndForgetsAClientThatLeavesWithinOn
     }
     Client client("libtest", folder_.socket());
     EXPECT_EQ(create_vlan(client, 3), 3);
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(2);
+    const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(1);
     while (server_.clients() > 1 && std::chrono::steady_clock::now() < end) {
         EXPECT_EQ(create_vlan(client, 3), 3);
     }

@@ -13,7 +13,7 @@ with the far end of one cable, and sends raw frames, since the kernel may have n
 Root needs nothing else. An ordinary user enters a user namespace first, which `python3 -m adp.lab.isolate COMMAND` does
 (with PYTHONPATH=python); `script/scenario` and `script/demo` start that way.
 
-Only the standard library is used. The modules, each using those before it: `netns` (namespaces), `process` (bounded
+Only the standard library is used, and PyYAML for topology files. The modules, each using those before it: `netns` (namespaces), `process` (bounded
 start and stop), `nic` (interfaces and frames on them), `frames` (building and describing frames), `builds` (programs
 of a build and the emulator), `device`, `host`, `shell` (adpsh as a function call), `bench` (the Lab itself),
 `recording` (what became of a lab's frames), `cable` (between two labs), `pair` (two, joined by cables), `ring` (three in
@@ -22,7 +22,9 @@ places in the chip), `ip` (IPv4 packets), `listener` (multicast groups that a ho
 `aggregation` (the example programs of an access list, of multicast snooping and of an aggregation group), `failover`
 (the latter on both devices of a pair, under load), `flow` (numbered frames, and which of them were lost), `program` (other
 projects' programs in a namespace), `lldp`, `openvswitch`, `port_access`, `routing`, `dhcp` and `iperf` (each a daemon or
-two), `switchd` (adp-switchd) and `switch` (a device with adp-switchd, bridges and daemons).
+two), `switchd` (adp-switchd), `switch` (a device with adp-switchd, bridges and daemons), `board` (a real board in the
+place of the virtual device) with `board_file`, `board_port`, `board_shell` and `serial_line`, `topology` (topology files)
+and `command` (the program adp-lab and its labs, which stay).
 """
 
 from .bench import Lab

@@ -21,9 +21,16 @@ BARRIER_SOURCE = mac("02:00:00:00:fe:02")
 BARRIERS = 2
 
 
+def ranges(ports):
+    """Ports as people write them: 1-4,22."""
+    runs = itertools.groupby(enumerate(sorted(ports)), lambda pair: pair[1] - pair[0])
+    ends = [[port for _, port in run] for _, run in runs]
+    return ",".join(f"{run[0]}-{run[-1]}" if len(run) > 1 else f"{run[0]}" for run in ends) or "none"
+
+
 class Lab:
     """A device with hosts on some of its user ports, on request with IPv6. Use it in a `with` statement; leaving it
-    ends everything.
+    ends everything. `device` is the Device, `hosts` has the Host of each port.
     """
 
     running: ClassVar[list] = []  # for those who look at every device, such as after a failure
@@ -38,6 +45,9 @@ class Lab:
         self.forget()
         self._stack = contextlib.ExitStack()
         self.hosts = {}
+
+    def __repr__(self):
+        return f"<Lab {self._name}: {self._device_build.name} build, hosts at the ports {ranges(self._ports)}>"
 
     def __enter__(self):
         with self._stack as stack:

@@ -21,6 +21,7 @@ class End(NamedTuple):
 
     @property
     def interface(self):
+        """Name of the interface in the device's namespace."""
         return f"port{self.port}"
 
 

@@ -10,7 +10,6 @@ import subprocess
 import tempfile
 import threading
 
-from .builds import ROOT
 from .netns import NetNamespace
 from .nic import Nic
 from .problem import LabError
@@ -33,10 +32,7 @@ class Device:
     """A device that is switched on. Its cables' far ends, host1 .. hostN, are in its namespace, for hosts to take."""
 
     def __init__(self, build, user_ports=26, name="device"):
-        self.name = name
-        self.user_ports = user_ports
-        self._build = build
-        self._daemon = None
+        self._describe(build, user_ports, name)
         self.run_dir = tempfile.mkdtemp(prefix="vdevice-")
         try:
             self.namespace = NetNamespace(name)
@@ -45,6 +41,12 @@ class Device:
         except BaseException:
             self.close()
             raise
+
+    def _describe(self, build, user_ports, name):
+        self.name = name
+        self.user_ports = user_ports
+        self._build = build
+        self._daemon = None
 
     @property
     def environment(self):
@@ -59,11 +61,6 @@ class Device:
         """Starts a program on the device's CPU, or in another namespace with this device as its own."""
         with (namespace or self.namespace).entered():
             return subprocess.Popen(tied(command), env=self.environment, **options)
-
-    @property
-    def control_program(self):
-        """Path of the vdevctl of the device's build."""
-        return self._build.folder.relative_to(ROOT) / "vdevctl"
 
     def control(self, *words):
         """What `vdevctl` answers, as JSON."""
@@ -101,6 +98,12 @@ class Device:
     def links(self):
         """The ports whose link is up; the CPU port is number 0."""
         return {port["port"] for port in self.ask("ports")["ports"] if port["link"]}
+
+    def cable(self, port, **conditions):
+        """Makes a user port's cable a bad one, cable(3, loss="5%", seed=7), or without conditions a good one again."""
+        answer = self.ask("cable", port=port, **(conditions or {"clear": True}))
+        if "error" in answer:
+            raise LabError(f"{self.name} does not take this cable: {answer['error']}")
 
     def await_links(self, ports, seconds=READY_SECONDS):
         """Waits until the CPU port and exactly these user ports have a link."""

@@ -58,6 +58,7 @@ class Udhcpc(Program):
             raise
 
     def has_lease(self):
+        """Whether it has got an IP address."""
         return bool(self.address())
 
     def address(self):

@@ -15,6 +15,7 @@ TCP_HEADER_WORDS = 5
 
 
 def ip_bytes(address):
+    """The four bytes of an IPv4 address."""
     return bytes(map(int, address.split(".")))
 
 

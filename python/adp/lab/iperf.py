@@ -58,6 +58,7 @@ class Iperf(Program):
         return [float(rate) for rate in INTERVAL.findall(self.log())]
 
     def summary(self):
+        """The slowest and the fastest second, in a few words."""
         rates = self._rates()
         return f"iperf3 {min(rates):.0f} to {max(rates):.0f} Mbit/s"
 

@@ -70,6 +70,7 @@ class Listener:
         return False
 
     def leave(self):
+        """Leaves the group; the socket stays open."""
         self._change("LEAVE")
 
     def close(self):

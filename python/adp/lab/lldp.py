@@ -41,6 +41,7 @@ class Lldpd(Program):
             raise
 
     def configure(self, *words):
+        """Runs `lldpcli configure` with these words."""
         self.run(*self._control("configure", *words))
 
     def neighbours(self):

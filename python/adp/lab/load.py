@@ -50,12 +50,15 @@ class Load:
 
     @property
     def marker(self):
+        """The bytes that all of its frames contain."""
         return self._marker
 
     def is_receiver(self, host):
+        """Whether its frames go to this host."""
         return host is self._receiver
 
     def is_sender(self, host):
+        """Whether its frames come from this host."""
         return host is self._sender
 
     def introduce(self):
@@ -91,6 +94,7 @@ class Load:
         return [number for number in range(first, self.sent if end is None else end) if number not in self._arrived]
 
     def tally(self, first=0, end=None):
+        """Counts of the frames from `first` to before `end`."""
         end = self.sent if end is None else end
         lost = len(self.lost(first, end))
         return Tally(end - first, end - first - lost, lost)
@@ -119,6 +123,7 @@ class Traffic:
         self._elsewhere = 0
 
     def run_for(self, seconds):
+        """Sends and receives for so many seconds."""
         deadline = time.monotonic() + seconds
         self.run_until(lambda: time.monotonic() >= deadline, seconds + 1.0)
 

@@ -51,13 +51,25 @@ class NetNamespace:
             self._set_ipv6("disable_ipv6", int(not ipv6))
             for setting in ("accept_dad", "router_solicitations"):
                 self._set_ipv6(setting, 0)
-            self._holder = subprocess.Popen(["cat"], stdin=subprocess.PIPE, stdout=subprocess.DEVNULL)
+        self.holder = None
+        self.hold()
         self.ip("link set lo up")
+
+    def hold(self):
+        """Starts the holder process, unless it runs."""
+        if self.holder is None or self.holder.poll() is not None:
+            with self.entered():
+                self.holder = subprocess.Popen(["cat"], stdin=subprocess.PIPE, stdout=subprocess.DEVNULL)
 
     @property
     def holder_pid(self):
         """Process id by which other programs enter the namespace."""
-        return self._holder.pid
+        return self.holder.pid
+
+    @property
+    def descriptor(self):
+        """Descriptor of the namespace in this process, by which others enter it through /proc, holder or not."""
+        return self._fd
 
     @contextlib.contextmanager
     def entered(self):
@@ -98,7 +110,7 @@ class NetNamespace:
         return json.loads(self.ip(f"link show dev {interface}"))[0]["address"]
 
     def close(self):
-        stop(self._holder)
+        stop(self.holder)
         os.close(self._fd)
 
     @staticmethod

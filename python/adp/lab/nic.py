@@ -5,6 +5,7 @@ here, so that a received frame is byte for byte what was on the cable.
 """
 
 import errno
+import itertools
 import select
 import socket
 import struct
@@ -71,9 +72,9 @@ class Nic:
         sent = self._socket.send(frame)
         assert sent == len(frame), f"{self.interface} sent {sent} of {len(frame)} bytes"
 
-    def waiting(self):
-        """Every frame that has arrived and was not yet taken, oldest first."""
-        return list(iter(self._take, None))
+    def waiting(self, most=None):
+        """Every frame that has arrived and was not yet taken, oldest first; on request at most so many."""
+        return list(itertools.islice(iter(self._take, None), most))
 
     def receive(self, marker, seconds):
         """The next frame that contains the marker, or None when none comes in time. Frames before it are dropped."""

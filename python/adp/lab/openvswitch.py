@@ -53,6 +53,7 @@ class OpenVSwitch(Program):
         return self.run("ovs-appctl", f"--target={self.path('switch.ctl')}", *words)
 
     def add_bridge(self, name, *settings):
+        """A bridge in the daemon itself, without the kernel; `settings` are columns of it."""
         self.vsctl("add-br", name, "--", "set", "bridge", name, "datapath_type=netdev", *settings)
 
     def add_rstp_bridge(self, name, priority):

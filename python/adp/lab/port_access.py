@@ -93,6 +93,7 @@ class Supplicant(Program):
         return self.status().get("suppPortStatus") == "Authorized"
 
     def log_off(self):
+        """Leaves the port, which is closed then."""
         self.run(*self._control("logoff"))
 
     def log_on(self):

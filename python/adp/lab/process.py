@@ -8,6 +8,8 @@ import time
 from .problem import LabError
 
 GRACE_SECONDS = 5.0
+LONGEST_LINE = 1 << 24
+LAST_BYTES = 300
 # Ending a process with many packet sockets is the kernel's work, and waits for all processors more than once a socket.
 KILLED_SECONDS = 60.0
 
@@ -59,18 +61,25 @@ class LineReader:
 
     def line(self, seconds, what):
         """The next line without its end. `what` names the process in the error if none comes."""
-        deadline = time.monotonic() + seconds
+        return self._line_before(time.monotonic() + seconds, seconds, what)
+
+    def _line_before(self, deadline, seconds, what):
         while b"\n" not in self._pending:
             remaining = deadline - time.monotonic()
             if remaining <= 0 or not select.select([self._fd], [], [], remaining)[0]:
                 raise LabError(f"{what} did not answer within {seconds:g} seconds.")
             chunk = os.read(self._fd, 65536)
             if not chunk:
-                rest = self._pending.decode(errors="replace")
-                raise LabError(f"{what} ended without an answer. It last wrote: {rest!r}")
+                raise LabError(f"{what} ended without an answer. It last wrote: {self._rest()!r}")
+            if len(self._pending) > LONGEST_LINE:
+                raise LabError(f"{what} wrote more than {LONGEST_LINE} bytes without the end of a line.")
             self._pending += chunk
         line, _, self._pending = self._pending.partition(b"\n")
         return line.decode(errors="replace")
+
+    def _rest(self):
+        """The end of what has no end of a line yet."""
+        return self._pending[-LAST_BYTES:].decode(errors="replace")
 
 
 def poll_until(condition, seconds, what, pause=0.02):

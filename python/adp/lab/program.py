@@ -110,6 +110,7 @@ class Program:
         return self.try_to_run(*command).returncode == 0
 
     def is_alive(self):
+        """Whether all of its processes run."""
         return all(process.poll() is None for process in self._processes)
 
     @contextlib.contextmanager

@@ -44,6 +44,7 @@ class Stream:
         self.first = self._line(CONTROL_SECONDS)
 
     def has_lines(self):
+        """Whether the device has told anything that was not read."""
         return self._lines.has_line()
 
     def read(self):

@@ -62,6 +62,7 @@ class Ring:
         self.labs[at].device.control("pull", BEHIND)
 
     def plug(self, at):
+        """Plugs the cable behind a device in again."""
         self.labs[at].device.control("plug", BEHIND)
 
     def await_cables(self, without=None):
@@ -71,6 +72,7 @@ class Ring:
             await_links(lab, set(RING_PORTS), {port for port in RING_PORTS if (at, port) not in lost})
 
     def arrivals(self, marker):
+        """The frames at the hosts of each device, as one answer of Lab.arrivals() for each."""
         return arrivals(self.labs, marker)
 
     def frames_on_cables(self):
@@ -97,6 +99,7 @@ class RingProgram:
         return self._lines.line(LINE_SECONDS, self._name)
 
     def has_line(self):
+        """Whether line() returns at once."""
         return self._lines.has_line()
 
     def end(self):

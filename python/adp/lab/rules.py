@@ -22,6 +22,7 @@ class Place(NamedTuple):
 
     @property
     def entries(self):
+        """All entries of the rule."""
         return {self.entry, self.entry + 1} if self.is_pair else {self.entry}
 
 
@@ -46,6 +47,7 @@ def distinct_places(table, count):
 
 
 def listed(items):
+    """A list as adpsh writes it."""
     return "[" + ",".join(items) + "]"
 
 
@@ -72,6 +74,7 @@ class RuleText:
         return f"{{type={kind} data={shown.hex()} mask={hidden.hex()}}}"
 
     def action(self, kind, parameter=0, second=0):
+        """One action of a record."""
         return f"{{type={kind} param={self.block(parameter).hex()} param2={self.block(second).hex()}}}"
 
     def record(self, submodule, entity, qualifiers=(), actions=(), priority=0):

@@ -1,6 +1,7 @@
 """adpsh on the device's CPU: a line in, a record out."""
 
 import json
+import os
 import select
 import subprocess
 import tempfile
@@ -9,18 +10,21 @@ from .problem import LabError
 from .process import LineReader, stop
 
 ANSWER_SECONDS = 30.0
+ERROR_BYTES = 1 << 14
 
 
 class Shell:
-    """A running `adpsh --json` of some build."""
+    """A running `adpsh --json` of some build. `machine` starts it: anything with popen(), such as a Device."""
 
-    def __init__(self, device, command, namespace=None):
+    reader = LineReader
+
+    def __init__(self, machine, command, namespace=None):
         self._asked = ""
         self._errors = tempfile.TemporaryFile()
-        self._process = device.popen(
+        self._process = machine.popen(
             command, namespace, stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=self._errors
         )
-        self._lines = LineReader(self._process.stdout)
+        self._lines = self.reader(self._process.stdout)
 
     def ask(self, line, seconds=ANSWER_SECONDS):
         """Runs a line; gives its record, a result or an error."""
@@ -43,9 +47,13 @@ class Shell:
     def finish(self, seconds=ANSWER_SECONDS):
         """The record of the last line."""
         try:
-            return json.loads(self._lines.line(seconds, f"adpsh, asked '{self._asked}',"))
+            answer = self._lines.line(seconds, f"adpsh, asked '{self._asked}',")
         except LabError as problem:
             raise LabError(f"{problem} {self._error_text()}") from None
+        try:
+            return json.loads(answer)
+        except (ValueError, RecursionError):
+            raise LabError(f"adpsh, asked '{self._asked}', did not answer in JSON: {answer[:80]!r}") from None
 
     def call(self, line):
         """Runs a line; a record with an error is an error."""
@@ -56,7 +64,10 @@ class Shell:
 
     def result(self, line):
         """The status of one call."""
-        return self.call(line)["result"]
+        answer = self.call(line)
+        if "result" not in answer:
+            raise LabError(f"adpsh has no result of '{line}'.")
+        return answer["result"]
 
     @property
     def pid(self):
@@ -71,6 +82,12 @@ class Shell:
         self._errors.close()
 
     def _error_text(self):
-        self._errors.seek(0)
-        text = self._errors.read().decode(errors="replace").strip()
+        size = self._errors.seek(0, os.SEEK_END)
+        self._errors.seek(max(0, size - ERROR_BYTES))
+        text = printable(self._errors.read().decode(errors="replace").strip())
         return f"It wrote: {text}" if text else "It wrote no error."
+
+
+def printable(text):
+    """The text with a mark in place of what would change the terminal that it is shown on."""
+    return "".join(one if one.isprintable() or one == "\n" else "\ufffd" for one in text)

@@ -54,6 +54,7 @@ class SnoopingProgram:
         self.await_line(f"VLAN {vid}, IPv{ip_version} router: {place} {'found' if is_there else 'aged out'}")
 
     def is_alive(self):
+        """Whether the program runs."""
         return self._process.poll() is None
 
     def end(self):

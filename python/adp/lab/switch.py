@@ -32,6 +32,7 @@ class Switch:
 
     @property
     def hosts(self):
+        """The hosts by their user ports."""
         return self.lab.hosts
 
     def add(self, closeable):
@@ -65,9 +66,11 @@ class Switch:
         self.raise_ports(name, *members)
 
     def pull(self, port):
+        """Pulls the cable of a port."""
         self.lab.device.control("pull", port)
 
     def plug(self, port):
+        """Plugs it in again."""
         self.lab.device.control("plug", port)
 
     def await_chip(self, what, condition):

@@ -37,6 +37,7 @@ class Switchd(Program):
         return self.run(*self.command(*words))
 
     def status(self):
+        """What `status --json` of the daemon answers."""
         return json.loads(self.ask("status", "--json"))
 
     def restart(self):

@@ -6,6 +6,8 @@
 #include <net/if.h>
 #include <poll.h>
 
+#include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -65,7 +67,10 @@ class LiveTest : public testing::Test {
         ASSERT_EQ(pclose(pipe), 0) << program << ": " << lines.substr(0, 200);
     }
     static int index_of(const std::string &name) { return static_cast<int>(if_nametoindex(name.c_str())); }
-    /** A bridge with so many ports "p1", "p2" ..., all up, whose peers are "h1", "h2" ... */
+    /**
+     * A bridge with so many ports "p1", "p2" ..., all up and enabled in it, whose peers are "h1", "h2" ... A thread of
+     * the kernel's own enables a port when it has seen the carrier; until then the bridge takes no groups of it.
+     */
     static void make_bridge(const std::string &name, int ports, const std::string &settings = "") {
         std::string lines = "link add " + name + " type bridge " + settings + "\nlink set " + name + " up\n";
         for (int number = 1; number <= ports; ++number) {
@@ -76,6 +81,27 @@ class LiveTest : public testing::Test {
             lines.append("link set ").append(port).append(" up master ").append(name).append("\n");
         }
         run("ip", lines);
+        const int bridge = index_of(name);
+        await([&] { return are_ports_enabled(bridge); });
+    }
+    static bool are_ports_enabled(int bridge) {
+        const KernelMonitor monitor;
+        const auto &links = monitor.state().links;
+        return std::none_of(links.begin(), links.end(), [bridge](const auto &entry) {
+            const Link &link = entry.second;
+            return link.master == bridge && (!link.port || link.port->state == PortState::kDisabled);
+        });
+    }
+    /** Asks again and again. What is awaited takes milliseconds, and on a machine with much to do as long as it needs.
+     */
+    template <typename Condition>
+    static void await(const Condition &is_so) {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::minutes{1};
+        bool is_reached = is_so();
+        while (!is_reached && std::chrono::steady_clock::now() < end) {
+            is_reached = is_so();
+        }
+        ASSERT_TRUE(is_reached) << "within a minute";
     }
     static const Link &link_of(const KernelMonitor &monitor, const std::string &name) {
         return monitor.state().links.at(index_of(name));
@@ -91,6 +117,16 @@ class LiveTest : public testing::Test {
         for (int count = 0; count < kMost && is_readable(monitor); ++count) {
             monitor.receive();
         }
+    }
+    /** For what a thread or a timer of the kernel's own does, which may come later than the others are quiet. */
+    template <typename Condition>
+    static void read_until(KernelMonitor &monitor, const Condition &is_so) {
+        await([&] {
+            if (is_readable(monitor)) {
+                monitor.receive();
+            }
+            return is_so();
+        });
     }
     /** What notifications made of the state is what a monitor reads that is begun now. */
     static void expect_in_step(KernelMonitor &monitor) {

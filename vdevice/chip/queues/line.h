@@ -16,7 +16,7 @@ class Line {
     static constexpr size_t kLeastOctets = 60;  /**< shorter frames are padded */
     static constexpr size_t kAroundOctets = 20; /**< preamble and gap */
 
-    /** An idle line, in Mbit/s. */
+    /** An idle line, in kbit/s. */
     explicit Line(uint32_t speed) : speed_{speed} {}
 
     uint32_t speed() const { return speed_; }
@@ -28,14 +28,14 @@ class Line {
     }
     /** The first whole nanosecond at which the line is free. */
     Time free_at() const { return free_ + Time{rest_ == 0 ? 0 : 1}; }
-    /** Sends a frame of so many octets, without its check sequence. The line must be free. */
+    /** Sends a frame of so many octets, without its check sequence, now or as soon as the line is free. */
     void send(size_t octets, Time now) {
         if (now > free_at()) {
             free_ = now;
             rest_ = 0;
         }
         constexpr uint64_t kBits = 8;
-        constexpr uint64_t kScale = 1000;  // of Mbit/s and nanoseconds
+        constexpr uint64_t kScale = 1'000'000;  // of kbit/s and nanoseconds
         const uint64_t all = std::max(octets, kLeastOctets) + kCheckSequenceBytes + kAroundOctets;
         const uint64_t work = rest_ + all * kBits * kScale;
         free_ += Time{work / speed_};

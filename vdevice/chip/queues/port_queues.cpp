@@ -72,10 +72,11 @@ void PortQueues::set_scheduler(Time now, const SchedulerSettings &settings) {
 
 // A frame that waits keeps its departure: what is on the line goes on as before.
 void PortQueues::set_line_speed(uint32_t speed) {
+    constexpr uint32_t kKilobits = 1000;
     if (line_) {
-        line_->set_speed(speed);
+        line_->set_speed(speed * kKilobits);
     } else {
-        line_.emplace(speed);
+        line_.emplace(speed * kKilobits);
     }
 }
 

@@ -92,7 +92,7 @@ class PortQueues {
     /** A rate of 0 ends the shaping: what waits leaves at once. */
     void set_shaper(Time now, const RateLimit &limit);
     void set_scheduler(Time now, const SchedulerSettings &settings);
-    /** From now on, or until another speed is set, frames leave as fast as the line takes them. */
+    /** From now on, or until another speed, in Mbit/s, is set, frames leave as fast as the line takes them. */
     void set_line_speed(uint32_t speed);
     bool has_line() const { return line_.has_value(); }
 

@@ -82,11 +82,12 @@ class CableTest : public testing::TestWithParam<size_t> {
 
     /** Waits until frames pass: the kernel needs a while after an interface was raised. */
     void expect_link() {
-        constexpr int kTries = 100;
+        constexpr int kTries = 3000;
+        constexpr int kPause = 20;  // milliseconds
         int tries = 0;
         do {
             send(frame(0));
-        } while (!is_readable(near_, kPatience / kTries) && ++tries < kTries);
+        } while (!is_readable(near_, kPause) && ++tries < kTries);
         EXPECT_LT(tries, kTries);
         receive();
     }

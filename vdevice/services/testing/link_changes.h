@@ -13,7 +13,7 @@ namespace vdevice {
 
 class LinkChanges {
   public:
-    static constexpr std::chrono::seconds kPatience{10};
+    static constexpr std::chrono::seconds kPatience{60};
 
     void add(std::vector<uint32_t> change) {
         const std::lock_guard guard(mutex_);

@@ -33,7 +33,8 @@ class Cable:
 @dataclasses.dataclass(frozen=True)
 class Node:
     """A device or a host. `commands` are run one after the other once the lab's cables are there; `programs` then go on
-    running, {name: command}, their output kept.
+    running, {name: command}, their output kept. `startup` is a file with lines for adpsh, run on the device once the
+    cables are there, before the commands.
     """
 
     name: str
@@ -43,6 +44,7 @@ class Node:
     environment: dict[str, str] = dataclasses.field(default_factory=dict)
     user_ports: int = 26
     configuration: pathlib.Path | None = None  # the device's own file, as `vdeviced --config` takes it
+    startup: pathlib.Path | None = None
     line: int = 0
 
     @property

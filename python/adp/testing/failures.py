@@ -1,20 +1,22 @@
-"""What a failed scenario tells: expected and received side by side, what became of the frames, the drops, a capture."""
+"""What a failed test tells: expected and received side by side, what became of the frames, the drops, a capture."""
 
+import pathlib
 import re
 
-from adp.lab import Lab
-from adp.lab.builds import ROOT
-from adp.lab.recording import Recording
-from comparison import are_arrivals, comparison, differing, port_comparison
 import pytest
+from adp.lab import Lab
+from adp.lab.recording import Recording
 
-FOLDER = ROOT / "build" / "failures"
+from .comparison import are_arrivals, comparison, differing, port_comparison
 
 
 class Failures:
-    """A pytest plugin. Each device that runs is recorded from the beginning of each scenario."""
+    """Hooks of pytest. Each device that runs is recorded from the beginning of each test; the frames of those that fail
+    are kept in the folder.
+    """
 
-    def __init__(self):
+    def __init__(self, folder):
+        self._folder = folder
         self._recordings = {}
         self._forget()
 
@@ -26,8 +28,9 @@ class Failures:
         self._forget()
         for lab in set(self._recordings) - set(Lab.running):
             self._recordings.pop(lab).close()
-        for lab, recording in self._recordings.items():
+        for lab in Lab.running:
             lab.forget()
+        for recording in self._recordings.values():
             recording.begin()
         self._record()
 
@@ -38,7 +41,7 @@ class Failures:
     def _record(self):
         """Begins with devices that are new."""
         for lab in Lab.running:
-            if lab not in self._recordings:
+            if lab not in self._recordings and hasattr(lab.device, "connect"):  # which a board has not
                 self._recordings[lab] = Recording(lab)
 
     def pytest_assertrepr_compare(self, op, left, right):
@@ -82,19 +85,24 @@ class Failures:
 
     def _tell(self, recording, name):
         markers = {lab.latest_marker for lab in self._recordings if lab.latest_marker}
-        path = FOLDER / (re.sub(r"[^\w.-]+", "-", name) + ".pcapng")
+        path = self._folder / (re.sub(r"[^\w.-]+", "-", name) + ".pcapng")
         lines = []
         try:
             lines += recording.report(sorted(markers), self._astray)
-            FOLDER.mkdir(parents=True, exist_ok=True)
-            lines.append(f"All frames: {path.relative_to(ROOT)} ({recording.save(path)})")
-        except Exception as problem:  # whatever it is, the other scenarios go on
+            self._folder.mkdir(parents=True, exist_ok=True)
+            lines.append(f"All frames: {shortened(path)} ({recording.save(path)})")
+        except Exception as problem:  # whatever it is, the other tests go on
             lines.append(f"The rest cannot be told: {problem!r}")
         return "\n".join(lines)
 
     def pytest_sessionfinish(self):
         for recording in self._recordings.values():
             recording.close()
+
+
+def shortened(path):
+    """The path from the working folder, if it is in there."""
+    return path.relative_to(pathlib.Path.cwd()) if path.is_relative_to(pathlib.Path.cwd()) else path
 
 
 def last_ports():

@@ -1,9 +1,12 @@
-"""Packets of hosts, made from the fields that rules match and rewrite."""
+"""Packets of hosts, made from their fields."""
 
 from typing import NamedTuple
 
 from adp.lab.frames import ETHERTYPE_EXPERIMENT
-from scapy.all import IP, TCP, UDP, Dot1Q, Ether, IPv6, Raw
+from scapy.layers.inet import IP, TCP, UDP
+from scapy.layers.inet6 import IPv6
+from scapy.layers.l2 import Dot1Q, Ether
+from scapy.packet import Raw
 
 DSCP_SHIFT = 2
 TRANSPORTS = {"udp": UDP, "tcp": TCP}
@@ -11,13 +14,13 @@ DEFAULT_ADDRESSES = {4: ("10.1.0.1", "10.2.0.2"), 6: ("fd00::1", "fd00::2")}
 
 
 class Packet(NamedTuple):
-    """A packet in a tagged frame; `inner` is the priority and VLAN of a second tag. Version 0 is no IP packet, nor is
-    what has an LLC header, whose octets are `llc`.
+    """A packet in a frame with the tag of a VLAN, None for an untagged one; `inner` is the priority and VLAN of a second
+    tag. Version 0 is no IP packet, nor is what has an LLC header, whose octets are `llc`.
     """
 
     source: str = "02:00:00:00:a0:01"
     destination: str = "02:00:00:00:a0:02"
-    vlan: int = 100
+    vlan: int | None = 100
     priority: int = 2
     inner: tuple | None = None
     version: int = 4
@@ -34,19 +37,21 @@ class Packet(NamedTuple):
 
     def build(self, marker):
         """The frame's bytes, with the marker and correct checksums."""
-        tags = Dot1Q(vlan=self.vlan, prio=self.priority)
+        header = Ether(src=self.source, dst=self.destination)
+        if self.vlan is not None:
+            header /= Dot1Q(vlan=self.vlan, prio=self.priority)
         if self.inner:
-            tags /= Dot1Q(prio=self.inner[0], vlan=self.inner[1])
+            header /= Dot1Q(prio=self.inner[0], vlan=self.inner[1])
         content = self._content(Raw(marker + b"." * self.padding))
-        addresses = {"src": self.source, "dst": self.destination}
         if self.llc:
             # Behind a tag, too, a length in place of the type makes the frame one with an LLC header.
-            tags.lastlayer().type = len(content)
+            header.lastlayer().type = len(content)
         elif self.version == 0:
-            tags.lastlayer().type = self.ethertype
-        return bytes(Ether(**addresses) / tags / content)
+            header.lastlayer().type = self.ethertype
+        return bytes(header / content)
 
     def but(self, **changes):
+        """The packet with other values of these fields."""
         return self._replace(**changes)
 
     def _content(self, payload):

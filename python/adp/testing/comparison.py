@@ -3,8 +3,6 @@
 from collections import Counter
 from itertools import zip_longest
 
-from scapy.all import Ether, Raw
-
 NAME_WIDTH, VALUE_WIDTH = 22, 34
 MOST_PAIRS = 4
 
@@ -18,6 +16,8 @@ def are_arrivals(value):
 
 
 def decoded(frame):
+    from scapy.all import Ether, Raw  # only here, since it takes half a second to load and only failures need it
+
     try:
         return Ether(frame)
     except Exception:  # a header that is cut short, or an option that is none, ends scapy in many ways
@@ -35,7 +35,7 @@ def fields_of(frame):
         name = layer.name + (f" {names[layer.name]}" if names[layer.name] > 1 else "")
         for field in layer.fields_desc:
             value = layer.getfieldval(field.name)
-            text = repr(value) if isinstance(layer, Raw) else field.i2repr(layer, value)
+            text = repr(value) if layer.name == "Raw" else field.i2repr(layer, value)
             fields[name, field.name] = (text, value == field.default)
     return fields
 
@@ -49,9 +49,12 @@ def _size(frame):
     return "nothing" if frame is None else f"{len(frame)} octets"
 
 
-def pair_rows(place, expected, received):
-    """Two frames, either of which may be None. What both have, and is usual, is left out."""
+def pair_rows(place, expected, received, shown=()):
+    """Two frames, either of which may be None. What both have, and is usual, is left out; so is what was shown before."""
     yield _row(place, _size(expected), _size(received))
+    if (expected or received) in shown and not (expected and received):
+        yield _row("", "  the frame above" if expected else "", "  the frame above" if received else "")
+        return
     here, there = fields_of(expected), fields_of(received)
     absent = ("", True)
     for key in dict.fromkeys([*here, *there]):
@@ -73,8 +76,10 @@ def comparison(expected, received, place="port"):
     """Lines of text: of each frame that did not arrive as expected, what was expected and what was received."""
     pairs = list(differing(expected, received))
     yield _row("", "expected", "received")
+    shown = set()
     for port, wanted, seen in pairs[:MOST_PAIRS]:
-        yield from pair_rows(f"{place} {port}", wanted, seen)
+        yield from pair_rows(f"{place} {port}", wanted, seen, shown)
+        shown |= {wanted, seen}
     if len(pairs) > MOST_PAIRS:
         yield f"... and {len(pairs) - MOST_PAIRS} more frames"
     alike = sorted({*expected, *received} - {port for port, _, _ in pairs})

@@ -1,0 +1,1 @@
+"""The generated part of the package."""
