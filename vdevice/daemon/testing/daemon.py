@@ -128,7 +128,10 @@ class Device:
                               text=True, timeout=DEADLINE)
 
     def ask(self, *words):
+        end = time.monotonic() + DEADLINE
         result = self.control("--json", *words)
+        while "gave no answer within" in result.stderr and time.monotonic() < end:  # the device waits for the kernel
+            result = self.control("--json", *words)
         assert result.returncode == 0, result.stderr
         return json.loads(result.stdout)
 
