@@ -11,6 +11,7 @@ from adp.memory import RECORDS, FewPorts, Ports
 from adp.parameters import Callback, Counted, PortsWord, Text
 from adp.testing.calls import RemoteCall, text_of
 from adp.testing.cpu import Cpu
+from adp.testing.plugin import mend_cables
 
 VLAN = 100
 
@@ -122,6 +123,14 @@ def test_text_is_what_adpsh_reads():
 
 def test_no_method_of_the_cpu_hides_a_call():
     assert not set(calls()) & set(dir(Cpu))
+
+
+def test_cables_are_in_and_good_again(lab):
+    lab.device.control("pull", 1)
+    lab.device.cable(2, loss="100%")
+    mend_cables(lab)
+    assert lab.device.links() == {0, 1, 2}
+    assert lab.device.ask("cables")["cables"] == []
 
 
 def test_vlans_are_undone_without_a_power_cycle(lab, cpu):

@@ -53,12 +53,15 @@ class Station:
             raise
 
     def send(self, frame):
+        """Sends exactly these bytes."""
         self.nic.send(frame)
 
     def receive(self, marker, seconds=3.0):
+        """The next frame that contains the marker, or None when none comes in time. Frames before it are dropped."""
         return self.nic.receive(marker, seconds)
 
     def raise_link(self):
+        """Switches the host's interface on again."""
         self.namespace.ip(f"link set {self.nic.interface} up")
 
     def await_link(self, seconds=LINK_SECONDS):

@@ -72,8 +72,13 @@ def fixtures_of(item):
 def pytest_collection_finish(session):
     """Before the first test, while there are no threads yet."""
     used = {name for item in session.items for name in fixtures_of(item)}
-    if "adp_isolated" in used and not session.config.option.collectonly:
+    if "adp_isolated" in used and not session.config.option.collectonly and not is_worker(session.config):
         begin(session.config, "adp_build" in used)
+
+
+def is_worker(config):
+    """Whether this is a process of pytest-xdist, which tells of a failed test and not of the end of a run."""
+    return hasattr(config, "workerinput")
 
 
 def begin(config, with_library):
@@ -84,6 +89,8 @@ def begin(config, with_library):
         if not settings.board:
             enter()
     except LabError as problem:
+        if is_worker(config):
+            pytest.fail(str(problem), pytrace=False)
         pytest.exit(str(problem), returncode=1)
     config.pluginmanager.register(Failures(settings.failures), FAILURES)
 
@@ -111,8 +118,20 @@ def hosts(lab):
 
 @pytest.fixture
 def device(lab):
-    """The virtual device: `lab.device`. A test that uses it is skipped on a board."""
-    return lab.device
+    """The virtual device: `lab.device`. All cables are in and good again after the test, which is skipped on a board."""
+    yield lab.device
+    mend_cables(lab)
+
+
+def mend_cables(lab):
+    """Puts back the cables that are pulled, and makes bad ones good."""
+    for port in {cable["port"] for cable in lab.device.ask("cables")["cables"]}:
+        lab.device.cable(port)
+    pulled = [port["port"] for port in lab.device.ask("ports")["ports"] if port["pulled"]]
+    for port in pulled:
+        lab.device.control("plug", port)
+    if pulled:
+        lab.await_links()
 
 
 @pytest.fixture
@@ -157,7 +176,7 @@ def session_cpu(lab, build):
 @pytest.fixture(scope="session")
 def adp_isolated(request):
     """The process is in a network namespace of its own. `lab` uses it; so must a fixture that makes a Lab itself."""
-    if not request.config.pluginmanager.has_plugin(FAILURES):  # the first test that uses it asks by getfixturevalue()
+    if not request.config.pluginmanager.has_plugin(FAILURES):  # it was asked for by getfixturevalue(), or by a worker
         begin(request.config, False)
 
 
