@@ -55,12 +55,24 @@ def test_version_is_that_of_the_build():
         project["version"]
 
 
-def test_installed_package_makes_calls(wheel, tmp_path):
-    succeed(sys.executable, "-m", "venv", "--system-site-packages", "--without-pip", tmp_path)
-    succeed(sys.executable, "-m", "pip", "--python", tmp_path / "bin" / "python", "install", "-q", "--no-index", "--no-deps",
+@pytest.fixture(name="installed", scope="module")
+def installed_package(wheel, tmp_path_factory):
+    """The programs of an environment with the package."""
+    folder = tmp_path_factory.mktemp("environment")
+    succeed(sys.executable, "-m", "venv", "--system-site-packages", "--without-pip", folder)
+    succeed(sys.executable, "-m", "pip", "--python", folder / "bin" / "python", "install", "-q", "--no-index", "--no-deps",
             wheel)
+    return folder / "bin"
+
+
+def test_installed_package_makes_calls(installed, tmp_path):
     with Lab(device_build="host", hosts=[]) as lab:
         environment = {**lab.device.environment, "PYTHONPATH": ""}
-        said = succeed(tmp_path / "bin" / "python", "-B", "-c", USE, env=environment, cwd=tmp_path)
-    assert said.startswith("PortSet({1, 2}) " + str(tmp_path / "lib"))
-    assert os.access(tmp_path / "bin" / "adp-lab", os.X_OK)
+        said = succeed(installed / "python", "-B", "-c", USE, env=environment, cwd=tmp_path)
+    assert said.startswith("PortSet({1, 2}) " + str(installed.parent / "lib"))
+
+
+def test_installed_package_has_program_and_plugin(installed, tmp_path):
+    outside = {"env": {**os.environ, "PYTHONPATH": ""}, "cwd": tmp_path}
+    assert succeed(installed / "adp-lab", "--help", **outside).startswith("Usage: adp-lab ")
+    assert "@pytest.mark.virtual_device(reason)" in succeed(installed / "python", "-B", "-m", "pytest", "--markers", **outside)

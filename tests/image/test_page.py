@@ -23,7 +23,7 @@ def test_the_commands_of_the_page_work(engine, tmp_path):
     shell = tmp_path / "podman"
     shell.write_text(PODMAN.format(options=shlex.join(options()), podman=shlex.join(engine.command())))
     shell.chmod(0o755)
-    blocks = re.findall(r"^```sh containers\n(.*?)^```$", PAGE.read_text(encoding="utf-8"), re.M | re.S)
+    blocks = re.findall(r"^```bash\n(.*?)^```$", PAGE.read_text(encoding="utf-8"), re.M | re.S)
     assert len(blocks) == 2
     environment = {**os.environ, "PATH": f"{tmp_path}:{os.environ['PATH']}"}
     done = subprocess.run(["bash", "-eu", "-c", "\n".join(blocks)], cwd=tmp_path, env=environment, capture_output=True,

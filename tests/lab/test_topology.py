@@ -156,7 +156,7 @@ def test_changed_at_random_a_file_is_read_or_refused(read, tmp_path, path):
     assert MUTATIONS / 10 < refused < MUTATIONS
 
 
-# The reference page
+# The documents
 
 TABLES = {
     "file": keys.TOP,
@@ -170,10 +170,15 @@ TABLES = {
 }
 
 
-def test_the_example_of_the_page_is_read(read):
-    topology = read(PAGE.read_text(encoding="utf-8").partition("```yaml\n")[2].partition("```")[0])
-    assert [name for name, node in topology.nodes.items() if node.is_device] == ["sw1", "sw2"]
-    assert [cable.conditions for cable in topology.cables] == [{}, {"loss": "10%", "seed": "9"}]
+def test_the_topologies_in_the_text_of_documents_are_read(read, tmp_path):
+    for name in ("startup.adpsh", "vdeviced.toml", "switchd.toml"):
+        (tmp_path / name).write_text("")
+    found = {}
+    for page in sorted((ROOT / "docs").rglob("*.md")):
+        for text in re.findall(r"^```yaml[^\n]*\n(name: .*?)^```$", page.read_text(encoding="utf-8"), re.M | re.S):
+            found[page.stem] = read(text)
+    assert [str(cable.conditions) for cable in found["topology"].cables] == ["{}", "{'loss': '10%', 'seed': '9'}"]
+    assert {"lab", "run-in-containers", "topology"} <= set(found)
 
 
 def test_the_page_says_of_every_key_what_becomes_of_it():

@@ -57,6 +57,9 @@ FAULTS = {
                        "The key 'nodes' has 1001 entries, and no more than 1000 are read."),
     "no kind": (with_host("{}"), 5, "The node 'h1' has no kind: adp is a device, linux a host."),
     "unknown kind": (with_host("{kind: bridge}"), 5, "There is no kind 'bridge' here: adp is a device, linux a host."),
+    "unknown kind of all": (BASE.replace("  nodes:", "  kinds: {lnx: {}}\n  nodes:", 1), 3, "There is no kind 'lnx'"),
+    "unknown group": (with_host("{group: rde}").replace("  nodes:", "  groups: {red: {kind: linux}}\n  nodes:", 1), 6,
+                      "There is no group 'rde'. Did you mean 'red'?"),
     "exec as text": (with_host("{kind: linux, exec: ip link}"), 5, "The key 'exec' of the node 'h1' should be a list."),
     "exec of mappings": (with_host("{kind: linux, exec: [{a: b}]}"), 5, "Item 1 of the key 'exec' of the node 'h1' "),
     "empty command": (with_host('{kind: linux, exec: [" "]}'), 5, "Item 1 of the key 'exec' of the node 'h1' should be"
@@ -67,7 +70,8 @@ FAULTS = {
                         "'binds' has no meaning for a host: hosts see the machine's files."),
     "another bind": (with_node('{kind: adp, binds: ["a:/etc/adp/startup"]}'), 4, "No file can be bound to "
                      "'/etc/adp/startup': a device sees the machine's files, and looks for its own in /etc/adp/"
-                     "vdeviced.toml, /etc/adp/startup.adpsh, /etc/adp/switchd.toml. Did you mean '/etc/adp/startup.adpsh'?"),
+                     "vdeviced.toml, /etc/adp/startup.adpsh, /etc/adp/switchd.toml. Did you mean '/etc/adp/startup."
+                     "adpsh'?"),
     "program twice": (with_node('{kind: adp, binds: ["x.clab.yml:/etc/adp/switchd.toml"], config: {vars: {adp: '
                       "{programs: {adp-switchd: x}}}}}"), 4, "The file bound to /etc/adp/switchd.toml has a program "
                       "'adp-switchd' started already."),

@@ -15,7 +15,7 @@ LOST = station(1) + station(1) + PAYLOAD  # to the port that it comes from
 BYTES_OF_A_SECOND = b"\0" * 65535
 # What changes while nothing happens, and what is no table.
 NO_TABLES = {"metrics", "log", "help", "version"}
-CHANGES = {"pull", "plug", "trace", "clear", "gpio"}
+CHANGES = {"cable", "pull", "plug", "trace", "clear", "gpio"}
 STREAMS = {"watch", "follow", "capture", "explain"}
 
 

@@ -39,13 +39,17 @@ class Layers:
     def of(self, value):
         """A node's layers."""
         own = check_keys(value, keys.NODE)
-        group = self._layer(self._groups, _nearest((self._defaults, own), "group"))
-        kind = self._layer(self._kinds, _nearest((self._defaults, group, own), "kind"))
-        return NodeLayers((self._defaults, kind, group, own))
+        group = self._group(_nearest((self._defaults, own), "group"))
+        kind = _nearest((self._defaults, group, own), "kind")
+        return NodeLayers((self._defaults, self._kinds.get(kind.text(), {}) if kind else {}, group, own))
 
-    @staticmethod
-    def _layer(layers, name):
-        return layers.get(name.text(), {}) if name else {}
+    def _group(self, name):
+        """In a file without groups the name of one is only a label."""
+        if name is None or not self._groups:
+            return {}
+        if name.text() not in self._groups:
+            name.fail(f"There is no group {quoted(name.text())}.{or_similar(name.text(), self._groups)}")
+        return self._groups[name.text()]
 
 
 def _nearest(layers, key):

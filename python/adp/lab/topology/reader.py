@@ -50,6 +50,8 @@ def _nodes(topology, place, folder):
     if not found:
         place.fail("There are no nodes.")
     layers = Layers(topology)
+    for kind, value in (topology["kinds"].entries("kind") if "kinds" in topology else {}).items():
+        _check_kind(value, kind)
     return {name: _node(name_of(value, name), value, layers.of(value), folder) for name, value in found.items()}
 
 
@@ -82,10 +84,14 @@ def _kind(value, layers):
     if given is None:
         value.fail(f"{value.what} has no kind: {DEVICE_KIND} is a device, {HOST_KIND} a host.")
     kind = given.text()
-    if kind not in KINDS:
-        given.fail(f"There is no kind {quoted(kind)} here: {DEVICE_KIND} is a device, {HOST_KIND} a host.")
+    _check_kind(given, kind)
     image = layers.nearest("image")
     return DEVICE_KIND if image and DEVICE_IMAGE.fullmatch(image.line_of_text()) else kind
+
+
+def _check_kind(value, kind):
+    if kind not in KINDS:
+        value.fail(f"There is no kind {quoted(kind)} here: {DEVICE_KIND} is a device, {HOST_KIND} a host.")
 
 
 def _user_ports(value):
