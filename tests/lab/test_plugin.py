@@ -98,12 +98,12 @@ def test_options_are_for_one_run_and_the_ini_file_for_all(project):
     assert "else adp-failures)" in project.run("--help")
 
 
-def test_a_project_can_have_a_lab_of_its_own(project):
+def test_a_file_can_have_a_lab_of_its_own(project):
     own = """
 import pytest
 from adp.lab import Lab
 
-@pytest.fixture(scope="session")
+@pytest.fixture(scope="module")
 def lab(adp_isolated):
     with Lab(hosts=(4,), user_ports=4) as lab:
         yield lab
@@ -112,7 +112,9 @@ def test_hosts(hosts, cpu):
     assert list(hosts) == [4] and cpu.intf_2_phy_id(4) == 7
 """
     project.write("test_mine.py", own)
-    assert "1 passed" in project.run()
+    project.write("test_others.py", "def test_hosts(lab, cpu):\n    assert cpu.lab is lab and list(lab.hosts) == [1, 2, 3]\n")
+    assert "2 passed" in project.run()
+    assert "2 passed" in project.run("test_others.py", "test_mine.py")
 
 
 def test_markers_choose_builds(project):

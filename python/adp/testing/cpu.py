@@ -1,5 +1,6 @@
 """The device's CPU: the library's calls, made by adpsh, and undone after each test."""
 
+import contextlib
 import functools
 
 import adp
@@ -215,6 +216,30 @@ class Cpu:
     def close(self):
         """Ends adpsh."""
         self.shell.close()
+
+
+class SharedCpu:
+    """The Cpu of one lab and build at a time."""
+
+    def __init__(self):
+        self._made = None
+
+    def of(self, lab, build):
+        """The Cpu of this lab and build, made and set up if the last one was another."""
+        if not self._made or (self._made.lab, self._made.build) != (lab, build):
+            self.close()
+            with contextlib.ExitStack() as stack:
+                made = stack.enter_context(contextlib.closing(Cpu(lab, build)))
+                made.set_up()
+                stack.pop_all()
+            self._made = made
+        return self._made
+
+    def close(self):
+        """Ends adpsh."""
+        made, self._made = self._made, None
+        if made:
+            made.close()
 
 
 def device_vlans(lab):

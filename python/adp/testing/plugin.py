@@ -104,10 +104,11 @@ def lab(adp_settings, adp_isolated):
 
 
 @pytest.fixture
-def cpu(session_cpu):
+def cpu(lab, build, adp_cpu):
     """The device's CPU with the library of one build: port map and send socket are ready, and what the test sets is undone."""
-    yield session_cpu
-    session_cpu.tidy()
+    made = adp_cpu.of(lab, build)
+    yield made
+    made.tidy()
 
 
 @pytest.fixture
@@ -164,12 +165,11 @@ def tell(capsys):
 
 
 @pytest.fixture(scope="session")
-def session_cpu(lab, build):
-    """The CPU that the tests of a build share; they use `cpu`."""
-    from .cpu import Cpu  # only here, since it needs the bindings
+def adp_cpu():
+    """What tests with the same lab and build share as `cpu`: an adp.testing.cpu.SharedCpu."""
+    from .cpu import SharedCpu  # only here, since it needs the bindings
 
-    with contextlib.closing(Cpu(lab, build)) as made:
-        made.set_up()
+    with contextlib.closing(SharedCpu()) as made:
         yield made
 
 
