@@ -101,10 +101,12 @@ def test_a_slow_port_drops_what_its_queue_has_no_room_for(start_with):
     device, one, _ = start_with("--line-rate")
     assert device.call("speed", OUT_PORT, 10) == "0"
     account, frames, begin = Account(device), 400, time.monotonic()
+    seen = device.counters(1)["rx_frames"] + frames
     send_while_it_stands_still(device, one, [station(2) + station(1) + datagram(1500)] * frames)
+    wait_until(lambda: device.counters(1)["rx_frames"] == seen, "the frames in the chip")
     on_the_line = (time.monotonic() - begin) / SECONDS_ON_A_LINE_OF_10_MBIT
     places = account.close(frames)
-    # What is in the queue, one on the line, and what has left while the others came.
+    # What is in the queue, one on the line, and what has left while the others came and the device read them.
     assert 65536 // 1514 + 1 <= places["arrived"] <= 65536 // 1514 + 2 + on_the_line
     assert places["tx_no_room"] == frames - places["arrived"]
     assert f"tx_no_room {places['tx_no_room']}" in device.control("counters").stdout

@@ -62,6 +62,11 @@ class Device:
         with (namespace or self.namespace).entered():
             return subprocess.Popen(tied(command), env=self.environment, **options)
 
+    @property
+    def control_program(self):
+        """Path of the vdevctl of the device's build."""
+        return str(self._build.path_of("vdevctl"))
+
     def control(self, *words):
         """What `vdevctl` answers, as JSON."""
         said = self.run_control("--run-dir", self.run_dir, "--json", *words).stdout
