@@ -29,7 +29,8 @@ namespace vdevice::remote {
 class Client {
   public:
     using Clock = Channel::Clock;
-    static constexpr std::chrono::milliseconds kDeadline{5000};
+    /** The device waits for the kernel when a call changes an interface, on a busy machine for some seconds. */
+    static constexpr std::chrono::milliseconds kDeadline{20000};
 
     /** @p name is the library's, for messages; @p path the daemon's socket. */
     Client(std::string name, std::string path, std::chrono::milliseconds deadline = kDeadline);
