@@ -1,12 +1,19 @@
 """Topology files that are not as they should be: the sentence for each fault, with its line."""
 
 import pytest
+from adp.lab import Lab, LabError
 from topologies import BASE, H1, LINK, SW1, TopologyText
 
 
 @pytest.fixture
 def read(tmp_path):
     return TopologyText(tmp_path)
+
+
+@pytest.fixture(scope="module")
+def device(device_build):
+    with Lab(device_build, (), user_ports=4) as lab:
+        yield lab.device
 
 
 def with_node(text):
@@ -151,15 +158,18 @@ RATE, SEED = "a rate up to 100G, as 64k", "a number from 0 to 4294967295"
         ("seed", ("0", "4294967295"), ("4294967296", "-1", "1.5", "x", "{}"), SEED),
     ),
 )
-def test_a_condition_is_read_as_the_device_reads_it(read, name, rights, wrongs, form):
+def test_a_condition_is_read_as_the_device_reads_it(read, device, name, rights, wrongs, form):
     def given(value):
         return f"{BASE}      vars: {{adp: {{{name}: {value}, duplicate: 1%}}}}\n"
 
     for value in rights:
         assert read(given(value)).cables[0].conditions == {name: value, "duplicate": "1%"}
+        device.cable(1, **{name: value, "duplicate": "1%"})
     for value in wrongs:
         beginning = f"The key '{name}' of the variable 'adp' should be "
         assert read.complaint(given(value))[1].startswith((beginning + form, beginning + "a text."))
+        with pytest.raises(LabError, match=form):
+            device.cable(1, **{name: value, "duplicate": "1%"})
 
 
 def test_conditions_that_do_not_go_together_are_refused(read):

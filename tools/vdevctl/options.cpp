@@ -99,7 +99,7 @@ void set_option(Options &options, int key, const char *argument, const argp_stat
     }
 }
 
-/** What a cable lets through is its command's own --rate: there is nothing to read twice. */
+/** The command 'cable' has an option --rate of its own, which the device reads. */
 bool is_of_command(const Options &options, int key) {
     return key == kRate && options.words.front() == "cable";
 }
