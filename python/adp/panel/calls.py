@@ -15,6 +15,7 @@ import pathlib
 import stat
 
 from ..lab.builds import native_build
+from ..lab.problem import LabError
 from ..lab.process import tied
 from .problem import PanelError
 
@@ -58,7 +59,7 @@ class _Waiting:
             piece.append(_line({"missed": self._missed}))
             self._missed = 0
         size = 0
-        while self._lines and size + len(self._lines[0]) <= PIECE:
+        while self._lines and (not size or size + len(self._lines[0]) <= PIECE):
             size += len(self._lines[0])
             piece.append(self._lines.popleft())
         self._octets -= size
@@ -118,6 +119,15 @@ def _recordings(device):
 
 
 async def _follow(key, name, waiting):
+    try:
+        if problem := await _problem_of(key, name, waiting):
+            waiting.put(_line({"recording": name, "problem": problem}))
+    except (LabError, OSError, ValueError) as problem:
+        waiting.put(_line({"recording": name, "problem": str(problem)}))
+
+
+async def _problem_of(key, name, waiting):
+    """Why no more calls can come, if it is not that the program has ended."""
     path, *identity = key
     options = ("--follow", "--json", f"--last={NEWEST_CALLS}", path)
     command = tied(native_build().command("adptrace", "show", *options))
@@ -130,8 +140,8 @@ async def _follow(key, name, waiting):
         said = (await process.stderr.read(1000)).decode(errors="replace").strip()
         if await process.wait() == 0:
             waiting.put(_line({"recording": name, "state": "ended"}))
-        elif (_identity(path, True) or ())[:2] == tuple(identity):  # else a new one is found
-            waiting.put(_line({"recording": name, "problem": said.removeprefix("adptrace: ") or "adptrace failed."}))
+        is_same = (_identity(path, True) or ())[:2] == tuple(identity)  # another one is followed next
+        return is_same and process.returncode != 0 and (said.removeprefix("adptrace: ") or "adptrace failed.")
     finally:
         if process.returncode is None:
             process.kill()
