@@ -103,9 +103,9 @@ def test_a_recording_that_fails_and_a_hostile_one_are_told(view, folder):
 
 def test_it_keeps_and_shows_the_newest_calls(view, folder):
     write(folder / "agent.adptrace", "".join(call(number) for number in range(11, 1511)))
-    view.wait_for(".calls-counts", "200 of the newest 1000 calls")
+    view.wait_for(".calls-counts", "100 of the newest 1000 calls")
     view.wait_for(".calls-call:first-child .calls-text", "vid=1510")
-    assert view.script("return document.querySelectorAll('.calls-call').length") == 200
+    assert view.script("return document.querySelectorAll('.calls-call').length") == 100
 
 
 @pytest.mark.parametrize("width", [360, 1400])

@@ -8,7 +8,7 @@ import { MOST_KEPT, chosen, useNewestCalls } from "./newest.js";
 /** @typedef {import("../types").Device} Device */
 /** @typedef {import("./newest").Newest} Newest */
 
-const MOST_SHOWN = 200;
+const MOST_SHOWN = 100;
 
 /** @param {Device} device */
 const recordCommand = (device) =>
