@@ -15,9 +15,11 @@ import { useWindow } from "./window.js";
  *   isWatched  a value that has changed in the last seconds is marked (a new row is in any case)
  *   isHead     the cells name their rows
  *   about      the column's name in full
+ *   isHidden   the column is not seen now
+ * The columns of a table stay the same ones, in the same order.
  * @typedef {{name: string, title: string, value: (row: any) => any, show?: (row: any) => any, text?: (row: any) => string,
  *     label?: (row: any) => string, mark?: (row: any) => string, isNumber?: boolean, isWatched?: boolean, isHead?: boolean,
- *     about?: string}} Column
+ *     about?: string, isHidden?: boolean}} Column
  */
 /** @typedef {import("./rows").Sort} Sort */
 
@@ -79,6 +81,7 @@ function Space({ rows, height, columns }) {
 function Rows({ columns, rows, keyOf, changes, first }) {
     const now = performance.now();
     const watched = columns.filter((column) => column.isWatched);
+    const seen = columns.filter((column) => !column.isHidden);
     return html`
         <tbody class="rows">
             ${rows.map((row, index) => {
@@ -86,7 +89,7 @@ function Rows({ columns, rows, keyOf, changes, first }) {
                 return html`
                     <tr key=${keyOf(row)} aria-rowindex=${first + index + 2}
                         class=${marks.isGone ? "gone-row" : marks.isNew ? "new-row" : null}>
-                        ${columns.map((column, at) => html`
+                        ${seen.map((column, at) => html`
                             <${Cell} row=${row} column=${column} marks=${marks} watched=${watched} isFirst=${at === 0} />
                         `)}
                     </tr>
@@ -136,7 +139,9 @@ export function Table({ caption, columns, rows, keyOf, empty = "None", search, k
     useFocus(frame);
     /** @param {string} name */
     const onSort = (name) => setSort((old) => ({ name, isUp: old.name === name ? !old.isUp : true }));
-    const now = prepared && prepared.rows !== rows ? prepared.columns : columns;
+    const all = prepared && prepared.rows !== rows ? prepared.columns : columns;
+    const seen = all.filter((column) => !column.isHidden);
+    const longest = prepared?.longest.filter((_, index) => !all[index].isHidden);
     return html`
         <div class="table">
             <div class="table-line">
@@ -147,11 +152,11 @@ export function Table({ caption, columns, rows, keyOf, empty = "None", search, k
                 onScroll=${look}>
                 <table aria-rowcount=${shown.length + 1}>
                     <caption>${caption}</caption>
-                    <${Head} columns=${now} sort=${sort} onSort=${onSort} />
-                    ${!isWhole && html`<${Widths} texts=${prepared?.longest} /><${Space} rows=${first} height=${height} columns=${now.length} />`}
-                    <${Rows} columns=${now} rows=${shown.slice(first, last)} keyOf=${keyOf} changes=${changes} first=${first} />
-                    ${!isWhole && html`<${Space} rows=${shown.length - last} height=${height} columns=${now.length} />`}
-                    ${shown.length === 0 && html`<tbody><tr><td colspan=${now.length}>${prepared ? empty : "Reading ..."}</td></tr></tbody>`}
+                    <${Head} columns=${seen} sort=${sort} onSort=${onSort} />
+                    ${!isWhole && html`<${Widths} texts=${longest} /><${Space} rows=${first} height=${height} columns=${seen.length} />`}
+                    <${Rows} columns=${all} rows=${shown.slice(first, last)} keyOf=${keyOf} changes=${changes} first=${first} />
+                    ${!isWhole && html`<${Space} rows=${shown.length - last} height=${height} columns=${seen.length} />`}
+                    ${shown.length === 0 && html`<tbody><tr><td colspan=${seen.length}>${prepared ? empty : "Reading ..."}</td></tr></tbody>`}
                 </table>
             </div>
         </div>
