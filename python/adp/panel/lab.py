@@ -28,8 +28,12 @@ class Lab:
         self._folder = run_folder.find(name)
         self._record = records.read(self._folder)
         several = len(run_folder.folders()) > 1
-        self._command = f"{PROGRAM} --lab {self._folder.name}" if several else PROGRAM
+        self._command = f"{PROGRAM} --lab {self.name}" if several else PROGRAM
         self._watcher = None
+
+    @property
+    def name(self):
+        return self._folder.name
 
     def devices(self, recordings=()):
         """The lab's devices, for the panel."""
@@ -50,7 +54,7 @@ class Lab:
     def state(self):
         """What pages are told."""
         return {
-            "name": self._folder.name,
+            "name": self.name,
             "command": self._command,
             "nodes": [self._node(node) for node in self._record.topology.nodes.values()],
             "cables": [{"ends": [self._end(end) for end in cable.ends]} for cable in self._record.topology.cables],
@@ -74,11 +78,9 @@ class Lab:
         if self._watcher is None:
             self._watcher = asyncio.create_task(self._watch(on_change))
 
-    async def stop(self):
+    def stop(self):
         if self._watcher:
             self._watcher.cancel()
-            with contextlib.suppress(asyncio.CancelledError):
-                await self._watcher
             self._watcher = None
 
     async def _watch(self, on_change):

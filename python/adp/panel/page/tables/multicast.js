@@ -59,7 +59,7 @@ function UnknownGroups({ device, answer }) {
 }
 
 /** @param {{device: Device}} props */
-export function Mcast({ device }) {
+export function Multicast({ device }) {
     const { answer, error } = useAnswer(device.name, { command: "mcast" });
     if (!answer) {
         return html`<${Problem} text=${error} />`;

@@ -60,7 +60,7 @@ function ruleColumns(device, most) {
 }
 
 /** @param {{device: Device, answer: any, meters: any}} props */
-function Rules({ device, answer, meters }) {
+function RuleTable({ device, answer, meters }) {
     const [isHit, setHit] = useState(false);
     const rates = useRates(answer, "fields", "entry", ["matches"]);
     const rows = useMemo(() => rowsOf(answer, meters, rates), [answer, meters, rates]);
@@ -122,7 +122,7 @@ function Misses({ device, answer }) {
 }
 
 /** @param {{device: Device}} props */
-export function Fields({ device }) {
+export function Rules({ device }) {
     const { answer, error } = useAnswer(device.name, { command: "fields" });
     const { answer: meters } = useAnswer(device.name, { command: "meters" });
     if (!answer) {
@@ -130,7 +130,7 @@ export function Fields({ device }) {
     }
     return html`
         <${Problem} text=${error} />
-        <${Rules} device=${device} answer=${answer} meters=${meters} />
+        <${RuleTable} device=${device} answer=${answer} meters=${meters} />
         <${Counters} answer=${answer} />
         <${Misses} device=${device} answer=${answer} />
     `;
