@@ -49,7 +49,7 @@ function Cell({ row, column, marks, watched, isFirst }) {
     const names = [column.isNumber && "number", column.mark?.(row), isChanged && "changed"].filter((name) => name);
     const label = column.label && `${column.label(row)}${isChanged ? ", just changed" : ""}`;
     return html`
-        <${column.isHead ? "th" : "td"} scope=${column.isHead ? "row" : null} class=${names.join(" ") || null}
+        <${column.isHead ? "th" : "td"} ...${column.isHead ? { scope: "row" } : {}} class=${names.join(" ") || null}
             aria-label=${label} title=${label}>
             ${column.show ? column.show(row) : column.value(row)}
             ${isChanged && html`<${Sign} text="just changed" sign="•" />`}

@@ -22,7 +22,7 @@ export function Facts({ facts }) {
 /** @param {{commands: [string, string][]}} props what each does, and the command */
 export function Commands({ commands }) {
     return html`
-        <dl class="commands">
+        <dl class="command-list">
             ${commands.map(([about, text]) => html`<div><dt>${about}</dt><dd><${Command} text=${text} /></dd></div>`)}
         </dl>
     `;

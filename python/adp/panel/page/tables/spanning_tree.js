@@ -54,7 +54,7 @@ function columnsOf(device, ports, chosen) {
     const name = ({ group }) => html`
         <a href=${addressOf("tables", device, "spanning-tree", group.group)}
             aria-current=${group.group === chosen ? "true" : null}>${group.group}</a>
-        ${group.default && html` <span class="default">default</span>`}
+        ${group.default && html` <span class="is-default">default</span>`}
     `;
     return [
         { name: "group", title: "Group", value: (row) => row.group.group, show: name, isHead: true },

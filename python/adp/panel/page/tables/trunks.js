@@ -1,13 +1,14 @@
 // The trunks: their members, which of them are used, and what each carries.
 import { html } from "../vendor/preact.js";
-import { useAnswer, useTwoAnswers } from "../use.js";
+import { useAnswer } from "../use.js";
+import { useRates } from "../parts/fresh_rates.js";
 import { portList, portName } from "../parts/ports.js";
-import { ratesOf, short } from "../rates.js";
 import { Table } from "../parts/table.js";
+import { RateBar } from "./bar.js";
 import { Answered, Commands, Facts } from "./reading.js";
 
 /** @typedef {{trunk: number, group: number, members: number[], standby: number[], balance: number, manager?: number}} Trunk */
-/** @typedef {{trunk: Trunk, port: number, state: string, link: boolean, sent: number, received: number}} Member */
+/** @typedef {{trunk: Trunk, port: number, state: string, link: boolean, sent?: number, received?: number}} Member */
 
 const HASH = new Map([[0x50, "source"], [0x60, "destination"], [0x70, "source and destination"]]);
 
@@ -33,17 +34,8 @@ function membersOf(trunks, { answer, rates }) {
         const link = isUp.get(port) === true;
         const state = trunk.standby.includes(port) ? "standby" : link ? "active" : "no link";
         const rate = rates.get(port);
-        return { trunk, port, state, link, sent: rate?.tx_frames ?? 0, received: rate?.rx_frames ?? 0 };
+        return { trunk, port, state, link, sent: rate?.tx_frames, received: rate?.rx_frames };
     }));
-}
-
-/** @param {{value: number, greatest: number, name: string}} props a rate with a bar */
-function Rate({ value, greatest, name }) {
-    return html`
-        <span class="rate">${short(value)}
-            <meter aria-label=${name} min="0" max=${greatest || 1} value=${value}></meter>
-        </span>
-    `;
 }
 
 /**
@@ -53,13 +45,12 @@ function Rate({ value, greatest, name }) {
  * @returns {import("../parts/table").Column}
  */
 function rateColumn(name, title, members) {
-    const greatest = Math.max(...members.map((each) => each[name]));
+    const most = Math.max(...members.map((each) => each[name] ?? 0));
     return {
         name,
         title,
-        value: (row) => row[name],
-        show: (row) => html`<${Rate} value=${row[name]} greatest=${greatest} name=${`${title}, port ${portName(row.port)}`} />`,
-        isNumber: true,
+        value: (row) => row[name] ?? null,
+        show: (row) => html`<${RateBar} rate=${row[name]} most=${most} />`,
     };
 }
 
@@ -70,8 +61,8 @@ function rateColumn(name, title, members) {
 function memberColumns(members) {
     /** @param {Member} row */
     const share = (row) => {
-        const all = members.filter((each) => each.trunk === row.trunk).reduce((sum, each) => sum + each.sent, 0);
-        return all > 0 ? Math.round((100 * row.sent) / all) : null;
+        const all = members.filter((each) => each.trunk === row.trunk).reduce((sum, each) => sum + (each.sent ?? 0), 0);
+        return all > 0 ? Math.round((100 * (row.sent ?? 0)) / all) : null;
     };
     return [
         { name: "member", title: "Member", value: (row) => row.port, show: (row) => `port ${portName(row.port)}`, isHead: true },
@@ -132,7 +123,7 @@ export function Trunks({ device }) {
     const reading = useAnswer(device.name, { command: "trunks" }, 0.5);
     const ports = useAnswer(device.name, { command: "ports" }, 0.5);
     const counters = useAnswer(device.name, { command: "counters" }, 1);
-    const rates = ratesOf(useTwoAnswers(counters.answer), "counters", "port", ["tx_frames", "rx_frames"]);
+    const rates = useRates(counters.answer, "counters", "port", ["tx_frames", "rx_frames"]);
     const both = { answer: reading.answer && ports.answer, error: reading.error ?? ports.error ?? counters.error };
     return html`
         <${Answered} reading=${both}>

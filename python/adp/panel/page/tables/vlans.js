@@ -62,7 +62,7 @@ function columnsOf(device, ports, shown, chosen) {
     /** @param {Row} row */
     const name = ({ vlan }) => html`
         <a href=${addressOf("tables", device, "vlans", vlan.vid)} aria-current=${vlan.vid === chosen ? "true" : null}>${vlan.vid}</a>
-        ${vlan.default && html` <span class="default">default</span>`}
+        ${vlan.default && html` <span class="is-default">default</span>`}
     `;
     return [
         { name: "vlan", title: "VLAN", value: (row) => row.vlan.vid, show: name, isHead: true, text: (row) => `${row.vlan.vid} default` },
@@ -119,7 +119,7 @@ function useFilter() {
         [vlanText, portText],
     );
     const fields = html`
-        <div class="filter">
+        <div class="matrix-filter">
             <${Numbers} label="VLANs" value=${vlanText} onValue=${setVlans} example="100-199,4094" />
             <${Numbers} label="Ports" value=${portText} onValue=${setPorts} example="1-4,cpu" />
         </div>
@@ -145,7 +145,7 @@ function Matrix({ device, vlans, portRows, rest }) {
     const lost = portRows.filter(({ pvid }) => !vlans.some((vlan) => vlan.vid === pvid));
     return html`
         ${lost.map(({ port, pvid }) => html`
-            <p class="note">Port ${portName(port)} has the PVID ${pvid}, a VLAN that does not exist: its untagged frames are dropped.</p>
+            <p class="warning">Port ${portName(port)} has the PVID ${pvid}, a VLAN that does not exist: its untagged frames are dropped.</p>
         `)}
         ${chosen && html`<${Chosen} device=${device} row=${chosen} ports=${ports} />`}
         ${fields}
