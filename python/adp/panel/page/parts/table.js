@@ -15,20 +15,26 @@ import { useWindow } from "./window.js";
  *   isWatched  a value that has changed in the last seconds is marked (a new row is in any case)
  *   isHead     the cells name their rows
  *   about      the column's name in full
+ *   isLetter   the cells are letters, narrow and centred
  *   isHidden   the column is not seen now
  * The columns of a table stay the same ones, in the same order.
  * @typedef {{name: string, title: string, value: (row: any) => any, show?: (row: any) => any, text?: (row: any) => string,
  *     label?: (row: any) => string, mark?: (row: any) => string, isNumber?: boolean, isWatched?: boolean, isHead?: boolean,
- *     about?: string, isHidden?: boolean}} Column
+ *     about?: string, isLetter?: boolean, isHidden?: boolean}} Column
  */
 /** @typedef {import("./rows").Sort} Sort */
+
+/** @param {Column} column */
+function classOf(column) {
+    return `${column.isNumber ? " number" : ""}${column.isLetter ? " letter" : ""}`;
+}
 
 /** @param {{columns: Column[], sort: Sort, onSort: (name: string) => void}} props */
 function Head({ columns, sort, onSort }) {
     return html`
         <thead><tr aria-rowindex="1">
             ${columns.map((column) => html`
-                <th scope="col" class=${column.isNumber ? "number" : null}
+                <th scope="col" class=${classOf(column)}
                     aria-sort=${sort.name === column.name ? (sort.isUp ? "ascending" : "descending") : null}>
                     <button type="button" onClick=${() => onSort(column.name)} title=${column.about}
                         aria-label=${column.about}>${column.title}</button>
@@ -46,10 +52,10 @@ function Sign({ text, sign }) {
 /** @param {{row: any, column: Column, marks: any, watched: Column[], isFirst: boolean}} props */
 function Cell({ row, column, marks, watched, isFirst }) {
     const isChanged = column.isWatched && marks.isChanged(watched.indexOf(column));
-    const names = [column.isNumber && "number", column.mark?.(row), isChanged && "changed"].filter((name) => name);
+    const names = `${column.mark?.(row) ?? ""}${classOf(column)}${isChanged ? " changed" : ""}`;
     const label = column.label && `${column.label(row)}${isChanged ? ", just changed" : ""}`;
     return html`
-        <${column.isHead ? "th" : "td"} ...${column.isHead ? { scope: "row" } : {}} class=${names.join(" ") || null}
+        <${column.isHead ? "th" : "td"} ...${column.isHead ? { scope: "row" } : {}} class=${names}
             aria-label=${label} title=${label}>
             ${column.show ? column.show(row) : column.value(row)}
             ${isChanged && html`<${Sign} text="just changed" sign="•" />`}
@@ -142,16 +148,15 @@ export function Table({ caption, columns, rows, keyOf, empty = "None", search, k
     const all = prepared && prepared.rows !== rows ? prepared.columns : columns;
     const seen = all.filter((column) => !column.isHidden);
     const longest = prepared?.longest.filter((_, index) => !all[index].isHidden);
+    const count = `${prepared?.count ?? 0} of ${prepared?.rows.length ?? 0} rows`;
     return html`
         <div class="table">
-            <div class="table-line">
-                ${search && html`<${Search} label=${search} words=${words} onSearch=${setWords} />`}
-                <span class="rows-shown" role=${words ? "status" : null}>${prepared?.count ?? 0} of ${prepared?.rows.length ?? 0} rows</span>
-            </div>
+            ${search && html`<${Search} label=${search} words=${words} onSearch=${setWords} />`}
+            <span class="unseen" role="status">${words && count}</span>
             <div class=${isWhole ? "scroll" : "scroll long"} tabindex="0" role="region" aria-label=${caption} ref=${frame}
                 onScroll=${look}>
                 <table aria-rowcount=${shown.length + 1}>
-                    <caption>${caption}</caption>
+                    <caption><span>${caption}: <span class="rows-shown">${count}</span></span></caption>
                     <${Head} columns=${seen} sort=${sort} onSort=${onSort} />
                     ${!isWhole && html`<${Widths} texts=${longest} /><${Space} rows=${first} height=${height} columns=${seen.length} />`}
                     <${Rows} columns=${all} rows=${shown.slice(first, last)} keyOf=${keyOf} changes=${changes} first=${first} />

@@ -117,9 +117,9 @@ function Stations({ device, answer, rest }) {
     const row = chosen && answer.macs.find((/** @type {Station} */ each) => keyOf(each) === chosen);
     return html`
         <${Fill} answer=${answer} />
-        <${AddressCommands} device=${device} row=${row} />
         <${Table} caption=${`Addresses of ${device.name}`} rows=${answer.macs} keyOf=${keyOf} search="Search addresses"
             columns=${columnsOf(device.name, read, chosen)} empty="No address" />
+        <${AddressCommands} device=${device} row=${row} />
     `;
 }
 

@@ -38,7 +38,8 @@ function portColumn(port) {
         about: name,
         value: (row) => row.states.get(port)?.letter ?? "",
         label: (row) => `group ${row.group.group}, ${name}: ${row.states.get(port)?.name ?? "no state"}`,
-        mark: (row) => `letter ${row.states.get(port)?.name ?? ""}`,
+        mark: (row) => row.states.get(port)?.name ?? "",
+        isLetter: true,
         isWatched: true,
     };
 }
@@ -103,11 +104,11 @@ function Groups({ device, answer, rest }) {
     const ports = [...rows[0].states.keys()].sort((a, b) => a - b);
     const chosen = (rows.find(({ group }) => group.group === Number(rest[0] ?? "-1")) ?? rows[0]).group;
     return html`
-        <${Chosen} device=${device} group=${chosen} />
         <${Legend} letters=${STATES.map(({ name, letter, number }) => [letter, name, `${name} (state ${number})`])} />
         <${Table} caption=${`Spanning-tree groups of ${device.name}: the state of each port (at most ${answer.capacity} groups)`}
             rows=${rows} keyOf=${(/** @type {Row} */ row) => row.group.group}
             columns=${columnsOf(device.name, ports, chosen.group)} />
+        <${Chosen} device=${device} group=${chosen} />
     `;
 }
 

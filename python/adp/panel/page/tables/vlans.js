@@ -45,7 +45,8 @@ function portColumn(port, isHidden) {
         show: (row) => html`${letterOf(row, port) || "·"}${isPvid(row) && html`<sup>P</sup>`}`,
         label: (row) => `VLAN ${row.vlan.vid}, ${port === 0 ? "CPU port" : `port ${port}`}: ${NAMES[letterOf(row, port)]}` +
             `${isPvid(row) ? ", PVID of the port" : ""}`,
-        mark: (row) => `letter ${MARKS[letterOf(row, port)]}${isPvid(row) ? " pvid" : ""}`,
+        mark: (row) => `${MARKS[letterOf(row, port)]}${isPvid(row) ? " pvid" : ""}`,
+        isLetter: true,
         isWatched: true,
         isHidden,
     };
@@ -147,13 +148,13 @@ function Matrix({ device, vlans, portRows, rest }) {
         ${lost.map(({ port, pvid }) => html`
             <p class="warning">Port ${portName(port)} has the PVID ${pvid}, a VLAN that does not exist: its untagged frames are dropped.</p>
         `)}
-        ${chosen && html`<${Chosen} device=${device} row=${chosen} ports=${ports} />`}
         ${fields}
         <${Legend} letters=${[
             ["T", "tagged", "tagged"], ["U", "untagged", "untagged"], ["·", "", "not a member"], ["P", "pvid", "PVID of the port"],
         ]} />
         <${Table} caption=${`VLANs of ${device.name} and their ports`} rows=${rows} keep=${keep}
             keyOf=${(/** @type {Row} */ row) => row.vlan.vid} columns=${columnsOf(device.name, ports, shown, chosen?.vlan.vid)} />
+        ${chosen && html`<${Chosen} device=${device} row=${chosen} ports=${ports} />`}
     `;
 }
 
