@@ -1,20 +1,21 @@
 // The view "Front": the box with its lights, and the port that one has chosen.
-import { html, useCallback, useEffect, useRef, useState } from "../vendor/preact.js";
+import { html, useCallback, useEffect, useMemo, useRef, useState } from "../vendor/preact.js";
 import { addressOf, useAnswer } from "../use.js";
 import { Problem } from "../parts/problem.js";
 import { Details } from "./details.js";
 import { Legend } from "./legend.js";
 import { Plate } from "./plate.js";
-import { facesOf, linkChanges } from "./state.js";
+import { facesOf, linkChanges, summaryOf } from "./state.js";
 import { EVERY_SECONDS, beginningOf, useTraffic } from "./traffic.js";
 
 /** @typedef {import("./state.js").Face} Face */
 
-const SLOW = 1;
+const SETTINGS_SECONDS = 1;
 const MOST_SAID = 4;
+const NO_RATES = new Map();
 
 /**
- * Link changes in words, for screen readers too.
+ * What has changed at the links last, in words, for screen readers too.
  * @param {Face[]} faces
  * @returns {string}
  */
@@ -26,29 +27,34 @@ function useNews(faces) {
         before.current = faces;
         if (changes.length > 0) {
             const rest = changes.length - MOST_SAID;
-            setNews(changes.slice(0, MOST_SAID).join(". ") + (rest > 0 ? `. And ${rest} more.` : "."));
+            setNews(`${changes.slice(0, MOST_SAID).join(". ")}${rest > 0 ? `. And ${rest} more` : ""}.`);
         }
     }, [faces]);
     return news;
 }
 
 /**
- * What the plate shows, in a sentence.
- * @param {Face[]} faces
+ * What the device answers, read again and again, and the ports as they are seen.
+ * @param {import("../types").Device} device
  */
-function summary(faces) {
-    const users = faces.filter((face) => face.port !== 0);
-    const with_ = (/** @type {string} */ kind) => users.filter((face) => face.marks.some((mark) => mark.kind === kind)).length;
-    const parts = [
-        [users.filter((face) => !face.isPresent).length, "without an interface"],
-        [with_("pulled"), "with a pulled cable"],
-        [with_("bad"), "with a bad cable"],
-        [with_("disabled"), "disabled"],
-        [with_("blocked"), "held by spanning tree"],
-        [with_("unauthorised"), "unauthorised"],
-        [with_("dropping"), "dropping frames now"],
-    ].filter(([count]) => Number(count) > 0).map(([count, words]) => `${count} ${words}`);
-    return `${users.filter((face) => face.isUp).length} of ${users.length} ports have a link${parts.length > 0 ? `; ${parts.join(", ")}` : ""}.`;
+function useFaces(device) {
+    /** @param {string} command */
+    const read = (command, every = SETTINGS_SECONDS) => useAnswer(device.name, { command }, every);
+    const { answer: ports, error } = read("ports", EVERY_SECONDS);
+    const counters = read("counters", EVERY_SECONDS).answer;
+    const trunks = read("trunks").answer;
+    const groups = read("groups").answer;
+    const mirrors = read("mirrors").answer;
+    const cables = read("cables").answer;
+    const traffic = useTraffic(counters);
+    const isRunning = device.running && !error;
+    const answers = { ports, trunks, groups, mirrors, cables };
+    const dropping = [...traffic.dropping].join();
+    const faces = useMemo(
+        () => (ports ? facesOf(answers, isRunning ? traffic.rates : NO_RATES, traffic.dropping) : []),
+        [ports, trunks, groups, mirrors, cables, traffic.rates, dropping, isRunning],
+    );
+    return { answers, counters, traffic, faces, error, isRunning };
 }
 
 /**
@@ -63,15 +69,7 @@ function chosen(faces, rest) {
 
 /** @param {{device: import("../types").Device, rest: string[]}} props */
 export function Front({ device, rest }) {
-    const read = (/** @type {string} */ command, /** @type {number} */ every) => useAnswer(device.name, { command }, every);
-    const { answer: ports, error } = read("ports", EVERY_SECONDS);
-    const counters = read("counters", EVERY_SECONDS).answer;
-    const answers = {
-        ports, trunks: read("trunks", SLOW).answer, groups: read("groups", SLOW).answer, mirrors: read("mirrors", SLOW).answer,
-        cables: read("cables", SLOW).answer,
-    };
-    const { rates, moments, dropping } = useTraffic(counters);
-    const faces = ports ? facesOf(answers, rates, dropping) : [];
+    const { answers, counters, traffic, faces, error, isRunning } = useFaces(device);
     const news = useNews(faces);
     const face = chosen(faces, rest);
     useEffect(() => void beginningOf(device.name, counters), [device.name, counters]);
@@ -82,17 +80,19 @@ export function Front({ device, rest }) {
         document.getElementById(`front-port-${face?.port}`)?.focus();
         location.hash = addressOf("front", device.name);
     };
-    if (!ports) {
-        return html`<div class="front"><h2>${device.name}</h2><${Problem} text=${error} />${error ? "" : html`<p>Reading the ports ...</p>`}</div>`;
+    if (faces.length === 0) {
+        return html`<h2>${device.name}</h2><p hidden=${error}>Reading the ports ...</p><${Problem} text=${error} />`;
     }
     return html`
         <div class="front">
-            <h2 class="front-title">${device.name}</h2>
-            <${Plate} name=${device.name} isRunning=${device.running && !error} faces=${faces} selected=${face?.port ?? null} onSelect=${onSelect} />
-            <div class="front-words"><p>${summary(faces)}</p><p class="front-news" role="status">${news}</p></div>
+            <h2 class="front-title">Front of ${device.name}</h2>
+            <${Plate} name=${device.name} isRunning=${isRunning} faces=${faces} selected=${face?.port ?? null}
+                onSelect=${onSelect} />
+            <div class="front-words"><p>${summaryOf(faces)}</p><p class="front-news" role="status">${news}</p></div>
             <${Legend} />
             ${face && html`
-                <${Details} device=${device} face=${face} answers=${answers} counters=${counters} moments=${moments} onClose=${onClose} />
+                <${Details} device=${device} face=${face} answers=${answers} counters=${counters} traffic=${traffic}
+                    onClose=${onClose} />
             `}
         </div>
     `;

@@ -7,17 +7,17 @@
  * @typedef {{port: number, x: number, y: number, width: number, isUpper: boolean, line: number}} Spot
  *
  * `vents` is what is left of the plate, if it is enough for slots; without ears the plate is in several rows.
- * @typedef {{width: number, height: number, hasEars: boolean, spots: Map<number, Spot>, name: {x: number, y: number, width: number},
+ * @typedef {{width: number, height: number, hasEars: boolean, spots: Map<number, Spot>, name: {x: number, y: number},
  *     vents: {x: number, y: number, width: number, height: number} | null}} Layout
  */
 
 /** Of a port: marks, number and lights, jack. */
-export const CELL = { width: 52, wide: 68, marks: 20, label: 14, jack: 36, height: 70 };
+export const CELL = { width: 54, wide: 70, marks: 20, label: 14, jack: 36, height: 70 };
 const GAP = 12;
 const EAR = 24;
 const SIDE = 104;
 const PAIR = 2 * CELL.height + 2;
-const LEAST_SCALE = 0.83;
+const LEAST_SCALE = 0.8;
 const MOST_SCALE = 1.4;
 /** Columns stand together in blocks of so many. */
 const BLOCK = 6;
@@ -67,12 +67,12 @@ function oneRow(copper, fibre, hasCpu, width) {
     const whole = Math.max(least, width / MOST_SCALE);
     const free = whole - least;
     if (hasCpu) {
-        spots.set(0, { port: 0, x: left + SIDE - CELL.wide, y: y + CELL.height + 2, width: CELL.wide, isUpper: false, line: 1 });
+        spots.set(0, { port: 0, x: left, y: y + CELL.height + 2, width: CELL.wide, isUpper: false, line: 1 });
     }
     setPair(spots, copper, { x: first, y, line: 0, startOf: columnStart, width: CELL.width });
     setPair(spots, fibre, { x: whole - EAR - GAP - fibreWidth, y, line: 0, startOf: wideStart, width: CELL.wide });
     return {
-        width: whole, height: PAIR + 2 * GAP, hasEars: true, spots, name: { x: left, y, width: SIDE },
+        width: whole, height: PAIR + 2 * GAP, hasEars: true, spots, name: { x: left, y },
         vents: free >= LEAST_VENTS ? { x: endOfCopper + GAP, y: y + 22, width: free - GAP, height: PAIR - 44 } : null,
     };
 }
@@ -92,7 +92,8 @@ function severalRows(copper, fibre, hasCpu, columns) {
     let y = GAP + 22;
     let line = 0;
     for (let at = 0; at < copper.length; at += 2 * columns) {
-        setPair(spots, copper.slice(at, at + 2 * columns), { x: GAP, y, line, startOf: columnStart, width: CELL.width });
+        const ports = copper.slice(at, at + 2 * columns);
+        setPair(spots, ports, { x: GAP, y, line, startOf: columnStart, width: CELL.width });
         y += PAIR + GAP;
         line += 2;
     }
@@ -102,10 +103,11 @@ function severalRows(copper, fibre, hasCpu, columns) {
         const row = Math.floor(index / inLine);
         const fromRight = Math.min(others.length, (row + 1) * inLine) - index;
         const x = port === 0 ? GAP : width - GAP - fromRight * CELL.wide;
-        spots.set(port, { port, x, y: y + row * (CELL.height + GAP), width: CELL.wide, isUpper: true, line: line + row });
+        const top = y + row * (CELL.height + GAP);
+        spots.set(port, { port, x, y: top, width: CELL.wide, isUpper: true, line: line + row });
     });
     y += Math.ceil(others.length / inLine) * (CELL.height + GAP);
-    return { width, height: y, hasEars: false, spots, name: { x: GAP, y: GAP - 4, width: width - 2 * GAP }, vents: null };
+    return { width, height: y, hasEars: false, spots, name: { x: GAP, y: GAP - 4 }, vents: null };
 }
 
 /**

@@ -9,8 +9,8 @@ import { ActivityLight, Copper, LinkLight } from "./jack.js";
  */
 function faceWith(parts) {
     return {
-        port: 1, isFibre: false, isUp: true, speed: 1000, isPresent: true, isEnabled: true, hasPlug: true, marks: [], in: 0, out: 0,
-        name: "", ...parts,
+        port: 1, name: "", isFibre: false, isUp: true, speed: 1000, isPresent: true, isEnabled: true, hasPlug: true,
+        marks: [], in: 0, out: 0, ...parts,
     };
 }
 
@@ -35,13 +35,17 @@ function Lights() {
     return html`
         <ul>
             ${SPEEDS.map(([speed, words]) => html`
-                <${Light} words=${`link, ${words}`}><${LinkLight} face=${faceWith({ speed: Number(speed) })} x=${2} y=${0} /><//>
+                <${Light} words=${`link, ${words}`}>
+                    <${LinkLight} face=${faceWith({ speed: Number(speed) })} x=${2} y=${0} />
+                <//>
             `)}
             <${Light} words="no link"><${LinkLight} face=${faceWith({ isUp: false })} x=${2} y=${0} /><//>
             <${Light} words="frames come in (left) and go out (right): the more, the faster; none: outlined">
                 <${ActivityLight} face=${faceWith({ in: 2, out: 2 })} x=${1} y=${0.5} />
             <//>
-            ${JACKS.map(({ face, words }) => html`<${Light} words=${words} box="0 -2 52 40"><${Copper} face=${face} /><//>`)}
+            ${JACKS.map(({ face, words }) => html`
+                <${Light} words=${words} box="1 -2 52 40"><${Copper} face=${face} /><//>
+            `)}
         </ul>
     `;
 }
@@ -56,7 +60,9 @@ export function Legend() {
                     <h3>Marks</h3>
                     <ul>
                         ${Object.entries(KINDS).map(([kind, { title }]) => html`
-                            <li><${MarkBadge} mark=${markOf(kind, title, { isHollow: kind === "standby" })} /> ${title}</li>
+                            <li>
+                                <${MarkBadge} mark=${markOf(kind, title, { isHollow: kind === "standby" })} /> ${title}
+                            </li>
                         `)}
                     </ul>
                 </section>

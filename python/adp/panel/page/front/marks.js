@@ -17,7 +17,12 @@ export const KINDS = {
         tone: "neutral",
         shape: () => html`<circle cx="8" cy="8" r="6.8" /><path class="front-slash" d="M3.4 3.4l9.2 9.2" />`,
     },
-    pulled: { letter: "P", title: "cable pulled", tone: "warn", shape: () => html`<path d="M2 1.2h12v8.6l-6 5.4l-6 -5.4z" />` },
+    pulled: {
+        letter: "P",
+        title: "cable pulled",
+        tone: "warn",
+        shape: () => html`<path d="M2 1.2h12v8.6l-6 5.4l-6 -5.4z" />`,
+    },
     blocked: {
         letter: "B",
         title: "spanning tree: B blocking, Li listening, Le learning, D disabled; outlined: in some groups only",
@@ -36,15 +41,25 @@ export const KINDS = {
         letter: "L",
         title: "in loopback: what would leave comes in again",
         tone: "warn",
-        shape: () => html`<path class="front-arc" d="M12.6 3.2a6.7 6.7 0 1 0 2 4.8" /><path d="M9.8 4.6l5.6 .6l-1 -5.2z" />
-            <circle cx="8" cy="8" r="4.9" />`,
+        shape: () => html`
+            <path class="front-arc" d="M12.6 3.2a6.7 6.7 0 1 0 2 4.8" /><path d="M9.8 4.6l5.6 .6l-1 -5.2z" />
+            <circle cx="8" cy="8" r="4.9" />
+        `,
     },
-    dropping: { letter: "!", title: "drops or loses frames now", tone: "warn", shape: () => html`<path d="M8 .8l7.6 14h-15.2z" /> ` },
+    dropping: {
+        letter: "!",
+        title: "drops or loses frames now",
+        tone: "warn",
+        shape: () => html`<path d="M8 .8l7.6 14h-15.2z" />`,
+    },
     bad: {
         letter: "",
         title: "bad cable: frames are lost, delayed or damaged on it",
         tone: "warn",
-        shape: () => html`<path d="M8 .4l7.6 7.6l-7.6 7.6l-7.6 -7.6z" /><path class="front-slash" d="M3.6 8.6l2.2 -2.4l2.4 4l2 -4l2.2 2.4" />`,
+        shape: () => html`
+            <path d="M8 .4l7.6 7.6l-7.6 7.6l-7.6 -7.6z" />
+            <path class="front-slash" d="M3.6 8.6l2.2 -2.4l2.4 4l2 -4l2.2 2.4" />
+        `,
     },
     trunk: {
         letter: "T1",
@@ -62,7 +77,9 @@ export const KINDS = {
         letter: "M",
         title: "mirrored: its frames are copied; outlined: mirroring is off",
         tone: "copy",
-        shape: () => html`<path d="M4.6 .8h10.6v10.6h-2v-8.6h-8.6z" /><rect x=".8" y="4.4" width="10.8" height="10.8" />`,
+        shape: () => html`
+            <path d="M4.6 .8h10.6v10.6h-2v-8.6h-8.6z" /><rect x=".8" y="4.4" width="10.8" height="10.8" />
+        `,
     },
     copies: {
         letter: "M",
@@ -74,7 +91,9 @@ export const KINDS = {
         letter: "I",
         title: "isolated: its frames may not leave by all ports",
         tone: "neutral",
-        shape: () => html`<path d="M.2 1h1.8v14h-1.8zM14 1h1.8v14h-1.8z" /><rect x="3.6" y="2.6" width="8.8" height="10.8" rx="1" />`,
+        shape: () => html`
+            <path d="M.2 1h1.8v14h-1.8zM14 1h1.8v14h-1.8z" /><rect x="3.6" y="2.6" width="8.8" height="10.8" rx="1" />
+        `,
     },
 };
 
@@ -82,8 +101,8 @@ const ORDER = Object.keys(KINDS);
 
 /** Where a letter stands in its shape, if it is not in the middle. */
 const LETTERS = {
-    looped: [8, 11.2], dropping: [8, 13.4], mirrored: [6.2, 13.4], copies: [6.6, 11.8], unauthorised: [8, 13.8], pulled: [8, 10.6],
-    isolated: [8, 11.6],
+    looped: [8, 11.2], dropping: [8, 13.4], mirrored: [6.2, 13.4], copies: [6.6, 11.8], unauthorised: [8, 13.8],
+    pulled: [8, 10.6], isolated: [8, 11.6],
 };
 
 /**
@@ -111,8 +130,9 @@ export function sortedMarks(marks) {
 export function MarkShape({ mark, x = 0, y = 0 }) {
     const { tone, shape } = KINDS[mark.kind];
     const [left, base] = LETTERS[/** @type {keyof typeof LETTERS} */ (mark.kind)] ?? [8, 11.8];
+    const classes = `front-mark tone-${tone} kind-${mark.kind}${mark.isHollow ? " hollow" : ""}`;
     return html`
-        <g class=${`front-mark tone-${tone} kind-${mark.kind} ${mark.isHollow ? "hollow" : ""}`} transform=${`translate(${x} ${y})`}>
+        <g class=${classes} transform=${`translate(${x} ${y})`}>
             ${shape()}
             ${mark.letter && html`
                 <text x=${left} y=${base} class=${mark.letter.length > 1 ? "long" : null}>${mark.letter}</text>

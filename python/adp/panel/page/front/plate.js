@@ -42,13 +42,13 @@ function Ears({ width, height }) {
     return [0, width - 24].map((x) => html`
         <g transform=${`translate(${x} 0)`}>
             <path class="front-seam" d=${`M${x === 0 ? 23.5 : 0.5} 4v${height - 8}`} />
-            ${[26, height - 26].map((y) => html`<rect class="front-hole" x="6" y=${y - 5} width="12" height="10" rx="5" />`)}
+            ${[21, height - 31].map((y) => html`<rect class="front-hole" x="6" y=${y} width="12" height="10" rx="5" />`)}
         </g>
     `);
 }
 
 /**
- * The chassis, which changes with the layout alone.
+ * The chassis.
  * @param {{layout: Layout, name: string, isRunning: boolean}} props
  */
 function Chassis({ layout, name, isRunning }) {
@@ -60,11 +60,12 @@ function Chassis({ layout, name, isRunning }) {
                 <stop class="front-metal-top" offset="0" /><stop class="front-metal-middle" offset=".08" />
                 <stop class="front-metal-middle" offset=".86" /><stop class="front-metal-bottom" offset="1" />
             </linearGradient>
-            <pattern id="front-brushed" width="160" height="3" patternUnits="userSpaceOnUse">
-                <path class="front-brush" d="M0 .5h70m20 0h60M30 1.5h120M0 2.5h20m25 0h80" />
+            <pattern id="front-brushed" width="8" height="3" patternUnits="userSpaceOnUse">
+                <path class="front-brush" d="M0 .5h8" />
             </pattern>
         </defs>
-        <rect class="front-chassis" x=".5" y=".5" width=${width - 1} height=${height - 1} rx="6" fill="url(#front-metal)" />
+        <rect class="front-chassis" x=".5" y=".5" width=${width - 1} height=${height - 1} rx="6"
+            fill="url(#front-metal)" />
         <rect x="1" y="1" width=${width - 2} height=${height - 2} rx="6" fill="url(#front-brushed)" />
         <path class="front-edge" d=${`M6 1.5h${width - 12}`} />
         ${hasEars && html`<${Ears} width=${width} height=${height} />`}
@@ -72,13 +73,15 @@ function Chassis({ layout, name, isRunning }) {
         <g transform=${`translate(${layout.name.x} ${layout.name.y})`}>
             <circle class=${`front-power ${isRunning ? "on" : ""}`} cx="7" cy="11" r="4" />
             <text class="front-name" x="18" y="15.5">${shown}<title>${name}</title></text>
-            ${hasEars && html`<text class="front-kind" x="2" y="34">${isRunning ? "managed access" : "not running"}</text>`}
+            <text class="front-kind" x=${hasEars ? 18 : width - 2 * layout.name.x} y=${hasEars ? 30 : 15.5}
+                text-anchor=${hasEars ? "start" : "end"}>${isRunning ? "access switch" : "not running"}</text>
         </g>
     `;
 }
 
 /**
- * @param {{name: string, isRunning: boolean, faces: Face[], selected: number | null, onSelect: (port: number) => void}} props
+ * @param {{name: string, isRunning: boolean, faces: Face[], selected: number | null,
+ *     onSelect: (port: number) => void}} props
  */
 export function Plate({ name, isRunning, faces, selected, onSelect }) {
     const [element, width] = useWidth();
@@ -101,14 +104,17 @@ export function Plate({ name, isRunning, faces, selected, onSelect }) {
         setCurrent(port);
         onSelect(port);
     }, [onSelect]);
-    const chassis = useMemo(() => html`<${Chassis} layout=${layout} name=${name} isRunning=${isRunning} />`, [layout, name, isRunning]);
+    const chassis = useMemo(
+        () => html`<${Chassis} layout=${layout} name=${name} isRunning=${isRunning} />`, [layout, name, isRunning],
+    );
     return html`
         <div class="front-plate" ref=${element}>
             <svg viewBox=${`0 0 ${layout.width} ${layout.height}`} role="group" aria-label=${`Face plate of ${name}`}>
                 ${chassis}
                 ${faces.map((face) => html`
-                    <${Port} key=${face.port} face=${face} spot=${layout.spots.get(face.port)} isSelected=${face.port === selected}
-                        isInOrder=${face.port === held} onSelect=${take} onKey=${onKey} />
+                    <${Port} key=${face.port} face=${face} spot=${layout.spots.get(face.port)}
+                        isSelected=${face.port === selected} isInOrder=${face.port === held}
+                        onSelect=${take} onKey=${onKey} />
                 `)}
             </svg>
         </div>

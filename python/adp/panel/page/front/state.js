@@ -6,8 +6,8 @@ import { barredPorts, linkWords, titleOf } from "./words.js";
 
 /**
  * A port as it is seen. `hasPlug` says that a cable is in it; `in` and `out` are levels of activity.
- * @typedef {{port: number, isFibre: boolean, isUp: boolean, speed: number, isPresent: boolean, isEnabled: boolean, hasPlug: boolean,
- *     marks: Mark[], in: number, out: number, name: string}} Face
+ * @typedef {{port: number, name: string, isFibre: boolean, isUp: boolean, speed: number, isPresent: boolean,
+ *     isEnabled: boolean, hasPlug: boolean, marks: Mark[], in: number, out: number}} Face
  *
  * The newest answers of a device; those that have not come yet are null.
  * @typedef {{ports: any, trunks: any, groups: any, mirrors: any, cables: any}} Answers
@@ -87,14 +87,15 @@ function mirrorMarks(port, mirrors) {
     const sessions = mirrors?.mirrors ?? [];
     const isOff = (/** @type {any} */ session) => !mirrors.enabled || session.disabled;
     const off = (/** @type {any[]} */ found) => (found.every(isOff) ? ", but mirroring is off" : "");
-    const sources = sessions.filter((/** @type {any} */ each) => each.ingress.includes(port) || each.egress.includes(port));
+    const has = (/** @type {string} */ way) => (/** @type {any} */ session) => session[way].includes(port);
+    const sources = sessions.filter((/** @type {any} */ each) => has("ingress")(each) || has("egress")(each));
     const ends = sessions.filter((/** @type {any} */ each) => each.destination === port || each.flow === port);
     /** @type {Mark[]} */
     const marks = [];
     if (sources.length > 0) {
-        const ways = ["ingress", "egress"].filter((way) => sources.some((/** @type {any} */ each) => each[way].includes(port)));
-        const words = ways.map((way) => (way === "ingress" ? "in" : "out")).join(" and ");
-        marks.push(markOf("mirrored", `mirrored ${words}${off(sources)}`, { isHollow: sources.every(isOff) }));
+        const ways = [sources.some(has("ingress")) ? ["in"] : [], sources.some(has("egress")) ? ["out"] : []].flat();
+        const words = `mirrored ${ways.join(" and ")}${off(sources)}`;
+        marks.push(markOf("mirrored", words, { isHollow: sources.every(isOff) }));
     }
     if (ends.length > 0) {
         marks.push(markOf("copies", `mirror destination${off(ends)}`, { isHollow: ends.every(isOff) }));
@@ -108,10 +109,11 @@ function mirrorMarks(port, mirrors) {
  * @returns {Mark[]}
  */
 function portMarks(row, rows) {
+    const isClosed = row.learning === 0 || row.learning === 8;
     return [
         !row.enabled && markOf("disabled", "disabled"),
         row.pulled && markOf("pulled", "cable pulled"),
-        (row.learning === 0 || row.learning === 8) && markOf("unauthorised", "unauthorised", { letter: String(row.learning) }),
+        isClosed && markOf("unauthorised", "unauthorised", { letter: String(row.learning) }),
         row.loopback !== 0 && markOf("looped", "in loopback"),
         barredPorts(row, rows).length > 0 && markOf("isolated", "isolated"),
     ].filter((mark) => mark !== false);
@@ -171,4 +173,26 @@ export function linkChanges(before, now) {
         const words = face.isUp ? "link up" : why ?? (face.isPresent ? "link down" : "its interface is gone");
         return [`${titleOf(face.port)}: ${words}`];
     });
+}
+
+/** What the summary counts, by the kind of a mark. */
+const COUNTED = {
+    pulled: "with a pulled cable", bad: "with a bad cable", disabled: "disabled", blocked: "held by spanning tree",
+    unauthorised: "unauthorised", dropping: "dropping frames now",
+};
+
+/**
+ * What the plate shows, in a sentence.
+ * @param {Face[]} faces
+ */
+export function summaryOf(faces) {
+    const users = faces.filter((face) => face.port !== 0);
+    const gone = users.filter((face) => !face.isPresent).length;
+    const parts = Object.entries(COUNTED).map(([kind, words]) => ({
+        count: users.filter((face) => face.marks.some((mark) => mark.kind === kind)).length, words,
+    }));
+    const told = [{ count: gone, words: "without an interface" }, ...parts].filter(({ count }) => count > 0);
+    const up = users.filter((face) => face.isUp).length;
+    const words = [`${up} of ${users.length} ports have a link`, ...told.map((each) => `${each.count} ${each.words}`)];
+    return `${words.join("; ")}.`;
 }

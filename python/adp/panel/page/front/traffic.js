@@ -1,10 +1,12 @@
 // What the counters say over time: rates now and in the last minute, ports that drop, and counts since a moment.
-import { useRef } from "../vendor/preact.js";
+import { useEffect, useMemo, useRef, useState } from "../vendor/preact.js";
 import { useTwoAnswers } from "../use.js";
 import { ratesOf } from "../rates.js";
 
-const HISTORY_SECONDS = 60;
-const DROPPING_MILLISECONDS = 3000;
+/** How far back the plots show rates. */
+export const HISTORY_SECONDS = 60;
+const DROPPING_SECONDS = 3;
+const TICK_MILLISECONDS = 1000;
 
 /** How often counters are read. */
 export const EVERY_SECONDS = 0.5;
@@ -22,11 +24,18 @@ export const LOSSES = {
 const RATES = ["rx_frames", "tx_frames", "rx_octets", "tx_octets", "trouble"];
 
 /**
- * Rates of a moment: `at` is the page's time in seconds.
- * @typedef {{at: number, rates: Map<number, Record<string, number>>}} Moment
+ * Counts per second, by port.
+ * @typedef {Map<number, Record<string, number>>} Rates
  *
- * @typedef {{rates: Map<number, Record<string, number>>, moments: Moment[], dropping: Set<number>}} Traffic
+ * Rates of a moment: `at` is the page's time in seconds.
+ * @typedef {{at: number, rates: Rates}} Moment
+ *
+ * `dropping` has the ports that drop or lose frames now.
+ * @typedef {{rates: Rates, moments: Moment[], dropping: Set<number>, now: number}} Traffic
  */
+
+/** @param {number[]} counts */
+const sum = (counts) => counts.reduce((all, count) => all + count, 0);
 
 /** @param {any} answer the one to `counters` */
 function flat(answer) {
@@ -34,7 +43,7 @@ function flat(answer) {
         time: answer.time,
         counters: answer.counters.map((/** @type {any} */ row) => ({
             ...row,
-            trouble: [...Object.values(row.drops), ...Object.keys(LOSSES).map((loss) => row[loss])].reduce((sum, count) => sum + count, 0),
+            trouble: sum([...Object.values(row.drops), ...Object.keys(LOSSES).map((loss) => row[loss])]),
         })),
     };
 }
@@ -50,36 +59,48 @@ function sinceLook({ before, now }, wasStill) {
     return { before: before && wasStill && last > before.time ? { ...before, time: last } : before, now };
 }
 
+/** Draws again from time to time: what is marked or plotted passes without a new answer, too. */
+function useTick() {
+    const [, setCount] = useState(0);
+    useEffect(() => {
+        const timer = setInterval(() => setCount((count) => count + 1), TICK_MILLISECONDS);
+        return () => clearInterval(timer);
+    }, []);
+}
+
 /**
  * @param {any} answer the newest one to `counters`
  * @returns {Traffic}
  */
 export function useTraffic(answer) {
-    const answers = useTwoAnswers(answer);
+    const answers = useTwoAnswers(useMemo(() => answer && flat(answer), [answer]));
     const held = useRef({
-        answer: /** @type {any} */ (null), before: /** @type {any} */ (null), wasStill: false,
-        since: /** @type {Map<number, number>} */ (new Map()),
-        traffic: /** @type {Traffic} */ ({ rates: new Map(), moments: [], dropping: new Set() }),
+        answer: /** @type {any} */ (null),
+        rates: /** @type {Rates} */ (new Map()),
+        moments: /** @type {Moment[]} */ ([]),
+        troubled: /** @type {Map<number, number>} */ (new Map()),
+        isStill: false,
     }).current;
-    if (answer && answer !== held.answer) {
-        const flatNow = flat(answer);
-        const now = performance.now();
-        const rates = ratesOf(sinceLook({ before: answers.before && held.before, now: flatNow }, held.wasStill), "counters", "port", RATES);
-        rates.forEach((rate, port) => rate.trouble > 0 && held.since.set(port, now));
-        held.wasStill = rates.size > 0 && [...rates.values()].every((rate) => RATES.every((count) => rate[count] === 0));
-        const moments = [...held.traffic.moments, { at: now / 1000, rates }];
-        held.traffic = {
-            rates,
-            moments: moments.filter((moment) => moment.at > now / 1000 - HISTORY_SECONDS - 2),
-            dropping: new Set([...held.since].filter(([, at]) => now - at < DROPPING_MILLISECONDS).map(([port]) => port)),
-        };
-        held.answer = answer;
-        held.before = flatNow;
+    useTick();
+    const now = performance.now() / 1000;
+    if (answers.now && answers.now !== held.answer) {
+        held.answer = answers.now;
+        held.rates = ratesOf(sinceLook(answers, held.isStill), "counters", "port", RATES);
+        held.rates.forEach((rate, port) => rate.trouble > 0 && held.troubled.set(port, now));
+        const all = [...held.rates.values()];
+        held.isStill = all.length > 0 && all.every((rate) => RATES.every((count) => rate[count] === 0));
+        held.moments = held.moments.filter((moment) => moment.at > now - HISTORY_SECONDS - 2);
+        held.moments.push({ at: now, rates: held.rates });
     }
-    return held.traffic;
+    return {
+        rates: held.rates,
+        moments: held.isStill ? [...held.moments, { at: now, rates: held.rates }] : held.moments,
+        dropping: new Set([...held.troubled].filter(([, at]) => now - at < DROPPING_SECONDS).map(([port]) => port)),
+        now,
+    };
 }
 
-/** The counters from which each device's counts are taken off, since the page was opened or somebody said "since now". */
+/** The counters that each device's counts are taken off: those when the page was opened, or when "since now" was said. */
 const beginnings = /** @type {Map<string, {answer: any, at: Date}>} */ (new Map());
 
 /**
