@@ -4,8 +4,8 @@ import { deviceRows } from "./rows.js";
 /** @typedef {import("../types").Lab} Lab */
 /** @typedef {import("../types").LabNode} LabNode */
 /**
- * A node's place, by its upper left corner. `toHosts` is the side of a device on which its hosts are; a host has that of
- * its device. A host's `row` is that in its block, counted from the device; cables to further rows pass at its right.
+ * A node's place, by its upper left corner. `toHosts` is the side of a device on which its hosts are; a host has that
+ * of its device. A host's `row` is that in its block, from the device on; cables to further rows pass at its right.
  * @typedef {{node: LabNode, x: number, y: number, width: number, height: number, row: number,
  *     toHosts: "top" | "bottom"}} Box
  */

@@ -109,7 +109,8 @@ function inOrder(neighbours, rows) {
 function rowsOfComponent(neighbours, component) {
     const degrees = component.map((name) => neighbours.get(name)?.size ?? 0);
     const way = wayAround(neighbours, component);
-    if (degrees.includes(1) && Math.max(...degrees) <= 2 && component.length <= LONGEST_ROW) {
+    const isChain = Math.max(...degrees) <= 2 && Math.min(...degrees) < 2;
+    if (isChain && component.length <= LONGEST_ROW) {
         return [way];
     }
     const middle = middleOf(neighbours, component);

@@ -112,7 +112,8 @@ function hostPath(from, to, host) {
     const first = from.y + out * GAP.cables;
     const turn = to.y - out * MARK_AWAY;
     const bend = (out * GAP.cables) / 2;
-    return pathOf("M", from.x, from.y, "C", from.x, from.y + bend, x, first - bend, x, first, "L", x, turn, "C", x, turn + (out * MARK_AWAY) / 2, to.x, turn, to.x, to.y);
+    return pathOf("M", from.x, from.y, "C", from.x, from.y + bend, x, first - bend, x, first,
+        "L", x, turn, "C", x, turn + (out * MARK_AWAY) / 2, to.x, turn, to.x, to.y);
 }
 
 /**
