@@ -56,18 +56,24 @@ def parse(words):
     return parser.parse_args(words)
 
 
+def _typed(program):
+    """The program as a person types it here."""
+    build = native_build()
+    return program if build.folder is None else shlex.quote(os.path.relpath(build.path_of(program)))
+
+
 def _single(text, recordings):
     """A device that is named by its run folder."""
     name, _, path = text.rpartition("=")
     folder = pathlib.Path(path).absolute()
     name = name or folder.name
-    control = native_build().command("vdevctl", "--run-dir", folder)
+    word = shlex.quote(str(folder))
     commands = {
-        "vdevctl": f"vdevctl --run-dir {shlex.quote(str(folder))}",
-        "adpsh": f"adpsh --run-dir {shlex.quote(str(folder))}",
-        "exec": f"env VDEVICE_DIR={shlex.quote(str(folder))}",
+        "vdevctl": f"{_typed('vdevctl')} --run-dir {word}",
+        "adpsh": f"{_typed('adpsh')} --run-dir {word}",
+        "exec": f"env VDEVICE_DIR={word}",
     }
-    return Device(name, folder, control, commands, recordings)
+    return Device(name, folder, native_build().command("vdevctl", "--run-dir", folder), commands, recordings)
 
 
 def _default_folder():
@@ -78,7 +84,7 @@ def _shown(options):
     """(devices, lab)"""
     if options.lab and options.devices:
         raise PanelError("Name a lab or run folders, not both.")
-    if options.lab or os.environ.get("ADP_LAB") or (not options.devices and folders()):
+    if options.lab or (not options.devices and (os.environ.get("ADP_LAB") or folders())):
         lab = Lab(options.lab)
         return lab.devices(options.recording), lab
     found = [_single(text, options.recording) for text in options.devices or [f"device={_default_folder()}"]]
@@ -106,12 +112,14 @@ async def _serve(options):
             wait.cancel()
     finally:
         await server.stop()
+    return f"The lab '{lab.name}' has ended." if lab and not end.is_set() else ""
 
 
 def main(words):
     options = parse(words)
     try:
-        asyncio.run(_serve(options))
+        if ending := asyncio.run(_serve(options)):
+            print(f"{PROGRAM}: {ending}", file=sys.stderr)
         return 0
     except (LabError, PanelError) as problem:
         complaint = str(problem)
