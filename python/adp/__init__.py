@@ -31,7 +31,7 @@ from __future__ import annotations
 
 from typing import TYPE_CHECKING
 
-_SUBPACKAGES = ("bindings", "calls", "lab", "testing")  # and no names of the bindings
+_SUBPACKAGES = ("bindings", "calls", "lab", "panel", "testing")  # and no names of the bindings
 
 if TYPE_CHECKING:
     from .bindings import *  # noqa: F403

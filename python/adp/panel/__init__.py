@@ -1,0 +1,1 @@
+"""The front panel: a page that shows running devices, and its server."""

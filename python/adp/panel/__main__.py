@@ -1,0 +1,8 @@
+"""python3 -m adp.panel: the program adp-panel."""
+
+import sys
+
+from .command import main
+
+if __name__ == "__main__":
+    sys.exit(main(sys.argv[1:]))
