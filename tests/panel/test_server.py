@@ -386,16 +386,17 @@ def test_a_page_that_does_not_read_makes_the_device_wait(monkeypatch):
 
         device.answers["follow"] = lines
         device.answers["ports"] = line({"ports": ["x" * 100000]})
+        device.answers["macs"] = line({"macs": ["x" * 4000000]})
         async with opened.page() as page:
             await page.hear_panel()
             memory = Memory()
             with page.paused():
                 for number in range(8):
                     await page.say(number, device="sw1", stream={"command": "follow"})
-                for number in range(8, 60):
+                for number in range(8, 32):
                     await page.say(number, device="sw1", read={**PORTS, "port": number}, every=0.25)
                 for number in range(100, 400):
-                    await page.say(number, device="sw1", ask=PORTS)
+                    await page.say(number, device="sw1", ask={"command": "macs"})
                 stopped = await standstill(lambda: written)
                 assert stopped < 8 * most
                 assert memory.grown() < 100
