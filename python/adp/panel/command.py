@@ -18,6 +18,7 @@ from .panel import Panel
 from .problem import PanelError
 from .server import Server
 
+
 def _typed(program):
     """The program as a person types it here."""
     build = native_build()
