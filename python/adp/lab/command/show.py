@@ -65,14 +65,15 @@ def _remark(record, name, program, state):
     return f"{name}: {program} {how_it_ended(state['status'])}. {last} {restart}"
 
 
+def remarks_on(record, name):
+    """A sentence for each process of a node that has ended."""
+    processes = record.nodes[name]["processes"]
+    return [_remark(record, name, program, state) for program, state in processes.items() if not _is_running(state)]
+
+
 def remarks(record):
-    """A sentence for each process that has ended."""
-    return [
-        _remark(record, name, program, state)
-        for name, node in record.nodes.items()
-        for program, state in node["processes"].items()
-        if not _is_running(state)
-    ]
+    """The same of all nodes."""
+    return [remark for name in record.nodes for remark in remarks_on(record, name)]
 
 
 def heading(record):
