@@ -15,18 +15,26 @@ import { useWindow } from "./window.js";
  *   isWatched  a value that has changed in the last seconds is marked (a new row is in any case)
  *   isHead     the cells name their rows
  *   about      the column's name in full
+ *   isLetter   the cells are letters, narrow and centred
+ *   isHidden   the column is not seen now
+ * The columns of a table stay the same ones, in the same order.
  * @typedef {{name: string, title: string, value: (row: any) => any, show?: (row: any) => any, text?: (row: any) => string,
  *     label?: (row: any) => string, mark?: (row: any) => string, isNumber?: boolean, isWatched?: boolean, isHead?: boolean,
- *     about?: string}} Column
+ *     about?: string, isLetter?: boolean, isHidden?: boolean}} Column
  */
 /** @typedef {import("./rows").Sort} Sort */
+
+/** @param {Column} column */
+function classOf(column) {
+    return `${column.isNumber ? " number" : ""}${column.isLetter ? " letter" : ""}`;
+}
 
 /** @param {{columns: Column[], sort: Sort, onSort: (name: string) => void}} props */
 function Head({ columns, sort, onSort }) {
     return html`
         <thead><tr aria-rowindex="1">
             ${columns.map((column) => html`
-                <th scope="col" class=${column.isNumber ? "number" : null}
+                <th scope="col" class=${classOf(column)}
                     aria-sort=${sort.name === column.name ? (sort.isUp ? "ascending" : "descending") : null}>
                     <button type="button" onClick=${() => onSort(column.name)} title=${column.about}
                         aria-label=${column.about}>${column.title}</button>
@@ -44,10 +52,10 @@ function Sign({ text, sign }) {
 /** @param {{row: any, column: Column, marks: any, watched: Column[], isFirst: boolean}} props */
 function Cell({ row, column, marks, watched, isFirst }) {
     const isChanged = column.isWatched && marks.isChanged(watched.indexOf(column));
-    const names = [column.isNumber && "number", column.mark?.(row), isChanged && "changed"].filter((name) => name);
+    const names = `${column.mark?.(row) ?? ""}${classOf(column)}${isChanged ? " changed" : ""}`;
     const label = column.label && `${column.label(row)}${isChanged ? ", just changed" : ""}`;
     return html`
-        <${column.isHead ? "th" : "td"} scope=${column.isHead ? "row" : null} class=${names.join(" ") || null}
+        <${column.isHead ? "th" : "td"} ...${column.isHead ? { scope: "row" } : {}} class=${names}
             aria-label=${label} title=${label}>
             ${column.show ? column.show(row) : column.value(row)}
             ${isChanged && html`<${Sign} text="just changed" sign="•" />`}
@@ -79,6 +87,7 @@ function Space({ rows, height, columns }) {
 function Rows({ columns, rows, keyOf, changes, first }) {
     const now = performance.now();
     const watched = columns.filter((column) => column.isWatched);
+    const seen = columns.filter((column) => !column.isHidden);
     return html`
         <tbody class="rows">
             ${rows.map((row, index) => {
@@ -86,7 +95,7 @@ function Rows({ columns, rows, keyOf, changes, first }) {
                 return html`
                     <tr key=${keyOf(row)} aria-rowindex=${first + index + 2}
                         class=${marks.isGone ? "gone-row" : marks.isNew ? "new-row" : null}>
-                        ${columns.map((column, at) => html`
+                        ${seen.map((column, at) => html`
                             <${Cell} row=${row} column=${column} marks=${marks} watched=${watched} isFirst=${at === 0} />
                         `)}
                     </tr>
@@ -136,22 +145,23 @@ export function Table({ caption, columns, rows, keyOf, empty = "None", search, k
     useFocus(frame);
     /** @param {string} name */
     const onSort = (name) => setSort((old) => ({ name, isUp: old.name === name ? !old.isUp : true }));
-    const now = prepared && prepared.rows !== rows ? prepared.columns : columns;
+    const all = prepared && prepared.rows !== rows ? prepared.columns : columns;
+    const seen = all.filter((column) => !column.isHidden);
+    const longest = prepared?.longest.filter((_, index) => !all[index].isHidden);
+    const count = `${prepared?.count ?? 0} of ${prepared?.rows.length ?? 0} rows`;
     return html`
         <div class="table">
-            <div class="table-line">
-                ${search && html`<${Search} label=${search} words=${words} onSearch=${setWords} />`}
-                <span class="rows-shown" role=${words ? "status" : null}>${prepared?.count ?? 0} of ${prepared?.rows.length ?? 0} rows</span>
-            </div>
+            ${search && html`<${Search} label=${search} words=${words} onSearch=${setWords} />`}
+            <span class="unseen" role="status">${words && count}</span>
             <div class=${isWhole ? "scroll" : "scroll long"} tabindex="0" role="region" aria-label=${caption} ref=${frame}
                 onScroll=${look}>
                 <table aria-rowcount=${shown.length + 1}>
-                    <caption>${caption}</caption>
-                    <${Head} columns=${now} sort=${sort} onSort=${onSort} />
-                    ${!isWhole && html`<${Widths} texts=${prepared?.longest} /><${Space} rows=${first} height=${height} columns=${now.length} />`}
-                    <${Rows} columns=${now} rows=${shown.slice(first, last)} keyOf=${keyOf} changes=${changes} first=${first} />
-                    ${!isWhole && html`<${Space} rows=${shown.length - last} height=${height} columns=${now.length} />`}
-                    ${shown.length === 0 && html`<tbody><tr><td colspan=${now.length}>${prepared ? empty : "Reading ..."}</td></tr></tbody>`}
+                    <caption><span>${caption}: <span class="rows-shown">${count}</span></span></caption>
+                    <${Head} columns=${seen} sort=${sort} onSort=${onSort} />
+                    ${!isWhole && html`<${Widths} texts=${longest} /><${Space} rows=${first} height=${height} columns=${seen.length} />`}
+                    <${Rows} columns=${all} rows=${shown.slice(first, last)} keyOf=${keyOf} changes=${changes} first=${first} />
+                    ${!isWhole && html`<${Space} rows=${shown.length - last} height=${height} columns=${seen.length} />`}
+                    ${shown.length === 0 && html`<tbody><tr><td colspan=${seen.length}>${prepared ? empty : "Reading ..."}</td></tr></tbody>`}
                 </table>
             </div>
         </div>
