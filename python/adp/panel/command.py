@@ -1,6 +1,5 @@
-"""The command line of adp-panel, and its way from the beginning to the end."""
+"""The program adp-panel, from its beginning to its end."""
 
-import argparse
 import asyncio
 import os
 import pathlib
@@ -14,47 +13,10 @@ from ..lab.command.run_folder import folders
 from ..lab.problem import LabError
 from .device import Device
 from .lab import Lab
+from .options import PROGRAM, parse
 from .panel import Panel
 from .problem import PanelError
 from .server import Server
-
-PROGRAM = "adp-panel"
-
-
-class _Parser(argparse.ArgumentParser):
-    def error(self, message):
-        self.exit(2, f"{PROGRAM}: {message[0].upper()}{message[1:].rstrip('.')}. '{PROGRAM} --help' shows what there is.\n")
-
-
-def _port(text):
-    number = int(text) if text.isdecimal() else -1
-    if not 0 <= number <= 65535:
-        raise argparse.ArgumentTypeError("a port is a number from 0 to 65535")
-    return number
-
-
-def parse(words):
-    parser = _Parser(
-        prog=PROGRAM,
-        allow_abbrev=False,
-        description="Shows running devices in a browser: prints the address of a page, which only this machine can open.",
-    )
-    parser.add_argument(
-        "devices",
-        nargs="*",
-        metavar="[NAME=]RUN_DIR",
-        help="run folder of a device, and the name it gets; by default all devices of the lab that runs, else the "
-        "default run folder of vdevctl",
-    )
-    parser.add_argument("--lab", metavar="NAME", help="all devices of this lab; by default as adp-lab")
-    parser.add_argument("--port", metavar="N", type=_port, default=0, help="TCP port; by default one that is free")
-    parser.add_argument("--read-only", action="store_true", help="the page cannot change anything")
-    parser.add_argument(
-        "--recording", metavar="FILE", action="append", default=[], help="shows the calls of this recording, too"
-    )
-    parser.add_argument("--open", action="store_true", help="opens the page in the browser")
-    return parser.parse_args(words)
-
 
 def _typed(program):
     """The program as a person types it here."""
