@@ -1,5 +1,5 @@
-// A table: sorted by the column that one chooses, searched, with marks at what has just changed. A long one is scrolled in
-// its frame, and only the rows in sight are in the document.
+// A table: sorted by the column that one chooses, searched, with marks at what has just changed. A long one is scrolled
+// in its frame, and only the rows in sight are in the document.
 import { html, useLayoutEffect, useRef, useState } from "../vendor/preact.js";
 import { useRows } from "./rows.js";
 import { Rows, classOf } from "./table_rows.js";
@@ -45,14 +45,14 @@ function Head({ columns, sort, onSort }) {
  * @param {{texts: string[]}} props
  */
 function Widths({ texts }) {
-    return html`<tbody aria-hidden="true"><tr class="widths">${texts.map((text) => html`<td><div>${text}</div></td>`)}</tr></tbody>`;
+    const cells = texts.map((text) => html`<td><div>${text}</div></td>`);
+    return html`<tbody aria-hidden="true"><tr class="widths">${cells}</tr></tbody>`;
 }
 
 /** @param {{rows: number, height: number, columns: number}} props */
 function Space({ rows, height, columns }) {
-    return html`
-        <tbody aria-hidden="true"><tr class="space"><td colspan=${columns} style=${{ height: `${rows * height}px` }}></td></tr></tbody>
-    `;
+    const cell = html`<td colspan=${columns} style=${{ height: `${rows * height}px` }}></td>`;
+    return html`<tbody aria-hidden="true"><tr class="space">${cell}</tr></tbody>`;
 }
 
 /** @param {{label: string, words: string, onSearch: (words: string) => void}} props */
@@ -110,12 +110,17 @@ export function Table({ caption, columns, rows, keyOf, empty = "None", search, k
             <div class=${isWhole ? "scroll" : "scroll long"} tabindex="0" role="region" aria-label=${caption} ref=${frame}
                 onScroll=${look} onFocusCapture=${onFocus}>
                 <table aria-rowcount=${shown.length + 1}>
-                    <caption><span>${caption}: <span class="rows-shown">${count}</span></span></caption>
+                    <caption><span>
+                        <span class="caption-text">${caption}: </span><span class="rows-shown">${count}</span>
+                    </span></caption>
                     <${Head} columns=${seen} sort=${sort} onSort=${onSort} />
-                    ${!isWhole && html`<${Widths} texts=${longest} /><${Space} rows=${first} height=${height} columns=${seen.length} />`}
+                    ${!isWhole && html`<${Widths} texts=${longest} />`}
+                    ${!isWhole && html`<${Space} rows=${first} height=${height} columns=${seen.length} />`}
                     <${Rows} columns=${all} rows=${shown.slice(first, last)} keyOf=${keyOf} changes=${changes} first=${first} />
                     ${!isWhole && html`<${Space} rows=${shown.length - last} height=${height} columns=${seen.length} />`}
-                    ${shown.length === 0 && html`<tbody><tr><td colspan=${seen.length}>${prepared ? empty : "Reading ..."}</td></tr></tbody>`}
+                    ${shown.length === 0 && html`
+                        <tbody><tr><td colspan=${seen.length}>${prepared ? empty : "Reading ..."}</td></tr></tbody>
+                    `}
                 </table>
             </div>
         </div>
