@@ -19,9 +19,9 @@ import { useWindow } from "./window.js";
  *   isLetter   the cells are letters, narrow and centred
  *   isHidden   the column is not seen now
  * The columns of a table stay the same ones, in the same order.
- * @typedef {{name: string, title: string, value: (row: any) => any, show?: (row: any) => any, text?: (row: any) => string,
- *     label?: (row: any) => string, mark?: (row: any) => string, isNumber?: boolean, isWatched?: boolean, isHead?: boolean,
- *     about?: string, isLetter?: boolean, isHidden?: boolean}} Column
+ * @typedef {{name: string, title: string, value: (row: any) => any, show?: (row: any) => any,
+ *     text?: (row: any) => string, label?: (row: any) => string, mark?: (row: any) => string, isNumber?: boolean,
+ *     isWatched?: boolean, isHead?: boolean, about?: string, isLetter?: boolean, isHidden?: boolean}} Column
  */
 /** @typedef {import("./rows").Sort} Sort */
 
@@ -86,9 +86,9 @@ function useFocus(frame) {
 /**
  * @param {{caption: string, columns: Column[], rows: any[], keyOf: (row: any) => any, empty?: string, search?: string,
  *     keep?: ((row: any) => boolean) | null, sort?: Sort}} props
- *     `caption` says to a screen reader what the rows are; `keyOf` gives each row another key; `empty` is shown when there
- *     are none; `search` is the label of a field to search in; only rows that `keep` takes are shown; `sort` is the sorting
- *     at first, by the first column if it is not given
+ *     `caption` says to a screen reader what the rows are; `keyOf` gives each row another key; `empty` is shown when
+ *     there are none; `search` is the label of a field to search in; only rows that `keep` takes are shown; `sort` is
+ *     the sorting at first, by the first column if it is not given
  */
 export function Table({ caption, columns, rows, keyOf, empty = "None", search, keep = null, sort: firstSort }) {
     const [sort, setSort] = useState(firstSort ?? { name: columns[0].name, isUp: true });
@@ -107,8 +107,8 @@ export function Table({ caption, columns, rows, keyOf, empty = "None", search, k
         <div class="table">
             ${search && html`<${Search} label=${search} words=${words} onSearch=${setWords} />`}
             <span class="unseen" role="status">${words && count}</span>
-            <div class=${isWhole ? "scroll" : "scroll long"} tabindex="0" role="region" aria-label=${caption} ref=${frame}
-                onScroll=${look} onFocusCapture=${onFocus}>
+            <div class=${isWhole ? "scroll" : "scroll long"} tabindex="0" role="region" aria-label=${caption}
+                ref=${frame} onScroll=${look} onFocusCapture=${onFocus}>
                 <table aria-rowcount=${shown.length + 1}>
                     <caption><span>
                         <span class="caption-text">${caption}: </span><span class="rows-shown">${count}</span>
@@ -116,8 +116,11 @@ export function Table({ caption, columns, rows, keyOf, empty = "None", search, k
                     <${Head} columns=${seen} sort=${sort} onSort=${onSort} />
                     ${!isWhole && html`<${Widths} texts=${longest} />`}
                     ${!isWhole && html`<${Space} rows=${first} height=${height} columns=${seen.length} />`}
-                    <${Rows} columns=${all} rows=${shown.slice(first, last)} keyOf=${keyOf} changes=${changes} first=${first} />
-                    ${!isWhole && html`<${Space} rows=${shown.length - last} height=${height} columns=${seen.length} />`}
+                    <${Rows} columns=${all} rows=${shown.slice(first, last)} keyOf=${keyOf} changes=${changes}
+                        first=${first} />
+                    ${!isWhole && html`
+                        <${Space} rows=${shown.length - last} height=${height} columns=${seen.length} />
+                    `}
                     ${shown.length === 0 && html`
                         <tbody><tr><td colspan=${seen.length}>${prepared ? empty : "Reading ..."}</td></tr></tbody>
                     `}
