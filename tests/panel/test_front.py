@@ -212,6 +212,20 @@ def test_answers_become_marks(page):
     assert calls(page, "state", ANSWERS) == ANSWERS_SEEN
 
 
+def test_rates_are_those_since_the_last_look(page):
+    """A server that says nothing while counts stay the same has looked all the time."""
+    page.open("#front/sw1")
+    looks = [calls(page, "traffic", f"return code.sinceLook({each}).before") for each in (
+        "{before: {time: 10}, now: {time: 100}}, true", "{before: {time: 10}, now: {time: 100}}, false",
+        "{before: {time: 99.8}, now: {time: 100}}, true", "{before: null, now: {time: 100}}, true",
+    )]  # fmt: skip
+    assert looks == [{"time": 99.5}, {"time": 10}, {"time": 99.8}, None]
+    levels = calls(page, "state", "return [0, 0.1, 1, 9, 10, 99, 100, 1e5, 1e6, 1e7].map(code.levelOf)")
+    assert levels == [0, 1, 1, 1, 2, 2, 3, 6, 7, 7]
+    scales = calls(page, "plots", "return [0, 1, 1.5, 3, 7, 10, 11, 480000].map(code.scaleOf)")
+    assert scales == [1, 1, 2, 5, 10, 10, 20, 500000]
+
+
 def test_every_mark_has_a_shape_and_a_name_of_its_own(page):
     page.open("#front/sw1")
     page.click(".front-legend summary")
