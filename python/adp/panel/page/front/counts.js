@@ -57,7 +57,9 @@ export function Counts({ row, before, queues, at, onNow }) {
                 <table>
                     <thead>
                         <tr>
-                            <th scope="col">Count</th><th scope="col" class="number">In</th><th scope="col" class="number">Out</th>
+                            <th scope="col">Count</th>
+                            <th scope="col" class="number">In</th>
+                            <th scope="col" class="number">Out</th>
                         </tr>
                     </thead>
                     <tbody>
