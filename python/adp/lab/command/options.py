@@ -62,6 +62,7 @@ COMMANDS = (
                 "management programs are the target's build, under emulation",
                 {"action": "store_true"},
             ),
+            Argument(("--panel",), "starts the lab's panel, too, and shows its address", {"action": "store_true"}),
         ),
     ),
     Command(

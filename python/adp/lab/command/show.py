@@ -6,6 +6,7 @@ from .addresses import addresses
 from .cabling import port_of
 from .namespaces import pids_outside
 from .node import HOLDER
+from .panel import panel_address
 from .programs import how_it_ended
 from .words import PROGRAM, counted, table
 
@@ -101,4 +102,6 @@ def suggestions(record):
 
 def lab_text(record):
     """What `ps` shows of a lab."""
-    return "\n".join([heading(record), processes_table(record), *remarks(record)])
+    address = panel_address(record.folder)
+    panel = [f"The panel: {address}"] if address else []
+    return "\n".join([heading(record), processes_table(record), *panel, *remarks(record)])
