@@ -88,11 +88,45 @@ def test_explain_refuses_no_frame_and_a_broken_file(standing_device, tmp_path):
 @pytest.mark.parametrize("request_", [
     {"port": 1}, {"port": 1, "frame": ""}, {"port": 1, "frame": "abc"}, {"port": 1, "frame": 7}, {"port": 1, "frame": None},
     {"port": 1, "frame": "ff" * 16385}, {"port": [], "frame": "ff"}, {"port": 1e9, "frame": "ff"}, {"cpu": 1, "frame": "ff"},
-    {"port": 2 ** 63, "frame": "ff"}, {"port": 1, "frame": "\x00\x00"}, {"port": 1, "frame": "@@"}])
+    {"port": 1, "frame": "ff", "texts": 1}, {"port": 2 ** 63, "frame": "ff"}, {"port": 1, "frame": "\x00\x00"}, {"port": 1, "frame": "@@"}])
 def test_a_wrong_request_to_explain_is_refused(standing_device, request_):
     client = Control(standing_device)
     client.say(json.dumps({"command": "explain", **request_}).encode() + b"\n")
     assert set(client.hear()) == {"error"}
+
+
+def printed(account):
+    """The account as vdevctl prints it, made of its texts: of each port what is said of it."""
+    steps = "".join("  " * bool(at) + step["text"] + "\n" for at, step in enumerate(account["steps"]))
+    return steps, {row["port"]: row["text"] for row in account["ports"] + account["mirrors"]}
+
+
+def test_the_texts_of_an_account_are_the_printed_ones(standing_device):
+    one, = standing_device.nics("host1")
+    client, follower = Control(standing_device), Control(standing_device)
+    follower.say(b'{"command": "follow", "texts": true}\n')
+    assert follower.hear() == {"following": True}
+    for frame in (FRAME, UNTRANSLATED):
+        text = standing_device.control("explain", "--port=1", frame.hex()).stdout
+        client.say(json.dumps({"command": "explain", "port": 1, "frame": frame.hex(), "texts": True}).encode() + b"\n")
+        account, = client.hear()["frames"]
+        steps, ports = printed(account)
+        assert text.startswith(steps)
+        assert (ports[1] == "the frame came in there") == ("drop" not in account) and set(ports) == {0, 1, 2, 3, 4}
+        rest = text[len(steps):]
+        assert all(f": {words}\n" in rest for words in ports.values() if words != "the frame is not for it")
+        one.send(frame)
+        assert printed(follower.hear()) == (steps, ports)
+    account, = standing_device.ask("explain", FRAME.hex(), "--port", "1")["frames"]
+    assert not any("text" in row for row in account["steps"] + account["ports"])
+
+
+@pytest.mark.parametrize("member", ["steps", "texts"])
+def test_a_wrong_request_to_follow_leaves_room(standing_device, member):
+    for _ in range(17):
+        client = Control(standing_device)
+        client.say(json.dumps({"command": "follow", member: 7}).encode() + b"\n")
+        assert client.hear() == {"error": "An argument of the command has the wrong type."}
 
 
 def test_follow_prints_a_line_a_frame(standing_device):

@@ -191,6 +191,10 @@ std::string fate_text(const json &row) {
     return text;
 }
 
+std::string mirror_text(const json &row) {
+    return text_of<chip::Origin>(row, "origin") + ", " + fate_text(row);
+}
+
 struct Group {
     std::string text;
     json ports;
@@ -227,8 +231,7 @@ std::string show_groups(const char *title, const std::vector<Group> &groups) {
 std::string show_copies(const json &rows) {
     std::string text;
     for (const json &row : rows) {
-        text += fmt::format("  {:<8}  port {}: {}, {}\n", text.empty() ? "mirror" : "", port_name(row),
-                            text_of<chip::Origin>(row, "origin"), fate_text(row));
+        text += fmt::format("  {:<8}  port {}: {}\n", text.empty() ? "mirror" : "", port_name(row), mirror_text(row));
     }
     return text;
 }
@@ -265,6 +268,17 @@ std::string account_text(const json &account) {
     }
     return text + show_groups("sent", groups_of(account, true)) + show_copies(account["mirrors"]) +
            show_groups("not sent", groups_of(account, false));
+}
+
+void add_texts(json &account) {
+    const auto add = [&](const char *list, std::string (*text)(const json &)) {
+        for (json &each : account[list]) {
+            each["text"] = text(each);
+        }
+    };
+    add("steps", step_text);
+    add("ports", fate_text);
+    add("mirrors", mirror_text);
 }
 
 std::string account_line(const json &account) {

@@ -67,9 +67,13 @@ std::vector<uint8_t> requested_frame(const json &request) {
 json explain(Device &device, const json &request) {
     const int port = ingress_port(device, request);
     const std::vector<uint8_t> frame = requested_frame(request);
+    const bool with_texts = request.value(kTexts, false);
     json frames = json::array();
     for (const chip::Account &account : chip::Explainer{}.explain(device.chip().tables(), device.now(), port, frame)) {
         frames.push_back(to_json(account, device.board()));
+        if (with_texts) {
+            add_texts(frames.back());
+        }
     }
     return {{"frames", frames}};
 }

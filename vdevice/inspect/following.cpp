@@ -20,9 +20,22 @@ constexpr Filter kSteps{"steps", "", "all steps of each frame", FilterKind::kOwn
 constexpr Filter kFollowOptions[] = {kFramePort,    kFrameVlan,   kFrameMac, kFrameType,
                                      kFrameDropped, kFrameReason, kSteps};
 
+/** How accounts become lines. */
+struct Form {
+    explicit Form(const json &request)
+        : as_text{request.value("form", json("json")) == "text"},
+          with_steps{request.value(kSteps.name, false)},
+          with_texts{request.value(kTexts, false)} {}
+
+    bool as_text;
+    bool with_steps; /**< matters to text alone: JSON always has them */
+    bool with_texts; /**< likewise to JSON */
+};
+
 /** Says why a request could not be opened. */
 json refuse_follow(Device &device, const json &request) {
     [[maybe_unused]] const FrameFilter filter{device, request};
+    [[maybe_unused]] const Form form{request};
     throw Refusal{fmt::format("{} clients follow frames already.", Following::kMostFollowers)};
 }
 
@@ -33,13 +46,16 @@ extern constexpr Subject kFollow{"follow",      "",           "what becomes of e
 
 namespace {
 
-std::string line_of(const chip::Account &account, const Device &device, bool as_text, bool with_steps) {
-    const json object = to_json(account, device.board());
-    if (!as_text) {
+std::string line_of(const chip::Account &account, const Device &device, const Form &form) {
+    json object = to_json(account, device.board());
+    if (!form.as_text) {
+        if (form.with_texts) {
+            add_texts(object);
+        }
         return object.dump();
     }
     // With the time and port a client finds the frame in a capture.
-    return json{{"text", with_steps ? account_text(object) : account_line(object)},
+    return json{{"text", form.with_steps ? account_text(object) : account_line(object)},
                 {"time", object["time"]},
                 {"port", object["port"]}}
         .dump();
@@ -56,18 +72,17 @@ std::string line_of(const Missed &missed, bool as_text) {
 }  // namespace
 
 Lines Following::open(const json &request, const std::function<void()> &wake) {
-    FrameFilter filter{device_, request};  // a request that it refuses leaves no watcher behind
-    tick();                                // those who have left make room
+    FrameFilter filter{device_, request};  // a request that is refused leaves no watcher behind
+    const Form form{request};
+    tick();  // those who have left make room
     if (audience_.size() >= kMostFollowers) {
         return nullptr;
     }
     if (audience_.empty()) {
         device_.add_watcher(*this);
     }
-    const bool as_text = request.value("form", json("json")) == "text";
-    const bool with_steps = request.value(kSteps.name, false);
     const auto queue = audience_.add({std::move(filter), {kMostWaiting, wake}});
-    return [this, as_text, with_steps, has_begun = false, follower = queue]() mutable -> std::optional<std::string> {
+    return [this, form, has_begun = false, follower = queue]() mutable -> std::optional<std::string> {
         if (!std::exchange(has_begun, true)) {
             return json{{"following", true}}.dump();
         }
@@ -76,8 +91,7 @@ Lines Following::open(const json &request, const std::function<void()> &wake) {
             return std::nullopt;
         }
         const auto *account = std::get_if<AccountPtr>(&*taken);
-        return account == nullptr ? line_of(std::get<Missed>(*taken), as_text)
-                                  : line_of(**account, device_, as_text, with_steps);
+        return account == nullptr ? line_of(std::get<Missed>(*taken), form.as_text) : line_of(**account, device_, form);
     };
 }
 

@@ -10,6 +10,7 @@ import contextlib
 import time
 
 from .answers import checked_answer, error_member, lines_text
+from .calls import calls
 from .connection import connection
 from .problem import DeviceGone, PanelError
 from .requests import octets_of
@@ -29,7 +30,7 @@ async def _device_lines(device, request):
     raise opened.gone(device.folder)
 
 
-SOURCES = {"follow": _device_lines, "watch": _device_lines}
+SOURCES = {"follow": _device_lines, "watch": _device_lines, "calls": calls}
 
 
 async def _batches(pieces):
