@@ -20,7 +20,7 @@ def port(page, number):
 
 
 def name_of(page, number):
-    return port(page, number).get_attribute("aria-label")
+    return port(page, number).accessible_name
 
 
 def wait_for_name(page, number, pattern):
@@ -173,7 +173,7 @@ def test_marks_show_what_the_software_has_set(page, fresh):
     wait_for_marks(page, 10, "disabled")
     wait_for_marks(page, 11, "looped")
     wait_for_marks(page, 12, "mirrored?")
-    wait_for_name(page, 12, ".*, mirrored in and out \(mirroring is off\)")
+    wait_for_name(page, 12, r".*, mirrored in and out \(mirroring is off\)")
     wait_for_marks(page, 13, "copies?")
     page.wait_for(".front-words", "1 disabled; 2 held by spanning tree; 2 unauthorised")
     page.click(port(page, 9))

@@ -140,7 +140,7 @@ export function Port({ face, spot, isSelected, isInOrder, onSelect, onKey }) {
     return useMemo(() => html`
         <g class=${classes.filter(Boolean).join(" ")} transform=${`translate(${spot.x} ${spot.y})`}
             id=${`front-port-${face.port}`} role="button" tabindex=${isInOrder ? 0 : -1}
-            aria-label=${face.name} aria-pressed=${String(isSelected)}
+            aria-pressed=${String(isSelected)}
             onClick=${() => onSelect(face.port)} onKeyDown=${onKeyDown}>
             <title>${face.name}</title>
             <${Drawing} face=${face} spot=${spot} />

@@ -81,8 +81,8 @@ function CableShape({ cable, wire, isSelected, onSelect }) {
     const isUp = state === "up" || state === "bad";
     const text = isUp ? loadText(cable, wire) : STATES[state].title;
     return html`
-        <g class=${`cable is-${state}`} ...${button(onSelect)} aria-pressed=${isSelected ? "true" : "false"}
-            aria-label=${cableText(cable)}>
+        <g class=${`cable is-${state}`} ...${button(onSelect)} aria-pressed=${isSelected ? "true" : "false"}>
+            <title>${cableText(cable)}</title>
             <path class="halo" d=${path} />
             <path class="line" d=${path} />
             ${isUp && html`
@@ -111,9 +111,8 @@ function NodeShape({ box: { node, x, y, width, height }, isRunning, isSelected, 
     const second = isDevice || !isRunning ? state : cut(`${node.addresses[0] ?? "no address"}${more}`);
     return html`
         <g class=${`node ${isDevice ? "device" : "host"} is-${state}`} ...${button(onSelect)}
-            aria-pressed=${isSelected ? "true" : "false"}
-            aria-label=${`${isDevice ? "Device" : "Host"} ${node.name}, ${state}${addresses && `, ${addresses}`}`}>
-            <title>${node.name}${addresses && ` ${addresses}`}</title>
+            aria-pressed=${isSelected ? "true" : "false"}>
+            <title>${`${isDevice ? "Device" : "Host"} ${node.name}, ${state}${addresses && `, ${addresses}`}`}</title>
             <rect class="box" x=${x} y=${y} width=${width} height=${height} rx=${isDevice ? 5 : 12} />
             <text class="name" x=${x + width / 2} y=${y + height / 2 - 3}>${cut(node.name)}</text>
             <text class="about" x=${x + width / 2} y=${y + height / 2 + 14}>${second}</text>
