@@ -143,7 +143,7 @@ export function Port({ face, spot, isSelected, isInOrder, onSelect, onKey }) {
             aria-pressed=${String(isSelected)}
             onClick=${() => onSelect(face.port)} onKeyDown=${onKeyDown}>
             <title>${face.name}</title>
-            <${Drawing} face=${face} spot=${spot} />
+            <g aria-hidden="true"><${Drawing} face=${face} spot=${spot} /></g>
         </g>
     `, [JSON.stringify(face), spot, isSelected, isInOrder, onSelect, onKey]);
 }
