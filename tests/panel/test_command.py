@@ -246,3 +246,26 @@ def test_without_words_it_shows_the_folder_of_the_environment_and_with_one_that_
     for command in ("vdevctl", "adpsh"):
         words = f"{states[0]['devices'][0][command]} --version"
         assert subprocess.run(words, shell=True, check=True, capture_output=True, timeout=SECONDS).stdout
+
+
+def test_a_folder_may_have_an_equals_sign(start, tmp_path):
+    async def names(page):
+        return [each["name"] for each in (await page.hear_panel())["devices"]]
+
+    program = start(f"{tmp_path}/a=b", f"c={tmp_path}/d=e")
+    assert asyncio.run(page_of(program.url, names)) == ["a=b", "c"]
+
+
+def test_a_browser_is_told_the_address_by_a_file_of_this_user(start, tmp_path):
+    """Everybody sees the words with which a program is started."""
+    browser, words = tmp_path / "browser", tmp_path / "words"
+    browser.write_text(f'#!/bin/sh\necho "$@" >{words}.new; mv {words}.new {words}\n', encoding="utf-8")
+    browser.chmod(0o700)
+    program = start(str(tmp_path), "--open", BROWSER=str(browser))
+    poll_until(words.exists, SECONDS, "the browser")
+    said = words.read_text(encoding="utf-8").strip()
+    assert said.startswith("file:///")
+    file = pathlib.Path(said.removeprefix("file://"))
+    assert (f"url={program.url}" in file.read_text(encoding="utf-8"), file.stat().st_mode & 0o777) == (True, 0o600)
+    assert program.end() == (0, "")
+    assert not file.exists()

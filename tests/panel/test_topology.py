@@ -88,7 +88,7 @@ def test_pull_and_plug_by_keyboard(picture, lab):
     lab.wait(lambda: lab.is_linked("sw1", 1), "The link")
     picture.by_role("button", "Close").send_keys(Keys.ENTER)
     picture.wait_until_gone(".topology-details")
-    assert picture.focused().get_attribute("aria-label").startswith(CABLE)
+    assert picture.focused().accessible_name.startswith(CABLE)
 
 
 def conditions(lab, device="sw1"):

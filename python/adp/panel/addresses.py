@@ -15,7 +15,7 @@ from ..lab.command.addresses import addresses_from_inside
 async def addresses_of(lab):
     """{node: ["10.0.0.1/24"]}; nothing if the lab cannot be entered."""
     pipe, null = asyncio.subprocess.PIPE, asyncio.subprocess.DEVNULL
-    command = [sys.executable, "-m", __name__, lab]
+    command = [sys.executable, "-B", "-m", __name__, lab]
     process = await asyncio.create_subprocess_exec(*command, stdin=null, stdout=pipe, stderr=null)
     said, _ = await process.communicate()
     return json.loads(said) if process.returncode == 0 else {}
