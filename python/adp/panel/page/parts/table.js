@@ -2,6 +2,7 @@
 // its frame, and only the rows in sight are in the document.
 import { html, useLayoutEffect, useRef, useState } from "../vendor/preact.js";
 import { useRows } from "./rows.js";
+import { Rows, classOf } from "./table_rows.js";
 import { useWindow } from "./window.js";
 
 /**
@@ -24,11 +25,6 @@ import { useWindow } from "./window.js";
  */
 /** @typedef {import("./rows").Sort} Sort */
 
-/** @param {Column} column */
-function classOf(column) {
-    return `${column.isNumber ? " number" : ""}${column.isLetter ? " letter" : ""}`;
-}
-
 /** @param {{columns: Column[], sort: Sort, onSort: (name: string) => void}} props */
 function Head({ columns, sort, onSort }) {
     return html`
@@ -41,27 +37,6 @@ function Head({ columns, sort, onSort }) {
                 </th>
             `)}
         </tr></thead>
-    `;
-}
-
-/** @param {{text: string, sign: string}} props a sign, and what it means */
-function Sign({ text, sign }) {
-    return html`<span class="sign" title=${text}><span aria-hidden="true">${sign}</span><span class="unseen">${text}</span></span>`;
-}
-
-/** @param {{row: any, column: Column, marks: any, watched: Column[], isFirst: boolean}} props */
-function Cell({ row, column, marks, watched, isFirst }) {
-    const isChanged = column.isWatched && marks.isChanged(watched.indexOf(column));
-    const names = `${column.mark?.(row) ?? ""}${classOf(column)}${isChanged ? " changed" : ""}`;
-    const label = column.label && `${column.label(row)}${isChanged ? ", just changed" : ""}`;
-    return html`
-        <${column.isHead ? "th" : "td"} ...${column.isHead ? { scope: "row" } : {}} class=${names}
-            aria-label=${label} title=${label}>
-            ${column.show ? column.show(row) : column.value(row)}
-            ${isChanged && html`<${Sign} text="just changed" sign="•" />`}
-            ${isFirst && marks.isNew && !marks.isGone && html`<${Sign} text="new" sign="+" />`}
-            ${isFirst && marks.isGone && html`<${Sign} text="gone" sign="−" />`}
-        <//>
     `;
 }
 
@@ -80,31 +55,6 @@ function Space({ rows, height, columns }) {
     `;
 }
 
-/**
- * @param {{columns: Column[], rows: any[], keyOf: (row: any) => any, changes: import("./changes").Changes, first: number}} props
- *     `first` is the number of the first row in the whole table
- */
-function Rows({ columns, rows, keyOf, changes, first }) {
-    const now = performance.now();
-    const watched = columns.filter((column) => column.isWatched);
-    const seen = columns.filter((column) => !column.isHidden);
-    return html`
-        <tbody class="rows">
-            ${rows.map((row, index) => {
-                const marks = changes.marksOf(keyOf(row), now);
-                return html`
-                    <tr key=${keyOf(row)} aria-rowindex=${first + index + 2}
-                        class=${marks.isGone ? "gone-row" : marks.isNew ? "new-row" : null}>
-                        ${seen.map((column, at) => html`
-                            <${Cell} row=${row} column=${column} marks=${marks} watched=${watched} isFirst=${at === 0} />
-                        `)}
-                    </tr>
-                `;
-            })}
-        </tbody>
-    `;
-}
-
 /** @param {{label: string, words: string, onSearch: (words: string) => void}} props */
 function Search({ label, words, onSearch }) {
     return html`
@@ -116,17 +66,21 @@ function Search({ label, words, onSearch }) {
 }
 
 /**
- * If the row that had the focus is scrolled out of sight, its frame takes it, so that keys go on scrolling.
+ * If what had the focus is scrolled out of sight, the frame takes it, so that keys go on scrolling.
  * @param {{current: HTMLElement | null}} frame
+ * @returns {(event: any) => void} what is to be told of the focus
  */
 function useFocus(frame) {
     const held = useRef(/** @type {Element | null} */ (null));
     useLayoutEffect(() => {
         if (held.current && !held.current.isConnected && document.activeElement === document.body) {
             frame.current?.focus({ preventScroll: true });
+            held.current = null;
         }
-        held.current = frame.current?.contains(document.activeElement) ? document.activeElement : null;
     });
+    return (event) => {
+        held.current = event.target;
+    };
 }
 
 /**
@@ -142,7 +96,7 @@ export function Table({ caption, columns, rows, keyOf, empty = "None", search, k
     const { prepared, changes } = useRows({ rows, columns, keyOf, keep, words, sort });
     const shown = prepared?.shown ?? [];
     const { frame, look, isWhole, first, last, height } = useWindow(shown.length);
-    useFocus(frame);
+    const onFocus = useFocus(frame);
     /** @param {string} name */
     const onSort = (name) => setSort((old) => ({ name, isUp: old.name === name ? !old.isUp : true }));
     const all = prepared && prepared.rows !== rows ? prepared.columns : columns;
@@ -154,7 +108,7 @@ export function Table({ caption, columns, rows, keyOf, empty = "None", search, k
             ${search && html`<${Search} label=${search} words=${words} onSearch=${setWords} />`}
             <span class="unseen" role="status">${words && count}</span>
             <div class=${isWhole ? "scroll" : "scroll long"} tabindex="0" role="region" aria-label=${caption} ref=${frame}
-                onScroll=${look}>
+                onScroll=${look} onFocusCapture=${onFocus}>
                 <table aria-rowcount=${shown.length + 1}>
                     <caption><span>${caption}: <span class="rows-shown">${count}</span></span></caption>
                     <${Head} columns=${seen} sort=${sort} onSort=${onSort} />

@@ -33,11 +33,11 @@ function kindText(row) {
 
 /**
  * @param {string} device
- * @param {number} read when the answer came, by performance.now()
+ * @param {{read: number, isLive: boolean}} times when the answer came, by performance.now(), and whether ages count on
  * @param {string} chosen the key of the chosen row
  * @returns {Column[]}
  */
-function columnsOf(device, read, chosen) {
+function columnsOf(device, times, chosen) {
     /** @param {Station} row */
     const address = (row) => html`
         <a class="mono" href=${addressOf("tables", device, "addresses", keyOf(row))}
@@ -56,7 +56,7 @@ function columnsOf(device, read, chosen) {
         { name: "kind", title: "Kind", value: kindText, isWatched: true },
         {
             name: "age", title: "Age", value: (row) => row.age ?? null, text: () => "", mark: () => "age", isNumber: true,
-            show: (row) => (row.age === undefined ? "does not age" : html`<${Age} seconds=${row.age} read=${read} />`),
+            show: (row) => (row.age === undefined ? "does not age" : html`<${Age} seconds=${row.age} ...${times} />`),
         },
         { name: "index", title: "Index", value: (row) => row.index, text: () => "", isNumber: true },
     ];
@@ -110,15 +110,15 @@ function AddressCommands({ device, row }) {
     `;
 }
 
-/** @param {{device: import("../types").Device, answer: any, rest: string[]}} props */
-function Stations({ device, answer, rest }) {
+/** @param {{device: import("../types").Device, answer: any, isLive: boolean, rest: string[]}} props */
+function Stations({ device, answer, isLive, rest }) {
     const chosen = rest[0] ?? "";
     const read = useMemo(() => performance.now(), [answer]);
     const row = chosen && answer.macs.find((/** @type {Station} */ each) => keyOf(each) === chosen);
     return html`
         <${Fill} answer=${answer} />
         <${Table} caption=${`Addresses of ${device.name}`} rows=${answer.macs} keyOf=${keyOf} search="Search addresses"
-            columns=${columnsOf(device.name, read, chosen)} empty="No address" />
+            columns=${columnsOf(device.name, { read, isLive }, chosen)} empty="No address" />
         <${AddressCommands} device=${device} row=${row} />
     `;
 }
@@ -128,7 +128,9 @@ export function Addresses({ device, rest }) {
     const reading = useAnswer(device.name, { command: "macs" }, EVERY_SECONDS);
     return html`
         <${Answered} reading=${reading}>
-            ${(/** @type {any} */ answer) => html`<${Stations} device=${device} answer=${answer} rest=${rest} />`}
+            ${(/** @type {any} */ answer) => html`
+                <${Stations} device=${device} answer=${answer} isLive=${!reading.error} rest=${rest} />
+            `}
         <//>
     `;
 }

@@ -35,9 +35,12 @@ export function ageText(seconds) {
     return `${Math.floor(whole / UNITS[at].seconds)} ${UNITS[at].name}${rest ? ` ${rest} ${UNITS[at + 1].name}` : ""}`;
 }
 
-/** @param {{seconds: number, read: number}} props an age, and when it was read, by performance.now() */
-export function Age({ seconds, read }) {
+/**
+ * @param {{seconds: number, read: number, isLive: boolean}} props an age, when it was read, by performance.now(), and
+ *     whether it goes on
+ */
+export function Age({ seconds, read, isLive }) {
     const [now, setNow] = useState(read);
-    useEffect(() => listen(() => setNow(performance.now())), []);
+    useEffect(() => (isLive ? listen(() => setNow(performance.now())) : undefined), [isLive]);
     return html`${ageText(seconds + Math.max(0, now - read) / 1000)}`;
 }
