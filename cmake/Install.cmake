@@ -41,7 +41,7 @@ adp_install_package(adp dev)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT examples
         FILES_MATCHING PATTERN *.c PATTERN *.h PATTERN CMakeLists.txt)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT doc
-        FILES_MATCHING PATTERN *.md PATTERN *.svg)
+        FILES_MATCHING PATTERN *.md PATTERN *.svg PATTERN *.png)
 install(FILES ${PROJECT_SOURCE_DIR}/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT doc)
 
 # vdevice: in a folder of its own, so that nobody takes its driver library for a board's
@@ -85,7 +85,8 @@ if(ADP_BUILD_TOOLS)
     set(python_folder ${PROJECT_BINARY_DIR}/package)
     set(wheel ${python_folder}/adp-${PROJECT_VERSION}-py3-none-any.whl)
     file(GLOB_RECURSE python_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/python/adp/*.py
-         ${PROJECT_SOURCE_DIR}/python/adp/*.yml ${PROJECT_SOURCE_DIR}/python/adp/py.typed)
+         ${PROJECT_SOURCE_DIR}/python/adp/*.yml ${PROJECT_SOURCE_DIR}/python/adp/py.typed
+         ${PROJECT_SOURCE_DIR}/python/adp/panel/page/*)
     add_custom_command(OUTPUT ${wheel}
         COMMAND ${ADP_PYTHON} -B ${PROJECT_SOURCE_DIR}/cmake/build_wheel.py ${PROJECT_SOURCE_DIR}/python ${python_folder}
         DEPENDS ${python_sources} ${PROJECT_SOURCE_DIR}/python/pyproject.toml ${PROJECT_SOURCE_DIR}/cmake/build_wheel.py
@@ -95,5 +96,5 @@ if(ADP_BUILD_TOOLS)
                   message(STATUS \"Installing: \${folder}/adp\")
                   file(REMOVE_RECURSE \"\${folder}/adp\")
                   file(ARCHIVE_EXTRACT INPUT \"${wheel}\" DESTINATION \"\${folder}\")" COMPONENT python)
-    install(PROGRAMS ${PROJECT_SOURCE_DIR}/python/adp-lab DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT python)
+    install(PROGRAMS ${PROJECT_SOURCE_DIR}/python/adp-lab ${PROJECT_SOURCE_DIR}/python/adp-panel DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT python)
 endif()

@@ -57,7 +57,7 @@ def test_a_page_of_a_call_has_what_its_header_says(folder):
 @pytest.mark.parametrize("name, section, commands", [
     ("vdeviced", 8, ()), ("adp-switchd", 8, ()), ("vdevctl", 1, ()), ("adpsh", 1, ()),
     ("adptrace", 1, ("record", "show", "stat", "replay", "diff", "reduce")),
-    ("adp-lab", 1, ("up", "ps", "exec", "capture", "graph", "down"))])
+    ("adp-lab", 1, ("up", "ps", "exec", "capture", "graph", "down")), ("adp-panel", 1, ())])
 def test_the_page_of_a_program_has_every_option_of_its_help(folder, name, section, commands):
     page = shown(folder / f"man{section}" / f"{name}.{section}")
     helps = [manual.output_of(PROGRAMS, name, *words, "--help") for words in ((), *((word,) for word in commands))]
@@ -91,6 +91,7 @@ def test_a_program_says_its_version(name):
     (["vdevctl", "ports", "CMakeL"], [""]),
     (["adpsh", "--map", "adp_vlan_createE"], ["adp_vlan_createEx"]),
     (["adpsh", "wait"], ["wait_frame"]),
+    (["adp-panel", "--re"], ["--read-only", "--recording"]),
     (["adp-lab", "--lab", "=", "x", "ca"], ["capture", "cable"]),
     (["adp-lab", "up", "CMakeL"], ["CMakeLists.txt"]),
     (["adp-lab", "plu"], ["plug"]),

@@ -25,15 +25,16 @@ from generate import write_if_changed  # noqa: E402
 from interface import HeaderError      # noqa: E402
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
-LAB = "adp-lab"
-# Its help alone needs nothing but Python.
-LAB_HELP = "import sys; from adp.lab.command.options import parse; parse(sys.argv[1:])"
+LAB, PANEL = "adp-lab", "adp-panel"
+# Their help alone needs nothing but Python.
+HELP = {name: f"import sys; from {module} import parse; parse(sys.argv[1:])"
+        for name, module in ((LAB, "adp.lab.command.options"), (PANEL, "adp.panel.options"))}
 NO_DEVICE = "/nonexistent"  # what is printed must not depend on a device that runs here
 COMMANDS = re.compile("\n(?:The device lists its commands|Commands:\n)")
 
 
 def output_of(programs, name, *arguments):
-    command = [sys.executable, "-B", "-c", LAB_HELP] if name == LAB else [os.path.join(programs, name)]
+    command = [sys.executable, "-B", "-c", HELP[name]] if name in HELP else [os.path.join(programs, name)]
     environment = {"VDEVICE_DIR": NO_DEVICE, "ARGP_HELP_FMT": "", "COLUMNS": "80",
                    "PYTHONPATH": os.path.join(ROOT, "python")}
     done = subprocess.run([*command, *arguments], capture_output=True, text=True, check=True,
@@ -43,9 +44,9 @@ def output_of(programs, name, *arguments):
 
 def read_programs(programs):
     """(program, section of the manual) of each."""
-    vdeviced, switchd, vdevctl, adptrace, lab, adpsh = (
+    vdeviced, switchd, vdevctl, adptrace, lab, panel, adpsh = (
         program_page.read_help(name, COMMANDS.split(output_of(programs, name, "--help"))[0])
-        for name in ("vdeviced", "adp-switchd", "vdevctl", "adptrace", LAB, "adpsh"))
+        for name in ("vdeviced", "adp-switchd", "vdevctl", "adptrace", LAB, PANEL, "adpsh"))
     for program in (switchd, adptrace, lab):
         program.commands = program_page.rows_of(output_of(programs, program.name, "--help"), "Commands")
     vdevctl.commands = program_page.commands_of(json.loads(output_of(programs, "vdevice_subjects"))["subjects"])
@@ -55,7 +56,7 @@ def read_programs(programs):
     for program in (adptrace, lab):
         program.sections = [(row.name.upper(), output_of(programs, program.name, row.name, "--help").splitlines())
                             for row in program.commands]
-    return [(vdeviced, 8), (switchd, 8), (vdevctl, 1), (adptrace, 1), (lab, 1), (adpsh, 1)]
+    return [(vdeviced, 8), (switchd, 8), (vdevctl, 1), (adptrace, 1), (lab, 1), (panel, 1), (adpsh, 1)]
 
 
 def read_calls(include):

@@ -8,3 +8,17 @@ def adp_lab():
     from .lab.command.main import main
 
     return main(sys.argv[1:])
+
+
+def adp_panel():
+    """The program adp-panel."""
+    try:
+        import aiohttp  # noqa: F401  (all else comes with the package)
+    except ModuleNotFoundError:
+        from .panel.options import PROGRAM, parse
+
+        parse(sys.argv[1:])
+        sys.exit(f"{PROGRAM}: It needs aiohttp, which is missing: install python3-aiohttp, or 'pip install aiohttp'.")
+    from .panel.command import main
+
+    return main(sys.argv[1:])

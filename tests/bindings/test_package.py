@@ -72,7 +72,8 @@ def test_installed_package_makes_calls(installed, tmp_path):
     assert said.startswith("PortSet({1, 2}) " + str(installed.parent / "lib"))
 
 
-def test_installed_package_has_program_and_plugin(installed, tmp_path):
+def test_installed_package_has_programs_and_plugin(installed, tmp_path):
     outside = {"env": {**os.environ, "PYTHONPATH": ""}, "cwd": tmp_path}
-    assert succeed(installed / "adp-lab", "--help", **outside).startswith("Usage: adp-lab ")
+    for program in ("adp-lab", "adp-panel"):
+        assert succeed(installed / program, "--help", **outside).startswith(f"Usage: {program} ")
     assert "@pytest.mark.virtual_device(reason)" in succeed(installed / "python", "-B", "-m", "pytest", "--markers", **outside)

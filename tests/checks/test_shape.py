@@ -10,6 +10,7 @@ import shape
 CPP = '// Says something.\n#include "a.h"\n\nint add(int a, int b) {\n    return a + b;\n}\n'
 HEADER = "// Adds.\n#pragma once\n\nint add(int a, int b);\n"
 PYTHON = '"""Does something."""\n\n\ndef run():\n    pass\n'
+SCRIPT = "// Shows something.\nexport function show() {\n    return 1;\n}\n"
 
 
 def long_body(lines):
@@ -37,10 +38,11 @@ def run(root):
 
 
 def test_a_good_tree_passes_and_shows_its_figures(tmp_path):
-    status, text = check(tmp_path)
+    status, text = check(tmp_path, **{"page/show.js": SCRIPT})
     assert status == 0
     assert "C and C++: 1 functions, median 3 lines, longest 3 (src/add.cpp: add), 0 over 40; 2 files" in text
     assert "Python: 1 functions, median 2 lines, longest 2 (tools/run.py: run)" in text
+    assert "JavaScript: 1 functions, median 3 lines, longest 3 (page/show.js: show)" in text
 
 
 def test_an_empty_tree_fails(tmp_path):
@@ -54,6 +56,10 @@ PLANTED = {
     "long test": ("src/x_test.cpp", f"// X.\nTEST(A, B) {{\n{long_body(39)}}}\n", "TEST(A, B): 41 lines, of 40"),
     "long Python function": ("tools/x.py", f'"""X."""\ndef f():\n{long_body(40).replace(";", "")}',
                              "tools/x.py:2: f: 41 lines, of 40"),
+    "long function of a page": ("page/x.js", f"// X.\nconst f = () => {{\n{long_body(39)}}};\n",
+                                "page/x.js:2: f: 41 lines, of 40"),
+    "long file of a page": ("page/x.js", "// X.\n" + "\n" * 300, "page/x.js: 301 lines, of 300"),
+    "no purpose in a page": ("page/x.js", "/* X */\n", "page/x.js: it does not begin with a comment"),
     "long file": ("src/x.cpp", "// X.\n" + "\n" * 300, "src/x.cpp: 301 lines, of 300"),
     "guard by name": ("src/x.h", "// X.\n#ifndef X_H\n#define X_H\n#endif\n", "src/x.h: a header needs #pragma once"),
     "no purpose": ("src/x.cpp", "int x;\n", "src/x.cpp: it does not begin with a comment"),
@@ -83,6 +89,8 @@ ALLOWED = {
     "test helper": ("src/testing/x.h", "// X.\n#pragma once\n#include <gtest/gtest.h>\n"),
     "test that uses a helper": ("src/x_test.cpp", '// X.\n#include "src/testing/y.h"\n'),
     "a word in a comment": ("src/x.cpp", "// Like std::size_t.\n"),
+    "function of a page of forty lines": ("page/x.js", f"// X.\nfunction f() {{\n{long_body(38)}}}\n"),
+    "what other projects wrote": ("page/vendor/x.js", long_body(400)),
     "what was built": ("build/x.cpp", "int x;\n"),
 }
 
@@ -91,6 +99,14 @@ ALLOWED = {
 def test_what_is_allowed_passes(tmp_path, allowed):
     name, text = allowed
     assert check(tmp_path, **{name: text})[0] == 0
+
+
+def test_functions_of_scripts_are_told_from_other_braces(tmp_path):
+    path = tmp_path / "x.js"
+    path.write_text("class A {\n    constructor() {\n    }\n    get b() {\n        return () => ({ c: 1 });\n    }\n}\n"
+                    "const d = { e: (f) => {\n} };\ng(function () {\n});\nconst h = `${i(() => {\n})} }`;\nif (j) {\n}\n")
+    assert [(found.name, found.line, found.lines) for found in function_lines.functions_of([path])[path]] == [
+        ("constructor", 2, 2), ("b", 4, 3), ("e", 8, 2), ("function", 10, 2), ("function", 12, 2)]
 
 
 def functions(text):

@@ -26,9 +26,10 @@ CONTENTS = {
     "switchd": {"bin/adp-switchd", "libexec/adp-switchd-dot1x", "share/adp/switchd.toml",
                 "lib/systemd/system/adp-switchd.service"},
     "python": of_source("python/adp", "lib/python3/dist-packages/adp", "*.py", "*.yml", "py.typed")
-              | {"bin/adp-lab", "lib/python3/dist-packages/adp-*.dist-info/*"},
+              | of_source("python/adp/panel/page", "lib/python3/dist-packages/adp/panel/page", "*.*", "LICENCE-*")
+              | {"bin/adp-lab", "bin/adp-panel", "lib/python3/dist-packages/adp-*.dist-info/*"},
     "examples": of_source("examples", "share/doc/adp/examples", "*.c", "*.h", "CMakeLists.txt"),
-    "doc": of_source("docs", "share/doc/adp/docs", "*.md", "*.svg") | {"share/doc/adp/README.md"},
+    "doc": of_source("docs", "share/doc/adp/docs", "*.md", "*.svg", "*.png") | {"share/doc/adp/README.md"},
 }
 
 

@@ -22,7 +22,7 @@ rm "$work"/packages/*-dbgsym_*
 inside sh -c 'apt-get install -y --no-install-recommends /tmp/adp/packages/*.deb'
 [ -z "$(inside dpkg --audit)" ] || fail "packages are not whole"
 
-for program in vdeviced vdevctl adpsh adptrace adp-lab; do
+for program in vdeviced vdevctl adpsh adptrace adp-lab adp-panel; do
     inside "$program" --help >"$work/help" || fail "$program --help"
     inside sh -c "test -e /usr/share/man/man?/$program.?.gz" || fail "$program has no manual page"
 done

@@ -61,7 +61,8 @@ uint64_t natural_of(const std::string &word, uint64_t most) {
     uint64_t number = 0;
     const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), number);
     if (error != std::errc{} || end != word.data() + word.size() || number == 0 || number > most) {
-        throw Refusal("'" + word + "' is no number from 1 on.");
+        throw Refusal("'" + word + "' is no number from 1 " +
+                      (most < UINT32_MAX ? "to " + std::to_string(most) : std::string("on")) + ".");
     }
     return number;
 }

@@ -12,8 +12,9 @@ def test_a_rule_rewrites_what_it_matches_and_nothing_else(device):
     assert two.receive() == BROADCAST + station(1) + PAYLOAD
     assert device.ask("fields")["fields"] == [
         {"entry": 768, "group": 3, "part": "whole", "installed": True, "changed": False, "priority": 1, "matches": 1,
-         "qualifiers": [{"field": "in_ports", "ports": [1]}, {"field": "protocol", "data": 17, "mask": 0xFFFFFFFF}],
-         "actions": [{"action": "set_dscp", "value": 46}]}]
+         "qualifiers": [{"field": "in_ports", "ports": [1], "text": "in_ports 1"},
+                        {"field": "protocol", "data": 17, "mask": 0xFFFFFFFF, "text": "protocol 17/0xffffffff"}],
+         "actions": [{"action": "set_dscp", "value": 46, "text": "set_dscp 46"}]}]
     assert device.control("fields").stdout.splitlines()[1].split() == [
         "768", "3", "whole", "1", "installed", "1", "in_ports", "1,", "protocol", "17/0xffffffff:", "set_dscp", "46"]
     assert device.call("destroy-rule", 768) == "0"

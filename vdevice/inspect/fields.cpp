@@ -17,17 +17,49 @@ using chip::FieldEntry;
 using chip::FieldRule;
 using nlohmann::json;
 
+std::string value_text(const json &value) {
+    return value.is_string() ? value.get<std::string>() : value.dump();
+}
+
+std::string mask_text(const json &mask) {
+    return mask.is_string() ? mask.get<std::string>() : fmt::format("{:#x}", mask.get<uint32_t>());
+}
+
+/** "dscp 184/0xff", "in_ports 1-4", "ip_kind 5". */
+std::string qualifier_text(const json &row) {
+    std::string text = row["field"].get<std::string>() + " ";
+    text += row.contains("ports") ? port_list(row["ports"]) : value_text(row["data"]);
+    return text + (row.contains("mask") ? "/" + mask_text(row["mask"]) : "");
+}
+
+/** "set_dscp 46", "drop". */
+std::string action_text(const json &row) {
+    std::string text = row["action"].get<std::string>();
+    if (row.contains("ports")) {
+        text += " " + port_list(row["ports"]);
+    } else if (row.contains("value")) {
+        text += " " + value_text(row["value"]);
+    }
+    return text;
+}
+
+/** The row with what a person reads of it. */
+json with_text(json row, std::string (*text_of)(const json &)) {
+    row["text"] = text_of(row);
+    return row;
+}
+
 /** The installed rule; for an entry without one, the rule that the next installation takes. */
 json read_entry(const Device &device, uint32_t number, const FieldEntry &entry) {
     const FieldRule &rule = entry.installed ? *entry.installed : entry.staged;
     const state::PortNames names = [&](const chip::PortSet &ports) { return user_numbers(device, ports); };
     json qualifiers = json::array();
     for (const chip::Qualifier &qualifier : rule.qualifiers) {
-        qualifiers.push_back(state::qualifier_json(qualifier, names));
+        qualifiers.push_back(with_text(state::qualifier_json(qualifier, names), qualifier_text));
     }
     json actions = json::array();
     for (const chip::Action &action : rule.actions) {
-        actions.push_back(state::action_json(action, names));
+        actions.push_back(with_text(state::action_json(action, names), action_text));
     }
     return {{"entry", number},
             {"group", entry.group},
@@ -74,43 +106,17 @@ json read_fields(Device &device, const json & /*request*/) {
             {"miss_actions", read_miss_actions(device)}};
 }
 
-std::string value_text(const json &value) {
-    return value.is_string() ? value.get<std::string>() : value.dump();
-}
-
-std::string mask_text(const json &mask) {
-    return mask.is_string() ? mask.get<std::string>() : fmt::format("{:#x}", mask.get<uint32_t>());
-}
-
-/** "dscp 184/0xff", "in_ports 1-4", "ip_kind 5". */
-std::string qualifier_text(const json &row) {
-    std::string text = row["field"].get<std::string>() + " ";
-    text += row.contains("ports") ? port_list(row["ports"]) : value_text(row["data"]);
-    return text + (row.contains("mask") ? "/" + mask_text(row["mask"]) : "");
-}
-
-/** "set_dscp 46", "drop". */
-std::string action_text(const json &row) {
-    std::string text = row["action"].get<std::string>();
-    if (row.contains("ports")) {
-        text += " " + port_list(row["ports"]);
-    } else if (row.contains("value")) {
-        text += " " + value_text(row["value"]);
+/** The texts of rows as one; `none` without any. */
+std::string texts_of(const json &rows, const char *none) {
+    std::vector<std::string> texts;
+    for (const json &row : rows) {
+        texts.push_back(row["text"].get<std::string>());
     }
-    return text;
+    return texts.empty() ? none : joined(texts, ", ");
 }
 
 std::string rule_text(const json &entry) {
-    std::vector<std::string> qualifiers;
-    for (const json &row : entry["qualifiers"]) {
-        qualifiers.push_back(qualifier_text(row));
-    }
-    std::vector<std::string> actions;
-    for (const json &row : entry["actions"]) {
-        actions.push_back(action_text(row));
-    }
-    return fmt::format("{}: {}", qualifiers.empty() ? "all" : joined(qualifiers, ", "),
-                       actions.empty() ? "nothing" : joined(actions, ", "));
+    return fmt::format("{}: {}", texts_of(entry["qualifiers"], "all"), texts_of(entry["actions"], "nothing"));
 }
 
 std::string state_text(const json &entry) {

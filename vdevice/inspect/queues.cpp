@@ -49,6 +49,7 @@ json read_queues(Device &device, const json & /*request*/) {
             {"count", device.chip().queue_map().queues()},
             {"waiting_octets", queues.waiting_octets()},
             {"capacity", chip::EgressQueues::kOctets},
+            {"queue_capacity", PortQueues::kQueueOctets},
             {"time", seconds(device.now())}};
 }
 

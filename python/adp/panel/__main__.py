@@ -2,7 +2,7 @@
 
 import sys
 
-from .command import main
+from ..programs import adp_panel
 
 if __name__ == "__main__":
-    sys.exit(main(sys.argv[1:]))
+    sys.exit(adp_panel())

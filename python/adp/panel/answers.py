@@ -9,6 +9,7 @@ import re
 
 from .problem import PanelError
 
+MAX_VALUES = 1_000_000  # each takes far more memory than its letter
 _TIME = re.compile(rb'"time":[-+.0-9e]+')
 
 
@@ -17,6 +18,8 @@ def _no_number(text):
 
 
 def _checked(octets):
+    if sum(map(octets.count, (b",", b"[", b"{"))) > MAX_VALUES:
+        raise PanelError(f"The device sent more than {MAX_VALUES} values.")
     try:
         text = octets.decode()
         return text, json.loads(text, parse_constant=_no_number)
@@ -24,7 +27,7 @@ def _checked(octets):
         raise PanelError("The device sent what is no JSON.") from None
 
 
-def answer_text(octets):
+def checked_answer(octets):
     """The text of an answer; raises the sentence of a refused request."""
     text, answer = _checked(octets)
     if not isinstance(answer, dict):
@@ -32,6 +35,16 @@ def answer_text(octets):
     if "error" in answer:
         raise PanelError(str(answer["error"])[:1000])
     return text
+
+
+def answer_member(octets):
+    """The member of a message that has an answer."""
+    return f'"answer":{checked_answer(octets)}'
+
+
+def error_member(problem):
+    """The member of a message that says why there is no answer."""
+    return f'"error":{json.dumps(str(problem))}'
 
 
 def lines_text(lines):

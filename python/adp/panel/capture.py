@@ -6,13 +6,15 @@ import re
 
 from aiohttp import web
 
+from ..lab.process import tied
 from .problem import PanelError
 
 CHUNK = 65536
 GONE_SECONDS = 0.5  # until it is noticed that the browser has gone
-GRACE_SECONDS = 2.0
+MOST_AT_ONCE = 8
 MOST_SECONDS = 86400
 MOST_FRAMES = 10_000_000
+_running = set()
 _PORTS = re.compile(r"[0-9a-z,-]{1,200}", re.ASCII)
 
 
@@ -48,10 +50,13 @@ def _options(query):
 @contextlib.asynccontextmanager
 async def _program(command):
     pipe = asyncio.subprocess.PIPE
-    process = await asyncio.create_subprocess_exec(*command, stdin=asyncio.subprocess.DEVNULL, stdout=pipe, stderr=pipe)
+    null = asyncio.subprocess.DEVNULL
+    process = await asyncio.create_subprocess_exec(*tied(command), stdin=null, stdout=pipe, stderr=pipe)
+    _running.add(process)
     try:
         yield process
     finally:
+        _running.discard(process)
         if process.returncode is None:
             process.kill()
         await process.wait()
@@ -75,6 +80,8 @@ async def _pieces(process, request):
 
 async def capture(request, device):
     """The answer to a request for a capture."""
+    if len(_running) >= MOST_AT_ONCE:
+        raise PanelError(f"{MOST_AT_ONCE} captures are running already.")
     command = [*device.control_command, "capture", "-", *_options(request.query)]
     async with _program(command) as process, contextlib.aclosing(_pieces(process, request)) as pieces:
         response = None

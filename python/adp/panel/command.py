@@ -1,12 +1,14 @@
-"""The command line of adp-panel, and its way from the beginning to the end."""
+"""The program adp-panel, from its beginning to its end."""
 
-import argparse
 import asyncio
+import contextlib
 import os
 import pathlib
 import shlex
 import signal
 import sys
+import tempfile
+import threading
 import webbrowser
 
 from ..lab.builds import native_build
@@ -14,60 +16,32 @@ from ..lab.command.run_folder import folders
 from ..lab.problem import LabError
 from .device import Device
 from .lab import Lab
+from .options import PROGRAM, parse
 from .panel import Panel
 from .problem import PanelError
 from .server import Server
 
-PROGRAM = "adp-panel"
 
-
-class _Parser(argparse.ArgumentParser):
-    def error(self, message):
-        self.exit(2, f"{PROGRAM}: {message[0].upper()}{message[1:].rstrip('.')}. '{PROGRAM} --help' shows what there is.\n")
-
-
-def _port(text):
-    number = int(text) if text.isdecimal() else -1
-    if not 0 <= number <= 65535:
-        raise argparse.ArgumentTypeError("a port is a number from 0 to 65535")
-    return number
-
-
-def parse(words):
-    parser = _Parser(
-        prog=PROGRAM,
-        allow_abbrev=False,
-        description="Shows running devices in a browser: prints the address of a page, which only this machine can open.",
-    )
-    parser.add_argument(
-        "devices",
-        nargs="*",
-        metavar="[NAME=]RUN_DIR",
-        help="run folder of a device, and the name it gets; by default all devices of the lab that runs, else the "
-        "default run folder of vdevctl",
-    )
-    parser.add_argument("--lab", metavar="NAME", help="all devices of this lab; by default as adp-lab")
-    parser.add_argument("--port", metavar="N", type=_port, default=0, help="TCP port; by default one that is free")
-    parser.add_argument("--read-only", action="store_true", help="the page cannot change anything")
-    parser.add_argument(
-        "--recording", metavar="FILE", action="append", default=[], help="shows the calls of this recording, too"
-    )
-    parser.add_argument("--open", action="store_true", help="opens the page in the browser")
-    return parser.parse_args(words)
+def _typed(program):
+    """The program as a person types it here."""
+    build = native_build()
+    return program if build.folder is None else shlex.quote(os.path.relpath(build.folder / program))
 
 
 def _single(text, recordings):
     """A device that is named by its run folder."""
-    name, _, path = text.rpartition("=")
+    name, is_named, path = text.partition("=")
+    if not is_named or "/" in name:
+        name, path = "", text
     folder = pathlib.Path(path).absolute()
     name = name or folder.name
-    control = native_build().command("vdevctl", "--run-dir", folder)
+    word = shlex.quote(str(folder))
     commands = {
-        "vdevctl": f"vdevctl --run-dir {shlex.quote(str(folder))}",
-        "adpsh": f"adpsh --run-dir {shlex.quote(str(folder))}",
-        "exec": f"env VDEVICE_DIR={shlex.quote(str(folder))}",
+        "vdevctl": f"{_typed('vdevctl')} --run-dir {word}",
+        "adpsh": f"{_typed('adpsh')} --run-dir {word}",
+        "exec": f"env VDEVICE_DIR={word}",
     }
-    return Device(name, folder, control, commands, recordings)
+    return Device(name, folder, native_build().command("vdevctl", "--run-dir", folder), commands, recordings)
 
 
 def _default_folder():
@@ -78,7 +52,7 @@ def _shown(options):
     """(devices, lab)"""
     if options.lab and options.devices:
         raise PanelError("Name a lab or run folders, not both.")
-    if options.lab or os.environ.get("ADP_LAB") or (not options.devices and folders()):
+    if options.lab or (not options.devices and (os.environ.get("ADP_LAB") or folders())):
         lab = Lab(options.lab)
         return lab.devices(options.recording), lab
     found = [_single(text, options.recording) for text in options.devices or [f"device={_default_folder()}"]]
@@ -87,6 +61,25 @@ def _shown(options):
         if names.count(name) > 1:
             raise PanelError(f"Two devices have the name '{name}'. NAME=RUN_DIR gives one another.")
     return found, None
+
+
+@contextlib.contextmanager
+def _opened(address):
+    """Opens the page by a file that only this user may read: everybody sees the words with which a browser is started."""
+    with tempfile.NamedTemporaryFile("w", prefix="adp-panel-", suffix=".html") as file:
+        file.write(f'<meta http-equiv="refresh" content="0; url={address}"><a href="{address}">The panel</a>\n')
+        file.flush()
+        # Some browsers are waited for.
+        threading.Thread(target=webbrowser.open, args=(f"file://{file.name}",), daemon=True).start()
+        yield
+
+
+async def _until_end(end, lab):
+    """Until the event is set, or the lab ends."""
+    waits = [asyncio.create_task(end.wait())] + ([asyncio.create_task(lab.ended())] if lab else [])
+    await asyncio.wait(waits, return_when=asyncio.FIRST_COMPLETED)
+    for wait in waits:
+        wait.cancel()
 
 
 async def _serve(options):
@@ -98,20 +91,18 @@ async def _serve(options):
     address = await server.start()
     try:
         print(address, flush=True)
-        if options.open:
-            webbrowser.open(address)
-        waits = [asyncio.create_task(end.wait())] + ([asyncio.create_task(lab.ended())] if lab else [])
-        await asyncio.wait(waits, return_when=asyncio.FIRST_COMPLETED)
-        for wait in waits:
-            wait.cancel()
+        with _opened(address) if options.open else contextlib.nullcontext():
+            await _until_end(end, lab)
     finally:
         await server.stop()
+    return f"The lab '{lab.name}' has ended." if lab and not end.is_set() else ""
 
 
 def main(words):
     options = parse(words)
     try:
-        asyncio.run(_serve(options))
+        if ending := asyncio.run(_serve(options)):
+            print(f"{PROGRAM}: {ending}", file=sys.stderr)
         return 0
     except (LabError, PanelError) as problem:
         complaint = str(problem)

@@ -13,7 +13,7 @@ from .problem import DeviceGone, PanelError
 
 SECONDS = 5.0  # for an answer
 RETRY_SECONDS = 0.01
-CHUNK = 65536
+CHUNK = 1 << 18  # as much of a stream as is handed on at a time
 MAX_ANSWER = 16 << 20  # far more than any answer of a device
 _CREDENTIALS = struct.Struct("3i")
 
@@ -60,6 +60,7 @@ class Connection:
         self._folder = folder
         self._reader = reader
         self._writer = writer
+        self._rest = b""  # what came behind an answer
 
     @classmethod
     async def open(cls, folder):
@@ -79,6 +80,8 @@ class Connection:
 
     async def ask(self, request):
         """The answer to a request, a line without its end. Both are octets."""
+        if self._rest:
+            raise PanelError(f"The device in {self._folder} sent what it was not asked for.")
         try:
             async with asyncio.timeout(SECONDS):
                 self._writer.write(request + b"\n")
@@ -90,18 +93,22 @@ class Connection:
             raise self.gone(self._folder) from None
 
     async def _answer(self):
-        pieces, size = [], 0
-        while not (pieces and pieces[-1].endswith(b"\n")):
-            pieces.append(await self.read())
-            size += len(pieces[-1])
-            if not pieces[-1]:
+        pieces, size, end = [], 0, b""
+        while not end:
+            if not (piece := await self.read()):
                 raise self.gone(self._folder)
+            line, end, self._rest = piece.partition(b"\n")
+            pieces.append(line)
+            size += len(line)
             if size > MAX_ANSWER:
                 raise PanelError(f"The device in {self._folder} gave an answer of more than {MAX_ANSWER >> 20} MiB.")
-        return b"".join(pieces)[:-1]
+        return b"".join(pieces)
 
     async def read(self):
         """Some of what the device has sent; nothing if it has closed the connection. What is not read stays there."""
+        if self._rest:
+            piece, self._rest = self._rest, b""
+            return piece
         with contextlib.suppress(ConnectionError):
             return await self._reader.read(CHUNK)
         return b""

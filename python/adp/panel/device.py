@@ -13,6 +13,7 @@ from .readings import Reading
 from .requests import octets_of
 
 RETRY_SECONDS = 0.5
+KNOWN_SECONDS = 1.0
 EVENT_PAUSE_SECONDS = 0.02
 _WATCH = octets_of({"command": "watch", "kind": ["links"]})
 
@@ -28,13 +29,14 @@ class Device:
         self.folder = folder
         self.control_command = control_command
         self.recordings = recordings
-        self.problem = ""  # why it cannot be asked
+        self.problem = f"The device in {folder} has not answered yet."  # why it cannot be asked
         self._commands = commands
         self._readings = {}
         self._kept = None  # the connection of the readings
         self._turn = asyncio.Lock()
         self._watcher = None
-        self._known = asyncio.Event()
+        self._is_known = asyncio.Event()
+        self._runs = asyncio.Event()
         self._on_change = lambda: None
 
     def state(self):
@@ -42,14 +44,20 @@ class Device:
         return {"name": self.name, "running": not self.problem, **self._commands}
 
     async def start(self, on_change):
-        """Begins to watch it; waits until it is known whether it runs."""
+        """Begins to watch it; waits a moment until it is known whether it runs."""
         self._on_change = on_change
         if self._watcher is None:
-            self._known.clear()
+            self._is_known.clear()
             self._watcher = asyncio.create_task(self._watch())
-        await self._known.wait()
+        with contextlib.suppress(TimeoutError):
+            async with asyncio.timeout(KNOWN_SECONDS):
+                await self._is_known.wait()
 
-    async def stop(self):
+    async def runs(self):
+        """Returns as soon as it runs."""
+        await self._runs.wait()
+
+    def stop(self):
         """Ends whatever goes on with it."""
         for reading in self._readings.values():
             reading.stop()
@@ -57,8 +65,6 @@ class Device:
         self._drop_connection()
         if self._watcher:
             self._watcher.cancel()
-            with contextlib.suppress(asyncio.CancelledError):
-                await self._watcher
             self._watcher = None
 
     async def ask(self, request):
@@ -113,7 +119,11 @@ class Device:
     def _tell(self, problem):
         has_changed = problem != self.problem
         self.problem = problem
-        self._known.set()
+        self._is_known.set()
+        if problem:
+            self._runs.clear()
+        else:
+            self._runs.set()
         if has_changed:
             self.read_again()
             self._on_change()

@@ -9,11 +9,14 @@ from ..lab.builds import Build
 from ..lab.command import record as records
 from ..lab.command import run_folder
 from ..lab.command.cabling import port_of
+from ..lab.command.show import remarks_on
 from ..lab.command.words import PROGRAM
 from ..lab.problem import LabError
+from .addresses import addresses_of
 from .device import Device
 
 LOOK_SECONDS = 0.5
+ADDRESSES_SECONDS = 10.0
 
 
 def _is_running(processes):
@@ -28,8 +31,13 @@ class Lab:
         self._folder = run_folder.find(name)
         self._record = records.read(self._folder)
         several = len(run_folder.folders()) > 1
-        self._command = f"{PROGRAM} --lab {self._folder.name}" if several else PROGRAM
-        self._watcher = None
+        self._command = f"{PROGRAM} --lab {self.name}" if several else PROGRAM
+        self._addresses = {}
+        self._tasks = []
+
+    @property
+    def name(self):
+        return self._folder.name
 
     def devices(self, recordings=()):
         """The lab's devices, for the panel."""
@@ -50,7 +58,7 @@ class Lab:
     def state(self):
         """What pages are told."""
         return {
-            "name": self._folder.name,
+            "name": self.name,
             "command": self._command,
             "nodes": [self._node(node) for node in self._record.topology.nodes.values()],
             "cables": [{"ends": [self._end(end) for end in cable.ends]} for cable in self._record.topology.cables],
@@ -61,8 +69,8 @@ class Lab:
             "name": node.name,
             "kind": "adp" if node.is_device else "linux",
             "running": _is_running(self._record.nodes[node.name]["processes"]),
-            "addresses": [],
-            "remarks": [],
+            "addresses": self._addresses.get(node.name, []),
+            "remarks": remarks_on(self._record, node.name),
         }
 
     def _end(self, end):
@@ -70,18 +78,16 @@ class Lab:
         return {"node": end.node, "interface": end.interface, "port": port_of(end) if is_device else None}
 
     def start(self, on_change):
-        """Looks from time to time whether lab.json has changed."""
-        if self._watcher is None:
-            self._watcher = asyncio.create_task(self._watch(on_change))
+        """Looks from time to time whether lab.json or the addresses have changed."""
+        if not self._tasks:
+            self._tasks = [asyncio.create_task(look(on_change)) for look in (self._look, self._look_for_addresses)]
 
-    async def stop(self):
-        if self._watcher:
-            self._watcher.cancel()
-            with contextlib.suppress(asyncio.CancelledError):
-                await self._watcher
-            self._watcher = None
+    def stop(self):
+        for task in self._tasks:
+            task.cancel()
+        self._tasks = []
 
-    async def _watch(self, on_change):
+    async def _look(self, on_change):
         before = None
         while True:
             with contextlib.suppress(OSError, LabError, ValueError):
@@ -91,6 +97,12 @@ class Lab:
                     before = now
                     on_change()
             await asyncio.sleep(LOOK_SECONDS)
+
+    async def _look_for_addresses(self, on_change):
+        while True:
+            self._addresses = await addresses_of(self.name) or self._addresses
+            on_change()
+            await asyncio.sleep(ADDRESSES_SECONDS)
 
     async def ended(self):
         """Returns when the lab has ended."""

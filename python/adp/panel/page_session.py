@@ -5,19 +5,16 @@ import contextlib
 import json
 
 from . import requests
-from .answers import answer_text
+from .answers import answer_member, error_member
 from .problem import MalformedMessage, PanelError
-from .streams import stream
+from .streams import SOURCES, stream
 
 MAX_JOBS = 64  # readings, streams and requests at a time
 ASKED_AT_ONCE = 4
+DEAD_SECONDS = 30.0
 SHORTEST_SECONDS = 0.25
 LONGEST_SECONDS = 3600
 LARGEST_ID = 1 << 53  # that a browser has exactly
-
-
-def _error(problem):
-    return f'"error":{json.dumps(str(problem))}'
 
 
 def _message_of(text):
@@ -35,6 +32,10 @@ def _message_of(text):
     return message
 
 
+def _message(number, member):
+    return f'{{"id":{number},{member}}}'
+
+
 def _seconds_of(every):
     if type(every) not in (int, float) or not SHORTEST_SECONDS <= every <= LONGEST_SECONDS:
         raise PanelError(f"A reading is repeated every {SHORTEST_SECONDS} to {LONGEST_SECONDS} seconds.")
@@ -44,9 +45,11 @@ def _seconds_of(every):
 class PageSession:
     """Serves one WebSocket. What a page does not take is not kept, but for the newest of each reading."""
 
-    def __init__(self, panel, socket):
+    def __init__(self, panel, socket, abort):
+        """`abort` ends the connection at once."""
         self._panel = panel
         self._socket = socket
+        self._abort = abort
         self._ends = {}  # {id: what ends the job}
         self._newest = {}  # {key: the text of a message that waits}
         self._has_newest = asyncio.Event()
@@ -63,12 +66,13 @@ class PageSession:
 
     async def run(self):
         """Returns when the page leaves."""
+        await self._flush()
         writer = asyncio.create_task(self._write_newest())
         try:
             async for message in self._socket:
                 if not isinstance(message.data, str):
                     raise MalformedMessage("A message must be text.")
-                self._take(_message_of(message.data))
+                await self._take(_message_of(message.data))
         finally:
             writer.cancel()
             for end in list(self._ends.values()):
@@ -77,17 +81,28 @@ class PageSession:
     async def _write_newest(self):
         with contextlib.suppress(ConnectionError):
             while await self._has_newest.wait():
-                while self._newest:
-                    key = next(iter(self._newest))
-                    await self._send(self._newest.pop(key))
                 self._has_newest.clear()
+                await self._flush()
+
+    async def _flush(self):
+        while self._newest:
+            key = next(iter(self._newest))
+            await self._send(self._newest.pop(key))
 
     async def _send(self, text):
-        """Returns when there is room for more."""
+        """Returns when there is room for more. A page that takes nothing for long is dead."""
         async with self._sending:
-            await self._socket.send_str(text)
+            try:
+                async with asyncio.timeout(DEAD_SECONDS):
+                    await self._socket.send_str(text)
+            except TimeoutError:
+                self._abort()
+                raise ConnectionResetError from None
 
-    def _take(self, message):
+    async def _send_member(self, number, member):
+        await self._send(_message(number, member))
+
+    async def _take(self, message):
         number = message["id"]
         if "stop" in message:
             if number in self._ends:
@@ -96,7 +111,7 @@ class PageSession:
         try:
             self._begin(number, message)
         except PanelError as problem:
-            self.offer(number, f'{{"id":{number},{_error(problem)}}}')
+            await self._send_member(number, error_member(problem))
 
     def _begin(self, number, message):
         if number in self._ends:
@@ -110,9 +125,12 @@ class PageSession:
         if "ask" in message:
             work = self._answer(number, device, requests.asked(message["ask"], self._panel.is_read_only))
         else:
-            work = self._stream(number, device, requests.streamed(message["stream"]))
+            request = requests.streamed(message["stream"], SOURCES)
+            work = stream(device, request, lambda member: self._send_member(number, member))
         task = asyncio.create_task(self._until_done(number, work))
-        self._ends[number] = task.cancel
+        self._ends[number] = end = task.cancel
+        # A page that has stopped it may have used the id again.
+        task.add_done_callback(lambda _: self._ends.get(number) == end and self._ends.pop(number))
 
     def _begin_reading(self, number, device, request, every):
         reading = device.reading(request)
@@ -123,26 +141,20 @@ class PageSession:
             self._newest.pop(number, None)
 
         self._ends[number] = end
-        reading.add(key, every, lambda member: self.offer(number, f'{{"id":{number},{member}}}'))
+        reading.add(key, every, lambda member: self.offer(number, _message(number, member)))
 
     async def _until_done(self, number, work):
         with contextlib.suppress(ConnectionError):
             try:
                 await work
             except PanelError as problem:
-                await self._send(f'{{"id":{number},{_error(problem)}}}')
-            finally:
-                self._ends.pop(number, None)
+                await self._send_member(number, error_member(problem))
 
     async def _answer(self, number, device, request):
         async with self._asking:
             try:
-                answer = answer_text(await device.ask(request))
+                answer = answer_member(await device.ask(request))
             finally:
                 if request["command"] in requests.CHANGES:
                     device.read_again()
-            await self._send(f'{{"id":{number},"answer":{answer}}}')
-
-    async def _stream(self, number, device, request):
-        await stream(device, request, lambda lines: self._send(f'{{"id":{number},"lines":{lines}}}'))
-        await self._send(f'{{"id":{number},"end":true}}')
+            await self._send_member(number, answer)

@@ -1,5 +1,6 @@
 """What the panel shows: its devices, its lab, and the pages that are told when something of this changes."""
 
+import asyncio
 import importlib.metadata
 import tomllib
 
@@ -50,18 +51,18 @@ class Panel:
         self._pages.add(page)
         if self._lab:
             self._lab.start(self.tell)
-        for device in self._devices.values():
-            await device.start(self.tell)
-        page.offer_panel(self.state())
+        await asyncio.gather(*(device.start(self.tell) for device in self._devices.values()))
+        self._told = self.state()
+        page.offer_panel(self._told)
 
-    async def remove_page(self, page):
+    def remove_page(self, page):
         """The last page's leaving ends all readings."""
         self._pages.discard(page)
         if not self._pages:
             for device in self._devices.values():
-                await device.stop()
+                device.stop()
             if self._lab:
-                await self._lab.stop()
+                self._lab.stop()
 
     def tell(self):
         """Something may have changed."""

@@ -1,18 +1,14 @@
 """Readings that are repeated: one for all pages that want the same."""
 
 import asyncio
-import json
+import contextlib
 import time
 
-from .answers import answer_text, without_time
+from .answers import answer_member, error_member, without_time
 from .problem import PanelError
 
 SHARE = 10  # a reading takes at most this part of the time
 FAILED_SECONDS = 1.0  # until a failed reading is tried again
-
-
-def _error(problem):
-    return f'"error":{json.dumps(str(problem))}'
 
 
 class Reading:
@@ -24,7 +20,8 @@ class Reading:
         self._on_end = on_end
         self._takers = {}  # {key: (seconds, what takes a member of a message)}
         self._again = asyncio.Event()
-        self._octets = None  # the newest answer, without its time
+        self._lasting = None  # the newest answer, without its time
+        self._is_still = False  # it stayed the same, and the takers know
         self._member = None  # what the takers were given
         self._task = asyncio.create_task(self._repeat())
 
@@ -53,7 +50,7 @@ class Reading:
         while True:
             self._again.clear()
             if self._device.problem:
-                self._give(_error(self._device.problem))
+                self._give(error_member(self._device.problem))
                 await self._again.wait()
                 continue
             took = await self._read()
@@ -63,11 +60,9 @@ class Reading:
             await self._wait(max(0, every - SHARE * took))
 
     async def _wait(self, seconds):
-        try:
+        with contextlib.suppress(TimeoutError):
             async with asyncio.timeout(seconds):
                 await self._again.wait()
-        except TimeoutError:
-            pass
 
     async def _read(self):
         """Gives how long the device took."""
@@ -77,13 +72,14 @@ class Reading:
                 octets = await connection.ask(self._request)
                 took = time.monotonic() - start
             lasting = without_time(octets)
-            if lasting != self._octets:
-                self._give(f'"answer":{answer_text(octets)}')
-                self._octets = lasting
+            if lasting != self._lasting or not self._is_still:
+                # Counts that stay the same are told once more: the page sees that their rate is 0.
+                self._give(answer_member(octets))
+                self._lasting, self._is_still = lasting, lasting == self._lasting
             return took
         except PanelError as problem:
-            self._octets = None
-            self._give(_error(problem))
+            self._lasting = None
+            self._give(error_member(problem))
             return FAILED_SECONDS / SHARE
 
     def _give(self, member):

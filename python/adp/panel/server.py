@@ -1,5 +1,6 @@
 """The HTTP server of the panel: the page's files, its WebSocket, captures."""
 
+import asyncio
 import pathlib
 import re
 import secrets
@@ -38,14 +39,14 @@ class Server:
         self._panel = panel
         self._port = port
         self._token = secrets.token_urlsafe(TOKEN_OCTETS)
-        self._sockets = set()
+        self._pages = {}  # {WebSocket: what ends it at once}
 
     async def start(self):
         """Gives the address that a person opens."""
         app = web.Application()
         app.router.add_route("*", "/{path:.*}", self._serve)
         app.on_response_prepare.append(self._add_headers)
-        app.on_shutdown.append(self._close_sockets)
+        app.on_shutdown.append(self._close_pages)
         self._runner = web.AppRunner(app, access_log=None)
         await self._runner.setup()
         await web.TCPSite(self._runner, ADDRESS, self._port, shutdown_timeout=END_SECONDS).start()
@@ -58,9 +59,17 @@ class Server:
     async def _add_headers(self, _request, response):
         response.headers.update(guards.HEADERS)
 
-    async def _close_sockets(self, _app):
-        for socket in list(self._sockets):
-            await socket.close(code=aiohttp.WSCloseCode.GOING_AWAY, message=b"The panel ends.")
+    async def _close_pages(self, _app):
+        await asyncio.gather(*map(self._close_page, list(self._pages)))
+
+    async def _close_page(self, socket):
+        """A page that takes nothing does not keep the panel from ending."""
+        abort = self._pages[socket]
+        try:
+            async with asyncio.timeout(END_SECONDS):
+                await socket.close(code=aiohttp.WSCloseCode.GOING_AWAY, message=b"The panel ends.")
+        except TimeoutError:
+            abort()
 
     async def _serve(self, request):
         token, slash, path = request.match_info["path"].partition("/")
@@ -87,8 +96,8 @@ class Server:
         if not socket.can_prepare(request):
             raise web.HTTPNotFound
         await socket.prepare(request)
-        self._sockets.add(socket)
-        session = PageSession(self._panel, socket)
+        self._pages[socket] = abort = request.transport.abort
+        session = PageSession(self._panel, socket, abort)
         try:
             await self._panel.add_page(session)
             await session.run()
@@ -97,6 +106,6 @@ class Server:
         except PanelError as problem:
             await socket.close(code=aiohttp.WSCloseCode.TRY_AGAIN_LATER, message=str(problem).encode())
         finally:
-            self._sockets.discard(socket)
-            await self._panel.remove_page(session)
+            del self._pages[socket]
+            self._panel.remove_page(session)
         return socket

@@ -32,8 +32,7 @@ std::string number_text(uint64_t number) {
     return std::to_string(number);
 }
 
-/** The name of a call of another version of the library, as a part of the text: the parsed one is gone with its line.
- */
+/** The name of a call of another version of the library, in the text: the parsed one is gone with its line. */
 std::string_view unknown_name(const Line &line, std::string_view text) {
     const std::string &name = line.text("call");
     const size_t place = is_call_name(name) ? text.find(name) : std::string_view::npos;
@@ -49,7 +48,7 @@ std::string_view unknown_name(const Line &line, std::string_view text) {
 class Reader {
   public:
     explicit Reader(Recording &recording) : recording_(recording) {}
-    void read(std::string_view text);
+    void read(std::string_view text, const std::vector<size_t> &numbers);
 
   private:
     struct Progress {
@@ -92,13 +91,13 @@ constexpr Reader::Kind Reader::kKinds[] = {{"begin", &Reader::read_begin},      
                                            {"process", &Reader::read_process},  {"exit", &Reader::read_exit},
                                            {"adptrace", &Reader::refuse_header}};
 
-void Reader::read(std::string_view text) {
+void Reader::read(std::string_view text, const std::vector<size_t> &numbers) {
     if (text.empty()) {
         throw BadRecording("the recording is empty.");
     }
-    while (!text.empty()) {
+    for (size_t place = 0; !text.empty(); ++place) {
         const size_t end = text.find('\n');
-        ++number_;
+        number_ = numbers.empty() ? place + 1 : numbers.at(place);
         read_line(text.substr(0, end), end == std::string_view::npos);
         text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
     }
@@ -293,8 +292,9 @@ size_t Reader::around(Progress &progress, uint32_t thread, const Line &line) {
     return found->second;
 }
 
-Recording::Recording(std::string text) : text_(std::make_unique<const std::string>(std::move(text))) {
-    Reader(*this).read(*text_);
+Recording::Recording(std::string text, const std::vector<size_t> &numbers)
+    : text_(std::make_unique<const std::string>(std::move(text))) {
+    Reader(*this).read(*text_, numbers);
 }
 
 }  // namespace adptrace

@@ -92,8 +92,8 @@ struct Board {
 
 class Recording {
   public:
-    /** Throws BadRecording. */
-    explicit Recording(std::string text);
+    /** The numbers are those of the text's lines, from 1 on if there are none. Throws BadRecording. */
+    explicit Recording(std::string text, const std::vector<size_t> &numbers = {});
     /** Of a file, "-" for standard input, with its name in the sentence. Throws BadRecording. */
     static Recording of_file(const std::string &name);
     Recording(Recording &&) = default;

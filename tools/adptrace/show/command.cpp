@@ -13,6 +13,7 @@
 
 #include "tools/adptrace/recording/recording.h"
 #include "tools/adptrace/show/options.h"
+#include "tools/adptrace/show/show_parts.h"
 #include "tools/adptrace/show/timeline.h"
 
 namespace adptrace {
@@ -57,6 +58,11 @@ void write_file(const std::string &name, const std::string &text) {
 
 int run_show(std::span<const std::string> arguments) {
     Options options = show_options(arguments);
+    options.show.style.has_colours = has_coloured_terminal();
+    if (is_in_parts(options)) {
+        show_parts(options, {print, [] { finish(); }});
+        return finish();
+    }
     const Recording recording = Recording::of_file(options.file);
     if (!options.timeline.empty()) {
         const Timeline timeline = timeline_of(recording, options.show.filter);
@@ -64,7 +70,6 @@ int run_show(std::span<const std::string> arguments) {
         print(options.timeline + ": " + timeline.summary + "\n");
         return finish();
     }
-    options.show.style.has_colours = has_coloured_terminal();
     show(recording, options.show, print);
     return finish();
 }

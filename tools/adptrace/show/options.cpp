@@ -25,6 +25,9 @@ const char *const kShowHelp = FILTER_HELP
     "      --tree                 A call with all that is within it, and the calls around a chosen one\n"
     "      --frames               Also the frames that the program sent and received\n"
     "      --full                 Long values in full\n"
+    "      --last=N               The newest N of the calls that are within none, with all within them\n"
+    "      --follow               Shows each of these calls when it has ended, until the recorded program ends\n"
+    "      --json                 Each of these calls as a line of JSON\n"
     "      --timeline=PICTURE     Writes a picture of the chosen calls over time instead, as SVG\n"
     "\nFILE is - for standard input.\n";
 const char *const kStatHelp = FILTER_HELP
@@ -38,6 +41,7 @@ namespace {
 
 constexpr double kNanoseconds = 1e9;
 constexpr double kMostSeconds = 9e9;
+constexpr uint64_t kMostLast = 100'000;
 
 struct OrderName {
     std::string_view name;
@@ -80,6 +84,10 @@ std::vector<Option> filters(Filter &filter) {
 
 }  // namespace
 
+bool is_in_parts(const Options &options) {
+    return options.is_followed || options.is_json || options.last.has_value();
+}
+
 Options show_options(std::span<const std::string> words) {
     Options options;
     std::vector<Option> known = filters(options.show.filter);
@@ -87,7 +95,16 @@ Options show_options(std::span<const std::string> words) {
     known.push_back({"--frames", "", [&](Word) { options.show.has_frames = true; }});
     known.push_back({"--full", "", [&](Word) { options.show.style.length = Length::kFull; }});
     known.push_back({"--timeline", "PICTURE", [&](Word word) { options.timeline = word; }});
+    known.push_back({"--last", "N", [&](Word word) { options.last = natural_of(word, kMostLast); }});
+    known.push_back({"--follow", "", [&](Word) { options.is_followed = true; }});
+    known.push_back({"--json", "", [&](Word) { options.is_json = true; }});
     options.file = only_file(read_options(words, known));
+    if (!options.timeline.empty() && is_in_parts(options)) {
+        throw Refusal("--timeline draws the whole recording: it takes neither --last nor --follow nor --json.");
+    }
+    if (options.is_followed && options.file == "-") {
+        throw Refusal("--follow takes a FILE, not standard input.");
+    }
     return options;
 }
 

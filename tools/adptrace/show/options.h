@@ -4,6 +4,8 @@
  */
 #pragma once
 
+#include <stddef.h>
+#include <optional>
 #include <span>
 #include <string>
 
@@ -18,7 +20,12 @@ struct Options {
     std::string timeline; /**< the file of a picture, empty for none */
     Order order = Order::kTime;
     bool is_json = false;
+    bool is_followed = false;
+    std::optional<size_t> last; /**< so many calls, the newest */
 };
+
+/** Whether the recording is shown part by part, not as a whole. */
+bool is_in_parts(const Options &options);
 
 /** Both throw a Refusal. */
 Options show_options(std::span<const std::string> words);

@@ -63,7 +63,7 @@ TEST(Options, OfTheHelpAreKnown) {
         }
         return count;
     };
-    EXPECT_EQ(check(adptrace::kShowHelp, adptrace::show_options), 12U);
+    EXPECT_EQ(check(adptrace::kShowHelp, adptrace::show_options), 15U);
     EXPECT_EQ(check(adptrace::kStatHelp, adptrace::stat_options), 10U);
 }
 
@@ -71,7 +71,8 @@ TEST(Options, AreRefusedWithASentence) {
     EXPECT_EQ(reason({}), "it needs the FILE of a recording, or - for standard input.");
     EXPECT_EQ(reason({"a", "b"}), "it takes one FILE, not 'a' and 'b'.");
     EXPECT_EQ(reason({"a", "--tre"}), "there is no option --tre; did you mean '--tree'?; --help lists them.");
-    EXPECT_EQ(reason({"a", "--json"}).substr(0, 26), "there is no option --json;");
+    EXPECT_EQ(reason({"a", "--last=1"}, adptrace::stat_options).substr(0, 26), "there is no option --last;");
+    EXPECT_EQ(reason({"a", "--last=100001"}), "'100001' is no number from 1 to 100000.");
     EXPECT_EQ(reason({"a", "--calls"}), "--calls needs PATTERN.");
     EXPECT_EQ(reason({"a", "--tree=1"}), "--tree takes no value.");
     EXPECT_EQ(reason({"a", "--thread=0"}), "'0' is no number from 1 on.");

@@ -18,7 +18,10 @@ constexpr size_t kIndent = 2;
 class Shower {
   public:
     Shower(const Recording &recording, const ShowOptions &options, const LineSink &sink)
-        : recording_(recording), options_(options), sink_(sink), has_processes_(recording.processes().size() > 1) {}
+        : recording_(recording),
+          options_(options),
+          sink_(sink),
+          has_processes_(options.has_processes || recording.processes().size() > 1) {}
 
     void show();
 
@@ -55,6 +58,9 @@ class Shower {
 };
 
 void Shower::show_event(const Event &event) {
+    if (event.line < options_.first_line) {
+        return;
+    }
     const Process &process = recording_.processes()[event.process];
     if (event.kind == Event::Kind::kFrame) {
         const Frame &frame = recording_.frames()[event.index];
@@ -125,11 +131,11 @@ void Shower::show_tree() {
 }
 
 void Shower::show() {
-    if (!options_.filter.is_about_calls()) {
+    if (!options_.filter.is_about_calls() && options_.first_line <= 1) {
         sink_("--- " + header_text(recording_.header()) + "\n");
     }
     options_.is_tree ? show_tree() : show_list();
-    if (is_empty_ && options_.filter.is_about_calls()) {
+    if (is_empty_ && options_.first_line == 0 && options_.filter.is_about_calls()) {
         sink_("--- no call is chosen\n");
     }
     if (recording_.is_cut()) {

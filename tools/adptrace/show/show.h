@@ -18,6 +18,9 @@ struct ShowOptions {
     Style style;
     bool is_tree = false;
     bool has_frames = false;
+    /** Of a part of a recording: what stands before this line is not shown, nor said of the recording as a whole. */
+    size_t first_line = 0;
+    bool has_processes = false; /**< there are several, though the recording has lines of one */
 };
 
 /** Takes a line, which ends with a newline. */

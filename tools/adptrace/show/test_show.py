@@ -88,6 +88,111 @@ def test_colours_are_for_terminals():
         assert b"-11 (vlan_exists)" in shown and b"\x1b" not in shown
 
 
+CALL = ('{"begin":%d,"thread":1,"at":%d,"call":"adp_vlan_create","arguments":{"vid":1}}\n'
+        '{"end":%d,"at":%d,"result":0,"outputs":{}}\n')
+
+
+class Followed:
+    """A recording that grows, and what is shown of it."""
+
+    def __init__(self, path, *options, calls=1):
+        self.path, self.calls = path, 0
+        path.write_text("".join(SAMPLE.read_text().splitlines(keepends=True)[:2]))
+        self.call(calls)
+        self.process = subprocess.Popen([*ADPTRACE, "show", "--follow", "--calls=*", *options, path], text=True,
+                                        stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+
+    def write(self, text):
+        with open(self.path, "a", encoding="ascii") as file:
+            file.write(text)
+
+    def call(self, count=1):
+        for number in range(self.calls + 1, self.calls + count + 1):
+            self.write(CALL % (number, 1000000 * number, number, 1000000 * number + 9000))
+        self.calls += count
+
+    def line(self):
+        return self.process.stdout.readline()
+
+    def end(self):
+        output, errors = self.process.communicate(timeout=60)
+        return self.process.returncode, output, errors
+
+
+@pytest.fixture(name="followed")
+def fixture_followed(tmp_path):
+    followed = []
+
+    def follow(*options, **more):
+        followed.append(Followed(tmp_path / "growing.adptrace", *options, **more))
+        return followed[-1]
+
+    yield follow
+    for each in followed:
+        each.process.kill()
+        each.process.communicate()
+
+
+def test_a_recording_is_followed_to_the_end_of_the_program(followed):
+    growing = followed()
+    assert growing.line() == "    0.001000 [1] adp_vlan_create(vid=1) = 0  (9.0 us)\n"
+    begin, end = (CALL % (2, 2000000, 2, 2009000)).splitlines(keepends=True)
+    growing.write(begin + end[:9])
+    growing.write(end[9:])
+    assert growing.line().startswith("    0.002000 [1] adp_vlan_create(vid=1) = 0")
+    growing.write((CALL % (3, 3000000, 4, 0)).splitlines(keepends=True)[0] + '{"exit":412,"at":5000000,"status":0}\n')
+    assert growing.end() == (0, "    0.003000 [1] adp_vlan_create(vid=1) = ?  (did not return)\n", "")
+
+
+def test_it_is_followed_in_json_from_the_newest_calls_on(followed):
+    growing = followed("--json", "--last=2", calls=500)
+    told = [json.loads(growing.line()) for _ in range(2)]
+    growing.call()
+    told.append(json.loads(growing.line()))
+    assert [call["at"] for call in told] == [0.499, 0.5, 0.501]
+    assert {**told[2], "at": 0} == {"at": 0, "process": 412, "thread": 1, "text": "adp_vlan_create(vid=1) = 0",
+                                    "failed": False, "microseconds": 9.0, "within": []}
+
+
+@pytest.mark.parametrize("change, reason", [
+    (lambda path: os.truncate(path, 10), "was truncated while it was followed."),
+    (lambda path: path.unlink(), "is not there any more: No such file or directory."),
+    (lambda path: (path.rename(f"{path}.old"), path.write_text("")), "was replaced by another file while it was followed.")])
+def test_a_recording_that_cannot_grow_any_more_is_told(followed, change, reason):
+    growing = followed()
+    growing.line()
+    change(growing.path)
+    assert growing.end() == (2, "", f"adptrace: {growing.path}: {reason}\n")
+
+
+def test_following_ends_when_interrupted_and_when_nobody_reads(followed):
+    growing = followed()
+    growing.line()
+    growing.process.send_signal(signal.SIGINT)
+    assert growing.end() == (-signal.SIGINT, "", "")
+    growing = followed()
+    growing.line()
+    growing.process.stdout.close()
+    assert growing.process.wait(timeout=60) == 0 and growing.process.stderr.read() == ""
+
+
+def test_a_long_recording_is_followed_in_little_memory(followed):
+    growing = followed("--last=3", calls=200000)
+    assert growing.line().startswith("  199.998000 ")
+    with open(f"/proc/{growing.process.pid}/statm", encoding="ascii") as pages:
+        assert int(pages.read().split()[1]) * os.sysconf("SC_PAGE_SIZE") < min(16 << 20, growing.path.stat().st_size)
+
+
+def test_what_can_be_followed():
+    for options, reason in ((["--follow", "-"], "--follow takes a FILE, not standard input."),
+                            (["--json", "--timeline=x.svg", SAMPLE], "--timeline draws the whole recording: it takes neither "
+                             "--last nor --follow nor --json.")):
+        assert run("show", *options).stderr == f"adptrace: {reason}\n"
+    for options in ((SAMPLE,), ("-",)):
+        shown = run("show", "--json", "--failed", *options, input=SAMPLE.read_text())
+        assert shown.returncode == 0 and [json.loads(line)["failed"] for line in shown.stdout.splitlines()] == [True, True]
+
+
 def test_a_timeline_is_a_picture_with_titles(tmp_path):
     picture = tmp_path / "calls.svg"
     result = run("show", "--timeline", picture, SAMPLE)

@@ -10,7 +10,8 @@ from .namespaces import enter
 SECONDS = 10.0
 
 
-def _read(record):
+def addresses_from_inside(record):
+    """{node: ["10.0.0.1/24"]}. Puts this process into the lab, which it cannot leave again."""
     found = {}
     for name, enter_network in zip(record.topology.nodes, enter(record, *record.topology.nodes), strict=True):
         enter_network()
@@ -28,6 +29,6 @@ def _read(record):
 
 @functools.cache
 def addresses(record):
-    """{node: ["10.0.0.1/24"]}. Another process enters the lab, since this one could not leave it again."""
+    """The same, by another process."""
     with concurrent.futures.ProcessPoolExecutor(1) as pool:
-        return pool.submit(_read, record).result()
+        return pool.submit(addresses_from_inside, record).result()

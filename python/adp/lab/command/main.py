@@ -19,6 +19,7 @@ from .live import live
 from .logs import show_logs
 from .namespaces import run
 from .options import parse
+from .panel import panel_address
 from .restart import restart
 from .run_folder import death_notice, find, sweep
 from .up import down, up
@@ -46,7 +47,7 @@ def _up(options):
     for number in (signal.SIGHUP, signal.SIGTERM):
         signal.signal(number, signal.default_int_handler)
     try:
-        record, was_there = up(topology, name, options.target, _progress)
+        record, was_there = up(topology, name, options.target, _progress, options.panel)
     finally:
         _end_progress()
     if was_there:
@@ -54,6 +55,8 @@ def _up(options):
     nodes = counted(len(topology.nodes), "node")
     print(f"The lab '{record.name}' is up: {nodes} in {time.monotonic() - started:.1f} s.\n")
     print(show.nodes_table(record))
+    if options.panel:
+        print(f"\nThe panel: {panel_address(record.folder)}")
     if tries := show.suggestions(record):
         print("\nTry:")
         print("\n".join(f"  {command}" for command in tries))
@@ -70,10 +73,14 @@ def _ps(options):
         for name in dead:
             print(death_notice(name))
     if options.json:
-        print(json.dumps([{**records.read(folder).data, "name": folder.name} for folder in folders]))
+        print(json.dumps(list(map(_data, folders))))
     else:
         print("\n\n".join(map(_shown, folders)) or f"No lab is running. '{PROGRAM} up' starts one.")
     return 0
+
+
+def _data(folder):
+    return {**records.read(folder).data, "name": folder.name, "panel": panel_address(folder)}
 
 
 def _shown(folder):

@@ -62,6 +62,7 @@ COMMANDS = (
                 "management programs are the target's build, under emulation",
                 {"action": "store_true"},
             ),
+            Argument(("--panel",), "starts the lab's panel, too, and shows its address", {"action": "store_true"}),
         ),
     ),
     Command(
@@ -128,7 +129,7 @@ COMMANDS = (
 )
 
 
-def _row(head, text, indent):
+def help_row(head, text, indent):
     """A line of the help, its text in a column of its own."""
     wrapped = textwrap.wrap(text, WIDTH - TEXT_COLUMN)
     first = f"{' ' * indent}{head}"
@@ -147,8 +148,8 @@ def _help_text():
             "Usage: adp-lab [OPTION...] COMMAND [ARGUMENT...]",
             *textwrap.wrap(ABOUT, WIDTH),
             "",
-            _row("--lab=NAME", LAB_HELP, 6),
-            _row("-h, --help", "this text; 'adp-lab COMMAND --help' shows a command's", 2),
+            help_row("--lab=NAME", LAB_HELP, 6),
+            help_row("-h, --help", "this text; 'adp-lab COMMAND --help' shows a command's", 2),
             "",
             "Commands:",
             *commands,

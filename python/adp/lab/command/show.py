@@ -6,6 +6,7 @@ from .addresses import addresses
 from .cabling import port_of
 from .namespaces import pids_outside
 from .node import HOLDER
+from .panel import panel_address
 from .programs import how_it_ended
 from .words import PROGRAM, counted, table
 
@@ -65,14 +66,15 @@ def _remark(record, name, program, state):
     return f"{name}: {program} {how_it_ended(state['status'])}. {last} {restart}"
 
 
+def remarks_on(record, name):
+    """A sentence for each process of a node that has ended."""
+    processes = record.nodes[name]["processes"]
+    return [_remark(record, name, program, state) for program, state in processes.items() if not _is_running(state)]
+
+
 def remarks(record):
-    """A sentence for each process that has ended."""
-    return [
-        _remark(record, name, program, state)
-        for name, node in record.nodes.items()
-        for program, state in node["processes"].items()
-        if not _is_running(state)
-    ]
+    """The same of all nodes."""
+    return [remark for name in record.nodes for remark in remarks_on(record, name)]
 
 
 def heading(record):
@@ -100,4 +102,6 @@ def suggestions(record):
 
 def lab_text(record):
     """What `ps` shows of a lab."""
-    return "\n".join([heading(record), processes_table(record), *remarks(record)])
+    address = panel_address(record.folder)
+    panel = [f"The panel: {address}"] if address else []
+    return "\n".join([heading(record), processes_table(record), *panel, *remarks(record)])

@@ -15,6 +15,7 @@ from ..process import LineReader, poll_until
 from . import record
 from .building import NODES
 from .keeper import FAILED, READY
+from .panel import check_panel, start_panel
 from .programs import last_line_of_file
 from .run_folder import RECORD, RunFolder
 from .wrappers import write_wrappers
@@ -43,16 +44,21 @@ def _programs_path(folder, target):
     return [str(write_wrappers(folder.path / "bin", Build(TARGET)))] + found if target else found
 
 
+def _environment():
+    """That of background processes, which are modules of this package."""
+    paths = [str(PACKAGE_ROOT), *filter(None, os.environ.get("PYTHONPATH", "").split(":"))]
+    return {**os.environ, "PYTHONPATH": ":".join(paths)}
+
+
 def _start_keeper(folder, lock):
     python = [sys.executable, "-m", "adp.lab.command.keeper", str(folder.path), str(lock)]
-    paths = [str(PACKAGE_ROOT), *filter(None, os.environ.get("PYTHONPATH", "").split(":"))]
     with open(folder.path / LOG, "ab") as log:
         return subprocess.Popen(
             isolated(python, "--mount", "--pid", "--fork", "--kill-child"),
             stdin=subprocess.DEVNULL,
             stdout=subprocess.PIPE,
             stderr=log,
-            env={**os.environ, "PYTHONPATH": ":".join(paths)},
+            env=_environment(),
             start_new_session=True,
             pass_fds=[lock],
         )
@@ -94,9 +100,11 @@ def _children(pid):
         return []
 
 
-def up(topology, name, target, progress):
+def up(topology, name, target, progress, with_panel=False):
     """Starts a lab; gives its record, and whether a dead one of its name was removed first."""
     folder = RunFolder(name)
+    if with_panel:
+        check_panel()
     _check_lengths(folder, topology)
     build = native_build()
     for program in ("vdeviced", "vdevctl"):
@@ -115,6 +123,9 @@ def up(topology, name, target, progress):
         record.write(folder.path / RECORD, data)
         process = _start_keeper(folder, lock)
         _await_ready(process, folder, progress)
+        if with_panel:
+            progress("panel")
+            start_panel(folder, _environment())
         return record.read(folder), was_there
     except BaseException:
         if process:

@@ -66,7 +66,7 @@ function State({ isConnected, device, view }) {
 function Page({ isConnected }) {
     const panel = usePanel();
     const place = usePlace();
-    const view = VIEWS.find((each) => each.name === place.view) ?? VIEWS[0];
+    const view = VIEWS.find((each) => each.name === place.view && (panel.lab || !each.isOfLab)) ?? VIEWS[0];
     const device = panel.devices.find((each) => each.name === place.device) ?? panel.devices[0];
     useEffect(() => {
         document.title = `${view.title}${view.isOfLab ? "" : `, ${device.name}`} - adp front panel`;

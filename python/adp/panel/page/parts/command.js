@@ -3,8 +3,8 @@ import { html, useState } from "../vendor/preact.js";
 
 const SAID_MILLISECONDS = 2000;
 
-/** @param {{text: string}} props */
-export function Command({ text }) {
+/** @param {{text: string, name?: string}} props `name` is the button's text */
+export function CopyButton({ text, name = "Copy" }) {
     const [said, setSaid] = useState("");
     const copy = async () => {
         try {
@@ -16,10 +16,12 @@ export function Command({ text }) {
         setTimeout(() => setSaid(""), SAID_MILLISECONDS);
     };
     return html`
-        <span class="command">
-            <code>${text}</code>
-            <button type="button" onClick=${copy} aria-label=${`Copy the command ${text}`}>Copy</button>
-            <span role="status">${said}</span>
-        </span>
+        <button type="button" onClick=${copy} title=${text} aria-label=${`Copy the command ${text}`}>${name}</button>
+        <span role="status">${said}</span>
     `;
+}
+
+/** @param {{text: string}} props */
+export function Command({ text }) {
+    return html`<span class="command"><code>${text}</code> <${CopyButton} text=${text} /></span>`;
 }
