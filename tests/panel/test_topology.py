@@ -20,8 +20,8 @@ def cable(page, state="up", ends="sw1:1 to h1:eth1"):
 
 
 def words_of(element):
-    """The text in a part of the picture."""
-    return element.get_attribute("textContent")
+    """The texts in the picture, which stand beside their button."""
+    return element.find_element("xpath", "..").get_attribute("textContent")
 
 
 def details(page):
@@ -112,6 +112,7 @@ def test_a_cable_is_made_bad_and_good_again(picture, lab):
     assert conditions(lab) == {25: {"loss": "5%", "delay": "20ms", "jitter": "2ms", "seed": 1}}
     assert "!" in words_of(cable(picture, "bad", "sw1:25 to sw2:25"))
     picture.wait_for(".topology-list td", "loss 5%, delay 20ms, jitter 2ms")
+    assert picture.axe() == []
     picture.click(".cable-form button", "Make it good")
     picture.wait_for(".cable-form", "A good cable.")
     assert conditions(lab) == {}

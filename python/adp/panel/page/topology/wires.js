@@ -154,8 +154,8 @@ function textAt({ mark, isLevel }) {
  */
 function clearCurve([from, to], marks) {
     const curves = SHARES.map((share) => curve(from, to, share));
-    const isClear = (/** @type {Point} */ { x, y }) => marks.every((mark) => Math.hypot(mark.x - x, mark.y - y) > CLEAR);
-    return curves.find(({ mark }) => isClear(mark)) ?? curves[0];
+    const away = (/** @type {Point} */ one, /** @type {Point} */ other) => Math.hypot(one.x - other.x, one.y - other.y);
+    return curves.find(({ mark }) => marks.every((each) => away(each, mark) > CLEAR)) ?? curves[0];
 }
 
 /**
