@@ -252,8 +252,8 @@ def test_a_folder_may_have_an_equals_sign(start, tmp_path):
     async def names(page):
         return [each["name"] for each in (await page.hear_panel())["devices"]]
 
-    program = start(f"{tmp_path}/a=b", f"c={tmp_path}/d=e")
-    assert asyncio.run(page_of(program.url, names)) == ["a=b", "c"]
+    program = start(f"{tmp_path}/a=b", f"c=={tmp_path}/d=e")
+    assert asyncio.run(page_of(program.url, names)) == ["a=b", "c="]
 
 
 def test_a_browser_is_told_the_address_by_a_file_of_this_user(start, tmp_path):
