@@ -1,5 +1,5 @@
-// A table: sorted by the column that one chooses, searched, with marks at what has just changed. A long one is scrolled in
-// its frame, and only the rows in sight are in the document.
+// A table: sorted by the column that one chooses, searched, with marks at what has just changed. A long one is scrolled
+// in its frame, and only the rows in sight are in the document.
 import { html, useLayoutEffect, useRef, useState } from "../vendor/preact.js";
 import { useRows } from "./rows.js";
 import { Rows, classOf } from "./table_rows.js";
@@ -19,9 +19,9 @@ import { useWindow } from "./window.js";
  *   isLetter   the cells are letters, narrow and centred
  *   isHidden   the column is not seen now
  * The columns of a table stay the same ones, in the same order.
- * @typedef {{name: string, title: string, value: (row: any) => any, show?: (row: any) => any, text?: (row: any) => string,
- *     label?: (row: any) => string, mark?: (row: any) => string, isNumber?: boolean, isWatched?: boolean, isHead?: boolean,
- *     about?: string, isLetter?: boolean, isHidden?: boolean}} Column
+ * @typedef {{name: string, title: string, value: (row: any) => any, show?: (row: any) => any,
+ *     text?: (row: any) => string, label?: (row: any) => string, mark?: (row: any) => string, isNumber?: boolean,
+ *     isWatched?: boolean, isHead?: boolean, about?: string, isLetter?: boolean, isHidden?: boolean}} Column
  */
 /** @typedef {import("./rows").Sort} Sort */
 
@@ -45,14 +45,14 @@ function Head({ columns, sort, onSort }) {
  * @param {{texts: string[]}} props
  */
 function Widths({ texts }) {
-    return html`<tbody aria-hidden="true"><tr class="widths">${texts.map((text) => html`<td><div>${text}</div></td>`)}</tr></tbody>`;
+    const cells = texts.map((text) => html`<td><div>${text}</div></td>`);
+    return html`<tbody aria-hidden="true"><tr class="widths">${cells}</tr></tbody>`;
 }
 
 /** @param {{rows: number, height: number, columns: number}} props */
 function Space({ rows, height, columns }) {
-    return html`
-        <tbody aria-hidden="true"><tr class="space"><td colspan=${columns} style=${{ height: `${rows * height}px` }}></td></tr></tbody>
-    `;
+    const cell = html`<td colspan=${columns} style=${{ height: `${rows * height}px` }}></td>`;
+    return html`<tbody aria-hidden="true"><tr class="space">${cell}</tr></tbody>`;
 }
 
 /** @param {{label: string, words: string, onSearch: (words: string) => void}} props */
@@ -86,9 +86,9 @@ function useFocus(frame) {
 /**
  * @param {{caption: string, columns: Column[], rows: any[], keyOf: (row: any) => any, empty?: string, search?: string,
  *     keep?: ((row: any) => boolean) | null, sort?: Sort}} props
- *     `caption` says to a screen reader what the rows are; `keyOf` gives each row another key; `empty` is shown when there
- *     are none; `search` is the label of a field to search in; only rows that `keep` takes are shown; `sort` is the sorting
- *     at first, by the first column if it is not given
+ *     `caption` says to a screen reader what the rows are; `keyOf` gives each row another key; `empty` is shown when
+ *     there are none; `search` is the label of a field to search in; only rows that `keep` takes are shown; `sort` is
+ *     the sorting at first, by the first column if it is not given
  */
 export function Table({ caption, columns, rows, keyOf, empty = "None", search, keep = null, sort: firstSort }) {
     const [sort, setSort] = useState(firstSort ?? { name: columns[0].name, isUp: true });
@@ -107,15 +107,23 @@ export function Table({ caption, columns, rows, keyOf, empty = "None", search, k
         <div class="table">
             ${search && html`<${Search} label=${search} words=${words} onSearch=${setWords} />`}
             <span class="unseen" role="status">${words && count}</span>
-            <div class=${isWhole ? "scroll" : "scroll long"} tabindex="0" role="region" aria-label=${caption} ref=${frame}
-                onScroll=${look} onFocusCapture=${onFocus}>
+            <div class=${isWhole ? "scroll" : "scroll long"} tabindex="0" role="region" aria-label=${caption}
+                ref=${frame} onScroll=${look} onFocusCapture=${onFocus}>
                 <table aria-rowcount=${shown.length + 1}>
-                    <caption><span>${caption}: <span class="rows-shown">${count}</span></span></caption>
+                    <caption><span>
+                        <span class="caption-text">${caption}: </span><span class="rows-shown">${count}</span>
+                    </span></caption>
                     <${Head} columns=${seen} sort=${sort} onSort=${onSort} />
-                    ${!isWhole && html`<${Widths} texts=${longest} /><${Space} rows=${first} height=${height} columns=${seen.length} />`}
-                    <${Rows} columns=${all} rows=${shown.slice(first, last)} keyOf=${keyOf} changes=${changes} first=${first} />
-                    ${!isWhole && html`<${Space} rows=${shown.length - last} height=${height} columns=${seen.length} />`}
-                    ${shown.length === 0 && html`<tbody><tr><td colspan=${seen.length}>${prepared ? empty : "Reading ..."}</td></tr></tbody>`}
+                    ${!isWhole && html`<${Widths} texts=${longest} />`}
+                    ${!isWhole && html`<${Space} rows=${first} height=${height} columns=${seen.length} />`}
+                    <${Rows} columns=${all} rows=${shown.slice(first, last)} keyOf=${keyOf} changes=${changes}
+                        first=${first} />
+                    ${!isWhole && html`
+                        <${Space} rows=${shown.length - last} height=${height} columns=${seen.length} />
+                    `}
+                    ${shown.length === 0 && html`
+                        <tbody><tr><td colspan=${seen.length}>${prepared ? empty : "Reading ..."}</td></tr></tbody>
+                    `}
                 </table>
             </div>
         </div>

@@ -16,7 +16,11 @@ export function classOf(column) {
  * @param {string} text
  */
 function signOf(sign, text) {
-    return html`<span class="sign" title=${text}><span aria-hidden="true">${sign}</span><span class="unseen">${text}</span></span>`;
+    return html`
+        <span class="sign" title=${text}>
+            <span aria-hidden="true">${sign}</span><span class="unseen">${text}</span>
+        </span>
+    `;
 }
 
 /**
@@ -28,7 +32,8 @@ function signOf(sign, text) {
 function cellOf(row, column, isChanged, sign) {
     const names = `${column.mark?.(row) ?? ""}${classOf(column)}${isChanged ? " changed" : ""}`;
     const label = column.label && `${column.label(row)}${isChanged ? ", just changed" : ""}`;
-    const inside = [column.show ? column.show(row) : column.value(row), isChanged && signOf("•", "just changed"), sign];
+    const seen = column.show ? column.show(row) : column.value(row);
+    const inside = [seen, isChanged && signOf("•", "just changed"), sign];
     return column.isHead
         ? html`<th scope="row" class=${names} aria-label=${label} title=${label}>${inside}</th>`
         : html`<td class=${names} aria-label=${label} title=${label}>${inside}</td>`;
@@ -45,16 +50,17 @@ function rowOf(key, row, columns, number, marks) {
     const watched = columns.filter((column) => column.isWatched);
     const sign = marks.isGone ? signOf("−", "gone") : marks.isNew && signOf("+", "new");
     const seen = columns.filter((column) => !column.isHidden);
+    const isChanged = (/** @type {Column} */ column) => marks.changed.includes(watched.indexOf(column));
     return html`
         <tr key=${key} aria-rowindex=${number} class=${marks.isGone ? "gone-row" : marks.isNew ? "new-row" : null}>
-            ${seen.map((column, at) => cellOf(row, column, marks.changed.includes(watched.indexOf(column)), at === 0 && sign))}
+            ${seen.map((column, at) => cellOf(row, column, isChanged(column), at === 0 && sign))}
         </tr>
     `;
 }
 
 /**
- * @param {{columns: Column[], rows: any[], keyOf: (row: any) => any, changes: import("./changes").Changes, first: number}} props
- *     `first` is the number of the first row in the whole table
+ * @param {{columns: Column[], rows: any[], keyOf: (row: any) => any, changes: import("./changes").Changes,
+ *     first: number}} props `first` is the number of the first row in the whole table
  */
 export function Rows({ columns, rows, keyOf, changes, first }) {
     const made = useRef(/** @type {Map<any, Made>} */ (new Map()));
@@ -68,7 +74,9 @@ export function Rows({ columns, rows, keyOf, changes, first }) {
         const text = JSON.stringify(marks);
         const old = made.current.get(key);
         const isSame = old && old.row === row && old.columns === columns && old.number === number && old.marks === text;
-        fresh.set(key, isSame ? old : { row, columns, number, marks: text, element: rowOf(key, row, columns, number, marks) });
+        fresh.set(key, isSame
+            ? old
+            : { row, columns, number, marks: text, element: rowOf(key, row, columns, number, marks) });
     });
     made.current = fresh;
     return html`<tbody class="rows">${[...fresh.values()].map(({ element }) => element)}</tbody>`;

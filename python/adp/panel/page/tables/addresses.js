@@ -5,6 +5,7 @@ import { portName } from "../parts/ports.js";
 import { short } from "../rates.js";
 import { Table } from "../parts/table.js";
 import { Age, ageText } from "./age.js";
+import { adpsh } from "./part.js";
 import { Answered, Commands, Facts } from "./reading.js";
 
 /** @typedef {{vid: number, mac: string, index: number, port: number, trunk: number, kind: string, static: boolean,
@@ -45,17 +46,18 @@ function columnsOf(device, times, chosen) {
     `;
     return [
         {
-            name: "mac", title: "Address", value: (row) => parseInt(row.mac.replaceAll(":", ""), 16), text: (row) => row.mac,
-            show: address, isHead: true,
+            name: "mac", title: "Address", value: (row) => parseInt(row.mac.replaceAll(":", ""), 16),
+            text: (row) => row.mac, show: address, isHead: true,
         },
         { name: "vlan", title: "VLAN", value: (row) => row.vid, text: (row) => `vlan ${row.vid}`, isNumber: true },
         {
-            name: "place", title: "Behind", value: (row) => (row.trunk < 0 ? row.port : TRUNKS + row.trunk), text: placeText,
-            show: placeText, isWatched: true,
+            name: "place", title: "Behind", value: (row) => (row.trunk < 0 ? row.port : TRUNKS + row.trunk),
+            text: placeText, show: placeText, isWatched: true,
         },
         { name: "kind", title: "Kind", value: kindText, isWatched: true },
         {
-            name: "age", title: "Age", value: (row) => row.age ?? null, text: () => "", mark: () => "age", isNumber: true,
+            name: "age", title: "Age", value: (row) => row.age ?? null, text: () => "", mark: () => "age",
+            isNumber: true,
             show: (row) => (row.age === undefined ? "does not age" : html`<${Age} seconds=${row.age} ...${times} />`),
         },
         { name: "index", title: "Index", value: (row) => row.index, text: () => "", isNumber: true },
@@ -95,12 +97,12 @@ function AddressCommands({ device, row }) {
     /** @type {[string, string][]} */
     const commands = row ? [
         ["Show it", `${device.vdevctl} macs --vlan ${row.vid} --mac ${row.mac}`],
-        ["Ask the library", `${device.adpsh} --map 'adp_get_mac_addr ${row.mac} ${row.vid}'`],
-        ["Forget it in all VLANs", `${device.adpsh} --map 'adp_del_mac_addr_by_mac ${row.mac} 1'`],
+        ["Ask the library", adpsh(device, `adp_get_mac_addr ${row.mac} ${row.vid}`)],
+        ["Forget it in all VLANs", adpsh(device, `adp_del_mac_addr_by_mac ${row.mac} 1`)],
     ] : [
         ["Show the table", `${device.vdevctl} macs`],
         ["What is learned", `${device.vdevctl} watch learning`],
-        ["Forget what was learned", `${device.adpsh} --map 'adp_del_mac_by_lrntype 0'`],
+        ["Forget what was learned", adpsh(device, "adp_del_mac_by_lrntype 0")],
     ];
     return html`
         <section class="card" aria-label="Commands">

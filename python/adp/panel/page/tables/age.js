@@ -2,7 +2,12 @@
 import { html, useEffect, useState } from "../vendor/preact.js";
 
 const TICK_MILLISECONDS = 1000;
-const UNITS = [{ name: "d", seconds: 86400 }, { name: "h", seconds: 3600 }, { name: "min", seconds: 60 }, { name: "s", seconds: 1 }];
+const UNITS = [
+    { name: "d", seconds: 86400 },
+    { name: "h", seconds: 3600 },
+    { name: "min", seconds: 60 },
+    { name: "s", seconds: 1 },
+];
 
 /** @type {Set<() => void>} */
 const listeners = new Set();

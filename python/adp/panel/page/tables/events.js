@@ -16,7 +16,7 @@ const numbers = (name, title) => member(name, title, { value: (row) => row[name]
 
 const COLUMNS = [
     number("place", "Place", { isHead: true }),
-    number("time", "Time", { show: (row) => row.time.toFixed(6), about: "Seconds since the device was started" }),
+    number("time", "Time", { show: (row) => row.time.toFixed(6), about: "Time in seconds since the device was started" }),
     number("queue", "Queue"),
     numbers("words", "Words"),
     numbers("record", "Record"),

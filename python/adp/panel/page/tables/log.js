@@ -15,7 +15,7 @@ const NEAR = 40;
 
 const COLUMNS = [
     number("number", "Line", { isHead: true }),
-    number("time", "Time", { show: (row) => row.time.toFixed(6), about: "Seconds since the device was started" }),
+    number("time", "Time", { show: (row) => row.time.toFixed(6), about: "Time in seconds since the device was started" }),
     number("level", "Level"),
     member("module", "Module"),
     member("text", "Text", { show: (row) => html`<code>${row.text}</code>` }),

@@ -15,6 +15,7 @@ export function adpsh(device, ...lines) {
 }
 
 /**
+ * The table is there without rows, too, so that it knows which ones are new.
  * @param {{title: string, isOnly?: boolean, note?: any, commands?: string[], rows: any[], empty?: string,
  *     make?: string | null, [member: string]: any}} props
  *     the only part of a view has no heading; `empty` is said when there are no rows, and `make` is a command that
@@ -25,9 +26,8 @@ export function Part({ title, isOnly = false, note, commands = [], rows, empty =
         <section class="part" aria-label=${title}>
             ${!isOnly && html`<h3>${title}</h3>`}
             ${note && html`<div class="note">${note}</div>`}
-            ${rows.length > 0
-                ? html`<${Table} caption=${title} ...${table} rows=${rows} empty="No row is chosen." />`
-                : html`<p class="none">${empty} ${make && html`<${Command} text=${make} />`}</p>`}
+            <div hidden=${rows.length === 0}><${Table} caption=${title} ...${table} rows=${rows} empty="No row is chosen." /></div>
+            ${rows.length === 0 && html`<p class="none">${empty} ${make && html`<${Command} text=${make} />`}</p>`}
             ${commands.length > 0 && html`
                 <p class="commands">${commands.map((text) => html`<${Command} key=${text} text=${text} />`)}</p>
             `}

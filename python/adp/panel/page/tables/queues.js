@@ -78,7 +78,7 @@ function Queue({ queue, capacity }) {
  */
 function queueColumn(index, capacity) {
     return member(`queue ${index}`, `Q${index}`, {
-        about: `Queue ${index}: sent per second, and lost; sorted by what waits`,
+        about: `Q${index}, queue ${index}: what it sends per second and what is lost, by what waits`,
         value: (row) => row.queues[index].waiting_octets,
         text: () => "",
         show: (row) => html`<${Queue} queue=${row.queues[index]} capacity=${capacity} />`,
