@@ -117,6 +117,12 @@ def lab_of(topology=TOPOLOGY):
             lab.close()
 
 
+class Outside:
+    """Where a server runs that is told its devices: as the caller."""
+
+    environment = None
+
+
 class Server:
     """A server of the panel."""
 

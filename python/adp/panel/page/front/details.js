@@ -28,7 +28,7 @@ function Addresses({ device, port, macs }) {
     const number = count > MOST_ADDRESSES ? `more than ${MOST_ADDRESSES}` : count;
     const words = `${number} ${count === 1 ? "address" : "addresses"}`;
     const name = `${words} behind ${titleOf(port)}: to the table of addresses`;
-    return html`<a href=${addressOf("tables", device.name, "macs")} aria-label=${name}>${words}</a>`;
+    return html`<a href=${addressOf("tables", device.name, "addresses")} aria-label=${name}>${words}</a>`;
 }
 
 /**
@@ -114,7 +114,8 @@ function Commands({ device, row, cables }) {
     const subjects = [...looks.map((each) => `${each} ${port}`), ...(port === 0 ? [] : cableSubjects(row, cables))];
     const texts = subjects.map((subject) => `${device.vdevctl} ${subject}`);
     if (port !== 0) {
-        texts.push(`${device.adpsh} --map 'adp_set_phy_port_attr ${port} ADP_ATTR_ADMIN_STATE ${row.enabled ? 0 : 1}'`);
+        const state = row.enabled ? 0 : 1;
+        texts.push(`${device.adpsh} --map 'adp_set_phy_port_attr ${port} ADP_ATTR_ADMIN_STATE ${state} 0'`);
     }
     return html`
         <details class="front-commands">

@@ -39,10 +39,11 @@ function Vents({ x, y, width, height }) {
 
 /** @param {{width: number, height: number}} props */
 function Ears({ width, height }) {
+    const tops = [21, height - 31];
     return [0, width - 24].map((x) => html`
         <g transform=${`translate(${x} 0)`}>
             <path class="front-seam" d=${`M${x === 0 ? 23.5 : 0.5} 4v${height - 8}`} />
-            ${[21, height - 31].map((y) => html`<rect class="front-hole" x="6" y=${y} width="12" height="10" rx="5" />`)}
+            ${tops.map((top) => html`<rect class="front-hole" x="6" y=${top} width="12" height="10" rx="5" />`)}
         </g>
     `);
 }

@@ -100,7 +100,7 @@ export function useTraffic(answer) {
     };
 }
 
-/** The counters that each device's counts are taken off: those when the page was opened, or when "since now" was said. */
+/** What each device's counts are taken off: its counters when the page was opened, or when one said "since now". */
 const beginnings = /** @type {Map<string, {answer: any, at: Date}>} */ (new Map());
 
 /**
