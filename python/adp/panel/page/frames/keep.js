@@ -12,11 +12,14 @@ const LEAST_TYPE = 0x600;
  * @typedef {{id: number, account: import("../explain/account.js").Account | null, gap: string | null}} Entry
  */
 
-/** The name of a type, or its number. @type {(type: number) => string} */
+/**
+ * The name of a type, or its number.
+ * @type {(type: number) => string}
+ */
 export const typeName = (type) =>
     TYPES.get(type) ?? (type < LEAST_TYPE ? "802.3" : `0x${type.toString(16).padStart(4, "0")}`);
 
-/** The types that a person can name. @type {Map<string, number>} */
+/** The types that a person can name. */
 export const TYPE_NUMBERS = new Map([...TYPES].map(([number, name]) => [name.toLowerCase(), number]));
 
 export class Keep {
@@ -27,7 +30,10 @@ export class Keep {
     entries = [];
     seen = 0;
     missed = 0;
-    /** How many passed since the list stands still, or null while it does not. @type {number | null} */
+    /**
+     * How many passed since the list stands still, or null while it does not.
+     * @type {number | null}
+     */
     passed = null;
     #next = 1;
 

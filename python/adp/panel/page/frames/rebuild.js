@@ -38,7 +38,11 @@ function packetValues({ packet }) {
     };
 }
 
-/** The payload of the frame's kind. @type {(frame: Uint8Array, header: Step) => Uint8Array} */
+/**
+ * The frame with a payload of its kind.
+ * @param {Uint8Array} frame
+ * @param {Step} header
+ */
 function withPayload(frame, header) {
     if (header.type === IPV4 && header.packet) {
         const made = withTemplate(frame, TEMPLATES.get(header.packet.protocol) ?? "udp");
