@@ -110,18 +110,21 @@ function useCapture(device) {
 /** @param {{wish: Wish, isDisabled: boolean, onWish: (wish: Wish) => void}} props */
 function WishInputs({ wish, isDisabled, onWish }) {
     /** @param {keyof Wish} name @returns {(event: any) => void} */
-    const change = (name) => (event) => onWish({ ...wish, [name]: event.target.type === "checkbox" ? event.target.checked : event.target.value.trim() });
+    const change = (name) => ({ target }) =>
+        onWish({ ...wish, [name]: target.type === "checkbox" ? target.checked : target.value.trim() });
     return html`
         <fieldset class="filters" disabled=${isDisabled}>
             <legend class="unseen">What is captured</legend>
             <div class="field"><label for="capture-port">Ports</label>
-                <input id="capture-port" value=${wish.port} placeholder="all" spellcheck="false" maxlength="100" onInput=${change("port")} /></div>
+                <input id="capture-port" value=${wish.port} placeholder="all" spellcheck="false" maxlength="100"
+                    onInput=${change("port")} /></div>
             <div class="field"><label for="capture-direction">Direction</label>
                 <select id="capture-direction" value=${wish.direction} onChange=${change("direction")}>
                     <option value="both">in and out</option><option value="in">in</option><option value="out">out</option>
                 </select></div>
             <div class="field"><label for="capture-seconds">Seconds</label>
-                <input id="capture-seconds" type="number" min="1" max="86400" value=${wish.seconds} placeholder="until Stop" onInput=${change("seconds")} /></div>
+                <input id="capture-seconds" type="number" min="1" max="86400" value=${wish.seconds} placeholder="until Stop"
+                    onInput=${change("seconds")} /></div>
             <label class="check"><input type="checkbox" checked=${wish.dropped} onChange=${change("dropped")} /> Also dropped or lost</label>
         </fieldset>
     `;

@@ -127,7 +127,7 @@ export function Frames({ device, rest }) {
             </div>
             ${selected?.account
                 ? html`<${Details} device=${device.name} account=${selected.account} />`
-                : html`<p class="card hint">Select a frame by a click, or by the arrow keys in the list: its steps and ports appear here.</p>`}
+                : html`<p class="card hint">Select a frame by a click or the arrow keys: its steps and ports appear here.</p>`}
         </div>
     `;
 }

@@ -9,7 +9,7 @@ import { summaryOf } from "./keep.js";
 const ROW = 28;
 const SPARE = 4;
 const PAGE = 10;
-const COLUMNS = ["Time", "In", "What became of it", "Type", "Source", "Destination", "VLAN", "Priority", "Octets"];
+const COLUMNS = ["Time", "In", "What became of it", "Type", "Source", "Destination", "VLAN", "Prio", "Octets"];
 
 /** @param {{entry: Entry, index: number, isSelected: boolean, onSelect: (id: number) => void}} props */
 function Row({ entry, index, isSelected, onSelect }) {
@@ -21,11 +21,14 @@ function Row({ entry, index, isSelected, onSelect }) {
             </div>
         `;
     }
+    // Under load a row has moved on before the button of the mouse is up, and then there is no click.
+    const onPointer = (/** @type {PointerEvent} */ event) => event.pointerType === "mouse" && onSelect(entry.id);
     const frame = summaryOf(entry.account);
     const cells = [frame.type, frame.source, frame.destination, frame.vlan, frame.priority, frame.octets];
     return html`
         <div role="row" id=${`frame-${entry.id}`} class=${`frame ${isSelected ? "selected" : ""}`} style=${style}
-            aria-rowindex=${index + 2} aria-selected=${isSelected ? "true" : "false"} onClick=${() => onSelect(entry.id)}>
+            aria-rowindex=${index + 2} aria-selected=${isSelected ? "true" : "false"}
+            onPointerDown=${onPointer} onClick=${() => onSelect(entry.id)}>
             <span role="gridcell">${frame.time.toFixed(6)}</span>
             <span role="gridcell">${portName(frame.port)}</span>
             <span role="gridcell"><${Outcome} account=${entry.account} /></span>
@@ -101,19 +104,19 @@ export function FrameList({ entries, selected, onSelect }) {
         onSelect(entries[target].id);
         const { scrollTop, clientHeight } = part.current;
         const [top, bottom] = [target * ROW, (target + 2) * ROW];
-        part.current.scrollTop = top < scrollTop ? top : bottom > scrollTop + clientHeight ? bottom - clientHeight : scrollTop;
+        part.current.scrollTop = Math.min(top, Math.max(bottom - clientHeight, scrollTop));
     };
     const inSight = entries.slice(first, first + count);
+    const isInSight = inSight.some((entry) => entry.id === selected);
     return html`
         <div class="frames scroll" ref=${part} role="grid" tabindex="0" aria-label="Frames, the newest first"
-            aria-rowcount=${entries.length + 1} aria-activedescendant=${inSight.some((entry) => entry.id === selected) ? `frame-${selected}` : null}
-            onKeyDown=${onKey}>
+            aria-rowcount=${entries.length + 1} aria-activedescendant=${isInSight ? `frame-${selected}` : null} onKeyDown=${onKey}>
             <div role="rowgroup" class="frame-head"><div role="row" aria-rowindex="1" class="frame">
                 ${COLUMNS.map((title) => html`<span role="columnheader">${title}</span>`)}
             </div></div>
             <div role="rowgroup" class="frame-rows" style=${{ height: `${entries.length * ROW}px` }}>
                 ${inSight.map((entry, index) => html`
-                    <${Row} key=${entry.id} entry=${entry} index=${first + index} isSelected=${entry.id === selected} onSelect=${onSelect} />
+                    <${Row} entry=${entry} index=${first + index} isSelected=${entry.id === selected} onSelect=${onSelect} />
                 `)}
             </div>
         </div>

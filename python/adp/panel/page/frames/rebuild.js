@@ -1,4 +1,4 @@
-// A frame made again from its account, which has what the device read of it: addresses, tag, type, IPv4 packet and length.
+// A frame made again from what its account says: addresses, tag, type, IPv4 packet and length.
 import { withField, withLength, withTag, withTemplate } from "../explain/frame.js";
 import { hexOf } from "../explain/hex.js";
 import { sectionsOf } from "../explain/layout.js";
