@@ -53,7 +53,8 @@ function CableCounts({ port, cables }) {
 
 /**
  * The fields for a bad cable's conditions; what is not changed is as the cable has it.
- * @param {{conditions: Conditions | null, isOff: boolean, onMake: (values: Record<string, string>) => void}} props
+ * @param {{conditions: Conditions | null, isOff: boolean,
+ *     onMake: (values: Record<string, string>) => Promise<boolean>}} props
  */
 function BadCable({ conditions, isOff, onMake }) {
     const [values, setValues] = useState(/** @type {Record<string, string>} */ ({}));
@@ -62,10 +63,11 @@ function BadCable({ conditions, isOff, onMake }) {
         CONDITIONS.map(({ name }) => [name, shown(name).trim()]).filter(([, value]) => value !== ""),
     );
     const isEmpty = Object.keys(wanted).length === 0;
-    const submit = (/** @type {Event} */ event) => {
+    const submit = async (/** @type {Event} */ event) => {
         event.preventDefault();
-        onMake(wanted);
-        setValues({});
+        if (await onMake(wanted)) {
+            setValues({});
+        }
     };
     const change = (/** @type {any} */ event) => setValues({ ...values, [event.target.name]: event.target.value });
     return html`

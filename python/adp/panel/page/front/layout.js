@@ -147,8 +147,9 @@ export function neighbour(spots, from, key) {
         const at = inLine.indexOf(here) + (key === "ArrowRight" ? 1 : -1);
         return (inLine[at] ?? here).port;
     }
-    const line = here.line + (key === "ArrowDown" ? 1 : -1);
-    const near = all.filter((spot) => spot.line === line);
-    near.sort((a, b) => Math.abs(middle(a) - middle(here)) - Math.abs(middle(b) - middle(here)));
-    return (near[0] ?? here).port;
+    const way = key === "ArrowDown" ? 1 : -1;
+    const beyond = all.filter((spot) => way * (spot.line - here.line) > 0);
+    const far = (/** @type {Spot} */ spot) => Math.abs(middle(spot) - middle(here));
+    beyond.sort((a, b) => way * (a.line - b.line) || far(a) - far(b));
+    return (beyond[0] ?? here).port;
 }

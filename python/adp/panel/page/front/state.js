@@ -86,7 +86,7 @@ function trunkMarks(port, trunks) {
 function mirrorMarks(port, mirrors) {
     const sessions = mirrors?.mirrors ?? [];
     const isOff = (/** @type {any} */ session) => !mirrors.enabled || session.disabled;
-    const off = (/** @type {any[]} */ found) => (found.every(isOff) ? ", but mirroring is off" : "");
+    const off = (/** @type {any[]} */ found) => (found.every(isOff) ? " (mirroring is off)" : "");
     const has = (/** @type {string} */ way) => (/** @type {any} */ session) => session[way].includes(port);
     const sources = sessions.filter((/** @type {any} */ each) => has("ingress")(each) || has("egress")(each));
     const ends = sessions.filter((/** @type {any} */ each) => each.destination === port || each.flow === port);

@@ -54,7 +54,7 @@ function flat(answer) {
  * @param {{before: any, now: any}} answers
  * @param {boolean} wasStill
  */
-function sinceLook({ before, now }, wasStill) {
+export function sinceLook({ before, now }, wasStill) {
     const last = now.time - EVERY_SECONDS;
     return { before: before && wasStill && last > before.time ? { ...before, time: last } : before, now };
 }
@@ -100,7 +100,7 @@ export function useTraffic(answer) {
     };
 }
 
-/** The counters that each device's counts are taken off: those when the page was opened, or when "since now" was said. */
+/** What each device's counts are taken off: its counters when the page was opened, or when one said "since now". */
 const beginnings = /** @type {Map<string, {answer: any, at: Date}>} */ (new Map());
 
 /**
