@@ -64,6 +64,13 @@ class Failover:
         self.wrong = []
 
     def run(self):
+        """All of them, and what the devices' logs say of them."""
+        announced = self._joined.announcements()
+        self._run_steps()
+        if self._joined.announcements() != [(down + 1, up + 1) for down, up in announced]:
+            self.wrong.append("The devices' logs do not say exactly once that the group went down and came up")
+
+    def _run_steps(self):
         row(*HEADING)
         self._steady("all cables in")
         for step in steps():
@@ -142,12 +149,13 @@ def run_failover(device_build, build, paint):
     print("both CPUs.\n")
     with Pair({NEAR_HOST, NEAR_WITNESS}, {FAR_HOST, FAR_WITNESS}, CABLES, device_build) as pair:
         with FourCables(pair, build) as joined:
-            announced = joined.announcements()
-            failover = Failover(joined)
-            failover.run()
-            once = [(down + 1, up + 1) for down, up in announced]
-            if joined.announcements() != once:
-                failover.wrong.append("The devices' logs do not say exactly once that the group went down and came up")
+            return show_failover(joined, paint)
+
+
+def show_failover(joined, paint):
+    """Runs the steps and prints them; true if everything was as expected."""
+    failover = Failover(joined)
+    failover.run()
     for sentence in failover.wrong:
         print(paint(f"  differs: {sentence}.", "red"))
     if not failover.wrong:

@@ -3,6 +3,8 @@
 import asyncio
 import contextlib
 import json
+import pathlib
+import re
 import urllib.parse
 
 import aiohttp
@@ -10,6 +12,7 @@ from adp.lab.builds import native_build
 from adp.panel.device import Device
 from adp.panel.panel import Panel
 from adp.panel.server import Server
+from false_device import false_device
 
 SECONDS = 30.0
 COMMANDS = {"vdevctl": "vdevctl", "adpsh": "adpsh", "exec": "env"}
@@ -124,3 +127,38 @@ async def panel_of(is_read_only=False, **folders):
             yield Opened(url, client, panel, server)
     finally:
         await server.stop()
+
+
+def run(test, names=("sw1",), **others):
+    """Runs a test, a coroutine function of a server and of false devices, with these names. `others` are run folders."""
+
+    async def with_panel():
+        async with contextlib.AsyncExitStack() as stack:
+            devices = {name: await stack.enter_async_context(false_device()) for name in names}
+            folders = {name: device.folder for name, device in devices.items()}
+            opened = await stack.enter_async_context(panel_of(**others, **folders))
+            await test(opened, *devices.values())
+
+    asyncio.run(with_panel())
+
+
+class Memory:
+    """How much more memory this process has had since this was made, in MiB."""
+
+    def __init__(self):
+        pathlib.Path("/proc/self/clear_refs").write_text("5", encoding="ascii")  # the peak begins anew
+        self._before = self._peak()
+
+    @staticmethod
+    def _peak():
+        status = pathlib.Path("/proc/self/status").read_text(encoding="ascii")
+        return int(re.search(r"VmHWM:\s+(\d+) kB", status)[1]) / 1024
+
+    def grown(self):
+        return self._peak() - self._before
+
+
+async def until(condition):
+    async with asyncio.timeout(SECONDS):
+        while not condition():
+            await asyncio.sleep(0.01)

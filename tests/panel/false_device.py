@@ -16,7 +16,7 @@ class FalseDevice:
 
     def __init__(self, folder):
         self.folder = pathlib.Path(folder)
-        self.answers = {"watch": line({"watching": True})}
+        self.answers = {"watch": line({"watching": True}), "ports": line({"ports": []}), "pull": line({})}
         self.asked = []  # what it was asked but for `watch`, in order
         self.writers = []
         self._server = None

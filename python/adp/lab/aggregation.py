@@ -34,14 +34,19 @@ class AggregationProgram:
     """A running link_aggregation. Its events come in the order of its lines."""
 
     def __init__(self, device, build, ports):
-        self._process = device.popen(
+        process = device.popen(
             Build(build).command("link_aggregation", *sorted(ports)),
             stdin=subprocess.PIPE,
             stdout=subprocess.PIPE,
             stderr=subprocess.STDOUT,
         )
-        self._lines = LineReader(self._process.stdout)
-        self._name = f"link_aggregation on the {device.name}"
+        self._follow(process, f"link_aggregation on the {device.name}")
+
+    def _follow(self, process, name):
+        """Reads the program's lines from a process."""
+        self._process = process
+        self._lines = LineReader(process.stdout)
+        self._name = name
         self.exit_status = None
         self.events = []
         self.at_start = self._read_until_ready()

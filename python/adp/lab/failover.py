@@ -49,22 +49,27 @@ class Change(NamedTuple):
 
 
 class FourCables:
-    """Runs link_aggregation of some build on both devices of a pair made with CABLES."""
+    """Runs link_aggregation of some build on both devices of a pair made with CABLES. Frames flow for `around` seconds
+    before and after each change.
+    """
 
-    def __init__(self, pair, build):
+    def __init__(self, pair, build, around=AROUND_SECONDS):
         self.pair = pair
         self._build = build
+        self._around = around
         self._stack = contextlib.ExitStack()
         self.programs = []
 
     def __enter__(self):
         with self._stack as stack:
             for lab, ports in zip((self.pair.near, self.pair.far), zip(*CABLES, strict=True), strict=True):
-                program = AggregationProgram(lab.device, self._build, ports)
-                self.programs.append(stack.enter_context(contextlib.closing(program)))
+                self.programs.append(stack.enter_context(contextlib.closing(self._start(lab, ports))))
             self._prepare_traffic()
             self._stack = stack.pop_all()
         return self
+
+    def _start(self, lab, ports):
+        return AggregationProgram(lab.device, self._build, ports)
 
     def __exit__(self, *problem):
         try:
@@ -87,7 +92,7 @@ class FourCables:
 
     def change(self, verb, number):
         """Pulls or plugs the far end of a cable. Frames flow until both programs have handled it, and on."""
-        self.traffic.run_for(AROUND_SECONDS)
+        self.traffic.run_for(self._around)
         before, begin = self.traffic.numbers(), time.monotonic()
         hand = threading.Thread(target=self.pair.far.device.control, args=(verb, CABLES[number][1]))
         hand.start()
@@ -96,7 +101,7 @@ class FourCables:
         hand.join()
         if not in_time:
             raise LabError(f"The programs have not handled that cable {number} was {verb}ed.")
-        self.traffic.run_for(AROUND_SECONDS)
+        self.traffic.run_for(self._around)
         astray = self.traffic.settle()
         return Change(before, handled, self.traffic.numbers(), seconds, astray)
 

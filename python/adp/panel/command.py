@@ -1,11 +1,15 @@
 """The program adp-panel, from its beginning to its end."""
 
 import asyncio
+import contextlib
 import os
 import pathlib
+import re
 import shlex
 import signal
 import sys
+import tempfile
+import threading
 import webbrowser
 
 from ..lab.builds import native_build
@@ -18,16 +22,19 @@ from .panel import Panel
 from .problem import PanelError
 from .server import Server
 
+
 def _typed(program):
     """The program as a person types it here."""
     build = native_build()
-    return program if build.folder is None else shlex.quote(os.path.relpath(build.path_of(program)))
+    return program if build.folder is None else shlex.quote(os.path.relpath(build.folder / program))
 
 
 def _single(text, recordings):
     """A device that is named by its run folder."""
-    name, _, path = text.rpartition("=")
+    name, path = re.fullmatch("(?:([^/]*)=)?(.*)", text, re.DOTALL).groups()
     folder = pathlib.Path(path).absolute()
+    if not folder.exists() and text in [lab.name for lab in folders()]:
+        raise PanelError(f"There is no folder '{text}'. '{PROGRAM} --lab {text}' shows the lab of this name.")
     name = name or folder.name
     word = shlex.quote(str(folder))
     commands = {
@@ -57,6 +64,25 @@ def _shown(options):
     return found, None
 
 
+@contextlib.contextmanager
+def _opened(address):
+    """Opens the page by a file that only this user may read: everybody sees the words with which a browser is started."""
+    with tempfile.NamedTemporaryFile("w", prefix="adp-panel-", suffix=".html") as file:
+        file.write(f'<meta http-equiv="refresh" content="0; url={address}"><a href="{address}">The panel</a>\n')
+        file.flush()
+        # Some browsers are waited for.
+        threading.Thread(target=webbrowser.open, args=(f"file://{file.name}",), daemon=True).start()
+        yield
+
+
+async def _until_end(end, lab):
+    """Until the event is set, or the lab ends."""
+    waits = [asyncio.create_task(end.wait())] + ([asyncio.create_task(lab.ended())] if lab else [])
+    await asyncio.wait(waits, return_when=asyncio.FIRST_COMPLETED)
+    for wait in waits:
+        wait.cancel()
+
+
 async def _serve(options):
     devices, lab = _shown(options)
     server = Server(Panel(devices, lab, options.read_only), options.port)
@@ -66,12 +92,8 @@ async def _serve(options):
     address = await server.start()
     try:
         print(address, flush=True)
-        if options.open:
-            webbrowser.open(address)
-        waits = [asyncio.create_task(end.wait())] + ([asyncio.create_task(lab.ended())] if lab else [])
-        await asyncio.wait(waits, return_when=asyncio.FIRST_COMPLETED)
-        for wait in waits:
-            wait.cancel()
+        with _opened(address) if options.open else contextlib.nullcontext():
+            await _until_end(end, lab)
     finally:
         await server.stop()
     return f"The lab '{lab.name}' has ended." if lab and not end.is_set() else ""

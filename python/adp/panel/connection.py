@@ -13,7 +13,7 @@ from .problem import DeviceGone, PanelError
 
 SECONDS = 5.0  # for an answer
 RETRY_SECONDS = 0.01
-CHUNK = 65536
+CHUNK = 1 << 18  # as much of a stream as is handed on at a time
 MAX_ANSWER = 16 << 20  # far more than any answer of a device
 _CREDENTIALS = struct.Struct("3i")
 

@@ -13,10 +13,13 @@ _libc = ctypes.CDLL(None, use_errno=True)
 INTERRUPTED = 128
 
 
-def _kinds(record):
+PLACE = ("ns/mnt", "ns/pid")  # files and processes as the lab's programs see them
+
+
+def _kinds(record, place):
     """The namespaces of the lab, the user namespace first if the lab has one of its own."""
     same_user = os.path.samestat(os.stat("/proc/self/ns/user"), os.stat(f"/proc/{record.keeper}/ns/user"))
-    return ["ns/mnt", "ns/pid"] if same_user else ["ns/user", "ns/mnt", "ns/pid"]
+    return [*place] if same_user else ["ns/user", *place]
 
 
 def _open(record, entries):
@@ -30,13 +33,13 @@ def _set(descriptor, name):
     os.close(descriptor)
 
 
-def enter(record, *nodes):
+def enter(record, *nodes, place=PLACE):
     """Puts this process, which has one thread, into the lab: its children have the lab's process ids. Gives for each node
-    a function that enters its network.
+    a function that enters its network. Without a place the process only gets the right to enter networks.
     """
     folder = os.getcwd()
     try:
-        lab = _open(record, _kinds(record))
+        lab = _open(record, _kinds(record, place))
         networks = _open(record, [f"fd/{record.nodes[node]['namespace']}" for node in nodes])
     except FileNotFoundError:
         raise LabError(record.folder.how_it_ended()) from None
