@@ -10,7 +10,8 @@ def port(page, number):
 
 def name_of(page, number):
     """What a screen reader calls the port: the title of its drawing."""
-    return page.script("return document.querySelector(arguments[0])?.textContent ?? ''", f"#front-port-{number} > title")
+    script = "return document.querySelector(arguments[0])?.textContent ?? ''"
+    return page.script(script, f"#front-port-{number} > title")
 
 
 def wait_for_name(page, number, pattern):

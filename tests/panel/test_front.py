@@ -111,9 +111,9 @@ def test_ports_of_every_number_have_a_place_that_the_keys_reach(page):
     page.open("#front/sw1")
     faults = calls(page, "layout", """
         const faults = [];
-        for (let count = 1; count <= 26; count++) {
+        for (let count = 1; count <= 31; count++) {
             for (const width of [300, 360, 500, 800, 1400, 2000]) {
-                const faces = Array.from({length: count + 1}, (_, port) => ({port, isFibre: port > 24}));
+                const faces = Array.from({length: count + 1}, (_, port) => ({port, isFibre: port === 25 || port === 26}));
                 const {spots, width: all, height} = code.layoutOf(faces, width);
                 const list = [...spots.values()];
                 const inside = list.every((a) => a.x >= 0 && a.y >= 0 && a.x + a.width <= all && a.y + 70 <= height);
@@ -210,6 +210,20 @@ def test_marks_show_what_the_software_has_set(page, fresh):
 def test_answers_become_marks(page):
     page.open("#front/sw1")
     assert calls(page, "state", ANSWERS) == ANSWERS_SEEN
+
+
+def test_rates_are_those_since_the_last_look(page):
+    """A server that says nothing while counts stay the same has looked all the time."""
+    page.open("#front/sw1")
+    looks = [calls(page, "traffic", f"return code.sinceLook({each}).before") for each in (
+        "{before: {time: 10}, now: {time: 100}}, true", "{before: {time: 10}, now: {time: 100}}, false",
+        "{before: {time: 99.8}, now: {time: 100}}, true", "{before: null, now: {time: 100}}, true",
+    )]  # fmt: skip
+    assert looks == [{"time": 99.5}, {"time": 10}, {"time": 99.8}, None]
+    levels = calls(page, "state", "return [0, 0.1, 1, 9, 10, 99, 100, 1e5, 1e6, 1e7].map(code.levelOf)")
+    assert levels == [0, 1, 1, 1, 2, 2, 3, 6, 7, 7]
+    scales = calls(page, "plots", "return [0, 1, 1.5, 3, 7, 10, 11, 480000].map(code.scaleOf)")
+    assert scales == [1, 1, 2, 5, 10, 10, 20, 500000]
 
 
 def test_every_mark_has_a_shape_and_a_name_of_its_own(page):

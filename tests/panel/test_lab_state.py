@@ -100,9 +100,9 @@ def test_a_device_that_is_started_again_is_told(small, panel):
     asyncio.run(page_of(panel.url, use))
 
 
-def test_a_lab_without_its_option_is_a_sentence(small):
+def test_a_lab_without_its_option_is_a_sentence(small, monkeypatch, capfd):
     complaint = "adp-panel: There is no folder 'small'. 'adp-panel --lab small' shows the lab of this name.\n"
-    assert failed("small", **small.environment) == (1, complaint)
+    assert failed(monkeypatch, capfd, "small", ADP_LAB_DIR=small.environment["ADP_LAB_DIR"]) == (1, complaint)
 
 
 def processor_seconds(pid):

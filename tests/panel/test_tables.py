@@ -156,9 +156,12 @@ def test_trunks_show_their_members_and_what_each_carries(page, lab):
         page.wait_for("tr", re.compile(r"^port 25\s.*active"))
         lab.vdevctl("sw1", "pull", "25")
         page.wait_for("tr", re.compile(r"^port 25\s.*no link"))
-        ping = "for i in $(seq 40); do ping -q -c 5 -i 0.02 -W 1 10.0.0.2 >/dev/null; done &"
-        lab.exec("h1", "sh", "-c", ping)
-        page.wait_for("tr", re.compile(r"^port 1\s.*100 %"))
+
+        def carries():
+            lab.exec("h1", "ping", "-q", "-c", "50", "-i", "0.02", "-W", "5", "10.0.0.2")
+            return re.search(r"port 1\s.*100 %", page.text("main"), re.DOTALL)
+
+        page.until(carries, "What port 1 carries")
     finally:
         lab.vdevctl("sw1", "plug", "25")
         lab.adpsh("sw1", "adp_delete_agg_group agg2")

@@ -1,4 +1,4 @@
-// An account of a frame's way (docs/reference/explain.md) as what the drawing and the lists show: stages, and ports of one fate.
+// An account of a frame's way as what the drawing and the lists show: stages, and ports of one fate.
 import { portName } from "../parts/ports.js";
 
 /** @typedef {{step: string, text?: string, [member: string]: any}} Step */
@@ -88,14 +88,13 @@ export function stagesOf(account) {
         stages[last].texts.push(textOf(step));
         stages[last].state = stateAfter(stages[last].state, step.step);
     }
-    if (isLeaving(account) && stages[last].state === "passed") {
+    const leaves = isLeaving(account) && stages[last].state === "passed";
+    if (leaves) {
         last = indexOf("egress");
+        stages[last].state = "passed";
     }
     for (const stage of stages.slice(0, last + 1)) {
         stage.state = stage.state === "after" && !isDirected ? "quiet" : stage.state;
-    }
-    if (isDirected && isLeaving(account)) {
-        stages[indexOf("egress")].state = "quiet";
     }
     const isOfCpu = account.port === 0;
     return stages.filter((_, index) => isOfCpu || !STAGES[index].isOfCpu);
@@ -128,12 +127,14 @@ export function groupsOf(account, areSent) {
 export const isLost = (row) => row.fate === "not" && row.form !== undefined;
 
 /**
- * What is written at a port: of one that sends the form of its copy, of one that does not the letter of its reason.
+ * What is written at a port: of one that sends the form of its copy, of one that does not the letter of its reason, but
+ * nothing if the frame is not for it.
  * @param {Account} account
  * @returns {Map<number, Mark>}
  */
 export function marksOf(account) {
-    const letters = new Map(groupsOf(account, false).map(({ text }, index) => [text, String.fromCharCode(97 + index)]));
+    const reasons = groupsOf(account, false).filter(({ rows }) => rows[0].reason !== "not_wanted");
+    const letters = new Map(reasons.map(({ text }, index) => [text, String.fromCharCode(97 + index)]));
     /** @type {Map<number, Mark>} */
     const marks = new Map();
     for (const row of account.ports) {

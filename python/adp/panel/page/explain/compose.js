@@ -75,7 +75,7 @@ function Fields({ frame, onFrame }) {
 /** @param {{text: string, error: string | null, onText: (text: string) => void}} props */
 function HexInput({ text, error, onText }) {
     return html`
-        <div class="hex">
+        <div class="octets">
             <label for="explain-hex">Octets, hexadecimal</label>
             <textarea id="explain-hex" class="mono" rows="6" spellcheck="false" autocomplete="off" value=${text}
                 aria-invalid=${error ? "true" : null} aria-describedby=${error ? "explain-hex-error" : null}

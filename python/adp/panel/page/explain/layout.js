@@ -15,8 +15,13 @@ const ADDRESSES = 12;
 export const TAG_OCTETS = 4;
 const MOST_TAGS = 8;
 
-/** @param {number} at @returns {(name: string, title: string, offset: number, octets: number, kind: Field["kind"], bits?: object) => Field} */
-const fieldsFrom = (at) => (name, title, offset, octets, kind, bits = {}) => ({ name, title, at: at + offset, octets, kind, ...bits });
+/**
+ * What makes fields of a header that begins there.
+ * @param {number} at
+ * @returns {(name: string, title: string, offset: number, octets: number, kind: Field["kind"], rest?: object) => Field}
+ */
+const fieldsFrom = (at) => (name, title, offset, octets, kind, rest = {}) =>
+    ({ name, title, at: at + offset, octets, kind, ...rest });
 
 /**
  * Where the VLAN tags and the type behind them are.
@@ -45,7 +50,7 @@ function tagSection(at, index) {
             }),
             field(`${name}-vlan`, "VLAN", 2, 2, "number", { bits: 12 }),
             field(`${name}-priority`, "Priority", 2, 1, "number", { shift: 5, bits: 3 }),
-            field(`${name}-dei`, "Drop eligible", 2, 1, "number", {
+            field(`${name}-dei`, "DEI", 2, 1, "number", {
                 shift: 4, bits: 1, choices: [{ value: 0, title: "no" }, { value: 1, title: "yes" }],
             }),
         ],

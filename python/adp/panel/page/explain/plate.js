@@ -5,7 +5,8 @@ import { portName } from "../parts/ports.js";
 /** @typedef {{port: number, x: number, y: number, row: number}} Place */
 /** @typedef {{pitch: number, size: number, high: number, width: number, height: number, places: Place[]}} Plate */
 
-const WIDEST = 46;
+const WIDEST = 58;
+const HIGHEST = 40;
 const LOWEST = 27;
 const EDGE = 8;
 const GAP = 0.45;
@@ -23,7 +24,7 @@ export function plateOf(ports, width) {
     const columns = Math.ceil(copper.length / 2) + Math.ceil((users.length - copper.length) / 2) + 1 + 2 * GAP;
     const pitch = Math.min(WIDEST, (width - 2 * EDGE) / columns);
     const size = pitch - Math.max(2, pitch * 0.14);
-    const high = Math.max(LOWEST, size * 0.86);
+    const high = Math.min(HIGHEST, Math.max(LOWEST, size * 0.86));
     /** @param {number} port */
     const place = (port) => {
         const isFibre = port >= FIRST_FIBRE;

@@ -1,4 +1,4 @@
-// Values of fields as people write them: numbers, addresses. A value is the field's octets as one number, or a list of them.
+// Values of fields as people write them. A value is a number, or a list of octets.
 
 /** @typedef {{value: number | number[], error: null} | {value: null, error: string}} Parsed */
 

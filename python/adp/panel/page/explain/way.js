@@ -60,7 +60,9 @@ function StageDrawing({ row, width }) {
     const isEnd = stage.state === "dropped" || stage.state === "cpu";
     return html`
         <g class=${`stage ${stage.state}`}>
-            ${isEnd && html`<rect class="ground" x=${LEFT - 8} y=${top + 1} width=${width - LEFT + 6} height=${row.height - 4} rx="5" />`}
+            ${isEnd && html`
+                <rect class="ground" x=${LEFT - 8} y=${top + 1} width=${width - LEFT + 6} height=${row.height - 4} rx="5" />
+            `}
             <text class="title" x=${LEFT} y=${y + 4.5}>${stage.title}</text>
             ${lines.map((line, index) => html`<text x=${left} y=${y + 4.5 + index * LINE}>${line}</text>`)}
             <${Node} state=${stage.state} y=${y} />
@@ -157,7 +159,10 @@ function PortLists({ account }) {
         ${account.mirrors.length > 0 && html`
             <h4>Mirrors</h4>
             <ul class="fates">${account.mirrors.map((row) => html`
-                <li><span class="key mirror" aria-hidden="true">◆</span><span>port <b>${portName(row.port)}</b>: ${textOf(/** @type {any} */ (row))}</span></li>
+                <li>
+                    <span class="key mirror" aria-hidden="true">◆</span>
+                    <span>port <b>${portName(row.port)}</b>: ${row.text ?? row.origin}</span>
+                </li>
             `)}</ul>
         `}
         ${list("Not sent", false)}
@@ -167,8 +172,9 @@ function PortLists({ account }) {
 /** @param {{account: Account}} props */
 export function Outcome({ account }) {
     const { drop, sent, lost } = outcomeOf(account);
-    const words = drop ? [`Dropped: ${drop}`] : [sent.length > 0 ? `To ${sent.length > 1 ? "ports" : "port"} ${portList(sent)}` : "To no port"];
-    return html`<span class=${`outcome ${drop ? "dropped" : "sent"}`}>${[...words, ...lost].join(", ")}</span>`;
+    const to = sent.length > 0 ? `To ${sent.length > 1 ? "ports" : "port"} ${portList(sent)}` : "To no port";
+    const words = [drop ? `Dropped: ${drop}` : to, ...lost];
+    return html`<span class=${`outcome ${drop || sent.length === 0 ? "dropped" : "sent"}`}>${words.join(", ")}</span>`;
 }
 
 /**

@@ -86,8 +86,8 @@ export function ActivityLight({ face, x, y }) {
     const delay = { animationDelay: `-${(face.port * 370) % 1000}ms` };
     return html`
         <g class="front-activity" transform=${`translate(${x} ${y})`}>
-            <path class=${`in level-${face.in}`} style=${delay} d="M0 1.6h5.4l-2.7 5.6z" />
-            <path class=${`out level-${face.out}`} style=${delay} d="M6.6 7.2h5.4l-2.7 -5.6z" />
+            <path class=${`in level-${face.in}`} style=${delay} d="M0 .8h6.2l-3.1 7z" />
+            <path class=${`out level-${face.out}`} style=${delay} d="M7 7.8h6.2l-3.1 -7z" />
         </g>
     `;
 }
@@ -120,7 +120,7 @@ function Drawing({ face, spot }) {
         </g>
         <${LinkLight} face=${face} x=${3.5} y=${lights} />
         <text class="front-number" x=${middle} y=${lights + 8.6}>${portName(face.port).toUpperCase()}</text>
-        <${ActivityLight} face=${face} x=${spot.width - 15.4} y=${lights} />
+        <${ActivityLight} face=${face} x=${spot.width - 16.6} y=${lights} />
         <${Marks} face=${face} width=${spot.width} y=${spot.isUpper ? 2 : CELL.height - 18} />
     `;
 }
