@@ -103,8 +103,9 @@ def test_jacks_are_large_enough_to_tap(page, width):
     assert len(where) == 27
     assert all(right - left >= 24 and bottom - top >= 24 for left, top, right, bottom in where.values())
     assert all(0 <= left and right <= width for left, _, right, _ in where.values())
-    page.wait_for(".front-details")
+    page.wait_for(".front-counters")
     assert not page.is_scrolled_sideways()
+    assert page.axe() == []
 
 
 def test_ports_of_every_number_have_a_place_that_the_keys_reach(page):
