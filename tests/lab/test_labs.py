@@ -134,7 +134,7 @@ def test_an_installed_lab_has_its_programs_from_the_path(labs):
         assert process.communicate(timeout=30) == ("", f"adp-lab: {sentence}\n")
 
 
-@pytest.mark.parametrize("topology", ["two-switches", "ring"])
+@pytest.mark.parametrize("topology", ["two-switches", "ring", "failover"])
 def test_the_examples(labs, topology):
     labs.do("up", ROOT / "examples" / "topologies" / f"{topology}.clab.yml")
     # A bad cable may lose any frame, and so three questions for an address, which ends a ping.

@@ -1,6 +1,8 @@
 """The panel that `up --panel` starts with a lab."""
 
 import os
+import pathlib
+import re
 import signal
 import subprocess
 import sys
@@ -83,4 +85,39 @@ def test_a_panel_that_does_not_start_leaves_nothing(labs):
     assert labs.refuse("up", labs.switch(), "--panel", more={"PYTHONPATH": paths}) == (
         "The panel ended with status 1. This library is broken."
     )
+    labs.assert_nothing_is_left()
+
+
+DEMO = pathlib.Path(__file__).resolve().parents[2] / "examples" / "demo_panel.py"
+
+
+def demo(labs, *options):
+    """The demonstration of the panel, once it has said its address."""
+    words = [sys.executable, "-B", DEMO, "--shown", "0.1", *options]
+    pipes = {"stdin": subprocess.DEVNULL, "stdout": subprocess.PIPE, "stderr": subprocess.STDOUT, "text": True}
+    process = subprocess.Popen(words, env={**labs.environment, "CI": "1"}, **pipes)
+    for line in process.stdout:
+        if line.startswith("  http://"):
+            return process, line.strip()
+    raise AssertionError("The demonstration has ended.")
+
+
+def test_the_demo_shows_a_group_that_loses_its_cables(labs):
+    process, address = demo(labs, "--seconds", "0")
+    assert is_served(address)
+    said, _ = process.communicate(timeout=60)
+    assert process.returncode == 0, said
+    assert "ok: traffic continued over the remaining cables." in said
+    assert re.findall(r"^  cable (\d) pulled .* management port (\d)$", said, re.M) == [
+        ("3", "1"), ("1", "2"), ("2", "4"), ("4", "4")
+    ]
+    labs.assert_nothing_is_left()
+
+
+def test_the_demo_fails_if_frames_are_lost(labs):
+    process, _ = demo(labs, "--seconds", "1")
+    labs.do("cable", "sw1:2", "--loss", "100%")
+    said, _ = process.communicate(timeout=60)
+    assert process.returncode == 1, said
+    assert "differs: With all cables in, " in said
     labs.assert_nothing_is_left()

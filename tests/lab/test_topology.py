@@ -39,7 +39,7 @@ def test_the_topologies_of_the_documents_are_read(path):
 
 
 def test_there_are_topologies_of_the_documents():
-    assert {path.name for path in EXAMPLES} >= {"two-switches.clab.yml", "ring.clab.yml"}
+    assert {path.name for path in EXAMPLES} >= {"two-switches.clab.yml", "ring.clab.yml", "failover.clab.yml"}
 
 
 def test_a_node_of_the_kind_linux_is_a_device_by_its_image(read):

@@ -42,11 +42,10 @@ def module(name, *words):
 class PanelLab:
     """A lab, as adp-lab starts it, in a folder of its own."""
 
-    def __init__(self, folder, topology=TOPOLOGY):
+    def __init__(self, folder):
         self.folder = pathlib.Path(folder)
         self.environment = {name: value for name, value in os.environ.items() if name != "ADP_LAB"}
         self.environment["ADP_LAB_DIR"] = str(self.folder / "labs")
-        (self.folder / "lab.clab.yml").write_text(topology, encoding="utf-8")
 
     def run(self, command, text=""):
         """Runs a command, which must succeed; gives what it printed."""
@@ -75,7 +74,7 @@ class PanelLab:
         return self.do("adpsh", device, "--map", *lines)
 
     def run_folder(self, device):
-        return self.folder / "labs" / "lab" / "nodes" / device
+        return next((self.folder / "labs").glob(f"*/nodes/{device}"))
 
     def vdevctl(self, device, *words):
         """What vdevctl says of a device; without the way through adp-lab."""
@@ -108,9 +107,13 @@ class PanelLab:
 
 @contextlib.contextmanager
 def lab_of(topology=TOPOLOGY):
+    """A lab that is up, from the text of a topology file or its path."""
     with tempfile.TemporaryDirectory(prefix="panel-") as folder:
-        lab = PanelLab(folder, topology)
-        lab.do("up", lab.folder / "lab.clab.yml")
+        lab = PanelLab(folder)
+        if isinstance(topology, str):
+            path = lab.folder / "lab.clab.yml"
+            path.write_text(topology, encoding="utf-8")
+        lab.do("up", path if isinstance(topology, str) else topology)
         try:
             yield lab
         finally:

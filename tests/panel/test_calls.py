@@ -13,33 +13,7 @@ from adp.panel.calls import MOST_RECORDINGS, MOST_STREAMS, NEWEST_CALLS, calls
 from adp.panel.problem import PanelError
 from client import SECONDS, panel_of
 from false_device import false_device
-
-ID = 412
-HEADER = (
-    '{"adptrace":1,"byte_order":"big","word_bits":32,"started":"2026-01-01T00:00:00Z","command":["agent"]}\n'
-    f'{{"process":{ID},"parent":0,"at":0,"program":"/agent","library":null}}\n'
-)
-EXIT = f'{{"exit":{ID},"at":9,"status":0}}\n'
-
-
-def begin(number, within=0, vid=1):
-    place = f'"within":{within},' if within else ""
-    return (
-        f'{{"begin":{number},{place}"thread":1,"at":5,"call":"adp_vlan_create","arguments":{{"vid":{json.dumps(vid)}}}}}\n'
-    )
-
-
-def end(number, result=0):
-    return f'{{"end":{number},"at":5,"result":{result},"outputs":{{}}}}\n'
-
-
-def call(number, result=0):
-    return begin(number, vid=number) + end(number, result)
-
-
-def write(path, text):
-    with open(path, "a", encoding="ascii") as file:
-        file.write(text)
+from recordings import EXIT, HEADER, begin, call, end, write
 
 
 def programs():
@@ -141,12 +115,12 @@ def test_what_is_no_recording_is_told(tmp_path):
     write(tmp_path / "cut.adptrace", HEADER + call(1))
 
     async def test(page):
-        lines = await page.said(recording="bad.adptrace", problem=f"{tmp_path}/bad.adptrace: line 3 is no JSON object.")
+        lines = await page.said(recording="bad.adptrace", problem="line 3 is no JSON object.")
         assert not any("text" in line for line in lines if line["recording"] == "bad.adptrace")
         while not any(line.get("text") for line in lines):
             lines = await page.lines(1)
         os.truncate(tmp_path / "cut.adptrace", 9)
-        await page.said(problem=f"{tmp_path}/cut.adptrace: was truncated while it was followed.")
+        await page.said(problem="was truncated while it was followed.")
 
     looking(test, tmp_path)
 
@@ -198,10 +172,10 @@ def test_a_call_with_very_much_in_it_is_shortened(tmp_path):
 
 def test_a_page_that_takes_nothing_misses_the_oldest(tmp_path, monkeypatch):
     monkeypatch.setattr(panel_calls, "MOST_WAITING", 20000)
-    write(tmp_path / "agent.adptrace", HEADER)
+    write(tmp_path / "agent.adptrace", HEADER + call(2000))
 
     async def test(page):
-        await page.lines(1)
+        await page.lines(2)
         write(tmp_path / "agent.adptrace", "".join(map(call, range(1, 1001))) + EXIT)
         async with asyncio.timeout(SECONDS):
             while programs():

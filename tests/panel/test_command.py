@@ -17,6 +17,7 @@ import pytest
 from adp.lab.builds import native_build
 from adp.lab.device import Device
 from adp.lab.process import LineReader, poll_until, stop
+from adp.panel.command import main
 from client import Page
 from panels import module
 
@@ -73,18 +74,17 @@ def make_starter():
         stop(program.process)
 
 
-def failed(*words, **environment):
-    """(exit status, complaint) of adp-panel, which must end by itself and print no address."""
-    done = subprocess.run(
-        module("adp.panel", *words),
-        capture_output=True,
-        text=True,
-        timeout=SECONDS,
-        env={**os.environ, **environment},
-        check=False,
-    )
-    assert done.stdout == ""
-    return done.returncode, done.stderr
+def failed(monkeypatch, capfd, *words, **environment):
+    """(exit status, complaint) of adp-panel in this process. It must end by itself and print no address."""
+    for name, value in environment.items():
+        monkeypatch.setenv(name, value)
+    try:
+        status = main(words)
+    except SystemExit as misuse:
+        status = misuse.code
+    said, complaint = capfd.readouterr()
+    assert said == ""
+    return status, complaint
 
 
 @pytest.mark.parametrize("number", [signal.SIGINT, signal.SIGTERM, signal.SIGHUP])
@@ -96,13 +96,13 @@ def test_it_prints_an_address_and_ends_with_a_signal(device, start, number):
     assert program.end(number) == (0, "")
 
 
-def test_the_port_can_be_chosen(start, device):
+def test_the_port_can_be_chosen(start, device, monkeypatch, capfd):
     with socket.socket() as taken:
         taken.bind(("127.0.0.1", 0))
         port = taken.getsockname()[1]
     program = start(device.run_dir, "--port", str(port))
     assert f":{port}/" in program.url
-    status, complaint = failed(device.run_dir, "--port", str(port))
+    status, complaint = failed(monkeypatch, capfd, device.run_dir, "--port", str(port))
     assert status == 1
     assert re.fullmatch(rf"adp-panel: .*{port}.*address already in use.*\n", complaint)
 
@@ -117,8 +117,8 @@ def test_the_port_can_be_chosen(start, device):
         (["--nonsense"], 2, "--nonsense"),
     ],
 )
-def test_an_error_is_a_sentence(tmp_path, words, status, complaint):
-    found, said = failed(*words, ADP_LAB_DIR=str(tmp_path))
+def test_an_error_is_a_sentence(tmp_path, monkeypatch, capfd, words, status, complaint):
+    found, said = failed(monkeypatch, capfd, *words, ADP_LAB_DIR=str(tmp_path))
     assert found == status
     assert re.fullmatch(r"adp-panel: [^\n]*\.\n", said), said
     assert complaint in said
@@ -252,8 +252,8 @@ def test_a_folder_may_have_an_equals_sign(start, tmp_path):
     async def names(page):
         return [each["name"] for each in (await page.hear_panel())["devices"]]
 
-    program = start(f"{tmp_path}/a=b", f"c={tmp_path}/d=e")
-    assert asyncio.run(page_of(program.url, names)) == ["a=b", "c"]
+    program = start(f"{tmp_path}/a=b", f"c=={tmp_path}/d=e")
+    assert asyncio.run(page_of(program.url, names)) == ["a=b", "c="]
 
 
 def test_a_browser_is_told_the_address_by_a_file_of_this_user(start, tmp_path):

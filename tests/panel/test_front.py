@@ -1,8 +1,9 @@
-"""The front: where ports stand, their lights and marks, and what is done with the port that one has chosen."""
+"""The front: where ports stand, how keys lead from one to another, their lights and marks."""
 
 import re
 
 import pytest
+from fronts import port, wait_for_marks, wait_for_name
 from selenium.webdriver.common.keys import Keys
 
 BLINKS = "return getComputedStyle(document.querySelector(arguments[0])).animationName !== 'none'"
@@ -12,32 +13,53 @@ BOXES = """
         return [port.id.split("-").pop(), [box.left, box.top, box.right, box.bottom]];
     }));
 """
-
-
-def port(page, number):
-    """The port's button on the plate."""
-    return page.wait_for(f"#front-port-{number}")
-
-
-def name_of(page, number):
-    return port(page, number).get_attribute("aria-label")
-
-
-def wait_for_name(page, number, pattern):
-    return page.until(lambda: re.fullmatch(pattern, name_of(page, number)), f"Port {number} as {pattern}")
-
-
-def wait_for_marks(page, number, *kinds):
-    """Exactly these marks are drawn at a port."""
-    css = "return [...document.querySelectorAll(arguments[0])].map((mark) => mark.getAttribute('class'))"
-
-    def has_them():
-        marks = page.script(css, f"#front-port-{number} .front-mark")
-        return [re.search(r"kind-(\w+)( hollow)?", each).group(1, 2) for each in marks] == [
-            (kind.removesuffix("?"), " hollow" if kind.endswith("?") else None) for kind in kinds
-        ]
-
-    page.until(has_them, f"Port {number} with {kinds}")
+# What a lab without the programs of a real device does not bring about, or not one at a time.
+ANSWERS = """
+    const row = (port, more) => ({
+        port, medium: "copper", interface: `port${port}`, up: true, speed: 100, full_duplex: false, present: true,
+        pulled: false, enabled: true, learning: 5, loopback: 0, egress: [0, 1, 2, 3, 4], ...more,
+    });
+    const group = (number, vlans, more) => ({
+        group: number, vlans, blocking: [], listening: [], learning: [], disabled: [], ...more,
+    });
+    const faces = code.facesOf({
+        ports: {ports: [
+            row(0), row(1), row(2, {egress: [0]}), row(3, {learning: 4}), row(4, {present: false, up: false}),
+        ]},
+        trunks: {trunks: [{group: 8, members: [1], standby: [2]}]},
+        groups: {groups: [group(0, [[1, 4094]], {listening: [1]}), group(1, [], {blocking: [3]})]},
+        mirrors: {enabled: true, mirrors: [
+            {ingress: [1], egress: [], destination: 2, flow: 3, disabled: false},
+            {ingress: [], egress: [3], destination: 2, flow: null, disabled: true},
+        ]},
+        cables: {cables: [{port: 3}, {port: 3}]},
+    }, new Map([[1, {rx_frames: 0.5, tx_frames: 12345}]]), new Set([3]));
+    const marksOf = (face) => face.marks.map((mark) => [mark.kind, mark.letter, mark.isHollow]);
+    return faces.map((face) => [face.name, marksOf(face), face.in, face.out]);
+"""
+ANSWERS_SEEN = [
+    ["CPU port, up, 100 Mb/s half", [], 0, 0],
+    [
+        "Port 1, up, 100 Mb/s half, listening in spanning tree, trunk 8, mirrored in",
+        [["blocked", "Li", False], ["trunk", "T8", False], ["mirrored", "M", False]],
+        1,
+        5,
+    ],
+    [
+        "Port 2, up, 100 Mb/s half, standby in trunk 8, mirror destination, isolated",
+        [["standby", "S8", True], ["copies", "M", False], ["isolated", "I", False]],
+        0,
+        0,
+    ],
+    [
+        "Port 3, up, 100 Mb/s half, drops frames now, bad cable, mirrored out (mirroring is off), "
+        "mirror destination",
+        [["dropping", "!", False], ["bad", "", False], ["mirrored", "M", True], ["copies", "M", False]],
+        0,
+        0,
+    ],
+    ["Port 4, down, no interface", [], 0, 0],
+]
 
 
 def calls(page, file, text):
@@ -69,6 +91,7 @@ def test_ports_stand_as_on_a_face_plate(page):
     wait_for_name(page, 3, "Port 3, down, no interface")
     wait_for_name(page, 25, "Port 25, up, 10 Gb/s full")
     wait_for_name(page, 0, "CPU port, up, 1000 Mb/s full")
+    page.by_role("button", "Port 25, up, 10 Gb/s full")
     page.wait_for(".front-words", "3 of 26 ports have a link; 23 without an interface.")
 
 
@@ -88,9 +111,9 @@ def test_ports_of_every_number_have_a_place_that_the_keys_reach(page):
     page.open("#front/sw1")
     faults = calls(page, "layout", """
         const faults = [];
-        for (let count = 1; count <= 26; count++) {
+        for (let count = 1; count <= 31; count++) {
             for (const width of [300, 360, 500, 800, 1400, 2000]) {
-                const faces = Array.from({length: count + 1}, (_, port) => ({port, isFibre: port > 24}));
+                const faces = Array.from({length: count + 1}, (_, port) => ({port, isFibre: port === 25 || port === 26}));
                 const {spots, width: all, height} = code.layoutOf(faces, width);
                 const list = [...spots.values()];
                 const inside = list.every((a) => a.x >= 0 && a.y >= 0 && a.x + a.width <= all && a.y + 70 <= height);
@@ -173,62 +196,34 @@ def test_marks_show_what_the_software_has_set(page, fresh):
     wait_for_marks(page, 10, "disabled")
     wait_for_marks(page, 11, "looped")
     wait_for_marks(page, 12, "mirrored?")
-    wait_for_name(page, 12, ".*, mirrored in and out \(mirroring is off\)")
+    wait_for_name(page, 12, r".*, mirrored in and out \(mirroring is off\)")
     wait_for_marks(page, 13, "copies?")
     page.wait_for(".front-words", "1 disabled; 2 held by spanning tree; 2 unauthorised")
     page.click(port(page, 9))
     page.wait_for(".front-settings", "closed: only stations that were let in pass (mode 0)")
     page.wait_for(".front-marks", "unauthorised")
+    page.click(".front-legend summary")
+    page.click(".front-commands summary")
+    assert page.axe() == []
 
 
 def test_answers_become_marks(page):
-    """What a lab without the programs of a real device does not bring about, or not one at a time."""
     page.open("#front/sw1")
-    found = calls(page, "state", """
-        const row = (port, more) => ({
-            port, medium: "copper", up: true, speed: 100, full_duplex: false, present: true, pulled: false, enabled: true,
-            learning: 5, loopback: 0, egress: [0, 1, 2, 3, 4], interface: `port${port}`, ...more,
-        });
-        const group = (number, vlans, more) => ({
-            group: number, vlans, blocking: [], listening: [], learning: [], disabled: [], ...more,
-        });
-        const faces = code.facesOf({
-            ports: {ports: [
-                row(0), row(1), row(2, {egress: [0]}), row(3, {learning: 4}), row(4, {present: false, up: false}),
-            ]},
-            trunks: {trunks: [{group: 8, members: [1], standby: [2]}]},
-            groups: {groups: [group(0, [[1, 4094]], {listening: [1]}), group(1, [], {blocking: [3]})]},
-            mirrors: {enabled: true, mirrors: [
-                {ingress: [1], egress: [], destination: 2, flow: 3, disabled: false},
-                {ingress: [], egress: [3], destination: 2, flow: null, disabled: true},
-            ]},
-            cables: {cables: [{port: 3}, {port: 3}]},
-        }, new Map([[1, {rx_frames: 0.5, tx_frames: 12345}]]), new Set([3]));
-        const marksOf = (face) => face.marks.map((mark) => [mark.kind, mark.letter, mark.isHollow]);
-        return faces.map((face) => [face.name, marksOf(face), face.in, face.out]);
-    """)
-    assert found == [
-        ["CPU port, up, 100 Mb/s half", [], 0, 0],
-        [
-            "Port 1, up, 100 Mb/s half, listening in spanning tree, trunk 8, mirrored in",
-            [["blocked", "Li", False], ["trunk", "T8", False], ["mirrored", "M", False]],
-            1,
-            5,
-        ],
-        [
-            "Port 2, up, 100 Mb/s half, standby in trunk 8, mirror destination, isolated",
-            [["standby", "S8", True], ["copies", "M", False], ["isolated", "I", False]],
-            0,
-            0,
-        ],
-        [
-            "Port 3, up, 100 Mb/s half, drops frames now, bad cable, mirrored out (mirroring is off), mirror destination",
-            [["dropping", "!", False], ["bad", "", False], ["mirrored", "M", True], ["copies", "M", False]],
-            0,
-            0,
-        ],
-        ["Port 4, down, no interface", [], 0, 0],
-    ]
+    assert calls(page, "state", ANSWERS) == ANSWERS_SEEN
+
+
+def test_rates_are_those_since_the_last_look(page):
+    """A server that says nothing while counts stay the same has looked all the time."""
+    page.open("#front/sw1")
+    looks = [calls(page, "traffic", f"return code.sinceLook({each}).before") for each in (
+        "{before: {time: 10}, now: {time: 100}}, true", "{before: {time: 10}, now: {time: 100}}, false",
+        "{before: {time: 99.8}, now: {time: 100}}, true", "{before: null, now: {time: 100}}, true",
+    )]  # fmt: skip
+    assert looks == [{"time": 99.5}, {"time": 10}, {"time": 99.8}, None]
+    levels = calls(page, "state", "return [0, 0.1, 1, 9, 10, 99, 100, 1e5, 1e6, 1e7].map(code.levelOf)")
+    assert levels == [0, 1, 1, 1, 2, 2, 3, 6, 7, 7]
+    scales = calls(page, "plots", "return [0, 1, 1.5, 3, 7, 10, 11, 480000].map(code.scaleOf)")
+    assert scales == [1, 1, 2, 5, 10, 10, 20, 500000]
 
 
 def test_every_mark_has_a_shape_and_a_name_of_its_own(page):
@@ -247,50 +242,6 @@ def test_every_mark_has_a_shape_and_a_name_of_its_own(page):
     assert lights == [1, 2, 3, 4, 0], "speeds differ in their bars, not in colour alone"
 
 
-def test_cable_is_pulled_and_plugged_in(page, lab):
-    page.open("#front/sw1/2")
-    wait_for_name(page, 2, "Port 2, up, .*")
-    page.click(".front-pull", "Pull the cable")
-    wait_for_name(page, 2, "Port 2, down, cable pulled")
-    wait_for_marks(page, 2, "pulled")
-    page.wait_for('.front-news[role="status"]', "Port 2: cable pulled.")
-    assert not lab.is_linked("sw1", 2)
-    assert page.all("#front-port-2 .front-plug") == []
-    page.click(".front-pull", "Plug the cable in")
-    page.wait_for(".front-news", "Port 2: link up.")
-    assert page.all("#front-port-2 .front-plug") != []
-    lab.wait(lambda: lab.is_linked("sw1", 2), "The link")
-
-
-def set_condition(page, name, value):
-    field = page.wait_for(f'.front-conditions input[name="{name}"]')
-    field.clear()
-    field.send_keys(value)
-
-
-def test_cable_is_made_bad_and_good_again(page, lab):
-    page.open("#front/sw1/2")
-    set_condition(page, "loss", "2%")
-    set_condition(page, "delay", "20ms")
-    page.click(".front-conditions button", "Make it a bad cable")
-    wait_for_marks(page, 2, "bad")
-    page.wait_for(".front-cable", "a bad cable: loss 2%, delay 20ms.")
-    assert lab.ask("sw1", "cables")["cables"][0]["conditions"] == {"delay": "20ms", "loss": "2%", "seed": 1}
-    set_condition(page, "loss", "200%")
-    page.click(".front-conditions button", "Change the bad cable")
-    page.wait_for(".front-cable .problem", "takes a percentage from 0% to 100%")
-    page.click(".front-good", "Make it a good cable")
-    wait_for_marks(page, 2)
-    assert lab.ask("sw1", "cables")["cables"] == []
-
-
-def test_read_only_panel_says_why_it_changes_no_cable(page, read_only):
-    page.open("#front/sw1/2", read_only.url)
-    page.wait_for(".front-reason", "The panel is read-only")
-    controls = page.all(".front-cable button, .front-cable input")
-    assert len(controls) == 8 and not any(each.is_enabled() for each in controls)
-
-
 def test_lights_follow_the_frames(page, lab):
     page.open("#front/sw1/1")
     page.wait_for("#front-port-1 .in.level-0")
@@ -304,53 +255,3 @@ def test_lights_follow_the_frames(page, lab):
     page.wait_for(".front-values", "in 0")
     name = page.by_role("image", re.compile("^Frames per second in the last minute: in 0, at most [1-9]"))
     assert name.find_element("css selector", ".front-in-line").get_attribute("d").startswith("M")
-
-
-def test_counts_begin_when_the_page_was_opened_or_now(page, lab):
-    lab.exec("h1", "ping", "-q", "-c", "1", "10.0.0.2")
-    page.open("#front/sw1/1")
-    page.wait_for(".front-counts tbody tr", re.compile("^Frames 0 0$"))
-    lab.exec("h1", "ping", "-q", "-c", "100", "-i", "0.002", "10.0.0.2")
-    page.wait_for(".front-counts tbody tr", re.compile("^Frames 10[0-9] 10[0-9]$"))
-    page.click(".front-since")
-    page.wait_for(".front-counts tbody tr", re.compile("^Frames [0-9] [0-9]$"))
-
-
-def test_drops_are_marked_and_counted_by_reason(page, fresh):
-    page.open("#front/sw1/1")
-    page.wait_for(".front-counters", "None")
-    fresh.adpsh("sw1", "adp_set_port_erps_state 1 1")
-    fresh.exec("h1", "sh", "-c", "ping -q -c 5 -i 0.01 -W 0.1 10.0.0.2 || true")
-    wait_for_name(page, 1, ".*drops frames now")
-    page.wait_for(".front-counters tr", re.compile("^stp_blocked [1-9]"))
-    wait_for_name(page, 1, "Port 1, up, 1000 Mb/s full, blocked by spanning tree")
-
-
-def test_details_name_the_settings_and_commands(page, fresh):
-    vlans = "adp_vlan_create 100", "adp_vlan_create 200", "adp_vlan_port_set 100 {1-3} {1}", "adp_vlan_port_set 200 {1} {}"
-    fresh.adpsh("sw1", *vlans)
-    fresh.exec("h1", "ping", "-q", "-c", "1", "10.0.0.2")
-    page.open("#front/sw1/1")
-    page.wait_for(".front-settings", "untagged 1,100; tagged 200")
-    link = page.wait_for(".front-settings a", "1 address")
-    assert link.get_attribute("href").endswith("#tables/sw1/addresses")
-    page.click(".front-commands summary")
-    texts = [each.text for each in page.all(".front-commands code")]
-    assert len(texts) == 8 and all(" sw1 " in text for text in texts)
-    assert any(text.endswith("vdevctl sw1 ports 1") for text in texts)
-    assert any(text.endswith("pull 1") for text in texts)
-    (line,) = re.findall("adpsh sw1 --map '(.*)'$", texts[-1])
-    fresh.adpsh("sw1", line)
-    wait_for_name(page, 1, "Port 1, down, disabled")
-    page.wait_for(".front-commands code", "ADP_ATTR_ADMIN_STATE 1 0")
-
-
-def test_plate_of_a_killed_device_is_dark(page, fresh):
-    page.open("#front/sw1/1")
-    page.wait_for(".front-power.on")
-    fresh.kill("sw1")
-    page.wait_for(".front-kind", "not running")
-    assert page.all(".front-power.on") == []
-    page.wait_for(".front-reason", "sw1 is not running")
-    fresh.restart("sw1")
-    page.wait_for(".front-power.on")

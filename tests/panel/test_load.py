@@ -1,5 +1,7 @@
 """The page while all 26 ports of a device are loaded. How fast it is then is not looked at here: script/bench panel."""
 
+import re
+
 import pytest
 from adp.lab import Lab
 from loads import load_on
@@ -59,3 +61,22 @@ def test_cable_is_pulled_and_plugged_under_load(page, full, loaded):
         page.by_role("button", "Plug the cable in").click()
         page.wait_for(".front-words", "26 of 26 ports have a link")
         assert PORT in full.device.links()
+
+
+def frames_told(page):
+    """How many frames the list has had or has said to be missed."""
+    return sum(int(count) for count, _ in re.findall(r"([0-9]+) (frames|missed)", page.text(".frame-counts")))
+
+
+def test_list_of_frames_has_each_or_says_how_many_are_missed(page, full, loaded):
+    page.open("#frames/full", loaded.url)
+    page.wait_for(".frame-counts", "0 frames")
+    with load_on(full, PAUSE) as load:
+        page.until(lambda: frames_told(page) > MANY, "Frames of the load")
+        page.click("main button", "Pause")
+        page.wait_for(".frame-counts", "since the list stands still")
+        page.click("main button", "Go on")
+        found = load.end()
+    before = sum(lost_at(full, port)[0] for port in PORTS)
+    whole = sum(found["sent"].values()) + len(PORTS) - before
+    page.until(lambda: frames_told(page) == whole, f"{whole} frames, shown or missed")

@@ -1,8 +1,11 @@
 """The page as a whole: every view for everybody, two devices, what is gone and comes back, read-only, hostile names."""
 
+import ctypes
+import os
 import re
 
 import pytest
+from adp.lab.builds import native_build
 from panels import server_of
 from selenium.webdriver.common.keys import Keys
 
@@ -158,6 +161,45 @@ def test_read_only_page_changes_nothing(page, lab, read_only):
         answer = refusal(page, request)
         assert "error" in answer and "answer" not in answer, (request, answer)
     assert lab.is_linked("sw1", 1)
+
+
+def log(folder, text):
+    """A program on the device logs a text, by the device's own service."""
+    services = ctypes.CDLL(str(native_build().path_of("libdevice_services.so")))
+    before = os.environ.get("VDEVICE_DIR")
+    os.environ["VDEVICE_DIR"] = str(folder)
+    try:
+        assert services.sys_trace_add_log(text.encode(), text.encode()) == 0
+    finally:
+        del os.environ["VDEVICE_DIR"]
+        os.environ.update({} if before is None else {"VDEVICE_DIR": before})
+
+
+def test_lines_of_the_log_are_texts(page, fresh):
+    page.open("#tables/sw1/log")
+    page.wait_for(".tables")
+    log(fresh.run_folder("sw1"), SCRIPT)
+    page.wait_for("main td", SCRIPT)
+    assert page.all("main img") == []
+    assert page.script("return document.title") != "taken over"
+
+
+HREFS = "return [...document.querySelectorAll(arguments[0])].map((link) => link.getAttribute('href'))"
+
+
+def test_links_within_the_page_lead_somewhere(page):
+    """To a view, one of its devices, one of its tables."""
+    page.open("#tables/sw1")
+    page.wait_for(".tables")
+    tables = [link.rpartition("/")[2] for link in page.script(HREFS, ".tables a")]
+    assert len(tables) > 10
+    for place in ("front/sw1/1", "topology", *(f"tables/sw1/{name}" for name in tables), "frames/sw1", "explain/sw1"):
+        page.go(f"#{place}")
+        page.until(lambda: page.text("main").strip(), f"The content of {place}")
+        for link in page.script(HREFS, "main a[href^='#']"):
+            view, device, *rest = [*link.removeprefix("#").split("/"), ""]
+            assert view in VIEWS and (view == "topology" or device in ("sw1", "sw2")), (place, link)
+            assert view != "tables" or rest[0] in ("", *tables), (place, link)
 
 
 def test_names_of_devices_are_texts(page, lab):

@@ -156,6 +156,15 @@ def test_a_socket_needs_the_pages_own_origin(origin):
     run(test)
 
 
+@pytest.mark.parametrize("path", ["capture/", "capture/%ff", "capture/%ed%a0%80", "capture/sw1?port=%ff", "capture/sw1/x"])
+def test_a_capture_of_nothing_is_a_sentence(path):
+    async def test(opened, _):
+        said = await opened.raw(f"GET /{opened.token}/{path} HTTP/1.1", f"Host: {opened.host}")
+        assert said.startswith("HTTP/1.1 400"), said
+
+    run(test)
+
+
 def test_the_server_is_at_loopback_alone():
     async def test(opened, _):
         port = int(opened.host.split(":")[1])

@@ -2,14 +2,19 @@
 
 import asyncio
 import json
+import re
 
 import aiohttp
 import pytest
+from adp.lab.builds import ROOT
+from adp.panel import requests
+from adp.panel.streams import SOURCES
 from client import panel_of, run
 from false_device import false_device
 
 pytestmark = pytest.mark.usefixtures("loopback")
 PORTS = {"command": "ports"}
+ROWS = ("`ask` and `read`", "`ask`, not with `--read-only`", "`stream`")
 
 
 @pytest.mark.parametrize(
@@ -106,6 +111,12 @@ def test_a_request_reaches_the_device_as_one_line():
         assert device.asked == [{"command": "ports", "port": "1\n{}\u2028"}]
 
     run(test)
+
+
+def test_the_documents_have_the_commands():
+    page = (ROOT / "docs/reference/adp-panel.md").read_text(encoding="utf-8")
+    named = {row: set(re.findall(r"`([a-z]+)`", re.search(rf"(?m)^\| {row} \|(.*)$", page)[1])) for row in ROWS}
+    assert list(named.values()) == [requests.READS, requests.CHANGES, SOURCES.keys()]
 
 
 @pytest.mark.parametrize("name", ["sw2", "", "../sw1", None, 7, ["sw1"], {"name": "sw1"}])

@@ -117,6 +117,20 @@ def test_a_link_event_or_a_change_makes_a_reading_new_at_once():
     run(test)
 
 
+def test_links_that_come_and_go_quickly_are_read_ten_times_a_second():
+    async def test(opened, device):
+        async with opened.page() as page:
+            await page.say(1, device="sw1", read=PORTS, every=3600)
+            await page.hear(1)
+            before, start = device.times("ports"), time.monotonic()
+            for _ in range(100):
+                await device.tell_link()
+                await asyncio.sleep(0.005)
+            assert 2 <= device.times("ports") - before <= 10 * (time.monotonic() - start) + 1
+
+    run(test)
+
+
 def test_reading_takes_at_most_a_tenth_of_the_time():
     async def test(opened, device):
         async def slow(_, writer):

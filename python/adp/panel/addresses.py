@@ -3,21 +3,19 @@
 It is a process of its own, since who enters a lab cannot leave it again.
 """
 
-import asyncio
 import json
 import sys
 
 from ..lab.command import record as records
 from ..lab.command import run_folder
 from ..lab.command.addresses import addresses_from_inside
+from .program import program
 
 
 async def addresses_of(lab):
     """{node: ["10.0.0.1/24"]}; nothing if the lab cannot be entered."""
-    pipe, null = asyncio.subprocess.PIPE, asyncio.subprocess.DEVNULL
-    command = [sys.executable, "-B", "-m", __name__, lab]
-    process = await asyncio.create_subprocess_exec(*command, stdin=null, stdout=pipe, stderr=null)
-    said, _ = await process.communicate()
+    async with program([sys.executable, "-B", "-m", __name__, lab]) as process:
+        said, _ = await process.communicate()
     return json.loads(said) if process.returncode == 0 else {}
 
 

@@ -141,7 +141,7 @@ async def _problem_of(key, name, waiting):
         if await process.wait() == 0:
             waiting.put(_line({"recording": name, "state": "ended"}))
         is_same = (_identity(path, True) or ())[:2] == tuple(identity)  # another one is followed next
-        return is_same and process.returncode != 0 and (said.removeprefix("adptrace: ") or "adptrace failed.")
+        return is_same and process.returncode != 0 and (said.removeprefix("adptrace: ").removeprefix(f"{path}: ") or "adptrace failed.")
     finally:
         if process.returncode is None:
             process.kill()

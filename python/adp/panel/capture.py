@@ -6,15 +6,15 @@ import re
 
 from aiohttp import web
 
-from ..lab.process import tied
 from .problem import PanelError
+from .program import program
 
 CHUNK = 65536
 GONE_SECONDS = 0.5  # until it is noticed that the browser has gone
 MOST_AT_ONCE = 8
 MOST_SECONDS = 86400
 MOST_FRAMES = 10_000_000
-_running = set()
+_running = []
 _PORTS = re.compile(r"[0-9a-z,-]{1,200}", re.ASCII)
 
 
@@ -47,21 +47,6 @@ def _options(query):
     return options
 
 
-@contextlib.asynccontextmanager
-async def _program(command):
-    pipe = asyncio.subprocess.PIPE
-    null = asyncio.subprocess.DEVNULL
-    process = await asyncio.create_subprocess_exec(*tied(command), stdin=null, stdout=pipe, stderr=pipe)
-    _running.add(process)
-    try:
-        yield process
-    finally:
-        _running.discard(process)
-        if process.returncode is None:
-            process.kill()
-        await process.wait()
-
-
 async def _pieces(process, request):
     """What the program writes, until it ends or the browser leaves."""
     reading = asyncio.create_task(process.stdout.read(CHUNK))
@@ -78,12 +63,27 @@ async def _pieces(process, request):
         reading.cancel()
 
 
-async def capture(request, device):
-    """The answer to a request for a capture."""
+@contextlib.contextmanager
+def _place():
+    """One of those that may run at a time."""
     if len(_running) >= MOST_AT_ONCE:
         raise PanelError(f"{MOST_AT_ONCE} captures are running already.")
+    _running.append(None)
+    try:
+        yield
+    finally:
+        _running.pop()
+
+
+async def capture(request, device):
+    """The answer to a request for a capture."""
     command = [*device.control_command, "capture", "-", *_options(request.query)]
-    async with _program(command) as process, contextlib.aclosing(_pieces(process, request)) as pieces:
+    with _place():
+        return await _captured(request, device, command)
+
+
+async def _captured(request, device, command):
+    async with program(command) as process, contextlib.aclosing(_pieces(process, request)) as pieces:
         response = None
         async for piece in pieces:
             if response is None:

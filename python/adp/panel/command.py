@@ -4,6 +4,7 @@ import asyncio
 import contextlib
 import os
 import pathlib
+import re
 import shlex
 import signal
 import sys
@@ -30,10 +31,10 @@ def _typed(program):
 
 def _single(text, recordings):
     """A device that is named by its run folder."""
-    name, is_named, path = text.partition("=")
-    if not is_named or "/" in name:
-        name, path = "", text
+    name, path = re.fullmatch("(?:([^/]*)=)?(.*)", text, re.DOTALL).groups()
     folder = pathlib.Path(path).absolute()
+    if not folder.exists() and text in [lab.name for lab in folders()]:
+        raise PanelError(f"There is no folder '{text}'. '{PROGRAM} --lab {text}' shows the lab of this name.")
     name = name or folder.name
     word = shlex.quote(str(folder))
     commands = {

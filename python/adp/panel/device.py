@@ -14,7 +14,7 @@ from .requests import octets_of
 
 RETRY_SECONDS = 0.5
 KNOWN_SECONDS = 1.0
-EVENT_PAUSE_SECONDS = 0.02
+EVENT_PAUSE_SECONDS = 0.1  # links may come and go quickly
 _WATCH = octets_of({"command": "watch", "kind": ["links"]})
 
 

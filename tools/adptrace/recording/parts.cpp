@@ -43,7 +43,7 @@ void Parts::add(std::string_view text) {
     } else if (kind == "adptrace") {
         line->refuse("is another header");
     }
-    while (kept_ > kMostKept) {
+    while (kept_ > limits_.kept) {
         hand_on_oldest();
     }
 }
@@ -59,7 +59,7 @@ void Parts::add_process(const Line &line, std::string_view text) {
     const auto before = processes_.find(id);
     if (before != processes_.end()) {
         hand_on_all(before->second);
-    } else if (processes_.size() >= kMostProcesses) {
+    } else if (processes_.size() >= limits_.processes) {
         forget_a_process();
     }
     has_processes_ = has_processes_ || !processes_.empty();
@@ -98,7 +98,7 @@ void Parts::keep_within(Process &process, const Line &line, std::string_view tex
     const auto around = process.open.find(line.integer("within", 1, UINT64_MAX));
     const bool is_known = around != process.open.end() && around->second == thread;
     const bool is_call = line.kind() == "begin";
-    if (!is_known || root->second.text.size() + text.size() > kMostInCall || kept_ + text.size() > kMostKept) {
+    if (!is_known || root->second.text.size() + text.size() > limits_.in_call || kept_ + text.size() > limits_.kept) {
         root->second.left_out += size_t{is_call};
         return;
     }

@@ -28,11 +28,14 @@ struct Part {
 /** Lines go in, parts come out when they are whole, in the order of their ends. */
 class Parts {
   public:
-    static constexpr size_t kMostInCall = size_t{4} << 20; /**< octets within a call */
-    static constexpr size_t kMostKept = size_t{64} << 20;  /**< of all calls that have not ended */
-    static constexpr size_t kMostProcesses = 4096;         /**< of those that have said something last */
+    struct Limits {
+        size_t in_call = size_t{4} << 20; /**< octets within a call */
+        size_t kept = size_t{64} << 20;   /**< of all calls that have not ended */
+        size_t processes = 4096;          /**< that are known at a time */
+    };
 
-    explicit Parts(std::function<void(Part part)> take) : take_(std::move(take)) {}
+    explicit Parts(std::function<void(Part part)> take) : Parts(std::move(take), Limits{}) {}
+    Parts(std::function<void(Part part)> take, const Limits &limits) : take_(std::move(take)), limits_(limits) {}
 
     /** Throws BadRecording. */
     void add(std::string_view text);
@@ -76,6 +79,7 @@ class Parts {
     Process &process_of(const Line &line, const char *member);
 
     std::function<void(Part part)> take_;
+    Limits limits_;
     std::string header_;
     std::map<int64_t, Process> processes_; /**< by id */
     int64_t first_ = 0;                    /**< id of the process whose lines have no `of` */

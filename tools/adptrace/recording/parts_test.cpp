@@ -23,7 +23,10 @@ using testing::ElementsAre;
 
 class Taken {
   public:
-    Taken() { add(kStart); }
+    explicit Taken(const Parts::Limits &limits = {})
+        : parts{[this](Part part) { taken.push_back(std::move(part)); }, limits} {
+        add(kStart);
+    }
 
     void add(const std::string &text) {
         std::istringstream lines(text);
@@ -56,7 +59,7 @@ class Taken {
     }
 
     std::vector<Part> taken;
-    Parts parts{[this](Part part) { taken.push_back(std::move(part)); }};
+    Parts parts;
 };
 
 std::string call(uint64_t number, uint64_t within = 0, uint32_t thread = 1, int64_t process = 0) {
@@ -143,14 +146,14 @@ TEST(Parts, RefuseWhatIsNoRecording) {
     EXPECT_THROW(first.add(R"({"begin":1,"thread":1})"), BadRecording);
 }
 
-constexpr size_t kLong = size_t{1} << 19;
+constexpr size_t kLong = 5000;
 
 std::string long_call(uint64_t number, uint64_t within, uint32_t thread) {
     return begin({number, within, "adp_vlan_create", R"({"text":")" + std::string(kLong, 'x') + "\"}", 10, thread, 0});
 }
 
 TEST(Parts, LeaveOutWhatIsTooMuchWithinACall) {
-    Taken taken;
+    Taken taken({.in_call = 8 * kLong});
     taken.take();
     taken.add(call(1));
     for (uint64_t number = 2; number <= 11; ++number) {
@@ -161,10 +164,9 @@ TEST(Parts, LeaveOutWhatIsTooMuchWithinACall) {
 }
 
 TEST(Parts, HandOnTheOldestCallsWhenTooManyWait) {
-    Taken taken;
+    Taken taken({.kept = 10 * kLong});
     taken.take();
-    const uint32_t threads = Parts::kMostKept / kLong + 4;
-    for (uint32_t thread = 1; thread <= threads; ++thread) {
+    for (uint32_t thread = 1; thread <= 13; ++thread) {
         taken.add(long_call(thread, 0, thread));
     }
     EXPECT_THAT(taken.take(), ElementsAre("3: 1*", "4: 2*", "5: 3*", "6: 4*", "7: 5*"));
@@ -175,15 +177,13 @@ TEST(Parts, HandOnTheOldestCallsWhenTooManyWait) {
 }
 
 TEST(Parts, ForgetTheProcessThatHasBeenSilentForLongest) {
-    Taken taken;
+    Taken taken({.processes = 4});
     taken.add(process(41) + process(42) + call(1, 0, 1, 41));
-    for (size_t more = 2; more < Parts::kMostProcesses; ++more) {
-        taken.add(process(static_cast<int64_t>(100 + more)));
-    }
-    EXPECT_EQ(taken.reason(call(2, 0, 1, 42)), "line 4100 belongs to process 42, which has no line.");
+    taken.add(process(43) + process(44));
+    EXPECT_EQ(taken.reason(call(2, 0, 1, 42)), "line 8 belongs to process 42, which has no line.");
     taken.take();
     taken.add(returned(1, 41) + call(3) + returned(3));
-    EXPECT_THAT(taken.take(), ElementsAre("5: 1", "4102: 3"));
+    EXPECT_THAT(taken.take(), ElementsAre("5: 1", "10: 3"));
 }
 
 }  // namespace

@@ -9,7 +9,6 @@
 #include <nlohmann/json.hpp>
 
 #include "tools/adptrace/recording/growing_file.h"
-#include "tools/adptrace/recording/parts.h"
 #include "tools/adptrace/recording/recording.h"
 #include "tools/adptrace/show/call_json.h"
 
@@ -27,8 +26,11 @@ bool wait_for_more() {
 
 class PartShower {
   public:
-    PartShower(const Options &options, const Output &output)
-        : options_(options), output_(output), holds_(options.last.has_value()) {}
+    PartShower(const Options &options, const Output &output, const Parts::Limits &limits)
+        : options_(options),
+          output_(output),
+          parts_([this](Part part) { take(std::move(part)); }, limits),
+          holds_(options.last.has_value()) {}
 
     void follow(GrowingFile &file);
 
@@ -42,7 +44,7 @@ class PartShower {
 
     const Options &options_;
     const Output &output_;
-    Parts parts_{[this](Part part) { take(std::move(part)); }};
+    Parts parts_;
     bool holds_; /**< the newest parts, until the end of what there is */
     std::deque<Part> newest_;
     size_t newest_calls_ = 0;
@@ -135,10 +137,10 @@ void PartShower::show_json(const Recording &recording, size_t left_out) {
 
 }  // namespace
 
-void show_parts(const Options &options, const Output &output) {
+void show_parts(const Options &options, const Output &output, const Parts::Limits &limits) {
     try {
         GrowingFile file(options.file);
-        PartShower(options, output).follow(file);
+        PartShower(options, output, limits).follow(file);
     } catch (const BadRecording &error) {
         throw BadRecording((options.file == "-" ? "standard input" : options.file) + ": " + error.what());
     }

@@ -6,6 +6,7 @@
 
 #include <functional>
 
+#include "tools/adptrace/recording/parts.h"
 #include "tools/adptrace/show/options.h"
 
 namespace adptrace {
@@ -19,6 +20,6 @@ struct Output {
  * Shows each call that is within none when it has ended, with all that is within it. One that is followed ends with the
  * recorded program, or when nobody reads the standard output any more. Throws BadRecording.
  */
-void show_parts(const Options &options, const Output &output);
+void show_parts(const Options &options, const Output &output, const Parts::Limits &limits = {});
 
 }  // namespace adptrace

@@ -34,9 +34,9 @@ std::vector<std::string> lines_of(const std::string &text) {
     return lines;
 }
 
-std::vector<std::string> shown(const Options &options) {
+std::vector<std::string> shown(const Options &options, const adptrace::Parts::Limits &limits = {}) {
     std::string text;
-    adptrace::show_parts(options, {[&](const std::string &line) { text += line; }, [] {}});
+    adptrace::show_parts(options, {[&](const std::string &line) { text += line; }, [] {}}, limits);
     return lines_of(text);
 }
 
@@ -181,13 +181,13 @@ TEST_F(ShowParts, SaysThatARecordingIsCut) {
 TEST_F(ShowParts, SaysWhatIsLeftOut) {
     std::string text = begin({1});
     for (uint64_t number = 2; number < 12; ++number) {
-        text += begin({number, 1, "user_vlan_create", R"({"x":")" + std::string(1 << 19, 'x') + "\"}", 10, 1, 0});
+        text += begin({number, 1, "user_vlan_create", R"({"x":")" + std::string(5000, 'x') + "\"}", 10, 1, 0});
         text += end({number, "0", 10, "{}", 0});
     }
     Options options = this->options(text + end({1}));
-    EXPECT_EQ(shown(options).back(), "--- 3 more calls within it are left out");
+    EXPECT_EQ(shown(options, {.in_call = 40000}).back(), "--- 3 more calls within it are left out");
     options.is_json = true;
-    EXPECT_EQ(json::parse(shown(options).at(0))["left_out"], 3);
+    EXPECT_EQ(json::parse(shown(options, {.in_call = 40000}).at(0))["left_out"], 3);
 }
 
 TEST_F(ShowParts, RefusesWithTheNameAndTheLine) {

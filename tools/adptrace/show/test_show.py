@@ -176,11 +176,16 @@ def test_following_ends_when_interrupted_and_when_nobody_reads(followed):
     assert growing.process.wait(timeout=60) == 0 and growing.process.stderr.read() == ""
 
 
+# The address sanitizer keeps freed memory, to detect its use.
+@pytest.mark.skipif("/asan/" in ADPTRACE[-1], reason="memory is not freed")
 def test_a_long_recording_is_followed_in_little_memory(followed):
-    growing = followed("--last=3", calls=200000)
-    assert growing.line().startswith("  199.998000 ")
-    with open(f"/proc/{growing.process.pid}/statm", encoding="ascii") as pages:
-        assert int(pages.read().split()[1]) * os.sysconf("SC_PAGE_SIZE") < min(16 << 20, growing.path.stat().st_size)
+    memory = []
+    for calls in (1, 30000):
+        growing = followed("--last=1", calls=calls)
+        assert growing.line().split()[0] == f"{calls / 1000:.6f}"
+        with open(f"/proc/{growing.process.pid}/statm", encoding="ascii") as pages:
+            memory.append(int(pages.read().split()[1]) * os.sysconf("SC_PAGE_SIZE"))
+    assert memory[1] - memory[0] < growing.path.stat().st_size / 2
 
 
 def test_what_can_be_followed():

@@ -56,7 +56,11 @@ export function Counts({ row, before, queues, at, onNow }) {
             <div class="scroll front-counts">
                 <table>
                     <thead>
-                        <tr><td></td><th scope="col" class="number">In</th><th scope="col" class="number">Out</th></tr>
+                        <tr>
+                            <th scope="col">Count</th>
+                            <th scope="col" class="number">In</th>
+                            <th scope="col" class="number">Out</th>
+                        </tr>
                     </thead>
                     <tbody>
                         <${Passed} title="Frames" unit="frames" row=${row} before=${before} />

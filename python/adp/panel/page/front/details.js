@@ -56,14 +56,15 @@ function vlanWords(port, vlans) {
     return parts.join("; ");
 }
 
-/** @param {{term: string, children?: any}} props */
-function Setting({ term, children }) {
-    return html`<div><dt>${term}</dt><dd>${children}</dd></div>`;
+/** @param {{term: string, place?: string, children?: any}} props `place` is the address of a table that has more */
+function Setting({ term, place, children }) {
+    return html`<div><dt>${place ? html`<a href=${place}>${term}</a>` : term}</dt><dd>${children}</dd></div>`;
 }
 
 /** @param {{device: Device, row: any, answers: Answers, vlans: any, macs: any}} props */
 function Settings({ device, row, answers, vlans, macs }) {
     const { port } = row;
+    const table = (/** @type {string} */ name) => addressOf("tables", device.name, name);
     return html`
         <h3>State and settings</h3>
         <dl class="front-settings">
@@ -72,10 +73,10 @@ function Settings({ device, row, answers, vlans, macs }) {
             <${Setting} term="Medium">${row.medium}<//>
             <${Setting} term="Interface"><code>${row.interface}</code>, chip port ${row.chip_port}<//>
             <${Setting} term="PVID">${row.pvid}<//>
-            <${Setting} term="VLANs">${vlans ? vlanWords(port, vlans) : "..."}<//>
+            <${Setting} term="VLANs" place=${table("vlans")}>${vlans ? vlanWords(port, vlans) : "..."}<//>
             <${Setting} term="Behind it"><${Addresses} device=${device} port=${port} macs=${macs} /><//>
             <${Setting} term="Learning">${learningWords(row.learning)}<//>
-            <${Setting} term="Spanning tree">${treeWords(port, answers.groups)}<//>
+            <${Setting} term="Spanning tree" place=${table("spanning-tree")}>${treeWords(port, answers.groups)}<//>
             <${Setting} term="Leave by">${isolationWords(row, answers.ports.ports)}<//>
             <${Setting} term="Loopback">${loopbackWords(row.loopback)}<//>
             <${Setting} term="Jumbo frames">${row.jumbo ? "taken" : "not taken"}<//>

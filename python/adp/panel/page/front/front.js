@@ -47,14 +47,14 @@ function useFaces(device) {
     const mirrors = read("mirrors").answer;
     const cables = read("cables").answer;
     const traffic = useTraffic(counters);
-    const isRunning = device.running && !error;
+    const problem = !device.running ? "not running" : error ? "no answer" : "";
     const answers = { ports, trunks, groups, mirrors, cables };
     const dropping = [...traffic.dropping].join();
     const faces = useMemo(
-        () => (ports ? facesOf(answers, isRunning ? traffic.rates : NO_RATES, traffic.dropping) : []),
-        [ports, trunks, groups, mirrors, cables, traffic.rates, dropping, isRunning],
+        () => (ports ? facesOf(answers, problem ? NO_RATES : traffic.rates, traffic.dropping) : []),
+        [ports, trunks, groups, mirrors, cables, traffic.rates, dropping, problem],
     );
-    return { answers, counters, traffic, faces, error, isRunning };
+    return { answers, counters, traffic, faces, error, problem };
 }
 
 /**
@@ -69,7 +69,7 @@ function chosen(faces, rest) {
 
 /** @param {{device: import("../types").Device, rest: string[]}} props */
 export function Front({ device, rest }) {
-    const { answers, counters, traffic, faces, error, isRunning } = useFaces(device);
+    const { answers, counters, traffic, faces, error, problem } = useFaces(device);
     const news = useNews(faces);
     const face = chosen(faces, rest);
     useEffect(() => void beginningOf(device.name, counters), [device.name, counters]);
@@ -86,7 +86,7 @@ export function Front({ device, rest }) {
     return html`
         <div class="front">
             <h2 class="front-title">Front of ${device.name}</h2>
-            <${Plate} name=${device.name} isRunning=${isRunning} faces=${faces} selected=${face?.port ?? null}
+            <${Plate} name=${device.name} problem=${problem} faces=${faces} selected=${face?.port ?? null}
                 onSelect=${onSelect} />
             <div class="front-words"><p>${summaryOf(faces)}</p><p class="front-news" role="status">${news}</p></div>
             <${Legend} />

@@ -86,8 +86,8 @@ export function ActivityLight({ face, x, y }) {
     const delay = { animationDelay: `-${(face.port * 370) % 1000}ms` };
     return html`
         <g class="front-activity" transform=${`translate(${x} ${y})`}>
-            <path class=${`in level-${face.in}`} style=${delay} d="M0 1.6h5.4l-2.7 5.6z" />
-            <path class=${`out level-${face.out}`} style=${delay} d="M6.6 7.2h5.4l-2.7 -5.6z" />
+            <path class=${`in level-${face.in}`} style=${delay} d="M0 .8h6.2l-3.1 7z" />
+            <path class=${`out level-${face.out}`} style=${delay} d="M7 7.8h6.2l-3.1 -7z" />
         </g>
     `;
 }
@@ -120,7 +120,7 @@ function Drawing({ face, spot }) {
         </g>
         <${LinkLight} face=${face} x=${3.5} y=${lights} />
         <text class="front-number" x=${middle} y=${lights + 8.6}>${portName(face.port).toUpperCase()}</text>
-        <${ActivityLight} face=${face} x=${spot.width - 15.4} y=${lights} />
+        <${ActivityLight} face=${face} x=${spot.width - 16.6} y=${lights} />
         <${Marks} face=${face} width=${spot.width} y=${spot.isUpper ? 2 : CELL.height - 18} />
     `;
 }
@@ -140,10 +140,10 @@ export function Port({ face, spot, isSelected, isInOrder, onSelect, onKey }) {
     return useMemo(() => html`
         <g class=${classes.filter(Boolean).join(" ")} transform=${`translate(${spot.x} ${spot.y})`}
             id=${`front-port-${face.port}`} role="button" tabindex=${isInOrder ? 0 : -1}
-            aria-label=${face.name} aria-pressed=${String(isSelected)}
+            aria-pressed=${String(isSelected)}
             onClick=${() => onSelect(face.port)} onKeyDown=${onKeyDown}>
             <title>${face.name}</title>
-            <${Drawing} face=${face} spot=${spot} />
+            <g aria-hidden="true"><${Drawing} face=${face} spot=${spot} /></g>
         </g>
     `, [JSON.stringify(face), spot, isSelected, isInOrder, onSelect, onKey]);
 }

@@ -50,9 +50,9 @@ function Ears({ width, height }) {
 
 /**
  * The chassis.
- * @param {{layout: Layout, name: string, isRunning: boolean}} props
+ * @param {{layout: Layout, name: string, problem: string}} props
  */
-function Chassis({ layout, name, isRunning }) {
+function Chassis({ layout, name, problem }) {
     const { width, height, hasEars, vents } = layout;
     const shown = name.length > MOST_LETTERS ? `${name.slice(0, MOST_LETTERS - 1)}…` : name;
     return html`
@@ -72,19 +72,19 @@ function Chassis({ layout, name, isRunning }) {
         ${hasEars && html`<${Ears} width=${width} height=${height} />`}
         ${vents && html`<${Vents} ...${vents} />`}
         <g transform=${`translate(${layout.name.x} ${layout.name.y})`}>
-            <circle class=${`front-power ${isRunning ? "on" : ""}`} cx="7" cy="11" r="4" />
+            <circle class=${`front-power ${problem ? "" : "on"}`} cx="7" cy="11" r="4" />
             <text class="front-name" x="18" y="15.5">${shown}<title>${name}</title></text>
             <text class="front-kind" x=${hasEars ? 18 : width - 2 * layout.name.x} y=${hasEars ? 30 : 15.5}
-                text-anchor=${hasEars ? "start" : "end"}>${isRunning ? "access switch" : "not running"}</text>
+                text-anchor=${hasEars ? "start" : "end"}>${problem || "access switch"}</text>
         </g>
     `;
 }
 
 /**
- * @param {{name: string, isRunning: boolean, faces: Face[], selected: number | null,
- *     onSelect: (port: number) => void}} props
+ * @param {{name: string, problem: string, faces: Face[], selected: number | null,
+ *     onSelect: (port: number) => void}} props `problem` says why the lights are off
  */
-export function Plate({ name, isRunning, faces, selected, onSelect }) {
+export function Plate({ name, problem, faces, selected, onSelect }) {
     const [element, width] = useWidth();
     const shape = faces.map((face) => `${face.port}${face.isFibre ? "f" : ""}`).join();
     const layout = useMemo(() => layoutOf(faces, width), [shape, width]);
@@ -106,7 +106,7 @@ export function Plate({ name, isRunning, faces, selected, onSelect }) {
         onSelect(port);
     }, [onSelect]);
     const chassis = useMemo(
-        () => html`<${Chassis} layout=${layout} name=${name} isRunning=${isRunning} />`, [layout, name, isRunning],
+        () => html`<${Chassis} layout=${layout} name=${name} problem=${problem} />`, [layout, name, problem],
     );
     return html`
         <div class="front-plate" ref=${element}>

@@ -54,7 +54,7 @@ function flat(answer) {
  * @param {{before: any, now: any}} answers
  * @param {boolean} wasStill
  */
-function sinceLook({ before, now }, wasStill) {
+export function sinceLook({ before, now }, wasStill) {
     const last = now.time - EVERY_SECONDS;
     return { before: before && wasStill && last > before.time ? { ...before, time: last } : before, now };
 }

@@ -89,16 +89,13 @@ export class Changes {
     }
 
     /**
-     * The marks of a row: those of its values by their numbers among the watched columns.
+     * The marks of a row; `changed` has the numbers of its values among the watched columns.
      * @param {any} key
      * @param {number} now
      */
     marksOf(key, now) {
         const known = this.#known?.get(key);
-        return {
-            isNew: isRecent(known?.since, now),
-            isGone: !known,
-            isChanged: (/** @type {number} */ index) => isRecent(known?.at?.[index], now),
-        };
+        const changed = (known?.at ?? []).flatMap((at, index) => (isRecent(at, now) ? [index] : []));
+        return { isNew: isRecent(known?.since, now), isGone: !known, changed };
     }
 }

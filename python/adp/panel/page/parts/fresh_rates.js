@@ -3,18 +3,23 @@ import { useEffect, useMemo, useState } from "../vendor/preact.js";
 import { ratesOf } from "../rates.js";
 import { useTwoAnswers } from "../use.js";
 
+/**
+ * What is counted per second, a row each, by the row's key.
+ * @typedef {Map<any, Record<string, number>>} Rates
+ */
+
 /** After so many readings without a new answer nothing has been counted. */
 const QUIET_READINGS = 2.5;
 
 /**
- * What is counted per second, a row each, by the row's key; nothing until there are two answers. The server sends an answer
- * only when it has changed: what a late one has more was counted since the reading before it.
+ * The rates of a table; nothing until there are two answers. The server sends an answer only when it has changed: what
+ * one that comes late has more was counted since the reading before it.
  * @param {any} answer with the device's `time`
  * @param {string} table the member that has the rows
  * @param {string} key the member that names a row
  * @param {string[]} counts
  * @param {number} [every] seconds between readings
- * @returns {Map<any, Record<string, number>>}
+ * @returns {Rates}
  */
 export function useRates(answer, table, key, counts, every = 1) {
     const { before, now } = useTwoAnswers(answer);
@@ -29,6 +34,7 @@ export function useRates(answer, table, key, counts, every = 1) {
             return new Map(now[table].map((/** @type {any} */ row) => [row[key], zeros]));
         }
         const isLate = before && before === quiet && now.time > before.time;
-        return ratesOf({ before: isLate ? { ...before, time: Math.max(before.time, now.time - every) } : before, now }, table, key, counts);
+        const since = isLate ? { ...before, time: Math.max(before.time, now.time - every) } : before;
+        return ratesOf({ before: since, now }, table, key, counts);
     }, [now, quiet]);
 }

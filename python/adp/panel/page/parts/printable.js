@@ -8,7 +8,8 @@ const encoder = new TextEncoder();
 
 /** @param {string} character */
 function escape(character) {
-    return SHORT[character] ?? [...encoder.encode(character)].map((octet) => `\\x${octet.toString(16).padStart(2, "0")}`).join("");
+    const octets = [...encoder.encode(character)];
+    return SHORT[character] ?? octets.map((octet) => `\\x${octet.toString(16).padStart(2, "0")}`).join("");
 }
 
 /**

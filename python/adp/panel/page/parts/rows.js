@@ -6,10 +6,10 @@ import { atOnce, inSlices, visit } from "./slices.js";
 /** @typedef {import("./table").Column} Column */
 /** @typedef {{name: string, isUp: boolean}} Sort */
 /**
- * What a table is to show, and what it has made of it: `shown` are the rows in their order, with those that have just gone,
- * `longest` the longest text of each column.
- * @typedef {{rows: any[], columns: Column[], keyOf: (row: any) => any, keep: ((row: any) => boolean) | null, words: string,
- *     sort: Sort}} Wanted
+ * What a table is to show, and what it has made of it: `shown` are the rows in their order, with those that have just
+ * gone, `longest` the longest text of each column.
+ * @typedef {{rows: any[], columns: Column[], keyOf: (row: any) => any, keep: ((row: any) => boolean) | null,
+ *     words: string, sort: Sort}} Wanted
  * @typedef {Wanted & {shown: any[], count: number, longest: string[]}} Prepared
  */
 
@@ -31,7 +31,9 @@ export function textOf(column, row) {
  * @param {any} value
  */
 function sortKey(value) {
-    return typeof value === "string" ? value.toLowerCase().replace(/\d+/g, (digits) => digits.padStart(12, "0")) : value;
+    return typeof value === "string"
+        ? value.toLowerCase().replace(/\d+/g, (digits) => digits.padStart(12, "0"))
+        : value;
 }
 
 /**
@@ -105,8 +107,9 @@ function* prepare(changes, wanted, before) {
  * @param {Prepared | null} prepared
  */
 function isSame(wanted, prepared) {
-    return prepared && wanted.rows === prepared.rows && wanted.keep === prepared.keep && wanted.words === prepared.words &&
-        wanted.sort === prepared.sort && wanted.columns.length === prepared.columns.length;
+    return prepared && wanted.rows === prepared.rows && wanted.keep === prepared.keep &&
+        wanted.words === prepared.words && wanted.sort === prepared.sort &&
+        wanted.columns.length === prepared.columns.length;
 }
 
 /**

@@ -4,7 +4,7 @@ import { useEffect, useLayoutEffect, useRef, useState } from "../vendor/preact.j
 /** Up to so many rows are all in the document. */
 const ALL = 150;
 /** Rows beyond the frame's edges, so that scrolling finds them there. */
-const BEYOND = 12;
+const BEYOND = 8;
 const ROW_HEIGHT = 30;
 
 /**

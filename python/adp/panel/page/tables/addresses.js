@@ -5,6 +5,7 @@ import { portName } from "../parts/ports.js";
 import { short } from "../rates.js";
 import { Table } from "../parts/table.js";
 import { Age, ageText } from "./age.js";
+import { adpsh } from "./part.js";
 import { Answered, Commands, Facts } from "./reading.js";
 
 /** @typedef {{vid: number, mac: string, index: number, port: number, trunk: number, kind: string, static: boolean,
@@ -33,11 +34,11 @@ function kindText(row) {
 
 /**
  * @param {string} device
- * @param {number} read when the answer came, by performance.now()
+ * @param {{read: number, isLive: boolean}} times when the answer came, by performance.now(), and whether ages count on
  * @param {string} chosen the key of the chosen row
  * @returns {Column[]}
  */
-function columnsOf(device, read, chosen) {
+function columnsOf(device, times, chosen) {
     /** @param {Station} row */
     const address = (row) => html`
         <a class="mono" href=${addressOf("tables", device, "addresses", keyOf(row))}
@@ -45,18 +46,19 @@ function columnsOf(device, read, chosen) {
     `;
     return [
         {
-            name: "mac", title: "Address", value: (row) => parseInt(row.mac.replaceAll(":", ""), 16), text: (row) => row.mac,
-            show: address, isHead: true,
+            name: "mac", title: "Address", value: (row) => parseInt(row.mac.replaceAll(":", ""), 16),
+            text: (row) => row.mac, show: address, isHead: true,
         },
         { name: "vlan", title: "VLAN", value: (row) => row.vid, text: (row) => `vlan ${row.vid}`, isNumber: true },
         {
-            name: "place", title: "Behind", value: (row) => (row.trunk < 0 ? row.port : TRUNKS + row.trunk), text: placeText,
-            show: placeText, isWatched: true,
+            name: "place", title: "Behind", value: (row) => (row.trunk < 0 ? row.port : TRUNKS + row.trunk),
+            text: placeText, show: placeText, isWatched: true,
         },
         { name: "kind", title: "Kind", value: kindText, isWatched: true },
         {
-            name: "age", title: "Age", value: (row) => row.age ?? null, text: () => "", mark: () => "age", isNumber: true,
-            show: (row) => (row.age === undefined ? "does not age" : html`<${Age} seconds=${row.age} read=${read} />`),
+            name: "age", title: "Age", value: (row) => row.age ?? null, text: () => "", mark: () => "age",
+            isNumber: true,
+            show: (row) => (row.age === undefined ? "does not age" : html`<${Age} seconds=${row.age} ...${times} />`),
         },
         { name: "index", title: "Index", value: (row) => row.index, text: () => "", isNumber: true },
     ];
@@ -95,12 +97,12 @@ function AddressCommands({ device, row }) {
     /** @type {[string, string][]} */
     const commands = row ? [
         ["Show it", `${device.vdevctl} macs --vlan ${row.vid} --mac ${row.mac}`],
-        ["Ask the library", `${device.adpsh} --map 'adp_get_mac_addr ${row.mac} ${row.vid}'`],
-        ["Forget it in all VLANs", `${device.adpsh} --map 'adp_del_mac_addr_by_mac ${row.mac} 1'`],
+        ["Ask the library", adpsh(device, `adp_get_mac_addr ${row.mac} ${row.vid}`)],
+        ["Forget it in all VLANs", adpsh(device, `adp_del_mac_addr_by_mac ${row.mac} 1`)],
     ] : [
         ["Show the table", `${device.vdevctl} macs`],
         ["What is learned", `${device.vdevctl} watch learning`],
-        ["Forget what was learned", `${device.adpsh} --map 'adp_del_mac_by_lrntype 0'`],
+        ["Forget what was learned", adpsh(device, "adp_del_mac_by_lrntype 0")],
     ];
     return html`
         <section class="card" aria-label="Commands">
@@ -110,15 +112,15 @@ function AddressCommands({ device, row }) {
     `;
 }
 
-/** @param {{device: import("../types").Device, answer: any, rest: string[]}} props */
-function Stations({ device, answer, rest }) {
+/** @param {{device: import("../types").Device, answer: any, isLive: boolean, rest: string[]}} props */
+function Stations({ device, answer, isLive, rest }) {
     const chosen = rest[0] ?? "";
     const read = useMemo(() => performance.now(), [answer]);
     const row = chosen && answer.macs.find((/** @type {Station} */ each) => keyOf(each) === chosen);
     return html`
         <${Fill} answer=${answer} />
         <${Table} caption=${`Addresses of ${device.name}`} rows=${answer.macs} keyOf=${keyOf} search="Search addresses"
-            columns=${columnsOf(device.name, read, chosen)} empty="No address" />
+            columns=${columnsOf(device.name, { read, isLive }, chosen)} empty="No address" />
         <${AddressCommands} device=${device} row=${row} />
     `;
 }
@@ -128,7 +130,9 @@ export function Addresses({ device, rest }) {
     const reading = useAnswer(device.name, { command: "macs" }, EVERY_SECONDS);
     return html`
         <${Answered} reading=${reading}>
-            ${(/** @type {any} */ answer) => html`<${Stations} device=${device} answer=${answer} rest=${rest} />`}
+            ${(/** @type {any} */ answer) => html`
+                <${Stations} device=${device} answer=${answer} isLive=${!reading.error} rest=${rest} />
+            `}
         <//>
     `;
 }

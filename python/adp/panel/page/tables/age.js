@@ -2,7 +2,12 @@
 import { html, useEffect, useState } from "../vendor/preact.js";
 
 const TICK_MILLISECONDS = 1000;
-const UNITS = [{ name: "d", seconds: 86400 }, { name: "h", seconds: 3600 }, { name: "min", seconds: 60 }, { name: "s", seconds: 1 }];
+const UNITS = [
+    { name: "d", seconds: 86400 },
+    { name: "h", seconds: 3600 },
+    { name: "min", seconds: 60 },
+    { name: "s", seconds: 1 },
+];
 
 /** @type {Set<() => void>} */
 const listeners = new Set();
@@ -35,9 +40,12 @@ export function ageText(seconds) {
     return `${Math.floor(whole / UNITS[at].seconds)} ${UNITS[at].name}${rest ? ` ${rest} ${UNITS[at + 1].name}` : ""}`;
 }
 
-/** @param {{seconds: number, read: number}} props an age, and when it was read, by performance.now() */
-export function Age({ seconds, read }) {
+/**
+ * @param {{seconds: number, read: number, isLive: boolean}} props an age, when it was read, by performance.now(), and
+ *     whether it goes on
+ */
+export function Age({ seconds, read, isLive }) {
     const [now, setNow] = useState(read);
-    useEffect(() => listen(() => setNow(performance.now())), []);
+    useEffect(() => (isLive ? listen(() => setNow(performance.now())) : undefined), [isLive]);
     return html`${ageText(seconds + Math.max(0, now - read) / 1000)}`;
 }

@@ -23,15 +23,24 @@ export function Bar({ part, text, name, mayBeFull = false }) {
 
 /**
  * A rate, next to the highest one of its table; nothing as long as it is not known.
- * @param {{rate: number | undefined, most: number, unit?: string}} props
+ * @param {{rate: number | undefined, most: number}} props
  */
-export function RateBar({ rate, most, unit = "/s" }) {
-    return rate === undefined ? null : html`<${Bar} part=${rate / (most || 1)} text=${`${short(rate)}${unit}`} mayBeFull />`;
+export function RateBar({ rate, most }) {
+    return rate !== undefined && html`<${Bar} part=${rate / (most || 1)} text=${`${short(rate)}/s`} mayBeFull />`;
+}
+
+/**
+ * How full a table is.
+ * @param {{count: number, capacity: number, what?: string}} props
+ */
+export function Fill({ count, capacity, what = "entries" }) {
+    const text = `${grouped(count)} of ${grouped(capacity)} ${what}`;
+    return html`<p><${Bar} part=${count / capacity} text=${text} name="Fill of the table" /></p>`;
 }
 
 /**
  * The highest of some rates.
- * @param {Map<any, Record<string, number>>} rates
+ * @param {import("../parts/fresh_rates").Rates} rates
  * @param {string} count
  */
 export function mostOf(rates, count) {
@@ -48,4 +57,12 @@ export function mostOf(rates, count) {
  */
 export function grouped(number) {
     return number.toLocaleString("en");
+}
+
+/**
+ * A rate that is set: 1.5 Mbit/s.
+ * @param {number} kilobits per second
+ */
+export function bitRate(kilobits) {
+    return `${short(1000 * kilobits)}bit/s`;
 }

@@ -4,36 +4,50 @@ import { Problem } from "../parts/problem.js";
 import { portName } from "../parts/ports.js";
 import { useAnswer } from "../use.js";
 import { Bar, grouped } from "./bar.js";
+import { PORT, WATCHED, count, member, number } from "./columns.js";
 import { Part, adpsh } from "./part.js";
 
 /** @typedef {import("../types").Device} Device */
-/** @typedef {import("../parts/table").Column} Column */
 
 /** @param {any} row */
 function scopeOf(row) {
-    return row.scope === "system" ? "the whole chip" : row.scope === "vlan" ? `VLAN ${row.vid}`
-        : row.scope === "port" ? `port ${portName(row.port)}` : `trunk ${row.trunk}`;
+    switch (row.scope) {
+        case "system":
+            return "the whole chip";
+        case "vlan":
+            return `VLAN ${row.vid}`;
+        case "port":
+            return `port ${portName(row.port)}`;
+        default:
+            return `trunk ${row.trunk}`;
+    }
 }
 
-/** @type {Column[]} */
+/** @param {any} row */
+function Learned(row) {
+    const text = `${grouped(row.learned)} of ${grouped(row.limit)}`;
+    return html`<${Bar} part=${row.learned / (row.limit || 1)} text=${text} />`;
+}
+
 const LIMITS = [
-    { name: "scope", title: "Addresses of", value: scopeOf, isHead: true },
-    { name: "limit", title: "Limit", value: (row) => row.limit, show: (row) => grouped(row.limit), isNumber: true, isWatched: true },
-    { name: "learned", title: "Learned", value: (row) => row.learned, isWatched: true,
-        show: (row) => html`<${Bar} part=${row.learned / (row.limit || 1)} text=${`${grouped(row.learned)} of ${grouped(row.limit)}`} />` },
-    { name: "full", title: "State", value: (row) => (row.learned >= row.limit ? "full" : ""), isWatched: true },
+    member("scope", "Addresses of", { value: scopeOf, isHead: true }),
+    count("limit", "Limit", WATCHED),
+    member("learned", "Learned", { ...WATCHED, show: Learned }),
+    member("state", "State", { ...WATCHED, value: (row) => (row.learned >= row.limit ? "full" : "") }),
 ];
 
-/** @type {Column[]} */
-const REFUSED = [
-    { name: "port", title: "Port", value: (row) => row.port, show: (row) => portName(row.port) },
-    { name: "vid", title: "VLAN", value: (row) => row.vid, isNumber: true },
-    { name: "mac", title: "Address", value: (row) => row.mac, isHead: true },
-];
+const REFUSED = [PORT, number("vid", "VLAN"), member("mac", "Address", { isHead: true })];
 
 /** @param {any} answer */
 function refusedRows(answer) {
-    return answer.violations.flatMap((/** @type {any} */ port) => port.addresses.map((/** @type {any} */ row) => ({ ...row, port: port.port })));
+    return answer.violations.flatMap((/** @type {any} */ refused) =>
+        refused.addresses.map((/** @type {any} */ row) => ({ ...row, port: refused.port })));
+}
+
+/** @param {any} answer */
+function refusalsText(answer) {
+    const text = (/** @type {any} */ each) => `port ${portName(each.port)} refused ${grouped(each.count)}`;
+    return answer.violations.map(text).join(", ");
 }
 
 /** @param {{device: Device}} props */
@@ -43,15 +57,14 @@ export function Limits({ device }) {
     if (!answer) {
         return html`<${Problem} text=${error} />`;
     }
-    const ports = answer.violations.map((/** @type {any} */ port) => `port ${portName(port.port)} refused ${grouped(port.count)}`).join(", ");
     return html`
         <${Problem} text=${error} />
-        <${Part} title="Limits on learning" note=${html`<p>${grouped(answer.learned)} addresses are learned.</p>`} rows=${answer.limits}
-            columns=${LIMITS} keyOf=${scopeOf} commands=${[`${device.vdevctl} limits`]}
+        <${Part} title="Limits" note=${html`<p>${grouped(answer.learned)} addresses are learned.</p>`}
+            rows=${answer.limits} columns=${LIMITS} keyOf=${scopeOf} commands=${[`${device.vdevctl} limits`]}
             empty="Nothing limits learning. This lets port 3 learn 100 addresses:"
             make=${adpsh(device, "adp_set_mac_limit 100 3 ADP_MAC_SCOPE_INTF")} />
-        <${Part} title="Refused addresses" note=${ports && html`<p>In all, ${ports}.</p>`} rows=${refused} columns=${REFUSED} search="Search"
-            keyOf=${(/** @type {any} */ row) => `${row.port} ${row.vid} ${row.mac}`} sort=${{ name: "port", isUp: true }}
-            empty="No address was refused." />
+        <${Part} title="Refused addresses" rows=${refused} columns=${REFUSED} search="Search"
+            note=${refused.length > 0 && html`<p>In all, ${refusalsText(answer)}.</p>`}
+            keyOf=${(/** @type {any} */ row) => `${row.port} ${row.vid} ${row.mac}`} empty="No address was refused." />
     `;
 }

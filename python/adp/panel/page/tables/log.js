@@ -1,9 +1,10 @@
 // What the device and the programs on it have logged.
 import { html, useLayoutEffect, useMemo, useRef, useState } from "../vendor/preact.js";
-import { Problem } from "../parts/problem.js";
 import { printable } from "../parts/printable.js";
+import { Problem } from "../parts/problem.js";
 import { useAnswer } from "../use.js";
 import { grouped } from "./bar.js";
+import { by, member, number } from "./columns.js";
 import { Part, adpsh } from "./part.js";
 
 /** @typedef {import("../types").Device} Device */
@@ -12,13 +13,12 @@ const LASTS = [200, 1000, 4096];
 /** So near to the end, in pixels, one reads what comes. */
 const NEAR = 40;
 
-/** @type {import("../parts/table").Column[]} */
 const COLUMNS = [
-    { name: "number", title: "Line", value: (row) => row.number, isNumber: true },
-    { name: "time", title: "Time", about: "Seconds since the device was started", value: (row) => row.time, show: (row) => row.time.toFixed(6), isNumber: true },
-    { name: "level", title: "Level", value: (row) => row.level, isNumber: true },
-    { name: "module", title: "Module", value: (row) => `${row.module} ${printable(row.word)}` },
-    { name: "text", title: "Text", value: (row) => row.line, show: (row) => html`<code>${row.line}</code>`, isHead: true },
+    number("number", "Line", { isHead: true }),
+    number("time", "Time", { show: (row) => row.time.toFixed(6), about: "Time in seconds since the device was started" }),
+    number("level", "Level"),
+    member("module", "Module"),
+    member("text", "Text", { show: (row) => html`<code>${row.text}</code>` }),
 ];
 
 /**
@@ -27,12 +27,17 @@ const COLUMNS = [
  */
 function linesOf(answer) {
     const first = answer.total - answer.log.length + 1;
-    return answer.log.map((/** @type {any} */ row, /** @type {number} */ index) => ({ ...row, number: first + index, line: printable(row.text) }));
+    return answer.log.map((/** @type {any} */ row, /** @type {number} */ index) => ({
+        ...row,
+        number: first + index,
+        module: `${row.module} ${printable(row.word)}`,
+        text: printable(row.text),
+    }));
 }
 
 /**
  * Keeps the end of a table in sight while it grows, as long as one does not scroll away from it.
- * @param {any} rows
+ * @param {any[]} rows
  */
 function useEnd(rows) {
     const frame = useRef(/** @type {HTMLElement | null} */ (null));
@@ -69,13 +74,17 @@ export function Log({ device }) {
     if (!answer) {
         return html`<${Problem} text=${error} />`;
     }
-    const note = html`<p>${grouped(answer.total)} lines since the start, the newest last. <${Last} last=${last} onChange=${setLast} /></p>`;
+    const note = html`
+        <p>${grouped(answer.total)} lines since the start, the newest last.
+            <${Last} last=${last} onChange=${setLast} /></p>
+    `;
     return html`
         <${Problem} text=${error} />
         <div class="log" ref=${frame} onScrollCapture=${onScroll}>
-            <${Part} title="Log" note=${note} rows=${rows} columns=${COLUMNS} keyOf=${(/** @type {any} */ row) => row.number} search="Search"
-                commands=${[`${device.vdevctl} log --last ${last}`]}
-                empty="Nothing was logged. Calls that change rules log what they do:" make=${adpsh(device, "adp_fp_lookupMissAct_set 1 ADP_FP_MISS_NONE")} />
+            <${Part} title="Log" isOnly note=${note} rows=${rows} columns=${COLUMNS} keyOf=${by("number")}
+                search="Search" commands=${[`${device.vdevctl} log --last ${last}`]}
+                empty="Nothing was logged. Calls that change rules log what they do:"
+                make=${adpsh(device, "adp_fp_lookupMissAct_set 1 ADP_FP_MISS_NONE")} />
         </div>
     `;
 }

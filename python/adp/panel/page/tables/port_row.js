@@ -7,7 +7,9 @@ export function PortRow({ ports, all }) {
     const meant = new Set(ports);
     return html`
         <span class="port-row" role="img" aria-label=${`Ports ${portList(ports)}`}>
-            ${all.map((port) => html`<span key=${port} class=${meant.has(port) ? "in" : "out"}>${meant.has(port) ? portName(port) : "·"}</span>`)}
+            ${all.map((port) => (meant.has(port)
+                ? html`<span key=${port} class="in">${portName(port)}</span>`
+                : html`<span key=${port}>·</span>`))}
         </span>
     `;
 }

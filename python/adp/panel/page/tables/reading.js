@@ -16,7 +16,9 @@ export function Answered({ reading, children }) {
 
 /** @param {{facts: [string, any][]}} props names and values */
 export function Facts({ facts }) {
-    return html`<dl class="facts">${facts.map(([name, value]) => html`<div><dt>${name}</dt><dd>${value}</dd></div>`)}</dl>`;
+    return html`
+        <dl class="facts">${facts.map(([name, value]) => html`<div><dt>${name}</dt><dd>${value}</dd></div>`)}</dl>
+    `;
 }
 
 /** @param {{commands: [string, string][]}} props what each does, and the command */
@@ -35,7 +37,9 @@ export function Commands({ commands }) {
 export function Legend({ letters }) {
     return html`
         <ul class="legend">
-            ${letters.map(([letter, mark, name]) => html`<li><span class=${`letter ${mark}`}>${letter}</span> ${name}</li>`)}
+            ${letters.map(([letter, mark, name]) => html`
+                <li><span class=${`letter ${mark}`}>${letter}</span> ${name}</li>
+            `)}
         </ul>
     `;
 }

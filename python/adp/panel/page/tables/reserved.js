@@ -2,37 +2,38 @@
 import { html } from "../vendor/preact.js";
 import { Problem } from "../parts/problem.js";
 import { useAnswer } from "../use.js";
-import { Bar } from "./bar.js";
-import { Part, adpsh, commandColumn } from "./part.js";
+import { Fill } from "./bar.js";
+import { WATCHED, by, command, member, number } from "./columns.js";
+import { Part, adpsh } from "./part.js";
 
 /** @typedef {import("../types").Device} Device */
-/** @typedef {import("../parts/table").Column} Column */
 
-/** What can be on, where the answer has it, and the line that turns it on. */
+const ALONE = "go to the CPU alone";
+/** What can be on, by the answer's name for it, and the line that turns it on. */
 const SWITCHES = [
-    { name: "lacp", title: "LACP", what: "to the CPU alone", line: "adp_set_trap_lacp_packet 1 0 0 0" },
-    { name: "oam", title: "OAM", what: "to the CPU alone", line: "adp_set_trap_eoam_packet 1 0 0 0" },
-    { name: "lldp", title: "LLDP", what: "to the CPU alone", line: "adp_lldp_init" },
-    { name: "bpdu", title: "BPDUs", what: "to the CPU alone", line: "adp_stg_init" },
-    { name: "igmp", title: "IGMP", what: "to the CPU alone", line: "adp_switch_control_set ADP_CONTROL_IGMP 1" },
-    { name: "mld", title: "MLD", what: "to the CPU alone", line: "adp_switch_control_set ADP_CONTROL_MLD 1" },
-    { name: "reserved_multicast", title: "224.0.0.0/24", what: "to the CPU as well", line: "adp_switch_control_set ADP_CONTROL_LOCAL_GROUPS 1" },
-    { name: "attack_filter", title: "Attacks", what: "dropped", line: "adp_dos_attack_init" },
+    { name: "lacp", title: "LACP", what: ALONE, line: "adp_set_trap_lacp_packet 1 0 0 0" },
+    { name: "oam", title: "OAM", what: ALONE, line: "adp_set_trap_eoam_packet 1 0 0 0" },
+    { name: "lldp", title: "LLDP", what: ALONE, line: "adp_lldp_init" },
+    { name: "bpdu", title: "BPDUs", what: ALONE, line: "adp_stg_init" },
+    { name: "igmp", title: "IGMP", what: ALONE, line: "adp_switch_control_set ADP_CONTROL_IGMP 1" },
+    { name: "mld", title: "MLD", what: ALONE, line: "adp_switch_control_set ADP_CONTROL_MLD 1" },
+    { name: "reserved_multicast", title: "224.0.0.0/24", what: "go to the CPU, too",
+        line: "adp_switch_control_set ADP_CONTROL_LOCAL_GROUPS 1" },
+    { name: "attack_filter", title: "attacks", what: "are dropped", line: "adp_dos_attack_init" },
 ];
 
-/** @type {Column[]} */
-const ADDRESSES = [
-    { name: "index", title: "Entry", value: (row) => row.index, isNumber: true },
-    { name: "mac", title: "Address", value: (row) => row.mac, isHead: true, isWatched: true },
-];
+const ADDRESSES = [number("index", "Entry"), member("mac", "Address", { isHead: true, ...WATCHED })];
 
-/** @param {Device} device @returns {Column[]} */
+/**
+ * @param {Device} device
+ * @returns {import("../parts/table").Column[]}
+ */
 function switchColumns(device) {
     return [
-        { name: "title", title: "Frames", value: (row) => row.title, isHead: true },
-        { name: "state", title: "State", value: (row) => (row.isOn ? "on" : "off"), show: (row) => (row.isOn ? html`<b>on</b>` : "off"), isWatched: true },
-        { name: "what", title: "They are", value: (row) => (row.isOn ? row.what : "forwarded") },
-        { ...commandColumn((row) => adpsh(device, row.line)), title: "Command that turns it on" },
+        member("title", "Frames of", { isHead: true }),
+        member("state", "Trap or filter", { ...WATCHED, value: (row) => (row.isOn ? "on" : "off") }),
+        member("what", "They", { value: (row) => (row.isOn ? row.what : "are forwarded") }),
+        command((row) => adpsh(device, row.line), "Turns it on"),
     ];
 }
 
@@ -43,17 +44,17 @@ export function Reserved({ device }) {
         return html`<${Problem} text=${error} />`;
     }
     const switches = SWITCHES.map((each) => ({ ...each, isOn: answer.traps[each.name] ?? answer[each.name] }));
-    const count = answer.reserved.length;
     const note = html`
-        <p><${Bar} part=${count / answer.capacity} text=${`${count} of ${answer.capacity} entries`} name="Fill of the table" /></p>
+        <${Fill} count=${answer.reserved.length} capacity=${answer.capacity} />
         <p>Frames to these addresses go to the CPU alone.</p>
     `;
     return html`
         <${Problem} text=${error} />
-        <${Part} title="Traps and filters" rows=${switches} columns=${switchColumns(device)} empty="" keyOf=${(/** @type {any} */ row) => row.name}
-            note=${html`<p>BPDUs that are trapped need a program that runs spanning tree: without one nobody breaks loops.</p>`} />
+        <${Part} title="Protocols and attacks" rows=${switches} columns=${switchColumns(device)} keyOf=${by("name")}
+            note=${html`<p>While BPDUs are trapped, only a program on the CPU that runs spanning tree breaks loops.</p>`} />
         <${Part} title="Reserved addresses" note=${note} rows=${answer.reserved} columns=${ADDRESSES} search="Search"
-            keyOf=${(/** @type {any} */ row) => row.index} commands=${[`${device.vdevctl} reserved`]}
-            empty="There are none. This lists 01:80:c2:00:00:00 to 0f:" make=${adpsh(device, "l2_user_entry_add_all_bpdu")} />
+            keyOf=${by("index")} commands=${[`${device.vdevctl} reserved`]}
+            empty="There are none. This adds 01:80:c2:00:00:00 to 0f, and so traps BPDUs:"
+            make=${adpsh(device, "l2_user_entry_add_all_bpdu")} />
     `;
 }

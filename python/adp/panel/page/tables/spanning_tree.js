@@ -3,11 +3,10 @@ import { html, useMemo } from "../vendor/preact.js";
 import { addressOf, useAnswer } from "../use.js";
 import { portList, portName } from "../parts/ports.js";
 import { Table } from "../parts/table.js";
+import { adpsh } from "./part.js";
 import { Answered, Commands, Facts, Legend } from "./reading.js";
 
-/**
- * The states with their letters, the member of the answer that lists the ports, and the number that a driver call takes.
- */
+/** The states by the member of the answer that lists their ports; the number is that of a driver call. */
 const STATES = [
     { name: "forwarding", letter: "F", number: 4 },
     { name: "learning", letter: "L", number: 3 },
@@ -64,7 +63,7 @@ function columnsOf(device, ports, chosen) {
             name: "vlans",
             title: "VLANs",
             value: (row) => vlanText(row.group.vlans),
-            show: (row) => html`<span class="cut" title=${vlanText(row.group.vlans)}>${vlanText(row.group.vlans)}</span>`,
+            show: ({ group }) => html`<span class="cut" title=${vlanText(group.vlans)}>${vlanText(group.vlans)}</span>`,
             isWatched: true,
         },
     ];
@@ -76,11 +75,11 @@ function Chosen({ device, group }) {
     /** @type {[string, string][]} */
     const commands = [
         ["Show it", `${device.vdevctl} groups --group ${group.group}`],
-        ["Block port 1 in it", `${device.adpsh} --map 'adp_set_port_mstp_state ${group.group} 1 1'`],
+        ["Block port 1 in it", adpsh(device, `adp_set_port_mstp_state ${group.group} 1 1`)],
     ];
     if (!group.default) {
-        const create = `'adp_create_mstp_instance ${group.group}'`;
-        commands.push(["Create it", `${device.adpsh} --map ${create}${vid ? ` 'adp_add_msti_member ${group.group} ${vid}'` : ""}`]);
+        const lines = [`adp_create_mstp_instance ${group.group}`, vid && `adp_add_msti_member ${group.group} ${vid}`];
+        commands.push(["Create it", adpsh(device, ...lines.filter((line) => line))]);
     }
     return html`
         <section class="card" aria-label=${`Group ${group.group}`}>
@@ -99,13 +98,15 @@ function Groups({ device, answer, rest }) {
     /** @type {Row[]} */
     const rows = useMemo(() => answer.groups.map((/** @type {any} */ group) => ({
         group,
-        states: new Map(STATES.flatMap((state) => group[state.name].map((/** @type {number} */ port) => [port, state]))),
+        states: new Map(STATES.flatMap((state) => (
+            group[state.name].map((/** @type {number} */ port) => [port, state])
+        ))),
     })), [answer]);
     const ports = [...rows[0].states.keys()].sort((a, b) => a - b);
     const chosen = (rows.find(({ group }) => group.group === Number(rest[0] ?? "-1")) ?? rows[0]).group;
     return html`
         <${Legend} letters=${STATES.map(({ name, letter, number }) => [letter, name, `${name} (state ${number})`])} />
-        <${Table} caption=${`Spanning-tree groups of ${device.name}: the state of each port (at most ${answer.capacity} groups)`}
+        <${Table} caption=${`Spanning-tree groups of ${device.name} (at most ${answer.capacity}) and their ports`}
             rows=${rows} keyOf=${(/** @type {Row} */ row) => row.group.group}
             columns=${columnsOf(device.name, ports, chosen.group)} />
         <${Chosen} device=${device} group=${chosen} />

@@ -9,7 +9,8 @@ export function Tables({ device, rest }) {
     return html`
         <nav class="tables" aria-label="Tables">
             ${TABLES.map((each) => html`
-                <a href=${addressOf("tables", device.name, each.name)} aria-current=${each === table ? "page" : null}>${each.title}</a>
+                <a href=${addressOf("tables", device.name, each.name)}
+                    aria-current=${each === table ? "page" : null}>${each.title}</a>
             `)}
         </nav>
         <h2>${table.title}</h2>

@@ -5,9 +5,13 @@ import { useRates } from "../parts/fresh_rates.js";
 import { portList, portName } from "../parts/ports.js";
 import { Table } from "../parts/table.js";
 import { RateBar } from "./bar.js";
+import { adpsh } from "./part.js";
 import { Answered, Commands, Facts } from "./reading.js";
 
-/** @typedef {{trunk: number, group: number, members: number[], standby: number[], balance: number, manager?: number}} Trunk */
+/**
+ * @typedef {{trunk: number, group: number, members: number[], standby: number[], balance: number,
+ *     manager?: number}} Trunk
+ */
 /** @typedef {{trunk: Trunk, port: number, state: string, link: boolean, sent?: number, received?: number}} Member */
 
 const HASH = new Map([[0x50, "source"], [0x60, "destination"], [0x70, "source and destination"]]);
@@ -65,7 +69,10 @@ function memberColumns(members) {
         return all > 0 ? Math.round((100 * (row.sent ?? 0)) / all) : null;
     };
     return [
-        { name: "member", title: "Member", value: (row) => row.port, show: (row) => `port ${portName(row.port)}`, isHead: true },
+        {
+            name: "member", title: "Member", value: (row) => row.port, show: (row) => `port ${portName(row.port)}`,
+            isHead: true,
+        },
         { name: "group", title: "Group", value: (row) => row.trunk.group, isNumber: true, isWatched: true },
         {
             name: "state", title: "State", value: (row) => row.state, isWatched: true,
@@ -73,7 +80,10 @@ function memberColumns(members) {
         },
         { name: "link", title: "Link", value: (row) => (row.link ? "up" : "down"), isWatched: true },
         rateColumn("sent", "Sent frames/s", members),
-        { name: "share", title: "Share", value: share, show: (row) => (share(row) === null ? "–" : `${share(row)} %`), isNumber: true },
+        {
+            name: "share", title: "Share", value: share, isNumber: true,
+            show: (row) => (share(row) === null ? "–" : `${share(row)} %`),
+        },
         rateColumn("received", "Received frames/s", members),
     ];
 }
@@ -83,16 +93,22 @@ function memberColumns(members) {
  * @returns {import("../parts/table").Column[]}
  */
 function groupColumns(trunks) {
-    /** @type {import("../parts/table").Column[]} */
-    const columns = [
+    const members = (/** @type {Trunk} */ row) => portList([...row.members].sort((a, b) => a - b));
+    const manager = (/** @type {Trunk} */ row) => row.manager ?? null;
+    return [
         { name: "group", title: "Group", value: (row) => row.group, isHead: true },
         { name: "trunk", title: "Trunk", value: (row) => row.trunk, isNumber: true },
-        { name: "members", title: "Members", value: (row) => portList([...row.members].sort((a, b) => a - b)), isWatched: true },
+        { name: "members", title: "Members", value: members, isWatched: true },
         { name: "standby", title: "Standby", value: (row) => portList(row.standby), isWatched: true },
-        { name: "balance", title: "Balancing mode, and what its hash includes", value: (row) => balanceText(row.balance), isWatched: true },
+        {
+            name: "balance", title: "Balancing mode, and what its hash includes", isWatched: true,
+            value: (row) => balanceText(row.balance),
+        },
+        {
+            name: "manager", title: "Manager", value: manager, isWatched: true,
+            isHidden: trunks.every((trunk) => trunk.manager === undefined),
+        },
     ];
-    const manager = { name: "manager", title: "Manager", value: (/** @type {Trunk} */ row) => row.manager ?? null, isWatched: true };
-    return trunks.some((trunk) => trunk.manager !== undefined) ? [...columns, manager] : columns;
 }
 
 /** @param {{device: import("../types").Device, answer: any, members: Member[]}} props */
@@ -100,7 +116,10 @@ function Trunk({ device, answer, members }) {
     const { trunks, hash, traps } = answer;
     return html`
         <${Facts} facts=${[
-            ["The hash takes the flow's", `${HASH.get(hash) ?? "unknown ends"} (switch control 136: 0x${hash.toString(16)})`],
+            [
+                "The hash takes the flow's",
+                `${HASH.get(hash) ?? "unknown ends"} (switch control 136: 0x${hash.toString(16)})`,
+            ],
             ["LACP frames", traps.lacp ? "go to the CPU alone" : "are forwarded"],
         ]} />
         <${Table} caption=${`Aggregation groups of ${device.name}`} rows=${trunks} columns=${groupColumns(trunks)}
@@ -111,8 +130,11 @@ function Trunk({ device, answer, members }) {
             <h3>Commands</h3>
             <${Commands} commands=${[
                 ["Show them", `${device.vdevctl} trunks`],
-                ["Group 1 of the ports 1 and 2", `${device.adpsh} --map 'adp_create_agg_group agg1' 'adp_add_agg_member agg1 [1, 2]'`],
-                ["Balance by IP addresses", `${device.adpsh} --map 'adp_set_agg_loadbalance agg1 6'`],
+                [
+                    "Group 1 of the ports 1 and 2",
+                    adpsh(device, "adp_create_agg_group agg1", "adp_add_agg_member agg1 [1, 2]"),
+                ],
+                ["Balance by IP addresses", adpsh(device, "adp_set_agg_loadbalance agg1 6")],
             ]} />
         </section>
     `;

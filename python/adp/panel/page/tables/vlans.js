@@ -4,6 +4,7 @@ import { addressOf, useAnswer } from "../use.js";
 import { numbersOf, portList, portName, portSet } from "../parts/ports.js";
 import { Problem } from "../parts/problem.js";
 import { Table } from "../parts/table.js";
+import { adpsh } from "./part.js";
 import { Answered, Commands, Facts, Legend } from "./reading.js";
 
 /** @typedef {{vid: number, default: boolean, members: number[], untagged: number[]}} Vlan */
@@ -37,13 +38,14 @@ const MARKS = { U: "untagged", T: "tagged", "": "" };
  */
 function portColumn(port, isHidden) {
     const isPvid = (/** @type {Row} */ row) => has(row.pvid, port);
+    const about = port === 0 ? "CPU port" : `port ${port}`;
     return {
         name: `port${port}`,
         title: portName(port),
-        about: port === 0 ? "CPU port" : `port ${port}`,
+        about,
         value: (row) => `${letterOf(row, port)}${isPvid(row) ? "P" : ""}`,
         show: (row) => html`${letterOf(row, port) || "·"}${isPvid(row) && html`<sup>P</sup>`}`,
-        label: (row) => `VLAN ${row.vlan.vid}, ${port === 0 ? "CPU port" : `port ${port}`}: ${NAMES[letterOf(row, port)]}` +
+        label: (row) => `VLAN ${row.vlan.vid}, ${about}: ${NAMES[letterOf(row, port)]}` +
             `${isPvid(row) ? ", PVID of the port" : ""}`,
         mark: (row) => `${MARKS[letterOf(row, port)]}${isPvid(row) ? " pvid" : ""}`,
         isLetter: true,
@@ -62,11 +64,15 @@ function portColumn(port, isHidden) {
 function columnsOf(device, ports, shown, chosen) {
     /** @param {Row} row */
     const name = ({ vlan }) => html`
-        <a href=${addressOf("tables", device, "vlans", vlan.vid)} aria-current=${vlan.vid === chosen ? "true" : null}>${vlan.vid}</a>
+        <a href=${addressOf("tables", device, "vlans", vlan.vid)}
+            aria-current=${vlan.vid === chosen ? "true" : null}>${vlan.vid}</a>
         ${vlan.default && html` <span class="is-default">default</span>`}
     `;
     return [
-        { name: "vlan", title: "VLAN", value: (row) => row.vlan.vid, show: name, isHead: true, text: (row) => `${row.vlan.vid} default` },
+        {
+            name: "vlan", title: "VLAN", value: (row) => row.vlan.vid, text: (row) => `${row.vlan.vid} default`,
+            show: name, isHead: true,
+        },
         ...ports.map((port) => portColumn(port, shown.size > 0 && !shown.has(port))),
     ];
 }
@@ -74,15 +80,15 @@ function columnsOf(device, ports, shown, chosen) {
 /** @param {{device: import("../types").Device, row: Row, ports: number[]}} props */
 function Chosen({ device, row, ports }) {
     const { vid, members, untagged, default: isDefault } = row.vlan;
-    const set = `'adp_vlan_port_set ${vid} ${portSet(members)} ${portSet(untagged)}'`;
+    const set = `adp_vlan_port_set ${vid} ${portSet(members)} ${portSet(untagged)}`;
     /** @type {[string, string][]} */
     const commands = [
         ["Show it", `${device.vdevctl} vlans ${vid}`],
         ["Its addresses", `${device.vdevctl} macs --vlan ${vid}`],
-        ["Make it as it is", `${device.adpsh} --map ${isDefault ? "" : `'adp_vlan_create ${vid}' `}${set}`],
+        ["Make it as it is", adpsh(device, ...(isDefault ? [] : [`adp_vlan_create ${vid}`]), set)],
     ];
     if (!isDefault) {
-        commands.push(["Destroy it", `${device.adpsh} --map 'adp_vlan_destroy ${vid}'`]);
+        commands.push(["Destroy it", adpsh(device, `adp_vlan_destroy ${vid}`)]);
     }
     return html`
         <section class="card" aria-label=${`VLAN ${vid}`}>
@@ -101,7 +107,8 @@ function Chosen({ device, row, ports }) {
 function Numbers({ label, value, onValue, example }) {
     return html`
         <label>${label}
-            <input value=${value} placeholder=${example} autocomplete="off" aria-invalid=${numbersOf(value) ? null : "true"}
+            <input value=${value} placeholder=${example} autocomplete="off"
+                aria-invalid=${numbersOf(value) ? null : "true"}
                 onInput=${(/** @type {any} */ event) => onValue(event.target.value)} />
         </label>
     `;
@@ -116,7 +123,8 @@ function useFilter() {
     const isWrong = !numbersOf(vlanText) || !numbersOf(portText);
     const bits = bitsOf([...ports].filter((port) => port < 32));
     const keep = useCallback(
-        (/** @type {Row} */ row) => (vlans.size === 0 || vlans.has(row.vlan.vid)) && (ports.size === 0 || (row.members & bits) !== 0),
+        (/** @type {Row} */ row) => (vlans.size === 0 || vlans.has(row.vlan.vid)) &&
+            (ports.size === 0 || (row.members & bits) !== 0),
         [vlanText, portText],
     );
     const fields = html`
@@ -129,7 +137,10 @@ function useFilter() {
     return { keep, ports, fields };
 }
 
-/** @param {{device: import("../types").Device, vlans: Vlan[], portRows: {port: number, pvid: number}[], rest: string[]}} props */
+/**
+ * @param {{device: import("../types").Device, vlans: Vlan[], portRows: {port: number, pvid: number}[],
+ *     rest: string[]}} props
+ */
 function Matrix({ device, vlans, portRows, rest }) {
     const pvids = portRows.map(({ port, pvid }) => `${port} ${pvid}`).join();
     const { keep, ports: shown, fields } = useFilter();
@@ -146,14 +157,19 @@ function Matrix({ device, vlans, portRows, rest }) {
     const lost = portRows.filter(({ pvid }) => !vlans.some((vlan) => vlan.vid === pvid));
     return html`
         ${lost.map(({ port, pvid }) => html`
-            <p class="warning">Port ${portName(port)} has the PVID ${pvid}, a VLAN that does not exist: its untagged frames are dropped.</p>
+            <p class="warning">
+                Port ${portName(port)} has the PVID ${pvid}, a VLAN that does not exist: its untagged frames are
+                dropped.
+            </p>
         `)}
         ${fields}
         <${Legend} letters=${[
-            ["T", "tagged", "tagged"], ["U", "untagged", "untagged"], ["·", "", "not a member"], ["P", "pvid", "PVID of the port"],
+            ["T", "tagged", "tagged"], ["U", "untagged", "untagged"], ["·", "", "not a member"],
+            ["P", "pvid", "PVID of the port"],
         ]} />
         <${Table} caption=${`VLANs of ${device.name} and their ports`} rows=${rows} keep=${keep}
-            keyOf=${(/** @type {Row} */ row) => row.vlan.vid} columns=${columnsOf(device.name, ports, shown, chosen?.vlan.vid)} />
+            keyOf=${(/** @type {Row} */ row) => row.vlan.vid}
+            columns=${columnsOf(device.name, ports, shown, chosen?.vlan.vid)} />
         ${chosen && html`<${Chosen} device=${device} row=${chosen} ports=${ports} />`}
     `;
 }
@@ -165,7 +181,9 @@ export function Vlans({ device, rest }) {
     const both = { answer: vlans.answer && ports.answer, error: vlans.error ?? ports.error };
     return html`
         <${Answered} reading=${both}>
-            ${() => html`<${Matrix} device=${device} vlans=${vlans.answer.vlans} portRows=${ports.answer.ports} rest=${rest} />`}
+            ${() => html`
+                <${Matrix} device=${device} vlans=${vlans.answer.vlans} portRows=${ports.answer.ports} rest=${rest} />
+            `}
         <//>
     `;
 }

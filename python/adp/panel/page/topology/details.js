@@ -1,7 +1,7 @@
 // What is selected in the picture of a lab, in full: a cable, a device or a host.
 import { html, useEffect, useRef } from "../vendor/preact.js";
 import { addressOf, useAction, useAnswer, usePanel, useTwoAnswers } from "../use.js";
-import { CableForm, conditionsText } from "../parts/cable_form.js";
+import { CableForm } from "../parts/cable_form.js";
 import { Command } from "../parts/command.js";
 import { Problem } from "../parts/problem.js";
 import { ratesOf, short } from "../rates.js";
@@ -32,6 +32,12 @@ function Heading({ title, onClose }) {
 }
 
 /**
+ * Bits per second in words.
+ * @param {number} rate
+ */
+const bitsText = (rate) => `${short(rate)}bit/s`.replace(/([0-9])bit/, "$1 bit");
+
+/**
  * Octets and frames per second in each direction, from the counters of the cable's port.
  * @param {{cable: CableNow}} props
  */
@@ -43,7 +49,7 @@ function Load({ cable: { held, ends, names } }) {
     const rates = answer && !error ? ratesOf(two, "counters", "port", counts).get(held?.port) : undefined;
     const isFirst = held?.device === ends[0].node && held?.port === ends[0].port;
     const words = (/** @type {string} */ way) =>
-        rates ? `${rateText(rates[`${way}_frames`])}, ${short(rates[`${way}_octets`] * 8)}bit/s` : "not known";
+        rates ? `${rateText(rates[`${way}_frames`])}, ${bitsText(rates[`${way}_octets`] * 8)}` : "not known";
     const row = (/** @type {string[]} */ [from, to], /** @type {string} */ way) => html`
         <dt>${from} to ${to}</dt><dd>${words(way)}</dd>
     `;
@@ -73,19 +79,18 @@ function Pull({ cable }) {
 
 /** @param {{cable: CableNow, command: string, onClose: () => void}} props */
 export function CableDetails({ cable, command, onClose }) {
-    const { held, names, state, conditions } = cable;
+    const { held, names, state } = cable;
     const end = held ? endName({ node: held.device, port: held.port, interface: "" }) : names[0];
     return html`
         <${Heading} title=${`Cable ${names[0]} to ${names[1]}`} onClose=${onClose} />
         <dl class="topology-facts">
             <dt>State</dt><dd>${STATES[state].text}</dd>
-            ${conditions && html`<dt>Conditions</dt><dd>${conditionsText(conditions)}</dd>`}
             ${held && html`<${Load} key=${end} cable=${cable} />`}
         </dl>
         ${!held && html`<p>No device is at either end, and only devices pull or disturb cables.</p>`}
         ${held && html`
             <${Pull} cable=${cable} />
-            <h3>Bad cable</h3>
+            <h3>Conditions</h3>
             <${CableForm} key=${end} device=${held.device} port=${held.port} />
         `}
         <${Commands} texts=${[

@@ -14,7 +14,7 @@ const THICKEST = 6;
 const MOST_LETTERS = 15;
 
 /**
- * What a button does, by mouse and by keyboard.
+ * What a button does, by mouse and by keyboard. The texts of the picture are no part of it: its name says more.
  * @param {() => void} act
  */
 const button = (act) => ({
@@ -32,16 +32,16 @@ const button = (act) => ({
 /** @param {string} text */
 const cut = (text) => (text.length > MOST_LETTERS ? `${text.slice(0, MOST_LETTERS - 1)}…` : text);
 
-/** @param {{tab: Tab, name: string, isPort: boolean}} props */
-function TabShape({ tab, name, isPort }) {
+/**
+ * @param {Tab} tab
+ * @param {boolean} isPort
+ */
+const tabPlace = (tab, isPort) => {
     const wide = isPort ? TAB.port : TAB.interface;
     const x = tab.side === "left" ? tab.x - wide : tab.side === "right" ? tab.x : tab.x - wide / 2;
     const y = tab.side === "top" ? tab.y - TAB.high : tab.side === "bottom" ? tab.y : tab.y - TAB.high / 2;
-    return html`
-        <rect class="tab" x=${x} y=${y} width=${wide} height=${TAB.high} rx="2" />
-        <text class="tab-name" x=${x + wide / 2} y=${y + TAB.high - 3.5}>${name.slice(0, 6)}</text>
-    `;
-}
+    return { x, y, wide };
+};
 
 /**
  * Dashes that move along a cable, thicker the more frames there are.
@@ -80,24 +80,31 @@ function CableShape({ cable, wire, isSelected, onSelect }) {
     const { mark, path } = wire;
     const isUp = state === "up" || state === "bad";
     const text = isUp ? loadText(cable, wire) : STATES[state].title;
+    const tabs = wire.tabs.map((tab, at) => ({
+        name: String(ends[at].port ?? ends[at].interface).slice(0, 6),
+        ...tabPlace(tab, ends[at].port !== null),
+    }));
     return html`
-        <g class=${`cable is-${state}`} ...${button(onSelect)} aria-pressed=${isSelected ? "true" : "false"}
-            aria-label=${cableText(cable)}>
-            <path class="halo" d=${path} />
-            <path class="line" d=${path} />
-            ${isUp && html`
-                <${Lane} wire=${wire} rate=${cable.forth} isForth=${true} />
-                <${Lane} wire=${wire} rate=${cable.back} isForth=${false} />
-            `}
-            ${wire.tabs.map((tab, at) => html`
-                <${TabShape} tab=${tab} name=${String(ends[at].port ?? ends[at].interface)}
-                    isPort=${ends[at].port !== null} />
-            `)}
-            ${STATES[state].sign && html`
-                <circle class="mark" cx=${mark.x} cy=${mark.y} r="8" />
+        <g class=${`cable is-${state}`}>
+            <g ...${button(onSelect)} aria-pressed=${isSelected ? "true" : "false"} aria-label=${cableText(cable)}>
+                <path class="halo" d=${path} />
+                <path class="line" d=${path} />
+                ${isUp && html`
+                    <${Lane} wire=${wire} rate=${cable.forth} isForth=${true} />
+                    <${Lane} wire=${wire} rate=${cable.back} isForth=${false} />
+                `}
+                ${tabs.map(({ x, y, wide }) => html`
+                    <rect class="tab" x=${x} y=${y} width=${wide} height=${TAB.high} rx="2" />
+                `)}
+                ${STATES[state].sign && html`<circle class="mark" cx=${mark.x} cy=${mark.y} r="8" />`}
+            </g>
+            <g aria-hidden="true">
+                ${tabs.map(({ x, y, wide, name }) => html`
+                    <text class="tab-name" x=${x + wide / 2} y=${y + TAB.high - 3.5}>${name}</text>
+                `)}
                 <text class="sign" x=${mark.x} y=${mark.y + 4.5}>${STATES[state].sign}</text>
-            `}
-            <text class=${`load ${wire.text.anchor}`} x=${wire.text.x} y=${wire.text.y}>${text}</text>
+                <text class=${`load ${wire.text.anchor}`} x=${wire.text.x} y=${wire.text.y}>${text}</text>
+            </g>
         </g>
     `;
 }
@@ -105,18 +112,20 @@ function CableShape({ cable, wire, isSelected, onSelect }) {
 /** @param {{box: Box, isRunning: boolean, isSelected: boolean, onSelect: () => void}} props */
 function NodeShape({ box: { node, x, y, width, height }, isRunning, isSelected, onSelect }) {
     const isDevice = node.kind === "adp";
-    const addresses = node.addresses.join(", ");
+    const addresses = isDevice ? "" : node.addresses.join(", ") || "no address";
     const state = isRunning ? "running" : "gone";
     const more = node.addresses.length > 1 ? ` +${node.addresses.length - 1}` : "";
     const second = isDevice || !isRunning ? state : cut(`${node.addresses[0] ?? "no address"}${more}`);
     return html`
-        <g class=${`node ${isDevice ? "device" : "host"} is-${state}`} ...${button(onSelect)}
-            aria-pressed=${isSelected ? "true" : "false"}
-            aria-label=${`${isDevice ? "Device" : "Host"} ${node.name}, ${state}${addresses && `, ${addresses}`}`}>
-            <title>${node.name}${addresses && ` ${addresses}`}</title>
-            <rect class="box" x=${x} y=${y} width=${width} height=${height} rx=${isDevice ? 5 : 12} />
-            <text class="name" x=${x + width / 2} y=${y + height / 2 - 3}>${cut(node.name)}</text>
-            <text class="about" x=${x + width / 2} y=${y + height / 2 + 14}>${second}</text>
+        <g class=${`node ${isDevice ? "device" : "host"} is-${state}`}>
+            <g ...${button(onSelect)} aria-pressed=${isSelected ? "true" : "false"}
+                aria-label=${`${isDevice ? "Device" : "Host"} ${node.name}, ${state}${addresses && `, ${addresses}`}`}>
+                <rect class="box" x=${x} y=${y} width=${width} height=${height} rx=${isDevice ? 5 : 12} />
+            </g>
+            <g aria-hidden="true">
+                <text class="name" x=${x + width / 2} y=${y + height / 2 - 3}>${cut(node.name)}</text>
+                <text class="about" x=${x + width / 2} y=${y + height / 2 + 14}>${second}</text>
+            </g>
         </g>
     `;
 }

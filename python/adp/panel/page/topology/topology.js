@@ -110,8 +110,11 @@ function LabView({ lab, devices, device, kind, id }) {
                     isRunning=${isRunning} selected=${`${kind} ${id}`} onSelect=${onSelect} />
             </div>
             <${Details} lab=${lab} cables=${cables} kind=${kind} id=${id} onClose=${onClose} />
+            <div class="topology-list">
+                <${Legend} />
+                <${Cables} key=${ports.size + bad.size === 2 * names.length} lab=${lab} device=${device}
+                    cables=${cables} />
+            </div>
         </div>
-        <${Legend} />
-        <${Cables} key=${ports.size + bad.size === 2 * names.length} lab=${lab} device=${device} cables=${cables} />
     `;
 }

@@ -19,7 +19,8 @@ const HOST_TAB_SPACE = 46;
 const MARK_AWAY = 26;
 const HALF_TAB = 24;
 const LANE = 3;
-const SHARES = [0.5, 0.66, 0.34, 0.8];
+const SHARES = [0.5, 0.64, 0.36, 0.78, 0.22, 0.57, 0.43];
+const CLEAR = 18;
 
 const isHost = (/** @type {Box} */ box) => box.node.kind !== "adp";
 const middleOf = (/** @type {Box} */ box) => ({ x: box.x + box.width / 2, y: box.y + box.height / 2 });
@@ -147,13 +148,14 @@ function textAt({ mark, isLevel }) {
 }
 
 /**
- * The share of their way at which cables between devices have their marks: not all at one height.
- * @param {import("../types").Lab} lab
- * @returns {number[]}
+ * The curve of a cable between devices whose mark is on none of the marks that are there.
+ * @param {[Tab, Tab]} tabs
+ * @param {Point[]} marks
  */
-function shares(lab) {
-    const nodes = lab.cables.map(({ ends }) => ends[1].node);
-    return nodes.map((node, at) => SHARES[nodes.slice(0, at).filter((each) => each === node).length % SHARES.length]);
+function clearCurve([from, to], marks) {
+    const curves = SHARES.map((share) => curve(from, to, share));
+    const away = (/** @type {Point} */ one, /** @type {Point} */ other) => Math.hypot(one.x - other.x, one.y - other.y);
+    return curves.find(({ mark }) => marks.every((each) => away(each, mark) > CLEAR)) ?? curves[0];
 }
 
 /**
@@ -163,7 +165,7 @@ function shares(lab) {
  */
 export function wiresOf(lab, { boxes, rows }) {
     const tabs = tabsOf(lab, boxes, rows);
-    const share = shares(lab);
+    const marks = /** @type {Point[]} */ ([]);
     return lab.cables.map(({ ends }, at) => {
         const own = ends.map((end) => /** @type {Box} */ (boxes.get(end.node)));
         const hostAt = own.findIndex(isHost);
@@ -173,8 +175,8 @@ export function wiresOf(lab, { boxes, rows }) {
                 shift: { x: LANE, y: 0 }, mark: { x: to.x, y: to.y + outOf(to) * MARK_AWAY },
                 text: { x: to.x - HALF_TAB, y: to.y + (to.side === "top" ? -3 : 11), anchor: "end" } };
         }
-        const isBetween = tabs[at][0].side === "right" || tabs[at][0].side === "left";
-        const found = curve(tabs[at][0], tabs[at][1], isBetween ? 0.5 : share[at]);
+        const found = clearCurve(tabs[at], marks);
+        marks.push(found.mark);
         const shift = found.isLevel ? { x: 0, y: LANE } : { x: LANE, y: 0 };
         return { tabs: tabs[at], ...found, isTurned: false, shift, text: textAt(found) };
     });
