@@ -26,7 +26,7 @@ ANSWERS = """
         ports: {ports: [
             row(0), row(1), row(2, {egress: [0]}), row(3, {learning: 4}), row(4, {present: false, up: false}),
         ]},
-        trunks: {trunks: [{group: 8, members: [1], standby: [2]}]},
+        trunks: {trunks: [{trunk: 7, group: 8, members: [1], standby: [2]}]},
         groups: {groups: [group(0, [[1, 4094]], {listening: [1]}), group(1, [], {blocking: [3]})]},
         mirrors: {enabled: true, mirrors: [
             {ingress: [1], egress: [], destination: 2, flow: 3, disabled: false},
