@@ -245,6 +245,11 @@ def test_way_is_what_the_device_says(fresh, blank):
     page.click("button", "Explain")
     page.wait_for(".fates", "port 25: tagged VLAN 100 priority 0, queue 0")
     check_as_device_says(page, fresh, ARP, "--port", "1")
+    fresh.adpsh("sw1", "adp_switch_control_set 125 1", "adp_add_port_mirror 1 25 2 1")
+    page.click("button", "Explain")
+    page.wait_for(".fates", "port 25: a mirror's copy of what comes in")
+    check_as_device_says(page, fresh, ARP, "--port", "1")
+    assert len(page.driver.find_elements("css selector", ".lines path.mirror")) == 1
 
 
 def test_drop_is_marked_where_it_happens(blank, lab):
