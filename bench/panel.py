@@ -9,6 +9,7 @@ from typing import NamedTuple
 
 from adp.lab import Lab
 from tests.panel.browser import browser
+from tests.panel.large_device import ROWS, large_device
 from tests.panel.loads import load_on
 from tests.panel.panels import Outside, server_of
 
@@ -79,7 +80,9 @@ class Bed:
         subprocess.run(["ip", "link", "set", "lo", "up"], check=True, timeout=30)
         folder = pathlib.Path(stack.enter_context(tempfile.TemporaryDirectory(prefix="panel-")))
         self.lab = stack.enter_context(Lab(hosts=range(1, 27)))
-        self.server = stack.enter_context(server_of(Outside(), f"device={self.lab.device.run_dir}"))
+        large, _ = stack.enter_context(large_device())
+        devices = (f"device={self.lab.device.run_dir}", f"large={large}")
+        self.server = stack.enter_context(server_of(Outside(), *devices))
         self.page = stack.enter_context(browser(folder))
         self.page.begin(self.server.url)
 
@@ -121,12 +124,14 @@ def measure_inside(options):
         rest = [row(bed, name, place) for name, place in VIEWS.items()]
         with load_on(bed.lab):
             load = [row(bed, name, place) for name, place in VIEWS.items()]
+        large = row(bed, f"{ROWS} addresses, 500 of them new every other second", "#tables/large/addresses")
         bed.page.end()
         idle = [["no page", round(bed.core(), 2)]]
     return {
         "tables": [
             {"title": "At rest", "columns": columns, "rows": rest},
             {"title": "At full load on 26 ports", "columns": columns, "rows": load},
+            {"title": "A large table", "columns": columns, "rows": [large]},
             {"title": "The server without a page", "columns": ["", "core %"], "rows": idle},
         ],
         "notes": NOTES,

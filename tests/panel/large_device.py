@@ -5,7 +5,7 @@ import contextlib
 import itertools
 import threading
 
-from false_device import false_device, line
+from tests.panel.false_device import false_device, line
 
 ROWS, CHANGING, PORTS = 10_000, 500, 26
 SECONDS = 30

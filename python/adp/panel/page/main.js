@@ -1,5 +1,5 @@
 // The page: a heading with the devices, a list of views, and the view that the address names.
-import { html, render, useEffect, useState } from "./vendor/preact.js";
+import { html, render, useEffect, useErrorBoundary, useState } from "./vendor/preact.js";
 import { Connection } from "./connection.js";
 import { ConnectionContext, addressOf, usePanel, usePlace } from "./use.js";
 import { Front } from "./front/front.js";
@@ -8,6 +8,7 @@ import { Tables } from "./tables/tables.js";
 import { Frames } from "./frames/frames.js";
 import { Explain } from "./explain/explain.js";
 import { Calls } from "./calls/calls.js";
+import { Problem } from "./parts/problem.js";
 import { ThemeButton } from "./parts/theme.js";
 
 /** @typedef {import("./types").Place} Place */
@@ -62,6 +63,21 @@ function State({ isConnected, device, view }) {
     return html`<p class="state" role="status" hidden=${!text}>${text}</p>`;
 }
 
+/**
+ * A view. If a device answers what the view does not understand, the rest of the page goes on.
+ * @param {{view: any, device: Device, rest: string[]}} props
+ */
+function Shown({ view, device, rest }) {
+    const [error, goOn] = useErrorBoundary();
+    if (error) {
+        return html`
+            <${Problem} text=${`This view does not understand what the device has answered (${error.message}).`} />
+            <button type="button" onClick=${goOn}>Show it again</button>
+        `;
+    }
+    return html`<${view.show} device=${device} rest=${rest} />`;
+}
+
 /** @param {{isConnected: boolean}} props */
 function Page({ isConnected }) {
     const panel = usePanel();
@@ -82,7 +98,7 @@ function Page({ isConnected }) {
         <${Devices} view=${view} device=${device} place=${place} />
         <${State} isConnected=${isConnected} device=${device} view=${view} />
         <main id="main" tabindex="-1">
-            <${view.show} key=${`${view.name} ${view.isOfLab ? "" : device.name}`} device=${device} rest=${place.rest} />
+            <${Shown} key=${`${view.name} ${view.isOfLab ? "" : device.name}`} view=${view} device=${device} rest=${place.rest} />
         </main>
     `;
 }

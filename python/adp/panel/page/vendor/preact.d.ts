@@ -12,3 +12,4 @@ export function useMemo<T>(make: () => T, depends: any[]): T;
 export function useCallback<T>(callback: T, depends: any[]): T;
 export function useEffect(run: () => void | (() => void), depends?: any[]): void;
 export function useLayoutEffect(run: () => void | (() => void), depends?: any[]): void;
+export function useErrorBoundary(): [any, () => void];
