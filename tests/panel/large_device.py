@@ -1,4 +1,4 @@
-"""A device with more addresses than a real one takes. It serves in a thread, next to a test that drives the browser."""
+"""A device with more addresses than a real one takes, and trunks that are none. It serves in a thread, next to a test that drives the browser."""
 
 import asyncio
 import contextlib
@@ -58,6 +58,7 @@ def large_device():
         async with false_device() as device:
             device.answers["macs"] = answer
             device.answers["vlans"] = line({"vlans": vlans()})
+            device.answers["trunks"] = line({"trunks": 7})
             device.answers["ports"] = line({"ports": [{"port": port, "pvid": 1} for port in range(PORTS + 1)]})
             found.append(device.folder)
             served.set()

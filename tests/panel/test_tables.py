@@ -228,3 +228,10 @@ def test_a_row_that_had_the_focus_leaves_it_to_the_frame(page, large):
     page.until(lambda: page.focused().get_attribute("class") == "scroll long", "The focus on the frame")
     page.press(Keys.HOME)
     page.by_role("link", "1")
+
+
+def test_a_table_that_does_not_understand_the_answer_leaves_the_page(page, large):
+    page.open("#tables/large/trunks", large[0])
+    page.wait_for("[role=alert]", "This view does not understand what the device has answered")
+    page.open("#tables/large/vlans", large[0])
+    shown(page, "4094 of 4094 rows")

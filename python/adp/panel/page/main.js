@@ -69,6 +69,11 @@ function State({ isConnected, device, view }) {
  */
 function Shown({ view, device, rest }) {
     const [error, goOn] = useErrorBoundary();
+    useEffect(() => {
+        if (error) {
+            goOn();
+        }
+    }, [rest.join("/")]);
     if (error) {
         return html`
             <${Problem} text=${`This view does not understand what the device has answered (${error.message}).`} />
