@@ -14,6 +14,7 @@ IN_PORTS, SRC_MAC, L4_DST_PORT, SRC_IP = 13, 6, 28, 9
 DROP, COUNT, METER, PERMIT = 201, 205, 53, 200
 GUARDS, METERS = 20, 30
 SCRIPT = "<img src=x onerror=\"document.title='taken over'\">"
+TAGGED_PORTS = "Ports with double tags or another tag type"
 
 # What says how to make a row, on a device that was just switched on.
 EMPTY = {
@@ -23,8 +24,7 @@ EMPTY = {
     "storm": ["Storm limits of ports", "Ingress limits"],
     "limits": ["Limits"],
     "mirrors": ["Mirror sessions"],
-    "translations": ["Ingress translations", "Egress translations", "Double-tag entries", "Subnets",
-                     "Ports with double tags or another tag type"],
+    "translations": ["Ingress translations", "Egress translations", "Double-tag entries", "Subnets", TAGGED_PORTS],
     "priorities": ["Ports"],
     "events": ["Event queue"],
 }
@@ -58,8 +58,7 @@ def test_empty_tables_say_how_to_fill_them(page, fresh):
 def test_multicast_groups_with_their_ports(page, device):
     ports = {GROUP: 0x4000022, OTHER_GROUP: 0x81}
     show(page, "multicast")
-    for group, bits in ports.items():
-        adpsh(device, f"adp_add_mac_mcast_addr {group} {bits:#x} 1 1")
+    adpsh(device, *[f"adp_add_mac_mcast_addr {group} {bits:#x} 1 1" for group, bits in ports.items()])
     page.wait_for("tr.new-row", GROUP)
     assert row_of(page, "Groups", Address=GROUP)["Ports"] == "1,5,26"
     assert row_of(page, "Groups", Address=OTHER_GROUP)["Ports"] == "cpu,7"
@@ -204,7 +203,7 @@ def test_mirrors_tags_and_priorities(page, device):
     row = row_of(page, "Subnets", Port="5")
     assert (row["Untagged packets of"], row["VLAN"], row["Priority"]) == ("192.168.0.0/17", "200", "kept")
     assert row_of(page, "Double-tag entries", Port="9")["Service's VLAN"] == "200"
-    row = row_of(page, "Ports with double tags or another tag type", Port="9")
+    row = row_of(page, TAGGED_PORTS, Port="9")
     assert (row["Double tags"], row["Tag type"]) == ("towards the customer", "0x88a8")
 
     show(page, "priorities")
