@@ -106,7 +106,9 @@ function Lines({ account, rows, plate, top }) {
         <g class="lines">
             ${account.mirrors.map((row) => {
                 const end = place(row.port);
-                return end && html`<path class="mirror" d=${lineTo({ x: AXIS, y: rows[rows.length - 1].y }, plate, top, end)} />`;
+                const aside = end && { ...end, x: end.x + (end.row === 0 ? plate.size / 4 : 0) };
+                const start = { x: AXIS, y: rows[rows.length - 1].y };
+                return aside && html`<path class="mirror" d=${lineTo(start, plate, top, aside)} />`;
             })}
             ${account.ports.filter((row) => row.fate !== "not" || isLost(row)).map((row) => {
                 const end = place(row.port);
