@@ -3,14 +3,17 @@
 import json
 
 CALL = """
-    const [file, text, values, done] = arguments;
-    import(new URL(file, document.baseURI)).then((module) => new Function("module", "values", `return ${text}`)(module, values))
-        .then((value) => done({value: JSON.stringify(value) ?? null}), (problem) => done({problem: String(problem)}));
+    const [values, done] = arguments;
+    const load = (file) => import(new URL(file, document.baseURI));
+    (async () => {{
+        const module = await load("{file}");
+        return {text};
+    }})().then((value) => done({{value: JSON.stringify(value)}}), (problem) => done({{problem: String(problem)}}));
 """
 
 
 def evaluated(page, file, text, *values):
-    """The value of an expression in which `module` is a module of the page and `values` what is given."""
-    answer = page.driver.execute_async_script(CALL, file, text, values)
+    """The value of an expression in which `module` is a module of the page, `load` gives others, and `values` are given."""
+    answer = page.driver.execute_async_script(CALL.format(file=file, text=text), values)
     assert "problem" not in answer, answer
     return json.loads(answer["value"])

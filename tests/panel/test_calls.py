@@ -9,6 +9,7 @@ import types
 
 import pytest
 from adp.panel import calls as panel_calls
+from adp.panel import program as panel_program
 from adp.panel.calls import MOST_RECORDINGS, MOST_STREAMS, NEWEST_CALLS, calls
 from adp.panel.problem import PanelError
 from client import SECONDS, panel_of
@@ -190,7 +191,7 @@ def test_a_page_that_takes_nothing_misses_the_oldest(tmp_path, monkeypatch):
 def test_a_program_that_cannot_be_started_is_told(tmp_path, monkeypatch):
     write(tmp_path / "agent.adptrace", HEADER)
     for command, told in ((["/none"], "/none"), (["setpriv", "--", "false"], "adptrace failed.")):
-        monkeypatch.setattr(panel_calls, "tied", lambda _, command=command: command)
+        monkeypatch.setattr(panel_program, "tied", lambda _, command=command: command)
 
         async def test(page, told=told):
             lines = await page.until(lambda lines: any("problem" in line for line in lines))

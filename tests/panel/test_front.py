@@ -26,7 +26,7 @@ ANSWERS = """
         ports: {ports: [
             row(0), row(1), row(2, {egress: [0]}), row(3, {learning: 4}), row(4, {present: false, up: false}),
         ]},
-        trunks: {trunks: [{group: 8, members: [1], standby: [2]}]},
+        trunks: {trunks: [{trunk: 7, group: 8, members: [1], standby: [2]}]},
         groups: {groups: [group(0, [[1, 4094]], {listening: [1]}), group(1, [], {blocking: [3]})]},
         mirrors: {enabled: true, mirrors: [
             {ingress: [1], egress: [], destination: 2, flow: 3, disabled: false},
@@ -40,14 +40,14 @@ ANSWERS = """
 ANSWERS_SEEN = [
     ["CPU port, up, 100 Mb/s half", [], 0, 0],
     [
-        "Port 1, up, 100 Mb/s half, listening in spanning tree, trunk 8, mirrored in",
-        [["blocked", "Li", False], ["trunk", "T8", False], ["mirrored", "M", False]],
+        "Port 1, up, 100 Mb/s half, listening in spanning tree, trunk 7 (group 8), mirrored in",
+        [["blocked", "Li", False], ["trunk", "T7", False], ["mirrored", "M", False]],
         1,
         5,
     ],
     [
-        "Port 2, up, 100 Mb/s half, standby in trunk 8, mirror destination, isolated",
-        [["standby", "S8", True], ["copies", "M", False], ["isolated", "I", False]],
+        "Port 2, up, 100 Mb/s half, standby in trunk 7 (group 8), mirror destination, isolated",
+        [["standby", "S7", True], ["copies", "M", False], ["isolated", "I", False]],
         0,
         0,
     ],
@@ -103,8 +103,9 @@ def test_jacks_are_large_enough_to_tap(page, width):
     assert len(where) == 27
     assert all(right - left >= 24 and bottom - top >= 24 for left, top, right, bottom in where.values())
     assert all(0 <= left and right <= width for left, _, right, _ in where.values())
-    page.wait_for(".front-details")
+    page.wait_for(".front-counters")
     assert not page.is_scrolled_sideways()
+    assert page.axe() == []
 
 
 def test_ports_of_every_number_have_a_place_that_the_keys_reach(page):
@@ -186,7 +187,7 @@ def test_marks_show_what_the_software_has_set(page, fresh):
         "adp_add_port_mirror 12 13 3 1",
     )
     wait_for_marks(page, 5, "trunk")
-    wait_for_name(page, 5, "Port 5, down, no interface, trunk 3")
+    wait_for_name(page, 5, "Port 5, down, no interface, trunk 2 (group 3)")
     wait_for_marks(page, 2, "blocked")
     wait_for_name(page, 2, "Port 2, up, 1000 Mb/s full, blocked by spanning tree")
     wait_for_marks(page, 7, "blocked?")

@@ -278,6 +278,7 @@ FILLED = {
     "log": METERED,
     "events": "adp_link_event_fast_send_unicast_msg_ex 3 1",
 }
+MARKED = ("rules", "queues")  # have colours of their own
 
 
 @pytest.mark.parametrize("table", FILLED)
@@ -289,9 +290,9 @@ def test_table_is_for_everybody_and_its_commands_work(page, device, table):
     page.until(lambda: page.all(".part tbody.rows tr"), "Rows")
     assert page.axe() == []
     assert not page.is_scrolled_sideways()
-    page.theme("light")
-    page.size(1400)
-    assert page.axe() == []
+    if table in MARKED:
+        page.theme("light")
+        assert page.axe() == []
     names = page.script("return [...document.querySelectorAll('main .part button')].map((each) => each.title)")
     commands = {name for name in names if " vdevctl sw1 " in name and "--rate" not in name}
     assert commands

@@ -24,7 +24,7 @@ places in the chip), `ip` (IPv4 packets), `listener` (multicast groups that a ho
 projects' programs in a namespace), `lldp`, `openvswitch`, `port_access`, `routing`, `dhcp` and `iperf` (each a daemon or
 two), `switchd` (adp-switchd), `switch` (a device with adp-switchd, bridges and daemons), `board` (a real board in the
 place of the virtual device) with `board_file`, `board_port`, `board_shell` and `serial_line`, `topology` (topology files)
-and `command` (the program adp-lab and its labs, which stay).
+`command` (the program adp-lab and its labs, which stay) and `entered` (a pair in such a lab).
 """
 
 from .bench import Lab

@@ -16,8 +16,8 @@ import stat
 
 from ..lab.builds import native_build
 from ..lab.problem import LabError
-from ..lab.process import tied
 from .problem import PanelError
+from .program import program
 
 ENDING = ".adptrace"
 FIND_SECONDS = 1.0
@@ -130,10 +130,7 @@ async def _problem_of(key, name, waiting):
     """Why no more calls can come, if it is not that the program has ended."""
     path, *identity = key
     options = ("--follow", "--json", f"--last={NEWEST_CALLS}", path)
-    command = tied(native_build().command("adptrace", "show", *options))
-    pipe, null = asyncio.subprocess.PIPE, asyncio.subprocess.DEVNULL
-    process = await asyncio.create_subprocess_exec(*command, stdin=null, stdout=pipe, stderr=pipe, limit=LONGEST_LINE)
-    try:
+    async with program(native_build().command("adptrace", "show", *options), LONGEST_LINE) as process:
         waiting.put(_line({"recording": name, "state": "followed"}))
         async for line in process.stdout:
             waiting.put(_named(line, name))
@@ -141,11 +138,8 @@ async def _problem_of(key, name, waiting):
         if await process.wait() == 0:
             waiting.put(_line({"recording": name, "state": "ended"}))
         is_same = (_identity(path, True) or ())[:2] == tuple(identity)  # another one is followed next
-        return is_same and process.returncode != 0 and (said.removeprefix("adptrace: ").removeprefix(f"{path}: ") or "adptrace failed.")
-    finally:
-        if process.returncode is None:
-            process.kill()
-        await process.wait()
+        problem = said.removeprefix("adptrace: ").removeprefix(f"{path}: ") or "adptrace failed."
+        return is_same and process.returncode != 0 and problem
 
 
 async def _find(device, waiting):

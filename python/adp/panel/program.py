@@ -5,12 +5,16 @@ import contextlib
 
 from ..lab.process import tied
 
+LONGEST_LINE = 1 << 16
+
 
 @contextlib.asynccontextmanager
-async def program(command):
+async def program(command, longest_line=LONGEST_LINE):
     """A process with pipes for what it writes, killed at the end if it still runs."""
     pipe, null = asyncio.subprocess.PIPE, asyncio.subprocess.DEVNULL
-    process = await asyncio.create_subprocess_exec(*tied(command), stdin=null, stdout=pipe, stderr=pipe)
+    process = await asyncio.create_subprocess_exec(
+        *tied(command), stdin=null, stdout=pipe, stderr=pipe, limit=longest_line
+    )
     try:
         yield process
     finally:

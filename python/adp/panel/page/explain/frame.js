@@ -108,13 +108,14 @@ export function withTag(frame) {
 }
 
 /**
- * The frame without its tag of this index, but no shorter than a frame is.
+ * The frame without its tag of this index; a whole frame stays whole.
  * @param {Uint8Array} frame
  * @param {number} index
  */
 export function withoutTag(frame, index) {
     const at = tagsOf(frame).tags[index];
-    return at === undefined ? frame : padded(spliced(frame, at, TAG_OCTETS), Math.min(frame.length, LEAST_OCTETS));
+    const shorter = at === undefined ? frame : spliced(frame, at, TAG_OCTETS);
+    return frame.length < LEAST_OCTETS ? shorter : padded(shorter);
 }
 
 /**
@@ -160,7 +161,7 @@ export function withLength(frame, octets) {
     const { type } = tagsOf(frame);
     const at = type + 2;
     const packet = frame.length > at + 2 && read16(frame, type) === 0x0800 ? packetAt(frame, at) : null;
-    const filled = packet && packet.end <= frame.length && (packet.end === frame.length || frame.length === LEAST_OCTETS);
+    const filled = packet && (packet.end === frame.length || (packet.end < frame.length && frame.length === LEAST_OCTETS));
     if (!packet || !filled || length < packet.payload || (length <= LEAST_OCTETS && packet.end <= length)) {
         return changed;
     }

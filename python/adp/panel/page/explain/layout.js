@@ -158,14 +158,14 @@ export function sectionsOf(frame) {
     const addresses = fieldsFrom(0);
     const field = fieldsFrom(type);
     const payload = type + 2;
-    const isArp = read16(frame, type) === 0x0806 && frame.length >= payload + 28;
+    const isArp = frame.length >= payload + 28 && read16(frame, type) === 0x0806;
     return [
         {
             name: "ethernet",
             title: "Ethernet",
             fields: [
                 addresses("destination", "Destination", 0, 6, "mac"), addresses("source", "Source", 6, 6, "mac"),
-                field("type", "Type", 0, 2, "hex"),
+                ...(frame.length >= payload ? [field("type", "Type", 0, 2, "hex")] : []),
             ],
         },
         ...tags.map(tagSection),

@@ -62,13 +62,13 @@ export const KINDS = {
         `,
     },
     trunk: {
-        letter: "T1",
+        letter: "T0",
         title: "member of a trunk, with its number",
         tone: "group",
         shape: () => html`<rect x=".6" y="2.2" width="14.8" height="11.6" rx="5.8" />`,
     },
     standby: {
-        letter: "S1",
+        letter: "S0",
         title: "on standby in a trunk: nothing leaves by it",
         tone: "group",
         shape: () => html`<rect class="front-dashed" x=".6" y="2.2" width="14.8" height="11.6" rx="5.8" />`,

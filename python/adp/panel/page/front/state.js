@@ -69,11 +69,12 @@ function treeMarks(port, groups) {
  */
 function trunkMarks(port, trunks) {
     return (trunks?.trunks ?? []).flatMap((/** @type {any} */ trunk) => {
+        const { trunk: number, group } = trunk;
         if (trunk.members.includes(port)) {
-            return [markOf("trunk", `trunk ${trunk.group}`, { letter: `T${trunk.group}` })];
+            return [markOf("trunk", `trunk ${number} (group ${group})`, { letter: `T${number}` })];
         }
         return trunk.standby.includes(port)
-            ? [markOf("standby", `standby in trunk ${trunk.group}`, { letter: `S${trunk.group}`, isHollow: true })]
+            ? [markOf("standby", `standby in trunk ${number} (group ${group})`, { letter: `S${number}`, isHollow: true })]
             : [];
     });
 }

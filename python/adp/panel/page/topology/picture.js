@@ -1,5 +1,5 @@
 // The picture of a lab: its nodes and cables, each a button.
-import { html } from "../vendor/preact.js";
+import { html, useMemo } from "../vendor/preact.js";
 import { short } from "../rates.js";
 import { STATES, cableText } from "./cables.js";
 
@@ -84,7 +84,7 @@ function CableShape({ cable, wire, isSelected, onSelect }) {
         name: String(ends[at].port ?? ends[at].interface).slice(0, 6),
         ...tabPlace(tab, ends[at].port !== null),
     }));
-    return html`
+    return useMemo(() => html`
         <g class=${`cable is-${state}`}>
             <g ...${button(onSelect)} aria-pressed=${isSelected ? "true" : "false"} aria-label=${cableText(cable)}>
                 <path class="halo" d=${path} />
@@ -106,7 +106,7 @@ function CableShape({ cable, wire, isSelected, onSelect }) {
                 <text class=${`load ${wire.text.anchor}`} x=${wire.text.x} y=${wire.text.y}>${text}</text>
             </g>
         </g>
-    `;
+    `, [wire, state, cable.forth, cable.back, isSelected]);
 }
 
 /** @param {{box: Box, isRunning: boolean, isSelected: boolean, onSelect: () => void}} props */
@@ -116,7 +116,7 @@ function NodeShape({ box: { node, x, y, width, height }, isRunning, isSelected, 
     const state = isRunning ? "running" : "gone";
     const more = node.addresses.length > 1 ? ` +${node.addresses.length - 1}` : "";
     const second = isDevice || !isRunning ? state : cut(`${node.addresses[0] ?? "no address"}${more}`);
-    return html`
+    return useMemo(() => html`
         <g class=${`node ${isDevice ? "device" : "host"} is-${state}`}>
             <g ...${button(onSelect)} aria-pressed=${isSelected ? "true" : "false"}
                 aria-label=${`${isDevice ? "Device" : "Host"} ${node.name}, ${state}${addresses && `, ${addresses}`}`}>
@@ -127,7 +127,7 @@ function NodeShape({ box: { node, x, y, width, height }, isRunning, isSelected, 
                 <text class="about" x=${x + width / 2} y=${y + height / 2 + 14}>${second}</text>
             </g>
         </g>
-    `;
+    `, [x, y, width, state, addresses, isSelected]);
 }
 
 /**

@@ -79,6 +79,21 @@ export function Topology({ device, rest: [kind = "", id = ""] }) {
         : html`<p>These devices belong to no lab, so there is no topology to show.</p>`;
 }
 
+/**
+ * The layout of a lab. It does not depend on addresses and states, which change.
+ * @param {Lab} lab
+ * @param {number} room
+ */
+function useLayout(lab, room) {
+    const shape = JSON.stringify([lab.nodes.map((node) => [node.name, node.kind]), lab.cables]);
+    const layout = useMemo(() => layoutOf(lab, room), [shape, room]);
+    const wires = useMemo(() => wiresOf(lab, layout), [layout]);
+    const nodes = new Map(lab.nodes.map((node) => [node.name, node]));
+    const boxes = new Map([...layout.boxes.entries()].map(([name, box]) =>
+        [name, { ...box, node: nodes.get(name) ?? box.node }]));
+    return { nodes, layout: { ...layout, boxes }, wires };
+}
+
 /** @param {{lab: Lab, devices: import("../types").Device[], device: string, kind: string, id: string}} props */
 function LabView({ lab, devices, device, kind, id }) {
     const names = devices.map((each) => each.name);
@@ -86,17 +101,14 @@ function LabView({ lab, devices, device, kind, id }) {
     const bad = useReadings(names, { command: "cables" }, EVERY_SECONDS);
     const cables = cablesNow(lab, ports, bad);
     const [frame, room] = useRoom();
-    const shape = JSON.stringify([lab.nodes.map((node) => [node.name, node.kind]), lab.cables]);
-    const layout = useMemo(() => layoutOf(lab, room), [shape, room]);
-    const wires = useMemo(() => wiresOf(lab, layout), [layout]);
-    // The layout does not depend on addresses and states, which change.
-    const nodes = new Map(lab.nodes.map((node) => [node.name, node]));
-    const boxes = new Map([...layout.boxes.entries()].map(([name, box]) =>
-        [name, { ...box, node: nodes.get(name) ?? box.node }]));
+    const { nodes, layout, wires } = useLayout(lab, room);
     const isRunning = (/** @type {string} */ name) =>
         devices.find((each) => each.name === name)?.running ?? nodes.get(name)?.running ?? false;
+    // The picture keeps the first one.
+    const place = useRef(device);
+    place.current = device;
     const onSelect = (/** @type {string} */ what, /** @type {string} */ which) => {
-        location.hash = addressOf("topology", device, what, which);
+        location.hash = addressOf("topology", place.current, what, which);
     };
     const onClose = () => {
         location.hash = addressOf("topology", device);
@@ -106,7 +118,7 @@ function LabView({ lab, devices, device, kind, id }) {
         <h2>Topology</h2>
         <div class=${`topology-view ${kind ? "with-details" : ""}`}>
             <div class="topology-frame scroll" ref=${frame}>
-                <${Picture} name=${lab.name} layout=${{ ...layout, boxes }} wires=${wires} cables=${cables}
+                <${Picture} name=${lab.name} layout=${layout} wires=${wires} cables=${cables}
                     isRunning=${isRunning} selected=${`${kind} ${id}`} onSelect=${onSelect} />
             </div>
             <${Details} lab=${lab} cables=${cables} kind=${kind} id=${id} onClose=${onClose} />
