@@ -13,7 +13,7 @@ CALL = """
 
 
 def evaluated(page, file, text, *values):
-    """The value of an expression in which `module` is a module of the page, `load` gives others, and `values` are given."""
+    """The value of an expression in which `module` is a module of the page, and `load` gives others."""
     answer = page.driver.execute_async_script(CALL.format(file=file, text=text), values)
     assert "problem" not in answer, answer
     return json.loads(answer["value"])

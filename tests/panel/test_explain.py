@@ -1,4 +1,4 @@
-"""The view "Explain": frames are built as they are meant, hostile hex does no harm, and what is drawn is the device's answer."""
+"""The view "Explain": frames are built as they are meant, hostile hex does no harm, the device's answer is drawn."""
 
 import re
 import struct
@@ -11,7 +11,10 @@ from selenium.webdriver.support.ui import Select
 FRAME, HEX = "explain/frame.js", "explain/hex.js"
 ARP = "ffffffffffff020000000001080600010800060400010200000000010a0000010000000000000a000002" + 18 * "00"
 TAGGED = "0200000000020200000000018100" + "6064" + "0800"  # priority 3, VLAN 100
-AT = "const at = (frame, name) => sections.sectionsOf(frame).flatMap((each) => each.fields).find((each) => each.name === name);"
+AT = """
+    const fields = (frame) => sections.sectionsOf(frame).flatMap((section) => section.fields);
+    const at = (frame, name) => fields(frame).find((each) => each.name === name);
+"""
 
 MOST_MILLISECONDS = 5000
 PACKETS = (
@@ -26,12 +29,28 @@ OTHERS = (
     ("lacp", "0180c20000020200000000018809010101"),
     ("arp", ARP),
 )
+LIARS = (
+    ARP,
+    TAGGED + "4f00ffff" + 60 * "ff",
+    "ffffffffffff0200000000018874" + "80000000ffffffff" + "8100ffff" * 10 + "0800",
+)
+SWITCH_TAGS = (
+    (1, [], "2000000000000000"),
+    (3, [7], "6000000700000000"),
+    (4, [0, 24, 25, 29], "8100000100000011"),
+)
 # What is pasted, and its octets or what is said of it.
 TEXTS = (
     ("FF:ff-0a.0B 0c\n0d", "ffff0a0b0c0d"),
     ("0xff, 0x01, 0x02", "ff0102"),
-    ("\t0x0000:  ffff ffff ffff 0200 0000 0001 0806 0001  ................\n\t0x0010:  0800 06  ...", "ffffffffffff02000000000108060001080006"),
-    ("0000   ff ff ff ff ff ff 02 00 00 00 00 01 08 06 00 01   ................\n0010   08 00   ..", "ffffffffffff020000000001080600010800"),
+    (
+        "\t0x0000:  ffff ffff ffff 0200 0000 0001 0806 0001  ................\n\t0x0010:  0800 06  ...",
+        "ffffffffffff02000000000108060001080006",
+    ),
+    (
+        "0000   ff ff ff ff ff ff 02 00 00 00 00 01 08 06 00 01   ................\n0010   08 00   ..",
+        "ffffffffffff020000000001080600010800",
+    ),
     ("ffff  ffff", "ffffffff"),
     ("", "The frame has no octets yet."),
     ("abc", "An octet has two digits, but there are 3."),
@@ -155,7 +174,9 @@ def test_fields_of_hostile_octets_are_read_without_harm(blank):
                 if (same.error || same.frame.length !== frame.length) throw new Error(field.name + same.error);
                 fields++;
             }
-            for (const length of [1, 14, 60, 16384]) if (module.withLength(frame, length).length !== length) throw new Error("length");
+            for (const length of [1, 14, 60, 16384]) {
+                if (module.withLength(frame, length).length !== length) throw new Error("length");
+            }
             module.withTag(frame); module.withoutTag(frame, 0); module.withTemplate(frame, "udp");
         };
         for (const digits of values) {
@@ -168,13 +189,13 @@ def test_fields_of_hostile_octets_are_read_without_harm(blank):
             look(frame);
         }
         return fields;
-    })()""", ARP, TAGGED + "4f00ffff" + 60 * "ff", "ffffffffffff0200000000018874" + "80000000ffffffff" + "8100ffff" * 10 + "0800")
+    })()""", *LIARS)
     assert answer > 1000
 
 
 def test_switch_tag(blank):
     tag = 'module.withSwitchTag(Uint8Array.from({length: 14}, () => 1), {opcode: values[0], ports: values[1]})'
-    for opcode, ports, words in ((1, [], "2000000000000000"), (3, [7], "6000000700000000"), (4, [0, 24, 25, 29], "8100000100000011")):
+    for opcode, ports, words in SWITCH_TAGS:
         text = f"""(async () => {{
             const {{ hexOf }} = await load("{HEX}");
             const frame = {tag};
@@ -187,7 +208,7 @@ def test_switch_tag(blank):
 
 
 def steps(page):
-    return [each.get_attribute("textContent") for each in page.driver.find_elements("css selector", ".way-of-frame ol li")]
+    return page.script("return [...document.querySelectorAll('.way-of-frame ol li')].map((each) => each.textContent)")
 
 
 def hex_of_page(page):
@@ -224,6 +245,11 @@ def test_way_is_what_the_device_says(fresh, blank):
     page.click("button", "Explain")
     page.wait_for(".fates", "port 25: tagged VLAN 100 priority 0, queue 0")
     check_as_device_says(page, fresh, ARP, "--port", "1")
+    fresh.adpsh("sw1", "adp_switch_control_set 125 1", "adp_add_port_mirror 1 25 2 1")
+    page.click("button", "Explain")
+    page.wait_for(".fates", "port 25: a mirror's copy of what comes in")
+    check_as_device_says(page, fresh, ARP, "--port", "1")
+    assert len(page.driver.find_elements("css selector", ".lines path.mirror")) == 1
 
 
 def test_drop_is_marked_where_it_happens(blank, lab):
@@ -291,3 +317,56 @@ def test_long_frame_is_dropped_and_the_page_stays_narrow(page):
     page.wait_for(".outcome.dropped", "Dropped: oversize")
     assert not page.is_scrolled_sideways()
     assert page.axe() == []
+
+
+def account(*steps, port=1, drop=None, sent=(), reason="not_member"):
+    """An account with these steps: names, or a name with a member."""
+    named = [{"step": step} if isinstance(step, str) else step for step in steps]
+    rows = [{"port": each, "fate": "not", "reason": reason} for each in range(4)]
+    for each in sent:
+        rows[each] = {"port": each, "fate": "sent", "form": "tagged"}
+    return {"port": port, "steps": named, "ports": rows, "mirrors": [], **({"drop": drop} if drop else {})}
+
+
+def dropped(reason):
+    return {"step": "dropped", "reason": reason}
+
+
+CLASSIFIED = ("in", "header", "vlan", "priority")
+ENTERED = (*CLASSIFIED, "member", "spanning_tree")
+WAYS = (
+    (account("in", dropped("port_down"), drop="port_down"), "dropped", "In"),
+    (account("in", dropped("runt"), drop="runt"), "dropped", "Header"),
+    (account("in", "header", dropped("dos_land"), drop="dos_land"), "dropped", "Header"),
+    (account(*CLASSIFIED, "rule", dropped("rule"), drop="rule"), "dropped", "Rules"),
+    (account(*CLASSIFIED, dropped("not_member"), drop="not_member"), "dropped", "Member"),
+    (account(*ENTERED, dropped("stp_blocked"), drop="stp_blocked"), "dropped", "Spanning tree"),
+    (account(*ENTERED, dropped("filtered"), drop="filtered"), "dropped", "Source"),
+    (account(*ENTERED, "source", "destination", dropped("filtered"), drop="filtered"), "dropped", "Destination"),
+    (account(*ENTERED, "source", "destination", "way", dropped("isolated"), drop="isolated"), "dropped", "Egress"),
+    (account("in", dropped("no_switch_tag"), port=0, drop="no_switch_tag"), "dropped", "Switch tag"),
+    (account(*CLASSIFIED, {"step": "cpu_alone", "reason": "trap"}, sent=[0]), "cpu", "Traps"),
+    (account(*ENTERED, "source", {"step": "cpu_alone", "reason": "snooped"}, sent=[0]), "cpu", "Snooping"),
+)
+
+
+def test_way_ends_at_the_right_stage(blank):
+    for each, state, title in WAYS:
+        stages = evaluated(blank, "explain/account.js", "module.stagesOf(values[0])", each)
+        at = next(index for index, stage in enumerate(stages) if stage["title"] == title)
+        assert stages[at]["state"] == state, (each, stages)
+        assert {stage["state"] for stage in stages[:at]} <= {"passed", "quiet"}
+        assert {stage["state"] for stage in stages[at + 1 :]} <= {"after"}
+
+
+def test_marks_of_ports(blank):
+    each = account(*ENTERED, "way", sent=[2])
+    each["ports"][3] = {"port": 3, "fate": "not", "reason": "too_long", "form": "untagged"}
+    each["ports"][0]["reason"] = "not_wanted"
+    marks = evaluated(blank, "explain/account.js", "[...module.marksOf(values[0])]", each)
+    assert [(port, mark["kind"], mark["mark"]) for port, mark in marks] == [
+        (0, "none", ""),
+        (1, "not", "a"),
+        (2, "sent", "T"),
+        (3, "lost", "b"),
+    ]
