@@ -5,10 +5,13 @@
 
 #include <algorithm>
 #include <functional>
+#include <nlohmann/json.hpp>
 #include <string>
 
 #include "tests/fuzz/fuzz.h"
 #include "tools/adptrace/compare/compare.h"
+#include "tools/adptrace/recording/parts.h"
+#include "tools/adptrace/show/call_json.h"
 #include "tools/adptrace/show/show.h"
 #include "tools/adptrace/show/stat.h"
 #include "tools/adptrace/show/timeline.h"
@@ -52,11 +55,35 @@ std::string differences_from_less(const Recording &recording) {
     return compare(recording, less, {.shows_all = true}).text + compare(less, recording, {.most_differences = 3}).text;
 }
 
+/** A recording that is right has only parts that are. */
+std::string shown_in_parts(const Recording &recording) {
+    std::string shown;
+    size_t calls = 0;
+    adptrace::Parts parts([&](const adptrace::Part &part) {
+        const Recording own(part.text, part.numbers);
+        calls += own.calls().size() + part.left_out;
+        for (const auto &call : calls_json(own, {})) {
+            shown += call.dump() + "\n";
+        }
+    });
+    std::string_view text = recording.text();
+    for (size_t end = 0; (end = text.find('\n')) != std::string_view::npos; text.remove_prefix(end + 1)) {
+        parts.add(text.substr(0, end));
+    }
+    if (!text.empty() && !recording.is_cut()) {
+        parts.add(text);
+    }
+    parts.finish();
+    expect(calls <= recording.calls().size(), "each call is in one part");
+    return shown;
+}
+
 /** What commands make of a recording; a command that reads recordings has a row here. */
 const std::function<std::string(const Recording &)> kCommands[] = {
     [](const Recording &recording) { return shown(recording, false); },
     [](const Recording &recording) { return shown(recording, true); },
     shown_failures,
+    shown_in_parts,
     [](const Recording &recording) { return stat_text(recording, {}, adptrace::Order::kTime); },
     [](const Recording &recording) { return stat_json(recording, {}, adptrace::Order::kName); },
     [](const Recording &recording) { return timeline_of(recording, {}).svg; },
