@@ -187,7 +187,7 @@ def test_marks_show_what_the_software_has_set(page, fresh):
         "adp_add_port_mirror 12 13 3 1",
     )
     wait_for_marks(page, 5, "trunk")
-    wait_for_name(page, 5, "Port 5, down, no interface, trunk 2 (group 3)")
+    wait_for_name(page, 5, r"Port 5, down, no interface, trunk 2 \(group 3\)")
     wait_for_marks(page, 2, "blocked")
     wait_for_name(page, 2, "Port 2, up, 1000 Mb/s full, blocked by spanning tree")
     wait_for_marks(page, 7, "blocked?")
@@ -244,6 +244,7 @@ def test_every_mark_has_a_shape_and_a_name_of_its_own(page):
 
 
 def test_lights_follow_the_frames(page, lab):
+    page.media(**{"prefers-reduced-motion": "no-preference"})
     page.open("#front/sw1/1")
     page.wait_for("#front-port-1 .in.level-0")
     assert not page.script(BLINKS, "#front-port-1 .in")

@@ -10,7 +10,7 @@ from panels import server_of
 from selenium.webdriver.common.keys import Keys
 
 TABLES = ("vlans", "addresses", "trunks", "spanning-tree")
-SIZES = ((1400, "light"), (1400, "dark"), (360, "light"), (360, "dark"))
+SIZES = ((1400, "light"), (360, "dark"))
 
 
 @pytest.fixture(name="vlan")

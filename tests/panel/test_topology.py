@@ -130,6 +130,7 @@ def test_a_cable_that_is_bad_at_its_other_end_is_changed_there(picture, lab):
 
 
 def test_frames_move_on_the_cables_that_carry_them(picture, lab):
+    picture.media(**{"prefers-reduced-motion": "no-preference"})
     words = module("adp.lab.command", "exec", "h1", "--", "ping", "-q", "-i0.02", "-w60", "h3")
     with subprocess.Popen(words, env=lab.environment, stdout=subprocess.DEVNULL):
         for ends in ("sw1:1 to h1:eth1", "sw1:25 to sw2:25", "sw2:1 to h3:eth1"):
