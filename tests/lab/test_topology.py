@@ -142,7 +142,8 @@ def mutated(octets, chance):
 
 @pytest.mark.parametrize("path", EXAMPLES, ids=lambda path: path.name)
 def test_changed_at_random_a_file_is_read_or_refused(read, tmp_path, path):
-    (tmp_path / "ring.adpsh").write_text("map\n")
+    for startup in path.parent.glob("*.adpsh"):
+        (tmp_path / startup.name).write_bytes(startup.read_bytes())
     chance = random.Random(path.name)
     octets, refused = path.read_bytes(), 0
     for _ in range(MUTATIONS):

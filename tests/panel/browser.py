@@ -18,7 +18,6 @@ SECONDS, PAUSE = 60, 0.05
 WIDTH, HEIGHT = 1400, 900
 AXE = pathlib.Path(__file__).parent / "vendor" / "axe.min.js"
 OPTIONS = (
-    "--headless=new",
     "--no-sandbox",
     "--disable-gpu",
     "--disable-dev-shm-usage",
@@ -192,8 +191,8 @@ def browser(downloads):
     """A page of a browser that has a home of its own, and saves files in a folder."""
     with tempfile.TemporaryDirectory(prefix="browser-", ignore_cleanup_errors=True) as home:
         options = Options()
-        options.binary_location = "/usr/bin/chromium"
-        for option in (*OPTIONS, f"--user-data-dir={home}/profile"):
+        options.binary_location = "/usr/lib/chromium/chromium-headless-shell"
+        for option in OPTIONS:
             options.add_argument(option)
         options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
         options.add_experimental_option("prefs", {"download.default_directory": str(downloads)})
