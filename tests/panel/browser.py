@@ -195,7 +195,6 @@ def browser(downloads):
         for option in OPTIONS:
             options.add_argument(option)
         options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
-        options.add_experimental_option("prefs", {"download.default_directory": str(downloads)})
         proxies = [name for name in os.environ if name.lower().endswith("_proxy")]
         for name in proxies:
             del os.environ[name]  # there is no network but loopback
@@ -204,6 +203,8 @@ def browser(downloads):
         driver = webdriver.Chrome(service=service, options=options)
         try:
             driver.set_script_timeout(SECONDS)
+            saving = {"behavior": "allow", "downloadPath": str(downloads)}
+            driver.execute_cdp_cmd("Browser.setDownloadBehavior", saving)
             yield Page(driver, "")
         finally:
             driver.quit()
