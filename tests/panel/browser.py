@@ -1,6 +1,7 @@
 """A browser without a window, and what a test does with a page of the panel in it."""
 
 import contextlib
+import gzip
 import os
 import pathlib
 import re
@@ -16,7 +17,7 @@ from selenium.webdriver.common.action_chains import ActionChains
 
 SECONDS, PAUSE = 60, 0.05
 WIDTH, HEIGHT = 1400, 900
-AXE = pathlib.Path(__file__).parent / "vendor" / "axe.min.js"
+AXE = pathlib.Path(__file__).parent / "vendor" / "axe.min.js.gz"
 OPTIONS = (
     "--no-sandbox",
     "--disable-gpu",
@@ -165,7 +166,7 @@ class Page:
         """The faults of accessibility of these impacts."""
         if not self.script("return 'axe' in window"):
             # Not a script of the page, whose policy forbids it.
-            self.driver.execute_cdp_cmd("Runtime.evaluate", {"expression": AXE.read_text(encoding="utf-8")})
+            self.driver.execute_cdp_cmd("Runtime.evaluate", {"expression": gzip.decompress(AXE.read_bytes()).decode()})
         found = self.driver.execute_async_script(RUN_AXE)
         assert isinstance(found, list), found
         return [Fault(**each) for each in found if each["impact"] in impacts]
