@@ -21,7 +21,7 @@ def test_cable_is_pulled_and_plugged_in(page, lab):
 
 
 def set_condition(page, name, value):
-    field = page.wait_for(f'.front-conditions input[name="{name}"]')
+    field = page.wait_for(f'.front-cable .cable-form input[name="{name}"]')
     field.clear()
     field.send_keys(value)
 
@@ -30,14 +30,14 @@ def test_cable_is_made_bad_and_good_again(page, lab):
     page.open("#front/sw1/2")
     set_condition(page, "loss", "2%")
     set_condition(page, "delay", "20ms")
-    page.click(".front-conditions button", "Make it a bad cable")
+    page.click(".front-cable .cable-form button", "Make it bad")
     wait_for_marks(page, 2, "bad")
-    page.wait_for(".front-cable", "a bad cable: loss 2%, delay 20ms.")
+    page.wait_for(".front-cable", "A bad cable: loss 2%, delay 20ms.")
     assert lab.ask("sw1", "cables")["cables"][0]["conditions"] == {"delay": "20ms", "loss": "2%", "seed": 1}
     set_condition(page, "loss", "200%")
-    page.click(".front-conditions button", "Change the bad cable")
+    page.click(".front-cable .cable-form button", "Change")
     page.wait_for(".front-cable .problem", "takes a percentage from 0% to 100%")
-    page.click(".front-good", "Make it a good cable")
+    page.click(".front-cable .cable-form button", "Make it good")
     wait_for_marks(page, 2)
     assert lab.ask("sw1", "cables")["cables"] == []
 
@@ -45,8 +45,8 @@ def test_cable_is_made_bad_and_good_again(page, lab):
 def test_read_only_panel_says_why_it_changes_no_cable(page, read_only):
     page.open("#front/sw1/2", read_only.url)
     page.wait_for(".front-reason", "The panel is read-only")
-    controls = page.all(".front-cable button, .front-cable input")
-    assert len(controls) == 8 and not any(each.is_enabled() for each in controls)
+    controls = page.all(".front-pull, .front-cable fieldset button, .front-cable input")
+    assert len(controls) == 10 and not any(each.is_enabled() for each in controls)
 
 
 def test_counts_begin_when_the_page_was_opened_or_now(page, lab):

@@ -3,7 +3,8 @@ import { html, useState } from "../vendor/preact.js";
 import { addressOf, useAnswer } from "../use.js";
 import { Command } from "../parts/command.js";
 import { portList } from "../parts/ports.js";
-import { Cable, conditionsOf } from "./cable.js";
+import { cableRows } from "../parts/cable_form.js";
+import { Cable } from "./cable.js";
 import { Counts } from "./counts.js";
 import { MarkBadge } from "./marks.js";
 import { Plots } from "./plots.js";
@@ -99,7 +100,7 @@ function MarkList({ face }) {
  * @param {any} cables
  */
 function cableSubjects(row, cables) {
-    const conditions = conditionsOf(row.port, cables);
+    const conditions = cableRows(cables, row.port)[0]?.conditions;
     const options = Object.entries(conditions ?? EXAMPLE).map(([name, value]) => ` --${name} ${value}`);
     const good = conditions ? [`cable ${row.port} --clear`] : [];
     return [`${row.pulled ? "plug" : "pull"} ${row.port}`, `cable ${row.port}${options.join("")}`, ...good];
@@ -162,7 +163,7 @@ export function Details({ device, face, answers, counters, traffic, onClose }) {
                 <div><${Settings} device=${device} row=${row} answers=${answers} vlans=${vlans} macs=${macs} /></div>
                 <div>
                     <${Plots} traffic=${traffic} port=${port} />
-                    ${port !== 0 && html`<${Cable} key=${port} device=${device} row=${row} cables=${answers.cables} />`}
+                    ${port !== 0 && html`<${Cable} key=${port} device=${device} row=${row} />`}
                 </div>
                 <div>${counters && html`<${PortCounts} device=${device} port=${port} counters=${counters} />`}</div>
             </div>

@@ -113,10 +113,11 @@ export function CableForm({ device, port }) {
         act({ command: "cable", port, ...conditions });
     };
     const command = cableCommand(panel, device, port);
+    const isRunning = panel.devices.some((each) => each.name === device && each.running);
     return html`
         <form class="cable-form" onSubmit=${apply} aria-label=${`Conditions of the cable at ${device} port ${port}`}>
             <p>${isBad ? `A bad cable: ${conditionsText(rows[0].conditions)}.` : "A good cable."}</p>
-            <fieldset disabled=${panel.read_only || isBusy}>
+            <fieldset disabled=${panel.read_only || isBusy || !isRunning}>
                 <legend>Frames in both directions have</legend>
                 <div class="cable-fields"><${Fields} values=${values} onInput=${setValue} /></div>
                 <button type="submit" disabled=${options.length === 0}>${isBad ? "Change" : "Make it bad"}</button>
