@@ -70,6 +70,7 @@ def test_a_message_that_is_too_long_closes_the_connection():
     "kind, request_, complaint",
     [
         ("ask", {"command": "gpio"}, "'gpio'"),
+        ("ask", {"command": "clear"}, "'clear'"),
         ("ask", {"command": "gpio", "pin": 1, "level": 1}, "'gpio'"),
         ("ask", {"command": "trace", "value": 1}, "'trace'"),
         ("ask", {"command": "metrics"}, "'metrics'"),
@@ -77,7 +78,7 @@ def test_a_message_that_is_too_long_closes_the_connection():
         ("ask", {"command": "capture"}, "'capture'"),
         ("ask", {"command": "ports "}, "'ports '"),
         ("ask", {"command": "ports", "arguments": ["--port", "1"]}, "by their names"),
-        ("ask", {"command": "clear", "arguments": ["counters"]}, "by their names"),
+        ("ask", {"command": "pull", "arguments": ["3"]}, "by their names"),
         ("ask", {"command": ["pull"]}, "an object with a command"),
         ("ask", {"command": {"command": "ports"}}, "an object with a command"),
         ("ask", {"command": None}, "an object with a command"),
@@ -134,7 +135,7 @@ def test_a_panel_that_is_read_only_changes_nothing():
         async with false_device() as device, panel_of(is_read_only=True, sw1=device.folder) as opened:
             async with opened.page() as page:
                 assert (await page.hear_panel())["read_only"] is True
-                for command in ("pull", "plug", "cable", "clear"):
+                for command in ("pull", "plug", "cable"):
                     assert (await page.ask(1, "sw1", command=command, port=1))["error"] == "This panel is read-only."
                 assert "answer" in await page.ask(2, "sw1", **PORTS)
             assert device.asked == [PORTS]

@@ -6,9 +6,9 @@ from .problem import PanelError
 
 READS = frozenset(
     "ports vlans macs mcast limits trunks counters log events reserved mirrors groups translations priorities fields "
-    "storm meters queues state cables version help explain".split()
+    "storm meters queues cables version explain".split()
 )
-CHANGES = frozenset("pull plug cable clear".split())
+CHANGES = frozenset("pull plug cable".split())
 
 
 def _checked(request, allowed, what):
